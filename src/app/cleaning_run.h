@@ -1,0 +1,16 @@
+#pragma once
+
+#include "app/context.h"
+#include "app/item.h"
+#include "app/selection.h"
+
+namespace quellix {
+
+// Runs the cleaners of all checked items in run order, appends the summary to RunLog and shows the
+// report (not in a hidden run).
+void RunCleaning(CleaningContext& context, const Selection& selection);
+
+// Runs one item, whatever the state of its box, with the same log and report.
+void RunOneItem(CleaningContext& context, const Item& item);
+
+}  // namespace quellix

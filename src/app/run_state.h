@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "app/path_list.h"
+
+namespace quellix {
+
+enum RemovalModes : int16_t { kDelete = 1, kRecycle = 2, kWipe = 3, kBackUp = 4 };
+
+// The state of a cleaning run, one for the whole program; every run resets it.
+struct RunState {
+  // What the user chose (LoadDeletionSettings).
+  int16_t RemovalMode = kDelete;
+  uint8_t ExtraSecurity = 0;      // any value but 0 selects the random pass
+  uint8_t RenameBeforeDelete = 0;  // only 1 renames
+  uint64_t WipeStep = 1;          // bytes overwritten at a time
+  std::string BackupFolder;       // ends in "\"
+
+  bool Hidden = false;  // nobody is watching: nothing waits for a person
+  bool AbortRequested = false;
+  bool SomeFilesLocked = false;
+  bool SomeErrors = false;  // an item failed and showed its message
+
+  // Totals of the run, and of the item in work.
+  int32_t RunFilesDeleted = 0;
+  double RunSpaceGained = 0;  // bytes
+  int32_t FilesBackedUp = 0;
+  int32_t FilesDeleted = 0;
+  double SpaceGained = 0;  // bytes
+  int32_t ProgressCounter = 0;
+
+  std::string BackupDrive;  // letter of the archive that is open, "" for none
+  PathList PendingFiles;
+  PathList PendingFolders;
+  std::string RunLog;
+};
+
+}  // namespace quellix

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string_view>
+
+#include "app/context.h"
+#include "app/item.h"
+
+namespace quellix {
+
+// The steps that every cleaner of a run shares.
+
+// Shows the item as the one in work.
+void BeginItem(CleaningContext& context, const Item& item);
+
+// Ends an item or, with a message, the run. Without a message the present time is stored as
+// LastCleaned. The Clean command comes back, progress and current item are hidden.
+void EndRun(CleaningContext& context, std::string_view message);
+
+// Shows a failure as a critical message; in a hidden run it goes into RunLog instead.
+void ReportCritical(CleaningContext& context, std::string_view text);
+
+}  // namespace quellix

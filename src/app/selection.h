@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "app/item.h"
+#include "app/settings.h"
+#include "platform/machine.h"
+
+namespace quellix {
+
+// The rules of the main window's 30 check boxes; the window and the console only show them.
+// Items are named by their place in the catalogue (AllItems()).
+class Selection {
+ public:
+  bool IsChecked(const Item& item) const;
+  void SetChecked(const Item& item, bool checked);
+  // Whether the box can be clicked: its cleaner exists and its protection is lifted.
+  bool IsEnabled(const Item& item) const;
+  // Applies Protect1 and Protect2.
+  void ApplyProtection(const GeneralSettings& general);
+
+  // A click on a group's heading: checks all boxes of the group, or clears them when all are
+  // checked. Boxes under protection are not part of it.
+  void ToggleGroup(Group group);
+  // A click on Check3: every box that can be clicked takes its state.
+  void SelectAll(bool checked);
+  int CountChecked() const;
+
+  // chkItems.txt, one line of 30 values. Loading: a missing file changes nothing, a field that is
+  // no number leaves its box, missing fields leave theirs, further ones are ignored. Both throw
+  // Error when the file cannot be read or written; a failed save keeps the old file.
+  void LoadCheckStates(const Machine& machine);
+  void SaveCheckStates(const Machine& machine) const;
+
+ private:
+  std::array<bool, 30> checked_{};  // by run order, from 0
+  bool protect1_ = false;
+  bool protect2_ = false;
+};
+
+}  // namespace quellix

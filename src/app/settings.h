@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "app/run_state.h"
+#include "platform/machine.h"
+
+namespace quellix {
+
+// What LoadGeneralSettings found in Settings.ini for the main window.
+struct GeneralSettings {
+  bool auto_clean = false;
+  std::optional<int16_t> interval_minutes;  // nothing when it is off or does not fit 16 bits
+  bool startup_clean = false;
+  bool protect1 = false;  // the empty-files item may be used
+  bool protect2 = false;  // the dead-shortcut item may be used
+  bool tip_box = true;
+};
+
+// Settings.ini in the program folder, one key at a time.
+class Settings {
+ public:
+  explicit Settings(const Machine& machine) : machine_(machine) {}
+
+  // The value, or `fallback` when it is absent; cut to `buffer` - 1 characters and at the first
+  // NUL.
+  std::string ReadIniValue(std::string_view section, std::string_view key,
+                           std::string_view fallback, size_t buffer = 255) const;
+  // Throws Error when Settings.ini cannot be written; it then stays as it was.
+  void WriteIniValue(std::string_view section, std::string_view key, std::string_view value);
+
+  GeneralSettings LoadGeneralSettings() const;
+  // Sets the removal mode, its options and the backup folder.
+  void LoadDeletionSettings(RunState& state) const;
+
+  // LastCleaned: reading gives nothing unless it is a date in the user's form.
+  std::optional<std::string> LastCleaned() const;
+  // Stores the present date and time; returns the text.
+  std::string StoreLastCleaned();
+
+ private:
+  std::string Path() const;
+
+  Machine machine_;
+};
+
+}  // namespace quellix

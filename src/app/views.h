@@ -1,0 +1,57 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace quellix {
+
+struct Item;
+
+// The categories of the log window, in its order.
+enum class Category { kFolderFiles, kMiscellaneous, kInternet, kFirefox, kPlugins, kRegistry };
+inline constexpr size_t kCategories = 6;
+
+// What a finished run shows.
+struct RunReport {
+  std::string log;           // RunLog
+  std::string files;         // the run's file count
+  std::string space_gained;  // with its unit
+  std::array<bool, kCategories> cleaned{};
+};
+
+struct ProgressBar {
+  bool visible = false;
+  int32_t max = 1;
+  int32_t value = 0;
+  bool operator==(const ProgressBar&) const = default;
+};
+
+// Which commands the user has at the moment.
+struct Commands {
+  bool clean = true;
+  bool stop = false;
+  bool menus = true;
+  bool operator==(const Commands&) const = default;
+};
+
+// What a run shows while it works. Calls are frequent: an implementation keeps them cheap and
+// paints at its own pace, at the latest in Yield when it is due.
+class RunView {
+ public:
+  virtual ~RunView() = default;
+
+  // Lets the interface breathe: waiting input is handled, and Stop may set AbortRequested.
+  virtual void Yield() = 0;
+  virtual void SetStatus(std::string_view text) = 0;        // lblStatus
+  virtual void SetProgress(const ProgressBar& bar) = 0;     // pgClean
+  virtual void SetCommands(const Commands& commands) = 0;   // cmdClean, cmdStop, the four menus
+  virtual void ShowCurrentItem(const Item* item) = 0;       // imgCurrent; null hides it
+  virtual void ShowLastCleaned(std::string_view text) = 0;  // lblCleanDate
+  // A critical message box titled with the application's title. Never called in a hidden run.
+  virtual void ShowCritical(std::string_view text) = 0;
+  virtual void ShowReport(const RunReport& report) = 0;  // the log window
+};
+
+}  // namespace quellix

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "platform/file_system.h"
+#include "platform/profile_strings.h"
+#include "platform/registry.h"
+#include "platform/shell.h"
+#include "platform/system.h"
+
+namespace quellix {
+
+// The machine the engine works on: the Windows it runs on, or a mounted volume. The ports must
+// outlive whatever holds a Machine.
+struct Machine {
+  FileSystem& files;
+  Registry& registry;
+  Shell& shell;
+  ProfileStrings& profile;
+  System& system;
+  std::string program_folder;  // holds Settings.ini and the lists; without trailing "\"
+};
+
+}  // namespace quellix

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/file_system.h"
+#include "platform/system.h"
+
+namespace quellix {
+
+// INI files, one key at a time. Sections and keys compare without regard to case; the first match
+// counts. Keys, comments and lines not named stay as they are, byte for byte.
+class ProfileStrings {
+ public:
+  virtual ~ProfileStrings() = default;
+
+  // Nothing when the file, section or key is missing, or the file cannot be read. Blanks around the
+  // value and one pair of quotes around it are stripped, as GetPrivateProfileString does.
+  virtual std::optional<std::string> Read(std::string_view file, std::string_view section,
+                                          std::string_view key) = 0;
+
+  // Creates file and section when missing. Throws Error; the old file then stays, whole.
+  virtual void Write(std::string_view file, std::string_view section, std::string_view key,
+                     std::string_view value) = 0;
+};
+
+// Over any file system. Files are read as UTF-8 (a byte-order mark is skipped) or, where that
+// fails, in the ANSI code page, and written as UTF-8 with CR LF.
+class IniFiles : public ProfileStrings {
+ public:
+  IniFiles(FileSystem& files, System& system) : files_(files), system_(system) {}
+
+  std::optional<std::string> Read(std::string_view file, std::string_view section,
+                                  std::string_view key) override;
+  void Write(std::string_view file, std::string_view section, std::string_view key,
+             std::string_view value) override;
+
+ private:
+  FileSystem& files_;
+  System& system_;
+};
+
+}  // namespace quellix

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/locale.h"
+
+namespace quellix {
+
+struct WindowsVersion {
+  int platform = 2;  // 1 is Windows 95 to Me, 2 is Windows NT and later
+  int major = 0, minor = 0;
+};
+
+enum class DriveType { kUnknown, kNoRoot, kRemovable, kFixed, kRemote, kCdRom, kRamDisk };
+
+struct Drive {
+  char letter = 'C';  // upper case
+  DriveType type = DriveType::kUnknown;
+};
+
+// What a Windows tells about itself and its user.
+class System {
+ public:
+  virtual ~System() = default;
+
+  virtual std::string WindowsFolder() = 0;  // without trailing "\"
+  virtual std::string SystemFolder() = 0;   // without trailing "\"
+  virtual std::string TempFolder() = 0;     // with trailing "\"
+  // Nothing when the variable is not set. Names compare without regard to case.
+  virtual std::optional<std::string> Environment(std::string_view name) = 0;
+  virtual WindowsVersion Version() = 0;
+  virtual std::vector<Drive> Drives() = 0;  // by letter
+  virtual LocalTime Now() = 0;
+  virtual Locale UserLocale() = 0;
+  // Bytes in the system's ANSI code page, as UTF-8. Bytes without a meaning become U+FFFD.
+  virtual std::string FromAnsi(std::string_view bytes) = 0;
+};
+
+}  // namespace quellix

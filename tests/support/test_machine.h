@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/machine.h"
+
+namespace quellix {
+
+// A real machine to test on, fresh for each test: natively a temporary volume with hives of its
+// own, under Wine the sandbox's Windows with a cleared scratch folder. Nothing here pretends. The
+// seeding functions fail the running test (throw) when they cannot do their part.
+class TestMachine {
+ public:
+  // Under Wine ends the process when it does not run inside the sandbox.
+  static std::unique_ptr<TestMachine> Create();
+  virtual ~TestMachine() = default;
+
+  // The same ports for the whole life of the object. The program folder exists and is empty.
+  virtual Machine machine() = 0;
+  // An empty folder of the test's own on the drive of Windows, ending in "\".
+  virtual std::string Scratch() = 0;
+
+  virtual void MakeFolder(std::string_view path) = 0;  // with its parents; may exist
+  virtual void MakeFile(std::string_view path, std::string_view bytes) = 0;  // with its folders
+  // A junction on Windows, a symlink on a volume; the target need not exist.
+  virtual void MakeFolderLink(std::string_view link, std::string_view target) = 0;
+  // A symbolic link to a file; false where the machine cannot make one.
+  virtual bool MakeFileLink(std::string_view link, std::string_view target) = 0;
+  virtual void SetLastWrite(std::string_view path, int64_t filetime) = 0;
+  // While the result lives, the file can be seen but neither removed, renamed nor written.
+  virtual std::shared_ptr<void> LockFile(std::string_view path) = 0;
+
+  // Creates keys on the way.
+  virtual void SetRegistryValue(RegistryRoot root, std::string_view key, std::string_view name,
+                                const RegistryValue& value) = 0;
+  virtual void RemoveRegistryTree(RegistryRoot root, std::string_view key) = 0;
+  // While the result lives, the key (and on a volume its whole hive) can be read but not written.
+  virtual std::shared_ptr<void> DenyRegistryWrites(RegistryRoot root, std::string_view key) = 0;
+
+  void SetText(RegistryRoot root, std::string_view key, std::string_view name,
+               std::string_view text);
+  bool Exists(std::string_view path) { return machine().files.Look(path).has_value(); }
+  // Everything below a folder, links not followed, as sorted relative paths; folders end in "\".
+  std::vector<std::string> Tree(std::string_view folder);
+  // Sorted value names of a key; empty when the key is missing.
+  std::vector<std::string> ValueNames(RegistryRoot root, std::string_view key);
+  bool KeyExists(RegistryRoot root, std::string_view key);
+};
+
+}  // namespace quellix
