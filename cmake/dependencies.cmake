@@ -1,0 +1,25 @@
+# Where the libraries come from: Debian packages, natively through their own files, for Windows from
+# the sources or headers the same packages install. The system's include folder is never on the
+# cross compiler's path; header-only libraries are reached through a folder of links.
+set(HEADER_LINKS ${CMAKE_BINARY_DIR}/header_links)
+file(MAKE_DIRECTORY ${HEADER_LINKS})
+foreach(header CLI nlohmann)
+  if(EXISTS /usr/include/${header})
+    file(CREATE_LINK /usr/include/${header} ${HEADER_LINKS}/${header} SYMBOLIC)
+  endif()
+endforeach()
+add_library(quellix_header_only INTERFACE)
+target_include_directories(quellix_header_only SYSTEM INTERFACE ${HEADER_LINKS})
+
+# GoogleTest is built from its packaged sources, with our compiler and sanitizers.
+add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+
+if(NOT WIN32)
+  find_library(HIVEX_LIBRARY hivex)
+  find_path(HIVEX_INCLUDE hivex.h)
+  add_library(quellix_hivex INTERFACE)
+  if(HIVEX_LIBRARY AND HIVEX_INCLUDE)
+    target_link_libraries(quellix_hivex INTERFACE ${HIVEX_LIBRARY})
+    target_include_directories(quellix_hivex SYSTEM INTERFACE ${HIVEX_INCLUDE})
+  endif()
+endif()
