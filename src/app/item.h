@@ -19,16 +19,17 @@ using Cleaner = void (*)(CleaningContext&, const Item&);
 
 // One of the 30 cleaning items. Texts are UTF-8 and live as long as the program.
 struct Item {
-  int run_order;             // 1 to 30
-  int check_state_place;     // 1 to 30, place in chkItems.txt
-  const char* control;       // its check box, and its identifier in resource scripts
-  const char* command;       // caption of its one-item clean command ("&&" shows one ampersand)
-  const char* key;           // names it on the console and in the one-item menu
+  int run_order;          // 1 to 30
+  int check_state_place;  // 1 to 30, place in chkItems.txt
+  const char* control;    // its check box, and its identifier in resource scripts
+  const char* command;    // caption of its one-item clean command ("&&" shows one ampersand)
+  const char* key;        // names it on the console and in the one-item menu
   Group group;
   Protection protection;
-  const char* log_caption;   // begins its line in RunLog
+  const char* log_caption;    // begins its line in RunLog
   const char* error_message;  // stands before the description of its failure
-  Cleaner cleaner;           // null while the program cannot clean it yet
+  bool in_registry;           // what it cleans are registry entries
+  Cleaner cleaner;            // null while the program cannot clean it yet
 
   // The text beside its check box: the command without its verb.
   std::string_view Label() const { return std::string_view(command).substr(6); }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <bitset>
 #include <cstdint>
 #include <string>
 
 #include "app/path_list.h"
+#include "app/views.h"
 
 namespace quellix {
 
@@ -13,10 +15,10 @@ enum RemovalModes : int16_t { kDelete = 1, kRecycle = 2, kWipe = 3, kBackUp = 4 
 struct RunState {
   // What the user chose (LoadDeletionSettings).
   int16_t RemovalMode = kDelete;
-  uint8_t ExtraSecurity = 0;      // any value but 0 selects the random pass
+  uint8_t ExtraSecurity = 0;       // any value but 0 selects the random pass
   uint8_t RenameBeforeDelete = 0;  // only 1 renames
-  uint64_t WipeStep = 1;          // bytes overwritten at a time
-  std::string BackupFolder;       // ends in "\"
+  uint64_t WipeStep = 1;           // bytes overwritten at a time
+  std::string BackupFolder;        // ends in "\"
 
   bool Hidden = false;  // nobody is watching: nothing waits for a person
   bool AbortRequested = false;
@@ -30,6 +32,10 @@ struct RunState {
   int32_t FilesDeleted = 0;
   double SpaceGained = 0;  // bytes
   int32_t ProgressCounter = 0;
+
+  ProgressBar Progress;          // as shown last
+  std::bitset<30> ItemsCleaned;  // by run order, from 0: ran without an error
+  std::string SettingsProblem;   // why LastCleaned could not be stored, said once
 
   std::string BackupDrive;  // letter of the archive that is open, "" for none
   PathList PendingFiles;

@@ -32,6 +32,9 @@ class Settings {
   // Throws Error when Settings.ini cannot be written; it then stays as it was.
   void WriteIniValue(std::string_view section, std::string_view key, std::string_view value);
 
+  // Throws Error when Settings.ini is there but cannot be read: every key then has its default.
+  void RequireReadable() const;
+
   GeneralSettings LoadGeneralSettings() const;
   // Sets the removal mode, its options and the backup folder.
   void LoadDeletionSettings(RunState& state) const;

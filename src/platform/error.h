@@ -22,8 +22,7 @@ class Error : public std::runtime_error {
 // on to.
 class NotAvailable : public Error {
  public:
-  explicit NotAvailable(const std::string& description)
-      : Error(Kind::kNotAvailable, description) {}
+  explicit NotAvailable(const std::string& description) : Error(Kind::kNotAvailable, description) {}
 };
 
 }  // namespace quellix

@@ -21,8 +21,8 @@ enum FileAttribute : uint32_t {
 };
 
 struct FileInfo {
-  bool is_folder = false;  // also for a junction or symbolic link that leads to a folder
-  bool is_link = false;    // junction, symbolic link or Unix symlink: never entered, size 0
+  bool is_folder = false;   // also for a junction or symbolic link that leads to a folder
+  bool is_link = false;     // junction, symbolic link or Unix symlink: never entered, size 0
   uint32_t attributes = 0;  // FileAttribute bits
   uint64_t size = 0;        // bytes; 0 for a folder
   int64_t last_write = 0;   // FILETIME: 100 ns steps since 1601-01-01 UTC

@@ -12,8 +12,8 @@ struct LocalTime {
 
 // The user's regional settings, as Windows keeps them under Control Panel\International.
 struct Locale {
-  std::string short_date = "M/d/yyyy";      // pictures of d, dd, M, MM, yy, yyyy
-  std::string time_format = "h:mm:ss tt";   // pictures of h, hh, H, HH, m, mm, s, ss, t, tt
+  std::string short_date = "M/d/yyyy";     // pictures of d, dd, M, MM, yy, yyyy
+  std::string time_format = "h:mm:ss tt";  // pictures of h, hh, H, HH, m, mm, s, ss, t, tt
   std::string am = "AM", pm = "PM";
   std::string decimal = ".", thousand = ",";
   std::string grouping = "3;0";  // digits a group, as Windows writes it; "0" for none

@@ -4,10 +4,15 @@
 #include <string>
 #include <string_view>
 
+#include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/system.h"
 
 namespace quellix {
+
+// The text of a data file: UTF-8, a byte-order mark skipped, or, where it is none, in the ANSI code
+// page.
+std::string DecodeText(std::string_view bytes, System& system);
 
 // INI files, one key at a time. Sections and keys compare without regard to case; the first match
 // counts. Keys, comments and lines not named stay as they are, byte for byte.
@@ -25,8 +30,9 @@ class ProfileStrings {
                      std::string_view value) = 0;
 };
 
-// Over any file system. Files are read as UTF-8 (a byte-order mark is skipped) or, where that
-// fails, in the ANSI code page, and written as UTF-8 with CR LF.
+// Over any file system. Files are read by DecodeText and written as UTF-8, new lines with CR LF.
+// The text is edited in place, so that lines not named keep their bytes, and replaced in one step,
+// so that a full disk keeps the old file; the system's own profile calls promise neither.
 class IniFiles : public ProfileStrings {
  public:
   IniFiles(FileSystem& files, System& system) : files_(files), system_(system) {}

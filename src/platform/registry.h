@@ -51,7 +51,7 @@ class RegistryKey {
   // Changes. Each throws Error when denied and leaves the key as it was. On a volume they are
   // durable after Flush, or after the registry object is destroyed.
   virtual void SetValue(std::string_view name, const RegistryValue& value) = 0;
-  virtual bool DeleteValue(std::string_view name) = 0;    // false when missing
+  virtual bool DeleteValue(std::string_view name) = 0;  // false when missing
   // Removes a sub-key that has no sub-keys of its own; false when missing. Throws Error
   // (kNotEmpty) when it has some.
   virtual bool DeleteSubKey(std::string_view path) = 0;

@@ -1,0 +1,100 @@
+#include "app/cleaning_run.h"
+
+#include "app/item_catalogue.h"
+#include "app/run_report.h"
+#include "app/run_steps.h"
+#include "platform/error.h"
+
+namespace quellix {
+namespace {
+
+// The first items run to the end of the third even when the user has stopped.
+constexpr int kFirstItemWithStop = 4;
+
+void ResetRun(RunState& state) {
+  state.SomeFilesLocked = false;
+  state.SomeErrors = false;
+  state.AbortRequested = false;
+  state.ProgressCounter = 0;
+  state.FilesBackedUp = 0;
+  state.RunFilesDeleted = 0;
+  state.RunSpaceGained = 0;
+  state.FilesDeleted = 0;
+  state.SpaceGained = 0;
+  state.BackupDrive.clear();
+  state.RunLog.clear();
+  state.ItemsCleaned.reset();
+  state.SettingsProblem.clear();
+}
+
+void BeginRun(CleaningContext& context, int items) {
+  ResetRun(context.state);
+  context.settings.LoadDeletionSettings(context.state);
+  context.view.SetCommands({.clean = false, .stop = true, .menus = false});
+  context.view.SetStatus("Working...");
+  context.state.Progress = {.visible = true, .max = items, .value = 0};
+  context.view.SetProgress(context.state.Progress);
+}
+
+// Stop has taken effect: no totals, no log window.
+void AbortRun(CleaningContext& context, std::string_view message) {
+  context.backup.DeleteBackupArchive();
+  EndRun(context, message);
+  context.view.SetCommands({});
+}
+
+void FinishRun(CleaningContext& context) {
+  context.view.ShowCurrentItem(nullptr);
+  context.view.SetCommands({});
+  if (!context.state.AbortRequested && !context.state.Hidden) {
+    AppendSummary(context);
+    context.view.ShowReport(MakeReport(context));
+  }
+  context.view.SetStatus("");
+  context.state.Progress = {};
+  context.view.SetProgress(context.state.Progress);
+}
+
+void RunItem(CleaningContext& context, const Item& item) {
+  if (item.cleaner == nullptr) return;
+  try {
+    item.cleaner(context, item);
+    context.state.ItemsCleaned.set(item.run_order - 1);
+  } catch (const NotAvailable& error) {
+    EndRun(context, "");
+    context.state.RunLog.append(item.log_caption).append(error.what()).append("\r\n");
+  } catch (const std::exception& error) {
+    ReportCritical(context, std::string(item.error_message) + error.what());
+  }
+}
+
+// After the offline pages the status has always been spelled with a capital U.
+std::string_view AbortMessage(const Item& item) {
+  return item.key == std::string_view("CleanOffline") ? "Aborted by User" : "Aborted by user";
+}
+
+}  // namespace
+
+void RunCleaning(CleaningContext& context, const Selection& selection) {
+  BeginRun(context, selection.CountChecked());
+  for (const Item& item : AllItems()) {
+    if (selection.IsChecked(item)) RunItem(context, item);
+    if (item.run_order >= kFirstItemWithStop && context.state.AbortRequested) {
+      AbortRun(context, AbortMessage(item));
+      return;
+    }
+  }
+  FinishRun(context);
+}
+
+void RunOneItem(CleaningContext& context, const Item& item) {
+  BeginRun(context, 1);
+  RunItem(context, item);
+  if (context.state.AbortRequested) {
+    AbortRun(context, AbortMessage(item));
+  } else {
+    FinishRun(context);
+  }
+}
+
+}  // namespace quellix

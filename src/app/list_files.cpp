@@ -1,0 +1,37 @@
+#include "app/list_files.h"
+
+#include "platform/profile_strings.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+std::string PathOf(const Machine& machine, std::string_view name) {
+  return machine.program_folder + "\\" + std::string(name);
+}
+
+}  // namespace
+
+std::vector<std::string> ReadListFile(const Machine& machine, std::string_view name,
+                                      std::string_view default_name) {
+  std::optional<std::string> bytes = machine.files.ReadWholeFile(PathOf(machine, name));
+  if (!bytes && !default_name.empty()) {
+    bytes = machine.files.ReadWholeFile(PathOf(machine, default_name));
+  }
+  if (!bytes || bytes->empty()) return {};
+  std::vector<std::string> entries = Split(DecodeText(*bytes, machine.system), '\n');
+  if (entries.back().empty()) entries.pop_back();  // behind the last line end
+  for (std::string& entry : entries) {
+    if (entry.ends_with('\r')) entry.pop_back();
+  }
+  return entries;
+}
+
+void WriteListFile(const Machine& machine, std::string_view name,
+                   const std::vector<std::string>& entries) {
+  std::string text;
+  for (const std::string& entry : entries) text += entry + "\r\n";
+  machine.files.WriteWholeFile(PathOf(machine, name), text);
+}
+
+}  // namespace quellix

@@ -1,0 +1,83 @@
+#include "app/selection.h"
+
+#include <algorithm>
+
+#include "app/item_catalogue.h"
+#include "app/list_files.h"
+#include "app/numbers.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+constexpr std::string_view kCheckStates = "chkItems.txt";
+
+// The items in the order of chkItems.txt.
+std::array<const Item*, 30> ByCheckStatePlace() {
+  std::array<const Item*, 30> result{};
+  for (const Item& item : AllItems()) result[item.check_state_place - 1] = &item;
+  return result;
+}
+
+bool BelongsToToggle(const Item& item, Group group) {
+  return item.group == group && item.protection == Protection::kNone;
+}
+
+}  // namespace
+
+bool Selection::IsChecked(const Item& item) const { return checked_[item.run_order - 1]; }
+
+void Selection::SetChecked(const Item& item, bool checked) {
+  checked_[item.run_order - 1] = checked;
+}
+
+bool Selection::IsEnabled(const Item& item) const {
+  if (item.cleaner == nullptr) return false;
+  if (item.protection == Protection::kProtect1) return protect1_;
+  if (item.protection == Protection::kProtect2) return protect2_;
+  return true;
+}
+
+void Selection::ApplyProtection(const GeneralSettings& general) {
+  protect1_ = general.protect1;
+  protect2_ = general.protect2;
+}
+
+void Selection::ToggleGroup(Group group) {
+  const auto all_checked = std::ranges::all_of(AllItems(), [&](const Item& item) {
+    return !BelongsToToggle(item, group) || IsChecked(item);
+  });
+  for (const Item& item : AllItems()) {
+    if (BelongsToToggle(item, group)) SetChecked(item, !all_checked);
+  }
+}
+
+void Selection::SelectAll(bool checked) {
+  for (const Item& item : AllItems()) {
+    if (IsEnabled(item)) SetChecked(item, checked);
+  }
+}
+
+int Selection::CountChecked() const { return static_cast<int>(std::ranges::count(checked_, true)); }
+
+void Selection::LoadCheckStates(const Machine& machine) {
+  const std::vector<std::string> lines = ReadListFile(machine, kCheckStates);
+  if (lines.empty()) return;
+  const std::vector<std::string> fields = Split(lines.front(), ',');
+  const std::array<const Item*, 30> items = ByCheckStatePlace();
+  for (size_t i = 0; i < std::min(fields.size(), items.size()); ++i) {
+    const std::optional<int16_t> value = ToInt16(fields[i]);
+    if (value && *value >= 0 && *value <= 2) SetChecked(*items[i], *value == 1);
+  }
+}
+
+void Selection::SaveCheckStates(const Machine& machine) const {
+  std::string line;
+  for (const Item* item : ByCheckStatePlace()) {
+    if (!line.empty()) line += ',';
+    line += IsChecked(*item) ? '1' : '0';
+  }
+  WriteListFile(machine, kCheckStates, {line});
+}
+
+}  // namespace quellix

@@ -1,0 +1,103 @@
+#include "platform/profile_strings.h"
+
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+// Where a key stands in the text of an INI file.
+struct Place {
+  size_t section_end = std::string::npos;  // where a new key of the section goes
+  size_t line = std::string::npos;         // start of the key's line
+  size_t line_end = 0;                     // its end, before the line break
+  std::string_view value;
+};
+
+std::string_view TrimSpace(std::string_view text) {
+  const size_t first = text.find_first_not_of(" \t\r");
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+}
+
+std::string_view Unquoted(std::string_view value) {
+  const bool quoted = value.size() >= 2 && value.front() == value.back() &&
+                      (value.front() == '"' || value.front() == '\'');
+  return quoted ? value.substr(1, value.size() - 2) : value;
+}
+
+std::string_view SectionName(std::string_view line) {
+  return TrimSpace(line.substr(1, line.find(']') - 1));
+}
+
+Place Find(std::string_view text, std::string_view section, std::string_view key) {
+  Place place;
+  bool inside = false;
+  for (size_t at = 0; at < text.size();) {
+    const size_t end = std::min(text.find('\n', at), text.size());
+    const std::string_view line = TrimSpace(text.substr(at, end - at));
+    const size_t equals = line.find('=');
+    if (line.starts_with('[')) {
+      if (inside) break;
+      inside = EqualsNoCase(SectionName(line), section);
+    } else if (inside && !line.starts_with(';') && equals != std::string_view::npos &&
+               EqualsNoCase(TrimSpace(line.substr(0, equals)), key)) {
+      place.line = at;
+      place.line_end = end > at && text[end - 1] == '\r' ? end - 1 : end;
+      place.value = Unquoted(TrimSpace(line.substr(equals + 1)));
+      return place;
+    }
+    if (inside && !line.empty()) place.section_end = std::min(end + 1, text.size());
+    at = end + 1;
+  }
+  return place;
+}
+
+std::string LineBreakAfter(std::string_view text) {
+  return text.empty() || text.ends_with('\n') ? "" : "\r\n";
+}
+
+std::string WithKey(std::string text, std::string_view section, std::string_view key,
+                    std::string_view value) {
+  const Place place = Find(text, section, key);
+  const std::string line = std::string(key).append("=").append(value);
+  if (place.line != std::string::npos) {
+    text.replace(place.line, place.line_end - place.line, line);
+  } else if (place.section_end != std::string::npos) {
+    const std::string before = LineBreakAfter(std::string_view(text).substr(0, place.section_end));
+    text.insert(place.section_end, before + line + "\r\n");
+  } else {
+    text += LineBreakAfter(text) + "[" + std::string(section) + "]\r\n" + line + "\r\n";
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string DecodeText(std::string_view bytes, System& system) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+  return IsUtf8(bytes) ? std::string(bytes) : system.FromAnsi(bytes);
+}
+
+std::optional<std::string> IniFiles::Read(std::string_view file, std::string_view section,
+                                          std::string_view key) {
+  std::optional<std::string> bytes;
+  try {
+    bytes = files_.ReadWholeFile(file);
+  } catch (const Error&) {
+    return std::nullopt;
+  }
+  if (!bytes) return std::nullopt;
+  const std::string text = DecodeText(*bytes, system_);
+  const Place place = Find(text, section, key);
+  if (place.line == std::string::npos) return std::nullopt;
+  return std::string(place.value);
+}
+
+void IniFiles::Write(std::string_view file, std::string_view section, std::string_view key,
+                     std::string_view value) {
+  const std::string old = DecodeText(files_.ReadWholeFile(file).value_or(""), system_);
+  const std::string text = WithKey(old, section, key, value);
+  if (text != old) files_.WriteWholeFile(file, text);
+}
+
+}  // namespace quellix

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/registry.h"
+#include "platform/system.h"
+
+namespace quellix::modRegistry {
+
+// The registry helpers of cleaners and tools. None of them reports an error: what cannot be opened
+// reads as empty and is left as it is. Sub-key paths may end in "\".
+struct Access {
+  Registry& registry;
+  System& system;  // knows the ANSI code page
+};
+
+// A value as text, whatever its type: texts up to their first NUL, other data as its bytes taken
+// for ANSI characters, cut at the first zero byte. "" when it is missing or longer than 260
+// characters with its NUL.
+std::string ReadRegString(Access access, RegistryRoot root, std::string_view key,
+                          std::string_view name);
+
+// The value names of a key, each but the last followed by a NUL; "" for none. Ends before the 257th
+// value, and before one whose name or data is longer than 254 characters. Blanks around a name are
+// lost.
+std::string ListRegValues(Access access, RegistryRoot root, std::string_view key);
+
+// Deletes the one value named, or every value of a list as ListRegValues gives it.
+void DeleteRegValues(Access access, RegistryRoot root, std::string_view names,
+                     std::string_view key);
+
+// Removes one key that has no sub-keys.
+void RegDeleteSubKey(Access access, RegistryRoot root, std::string_view key);
+
+// Writes a REG_SZ value of an existing key, stored without its final NUL.
+void RegSetString(Access access, RegistryRoot root, std::string_view key, std::string_view name,
+                  std::string_view text);
+
+// Deletes the values of a key of the user; the key stays.
+void ClearRegKeyValues(Access access, std::string_view key);
+
+// Removes a key with all its sub-keys, depth first.
+void DeleteRegKeyTree(Access access, RegistryRoot root, std::string_view key);
+
+// Throws Error when the key is there but may not be changed, with the reason; for callers that owe
+// their user a word where the helpers are silent.
+void RequireWritable(Access access, RegistryRoot root, std::string_view key);
+
+}  // namespace quellix::modRegistry
