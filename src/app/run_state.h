@@ -20,7 +20,8 @@ struct RunState {
   uint64_t WipeStep = 1;           // bytes overwritten at a time
   std::string BackupFolder;        // ends in "\"
 
-  bool Hidden = false;  // nobody is watching: nothing waits for a person
+  int16_t FixedRemovalMode = 0;  // chosen for this program run; 0: as the settings say
+  bool Hidden = false;           // nobody is watching: nothing waits for a person
   bool AbortRequested = false;
   bool SomeFilesLocked = false;
   bool SomeErrors = false;  // an item failed and showed its message

@@ -70,6 +70,7 @@ GeneralSettings Settings::LoadGeneralSettings() const {
 
 void Settings::LoadDeletionSettings(RunState& state) const {
   state.RemovalMode = DecodeMethod(ReadIniValue("General", "DelMethod", "D", 512));
+  if (state.FixedRemovalMode != 0) state.RemovalMode = state.FixedRemovalMode;
   state.ExtraSecurity = ToByte(ReadIniValue("General", "ExtraS", "0"));
   state.RenameBeforeDelete = ToByte(ReadIniValue("General", "Rename", "0"));
   const double step = ToNumber(ReadIniValue("General", "WipeStep", "1")).value_or(1);

@@ -13,7 +13,8 @@ namespace quellix {
 // What LoadGeneralSettings found in Settings.ini for the main window.
 struct GeneralSettings {
   bool auto_clean = false;
-  std::optional<int16_t> interval_minutes;  // nothing when it is off or does not fit 16 bits
+  std::optional<int16_t> interval_minutes =
+      std::nullopt;  // nothing when it is off or does not fit 16 bits
   bool startup_clean = false;
   bool protect1 = false;  // the empty-files item may be used
   bool protect2 = false;  // the dead-shortcut item may be used

@@ -1,0 +1,180 @@
+// Native benchmarks: the engine on a volume against the system's own tools.
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "app/removal.h"
+#include "engine.h"
+#include "search/drive_scan.h"
+#include "side_by_side.h"
+#include "support/scripted_view.h"
+#include "support/test_machine.h"
+
+namespace quellix {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kFolders = 20000;
+constexpr int kFilesAFolder = 10;
+
+// Shows nothing, as a console run does.
+class QuietView : public RunView {
+ public:
+  void Yield() override {}
+  void SetStatus(std::string_view) override {}
+  void SetProgress(const ProgressBar&) override {}
+  void SetCommands(const Commands&) override {}
+  void ShowCurrentItem(const Item*) override {}
+  void ShowLastCleaned(std::string_view) override {}
+  void ShowCritical(std::string_view text) override { throw std::runtime_error(std::string(text)); }
+  void ShowReport(const RunReport&) override {}
+};
+
+void Shell(const std::string& command) {
+  if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + command);
+}
+
+// `folders` folders, ten to a parent, with ten small files each.
+void MakeTree(const fs::path& root, int folders) {
+  for (int i = 0; i < folders; ++i) {
+    const fs::path folder =
+        root / ("group " + std::to_string(i / 100)) / ("folder " + std::to_string(i % 100));
+    fs::create_directories(folder);
+    for (int file = 0; file < kFilesAFolder; ++file) {
+      std::ofstream(folder / ("temporary file " + std::to_string(file) + ".tmp")) << "data";
+    }
+  }
+}
+
+class Bench {
+ public:
+  explicit Bench(const fs::path& home)
+      : machine_(TestMachine::Create()),
+        ports_(machine_->machine()),
+        settings_(ports_),
+        context_{ports_, settings_, state_, view_, backup_} {
+    for (const auto& entry : fs::recursive_directory_iterator(home)) {
+      if (entry.path().filename() == "Scratch") scratch_ = entry.path();
+    }
+    if (scratch_.empty()) throw std::runtime_error("no scratch folder below " + home.string());
+    folder_ = machine_->Scratch() + "tree\\";
+  }
+
+  int Run() {
+    MakeTree(Tree(), kFolders);
+    Scan();
+    PendingMemory();
+    fs::remove_all(Tree());
+    Removal();
+    Wipe();
+    Growth();
+    return table_.ExitCode();
+  }
+
+ private:
+  fs::path Tree() const { return scratch_ / "tree"; }
+
+  void ScanTree() {
+    ClearPending(state_);
+    CollectFiles(context_, folder_, "*.*");
+  }
+
+  void RemoveTree() {
+    ScanTree();
+    RemovePendingFiles(context_);
+    RemovePendingFolders(context_);
+    if (state_.SomeFilesLocked) throw std::runtime_error("files stayed");
+  }
+
+  void Scan() {
+    table_.Compare(
+        "scan 200,000 files / find -type f", 1.0, 7, [] {}, [this] { ScanTree(); },
+        [this] { Shell("find '" + Tree().string() + "' -type f > /dev/null"); });
+    if (state_.PendingFiles.size() != kFolders * kFilesAFolder) throw std::runtime_error("count");
+  }
+
+  void PendingMemory() {
+    double characters = 0;
+    const auto files = static_cast<double>(state_.PendingFiles.size());
+    for (size_t i = 0; i < state_.PendingFiles.size(); ++i) {
+      characters += static_cast<double>(state_.PendingFiles[i].size());
+    }
+    table_.Report("bytes a pending file / its limit",
+                  static_cast<double>(state_.PendingFiles.MemoryHeld()) / files,
+                  1.5 * characters / files + 64, "B", 1.0);
+  }
+
+  void Removal() {
+    table_.Compare(
+        "scan and remove 200,000 files / rm -rf", 1.5, 2,
+        [this] {
+          fs::remove_all(Tree());
+          MakeTree(Tree(), kFolders);
+        },
+        [this] { RemoveTree(); }, [this] { Shell("rm -rf '" + Tree().string() + "'"); });
+  }
+
+  void Wipe() {
+    const fs::path file = scratch_ / "large.bin";
+    state_.RemovalMode = kWipe;
+    state_.WipeStep = 65536;
+    state_.ExtraSecurity = 1;
+    table_.Compare(
+        "wipe 256 MiB, random / shred -n 1 -u", 1.0, 3,
+        [&file] { Shell("head -c 268435456 /dev/zero > '" + file.string() + "' && sync"); },
+        [this] {
+          if (!RemoveFile(context_, machine_->Scratch() + "large.bin")) {
+            throw std::runtime_error("not wiped");
+          }
+        },
+        [&file] { Shell("shred -n 1 -u '" + file.string() + "'"); });
+    state_.RemovalMode = kDelete;
+  }
+
+  double SecondsAFile(int folders) {
+    fs::remove_all(Tree());
+    MakeTree(Tree(), folders);
+    return SideBySide::Seconds([this] { RemoveTree(); }) / folders / kFilesAFolder * 1e6;
+  }
+
+  void Growth() {
+    const double small = std::min(SecondsAFile(kFolders / 10), SecondsAFile(kFolders / 10));
+    const double large = std::min(SecondsAFile(kFolders), SecondsAFile(kFolders));
+    table_.Report("us a file of 200,000 / of 20,000 (linear: 1)", large, small, "u", 1.5);
+  }
+
+  SideBySide table_;
+  std::unique_ptr<TestMachine> machine_;
+  Machine ports_;
+  Settings settings_;
+  RunState state_;
+  QuietView view_;
+  NoBackupArchive backup_;
+  CleaningContext context_;
+  fs::path scratch_;
+  std::string folder_;
+};
+
+}  // namespace
+}  // namespace quellix
+
+// The folder named is the benchmark's own and is emptied.
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: quellix_bench FOLDER\n");
+    return 2;
+  }
+  try {
+    const std::filesystem::path home = std::filesystem::absolute(argv[1]);
+    std::filesystem::remove_all(home);
+    std::filesystem::create_directories(home);
+    setenv("TMPDIR", home.c_str(), 1);
+    return quellix::Bench(home).Run();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "quellix_bench: %s\n", error.what());
+    return 1;
+  }
+}

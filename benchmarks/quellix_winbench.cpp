@@ -1,0 +1,139 @@
+// Benchmarks on the real Windows calls, against the system's own command and an empty program.
+
+#include <windows.h>
+
+#include <stdexcept>
+
+#include "app/removal.h"
+#include "engine.h"
+#include "platform/win32/win32_machine.h"
+#include "search/drive_scan.h"
+#include "side_by_side.h"
+#include "support/scripted_view.h"
+#include "support/test_machine.h"
+
+namespace quellix {
+namespace {
+
+constexpr int kFolders = 200;
+constexpr int kFilesAFolder = 100;
+
+// As the window does: handles waiting messages now and then, paints nothing that nobody sees.
+class PumpingView : public ScriptedView {
+ public:
+  void Yield() override {
+    const ULONGLONG now = GetTickCount64();
+    if (now == last_) return;
+    last_ = now;
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+  }
+  void SetStatus(std::string_view text) override { status_ = text; }
+  void SetProgress(const ProgressBar&) override {}
+
+ private:
+  ULONGLONG last_ = 0;
+  std::string status_;
+};
+
+PROCESS_INFORMATION Start(std::wstring command) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                      &startup, &process)) {
+    throw std::runtime_error("a program could not be started");
+  }
+  CloseHandle(process.hThread);
+  return process;
+}
+
+void RunToEnd(const std::wstring& command) {
+  const PROCESS_INFORMATION process = Start(command);
+  WaitForSingleObject(process.hProcess, INFINITE);
+  CloseHandle(process.hProcess);
+}
+
+struct Search {
+  DWORD process;
+  HWND found = nullptr;
+};
+
+BOOL CALLBACK TakeVisible(HWND window, LPARAM parameter) {
+  Search& search = *reinterpret_cast<Search*>(parameter);
+  DWORD process = 0;
+  GetWindowThreadProcessId(window, &process);
+  if (process != search.process || !IsWindowVisible(window)) return TRUE;
+  search.found = window;
+  return FALSE;
+}
+
+// Starts a program and returns when its window is visible; then ends it.
+double SecondsToWindow(const std::wstring& program) {
+  PROCESS_INFORMATION process{};
+  Search search{};
+  const double seconds = SideBySide::Seconds([&] {
+    process = Start(L"\"" + program + L"\"");
+    search.process = process.dwProcessId;
+    while (search.found == nullptr) {
+      EnumWindows(TakeVisible, reinterpret_cast<LPARAM>(&search));
+      if (search.found == nullptr) Sleep(1);
+    }
+  });
+  TerminateProcess(process.hProcess, 0);
+  WaitForSingleObject(process.hProcess, INFINITE);
+  CloseHandle(process.hProcess);
+  return seconds;
+}
+
+void Removal(SideBySide& table, TestMachine& machine) {
+  const Machine ports = machine.machine();
+  const std::string folder = machine.Scratch() + "tree\\";
+  PumpingView view;
+  NoBackupArchive backup;
+  Settings settings(ports);
+  RunState state;
+  CleaningContext context{ports, settings, state, view, backup};
+  table.Compare(
+      "remove 20,000 files / cmd /c del /s /q", 1.0, 3,
+      [&] {
+        for (int i = 0; i < kFolders * kFilesAFolder; ++i) {
+          machine.MakeFile(folder + std::to_string(i / kFilesAFolder) + "\\" + std::to_string(i),
+                           "x");
+        }
+      },
+      [&] {
+        ClearPending(state);
+        CollectFiles(context, folder, "*.*");
+        RemovePendingFiles(context);
+        if (state.FilesDeleted % (kFolders * kFilesAFolder) != 0) {
+          throw std::runtime_error("files stayed");
+        }
+      },
+      [&] { RunToEnd(L"cmd.exe /c del /s /q C:\\QxScratch\\tree > nul"); });
+}
+
+void StartUp(SideBySide& table) {
+  double ours = 1e9, theirs = 1e9;
+  for (int round = 0; round < 7; ++round) {
+    ours = std::min(ours, SecondsToWindow(L"C:\\Program Files\\Quellix\\quellix.exe"));
+    theirs = std::min(theirs, SecondsToWindow(L"C:\\Program Files\\Quellix\\empty_dialog.exe"));
+  }
+  table.Report("start to visible window / empty dialog", ours, theirs, "s", 1.5);
+}
+
+}  // namespace
+}  // namespace quellix
+
+int main() {
+  try {
+    const std::unique_ptr<quellix::TestMachine> machine = quellix::TestMachine::Create();
+    quellix::SideBySide table;
+    quellix::Removal(table, *machine);
+    quellix::StartUp(table);
+    return table.ExitCode();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "quellix_winbench: %s\n", error.what());
+    return 1;
+  }
+}

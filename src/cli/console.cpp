@@ -1,0 +1,115 @@
+#include "cli/console.h"
+
+#include <CLI/CLI.hpp>
+#include <iomanip>
+#include <iostream>
+#include <map>
+
+#include "cli/console_view.h"
+#include "engine.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+struct CleanOptions {
+  std::vector<std::string> items;
+  std::string method;
+  MachineOptions machine;
+};
+
+const std::map<std::string, int16_t> kMethods = {
+    {"delete", kDelete}, {"recycle", kRecycle}, {"wipe", kWipe}};
+
+int Fail(std::string_view sentence, ExitCode code) {
+  std::cerr << "quellixctl: " << sentence << std::endl;
+  return code;
+}
+
+int ListItems() {
+  for (const Item& item : AllItems()) {
+    std::cout << std::left << std::setw(24) << item.key << std::setw(20) << GroupTitle(item.group)
+              << ReplaceNoCase(item.Label(), "&&", "&")
+              << (item.cleaner != nullptr ? "" : " (not available yet)") << "\n";
+  }
+  std::cout << std::flush;
+  return kDone;
+}
+
+// Ticks the named items; a sentence when one cannot be cleaned, else "".
+std::string SelectItems(const std::vector<std::string>& names, Selection& selection) {
+  for (const Item& item : AllItems()) selection.SetChecked(item, false);
+  for (const std::string& name : names) {
+    const Item* const item = FindItem(name);
+    if (item == nullptr) {
+      return "there is no item \"" + name + "\"; \"quellixctl items\" lists them.";
+    }
+    if (item->cleaner == nullptr) return "the item \"" + name + "\" is not available yet.";
+    selection.SetChecked(*item, true);
+  }
+  return {};
+}
+
+int ExitCodeOf(const RunState& state) {
+  if (state.AbortRequested || state.SomeErrors) return kFailed;
+  return state.SomeFilesLocked ? kSomeFilesStayed : kDone;
+}
+
+int Clean(const CleanOptions& options, const ConsolePlatform& platform) {
+  const std::unique_ptr<OpenMachine> opened = platform.open(options.machine);
+  ConsoleView view;
+  Engine engine(opened->machine(), view);
+  view.OnStop([&engine] { engine.StopCleaning(); });
+  std::cerr << engine.Load();
+  const std::string problem = SelectItems(options.items, engine.selection());
+  if (!problem.empty()) return Fail(problem, kWrongUsage);
+  if (!options.method.empty()) engine.state().FixedRemovalMode = kMethods.at(options.method);
+  engine.RunCleaning();
+  if (engine.state().AbortRequested) std::cerr << view.status() << std::endl;
+  return ExitCodeOf(engine.state());
+}
+
+CLI::App* AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& platform) {
+  CLI::App* const clean = app.add_subcommand("clean", "Clean the named items");
+  clean->add_option("--item", options.items, "Keys of the items, as \"items\" lists them")
+      ->required()
+      ->type_name("KEY");
+  std::vector<std::string> methods;
+  for (const auto& [name, mode] : kMethods) methods.push_back(name);
+  clean->add_option("--method", options.method, "How files are removed (else as the settings say)")
+      ->check(CLI::IsMember(methods));
+  clean->add_option("--settings", options.machine.settings, "Folder of Settings.ini and the lists")
+      ->type_name("DIR");
+  if (!platform.works_on_volumes) return clean;
+  clean->add_option("--volume", options.machine.volume, "Folder the Windows volume is mounted in")
+      ->required()
+      ->type_name("DIR");
+  clean->add_option("--drive", options.machine.drives, "A further drive of that Windows")
+      ->type_name("D:=DIR");
+  clean->add_option("--user", options.machine.user, "Whose traces to clean")->type_name("NAME");
+  return clean;
+}
+
+}  // namespace
+
+int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platform) {
+  CLI::App app("Quellix cleans a Windows machine of junk and traces of use.", "quellixctl");
+  app.require_subcommand(1);
+  CleanOptions options;
+  const CLI::App* const items = app.add_subcommand("items", "List the items that can be cleaned");
+  AddClean(app, options, platform);
+  std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
+  try {
+    app.parse(arguments);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error, std::cout, std::cerr) == 0 ? kDone : kWrongUsage;
+  }
+  try {
+    return items->parsed() ? ListItems() : Clean(options, platform);
+  } catch (const std::exception& error) {
+    return Fail(error.what(), kFailed);
+  }
+}
+
+}  // namespace quellix

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/machine.h"
+
+namespace quellix {
+
+// What the arguments say about the machine to work on. Texts are UTF-8; folders are the console's
+// own, not the machine's.
+struct MachineOptions {
+  std::string volume;               // folder a Windows volume is mounted in
+  std::vector<std::string> drives;  // "D:=DIR"
+  std::string user;                 // "" for the only one
+  std::string settings;             // folder of Settings.ini, "" for the usual place
+};
+
+// A machine with the ports it owns.
+class OpenMachine {
+ public:
+  virtual ~OpenMachine() = default;
+  virtual Machine machine() = 0;
+};
+
+// What differs between a console on Windows and one on another system.
+struct ConsolePlatform {
+  bool works_on_volumes = false;
+  // Throws Error with a sentence for the user.
+  std::function<std::unique_ptr<OpenMachine>(const MachineOptions&)> open;
+};
+
+enum ExitCode { kDone = 0, kFailed = 1, kWrongUsage = 2, kSomeFilesStayed = 3 };
+
+// quellixctl: parses the arguments, does the command, prints to standard output and error. Ctrl-C
+// stops a run. Returns an ExitCode.
+int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platform);
+
+}  // namespace quellix

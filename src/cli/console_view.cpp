@@ -1,0 +1,40 @@
+#include "cli/console_view.h"
+
+#include <atomic>
+#include <csignal>
+#include <iostream>
+
+namespace quellix {
+namespace {
+
+std::atomic<bool> interrupted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "it is set by a signal handler");
+
+// The first Ctrl-C stops the run in good order, the second ends the program.
+void OnInterrupt(int) {
+  interrupted = true;
+  std::signal(SIGINT, SIG_DFL);
+}
+
+}  // namespace
+
+ConsoleView::ConsoleView() {
+  interrupted = false;
+  std::signal(SIGINT, OnInterrupt);
+}
+
+ConsoleView::~ConsoleView() { std::signal(SIGINT, SIG_DFL); }
+
+void ConsoleView::Yield() {
+  if (interrupted && stop_) stop_();
+}
+
+void ConsoleView::ShowCritical(std::string_view text) { std::cerr << text << std::endl; }
+
+void ConsoleView::ShowReport(const RunReport& report) {
+  std::string text = report.log;
+  std::erase(text, '\r');
+  std::cout << text << std::endl;
+}
+
+}  // namespace quellix

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "app/views.h"
+
+namespace quellix {
+
+// Shows a run on the console: its log on standard output, failures on standard error. Ctrl-C asks
+// for a stop at the run's next pause.
+class ConsoleView : public RunView {
+ public:
+  ConsoleView();
+  ~ConsoleView() override;
+
+  void OnStop(std::function<void()> stop) { stop_ = std::move(stop); }
+
+  void Yield() override;
+  void SetStatus(std::string_view text) override { status_ = text; }
+  void SetProgress(const ProgressBar&) override {}
+  void SetCommands(const Commands&) override {}
+  void ShowCurrentItem(const Item*) override {}
+  void ShowLastCleaned(std::string_view) override {}
+  void ShowCritical(std::string_view text) override;
+  void ShowReport(const RunReport& report) override;
+
+  const std::string& status() const { return status_; }
+
+ private:
+  std::function<void()> stop_;
+  std::string status_;
+};
+
+}  // namespace quellix

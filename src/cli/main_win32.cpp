@@ -1,0 +1,40 @@
+#include <windows.h>
+
+// After windows.h, which it needs.
+#include <shellapi.h>
+
+#include "cli/console.h"
+#include "platform/text.h"
+#include "platform/win32/win32_machine.h"
+
+namespace {
+
+std::vector<std::string> Arguments() {
+  std::vector<std::string> arguments;
+  int count = 0;
+  const std::unique_ptr<wchar_t*, decltype(&LocalFree)> words(
+      CommandLineToArgvW(GetCommandLineW(), &count), &LocalFree);
+  for (int i = 1; i < count; ++i) {
+    arguments.push_back(quellix::ToUtf8(reinterpret_cast<const char16_t*>(words.get()[i])));
+  }
+  return arguments;
+}
+
+class LiveMachine : public quellix::OpenMachine {
+ public:
+  explicit LiveMachine(const std::string& settings) : live_(settings) {}
+  quellix::Machine machine() override { return live_.machine(); }
+
+ private:
+  quellix::Win32Machine live_;
+};
+
+}  // namespace
+
+int main() {
+  SetConsoleOutputCP(CP_UTF8);
+  return quellix::RunConsole(
+      Arguments(), {.works_on_volumes = false, .open = [](const quellix::MachineOptions& options) {
+                      return std::make_unique<LiveMachine>(options.settings);
+                    }});
+}

@@ -1,0 +1,196 @@
+#include "cleaners/skeleton.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+class CleaningRunTest : public RunFixture {
+ protected:
+  // A user's traces: three temporary files with 3,000 bytes in nested folders, two recycled files
+  // with 7 bytes, a Run history of two entries and its order, one typed URL.
+  void SeedUser() {
+    ClearTemp();
+    ports.shell.EmptyRecycleBin();
+    machine->MakeFile(temp + "a.tmp", std::string(1000, 'a'));
+    machine->MakeFile(temp + "sub\\deep\\b.dat", std::string(2000, 'b'));
+    machine->MakeFile(temp + "sub\\empty", "");
+    machine->MakeFolder(temp + "empty folder");
+    for (const char* name : {"r1", "r22"}) {
+      machine->MakeFile(scratch + name, std::string(name).substr(0, 3) + "x");
+      ports.shell.Recycle(scratch + name);
+    }
+    machine->RemoveRegistryTree(kUser, kRunMruKey);
+    machine->RemoveRegistryTree(kUser, kTypedUrlsKey);
+    for (const char* name : {"a", "b", "MRUList"}) machine->SetText(kUser, kRunMruKey, name, "cmd");
+    machine->SetText(kUser, kTypedUrlsKey, "url1", "http://example.org/");
+  }
+  void ClearTemp() {
+    state().RemovalMode = kDelete;
+    engine.RunOneItem(*FindItem("CleanTempFiles"));
+    ASSERT_TRUE(machine->Tree(temp).empty());
+    view.statuses.clear();
+  }
+  RunState& state() { return engine.state(); }
+  std::string Log() { return view.report ? view.report->log : "<no report>"; }
+};
+
+const std::string kLine(67, '-');
+
+TEST_F(CleaningRunTest, AWholeRunRemovesLogsAndLeavesNothingForASecondOne) {
+  SeedUser();
+  Tick({"CleanTempFiles", "CleanRecycleBin", "CleanRunMRU", "CleanTypedURL"});
+  engine.RunCleaning();
+  EXPECT_EQ(Log(),
+            "Recycle Bin... Files Deleted: 2 Space Gained: 7 Bytes\r\n"
+            "Temporary files... Files Deleted: 3 Space Gained: 2.93 KB\r\n"
+            "Windows run history... Files Deleted: 3\r\n"
+            "Typed URLs... Files Deleted: 1\r\n"
+            "\r\n" +
+                kLine + "\r\nFiles Deleted:  5   Space Gained:  2.94 KB");
+  EXPECT_EQ(view.report->files, "5");
+  EXPECT_EQ(view.report->space_gained, "2.94 KB");
+  EXPECT_EQ(view.report->cleaned, (std::array<bool, 6>{true, true, true, false, false, true}));
+  EXPECT_TRUE(machine->Tree(temp).empty());
+  EXPECT_TRUE(machine->Exists(temp));
+  EXPECT_EQ(ports.shell.QueryRecycleBin().items, 0u);
+  EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
+  EXPECT_TRUE(machine->KeyExists(kUser, kRunMruKey));
+  EXPECT_TRUE(machine->ValueNames(kUser, kTypedUrlsKey).empty());
+  EXPECT_EQ(view.items,
+            (std::vector<std::string>{"CleanTempFiles", "CleanRecycleBin", "CleanTempFiles",
+                                      "CleanRunMRU", "CleanTypedURL"}));
+  EXPECT_EQ(view.commands, Commands{});
+  EXPECT_EQ(view.statuses.back(), "");
+  EXPECT_FALSE(view.current_item_shown);
+  EXPECT_EQ(view.bars.back(), ProgressBar{});
+  EXPECT_EQ(settings.LastCleaned(), view.last_cleaned);
+
+  engine.RunCleaning();
+  EXPECT_EQ(Log(),
+            "Recycle Bin... Files Deleted: 0 Space Gained: 0 Bytes\r\n"
+            "Temporary files... Files Deleted: 0 Space Gained: 0 Bytes\r\n"
+            "Windows run history... Files Deleted: 0\r\n"
+            "Typed URLs... Files Deleted: 0\r\n"
+            "\r\n" +
+                kLine + "\r\nFiles Deleted:  0   Space Gained:  0 Bytes");
+}
+
+TEST_F(CleaningRunTest, NothingTickedStillShowsASummary) {
+  Tick({});
+  engine.RunCleaning();
+  EXPECT_EQ(Log(), "\r\n" + kLine + "\r\nFiles Deleted:  0   Space Gained:  0 Bytes");
+  EXPECT_EQ(view.report->cleaned, (std::array<bool, 6>{}));
+}
+
+TEST_F(CleaningRunTest, LockedFilesStayUncountedAndAreToldOnce) {
+  SeedUser();
+  Tick({"CleanTempFiles"});
+  const auto lock = machine->LockFile(temp + "sub\\deep\\b.dat");
+  engine.RunCleaning();
+  EXPECT_EQ(Log(), "Temporary files... Files Deleted: 2 Space Gained: 1,000 Bytes\r\n\r\n" + kLine +
+                       "\r\nFiles Deleted:  2   Space Gained:  1,000 Bytes\r\n\r\n"
+                       "Some files were not deleted because they were locked or in use.");
+  EXPECT_EQ(machine->Tree(temp),
+            (std::vector<std::string>{"sub\\", "sub\\deep\\", "sub\\deep\\b.dat"}));
+}
+
+TEST_F(CleaningRunTest, StopEndsTheRunBetweenFilesWithoutASummary) {
+  SeedUser();
+  Tick({"CleanTempFiles", "CleanRunMRU"});
+  StopWhenStatusBegins("Deleting file");
+  engine.RunCleaning();
+  EXPECT_EQ(Log(), "<no report>");
+  EXPECT_EQ(state().RunFilesDeleted, 1);
+  EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 3u);
+  EXPECT_EQ(view.statuses.back(), "Aborted by user");
+  EXPECT_EQ(view.commands, Commands{});
+  EXPECT_EQ(view.bars.back().visible, false);
+  // The next run starts afresh.
+  view.on_status = nullptr;
+  engine.RunCleaning();
+  EXPECT_NE(Log().find("Temporary files... Files Deleted: 2 "), std::string::npos) << Log();
+}
+
+TEST_F(CleaningRunTest, StopDuringTheFirstItemsTakesEffectBehindTheFourth) {
+  SeedUser();
+  Tick({"CleanRecycleBin", "CleanTempFiles"});
+  StopWhenStatusBegins("Working...");
+  engine.RunCleaning();
+  EXPECT_EQ(ports.shell.QueryRecycleBin().items, 0u);
+  EXPECT_EQ(machine->Tree(temp).size(), 6u);
+  EXPECT_EQ(view.statuses.back(), "Aborted by user");
+}
+
+TEST_F(CleaningRunTest, OneItemRunsWhateverItsBoxSays) {
+  SeedUser();
+  Tick({"CleanTempFiles"});
+  engine.RunOneItem(*FindItem("CleanRunMRU"));
+  EXPECT_EQ(Log(), "Windows run history... Files Deleted: 3\r\n\r\n" + kLine +
+                       "\r\nFiles Deleted:  0   Space Gained:  0 Bytes");
+  EXPECT_EQ(machine->Tree(temp).size(), 6u);
+}
+
+TEST_F(CleaningRunTest, AFailingItemSaysSoOnceAndTheNextOneRuns) {
+  SeedUser();
+  std::shared_ptr<void> denial;
+  try {
+    denial = machine->DenyRegistryWrites(kUser, kRunMruKey);
+  } catch (const std::exception& error) {
+    GTEST_SKIP() << error.what();
+  }
+  Tick({"CleanTempFiles", "CleanRunMRU"});
+  engine.RunCleaning();
+  ASSERT_EQ(view.criticals.size(), 1u);
+  EXPECT_TRUE(view.criticals[0].starts_with("There was an error in cleaning the Run MRU. "));
+  EXPECT_GT(view.criticals[0].size(), 50u) << "the reason is missing";
+  EXPECT_EQ(Log().find("Windows run history"), std::string::npos);
+  EXPECT_NE(Log().find("Temporary files... Files Deleted: 3"), std::string::npos);
+  EXPECT_TRUE(state().SomeErrors);
+  EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 3u);
+
+  state().Hidden = true;  // nobody to ask: the message goes into the log
+  engine.RunCleaning();
+  EXPECT_EQ(view.criticals.size(), 1u);
+  EXPECT_NE(state().RunLog.find("There was an error in cleaning the Run MRU. "), std::string::npos);
+}
+
+TEST_F(CleaningRunTest, AHiddenRunShowsNothing) {
+  SeedUser();
+  Tick({"CleanTempFiles"});
+  view.report.reset();
+  state().Hidden = true;
+  engine.RunCleaning();
+  EXPECT_FALSE(view.report);
+  EXPECT_TRUE(machine->Tree(temp).empty());
+}
+
+TEST_F(CleaningRunTest, ATemporaryFolderThatHoldsWindowsIsRefused) {
+  SeedUser();
+  const std::string profile = ports.system.Environment("USERPROFILE").value();
+  const std::string windows = ports.system.WindowsFolder();
+  for (const std::string& folder :
+       {windows.substr(0, 3), windows + "\\", UpCase(profile) + "\\",
+        profile.substr(0, profile.rfind('\\') + 1), ports.system.SystemFolder() + "\\"}) {
+    SCOPED_TRACE(folder);
+    state().RunLog.clear();
+    CleanFolder(context, folder, "*.*", FoldersPass::kYes);
+    EXPECT_TRUE(state().RunLog.starts_with(folder + " is not cleaned")) << state().RunLog;
+  }
+  EXPECT_EQ(machine->Tree(temp).size(), 6u);
+}
+
+TEST_F(CleaningRunTest, SettingsThatCannotBeSavedAreSaidOnceAndTheRunGoesOn) {
+  SeedUser();
+  ports.files.RemoveFile(ports.program_folder + "\\Settings.ini");
+  machine->MakeFolder(ports.program_folder + "\\Settings.ini");
+  Tick({"CleanTempFiles", "CleanRunMRU"});
+  engine.RunCleaning();
+  const size_t said = Log().find("The time of this run could not be saved. ");
+  EXPECT_NE(said, std::string::npos) << Log();
+  EXPECT_EQ(Log().find("could not be saved", said + 30), std::string::npos);
+  EXPECT_TRUE(machine->Tree(temp).empty());
+  EXPECT_TRUE(view.criticals.empty());
+}
+
+}  // namespace
+}  // namespace quellix

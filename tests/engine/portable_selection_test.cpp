@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "app/item_catalogue.h"
+#include "app/selection.h"
+
+namespace quellix {
+namespace {
+
+int CountIn(const Selection& selection, Group group) {
+  int count = 0;
+  for (const Item& item : AllItems()) {
+    count += item.group == group && selection.IsChecked(item);
+  }
+  return count;
+}
+
+TEST(Selection, EveryPlaceAndNameIsTakenOnce) {
+  std::set<int> places;
+  std::set<std::string> names;
+  int order = 0;
+  for (const Item& item : AllItems()) {
+    EXPECT_EQ(item.run_order, ++order);
+    places.insert(item.check_state_place);
+    names.insert(item.key);
+    names.insert(item.control);
+    EXPECT_EQ(FindItem(item.key), &item);
+  }
+  EXPECT_EQ(order, 30);
+  EXPECT_EQ(places.size(), 30u);
+  EXPECT_EQ(*places.rbegin(), 30);
+  EXPECT_EQ(names.size(), 60u);
+  EXPECT_EQ(FindItem("cleantempfiles"), FindItem("CHKTEMP"));
+  EXPECT_EQ(FindItem("nothing"), nullptr);
+}
+
+TEST(Selection, AGroupsHeadingFillsItFirstAndClearsItWhenFull) {
+  struct Row {
+    Group group;
+    int boxes;
+  };
+  for (const Row row : {Row{Group::kFolderFiles, 10}, Row{Group::kMiscellaneous, 6},
+                        Row{Group::kInternet, 6}, Row{Group::kFirefox, 6}}) {
+    Selection selection;
+    selection.ToggleGroup(row.group);
+    EXPECT_EQ(CountIn(selection, row.group), row.boxes);
+    for (const Item& item : AllItems()) {
+      if (item.group == row.group) {
+        selection.SetChecked(item, false);
+        break;
+      }
+    }
+    selection.ToggleGroup(row.group);
+    EXPECT_EQ(CountIn(selection, row.group), row.boxes);
+    selection.ToggleGroup(row.group);
+    EXPECT_EQ(selection.CountChecked(), 0);
+  }
+}
+
+TEST(Selection, BoxesThatCannotBeClickedKeepTheirState) {
+  Selection selection;
+  selection.SetChecked(*FindItem("CleanEmptyFiles"), true);
+  selection.SelectAll(true);
+  int usable = 0;
+  for (const Item& item : AllItems()) {
+    usable += selection.IsEnabled(item);
+    EXPECT_TRUE(!selection.IsEnabled(item) || selection.IsChecked(item)) << item.key;
+  }
+  EXPECT_EQ(selection.CountChecked(), usable + 1);
+  selection.SelectAll(false);
+  EXPECT_EQ(selection.CountChecked(), 1);
+  EXPECT_TRUE(selection.IsChecked(*FindItem("CleanEmptyFiles")));
+}
+
+}  // namespace
+}  // namespace quellix

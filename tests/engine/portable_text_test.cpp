@@ -1,0 +1,130 @@
+#include <gtest/gtest.h>
+
+#include "app/numbers.h"
+#include "app/path_list.h"
+#include "app/removal.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+TEST(Text, MasksMeanWhatFindFirstFileMeans) {
+  struct Row {
+    const char* name;
+    const char* mask;
+    bool fits;
+  };
+  static constexpr Row kRows[] = {
+      {"a.txt", "*.*", true},
+      {"noext", "*.*", true},
+      {"noext", "*.", true},
+      {"a.txt", "*.", false},
+      {"A.TMP", "*.tmp", true},
+      {"a.tmpx", "*.tmp", false},
+      {"a.tmp.bak", "*.tmp", false},
+      {"ab", "?b", true},
+      {"b", "?b", false},
+      {"a", "a.*", true},
+      {"ab", "a.*", false},
+      {"", "*", true},
+      {"\xC3\x84.LOG", "\xC3\xA4.log", true},  // A with diaeresis
+      {"\xF0\x9F\x98\x80.x", "\?\?.x", true},  // one character in two UTF-16 units
+      {"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa", "*a*a*a*a*a*a*a*a*a*b", false},
+  };
+  for (const Row& row : kRows) {
+    EXPECT_EQ(MatchesMask(row.name, row.mask), row.fits) << row.name << " against " << row.mask;
+  }
+}
+
+TEST(Text, Utf16CarriesEveryNameThereAndBack) {
+  const std::string lone_surrogate = "a\xED\xA0\x80z";
+  for (const std::string text : {"plain", "\xC3\xBC", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
+    EXPECT_EQ(ToUtf8(ToUtf16(text)), text);
+    EXPECT_EQ(FromUtf16Bytes(ToUtf16Bytes(text)), text);
+    EXPECT_TRUE(IsUtf8(text));
+  }
+  EXPECT_EQ(ToUtf8(ToUtf16(lone_surrogate)), lone_surrogate);
+  for (const std::string bad :
+       {"\xFF", "\xC0\x80", "\xE2\x82", "a\xED\xA0\x80z", "\xF5\x80\x80\x80"}) {
+    EXPECT_FALSE(IsUtf8(bad));
+  }
+}
+
+TEST(Text, CaseIsFoldedBeyondAscii) {
+  EXPECT_TRUE(
+      EqualsNoCase("STRA\xC3\x9F"
+                   "E \xC3\x84",
+                   "stra\xC3\x9F"
+                   "e \xC3\xA4"));
+  EXPECT_FALSE(EqualsNoCase("ab", "abc"));
+  EXPECT_TRUE(ContainsNoCase("C:\\MyTemplates\\", "temp"));
+  EXPECT_EQ(ReplaceNoCase("%systemroot%;%SystemRoot%", "%SYSTEMROOT%", "C:\\W"), "C:\\W;C:\\W");
+}
+
+TEST(Numbers, OnlyWholeNumbersCount) {
+  EXPECT_EQ(ToInt16(" 1 "), 1);
+  EXPECT_EQ(ToInt16("2.5"), 2);
+  EXPECT_EQ(ToInt16("3.5"), 4);
+  EXPECT_EQ(ToInt16("-32768"), -32768);
+  for (const char* none : {"", " ", "x", "1x", "32768", "1e99", "0x10", "nan", "inf"}) {
+    EXPECT_FALSE(ToInt16(none)) << none;
+  }
+}
+
+TEST(Sizes, FormatSizeChangesUnitAtTheLimits) {
+  Locale german;
+  german.decimal = ",";
+  german.thousand = ".";
+  Locale terse;
+  terse.leading_zero = false;
+  EXPECT_EQ(FormatSize(0, 2, true, {}), "0 Bytes");
+  EXPECT_EQ(FormatSize(-5000, 2, true, {}), "-5,000 Bytes");
+  EXPECT_EQ(FormatSize(1023, 2, true, {}), "1,023 Bytes");
+  EXPECT_EQ(FormatSize(1024, 2, true, {}), "1.00 KB");
+  EXPECT_EQ(FormatSize(1048575, 2, true, german), "1.024,00 KB");
+  EXPECT_EQ(FormatSize(1048576, 2, true, {}), "1.00 MB");
+  EXPECT_EQ(FormatSize(1073741823, 0, true, {}), "1,024 MB");
+  EXPECT_EQ(FormatSize(1073741824.0 * 1.5, 1, false, {}), "1.5");
+  EXPECT_EQ(FormatNumber(0.25, 1, terse), ".3");
+  Locale indian;
+  indian.grouping = "3;2;0";
+  EXPECT_EQ(FormatNumber(123456789, 0, indian), "12,34,56,789");
+}
+
+TEST(Dates, TheLocaleDecidesFormAndValidity) {
+  const LocalTime time{2026, 11, 4, 9, 5, 7};
+  Locale iso;
+  iso.short_date = "yyyy-MM-dd";
+  iso.time_format = "HH:mm:ss";
+  EXPECT_EQ(FormatDateTime(time, {}), "11/4/2026 9:05:07 AM");
+  EXPECT_EQ(FormatDateTime(time, iso), "2026-11-04 09:05:07");
+  EXPECT_EQ(FormatDateTime({2026, 11, 4, 0, 0, 0}, {}), "11/4/2026");
+  EXPECT_TRUE(IsDateTime("11/4/2026 9:05:07 AM", {}));
+  EXPECT_TRUE(IsDateTime("11/4/2026", {}));
+  for (const char* bad :
+       {"", "yesterday", "13/1/2026", "11/4/2026 25:00:00 AM", "11/4/2026 9:05:07",
+        "2026-11-04 09:05:07", "11/4/2026 9:05:07 AM trailing"}) {
+    EXPECT_FALSE(IsDateTime(bad, {})) << bad;
+  }
+}
+
+TEST(PathList, HoldsALittleMoreThanTheCharacters) {
+  PathList list;
+  size_t characters = 0;
+  for (int i = 0; i < 200000; ++i) {
+    const std::string name = std::to_string(i);
+    list.Append("C:\\Temp\\sub\\", name, ".tmp");
+    characters += 12 + name.size() + 4;
+  }
+  list.Append("", std::string(100000, 'x'));
+  EXPECT_EQ(list[123456], "C:\\Temp\\sub\\123456.tmp");
+  EXPECT_EQ(list[200000].size(), 100000u);
+  EXPECT_LE(static_cast<double>(list.MemoryHeld()),
+            1.5 * static_cast<double>(characters) + 64.0 * 200000);
+  list.Clear();
+  EXPECT_EQ(list.size(), 0u);
+  EXPECT_EQ(list.MemoryHeld(), 0u);
+}
+
+}  // namespace
+}  // namespace quellix

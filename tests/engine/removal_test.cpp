@@ -1,0 +1,250 @@
+#include "app/removal.h"
+
+#include "search/drive_scan.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+class RemovalTest : public RunFixture {
+ protected:
+  RemovalTest() : state(engine.state()) {}
+
+  bool Remove(const std::string& path, int16_t mode) {
+    state.RemovalMode = mode;
+    return RemoveFile(context, path);
+  }
+
+  RunState& state;
+};
+
+// Keeps what it is given; fails on request.
+class RecordingArchive : public BackupArchive {
+ public:
+  std::vector<std::string> archives, files;
+  bool fails = false;
+  int deleted = 0;
+
+  void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override {
+    archives.push_back(std::string(folder).append(prefix));
+  }
+  bool BackupFile(std::string_view path) override {
+    files.emplace_back(path);
+    return !fails;
+  }
+  void DeleteBackupArchive() override { ++deleted; }
+};
+
+TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes) {
+  for (const int16_t mode : {kDelete, kRecycle, kWipe}) {
+    SCOPED_TRACE(mode);
+    state.SomeFilesLocked = false;
+    const std::string file = scratch + "read only \xE2\x82\xAC.txt";
+    machine->MakeFile(file, "data");
+    ports.files.SetAttributes(file, kReadOnly | kHidden | kSystem);
+    EXPECT_TRUE(Remove(file, mode));
+    EXPECT_FALSE(machine->Exists(file));
+    EXPECT_FALSE(state.SomeFilesLocked);
+
+    EXPECT_FALSE(Remove(file, mode));  // it is gone
+    EXPECT_TRUE(state.SomeFilesLocked);
+
+    const std::string locked = scratch + "locked.txt";
+    machine->MakeFile(locked, "kept");
+    state.SomeFilesLocked = false;
+    {
+      const auto lock = machine->LockFile(locked);
+      EXPECT_FALSE(Remove(locked, mode));
+    }
+    EXPECT_TRUE(state.SomeFilesLocked);
+    EXPECT_EQ(ports.files.ReadWholeFile(locked), "kept");
+    EXPECT_TRUE(Remove(locked, kDelete));
+  }
+  machine->MakeFile(scratch + "odd.txt", "");
+  EXPECT_FALSE(Remove(scratch + "odd.txt", 7));
+  EXPECT_TRUE(machine->Exists(scratch + "odd.txt"));
+}
+
+TEST_F(RemovalTest, RecycledFilesAreInTheBin) {
+  ports.shell.EmptyRecycleBin();
+  machine->MakeFile(scratch + "old.txt", "12345");
+  EXPECT_TRUE(Remove(scratch + "old.txt", kRecycle));
+  EXPECT_EQ(ports.shell.QueryRecycleBin().items, 1u);
+  EXPECT_EQ(ports.shell.QueryRecycleBin().bytes, 5u);
+}
+
+TEST_F(RemovalTest, WipingOverwritesOnceByteByByteOrByStep) {
+  struct Row {
+    const char* name;
+    uint64_t step;
+    uint8_t extra;
+  };
+  for (const Row& row : {Row{"zeros, bytes", 1, 0}, Row{"random, bytes", 1, 2},
+                         Row{"zeros, steps", 4, 0}, Row{"random, steps", 4, 1}}) {
+    SCOPED_TRACE(row.name);
+    const std::string file = scratch + "secret.bin";
+    const std::string secret(10, '\xEE');
+    machine->MakeFile(file, secret);
+    state.WipeStep = row.step;
+    state.ExtraSecurity = row.extra;
+    state.AbortRequested = false;
+    // Stop at a pause in the middle: what was overwritten stays so, the rest and the file too.
+    int pauses = 0;
+    view.on_yield = [&] { state.AbortRequested = ++pauses > 10; };
+    EXPECT_FALSE(Remove(file, kWipe) && row.step == 1);
+    view.on_yield = nullptr;
+    if (row.step == 1) {
+      const std::string left = ports.files.ReadWholeFile(file).value();
+      EXPECT_EQ(left.substr(5), secret.substr(5));
+      for (const char c : left.substr(0, 5)) {
+        EXPECT_TRUE(row.extra != 0 ? c >= 0 && c <= 100 : c == 0);
+      }
+      state.AbortRequested = false;
+      EXPECT_TRUE(Remove(file, kWipe));
+    }
+    EXPECT_FALSE(machine->Exists(file));
+  }
+}
+
+TEST_F(RemovalTest, WipedFilesAreRenamedOnlyOnRequestAndOnlyInWipeMode) {
+  const std::string folder = scratch + "names\\";
+  machine->MakeFile(folder + "empty.txt", "");
+  const auto lock_folder_watch = [&](uint8_t rename) {
+    state.RenameBeforeDelete = rename;
+    machine->MakeFile(folder + "empty.txt", "");
+    return Remove(folder + "empty.txt", kWipe);
+  };
+  EXPECT_TRUE(lock_folder_watch(1));
+  EXPECT_TRUE(lock_folder_watch(2));
+  EXPECT_TRUE(machine->Tree(folder).empty());
+}
+
+TEST_F(RemovalTest, BackupArchivesPerDriveAndDeletesEvenWhenArchivingFails) {
+  RecordingArchive archive;
+  CleaningContext with_archive{ports, settings, state, view, archive};
+  state.RemovalMode = kBackUp;
+  state.BackupFolder = "C:\\Safe\\";
+  for (const char* name : {"1", "2", "3"}) machine->MakeFile(scratch + name, "x");
+  const std::string other_case = static_cast<char>(scratch[0] + 32) + scratch.substr(1);
+  EXPECT_TRUE(RemoveFile(with_archive, scratch + "1"));
+  EXPECT_TRUE(RemoveFile(with_archive, other_case + "2"));
+  archive.fails = true;
+  EXPECT_TRUE(RemoveFile(with_archive, scratch + "3"));
+  EXPECT_EQ(archive.archives, std::vector<std::string>{"C:\\Safe\\" + scratch.substr(0, 1) + "_"});
+  EXPECT_EQ(archive.files.size(), 3u);
+  EXPECT_EQ(state.FilesBackedUp, 2);
+  EXPECT_TRUE(machine->Tree(scratch).empty());
+}
+
+TEST_F(RemovalTest, WithoutAnArchiverBackupModeKeepsTheFile) {
+  machine->MakeFile(scratch + "dear.txt", "x");
+  EXPECT_FALSE(Remove(scratch + "dear.txt", kBackUp));
+  EXPECT_TRUE(machine->Exists(scratch + "dear.txt"));
+}
+
+TEST_F(RemovalTest, PendingFilesAreShownCountedAndStopped) {
+  for (const char* name : {"a", "b", "c", "d"}) machine->MakeFile(scratch + name, "12345");
+  Pend({scratch + "a", scratch + "gone", scratch + "b", scratch + "c", scratch + "d"});
+  StopWhenStatusBegins("Deleting file: " + scratch + "c");
+  state.RemovalMode = kDelete;
+  RemovePendingFiles(context);
+  EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>{"d"});
+  EXPECT_EQ(state.RunFilesDeleted, 3);
+  EXPECT_EQ(state.FilesDeleted, 3);
+  EXPECT_EQ(state.RunSpaceGained, 15);
+  EXPECT_TRUE(state.SomeFilesLocked);
+  EXPECT_EQ(view.statuses.back(), "Aborted by user");
+  EXPECT_EQ(view.bars.back(), (ProgressBar{.visible = false, .max = 5, .value = 0}));
+}
+
+TEST_F(RemovalTest, FoldersGoChildrenFirstWhicheverWayTheListWasFilled) {
+  const std::vector<std::string> parents_first = {"p\\", "p\\q\\", "p\\q\\r\\", "s\\"};
+  for (const bool reversed : {false, true}) {
+    machine->MakeFolder(scratch + "p\\q\\r");
+    machine->MakeFile(scratch + "s\\kept", "");
+    std::vector<std::string> order = parents_first;
+    if (reversed) std::reverse(order.begin(), order.end());
+    ClearPending(state);
+    for (const std::string& folder : order) state.PendingFolders.Append(scratch, folder);
+    RemovePendingFolders(context);
+    EXPECT_EQ(machine->Tree(scratch), (std::vector<std::string>{"s\\", "s\\kept"}));
+  }
+}
+
+TEST_F(RemovalTest, LinksAreCollectedButNeverEntered) {
+  const std::string outside = scratch + "outside\\";
+  const std::string cleaned = scratch + "cleaned\\";
+  machine->MakeFile(outside + "dear.txt", "dear");
+  machine->MakeFile(cleaned + "deep\\junk.txt", "junk");
+  machine->MakeFolderLink(cleaned + "deep\\link", outside);
+  machine->MakeFolderLink(cleaned + "nowhere", scratch + "missing");
+  const bool file_link = machine->MakeFileLink(cleaned + "file link", outside + "dear.txt");
+  for (const int16_t mode : {kWipe, kDelete}) {
+    state.RemovalMode = mode;
+    ClearPending(state);
+    CollectFiles(context, cleaned, "*.*");
+    RemovePendingFiles(context);
+    RemovePendingFolders(context);
+    EXPECT_TRUE(machine->Tree(cleaned).empty());
+    EXPECT_EQ(ports.files.ReadWholeFile(outside + "dear.txt"), "dear") << file_link;
+  }
+}
+
+TEST_F(RemovalTest, AFolderSwappedForALinkAfterTheScanChangesNothingOutside) {
+  const std::string outside = scratch + "outside\\";
+  machine->MakeFile(outside + "dear.txt", "dear");
+  machine->MakeFile(scratch + "cleaned\\sub\\dear.txt", "junk");
+  CollectFiles(context, scratch + "cleaned\\", "*.*");
+  ports.files.Rename(scratch + "cleaned\\sub", scratch + "moved");
+  machine->MakeFolderLink(scratch + "cleaned\\sub", outside);
+  for (const int16_t mode : {kDelete, kWipe, kRecycle}) {
+    state.RemovalMode = mode;
+    RemovePendingFiles(context);
+    EXPECT_EQ(ports.files.ReadWholeFile(outside + "dear.txt"), "dear") << mode;
+  }
+  EXPECT_TRUE(state.SomeFilesLocked);
+  EXPECT_EQ(state.RunFilesDeleted, 0);
+}
+
+TEST_F(RemovalTest, NamesOfEveryKindAreScannedAndRemoved) {
+  const std::vector<std::string> names = {
+      "blank at the\xC2\xA0"
+      "end",
+      "\xD0\x96\xD0\xB8",
+      "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E",
+      "\xF0\x9F\x98\x80",
+      "%TEMP%",
+      "a;b,c=d",
+      std::string(255, 'n')};
+  for (const std::string& name : names) machine->MakeFile(scratch + "x\\" + name, "1");
+  std::string deep = scratch + "x\\";
+  while (deep.size() < 4000) deep += std::string(200, 'd') + "\\";
+  machine->MakeFile(deep + "bottom.tmp", "1");
+  state.RemovalMode = kDelete;
+  CollectFiles(context, scratch, "*.*");
+  EXPECT_EQ(state.PendingFiles.size(), names.size() + 1);
+  RemovePendingFiles(context);
+  RemovePendingFolders(context);
+  EXPECT_TRUE(machine->Tree(scratch).empty());
+  EXPECT_FALSE(state.SomeFilesLocked);
+}
+
+TEST_F(RemovalTest, ScanningStopsAtOnceAndKeepsWhatItFound) {
+  for (const char* name : {"1\\a", "2\\b", "3\\c"}) machine->MakeFile(scratch + name, "");
+  int folders = 0;
+  view.on_status = [&](const std::string& status) {
+    if (status.starts_with("Scanning system... ") && ++folders == 2) engine.StopCleaning();
+  };
+  CollectFiles(context, scratch, "*.*");
+  EXPECT_EQ(state.PendingFiles.size(), 1u);
+  EXPECT_EQ(view.statuses.back(), "Aborted by User");
+  state.AbortRequested = false;
+  view.on_status = nullptr;
+  ClearPending(state);
+  CollectFiles(context, scratch, "A*");
+  EXPECT_EQ(state.PendingFiles.size(), 1u);
+  EXPECT_EQ(state.PendingFolders.size(), 3u);
+}
+
+}  // namespace
+}  // namespace quellix

@@ -1,0 +1,170 @@
+#include "app/list_files.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+using SettingsTest = RunFixture;
+
+TEST_F(SettingsTest, EachKeyHasItsDefaultAndSurvivesGarbage) {
+  struct Row {
+    const char* name;
+    const char* text;
+    GeneralSettings want;
+  };
+  const GeneralSettings defaults;
+  const Row rows[] = {
+      {"empty", "", defaults},
+      {"binary", "\x01\x02[Gen\xFF\xFE\n\n===", defaults},
+      {"hours",
+       "[General]\r\nAutoClean=1\r\nDuration=546\r\nHM=1\r\n",
+       {.auto_clean = true, .interval_minutes = 32760}},
+      {"hours beyond 16 bits",
+       "[General]\nAutoClean=1\nDuration=547\nHM=1\n",
+       {.auto_clean = true}},
+      {"one hour by default",
+       "[general]\nautoclean = 1\n",
+       {.auto_clean = true, .interval_minutes = 60}},
+      {"minutes",
+       "[General]\nAutoClean=1\nDuration=7\nHM=0",
+       {.auto_clean = true, .interval_minutes = 7}},
+      {"no number",
+       "[General]\nAutoClean=1\nDuration=x\nProtect1=on\nTipBox=yes\n",
+       {.auto_clean = true, .tip_box = false}},
+      {"all on",
+       "[General]\nStartupClean=1\nProtect1=1\nProtect2=1\nTipBox=0\n",
+       {.startup_clean = true, .protect1 = true, .protect2 = true, .tip_box = false}},
+      {"first match counts, comments do not",
+       "[Other]\nProtect1=0\n[General]\n;Protect1=0\nProtect1=\"1\"\nProtect1=0\n",
+       {.protect1 = true}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    WriteSettings(row.text);
+    const GeneralSettings got = settings.LoadGeneralSettings();
+    EXPECT_EQ(got.auto_clean, row.want.auto_clean);
+    EXPECT_EQ(got.interval_minutes, row.want.interval_minutes);
+    EXPECT_EQ(got.startup_clean, row.want.startup_clean);
+    EXPECT_EQ(got.protect1, row.want.protect1);
+    EXPECT_EQ(got.protect2, row.want.protect2);
+    EXPECT_EQ(got.tip_box, row.want.tip_box);
+  }
+}
+
+TEST_F(SettingsTest, DeletionSettingsAreDecodedAsTheyAlwaysWere) {
+  struct Row {
+    const char* text;
+    int mode, extra, rename;
+    uint64_t step;
+    std::string folder;
+  };
+  const std::string home = ports.program_folder + "\\Backup\\";
+  const Row rows[] = {
+      {"", kDelete, 0, 0, 1, home},
+      {"DelMethod=R\nExtraS=2\nRename=2\nWipeStep=65536", kRecycle, 2, 2, 65536, home},
+      {"DelMethod=r\nExtraS=x\nRename=1", kBackUp, 0, 1, 1, home},
+      {"DelMethod=W\nWipeStep=-4", kWipe, 0, 0, 1, home},
+      {"DelMethod=\nWipeStep=1e300\n[Backup]\nPath=D:\\Safe", kBackUp, 0, 0, 16u << 20,
+       "D:\\Safe\\"},
+      {"[Backup]\nPath=D:\\Safe\\", kDelete, 0, 0, 1, "D:\\Safe\\"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.text);
+    WriteSettings(std::string("[General]\n") + row.text);
+    RunState state;
+    settings.LoadDeletionSettings(state);
+    EXPECT_EQ(state.RemovalMode, row.mode);
+    EXPECT_EQ(state.ExtraSecurity, row.extra);
+    EXPECT_EQ(state.RenameBeforeDelete, row.rename);
+    EXPECT_EQ(state.WipeStep, row.step);
+    EXPECT_EQ(state.BackupFolder, row.folder);
+  }
+}
+
+TEST_F(SettingsTest, ReadingCutsAtTheBufferAndAtNul) {
+  WriteSettings("[S]\nlong=" + std::string(400, 'x') + "\nnul=ab" + std::string(1, '\0') + "cd\n");
+  EXPECT_EQ(settings.ReadIniValue("S", "long", ""), std::string(254, 'x'));
+  EXPECT_EQ(settings.ReadIniValue("S", "long", "", 512), std::string(400, 'x'));
+  EXPECT_EQ(settings.ReadIniValue("S", "nul", ""), "ab");
+  EXPECT_EQ(settings.ReadIniValue("S", "none", "fallback"), "fallback");
+}
+
+TEST_F(SettingsTest, WritingKeepsEveryOtherByte) {
+  WriteSettings("; mine\r\n[Else]\r\nk = v  \r\n[General]\r\n\r\nDelMethod=R\r\n\r\n[Z]\r\nz=1");
+  settings.WriteIniValue("general", "ExtraS", "1");
+  settings.WriteIniValue("General", "DELMETHOD", "W");
+  settings.WriteIniValue("CleanUp", "Name", "\xC3\xBC");
+  EXPECT_EQ(
+      ReadProgramFile("Settings.ini"),
+      "; mine\r\n[Else]\r\nk = v  \r\n[General]\r\n\r\nDELMETHOD=W\r\nExtraS=1\r\n\r\n[Z]\r\nz=1"
+      "\r\n[CleanUp]\r\nName=\xC3\xBC\r\n");
+}
+
+TEST_F(SettingsTest, FilesOfOlderVersionsAreReadInTheAnsiCodePage) {
+  WriteSettings("[Backup]\nPath=C:\\\xC4rger\n");
+  EXPECT_EQ(settings.ReadIniValue("Backup", "Path", ""), "C:\\\xC3\x84rger");
+}
+
+TEST_F(SettingsTest, LastCleanedIsShownOnlyWhenItIsADate) {
+  EXPECT_TRUE(settings.LastCleaned());  // absent: the present
+  const std::string stored = settings.StoreLastCleaned();
+  EXPECT_EQ(settings.LastCleaned(), stored);
+  settings.WriteIniValue("CleanUp", "LastCleaned", "some day");
+  EXPECT_FALSE(settings.LastCleaned());
+}
+
+TEST_F(SettingsTest, ListsKeepEveryLineInOrder) {
+  const std::vector<std::string> entries = {"b", "", " a ", "\xE6\x97\xA5\xE6\x9C\xAC", "b"};
+  WriteListFile(ports, "UDFI.txt", entries);
+  EXPECT_EQ(ReadProgramFile("UDFI.txt"), "b\r\n\r\n a \r\n\xE6\x97\xA5\xE6\x9C\xAC\r\nb\r\n");
+  EXPECT_EQ(ReadListFile(ports, "UDFI.txt", "DefUDFI.txt"), entries);
+  EXPECT_TRUE(ReadListFile(ports, "IFI.txt", "DefIFI.txt").empty());
+  WriteListFile(ports, "DefIFI.txt", {"x"});
+  EXPECT_EQ(ReadListFile(ports, "IFI.txt", "DefIFI.txt"), std::vector<std::string>{"x"});
+  WriteListFile(ports, "IFI.txt", {});
+  EXPECT_TRUE(ReadListFile(ports, "IFI.txt", "DefIFI.txt").empty());
+}
+
+TEST_F(SettingsTest, CheckStatesAreOneLineOfThirtyValues) {
+  Tick({"CleanRecycleBin", "CleanTempFiles"});
+  engine.Save();
+  const std::string line = "1,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1,0,0,0,0,0,0,0,0\r\n";
+  EXPECT_EQ(ReadProgramFile("chkItems.txt"), line);
+
+  struct Row {
+    const char* name;
+    std::string file;
+    int checked;  // of Recycle Bin and Temporary files, both ticked before
+    bool run_history;
+  };
+  const Row rows[] = {
+      {"short", "0", 1, false},
+      {"long", "0,0,0,0,1" + std::string(400, ','), 1 + 1, true},
+      {"no numbers", "x,,?,-,1 ", 2 + 1, true},
+      {"only the first line", "1,1\r\n0,0,0,0,0\r\n", 2 + 1, false},
+      {"binary", std::string("\x00\xFF\x01,\x02", 5), 2, false},
+      {"megabytes", std::string(3 << 20, '0'), 2, false},
+      {"empty", "", 2, false},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    Tick({"CleanRecycleBin", "CleanTempFiles"});
+    ports.files.WriteWholeFile(ports.program_folder + "\\chkItems.txt", row.file);
+    EXPECT_EQ(engine.Load(), "");
+    EXPECT_EQ(engine.selection().CountChecked(), row.checked);
+    EXPECT_EQ(engine.selection().IsChecked(*FindItem("CleanRunMRU")), row.run_history);
+  }
+}
+
+TEST_F(SettingsTest, AFolderInPlaceOfTheFilesIsSaidAndLosesNothing) {
+  machine->MakeFolder(ports.program_folder + "\\Settings.ini");
+  machine->MakeFolder(ports.program_folder + "\\chkItems.txt");
+  const std::string problems = engine.Load();
+  EXPECT_NE(problems.find("settings could not be read"), std::string::npos) << problems;
+  EXPECT_NE(problems.find("ticked items could not be read"), std::string::npos) << problems;
+  EXPECT_THROW(engine.Save(), Error);
+  EXPECT_THROW(settings.WriteIniValue("a", "b", "c"), Error);
+}
+
+}  // namespace
+}  // namespace quellix

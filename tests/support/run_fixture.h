@@ -1,0 +1,62 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "engine.h"
+#include "platform/text.h"
+#include "support/scripted_view.h"
+#include "support/test_machine.h"
+
+namespace quellix {
+
+inline constexpr RegistryRoot kUser = RegistryRoot::kCurrentUser;
+inline constexpr const char* kRunMruKey =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU";
+inline constexpr const char* kTypedUrlsKey = "Software\\Microsoft\\Internet Explorer\\TypedURLs";
+
+// A fresh real machine with the whole engine on it.
+class RunFixture : public ::testing::Test {
+ protected:
+  RunFixture()
+      : machine(TestMachine::Create()),
+        ports(machine->machine()),
+        scratch(machine->Scratch()),
+        temp(ports.system.TempFolder()),
+        engine(ports, view),
+        settings(ports),
+        context{ports, settings, engine.state(), view, no_backup} {}
+
+  void WriteSettings(const std::string& text) {
+    ports.files.WriteWholeFile(ports.program_folder + "\\Settings.ini", text);
+  }
+  std::string ReadProgramFile(const std::string& name) {
+    return ports.files.ReadWholeFile(ports.program_folder + "\\" + name).value_or("<missing>");
+  }
+  void Tick(std::initializer_list<const char*> keys) {
+    for (const Item& item : AllItems()) engine.selection().SetChecked(item, false);
+    for (const char* key : keys) engine.selection().SetChecked(*FindItem(key), true);
+  }
+  void StopWhenStatusBegins(const std::string& text) {
+    view.on_status = [this, text](const std::string& status) {
+      if (status.starts_with(text)) engine.StopCleaning();
+    };
+  }
+  // A list's characters as a RemovePending call finds them.
+  void Pend(std::initializer_list<std::string> files) {
+    ports.files.Anchor("");
+    engine.state().PendingFiles.Clear();
+    for (const std::string& file : files) engine.state().PendingFiles.Append(file);
+  }
+
+  std::unique_ptr<TestMachine> machine;
+  Machine ports;
+  std::string scratch;
+  std::string temp;
+  ScriptedView view;
+  Engine engine;
+  Settings settings;
+  NoBackupArchive no_backup;
+  CleaningContext context;
+};
+
+}  // namespace quellix

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/item.h"
+#include "app/views.h"
+
+namespace quellix {
+
+// Records what a run shows and plays the user: `on_status` and `on_yield` may press Stop.
+class ScriptedView : public RunView {
+ public:
+  std::function<void()> on_yield;
+  std::function<void(const std::string&)> on_status;
+
+  std::vector<std::string> statuses;
+  std::vector<std::string> criticals;
+  std::vector<std::string> items;  // keys, in the order shown
+  std::vector<ProgressBar> bars;
+  Commands commands;
+  bool current_item_shown = false;
+  std::string last_cleaned;
+  std::optional<RunReport> report;
+
+  void Yield() override {
+    if (on_yield) on_yield();
+  }
+  void SetStatus(std::string_view text) override {
+    statuses.emplace_back(text);
+    if (on_status) on_status(statuses.back());
+  }
+  void SetProgress(const ProgressBar& bar) override { bars.push_back(bar); }
+  void SetCommands(const Commands& now) override { commands = now; }
+  void ShowCurrentItem(const Item* item) override {
+    current_item_shown = item != nullptr;
+    if (item != nullptr) items.emplace_back(item->key);
+  }
+  void ShowLastCleaned(std::string_view text) override { last_cleaned = text; }
+  void ShowCritical(std::string_view text) override { criticals.emplace_back(text); }
+  void ShowReport(const RunReport& shown) override { report = shown; }
+};
+
+}  // namespace quellix
