@@ -20,6 +20,8 @@ void ResetRun(RunState& state) {
   state.RunFilesDeleted = 0;
   state.RunSpaceGained = 0;
   state.FilesDeleted = 0;
+  state.MozillaFilesDeleted = 0;
+  state.MozillaSpaceGained = 0;
   state.SpaceGained = 0;
   state.BackupDrive.clear();
   state.RunLog.clear();

@@ -33,6 +33,9 @@ struct RunState {
   int32_t FilesDeleted = 0;
   double SpaceGained = 0;  // bytes
   int32_t ProgressCounter = 0;
+  double MozillaFilesDeleted = 0;  // in this run
+  double MozillaSpaceGained = 0;   // bytes, in this run
+  double MozillaSpaceFound = 0;    // bytes, since the program started
 
   ProgressBar Progress;          // as shown last
   std::bitset<30> ItemsCleaned;  // by run order, from 0: ran without an error

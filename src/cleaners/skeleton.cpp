@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/removal.h"
+#include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "search/drive_scan.h"
@@ -21,7 +22,8 @@ bool Holds(std::string_view folder, std::string_view other) {
 
 bool IsTooPreciousToClean(CleaningContext& context, std::string_view folder) {
   System& system = context.machine.system;
-  const bool is_root = std::ranges::count(folder, '\\') < 2;
+  const long to_share = folder.starts_with("\\\\") ? 4 : 1;  // "\\server\share\" or "C:\"
+  const bool is_root = std::ranges::count(folder, '\\') <= to_share;
   return is_root || Holds(folder, system.WindowsFolder()) || Holds(folder, system.SystemFolder()) ||
          Holds(folder, system.Environment("USERPROFILE").value_or(""));
 }
@@ -39,18 +41,46 @@ std::string ExpandSystemRoot(CleaningContext& context, std::string_view path) {
   return ReplaceNoCase(path, kSystemRoot, system_folder);
 }
 
-void CleanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
-                 FoldersPass folders_pass) {
-  if (!context.machine.files.Look(folder)) return;
+std::string FolderFromRegistry(CleaningContext& context, RegistryRoot root, std::string_view key,
+                               std::string_view name) {
+  std::string folder = modRegistry::ReadRegString(RegistryOf(context), root, key, name);
+  if (folder.size() > 1) folder = WithBackslash(folder);
+  return ExpandSystemRoot(context, folder);
+}
+
+size_t ClearUserKey(CleaningContext& context, std::string_view key) {
+  const modRegistry::Access access = RegistryOf(context);
+  const std::string names = modRegistry::ListRegValues(access, RegistryRoot::kCurrentUser, key);
+  if (names.empty()) return 0;
+  modRegistry::RequireWritable(access, RegistryRoot::kCurrentUser, key);
+  modRegistry::DeleteRegValues(access, RegistryRoot::kCurrentUser, names, key);
+  return static_cast<size_t>(std::ranges::count(names, '\0')) + 1;
+}
+
+bool CollectAllowed(CleaningContext& context, std::string_view folder, std::string_view mask) {
+  if (!context.machine.files.Look(folder)) return false;
   if (IsTooPreciousToClean(context, folder)) {
     context.state.RunLog.append(folder).append(
         " is not cleaned: it is a whole drive, or it holds Windows or the user's profile.\r\n");
-    return;
+    return false;
   }
   ClearPending(context.state);
   CollectFiles(context, folder, mask);
+  return true;
+}
+
+void CleanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
+                 FoldersPass folders_pass) {
+  if (!CollectAllowed(context, folder, mask)) return;
   RemovePendingFiles(context);
   if (folders_pass == FoldersPass::kYes) RemovePendingFolders(context);
+}
+
+void RemoveEmptyFolder(CleaningContext& context, std::string_view folder) {
+  try {
+    context.machine.files.RemoveFolder(folder);
+  } catch (const Error&) {  // not there, or not empty
+  }
 }
 
 void ResetItemCounters(RunState& state) {

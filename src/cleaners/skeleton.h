@@ -19,13 +19,32 @@ inline modRegistry::Access RegistryOf(CleaningContext& context) {
 // written for this program count on it.
 std::string ExpandSystemRoot(CleaningContext& context, std::string_view path);
 
+inline constexpr const char* kShellFolders =
+    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders\\";
+
+// The folder that a registry value names, ending in one "\", "%SYSTEMROOT%" expanded. A value of
+// one character is given as it stands; "" when there is none.
+std::string FolderFromRegistry(CleaningContext& context, RegistryRoot root, std::string_view key,
+                               std::string_view name);
+
+// Deletes all values of a key of the user and returns how many there were. Throws Error when the
+// key may not be changed.
+size_t ClearUserKey(CleaningContext& context, std::string_view key);
+
+// Collects the files below `folder` (ends in "\") that fit `mask`. False, with nothing collected,
+// when the folder is missing, which is no error, or when it is refused with a line in RunLog: a
+// drive's root, or a folder that holds Windows or the user's profile.
+bool CollectAllowed(CleaningContext& context, std::string_view folder, std::string_view mask);
+
 enum class FoldersPass { kNo, kYes };
 
-// Collects the files below `folder` (ends in "\") that fit `mask` and removes them; with the
-// folders pass also the sub-folders left empty. A missing folder is no error. A drive's root and a
-// folder that holds Windows or the user's profile are refused with a line in RunLog.
+// Collects so and removes what was collected; with the folders pass also the sub-folders left
+// empty.
 void CleanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
                  FoldersPass folders_pass);
+
+// Removes the folder itself when nothing is left in it; a failure is no error.
+void RemoveEmptyFolder(CleaningContext& context, std::string_view folder);
 
 void ResetItemCounters(RunState& state);
 

@@ -7,6 +7,7 @@
 #include "platform/registry.h"
 #include "platform/shell.h"
 #include "platform/system.h"
+#include "platform/url_cache.h"
 
 namespace quellix {
 
@@ -16,6 +17,7 @@ struct Machine {
   FileSystem& files;
   Registry& registry;
   Shell& shell;
+  UrlCache& url_cache;
   ProfileStrings& profile;
   System& system;
   std::string program_folder;  // holds Settings.ini and the lists; without trailing "\"

@@ -25,6 +25,9 @@ class Shell {
   // Empties them without asking. An empty bin is no error. Throws Error when something is left.
   virtual void EmptyRecycleBin() = 0;
 
+  // Forgets the addresses visited with Internet Explorer. Throws Error (NotAvailable for a volume).
+  virtual void ClearAddressHistory() = 0;
+
   // Empties the clipboard of all formats. Throws Error (NotAvailable for a volume).
   virtual void EmptyClipboard() = 0;
 };

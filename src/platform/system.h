@@ -32,6 +32,8 @@ class System {
   // Nothing when the variable is not set. Names compare without regard to case.
   virtual std::optional<std::string> Environment(std::string_view name) = 0;
   virtual WindowsVersion Version() = 0;
+  // Whether a Windows service runs at the moment; false when it is not installed.
+  virtual bool IsServiceRunning(std::string_view name) = 0;
   virtual std::vector<Drive> Drives() = 0;  // by letter
   virtual LocalTime Now() = 0;
   virtual Locale UserLocale() = 0;

@@ -21,6 +21,7 @@ size_t Characters(uint32_t type, size_t bytes) { return IsText(type) ? bytes / 2
 // Runs `use` on the opened key; missing and denied alike do nothing.
 void WithKey(Access access, RegistryRoot root, std::string_view path, RegistryAccess rights,
              const std::function<void(RegistryKey&)>& use) {
+  if (path.starts_with('\\')) return;  // names no key
   try {
     const auto key = access.registry.Open(root, WithoutBackslash(path), rights);
     if (key == nullptr) return;

@@ -1,0 +1,139 @@
+#include "cleaners/folder_cleaners.h"
+
+#include "app/run_steps.h"
+#include "cleaners/skeleton.h"
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+using enum RegistryRoot;
+
+constexpr const char* kCrashControl = "System\\CurrentControlSet\\Control\\CrashControl\\";
+constexpr const char* kPrinters = "System\\CurrentControlSet\\Control\\Print\\Printers\\";
+constexpr const char* kActiveXCache =
+    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ActiveX Cache\\";
+constexpr const char* kRecentDocs =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs\\";
+
+void BeginFiles(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  ResetItemCounters(context.state);
+}
+
+void EndFiles(CleaningContext& context, const Item& item) {
+  EndRun(context, "");
+  AppendFilesLine(context, item);
+}
+
+std::string WindowsDrive(CleaningContext& context) {
+  const std::string windows = context.machine.system.WindowsFolder();
+  return windows.substr(0, windows.find('\\') + 1);
+}
+
+// The dump file goes whatever the removal mode says, unarchived and uncounted: it is far larger
+// than what an archive or the bin is meant for.
+void DeleteDumpFile(CleaningContext& context) {
+  const std::string path =
+      modRegistry::ReadRegString(RegistryOf(context), kLocalMachine, kCrashControl, "DumpFile");
+  context.machine.files.Anchor("");
+  try {
+    context.machine.files.RemoveFile(ExpandSystemRoot(context, path));
+  } catch (const Error&) {
+    return;
+  }
+}
+
+}  // namespace
+
+void CleanTempFiles(CleaningContext& context, const Item& item) {
+  BeginFiles(context, item);
+  CleanFolder(context, context.machine.system.TempFolder(), "*.*", FoldersPass::kYes);
+  EndFiles(context, item);
+}
+
+void CleanMemoryDumps(CleaningContext& context, const Item& item) {
+  BeginFiles(context, item);
+  DeleteDumpFile(context);
+  CleanFolder(context, FolderFromRegistry(context, kLocalMachine, kCrashControl, "MinidumpDir"),
+              "*.dmp", FoldersPass::kNo);
+  EndFiles(context, item);
+}
+
+void CleanPrinterFiles(CleaningContext& context, const Item& item) {
+  BeginFiles(context, item);
+  CleanFolder(context,
+              FolderFromRegistry(context, kLocalMachine, kPrinters, "DefaultspoolDirectory"),
+              "*.spl", FoldersPass::kNo);
+  EndFiles(context, item);
+}
+
+void CleanRecentDocuments(CleaningContext& context, const Item& item) {
+  BeginFiles(context, item);
+  CleanFolder(context, FolderFromRegistry(context, kCurrentUser, kShellFolders, "Recent"), "*.*",
+              FoldersPass::kNo);
+  ClearUserKey(context, kRecentDocs);
+  EndFiles(context, item);
+}
+
+void CleanActiveX(CleaningContext& context, const Item& item) {
+  BeginFiles(context, item);
+  CleanFolder(context, FolderFromRegistry(context, kLocalMachine, kActiveXCache, "0"), "*.*",
+              FoldersPass::kYes);
+  EndFiles(context, item);
+}
+
+void CleanOfflinePages(CleaningContext& context, const Item& item) {
+  BeginFiles(context, item);
+  CleanFolder(context, context.machine.system.WindowsFolder() + "\\Offline Web Pages\\", "*.*",
+              FoldersPass::kYes);
+  EndFiles(context, item);
+}
+
+// There is no search drive by drive, as in the recycle bin and the indexer: it was tied to a drive
+// type that no drive has, and users' logs are compared with those of earlier versions.
+void CleanActiveSetup(CleaningContext& context, const Item& item) {
+  BeginFiles(context, item);
+  for (const std::string& home : {WindowsDrive(context), context.machine.system.TempFolder()}) {
+    for (const char* part :
+         {"msdownld.tmp\\", "Windows\\msdownld.tmp\\", "WINNT\\msdownld.tmp\\"}) {
+      CleanFolder(context, home + part, "*.*", FoldersPass::kYes);
+      RemoveEmptyFolder(context, home + part);
+    }
+  }
+  EndFiles(context, item);
+}
+
+void CleanIndexer(CleaningContext& context, const Item& item) {
+  BeginFiles(context, item);
+  if (!context.machine.system.IsServiceRunning("cisvc")) {
+    const std::string drive = WindowsDrive(context);
+    std::vector<std::string> homes = {drive};
+    context.machine.files.Enumerate(drive, Detail::kKind, [&](const Entry& entry) {
+      if (entry.info.is_folder && !entry.info.is_link) {
+        homes.push_back(drive + std::string(entry.name) + "\\");
+      }
+      return true;
+    });
+    for (const std::string& home : homes) {
+      CleanFolder(context, home + "catalog.wci\\", "*.*", FoldersPass::kNo);
+    }
+  }
+  EndFiles(context, item);
+}
+
+void CleanRecycleBin(CleaningContext& context, const Item& item) {
+  RunState& state = context.state;
+  BeginFiles(context, item);
+  const RecycleBinContent content = context.machine.shell.QueryRecycleBin();
+  context.machine.shell.EmptyRecycleBin();
+  state.FilesDeleted = static_cast<int32_t>(content.items);
+  state.SpaceGained = static_cast<double>(content.bytes);
+  state.RunFilesDeleted += state.FilesDeleted;
+  state.RunSpaceGained += state.SpaceGained;
+  EndFiles(context, item);
+}
+
+}  // namespace quellix

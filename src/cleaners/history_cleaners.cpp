@@ -1,0 +1,122 @@
+#include "cleaners/history_cleaners.h"
+
+#include <algorithm>
+#include <span>
+
+#include "app/run_steps.h"
+#include "cleaners/skeleton.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+constexpr RegistryRoot kUser = RegistryRoot::kCurrentUser;
+constexpr const char* kRunHistory =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU\\";
+constexpr const char* kTypedURLs = "Software\\Microsoft\\Internet Explorer\\TypedURLs\\";
+
+constexpr const char* kFindLists[] = {
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Doc Find Spec MRU",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\FindComputerMRU",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\PrnPortsMRU",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\MenuOrder\\Start Menu\\Find\\Menu",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\MenuOrder\\Start Menu\\Find",
+    "Software\\Microsoft\\Internet Explorer\\Explorer Bars\\"
+    "{C4EE31F3-4768-11D2-BE5C-00A0C9A83DA1}\\ContainingTextMRU",
+    "Software\\Microsoft\\Internet Explorer\\Explorer Bars\\"
+    "{C4EE31F3-4768-11D2-BE5C-00A0C9A83DA1}\\FilesNamedMRU",
+    "Software\\Microsoft\\Search Assistant\\ACMru"};
+constexpr size_t kFindListsThatStay = 3;  // emptied, but their keys are kept
+
+// Clears a list and counts its values, the one that holds the list's order included: the count has
+// always been told so.
+void CleanCountedKey(CleaningContext& context, const Item& item, const char* key) {
+  BeginItem(context, item);
+  const size_t count = ClearUserKey(context, key);
+  EndRun(context, "");
+  AppendCountLine(context, item, count);
+}
+
+// The file lists of one Office application below "Software\Microsoft\Office\" and the version.
+struct OfficeApplication {
+  const char* name;     // in the key of its dialogs
+  const char* dialogs;  // separated by ";"
+  const char* recent;   // in the key of its recent files
+};
+
+constexpr OfficeApplication kOfficeApplications[] = {
+    {"Microsoft Access",
+     "Backup Database;Convert Database Into;Convert from database;File New Database;Import;"
+     "New From Existing File;Open",
+     "Access"},
+    {"Microsoft Excel", "Open;Save As", "Excel"},
+    {"Microsoft FrontPage",
+     "File Open;New Publish Location & strtemp1;Open File;Picture;Save As;"
+     "Select Background Picture",
+     "FrontPage"},
+    {"Microsoft PowerPoint", "Open;Save As", "PowerPoint"},
+    {"Microsoft Word", "Insert Picture;Open;Save As", "Word"}};
+
+// This one name is a key of its own, with nothing behind it; earlier versions cleared just that.
+constexpr const char* kPublishLocation = "New Publish Location & strtemp1";
+
+}  // namespace
+
+void CleanRunHistory(CleaningContext& context, const Item& item) {
+  CleanCountedKey(context, item, kRunHistory);
+}
+
+void CleanTypedURLs(CleaningContext& context, const Item& item) {
+  CleanCountedKey(context, item, kTypedURLs);
+}
+
+// Writes no line of its own.
+void CleanFindHistory(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  for (const char* key : kFindLists) ClearUserKey(context, key);
+  for (const char* key : std::span(kFindLists).subspan(kFindListsThatStay)) {
+    modRegistry::RequireWritable(RegistryOf(context), kUser, key);
+    modRegistry::DeleteRegKeyTree(RegistryOf(context), kUser, key);
+  }
+  EndRun(context, "");
+}
+
+// The key stands directly below the user's root; users of this list know it there.
+void CleanInstallFromHistory(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  ClearUserKey(context, "InstallLocationsMRU\\");
+  EndRun(context, "");
+  AppendCaptionLine(context, item);
+}
+
+void CleanClipboard(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  context.machine.shell.EmptyClipboard();
+  EndRun(context, "");
+  AppendCaptionLine(context, item);
+}
+
+void CleanOfficeVersionHistory(CleaningContext& context, std::string_view version) {
+  const std::string office = "Software\\Microsoft\\Office\\" + std::string(version);
+  const modRegistry::Access access = RegistryOf(context);
+  for (const OfficeApplication& application : kOfficeApplications) {
+    const std::string settings =
+        office + "\\Common\\Open Find\\" + application.name + "\\Settings\\";
+    for (const std::string& dialog : Split(application.dialogs, ';')) {
+      const char* const list = dialog == kPublishLocation ? "" : "\\File Name MRU\\";
+      modRegistry::ClearRegKeyValues(access, settings + dialog + list);
+    }
+    // The backslash in front names no key, so recent files stay; that is how it always was.
+    modRegistry::ClearRegKeyValues(access,
+                                   "\\" + office + "\\" + application.recent + "\\Recent Files\\");
+  }
+}
+
+void CleanOfficeHistory(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  for (const char* version : {"10.0", "9.0", "8.0"}) CleanOfficeVersionHistory(context, version);
+  EndRun(context, "");
+  AppendCaptionLine(context, item);
+}
+
+}  // namespace quellix

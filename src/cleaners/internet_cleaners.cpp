@@ -1,0 +1,86 @@
+#include "cleaners/internet_cleaners.h"
+
+#include <functional>
+
+#include "app/removal.h"
+#include "app/run_steps.h"
+#include "cleaners/skeleton.h"
+#include "platform/error.h"
+#include "platform/text.h"
+#include "search/drive_scan.h"
+
+namespace quellix {
+namespace {
+
+void DeleteCacheEntries(CleaningContext& context,
+                        const std::function<bool(const UrlCacheEntry&)>& goes) {
+  for (const UrlCacheEntry& entry : context.machine.url_cache.Entries()) {
+    context.view.Yield();
+    if (context.state.AbortRequested) return;
+    if (goes(entry)) context.machine.url_cache.Delete(entry.source);
+  }
+}
+
+// The text of ck.txt in upper case.
+std::string KeepList(CleaningContext& context) {
+  const std::optional<std::string> bytes =
+      context.machine.files.ReadWholeFile(context.machine.program_folder + "\\ck.txt");
+  return bytes ? UpCase(DecodeText(*bytes, context.machine.system)) : "";
+}
+
+bool IsKept(std::string_view file, std::string_view keep_list) {
+  return !file.empty() && keep_list.find(UpCase(file)) != std::string_view::npos;
+}
+
+void DropKeptFiles(RunState& state, std::string_view keep_list) {
+  PathList going;
+  for (size_t i = 0; i < state.PendingFiles.size(); ++i) {
+    if (!IsKept(state.PendingFiles[i], keep_list)) going.Append(state.PendingFiles[i]);
+  }
+  state.PendingFiles = std::move(going);
+}
+
+void DeleteCookieEntries(CleaningContext& context, std::string_view keep_list) {
+  try {
+    DeleteCacheEntries(context, [keep_list](const UrlCacheEntry& entry) {
+      return (entry.type & kCookieEntry) != 0 && !IsKept(entry.local_file, keep_list);
+    });
+  } catch (const NotAvailable& error) {  // the files are gone all the same
+    context.state.RunLog.append(error.what()).append("\r\n");
+  }
+}
+
+}  // namespace
+
+void CleanInternetCache(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  DeleteCacheEntries(context, [](const UrlCacheEntry& entry) {
+    return (entry.type & (kCookieEntry | kUrlHistoryEntry)) == 0;
+  });
+  EndRun(context, "");
+  AppendCaptionLine(context, item);
+}
+
+void CleanCookies(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  ResetItemCounters(context.state);
+  const std::string keep_list = KeepList(context);
+  const std::string folder =
+      FolderFromRegistry(context, RegistryRoot::kCurrentUser, kShellFolders, "Cookies");
+  if (CollectAllowed(context, folder, "*.txt")) {
+    DropKeptFiles(context.state, keep_list);
+    RemovePendingFiles(context);
+  }
+  if (!context.state.AbortRequested) DeleteCookieEntries(context, keep_list);
+  EndRun(context, "");
+  AppendFilesLine(context, item);
+}
+
+void CleanAddressHistory(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  context.machine.shell.ClearAddressHistory();
+  EndRun(context, "");
+  AppendCaptionLine(context, item);
+}
+
+}  // namespace quellix

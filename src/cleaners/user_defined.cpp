@@ -1,0 +1,70 @@
+#include "cleaners/user_defined.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "app/list_files.h"
+#include "app/removal.h"
+#include "app/run_steps.h"
+#include "cleaners/skeleton.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "search/drive_scan.h"
+
+namespace quellix {
+namespace {
+
+std::vector<std::string> TrimmedEntries(CleaningContext& context, std::string_view name,
+                                        std::string_view default_name) {
+  std::vector<std::string> entries;
+  for (const std::string& line : ReadListFile(context.machine, name, default_name)) {
+    const std::string_view entry = TrimBlanks(line);
+    if (!entry.empty()) entries.emplace_back(entry);
+  }
+  return entries;
+}
+
+std::vector<std::string> FoldersToClean(CleaningContext& context) {
+  std::vector<std::string> folders = TrimmedEntries(context, "UDFO.txt", "DefUDFO.txt");
+  for (std::string& folder : folders) folder = WithBackslash(folder);
+  folders.push_back(context.machine.system.TempFolder());
+  folders.push_back(context.machine.system.WindowsFolder() + "\\temp\\");
+  const std::string app_data =
+      FolderFromRegistry(context, RegistryRoot::kCurrentUser, kShellFolders, "AppData");
+  if (!app_data.empty()) folders.push_back(app_data + "Microsoft\\Office\\Recent\\");
+  return folders;
+}
+
+bool IsIgnored(std::string_view folder, const std::vector<std::string>& ignored) {
+  return std::ranges::any_of(
+      ignored, [folder](const std::string& part) { return ContainsNoCase(folder, part); });
+}
+
+}  // namespace
+
+void CleanUserFiles(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  ResetItemCounters(context.state);
+  ClearPending(context.state);
+  context.machine.files.Anchor("");
+  for (const std::string& path : TrimmedEntries(context, "UDFI.txt", "DefUDFI.txt")) {
+    const std::optional<FileInfo> info = context.machine.files.Look(path);
+    if (info && !info->is_folder) context.state.PendingFiles.Append(path);
+  }
+  RemovePendingFiles(context);
+  EndRun(context, "");
+  AppendFilesLine(context, item);
+}
+
+void CleanUserFolders(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  ResetItemCounters(context.state);
+  const std::vector<std::string> ignored = TrimmedEntries(context, "UDIFO.txt", "");
+  for (const std::string& folder : FoldersToClean(context)) {
+    if (!IsIgnored(folder, ignored)) CleanFolder(context, folder, "*.*", FoldersPass::kNo);
+  }
+  EndRun(context, "");
+  AppendFilesLine(context, item);
+}
+
+}  // namespace quellix
