@@ -1,0 +1,298 @@
+#include "cleaners/mod_mozilla.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+constexpr RegistryRoot kHklm = RegistryRoot::kLocalMachine;
+constexpr const char* kShellFoldersKey =
+    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+constexpr const char* kExplorer = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
+constexpr const char* kBars =
+    "Software\\Microsoft\\Internet Explorer\\Explorer "
+    "Bars\\{C4EE31F3-4768-11D2-BE5C-00A0C9A83DA1}\\";
+const std::string kLine(67, '-');
+
+// A whole user with every trace that the items clean, and neighbours that must stay.
+class AllCleanersTest : public RunFixture {
+ protected:
+  AllCleanersTest() : windows(ports.system.WindowsFolder()), drive(windows.substr(0, 3)) {}
+
+  void SetFolder(RegistryRoot root, const char* key, const char* name, const std::string& folder) {
+    machine->SetText(root, key, name, folder);
+  }
+
+  void SeedFileAreas() {
+    constexpr const char* kCrash = "System\\CurrentControlSet\\Control\\CrashControl";
+    machine->SetRegistryValue(
+        kHklm, kCrash, "DumpFile",
+        {kRegExpandSz, ToUtf16Bytes(std::string("%SystemRoot%\\QX.DMP") + '\0')});
+    SetFolder(kHklm, kCrash, "MinidumpDir", scratch + "mini\\");
+    machine->MakeFile(ports.system.SystemFolder() + "\\QX.DMP", "dump");
+    machine->MakeFile(scratch + "mini\\a.dmp", "12");
+    machine->MakeFile(scratch + "mini\\sub\\b.DMP", "345");
+    machine->MakeFile(scratch + "mini\\kept.txt", "");
+    SetFolder(kHklm, "System\\CurrentControlSet\\Control\\Print\\Printers", "DefaultspoolDirectory",
+              scratch + "spool");
+    machine->MakeFile(scratch + "spool\\1.spl", "1234");
+    machine->MakeFile(scratch + "spool\\kept.shd", "");
+    SetFolder(kHklm,
+              "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ActiveX Cache", "0",
+              scratch + "ocx");
+    machine->MakeFile(scratch + "ocx\\sub\\x.ocx", "12345");
+    machine->MakeFile(windows + "\\Offline Web Pages\\sub\\page.htm", "123456");
+    machine->MakeFile(drive + "msdownld.tmp\\setup\\s.cab", "1234567");
+    machine->MakeFile(scratch + "catalog.wci\\0001.ci", "12345678");
+  }
+
+  void SeedUserFiles() {
+    SetFolder(kUser, kShellFoldersKey, "Recent", scratch + "recent");
+    SetFolder(kUser, kShellFoldersKey, "Cookies", scratch + "cookies");
+    SetFolder(kUser, kShellFoldersKey, "AppData", scratch + "appdata");
+    machine->MakeFile(scratch + "recent\\letter.lnk", "123");
+    machine->MakeFile(scratch + "cookies\\me@go.txt", "12");
+    machine->MakeFile(scratch + "cookies\\me@stay.txt", "12");
+    machine->MakeFile(scratch + "cookies\\index.dat", "12");
+    ports.files.WriteWholeFile(
+        ports.program_folder + "\\ck.txt",
+        "x:\\none.txt\x01" + UpCase(scratch) + "COOKIES\\me@STAY.txt\x01\r\n");
+    machine->MakeFile(scratch + "user.log", "1234567");
+    machine->MakeFile(scratch + "mine\\sub\\a", "1");
+    machine->MakeFile(scratch + "mine\\keep these\\b", "1");
+    machine->MakeFile(scratch + "other keep these\\c", "1");
+    machine->MakeFile(scratch + "appdata\\Microsoft\\Office\\Recent\\d", "12");
+    ports.files.WriteWholeFile(
+        ports.program_folder + "\\UDFI.txt",
+        "\r\n " + scratch + "user.log \r\n" + scratch + "missing\r\n" + scratch + "mine\r\n");
+    ports.files.WriteWholeFile(ports.program_folder + "\\UDFO.txt",
+                               "  " + scratch + "mine\\sub \r\n\r\n" + scratch + "none\r\n" +
+                                   scratch + "other keep these\r\n" + drive + "\r\nC\r\n");
+    ports.files.WriteWholeFile(ports.program_folder + "\\UDIFO.txt", "KEEP THESE\r\n");
+  }
+
+  void SeedRegistry() {
+    for (const char* key :
+         {"Doc Find Spec MRU", "FindComputerMRU", "PrnPortsMRU",
+          "MenuOrder\\Start Menu\\Find\\Menu\\deeper", "MenuOrder\\Start Menu\\Find", "RecentDocs",
+          "RecentDocs\\.txt", "RunMRU"}) {
+      machine->SetText(kUser, std::string(kExplorer) + key, "a", "x");
+      machine->SetText(kUser, std::string(kExplorer) + key, "MRUList", "a");
+    }
+    for (const char* key : {"ContainingTextMRU", "FilesNamedMRU"}) {
+      machine->SetText(kUser, std::string(kBars) + key, "000", "x");
+    }
+    machine->SetText(kUser, "Software\\Microsoft\\Search Assistant\\ACMru\\5603", "000", "x");
+    machine->SetText(kUser, "InstallLocationsMRU", "a", "D:\\");
+    machine->SetText(kUser, kTypedUrlsKey, "url1", "http://example.org/");
+    for (const char* version : {"8.0", "10.0", "11.0"}) {
+      const std::string office = std::string("Software\\Microsoft\\Office\\") + version;
+      machine->SetText(
+          kUser, office + "\\Common\\Open Find\\Microsoft Word\\Settings\\Save As\\File Name MRU",
+          "Value", "x");
+      machine->SetText(kUser, office + "\\Word\\Recent Files", "File1", "x");
+      machine->SetText(kUser,
+                       office +
+                           "\\Common\\Open Find\\Microsoft FrontPage\\Settings\\"
+                           "New Publish Location & strtemp1",
+                       "Value", "x");
+    }
+  }
+
+  std::vector<std::string> Values(const std::string& key) {
+    return machine->ValueNames(kUser, key);
+  }
+  size_t OfficeValues(const std::string& version, const std::string& key) {
+    return Values("Software\\Microsoft\\Office\\" + version + "\\" + key).size();
+  }
+
+  std::string windows, drive;
+};
+
+TEST_F(AllCleanersTest, EveryFileAreaIsCleanedAndItsNeighboursStay) {
+  SeedFileAreas();
+  SeedUserFiles();
+  engine.RunOneItem(*FindItem("CleanTempFiles"));
+  machine->MakeFile(windows + "\\temp\\t", "123");
+  Tick({"ActiveSetupClean", "CleanIndexer", "CleanUserFolders", "CleanUserFiles", "CleanRecentDocs",
+        "CleanPrinter", "CleanMemDump", "CleanOffline", "CleanActiveX"});
+  const std::string refused = drive +
+                              " is not cleaned: it is a whole drive, or it holds Windows or the "
+                              "user's profile.\r\n";
+  const auto log = [&](std::initializer_list<const char*> counts, const char* total) {
+    static constexpr const char* kCaptions[] = {"Active setup temporary folders... ",
+                                                "Content indexer folder... ",
+                                                "User-defined folders... ",
+                                                "User-defined files... ",
+                                                "Recent documents... ",
+                                                "Residual printer files... ",
+                                                "Memory dump files... ",
+                                                "Offline web pages... ",
+                                                "Downloaded ActiveX & OCX..."};
+    std::string text;
+    const char* const* caption = kCaptions;
+    for (const char* count : counts) {
+      if (caption == kCaptions + 2) text += refused;
+      text += std::string(*caption++) + "Files Deleted: " + count + " Bytes\r\n";
+    }
+    return text + "\r\n" + kLine + "\r\nFiles Deleted:  " + total + " Bytes";
+  };
+  engine.RunCleaning();
+  EXPECT_EQ(view.report->log, log({"1 Space Gained: 7", "1 Space Gained: 8", "3 Space Gained: 6",
+                                   "1 Space Gained: 7", "1 Space Gained: 3", "1 Space Gained: 4",
+                                   "2 Space Gained: 5", "1 Space Gained: 6", "1 Space Gained: 5"},
+                                  "12   Space Gained:  51"));
+  EXPECT_EQ(machine->Tree(scratch),
+            (std::vector<std::string>{"appdata\\",
+                                      "appdata\\Microsoft\\",
+                                      "appdata\\Microsoft\\Office\\",
+                                      "appdata\\Microsoft\\Office\\Recent\\",
+                                      "catalog.wci\\",
+                                      "cookies\\",
+                                      "cookies\\index.dat",
+                                      "cookies\\me@go.txt",
+                                      "cookies\\me@stay.txt",
+                                      "mine\\",
+                                      "mine\\keep these\\",
+                                      "mine\\keep these\\b",
+                                      "mine\\sub\\",
+                                      "mini\\",
+                                      "mini\\kept.txt",
+                                      "mini\\sub\\",
+                                      "ocx\\",
+                                      "other keep these\\",
+                                      "other keep these\\c",
+                                      "recent\\",
+                                      "spool\\",
+                                      "spool\\kept.shd"}));
+  EXPECT_FALSE(machine->Exists(ports.system.SystemFolder() + "\\QX.DMP"));
+  EXPECT_FALSE(machine->Exists(drive + "msdownld.tmp"));
+  EXPECT_TRUE(machine->Tree(windows + "\\Offline Web Pages").empty());
+  const std::vector<std::string> left = machine->Tree(scratch);
+  engine.RunCleaning();
+  EXPECT_EQ(view.report->log, log({"0 Space Gained: 0", "0 Space Gained: 0", "0 Space Gained: 0",
+                                   "0 Space Gained: 0", "0 Space Gained: 0", "0 Space Gained: 0",
+                                   "0 Space Gained: 0", "0 Space Gained: 0", "0 Space Gained: 0"},
+                                  "0   Space Gained:  0"));
+  EXPECT_EQ(machine->Tree(scratch), left);
+}
+
+TEST_F(AllCleanersTest, CookiesOnTheKeepListStay) {
+  SeedUserFiles();
+  engine.RunOneItem(*FindItem("CleanCookies"));
+  EXPECT_NE(view.report->log.find("Cookies... Files Deleted: 1 Space Gained: 2 Bytes\r\n"),
+            std::string::npos)
+      << view.report->log;
+  EXPECT_EQ(machine->Tree(scratch + "cookies"),
+            (std::vector<std::string>{"index.dat", "me@stay.txt"}));
+}
+
+TEST_F(AllCleanersTest, EveryRegistryListIsClearedAndItsNeighboursStay) {
+  SeedRegistry();
+  Tick({"CleanRecentDocs", "CleanOfficeHistory", "CleanRunMRU", "CleanInstallMRU",
+        "CleanFindHistory", "CleanTypedURL"});
+  for (const bool again : {false, true}) {
+    engine.RunCleaning();
+    EXPECT_EQ(view.report->log,
+              std::string("Recent documents... Files Deleted: 0 Space Gained: 0 Bytes\r\n"
+                          "MS Office history...\r\n"
+                          "Windows run history... Files Deleted: ") +
+                  (again ? "0" : "2") +
+                  "\r\nInstall from history...\r\n"
+                  "Typed URLs... Files Deleted: " +
+                  (again ? "0" : "1") + "\r\n\r\n" + kLine +
+                  "\r\nFiles Deleted:  0   Space Gained:  0 Bytes");
+    for (const char* key :
+         {"Doc Find Spec MRU", "FindComputerMRU", "PrnPortsMRU", "RunMRU", "RecentDocs"}) {
+      EXPECT_TRUE(machine->KeyExists(kUser, std::string(kExplorer) + key)) << key;
+      EXPECT_TRUE(Values(std::string(kExplorer) + key).empty()) << key;
+    }
+    EXPECT_EQ(Values(std::string(kExplorer) + "RecentDocs\\.txt").size(), 2u);
+    EXPECT_FALSE(machine->KeyExists(kUser, std::string(kExplorer) + "MenuOrder\\Start Menu\\Find"));
+    EXPECT_TRUE(machine->KeyExists(kUser, std::string(kExplorer) + "MenuOrder\\Start Menu"));
+    EXPECT_FALSE(machine->KeyExists(kUser, std::string(kBars) + "FilesNamedMRU"));
+    EXPECT_FALSE(machine->KeyExists(kUser, "Software\\Microsoft\\Search Assistant\\ACMru"));
+    EXPECT_TRUE(machine->KeyExists(kUser, "Software\\Microsoft\\Search Assistant"));
+    EXPECT_TRUE(Values("InstallLocationsMRU").empty());
+    const std::string find = "Common\\Open Find\\Microsoft ";
+    for (const char* version : {"8.0", "10.0", "11.0"}) {
+      const size_t kept = version == std::string("11.0") ? 1 : 0;
+      EXPECT_EQ(OfficeValues(version, find + "Word\\Settings\\Save As\\File Name MRU"), kept);
+      EXPECT_EQ(
+          OfficeValues(version, find + "FrontPage\\Settings\\New Publish Location & strtemp1"),
+          kept);
+      EXPECT_EQ(OfficeValues(version, "Word\\Recent Files"), 1u);
+    }
+  }
+}
+
+TEST_F(AllCleanersTest, OddRegistryFoldersHarmNothing) {
+  const std::string system = ports.system.SystemFolder();
+  machine->MakeFile(scratch + "real\\a.spl", "1");
+  machine->MakeFile(system + "\\qxspool\\b.spl", "1");
+  struct Row {
+    const char* name;
+    std::string value;
+    uint32_t type;
+    int removed;
+    bool refused;
+  };
+  const Row rows[] = {
+      {"empty", "", kRegSz, 0, false},
+      {"one character", "C", kRegSz, 0, false},
+      {"relative", "Scratch\\real", kRegSz, 0, false},
+      {"no such drive", "Y:\\spool", kRegSz, 0, false},
+      {"unknown variable", "%NOSUCH%\\spool", kRegExpandSz, 0, false},
+      {"trailing blank", scratch + "real ", kRegSz, 0, false},
+      {"300 characters", scratch + std::string(300, 'x'), kRegSz, 0, false},
+      {"number", std::string("\x41\0\0\0", 4), kRegDword, 0, false},
+      {"a drive", drive, kRegSz, 0, true},
+      {"Windows", windows, kRegSz, 0, true},
+      {"system folder", "%systemroot%", kRegExpandSz, 0, true},
+      {"a file", scratch + "real\\a.spl", kRegSz, 0, false},
+      {"two backslashes", scratch + "real\\", kRegSz, 1, false},
+      {"system root is the system folder", "%SYSTEMROOT%\\qxspool", kRegExpandSz, 1, false},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    machine->SetRegistryValue(
+        kHklm, "System\\CurrentControlSet\\Control\\Print\\Printers", "DefaultspoolDirectory",
+        {row.type, row.type == kRegDword ? row.value : ToUtf16Bytes(row.value + '\0')});
+    engine.RunOneItem(*FindItem("CleanPrinter"));
+    EXPECT_EQ(engine.state().RunFilesDeleted, row.removed);
+    EXPECT_EQ(view.report->log.find("is not cleaned") != std::string::npos, row.refused);
+    EXPECT_TRUE(view.criticals.empty());
+  }
+}
+
+TEST_F(AllCleanersTest, FirefoxIsCleanedOnlyOnTheWindowsVersionsItKnows) {
+  struct Row {
+    WindowsVersion version;
+    const char* name;
+  };
+  static constexpr Row kRows[] = {{{1, 4, 0}, "95"},    {{1, 4, 10}, "98"},  {{2, 4, 0}, "NT"},
+                                  {{2, 5, 0}, "2K"},    {{2, 5, 1}, "XP"},   {{2, 5, 2}, ""},
+                                  {{2, 6, 0}, "Vista"}, {{2, 6, 1}, "Win7"}, {{2, 6, 2}, ""},
+                                  {{2, 10, 0}, ""}};
+  for (const Row& row : kRows) {
+    EXPECT_EQ(modMozilla::GetWindowsVersionName(row.version), row.name);
+  }
+  const std::string profiles = ports.system.Environment("USERPROFILE").value() +
+                               "\\Application Data\\Mozilla\\Firefox\\Profiles\\";
+  for (const char* file : {"1.default\\Cache\\A", "1.default\\Cache\\sub\\B", "1.default\\cache\\C",
+                           "2.x\\history.dat", "2.x\\sub\\cookies.txt", "2.x\\cookperm.txt"}) {
+    machine->MakeFile(profiles + file, "1234");
+  }
+  Tick({"CleanMozillaCache", "CleanMozillaCookies", "CleanMozillaHistory"});
+  engine.RunCleaning();
+  const bool known = !modMozilla::GetWindowsVersionName(ports.system.Version()).empty();
+  // One cache file, then two cookie files, then one history: each item adds all before it again.
+  EXPECT_EQ(engine.state().RunFilesDeleted, known ? 1 + 3 + 4 : 0);
+  EXPECT_EQ(engine.state().RunSpaceGained, known ? 4 * (1 + 3 + 4) : 0);
+  EXPECT_EQ(machine->Exists(profiles + "1.default\\Cache\\A"), !known);
+  EXPECT_EQ(machine->Exists(profiles + "2.x\\sub\\cookies.txt"), !known);
+  EXPECT_TRUE(machine->Exists(profiles + "1.default\\Cache\\sub\\B"));
+  EXPECT_TRUE(machine->Exists(profiles + "1.default\\cache\\C"));
+}
+
+}  // namespace
+}  // namespace quellix
