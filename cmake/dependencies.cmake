@@ -11,9 +11,20 @@ endforeach()
 add_library(quellix_header_only INTERFACE)
 target_include_directories(quellix_header_only SYSTEM INTERFACE ${HEADER_LINKS})
 
-# GoogleTest is built from its packaged sources, with our compiler and sanitizers.
-add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+# GoogleTest is built from its packaged sources, with our compiler and sanitizers; where only a
+# built one is installed, that one is taken.
+if(EXISTS /usr/src/googletest/CMakeLists.txt)
+  add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+  if(NOT TARGET GTest::gtest_main)
+    add_library(GTest::gtest_main ALIAS gtest_main)
+  endif()
+else()
+  find_package(GTest REQUIRED)
+endif()
 
+# Without hivex there is no registry of a volume, and so no volume machine: what is left natively is
+# the engine library and its tests that need no machine. The console program needs CLI11 as well.
+set(QUELLIX_MACHINE ON)
 if(NOT WIN32)
   find_library(HIVEX_LIBRARY hivex)
   find_path(HIVEX_INCLUDE hivex.h)
@@ -21,5 +32,13 @@ if(NOT WIN32)
   if(HIVEX_LIBRARY AND HIVEX_INCLUDE)
     target_link_libraries(quellix_hivex INTERFACE ${HIVEX_LIBRARY})
     target_include_directories(quellix_hivex SYSTEM INTERFACE ${HIVEX_INCLUDE})
+  else()
+    set(QUELLIX_MACHINE OFF)
+    message(STATUS "No hivex: only the engine and its portable tests are built")
   endif()
+endif()
+if(QUELLIX_MACHINE AND EXISTS /usr/include/CLI/CLI.hpp)
+  set(QUELLIX_CONSOLE ON)
+else()
+  set(QUELLIX_CONSOLE OFF)
 endif()
