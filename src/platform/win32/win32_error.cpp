@@ -1,0 +1,69 @@
+#include "platform/win32/win32_error.h"
+
+#include <string>
+
+#include "platform/win32/win32_text.h"
+
+namespace quellix {
+namespace {
+
+Error::Kind KindOf(DWORD code) {
+  switch (code) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_DRIVE:
+    case ERROR_INVALID_NAME:
+    case ERROR_BAD_PATHNAME:
+    case ERROR_BAD_NETPATH:
+    case ERROR_BAD_NET_NAME:
+    case ERROR_NOT_READY:
+    case ERROR_DIRECTORY:
+    case ERROR_DELETE_PENDING:
+    case ERROR_KEY_DELETED:
+      return Error::Kind::kMissing;
+    case ERROR_ACCESS_DENIED:
+    case ERROR_WRITE_PROTECT:
+    case ERROR_PRIVILEGE_NOT_HELD:
+      return Error::Kind::kDenied;
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+    case ERROR_USER_MAPPED_FILE:
+    case ERROR_BUSY:
+      return Error::Kind::kInUse;
+    case ERROR_DISK_FULL:
+    case ERROR_HANDLE_DISK_FULL:
+    case ERROR_DISK_QUOTA_EXCEEDED:
+      return Error::Kind::kFull;
+    case ERROR_DIR_NOT_EMPTY:
+      return Error::Kind::kNotEmpty;
+    case ERROR_NOT_SUPPORTED:
+    case ERROR_CALL_NOT_IMPLEMENTED:
+      return Error::Kind::kNotAvailable;
+    default:
+      return Error::Kind::kOther;
+  }
+}
+
+std::string SystemText(DWORD code) {
+  wchar_t text[512];
+  DWORD length = FormatMessageW(
+      FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
+      nullptr, code, 0, text, ARRAYSIZE(text), nullptr);
+  while (length > 0 && text[length - 1] <= L' ') --length;
+  if (length == 0) return "Windows error " + std::to_string(code) + ".";
+  return Narrow({text, length});
+}
+
+}  // namespace
+
+Error WindowsError(DWORD code, std::string_view action, std::string_view object) {
+  std::string sentence = "Cannot ";
+  sentence.append(action).append(" ").append(object).append(": ").append(SystemText(code));
+  return Error(KindOf(code), sentence);
+}
+
+void ThrowLastError(std::string_view action, std::string_view object) {
+  throw WindowsError(GetLastError(), action, object);
+}
+
+}  // namespace quellix

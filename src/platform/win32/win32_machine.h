@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "platform/machine.h"
+#include "platform/win32/win32_file_system.h"
+#include "platform/win32/win32_registry.h"
+#include "platform/win32/win32_shell.h"
+#include "platform/win32/win32_system.h"
+
+namespace quellix {
+
+// The Windows the program runs on. Use it on one thread.
+class Win32Machine {
+ public:
+  // "" takes the folder of the running program.
+  explicit Win32Machine(const std::string& program_folder = "");
+  Win32Machine(const Win32Machine&) = delete;
+  Win32Machine& operator=(const Win32Machine&) = delete;
+
+  Machine machine() { return {files_, registry_, shell_, profile_, system_, program_folder_}; }
+
+ private:
+  std::string program_folder_;
+  Win32Anchor anchor_;
+  Win32FileSystem files_{anchor_};
+  Win32Registry registry_;
+  Win32Shell shell_{anchor_};
+  Win32System system_;
+  IniFiles profile_{files_, system_};
+};
+
+}  // namespace quellix

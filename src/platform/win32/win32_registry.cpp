@@ -1,0 +1,150 @@
+#include "platform/win32/win32_registry.h"
+
+#include <windows.h>
+
+#include <vector>
+
+#include "platform/path.h"
+#include "platform/win32/unique.h"
+#include "platform/win32/win32_error.h"
+#include "platform/win32/win32_text.h"
+
+namespace quellix {
+namespace {
+
+constexpr DWORD kLongestName = 16384;  // characters of a value name with its NUL
+
+HKEY Predefined(RegistryRoot root) {
+  switch (root) {
+    case RegistryRoot::kClassesRoot:
+      return HKEY_CLASSES_ROOT;
+    case RegistryRoot::kCurrentUser:
+      return HKEY_CURRENT_USER;
+    case RegistryRoot::kLocalMachine:
+      return HKEY_LOCAL_MACHINE;
+    case RegistryRoot::kUsers:
+      return HKEY_USERS;
+  }
+  return nullptr;
+}
+
+bool MeansMissing(LSTATUS status) {
+  return status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND ||
+         status == ERROR_BAD_PATHNAME || status == ERROR_KEY_DELETED;
+}
+
+class Win32Key : public RegistryKey {
+ public:
+  Win32Key(UniqueKey key, std::string path) : key_(std::move(key)), path_(std::move(path)) {}
+
+  std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) override;
+  std::optional<RegistryValue> QueryValue(std::string_view name) override;
+  std::optional<RegistryValueInfo> ValueAt(uint32_t index) override;
+  std::optional<std::string> SubKeyAt(uint32_t index) override;
+  void SetValue(std::string_view name, const RegistryValue& value) override;
+  bool DeleteValue(std::string_view name) override;
+  bool DeleteSubKey(std::string_view path) override;
+  // Windows writes its hives by itself, also when the program or the machine ends; forcing it
+  // here would stop the whole system for a moment at each key.
+  void Flush() override {}
+
+ private:
+  void Check(LSTATUS status, std::string_view action) const {
+    if (status != ERROR_SUCCESS) {
+      throw WindowsError(static_cast<DWORD>(status), action, "the registry key " + path_);
+    }
+  }
+
+  UniqueKey key_;
+  std::string path_;  // for messages
+  std::vector<wchar_t> name_;
+};
+
+std::unique_ptr<RegistryKey> OpenBelow(HKEY parent, std::string_view path, RegistryAccess access) {
+  const REGSAM rights = access == RegistryAccess::kWrite ? KEY_READ | KEY_WRITE : KEY_READ;
+  const std::string_view plain = WithoutBackslash(path);
+  UniqueKey key;
+  const LSTATUS status = RegOpenKeyExW(parent, Wide(plain).c_str(), 0, rights, key.Put());
+  if (MeansMissing(status)) return nullptr;
+  if (status != ERROR_SUCCESS) {
+    throw WindowsError(static_cast<DWORD>(status), "open",
+                       "the registry key " + std::string(plain));
+  }
+  return std::make_unique<Win32Key>(std::move(key), std::string(plain));
+}
+
+std::unique_ptr<RegistryKey> Win32Key::Open(std::string_view path, RegistryAccess access) {
+  return OpenBelow(key_.Get(), path, access);
+}
+
+std::optional<RegistryValue> Win32Key::QueryValue(std::string_view name) {
+  const std::wstring wide = Wide(name);
+  RegistryValue value{kRegNone, std::string(256, '\0')};
+  while (true) {
+    auto size = static_cast<DWORD>(value.bytes.size());
+    const LSTATUS status =
+        RegQueryValueExW(key_.Get(), wide.c_str(), nullptr, reinterpret_cast<DWORD*>(&value.type),
+                         reinterpret_cast<BYTE*>(value.bytes.data()), &size);
+    if (MeansMissing(status)) return std::nullopt;
+    if (status != ERROR_MORE_DATA) Check(status, "read");
+    value.bytes.resize(size);
+    if (status == ERROR_SUCCESS) return value;
+  }
+}
+
+std::optional<RegistryValueInfo> Win32Key::ValueAt(uint32_t index) {
+  name_.resize(kLongestName);
+  DWORD length = kLongestName, type = 0, size = 0;
+  const LSTATUS status =
+      RegEnumValueW(key_.Get(), index, name_.data(), &length, nullptr, &type, nullptr, &size);
+  if (status == ERROR_NO_MORE_ITEMS) return std::nullopt;
+  Check(status, "read");
+  return RegistryValueInfo{Narrow({name_.data(), length}), type, size};
+}
+
+std::optional<std::string> Win32Key::SubKeyAt(uint32_t index) {
+  name_.resize(kLongestName);
+  DWORD length = kLongestName;
+  const LSTATUS status =
+      RegEnumKeyExW(key_.Get(), index, name_.data(), &length, nullptr, nullptr, nullptr, nullptr);
+  if (status == ERROR_NO_MORE_ITEMS) return std::nullopt;
+  Check(status, "read");
+  return Narrow({name_.data(), length});
+}
+
+void Win32Key::SetValue(std::string_view name, const RegistryValue& value) {
+  Check(RegSetValueExW(key_.Get(), Wide(name).c_str(), 0, value.type,
+                       reinterpret_cast<const BYTE*>(value.bytes.data()),
+                       static_cast<DWORD>(value.bytes.size())),
+        "write");
+}
+
+bool Win32Key::DeleteValue(std::string_view name) {
+  const LSTATUS status = RegDeleteValueW(key_.Get(), Wide(name).c_str());
+  if (MeansMissing(status)) return false;
+  Check(status, "change");
+  return true;
+}
+
+// Windows says no more than "access denied" for a key that has sub-keys, and old versions removed
+// them all.
+bool Win32Key::DeleteSubKey(std::string_view path) {
+  const std::string_view plain = WithoutBackslash(path);
+  if (plain.empty()) throw WindowsError(ERROR_ACCESS_DENIED, "remove", path_);
+  const auto child = Open(plain, RegistryAccess::kRead);
+  if (!child) return false;
+  if (child->SubKeyAt(0)) throw WindowsError(ERROR_DIR_NOT_EMPTY, "remove", plain);
+  const LSTATUS status = RegDeleteKeyW(key_.Get(), Wide(plain).c_str());
+  if (MeansMissing(status)) return false;
+  Check(status, "change");
+  return true;
+}
+
+}  // namespace
+
+std::unique_ptr<RegistryKey> Win32Registry::Open(RegistryRoot root, std::string_view path,
+                                                 RegistryAccess access) {
+  return OpenBelow(Predefined(root), path, access);
+}
+
+}  // namespace quellix

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/registry.h"
+
+namespace quellix {
+
+// The registry of the running Windows, in the view of a 64-bit program.
+class Win32Registry : public Registry {
+ public:
+  std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
+                                    RegistryAccess access) override;
+};
+
+}  // namespace quellix

@@ -1,0 +1,105 @@
+#include "platform/win32/win32_shell.h"
+
+#include <windows.h>
+// After windows.h, whose types they use.
+#include <objbase.h>
+#include <shellapi.h>
+
+#include <string>
+
+#include "platform/win32/win32_error.h"
+#include "platform/win32/win32_path.h"
+#include "platform/win32/win32_text.h"
+
+namespace quellix {
+namespace {
+
+constexpr std::string_view kRecycle = "move into the recycle bin:";
+
+// The shell's own error codes from before Windows NT; their numbers mean other things elsewhere.
+DWORD FromShellCode(int code) {
+  switch (code) {
+    case 0x78:
+      return ERROR_ACCESS_DENIED;
+    case 0x7C:
+      return ERROR_PATH_NOT_FOUND;
+    default:
+      return code > 0x70 && code <= 0xB7 ? ERROR_CAN_NOT_COMPLETE : static_cast<DWORD>(code);
+  }
+}
+
+// The shell takes neither "\\?\" nor a longer path.
+void CheckLength(const std::wstring& path, std::string_view shown) {
+  if (path.size() < MAX_PATH) return;
+  throw Error(Error::Kind::kOther, "Cannot move into the recycle bin: " + std::string(shown) +
+                                       ": the path is longer than the recycle bin allows.");
+}
+
+int RecycleNow(std::wstring path) {
+  path += L'\0';  // a list of one path: an empty one ends it
+  SHFILEOPSTRUCTW operation{};
+  operation.wFunc = FO_DELETE;
+  operation.pFrom = path.c_str();
+  operation.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_ALLOWUNDO | FOF_NOERRORUI;
+  const int code = SHFileOperationW(&operation);
+  return code == 0 && operation.fAnyOperationsAborted ? ERROR_CANCELLED : code;
+}
+
+bool OpenClipboardPatiently() {
+  for (int attempt = 0; attempt < 10; ++attempt) {
+    if (OpenClipboard(nullptr)) return true;
+    Sleep(20);
+  }
+  return false;
+}
+
+}  // namespace
+
+Win32Shell::Win32Shell(Win32Anchor& anchor)
+    : anchor_(anchor),
+      com_started_(
+          SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE))) {}
+
+Win32Shell::~Win32Shell() {
+  if (com_started_) CoUninitialize();
+}
+
+void Win32Shell::Recycle(std::string_view path) {
+  const std::wstring wide = WidePath(kRecycle, path);
+  const std::wstring plain = Wide(path);
+  CheckLength(plain, path);
+  anchor_.CheckParentOf(path);
+  if (GetFileAttributesW(wide.c_str()) == INVALID_FILE_ATTRIBUTES) ThrowLastError(kRecycle, path);
+  if (const int code = RecycleNow(plain)) throw WindowsError(FromShellCode(code), kRecycle, path);
+  if (GetFileAttributesW(wide.c_str()) != INVALID_FILE_ATTRIBUTES) {
+    throw WindowsError(ERROR_SHARING_VIOLATION, kRecycle, path);
+  }
+}
+
+RecycleBinContent Win32Shell::QueryRecycleBin() {
+  SHQUERYRBINFO info{};
+  info.cbSize = sizeof info;
+  const HRESULT result = SHQueryRecycleBinW(nullptr, &info);
+  if (FAILED(result))
+    throw WindowsError(static_cast<DWORD>(result), "look into", "the recycle bin");
+  return {static_cast<uint64_t>(info.i64NumItems), static_cast<uint64_t>(info.i64Size)};
+}
+
+// Windows answers an empty bin with an error, so the bin itself is asked.
+void Win32Shell::EmptyRecycleBin() {
+  const HRESULT result = SHEmptyRecycleBinW(
+      nullptr, nullptr, SHERB_NOCONFIRMATION | SHERB_NOPROGRESSUI | SHERB_NOSOUND);
+  if (QueryRecycleBin().items == 0) return;
+  const auto code = FAILED(result) ? static_cast<DWORD>(result) : ERROR_SHARING_VIOLATION;
+  throw WindowsError(code, "empty", "the recycle bin");
+}
+
+void Win32Shell::EmptyClipboard() {
+  if (!OpenClipboardPatiently()) ThrowLastError("empty", "the clipboard");
+  const bool emptied = ::EmptyClipboard();
+  const DWORD code = GetLastError();
+  CloseClipboard();
+  if (!emptied) throw WindowsError(code, "empty", "the clipboard");
+}
+
+}  // namespace quellix

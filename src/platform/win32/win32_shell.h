@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/shell.h"
+#include "platform/win32/win32_anchor.h"
+
+namespace quellix {
+
+// The shell of the logged-on user.
+class Win32Shell : public Shell {
+ public:
+  // The anchor holds for recycling, too; it must outlive this object.
+  explicit Win32Shell(Win32Anchor& anchor);
+  ~Win32Shell() override;
+
+  void Recycle(std::string_view path) override;
+  RecycleBinContent QueryRecycleBin() override;
+  void EmptyRecycleBin() override;
+  void EmptyClipboard() override;
+
+ private:
+  Win32Anchor& anchor_;
+  bool com_started_;
+};
+
+}  // namespace quellix
