@@ -54,14 +54,13 @@ void Dialog::SetText(int id, std::string_view utf8) const {
 INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(window, DWLP_USER, lparam);
-    reinterpret_cast<Dialog*>(lparam)->Init(window);
-    return TRUE;
+    return reinterpret_cast<Dialog*>(lparam)->Init(window);
   }
   const auto dialog = reinterpret_cast<Dialog*>(GetWindowLongPtrW(window, DWLP_USER));
   return dialog ? dialog->Handle(message, wparam, lparam) : FALSE;
 }
 
-void Dialog::Init(HWND window) {
+INT_PTR Dialog::Init(HWND window) {
   window_ = window;
   dpi_ = DpiOf(window);
   LayOutByOurselves(window);
@@ -71,6 +70,9 @@ void Dialog::Init(HWND window) {
   OnInit();
   OnResolution();
   OnSized();
+  const HWND focus = FirstFocus();
+  if (focus) SetFocus(focus);
+  return focus == nullptr;
 }
 
 INT_PTR Dialog::Handle(UINT message, WPARAM wparam, LPARAM lparam) {

@@ -29,6 +29,8 @@ class Dialog {
   void Create(int template_id, HWND owner);
 
   virtual void OnInit() {}
+  // The control that has the focus at first; null for the first one that can.
+  virtual HWND FirstFocus() { return nullptr; }
   virtual void OnSized() {}
   // Images and whatever else depends on the resolution; called at the start and at each change.
   virtual void OnResolution() {}
@@ -56,7 +58,7 @@ class Dialog {
   static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR Handle(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam);
-  void Init(HWND window);
+  INT_PTR Init(HWND window);
   void ChangeResolution(int dpi, const RECT& place);
   INT_PTR Result(LRESULT result) const;
 

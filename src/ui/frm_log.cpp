@@ -13,7 +13,7 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {{L"Category", 122}, {L"Result", 90}};
+constexpr Column kColumns[] = {{L"Category", 120}, {L"Result", 86}};
 constexpr int kTick = 0, kCross = 1;
 constexpr int kIcons[] = {icoTick, icoCross};
 
@@ -39,7 +39,6 @@ void FrmLog::OnInit() {
   categories_.Attach(Control(lstvCategories), kColumns,
                      [this](int row, int column) { return CategoryCell(row, column); });
   categories_.SetRows(static_cast<int>(kCategories));
-  SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(IDCANCEL)), TRUE);
 }
 
 void FrmLog::OnResolution() { categories_.SetResolution(dpi(), kColumns, kIcons); }
@@ -60,6 +59,14 @@ void FrmLog::OnCommand(int id, int /*code*/) {
 LRESULT FrmLog::OnNotify(NMHDR& header) {
   categories_.OnNotify(header);
   return 0;
+}
+
+// A text that cannot be changed would be grey; this one is there to be read.
+HBRUSH FrmLog::OnControlColor(HDC target, HWND control) {
+  if (control != Control(txtLog)) return nullptr;
+  SetBkColor(target, GetSysColor(COLOR_WINDOW));
+  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
+  return GetSysColorBrush(COLOR_WINDOW);
 }
 
 // The path the user chose, "" for none.

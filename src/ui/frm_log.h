@@ -17,9 +17,11 @@ class FrmLog : public Dialog {
 
  protected:
   void OnInit() override;
+  HWND FirstFocus() override { return Control(IDCANCEL); }
   void OnResolution() override;
   void OnCommand(int id, int code) override;
   LRESULT OnNotify(NMHDR& header) override;
+  HBRUSH OnControlColor(HDC target, HWND control) override;
 
  private:
   Cell CategoryCell(int row, int column) const;
