@@ -1,8 +1,8 @@
 #include "ui/dialog.h"
 
+#include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
 #include "ui/resource.h"
-#include "ui/wide.h"
 
 namespace quellix {
 namespace {
@@ -137,10 +137,10 @@ INT_PTR Dialog::Result(LRESULT result) const {
 
 void Dialog::ChangeResolution(int dpi, const RECT& place) {
   const auto old_font = reinterpret_cast<HFONT>(SendMessageW(window_, WM_GETFONT, 0, 0));
-  std::unique_ptr<HFONT__, DeleteFont> font(ScaledFont(old_font, dpi_, dpi));
+  UniqueFont font(ScaledFont(old_font, dpi_, dpi));
   dpi_ = dpi;
-  SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), FALSE);
-  EnumChildWindows(window_, SetChildFont, reinterpret_cast<LPARAM>(font.get()));
+  SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font.Get()), FALSE);
+  EnumChildWindows(window_, SetChildFont, reinterpret_cast<LPARAM>(font.Get()));
   font_ = std::move(font);
   OnResolution();
   SetWindowPos(window_, nullptr, place.left, place.top, place.right - place.left,

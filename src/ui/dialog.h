@@ -1,9 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 
+#include "ui/handles.h"
 #include "ui/layout.h"
 #include "ui/windows_api.h"
 
@@ -51,10 +51,6 @@ class Dialog {
   Layout& layout() { return layout_; }
 
  private:
-  struct DeleteFont {
-    void operator()(HFONT font) const { DeleteObject(font); }
-  };
-
   static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR Handle(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam);
@@ -65,7 +61,7 @@ class Dialog {
   HWND window_ = nullptr;
   int dpi_ = 96;
   Layout layout_;
-  std::unique_ptr<HFONT__, DeleteFont> font_;  // none while the template's font fits
+  UniqueFont font_;  // none while the template's font fits
 };
 
 }  // namespace quellix

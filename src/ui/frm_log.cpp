@@ -7,8 +7,8 @@
 #include "app/run_report.h"
 #include "engine.h"
 #include "platform/error.h"
+#include "platform/win32/win32_text.h"
 #include "ui/resource.h"
-#include "ui/wide.h"
 
 namespace quellix {
 namespace {

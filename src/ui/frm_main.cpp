@@ -6,10 +6,10 @@
 #include "app/item_catalogue.h"
 #include "app/list_files.h"
 #include "platform/error.h"
+#include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
-#include "ui/wide.h"
 
 namespace quellix {
 namespace {
@@ -190,13 +190,12 @@ void FrmMain::OnContextMenu(HWND control, POINT screen) {
 }
 
 void FrmMain::ShowOneItemMenu(const Item& item, HWND box, POINT screen) {
-  const HMENU menu = LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuDummy));
-  const HMENU entries = GetSubMenu(menu, 0);
+  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuDummy)));
+  const HMENU entries = GetSubMenu(menu.Get(), 0);
   ModifyMenuW(entries, mnuPopup, MF_BYCOMMAND, mnuPopup, Wide(item.command).c_str());
   SetFocus(box);
   const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
                                     window(), nullptr);
-  DestroyMenu(menu);
   if (chosen == mnuPopup) Run([&] { engine_.RunOneItem(item); });
 }
 

@@ -1,13 +1,9 @@
 #include "ui/group_heading.h"
 
-#include <memory>
+#include "ui/handles.h"
 
 namespace quellix {
 namespace {
-
-struct DeleteFont {
-  void operator()(HFONT font) const { DeleteObject(font); }
-};
 
 bool IsEnter(WPARAM key, LPARAM message) {
   return key == VK_RETURN && message &&
@@ -34,13 +30,13 @@ LRESULT CALLBACK HeadingProcedure(HWND button, UINT message, WPARAM wparam, LPAR
   return DefSubclassProc(button, message, wparam, lparam);
 }
 
-std::unique_ptr<HFONT__, DeleteFont> HeadingFont(HWND control, bool is_link) {
+UniqueFont HeadingFont(HWND control, bool is_link) {
   LOGFONTW description{};
   const auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
   GetObjectW(font, sizeof(description), &description);
   description.lfWeight = FW_BOLD;
   description.lfUnderline = is_link;
-  return std::unique_ptr<HFONT__, DeleteFont>(CreateFontIndirectW(&description));
+  return UniqueFont(CreateFontIndirectW(&description));
 }
 
 // The program's own colour, unless the user needs high contrast.
@@ -66,7 +62,7 @@ void DrawGroupHeading(const DRAWITEMSTRUCT& item, HBRUSH background) {
   wchar_t text[100];
   GetWindowTextW(item.hwndItem, text, static_cast<int>(std::size(text)));
   const auto font = HeadingFont(item.hwndItem, item.CtlType == ODT_BUTTON);
-  const HGDIOBJ old_font = SelectObject(item.hDC, font.get());
+  const HGDIOBJ old_font = SelectObject(item.hDC, font.Get());
   FillRect(item.hDC, &item.rcItem, background);
   SetBkMode(item.hDC, TRANSPARENT);
   SetTextColor(item.hDC, HeadingColor());

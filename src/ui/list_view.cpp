@@ -22,14 +22,14 @@ void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span
     ListView_SetColumnWidth(list_, i, Scale(columns[i].width, dpi));
   }
   const int side = Scale(16, dpi);
-  std::unique_ptr<_IMAGELIST, DestroyImages> images(
+  UniqueImages images(
       ImageList_Create(side, side, ILC_COLOR32 | ILC_MASK, static_cast<int>(icons.size()), 0));
   for (const int id : icons) {
     const HANDLE icon = LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id), IMAGE_ICON,
                                    side, side, LR_SHARED);
-    ImageList_AddIcon(images.get(), static_cast<HICON>(icon));
+    ImageList_AddIcon(images.Get(), static_cast<HICON>(icon));
   }
-  ListView_SetImageList(list_, images.get(), LVSIL_SMALL);
+  ListView_SetImageList(list_, images.Get(), LVSIL_SMALL);
   images_ = std::move(images);
 }
 

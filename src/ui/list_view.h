@@ -1,10 +1,10 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <span>
 #include <string>
 
+#include "ui/handles.h"
 #include "ui/windows_api.h"
 
 namespace quellix {
@@ -33,13 +33,9 @@ class ListView {
   bool OnNotify(NMHDR& header);
 
  private:
-  struct DestroyImages {
-    void operator()(HIMAGELIST images) const { ImageList_Destroy(images); }
-  };
-
   HWND list_ = nullptr;
   Provider provider_;
-  std::unique_ptr<_IMAGELIST, DestroyImages> images_;
+  UniqueImages images_;
 };
 
 }  // namespace quellix

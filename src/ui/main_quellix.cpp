@@ -4,10 +4,10 @@
 
 #include "engine.h"
 #include "platform/win32/win32_machine.h"
+#include "platform/win32/win32_text.h"
 #include "ui/dialog.h"
 #include "ui/frm_main.h"
 #include "ui/run_display.h"
-#include "ui/wide.h"
 #include "ui/windows_api.h"
 
 namespace {
@@ -19,7 +19,7 @@ void LoadControlClasses() {
 
 // How the program was started. Every command line starts it normally so far.
 int RunProgram() {
-  quellix::Win32Machine live("");
+  quellix::Win32Machine live;
   quellix::RunDisplay display;
   quellix::Engine engine(live.machine(), display);
   quellix::FrmMain main_window(engine, display, live.machine());

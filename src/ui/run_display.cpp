@@ -3,9 +3,9 @@
 #include <utility>
 
 #include "engine.h"
+#include "platform/win32/win32_text.h"
 #include "ui/dialog.h"
 #include "ui/resource.h"
-#include "ui/wide.h"
 
 namespace quellix {
 namespace {
