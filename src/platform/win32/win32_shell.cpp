@@ -4,15 +4,21 @@
 // After windows.h, whose types they use.
 #include <objbase.h>
 #include <shellapi.h>
+#include <urlhist.h>
 
 #include <string>
 
+#include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_path.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
 namespace {
+
+// The shell's history of addresses, as Windows documents it; its headers do not name it.
+constexpr CLSID kUrlHistoryClass = {
+    0x3C374A40, 0xBAE4, 0x11CF, {0xBF, 0x7D, 0x00, 0xAA, 0x00, 0x69, 0x46, 0xEE}};
 
 constexpr std::string_view kRecycle = "move into the recycle bin:";
 
@@ -92,6 +98,17 @@ void Win32Shell::EmptyRecycleBin() {
   if (QueryRecycleBin().items == 0) return;
   const auto code = FAILED(result) ? static_cast<DWORD>(result) : ERROR_SHARING_VIOLATION;
   throw WindowsError(code, "empty", "the recycle bin");
+}
+
+void Win32Shell::ClearAddressHistory() {
+  constexpr std::string_view kHistory = "the history of Internet Explorer";
+  IUrlHistoryStg2* found = nullptr;
+  HRESULT result =
+      CoCreateInstance(kUrlHistoryClass, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&found));
+  if (FAILED(result)) throw WindowsError(static_cast<DWORD>(result), "open", kHistory);
+  const Unique<ComTraits<IUrlHistoryStg2>> history(found);
+  result = history.Get()->ClearHistory();
+  if (FAILED(result)) throw WindowsError(static_cast<DWORD>(result), "clear", kHistory);
 }
 
 void Win32Shell::EmptyClipboard() {
