@@ -7,6 +7,7 @@
 #include "platform/win32/win32_registry.h"
 #include "platform/win32/win32_shell.h"
 #include "platform/win32/win32_system.h"
+#include "platform/win32/win32_url_cache.h"
 
 namespace quellix {
 
@@ -18,7 +19,9 @@ class Win32Machine {
   Win32Machine(const Win32Machine&) = delete;
   Win32Machine& operator=(const Win32Machine&) = delete;
 
-  Machine machine() { return {files_, registry_, shell_, profile_, system_, program_folder_}; }
+  Machine machine() {
+    return {files_, registry_, shell_, url_cache_, profile_, system_, program_folder_};
+  }
 
  private:
   std::string program_folder_;
@@ -26,6 +29,7 @@ class Win32Machine {
   Win32FileSystem files_{anchor_};
   Win32Registry registry_;
   Win32Shell shell_{anchor_};
+  Win32UrlCache url_cache_;
   Win32System system_;
   IniFiles profile_{files_, system_};
 };

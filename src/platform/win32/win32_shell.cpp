@@ -4,9 +4,11 @@
 // After windows.h, whose types they use.
 #include <objbase.h>
 #include <shellapi.h>
+#include <urlhist.h>
 
 #include <string>
 
+#include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_path.h"
 #include "platform/win32/win32_text.h"
@@ -44,6 +46,12 @@ int RecycleNow(std::wstring path) {
   const int code = SHFileOperationW(&operation);
   return code == 0 && operation.fAnyOperationsAborted ? ERROR_CANCELLED : code;
 }
+
+constexpr GUID kUrlHistoryClass = {
+    0x3C374A40, 0xBAE4, 0x11CF, {0xBF, 0x7D, 0x00, 0xAA, 0x00, 0x69, 0x46, 0xEE}};
+
+using UniqueHistory = Unique<
+    NullHandleTraits<IUrlHistoryStg2*, [](IUrlHistoryStg2* history) { history->Release(); }>>;
 
 bool OpenClipboardPatiently() {
   for (int attempt = 0; attempt < 10; ++attempt) {
@@ -92,6 +100,20 @@ void Win32Shell::EmptyRecycleBin() {
   if (QueryRecycleBin().items == 0) return;
   const auto code = FAILED(result) ? static_cast<DWORD>(result) : ERROR_SHARING_VIOLATION;
   throw WindowsError(code, "empty", "the recycle bin");
+}
+
+void Win32Shell::ClearAddressHistory() {
+  UniqueHistory history;
+  HRESULT result =
+      CoCreateInstance(kUrlHistoryClass, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IUrlHistoryStg2),
+                       reinterpret_cast<void**>(history.Put()));
+  if (SUCCEEDED(result)) result = history.Get()->ClearHistory();
+  if (result == E_NOTIMPL || result == REGDB_E_CLASSNOTREG) {
+    throw NotAvailable("This Windows keeps no history of visited addresses.");
+  }
+  if (FAILED(result)) {
+    throw WindowsError(static_cast<DWORD>(result), "clear", "the history of visited addresses");
+  }
 }
 
 void Win32Shell::EmptyClipboard() {

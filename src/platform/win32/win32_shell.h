@@ -15,6 +15,7 @@ class Win32Shell : public Shell {
   void Recycle(std::string_view path) override;
   RecycleBinContent QueryRecycleBin() override;
   void EmptyRecycleBin() override;
+  void ClearAddressHistory() override;
   void EmptyClipboard() override;
 
  private:

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "platform/path.h"
+#include "platform/win32/unique.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
@@ -21,6 +22,8 @@ UINT AnsiCodePage() {
                   reinterpret_cast<wchar_t*>(&page), sizeof page / sizeof(wchar_t));
   return page ? page : CP_ACP;
 }
+
+using UniqueService = Unique<NullHandleTraits<SC_HANDLE, CloseServiceHandle>>;
 
 DriveType ToDriveType(UINT type) {
   switch (type) {
@@ -75,6 +78,16 @@ WindowsVersion Win32System::Version() {
   info.dwOSVersionInfoSize = sizeof info;
   if (get) get(&info);
   return {2, static_cast<int>(info.dwMajorVersion), static_cast<int>(info.dwMinorVersion)};
+}
+
+bool Win32System::IsServiceRunning(std::string_view name) {
+  const UniqueService manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+  if (!manager) return false;
+  const UniqueService service(
+      OpenServiceW(manager.Get(), Wide(name).c_str(), SERVICE_QUERY_STATUS));
+  SERVICE_STATUS status;
+  return service && QueryServiceStatus(service.Get(), &status) &&
+         status.dwCurrentState == SERVICE_RUNNING;
 }
 
 std::vector<Drive> Win32System::Drives() {

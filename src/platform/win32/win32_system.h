@@ -12,6 +12,7 @@ class Win32System : public System {
   std::string TempFolder() override;
   std::optional<std::string> Environment(std::string_view name) override;
   WindowsVersion Version() override;
+  bool IsServiceRunning(std::string_view name) override;
   std::vector<Drive> Drives() override;
   LocalTime Now() override;
   Locale UserLocale() override;
