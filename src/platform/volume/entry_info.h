@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "platform/volume/volume_drive.h"
+
+namespace quellix {
+
+// What FileSystem tells about an entry of a disk. The kind alone leaves the other fields empty.
+FileInfo MakeInfo(const Located& entry, AttributeSupport& support, Detail detail);
+
+// Whether a link leads to a folder; its target is asked for its kind only.
+bool LeadsToFolder(const Located& link, const AttributeSupport& support);
+
+// Whether a name of the disk could exist on Windows.
+bool IsWindowsName(std::string_view name);
+
+}  // namespace quellix

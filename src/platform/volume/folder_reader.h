@@ -1,0 +1,63 @@
+#pragma once
+
+#include <dirent.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+
+namespace quellix {
+
+// Reads an open folder in large pieces, without the library's own copying and checks.
+class FolderReader {
+ public:
+  // Reads the next piece, as much as fits; false at the end or on an error.
+  bool Fill(int folder) {
+    used_ = 0;
+    while (!at_end_ && kSize - used_ >= kLargestRecord) {
+      const long got = syscall(SYS_getdents64, folder, buffer_.get() + used_, kSize - used_);
+      at_end_ = got <= 0;
+      if (got > 0) used_ += static_cast<size_t>(got);
+    }
+    return used_ > 0;
+  }
+
+  bool at_end() const { return at_end_; }
+
+  // Calls visit(name, d_type) for each entry of the piece but "." and "..", until it returns false.
+  template <class Visit>
+  bool VisitPiece(const Visit& visit) const {
+    for (size_t at = 0; at < used_;) {
+      const char* record = buffer_.get() + at;
+      uint16_t length;
+      std::memcpy(&length, record + kLengthOffset, sizeof length);
+      at += length;
+      const char* name = record + kNameOffset;
+      if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
+      if (!visit(name, static_cast<unsigned char>(record[kTypeOffset]))) return false;
+    }
+    return true;
+  }
+
+ private:
+  // The kernel's linux_dirent64: inode, offset, record length, type, name.
+  static constexpr size_t kLengthOffset = 16, kTypeOffset = 18, kNameOffset = 19,
+                          kLargestRecord = 1024;
+  static constexpr size_t kSize = 64 << 10;
+  // Not initialised: only the pages that are used cost memory, also in deep recursions.
+  std::unique_ptr<char[]> buffer_{new char[kSize]};
+  size_t used_ = 0;
+  bool at_end_ = false;
+};
+
+// visit(name, d_type) for all entries of an open folder, until it returns false.
+template <class Visit>
+void ReadFolder(int folder, const Visit& visit) {
+  FolderReader reader;
+  while (reader.Fill(folder) && reader.VisitPiece(visit)) {
+  }
+}
+
+}  // namespace quellix

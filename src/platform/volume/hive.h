@@ -1,0 +1,104 @@
+#pragma once
+
+#include <hivex.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "platform/registry.h"
+#include "platform/volume/volume_file_system.h"
+
+namespace quellix {
+
+using HiveNode = hive_node_h;
+
+// One hive file. Changes stay in memory until Commit, which replaces the file in one step. Names
+// are UTF-8 and compare as Windows compares them.
+//
+// A hive Windows had no time to close, or whose transaction log holds changes not yet in it, can
+// only be read: writing it would lose or mix them.
+class Hive {
+ public:
+  struct Value {
+    std::string name;
+    uint32_t type = kRegNone;
+    size_t size = 0;
+    hive_value_h stored = 0;  // where the bytes are, or 0 when they are in `bytes`
+    std::string bytes;
+  };
+
+  // Null when the file is missing; throws Error when it is damaged or cannot be read.
+  static std::shared_ptr<Hive> Open(VolumeFileSystem& files, const std::string& path);
+  ~Hive();  // commits; what fails then is lost
+  Hive(const Hive&) = delete;
+  Hive& operator=(const Hive&) = delete;
+
+  HiveNode root() const { return root_; }
+  // Grows with every change.
+  uint64_t generation() const { return generation_; }
+  // Throws Error (kDenied) with the reason when the hive can only be read.
+  void RequireWritable() const;
+
+  // The node of a sub-key path; nothing when it is missing.
+  std::optional<HiveNode> Descend(HiveNode from, std::string_view path);
+  const std::vector<std::string>& SubKeys(HiveNode node);
+  const std::vector<Value>& Values(HiveNode node);
+  const Value* FindValue(HiveNode node, std::string_view name);
+  std::string Bytes(const Value& value) const;
+
+  // Changes; all throw Error and then have changed nothing.
+  void SetValue(HiveNode node, std::string_view name, const RegistryValue& value);
+  bool DeleteValue(HiveNode node, std::string_view name);
+  HiveNode CreateSubKey(HiveNode parent, std::string_view name);
+  void DeleteKey(HiveNode node);  // kNotEmpty when it has sub-keys
+
+  // Stores all changes. Throws Error; the old file then stays.
+  void Commit();
+
+ private:
+  struct Closer {
+    void operator()(hive_h* hive) const { hivex_close(hive); }
+  };
+
+  // What one key holds, read when first asked for.
+  struct Content {
+    bool has_children = false, has_values = false, changed = false;
+    std::vector<std::string> names;
+    std::vector<HiveNode> nodes;
+    std::unordered_map<std::string, size_t> by_upper_name;
+    std::vector<Value> values;
+  };
+
+  Hive(VolumeFileSystem& files, std::string path, std::string read_only_reason,
+       std::unique_ptr<hive_h, Closer> hive);
+
+  [[noreturn]] void ThrowDamaged() const;
+  Content& Cached(HiveNode node);
+  Content& Children(HiveNode node);
+  Content& LoadedValues(HiveNode node);
+  Value LoadValue(hive_value_h handle) const;
+  Content& ChangeableValues(HiveNode node);
+  void StoreValues(HiveNode node, const Content& content);
+  void ForgetChildren(HiveNode node);
+
+  VolumeFileSystem& files_;
+  std::string path_;
+  std::string read_only_reason_;
+  std::unique_ptr<hive_h, Closer> hive_;
+  HiveNode root_ = 0;
+  std::unordered_map<HiveNode, Content> contents_;
+  std::unordered_set<HiveNode> removed_;
+  bool changed_ = false;
+  uint64_t generation_ = 0;
+};
+
+// Why a hive may only be read, as a sentence; "" when it may be written. `fd` is the open hive.
+std::string ReadOnlyReason(VolumeFileSystem& files, const std::string& path, int fd);
+
+}  // namespace quellix

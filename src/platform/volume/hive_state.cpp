@@ -1,0 +1,48 @@
+// Whether Windows closed a hive properly.
+#include <cstring>
+
+#include "platform/path.h"
+#include "platform/volume/hive.h"
+
+namespace quellix {
+namespace {
+
+constexpr off_t kFirstSequence = 4, kSecondSequence = 8;
+constexpr off_t kFirstLogEntry = 512;
+
+uint32_t ReadWord(int fd, off_t offset) {
+  unsigned char bytes[4] = {};
+  if (pread(fd, bytes, sizeof bytes, offset) != sizeof bytes) return 0;
+  return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<uint32_t>(bytes[3]) << 24;
+}
+
+// Whether a log of Windows 8.1 and later holds an entry the hive has not got yet: their sequence
+// numbers go on from the hive's own.
+bool HasPendingEntry(int log, uint32_t hive_sequence) {
+  constexpr uint32_t kEntryMark = 0x454C7648;  // "HvLE"
+  constexpr uint32_t kSmallestEntry = 40;
+  for (off_t at = kFirstLogEntry; ReadWord(log, at) == kEntryMark;) {
+    const uint32_t size = ReadWord(log, at + 4), sequence = ReadWord(log, at + 12);
+    if (sequence >= hive_sequence) return true;
+    if (size < kSmallestEntry) return false;
+    at += size;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::string ReadOnlyReason(VolumeFileSystem& files, const std::string& path, int fd) {
+  const uint32_t sequence = ReadWord(fd, kSecondSequence);
+  bool clean = ReadWord(fd, kFirstSequence) == sequence;
+  for (const char* extension : {".LOG", ".LOG1", ".LOG2"}) {
+    const UniqueFd log = clean ? files.OpenForRead(path + extension) : UniqueFd();
+    if (log && HasPendingEntry(log.get(), sequence)) clean = false;
+  }
+  if (clean) return {};
+  return "Windows was not shut down cleanly: the registry hive " + path +
+         " has changes that are not stored yet, so it is only read. Start Windows once and shut it "
+         "down.";
+}
+
+}  // namespace quellix

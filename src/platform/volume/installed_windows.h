@@ -1,0 +1,49 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/volume/volume_file_system.h"
+#include "platform/volume/volume_registry.h"
+
+namespace quellix {
+
+// One interactive user of the Windows on a volume.
+struct VolumeUser {
+  std::string name;     // as the profile folder is named
+  std::string sid;      // "" when the registry does not tell
+  std::string profile;  // the profile folder, without trailing "\"
+};
+
+// The Windows on a volume.
+struct InstalledWindows {
+  std::string folder;  // "C:\Windows"
+  std::vector<VolumeUser> users;
+};
+
+// The name of the root folder of a drive that holds a Windows; nothing when there is none.
+std::optional<std::string> FindWindowsFolder(VolumeFileSystem& files, char drive);
+
+// Path of a hive of the machine ("SOFTWARE", "SYSTEM", "DEFAULT") in a Windows folder.
+std::string MachineHive(const std::string& windows_folder, std::string_view name);
+
+// The letter Windows itself gives to the drive it is on; nothing when the registry does not tell.
+std::optional<char> OwnDriveLetter(Registry& registry);
+
+// The users with a profile and a registry of their own on the mapped drives.
+std::vector<VolumeUser> FindUsers(VolumeFileSystem& files, Registry& registry,
+                                  const std::string& windows_folder);
+
+// The user named, in any case, or the only one. Throws Error that lists the names otherwise.
+VolumeUser ChooseUser(const std::vector<VolumeUser>& users, const std::string& name);
+
+// All hives of the machine and of a user, those that exist.
+HivePaths FindHives(VolumeFileSystem& files, const std::string& windows_folder,
+                    const VolumeUser& user);
+
+// A text value, without what follows its NUL; nothing when key or value is missing.
+std::optional<std::string> ReadText(Registry& registry, RegistryRoot root, std::string_view key,
+                                    std::string_view name);
+
+}  // namespace quellix

@@ -1,0 +1,156 @@
+#include "platform/volume/volume_attributes.h"
+
+#include <fcntl.h>
+#include <sys/xattr.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <optional>
+#include <string>
+
+#include "platform/file_system.h"
+
+namespace quellix {
+namespace {
+
+constexpr uint32_t kSettable = kReadOnly | kHidden | kSystem | kArchive;
+constexpr const char* kNtfsName = "system.ntfs_attrib";
+constexpr const char* kDosName = "system.dos_attrib";
+constexpr const char* kSambaName = "user.DOSATTRIB";
+constexpr const char* kReparseName = "system.ntfs_reparse_data";
+// Samba's binary form: an empty text, the version at 2, valid fields at 8, the attributes at 12.
+constexpr size_t kSambaVersion = 2, kSambaValid = 8, kSambaBits = 12;
+
+// Extended attributes cannot be read below a descriptor; through /proc they can, without a path
+// that could lead elsewhere.
+std::string ProcPath(const Located& entry) {
+  return "/proc/self/fd/" + std::to_string(entry.folder.get()) + "/" + entry.name;
+}
+
+std::optional<std::string> ReadRaw(const std::string& path, const char* name, bool& supported) {
+  if (!supported) return std::nullopt;
+  char buffer[256];
+  const ssize_t size = lgetxattr(path.c_str(), name, buffer, sizeof buffer);
+  if (size >= 0) return std::string(buffer, static_cast<size_t>(size));
+  if (errno == EOPNOTSUPP) supported = false;
+  return std::nullopt;
+}
+
+uint32_t FromLittleEndian(std::string_view bytes) {
+  uint32_t value = 0;
+  for (size_t i = 0; i < bytes.size() && i < 4; ++i) {
+    value |= uint32_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
+  }
+  return value;
+}
+
+std::string ToLittleEndian(uint32_t value, size_t size) {
+  std::string bytes;
+  for (size_t i = 0; i < size; ++i) bytes += static_cast<char>(value >> (8 * i) & 0xFF);
+  return bytes;
+}
+
+bool IsSambaBinary(std::string_view raw) {
+  return raw.size() >= kSambaBits + 4 && raw[0] == 0 && raw[kSambaVersion] >= 3 &&
+         raw[kSambaVersion] <= 5;
+}
+
+std::optional<uint32_t> FromSamba(std::string_view raw) {
+  if (IsSambaBinary(raw)) return FromLittleEndian(raw.substr(kSambaBits, 4));
+  uint32_t value = 0;
+  if (!raw.starts_with("0x") ||
+      std::from_chars(raw.data() + 2, raw.data() + raw.size(), value, 16).ec != std::errc()) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+std::string ToSamba(std::string raw, uint32_t value) {
+  if (IsSambaBinary(raw)) {
+    raw[kSambaValid] = static_cast<char>(raw[kSambaValid] | 1);
+    return raw.replace(kSambaBits, 4, ToLittleEndian(value, 4));
+  }
+  char digits[8];
+  const auto end = std::to_chars(digits, digits + sizeof digits, value, 16).ptr;
+  return "0x" + std::string(digits, end);
+}
+
+struct Stored {
+  const char* name = nullptr;
+  std::string raw;
+  uint32_t bits = 0;
+};
+
+std::optional<Stored> ReadStored(const std::string& path, AttributeSupport& support) {
+  if (auto raw = ReadRaw(path, kNtfsName, support.ntfs); raw && !raw->empty()) {
+    return Stored{kNtfsName, *raw, FromLittleEndian(*raw)};
+  }
+  if (auto raw = ReadRaw(path, kDosName, support.dos); raw && !raw->empty()) {
+    return Stored{kDosName, *raw, FromLittleEndian(*raw)};
+  }
+  if (auto raw = ReadRaw(path, kSambaName, support.samba)) {
+    if (const auto bits = FromSamba(*raw)) return Stored{kSambaName, *raw, *bits};
+  }
+  return std::nullopt;
+}
+
+// chmod without following a link that took the entry's place.
+int SetOwnerWrite(const Located& entry, bool writable) {
+  const mode_t mode = entry.status.st_mode & 07777;
+  const mode_t wanted = writable ? mode | S_IWUSR : mode & ~static_cast<mode_t>(0222);
+  if (writable == ((mode & S_IWUSR) != 0)) return 0;
+  const UniqueFd fd(
+      openat(entry.folder.get(), entry.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  const std::string path = "/proc/self/fd/" + std::to_string(fd.get());
+  return fd && chmod(path.c_str(), wanted) == 0 ? 0 : errno;
+}
+
+int StoreBits(const std::string& path, const std::optional<Stored>& stored, uint32_t bits,
+              const AttributeSupport& support) {
+  Stored next = stored.value_or(Stored{kSambaName, {}, 0});
+  const uint32_t value = (next.bits & ~(kSettable | kNormal)) | bits;
+  if (stored ? stored->bits == value : (bits & ~kReadOnly) == 0 || !support.samba) return 0;
+  next.raw =
+      next.name == kSambaName ? ToSamba(next.raw, value) : ToLittleEndian(value, next.raw.size());
+  if (lsetxattr(path.c_str(), next.name, next.raw.data(), next.raw.size(), 0) == 0) return 0;
+  return stored ? errno : 0;
+}
+
+}  // namespace
+
+uint32_t ReadAttributes(const Located& entry, AttributeSupport& support) {
+  const bool is_link = S_ISLNK(entry.status.st_mode);
+  uint32_t bits = 0;
+  if (is_link) bits |= kReparsePoint;
+  if (S_ISDIR(entry.status.st_mode)) bits |= kFolderAttribute;
+  if (const auto stored = ReadStored(ProcPath(entry), support)) return bits | stored->bits;
+  const bool read_only = !is_link && (entry.status.st_mode & S_IWUSR) == 0;
+  return read_only ? bits | kReadOnly : bits;
+}
+
+int WriteAttributes(const Located& entry, uint32_t attributes, AttributeSupport& support) {
+  if (S_ISLNK(entry.status.st_mode)) return 0;
+  const std::string path = ProcPath(entry);
+  const uint32_t bits = attributes & kSettable;
+  const std::optional<Stored> stored = ReadStored(path, support);
+  const bool lock = (bits & kReadOnly) != 0;
+  // A read-only file takes no extended attributes, so the right to write comes first or goes last.
+  if (const int code = lock ? 0 : SetOwnerWrite(entry, true)) return code;
+  if (const int code = StoreBits(path, stored, bits, support)) return code;
+  return lock ? SetOwnerWrite(entry, false) : 0;
+}
+
+bool IsJunction(const Located& entry, const AttributeSupport& support) {
+  constexpr uint32_t kMountPointTag = 0xA0000003;
+  if (!support.ntfs) return false;
+  const std::string path = ProcPath(entry);
+  // The size is asked first: a buffer that is too small is an error.
+  const ssize_t size = lgetxattr(path.c_str(), kReparseName, nullptr, 0);
+  if (size < 4) return false;
+  std::string raw(static_cast<size_t>(size), '\0');
+  return lgetxattr(path.c_str(), kReparseName, raw.data(), raw.size()) == size &&
+         FromLittleEndian(raw.substr(0, 4)) == kMountPointTag;
+}
+
+}  // namespace quellix

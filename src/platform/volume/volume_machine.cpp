@@ -1,0 +1,66 @@
+#include "platform/volume/volume_machine.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "platform/error.h"
+#include "platform/volume/volume_error.h"
+
+namespace quellix {
+namespace {
+
+struct FoundWindows {
+  std::string folder_name;
+  char letter;
+};
+
+// Looks with a drive letter of its own before the real one is known.
+FoundWindows LookForWindows(const std::string& volume) {
+  VolumeFileSystem files({{'C', volume}});
+  const auto name = FindWindowsFolder(files, 'C');
+  if (!name) throw Error(Error::Kind::kMissing, "There is no Windows on this volume: " + volume);
+  HivePaths paths;
+  paths.software = MachineHive("C:\\" + *name, "SOFTWARE");
+  VolumeRegistry registry(files, paths);
+  return {*name, OwnDriveLetter(registry).value_or('C')};
+}
+
+void MakeSettingsFolder(const std::string& folder) {
+  if (mkdir(folder.c_str(), 0755) != 0 && errno != EEXIST) ThrowErrno(errno, folder);
+}
+
+}  // namespace
+
+VolumeMachine::VolumeMachine(const VolumeOptions& options) {
+  OpenDrives(options);
+  VolumeUser user;
+  {
+    VolumeRegistry registry(*files_, FindHives(*files_, windows_folder_, user));
+    user = ChooseUser(FindUsers(*files_, registry, windows_folder_), options.user);
+  }
+  registry_.emplace(*files_, FindHives(*files_, windows_folder_, user));
+  system_.emplace(*files_, *registry_, windows_folder_, user);
+  shell_.emplace(*files_, *system_, user);
+  profile_.emplace(*files_, *system_);
+}
+
+void VolumeMachine::OpenDrives(const VolumeOptions& options) {
+  const FoundWindows windows = LookForWindows(options.volume);
+  std::map<char, std::string> drives = options.drives;
+  if (drives.contains(windows.letter)) {
+    throw Error(Error::Kind::kOther, std::string("Drive ") + windows.letter +
+                                         ": is the one with Windows and cannot be another folder.");
+  }
+  MakeSettingsFolder(options.settings);
+  drives[windows.letter] = options.volume;
+  drives[kSettingsDrive] = options.settings;
+  files_.emplace(drives);
+  windows_folder_ = std::string(1, windows.letter) + ":\\" + windows.folder_name;
+}
+
+Machine VolumeMachine::machine() {
+  return {*files_, *registry_, *shell_, *profile_, *system_, std::string(1, kSettingsDrive) + ":"};
+}
+
+}  // namespace quellix

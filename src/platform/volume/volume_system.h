@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+
+#include "platform/system.h"
+#include "platform/volume/installed_windows.h"
+
+namespace quellix {
+
+// What the Windows on a volume would tell its user, from its registry. Time is this system's.
+class VolumeSystem : public System {
+ public:
+  VolumeSystem(VolumeFileSystem& files, Registry& registry, std::string windows_folder,
+               VolumeUser user)
+      : files_(files),
+        registry_(registry),
+        windows_folder_(std::move(windows_folder)),
+        user_(std::move(user)) {}
+
+  std::string WindowsFolder() override { return windows_folder_; }
+  std::string SystemFolder() override { return windows_folder_ + "\\System32"; }
+  std::string TempFolder() override;
+  std::optional<std::string> Environment(std::string_view name) override;
+  WindowsVersion Version() override;
+  std::vector<Drive> Drives() override;
+  LocalTime Now() override;
+  Locale UserLocale() override;
+  std::string FromAnsi(std::string_view bytes) override;
+
+ private:
+  std::optional<std::string> Variable(std::string_view name, int depth);
+  std::optional<std::string> RawVariable(std::string_view name);
+  std::optional<std::string> WellKnownVariable(std::string_view name);
+  std::string Expand(std::string_view text, int depth);
+  std::string LocalFolder(std::string_view now, std::string_view before_vista);
+  const std::string& AnsiCodePage();
+
+  VolumeFileSystem& files_;
+  Registry& registry_;
+  std::string windows_folder_;
+  VolumeUser user_;
+  std::string ansi_code_page_;  // once it was read
+};
+
+}  // namespace quellix

@@ -1,0 +1,150 @@
+#include "ui/dialog.h"
+
+#include "platform/win32/win32_text.h"
+#include "ui/dpi.h"
+#include "ui/resource.h"
+
+namespace quellix {
+namespace {
+
+HFONT ScaledFont(HFONT font, int from, int to) {
+  LOGFONTW description;
+  GetObjectW(font, sizeof(description), &description);
+  description.lfHeight = MulDiv(description.lfHeight, to, from);
+  return CreateFontIndirectW(&description);
+}
+
+BOOL CALLBACK SetChildFont(HWND child, LPARAM font) {
+  SendMessageW(child, WM_SETFONT, static_cast<WPARAM>(font), FALSE);
+  return TRUE;
+}
+
+void SetWindowIcon(HWND window, WPARAM kind, int width_metric, int height_metric) {
+  const HANDLE icon =
+      LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(icoQuellix), IMAGE_ICON,
+                 GetSystemMetrics(width_metric), GetSystemMetrics(height_metric), LR_SHARED);
+  SendMessageW(window, WM_SETICON, kind, reinterpret_cast<LPARAM>(icon));
+}
+
+}  // namespace
+
+Dialog::~Dialog() { Close(); }
+
+void Dialog::Create(int template_id, HWND owner) {
+  Close();
+  CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(template_id), owner, Procedure,
+                     reinterpret_cast<LPARAM>(this));
+}
+
+void Dialog::Close() {
+  if (window_) DestroyWindow(window_);
+}
+
+void Dialog::Dispatch(MSG& message) {
+  const HWND root = message.hwnd ? GetAncestor(message.hwnd, GA_ROOT) : nullptr;
+  if (root && IsDialogMessageW(root, &message)) return;
+  TranslateMessage(&message);
+  DispatchMessageW(&message);
+}
+
+void Dialog::SetText(int id, std::string_view utf8) const {
+  SetDlgItemTextW(window_, id, Wide(utf8).c_str());
+}
+
+INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_INITDIALOG) {
+    SetWindowLongPtrW(window, DWLP_USER, lparam);
+    return reinterpret_cast<Dialog*>(lparam)->Init(window);
+  }
+  const auto dialog = reinterpret_cast<Dialog*>(GetWindowLongPtrW(window, DWLP_USER));
+  return dialog ? dialog->Handle(message, wparam, lparam) : FALSE;
+}
+
+INT_PTR Dialog::Init(HWND window) {
+  window_ = window;
+  dpi_ = DpiOf(window);
+  LayOutByOurselves(window);
+  SetWindowIcon(window, ICON_BIG, SM_CXICON, SM_CYICON);
+  SetWindowIcon(window, ICON_SMALL, SM_CXSMICON, SM_CYSMICON);
+  layout_.Start(window, dpi_);
+  OnInit();
+  OnResolution();
+  OnSized();
+  const HWND focus = FirstFocus();
+  if (focus) SetFocus(focus);
+  return focus == nullptr;
+}
+
+INT_PTR Dialog::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
+  switch (message) {
+    case WM_SIZE:
+      if (wparam == SIZE_MINIMIZED) return FALSE;
+      layout_.Apply(dpi_);
+      OnSized();
+      return TRUE;
+    case WM_GETMINMAXINFO: {
+      const SIZE size = layout_.MinimumSize(dpi_);
+      reinterpret_cast<MINMAXINFO*>(lparam)->ptMinTrackSize = {size.cx, size.cy};
+      return TRUE;
+    }
+    case WM_DPICHANGED:
+      ChangeResolution(HIWORD(wparam), *reinterpret_cast<const RECT*>(lparam));
+      return TRUE;
+    case WM_COMMAND:
+      OnCommand(LOWORD(wparam), HIWORD(wparam));
+      return TRUE;
+    case WM_NOTIFY:
+      return Result(OnNotify(*reinterpret_cast<NMHDR*>(lparam)));
+    case WM_CONTEXTMENU:
+      OnContextMenu(reinterpret_cast<HWND>(wparam),
+                    {static_cast<short>(LOWORD(lparam)), static_cast<short>(HIWORD(lparam))});
+      return TRUE;
+    case WM_CLOSE:
+      OnClose();
+      return TRUE;
+    case WM_ENDSESSION:
+      if (wparam) OnEndSession();
+      return TRUE;
+    case WM_NCDESTROY:
+      window_ = nullptr;
+      OnDestroyed();
+      return FALSE;
+    default:
+      return HandleDrawing(message, wparam, lparam);
+  }
+}
+
+INT_PTR Dialog::HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam) {
+  switch (message) {
+    case WM_DRAWITEM:
+      OnDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(lparam));
+      return TRUE;
+    case WM_CTLCOLORSTATIC:
+    case WM_CTLCOLORBTN:
+      return reinterpret_cast<INT_PTR>(
+          OnControlColor(reinterpret_cast<HDC>(wparam), reinterpret_cast<HWND>(lparam)));
+    case WM_ERASEBKGND:
+      return OnEraseBackground(reinterpret_cast<HDC>(wparam)) ? Result(1) : FALSE;
+    default:
+      return FALSE;
+  }
+}
+
+INT_PTR Dialog::Result(LRESULT result) const {
+  SetWindowLongPtrW(window_, DWLP_MSGRESULT, result);
+  return TRUE;
+}
+
+void Dialog::ChangeResolution(int dpi, const RECT& place) {
+  const auto old_font = reinterpret_cast<HFONT>(SendMessageW(window_, WM_GETFONT, 0, 0));
+  UniqueFont font(ScaledFont(old_font, dpi_, dpi));
+  dpi_ = dpi;
+  SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font.Get()), FALSE);
+  EnumChildWindows(window_, SetChildFont, reinterpret_cast<LPARAM>(font.Get()));
+  font_ = std::move(font);
+  OnResolution();
+  SetWindowPos(window_, nullptr, place.left, place.top, place.right - place.left,
+               place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+}  // namespace quellix

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "ui/handles.h"
+#include "ui/layout.h"
+#include "ui/windows_api.h"
+
+namespace quellix {
+
+// One window made from a dialog template. A window derives from it and answers the messages it
+// cares about; sizes, fonts and changes of resolution are seen to here.
+class Dialog {
+ public:
+  Dialog() = default;
+  Dialog(const Dialog&) = delete;
+  Dialog& operator=(const Dialog&) = delete;
+  virtual ~Dialog();
+
+  HWND window() const { return window_; }
+  void Close();
+
+  // Hands a message of the thread's queue to its dialog (Tab, Enter, mnemonics) or window.
+  static void Dispatch(MSG& message);
+
+ protected:
+  // Makes the window, not yet visible. A window that is open already is closed first.
+  void Create(int template_id, HWND owner);
+
+  virtual void OnInit() {}
+  // The control that has the focus at first; null for the first one that can.
+  virtual HWND FirstFocus() { return nullptr; }
+  virtual void OnSized() {}
+  // Images and whatever else depends on the resolution; called at the start and at each change.
+  virtual void OnResolution() {}
+  virtual void OnCommand(int /*id*/, int /*code*/) {}
+  virtual LRESULT OnNotify(NMHDR& /*header*/) { return 0; }
+  virtual void OnContextMenu(HWND /*control*/, POINT /*screen*/) {}
+  virtual void OnDrawItem(const DRAWITEMSTRUCT& /*item*/) {}
+  virtual void OnClose() { Close(); }
+  virtual void OnEndSession() {}
+  virtual void OnDestroyed() {}
+  // The background: of one control, and of the window. Null and false leave it to Windows.
+  virtual HBRUSH OnControlColor(HDC /*target*/, HWND /*control*/) { return nullptr; }
+  virtual bool OnEraseBackground(HDC /*target*/) { return false; }
+
+  HWND Control(int id) const { return GetDlgItem(window_, id); }
+  void SetText(int id, std::string_view utf8) const;
+  int dpi() const { return dpi_; }
+  Layout& layout() { return layout_; }
+
+ private:
+  static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+  INT_PTR Handle(UINT message, WPARAM wparam, LPARAM lparam);
+  INT_PTR HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam);
+  INT_PTR Init(HWND window);
+  void ChangeResolution(int dpi, const RECT& place);
+  INT_PTR Result(LRESULT result) const;
+
+  HWND window_ = nullptr;
+  int dpi_ = 96;
+  Layout layout_;
+  UniqueFont font_;  // none while the template's font fits
+};
+
+}  // namespace quellix

@@ -1,0 +1,100 @@
+#include "ui/frm_log.h"
+
+#include <commdlg.h>
+
+#include <vector>
+
+#include "app/run_report.h"
+#include "engine.h"
+#include "platform/error.h"
+#include "platform/win32/win32_text.h"
+#include "ui/resource.h"
+
+namespace quellix {
+namespace {
+
+constexpr Column kColumns[] = {{L"Category", 120}, {L"Result", 86}};
+constexpr int kTick = 0, kCross = 1;
+constexpr int kIcons[] = {icoTick, icoCross};
+
+constexpr Anchor kAnchors[] = {
+    {txtLog, 0, 0, 1, 1},   {lstvCategories, 1, 0, 1, 1},  {lblFilesCaption, 1, 1, 1, 1},
+    {lblFiles, 1, 1, 1, 1}, {lblSpaceCaption, 1, 1, 1, 1}, {lblSpace, 1, 1, 1, 1},
+    {cmdSave, 1, 1, 1, 1},  {IDCANCEL, 1, 1, 1, 1},
+};
+
+}  // namespace
+
+void FrmLog::Show(HWND owner, const RunReport& report) {
+  report_ = report;
+  Create(frmLog, owner);
+  ShowWindow(window(), SW_SHOW);
+}
+
+void FrmLog::OnInit() {
+  layout().Add(kAnchors);
+  SetText(txtLog, report_.log);
+  SetText(lblFiles, report_.files);
+  SetText(lblSpace, report_.space_gained);
+  categories_.Attach(Control(lstvCategories), kColumns,
+                     [this](int row, int column) { return CategoryCell(row, column); });
+  categories_.SetRows(static_cast<int>(kCategories));
+}
+
+void FrmLog::OnResolution() { categories_.SetResolution(dpi(), kColumns, kIcons); }
+
+Cell FrmLog::CategoryCell(int row, int column) const {
+  const bool cleaned = report_.cleaned[row];
+  if (column == 0) {
+    return {Wide(CategoryTitle(static_cast<Category>(row))), cleaned ? kTick : kCross};
+  }
+  return {cleaned ? L"Cleaned" : L"Not Cleaned"};
+}
+
+void FrmLog::OnCommand(int id, int /*code*/) {
+  if (id == cmdSave) Save();
+  if (id == IDCANCEL) Close();
+}
+
+LRESULT FrmLog::OnNotify(NMHDR& header) {
+  categories_.OnNotify(header);
+  return 0;
+}
+
+// A text that cannot be changed would be grey; this one is there to be read.
+HBRUSH FrmLog::OnControlColor(HDC target, HWND control) {
+  if (control != Control(txtLog)) return nullptr;
+  SetBkColor(target, GetSysColor(COLOR_WINDOW));
+  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
+  return GetSysColorBrush(COLOR_WINDOW);
+}
+
+// The path the user chose, "" for none.
+std::string FrmLog::AskForFile() const {
+  std::vector<wchar_t> path(32768);
+  std::wstring_view(L"cleanup").copy(path.data(), path.size());
+  OPENFILENAMEW dialog{};
+  dialog.lStructSize = sizeof(dialog);
+  dialog.hwndOwner = window();
+  dialog.lpstrFilter = L"Log Files ( *.log )\0*.log\0";
+  dialog.lpstrFile = path.data();
+  dialog.nMaxFile = static_cast<DWORD>(path.size());
+  dialog.lpstrDefExt = L"log";
+  dialog.Flags = OFN_EXPLORER | OFN_ENABLESIZING | OFN_HIDEREADONLY | OFN_NOCHANGEDIR |
+                 OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST;
+  return GetSaveFileNameW(&dialog) ? Narrow(path.data()) : "";
+}
+
+void FrmLog::Save() const {
+  const std::string path = AskForFile();
+  if (path.empty()) return;
+  try {
+    files_.WriteWholeFile(path, report_.log);
+  } catch (const Error& error) {
+    const std::string text = std::string("The log could not be saved. ") + error.what();
+    MessageBoxW(window(), Wide(text).c_str(), Wide(kApplicationTitle).c_str(),
+                MB_OK | MB_ICONERROR);
+  }
+}
+
+}  // namespace quellix

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "app/views.h"
+#include "platform/file_system.h"
+#include "ui/dialog.h"
+#include "ui/list_view.h"
+
+namespace quellix {
+
+// The log window: what the last run did.
+class FrmLog : public Dialog {
+ public:
+  explicit FrmLog(FileSystem& files) : files_(files) {}
+
+  // Opens the window, or shows another report in it.
+  void Show(HWND owner, const RunReport& report);
+
+ protected:
+  void OnInit() override;
+  HWND FirstFocus() override { return Control(IDCANCEL); }
+  void OnResolution() override;
+  void OnCommand(int id, int code) override;
+  LRESULT OnNotify(NMHDR& header) override;
+  HBRUSH OnControlColor(HDC target, HWND control) override;
+
+ private:
+  Cell CategoryCell(int row, int column) const;
+  std::string AskForFile() const;
+  void Save() const;
+
+  FileSystem& files_;
+  RunReport report_;
+  ListView categories_;
+};
+
+}  // namespace quellix

@@ -1,0 +1,275 @@
+#include "ui/frm_main.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "app/item_catalogue.h"
+#include "app/list_files.h"
+#include "platform/error.h"
+#include "platform/win32/win32_text.h"
+#include "ui/dpi.h"
+#include "ui/group_heading.h"
+#include "ui/resource.h"
+
+namespace quellix {
+namespace {
+
+// The groups in three columns, each a third of the window's growth; the lower two share the growth
+// in height.
+struct GroupPlace {
+  Group group;
+  int heading;
+  double column, down;
+};
+constexpr GroupPlace kGroups[] = {
+    {Group::kFolderFiles, lblFolderFiles, 0, 0},
+    {Group::kMiscellaneous, lblMiscellaneous, 1, 0},
+    {Group::kInternet, lblInternet, 1, 0.5},
+    {Group::kFirefox, lblFirefox, 2, 0},
+};
+
+constexpr Anchor kAnchors[] = {
+    {lblTip, 2 / 3.0, 0.5, 1, 0.5}, {txtTip, 2 / 3.0, 0.5, 1, 1}, {Check3, 0, 0.5, 1 / 3.0, 0.5},
+    {lblStatus, 0, 1, 1, 1},        {pgClean, 0, 1, 1, 1},        {lblCleanCaption, 0, 1, 0, 1},
+    {lblCleanDate, 0, 1, 1, 1},     {cmdClean, 1, 1, 1, 1},       {cmdStop, 1, 1, 1, 1},
+};
+
+constexpr int kFooterControls[] = {lblStatus, lblCleanCaption, lblCleanDate,
+                                   pgClean,   cmdClean,        cmdStop};
+
+constexpr wchar_t kNotYet[] = L"Not available in this version yet.";
+constexpr wchar_t kProtected[] = L"Switched off for safety. Enable it in the Options.";
+
+int BoxOf(const Item& item) { return chkRecycleBin - 1 + item.run_order; }
+
+const Item* ItemOf(int box) {
+  const auto item = std::ranges::find(AllItems(), box, BoxOf);
+  return item == AllItems().end() ? nullptr : &*item;
+}
+
+const GroupPlace& PlaceOf(Group group) {
+  return *std::ranges::find(kGroups, group, &GroupPlace::group);
+}
+
+}  // namespace
+
+void FrmMain::Open(const std::string& problems) {
+  Create(frmMain, nullptr);
+  ShowWindow(window(), SW_SHOW);
+  if (problems.empty()) return;
+  MessageBoxW(window(), Wide(problems).c_str(), Wide(kApplicationTitle).c_str(),
+              MB_OK | MB_ICONWARNING);
+}
+
+void FrmMain::OnInit() {
+  AddAnchors();
+  FillBoxes();
+  RefreshBoxes();
+  ShowTip();
+  display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
+  display_.Flush();
+}
+
+void FrmMain::AddAnchors() {
+  std::vector<Anchor> anchors(std::begin(kAnchors), std::end(kAnchors));
+  const auto add = [&](int control, const GroupPlace& place) {
+    anchors.push_back({control, place.column / 3, place.down, (place.column + 1) / 3, place.down});
+  };
+  for (const GroupPlace& place : kGroups) add(place.heading, place);
+  for (const Item& item : AllItems()) add(BoxOf(item), PlaceOf(item.group));
+  layout().Add(anchors);
+}
+
+void FrmMain::FillBoxes() {
+  tips_.Attach(window());
+  for (const GroupPlace& place : kGroups) MakeGroupHeading(Control(place.heading));
+  for (const Item& item : AllItems()) {
+    SetText(BoxOf(item), item.Label());
+    const bool enabled = engine_.selection().IsEnabled(item);
+    EnableWindow(Control(BoxOf(item)), enabled);
+    if (!enabled) tips_.Add(Control(BoxOf(item)), item.cleaner ? kProtected : kNotYet);
+  }
+}
+
+void FrmMain::ShowTip() {
+  std::vector<std::string> tips;
+  try {
+    if (engine_.general().tip_box) tips = ReadListFile(machine_, "tips.txt");
+  } catch (const Error&) {
+    // A tip that cannot be read is no loss worth a message.
+  }
+  const int show = tips.empty() ? SW_HIDE : SW_SHOW;
+  ShowWindow(Control(lblTip), show);
+  ShowWindow(Control(txtTip), show);
+  if (!tips.empty()) SetText(txtTip, tips.front());
+}
+
+void FrmMain::RefreshBoxes() {
+  for (const Item& item : AllItems()) {
+    CheckDlgButton(window(), BoxOf(item),
+                   engine_.selection().IsChecked(item) ? BST_CHECKED : BST_UNCHECKED);
+  }
+}
+
+void FrmMain::OnSized() {
+  tips_.Move();
+  if (running_) display_.Flush();
+  InvalidateRect(window(), nullptr, TRUE);
+}
+
+void FrmMain::OnResolution() {
+  const int side = Scale(16, dpi());
+  const HANDLE icon = LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(icoCurrent),
+                                 IMAGE_ICON, side, side, LR_SHARED);
+  SendDlgItemMessageW(window(), imgCurrent, STM_SETICON, reinterpret_cast<WPARAM>(icon), 0);
+}
+
+void FrmMain::OnCommand(int id, int code) {
+  if (id == cmdStop || (id == IDCANCEL && running_)) return engine_.StopCleaning();
+  if (running_ || (code != BN_CLICKED && code != BN_DOUBLECLICKED && code != 1)) return;
+  if (Toggle(id)) return RefreshBoxes();
+  switch (id) {
+    case cmdClean:
+    case mnuClean:
+      return Run([this] { engine_.RunCleaning(); });
+    case mnuExit:
+      return OnClose();
+    case mnuAbout:
+      return ShowAbout();
+  }
+}
+
+// A click on a box, a heading or the box for all.
+bool FrmMain::Toggle(int id) {
+  Selection& selection = engine_.selection();
+  if (const Item* item = ItemOf(id)) {
+    selection.SetChecked(*item, !selection.IsChecked(*item));
+    return true;
+  }
+  if (id == Check3) {
+    const bool checked = IsDlgButtonChecked(window(), Check3) != BST_CHECKED;
+    CheckDlgButton(window(), Check3, checked ? BST_CHECKED : BST_UNCHECKED);
+    selection.SelectAll(checked);
+    return true;
+  }
+  const auto place = std::ranges::find(kGroups, id, &GroupPlace::heading);
+  if (place == std::end(kGroups)) return false;
+  selection.ToggleGroup(place->group);
+  return true;
+}
+
+void FrmMain::Run(const std::function<void()>& work) {
+  if (running_) return;
+  running_ = true;
+  log_.Close();
+  try {
+    work();
+  } catch (const std::exception& error) {
+    display_.ShowCritical(error.what());
+  }
+  display_.Flush();
+  running_ = false;
+  AfterRun();
+}
+
+void FrmMain::AfterRun() {
+  const std::optional<RunReport> report = display_.TakeReport();
+  if (close_after_run_) return OnClose();
+  if (report) log_.Show(window(), *report);
+}
+
+void FrmMain::OnContextMenu(HWND control, POINT screen) {
+  const Item* item = ItemOf(GetDlgCtrlID(control));
+  if (!item || running_) return;
+  if (screen.x == -1 && screen.y == -1) {  // from the keyboard
+    RECT place;
+    GetWindowRect(control, &place);
+    screen = {place.left + Scale(16, dpi()), place.bottom};
+  }
+  ShowOneItemMenu(*item, control, screen);
+}
+
+void FrmMain::ShowOneItemMenu(const Item& item, HWND box, POINT screen) {
+  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuDummy)));
+  const HMENU entries = GetSubMenu(menu.Get(), 0);
+  ModifyMenuW(entries, mnuPopup, MF_BYCOMMAND, mnuPopup, Wide(item.command).c_str());
+  SetFocus(box);
+  const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
+                                    window(), nullptr);
+  if (chosen == mnuPopup) Run([&] { engine_.RunOneItem(item); });
+}
+
+// The picture stands 10 dialog units to the left of the box.
+void FrmMain::PlaceCurrentItem(const Item* item) {
+  const HWND picture = Control(imgCurrent);
+  if (!item) {
+    ShowWindow(picture, SW_HIDE);
+    return;
+  }
+  RECT offset{10, 0, 0, 0};
+  MapDialogRect(window(), &offset);
+  const RECT box = PlaceInParent(Control(BoxOf(*item)));
+  const int side = Scale(16, dpi());
+  SetWindowPos(picture, HWND_TOP, box.left - offset.left, (box.top + box.bottom - side) / 2, side,
+               side, SWP_NOACTIVATE | SWP_SHOWWINDOW);
+}
+
+void FrmMain::OnClose() {
+  if (running_) {
+    close_after_run_ = true;
+    engine_.StopCleaning();
+    return;
+  }
+  const std::string problem = SaveCheckStates();
+  if (!problem.empty()) {
+    MessageBoxW(window(), Wide(problem).c_str(), Wide(kApplicationTitle).c_str(),
+                MB_OK | MB_ICONWARNING);
+  }
+  Close();
+}
+
+void FrmMain::OnEndSession() { SaveCheckStates(); }
+
+std::string FrmMain::SaveCheckStates() const {
+  try {
+    engine_.Save();
+    return "";
+  } catch (const Error& error) {
+    return std::string("The ticked items could not be saved. ") + error.what();
+  }
+}
+
+void FrmMain::ShowAbout() const {
+  MessageBoxW(window(), L"Quellix 0.1\n\nCleans up disks and the traces of use on Windows.",
+              L"About Quellix", MB_OK | MB_ICONINFORMATION);
+}
+
+void FrmMain::OnDrawItem(const DRAWITEMSTRUCT& item) {
+  DrawGroupHeading(item, GetSysColorBrush(COLOR_WINDOW));
+}
+
+// The boxes stand on paper, the commands on a bar below.
+HBRUSH FrmMain::OnControlColor(HDC target, HWND control) {
+  if (std::ranges::count(kFooterControls, GetDlgCtrlID(control)) > 0) return nullptr;
+  SetBkColor(target, GetSysColor(COLOR_WINDOW));
+  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
+  return GetSysColorBrush(COLOR_WINDOW);
+}
+
+int FrmMain::FooterTop() const {
+  return static_cast<int>(PlaceInParent(Control(lblCleanDate)).top) - Scale(12, dpi());
+}
+
+bool FrmMain::OnEraseBackground(HDC target) {
+  RECT paper, footer;
+  GetClientRect(window(), &paper);
+  footer = paper;
+  paper.bottom = footer.top = FooterTop();
+  FillRect(target, &paper, GetSysColorBrush(COLOR_WINDOW));
+  FillRect(target, &footer, GetSysColorBrush(COLOR_3DFACE));
+  footer.bottom = footer.top + 1;
+  FillRect(target, &footer, GetSysColorBrush(COLOR_3DSHADOW));
+  return true;
+}
+
+}  // namespace quellix

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <functional>
+
+#include "engine.h"
+#include "ui/dialog.h"
+#include "ui/frm_log.h"
+#include "ui/run_display.h"
+#include "ui/tool_tips.h"
+
+namespace quellix {
+
+// The main window. The boxes only show the engine's selection: a click changes the selection, and
+// the boxes follow. While a run is in progress, Stop is all that acts.
+class FrmMain : public Dialog {
+ public:
+  FrmMain(Engine& engine, RunDisplay& display, const Machine& machine)
+      : engine_(engine), display_(display), machine_(machine), log_(machine.files) {}
+
+  // Opens the window, with `problems` in a message if there are any. Closing it ends the thread's
+  // message loop.
+  void Open(const std::string& problems);
+
+ protected:
+  void OnInit() override;
+  void OnSized() override;
+  void OnResolution() override;
+  void OnCommand(int id, int code) override;
+  void OnContextMenu(HWND control, POINT screen) override;
+  void OnDrawItem(const DRAWITEMSTRUCT& item) override;
+  void OnClose() override;
+  void OnEndSession() override;
+  void OnDestroyed() override { PostQuitMessage(0); }
+  HBRUSH OnControlColor(HDC target, HWND control) override;
+  bool OnEraseBackground(HDC target) override;
+
+ private:
+  void AddAnchors();
+  void FillBoxes();
+  void ShowTip();
+  void RefreshBoxes();
+  bool Toggle(int id);
+  void Run(const std::function<void()>& work);
+  void AfterRun();
+  void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
+  void PlaceCurrentItem(const Item* item);
+  int FooterTop() const;
+  void ShowAbout() const;
+  std::string SaveCheckStates() const;
+
+  Engine& engine_;
+  RunDisplay& display_;
+  Machine machine_;
+  FrmLog log_;
+  ToolTips tips_;
+  bool running_ = false;
+  bool close_after_run_ = false;
+};
+
+}  // namespace quellix

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "ui/windows_api.h"
+
+namespace quellix {
+
+// The share (0 to 1) of its window's growth that each edge of a control takes: {0, 0, 1, 0} widens
+// with the window, {1, 1, 1, 1} stays in the lower right corner. Controls without an anchor stay.
+struct Anchor {
+  int control;
+  double left, top, right, bottom;
+};
+
+// Keeps the controls of one dialog in place. Places are kept in 96-DPI units, so that they survive
+// every change of size and resolution without drifting.
+class Layout {
+ public:
+  // Takes the dialog as it is laid out now as its smallest size.
+  void Start(HWND dialog, int dpi);
+  void Add(std::span<const Anchor> anchors);
+  // Moves every control to its place in the present window, all in one go.
+  void Apply(int dpi) const;
+  // The smallest size of the whole window, in pixels.
+  SIZE MinimumSize(int dpi) const;
+
+ private:
+  struct Place {
+    HWND control;
+    Anchor anchor;
+    double left, top, right, bottom;  // 96-DPI units in the smallest window
+  };
+
+  HWND dialog_ = nullptr;
+  double width_ = 0, height_ = 0;  // of the smallest client area, 96-DPI units
+  std::vector<Place> places_;
+};
+
+// Where a control stands in its parent, in pixels.
+RECT PlaceInParent(HWND control);
+
+}  // namespace quellix

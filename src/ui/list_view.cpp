@@ -1,0 +1,50 @@
+#include "ui/list_view.h"
+
+#include "ui/dpi.h"
+
+namespace quellix {
+
+void ListView::Attach(HWND list, std::span<const Column> columns, Provider provider) {
+  list_ = list;
+  provider_ = std::move(provider);
+  ListView_SetExtendedListViewStyle(list, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
+  for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
+    LVCOLUMNW column{};
+    column.mask = LVCF_TEXT | LVCF_SUBITEM;
+    column.pszText = const_cast<wchar_t*>(columns[i].title);
+    column.iSubItem = i;
+    ListView_InsertColumn(list, i, &column);
+  }
+}
+
+void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span<const int> icons) {
+  for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
+    ListView_SetColumnWidth(list_, i, Scale(columns[i].width, dpi));
+  }
+  const int side = Scale(16, dpi);
+  UniqueImages images(
+      ImageList_Create(side, side, ILC_COLOR32 | ILC_MASK, static_cast<int>(icons.size()), 0));
+  for (const int id : icons) {
+    const HANDLE icon = LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id), IMAGE_ICON,
+                                   side, side, LR_SHARED);
+    ImageList_AddIcon(images.Get(), static_cast<HICON>(icon));
+  }
+  ListView_SetImageList(list_, images.Get(), LVSIL_SMALL);
+  images_ = std::move(images);
+}
+
+void ListView::SetRows(int count) {
+  ListView_SetItemCountEx(list_, count, LVSICF_NOSCROLL);
+  InvalidateRect(list_, nullptr, TRUE);
+}
+
+bool ListView::OnNotify(NMHDR& header) {
+  if (header.hwndFrom != list_ || header.code != LVN_GETDISPINFOW) return false;
+  LVITEMW& item = reinterpret_cast<NMLVDISPINFOW&>(header).item;
+  const Cell cell = provider_(item.iItem, item.iSubItem);
+  if (item.mask & LVIF_TEXT) lstrcpynW(item.pszText, cell.text.c_str(), item.cchTextMax);
+  if (item.mask & LVIF_IMAGE) item.iImage = cell.image;
+  return true;
+}
+
+}  // namespace quellix

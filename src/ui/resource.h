@@ -1,0 +1,83 @@
+#pragma once
+
+// Identifiers in the resource script. Controls go by their own names. This file is read by the
+// resource compiler too, so it holds nothing else.
+
+// Windows
+#define frmMain 100
+#define frmLog 101
+
+// Icons
+#define icoQuellix 1
+#define icoCurrent 2
+#define icoTick 3
+#define icoCross 4
+
+// Menus. Those of the menu bar are also its positions, from mnuFile on.
+#define mnuMain 200
+#define mnuDummy 201
+#define mnuFile 210
+#define mnuPlugins 211
+#define mnuTools 212
+#define mnuHelp 213
+#define mnuClean 220
+#define mnuExit 221
+#define mnuAbout 222
+#define mnuPopup 223
+
+// The items' boxes in run order: 1000 + Item::run_order.
+#define chkRecycleBin 1001
+#define chkActiveSetup 1002
+#define chkIndexer 1003
+#define chkUserDefinedFolders 1004
+#define chkUserDefinedFiles 1005
+#define chkUnNecessaryFiles 1006
+#define chkRecentDocument 1007
+#define chkPrinter 1008
+#define chkDump 1009
+#define chkTemp 1010
+#define chkEmptyFiles 1011
+#define chkDeadShortcut 1012
+#define chkPlugins 1013
+#define chkOffice 1014
+#define chkClipBoard 1015
+#define chkRunMRU 1016
+#define chkInstallFrom 1017
+#define chkFindHistory 1018
+#define chkCache 1019
+#define chkCookies 1020
+#define chkURLHistory 1021
+#define chkOffline 1022
+#define chkHistory 1023
+#define chkActiveX 1024
+#define chkCleanMozillaCache 1025
+#define chkCleanMozillaCookies 1026
+#define chkCleanMozillaForms 1027
+#define chkCleanMozillaPasswords 1028
+#define chkCleanMozillaHistory 1029
+#define chkCleanMozillaDownloads 1030
+
+// The rest of the main window
+#define lblFolderFiles 1101
+#define lblMiscellaneous 1102
+#define lblInternet 1103
+#define lblFirefox 1104
+#define Check3 1105
+#define imgCurrent 1106
+#define lblTip 1107
+#define txtTip 1108
+#define lblStatus 1109
+#define pgClean 1110
+#define lblCleanCaption 1111
+#define lblCleanDate 1112
+#define cmdClean 1113
+#define cmdStop 1114
+
+// The log window
+#define txtLog 1201
+#define lstvCategories 1202
+#define lblFilesCaption 1203
+#define lblFiles 1204
+#define lblSpaceCaption 1205
+#define lblSpace 1206
+#define cmdSave 1207

@@ -1,0 +1,107 @@
+#include "ui/run_display.h"
+
+#include <utility>
+
+#include "engine.h"
+#include "platform/win32/win32_text.h"
+#include "ui/dialog.h"
+#include "ui/resource.h"
+
+namespace quellix {
+namespace {
+
+constexpr ULONGLONG kMillisecondsPerFrame = 30;
+
+// A held Enter that pressed Clean must not go on to press Stop.
+bool IsRepeatedPress(const MSG& message) {
+  const bool presses = message.wParam == VK_RETURN || message.wParam == VK_SPACE;
+  return message.message == WM_KEYDOWN && presses && (message.lParam & (1 << 30)) != 0;
+}
+
+}  // namespace
+
+void RunDisplay::Attach(HWND window, ShowItem show_item) {
+  window_ = window;
+  show_item_ = std::move(show_item);
+}
+
+std::optional<RunReport> RunDisplay::TakeReport() { return std::exchange(report_, std::nullopt); }
+
+// The tick count moves only every 10 to 16 ms and costs next to nothing to read.
+void RunDisplay::Yield() {
+  const ULONGLONG now = GetTickCount64();
+  if (now == pumped_at_) return;
+  pumped_at_ = now;
+  if (now - flushed_at_ >= kMillisecondsPerFrame) Flush();
+  PumpMessages();
+}
+
+void RunDisplay::PumpMessages() const {
+  MSG message;
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+    if (message.message == WM_QUIT) {
+      PostQuitMessage(static_cast<int>(message.wParam));
+      return;
+    }
+    if (!IsRepeatedPress(message)) Dialog::Dispatch(message);
+  }
+}
+
+void RunDisplay::ShowCurrentItem(const Item* item) {
+  item_ = item;
+  if (!item) return;
+  Flush();
+  UpdateWindow(window_);
+}
+
+void RunDisplay::ShowCritical(std::string_view text) {
+  Flush();
+  MessageBoxW(window_, Wide(text).c_str(), Wide(kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
+}
+
+void RunDisplay::Flush() {
+  flushed_at_ = GetTickCount64();
+  FlushText(lblStatus, status_, shown_status_);
+  FlushText(lblCleanDate, last_cleaned_, shown_last_cleaned_);
+  if (bar_ != shown_bar_) FlushProgress();
+  if (commands_ != shown_commands_) FlushCommands();
+  if (item_ != shown_item_) show_item_(item_);
+  shown_item_ = item_;
+}
+
+void RunDisplay::FlushText(int control, const std::string& text, std::string& shown) const {
+  if (text == shown) return;
+  SetDlgItemTextW(window_, control, Wide(text).c_str());
+  shown = text;
+}
+
+void RunDisplay::FlushProgress() {
+  const HWND bar = GetDlgItem(window_, pgClean);
+  if (bar_.max != shown_bar_.max) SendMessageW(bar, PBM_SETRANGE32, 0, bar_.max);
+  SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(bar_.value), 0);
+  ShowWindow(bar, bar_.visible ? SW_SHOWNA : SW_HIDE);
+  shown_bar_ = bar_;
+}
+
+// The focus moves along: a disabled button would swallow the keyboard.
+void RunDisplay::FlushCommands() {
+  const HWND clean = GetDlgItem(window_, cmdClean), stop = GetDlgItem(window_, cmdStop);
+  EnableWindow(clean, TRUE);
+  EnableWindow(stop, TRUE);
+  const HWND dead = commands_.clean ? stop : clean;
+  if (GetFocus() == dead) {
+    SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(commands_.clean ? clean : stop),
+                 TRUE);
+  }
+  EnableWindow(clean, commands_.clean);
+  EnableWindow(stop, commands_.stop);
+  const UINT state = commands_.menus ? MF_ENABLED : MF_GRAYED;
+  // The Plugins and Tools menus hold nothing that works yet and stay unavailable.
+  for (const int menu : {mnuFile, mnuHelp}) {
+    EnableMenuItem(GetMenu(window_), static_cast<UINT>(menu - mnuFile), MF_BYPOSITION | state);
+  }
+  DrawMenuBar(window_);
+  shown_commands_ = commands_;
+}
+
+}  // namespace quellix

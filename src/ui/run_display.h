@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "app/views.h"
+#include "ui/windows_api.h"
+
+namespace quellix {
+
+// Shows a run in the main window. A run calls far more often than anyone can see, so calls only
+// take notes; the window follows at every item and at the pace of the eye.
+class RunDisplay : public RunView {
+ public:
+  using ShowItem = std::function<void(const Item*)>;
+
+  // The window to show in, and what moves its picture of the current item.
+  void Attach(HWND window, ShowItem show_item);
+  // Brings the window up to date.
+  void Flush();
+  // The report of the last finished run, once.
+  std::optional<RunReport> TakeReport();
+
+  void Yield() override;
+  void SetStatus(std::string_view text) override { status_.assign(text); }
+  void SetProgress(const ProgressBar& bar) override { bar_ = bar; }
+  void SetCommands(const Commands& commands) override { commands_ = commands; }
+  void ShowCurrentItem(const Item* item) override;
+  void ShowLastCleaned(std::string_view text) override { last_cleaned_.assign(text); }
+  void ShowCritical(std::string_view text) override;
+  void ShowReport(const RunReport& report) override { report_ = report; }
+
+ private:
+  void FlushText(int control, const std::string& text, std::string& shown) const;
+  void FlushProgress();
+  void FlushCommands();
+  void PumpMessages() const;
+
+  HWND window_ = nullptr;
+  ShowItem show_item_;
+  std::string status_, shown_status_;
+  std::string last_cleaned_, shown_last_cleaned_;
+  ProgressBar bar_, shown_bar_;
+  Commands commands_, shown_commands_;
+  const Item* item_ = nullptr;
+  const Item* shown_item_ = nullptr;
+  std::optional<RunReport> report_;
+  ULONGLONG pumped_at_ = 0;  // milliseconds, of the tick count
+  ULONGLONG flushed_at_ = 0;
+};
+
+}  // namespace quellix

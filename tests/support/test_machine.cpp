@@ -1,0 +1,55 @@
+#include "support/test_machine.h"
+
+#include <algorithm>
+
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+void AddTree(FileSystem& files, const std::string& folder, const std::string& prefix,
+             std::vector<std::string>& names) {
+  std::vector<std::string> folders;
+  files.Enumerate(folder, Detail::kKind, [&](const Entry& entry) {
+    const std::string name = prefix + std::string(entry.name);
+    names.push_back(entry.info.is_folder ? name + "\\" : name);
+    if (entry.info.is_folder && !entry.info.is_link) folders.emplace_back(entry.name);
+    return true;
+  });
+  for (const std::string& name : folders) {
+    AddTree(files, folder + "\\" + name, prefix + name + "\\", names);
+  }
+}
+
+}  // namespace
+
+void TestMachine::SetText(RegistryRoot root, std::string_view key, std::string_view name,
+                          std::string_view text) {
+  SetRegistryValue(root, key, name, {kRegSz, ToUtf16Bytes(text) + std::string(2, '\0')});
+}
+
+std::vector<std::string> TestMachine::Tree(std::string_view folder) {
+  if (folder.ends_with('\\')) folder.remove_suffix(1);
+  std::vector<std::string> names;
+  AddTree(machine().files, std::string(folder), "", names);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::vector<std::string> TestMachine::ValueNames(RegistryRoot root, std::string_view key) {
+  std::vector<std::string> names;
+  const auto open = machine().registry.Open(root, key, RegistryAccess::kRead);
+  for (uint32_t i = 0; open; ++i) {
+    const auto value = open->ValueAt(i);
+    if (!value) break;
+    names.push_back(value->name);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool TestMachine::KeyExists(RegistryRoot root, std::string_view key) {
+  return machine().registry.Open(root, key, RegistryAccess::kRead) != nullptr;
+}
+
+}  // namespace quellix
