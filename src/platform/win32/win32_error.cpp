@@ -32,7 +32,6 @@ Error::Kind KindOf(DWORD code) {
       return Error::Kind::kInUse;
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
-    case 1295:
       return Error::Kind::kFull;
     case ERROR_DIR_NOT_EMPTY:
       return Error::Kind::kNotEmpty;

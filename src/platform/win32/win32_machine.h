@@ -19,7 +19,9 @@ class Win32Machine {
   Win32Machine(const Win32Machine&) = delete;
   Win32Machine& operator=(const Win32Machine&) = delete;
 
-  Machine machine() { return {files_, registry_, shell_, url_cache_, profile_, system_, program_folder_}; }
+  Machine machine() {
+    return {files_, registry_, shell_, url_cache_, profile_, system_, program_folder_};
+  }
 
  private:
   std::string program_folder_;

@@ -16,10 +16,6 @@
 namespace quellix {
 namespace {
 
-// The shell's history of addresses, as Windows documents it; its headers do not name it.
-constexpr CLSID kUrlHistoryClass = {
-    0x3C374A40, 0xBAE4, 0x11CF, {0xBF, 0x7D, 0x00, 0xAA, 0x00, 0x69, 0x46, 0xEE}};
-
 constexpr std::string_view kRecycle = "move into the recycle bin:";
 
 // The shell's own error codes from before Windows NT; their numbers mean other things elsewhere.
@@ -50,6 +46,12 @@ int RecycleNow(std::wstring path) {
   const int code = SHFileOperationW(&operation);
   return code == 0 && operation.fAnyOperationsAborted ? ERROR_CANCELLED : code;
 }
+
+constexpr GUID kUrlHistoryClass = {
+    0x3C374A40, 0xBAE4, 0x11CF, {0xBF, 0x7D, 0x00, 0xAA, 0x00, 0x69, 0x46, 0xEE}};
+
+using UniqueHistory = Unique<
+    NullHandleTraits<IUrlHistoryStg2*, [](IUrlHistoryStg2* history) { history->Release(); }>>;
 
 bool OpenClipboardPatiently() {
   for (int attempt = 0; attempt < 10; ++attempt) {
@@ -101,14 +103,17 @@ void Win32Shell::EmptyRecycleBin() {
 }
 
 void Win32Shell::ClearAddressHistory() {
-  constexpr std::string_view kHistory = "the history of Internet Explorer";
-  IUrlHistoryStg2* found = nullptr;
+  UniqueHistory history;
   HRESULT result =
-      CoCreateInstance(kUrlHistoryClass, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&found));
-  if (FAILED(result)) throw WindowsError(static_cast<DWORD>(result), "open", kHistory);
-  const Unique<ComTraits<IUrlHistoryStg2>> history(found);
-  result = history.Get()->ClearHistory();
-  if (FAILED(result)) throw WindowsError(static_cast<DWORD>(result), "clear", kHistory);
+      CoCreateInstance(kUrlHistoryClass, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IUrlHistoryStg2),
+                       reinterpret_cast<void**>(history.Put()));
+  if (SUCCEEDED(result)) result = history.Get()->ClearHistory();
+  if (result == E_NOTIMPL || result == REGDB_E_CLASSNOTREG) {
+    throw NotAvailable("This Windows keeps no history of visited addresses.");
+  }
+  if (FAILED(result)) {
+    throw WindowsError(static_cast<DWORD>(result), "clear", "the history of visited addresses");
+  }
 }
 
 void Win32Shell::EmptyClipboard() {

@@ -23,6 +23,8 @@ UINT AnsiCodePage() {
   return page ? page : CP_ACP;
 }
 
+using UniqueService = Unique<NullHandleTraits<SC_HANDLE, CloseServiceHandle>>;
+
 DriveType ToDriveType(UINT type) {
   switch (type) {
     case DRIVE_NO_ROOT_DIR:
@@ -79,14 +81,13 @@ WindowsVersion Win32System::Version() {
 }
 
 bool Win32System::IsServiceRunning(std::string_view name) {
-  using UniqueService = Unique<NullHandleTraits<SC_HANDLE, CloseServiceHandle>>;
   const UniqueService manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
   if (!manager) return false;
   const UniqueService service(
       OpenServiceW(manager.Get(), Wide(name).c_str(), SERVICE_QUERY_STATUS));
-  SERVICE_STATUS status{};
+  SERVICE_STATUS status;
   return service && QueryServiceStatus(service.Get(), &status) &&
-         status.dwCurrentState != SERVICE_STOPPED;
+         status.dwCurrentState == SERVICE_RUNNING;
 }
 
 std::vector<Drive> Win32System::Drives() {

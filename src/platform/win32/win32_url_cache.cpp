@@ -11,62 +11,91 @@
 namespace quellix {
 namespace {
 
-using UniqueSearch = Unique<NullHandleTraits<HANDLE, FindCloseUrlCache>>;
-
-// One entry and the texts that WinINet stores behind it; grows as the entries need.
-class EntryBuffer {
+// The library is loaded when it is asked for the first time: most runs never need it, and with its
+// own dependencies it would take a good part of the program's start.
+class Internet {
  public:
-  INTERNET_CACHE_ENTRY_INFOW* Entry() {
-    return reinterpret_cast<INTERNET_CACHE_ENTRY_INFOW*>(bytes_.data());
+  Internet() : library_(LoadLibraryExW(L"wininet.dll", nullptr, 0)) {
+    if (!library_) ThrowLastError("open", "the browser cache");
+    first = Find<decltype(first)>("FindFirstUrlCacheEntryW");
+    next = Find<decltype(next)>("FindNextUrlCacheEntryW");
+    close = Find<decltype(close)>("FindCloseUrlCache");
+    remove = Find<decltype(remove)>("DeleteUrlCacheEntryW");
   }
 
-  // Calls `find(entry, size)`, again with the size it asks for; what it returns at last.
-  template <typename Find>
-  auto Fill(Find find) {
+  decltype(&FindFirstUrlCacheEntryW) first;
+  decltype(&FindNextUrlCacheEntryW) next;
+  decltype(&FindCloseUrlCache) close;
+  decltype(&DeleteUrlCacheEntryW) remove;
+
+ private:
+  template <typename Function>
+  Function Find(const char* name) {
+    const auto found = reinterpret_cast<void*>(GetProcAddress(library_, name));
+    if (!found) ThrowLastError("open", "the browser cache");
+    return reinterpret_cast<Function>(found);
+  }
+
+  HMODULE library_;  // kept: unloading it while its threads run is not safe
+};
+
+const Internet& TheInternet() {
+  static const Internet internet;
+  return internet;
+}
+
+UrlCacheEntry ToEntry(const INTERNET_CACHE_ENTRY_INFOW& info) {
+  UrlCacheEntry entry;
+  if (info.lpszSourceUrlName) entry.source = Narrow(info.lpszSourceUrlName);
+  if (info.lpszLocalFileName) entry.local_file = Narrow(info.lpszLocalFileName);
+  entry.type = info.CacheEntryType;
+  entry.size = uint64_t{info.dwSizeHigh} << 32 | info.dwSizeLow;
+  return entry;
+}
+
+// One entry after another, in a buffer that grows with the largest.
+class CacheSearch {
+ public:
+  ~CacheSearch() {
+    if (search_) TheInternet().close(search_);
+  }
+
+  // Null behind the last entry.
+  const INTERNET_CACHE_ENTRY_INFOW* Next() {
     while (true) {
-      DWORD size = static_cast<DWORD>(bytes_.size() * sizeof bytes_[0]);
-      const auto found = find(Entry(), &size);
-      if (found || GetLastError() != ERROR_INSUFFICIENT_BUFFER) return found;
-      bytes_.resize(size / sizeof bytes_[0] + 1);
+      auto* info = reinterpret_cast<INTERNET_CACHE_ENTRY_INFOW*>(buffer_.data());
+      auto size = static_cast<DWORD>(buffer_.size() * sizeof buffer_[0]);
+      if (Step(info, &size)) return info;
+      if (GetLastError() != ERROR_INSUFFICIENT_BUFFER) return nullptr;
+      buffer_.resize(size / sizeof buffer_[0] + 1);
     }
   }
 
  private:
-  std::vector<uint64_t> bytes_ = std::vector<uint64_t>(1024);
+  bool Step(INTERNET_CACHE_ENTRY_INFOW* info, DWORD* size) {
+    info->dwStructSize = sizeof *info;
+    if (search_) return TheInternet().next(search_, info, size);
+    search_ = TheInternet().first(nullptr, info, size);
+    return search_ != nullptr;
+  }
+
+  HANDLE search_ = nullptr;
+  std::vector<uint64_t> buffer_ = std::vector<uint64_t>(512);  // aligned for the structure
 };
-
-std::string NarrowOrEmpty(const wchar_t* text) { return text == nullptr ? "" : Narrow(text); }
-
-UrlCacheEntry ToEntry(const INTERNET_CACHE_ENTRY_INFOW& info) {
-  return {.source = NarrowOrEmpty(info.lpszSourceUrlName),
-          .local_file = NarrowOrEmpty(info.lpszLocalFileName),
-          .type = info.CacheEntryType,
-          .size = static_cast<uint64_t>(info.dwSizeHigh) << 32 | info.dwSizeLow};
-}
 
 }  // namespace
 
 std::vector<UrlCacheEntry> Win32UrlCache::Entries() {
   std::vector<UrlCacheEntry> entries;
-  EntryBuffer buffer;
-  const UniqueSearch search(buffer.Fill([](INTERNET_CACHE_ENTRY_INFOW* entry, DWORD* size) {
-    return FindFirstUrlCacheEntryW(nullptr, entry, size);
-  }));
-  if (!search) {
-    const DWORD code = GetLastError();
-    if (code == ERROR_NO_MORE_ITEMS || code == ERROR_FILE_NOT_FOUND) return entries;
-    throw WindowsError(code, "read", "the cache of Internet Explorer");
-  }
-  do {
-    entries.push_back(ToEntry(*buffer.Entry()));
-  } while (buffer.Fill([&](INTERNET_CACHE_ENTRY_INFOW* entry, DWORD* size) {
-    return FindNextUrlCacheEntryW(search.Get(), entry, size);
-  }));
-  return entries;
+  CacheSearch search;
+  while (const auto* info = search.Next()) entries.push_back(ToEntry(*info));
+  const DWORD error = GetLastError();
+  if (error == ERROR_NO_MORE_ITEMS || error == ERROR_FILE_NOT_FOUND) return entries;
+  throw WindowsError(error, "read", "the browser cache");
 }
 
 bool Win32UrlCache::Delete(std::string_view source) {
-  return DeleteUrlCacheEntryW(Wide(source).c_str());
+  return TheInternet().remove(Wide(source).c_str());
 }
 
 }  // namespace quellix

@@ -4,7 +4,7 @@
 
 namespace quellix {
 
-// The WinINet cache of the logged-on user.
+// The cache of Windows' own internet functions, which Internet Explorer keeps.
 class Win32UrlCache : public UrlCache {
  public:
   std::vector<UrlCacheEntry> Entries() override;
