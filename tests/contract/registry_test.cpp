@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/error.h"
+#include "contract/error_kind.h"
 #include "platform/text.h"
 #include "support/test_machine.h"
 
@@ -19,16 +19,6 @@ class RegistryContract : public testing::Test {
   std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) {
     return machine_.registry.Open(kUser, path, access);
   }
-  std::optional<Error::Kind> KindOf(const std::function<void()>& action) {
-    try {
-      action();
-    } catch (const Error& error) {
-      EXPECT_STRNE(error.what(), "");
-      return error.kind();
-    }
-    return std::nullopt;
-  }
-
   std::unique_ptr<TestMachine> test_ = TestMachine::Create();
   Machine machine_ = test_->machine();
   const std::string key_ = "Software\\Quellix Contract";

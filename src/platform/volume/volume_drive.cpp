@@ -19,7 +19,7 @@ constexpr size_t kPieceSize = 4000;
 
 UniqueFd OpenBeneath(int from, const char* path, int flags) {
   open_how how = {};
-  how.flags = static_cast<uint64_t>(flags | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
+  how.flags = static_cast<uint64_t>(flags | O_DIRECTORY | O_CLOEXEC);
   how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
   for (;;) {
     const long fd = syscall(SYS_openat2, from, path, &how, sizeof how);

@@ -1,8 +1,6 @@
 #include "platform/volume/volume_machine.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
+#include <filesystem>
 
 #include "platform/error.h"
 #include "platform/volume/volume_error.h"
@@ -27,7 +25,9 @@ FoundWindows LookForWindows(const std::string& volume) {
 }
 
 void MakeSettingsFolder(const std::string& folder) {
-  if (mkdir(folder.c_str(), 0755) != 0 && errno != EEXIST) ThrowErrno(errno, folder);
+  std::error_code failure;
+  std::filesystem::create_directories(folder, failure);
+  if (failure) ThrowErrno(failure.value(), folder);
 }
 
 }  // namespace
@@ -60,7 +60,8 @@ void VolumeMachine::OpenDrives(const VolumeOptions& options) {
 }
 
 Machine VolumeMachine::machine() {
-  return {*files_, *registry_, *shell_, *profile_, *system_, std::string(1, kSettingsDrive) + ":"};
+  const std::string program_folder = std::string(1, kSettingsDrive) + ":";
+  return {*files_, *registry_, *shell_, url_cache_, *profile_, *system_, program_folder};
 }
 
 }  // namespace quellix

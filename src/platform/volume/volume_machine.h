@@ -8,6 +8,7 @@
 #include "platform/volume/volume_registry.h"
 #include "platform/volume/volume_shell.h"
 #include "platform/volume/volume_system.h"
+#include "platform/volume/volume_url_cache.h"
 
 namespace quellix {
 
@@ -37,6 +38,7 @@ class VolumeMachine {
   std::optional<VolumeRegistry> registry_;
   std::optional<VolumeSystem> system_;
   std::optional<VolumeShell> shell_;
+  VolumeUrlCache url_cache_;
   std::optional<IniFiles> profile_;
 };
 

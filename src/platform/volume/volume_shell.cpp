@@ -215,6 +215,10 @@ void VolumeShell::EmptyRecycleBin() {
   }
 }
 
+void VolumeShell::ClearAddressHistory() {
+  throw NotAvailable("The address history is cleared by a running Windows only.");
+}
+
 void VolumeShell::EmptyClipboard() {
   throw NotAvailable("The clipboard belongs to a running Windows.");
 }

@@ -23,6 +23,7 @@ class VolumeShell : public Shell {
   void Recycle(std::string_view path) override;
   RecycleBinContent QueryRecycleBin() override;
   void EmptyRecycleBin() override;
+  void ClearAddressHistory() override;
   void EmptyClipboard() override;
 
  private:

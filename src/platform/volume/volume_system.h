@@ -22,6 +22,7 @@ class VolumeSystem : public System {
   std::string TempFolder() override;
   std::optional<std::string> Environment(std::string_view name) override;
   WindowsVersion Version() override;
+  bool IsServiceRunning(std::string_view) override { return false; }  // nothing runs on a volume
   std::vector<Drive> Drives() override;
   LocalTime Now() override;
   Locale UserLocale() override;

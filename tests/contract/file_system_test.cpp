@@ -1,0 +1,304 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+
+#include "contract/error_kind.h"
+#include "platform/file_system.h"
+#include "support/test_machine.h"
+
+namespace quellix {
+namespace {
+
+class FileSystemContract : public testing::Test {
+ protected:
+  std::string At(std::string_view name) const { return scratch_ + std::string(name); }
+  std::string Content(std::string_view name) {
+    return files_.ReadWholeFile(At(name)).value_or("(missing)");
+  }
+  std::map<std::string, FileInfo> Entries(std::string_view folder, Detail detail) {
+    std::map<std::string, FileInfo> entries;
+    EXPECT_TRUE(files_.Enumerate(folder, detail, [&](const Entry& entry) {
+      entries[std::string(entry.name)] = entry.info;
+      return true;
+    }));
+    return entries;
+  }
+
+  std::unique_ptr<TestMachine> test_ = TestMachine::Create();
+  FileSystem& files_ = test_->machine().files;
+  const std::string scratch_ = test_->Scratch();
+};
+
+// Names a volume and a Windows both take: many scripts, blanks, masks' look-alikes, full length.
+const std::vector<std::string>& ManyNames() {
+  static const std::vector<std::string> names = {
+      "plain.txt",         "Großer Ärger.log", "Привет мир.tmp",
+      "日本語.dat",        "שלום.txt",         "ไทย",
+      "😀 smile.txt",       " leading.txt",     "dots...in.the.name",
+      "[a]{b}!~'@#$%^&()", "noextension",      std::string(251, 'n') + ".txt"};
+  return names;
+}
+
+TEST_F(FileSystemContract, EnumerateTellsKindsAndDetails) {
+  constexpr int64_t kTime = 132'000'000'000'000'000;
+  test_->MakeFile(At("file.txt"), "12345");
+  test_->MakeFile(At("folder\\inner.txt"), "x");
+  test_->MakeFolderLink(At("junction"), At("folder"));
+  const bool has_file_link = test_->MakeFileLink(At("link.txt"), At("file.txt"));
+  test_->SetLastWrite(At("file.txt"), kTime);
+  for (const Detail detail : {Detail::kKind, Detail::kFull}) {
+    SCOPED_TRACE(detail == Detail::kKind ? "kind" : "full");
+    const auto entries = Entries(scratch_, detail);
+    EXPECT_EQ(entries.size(), has_file_link ? 4u : 3u);
+    EXPECT_FALSE(entries.at("file.txt").is_folder || entries.at("file.txt").is_link);
+    EXPECT_TRUE(entries.at("folder").is_folder && !entries.at("folder").is_link);
+    EXPECT_TRUE(entries.at("junction").is_folder && entries.at("junction").is_link);
+    if (!has_file_link) continue;
+    EXPECT_TRUE(!entries.at("link.txt").is_folder && entries.at("link.txt").is_link);
+  }
+  const auto entries = Entries(scratch_, Detail::kFull);
+  EXPECT_EQ(entries.at("file.txt").size, 5u);
+  EXPECT_EQ(entries.at("file.txt").last_write, kTime);
+  EXPECT_TRUE(entries.at("folder").attributes & kFolderAttribute);
+  EXPECT_TRUE(entries.at("junction").attributes & kReparsePoint);
+  EXPECT_EQ(entries.at("junction").size, 0u);
+}
+
+TEST_F(FileSystemContract, EnumerateEndsWhenTheVisitorSaysSo) {
+  for (const char* name : {"a", "b", "c"}) test_->MakeFile(At(name), "");
+  int visits = 0;
+  EXPECT_TRUE(
+      files_.Enumerate(scratch_, Detail::kKind, [&](const Entry&) { return ++visits < 2; }));
+  EXPECT_EQ(visits, 2);
+}
+
+TEST_F(FileSystemContract, EnumerateRefusesWhatIsNoFolder) {
+  test_->MakeFile(At("file.txt"), "");
+  test_->MakeFile(At("target\\inner.txt"), "");
+  test_->MakeFolderLink(At("junction"), At("target"));
+  for (const std::string& path :
+       std::vector<std::string>{At("missing"), At("missing\\deeper"), At("file.txt"),
+                                At("junction"), std::string("9:\\"), std::string("")}) {
+    SCOPED_TRACE(path);
+    EXPECT_FALSE(files_.Enumerate(path, Detail::kKind, [](const Entry&) -> bool {
+      ADD_FAILURE();
+      return true;
+    }));
+  }
+}
+
+TEST_F(FileSystemContract, ManyEntriesAreAllSeenOnce) {
+  constexpr size_t kCount = 1000;
+  const std::string stem(120, 'x');
+  for (size_t i = 0; i < kCount; ++i) test_->MakeFile(At("many\\" + stem + std::to_string(i)), "");
+  EXPECT_EQ(Entries(At("many"), Detail::kKind).size(), kCount);
+}
+
+TEST_F(FileSystemContract, NamesInEveryScriptAreFoundInAnyCaseAndRemoved) {
+  for (const std::string& name : ManyNames()) {
+    SCOPED_TRACE(name);
+    test_->MakeFile(At("Folder Ä\\" + name), name);
+    EXPECT_EQ(Entries(At("folder ä\\"), Detail::kKind).count(name), 1u);
+    EXPECT_TRUE(files_.Look(At("FOLDER Ä\\" + name)));
+    EXPECT_EQ(Content("Folder Ä\\" + name), name);
+    files_.RemoveFile(At("folder ä\\" + name));
+    EXPECT_TRUE(test_->Tree(At("Folder Ä")).empty());
+  }
+  test_->MakeFile(At("Großer ÄRGER Ключ.txt"), "x");
+  EXPECT_TRUE(files_.Look(At("gROßER ärger кЛЮЧ.TXT")));
+  EXPECT_FALSE(files_.Look(At("grosser ärger ключ.txt")));
+}
+
+TEST_F(FileSystemContract, PathsOfFourThousandCharactersWork) {
+  std::string folder = At("long");
+  while (folder.size() < 3900) folder += "\\" + std::string(90, 'p');
+  const std::string file = folder + "\\" + std::string(60, 'f') + ".txt";
+  test_->MakeFile(file, "deep");
+  EXPECT_EQ(files_.ReadWholeFile(file), "deep");
+  EXPECT_EQ(Entries(folder, Detail::kFull).begin()->second.size, 4u);
+  files_.SetAttributes(file, kReadOnly);
+  files_.Rename(file, folder + "\\renamed");
+  files_.RemoveFile(folder + "\\renamed");
+  for (; folder.size() >= scratch_.size(); folder.resize(folder.rfind('\\'))) {
+    files_.RemoveFolder(folder);
+  }
+  EXPECT_TRUE(test_->Tree(scratch_).empty());
+}
+
+TEST_F(FileSystemContract, LookTellsTheEntryItself) {
+  test_->MakeFile(At("target\\inner.txt"), "123");
+  test_->MakeFolderLink(At("junction"), At("target"));
+  test_->MakeFolderLink(At("dangling"), At("nowhere"));
+  EXPECT_EQ(files_.Look(At("target\\inner.txt"))->size, 3u);
+  EXPECT_TRUE(files_.Look(At("target\\"))->is_folder);
+  EXPECT_TRUE(files_.Look(At("junction"))->is_link);
+  EXPECT_TRUE(files_.Look(At("dangling"))->is_link);
+  EXPECT_TRUE(files_.Look(scratch_.substr(0, 3))->is_folder);
+  for (const std::string& path :
+       std::vector<std::string>{At("missing"), At("target\\inner.txt\\x"), At("target\\missing\\x"),
+                                At(std::string(300, 'x')), std::string("nonsense")}) {
+    EXPECT_FALSE(files_.Look(path)) << path;
+  }
+}
+
+TEST_F(FileSystemContract, AttributesDoNotHinderRemoval) {
+  const struct {
+    const char* row;
+    uint32_t attributes;
+  } kRows[] = {{"none", 0},
+               {"read-only", kReadOnly},
+               {"hidden", kHidden},
+               {"all", kReadOnly | kHidden | kSystem}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.row);
+    test_->MakeFile(At("file"), "x");
+    test_->MakeFolder(At("folder"));
+    for (const char* name : {"file", "folder"}) {
+      files_.SetAttributes(At(name), row.attributes);
+      const uint32_t stored = files_.Look(At(name))->attributes;
+      EXPECT_EQ(stored & (kReadOnly | kHidden | kSystem), row.attributes) << name;
+    }
+    files_.RemoveFile(At("file"));
+    files_.RemoveFolder(At("folder"));
+    EXPECT_TRUE(test_->Tree(scratch_).empty());
+  }
+}
+
+TEST_F(FileSystemContract, NormalClearsAttributes) {
+  test_->MakeFile(At("file"), "x");
+  files_.SetAttributes(At("file"), kReadOnly | kHidden);
+  files_.SetAttributes(At("file"), kNormal);
+  EXPECT_EQ(files_.Look(At("file"))->attributes & (kReadOnly | kHidden), 0u);
+  EXPECT_NO_THROW(files_.OpenForWrite(At("file")));
+}
+
+TEST_F(FileSystemContract, ChangesOfWhatIsNotThereSayMissing) {
+  test_->MakeFile(At("to"), "");
+  const std::string kPaths[] = {At("missing"), At("missing\\x")};
+  for (const std::string& path : kPaths) {
+    SCOPED_TRACE(path);
+    EXPECT_EQ(KindOf([&] { files_.RemoveFile(path); }), Error::Kind::kMissing);
+    EXPECT_EQ(KindOf([&] { files_.RemoveFolder(path); }), Error::Kind::kMissing);
+    EXPECT_EQ(KindOf([&] { files_.SetAttributes(path, kHidden); }), Error::Kind::kMissing);
+    EXPECT_EQ(KindOf([&] { files_.Rename(path, At("new")); }), Error::Kind::kMissing);
+    EXPECT_EQ(KindOf([&] { files_.OpenForWrite(path); }), Error::Kind::kMissing);
+    EXPECT_FALSE(files_.ReadWholeFile(path));
+  }
+  EXPECT_EQ(KindOf([&] { files_.WriteWholeFile(At("missing\\x"), ""); }), Error::Kind::kMissing);
+}
+
+TEST_F(FileSystemContract, FilesAndFoldersAreNotMistakenForEachOther) {
+  test_->MakeFile(At("folder\\inner.txt"), "x");
+  test_->MakeFile(At("file"), "x");
+  EXPECT_EQ(KindOf([&] { files_.RemoveFolder(At("folder")); }), Error::Kind::kNotEmpty);
+  EXPECT_TRUE(KindOf([&] { files_.RemoveFile(At("folder")); }));
+  EXPECT_TRUE(KindOf([&] { files_.RemoveFolder(At("file")); }));
+  EXPECT_TRUE(KindOf([&] { files_.OpenForWrite(At("folder")); }));
+  EXPECT_TRUE(KindOf([&] { files_.ReadWholeFile(At("folder")); }));
+  EXPECT_TRUE(KindOf([&] { files_.WriteWholeFile(At("folder"), ""); }));
+  EXPECT_EQ(test_->Tree(scratch_),
+            (std::vector<std::string>{"file", "folder\\", "folder\\inner.txt"}));
+}
+
+TEST_F(FileSystemContract, RemovingALinkLeavesItsTarget) {
+  test_->MakeFile(At("target\\inner.txt"), "kept");
+  test_->MakeFolderLink(At("junction"), At("target"));
+  EXPECT_TRUE(KindOf([&] { files_.RemoveFile(At("junction")); }));
+  files_.RemoveFolder(At("junction"));
+  if (test_->MakeFileLink(At("link.txt"), At("target\\inner.txt"))) {
+    EXPECT_TRUE(KindOf([&] { files_.OpenForWrite(At("link.txt")); }));
+    files_.RemoveFile(At("link.txt"));
+  }
+  EXPECT_EQ(test_->Tree(scratch_), (std::vector<std::string>{"target\\", "target\\inner.txt"}));
+  EXPECT_EQ(Content("target\\inner.txt"), "kept");
+}
+
+// Between the scan and the removal a scanned folder is replaced by a link of the same name.
+TEST_F(FileSystemContract, ALinkSwappedInLeadsNowhere) {
+  test_->MakeFile(At("outside\\a.txt"), "kept");
+  test_->MakeFile(At("outside\\deep\\a.txt"), "kept");
+  test_->MakeFile(At("temp\\sub\\a.txt"), "x");
+  test_->MakeFile(At("temp\\sub\\deep\\a.txt"), "x");
+  files_.Anchor(At("temp"));
+  EXPECT_EQ(Entries(At("temp\\sub\\deep"), Detail::kKind).size(), 1u);
+  EXPECT_TRUE(files_.Look(At("temp\\sub\\deep\\a.txt")));
+  files_.Rename(At("temp\\sub"), At("moved"));
+  test_->MakeFolderLink(At("temp\\sub"), At("outside"));
+  for (const char* path : {"temp\\sub\\a.txt", "temp\\sub\\deep\\a.txt"}) {
+    SCOPED_TRACE(path);
+    EXPECT_EQ(KindOf([&] { files_.RemoveFile(At(path)); }), Error::Kind::kDenied);
+    EXPECT_EQ(KindOf([&] { files_.SetAttributes(At(path), kReadOnly); }), Error::Kind::kDenied);
+    EXPECT_EQ(KindOf([&] { files_.OpenForWrite(At(path)); }), Error::Kind::kDenied);
+    EXPECT_TRUE(KindOf([&] { files_.Rename(At(path), At("temp\\b.txt")); }));
+  }
+  EXPECT_EQ(KindOf([&] { files_.RemoveFolder(At("temp\\sub\\deep")); }), Error::Kind::kDenied);
+  files_.RemoveFolder(At("temp\\sub"));
+  files_.Anchor("");
+  EXPECT_EQ(Content("outside\\a.txt"), "kept");
+  EXPECT_EQ(Content("outside\\deep\\a.txt"), "kept");
+  EXPECT_EQ(Content("moved\\deep\\a.txt"), "x");
+}
+
+TEST_F(FileSystemContract, ALockedFileStaysAndIsSaidToBe) {
+  test_->MakeFile(At("locked\\file.txt"), "kept");
+  test_->MakeFile(At("other.txt"), "x");
+  {
+    const auto lock = test_->LockFile(At("locked\\file.txt"));
+    const auto denied = [](std::optional<Error::Kind> kind) {
+      return kind == Error::Kind::kDenied || kind == Error::Kind::kInUse;
+    };
+    EXPECT_TRUE(files_.Look(At("locked\\file.txt")));
+    EXPECT_TRUE(denied(KindOf([&] { files_.RemoveFile(At("locked\\file.txt")); })));
+    EXPECT_TRUE(denied(KindOf([&] { files_.OpenForWrite(At("locked\\file.txt")); })));
+    EXPECT_TRUE(denied(KindOf([&] { files_.Rename(At("locked\\file.txt"), At("locked\\b")); })));
+    EXPECT_TRUE(denied(KindOf([&] { files_.WriteWholeFile(At("locked\\file.txt"), "new"); })));
+  }
+  EXPECT_EQ(Content("locked\\file.txt"), "kept");
+  EXPECT_EQ(test_->Tree(At("locked")), std::vector<std::string>{"file.txt"});
+  files_.RemoveFile(At("locked\\file.txt"));
+}
+
+TEST_F(FileSystemContract, RenameKeepsWhatIsThere) {
+  test_->MakeFile(At("a.txt"), "a");
+  test_->MakeFile(At("b.txt"), "b");
+  test_->MakeFile(At("folder\\inner"), "i");
+  EXPECT_TRUE(KindOf([&] { files_.Rename(At("a.txt"), At("B.TXT")); }));
+  EXPECT_TRUE(KindOf([&] { files_.Rename(At("a.txt"), At("folder")); }));
+  EXPECT_EQ(KindOf([&] { files_.Rename(At("a.txt"), At("missing\\x")); }), Error::Kind::kMissing);
+  EXPECT_EQ(Content("a.txt") + Content("b.txt"), "ab");
+  files_.Rename(At("a.txt"), At("folder\\Ä.txt"));
+  files_.Rename(At("b.txt"), At("B.txt"));  // the case alone
+  files_.Rename(At("folder"), At("moved"));
+  EXPECT_EQ(test_->Tree(scratch_),
+            (std::vector<std::string>{"B.txt", "moved\\", "moved\\inner", "moved\\Ä.txt"}));
+  EXPECT_FALSE(files_.Look(At("folder\\inner")));
+}
+
+TEST_F(FileSystemContract, OpenForWriteOverwritesInPlace) {
+  test_->MakeFile(At("file"), "0123456789");
+  {
+    const auto file = files_.OpenForWrite(At("FILE"));
+    EXPECT_EQ(file->Size(), 10u);
+    file->Write(3, "abc");
+    file->Write(9, "Z");
+    file->Flush();
+  }
+  EXPECT_EQ(Content("file"), "012abc678Z");
+}
+
+TEST_F(FileSystemContract, WholeFilesAreReadAndReplaced) {
+  const std::string binary("\0\r\n\x1A\xFF", 5);
+  files_.WriteWholeFile(At("New.bin"), binary);
+  EXPECT_EQ(Content("New.bin"), binary);
+  files_.WriteWholeFile(At("NEW.BIN"), "");
+  EXPECT_EQ(Content("new.bin"), "");
+  EXPECT_EQ(test_->Tree(scratch_), std::vector<std::string>{"New.bin"});
+  files_.WriteWholeFile(At("new.bin"), std::string(5000, 'x'));
+  EXPECT_TRUE(KindOf([&] { files_.ReadWholeFile(At("new.bin"), 4999); }));
+  EXPECT_EQ(files_.ReadWholeFile(At("new.bin"), 5000)->size(), 5000u);
+  EXPECT_EQ(test_->Tree(scratch_).size(), 1u) << "nothing temporary is left";
+}
+
+}  // namespace
+}  // namespace quellix

@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include "contract/error_kind.h"
+#include "support/test_machine.h"
+
+namespace quellix {
+namespace {
+
+class ProfileContract : public testing::Test {
+ protected:
+  std::string Content() { return machine_.files.ReadWholeFile(file_).value_or("(missing)"); }
+
+  std::unique_ptr<TestMachine> test_ = TestMachine::Create();
+  Machine machine_ = test_->machine();
+  const std::string file_ = test_->Scratch() + "Settings.ini";
+};
+
+TEST_F(ProfileContract, ReadsAsWindowsReads) {
+  test_->MakeFile(file_,
+                  "; note\r\n[General]\r\nPlain=value\r\n Blanks =  inner blanks  \r\n"
+                  "Quoted=\"  kept  \"\r\nEmpty=\r\n;Comment=1\r\nEqual=a=b\r\nPlain=second\r\n"
+                  "Name=Größe\r\nno equals sign\r\n[Other]\r\nPlain=other\r\nLast=end");
+  const struct {
+    const char *section, *key;
+    std::optional<std::string> value;
+  } kRows[] = {
+      {"General", "Plain", "value"},      {"GENERAL", "plain", "value"},
+      {"General", "Equal", "a=b"},        {"General", "Blanks", "inner blanks"},
+      {"General", "Quoted", "  kept  "},  {"General", "Empty", ""},
+      {"General", "Name", "Größe"},       {"Other", "Plain", "other"},
+      {"Other", "Last", "end"},           {"General", "Last", std::nullopt},
+      {"Missing", "Plain", std::nullopt},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(machine_.profile.Read(file_, row.section, row.key), row.value)
+        << row.section << "/" << row.key;
+  }
+  EXPECT_FALSE(machine_.profile.Read(test_->Scratch() + "missing.ini", "General", "Plain"));
+}
+
+TEST_F(ProfileContract, ReadsAnsiAndMarkedFiles) {
+  test_->MakeFile(file_, "\xEF\xBB\xBF[General]\r\nKey=gr\xC3\xBCn\r\n");
+  EXPECT_EQ(machine_.profile.Read(file_, "General", "Key"), "grün");
+  test_->MakeFile(file_, "[General]\r\nKey=gr\xFCn\r\n");
+  EXPECT_EQ(machine_.profile.Read(file_, "General", "Key"), "grün");
+}
+
+TEST_F(ProfileContract, WritingTouchesOneLineAlone) {
+  const std::string before = "; note\r\n[General]\r\n  A = 1 \r\nB=2\r\n\r\n[Other]\r\nA=9\r\n";
+  test_->MakeFile(file_, before);
+  const std::string after = "; note\r\n[General]\r\n  A = 1 \r\nB=3\r\n\r\n[Other]\r\nA=9\r\n";
+  for (const char* run : {"first", "again"}) {
+    machine_.profile.Write(file_, "GENERAL", "B", "3");
+    EXPECT_EQ(Content(), after) << run;
+  }
+}
+
+TEST_F(ProfileContract, CreatesFileSectionAndKey) {
+  machine_.profile.Write(file_, "General", "Key", "1");
+  EXPECT_EQ(Content(), "[General]\r\nKey=1\r\n");
+  machine_.profile.Write(file_, "Größe", "Ключ", "Мир");
+  machine_.profile.Write(file_, "General", "Second", "2");
+  EXPECT_EQ(machine_.profile.Read(file_, "Größe", "Ключ"), "Мир");
+  EXPECT_EQ(machine_.profile.Read(file_, "General", "Key"), "1");
+  EXPECT_EQ(machine_.profile.Read(file_, "General", "Second"), "2");
+}
+
+TEST_F(ProfileContract, AFileThatCannotBeWrittenStaysWhole) {
+  test_->MakeFile(test_->Scratch() + "locked\\x.ini", "[General]\r\nKey=1\r\n");
+  {
+    const auto lock = test_->LockFile(test_->Scratch() + "locked\\x.ini");
+    EXPECT_TRUE(KindOf([&] {
+      machine_.profile.Write(test_->Scratch() + "locked\\x.ini", "General", "Key", "2");
+    }));
+  }
+  EXPECT_EQ(machine_.profile.Read(test_->Scratch() + "locked\\x.ini", "General", "Key"), "1");
+}
+
+}  // namespace
+}  // namespace quellix
