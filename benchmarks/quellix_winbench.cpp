@@ -1,6 +1,8 @@
 // Benchmarks on the real Windows calls, against the system's own command and an empty program.
 
 #include <windows.h>
+// A leftover of 16-bit Windows that would swallow RunView::Yield.
+#undef Yield
 
 #include <stdexcept>
 

@@ -1,5 +1,7 @@
 #include "ui/group_heading.h"
 
+#include <iterator>
+
 #include "ui/handles.h"
 
 namespace quellix {

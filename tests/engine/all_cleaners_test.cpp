@@ -278,7 +278,7 @@ TEST_F(AllCleanersTest, FirefoxIsCleanedOnlyOnTheWindowsVersionsItKnows) {
   }
   const std::string profiles = ports.system.Environment("USERPROFILE").value() +
                                "\\Application Data\\Mozilla\\Firefox\\Profiles\\";
-  for (const char* file : {"1.default\\Cache\\A", "1.default\\Cache\\sub\\B", "1.default\\cache\\C",
+  for (const char* file : {"1.default\\Cache\\A", "1.default\\Cache\\sub\\B", "3.lower\\cache\\C",
                            "2.x\\history.dat", "2.x\\sub\\cookies.txt", "2.x\\cookperm.txt"}) {
     machine->MakeFile(profiles + file, "1234");
   }
@@ -291,7 +291,7 @@ TEST_F(AllCleanersTest, FirefoxIsCleanedOnlyOnTheWindowsVersionsItKnows) {
   EXPECT_EQ(machine->Exists(profiles + "1.default\\Cache\\A"), !known);
   EXPECT_EQ(machine->Exists(profiles + "2.x\\sub\\cookies.txt"), !known);
   EXPECT_TRUE(machine->Exists(profiles + "1.default\\Cache\\sub\\B"));
-  EXPECT_TRUE(machine->Exists(profiles + "1.default\\cache\\C"));
+  EXPECT_TRUE(machine->Exists(profiles + "3.lower\\cache\\C"));
 }
 
 }  // namespace

@@ -29,6 +29,7 @@ class CleaningRunTest : public RunFixture {
     engine.RunOneItem(*FindItem("CleanTempFiles"));
     ASSERT_TRUE(machine->Tree(temp).empty());
     view.statuses.clear();
+    view.report.reset();
   }
   RunState& state() { return engine.state(); }
   std::string Log() { return view.report ? view.report->log : "<no report>"; }

@@ -58,6 +58,14 @@ struct FileHandleTraits {
   static void Close(Handle handle) { CloseFunction(handle); }
 };
 
+// A COM object, released.
+template <typename Interface>
+struct ComTraits {
+  using Handle = Interface*;
+  static Handle None() { return nullptr; }
+  static void Close(Handle object) { object->Release(); }
+};
+
 using UniqueFile = Unique<FileHandleTraits<CloseHandle>>;
 using UniqueFind = Unique<FileHandleTraits<FindClose>>;
 using UniqueHandle = Unique<NullHandleTraits<HANDLE, CloseHandle>>;
