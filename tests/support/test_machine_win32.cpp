@@ -250,10 +250,7 @@ void Win32TestMachine::SetRegistryValue(RegistryRoot root, std::string_view key,
   RequireStatus(RegCreateKeyExW(Predefined(root), Wide(WithoutBackslash(key)).c_str(), 0, nullptr,
                                 0, KEY_WRITE, nullptr, opened.Put(), nullptr),
                 "make", key);
-  RequireStatus(RegSetValueExW(opened.Get(), Wide(name).c_str(), 0, value.type,
-                               reinterpret_cast<const BYTE*>(value.bytes.data()),
-                               static_cast<DWORD>(value.bytes.size())),
-                "write", key);
+  machine_.registry.Open(root, key, RegistryAccess::kWrite)->SetValue(name, value);
 }
 
 void Win32TestMachine::RemoveRegistryTree(RegistryRoot root, std::string_view key) {

@@ -3,6 +3,7 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/win32/win32_error.h"
+#include "platform/win32/win32_file_info.h"
 #include "platform/win32/win32_path.h"
 #include "platform/win32/win32_text.h"
 
@@ -62,7 +63,7 @@ void Win32Anchor::CheckParentOf(std::string_view path) {
   if (!Covers(parent)) return;
   held_ = HoldFolder(parent);
   held_parent_ = parent;
-  if (IsWhereItShouldBe(parent, FinalPath(held_))) return;
+  if (IsInPlace(parent, held_)) return;
   held_.Reset();
   throw Error(Error::Kind::kDenied,
               std::string(path) + " leads out of the folder being cleaned through a link.");
@@ -74,12 +75,25 @@ void Win32Anchor::ReleaseBelow(std::string_view path) {
 
 bool Win32Anchor::Covers(std::string_view parent) const { return IsAtOrBelow(parent, folder_); }
 
-bool Win32Anchor::IsWhereItShouldBe(std::string_view parent, const std::wstring& real) const {
+bool Win32Anchor::IsInPlace(std::string_view parent, const UniqueFile& opened) const {
   if (real_.empty()) return false;
-  if (SamePath(real, real_ + Wide(parent.substr(folder_.size())))) return true;
+  const std::wstring place = FinalPath(opened);
+  if (place.empty()) return IsNoLinkAndItsParentInPlace(parent);
+  if (SamePath(place, real_ + Wide(parent.substr(folder_.size())))) return true;
   const std::wstring long_anchor = LongPath(folder_), long_parent = LongPath(parent);
   return !long_anchor.empty() && long_parent.size() >= long_anchor.size() &&
-         SamePath(real, real_ + long_parent.substr(long_anchor.size()));
+         SamePath(place, real_ + long_parent.substr(long_anchor.size()));
+}
+
+// Wine cannot tell the place of an open folder whose path is long; the way up to a folder it can
+// tell is then gone step by step.
+bool Win32Anchor::IsNoLinkAndItsParentInPlace(std::string_view folder) const {
+  if (folder.size() <= folder_.size()) return false;
+  const auto info = LookAt(WidePath("open", folder));
+  if (!info || info->is_link) return false;
+  const std::string_view parent = WithoutBackslash(FolderPart(folder));
+  const UniqueFile opened = OpenFolder(WidePath("open", parent), FILE_READ_ATTRIBUTES, kShareAll);
+  return opened && IsInPlace(parent, opened);
 }
 
 }  // namespace quellix

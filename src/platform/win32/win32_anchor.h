@@ -25,7 +25,8 @@ class Win32Anchor {
 
  private:
   bool Covers(std::string_view parent) const;
-  bool IsWhereItShouldBe(std::string_view parent, const std::wstring& real) const;
+  bool IsInPlace(std::string_view parent, const UniqueFile& opened) const;
+  bool IsNoLinkAndItsParentInPlace(std::string_view folder) const;
 
   std::string folder_;       // without "\" at the end; empty for no anchor
   std::wstring real_;        // the anchor's final path; empty when it could not be opened

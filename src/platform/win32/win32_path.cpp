@@ -30,6 +30,12 @@ bool AreNames(std::string_view rest) {
   return true;
 }
 
+std::wstring FinalPath(const UniqueFile& file, DWORD form) {
+  return GrowingText([&](wchar_t* text, uint32_t size) {
+    return GetFinalPathNameByHandleW(file.Get(), text, size, form);
+  });
+}
+
 }  // namespace
 
 std::optional<std::wstring> ToWidePath(std::string_view path) {
@@ -58,9 +64,9 @@ UniqueFile OpenItself(const std::wstring& wide, DWORD access, DWORD share) {
 }
 
 std::wstring FinalPath(const UniqueFile& file) {
-  std::wstring path = GrowingText([&](wchar_t* text, uint32_t size) {
-    return GetFinalPathNameByHandleW(file.Get(), text, size, FILE_NAME_NORMALIZED);
-  });
+  std::wstring path = FinalPath(file, VOLUME_NAME_DOS);
+  // Some memory disks and network drives have a device's name only.
+  if (path.empty()) path = FinalPath(file, VOLUME_NAME_NT);
   if (path.ends_with(L'\\')) path.pop_back();
   return path;
 }

@@ -22,8 +22,8 @@ std::wstring WidePath(std::string_view action, std::string_view path);
 // A handle to the file or folder itself, a link not followed.
 UniqueFile OpenItself(const std::wstring& wide, DWORD access, DWORD share);
 
-// Where an open file or folder really is, "\\?\" before it and no "\" at its end; "" when Windows
-// cannot tell.
+// Where an open file or folder really is, in a form to be compared with others of its drive and
+// without "\" at its end; "" when Windows cannot tell.
 std::wstring FinalPath(const UniqueFile& file);
 
 // Without regard to case, in the file system's sense.

@@ -28,6 +28,10 @@ HKEY Predefined(RegistryRoot root) {
   return nullptr;
 }
 
+REGSAM Rights(RegistryAccess access) {
+  return access == RegistryAccess::kWrite ? KEY_READ | KEY_WRITE : KEY_READ;
+}
+
 bool MeansMissing(LSTATUS status) {
   return status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND ||
          status == ERROR_BAD_PATHNAME || status == ERROR_KEY_DELETED;
@@ -60,8 +64,7 @@ class Win32Key : public RegistryKey {
   std::vector<wchar_t> name_;
 };
 
-std::unique_ptr<RegistryKey> OpenBelow(HKEY parent, std::string_view path, RegistryAccess access) {
-  const REGSAM rights = access == RegistryAccess::kWrite ? KEY_READ | KEY_WRITE : KEY_READ;
+std::unique_ptr<Win32Key> OpenBelow(HKEY parent, std::string_view path, REGSAM rights) {
   const std::string_view plain = WithoutBackslash(path);
   UniqueKey key;
   const LSTATUS status = RegOpenKeyExW(parent, Wide(plain).c_str(), 0, rights, key.Put());
@@ -74,7 +77,7 @@ std::unique_ptr<RegistryKey> OpenBelow(HKEY parent, std::string_view path, Regis
 }
 
 std::unique_ptr<RegistryKey> Win32Key::Open(std::string_view path, RegistryAccess access) {
-  return OpenBelow(key_.Get(), path, access);
+  return OpenBelow(key_.Get(), path, Rights(access));
 }
 
 std::optional<RegistryValue> Win32Key::QueryValue(std::string_view name) {
@@ -112,9 +115,11 @@ std::optional<std::string> Win32Key::SubKeyAt(uint32_t index) {
   return Narrow({name_.data(), length});
 }
 
+// Windows counts a NUL that happens to stand behind a text in memory to the text; so none does.
 void Win32Key::SetValue(std::string_view name, const RegistryValue& value) {
+  const std::string bytes = value.bytes + "\xFF\xFF";
   Check(RegSetValueExW(key_.Get(), Wide(name).c_str(), 0, value.type,
-                       reinterpret_cast<const BYTE*>(value.bytes.data()),
+                       reinterpret_cast<const BYTE*>(bytes.data()),
                        static_cast<DWORD>(value.bytes.size())),
         "write");
 }
@@ -131,7 +136,7 @@ bool Win32Key::DeleteValue(std::string_view name) {
 bool Win32Key::DeleteSubKey(std::string_view path) {
   const std::string_view plain = WithoutBackslash(path);
   if (plain.empty()) throw WindowsError(ERROR_ACCESS_DENIED, "remove", path_);
-  const auto child = Open(plain, RegistryAccess::kRead);
+  const auto child = OpenBelow(key_.Get(), plain, KEY_READ | DELETE);
   if (!child) return false;
   if (child->SubKeyAt(0)) throw WindowsError(ERROR_DIR_NOT_EMPTY, "remove", plain);
   const LSTATUS status = RegDeleteKeyW(key_.Get(), Wide(plain).c_str());
@@ -144,7 +149,7 @@ bool Win32Key::DeleteSubKey(std::string_view path) {
 
 std::unique_ptr<RegistryKey> Win32Registry::Open(RegistryRoot root, std::string_view path,
                                                  RegistryAccess access) {
-  return OpenBelow(Predefined(root), path, access);
+  return OpenBelow(Predefined(root), path, Rights(access));
 }
 
 }  // namespace quellix
