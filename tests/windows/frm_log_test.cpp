@@ -35,6 +35,18 @@ const std::string kExpectedLog =
     "\r\n"
     "Files Deleted:  3   Space Gained:  1.50 KB";
 
+// The text box inside a window, however deep, that holds a text.
+HWND FindEdit(HWND window, std::wstring_view text) {
+  HWND child = nullptr;
+  while ((child = FindWindowExW(window, child, nullptr, nullptr)) != nullptr) {
+    wchar_t window_class[20] = {};
+    GetClassNameW(child, window_class, 20);
+    if (window_class == std::wstring_view(L"Edit") && TextOf(child) == text) return child;
+    if (const HWND found = FindEdit(child, text)) return found;
+  }
+  return nullptr;
+}
+
 class FrmLogTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -96,10 +108,7 @@ TEST_F(FrmLogTest, SavesTheText) {
   const HWND dialog = window.AwaitWindow(L"Save As");
   ASSERT_TRUE(dialog);
   HWND name = nullptr;
-  EXPECT_TRUE(Await([&] {
-    name = FindWindowExW(dialog, nullptr, L"Edit", nullptr);
-    return name && TextOf(name) == L"cleanup";
-  }));
+  ASSERT_TRUE(Await([&] { return (name = FindEdit(dialog, L"cleanup")) != nullptr; }));
   const std::wstring path = folder / L"\u00fcber";
   SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
   PostMessageW(dialog, WM_COMMAND, IDOK, 0);
