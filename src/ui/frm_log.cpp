@@ -13,7 +13,7 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {{L"Category", 120}, {L"Result", 86}};
+constexpr Column kColumns[] = {{L"Category", 124}, {L"Result", 96}};
 constexpr int kTick = 0, kCross = 1;
 constexpr int kIcons[] = {icoTick, icoCross};
 

@@ -14,24 +14,23 @@
 namespace quellix {
 namespace {
 
-// The groups in three columns, each a third of the window's growth; the lower two share the growth
-// in height.
+// The groups in three columns, each of which takes a third of the window's growth.
 struct GroupPlace {
   Group group;
   int heading;
-  double column, down;
+  int column;
 };
 constexpr GroupPlace kGroups[] = {
-    {Group::kFolderFiles, lblFolderFiles, 0, 0},
-    {Group::kMiscellaneous, lblMiscellaneous, 1, 0},
-    {Group::kInternet, lblInternet, 1, 0.5},
-    {Group::kFirefox, lblFirefox, 2, 0},
+    {Group::kFolderFiles, lblFolderFiles, 0},
+    {Group::kMiscellaneous, lblMiscellaneous, 1},
+    {Group::kInternet, lblInternet, 1},
+    {Group::kFirefox, lblFirefox, 2},
 };
 
 constexpr Anchor kAnchors[] = {
-    {lblTip, 2 / 3.0, 0.5, 1, 0.5}, {txtTip, 2 / 3.0, 0.5, 1, 1}, {Check3, 0, 0.5, 1 / 3.0, 0.5},
-    {lblStatus, 0, 1, 1, 1},        {pgClean, 0, 1, 1, 1},        {lblCleanCaption, 0, 1, 0, 1},
-    {lblCleanDate, 0, 1, 1, 1},     {cmdClean, 1, 1, 1, 1},       {cmdStop, 1, 1, 1, 1},
+    {lblTip, 2 / 3.0, 0, 1, 0}, {txtTip, 2 / 3.0, 0, 1, 1},    {lblStatus, 0, 1, 1, 1},
+    {pgClean, 0, 1, 1, 1},      {lblCleanCaption, 0, 1, 0, 1}, {lblCleanDate, 0, 1, 1, 1},
+    {cmdClean, 1, 1, 1, 1},     {cmdStop, 1, 1, 1, 1},
 };
 
 constexpr int kFooterControls[] = {lblStatus, lblCleanCaption, lblCleanDate,
@@ -73,7 +72,7 @@ void FrmMain::OnInit() {
 void FrmMain::AddAnchors() {
   std::vector<Anchor> anchors(std::begin(kAnchors), std::end(kAnchors));
   const auto add = [&](int control, const GroupPlace& place) {
-    anchors.push_back({control, place.column / 3, place.down, (place.column + 1) / 3, place.down});
+    anchors.push_back({control, place.column / 3.0, 0, (place.column + 1) / 3.0, 0});
   };
   for (const GroupPlace& place : kGroups) add(place.heading, place);
   for (const Item& item : AllItems()) add(BoxOf(item), PlaceOf(item.group));

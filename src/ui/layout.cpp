@@ -60,7 +60,7 @@ void Layout::Apply(int dpi) const {
     const int right = ToPixels(place.right + place.anchor.right * wider, dpi);
     const int bottom = ToPixels(place.bottom + place.anchor.bottom * higher, dpi);
     moves = DeferWindowPos(moves, place.control, nullptr, left, top, right - left, bottom - top,
-                           SWP_NOZORDER | SWP_NOACTIVATE);
+                           SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
   }
   EndDeferWindowPos(moves);
 }

@@ -1,0 +1,79 @@
+#include "cli/console_fixture.h"
+
+namespace quellix {
+namespace {
+
+const std::string kLine(67, '-');
+
+TEST_F(ConsoleTest, ItemsAreListedByKey) {
+  const ProgramResult result = RunQuellixctl({"items"});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 30);
+  for (const Item& item : AllItems()) {
+    EXPECT_NE(result.output.find(std::string("\n") + item.key + " ") != std::string::npos,
+              item.run_order == 1)
+        << item.key;
+  }
+  EXPECT_NE(result.output.find("Downloaded ActiveX & OCX\n"), std::string::npos);
+}
+
+TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
+  struct Row {
+    std::vector<std::string> arguments;
+    const char* told;
+  };
+  std::vector<std::string> unknown = {"clean", "--item", "CleanEverything"};
+  const std::vector<std::string> where = MachineArguments(*machine);
+  unknown.insert(unknown.end(), where.begin(), where.end());
+  StoreMachine(*machine);
+  const Row rows[] = {{{}, "subcommand is required"},
+                      {{"polish"}, "not expected"},
+                      {{"clean"}, "required"},
+                      {{"clean", "--item", "CleanTempFiles", "--method", "burn"}, "burn"},
+                      {unknown, "there is no item \"CleanEverything\""}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.told);
+    const ProgramResult result = RunQuellixctl(row.arguments);
+    EXPECT_EQ(result.exit_code, 2);
+    EXPECT_NE(result.output.find(row.told), std::string::npos) << result.output;
+  }
+  EXPECT_EQ(RunQuellixctl({"--help"}).exit_code, 0);
+}
+
+TEST_F(ConsoleTest, ACleanRunPrintsItsLogAndRemoves) {
+  engine.RunOneItem(*FindItem("CleanTempFiles"));
+  machine->MakeFile(temp + "sub\\\xC3\xA9t\xC3\xA9.tmp", "12345");
+  machine->RemoveRegistryTree(kUser, kRunMruKey);
+  machine->SetText(kUser, kRunMruKey, "a", "cmd");
+  machine->SetText(kUser, kTypedUrlsKey, "url1", "http://example.org/");
+  for (const bool again : {false, true}) {
+    const ProgramResult result = Clean({"--item", "CleanRunMRU", "chkTemp"});
+    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_EQ(result.output,
+              std::string("Temporary files... Files Deleted: ") +
+                  (again ? "0 Space Gained: 0" : "1 Space Gained: 5") +
+                  " Bytes\nWindows run history... Files Deleted: " + (again ? "0" : "1") + "\n\n" +
+                  kLine + "\nFiles Deleted:  " +
+                  (again ? "0   Space Gained:  0" : "1   Space Gained:  5") + " Bytes\n");
+  }
+  EXPECT_TRUE(machine->Tree(temp).empty());
+  EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
+  EXPECT_EQ(machine->ValueNames(kUser, kTypedUrlsKey).size(), 1u);
+}
+
+TEST_F(ConsoleTest, FilesThatStayAreSaidByTheExitCode) {
+  machine->MakeFile(temp + "locked.tmp", "1");
+  {
+    const auto lock = machine->LockFile(temp + "locked.tmp");
+    const ProgramResult result = Clean({"--item", "CleanTempFiles", "--method", "wipe"});
+    EXPECT_EQ(result.exit_code, 3);
+    EXPECT_NE(result.output.find("Some files were not deleted because they were locked"),
+              std::string::npos);
+  }
+  EXPECT_EQ(Clean({"--item", "CleanTempFiles", "--method", "recycle"}).exit_code, 0);
+  StoreMachine(*machine);
+  EXPECT_GE(ports.shell.QueryRecycleBin().items, 1u);
+}
+
+}  // namespace
+}  // namespace quellix

@@ -1,0 +1,204 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+#include <vector>
+
+#include "quellix_window.h"
+#include "ui/resource.h"
+
+namespace quellix::test {
+namespace {
+
+// The 1st to 30th value of chkItems.txt that are set; the rest are not.
+std::string CheckStates(const std::set<int>& set) {
+  std::string line;
+  for (int place = 1; place <= 30; ++place) {
+    line += (place > 1 ? "," : "") + std::string(set.contains(place) ? "1" : "0");
+  }
+  return line + "\r\n";
+}
+
+class FrmMainTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ResetSandbox(); }
+
+  static int CountChecked(const QuellixWindow& window, int first, int last) {
+    int count = 0;
+    for (int box = first; box <= last; ++box) count += window.IsChecked(box);
+    return count;
+  }
+  static void SeedCheckStates(const std::set<int>& set) {
+    WriteBytes(ProgramFolder() / "chkItems.txt", CheckStates(set));
+  }
+  // Wiping byte by byte keeps a run busy until it is stopped.
+  static void SeedEndlessRun() {
+    SeedCheckStates({22});
+    WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nDelMethod=W\r\n");
+    WriteBytes(TempFolder() / "large.tmp", std::string(4 << 20, 'x'));
+  }
+  static bool AwaitRun(const QuellixWindow& window) {
+    return Await(
+        [&] { return window.IsEnabled(cmdStop) && IsWindowVisible(window.Control(imgCurrent)); });
+  }
+};
+
+TEST_F(FrmMainTest, HeadingChecksItsGroupThenClearsIt) {
+  const struct {
+    const char* name;
+    int heading, first, last;   // boxes that belong to the heading
+    std::set<int> all_but_one;  // places in chkItems.txt
+  } kGroups[] = {
+      {"Folders and Files", lblFolderFiles, chkRecycleBin, chkTemp, {1, 2, 3, 4, 6, 7, 10, 11, 12}},
+      {"Miscellaneous", lblMiscellaneous, chkPlugins, chkFindHistory, {5, 19, 20, 21, 23}},
+      {"Internet Explorer", lblInternet, chkCache, chkActiveX, {13, 14, 15, 16, 17}},
+      {"Firefox", lblFirefox, chkCleanMozillaCache, chkCleanMozillaDownloads, {25, 26, 27, 28, 29}},
+  };
+  std::set<int> seeds;
+  for (const auto& group : kGroups)
+    seeds.insert(group.all_but_one.begin(), group.all_but_one.end());
+  SeedCheckStates(seeds);
+  const QuellixWindow window;
+  for (const auto& group : kGroups) {
+    SCOPED_TRACE(group.name);
+    const int boxes = group.last - group.first + 1;
+    ASSERT_EQ(CountChecked(window, group.first, group.last), boxes - 1);
+    window.Click(group.heading);
+    EXPECT_EQ(CountChecked(window, group.first, group.last), boxes);
+    window.Click(group.heading);
+    EXPECT_EQ(CountChecked(window, group.first, group.last), 0);
+    for (const WPARAM key : {VK_RETURN, VK_SPACE}) {
+      const int expected = key == VK_RETURN ? boxes : 0;
+      window.PressKey(window.Control(group.heading), key);
+      EXPECT_TRUE(Await([&] { return CountChecked(window, group.first, group.last) == expected; }));
+    }
+  }
+  EXPECT_EQ(CountChecked(window, chkEmptyFiles, chkDeadShortcut), 0);
+  EXPECT_FALSE(window.HasWindow(L"Cleaning log"));
+}
+
+TEST_F(FrmMainTest, SelectAllSetsEveryBoxThatCanBeClicked) {
+  const QuellixWindow window;
+  for (const bool checked : {true, false}) {
+    window.Click(Check3);
+    EXPECT_EQ(window.IsChecked(Check3), checked);
+    for (int box = chkRecycleBin; box <= chkCleanMozillaDownloads; ++box) {
+      EXPECT_EQ(window.IsChecked(box), checked && window.IsEnabled(box))
+          << TextOf(window.Control(box));
+    }
+  }
+}
+
+TEST_F(FrmMainTest, EveryControlIsLabelledAndReachedByTab) {
+  const QuellixWindow window;
+  EXPECT_EQ(TextOf(window.Control(chkTemp)), L"Temporary files");
+  EXPECT_EQ(TextOf(window.Control(chkActiveX)), L"Downloaded ActiveX && OCX");
+  std::map<wchar_t, std::wstring> mnemonics{
+      {L'f', L"File"}, {L'p', L"Plugins"}, {L't', L"Tools"}, {L'h', L"Help"}};
+  std::set<HWND> reached;
+  for (HWND at = window.Control(cmdClean); reached.insert(at).second;) {
+    at = GetNextDlgTabItem(window.main(), at, FALSE);
+  }
+  for (HWND control = GetWindow(window.main(), GW_CHILD); control;
+       control = GetWindow(control, GW_HWNDNEXT)) {
+    const std::wstring text = TextOf(control);
+    SCOPED_TRACE(::testing::PrintToString(text));
+    const bool tabs = (GetWindowLongW(control, GWL_STYLE) & WS_TABSTOP) != 0;
+    const bool takes_focus = tabs && IsWindowEnabled(control) && IsWindowVisible(control);
+    EXPECT_TRUE(!takes_focus || reached.contains(control));
+    EXPECT_TRUE(GetDlgCtrlID(control) > Check3 || !text.empty());
+    const size_t ampersand = text.find(L'&');
+    if (ampersand == text.npos || text[ampersand + 1] == L'&') continue;
+    const wchar_t letter = static_cast<wchar_t>(towlower(text[ampersand + 1]));
+    EXPECT_TRUE(mnemonics.try_emplace(letter, text).second) << "clashes with another";
+  }
+}
+
+TEST_F(FrmMainTest, OneItemMenuCleansAnUncheckedItem) {
+  const QuellixWindow window;
+  for (const bool by_keyboard : {false, true}) {
+    SCOPED_TRACE(by_keyboard ? "keyboard" : "mouse");
+    WriteBytes(TempFolder() / "a.tmp", "12345");
+    if (by_keyboard) {
+      PostMessageW(window.main(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window.Control(chkTemp)),
+                   -1);
+    } else {
+      PostMessageW(window.Control(chkTemp), WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(5, 5));
+      PostMessageW(window.Control(chkTemp), WM_RBUTTONUP, 0, MAKELPARAM(5, 5));
+    }
+    ASSERT_TRUE(window.AwaitMenu());
+    window.PressKey(window.main(), VK_DOWN);
+    window.PressKey(window.main(), VK_RETURN);
+    EXPECT_TRUE(window.AwaitWindow(L"Cleaning log"));
+    EXPECT_TRUE(std::filesystem::is_empty(TempFolder()));
+    EXPECT_FALSE(window.IsChecked(chkTemp));
+  }
+}
+
+TEST_F(FrmMainTest, NothingButStopActsDuringARun) {
+  SeedEndlessRun();
+  const QuellixWindow window;
+  window.Press(cmdClean);
+  ASSERT_TRUE(AwaitRun(window));
+  EXPECT_FALSE(window.IsEnabled(cmdClean));
+  EXPECT_TRUE(IsWindowVisible(window.Control(pgClean)));
+  RECT picture, box;
+  GetWindowRect(window.Control(imgCurrent), &picture);
+  GetWindowRect(window.Control(chkTemp), &box);
+  EXPECT_TRUE(picture.right <= box.left && picture.top < box.bottom && picture.bottom > box.top);
+  for (const int id : {chkTemp, chkRunMRU, Check3, lblMiscellaneous}) window.Click(id);
+  EXPECT_EQ(CountChecked(window, chkRecycleBin, chkCleanMozillaDownloads), 1);
+  EXPECT_TRUE(window.RightClick(chkRunMRU));
+
+  window.PressKey(window.Control(cmdStop), VK_ESCAPE);
+  EXPECT_TRUE(Await([&] { return window.IsEnabled(cmdClean) && !window.IsEnabled(cmdStop); }));
+  EXPECT_EQ(TextOf(window.Control(lblStatus)), L"Aborted by user");
+  EXPECT_FALSE(IsWindowVisible(window.Control(imgCurrent)));
+  EXPECT_FALSE(IsWindowVisible(window.Control(pgClean)));
+  EXPECT_TRUE(std::filesystem::exists(TempFolder() / "large.tmp"));
+  EXPECT_FALSE(window.HasWindow(L"Cleaning log"));
+}
+
+TEST_F(FrmMainTest, ClosingDuringARunStopsItFirst) {
+  SeedEndlessRun();
+  const QuellixWindow window;
+  window.Press(cmdClean);
+  ASSERT_TRUE(AwaitRun(window));
+  EXPECT_TRUE(window.Close());
+  EXPECT_TRUE(std::filesystem::exists(TempFolder() / "large.tmp"));
+  EXPECT_EQ(ReadBytes(ProgramFolder() / "chkItems.txt"), CheckStates({22}));
+}
+
+TEST_F(FrmMainTest, ClosingStoresTheBoxes) {
+  {
+    const QuellixWindow window;
+    window.Click(chkRecycleBin);
+    window.Click(chkTemp);
+    EXPECT_TRUE(window.Close());
+  }
+  EXPECT_EQ(ReadBytes(ProgramFolder() / "chkItems.txt"), CheckStates({1, 22}));
+  const QuellixWindow again;
+  EXPECT_TRUE(again.IsChecked(chkRecycleBin) && again.IsChecked(chkTemp));
+  EXPECT_EQ(CountChecked(again, chkRecycleBin, chkCleanMozillaDownloads), 2);
+}
+
+TEST_F(FrmMainTest, BoxesThatCannotBeStoredAreToldOnce) {
+  SeedCheckStates({22});
+  const QuellixWindow window;
+  window.Click(chkRecycleBin);
+  const std::wstring path = ProgramFolder() / "chkItems.txt";
+  const HANDLE lock =
+      CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+  ASSERT_NE(lock, INVALID_HANDLE_VALUE);
+  PostMessageW(window.main(), WM_CLOSE, 0, 0);
+  const HWND message = window.AwaitWindow(L"Quellix");
+  ASSERT_TRUE(message);
+  EXPECT_NE(TextOf(GetDlgItem(message, 0xFFFF)).find(L"could not be saved"), std::wstring::npos);
+  PostMessageW(message, WM_COMMAND, IDOK, 0);
+  EXPECT_TRUE(window.AwaitEnd());
+  CloseHandle(lock);
+  EXPECT_EQ(ReadBytes(path), CheckStates({22}));
+}
+
+}  // namespace
+}  // namespace quellix::test

@@ -1,0 +1,177 @@
+#include "quellix_window.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace quellix::test {
+namespace {
+
+constexpr wchar_t kDialogClass[] = L"#32770";
+constexpr wchar_t kMenuClass[] = L"#32768";
+
+// These tests empty folders of the user who runs them, so they start only where that user is made
+// up: in a prefix that says so and from which no drive leads out.
+class SandboxGuard : public ::testing::Environment {
+ public:
+  void SetUp() override {
+    wchar_t value[4] = {};
+    GetEnvironmentVariableW(L"QUELLIX_SANDBOX", value, 4);
+    const bool marked = std::wstring_view(value) == L"1" &&
+                        GetFileAttributesW(L"C:\\quellix-sandbox") != INVALID_FILE_ATTRIBUTES;
+    if (marked && GetDriveTypeW(L"Z:\\") == DRIVE_NO_ROOT_DIR) return;
+    std::fputs("window_tests runs in the sandbox only\n", stderr);
+    std::_Exit(2);
+  }
+};
+const auto* const kGuard = ::testing::AddGlobalTestEnvironment(new SandboxGuard);
+
+struct Search {
+  DWORD process;
+  std::wstring_view title, window_class;
+  HWND found;
+};
+
+BOOL CALLBACK Compare(HWND window, LPARAM parameter) {
+  Search& search = *reinterpret_cast<Search*>(parameter);
+  DWORD process = 0;
+  GetWindowThreadProcessId(window, &process);
+  if (process != search.process || !IsWindowVisible(window)) return TRUE;
+  wchar_t text[100] = {};
+  GetClassNameW(window, text, 100);
+  if (search.window_class != text) return TRUE;
+  if (!search.title.empty() && search.title != TextOf(window)) return TRUE;
+  search.found = window;
+  return FALSE;
+}
+
+}  // namespace
+
+std::filesystem::path ProgramFolder() { return L"C:\\Program Files\\Quellix"; }
+
+std::filesystem::path TempFolder() {
+  wchar_t path[MAX_PATH + 1] = {};
+  GetTempPathW(MAX_PATH + 1, path);
+  return path;
+}
+
+void ResetSandbox() {
+  for (const char* name : {"Settings.ini", "chkItems.txt"}) {
+    std::filesystem::remove(ProgramFolder() / name);
+  }
+  for (const auto& entry : std::filesystem::directory_iterator(TempFolder())) {
+    std::filesystem::remove_all(entry.path());
+  }
+}
+
+void WriteBytes(const std::filesystem::path& path, std::string_view bytes) {
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream file(path, std::ios::binary);
+  file << bytes;
+  if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
+}
+
+std::string ReadBytes(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool Await(const std::function<bool()>& condition) {
+  for (int i = 0; i < 1500; ++i) {
+    if (condition()) return true;
+    Sleep(20);
+  }
+  return false;
+}
+
+QuellixWindow::QuellixWindow() {
+  const std::wstring program = ProgramFolder() / L"quellix.exe";
+  STARTUPINFOW start{};
+  start.cb = sizeof(start);
+  if (!CreateProcessW(program.c_str(), nullptr, nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                      &start, &process_)) {
+    throw std::runtime_error("quellix.exe does not start");
+  }
+  main_ = AwaitWindow(L"Quellix");
+}
+
+QuellixWindow::~QuellixWindow() {
+  TerminateProcess(process_.hProcess, 1);
+  WaitForSingleObject(process_.hProcess, INFINITE);
+  CloseHandle(process_.hThread);
+  CloseHandle(process_.hProcess);
+}
+
+HWND QuellixWindow::Find(std::wstring_view title, std::wstring_view window_class) const {
+  Search search{process_.dwProcessId, title, window_class.empty() ? kDialogClass : window_class,
+                nullptr};
+  EnumWindows(Compare, reinterpret_cast<LPARAM>(&search));
+  return search.found == main_ && main_ != nullptr ? nullptr : search.found;
+}
+
+HWND QuellixWindow::AwaitWindow(std::wstring_view title) const {
+  HWND window = nullptr;
+  Await([&] { return (window = Find(title, {})) != nullptr; });
+  return window;
+}
+
+bool QuellixWindow::AwaitMenu() const {
+  return Await([&] { return Find({}, kMenuClass) != nullptr; });
+}
+
+bool QuellixWindow::AwaitEnd() const {
+  return WaitForSingleObject(process_.hProcess, 30000) == WAIT_OBJECT_0;
+}
+
+bool QuellixWindow::Close() const {
+  PostMessageW(main_, WM_CLOSE, 0, 0);
+  return AwaitEnd();
+}
+
+bool QuellixWindow::IsChecked(int id) const {
+  return SendMessageW(Control(id), BM_GETCHECK, 0, 0) == BST_CHECKED;
+}
+
+void QuellixWindow::PressKey(HWND control, WPARAM key) const {
+  PostMessageW(control, WM_KEYDOWN, key, 1);
+  PostMessageW(control, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
+}
+
+bool QuellixWindow::RightClick(int id) const {
+  DWORD_PTR result;
+  const LPARAM middle = MAKELPARAM(5, 5);
+  SendMessageW(Control(id), WM_RBUTTONDOWN, MK_RBUTTON, middle);
+  return SendMessageTimeoutW(Control(id), WM_RBUTTONUP, 0, middle, SMTO_NORMAL, 2000, &result) != 0;
+}
+
+std::wstring TextOf(HWND control) {
+  std::wstring text(static_cast<size_t>(SendMessageW(control, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');
+  const LRESULT length =
+      SendMessageW(control, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
+  text.resize(static_cast<size_t>(length));
+  return text;
+}
+
+// A list view reads the question and writes the answer in its own process.
+std::wstring QuellixWindow::RowText(HWND list, int row, int column) const {
+  constexpr size_t kSize = 4096;
+  const HANDLE process = process_.hProcess;
+  char* const there = static_cast<char*>(
+      VirtualAllocEx(process, nullptr, kSize, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
+  LVITEMW item{};
+  item.iSubItem = column;
+  item.pszText = reinterpret_cast<wchar_t*>(there + sizeof(item));
+  item.cchTextMax = 200;
+  wchar_t text[200] = {};
+  WriteProcessMemory(process, there, &item, sizeof(item), nullptr);
+  SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(there));
+  ReadProcessMemory(process, there + sizeof(item), text, sizeof(text), nullptr);
+  VirtualFreeEx(process, there, 0, MEM_RELEASE);
+  return text;
+}
+
+}  // namespace quellix::test

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "ui/windows_api.h"
+
+namespace quellix::test {
+
+// The sandbox's files, by what they are. Reset puts them back to a first start.
+std::filesystem::path ProgramFolder();
+std::filesystem::path TempFolder();
+void ResetSandbox();
+void WriteBytes(const std::filesystem::path& path, std::string_view bytes);
+std::string ReadBytes(const std::filesystem::path& path);
+
+// Waits until the condition holds; false when it never does.
+bool Await(const std::function<bool()>& condition);
+
+// One running quellix.exe, driven from outside through its controls. Ends with the object.
+class QuellixWindow {
+ public:
+  // Starts the program and waits for its main window.
+  QuellixWindow();
+  ~QuellixWindow();
+  QuellixWindow(const QuellixWindow&) = delete;
+  QuellixWindow& operator=(const QuellixWindow&) = delete;
+
+  HWND main() const { return main_; }
+  // A visible window of the program, by title or class; null when it does not appear.
+  HWND AwaitWindow(std::wstring_view title) const;
+  bool HasWindow(std::wstring_view title) const { return Find(title, {}) != nullptr; }
+  bool AwaitMenu() const;
+  bool AwaitEnd() const;
+  // Asks the main window to close and waits for the program's end.
+  bool Close() const;
+
+  HWND Control(int id) const { return GetDlgItem(main_, id); }
+  bool IsChecked(int id) const;
+  bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
+  // Clicks a control and returns when its effect is there.
+  void Click(int id) const { SendMessageW(Control(id), BM_CLICK, 0, 0); }
+  // Clicks a control that starts something longer.
+  void Press(int id) const { PostMessageW(Control(id), BM_CLICK, 0, 0); }
+  void PressKey(HWND control, WPARAM key) const;
+  // The right button over a control; false when the program does not answer, as with an open menu.
+  bool RightClick(int id) const;
+  std::wstring RowText(HWND list, int row, int column) const;
+
+ private:
+  HWND Find(std::wstring_view title, std::wstring_view window_class) const;
+
+  PROCESS_INFORMATION process_{};
+  HWND main_ = nullptr;
+};
+
+std::wstring TextOf(HWND control);
+
+}  // namespace quellix::test
