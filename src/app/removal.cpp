@@ -157,7 +157,7 @@ void RemovePendingFiles(CleaningContext& context) {
       return;
     }
     const std::string_view path = state.PendingFiles[i];
-    const std::optional<FileInfo> info = context.machine.files.Look(path);
+    const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kKind);
     context.view.SetStatus(status.assign("Deleting file: ").append(path));
     if (RemoveFile(context, path)) {
       CountRemoved(state, info ? static_cast<double>(info->size) : 0);

@@ -17,7 +17,7 @@ struct AttributeSupport {
 
 // One entry found on a disk: its folder, its name there, and what lstat tells.
 struct Located {
-  UniqueFd folder;   // O_PATH; none when the entry was not found
+  SharedFd folder;   // O_PATH; none when the entry was not found
   std::string name;  // as spelled on the disk; "." is the folder itself
   struct stat status = {};
 };
@@ -43,6 +43,9 @@ class VolumeDrive {
   // Where a missing entry would be created: `name` as asked. With an existing entry as Locate.
   std::optional<Located> LocateNew(std::string_view folder, std::string_view name, bool& exists);
 
+  // Lets go of the folder held open when it is `folder` or lies below; "" means any.
+  void LetGo(std::string_view folder);
+
   AttributeSupport& attribute_support() { return support_; }
 
  private:
@@ -51,6 +54,13 @@ class VolumeDrive {
     std::string asked, spelled;
   };
 
+  // The folder looked into last.
+  struct Held {
+    std::string folder;
+    SharedFd fd;
+  };
+
+  SharedFd Hold(std::string_view folder);
   UniqueFd Walk(std::string_view spelled, int flags) const;
   UniqueFd Step(int from, const std::string& spelled, int flags) const;
   std::optional<std::string> Search(const std::string& asked);
@@ -58,6 +68,7 @@ class VolumeDrive {
   UniqueFd root_;
   bool has_openat2_ = true;
   Known known_;
+  Held held_;
   AttributeSupport support_;
 };
 
