@@ -143,29 +143,13 @@ UniqueFd VolumeDrive::OpenFolder(std::string_view folder, int flags) {
   return Walk(*spelled, flags);
 }
 
-SharedFd VolumeDrive::Hold(std::string_view folder) {
-  if (!held_.fd || held_.folder != folder) {
-    held_.fd = OpenFolder(folder, O_PATH);
-    held_.folder = folder;
-  }
-  return held_.fd;
-}
-
-void VolumeDrive::LetGo(std::string_view folder) {
-  const bool below = held_.folder.size() >= folder.size() &&
-                     EqualsNoCase(std::string_view(held_.folder).substr(0, folder.size()), folder);
-  if (below) held_.fd = SharedFd();
-}
-
-std::optional<Located> VolumeDrive::LocateNew(std::string_view folder, std::string_view name,
-                                              bool& exists) {
+std::optional<Located> VolumeDrive::LookIn(SharedFd folder, std::string_view name, bool& exists) {
+  Located result{std::move(folder), name.empty() ? "." : std::string(name), {}};
+  if (!result.folder) return std::nullopt;
   if (!name.empty() && !IsUsableName(name)) {
     errno = ENOENT;
     return std::nullopt;
   }
-  const bool was_held = held_.fd && held_.folder == folder;
-  Located result{Hold(folder), name.empty() ? "." : std::string(name), {}};
-  if (!result.folder) return std::nullopt;
   const auto look = [&result] {
     return fstatat(result.folder.get(), result.name.c_str(), &result.status,
                    AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) == 0;
@@ -173,14 +157,27 @@ std::optional<Located> VolumeDrive::LocateNew(std::string_view folder, std::stri
   exists = look();
   if (exists) return result;
   if (errno != ENOENT) return std::nullopt;
-  if (was_held) {  // another folder may stand there by now
-    LetGo("");
-    return LocateNew(folder, name, exists);
-  }
   if (const auto found = FindName(result.folder.get(), name)) {
     result.name = *found;
     exists = look();
   }
+  return result;
+}
+
+std::optional<Located> VolumeDrive::LocateNew(std::string_view folder, std::string_view name,
+                                              bool& exists) {
+  held_ = {};
+  return LookIn(OpenFolder(folder, O_PATH), name, exists);
+}
+
+std::optional<Located> VolumeDrive::LocateNext(std::string_view folder, std::string_view name) {
+  if (held_.fd && held_.folder == folder) {
+    bool exists = false;
+    std::optional<Located> result = LookIn(held_.fd, name, exists);
+    if (result && exists) return result;
+  }
+  std::optional<Located> result = Locate(folder, name);
+  if (result) held_ = {std::string(folder), result->folder};
   return result;
 }
 

@@ -39,12 +39,11 @@ class VolumeDrive {
 
   // The entry itself, a link not followed.
   std::optional<Located> Locate(std::string_view folder, std::string_view name);
+  // The same for a removal: in the folder of the one before, when nothing else came between.
+  std::optional<Located> LocateNext(std::string_view folder, std::string_view name);
 
   // Where a missing entry would be created: `name` as asked. With an existing entry as Locate.
   std::optional<Located> LocateNew(std::string_view folder, std::string_view name, bool& exists);
-
-  // Lets go of the folder held open when it is `folder` or lies below; "" means any.
-  void LetGo(std::string_view folder);
 
   AttributeSupport& attribute_support() { return support_; }
 
@@ -54,13 +53,13 @@ class VolumeDrive {
     std::string asked, spelled;
   };
 
-  // The folder looked into last.
+  // The folder that removals work in.
   struct Held {
     std::string folder;
     SharedFd fd;
   };
 
-  SharedFd Hold(std::string_view folder);
+  std::optional<Located> LookIn(SharedFd folder, std::string_view name, bool& exists);
   UniqueFd Walk(std::string_view spelled, int flags) const;
   UniqueFd Step(int from, const std::string& spelled, int flags) const;
   std::optional<std::string> Search(const std::string& asked);

@@ -60,7 +60,9 @@ Located VolumeFileSystem::NeedNew(std::string_view path, bool& exists) {
 
 std::optional<FileInfo> VolumeFileSystem::Look(std::string_view path, Detail detail) {
   const auto parts = Parse(path);
-  const auto entry = parts ? parts->drive->Locate(parts->folder, parts->name) : std::nullopt;
+  if (!parts) return std::nullopt;
+  const auto entry = detail == Detail::kKind ? parts->drive->LocateNext(parts->folder, parts->name)
+                                             : parts->drive->Locate(parts->folder, parts->name);
   if (!entry) return std::nullopt;
   return MakeInfo(*entry, parts->drive->attribute_support(), detail);
 }
@@ -72,22 +74,18 @@ void VolumeFileSystem::SetAttributes(std::string_view path, uint32_t attributes)
 }
 
 void VolumeFileSystem::RemoveFile(std::string_view path) {
-  const Located entry = Need(path);
+  const auto parts = Parse(path);
+  const auto found = parts ? parts->drive->LocateNext(parts->folder, parts->name) : std::nullopt;
+  if (!found) ThrowErrno(errno, path);
+  const Located& entry = *found;
   const bool is_link = S_ISLNK(entry.status.st_mode);
-  if (is_link && LeadsToFolder(entry, Parse(path)->drive->attribute_support())) {
+  if (is_link && LeadsToFolder(entry, parts->drive->attribute_support())) {
     ThrowErrno(EISDIR, path);
   }
   if (unlinkat(entry.folder.get(), entry.name.c_str(), 0) != 0) ThrowErrno(errno, path);
 }
 
-void VolumeFileSystem::LetGo(std::string_view path) {
-  if (const auto parts = Parse(path)) {
-    parts->drive->LetGo(std::string(parts->folder).append(parts->name));
-  }
-}
-
 void VolumeFileSystem::RemoveFolder(std::string_view path) {
-  LetGo(path);
   const Located entry = Need(path);
   const bool is_link = S_ISLNK(entry.status.st_mode);
   if (is_link && !LeadsToFolder(entry, Parse(path)->drive->attribute_support())) {
@@ -98,7 +96,6 @@ void VolumeFileSystem::RemoveFolder(std::string_view path) {
 }
 
 void VolumeFileSystem::Rename(std::string_view from, std::string_view to) {
-  LetGo(from);
   const Located source = Need(from);
   bool exists = false;
   const Located target = NeedNew(to, exists);

@@ -63,8 +63,6 @@ class VolumeFileSystem : public FileSystem {
 
   std::optional<Parts> Parse(std::string_view path);
   std::optional<Located> Find(std::string_view path);
-  // Before a folder goes or moves, so that no look-up ends in it.
-  void LetGo(std::string_view path);
   Located Need(std::string_view path);
   Located NeedNew(std::string_view path, bool& exists);
 
