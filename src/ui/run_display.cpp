@@ -28,7 +28,7 @@ void RunDisplay::Attach(HWND window, ShowItem show_item) {
 
 std::optional<RunReport> RunDisplay::TakeReport() { return std::exchange(report_, std::nullopt); }
 
-// The tick count moves only every 10 to 16 ms and costs next to nothing to read.
+// Called for every file: the tick count costs next to nothing to read.
 void RunDisplay::Yield() {
   const ULONGLONG now = GetTickCount64();
   if (now - pumped_at_ < kMillisecondsPerPump) return;
