@@ -18,8 +18,8 @@ constexpr std::string_view kCurrentVersion = "SOFTWARE\\Microsoft\\Windows NT\\C
 constexpr std::string_view kMachineEnvironment =
     "SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment";
 constexpr std::string_view kCodePages = "SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage";
-// A variable that names itself, however far round, ends here.
-constexpr int kDeepestExpansion = 8;
+// Variables that name themselves, however far round or often, end here.
+constexpr int kDeepest = 8, kMost = 256;
 
 struct IconvCloser {
   void operator()(void* handle) const { iconv_close(handle); }
@@ -70,20 +70,25 @@ std::string VolumeSystem::LocalFolder(std::string_view now, std::string_view bef
 
 std::string VolumeSystem::TempFolder() {
   for (const char* name : {"TMP", "TEMP"}) {
-    const auto folder = Variable(name, 0);
+    const auto folder = Environment(name);
     if (folder && !folder->empty()) return WithBackslash(*folder);
   }
   return WithBackslash(LocalFolder("\\AppData\\Local\\Temp", "\\Local Settings\\Temp"));
 }
 
 std::optional<std::string> VolumeSystem::Environment(std::string_view name) {
-  return Variable(name, 0);
+  Expansion expansion;
+  return Variable(name, expansion);
 }
 
-std::optional<std::string> VolumeSystem::Variable(std::string_view name, int depth) {
+std::optional<std::string> VolumeSystem::Variable(std::string_view name, Expansion& expansion) {
   const auto value = RawVariable(name);
   if (!value) return std::nullopt;
-  return Expand(*value, depth);
+  ++expansion.depth;
+  ++expansion.count;
+  std::string expanded = Expand(*value, expansion);
+  --expansion.depth;
+  return expanded;
 }
 
 // A user's own variable comes before the machine's, but those Windows sets itself cannot be
@@ -123,18 +128,20 @@ std::optional<std::string> VolumeSystem::WellKnownVariable(std::string_view name
   return std::nullopt;
 }
 
-std::string VolumeSystem::Expand(std::string_view text, int depth) {
+std::string VolumeSystem::Expand(std::string_view text, Expansion& expansion) {
   std::string result;
-  while (!text.empty()) {
+  for (;;) {
     const size_t start = text.find('%');
     const size_t end = start == text.npos ? text.npos : text.find('%', start + 1);
-    if (end == text.npos || depth >= kDeepestExpansion) return result + std::string(text);
+    if (end == text.npos || expansion.depth >= kDeepest || expansion.count >= kMost) {
+      return result + std::string(text);
+    }
     result += text.substr(0, start);
-    const auto value = Variable(text.substr(start + 1, end - start - 1), depth + 1);
-    result += value ? *value : std::string(text.substr(start, end - start + 1));
-    text.remove_prefix(end + 1);
+    const auto value = Variable(text.substr(start + 1, end - start - 1), expansion);
+    // What is no variable stays, and its second sign may begin one.
+    result += value ? *value : std::string(text.substr(start, end - start));
+    text.remove_prefix(value ? end + 1 : end);
   }
-  return result;
 }
 
 WindowsVersion VolumeSystem::Version() {

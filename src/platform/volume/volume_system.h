@@ -29,10 +29,15 @@ class VolumeSystem : public System {
   std::string FromAnsi(std::string_view bytes) override;
 
  private:
-  std::optional<std::string> Variable(std::string_view name, int depth);
+  // How far one look-up of a variable has gone.
+  struct Expansion {
+    int depth = 0, count = 0;
+  };
+
+  std::optional<std::string> Variable(std::string_view name, Expansion& expansion);
   std::optional<std::string> RawVariable(std::string_view name);
   std::optional<std::string> WellKnownVariable(std::string_view name);
-  std::string Expand(std::string_view text, int depth);
+  std::string Expand(std::string_view text, Expansion& expansion);
   std::string LocalFolder(std::string_view now, std::string_view before_vista);
   const std::string& AnsiCodePage();
 

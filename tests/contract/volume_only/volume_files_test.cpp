@@ -1,0 +1,218 @@
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "contract/error_kind.h"
+#include "support/hive_file.h"
+#include "support/volume_seed.h"
+
+namespace quellix {
+namespace {
+
+namespace fs = std::filesystem;
+
+class VolumeFiles : public testing::Test {
+ protected:
+  void Put(const std::string& name, const std::string& bytes = "x") {
+    fs::create_directories(fs::path(Native(name)).parent_path());
+    WriteNative(Native(name), bytes);
+  }
+  std::string Native(const std::string& name) const { return folder_.path() + "/" + name; }
+  std::vector<std::string> Names(std::string_view folder) {
+    std::vector<std::string> names;
+    files_.Enumerate(folder, Detail::kKind, [&names](const Entry& entry) {
+      names.emplace_back(entry.name);
+      return true;
+    });
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  uint32_t Attributes(std::string_view path) { return files_.Look(path).value().attributes; }
+
+  TemporaryFolder folder_;
+  VolumeFileSystem files_{{{'C', folder_.path()}}};
+};
+
+TEST_F(VolumeFiles, NamesThatDifferInCaseAloneStayDistinct) {
+  Put("Temp/a.txt", "lower");
+  Put("Temp/A.TXT", "upper");
+  Put("temp/b.txt", "other folder");
+  EXPECT_EQ(files_.ReadWholeFile("C:\\Temp\\a.txt"), "lower");
+  EXPECT_EQ(files_.ReadWholeFile("C:\\Temp\\A.TXT"), "upper");
+  EXPECT_EQ(files_.ReadWholeFile("C:\\temp\\b.txt"), "other folder");
+  EXPECT_FALSE(files_.Look("C:\\Temp\\b.txt"));
+  files_.RemoveFile("C:\\Temp\\A.TXT");
+  EXPECT_EQ(files_.ReadWholeFile("C:\\Temp\\a.txt"), "lower");
+}
+
+TEST_F(VolumeFiles, AFolderFoundInAnotherCaseIsNotTakenForItsSuccessor) {
+  Put("Temp/Sub/a.txt", "old");
+  EXPECT_EQ(files_.ReadWholeFile("C:\\TEMP\\SUB\\a.txt"), "old");
+  fs::rename(Native("Temp"), Native("elsewhere"));
+  EXPECT_FALSE(files_.Look("C:\\TEMP\\SUB\\a.txt"));
+  Put("temP/suB/a.txt", "new");
+  EXPECT_EQ(files_.ReadWholeFile("C:\\TEMP\\SUB\\a.txt"), "new");
+  EXPECT_EQ(files_.ReadWholeFile("C:\\Elsewhere\\SUB\\A.TXT"), "old");
+}
+
+TEST_F(VolumeFiles, NamesWindowsCannotHaveAreNeverTakenForOthers) {
+  Put("Temp/a\\b", "odd");
+  Put("Temp/a/b", "even");
+  Put("Temp/what?", "");
+  Put("Temp/a:b", "");
+  EXPECT_EQ(Names("C:\\Temp"), std::vector<std::string>{"a"});
+  EXPECT_EQ(files_.ReadWholeFile("C:\\Temp\\a\\b"), "even");
+  EXPECT_TRUE(KindOf([this] { files_.WriteWholeFile("C:\\Temp\\new?", ""); }));
+}
+
+TEST_F(VolumeFiles, PathsCannotClimbOut) {
+  Put("inside/a.txt");
+  const std::string own = fs::path(folder_.path()).filename().string();
+  const std::string kPaths[] = {"C:\\inside\\..\\inside\\a.txt",
+                                "C:\\inside\\.\\a.txt",
+                                "C:\\..\\" + own + "\\inside",
+                                "C:\\..",
+                                "C:\\inside/a.txt",
+                                "C:inside\\a.txt",
+                                std::string("C:\\inside\\a.txt\0x", 17)};
+  for (const std::string& path : kPaths) {
+    SCOPED_TRACE(path);
+    EXPECT_FALSE(files_.Look(path));
+    EXPECT_TRUE(KindOf([&] { files_.RemoveFile(path); }));
+    EXPECT_TRUE(KindOf([&] { files_.WriteWholeFile(path, ""); }));
+  }
+  EXPECT_EQ(Names("C:\\inside"), std::vector<std::string>{"a.txt"});
+  EXPECT_TRUE(files_.Look("c:\\inside\\\\a.txt")) << "a doubled separator is one, as on Windows";
+}
+
+TEST_F(VolumeFiles, ALinkOnTheWayIsNotFollowed) {
+  TemporaryFolder outside;
+  WriteNative(outside.path() + "/a.txt", "kept");
+  fs::create_directory_symlink(outside.path(), Native("link"));
+  fs::create_symlink(outside.path() + "/a.txt", Native("file"));
+  fs::create_symlink("nowhere", Native("dangling"));
+  EXPECT_FALSE(files_.Look("C:\\link\\a.txt"));
+  EXPECT_FALSE(files_.Look("C:\\LINK\\a.txt")) << "nor when it is searched for";
+  EXPECT_EQ(KindOf([this] { files_.RemoveFile("C:\\link\\a.txt"); }), Error::Kind::kDenied);
+  EXPECT_EQ(KindOf([this] { files_.ReadWholeFile("C:\\file"); }), Error::Kind::kDenied);
+  EXPECT_EQ(KindOf([this] { files_.WriteWholeFile("C:\\link\\b", ""); }), Error::Kind::kDenied);
+  files_.RemoveFile("C:\\dangling");
+  files_.SetAttributes("C:\\file", kReadOnly);
+  files_.WriteWholeFile("C:\\file", "takes the link's place");
+  EXPECT_EQ(ReadNative(outside.path() + "/a.txt"), "kept");
+  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(Native("file"))));
+}
+
+TEST_F(VolumeFiles, PipesAreRemovedButNeverOpened) {
+  ASSERT_EQ(mkfifo(Native("pipe").c_str(), 0600), 0);
+  EXPECT_TRUE(KindOf([this] { files_.ReadWholeFile("C:\\pipe"); }));
+  EXPECT_TRUE(KindOf([this] { files_.OpenForWrite("C:\\pipe"); }));
+  files_.RemoveFile("C:\\pipe");
+  EXPECT_TRUE(Names("C:\\").empty());
+}
+
+TEST_F(VolumeFiles, AttributesComeFromWhereTheyAreKept) {
+  Put("file");
+  const std::string file = Native("file");
+  const auto set = [&file](const std::string& bytes) {
+    return setxattr(file.c_str(), "user.DOSATTRIB", bytes.data(), bytes.size(), 0) == 0;
+  };
+  const auto get = [&file] {
+    char buffer[64];
+    const ssize_t size = getxattr(file.c_str(), "user.DOSATTRIB", buffer, sizeof buffer);
+    return size < 0 ? "(none)" : std::string(buffer, static_cast<size_t>(size));
+  };
+  if (!set("0x22")) GTEST_SKIP() << "the disk of the temporary folder has no extended attributes";
+  std::string binary(20, '\0');
+  binary[2] = binary[4] = 3;
+  binary[12] = 0x27;
+  const struct {
+    const char* row;
+    std::string stored;
+    uint32_t attributes;
+  } kRows[] = {{"text", "0x22", kArchive | kHidden},
+               {"text with its NUL", std::string("0x6\0", 4), kHidden | kSystem},
+               {"binary", binary, kArchive | kSystem | kHidden | kReadOnly},
+               {"neither", "nonsense", 0},
+               {"empty", "", 0},
+               {"short binary", binary.substr(0, 13), 0}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.row);
+    ASSERT_TRUE(set(row.stored));
+    EXPECT_EQ(Attributes("C:\\file"), row.attributes);
+  }
+  ASSERT_TRUE(set(binary));
+  files_.SetAttributes("C:\\file", kHidden);
+  binary[8] = 1;
+  binary[12] = kHidden;
+  EXPECT_EQ(get(), binary) << "the form that is there is kept";
+  ASSERT_TRUE(set("0x823"));
+  files_.SetAttributes("C:\\file", kNormal);
+  EXPECT_EQ(get(), "0x800") << "bits nobody can set are kept";
+  EXPECT_EQ(removexattr(file.c_str(), "user.DOSATTRIB"), 0);
+  files_.SetAttributes("C:\\file", kReadOnly);
+  EXPECT_EQ(get(), "(none)") << "read-only needs none";
+  EXPECT_EQ(fs::status(file).permissions() & fs::perms::owner_write, fs::perms::none);
+  EXPECT_EQ(Attributes("C:\\file"), uint32_t{kReadOnly});
+  files_.SetAttributes("C:\\file", kReadOnly | kHidden);
+  EXPECT_EQ(get(), "0x3");
+}
+
+TEST_F(VolumeFiles, ReplacingAFileKeepsItsModeAndAttributes) {
+  Put("file", "old");
+  ASSERT_EQ(chmod(Native("file").c_str(), 0640), 0);
+  files_.SetAttributes("C:\\file", kHidden);
+  const uint32_t before = Attributes("C:\\file");
+  files_.WriteWholeFile("C:\\FILE", "new");
+  EXPECT_EQ(ReadNative(Native("file")), "new");
+  EXPECT_EQ(Attributes("C:\\file"), before);
+  EXPECT_EQ(static_cast<int>(fs::status(Native("file")).permissions()), 0640);
+}
+
+// A disk of 64 KB, where the system lets us have one.
+class FullDisk : public VolumeFiles {
+ protected:
+  void SetUp() override {
+    fs::create_directory(Native("disk"));
+    mounted_ = mount("quellix", Native("disk").c_str(), "tmpfs", 0, "size=64k") == 0;
+    if (!mounted_) GTEST_SKIP() << "only root can mount a small disk";
+  }
+  void TearDown() override {
+    if (mounted_) umount(Native("disk").c_str());
+  }
+
+ private:
+  bool mounted_ = false;
+};
+
+TEST_F(FullDisk, TheOldFileStays) {
+  files_.WriteWholeFile("C:\\disk\\Settings.ini", "old");
+  const std::string large(100 << 10, 'x');
+  EXPECT_EQ(KindOf([&] { files_.WriteWholeFile("C:\\disk\\Settings.ini", large); }),
+            Error::Kind::kFull);
+  EXPECT_EQ(files_.ReadWholeFile("C:\\disk\\Settings.ini"), "old");
+  EXPECT_EQ(Names("C:\\disk"), std::vector<std::string>{"Settings.ini"});
+}
+
+TEST_F(FullDisk, TheOldHiveStays) {
+  Put("disk/HIVE", EmptyHive());
+  HivePaths paths;
+  paths.user = "C:\\disk\\HIVE";
+  {
+    VolumeRegistry registry(files_, paths);
+    registry.CreateKey(RegistryRoot::kCurrentUser, "Key");
+    const auto key = registry.Open(RegistryRoot::kCurrentUser, "Key", RegistryAccess::kWrite);
+    key->SetValue("large", {kRegBinary, std::string(90 << 10, 'x')});
+    EXPECT_EQ(KindOf([&] { key->Flush(); }), Error::Kind::kFull);
+  }
+  EXPECT_EQ(ReadNative(Native("disk/HIVE")), EmptyHive());
+  EXPECT_EQ(Names("C:\\disk"), std::vector<std::string>{"HIVE"});
+}
+
+}  // namespace
+}  // namespace quellix

@@ -1,0 +1,201 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "contract/error_kind.h"
+#include "platform/text.h"
+#include "support/hive_file.h"
+#include "support/volume_seed.h"
+
+namespace quellix {
+namespace {
+
+constexpr auto kUser = RegistryRoot::kCurrentUser;
+constexpr auto kMachine = RegistryRoot::kLocalMachine;
+constexpr auto kClasses = RegistryRoot::kClassesRoot;
+constexpr auto kRead = RegistryAccess::kRead;
+constexpr auto kWrite = RegistryAccess::kWrite;
+
+class VolumeHives : public testing::Test {
+ protected:
+  std::string Text(RegistryRoot root, std::string_view key, std::string_view name) {
+    return ReadText(registry_, root, key, name).value_or("(missing)");
+  }
+  std::vector<std::string> SubKeys(RegistryRoot root, std::string_view key) {
+    std::vector<std::string> names;
+    const auto open = registry_.Open(root, key, kRead);
+    for (uint32_t i = 0; open; ++i) {
+      const auto name = open->SubKeyAt(i);
+      if (!name) break;
+      names.push_back(*name);
+    }
+    return names;
+  }
+
+  std::unique_ptr<VolumeTestMachine> test_ = VolumeTestMachine::CreateVolume();
+  Registry& registry_ = test_->machine().registry;
+  const std::string profile_ = std::string("C:\\Users\\") + kTesterName + "\\";
+  const std::string user_hive_ = test_->Native(profile_ + "NTUSER.DAT");
+};
+
+TEST_F(VolumeHives, ChangesAreInTheFileAfterFlush) {
+  test_->SetText(kUser, "Software\\A", "v", "1");
+  test_->SetText(kUser, "Software\\A", "Größe", "2");
+  test_->CloseHives();
+  const auto key = registry_.Open(kUser, "Software\\A", kWrite);
+  EXPECT_TRUE(key->DeleteValue("V"));
+  const std::string before = ReadNative(user_hive_);
+  key->Flush();
+  const std::string after = ReadNative(user_hive_);
+  EXPECT_NE(before, after);
+  key->Flush();
+  EXPECT_EQ(ReadNative(user_hive_), after) << "nothing changed, nothing is written";
+  VolumeMachine other(test_->options());
+  const auto stored = other.machine().registry.Open(kUser, "Software\\A", kRead);
+  EXPECT_FALSE(stored->QueryValue("v"));
+  EXPECT_TRUE(stored->QueryValue("größe"));
+}
+
+TEST_F(VolumeHives, AHiveWindowsDidNotCloseIsOnlyRead) {
+  test_->SetText(kUser, "Software\\A", "v", "1");
+  test_->CloseHives();
+  const unsigned sequence = HiveSequence(user_hive_);
+  const struct {
+    const char* row;
+    const char* log;
+    unsigned log_sequence;
+    bool differ, writable;
+  } kRows[] = {{"clean", nullptr, 0, false, true},
+               {"sequence numbers differ", nullptr, 0, true, false},
+               {"old log entry", ".LOG1", sequence - 1, false, true},
+               {"pending entry", ".LOG1", sequence, false, false},
+               {"pending entry in the second log", ".LOG2", sequence + 3, false, false},
+               {"pending entry in the log alone", ".LOG", sequence, false, false}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.row);
+    if (row.log) WriteNative(user_hive_ + row.log, HiveLog(row.log_sequence));
+    if (row.differ) SetHiveDirty(user_hive_, true);
+    const std::string before = ReadNative(user_hive_);
+    EXPECT_EQ(Text(kUser, "Software\\A", "v"), "1");
+    try {
+      EXPECT_TRUE(registry_.Open(kUser, "Software\\A", kWrite));
+      EXPECT_TRUE(row.writable);
+    } catch (const Error& error) {
+      EXPECT_FALSE(row.writable);
+      EXPECT_EQ(error.kind(), Error::Kind::kDenied);
+      const std::string what = error.what();
+      EXPECT_NE(what.find("not shut down cleanly"), std::string::npos) << what;
+      EXPECT_NE(what.find("NTUSER.DAT"), std::string::npos) << what;
+    }
+    test_->CloseHives();
+    EXPECT_EQ(ReadNative(user_hive_), before);
+    if (row.differ) SetHiveDirty(user_hive_, false);
+    if (row.log) std::filesystem::remove(user_hive_ + row.log);
+  }
+}
+
+TEST_F(VolumeHives, ADamagedHiveIsSaidToBe) {
+  const std::string whole = ReadNative(user_hive_);
+  std::string no_bins = whole, bad_root = whole;
+  no_bins.replace(4096, 4096, 4096, '\0');
+  bad_root.replace(4096 + 0x24, 2, "xx");
+  const std::pair<const char*, std::string> kRows[] = {{"empty", ""},
+                                                       {"text", "This is no hive."},
+                                                       {"zeroes", std::string(8192, '\0')},
+                                                       {"header alone", whole.substr(0, 4096)},
+                                                       {"no pages", no_bins},
+                                                       {"no top key", bad_root}};
+  for (const auto& [row, bytes] : kRows) {
+    SCOPED_TRACE(row);
+    test_->CloseHives();
+    WriteNative(user_hive_, bytes);
+    try {
+      registry_.Open(kUser, "Software", kRead);
+      ADD_FAILURE();
+    } catch (const Error& error) {
+      EXPECT_NE(std::string(error.what()).find("damaged"), std::string::npos) << error.what();
+    }
+    EXPECT_EQ(Text(kMachine, "SOFTWARE\\Classes\\.txt", ""), "txtfile") << "others are read";
+  }
+  test_->CloseHives();
+  WriteNative(user_hive_, whole);
+  EXPECT_TRUE(registry_.Open(kUser, "Software", kRead));
+}
+
+// Whatever is broken inside, reading and writing end with what is there or with an Error.
+TEST_F(VolumeHives, BrokenBytesInsideDoNoHarm) {
+  for (const char* key : {"A", "A\\B", "C"}) test_->SetText(kUser, key, "v", "some text");
+  test_->CloseHives();
+  const std::string whole = ReadNative(user_hive_);
+  for (size_t at = 4096; at < whole.size(); at += 61) {
+    std::string broken = whole;
+    for (size_t i = at; i < std::min(at + 7, broken.size()); ++i) {
+      broken[i] = static_cast<char>(broken[i] ^ 0x5A);
+    }
+    WriteNative(user_hive_, broken);
+    KindOf([this] {
+      SubKeys(kUser, "");
+      Text(kUser, "A\\B", "v");
+      if (const auto key = registry_.Open(kUser, "A\\B", kWrite)) key->DeleteValue("v");
+      if (const auto key = registry_.Open(kUser, "A", kWrite)) key->DeleteSubKey("B");
+    });
+    KindOf([this] { test_->CloseHives(); });
+  }
+  WriteNative(user_hive_, whole);
+}
+
+TEST_F(VolumeHives, CurrentControlSetIsTheSelectedOne) {
+  test_->SetText(kMachine, "SYSTEM\\ControlSet001\\Services\\X", "v", "one");
+  test_->SetText(kMachine, "SYSTEM\\ControlSet002\\Services\\X", "v", "two");
+  EXPECT_EQ(Text(kMachine, "System\\CurrentControlSet\\Services\\X", "v"), "one");
+  test_->SetRegistryValue(kMachine, "SYSTEM\\Select", "Current",
+                          {kRegDword, std::string("\2\0\0\0", 4)});
+  EXPECT_EQ(Text(kMachine, "SYSTEM\\currentcontrolset\\Services\\X", "v"), "two");
+  const auto services = registry_.Open(kMachine, "SYSTEM\\CurrentControlSet\\Services", kWrite);
+  EXPECT_TRUE(services->DeleteSubKey("X"));
+  EXPECT_EQ(Text(kMachine, "SYSTEM\\ControlSet002\\Services\\X", "v"), "(missing)");
+  EXPECT_EQ(Text(kMachine, "SYSTEM\\ControlSet001\\Services\\X", "v"), "one");
+}
+
+TEST_F(VolumeHives, HivesShowWhereWindowsShowsThem) {
+  const std::string sid = kTesterSid;
+  test_->SetText(kUser, "Software\\Classes\\.own", "", "of the user");
+  EXPECT_EQ(Text(RegistryRoot::kUsers, sid + "\\Software\\Classes\\.own", ""), "of the user");
+  EXPECT_EQ(Text(RegistryRoot::kUsers, sid + "_Classes\\.OWN", ""), "of the user");
+  EXPECT_EQ(SubKeys(kMachine, ""), (std::vector<std::string>{"SOFTWARE", "SYSTEM"}));
+  EXPECT_EQ(SubKeys(kUser, "Software"), (std::vector<std::string>{"Microsoft", "Classes"}));
+  EXPECT_TRUE(KindOf([&] { registry_.Open(kUser, "Software", kWrite)->DeleteSubKey("Classes"); }));
+}
+
+TEST_F(VolumeHives, ClassesRootIsTheUsersOverTheMachines) {
+  const std::string user = "Software\\Classes\\", machine = "SOFTWARE\\Classes\\";
+  test_->SetText(kMachine, machine + ".both", "", "machine");
+  test_->SetText(kMachine, machine + ".both", "only", "machine");
+  test_->SetText(kMachine, machine + ".both\\shell", "", "machine");
+  test_->SetText(kUser, user + ".BOTH", "", "user");
+  test_->SetText(kUser, user + ".user", "", "user");
+  EXPECT_EQ(Text(kClasses, ".both", ""), "user");
+  EXPECT_EQ(Text(kClasses, ".both", "ONLY"), "machine");
+  EXPECT_EQ(Text(kClasses, ".both\\shell", ""), "machine");
+  EXPECT_EQ(SubKeys(kClasses, ""), (std::vector<std::string>{".BOTH", ".user", ".txt"}));
+  EXPECT_EQ(test_->ValueNames(kClasses, ".both"), (std::vector<std::string>{"", "only"}));
+
+  registry_.Open(kClasses, ".both", kWrite)->SetValue("new", {kRegNone, ""});
+  EXPECT_EQ(test_->ValueNames(kUser, user + ".both"), (std::vector<std::string>{"", "new"}));
+  EXPECT_TRUE(registry_.Open(kClasses, ".both", kWrite)->DeleteValue("only"));
+  EXPECT_EQ(Text(kMachine, machine + ".both", "only"), "(missing)");
+  EXPECT_TRUE(registry_.Open(kClasses, "", kWrite)->DeleteSubKey(".both"));
+  EXPECT_EQ(Text(kClasses, ".both", ""), "machine") << "the machine's shows again";
+}
+
+TEST_F(VolumeHives, AHiveBehindALinkIsNotOpened) {
+  TemporaryFolder outside;
+  test_->CloseHives();
+  std::filesystem::rename(user_hive_, outside.path() + "/HIVE");
+  std::filesystem::create_symlink(outside.path() + "/HIVE", user_hive_);
+  EXPECT_EQ(KindOf([this] { registry_.Open(kUser, "Software", kRead); }), Error::Kind::kDenied);
+}
+
+}  // namespace
+}  // namespace quellix
