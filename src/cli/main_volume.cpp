@@ -35,11 +35,11 @@ std::map<char, std::string> ParseDrives(const std::vector<std::string>& drives) 
 class MountedMachine : public quellix::OpenMachine {
  public:
   explicit MountedMachine(const quellix::MachineOptions& options)
-      : mounted_({.volume = options.volume,
-                  .drives = ParseDrives(options.drives),
-                  .user = options.user,
-                  .settings =
-                      options.settings.empty() ? UsualSettingsFolder() : options.settings}) {}
+      : mounted_(
+            {.volume = options.volume,
+             .drives = ParseDrives(options.drives),
+             .user = options.user,
+             .settings = options.settings.empty() ? UsualSettingsFolder() : options.settings}) {}
   quellix::Machine machine() override { return mounted_.machine(); }
 
  private:

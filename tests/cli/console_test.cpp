@@ -27,7 +27,7 @@ TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
   unknown.insert(unknown.end(), where.begin(), where.end());
   StoreMachine(*machine);
   const Row rows[] = {{{}, "subcommand is required"},
-                      {{"polish"}, "not expected"},
+                      {{"polish"}, "subcommand is required"},
                       {{"clean"}, "required"},
                       {{"clean", "--item", "CleanTempFiles", "--method", "burn"}, "burn"},
                       {unknown, "there is no item \"CleanEverything\""}};

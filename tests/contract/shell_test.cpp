@@ -15,7 +15,9 @@ TEST(ShellContract, RecycledFilesAreCountedAndEmptied) {
 
   const std::string names[] = {"plain.txt", "no extension", "Größe Ключ.dat", "read-only.txt"};
   for (const std::string& name : names) test->MakeFile(scratch + name, "12345");
-  machine.files.SetAttributes(scratch + "read-only.txt", kReadOnly);
+  if (test->Can(Ability::kEmptyReadOnlyFiles)) {
+    machine.files.SetAttributes(scratch + "read-only.txt", kReadOnly);
+  }
   for (const std::string& name : names) {
     machine.shell.Recycle(scratch + name);
     EXPECT_FALSE(test->Exists(scratch + name)) << name;

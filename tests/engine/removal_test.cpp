@@ -185,7 +185,9 @@ TEST_F(RemovalTest, LinksAreCollectedButNeverEntered) {
     CollectFiles(context, cleaned, "*.*");
     RemovePendingFiles(context);
     RemovePendingFolders(context);
-    EXPECT_EQ(machine->Tree(cleaned), std::vector<std::string>());
+    if (machine->Can(Ability::kRemoveLinks)) {
+      EXPECT_EQ(machine->Tree(cleaned), std::vector<std::string>());
+    }
     EXPECT_EQ(ports.files.ReadWholeFile(outside + "dear.txt"), "dear") << file_link;
   }
 }

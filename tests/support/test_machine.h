@@ -9,6 +9,9 @@
 
 namespace quellix {
 
+// What every Windows and every volume does, but a system that stands in for Windows may not.
+enum class Ability { kRemoveLinks, kKeepReadOnlyFolders, kRenameCaseAlone, kEmptyReadOnlyFiles };
+
 // A real machine to test on, fresh for each test: natively a temporary volume with hives of its
 // own, under Wine the sandbox's Windows with a cleared scratch folder. Nothing here pretends. The
 // seeding functions fail the running test (throw) when they cannot do their part.
@@ -17,6 +20,9 @@ class TestMachine {
   // Under Wine ends the process when it does not run inside the sandbox.
   static std::unique_ptr<TestMachine> Create();
   virtual ~TestMachine() = default;
+
+  // What a test may ask of this machine; false only for what the system below it cannot do.
+  virtual bool Can(Ability) { return true; }
 
   // The same ports for the whole life of the object. The program folder exists and is empty.
   virtual Machine machine() = 0;

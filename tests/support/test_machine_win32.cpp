@@ -169,6 +169,10 @@ class Win32TestMachine : public TestMachine {
     if (made_links_) Clear();
   }
 
+  // Wine removes a Unix symlink's target instead of the link (the program then leaves the link
+  // alone), stores no read-only attribute of a folder, takes a new name that differs in case alone
+  // for the old one, and leaves read-only files in the bin.
+  bool Can(Ability) override { return !RunsUnderWine(); }
   Machine machine() override { return windows_.machine(); }
   std::string Scratch() override { return WithBackslash(kScratchFolder); }
 

@@ -99,7 +99,7 @@ std::optional<Stored> ReadStored(const std::string& path, AttributeSupport& supp
 int SetOwnerWrite(const Located& entry, bool writable) {
   const mode_t mode = entry.status.st_mode & 07777;
   const mode_t wanted = writable ? mode | S_IWUSR : mode & ~static_cast<mode_t>(0222);
-  if (writable == ((mode & S_IWUSR) != 0)) return 0;
+  if (writable && (mode & S_IWUSR) != 0) return 0;
   const UniqueFd fd(
       openat(entry.folder.get(), entry.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   const std::string path = "/proc/self/fd/" + std::to_string(fd.get());
@@ -134,11 +134,14 @@ int WriteAttributes(const Located& entry, uint32_t attributes, AttributeSupport&
   const std::string path = ProcPath(entry);
   const uint32_t bits = attributes & kSettable;
   const std::optional<Stored> stored = ReadStored(path, support);
+  const bool was_locked = (entry.status.st_mode & S_IWUSR) == 0;
   const bool lock = (bits & kReadOnly) != 0;
-  // A read-only file takes no extended attributes, so the right to write comes first or goes last.
-  if (const int code = lock ? 0 : SetOwnerWrite(entry, true)) return code;
-  if (const int code = StoreBits(path, stored, bits, support)) return code;
-  return lock ? SetOwnerWrite(entry, false) : 0;
+  // A read-only file takes no extended attributes, so it is writable meanwhile.
+  if (const int code = SetOwnerWrite(entry, true)) return code;
+  const int code = StoreBits(path, stored, bits, support);
+  if (code == 0) return lock ? SetOwnerWrite(entry, false) : 0;
+  if (was_locked) SetOwnerWrite(entry, false);
+  return code;
 }
 
 bool IsJunction(const Located& entry, const AttributeSupport& support) {
