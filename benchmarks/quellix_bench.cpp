@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <stdexcept>
 
 #include "app/removal.h"
@@ -51,8 +52,9 @@ void MakeTree(const fs::path& root, int folders) {
 
 class Bench {
  public:
-  explicit Bench(const fs::path& home)
-      : machine_(TestMachine::Create()),
+  Bench(const fs::path& home, SideBySide& table)
+      : table_(table),
+        machine_(TestMachine::Create()),
         ports_(machine_->machine()),
         settings_(ports_),
         backup_(ports_, state_.Backup),
@@ -64,15 +66,28 @@ class Bench {
     folder_ = machine_->Scratch() + "tree\\";
   }
 
-  int Run() {
+  void Trees() {
     MakeTree(Tree(), kFolders);
     Scan();
     PendingMemory();
-    fs::remove_all(Tree());
     Removal();
-    Wipe();
     Growth();
-    return table_.ExitCode();
+  }
+
+  void Wipe() {
+    const fs::path file = scratch_ / "large.bin";
+    state_.RemovalMode = kWipe;
+    state_.WipeStep = 65536;
+    state_.ExtraSecurity = 1;
+    table_.Compare(
+        "wipe 256 MiB, random / shred -n 1 -u", 1.0, 3,
+        [&file] { Shell("head -c 268435456 /dev/zero > '" + file.string() + "' && sync"); },
+        [this] {
+          if (!RemoveFile(context_, machine_->Scratch() + "large.bin")) {
+            throw std::runtime_error("not wiped");
+          }
+        },
+        [&file] { Shell("shred -n 1 -u '" + file.string() + "'"); });
   }
 
  private:
@@ -118,23 +133,6 @@ class Bench {
         [this] { RemoveTree(); }, [this] { Shell("rm -rf '" + Tree().string() + "'"); });
   }
 
-  void Wipe() {
-    const fs::path file = scratch_ / "large.bin";
-    state_.RemovalMode = kWipe;
-    state_.WipeStep = 65536;
-    state_.ExtraSecurity = 1;
-    table_.Compare(
-        "wipe 256 MiB, random / shred -n 1 -u", 1.0, 3,
-        [&file] { Shell("head -c 268435456 /dev/zero > '" + file.string() + "' && sync"); },
-        [this] {
-          if (!RemoveFile(context_, machine_->Scratch() + "large.bin")) {
-            throw std::runtime_error("not wiped");
-          }
-        },
-        [&file] { Shell("shred -n 1 -u '" + file.string() + "'"); });
-    state_.RemovalMode = kDelete;
-  }
-
   double SecondsAFile(int folders) {
     fs::remove_all(Tree());
     MakeTree(Tree(), folders);
@@ -147,7 +145,7 @@ class Bench {
     table_.Report("us a file of 200,000 / of 20,000 (linear: 1)", large, small, "u", 1.5);
   }
 
-  SideBySide table_;
+  SideBySide& table_;
   std::unique_ptr<TestMachine> machine_;
   Machine ports_;
   Settings settings_;
@@ -160,20 +158,32 @@ class Bench {
 };
 
 }  // namespace
+
+// Runs with a test machine in an empty folder, which is removed afterwards.
+void InFolder(const char* name, const std::function<void(const std::filesystem::path&)>& run) {
+  const fs::path home = fs::absolute(name);
+  fs::remove_all(home);
+  fs::create_directories(home);
+  setenv("TMPDIR", home.c_str(), 1);
+  run(home);
+  fs::remove_all(home);
+}
+
 }  // namespace quellix
 
-// The folder named is the benchmark's own and is emptied.
+// Both folders are the benchmark's own and are emptied: one for trees of many files, best in
+// memory, where the programs are measured rather than the disk; one on a disk, for what is written
+// to it.
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: quellix_bench FOLDER\n");
+  if (argc != 3) {
+    std::fprintf(stderr, "usage: quellix_bench TREES DISK\n");
     return 2;
   }
   try {
-    const std::filesystem::path home = std::filesystem::absolute(argv[1]);
-    std::filesystem::remove_all(home);
-    std::filesystem::create_directories(home);
-    setenv("TMPDIR", home.c_str(), 1);
-    return quellix::Bench(home).Run();
+    quellix::SideBySide table;
+    quellix::InFolder(argv[1], [&](const auto& home) { quellix::Bench(home, table).Trees(); });
+    quellix::InFolder(argv[2], [&](const auto& home) { quellix::Bench(home, table).Wipe(); });
+    return table.ExitCode();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quellix_bench: %s\n", error.what());
     return 1;

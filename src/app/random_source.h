@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <random>
 #include <span>
 
 namespace quellix {
@@ -17,8 +16,12 @@ class RandomSource {
   void FillWithPercents(std::span<char> bytes);
 
  private:
-  std::mt19937_64 engine_;
-  std::array<char, 65536> percent_of_;
+  static constexpr size_t kLanes = 16;
+
+  void Step();
+
+  // Independent xorshift generators side by side, so that a compiler can step them at once.
+  std::array<uint32_t, kLanes> lanes_;
 };
 
 }  // namespace quellix

@@ -179,7 +179,7 @@ void RemovePendingFiles(CleaningContext& context) {
   for (size_t i = 0; i < state.PendingFiles.size(); ++i) {
     if (StoppedAtPause(context)) return Abandon(context);
     const std::string_view path = state.PendingFiles[i];
-    const std::optional<FileInfo> info = context.machine.files.Look(path);
+    const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kKind);
     const uint64_t bytes = info ? info->size : 0;
     context.view.SetStatus(status.assign("Deleting file: ").append(path));
     if (state.RemovalMode != kBackUp) {

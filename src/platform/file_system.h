@@ -90,7 +90,8 @@ class FileSystem {
 
   // The entry itself, a link not followed; nothing when it is missing or unreachable. A trailing
   // "\" is accepted for folders.
-  virtual std::optional<FileInfo> Look(std::string_view path) = 0;
+  // With Detail::kKind attributes and last_write are not asked for.
+  virtual std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) = 0;
 
   // Sets the FileAttribute bits (kNormal clears them all). May be silently kept where the medium
   // has no such attribute.

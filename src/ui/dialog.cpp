@@ -19,11 +19,11 @@ BOOL CALLBACK SetChildFont(HWND child, LPARAM font) {
   return TRUE;
 }
 
-void SetWindowIcon(HWND window, WPARAM kind, int width_metric, int height_metric) {
-  const HANDLE icon =
-      LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(icoQuellix), IMAGE_ICON,
-                 GetSystemMetrics(width_metric), GetSystemMetrics(height_metric), LR_SHARED);
-  SendMessageW(window, WM_SETICON, kind, reinterpret_cast<LPARAM>(icon));
+UniqueIcon SetWindowIcon(HWND window, WPARAM kind, int width_metric, int height_metric) {
+  UniqueIcon icon =
+      LoadProgramIcon(icoQuellix, GetSystemMetrics(width_metric), GetSystemMetrics(height_metric));
+  SendMessageW(window, WM_SETICON, kind, reinterpret_cast<LPARAM>(icon.Get()));
+  return icon;
 }
 
 }  // namespace
@@ -64,8 +64,8 @@ INT_PTR Dialog::Init(HWND window) {
   window_ = window;
   dpi_ = DpiOf(window);
   LayOutByOurselves(window);
-  SetWindowIcon(window, ICON_BIG, SM_CXICON, SM_CYICON);
-  SetWindowIcon(window, ICON_SMALL, SM_CXSMICON, SM_CYSMICON);
+  icon_ = SetWindowIcon(window, ICON_BIG, SM_CXICON, SM_CYICON);
+  small_icon_ = SetWindowIcon(window, ICON_SMALL, SM_CXSMICON, SM_CYSMICON);
   layout_.Start(window, dpi_);
   OnInit();
   OnResolution();

@@ -61,6 +61,7 @@ class Dialog {
   HWND window_ = nullptr;
   int dpi_ = 96;
   Layout layout_;
+  UniqueIcon icon_, small_icon_;
   UniqueFont font_;  // none while the template's font fits
 };
 

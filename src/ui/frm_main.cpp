@@ -10,6 +10,7 @@
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
+#include "version.h"
 
 namespace quellix {
 namespace {
@@ -112,20 +113,21 @@ void FrmMain::RefreshBoxes() {
 
 void FrmMain::OnSized() {
   tips_.Move();
-  if (running_) display_.Flush();
+  PlaceCurrentItem(current_item_);
   InvalidateRect(window(), nullptr, TRUE);
 }
 
 void FrmMain::OnResolution() {
   const int side = Scale(16, dpi());
-  const HANDLE icon = LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(icoCurrent),
-                                 IMAGE_ICON, side, side, LR_SHARED);
-  SendDlgItemMessageW(window(), imgCurrent, STM_SETICON, reinterpret_cast<WPARAM>(icon), 0);
+  UniqueIcon picture = LoadProgramIcon(icoCurrent, side, side);
+  SendDlgItemMessageW(window(), imgCurrent, STM_SETICON, reinterpret_cast<WPARAM>(picture.Get()),
+                      0);
+  picture_ = std::move(picture);
 }
 
 void FrmMain::OnCommand(int id, int code) {
   if (id == cmdStop || (id == IDCANCEL && running_)) return engine_.StopCleaning();
-  if (running_ || (code != BN_CLICKED && code != BN_DOUBLECLICKED && code != 1)) return;
+  if (running_ || (code != BN_CLICKED && code != BN_DOUBLECLICKED)) return;
   if (Toggle(id)) return RefreshBoxes();
   switch (id) {
     case cmdClean:
@@ -200,6 +202,7 @@ void FrmMain::ShowOneItemMenu(const Item& item, HWND box, POINT screen) {
 
 // The picture stands 10 dialog units to the left of the box.
 void FrmMain::PlaceCurrentItem(const Item* item) {
+  current_item_ = item;
   const HWND picture = Control(imgCurrent);
   if (!item) {
     ShowWindow(picture, SW_HIDE);
@@ -239,7 +242,8 @@ std::string FrmMain::SaveCheckStates() const {
 }
 
 void FrmMain::ShowAbout() const {
-  MessageBoxW(window(), L"Quellix 0.1\n\nCleans up disks and the traces of use on Windows.",
+  MessageBoxW(window(),
+              Wide("Quellix " QUELLIX_VERSION "\n\nCleans disks and the traces of use.").c_str(),
               L"About Quellix", MB_OK | MB_ICONINFORMATION);
 }
 

@@ -53,6 +53,8 @@ class FrmMain : public Dialog {
   Machine machine_;
   FrmLog log_;
   ToolTips tips_;
+  UniqueIcon picture_;  // beside the current item
+  const Item* current_item_ = nullptr;
   bool running_ = false;
   bool close_after_run_ = false;
 };

@@ -6,7 +6,16 @@
 namespace quellix {
 
 using UniqueFont = Unique<NullHandleTraits<HFONT, DeleteObject>>;
+using UniqueIcon = Unique<NullHandleTraits<HICON, DestroyIcon>>;
 using UniqueImages = Unique<NullHandleTraits<HIMAGELIST, ImageList_Destroy>>;
 using UniqueMenu = Unique<NullHandleTraits<HMENU, DestroyMenu>>;
+
+// An icon of the program in a size of its own. Not shared: Windows hands a shared icon out again in
+// whatever size it was loaded first.
+inline UniqueIcon LoadProgramIcon(int id, int width, int height) {
+  const HANDLE icon = LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id), IMAGE_ICON, width,
+                                 height, LR_DEFAULTCOLOR);
+  return UniqueIcon(static_cast<HICON>(icon));
+}
 
 }  // namespace quellix

@@ -25,9 +25,7 @@ void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span
   UniqueImages images(
       ImageList_Create(side, side, ILC_COLOR32 | ILC_MASK, static_cast<int>(icons.size()), 0));
   for (const int id : icons) {
-    const HANDLE icon = LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id), IMAGE_ICON,
-                                   side, side, LR_SHARED);
-    ImageList_AddIcon(images.Get(), static_cast<HICON>(icon));
+    ImageList_AddIcon(images.Get(), LoadProgramIcon(id, side, side).Get());
   }
   ListView_SetImageList(list_, images.Get(), LVSIL_SMALL);
   images_ = std::move(images);

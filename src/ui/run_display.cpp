@@ -86,8 +86,8 @@ void RunDisplay::FlushProgress() {
 // The focus moves along: a disabled button would swallow the keyboard.
 void RunDisplay::FlushCommands() {
   const HWND clean = GetDlgItem(window_, cmdClean), stop = GetDlgItem(window_, cmdStop);
-  EnableWindow(clean, TRUE);
-  EnableWindow(stop, TRUE);
+  if (commands_.clean) EnableWindow(clean, TRUE);
+  if (commands_.stop) EnableWindow(stop, TRUE);
   const HWND dead = commands_.clean ? stop : clean;
   if (GetFocus() == dead) {
     SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(commands_.clean ? clean : stop),
@@ -95,13 +95,17 @@ void RunDisplay::FlushCommands() {
   }
   EnableWindow(clean, commands_.clean);
   EnableWindow(stop, commands_.stop);
-  const UINT state = commands_.menus ? MF_ENABLED : MF_GRAYED;
-  // The Plugins and Tools menus hold nothing that works yet and stay unavailable.
+  if (commands_.menus != shown_commands_.menus) EnableMenus(commands_.menus);
+  shown_commands_ = commands_;
+}
+
+// The Plugins and Tools menus hold nothing that works yet and stay unavailable.
+void RunDisplay::EnableMenus(bool enable) const {
   for (const int menu : {mnuFile, mnuHelp}) {
-    EnableMenuItem(GetMenu(window_), static_cast<UINT>(menu - mnuFile), MF_BYPOSITION | state);
+    EnableMenuItem(GetMenu(window_), static_cast<UINT>(menu - mnuFile),
+                   MF_BYPOSITION | (enable ? MF_ENABLED : MF_GRAYED));
   }
   DrawMenuBar(window_);
-  shown_commands_ = commands_;
 }
 
 }  // namespace quellix

@@ -35,6 +35,7 @@ class RunDisplay : public RunView {
   void FlushText(int control, const std::string& text, std::string& shown) const;
   void FlushProgress();
   void FlushCommands();
+  void EnableMenus(bool enable) const;
   void PumpMessages() const;
 
   HWND window_ = nullptr;

@@ -129,8 +129,8 @@ TEST_F(FrmMainTest, OneItemMenuCleansAnUncheckedItem) {
     ASSERT_TRUE(window.AwaitMenu());
     window.PressKey(window.main(), VK_DOWN);
     window.PressKey(window.main(), VK_RETURN);
-    EXPECT_TRUE(window.AwaitWindow(L"Cleaning log"));
-    EXPECT_TRUE(std::filesystem::is_empty(TempFolder()));
+    EXPECT_TRUE(Await([] { return std::filesystem::is_empty(TempFolder()); }));
+    SendMessageW(window.AwaitWindow(L"Cleaning log"), WM_CLOSE, 0, 0);
     EXPECT_FALSE(window.IsChecked(chkTemp));
   }
 }

@@ -124,7 +124,9 @@ bool QuellixWindow::AwaitMenu() const {
 }
 
 bool QuellixWindow::AwaitEnd() const {
-  return WaitForSingleObject(process_.hProcess, 30000) == WAIT_OBJECT_0;
+  DWORD code = 1;
+  WaitForSingleObject(process_.hProcess, 30000);
+  return GetExitCodeProcess(process_.hProcess, &code) && code == 0;
 }
 
 bool QuellixWindow::Close() const {

@@ -33,7 +33,7 @@ class QuellixWindow {
   HWND AwaitWindow(std::wstring_view title) const;
   bool HasWindow(std::wstring_view title) const { return Find(title, {}) != nullptr; }
   bool AwaitMenu() const;
-  bool AwaitEnd() const;
+  bool AwaitEnd() const;  // false when it ends with an error
   // Asks the main window to close and waits for the program's end.
   bool Close() const;
 

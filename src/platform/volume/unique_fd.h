@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <memory>
 #include <utility>
 
 namespace quellix {
@@ -24,6 +25,21 @@ class UniqueFd {
 
  private:
   int fd_;
+};
+
+// A descriptor with several owners, closed by the last.
+class SharedFd {
+ public:
+  SharedFd() = default;
+  SharedFd(UniqueFd fd) {  // NOLINT(google-explicit-constructor): one owner may become several
+    if (fd) fd_ = std::make_shared<const UniqueFd>(std::move(fd));
+  }
+
+  int get() const { return fd_ ? fd_->get() : -1; }
+  explicit operator bool() const { return fd_ != nullptr; }
+
+ private:
+  std::shared_ptr<const UniqueFd> fd_;
 };
 
 }  // namespace quellix

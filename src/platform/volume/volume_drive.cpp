@@ -143,9 +143,8 @@ UniqueFd VolumeDrive::OpenFolder(std::string_view folder, int flags) {
   return Walk(*spelled, flags);
 }
 
-std::optional<Located> VolumeDrive::LocateNew(std::string_view folder, std::string_view name,
-                                              bool& exists) {
-  Located result{OpenFolder(folder, O_PATH), name.empty() ? "." : std::string(name), {}};
+std::optional<Located> VolumeDrive::LookIn(SharedFd folder, std::string_view name, bool& exists) {
+  Located result{std::move(folder), name.empty() ? "." : std::string(name), {}};
   if (!result.folder) return std::nullopt;
   if (!name.empty() && !IsUsableName(name)) {
     errno = ENOENT;
@@ -162,6 +161,23 @@ std::optional<Located> VolumeDrive::LocateNew(std::string_view folder, std::stri
     result.name = *found;
     exists = look();
   }
+  return result;
+}
+
+std::optional<Located> VolumeDrive::LocateNew(std::string_view folder, std::string_view name,
+                                              bool& exists) {
+  held_ = {};
+  return LookIn(OpenFolder(folder, O_PATH), name, exists);
+}
+
+std::optional<Located> VolumeDrive::LocateNext(std::string_view folder, std::string_view name) {
+  if (held_.fd && held_.folder == folder) {
+    bool exists = false;
+    std::optional<Located> result = LookIn(held_.fd, name, exists);
+    if (result && exists) return result;
+  }
+  std::optional<Located> result = Locate(folder, name);
+  if (result) held_ = {std::string(folder), result->folder};
   return result;
 }
 

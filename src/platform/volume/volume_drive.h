@@ -17,7 +17,7 @@ struct AttributeSupport {
 
 // One entry found on a disk: its folder, its name there, and what lstat tells.
 struct Located {
-  UniqueFd folder;   // O_PATH; none when the entry was not found
+  SharedFd folder;   // O_PATH; none when the entry was not found
   std::string name;  // as spelled on the disk; "." is the folder itself
   struct stat status = {};
 };
@@ -39,6 +39,8 @@ class VolumeDrive {
 
   // The entry itself, a link not followed.
   std::optional<Located> Locate(std::string_view folder, std::string_view name);
+  // The same for a removal: in the folder of the one before, when nothing else came between.
+  std::optional<Located> LocateNext(std::string_view folder, std::string_view name);
 
   // Where a missing entry would be created: `name` as asked. With an existing entry as Locate.
   std::optional<Located> LocateNew(std::string_view folder, std::string_view name, bool& exists);
@@ -51,6 +53,13 @@ class VolumeDrive {
     std::string asked, spelled;
   };
 
+  // The folder that removals work in.
+  struct Held {
+    std::string folder;
+    SharedFd fd;
+  };
+
+  std::optional<Located> LookIn(SharedFd folder, std::string_view name, bool& exists);
   UniqueFd Walk(std::string_view spelled, int flags) const;
   UniqueFd Step(int from, const std::string& spelled, int flags) const;
   std::optional<std::string> Search(const std::string& asked);
@@ -58,6 +67,7 @@ class VolumeDrive {
   UniqueFd root_;
   bool has_openat2_ = true;
   Known known_;
+  Held held_;
   AttributeSupport support_;
 };
 

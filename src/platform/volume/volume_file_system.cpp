@@ -58,11 +58,13 @@ Located VolumeFileSystem::NeedNew(std::string_view path, bool& exists) {
   return std::move(*entry);
 }
 
-std::optional<FileInfo> VolumeFileSystem::Look(std::string_view path) {
+std::optional<FileInfo> VolumeFileSystem::Look(std::string_view path, Detail detail) {
   const auto parts = Parse(path);
-  const auto entry = parts ? parts->drive->Locate(parts->folder, parts->name) : std::nullopt;
+  if (!parts) return std::nullopt;
+  const auto entry = detail == Detail::kKind ? parts->drive->LocateNext(parts->folder, parts->name)
+                                             : parts->drive->Locate(parts->folder, parts->name);
   if (!entry) return std::nullopt;
-  return MakeInfo(*entry, parts->drive->attribute_support(), Detail::kFull);
+  return MakeInfo(*entry, parts->drive->attribute_support(), detail);
 }
 
 void VolumeFileSystem::SetAttributes(std::string_view path, uint32_t attributes) {
@@ -72,9 +74,12 @@ void VolumeFileSystem::SetAttributes(std::string_view path, uint32_t attributes)
 }
 
 void VolumeFileSystem::RemoveFile(std::string_view path) {
-  const Located entry = Need(path);
+  const auto parts = Parse(path);
+  const auto found = parts ? parts->drive->LocateNext(parts->folder, parts->name) : std::nullopt;
+  if (!found) ThrowErrno(errno, path);
+  const Located& entry = *found;
   const bool is_link = S_ISLNK(entry.status.st_mode);
-  if (is_link && LeadsToFolder(entry, Parse(path)->drive->attribute_support())) {
+  if (is_link && LeadsToFolder(entry, parts->drive->attribute_support())) {
     ThrowErrno(EISDIR, path);
   }
   if (unlinkat(entry.folder.get(), entry.name.c_str(), 0) != 0) ThrowErrno(errno, path);

@@ -29,7 +29,7 @@ class VolumeFileSystem : public FileSystem {
   explicit VolumeFileSystem(const std::map<char, std::string>& drives);
 
   bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override;
-  std::optional<FileInfo> Look(std::string_view path) override;
+  std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
   void SetAttributes(std::string_view path, uint32_t attributes) override;
   void RemoveFile(std::string_view path) override;
   void RemoveFolder(std::string_view path) override;

@@ -92,7 +92,7 @@ bool Win32FileSystem::Enumerate(std::string_view folder, Detail detail, const En
   return true;
 }
 
-std::optional<FileInfo> Win32FileSystem::Look(std::string_view path) {
+std::optional<FileInfo> Win32FileSystem::Look(std::string_view path, Detail) {
   const auto wide = ToWidePath(path);
   auto info = wide ? LookAt(*wide) : std::nullopt;
   if (info && !info->is_folder && path.ends_with('\\')) return std::nullopt;

@@ -108,6 +108,23 @@ TEST_F(VolumeFiles, ALinkOnTheWayIsNotFollowed) {
   EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(Native("file"))));
 }
 
+// Whoever swaps a folder for a link while its files are removed one by one gains nothing.
+TEST_F(VolumeFiles, AFolderSwappedForALinkByAnotherProcessLeadsNowhere) {
+  const TemporaryFolder outside;
+  for (const char* name : {"/1", "/2", "/3"}) WriteNative(outside.path() + name, "kept");
+  for (const char* name : {"Temp/Sub/1", "Temp/Sub/2", "Temp/Other/x"}) Put(name);
+  files_.Anchor("C:\\Temp");
+  files_.RemoveFile("C:\\Temp\\Sub\\1");
+  fs::rename(Native("Temp/Sub"), Native("moved"));
+  fs::create_directory_symlink(outside.path(), Native("Temp/Sub"));
+  files_.RemoveFile("C:\\Temp\\Sub\\2");  // the one that was meant
+  EXPECT_TRUE(fs::is_empty(Native("moved")));
+  EXPECT_EQ(KindOf([this] { files_.RemoveFile("C:\\Temp\\Sub\\3"); }), Error::Kind::kDenied);
+  files_.RemoveFile("C:\\Temp\\Other\\x");
+  EXPECT_EQ(KindOf([this] { files_.RemoveFile("C:\\Temp\\Sub\\1"); }), Error::Kind::kDenied);
+  for (const char* name : {"/1", "/2", "/3"}) EXPECT_EQ(ReadNative(outside.path() + name), "kept");
+}
+
 TEST_F(VolumeFiles, PipesAreRemovedButNeverOpened) {
   ASSERT_EQ(mkfifo(Native("pipe").c_str(), 0600), 0);
   EXPECT_TRUE(KindOf([this] { files_.ReadWholeFile("C:\\pipe"); }));
