@@ -25,7 +25,7 @@ class VolumeBackupTest : public BackupFixture {
 
   // The exit code of a command of this system.
   static int Shell(const std::string& command) {
-    return WEXITSTATUS(std::system((command + " > /dev/null 2>&1").c_str()));
+    return WEXITSTATUS(std::system(("(" + command + ") > /dev/null 2>&1").c_str()));
   }
 };
 
