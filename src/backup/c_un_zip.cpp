@@ -55,7 +55,7 @@ BackupInfo cUnZip::Describe(std::string_view archive) {
   info.name = archive;
   info.root = RootOfArchive(archive).value_or("");
   try {
-    info.entries = OpenDirectory(machine_.files, path, info.repair).count;
+    info.entries = OpenZip(machine_.files, path, info.repair)->count();
   } catch (const Error& error) {
     info.problem = error.what();
   }
@@ -85,7 +85,7 @@ std::vector<BackupInfo> cUnZip::ListArchives() {
 std::vector<BackupEntry> cUnZip::ListEntries(std::string_view archive) {
   std::optional<Repair> repair;
   std::vector<BackupEntry> entries;
-  VisitEntries(OpenDirectory(machine_.files, PathOf(archive), repair), [&](const ZipEntry& entry) {
+  OpenZip(machine_.files, PathOf(archive), repair)->Visit([&](const ZipEntry& entry) {
     if (!entry.name.ends_with('/')) entries.push_back(ToBackupEntry(entry));
     return true;
   });
@@ -111,15 +111,14 @@ RestoreResult cUnZip::Restore(std::string_view archive, const std::vector<std::s
                                          " does not tell the drive; name a folder to restore to.");
   }
   std::optional<Repair> repair;
-  const ZipDirectory directory = OpenDirectory(machine_.files, path, repair);
-  const auto file = machine_.files.Open(path, OpenMode::kRead);
+  const auto reader = OpenZip(machine_.files, path, repair);
   const auto less = [](const std::string& a, const std::string& b) {
     return UpCase(a) < UpCase(b);
   };
   std::set<std::string, decltype(less)> wanted(entry_paths.begin(), entry_paths.end(), less),
       left = wanted;
-  Restorer restorer(machine_.files, *file, to.empty() ? *root : WithBackslash(to), mode, prompts);
-  VisitEntries(directory, [&](const ZipEntry& entry) {
+  Restorer restorer(machine_.files, *reader, to.empty() ? *root : WithBackslash(to), mode, prompts);
+  reader->Visit([&](const ZipEntry& entry) {
     const std::string entry_path = EntryPath(entry.name);
     left.erase(entry_path);
     return (!wanted.empty() && !wanted.contains(entry_path)) || restorer.Restore(entry);
@@ -135,7 +134,7 @@ void cUnZip::Delete(std::string_view archive) { machine_.files.RemoveFile(PathOf
 
 std::optional<Repair> cUnZip::RepairIfNeeded(std::string_view archive) {
   std::optional<Repair> repair;
-  OpenDirectory(machine_.files, PathOf(archive), repair);
+  OpenZip(machine_.files, PathOf(archive), repair);
   return repair;
 }
 

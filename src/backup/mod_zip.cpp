@@ -59,16 +59,14 @@ void ModZip::MakeBackupArchiveName(std::string_view folder, std::string_view pre
 void ModZip::OpenArchive() {
   if (writer_) return;
   if (archive_.empty()) throw Error(Error::Kind::kOther, "No archive was begun.");
-  ZipWriter::Content content;
+  uint64_t count = 0;
   MakeFolders(files_, FolderPart(archive_));
   if (files_.Look(archive_)) {
     std::optional<Repair> repair;
-    ZipDirectory directory = OpenDirectory(files_, archive_, repair);
-    content = {std::move(directory.records), directory.count, directory.offset};
+    count = OpenZip(files_, archive_, repair)->count();
   }
-  was_there_ = content.count != 0;
-  writer_ = std::make_unique<ZipWriter>(files_.Open(archive_, OpenMode::kReadAndCreate),
-                                        std::move(content));
+  was_there_ = count != 0;
+  writer_ = std::make_unique<ZipWriter>(files_.Open(archive_, OpenMode::kReadAndCreate), count);
 }
 
 bool ModZip::BackupFile(std::string_view path) {
@@ -82,7 +80,7 @@ bool ModZip::BackupFile(std::string_view path) {
     entry.attributes = info->attributes;
     entry.times = source->Times();
     entry.dos_time = ToDosTime(entry.times.last_write, zone_minutes_);
-    writer_->Add(std::move(entry), *source, pause_);
+    writer_->Add(entry, *source, pause_);
   });
 }
 

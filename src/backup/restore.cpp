@@ -54,7 +54,7 @@ int64_t LastWriteOf(const ZipEntry& entry) {
 }
 
 // Links below the folder that was named are not followed.
-Restorer::Restorer(FileSystem& files, RandomFile& archive, std::string root, OverwriteMode mode,
+Restorer::Restorer(FileSystem& files, ZipReader& archive, std::string root, OverwriteMode mode,
                    Prompts& prompts)
     : files_(files), archive_(archive), root_(std::move(root)), mode_(mode), prompts_(prompts) {
   if (root_.size() > 3) MakeFolders(files_, root_);
@@ -112,7 +112,7 @@ void Restorer::Write(const ZipEntry& entry, const std::string& target) {
   MakeFolders(files_, FolderPart(target));
   NewFile made(files_, target);
   uint64_t at = 0;
-  ExtractEntry(archive_, entry, [&](std::string_view bytes) {
+  archive_.Extract(entry, [&](std::string_view bytes) {
     made.file().Write(at, bytes);
     at += bytes.size();
   });

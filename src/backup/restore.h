@@ -13,13 +13,13 @@ int64_t LastWriteOf(const ZipEntry& entry);
 class Restorer {
  public:
   // `root` ends in "\"; all must outlive the object.
-  Restorer(FileSystem& files, RandomFile& archive, std::string root, OverwriteMode mode,
+  Restorer(FileSystem& files, ZipReader& archive, std::string root, OverwriteMode mode,
            Prompts& prompts);
   ~Restorer();
   Restorer(const Restorer&) = delete;
   Restorer& operator=(const Restorer&) = delete;
 
-  // False when the user wants no more.
+  // Of the entry being visited. False when the user wants no more.
   bool Restore(const ZipEntry& entry);
   RestoreResult Take() { return std::move(result_); }
 
@@ -28,7 +28,7 @@ class Restorer {
   void Write(const ZipEntry& entry, const std::string& target);
 
   FileSystem& files_;
-  RandomFile& archive_;
+  ZipReader& archive_;
   std::string root_;
   OverwriteMode mode_;
   Prompts& prompts_;

@@ -6,10 +6,8 @@
 namespace quellix {
 namespace {
 
-constexpr std::string_view kRecordSignature = "PK\1\2", kWideEndSignature = "PK\6\6";
 constexpr uint32_t kFull32 = 0xFFFFFFFF;
-constexpr uint16_t kPlainVersion = 20, kWideVersion = 45;
-constexpr uint16_t kMadeOnNtfs = 0x0A00;  // external attributes are those of Windows
+constexpr uint16_t kWideVersion = 45;
 
 // Extra fields: the standard ones, and our own with the attributes of the entry that follows.
 enum ExtraField : uint16_t { kWideSizes = 0x0001, kNtfsTimes = 0x000A, kAttributes = 0x7851 };
@@ -70,13 +68,17 @@ void ReadTimes(std::string_view field, FileTimes& times) {
   times.created = static_cast<int64_t>(Read64(field, kCreated));
 }
 
-// Only the sizes that did not fit into their own fields are there, in this order.
+// Only what did not fit into its own field is there, in this order.
 void ReadWideSizes(std::string_view field, ZipEntry& entry) {
-  for (uint64_t* value : {&entry.size, &entry.packed, &entry.offset}) {
-    if (*value != kFull32 || field.size() < 8) continue;
-    *value = Read64(field, 0);
+  const auto take = [&](uint64_t& value) {
+    if (field.size() < 8) return;
+    value = Read64(field, 0);
     field.remove_prefix(8);
-  }
+    entry.wide = true;
+  };
+  if (entry.size == kFull32) take(entry.size);
+  if (entry.packed == kFull32) take(entry.packed);
+  if (field.size() >= 8 && entry.offset == kFull32) take(entry.offset);
 }
 
 uint32_t Narrow32(uint64_t value) {
@@ -85,75 +87,34 @@ uint32_t Narrow32(uint64_t value) {
 
 }  // namespace
 
-std::string LocalHeader(const ZipEntry& entry, bool wide) {
-  std::string extra = TimesField(entry.times);
-  extra += Bytes().U16(kAttributes).U16(4).U32(entry.attributes).Take();
-  if (wide) extra += Bytes().U16(kWideSizes).U16(16).U64(entry.size).U64(entry.packed).Take();
-  return Bytes()
-      .Raw(kLocalSignature)
-      .U16(wide ? kWideVersion : kPlainVersion)
-      .U16(entry.flags)
-      .U16(entry.method)
-      .U32(entry.dos_time)
-      .U32(entry.crc)
-      .U32(wide ? kFull32 : entry.packed)
-      .U32(wide ? kFull32 : entry.size)
-      .U16(entry.name.size())
-      .U16(extra.size())
-      .Raw(entry.name)
-      .Raw(extra)
-      .Take();
+std::string HeaderFields(const ZipEntry& entry) {
+  return TimesField(entry.times) + Bytes().U16(kAttributes).U16(4).U32(entry.attributes).Take();
 }
 
-std::string DirectoryRecord(const ZipEntry& entry) {
-  Bytes sizes;
-  for (const uint64_t value : {entry.size, entry.packed, entry.offset}) {
-    if (value >= kFull32) sizes.U64(value);
-  }
-  const std::string wide = sizes.Take();
+std::string DirectoryFields(const ZipEntry& entry) {
   const FileTimes& times = entry.times;
   const bool knows_times = (times.created | times.last_access | times.last_write) != 0;
-  std::string extra = knows_times ? TimesField(times) : "";
-  if (!wide.empty()) extra += Bytes().U16(kWideSizes).U16(wide.size()).Raw(wide).Take();
-  const uint16_t version = wide.empty() ? kPlainVersion : kWideVersion;
-  return Bytes()
-      .Raw(kRecordSignature)
-      .U16(kMadeOnNtfs | version)
-      .U16(version)
-      .U16(entry.flags)
-      .U16(entry.method)
-      .U32(entry.dos_time)
-      .U32(entry.crc)
-      .U32(Narrow32(entry.packed))
-      .U32(Narrow32(entry.size))
-      .U16(entry.name.size())
-      .U16(extra.size())
-      .U16(0)  // comment
-      .U16(0)  // disk
-      .U16(0)  // internal attributes
-      .U32(entry.attributes)
-      .U32(Narrow32(entry.offset))
-      .Raw(entry.name)
-      .Raw(extra)
-      .Take();
+  return knows_times ? TimesField(times) : "";
 }
 
 std::string DirectoryEnd(uint64_t count, uint64_t offset, uint64_t size) {
+  constexpr uint64_t kBytesBehindThis = 44;
   Bytes end;
-  if (count >= 0xFFFF || offset >= kFull32 || size >= kFull32) {
-    constexpr uint64_t kBytesBehindThis = 44;
-    end.Raw(kWideEndSignature)
-        .U64(kBytesBehindThis)
-        .U16(kWideVersion)
-        .U16(kWideVersion)
-        .U32(0)
-        .U32(0);
-    end.U64(count).U64(count).U64(size).U64(offset);
-    end.Raw("PK\6\7").U32(0).U64(offset + size).U32(1);
-  }
+  end.Raw("PK\6\6").U64(kBytesBehindThis).U16(kWideVersion).U16(kWideVersion).U32(0).U32(0);
+  end.U64(count).U64(count).U64(size).U64(offset);
+  end.Raw("PK\6\7").U32(0).U64(offset + size).U32(1);
   const uint64_t narrow = std::min<uint64_t>(count, 0xFFFF);
   end.Raw(kEndSignature).U16(0).U16(0).U16(narrow).U16(narrow);
   return end.U32(Narrow32(size)).U32(Narrow32(offset)).U16(0).Take();
+}
+
+size_t SizeOfRecords(std::string_view records, uint64_t count) {
+  constexpr size_t kFixed = 46;
+  size_t at = 0;
+  for (uint64_t i = 0; i < count; ++i) {
+    at += kFixed + Read16(records, at + 28) + Read16(records, at + 30) + Read16(records, at + 32);
+  }
+  return at;
 }
 
 std::optional<size_t> LocalHeaderRest(std::string_view fixed) {
@@ -173,41 +134,6 @@ ZipEntry ParseLocalHeader(std::string_view header) {
   entry.name = header.substr(kLocalHeaderSize, name);
   ReadExtraFields(header.substr(std::min(kLocalHeaderSize + name, header.size())), entry);
   return entry;
-}
-
-std::optional<ZipEntry> TakeDirectoryRecord(std::string_view& records) {
-  constexpr size_t kFixed = 46;
-  if (records.size() < kFixed || !records.starts_with(kRecordSignature)) return std::nullopt;
-  const size_t name = Read16(records, 28), extra = Read16(records, 30);
-  const size_t whole = kFixed + name + extra + Read16(records, 32);
-  if (records.size() < whole) return std::nullopt;
-  ZipEntry entry;
-  entry.flags = Read16(records, 8);
-  entry.method = Read16(records, 10);
-  entry.dos_time = Read32(records, 12);
-  entry.crc = Read32(records, 16);
-  entry.packed = Read32(records, 20);
-  entry.size = Read32(records, 24);
-  entry.attributes = Read32(records, 38);
-  entry.offset = Read32(records, 42);
-  entry.name = records.substr(kFixed, name);
-  ReadExtraFields(records.substr(kFixed + name, extra), entry);
-  records.remove_prefix(whole);
-  return entry;
-}
-
-std::optional<DirectoryPlace> FindDirectory(std::string_view tail) {
-  constexpr size_t kEnd = 22, kLocator = 20, kWideEnd = 56;
-  size_t at = tail.rfind(kEndSignature);
-  while (at != std::string_view::npos && at + kEnd > tail.size()) {
-    at = at == 0 ? std::string_view::npos : tail.rfind(kEndSignature, at - 1);
-  }
-  if (at == std::string_view::npos) return std::nullopt;
-  DirectoryPlace place{Read32(tail, at + 16), Read32(tail, at + 12), Read16(tail, at + 10)};
-  if (at < kLocator + kWideEnd) return place;
-  const size_t wide = at - kLocator - kWideEnd;
-  if (tail.substr(wide, 4) != kWideEndSignature) return place;
-  return DirectoryPlace{Read64(tail, wide + 48), Read64(tail, wide + 40), Read64(tail, wide + 32)};
 }
 
 void ReadExtraFields(std::string_view fields, ZipEntry& entry) {

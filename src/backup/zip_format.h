@@ -16,24 +16,28 @@ enum ZipFlag : uint16_t { kEncrypted = 1, kSizesBehindData = 8, kUtf8Name = 0x80
 struct ZipEntry {
   std::string name;  // with folders, "/" between them, without a drive
   uint16_t flags = kUtf8Name;
-  uint16_t method = kStored;
+  uint16_t method = kDeflated;
   uint32_t dos_time = 0;  // local date and time, in steps of two seconds
   uint32_t crc = 0;
   uint64_t packed = 0;      // bytes in the archive
   uint64_t size = 0;        // bytes of the file
-  uint64_t offset = 0;      // of its header in the archive
+  uint64_t offset = 0;      // of its header in the archive, where that is known
   uint32_t attributes = 0;  // FileAttribute bits
   FileTimes times;          // all 0 when the archive does not tell
+  bool wide = false;        // a size or the offset is beyond 4 GiB
 };
 
-// The header that stands before an entry's data. With `wide` its sizes may go beyond 4 GiB; a
-// header's length depends on nothing but the name and `wide`. Attributes and exact times are kept
-// here as well, so that an archive without its directory loses nothing.
-std::string LocalHeader(const ZipEntry& entry, bool wide);
-// The entry's record in the directory at the archive's end.
-std::string DirectoryRecord(const ZipEntry& entry);
-// What stands behind a directory of `count` records.
+// The extra fields of an entry's own header: times and attributes are kept here as well, so that an
+// archive without its directory loses nothing.
+std::string HeaderFields(const ZipEntry& entry);
+// The extra fields of its record in the directory.
+std::string DirectoryFields(const ZipEntry& entry);
+
+// What stands behind a directory of `count` records, however many they are: minizip tells the count
+// of more than 65,534 only in archives beyond 4 GiB.
 std::string DirectoryEnd(uint64_t count, uint64_t offset, uint64_t size);
+// Bytes of the first `count` records.
+size_t SizeOfRecords(std::string_view records, uint64_t count);
 
 inline constexpr std::string_view kLocalSignature = "PK\3\4";
 inline constexpr std::string_view kEndSignature = "PK\5\6";
@@ -45,20 +49,7 @@ std::optional<size_t> LocalHeaderRest(std::string_view fixed);
 // Reads a header with its name and extra fields. Offset is left 0.
 ZipEntry ParseLocalHeader(std::string_view header);
 
-// Reads the record at the beginning of `records` and takes it off; nothing when there is none. The
-// name has been read with it. Offsets count from the archive's first byte.
-std::optional<ZipEntry> TakeDirectoryRecord(std::string_view& records);
-
-// Where the directory is, from the end of an archive.
-struct DirectoryPlace {
-  uint64_t offset = 0, size = 0, count = 0;
-};
-// `tail` is an archive's last bytes, kLargestEnd of them or all; nothing when they hold no end of a
-// directory.
-inline constexpr uint64_t kLargestEnd = 0xFFFF + 22 + 20 + 56;
-std::optional<DirectoryPlace> FindDirectory(std::string_view tail);
-
-// Takes times, attributes and large sizes out of extra fields.
+// Takes times, attributes and large sizes out of extra fields; offset only when it is large.
 void ReadExtraFields(std::string_view fields, ZipEntry& entry);
 
 // A FILETIME, moved by the zone's minutes, as date and time of DOS; its first or last moment when

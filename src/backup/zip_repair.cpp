@@ -1,44 +1,61 @@
 #include "backup/zip_repair.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
-#include "backup/deflate.h"
+#include "backup/entry_data.h"
+#include "backup/zip_writer.h"
 #include "platform/error.h"
 #include "platform/path.h"
 
 namespace quellix {
 namespace {
 
-[[noreturn]] void NoArchive() {
-  throw Error(Error::Kind::kOther, "This file is not a zip archive.");
+bool MayBeArchive(ArchiveStream& stream) {
+  // Empty and barely begun files are archives that were cut off at once.
+  const std::string start = stream.ReadText(0, kLocalSignature.size());
+  return kLocalSignature.starts_with(start) || kEndSignature.starts_with(start) ||
+         start.starts_with("PK\6\6");
 }
 
-std::string ReadText(RandomFile& file, uint64_t offset, size_t size) {
-  std::string text(size, '\0');
-  text.resize(file.Read(offset, text));
-  return text;
-}
+void IgnoreBytes(std::string_view) {}
 
-// Walks from entry to entry by their own headers.
+// Walks from entry to entry by their own headers, and has minizip write the directory of those that
+// are complete: it is told to write each entry at the place where it stands, with the writing left
+// out.
 class Scan {
  public:
-  explicit Scan(RandomFile& file) : file_(file) {}
+  explicit Scan(ArchiveStream& stream) : stream_(stream) {
+    zlib_filefunc64_def functions = stream_.Functions();
+    stream_.Set(ArchiveStream::Writes::kDropped);
+    zip_ = zipOpen2_64("", APPEND_STATUS_CREATE, nullptr, &functions);
+  }
+  ~Scan() {
+    if (zip_ == nullptr) return;
+    stream_.Set(ArchiveStream::Writes::kDropped);
+    zipClose(zip_, "");
+  }
+  Scan(const Scan&) = delete;
+  Scan& operator=(const Scan&) = delete;
 
-  void Run() {
+  Repair Run() {
     while (TakeEntry()) {
     }
+    repair_.cut_off = stream_.Size() - end_;
+    stream_.Set(ArchiveStream::Writes::kDone);
+    stream_.Cut(end_);
+    FinishZip(std::exchange(zip_, nullptr), stream_, repair_.kept);
+    return repair_;
   }
-
-  ZipDirectory directory;
-  Repair repair;
 
  private:
   // False where the entries end.
   bool TakeEntry() {
-    const std::string fixed = ReadText(file_, at_, kLocalHeaderSize);
+    const std::string fixed = stream_.ReadText(at_, kLocalHeaderSize);
     const auto rest = LocalHeaderRest(fixed);
     if (!rest) return false;
-    const std::string more = ReadText(file_, at_ + kLocalHeaderSize, *rest);
+    const std::string more = stream_.ReadText(at_ + kLocalHeaderSize, *rest);
     if (more.size() < *rest) return false;
     ZipEntry entry = ParseLocalHeader(fixed + more);
     entry.offset = at_;
@@ -46,12 +63,11 @@ class Scan {
     const bool open_ended = (entry.flags & kSizesBehindData) != 0 && entry.packed == 0;
     if (open_ended ? !MeasureData(entry) : !FitsFile(entry)) return false;
     at_ = data_ + entry.packed + (open_ended ? descriptor_ : 0);
-    if (open_ended || IsComplete(entry)) {
-      directory.records += DirectoryRecord(entry);
-      ++directory.count;
-      directory.offset = at_;
+    if ((open_ended || IsComplete(entry)) && Record(entry)) {
+      ++repair_.kept;
+      end_ = at_;
     } else {
-      ++repair.damaged;
+      ++repair_.damaged;
     }
     return true;
   }
@@ -59,35 +75,24 @@ class Scan {
   // An entry whose sizes were never filled in was being written when everything ended.
   bool FitsFile(const ZipEntry& entry) const {
     const bool unfinished = entry.method == kDeflated && entry.packed == 0;
-    return !unfinished && data_ <= file_.Size() && entry.packed <= file_.Size() - data_;
+    return !unfinished && data_ <= stream_.Size() && entry.packed <= stream_.Size() - data_;
   }
 
   bool IsComplete(const ZipEntry& entry) {
     if ((entry.flags & kEncrypted) != 0) return true;  // only its password could tell more
-    try {
-      ExtractEntry(file_, entry, [](std::string_view) {});
-      return true;
-    } catch (const Error&) {
-      return false;
-    }
+    const auto totals = UnpackData(stream_, data_, entry, false, IgnoreBytes);
+    return totals && totals->size == entry.size && totals->crc == entry.crc;
   }
 
   // Archives of other programs may tell the sizes behind the data only.
   bool MeasureData(ZipEntry& entry) {
-    if (entry.method != kDeflated || (entry.flags & kEncrypted) != 0) return false;
-    uint64_t from = data_;
-    const auto totals = InflateStream(
-        [&](std::span<char> buffer) {
-          const size_t got = file_.Read(from, buffer);
-          from += got;
-          return got;
-        },
-        [](std::string_view) {});
+    if ((entry.flags & kEncrypted) != 0) return false;
+    const auto totals = UnpackData(stream_, data_, entry, true, IgnoreBytes);
     if (!totals) return false;
     entry.crc = totals->crc;
     entry.size = totals->size;
     entry.packed = totals->packed;
-    const std::string behind = ReadText(file_, data_ + entry.packed, 24);
+    const std::string behind = stream_.ReadText(data_ + entry.packed, 24);
     descriptor_ = DescriptorSize(behind, entry.crc);
     return descriptor_ != 0;
   }
@@ -104,17 +109,25 @@ class Scan {
     return signature + (wide ? 20 : 12);
   }
 
-  RandomFile& file_;
-  uint64_t at_ = 0, data_ = 0;
+  // minizip counts the packed bytes it is given, whatever they are.
+  bool Record(const ZipEntry& entry) {
+    stream_.Seek(entry.offset);
+    if (!BeginEntry(zip_, entry, true)) return false;
+    static const std::vector<char> bytes(1 << 20);
+    for (uint64_t left = entry.packed; left != 0;) {
+      const auto part = static_cast<unsigned>(std::min<uint64_t>(left, bytes.size()));
+      if (zipWriteInFileInZip(zip_, bytes.data(), part) != ZIP_OK) return false;
+      left -= part;
+    }
+    return zipCloseFileInZipRaw64(zip_, entry.size, entry.crc) == ZIP_OK;
+  }
+
+  ArchiveStream& stream_;
+  zipFile zip_;
+  Repair repair_;
+  uint64_t at_ = 0, end_ = 0, data_ = 0;
   size_t descriptor_ = 0;
 };
-
-// Empty and barely begun files are archives that were cut off at once.
-bool MayBeArchive(RandomFile& file) {
-  const std::string start = ReadText(file, 0, kLocalSignature.size());
-  return kLocalSignature.starts_with(start) || kEndSignature.starts_with(start) ||
-         start.starts_with("PK\6\6");
-}
 
 }  // namespace
 
@@ -126,34 +139,25 @@ std::string Repair::Note() const {
   return note + ".";
 }
 
-Repair RepairArchive(RandomFile& file, ZipDirectory& directory) {
-  if (!MayBeArchive(file)) NoArchive();
-  Scan scan(file);
-  scan.Run();
-  directory = std::move(scan.directory);
-  scan.repair.kept = directory.count;
-  scan.repair.cut_off = file.Size() - directory.offset;
-  file.Resize(directory.offset);
-  const uint64_t size = directory.records.size();
-  file.Write(directory.offset,
-             directory.records + DirectoryEnd(directory.count, directory.offset, size));
-  file.Flush();
-  return scan.repair;
+Repair RepairArchive(std::unique_ptr<RandomFile> file) {
+  ArchiveStream stream(std::move(file));
+  if (!MayBeArchive(stream)) throw Error(Error::Kind::kOther, "This file is not a zip archive.");
+  return Scan(stream).Run();
 }
 
-ZipDirectory OpenDirectory(FileSystem& files, std::string_view path,
-                           std::optional<Repair>& repair) {
+std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
+                                   std::optional<Repair>& repair) {
   repair.reset();
-  {
-    const auto file = files.Open(path, OpenMode::kRead);
-    if (auto directory = ReadDirectory(*file)) return std::move(*directory);
-    if (!MayBeArchive(*file)) {
-      throw Error(Error::Kind::kOther, std::string(NamePart(path)) + " is not a zip archive.");
-    }
+  const auto open = [&] { return ZipReader::Open(files.Open(path, OpenMode::kRead)); };
+  if (auto reader = open()) return reader;
+  ArchiveStream stream(files.Open(path, OpenMode::kRead));
+  if (!MayBeArchive(stream)) {
+    throw Error(Error::Kind::kOther, std::string(NamePart(path)) + " is not a zip archive.");
   }
-  ZipDirectory directory;
-  repair = RepairArchive(*files.Open(path, OpenMode::kReadAndCreate), directory);
-  return directory;
+  repair = RepairArchive(files.Open(path, OpenMode::kReadAndCreate));
+  auto reader = open();
+  if (!reader) throw Error(Error::Kind::kOther, "The archive could not be repaired.");
+  return reader;
 }
 
 }  // namespace quellix

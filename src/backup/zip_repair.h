@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -17,12 +18,14 @@ struct Repair {
 
 // Makes an archive whole that a crash or a lost end left without its directory: every entry whose
 // data are complete is kept, the incomplete rest behind them is cut off, and the directory is
-// written anew. Entries themselves are never rewritten, so that a crash in between costs nothing.
+// written anew. Entries themselves are never rewritten, so that a crash in between costs nothing
+// and a full disk little.
 // Throws Error when this is no archive or it cannot be written.
-Repair RepairArchive(RandomFile& file, ZipDirectory& directory);
+Repair RepairArchive(std::unique_ptr<RandomFile> file);
 
-// The directory of an archive, which is repaired first where that is needed; `repair` then says
-// what was done. Throws Error.
-ZipDirectory OpenDirectory(FileSystem& files, std::string_view path, std::optional<Repair>& repair);
+// An archive, which is repaired first where that is needed; `repair` then says what was done.
+// Throws Error.
+std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
+                                   std::optional<Repair>& repair);
 
 }  // namespace quellix

@@ -1,147 +1,151 @@
 #include "backup/zip_writer.h"
 
-#include <algorithm>
+#include <zlib.h>
+
+#include <utility>
 
 #include "platform/error.h"
 
 namespace quellix {
 namespace {
 
-constexpr uint64_t kSmall = 1 << 20;        // files to this size are packed in memory
-constexpr size_t kWaiting = 1 << 20;        // bytes written at a time
-constexpr uint64_t kWideFrom = 1ull << 30;  // a file from this size on may grow beyond 4 GiB
-constexpr uint64_t kNarrowest = 0xFFFFFFFF;
+constexpr size_t kPiece = 1 << 20;           // bytes read at a time; smaller files at once
+constexpr uint64_t kWideFrom = 0xF0000000;   // a file from this size on may need more than 4 GiB
+constexpr uint64_t kNarrowest = 0xFFFFFFFF;  // what smaller ones may not grow to
+constexpr uint64_t kMostCounted = 0xFFFE;
+constexpr uint16_t kMadeOnNtfs = 0x0A14;  // external attributes are those of Windows
 
-[[noreturn]] void Fail(const char* sentence) { throw Error(Error::Kind::kOther, sentence); }
+[[noreturn]] void Fail(const std::string& sentence) {
+  throw Error(Error::Kind::kOther,
+              sentence.empty() ? "The archive could not be written." : sentence);
+}
 
 }  // namespace
 
-ZipWriter::ZipWriter(std::unique_ptr<RandomFile> file, Content content)
-    : file_(std::move(file)),
-      directory_(std::move(content.directory)),
-      now_{content.end, content.count, directory_.size()},
-      durable_(now_),
-      first_(now_) {
-  if (file_->Size() > content.end) file_->Resize(content.end);
+bool BeginEntry(zipFile zip, const ZipEntry& entry, bool raw) {
+  zip_fileinfo info{};
+  info.dosDate = entry.dos_time;
+  info.external_fa = entry.attributes;
+  const std::string own = HeaderFields(entry), shared = DirectoryFields(entry);
+  return zipOpenNewFileInZip4_64(
+             zip, entry.name.c_str(), &info, own.data(), static_cast<uInt>(own.size()),
+             shared.data(), static_cast<uInt>(shared.size()), nullptr, entry.method,
+             Z_DEFAULT_COMPRESSION, raw ? 1 : 0, -MAX_WBITS, MAX_MEM_LEVEL - 1, Z_DEFAULT_STRATEGY,
+             nullptr, 0, kMadeOnNtfs, entry.flags, entry.wide ? 1 : 0) == ZIP_OK;
 }
 
-void ZipWriter::Add(ZipEntry entry, RandomFile& source, const Pause& pause) {
-  if (failed_) Fail("The archive could not be written.");
-  if (entry.name.size() > 0xFFFF) Fail("The path is too long for an archive.");
-  entry.offset = now_.end;
-  if (source.Size() <= kSmall) {
-    buffer_.resize(source.Size() + 1);  // one more shows that it has grown
-    const size_t got = source.Read(0, buffer_);
-    if (got < buffer_.size()) return AddSmall(entry, std::span(buffer_).first(got));
+void FinishZip(zipFile zip, ArchiveStream& stream, uint64_t count) {
+  constexpr uint64_t kEnd = 22;
+  const uint64_t directory = stream.place();
+  if (zipClose(zip, "") != ZIP_OK) Fail(stream.Problem());
+  if (count > kMostCounted && directory < kNarrowest) {
+    const uint64_t end = stream.place() - kEnd;
+    stream.Cut(end);
+    stream.Write(DirectoryEnd(count, directory, end - directory));
   }
-  AddLarge(entry, source, pause);
+  stream.Flush();
 }
 
-void ZipWriter::AddSmall(ZipEntry& entry, std::span<const char> bytes) {
-  packed_.clear();
-  if (!bytes.empty()) deflater_.Pack(bytes, packed_);
-  entry.method = bytes.empty() || packed_.size() >= bytes.size() ? kStored : kDeflated;
-  std::string_view data = packed_;
-  if (entry.method == kStored) data = {bytes.data(), bytes.size()};
-  entry.crc = Checksum(0, bytes);
-  entry.size = bytes.size();
-  entry.packed = data.size();
-  const std::string header = LocalHeader(entry, false);
-  waiting_.append(header).append(data);
-  Append(entry, now_.end + header.size() + data.size());
-  if (waiting_.size() < kWaiting) return;
-  try {
-    WriteOut();
-  } catch (const Error&) {
-    failed_ = true;
-    throw;
-  }
+ZipWriter::ZipWriter(std::unique_ptr<RandomFile> file, uint64_t count) : stream_(std::move(file)) {
+  Open(count);
+  durable_ = first_ = now_;
 }
 
-// The header is written twice: at first without sizes, which marks the entry as not whole.
-void ZipWriter::AddLarge(ZipEntry& entry, RandomFile& source, const Pause& pause) {
-  const bool wide = source.Size() >= kWideFrom;
-  uint64_t at = 0, end = 0;
-  const auto read = [&](std::span<char> buffer) {
-    if (pause && pause()) Fail("The file was not archived: the run was stopped.");
-    const size_t got = source.Read(at, buffer);
-    at += got;
-    return got;
-  };
-  const auto write = [&](std::string_view bytes) {
-    file_->Write(end, bytes);
-    end += bytes.size();
-  };
-  try {
-    WriteOut();
-  } catch (const Error&) {
-    failed_ = true;
-    throw;
-  }
+ZipWriter::~ZipWriter() { Drop(); }
+
+void ZipWriter::Open(uint64_t count) {
+  zlib_filefunc64_def functions = stream_.Functions();
+  stream_.Seek(0);
+  zip_ = zipOpen2_64("", count == 0 ? APPEND_STATUS_CREATE : APPEND_STATUS_ADDINZIP, nullptr,
+                     &functions);
+  if (zip_ == nullptr) FailOfStream();
+  stream_.Cut(stream_.place());
+  now_ = {stream_.place(), count};
+}
+
+void ZipWriter::Drop() {
+  if (zip_ == nullptr) return;
+  stream_.Set(ArchiveStream::Writes::kDropped);
+  zipClose(zip_, "");
+  stream_.Set(ArchiveStream::Writes::kDone);
+  zip_ = nullptr;
+}
+
+void ZipWriter::FailOfStream() const { Fail(stream_.Problem()); }
+
+void ZipWriter::Add(const ZipEntry& entry, RandomFile& source, const Pause& pause) {
+  if (zip_ == nullptr) FailOfStream();
+  buffer_.resize(kPiece);
+  const size_t got = source.Read(0, buffer_);  // a file that cannot be read leaves no trace
+  ZipEntry begun = entry;
+  begun.wide = source.Size() >= kWideFrom;
   const Mark before = now_;
   try {
-    entry.method = kDeflated;
-    end = now_.end;
-    write(LocalHeader(entry, wide));
-    const PackedTotals totals = DeflateStream(read, write);
-    entry.crc = totals.crc;
-    entry.size = totals.size;
-    entry.packed = totals.packed;
-    if (!wide && std::max(entry.size, entry.packed) >= kNarrowest) Fail("The file grew too fast.");
-    file_->Write(entry.offset, LocalHeader(entry, wide));
+    stream_.Set(ArchiveStream::Writes::kHeld);  // minizip forgets memory when a header fails
+    if (!BeginEntry(zip_, begun, false)) FailOfStream();
+    stream_.Set(ArchiveStream::Writes::kDone);
+    Fill(source, got, begun.wide, pause);
+    if (zipCloseFileInZip(zip_) != ZIP_OK) FailOfStream();
   } catch (...) {
     ReturnTo(before);
     throw;
   }
-  Append(entry, end);
+  now_ = {stream_.place(), before.count + 1};
 }
 
-void ZipWriter::Append(const ZipEntry& entry, uint64_t end) {
-  directory_ += DirectoryRecord(entry);
-  now_ = {end, now_.count + 1, directory_.size()};
-}
-
-void ZipWriter::WriteOut() {
-  if (waiting_.empty()) return;
-  file_->Write(now_.end - waiting_.size(), waiting_);
-  waiting_.clear();
-}
-
-void ZipWriter::ReturnTo(const Mark& mark) {
-  now_ = mark;
-  directory_.resize(mark.directory);
-  waiting_.clear();
-  try {
-    file_->Resize(mark.end);
-  } catch (const Error&) {
-    return;  // what is left behind the end is overwritten, or cut off by a repair
+void ZipWriter::Fill(RandomFile& source, size_t got, bool wide, const Pause& pause) {
+  uint64_t at = 0;
+  while (true) {
+    if (zipWriteInFileInZip(zip_, buffer_.data(), static_cast<unsigned>(got)) != ZIP_OK) {
+      FailOfStream();
+    }
+    at += got;
+    if (got < buffer_.size()) return;
+    if (!wide && at >= kWideFrom) Fail("The file grew too fast.");
+    if (pause && pause()) Fail("The file was not archived: the run was stopped.");
+    got = source.Read(at, buffer_);
   }
 }
 
+// minizip only adds. So it writes its directory into memory, which is cut to the records that stay,
+// and begins again from them; neither the disk nor its space matters.
+void ZipWriter::ReturnTo(const Mark& mark) {
+  if (zip_ == nullptr) return;
+  stream_.Set(ArchiveStream::Writes::kDropped);
+  zipCloseFileInZip(zip_);  // fails when none is open
+  stream_.Set(ArchiveStream::Writes::kHeld);
+  stream_.Cut(mark.end);
+  zipClose(zip_, "");
+  const std::string records = stream_.ReadText(mark.end, stream_.Size() - mark.end);
+  const size_t kept = SizeOfRecords(records, mark.count);
+  stream_.Cut(mark.end + kept);
+  stream_.Write(DirectoryEnd(mark.count, mark.end, kept));
+  Open(mark.count);
+  stream_.Cut(mark.end);
+  stream_.Set(ArchiveStream::Writes::kDone);
+  now_ = mark;
+}
+
 void ZipWriter::Flush() {
+  if (zip_ == nullptr) FailOfStream();
+  if (now_.end == durable_.end) return;
   try {
-    if (failed_) Fail("The archive could not be written.");
-    if (now_.end == durable_.end) return;
-    WriteOut();
-    file_->Flush();
+    stream_.Flush();
     durable_ = now_;
   } catch (const Error&) {
-    failed_ = false;
     ReturnTo(durable_);
     throw;
   }
 }
 
 void ZipWriter::TakeBack() {
-  failed_ = false;
   ReturnTo(first_);
   durable_ = now_;
 }
 
 void ZipWriter::Finish() {
   Flush();
-  file_->Write(now_.end, directory_ + DirectoryEnd(now_.count, now_.end, directory_.size()));
-  file_->Flush();
+  FinishZip(std::exchange(zip_, nullptr), stream_, now_.count);
 }
 
 }  // namespace quellix

@@ -1,37 +1,41 @@
 #pragma once
 
-#include <cstdint>
+#include <minizip/zip.h>
+
 #include <functional>
 #include <memory>
-#include <string>
 #include <vector>
 
-#include "backup/deflate.h"
+#include "backup/archive_stream.h"
 #include "backup/zip_format.h"
 
 namespace quellix {
 
-// Fills one archive. Entries are written one behind the other with their sizes known, so that each
-// can be found without the directory; the directory is written once, by Finish. That an entry can
-// be taken back when it fails is why entries are not written by minizip, which only adds.
+// Begins an entry behind the others; with `raw` its data come packed. False when that failed.
+bool BeginEntry(zipFile zip, const ZipEntry& entry, bool raw);
+// Writes the directory of `count` records and closes `zip`, and makes all of it durable. Throws
+// Error.
+void FinishZip(zipFile zip, ArchiveStream& stream, uint64_t count);
+
+// Fills one archive through minizip. minizip fills an entry's checksum and sizes into its header as
+// soon as they are known, so that each can be found without the directory, which is in memory and
+// written once, by Finish.
 class ZipWriter {
  public:
-  // What an archive holds already.
-  struct Content {
-    std::string directory;  // its records
-    uint64_t count = 0;
-    uint64_t end = 0;  // where the next entry begins
-  };
   // True ends the work on the file in hand.
   using Pause = std::function<bool()>;
 
-  // Writes behind the content and cuts off what stood there. Throws Error.
-  ZipWriter(std::unique_ptr<RandomFile> file, Content content);
+  // Adds to a whole archive of `count` entries, whose directory goes from the disk until Finish.
+  // Throws Error.
+  ZipWriter(std::unique_ptr<RandomFile> file, uint64_t count);
+  // Without Finish the archive is left as after a crash.
+  ~ZipWriter();
+  ZipWriter(const ZipWriter&) = delete;
+  ZipWriter& operator=(const ZipWriter&) = delete;
 
   // Adds a file of which name, times and attributes are given. Throws Error when it cannot be read
-  // or the archive not be written, and when `pause` says stop: the archive is then as before, or,
-  // when files added earlier have not reached it either, all calls fail until Flush has said so.
-  void Add(ZipEntry entry, RandomFile& source, const Pause& pause);
+  // or the archive not be written, and when `pause` says stop: the archive is then as before.
+  void Add(const ZipEntry& entry, RandomFile& source, const Pause& pause);
 
   // Brings everything added onto the disk. Throws Error when some of it could not be: then all that
   // was added since the last Flush is taken back.
@@ -50,23 +54,19 @@ class ZipWriter {
   // A state the archive can be brought back to.
   struct Mark {
     uint64_t end = 0, count = 0;
-    size_t directory = 0;
   };
 
-  void AddSmall(ZipEntry& entry, std::span<const char> bytes);
-  void AddLarge(ZipEntry& entry, RandomFile& source, const Pause& pause);
-  void Append(const ZipEntry& entry, uint64_t end);
-  void WriteOut();
+  void Open(uint64_t count);
+  void Fill(RandomFile& source, size_t got, bool wide, const Pause& pause);
   void ReturnTo(const Mark& mark);
+  // Closes the archive as far as memory goes.
+  void Drop();
+  [[noreturn]] void FailOfStream() const;
 
-  std::unique_ptr<RandomFile> file_;
-  Deflater deflater_;
-  std::string directory_;
-  std::string waiting_;  // bytes that end at now_.end, not yet written
+  ArchiveStream stream_;
+  zipFile zip_ = nullptr;
   Mark now_, durable_, first_;
-  bool failed_ = false;  // something added since the last Flush is lost
   std::vector<char> buffer_;
-  std::string packed_;
 };
 
 }  // namespace quellix

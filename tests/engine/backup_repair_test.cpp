@@ -5,7 +5,6 @@ namespace {
 
 class BackupRepairTest : public BackupFixture {
  protected:
-  // Three entries: stored, deflated, large.
   std::string MakeArchive() {
     machine->MakeFile(tree + "1", "");
     machine->MakeFile(tree + "2", "deflated deflated deflated deflated");
@@ -15,12 +14,12 @@ class BackupRepairTest : public BackupFixture {
   }
   // Where each entry ends.
   std::vector<uint64_t> Ends(const std::string& archive) {
+    const std::string whole = Read(archive);
     std::vector<uint64_t> ends;
-    const auto file = ports.files.Open(archive, OpenMode::kRead);
-    VisitEntries(ReadDirectory(*file).value(), [&](const ZipEntry& entry) {
-      ends.push_back(DataOffset(*file, entry).value() + entry.packed);
-      return true;
-    });
+    for (size_t at = 0; (at = whole.find(kLocalSignature, at + 1)) != std::string::npos;) {
+      ends.push_back(at);
+    }
+    ends.push_back(whole.find("PK\1\2"));
     return ends;
   }
 };
@@ -102,8 +101,7 @@ TEST_F(BackupRepairTest, HostileEntriesFailCleanly) {
       {"packed strangely", 8, 10, std::string("\x0E\0", 2),
        "is packed in a way that is not supported."},
       {"a bomb", 22, 24, std::string("\0\0\0\x7F", 4), "is damaged."},
-      {"smaller than its data", 22, 24, std::string("\1\0\0\0", 4),
-       "is longer than it says; it is damaged."},
+      {"smaller than its data", 22, 24, std::string("\1\0\0\0", 4), "is damaged."},
   };
   const std::string target = Stored(tree + "2");
   for (const Row& row : rows) {

@@ -60,11 +60,10 @@ class BackupFixture : public RunFixture {
   std::map<std::string, std::string> Content(const std::string& archive) {
     std::map<std::string, std::string> content;
     std::optional<Repair> repair;
-    const ZipDirectory directory = OpenDirectory(ports.files, archive, repair);
-    const auto file = ports.files.Open(archive, OpenMode::kRead);
-    VisitEntries(directory, [&](const ZipEntry& entry) {
+    const auto reader = OpenZip(ports.files, archive, repair);
+    reader->Visit([&](const ZipEntry& entry) {
       std::string& bytes = content[entry.name];
-      ExtractEntry(*file, entry, [&](std::string_view part) { bytes += part; });
+      reader->Extract(entry, [&](std::string_view part) { bytes += part; });
       return true;
     });
     return content;
