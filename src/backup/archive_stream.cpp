@@ -18,7 +18,7 @@ ArchiveStream::ArchiveStream(std::unique_ptr<RandomFile> file)
     : file_(std::move(file)), on_disk_(file_->Size()) {}
 
 zlib_filefunc64_def ArchiveStream::Functions() {
-  return {OnOpen, OnRead, OnWrite, OnTell, OnSeek, OnClose, [](voidpf, voidpf) { return 0; }, this};
+  return {OnOpen, OnRead, OnWrite, OnTell, OnSeek, OnClose, OnError, this};
 }
 
 size_t ArchiveStream::Read(uint64_t offset, std::span<char> buffer) {
@@ -118,6 +118,7 @@ uLong ArchiveStream::OnRead(voidpf self, voidpf, void* buffer, uLong size) {
   size_t got = 0;
   stream.Try([&] { got = stream.Read(stream.place_, {static_cast<char*>(buffer), size}); });
   stream.place_ += got;
+  stream.read_short_ = got < size;
   return static_cast<uLong>(got);
 }
 
@@ -138,5 +139,8 @@ long ArchiveStream::OnSeek(voidpf self, voidpf, ZPOS64_T offset, int origin) {
 }
 
 int ArchiveStream::OnClose(voidpf, voidpf) { return 0; }
+
+// minizip takes the end of a file for success.
+int ArchiveStream::OnError(voidpf self, voidpf) { return Self(self).read_short_ ? 1 : 0; }
 
 }  // namespace quellix

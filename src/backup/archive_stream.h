@@ -52,12 +52,14 @@ class ArchiveStream {
   static ZPOS64_T OnTell(voidpf self, voidpf stream);
   static long OnSeek(voidpf self, voidpf stream, ZPOS64_T offset, int origin);
   static int OnClose(voidpf self, voidpf stream);
+  static int OnError(voidpf self, voidpf stream);
 
   std::unique_ptr<RandomFile> file_;
   uint64_t on_disk_;  // bytes of the archive that are in the file
   std::string tail_;  // those behind them
   uint64_t place_ = 0;
   Writes writes_ = Writes::kDone;
+  bool read_short_ = false;
   std::string cache_;
   uint64_t cached_ = 0;  // where the cache begins
   std::string problem_;
