@@ -79,10 +79,11 @@ void ArchiveStream::Cut(uint64_t end) {
   tail_.clear();
   cache_.clear();
   on_disk_ = end;
+  if (writes_ == Writes::kHeld) return;
   try {
     file_->Resize(end);
-  } catch (const Error& error) {
-    problem_ = error.what();
+  } catch (const Error&) {
+    return;
   }
 }
 

@@ -28,8 +28,8 @@ class ArchiveStream {
   size_t Read(uint64_t offset, std::span<char> buffer);
   std::string ReadText(uint64_t offset, uint64_t size);
   void Write(std::string_view bytes);
-  // Forgets what lies behind `end`, and goes there. What cannot be cut off on the disk is
-  // overwritten, or cut off by a repair.
+  // Forgets what lies behind `end`, and goes there. On the disk it is cut off now or by Flush, or
+  // else by a repair.
   void Cut(uint64_t end);
   // Hands the bytes in memory over to the system.
   void WriteOut();

@@ -64,6 +64,8 @@ void ModZip::OpenArchive() {
   if (files_.Look(archive_)) {
     std::optional<Repair> repair;
     count = OpenZip(files_, archive_, repair)->count();
+    if (repair) OpenZip(files_, archive_, repair);
+    if (repair) throw Error(Error::Kind::kFull, "The archive could not be repaired.");
   }
   was_there_ = count != 0;
   writer_ = std::make_unique<ZipWriter>(files_.Open(archive_, OpenMode::kReadAndCreate), count);

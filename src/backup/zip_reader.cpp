@@ -35,17 +35,17 @@ class OpenEntry {
 
 }  // namespace
 
-ZipReader::ZipReader(std::unique_ptr<RandomFile> file) : stream_(std::move(file)) {
-  zlib_filefunc64_def functions = stream_.Functions();
+ZipReader::ZipReader(std::unique_ptr<ArchiveStream> stream) : stream_(std::move(stream)) {
+  zlib_filefunc64_def functions = stream_->Functions();
   zip_.reset(unzOpen2_64("", &functions));
   unz_global_info64 info{};
   if (zip_ && unzGetGlobalInfo64(zip_.get(), &info) == UNZ_OK) count_ = info.number_entry;
 }
 
-std::unique_ptr<ZipReader> ZipReader::Open(std::unique_ptr<RandomFile> file) {
-  std::unique_ptr<ZipReader> reader(new ZipReader(std::move(file)));
-  if (!reader->stream_.Problem().empty()) {
-    throw Error(Error::Kind::kOther, reader->stream_.Problem());
+std::unique_ptr<ZipReader> ZipReader::Open(std::unique_ptr<ArchiveStream> stream) {
+  std::unique_ptr<ZipReader> reader(new ZipReader(std::move(stream)));
+  if (!reader->stream_->Problem().empty()) {
+    throw Error(Error::Kind::kOther, reader->stream_->Problem());
   }
   return reader->IsWhole() ? std::move(reader) : nullptr;
 }
@@ -53,7 +53,7 @@ std::unique_ptr<ZipReader> ZipReader::Open(std::unique_ptr<RandomFile> file) {
 bool ZipReader::IsWhole() {
   // minizip does not open an archive that is nothing but an end.
   constexpr uint64_t kEnd = 22;
-  if (!zip_) return stream_.Size() == kEnd && stream_.ReadText(0, 4) == kEndSignature;
+  if (!zip_) return stream_->Size() == kEnd && stream_->ReadText(0, 4) == kEndSignature;
   uint64_t seen = 0;
   Visit([&](const ZipEntry&) { return ++seen != 0; });
   return seen == count_;
@@ -121,7 +121,7 @@ bool ZipReader::ExtractPlain(const ZipEntry& entry,
 // directory. It knows them well enough to tell where data begin unless their place is one of them.
 uint64_t ZipReader::WideDataOffset(const ZipEntry& entry) {
   if (entry.offset != kUnknown) {
-    const auto rest = LocalHeaderRest(stream_.ReadText(entry.offset, kLocalHeaderSize));
+    const auto rest = LocalHeaderRest(stream_->ReadText(entry.offset, kLocalHeaderSize));
     return rest ? entry.offset + kLocalHeaderSize + *rest : 0;
   }
   const OpenEntry open(zip_.get());
@@ -138,7 +138,7 @@ bool ZipReader::ExtractWide(const ZipEntry& entry,
     if (written > entry.size) Fail(entry, "is longer than it says; it is damaged.");
     write(bytes);
   };
-  const auto totals = UnpackData(stream_, offset, entry, false, write_some);
+  const auto totals = UnpackData(*stream_, offset, entry, false, write_some);
   return totals && totals->size == entry.size && totals->crc == entry.crc;
 }
 

@@ -18,7 +18,7 @@ class ZipReader {
  public:
   // Nothing when the archive has no directory that is whole and fits it. Throws Error when it
   // cannot be read.
-  static std::unique_ptr<ZipReader> Open(std::unique_ptr<RandomFile> file);
+  static std::unique_ptr<ZipReader> Open(std::unique_ptr<ArchiveStream> stream);
 
   uint64_t count() const { return count_; }
 
@@ -32,14 +32,14 @@ class ZipReader {
  private:
   using Handle = std::unique_ptr<void, decltype(&unzClose)>;
 
-  explicit ZipReader(std::unique_ptr<RandomFile> file);
+  explicit ZipReader(std::unique_ptr<ArchiveStream> stream);
   bool IsWhole();
   std::optional<ZipEntry> Current();
   uint64_t WideDataOffset(const ZipEntry& entry);
   bool ExtractWide(const ZipEntry& entry, const std::function<void(std::string_view)>& write);
   bool ExtractPlain(const ZipEntry& entry, const std::function<void(std::string_view)>& write);
 
-  ArchiveStream stream_;
+  std::unique_ptr<ArchiveStream> stream_;
   Handle zip_{nullptr, &unzClose};
   uint64_t count_ = 0;
 };

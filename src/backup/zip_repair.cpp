@@ -39,11 +39,12 @@ class Scan {
   Scan(const Scan&) = delete;
   Scan& operator=(const Scan&) = delete;
 
-  Repair Run() {
+  // With `in_memory` the file is left as it is.
+  Repair Run(bool in_memory) {
     while (TakeEntry()) {
     }
     repair_.cut_off = stream_.Size() - end_;
-    stream_.Set(ArchiveStream::Writes::kDone);
+    if (in_memory) stream_.Set(ArchiveStream::Writes::kHeld);
     stream_.Cut(end_);
     FinishZip(std::exchange(zip_, nullptr), stream_, repair_.kept);
     return repair_;
@@ -142,20 +143,31 @@ std::string Repair::Note() const {
 Repair RepairArchive(std::unique_ptr<RandomFile> file) {
   ArchiveStream stream(std::move(file));
   if (!MayBeArchive(stream)) throw Error(Error::Kind::kOther, "This file is not a zip archive.");
-  return Scan(stream).Run();
+  const Repair repair = Scan(stream).Run(false);
+  stream.Flush();
+  return repair;
 }
 
 std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
                                    std::optional<Repair>& repair) {
   repair.reset();
-  const auto open = [&] { return ZipReader::Open(files.Open(path, OpenMode::kRead)); };
-  if (auto reader = open()) return reader;
-  ArchiveStream stream(files.Open(path, OpenMode::kRead));
-  if (!MayBeArchive(stream)) {
+  const auto open = [&] {
+    return std::make_unique<ArchiveStream>(files.Open(path, OpenMode::kRead));
+  };
+  if (auto reader = ZipReader::Open(open())) return reader;
+  auto stream = open();
+  if (!MayBeArchive(*stream)) {
     throw Error(Error::Kind::kOther, std::string(NamePart(path)) + " is not a zip archive.");
   }
-  repair = RepairArchive(files.Open(path, OpenMode::kReadAndCreate));
-  auto reader = open();
+  try {
+    repair = RepairArchive(files.Open(path, OpenMode::kReadAndCreate));
+    stream = open();
+  } catch (const Error& error) {
+    if (error.kind() != Error::Kind::kFull && error.kind() != Error::Kind::kDenied) throw;
+    stream = open();
+    repair = Scan(*stream).Run(true);
+  }
+  auto reader = ZipReader::Open(std::move(stream));
   if (!reader) throw Error(Error::Kind::kOther, "The archive could not be repaired.");
   return reader;
 }

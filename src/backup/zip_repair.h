@@ -23,8 +23,8 @@ struct Repair {
 // Throws Error when this is no archive or it cannot be written.
 Repair RepairArchive(std::unique_ptr<RandomFile> file);
 
-// An archive, which is repaired first where that is needed; `repair` then says what was done.
-// Throws Error.
+// An archive, which is repaired first where that is needed; `repair` then says what was done. Where
+// the disk is full or read-only the repair is for this reader only. Throws Error.
 std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
                                    std::optional<Repair>& repair);
 

@@ -37,13 +37,13 @@ bool BeginEntry(zipFile zip, const ZipEntry& entry, bool raw) {
 void FinishZip(zipFile zip, ArchiveStream& stream, uint64_t count) {
   constexpr uint64_t kEnd = 22;
   const uint64_t directory = stream.place();
+  stream.Set(ArchiveStream::Writes::kHeld);
   if (zipClose(zip, "") != ZIP_OK) Fail(stream.Problem());
   if (count > kMostCounted && directory < kNarrowest) {
     const uint64_t end = stream.place() - kEnd;
     stream.Cut(end);
     stream.Write(DirectoryEnd(count, directory, end - directory));
   }
-  stream.Flush();
 }
 
 ZipWriter::ZipWriter(std::unique_ptr<RandomFile> file, uint64_t count) : stream_(std::move(file)) {
@@ -113,8 +113,8 @@ void ZipWriter::ReturnTo(const Mark& mark) {
   if (zip_ == nullptr) return;
   stream_.Set(ArchiveStream::Writes::kDropped);
   zipCloseFileInZip(zip_);  // fails when none is open
-  stream_.Set(ArchiveStream::Writes::kHeld);
   stream_.Cut(mark.end);
+  stream_.Set(ArchiveStream::Writes::kHeld);
   zipClose(zip_, "");
   const std::string records = stream_.ReadText(mark.end, stream_.Size() - mark.end);
   const size_t kept = SizeOfRecords(records, mark.count);
@@ -146,6 +146,7 @@ void ZipWriter::TakeBack() {
 void ZipWriter::Finish() {
   Flush();
   FinishZip(std::exchange(zip_, nullptr), stream_, now_.count);
+  stream_.Flush();
 }
 
 }  // namespace quellix

@@ -13,8 +13,7 @@ namespace quellix {
 
 // Begins an entry behind the others; with `raw` its data come packed. False when that failed.
 bool BeginEntry(zipFile zip, const ZipEntry& entry, bool raw);
-// Writes the directory of `count` records and closes `zip`, and makes all of it durable. Throws
-// Error.
+// Closes `zip`, whose directory of `count` records stays in the stream's memory. Throws Error.
 void FinishZip(zipFile zip, ArchiveStream& stream, uint64_t count);
 
 // Fills one archive through minizip. minizip fills an entry's checksum and sizes into its header as

@@ -214,7 +214,7 @@ TEST_F(BackupTest, ARunFinishesItsArchiveAndSaysHowManyFilesItHolds) {
   engine.RunCleaning();
   ASSERT_TRUE(view.report);
   EXPECT_NE(view.report->log.find("Backed Up 1 file(s)"), std::string::npos) << view.report->log;
-  EXPECT_TRUE(ZipReader::Open(ports.files.Open(safe + OnlyArchive(), OpenMode::kRead)));
+  EXPECT_FALSE(backups.RepairIfNeeded(OnlyArchive()));
 }
 
 }  // namespace
