@@ -70,7 +70,7 @@ TEST_F(FrmMainTest, HeadingChecksItsGroupThenClearsIt) {
     for (const WPARAM key : {VK_RETURN, VK_SPACE}) {
       const int expected = key == VK_RETURN ? boxes : 0;
       window.PressKey(window.Control(group.heading), key);
-      EXPECT_TRUE(Await([&] { return CountChecked(window, group.first, group.last) == expected; }));
+      ASSERT_TRUE(Await([&] { return CountChecked(window, group.first, group.last) == expected; }));
     }
   }
   EXPECT_EQ(CountChecked(window, chkEmptyFiles, chkDeadShortcut), 0);
