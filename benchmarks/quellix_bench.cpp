@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "app/removal.h"
+#include "backup_bench.h"
 #include "engine.h"
 #include "search/drive_scan.h"
 #include "side_by_side.h"
@@ -57,6 +58,7 @@ class Bench {
         machine_(TestMachine::Create()),
         ports_(machine_->machine()),
         settings_(ports_),
+        backup_(ports_, state_.Backup),
         context_{ports_, settings_, state_, view_, backup_} {
     for (const auto& entry : fs::recursive_directory_iterator(home)) {
       if (entry.path().filename() == "Scratch") scratch_ = entry.path();
@@ -150,7 +152,7 @@ class Bench {
   Settings settings_;
   RunState state_;
   QuietView view_;
-  NoBackupArchive backup_;
+  ModZip backup_;
   CleaningContext context_;
   fs::path scratch_;
   std::string folder_;
@@ -182,6 +184,7 @@ int main(int argc, char** argv) {
     quellix::SideBySide table;
     quellix::InFolder(argv[1], [&](const auto& home) { quellix::Bench(home, table).Trees(); });
     quellix::InFolder(argv[2], [&](const auto& home) { quellix::Bench(home, table).Wipe(); });
+    quellix::InFolder(argv[2], [&](const auto& home) { quellix::MeasureBackups(home, table); });
     return table.ExitCode();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quellix_bench: %s\n", error.what());
