@@ -57,6 +57,7 @@ class Bench {
         machine_(TestMachine::Create()),
         ports_(machine_->machine()),
         settings_(ports_),
+        backup_(ports_, state_.Backup),
         context_{ports_, settings_, state_, view_, backup_} {
     for (const auto& entry : fs::recursive_directory_iterator(home)) {
       if (entry.path().filename() == "Scratch") scratch_ = entry.path();
@@ -150,7 +151,7 @@ class Bench {
   Settings settings_;
   RunState state_;
   QuietView view_;
-  NoBackupArchive backup_;
+  ModZip backup_;
   CleaningContext context_;
   fs::path scratch_;
   std::string folder_;

@@ -92,9 +92,9 @@ void Removal(SideBySide& table, TestMachine& machine) {
   const Machine ports = machine.machine();
   const std::string folder = machine.Scratch() + "tree\\";
   PumpingView view;
-  NoBackupArchive backup;
   Settings settings(ports);
   RunState state;
+  ModZip backup(ports, state.Backup);
   CleaningContext context{ports, settings, state, view, backup};
   table.Compare(
       "remove 20,000 files / cmd /c del /s /q", 1.0, 3,

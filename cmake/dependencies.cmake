@@ -37,6 +37,17 @@ if(NOT WIN32)
     message(STATUS "No hivex: only the engine and its portable tests are built")
   endif()
 endif()
+
+# Archives need zlib. Natively there is no engine without it, only its portable parts.
+find_package(ZLIB)
+if(NOT ZLIB_FOUND)
+  set(QUELLIX_MACHINE OFF)
+  message(STATUS "No zlib: only the engine's portable parts and their tests are built")
+  if(WIN32)
+    message(FATAL_ERROR "zlib for Windows is missing: the package libz-mingw-w64-dev")
+  endif()
+endif()
+
 if(QUELLIX_MACHINE AND EXISTS /usr/include/CLI/CLI.hpp)
   set(QUELLIX_CONSOLE ON)
 else()

@@ -5,7 +5,15 @@
 namespace quellix {
 
 Engine::Engine(const Machine& machine, RunView& view)
-    : machine_(machine), settings_(machine), context_{machine, settings_, state_, view, backup_} {}
+    : machine_(machine),
+      settings_(machine),
+      backup_(machine, state_.Backup),
+      context_{machine, settings_, state_, view, backup_} {
+  backup_.OnPause([this] {
+    context_.view.Yield();
+    return state_.AbortRequested;
+  });
+}
 
 std::string Engine::Load() {
   std::string problems;

@@ -7,6 +7,7 @@
 #include "app/item_catalogue.h"
 #include "app/selection.h"
 #include "app/settings.h"
+#include "backup/mod_zip.h"
 
 namespace quellix {
 
@@ -39,7 +40,7 @@ class Engine {
   RunState state_;
   Selection selection_;
   GeneralSettings general_;
-  NoBackupArchive backup_;
+  ModZip backup_;
   CleaningContext context_;
 };
 

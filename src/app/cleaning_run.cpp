@@ -45,7 +45,15 @@ void AbortRun(CleaningContext& context, std::string_view message) {
   context.view.SetCommands({});
 }
 
+// The archive's directory is written last; without it the archive is repaired when it is opened.
+void CloseBackup(CleaningContext& context) {
+  if (context.backup.Close()) return;
+  context.state.RunLog.append("The backup archive could not be finished: ");
+  context.state.RunLog.append(context.backup.Problem()).append("\r\n");
+}
+
 void FinishRun(CleaningContext& context) {
+  CloseBackup(context);
   context.view.ShowCurrentItem(nullptr);
   context.view.SetCommands({});
   if (!context.state.AbortRequested && !context.state.Hidden) {

@@ -6,6 +6,7 @@
 #include <numeric>
 #include <vector>
 
+#include "app/backup_step.h"
 #include "app/random_source.h"
 #include "app/run_steps.h"
 #include "platform/error.h"
@@ -59,14 +60,18 @@ std::string RenamedForWipe(CleaningContext& context, std::string_view path) {
   return renamed;
 }
 
-void BackUp(CleaningContext& context, std::string_view path) {
-  RunState& state = context.state;
-  const std::string_view letter = path.substr(0, 1);
-  if (!EqualsNoCase(letter, state.BackupDrive)) {
-    context.backup.MakeBackupArchiveName(state.BackupFolder, std::string(letter) + "_");
-    state.BackupDrive = letter;
-  }
-  if (context.backup.BackupFile(path)) ++state.FilesBackedUp;
+// Whether or not it was archived, unless the user wants it otherwise.
+bool RemoveWithBackup(CleaningContext& context, std::string_view path) {
+  if (IsInBackupFolder(context.state, path)) return false;
+  BackupBatch batch(context);
+  batch.Add(path, 0);
+  if (context.state.AbortRequested) return false;
+  bool removed = false;
+  batch.Remove([&](std::string_view, uint64_t) {
+    context.machine.files.RemoveFile(path);
+    removed = true;
+  });
+  return removed;
 }
 
 bool RemoveByMode(CleaningContext& context, std::string_view path) {
@@ -83,9 +88,7 @@ bool RemoveByMode(CleaningContext& context, std::string_view path) {
       files.SetAttributes(path, kNormal);
       return WipeFile(context, path);
     case kBackUp:
-      BackUp(context, path);
-      files.RemoveFile(path);  // whether or not it was archived
-      return true;
+      return RemoveWithBackup(context, path);
     default:
       return false;
   }
@@ -106,6 +109,28 @@ void StartProgress(CleaningContext& context) {
   state.Progress.max = std::max(state.ProgressCounter + 1, files);
   state.Progress.value = 0;
   context.view.SetProgress(state.Progress);
+}
+
+void ShowProgress(CleaningContext& context, size_t done) {
+  context.state.Progress.value = static_cast<int32_t>(done);
+  context.view.SetProgress(context.state.Progress);
+}
+
+// The user has stopped: what was archived and is still there stays.
+void Abandon(CleaningContext& context) {
+  context.backup.DeleteBackupArchive();
+  EndRun(context, "Aborted by user");
+}
+
+void RemoveBatch(CleaningContext& context, BackupBatch& batch) {
+  batch.Remove([&](std::string_view path, uint64_t bytes) {
+    try {
+      context.machine.files.RemoveFile(path);
+      CountRemoved(context.state, static_cast<double>(bytes));
+    } catch (const std::exception&) {
+      context.state.SomeFilesLocked = true;
+    }
+  });
 }
 
 // Indexes of PendingFolders, deepest first, otherwise in list order.
@@ -149,22 +174,25 @@ bool RemoveFile(CleaningContext& context, std::string_view path) {
 void RemovePendingFiles(CleaningContext& context) {
   RunState& state = context.state;
   StartProgress(context);
+  BackupBatch batch(context);
   std::string status;
   for (size_t i = 0; i < state.PendingFiles.size(); ++i) {
-    if (StoppedAtPause(context)) {
-      context.backup.DeleteBackupArchive();
-      EndRun(context, "Aborted by user");
-      return;
-    }
+    if (StoppedAtPause(context)) return Abandon(context);
     const std::string_view path = state.PendingFiles[i];
     const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kKind);
+    const uint64_t bytes = info ? info->size : 0;
     context.view.SetStatus(status.assign("Deleting file: ").append(path));
-    if (RemoveFile(context, path)) {
-      CountRemoved(state, info ? static_cast<double>(info->size) : 0);
+    if (state.RemovalMode != kBackUp) {
+      if (RemoveFile(context, path)) CountRemoved(state, static_cast<double>(bytes));
+    } else if (!IsInBackupFolder(state, path)) {
+      if (!batch.FitsDriveOf(path)) RemoveBatch(context, batch);
+      batch.Add(path, bytes);
+      if (state.AbortRequested) return Abandon(context);
+      if (batch.IsFull()) RemoveBatch(context, batch);
     }
-    state.Progress.value = static_cast<int32_t>(i + 1);
-    context.view.SetProgress(state.Progress);
+    ShowProgress(context, i + 1);
   }
+  RemoveBatch(context, batch);
 }
 
 void RemovePendingFolders(CleaningContext& context) {

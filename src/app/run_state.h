@@ -6,6 +6,7 @@
 
 #include "app/path_list.h"
 #include "app/views.h"
+#include "backup/backup_archive.h"
 
 namespace quellix {
 
@@ -19,6 +20,7 @@ struct RunState {
   uint8_t RenameBeforeDelete = 0;  // only 1 renames
   uint64_t WipeStep = 1;           // bytes overwritten at a time
   std::string BackupFolder;        // ends in "\"
+  BackupOptions Backup;
 
   int16_t FixedRemovalMode = 0;  // chosen for this program run; 0: as the settings say
   bool Hidden = false;           // nobody is watching: nothing waits for a person

@@ -37,7 +37,7 @@ class Settings {
   void RequireReadable() const;
 
   GeneralSettings LoadGeneralSettings() const;
-  // Sets the removal mode, its options and the backup folder.
+  // Sets the removal mode, its options, the backup folder and its options.
   void LoadDeletionSettings(RunState& state) const;
 
   // LastCleaned: reading gives nothing unless it is a date in the user's form.

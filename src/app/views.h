@@ -54,4 +54,21 @@ class RunView {
   virtual void ShowReport(const RunReport& report) = 0;  // the log window
 };
 
+enum class OverwriteAnswer { kYes, kNo, kAll, kNone, kCancel };
+
+// What a command asks its user.
+class Prompts {
+ public:
+  virtual ~Prompts() = default;
+  // Whether a restored file may replace the one at `path`; kAll and kNone answer for the files that
+  // follow as well.
+  virtual OverwriteAnswer AskOverwrite(std::string_view path) = 0;
+};
+
+// Where nobody can be asked: nothing is overwritten.
+class NoPrompts : public Prompts {
+ public:
+  OverwriteAnswer AskOverwrite(std::string_view) override { return OverwriteAnswer::kNone; }
+};
+
 }  // namespace quellix

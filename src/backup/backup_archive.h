@@ -1,29 +1,36 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace quellix {
 
-// Where the removal mode "back up, then delete" puts files before they go.
+// What the user chose for backups (section Backup of Settings.ini).
+struct BackupOptions {
+  bool strict = false;         // a file that could not be archived stays
+  bool keep_on_abort = false;  // a stopped run leaves its archive
+};
+
+// Where the removal mode "back up, then delete" puts files before they go. No function throws.
 class BackupArchive {
  public:
   virtual ~BackupArchive() = default;
 
-  // Starts a new archive in `folder` (ends in "\") whose name begins with `prefix`.
+  // Starts a new archive in `folder` (ends in "\") whose name begins with `prefix`; the one before
+  // is finished. The archive and its folder are made with the first file.
   virtual void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) = 0;
-  // Adds one file; false when that failed. Throws NotAvailable when the program cannot archive at
-  // all: the file must then stay.
+  // Adds one file; false when that failed, for the reason in Problem.
   virtual bool BackupFile(std::string_view path) = 0;
-  // Deletes the archive being filled, if any; failures are ignored.
+  // Brings the files added since the last call onto the disk: not before that may they be removed.
+  // False when some did not get there; then all of them are to be taken as not archived.
+  virtual bool Flush() = 0;
+  // Deletes the archive being filled, if any; failures are ignored. Files that an earlier run put
+  // into it stay in it. With keep_on_abort it is finished instead.
   virtual void DeleteBackupArchive() = 0;
-};
-
-// Stands in until archives can be written: refuses, so that nothing goes without its backup.
-class NoBackupArchive : public BackupArchive {
- public:
-  void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override;
-  bool BackupFile(std::string_view path) override;
-  void DeleteBackupArchive() override {}
+  // Finishes the archive being filled, if any; false when that failed.
+  virtual bool Close() = 0;
+  // Why the last failing call failed.
+  virtual std::string_view Problem() const = 0;
 };
 
 }  // namespace quellix

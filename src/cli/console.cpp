@@ -5,6 +5,7 @@
 #include <iostream>
 #include <map>
 
+#include "cli/backup_commands.h"
 #include "cli/console_view.h"
 #include "engine.h"
 #include "platform/error.h"
@@ -20,7 +21,7 @@ struct CleanOptions {
 };
 
 const std::map<std::string, int16_t> kMethods = {
-    {"delete", kDelete}, {"recycle", kRecycle}, {"wipe", kWipe}};
+    {"backup", kBackUp}, {"delete", kDelete}, {"recycle", kRecycle}, {"wipe", kWipe}};
 
 int Fail(std::string_view sentence, ExitCode code) {
   std::cerr << "quellixctl: " << sentence << std::endl;
@@ -70,7 +71,20 @@ int Clean(const CleanOptions& options, const ConsolePlatform& platform) {
   return ExitCodeOf(engine.state());
 }
 
-CLI::App* AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& platform) {
+void AddMachineOptions(CLI::App& command, MachineOptions& machine,
+                       const ConsolePlatform& platform) {
+  command.add_option("--settings", machine.settings, "Folder of Settings.ini and the lists")
+      ->type_name("DIR");
+  if (!platform.works_on_volumes) return;
+  command.add_option("--volume", machine.volume, "Folder the Windows volume is mounted in")
+      ->required()
+      ->type_name("DIR");
+  command.add_option("--drive", machine.drives, "A further drive of that Windows")
+      ->type_name("D:=DIR");
+  command.add_option("--user", machine.user, "Whose traces to clean")->type_name("NAME");
+}
+
+void AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& platform) {
   CLI::App* const clean = app.add_subcommand("clean", "Clean the named items");
   clean->add_option("--item", options.items, "Keys of the items, as \"items\" lists them")
       ->required()
@@ -79,16 +93,7 @@ CLI::App* AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& 
   for (const auto& [name, mode] : kMethods) methods.push_back(name);
   clean->add_option("--method", options.method, "How files are removed (else as the settings say)")
       ->check(CLI::IsMember(methods));
-  clean->add_option("--settings", options.machine.settings, "Folder of Settings.ini and the lists")
-      ->type_name("DIR");
-  if (!platform.works_on_volumes) return clean;
-  clean->add_option("--volume", options.machine.volume, "Folder the Windows volume is mounted in")
-      ->required()
-      ->type_name("DIR");
-  clean->add_option("--drive", options.machine.drives, "A further drive of that Windows")
-      ->type_name("D:=DIR");
-  clean->add_option("--user", options.machine.user, "Whose traces to clean")->type_name("NAME");
-  return clean;
+  AddMachineOptions(*clean, options.machine, platform);
 }
 
 }  // namespace
@@ -99,6 +104,9 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   CleanOptions options;
   const CLI::App* const items = app.add_subcommand("items", "List the items that can be cleaned");
   AddClean(app, options, platform);
+  BackupCommands backup(app, [&](CLI::App& command, MachineOptions& machine) {
+    AddMachineOptions(command, machine, platform);
+  });
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
   try {
     app.parse(arguments);
@@ -106,6 +114,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
     return app.exit(error, std::cout, std::cerr) == 0 ? kDone : kWrongUsage;
   }
   try {
+    if (backup.parsed()) return backup.Run(platform);
     return items->parsed() ? ListItems() : Clean(options, platform);
   } catch (const std::exception& error) {
     return Fail(error.what(), kFailed);

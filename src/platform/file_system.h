@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -38,16 +39,37 @@ enum class Detail { kKind, kFull };
 // Returns false to end the enumeration.
 using EntryVisitor = std::function<bool(const Entry&)>;
 
-// One open file, for overwriting in place. Closes itself.
+// FILETIMEs; 0 is a time that is unknown, or that is left as it is.
+struct FileTimes {
+  int64_t created = 0;
+  int64_t last_access = 0;
+  int64_t last_write = 0;
+};
+
+enum class OpenMode {
+  kRead,           // an existing file; others may write and remove it meanwhile
+  kWrite,          // an existing file, for overwriting; it need not be readable
+  kReadAndCreate,  // for reading and writing, by one at a time; made, empty and at once on the
+                   // disk, when missing
+};
+
+// One open file, used in place. Closes itself. All functions but Size throw Error.
 class RandomFile {
  public:
   virtual ~RandomFile() = default;
   virtual uint64_t Size() const = 0;  // bytes, when it was opened
-  // Overwrites bytes from `offset` (0-based). Throws Error; bytes before the failure may be
-  // written.
+  // Fills `buffer` from `offset` (0-based); the bytes read, fewer only at the end of the file.
+  virtual size_t Read(uint64_t offset, std::span<char> buffer) = 0;
+  // Overwrites bytes from `offset`, or adds them behind the end. After a failure the bytes before
+  // it may be written.
   virtual void Write(uint64_t offset, std::string_view bytes) = 0;
-  // Returns when everything written is on the disk. Throws Error.
+  // Cuts off what lies behind `size` bytes, or fills up with zeros.
+  virtual void Resize(uint64_t size) = 0;
+  // Returns when everything written is on the disk.
   virtual void Flush() = 0;
+  virtual FileTimes Times() = 0;
+  // Later writes move the times on. A time the medium does not keep is ignored.
+  virtual void SetTimes(const FileTimes& times) = 0;
 };
 
 // The files of one machine. Paths are full Windows paths in UTF-8 ("C:\Temp\a.txt"), of any length;
@@ -86,8 +108,14 @@ class FileSystem {
   // Renames within one drive; fails when `to` exists.
   virtual void Rename(std::string_view from, std::string_view to) = 0;
 
-  // Opens an existing file, never through a link, for overwriting. Throws Error.
-  virtual std::unique_ptr<RandomFile> OpenForWrite(std::string_view path) = 0;
+  // Opens a file, never through a link. Throws Error.
+  virtual std::unique_ptr<RandomFile> Open(std::string_view path, OpenMode mode) = 0;
+  std::unique_ptr<RandomFile> OpenForWrite(std::string_view path) {
+    return Open(path, OpenMode::kWrite);
+  }
+
+  // Makes one folder in an existing one; it may exist already.
+  virtual void CreateFolder(std::string_view path) = 0;
 
   // A whole file's bytes; nothing when it is missing. Throws Error when it cannot be read or is
   // larger than `limit` bytes.
@@ -103,5 +131,8 @@ class FileSystem {
   // fails with kDenied. One anchor holds until the next; "" drops it.
   virtual void Anchor(std::string_view folder) = 0;
 };
+
+// Makes a folder with those above it; it may exist already. Throws Error.
+void MakeFolders(FileSystem& files, std::string_view folder);
 
 }  // namespace quellix

@@ -24,7 +24,8 @@ class RunFixture : public ::testing::Test {
         temp(ports.system.TempFolder()),
         engine(ports, view),
         settings(ports),
-        context{ports, settings, engine.state(), view, no_backup} {}
+        mod_zip(ports, engine.state().Backup),
+        context{ports, settings, engine.state(), view, mod_zip} {}
 
   void WriteSettings(const std::string& text) {
     ports.files.WriteWholeFile(ports.program_folder + "\\Settings.ini", text);
@@ -55,7 +56,7 @@ class RunFixture : public ::testing::Test {
   ScriptedView view;
   Engine engine;
   Settings settings;
-  NoBackupArchive no_backup;
+  ModZip mod_zip;
   CleaningContext context;
 };
 

@@ -9,11 +9,6 @@
 namespace quellix {
 namespace {
 
-int64_t ToFileTime(const timespec& time) {
-  constexpr int64_t kSecondsTo1970 = 11644473600;
-  return (time.tv_sec + kSecondsTo1970) * 10'000'000 + time.tv_nsec / 100;
-}
-
 constexpr std::array<bool, 256> MakeForbidden() {
   std::array<bool, 256> forbidden = {};
   for (size_t c = 0; c < 32; ++c) forbidden[c] = true;
@@ -22,6 +17,11 @@ constexpr std::array<bool, 256> MakeForbidden() {
 }
 
 }  // namespace
+
+int64_t ToFileTime(const timespec& time) {
+  constexpr int64_t kSecondsTo1970 = 11644473600;
+  return (time.tv_sec + kSecondsTo1970) * 10'000'000 + time.tv_nsec / 100;
+}
 
 bool LeadsToFolder(const Located& link, const AttributeSupport& support) {
   struct stat target;

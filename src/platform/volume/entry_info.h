@@ -11,6 +11,9 @@ FileInfo MakeInfo(const Located& entry, AttributeSupport& support, Detail detail
 // Whether a link leads to a folder; its target is asked for its kind only.
 bool LeadsToFolder(const Located& link, const AttributeSupport& support);
 
+// A time of this system as FILETIME.
+int64_t ToFileTime(const timespec& time);
+
 // Whether a name of the disk could exist on Windows.
 bool IsWindowsName(std::string_view name);
 

@@ -1,15 +1,29 @@
 // Reading, overwriting and replacing whole files of a volume.
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/xattr.h>
 
 #include <cerrno>
 
 #include "platform/path.h"
+#include "platform/volume/entry_info.h"
 #include "platform/volume/volume_error.h"
 #include "platform/volume/volume_file_system.h"
 
 namespace quellix {
 namespace {
+
+constexpr const char* kCreatedName = "system.ntfs_crtime";
+
+// A FILETIME of 0 leaves the time as it is.
+timespec ToTimespec(int64_t filetime) {
+  constexpr int64_t kSecondsTo1970 = 11644473600;
+  if (filetime == 0) return {0, UTIME_OMIT};
+  timespec time;
+  time.tv_sec = filetime / 10'000'000 - kSecondsTo1970;
+  time.tv_nsec = filetime % 10'000'000 * 100;
+  return time;
+}
 
 // errno of a failure, or 0.
 int WriteAll(int fd, std::string_view bytes, off_t offset) {
@@ -29,20 +43,58 @@ class VolumeRandomFile : public RandomFile {
       : fd_(std::move(fd)), size_(size), path_(path) {}
 
   uint64_t Size() const override { return size_; }
+  size_t Read(uint64_t offset, std::span<char> buffer) override;
   void Write(uint64_t offset, std::string_view bytes) override {
     if (const int code = WriteAll(fd_.get(), bytes, static_cast<off_t>(offset))) {
       ThrowErrno(code, path_);
     }
   }
-  void Flush() override {
-    if (fdatasync(fd_.get()) != 0) ThrowErrno(errno, path_);
-  }
+  void Resize(uint64_t size) override { Check(ftruncate(fd_.get(), static_cast<off_t>(size))); }
+  void Flush() override { Check(fdatasync(fd_.get())); }
+  FileTimes Times() override;
+  void SetTimes(const FileTimes& times) override;
 
  private:
+  void Check(int result) {
+    if (result != 0) ThrowErrno(errno, path_);
+  }
+
   UniqueFd fd_;
   uint64_t size_;
   std::string path_;
 };
+
+size_t VolumeRandomFile::Read(uint64_t offset, std::span<char> buffer) {
+  size_t filled = 0;
+  while (filled < buffer.size()) {
+    const ssize_t got = pread(fd_.get(), buffer.data() + filled, buffer.size() - filled,
+                              static_cast<off_t>(offset + filled));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) ThrowErrno(errno, path_);
+    if (got == 0) break;
+    filled += static_cast<size_t>(got);
+  }
+  return filled;
+}
+
+FileTimes VolumeRandomFile::Times() {
+  struct stat status;
+  Check(fstat(fd_.get(), &status));
+  FileTimes times{0, ToFileTime(status.st_atim), ToFileTime(status.st_mtim)};
+  int64_t created = 0;  // NTFS drivers alone tell it and let it be set
+  if (fgetxattr(fd_.get(), kCreatedName, &created, sizeof created) == sizeof created) {
+    times.created = created;
+  }
+  return times;
+}
+
+void VolumeRandomFile::SetTimes(const FileTimes& times) {
+  if (times.created != 0) {
+    fsetxattr(fd_.get(), kCreatedName, &times.created, sizeof times.created, XATTR_REPLACE);
+  }
+  const timespec both[] = {ToTimespec(times.last_access), ToTimespec(times.last_write)};
+  Check(futimens(fd_.get(), both));
+}
 
 // Opens a regular file itself; others (pipes, devices, folders) are refused without waiting.
 UniqueFd OpenRegular(const Located& entry, int flags, std::string_view path, struct stat& status) {
@@ -51,6 +103,16 @@ UniqueFd OpenRegular(const Located& entry, int flags, std::string_view path, str
       openat(entry.folder.get(), entry.name.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!fd || fstat(fd.get(), &status) != 0) ThrowErrno(errno, path);
   if (!S_ISREG(status.st_mode)) ThrowErrno(EACCES, path);
+  return fd;
+}
+
+// Makes an empty file whose name is on the disk at once.
+UniqueFd CreateRegular(const Located& entry, std::string_view path, struct stat& status) {
+  UniqueFd fd(openat(entry.folder.get(), entry.name.c_str(),
+                     O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
+  if (!fd || fstat(fd.get(), &status) != 0) ThrowErrno(errno, path);
+  const UniqueFd folder(openat(entry.folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder || fsync(fd.get()) != 0 || fsync(folder.get()) != 0) ThrowErrno(errno, path);
   return fd;
 }
 
@@ -110,11 +172,22 @@ class TemporaryFile {
 
 }  // namespace
 
-std::unique_ptr<RandomFile> VolumeFileSystem::OpenForWrite(std::string_view path) {
+std::unique_ptr<RandomFile> VolumeFileSystem::Open(std::string_view path, OpenMode mode) {
   struct stat status;
-  UniqueFd fd = OpenRegular(Need(path), O_WRONLY, path, status);
-  return std::make_unique<VolumeRandomFile>(std::move(fd), static_cast<uint64_t>(status.st_size),
-                                            path);
+  const auto opened = [&](UniqueFd fd) {
+    const auto size = static_cast<uint64_t>(status.st_size);
+    return std::make_unique<VolumeRandomFile>(std::move(fd), size, path);
+  };
+  if (mode == OpenMode::kRead) return opened(OpenRegular(Need(path), O_RDONLY, path, status));
+  if (mode == OpenMode::kWrite) return opened(OpenRegular(Need(path), O_WRONLY, path, status));
+  bool exists = false;
+  const Located entry = NeedNew(path, exists);
+  UniqueFd fd =
+      exists ? OpenRegular(entry, O_RDWR, path, status) : CreateRegular(entry, path, status);
+  // Held as long as the file is open: two writers at once would undo each other's work.
+  if (flock(fd.get(), LOCK_EX | LOCK_NB) != 0)
+    ThrowErrno(errno == EWOULDBLOCK ? EBUSY : errno, path);
+  return opened(std::move(fd));
 }
 
 UniqueFd VolumeFileSystem::OpenForRead(std::string_view path) {

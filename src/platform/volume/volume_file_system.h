@@ -34,7 +34,8 @@ class VolumeFileSystem : public FileSystem {
   void RemoveFile(std::string_view path) override;
   void RemoveFolder(std::string_view path) override;
   void Rename(std::string_view from, std::string_view to) override;
-  std::unique_ptr<RandomFile> OpenForWrite(std::string_view path) override;
+  std::unique_ptr<RandomFile> Open(std::string_view path, OpenMode mode) override;
+  void CreateFolder(std::string_view path) override;
   std::optional<std::string> ReadWholeFile(std::string_view path,
                                            uint64_t limit = 16u << 20) override;
   void WriteWholeFile(std::string_view path, std::string_view bytes) override;
@@ -46,8 +47,6 @@ class VolumeFileSystem : public FileSystem {
 
   // Beyond the port, for the machine's own use; all throw Error.
 
-  // Makes one folder in an existing one; it may exist.
-  void CreateFolder(std::string_view path);
   // An open file, not through a link; none when it is missing.
   UniqueFd OpenForRead(std::string_view path);
   // Creates or replaces a file in one step: `fill` writes the new one. Owner, mode and extended

@@ -133,9 +133,18 @@ void Win32FileSystem::Rename(std::string_view from, std::string_view to) {
   if (!MoveFileExW(wide_from.c_str(), wide_to.c_str(), 0)) ThrowLastError("rename", from);
 }
 
-std::unique_ptr<RandomFile> Win32FileSystem::OpenForWrite(std::string_view path) {
+std::unique_ptr<RandomFile> Win32FileSystem::Open(std::string_view path, OpenMode mode) {
   anchor_.CheckParentOf(path);
-  return std::make_unique<Win32RandomFile>(path);
+  return std::make_unique<Win32RandomFile>(path, mode);
+}
+
+void Win32FileSystem::CreateFolder(std::string_view path) {
+  const std::wstring wide = WidePath("make", path);
+  anchor_.CheckParentOf(path);
+  if (CreateDirectoryW(wide.c_str(), nullptr)) return;
+  const DWORD error = GetLastError();
+  const auto info = LookAt(wide);
+  if (!info || !info->is_folder || info->is_link) throw WindowsError(error, "make", path);
 }
 
 std::optional<std::string> Win32FileSystem::ReadWholeFile(std::string_view path, uint64_t limit) {

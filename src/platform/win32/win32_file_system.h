@@ -20,7 +20,8 @@ class Win32FileSystem : public FileSystem {
   void RemoveFile(std::string_view path) override;
   void RemoveFolder(std::string_view path) override;
   void Rename(std::string_view from, std::string_view to) override;
-  std::unique_ptr<RandomFile> OpenForWrite(std::string_view path) override;
+  std::unique_ptr<RandomFile> Open(std::string_view path, OpenMode mode) override;
+  void CreateFolder(std::string_view path) override;
   std::optional<std::string> ReadWholeFile(std::string_view path, uint64_t limit) override;
   void WriteWholeFile(std::string_view path, std::string_view bytes) override;
   void Anchor(std::string_view folder) override { anchor_.Set(folder); }

@@ -29,6 +29,14 @@ uint64_t SizeOf(const UniqueFile& file, std::string_view action, std::string_vie
   return static_cast<uint64_t>(size.QuadPart);
 }
 
+int64_t FromFileTime(const FILETIME& time) {
+  return static_cast<int64_t>(uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
+}
+
+FILETIME ToFileTime(int64_t time) {
+  return {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+}
+
 OVERLAPPED At(uint64_t offset) {
   OVERLAPPED position{};
   position.Offset = static_cast<DWORD>(offset);
@@ -67,10 +75,13 @@ void WriteNew(const std::wstring& wide, std::string_view path, std::string_view 
 
 }  // namespace
 
-Win32RandomFile::Win32RandomFile(std::string_view path) : path_(path) {
+Win32RandomFile::Win32RandomFile(std::string_view path, OpenMode mode) : path_(path) {
   const std::wstring wide = WidePath("open", path);
-  constexpr DWORD kAccess = GENERIC_READ | GENERIC_WRITE;
-  file_.Reset(CreateFileW(wide.c_str(), kAccess, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+  const bool reads = mode == OpenMode::kRead;
+  // Restored times are set through the same handle, which GENERIC_WRITE includes.
+  file_.Reset(CreateFileW(wide.c_str(), GENERIC_READ | (reads ? 0 : GENERIC_WRITE),
+                          reads ? kShareAll : FILE_SHARE_READ, nullptr,
+                          mode == OpenMode::kReadAndCreate ? OPEN_ALWAYS : OPEN_EXISTING,
                           FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
   if (!file_) ThrowLastError("open", path);
   RefuseLink(file_, path);
@@ -79,6 +90,46 @@ Win32RandomFile::Win32RandomFile(std::string_view path) : path_(path) {
 
 void Win32RandomFile::Write(uint64_t offset, std::string_view bytes) {
   WriteAt(file_, offset, bytes, path_);
+}
+
+size_t Win32RandomFile::Read(uint64_t offset, std::span<char> buffer) {
+  size_t filled = 0;
+  while (filled < buffer.size()) {
+    const auto part = static_cast<DWORD>(std::min<uint64_t>(buffer.size() - filled, kChunk));
+    OVERLAPPED position = At(offset + filled);
+    DWORD got = 0;
+    if (!ReadFile(file_.Get(), buffer.data() + filled, part, &got, &position)) {
+      if (GetLastError() == ERROR_HANDLE_EOF) break;
+      ThrowLastError("read", path_);
+    }
+    if (got == 0) break;
+    filled += got;
+  }
+  return filled;
+}
+
+void Win32RandomFile::Resize(uint64_t size) {
+  LARGE_INTEGER end;
+  end.QuadPart = static_cast<LONGLONG>(size);
+  if (!SetFilePointerEx(file_.Get(), end, nullptr, FILE_BEGIN) || !SetEndOfFile(file_.Get())) {
+    ThrowLastError("write", path_);
+  }
+}
+
+FileTimes Win32RandomFile::Times() {
+  FILETIME created, last_access, last_write;
+  if (!GetFileTime(file_.Get(), &created, &last_access, &last_write)) ThrowLastError("read", path_);
+  return {FromFileTime(created), FromFileTime(last_access), FromFileTime(last_write)};
+}
+
+void Win32RandomFile::SetTimes(const FileTimes& times) {
+  const FILETIME created = ToFileTime(times.created), last_access = ToFileTime(times.last_access),
+                 last_write = ToFileTime(times.last_write);
+  if (!SetFileTime(file_.Get(), times.created != 0 ? &created : nullptr,
+                   times.last_access != 0 ? &last_access : nullptr,
+                   times.last_write != 0 ? &last_write : nullptr)) {
+    ThrowLastError("change", path_);
+  }
 }
 
 void Win32RandomFile::Flush() {

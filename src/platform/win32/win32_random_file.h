@@ -9,15 +9,19 @@
 
 namespace quellix {
 
-// One file open for overwriting; others may read it meanwhile, nobody may write or remove it.
+// One open file. While it is open for writing others may read it, nobody may write or remove it.
 class Win32RandomFile : public RandomFile {
  public:
   // Throws Error, also for a link.
-  explicit Win32RandomFile(std::string_view path);
+  Win32RandomFile(std::string_view path, OpenMode mode);
 
   uint64_t Size() const override { return size_; }
+  size_t Read(uint64_t offset, std::span<char> buffer) override;
   void Write(uint64_t offset, std::string_view bytes) override;
+  void Resize(uint64_t size) override;
   void Flush() override;
+  FileTimes Times() override;
+  void SetTimes(const FileTimes& times) override;
 
  private:
   std::string path_;

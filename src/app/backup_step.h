@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/context.h"
+
+namespace quellix {
+
+// Whether a path lies in the backup folder: what is archived there is never removed by a run that
+// backs up.
+bool IsInBackupFolder(const RunState& state, std::string_view path);
+
+// The files that were archived but not yet removed. They are removed together, once their archived
+// bytes are on the disk: bringing them there one by one would cost more than all the rest.
+class BackupBatch {
+ public:
+  explicit BackupBatch(CleaningContext& context) : context_(context) {}
+
+  // Archives a file. A path on another drive than the last one begins an archive of its own, for
+  // which the batch has to be empty.
+  void Add(std::string_view path, uint64_t bytes);
+  bool empty() const { return files_.empty(); }
+  // Whether it is time to remove: many files, or many bytes.
+  bool IsFull() const;
+  bool FitsDriveOf(std::string_view path) const;
+
+  // Brings the archive onto the disk and empties the batch. Calls remove(path, bytes) for each file
+  // that may go; counts those that were archived; the others, where they may not go, are said in
+  // the log and count as not removed.
+  using Removal = std::function<void(std::string_view path, uint64_t bytes)>;
+  void Remove(const Removal& remove);
+
+ private:
+  struct File {
+    std::string_view path;
+    uint64_t bytes;
+    bool archived;
+    std::string problem;
+  };
+
+  CleaningContext& context_;
+  std::vector<File> files_;
+  uint64_t bytes_ = 0;
+};
+
+}  // namespace quellix

@@ -1,0 +1,115 @@
+#include "backup/mod_zip.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+#include "backup/backup_names.h"
+#include "backup/zip_repair.h"
+#include "platform/error.h"
+#include "platform/path.h"
+
+namespace quellix {
+namespace {
+
+// From the two clocks, in quarters of an hour: no port tells the zone.
+int ZoneMinutes(const LocalTime& now) {
+  using namespace std::chrono;
+  const sys_days day{year(now.year) / month(static_cast<unsigned>(now.month)) /
+                     std::chrono::day(static_cast<unsigned>(now.day))};
+  const auto local = day + hours(now.hour) + minutes(now.minute) + seconds(now.second);
+  const auto apart = duration<double, std::ratio<60>>(local - system_clock::now());
+  return static_cast<int>(std::lround(apart.count() / 15)) * 15;
+}
+
+// "C:\Users\a" as "Users/a"; "\\server\share\a" as "server/share/a".
+std::string StoredName(std::string_view path) {
+  path.remove_prefix(std::min<size_t>(path.size(), path.starts_with("\\\\") ? 2 : 3));
+  std::string name(path);
+  std::replace(name.begin(), name.end(), '\\', '/');
+  return name;
+}
+
+}  // namespace
+
+ModZip::ModZip(const Machine& machine, const BackupOptions& options)
+    : files_(machine.files), system_(machine.system), options_(options) {}
+
+ModZip::~ModZip() { Close(); }
+
+bool ModZip::Try(const std::function<void()>& step) {
+  try {
+    step();
+    return true;
+  } catch (const std::exception& error) {
+    problem_ = error.what();
+    return false;
+  }
+}
+
+void ModZip::MakeBackupArchiveName(std::string_view folder, std::string_view prefix) {
+  Close();
+  const LocalTime now = system_.Now();
+  zone_minutes_ = ZoneMinutes(now);
+  archive_ = folder;
+  // A path on a server has no drive letter.
+  archive_ += BackupArchiveName(prefix.starts_with('\\') ? "_" : prefix, now);
+}
+
+void ModZip::OpenArchive() {
+  if (writer_) return;
+  if (archive_.empty()) throw Error(Error::Kind::kOther, "No archive was begun.");
+  ZipWriter::Content content;
+  MakeFolders(files_, FolderPart(archive_));
+  if (files_.Look(archive_)) {
+    std::optional<Repair> repair;
+    ZipDirectory directory = OpenDirectory(files_, archive_, repair);
+    content = {std::move(directory.records), directory.count, directory.offset};
+  }
+  was_there_ = content.count != 0;
+  writer_ = std::make_unique<ZipWriter>(files_.Open(archive_, OpenMode::kReadAndCreate),
+                                        std::move(content));
+}
+
+bool ModZip::BackupFile(std::string_view path) {
+  return Try([&] {
+    const std::optional<FileInfo> info = files_.Look(path);
+    if (!info) throw Error(Error::Kind::kMissing, "There is no such file.");
+    const auto source = files_.Open(path, OpenMode::kRead);
+    OpenArchive();
+    ZipEntry entry;
+    entry.name = StoredName(path);
+    entry.attributes = info->attributes;
+    entry.times = source->Times();
+    entry.dos_time = ToDosTime(entry.times.last_write, zone_minutes_);
+    writer_->Add(std::move(entry), *source, pause_);
+  });
+}
+
+bool ModZip::Flush() {
+  return Try([&] {
+    if (writer_) writer_->Flush();
+  });
+}
+
+bool ModZip::Close() {
+  const std::unique_ptr<ZipWriter> writer = std::move(writer_);
+  if (!writer) return true;
+  if (writer->count() != 0) return Try([&] { writer->Finish(); });
+  return true;
+}
+
+void ModZip::DeleteBackupArchive() {
+  if (!writer_) return;
+  if (options_.keep_on_abort) {
+    Close();
+  } else if (was_there_) {
+    writer_->TakeBack();
+    Close();
+  } else {
+    writer_.reset();
+    Try([&] { files_.RemoveFile(archive_); });
+  }
+}
+
+}  // namespace quellix

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "backup/backup_archive.h"
+#include "backup/zip_writer.h"
+#include "platform/machine.h"
+
+namespace quellix {
+
+// Backups as zip archives: one for each drive and run.
+class ModZip : public BackupArchive {
+ public:
+  // `options` are looked at when they matter. They and the ports must outlive this object.
+  ModZip(const Machine& machine, const BackupOptions& options);
+  // Finishes the archive.
+  ~ModZip() override;
+
+  // Called while a large file is archived; true gives that file up.
+  void OnPause(std::function<bool()> pause) { pause_ = std::move(pause); }
+
+  void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override;
+  bool BackupFile(std::string_view path) override;
+  bool Flush() override;
+  void DeleteBackupArchive() override;
+  bool Close() override;
+  std::string_view Problem() const override { return problem_; }
+
+ private:
+  void OpenArchive();
+  bool Try(const std::function<void()>& step);
+
+  FileSystem& files_;
+  System& system_;
+  const BackupOptions& options_;
+  std::function<bool()> pause_;
+  std::string archive_;  // full path; empty before the first name was made
+  std::unique_ptr<ZipWriter> writer_;
+  bool was_there_ = false;  // the archive held files before it was opened
+  int zone_minutes_ = 0;    // local time less UTC
+  std::string problem_;
+};
+
+}  // namespace quellix

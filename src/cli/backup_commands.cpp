@@ -1,0 +1,166 @@
+#include "cli/backup_commands.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <iomanip>
+#include <iostream>
+
+#include "app/settings.h"
+#include "backup/c_un_zip.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+class ConsolePrompts : public Prompts {
+ public:
+  OverwriteAnswer AskOverwrite(std::string_view path) override {
+    std::cerr << path << " is there already. Replace it? [y]es, [n]o, [a]ll, n[o]ne, [q]uit: "
+              << std::flush;
+    std::string line;
+    if (!std::getline(std::cin, line)) return OverwriteAnswer::kNone;
+    switch (line.empty() ? 'n' : line[0]) {
+      case 'y':
+        return OverwriteAnswer::kYes;
+      case 'a':
+        return OverwriteAnswer::kAll;
+      case 'o':
+        return OverwriteAnswer::kNone;
+      case 'q':
+        return OverwriteAnswer::kCancel;
+      default:
+        return OverwriteAnswer::kNo;
+    }
+  }
+};
+
+std::string Digits(const LocalTime& time) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", time.year, time.month, time.day,
+                time.hour, time.minute, time.second);
+  return text;
+}
+
+std::string Letters(uint32_t attributes) {
+  std::string letters = "----";
+  if (attributes & kReadOnly) letters[0] = 'R';
+  if (attributes & kHidden) letters[1] = 'H';
+  if (attributes & kSystem) letters[2] = 'S';
+  if (attributes & kArchive) letters[3] = 'A';
+  return letters;
+}
+
+std::string BackupFolderOf(const Machine& machine) {
+  RunState state;
+  Settings(machine).LoadDeletionSettings(state);
+  return state.BackupFolder;
+}
+
+OverwriteMode ModeOf(const Machine& machine, const std::string& word) {
+  const std::string mode =
+      word.empty() ? Settings(machine).ReadIniValue("Backup", "Overwrite", "Ask") : word;
+  return ParseOverwriteMode(mode).value_or(OverwriteMode::kAsk);
+}
+
+void Say(const std::optional<Repair>& repair) {
+  if (repair) std::cerr << repair->Note() << std::endl;
+}
+
+bool IsWindowsPath(std::string_view path) {
+  return path.starts_with("\\\\") || (path.size() > 2 && path[1] == ':' && path[2] == '\\');
+}
+
+}  // namespace
+
+BackupCommands::BackupCommands(CLI::App& app, const AddMachine& add_machine)
+    : backup_(app.add_subcommand("backup", "List, restore and repair backups")),
+      list_(backup_->add_subcommand("list", "List the archives, or the files in one")),
+      restore_(backup_->add_subcommand("restore", "Put files back")),
+      repair_(backup_->add_subcommand("repair", "Make an incomplete archive whole")) {
+  backup_->require_subcommand(1);
+  for (CLI::App* command : {list_, restore_, repair_}) {
+    command->add_option("ARCHIVE", archive_, "Name of an archive in the backup folder")
+        ->required(command != list_)
+        ->option_text(" ");
+    add_machine(*command, machine_);
+  }
+  restore_->add_option("ENTRY", entries_, "Paths as \"backup list\" shows them; all without")
+      ->option_text(" ");
+  restore_->add_option("--to", to_, "Folder to restore into, instead of where the files were")
+      ->type_name("DIR");
+  restore_->add_option("--overwrite", overwrite_, "What happens to files that are there")
+      ->check(CLI::IsMember({"Always", "Newer", "Never", "Ask"}, CLI::ignore_case));
+}
+
+// A folder of the console's own system is a drive of its own on a machine that is not this one.
+std::string BackupCommands::TargetFolder(const ConsolePlatform& platform) {
+  if (to_.empty() || IsWindowsPath(to_)) return to_;
+  const std::u8string utf8(to_.begin(), to_.end());
+  const std::filesystem::path folder = std::filesystem::absolute(utf8).lexically_normal();
+  if (!platform.works_on_volumes) {
+    const std::u8string text = folder.u8string();
+    return std::string(text.begin(), text.end());
+  }
+  std::filesystem::create_directories(folder);
+  machine_.drives.push_back("Z:=" + folder.string());
+  return "Z:\\";
+}
+
+int BackupCommands::Run(const ConsolePlatform& platform) {
+  to_ = TargetFolder(platform);
+  const std::unique_ptr<OpenMachine> opened = platform.open(machine_);
+  const Machine machine = opened->machine();
+  if (restore_->parsed()) return Restore(machine);
+  if (repair_->parsed()) return Repair(machine);
+  return archive_.empty() ? ListArchives(machine) : ListEntries(machine);
+}
+
+int BackupCommands::ListArchives(const Machine& machine) const {
+  int result = kDone;
+  for (const BackupInfo& info : cUnZip(machine, BackupFolderOf(machine)).ListArchives()) {
+    std::cout << std::left << std::setw(24) << info.name << std::setw(4) << info.root.substr(0, 2)
+              << Digits(info.date) << std::right << std::setw(9) << info.entries << " file(s)"
+              << std::setw(14) << info.size << " bytes\n";
+    Say(info.repair);
+    if (info.problem.empty()) continue;
+    std::cerr << info.name << ": " << info.problem << std::endl;
+    result = kFailed;
+  }
+  std::cout << std::flush;
+  return result;
+}
+
+int BackupCommands::ListEntries(const Machine& machine) const {
+  cUnZip archives(machine, BackupFolderOf(machine));
+  Say(archives.RepairIfNeeded(archive_));
+  for (const BackupEntry& entry : archives.ListEntries(archive_)) {
+    std::cout << Letters(entry.attributes) << std::right << std::setw(14) << entry.size << "  "
+              << entry.path << "\n";
+    if (!entry.refusal.empty()) std::cerr << entry.refusal << std::endl;
+  }
+  std::cout << std::flush;
+  return kDone;
+}
+
+int BackupCommands::Restore(const Machine& machine) const {
+  cUnZip archives(machine, BackupFolderOf(machine));
+  Say(archives.RepairIfNeeded(archive_));
+  ConsolePrompts prompts;
+  const RestoreResult result =
+      archives.Restore(archive_, entries_, to_, ModeOf(machine, overwrite_), prompts);
+  for (const std::string& problem : result.problems) std::cerr << problem << "\n";
+  std::cout << result.restored << " file(s) restored, " << result.skipped << " left as they were"
+            << std::endl;
+  if (result.cancelled) return kFailed;
+  return result.problems.empty() ? kDone : kSomeFilesStayed;
+}
+
+int BackupCommands::Repair(const Machine& machine) const {
+  const auto repair = cUnZip(machine, BackupFolderOf(machine)).RepairIfNeeded(archive_);
+  std::cout << (repair ? repair->Note() : "The archive is whole; there is nothing to repair.")
+            << std::endl;
+  return kDone;
+}
+
+}  // namespace quellix
