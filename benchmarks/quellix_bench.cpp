@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "app/removal.h"
+#include "backup_bench.h"
 #include "engine.h"
 #include "search/drive_scan.h"
 #include "side_by_side.h"
@@ -183,6 +184,7 @@ int main(int argc, char** argv) {
     quellix::SideBySide table;
     quellix::InFolder(argv[1], [&](const auto& home) { quellix::Bench(home, table).Trees(); });
     quellix::InFolder(argv[2], [&](const auto& home) { quellix::Bench(home, table).Wipe(); });
+    quellix::InFolder(argv[2], [&](const auto& home) { quellix::MeasureBackups(home, table); });
     return table.ExitCode();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quellix_bench: %s\n", error.what());

@@ -19,7 +19,7 @@ BackupEntry ToBackupEntry(const ZipEntry& entry) {
   result.path = EntryPath(entry.name);
   result.size = entry.size;
   result.last_write = LastWriteOf(entry);
-  result.attributes = entry.attributes & (kReadOnly | kHidden | kSystem | kArchive);
+  result.attributes = entry.attributes & kRestoredAttributes;
   result.refusal = RefusalOf(entry.name).value_or("");
   return result;
 }

@@ -93,10 +93,12 @@ bool ModZip::Flush() {
 }
 
 bool ModZip::Close() {
-  const std::unique_ptr<ZipWriter> writer = std::move(writer_);
-  if (!writer) return true;
-  if (writer->count() != 0) return Try([&] { writer->Finish(); });
-  return true;
+  if (!writer_) return true;
+  const bool flushed = Flush();  // what could not be written is taken back, the rest finished
+  std::unique_ptr<ZipWriter> writer = std::move(writer_);
+  if (!writer->empty()) return Try([&] { writer->Finish(); }) && flushed;
+  writer.reset();
+  return Try([&] { files_.RemoveFile(archive_); }) && flushed;
 }
 
 void ModZip::DeleteBackupArchive() {

@@ -118,8 +118,7 @@ void Restorer::Write(const ZipEntry& entry, const std::string& target) {
   });
   made.file().SetTimes(TimesOf(entry));
   made.Place(target);
-  constexpr uint32_t kSettable = kReadOnly | kHidden | kSystem | kArchive;
-  const uint32_t attributes = entry.attributes & kSettable;
+  const uint32_t attributes = entry.attributes & kRestoredAttributes;
   files_.SetAttributes(target, attributes == 0 ? kNormal : attributes);
 }
 

@@ -6,6 +6,9 @@
 
 namespace quellix {
 
+// The attributes that come back.
+inline constexpr uint32_t kRestoredAttributes = kReadOnly | kHidden | kSystem | kArchive;
+
 // When an entry was last written: its exact time, else that of DOS read as UTC.
 int64_t LastWriteOf(const ZipEntry& entry);
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <chrono>
 
+#include "backup/backup_names.h"
+
 namespace quellix {
 namespace {
 
@@ -10,6 +12,8 @@ constexpr std::string_view kRecordSignature = "PK\1\2", kWideEndSignature = "PK\
 constexpr uint32_t kFull32 = 0xFFFFFFFF;
 constexpr uint16_t kPlainVersion = 20, kWideVersion = 45;
 constexpr uint16_t kMadeOnNtfs = 0x0A00;  // external attributes are those of Windows
+
+constexpr int64_t kStepsAMinute = 600'000'000;  // of a FILETIME
 
 // Extra fields: the standard ones, and our own with the attributes of the entry that follows.
 enum ExtraField : uint16_t { kWideSizes = 0x0001, kNtfsTimes = 0x000A, kAttributes = 0x7851 };
@@ -221,25 +225,13 @@ void ReadExtraFields(std::string_view fields, ZipEntry& entry) {
   }
 }
 
-namespace {
-
-constexpr int64_t kDaysTo1970 = 134774;  // from 1601
-constexpr int64_t kSecondsADay = 86400;
-constexpr int64_t kStepsASecond = 10'000'000;
-
-}  // namespace
-
 uint32_t ToDosTime(int64_t filetime, int zone_minutes) {
   constexpr uint32_t kFirst = 1 << 21 | 1 << 16, kLast = 0xFF9FBF7D;
-  const int64_t seconds = filetime / kStepsASecond + zone_minutes * 60;
-  const auto days = std::chrono::days(seconds / kSecondsADay - kDaysTo1970);
-  const std::chrono::year_month_day date{std::chrono::sys_days(days)};
-  const int year = static_cast<int>(date.year());
-  if (year < 1980) return kFirst;
-  if (year > 2107) return kLast;
-  const auto of_day = static_cast<uint32_t>(seconds % kSecondsADay);
-  return static_cast<uint32_t>(year - 1980) << 25 | unsigned{date.month()} << 21 |
-         unsigned{date.day()} << 16 | of_day / 3600 << 11 | of_day / 60 % 60 << 5 | of_day % 60 / 2;
+  const LocalTime time = ToLocalTime(filetime + zone_minutes * kStepsAMinute);
+  if (time.year < 1980) return kFirst;
+  if (time.year > 2107) return kLast;
+  return static_cast<uint32_t>((time.year - 1980) << 25 | time.month << 21 | time.day << 16 |
+                               time.hour << 11 | time.minute << 5 | time.second / 2);
 }
 
 int64_t FromDosTime(uint32_t dos_time, int zone_minutes) {
@@ -247,10 +239,10 @@ int64_t FromDosTime(uint32_t dos_time, int zone_minutes) {
                                          std::chrono::month(dos_time >> 21 & 15),
                                          std::chrono::day(dos_time >> 16 & 31));
   if (!date.ok()) return 0;
+  constexpr int64_t kDaysTo1970 = 134774;  // from 1601
   const int64_t days = std::chrono::sys_days(date).time_since_epoch().count() + kDaysTo1970;
-  const int64_t of_day =
-      int64_t{dos_time >> 11 & 31} * 3600 + (dos_time >> 5 & 63) * 60 + (dos_time & 31) * 2;
-  return (days * kSecondsADay + of_day - zone_minutes * 60) * kStepsASecond;
+  const int64_t minutes = days * 24 * 60 + int64_t{dos_time >> 11 & 31} * 60 + (dos_time >> 5 & 63);
+  return (minutes - zone_minutes) * kStepsAMinute + (dos_time & 31) * (kStepsAMinute / 30);
 }
 
 }  // namespace quellix

@@ -9,12 +9,6 @@
 namespace quellix {
 namespace {
 
-std::string ReadText(RandomFile& file, uint64_t offset, uint64_t size) {
-  std::string text(static_cast<size_t>(size), '\0');
-  text.resize(file.Read(offset, text));
-  return text;
-}
-
 [[noreturn]] void Fail(const ZipEntry& entry, const char* what) {
   throw Error(Error::Kind::kOther, "\"" + entry.name + "\" " + what);
 }
@@ -46,6 +40,12 @@ std::optional<PackedTotals> Unpack(const ZipEntry& entry,
 }
 
 }  // namespace
+
+std::string ReadText(RandomFile& file, uint64_t offset, uint64_t size) {
+  std::string text(static_cast<size_t>(size), '\0');
+  text.resize(file.Read(offset, text));
+  return text;
+}
 
 std::optional<ZipDirectory> ReadDirectory(RandomFile& file) {
   const uint64_t size = file.Size();

@@ -17,6 +17,9 @@ struct ZipDirectory {
   uint64_t count = 0;
 };
 
+// Bytes from a place in a file, fewer at its end. Throws Error.
+std::string ReadText(RandomFile& file, uint64_t offset, uint64_t size);
+
 // Nothing when the archive has none that is whole and fits it. Throws Error when it cannot be read.
 std::optional<ZipDirectory> ReadDirectory(RandomFile& file);
 

@@ -13,12 +13,6 @@ namespace {
   throw Error(Error::Kind::kOther, "This file is not a zip archive.");
 }
 
-std::string ReadText(RandomFile& file, uint64_t offset, size_t size) {
-  std::string text(size, '\0');
-  text.resize(file.Read(offset, text));
-  return text;
-}
-
 // Walks from entry to entry by their own headers.
 class Scan {
  public:

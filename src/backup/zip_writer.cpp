@@ -1,7 +1,10 @@
 #include "backup/zip_writer.h"
 
 #include <algorithm>
+#include <thread>
+#include <utility>
 
+#include "backup/deflate.h"
 #include "platform/error.h"
 
 namespace quellix {
@@ -28,31 +31,47 @@ ZipWriter::ZipWriter(std::unique_ptr<RandomFile> file, Content content)
 void ZipWriter::Add(ZipEntry entry, RandomFile& source, const Pause& pause) {
   if (failed_) Fail("The archive could not be written.");
   if (entry.name.size() > 0xFFFF) Fail("The path is too long for an archive.");
-  entry.offset = now_.end;
   if (source.Size() <= kSmall) {
     buffer_.resize(source.Size() + 1);  // one more shows that it has grown
     const size_t got = source.Read(0, buffer_);
-    if (got < buffer_.size()) return AddSmall(entry, std::span(buffer_).first(got));
+    if (got < buffer_.size()) {
+      collecting_.Add(std::move(entry), std::span(buffer_).first(got));
+      if (collecting_.IsFull()) OrFail([this] { StartPacking(); });
+      return;
+    }
   }
   AddLarge(entry, source, pause);
 }
 
-void ZipWriter::AddSmall(ZipEntry& entry, std::span<const char> bytes) {
-  packed_.clear();
-  if (!bytes.empty()) deflater_.Pack(bytes, packed_);
-  entry.method = bytes.empty() || packed_.size() >= bytes.size() ? kStored : kDeflated;
-  std::string_view data = packed_;
-  if (entry.method == kStored) data = {bytes.data(), bytes.size()};
-  entry.crc = Checksum(0, bytes);
-  entry.size = bytes.size();
-  entry.packed = data.size();
-  const std::string header = LocalHeader(entry, false);
-  waiting_.append(header).append(data);
-  Append(entry, now_.end + header.size() + data.size());
-  if (waiting_.size() < kWaiting) return;
+void ZipWriter::StartPacking() {
+  packing_.push_back(std::async(std::launch::async,
+                                [files = std::exchange(collecting_, {})] { return files.Pack(); }));
+  if (packing_.size() > std::thread::hardware_concurrency()) TakePacked();
+}
+
+void ZipWriter::TakePacked() {
+  const SmallFiles::Packed packed = packing_.front().get();
+  packing_.pop_front();
+  waiting_ += packed.bytes;
+  for (const auto& [entry, length] : packed.entries) {
+    ZipEntry placed = entry;
+    placed.offset = now_.end;
+    Append(placed, now_.end + length);
+  }
+  if (waiting_.size() >= kWaiting) WriteOut();
+}
+
+void ZipWriter::FinishPacking() {
+  if (!collecting_.empty()) StartPacking();
+  while (!packing_.empty()) TakePacked();
+}
+
+// A failure that concerns files added earlier as well.
+template <class Step>
+void ZipWriter::OrFail(const Step& step) {
   try {
-    WriteOut();
-  } catch (const Error&) {
+    step();
+  } catch (...) {
     failed_ = true;
     throw;
   }
@@ -72,13 +91,12 @@ void ZipWriter::AddLarge(ZipEntry& entry, RandomFile& source, const Pause& pause
     file_->Write(end, bytes);
     end += bytes.size();
   };
-  try {
+  OrFail([this] {
+    FinishPacking();
     WriteOut();
-  } catch (const Error&) {
-    failed_ = true;
-    throw;
-  }
+  });
   const Mark before = now_;
+  entry.offset = now_.end;
   try {
     entry.method = kDeflated;
     end = now_.end;
@@ -111,6 +129,8 @@ void ZipWriter::ReturnTo(const Mark& mark) {
   now_ = mark;
   directory_.resize(mark.directory);
   waiting_.clear();
+  collecting_ = {};
+  packing_.clear();
   try {
     file_->Resize(mark.end);
   } catch (const Error&) {
@@ -121,11 +141,12 @@ void ZipWriter::ReturnTo(const Mark& mark) {
 void ZipWriter::Flush() {
   try {
     if (failed_) Fail("The archive could not be written.");
+    FinishPacking();
     if (now_.end == durable_.end) return;
     WriteOut();
     file_->Flush();
     durable_ = now_;
-  } catch (const Error&) {
+  } catch (...) {
     failed_ = false;
     ReturnTo(durable_);
     throw;

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "backup/deflate.h"
+#include "backup/small_files.h"
 #include "backup/zip_format.h"
 
 namespace quellix {
@@ -44,7 +46,7 @@ class ZipWriter {
   // Error.
   void Finish();
 
-  uint64_t count() const { return now_.count; }
+  bool empty() const { return now_.count == 0 && collecting_.empty() && packing_.empty(); }
 
  private:
   // A state the archive can be brought back to.
@@ -53,20 +55,25 @@ class ZipWriter {
     size_t directory = 0;
   };
 
-  void AddSmall(ZipEntry& entry, std::span<const char> bytes);
   void AddLarge(ZipEntry& entry, RandomFile& source, const Pause& pause);
   void Append(const ZipEntry& entry, uint64_t end);
+  void StartPacking();
+  void TakePacked();
+  void FinishPacking();
   void WriteOut();
+  template <class Step>
+  void OrFail(const Step& step);
   void ReturnTo(const Mark& mark);
 
   std::unique_ptr<RandomFile> file_;
-  Deflater deflater_;
   std::string directory_;
   std::string waiting_;  // bytes that end at now_.end, not yet written
   Mark now_, durable_, first_;
   bool failed_ = false;  // something added since the last Flush is lost
   std::vector<char> buffer_;
-  std::string packed_;
+  // Small files are packed by other threads and written in their order.
+  SmallFiles collecting_;
+  std::deque<std::future<SmallFiles::Packed>> packing_;
 };
 
 }  // namespace quellix

@@ -1,57 +1,40 @@
-#include <map>
-
-#include "app/removal.h"
 #include "backup/backup_names.h"
-#include "backup/zip_repair.h"
-#include "search/drive_scan.h"
-#include "support/run_fixture.h"
+#include "support/backup_fixture.h"
 
 namespace quellix {
 namespace {
 
-// The files of a machine, backed up and looked at again.
-class BackupTest : public RunFixture {
- protected:
-  BackupTest() : state(engine.state()), safe(ports.program_folder + "\\Backup\\") {
-    state.BackupFolder = safe;
-    state.RemovalMode = kBackUp;
-  }
+class BackupTest : public BackupFixture {};
 
-  std::vector<std::string> Archives() { return machine->Tree(safe); }
-  // Names and bytes of an archive's entries; the archive may need a repair.
-  std::map<std::string, std::string> Content(const std::string& archive) {
-    std::map<std::string, std::string> content;
-    std::optional<Repair> repair;
-    const ZipDirectory directory = OpenDirectory(ports.files, archive, repair);
-    const auto file = ports.files.Open(archive, OpenMode::kRead);
-    VisitEntries(directory, [&](const ZipEntry& entry) {
-      ExtractEntry(*file, entry, [&](std::string_view bytes) { content[entry.name] += bytes; });
-      content[entry.name];
-      return true;
-    });
-    return content;
-  }
-  void Clean(const std::string& folder) {
-    ClearPending(state);
-    CollectFiles(context, folder, "*.*");
-    RemovePendingFiles(context);
-  }
-
-  RunState& state;
-  std::string safe;
-};
-
-TEST(BackupArchiveNameTest, HourAndSecondHaveNoLeadingZero) {
+TEST(BackupNamesTest, HourAndSecondHaveNoLeadingZero) {
   struct Row {
     LocalTime time;
     const char* name;
+    bool dated;  // the digits can be read in one way only
   };
   const Row rows[] = {
-      {{2026, 11, 14, 9, 5, 7}, "C_141120269057.zip"},
-      {{2026, 1, 2, 0, 0, 0}, "C_020120260000.zip"},
-      {{1999, 12, 31, 23, 59, 59}, "C_31121999235959.zip"},
+      {{2026, 11, 14, 9, 5, 7}, "C_141120269057.zip", true},
+      {{2026, 1, 2, 0, 0, 0}, "C_020120260000.zip", true},
+      {{1999, 12, 31, 23, 59, 59}, "C_31121999235959.zip", true},
+      {{2026, 11, 14, 9, 5, 12}, "C_1411202690512.zip", true},
+      {{2026, 11, 14, 1, 11, 11}, "C_1411202611111.zip", false},
   };
-  for (const Row& row : rows) EXPECT_EQ(BackupArchiveName("C_", row.time), row.name);
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(BackupArchiveName("C_", row.time), row.name);
+    const auto date = DateOfArchive(row.name);
+    ASSERT_EQ(date.has_value(), row.dated);
+    if (date) {
+      EXPECT_EQ(BackupArchiveName("C_", *date), row.name);
+    }
+  }
+  for (const char* name : {"C_.zip", "C_14112026.zip", "C_99992026111.zip", "C_14112026905x.zip"}) {
+    EXPECT_FALSE(DateOfArchive(name)) << name;
+  }
+  EXPECT_EQ(RootOfArchive("D_1.zip"), "D:\\");
+  EXPECT_EQ(RootOfArchive("@_1.zip"), "@:\\");
+  EXPECT_EQ(RootOfArchive("__1.zip"), "\\\\");
+  EXPECT_EQ(RootOfArchive("mine.zip"), std::nullopt);
 }
 
 TEST_F(BackupTest, EveryKindOfFileIsInTheArchiveAndGone) {
@@ -60,22 +43,184 @@ TEST_F(BackupTest, EveryKindOfFileIsInTheArchiveAndGone) {
       {"empty", ""},
       {"\xE6\x97\xA5\xE6\x9C\xAC \xD0\x96", "names of any script"},
       {"deep\\er\\one.bin", std::string("\0\1\2\xFF", 4)},
+      {"exactly.dat", std::string(1 << 20, 'y')},
       {"large.dat", std::string(3 << 20, 'x') + "end"},
   };
-  for (const auto& [name, bytes] : files) machine->MakeFile(scratch + "tree\\" + name, bytes);
-  Clean(scratch + "tree\\");
-  EXPECT_EQ(state.RunFilesDeleted, 5);
-  EXPECT_EQ(state.FilesBackedUp, 5);
-  EXPECT_FALSE(state.SomeFilesLocked);
-  EXPECT_TRUE(mod_zip.Close());
-  ASSERT_EQ(Archives().size(), 1u);
   std::map<std::string, std::string> want;
   for (const auto& [name, bytes] : files) {
-    std::string stored = (scratch + "tree\\" + name).substr(3);
-    std::replace(stored.begin(), stored.end(), '\\', '/');
-    want[stored] = bytes;
+    machine->MakeFile(tree + name, bytes);
+    want[Stored(tree + name)] = bytes;
   }
-  EXPECT_EQ(Content(safe + Archives()[0]), want);
+  ports.files.SetAttributes(tree + "plain.txt", kReadOnly | kHidden);
+  Clean(tree);
+  EXPECT_EQ(state.RunFilesDeleted, 6);
+  EXPECT_EQ(state.FilesBackedUp, 6);
+  EXPECT_FALSE(state.SomeFilesLocked);
+  EXPECT_EQ(Content(safe + OnlyArchive()), want);
+  for (const std::string& left : machine->Tree(tree)) EXPECT_TRUE(left.ends_with('\\')) << left;
+
+  Clean(tree);  // nothing left: no further archive, the first one as it was
+  EXPECT_EQ(Content(safe + OnlyArchive()), want);
+}
+
+TEST_F(BackupTest, AnArchiveOfTheSameNameIsAddedTo) {
+  machine->MakeFile(tree + "first", "1");
+  Clean(tree);
+  const std::string archive = safe + OnlyArchive();
+  machine->MakeFile(tree + "second", "22");
+  ZipWriter::Content content;
+  std::optional<Repair> repair;
+  const ZipDirectory directory = OpenDirectory(ports.files, archive, repair);
+  {
+    ZipWriter writer(ports.files.Open(archive, OpenMode::kReadAndCreate),
+                     {directory.records, directory.count, directory.offset});
+    ZipEntry entry;
+    entry.name = "second";
+    writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), nullptr);
+    entry.name = "taken back";
+    writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), nullptr);
+    // An archive in use is neither repaired nor opened by anyone else.
+    EXPECT_THROW(ports.files.Open(archive, OpenMode::kReadAndCreate), Error);
+    EXPECT_NE(backups.Describe(NamePart(archive)).problem, "");
+  }  // as after a crash: never finished
+  const std::map<std::string, std::string> first = {{Stored(tree + "first"), "1"}};
+  EXPECT_EQ(Content(archive), first);
+  EXPECT_FALSE(repair);
+}
+
+TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
+  for (const bool strict : {false, true}) {
+    SCOPED_TRACE(strict);
+    state.Backup.strict = strict;
+    state.SomeFilesLocked = false;
+    state.RunLog.clear();
+    state.RunFilesDeleted = state.FilesBackedUp = 0;
+    machine->MakeFile(scratch + "no folder", "a file where the backup folder should be");
+    state.BackupFolder = scratch + "no folder\\";
+    state.BackupDrive.clear();
+    machine->MakeFile(tree + "a", "1");
+    machine->MakeFile(tree + "b", "1");
+    CleanInOrder({"a", "b"});
+    EXPECT_EQ(machine->Tree(tree).size(), strict ? 2u : 0u);
+    EXPECT_EQ(state.RunFilesDeleted, strict ? 0 : 2);
+    EXPECT_EQ(state.FilesBackedUp, 0);
+    EXPECT_EQ(state.SomeFilesLocked, strict);
+    const std::string said = "Not backed up and therefore not deleted: " + tree + "a (";
+    EXPECT_EQ(state.RunLog.find(said) == 0, strict) << state.RunLog;
+    if (strict) {
+      EXPECT_FALSE(RemoveFile(context, tree + "b"));
+    }
+  }
+}
+
+TEST_F(BackupTest, ALockedFileStaysAndTheOthersGo) {
+  for (const char* name : {"a", "b", "c"}) machine->MakeFile(tree + name, name);
+  {
+    const auto lock = machine->LockFile(tree + "b");
+    Clean(tree);
+  }
+  EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"b"});
+  EXPECT_TRUE(state.SomeFilesLocked);
+  EXPECT_EQ(state.RunFilesDeleted, 2);
+  const auto content = Content(safe + OnlyArchive());
+  EXPECT_EQ(content.count(Stored(tree + "a")) + content.count(Stored(tree + "c")), 2u);
+}
+
+TEST_F(BackupTest, ArchivesInAFolderThatIsCleanedStay) {
+  state.BackupFolder = safe = tree + "Safe\\";
+  machine->MakeFile(tree + "junk", "junk");
+  machine->MakeFile(tree + "Safe\\C_010120200000.zip", "older");
+  Clean(UpCase(tree));
+  EXPECT_EQ(Archives().size(), 2u);
+  EXPECT_EQ(Read(tree + "Safe\\C_010120200000.zip"), "older");
+  EXPECT_FALSE(machine->Exists(tree + "junk"));
+  EXPECT_EQ(state.RunFilesDeleted, 1);
+  EXPECT_FALSE(state.SomeFilesLocked);
+  EXPECT_FALSE(RemoveFile(context, tree + "Safe\\C_010120200000.zip"));
+}
+
+TEST_F(BackupTest, StopLeavesWhatIsNotGoneYetAndTheArchiveOnRequest) {
+  for (const bool keep : {false, true}) {
+    SCOPED_TRACE(keep);
+    state.Backup.keep_on_abort = keep;
+    state.AbortRequested = false;
+    state.BackupDrive.clear();
+    for (const char* name : {"a", "b", "c"}) machine->MakeFile(tree + name, name);
+    StopWhenStatusBegins("Deleting file: " + tree + "b");
+    CleanInOrder({"a", "b", "c"});
+    EXPECT_EQ(machine->Tree(tree), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(view.statuses.back(), "Aborted by user");
+    EXPECT_EQ(Archives().size(), keep ? 1u : 0u);
+  }
+  EXPECT_EQ(Content(safe + OnlyArchive()).size(), 2u);
+}
+
+TEST_F(BackupTest, StopDuringALargeFileLeavesIt) {
+  machine->MakeFile(tree + "large", std::string(8 << 20, 'x'));
+  mod_zip.OnPause([&] { return state.AbortRequested = true; });
+  Clean(tree);
+  EXPECT_TRUE(machine->Exists(tree + "large"));
+  EXPECT_EQ(Archives(), std::vector<std::string>());
+}
+
+// Gives more or fewer bytes than it said when it was opened.
+class ChangingFile : public RandomFile {
+ public:
+  ChangingFile(uint64_t said, std::string bytes) : said_(said), bytes_(std::move(bytes)) {}
+  uint64_t Size() const override { return said_; }
+  size_t Read(uint64_t offset, std::span<char> buffer) override {
+    if (offset >= fails_from) throw Error(Error::Kind::kInUse, "locked from here");
+    const size_t from = std::min<size_t>(static_cast<size_t>(offset), bytes_.size());
+    return bytes_.copy(buffer.data(), buffer.size(), from);
+  }
+  void Write(uint64_t, std::string_view) override {}
+  void Resize(uint64_t) override {}
+  void Flush() override {}
+  FileTimes Times() override { return {}; }
+  void SetTimes(const FileTimes&) override {}
+  uint64_t fails_from = UINT64_MAX;
+
+ private:
+  uint64_t said_;
+  std::string bytes_;
+};
+
+TEST_F(BackupTest, FilesThatChangeWhileTheyAreReadAreTakenAsTheyAre) {
+  const std::string archive = scratch + "a.zip";
+  ZipWriter writer(ports.files.Open(archive, OpenMode::kReadAndCreate), {});
+  const auto add = [&](const char* name, ChangingFile file) {
+    ZipEntry entry;
+    entry.name = name;
+    writer.Add(entry, file, nullptr);
+  };
+  const std::string large(2 << 20, 'l');
+  add("shrunk", ChangingFile(100, "short"));
+  add("grown", ChangingFile(5, "longer than five"));
+  add("grown large", ChangingFile(5, large));
+  add("shrunk to nothing", ChangingFile(5 << 20, ""));
+  ChangingFile failing(4 << 20, std::string(4 << 20, 'f'));
+  failing.fails_from = 1 << 20;
+  EXPECT_THROW(add("unreadable", failing), Error);
+  add("after", ChangingFile(1, "a"));
+  writer.Finish();
+  const std::map<std::string, std::string> want = {{"shrunk", "short"},
+                                                   {"grown", "longer than five"},
+                                                   {"grown large", large},
+                                                   {"shrunk to nothing", ""},
+                                                   {"after", "a"}};
+  EXPECT_EQ(Content(archive), want);
+}
+
+TEST_F(BackupTest, ARunFinishesItsArchiveAndSaysHowManyFilesItHolds) {
+  ports.files.WriteWholeFile(ports.program_folder + "\\Settings.ini",
+                             "[General]\r\nDelMethod=B\r\n");
+  machine->MakeFile(temp + "one.tmp", "1");
+  Tick({"CleanTempFiles"});
+  engine.RunCleaning();
+  ASSERT_TRUE(view.report);
+  EXPECT_NE(view.report->log.find("Backed Up 1 file(s)"), std::string::npos) << view.report->log;
+  const auto file = ports.files.Open(safe + OnlyArchive(), OpenMode::kRead);
+  EXPECT_TRUE(ReadDirectory(*file));
 }
 
 }  // namespace

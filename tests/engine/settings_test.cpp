@@ -81,6 +81,19 @@ TEST_F(SettingsTest, DeletionSettingsAreDecodedAsTheyAlwaysWere) {
   }
 }
 
+TEST_F(SettingsTest, BackupOptionsAreOffUnlessTheyAreOne) {
+  for (const auto& [text, strict, keep] :
+       {std::tuple("", false, false), std::tuple("Strict=1\nKeepOnAbort=0", true, false),
+        std::tuple("Strict=2\nKeepOnAbort=1", false, true)}) {
+    SCOPED_TRACE(text);
+    WriteSettings(std::string("[Backup]\n") + text);
+    RunState state;
+    settings.LoadDeletionSettings(state);
+    EXPECT_EQ(state.Backup.strict, strict);
+    EXPECT_EQ(state.Backup.keep_on_abort, keep);
+  }
+}
+
 TEST_F(SettingsTest, ReadingCutsAtTheBufferAndAtNul) {
   WriteSettings("[S]\nlong=" + std::string(400, 'x') + "\nnul=ab" + std::string(1, '\0') + "cd\n");
   EXPECT_EQ(settings.ReadIniValue("S", "long", ""), std::string(254, 'x'));

@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include "platform/error.h"
+#include "support/test_machine.h"
+
+namespace quellix {
+namespace {
+
+// Files that are read and written in place, and the folders made for them.
+class RandomFileContract : public ::testing::Test {
+ protected:
+  RandomFileContract()
+      : machine_(TestMachine::Create()),
+        files_(machine_->machine().files),
+        scratch_(machine_->Scratch()),
+        path_(scratch_ + "file") {}
+  static std::string Read(RandomFile& file, uint64_t offset, size_t size) {
+    std::string bytes(size, '?');
+    bytes.resize(file.Read(offset, bytes));
+    return bytes;
+  }
+  template <class Step>
+  static std::optional<Error::Kind> KindOf(const Step& step) {
+    try {
+      step();
+      return std::nullopt;
+    } catch (const Error& error) {
+      return error.kind();
+    }
+  }
+
+  std::unique_ptr<TestMachine> machine_;
+  FileSystem& files_;
+  std::string scratch_, path_;
+};
+
+TEST_F(RandomFileContract, IsMadeWrittenReadAndResized) {
+  {
+    const auto file = files_.Open(path_, OpenMode::kReadAndCreate);
+    EXPECT_EQ(file->Size(), 0u);
+    EXPECT_EQ(Read(*file, 0, 10), "");
+    file->Write(0, "0123456789");
+    file->Write(12, "behind");  // the gap is zeros
+    file->Write(3, "three");
+    EXPECT_EQ(Read(*file, 2, 7), "2three8");
+    EXPECT_EQ(Read(*file, 10, 100), std::string("\0\0behind", 8));
+    file->Resize(5);
+    file->Flush();
+    EXPECT_EQ(Read(*file, 0, 100), "012th");
+    EXPECT_EQ(Read(*file, 6, 1), "");
+    file->Resize(6);
+  }
+  EXPECT_EQ(files_.ReadWholeFile(path_), std::string("012th\0", 6));
+  const auto again = files_.Open(path_, OpenMode::kReadAndCreate);
+  EXPECT_EQ(again->Size(), 6u);
+  EXPECT_EQ(Read(*again, 0, 3), "012");
+}
+
+TEST_F(RandomFileContract, IsOpenedForCreationByOneAtATime) {
+  auto file = files_.Open(path_, OpenMode::kReadAndCreate);
+  file->Write(0, "mine");
+  EXPECT_EQ(KindOf([&] { files_.Open(path_, OpenMode::kReadAndCreate); }), Error::Kind::kInUse);
+  file.reset();
+  EXPECT_EQ(KindOf([&] { files_.Open(path_, OpenMode::kReadAndCreate); }), std::nullopt);
+}
+
+TEST_F(RandomFileContract, ReadingNeedsAFileAndKeepsOthersFromNothing) {
+  EXPECT_EQ(KindOf([&] { files_.Open(path_, OpenMode::kRead); }), Error::Kind::kMissing);
+  EXPECT_FALSE(machine_->Exists(path_));
+  machine_->MakeFile(path_, "bytes");
+  files_.SetAttributes(path_, kReadOnly);
+  auto file = files_.Open(path_, OpenMode::kRead);
+  EXPECT_EQ(Read(*file, 1, 3), "yte");
+  EXPECT_TRUE(KindOf([&] { file->Write(0, "x"); }));
+  files_.RemoveFile(path_);
+  file.reset();  // on Windows it is gone with its last user
+  EXPECT_FALSE(machine_->Exists(path_));
+}
+
+TEST_F(RandomFileContract, LinksAndFoldersAreNotOpened) {
+  machine_->MakeFolder(scratch_ + "folder");
+  const bool linked = (machine_->MakeFile(scratch_ + "target", "t"),
+                       machine_->MakeFileLink(scratch_ + "link", scratch_ + "target"));
+  for (const OpenMode mode : {OpenMode::kRead, OpenMode::kReadAndCreate}) {
+    EXPECT_TRUE(KindOf([&] { files_.Open(scratch_ + "folder", mode); }));
+    if (linked) {
+      EXPECT_TRUE(KindOf([&] { files_.Open(scratch_ + "link", mode); }));
+    }
+  }
+}
+
+TEST_F(RandomFileContract, TimesAreKeptToTheStep) {
+  const FileTimes times{131000000000000000, 132000000000000000, 132539328001234500};
+  {
+    const auto file = files_.Open(path_, OpenMode::kReadAndCreate);
+    file->Write(0, "x");
+    file->SetTimes(times);
+  }
+  const auto file = files_.Open(path_, OpenMode::kRead);
+  EXPECT_EQ(file->Times().last_write, times.last_write);
+  EXPECT_EQ(file->Times().last_access, times.last_access);
+  EXPECT_EQ(files_.Look(path_)->last_write, times.last_write);
+}
+
+TEST_F(RandomFileContract, FoldersAreMadeWithThoseAboveThem) {
+  files_.CreateFolder(scratch_ + "one");
+  EXPECT_EQ(KindOf([&] { files_.CreateFolder(scratch_ + "ONE\\"); }), std::nullopt);
+  EXPECT_EQ(KindOf([&] { files_.CreateFolder(scratch_ + "a\\b"); }), Error::Kind::kMissing);
+  MakeFolders(files_, scratch_ + "a\\b\\c\\");
+  MakeFolders(files_, scratch_ + "a\\b\\c");
+  EXPECT_TRUE(files_.Look(scratch_ + "a\\b\\c")->is_folder);
+  machine_->MakeFile(scratch_ + "plain", "x");
+  EXPECT_TRUE(KindOf([&] { files_.CreateFolder(scratch_ + "plain"); }));
+  EXPECT_TRUE(KindOf([&] { MakeFolders(files_, scratch_ + "plain\\below"); }));
+  machine_->MakeFolderLink(scratch_ + "link", scratch_ + "one");
+  EXPECT_TRUE(KindOf([&] { files_.CreateFolder(scratch_ + "link"); }));
+}
+
+}  // namespace
+}  // namespace quellix

@@ -1,0 +1,127 @@
+#include "support/backup_fixture.h"
+
+namespace quellix {
+namespace {
+
+class BackupRepairTest : public BackupFixture {
+ protected:
+  // Three entries: stored, deflated, large.
+  std::string MakeArchive() {
+    machine->MakeFile(tree + "1", "");
+    machine->MakeFile(tree + "2", "deflated deflated deflated deflated");
+    machine->MakeFile(tree + "3", "not");
+    CleanInOrder({"1", "2", "3"});
+    return safe + OnlyArchive();
+  }
+  // Where each entry ends.
+  std::vector<uint64_t> Ends(const std::string& archive) {
+    std::vector<uint64_t> ends;
+    const auto file = ports.files.Open(archive, OpenMode::kRead);
+    VisitEntries(ReadDirectory(*file).value(), [&](const ZipEntry& entry) {
+      ends.push_back(DataOffset(*file, entry).value() + entry.packed);
+      return true;
+    });
+    return ends;
+  }
+};
+
+TEST_F(BackupRepairTest, CutOffAnywhereEveryCompleteEntryIsKept) {
+  const std::string archive = MakeArchive();
+  const std::string whole = Read(archive);
+  const std::map<std::string, std::string> all = Content(archive);
+  const std::vector<uint64_t> ends = Ends(archive);
+  for (size_t size = 0; size < whole.size(); ++size) {
+    SCOPED_TRACE(size);
+    ports.files.WriteWholeFile(archive, whole.substr(0, size));
+    const auto complete = static_cast<size_t>(
+        std::count_if(ends.begin(), ends.end(), [&](uint64_t end) { return end <= size; }));
+    const BackupInfo info = backups.Describe(NamePart(archive));
+    ASSERT_EQ(info.problem, "");
+    ASSERT_EQ(info.entries, complete);
+    ASSERT_TRUE(info.repair);
+    ASSERT_EQ(info.repair->kept, complete);
+    for (const auto& [name, bytes] : Content(archive)) ASSERT_EQ(bytes, all.at(name));
+    ASSERT_FALSE(backups.RepairIfNeeded(NamePart(archive)));  // it is whole now
+    if (complete == ends.size()) {
+      ASSERT_EQ(Read(archive).substr(0, ends.back()), whole.substr(0, ends.back()));
+    }
+  }
+}
+
+TEST_F(BackupRepairTest, DamageOfEveryKind) {
+  const std::string archive = MakeArchive();
+  const std::string whole = Read(archive);
+  const std::vector<uint64_t> ends = Ends(archive);
+  const std::string entries = whole.substr(0, ends.back());
+  std::string broken = entries, unfinished = entries;
+  broken[ends[1] - 3] ^= 0x20;
+  for (size_t i = 14; i < 26; ++i) unfinished[ends[1] + i] = 0;  // never filled in
+  unfinished[ends[1] + 8] = kDeflated;
+  struct Row {
+    const char* what;
+    std::string bytes;
+    uint64_t entries, damaged;
+    bool repaired;
+    const char* problem;
+  };
+  const Row rows[] = {
+      {"garbage behind the end", whole + "garbage", 3, 0, false, ""},
+      {"garbage behind the entries", entries + std::string(5000, '\xEE'), 3, 0, true, ""},
+      {"a bad byte in the middle", broken, 2, 1, true, ""},
+      {"an entry that was being written", unfinished, 2, 0, true, ""},
+      {"the directory of another archive", entries + whole.substr(ends.back() + 7), 3, 0, true, ""},
+      {"no archive", "MZ this is a program", 0, 0, false, "is not a zip archive."},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    ports.files.WriteWholeFile(archive, row.bytes);
+    const BackupInfo info = backups.Describe(NamePart(archive));
+    EXPECT_EQ(info.entries, row.entries);
+    EXPECT_EQ(info.repair.has_value(), row.repaired);
+    if (info.repair) {
+      EXPECT_EQ(info.repair->damaged, row.damaged);
+    }
+    EXPECT_TRUE(info.problem.ends_with(row.problem)) << info.problem;
+    if (*row.problem != 0) {
+      EXPECT_EQ(Read(archive), row.bytes);
+    }
+  }
+}
+
+TEST_F(BackupRepairTest, HostileEntriesFailCleanly) {
+  const std::string archive = MakeArchive();
+  const std::string whole = Read(archive);
+  struct Row {
+    const char* what;
+    size_t in_header, in_record;
+    std::string bytes;
+    const char* problem;
+  };
+  const Row rows[] = {
+      {"encrypted", 6, 8, std::string("\x01\x08", 2), "is encrypted, which is not supported."},
+      {"packed strangely", 8, 10, std::string("\x0E\0", 2),
+       "is packed in a way that is not supported."},
+      {"a bomb", 22, 24, std::string("\0\0\0\x7F", 4), "is damaged."},
+      {"smaller than its data", 22, 24, std::string("\1\0\0\0", 4),
+       "is longer than it says; it is damaged."},
+  };
+  const std::string target = Stored(tree + "2");
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    std::string bytes = whole;
+    const size_t header = bytes.find(target) - kLocalHeaderSize, record = bytes.rfind(target) - 46;
+    bytes.replace(header + row.in_header, row.bytes.size(), row.bytes);
+    bytes.replace(record + row.in_record, row.bytes.size(), row.bytes);
+    ports.files.WriteWholeFile(archive, bytes);
+    NoPrompts prompts;
+    const RestoreResult result =
+        backups.Restore(NamePart(archive), {}, "", OverwriteMode::kAlways, prompts);
+    EXPECT_EQ(result.restored, 2u);
+    ASSERT_EQ(result.problems.size(), 1u);
+    EXPECT_TRUE(result.problems[0].ends_with(row.problem)) << result.problems[0];
+    EXPECT_EQ(machine->Tree(tree), (std::vector<std::string>{"1", "3"}));
+  }
+}
+
+}  // namespace
+}  // namespace quellix

@@ -1,0 +1,193 @@
+// Backups against the world outside: other programs, sudden ends, full disks.
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+
+#include "support/backup_fixture.h"
+#include "support/hive_file.h"
+#include "support/volume_seed.h"
+
+namespace quellix {
+namespace {
+
+namespace fs = std::filesystem;
+
+class VolumeBackupTest : public BackupFixture {
+ protected:
+  std::string Native(const std::string& path) {
+    return static_cast<VolumeTestMachine&>(*machine).Native(path);
+  }
+  NoPrompts prompts;
+
+  // The exit code of a command of this system.
+  static int Shell(const std::string& command) {
+    return WEXITSTATUS(std::system(("(" + command + ") > /dev/null 2>&1").c_str()));
+  }
+};
+
+TEST_F(VolumeBackupTest, AnotherProgramTestsAndUnpacksTheArchive) {
+  if (Shell("unzip -v") != 0) GTEST_SKIP() << "no unzip";
+  const std::string large(3 << 20, 'x');
+  machine->MakeFile(tree + "sub\\plain.txt", "plain plain plain plain plain");
+  machine->MakeFile(tree + "\xE6\x97\xA5\xE6\x9C\xAC \xD0\x96", "name");
+  machine->MakeFile(tree + "empty", "");
+  machine->MakeFile(tree + "large", large);
+  Clean(tree);
+  const std::string archive = "'" + Native(safe + OnlyArchive()) + "'";
+  EXPECT_EQ(Shell("unzip -tq " + archive), 0);
+  const std::string out = Native(scratch + "out");
+  EXPECT_EQ(Shell("LC_ALL=C.UTF-8 unzip -q " + archive + " -d '" + out + "'"), 0);
+  const std::string unpacked = out + "/Scratch/tree/";
+  EXPECT_EQ(ReadNative(unpacked + "sub/plain.txt"), "plain plain plain plain plain");
+  EXPECT_EQ(ReadNative(unpacked + "\xE6\x97\xA5\xE6\x9C\xAC \xD0\x96"), "name");
+  EXPECT_EQ(ReadNative(unpacked + "empty"), "");
+  EXPECT_EQ(ReadNative(unpacked + "large"), large);
+}
+
+TEST_F(VolumeBackupTest, ArchivesOfAnotherProgramAreReadAndRepaired) {
+  if (Shell("zip -v") != 0) GTEST_SKIP() << "no zip";
+  const std::string folder = Native(scratch), archive = Native(scratch + "other.zip");
+  WriteNative(folder + "/a", std::string(300, 'a'));
+  WriteNative(folder + "/b", "b");
+  // Written into a pipe, it tells the sizes behind the data only.
+  ASSERT_EQ(Shell("cd '" + folder + "' && zip -fd - a b | cat > other.zip"), 0);
+  const std::map<std::string, std::string> want = {{"a", std::string(300, 'a')}, {"b", "b"}};
+  EXPECT_EQ(Content(scratch + "other.zip"), want);
+  std::string bytes = ReadNative(archive);
+  WriteNative(archive, bytes.substr(0, bytes.size() - 30));
+  EXPECT_EQ(Content(scratch + "other.zip"), want);
+}
+
+TEST_F(VolumeBackupTest, AFileBeyondFourGibibytesComesBack) {
+  const std::string native = Native(tree + "sparse");
+  fs::create_directories(fs::path(native).parent_path());
+  WriteNative(native, "begin");
+  fs::resize_file(native, (5ull << 30) + 3);
+  machine->MakeFile(tree + "small", "behind");
+  CleanInOrder({"sparse", "small"});
+  const std::string archive = OnlyArchive(), path = Native(safe + archive);
+  EXPECT_LT(fs::file_size(path), 64u << 20);
+  EXPECT_EQ(Shell("unzip -l '" + path + "'"), 0);
+  fs::resize_file(path, fs::file_size(path) - 10);
+  const std::optional<Repair> repair = backups.RepairIfNeeded(archive);  // unpacks everything
+  ASSERT_TRUE(repair);
+  EXPECT_EQ(repair->kept, 2u);
+  EXPECT_EQ(repair->damaged, 0u);
+  EXPECT_EQ(backups.ListEntries(archive)[0].size, (5ull << 30) + 3);
+  EXPECT_EQ(backups.Restore(archive, {tree.substr(3) + "small"}, "", OverwriteMode::kNever, prompts)
+                .restored,
+            1u);
+  EXPECT_EQ(Read(tree + "small"), "behind");
+}
+
+// The bytes file number `i` of the killed run has.
+std::string BytesOf(int i) {
+  std::mt19937 random(static_cast<unsigned>(i));
+  std::string bytes(static_cast<size_t>(i % 50 == 7 ? 1200000 : 50 + i % 3000), '\0');
+  for (char& c : bytes) c = static_cast<char>(random() % 7 == 0 ? random() : 'a');
+  return bytes;
+}
+
+TEST_F(VolumeBackupTest, KilledAtAnyMomentEveryByteIsOnTheDiskOrInTheArchive) {
+  constexpr int kFiles = 150, kKills = 300;
+  std::vector<std::string> names, bytes;
+  for (int i = 0; i < kFiles; ++i) {
+    names.push_back(tree + std::to_string(i % 7) + "\\" + std::to_string(i));
+    bytes.push_back(BytesOf(i));
+  }
+  std::mt19937 random(4711);
+  int in_archives = 0, repaired = 0;
+  double longest = 40000;  // microseconds, follows what a whole run takes here
+  for (int kill_number = 0; kill_number < kKills; ++kill_number) {
+    fs::remove_all(Native(safe));
+    for (int i = 0; i < kFiles; ++i) {
+      if (!machine->Exists(names[i])) machine->MakeFile(names[i], bytes[i]);
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+      ClearPending(state);
+      CollectFiles(context, tree, "*.*");
+      // In small batches, so that removing and archiving take turns.
+      const PathList all = std::move(state.PendingFiles);
+      for (size_t i = 0; i < all.size(); i += 20) {
+        state.PendingFiles.Clear();
+        for (size_t at = i; at < std::min(i + 20, all.size()); ++at) {
+          state.PendingFiles.Append(all[at]);
+        }
+        RemovePendingFiles(context);
+      }
+      mod_zip.Close();
+      _exit(0);
+    }
+    usleep(static_cast<useconds_t>(static_cast<double>(random()) / random.max() * longest));
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    longest *= WIFSIGNALED(status) ? 1.02 : 0.9;
+    std::map<std::string, std::string> archived;
+    for (const BackupInfo& info : backups.ListArchives()) {
+      ASSERT_EQ(info.problem, "");
+      repaired += info.repair.has_value();
+      archived.merge(Content(safe + info.name));
+    }
+    for (int i = 0; i < kFiles; ++i) {
+      const auto found = archived.find(Stored(names[i]));
+      if (found != archived.end()) {
+        ASSERT_EQ(found->second == bytes[i], true) << names[i];
+      }
+      if (!machine->Exists(names[i])) {
+        ASSERT_TRUE(found != archived.end()) << names[i] << " is lost, kill " << kill_number;
+        ++in_archives;
+      } else {
+        ASSERT_EQ(Read(names[i]) == bytes[i], true) << names[i];
+      }
+    }
+  }
+  EXPECT_GT(repaired, kKills / 4) << "the kills came too early or too late";
+  EXPECT_GT(in_archives, kKills);
+}
+
+TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
+  const std::string mount = Native(scratch + "disk");
+  fs::create_directories(mount);
+  if (geteuid() != 0 || Shell("mount -t tmpfs -o size=2m tmpfs '" + mount + "'") != 0) {
+    GTEST_SKIP() << "no small disk can be mounted";
+  }
+  state.BackupFolder = safe = scratch + "disk\\safe\\";
+  state.Backup.strict = true;
+  std::mt19937 random(1);
+  std::string noise(6 << 20, '\0');
+  for (char& c : noise) c = static_cast<char>(random());
+  machine->MakeFile(tree + "before", "before");
+  machine->MakeFile(tree + "too large", noise);
+  machine->MakeFile(tree + "after", "after");
+  CleanInOrder({"before", "too large", "after"});
+  EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"too large"});
+  EXPECT_EQ(Read(tree + "too large") == noise, true);
+  EXPECT_EQ(Content(safe + OnlyArchive()).size(), 2u);
+  // Many small ones: those that no longer fit stay, all others are in the archive.
+  std::vector<std::string> names;
+  for (int i = 0; i < 400; ++i) {
+    names.push_back(tree + "s" + std::to_string(i));
+    machine->MakeFile(names.back(), noise.substr(static_cast<size_t>(i) * 10000, 10000));
+  }
+  state.BackupDrive.clear();
+  ClearPending(state);
+  CollectFiles(context, tree, "s*");
+  RemovePendingFiles(context);
+  mod_zip.Close();
+  std::map<std::string, std::string> archived;
+  for (const BackupInfo& info : backups.ListArchives()) archived.merge(Content(safe + info.name));
+  for (size_t i = 0; i < names.size(); ++i) {
+    const bool is_there = machine->Exists(names[i]);
+    EXPECT_TRUE(is_there || archived[Stored(names[i])] == noise.substr(i * 10000, 10000)) << i;
+  }
+  EXPECT_EQ(Shell("umount '" + mount + "'"), 0);
+}
+
+}  // namespace
+}  // namespace quellix

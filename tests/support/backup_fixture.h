@@ -1,0 +1,85 @@
+#pragma once
+
+#include <algorithm>
+#include <map>
+
+#include "app/removal.h"
+#include "backup/c_un_zip.h"
+#include "platform/path.h"
+#include "search/drive_scan.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+
+// Plays the user who is asked.
+class ScriptedPrompts : public Prompts {
+ public:
+  std::vector<OverwriteAnswer> answers;  // in order; kCancel behind them
+  std::vector<std::string> asked;
+
+  OverwriteAnswer AskOverwrite(std::string_view path) override {
+    asked.emplace_back(path);
+    return asked.size() <= answers.size() ? answers[asked.size() - 1] : OverwriteAnswer::kCancel;
+  }
+};
+
+// A machine whose files are removed with a backup, and its backups.
+class BackupFixture : public RunFixture {
+ protected:
+  BackupFixture()
+      : state(engine.state()),
+        safe(ports.program_folder + "\\Backup\\"),
+        tree(scratch + "tree\\"),
+        backups(ports, safe) {
+    state.BackupFolder = safe;
+    state.RemovalMode = kBackUp;
+  }
+
+  // Collects and removes what is in a folder, as a cleaner does, and finishes the archive.
+  void Clean(const std::string& folder) {
+    ClearPending(state);
+    CollectFiles(context, folder, "*.*");
+    RemovePendingFiles(context);
+    ports.files.Anchor("");
+    EXPECT_TRUE(mod_zip.Close()) << mod_zip.Problem();
+  }
+  // Removes the named files of the tree in this order.
+  void CleanInOrder(std::initializer_list<const char*> names) {
+    ClearPending(state);
+    for (const char* name : names) state.PendingFiles.Append(tree, name);
+    RemovePendingFiles(context);
+    EXPECT_TRUE(mod_zip.Close()) << mod_zip.Problem();
+  }
+  std::vector<std::string> Archives() { return machine->Tree(safe); }
+  std::string OnlyArchive() {
+    const std::vector<std::string> archives = Archives();
+    EXPECT_EQ(archives.size(), 1u);
+    return archives.empty() ? "none" : archives[0];
+  }
+  // An archive's paths and bytes; the archive is repaired where that is needed.
+  std::map<std::string, std::string> Content(const std::string& archive) {
+    std::map<std::string, std::string> content;
+    std::optional<Repair> repair;
+    const ZipDirectory directory = OpenDirectory(ports.files, archive, repair);
+    const auto file = ports.files.Open(archive, OpenMode::kRead);
+    VisitEntries(directory, [&](const ZipEntry& entry) {
+      std::string& bytes = content[entry.name];
+      ExtractEntry(*file, entry, [&](std::string_view part) { bytes += part; });
+      return true;
+    });
+    return content;
+  }
+  static std::string Stored(std::string path) {
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return path.substr(3);
+  }
+  std::string Read(const std::string& path) {
+    return ports.files.ReadWholeFile(path).value_or("<missing>");
+  }
+
+  RunState& state;
+  std::string safe, tree;
+  cUnZip backups;
+};
+
+}  // namespace quellix
