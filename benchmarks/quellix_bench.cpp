@@ -126,7 +126,7 @@ class Bench {
 
   void Removal() {
     table_.Compare(
-        "scan and remove 200,000 files / rm -rf", 1.5, 2,
+        "scan and remove 200,000 files / rm -rf", 1.5, 3,
         [this] {
           fs::remove_all(Tree());
           MakeTree(Tree(), kFolders);

@@ -9,8 +9,14 @@
 
 namespace quellix {
 
+// The middle one of several measurements: what a disturbed machine adds to some does not count.
+inline double Median(std::vector<double> seconds) {
+  std::sort(seconds.begin(), seconds.end());
+  return seconds[seconds.size() / 2];
+}
+
 // Measures us and the named program in turn on the same data and prints both times and their
-// ratio. The best of the rounds counts: it is the one least disturbed by the machine.
+// ratio.
 class SideBySide {
  public:
   using Step = std::function<void()>;
@@ -22,14 +28,14 @@ class SideBySide {
   // `prepare` runs unmeasured before each of the two.
   void Compare(const std::string& name, double at_most, int rounds, const Step& prepare,
                const Step& ours, const Step& theirs) {
-    double our_best = 1e9, their_best = 1e9;
+    std::vector<double> our_seconds, their_seconds;
     for (int round = 0; round < rounds; ++round) {
       prepare();
-      our_best = std::min(our_best, Seconds(ours));
+      our_seconds.push_back(Seconds(ours));
       prepare();
-      their_best = std::min(their_best, Seconds(theirs));
+      their_seconds.push_back(Seconds(theirs));
     }
-    Report(name, our_best, their_best, "s", at_most);
+    Report(name, Median(our_seconds), Median(their_seconds), "s", at_most);
   }
 
   void Report(const std::string& name, double ours, double theirs, const char* unit,

@@ -7,6 +7,7 @@
 #include "app/run_report.h"
 #include "engine.h"
 #include "platform/error.h"
+#include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_text.h"
 #include "ui/resource.h"
 
@@ -71,6 +72,7 @@ HBRUSH FrmLog::OnControlColor(HDC target, HWND control) {
 
 // The path the user chose, "" for none.
 std::string FrmLog::AskForFile() const {
+  static LazyLibrary comdlg32(L"comdlg32.dll");
   std::vector<wchar_t> path(32768);
   std::wstring_view(L"cleanup").copy(path.data(), path.size());
   OPENFILENAMEW dialog{};
@@ -82,7 +84,8 @@ std::string FrmLog::AskForFile() const {
   dialog.lpstrDefExt = L"log";
   dialog.Flags = OFN_EXPLORER | OFN_ENABLESIZING | OFN_HIDEREADONLY | OFN_NOCHANGEDIR |
                  OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST;
-  return GetSaveFileNameW(&dialog) ? Narrow(path.data()) : "";
+  const auto ask = comdlg32.Find<decltype(&GetSaveFileNameW)>("GetSaveFileNameW");
+  return ask(&dialog) ? Narrow(path.data()) : "";
 }
 
 void FrmLog::Save() const {

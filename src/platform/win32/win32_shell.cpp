@@ -8,6 +8,7 @@
 
 #include <string>
 
+#include "platform/win32/lazy_library.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_path.h"
@@ -15,6 +16,9 @@
 
 namespace quellix {
 namespace {
+
+LazyLibrary shell32(L"shell32.dll");
+LazyLibrary ole32(L"ole32.dll");
 
 constexpr std::string_view kRecycle = "move into the recycle bin:";
 
@@ -43,7 +47,8 @@ int RecycleNow(std::wstring path) {
   operation.wFunc = FO_DELETE;
   operation.pFrom = path.c_str();
   operation.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_ALLOWUNDO | FOF_NOERRORUI;
-  const int code = SHFileOperationW(&operation);
+  static const auto operate = shell32.Find<decltype(&SHFileOperationW)>("SHFileOperationW");
+  const int code = operate(&operation);
   return code == 0 && operation.fAnyOperationsAborted ? ERROR_CANCELLED : code;
 }
 
@@ -63,13 +68,14 @@ bool OpenClipboardPatiently() {
 
 }  // namespace
 
-Win32Shell::Win32Shell(Win32Anchor& anchor)
-    : anchor_(anchor),
-      com_started_(
-          SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE))) {}
-
 Win32Shell::~Win32Shell() {
-  if (com_started_) CoUninitialize();
+  if (com_started_) ole32.Find<decltype(&CoUninitialize)>("CoUninitialize")();
+}
+
+void Win32Shell::StartCom() {
+  if (com_started_) return;
+  static const auto start = ole32.Find<decltype(&CoInitializeEx)>("CoInitializeEx");
+  com_started_ = SUCCEEDED(start(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE));
 }
 
 void Win32Shell::Recycle(std::string_view path) {
@@ -77,6 +83,7 @@ void Win32Shell::Recycle(std::string_view path) {
   const std::wstring plain = Wide(path);
   CheckLength(plain, path);
   anchor_.CheckParentOf(path);
+  StartCom();
   if (GetFileAttributesW(wide.c_str()) == INVALID_FILE_ATTRIBUTES) ThrowLastError(kRecycle, path);
   if (const int code = RecycleNow(plain)) throw WindowsError(FromShellCode(code), kRecycle, path);
   if (GetFileAttributesW(wide.c_str()) != INVALID_FILE_ATTRIBUTES) {
@@ -87,7 +94,8 @@ void Win32Shell::Recycle(std::string_view path) {
 RecycleBinContent Win32Shell::QueryRecycleBin() {
   SHQUERYRBINFO info{};
   info.cbSize = sizeof info;
-  const HRESULT result = SHQueryRecycleBinW(nullptr, &info);
+  static const auto query = shell32.Find<decltype(&SHQueryRecycleBinW)>("SHQueryRecycleBinW");
+  const HRESULT result = query(nullptr, &info);
   if (FAILED(result))
     throw WindowsError(static_cast<DWORD>(result), "look into", "the recycle bin");
   return {static_cast<uint64_t>(info.i64NumItems), static_cast<uint64_t>(info.i64Size)};
@@ -95,18 +103,20 @@ RecycleBinContent Win32Shell::QueryRecycleBin() {
 
 // Windows answers an empty bin with an error, so the bin itself is asked.
 void Win32Shell::EmptyRecycleBin() {
-  const HRESULT result = SHEmptyRecycleBinW(
-      nullptr, nullptr, SHERB_NOCONFIRMATION | SHERB_NOPROGRESSUI | SHERB_NOSOUND);
+  static const auto empty = shell32.Find<decltype(&SHEmptyRecycleBinW)>("SHEmptyRecycleBinW");
+  const HRESULT result =
+      empty(nullptr, nullptr, SHERB_NOCONFIRMATION | SHERB_NOPROGRESSUI | SHERB_NOSOUND);
   if (QueryRecycleBin().items == 0) return;
   const auto code = FAILED(result) ? static_cast<DWORD>(result) : ERROR_SHARING_VIOLATION;
   throw WindowsError(code, "empty", "the recycle bin");
 }
 
 void Win32Shell::ClearAddressHistory() {
+  StartCom();
+  static const auto create = ole32.Find<decltype(&CoCreateInstance)>("CoCreateInstance");
   UniqueHistory history;
-  HRESULT result =
-      CoCreateInstance(kUrlHistoryClass, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IUrlHistoryStg2),
-                       reinterpret_cast<void**>(history.Put()));
+  HRESULT result = create(kUrlHistoryClass, nullptr, CLSCTX_INPROC_SERVER,
+                          __uuidof(IUrlHistoryStg2), reinterpret_cast<void**>(history.Put()));
   if (SUCCEEDED(result)) result = history.Get()->ClearHistory();
   if (result == E_NOTIMPL || result == REGDB_E_CLASSNOTREG) {
     throw NotAvailable("This Windows keeps no history of visited addresses.");

@@ -9,7 +9,7 @@ namespace quellix {
 class Win32Shell : public Shell {
  public:
   // The anchor holds for recycling, too; it must outlive this object.
-  explicit Win32Shell(Win32Anchor& anchor);
+  explicit Win32Shell(Win32Anchor& anchor) : anchor_(anchor) {}
   ~Win32Shell() override;
 
   void Recycle(std::string_view path) override;
@@ -19,8 +19,10 @@ class Win32Shell : public Shell {
   void EmptyClipboard() override;
 
  private:
+  void StartCom();
+
   Win32Anchor& anchor_;
-  bool com_started_;
+  bool com_started_ = false;
 };
 
 }  // namespace quellix

@@ -4,39 +4,21 @@
 // After windows.h, whose types it uses.
 #include <wininet.h>
 
-#include "platform/win32/unique.h"
+#include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
 namespace {
 
-// The library is loaded when it is asked for the first time: most runs never need it, and with its
-// own dependencies it would take a good part of the program's start.
-class Internet {
- public:
-  Internet() : library_(LoadLibraryExW(L"wininet.dll", nullptr, 0)) {
-    if (!library_) ThrowLastError("open", "the browser cache");
-    first = Find<decltype(first)>("FindFirstUrlCacheEntryW");
-    next = Find<decltype(next)>("FindNextUrlCacheEntryW");
-    close = Find<decltype(close)>("FindCloseUrlCache");
-    remove = Find<decltype(remove)>("DeleteUrlCacheEntryW");
-  }
+LazyLibrary wininet(L"wininet.dll");
 
-  decltype(&FindFirstUrlCacheEntryW) first;
-  decltype(&FindNextUrlCacheEntryW) next;
-  decltype(&FindCloseUrlCache) close;
-  decltype(&DeleteUrlCacheEntryW) remove;
-
- private:
-  template <typename Function>
-  Function Find(const char* name) {
-    const auto found = reinterpret_cast<void*>(GetProcAddress(library_, name));
-    if (!found) ThrowLastError("open", "the browser cache");
-    return reinterpret_cast<Function>(found);
-  }
-
-  HMODULE library_;  // kept: unloading it while its threads run is not safe
+struct Internet {
+  decltype(&FindFirstUrlCacheEntryW) first =
+      wininet.Find<decltype(first)>("FindFirstUrlCacheEntryW");
+  decltype(&FindNextUrlCacheEntryW) next = wininet.Find<decltype(next)>("FindNextUrlCacheEntryW");
+  decltype(&FindCloseUrlCache) close = wininet.Find<decltype(close)>("FindCloseUrlCache");
+  decltype(&DeleteUrlCacheEntryW) remove = wininet.Find<decltype(remove)>("DeleteUrlCacheEntryW");
 };
 
 const Internet& TheInternet() {
