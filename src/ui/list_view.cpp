@@ -10,7 +10,8 @@ void ListView::Attach(HWND list, std::span<const Column> columns, Provider provi
   ListView_SetExtendedListViewStyle(list, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
   for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
     LVCOLUMNW column{};
-    column.mask = LVCF_TEXT | LVCF_SUBITEM;
+    column.mask = LVCF_TEXT | LVCF_SUBITEM | LVCF_FMT;
+    column.fmt = columns[i].number ? LVCFMT_RIGHT : LVCFMT_LEFT;
     column.pszText = const_cast<wchar_t*>(columns[i].title);
     column.iSubItem = i;
     ListView_InsertColumn(list, i, &column);
@@ -33,7 +34,34 @@ void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span
 
 void ListView::SetRows(int count) {
   ListView_SetItemCountEx(list_, count, LVSICF_NOSCROLL);
+  ListView_SetItemState(list_, -1, 0, LVIS_SELECTED);
   InvalidateRect(list_, nullptr, TRUE);
+}
+
+std::vector<size_t> ListView::SelectedRows() const {
+  std::vector<size_t> rows;
+  for (int row = -1; (row = ListView_GetNextItem(list_, row, LVNI_SELECTED)) >= 0;) {
+    rows.push_back(static_cast<size_t>(row));
+  }
+  return rows;
+}
+
+void ListView::Select(size_t row) {
+  const int index = static_cast<int>(row);
+  ListView_SetItemState(list_, index, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+  ListView_EnsureVisible(list_, index, FALSE);
+}
+
+void ListView::ShowOrder(int column, bool descending) {
+  const HWND header = ListView_GetHeader(list_);
+  for (int i = Header_GetItemCount(header); i-- > 0;) {
+    HDITEMW item{};
+    item.mask = HDI_FORMAT;
+    Header_GetItem(header, i, &item);
+    item.fmt &= ~(HDF_SORTUP | HDF_SORTDOWN);
+    if (i == column) item.fmt |= descending ? HDF_SORTDOWN : HDF_SORTUP;
+    Header_SetItem(header, i, &item);
+  }
 }
 
 bool ListView::OnNotify(NMHDR& header) {
