@@ -12,8 +12,7 @@
 namespace quellix {
 namespace {
 
-// Nobody reads more of them in a window.
-constexpr size_t kMostProblems = 100;
+constexpr size_t kMostLines = 100;
 
 // Sorts rows by a key that is made only once a row; equal rows keep their order.
 template <typename Row, typename Key>
@@ -35,6 +34,8 @@ std::string StateOf(const BackupInfo& info) {
   if (!info.problem.empty()) return "Cannot be read";
   return info.repair ? "Repaired" : "Whole";
 }
+
+std::string StateOf(const BackupEntry& entry) { return entry.refusal.empty() ? "" : "Refused"; }
 
 std::string Letters(uint32_t attributes) {
   static constexpr std::pair<uint32_t, char> kLetters[] = {
@@ -132,12 +133,24 @@ void BackupBrowser::LoadEntries() {
     if (outcome_.empty()) outcome_ = info->name + " cannot be read: " + error.what();
   }
   OrderEntries();
-  const auto refused = std::ranges::count_if(
-      entries_, [](const BackupEntry& entry) { return !entry.refusal.empty(); });
-  if (refused > 0) {
-    outcome_ += Files(Number(static_cast<uint64_t>(refused))) +
-                " of this archive will not be restored; the column Note says why.\n";
+  std::vector<std::string> refusals;
+  for (const BackupEntry& entry : entries_) {
+    if (!entry.refusal.empty()) refusals.push_back(entry.refusal);
   }
+  AppendLines(refusals);
+}
+
+// Nobody reads more than a window's worth.
+void BackupBrowser::AppendLines(const std::vector<std::string>& lines) {
+  const size_t shown = std::min(lines.size(), kMostLines);
+  for (size_t i = 0; i < shown; ++i) outcome_ += lines[i] + "\n";
+  if (const size_t more = lines.size() - shown) {
+    outcome_ += "The same goes for " + Files(Number(more)) + " more.\n";
+  }
+}
+
+std::string BackupBrowser::EntriesTitle() const {
+  return Chosen() ? "Files in " + Chosen()->name + ":" : "Files in the archive:";
 }
 
 std::string BackupBrowser::ArchiveText(size_t row, ArchiveColumn column) const {
@@ -168,8 +181,8 @@ std::string BackupBrowser::EntryText(size_t row, EntryColumn column) const {
       return entry.last_write == 0 ? "" : FormatDateTime(ToLocalTime(entry.last_write), locale_);
     case EntryColumn::kAttributes:
       return Letters(entry.attributes);
-    case EntryColumn::kNote:
-      return entry.refusal;
+    case EntryColumn::kState:
+      return StateOf(entry);
   }
   return "";
 }
@@ -194,7 +207,7 @@ void BackupBrowser::OrderArchives() {
     case ArchiveColumn::kSize:
       return sort([](const BackupInfo& info) { return info.size; });
     case ArchiveColumn::kState:
-      return sort(StateOf);
+      return sort([](const BackupInfo& info) { return StateOf(info); });
   }
 }
 
@@ -214,8 +227,8 @@ void BackupBrowser::OrderEntries() {
       return sort([](const BackupEntry& entry) { return entry.last_write; });
     case EntryColumn::kAttributes:
       return sort([](const BackupEntry& entry) { return Letters(entry.attributes); });
-    case EntryColumn::kNote:
-      return sort([](const BackupEntry& entry) { return entry.refusal; });
+    case EntryColumn::kState:
+      return sort([](const BackupEntry& entry) { return StateOf(entry); });
   }
 }
 
@@ -254,11 +267,7 @@ void BackupBrowser::Restore(std::span<const size_t> rows, std::string_view folde
                std::string(folder.empty() ? info->root : folder);
     if (result.skipped > 0) outcome_ += ", " + Number(result.skipped) + " left as they were";
     outcome_ += result.cancelled ? "; stopped at your wish.\n" : ".\n";
-    const size_t shown = std::min(result.problems.size(), kMostProblems);
-    for (size_t i = 0; i < shown; ++i) outcome_ += result.problems[i] + "\n";
-    if (const size_t more = result.problems.size() - shown) {
-      outcome_ += Files(Number(more)) + " more could not be restored.\n";
-    }
+    AppendLines(result.problems);
   } catch (const Error& error) {
     outcome_ = std::string("Nothing is restored. ") + error.what();
   }

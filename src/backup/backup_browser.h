@@ -11,7 +11,7 @@ namespace quellix {
 
 enum class ArchiveColumn { kDrive, kDate, kFiles, kSize, kState };
 inline constexpr size_t kArchiveColumns = 5;
-enum class EntryColumn { kPath, kSize, kDate, kAttributes, kNote };
+enum class EntryColumn { kPath, kSize, kDate, kAttributes, kState };
 inline constexpr size_t kEntryColumns = 5;
 
 // By which column a list is sorted. The same column again turns the order around.
@@ -51,6 +51,8 @@ class BackupBrowser {
   const SortOrder<ArchiveColumn>& archive_order() const { return archive_order_; }
   // Reads its entries.
   void ChooseArchive(size_t row);
+  // "Files in C_141120269057.zip:"
+  std::string EntriesTitle() const;
   // The chosen archive; null when there is none.
   const BackupInfo* Chosen() const;
   size_t ChosenRow() const { return chosen_; }
@@ -85,6 +87,7 @@ class BackupBrowser {
 
  private:
   void LoadEntries();
+  void AppendLines(const std::vector<std::string>& lines);
   void OrderArchives();
   void OrderEntries();
   void Restore(std::span<const size_t> rows, std::string_view folder, Prompts& prompts);

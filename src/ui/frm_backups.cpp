@@ -15,19 +15,19 @@
 namespace quellix {
 namespace {
 
-constexpr Column kOfArchives[kArchiveColumns] = {{L"Drive", 90},
-                                                 {L"Date", 170},
-                                                 {L"Files", 90, true},
-                                                 {L"Size (bytes)", 120, true},
-                                                 {L"State", 130}};
-constexpr Column kOfEntries[kEntryColumns] = {{L"Path", 290},
+constexpr Column kOfArchives[kArchiveColumns] = {{L"Drive", 130},
+                                                 {L"Date", 190},
+                                                 {L"Files", 110, true},
+                                                 {L"Size (bytes)", 140, true},
+                                                 {L"State", 150}};
+constexpr Column kOfEntries[kEntryColumns] = {{L"Path", 200},
                                               {L"Size (bytes)", 90, true},
                                               {L"Date (UTC)", 145},
                                               {L"Attributes", 75},
-                                              {L"Note", 110}};
+                                              {L"State", 80}};
 
 constexpr Anchor kAnchors[] = {
-    {lstvArchives, 0, 0, 1, 0.3}, {lblEntries, 0, 0.3, 0, 0.3}, {lstvEntries, 0, 0.3, 1, 1},
+    {lstvArchives, 0, 0, 1, 0.3}, {lblEntries, 0, 0.3, 1, 0.3}, {lstvEntries, 0, 0.3, 1, 1},
     {lblOverwrite, 0, 1, 0, 1},   {cboOverwrite, 0, 1, 0, 1},   {lblOutcome, 0, 1, 0, 1},
     {txtOutcome, 0, 1, 1, 1},     {cmdView, 0, 1, 0, 1},        {cmdRestoreSelected, 0, 1, 0, 1},
     {cmdRestoreAll, 0, 1, 0, 1},  {cmdRestoreInto, 0, 1, 0, 1}, {cmdDeleteArchive, 0, 1, 0, 1},
@@ -51,7 +51,8 @@ std::string WithCarriageReturns(const std::string& lines) {
 INT_PTR CALLBACK OverwriteProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_INITDIALOG) {
     SetDlgItemTextW(dialog, txtTarget, reinterpret_cast<const wchar_t*>(lparam));
-    return TRUE;
+    SetFocus(GetDlgItem(dialog, IDNO));
+    return FALSE;
   }
   if (message != WM_COMMAND) return FALSE;
   const int id = LOWORD(wparam);
@@ -122,6 +123,11 @@ void FrmBackups::OnResolution() {
   entries_.SetResolution(dpi(), kOfEntries, {});
 }
 
+void FrmBackups::OnSized() {
+  archives_.FillWith(static_cast<int>(ArchiveColumn::kState), Scale(100, dpi()));
+  entries_.FillWith(static_cast<int>(EntryColumn::kPath), Scale(kOfEntries[0].width, dpi()));
+}
+
 void FrmBackups::ShowArchives() {
   filling_ = true;
   archives_.SetRows(static_cast<int>(browser_->ArchiveCount()));
@@ -134,6 +140,7 @@ void FrmBackups::ShowArchives() {
 void FrmBackups::ShowEntries() {
   filling_ = true;
   entries_.SetRows(static_cast<int>(browser_->EntryCount()));
+  SetText(lblEntries, "&" + ReplaceNoCase(browser_->EntriesTitle(), "&", "&&"));
   entries_.ShowOrder(static_cast<int>(browser_->entry_order().column),
                      browser_->entry_order().descending);
   filling_ = false;
@@ -207,7 +214,8 @@ void FrmBackups::OnEntriesNotify(const NMHDR& header) {
         entries_.SelectAll();
       return;
     case NM_DBLCLK:
-      return View();
+      if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) View();
+      return;
     case LVN_ITEMCHANGED:
     case LVN_ODSTATECHANGED:
       return EnableCommands();

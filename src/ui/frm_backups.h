@@ -20,6 +20,7 @@ class FrmBackups : public Dialog, private Prompts {
  protected:
   void OnInit() override;
   HWND FirstFocus() override { return Control(lstvArchives); }
+  void OnSized() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;
   LRESULT OnNotify(NMHDR& header) override;

@@ -1,5 +1,7 @@
 #include "ui/list_view.h"
 
+#include <algorithm>
+
 #include "ui/dpi.h"
 
 namespace quellix {
@@ -22,6 +24,7 @@ void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span
   for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
     ListView_SetColumnWidth(list_, i, Scale(columns[i].width, dpi));
   }
+  if (icons.empty()) return;
   const int side = Scale(16, dpi);
   UniqueImages images(
       ImageList_Create(side, side, ILC_COLOR32 | ILC_MASK, static_cast<int>(icons.size()), 0));
@@ -50,6 +53,18 @@ void ListView::Select(size_t row) {
   const int index = static_cast<int>(row);
   ListView_SetItemState(list_, index, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
   ListView_EnsureVisible(list_, index, FALSE);
+}
+
+void ListView::FillWith(int column, int minimum) {
+  RECT client;
+  GetClientRect(list_, &client);
+  // Room for a scroll bar is kept whether it shows or not, so that it brings no second one.
+  const bool scrolls = (GetWindowLongW(list_, GWL_STYLE) & WS_VSCROLL) != 0;
+  int width = client.right - (scrolls ? 0 : GetSystemMetrics(SM_CXVSCROLL));
+  for (int i = Header_GetItemCount(ListView_GetHeader(list_)); i-- > 0;) {
+    if (i != column) width -= ListView_GetColumnWidth(list_, i);
+  }
+  ListView_SetColumnWidth(list_, column, std::max(width, minimum));
 }
 
 void ListView::ShowOrder(int column, bool descending) {

@@ -50,7 +50,7 @@ class FrmBackupsTest : public ::testing::Test {
   }
 
   const std::map<std::filesystem::path, std::string> files_ = {
-      {TempFolder() / "a.tmp", std::string(512, 'a')},
+      {TempFolder() / "a.txt", std::string(512, 'a')},
       {TempFolder() / "empty.tmp", ""},
       {TempFolder() / "nested" / "deep" / "b.tmp", std::string("\0\r\n\x1A\xFF", 5)},
       {TempFolder() / L"\u6771\u4eac.tmp", std::string(100000, 'c')}};
@@ -70,7 +70,7 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
   EXPECT_EQ(window.RowText(archives, 0, 2), L"4");
   EXPECT_EQ(window.RowText(archives, 0, 4), L"Whole");
   ASSERT_EQ(Count(entries), 4);
-  const std::wstring first = TempFolder() / "a.tmp";
+  const std::wstring first = TempFolder() / "a.txt";
   EXPECT_EQ(window.RowText(entries, 0, 0), first.substr(3));
   EXPECT_EQ(window.RowText(entries, 0, 1), L"512");
 
@@ -83,6 +83,9 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
   EXPECT_EQ(ReadBytes(first), files_.at(first));
   EXPECT_FALSE(std::filesystem::exists(TempFolder() / "empty.tmp"));
 
+  Press(backups, cmdView);
+  EXPECT_TRUE(AwaitOutcome(backups, L"A copy of " + first.substr(3) + L" is opened."));
+
   WriteBytes(first, "written since");
   for (const int answer : {IDNO, IDYES}) {
     SCOPED_TRACE(answer);
@@ -90,7 +93,8 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
     for (int asked = 0; asked < (answer == IDNO ? 1 : 4); ++asked) {
       const HWND question = window.AwaitWindow(L"Replace the file?");
       ASSERT_TRUE(question);
-      EXPECT_NE(TextOf(GetDlgItem(question, txtTarget)).find(L".tmp"), std::wstring::npos);
+      EXPECT_NE(TextOf(GetDlgItem(question, txtTarget)).find(TempFolder().wstring()),
+                std::wstring::npos);
       SendMessageW(question, WM_COMMAND, static_cast<WPARAM>(answer), 0);
       ASSERT_TRUE(Await([&] { return !IsWindow(question); }));
     }
