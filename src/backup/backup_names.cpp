@@ -66,10 +66,9 @@ std::optional<LocalTime> DateOfArchive(std::string_view name) {
 }
 
 LocalTime ToLocalTime(int64_t filetime) {
-  using namespace std::chrono;
   const int64_t seconds_1601 = std::max<int64_t>(filetime, 0) / 10'000'000;
-  const sys_days day{days(seconds_1601 / 86400 - 134774)};
-  const year_month_day date{day};
+  const std::chrono::days since_1970(seconds_1601 / 86400 - 134774);
+  const std::chrono::year_month_day date{std::chrono::sys_days(since_1970)};
   const auto of_day = static_cast<int>(seconds_1601 % 86400);
   return {static_cast<int>(date.year()),
           static_cast<int>(unsigned{date.month()}),

@@ -72,6 +72,7 @@ std::vector<BackupInfo> cUnZip::ListArchives() {
     return true;
   });
   std::vector<BackupInfo> archives;
+  archives.reserve(names.size());
   for (const std::string& name : names) archives.push_back(Describe(name));
   const auto key = [](const BackupInfo& info) {
     const LocalTime& d = info.date;

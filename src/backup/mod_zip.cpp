@@ -14,11 +14,12 @@ namespace {
 
 // From the two clocks, in quarters of an hour: no port tells the zone.
 int ZoneMinutes(const LocalTime& now) {
-  using namespace std::chrono;
-  const sys_days day{year(now.year) / month(static_cast<unsigned>(now.month)) /
-                     std::chrono::day(static_cast<unsigned>(now.day))};
-  const auto local = day + hours(now.hour) + minutes(now.minute) + seconds(now.second);
-  const auto apart = duration<double, std::ratio<60>>(local - system_clock::now());
+  namespace chr = std::chrono;
+  const chr::sys_days day{chr::year(now.year) / chr::month(static_cast<unsigned>(now.month)) /
+                          chr::day(static_cast<unsigned>(now.day))};
+  const auto local =
+      day + chr::hours(now.hour) + chr::minutes(now.minute) + chr::seconds(now.second);
+  const auto apart = chr::duration<double, std::ratio<60>>(local - chr::system_clock::now());
   return static_cast<int>(std::lround(apart.count() / 15)) * 15;
 }
 

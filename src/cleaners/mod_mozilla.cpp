@@ -58,10 +58,10 @@ double Find(CleaningContext& context, const std::string& folder, std::string_vie
   });
   double bytes = 0;
   for (const Found& file : files) {
+    if (context.state.AbortRequested) break;
     bytes += static_cast<double>(file.size);
     if (deletes_in(folder)) DeleteFound(context, folder + file.name, file.size);
     context.view.Yield();
-    if (context.state.AbortRequested) return bytes;
   }
   context.state.MozillaSpaceFound += bytes;
   for (const std::string& name : folders) {

@@ -105,6 +105,27 @@ class AllCleanersTest : public RunFixture {
     return Values("Software\\Microsoft\\Office\\" + version + "\\" + key).size();
   }
 
+  // Three Firefox items over two profiles: all goes that should, or nothing on a Windows version
+  // that Firefox is not cleaned on.
+  void CleanFirefox() {
+    const std::string profiles = ports.system.Environment("USERPROFILE").value() +
+                                 "\\Application Data\\Mozilla\\Firefox\\Profiles\\";
+    for (const char* file : {"1.default\\Cache\\A", "1.default\\Cache\\sub\\B", "3.lower\\cache\\C",
+                             "2.x\\history.dat", "2.x\\sub\\cookies.txt", "2.x\\cookperm.txt"}) {
+      machine->MakeFile(profiles + file, "1234");
+    }
+    Tick({"CleanMozillaCache", "CleanMozillaCookies", "CleanMozillaHistory"});
+    engine.RunCleaning();
+    const bool known = !modMozilla::GetWindowsVersionName(ports.system.Version()).empty();
+    // One cache file, then two cookie files, then one history: each item adds all before it again.
+    EXPECT_EQ(engine.state().RunFilesDeleted, known ? 1 + 3 + 4 : 0);
+    EXPECT_EQ(engine.state().RunSpaceGained, known ? 4 * (1 + 3 + 4) : 0);
+    EXPECT_EQ(machine->Exists(profiles + "1.default\\Cache\\A"), !known);
+    EXPECT_EQ(machine->Exists(profiles + "2.x\\sub\\cookies.txt"), !known);
+    EXPECT_TRUE(machine->Exists(profiles + "1.default\\Cache\\sub\\B"));
+    EXPECT_TRUE(machine->Exists(profiles + "3.lower\\cache\\C"));
+  }
+
   std::string windows, drive;
 };
 
@@ -276,22 +297,15 @@ TEST_F(AllCleanersTest, FirefoxIsCleanedOnlyOnTheWindowsVersionsItKnows) {
   for (const Row& row : kRows) {
     EXPECT_EQ(modMozilla::GetWindowsVersionName(row.version), row.name);
   }
-  const std::string profiles = ports.system.Environment("USERPROFILE").value() +
-                               "\\Application Data\\Mozilla\\Firefox\\Profiles\\";
-  for (const char* file : {"1.default\\Cache\\A", "1.default\\Cache\\sub\\B", "3.lower\\cache\\C",
-                           "2.x\\history.dat", "2.x\\sub\\cookies.txt", "2.x\\cookperm.txt"}) {
-    machine->MakeFile(profiles + file, "1234");
+  // A volume takes its version from the registry; a running Windows has the one it has.
+  constexpr const char* kVersionKey = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+  for (const auto& [major, minor] : {std::pair{'\5', '\1'}, {'\6', '\1'}, {'\6', '\2'}}) {
+    machine->SetRegistryValue(kHklm, kVersionKey, "CurrentMajorVersionNumber",
+                              {kRegDword, {major, 0, 0, 0}});
+    machine->SetRegistryValue(kHklm, kVersionKey, "CurrentMinorVersionNumber",
+                              {kRegDword, {minor, 0, 0, 0}});
+    CleanFirefox();
   }
-  Tick({"CleanMozillaCache", "CleanMozillaCookies", "CleanMozillaHistory"});
-  engine.RunCleaning();
-  const bool known = !modMozilla::GetWindowsVersionName(ports.system.Version()).empty();
-  // One cache file, then two cookie files, then one history: each item adds all before it again.
-  EXPECT_EQ(engine.state().RunFilesDeleted, known ? 1 + 3 + 4 : 0);
-  EXPECT_EQ(engine.state().RunSpaceGained, known ? 4 * (1 + 3 + 4) : 0);
-  EXPECT_EQ(machine->Exists(profiles + "1.default\\Cache\\A"), !known);
-  EXPECT_EQ(machine->Exists(profiles + "2.x\\sub\\cookies.txt"), !known);
-  EXPECT_TRUE(machine->Exists(profiles + "1.default\\Cache\\sub\\B"));
-  EXPECT_TRUE(machine->Exists(profiles + "3.lower\\cache\\C"));
 }
 
 }  // namespace
