@@ -4,6 +4,7 @@
 #include "app/run_report.h"
 #include "app/run_steps.h"
 #include "platform/error.h"
+#include "platform/text.h"
 
 namespace quellix {
 namespace {
@@ -72,7 +73,8 @@ void RunItem(CleaningContext& context, const Item& item) {
     context.state.ItemsCleaned.set(item.run_order - 1);
   } catch (const NotAvailable& error) {
     EndRun(context, "");
-    context.state.RunLog.append(item.log_caption).append(error.what()).append("\r\n");
+    context.state.RunLog.append(TrimBlanks(item.log_caption)).append(" ").append(error.what()) +=
+        "\r\n";
   } catch (const std::exception& error) {
     ReportCritical(context, std::string(item.error_message) + error.what());
   }

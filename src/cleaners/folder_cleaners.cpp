@@ -28,6 +28,14 @@ void EndFiles(CleaningContext& context, const Item& item) {
   AppendFilesLine(context, item);
 }
 
+// An item that is one folder.
+void CleanOneFolder(CleaningContext& context, const Item& item, std::string_view folder,
+                    std::string_view mask, FoldersPass folders_pass) {
+  BeginFiles(context, item);
+  CleanFolder(context, folder, mask, folders_pass);
+  EndFiles(context, item);
+}
+
 std::string WindowsDrive(CleaningContext& context) {
   const std::string windows = context.machine.system.WindowsFolder();
   return windows.substr(0, windows.find('\\') + 1);
@@ -49,9 +57,7 @@ void DeleteDumpFile(CleaningContext& context) {
 }  // namespace
 
 void CleanTempFiles(CleaningContext& context, const Item& item) {
-  BeginFiles(context, item);
-  CleanFolder(context, context.machine.system.TempFolder(), "*.*", FoldersPass::kYes);
-  EndFiles(context, item);
+  CleanOneFolder(context, item, context.machine.system.TempFolder(), "*.*", FoldersPass::kYes);
 }
 
 void CleanMemoryDumps(CleaningContext& context, const Item& item) {
@@ -63,11 +69,9 @@ void CleanMemoryDumps(CleaningContext& context, const Item& item) {
 }
 
 void CleanPrinterFiles(CleaningContext& context, const Item& item) {
-  BeginFiles(context, item);
-  CleanFolder(context,
-              FolderFromRegistry(context, kLocalMachine, kPrinters, "DefaultspoolDirectory"),
-              "*.spl", FoldersPass::kNo);
-  EndFiles(context, item);
+  CleanOneFolder(context, item,
+                 FolderFromRegistry(context, kLocalMachine, kPrinters, "DefaultspoolDirectory"),
+                 "*.spl", FoldersPass::kNo);
 }
 
 void CleanRecentDocuments(CleaningContext& context, const Item& item) {
@@ -79,17 +83,13 @@ void CleanRecentDocuments(CleaningContext& context, const Item& item) {
 }
 
 void CleanActiveX(CleaningContext& context, const Item& item) {
-  BeginFiles(context, item);
-  CleanFolder(context, FolderFromRegistry(context, kLocalMachine, kActiveXCache, "0"), "*.*",
-              FoldersPass::kYes);
-  EndFiles(context, item);
+  CleanOneFolder(context, item, FolderFromRegistry(context, kLocalMachine, kActiveXCache, "0"),
+                 "*.*", FoldersPass::kYes);
 }
 
 void CleanOfflinePages(CleaningContext& context, const Item& item) {
-  BeginFiles(context, item);
-  CleanFolder(context, context.machine.system.WindowsFolder() + "\\Offline Web Pages\\", "*.*",
-              FoldersPass::kYes);
-  EndFiles(context, item);
+  CleanOneFolder(context, item, context.machine.system.WindowsFolder() + "\\Offline Web Pages\\",
+                 "*.*", FoldersPass::kYes);
 }
 
 // There is no search drive by drive, as in the recycle bin and the indexer: it was tied to a drive

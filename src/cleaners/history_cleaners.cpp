@@ -83,17 +83,11 @@ void CleanFindHistory(CleaningContext& context, const Item& item) {
 
 // The key stands directly below the user's root; users of this list know it there.
 void CleanInstallFromHistory(CleaningContext& context, const Item& item) {
-  BeginItem(context, item);
-  ClearUserKey(context, "InstallLocationsMRU\\");
-  EndRun(context, "");
-  AppendCaptionLine(context, item);
+  CleanByAction(context, item, [&] { ClearUserKey(context, "InstallLocationsMRU\\"); });
 }
 
 void CleanClipboard(CleaningContext& context, const Item& item) {
-  BeginItem(context, item);
-  context.machine.shell.EmptyClipboard();
-  EndRun(context, "");
-  AppendCaptionLine(context, item);
+  CleanByAction(context, item, [&] { context.machine.shell.EmptyClipboard(); });
 }
 
 void CleanOfficeVersionHistory(CleaningContext& context, std::string_view version) {
@@ -113,10 +107,9 @@ void CleanOfficeVersionHistory(CleaningContext& context, std::string_view versio
 }
 
 void CleanOfficeHistory(CleaningContext& context, const Item& item) {
-  BeginItem(context, item);
-  for (const char* version : {"10.0", "9.0", "8.0"}) CleanOfficeVersionHistory(context, version);
-  EndRun(context, "");
-  AppendCaptionLine(context, item);
+  CleanByAction(context, item, [&] {
+    for (const char* version : {"10.0", "9.0", "8.0"}) CleanOfficeVersionHistory(context, version);
+  });
 }
 
 }  // namespace quellix

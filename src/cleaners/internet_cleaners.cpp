@@ -53,12 +53,11 @@ void DeleteCookieEntries(CleaningContext& context, std::string_view keep_list) {
 }  // namespace
 
 void CleanInternetCache(CleaningContext& context, const Item& item) {
-  BeginItem(context, item);
-  DeleteCacheEntries(context, [](const UrlCacheEntry& entry) {
-    return (entry.type & (kCookieEntry | kUrlHistoryEntry)) == 0;
+  CleanByAction(context, item, [&] {
+    DeleteCacheEntries(context, [](const UrlCacheEntry& entry) {
+      return (entry.type & (kCookieEntry | kUrlHistoryEntry)) == 0;
+    });
   });
-  EndRun(context, "");
-  AppendCaptionLine(context, item);
 }
 
 void CleanCookies(CleaningContext& context, const Item& item) {
@@ -77,10 +76,7 @@ void CleanCookies(CleaningContext& context, const Item& item) {
 }
 
 void CleanAddressHistory(CleaningContext& context, const Item& item) {
-  BeginItem(context, item);
-  context.machine.shell.ClearAddressHistory();
-  EndRun(context, "");
-  AppendCaptionLine(context, item);
+  CleanByAction(context, item, [&] { context.machine.shell.ClearAddressHistory(); });
 }
 
 }  // namespace quellix

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/removal.h"
+#include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -86,6 +87,14 @@ void RemoveEmptyFolder(CleaningContext& context, std::string_view folder) {
 void ResetItemCounters(RunState& state) {
   state.FilesDeleted = 0;
   state.SpaceGained = 0;
+}
+
+void CleanByAction(CleaningContext& context, const Item& item,
+                   const std::function<void()>& action) {
+  BeginItem(context, item);
+  action();
+  EndRun(context, "");
+  AppendCaptionLine(context, item);
 }
 
 void AppendFilesLine(CleaningContext& context, const Item& item) {

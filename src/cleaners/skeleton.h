@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -47,6 +48,9 @@ void CleanFolder(CleaningContext& context, std::string_view folder, std::string_
 void RemoveEmptyFolder(CleaningContext& context, std::string_view folder);
 
 void ResetItemCounters(RunState& state);
+
+// An item that is one action: shown as in work, done, and told by its caption.
+void CleanByAction(CleaningContext& context, const Item& item, const std::function<void()>& action);
 
 // The item's line in RunLog: its files and their bytes, a count alone, or its caption alone.
 void AppendFilesLine(CleaningContext& context, const Item& item);

@@ -1,5 +1,7 @@
 #include <cstdio>
-#include <stdexcept>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 #include "cli/console_fixture.h"
 
@@ -10,17 +12,22 @@ namespace quellix {
 std::string QuellixctlPath();
 std::string ShellCommand(const std::string& command);
 int ExitCodeOf(int status);
+// A file for a program's output, outside of what is cleaned.
+std::string OutputFile();
 
 ProgramResult RunQuellixctl(const std::vector<std::string>& arguments) {
   std::string command = "\"" + QuellixctlPath() + "\"";
   for (const std::string& argument : arguments) command += " \"" + argument + "\"";
-  FILE* const pipe = popen(ShellCommand(command + " 2>&1").c_str(), "r");
-  if (pipe == nullptr) throw std::runtime_error("cannot run " + command);
+  // Into a file rather than a pipe: what Windows starts in the background keeps a pipe open.
+  const std::string file = OutputFile();
   ProgramResult result;
-  for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
-    if (c != '\r') result.output += static_cast<char>(c);
-  }
-  result.exit_code = ExitCodeOf(pclose(pipe));
+  result.exit_code =
+      ExitCodeOf(std::system(ShellCommand(command + " > \"" + file + "\" 2>&1").c_str()));
+  std::ifstream output(file, std::ios::binary);
+  result.output.assign(std::istreambuf_iterator<char>(output), {});
+  std::erase(result.output, '\r');
+  output.close();
+  std::remove(file.c_str());
   return result;
 }
 

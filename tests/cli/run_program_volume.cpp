@@ -1,4 +1,7 @@
 #include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
 
 #include "cli/console_fixture.h"
 #include "support/volume_seed.h"
@@ -10,6 +13,10 @@ std::string QuellixctlPath() { return QUELLIXCTL; }
 std::string ShellCommand(const std::string& command) { return command; }
 
 int ExitCodeOf(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : -1; }
+
+std::string OutputFile() {
+  return std::filesystem::temp_directory_path() / ("quellixctl-" + std::to_string(getpid()));
+}
 
 std::vector<std::string> MachineArguments(TestMachine& machine) {
   const VolumeOptions options = dynamic_cast<VolumeTestMachine&>(machine).options();

@@ -9,6 +9,8 @@ std::string ShellCommand(const std::string& command) { return "\"" + command + "
 
 int ExitCodeOf(int status) { return status; }
 
+std::string OutputFile() { return "C:\\QxOutput.txt"; }
+
 std::vector<std::string> MachineArguments(TestMachine& machine) {
   return {"--settings", machine.machine().program_folder};
 }

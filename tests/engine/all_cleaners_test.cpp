@@ -248,7 +248,6 @@ TEST_F(AllCleanersTest, EveryRegistryListIsClearedAndItsNeighboursStay) {
 
 TEST_F(AllCleanersTest, OddRegistryFoldersHarmNothing) {
   const std::string system = ports.system.SystemFolder();
-  machine->MakeFile(scratch + "real\\a.spl", "1");
   machine->MakeFile(system + "\\qxspool\\b.spl", "1");
   struct Row {
     const char* name;
@@ -271,10 +270,12 @@ TEST_F(AllCleanersTest, OddRegistryFoldersHarmNothing) {
       {"system folder", "%systemroot%", kRegExpandSz, 0, true},
       {"a file", scratch + "real\\a.spl", kRegSz, 0, false},
       {"two backslashes", scratch + "real\\", kRegSz, 1, false},
+      {"the first of several texts", scratch + "real" + '\0' + scratch, kRegMultiSz, 1, false},
       {"system root is the system folder", "%SYSTEMROOT%\\qxspool", kRegExpandSz, 1, false},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
+    machine->MakeFile(scratch + "real\\a.spl", "1");
     machine->SetRegistryValue(
         kHklm, "System\\CurrentControlSet\\Control\\Print\\Printers", "DefaultspoolDirectory",
         {row.type, row.type == kRegDword ? row.value : ToUtf16Bytes(row.value + '\0')});

@@ -11,6 +11,28 @@ namespace {
 
 std::filesystem::path BackupFolder() { return ProgramFolder() / "Backup"; }
 
+// The program that opens text files, for as long as the object lives: it copies them.
+class Opener {
+ public:
+  explicit Opener(const std::filesystem::path& copy) {
+    Set(L"Software\\Classes\\.txt", L"quellix.view");
+    Set(L"Software\\Classes\\quellix.view\\shell\\open\\command",
+        L"cmd.exe /c copy \"%1\" \"" + copy.wstring() + L"\"");
+  }
+  ~Opener() {
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Classes\\.txt");
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Classes\\quellix.view");
+  }
+  Opener(const Opener&) = delete;
+  Opener& operator=(const Opener&) = delete;
+
+ private:
+  static void Set(const wchar_t* key, const std::wstring& text) {
+    RegSetKeyValueW(HKEY_CURRENT_USER, key, nullptr, REG_SZ, text.c_str(),
+                    static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+  }
+};
+
 class FrmBackupsTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -83,8 +105,12 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
   EXPECT_EQ(ReadBytes(first), files_.at(first));
   EXPECT_FALSE(std::filesystem::exists(TempFolder() / "empty.tmp"));
 
+  const std::filesystem::path copy = L"C:\\quellix-tests\\viewed";
+  WriteBytes(copy, "");
+  const Opener opener(copy);
   Press(backups, cmdView);
   EXPECT_TRUE(AwaitOutcome(backups, L"A copy of " + first.substr(3) + L" is opened."));
+  EXPECT_TRUE(Await([&] { return ReadBytes(copy) == files_.at(first); }));
 
   WriteBytes(first, "written since");
   for (const int answer : {IDNO, IDYES}) {

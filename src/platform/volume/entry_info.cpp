@@ -12,7 +12,7 @@ namespace {
 constexpr std::array<bool, 256> MakeForbidden() {
   std::array<bool, 256> forbidden = {};
   for (size_t c = 0; c < 32; ++c) forbidden[c] = true;
-  for (const char c : std::string_view("\\/:*?\"<>|")) forbidden[static_cast<size_t>(c)] = true;
+  for (const char c : std::string_view("\\/:*?\"<>|")) forbidden[static_cast<unsigned char>(c)] = true;
   return forbidden;
 }
 

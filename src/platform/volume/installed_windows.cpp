@@ -25,7 +25,8 @@ std::string DriveOf(const std::string& windows_folder) { return windows_folder.s
 std::optional<VolumeUser> UserOfProfile(VolumeFileSystem& files, std::string sid,
                                         std::string profile) {
   if (!Exists(files, profile + std::string(kUserHive))) return std::nullopt;
-  return VolumeUser{std::string(NamePart(profile)), std::move(sid), profile};
+  std::string name(NamePart(profile));
+  return VolumeUser{std::move(name), std::move(sid), std::move(profile)};
 }
 
 // Accounts of persons, of a machine or domain and of the Microsoft cloud.

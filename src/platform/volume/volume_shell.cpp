@@ -59,7 +59,7 @@ std::string VolumeShell::UserBin(char drive) {
     throw NotAvailable("The recycle bin of this Windows cannot be filled from outside.");
   }
   const std::string bins = drive + std::string(kBinFolder);
-  const std::string bin = bins + "\\" + user_.sid;
+  std::string bin = bins + "\\" + user_.sid;
   if (files_.Look(bin)) return bin;
   files_.CreateFolder(bins);
   files_.SetAttributes(bins, kHidden | kSystem);

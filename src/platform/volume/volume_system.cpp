@@ -94,7 +94,7 @@ std::optional<std::string> VolumeSystem::Variable(std::string_view name, Expansi
 // A user's own variable comes before the machine's, but those Windows sets itself cannot be
 // replaced.
 std::optional<std::string> VolumeSystem::RawVariable(std::string_view name) {
-  if (const auto value = WellKnownVariable(name)) return value;
+  if (auto value = WellKnownVariable(name)) return value;
   if (auto value = ReadText(registry_, RegistryRoot::kCurrentUser, "Environment", name)) {
     return value;
   }

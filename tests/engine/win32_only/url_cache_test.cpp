@@ -1,0 +1,65 @@
+#include <windows.h>
+// After windows.h, whose types it uses.
+#include <wininet.h>
+// A leftover of 16-bit Windows that would swallow RunView::Yield.
+#undef Yield
+
+#include <algorithm>
+
+#include "platform/win32/win32_text.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+class UrlCacheTest : public RunFixture {
+ protected:
+  // A real entry of the user's cache; returns its file.
+  std::string Cache(const std::wstring& source, DWORD type) {
+    wchar_t file[MAX_PATH] = L"";
+    EXPECT_TRUE(CreateUrlCacheEntryW(source.c_str(), 4, L"txt", file, 0));
+    machine->MakeFile(Narrow(file), "data");
+    const FILETIME never{};
+    EXPECT_TRUE(CommitUrlCacheEntryW(source.c_str(), file, never, never, type, nullptr, 0, nullptr,
+                                     nullptr))
+        << GetLastError();
+    return Narrow(file);
+  }
+
+  // The sources of this test that are in the cache, sorted.
+  std::vector<std::string> Sources() {
+    std::vector<std::string> sources;
+    for (const UrlCacheEntry& entry : ports.url_cache.Entries()) {
+      if (entry.source.find("qxtest") != std::string::npos) sources.push_back(entry.source);
+    }
+    std::sort(sources.begin(), sources.end());
+    return sources;
+  }
+};
+
+TEST_F(UrlCacheTest, CacheAndCookiesGoApartAndKeptCookiesStay) {
+  const std::string page = Cache(L"http://qxtest.example/page", NORMAL_CACHE_ENTRY);
+  const std::string kept =
+      Cache(L"Cookie:tester@qxtest.example/kept", NORMAL_CACHE_ENTRY | COOKIE_CACHE_ENTRY);
+  Cache(L"Cookie:tester@qxtest.example/", NORMAL_CACHE_ENTRY | COOKIE_CACHE_ENTRY);
+  Cache(L"Visited: tester@http://qxtest.example/", NORMAL_CACHE_ENTRY | URLHISTORY_CACHE_ENTRY);
+  ASSERT_EQ(Sources().size(), 4u);
+
+  engine.RunOneItem(*FindItem("CleanCache"));
+  EXPECT_TRUE(view.report->log.starts_with("Temporary Internet Files (Cache)...\r\n"));
+  EXPECT_FALSE(machine->Exists(page));
+  EXPECT_EQ(Sources(), (std::vector<std::string>{"Cookie:tester@qxtest.example/",
+                                                 "Cookie:tester@qxtest.example/kept",
+                                                 "Visited: tester@http://qxtest.example/"}));
+
+  ports.files.WriteWholeFile(ports.program_folder + "\\ck.txt", UpCase(kept) + "\x01\r\n");
+  engine.RunOneItem(*FindItem("CleanCookies"));
+  EXPECT_EQ(Sources(), (std::vector<std::string>{"Cookie:tester@qxtest.example/kept",
+                                                 "Visited: tester@http://qxtest.example/"}));
+  EXPECT_TRUE(machine->Exists(kept));
+  EXPECT_TRUE(view.criticals.empty());
+  for (const std::string& source : Sources()) ports.url_cache.Delete(source);
+}
+
+}  // namespace
+}  // namespace quellix
