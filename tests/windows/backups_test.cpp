@@ -11,24 +11,25 @@ namespace {
 
 std::filesystem::path BackupFolder() { return ProgramFolder() / "Backup"; }
 
-// The program that opens text files, for as long as the object lives: it copies them.
+// The program that opens .view files, for as long as the object lives: it copies them. Wine does
+// not look for it among the classes of the user.
 class Opener {
  public:
   explicit Opener(const std::filesystem::path& copy) {
-    Set(L"Software\\Classes\\.txt", L"quellix.view");
-    Set(L"Software\\Classes\\quellix.view\\shell\\open\\command",
+    Set(L".view", L"quellix.view");
+    Set(L"quellix.view\\shell\\open\\command",
         L"cmd.exe /c copy \"%1\" \"" + copy.wstring() + L"\"");
   }
   ~Opener() {
-    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Classes\\.txt");
-    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Classes\\quellix.view");
+    RegDeleteTreeW(HKEY_CLASSES_ROOT, L".view");
+    RegDeleteTreeW(HKEY_CLASSES_ROOT, L"quellix.view");
   }
   Opener(const Opener&) = delete;
   Opener& operator=(const Opener&) = delete;
 
  private:
   static void Set(const wchar_t* key, const std::wstring& text) {
-    RegSetKeyValueW(HKEY_CURRENT_USER, key, nullptr, REG_SZ, text.c_str(),
+    RegSetKeyValueW(HKEY_CLASSES_ROOT, key, nullptr, REG_SZ, text.c_str(),
                     static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
   }
 };
@@ -72,7 +73,7 @@ class FrmBackupsTest : public ::testing::Test {
   }
 
   const std::map<std::filesystem::path, std::string> files_ = {
-      {TempFolder() / "a.txt", std::string(512, 'a')},
+      {TempFolder() / "a.view", std::string(512, 'a')},
       {TempFolder() / "empty.tmp", ""},
       {TempFolder() / "nested" / "deep" / "b.tmp", std::string("\0\r\n\x1A\xFF", 5)},
       {TempFolder() / L"\u6771\u4eac.tmp", std::string(100000, 'c')}};
@@ -92,7 +93,7 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
   EXPECT_EQ(window.RowText(archives, 0, 2), L"4");
   EXPECT_EQ(window.RowText(archives, 0, 4), L"Whole");
   ASSERT_EQ(Count(entries), 4);
-  const std::wstring first = TempFolder() / "a.txt";
+  const std::wstring first = TempFolder() / "a.view";
   EXPECT_EQ(window.RowText(entries, 0, 0), first.substr(3));
   EXPECT_EQ(window.RowText(entries, 0, 1), L"512");
 
@@ -109,7 +110,8 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
   WriteBytes(copy, "");
   const Opener opener(copy);
   Press(backups, cmdView);
-  EXPECT_TRUE(AwaitOutcome(backups, L"A copy of " + first.substr(3) + L" is opened."));
+  EXPECT_TRUE(AwaitOutcome(backups, L"A copy of " + first.substr(3) + L" is opened."))
+      << ::testing::PrintToString(TextOf(GetDlgItem(backups, txtOutcome)));
   EXPECT_TRUE(Await([&] { return ReadBytes(copy) == files_.at(first); }));
 
   WriteBytes(first, "written since");
