@@ -4,6 +4,7 @@
 
 #include "engine.h"
 #include "ui/dialog.h"
+#include "ui/frm_backups.h"
 #include "ui/frm_log.h"
 #include "ui/run_display.h"
 #include "ui/tool_tips.h"
@@ -15,7 +16,11 @@ namespace quellix {
 class FrmMain : public Dialog {
  public:
   FrmMain(Engine& engine, RunDisplay& display, const Machine& machine)
-      : engine_(engine), display_(display), machine_(machine), log_(machine.files) {}
+      : engine_(engine),
+        display_(display),
+        machine_(machine),
+        log_(machine.files),
+        backups_(machine) {}
 
   // Opens the window, with `problems` in a message if there are any. Closing it ends the thread's
   // message loop.
@@ -52,6 +57,7 @@ class FrmMain : public Dialog {
   RunDisplay& display_;
   Machine machine_;
   FrmLog log_;
+  FrmBackups backups_;
   ToolTips tips_;
   UniqueIcon picture_;  // beside the current item
   const Item* current_item_ = nullptr;

@@ -6,6 +6,8 @@
 // Windows
 #define frmMain 100
 #define frmLog 101
+#define frmBackups 102
+#define frmOverwrite 103
 
 // Icons
 #define icoQuellix 1
@@ -24,6 +26,7 @@
 #define mnuExit 221
 #define mnuAbout 222
 #define mnuPopup 223
+#define mnuBackups 224
 
 // The items' boxes in run order: 1000 + Item::run_order.
 #define chkRecycleBin 1001
@@ -81,3 +84,23 @@
 #define lblSpaceCaption 1205
 #define lblSpace 1206
 #define cmdSave 1207
+
+// The Backups window
+#define lblArchives 1301
+#define lstvArchives 1302
+#define lblEntries 1303
+#define lstvEntries 1304
+#define lblOverwrite 1305
+#define cboOverwrite 1306
+#define lblOutcome 1307
+#define txtOutcome 1308
+#define cmdView 1309
+#define cmdRestoreSelected 1310
+#define cmdRestoreAll 1311
+#define cmdRestoreInto 1312
+#define cmdDeleteArchive 1313
+
+// The question whether a file may be replaced
+#define txtTarget 1401
+#define cmdYesToAll 1402
+#define cmdNoToAll 1403

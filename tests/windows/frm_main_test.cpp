@@ -149,6 +149,8 @@ TEST_F(FrmMainTest, NothingButStopActsDuringARun) {
   for (const int id : {chkTemp, chkRunMRU, Check3, lblMiscellaneous}) window.Click(id);
   EXPECT_EQ(CountChecked(window, chkRecycleBin, chkCleanMozillaDownloads), 1);
   EXPECT_TRUE(window.RightClick(chkRunMRU));
+  SendMessageW(window.main(), WM_COMMAND, mnuBackups, 0);
+  EXPECT_FALSE(window.HasWindow(L"Backups"));
 
   window.PressKey(window.Control(cmdStop), VK_ESCAPE);
   EXPECT_TRUE(Await([&] { return window.IsEnabled(cmdClean) && !window.IsEnabled(cmdStop); }));

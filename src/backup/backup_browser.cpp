@@ -1,0 +1,318 @@
+#include "backup/backup_browser.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "app/settings.h"
+#include "backup/backup_names.h"
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+constexpr size_t kMostLines = 100;
+
+// Sorts rows by a key that is made only once a row; equal rows keep their order.
+template <typename Row, typename Key>
+void SortRows(std::vector<Row>& rows, bool descending, Key key) {
+  using Keyed = std::pair<decltype(key(rows[0])), size_t>;
+  std::vector<Keyed> order;
+  order.reserve(rows.size());
+  for (size_t i = 0; i < rows.size(); ++i) order.emplace_back(key(rows[i]), i);
+  std::stable_sort(order.begin(), order.end(), [&](const Keyed& a, const Keyed& b) {
+    return descending ? b.first < a.first : a.first < b.first;
+  });
+  std::vector<Row> sorted;
+  sorted.reserve(rows.size());
+  for (const Keyed& keyed : order) sorted.push_back(std::move(rows[keyed.second]));
+  rows = std::move(sorted);
+}
+
+std::string StateOf(const BackupInfo& info) {
+  if (!info.problem.empty()) return "Cannot be read";
+  return info.repair ? "Repaired" : "Whole";
+}
+
+std::string StateOf(const BackupEntry& entry) { return entry.refusal.empty() ? "" : "Refused"; }
+
+std::string Letters(uint32_t attributes) {
+  static constexpr std::pair<uint32_t, char> kLetters[] = {
+      {kReadOnly, 'R'}, {kHidden, 'H'}, {kSystem, 'S'}, {kArchive, 'A'}};
+  std::string letters;
+  for (const auto& [bit, letter] : kLetters) {
+    if (attributes & bit) letters += letter;
+  }
+  return letters;
+}
+
+auto DateKey(const LocalTime& d) {
+  return std::tuple(d.year, d.month, d.day, d.hour, d.minute, d.second);
+}
+
+std::string Files(const std::string& number) {
+  return number + (number == "1" ? " file" : " files");
+}
+
+std::string FolderOf(const Machine& machine) {
+  RunState state;
+  Settings(machine).LoadDeletionSettings(state);
+  return state.BackupFolder;
+}
+
+OverwriteMode ModeOf(const Machine& machine) {
+  return ParseOverwriteMode(Settings(machine).ReadIniValue("Backup", "Overwrite", "Ask"))
+      .value_or(OverwriteMode::kAsk);
+}
+
+}  // namespace
+
+std::string_view OverwriteWord(OverwriteMode mode) {
+  switch (mode) {
+    case OverwriteMode::kAlways:
+      return "Always";
+    case OverwriteMode::kNewer:
+      return "Newer";
+    case OverwriteMode::kNever:
+      return "Never";
+    case OverwriteMode::kAsk:
+      break;
+  }
+  return "Ask";
+}
+
+BackupBrowser::BackupBrowser(const Machine& machine)
+    : machine_(machine),
+      locale_(machine.system.UserLocale()),
+      folder_(FolderOf(machine)),
+      backups_(machine, folder_),
+      mode_(ModeOf(machine)) {
+  Refresh();
+}
+
+std::string BackupBrowser::Number(uint64_t number) const {
+  return FormatNumber(static_cast<double>(number), 0, locale_);
+}
+
+void BackupBrowser::Refresh() {
+  archives_.clear();
+  chosen_ = 0;
+  outcome_.clear();
+  try {
+    archives_ = backups_.ListArchives();
+  } catch (const Error& error) {
+    outcome_ = error.what();
+  }
+  OrderArchives();
+  if (archives_.empty() && outcome_.empty()) outcome_ = "There are no backups in " + folder_ + ".";
+  for (const BackupInfo& info : archives_) {
+    if (info.repair) outcome_ += info.name + ": " + info.repair->Note() + "\n";
+    if (!info.problem.empty()) outcome_ += info.name + " cannot be read: " + info.problem + "\n";
+  }
+  LoadEntries();
+}
+
+const BackupInfo* BackupBrowser::Chosen() const {
+  return chosen_ < archives_.size() ? &archives_[chosen_] : nullptr;
+}
+
+void BackupBrowser::ChooseArchive(size_t row) {
+  chosen_ = row;
+  outcome_.clear();
+  LoadEntries();
+}
+
+void BackupBrowser::LoadEntries() {
+  entries_.clear();
+  const BackupInfo* const info = Chosen();
+  if (!info) return;
+  try {
+    entries_ = backups_.ListEntries(info->name);
+  } catch (const Error& error) {
+    if (outcome_.empty()) outcome_ = info->name + " cannot be read: " + error.what();
+  }
+  OrderEntries();
+  std::vector<std::string> refusals;
+  for (const BackupEntry& entry : entries_) {
+    if (!entry.refusal.empty()) refusals.push_back(entry.refusal);
+  }
+  AppendLines(refusals);
+}
+
+// Nobody reads more than a window's worth.
+void BackupBrowser::AppendLines(const std::vector<std::string>& lines) {
+  const size_t shown = std::min(lines.size(), kMostLines);
+  for (size_t i = 0; i < shown; ++i) outcome_ += lines[i] + "\n";
+  if (const size_t more = lines.size() - shown) {
+    outcome_ += "The same goes for " + Files(Number(more)) + " more.\n";
+  }
+}
+
+std::string BackupBrowser::EntriesTitle() const {
+  return Chosen() ? "Files in " + Chosen()->name + ":" : "Files in the archive:";
+}
+
+std::string BackupBrowser::ArchiveText(size_t row, ArchiveColumn column) const {
+  const BackupInfo& info = archives_[row];
+  switch (column) {
+    case ArchiveColumn::kDrive:
+      return info.root.empty() ? info.name : std::string(WithoutBackslash(info.root));
+    case ArchiveColumn::kDate:
+      return FormatDateTime(info.date, locale_);
+    case ArchiveColumn::kFiles:
+      return info.problem.empty() ? Number(info.entries) : "";
+    case ArchiveColumn::kSize:
+      return Number(info.size);
+    case ArchiveColumn::kState:
+      return StateOf(info);
+  }
+  return "";
+}
+
+std::string BackupBrowser::EntryText(size_t row, EntryColumn column) const {
+  const BackupEntry& entry = entries_[row];
+  switch (column) {
+    case EntryColumn::kPath:
+      return entry.path;
+    case EntryColumn::kSize:
+      return Number(entry.size);
+    case EntryColumn::kDate:
+      return entry.last_write == 0 ? "" : FormatDateTime(ToLocalTime(entry.last_write), locale_);
+    case EntryColumn::kAttributes:
+      return Letters(entry.attributes);
+    case EntryColumn::kState:
+      return StateOf(entry);
+  }
+  return "";
+}
+
+void BackupBrowser::SortArchives(ArchiveColumn column) {
+  archive_order_.Choose(column);
+  const std::string name = Chosen() ? Chosen()->name : "";
+  OrderArchives();
+  const auto found = std::ranges::find(archives_, name, &BackupInfo::name);
+  chosen_ = static_cast<size_t>(found - archives_.begin());
+}
+
+void BackupBrowser::OrderArchives() {
+  const auto sort = [this](auto key) { SortRows(archives_, archive_order_.descending, key); };
+  switch (archive_order_.column) {
+    case ArchiveColumn::kDrive:
+      return sort([](const BackupInfo& info) { return UpCase(info.root); });
+    case ArchiveColumn::kDate:
+      return sort([](const BackupInfo& info) { return DateKey(info.date); });
+    case ArchiveColumn::kFiles:
+      return sort([](const BackupInfo& info) { return info.entries; });
+    case ArchiveColumn::kSize:
+      return sort([](const BackupInfo& info) { return info.size; });
+    case ArchiveColumn::kState:
+      return sort([](const BackupInfo& info) { return StateOf(info); });
+  }
+}
+
+void BackupBrowser::SortEntries(EntryColumn column) {
+  entry_order_.Choose(column);
+  OrderEntries();
+}
+
+void BackupBrowser::OrderEntries() {
+  const auto sort = [this](auto key) { SortRows(entries_, entry_order_.descending, key); };
+  switch (entry_order_.column) {
+    case EntryColumn::kPath:
+      return sort([](const BackupEntry& entry) { return UpCase(entry.path); });
+    case EntryColumn::kSize:
+      return sort([](const BackupEntry& entry) { return entry.size; });
+    case EntryColumn::kDate:
+      return sort([](const BackupEntry& entry) { return entry.last_write; });
+    case EntryColumn::kAttributes:
+      return sort([](const BackupEntry& entry) { return Letters(entry.attributes); });
+    case EntryColumn::kState:
+      return sort([](const BackupEntry& entry) { return StateOf(entry); });
+  }
+}
+
+BackupBrowser::Commands BackupBrowser::Available(size_t selected) const {
+  const bool any = !entries_.empty();
+  return {selected == 1, any && selected > 0, any, any, Chosen() != nullptr};
+}
+
+std::string BackupBrowser::View(size_t row) {
+  const BackupEntry& entry = entries_[row];
+  try {
+    if (!entry.refusal.empty()) throw Error(Error::Kind::kDenied, entry.refusal);
+    viewed_.push_back(backups_.ExtractTemporary(Chosen()->name, entry.path));
+    outcome_ = "A copy of " + entry.path + " is opened.";
+    return viewed_.back();
+  } catch (const Error& error) {
+    outcome_ = entry.path + " cannot be viewed: " + error.what();
+    return "";
+  }
+}
+
+void BackupBrowser::RestoreSelected(std::span<const size_t> rows, Prompts& prompts) {
+  if (rows.empty()) return Say("Nothing is selected.");
+  Restore(rows, "", prompts);
+}
+
+void BackupBrowser::Restore(std::span<const size_t> rows, std::string_view folder,
+                            Prompts& prompts) {
+  const BackupInfo* const info = Chosen();
+  if (!info) return Say("There is no backup to restore from.");
+  std::vector<std::string> paths;
+  for (const size_t row : rows) paths.push_back(entries_[row].path);
+  try {
+    const RestoreResult result = backups_.Restore(info->name, paths, folder, mode_, prompts);
+    outcome_ = Files(Number(result.restored)) + " restored to " +
+               std::string(folder.empty() ? info->root : folder);
+    if (result.skipped > 0) outcome_ += ", " + Number(result.skipped) + " left as they were";
+    outcome_ += result.cancelled ? "; stopped at your wish.\n" : ".\n";
+    AppendLines(result.problems);
+  } catch (const Error& error) {
+    outcome_ = std::string("Nothing is restored. ") + error.what();
+  }
+}
+
+void BackupBrowser::DeleteArchive() {
+  const BackupInfo* const info = Chosen();
+  if (!info) return;
+  const std::string name = info->name;
+  const size_t row = chosen_;
+  try {
+    backups_.Delete(name);
+  } catch (const Error& error) {
+    return Say(name + " is not deleted. " + error.what());
+  }
+  archives_.erase(archives_.begin() + static_cast<std::ptrdiff_t>(row));
+  if (row > 0 && row == archives_.size()) chosen_ = row - 1;
+  outcome_ = name + " is deleted.\n";
+  LoadEntries();
+}
+
+void BackupBrowser::SetMode(OverwriteMode mode) {
+  mode_ = mode;
+  try {
+    Settings(machine_).WriteIniValue("Backup", "Overwrite", OverwriteWord(mode));
+  } catch (const Error& error) {
+    outcome_ = std::string("The choice holds for this window only. ") + error.what();
+  }
+}
+
+// The folders above go as far as they are empty.
+void BackupBrowser::RemoveViewed() {
+  const std::string temporary = machine_.system.TempFolder();
+  for (const std::string& path : viewed_) {
+    try {
+      machine_.files.RemoveFile(path);
+      std::string folder(WithoutBackslash(FolderPart(path)));
+      while (folder.size() > temporary.size()) {
+        machine_.files.RemoveFolder(folder);
+        folder = WithoutBackslash(FolderPart(folder));
+      }
+    } catch (const Error&) {
+      continue;
+    }
+  }
+}
+
+}  // namespace quellix

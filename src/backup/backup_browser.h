@@ -1,0 +1,114 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "backup/c_un_zip.h"
+
+namespace quellix {
+
+enum class ArchiveColumn { kDrive, kDate, kFiles, kSize, kState };
+inline constexpr size_t kArchiveColumns = 5;
+enum class EntryColumn { kPath, kSize, kDate, kAttributes, kState };
+inline constexpr size_t kEntryColumns = 5;
+
+// By which column a list is sorted. The same column again turns the order around.
+template <typename Column>
+struct SortOrder {
+  Column column;
+  bool descending = false;
+  void Choose(Column chosen) {
+    descending = chosen == column && !descending;
+    column = chosen;
+  }
+};
+
+// What the Backups window shows and does: the archives of the backup folder, the entries of the
+// chosen one, and commands, each of which leaves its outcome in words. No function throws; what
+// fails is said in outcome().
+class BackupBrowser {
+ public:
+  struct Commands {
+    bool view = false, restore_selected = false, restore_all = false, restore_into = false,
+         delete_archive = false;
+  };
+
+  // Looks into the folder that the settings name.
+  explicit BackupBrowser(const Machine& machine);
+  // Removes what View left, as far as nobody holds it open.
+  ~BackupBrowser() { RemoveViewed(); }
+  BackupBrowser(const BackupBrowser&) = delete;
+  BackupBrowser& operator=(const BackupBrowser&) = delete;
+
+  // Reads the archives anew, repairs what needs it, and chooses the first.
+  void Refresh();
+
+  size_t ArchiveCount() const { return archives_.size(); }
+  std::string ArchiveText(size_t row, ArchiveColumn column) const;
+  void SortArchives(ArchiveColumn column);
+  const SortOrder<ArchiveColumn>& archive_order() const { return archive_order_; }
+  // Reads its entries.
+  void ChooseArchive(size_t row);
+  // "Files in C_141120269057.zip:"
+  std::string EntriesTitle() const;
+  // The chosen archive; null when there is none.
+  const BackupInfo* Chosen() const;
+  size_t ChosenRow() const { return chosen_; }
+
+  size_t EntryCount() const { return entries_.size(); }
+  std::string EntryText(size_t row, EntryColumn column) const;
+  void SortEntries(EntryColumn column);
+  const SortOrder<EntryColumn>& entry_order() const { return entry_order_; }
+
+  // What can be done while that many entries are selected.
+  Commands Available(size_t selected) const;
+
+  // Makes a temporary copy of an entry; its path, "" when that failed.
+  std::string View(size_t row);
+  // Puts the entries of these rows back to where they were; no rows, no files.
+  void RestoreSelected(std::span<const size_t> rows, Prompts& prompts);
+  void RestoreAll(Prompts& prompts) { Restore({}, "", prompts); }
+  // Puts the entries of these rows, or all when there are none, below a folder.
+  void RestoreInto(std::span<const size_t> rows, std::string_view folder, Prompts& prompts) {
+    Restore(rows, folder, prompts);
+  }
+  // Deletes the chosen archive.
+  void DeleteArchive();
+
+  OverwriteMode mode() const { return mode_; }
+  // For this window and, in the settings, for the next.
+  void SetMode(OverwriteMode mode);
+
+  // What the last command did, in lines.
+  const std::string& outcome() const { return outcome_; }
+  void Say(std::string text) { outcome_ = std::move(text); }
+
+ private:
+  void LoadEntries();
+  void AppendLines(const std::vector<std::string>& lines);
+  void OrderArchives();
+  void OrderEntries();
+  void Restore(std::span<const size_t> rows, std::string_view folder, Prompts& prompts);
+  std::string Number(uint64_t number) const;
+  void RemoveViewed();
+
+  Machine machine_;
+  Locale locale_;
+  std::string folder_;
+  cUnZip backups_;
+  OverwriteMode mode_;
+  std::vector<BackupInfo> archives_;
+  std::vector<BackupEntry> entries_;
+  size_t chosen_ = 0;
+  SortOrder<ArchiveColumn> archive_order_{ArchiveColumn::kDate, true};
+  SortOrder<EntryColumn> entry_order_{EntryColumn::kPath};
+  std::vector<std::string> viewed_;
+  std::string outcome_;
+};
+
+// "Always" and so on, as the settings have it.
+std::string_view OverwriteWord(OverwriteMode mode);
+
+}  // namespace quellix

@@ -1,0 +1,156 @@
+#include "backup/backup_browser.h"
+
+#include "support/backup_fixture.h"
+
+namespace quellix {
+namespace {
+
+class BackupBrowserTest : public BackupFixture {
+ protected:
+  BackupBrowserTest() {
+    machine->MakeFile(tree + "b.txt", "12345");
+    machine->MakeFile(tree + "A.txt", std::string(2000, 'a'));
+    machine->MakeFile(tree + "sub\\c.txt", "1");
+    Clean(tree);
+    archive = OnlyArchive();
+  }
+
+  // The names in an order of the list.
+  static std::string Names(const BackupBrowser& browser) {
+    std::string names;
+    for (size_t row = 0; row < browser.EntryCount(); ++row) {
+      names += NamePart(browser.EntryText(row, EntryColumn::kPath)).substr(0, 1);
+    }
+    return names;
+  }
+  // Puts an archive into the backup folder, made by another program.
+  void AddArchive(const std::string& name, std::initializer_list<const char*> entries) {
+    machine->MakeFile(scratch + "source", "other");
+    ZipWriter writer(ports.files.Open(safe + name, OpenMode::kReadAndCreate), {});
+    for (const char* stored : entries) {
+      ZipEntry entry;
+      entry.name = stored;
+      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
+    }
+    writer.Finish();
+  }
+
+  std::string archive;
+  ScriptedPrompts prompts;
+};
+
+TEST_F(BackupBrowserTest, ShowsAndSortsRows) {
+  AddArchive("D_141120009057.zip", {"x"});
+  machine->MakeFile(safe + "E_141120019057.zip", "no archive");
+  BackupBrowser browser(ports);
+  ASSERT_EQ(browser.ArchiveCount(), 3u);
+  EXPECT_EQ(browser.Chosen()->name, archive);  // the newest
+  EXPECT_EQ(browser.ArchiveText(0, ArchiveColumn::kFiles), "3");
+  EXPECT_EQ(browser.ArchiveText(0, ArchiveColumn::kState), "Whole");
+  EXPECT_EQ(browser.ArchiveText(1, ArchiveColumn::kState), "Cannot be read");
+  EXPECT_EQ(browser.ArchiveText(2, ArchiveColumn::kDate), "11/14/2000 9:05:07 AM");
+  EXPECT_NE(browser.outcome().find("E_141120019057.zip cannot be read: "), std::string::npos);
+  browser.SortArchives(ArchiveColumn::kDate);
+  EXPECT_EQ(browser.ArchiveText(0, ArchiveColumn::kDrive), "D:");
+  EXPECT_EQ(browser.Chosen()->name, archive);  // follows its archive
+  EXPECT_EQ(browser.ChosenRow(), 2u);
+
+  EXPECT_EQ(Names(browser), "Abc");
+  const struct {
+    EntryColumn column;
+    const char* names;
+  } kOrders[] = {{EntryColumn::kPath, "cbA"},
+                 {EntryColumn::kSize, "cbA"},
+                 {EntryColumn::kSize, "Abc"},
+                 {EntryColumn::kState, "Abc"},
+                 {EntryColumn::kPath, "Abc"}};
+  for (const auto& order : kOrders) {
+    browser.SortEntries(order.column);
+    EXPECT_EQ(Names(browser), order.names);
+  }
+  EXPECT_EQ(browser.EntryText(0, EntryColumn::kSize), "2,000");
+
+  browser.ChooseArchive(1);
+  EXPECT_EQ(browser.EntryCount(), 0u);
+  EXPECT_NE(browser.outcome().find("cannot be read"), std::string::npos);
+  EXPECT_FALSE(browser.Available(0).restore_all);
+  EXPECT_TRUE(browser.Available(0).delete_archive);
+}
+
+TEST_F(BackupBrowserTest, RestoresWhatIsSelected) {
+  BackupBrowser browser(ports);
+  browser.RestoreSelected({}, prompts);
+  EXPECT_EQ(browser.outcome(), "Nothing is selected.");
+  EXPECT_FALSE(machine->Exists(tree + "b.txt"));
+
+  const size_t rows[] = {1};
+  browser.RestoreSelected(rows, prompts);
+  EXPECT_EQ(Read(tree + "b.txt"), "12345");
+  EXPECT_FALSE(machine->Exists(tree + "A.txt"));
+  EXPECT_TRUE(browser.outcome().starts_with("1 file restored to ")) << browser.outcome();
+
+  prompts.answers = {OverwriteAnswer::kNo};
+  browser.RestoreAll(prompts);
+  EXPECT_EQ(prompts.asked, std::vector<std::string>{tree + "b.txt"});
+  EXPECT_TRUE(browser.outcome().ends_with(", 1 left as they were.\n")) << browser.outcome();
+  EXPECT_EQ(Read(tree + "A.txt"), std::string(2000, 'a'));
+
+  browser.SetMode(OverwriteMode::kNever);
+  browser.RestoreInto(rows, scratch + "into", prompts);
+  EXPECT_EQ(Read(scratch + "into\\" + tree.substr(3) + "b.txt"), "12345");
+  EXPECT_EQ(machine->Tree(scratch + "into").back().substr(0, 1), tree.substr(3, 1));
+  EXPECT_EQ(BackupBrowser(ports).mode(), OverwriteMode::kNever);  // kept in the settings
+}
+
+TEST_F(BackupBrowserTest, SaysWhatIsRefusedAndWhatWasRepaired) {
+  AddArchive("C_141120109057.zip", {"../climbs", "fine", "zz/con.txt"});
+  const std::string bytes = *ports.files.ReadWholeFile(safe + archive);
+  ports.files.WriteWholeFile(safe + archive, bytes.substr(0, bytes.size() - 5));
+  BackupBrowser browser(ports);
+  EXPECT_EQ(browser.ArchiveText(0, ArchiveColumn::kState), "Repaired");
+  EXPECT_NE(browser.outcome().find(archive + ": "), std::string::npos);
+  EXPECT_NE(browser.outcome().find("repaired: 3 file(s) kept"), std::string::npos);
+  EXPECT_EQ(browser.outcome().find("climbs"), std::string::npos);
+  browser.ChooseArchive(1);
+  EXPECT_NE(browser.outcome().find("climbs"), std::string::npos);
+  EXPECT_EQ(browser.EntryText(0, EntryColumn::kState), "Refused");
+  EXPECT_EQ(browser.View(0), "");
+  EXPECT_NE(browser.outcome().find("cannot be viewed: "), std::string::npos);
+  browser.RestoreInto({}, scratch + "into", prompts);
+  EXPECT_EQ(machine->Tree(scratch + "into"), std::vector<std::string>{"fine"});
+  EXPECT_TRUE(browser.outcome().starts_with("1 file restored to ")) << browser.outcome();
+  EXPECT_NE(browser.outcome().find("climbs"), std::string::npos);
+  EXPECT_NE(browser.outcome().find("con.txt"), std::string::npos);
+}
+
+TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
+  std::string copy;
+  {
+    BackupBrowser browser(ports);
+    copy = browser.View(1);
+    EXPECT_EQ(Read(copy), "12345");
+    EXPECT_TRUE(copy.starts_with(temp)) << copy;
+  }
+  EXPECT_FALSE(machine->Exists(copy));
+  EXPECT_FALSE(machine->Exists(temp + "Quellix"));
+}
+
+TEST_F(BackupBrowserTest, DeletesTheChosenArchive) {
+  AddArchive("D_141120009057.zip", {"x"});
+  BackupBrowser browser(ports);
+  browser.ChooseArchive(1);
+  browser.DeleteArchive();
+  EXPECT_EQ(Archives(), std::vector<std::string>{archive});
+  EXPECT_EQ(browser.outcome(), "D_141120009057.zip is deleted.\n");
+  ASSERT_TRUE(browser.Chosen());
+  EXPECT_EQ(browser.Chosen()->name, archive);
+  EXPECT_EQ(browser.EntryCount(), 3u);
+  browser.DeleteArchive();
+  EXPECT_FALSE(browser.Chosen());
+  browser.DeleteArchive();
+  browser.RestoreAll(prompts);
+  EXPECT_EQ(browser.outcome(), "There is no backup to restore from.");
+}
+
+}  // namespace
+}  // namespace quellix
