@@ -5,6 +5,7 @@
 #include <iostream>
 #include <map>
 
+#include "cli/console_plugins.h"
 #include "cli/console_view.h"
 #include "engine.h"
 #include "platform/error.h"
@@ -21,11 +22,6 @@ struct CleanOptions {
 
 const std::map<std::string, int16_t> kMethods = {
     {"delete", kDelete}, {"recycle", kRecycle}, {"wipe", kWipe}};
-
-int Fail(std::string_view sentence, ExitCode code) {
-  std::cerr << "quellixctl: " << sentence << std::endl;
-  return code;
-}
 
 int ListItems() {
   for (const Item& item : AllItems()) {
@@ -51,11 +47,6 @@ std::string SelectItems(const std::vector<std::string>& names, Selection& select
   return {};
 }
 
-int ExitCodeOf(const RunState& state) {
-  if (state.AbortRequested || state.SomeErrors) return kFailed;
-  return state.SomeFilesLocked ? kSomeFilesStayed : kDone;
-}
-
 int Clean(const CleanOptions& options, const ConsolePlatform& platform) {
   const std::unique_ptr<OpenMachine> opened = platform.open(options.machine);
   ConsoleView view;
@@ -79,19 +70,34 @@ CLI::App* AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& 
   for (const auto& [name, mode] : kMethods) methods.push_back(name);
   clean->add_option("--method", options.method, "How files are removed (else as the settings say)")
       ->check(CLI::IsMember(methods));
-  clean->add_option("--settings", options.machine.settings, "Folder of Settings.ini and the lists")
-      ->type_name("DIR");
-  if (!platform.works_on_volumes) return clean;
-  clean->add_option("--volume", options.machine.volume, "Folder the Windows volume is mounted in")
-      ->required()
-      ->type_name("DIR");
-  clean->add_option("--drive", options.machine.drives, "A further drive of that Windows")
-      ->type_name("D:=DIR");
-  clean->add_option("--user", options.machine.user, "Whose traces to clean")->type_name("NAME");
+  AddMachineOptions(*clean, options.machine, platform);
   return clean;
 }
 
 }  // namespace
+
+int Fail(std::string_view sentence, ExitCode code) {
+  std::cerr << "quellixctl: " << sentence << std::endl;
+  return code;
+}
+
+int ExitCodeOf(const RunState& state) {
+  if (state.AbortRequested || state.SomeErrors) return kFailed;
+  return state.SomeFilesLocked ? kSomeFilesStayed : kDone;
+}
+
+void AddMachineOptions(CLI::App& command, MachineOptions& options,
+                       const ConsolePlatform& platform) {
+  command.add_option("--settings", options.settings, "Folder of Settings.ini and the lists")
+      ->type_name("DIR");
+  if (!platform.works_on_volumes) return;
+  command.add_option("--volume", options.volume, "Folder the Windows volume is mounted in")
+      ->required()
+      ->type_name("DIR");
+  command.add_option("--drive", options.drives, "A further drive of that Windows")
+      ->type_name("D:=DIR");
+  command.add_option("--user", options.user, "Whose traces to clean")->type_name("NAME");
+}
 
 int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platform) {
   CLI::App app("Quellix cleans a Windows machine of junk and traces of use.", "quellixctl");
@@ -99,6 +105,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   CleanOptions options;
   const CLI::App* const items = app.add_subcommand("items", "List the items that can be cleaned");
   AddClean(app, options, platform);
+  ConsolePlugins plugins(app, platform);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
   try {
     app.parse(arguments);
@@ -106,6 +113,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
     return app.exit(error, std::cout, std::cerr) == 0 ? kDone : kWrongUsage;
   }
   try {
+    if (plugins.IsParsed()) return plugins.Run();
     return items->parsed() ? ListItems() : Clean(options, platform);
   } catch (const std::exception& error) {
     return Fail(error.what(), kFailed);
