@@ -189,8 +189,11 @@ TEST_F(PluginRunTest, AStarStandsForEachFolderThere) {
   }
   machine->MakeFolderLink(scratch + "p\\link", scratch + "out");
   machine->MakeFolderLink(scratch + "p\\three\\cache", scratch + "out\\cache");
+  machine->MakeFolderLink(scratch + "p\\three\\middle", scratch + "out");
   EXPECT_EQ(CleanBy("F|No|No|" + scratch + "p\\*\\cache\\*.*\r\n"),
             "Plugins... Files Deleted: 2 Space Gained: 2 Bytes");
+  EXPECT_EQ(CleanBy("F|No|No|" + scratch + "p\\*\\middle\\cache\\*.*\r\n"),
+            "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
   EXPECT_FALSE(machine->Exists(scratch + "p\\one\\cache\\a"));
   EXPECT_TRUE(machine->Exists(scratch + "p\\two\\kept"));
   EXPECT_TRUE(machine->Exists(scratch + "out\\cache\\kept"));
