@@ -28,6 +28,7 @@ class Engine {
   Selection& selection() { return selection_; }
   RunState& state() { return state_; }
   Settings& settings() { return settings_; }
+  CleaningContext& context() { return context_; }
 
   // StartRun: the Clean command. StopCleaning: takes effect at the run's next check.
   void RunCleaning();

@@ -9,6 +9,7 @@
 #include "cleaners/mod_mozilla.h"
 #include "cleaners/user_defined.h"
 #include "platform/text.h"
+#include "plugins/mod_plugin.h"
 
 namespace quellix {
 namespace {
@@ -58,7 +59,7 @@ constexpr std::array<Item, 30> kItems = {{
      kProtect2, "Dead (shortcut) links... ", "There was an error in cleaning Dead Shortcuts. ",
      false, nullptr},
     {13, 21, "chkPlugins", "Clean Plugins", "CleanPlugins", kMiscellaneous, kNone, "Plugins... ",
-     "There was an error in cleaning the plugins. . ", false, nullptr},
+     "There was an error in cleaning the plugins. . ", false, CleanPlugins},
     {14, 20, "chkOffice", "Clean MS Office history", "CleanOfficeHistory", kMiscellaneous, kNone,
      "MS Office history...", "There was an error in cleaning the MS OfficeRegistry History Lists. ",
      true, CleanOfficeHistory},

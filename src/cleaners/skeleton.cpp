@@ -14,26 +14,29 @@ namespace {
 
 constexpr std::string_view kSystemRoot = "%SYSTEMROOT%";
 
-// Whether `folder` is `other` or holds it.
-bool Holds(std::string_view folder, std::string_view other) {
-  const std::string inner = WithBackslash(other);
-  return !other.empty() && inner.size() >= folder.size() &&
-         EqualsNoCase(std::string_view(inner).substr(0, folder.size()), folder);
-}
-
-bool IsTooPreciousToClean(CleaningContext& context, std::string_view folder) {
-  System& system = context.machine.system;
-  const long to_share = folder.starts_with("\\\\") ? 4 : 1;  // "\\server\share\" or "C:\"
-  const bool is_root = std::ranges::count(folder, '\\') <= to_share;
-  return is_root || Holds(folder, system.WindowsFolder()) || Holds(folder, system.SystemFolder()) ||
-         Holds(folder, system.Environment("USERPROFILE").value_or(""));
-}
-
 void AppendCount(std::string& log, size_t count) {
   log += "Files Deleted: " + std::to_string(count);
 }
 
 }  // namespace
+
+bool HoldsFolder(std::string_view folder, std::string_view other) {
+  const std::string outer = WithBackslash(folder);
+  const std::string inner = WithBackslash(other);
+  return !inner.empty() && inner.size() >= outer.size() &&
+         EqualsNoCase(std::string_view(inner).substr(0, outer.size()), outer);
+}
+
+bool HoldsWindows(System& system, std::string_view folder) {
+  const long to_share = folder.starts_with("\\\\") ? 4 : 1;  // "\\server\share\" or "C:\"
+  const std::string whole = WithBackslash(folder);
+  return std::ranges::count(whole, '\\') <= to_share ||
+         HoldsFolder(whole, system.WindowsFolder()) || HoldsFolder(whole, system.SystemFolder());
+}
+
+bool HoldsProfile(System& system, std::string_view folder) {
+  return HoldsFolder(folder, system.Environment("USERPROFILE").value_or(""));
+}
 
 std::string ExpandSystemRoot(CleaningContext& context, std::string_view path) {
   if (!ContainsNoCase(path, kSystemRoot)) return std::string(path);
@@ -60,7 +63,8 @@ size_t ClearUserKey(CleaningContext& context, std::string_view key) {
 
 bool CollectAllowed(CleaningContext& context, std::string_view folder, std::string_view mask) {
   if (!context.machine.files.Look(folder)) return false;
-  if (IsTooPreciousToClean(context, folder)) {
+  System& system = context.machine.system;
+  if (HoldsWindows(system, folder) || HoldsProfile(system, folder)) {
     context.state.RunLog.append(folder).append(
         " is not cleaned: it is a whole drive, or it holds Windows or the user's profile.\r\n");
     return false;

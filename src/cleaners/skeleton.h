@@ -16,6 +16,13 @@ inline modRegistry::Access RegistryOf(CleaningContext& context) {
   return {context.machine.registry, context.machine.system};
 }
 
+// Whether `folder` is `other` or lies above it.
+bool HoldsFolder(std::string_view folder, std::string_view other);
+// Whether a folder is a whole drive or share, or holds Windows or its system folder.
+bool HoldsWindows(System& system, std::string_view folder);
+// Whether it holds the user's profile.
+bool HoldsProfile(System& system, std::string_view folder);
+
 // `path` with every "%SYSTEMROOT%" replaced by the system folder, not the Windows folder: settings
 // written for this program count on it.
 std::string ExpandSystemRoot(CleaningContext& context, std::string_view path);

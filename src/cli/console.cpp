@@ -6,6 +6,7 @@
 #include <map>
 
 #include "cli/backup_commands.h"
+#include "cli/console_plugins.h"
 #include "cli/console_view.h"
 #include "engine.h"
 #include "platform/error.h"
@@ -22,11 +23,6 @@ struct CleanOptions {
 
 const std::map<std::string, int16_t> kMethods = {
     {"backup", kBackUp}, {"delete", kDelete}, {"recycle", kRecycle}, {"wipe", kWipe}};
-
-int Fail(std::string_view sentence, ExitCode code) {
-  std::cerr << "quellixctl: " << sentence << std::endl;
-  return code;
-}
 
 int ListItems() {
   for (const Item& item : AllItems()) {
@@ -52,11 +48,6 @@ std::string SelectItems(const std::vector<std::string>& names, Selection& select
   return {};
 }
 
-int ExitCodeOf(const RunState& state) {
-  if (state.AbortRequested || state.SomeErrors) return kFailed;
-  return state.SomeFilesLocked ? kSomeFilesStayed : kDone;
-}
-
 int Clean(const CleanOptions& options, const ConsolePlatform& platform) {
   const std::unique_ptr<OpenMachine> opened = platform.open(options.machine);
   ConsoleView view;
@@ -69,19 +60,6 @@ int Clean(const CleanOptions& options, const ConsolePlatform& platform) {
   engine.RunCleaning();
   if (engine.state().AbortRequested) std::cerr << view.status() << std::endl;
   return ExitCodeOf(engine.state());
-}
-
-void AddMachineOptions(CLI::App& command, MachineOptions& machine,
-                       const ConsolePlatform& platform) {
-  command.add_option("--settings", machine.settings, "Folder of Settings.ini and the lists")
-      ->type_name("DIR");
-  if (!platform.works_on_volumes) return;
-  command.add_option("--volume", machine.volume, "Folder the Windows volume is mounted in")
-      ->required()
-      ->type_name("DIR");
-  command.add_option("--drive", machine.drives, "A further drive of that Windows")
-      ->type_name("D:=DIR");
-  command.add_option("--user", machine.user, "Whose traces to clean")->type_name("NAME");
 }
 
 void AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& platform) {
@@ -98,6 +76,29 @@ void AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& platf
 
 }  // namespace
 
+int Fail(std::string_view sentence, ExitCode code) {
+  std::cerr << "quellixctl: " << sentence << std::endl;
+  return code;
+}
+
+int ExitCodeOf(const RunState& state) {
+  if (state.AbortRequested || state.SomeErrors) return kFailed;
+  return state.SomeFilesLocked ? kSomeFilesStayed : kDone;
+}
+
+void AddMachineOptions(CLI::App& command, MachineOptions& options,
+                       const ConsolePlatform& platform) {
+  command.add_option("--settings", options.settings, "Folder of Settings.ini and the lists")
+      ->type_name("DIR");
+  if (!platform.works_on_volumes) return;
+  command.add_option("--volume", options.volume, "Folder the Windows volume is mounted in")
+      ->required()
+      ->type_name("DIR");
+  command.add_option("--drive", options.drives, "A further drive of that Windows")
+      ->type_name("D:=DIR");
+  command.add_option("--user", options.user, "Whose traces to clean")->type_name("NAME");
+}
+
 int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platform) {
   CLI::App app("Quellix cleans a Windows machine of junk and traces of use.", "quellixctl");
   app.require_subcommand(1);
@@ -107,6 +108,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   BackupCommands backup(app, [&](CLI::App& command, MachineOptions& machine) {
     AddMachineOptions(command, machine, platform);
   });
+  ConsolePlugins plugins(app, platform);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
   try {
     app.parse(arguments);
@@ -115,6 +117,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   }
   try {
     if (backup.parsed()) return backup.Run(platform);
+    if (plugins.IsParsed()) return plugins.Run();
     return items->parsed() ? ListItems() : Clean(options, platform);
   } catch (const std::exception& error) {
     return Fail(error.what(), kFailed);

@@ -19,6 +19,10 @@ std::string_view TrimSpace(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
+std::string_view WithoutBreak(std::string_view line) {
+  return line.ends_with('\n') ? line.substr(0, line.size() - 1) : line;
+}
+
 std::string_view Unquoted(std::string_view value) {
   const bool quoted = value.size() >= 2 && value.front() == value.back() &&
                       (value.front() == '"' || value.front() == '\'');
@@ -29,21 +33,25 @@ std::string_view SectionName(std::string_view line) {
   return TrimSpace(line.substr(1, line.find(']') - 1));
 }
 
+bool IsKey(std::string_view line, std::string_view key) {
+  const size_t equals = line.find('=');
+  return !line.starts_with(';') && equals != std::string_view::npos &&
+         EqualsNoCase(TrimSpace(line.substr(0, equals)), key);
+}
+
 Place Find(std::string_view text, std::string_view section, std::string_view key) {
   Place place;
   bool inside = false;
   for (size_t at = 0; at < text.size();) {
     const size_t end = std::min(text.find('\n', at), text.size());
     const std::string_view line = TrimSpace(text.substr(at, end - at));
-    const size_t equals = line.find('=');
     if (line.starts_with('[')) {
       if (inside) break;
       inside = EqualsNoCase(SectionName(line), section);
-    } else if (inside && !line.starts_with(';') && equals != std::string_view::npos &&
-               EqualsNoCase(TrimSpace(line.substr(0, equals)), key)) {
+    } else if (inside && IsKey(line, key)) {
       place.line = at;
       place.line_end = end > at && text[end - 1] == '\r' ? end - 1 : end;
-      place.value = Unquoted(TrimSpace(line.substr(equals + 1)));
+      place.value = Unquoted(TrimSpace(line.substr(line.find('=') + 1)));
       return place;
     }
     if (inside && !line.empty()) place.section_end = std::min(end + 1, text.size());
@@ -98,6 +106,34 @@ void IniFiles::Write(std::string_view file, std::string_view section, std::strin
   const std::string old = DecodeText(files_.ReadWholeFile(file).value_or(""), system_);
   const std::string text = WithKey(old, section, key, value);
   if (text != old) files_.WriteWholeFile(file, text);
+}
+
+void IniFiles::DeleteLines(std::string_view file, std::string_view section, const LineTest& goes) {
+  const std::string bytes = files_.ReadWholeFile(file).value_or("");
+  const size_t mark = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  const bool is_utf8 = IsUtf8(bytes);
+  std::string kept = bytes.substr(0, mark);
+  bool inside = false;
+  for (size_t at = mark; at < bytes.size();) {
+    const size_t end = std::min(bytes.find('\n', at), bytes.size() - 1) + 1;
+    const std::string_view raw = std::string_view(bytes).substr(at, end - at);
+    const std::string decoded = is_utf8 ? std::string(raw) : system_.FromAnsi(raw);
+    const std::string_view line = TrimSpace(WithoutBreak(decoded));
+    if (line.starts_with('[')) inside = EqualsNoCase(SectionName(line), section);
+    if (!inside || !goes(line)) kept += raw;
+    at = end;
+  }
+  if (kept != bytes) files_.WriteWholeFile(file, kept);
+}
+
+void IniFiles::DeleteKey(std::string_view file, std::string_view section, std::string_view key) {
+  if (section.empty() || key.empty()) return;
+  DeleteLines(file, section,
+              [key](std::string_view line) { return !line.starts_with('[') && IsKey(line, key); });
+}
+
+void IniFiles::DeleteSection(std::string_view file, std::string_view section) {
+  if (!section.empty()) DeleteLines(file, section, [](std::string_view) { return true; });
 }
 
 }  // namespace quellix

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,6 +29,13 @@ class ProfileStrings {
   // Creates file and section when missing. Throws Error; the old file then stays, whole.
   virtual void Write(std::string_view file, std::string_view section, std::string_view key,
                      std::string_view value) = 0;
+
+  // Remove every key of that name from every section of that name, or those sections with all their
+  // lines, so that nothing of that name is left. All other bytes stay, whatever their encoding. A
+  // missing file, section or key and an empty name are no error. Throw Error; the old file then
+  // stays, whole.
+  virtual void DeleteKey(std::string_view file, std::string_view section, std::string_view key) = 0;
+  virtual void DeleteSection(std::string_view file, std::string_view section) = 0;
 };
 
 // Over any file system. Files are read by DecodeText and written as UTF-8, new lines with CR LF.
@@ -41,8 +49,14 @@ class IniFiles : public ProfileStrings {
                                   std::string_view key) override;
   void Write(std::string_view file, std::string_view section, std::string_view key,
              std::string_view value) override;
+  void DeleteKey(std::string_view file, std::string_view section, std::string_view key) override;
+  void DeleteSection(std::string_view file, std::string_view section) override;
 
  private:
+  using LineTest = std::function<bool(std::string_view line)>;
+  // Removes the lines of the sections of that name that `goes` names, the header line among them.
+  void DeleteLines(std::string_view file, std::string_view section, const LineTest& goes);
+
   FileSystem& files_;
   System& system_;
 };

@@ -19,7 +19,7 @@ class BackupConsoleTest : public ConsoleTest {
 
 TEST_F(BackupConsoleTest, CleanedFilesAreListedRepairedAndRestored) {
   EXPECT_EQ(Backup({"list"}).exit_code, 0);  // no backups yet
-  const std::string file = temp + "deep\\\xD0\x96.tmp";
+  const std::string file = temp + "deep\\a b.tmp";
   machine->MakeFile(file, "bytes");
   machine->MakeFile(temp + "b.tmp", "more");
   const ProgramResult cleaned = Clean({"--item", "CleanTempFiles", "--method", "backup"});

@@ -65,6 +65,39 @@ TEST_F(ProfileContract, CreatesFileSectionAndKey) {
   EXPECT_EQ(machine_.profile.Read(file_, "General", "Second"), "2");
 }
 
+TEST_F(ProfileContract, DeletingKeepsEveryOtherByte) {
+  const struct {
+    const char *name, *before, *section, *key, *after;
+  } kRows[] = {
+      {"a key", "[A]\r\n k = 1\n;k=2\r\nl=3", "a", "K", "[A]\r\n;k=2\r\nl=3"},
+      {"every key of the name", "[A]\nk=1\nk=2\n[B]\nk=3\n[a]\nk=4\n", "A", "k",
+       "[A]\n[B]\nk=3\n[a]\n"},
+      {"a section", "x\r\n[A]\r\nk=1\r\n\r\n[B]\r\nk=2", "A", nullptr, "x\r\n[B]\r\nk=2"},
+      {"the last section", "[B]\r\n[ A ]\r\nk=1", "A", nullptr, "[B]\r\n"},
+      {"every section of the name", "[A]\n1\n[B]\n[A]\n2\n", "A", nullptr, "[B]\n"},
+      {"ANSI", "[gr\xFCn]\r\nk=1\r\n[\xE4]\r\nk=\xE4\r\n", "GR\xC3\x9CN", nullptr,
+       "[\xE4]\r\nk=\xE4\r\n"},
+      {"byte-order mark", "\xEF\xBB\xBF[A]\r\nk=1\r\n[B]", "A", nullptr, "\xEF\xBB\xBF[B]"},
+      {"missing section", "[A]\nk=1", "B", "k", "[A]\nk=1"},
+      {"no section", "[]\nk=1", "", nullptr, "[]\nk=1"},
+      {"no key", "[A]\n=1", "A", "", "[A]\n=1"},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    test_->MakeFile(file_, row.before);
+    for (int run = 0; run < 2; ++run) {
+      if (row.key != nullptr) {
+        machine_.profile.DeleteKey(file_, row.section, row.key);
+      } else {
+        machine_.profile.DeleteSection(file_, row.section);
+      }
+      EXPECT_EQ(Content(), row.after);
+    }
+  }
+  machine_.profile.DeleteSection(test_->Scratch() + "none.ini", "A");
+  EXPECT_FALSE(test_->Exists(test_->Scratch() + "none.ini"));
+}
+
 TEST_F(ProfileContract, AFileThatCannotBeWrittenStaysWhole) {
   test_->MakeFile(test_->Scratch() + "locked\\x.ini", "[General]\r\nKey=1\r\n");
   {

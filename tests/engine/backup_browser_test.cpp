@@ -124,6 +124,8 @@ TEST_F(BackupBrowserTest, SaysWhatIsRefusedAndWhatWasRepaired) {
 }
 
 TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
+  engine.state().FixedRemovalMode = kDelete;  // of earlier copies
+  engine.RunOneItem(*FindItem("CleanTempFiles"));
   std::string copy;
   {
     BackupBrowser browser(ports);

@@ -1,0 +1,168 @@
+#include "cli/console_plugins.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "app/removal.h"
+#include "cli/console_view.h"
+#include "engine.h"
+#include "platform/error.h"
+#include "platform/profile_strings.h"
+#include "platform/text.h"
+#include "plugins/mod_plugin.h"
+#include "plugins/plugin_check.h"
+#include "plugins/plugin_list.h"
+
+namespace quellix {
+namespace {
+
+using modPlugin::InstalledPlugin;
+
+constexpr std::string_view kExtension = ".cdp";
+constexpr uintmax_t kLargestFile = 16u << 20;  // bytes, as a machine's ReadWholeFile allows
+
+std::string WithExtension(const std::string& name) {
+  const bool has = name.size() > kExtension.size() &&
+                   EqualsNoCase(std::string_view(name).substr(name.size() - 4), kExtension);
+  return has ? name : name + std::string(kExtension);
+}
+
+// A file of the console's own system.
+std::string ReadOwnFile(const std::string& name) {
+  const std::filesystem::path path(std::u8string(name.begin(), name.end()));
+  std::error_code error;
+  const uintmax_t size = std::filesystem::file_size(path, error);
+  std::ifstream file(path, std::ios::binary);
+  if (error || !file) {
+    throw Error(Error::Kind::kMissing, "there is no plug-in \"" + name + "\".");
+  }
+  if (size > kLargestFile) throw Error(Error::Kind::kOther, "\"" + name + "\" is too large.");
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+std::string ReadPlugin(const Machine& machine, const std::string& name) {
+  if (name.find_first_of("\\/:") == std::string::npos) {
+    for (const std::string& file : {name, WithExtension(name)}) {
+      const std::string path = modPlugin::PluginPath(machine, file);
+      if (path.empty()) continue;
+      if (auto bytes = machine.files.ReadWholeFile(path)) return *bytes;
+    }
+  }
+  return ReadOwnFile(name);
+}
+
+auto FindPlugin(std::vector<InstalledPlugin>& plugins, const std::string& file) {
+  return std::ranges::find_if(
+      plugins, [&file](const InstalledPlugin& plugin) { return EqualsNoCase(plugin.file, file); });
+}
+
+void PrintTotals(CleaningContext& context) {
+  std::string text = context.state.RunLog;
+  std::erase(text, '\r');
+  const Locale locale = context.machine.system.UserLocale();
+  std::cout << text << "Files Deleted: " << context.state.FilesDeleted
+            << " Space Gained: " << FormatSize(context.state.SpaceGained, 2, true, locale)
+            << std::endl;
+  if (context.state.SomeFilesLocked) {
+    std::cout << "Some files were not deleted because they were locked or in use." << std::endl;
+  }
+}
+
+}  // namespace
+
+CLI::App* ConsolePlugins::AddCommand(const char* name, const char* what, const char* argument) {
+  CLI::App* const command = plugins_->add_subcommand(name, what);
+  if (argument != nullptr) {
+    command->add_option("names", names_, "Plug-ins")->required()->type_name(argument);
+  }
+  AddMachineOptions(*command, options_, platform_);
+  return command;
+}
+
+ConsolePlugins::ConsolePlugins(CLI::App& app, const ConsolePlatform& platform)
+    : platform_(platform),
+      plugins_(app.add_subcommand("plugins", "Work with plug-ins, the recipes of users")),
+      list_(AddCommand("list", "List the installed plug-ins", nullptr)),
+      check_(AddCommand("check", "Explain each line of a plug-in and name its faults", "FILE")),
+      process_(AddCommand("process", "Clean by the named plug-ins", "FILE")),
+      enable_(AddCommand("enable", "Let the item CleanPlugins use a plug-in", "NAME")),
+      disable_(AddCommand("disable", "Keep the item CleanPlugins from using it", "NAME")) {
+  plugins_->require_subcommand(1);
+}
+
+bool ConsolePlugins::IsParsed() const { return plugins_->parsed(); }
+
+int ConsolePlugins::Run() {
+  const std::unique_ptr<OpenMachine> opened = platform_.open(options_);
+  const Machine machine = opened->machine();
+  if (list_->parsed()) return List(machine);
+  if (check_->parsed()) return Check(machine);
+  if (process_->parsed()) return Process(machine);
+  return Switch(machine, enable_->parsed());
+}
+
+int ConsolePlugins::List(const Machine& machine) {
+  for (const InstalledPlugin& plugin : modPlugin::ReadPluginList(machine)) {
+    std::cout << (plugin.ticked ? "[x] " : "[ ] ") << plugin.file << "  " << plugin.description
+              << "\n";
+  }
+  std::cout << std::flush;
+  return kDone;
+}
+
+int ConsolePlugins::Check(const Machine& machine) {
+  int code = kDone;
+  for (const std::string& name : names_) {
+    if (names_.size() > 1) std::cout << name << "\n";
+    for (const auto& remark : modPlugin::CheckPlugin(machine, ReadPlugin(machine, name))) {
+      if (remark.line != 0) std::cout << "line " << remark.line << ": ";
+      std::cout << (remark.is_fault ? "fault: " : "") << remark.text << "\n";
+      if (remark.is_fault) code = kFailed;
+    }
+  }
+  std::cout << std::flush;
+  return code;
+}
+
+int ConsolePlugins::Process(const Machine& machine) {
+  ConsoleView view;
+  Engine engine(machine, view);
+  view.OnStop([&engine] { engine.StopCleaning(); });
+  std::cerr << engine.Load();
+  std::vector<modPlugin::Plugin> plugins;  // all are read before the first one cleans
+  for (const std::string& name : names_) {
+    plugins.push_back(
+        modPlugin::ParsePlugin(DecodeText(ReadPlugin(machine, name), machine.system)));
+  }
+  for (const modPlugin::Plugin& plugin : plugins) {
+    modPlugin::RunRecords(engine.context(), plugin);
+    if (engine.state().AbortRequested) {
+      std::cerr << "Aborted by user" << std::endl;
+      break;
+    }
+  }
+  PrintTotals(engine.context());
+  return ExitCodeOf(engine.state());
+}
+
+int ConsolePlugins::Switch(const Machine& machine, bool on) {
+  std::vector<InstalledPlugin> plugins = modPlugin::ReadPluginList(machine);
+  for (const std::string& name : names_) {
+    const std::string file = WithExtension(name);
+    auto found = FindPlugin(plugins, file);
+    if (found == plugins.end()) {
+      const std::string path = modPlugin::PluginPath(machine, file);
+      const auto plugin = path.empty() ? std::nullopt : modPlugin::LoadPluginFile(machine, path);
+      if (!plugin) return Fail("there is no plug-in \"" + file + "\".", kWrongUsage);
+      found = plugins.insert(plugins.end(), {on, file, plugin->description});
+    }
+    found->ticked = on;
+  }
+  modPlugin::WritePluginList(machine, plugins);
+  return kDone;
+}
+
+}  // namespace quellix

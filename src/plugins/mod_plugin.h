@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/context.h"
+#include "app/item.h"
+#include "plugins/plugin_file.h"
+
+namespace quellix {
+
+// The item: carries out the plug-ins ticked in plg.txt. See Cleaner for its contract.
+void CleanPlugins(CleaningContext& context, const Item& item);
+
+namespace modPlugin {
+
+// What one folder of a recipe added to PendingFiles and PendingFolders: they end here.
+struct CollectedFolder {
+  std::string folder;
+  size_t files_end = 0;
+  size_t folders_end = 0;
+};
+
+// Carries out a recipe in three passes: erases the INI entries, collects the files and folders,
+// deletes the registry entries. What may not be cleaned, and what failed, gets a line in RunLog and
+// keeps nothing else. Returns what was collected.
+std::vector<CollectedFolder> ProcessRecords(CleaningContext& context, const Plugin& plugin);
+
+// The same for a file; false when it is missing. Throws Error when it cannot be read.
+bool ProcessPlugin(CleaningContext& context, std::string_view path,
+                   std::vector<CollectedFolder>& collected);
+
+// Removes what was collected, each folder's part anchored to it, a path listed twice once.
+void RemoveCollected(CleaningContext& context, const std::vector<CollectedFolder>& collected);
+
+// Processes a recipe and removes what it collected.
+void RunRecords(CleaningContext& context, const Plugin& plugin);
+
+// Processes one plug-in's file and removes what it collected; one that cannot be read gets a line
+// in RunLog. False when it is missing.
+bool RunPlugin(CleaningContext& context, std::string_view path);
+
+// Removes one value, or a key with all below it; what is missing is no error. Throw Error.
+void DeleteRegistryValue(Registry& registry, RegistryRoot root, std::string_view subkey,
+                         std::string_view value_name);
+void DeleteRegistryKeyTree(Registry& registry, RegistryRoot root, std::string_view subkey);
+
+}  // namespace modPlugin
+}  // namespace quellix

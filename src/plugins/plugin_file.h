@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/machine.h"
+
+namespace quellix::modPlugin {
+
+// Recipes that users write: text files "*.cdp" in the folder Plugins, a record a line, its fields
+// parted by the character with code 1. Texts are UTF-8.
+inline constexpr char kSeparator = '\x01';
+
+struct FileEntry {  // F: files that go
+  bool recurse = false;
+  bool delete_subfolders = false;
+  std::string location;  // folder, "\" and mask
+};
+
+struct RegistryEntry {  // R: a key or a value that goes
+  bool delete_subkey = false;
+  bool recurse_delete = false;  // kept for the editor; a key always goes with all below it
+  std::string key;              // root name, "\" and sub-key
+  std::string value_name;
+};
+
+struct IniEntry {  // I: a section or a key of an INI file that goes
+  std::string file_name;
+  std::string section;
+  bool delete_section = false;
+  std::string key;
+  std::string folder;  // ends in "\"
+};
+
+struct Plugin {
+  std::string description;
+  std::vector<FileEntry> files;
+  std::vector<RegistryEntry> registry;
+  std::vector<IniEntry> ini;
+};
+
+// One line of a recipe, parted at its separators.
+struct Record {
+  size_t line = 0;  // from 1
+  std::vector<std::string> fields;
+};
+
+// All lines of a recipe's text. They end in CR LF, LF or CR.
+std::vector<Record> ReadLines(std::string_view text);
+// Fields a kind of record has, its letter among them; 0 for a kind that nobody knows.
+size_t FieldsOf(std::string_view kind);
+// Whether readers take the record: of a known kind, with all its fields, free of NUL characters.
+bool IsComplete(const Record& record);
+
+FileEntry ToFileEntry(const Record& record);
+RegistryEntry ToRegistryEntry(const Record& record);
+IniEntry ToIniEntry(const Record& record);
+
+// Never fails: lines that are no complete record are skipped, flags other than "Yes" are No.
+Plugin ParsePlugin(std::string_view text);
+// The bytes of a recipe: D, then every F, R and I record, each line ended by CR LF.
+std::string FormatPlugin(const Plugin& plugin);
+
+// Nothing when the file is missing. Throws Error when it cannot be read.
+std::optional<Plugin> LoadPluginFile(const Machine& machine, std::string_view path);
+// Replaces the file. Throws Error; the old file then stays.
+void SavePluginFile(const Machine& machine, std::string_view path, const Plugin& plugin);
+
+// The handle Windows has for a root key's name, compared exactly; 0 for an unknown name.
+uint32_t RootKeyFromName(std::string_view name);
+
+}  // namespace quellix::modPlugin

@@ -1,0 +1,65 @@
+#include "plugins/plugin_list.h"
+
+#include <algorithm>
+
+#include "app/list_files.h"
+#include "app/numbers.h"
+#include "platform/text.h"
+#include "plugins/plugin_file.h"
+
+namespace quellix::modPlugin {
+namespace {
+
+constexpr std::string_view kListName = "plg.txt";
+
+// A part of a path that Windows would take for "", "." or "..".
+bool IsStep(std::string_view part) {
+  return part.find_first_not_of(" .") == std::string_view::npos;
+}
+
+bool StaysInFolder(std::string_view file) {
+  return file.find_first_of(":/") == std::string_view::npos &&
+         std::ranges::none_of(Split(file, '\\'), IsStep);
+}
+
+bool IsFile(const Machine& machine, const std::string& path) {
+  const std::optional<FileInfo> info = machine.files.Look(path, Detail::kKind);
+  return info && !info->is_folder;
+}
+
+}  // namespace
+
+std::string PluginPath(const Machine& machine, std::string_view file) {
+  if (!StaysInFolder(file)) return {};
+  return machine.program_folder + "\\Plugins\\" + std::string(file);
+}
+
+bool HasPluginList(const Machine& machine) {
+  return IsFile(machine, machine.program_folder + "\\" + std::string(kListName));
+}
+
+std::vector<InstalledPlugin> ReadPluginList(const Machine& machine) {
+  std::vector<InstalledPlugin> plugins;
+  for (const std::string& line : ReadListFile(machine, kListName)) {
+    const std::vector<std::string> fields = Split(line, kSeparator);
+    if (fields.size() < 2 || line.find('\0') != std::string::npos) continue;
+    const std::string path = PluginPath(machine, fields[1]);
+    const bool known = std::ranges::any_of(plugins, [&](const InstalledPlugin& plugin) {
+      return EqualsNoCase(plugin.file, fields[1]);
+    });
+    if (path.empty() || known || !IsFile(machine, path)) continue;
+    plugins.push_back({ToNumber(fields[0]) == 1.0, fields[1], fields.size() > 2 ? fields[2] : ""});
+  }
+  return plugins;
+}
+
+void WritePluginList(const Machine& machine, const std::vector<InstalledPlugin>& plugins) {
+  std::vector<std::string> lines;
+  for (const InstalledPlugin& plugin : plugins) {
+    lines.push_back((plugin.ticked ? "1" : "0") + std::string(1, kSeparator) + plugin.file +
+                    kSeparator + plugin.description);
+  }
+  WriteListFile(machine, kListName, lines);
+}
+
+}  // namespace quellix::modPlugin

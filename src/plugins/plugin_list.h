@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/machine.h"
+
+namespace quellix::modPlugin {
+
+// One installed plug-in, a line of plg.txt.
+struct InstalledPlugin {
+  bool ticked = false;
+  std::string file;  // name in the folder Plugins, with ".cdp"
+  std::string description;
+};
+
+// Whether plg.txt is there at all.
+bool HasPluginList(const Machine& machine);
+
+// plg.txt in its order. Dropped are lines of a file that is not in the folder, of a name that leads
+// out of it, and of a name that stood above in any case. Throws Error when the list is there but
+// cannot be read.
+std::vector<InstalledPlugin> ReadPluginList(const Machine& machine);
+// Replaces plg.txt. Throws Error; the old file then stays.
+void WritePluginList(const Machine& machine, const std::vector<InstalledPlugin>& plugins);
+
+// A plug-in's path in the folder Plugins; "" for a name that leads out of it.
+std::string PluginPath(const Machine& machine, std::string_view file);
+
+}  // namespace quellix::modPlugin

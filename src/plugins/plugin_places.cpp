@@ -1,0 +1,228 @@
+#include "plugins/plugin_places.h"
+
+#include "cleaners/skeleton.h"
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quellix::modPlugin {
+namespace {
+
+constexpr const char* kNoFullPath = "it is not the full path of a folder.";
+constexpr const char* kNoVariable = "a variable in it has no value on this machine.";
+constexpr const char* kTooPrecious =
+    "it is a whole drive, Windows, its system folder, Program Files or the user's profile.";
+constexpr const char* kCurrentConfig = "SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\";
+
+std::string Refusal(std::string_view what, std::string_view why) {
+  return std::string(what).append(" is not cleaned: ").append(why);
+}
+
+std::string ProgramFiles(System& system) {
+  const std::string folder = system.Environment("ProgramFiles").value_or("");
+  if (!folder.empty()) return folder;
+  const std::string system_folder = system.SystemFolder();
+  if (system_folder.substr(1, 1) != ":") return {};
+  return system_folder.substr(0, 2) + "\\Program Files";
+}
+
+std::string ExpandEnvironment(System& system, std::string_view text) {
+  std::string result;
+  for (;;) {
+    const size_t start = text.find('%');
+    const size_t end = start == text.npos ? text.npos : text.find('%', start + 1);
+    if (end == text.npos) return result.append(text);
+    const auto value = system.Environment(text.substr(start + 1, end - start - 1));
+    if (!value || value->empty()) return {};
+    result.append(text.substr(0, start)).append(*value);
+    text.remove_prefix(end + 1);
+  }
+}
+
+// The parts of a folder behind "C:" or "\\server\share", as Windows reads them: without empty
+// parts, and without blanks and dots at their ends. Nothing when a part is a step ("..") or has a
+// character no name can have.
+std::optional<std::vector<std::string>> PartsOf(std::string_view folder) {
+  std::vector<std::string> parts;
+  for (const std::string& part : Split(folder, '\\')) {
+    if (part.empty()) continue;
+    const size_t last = part.find_last_not_of(" .");
+    if (last == std::string::npos) return std::nullopt;
+    if (part != "*" && part.find_first_of("*?\"<>|:") != std::string::npos) return std::nullopt;
+    parts.push_back(part.substr(0, last + 1));
+  }
+  return parts;
+}
+
+bool IsDriveLetter(std::string_view text) {
+  const char upper = text.empty() ? '\0' : static_cast<char>(text[0] & ~0x20);
+  return text.size() == 2 && upper >= 'A' && upper <= 'Z' && text[1] == ':';
+}
+
+struct FullPath {
+  std::string start;  // "C:" or "\\server\share"
+  std::vector<std::string> parts;
+};
+
+std::optional<FullPath> ToFullPath(std::string folder) {
+  for (char& character : folder) {
+    if (character == '/') character = '\\';
+  }
+  const bool is_share = folder.starts_with("\\\\");
+  FullPath path{folder.substr(0, 2), {}};
+  const bool has_drive =
+      IsDriveLetter(path.start) && folder.substr(2, 1).find_first_not_of('\\') == std::string::npos;
+  if (!is_share && !has_drive) return std::nullopt;
+  auto parts = PartsOf(folder.substr(2));
+  if (!parts || (is_share && parts->size() < 2)) return std::nullopt;
+  if (is_share) {
+    path.start += (*parts)[0] + "\\" + (*parts)[1];
+    parts->erase(parts->begin(), parts->begin() + 2);
+  }
+  path.parts = std::move(*parts);
+  return path;
+}
+
+bool IsTooPrecious(System& system, const std::string& folder, bool recurse) {
+  if (HoldsWindows(system, folder) || HoldsFolder(folder, ProgramFiles(system))) return true;
+  for (const char* name : {"ProgramFiles(x86)", "ProgramW6432"}) {
+    if (HoldsFolder(folder, system.Environment(name).value_or(""))) return true;
+  }
+  return recurse && HoldsProfile(system, folder);
+}
+
+// Finds the folders a path with "*" parts stands for.
+class FolderSearch {
+ public:
+  FolderSearch(FileSystem& files, const FullPath& path) : files_(files), path_(path) {}
+
+  std::vector<std::string> Find() {
+    Descend(path_.start, 0, false);
+    return std::move(found_);
+  }
+
+ private:
+  void Descend(const std::string& folder, size_t depth, bool behind_star) {
+    if (depth == path_.parts.size()) {
+      found_.push_back(folder);
+    } else if (path_.parts[depth] != "*") {
+      const std::string next = folder + "\\" + path_.parts[depth];
+      if (!behind_star || IsRealFolder(next)) Descend(next, depth + 1, behind_star);
+    } else {
+      for (const std::string& name : SubFolders(folder)) {
+        Descend(folder + "\\" + name, depth + 1, true);
+      }
+    }
+  }
+
+  bool IsRealFolder(const std::string& folder) {
+    const std::optional<FileInfo> info = files_.Look(folder, Detail::kKind);
+    return info && info->is_folder && !info->is_link;
+  }
+
+  std::vector<std::string> SubFolders(const std::string& folder) {
+    std::vector<std::string> names;
+    files_.Enumerate(folder + "\\", Detail::kKind, [&names](const Entry& entry) {
+      if (entry.info.is_folder && !entry.info.is_link) names.emplace_back(entry.name);
+      return true;
+    });
+    return names;
+  }
+
+  FileSystem& files_;
+  const FullPath& path_;
+  std::vector<std::string> found_;
+};
+
+std::string WithoutEmptyParts(std::string_view subkey, size_t& parts) {
+  std::string result;
+  parts = 0;
+  for (const std::string& part : Split(subkey, '\\')) {
+    if (part.empty()) continue;
+    result += (parts++ == 0 ? "" : "\\") + part;
+  }
+  return result;
+}
+
+}  // namespace
+
+std::string ExpandPluginPath(System& system, std::string_view text) {
+  const struct {
+    const char* name;
+    std::string (*folder)(System&);
+  } kVariables[] = {{"%PROGDIR%", ProgramFiles},
+                    {"%SYSDIR%", [](System& of) { return of.SystemFolder(); }},
+                    {"%WINDIR%", [](System& of) { return of.WindowsFolder(); }}};
+  std::string result(text);
+  for (const auto& variable : kVariables) {
+    if (!ContainsNoCase(result, variable.name)) continue;
+    const std::string folder = variable.folder(system);
+    if (folder.empty()) return {};
+    result = ReplaceNoCase(result, variable.name, folder);
+  }
+  return ExpandEnvironment(system, result);
+}
+
+FilesPlace FindFolders(const Machine& machine, const FileEntry& entry) {
+  FilesPlace place;
+  place.mask = NamePart(entry.location);
+  std::string folder(FolderPart(entry.location));
+  if (folder.find('%') != std::string::npos) {
+    folder = ExpandPluginPath(machine.system, folder);
+    if (folder.empty()) {
+      place.refusals.push_back(Refusal(entry.location, kNoVariable));
+      return place;
+    }
+  }
+  const std::optional<FullPath> path = ToFullPath(folder);
+  if (!path) {
+    place.refusals.push_back(Refusal(entry.location, kNoFullPath));
+    return place;
+  }
+  for (std::string& found : FolderSearch(machine.files, *path).Find()) {
+    if (IsTooPrecious(machine.system, found, entry.recurse)) {
+      place.refusals.push_back(Refusal(found + "\\" + place.mask, kTooPrecious));
+    } else {
+      place.folders.push_back(std::move(found));
+    }
+  }
+  return place;
+}
+
+KeyPlace FindKey(const RegistryEntry& entry) {
+  const size_t end = std::min(entry.key.find('\\'), entry.key.size());
+  const uint32_t handle = RootKeyFromName(std::string_view(entry.key).substr(0, end));
+  if (handle == 0) return {{}, "", Refusal(entry.key, "it begins with no known root key.")};
+  KeyPlace place;
+  size_t parts = 0;
+  place.subkey = WithoutEmptyParts(std::string_view(entry.key).substr(end), parts);
+  // The branches of HKEY_USERS are themselves the roots of one user each.
+  const size_t most = handle == RootKeyFromName("HKEY_USERS") ? 2 : 1;
+  if (parts <= most) {
+    place.refusal = Refusal(entry.key, "it is a root key or one of its main branches.");
+  } else if (handle <= RootKeyFromName("HKEY_USERS")) {
+    place.root = static_cast<RegistryRoot>(handle - RootKeyFromName("HKEY_CLASSES_ROOT"));
+  } else if (handle == RootKeyFromName("HKEY_CURRENT_CONFIG")) {
+    place.root = RegistryRoot::kLocalMachine;
+    place.subkey.insert(0, kCurrentConfig);
+  } else {
+    place.refusal = Refusal(entry.key, "nothing can be removed below that root key.");
+  }
+  return place;
+}
+
+IniPlace FindIni(System& system, const IniEntry& entry) {
+  std::string path = entry.folder + entry.file_name;
+  if (path.find('%') != std::string::npos) {
+    path = ExpandPluginPath(system, path);
+    if (path.empty()) return {"", Refusal(entry.folder + entry.file_name, kNoVariable)};
+  }
+  const std::optional<FullPath> full = ToFullPath(path);
+  if (!full || full->parts.empty() || path.find('*') != std::string::npos) {
+    return {"", Refusal(path, "it is not the full path of a file.")};
+  }
+  path = full->start;
+  for (const std::string& part : full->parts) path += "\\" + part;
+  return {path, ""};
+}
+
+}  // namespace quellix::modPlugin

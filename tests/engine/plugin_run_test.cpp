@@ -1,0 +1,283 @@
+#include "plugins/mod_plugin.h"
+
+#include "plugins/plugin_check.h"
+#include "plugins/plugin_collector.h"
+#include "plugins/plugin_list.h"
+#include "plugins/plugin_places.h"
+#include "shipped_plugins.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char* kKey = "Software\\Quellix Test";
+constexpr const char* kAppletsKey =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Applets\\Paint\\Recent File List";
+
+class PluginRunTest : public RunFixture {
+ protected:
+  PluginRunTest() : plugins_folder(ports.program_folder + "\\Plugins\\") {
+    machine->MakeFolder(plugins_folder);
+    machine->RemoveRegistryTree(kUser, kKey);
+  }
+
+  // Recipes and lists are written with "|" for the separator.
+  static std::string Text(std::string text) {
+    for (char& character : text) {
+      if (character == '|') character = modPlugin::kSeparator;
+    }
+    return text;
+  }
+  void WriteRecipe(const std::string& name, const std::string& text) {
+    machine->MakeFile(plugins_folder + name, Text(text));
+  }
+  void WriteList(const std::string& text) {
+    ports.files.WriteWholeFile(ports.program_folder + "\\plg.txt", Text(text));
+  }
+  std::string CleanPluginsLog() {
+    engine.RunOneItem(*FindItem("CleanPlugins"));
+    EXPECT_TRUE(view.criticals.empty());
+    const std::string log = engine.state().RunLog.substr(0, engine.state().RunLog.find("\r\n---"));
+    return log.substr(0, log.size() - (log.empty() ? 0 : 2));
+  }
+  // Runs one recipe as a run does; the log is all it says before its line.
+  std::string CleanBy(const std::string& recipe) {
+    WriteRecipe("one.cdp", recipe);
+    WriteList("1|one.cdp|\r\n");
+    return CleanPluginsLog();
+  }
+
+  const std::string plugins_folder;
+};
+
+TEST_F(PluginRunTest, SixKindsOfRecordsRemoveExactlyWhatTheyName) {
+  for (const char* file :
+       {"all\\a.txt", "all\\sub\\b", "all\\sub\\deep\\c", "logs\\d.LOG", "logs\\kept.txt",
+        "logs\\sub\\kept.log", "tree\\sub\\e.tmp", "tree\\sub\\kept.txt", "unticked\\kept"}) {
+    machine->MakeFile(scratch + file, "12");
+  }
+  machine->MakeFile(scratch + "ini\\a.ini",
+                    "[Keep]\r\nk=1\r\n[Gone]\r\nx=1\r\n;n\r\n[Other]\r\n"
+                    "; k\r\nK = 2\r\nl=3\r\n");
+  for (const char* key : {"\\tree", "\\tree\\sub\\deep", "\\kept"}) {
+    machine->SetText(kUser, std::string(kKey) + key, "v", "x");
+    machine->SetText(kUser, std::string(kKey) + key, "w", "x");
+  }
+  const std::string ini = "|" + scratch + "ini\\\r\n";
+  const std::string key = std::string("HKEY_CURRENT_USER\\") + kKey;
+  WriteRecipe("six.cdp", "R|Yes|No|" + key + "\\tree|v\r\nR|No|No|" + key + "\\kept|v\r\n" +
+                             "F|Yes|Yes|" + scratch + "all\\*.*\r\nF|No|No|" + scratch +
+                             "logs\\*.log\r\nF|Yes|No|" + scratch + "tree\\*.TMP\r\nF|Yes|No|" +
+                             scratch + "tree\\sub\\*.t*p\r\nI|a.ini|gone|Yes|" + ini +
+                             "I|a.ini|Other|No|k" + ini + "I|none.ini|a|No|k" + ini);
+  WriteRecipe("off.cdp", "F|Yes|Yes|" + scratch + "unticked\\*.*\r\n");
+  WriteList("1|six.cdp|six\r\n0|off.cdp|\r\n1|missing.cdp|\r\n");
+  for (const bool again : {false, true}) {
+    const auto lock = again ? machine->DenyRegistryWrites(kUser, kKey) : nullptr;
+    EXPECT_EQ(CleanPluginsLog(), std::string("Plugins... Files Deleted: ") +
+                                     (again ? "0 Space Gained: 0" : "5 Space Gained: 10") +
+                                     " Bytes");
+    EXPECT_FALSE(engine.state().SomeFilesLocked);
+    EXPECT_EQ(
+        machine->Tree(scratch),
+        (std::vector<std::string>{"all\\", "ini\\", "ini\\a.ini", "logs\\", "logs\\kept.txt",
+                                  "logs\\sub\\", "logs\\sub\\kept.log", "tree\\", "tree\\sub\\",
+                                  "tree\\sub\\kept.txt", "unticked\\", "unticked\\kept"}));
+    EXPECT_EQ(ports.files.ReadWholeFile(scratch + "ini\\a.ini"),
+              "[Keep]\r\nk=1\r\n[Other]\r\n; k\r\nl=3\r\n");
+    EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\tree"));
+    EXPECT_EQ(machine->ValueNames(kUser, std::string(kKey) + "\\kept"),
+              (std::vector<std::string>{"w"}));
+  }
+}
+
+TEST_F(PluginRunTest, TheCollectorKeepsItsTwoOrdersAndEntersNoLink) {
+  machine->MakeFile(scratch + "outside\\kept", "1");
+  for (const char* file : {"in\\a\\b\\1", "in\\a\\2", "in\\c\\3", "in\\4"}) {
+    machine->MakeFile(scratch + file, "1");
+  }
+  machine->MakeFolderLink(scratch + "in\\link", scratch + "outside");
+  modPlugin::CollectPluginFiles(context, scratch + "in", true, true, "*.*");
+  const PathList& folders = engine.state().PendingFolders;
+  std::vector<std::string> names;
+  for (size_t i = 0; i < folders.size(); ++i) names.emplace_back(folders[i]);
+  const auto place = [&](const std::string& name) {
+    return std::find(names.begin(), names.end(), scratch + "in\\" + name + "\\") - names.begin();
+  };
+  EXPECT_EQ(names.size(), 4u);
+  EXPECT_LT(place("a\\b"), place("a"));
+  EXPECT_LT(place("c"), 4);
+  EXPECT_LT(place("link"), 4);
+  EXPECT_EQ(engine.state().PendingFiles.size(), 4u);
+  engine.StopCleaning();
+  modPlugin::CollectPluginFiles(context, scratch + "in", true, true, "*.*");
+  EXPECT_EQ(view.statuses.back(), "Aborted by user");
+  EXPECT_EQ(engine.state().PendingFiles.size(), 4u);
+}
+
+TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
+  const std::string windows = ports.system.WindowsFolder(), drive = windows.substr(0, 2);
+  const std::string profile = ports.system.Environment("USERPROFILE").value();
+  const struct {
+    std::string record;
+    const char* why;
+  } kRows[] = {
+      {"F|No|No|" + drive + "\\qx-none", "whole drive"},
+      {"F|No|No|" + drive + "\\\\.\\qx-none", "full path"},
+      {"F|Yes|Yes|%windir%\\qx-none", "whole drive"},
+      {"F|No|No|%WINDIR%\\\\qx-none", "whole drive"},
+      {"F|No|No|%WINDIR%. \\qx-none", "whole drive"},
+      {"F|No|No|%SYSDIR%\\qx-none", "whole drive"},
+      {"F|No|No|%PROGDIR%\\qx-none", "whole drive"},
+      {"F|Yes|No|%USERPROFILE%\\qx-none", "whole drive"},
+      {"F|Yes|No|" + profile + "\\..\\qx-none", "full path"},
+      {"F|No|No|%NO_SUCH%\\a\\qx-none", "has no value"},
+      {"F|No|No|qx-none", "full path"},
+      {"F|No|No|Temp\\qx-none", "full path"},
+      {"F|No|No|*:\\Temp\\qx-none", "full path"},
+      {"F|No|No|" + drive + "\\Te*\\qx-none", "full path"},
+      {"F|No|No|\"" + drive + "\\Temp\\qx-none\"", "full path"},
+      {"R|Yes|No|HKEY_CURRENT_USER|", "main branches"},
+      {"R|Yes|No|HKEY_CURRENT_USER\\|", "main branches"},
+      {"R|Yes|No|HKEY_CURRENT_USER\\\\Quellix Branch\\|", "main branches"},
+      {"R|No|No|HKEY_CURRENT_USER\\Quellix Branch|v", "main branches"},
+      {"R|Yes|No|HKEY_USERS\\S-1-5-18\\Software|", "main branches"},
+      {"R|Yes|No|HKCU\\Software\\x|", "no known root"},
+      {"R|Yes|No||", "no known root"},
+      {"R|Yes|No|HKEY_DYN_DATA\\a\\b|", "below that root"},
+      {"I|a.ini|s|Yes||", "full path"},
+      {"I|a.ini|s|Yes||%NO_SUCH%\\", "has no value"},
+  };
+  machine->SetText(kUser, "Quellix Branch", "v", "x");
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.record);
+    const std::string log = CleanBy(row.record + "\r\n");
+    EXPECT_NE(log.find(" is not cleaned: "), std::string::npos) << log;
+    EXPECT_NE(log.find(row.why), std::string::npos) << log;
+    const auto remarks = modPlugin::CheckPlugin(ports, "\r\n" + Text(row.record));
+    ASSERT_EQ(remarks.size(), 1u);
+    EXPECT_TRUE(remarks[0].is_fault);
+    EXPECT_EQ(remarks[0].line, 2u);
+  }
+  EXPECT_EQ(machine->ValueNames(kUser, "Quellix Branch").size(), 1u);
+  machine->RemoveRegistryTree(kUser, "Quellix Branch");
+  EXPECT_EQ(CleanBy("F|No|No|%USERPROFILE%\\qx-none\r\n"),
+            "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
+}
+
+TEST_F(PluginRunTest, VariablesAreReplacedInTheirOrder) {
+  System& system = ports.system;
+  const std::string windows = system.WindowsFolder();
+  const struct {
+    const char* text;
+    std::string expected;
+  } kRows[] = {{"%WinDir%\\a%WINDIR%", windows + "\\a" + windows},
+               {"%sysdir%", system.SystemFolder()},
+               {"%PROGDIR%\\x", system.Environment("ProgramFiles").value() + "\\x"},
+               {"%LocalAppData%\\x", system.Environment("LOCALAPPDATA").value() + "\\x"},
+               {"50% off", "50% off"},
+               {"%NO_SUCH%\\%WINDIR%", ""}};
+  for (const auto& row : kRows) {
+    EXPECT_EQ(modPlugin::ExpandPluginPath(system, row.text), row.expected) << row.text;
+  }
+}
+
+TEST_F(PluginRunTest, AStarStandsForEachFolderThere) {
+  for (const char* file : {"p\\one\\cache\\a", "p\\two\\cache\\b", "p\\two\\kept",
+                           "out\\cache\\kept", "p\\three\\kept"}) {
+    machine->MakeFile(scratch + file, "1");
+  }
+  machine->MakeFolderLink(scratch + "p\\link", scratch + "out");
+  machine->MakeFolderLink(scratch + "p\\three\\cache", scratch + "out\\cache");
+  machine->MakeFolderLink(scratch + "p\\three\\middle", scratch + "out");
+  EXPECT_EQ(CleanBy("F|No|No|" + scratch + "p\\*\\cache\\*.*\r\n"),
+            "Plugins... Files Deleted: 2 Space Gained: 2 Bytes");
+  EXPECT_EQ(CleanBy("F|No|No|" + scratch + "p\\*\\middle\\cache\\*.*\r\n"),
+            "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
+  EXPECT_FALSE(machine->Exists(scratch + "p\\one\\cache\\a"));
+  EXPECT_TRUE(machine->Exists(scratch + "p\\two\\kept"));
+  EXPECT_TRUE(machine->Exists(scratch + "out\\cache\\kept"));
+  const std::string drive = scratch.substr(0, 2);
+  EXPECT_NE(CleanBy("F|No|No|" + drive + "\\*\\qx-none\r\n")
+                .find(ports.system.WindowsFolder() + "\\qx-none is not cleaned"),
+            std::string::npos);
+}
+
+TEST_F(PluginRunTest, TheListDropsWhatIsNotInTheFolder) {
+  WriteRecipe("a.cdp", "D|x\r\n");
+  WriteRecipe("b.cdp", "D|x\r\n");
+  machine->MakeFile(ports.program_folder + "\\out.cdp", Text("D|x\r\n"));
+  machine->MakeFolder(plugins_folder + "folder.cdp");
+  WriteList(
+      "\r\nno separator\r\n 1.0|a.cdp|first|more\r\n0|A.CDP|again\r\n1|..\\out.cdp|\r\n"
+      "1|.. \\out.cdp|\r\n1|folder.cdp|\r\n1|gone.cdp|\r\n1||\r\nyes|b.cdp\r\n");
+  const auto plugins = modPlugin::ReadPluginList(ports);
+  modPlugin::WritePluginList(ports, plugins);
+  EXPECT_EQ(ReadProgramFile("plg.txt"), Text("1|a.cdp|first\r\n0|b.cdp|\r\n"));
+}
+
+TEST_F(PluginRunTest, BadRecipesHarmNothingAndStopDoesStop) {
+  EXPECT_EQ(CleanPluginsLog(), "") << "without a list";
+  machine->MakeFile(scratch + "gr\xC3\xBCn\\a", "1");
+  WriteRecipe("huge.cdp", std::string((16u << 20) + 1, 'x'));
+  WriteRecipe("empty.cdp", "");
+  WriteRecipe("ansi.cdp", "F|No|No|" + scratch + "gr\xFCn\\*.*\r\n");
+  WriteList("1|huge.cdp|\r\n1|empty.cdp|\r\n1|ansi.cdp|\r\n");
+  view.on_yield = [this] {
+    if (engine.state().PendingFiles.size() == 1) engine.StopCleaning();
+  };
+  CleanPluginsLog();
+  EXPECT_EQ(view.statuses.back(), "Aborted by user");
+  EXPECT_TRUE(machine->Exists(scratch + "gr\xC3\xBCn\\a"));
+  view.on_yield = nullptr;
+  const std::string log = CleanPluginsLog();
+  EXPECT_NE(log.find("\\plugins\\huge.cdp: "), std::string::npos) << log;
+  EXPECT_TRUE(log.ends_with("Plugins... Files Deleted: 1 Space Gained: 1 Bytes")) << log;
+}
+
+TEST_F(PluginRunTest, TheShippedExamplesCleanASeededUser) {
+  const std::string local = ports.system.Environment("LOCALAPPDATA").value() + "\\";
+  const std::string roaming = ports.system.Environment("APPDATA").value() + "\\";
+  const std::string wer = local + "Microsoft\\Windows\\WER\\";
+  const std::vector<std::string> gone = {local + "Microsoft\\Windows\\Explorer\\thumbcache_32.db",
+                                         wer + "ReportArchive\\AppCrash_1\\Report.wer",
+                                         wer + "ReportQueue\\r\\x.mdmp",
+                                         local + "CrashDumps\\editor.exe.1.dmp",
+                                         local + "QxVendor\\Logs\\a.log",
+                                         local + "QxVendor\\Editor\\logs\\b.log"};
+  const std::vector<std::string> kept = {
+      local + "Microsoft\\Windows\\Explorer\\qx.db", wer + "qx.txt", local + "CrashDumps\\qx.txt",
+      local + "QxVendor\\Logs\\qx.txt", local + "QxVendor\\store\\000003.log"};
+  for (const std::string& path : gone) machine->MakeFile(path, "12");
+  for (const std::string& path : kept) machine->MakeFile(path, "12");
+  machine->MakeFile(roaming + "vlc\\vlc-qt-interface.ini",
+                    "[Main]\r\na=1\r\n[RecentsMRL]\r\nlist=x\r\n");
+  machine->SetText(kUser, kAppletsKey, "File1", "C:\\a.png");
+  std::string list;
+  for (const auto& [name, bytes] : kShippedPlugins) {
+    const std::string recipe = bytes;
+    EXPECT_EQ(modPlugin::FormatPlugin(modPlugin::ParsePlugin(recipe)), recipe) << name;
+    for (const auto& remark : modPlugin::CheckPlugin(ports, recipe)) {
+      EXPECT_FALSE(remark.is_fault) << name << ": " << remark.text;
+    }
+    machine->MakeFile(plugins_folder + name, recipe);
+    list += std::string("1\x01") + name + "\x01\r\n";
+  }
+  EXPECT_EQ(std::size(kShippedPlugins), 6u);
+  WriteList(list);
+  for (const bool again : {false, true}) {
+    EXPECT_EQ(CleanPluginsLog(), std::string("Plugins... Files Deleted: ") +
+                                     (again ? "0 Space Gained: 0" : "6 Space Gained: 12") +
+                                     " Bytes");
+    for (const std::string& path : gone) EXPECT_FALSE(machine->Exists(path)) << path;
+    for (const std::string& path : kept) EXPECT_TRUE(machine->Exists(path)) << path;
+    EXPECT_FALSE(machine->Exists(wer + "ReportArchive\\AppCrash_1"));
+    EXPECT_TRUE(machine->Exists(wer + "ReportArchive"));
+    EXPECT_EQ(ports.files.ReadWholeFile(roaming + "vlc\\vlc-qt-interface.ini"),
+              "[Main]\r\na=1\r\n");
+    EXPECT_FALSE(machine->KeyExists(kUser, kAppletsKey));
+  }
+}
+
+}  // namespace
+}  // namespace quellix

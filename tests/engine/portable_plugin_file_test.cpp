@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+
+#include "plugins/plugin_file.h"
+
+namespace quellix::modPlugin {
+namespace {
+
+// Recipes are written with "|" for the separator.
+std::string Recipe(std::string text) {
+  for (char& character : text) {
+    if (character == '|') character = kSeparator;
+  }
+  return text;
+}
+
+TEST(PluginFile, AWholeRecipeComesBackByteForByte) {
+  const std::string text = Recipe(
+      "D|Größe\r\nF|Yes|No|C:\\Temp\\*.*\r\nF|No|Yes|%WINDIR%\\Temp\\*.log\r\n"
+      "R|No|Yes|HKEY_CURRENT_USER\\Software\\MyEditor|File1\r\nR|Yes|No|HKEY_USERS\\a\\b|\r\n"
+      "I|my.ini|Recent|No|File1|C:\\My\\\r\nI|my.ini|All|Yes||C:\\My\\\r\n");
+  EXPECT_EQ(FormatPlugin(ParsePlugin(text)), text);
+  EXPECT_EQ(FormatPlugin({}), Recipe("D|\r\n"));
+  // Any order and any line end are read, in one order they are written.
+  EXPECT_EQ(FormatPlugin(ParsePlugin(Recipe("I|i|s|Yes|k|C:\\|more\rF|yes|Yes |C:\\x\\*.*\n\n"
+                                            "junk\nD|d|cut\r\nR|No|No|K|v"))),
+            Recipe("D|d\r\nF|No|No|C:\\x\\*.*\r\nR|No|No|K|v\r\nI|i|s|Yes|k|C:\\\r\n"));
+}
+
+TEST(PluginFile, WhatIsNoRecordIsSkipped) {
+  const std::string kRows[] = {"",
+                               "\r\n",
+                               Recipe("|||||||"),
+                               std::string(5000, kSeparator),
+                               Recipe("F|Yes|No"),
+                               Recipe("R|Yes|No|HKEY_CURRENT_USER\\a\\b"),
+                               Recipe("I|a.ini|s|Yes|k"),
+                               Recipe("f|No|No|C:\\a"),
+                               Recipe(" F|No|No|C:\\a"),
+                               Recipe("X|No|No|C:\\a\r\nDD|x"),
+                               Recipe("F|No|No|C:\\Temp") + std::string(1, '\0') + "\\*.*",
+                               std::string("\xFF\xFE"
+                                           "F\0\1\0N\0o\0\1\0N\0o\0\1\0C\0:\0\\\0*\0\r\0\n\0",
+                                           28)};
+  for (const std::string& row : kRows) {
+    SCOPED_TRACE(row.substr(0, 40));
+    EXPECT_EQ(FormatPlugin(ParsePlugin(row)), Recipe("D|\r\n"));
+  }
+  std::string bytes;
+  for (unsigned seed = 1; bytes.size() < 100000; seed = seed * 1664525 + 1013904223) {
+    bytes += static_cast<char>(seed >> 24);
+  }
+  EXPECT_EQ(ReadLines(bytes + "\r\nD").back().fields[0], "D");
+  EXPECT_TRUE(ParsePlugin(bytes).files.empty());
+}
+
+TEST(PluginFile, RootKeysAreKnownByTheirExactNames) {
+  EXPECT_EQ(RootKeyFromName("HKEY_CLASSES_ROOT"), 0x80000000u);
+  EXPECT_EQ(RootKeyFromName("HKEY_USERS"), 0x80000003u);
+  EXPECT_EQ(RootKeyFromName("HKEY_DYN_DATA"), 0x80000006u);
+  for (const char* name : {"", "HKCU", "hkey_users", "HKEY_USERS "}) {
+    EXPECT_EQ(RootKeyFromName(name), 0u) << name;
+  }
+}
+
+}  // namespace
+}  // namespace quellix::modPlugin
