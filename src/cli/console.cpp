@@ -6,6 +6,7 @@
 #include <map>
 
 #include "cli/console_view.h"
+#include "cli/search_command.h"
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -70,6 +71,30 @@ int Clean(const CleanOptions& options, const ConsolePlatform& platform) {
   return ExitCodeOf(engine.state());
 }
 
+void AddMachineOptions(CLI::App& command, MachineOptions& options,
+                       const ConsolePlatform& platform) {
+  command.add_option("--settings", options.settings, "Folder of Settings.ini and the lists")
+      ->type_name("DIR");
+  if (!platform.works_on_volumes) return;
+  command.add_option("--volume", options.volume, "Folder the Windows volume is mounted in")
+      ->required()
+      ->type_name("DIR");
+  command.add_option("--drive", options.drives, "A further drive of that Windows")
+      ->type_name("D:=DIR");
+  command.add_option("--user", options.user, "Whose traces to clean")->type_name("NAME");
+}
+
+CLI::App* AddSearch(CLI::App& app, SearchCommand& options, const ConsolePlatform& platform) {
+  CLI::App* const search = app.add_subcommand("search", "Search whole drives for junk files");
+  search->add_option("kind", options.kind, "What to search for")
+      ->required()
+      ->check(CLI::IsMember(SearchKinds()));
+  search->add_flag("--delete", options.remove, "Delete what is found (else nothing is changed)");
+  search->add_flag("--json", options.json, "Print the finds as JSON");
+  AddMachineOptions(*search, options.machine, platform);
+  return search;
+}
+
 CLI::App* AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& platform) {
   CLI::App* const clean = app.add_subcommand("clean", "Clean the named items");
   clean->add_option("--item", options.items, "Keys of the items, as \"items\" lists them")
@@ -79,15 +104,7 @@ CLI::App* AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& 
   for (const auto& [name, mode] : kMethods) methods.push_back(name);
   clean->add_option("--method", options.method, "How files are removed (else as the settings say)")
       ->check(CLI::IsMember(methods));
-  clean->add_option("--settings", options.machine.settings, "Folder of Settings.ini and the lists")
-      ->type_name("DIR");
-  if (!platform.works_on_volumes) return clean;
-  clean->add_option("--volume", options.machine.volume, "Folder the Windows volume is mounted in")
-      ->required()
-      ->type_name("DIR");
-  clean->add_option("--drive", options.machine.drives, "A further drive of that Windows")
-      ->type_name("D:=DIR");
-  clean->add_option("--user", options.machine.user, "Whose traces to clean")->type_name("NAME");
+  AddMachineOptions(*clean, options.machine, platform);
   return clean;
 }
 
@@ -99,6 +116,8 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   CleanOptions options;
   const CLI::App* const items = app.add_subcommand("items", "List the items that can be cleaned");
   AddClean(app, options, platform);
+  SearchCommand search_options;
+  const CLI::App* const search = AddSearch(app, search_options, platform);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
   try {
     app.parse(arguments);
@@ -106,6 +125,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
     return app.exit(error, std::cout, std::cerr) == 0 ? kDone : kWrongUsage;
   }
   try {
+    if (search->parsed()) return RunSearch(search_options, platform);
     return items->parsed() ? ListItems() : Clean(options, platform);
   } catch (const std::exception& error) {
     return Fail(error.what(), kFailed);

@@ -44,6 +44,10 @@ class VolumeFileSystem : public FileSystem {
   // The mapped letters in order, without the settings drive.
   std::string Letters() const;
 
+  // Whether nothing is at a path; false where only the running Windows knows: other drives, the
+  // network, what stands behind a link, variables and short names.
+  bool IsGone(std::string_view path);
+
   // Beyond the port, for the machine's own use; all throw Error.
 
   // Makes one folder in an existing one; it may exist.
