@@ -114,8 +114,9 @@ class ScriptShellReader : public ShortcutReader {
       folder = Property(link.Get()->pdispVal, L"WorkingDirectory");
     }
     if (target && folder) return Shortcut{*target, *folder};
-    const Shortcut other = ReadThroughShellLink(wide);
-    return Shortcut{target.value_or(other.target), folder.value_or(other.working_folder)};
+    // An object that lacks one property, as Wine's does, has not read the file for the other
+    // either.
+    return ReadThroughShellLink(wide);
   }
 
   bool IsGone(std::string_view path) override {
