@@ -71,6 +71,7 @@ class Bench {
     MakeTree(Tree(), kFolders);
     Scan();
     PendingMemory();
+    JunkSearches();
     Removal();
     Growth();
   }
@@ -122,6 +123,31 @@ class Bench {
     table_.Report("bytes a pending file / its limit",
                   static_cast<double>(state_.PendingFiles.MemoryHeld()) / files,
                   1.5 * characters / files + 64, "B", 1.0);
+  }
+
+  // The whole drive is searched, as find searches all of it.
+  void JunkSearches() {
+    std::string list, terms;
+    for (int i = 0; i < 40; ++i) {
+      const std::string pattern = "*.junk" + std::to_string(i);
+      list += "1\x01" + pattern + "\x01\r\n";
+      terms += (i == 0 ? "-iname '" : " -o -iname '") + pattern + "'";
+    }
+    ports_.files.WriteWholeFile(ports_.program_folder + "\\UNFI.txt", list);
+    const std::string find = "find '" + scratch_.parent_path().string() + "' -type f ";
+    Search("empty files among 200,000 / find -empty", JunkKind::kEmptyFiles, find + "-empty");
+    Search("40 patterns on 200,000 files / find -iname", JunkKind::kUnnecessaryFiles,
+           find + "\\( " + terms + " \\)");
+  }
+
+  void Search(const char* name, JunkKind kind, const std::string& theirs) {
+    class Ignore : public ResultSink {
+     public:
+      void Add(ResultRow) override {}
+    } sink;
+    table_.Compare(
+        name, 1.0, 7, [] {}, [this, kind, &sink] { SearchJunk(context_, kind, sink); },
+        [&theirs] { Shell(theirs + " > /dev/null"); });
   }
 
   void Removal() {

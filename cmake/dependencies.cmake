@@ -23,7 +23,8 @@ else()
 endif()
 
 # Without hivex there is no registry of a volume, and so no volume machine: what is left natively is
-# the engine library and its tests that need no machine. The console program needs CLI11 as well.
+# the engine library and its tests that need no machine. The console program needs CLI11 and
+# nlohmann/json as well.
 set(QUELLIX_MACHINE ON)
 if(NOT WIN32)
   find_library(HIVEX_LIBRARY hivex)
@@ -78,7 +79,26 @@ else()
   endif()
 endif()
 
-if(QUELLIX_MACHINE AND EXISTS /usr/include/CLI/CLI.hpp)
+# Without liblnk a volume's shortcuts cannot be read; one of two files stands for both cases.
+if(NOT WIN32)
+  find_library(LIBLNK_LIBRARY lnk)
+  find_path(LIBLNK_INCLUDE liblnk.h)
+  add_library(quellix_liblnk INTERFACE)
+  if(LIBLNK_LIBRARY AND LIBLNK_INCLUDE)
+    set(ABSENT_SHORTCUTS no_shortcuts.cpp)
+    target_link_libraries(quellix_liblnk INTERFACE ${LIBLNK_LIBRARY})
+    # Its header asks for libbfio's, of which it names one type in functions we do not call.
+    set(LIBBFIO_STAND_IN ${CMAKE_BINARY_DIR}/libbfio)
+    file(CONFIGURE OUTPUT ${LIBBFIO_STAND_IN}/libbfio.h
+         CONTENT "#include <stdint.h>\ntypedef intptr_t libbfio_handle_t;\n")
+    target_include_directories(quellix_liblnk SYSTEM INTERFACE ${LIBLNK_INCLUDE}
+                               ${LIBBFIO_STAND_IN})
+  else()
+    set(ABSENT_SHORTCUTS volume_shortcuts.cpp)
+    message(STATUS "No liblnk: shortcuts of a volume cannot be searched")
+  endif()
+endif()
+if(QUELLIX_MACHINE AND EXISTS /usr/include/CLI/CLI.hpp AND EXISTS /usr/include/nlohmann/json.hpp)
   set(QUELLIX_CONSOLE ON)
 else()
   set(QUELLIX_CONSOLE OFF)

@@ -8,6 +8,7 @@
 #include "app/selection.h"
 #include "app/settings.h"
 #include "backup/mod_zip.h"
+#include "search/junk_search.h"
 
 namespace quellix {
 
@@ -33,6 +34,10 @@ class Engine {
   // StartRun: the Clean command. StopCleaning: takes effect at the run's next check.
   void RunCleaning();
   void RunOneItem(const Item& item);
+  // Hands each find to `sink`; nothing is changed. Throws Error. A stop ends it early.
+  void FindJunk(JunkKind kind, ResultSink& sink) { SearchJunk(context_, kind, sink); }
+  // Removes a find by the removal mode; false when it stays. One that has vanished is gone as well.
+  bool RemoveFound(const ResultRow& row);
   void StopCleaning() { state_.AbortRequested = true; }
 
  private:

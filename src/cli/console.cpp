@@ -8,6 +8,7 @@
 #include "cli/backup_commands.h"
 #include "cli/console_plugins.h"
 #include "cli/console_view.h"
+#include "cli/search_command.h"
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -62,6 +63,17 @@ int Clean(const CleanOptions& options, const ConsolePlatform& platform) {
   return ExitCodeOf(engine.state());
 }
 
+CLI::App* AddSearch(CLI::App& app, SearchCommand& options, const ConsolePlatform& platform) {
+  CLI::App* const search = app.add_subcommand("search", "Search whole drives for junk files");
+  search->add_option("kind", options.kind, "What to search for")
+      ->required()
+      ->check(CLI::IsMember(SearchKinds()));
+  search->add_flag("--delete", options.remove, "Delete what is found (else nothing is changed)");
+  search->add_flag("--json", options.json, "Print the finds as JSON");
+  AddMachineOptions(*search, options.machine, platform);
+  return search;
+}
+
 void AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& platform) {
   CLI::App* const clean = app.add_subcommand("clean", "Clean the named items");
   clean->add_option("--item", options.items, "Keys of the items, as \"items\" lists them")
@@ -109,6 +121,8 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
     AddMachineOptions(command, machine, platform);
   });
   ConsolePlugins plugins(app, platform);
+  SearchCommand search_options;
+  const CLI::App* const search = AddSearch(app, search_options, platform);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
   try {
     app.parse(arguments);
@@ -118,6 +132,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   try {
     if (backup.parsed()) return backup.Run(platform);
     if (plugins.IsParsed()) return plugins.Run();
+    if (search->parsed()) return RunSearch(search_options, platform);
     return items->parsed() ? ListItems() : Clean(options, platform);
   } catch (const std::exception& error) {
     return Fail(error.what(), kFailed);

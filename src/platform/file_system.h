@@ -31,10 +31,12 @@ struct FileInfo {
 
 struct Entry {
   std::string_view name;  // last component, valid during the visit only
-  FileInfo info;          // with Detail::kKind only is_folder and is_link are set
+  FileInfo info;          // what the Detail says
 };
 
-enum class Detail { kKind, kFull };
+// What is asked of an entry: is_folder and is_link; size and last_write as well; everything. What
+// is not asked for may be set all the same.
+enum class Detail { kKind, kSize, kFull };
 
 // Returns false to end the enumeration.
 using EntryVisitor = std::function<bool(const Entry&)>;

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace quellix {
@@ -8,6 +11,24 @@ namespace quellix {
 struct RecycleBinContent {
   uint64_t items = 0;
   uint64_t bytes = 0;
+};
+
+struct Shortcut {
+  std::string target, working_folder;  // full paths; "" when the shortcut names none
+};
+
+// Reads shortcuts one after another, for one search.
+class ShortcutReader {
+ public:
+  virtual ~ShortcutReader() = default;
+
+  // Both texts are "" for what cannot be opened or is no shortcut. Nothing when only a running
+  // Windows could tell where it leads. Never throws Error.
+  virtual std::optional<Shortcut> Read(std::string_view path) = 0;
+
+  // Whether nothing is at `path`, a link followed; false where this machine cannot know, such as
+  // for a drive that a volume does not map.
+  virtual bool IsGone(std::string_view path) = 0;
 };
 
 // What the Windows shell does for one user.
@@ -30,6 +51,9 @@ class Shell {
 
   // Empties the clipboard of all formats. Throws Error (NotAvailable for a volume).
   virtual void EmptyClipboard() = 0;
+
+  // Must not outlive the shell. Throws Error when shortcuts cannot be read here.
+  virtual std::unique_ptr<ShortcutReader> OpenShortcuts() = 0;
 };
 
 }  // namespace quellix

@@ -36,6 +36,8 @@ class System {
   virtual bool IsServiceRunning(std::string_view name) = 0;
   virtual std::vector<Drive> Drives() = 0;  // by letter
   virtual LocalTime Now() = 0;
+  // A FILETIME in the user's time zone, by the rules of its own day.
+  virtual LocalTime ToLocalTime(int64_t filetime) = 0;
   virtual Locale UserLocale() = 0;
   // Bytes in the system's ANSI code page, as UTF-8. Bytes without a meaning become U+FFFD.
   virtual std::string FromAnsi(std::string_view bytes) = 0;

@@ -35,8 +35,16 @@ class SubFolders {
 
 class Scan {
  public:
-  Scan(CleaningContext& context, std::string_view folder, std::string_view mask)
-      : context_(context), folder_(folder), mask_(mask), every_name_(mask == "*.*") {}
+  // Without rules every file is collected.
+  Scan(CleaningContext& context, std::string_view folder, std::string_view mask,
+       const ScanRules* rules)
+      : context_(context),
+        folder_(folder),
+        mask_(mask),
+        every_name_(mask == "*.*"),
+        rules_(rules),
+        detail_(rules != nullptr && rules->test != nullptr ? rules->test->Needs() : Detail::kKind) {
+  }
 
   // Scans folder_, which is the same again afterwards.
   void ScanHere() {
@@ -45,8 +53,8 @@ class Scan {
     const size_t length = folder_.size();
     for (size_t i = 0; i < folders.size() && !Stopped(); ++i) {
       folder_.append(folders.Name(i)) += '\\';
-      context_.state.PendingFolders.Append(folder_);
-      if (!folders.IsLink(i)) {
+      if (rules_ == nullptr) context_.state.PendingFolders.Append(folder_);
+      if (!folders.IsLink(i) && !IsIgnoredHere()) {
         context_.view.SetStatus(status_.assign("Scanning system... ").append(folder_));
         ScanHere();
       }
@@ -58,16 +66,29 @@ class Scan {
   // One enumeration serves files and sub-folders.
   SubFolders CollectHere() {
     SubFolders folders;
-    context_.machine.files.Enumerate(folder_, Detail::kKind, [&](const Entry& entry) {
+    context_.machine.files.Enumerate(folder_, detail_, [&](const Entry& entry) {
       if (entry.info.is_folder) {
         folders.Add(entry);
       } else if (every_name_ || MatchesMask(entry.name, mask_)) {
-        context_.state.PendingFiles.Append(folder_, entry.name);
+        Take(entry);
       }
       context_.view.Yield();
       return !context_.state.AbortRequested;
     });
     return folders;
+  }
+
+  void Take(const Entry& entry) {
+    if (rules_ != nullptr) {
+      upper_name_ = UpCase(entry.name);
+      if (rules_->ignore.Ignores(upper_name_)) return;
+      if (rules_->test != nullptr) return rules_->test->Test(folder_, entry, upper_name_);
+    }
+    context_.state.PendingFiles.Append(folder_, entry.name);
+  }
+
+  bool IsIgnoredHere() const {
+    return rules_ != nullptr && rules_->ignore.IsIgnoredFolder(folder_);
   }
 
   bool Stopped() {
@@ -82,6 +103,9 @@ class Scan {
   std::string mask_;
   std::string status_;
   bool every_name_;
+  const ScanRules* rules_;
+  Detail detail_;
+  std::string upper_name_;
 };
 
 }  // namespace
@@ -94,7 +118,13 @@ void ClearPending(RunState& state) {
 void ScanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
                 ScanMode) {
   context.machine.files.Anchor(folder);
-  Scan(context, folder, mask).ScanHere();
+  Scan(context, folder, mask, nullptr).ScanHere();
+}
+
+void ScanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
+                const ScanRules& rules) {
+  context.machine.files.Anchor(folder);
+  Scan(context, folder, mask, &rules).ScanHere();
 }
 
 }  // namespace quellix

@@ -37,10 +37,10 @@ FileInfo MakeInfo(const Located& entry, AttributeSupport& support, Detail detail
   info.is_link = S_ISLNK(entry.status.st_mode);
   info.is_folder = S_ISDIR(entry.status.st_mode) || (info.is_link && LeadsToFolder(entry, support));
   if (S_ISREG(entry.status.st_mode)) info.size = static_cast<uint64_t>(entry.status.st_size);
-  if (detail == Detail::kKind) return info;
+  info.last_write = ToFileTime(entry.status.st_mtim);
+  if (detail != Detail::kFull) return info;
   info.attributes = ReadAttributes(entry, support);
   if (info.is_folder) info.attributes |= kFolderAttribute;
-  info.last_write = ToFileTime(entry.status.st_mtim);
   return info;
 }
 

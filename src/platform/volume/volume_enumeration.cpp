@@ -29,7 +29,7 @@ class Enumeration {
     const auto is_plain = [](const char*, unsigned char type) {
       return type != DT_LNK && type != DT_UNKNOWN;
     };
-    return detail_ == Detail::kFull || !reader_.VisitPiece(is_plain);
+    return detail_ != Detail::kKind || !reader_.VisitPiece(is_plain);
   }
 
   bool VisitPiece() {

@@ -43,6 +43,13 @@ std::optional<Located> VolumeFileSystem::Find(std::string_view path) {
   return parts ? parts->drive->Locate(parts->folder, parts->name) : std::nullopt;
 }
 
+bool VolumeFileSystem::IsGone(std::string_view path) {
+  const bool is_known = path.size() < 2 || (path[1] == ':' && path.find('/') == path.npos &&
+                                            path.find_first_of("~%") == path.npos);
+  if (!is_known || path.starts_with('\\') || (path.size() > 1 && !Parse(path))) return false;
+  return !Find(path) && (errno == ENOENT || errno == ENOTDIR);
+}
+
 Located VolumeFileSystem::Need(std::string_view path) {
   std::optional<Located> entry = Find(path);
   if (!entry) ThrowErrno(errno, path);

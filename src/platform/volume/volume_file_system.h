@@ -45,6 +45,10 @@ class VolumeFileSystem : public FileSystem {
   // The mapped letters in order, without the settings drive.
   std::string Letters() const;
 
+  // Whether nothing is at a path; false where only the running Windows knows: other drives, the
+  // network, what stands behind a link, variables and short names.
+  bool IsGone(std::string_view path);
+
   // Beyond the port, for the machine's own use; all throw Error.
 
   // An open file, not through a link; none when it is missing.

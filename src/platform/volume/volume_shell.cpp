@@ -7,6 +7,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/volume/volume_shortcuts.h"
 
 namespace quellix {
 namespace {
@@ -222,5 +223,7 @@ void VolumeShell::ClearAddressHistory() {
 void VolumeShell::EmptyClipboard() {
   throw NotAvailable("The clipboard belongs to a running Windows.");
 }
+
+std::unique_ptr<ShortcutReader> VolumeShell::OpenShortcuts() { return OpenVolumeShortcuts(files_); }
 
 }  // namespace quellix

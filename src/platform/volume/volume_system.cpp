@@ -61,6 +61,13 @@ std::string Convert(iconv_t converter, std::string_view bytes) {
   return result;
 }
 
+LocalTime ToLocal(std::time_t time) {
+  std::tm local = {};
+  localtime_r(&time, &local);
+  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+          local.tm_hour,        local.tm_min,     local.tm_sec};
+}
+
 }  // namespace
 
 std::string VolumeSystem::LocalFolder(std::string_view now, std::string_view before_vista) {
@@ -159,12 +166,11 @@ std::vector<Drive> VolumeSystem::Drives() {
   return drives;
 }
 
-LocalTime VolumeSystem::Now() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local = {};
-  localtime_r(&now, &local);
-  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-          local.tm_hour,        local.tm_min,     local.tm_sec};
+LocalTime VolumeSystem::Now() { return ToLocal(std::time(nullptr)); }
+
+LocalTime VolumeSystem::ToLocalTime(int64_t filetime) {
+  constexpr int64_t kSecondsTo1970 = 11644473600;
+  return ToLocal(filetime / 10'000'000 - kSecondsTo1970);
 }
 
 Locale VolumeSystem::UserLocale() {

@@ -12,6 +12,7 @@
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_path.h"
+#include "platform/win32/win32_shortcuts.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
@@ -132,6 +133,11 @@ void Win32Shell::EmptyClipboard() {
   const DWORD code = GetLastError();
   CloseClipboard();
   if (!emptied) throw WindowsError(code, "empty", "the clipboard");
+}
+
+std::unique_ptr<ShortcutReader> Win32Shell::OpenShortcuts() {
+  StartCom();
+  return OpenWin32Shortcuts();
 }
 
 }  // namespace quellix

@@ -17,6 +17,7 @@ class Win32Shell : public Shell {
   void EmptyRecycleBin() override;
   void ClearAddressHistory() override;
   void EmptyClipboard() override;
+  std::unique_ptr<ShortcutReader> OpenShortcuts() override;
 
  private:
   void StartCom();

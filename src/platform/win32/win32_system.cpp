@@ -44,6 +44,10 @@ DriveType ToDriveType(UINT type) {
   }
 }
 
+LocalTime ToLocal(const SYSTEMTIME& time) {
+  return {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond};
+}
+
 }  // namespace
 
 std::string Win32System::WindowsFolder() {
@@ -104,7 +108,17 @@ std::vector<Drive> Win32System::Drives() {
 LocalTime Win32System::Now() {
   SYSTEMTIME now;
   GetLocalTime(&now);
-  return {now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond};
+  return ToLocal(now);
+}
+
+LocalTime Win32System::ToLocalTime(int64_t filetime) {
+  FILETIME time;
+  time.dwHighDateTime = static_cast<DWORD>(filetime >> 32);
+  time.dwLowDateTime = static_cast<DWORD>(filetime);
+  SYSTEMTIME universal, local;
+  if (!FileTimeToSystemTime(&time, &universal)) return {};
+  if (!SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local)) return ToLocal(universal);
+  return ToLocal(local);
 }
 
 Locale Win32System::UserLocale() {

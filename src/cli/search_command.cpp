@@ -1,0 +1,100 @@
+#include "cli/search_command.h"
+
+#include <iostream>
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "cli/console_view.h"
+#include "engine.h"
+
+namespace quellix {
+namespace {
+
+const std::map<std::string, JunkKind> kKinds = {{"empty", JunkKind::kEmptyFiles},
+                                                {"shortcuts", JunkKind::kDeadShortcuts},
+                                                {"unnecessary", JunkKind::kUnnecessaryFiles}};
+
+struct Find {
+  ResultRow row;
+  bool removed = false;
+};
+
+// A line a find, its columns with tabs between; the finds are kept.
+class Finds : public ResultSink {
+ public:
+  explicit Finds(bool print) : print_(print) {}
+
+  void Add(ResultRow row) override {
+    if (print_) {
+      std::cout << row.path << row.name << '\t' << row.bytes << '\t' << row.date_time << '\t'
+                << row.attributes << '\t' << row.file_type << '\t' << row.category << '\n';
+    }
+    all.push_back({std::move(row)});
+  }
+
+  std::vector<Find> all;
+
+ private:
+  bool print_;
+};
+
+// The number of those that stay.
+size_t RemoveAll(Engine& engine, ConsoleView& view, std::vector<Find>& finds) {
+  size_t stayed = 0;
+  for (Find& find : finds) {
+    view.Yield();
+    find.removed = !engine.state().AbortRequested && engine.RemoveFound(find.row);
+    if (!find.removed) {
+      ++stayed;
+      std::cerr << "not deleted: " << find.row.path << find.row.name << '\n';
+    }
+  }
+  return stayed;
+}
+
+void PrintJson(const std::vector<Find>& finds) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const auto& [row, removed] : finds) {
+    list.push_back({{"name", row.name},
+                    {"bytes", row.bytes},
+                    {"dateTime", row.date_time},
+                    {"attributes", row.attributes},
+                    {"path", row.path},
+                    {"fileType", row.file_type},
+                    {"category", row.category},
+                    {"deleted", removed}});
+  }
+  // Names that are no text keep the rest readable.
+  std::cout << list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
+}  // namespace
+
+std::vector<std::string> SearchKinds() {
+  std::vector<std::string> names;
+  for (const auto& [name, kind] : kKinds) names.push_back(name);
+  return names;
+}
+
+int RunSearch(const SearchCommand& command, const ConsolePlatform& platform) {
+  const std::unique_ptr<OpenMachine> opened = platform.open(command.machine);
+  ConsoleView view;
+  Engine engine(opened->machine(), view);
+  view.OnStop([&engine] { engine.StopCleaning(); });
+  std::cerr << engine.Load();
+  Finds finds(!command.json);
+  engine.FindJunk(kKinds.at(command.kind), finds);
+  size_t stayed = 0;
+  if (command.remove && !engine.state().AbortRequested) {
+    stayed = RemoveAll(engine, view, finds.all);
+  }
+  if (command.json) PrintJson(finds.all);
+  std::cout << std::flush;
+  if (engine.state().AbortRequested) {
+    std::cerr << view.status() << std::endl;
+    return kFailed;
+  }
+  return stayed == 0 ? kDone : kSomeFilesStayed;
+}
+
+}  // namespace quellix

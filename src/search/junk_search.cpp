@@ -1,0 +1,219 @@
+#include "search/junk_search.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "app/list_files.h"
+#include "platform/error.h"
+#include "platform/text.h"
+#include "search/drive_list.h"
+#include "search/drive_scan.h"
+#include "search/search_options.h"
+#include "search/wildcard.h"
+
+namespace quellix {
+namespace {
+
+// What the three tests share: filters, and making the row.
+class JunkTest : public FileTest {
+ public:
+  JunkTest(CleaningContext& context, const SearchOptions& options, JunkKind kind, ResultSink& sink)
+      : machine_(context.machine), options_(options), kind_(kind), sink_(sink) {
+    if (kind == JunkKind::kDeadShortcuts || options.date == 0) return;
+    if (!options.first_date || !options.second_date) {
+      throw Error(Error::Kind::kOther,
+                  "The dates of the search options cannot be read, so nothing was searched.");
+    }
+    first_day_ = DayNumber(*options.first_date);
+    second_day_ = DayNumber(*options.second_date);
+  }
+
+ protected:
+  // The first date's own day is left out, the second's is kept, as users' searches always were.
+  bool PassesDate(const FileInfo& info) const {
+    if (options_.date == 0) return true;
+    const int64_t day = DayNumber(machine_.system.ToLocalTime(info.last_write));
+    return day - first_day_ > 0 && day - second_day_ <= 0;
+  }
+
+  bool PassesAttributes(uint32_t attributes) const {
+    return !(((attributes & kReadOnly) != 0 && options_.read_only != 0) ||
+             ((attributes & kHidden) != 0 && options_.hidden != 0) ||
+             ((attributes & kSystem) != 0 && options_.system != 0));
+  }
+
+  bool Passes(const FileInfo& info) const {
+    return PassesDate(info) && PassesAttributes(info.attributes);
+  }
+
+  // The whole truth about an entry; nothing when it has vanished meanwhile.
+  std::optional<FileInfo> LookAt(std::string_view folder, const Entry& entry) const {
+    return machine_.files.Look(std::string(folder) + std::string(entry.name));
+  }
+
+  void AddRow(std::string_view folder, const Entry& entry, std::string_view upper_name,
+              const FileInfo& info) {
+    const size_t dot = upper_name.rfind('.');
+    sink_.Add({.name = std::string(entry.name),
+               .bytes = info.size,
+               .date_time = FormatFileTime(machine_.system, info.last_write),
+               .attributes = AttributeLetters(info.attributes),
+               .path = std::string(folder),
+               .file_type = std::string(dot == upper_name.npos ? std::string_view()
+                                                               : upper_name.substr(dot + 1)),
+               .category = CategoryText(kind_)});
+  }
+
+  const SearchOptions& options() const { return options_; }
+
+ private:
+  const Machine& machine_;
+  const SearchOptions& options_;
+  JunkKind kind_;
+  ResultSink& sink_;
+  int64_t first_day_ = 0, second_day_ = 0;
+};
+
+// The ticked patterns of UNFI.txt: fields behind each other with a \x01 between, "1" for ticked,
+// the pattern, its description.
+std::vector<Wildcard> LoadPatterns(const Machine& machine) {
+  std::vector<Wildcard> patterns;
+  for (const std::string& line : ReadListFile(machine, "UNFI.txt", "DefUNFI.txt")) {
+    const std::vector<std::string> fields = Split(line, '\x01');
+    if (fields.size() > 1 && fields[0] == "1") patterns.emplace_back(UpCase(fields[1]));
+  }
+  return patterns;
+}
+
+class UnnecessaryFileTest : public JunkTest {
+ public:
+  UnnecessaryFileTest(CleaningContext& context, const SearchOptions& options, ResultSink& sink)
+      : JunkTest(context, options, JunkKind::kUnnecessaryFiles, sink),
+        patterns_(LoadPatterns(context.machine)) {}
+
+  Detail Needs() const override { return Detail::kKind; }
+
+  // Names first: most files fail there, and asking for the rest is slow.
+  void Test(std::string_view folder, const Entry& entry, std::string_view upper_name) override {
+    if (!FitsAny(upper_name)) return;
+    const std::optional<FileInfo> info = LookAt(folder, entry);
+    if (info && Passes(*info)) AddRow(folder, entry, upper_name, *info);
+  }
+
+ private:
+  bool FitsAny(std::string_view upper_name) {
+    wide_name_.assign(upper_name.begin(), upper_name.end());
+    const bool is_ascii = std::ranges::none_of(upper_name, [](char c) { return (c & 0x80) != 0; });
+    if (!is_ascii) wide_name_ = ToUtf16(upper_name);
+    return std::ranges::any_of(patterns_,
+                               [this](const Wildcard& each) { return each.Matches(wide_name_); });
+  }
+
+  std::vector<Wildcard> patterns_;
+  std::u16string wide_name_;
+};
+
+class EmptyFileTest : public JunkTest {
+ public:
+  EmptyFileTest(CleaningContext& context, const SearchOptions& options, ResultSink& sink)
+      : JunkTest(context, options, JunkKind::kEmptyFiles, sink) {}
+
+  Detail Needs() const override { return Detail::kSize; }
+
+  // Only the low half of the size counts, as ever: a file of exactly 4 GiB is found as well. A
+  // link's size says nothing about the file it leads to.
+  void Test(std::string_view folder, const Entry& entry, std::string_view upper_name) override {
+    if (static_cast<uint32_t>(entry.info.size) != 0 || entry.info.is_link) return;
+    const std::optional<FileInfo> info = LookAt(folder, entry);
+    if (info && Passes(*info)) AddRow(folder, entry, upper_name, *info);
+  }
+};
+
+class DeadShortcutTest : public JunkTest {
+ public:
+  DeadShortcutTest(CleaningContext& context, const SearchOptions& options, ResultSink& sink)
+      : JunkTest(context, options, JunkKind::kDeadShortcuts, sink),
+        reader_(context.machine.shell.OpenShortcuts()) {}
+
+  Detail Needs() const override { return Detail::kKind; }
+
+  void Test(std::string_view folder, const Entry& entry, std::string_view upper_name) override {
+    if (!IsDead(std::string(folder) + std::string(entry.name))) return;
+    if (const auto info = LookAt(folder, entry)) AddRow(folder, entry, upper_name, *info);
+  }
+
+ private:
+  bool IsDead(const std::string& path) {
+    const std::optional<Shortcut> shortcut = reader_->Read(path);
+    if (!shortcut) return false;
+    const auto& [target, working_folder] = *shortcut;
+    if (options().path_reference == 1 && working_folder.empty()) return false;
+    if (options().file_reference == 1 && target.empty()) return false;
+    if (target != working_folder &&
+        (EqualsNoCase(target, "A:\\") || EqualsNoCase(target, "B:\\"))) {
+      return false;
+    }
+    return reader_->IsGone(target);
+  }
+
+  std::unique_ptr<ShortcutReader> reader_;
+};
+
+std::unique_ptr<FileTest> MakeTest(CleaningContext& context, const SearchOptions& options,
+                                   JunkKind kind, ResultSink& sink) {
+  switch (kind) {
+    case JunkKind::kUnnecessaryFiles:
+      return std::make_unique<UnnecessaryFileTest>(context, options, sink);
+    case JunkKind::kEmptyFiles:
+      return std::make_unique<EmptyFileTest>(context, options, sink);
+    case JunkKind::kDeadShortcuts:
+      break;
+  }
+  return std::make_unique<DeadShortcutTest>(context, options, sink);
+}
+
+std::vector<std::string> RootsToSearch(System& system, const SearchOptions& options) {
+  if (!options.drives) return {WindowsDriveRoot(system)};
+  return ParseDriveLine(*options.drives);
+}
+
+}  // namespace
+
+std::string_view CategoryText(JunkKind kind) {
+  switch (kind) {
+    case JunkKind::kUnnecessaryFiles:
+      return "Unnecessary Files";
+    case JunkKind::kEmptyFiles:
+      return "Empty Files";
+    case JunkKind::kDeadShortcuts:
+      break;
+  }
+  return "Dead Shortcuts";
+}
+
+void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
+  const SearchOptions options = LoadSearchOptions(context.machine);
+  const IgnoreLists ignore = LoadIgnoreLists(context.machine);
+  const std::unique_ptr<FileTest> test = MakeTest(context, options, kind, sink);
+  const char* const mask = kind == JunkKind::kDeadShortcuts ? "*.lnk" : "*.*";
+  for (const std::string& root : RootsToSearch(context.machine.system, options)) {
+    context.view.Yield();
+    context.view.Yield();
+    if (context.state.AbortRequested) break;
+    ClearPending(context.state);
+    ScanFolder(context, root, mask, ScanRules{ignore, test.get()});
+  }
+  if (context.state.AbortRequested) context.view.SetStatus("Aborted by user");
+}
+
+std::string AttributeLetters(uint32_t attributes) {
+  std::string letters;
+  if (attributes & kReadOnly) letters += 'R';
+  if (attributes & kArchive) letters += 'A';
+  if (attributes & kSystem) letters += 'S';
+  if (attributes & kHidden) letters += 'H';
+  return letters;
+}
+
+}  // namespace quellix
