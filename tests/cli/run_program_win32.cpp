@@ -9,7 +9,11 @@ std::string ShellCommand(const std::string& command) { return "\"" + command + "
 
 int ExitCodeOf(int status) { return status; }
 
-std::string OutputFile() { return "C:\\QxOutput.txt"; }
+// Another one each time: what Windows starts in the background may keep the last one open.
+std::string OutputFile() {
+  static int number = 0;
+  return "C:\\QxOutput" + std::to_string(++number) + ".txt";
+}
 
 std::vector<std::string> MachineArguments(TestMachine& machine) {
   return {"--settings", machine.machine().program_folder};
