@@ -40,6 +40,8 @@ if(NOT WIN32)
 endif()
 
 # Archives need zlib. Natively there is no engine without it, only its portable parts.
+# Statically on Windows, where no zlib stands ready.
+set(ZLIB_USE_STATIC_LIBS ${WIN32})
 find_package(ZLIB)
 if(NOT ZLIB_FOUND)
   set(QUELLIX_MACHINE OFF)
