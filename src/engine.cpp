@@ -33,9 +33,13 @@ std::string Engine::Load() {
   } catch (const Error& error) {
     problems += std::string("The ticked items could not be read. ") + error.what() + "\n";
   }
+  ApplyGeneralSettings();
+  return problems;
+}
+
+void Engine::ApplyGeneralSettings() {
   general_ = settings_.LoadGeneralSettings();
   selection_.ApplyProtection(general_);
-  return problems;
 }
 
 void Engine::RunCleaning() { quellix::RunCleaning(context_, selection_); }

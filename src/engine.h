@@ -22,6 +22,8 @@ class Engine {
   // Reads settings and check states. A file that cannot be read leaves its defaults; the sentences
   // that say so are returned, a line each, "" when all is well.
   std::string Load();
+  // Reads the general settings and puts them to use.
+  void ApplyGeneralSettings();
   // Stores the check states. Throws Error.
   void Save() const { selection_.SaveCheckStates(machine_); }
 

@@ -27,6 +27,7 @@ class VolumeRegistry : public Registry {
 
   std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
                                     RegistryAccess access) override;
+  std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override;
 
   // Beyond the port. Makes a key and those above it. Throws Error.
   void CreateKey(RegistryRoot root, std::string_view path);
