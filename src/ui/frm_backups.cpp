@@ -17,7 +17,7 @@ constexpr Column kOfArchives[kArchiveColumns] = {{L"Drive", 130},
                                                  {L"State", 150}};
 constexpr Column kOfEntries[kEntryColumns] = {{L"Path", 200},
                                               {L"Size (bytes)", 90, true},
-                                              {L"Date (UTC)", 145},
+                                              {L"Date", 145},
                                               {L"Attributes", 75},
                                               {L"State", 80}};
 

@@ -4,7 +4,8 @@
 #include <map>
 
 #include "app/removal.h"
-#include "backup/c_un_zip.h"
+#include "backup/backups.h"
+#include "backup/zip_repair.h"
 #include "platform/path.h"
 #include "search/drive_scan.h"
 #include "support/run_fixture.h"
@@ -57,6 +58,19 @@ class BackupFixture : public RunFixture {
     });
     return content;
   }
+  // What opening an archive of the backup folder repaired.
+  std::optional<Repair> RepairOf(std::string_view archive) {
+    std::optional<Repair> repair;
+    OpenZip(ports.files, safe + std::string(archive), repair);
+    return repair;
+  }
+  BackupInfo Describe(std::string_view archive) {
+    for (const BackupInfo& info : backups.List()) {
+      if (info.name == archive) return info;
+    }
+    ADD_FAILURE() << archive << " is not listed";
+    return {};
+  }
   static std::string Stored(std::string path) {
     std::replace(path.begin(), path.end(), '\\', '/');
     return path.substr(3);
@@ -67,7 +81,7 @@ class BackupFixture : public RunFixture {
 
   RunState& state;
   std::string safe, tree;
-  cUnZip backups;
+  Backups backups;
 };
 
 }  // namespace quellix
