@@ -37,9 +37,6 @@ constexpr Anchor kAnchors[] = {
 constexpr int kFooterControls[] = {lblStatus, lblCleanCaption, lblCleanDate,
                                    pgClean,   cmdClean,        cmdStop};
 
-constexpr wchar_t kNotYet[] = L"Not available in this version yet.";
-constexpr wchar_t kProtected[] = L"Switched off for safety. Enable it in the Options.";
-
 int BoxOf(const Item& item) { return chkRecycleBin - 1 + item.run_order; }
 
 const Item* ItemOf(int box) {
@@ -66,6 +63,10 @@ void FrmMain::OnInit() {
   FillBoxes();
   RefreshBoxes();
   ShowTip();
+  windows_.on_options = [this] {
+    EnableBoxes();
+    ShowTip();
+  };
   display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
   display_.Flush();
 }
@@ -83,11 +84,15 @@ void FrmMain::AddAnchors() {
 void FrmMain::FillBoxes() {
   tips_.Attach(window());
   for (const GroupPlace& place : kGroups) MakeGroupHeading(Control(place.heading));
+  for (const Item& item : AllItems()) SetText(BoxOf(item), item.Label());
+  EnableBoxes();
+}
+
+void FrmMain::EnableBoxes() {
   for (const Item& item : AllItems()) {
-    SetText(BoxOf(item), item.Label());
-    const bool enabled = engine_.selection().IsEnabled(item);
-    EnableWindow(Control(BoxOf(item)), enabled);
-    if (!enabled) tips_.Add(Control(BoxOf(item)), item.cleaner ? kProtected : kNotYet);
+    const std::string_view why = engine_.selection().WhyDisabled(item);
+    EnableWindow(Control(BoxOf(item)), why.empty());
+    tips_.Set(Control(BoxOf(item)), Wide(why));
   }
 }
 

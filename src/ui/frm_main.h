@@ -42,6 +42,7 @@ class FrmMain : public Dialog {
  private:
   void AddAnchors();
   void FillBoxes();
+  void EnableBoxes();
   void ShowTip();
   void RefreshBoxes();
   bool Toggle(int id);
