@@ -93,11 +93,6 @@ int Fail(std::string_view sentence, ExitCode code) {
   return code;
 }
 
-int ExitCodeOf(const RunState& state) {
-  if (state.AbortRequested || state.SomeErrors) return kFailed;
-  return state.SomeFilesLocked ? kSomeFilesStayed : kDone;
-}
-
 void AddMachineOptions(CLI::App& command, MachineOptions& options,
                        const ConsolePlatform& platform) {
   command.add_option("--settings", options.settings, "Folder of Settings.ini and the lists")

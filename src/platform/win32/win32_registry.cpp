@@ -152,4 +152,15 @@ std::unique_ptr<RegistryKey> Win32Registry::Open(RegistryRoot root, std::string_
   return OpenBelow(Predefined(root), path, Rights(access));
 }
 
+void Win32Registry::CreateKey(RegistryRoot root, std::string_view path) {
+  const std::string_view plain = WithoutBackslash(path);
+  UniqueKey key;
+  const LSTATUS status = RegCreateKeyExW(Predefined(root), Wide(plain).c_str(), 0, nullptr, 0,
+                                         KEY_READ, nullptr, key.Put(), nullptr);
+  if (status != ERROR_SUCCESS) {
+    throw WindowsError(static_cast<DWORD>(status), "make",
+                       "the registry key " + std::string(plain));
+  }
+}
+
 }  // namespace quellix
