@@ -165,14 +165,14 @@ void FrmMain::OnCommand(int id, int code) {
     case cmdClean:
     case mnuClean:
       return Run([this] { engine_.RunCleaning(); });
-    case mnuBackups:
-      return backups_.Show(window());
     case cmdNextTip:
       return ShowTip();
     case mnuExit:
       return Exit();
     case mnuAbout:
       return ShowAbout();
+    default:
+      windows_.Open(id, window());
   }
 }
 

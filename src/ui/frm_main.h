@@ -7,8 +7,8 @@
 #include "app/tips.h"
 #include "engine.h"
 #include "ui/dialog.h"
-#include "ui/frm_backups.h"
 #include "ui/frm_log.h"
+#include "ui/menu_windows.h"
 #include "ui/run_display.h"
 #include "ui/tool_tips.h"
 
@@ -23,7 +23,7 @@ class FrmMain : public Dialog {
         display_(display),
         machine_(machine),
         log_(machine.files),
-        backups_(machine),
+        windows_(engine, machine),
         tips_(machine) {}
 
   // Loads the engine and starts as `mode` says: shows the window, with a message when something
@@ -66,7 +66,7 @@ class FrmMain : public Dialog {
   RunDisplay& display_;
   Machine machine_;
   FrmLog log_;
-  FrmBackups backups_;
+  MenuWindows windows_;
   ToolTips tool_tips_;
   Tips tips_;
   UniqueIcon picture_;  // beside the current item
