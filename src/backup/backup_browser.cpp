@@ -4,7 +4,6 @@
 #include <tuple>
 
 #include "app/settings.h"
-#include "backup/backup_names.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -32,63 +31,33 @@ void SortRows(std::vector<Row>& rows, bool descending, Key key) {
 
 std::string StateOf(const BackupInfo& info) {
   if (!info.problem.empty()) return "Cannot be read";
-  return info.repair ? "Repaired" : "Whole";
+  return !info.repaired.empty() ? "Repaired" : "Whole";
 }
 
 std::string StateOf(const BackupEntry& entry) { return entry.refusal.empty() ? "" : "Refused"; }
-
-std::string Letters(uint32_t attributes) {
-  static constexpr std::pair<uint32_t, char> kLetters[] = {
-      {kReadOnly, 'R'}, {kHidden, 'H'}, {kSystem, 'S'}, {kArchive, 'A'}};
-  std::string letters;
-  for (const auto& [bit, letter] : kLetters) {
-    if (attributes & bit) letters += letter;
-  }
-  return letters;
-}
 
 auto DateKey(const LocalTime& d) {
   return std::tuple(d.year, d.month, d.day, d.hour, d.minute, d.second);
 }
 
-std::string Files(const std::string& number) {
-  return number + (number == "1" ? " file" : " files");
-}
-
-std::string FolderOf(const Machine& machine) {
-  RunState state;
-  Settings(machine).LoadDeletionSettings(state);
-  return state.BackupFolder;
-}
-
-OverwriteMode ModeOf(const Machine& machine) {
-  return ParseOverwriteMode(Settings(machine).ReadIniValue("Backup", "Overwrite", "Ask"))
-      .value_or(OverwriteMode::kAsk);
+// "3 files", "1 registry key".
+std::string Counted(const std::string& number, BackupKind kind) {
+  const char* const what = kind == BackupKind::kRegistry ? " registry key" : " file";
+  return number + what + (number == "1" ? "" : "s");
 }
 
 }  // namespace
 
-std::string_view OverwriteWord(OverwriteMode mode) {
-  switch (mode) {
-    case OverwriteMode::kAlways:
-      return "Always";
-    case OverwriteMode::kNewer:
-      return "Newer";
-    case OverwriteMode::kNever:
-      return "Never";
-    case OverwriteMode::kAsk:
-      break;
-  }
-  return "Ask";
-}
-
 BackupBrowser::BackupBrowser(const Machine& machine)
     : machine_(machine),
       locale_(machine.system.UserLocale()),
-      folder_(FolderOf(machine)),
-      backups_(machine, folder_),
-      mode_(ModeOf(machine)) {
+      backups_(machine),
+      mode_(StoredOverwriteMode(machine)) {
   Refresh();
+}
+
+std::string BackupBrowser::DateText(int64_t filetime) const {
+  return filetime == 0 ? "" : FormatDateTime(machine_.system.ToLocalTime(filetime), locale_);
 }
 
 std::string BackupBrowser::Number(uint64_t number) const {
@@ -100,14 +69,15 @@ void BackupBrowser::Refresh() {
   chosen_ = 0;
   outcome_.clear();
   try {
-    archives_ = backups_.ListArchives();
+    archives_ = backups_.List();
   } catch (const Error& error) {
     outcome_ = error.what();
   }
   OrderArchives();
-  if (archives_.empty() && outcome_.empty()) outcome_ = "There are no backups in " + folder_ + ".";
+  if (archives_.empty() && outcome_.empty())
+    outcome_ = "There are no backups in " + backups_.folder() + ".";
   for (const BackupInfo& info : archives_) {
-    if (info.repair) outcome_ += info.name + ": " + info.repair->Note() + "\n";
+    if (!info.repaired.empty()) outcome_ += info.name + ": " + info.repaired + "\n";
     if (!info.problem.empty()) outcome_ += info.name + " cannot be read: " + info.problem + "\n";
   }
   LoadEntries();
@@ -145,12 +115,14 @@ void BackupBrowser::AppendLines(const std::vector<std::string>& lines) {
   const size_t shown = std::min(lines.size(), kMostLines);
   for (size_t i = 0; i < shown; ++i) outcome_ += lines[i] + "\n";
   if (const size_t more = lines.size() - shown) {
-    outcome_ += "The same goes for " + Files(Number(more)) + " more.\n";
+    outcome_ += "The same goes for " + Number(more) + " more.\n";
   }
 }
 
 std::string BackupBrowser::EntriesTitle() const {
-  return Chosen() ? "Files in " + Chosen()->name + ":" : "Files in the archive:";
+  if (!Chosen()) return "Files in the archive:";
+  const bool registry = Chosen()->kind == BackupKind::kRegistry;
+  return (registry ? "Registry keys in " : "Files in ") + Chosen()->name + ":";
 }
 
 std::string BackupBrowser::ArchiveText(size_t row, ArchiveColumn column) const {
@@ -178,9 +150,9 @@ std::string BackupBrowser::EntryText(size_t row, EntryColumn column) const {
     case EntryColumn::kSize:
       return Number(entry.size);
     case EntryColumn::kDate:
-      return entry.last_write == 0 ? "" : FormatDateTime(ToLocalTime(entry.last_write), locale_);
+      return DateText(entry.last_write);
     case EntryColumn::kAttributes:
-      return Letters(entry.attributes);
+      return AttributeLetters(entry.attributes, "");
     case EntryColumn::kState:
       return StateOf(entry);
   }
@@ -226,7 +198,7 @@ void BackupBrowser::OrderEntries() {
     case EntryColumn::kDate:
       return sort([](const BackupEntry& entry) { return entry.last_write; });
     case EntryColumn::kAttributes:
-      return sort([](const BackupEntry& entry) { return Letters(entry.attributes); });
+      return sort([](const BackupEntry& entry) { return AttributeLetters(entry.attributes, ""); });
     case EntryColumn::kState:
       return sort([](const BackupEntry& entry) { return StateOf(entry); });
   }
@@ -234,7 +206,8 @@ void BackupBrowser::OrderEntries() {
 
 BackupBrowser::Commands BackupBrowser::Available(size_t selected) const {
   const bool any = !entries_.empty();
-  return {selected == 1, any && selected > 0, any, any, Chosen() != nullptr};
+  const bool files = Chosen() && Chosen()->kind == BackupKind::kFiles;
+  return {selected == 1, any && selected > 0, any, any && files, Chosen() != nullptr};
 }
 
 std::string BackupBrowser::View(size_t row) {
@@ -250,21 +223,22 @@ std::string BackupBrowser::View(size_t row) {
   }
 }
 
-void BackupBrowser::RestoreSelected(std::span<const size_t> rows, Prompts& prompts) {
+void BackupBrowser::RestoreSelected(std::span<const size_t> rows, Prompts& prompts,
+                                    const RestorePause& pause) {
   if (rows.empty()) return Say("Nothing is selected.");
-  Restore(rows, "", prompts);
+  Restore(rows, "", prompts, pause);
 }
 
-void BackupBrowser::Restore(std::span<const size_t> rows, std::string_view folder,
-                            Prompts& prompts) {
+void BackupBrowser::Restore(std::span<const size_t> rows, std::string_view folder, Prompts& prompts,
+                            const RestorePause& pause) {
   const BackupInfo* const info = Chosen();
   if (!info) return Say("There is no backup to restore from.");
-  std::vector<std::string> paths;
-  for (const size_t row : rows) paths.push_back(entries_[row].path);
+  RestoreOrder order{{}, std::string(folder), mode_};
+  for (const size_t row : rows) order.entry_paths.push_back(entries_[row].path);
   try {
-    const RestoreResult result = backups_.Restore(info->name, paths, folder, mode_, prompts);
-    outcome_ = Files(Number(result.restored)) + " restored to " +
-               std::string(folder.empty() ? info->root : folder);
+    const RestoreResult result = backups_.Restore(info->name, order, prompts, pause);
+    outcome_ = Counted(Number(result.restored), info->kind) + " restored to " +
+               (folder.empty() ? info->root : order.to);
     if (result.skipped > 0) outcome_ += ", " + Number(result.skipped) + " left as they were";
     outcome_ += result.cancelled ? "; stopped at your wish.\n" : ".\n";
     AppendLines(result.problems);

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "backup/c_un_zip.h"
+#include "backup/backups.h"
 
 namespace quellix {
 
@@ -25,9 +25,9 @@ struct SortOrder {
   }
 };
 
-// What the Backups window shows and does: the archives of the backup folder, the entries of the
-// chosen one, and commands, each of which leaves its outcome in words. No function throws; what
-// fails is said in outcome().
+// What the Backups window shows and does: the backups of the backup folder ("archives", of whatever
+// kind), the entries of the chosen one, and commands, each of which leaves its outcome in words. No
+// function throws; what fails is said in outcome().
 class BackupBrowser {
  public:
   struct Commands {
@@ -68,11 +68,15 @@ class BackupBrowser {
   // Makes a temporary copy of an entry; its path, "" when that failed.
   std::string View(size_t row);
   // Puts the entries of these rows back to where they were; no rows, no files.
-  void RestoreSelected(std::span<const size_t> rows, Prompts& prompts);
-  void RestoreAll(Prompts& prompts) { Restore({}, "", prompts); }
+  void RestoreSelected(std::span<const size_t> rows, Prompts& prompts,
+                       const RestorePause& pause = nullptr);
+  void RestoreAll(Prompts& prompts, const RestorePause& pause = nullptr) {
+    Restore({}, "", prompts, pause);
+  }
   // Puts the entries of these rows, or all when there are none, below a folder.
-  void RestoreInto(std::span<const size_t> rows, std::string_view folder, Prompts& prompts) {
-    Restore(rows, folder, prompts);
+  void RestoreInto(std::span<const size_t> rows, std::string_view folder, Prompts& prompts,
+                   const RestorePause& pause = nullptr) {
+    Restore(rows, folder, prompts, pause);
   }
   // Deletes the chosen archive.
   void DeleteArchive();
@@ -90,14 +94,15 @@ class BackupBrowser {
   void AppendLines(const std::vector<std::string>& lines);
   void OrderArchives();
   void OrderEntries();
-  void Restore(std::span<const size_t> rows, std::string_view folder, Prompts& prompts);
+  void Restore(std::span<const size_t> rows, std::string_view folder, Prompts& prompts,
+               const RestorePause& pause);
   std::string Number(uint64_t number) const;
+  std::string DateText(int64_t filetime) const;
   void RemoveViewed();
 
   Machine machine_;
   Locale locale_;
-  std::string folder_;
-  cUnZip backups_;
+  Backups backups_;
   OverwriteMode mode_;
   std::vector<BackupInfo> archives_;
   std::vector<BackupEntry> entries_;
@@ -107,8 +112,5 @@ class BackupBrowser {
   std::vector<std::string> viewed_;
   std::string outcome_;
 };
-
-// "Always" and so on, as the settings have it.
-std::string_view OverwriteWord(OverwriteMode mode);
 
 }  // namespace quellix

@@ -1,11 +1,7 @@
 #include "backup/backup_names.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <vector>
-
-#include "platform/text.h"
 
 namespace quellix {
 namespace {
@@ -30,11 +26,12 @@ std::optional<LocalTime> WithHourOf(size_t hour_digits, std::string_view time, L
 
 }  // namespace
 
-std::string BackupArchiveName(std::string_view prefix, const LocalTime& now) {
+std::string BackupArchiveName(std::string_view prefix, const LocalTime& now,
+                              std::string_view suffix) {
   char text[32];
-  std::snprintf(text, sizeof text, "%02d%02d%04d%d%02d%d.zip", now.day, now.month, now.year,
-                now.hour, now.minute, now.second);
-  return std::string(prefix) + text;
+  std::snprintf(text, sizeof text, "%02d%02d%04d%d%02d%d", now.day, now.month, now.year, now.hour,
+                now.minute, now.second);
+  return std::string(prefix).append(text).append(suffix);
 }
 
 std::optional<std::string> RootOfArchive(std::string_view name) {
@@ -47,7 +44,7 @@ std::optional<std::string> RootOfArchive(std::string_view name) {
 }
 
 std::optional<LocalTime> DateOfArchive(std::string_view name) {
-  if (name.size() < 6 || !EqualsNoCase(name.substr(name.size() - 4), ".zip")) return std::nullopt;
+  if (name.size() < 6 || name[name.size() - 4] != '.') return std::nullopt;
   const std::string_view digits = name.substr(2, name.size() - 6);
   if (digits.size() < 12 || digits.size() > 14 ||
       digits.find_first_not_of("0123456789") != std::string_view::npos) {
@@ -63,20 +60,6 @@ std::optional<LocalTime> DateOfArchive(std::string_view name) {
                                         std::chrono::day(static_cast<unsigned>(date.day)));
   if (!day.ok() || (one && two)) return std::nullopt;
   return one ? one : two;
-}
-
-LocalTime ToLocalTime(int64_t filetime) {
-  using namespace std::chrono;
-  const int64_t seconds_1601 = filetime / 10'000'000;
-  const sys_days day{days(seconds_1601 / 86400 - 134774)};
-  const year_month_day date{day};
-  const auto of_day = static_cast<int>(seconds_1601 % 86400);
-  return {static_cast<int>(date.year()),
-          static_cast<int>(unsigned{date.month()}),
-          static_cast<int>(unsigned{date.day()}),
-          of_day / 3600,
-          of_day / 60 % 60,
-          of_day % 60};
 }
 
 }  // namespace quellix

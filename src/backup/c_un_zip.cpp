@@ -1,12 +1,11 @@
 #include "backup/c_un_zip.h"
 
-#include <algorithm>
 #include <set>
-#include <tuple>
 
 #include "backup/backup_names.h"
 #include "backup/entry_path.h"
 #include "backup/restore.h"
+#include "backup/zip_repair.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -24,118 +23,100 @@ BackupEntry ToBackupEntry(const ZipEntry& entry) {
   return result;
 }
 
+// The entries that are asked for; all when none is named.
+class Wanted {
+ public:
+  explicit Wanted(const std::vector<std::string>& paths)
+      : paths_(paths.begin(), paths.end()), missing_(paths_) {}
+
+  bool Has(const std::string& path) const { return paths_.empty() || paths_.contains(path); }
+  void Found(const std::string& path) { missing_.erase(path); }
+  void AddProblems(RestoreResult& result) const {
+    if (result.cancelled) return;
+    for (const std::string& path : missing_) {
+      result.problems.push_back("\"" + path + "\" is not in the archive.");
+    }
+  }
+
+ private:
+  struct Less {
+    bool operator()(const std::string& a, const std::string& b) const {
+      return UpCase(a) < UpCase(b);
+    }
+  };
+  const std::set<std::string, Less> paths_;
+  std::set<std::string, Less> missing_;
+};
+
 }  // namespace
 
-std::optional<OverwriteMode> ParseOverwriteMode(std::string_view word) {
-  struct Row {
-    const char* word;
-    OverwriteMode mode;
-  };
-  static constexpr Row kRows[] = {{"Always", OverwriteMode::kAlways},
-                                  {"Newer", OverwriteMode::kNewer},
-                                  {"Never", OverwriteMode::kNever},
-                                  {"Ask", OverwriteMode::kAsk}};
-  for (const Row& row : kRows) {
-    if (EqualsNoCase(word, row.word)) return row.mode;
-  }
-  return std::nullopt;
-}
+bool cUnZip::Takes(std::string_view name) const { return MatchesMask(name, "*.zip"); }
 
-std::string cUnZip::PathOf(std::string_view archive) const {
-  if (archive.find_first_of("\\/:") != std::string_view::npos || archive.empty()) {
-    throw Error(Error::Kind::kMissing,
-                "\"" + std::string(archive) + "\" is no archive of the backup folder.");
-  }
-  return folder_ + std::string(archive);
-}
-
-BackupInfo cUnZip::Describe(std::string_view archive) {
-  const std::string path = PathOf(archive);
+BackupInfo cUnZip::Describe(const std::string& path) {
   BackupInfo info;
-  info.name = archive;
-  info.root = RootOfArchive(archive).value_or("");
+  info.name = NamePart(path);
+  info.root = RootOfArchive(info.name).value_or("");
   try {
-    info.entries = OpenZip(machine_.files, path, info.repair)->count();
+    std::optional<Repair> repair;
+    info.entries = OpenZip(machine_.files, path, repair)->count();
+    if (repair) info.repaired = repair->Note();
   } catch (const Error& error) {
     info.problem = error.what();
   }
   const FileInfo file = machine_.files.Look(path).value_or(FileInfo{});
   info.size = file.size;
-  info.date = DateOfArchive(archive).value_or(ToLocalTime(file.last_write));
+  const auto date = DateOfArchive(info.name);
+  info.date = date ? *date : machine_.system.ToLocalTime(file.last_write);
   return info;
 }
 
-std::vector<BackupInfo> cUnZip::ListArchives() {
-  std::vector<std::string> names;
-  machine_.files.Enumerate(WithoutBackslash(folder_), Detail::kKind, [&](const Entry& entry) {
-    if (!entry.info.is_folder && MatchesMask(entry.name, "*.zip")) names.emplace_back(entry.name);
-    return true;
-  });
-  std::vector<BackupInfo> archives;
-  for (const std::string& name : names) archives.push_back(Describe(name));
-  const auto key = [](const BackupInfo& info) {
-    const LocalTime& d = info.date;
-    return std::tuple(-d.year, -d.month, -d.day, -d.hour, -d.minute, -d.second, info.name);
-  };
-  std::sort(archives.begin(), archives.end(),
-            [&](const BackupInfo& a, const BackupInfo& b) { return key(a) < key(b); });
-  return archives;
-}
-
-std::vector<BackupEntry> cUnZip::ListEntries(std::string_view archive) {
+std::vector<BackupEntry> cUnZip::ListEntries(const std::string& path) {
   std::optional<Repair> repair;
   std::vector<BackupEntry> entries;
-  OpenZip(machine_.files, PathOf(archive), repair)->Visit([&](const ZipEntry& entry) {
+  OpenZip(machine_.files, path, repair)->Visit([&](const ZipEntry& entry) {
     if (!entry.name.ends_with('/')) entries.push_back(ToBackupEntry(entry));
     return true;
   });
   return entries;
 }
 
-std::string cUnZip::ExtractTemporary(std::string_view archive, std::string_view entry_path) {
+std::string cUnZip::ExtractTemporary(const std::string& path, std::string_view entry_path) {
   NoPrompts prompts;
-  const std::string name(archive.substr(0, archive.rfind('.')));
-  const std::string folder = machine_.system.TempFolder() + "Quellix\\" + name;
-  const RestoreResult result =
-      Restore(archive, {std::string(entry_path)}, folder, OverwriteMode::kAlways, prompts);
+  const std::string_view name = NamePart(path);
+  const std::string folder =
+      machine_.system.TempFolder() + "Quellix\\" + std::string(name.substr(0, name.rfind('.')));
+  const RestoreOrder order{{std::string(entry_path)}, folder, OverwriteMode::kAlways};
+  const RestoreResult result = Restore(path, order, prompts, nullptr);
   if (!result.problems.empty()) throw Error(Error::Kind::kOther, result.problems[0]);
   return folder + "\\" + std::string(entry_path);
 }
 
-RestoreResult cUnZip::Restore(std::string_view archive, const std::vector<std::string>& entry_paths,
-                              std::string_view to, OverwriteMode mode, Prompts& prompts) {
-  const std::string path = PathOf(archive);
-  const std::optional<std::string> root = RootOfArchive(archive);
-  if (to.empty() && !root) {
-    throw Error(Error::Kind::kOther, "The name " + std::string(archive) +
+RestoreResult cUnZip::Restore(const std::string& path, const RestoreOrder& order, Prompts& prompts,
+                              const RestorePause& pause) {
+  const std::optional<std::string> root = RootOfArchive(NamePart(path));
+  if (order.to.empty() && !root) {
+    throw Error(Error::Kind::kOther, "The name " + std::string(NamePart(path)) +
                                          " does not tell the drive; name a folder to restore to.");
   }
   std::optional<Repair> repair;
   const auto reader = OpenZip(machine_.files, path, repair);
-  const auto less = [](const std::string& a, const std::string& b) {
-    return UpCase(a) < UpCase(b);
-  };
-  std::set<std::string, decltype(less)> wanted(entry_paths.begin(), entry_paths.end(), less),
-      left = wanted;
-  Restorer restorer(machine_.files, *reader, to.empty() ? *root : WithBackslash(to), mode, prompts);
+  Wanted wanted(order.entry_paths);
+  RestoreProgress progress;
+  reader->Visit([&](const ZipEntry& entry) {
+    if (wanted.Has(EntryPath(entry.name))) progress.total += StepsOf(entry);
+    return true;
+  });
+  Restorer restorer(machine_.files, *reader, order.to.empty() ? *root : WithBackslash(order.to),
+                    order.mode, prompts);
+  restorer.OnPause(pause, progress.total);
   reader->Visit([&](const ZipEntry& entry) {
     const std::string entry_path = EntryPath(entry.name);
-    left.erase(entry_path);
-    return (!wanted.empty() && !wanted.contains(entry_path)) || restorer.Restore(entry);
+    wanted.Found(entry_path);
+    return !wanted.Has(entry_path) || restorer.Restore(entry);
   });
   RestoreResult result = restorer.Take();
-  for (const std::string& name : left) {
-    if (!result.cancelled) result.problems.push_back("\"" + name + "\" is not in the archive.");
-  }
+  wanted.AddProblems(result);
   return result;
-}
-
-void cUnZip::Delete(std::string_view archive) { machine_.files.RemoveFile(PathOf(archive)); }
-
-std::optional<Repair> cUnZip::RepairIfNeeded(std::string_view archive) {
-  std::optional<Repair> repair;
-  OpenZip(machine_.files, PathOf(archive), repair);
-  return repair;
 }
 
 }  // namespace quellix

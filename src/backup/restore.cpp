@@ -7,8 +7,24 @@
 namespace quellix {
 namespace {
 
+constexpr uint64_t kStepsAFile = 16 << 10;
+
+FileTimes TimesOf(const ZipEntry& entry) {
+  FileTimes times = entry.times;
+  times.last_write = LastWriteOf(entry);
+  return times;
+}
+
+}  // namespace
+
+int64_t LastWriteOf(const ZipEntry& entry) {
+  return entry.times.last_write != 0 ? entry.times.last_write : FromDosTime(entry.dos_time, 0);
+}
+
+uint64_t StepsOf(const ZipEntry& entry) { return entry.size + kStepsAFile; }
+
 // A new file beside the one to restore; removed again unless it takes its place.
-class NewFile {
+class Restorer::NewFile {
  public:
   NewFile(FileSystem& files, const std::string& target)
       : files_(files), path_(std::string(FolderPart(target)) + "~quellix-restore.tmp") {
@@ -41,18 +57,6 @@ class NewFile {
   std::unique_ptr<RandomFile> file_;
 };
 
-FileTimes TimesOf(const ZipEntry& entry) {
-  FileTimes times = entry.times;
-  times.last_write = LastWriteOf(entry);
-  return times;
-}
-
-}  // namespace
-
-int64_t LastWriteOf(const ZipEntry& entry) {
-  return entry.times.last_write != 0 ? entry.times.last_write : FromDosTime(entry.dos_time, 0);
-}
-
 // Links below the folder that was named are not followed.
 Restorer::Restorer(FileSystem& files, ZipReader& archive, std::string root, OverwriteMode mode,
                    Prompts& prompts)
@@ -63,24 +67,42 @@ Restorer::Restorer(FileSystem& files, ZipReader& archive, std::string root, Over
 
 Restorer::~Restorer() { files_.Anchor(""); }
 
+void Restorer::OnPause(const RestorePause& pause, uint64_t total) {
+  pause_ = pause;
+  progress_.total = total;
+}
+
+void Restorer::Pause(uint64_t done) {
+  RestoreProgress progress = progress_;
+  progress.done += done;
+  if (pause_ && pause_(progress)) result_.cancelled = true;
+}
+
 bool Restorer::Restore(const ZipEntry& entry) {
+  const std::string path = EntryPath(entry.name);
+  progress_.path = path;
+  Pause(0);
+  if (result_.cancelled) return false;
   try {
-    if (const auto refusal = RefusalOf(entry.name)) {
-      throw Error(Error::Kind::kDenied, *refusal);
-    }
-    const std::string target = root_ + EntryPath(entry.name);
-    if (target.ends_with('\\')) {
-      MakeFolders(files_, target);
-    } else if (MayWrite(entry, target)) {
-      Write(entry, target);
-      ++result_.restored;
-    } else if (!result_.cancelled) {
-      ++result_.skipped;
-    }
+    Put(entry);
   } catch (const Error& error) {
-    result_.problems.push_back(error.what());
+    if (!result_.cancelled) result_.problems.push_back(error.what());
   }
+  progress_.done += StepsOf(entry);
   return !result_.cancelled;
+}
+
+void Restorer::Put(const ZipEntry& entry) {
+  if (const auto refusal = RefusalOf(entry.name)) throw Error(Error::Kind::kDenied, *refusal);
+  const std::string target = root_ + EntryPath(entry.name);
+  if (target.ends_with('\\')) {
+    MakeFolders(files_, target);
+  } else if (MayWrite(entry, target)) {
+    Write(entry, target);
+    ++result_.restored;
+  } else if (!result_.cancelled) {
+    ++result_.skipped;
+  }
 }
 
 bool Restorer::MayWrite(const ZipEntry& entry, const std::string& target) {
@@ -115,6 +137,8 @@ void Restorer::Write(const ZipEntry& entry, const std::string& target) {
   archive_.Extract(entry, [&](std::string_view bytes) {
     made.file().Write(at, bytes);
     at += bytes.size();
+    Pause(at);
+    if (result_.cancelled) throw Error(Error::Kind::kOther, "The restore was stopped.");
   });
   made.file().SetTimes(TimesOf(entry));
   made.Place(target);

@@ -5,15 +5,14 @@
 #include <iomanip>
 #include <iostream>
 
-#include "app/settings.h"
-#include "backup/c_un_zip.h"
+#include "backup/backups.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
 namespace quellix {
 namespace {
 
-class ConsolePrompts : public Prompts {
+class ConsolePrompts : public NoPrompts {
  public:
   OverwriteAnswer AskOverwrite(std::string_view path) override {
     std::cerr << path << " is there already. Replace it? [y]es, [n]o, [a]ll, n[o]ne, [q]uit: "
@@ -42,29 +41,12 @@ std::string Digits(const LocalTime& time) {
   return text;
 }
 
-std::string Letters(uint32_t attributes) {
-  std::string letters = "----";
-  if (attributes & kReadOnly) letters[0] = 'R';
-  if (attributes & kHidden) letters[1] = 'H';
-  if (attributes & kSystem) letters[2] = 'S';
-  if (attributes & kArchive) letters[3] = 'A';
-  return letters;
-}
-
-std::string BackupFolderOf(const Machine& machine) {
-  RunState state;
-  Settings(machine).LoadDeletionSettings(state);
-  return state.BackupFolder;
-}
-
 OverwriteMode ModeOf(const Machine& machine, const std::string& word) {
-  const std::string mode =
-      word.empty() ? Settings(machine).ReadIniValue("Backup", "Overwrite", "Ask") : word;
-  return ParseOverwriteMode(mode).value_or(OverwriteMode::kAsk);
+  return ParseOverwriteMode(word).value_or(StoredOverwriteMode(machine));
 }
 
-void Say(const std::optional<Repair>& repair) {
-  if (repair) std::cerr << repair->Note() << std::endl;
+void SayRepairOf(const BackupInfo& info) {
+  if (!info.repaired.empty()) std::cerr << info.repaired << std::endl;
 }
 
 bool IsWindowsPath(std::string_view path) {
@@ -118,11 +100,11 @@ int BackupCommands::Run(const ConsolePlatform& platform) {
 
 int BackupCommands::ListArchives(const Machine& machine) const {
   int result = kDone;
-  for (const BackupInfo& info : cUnZip(machine, BackupFolderOf(machine)).ListArchives()) {
+  for (const BackupInfo& info : Backups(machine).List()) {
     std::cout << std::left << std::setw(24) << info.name << std::setw(4) << info.root.substr(0, 2)
               << Digits(info.date) << std::right << std::setw(9) << info.entries << " file(s)"
               << std::setw(14) << info.size << " bytes\n";
-    Say(info.repair);
+    SayRepairOf(info);
     if (info.problem.empty()) continue;
     std::cerr << info.name << ": " << info.problem << std::endl;
     result = kFailed;
@@ -132,11 +114,11 @@ int BackupCommands::ListArchives(const Machine& machine) const {
 }
 
 int BackupCommands::ListEntries(const Machine& machine) const {
-  cUnZip archives(machine, BackupFolderOf(machine));
-  Say(archives.RepairIfNeeded(archive_));
-  for (const BackupEntry& entry : archives.ListEntries(archive_)) {
-    std::cout << Letters(entry.attributes) << std::right << std::setw(14) << entry.size << "  "
-              << entry.path << "\n";
+  Backups backups(machine);
+  SayRepairOf(backups.Check(archive_));
+  for (const BackupEntry& entry : backups.ListEntries(archive_)) {
+    std::cout << AttributeLetters(entry.attributes, "-") << std::right << std::setw(14)
+              << entry.size << "  " << entry.path << "\n";
     if (!entry.refusal.empty()) std::cerr << entry.refusal << std::endl;
   }
   std::cout << std::flush;
@@ -144,11 +126,11 @@ int BackupCommands::ListEntries(const Machine& machine) const {
 }
 
 int BackupCommands::Restore(const Machine& machine) const {
-  cUnZip archives(machine, BackupFolderOf(machine));
-  Say(archives.RepairIfNeeded(archive_));
+  Backups backups(machine);
+  SayRepairOf(backups.Check(archive_));
   ConsolePrompts prompts;
   const RestoreResult result =
-      archives.Restore(archive_, entries_, to_, ModeOf(machine, overwrite_), prompts);
+      backups.Restore(archive_, {entries_, to_, ModeOf(machine, overwrite_)}, prompts, nullptr);
   for (const std::string& problem : result.problems) std::cerr << problem << "\n";
   std::cout << result.restored << " file(s) restored, " << result.skipped << " left as they were"
             << std::endl;
@@ -157,8 +139,8 @@ int BackupCommands::Restore(const Machine& machine) const {
 }
 
 int BackupCommands::Repair(const Machine& machine) const {
-  const auto repair = cUnZip(machine, BackupFolderOf(machine)).RepairIfNeeded(archive_);
-  std::cout << (repair ? repair->Note() : "The archive is whole; there is nothing to repair.")
+  const std::string repaired = Backups(machine).Check(archive_).repaired;
+  std::cout << (repaired.empty() ? "The archive is whole; there is nothing to repair." : repaired)
             << std::endl;
   return kDone;
 }

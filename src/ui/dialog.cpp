@@ -99,6 +99,9 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
       OnContextMenu(reinterpret_cast<HWND>(wparam),
                     {static_cast<short>(LOWORD(lparam)), static_cast<short>(HIWORD(lparam))});
       return TRUE;
+    case WM_TIMER:
+      OnTimer(wparam);
+      return TRUE;
     case WM_CLOSE:
       OnClose();
       return TRUE;

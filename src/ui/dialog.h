@@ -37,6 +37,7 @@ class Dialog {
   virtual void OnCommand(int /*id*/, int /*code*/) {}
   virtual LRESULT OnNotify(NMHDR& /*header*/) { return 0; }
   virtual void OnContextMenu(HWND /*control*/, POINT /*screen*/) {}
+  virtual void OnTimer(UINT_PTR /*id*/) {}
   virtual void OnDrawItem(const DRAWITEMSTRUCT& /*item*/) {}
   virtual void OnClose() { Close(); }
   virtual void OnEndSession() {}

@@ -25,7 +25,6 @@ class FrmLog : public Dialog {
 
  private:
   Cell CategoryCell(int row, int column) const;
-  std::string AskForFile() const;
   void Save() const;
 
   FileSystem& files_;

@@ -133,12 +133,12 @@ void FrmMain::OnCommand(int id, int code) {
     case cmdClean:
     case mnuClean:
       return Run([this] { engine_.RunCleaning(); });
-    case mnuBackups:
-      return backups_.Show(window());
     case mnuExit:
       return OnClose();
     case mnuAbout:
       return ShowAbout();
+    default:
+      windows_.Open(id, window());
   }
 }
 

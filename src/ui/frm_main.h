@@ -4,8 +4,8 @@
 
 #include "engine.h"
 #include "ui/dialog.h"
-#include "ui/frm_backups.h"
 #include "ui/frm_log.h"
+#include "ui/menu_windows.h"
 #include "ui/run_display.h"
 #include "ui/tool_tips.h"
 
@@ -20,7 +20,7 @@ class FrmMain : public Dialog {
         display_(display),
         machine_(machine),
         log_(machine.files),
-        backups_(machine) {}
+        windows_(engine, machine) {}
 
   // Opens the window, with `problems` in a message if there are any. Closing it ends the thread's
   // message loop.
@@ -57,7 +57,7 @@ class FrmMain : public Dialog {
   RunDisplay& display_;
   Machine machine_;
   FrmLog log_;
-  FrmBackups backups_;
+  MenuWindows windows_;
   ToolTips tips_;
   UniqueIcon picture_;  // beside the current item
   const Item* current_item_ = nullptr;

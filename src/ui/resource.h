@@ -8,6 +8,18 @@
 #define frmLog 101
 #define frmBackups 102
 #define frmOverwrite 103
+#define frmAskText 104
+// 110 to 119: the Options window and its pages
+
+// 120 to 129: the results of a junk search
+
+// 130 to 139: plug-ins
+
+// 140 to 149: registry tools
+
+// 150 to 159: the Internet cache
+
+// 160 to 169: start-up, tray, About
 
 // Icons
 #define icoQuellix 1
@@ -27,6 +39,25 @@
 #define mnuAbout 222
 #define mnuPopup 223
 #define mnuBackups 224
+#define mnuProcessPlugin 225
+#define mnuManagePlugin 226
+#define mnuIECache 227
+#define mnuOrphanedDLL 228
+#define mnuOrphanedFilePath 229
+#define mnuOrphanedApplicationPath 230
+#define mnuOrphanedHelpFile 231
+#define mnuOrphanedActivex 232
+#define mnuOptions 233
+#define mnuContents 234
+// 240 to 249: turning the computer off, the tray
+
+// 300 to 319: the menus of the results of a junk search
+
+// 320 to 359: the menus of plug-ins
+
+// 360 to 379: the menus of registry tools
+
+// 380 to 399: the menus of the Internet cache
 
 // The items' boxes in run order: 1000 + Item::run_order.
 #define chkRecycleBin 1001
@@ -104,3 +135,19 @@
 #define txtTarget 1401
 #define cmdYesToAll 1402
 #define cmdNoToAll 1403
+
+// The question for a text
+#define lblQuestion 1411
+#define txtAnswer 1412
+
+// The results of a junk search: 1500 to 1599
+
+// Plug-ins: 1600 to 1799
+
+// Registry tools: 1800 to 1899
+
+// The Internet cache: 1900 to 1949
+
+// Start-up, tray, About: 1950 to 1999
+
+// The Options window: 2000 to 2399

@@ -34,13 +34,12 @@ TEST_F(BackupRepairTest, CutOffAnywhereEveryCompleteEntryIsKept) {
     ports.files.WriteWholeFile(archive, whole.substr(0, size));
     const auto complete = static_cast<size_t>(
         std::count_if(ends.begin(), ends.end(), [&](uint64_t end) { return end <= size; }));
-    const BackupInfo info = backups.Describe(NamePart(archive));
-    ASSERT_EQ(info.problem, "");
-    ASSERT_EQ(info.entries, complete);
-    ASSERT_TRUE(info.repair);
-    ASSERT_EQ(info.repair->kept, complete);
+    const std::optional<Repair> repair = RepairOf(NamePart(archive));
+    ASSERT_TRUE(repair);
+    ASSERT_EQ(repair->kept, complete);
+    ASSERT_EQ(Describe(NamePart(archive)).entries, complete);
     for (const auto& [name, bytes] : Content(archive)) ASSERT_EQ(bytes, all.at(name));
-    ASSERT_FALSE(backups.RepairIfNeeded(NamePart(archive)));  // it is whole now
+    ASSERT_FALSE(RepairOf(NamePart(archive)));  // it is whole now
     if (complete == ends.size()) {
       ASSERT_EQ(Read(archive).substr(0, ends.back()), whole.substr(0, ends.back()));
     }
@@ -74,12 +73,10 @@ TEST_F(BackupRepairTest, DamageOfEveryKind) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
     ports.files.WriteWholeFile(archive, row.bytes);
-    const BackupInfo info = backups.Describe(NamePart(archive));
+    const BackupInfo info = Describe(NamePart(archive));
     EXPECT_EQ(info.entries, row.entries);
-    EXPECT_EQ(info.repair.has_value(), row.repaired);
-    if (info.repair) {
-      EXPECT_EQ(info.repair->damaged, row.damaged);
-    }
+    EXPECT_EQ(!info.repaired.empty(), row.repaired);
+    EXPECT_EQ(info.repaired.find(", 1 damaged") != std::string::npos, row.damaged == 1);
     EXPECT_TRUE(info.problem.ends_with(row.problem)) << info.problem;
     if (*row.problem != 0) {
       EXPECT_EQ(Read(archive), row.bytes);
@@ -113,7 +110,7 @@ TEST_F(BackupRepairTest, HostileEntriesFailCleanly) {
     ports.files.WriteWholeFile(archive, bytes);
     NoPrompts prompts;
     const RestoreResult result =
-        backups.Restore(NamePart(archive), {}, "", OverwriteMode::kAlways, prompts);
+        backups.Restore(NamePart(archive), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
     EXPECT_EQ(result.restored, 2u);
     ASSERT_EQ(result.problems.size(), 1u);
     EXPECT_TRUE(result.problems[0].ends_with(row.problem)) << result.problems[0];

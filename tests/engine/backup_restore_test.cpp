@@ -8,11 +8,12 @@ class BackupRestoreTest : public BackupFixture {
  protected:
   RestoreResult Restore(const std::vector<std::string>& entries = {}, std::string_view to = "",
                         OverwriteMode mode = OverwriteMode::kAsk) {
-    return backups.Restore(OnlyArchive(), entries, to, mode, prompts);
+    return backups.Restore(OnlyArchive(), {entries, std::string(to), mode}, prompts, pause);
   }
   FileInfo Look(const std::string& path) { return ports.files.Look(path).value(); }
 
   ScriptedPrompts prompts;
+  RestorePause pause;
 };
 
 TEST(EntryPathTest, PathsThatLeaveTheirFolderAreRefusedByName) {
@@ -105,7 +106,7 @@ TEST_F(BackupRestoreTest, FilesThatAreThereAreTreatedAsChosen) {
     machine->SetLastWrite(tree + "old", old);
     machine->SetLastWrite(tree + "young", young);
     prompts.asked.clear();
-    prompts.answers = row.answers;
+    prompts.overwrites.assign(row.answers.begin(), row.answers.end());
     const RestoreResult result =
         Restore({tree.substr(3) + "OLD", tree.substr(3) + "young"}, "", row.mode);
     EXPECT_EQ(result.problems, std::vector<std::string>());
@@ -134,13 +135,13 @@ TEST_F(BackupRestoreTest, NothingIsWrittenThroughLinksOrOverFolders) {
 }
 
 TEST_F(BackupRestoreTest, ArchivesAndEntriesAreListedViewedAndDeleted) {
-  EXPECT_TRUE(backups.ListArchives().empty());  // no folder yet
+  EXPECT_TRUE(backups.List().empty());  // no folder yet
   machine->MakeFile(tree + "a.txt", "12345");
   machine->SetLastWrite(tree + "a.txt", 132539328001234567);
   Clean(tree);
   machine->MakeFile(safe + "D_010120200000.zip", "no archive");
   machine->MakeFile(safe + "note.txt", "no archive");
-  const std::vector<BackupInfo> archives = backups.ListArchives();
+  const std::vector<BackupInfo> archives = backups.List();
   ASSERT_EQ(archives.size(), 2u);
   EXPECT_EQ(archives[0].root, scratch.substr(0, 3));
   EXPECT_EQ(archives[0].entries, 1u);
@@ -162,6 +163,40 @@ TEST_F(BackupRestoreTest, ArchivesAndEntriesAreListedViewedAndDeleted) {
   EXPECT_EQ(Archives(), (std::vector<std::string>{"D_010120200000.zip", "note.txt"}));
   for (const char* name : {"..\\Settings.ini", "a/b", "", "C:x", "missing.zip"}) {
     EXPECT_THROW(backups.Delete(name), Error) << name;
+  }
+}
+
+TEST_F(BackupRestoreTest, AStopLeavesWhatIsNotRestoredYetAsItWas) {
+  for (const char* name : {"a", "b", "c"}) machine->MakeFile(tree + name, "backup");
+  machine->MakeFile(tree + "large", std::string(3 << 20, 'x'));
+  CleanInOrder({"a", "b", "large", "c"});
+  struct Row {
+    const char* at;
+    uint64_t from;  // steps done
+    uint64_t restored;
+  };
+  for (const Row& row :
+       {Row{"a", 0, 0}, Row{"large", 0, 2}, Row{"large", 1 << 20, 2}, Row{"c", 0, 3}}) {
+    SCOPED_TRACE(row.at);
+    for (const char* name : {"a", "b", "c", "large"}) machine->MakeFile(tree + name, "there");
+    uint64_t begun = 0, last = 0;
+    std::string path;
+    pause = [&](const RestoreProgress& progress) {
+      EXPECT_GE(progress.done, last);
+      EXPECT_LT(progress.done, progress.total);
+      last = progress.done;
+      if (progress.path != path) begun = progress.done;
+      path = progress.path;
+      return NamePart(progress.path) == row.at && progress.done - begun >= row.from;
+    };
+    const RestoreResult result = Restore({}, "", OverwriteMode::kAlways);
+    EXPECT_TRUE(result.cancelled);
+    EXPECT_EQ(result.restored, row.restored);
+    EXPECT_EQ(result.problems, std::vector<std::string>());
+    EXPECT_EQ(Read(tree + "a"), row.restored > 0 ? "backup" : "there");
+    EXPECT_EQ(Read(tree + "large").size(), row.restored > 2 ? 3u << 20 : 5u);
+    EXPECT_EQ(Read(tree + "c"), "there");
+    EXPECT_EQ(machine->Tree(tree).size(), 4u);
   }
 }
 

@@ -77,7 +77,7 @@ TEST_F(BackupTest, AnArchiveOfTheSameNameIsAddedTo) {
     writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), nullptr);
     // An archive in use is neither repaired nor opened by anyone else.
     EXPECT_THROW(ports.files.Open(archive, OpenMode::kReadAndCreate), Error);
-    EXPECT_NE(backups.Describe(NamePart(archive)).problem, "");
+    EXPECT_NE(Describe(NamePart(archive)).problem, "");
   }  // as after a crash: never finished
   const std::map<std::string, std::string> first = {{Stored(tree + "first"), "1"}};
   EXPECT_EQ(Content(archive), first);
@@ -214,7 +214,7 @@ TEST_F(BackupTest, ARunFinishesItsArchiveAndSaysHowManyFilesItHolds) {
   engine.RunCleaning();
   ASSERT_TRUE(view.report);
   EXPECT_NE(view.report->log.find("Backed Up 1 file(s)"), std::string::npos) << view.report->log;
-  EXPECT_FALSE(backups.RepairIfNeeded(OnlyArchive()));
+  EXPECT_FALSE(RepairOf(OnlyArchive()));
 }
 
 }  // namespace

@@ -4,24 +4,14 @@
 #include <map>
 
 #include "app/removal.h"
-#include "backup/c_un_zip.h"
+#include "backup/backups.h"
+#include "backup/zip_repair.h"
 #include "platform/path.h"
 #include "search/drive_scan.h"
 #include "support/run_fixture.h"
+#include "support/scripted_prompts.h"
 
 namespace quellix {
-
-// Plays the user who is asked.
-class ScriptedPrompts : public Prompts {
- public:
-  std::vector<OverwriteAnswer> answers;  // in order; kCancel behind them
-  std::vector<std::string> asked;
-
-  OverwriteAnswer AskOverwrite(std::string_view path) override {
-    asked.emplace_back(path);
-    return asked.size() <= answers.size() ? answers[asked.size() - 1] : OverwriteAnswer::kCancel;
-  }
-};
 
 // A machine whose files are removed with a backup, and its backups.
 class BackupFixture : public RunFixture {
@@ -68,6 +58,19 @@ class BackupFixture : public RunFixture {
     });
     return content;
   }
+  // What opening an archive of the backup folder repaired.
+  std::optional<Repair> RepairOf(std::string_view archive) {
+    std::optional<Repair> repair;
+    OpenZip(ports.files, safe + std::string(archive), repair);
+    return repair;
+  }
+  BackupInfo Describe(std::string_view archive) {
+    for (const BackupInfo& info : backups.List()) {
+      if (info.name == archive) return info;
+    }
+    ADD_FAILURE() << archive << " is not listed";
+    return {};
+  }
   static std::string Stored(std::string path) {
     std::replace(path.begin(), path.end(), '\\', '/');
     return path.substr(3);
@@ -78,7 +81,7 @@ class BackupFixture : public RunFixture {
 
   RunState& state;
   std::string safe, tree;
-  cUnZip backups;
+  Backups backups;
 };
 
 }  // namespace quellix

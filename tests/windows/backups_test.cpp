@@ -144,7 +144,7 @@ TEST_F(FrmBackupsTest, AnArchiveIsDeletedAfterAQuestion) {
   for (const int answer : {IDNO, IDYES}) {
     SCOPED_TRACE(answer);
     Press(backups, cmdDeleteArchive);
-    const HWND question = window.AwaitWindow(L"Delete archive");
+    const HWND question = window.AwaitMessage(L"Delete the archive");
     ASSERT_TRUE(question);
     SendMessageW(question, WM_COMMAND, static_cast<WPARAM>(answer), 0);
     ASSERT_TRUE(Await([&] { return !IsWindow(question); }));

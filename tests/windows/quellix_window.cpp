@@ -32,9 +32,19 @@ const auto* const kGuard = ::testing::AddGlobalTestEnvironment(new SandboxGuard)
 
 struct Search {
   DWORD process;
-  std::wstring_view title, window_class;
+  std::wstring_view title, window_class, text;
   HWND found;
 };
+
+// Stops at a control that shows the text.
+BOOL CALLBACK CompareText(HWND control, LPARAM parameter) {
+  return TextOf(control).find(*reinterpret_cast<const std::wstring_view*>(parameter)) ==
+         std::wstring::npos;
+}
+
+bool Shows(HWND window, std::wstring_view text) {
+  return text.empty() || !EnumChildWindows(window, CompareText, reinterpret_cast<LPARAM>(&text));
+}
 
 BOOL CALLBACK Compare(HWND window, LPARAM parameter) {
   Search& search = *reinterpret_cast<Search*>(parameter);
@@ -45,6 +55,7 @@ BOOL CALLBACK Compare(HWND window, LPARAM parameter) {
   GetClassNameW(window, text, 100);
   if (search.window_class != text) return TRUE;
   if (!search.title.empty() && search.title != TextOf(window)) return TRUE;
+  if (!Shows(window, search.text)) return TRUE;
   search.found = window;
   return FALSE;
 }
@@ -107,8 +118,8 @@ QuellixWindow::~QuellixWindow() {
 }
 
 HWND QuellixWindow::Find(std::wstring_view title, std::wstring_view window_class) const {
-  Search search{process_.dwProcessId, title, window_class.empty() ? kDialogClass : window_class,
-                nullptr};
+  Search search{
+      process_.dwProcessId, title, window_class.empty() ? kDialogClass : window_class, {}, nullptr};
   EnumWindows(Compare, reinterpret_cast<LPARAM>(&search));
   return search.found == main_ && main_ != nullptr ? nullptr : search.found;
 }
@@ -117,6 +128,15 @@ HWND QuellixWindow::AwaitWindow(std::wstring_view title) const {
   HWND window = nullptr;
   Await([&] { return (window = Find(title, {})) != nullptr; });
   return window;
+}
+
+HWND QuellixWindow::AwaitMessage(std::wstring_view part) const {
+  Search search{process_.dwProcessId, {}, kDialogClass, part, nullptr};
+  Await([&] {
+    EnumWindows(Compare, reinterpret_cast<LPARAM>(&search));
+    return search.found != nullptr;
+  });
+  return search.found;
 }
 
 bool QuellixWindow::AwaitMenu() const {
@@ -156,6 +176,17 @@ std::wstring TextOf(HWND control) {
       SendMessageW(control, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
   text.resize(static_cast<size_t>(length));
   return text;
+}
+
+void PressIn(HWND window, int id) {
+  PostMessageW(window, WM_COMMAND, static_cast<WPARAM>(id),
+               reinterpret_cast<LPARAM>(GetDlgItem(window, id)));
+}
+
+bool IsRowTicked(HWND list, int row) {
+  const LRESULT state =
+      SendMessageW(list, LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_STATEIMAGEMASK);
+  return (state & LVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2);
 }
 
 // A list view reads the question and writes the answer in its own process.

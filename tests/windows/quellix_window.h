@@ -31,6 +31,9 @@ class QuellixWindow {
   HWND main() const { return main_; }
   // A visible window of the program, by title or class; null when it does not appear.
   HWND AwaitWindow(std::wstring_view title) const;
+  // A message box or other dialog that shows a text which holds `part`; null when it does not
+  // appear.
+  HWND AwaitMessage(std::wstring_view part) const;
   bool HasWindow(std::wstring_view title) const { return Find(title, {}) != nullptr; }
   bool AwaitMenu() const;
   bool AwaitEnd() const;  // false when it ends with an error
@@ -44,6 +47,8 @@ class QuellixWindow {
   void Click(int id) const { SendMessageW(Control(id), BM_CLICK, 0, 0); }
   // Clicks a control that starts something longer.
   void Press(int id) const { PostMessageW(Control(id), BM_CLICK, 0, 0); }
+  // An entry of the main window's menu.
+  void Choose(int entry) const { PostMessageW(main_, WM_COMMAND, static_cast<WPARAM>(entry), 0); }
   void PressKey(HWND control, WPARAM key) const;
   // The right button over a control; false when the program does not answer, as with an open menu.
   bool RightClick(int id) const;
@@ -57,5 +62,9 @@ class QuellixWindow {
 };
 
 std::wstring TextOf(HWND control);
+// Presses a button of a window that starts something longer, or answers a message box.
+void PressIn(HWND window, int id);
+// Whether a row of a list with check boxes is ticked.
+bool IsRowTicked(HWND list, int row);
 
 }  // namespace quellix::test

@@ -73,12 +73,14 @@ TEST_F(VolumeBackupTest, AFileBeyondFourGibibytesComesBack) {
   EXPECT_LT(fs::file_size(path), 64u << 20);
   EXPECT_EQ(Shell("unzip -l '" + path + "'"), 0);
   fs::resize_file(path, fs::file_size(path) - 10);
-  const std::optional<Repair> repair = backups.RepairIfNeeded(archive);  // unpacks everything
+  const std::optional<Repair> repair = RepairOf(archive);  // unpacks everything
   ASSERT_TRUE(repair);
   EXPECT_EQ(repair->kept, 2u);
   EXPECT_EQ(repair->damaged, 0u);
   EXPECT_EQ(backups.ListEntries(archive)[0].size, (5ull << 30) + 3);
-  EXPECT_EQ(backups.Restore(archive, {tree.substr(3) + "small"}, "", OverwriteMode::kNever, prompts)
+  EXPECT_EQ(backups
+                .Restore(archive, {{tree.substr(3) + "small"}, "", OverwriteMode::kNever}, prompts,
+                         nullptr)
                 .restored,
             1u);
   EXPECT_EQ(Read(tree + "small"), "behind");
@@ -129,9 +131,9 @@ TEST_F(VolumeBackupTest, KilledAtAnyMomentEveryByteIsOnTheDiskOrInTheArchive) {
     waitpid(child, &status, 0);
     longest *= WIFSIGNALED(status) ? 1.02 : 0.9;
     std::map<std::string, std::string> archived;
-    for (const BackupInfo& info : backups.ListArchives()) {
+    for (const BackupInfo& info : backups.List()) {
       ASSERT_EQ(info.problem, "");
-      repaired += info.repair.has_value();
+      repaired += !info.repaired.empty();
       archived.merge(Content(safe + info.name));
     }
     for (int i = 0; i < kFiles; ++i) {
@@ -158,7 +160,7 @@ TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
     GTEST_SKIP() << "no small disk can be mounted";
   }
   state.BackupFolder = safe = scratch + "disk\\safe\\";
-  cUnZip backups_there(ports, safe);
+  Backups backups_there(ports, safe);
   state.Backup.strict = true;
   std::mt19937 random(1);
   std::string noise(6 << 20, '\0');
@@ -182,7 +184,7 @@ TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
   RemovePendingFiles(context);
   mod_zip.Close();  // not even the directory may fit; then every reader finds the entries itself
   std::map<std::string, std::string> archived;
-  for (const BackupInfo& info : backups_there.ListArchives()) {
+  for (const BackupInfo& info : backups_there.List()) {
     EXPECT_EQ(info.problem, "");
     archived.merge(Content(safe + info.name));
   }

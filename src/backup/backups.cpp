@@ -1,0 +1,101 @@
+#include "backup/backups.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "app/settings.h"
+#include "backup/c_un_zip.h"
+#include "platform/error.h"
+#include "platform/path.h"
+
+namespace quellix {
+namespace {
+
+std::string FolderOfSettings(const Machine& machine) {
+  RunState state;
+  Settings(machine).LoadDeletionSettings(state);
+  return state.BackupFolder;
+}
+
+}  // namespace
+
+Backups::Backups(const Machine& machine) : Backups(machine, FolderOfSettings(machine)) {}
+
+Backups::Backups(const Machine& machine, std::string folder)
+    : machine_(machine), folder_(std::move(folder)) {
+  readers_.push_back(std::make_unique<cUnZip>(machine));
+}
+
+std::string Backups::PathOf(std::string_view name) const {
+  if (name.find_first_of("\\/:") != std::string_view::npos || name.empty()) {
+    throw Error(Error::Kind::kMissing,
+                "\"" + std::string(name) + "\" is no archive of the backup folder.");
+  }
+  return folder_ + std::string(name);
+}
+
+BackupReader* Backups::ReaderOf(std::string_view name) const {
+  const auto takes = [name](const auto& reader) { return reader->Takes(name); };
+  const auto reader = std::ranges::find_if(readers_, takes);
+  return reader == readers_.end() ? nullptr : reader->get();
+}
+
+// What another name hides is read as an archive, or refused as none.
+BackupReader& Backups::Reader(std::string_view name) const {
+  BackupReader* const reader = ReaderOf(name);
+  return reader ? *reader : *readers_.front();
+}
+
+std::vector<BackupInfo> Backups::List() {
+  std::vector<std::string> names;
+  machine_.files.Enumerate(WithoutBackslash(folder_), Detail::kKind, [&](const Entry& entry) {
+    if (!entry.info.is_folder && ReaderOf(entry.name)) names.emplace_back(entry.name);
+    return true;
+  });
+  std::vector<BackupInfo> backups;
+  for (const std::string& name : names) backups.push_back(ReaderOf(name)->Describe(folder_ + name));
+  const auto key = [](const BackupInfo& info) {
+    const LocalTime& d = info.date;
+    return std::tuple(-d.year, -d.month, -d.day, -d.hour, -d.minute, -d.second, info.name);
+  };
+  std::ranges::sort(backups, {}, key);
+  return backups;
+}
+
+BackupInfo Backups::Check(std::string_view name) {
+  BackupInfo info = Reader(name).Describe(PathOf(name));
+  if (!info.problem.empty()) throw Error(Error::Kind::kOther, info.problem);
+  return info;
+}
+
+std::vector<BackupEntry> Backups::ListEntries(std::string_view name) {
+  return Reader(name).ListEntries(PathOf(name));
+}
+
+std::string Backups::ExtractTemporary(std::string_view name, std::string_view entry_path) {
+  return Reader(name).ExtractTemporary(PathOf(name), entry_path);
+}
+
+RestoreResult Backups::Restore(std::string_view name, const RestoreOrder& order, Prompts& prompts,
+                               const RestorePause& pause) {
+  return Reader(name).Restore(PathOf(name), order, prompts, pause);
+}
+
+void Backups::Delete(std::string_view name) { machine_.files.RemoveFile(PathOf(name)); }
+
+OverwriteMode StoredOverwriteMode(const Machine& machine) {
+  return ParseOverwriteMode(Settings(machine).ReadIniValue("Backup", "Overwrite", "Ask"))
+      .value_or(OverwriteMode::kAsk);
+}
+
+std::string AttributeLetters(uint32_t attributes, std::string_view absent) {
+  static constexpr std::pair<uint32_t, char> kLetters[] = {
+      {kReadOnly, 'R'}, {kHidden, 'H'}, {kSystem, 'S'}, {kArchive, 'A'}};
+  std::string letters;
+  for (const auto& [bit, letter] : kLetters) {
+    (attributes & bit) != 0 ? letters += letter : letters += absent;
+  }
+  return letters;
+}
+
+}  // namespace quellix

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "backup/backup_reader.h"
+#include "platform/machine.h"
+
+namespace quellix {
+
+// The backup folder with every kind of backup in it. Backups are named as in the folder; functions
+// with a name throw Error when it names none or the backup cannot be read at all.
+class Backups {
+ public:
+  // The folder that the settings name.
+  explicit Backups(const Machine& machine);
+  // `folder` ends in "\" and may be missing.
+  Backups(const Machine& machine, std::string folder);
+
+  const std::string& folder() const { return folder_; }
+
+  // Newest first.
+  std::vector<BackupInfo> List();
+  // Repairs an incomplete one; BackupInfo::repaired tells. What cannot be read is an Error.
+  BackupInfo Check(std::string_view name);
+  std::vector<BackupEntry> ListEntries(std::string_view name);
+  std::string ExtractTemporary(std::string_view name, std::string_view entry_path);
+  RestoreResult Restore(std::string_view name, const RestoreOrder& order, Prompts& prompts,
+                        const RestorePause& pause);
+  void Delete(std::string_view name);
+
+ private:
+  std::string PathOf(std::string_view name) const;
+  BackupReader* ReaderOf(std::string_view name) const;  // null for a file that is no backup
+  BackupReader& Reader(std::string_view name) const;
+
+  Machine machine_;
+  std::string folder_;
+  std::vector<std::unique_ptr<BackupReader>> readers_;
+};
+
+// The user's choice for files that are there already.
+OverwriteMode StoredOverwriteMode(const Machine& machine);
+// "RHSA" for those set; `absent` stands for each of the others.
+std::string AttributeLetters(uint32_t attributes, std::string_view absent);
+
+}  // namespace quellix

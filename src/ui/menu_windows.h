@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/machine.h"
+#include "ui/frm_backups.h"
+
+namespace quellix {
+
+class Engine;
+
+// The windows that the main window's menus open.
+class MenuWindows {
+ public:
+  MenuWindows(Engine& engine, const Machine& machine) : engine_(engine), backups_(machine) {}
+
+  // Opens the window of a menu entry before `owner`; false when the entry opens none.
+  bool Open(int entry, HWND owner);
+
+ private:
+  [[maybe_unused]] Engine& engine_;
+  FrmBackups backups_;
+};
+
+}  // namespace quellix
