@@ -6,6 +6,7 @@
 #include <map>
 
 #include "cli/backup_commands.h"
+#include "cli/cache_command.h"
 #include "cli/console_plugins.h"
 #include "cli/console_run.h"
 #include "cli/search_command.h"
@@ -116,6 +117,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
     AddMachineOptions(command, machine, platform);
   });
   ConsolePlugins plugins(app, platform);
+  CacheCommand cache(app, platform);
   SearchCommand search_options;
   const CLI::App* const search = AddSearch(app, search_options, platform);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
@@ -127,6 +129,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   try {
     if (backup.parsed()) return backup.Run(platform);
     if (plugins.IsParsed()) return plugins.Run();
+    if (cache.IsParsed()) return cache.Run();
     if (search->parsed()) return RunSearch(search_options, platform);
     return items->parsed() ? ListItems() : Clean(options, platform);
   } catch (const std::exception& error) {
