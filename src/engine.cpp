@@ -5,12 +5,12 @@
 
 namespace quellix {
 
-Engine::Engine(const Machine& machine, RunView& view)
+Engine::Engine(const Machine& machine, RunView& view, BackupArchive* archive)
     : machine_(machine),
       settings_(machine),
       auto_clean_([&system = machine.system] { return system.UtcNow(); }),
       backup_(machine, state_.Backup),
-      context_{machine, settings_, state_, view, backup_} {
+      context_{machine, settings_, state_, view, archive != nullptr ? *archive : backup_} {
   backup_.OnPause([this] {
     context_.view.Yield();
     return state_.AbortRequested;

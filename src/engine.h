@@ -16,10 +16,11 @@ namespace quellix {
 
 inline constexpr std::string_view kApplicationTitle = "Quellix";
 
-// One of everything, wired once. The machine's ports and the view must outlive it.
+// One of everything, wired once. The machine's ports, the view and the archive must outlive it.
 class Engine {
  public:
-  Engine(const Machine& machine, RunView& view);
+  // With `archive`, files are backed up there and not in zip archives.
+  Engine(const Machine& machine, RunView& view, BackupArchive* archive = nullptr);
 
   // Reads settings and check states. A file that cannot be read leaves its defaults; the sentences
   // that say so are returned, a line each, "" when all is well. `tips` are read as well where there

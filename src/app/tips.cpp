@@ -53,10 +53,7 @@ void Tips::Save() const {
   if (!shown_) return;
   try {
     const RegistryValue index{kRegSz, ToUtf16Bytes(std::to_string(*last_)) + std::string(2, '\0')};
-    machine_.registry.CreateKey(RegistryRoot::kCurrentUser, kStore);
-    const auto key =
-        machine_.registry.Open(RegistryRoot::kCurrentUser, kStore, RegistryAccess::kWrite);
-    if (key) key->SetValue(kLastTip, index);
+    machine_.registry.Create(RegistryRoot::kCurrentUser, kStore)->SetValue(kLastTip, index);
   } catch (const Error&) {
     // The same tip comes again.
   }

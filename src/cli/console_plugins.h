@@ -6,6 +6,7 @@
 
 #include "app/run_state.h"
 #include "cli/console.h"
+#include "cli/console_run.h"
 
 namespace CLI {
 class App;
@@ -29,7 +30,7 @@ class ConsolePlugins {
  private:
   int List(const Machine& machine);
   int Check(const Machine& machine);
-  int Process(const Machine& machine);
+  int Process(const Machine& machine, RunKind kind);
   int Switch(const Machine& machine, bool on);
 
   CLI::App* AddCommand(const char* name, const char* what, const char* argument);
@@ -38,7 +39,7 @@ class ConsolePlugins {
   MachineOptions options_;
   std::vector<std::string> names_;
   CLI::App* plugins_;
-  CLI::App *list_, *check_, *process_, *enable_, *disable_;
+  CLI::App *list_, *check_, *preview_, *process_, *enable_, *disable_;
 };
 
 }  // namespace quellix

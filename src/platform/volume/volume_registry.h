@@ -27,8 +27,9 @@ class VolumeRegistry : public Registry {
 
   std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
                                     RegistryAccess access) override;
+  std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override;
 
-  void CreateKey(RegistryRoot root, std::string_view path) override;
+  void CreateKey(RegistryRoot root, std::string_view path);
 
   // Beyond the port. Stores all changes and closes the hive files; open keys must not be used any
   // more, others are opened anew. Throws Error.

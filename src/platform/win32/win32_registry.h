@@ -9,7 +9,7 @@ class Win32Registry : public Registry {
  public:
   std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
                                     RegistryAccess access) override;
-  void CreateKey(RegistryRoot root, std::string_view path) override;
+  std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override;
 };
 
 }  // namespace quellix
