@@ -35,6 +35,7 @@ class FrmMain : public Dialog {
   void OnDrawItem(const DRAWITEMSTRUCT& item) override;
   void OnClose() override;
   void OnEndSession() override;
+  const char* HelpTopic() const override { return "main"; }
   void OnDestroyed() override { PostQuitMessage(0); }
   HBRUSH OnControlColor(HDC target, HWND control) override;
   bool OnEraseBackground(HDC target) override;
@@ -50,7 +51,6 @@ class FrmMain : public Dialog {
   void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
   void PlaceCurrentItem(const Item* item);
   int FooterTop() const;
-  void ShowAbout() const;
   std::string SaveCheckStates() const;
 
   Engine& engine_;
