@@ -112,6 +112,12 @@ LocalTime Win32System::Now() {
   return ToLocal(now);
 }
 
+int64_t Win32System::UtcNow() {
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  return static_cast<int64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime;
+}
+
 LocalTime Win32System::ToLocalTime(int64_t filetime) {
   const FILETIME time = ToFileTime(filetime);
   SYSTEMTIME universal, local;
