@@ -14,7 +14,6 @@
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
-#include "version.h"
 
 namespace quellix {
 namespace {
@@ -203,8 +202,6 @@ void FrmMain::OnCommand(int id, int code) {
       return ShowTip();
     case mnuExit:
       return Exit();
-    case mnuAbout:
-      return ShowAbout();
     default:
       windows_.Open(id, window());
   }
@@ -365,12 +362,6 @@ std::string FrmMain::Save() const {
   } catch (const Error& error) {
     return std::string("The ticked items could not be saved. ") + error.what();
   }
-}
-
-void FrmMain::ShowAbout() const {
-  MessageBoxW(window(),
-              Wide("Quellix " QUELLIX_VERSION "\n\nCleans disks and the traces of use.").c_str(),
-              L"About Quellix", MB_OK | MB_ICONINFORMATION);
 }
 
 void FrmMain::OnDrawItem(const DRAWITEMSTRUCT& item) {

@@ -126,7 +126,6 @@ TEST_F(CacheListTest, OnlyCheckedRowsAreDeleted) {
 TEST_F(CacheListTest, WhatIsInUseStaysInTheList) {
   SeedOneOfEachKind();
   list.LoadCacheEntries(CacheKind::kAll);
-  const size_t before = list.RowCount();
   {
     const UsedCacheEntry used(L"http://a.example/plain");
     list.DeleteAllListed(kGoOn);
@@ -134,9 +133,9 @@ TEST_F(CacheListTest, WhatIsInUseStaysInTheList) {
     EXPECT_EQ(list.Status(), "1 entries");
     EXPECT_EQ(ports.url_cache.Entries().size(), 1u);
   }
-  list.DeleteAllListed(kGoOn);
+  // Windows deletes it by itself when it is no longer used; the list learns that when read anew.
+  list.LoadCacheEntries(CacheKind::kAll);
   EXPECT_EQ(list.RowCount(), 0u);
-  EXPECT_EQ(before, 4u);
 }
 
 TEST_F(CacheListTest, DeletionGoesFromTheLastRowUpAndCanBeStopped) {
@@ -173,6 +172,8 @@ TEST_F(CacheListTest, ColumnsSortByWhatTheyMean) {
   list.Sort(CacheColumn::kSize);
   EXPECT_EQ(list.Text(0, CacheColumn::kSize), "9");
   EXPECT_EQ(list.Text(1, CacheColumn::kSize), "10");
+  list.LoadCacheEntries(CacheKind::kAll);
+  EXPECT_EQ(list.Text(2, CacheColumn::kSize), "100") << "reading anew keeps the order";
 }
 
 }  // namespace
