@@ -6,6 +6,7 @@
 #include <map>
 
 #include "cli/backup_commands.h"
+#include "cli/cache_command.h"
 #include "cli/console_plugins.h"
 #include "cli/console_run.h"
 #include "cli/search_command.h"
@@ -93,11 +94,6 @@ int Fail(std::string_view sentence, ExitCode code) {
   return code;
 }
 
-int ExitCodeOf(const RunState& state) {
-  if (state.AbortRequested || state.SomeErrors) return kFailed;
-  return state.SomeFilesLocked ? kSomeFilesStayed : kDone;
-}
-
 void AddMachineOptions(CLI::App& command, MachineOptions& options,
                        const ConsolePlatform& platform) {
   command.add_option("--settings", options.settings, "Folder of Settings.ini and the lists")
@@ -121,6 +117,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
     AddMachineOptions(command, machine, platform);
   });
   ConsolePlugins plugins(app, platform);
+  CacheCommand cache(app, platform);
   SearchCommand search_options;
   const CLI::App* const search = AddSearch(app, search_options, platform);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
@@ -132,6 +129,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   try {
     if (backup.parsed()) return backup.Run(platform);
     if (plugins.IsParsed()) return plugins.Run();
+    if (cache.IsParsed()) return cache.Run();
     if (search->parsed()) return RunSearch(search_options, platform);
     return items->parsed() ? ListItems() : Clean(options, platform);
   } catch (const std::exception& error) {

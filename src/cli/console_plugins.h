@@ -16,7 +16,6 @@ namespace quellix {
 
 // What the commands of the console share. Fail prints a sentence and returns the code.
 int Fail(std::string_view sentence, ExitCode code);
-int ExitCodeOf(const RunState& state);
 void AddMachineOptions(CLI::App& command, MachineOptions& options, const ConsolePlatform& platform);
 
 // "quellixctl plugins ...". FILE is a plug-in of the folder Plugins or a path of the console's own.

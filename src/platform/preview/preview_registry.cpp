@@ -169,4 +169,12 @@ std::unique_ptr<RegistryKey> PreviewRegistry::Open(RegistryRoot root, std::strin
   return std::make_unique<PreviewKey>(std::move(key), std::move(place), access, changes_, log_);
 }
 
+std::unique_ptr<RegistryKey> PreviewRegistry::Create(RegistryRoot root, std::string_view path) {
+  auto key = Open(root, path, RegistryAccess::kWrite);
+  if (key == nullptr) {
+    throw Error(Error::Kind::kNotAvailable, "A preview makes no registry keys.");
+  }
+  return key;
+}
+
 }  // namespace quellix

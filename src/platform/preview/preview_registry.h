@@ -33,6 +33,8 @@ class PreviewRegistry : public Registry {
 
   std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
                                     RegistryAccess access) override;
+  // Opens a key that is there. Throws Error for one that is not: what is previewed makes none.
+  std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override;
 
  private:
   Registry& inner_;
