@@ -66,7 +66,7 @@ TEST_F(ConsoleTest, APreviewListsWhatWouldGoAndChangesNothing) {
   machine->MakeFile(temp + "sub\\a.tmp", "12345");
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   machine->SetText(kUser, kRunMruKey, "a", "cmd");
-  const std::string settings = ReadProgramFile("Settings.ini");
+  const std::string stored = ReadProgramFile("Settings.ini");
   for (const char* method : {"backup", "wipe"}) {
     const ProgramResult result =
         Clean({"--item", "CleanRunMRU", "chkTemp", "--preview", "--method", method});
@@ -81,7 +81,7 @@ TEST_F(ConsoleTest, APreviewListsWhatWouldGoAndChangesNothing) {
         << result.output;
     EXPECT_EQ(machine->Tree(temp), (std::vector<std::string>{"sub\\", "sub\\a.tmp"}));
     EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 1u);
-    EXPECT_EQ(ReadProgramFile("Settings.ini"), settings);
+    EXPECT_EQ(ReadProgramFile("Settings.ini"), stored);
     EXPECT_FALSE(machine->Exists(ports.program_folder + "\\Backup"));
   }
 }

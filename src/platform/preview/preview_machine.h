@@ -37,7 +37,7 @@ class PreviewMachine {
  public:
   explicit PreviewMachine(const Machine& inner);
 
-  Machine machine() { return machine_; }
+  Machine machine() const { return machine_; }
   const ChangeLog& changes() const { return log_; }
 
  private:
