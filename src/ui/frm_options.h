@@ -29,6 +29,7 @@ class FrmOptions : public OwnedWindow {
   void OnSized() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "options"; }
 
  private:
   void MakePages();

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "engine.h"
 #include "platform/machine.h"
+#include "ui/frm_about.h"
 #include "ui/frm_backups.h"
+#include "ui/frm_ie_cache.h"
 #include "ui/frm_options.h"
 
 namespace quellix {
-
-class Engine;
 
 // The windows that the main window's menus open.
 class MenuWindows {
@@ -23,6 +24,8 @@ class MenuWindows {
   Engine& engine_;
   FrmBackups backups_;
   FrmOptions options_;
+  FrmIECache cache_;
+  FrmAbout about_;
 };
 
 }  // namespace quellix

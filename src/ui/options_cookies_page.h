@@ -14,6 +14,7 @@ class OptionsCookiesPage : public OptionsPageWindow {
   void Fill() override;
   void OnSized() override;
   void OnControl(int id, int code) override;
+  const char* HelpTopic() const override { return "options-cookies"; }
   LRESULT OnNotify(NMHDR& header) override;
 
  private:

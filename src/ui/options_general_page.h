@@ -12,6 +12,7 @@ class OptionsGeneralPage : public OptionsPageWindow {
  protected:
   void Fill() override;
   void OnControl(int id, int code) override;
+  const char* HelpTopic() const override { return "options-general"; }
 
  private:
   void EnableFields() const;
@@ -26,6 +27,7 @@ class OptionsDeletionPage : public OptionsPageWindow {
  protected:
   void Fill() override;
   void OnControl(int id, int code) override;
+  const char* HelpTopic() const override { return "options-deletion"; }
 
  private:
   void FillWipeSteps() const;
@@ -42,6 +44,7 @@ class OptionsBackupsPage : public OptionsPageWindow {
  protected:
   void Fill() override;
   void OnControl(int id, int code) override;
+  const char* HelpTopic() const override { return "options-backups"; }
 };
 
 }  // namespace quellix

@@ -20,6 +20,7 @@ class OptionsListPage : public OptionsPageWindow {
   void OnSized() override;
   void OnResolution() override;
   void OnControl(int id, int code) override;
+  const char* HelpTopic() const override { return "options-lists"; }
   LRESULT OnNotify(NMHDR& header) override;
 
  private:

@@ -13,6 +13,7 @@ class OptionsSearchPage : public OptionsPageWindow {
   void Fill() override;
   void OnSized() override;
   void OnControl(int id, int code) override;
+  const char* HelpTopic() const override { return "options-search"; }
   LRESULT OnNotify(NMHDR& header) override;
 
  private:
