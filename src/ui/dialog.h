@@ -59,6 +59,7 @@ class Dialog {
   void SetDpi(int dpi) {
     dpi_ = dpi;
     OnResolution();
+    OnSized();
   }
   Layout& layout() { return layout_; }
 
