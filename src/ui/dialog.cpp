@@ -53,8 +53,7 @@ void Dialog::Dispatch(MSG& message) {
 
 // Null for a window that is none of ours.
 Dialog* Dialog::Of(HWND window) {
-  if (!window ||
-      GetWindowLongPtrW(window, DWLP_DLGPROC) != reinterpret_cast<LONG_PTR>(Procedure)) {
+  if (!window || GetWindowLongPtrW(window, DWLP_DLGPROC) != reinterpret_cast<LONG_PTR>(Procedure)) {
     return nullptr;
   }
   return reinterpret_cast<Dialog*>(GetWindowLongPtrW(window, DWLP_USER));
