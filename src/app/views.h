@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -56,18 +58,42 @@ class RunView {
 
 enum class OverwriteAnswer { kYes, kNo, kAll, kNone, kCancel };
 
-// What a command asks its user.
+// The files a file dialog offers: what it calls them, and their masks ("*.hlp;*.cnt").
+struct FileFilter {
+  std::string_view title;
+  std::string_view masks;
+};
+
+// What a command tells and asks its user. Texts are UTF-8, paths full Windows paths.
 class Prompts {
  public:
   virtual ~Prompts() = default;
+  virtual void Inform(std::string_view text) = 0;
+  // A question with Yes and No; closing it is No.
+  virtual bool AskYesNo(std::string_view question) = 0;
+  // A line of text, `preset` at first; nothing when the user cancels.
+  virtual std::optional<std::string> AskText(std::string_view question,
+                                             std::string_view preset) = 0;
+  // A file that is there, chosen from `folder` ("" for the last one) on; nothing when cancelled.
+  virtual std::optional<std::string> AskFile(std::span<const FileFilter> filters,
+                                             std::string_view folder) = 0;
+  // A folder, without trailing "\" unless it is a drive's root; nothing when cancelled.
+  virtual std::optional<std::string> AskFolder(std::string_view title) = 0;
   // Whether a restored file may replace the one at `path`; kAll and kNone answer for the files that
   // follow as well.
   virtual OverwriteAnswer AskOverwrite(std::string_view path) = 0;
 };
 
-// Where nobody can be asked: nothing is overwritten.
+// Where nobody can be asked: nothing is chosen, agreed to or overwritten.
 class NoPrompts : public Prompts {
  public:
+  void Inform(std::string_view) override {}
+  bool AskYesNo(std::string_view) override { return false; }
+  std::optional<std::string> AskText(std::string_view, std::string_view) override { return {}; }
+  std::optional<std::string> AskFile(std::span<const FileFilter>, std::string_view) override {
+    return {};
+  }
+  std::optional<std::string> AskFolder(std::string_view) override { return {}; }
   OverwriteAnswer AskOverwrite(std::string_view) override { return OverwriteAnswer::kNone; }
 };
 

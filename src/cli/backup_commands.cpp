@@ -12,7 +12,7 @@
 namespace quellix {
 namespace {
 
-class ConsolePrompts : public Prompts {
+class ConsolePrompts : public NoPrompts {
  public:
   OverwriteAnswer AskOverwrite(std::string_view path) override {
     std::cerr << path << " is there already. Replace it? [y]es, [n]o, [a]ll, n[o]ne, [q]uit: "

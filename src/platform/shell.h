@@ -31,6 +31,8 @@ class ShortcutReader {
   virtual bool IsGone(std::string_view path) = 0;
 };
 
+enum class ShellFeature { kRecycleBin, kAddressHistory, kClipboard };
+
 // What the Windows shell does for one user.
 class Shell {
  public:
@@ -51,6 +53,10 @@ class Shell {
 
   // Empties the clipboard of all formats. Throws Error (NotAvailable for a volume).
   virtual void EmptyClipboard() = 0;
+
+  // Throws NotAvailable, as Recycle, ClearAddressHistory and EmptyClipboard would, when this
+  // machine never can do it. Changes nothing.
+  virtual void Require(ShellFeature feature) = 0;
 
   // Must not outlive the shell. Throws Error when shortcuts cannot be read here.
   virtual std::unique_ptr<ShortcutReader> OpenShortcuts() = 0;

@@ -118,15 +118,14 @@ std::string Text(bool value) { return value ? "True" : "False"; }
 
 }  // namespace
 
-SearchOptions LoadSearchOptions(const Machine& machine) {
+SearchOptions ParseSearchOptions(std::vector<std::string> lines, const Locale& locale) {
+  const Fields fields(std::move(lines));
   SearchOptions options;
-  if (!machine.files.Look(machine.program_folder + "\\" + std::string(kFile))) return options;
-  const Fields fields(ReadListFile(machine, kFile));
   options.drives = fields.Line(0);
   fields.Read(1, 0, options.file_reference);
   fields.Read(1, 1, options.path_reference);
   fields.Read(2, 0, options.date);
-  ReadDates(fields.Line(2), machine.system.UserLocale(), options);
+  ReadDates(fields.Line(2), locale, options);
   fields.Read(3, 0, options.size);
   fields.Read(3, 1, options.size_equals);
   fields.Read(3, 2, options.size_minimum);
@@ -138,19 +137,26 @@ SearchOptions LoadSearchOptions(const Machine& machine) {
   return options;
 }
 
-void SaveSearchOptions(const Machine& machine, const SearchOptions& options) {
-  const Locale locale = machine.system.UserLocale();
-  const LocalTime now = machine.system.Now();
+SearchOptions LoadSearchOptions(const Machine& machine) {
+  if (!machine.files.Look(machine.program_folder + "\\" + std::string(kFile))) return {};
+  return ParseSearchOptions(ReadListFile(machine, kFile), machine.system.UserLocale());
+}
+
+std::vector<std::string> SearchOptionLines(const SearchOptions& options, const Locale& locale,
+                                           const LocalTime& now) {
   const auto number = [](auto value) { return std::to_string(value); };
-  WriteListFile(
-      machine, kFile,
-      {options.drives.value_or(""),
-       Join({number(options.file_reference), number(options.path_reference)}),
-       Join({number(options.date), DateText(options.first_date, now, locale),
-             DateText(options.second_date, now, locale)}),
-       Join({number(options.size), Text(options.size_equals), Text(options.size_minimum),
-             Text(options.size_maximum), number(options.size_kb)}),
-       Join({number(options.read_only), number(options.hidden), number(options.system)})});
+  return {options.drives.value_or(""),
+          Join({number(options.file_reference), number(options.path_reference)}),
+          Join({number(options.date), DateText(options.first_date, now, locale),
+                DateText(options.second_date, now, locale)}),
+          Join({number(options.size), Text(options.size_equals), Text(options.size_minimum),
+                Text(options.size_maximum), number(options.size_kb)}),
+          Join({number(options.read_only), number(options.hidden), number(options.system)})};
+}
+
+void SaveSearchOptions(const Machine& machine, const SearchOptions& options) {
+  WriteListFile(machine, kFile,
+                SearchOptionLines(options, machine.system.UserLocale(), machine.system.Now()));
 }
 
 std::string JoinDrives(const std::vector<std::string>& entries) {

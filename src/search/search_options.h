@@ -35,6 +35,11 @@ struct SearchOptions {
 // there but cannot be read.
 SearchOptions LoadSearchOptions(const Machine& machine);
 
+// The lines of srch.txt and back. A date that is not there is written as that of `now`.
+SearchOptions ParseSearchOptions(std::vector<std::string> lines, const Locale& locale);
+std::vector<std::string> SearchOptionLines(const SearchOptions& options, const Locale& locale,
+                                           const LocalTime& now);
+
 // Replaces srch.txt. Dates are written in the user's short form. Throws Error; the old file then
 // stays.
 void SaveSearchOptions(const Machine& machine, const SearchOptions& options);

@@ -1,14 +1,9 @@
 #include "ui/frm_backups.h"
 
-#include <shellapi.h>
-#include <shlobj.h>
-
 #include <algorithm>
 
-#include "engine.h"
 #include "platform/error.h"
 #include "platform/text.h"
-#include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
 
@@ -48,58 +43,17 @@ std::string WithCarriageReturns(const std::string& lines) {
   return ReplaceNoCase(lines, "\n", "\r\n");
 }
 
-INT_PTR CALLBACK OverwriteProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
-  if (message == WM_INITDIALOG) {
-    SetDlgItemTextW(dialog, txtTarget, reinterpret_cast<const wchar_t*>(lparam));
-    SetFocus(GetDlgItem(dialog, IDNO));
-    return FALSE;
-  }
-  if (message != WM_COMMAND) return FALSE;
-  const int id = LOWORD(wparam);
-  if (id != txtTarget) EndDialog(dialog, id);
-  return TRUE;
-}
-
-// The folder the user chose, "" for none.
-std::string AskForFolder(HWND owner) {
-  static LazyLibrary shell32(L"shell32.dll"), ole32(L"ole32.dll");
-  ole32.Find<decltype(&CoInitialize)>("CoInitialize")(nullptr);
-  BROWSEINFOW dialog{};
-  dialog.hwndOwner = owner;
-  dialog.lpszTitle = L"Restore into this folder:";
-  dialog.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
-  const auto browse = shell32.Find<decltype(&SHBrowseForFolderW)>("SHBrowseForFolderW");
-  const auto path_of = shell32.Find<decltype(&SHGetPathFromIDListW)>("SHGetPathFromIDListW");
-  wchar_t path[MAX_PATH] = {};
-  if (LPITEMIDLIST chosen = browse(&dialog)) {
-    path_of(chosen, path);
-    ole32.Find<decltype(&CoTaskMemFree)>("CoTaskMemFree")(chosen);
-  }
-  ole32.Find<decltype(&CoUninitialize)>("CoUninitialize")();
-  return Narrow(path);
-}
-
-bool OpenByShell(HWND owner, const std::string& path) {
-  static LazyLibrary shell32(L"shell32.dll");
-  const auto open = shell32.Find<decltype(&ShellExecuteW)>("ShellExecuteW");
-  const HINSTANCE result =
-      open(owner, nullptr, Wide(path).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
-  return reinterpret_cast<INT_PTR>(result) > 32;  // smaller ones are errors
-}
-
 }  // namespace
 
 void FrmBackups::Show(HWND owner) {
   const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
   browser_.emplace(machine_);
   SetCursor(arrow);
-  owner_ = owner;
-  Create(frmBackups, owner);
-  EnableWindow(owner, FALSE);
-  ShowWindow(window(), SW_SHOW);
+  Open(frmBackups, owner);
 }
 
 void FrmBackups::OnInit() {
+  prompts_.Attach(window());
   layout().Add(kAnchors);
   archives_.Attach(Control(lstvArchives), kOfArchives, [this](int row, int column) {
     return Cell{Wide(browser_->ArchiveText(static_cast<size_t>(row), ArchiveColumn(column)))};
@@ -236,20 +190,9 @@ void FrmBackups::SortEntries(int column) {
 void FrmBackups::OnContextMenu(HWND control, POINT screen) {
   const bool archives = control == Control(lstvArchives);
   if (!archives && control != Control(lstvEntries)) return;
-  if (screen.x == -1 && screen.y == -1) {  // from the keyboard
-    RECT place;
-    GetWindowRect(control, &place);
-    screen = {place.left + Scale(16, dpi()), place.top + Scale(28, dpi())};
-  }
-  const UniqueMenu menu(CreatePopupMenu());
-  UINT id = 0;
-  for (const Column& column : archives ? kOfArchives : kOfEntries) {
-    AppendMenuW(menu.Get(), MF_STRING, ++id, (std::wstring(L"Sort by ") + column.title).c_str());
-  }
-  const int chosen = TrackPopupMenu(menu.Get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y,
-                                    0, window(), nullptr);
-  if (chosen == 0) return;
-  archives ? SortArchives(chosen - 1) : SortEntries(chosen - 1);
+  const int chosen = (archives ? archives_ : entries_).AskForOrder(window(), screen);
+  if (chosen < 0) return;
+  archives ? SortArchives(chosen) : SortEntries(chosen);
 }
 
 void FrmBackups::ChangeMode() {
@@ -270,35 +213,20 @@ void FrmBackups::View() {
 
 void FrmBackups::Restore(int command) {
   const std::vector<size_t> rows = entries_.SelectedRows();
-  std::string folder;
-  if (command == cmdRestoreInto && (folder = AskForFolder(window())).empty()) return;
+  std::optional<std::string> folder;
+  if (command == cmdRestoreInto && !(folder = prompts_.AskFolder("Restore into this folder:"))) {
+    return;
+  }
   working_ = true;
   SetText(txtOutcome, "Restoring...");
   UpdateWindow(window());
   const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-  if (command == cmdRestoreAll) browser_->RestoreAll(*this);
-  if (command == cmdRestoreSelected) browser_->RestoreSelected(rows, *this);
-  if (command == cmdRestoreInto) browser_->RestoreInto(rows, folder, *this);
+  if (command == cmdRestoreAll) browser_->RestoreAll(prompts_);
+  if (command == cmdRestoreSelected) browser_->RestoreSelected(rows, prompts_);
+  if (command == cmdRestoreInto) browser_->RestoreInto(rows, *folder, prompts_);
   SetCursor(arrow);
   working_ = false;
   ShowOutcome();
-}
-
-OverwriteAnswer FrmBackups::AskOverwrite(std::string_view path) {
-  const std::wstring target = Wide(path);
-  switch (DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(frmOverwrite), window(),
-                          OverwriteProcedure, reinterpret_cast<LPARAM>(target.c_str()))) {
-    case IDYES:
-      return OverwriteAnswer::kYes;
-    case IDNO:
-      return OverwriteAnswer::kNo;
-    case cmdYesToAll:
-      return OverwriteAnswer::kAll;
-    case cmdNoToAll:
-      return OverwriteAnswer::kNone;
-    default:
-      return OverwriteAnswer::kCancel;
-  }
 }
 
 void FrmBackups::DeleteArchive() {
@@ -306,24 +234,18 @@ void FrmBackups::DeleteArchive() {
   if (!chosen) return;
   const std::string question =
       "Delete the archive " + chosen->name + "? The files in it cannot be restored afterwards.";
-  if (MessageBoxW(window(), Wide(question).c_str(), L"Delete archive",
-                  MB_YESNO | MB_DEFBUTTON2 | MB_ICONWARNING) != IDYES) {
-    return;
-  }
+  if (!prompts_.AskYesNo(question)) return;
   browser_->DeleteArchive();
   ShowArchives();
   ShowEntries();
 }
 
-// The owner comes back to life first, or Windows would hand the focus to another program.
 void FrmBackups::OnClose() {
-  if (working_) return;
-  EnableWindow(owner_, TRUE);
-  Close();
+  if (!working_) OwnedWindow::OnClose();
 }
 
 void FrmBackups::OnDestroyed() {
-  EnableWindow(owner_, TRUE);
+  OwnedWindow::OnDestroyed();
   if (!working_) browser_.reset();
 }
 

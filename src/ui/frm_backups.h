@@ -3,15 +3,16 @@
 #include <optional>
 
 #include "backup/backup_browser.h"
-#include "ui/dialog.h"
 #include "ui/list_view.h"
+#include "ui/owned_window.h"
 #include "ui/resource.h"
+#include "ui/window_prompts.h"
 
 namespace quellix {
 
-// The Backups window: the archives, what is in the chosen one, and what can be done with it. Its
-// owner is disabled while it is open, so that no run fills an archive meanwhile.
-class FrmBackups : public Dialog, private Prompts {
+// The Backups window: the archives, what is in the chosen one, and what can be done with it. No run
+// fills an archive meanwhile.
+class FrmBackups : public OwnedWindow {
  public:
   explicit FrmBackups(const Machine& machine) : machine_(machine) {}
 
@@ -27,10 +28,10 @@ class FrmBackups : public Dialog, private Prompts {
   void OnContextMenu(HWND control, POINT screen) override;
   void OnClose() override;
   void OnDestroyed() override;
+  const char* HelpTopic() const override { return "backups"; }
   HBRUSH OnControlColor(HDC target, HWND control) override;
 
  private:
-  OverwriteAnswer AskOverwrite(std::string_view path) override;
   void OnArchivesNotify(const NMHDR& header);
   void OnEntriesNotify(const NMHDR& header);
   void SortArchives(int column);
@@ -47,7 +48,7 @@ class FrmBackups : public Dialog, private Prompts {
   Machine machine_;
   std::optional<BackupBrowser> browser_;
   ListView archives_, entries_;
-  HWND owner_ = nullptr;
+  WindowPrompts prompts_;
   bool filling_ = false;  // the lists change by themselves, not by the user
   bool working_ = false;
 };

@@ -1,15 +1,11 @@
 #include "ui/frm_log.h"
 
-#include <commdlg.h>
-
-#include <vector>
-
 #include "app/run_report.h"
 #include "engine.h"
 #include "platform/error.h"
-#include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_text.h"
 #include "ui/resource.h"
+#include "ui/window_prompts.h"
 
 namespace quellix {
 namespace {
@@ -70,29 +66,12 @@ HBRUSH FrmLog::OnControlColor(HDC target, HWND control) {
   return GetSysColorBrush(COLOR_WINDOW);
 }
 
-// The path the user chose, "" for none.
-std::string FrmLog::AskForFile() const {
-  static LazyLibrary comdlg32(L"comdlg32.dll");
-  std::vector<wchar_t> path(32768);
-  std::wstring_view(L"cleanup").copy(path.data(), path.size());
-  OPENFILENAMEW dialog{};
-  dialog.lStructSize = sizeof(dialog);
-  dialog.hwndOwner = window();
-  dialog.lpstrFilter = L"Log Files ( *.log )\0*.log\0";
-  dialog.lpstrFile = path.data();
-  dialog.nMaxFile = static_cast<DWORD>(path.size());
-  dialog.lpstrDefExt = L"log";
-  dialog.Flags = OFN_EXPLORER | OFN_ENABLESIZING | OFN_HIDEREADONLY | OFN_NOCHANGEDIR |
-                 OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST;
-  const auto ask = comdlg32.Find<decltype(&GetSaveFileNameW)>("GetSaveFileNameW");
-  return ask(&dialog) ? Narrow(path.data()) : "";
-}
-
 void FrmLog::Save() const {
-  const std::string path = AskForFile();
-  if (path.empty()) return;
+  const std::optional<std::string> path =
+      AskWhereToSave(window(), {"Log Files ( *.log )", "*.log"}, "cleanup", "log");
+  if (!path) return;
   try {
-    files_.WriteWholeFile(path, report_.log);
+    files_.WriteWholeFile(*path, report_.log);
   } catch (const Error& error) {
     const std::string text = std::string("The log could not be saved. ") + error.what();
     MessageBoxW(window(), Wide(text).c_str(), Wide(kApplicationTitle).c_str(),

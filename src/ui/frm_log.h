@@ -20,12 +20,12 @@ class FrmLog : public Dialog {
   HWND FirstFocus() override { return Control(IDCANCEL); }
   void OnResolution() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "log"; }
   LRESULT OnNotify(NMHDR& header) override;
   HBRUSH OnControlColor(HDC target, HWND control) override;
 
  private:
   Cell CategoryCell(int row, int column) const;
-  std::string AskForFile() const;
   void Save() const;
 
   FileSystem& files_;

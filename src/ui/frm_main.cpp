@@ -1,16 +1,19 @@
 #include "ui/frm_main.h"
 
+#include <shellapi.h>
+#include <windowsx.h>
+
 #include <algorithm>
 #include <vector>
 
 #include "app/item_catalogue.h"
-#include "app/list_files.h"
+#include "app/mod_shut_down.h"
+#include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
-#include "version.h"
 
 namespace quellix {
 namespace {
@@ -29,14 +32,27 @@ constexpr GroupPlace kGroups[] = {
 };
 
 constexpr Anchor kAnchors[] = {
-    {lblTip, 2 / 3.0, 0, 1, 0}, {txtTip, 2 / 3.0, 0, 1, 1},    {lblStatus, 0, 1, 1, 1},
-    {pgClean, 0, 1, 1, 1},      {lblCleanCaption, 0, 1, 0, 1}, {lblCleanDate, 0, 1, 1, 1},
-    {cmdClean, 1, 1, 1, 1},     {cmdStop, 1, 1, 1, 1},
+    {lblTip, 2 / 3.0, 0, 1, 0}, {txtTip, 2 / 3.0, 0, 1, 1}, {cmdNextTip, 2 / 3.0, 1, 2 / 3.0, 1},
+    {lblStatus, 0, 1, 1, 1},    {pgClean, 0, 1, 1, 1},      {lblCleanCaption, 0, 1, 0, 1},
+    {lblCleanDate, 0, 1, 1, 1}, {cmdClean, 1, 1, 1, 1},     {cmdStop, 1, 1, 1, 1},
 };
 
 constexpr int kFooterControls[] = {lblStatus, lblCleanCaption, lblCleanDate,
                                    pgClean,   cmdClean,        cmdStop};
 
+struct TurnOffEntry {
+  int entry;
+  void (*end_session)(Session&);
+};
+constexpr TurnOffEntry kTurnOff[] = {
+    {mnuPowrOff, modShutDown::PowerOff},
+    {mnu_Restart, modShutDown::Restart},
+    {mnuLogOff, modShutDown::LogOff},
+    {mnuShutDown, modShutDown::ShutDown},
+    {mnuForceShutDOwn, modShutDown::ForceShutDown},
+};
+
+constexpr UINT kMillisecondsPerTick = 5000;
 constexpr wchar_t kNotYet[] = L"Not available in this version yet.";
 constexpr wchar_t kProtected[] = L"Switched off for safety. Enable it in the Options.";
 
@@ -53,12 +69,35 @@ const GroupPlace& PlaceOf(Group group) {
 
 }  // namespace
 
-void FrmMain::Open(const std::string& problems) {
-  Create(frmMain, nullptr);
+void FrmMain::Open(HWND owner, StartMode mode) {
+  const bool is_hidden = mode == StartMode::kHidden;
+  const std::string problems = engine_.Load(is_hidden ? nullptr : &tips_);
+  Create(frmMain, owner);
+  if (is_hidden) return RunHidden(problems.empty());
   ShowWindow(window(), SW_SHOW);
-  if (problems.empty()) return;
-  MessageBoxW(window(), Wide(problems).c_str(), Wide(kApplicationTitle).c_str(),
-              MB_OK | MB_ICONWARNING);
+  if (!problems.empty()) Warn(problems);
+  if (mode != StartMode::kNormal) display_.SetStatus("");
+  if (CleansAtStart(mode, engine_.general().startup_clean)) {
+    Run([this] { engine_.RunCleaning(); });
+  }
+}
+
+// Nobody is told anything; so where settings or ticked items could not be read, nothing is removed.
+void FrmMain::RunHidden(bool is_loaded) {
+  RunState& state = engine_.state();
+  state.Hidden = true;
+  exit_code_ = kFailed;
+  if (is_loaded) {
+    Run([this] { engine_.RunCleaning(); });
+    exit_code_ = ExitCodeOf(state);
+  }
+  state.Hidden = false;
+  // Who has started the program meanwhile has got this window and keeps it.
+  if (IsWindowVisible(window())) {
+    exit_code_ = kDone;
+  } else {
+    Close();
+  }
 }
 
 void FrmMain::OnInit() {
@@ -66,6 +105,7 @@ void FrmMain::OnInit() {
   FillBoxes();
   RefreshBoxes();
   ShowTip();
+  FollowSettings();
   display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
   display_.Flush();
 }
@@ -81,27 +121,51 @@ void FrmMain::AddAnchors() {
 }
 
 void FrmMain::FillBoxes() {
-  tips_.Attach(window());
+  tool_tips_.Attach(window());
   for (const GroupPlace& place : kGroups) MakeGroupHeading(Control(place.heading));
   for (const Item& item : AllItems()) {
     SetText(BoxOf(item), item.Label());
     const bool enabled = engine_.selection().IsEnabled(item);
     EnableWindow(Control(BoxOf(item)), enabled);
-    if (!enabled) tips_.Add(Control(BoxOf(item)), item.cleaner ? kProtected : kNotYet);
+    if (!enabled) tool_tips_.Add(Control(BoxOf(item)), item.cleaner ? kProtected : kNotYet);
   }
 }
 
 void FrmMain::ShowTip() {
-  std::vector<std::string> tips;
-  try {
-    if (engine_.general().tip_box) tips = ReadListFile(machine_, "tips.txt");
-  } catch (const Error&) {
-    // A tip that cannot be read is no loss worth a message.
+  const std::string tip = engine_.general().tip_box ? tips_.Next() : "";
+  for (const int control : {lblTip, txtTip, cmdNextTip}) {
+    ShowWindow(Control(control), tip.empty() ? SW_HIDE : SW_SHOW);
   }
-  const int show = tips.empty() ? SW_HIDE : SW_SHOW;
-  ShowWindow(Control(lblTip), show);
-  ShowWindow(Control(txtTip), show);
-  if (!tips.empty()) SetText(txtTip, tips.front());
+  SetText(txtTip, tip);
+}
+
+// Settings that were read anew.
+void FrmMain::FollowSettings() {
+  if (engine_.auto_clean().IsOn()) {
+    SetTimer(window(), tmrClean, kMillisecondsPerTick, nullptr);
+  } else {
+    KillTimer(window(), tmrClean);
+  }
+}
+
+// Whether the user could press Clean: no run is in progress, and neither a window before this one
+// nor a menu is open.
+bool FrmMain::CanClean() const {
+  GUITHREADINFO thread{};
+  thread.cbSize = sizeof(thread);
+  GetGUIThreadInfo(GetCurrentThreadId(), &thread);
+  return !running_ && IsWindowEnabled(window()) && !(thread.flags & GUI_INMENUMODE);
+}
+
+// Of a run that begins by itself while no window is shown, nobody is told anything.
+void FrmMain::OnTimer(UINT_PTR id) {
+  if (id != tmrClean) return;
+  engine_.auto_clean().Tick([this] { return CanClean(); },
+                            [this] {
+                              engine_.state().Hidden = !IsWindowVisible(window());
+                              Run([this] { engine_.RunCleaning(); });
+                              engine_.state().Hidden = false;
+                            });
 }
 
 void FrmMain::RefreshBoxes() {
@@ -112,7 +176,7 @@ void FrmMain::RefreshBoxes() {
 }
 
 void FrmMain::OnSized() {
-  tips_.Move();
+  tool_tips_.Move();
   PlaceCurrentItem(current_item_);
   InvalidateRect(window(), nullptr, TRUE);
 }
@@ -129,16 +193,17 @@ void FrmMain::OnCommand(int id, int code) {
   if (id == cmdStop || (id == IDCANCEL && running_)) return engine_.StopCleaning();
   if (running_ || (code != BN_CLICKED && code != BN_DOUBLECLICKED)) return;
   if (Toggle(id)) return RefreshBoxes();
+  if (TurnOff(id)) return;
   switch (id) {
     case cmdClean:
     case mnuClean:
       return Run([this] { engine_.RunCleaning(); });
-    case mnuBackups:
-      return backups_.Show(window());
+    case cmdNextTip:
+      return ShowTip();
     case mnuExit:
-      return OnClose();
-    case mnuAbout:
-      return ShowAbout();
+      return Exit();
+    default:
+      windows_.Open(id, window());
   }
 }
 
@@ -161,6 +226,13 @@ bool FrmMain::Toggle(int id) {
   return true;
 }
 
+bool FrmMain::TurnOff(int id) {
+  const auto command = std::ranges::find(kTurnOff, id, &TurnOffEntry::entry);
+  if (command == std::end(kTurnOff)) return false;
+  command->end_session(machine_.session);
+  return true;
+}
+
 void FrmMain::Run(const std::function<void()>& work) {
   if (running_) return;
   running_ = true;
@@ -168,7 +240,7 @@ void FrmMain::Run(const std::function<void()>& work) {
   try {
     work();
   } catch (const std::exception& error) {
-    display_.ShowCritical(error.what());
+    ReportCritical(engine_.context(), error.what());
   }
   display_.Flush();
   running_ = false;
@@ -177,7 +249,7 @@ void FrmMain::Run(const std::function<void()>& work) {
 
 void FrmMain::AfterRun() {
   const std::optional<RunReport> report = display_.TakeReport();
-  if (close_after_run_) return OnClose();
+  if (close_after_run_) return Exit();
   if (report) log_.Show(window(), *report);
 }
 
@@ -219,34 +291,77 @@ void FrmMain::PlaceCurrentItem(const Item* item) {
 }
 
 void FrmMain::OnClose() {
+  const bool stays = engine_.auto_clean().IsOn() && engine_.general().tray_icon;
+  return stays && IsWindowVisible(window()) ? GoToTray() : Exit();
+}
+
+// Where no notification area takes the icon, the window must stay within reach.
+void FrmMain::GoToTray() {
+  const bool has_icon = tray_.Show(window(), Wide(kApplicationTitle).c_str());
+  ShowWindow(window(), has_icon ? SW_HIDE : SW_MINIMIZE);
+}
+
+bool FrmMain::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+  tray_.Follow(message);
+  if (message == WM_SHOWWINDOW && wparam) tray_.Hide();
+  if (message != TrayIcon::kMessage) return false;
+  switch (LOWORD(lparam)) {
+    case NIN_SELECT:
+    case NIN_KEYSELECT:
+      ComeForward();
+      break;
+    case WM_CONTEXTMENU:
+      ShowTrayMenu({GET_X_LPARAM(wparam), GET_Y_LPARAM(wparam)});
+      break;
+  }
+  return true;
+}
+
+void FrmMain::ComeForward() const {
+  ShowWindow(window(), SW_SHOW);
+  SetForegroundWindow(window());
+}
+
+// Only a menu of the foreground window goes away when the user clicks elsewhere.
+void FrmMain::ShowTrayMenu(POINT screen) {
+  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuTray)));
+  const HMENU entries = GetSubMenu(menu.Get(), 0);
+  if (!CanClean()) EnableMenuItem(entries, mnuTrayClean, MF_BYCOMMAND | MF_GRAYED);
+  SetForegroundWindow(window());
+  const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
+                                    window(), nullptr);
+  PostMessageW(window(), WM_NULL, 0, 0);
+  if (chosen == mnuTrayOpen) ComeForward();
+  if (chosen == mnuTrayClean) Run([this] { engine_.RunCleaning(); });
+  if (chosen == mnuTrayExit) Exit();
+}
+
+void FrmMain::Exit() {
   if (running_) {
     close_after_run_ = true;
     engine_.StopCleaning();
     return;
   }
-  const std::string problem = SaveCheckStates();
-  if (!problem.empty()) {
-    MessageBoxW(window(), Wide(problem).c_str(), Wide(kApplicationTitle).c_str(),
-                MB_OK | MB_ICONWARNING);
-  }
+  const std::string problem = Save();
+  if (!problem.empty() && !engine_.state().Hidden) Warn(problem);
   Close();
 }
 
-void FrmMain::OnEndSession() { SaveCheckStates(); }
+void FrmMain::OnEndSession() { Save(); }
 
-std::string FrmMain::SaveCheckStates() const {
+void FrmMain::Warn(const std::string& text) const {
+  MessageBoxW(window(), Wide(text).c_str(), Wide(kApplicationTitle).c_str(),
+              MB_OK | MB_ICONWARNING);
+}
+
+std::string FrmMain::Save() const {
+  tips_.Save();
   try {
     engine_.Save();
     return "";
   } catch (const Error& error) {
     return std::string("The ticked items could not be saved. ") + error.what();
   }
-}
-
-void FrmMain::ShowAbout() const {
-  MessageBoxW(window(),
-              Wide("Quellix " QUELLIX_VERSION "\n\nCleans disks and the traces of use.").c_str(),
-              L"About Quellix", MB_OK | MB_ICONINFORMATION);
 }
 
 void FrmMain::OnDrawItem(const DRAWITEMSTRUCT& item) {

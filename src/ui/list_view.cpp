@@ -20,6 +20,18 @@ void ListView::Attach(HWND list, std::span<const Column> columns, Provider provi
   }
 }
 
+void ListView::SetCheckBoxes(IsTicked is_ticked, Toggle toggle) {
+  is_ticked_ = std::move(is_ticked);
+  toggle_ = std::move(toggle);
+  ListView_SetExtendedListViewStyleEx(list_, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);
+  ListView_SetCallbackMask(list_, LVIS_STATEIMAGEMASK);
+}
+
+void ListView::SetTips(Tip tip) {
+  tip_ = std::move(tip);
+  ListView_SetExtendedListViewStyleEx(list_, LVS_EX_INFOTIP, LVS_EX_INFOTIP);
+}
+
 void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span<const int> icons) {
   for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
     ListView_SetColumnWidth(list_, i, Scale(columns[i].width, dpi));
@@ -39,6 +51,10 @@ void ListView::SetRows(int count) {
   ListView_SetItemCountEx(list_, count, LVSICF_NOSCROLL);
   ListView_SetItemState(list_, -1, 0, LVIS_SELECTED);
   InvalidateRect(list_, nullptr, TRUE);
+}
+
+void ListView::GrowTo(int count) {
+  ListView_SetItemCountEx(list_, count, LVSICF_NOSCROLL | LVSICF_NOINVALIDATEALL);
 }
 
 std::vector<size_t> ListView::SelectedRows() const {
@@ -79,13 +95,116 @@ void ListView::ShowOrder(int column, bool descending) {
   }
 }
 
-bool ListView::OnNotify(NMHDR& header) {
-  if (header.hwndFrom != list_ || header.code != LVN_GETDISPINFOW) return false;
-  LVITEMW& item = reinterpret_cast<NMLVDISPINFOW&>(header).item;
-  const Cell cell = provider_(item.iItem, item.iSubItem);
-  if (item.mask & LVIF_TEXT) lstrcpynW(item.pszText, cell.text.c_str(), item.cchTextMax);
-  if (item.mask & LVIF_IMAGE) item.iImage = cell.image;
+POINT ListView::MenuPlace(POINT screen) const {
+  if (screen.x != -1 || screen.y != -1) return screen;
+  const int row = std::max(ListView_GetNextItem(list_, -1, LVNI_FOCUSED), 0);
+  RECT place{};
+  ListView_GetItemRect(list_, row, &place, LVIR_LABEL);
+  POINT corner{place.left, place.bottom};
+  ClientToScreen(list_, &corner);
+  return corner;
+}
+
+int ListView::AskForOrder(HWND window, POINT screen) const {
+  const HWND header = ListView_GetHeader(list_);
+  const UniqueMenu menu(CreatePopupMenu());
+  for (int i = 0; i < Header_GetItemCount(header); ++i) {
+    wchar_t title[128] = {};
+    HDITEMW item{};
+    item.mask = HDI_TEXT;
+    item.pszText = title;
+    item.cchTextMax = static_cast<int>(std::size(title));
+    Header_GetItem(header, i, &item);
+    AppendMenuW(menu.Get(), MF_STRING, static_cast<UINT>(i) + 1,
+                (std::wstring(L"Sort by ") + title).c_str());
+  }
+  const POINT place = MenuPlace(screen);
+  return TrackPopupMenu(menu.Get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, place.x, place.y, 0, window,
+                        nullptr) -
+         1;
+}
+
+std::vector<int> ListView::Widths(int dpi) const {
+  std::vector<int> widths;
+  for (int i = 0; i < Header_GetItemCount(ListView_GetHeader(list_)); ++i) {
+    widths.push_back(MulDiv(ListView_GetColumnWidth(list_, i), 96, dpi));
+  }
+  return widths;
+}
+
+void ListView::SetWidths(std::span<const int> widths, int dpi) {
+  for (int i = 0; i < static_cast<int>(widths.size()); ++i) {
+    ListView_SetColumnWidth(list_, i, Scale(widths[i], dpi));
+  }
+}
+
+bool ListView::OnNotify(NMHDR& header, LRESULT* result) {
+  if (header.hwndFrom != list_) return false;
+  switch (header.code) {
+    case LVN_GETDISPINFOW:
+      Answer(reinterpret_cast<NMLVDISPINFOW&>(header).item);
+      return true;
+    case LVN_GETINFOTIPW: {
+      auto& tip = reinterpret_cast<NMLVGETINFOTIPW&>(header);
+      if (tip_) lstrcpynW(tip.pszText, tip_(tip.iItem).c_str(), tip.cchTextMax);
+      return true;
+    }
+    case NM_CUSTOMDRAW:
+      if (!is_marked_ || !result) return false;
+      *result = Paint(reinterpret_cast<const NMLVCUSTOMDRAW&>(header));
+      return true;
+    case NM_CLICK:
+      return OnClick(reinterpret_cast<const NMITEMACTIVATE&>(header));
+    case LVN_KEYDOWN:
+      if (!toggle_ || reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey != VK_SPACE) return false;
+      ToggleSelected();
+      return true;
+    default:
+      return false;
+  }
+}
+
+void ListView::Answer(LVITEMW& item) const {
+  if (item.mask & (LVIF_TEXT | LVIF_IMAGE)) {
+    const Cell cell = provider_(item.iItem, item.iSubItem);
+    if (item.mask & LVIF_TEXT) lstrcpynW(item.pszText, cell.text.c_str(), item.cchTextMax);
+    if (item.mask & LVIF_IMAGE) item.iImage = cell.image;
+  }
+  if ((item.mask & LVIF_STATE) && is_ticked_) {
+    item.state = INDEXTOSTATEIMAGEMASK(is_ticked_(item.iItem) ? 2 : 1);
+    item.stateMask = LVIS_STATEIMAGEMASK;
+  }
+}
+
+LRESULT ListView::Paint(const NMLVCUSTOMDRAW& draw) const {
+  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+  if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT) return CDRF_DODEFAULT;
+  if (is_marked_(static_cast<int>(draw.nmcd.dwItemSpec))) {
+    const_cast<NMLVCUSTOMDRAW&>(draw).clrText = kMarkedRow;
+  }
+  return CDRF_DODEFAULT;
+}
+
+bool ListView::OnClick(const NMITEMACTIVATE& click) {
+  if (!toggle_) return false;
+  LVHITTESTINFO hit{};
+  hit.pt = click.ptAction;
+  const int row = ListView_HitTest(list_, &hit);
+  if (row < 0 || hit.flags != LVHT_ONITEMSTATEICON) return false;
+  toggle_(row);
+  Refresh();
   return true;
+}
+
+void ListView::ToggleSelected() {
+  const int focused = ListView_GetNextItem(list_, -1, LVNI_FOCUSED);
+  if (focused < 0) return;
+  const bool ticked = is_ticked_(focused);
+  for (const size_t row : SelectedRows()) {
+    const int index = static_cast<int>(row);
+    if (is_ticked_(index) == ticked) toggle_(index);
+  }
+  Refresh();
 }
 
 }  // namespace quellix

@@ -21,17 +21,35 @@ struct Cell {
   int image = -1;  // of the images given, from 0; only the first column shows one
 };
 
+inline constexpr COLORREF kMarkedRow = RGB(255, 0, 0);
+
 // A list in report form whose rows live elsewhere and are asked for when they are shown.
 class ListView {
  public:
   using Provider = std::function<Cell(int row, int column)>;
+  // Whether a row is ticked, and what a click on its box or the space bar does.
+  using IsTicked = std::function<bool(int row)>;
+  using Toggle = std::function<void(int row)>;
+  using IsMarked = std::function<bool(int row)>;
+  using Tip = std::function<std::wstring(int row)>;
 
   // `list` is an owner-data list view and outlives its use here.
   void Attach(HWND list, std::span<const Column> columns, Provider provider);
+  // Each row gets a check box. The space bar toggles all selected rows, as their focused one says.
+  void SetCheckBoxes(IsTicked is_ticked, Toggle toggle);
+  // Rows whose text is painted in kMarkedRow.
+  void SetMarks(IsMarked is_marked) { is_marked_ = std::move(is_marked); }
+  // A text shown while the mouse rests on a row; "" for none.
+  void SetTips(Tip tip);
+
   // Images and column widths for a resolution. `icons` are resources of the program.
   void SetResolution(int dpi, std::span<const Column> columns, std::span<const int> icons);
   // Selects nothing.
   void SetRows(int count);
+  // More rows behind those that are shown; selection and place are kept.
+  void GrowTo(int count);
+  // Paints again what is seen.
+  void Refresh() const { InvalidateRect(list_, nullptr, FALSE); }
   std::vector<size_t> SelectedRows() const;
   int CountSelected() const { return ListView_GetSelectedCount(list_); }
   // Selects one row, with the focus, and brings it into view.
@@ -41,12 +59,29 @@ class ListView {
   void FillWith(int column, int minimum);
   // The arrow on the heading of the column that sorts.
   void ShowOrder(int column, bool descending);
-  // True when the notification was this list's and is answered.
-  bool OnNotify(NMHDR& header);
+  // A menu of the columns at `screen`, for the keyboard (there -1, -1) what the headings are for
+  // the mouse; the chosen column, or -1.
+  int AskForOrder(HWND window, POINT screen) const;
+  // Widths of the columns in 96-DPI units, and how the user left them.
+  std::vector<int> Widths(int dpi) const;
+  void SetWidths(std::span<const int> widths, int dpi);
+  // The place of a context menu: `screen`, or for the keyboard the focused row.
+  POINT MenuPlace(POINT screen) const;
+  // True when the notification was this list's and is answered; `result` is then what to return.
+  bool OnNotify(NMHDR& header, LRESULT* result = nullptr);
 
  private:
+  void Answer(LVITEMW& item) const;
+  LRESULT Paint(const NMLVCUSTOMDRAW& draw) const;
+  bool OnClick(const NMITEMACTIVATE& click);
+  void ToggleSelected();
+
   HWND list_ = nullptr;
   Provider provider_;
+  IsTicked is_ticked_;
+  Toggle toggle_;
+  IsMarked is_marked_;
+  Tip tip_;
   UniqueImages images_;
 };
 

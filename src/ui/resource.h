@@ -8,6 +8,20 @@
 #define frmLog 101
 #define frmBackups 102
 #define frmOverwrite 103
+#define frmAskText 104
+// 110 to 119: the Options window and its pages
+
+// 120 to 129: the results of a junk search
+
+// 130 to 139: plug-ins
+
+// 140 to 149: registry tools
+
+// 150 to 159: the Internet cache
+#define frmIECache 150
+
+// 160 to 169: start-up, tray, About
+#define frmAbout 160
 
 // Icons
 #define icoQuellix 1
@@ -27,6 +41,42 @@
 #define mnuAbout 222
 #define mnuPopup 223
 #define mnuBackups 224
+#define mnuProcessPlugin 225
+#define mnuManagePlugin 226
+#define mnuIECache 227
+#define mnuOrphanedDLL 228
+#define mnuOrphanedFilePath 229
+#define mnuOrphanedApplicationPath 230
+#define mnuOrphanedHelpFile 231
+#define mnuOrphanedActivex 232
+#define mnuOptions 233
+#define mnuContents 234
+// 240 to 249: turning the computer off, the tray
+#define mnuTurnOff 240
+#define mnuPowrOff 241
+#define mnu_Restart 242
+#define mnuLogOff 243
+#define mnuShutDown 244
+#define mnuForceShutDOwn 245
+#define mnuTray 246
+#define mnuTrayOpen 247
+#define mnuTrayClean 248
+#define mnuTrayExit 249
+
+// 300 to 319: the menus of the results of a junk search
+
+// 320 to 359: the menus of plug-ins
+
+// 360 to 379: the menus of registry tools
+
+// 380 to 399: the menus of the Internet cache
+#define mnuSortBy 380
+
+// 400 to 409: entries of the menus of several lists
+#define mnuSelectAll 400
+#define mnuDeselectAll 401
+#define mnuDeleteSelected 402
+#define mnuDeleteAll 403
 
 // The items' boxes in run order: 1000 + Item::run_order.
 #define chkRecycleBin 1001
@@ -75,6 +125,8 @@
 #define lblCleanDate 1112
 #define cmdClean 1113
 #define cmdStop 1114
+#define cmdNextTip 1115
+#define tmrClean 1116
 
 // The log window
 #define txtLog 1201
@@ -104,3 +156,43 @@
 #define txtTarget 1401
 #define cmdYesToAll 1402
 #define cmdNoToAll 1403
+
+// Commands of several windows
+#define cmdSelectAll 1420
+#define cmdDeselectAll 1421
+#define cmdDelete 1422
+
+// The question for a text
+#define lblQuestion 1411
+#define txtAnswer 1412
+
+// The results of a junk search: 1500 to 1599
+
+// Plug-ins: 1600 to 1799
+
+// Registry tools: 1800 to 1899
+
+// The Internet cache: 1900 to 1949
+#define lblShow 1900
+#define optAll 1901
+#define optCookies 1902
+#define optHistory 1903
+#define optURL 1904
+#define lblCache 1905
+#define lstvCache 1906
+#define fmDisplay 1907
+#define lblDisplaying 1908
+#define wbCache 1909
+#define txtCache 1910
+#define cmdRefresh 1911
+#define cmdClear 1912
+
+// Start-up, tray, About: 1950 to 1999
+#define imgAbout 1950
+#define lblPurpose 1951
+#define lblVersion 1952
+#define lblBuild 1953
+#define lblLicences 1954
+#define txtLicences 1955
+
+// The Options window: 2000 to 2399

@@ -100,9 +100,8 @@ void RunDisplay::FlushCommands() {
   shown_commands_ = commands_;
 }
 
-// The Plugins menu holds nothing that works yet and stays unavailable.
 void RunDisplay::EnableMenus(bool enable) const {
-  for (const int menu : {mnuFile, mnuTools, mnuHelp}) {
+  for (const int menu : {mnuFile, mnuPlugins, mnuTools, mnuHelp}) {
     EnableMenuItem(GetMenu(window_), static_cast<UINT>(menu - mnuFile),
                    MF_BYPOSITION | (enable ? MF_ENABLED : MF_GRAYED));
   }

@@ -89,7 +89,7 @@ TEST_F(BackupBrowserTest, RestoresWhatIsSelected) {
   EXPECT_FALSE(machine->Exists(tree + "A.txt"));
   EXPECT_TRUE(browser.outcome().starts_with("1 file restored to ")) << browser.outcome();
 
-  prompts.answers = {OverwriteAnswer::kNo};
+  prompts.overwrites = {OverwriteAnswer::kNo};
   browser.RestoreAll(prompts);
   EXPECT_EQ(prompts.asked, std::vector<std::string>{tree + "b.txt"});
   EXPECT_TRUE(browser.outcome().ends_with(", 1 left as they were.\n")) << browser.outcome();

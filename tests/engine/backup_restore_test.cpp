@@ -106,7 +106,7 @@ TEST_F(BackupRestoreTest, FilesThatAreThereAreTreatedAsChosen) {
     machine->SetLastWrite(tree + "old", old);
     machine->SetLastWrite(tree + "young", young);
     prompts.asked.clear();
-    prompts.answers = row.answers;
+    prompts.overwrites.assign(row.answers.begin(), row.answers.end());
     const RestoreResult result =
         Restore({tree.substr(3) + "OLD", tree.substr(3) + "young"}, "", row.mode);
     EXPECT_EQ(result.problems, std::vector<std::string>());

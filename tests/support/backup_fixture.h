@@ -9,20 +9,9 @@
 #include "platform/path.h"
 #include "search/drive_scan.h"
 #include "support/run_fixture.h"
+#include "support/scripted_prompts.h"
 
 namespace quellix {
-
-// Plays the user who is asked.
-class ScriptedPrompts : public Prompts {
- public:
-  std::vector<OverwriteAnswer> answers;  // in order; kCancel behind them
-  std::vector<std::string> asked;
-
-  OverwriteAnswer AskOverwrite(std::string_view path) override {
-    asked.emplace_back(path);
-    return asked.size() <= answers.size() ? answers[asked.size() - 1] : OverwriteAnswer::kCancel;
-  }
-};
 
 // A machine whose files are removed with a backup, and its backups.
 class BackupFixture : public RunFixture {

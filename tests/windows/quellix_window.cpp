@@ -32,9 +32,19 @@ const auto* const kGuard = ::testing::AddGlobalTestEnvironment(new SandboxGuard)
 
 struct Search {
   DWORD process;
-  std::wstring_view title, window_class;
+  std::wstring_view title, window_class, text;
   HWND found;
 };
+
+// Stops at a control that shows the text.
+BOOL CALLBACK CompareText(HWND control, LPARAM parameter) {
+  return TextOf(control).find(*reinterpret_cast<const std::wstring_view*>(parameter)) ==
+         std::wstring::npos;
+}
+
+bool Shows(HWND window, std::wstring_view text) {
+  return text.empty() || !EnumChildWindows(window, CompareText, reinterpret_cast<LPARAM>(&text));
+}
 
 BOOL CALLBACK Compare(HWND window, LPARAM parameter) {
   Search& search = *reinterpret_cast<Search*>(parameter);
@@ -43,8 +53,9 @@ BOOL CALLBACK Compare(HWND window, LPARAM parameter) {
   if (process != search.process || !IsWindowVisible(window)) return TRUE;
   wchar_t text[100] = {};
   GetClassNameW(window, text, 100);
-  if (search.window_class != text) return TRUE;
+  if (!search.window_class.empty() && search.window_class != text) return TRUE;
   if (!search.title.empty() && search.title != TextOf(window)) return TRUE;
+  if (!Shows(window, search.text)) return TRUE;
   search.found = window;
   return FALSE;
 }
@@ -88,27 +99,47 @@ bool Await(const std::function<bool()>& condition) {
   return false;
 }
 
-QuellixWindow::QuellixWindow() {
+QuellixProcess::QuellixProcess(std::wstring_view arguments, DWORD flags) {
   const std::wstring program = ProgramFolder() / L"quellix.exe";
+  std::wstring line = L"\"" + program + L"\" " + std::wstring(arguments);
   STARTUPINFOW start{};
   start.cb = sizeof(start);
-  if (!CreateProcessW(program.c_str(), nullptr, nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                      &start, &process_)) {
+  if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, FALSE, flags, nullptr,
+                      nullptr, &start, &process_)) {
     throw std::runtime_error("quellix.exe does not start");
   }
-  main_ = AwaitWindow(L"Quellix");
 }
 
-QuellixWindow::~QuellixWindow() {
+QuellixProcess::~QuellixProcess() {
   TerminateProcess(process_.hProcess, 1);
   WaitForSingleObject(process_.hProcess, INFINITE);
   CloseHandle(process_.hThread);
   CloseHandle(process_.hProcess);
 }
 
+std::optional<DWORD> QuellixProcess::AwaitExitCode() const {
+  DWORD code = 0;
+  WaitForSingleObject(process_.hProcess, 30000);
+  if (!HasEnded() || !GetExitCodeProcess(process_.hProcess, &code)) return std::nullopt;
+  return code;
+}
+
+HWND QuellixProcess::AnyWindow() const {
+  Search search{process_.dwProcessId, {}, {}, {}, nullptr};
+  EnumWindows(Compare, reinterpret_cast<LPARAM>(&search));
+  return search.found;
+}
+
+QuellixWindow::QuellixWindow(std::wstring_view arguments) : QuellixProcess(arguments) {
+  main_ = AwaitWindow(L"Quellix");
+  // A message that appears with it has the same title.
+  const HWND owner = main_ ? GetWindow(main_, GW_OWNER) : nullptr;
+  if (owner && IsWindowVisible(owner)) main_ = owner;
+}
+
 HWND QuellixWindow::Find(std::wstring_view title, std::wstring_view window_class) const {
-  Search search{process_.dwProcessId, title, window_class.empty() ? kDialogClass : window_class,
-                nullptr};
+  Search search{
+      process_.dwProcessId, title, window_class.empty() ? kDialogClass : window_class, {}, nullptr};
   EnumWindows(Compare, reinterpret_cast<LPARAM>(&search));
   return search.found == main_ && main_ != nullptr ? nullptr : search.found;
 }
@@ -119,15 +150,20 @@ HWND QuellixWindow::AwaitWindow(std::wstring_view title) const {
   return window;
 }
 
+HWND QuellixWindow::AwaitMessage(std::wstring_view part) const {
+  Search search{process_.dwProcessId, {}, kDialogClass, part, nullptr};
+  Await([&] {
+    EnumWindows(Compare, reinterpret_cast<LPARAM>(&search));
+    return search.found != nullptr;
+  });
+  return search.found;
+}
+
 bool QuellixWindow::AwaitMenu() const {
   return Await([&] { return Find({}, kMenuClass) != nullptr; });
 }
 
-bool QuellixWindow::AwaitEnd() const {
-  DWORD code = 1;
-  WaitForSingleObject(process_.hProcess, 30000);
-  return GetExitCodeProcess(process_.hProcess, &code) && code == 0;
-}
+bool QuellixWindow::AwaitEnd() const { return AwaitExitCode() == DWORD{0}; }
 
 bool QuellixWindow::Close() const {
   PostMessageW(main_, WM_CLOSE, 0, 0);
@@ -156,6 +192,17 @@ std::wstring TextOf(HWND control) {
       SendMessageW(control, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
   text.resize(static_cast<size_t>(length));
   return text;
+}
+
+void PressIn(HWND window, int id) {
+  PostMessageW(window, WM_COMMAND, static_cast<WPARAM>(id),
+               reinterpret_cast<LPARAM>(GetDlgItem(window, id)));
+}
+
+bool IsRowTicked(HWND list, int row) {
+  const LRESULT state =
+      SendMessageW(list, LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_STATEIMAGEMASK);
+  return (state & LVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2);
 }
 
 // A list view reads the question and writes the answer in its own process.

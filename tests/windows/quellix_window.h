@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,18 +20,38 @@ std::string ReadBytes(const std::filesystem::path& path);
 // Waits until the condition holds; false when it never does.
 bool Await(const std::function<bool()>& condition);
 
-// One running quellix.exe, driven from outside through its controls. Ends with the object.
-class QuellixWindow {
+// One running quellix.exe. Ends with the object.
+class QuellixProcess {
+ public:
+  // Starts the program; `flags` are those of CreateProcess.
+  explicit QuellixProcess(std::wstring_view arguments = {}, DWORD flags = 0);
+  ~QuellixProcess();
+  QuellixProcess(const QuellixProcess&) = delete;
+  QuellixProcess& operator=(const QuellixProcess&) = delete;
+
+  bool HasEnded() const { return WaitForSingleObject(process_.hProcess, 0) == WAIT_OBJECT_0; }
+  // Nothing when it does not end.
+  std::optional<DWORD> AwaitExitCode() const;
+  void Resume() const { ResumeThread(process_.hThread); }
+  // A visible window of the program that is no control, whatever it is; null for none.
+  HWND AnyWindow() const;
+
+ protected:
+  PROCESS_INFORMATION process_{};
+};
+
+// One that shows its main window, driven from outside through its controls.
+class QuellixWindow : public QuellixProcess {
  public:
   // Starts the program and waits for its main window.
-  QuellixWindow();
-  ~QuellixWindow();
-  QuellixWindow(const QuellixWindow&) = delete;
-  QuellixWindow& operator=(const QuellixWindow&) = delete;
+  explicit QuellixWindow(std::wstring_view arguments = {});
 
   HWND main() const { return main_; }
   // A visible window of the program, by title or class; null when it does not appear.
   HWND AwaitWindow(std::wstring_view title) const;
+  // A message box or other dialog that shows a text which holds `part`; null when it does not
+  // appear.
+  HWND AwaitMessage(std::wstring_view part) const;
   bool HasWindow(std::wstring_view title) const { return Find(title, {}) != nullptr; }
   bool AwaitMenu() const;
   bool AwaitEnd() const;  // false when it ends with an error
@@ -44,6 +65,8 @@ class QuellixWindow {
   void Click(int id) const { SendMessageW(Control(id), BM_CLICK, 0, 0); }
   // Clicks a control that starts something longer.
   void Press(int id) const { PostMessageW(Control(id), BM_CLICK, 0, 0); }
+  // An entry of the main window's menu.
+  void Choose(int entry) const { PostMessageW(main_, WM_COMMAND, static_cast<WPARAM>(entry), 0); }
   void PressKey(HWND control, WPARAM key) const;
   // The right button over a control; false when the program does not answer, as with an open menu.
   bool RightClick(int id) const;
@@ -52,10 +75,13 @@ class QuellixWindow {
  private:
   HWND Find(std::wstring_view title, std::wstring_view window_class) const;
 
-  PROCESS_INFORMATION process_{};
   HWND main_ = nullptr;
 };
 
 std::wstring TextOf(HWND control);
+// Presses a button of a window that starts something longer, or answers a message box.
+void PressIn(HWND window, int id);
+// Whether a row of a list with check boxes is ticked.
+bool IsRowTicked(HWND list, int row);
 
 }  // namespace quellix::test

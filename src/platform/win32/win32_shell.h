@@ -17,6 +17,8 @@ class Win32Shell : public Shell {
   void EmptyRecycleBin() override;
   void ClearAddressHistory() override;
   void EmptyClipboard() override;
+  // Whether this Windows keeps an address history, only clearing it tells.
+  void Require(ShellFeature) override {}
   std::unique_ptr<ShortcutReader> OpenShortcuts() override;
 
  private:

@@ -1,0 +1,178 @@
+#include "ui/window_prompts.h"
+
+#include <commdlg.h>
+#include <shellapi.h>
+#include <shlobj.h>
+
+#include <vector>
+
+#include "engine.h"
+#include "platform/win32/lazy_library.h"
+#include "platform/win32/win32_text.h"
+#include "ui/resource.h"
+
+namespace quellix {
+namespace {
+
+int ShowBox(HWND owner, std::string_view text, UINT style) {
+  return MessageBoxW(owner, Wide(text).c_str(), Wide(kApplicationTitle).c_str(), style);
+}
+
+INT_PTR CALLBACK OverwriteProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_INITDIALOG) {
+    SetDlgItemTextW(dialog, txtTarget, reinterpret_cast<const wchar_t*>(lparam));
+    SetFocus(GetDlgItem(dialog, IDNO));
+    return FALSE;
+  }
+  if (message != WM_COMMAND) return FALSE;
+  const int id = LOWORD(wparam);
+  if (id != txtTarget) EndDialog(dialog, id);
+  return TRUE;
+}
+
+struct TextQuestion {
+  std::wstring question, answer;
+};
+
+std::wstring TextOfControl(HWND control) {
+  std::wstring text(static_cast<size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
+  text.resize(
+      static_cast<size_t>(GetWindowTextW(control, text.data(), static_cast<int>(text.size()))));
+  return text;
+}
+
+INT_PTR CALLBACK TextProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_INITDIALOG) {
+    const auto asked = reinterpret_cast<TextQuestion*>(lparam);
+    SetWindowLongPtrW(dialog, DWLP_USER, lparam);
+    SetWindowTextW(dialog, Wide(kApplicationTitle).c_str());
+    SetDlgItemTextW(dialog, lblQuestion, asked->question.c_str());
+    SetDlgItemTextW(dialog, txtAnswer, asked->answer.c_str());
+    return TRUE;
+  }
+  if (message != WM_COMMAND) return FALSE;
+  const int id = LOWORD(wparam);
+  if (id == IDOK) {
+    reinterpret_cast<TextQuestion*>(GetWindowLongPtrW(dialog, DWLP_USER))->answer =
+        TextOfControl(GetDlgItem(dialog, txtAnswer));
+  }
+  if (id == IDOK || id == IDCANCEL) EndDialog(dialog, id);
+  return TRUE;
+}
+
+INT_PTR ShowDialog(HWND owner, int template_id, DLGPROC procedure, const void* parameter) {
+  return DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(template_id), owner, procedure,
+                         reinterpret_cast<LPARAM>(parameter));
+}
+
+// Titles and masks in turn, each ended by a NUL, as the file dialogs take them.
+std::wstring FilterText(std::span<const FileFilter> filters) {
+  std::wstring text;
+  for (const FileFilter& filter : filters) {
+    text.append(Wide(filter.title)).append(1, L'\0').append(Wide(filter.masks)).append(1, L'\0');
+  }
+  return text;
+}
+
+// Runs a file dialog that begins with the name in `path` and leaves the chosen path there.
+bool RunFileDialog(const char* function, OPENFILENAMEW& dialog, std::vector<wchar_t>& path) {
+  static LazyLibrary comdlg32(L"comdlg32.dll");
+  dialog.lStructSize = sizeof(dialog);
+  dialog.lpstrFile = path.data();
+  dialog.nMaxFile = static_cast<DWORD>(path.size());
+  dialog.Flags |=
+      OFN_EXPLORER | OFN_ENABLESIZING | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST;
+  return comdlg32.Find<decltype(&GetOpenFileNameW)>(function)(&dialog) != FALSE;
+}
+
+constexpr size_t kLongestPath = 32768;
+
+}  // namespace
+
+void WindowPrompts::Inform(std::string_view text) {
+  ShowBox(owner_, text, MB_OK | MB_ICONINFORMATION);
+}
+
+bool WindowPrompts::AskYesNo(std::string_view question) {
+  return ShowBox(owner_, question, MB_YESNO | MB_DEFBUTTON2 | MB_ICONQUESTION) == IDYES;
+}
+
+std::optional<std::string> WindowPrompts::AskText(std::string_view question,
+                                                  std::string_view preset) {
+  TextQuestion asked{Wide(question), Wide(preset)};
+  if (ShowDialog(owner_, frmAskText, TextProcedure, &asked) != IDOK) return {};
+  return Narrow(asked.answer);
+}
+
+std::optional<std::string> WindowPrompts::AskFile(std::span<const FileFilter> filters,
+                                                  std::string_view folder) {
+  std::vector<wchar_t> path(kLongestPath);
+  const std::wstring filter = FilterText(filters), start = Wide(folder);
+  OPENFILENAMEW dialog{};
+  dialog.hwndOwner = owner_;
+  dialog.lpstrFilter = filter.c_str();
+  dialog.lpstrInitialDir = start.empty() ? nullptr : start.c_str();
+  dialog.Flags = OFN_FILEMUSTEXIST;
+  if (!RunFileDialog("GetOpenFileNameW", dialog, path)) return {};
+  return Narrow(path.data());
+}
+
+std::optional<std::string> WindowPrompts::AskFolder(std::string_view title) {
+  static LazyLibrary shell32(L"shell32.dll"), ole32(L"ole32.dll");
+  ole32.Find<decltype(&CoInitialize)>("CoInitialize")(nullptr);
+  const std::wstring text = Wide(title);
+  BROWSEINFOW dialog{};
+  dialog.hwndOwner = owner_;
+  dialog.lpszTitle = text.c_str();
+  dialog.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
+  const auto browse = shell32.Find<decltype(&SHBrowseForFolderW)>("SHBrowseForFolderW");
+  const auto path_of = shell32.Find<decltype(&SHGetPathFromIDListW)>("SHGetPathFromIDListW");
+  wchar_t path[MAX_PATH] = {};
+  if (LPITEMIDLIST chosen = browse(&dialog)) {
+    path_of(chosen, path);
+    ole32.Find<decltype(&CoTaskMemFree)>("CoTaskMemFree")(chosen);
+  }
+  ole32.Find<decltype(&CoUninitialize)>("CoUninitialize")();
+  if (path[0] == L'\0') return {};
+  return Narrow(path);
+}
+
+OverwriteAnswer WindowPrompts::AskOverwrite(std::string_view path) {
+  const std::wstring target = Wide(path);
+  switch (ShowDialog(owner_, frmOverwrite, OverwriteProcedure, target.c_str())) {
+    case IDYES:
+      return OverwriteAnswer::kYes;
+    case IDNO:
+      return OverwriteAnswer::kNo;
+    case cmdYesToAll:
+      return OverwriteAnswer::kAll;
+    case cmdNoToAll:
+      return OverwriteAnswer::kNone;
+    default:
+      return OverwriteAnswer::kCancel;
+  }
+}
+
+std::optional<std::string> AskWhereToSave(HWND owner, const FileFilter& filter,
+                                          std::string_view name, std::string_view extension) {
+  std::vector<wchar_t> path(kLongestPath);
+  const std::wstring masks = FilterText({&filter, 1}), start = Wide(name), added = Wide(extension);
+  start.copy(path.data(), path.size() - 1);
+  OPENFILENAMEW dialog{};
+  dialog.hwndOwner = owner;
+  dialog.lpstrFilter = masks.c_str();
+  dialog.lpstrDefExt = added.c_str();
+  dialog.Flags = OFN_OVERWRITEPROMPT;
+  if (!RunFileDialog("GetSaveFileNameW", dialog, path)) return {};
+  return Narrow(path.data());
+}
+
+bool OpenByShell(HWND owner, std::string_view target) {
+  static LazyLibrary shell32(L"shell32.dll");
+  const auto open = shell32.Find<decltype(&ShellExecuteW)>("ShellExecuteW");
+  const HINSTANCE result =
+      open(owner, nullptr, Wide(target).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+  return reinterpret_cast<INT_PTR>(result) > 32;  // smaller ones are errors
+}
+
+}  // namespace quellix

@@ -1,0 +1,19 @@
+// Shortcuts as a volume has them.
+#include <cstdint>
+#include <string_view>
+
+#include "fuzz/volume_file.h"
+
+using namespace quellix;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static VolumeFile file("fuzzed.lnk");
+  static const auto reader = file.machine().shell.OpenShortcuts();
+  file.Write({reinterpret_cast<const char*>(data), size});
+  const std::optional<Shortcut> shortcut = reader->Read(file.path());
+  if (shortcut) {
+    reader->IsGone(shortcut->target);
+    reader->IsGone(shortcut->working_folder);
+  }
+  return 0;
+}
