@@ -8,6 +8,7 @@
 #include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "plugins/plugin_manager.h"
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
@@ -98,6 +99,7 @@ void FrmMain::RunHidden(bool is_loaded) {
 }
 
 void FrmMain::OnInit() {
+  prompts_.Attach(window());
   AddAnchors();
   FillBoxes();
   RefreshBoxes();
@@ -165,6 +167,8 @@ void FrmMain::OnCommand(int id, int code) {
     case cmdClean:
     case mnuClean:
       return Run([this] { engine_.RunCleaning(); });
+    case mnuProcessPlugin:
+      return ProcessPlugins();
     case cmdNextTip:
       return ShowTip();
     case mnuExit:
@@ -214,6 +218,12 @@ void FrmMain::Run(const std::function<void()>& work) {
   display_.Flush();
   running_ = false;
   AfterRun();
+}
+
+void FrmMain::ProcessPlugins() {
+  std::string told;
+  Run([&] { told = modPlugin::ProcessTickedPlugins(engine_.context()); });
+  if (!told.empty() && window()) prompts_.Inform(told);
 }
 
 void FrmMain::AfterRun() {

@@ -54,6 +54,7 @@ class FrmMain : public Dialog {
   bool TurnOff(int id);
   void Run(const std::function<void()>& work);
   void AfterRun();
+  void ProcessPlugins();
   void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
   void PlaceCurrentItem(const Item* item);
   int FooterTop() const;
@@ -67,6 +68,7 @@ class FrmMain : public Dialog {
   Machine machine_;
   FrmLog log_;
   MenuWindows windows_;
+  WindowPrompts prompts_;
   ToolTips tool_tips_;
   Tips tips_;
   UniqueIcon picture_;  // beside the current item

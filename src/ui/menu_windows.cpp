@@ -10,6 +10,9 @@ bool MenuWindows::Open(int entry, HWND owner) {
     case mnuBackups:
       backups_.Show(owner);
       return true;
+    case mnuManagePlugin:
+      plugin_manager_.Show(owner);
+      return true;
     default:
       return false;
   }

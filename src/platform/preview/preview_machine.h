@@ -22,6 +22,19 @@ class PreviewProfile : public IniFiles {
   ChangeLog& log_;
 };
 
+// A session that is never ended.
+class PreviewSession : public Session {
+ public:
+  explicit PreviewSession(ChangeLog& log) : log_(log) {}
+
+  bool ClaimInstance(std::string_view) override { return true; }
+  void EnablePrivilege(std::string_view) override {}
+  void Exit(uint32_t, uint32_t) override { log_.push_back({ChangeKind::kEndSession, "", "", 0}); }
+
+ private:
+  ChangeLog& log_;
+};
+
 // Wraps a machine: every read passes through, every change is recorded instead of made, and later
 // reads see it as made. The procedures of a run thus tell what they would do. The wrapped machine
 // must outlive it.
@@ -39,6 +52,7 @@ class PreviewMachine {
   PreviewShell shell_;
   PreviewUrlCache url_cache_;
   PreviewProfile profile_;
+  PreviewSession session_;
   Machine machine_;
 };
 
