@@ -37,9 +37,8 @@ void FrmPluginManager::OnInit() {
     const modPlugin::InstalledPlugin& plugin = manager_.rows()[static_cast<size_t>(row)];
     return Cell{Wide(column == 0 ? plugin.file : plugin.description)};
   });
-  list_.SetCheckBoxes(
-      [this](int row) { return manager_.rows()[static_cast<size_t>(row)].ticked; },
-      [this](int row) { manager_.Toggle(static_cast<size_t>(row)); });
+  list_.SetCheckBoxes([this](int row) { return manager_.rows()[static_cast<size_t>(row)].ticked; },
+                      [this](int row) { manager_.Toggle(static_cast<size_t>(row)); });
   manager_.Load();
   ShowRows();
   if (!manager_.rows().empty()) list_.Select(0);

@@ -1,6 +1,6 @@
 #include "ui/menu_windows.h"
 
-#include "engine.h"
+#include "ui/help.h"
 #include "ui/resource.h"
 
 namespace quellix {
@@ -12,6 +12,15 @@ bool MenuWindows::Open(int entry, HWND owner) {
       return true;
     case mnuManagePlugin:
       plugin_manager_.Show(owner);
+      return true;
+    case mnuAbout:
+      about_.Show(owner);
+      return true;
+    case mnuContents:
+      ShowHelp(owner, "contents");
+      return true;
+    case mnuIECache:
+      cache_.Show(owner);
       return true;
     default:
       return false;

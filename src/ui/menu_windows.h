@@ -1,18 +1,22 @@
 #pragma once
 
+#include "engine.h"
 #include "platform/machine.h"
+#include "ui/frm_about.h"
 #include "ui/frm_backups.h"
+#include "ui/frm_ie_cache.h"
 #include "ui/frm_plugin_manager.h"
 
 namespace quellix {
-
-class Engine;
 
 // The windows that the main window's menus open.
 class MenuWindows {
  public:
   MenuWindows(Engine& engine, const Machine& machine)
-      : engine_(engine), backups_(machine), plugin_manager_(engine, machine) {}
+      : engine_(engine),
+        backups_(machine),
+        plugin_manager_(engine, machine),
+        cache_(machine, engine.context().view) {}
 
   // Opens the window of a menu entry before `owner`; false when the entry opens none.
   bool Open(int entry, HWND owner);
@@ -21,6 +25,8 @@ class MenuWindows {
   [[maybe_unused]] Engine& engine_;
   FrmBackups backups_;
   FrmPluginManager plugin_manager_;
+  FrmIECache cache_;
+  FrmAbout about_;
 };
 
 }  // namespace quellix

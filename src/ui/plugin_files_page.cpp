@@ -89,8 +89,8 @@ void PluginFilesPage::Add() {
 void PluginFilesPage::AddChosen() {
   const HWND list = Control(flFileAlternate);
   std::vector<int> rows(picker_->files().size());
-  const LRESULT count = SendMessageW(list, LB_GETSELITEMS, rows.size(),
-                                     reinterpret_cast<LPARAM>(rows.data()));
+  const LRESULT count =
+      SendMessageW(list, LB_GETSELITEMS, rows.size(), reinterpret_cast<LPARAM>(rows.data()));
   std::vector<std::string> chosen;
   for (LRESULT i = 0; i < count; ++i) {
     chosen.push_back(picker_->files()[static_cast<size_t>(rows[static_cast<size_t>(i)])]);

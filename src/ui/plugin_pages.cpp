@@ -13,25 +13,37 @@ std::string YesNo(bool flag) { return flag ? "Yes" : "No"; }
 constexpr Column kRegistryColumns[] = {
     {L"Del subkey", 80}, {L"Recurse delete", 100}, {L"key", 270}, {L"value", 120}};
 constexpr Anchor kRegistryAnchors[] = {
-    {lstvRegistry, 0, 0, 1, 1},      {optClassesRoot, 0, 1, 0, 1},
-    {optCurrentUser, 0, 1, 0, 1},    {optLocalMachine, 0, 1, 0, 1},
-    {optUsers, 0, 1, 0, 1},          {optPerformanceData, 0, 1, 0, 1},
-    {optCurrentConfig, 0, 1, 0, 1},  {optDynData, 0, 1, 0, 1},
-    {lblRegistrySubkey, 0, 1, 0, 1}, {txtRegistrySubkey, 0, 1, 1, 1},
-    {lblRegistryValue, 0, 1, 0, 1},  {txtRegistryValue, 0, 1, 1, 1},
-    {optEntireSubkey, 0, 1, 0, 1},   {optDeleteValue, 0, 1, 0, 1},
-    {chkDeleteAllSubkeys, 0, 1, 0, 1}, {cmdGeneratesubkeys, 0, 1, 0, 1},
-    {cmdGenerateValues, 0, 1, 0, 1}, {cmdRegistryAdd, 1, 1, 1, 1},
+    {lstvRegistry, 0, 0, 1, 1},
+    {optClassesRoot, 0, 1, 0, 1},
+    {optCurrentUser, 0, 1, 0, 1},
+    {optLocalMachine, 0, 1, 0, 1},
+    {optUsers, 0, 1, 0, 1},
+    {optPerformanceData, 0, 1, 0, 1},
+    {optCurrentConfig, 0, 1, 0, 1},
+    {optDynData, 0, 1, 0, 1},
+    {lblRegistrySubkey, 0, 1, 0, 1},
+    {txtRegistrySubkey, 0, 1, 1, 1},
+    {lblRegistryValue, 0, 1, 0, 1},
+    {txtRegistryValue, 0, 1, 1, 1},
+    {optEntireSubkey, 0, 1, 0, 1},
+    {optDeleteValue, 0, 1, 0, 1},
+    {chkDeleteAllSubkeys, 0, 1, 0, 1},
+    {cmdGeneratesubkeys, 0, 1, 0, 1},
+    {cmdGenerateValues, 0, 1, 0, 1},
+    {cmdRegistryAdd, 1, 1, 1, 1},
     {cmdRegistryRemove, 1, 1, 1, 1},
 };
 
-constexpr Column kIniColumns[] = {
-    {L"FileName", 110}, {L"Section", 100}, {L"Delete Section", 100}, {L"Value", 100}, {L"Path", 160}};
+constexpr Column kIniColumns[] = {{L"FileName", 110},
+                                  {L"Section", 100},
+                                  {L"Delete Section", 100},
+                                  {L"Value", 100},
+                                  {L"Path", 160}};
 constexpr Anchor kIniAnchors[] = {
-    {lstvINI, 0, 0, 1, 1},        {lblINIFileName, 0, 1, 0, 1}, {txtINIFileName, 0, 1, 1, 1},
-    {cmdINIBrowse, 1, 1, 1, 1},   {lblINISections, 0, 1, 0, 1}, {cmbINISections, 0, 1, 1, 1},
-    {lblINIValues, 0, 1, 0, 1},   {cmbINIValues, 0, 1, 1, 1},   {chkINIEraseSection, 0, 1, 0, 1},
-    {cmdINIAdd, 1, 1, 1, 1},      {cmdINIRemove, 1, 1, 1, 1},
+    {lstvINI, 0, 0, 1, 1},      {lblINIFileName, 0, 1, 0, 1}, {txtINIFileName, 0, 1, 1, 1},
+    {cmdINIBrowse, 1, 1, 1, 1}, {lblINISections, 0, 1, 0, 1}, {cmbINISections, 0, 1, 1, 1},
+    {lblINIValues, 0, 1, 0, 1}, {cmbINIValues, 0, 1, 1, 1},   {chkINIEraseSection, 0, 1, 0, 1},
+    {cmdINIAdd, 1, 1, 1, 1},    {cmdINIRemove, 1, 1, 1, 1},
 };
 
 }  // namespace

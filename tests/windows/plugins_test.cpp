@@ -171,9 +171,9 @@ TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedSavedAndProcessed) {
   PressIn(manager, mnuSelectAll);
   ASSERT_TRUE(Await([&] { return IsWindowEnabled(GetDlgItem(manager, mnuProcess)) != FALSE; }));
   PressIn(manager, mnuProcess);
-  EXPECT_TRUE(AwaitText(
-      manager, lblStatus,
-      L"Processed selected plugin(s) Total Files Deleted: 2 Space Gained: 2.00 KB"))
+  EXPECT_TRUE(
+      AwaitText(manager, lblStatus,
+                L"Processed selected plugin(s) Total Files Deleted: 2 Space Gained: 2.00 KB"))
       << ::testing::PrintToString(TextOf(GetDlgItem(manager, lblStatus)));
   EXPECT_FALSE(std::filesystem::exists(kFolder / "in" / "a.log"));
   EXPECT_FALSE(std::filesystem::exists(kFolder / "in" / "sub" / "b.log"));

@@ -63,7 +63,7 @@ class PreviewKey : public RegistryKey {
   std::vector<std::string> MadeBelow() const;
 
   std::unique_ptr<RegistryKey> inner_;  // null for a key that was made
-  std::string place_;  // root name and path
+  std::string place_;                   // root name and path
   std::string id_;
   RegistryAccess access_;
   RegistryChanges& changes_;

@@ -43,7 +43,8 @@ void PreviewShell::EmptyRecycleBin() {
   is_emptied_ = true;
   recycled_ = {};
   if (content.items == 0) return;
-  const std::string items = std::to_string(content.items) + (content.items == 1 ? " item" : " items");
+  const std::string items =
+      std::to_string(content.items) + (content.items == 1 ? " item" : " items");
   log_.push_back({ChangeKind::kEmptyRecycleBin, "", items, content.bytes});
 }
 
