@@ -11,6 +11,7 @@
 #include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "plugins/plugin_manager.h"
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
@@ -99,6 +100,7 @@ void FrmMain::RunHidden(bool is_loaded) {
 }
 
 void FrmMain::OnInit() {
+  prompts_.Attach(window());
   AddAnchors();
   FillBoxes();
   RefreshBoxes();
@@ -204,6 +206,8 @@ void FrmMain::OnCommand(int id, int code) {
     case cmdClean:
     case mnuClean:
       return Run([this] { engine_.RunCleaning(); });
+    case mnuProcessPlugin:
+      return ProcessPlugins();
     case cmdNextTip:
       return ShowTip();
     case mnuExit:
@@ -251,6 +255,12 @@ void FrmMain::Run(const std::function<void()>& work) {
   display_.Flush();
   running_ = false;
   AfterRun();
+}
+
+void FrmMain::ProcessPlugins() {
+  std::string told;
+  Run([&] { told = modPlugin::ProcessTickedPlugins(engine_.context()); });
+  if (!told.empty() && window()) prompts_.Inform(told);
 }
 
 void FrmMain::AfterRun() {

@@ -9,6 +9,7 @@ MenuWindows::MenuWindows(Engine& engine, const Machine& machine)
     : engine_(engine),
       backups_(machine),
       options_(machine),
+      plugin_manager_(engine, machine),
       cache_(machine, engine.context().view) {
   options_.show_backups = [this](HWND owner) { backups_.Show(owner); };
   options_.on_accepted = [this] {
@@ -24,6 +25,9 @@ bool MenuWindows::Open(int entry, HWND owner) {
       return true;
     case mnuOptions:
       options_.Show(owner);
+      return true;
+    case mnuManagePlugin:
+      plugin_manager_.Show(owner);
       return true;
     case mnuAbout:
       about_.Show(owner);

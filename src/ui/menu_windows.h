@@ -6,6 +6,7 @@
 #include "ui/frm_backups.h"
 #include "ui/frm_ie_cache.h"
 #include "ui/frm_options.h"
+#include "ui/frm_plugin_manager.h"
 
 namespace quellix {
 
@@ -24,6 +25,7 @@ class MenuWindows {
   Engine& engine_;
   FrmBackups backups_;
   FrmOptions options_;
+  FrmPluginManager plugin_manager_;
   FrmIECache cache_;
   FrmAbout about_;
 };
