@@ -68,7 +68,8 @@ bool BrowserControl::Create(HWND frame) {
   const RECT area = ClientArea(frame);
   const auto object = As<IOleObject>(browser_.Get());
   if (!object || FAILED(object.Get()->SetClientSite(site_.get())) ||
-      FAILED(object.Get()->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_.get(), 0, frame, &area))) {
+      FAILED(
+          object.Get()->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_.get(), 0, frame, &area))) {
     Close();
     return false;
   }
