@@ -150,7 +150,7 @@ INT_PTR Dialog::HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_ERASEBKGND:
       return OnEraseBackground(reinterpret_cast<HDC>(wparam)) ? Result(1) : FALSE;
     default:
-      return FALSE;
+      return OnMessage(message, wparam, lparam) ? TRUE : FALSE;
   }
 }
 

@@ -38,6 +38,8 @@ class Dialog {
   virtual LRESULT OnNotify(NMHDR& /*header*/) { return 0; }
   virtual void OnContextMenu(HWND /*control*/, POINT /*screen*/) {}
   virtual void OnTimer(UINT_PTR /*id*/) {}
+  // Any other message; false leaves it to Windows.
+  virtual bool OnMessage(UINT /*message*/, WPARAM /*wparam*/, LPARAM /*lparam*/) { return false; }
   virtual void OnDrawItem(const DRAWITEMSTRUCT& /*item*/) {}
   virtual void OnClose() { Close(); }
   virtual void OnEndSession() {}
