@@ -25,10 +25,6 @@ class ShortcutReader {
   // Both texts are "" for what cannot be opened or is no shortcut. Nothing when only a running
   // Windows could tell where it leads. Never throws Error.
   virtual std::optional<Shortcut> Read(std::string_view path) = 0;
-
-  // Whether nothing is at `path`, a link followed; false where this machine cannot know, such as
-  // for a drive that a volume does not map.
-  virtual bool IsGone(std::string_view path) = 0;
 };
 
 enum class ShellFeature { kRecycleBin, kAddressHistory, kClipboard };
@@ -54,8 +50,8 @@ class Shell {
   // Empties the clipboard of all formats. Throws Error (NotAvailable for a volume).
   virtual void EmptyClipboard() = 0;
 
-  // Throws NotAvailable, as Recycle, ClearAddressHistory and EmptyClipboard would, when this machine
-  // never can do it. Changes nothing.
+  // Throws NotAvailable, as Recycle, ClearAddressHistory and EmptyClipboard would, when this
+  // machine never can do it. Changes nothing.
   virtual void Require(ShellFeature feature) = 0;
 
   // Must not outlive the shell. Throws Error when shortcuts cannot be read here.

@@ -5,25 +5,6 @@
 #include "platform/error.h"
 
 namespace quellix {
-namespace {
-
-// What the preview removed is gone for shortcuts as well.
-class PreviewShortcuts : public ShortcutReader {
- public:
-  PreviewShortcuts(std::unique_ptr<ShortcutReader> inner, PreviewFileSystem& files)
-      : inner_(std::move(inner)), files_(files) {}
-
-  std::optional<Shortcut> Read(std::string_view path) override { return inner_->Read(path); }
-  bool IsGone(std::string_view path) override {
-    return files_.IsTaken(path) || inner_->IsGone(path);
-  }
-
- private:
-  std::unique_ptr<ShortcutReader> inner_;
-  PreviewFileSystem& files_;
-};
-
-}  // namespace
 
 void PreviewShell::Recycle(std::string_view path) {
   inner_.Require(ShellFeature::kRecycleBin);
@@ -43,7 +24,8 @@ void PreviewShell::EmptyRecycleBin() {
   is_emptied_ = true;
   recycled_ = {};
   if (content.items == 0) return;
-  const std::string items = std::to_string(content.items) + (content.items == 1 ? " item" : " items");
+  const std::string items =
+      std::to_string(content.items) + (content.items == 1 ? " item" : " items");
   log_.push_back({ChangeKind::kEmptyRecycleBin, "", items, content.bytes});
 }
 
@@ -57,13 +39,12 @@ void PreviewShell::EmptyClipboard() {
   log_.push_back({ChangeKind::kEmptyClipboard, "", "", 0});
 }
 
-std::unique_ptr<ShortcutReader> PreviewShell::OpenShortcuts() {
-  return std::make_unique<PreviewShortcuts>(inner_.OpenShortcuts(), files_);
-}
+std::unique_ptr<ShortcutReader> PreviewShell::OpenShortcuts() { return inner_.OpenShortcuts(); }
 
 std::vector<UrlCacheEntry> PreviewUrlCache::Entries() {
   std::vector<UrlCacheEntry> entries = inner_.Entries();
-  std::erase_if(entries, [this](const UrlCacheEntry& entry) { return gone_.contains(entry.source); });
+  std::erase_if(entries,
+                [this](const UrlCacheEntry& entry) { return gone_.contains(entry.source); });
   for (const UrlCacheEntry& entry : entries) local_files_[entry.source] = entry.local_file;
   return entries;
 }
