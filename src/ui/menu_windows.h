@@ -2,6 +2,7 @@
 
 #include "platform/machine.h"
 #include "ui/frm_backups.h"
+#include "ui/frm_registry_scan.h"
 
 namespace quellix {
 
@@ -10,7 +11,8 @@ class Engine;
 // The windows that the main window's menus open.
 class MenuWindows {
  public:
-  MenuWindows(Engine& engine, const Machine& machine) : engine_(engine), backups_(machine) {}
+  MenuWindows(Engine& engine, const Machine& machine)
+      : engine_(engine), backups_(machine), registry_scan_(machine) {}
 
   // Opens the window of a menu entry before `owner`; false when the entry opens none.
   bool Open(int entry, HWND owner);
@@ -18,6 +20,7 @@ class MenuWindows {
  private:
   [[maybe_unused]] Engine& engine_;
   FrmBackups backups_;
+  FrmRegistryScan registry_scan_;
 };
 
 }  // namespace quellix
