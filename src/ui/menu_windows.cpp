@@ -1,29 +1,39 @@
 #include "ui/menu_windows.h"
 
-#include "engine.h"
+#include "ui/help.h"
 #include "ui/resource.h"
 
 namespace quellix {
 
+namespace {
+
+constexpr std::pair<int, ScanTool> kScanEntries[] = {
+    {mnuOrphanedDLL, ScanTool::kSharedDlls},
+    {mnuOrphanedFilePath, ScanTool::kFileReferences},
+    {mnuOrphanedApplicationPath, ScanTool::kAppPaths},
+    {mnuOrphanedHelpFile, ScanTool::kHelpFiles},
+    {mnuOrphanedActivex, ScanTool::kComponents}};
+
+}  // namespace
+
 bool MenuWindows::Open(int entry, HWND owner) {
+  for (const auto& [scan_entry, tool] : kScanEntries) {
+    if (scan_entry != entry) continue;
+    registry_scan_.Show(tool, owner);
+    return true;
+  }
   switch (entry) {
     case mnuBackups:
       backups_.Show(owner);
       return true;
-    case mnuOrphanedDLL:
-      registry_scan_.Show(ScanTool::kSharedDlls, owner);
+    case mnuAbout:
+      about_.Show(owner);
       return true;
-    case mnuOrphanedFilePath:
-      registry_scan_.Show(ScanTool::kFileReferences, owner);
+    case mnuContents:
+      ShowHelp(owner, "contents");
       return true;
-    case mnuOrphanedApplicationPath:
-      registry_scan_.Show(ScanTool::kAppPaths, owner);
-      return true;
-    case mnuOrphanedHelpFile:
-      registry_scan_.Show(ScanTool::kHelpFiles, owner);
-      return true;
-    case mnuOrphanedActivex:
-      registry_scan_.Show(ScanTool::kComponents, owner);
+    case mnuIECache:
+      cache_.Show(owner);
       return true;
     default:
       return false;

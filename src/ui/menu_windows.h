@@ -1,18 +1,22 @@
 #pragma once
 
+#include "engine.h"
 #include "platform/machine.h"
+#include "ui/frm_about.h"
 #include "ui/frm_backups.h"
+#include "ui/frm_ie_cache.h"
 #include "ui/frm_registry_scan.h"
 
 namespace quellix {
-
-class Engine;
 
 // The windows that the main window's menus open.
 class MenuWindows {
  public:
   MenuWindows(Engine& engine, const Machine& machine)
-      : engine_(engine), backups_(machine), registry_scan_(machine) {}
+      : engine_(engine),
+        backups_(machine),
+        cache_(machine, engine.context().view),
+        registry_scan_(machine) {}
 
   // Opens the window of a menu entry before `owner`; false when the entry opens none.
   bool Open(int entry, HWND owner);
@@ -20,7 +24,9 @@ class MenuWindows {
  private:
   [[maybe_unused]] Engine& engine_;
   FrmBackups backups_;
+  FrmIECache cache_;
   FrmRegistryScan registry_scan_;
+  FrmAbout about_;
 };
 
 }  // namespace quellix

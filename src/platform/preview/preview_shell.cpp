@@ -41,12 +41,11 @@ void PreviewShell::EmptyClipboard() {
 
 std::unique_ptr<ShortcutReader> PreviewShell::OpenShortcuts() { return inner_.OpenShortcuts(); }
 
-std::vector<UrlCacheEntry> PreviewUrlCache::Entries() {
-  std::vector<UrlCacheEntry> entries = inner_.Entries();
-  std::erase_if(entries,
-                [this](const UrlCacheEntry& entry) { return gone_.contains(entry.source); });
-  for (const UrlCacheEntry& entry : entries) local_files_[entry.source] = entry.local_file;
-  return entries;
+void PreviewUrlCache::Enumerate(const UrlCacheVisitor& visit) {
+  inner_.Enumerate([&](const UrlCacheEntry& entry) {
+    local_files_[entry.source] = entry.local_file;
+    return gone_.contains(entry.source) || visit(entry);
+  });
 }
 
 bool PreviewUrlCache::Delete(std::string_view source) {
