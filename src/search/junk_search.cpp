@@ -66,6 +66,7 @@ class JunkTest : public FileTest {
   }
 
   const SearchOptions& options() const { return options_; }
+  const Machine& machine() const { return machine_; }
 
  private:
   const Machine& machine_;
@@ -154,7 +155,7 @@ class DeadShortcutTest : public JunkTest {
         (EqualsNoCase(target, "A:\\") || EqualsNoCase(target, "B:\\"))) {
       return false;
     }
-    return reader_->IsGone(target);
+    return machine().files.IsGone(target);
   }
 
   std::unique_ptr<ShortcutReader> reader_;

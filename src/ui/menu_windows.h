@@ -7,6 +7,7 @@
 #include "ui/frm_ie_cache.h"
 #include "ui/frm_options.h"
 #include "ui/frm_plugin_manager.h"
+#include "ui/frm_registry_scan.h"
 
 namespace quellix {
 
@@ -27,6 +28,7 @@ class MenuWindows {
   FrmOptions options_;
   FrmPluginManager plugin_manager_;
   FrmIECache cache_;
+  FrmRegistryScan registry_scan_;
   FrmAbout about_;
 };
 

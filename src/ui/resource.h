@@ -27,6 +27,13 @@
 #define frmTry 133
 
 // 140 to 149: registry tools
+#define frmOrphanedDLL 140
+#define frmInvalidFile 141
+#define frmInvalidAppPath 142
+#define frmInvalidHelp 143
+#define frmInvalidActivex 144
+#define frmEditAppPath 145
+#define frmEditHelp 146
 
 // 150 to 159: the Internet cache
 #define frmIECache 150
@@ -266,6 +273,28 @@
 #define txtTry 1712
 
 // Registry tools: 1800 to 1899
+#define Label1 1800
+#define lstvOrphanedDLL 1801
+#define lstvInvalid 1802
+#define pgKeys 1803
+#define chkDelete 1805
+#define chkThorough 1806
+#define cmdDelete 1807
+#define cmdEdit 1808
+#define fmResize 1810
+#define lblKey 1811
+#define txtKey 1812
+#define lblValue 1813
+#define txtValue 1814
+#define lblPath 1815
+#define txtPath 1816
+
+// The edit dialogs of registry tools; a help file's folder is where an application's path is
+#define lblAppPath 1821
+#define lblHelpFile 1821
+#define lblHelpPath 1816
+#define cmdBrowse 1822
+#define cmdOk 1823
 
 // The Internet cache: 1900 to 1949
 #define lblShow 1900
