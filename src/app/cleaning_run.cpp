@@ -3,6 +3,7 @@
 #include "app/item_catalogue.h"
 #include "app/run_report.h"
 #include "app/run_steps.h"
+#include "cleaners/junk_cleaners.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -28,6 +29,7 @@ void ResetRun(RunState& state) {
   state.RunLog.clear();
   state.ItemsCleaned.reset();
   state.SettingsProblem.clear();
+  state.Results.reset();
 }
 
 void BeginRun(CleaningContext& context, int items) {
@@ -39,13 +41,6 @@ void BeginRun(CleaningContext& context, int items) {
   context.view.SetProgress(context.state.Progress);
 }
 
-// Stop has taken effect: no totals, no log window.
-void AbortRun(CleaningContext& context, std::string_view message) {
-  context.backup.DeleteBackupArchive();
-  EndRun(context, message);
-  context.view.SetCommands({});
-}
-
 // The archive's directory is written last; without it the archive is repaired when it is opened.
 void CloseBackup(CleaningContext& context) {
   if (context.backup.Close()) return;
@@ -53,7 +48,18 @@ void CloseBackup(CleaningContext& context) {
   context.state.RunLog.append(context.backup.Problem()).append("\r\n");
 }
 
+// Stop has taken effect: no totals, no log window. What is then deleted by hand has a backup of its
+// own.
+void AbortRun(CleaningContext& context, std::string_view message) {
+  context.backup.DeleteBackupArchive();
+  FinishResults(context);
+  CloseBackup(context);
+  EndRun(context, message);
+  context.view.SetCommands({});
+}
+
 void FinishRun(CleaningContext& context) {
+  FinishResults(context);
   CloseBackup(context);
   context.view.ShowCurrentItem(nullptr);
   context.view.SetCommands({});
