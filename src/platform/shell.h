@@ -52,6 +52,11 @@ class Shell {
   // Empties the clipboard of all formats. Throws Error (NotAvailable for a volume).
   virtual void EmptyClipboard() = 0;
 
+  // Opens the shell's own window of a file's properties, or the file's folder with the file
+  // selected. Throw Error (NotAvailable for a volume).
+  virtual void ShowProperties(std::string_view path) = 0;
+  virtual void OpenFolderOf(std::string_view path) = 0;
+
   // Must not outlive the shell. Throws Error when shortcuts cannot be read here.
   virtual std::unique_ptr<ShortcutReader> OpenShortcuts() = 0;
 };

@@ -66,7 +66,8 @@ void FrmMain::OnInit() {
   FillBoxes();
   RefreshBoxes();
   ShowTip();
-  display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
+  display_.Attach(
+      window(), [this](const Item* item) { PlaceCurrentItem(item); }, machine_);
   display_.Flush();
 }
 

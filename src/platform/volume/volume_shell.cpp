@@ -224,6 +224,14 @@ void VolumeShell::EmptyClipboard() {
   throw NotAvailable("The clipboard belongs to a running Windows.");
 }
 
+void VolumeShell::ShowProperties(std::string_view) {
+  throw NotAvailable("Properties are shown by a running Windows only.");
+}
+
+void VolumeShell::OpenFolderOf(std::string_view) {
+  throw NotAvailable("Folders are opened by a running Windows only.");
+}
+
 std::unique_ptr<ShortcutReader> VolumeShell::OpenShortcuts() { return OpenVolumeShortcuts(files_); }
 
 }  // namespace quellix
