@@ -15,9 +15,18 @@
 
 namespace {
 
+// The program has a hidden window with the main window's title.
+HWND FindVisible(const char* title) {
+  HWND window = nullptr;
+  do {
+    window = FindWindowExA(nullptr, window, nullptr, title);
+  } while (window != nullptr && !IsWindowVisible(window));
+  return window;
+}
+
 HWND FindControl(const char* title, int id) {
-  const HWND window = FindWindowA(nullptr, title);
-  if (window == nullptr || !IsWindowVisible(window)) return nullptr;
+  const HWND window = FindVisible(title);
+  if (window == nullptr) return nullptr;
   const HWND control = GetDlgItem(window, id);
   return control != nullptr && IsWindowVisible(control) ? control : nullptr;
 }

@@ -4,18 +4,19 @@
 
 namespace quellix {
 
-Engine::Engine(const Machine& machine, RunView& view)
+Engine::Engine(const Machine& machine, RunView& view, BackupArchive* archive)
     : machine_(machine),
       settings_(machine),
+      auto_clean_([&system = machine.system] { return system.UtcNow(); }),
       backup_(machine, state_.Backup),
-      context_{machine, settings_, state_, view, backup_} {
+      context_{machine, settings_, state_, view, archive != nullptr ? *archive : backup_} {
   backup_.OnPause([this] {
     context_.view.Yield();
     return state_.AbortRequested;
   });
 }
 
-std::string Engine::Load() {
+std::string Engine::Load(Tips* tips) {
   std::string problems;
   try {
     settings_.RequireReadable();
@@ -27,14 +28,22 @@ std::string Engine::Load() {
   if (const std::optional<std::string> last = settings_.LastCleaned()) {
     context_.view.ShowLastCleaned(*last);
   }
+  if (tips && !tips->Load()) {
+    problems += "A file needed is missing. Re-installing this application may fix this problem.\n";
+  }
   try {
     selection_.LoadCheckStates(machine_);
   } catch (const Error& error) {
     problems += std::string("The ticked items could not be read. ") + error.what() + "\n";
   }
-  general_ = settings_.LoadGeneralSettings();
-  selection_.ApplyProtection(general_);
+  ApplyGeneralSettings();
   return problems;
+}
+
+void Engine::ApplyGeneralSettings() {
+  general_ = settings_.LoadGeneralSettings();
+  auto_clean_.Start(general_.auto_clean ? general_.interval_minutes : std::nullopt);
+  selection_.ApplyProtection(general_);
 }
 
 void Engine::RunCleaning() { quellix::RunCleaning(context_, selection_); }

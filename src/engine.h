@@ -7,6 +7,8 @@
 #include "app/item_catalogue.h"
 #include "app/selection.h"
 #include "app/settings.h"
+#include "app/startup.h"
+#include "app/tips.h"
 #include "backup/mod_zip.h"
 #include "search/junk_search.h"
 
@@ -14,19 +16,25 @@ namespace quellix {
 
 inline constexpr std::string_view kApplicationTitle = "Quellix";
 
-// One of everything, wired once. The machine's ports and the view must outlive it.
+// One of everything, wired once. The machine's ports, the view and the archive must outlive it.
 class Engine {
  public:
-  Engine(const Machine& machine, RunView& view);
+  // With `archive`, files are backed up there and not in zip archives.
+  Engine(const Machine& machine, RunView& view, BackupArchive* archive = nullptr);
 
   // Reads settings and check states. A file that cannot be read leaves its defaults; the sentences
-  // that say so are returned, a line each, "" when all is well.
-  std::string Load();
+  // that say so are returned, a line each, "" when all is well. `tips` are read as well where there
+  // is a window to show them.
+  std::string Load(Tips* tips = nullptr);
+  // Reads the general settings and puts them to use: protections, and automatic cleaning, which
+  // begins a new interval.
+  void ApplyGeneralSettings();
   // Stores the check states. Throws Error.
   void Save() const { selection_.SaveCheckStates(machine_); }
 
   const GeneralSettings& general() const { return general_; }
   Selection& selection() { return selection_; }
+  AutoClean& auto_clean() { return auto_clean_; }
   RunState& state() { return state_; }
   Settings& settings() { return settings_; }
   CleaningContext& context() { return context_; }
@@ -48,6 +56,7 @@ class Engine {
   RunState state_;
   Selection selection_;
   GeneralSettings general_;
+  AutoClean auto_clean_;
   ModZip backup_;
   CleaningContext context_;
 };

@@ -31,11 +31,11 @@ void Selection::SetChecked(const Item& item, bool checked) {
   checked_[item.run_order - 1] = checked;
 }
 
-bool Selection::IsEnabled(const Item& item) const {
-  if (item.cleaner == nullptr) return false;
-  if (item.protection == Protection::kProtect1) return protect1_;
-  if (item.protection == Protection::kProtect2) return protect2_;
-  return true;
+std::string_view Selection::WhyDisabled(const Item& item) const {
+  if (item.cleaner == nullptr) return "Not available in this version yet.";
+  const bool lifted = item.protection == Protection::kNone ||
+                      (item.protection == Protection::kProtect1 ? protect1_ : protect2_);
+  return lifted ? "" : "Switched off for safety. Enable it in the Options.";
 }
 
 void Selection::ApplyProtection(const GeneralSettings& general) {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string>
+#include <string_view>
 
 #include "app/item.h"
 #include "app/settings.h"
@@ -16,7 +17,9 @@ class Selection {
   bool IsChecked(const Item& item) const;
   void SetChecked(const Item& item, bool checked);
   // Whether the box can be clicked: its cleaner exists and its protection is lifted.
-  bool IsEnabled(const Item& item) const;
+  bool IsEnabled(const Item& item) const { return WhyDisabled(item).empty(); }
+  // A sentence why it cannot; "" when it can. Lives as long as the program.
+  std::string_view WhyDisabled(const Item& item) const;
   // Applies Protect1 and Protect2.
   void ApplyProtection(const GeneralSettings& general);
 

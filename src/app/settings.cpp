@@ -65,6 +65,7 @@ GeneralSettings Settings::LoadGeneralSettings() const {
   general.protect1 = IsOne(ReadIniValue("General", "Protect1", "0"));
   general.protect2 = IsOne(ReadIniValue("General", "Protect2", "0"));
   general.tip_box = IsOne(ReadIniValue("General", "TipBox", "1"));
+  general.tray_icon = IsOne(ReadIniValue("General", "TrayIcon", "0"));
   return general;
 }
 

@@ -19,6 +19,7 @@ struct GeneralSettings {
   bool protect1 = false;  // the empty-files item may be used
   bool protect2 = false;  // the dead-shortcut item may be used
   bool tip_box = true;
+  bool tray_icon = false;  // closing the window leaves an icon while cleaning is automatic
 };
 
 // Settings.ini in the program folder, one key at a time.

@@ -48,7 +48,7 @@ void DeleteDumpFile(CleaningContext& context) {
       modRegistry::ReadRegString(RegistryOf(context), kLocalMachine, kCrashControl, "DumpFile");
   context.machine.files.Anchor("");
   try {
-    context.machine.files.RemoveFile(ExpandSystemRoot(context, path));
+    context.machine.files.RemoveFile(ExpandSystemRoot(context.machine.system, path));
   } catch (const Error&) {
     return;
   }

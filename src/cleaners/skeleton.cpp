@@ -38,18 +38,19 @@ bool HoldsProfile(System& system, std::string_view folder) {
   return HoldsFolder(folder, system.Environment("USERPROFILE").value_or(""));
 }
 
-std::string ExpandSystemRoot(CleaningContext& context, std::string_view path) {
+std::string ExpandSystemRoot(System& system, std::string_view path) {
   if (!ContainsNoCase(path, kSystemRoot)) return std::string(path);
-  const std::string system_folder = context.machine.system.SystemFolder();
+  const std::string system_folder = system.SystemFolder();
   if (system_folder.empty()) return {};
   return ReplaceNoCase(path, kSystemRoot, system_folder);
 }
 
-std::string FolderFromRegistry(CleaningContext& context, RegistryRoot root, std::string_view key,
+std::string FolderFromRegistry(const Machine& machine, RegistryRoot root, std::string_view key,
                                std::string_view name) {
-  std::string folder = modRegistry::ReadRegString(RegistryOf(context), root, key, name);
+  std::string folder =
+      modRegistry::ReadRegString({machine.registry, machine.system}, root, key, name);
   if (folder.size() > 1) folder = WithBackslash(folder);
-  return ExpandSystemRoot(context, folder);
+  return ExpandSystemRoot(machine.system, folder);
 }
 
 size_t ClearUserKey(CleaningContext& context, std::string_view key) {

@@ -25,15 +25,19 @@ bool HoldsProfile(System& system, std::string_view folder);
 
 // `path` with every "%SYSTEMROOT%" replaced by the system folder, not the Windows folder: settings
 // written for this program count on it.
-std::string ExpandSystemRoot(CleaningContext& context, std::string_view path);
+std::string ExpandSystemRoot(System& system, std::string_view path);
 
 inline constexpr const char* kShellFolders =
     "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders\\";
 
 // The folder that a registry value names, ending in one "\", "%SYSTEMROOT%" expanded. A value of
 // one character is given as it stands; "" when there is none.
-std::string FolderFromRegistry(CleaningContext& context, RegistryRoot root, std::string_view key,
+std::string FolderFromRegistry(const Machine& machine, RegistryRoot root, std::string_view key,
                                std::string_view name);
+inline std::string FolderFromRegistry(CleaningContext& context, RegistryRoot root,
+                                      std::string_view key, std::string_view name) {
+  return FolderFromRegistry(context.machine, root, key, name);
+}
 
 // Deletes all values of a key of the user and returns how many there were. Throws Error when the
 // key may not be changed.

@@ -6,10 +6,10 @@
 #include <map>
 
 #include "cli/backup_commands.h"
+#include "cli/cache_command.h"
 #include "cli/console_plugins.h"
-#include "cli/console_view.h"
+#include "cli/console_run.h"
 #include "cli/search_command.h"
-#include "engine.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -19,6 +19,7 @@ namespace {
 struct CleanOptions {
   std::vector<std::string> items;
   std::string method;
+  bool preview = false;
   MachineOptions machine;
 };
 
@@ -51,15 +52,14 @@ std::string SelectItems(const std::vector<std::string>& names, Selection& select
 
 int Clean(const CleanOptions& options, const ConsolePlatform& platform) {
   const std::unique_ptr<OpenMachine> opened = platform.open(options.machine);
-  ConsoleView view;
-  Engine engine(opened->machine(), view);
-  view.OnStop([&engine] { engine.StopCleaning(); });
-  std::cerr << engine.Load();
+  ConsoleRun run(opened->machine(), options.preview ? RunKind::kPreview : RunKind::kReal);
+  Engine& engine = run.engine();
   const std::string problem = SelectItems(options.items, engine.selection());
   if (!problem.empty()) return Fail(problem, kWrongUsage);
   if (!options.method.empty()) engine.state().FixedRemovalMode = kMethods.at(options.method);
   engine.RunCleaning();
-  if (engine.state().AbortRequested) std::cerr << view.status() << std::endl;
+  if (options.preview) run.PrintPreview();
+  if (engine.state().AbortRequested) std::cerr << run.view().status() << std::endl;
   return ExitCodeOf(engine.state());
 }
 
@@ -83,6 +83,7 @@ void AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& platf
   for (const auto& [name, mode] : kMethods) methods.push_back(name);
   clean->add_option("--method", options.method, "How files are removed (else as the settings say)")
       ->check(CLI::IsMember(methods));
+  clean->add_flag("--preview", options.preview, "List what would go; change nothing");
   AddMachineOptions(*clean, options.machine, platform);
 }
 
@@ -91,11 +92,6 @@ void AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& platf
 int Fail(std::string_view sentence, ExitCode code) {
   std::cerr << "quellixctl: " << sentence << std::endl;
   return code;
-}
-
-int ExitCodeOf(const RunState& state) {
-  if (state.AbortRequested || state.SomeErrors) return kFailed;
-  return state.SomeFilesLocked ? kSomeFilesStayed : kDone;
 }
 
 void AddMachineOptions(CLI::App& command, MachineOptions& options,
@@ -121,6 +117,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
     AddMachineOptions(command, machine, platform);
   });
   ConsolePlugins plugins(app, platform);
+  CacheCommand cache(app, platform);
   SearchCommand search_options;
   const CLI::App* const search = AddSearch(app, search_options, platform);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
@@ -132,6 +129,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   try {
     if (backup.parsed()) return backup.Run(platform);
     if (plugins.IsParsed()) return plugins.Run();
+    if (cache.IsParsed()) return cache.Run();
     if (search->parsed()) return RunSearch(search_options, platform);
     return items->parsed() ? ListItems() : Clean(options, platform);
   } catch (const std::exception& error) {

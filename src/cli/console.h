@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/exit_code.h"
 #include "platform/machine.h"
 
 namespace quellix {
@@ -31,8 +32,6 @@ struct ConsolePlatform {
   // Throws Error with a sentence for the user.
   std::function<std::unique_ptr<OpenMachine>(const MachineOptions&)> open;
 };
-
-enum ExitCode { kDone = 0, kFailed = 1, kWrongUsage = 2, kSomeFilesStayed = 3 };
 
 // quellixctl: parses the arguments, does the command, prints to standard output and error. Ctrl-C
 // stops a run. Returns an ExitCode.

@@ -7,8 +7,6 @@
 #include <iostream>
 
 #include "app/removal.h"
-#include "cli/console_view.h"
-#include "engine.h"
 #include "platform/error.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
@@ -87,6 +85,7 @@ ConsolePlugins::ConsolePlugins(CLI::App& app, const ConsolePlatform& platform)
       plugins_(app.add_subcommand("plugins", "Work with plug-ins, the recipes of users")),
       list_(AddCommand("list", "List the installed plug-ins", nullptr)),
       check_(AddCommand("check", "Explain each line of a plug-in and name its faults", "FILE")),
+      preview_(AddCommand("preview", "List what the named plug-ins would remove", "FILE")),
       process_(AddCommand("process", "Clean by the named plug-ins", "FILE")),
       enable_(AddCommand("enable", "Let the item CleanPlugins use a plug-in", "NAME")),
       disable_(AddCommand("disable", "Keep the item CleanPlugins from using it", "NAME")) {
@@ -100,7 +99,8 @@ int ConsolePlugins::Run() {
   const Machine machine = opened->machine();
   if (list_->parsed()) return List(machine);
   if (check_->parsed()) return Check(machine);
-  if (process_->parsed()) return Process(machine);
+  if (preview_->parsed()) return Process(machine, RunKind::kPreview);
+  if (process_->parsed()) return Process(machine, RunKind::kReal);
   return Switch(machine, enable_->parsed());
 }
 
@@ -127,11 +127,9 @@ int ConsolePlugins::Check(const Machine& machine) {
   return code;
 }
 
-int ConsolePlugins::Process(const Machine& machine) {
-  ConsoleView view;
-  Engine engine(machine, view);
-  view.OnStop([&engine] { engine.StopCleaning(); });
-  std::cerr << engine.Load();
+int ConsolePlugins::Process(const Machine& machine, RunKind kind) {
+  ConsoleRun run(machine, kind);
+  Engine& engine = run.engine();
   std::vector<modPlugin::Plugin> plugins;  // all are read before the first one cleans
   for (const std::string& name : names_) {
     plugins.push_back(
@@ -144,7 +142,11 @@ int ConsolePlugins::Process(const Machine& machine) {
       break;
     }
   }
-  PrintTotals(engine.context());
+  if (kind == RunKind::kPreview) {
+    run.PrintPreview();
+  } else {
+    PrintTotals(engine.context());
+  }
   return ExitCodeOf(engine.state());
 }
 

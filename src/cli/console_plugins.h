@@ -6,6 +6,7 @@
 
 #include "app/run_state.h"
 #include "cli/console.h"
+#include "cli/console_run.h"
 
 namespace CLI {
 class App;
@@ -15,7 +16,6 @@ namespace quellix {
 
 // What the commands of the console share. Fail prints a sentence and returns the code.
 int Fail(std::string_view sentence, ExitCode code);
-int ExitCodeOf(const RunState& state);
 void AddMachineOptions(CLI::App& command, MachineOptions& options, const ConsolePlatform& platform);
 
 // "quellixctl plugins ...". FILE is a plug-in of the folder Plugins or a path of the console's own.
@@ -30,7 +30,7 @@ class ConsolePlugins {
  private:
   int List(const Machine& machine);
   int Check(const Machine& machine);
-  int Process(const Machine& machine);
+  int Process(const Machine& machine, RunKind kind);
   int Switch(const Machine& machine, bool on);
 
   CLI::App* AddCommand(const char* name, const char* what, const char* argument);
@@ -39,7 +39,7 @@ class ConsolePlugins {
   MachineOptions options_;
   std::vector<std::string> names_;
   CLI::App* plugins_;
-  CLI::App *list_, *check_, *process_, *enable_, *disable_;
+  CLI::App *list_, *check_, *preview_, *process_, *enable_, *disable_;
 };
 
 }  // namespace quellix

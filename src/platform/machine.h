@@ -5,6 +5,7 @@
 #include "platform/file_system.h"
 #include "platform/profile_strings.h"
 #include "platform/registry.h"
+#include "platform/session.h"
 #include "platform/shell.h"
 #include "platform/system.h"
 #include "platform/url_cache.h"
@@ -20,6 +21,7 @@ struct Machine {
   UrlCache& url_cache;
   ProfileStrings& profile;
   System& system;
+  Session& session;
   std::string program_folder;  // holds Settings.ini and the lists; without trailing "\"
 };
 

@@ -67,6 +67,8 @@ class Registry {
   // damaged.
   virtual std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
                                             RegistryAccess access) = 0;
+  // Opens a key for writing, made with those above it where they are missing. Throws Error.
+  virtual std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) = 0;
 };
 
 }  // namespace quellix

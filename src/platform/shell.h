@@ -31,6 +31,8 @@ class ShortcutReader {
   virtual bool IsGone(std::string_view path) = 0;
 };
 
+enum class ShellFeature { kRecycleBin, kAddressHistory, kClipboard };
+
 // What the Windows shell does for one user.
 class Shell {
  public:
@@ -51,6 +53,10 @@ class Shell {
 
   // Empties the clipboard of all formats. Throws Error (NotAvailable for a volume).
   virtual void EmptyClipboard() = 0;
+
+  // Throws NotAvailable, as Recycle, ClearAddressHistory and EmptyClipboard would, when this machine
+  // never can do it. Changes nothing.
+  virtual void Require(ShellFeature feature) = 0;
 
   // Opens the shell's own window of a file's properties, or the file's folder with the file
   // selected. Throw Error (NotAvailable for a volume).

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,6 +37,7 @@ class System {
   virtual bool IsServiceRunning(std::string_view name) = 0;
   virtual std::vector<Drive> Drives() = 0;  // by letter
   virtual LocalTime Now() = 0;
+  virtual int64_t UtcNow() = 0;  // FILETIME
   // A FILETIME in the user's time zone, by the rules of its own day.
   virtual LocalTime ToLocalTime(int64_t filetime) = 0;
   virtual Locale UserLocale() = 0;

@@ -4,7 +4,8 @@
 #include <vector>
 
 #include "app/item_catalogue.h"
-#include "app/list_files.h"
+#include "app/mod_shut_down.h"
+#include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
@@ -29,13 +30,25 @@ constexpr GroupPlace kGroups[] = {
 };
 
 constexpr Anchor kAnchors[] = {
-    {lblTip, 2 / 3.0, 0, 1, 0}, {txtTip, 2 / 3.0, 0, 1, 1},    {lblStatus, 0, 1, 1, 1},
-    {pgClean, 0, 1, 1, 1},      {lblCleanCaption, 0, 1, 0, 1}, {lblCleanDate, 0, 1, 1, 1},
-    {cmdClean, 1, 1, 1, 1},     {cmdStop, 1, 1, 1, 1},
+    {lblTip, 2 / 3.0, 0, 1, 0}, {txtTip, 2 / 3.0, 0, 1, 1}, {cmdNextTip, 2 / 3.0, 1, 2 / 3.0, 1},
+    {lblStatus, 0, 1, 1, 1},    {pgClean, 0, 1, 1, 1},      {lblCleanCaption, 0, 1, 0, 1},
+    {lblCleanDate, 0, 1, 1, 1}, {cmdClean, 1, 1, 1, 1},     {cmdStop, 1, 1, 1, 1},
 };
 
 constexpr int kFooterControls[] = {lblStatus, lblCleanCaption, lblCleanDate,
                                    pgClean,   cmdClean,        cmdStop};
+
+struct TurnOffEntry {
+  int entry;
+  void (*end_session)(Session&);
+};
+constexpr TurnOffEntry kTurnOff[] = {
+    {mnuPowrOff, modShutDown::PowerOff},
+    {mnu_Restart, modShutDown::Restart},
+    {mnuLogOff, modShutDown::LogOff},
+    {mnuShutDown, modShutDown::ShutDown},
+    {mnuForceShutDOwn, modShutDown::ForceShutDown},
+};
 
 constexpr wchar_t kNotYet[] = L"Not available in this version yet.";
 constexpr wchar_t kProtected[] = L"Switched off for safety. Enable it in the Options.";
@@ -53,12 +66,35 @@ const GroupPlace& PlaceOf(Group group) {
 
 }  // namespace
 
-void FrmMain::Open(const std::string& problems) {
-  Create(frmMain, nullptr);
+void FrmMain::Open(HWND owner, StartMode mode) {
+  const bool is_hidden = mode == StartMode::kHidden;
+  const std::string problems = engine_.Load(is_hidden ? nullptr : &tips_);
+  Create(frmMain, owner);
+  if (is_hidden) return RunHidden(problems.empty());
   ShowWindow(window(), SW_SHOW);
-  if (problems.empty()) return;
-  MessageBoxW(window(), Wide(problems).c_str(), Wide(kApplicationTitle).c_str(),
-              MB_OK | MB_ICONWARNING);
+  if (!problems.empty()) Warn(problems);
+  if (mode != StartMode::kNormal) display_.SetStatus("");
+  if (CleansAtStart(mode, engine_.general().startup_clean)) {
+    Run([this] { engine_.RunCleaning(); });
+  }
+}
+
+// Nobody is told anything; so where settings or ticked items could not be read, nothing is removed.
+void FrmMain::RunHidden(bool is_loaded) {
+  RunState& state = engine_.state();
+  state.Hidden = true;
+  exit_code_ = kFailed;
+  if (is_loaded) {
+    Run([this] { engine_.RunCleaning(); });
+    exit_code_ = ExitCodeOf(state);
+  }
+  state.Hidden = false;
+  // Who has started the program meanwhile has got this window and keeps it.
+  if (IsWindowVisible(window())) {
+    exit_code_ = kDone;
+  } else {
+    Close();
+  }
 }
 
 void FrmMain::OnInit() {
@@ -82,27 +118,22 @@ void FrmMain::AddAnchors() {
 }
 
 void FrmMain::FillBoxes() {
-  tips_.Attach(window());
+  tool_tips_.Attach(window());
   for (const GroupPlace& place : kGroups) MakeGroupHeading(Control(place.heading));
   for (const Item& item : AllItems()) {
     SetText(BoxOf(item), item.Label());
     const bool enabled = engine_.selection().IsEnabled(item);
     EnableWindow(Control(BoxOf(item)), enabled);
-    if (!enabled) tips_.Add(Control(BoxOf(item)), item.cleaner ? kProtected : kNotYet);
+    if (!enabled) tool_tips_.Add(Control(BoxOf(item)), item.cleaner ? kProtected : kNotYet);
   }
 }
 
 void FrmMain::ShowTip() {
-  std::vector<std::string> tips;
-  try {
-    if (engine_.general().tip_box) tips = ReadListFile(machine_, "tips.txt");
-  } catch (const Error&) {
-    // A tip that cannot be read is no loss worth a message.
+  const std::string tip = engine_.general().tip_box ? tips_.Next() : "";
+  for (const int control : {lblTip, txtTip, cmdNextTip}) {
+    ShowWindow(Control(control), tip.empty() ? SW_HIDE : SW_SHOW);
   }
-  const int show = tips.empty() ? SW_HIDE : SW_SHOW;
-  ShowWindow(Control(lblTip), show);
-  ShowWindow(Control(txtTip), show);
-  if (!tips.empty()) SetText(txtTip, tips.front());
+  SetText(txtTip, tip);
 }
 
 void FrmMain::RefreshBoxes() {
@@ -113,7 +144,7 @@ void FrmMain::RefreshBoxes() {
 }
 
 void FrmMain::OnSized() {
-  tips_.Move();
+  tool_tips_.Move();
   PlaceCurrentItem(current_item_);
   InvalidateRect(window(), nullptr, TRUE);
 }
@@ -130,12 +161,15 @@ void FrmMain::OnCommand(int id, int code) {
   if (id == cmdStop || (id == IDCANCEL && running_)) return engine_.StopCleaning();
   if (running_ || (code != BN_CLICKED && code != BN_DOUBLECLICKED)) return;
   if (Toggle(id)) return RefreshBoxes();
+  if (TurnOff(id)) return;
   switch (id) {
     case cmdClean:
     case mnuClean:
       return Run([this] { engine_.RunCleaning(); });
+    case cmdNextTip:
+      return ShowTip();
     case mnuExit:
-      return OnClose();
+      return Exit();
     case mnuAbout:
       return ShowAbout();
     default:
@@ -162,6 +196,13 @@ bool FrmMain::Toggle(int id) {
   return true;
 }
 
+bool FrmMain::TurnOff(int id) {
+  const auto command = std::ranges::find(kTurnOff, id, &TurnOffEntry::entry);
+  if (command == std::end(kTurnOff)) return false;
+  command->end_session(machine_.session);
+  return true;
+}
+
 void FrmMain::Run(const std::function<void()>& work) {
   if (running_) return;
   running_ = true;
@@ -169,7 +210,7 @@ void FrmMain::Run(const std::function<void()>& work) {
   try {
     work();
   } catch (const std::exception& error) {
-    display_.ShowCritical(error.what());
+    ReportCritical(engine_.context(), error.what());
   }
   display_.Flush();
   running_ = false;
@@ -178,7 +219,7 @@ void FrmMain::Run(const std::function<void()>& work) {
 
 void FrmMain::AfterRun() {
   const std::optional<RunReport> report = display_.TakeReport();
-  if (close_after_run_) return OnClose();
+  if (close_after_run_) return Exit();
   if (report) log_.Show(window(), *report);
 }
 
@@ -219,23 +260,28 @@ void FrmMain::PlaceCurrentItem(const Item* item) {
                side, SWP_NOACTIVATE | SWP_SHOWWINDOW);
 }
 
-void FrmMain::OnClose() {
+void FrmMain::OnClose() { Exit(); }
+
+void FrmMain::Exit() {
   if (running_) {
     close_after_run_ = true;
     engine_.StopCleaning();
     return;
   }
-  const std::string problem = SaveCheckStates();
-  if (!problem.empty()) {
-    MessageBoxW(window(), Wide(problem).c_str(), Wide(kApplicationTitle).c_str(),
-                MB_OK | MB_ICONWARNING);
-  }
+  const std::string problem = Save();
+  if (!problem.empty() && !engine_.state().Hidden) Warn(problem);
   Close();
 }
 
-void FrmMain::OnEndSession() { SaveCheckStates(); }
+void FrmMain::OnEndSession() { Save(); }
 
-std::string FrmMain::SaveCheckStates() const {
+void FrmMain::Warn(const std::string& text) const {
+  MessageBoxW(window(), Wide(text).c_str(), Wide(kApplicationTitle).c_str(),
+              MB_OK | MB_ICONWARNING);
+}
+
+std::string FrmMain::Save() const {
+  tips_.Save();
   try {
     engine_.Save();
     return "";

@@ -2,6 +2,9 @@
 
 #include <functional>
 
+#include "app/exit_code.h"
+#include "app/startup.h"
+#include "app/tips.h"
 #include "engine.h"
 #include "ui/dialog.h"
 #include "ui/frm_log.h"
@@ -20,11 +23,13 @@ class FrmMain : public Dialog {
         display_(display),
         machine_(machine),
         log_(machine.files),
-        windows_(engine, machine) {}
+        windows_(engine, machine),
+        tips_(machine) {}
 
-  // Opens the window, with `problems` in a message if there are any. Closing it ends the thread's
-  // message loop.
-  void Open(const std::string& problems);
+  // Loads the engine and starts as `mode` says: shows the window, with a message when something
+  // could not be loaded, or runs hidden. The end of the window ends the thread's message loop, with
+  // the program's exit code.
+  void Open(HWND owner, StartMode mode);
 
  protected:
   void OnInit() override;
@@ -35,34 +40,40 @@ class FrmMain : public Dialog {
   void OnDrawItem(const DRAWITEMSTRUCT& item) override;
   void OnClose() override;
   void OnEndSession() override;
-  void OnDestroyed() override { PostQuitMessage(0); }
+  void OnDestroyed() override { PostQuitMessage(exit_code_); }
   HBRUSH OnControlColor(HDC target, HWND control) override;
   bool OnEraseBackground(HDC target) override;
 
  private:
   void AddAnchors();
   void FillBoxes();
+  void RunHidden(bool is_loaded);
   void ShowTip();
   void RefreshBoxes();
   bool Toggle(int id);
+  bool TurnOff(int id);
   void Run(const std::function<void()>& work);
   void AfterRun();
   void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
   void PlaceCurrentItem(const Item* item);
   int FooterTop() const;
   void ShowAbout() const;
-  std::string SaveCheckStates() const;
+  void Warn(const std::string& text) const;
+  void Exit();
+  std::string Save() const;
 
   Engine& engine_;
   RunDisplay& display_;
   Machine machine_;
   FrmLog log_;
   MenuWindows windows_;
-  ToolTips tips_;
+  ToolTips tool_tips_;
+  Tips tips_;
   UniqueIcon picture_;  // beside the current item
   const Item* current_item_ = nullptr;
   bool running_ = false;
   bool close_after_run_ = false;
+  int exit_code_ = kDone;
 };
 
 }  // namespace quellix

@@ -2,9 +2,12 @@
 
 #include <exception>
 
+#include "app/exit_code.h"
+#include "app/startup.h"
 #include "engine.h"
 #include "platform/win32/win32_machine.h"
 #include "platform/win32/win32_text.h"
+#include "ui/cls_prev_instance.h"
 #include "ui/dialog.h"
 #include "ui/frm_main.h"
 #include "ui/run_display.h"
@@ -12,32 +15,41 @@
 
 namespace {
 
+using quellix::StartMode;
+
 void LoadControlClasses() {
   INITCOMMONCONTROLSEX classes{sizeof(classes), ICC_PROGRESS_CLASS | ICC_LISTVIEW_CLASSES};
   InitCommonControlsEx(&classes);
 }
 
-// How the program was started. Every command line starts it normally so far.
-int RunProgram() {
+int RunProgram(StartMode mode) {
   quellix::Win32Machine live;
+  const quellix::Machine machine = live.machine();
+  if (!machine.session.ClaimInstance(quellix::kApplicationTitle)) {
+    if (mode != StartMode::kHidden) quellix::clsPrevInstance::ActivatePrevInstance();
+    return quellix::kDone;
+  }
+  LoadControlClasses();
+  const quellix::HiddenOwner owner;
   quellix::RunDisplay display;
-  quellix::Engine engine(live.machine(), display);
-  quellix::FrmMain main_window(engine, display, live.machine());
-  main_window.Open(engine.Load());
-  MSG message;
+  quellix::Engine engine(machine, display);
+  quellix::FrmMain main_window(engine, display, machine);
+  main_window.Open(owner.window(), mode);
+  MSG message{};
   while (GetMessageW(&message, nullptr, 0, 0) > 0) quellix::Dialog::Dispatch(message);
-  return 0;
+  return static_cast<int>(message.wParam);
 }
 
 }  // namespace
 
-int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
+int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR arguments, int) {
+  const StartMode mode = quellix::ParseCommandLine(arguments);
   try {
-    LoadControlClasses();
-    return RunProgram();
+    return RunProgram(mode);
   } catch (const std::exception& error) {
+    if (mode == StartMode::kHidden) return quellix::kFailed;
     MessageBoxW(nullptr, quellix::Wide(error.what()).c_str(),
                 quellix::Wide(quellix::kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
-    return 1;
+    return quellix::kFailed;
   }
 }

@@ -51,6 +51,16 @@
 #define mnuOptions 233
 #define mnuContents 234
 // 240 to 249: turning the computer off, the tray
+#define mnuTurnOff 240
+#define mnuPowrOff 241
+#define mnu_Restart 242
+#define mnuLogOff 243
+#define mnuShutDown 244
+#define mnuForceShutDOwn 245
+#define mnuTray 246
+#define mnuTrayOpen 247
+#define mnuTrayClean 248
+#define mnuTrayExit 249
 
 // 300 to 319: the menus of the results of a junk search
 #define mnuDeletetion 300
@@ -118,6 +128,8 @@
 #define lblCleanDate 1112
 #define cmdClean 1113
 #define cmdStop 1114
+#define cmdNextTip 1115
+#define tmrClean 1116
 
 // The log window
 #define txtLog 1201

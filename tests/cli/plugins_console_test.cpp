@@ -42,6 +42,12 @@ TEST_F(PluginsConsoleTest, APluginIsCheckedEnabledListedAndProcessed) {
   EXPECT_TRUE(machine->Exists(scratch + "logs\\a.log")) << "it is disabled";
   EXPECT_EQ(Plugins({"process", "qx", "none"}).exit_code, 1);
   EXPECT_TRUE(machine->Exists(scratch + "logs\\a.log")) << "one name is wrong";
+  const ProgramResult preview = Plugins({"preview", "qx"});
+  EXPECT_EQ(preview.exit_code, 0);
+  EXPECT_EQ(preview.output, "File            " + scratch +
+                                "logs\\a.log\nNothing was changed. A run would remove 1 file "
+                                "(3 Bytes), 0 folders and 0 other things.\n");
+  EXPECT_TRUE(machine->Exists(scratch + "logs\\a.log")) << "a preview removes nothing";
   for (const bool again : {false, true}) {
     const ProgramResult result = Plugins({"process", "qx"});
     EXPECT_EQ(result.exit_code, 0);

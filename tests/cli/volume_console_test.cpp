@@ -96,5 +96,15 @@ TEST_F(VolumeConsoleTest, WhatBelongsToARunningWindowsIsLoggedAndTheRunGoesOn) {
   }
 }
 
+TEST_F(VolumeConsoleTest, TheBrowserCacheIsRefusedWithItsReason) {
+  StoreMachine(*machine);
+  for (const char* command : {"list", "delete"}) {
+    const ProgramResult result =
+        RunQuellixctl({"cache", command, "--volume", volume().options().volume});
+    EXPECT_EQ(result.exit_code, 1);
+    EXPECT_EQ(result.output, "quellixctl: The browser cache belongs to a running Windows.\n");
+  }
+}
+
 }  // namespace
 }  // namespace quellix

@@ -139,5 +139,18 @@ TEST_F(RegistryContract, ADeniedKeyIsReadButNotChanged) {
   EXPECT_TRUE(Open(key_, kWrite)->DeleteValue("v"));
 }
 
+TEST_F(RegistryContract, AKeyIsMadeWithThoseAboveItAndOneThatIsThereStays) {
+  machine_.registry.Create(kUser, key_ + "\\a\\b\\");
+  ASSERT_TRUE(Open(key_ + "\\a\\b", kWrite));
+  Open(key_ + "\\a", kWrite)->SetValue("v", {kRegSz, Text("kept")});
+  machine_.registry.Create(kUser, key_ + "\\A\\c");
+  machine_.registry.Create(kUser, key_ + "\\a");
+  EXPECT_EQ(Open(key_ + "\\a", kRead)->QueryValue("V")->bytes, Text("kept"));
+  EXPECT_TRUE(test_->KeyExists(kUser, key_ + "\\a\\b"));
+  const auto denial = test_->DenyRegistryWrites(kUser, key_ + "\\a");
+  EXPECT_THROW(machine_.registry.Create(kUser, key_ + "\\a\\d"), Error);
+  EXPECT_FALSE(test_->KeyExists(kUser, key_ + "\\a\\d"));
+}
+
 }  // namespace
 }  // namespace quellix

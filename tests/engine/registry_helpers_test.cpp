@@ -88,9 +88,9 @@ TEST_F(RegistryHelpersTest, OnlyTheTreeDeletionTakesKeysWithSubKeys) {
 }
 
 TEST_F(RegistryHelpersTest, SystemRootMeansTheSystemFolder) {
-  EXPECT_EQ(ExpandSystemRoot(context, "%SystemRoot%\\spool"),
+  EXPECT_EQ(ExpandSystemRoot(context.machine.system, "%SystemRoot%\\spool"),
             ports.system.SystemFolder() + "\\spool");
-  EXPECT_EQ(ExpandSystemRoot(context, "%OTHER%\\x"), "%OTHER%\\x");
+  EXPECT_EQ(ExpandSystemRoot(context.machine.system, "%OTHER%\\x"), "%OTHER%\\x");
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ BOOL CALLBACK Compare(HWND window, LPARAM parameter) {
   if (process != search.process || !IsWindowVisible(window)) return TRUE;
   wchar_t text[100] = {};
   GetClassNameW(window, text, 100);
-  if (search.window_class != text) return TRUE;
+  if (!search.window_class.empty() && search.window_class != text) return TRUE;
   if (!search.title.empty() && search.title != TextOf(window)) return TRUE;
   if (!Shows(window, search.text)) return TRUE;
   search.found = window;
@@ -99,22 +99,42 @@ bool Await(const std::function<bool()>& condition) {
   return false;
 }
 
-QuellixWindow::QuellixWindow() {
+QuellixProcess::QuellixProcess(std::wstring_view arguments, DWORD flags) {
   const std::wstring program = ProgramFolder() / L"quellix.exe";
+  std::wstring line = L"\"" + program + L"\" " + std::wstring(arguments);
   STARTUPINFOW start{};
   start.cb = sizeof(start);
-  if (!CreateProcessW(program.c_str(), nullptr, nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                      &start, &process_)) {
+  if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, FALSE, flags, nullptr,
+                      nullptr, &start, &process_)) {
     throw std::runtime_error("quellix.exe does not start");
   }
-  main_ = AwaitWindow(L"Quellix");
 }
 
-QuellixWindow::~QuellixWindow() {
+QuellixProcess::~QuellixProcess() {
   TerminateProcess(process_.hProcess, 1);
   WaitForSingleObject(process_.hProcess, INFINITE);
   CloseHandle(process_.hThread);
   CloseHandle(process_.hProcess);
+}
+
+std::optional<DWORD> QuellixProcess::AwaitExitCode() const {
+  DWORD code = 0;
+  WaitForSingleObject(process_.hProcess, 30000);
+  if (!HasEnded() || !GetExitCodeProcess(process_.hProcess, &code)) return std::nullopt;
+  return code;
+}
+
+HWND QuellixProcess::AnyWindow() const {
+  Search search{process_.dwProcessId, {}, {}, {}, nullptr};
+  EnumWindows(Compare, reinterpret_cast<LPARAM>(&search));
+  return search.found;
+}
+
+QuellixWindow::QuellixWindow(std::wstring_view arguments) : QuellixProcess(arguments) {
+  main_ = AwaitWindow(L"Quellix");
+  // A message that appears with it has the same title.
+  const HWND owner = main_ ? GetWindow(main_, GW_OWNER) : nullptr;
+  if (owner && IsWindowVisible(owner)) main_ = owner;
 }
 
 HWND QuellixWindow::Find(std::wstring_view title, std::wstring_view window_class) const {
@@ -143,11 +163,7 @@ bool QuellixWindow::AwaitMenu() const {
   return Await([&] { return Find({}, kMenuClass) != nullptr; });
 }
 
-bool QuellixWindow::AwaitEnd() const {
-  DWORD code = 1;
-  WaitForSingleObject(process_.hProcess, 30000);
-  return GetExitCodeProcess(process_.hProcess, &code) && code == 0;
-}
+bool QuellixWindow::AwaitEnd() const { return AwaitExitCode() == DWORD{0}; }
 
 bool QuellixWindow::Close() const {
   PostMessageW(main_, WM_CLOSE, 0, 0);

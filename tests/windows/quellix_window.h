@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,14 +20,31 @@ std::string ReadBytes(const std::filesystem::path& path);
 // Waits until the condition holds; false when it never does.
 bool Await(const std::function<bool()>& condition);
 
-// One running quellix.exe, driven from outside through its controls. Ends with the object.
-class QuellixWindow {
+// One running quellix.exe. Ends with the object.
+class QuellixProcess {
+ public:
+  // Starts the program; `flags` are those of CreateProcess.
+  explicit QuellixProcess(std::wstring_view arguments = {}, DWORD flags = 0);
+  ~QuellixProcess();
+  QuellixProcess(const QuellixProcess&) = delete;
+  QuellixProcess& operator=(const QuellixProcess&) = delete;
+
+  bool HasEnded() const { return WaitForSingleObject(process_.hProcess, 0) == WAIT_OBJECT_0; }
+  // Nothing when it does not end.
+  std::optional<DWORD> AwaitExitCode() const;
+  void Resume() const { ResumeThread(process_.hThread); }
+  // A visible window of the program that is no control, whatever it is; null for none.
+  HWND AnyWindow() const;
+
+ protected:
+  PROCESS_INFORMATION process_{};
+};
+
+// One that shows its main window, driven from outside through its controls.
+class QuellixWindow : public QuellixProcess {
  public:
   // Starts the program and waits for its main window.
-  QuellixWindow();
-  ~QuellixWindow();
-  QuellixWindow(const QuellixWindow&) = delete;
-  QuellixWindow& operator=(const QuellixWindow&) = delete;
+  explicit QuellixWindow(std::wstring_view arguments = {});
 
   HWND main() const { return main_; }
   // A visible window of the program, by title or class; null when it does not appear.
@@ -57,7 +75,6 @@ class QuellixWindow {
  private:
   HWND Find(std::wstring_view title, std::wstring_view window_class) const;
 
-  PROCESS_INFORMATION process_{};
   HWND main_ = nullptr;
 };
 

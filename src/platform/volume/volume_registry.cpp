@@ -142,6 +142,11 @@ std::unique_ptr<RegistryKey> VolumeRegistry::Open(RegistryRoot root, std::string
   return OpenPlace(PlaceOf(root, path), access);
 }
 
+std::unique_ptr<RegistryKey> VolumeRegistry::Create(RegistryRoot root, std::string_view path) {
+  CreateKey(root, path);
+  return Open(root, path, RegistryAccess::kWrite);
+}
+
 void VolumeRegistry::CreateKey(RegistryRoot root, std::string_view path) {
   std::string place = PlaceOf(root, WithoutBackslash(path));
   if (const auto classes = Below(place, kMergedClasses); classes && Layers(place).empty()) {
@@ -152,6 +157,7 @@ void VolumeRegistry::CreateKey(RegistryRoot root, std::string_view path) {
   const std::shared_ptr<Hive> hive = mount ? HiveAt(mount->path) : nullptr;
   if (!hive) throw Error(Error::Kind::kMissing, "The volume has no hive for " + place);
   HiveNode node = hive->root();
+  hive->RequireWritable();
   for (const std::string& name :
        Split(WithControlSet(*mount, *hive, *Below(place, mount->place)), '\\')) {
     if (!name.empty()) node = hive->CreateSubKey(node, name);

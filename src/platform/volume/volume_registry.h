@@ -27,11 +27,12 @@ class VolumeRegistry : public Registry {
 
   std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
                                     RegistryAccess access) override;
+  std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override;
 
-  // Beyond the port. Makes a key and those above it. Throws Error.
   void CreateKey(RegistryRoot root, std::string_view path);
-  // Stores all changes and closes the hive files; open keys must not be used any more, others are
-  // opened anew. Throws Error.
+
+  // Beyond the port. Stores all changes and closes the hive files; open keys must not be used any
+  // more, others are opened anew. Throws Error.
   void CloseHives();
 
  private:

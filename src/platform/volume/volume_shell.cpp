@@ -52,13 +52,23 @@ std::vector<std::string> Names(FileSystem& files, const std::string& folder) {
 
 }  // namespace
 
-std::string VolumeShell::UserBin(char drive) {
+void VolumeShell::Require(ShellFeature feature) {
+  if (feature == ShellFeature::kAddressHistory) {
+    throw NotAvailable("The address history is cleared by a running Windows only.");
+  }
+  if (feature == ShellFeature::kClipboard) {
+    throw NotAvailable("The clipboard belongs to a running Windows.");
+  }
   if (user_.sid.empty()) {
     throw NotAvailable("The user's identity is not known, so there is no recycle bin to use.");
   }
   if (system_.Version().major < 6) {
     throw NotAvailable("The recycle bin of this Windows cannot be filled from outside.");
   }
+}
+
+std::string VolumeShell::UserBin(char drive) {
+  Require(ShellFeature::kRecycleBin);
   const std::string bins = drive + std::string(kBinFolder);
   std::string bin = bins + "\\" + user_.sid;
   if (files_.Look(bin)) return bin;
@@ -216,13 +226,9 @@ void VolumeShell::EmptyRecycleBin() {
   }
 }
 
-void VolumeShell::ClearAddressHistory() {
-  throw NotAvailable("The address history is cleared by a running Windows only.");
-}
+void VolumeShell::ClearAddressHistory() { Require(ShellFeature::kAddressHistory); }
 
-void VolumeShell::EmptyClipboard() {
-  throw NotAvailable("The clipboard belongs to a running Windows.");
-}
+void VolumeShell::EmptyClipboard() { Require(ShellFeature::kClipboard); }
 
 void VolumeShell::ShowProperties(std::string_view) {
   throw NotAvailable("Properties are shown by a running Windows only.");

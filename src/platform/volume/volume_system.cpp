@@ -61,6 +61,8 @@ std::string Convert(iconv_t converter, std::string_view bytes) {
   return result;
 }
 
+constexpr int64_t kSecondsTo1970 = 11644473600;  // from 1601
+
 LocalTime ToLocal(std::time_t time) {
   std::tm local = {};
   localtime_r(&time, &local);
@@ -168,8 +170,9 @@ std::vector<Drive> VolumeSystem::Drives() {
 
 LocalTime VolumeSystem::Now() { return ToLocal(std::time(nullptr)); }
 
+int64_t VolumeSystem::UtcNow() { return (std::time(nullptr) + kSecondsTo1970) * 10'000'000; }
+
 LocalTime VolumeSystem::ToLocalTime(int64_t filetime) {
-  constexpr int64_t kSecondsTo1970 = 11644473600;
   return ToLocal(filetime / 10'000'000 - kSecondsTo1970);
 }
 

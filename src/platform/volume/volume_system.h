@@ -25,6 +25,7 @@ class VolumeSystem : public System {
   bool IsServiceRunning(std::string_view) override { return false; }  // nothing runs on a volume
   std::vector<Drive> Drives() override;
   LocalTime Now() override;
+  int64_t UtcNow() override;
   LocalTime ToLocalTime(int64_t filetime) override;
   Locale UserLocale() override;
   std::string FromAnsi(std::string_view bytes) override;

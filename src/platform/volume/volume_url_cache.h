@@ -8,7 +8,7 @@ namespace quellix {
 // The browser cache's index can be changed by a running Windows only.
 class VolumeUrlCache : public UrlCache {
  public:
-  std::vector<UrlCacheEntry> Entries() override { Refuse(); }
+  void Enumerate(const UrlCacheVisitor&) override { Refuse(); }
   bool Delete(std::string_view) override { Refuse(); }
 
  private:

@@ -5,6 +5,7 @@
 #include "platform/machine.h"
 #include "platform/win32/win32_file_system.h"
 #include "platform/win32/win32_registry.h"
+#include "platform/win32/win32_session.h"
 #include "platform/win32/win32_shell.h"
 #include "platform/win32/win32_system.h"
 #include "platform/win32/win32_url_cache.h"
@@ -20,7 +21,7 @@ class Win32Machine {
   Win32Machine& operator=(const Win32Machine&) = delete;
 
   Machine machine() {
-    return {files_, registry_, shell_, url_cache_, profile_, system_, program_folder_};
+    return {files_, registry_, shell_, url_cache_, profile_, system_, session_, program_folder_};
   }
 
  private:
@@ -31,6 +32,7 @@ class Win32Machine {
   Win32Shell shell_{anchor_};
   Win32UrlCache url_cache_;
   Win32System system_;
+  Win32Session session_;
   IniFiles profile_{files_, system_};
 };
 

@@ -5,6 +5,7 @@
 
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_file_info.h"
+#include "platform/win32/win32_file_time.h"
 #include "platform/win32/win32_path.h"
 
 namespace quellix {
@@ -27,14 +28,6 @@ uint64_t SizeOf(const UniqueFile& file, std::string_view action, std::string_vie
   LARGE_INTEGER size;
   if (!GetFileSizeEx(file.Get(), &size)) ThrowLastError(action, path);
   return static_cast<uint64_t>(size.QuadPart);
-}
-
-int64_t FromFileTime(const FILETIME& time) {
-  return static_cast<int64_t>(uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
-}
-
-FILETIME ToFileTime(int64_t time) {
-  return {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
 }
 
 OVERLAPPED At(uint64_t offset) {

@@ -152,4 +152,16 @@ std::unique_ptr<RegistryKey> Win32Registry::Open(RegistryRoot root, std::string_
   return OpenBelow(Predefined(root), path, Rights(access));
 }
 
+std::unique_ptr<RegistryKey> Win32Registry::Create(RegistryRoot root, std::string_view path) {
+  const std::string plain(WithoutBackslash(path));
+  UniqueKey key;
+  const LSTATUS status =
+      RegCreateKeyExW(Predefined(root), Wide(plain).c_str(), 0, nullptr, 0,
+                      Rights(RegistryAccess::kWrite), nullptr, key.Put(), nullptr);
+  if (status != ERROR_SUCCESS) {
+    throw WindowsError(static_cast<DWORD>(status), "make", "the registry key " + plain);
+  }
+  return std::make_unique<Win32Key>(std::move(key), plain);
+}
+
 }  // namespace quellix

@@ -9,6 +9,7 @@ class Win32Registry : public Registry {
  public:
   std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
                                     RegistryAccess access) override;
+  std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override;
 };
 
 }  // namespace quellix

@@ -17,6 +17,8 @@ class Win32Shell : public Shell {
   void EmptyRecycleBin() override;
   void ClearAddressHistory() override;
   void EmptyClipboard() override;
+  // Whether this Windows keeps an address history, only clearing it tells.
+  void Require(ShellFeature) override {}
   void ShowProperties(std::string_view path) override;
   void OpenFolderOf(std::string_view path) override;
   std::unique_ptr<ShortcutReader> OpenShortcuts() override;

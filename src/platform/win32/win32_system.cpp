@@ -4,6 +4,7 @@
 
 #include "platform/path.h"
 #include "platform/win32/unique.h"
+#include "platform/win32/win32_file_time.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
@@ -111,10 +112,14 @@ LocalTime Win32System::Now() {
   return ToLocal(now);
 }
 
+int64_t Win32System::UtcNow() {
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  return static_cast<int64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime;
+}
+
 LocalTime Win32System::ToLocalTime(int64_t filetime) {
-  FILETIME time;
-  time.dwHighDateTime = static_cast<DWORD>(filetime >> 32);
-  time.dwLowDateTime = static_cast<DWORD>(filetime);
+  const FILETIME time = ToFileTime(filetime);
   SYSTEMTIME universal, local;
   if (!FileTimeToSystemTime(&time, &universal)) return {};
   if (!SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local)) return ToLocal(universal);

@@ -15,6 +15,7 @@ class Win32System : public System {
   bool IsServiceRunning(std::string_view name) override;
   std::vector<Drive> Drives() override;
   LocalTime Now() override;
+  int64_t UtcNow() override;
   LocalTime ToLocalTime(int64_t filetime) override;
   Locale UserLocale() override;
   std::string FromAnsi(std::string_view bytes) override;

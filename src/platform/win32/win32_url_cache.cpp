@@ -6,6 +6,7 @@
 
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_error.h"
+#include "platform/win32/win32_file_time.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
@@ -32,6 +33,10 @@ UrlCacheEntry ToEntry(const INTERNET_CACHE_ENTRY_INFOW& info) {
   if (info.lpszLocalFileName) entry.local_file = Narrow(info.lpszLocalFileName);
   entry.type = info.CacheEntryType;
   entry.size = uint64_t{info.dwSizeHigh} << 32 | info.dwSizeLow;
+  entry.hit_rate = info.dwHitRate;
+  entry.last_access = FromFileTime(info.LastAccessTime);
+  entry.last_modified = FromFileTime(info.LastModifiedTime);
+  entry.expires = FromFileTime(info.ExpireTime);
   return entry;
 }
 
@@ -67,12 +72,13 @@ class CacheSearch {
 
 }  // namespace
 
-std::vector<UrlCacheEntry> Win32UrlCache::Entries() {
-  std::vector<UrlCacheEntry> entries;
+void Win32UrlCache::Enumerate(const UrlCacheVisitor& visit) {
   CacheSearch search;
-  while (const auto* info = search.Next()) entries.push_back(ToEntry(*info));
+  while (const auto* info = search.Next()) {
+    if (!visit(ToEntry(*info))) return;
+  }
   const DWORD error = GetLastError();
-  if (error == ERROR_NO_MORE_ITEMS || error == ERROR_FILE_NOT_FOUND) return entries;
+  if (error == ERROR_NO_MORE_ITEMS || error == ERROR_FILE_NOT_FOUND) return;
   throw WindowsError(error, "read", "the browser cache");
 }
 

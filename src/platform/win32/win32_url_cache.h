@@ -7,7 +7,7 @@ namespace quellix {
 // The cache of Windows' own internet functions, which Internet Explorer keeps.
 class Win32UrlCache : public UrlCache {
  public:
-  std::vector<UrlCacheEntry> Entries() override;
+  void Enumerate(const UrlCacheVisitor& visit) override;
   bool Delete(std::string_view source) override;
 };
 

@@ -122,5 +122,13 @@ TEST(VolumeSystemTest, LocaleVersionAndCodePageComeFromTheRegistry) {
   EXPECT_EQ(system.FromAnsi("\xCC\xE8\xF0 \x98!"), "Мир \uFFFD!");
 }
 
+TEST(VolumeMachineTest, NobodyIsLoggedOnToAVolume) {
+  const auto test = VolumeTestMachine::CreateVolume();
+  Session& session = test->machine().session;
+  EXPECT_THROW(session.ClaimInstance("Quellix"), NotAvailable);
+  EXPECT_THROW(session.EnablePrivilege("SeShutdownPrivilege"), NotAvailable);
+  EXPECT_THROW(session.Exit(0, 0), NotAvailable);
+}
+
 }  // namespace
 }  // namespace quellix

@@ -1,12 +1,7 @@
-#include <windows.h>
-// After windows.h, whose types it uses.
-#include <wininet.h>
-// A leftover of 16-bit Windows that would swallow RunView::Yield.
-#undef Yield
-
 #include <algorithm>
 
 #include "platform/win32/win32_text.h"
+#include "support/cache_entry_win32.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -14,16 +9,9 @@ namespace {
 
 class UrlCacheTest : public RunFixture {
  protected:
-  // A real entry of the user's cache; returns its file.
-  std::string Cache(const std::wstring& source, DWORD type) {
-    wchar_t file[MAX_PATH] = L"";
-    EXPECT_TRUE(CreateUrlCacheEntryW(source.c_str(), 4, L"txt", file, 0));
-    machine->MakeFile(Narrow(file), "data");
-    const FILETIME never{};
-    EXPECT_TRUE(CommitUrlCacheEntryW(source.c_str(), file, never, never, type, nullptr, 0, nullptr,
-                                     nullptr))
-        << GetLastError();
-    return Narrow(file);
+  // Returns the entry's file.
+  std::string Cache(const std::wstring& source, DWORD type = 0) {
+    return Narrow(MakeCacheEntry({.source = source, .type = type}).wstring());
   }
 
   // The sources of this test that are in the cache, sorted.
@@ -38,11 +26,11 @@ class UrlCacheTest : public RunFixture {
 };
 
 TEST_F(UrlCacheTest, CacheAndCookiesGoApartAndKeptCookiesStay) {
-  const std::string page = Cache(L"http://qxtest.example/page", NORMAL_CACHE_ENTRY);
+  const std::string page = Cache(L"http://qxtest.example/page");
   const std::string kept =
-      Cache(L"Cookie:tester@qxtest.example/kept", NORMAL_CACHE_ENTRY | COOKIE_CACHE_ENTRY);
-  Cache(L"Cookie:tester@qxtest.example/", NORMAL_CACHE_ENTRY | COOKIE_CACHE_ENTRY);
-  Cache(L"Visited: tester@http://qxtest.example/", NORMAL_CACHE_ENTRY | URLHISTORY_CACHE_ENTRY);
+      Cache(L"Cookie:tester@qxtest.example/kept", COOKIE_CACHE_ENTRY);
+  Cache(L"Cookie:tester@qxtest.example/", COOKIE_CACHE_ENTRY);
+  Cache(L"Visited: tester@http://qxtest.example/", URLHISTORY_CACHE_ENTRY);
   ASSERT_EQ(Sources().size(), 4u);
 
   engine.RunOneItem(*FindItem("CleanCache"));

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "app/run_state.h"
+
+namespace quellix {
+
+// How the programs end.
+enum ExitCode { kDone = 0, kFailed = 1, kWrongUsage = 2, kSomeFilesStayed = 3 };
+
+// After a run; one that was stopped has failed.
+inline ExitCode ExitCodeOf(const RunState& state) {
+  if (state.AbortRequested || state.SomeErrors) return kFailed;
+  return state.SomeFilesLocked ? kSomeFilesStayed : kDone;
+}
+
+}  // namespace quellix

@@ -1,0 +1,222 @@
+#include "app/option_list.h"
+
+#include <algorithm>
+#include <array>
+
+#include "app/list_files.h"
+#include "app/path_check.h"
+#include "cleaners/skeleton.h"
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "search/wildcard.h"
+
+namespace quellix {
+namespace {
+
+constexpr char kSeparator = '\x01';
+
+// Only the list of files has defaults that are read while the user has none; the extensions of
+// DefIE.txt are offered, but do not hold before the user takes them.
+constexpr std::array<ListPage, kListPages> kPages = {{
+    {OptionsPage::kIgnoredFiles, "Ignored files",
+     "Files with these names are never found by a search for junk.", "File &name:", "IFI.txt",
+     "DefIFI.txt"},
+    {OptionsPage::kIgnoredExtensions, "Ignored extensions",
+     "Files with these extensions are never found by a search for junk.", "E&xtension:", "IE.txt",
+     "DefIE.txt"},
+    {OptionsPage::kIgnoredFolders, "Ignored folders",
+     "Folders whose path holds one of these texts, and all below them, are never searched, nor "
+     "cleaned as user-defined folders.",
+     "&Part of a path:", "UDIFO.txt", "", ListPage::kFolder},
+    {OptionsPage::kFileTypes, "Unnecessary file types",
+     "Files that match a ticked type are found as unnecessary: * is any text, ? one character, # "
+     "one digit, [a-z] one of a range.",
+     "File &type:", "UNFI.txt", "DefUNFI.txt", ListPage::kNone, true},
+    {OptionsPage::kUserFiles, "User-defined files",
+     "These files are removed by the item User-defined files.", "&File:", "UDFI.txt", "DefUDFI.txt",
+     ListPage::kFile},
+    {OptionsPage::kUserFolders, "User-defined folders",
+     "All files below these folders are removed by the item User-defined folders.",
+     "&Folder:", "UDFO.txt", "DefUDFO.txt", ListPage::kFolder},
+}};
+
+ListRow ParseType(const std::string& line) {
+  std::vector<std::string> fields = Split(line, kSeparator);
+  if (fields.size() == 1) return {.text = line};  // written by hand, without a tick
+  ListRow row{fields[0] == "1", fields[1]};
+  for (size_t i = 2; i < fields.size(); ++i) {
+    row.description += (row.description.empty() ? "" : " ") + fields[i];
+  }
+  return row;
+}
+
+std::string TypeLine(const ListRow& row) {
+  return (row.ticked ? "1" : "0") + std::string(1, kSeparator) + row.text + kSeparator +
+         row.description;
+}
+
+std::string WhyNoFileType(std::string_view type) {
+  constexpr std::string_view kForm =
+      "Please enter the file type in format\r\n*.bak, ~$*.doc or the like. ";
+  const bool is_mask = type.find_first_of(".*?#[") != type.npos;
+  const bool is_name = type.find_first_of("\\/:\"<>|") == type.npos && !HasControlCharacters(type);
+  if (!is_mask || !is_name || !Wildcard(UpCase(type)).valid()) return std::string(kForm);
+  if (type.find_first_not_of("*?. ") == type.npos) {
+    return std::string(kForm) + "This one would match every file.";
+  }
+  return {};
+}
+
+std::string WhyNoExtension(std::string_view extension) {
+  const std::string why = WhyNoName(extension);
+  if (why.empty() && extension.find('.') != extension.npos) {
+    return "Please enter what stands behind the last dot only, such as doc.";
+  }
+  return why;
+}
+
+std::string WhyNoPartOfPath(std::string_view text) {
+  if (text.empty()) return "Please enter a folder or a part of its path.";
+  if (text.find_first_of("/*?\"<>|") != text.npos || HasControlCharacters(text)) {
+    return "A path cannot hold any of the characters / * ? \" < > |.";
+  }
+  return {};
+}
+
+std::string WhyNoUserFile(System& system, std::string_view path) {
+  const std::string why = WhyNoPath(path);
+  if (!why.empty()) return why;
+  if (path.ends_with('\\') || HoldsWindows(system, path)) {
+    return std::string(path) + " is a folder, not a file.";
+  }
+  return {};
+}
+
+std::string WhyNoUserFolder(System& system, std::string_view path) {
+  const std::string why = WhyNoPath(path);
+  if (!why.empty()) return why;
+  if (HoldsWindows(system, path) || HoldsProfile(system, path)) {
+    return std::string(path) +
+           " cannot be cleaned: it is a whole drive, or it holds Windows or the user's profile.";
+  }
+  return {};
+}
+
+// Extensions are listed without their dot.
+std::string_view WithoutDot(std::string_view extension) {
+  if (extension.starts_with("*.")) extension.remove_prefix(1);
+  if (extension.starts_with('.')) extension.remove_prefix(1);
+  return extension;
+}
+
+bool IsSame(std::string_view a, std::string_view b) {
+  return EqualsNoCase(WithoutBackslash(TrimBlanks(a)), WithoutBackslash(TrimBlanks(b)));
+}
+
+}  // namespace
+
+std::span<const ListPage, kListPages> ListPages() { return kPages; }
+
+OptionList::OptionList(const Machine& machine, const ListPage& page)
+    : machine_(machine), page_(page) {
+  try {
+    // The search takes its extensions from the user's own file alone.
+    const bool own_only = page.page == OptionsPage::kIgnoredExtensions;
+    rows_ = saved_ = Read(page.file, own_only ? "" : page.defaults);
+  } catch (const Error& error) {
+    problem_ = std::string(page.file) + " could not be read, so it stays as it is. " + error.what();
+  }
+}
+
+std::vector<ListRow> OptionList::Read(std::string_view name, std::string_view default_name) const {
+  std::vector<ListRow> rows;
+  for (const std::string& line : ReadListFile(machine_, name, default_name)) {
+    if (TrimBlanks(line).empty()) continue;
+    rows.push_back(page_.has_ticks ? ParseType(line) : ListRow{.text = line});
+  }
+  return rows;
+}
+
+std::string OptionList::WhyNotText(std::string_view text) const {
+  switch (page_.page) {
+    case OptionsPage::kIgnoredFiles:
+      return WhyNoName(text);
+    case OptionsPage::kIgnoredExtensions:
+      return WhyNoExtension(text);
+    case OptionsPage::kIgnoredFolders:
+      return WhyNoPartOfPath(text);
+    case OptionsPage::kFileTypes:
+      return WhyNoFileType(text);
+    case OptionsPage::kUserFiles:
+      return WhyNoUserFile(machine_.system, text);
+    default:
+      return WhyNoUserFolder(machine_.system, text);
+  }
+}
+
+std::string OptionList::WhyNot(std::string_view text, std::string_view description,
+                               size_t own_row) const {
+  if (!problem_.empty()) return problem_;
+  const std::string why = WhyNotText(text);
+  if (!why.empty()) return why;
+  if (HasControlCharacters(description)) return "The description must be one line.";
+  for (size_t row = 0; row < rows_.size(); ++row) {
+    if (row == own_row || !IsSame(rows_[row].text, text)) continue;
+    return page_.has_ticks ? "File Type already exists in the list."
+                           : std::string(text) + " is in the list already.";
+  }
+  return {};
+}
+
+std::string OptionList::Add(std::string_view text, std::string_view description) {
+  rows_.push_back({page_.has_ticks, ""});
+  const std::string why = Change(rows_.size() - 1, text, description);
+  if (!why.empty()) rows_.pop_back();
+  return why;
+}
+
+std::string OptionList::Change(size_t row, std::string_view text, std::string_view description) {
+  text = TrimBlanks(text);
+  if (page_.page == OptionsPage::kIgnoredExtensions) text = WithoutDot(text);
+  description = TrimBlanks(description);
+  std::string why = WhyNot(text, description, row);
+  if (!why.empty()) return why;
+  rows_[row].text = text;
+  rows_[row].description = description;
+  return {};
+}
+
+void OptionList::Remove(std::span<const size_t> rows) {
+  for (size_t i = rows.size(); i-- > 0;) rows_.erase(rows_.begin() + static_cast<long>(rows[i]));
+}
+
+// A folder ends in "\", so that "C:\Temp" ignores no "C:\Templates".
+std::string OptionList::FromPath(std::string_view path) const {
+  return page_.browse == ListPage::kFolder ? WithBackslash(path) : std::string(path);
+}
+
+bool OptionList::HasDefaults() const {
+  return *page_.defaults != '\0' &&
+         machine_.files.Look(machine_.program_folder + "\\" + page_.defaults);
+}
+
+std::string OptionList::RestoreDefaults() {
+  if (!problem_.empty()) return problem_;
+  try {
+    rows_ = Read(page_.defaults, "");
+    return {};
+  } catch (const Error& error) {
+    return std::string("The defaults could not be read. ") + error.what();
+  }
+}
+
+void OptionList::Save() {
+  if (!changed()) return;
+  std::vector<std::string> lines;
+  for (const ListRow& row : rows_) lines.push_back(page_.has_ticks ? TypeLine(row) : row.text);
+  WriteListFile(machine_, page_.file, lines);
+  saved_ = rows_;
+}
+
+}  // namespace quellix

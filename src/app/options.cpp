@@ -1,0 +1,88 @@
+#include "app/options.h"
+
+#include "app/settings.h"
+#include "platform/error.h"
+
+namespace quellix {
+namespace {
+
+std::string_view TitleOf(const OptionList& list) { return list.page().title; }
+
+}  // namespace
+
+Options::Options(const Machine& machine)
+    : general(LoadGeneralOptions(machine)), cookies(machine), machine_(machine), saved_(general) {
+  try {
+    Settings(machine).RequireReadable();
+  } catch (const Error& error) {
+    settings_problem_ =
+        std::string("The settings could not be read; their defaults are shown. ") + error.what();
+  }
+  SearchOptions stored;
+  try {
+    stored = LoadSearchOptions(machine);
+  } catch (const Error& error) {
+    search_problem_ =
+        std::string("srch.txt could not be read, so it stays as it is. ") + error.what();
+  }
+  search = MakeSearchDraft(machine, stored);
+  lists.reserve(kListPages);
+  for (const ListPage& page : ListPages()) lists.emplace_back(machine, page);
+}
+
+std::string Options::Problems() const {
+  std::string problems;
+  const auto add = [&problems](const std::string& problem) {
+    if (!problem.empty()) problems += problem + "\n";
+  };
+  add(settings_problem_);
+  add(search_problem_);
+  for (const OptionList& list : lists) add(list.problem());
+  add(cookies.problem());
+  return problems;
+}
+
+std::optional<Refusal> Options::Check() const {
+  if (std::optional<Refusal> refusal = CheckGeneralOptions(machine_, general)) return refusal;
+  if (!search_problem_.empty()) return std::nullopt;
+  if (!HasSensibleDates(search)) {
+    return Refusal{OptionsField::kDates, "The first date must lie before the second one."};
+  }
+  if (!HasSensibleSize(search)) {
+    return Refusal{OptionsField::kSize,
+                   "Please enter a whole number of kilobytes from 0 to 2147483647."};
+  }
+  return std::nullopt;
+}
+
+std::string Options::Save() {
+  std::string problems;
+  const auto attempt = [&problems](std::string_view what, const auto& save) {
+    try {
+      save();
+    } catch (const Error& error) {
+      problems.append(what).append(" could not be saved. ").append(error.what()).append("\n");
+    }
+  };
+  problems = SaveGeneralSettings(machine_, general, saved_);
+  saved_ = LoadGeneralOptions(machine_);
+  if (search_problem_.empty()) {
+    attempt("The search options", [&] { SaveSearchDraft(machine_, search); });
+  }
+  for (OptionList& list : lists) attempt(TitleOf(list), [&] { list.Save(); });
+  attempt("The cookies to keep", [&] { cookies.Save(); });
+  return problems;
+}
+
+OptionsPage PageOf(OptionsField field) {
+  switch (field) {
+    case OptionsField::kDuration:
+      return OptionsPage::kGeneral;
+    case OptionsField::kBackupFolder:
+      return OptionsPage::kDeletion;
+    default:
+      return OptionsPage::kSearch;
+  }
+}
+
+}  // namespace quellix

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "app/refusal.h"
+#include "platform/machine.h"
+
+namespace quellix {
+
+// The pages General and Deletion of the Options window. Texts are as typed.
+struct GeneralOptions {
+  bool start_with_windows = false;
+  bool startup_clean = false;
+  bool auto_clean = false;
+  std::string duration = "1";
+  bool hours = true;  // the unit of duration, else minutes
+  bool protect1 = false, protect2 = false;
+  bool tip_box = true;
+  bool tray_icon = false;
+
+  char method = 'D';  // as DelMethod has it: D, R, W or B
+  bool extra_security = false, rename = false;
+  uint64_t wipe_step = 1;  // bytes
+  std::string backup_folder;
+  bool strict = false, keep_on_abort = false;
+  bool backup_registry = true;
+};
+
+// From Settings.ini and the Run value. What is missing, unreadable or makes no sense has its
+// default.
+GeneralOptions LoadGeneralOptions(const Machine& machine);
+
+// The first field that cannot be saved as it is.
+std::optional<Refusal> CheckGeneralOptions(const Machine& machine, const GeneralOptions& options);
+
+// Writes what was checked. A field that was not asked for, and so may hold anything, keeps what
+// `loaded` has; keys that not every user has are written when they differ from it. Returns a
+// sentence for each file or registry value that could not be written and so stays as it was; "" for
+// none.
+std::string SaveGeneralSettings(const Machine& machine, const GeneralOptions& options,
+                                const GeneralOptions& loaded);
+
+// Starting with Windows. Another program may have changed the value: it is there, but does not
+// start this program as it should.
+enum class RunEntry { kMissing, kOurs, kChanged };
+// Throws Error.
+RunEntry LookAtRunEntry(const Machine& machine);
+
+// What automatic cleaning may be set to, for fields and messages.
+int LongestDuration(bool hours);
+
+}  // namespace quellix

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+namespace quellix {
+
+// The pages of the Options window, in its order.
+enum class OptionsPage {
+  kGeneral,
+  kDeletion,
+  kSearch,
+  kIgnoredFiles,
+  kIgnoredExtensions,
+  kIgnoredFolders,
+  kFileTypes,
+  kUserFiles,
+  kUserFolders,
+  kCookies,
+  kBackups
+};
+inline constexpr int kOptionsPages = 11;
+
+// The fields that can be refused.
+enum class OptionsField { kDuration, kBackupFolder, kDates, kSize };
+
+// Why a field of the Options cannot be saved, in a sentence for its user.
+struct Refusal {
+  OptionsField field;
+  std::string sentence;
+};
+
+}  // namespace quellix

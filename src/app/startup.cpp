@@ -1,0 +1,58 @@
+#include "app/startup.h"
+
+#include <algorithm>
+
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+constexpr int64_t kFiletimesAMinute = 600'000'000;
+
+constexpr struct {
+  std::string_view text;
+  StartMode mode;
+} kSwitches[] = {
+    {"-S", StartMode::kWithWindows}, {"-C", StartMode::kCleanNow}, {"-H", StartMode::kHidden}};
+
+}  // namespace
+
+StartMode ParseCommandLine(std::string_view arguments) {
+  const std::string wanted = UpCase(TrimBlanks(arguments));
+  for (const auto& [text, mode] : kSwitches) {
+    if (wanted == text) return mode;
+  }
+  return StartMode::kNormal;
+}
+
+bool CleansAtStart(StartMode mode, bool startup_clean) {
+  return mode == StartMode::kWithWindows ? startup_clean : mode != StartMode::kNormal;
+}
+
+void AutoClean::Start(std::optional<int16_t> minutes) {
+  CleanInterval = minutes;
+  if (minutes) CleanInterval = std::max<int16_t>(*minutes, 0);
+  IntervalStart = last_tick_ = clock_();
+}
+
+void AutoClean::Tick(const std::function<bool()>& can_clean, const std::function<void()>& clean) {
+  const int64_t now = clock_();
+  FollowClock(now);
+  if (!IsOver(now) || !can_clean()) return;
+  clean();
+  IntervalStart = last_tick_ = clock_();
+}
+
+void AutoClean::FollowClock(int64_t now) {
+  if (now < last_tick_) IntervalStart -= last_tick_ - now;
+  last_tick_ = now;
+}
+
+// Minutes are counted as the clock shows them, so an interval is over up to a minute earlier than a
+// stopwatch would tell.
+bool AutoClean::IsOver(int64_t now) const {
+  return CleanInterval &&
+         now / kFiletimesAMinute - IntervalStart / kFiletimesAMinute > *CleanInterval;
+}
+
+}  // namespace quellix

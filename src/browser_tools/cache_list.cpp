@@ -1,0 +1,151 @@
+#include "browser_tools/cache_list.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <optional>
+
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+// Columns of numbers and dates sort by these, not by their digits.
+std::optional<uint64_t> NumberIn(const UrlCacheEntry& entry, CacheColumn column) {
+  switch (column) {
+    case CacheColumn::kSize:
+      return entry.size;
+    case CacheColumn::kHitRate:
+      return entry.hit_rate;
+    case CacheColumn::kLastAccess:
+      return static_cast<uint64_t>(entry.last_access);
+    case CacheColumn::kLastModified:
+      return static_cast<uint64_t>(entry.last_modified);
+    case CacheColumn::kExpires:
+      return static_cast<uint64_t>(entry.expires);
+    default:
+      return std::nullopt;
+  }
+}
+
+struct SortKey {
+  uint64_t number;
+  std::string text;  // in upper case
+  size_t row;
+  auto operator<=>(const SortKey&) const = default;
+};
+
+}  // namespace
+
+uint32_t CacheMask(CacheKind kind) {
+  switch (kind) {
+    case CacheKind::kAll:
+      return kNormalEntry;
+    case CacheKind::kCookies:
+      return kCookieEntry | kNormalEntry;
+    case CacheKind::kHistory:
+      return kUrlHistoryEntry | kNormalEntry;
+    case CacheKind::kUrls:
+      return kHttp11Entry | kNormalEntry;
+  }
+  return 0;
+}
+
+CacheRow ToCacheRow(UrlCacheEntry entry) {
+  CacheRow row{.entry = std::move(entry), .file_name = {}, .folder = {}};
+  const std::string& file = row.entry.local_file;
+  if (file.size() > 1 && file.find('\\') != std::string::npos) {
+    row.file_name = NamePart(file);
+    row.folder = FolderPart(file);
+  }
+  return row;
+}
+
+std::string FormatCacheDate(System& system, int64_t filetime) {
+  const LocalTime time = filetime > 0 ? system.ToLocalTime(filetime) : LocalTime{};
+  if (time.year == 0) return "";
+  char text[64];
+  std::snprintf(text, sizeof text, "%02d/%02d/%04d %d:%02d:%02d %s", time.month, time.day,
+                time.year, time.hour % 12 == 0 ? 12 : time.hour % 12, time.minute, time.second,
+                time.hour < 12 ? "AM" : "PM");
+  return text;
+}
+
+CacheList::CacheList(const Machine& machine) : machine_(machine) {}
+
+void CacheList::LoadCacheEntries(CacheKind kind) {
+  const uint32_t mask = CacheMask(kind);
+  rows_.clear();
+  problem_.clear();
+  try {
+    machine_.url_cache.Enumerate([&](const UrlCacheEntry& entry) {
+      if ((entry.type & mask) == mask) rows_.push_back(ToCacheRow(entry));
+      return true;
+    });
+  } catch (const Error& error) {
+    problem_ = error.what();
+  }
+}
+
+std::string CacheList::Text(size_t row, CacheColumn column) const {
+  const CacheRow& shown = rows_[row];
+  switch (column) {
+    case CacheColumn::kSource:
+      return shown.entry.source;
+    case CacheColumn::kFileName:
+      return shown.file_name;
+    case CacheColumn::kFolder:
+      return shown.folder;
+    case CacheColumn::kSize:
+      return std::to_string(shown.entry.size);
+    case CacheColumn::kHitRate:
+      return std::to_string(shown.entry.hit_rate);
+    case CacheColumn::kLastAccess:
+      return FormatCacheDate(machine_.system, shown.entry.last_access);
+    case CacheColumn::kLastModified:
+      return FormatCacheDate(machine_.system, shown.entry.last_modified);
+    case CacheColumn::kExpires:
+      return FormatCacheDate(machine_.system, shown.entry.expires);
+  }
+  return "";
+}
+
+void CacheList::CheckAll(bool checked) {
+  for (CacheRow& row : rows_) row.checked = checked;
+}
+
+void CacheList::Sort(CacheColumn column) {
+  descending_ = !descending_;
+  std::vector<SortKey> keys;
+  for (size_t row = 0; row < rows_.size(); ++row) {
+    const std::optional<uint64_t> number = NumberIn(rows_[row].entry, column);
+    keys.push_back({number.value_or(0), number ? "" : UpCase(Text(row, column)), row});
+  }
+  std::sort(keys.begin(), keys.end());
+  if (descending_) std::reverse(keys.begin(), keys.end());
+  std::vector<CacheRow> sorted;
+  for (const SortKey& key : keys) sorted.push_back(std::move(rows_[key.row]));
+  rows_ = std::move(sorted);
+}
+
+void CacheList::Delete(const Breath& breath, bool all) {
+  std::vector<CacheRow> left;
+  while (!rows_.empty() && breath()) {
+    CacheRow& row = rows_.back();
+    const bool goes = all || row.checked;
+    if (!goes || !TryDelete(row)) left.push_back(std::move(row));
+    rows_.pop_back();
+  }
+  std::move(left.rbegin(), left.rend(), std::back_inserter(rows_));
+}
+
+// A failure is shown by the row that stays, not by a message.
+bool CacheList::TryDelete(const CacheRow& row) {
+  try {
+    return machine_.url_cache.Delete(row.entry.source);
+  } catch (const Error&) {
+    return false;
+  }
+}
+
+}  // namespace quellix

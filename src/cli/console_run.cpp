@@ -1,0 +1,65 @@
+#include "cli/console_run.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <iostream>
+
+#include "app/removal.h"
+
+namespace quellix {
+namespace {
+
+// Its log is printed behind the list.
+class PreviewView : public ConsoleView {
+ public:
+  void ShowReport(const RunReport&) override {}
+};
+
+std::string Count(size_t count, const std::string& one) {
+  return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
+}
+
+void PrintTotals(const ChangeLog& changes, const Locale& locale) {
+  size_t files = 0, folders = 0, others = 0;
+  uint64_t bytes = 0;
+  for (const Change& change : changes) {
+    if (!IsRemoval(change.kind)) continue;
+    const bool is_file =
+        change.kind == ChangeKind::kRemoveFile || change.kind == ChangeKind::kRecycleFile;
+    bytes += is_file ? change.bytes : 0;
+    ++(is_file ? files : change.kind == ChangeKind::kRemoveFolder ? folders : others);
+  }
+  std::cout << "Nothing was changed. A run would remove " << Count(files, "file") << " ("
+            << FormatSize(static_cast<double>(bytes), 2, true, locale) << "), "
+            << Count(folders, "folder") << " and " << others << " other"
+            << (others == 1 ? " thing." : " things.") << std::endl;
+}
+
+}  // namespace
+
+ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind) {
+  if (kind == RunKind::kPreview) {
+    view_ = std::make_unique<PreviewView>();
+    preview_.emplace(machine);
+    archive_.emplace(preview_->machine().files);
+    engine_.emplace(preview_->machine(), *view_, &*archive_);
+  } else {
+    view_ = std::make_unique<ConsoleView>();
+    engine_.emplace(machine, *view_);
+  }
+  view_->OnStop([this] { engine_->StopCleaning(); });
+  std::cerr << engine_->Load();
+}
+
+void ConsoleRun::PrintPreview() {
+  for (const Change& change : preview_->changes()) {
+    if (!IsRemoval(change.kind)) continue;
+    std::cout << std::left << std::setw(16) << KindText(change.kind) << PlaceText(change) << "\n";
+  }
+  std::string log = engine_->state().RunLog;
+  std::erase(log, '\r');
+  if (!log.empty()) std::cout << "The log of such a run:\n" << log;
+  PrintTotals(preview_->changes(), engine_->context().machine.system.UserLocale());
+}
+
+}  // namespace quellix

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <optional>
+
+#include "backup/preview_archive.h"
+#include "cli/console_view.h"
+#include "engine.h"
+#include "platform/preview/preview_machine.h"
+
+namespace quellix {
+
+enum class RunKind { kReal, kPreview };
+
+// One engine of a console. As a preview nothing is changed: what would go is recorded and printed.
+class ConsoleRun {
+ public:
+  // Prints on standard error what could not be read of the settings.
+  ConsoleRun(const Machine& machine, RunKind kind);
+
+  Engine& engine() { return *engine_; }
+  const ConsoleView& view() const { return *view_; }
+  // What a preview found, a line each, with the log of the run.
+  void PrintPreview();
+
+ private:
+  std::unique_ptr<ConsoleView> view_;
+  std::optional<PreviewMachine> preview_;
+  std::optional<PreviewArchive> archive_;
+  std::optional<Engine> engine_;
+};
+
+}  // namespace quellix

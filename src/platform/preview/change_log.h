@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quellix {
+
+enum class ChangeKind {
+  kRemoveFile,
+  kRecycleFile,
+  kRemoveFolder,
+  kDeleteValue,
+  kDeleteKey,
+  kEraseIniKey,
+  kEraseIniSection,
+  kEmptyRecycleBin,
+  kDeleteCacheEntry,
+  kClearAddressHistory,
+  kEmptyClipboard,
+  // What removes nothing.
+  kWriteFile,
+  kMakeFolder,
+  kSetAttributes,
+  kSetValue,
+};
+
+// One change that was asked for and not made. Texts are UTF-8.
+struct Change {
+  ChangeKind kind;
+  std::string target;  // path, key with its root's name, or address; "" for the user's one of a kind
+  std::string part;    // value name, or section and key of an INI file
+  uint64_t bytes = 0;  // of a file, or of all in the recycle bin
+};
+
+// In the order they were asked for.
+using ChangeLog = std::vector<Change>;
+
+// Whether something goes by the change.
+bool IsRemoval(ChangeKind kind);
+// What goes, in one or two words: "File", "Registry value".
+std::string_view KindText(ChangeKind kind);
+// Where it is, on one line.
+std::string PlaceText(const Change& change);
+
+}  // namespace quellix

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "platform/preview/change_log.h"
+#include "platform/registry.h"
+
+namespace quellix {
+
+// What was deleted and set in a previewed registry. Keys are known by their root and path: a change
+// seen through one root is not seen through another that shows the same key.
+struct RegistryChanges {
+  struct SetValue {
+    std::string name;
+    std::optional<RegistryValue> value;  // nothing: deleted
+  };
+  using Values = std::map<std::string, SetValue>;  // by name in upper case
+
+  std::unordered_set<std::string> gone_keys;       // comparable places
+  std::unordered_map<std::string, Values> values;  // of the key at a comparable place
+  uint64_t generation = 0;                         // counts the changes
+};
+
+// The registry of another machine, every change recorded instead of made. Keys are opened with the
+// access that is asked for, so that a denied one is denied here as well.
+class PreviewRegistry : public Registry {
+ public:
+  PreviewRegistry(Registry& inner, ChangeLog& log) : inner_(inner), log_(log) {}
+
+  std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
+                                    RegistryAccess access) override;
+  // Opens a key that is there. Throws Error for one that is not: what is previewed makes none.
+  std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override;
+
+ private:
+  Registry& inner_;
+  ChangeLog& log_;
+  RegistryChanges changes_;
+};
+
+}  // namespace quellix

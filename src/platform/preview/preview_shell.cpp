@@ -1,0 +1,82 @@
+#include "platform/preview/preview_shell.h"
+
+#include <utility>
+
+#include "platform/error.h"
+
+namespace quellix {
+namespace {
+
+// What the preview removed is gone for shortcuts as well.
+class PreviewShortcuts : public ShortcutReader {
+ public:
+  PreviewShortcuts(std::unique_ptr<ShortcutReader> inner, PreviewFileSystem& files)
+      : inner_(std::move(inner)), files_(files) {}
+
+  std::optional<Shortcut> Read(std::string_view path) override { return inner_->Read(path); }
+  bool IsGone(std::string_view path) override {
+    return files_.IsTaken(path) || inner_->IsGone(path);
+  }
+
+ private:
+  std::unique_ptr<ShortcutReader> inner_;
+  PreviewFileSystem& files_;
+};
+
+}  // namespace
+
+void PreviewShell::Recycle(std::string_view path) {
+  inner_.Require(ShellFeature::kRecycleBin);
+  const std::optional<FileInfo> info = files_.Look(path, Detail::kSize);
+  files_.Take(path, ChangeKind::kRecycleFile);
+  ++recycled_.items;
+  recycled_.bytes += info ? info->size : 0;
+}
+
+RecycleBinContent PreviewShell::QueryRecycleBin() {
+  const RecycleBinContent there = is_emptied_ ? RecycleBinContent() : inner_.QueryRecycleBin();
+  return {there.items + recycled_.items, there.bytes + recycled_.bytes};
+}
+
+void PreviewShell::EmptyRecycleBin() {
+  const RecycleBinContent content = QueryRecycleBin();
+  is_emptied_ = true;
+  recycled_ = {};
+  if (content.items == 0) return;
+  const std::string items = std::to_string(content.items) + (content.items == 1 ? " item" : " items");
+  log_.push_back({ChangeKind::kEmptyRecycleBin, "", items, content.bytes});
+}
+
+void PreviewShell::ClearAddressHistory() {
+  inner_.Require(ShellFeature::kAddressHistory);
+  log_.push_back({ChangeKind::kClearAddressHistory, "", "", 0});
+}
+
+void PreviewShell::EmptyClipboard() {
+  inner_.Require(ShellFeature::kClipboard);
+  log_.push_back({ChangeKind::kEmptyClipboard, "", "", 0});
+}
+
+std::unique_ptr<ShortcutReader> PreviewShell::OpenShortcuts() {
+  return std::make_unique<PreviewShortcuts>(inner_.OpenShortcuts(), files_);
+}
+
+std::vector<UrlCacheEntry> PreviewUrlCache::Entries() {
+  std::vector<UrlCacheEntry> entries = inner_.Entries();
+  std::erase_if(entries, [this](const UrlCacheEntry& entry) { return gone_.contains(entry.source); });
+  for (const UrlCacheEntry& entry : entries) local_files_[entry.source] = entry.local_file;
+  return entries;
+}
+
+bool PreviewUrlCache::Delete(std::string_view source) {
+  const std::string name(source);
+  if (local_files_.empty()) Entries();
+  if (!local_files_.contains(name) || !gone_.insert(name).second) return false;
+  const std::string& file = local_files_[name];
+  const std::optional<FileInfo> info = file.empty() ? std::nullopt : files_.Look(file);
+  log_.push_back({ChangeKind::kDeleteCacheEntry, name, "", info ? info->size : 0});
+  if (info) files_.Forget(file);
+  return true;
+}
+
+}  // namespace quellix

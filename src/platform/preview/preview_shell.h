@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "platform/preview/preview_file_system.h"
+#include "platform/shell.h"
+#include "platform/url_cache.h"
+
+namespace quellix {
+
+// The shell of another machine, every change recorded instead of made.
+class PreviewShell : public Shell {
+ public:
+  PreviewShell(Shell& inner, PreviewFileSystem& files, ChangeLog& log)
+      : inner_(inner), files_(files), log_(log) {}
+
+  void Recycle(std::string_view path) override;
+  RecycleBinContent QueryRecycleBin() override;
+  void EmptyRecycleBin() override;
+  void ClearAddressHistory() override;
+  void EmptyClipboard() override;
+  void Require(ShellFeature feature) override { inner_.Require(feature); }
+  void ShowProperties(std::string_view path) override { inner_.ShowProperties(path); }
+  void OpenFolderOf(std::string_view path) override { inner_.OpenFolderOf(path); }
+  std::unique_ptr<ShortcutReader> OpenShortcuts() override;
+
+ private:
+  Shell& inner_;
+  PreviewFileSystem& files_;
+  ChangeLog& log_;
+  bool is_emptied_ = false;
+  RecycleBinContent recycled_;  // since then
+};
+
+// The browser cache of another machine, likewise.
+class PreviewUrlCache : public UrlCache {
+ public:
+  PreviewUrlCache(UrlCache& inner, PreviewFileSystem& files, ChangeLog& log)
+      : inner_(inner), files_(files), log_(log) {}
+
+  std::vector<UrlCacheEntry> Entries() override;
+  bool Delete(std::string_view source) override;
+
+ private:
+  UrlCache& inner_;
+  PreviewFileSystem& files_;
+  ChangeLog& log_;
+  std::unordered_map<std::string, std::string> local_files_;  // by source, as listed last
+  std::unordered_set<std::string> gone_;
+};
+
+}  // namespace quellix

@@ -1,0 +1,43 @@
+#include "platform/win32/win32_session.h"
+
+#include "platform/win32/win32_error.h"
+#include "platform/win32/win32_text.h"
+
+namespace quellix {
+
+// Names below Local\ belong to one session. One that another user's process made there may not be
+// opened, but it is there.
+bool Win32Session::ClaimInstance(std::string_view name) {
+  const std::wstring object = L"Local\\" + Wide(name) + L" runs";
+  SetLastError(ERROR_SUCCESS);
+  UniqueHandle instance(CreateMutexW(nullptr, FALSE, object.c_str()));
+  if (!instance) {
+    if (GetLastError() == ERROR_ACCESS_DENIED) return false;
+    ThrowLastError("make", "the sign that " + std::string(name) + " runs");
+  }
+  if (GetLastError() == ERROR_ALREADY_EXISTS) return false;
+  instance_ = std::move(instance);
+  return true;
+}
+
+void Win32Session::EnablePrivilege(std::string_view name) {
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, token_.Put())) {
+    ThrowLastError("open", "the program's own rights");
+  }
+  TOKEN_PRIVILEGES wanted{}, previous{};
+  wanted.PrivilegeCount = 1;
+  wanted.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
+  if (!LookupPrivilegeValueW(L"", Wide(name).c_str(), &wanted.Privileges[0].Luid)) {
+    ThrowLastError("find", "the privilege " + std::string(name));
+  }
+  DWORD size = 0;
+  if (!AdjustTokenPrivileges(token_.Get(), FALSE, &wanted, sizeof(previous), &previous, &size)) {
+    ThrowLastError("enable", "the privilege " + std::string(name));
+  }
+}
+
+void Win32Session::Exit(uint32_t flags, uint32_t reason) {
+  if (!ExitWindowsEx(flags, reason)) ThrowLastError("end", "the session");
+}
+
+}  // namespace quellix

@@ -1,0 +1,69 @@
+#include "ui/cls_prev_instance.h"
+
+#include "engine.h"
+#include "platform/win32/win32_text.h"
+
+namespace quellix {
+namespace {
+
+// Tools of users look for this class to find the program.
+constexpr wchar_t kClass[] = L"ThunderRT6Main";
+
+// A main window and, at times, a helper window of an input method have the same owner.
+bool IsMainWindow(HWND window, HWND owner) {
+  return GetWindow(window, GW_OWNER) == owner &&
+         (GetWindowLongW(window, GWL_STYLE) & WS_CAPTION) == WS_CAPTION;
+}
+
+struct Search {
+  HWND owner;
+  HWND found;
+};
+
+BOOL CALLBACK TakeMainWindow(HWND window, LPARAM parameter) {
+  Search& search = *reinterpret_cast<Search*>(parameter);
+  if (!IsMainWindow(window, search.owner)) return TRUE;
+  search.found = window;
+  return FALSE;
+}
+
+// Right above its owner, unless a helper window is in between.
+HWND MainWindowOf(HWND owner) {
+  const HWND above = GetWindow(owner, GW_HWNDPREV);
+  if (above && IsMainWindow(above, owner)) return above;
+  Search search{owner, nullptr};
+  EnumWindows(TakeMainWindow, reinterpret_cast<LPARAM>(&search));
+  return search.found;
+}
+
+// What ends programs from outside asks every top-level window; only the main one can answer.
+LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message != WM_CLOSE) return DefWindowProcW(window, message, wparam, lparam);
+  const HWND main = MainWindowOf(window);
+  if (main) PostMessageW(main, WM_CLOSE, 0, 0);
+  return 0;
+}
+
+}  // namespace
+
+HiddenOwner::HiddenOwner() {
+  WNDCLASSW description{};
+  description.lpfnWndProc = OwnerProcedure;
+  description.hInstance = GetModuleHandleW(nullptr);
+  description.lpszClassName = kClass;
+  RegisterClassW(&description);
+  window_.Reset(CreateWindowExW(0, kClass, Wide(kApplicationTitle).c_str(), WS_POPUP, 0, 0, 0, 0,
+                                nullptr, nullptr, description.hInstance, nullptr));
+}
+
+void clsPrevInstance::ActivatePrevInstance() {
+  const HWND owner = FindWindowW(kClass, Wide(kApplicationTitle).c_str());
+  const HWND main = owner ? MainWindowOf(owner) : nullptr;
+  if (!main) return;
+  ShowWindow(main, SW_SHOW);
+  OpenIcon(main);
+  // A window that it has opened, such as a question, takes the keyboard in its place.
+  SetForegroundWindow(GetLastActivePopup(main));
+}
+
+}  // namespace quellix

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "ui/handles.h"
+#include "ui/windows_api.h"
+
+namespace quellix {
+
+// The hidden top-level window that carries the application's title and owns the main window, so
+// that other copies of the program find the main window right above it.
+class HiddenOwner {
+ public:
+  HiddenOwner();
+  HWND window() const { return window_.Get(); }
+
+ private:
+  Unique<NullHandleTraits<HWND, DestroyWindow>> window_;
+};
+
+// The copy of the program that was started before this one.
+class clsPrevInstance {
+ public:
+  // Brings its main window to the front: shown, restored when minimized. Nothing happens when there
+  // is none. Ask before this copy has a window of its own to be found.
+  static void ActivatePrevInstance();
+};
+
+}  // namespace quellix

@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <optional>
+#include <vector>
+
+#include "platform/error.h"
+#include "platform/win32/win32_session.h"
+#include "support/test_machine.h"
+
+namespace quellix {
+namespace {
+
+// The attributes of one of this process's privileges; none when it does not hold it.
+std::optional<DWORD> PrivilegeAttributes(const wchar_t* name) {
+  LUID wanted{};
+  LookupPrivilegeValueW(nullptr, name, &wanted);
+  UniqueHandle token;
+  OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put());
+  std::vector<BYTE> bytes(4096);
+  DWORD size = 0;
+  GetTokenInformation(token.Get(), TokenPrivileges, bytes.data(), static_cast<DWORD>(bytes.size()),
+                      &size);
+  const auto* held = reinterpret_cast<const TOKEN_PRIVILEGES*>(bytes.data());
+  for (DWORD i = 0; i < held->PrivilegeCount; ++i) {
+    const LUID_AND_ATTRIBUTES& privilege = held->Privileges[i];
+    if (privilege.Luid.LowPart == wanted.LowPart && privilege.Luid.HighPart == wanted.HighPart) {
+      return privilege.Attributes;
+    }
+  }
+  return std::nullopt;
+}
+
+TEST(Win32SessionTest, OneOfSeveralIsTheRunningInstanceUntilItEnds) {
+  const auto machine = TestMachine::Create();
+  Win32Session second;
+  {
+    Win32Session first;
+    EXPECT_TRUE(first.ClaimInstance("Quellix test"));
+    EXPECT_FALSE(second.ClaimInstance("Quellix test"));
+    EXPECT_FALSE(second.ClaimInstance("Quellix test"));
+    EXPECT_TRUE(second.ClaimInstance("Quellix other test"));
+  }
+  EXPECT_TRUE(second.ClaimInstance("Quellix test"));
+}
+
+TEST(Win32SessionTest, TheShutDownPrivilegeIsEnabledWhereItIsHeld) {
+  const auto machine = TestMachine::Create();
+  Win32Session session;
+  session.EnablePrivilege("SeShutdownPrivilege");
+  const auto attributes = PrivilegeAttributes(L"SeShutdownPrivilege");
+  EXPECT_TRUE(!attributes || (*attributes & SE_PRIVILEGE_ENABLED));
+  EXPECT_THROW(session.EnablePrivilege("SeNoSuchPrivilege"), Error);
+}
+
+}  // namespace
+}  // namespace quellix

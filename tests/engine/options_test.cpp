@@ -1,0 +1,334 @@
+#include "app/options.h"
+
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char* kRunKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+
+// What SaveGeneralSettings writes for a new user, with the method and the backup folder as given.
+std::string DefaultSettings(const std::string& folder) {
+  return "[General]\r\nStartupClean=0\r\nAutoClean=0\r\nHM=1\r\nDuration=1\r\nDelMethod=D\r\n"
+         "ExtraS=0\r\nRename=0\r\nProtect1=0\r\nProtect2=0\r\nTipBox=1\r\n[Backup]\r\nPath=" +
+         folder + "\r\n";
+}
+
+class OptionsTest : public RunFixture {
+ protected:
+  OptionsTest() { RemoveRunEntry(); }
+  ~OptionsTest() override { RemoveRunEntry(); }
+
+  void RemoveRunEntry() {
+    const auto key = ports.registry.Open(kUser, kRunKey, RegistryAccess::kWrite);
+    if (key) key->DeleteValue("Quellix");
+  }
+  std::string RunEntryText() {
+    const auto key = ports.registry.Open(kUser, kRunKey, RegistryAccess::kRead);
+    const auto value = key ? key->QueryValue("Quellix") : std::nullopt;
+    return value ? FromUtf16Bytes(value->bytes) : "<missing>";
+  }
+  void WriteProgramFile(const std::string& name, const std::string& bytes) {
+    ports.files.WriteWholeFile(ports.program_folder + "\\" + name, bytes);
+  }
+  std::vector<std::string> ProgramFolder() { return machine->Tree(ports.program_folder); }
+
+  const std::string home = ports.program_folder + "\\Backup\\";
+};
+
+TEST_F(OptionsTest, ANewUsersFilesAreWrittenToTheByte) {
+  Options options(ports);
+  EXPECT_EQ(options.Problems(), "");
+  EXPECT_FALSE(options.Check());
+  EXPECT_TRUE(ProgramFolder().empty());
+  EXPECT_EQ(options.Save(), "");
+  EXPECT_EQ(ReadProgramFile("Settings.ini"), DefaultSettings(home));
+  EXPECT_EQ(RunEntryText(), "<missing>");
+  // Lists that nobody changed stay with their defaults.
+  EXPECT_EQ(ProgramFolder(), (std::vector<std::string>{"Settings.ini", "srch.txt"}));
+
+  options.general.start_with_windows = options.general.startup_clean = true;
+  options.general.auto_clean = true;
+  options.general.duration = " 45 ";
+  options.general.hours = false;
+  options.general.protect1 = options.general.protect2 = true;
+  options.general.tip_box = false;
+  options.general.tray_icon = true;
+  options.general.method = 'B';
+  options.general.extra_security = options.general.rename = true;
+  options.general.wipe_step = 65536;
+  options.general.backup_folder =
+      "C:\\S\xC3\xA4"
+      "fe";
+  options.general.strict = options.general.keep_on_abort = true;
+  options.general.backup_registry = false;
+  ASSERT_FALSE(options.Check());
+  EXPECT_EQ(options.Save(), "");
+  const std::string all =
+      "[General]\r\nStartupClean=1\r\nAutoClean=1\r\nHM=0\r\nDuration=45\r\nDelMethod=B\r\n"
+      "ExtraS=1\r\nRename=1\r\nProtect1=1\r\nProtect2=1\r\nTipBox=0\r\nTrayIcon=1\r\n"
+      "WipeStep=65536\r\n[Backup]\r\nPath=C:\\S\xC3\xA4"
+      "fe\\\r\nStrict=1\r\nKeepOnAbort=1\r\n"
+      "Registry=0\r\n";
+  EXPECT_EQ(ReadProgramFile("Settings.ini"), all);
+  EXPECT_EQ(RunEntryText(),
+            "\"" + ports.program_folder + "\\quellix.exe\" -S" + std::string(1, '\0'));
+  EXPECT_EQ(Options(ports).Save(), "");
+  EXPECT_EQ(ReadProgramFile("Settings.ini"), all);
+  engine.ApplyGeneralSettings();
+  EXPECT_EQ(engine.general().interval_minutes, 45);
+  EXPECT_TRUE(engine.general().protect1 && !engine.general().tip_box);
+  for (const char* key : {"CleanEmptyFiles", "CleanShortcuts"}) {
+    EXPECT_EQ(engine.selection().WhyDisabled(*FindItem(key)).find("Options"),
+              std::string_view::npos);
+  }
+}
+
+TEST_F(OptionsTest, KeysItDoesNotKnowAndTheirPlacesStay) {
+  WriteSettings(
+      "; mine\r\n[Backup]\r\nOverwrite=Newer\r\n[General]\r\nother = 1\r\nTipBox=0\r\n"
+      "WipeStep=4096\r\n[CleanUp]\r\nLastCleaned=x\r\n");
+  EXPECT_EQ(Options(ports).Save(), "");
+  EXPECT_EQ(ReadProgramFile("Settings.ini"),
+            "; mine\r\n[Backup]\r\nOverwrite=Newer\r\nPath=" + home +
+                "\r\n[General]\r\nother = 1\r\nTipBox=0\r\nWipeStep=4096\r\nStartupClean=0\r\n"
+                "AutoClean=0\r\nHM=1\r\nDuration=1\r\nDelMethod=D\r\nExtraS=0\r\nRename=0\r\n"
+                "Protect1=0\r\nProtect2=0\r\n[CleanUp]\r\nLastCleaned=x\r\n");
+}
+
+TEST_F(OptionsTest, GarbageInTheSettingsIsShownAsWhatItMeans) {
+  struct Row {
+    const char* name;
+    const char* general;
+    GeneralOptions want;
+  };
+  const Row rows[] = {
+      {"no numbers",
+       "AutoClean=on\nDuration=soon\nHM=x\nProtect1=yes\nTipBox=\nWipeStep=fast\n",
+       {.tip_box = false}},
+      {"negative",
+       "AutoClean=-1\nDuration=-7\nHM=-1\nExtraS=-1\nRename=-1\nWipeStep=-1",
+       {.duration = "-7", .hours = false}},
+      {"beyond 16 bits",
+       "AutoClean=65537\nDuration=65537\nHM=70000\nExtraS=70000\nTipBox=1e9",
+       {.tip_box = false}},
+      {"blanks",
+       "AutoClean=  1  \nDuration= 9 \nHM= 0 \nDelMethod= W \nRename= 1 ",
+       {.auto_clean = true, .duration = "9", .hours = false, .method = 'W', .rename = true}},
+      {"other letters",
+       "DelMethod=r\nExtraS=2\nRename=2\nTrayIcon=2",
+       {.method = 'B', .extra_security = true}},
+      {"empty",
+       "DelMethod=\nDuration=\n[Backup]\nPath=\nRegistry=0",
+       {.method = 'B', .backup_registry = false}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    WriteSettings(std::string("[General]\n") + row.general);
+    const GeneralOptions got = LoadGeneralOptions(ports);
+    EXPECT_EQ(got.auto_clean, row.want.auto_clean);
+    EXPECT_EQ(got.duration, row.want.duration);
+    EXPECT_EQ(got.hours, row.want.hours);
+    EXPECT_EQ(got.tip_box, row.want.tip_box);
+    EXPECT_EQ(got.method, row.want.method);
+    EXPECT_EQ(got.extra_security, row.want.extra_security);
+    EXPECT_EQ(got.rename, row.want.rename);
+    EXPECT_EQ(got.wipe_step, 1u);
+    EXPECT_EQ(got.backup_folder, home);
+    EXPECT_EQ(got.backup_registry, row.want.backup_registry);
+    EXPECT_FALSE(got.protect1 || got.tray_icon || got.strict);
+  }
+}
+
+TEST_F(OptionsTest, FieldsOutOfRangeAreRefusedWithASentence) {
+  struct Row {
+    const char* name;
+    bool automatic, hours;
+    std::string duration, folder, sentence;  // part of it; "" when accepted
+    char method = 'D';
+  };
+  const std::string hours = "hours from 1 to 546.", minutes = "minutes from 1 to 32767.";
+  const Row rows[] = {
+      {"most hours", true, true, "546", home, ""},
+      {"too many hours", true, true, "547", home, hours},
+      {"most minutes", true, false, "32767", home, ""},
+      {"beyond 16 bits", true, false, "32768", home, minutes},
+      {"far beyond", true, false, "99999999999999999999", home, minutes},
+      {"none", true, false, "0", home, minutes},
+      {"negative", true, false, "-1", home, minutes},
+      {"fraction", true, true, "1.5", home, hours},
+      {"exponent", true, true, "1e2", home, hours},
+      {"word", true, true, "one", home, hours},
+      {"empty", true, true, " ", home, hours},
+      {"not asked for", false, true, "one", home, ""},
+      {"no folder", false, true, "1", "  ", "choose the folder"},
+      {"relative", false, true, "1", "Backup", "full path"},
+      {"rooted only", false, true, "1", "\\Backup", "full path"},
+      {"drive-relative", false, true, "1", "C:Backup", "full path"},
+      {"device", false, true, "1", "\\\\.\\C:\\x", "full path"},
+      {"no share", false, true, "1", "\\\\server\\", "full path"},
+      {"share", false, true, "1", "\\\\server\\share\\x", ""},
+      {"wildcard", false, true, "1", "C:\\a*", "cannot hold"},
+      {"quotes", false, true, "1", "C:\\a\"b", "cannot hold"},
+      {"upward", false, true, "1", "C:\\a\\..\\b", "no name"},
+      {"doubled", false, true, "1", "C:\\a\\\\b", "no name"},
+      {"long", false, true, "1", "C:\\" + std::string(250, 'a'), ""},
+      {"too long", false, true, "1", "C:\\" + std::string(251, 'a'), "longer than"},
+      {"missing drive, not used", false, true, "1", "Q:\\b", ""},
+      {"missing drive", false, true, "1", "Q:\\b", "no drive Q:", 'B'},
+  };
+  Options options(ports);
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    options.general.auto_clean = row.automatic;
+    options.general.hours = row.hours;
+    options.general.duration = row.duration;
+    options.general.backup_folder = row.folder;
+    options.general.method = row.method;
+    const std::optional<Refusal> refusal = options.Check();
+    ASSERT_EQ(refusal.has_value(), !row.sentence.empty());
+    if (!refusal) continue;
+    EXPECT_NE(refusal->sentence.find(row.sentence), std::string::npos) << refusal->sentence;
+    EXPECT_EQ(PageOf(refusal->field),
+              row.folder == home ? OptionsPage::kGeneral : OptionsPage::kDeletion);
+  }
+  options.general = LoadGeneralOptions(ports);
+  options.general.duration = "one";
+  EXPECT_EQ(options.Save(), "");
+  EXPECT_EQ(ReadProgramFile("Settings.ini"), DefaultSettings(home));
+}
+
+TEST_F(OptionsTest, StartingWithWindowsRepairsAndRemovesTheEntry) {
+  const std::string ours = "\"" + ports.program_folder + "\\quellix.exe\" -S";
+  struct Row {
+    const char* name;
+    RegistryValue value;
+    RunEntry entry;
+  };
+  const Row rows[] = {
+      {"ours", {kRegSz, ToUtf16Bytes(ours) + std::string(2, '\0')}, RunEntry::kOurs},
+      {"other case, no NUL", {kRegSz, ToUtf16Bytes(UpCase(ours))}, RunEntry::kOurs},
+      {"another program", {kRegSz, ToUtf16Bytes("C:\\other.exe")}, RunEntry::kChanged},
+      {"no switch", {kRegSz, ToUtf16Bytes(ours.substr(0, ours.size() - 3))}, RunEntry::kChanged},
+      {"no text", {kRegDword, std::string(4, '\1')}, RunEntry::kChanged},
+      {"empty", {kRegSz, ""}, RunEntry::kChanged},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    machine->SetRegistryValue(kUser, kRunKey, "Quellix", row.value);
+    EXPECT_EQ(LookAtRunEntry(ports), row.entry);
+    Options options(ports);
+    EXPECT_TRUE(options.general.start_with_windows);
+    EXPECT_EQ(options.Save(), "");
+    EXPECT_EQ(LookAtRunEntry(ports), RunEntry::kOurs);
+    options.general.start_with_windows = false;
+    EXPECT_EQ(options.Save(), "");
+    EXPECT_EQ(RunEntryText(), "<missing>");
+  }
+  EXPECT_EQ(Options(ports).Save(), "");  // deleting what is missing is no error
+}
+
+TEST_F(OptionsTest, TheSearchPageIsWrittenInItsFiveLines) {
+  Options options(ports);
+  ASSERT_FALSE(options.search.drives.empty());
+  const std::string windows = options.search.drives[0].entry;
+  EXPECT_TRUE(options.search.drives[0].ticked) << windows;
+  SearchOptions& search = options.search.options;
+  search.first_date = {.year = 2001, .month = 2, .day = 3};
+  search.second_date = {.year = 2001, .month = 2, .day = 4};
+  EXPECT_EQ(options.Save(), "");
+  const std::string defaults =
+      " " + windows + "\r\n1 1\r\n0 2/3/2001 2/4/2001\r\n0 False True False 1000\r\n1 1 1\r\n";
+  EXPECT_EQ(ReadProgramFile("srch.txt"), defaults);
+  search.file_reference = search.read_only = search.hidden = search.system = 0;
+  search.path_reference = 2;
+  search.date = search.size = 1;
+  search.size_minimum = false;
+  search.size_maximum = true;
+  options.search.size_kb = "2147483647";
+  ASSERT_FALSE(options.Check());
+  EXPECT_EQ(options.Save(), "");
+  const std::string changed =
+      " " + windows +
+      "\r\n0 2\r\n1 2/3/2001 2/4/2001\r\n1 False False True 2147483647\r\n0 0 0\r\n";
+  EXPECT_EQ(ReadProgramFile("srch.txt"), changed);
+  EXPECT_EQ(Options(ports).Save(), "");
+  EXPECT_EQ(ReadProgramFile("srch.txt"), changed);
+
+  search.second_date = search.first_date;
+  EXPECT_EQ(PageOf(options.Check().value().field), OptionsPage::kSearch);
+  search.date = 0;
+  EXPECT_FALSE(options.Check());
+  for (const char* size : {"", "-1", "x", "2147483648", "1.5", "1 0"}) {
+    SCOPED_TRACE(size);
+    options.search.size_kb = size;
+    search.size = 1;
+    EXPECT_EQ(options.Check().value().field, OptionsField::kSize);
+    search.size = 0;
+    EXPECT_FALSE(options.Check());
+  }
+  EXPECT_EQ(options.Save(), "");
+  EXPECT_NE(ReadProgramFile("srch.txt").find(" 1000\r\n"), std::string::npos);
+}
+
+TEST_F(OptionsTest, AnUnpluggedDriveStaysChosenAndGarbageNamesNone) {
+  WriteProgramFile("srch.txt", " q: Removable drive c: Hard drive Q:  1: ?: :rest\r\n1 1\r\n");
+  Options options(ports);
+  std::string ticked;
+  for (const DriveRow& row : options.search.drives) ticked += row.ticked ? row.entry + "|" : "";
+  EXPECT_EQ(ticked, options.search.drives[0].entry + "|Q: The root directory does not exist|");
+  EXPECT_EQ(options.Save(), "");
+  EXPECT_EQ(LoadSearchOptions(ports).drives,
+            " " + options.search.drives[0].entry + " Q: The root directory does not exist");
+  for (DriveRow& row : options.search.drives) row.ticked = false;
+  EXPECT_EQ(options.Save(), "");
+  EXPECT_EQ(ReadProgramFile("srch.txt").substr(0, 5), "\r\n1 1");
+}
+
+TEST_F(OptionsTest, AFailedWriteIsToldAndLosesNothing) {
+  WriteSettings("[General]\r\nTipBox=0\r\n");
+  WriteProgramFile("UDFI.txt", "C:\\a.txt\r\n");
+  machine->SetText(kUser, kRunKey, "Quellix", "changed");
+  Options options(ports);
+  options.general.tip_box = true;
+  OptionList& files = options.lists[4];
+  ASSERT_EQ(files.Add("C:\\b.txt", ""), "");
+  {
+    const auto locks = {machine->LockFile(ports.program_folder + "\\Settings.ini"),
+                        machine->LockFile(ports.program_folder + "\\UDFI.txt")};
+    const auto denied = machine->DenyRegistryWrites(kUser, kRunKey);
+    const std::string problems = options.Save();
+    for (const char* part :
+         {"Starting with Windows could not be saved. ", "The settings could not be saved. ",
+          "User-defined files could not be saved. "}) {
+      EXPECT_NE(problems.find(part), std::string::npos) << problems;
+    }
+    EXPECT_EQ(std::ranges::count(problems, '\n'), 3) << problems;
+    EXPECT_EQ(ReadProgramFile("Settings.ini"), "[General]\r\nTipBox=0\r\n");
+    EXPECT_EQ(ReadProgramFile("UDFI.txt"), "C:\\a.txt\r\n");
+  }
+  EXPECT_EQ(options.Save(), "");
+  EXPECT_EQ(ReadProgramFile("UDFI.txt"), "C:\\a.txt\r\nC:\\b.txt\r\n");
+  EXPECT_TRUE(LoadGeneralOptions(ports).tip_box);
+  EXPECT_EQ(LookAtRunEntry(ports), RunEntry::kOurs);
+}
+
+TEST_F(OptionsTest, WhatCannotBeReadIsToldAndNotWritten) {
+  for (const char* name : {"Settings.ini", "srch.txt", "IE.txt", "UNFI.txt", "ck.txt"}) {
+    machine->MakeFolder(ports.program_folder + "\\" + name);
+  }
+  Options options(ports);
+  const std::string problems = options.Problems();
+  for (const char* part : {"The settings", "srch.txt", "IE.txt", "UNFI.txt", "ck.txt"}) {
+    EXPECT_NE(problems.find(std::string(part) + " could not be read"), std::string::npos);
+  }
+  EXPECT_NE(options.lists[1].Add("doc", ""), "");
+  EXPECT_NE(options.lists[3].RestoreDefaults(), "");
+  EXPECT_EQ(options.lists[0].Add("a.txt", ""), "");
+  EXPECT_FALSE(options.Check());
+  EXPECT_EQ(std::ranges::count(options.Save(), '\n'), 1);  // the settings
+  EXPECT_EQ(ReadProgramFile("IFI.txt"), "a.txt\r\n");
+}
+
+}  // namespace
+}  // namespace quellix

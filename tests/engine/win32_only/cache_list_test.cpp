@@ -1,0 +1,180 @@
+#include "browser_tools/cache_list.h"
+
+#include <algorithm>
+
+#include "support/cache_entry_win32.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+const FILETIME kExpires = {0xDF60E000, 0x01CAC36D};   // 2010-03-14 12:00:00 UTC
+const FILETIME kModified = {0xF68AD800, 0x01CAC343};  // five hours before
+
+class CacheListTest : public RunFixture {
+ protected:
+  CacheListTest() : list(ports) { DeleteEverything(); }
+  ~CacheListTest() override { DeleteEverything(); }
+
+  void DeleteEverything() {
+    for (const UrlCacheEntry& entry : ports.url_cache.Entries()) {
+      ports.url_cache.Delete(entry.source);
+    }
+  }
+  static void Seed(const std::wstring& source, DWORD type = 0, const std::string& bytes = "data") {
+    MakeCacheEntry({.source = source, .type = type, .bytes = bytes});
+  }
+  std::vector<std::string> Sources() const {
+    std::vector<std::string> sources;
+    for (size_t row = 0; row < list.RowCount(); ++row) {
+      sources.push_back(list.Text(row, CacheColumn::kSource));
+    }
+    return sources;
+  }
+  std::vector<std::string> SortedSources() const {
+    std::vector<std::string> sources = Sources();
+    std::sort(sources.begin(), sources.end());
+    return sources;
+  }
+  void SeedOneOfEachKind() {
+    Seed(L"http://a.example/plain");
+    Seed(L"http://b.example/modern", 0x40);
+    Seed(L"Cookie:anna@c.example/", COOKIE_CACHE_ENTRY);
+    Seed(L"Visited: anna@http://d.example/", URLHISTORY_CACHE_ENTRY);
+  }
+
+  CacheList list;
+  const CacheList::Breath kGoOn = [] { return true; };
+};
+
+TEST_F(CacheListTest, EachKindListsTheEntriesThatHaveAllItsBits) {
+  SeedOneOfEachKind();
+  struct Row {
+    CacheKind kind;
+    std::vector<std::string> sources;
+  };
+  const Row kRows[] = {
+      {CacheKind::kAll,
+       {"Cookie:anna@c.example/", "Visited: anna@http://d.example/", "http://a.example/plain",
+        "http://b.example/modern"}},
+      {CacheKind::kCookies, {"Cookie:anna@c.example/"}},
+      {CacheKind::kHistory, {"Visited: anna@http://d.example/"}},
+      {CacheKind::kUrls, {"http://b.example/modern"}},
+  };
+  for (const Row& row : kRows) {
+    list.LoadCacheEntries(row.kind);
+    EXPECT_EQ(SortedSources(), row.sources);
+    EXPECT_EQ(list.Status(), std::to_string(row.sources.size()) + " entries");
+    EXPECT_EQ(list.problem(), "");
+  }
+}
+
+TEST_F(CacheListTest, ColumnsShowWhatWindowsKeepsOfAnEntry) {
+  const std::filesystem::path file = MakeCacheEntry({.source = L"http://a.example/one",
+                                                     .bytes = "12345",
+                                                     .extension = L"htm",
+                                                     .expires = kExpires,
+                                                     .modified = kModified});
+  { const UsedCacheEntry once(L"http://a.example/one"); }
+  list.LoadCacheEntries(CacheKind::kAll);
+  ASSERT_EQ(list.RowCount(), 1u);
+  EXPECT_EQ(list.Text(0, CacheColumn::kFileName), file.filename().string());
+  EXPECT_EQ(list.Text(0, CacheColumn::kFolder), file.parent_path().string() + "\\");
+  EXPECT_EQ(list.Text(0, CacheColumn::kSize), "5");
+  EXPECT_GE(std::stoi(list.Text(0, CacheColumn::kHitRate)), 1);
+  EXPECT_EQ(list.Text(0, CacheColumn::kExpires),
+            FormatCacheDate(ports.system, 0x01CAC36DDF60E000));
+  EXPECT_TRUE(list.Text(0, CacheColumn::kLastModified).starts_with("03/1"));
+  EXPECT_NE(list.Text(0, CacheColumn::kLastAccess), "");
+}
+
+TEST_F(CacheListTest, EntriesOfEveryShapeAreListedAndDeleted) {
+  const std::wstring long_source = L"http://long.example/" + std::wstring(2000, L'x');
+  MakeCacheEntry({.source = L"http://nofile.example/", .with_file = false});
+  Seed(long_source);
+  Seed(L"http://\u6771\u4eac.example/\u00fc");
+  Seed(L"http://empty.example/", 0, "");
+  list.LoadCacheEntries(CacheKind::kAll);
+  ASSERT_EQ(list.RowCount(), 4u);
+  const std::vector<std::string> sources = Sources();
+  const size_t at = static_cast<size_t>(
+      std::ranges::find(sources, "http://nofile.example/") - sources.begin());
+  ASSERT_LT(at, sources.size());
+  EXPECT_EQ(list.Text(at, CacheColumn::kFileName) + list.Text(at, CacheColumn::kFolder), "");
+  EXPECT_EQ(list.Text(at, CacheColumn::kSize), "0");
+  EXPECT_EQ(std::ranges::count(sources, "http://long.example/" + std::string(2000, 'x')), 1);
+  list.DeleteAllListed(kGoOn);
+  EXPECT_EQ(Sources(), std::vector<std::string>{});
+  EXPECT_TRUE(ports.url_cache.Entries().empty());
+}
+
+TEST_F(CacheListTest, OnlyCheckedRowsAreDeleted) {
+  SeedOneOfEachKind();
+  list.LoadCacheEntries(CacheKind::kAll);
+  list.CheckAll(true);
+  for (size_t row = 0; row < list.RowCount(); ++row) {
+    if (list.Text(row, CacheColumn::kSource).starts_with("http:")) list.SetChecked(row, false);
+  }
+  list.DeleteSelected(kGoOn);
+  const std::vector<std::string> kLeft = {"http://a.example/plain", "http://b.example/modern"};
+  EXPECT_EQ(SortedSources(), kLeft);
+  EXPECT_EQ(list.Status(), "2 entries");
+  list.DeleteSelected(kGoOn);
+  list.LoadCacheEntries(CacheKind::kAll);
+  EXPECT_EQ(SortedSources(), kLeft);
+}
+
+TEST_F(CacheListTest, WhatIsInUseStaysInTheList) {
+  SeedOneOfEachKind();
+  list.LoadCacheEntries(CacheKind::kAll);
+  const size_t before = list.RowCount();
+  {
+    const UsedCacheEntry used(L"http://a.example/plain");
+    list.DeleteAllListed(kGoOn);
+    EXPECT_EQ(Sources(), std::vector<std::string>{"http://a.example/plain"});
+    EXPECT_EQ(list.Status(), "1 entries");
+    EXPECT_EQ(ports.url_cache.Entries().size(), 1u);
+  }
+  list.DeleteAllListed(kGoOn);
+  EXPECT_EQ(list.RowCount(), 0u);
+  EXPECT_EQ(before, 4u);
+}
+
+TEST_F(CacheListTest, DeletionGoesFromTheLastRowUpAndCanBeStopped) {
+  for (const wchar_t* source : {L"http://1.example/", L"http://2.example/", L"http://3.example/",
+                                L"http://4.example/"}) {
+    Seed(source);
+  }
+  list.LoadCacheEntries(CacheKind::kAll);
+  list.Sort(CacheColumn::kSource);
+  list.Sort(CacheColumn::kSource);
+  const UsedCacheEntry used(L"http://4.example/");
+  int breaths = 0;
+  list.DeleteAllListed([&] { return ++breaths <= 3; });
+  EXPECT_EQ(Sources(), (std::vector<std::string>{"http://1.example/", "http://4.example/"}));
+}
+
+TEST_F(CacheListTest, ColumnsSortByWhatTheyMean) {
+  Seed(L"http://b.example/", 0, std::string(9, 'x'));
+  Seed(L"http://A.example/", 0, std::string(10, 'x'));
+  Seed(L"http://c.example/", 0, std::string(100, 'x'));
+  list.LoadCacheEntries(CacheKind::kAll);
+  const std::vector<std::string> kAToC = {"http://A.example/", "http://b.example/",
+                                          "http://c.example/"};
+  const std::vector<std::string> kCToA(kAToC.rbegin(), kAToC.rend());
+  list.Sort(CacheColumn::kSource);  // the first click turns the unsorted list downwards
+  EXPECT_TRUE(list.descending());
+  EXPECT_EQ(Sources(), kCToA);
+  list.SetChecked(0, true);
+  list.Sort(CacheColumn::kSource);
+  EXPECT_EQ(Sources(), kAToC);
+  EXPECT_TRUE(list.Row(2).checked);
+  list.Sort(CacheColumn::kSize);
+  EXPECT_EQ(list.Text(0, CacheColumn::kSize), "100");
+  list.Sort(CacheColumn::kSize);
+  EXPECT_EQ(list.Text(0, CacheColumn::kSize), "9");
+  EXPECT_EQ(list.Text(1, CacheColumn::kSize), "10");
+}
+
+}  // namespace
+}  // namespace quellix

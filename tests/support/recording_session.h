@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/error.h"
+#include "platform/session.h"
+
+namespace quellix {
+
+// Writes down what it is asked for; nobody is logged off. `fails` makes every call fail after that.
+class RecordingSession : public Session {
+ public:
+  std::vector<std::string> calls;
+  bool fails = false;
+
+  bool ClaimInstance(std::string_view name) override {
+    Record("claim " + std::string(name));
+    return true;
+  }
+  void EnablePrivilege(std::string_view name) override { Record("enable " + std::string(name)); }
+  void Exit(uint32_t flags, uint32_t reason) override {
+    Record("exit " + std::to_string(flags) + " " + std::to_string(reason));
+  }
+
+ private:
+  void Record(const std::string& call) {
+    calls.push_back(call);
+    if (fails) throw Error(Error::Kind::kDenied, "refused");
+  }
+};
+
+}  // namespace quellix

@@ -1,0 +1,225 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "quellix_window.h"
+#include "ui/resource.h"
+
+namespace quellix::test {
+namespace {
+
+constexpr wchar_t kTipStore[] = L"Software\\VB and VBA Program Settings\\kvmo\\Settings";
+
+class UniqueFile {
+ public:
+  // Nobody else may open it meanwhile.
+  explicit UniqueFile(const std::filesystem::path& path)
+      : file_(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr)) {}
+  ~UniqueFile() { CloseHandle(file_); }
+  UniqueFile(const UniqueFile&) = delete;
+  UniqueFile& operator=(const UniqueFile&) = delete;
+
+ private:
+  HANDLE file_;
+};
+
+class StartupTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ResetSandbox();
+    RegDeleteKeyW(HKEY_CURRENT_USER, kTipStore);
+    // Only the temporary files are ticked.
+    WriteBytes(ProgramFolder() / "chkItems.txt",
+               "0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1,0,0,0,0,0,0,0,0\r\n");
+    WriteBytes(junk_, "12345");
+  }
+  static void WriteSettings(const std::string& general) {
+    WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\n" + general);
+  }
+  // Wiping byte by byte keeps a run busy until it is stopped.
+  void SeedEndlessRun() const {
+    WriteSettings("DelMethod=W\r\n");
+    WriteBytes(junk_, std::string(4 << 20, 'x'));
+  }
+  bool HasJunk() const { return std::filesystem::exists(junk_); }
+  static HWND HiddenWindow() { return FindWindowW(L"ThunderRT6Main", L"Quellix"); }
+  // The end of a program that was started to run hidden, watched for windows.
+  static std::optional<DWORD> EndUnseen(const QuellixProcess& process) {
+    Await([&] {
+      EXPECT_EQ(process.AnyWindow(), nullptr);
+      return process.HasEnded() || process.AnyWindow();
+    });
+    return process.AwaitExitCode();
+  }
+
+  const std::filesystem::path junk_ = TempFolder() / "junk.tmp";
+};
+
+TEST_F(StartupTest, AHiddenWindowOwnsTheMainOne) {
+  const QuellixWindow window;
+  const HWND owner = HiddenWindow();
+  ASSERT_TRUE(owner);
+  EXPECT_FALSE(IsWindowVisible(owner));
+  EXPECT_EQ(GetWindow(window.main(), GW_OWNER), owner);
+  EXPECT_EQ(GetWindow(owner, GW_HWNDPREV), window.main());
+  EXPECT_TRUE(GetWindowLongW(window.main(), GWL_EXSTYLE) & WS_EX_APPWINDOW);
+  PostMessageW(owner, WM_CLOSE, 0, 0);
+  EXPECT_TRUE(window.AwaitEnd());
+}
+
+TEST_F(StartupTest, ASecondCopyBringsTheFirstForward) {
+  const QuellixWindow window;
+  const struct {
+    const char* name;
+    int state;
+  } kRows[] = {{"minimized", SW_MINIMIZE}, {"behind", SW_SHOWNA}, {"not shown", SW_HIDE}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    ShowWindow(window.main(), row.state);
+    const QuellixProcess second;
+    EXPECT_EQ(second.AwaitExitCode(), DWORD{0});
+    EXPECT_TRUE(IsWindowVisible(window.main()));
+    EXPECT_FALSE(IsIconic(window.main()));
+    EXPECT_TRUE(Await([&] { return GetForegroundWindow() == window.main(); }));
+  }
+  ShowWindow(window.main(), SW_MINIMIZE);
+  const QuellixProcess hidden(L"-h");
+  EXPECT_EQ(EndUnseen(hidden), DWORD{0});
+  EXPECT_TRUE(IsIconic(window.main()));
+  EXPECT_TRUE(HasJunk());
+}
+
+TEST_F(StartupTest, OfCopiesStartedTogetherOneStays) {
+  for (int round = 0; round < 20; ++round) {
+    const QuellixProcess first({}, CREATE_SUSPENDED), second({}, CREATE_SUSPENDED);
+    first.Resume();
+    second.Resume();
+    ASSERT_TRUE(Await([&] { return first.HasEnded() || second.HasEnded(); }));
+    const QuellixProcess& ended = first.HasEnded() ? first : second;
+    const QuellixProcess& stays = first.HasEnded() ? second : first;
+    EXPECT_EQ(ended.AwaitExitCode(), DWORD{0});
+    EXPECT_TRUE(Await([&] { return stays.AnyWindow() != nullptr; }));
+    EXPECT_FALSE(stays.HasEnded());
+  }
+}
+
+TEST_F(StartupTest, AHiddenRunEndsWithItsOutcome) {
+  for (const wchar_t* arguments : {L"-h", L"-H"}) {
+    WriteBytes(junk_, "12345");
+    const QuellixProcess done(arguments);
+    EXPECT_EQ(EndUnseen(done), DWORD{0});
+    EXPECT_FALSE(HasJunk());
+  }
+  WriteBytes(junk_, "12345");
+  {
+    const UniqueFile in_use(junk_);
+    const QuellixProcess stayed(L"-h");
+    EXPECT_EQ(EndUnseen(stayed), DWORD{3});
+  }
+  WriteSettings("");
+  for (const char* name : {"Settings.ini", "chkItems.txt"}) {
+    const UniqueFile unreadable(ProgramFolder() / name);
+    const QuellixProcess failed(L"-h");
+    EXPECT_EQ(EndUnseen(failed), DWORD{1}) << name;
+    EXPECT_TRUE(HasJunk());
+  }
+  std::filesystem::rename(ProgramFolder() / "tips.txt", ProgramFolder() / "tips.old");
+  const QuellixProcess done(L"-h");
+  EXPECT_EQ(EndUnseen(done), DWORD{0});
+  std::filesystem::rename(ProgramFolder() / "tips.old", ProgramFolder() / "tips.txt");
+  EXPECT_FALSE(HasJunk());
+}
+
+TEST_F(StartupTest, WhoStartsTheProgramDuringAHiddenRunGetsItsWindow) {
+  SeedEndlessRun();
+  const QuellixProcess hidden(L"-h");
+  ASSERT_TRUE(Await([] { return HiddenWindow() && GetWindow(HiddenWindow(), GW_HWNDPREV); }));
+  ASSERT_TRUE(Await([&] {
+    const QuellixProcess second;
+    return second.AwaitExitCode() == DWORD{0} && hidden.AnyWindow();
+  }));
+  const HWND main = hidden.AnyWindow();
+  EXPECT_EQ(TextOf(main), L"Quellix");
+  SendMessageW(GetDlgItem(main, cmdStop), BM_CLICK, 0, 0);
+  EXPECT_TRUE(Await([&] { return IsWindowEnabled(GetDlgItem(main, cmdClean)); }));
+  EXPECT_TRUE(IsWindowVisible(main));
+  PostMessageW(main, WM_CLOSE, 0, 0);
+  EXPECT_EQ(hidden.AwaitExitCode(), DWORD{0});
+  EXPECT_TRUE(HasJunk());
+}
+
+TEST_F(StartupTest, EndingAHiddenRunStopsIt) {
+  SeedEndlessRun();
+  const QuellixProcess hidden(L"-h");
+  HWND main = nullptr;
+  ASSERT_TRUE(Await([&] {
+    main = HiddenWindow() ? GetWindow(HiddenWindow(), GW_HWNDPREV) : nullptr;
+    return main && TextOf(GetDlgItem(main, lblStatus)) != L"";
+  }));
+  PostMessageW(HiddenWindow(), WM_CLOSE, 0, 0);
+  EXPECT_EQ(EndUnseen(hidden), DWORD{1});
+  EXPECT_TRUE(HasJunk());
+}
+
+TEST_F(StartupTest, SwitchesThatShowTheWindowCleanWhenTheyShould) {
+  const struct {
+    const char* name;
+    const wchar_t* arguments;
+    const char* settings;
+    bool cleans;
+  } kRows[] = {
+      {"start", L"", "StartupClean=1\r\n", false},
+      {"with Windows", L"-S", "", false},
+      {"with Windows, garbage", L"-S", "StartupClean=yes\r\n", false},
+      {"with Windows, cleaning", L"-S", "StartupClean=1\r\n", true},
+      {"clean now", L"-c", "", true},
+      {"two switches", L"-s -c", "StartupClean=1\r\n", false},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    WriteSettings(row.settings);
+    WriteBytes(junk_, "12345");
+    const QuellixWindow window(row.arguments);
+    EXPECT_TRUE(IsWindowVisible(window.main()));
+    EXPECT_TRUE(!row.cleans || window.AwaitWindow(L"Cleaning log"));
+    EXPECT_EQ(TextOf(window.Control(lblStatus)), L"");
+    EXPECT_TRUE(window.Close());
+    EXPECT_EQ(HasJunk(), !row.cleans);
+  }
+}
+
+TEST_F(StartupTest, TipsGoOnFromTheLastOneShown) {
+  const auto tip = [](const QuellixWindow& window) { return TextOf(window.Control(txtTip)); };
+  std::wstring second;
+  {
+    const QuellixWindow window;
+    const std::wstring first = tip(window);
+    window.Click(cmdNextTip);
+    second = tip(window);
+    EXPECT_NE(first, second);
+    EXPECT_TRUE(window.Close());
+  }
+  wchar_t stored[10] = {};
+  DWORD size = sizeof(stored);
+  RegGetValueW(HKEY_CURRENT_USER, kTipStore, L"Last Tip", RRF_RT_REG_SZ, nullptr, stored, &size);
+  EXPECT_STREQ(stored, L"1");
+  const QuellixWindow window;
+  EXPECT_NE(tip(window), L"");
+  EXPECT_NE(tip(window), second);
+}
+
+TEST_F(StartupTest, AMissingTipsFileIsTold) {
+  std::filesystem::rename(ProgramFolder() / "tips.txt", ProgramFolder() / "tips.old");
+  const QuellixWindow window;
+  const HWND message = window.AwaitWindow(L"Quellix");
+  std::filesystem::rename(ProgramFolder() / "tips.old", ProgramFolder() / "tips.txt");
+  ASSERT_TRUE(message);
+  EXPECT_EQ(TextOf(GetDlgItem(message, 0xFFFF)),
+            L"A file needed is missing. Re-installing this application may fix this problem.\n");
+  PostMessageW(message, WM_COMMAND, IDOK, 0);
+  EXPECT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));
+  EXPECT_FALSE(IsWindowVisible(window.Control(txtTip)));
+}
+
+}  // namespace
+}  // namespace quellix::test
