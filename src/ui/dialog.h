@@ -38,10 +38,16 @@ class Dialog {
   virtual LRESULT OnNotify(NMHDR& /*header*/) { return 0; }
   virtual void OnContextMenu(HWND /*control*/, POINT /*screen*/) {}
   virtual void OnTimer(UINT_PTR /*id*/) {}
+  // Any other message; false leaves it to Windows.
+  virtual bool OnMessage(UINT /*message*/, WPARAM /*wparam*/, LPARAM /*lparam*/) { return false; }
   virtual void OnDrawItem(const DRAWITEMSTRUCT& /*item*/) {}
   virtual void OnClose() { Close(); }
   virtual void OnEndSession() {}
+  // A key before the dialog sees it; true when it is used up.
+  virtual bool OnKey(MSG& /*message*/) { return false; }
   virtual void OnDestroyed() {}
+  // The anchor of the manual that F1 opens.
+  virtual const char* HelpTopic() const { return "contents"; }
   // The background: of one control, and of the window. Null and false leave it to Windows.
   virtual HBRUSH OnControlColor(HDC /*target*/, HWND /*control*/) { return nullptr; }
   virtual bool OnEraseBackground(HDC /*target*/) { return false; }
@@ -52,6 +58,7 @@ class Dialog {
   Layout& layout() { return layout_; }
 
  private:
+  static Dialog* Of(HWND window);
   static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR Handle(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam);

@@ -1,5 +1,8 @@
 #include "ui/frm_main.h"
 
+#include <shellapi.h>
+#include <windowsx.h>
+
 #include <algorithm>
 #include <vector>
 
@@ -11,7 +14,6 @@
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
-#include "version.h"
 
 namespace quellix {
 namespace {
@@ -50,6 +52,7 @@ constexpr TurnOffEntry kTurnOff[] = {
     {mnuForceShutDOwn, modShutDown::ForceShutDown},
 };
 
+constexpr UINT kMillisecondsPerTick = 5000;
 constexpr wchar_t kNotYet[] = L"Not available in this version yet.";
 constexpr wchar_t kProtected[] = L"Switched off for safety. Enable it in the Options.";
 
@@ -102,6 +105,7 @@ void FrmMain::OnInit() {
   FillBoxes();
   RefreshBoxes();
   ShowTip();
+  FollowSettings();
   display_.Attach(
       window(), [this](const Item* item) { PlaceCurrentItem(item); }, machine_);
   display_.Flush();
@@ -134,6 +138,35 @@ void FrmMain::ShowTip() {
     ShowWindow(Control(control), tip.empty() ? SW_HIDE : SW_SHOW);
   }
   SetText(txtTip, tip);
+}
+
+// Settings that were read anew.
+void FrmMain::FollowSettings() {
+  if (engine_.auto_clean().IsOn()) {
+    SetTimer(window(), tmrClean, kMillisecondsPerTick, nullptr);
+  } else {
+    KillTimer(window(), tmrClean);
+  }
+}
+
+// Whether the user could press Clean: no run is in progress, and neither a window before this one
+// nor a menu is open.
+bool FrmMain::CanClean() const {
+  GUITHREADINFO thread{};
+  thread.cbSize = sizeof(thread);
+  GetGUIThreadInfo(GetCurrentThreadId(), &thread);
+  return !running_ && IsWindowEnabled(window()) && !(thread.flags & GUI_INMENUMODE);
+}
+
+// Of a run that begins by itself while no window is shown, nobody is told anything.
+void FrmMain::OnTimer(UINT_PTR id) {
+  if (id != tmrClean) return;
+  engine_.auto_clean().Tick([this] { return CanClean(); },
+                            [this] {
+                              engine_.state().Hidden = !IsWindowVisible(window());
+                              Run([this] { engine_.RunCleaning(); });
+                              engine_.state().Hidden = false;
+                            });
 }
 
 void FrmMain::RefreshBoxes() {
@@ -170,8 +203,6 @@ void FrmMain::OnCommand(int id, int code) {
       return ShowTip();
     case mnuExit:
       return Exit();
-    case mnuAbout:
-      return ShowAbout();
     default:
       windows_.Open(id, window());
   }
@@ -260,7 +291,51 @@ void FrmMain::PlaceCurrentItem(const Item* item) {
                side, SWP_NOACTIVATE | SWP_SHOWWINDOW);
 }
 
-void FrmMain::OnClose() { Exit(); }
+void FrmMain::OnClose() {
+  const bool stays = engine_.auto_clean().IsOn() && engine_.general().tray_icon;
+  return stays && IsWindowVisible(window()) ? GoToTray() : Exit();
+}
+
+// Where no notification area takes the icon, the window must stay within reach.
+void FrmMain::GoToTray() {
+  const bool has_icon = tray_.Show(window(), Wide(kApplicationTitle).c_str());
+  ShowWindow(window(), has_icon ? SW_HIDE : SW_MINIMIZE);
+}
+
+bool FrmMain::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+  tray_.Follow(message);
+  if (message == WM_SHOWWINDOW && wparam) tray_.Hide();
+  if (message != TrayIcon::kMessage) return false;
+  switch (LOWORD(lparam)) {
+    case NIN_SELECT:
+    case NIN_KEYSELECT:
+      ComeForward();
+      break;
+    case WM_CONTEXTMENU:
+      ShowTrayMenu({GET_X_LPARAM(wparam), GET_Y_LPARAM(wparam)});
+      break;
+  }
+  return true;
+}
+
+void FrmMain::ComeForward() const {
+  ShowWindow(window(), SW_SHOW);
+  SetForegroundWindow(window());
+}
+
+// Only a menu of the foreground window goes away when the user clicks elsewhere.
+void FrmMain::ShowTrayMenu(POINT screen) {
+  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuTray)));
+  const HMENU entries = GetSubMenu(menu.Get(), 0);
+  if (!CanClean()) EnableMenuItem(entries, mnuTrayClean, MF_BYCOMMAND | MF_GRAYED);
+  SetForegroundWindow(window());
+  const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
+                                    window(), nullptr);
+  PostMessageW(window(), WM_NULL, 0, 0);
+  if (chosen == mnuTrayOpen) ComeForward();
+  if (chosen == mnuTrayClean) Run([this] { engine_.RunCleaning(); });
+  if (chosen == mnuTrayExit) Exit();
+}
 
 void FrmMain::Exit() {
   if (running_) {
@@ -288,12 +363,6 @@ std::string FrmMain::Save() const {
   } catch (const Error& error) {
     return std::string("The ticked items could not be saved. ") + error.what();
   }
-}
-
-void FrmMain::ShowAbout() const {
-  MessageBoxW(window(),
-              Wide("Quellix " QUELLIX_VERSION "\n\nCleans disks and the traces of use.").c_str(),
-              L"About Quellix", MB_OK | MB_ICONINFORMATION);
 }
 
 void FrmMain::OnDrawItem(const DRAWITEMSTRUCT& item) {

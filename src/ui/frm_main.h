@@ -11,6 +11,7 @@
 #include "ui/menu_windows.h"
 #include "ui/run_display.h"
 #include "ui/tool_tips.h"
+#include "ui/tray_icon.h"
 
 namespace quellix {
 
@@ -37,9 +38,12 @@ class FrmMain : public Dialog {
   void OnResolution() override;
   void OnCommand(int id, int code) override;
   void OnContextMenu(HWND control, POINT screen) override;
+  void OnTimer(UINT_PTR id) override;
+  bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
   void OnDrawItem(const DRAWITEMSTRUCT& item) override;
   void OnClose() override;
   void OnEndSession() override;
+  const char* HelpTopic() const override { return "main"; }
   void OnDestroyed() override { PostQuitMessage(exit_code_); }
   HBRUSH OnControlColor(HDC target, HWND control) override;
   bool OnEraseBackground(HDC target) override;
@@ -52,12 +56,16 @@ class FrmMain : public Dialog {
   void RefreshBoxes();
   bool Toggle(int id);
   bool TurnOff(int id);
+  bool CanClean() const;
+  void FollowSettings();
+  void GoToTray();
+  void ComeForward() const;
+  void ShowTrayMenu(POINT screen);
   void Run(const std::function<void()>& work);
   void AfterRun();
   void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
   void PlaceCurrentItem(const Item* item);
   int FooterTop() const;
-  void ShowAbout() const;
   void Warn(const std::string& text) const;
   void Exit();
   std::string Save() const;
@@ -69,6 +77,7 @@ class FrmMain : public Dialog {
   MenuWindows windows_;
   ToolTips tool_tips_;
   Tips tips_;
+  TrayIcon tray_;
   UniqueIcon picture_;  // beside the current item
   const Item* current_item_ = nullptr;
   bool running_ = false;

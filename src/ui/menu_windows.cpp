@@ -1,6 +1,6 @@
 #include "ui/menu_windows.h"
 
-#include "engine.h"
+#include "ui/help.h"
 #include "ui/resource.h"
 
 namespace quellix {
@@ -9,6 +9,15 @@ bool MenuWindows::Open(int entry, HWND owner) {
   switch (entry) {
     case mnuBackups:
       backups_.Show(owner);
+      return true;
+    case mnuAbout:
+      about_.Show(owner);
+      return true;
+    case mnuContents:
+      ShowHelp(owner, "contents");
+      return true;
+    case mnuIECache:
+      cache_.Show(owner);
       return true;
     default:
       return false;

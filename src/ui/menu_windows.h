@@ -1,16 +1,18 @@
 #pragma once
 
+#include "engine.h"
 #include "platform/machine.h"
+#include "ui/frm_about.h"
 #include "ui/frm_backups.h"
+#include "ui/frm_ie_cache.h"
 
 namespace quellix {
-
-class Engine;
 
 // The windows that the main window's menus open.
 class MenuWindows {
  public:
-  MenuWindows(Engine& engine, const Machine& machine) : engine_(engine), backups_(machine) {}
+  MenuWindows(Engine& engine, const Machine& machine)
+      : engine_(engine), backups_(machine), cache_(machine, engine.context().view) {}
 
   // Opens the window of a menu entry before `owner`; false when the entry opens none.
   bool Open(int entry, HWND owner);
@@ -18,6 +20,8 @@ class MenuWindows {
  private:
   [[maybe_unused]] Engine& engine_;
   FrmBackups backups_;
+  FrmIECache cache_;
+  FrmAbout about_;
 };
 
 }  // namespace quellix

@@ -19,8 +19,10 @@
 // 140 to 149: registry tools
 
 // 150 to 159: the Internet cache
+#define frmIECache 150
 
 // 160 to 169: start-up, tray, About
+#define frmAbout 160
 
 // Icons
 #define icoQuellix 1
@@ -80,6 +82,13 @@
 // 360 to 379: the menus of registry tools
 
 // 380 to 399: the menus of the Internet cache
+#define mnuSortBy 380
+
+// 400 to 409: entries of the menus of several lists
+#define mnuSelectAll 400
+#define mnuDeselectAll 401
+#define mnuDeleteSelected 402
+#define mnuDeleteAll 403
 
 // The items' boxes in run order: 1000 + Item::run_order.
 #define chkRecycleBin 1001
@@ -160,6 +169,11 @@
 #define cmdYesToAll 1402
 #define cmdNoToAll 1403
 
+// Commands of several windows
+#define cmdSelectAll 1420
+#define cmdDeselectAll 1421
+#define cmdDelete 1422
+
 // The question for a text
 #define lblQuestion 1411
 #define txtAnswer 1412
@@ -183,7 +197,26 @@
 // Registry tools: 1800 to 1899
 
 // The Internet cache: 1900 to 1949
+#define lblShow 1900
+#define optAll 1901
+#define optCookies 1902
+#define optHistory 1903
+#define optURL 1904
+#define lblCache 1905
+#define lstvCache 1906
+#define fmDisplay 1907
+#define lblDisplaying 1908
+#define wbCache 1909
+#define txtCache 1910
+#define cmdRefresh 1911
+#define cmdClear 1912
 
 // Start-up, tray, About: 1950 to 1999
+#define imgAbout 1950
+#define lblPurpose 1951
+#define lblVersion 1952
+#define lblBuild 1953
+#define lblLicences 1954
+#define txtLicences 1955
 
 // The Options window: 2000 to 2399

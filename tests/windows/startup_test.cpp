@@ -3,6 +3,9 @@
 #include <vector>
 
 #include "quellix_window.h"
+
+#include <shellapi.h>
+
 #include "ui/resource.h"
 
 namespace quellix::test {
@@ -22,6 +25,8 @@ class UniqueFile {
  private:
   HANDLE file_;
 };
+
+constexpr UINT kTrayMessage = WM_APP + 1;
 
 class StartupTest : public ::testing::Test {
  protected:
@@ -219,6 +224,96 @@ TEST_F(StartupTest, AMissingTipsFileIsTold) {
   PostMessageW(message, WM_COMMAND, IDOK, 0);
   EXPECT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));
   EXPECT_FALSE(IsWindowVisible(window.Control(txtTip)));
+}
+
+TEST_F(StartupTest, ARunThatIsDueWaitsForWindowsAndMenus) {
+  WriteSettings("AutoClean=1\r\nDuration=0\r\nHM=0\r\n");
+  const QuellixWindow window(L"-s");
+  SYSTEMTIME started;
+  GetLocalTime(&started);
+  const auto tick = [&] {
+    SendMessageW(window.main(), WM_TIMER, tmrClean, 0);
+    return true;
+  };
+  const auto is_next_minute = [&] {
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    return now.wMinute != started.wMinute;
+  };
+  window.Choose(mnuBackups);
+  const HWND backups = window.AwaitWindow(L"Backups");
+  ASSERT_TRUE(backups);
+  ASSERT_TRUE(Await(is_next_minute) || Await(is_next_minute));
+  EXPECT_TRUE(tick() && HasJunk());
+  SendMessageW(backups, WM_CLOSE, 0, 0);
+  PostMessageW(window.main(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window.Control(chkTemp)),
+               -1);
+  ASSERT_TRUE(window.AwaitMenu());
+  EXPECT_TRUE(tick() && HasJunk());
+  window.PressKey(window.main(), VK_ESCAPE);
+  EXPECT_TRUE(Await([&] { return tick() && !HasJunk(); }));
+  EXPECT_TRUE(window.AwaitWindow(L"Cleaning log"));
+  EXPECT_TRUE(window.Close());
+}
+
+// Whether the notification area has the program's icon.
+bool HasTrayIcon(HWND window, DWORD what = NIM_MODIFY) {
+  NOTIFYICONDATAW icon{};
+  icon.cbSize = sizeof(icon);
+  icon.hWnd = window;
+  icon.uID = 1;
+  return Shell_NotifyIconW(what, &icon) != FALSE;
+}
+
+TEST_F(StartupTest, ClosingLeavesAnIconOnlyWhenTheSettingsSaySo) {
+  for (const char* settings :
+       {"AutoClean=1\r\n", "TrayIcon=1\r\n", "AutoClean=1\r\nTrayIcon=yes\r\n",
+        "AutoClean=1\r\nDuration=x\r\nTrayIcon=1\r\n"}) {
+    WriteSettings(settings);
+    const QuellixWindow window;
+    EXPECT_TRUE(window.Close()) << settings;
+  }
+}
+
+TEST_F(StartupTest, TheIconOpensCleansAndExits) {
+  WriteSettings("AutoClean=1\r\nTrayIcon=1\r\n");
+  const QuellixWindow window;
+  const HWND main = window.main();
+  const auto hide = [&] {
+    PostMessageW(main, WM_CLOSE, 0, 0);
+    return Await([&] { return !IsWindowVisible(main) && HasTrayIcon(main); });
+  };
+  const auto is_open = [&] { return IsWindowVisible(main) && !HasTrayIcon(main); };
+  const auto choose = [&](WPARAM letter) {
+    PostMessageW(main, kTrayMessage, MAKEWPARAM(100, 100), MAKELPARAM(WM_CONTEXTMENU, 1));
+    ASSERT_TRUE(window.AwaitMenu());
+    PostMessageW(main, WM_CHAR, letter, 1);
+  };
+  EXPECT_FALSE(HasTrayIcon(main));
+  ASSERT_TRUE(hide());
+  EXPECT_TRUE(HasTrayIcon(main, NIM_DELETE));
+  SendMessageW(main, RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+  EXPECT_TRUE(HasTrayIcon(main));
+
+  PostMessageW(main, kTrayMessage, 0, MAKELPARAM(WM_USER, 1));  // NIN_SELECT
+  ASSERT_TRUE(Await(is_open));
+  ASSERT_TRUE(hide());
+  choose(L'o');
+  ASSERT_TRUE(Await(is_open));
+  ASSERT_TRUE(hide());
+  const QuellixProcess second;
+  EXPECT_EQ(second.AwaitExitCode(), DWORD{0});
+  ASSERT_TRUE(Await(is_open));
+
+  ASSERT_TRUE(hide());
+  choose(L'c');
+  EXPECT_TRUE(Await([&] { return !HasJunk(); }));
+  const HWND log = window.AwaitWindow(L"Cleaning log");
+  EXPECT_FALSE(IsWindowVisible(main));
+  SendMessageW(log, WM_CLOSE, 0, 0);
+  choose(L'x');
+  EXPECT_TRUE(window.AwaitEnd());
+  EXPECT_FALSE(HasTrayIcon(main));
 }
 
 }  // namespace
