@@ -19,6 +19,7 @@
 #define frmOptionsBackups 116
 
 // 120 to 129: the results of a junk search
+#define frmDeletetion 120
 
 // 130 to 139: plug-ins
 #define frmPluginManager 130
@@ -82,6 +83,17 @@
 #define mnuTrayExit 249
 
 // 300 to 319: the menus of the results of a junk search
+#define mnuDeletetion 300
+#define mnuResultRow 301
+#define mnuProperties 302
+#define mnuOpenFolder 303
+#define mnuAbort 304
+#define mnuSelectAll 305
+#define mnuDeselectAll 306
+#define mnuDeleteSelected 307
+#define mnuDeleteAll 308
+// One for each column: 310 to 316
+#define mnuSortResults 310
 
 // 320 to 359: the menus of plug-ins
 #define mnuPluginManager 320
@@ -197,6 +209,18 @@
 #define txtAnswer 1412
 
 // The results of a junk search: 1500 to 1599
+#define lblTotalFiles 1501
+#define lblShown 1502
+#define lblFilter 1503
+#define txtFilter 1504
+#define lstvDeletion 1505
+#define lblRed 1506
+#define lblDeletionState 1507
+#define cmdSelectAll 1508
+#define cmdDeselectAll 1509
+#define cmdDeleteSelected 1510
+#define cmdAbort 1511
+#define cmdExit 1512
 
 // Plug-ins: 1600 to 1799
 // The plug-in manager
