@@ -39,6 +39,7 @@ class PreviewMachine {
   PreviewShell shell_;
   PreviewUrlCache url_cache_;
   PreviewProfile profile_;
+  NoSession session_{"A preview ends no session."};
   Machine machine_;
 };
 
