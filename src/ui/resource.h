@@ -407,17 +407,13 @@
 #define lblSearchUnit 2122
 #define lblSearchHidden 2123
 
-// Its pages for lists
+// Its pages for lists; further controls share the numbers of other windows
 #define lblListHint 2151
 #define lstvList 2152
 #define lblEntry 2153
 #define txtEntry 2154
-#define lblDescription 2155
-#define txtDescription 2156
 #define cmdAdd 2157
-#define cmdEdit 2158
 #define cmdRemove 2159
-#define cmdBrowse 2160
 #define cmdDefaults 2161
 
 // Its page Cookies
