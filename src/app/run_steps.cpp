@@ -21,6 +21,7 @@ void ResetRun(RunState& state) {
   state.RunLog.clear();
   state.ItemsCleaned.reset();
   state.SettingsProblem.clear();
+  state.Results.reset();
 }
 
 }  // namespace
@@ -48,7 +49,6 @@ void ShowIdle(CleaningContext& context, std::string_view status) {
   context.state.Progress = {};
   context.view.SetProgress(context.state.Progress);
 }
-
 
 void BeginItem(CleaningContext& context, const Item& item) {
   context.state.Progress.visible = true;

@@ -59,6 +59,11 @@ class Dialog {
   HWND Control(int id) const { return GetDlgItem(window_, id); }
   void SetText(int id, std::string_view utf8) const;
   int dpi() const { return dpi_; }
+  // For a window inside another, whose fonts and place come from that one.
+  void SetDpi(int dpi) {
+    dpi_ = dpi;
+    OnResolution();
+  }
   Layout& layout() { return layout_; }
 
  private:
