@@ -25,6 +25,7 @@ class FrmPluginManager : public OwnedWindow {
   void OnSized() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "plugins"; }
   LRESULT OnNotify(NMHDR& header) override;
   void OnContextMenu(HWND control, POINT screen) override;
   void OnClose() override;

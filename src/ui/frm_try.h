@@ -24,6 +24,7 @@ class FrmTry : public OwnedWindow {
   void OnSized() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "plugin-editor"; }
   LRESULT OnNotify(NMHDR& header) override;
   void OnClose() override;
   HBRUSH OnControlColor(HDC target, HWND control) override;
