@@ -54,8 +54,6 @@ constexpr TurnOffEntry kTurnOff[] = {
 };
 
 constexpr UINT kMillisecondsPerTick = 5000;
-constexpr wchar_t kNotYet[] = L"Not available in this version yet.";
-constexpr wchar_t kProtected[] = L"Switched off for safety. Enable it in the Options.";
 
 int BoxOf(const Item& item) { return chkRecycleBin - 1 + item.run_order; }
 
@@ -106,9 +104,10 @@ void FrmMain::OnInit() {
   AddAnchors();
   FillBoxes();
   RefreshBoxes();
-  ShowTip();
+  windows_.on_options = [this] { FollowSettings(); };
   FollowSettings();
-  display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
+  display_.Attach(
+      window(), [this](const Item* item) { PlaceCurrentItem(item); }, machine_);
   display_.Flush();
 }
 
@@ -125,11 +124,14 @@ void FrmMain::AddAnchors() {
 void FrmMain::FillBoxes() {
   tool_tips_.Attach(window());
   for (const GroupPlace& place : kGroups) MakeGroupHeading(Control(place.heading));
+  for (const Item& item : AllItems()) SetText(BoxOf(item), item.Label());
+}
+
+void FrmMain::EnableBoxes() {
   for (const Item& item : AllItems()) {
-    SetText(BoxOf(item), item.Label());
-    const bool enabled = engine_.selection().IsEnabled(item);
-    EnableWindow(Control(BoxOf(item)), enabled);
-    if (!enabled) tool_tips_.Add(Control(BoxOf(item)), item.cleaner ? kProtected : kNotYet);
+    const std::string_view why = engine_.selection().WhyDisabled(item);
+    EnableWindow(Control(BoxOf(item)), why.empty());
+    tool_tips_.Set(Control(BoxOf(item)), Wide(why));
   }
 }
 
@@ -141,8 +143,13 @@ void FrmMain::ShowTip() {
   SetText(txtTip, tip);
 }
 
-// Settings that were read anew.
+// Settings that were read anew. A tip that is shown stays.
 void FrmMain::FollowSettings() {
+  EnableBoxes();
+  const bool tip_is_shown = (GetWindowLongW(Control(txtTip), GWL_STYLE) & WS_VISIBLE) != 0;
+  if (!tip_is_shown || !engine_.general().tip_box || GetWindowTextLengthW(Control(txtTip)) == 0) {
+    ShowTip();
+  }
   if (engine_.auto_clean().IsOn()) {
     SetTimer(window(), tmrClean, kMillisecondsPerTick, nullptr);
   } else {

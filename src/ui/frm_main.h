@@ -51,6 +51,7 @@ class FrmMain : public Dialog {
  private:
   void AddAnchors();
   void FillBoxes();
+  void EnableBoxes();
   void RunHidden(bool is_loaded);
   void ShowTip();
   void RefreshBoxes();
