@@ -18,6 +18,7 @@ void ResetRun(RunState& state) {
   state.MozillaSpaceGained = 0;
   state.SpaceGained = 0;
   state.BackupDrive.clear();
+  state.Undo = {};
   state.RunLog.clear();
   state.ItemsCleaned.reset();
   state.SettingsProblem.clear();
@@ -48,7 +49,6 @@ void ShowIdle(CleaningContext& context, std::string_view status) {
   context.state.Progress = {};
   context.view.SetProgress(context.state.Progress);
 }
-
 
 void BeginItem(CleaningContext& context, const Item& item) {
   context.state.Progress.visible = true;
