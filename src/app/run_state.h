@@ -2,6 +2,7 @@
 
 #include <bitset>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "app/path_list.h"
@@ -48,6 +49,7 @@ struct RunState {
   std::string BackupDrive;  // letter of the archive that is open, "" for none
   PathList PendingFiles;
   PathList PendingFolders;
+  std::shared_ptr<SearchResults> Results;  // of this run's junk searches; null before the first
   std::string RunLog;
 };
 

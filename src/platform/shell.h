@@ -54,6 +54,11 @@ class Shell {
   // machine never can do it. Changes nothing.
   virtual void Require(ShellFeature feature) = 0;
 
+  // Opens the shell's own window of a file's properties, or the file's folder with the file
+  // selected. Throw Error (NotAvailable for a volume).
+  virtual void ShowProperties(std::string_view path) = 0;
+  virtual void OpenFolderOf(std::string_view path) = 0;
+
   // Must not outlive the shell. Throws Error when shortcuts cannot be read here.
   virtual std::unique_ptr<ShortcutReader> OpenShortcuts() = 0;
 };

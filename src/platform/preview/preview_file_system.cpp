@@ -54,6 +54,7 @@ class MemoryFile : public RandomFile {
   void Resize(uint64_t size) override { bytes_->resize(size); }
   void Flush() override {}
   FileTimes Times() override { return times_; }
+  uint32_t Attributes() override { return kArchive; }
   void SetTimes(const FileTimes& times) override { times_ = times; }
 
  private:
