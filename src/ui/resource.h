@@ -88,10 +88,6 @@
 #define mnuProperties 302
 #define mnuOpenFolder 303
 #define mnuAbort 304
-#define mnuSelectAll 305
-#define mnuDeselectAll 306
-#define mnuDeleteSelected 307
-#define mnuDeleteAll 308
 // One for each column: 310 to 316
 #define mnuSortResults 310
 
@@ -106,8 +102,6 @@
 #define mnuProcess 327
 #define mnuCheckAll 328
 #define mnuUncheckAll 329
-#define mnuSelectAll 330
-#define mnuDeselectAll 331
 
 // 360 to 379: the menus of registry tools
 
@@ -216,8 +210,6 @@
 #define lstvDeletion 1505
 #define lblRed 1506
 #define lblDeletionState 1507
-#define cmdSelectAll 1508
-#define cmdDeselectAll 1509
 #define cmdDeleteSelected 1510
 #define cmdAbort 1511
 #define cmdExit 1512
@@ -303,7 +295,6 @@
 #define pgKeys 1803
 #define chkDelete 1805
 #define chkThorough 1806
-#define cmdDelete 1807
 #define cmdEdit 1808
 #define fmResize 1810
 #define lblKey 1811
@@ -412,12 +403,8 @@
 #define lstvList 2152
 #define lblEntry 2153
 #define txtEntry 2154
-#define lblDescription 2155
-#define txtDescription 2156
 #define cmdAdd 2157
-#define cmdEdit 2158
 #define cmdRemove 2159
-#define cmdBrowse 2160
 #define cmdDefaults 2161
 
 // Its page Cookies
