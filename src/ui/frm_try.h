@@ -6,7 +6,7 @@
 #include "ui/list_view.h"
 #include "ui/owned_window.h"
 #include "ui/resource.h"
-#include "ui/run_display.h"
+#include "ui/status_view.h"
 
 namespace quellix {
 
@@ -33,7 +33,7 @@ class FrmTry : public OwnedWindow {
   Machine machine_;
   std::optional<modPlugin::PluginTrial> trial_;
   ListView list_;
-  RunDisplay display_;
+  StatusView display_;
   bool working_ = false;
 };
 
