@@ -70,10 +70,6 @@
 #define mnuProperties 302
 #define mnuOpenFolder 303
 #define mnuAbort 304
-#define mnuSelectAll 305
-#define mnuDeselectAll 306
-#define mnuDeleteSelected 307
-#define mnuDeleteAll 308
 // One for each column: 310 to 316
 #define mnuSortResults 310
 
@@ -186,8 +182,6 @@
 #define lstvDeletion 1505
 #define lblRed 1506
 #define lblDeletionState 1507
-#define cmdSelectAll 1508
-#define cmdDeselectAll 1509
 #define cmdDeleteSelected 1510
 #define cmdAbort 1511
 #define cmdExit 1512
