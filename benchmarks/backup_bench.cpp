@@ -78,7 +78,7 @@ class BackupBench : BenchMachine {
         [this] { BackUp(); },
         [this] {
           RunShell("cd '" + Tree().string() + "' && zip -q -r -m '" +
-                (scratch_ / "other.zip").string() + "' .");
+                   (scratch_ / "other.zip").string() + "' .");
         });
   }
 

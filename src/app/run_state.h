@@ -8,6 +8,7 @@
 #include "app/path_list.h"
 #include "app/views.h"
 #include "backup/backup_archive.h"
+#include "backup/registry_undo.h"
 
 namespace quellix {
 
@@ -44,6 +45,7 @@ struct RunState {
   std::bitset<30> ItemsCleaned;  // by run order, from 0: ran without an error
   std::string SettingsProblem;   // why LastCleaned could not be stored, said once
 
+  RegistryUndo Undo;        // of registry entries that the run deletes
   std::string BackupDrive;  // letter of the archive that is open, "" for none
   PathList PendingFiles;
   PathList PendingFolders;

@@ -50,7 +50,6 @@ void ShowIdle(CleaningContext& context, std::string_view status) {
   context.view.SetProgress(context.state.Progress);
 }
 
-
 void BeginItem(CleaningContext& context, const Item& item) {
   context.state.Progress.visible = true;
   context.view.SetProgress(context.state.Progress);

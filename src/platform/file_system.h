@@ -70,6 +70,7 @@ class RandomFile {
   // Returns when everything written is on the disk.
   virtual void Flush() = 0;
   virtual FileTimes Times() = 0;
+  virtual uint32_t Attributes() = 0;  // FileAttribute bits
   // Later writes move the times on. A time the medium does not keep is ignored.
   virtual void SetTimes(const FileTimes& times) = 0;
 };
@@ -94,6 +95,10 @@ class FileSystem {
   // "\" is accepted for folders.
   // With Detail::kKind attributes and last_write are not asked for.
   virtual std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) = 0;
+
+  // Whether nothing is at `path`, a link followed; false where this machine cannot know, such as
+  // for a drive that a volume does not map. Never throws.
+  virtual bool IsGone(std::string_view path) = 0;
 
   // Sets the FileAttribute bits (kNormal clears them all). May be silently kept where the medium
   // has no such attribute.

@@ -25,10 +25,6 @@ class ShortcutReader {
   // Both texts are "" for what cannot be opened or is no shortcut. Nothing when only a running
   // Windows could tell where it leads. Never throws Error.
   virtual std::optional<Shortcut> Read(std::string_view path) = 0;
-
-  // Whether nothing is at `path`, a link followed; false where this machine cannot know, such as
-  // for a drive that a volume does not map.
-  virtual bool IsGone(std::string_view path) = 0;
 };
 
 enum class ShellFeature { kRecycleBin, kAddressHistory, kClipboard };

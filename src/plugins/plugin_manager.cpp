@@ -151,8 +151,8 @@ void PluginManager::Process(CleaningContext& context, std::span<const size_t> ro
   EndProcessing(context);
   status_ = state.AbortRequested ? "Aborted by user. Total Files Deleted: "
                                  : "Processed selected plugin(s) Total Files Deleted: ";
-  status_ += std::to_string(state.FilesDeleted) + " Space Gained: " +
-             (state.SpaceGained > 0 ? Kilobytes(context) + " KB" : "none");
+  status_ += std::to_string(state.FilesDeleted) +
+             " Space Gained: " + (state.SpaceGained > 0 ? Kilobytes(context) + " KB" : "none");
   show();
   const std::string problems = Problems(state);
   if (!problems.empty()) prompts_.Inform(status_ + problems);

@@ -70,6 +70,7 @@ class JunkTest : public FileTest {
   }
 
   const SearchOptions& options() const { return options_; }
+  const Machine& machine() const { return machine_; }
 
  private:
   const Machine& machine_;
@@ -158,7 +159,7 @@ class DeadShortcutTest : public JunkTest {
         (EqualsNoCase(target, "A:\\") || EqualsNoCase(target, "B:\\"))) {
       return false;
     }
-    return reader_->IsGone(target);
+    return machine().files.IsGone(target);
   }
 
   std::unique_ptr<ShortcutReader> reader_;

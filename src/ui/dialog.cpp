@@ -53,11 +53,16 @@ void Dialog::Dispatch(MSG& message) {
 
 // Null for a window that is none of ours.
 Dialog* Dialog::Of(HWND window) {
-  if (!window ||
-      GetWindowLongPtrW(window, DWLP_DLGPROC) != reinterpret_cast<LONG_PTR>(Procedure)) {
+  if (!window || GetWindowLongPtrW(window, DWLP_DLGPROC) != reinterpret_cast<LONG_PTR>(Procedure)) {
     return nullptr;
   }
   return reinterpret_cast<Dialog*>(GetWindowLongPtrW(window, DWLP_USER));
+}
+
+HBRUSH Dialog::Paper(HDC target) {
+  SetBkColor(target, GetSysColor(COLOR_WINDOW));
+  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
+  return GetSysColorBrush(COLOR_WINDOW);
 }
 
 void Dialog::SetText(int id, std::string_view utf8) const {

@@ -6,20 +6,16 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[kCacheColumns] = {{L"Source", 220},
-                                            {L"Local filename", 110},
-                                            {L"Local file path", 150},
-                                            {L"Size", 65, true},
-                                            {L"Hit rate", 60, true},
-                                            {L"Last accessed", 145},
-                                            {L"Last modified", 145},
-                                            {L"Expires", 145}};
+constexpr Column kColumns[kCacheColumns] = {{L"Source", 220},          {L"Local filename", 110},
+                                            {L"Local file path", 150}, {L"Size", 65, true},
+                                            {L"Hit rate", 60, true},   {L"Last accessed", 145},
+                                            {L"Last modified", 145},   {L"Expires", 145}};
 
 constexpr Anchor kAnchors[] = {
-    {lstvCache, 0, 0, 1, 0.6},     {lblStatus, 0, 0.6, 1, 0.6}, {fmDisplay, 0, 0.6, 1, 1},
-    {lblDisplaying, 0, 0.6, 1, 0.6}, {wbCache, 0, 0.6, 1, 1},   {txtCache, 0, 0.6, 1, 1},
-    {cmdSelectAll, 0, 1, 0, 1},    {cmdDeselectAll, 0, 1, 0, 1}, {cmdView, 0, 1, 0, 1},
-    {cmdRefresh, 0, 1, 0, 1},      {cmdDelete, 0, 1, 0, 1},     {cmdClear, 0, 1, 0, 1},
+    {lstvCache, 0, 0, 1, 0.6},       {lblStatus, 0, 0.6, 1, 0.6},  {fmDisplay, 0, 0.6, 1, 1},
+    {lblDisplaying, 0, 0.6, 1, 0.6}, {wbCache, 0, 0.6, 1, 1},      {txtCache, 0, 0.6, 1, 1},
+    {cmdSelectAll, 0, 1, 0, 1},      {cmdDeselectAll, 0, 1, 0, 1}, {cmdView, 0, 1, 0, 1},
+    {cmdRefresh, 0, 1, 0, 1},        {cmdDelete, 0, 1, 0, 1},      {cmdClear, 0, 1, 0, 1},
     {IDCANCEL, 1, 1, 1, 1},
 };
 
@@ -194,14 +190,6 @@ void FrmIECache::Delete(bool all) {
 
 void FrmIECache::OnDrawItem(const DRAWITEMSTRUCT& item) {
   if (item.CtlID == wbCache && display_) display_->Draw(item);
-}
-
-// A text that cannot be changed would be grey; this one is there to be read.
-HBRUSH FrmIECache::OnControlColor(HDC target, HWND control) {
-  if (control != Control(txtCache)) return nullptr;
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
 }
 
 // While entries are deleted it stops that.

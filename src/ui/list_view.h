@@ -57,6 +57,7 @@ class ListView {
   // Selects one row, with the focus, and brings it into view.
   void Select(size_t row);
   void SelectAll() { ListView_SetItemState(list_, -1, LVIS_SELECTED, LVIS_SELECTED); }
+  void SelectNone() { ListView_SetItemState(list_, -1, 0, LVIS_SELECTED); }
   // Gives a column, of at least that many pixels, the room that the others leave.
   void FillWith(int column, int minimum);
   // The arrow on the heading of the column that sorts.

@@ -35,12 +35,14 @@ class RunDisplay : public RunView {
   bool OpenResults(SearchResults& results) override;
   void AwaitResults() override;
 
+  // Handles what waits in the thread's queue.
+  static void PumpMessages();
+
  private:
   void FlushText(int control, const std::string& text, std::string& shown) const;
   void FlushProgress();
   void FlushCommands();
   void EnableMenus(bool enable) const;
-  void PumpMessages() const;
 
   // The window that boxes stand before.
   HWND Front() const;

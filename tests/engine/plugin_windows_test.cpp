@@ -91,8 +91,9 @@ TEST_F(PluginWindowsTest, ProcessingTellsWhatItDid) {
   manager.Load();
   WriteSettings("[General]\r\nDelMethod=B\r\n");
   const std::string told = ProcessTickedPlugins(context);
-  EXPECT_TRUE(told.starts_with("Files Deleted: 2\r\nSpace Gained: 2.00  KB\r\nBacked Up: 2 file(s)"
-                               "\r\n"))
+  EXPECT_TRUE(
+      told.starts_with("Files Deleted: 2\r\nSpace Gained: 2.00  KB\r\nBacked Up: 2 file(s)"
+                       "\r\n"))
       << told;
   EXPECT_TRUE(told.ends_with("the user's profile.")) << told;
   EXPECT_EQ(view.statuses[1], "Working...Processing Plugins.");
@@ -148,11 +149,17 @@ TEST_F(PluginWindowsTest, TheEditorRefusesWithItsSentences) {
       {[&] { return files("%WINDIR%", "*.log"); }, windows + "\\*.log is not cleaned"},
       {[&] { return files("%USERPROFILE%\\", "*.*"); }, ""},
       {[&] { return files("Temp", "*.*"); }, "Temp\\*.* is not cleaned: it is not the full path"},
-      {[&] { return editor.AddChosenFiles({"C:\\Temp", "", false, false}, 0, {}); },
+      {[&] {
+         return editor.AddChosenFiles({"C:\\Temp", "", false, false}, 0, {});
+       },
        "No files to add"},
-      {[&] { return editor.AddChosenFiles({"C:\\Temp", "", false, false}, 2, {}); },
+      {[&] {
+         return editor.AddChosenFiles({"C:\\Temp", "", false, false}, 2, {});
+       },
        "Please select a file to add."},
-      {[&] { return editor.AddChosenFiles({"C:\\", "", false, false}, 1, names); },
+      {[&] {
+         return editor.AddChosenFiles({"C:\\", "", false, false}, 1, names);
+       },
        "C:\\a is not cleaned"},
       {[&] { return key(1, ""); }, "Please enter a subkey"},
       {[&] { return key(1, "Software"); }, "HKEY_CURRENT_USER\\Software is not cleaned"},
@@ -181,7 +188,9 @@ TEST_F(PluginWindowsTest, TheEditorRefusesWithItsSentences) {
 TEST_F(PluginWindowsTest, WhatTheEditorComposesIsTheFile) {
   editor.Create();
   EXPECT_EQ(editor.Title(), "Plugin: NoName");
-  editor.SetDescription("Gr\xC3\xB6\xC3\x9F" "e");
+  editor.SetDescription(
+      "Gr\xC3\xB6\xC3\x9F"
+      "e");
   FilesForm all{scratch + "a\\", "*.*", true, true}, some{scratch + "b", "*.log", true, true};
   EXPECT_TRUE(editor.AddFiles(all) && editor.AddFiles(some));
   EXPECT_TRUE(all.delete_subfolders && !some.delete_subfolders);
@@ -199,15 +208,17 @@ TEST_F(PluginWindowsTest, WhatTheEditorComposesIsTheFile) {
   EXPECT_TRUE(editor.AddIni({scratch + "a.ini", "all", "", true}));
   editor.RemoveFile(2);
   editor.RemoveFile(9);
-  const std::string expected =
-      Text("D|Gr\xC3\xB6\xC3\x9F" "e\r\nF|Yes|Yes|" + scratch + "a\\*.*\r\nF|Yes|No|" + scratch +
-           "b\\*.log\r\nF|Yes|No|" + scratch +
-           "y.txt\r\n"
-           "R|Yes|Yes|HKEY_CURRENT_USER\\Software\\Qx|left over\r\n"
-           "R|No|No|HKEY_CURRENT_USER\\Software\\Qx|File09\r\n"
-           "R|No|No|HKEY_CURRENT_USER\\Software\\Qx|File10\r\n"
-           "R|Yes|No|HKEY_USERS\\S-1\\Qx\\List1|\r\n"
-           "I|a.ini|s|No|k|" + scratch + "\r\nI|a.ini|all|Yes||" + scratch + "\r\n");
+  const std::string expected = Text(
+      "D|Gr\xC3\xB6\xC3\x9F"
+      "e\r\nF|Yes|Yes|" +
+      scratch + "a\\*.*\r\nF|Yes|No|" + scratch + "b\\*.log\r\nF|Yes|No|" + scratch +
+      "y.txt\r\n"
+      "R|Yes|Yes|HKEY_CURRENT_USER\\Software\\Qx|left over\r\n"
+      "R|No|No|HKEY_CURRENT_USER\\Software\\Qx|File09\r\n"
+      "R|No|No|HKEY_CURRENT_USER\\Software\\Qx|File10\r\n"
+      "R|Yes|No|HKEY_USERS\\S-1\\Qx\\List1|\r\n"
+      "I|a.ini|s|No|k|" +
+      scratch + "\r\nI|a.ini|all|Yes||" + scratch + "\r\n");
 
   EXPECT_FALSE(editor.MayClose()) << "there are changes to lose";
   prompts.texts = {std::nullopt, " ", "a\\b", "mine", "mine", "mine.cdp"};

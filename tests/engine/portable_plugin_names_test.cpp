@@ -32,9 +32,11 @@ TEST(KeyGenerator, NumbersAreInclusiveAndPadded) {
 TEST(KeyGenerator, ARangeThatIsNoneIsRefused) {
   EXPECT_EQ(GenerateNumbers({"2", "1", false, "0"}).refusal,
             "The To value should be greater than from");
-  for (const NumberRange& range :
-       {NumberRange{"", "1", false, ""}, {"1", "x", false, ""}, {"-1", "1", false, ""},
-        {"1.5", "2", false, ""}, {"1", "99999999999", false, ""}}) {
+  for (const NumberRange& range : {NumberRange{"", "1", false, ""},
+                                   {"1", "x", false, ""},
+                                   {"-1", "1", false, ""},
+                                   {"1.5", "2", false, ""},
+                                   {"1", "99999999999", false, ""}}) {
     const Numbers numbers = GenerateNumbers(range);
     EXPECT_EQ(numbers.refusal, "Please enter whole numbers") << range.from << " " << range.to;
     EXPECT_TRUE(numbers.texts.empty());

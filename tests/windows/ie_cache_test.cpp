@@ -42,8 +42,12 @@ class FrmIECacheTest : public ::testing::Test {
   void SetUp() override {
     ResetSandbox();
     EmptyCache();
-    MakeCacheEntry({.source = L"http://a.example/page", .bytes = "<p>\nplain words", .extension = L"htm"});
-    MakeCacheEntry({.source = L"http://b.example/red", .type = 0x40, .bytes = RedBitmap(), .extension = L"bmp"});
+    MakeCacheEntry(
+        {.source = L"http://a.example/page", .bytes = "<p>\nplain words", .extension = L"htm"});
+    MakeCacheEntry({.source = L"http://b.example/red",
+                    .type = 0x40,
+                    .bytes = RedBitmap(),
+                    .extension = L"bmp"});
     MakeCacheEntry({.source = L"Cookie:anna@c.example/", .type = COOKIE_CACHE_ENTRY});
     MakeCacheEntry({.source = L"Visited: anna@http://d.example/", .type = URLHISTORY_CACHE_ENTRY});
   }
