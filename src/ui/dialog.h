@@ -63,6 +63,7 @@ class Dialog {
   void SetDpi(int dpi) {
     dpi_ = dpi;
     OnResolution();
+    OnSized();
   }
   Layout& layout() { return layout_; }
 

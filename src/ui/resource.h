@@ -398,7 +398,7 @@
 #define lblSearchUnit 2122
 #define lblSearchHidden 2123
 
-// Its pages for lists
+// Its pages for lists; further controls share the numbers of other windows
 #define lblListHint 2151
 #define lstvList 2152
 #define lblEntry 2153
