@@ -102,8 +102,6 @@
 #define mnuProcess 327
 #define mnuCheckAll 328
 #define mnuUncheckAll 329
-#define mnuSelectAll 330
-#define mnuDeselectAll 331
 
 // 360 to 379: the menus of registry tools
 
@@ -297,7 +295,6 @@
 #define pgKeys 1803
 #define chkDelete 1805
 #define chkThorough 1806
-#define cmdDelete 1807
 #define cmdEdit 1808
 #define fmResize 1810
 #define lblKey 1811
@@ -406,12 +403,8 @@
 #define lstvList 2152
 #define lblEntry 2153
 #define txtEntry 2154
-#define lblDescription 2155
-#define txtDescription 2156
 #define cmdAdd 2157
-#define cmdEdit 2158
 #define cmdRemove 2159
-#define cmdBrowse 2160
 #define cmdDefaults 2161
 
 // Its page Cookies
