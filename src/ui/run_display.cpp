@@ -37,7 +37,7 @@ void RunDisplay::Yield() {
   PumpMessages();
 }
 
-void RunDisplay::PumpMessages() const {
+void RunDisplay::PumpMessages() {
   MSG message;
   while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
     if (message.message == WM_QUIT) {

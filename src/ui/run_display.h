@@ -31,12 +31,14 @@ class RunDisplay : public RunView {
   void ShowCritical(std::string_view text) override;
   void ShowReport(const RunReport& report) override { report_ = report; }
 
+  // Handles what waits in the thread's queue.
+  static void PumpMessages();
+
  private:
   void FlushText(int control, const std::string& text, std::string& shown) const;
   void FlushProgress();
   void FlushCommands();
   void EnableMenus(bool enable) const;
-  void PumpMessages() const;
 
   HWND window_ = nullptr;
   ShowItem show_item_;
