@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "backup/backups.h"
+#include "cli/console_view.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -129,11 +130,18 @@ int BackupCommands::Restore(const Machine& machine) const {
   Backups backups(machine);
   SayRepairOf(backups.Check(archive_));
   ConsolePrompts prompts;
+  ConsoleView view;
+  bool stopped = false;
+  view.OnStop([&stopped] { stopped = true; });
+  const auto pause = [&](const RestoreProgress&) {
+    view.Yield();
+    return stopped;
+  };
   const RestoreResult result =
-      backups.Restore(archive_, {entries_, to_, ModeOf(machine, overwrite_)}, prompts, nullptr);
+      backups.Restore(archive_, {entries_, to_, ModeOf(machine, overwrite_)}, prompts, pause);
   for (const std::string& problem : result.problems) std::cerr << problem << "\n";
   std::cout << result.restored << " file(s) restored, " << result.skipped << " left as they were"
-            << std::endl;
+            << (result.cancelled ? "; stopped at your wish" : "") << std::endl;
   if (result.cancelled) return kFailed;
   return result.problems.empty() ? kDone : kSomeFilesStayed;
 }
