@@ -31,7 +31,7 @@ class BackupBatch {
 
   // Brings the archive onto the disk and empties the batch. Calls remove(path, bytes) for each file
   // that may go; counts those that were archived; the others, where they may not go, are said in
-  // the log and count as not removed.
+  // the log and count as not removed. In strict mode a file may not go that changed meanwhile.
   using Removal = std::function<void(std::string_view path, uint64_t bytes)>;
   void Remove(const Removal& remove);
 
@@ -41,11 +41,23 @@ class BackupBatch {
     uint64_t bytes;
     bool archived;
     std::string problem;
+    FileInfo seen;  // before it was archived; in strict mode alone
   };
+
+  FileInfo LookIfStrict(std::string_view path) const;
+  const std::string& ProblemOf(File& file, bool on_disk) const;
 
   CleaningContext& context_;
   std::vector<File> files_;
   uint64_t bytes_ = 0;
 };
+
+// Before a run deletes from the registry: in the mode that backs up, and while the settings want
+// it, what is about to go is stored in the run's .reg file. In the other modes the traces are to
+// vanish. Throws Error when that fails: nothing may be deleted then. `names` is a list as
+// ListRegValues gives it.
+void KeepRegistryValues(CleaningContext& context, RegistryRoot root, std::string_view key,
+                        std::string_view names);
+void KeepRegistryTree(CleaningContext& context, RegistryRoot root, std::string_view key);
 
 }  // namespace quellix

@@ -163,7 +163,7 @@ GeneralOptions LoadGeneralOptions(const Machine& machine) {
   options.protect1 = general.protect1;
   options.protect2 = general.protect2;
   options.tip_box = general.tip_box;
-  options.tray_icon = ToNumber(settings.ReadIniValue("General", "TrayIcon", "0")) == 1;
+  options.tray_icon = general.tray_icon;
   options.method = kLetters[deletion.RemovalMode - 1];
   options.extra_security = deletion.ExtraSecurity != 0;
   options.rename = deletion.RenameBeforeDelete == 1;

@@ -21,6 +21,7 @@ void ResetRun(RunState& state) {
   state.RunLog.clear();
   state.ItemsCleaned.reset();
   state.SettingsProblem.clear();
+  state.Results.reset();
 }
 
 }  // namespace

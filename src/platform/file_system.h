@@ -96,6 +96,10 @@ class FileSystem {
   // With Detail::kKind attributes and last_write are not asked for.
   virtual std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) = 0;
 
+  // Whether nothing is at `path`, a link followed; false where this machine cannot know, such as
+  // for a drive that a volume does not map. Never throws.
+  virtual bool IsGone(std::string_view path) = 0;
+
   // Sets the FileAttribute bits (kNormal clears them all). May be silently kept where the medium
   // has no such attribute.
   virtual void SetAttributes(std::string_view path, uint32_t attributes) = 0;

@@ -3,6 +3,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "app/backup_step.h"
 #include "app/removal.h"
 #include "app/run_steps.h"
 #include "cleaners/skeleton.h"
@@ -54,8 +55,10 @@ void ProcessKey(CleaningContext& context, const RegistryEntry& entry) {
   if (!place.root) return Log(context, place.refusal);
   try {
     if (entry.delete_subkey) {
+      KeepRegistryTree(context, *place.root, place.subkey);
       DeleteRegistryKeyTree(context.machine.registry, *place.root, place.subkey);
     } else {
+      KeepRegistryValues(context, *place.root, place.subkey, entry.value_name);
       DeleteRegistryValue(context.machine.registry, *place.root, place.subkey, entry.value_name);
     }
   } catch (const Error& error) {

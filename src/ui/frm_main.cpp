@@ -11,6 +11,7 @@
 #include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "plugins/plugin_manager.h"
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
@@ -53,8 +54,6 @@ constexpr TurnOffEntry kTurnOff[] = {
 };
 
 constexpr UINT kMillisecondsPerTick = 5000;
-constexpr wchar_t kNotYet[] = L"Not available in this version yet.";
-constexpr wchar_t kProtected[] = L"Switched off for safety. Enable it in the Options.";
 
 int BoxOf(const Item& item) { return chkRecycleBin - 1 + item.run_order; }
 
@@ -101,12 +100,14 @@ void FrmMain::RunHidden(bool is_loaded) {
 }
 
 void FrmMain::OnInit() {
+  prompts_.Attach(window());
   AddAnchors();
   FillBoxes();
   RefreshBoxes();
-  ShowTip();
+  windows_.on_options = [this] { FollowSettings(); };
   FollowSettings();
-  display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
+  display_.Attach(
+      window(), [this](const Item* item) { PlaceCurrentItem(item); }, machine_);
   display_.Flush();
 }
 
@@ -123,11 +124,14 @@ void FrmMain::AddAnchors() {
 void FrmMain::FillBoxes() {
   tool_tips_.Attach(window());
   for (const GroupPlace& place : kGroups) MakeGroupHeading(Control(place.heading));
+  for (const Item& item : AllItems()) SetText(BoxOf(item), item.Label());
+}
+
+void FrmMain::EnableBoxes() {
   for (const Item& item : AllItems()) {
-    SetText(BoxOf(item), item.Label());
-    const bool enabled = engine_.selection().IsEnabled(item);
-    EnableWindow(Control(BoxOf(item)), enabled);
-    if (!enabled) tool_tips_.Add(Control(BoxOf(item)), item.cleaner ? kProtected : kNotYet);
+    const std::string_view why = engine_.selection().WhyDisabled(item);
+    EnableWindow(Control(BoxOf(item)), why.empty());
+    tool_tips_.Set(Control(BoxOf(item)), Wide(why));
   }
 }
 
@@ -139,8 +143,13 @@ void FrmMain::ShowTip() {
   SetText(txtTip, tip);
 }
 
-// Settings that were read anew.
+// Settings that were read anew. A tip that is shown stays.
 void FrmMain::FollowSettings() {
+  EnableBoxes();
+  const bool tip_is_shown = (GetWindowLongW(Control(txtTip), GWL_STYLE) & WS_VISIBLE) != 0;
+  if (!tip_is_shown || !engine_.general().tip_box || GetWindowTextLengthW(Control(txtTip)) == 0) {
+    ShowTip();
+  }
   if (engine_.auto_clean().IsOn()) {
     SetTimer(window(), tmrClean, kMillisecondsPerTick, nullptr);
   } else {
@@ -198,6 +207,8 @@ void FrmMain::OnCommand(int id, int code) {
     case cmdClean:
     case mnuClean:
       return Run([this] { engine_.RunCleaning(); });
+    case mnuProcessPlugin:
+      return ProcessPlugins();
     case cmdNextTip:
       return ShowTip();
     case mnuExit:
@@ -245,6 +256,12 @@ void FrmMain::Run(const std::function<void()>& work) {
   display_.Flush();
   running_ = false;
   AfterRun();
+}
+
+void FrmMain::ProcessPlugins() {
+  std::string told;
+  Run([&] { told = modPlugin::ProcessTickedPlugins(engine_.context()); });
+  if (!told.empty() && window()) prompts_.Inform(told);
 }
 
 void FrmMain::AfterRun() {

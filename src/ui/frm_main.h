@@ -51,6 +51,7 @@ class FrmMain : public Dialog {
  private:
   void AddAnchors();
   void FillBoxes();
+  void EnableBoxes();
   void RunHidden(bool is_loaded);
   void ShowTip();
   void RefreshBoxes();
@@ -63,6 +64,7 @@ class FrmMain : public Dialog {
   void ShowTrayMenu(POINT screen);
   void Run(const std::function<void()>& work);
   void AfterRun();
+  void ProcessPlugins();
   void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
   void PlaceCurrentItem(const Item* item);
   int FooterTop() const;
@@ -75,6 +77,7 @@ class FrmMain : public Dialog {
   Machine machine_;
   FrmLog log_;
   MenuWindows windows_;
+  WindowPrompts prompts_;
   ToolTips tool_tips_;
   Tips tips_;
   TrayIcon tray_;

@@ -10,12 +10,31 @@
 #define frmOverwrite 103
 #define frmAskText 104
 // 110 to 119: the Options window and its pages
+#define frmOptions 110
+#define frmOptionsGeneral 111
+#define frmOptionsDeletion 112
+#define frmOptionsSearch 113
+#define frmOptionsList 114
+#define frmOptionsCookies 115
+#define frmOptionsBackups 116
 
 // 120 to 129: the results of a junk search
+#define frmDeletetion 120
 
 // 130 to 139: plug-ins
+#define frmPluginManager 130
+#define frmPlugin 131
+#define frmKeygen 132
+#define frmTry 133
 
 // 140 to 149: registry tools
+#define frmOrphanedDLL 140
+#define frmInvalidFile 141
+#define frmInvalidAppPath 142
+#define frmInvalidHelp 143
+#define frmInvalidActivex 144
+#define frmEditAppPath 145
+#define frmEditHelp 146
 
 // 150 to 159: the Internet cache
 #define frmIECache 150
@@ -64,8 +83,31 @@
 #define mnuTrayExit 249
 
 // 300 to 319: the menus of the results of a junk search
+#define mnuDeletetion 300
+#define mnuResultRow 301
+#define mnuProperties 302
+#define mnuOpenFolder 303
+#define mnuAbort 304
+#define mnuSelectAll 305
+#define mnuDeselectAll 306
+#define mnuDeleteSelected 307
+#define mnuDeleteAll 308
+// One for each column: 310 to 316
+#define mnuSortResults 310
 
 // 320 to 359: the menus of plug-ins
+#define mnuPluginManager 320
+#define mnuPluginRows 321
+#define mnuView 322
+#define mnuAdd 323
+#define mnuDelete 324
+#define mnuCreate 325
+#define mnuEdit 326
+#define mnuProcess 327
+#define mnuCheckAll 328
+#define mnuUncheckAll 329
+#define mnuSelectAll 330
+#define mnuDeselectAll 331
 
 // 360 to 379: the menus of registry tools
 
@@ -169,10 +211,116 @@
 #define txtAnswer 1412
 
 // The results of a junk search: 1500 to 1599
+#define lblTotalFiles 1501
+#define lblShown 1502
+#define lblFilter 1503
+#define txtFilter 1504
+#define lstvDeletion 1505
+#define lblRed 1506
+#define lblDeletionState 1507
+#define cmdSelectAll 1508
+#define cmdDeselectAll 1509
+#define cmdDeleteSelected 1510
+#define cmdAbort 1511
+#define cmdExit 1512
 
 // Plug-ins: 1600 to 1799
+// The plug-in manager
+#define lblPlugins 1600
+#define lstvPlugin 1601
+
+// The plug-in editor
+#define lblDescription 1610
+#define txtDescription 1611
+#define sstPlugin 1612
+#define cmdTry 1613
+// Its pages: Files, Registry, INI files
+#define pagFiles 1620
+#define pagRegistry 1640
+#define pagINI 1670
+#define pagEnd 1700
+#define lstvFiles 1620
+#define lblFilePath 1621
+#define txtFilePath 1622
+#define cmdFileBrowse 1623
+#define lblFileExt 1624
+#define txtFileExt 1625
+#define chkFileRecurse 1626
+#define chkFileDeletesubFolders 1627
+#define cmdFilesAdd 1628
+#define cmdFileRemove 1629
+#define lblFileAlternate 1630
+#define drvFileAlternate 1631
+#define dirFileAlternate 1632
+#define flFileAlternate 1633
+#define cmdFileAddAlternate 1634
+#define lstvRegistry 1640
+#define optClassesRoot 1641
+#define optCurrentUser 1642
+#define optLocalMachine 1643
+#define optUsers 1644
+#define optPerformanceData 1645
+#define optCurrentConfig 1646
+#define optDynData 1647
+#define lblRegistrySubkey 1648
+#define txtRegistrySubkey 1649
+#define lblRegistryValue 1650
+#define txtRegistryValue 1651
+#define optEntireSubkey 1652
+#define optDeleteValue 1653
+#define chkDeleteAllSubkeys 1654
+#define cmdGeneratesubkeys 1655
+#define cmdGenerateValues 1656
+#define cmdRegistryAdd 1657
+#define cmdRegistryRemove 1658
+#define lstvINI 1670
+#define lblINIFileName 1671
+#define txtINIFileName 1672
+#define cmdINIBrowse 1673
+#define lblINISections 1674
+#define cmbINISections 1675
+#define lblINIValues 1676
+#define cmbINIValues 1677
+#define chkINIEraseSection 1678
+#define cmdINIAdd 1679
+#define cmdINIRemove 1680
+
+// The name generator
+#define lblFrom 1700
+#define cmbFrom 1701
+#define lblTo 1702
+#define cmbTo 1703
+#define chkPad 1704
+#define cmbPad 1705
+
+// What a recipe would remove
+#define lblTry 1710
+#define lstvTry 1711
+#define txtTry 1712
 
 // Registry tools: 1800 to 1899
+#define Label1 1800
+#define lstvOrphanedDLL 1801
+#define lstvInvalid 1802
+#define pgKeys 1803
+#define chkDelete 1805
+#define chkThorough 1806
+#define cmdDelete 1807
+#define cmdEdit 1808
+#define fmResize 1810
+#define lblKey 1811
+#define txtKey 1812
+#define lblValue 1813
+#define txtValue 1814
+#define lblPath 1815
+#define txtPath 1816
+
+// The edit dialogs of registry tools; a help file's folder is where an application's path is
+#define lblAppPath 1821
+#define lblHelpFile 1821
+#define lblHelpPath 1816
+#define cmdBrowse 1822
+#define cmdOk 1823
 
 // The Internet cache: 1900 to 1949
 #define lblShow 1900
@@ -198,3 +346,94 @@
 #define txtLicences 1955
 
 // The Options window: 2000 to 2399
+#define lblPages 2001
+#define lstPages 2002
+#define picPage 2003
+#define cmdApply 2004
+
+// Its page General; Check3 is named above
+#define fraAutoClean 2021
+#define chkAutoClean 2022
+#define cmbAutoClean1 2023
+#define cmbAutoClean 2024
+#define chkTrayIcon 2025
+#define fraStart 2026
+#define chkCleanStartup 2027
+#define chkStartWWindows 2028
+#define lblRunEntry 2029
+#define fraProtect 2030
+#define Check1 2031
+#define Check2 2032
+#define lblProtect 2033
+
+// Its page Deletion
+#define fraMethod 2051
+#define optDelete 2052
+#define optRecyclebin 2053
+#define optWipe 2054
+#define optZip 2055
+#define txtBackup 2056
+#define cmdBrowseBackup 2057
+#define fraWipe 2058
+#define lblWipeStep 2059
+#define cmbWipeStep 2060
+#define chkExtraSecurity 2061
+#define chkRename 2062
+#define fraBackup 2063
+#define chkStrict 2064
+#define chkKeepOnAbort 2065
+#define chkBackupRegistry 2066
+
+// Its page Search
+#define lblSearch 2101
+#define lstSearch 2102
+#define fraSearchFilter 2103
+#define chkSearchDateReference 2104
+#define lblSearchDates 2105
+#define dtpSearchFirst 2106
+#define lblSearchTo 2107
+#define dtpSearchSecond 2108
+#define chkSearchSize 2109
+#define optSearcSizeIs 2110
+#define optSearchSizeAtleast 2111
+#define optSearchSizeAtMost 2112
+#define txtSearchSize 2113
+#define lblSearchSize 2114
+#define lblSearchIgnore 2115
+#define chkSearchReadOnly 2116
+#define chkSearchHidden 2117
+#define chkSearchSystem 2118
+#define fraSearchDead 2119
+#define chkSearchFileReference 2120
+#define chkSearchPathReference 2121
+#define lblSearchUnit 2122
+#define lblSearchHidden 2123
+
+// Its pages for lists
+#define lblListHint 2151
+#define lstvList 2152
+#define lblEntry 2153
+#define txtEntry 2154
+#define lblDescription 2155
+#define txtDescription 2156
+#define cmdAdd 2157
+#define cmdEdit 2158
+#define cmdRemove 2159
+#define cmdBrowse 2160
+#define cmdDefaults 2161
+
+// Its page Cookies
+#define lblCookieHint 2201
+#define lblCookies 2202
+#define lstvCookies 2203
+#define lblKept 2204
+#define lstvKept 2205
+#define cmdKeep 2206
+#define cmdKeepAll 2207
+#define cmdRelease 2208
+#define cmdReleaseAll 2209
+
+// Its page Backups
+#define lblBackupHint 2231
+#define txtBackupHint 2232
+#define cmdBackups 2233

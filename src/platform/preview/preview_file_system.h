@@ -21,6 +21,7 @@ class PreviewFileSystem : public FileSystem {
   PreviewFileSystem(FileSystem& inner, ChangeLog& log) : inner_(inner), log_(log) {}
 
   bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override;
+  bool IsGone(std::string_view path) override;
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
   void SetAttributes(std::string_view path, uint32_t attributes) override;
   void RemoveFile(std::string_view path) override;
@@ -37,8 +38,6 @@ class PreviewFileSystem : public FileSystem {
   void Take(std::string_view path, ChangeKind kind);
   // A file goes with something that is recorded itself.
   void Forget(std::string_view path) { Put(path, {}); }
-  // Whether something was there and was removed.
-  bool IsTaken(std::string_view path) const;
 
  private:
   // What a path became.

@@ -6,7 +6,6 @@
 
 #include "platform/machine.h"
 #include "platform/volume/volume_registry.h"
-#include "platform/volume/volume_session.h"
 #include "platform/volume/volume_shell.h"
 #include "platform/volume/volume_system.h"
 #include "platform/volume/volume_url_cache.h"
@@ -40,7 +39,7 @@ class VolumeMachine {
   std::optional<VolumeSystem> system_;
   std::optional<VolumeShell> shell_;
   VolumeUrlCache url_cache_;
-  VolumeSession session_;
+  NoSession session_{"Nobody is logged on to the Windows of a volume."};
   std::optional<IniFiles> profile_;
 };
 

@@ -99,6 +99,15 @@ std::optional<FileInfo> Win32FileSystem::Look(std::string_view path, Detail) {
   return info;
 }
 
+bool Win32FileSystem::IsGone(std::string_view path) {
+  const std::wstring wide = ToWidePath(path).value_or(Wide(path));
+  DWORD old_mode = 0;  // a drive without its disk is no reason to ask for one
+  SetThreadErrorMode(SEM_FAILCRITICALERRORS, &old_mode);
+  const bool is_gone = GetFileAttributesW(wide.c_str()) == INVALID_FILE_ATTRIBUTES;
+  SetThreadErrorMode(old_mode, nullptr);
+  return is_gone;
+}
+
 void Win32FileSystem::SetAttributes(std::string_view path, uint32_t attributes) {
   const std::wstring wide = WidePath("change", path);
   anchor_.CheckParentOf(path);
