@@ -108,8 +108,8 @@ class SearchResults : public ResultSink {
   std::map<Index, std::string> failures_;
   std::vector<bool> gone_;
   std::optional<Order> order_;
-  std::string filter_;       // in upper case
-  std::string upper_path_;   // of the find that was filtered last
+  std::string filter_;      // in upper case
+  std::string upper_path_;  // of the find that was filtered last
   std::array<Total, 3> totals_;
   bool searching_ = true, deleting_ = false, has_deleted_ = false, some_failed_ = false;
 };

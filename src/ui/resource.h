@@ -88,10 +88,6 @@
 #define mnuProperties 302
 #define mnuOpenFolder 303
 #define mnuAbort 304
-#define mnuSelectAll 305
-#define mnuDeselectAll 306
-#define mnuDeleteSelected 307
-#define mnuDeleteAll 308
 // One for each column: 310 to 316
 #define mnuSortResults 310
 
@@ -106,8 +102,6 @@
 #define mnuProcess 327
 #define mnuCheckAll 328
 #define mnuUncheckAll 329
-#define mnuSelectAll 330
-#define mnuDeselectAll 331
 
 // 360 to 379: the menus of registry tools
 
@@ -193,16 +187,22 @@
 #define cmdRestoreAll 1311
 #define cmdRestoreInto 1312
 #define cmdDeleteArchive 1313
+#define pgRestore 1314
+#define cmdStopRestore 1315
 
 // The question whether a file may be replaced
 #define txtTarget 1401
 #define cmdYesToAll 1402
 #define cmdNoToAll 1403
 
-// Commands of several windows
+// Controls of several windows
 #define cmdSelectAll 1420
 #define cmdDeselectAll 1421
 #define cmdDelete 1422
+#define cmdEdit 1423
+#define cmdBrowse 1424
+#define lblDescription 1425
+#define txtDescription 1426
 
 // The question for a text
 #define lblQuestion 1411
@@ -216,8 +216,6 @@
 #define lstvDeletion 1505
 #define lblRed 1506
 #define lblDeletionState 1507
-#define cmdSelectAll 1508
-#define cmdDeselectAll 1509
 #define cmdDeleteSelected 1510
 #define cmdAbort 1511
 #define cmdExit 1512
@@ -228,8 +226,6 @@
 #define lstvPlugin 1601
 
 // The plug-in editor
-#define lblDescription 1610
-#define txtDescription 1611
 #define sstPlugin 1612
 #define cmdTry 1613
 // Its pages: Files, Registry, INI files
@@ -303,8 +299,6 @@
 #define pgKeys 1803
 #define chkDelete 1805
 #define chkThorough 1806
-#define cmdDelete 1807
-#define cmdEdit 1808
 #define fmResize 1810
 #define lblKey 1811
 #define txtKey 1812
@@ -317,7 +311,6 @@
 #define lblAppPath 1821
 #define lblHelpFile 1821
 #define lblHelpPath 1816
-#define cmdBrowse 1822
 #define cmdOk 1823
 
 // The Internet cache: 1900 to 1949
