@@ -5,21 +5,12 @@
 #include <stdexcept>
 
 #include "app/removal.h"
-#include "engine.h"
-#include "search/drive_scan.h"
-#include "support/scripted_view.h"
-#include "support/test_machine.h"
+#include "bench_machine.h"
 
 namespace quellix {
 namespace {
 
 namespace fs = std::filesystem;
-
-class QuietView : public ScriptedView {
- public:
-  void SetStatus(std::string_view) override {}
-  void SetProgress(const ProgressBar&) override {}
-};
 
 // Half of it can be compressed, as in the logs and caches that are cleaned.
 std::string HalfRandom(size_t size, unsigned seed) {
@@ -31,19 +22,9 @@ std::string HalfRandom(size_t size, unsigned seed) {
   return bytes;
 }
 
-class BackupBench {
+class BackupBench : BenchMachine {
  public:
-  BackupBench(const fs::path& home, SideBySide& table)
-      : table_(table),
-        machine_(TestMachine::Create()),
-        ports_(machine_->machine()),
-        settings_(ports_),
-        archive_(ports_, state_.Backup),
-        context_{ports_, settings_, state_, view_, archive_} {
-    for (const auto& entry : fs::recursive_directory_iterator(home)) {
-      if (entry.path().filename() == "Scratch") scratch_ = entry.path();
-    }
-    if (scratch_.empty()) throw std::runtime_error("no scratch folder below " + home.string());
+  BackupBench(const fs::path& home, SideBySide& table) : BenchMachine(home, table) {
     state_.RemovalMode = kBackUp;
     state_.BackupFolder = machine_->Scratch() + "safe\\";
   }
@@ -56,8 +37,6 @@ class BackupBench {
   }
 
  private:
-  fs::path Tree() const { return scratch_ / "tree"; }
-
   void Clear() {
     fs::remove_all(Tree());
     fs::remove_all(scratch_ / "safe");
@@ -82,14 +61,9 @@ class BackupBench {
 
   void BackUp() {
     state_.BackupDrive.clear();
-    ClearPending(state_);
-    CollectFiles(context_, machine_->Scratch() + "tree\\", "*.*");
+    ScanTree();
     RemovePendingFiles(context_);
     if (!archive_.Close() || state_.SomeFilesLocked) throw std::runtime_error("not backed up");
-  }
-
-  void Shell(const std::string& command) {
-    if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + command);
   }
 
   template <class Make>
@@ -99,31 +73,21 @@ class BackupBench {
         [this, make] {
           Clear();
           make();
-          Shell("sync");
+          RunShell("sync");
         },
         [this] { BackUp(); },
         [this] {
-          Shell("cd '" + Tree().string() + "' && zip -q -r -m '" +
-                (scratch_ / "other.zip").string() + "' .");
+          RunShell("cd '" + Tree().string() + "' && zip -q -r -m '" +
+                   (scratch_ / "other.zip").string() + "' .");
         });
   }
 
   double SecondsAFile(int files) {
     Clear();
     MakeSmall(files, 256);
-    Shell("sync");
+    RunShell("sync");
     return SideBySide::Seconds([this] { BackUp(); }) / files * 1e6;
   }
-
-  SideBySide& table_;
-  std::unique_ptr<TestMachine> machine_;
-  Machine ports_;
-  Settings settings_;
-  RunState state_;
-  QuietView view_;
-  ModZip archive_;
-  CleaningContext context_;
-  fs::path scratch_;
 };
 
 }  // namespace

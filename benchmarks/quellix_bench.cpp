@@ -5,14 +5,11 @@
 #include <fstream>
 #include <functional>
 #include <stdexcept>
+#include <string_view>
 
 #include "app/removal.h"
 #include "backup_bench.h"
-#include "engine.h"
-#include "search/drive_scan.h"
-#include "side_by_side.h"
-#include "support/scripted_view.h"
-#include "support/test_machine.h"
+#include "bench_machine.h"
 
 namespace quellix {
 namespace {
@@ -21,23 +18,6 @@ namespace fs = std::filesystem;
 
 constexpr int kFolders = 20000;
 constexpr int kFilesAFolder = 10;
-
-// Shows nothing, as a console run does.
-class QuietView : public RunView {
- public:
-  void Yield() override {}
-  void SetStatus(std::string_view) override {}
-  void SetProgress(const ProgressBar&) override {}
-  void SetCommands(const Commands&) override {}
-  void ShowCurrentItem(const Item*) override {}
-  void ShowLastCleaned(std::string_view) override {}
-  void ShowCritical(std::string_view text) override { throw std::runtime_error(std::string(text)); }
-  void ShowReport(const RunReport&) override {}
-};
-
-void Shell(const std::string& command) {
-  if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + command);
-}
 
 // `folders` folders, ten to a parent, with ten small files each.
 void MakeTree(const fs::path& root, int folders) {
@@ -51,21 +31,9 @@ void MakeTree(const fs::path& root, int folders) {
   }
 }
 
-class Bench {
+class Bench : BenchMachine {
  public:
-  Bench(const fs::path& home, SideBySide& table)
-      : table_(table),
-        machine_(TestMachine::Create()),
-        ports_(machine_->machine()),
-        settings_(ports_),
-        backup_(ports_, state_.Backup),
-        context_{ports_, settings_, state_, view_, backup_} {
-    for (const auto& entry : fs::recursive_directory_iterator(home)) {
-      if (entry.path().filename() == "Scratch") scratch_ = entry.path();
-    }
-    if (scratch_.empty()) throw std::runtime_error("no scratch folder below " + home.string());
-    folder_ = machine_->Scratch() + "tree\\";
-  }
+  Bench(const fs::path& home, SideBySide& table) : BenchMachine(home, table) {}
 
   void Trees() {
     MakeTree(Tree(), kFolders);
@@ -83,23 +51,16 @@ class Bench {
     state_.ExtraSecurity = 1;
     table_.Compare(
         "wipe 256 MiB, random / shred -n 1 -u", 1.0, 3,
-        [&file] { Shell("head -c 268435456 /dev/zero > '" + file.string() + "' && sync"); },
+        [&file] { RunShell("head -c 268435456 /dev/zero > '" + file.string() + "' && sync"); },
         [this] {
           if (!RemoveFile(context_, machine_->Scratch() + "large.bin")) {
             throw std::runtime_error("not wiped");
           }
         },
-        [&file] { Shell("shred -n 1 -u '" + file.string() + "'"); });
+        [&file] { RunShell("shred -n 1 -u '" + file.string() + "'"); });
   }
 
  private:
-  fs::path Tree() const { return scratch_ / "tree"; }
-
-  void ScanTree() {
-    ClearPending(state_);
-    CollectFiles(context_, folder_, "*.*");
-  }
-
   void RemoveTree() {
     ScanTree();
     RemovePendingFiles(context_);
@@ -110,7 +71,7 @@ class Bench {
   void Scan() {
     table_.Compare(
         "scan 200,000 files / find -type f", 1.0, 7, [] {}, [this] { ScanTree(); },
-        [this] { Shell("find '" + Tree().string() + "' -type f > /dev/null"); });
+        [this] { RunShell("find '" + Tree().string() + "' -type f > /dev/null"); });
     if (state_.PendingFiles.size() != kFolders * kFilesAFolder) throw std::runtime_error("count");
   }
 
@@ -147,7 +108,7 @@ class Bench {
     } sink;
     table_.Compare(
         name, 1.0, 7, [] {}, [this, kind, &sink] { SearchJunk(context_, kind, sink); },
-        [&theirs] { Shell(theirs + " > /dev/null"); });
+        [&theirs] { RunShell(theirs + " > /dev/null"); });
   }
 
   void Removal() {
@@ -157,7 +118,7 @@ class Bench {
           fs::remove_all(Tree());
           MakeTree(Tree(), kFolders);
         },
-        [this] { RemoveTree(); }, [this] { Shell("rm -rf '" + Tree().string() + "'"); });
+        [this] { RemoveTree(); }, [this] { RunShell("rm -rf '" + Tree().string() + "'"); });
   }
 
   double SecondsAFile(int folders) {
@@ -171,17 +132,6 @@ class Bench {
     const double large = std::min(SecondsAFile(kFolders), SecondsAFile(kFolders));
     table_.Report("us a file of 200,000 / of 20,000 (linear: 1)", large, small, "u", 1.5);
   }
-
-  SideBySide& table_;
-  std::unique_ptr<TestMachine> machine_;
-  Machine ports_;
-  Settings settings_;
-  RunState state_;
-  QuietView view_;
-  ModZip backup_;
-  CleaningContext context_;
-  fs::path scratch_;
-  std::string folder_;
 };
 
 }  // namespace
@@ -200,17 +150,21 @@ void InFolder(const char* name, const std::function<void(const std::filesystem::
 
 // Both folders are the benchmark's own and are emptied: one for trees of many files, best in
 // memory, where the programs are measured rather than the disk; one on a disk, for what is written
-// to it.
+// to it. With ONE of "trees", "wipe" and "backups" that part alone is measured.
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: quellix_bench TREES DISK\n");
+  if (argc != 3 && argc != 4) {
+    std::fprintf(stderr, "usage: quellix_bench TREES DISK [ONE]\n");
     return 2;
   }
   try {
     quellix::SideBySide table;
-    quellix::InFolder(argv[1], [&](const auto& home) { quellix::Bench(home, table).Trees(); });
-    quellix::InFolder(argv[2], [&](const auto& home) { quellix::Bench(home, table).Wipe(); });
-    quellix::InFolder(argv[2], [&](const auto& home) { quellix::MeasureBackups(home, table); });
+    const std::string_view only = argc == 4 ? argv[3] : "";
+    const auto run = [&](std::string_view part, const char* folder, const auto& measure) {
+      if (only.empty() || only == part) quellix::InFolder(folder, measure);
+    };
+    run("trees", argv[1], [&](const auto& home) { quellix::Bench(home, table).Trees(); });
+    run("wipe", argv[2], [&](const auto& home) { quellix::Bench(home, table).Wipe(); });
+    run("backups", argv[2], [&](const auto& home) { quellix::MeasureBackups(home, table); });
     return table.ExitCode();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quellix_bench: %s\n", error.what());

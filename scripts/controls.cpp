@@ -1,9 +1,11 @@
-// A look from outside at the windows on the sandbox's screen, for ./run, which drives them by
-// mouse:
+// A look from outside at the windows on the sandbox's screen, for the scripts that drive them:
 //
 //   controls.exe at TITLE ID      prints the screen position of a control's middle
 //   controls.exe checked TITLE ID prints 1 or 0
 //   controls.exe text TITLE ID    prints a control's text
+//   controls.exe choose TITLE ID  chooses an entry of a window's menu, or presses a button
+//   controls.exe place TITLE 0    prints the size and place of a window, as 640x480+10+20
+//   controls.exe close TITLE 0    asks a window to close
 //
 // Ends with 1 while there is no such visible window or control, or the control is disabled.
 #include <windows.h>
@@ -58,13 +60,34 @@ int PrintText(HWND control) {
   return 0;
 }
 
+int PrintPlace(HWND window) {
+  RECT place{};
+  GetWindowRect(window, &place);
+  std::printf("%ldx%ld+%ld+%ld\n", place.right - place.left, place.bottom - place.top, place.left,
+              place.top);
+  return 0;
+}
+
+// 2 when the command is none for a window.
+int DoToWindow(const std::string& what, HWND window, int id) {
+  if (what == "place") return PrintPlace(window);
+  const bool chosen = what == "choose";
+  if (!chosen && what != "close") return 2;
+  PostMessageW(window, chosen ? WM_COMMAND : WM_CLOSE, static_cast<WPARAM>(chosen ? id : 0), 0);
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 4) return 2;
-  const HWND control = FindControl(argv[2], std::atoi(argv[3]));
-  if (control == nullptr) return 1;
   const std::string what = argv[1];
+  const int id = std::atoi(argv[3]);
+  const HWND window = FindVisible(argv[2]);
+  const int done = window == nullptr ? 1 : DoToWindow(what, window, id);
+  if (done != 2) return done;
+  const HWND control = FindControl(argv[2], id);
+  if (control == nullptr) return 1;
   if (what == "at") return PrintMiddle(control);
   if (what == "checked") return PrintChecked(control);
   return PrintText(control);

@@ -6,7 +6,7 @@
 namespace quellix {
 namespace {
 
-constexpr size_t kMostFiles = 1000;
+constexpr size_t kMostFiles = 10000;
 constexpr uint64_t kMostBytes = 64 << 20;
 
 }  // namespace

@@ -12,45 +12,11 @@ namespace {
 // The first items run to the end of the third even when the user has stopped.
 constexpr int kFirstItemWithStop = 4;
 
-void ResetRun(RunState& state) {
-  state.SomeFilesLocked = false;
-  state.SomeErrors = false;
-  state.AbortRequested = false;
-  state.ProgressCounter = 0;
-  state.FilesBackedUp = 0;
-  state.RunFilesDeleted = 0;
-  state.RunSpaceGained = 0;
-  state.FilesDeleted = 0;
-  state.MozillaFilesDeleted = 0;
-  state.MozillaSpaceGained = 0;
-  state.SpaceGained = 0;
-  state.BackupDrive.clear();
-  state.RunLog.clear();
-  state.ItemsCleaned.reset();
-  state.SettingsProblem.clear();
-}
-
-void BeginRun(CleaningContext& context, int items) {
-  ResetRun(context.state);
-  context.settings.LoadDeletionSettings(context.state);
-  context.view.SetCommands({.clean = false, .stop = true, .menus = false});
-  context.view.SetStatus("Working...");
-  context.state.Progress = {.visible = true, .max = items, .value = 0};
-  context.view.SetProgress(context.state.Progress);
-}
-
 // Stop has taken effect: no totals, no log window.
 void AbortRun(CleaningContext& context, std::string_view message) {
   context.backup.DeleteBackupArchive();
   EndRun(context, message);
   context.view.SetCommands({});
-}
-
-// The archive's directory is written last; without it the archive is repaired when it is opened.
-void CloseBackup(CleaningContext& context) {
-  if (context.backup.Close()) return;
-  context.state.RunLog.append("The backup archive could not be finished: ");
-  context.state.RunLog.append(context.backup.Problem()).append("\r\n");
 }
 
 void FinishRun(CleaningContext& context) {
@@ -61,9 +27,7 @@ void FinishRun(CleaningContext& context) {
     AppendSummary(context);
     context.view.ShowReport(MakeReport(context));
   }
-  context.view.SetStatus("");
-  context.state.Progress = {};
-  context.view.SetProgress(context.state.Progress);
+  ShowIdle(context, "");
 }
 
 void RunItem(CleaningContext& context, const Item& item) {

@@ -23,7 +23,7 @@ struct GeneralOptions {
   char method = 'D';  // as DelMethod has it: D, R, W or B
   bool extra_security = false, rename = false;
   uint64_t wipe_step = 1;  // bytes
-  std::string backup_folder;
+  std::string backup_folder = {};
   bool strict = false, keep_on_abort = false;
   bool backup_registry = true;
 };

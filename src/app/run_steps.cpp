@@ -3,6 +3,51 @@
 #include "platform/error.h"
 
 namespace quellix {
+namespace {
+
+void ResetRun(RunState& state) {
+  state.SomeFilesLocked = false;
+  state.SomeErrors = false;
+  state.AbortRequested = false;
+  state.ProgressCounter = 0;
+  state.FilesBackedUp = 0;
+  state.RunFilesDeleted = 0;
+  state.RunSpaceGained = 0;
+  state.FilesDeleted = 0;
+  state.MozillaFilesDeleted = 0;
+  state.MozillaSpaceGained = 0;
+  state.SpaceGained = 0;
+  state.BackupDrive.clear();
+  state.RunLog.clear();
+  state.ItemsCleaned.reset();
+  state.SettingsProblem.clear();
+}
+
+}  // namespace
+
+void BeginRun(CleaningContext& context, int items) {
+  ResetRun(context.state);
+  context.settings.LoadDeletionSettings(context.state);
+  context.view.SetCommands({.clean = false, .stop = true, .menus = false});
+  context.view.SetStatus("Working...");
+  context.state.Progress = {.visible = true, .max = items, .value = 0};
+  context.view.SetProgress(context.state.Progress);
+}
+
+// The archive's directory is written last; without it the archive is repaired when it is opened.
+void CloseBackup(CleaningContext& context) {
+  if (context.backup.Close()) return;
+  context.state.RunLog.append("The backup archive could not be finished: ");
+  context.state.RunLog.append(context.backup.Problem()).append("\r\n");
+}
+
+void ShowIdle(CleaningContext& context, std::string_view status) {
+  context.view.ShowCurrentItem(nullptr);
+  context.view.SetCommands({});
+  context.view.SetStatus(status);
+  context.state.Progress = {};
+  context.view.SetProgress(context.state.Progress);
+}
 
 void BeginItem(CleaningContext& context, const Item& item) {
   context.state.Progress.visible = true;

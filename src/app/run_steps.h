@@ -9,6 +9,15 @@ namespace quellix {
 
 // The steps that every cleaner of a run shares.
 
+// Begins a run: resets its state, reads from the settings how files go, and shows the run as begun.
+void BeginRun(CleaningContext& context, int items);
+
+// Finishes the archive of a run that backs up; a failure gets a line in RunLog.
+void CloseBackup(CleaningContext& context);
+
+// Shows that nothing runs any longer.
+void ShowIdle(CleaningContext& context, std::string_view status);
+
 // Shows the item as the one in work.
 void BeginItem(CleaningContext& context, const Item& item);
 

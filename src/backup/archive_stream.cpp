@@ -1,6 +1,7 @@
 #include "backup/archive_stream.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/error.h"
 
@@ -79,9 +80,11 @@ void ArchiveStream::Cut(uint64_t end) {
   tail_.clear();
   cache_.clear();
   on_disk_ = end;
+  more_behind_ = true;
   if (writes_ == Writes::kHeld) return;
   try {
     file_->Resize(end);
+    more_behind_ = false;
   } catch (const Error&) {
     return;
   }
@@ -89,14 +92,17 @@ void ArchiveStream::Cut(uint64_t end) {
 
 void ArchiveStream::WriteOut() {
   if (tail_.empty()) return;
+  const bool more_behind = std::exchange(more_behind_, true);  // until the write has not failed
   file_->Write(on_disk_, tail_);
+  more_behind_ = more_behind;
   on_disk_ += tail_.size();
   tail_.clear();
 }
 
 void ArchiveStream::Flush() {
   WriteOut();
-  file_->Resize(on_disk_);  // a write that failed may have left something behind
+  if (more_behind_) file_->Resize(on_disk_);
+  more_behind_ = false;
   file_->Flush();
 }
 

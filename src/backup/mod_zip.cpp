@@ -73,13 +73,11 @@ void ModZip::OpenArchive() {
 
 bool ModZip::BackupFile(std::string_view path) {
   return Try([&] {
-    const std::optional<FileInfo> info = files_.Look(path);
-    if (!info) throw Error(Error::Kind::kMissing, "There is no such file.");
     const auto source = files_.Open(path, OpenMode::kRead);
     OpenArchive();
     ZipEntry entry;
     entry.name = StoredName(path);
-    entry.attributes = info->attributes;
+    entry.attributes = source->Attributes();
     entry.times = source->Times();
     entry.dos_time = ToDosTime(entry.times.last_write, zone_minutes_);
     writer_->Add(entry, *source, pause_);

@@ -141,6 +141,7 @@ void Restorer::Write(const ZipEntry& entry, const std::string& target) {
     if (result_.cancelled) throw Error(Error::Kind::kOther, "The restore was stopped.");
   });
   made.file().SetTimes(TimesOf(entry));
+  made.file().Flush();  // the user may delete the archive next
   made.Place(target);
   constexpr uint32_t kSettable = kReadOnly | kHidden | kSystem | kArchive;
   const uint32_t attributes = entry.attributes & kSettable;

@@ -113,7 +113,7 @@ class Scan {
   // minizip counts the packed bytes it is given, whatever they are.
   bool Record(const ZipEntry& entry) {
     stream_.Seek(entry.offset);
-    if (!BeginEntry(zip_, entry, true)) return false;
+    if (!BeginEntry(zip_, entry)) return false;
     static const std::vector<char> bytes(1 << 20);
     for (uint64_t left = entry.packed; left != 0;) {
       const auto part = static_cast<unsigned>(std::min<uint64_t>(left, bytes.size()));

@@ -1,7 +1,5 @@
 #include "backup/zip_writer.h"
 
-#include <zlib.h>
-
 #include <utility>
 
 #include "platform/error.h"
@@ -22,7 +20,7 @@ constexpr uint16_t kMadeOnNtfs = 0x0A14;  // external attributes are those of Wi
 
 }  // namespace
 
-bool BeginEntry(zipFile zip, const ZipEntry& entry, bool raw) {
+bool BeginEntry(zipFile zip, const ZipEntry& entry) {
   zip_fileinfo info{};
   info.dosDate = entry.dos_time;
   info.external_fa = entry.attributes;
@@ -30,7 +28,7 @@ bool BeginEntry(zipFile zip, const ZipEntry& entry, bool raw) {
   return zipOpenNewFileInZip4_64(
              zip, entry.name.c_str(), &info, own.data(), static_cast<uInt>(own.size()),
              shared.data(), static_cast<uInt>(shared.size()), nullptr, entry.method,
-             Z_DEFAULT_COMPRESSION, raw ? 1 : 0, -MAX_WBITS, MAX_MEM_LEVEL - 1, Z_DEFAULT_STRATEGY,
+             Z_DEFAULT_COMPRESSION, 1, -MAX_WBITS, MAX_MEM_LEVEL - 1, Z_DEFAULT_STRATEGY,
              nullptr, 0, kMadeOnNtfs, entry.flags, entry.wide ? 1 : 0) == ZIP_OK;
 }
 
@@ -82,10 +80,9 @@ void ZipWriter::Add(const ZipEntry& entry, RandomFile& source, const Pause& paus
   const Mark before = now_;
   try {
     stream_.Set(ArchiveStream::Writes::kHeld);  // minizip forgets memory when a header fails
-    if (!BeginEntry(zip_, begun, false)) FailOfStream();
+    if (!BeginEntry(zip_, begun)) FailOfStream();
     stream_.Set(ArchiveStream::Writes::kDone);
     Fill(source, got, begun.wide, pause);
-    if (zipCloseFileInZip(zip_) != ZIP_OK) FailOfStream();
   } catch (...) {
     ReturnTo(before);
     throw;
@@ -94,17 +91,24 @@ void ZipWriter::Add(const ZipEntry& entry, RandomFile& source, const Pause& paus
 }
 
 void ZipWriter::Fill(RandomFile& source, size_t got, bool wide, const Pause& pause) {
+  const auto write = [this](std::string_view packed) {
+    const auto size = static_cast<unsigned>(packed.size());
+    if (zipWriteInFileInZip(zip_, packed.data(), size) != ZIP_OK) FailOfStream();
+  };
+  deflater_.Begin();
   uint64_t at = 0;
+  uLong crc = 0;
   while (true) {
-    if (zipWriteInFileInZip(zip_, buffer_.data(), static_cast<unsigned>(got)) != ZIP_OK) {
-      FailOfStream();
-    }
+    const bool last = got < buffer_.size();
+    crc = crc32_z(crc, reinterpret_cast<const Bytef*>(buffer_.data()), got);
+    deflater_.Pack({buffer_.data(), got}, last, write);
     at += got;
-    if (got < buffer_.size()) return;
+    if (last) break;
     if (!wide && at >= kWideFrom) Fail("The file grew too fast.");
     if (pause && pause()) Fail("The file was not archived: the run was stopped.");
     got = source.Read(at, buffer_);
   }
+  if (zipCloseFileInZipRaw64(zip_, at, crc) != ZIP_OK) FailOfStream();
 }
 
 // minizip only adds. So it writes its directory into memory, which is cut to the records that stay,

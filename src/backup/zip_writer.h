@@ -7,12 +7,13 @@
 #include <vector>
 
 #include "backup/archive_stream.h"
+#include "backup/deflater.h"
 #include "backup/zip_format.h"
 
 namespace quellix {
 
-// Begins an entry behind the others; with `raw` its data come packed. False when that failed.
-bool BeginEntry(zipFile zip, const ZipEntry& entry, bool raw);
+// Begins an entry behind the others, whose data come packed. False when that failed.
+bool BeginEntry(zipFile zip, const ZipEntry& entry);
 // Closes `zip`, whose directory of `count` records stays in the stream's memory. Throws Error.
 void FinishZip(zipFile zip, ArchiveStream& stream, uint64_t count);
 
@@ -65,6 +66,7 @@ class ZipWriter {
   ArchiveStream stream_;
   zipFile zip_ = nullptr;
   Mark now_, durable_, first_;
+  Deflater deflater_;
   std::vector<char> buffer_;
 };
 

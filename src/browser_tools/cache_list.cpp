@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <optional>
 
 #include "platform/path.h"
 #include "platform/text.h"
@@ -85,6 +84,7 @@ void CacheList::LoadCacheEntries(CacheKind kind) {
   } catch (const Error& error) {
     problem_ = error.what();
   }
+  if (sorted_by_) Order();
 }
 
 std::string CacheList::Text(size_t row, CacheColumn column) const {
@@ -115,7 +115,13 @@ void CacheList::CheckAll(bool checked) {
 }
 
 void CacheList::Sort(CacheColumn column) {
+  sorted_by_ = column;
   descending_ = !descending_;
+  Order();
+}
+
+void CacheList::Order() {
+  const CacheColumn column = *sorted_by_;
   std::vector<SortKey> keys;
   for (size_t row = 0; row < rows_.size(); ++row) {
     const std::optional<uint64_t> number = NumberIn(rows_[row].entry, column);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,8 +46,8 @@ class CacheList {
 
   explicit CacheList(const Machine& machine);
 
-  // Reads the entries of a kind anew, none of them checked, in the cache's order. What cannot be
-  // read is left out, and problem() says why.
+  // Reads the entries of a kind anew, none of them checked, in the cache's order until a column was
+  // sorted by. What cannot be read is left out, and problem() says why.
   void LoadCacheEntries(CacheKind kind);
 
   size_t RowCount() const { return rows_.size(); }
@@ -58,6 +59,7 @@ class CacheList {
 
   // Every call turns the order around, whichever column it is.
   void Sort(CacheColumn column);
+  std::optional<CacheColumn> sorted_by() const { return sorted_by_; }
   bool descending() const { return descending_; }
 
   // Delete the checked rows or all of them, from the last to the first. Rows whose entries could
@@ -70,11 +72,13 @@ class CacheList {
   const std::string& problem() const { return problem_; }
 
  private:
+  void Order();
   void Delete(const Breath& breath, bool all);
   bool TryDelete(const CacheRow& row);
 
   Machine machine_;
   std::vector<CacheRow> rows_;
+  std::optional<CacheColumn> sorted_by_;
   bool descending_ = false;
   std::string problem_;
 };

@@ -70,6 +70,7 @@ class RandomFile {
   // Returns when everything written is on the disk.
   virtual void Flush() = 0;
   virtual FileTimes Times() = 0;
+  virtual uint32_t Attributes() = 0;  // FileAttribute bits
   // Later writes move the times on. A time the medium does not keep is ignored.
   virtual void SetTimes(const FileTimes& times) = 0;
 };

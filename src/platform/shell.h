@@ -54,8 +54,8 @@ class Shell {
   // Empties the clipboard of all formats. Throws Error (NotAvailable for a volume).
   virtual void EmptyClipboard() = 0;
 
-  // Throws NotAvailable, as Recycle, ClearAddressHistory and EmptyClipboard would, when this machine
-  // never can do it. Changes nothing.
+  // Throws NotAvailable, as Recycle, ClearAddressHistory and EmptyClipboard would, when this
+  // machine never can do it. Changes nothing.
   virtual void Require(ShellFeature feature) = 0;
 
   // Must not outlive the shell. Throws Error when shortcuts cannot be read here.

@@ -41,7 +41,9 @@ Unique<ComTraits<Interface>> As(IUnknown* object) {
 }
 
 // The control can be made where its pages cannot, and then shows nothing.
-bool HasPages() { return LoadLibraryExW(L"mshtml.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32); }
+bool HasPages() {
+  return LoadLibraryExW(L"mshtml.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32) != nullptr;
+}
 
 RECT ClientArea(HWND window) {
   RECT area;
@@ -66,7 +68,8 @@ bool BrowserControl::Create(HWND frame) {
   const RECT area = ClientArea(frame);
   const auto object = As<IOleObject>(browser_.Get());
   if (!object || FAILED(object.Get()->SetClientSite(site_.get())) ||
-      FAILED(object.Get()->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_.get(), 0, frame, &area))) {
+      FAILED(
+          object.Get()->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_.get(), 0, frame, &area))) {
     Close();
     return false;
   }
@@ -111,8 +114,8 @@ void BrowserControl::TakeFocus() {
 }
 
 bool BrowserControl::TakeKey(MSG& message) {
-  if (!browser_ || message.message < WM_KEYFIRST || message.message > WM_KEYLAST) return false;
-  if (!IsChild(frame_, message.hwnd) || message.wParam == VK_ESCAPE || message.wParam == VK_TAB) {
+  if (!browser_ || !IsChild(frame_, message.hwnd)) return false;
+  if (message.wParam == VK_ESCAPE || message.wParam == VK_TAB) {
     return false;  // these two lead back out
   }
   const auto active = As<IOleInPlaceActiveObject>(browser_.Get());

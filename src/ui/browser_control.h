@@ -14,8 +14,8 @@ namespace quellix {
 class BrowserSite;
 
 // The browser control of Windows inside a window of ours. It shows what is in the cache and asks
-// nothing of the network, runs no scripts and loads no controls: what is looked at here is what some
-// page left behind.
+// nothing of the network, runs no scripts and loads no controls: what is looked at here is what
+// some page left behind.
 class BrowserControl {
  public:
   BrowserControl();

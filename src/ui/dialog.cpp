@@ -2,6 +2,7 @@
 
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
+#include "ui/help.h"
 #include "ui/resource.h"
 
 namespace quellix {
@@ -42,9 +43,20 @@ void Dialog::Close() {
 
 void Dialog::Dispatch(MSG& message) {
   const HWND root = message.hwnd ? GetAncestor(message.hwnd, GA_ROOT) : nullptr;
+  const bool is_key = message.message >= WM_KEYFIRST && message.message <= WM_KEYLAST;
+  Dialog* const dialog = is_key ? Of(root) : nullptr;
+  if (dialog && dialog->OnKey(message)) return;
   if (root && IsDialogMessageW(root, &message)) return;
   TranslateMessage(&message);
   DispatchMessageW(&message);
+}
+
+// Null for a window that is none of ours.
+Dialog* Dialog::Of(HWND window) {
+  if (!window || GetWindowLongPtrW(window, DWLP_DLGPROC) != reinterpret_cast<LONG_PTR>(Procedure)) {
+    return nullptr;
+  }
+  return reinterpret_cast<Dialog*>(GetWindowLongPtrW(window, DWLP_USER));
 }
 
 void Dialog::SetText(int id, std::string_view utf8) const {
@@ -104,6 +116,9 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
       return TRUE;
     case WM_CLOSE:
       OnClose();
+      return TRUE;
+    case WM_HELP:
+      ShowHelp(window_, HelpTopic());
       return TRUE;
     case WM_ENDSESSION:
       if (wparam) OnEndSession();

@@ -43,7 +43,11 @@ class Dialog {
   virtual void OnDrawItem(const DRAWITEMSTRUCT& /*item*/) {}
   virtual void OnClose() { Close(); }
   virtual void OnEndSession() {}
+  // A key before the dialog sees it; true when it is used up.
+  virtual bool OnKey(MSG& /*message*/) { return false; }
   virtual void OnDestroyed() {}
+  // The anchor of the manual that F1 opens.
+  virtual const char* HelpTopic() const { return "contents"; }
   // The background: of one control, and of the window. Null and false leave it to Windows.
   virtual HBRUSH OnControlColor(HDC /*target*/, HWND /*control*/) { return nullptr; }
   virtual bool OnEraseBackground(HDC /*target*/) { return false; }
@@ -51,9 +55,15 @@ class Dialog {
   HWND Control(int id) const { return GetDlgItem(window_, id); }
   void SetText(int id, std::string_view utf8) const;
   int dpi() const { return dpi_; }
+  // For a window inside another, whose fonts and place come from that one.
+  void SetDpi(int dpi) {
+    dpi_ = dpi;
+    OnResolution();
+  }
   Layout& layout() { return layout_; }
 
  private:
+  static Dialog* Of(HWND window);
   static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR Handle(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam);

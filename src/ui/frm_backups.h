@@ -28,6 +28,7 @@ class FrmBackups : public OwnedWindow {
   void OnContextMenu(HWND control, POINT screen) override;
   void OnClose() override;
   void OnDestroyed() override;
+  const char* HelpTopic() const override { return "backups"; }
   HBRUSH OnControlColor(HDC target, HWND control) override;
 
  private:

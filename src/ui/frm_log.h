@@ -20,6 +20,7 @@ class FrmLog : public Dialog {
   HWND FirstFocus() override { return Control(IDCANCEL); }
   void OnResolution() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "log"; }
   LRESULT OnNotify(NMHDR& header) override;
   HBRUSH OnControlColor(HDC target, HWND control) override;
 

@@ -14,7 +14,6 @@
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
-#include "version.h"
 
 namespace quellix {
 namespace {
@@ -54,8 +53,6 @@ constexpr TurnOffEntry kTurnOff[] = {
 };
 
 constexpr UINT kMillisecondsPerTick = 5000;
-constexpr wchar_t kNotYet[] = L"Not available in this version yet.";
-constexpr wchar_t kProtected[] = L"Switched off for safety. Enable it in the Options.";
 
 int BoxOf(const Item& item) { return chkRecycleBin - 1 + item.run_order; }
 
@@ -105,7 +102,7 @@ void FrmMain::OnInit() {
   AddAnchors();
   FillBoxes();
   RefreshBoxes();
-  ShowTip();
+  windows_.on_options = [this] { FollowSettings(); };
   FollowSettings();
   display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
   display_.Flush();
@@ -124,11 +121,14 @@ void FrmMain::AddAnchors() {
 void FrmMain::FillBoxes() {
   tool_tips_.Attach(window());
   for (const GroupPlace& place : kGroups) MakeGroupHeading(Control(place.heading));
+  for (const Item& item : AllItems()) SetText(BoxOf(item), item.Label());
+}
+
+void FrmMain::EnableBoxes() {
   for (const Item& item : AllItems()) {
-    SetText(BoxOf(item), item.Label());
-    const bool enabled = engine_.selection().IsEnabled(item);
-    EnableWindow(Control(BoxOf(item)), enabled);
-    if (!enabled) tool_tips_.Add(Control(BoxOf(item)), item.cleaner ? kProtected : kNotYet);
+    const std::string_view why = engine_.selection().WhyDisabled(item);
+    EnableWindow(Control(BoxOf(item)), why.empty());
+    tool_tips_.Set(Control(BoxOf(item)), Wide(why));
   }
 }
 
@@ -140,8 +140,13 @@ void FrmMain::ShowTip() {
   SetText(txtTip, tip);
 }
 
-// Settings that were read anew.
+// Settings that were read anew. A tip that is shown stays.
 void FrmMain::FollowSettings() {
+  EnableBoxes();
+  const bool tip_is_shown = (GetWindowLongW(Control(txtTip), GWL_STYLE) & WS_VISIBLE) != 0;
+  if (!tip_is_shown || !engine_.general().tip_box || GetWindowTextLengthW(Control(txtTip)) == 0) {
+    ShowTip();
+  }
   if (engine_.auto_clean().IsOn()) {
     SetTimer(window(), tmrClean, kMillisecondsPerTick, nullptr);
   } else {
@@ -203,8 +208,6 @@ void FrmMain::OnCommand(int id, int code) {
       return ShowTip();
     case mnuExit:
       return Exit();
-    case mnuAbout:
-      return ShowAbout();
     default:
       windows_.Open(id, window());
   }
@@ -365,12 +368,6 @@ std::string FrmMain::Save() const {
   } catch (const Error& error) {
     return std::string("The ticked items could not be saved. ") + error.what();
   }
-}
-
-void FrmMain::ShowAbout() const {
-  MessageBoxW(window(),
-              Wide("Quellix " QUELLIX_VERSION "\n\nCleans disks and the traces of use.").c_str(),
-              L"About Quellix", MB_OK | MB_ICONINFORMATION);
 }
 
 void FrmMain::OnDrawItem(const DRAWITEMSTRUCT& item) {

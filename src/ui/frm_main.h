@@ -43,6 +43,7 @@ class FrmMain : public Dialog {
   void OnDrawItem(const DRAWITEMSTRUCT& item) override;
   void OnClose() override;
   void OnEndSession() override;
+  const char* HelpTopic() const override { return "main"; }
   void OnDestroyed() override { PostQuitMessage(exit_code_); }
   HBRUSH OnControlColor(HDC target, HWND control) override;
   bool OnEraseBackground(HDC target) override;
@@ -50,6 +51,7 @@ class FrmMain : public Dialog {
  private:
   void AddAnchors();
   void FillBoxes();
+  void EnableBoxes();
   void RunHidden(bool is_loaded);
   void ShowTip();
   void RefreshBoxes();
@@ -65,7 +67,6 @@ class FrmMain : public Dialog {
   void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
   void PlaceCurrentItem(const Item* item);
   int FooterTop() const;
-  void ShowAbout() const;
   void Warn(const std::string& text) const;
   void Exit();
   std::string Save() const;

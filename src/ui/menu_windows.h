@@ -1,23 +1,31 @@
 #pragma once
 
+#include "engine.h"
 #include "platform/machine.h"
+#include "ui/frm_about.h"
 #include "ui/frm_backups.h"
+#include "ui/frm_ie_cache.h"
+#include "ui/frm_options.h"
 
 namespace quellix {
-
-class Engine;
 
 // The windows that the main window's menus open.
 class MenuWindows {
  public:
-  MenuWindows(Engine& engine, const Machine& machine) : engine_(engine), backups_(machine) {}
+  MenuWindows(Engine& engine, const Machine& machine);
+
+  // Called when the user has accepted new options and the engine follows them.
+  std::function<void()> on_options;
 
   // Opens the window of a menu entry before `owner`; false when the entry opens none.
   bool Open(int entry, HWND owner);
 
  private:
-  [[maybe_unused]] Engine& engine_;
+  Engine& engine_;
   FrmBackups backups_;
+  FrmOptions options_;
+  FrmIECache cache_;
+  FrmAbout about_;
 };
 
 }  // namespace quellix

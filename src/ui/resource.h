@@ -10,6 +10,13 @@
 #define frmOverwrite 103
 #define frmAskText 104
 // 110 to 119: the Options window and its pages
+#define frmOptions 110
+#define frmOptionsGeneral 111
+#define frmOptionsDeletion 112
+#define frmOptionsSearch 113
+#define frmOptionsList 114
+#define frmOptionsCookies 115
+#define frmOptionsBackups 116
 
 // 120 to 129: the results of a junk search
 
@@ -18,8 +25,10 @@
 // 140 to 149: registry tools
 
 // 150 to 159: the Internet cache
+#define frmIECache 150
 
 // 160 to 169: start-up, tray, About
+#define frmAbout 160
 
 // Icons
 #define icoQuellix 1
@@ -68,6 +77,13 @@
 // 360 to 379: the menus of registry tools
 
 // 380 to 399: the menus of the Internet cache
+#define mnuSortBy 380
+
+// 400 to 409: entries of the menus of several lists
+#define mnuSelectAll 400
+#define mnuDeselectAll 401
+#define mnuDeleteSelected 402
+#define mnuDeleteAll 403
 
 // The items' boxes in run order: 1000 + Item::run_order.
 #define chkRecycleBin 1001
@@ -148,6 +164,11 @@
 #define cmdYesToAll 1402
 #define cmdNoToAll 1403
 
+// Commands of several windows
+#define cmdSelectAll 1420
+#define cmdDeselectAll 1421
+#define cmdDelete 1422
+
 // The question for a text
 #define lblQuestion 1411
 #define txtAnswer 1412
@@ -159,7 +180,117 @@
 // Registry tools: 1800 to 1899
 
 // The Internet cache: 1900 to 1949
+#define lblShow 1900
+#define optAll 1901
+#define optCookies 1902
+#define optHistory 1903
+#define optURL 1904
+#define lblCache 1905
+#define lstvCache 1906
+#define fmDisplay 1907
+#define lblDisplaying 1908
+#define wbCache 1909
+#define txtCache 1910
+#define cmdRefresh 1911
+#define cmdClear 1912
 
 // Start-up, tray, About: 1950 to 1999
+#define imgAbout 1950
+#define lblPurpose 1951
+#define lblVersion 1952
+#define lblBuild 1953
+#define lblLicences 1954
+#define txtLicences 1955
 
 // The Options window: 2000 to 2399
+#define lblPages 2001
+#define lstPages 2002
+#define picPage 2003
+#define cmdApply 2004
+
+// Its page General; Check3 is named above
+#define fraAutoClean 2021
+#define chkAutoClean 2022
+#define cmbAutoClean1 2023
+#define cmbAutoClean 2024
+#define chkTrayIcon 2025
+#define fraStart 2026
+#define chkCleanStartup 2027
+#define chkStartWWindows 2028
+#define lblRunEntry 2029
+#define fraProtect 2030
+#define Check1 2031
+#define Check2 2032
+#define lblProtect 2033
+
+// Its page Deletion
+#define fraMethod 2051
+#define optDelete 2052
+#define optRecyclebin 2053
+#define optWipe 2054
+#define optZip 2055
+#define txtBackup 2056
+#define cmdBrowseBackup 2057
+#define fraWipe 2058
+#define lblWipeStep 2059
+#define cmbWipeStep 2060
+#define chkExtraSecurity 2061
+#define chkRename 2062
+#define fraBackup 2063
+#define chkStrict 2064
+#define chkKeepOnAbort 2065
+#define chkBackupRegistry 2066
+
+// Its page Search
+#define lblSearch 2101
+#define lstSearch 2102
+#define fraSearchFilter 2103
+#define chkSearchDateReference 2104
+#define lblSearchDates 2105
+#define dtpSearchFirst 2106
+#define lblSearchTo 2107
+#define dtpSearchSecond 2108
+#define chkSearchSize 2109
+#define optSearcSizeIs 2110
+#define optSearchSizeAtleast 2111
+#define optSearchSizeAtMost 2112
+#define txtSearchSize 2113
+#define lblSearchSize 2114
+#define lblSearchIgnore 2115
+#define chkSearchReadOnly 2116
+#define chkSearchHidden 2117
+#define chkSearchSystem 2118
+#define fraSearchDead 2119
+#define chkSearchFileReference 2120
+#define chkSearchPathReference 2121
+#define lblSearchUnit 2122
+#define lblSearchHidden 2123
+
+// Its pages for lists
+#define lblListHint 2151
+#define lstvList 2152
+#define lblEntry 2153
+#define txtEntry 2154
+#define lblDescription 2155
+#define txtDescription 2156
+#define cmdAdd 2157
+#define cmdEdit 2158
+#define cmdRemove 2159
+#define cmdBrowse 2160
+#define cmdDefaults 2161
+
+// Its page Cookies
+#define lblCookieHint 2201
+#define lblCookies 2202
+#define lstvCookies 2203
+#define lblKept 2204
+#define lstvKept 2205
+#define cmdKeep 2206
+#define cmdKeepAll 2207
+#define cmdRelease 2208
+#define cmdReleaseAll 2209
+
+// Its page Backups
+#define lblBackupHint 2231
+#define txtBackupHint 2232
+#define cmdBackups 2233

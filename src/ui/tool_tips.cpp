@@ -1,5 +1,7 @@
 #include "ui/tool_tips.h"
 
+#include <algorithm>
+
 #include "ui/layout.h"
 
 namespace quellix {
@@ -24,11 +26,14 @@ void ToolTips::Attach(HWND window) {
                           0, window, nullptr, GetModuleHandleW(nullptr), nullptr);
 }
 
-void ToolTips::Add(HWND control, const wchar_t* text) {
-  TOOLINFOW tool = Tool(window_, controls_.size(), control);
-  tool.lpszText = const_cast<wchar_t*>(text);
-  SendMessageW(tips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-  controls_.push_back(control);
+void ToolTips::Set(HWND control, std::wstring text) {
+  const auto known = std::ranges::find(controls_, control);
+  TOOLINFOW tool = Tool(window_, static_cast<size_t>(known - controls_.begin()), control);
+  tool.lpszText = text.data();
+  const bool is_new = known == controls_.end();
+  SendMessageW(tips_, is_new ? TTM_ADDTOOLW : TTM_UPDATETIPTEXTW, 0,
+               reinterpret_cast<LPARAM>(&tool));
+  if (is_new) controls_.push_back(control);
 }
 
 void ToolTips::Move() const {

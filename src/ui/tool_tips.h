@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "ui/windows_api.h"
@@ -11,8 +12,8 @@ namespace quellix {
 class ToolTips {
  public:
   void Attach(HWND window);
-  // `text` lives as long as the program.
-  void Add(HWND control, const wchar_t* text);
+  // The tip of a control, in place of the one it may have; "" for none.
+  void Set(HWND control, std::wstring text);
   // Follows the controls to where they stand now.
   void Move() const;
 

@@ -66,7 +66,7 @@ TEST_F(ConsoleTest, APreviewListsWhatWouldGoAndChangesNothing) {
   machine->MakeFile(temp + "sub\\a.tmp", "12345");
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   machine->SetText(kUser, kRunMruKey, "a", "cmd");
-  const std::string settings = ReadProgramFile("Settings.ini");
+  const std::string stored = ReadProgramFile("Settings.ini");
   for (const char* method : {"backup", "wipe"}) {
     const ProgramResult result =
         Clean({"--item", "CleanRunMRU", "chkTemp", "--preview", "--method", method});
@@ -75,12 +75,13 @@ TEST_F(ConsoleTest, APreviewListsWhatWouldGoAndChangesNothing) {
                               "sub\nRegistry value  HKEY_CURRENT_USER\\" + kRunMruKey +
                               ", a\nThe log of such a run:\nTemporary files... Files Deleted: 1";
     EXPECT_EQ(result.output.substr(0, begin.size()), begin);
-    EXPECT_TRUE(result.output.ends_with(
-        "\nNothing was changed. A run would remove 1 file (5 Bytes), 1 folder and 1 other thing.\n"))
+    EXPECT_TRUE(
+        result.output.ends_with("\nNothing was changed. A run would remove 1 file (5 Bytes), 1 "
+                                "folder and 1 other thing.\n"))
         << result.output;
     EXPECT_EQ(machine->Tree(temp), (std::vector<std::string>{"sub\\", "sub\\a.tmp"}));
     EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 1u);
-    EXPECT_EQ(ReadProgramFile("Settings.ini"), settings);
+    EXPECT_EQ(ReadProgramFile("Settings.ini"), stored);
     EXPECT_FALSE(machine->Exists(ports.program_folder + "\\Backup"));
   }
 }

@@ -183,10 +183,10 @@ TEST_F(PreviewContract, IniFilesAndTheShellAreChangedOnPaperOnly) {
   machine.shell.EmptyRecycleBin();
   EXPECT_EQ(machine.shell.QueryRecycleBin().items, 0u);
   EXPECT_TRUE(KindOf([&] { machine.shell.Recycle(At("gone.txt")); }));
-  EXPECT_EQ(Recorded(), (std::vector<std::string>{
-                            "INI key " + At("a.ini") + ", [a] K",
-                            "INI section " + At("a.ini") + ", [B]", "File " + At("gone.txt"),
-                            "Recycle bin 2 items"}));
+  EXPECT_EQ(Recorded(),
+            (std::vector<std::string>{"INI key " + At("a.ini") + ", [a] K",
+                                      "INI section " + At("a.ini") + ", [B]",
+                                      "File " + At("gone.txt"), "Recycle bin 2 items"}));
   EXPECT_EQ(test_->machine().files.ReadWholeFile(At("a.ini")), text);
   EXPECT_TRUE(test_->Exists(At("gone.txt")));
   EXPECT_EQ(test_->machine().shell.QueryRecycleBin().items, 1u);

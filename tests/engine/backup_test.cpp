@@ -172,6 +172,7 @@ class ChangingFile : public RandomFile {
   void Resize(uint64_t) override {}
   void Flush() override {}
   FileTimes Times() override { return {}; }
+  uint32_t Attributes() override { return 0; }
   void SetTimes(const FileTimes&) override {}
   uint64_t fails_from = UINT64_MAX;
 

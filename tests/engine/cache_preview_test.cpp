@@ -25,9 +25,21 @@ TEST_F(CachePreviewTest, AFileIsShownAsWhatItIs) {
   const Row kRows[] = {
       {"page.htm", "<p>\r\none\rtwo\n", "<p>\none\ntwo\n"},
       {"empty.htm", "", ""},
-      {"utf8.txt", "\xEF\xBB\xBFGr\xC3\xB6\xC3\x9F" "e", "Gr\xC3\xB6\xC3\x9F" "e"},
-      {"ansi.txt", "Gr\xF6\xDF" "e", "Gr\xC3\xB6\xC3\x9F" "e"},
-      {"wide.txt", std::string("\xFF\xFE" "a\0\xE4\0b", 7), "a\xC3\xA4"},
+      {"utf8.txt",
+       "\xEF\xBB\xBFGr\xC3\xB6\xC3\x9F"
+       "e",
+       "Gr\xC3\xB6\xC3\x9F"
+       "e"},
+      {"ansi.txt",
+       "Gr\xF6\xDF"
+       "e",
+       "Gr\xC3\xB6\xC3\x9F"
+       "e"},
+      {"wide.txt",
+       std::string("\xFF\xFE"
+                   "a\0\xE4\0b",
+                   7),
+       "a\xC3\xA4"},
       {"long.txt", long_text, long_text.substr(0, (64 << 10) - 1)},
       {"photo.txt", "\xFF\xD8\xFF\xE0....", "", true},
       {"dot.gif", "GIF89a\1", "", true},

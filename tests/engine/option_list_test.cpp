@@ -1,5 +1,8 @@
 #include "app/option_list.h"
 
+#include <algorithm>
+#include <optional>
+
 #include "cleaners/cookie_lists.h"
 #include "support/run_fixture.h"
 

@@ -1,5 +1,7 @@
 #include "app/options.h"
 
+#include <algorithm>
+
 #include "support/run_fixture.h"
 
 namespace quellix {

@@ -5,35 +5,16 @@
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
 #include "shipped_plugins.h"
-#include "support/run_fixture.h"
+#include "support/plugin_fixture.h"
 
 namespace quellix {
 namespace {
 
-constexpr const char* kKey = "Software\\Quellix Test";
 constexpr const char* kAppletsKey =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Applets\\Paint\\Recent File List";
 
-class PluginRunTest : public RunFixture {
+class PluginRunTest : public PluginFixture {
  protected:
-  PluginRunTest() : plugins_folder(ports.program_folder + "\\Plugins\\") {
-    machine->MakeFolder(plugins_folder);
-    machine->RemoveRegistryTree(kUser, kKey);
-  }
-
-  // Recipes and lists are written with "|" for the separator.
-  static std::string Text(std::string text) {
-    for (char& character : text) {
-      if (character == '|') character = modPlugin::kSeparator;
-    }
-    return text;
-  }
-  void WriteRecipe(const std::string& name, const std::string& text) {
-    machine->MakeFile(plugins_folder + name, Text(text));
-  }
-  void WriteList(const std::string& text) {
-    ports.files.WriteWholeFile(ports.program_folder + "\\plg.txt", Text(text));
-  }
   std::string CleanPluginsLog() {
     engine.RunOneItem(*FindItem("CleanPlugins"));
     EXPECT_TRUE(view.criticals.empty());
@@ -46,8 +27,6 @@ class PluginRunTest : public RunFixture {
     WriteList("1|one.cdp|\r\n");
     return CleanPluginsLog();
   }
-
-  const std::string plugins_folder;
 };
 
 TEST_F(PluginRunTest, SixKindsOfRecordsRemoveExactlyWhatTheyName) {

@@ -19,7 +19,8 @@ TEST(Cache, TheLocalFileIsShownInTwoParts) {
       {"\\a", "a", "\\"},
   };
   for (const Row& row : kRows) {
-    const CacheRow shown = ToCacheRow({.source = "http://s.example/", .local_file = row.local_file});
+    const CacheRow shown =
+        ToCacheRow({.source = "http://s.example/", .local_file = row.local_file});
     EXPECT_EQ(shown.file_name, row.file_name) << row.local_file;
     EXPECT_EQ(shown.folder, row.folder) << row.local_file;
     EXPECT_FALSE(shown.checked);

@@ -51,7 +51,7 @@ TEST_F(PreviewRunTest, WhatAPreviewListsIsWhatARunThenRemoves) {
     machine->SetText(kUser, kRunMruKey, "MRUList", "a");
     WriteSettings(row.settings);
     machine->MakeFile(ports.program_folder + "\\UDFI.txt", scratch + "mine\\listed.txt\r\n");
-    Tick({"CleanTempFiles", "CleanRunMRU", "CleanUDFiles"});
+    Tick({"CleanTempFiles", "CleanRunMRU", "CleanUserFiles"});
     const Paths before = Everything();
     const std::string settings_before = ReadProgramFile("Settings.ini");
 

@@ -50,9 +50,8 @@ class UsedCacheEntry {
   explicit UsedCacheEntry(const std::wstring& source) : source_(source) {
     alignas(INTERNET_CACHE_ENTRY_INFOW) char info[16384];
     DWORD size = sizeof info;
-    Require(RetrieveUrlCacheEntryFileW(source.c_str(),
-                                       reinterpret_cast<INTERNET_CACHE_ENTRY_INFOW*>(info), &size,
-                                       0),
+    Require(RetrieveUrlCacheEntryFileW(
+                source.c_str(), reinterpret_cast<INTERNET_CACHE_ENTRY_INFOW*>(info), &size, 0),
             "RetrieveUrlCacheEntryFile");
   }
   ~UsedCacheEntry() { UnlockUrlCacheEntryFileW(source_.c_str(), 0); }

@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 
+#include "opener.h"
 #include "quellix_window.h"
 #include "ui/resource.h"
 
@@ -10,29 +11,6 @@ namespace quellix::test {
 namespace {
 
 std::filesystem::path BackupFolder() { return ProgramFolder() / "Backup"; }
-
-// The program that opens .view files, for as long as the object lives: it copies them. Wine does
-// not look for it among the classes of the user.
-class Opener {
- public:
-  explicit Opener(const std::filesystem::path& copy) {
-    Set(L".view", L"quellix.view");
-    Set(L"quellix.view\\shell\\open\\command",
-        L"cmd.exe /c copy \"%1\" \"" + copy.wstring() + L"\"");
-  }
-  ~Opener() {
-    RegDeleteTreeW(HKEY_CLASSES_ROOT, L".view");
-    RegDeleteTreeW(HKEY_CLASSES_ROOT, L"quellix.view");
-  }
-  Opener(const Opener&) = delete;
-  Opener& operator=(const Opener&) = delete;
-
- private:
-  static void Set(const wchar_t* key, const std::wstring& text) {
-    RegSetKeyValueW(HKEY_CLASSES_ROOT, key, nullptr, REG_SZ, text.c_str(),
-                    static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
-  }
-};
 
 class FrmBackupsTest : public ::testing::Test {
  protected:
@@ -108,7 +86,7 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
 
   const std::filesystem::path copy = L"C:\\quellix-tests\\viewed";
   WriteBytes(copy, "");
-  const Opener opener(copy);
+  const Opener opener(L".view", L"cmd.exe /c copy \"%1\" \"" + copy.wstring() + L"\"");
   Press(backups, cmdView);
   EXPECT_TRUE(AwaitOutcome(backups, L"A copy of " + first.substr(3) + L" is opened."))
       << ::testing::PrintToString(TextOf(GetDlgItem(backups, txtOutcome)));

@@ -29,8 +29,9 @@ enum class ChangeKind {
 // One change that was asked for and not made. Texts are UTF-8.
 struct Change {
   ChangeKind kind;
-  std::string target;  // path, key with its root's name, or address; "" for the user's one of a kind
-  std::string part;    // value name, or section and key of an INI file
+  std::string
+      target;        // path, key with its root's name, or address; "" for the user's one of a kind
+  std::string part;  // value name, or section and key of an INI file
   uint64_t bytes = 0;  // of a file, or of all in the recycle bin
 };
 

@@ -54,6 +54,7 @@ class MemoryFile : public RandomFile {
   void Resize(uint64_t size) override { bytes_->resize(size); }
   void Flush() override {}
   FileTimes Times() override { return times_; }
+  uint32_t Attributes() override { return kArchive; }
   void SetTimes(const FileTimes& times) override { times_ = times; }
 
  private:
@@ -129,8 +130,7 @@ bool PreviewFileSystem::VisitAdded(const std::string& folder, const EntryVisitor
 
 bool PreviewFileSystem::IsTaken(std::string_view path) const {
   const Place place = Find(path);
-  return place.real.empty() &&
-         (place.node == nullptr || place.node->kind == Node::Kind::kGone);
+  return place.real.empty() && (place.node == nullptr || place.node->kind == Node::Kind::kGone);
 }
 
 FileInfo PreviewFileSystem::Need(std::string_view path, Detail detail) {
@@ -176,8 +176,7 @@ void PreviewFileSystem::RemoveFolder(std::string_view path) {
   if (!is_empty) Fail(Error::Kind::kNotEmpty, "The folder is not empty", path);
   const bool was_there = inner_.Look(path, Detail::kKind).has_value();
   if (was_there) {
-    log_.push_back(
-        {ChangeKind::kRemoveFolder, std::string(WithoutBackslash(path)), "", 0});
+    log_.push_back({ChangeKind::kRemoveFolder, std::string(WithoutBackslash(path)), "", 0});
   }
   Put(path, {});
 }
@@ -204,7 +203,8 @@ std::unique_ptr<RandomFile> PreviewFileSystem::Open(std::string_view path, OpenM
   if (info && info->is_link) {
     Fail(Error::Kind::kDenied, "The path leads through a link, which is not followed", path);
   }
-  if (mode == OpenMode::kWrite) return std::make_unique<MemoryFile>(std::make_shared<std::string>());
+  if (mode == OpenMode::kWrite)
+    return std::make_unique<MemoryFile>(std::make_shared<std::string>());
   const Place place = Find(path);
   if (mode == OpenMode::kRead && !place.real.empty()) return inner_.Open(place.real, mode);
   if (place.node == nullptr || place.node->bytes == nullptr) {

@@ -22,6 +22,14 @@ class PreviewProfile : public IniFiles {
   ChangeLog& log_;
 };
 
+// A session that nothing ends.
+class PreviewSession : public Session {
+ public:
+  bool ClaimInstance(std::string_view) override { return true; }
+  void EnablePrivilege(std::string_view) override {}
+  void Exit(uint32_t, uint32_t) override {}
+};
+
 // Wraps a machine: every read passes through, every change is recorded instead of made, and later
 // reads see it as made. The procedures of a run thus tell what they would do. The wrapped machine
 // must outlive it.
@@ -29,7 +37,7 @@ class PreviewMachine {
  public:
   explicit PreviewMachine(const Machine& inner);
 
-  Machine machine() { return machine_; }
+  Machine machine() const { return machine_; }
   const ChangeLog& changes() const { return log_; }
 
  private:
@@ -39,7 +47,7 @@ class PreviewMachine {
   PreviewShell shell_;
   PreviewUrlCache url_cache_;
   PreviewProfile profile_;
-  NoSession session_{"A preview ends no session."};
+  PreviewSession session_;
   Machine machine_;
 };
 

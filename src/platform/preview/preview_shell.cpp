@@ -43,7 +43,8 @@ void PreviewShell::EmptyRecycleBin() {
   is_emptied_ = true;
   recycled_ = {};
   if (content.items == 0) return;
-  const std::string items = std::to_string(content.items) + (content.items == 1 ? " item" : " items");
+  const std::string items =
+      std::to_string(content.items) + (content.items == 1 ? " item" : " items");
   log_.push_back({ChangeKind::kEmptyRecycleBin, "", items, content.bytes});
 }
 
@@ -61,11 +62,11 @@ std::unique_ptr<ShortcutReader> PreviewShell::OpenShortcuts() {
   return std::make_unique<PreviewShortcuts>(inner_.OpenShortcuts(), files_);
 }
 
-std::vector<UrlCacheEntry> PreviewUrlCache::Entries() {
-  std::vector<UrlCacheEntry> entries = inner_.Entries();
-  std::erase_if(entries, [this](const UrlCacheEntry& entry) { return gone_.contains(entry.source); });
-  for (const UrlCacheEntry& entry : entries) local_files_[entry.source] = entry.local_file;
-  return entries;
+void PreviewUrlCache::Enumerate(const UrlCacheVisitor& visit) {
+  inner_.Enumerate([&](const UrlCacheEntry& entry) {
+    local_files_[entry.source] = entry.local_file;
+    return gone_.contains(entry.source) || visit(entry);
+  });
 }
 
 bool PreviewUrlCache::Delete(std::string_view source) {

@@ -38,7 +38,7 @@ class PreviewUrlCache : public UrlCache {
   PreviewUrlCache(UrlCache& inner, PreviewFileSystem& files, ChangeLog& log)
       : inner_(inner), files_(files), log_(log) {}
 
-  std::vector<UrlCacheEntry> Entries() override;
+  void Enumerate(const UrlCacheVisitor& visit) override;
   bool Delete(std::string_view source) override;
 
  private:

@@ -28,10 +28,18 @@ std::string ProcPath(const Located& entry) {
   return "/proc/self/fd/" + std::to_string(entry.folder.get()) + "/" + entry.name;
 }
 
-std::optional<std::string> ReadRaw(const std::string& path, const char* name, bool& supported) {
+// An entry by its path, or an open file.
+struct Source {
+  std::string path;
+  int fd = -1;
+};
+
+std::optional<std::string> ReadRaw(const Source& source, const char* name, bool& supported) {
   if (!supported) return std::nullopt;
   char buffer[256];
-  const ssize_t size = lgetxattr(path.c_str(), name, buffer, sizeof buffer);
+  const ssize_t size = source.fd >= 0
+                           ? fgetxattr(source.fd, name, buffer, sizeof buffer)
+                           : lgetxattr(source.path.c_str(), name, buffer, sizeof buffer);
   if (size >= 0) return std::string(buffer, static_cast<size_t>(size));
   if (errno == EOPNOTSUPP) supported = false;
   return std::nullopt;
@@ -82,14 +90,14 @@ struct Stored {
   uint32_t bits = 0;
 };
 
-std::optional<Stored> ReadStored(const std::string& path, AttributeSupport& support) {
-  if (auto raw = ReadRaw(path, kNtfsName, support.ntfs); raw && !raw->empty()) {
+std::optional<Stored> ReadStored(const Source& source, AttributeSupport& support) {
+  if (auto raw = ReadRaw(source, kNtfsName, support.ntfs); raw && !raw->empty()) {
     return Stored{kNtfsName, *raw, FromLittleEndian(*raw)};
   }
-  if (auto raw = ReadRaw(path, kDosName, support.dos); raw && !raw->empty()) {
+  if (auto raw = ReadRaw(source, kDosName, support.dos); raw && !raw->empty()) {
     return Stored{kDosName, *raw, FromLittleEndian(*raw)};
   }
-  if (auto raw = ReadRaw(path, kSambaName, support.samba)) {
+  if (auto raw = ReadRaw(source, kSambaName, support.samba)) {
     if (const auto bits = FromSamba(*raw)) return Stored{kSambaName, *raw, *bits};
   }
   return std::nullopt;
@@ -124,16 +132,21 @@ uint32_t ReadAttributes(const Located& entry, AttributeSupport& support) {
   uint32_t bits = 0;
   if (is_link) bits |= kReparsePoint;
   if (S_ISDIR(entry.status.st_mode)) bits |= kFolderAttribute;
-  if (const auto stored = ReadStored(ProcPath(entry), support)) return bits | stored->bits;
+  if (const auto stored = ReadStored({ProcPath(entry)}, support)) return bits | stored->bits;
   const bool read_only = !is_link && (entry.status.st_mode & S_IWUSR) == 0;
   return read_only ? bits | kReadOnly : bits;
+}
+
+uint32_t ReadAttributes(int file, mode_t mode, AttributeSupport& support) {
+  if (const auto stored = ReadStored({{}, file}, support)) return stored->bits;
+  return (mode & S_IWUSR) == 0 ? uint32_t{kReadOnly} : 0;
 }
 
 int WriteAttributes(const Located& entry, uint32_t attributes, AttributeSupport& support) {
   if (S_ISLNK(entry.status.st_mode)) return 0;
   const std::string path = ProcPath(entry);
   const uint32_t bits = attributes & kSettable;
-  const std::optional<Stored> stored = ReadStored(path, support);
+  const std::optional<Stored> stored = ReadStored({path}, support);
   const bool was_locked = (entry.status.st_mode & S_IWUSR) == 0;
   const bool lock = (bits & kReadOnly) != 0;
   // A read-only file takes no extended attributes, so it is writable meanwhile.

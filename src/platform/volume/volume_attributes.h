@@ -11,6 +11,8 @@ namespace quellix {
 // The Windows attributes of an entry (FileAttribute bits): as the disk's driver or Samba keeps them
 // beside it, else read-only alone, from the owner's missing right to write.
 uint32_t ReadAttributes(const Located& entry, AttributeSupport& support);
+// Those of an open file, whose mode is given.
+uint32_t ReadAttributes(int file, mode_t mode, AttributeSupport& support);
 
 // Stores them in the form that is there, else in Samba's where the disk can hold it and more than
 // read-only is asked for; and sets the owner's right to write. Links keep what they have. An errno

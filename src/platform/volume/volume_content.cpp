@@ -7,6 +7,7 @@
 
 #include "platform/path.h"
 #include "platform/volume/entry_info.h"
+#include "platform/volume/volume_attributes.h"
 #include "platform/volume/volume_error.h"
 #include "platform/volume/volume_file_system.h"
 
@@ -37,21 +38,31 @@ int WriteAll(int fd, std::string_view bytes, off_t offset) {
   return 0;
 }
 
+// Much at once starts on its way to the disk, so that a later Flush has little to wait for.
+void StartWriting(int fd, uint64_t offset, size_t size) {
+  constexpr size_t kMuch = 1 << 20;
+  if (size < kMuch) return;
+  sync_file_range(fd, static_cast<off_t>(offset), static_cast<off_t>(size), SYNC_FILE_RANGE_WRITE);
+}
+
 class VolumeRandomFile : public RandomFile {
  public:
-  VolumeRandomFile(UniqueFd fd, uint64_t size, std::string_view path)
-      : fd_(std::move(fd)), size_(size), path_(path) {}
+  VolumeRandomFile(UniqueFd fd, const struct stat& status, AttributeSupport& support,
+                   std::string_view path)
+      : fd_(std::move(fd)), status_(status), support_(support), path_(path) {}
 
-  uint64_t Size() const override { return size_; }
+  uint64_t Size() const override { return static_cast<uint64_t>(status_.st_size); }
   size_t Read(uint64_t offset, std::span<char> buffer) override;
   void Write(uint64_t offset, std::string_view bytes) override {
     if (const int code = WriteAll(fd_.get(), bytes, static_cast<off_t>(offset))) {
       ThrowErrno(code, path_);
     }
+    StartWriting(fd_.get(), offset, bytes.size());
   }
   void Resize(uint64_t size) override { Check(ftruncate(fd_.get(), static_cast<off_t>(size))); }
   void Flush() override { Check(fdatasync(fd_.get())); }
   FileTimes Times() override;
+  uint32_t Attributes() override { return ReadAttributes(fd_.get(), status_.st_mode, support_); }
   void SetTimes(const FileTimes& times) override;
 
  private:
@@ -60,7 +71,8 @@ class VolumeRandomFile : public RandomFile {
   }
 
   UniqueFd fd_;
-  uint64_t size_;
+  const struct stat status_;  // when it was opened
+  AttributeSupport& support_;
   std::string path_;
 };
 
@@ -82,8 +94,11 @@ FileTimes VolumeRandomFile::Times() {
   Check(fstat(fd_.get(), &status));
   FileTimes times{0, ToFileTime(status.st_atim), ToFileTime(status.st_mtim)};
   int64_t created = 0;  // NTFS drivers alone tell it and let it be set
+  if (!support_.created) return times;
   if (fgetxattr(fd_.get(), kCreatedName, &created, sizeof created) == sizeof created) {
     times.created = created;
+  } else if (errno == EOPNOTSUPP) {
+    support_.created = false;
   }
   return times;
 }
@@ -173,12 +188,18 @@ class TemporaryFile {
 }  // namespace
 
 std::unique_ptr<RandomFile> VolumeFileSystem::Open(std::string_view path, OpenMode mode) {
+  const auto parts = Parse(path);
+  if (!parts) ThrowErrno(errno, path);
   struct stat status;
   const auto opened = [&](UniqueFd fd) {
-    const auto size = static_cast<uint64_t>(status.st_size);
-    return std::make_unique<VolumeRandomFile>(std::move(fd), size, path);
+    return std::make_unique<VolumeRandomFile>(std::move(fd), status,
+                                              parts->drive->attribute_support(), path);
   };
-  if (mode == OpenMode::kRead) return opened(OpenRegular(Need(path), O_RDONLY, path, status));
+  if (mode == OpenMode::kRead) {
+    const auto entry = parts->drive->LocateNext(parts->folder, parts->name);
+    if (!entry) ThrowErrno(errno, path);
+    return opened(OpenRegular(*entry, O_RDONLY, path, status));
+  }
   if (mode == OpenMode::kWrite) return opened(OpenRegular(Need(path), O_WRONLY, path, status));
   bool exists = false;
   const Located entry = NeedNew(path, exists);

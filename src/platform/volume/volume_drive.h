@@ -12,7 +12,7 @@ namespace quellix {
 
 // Which extended attributes a disk can hold at all, learned while it is used.
 struct AttributeSupport {
-  bool ntfs = true, dos = true, samba = true;
+  bool ntfs = true, dos = true, samba = true, created = true;
 };
 
 // One entry found on a disk: its folder, its name there, and what lstat tells.
@@ -39,7 +39,8 @@ class VolumeDrive {
 
   // The entry itself, a link not followed.
   std::optional<Located> Locate(std::string_view folder, std::string_view name);
-  // The same for a removal: in the folder of the one before, when nothing else came between.
+  // The same where one file is read and removed after the other: in the folder of the one before,
+  // when nothing else came between.
   std::optional<Located> LocateNext(std::string_view folder, std::string_view name);
 
   // Where a missing entry would be created: `name` as asked. With an existing entry as Locate.
@@ -53,7 +54,7 @@ class VolumeDrive {
     std::string asked, spelled;
   };
 
-  // The folder that removals work in.
+  // The folder that removals and the reading before them work in.
   struct Held {
     std::string folder;
     SharedFd fd;

@@ -115,6 +115,14 @@ FileTimes Win32RandomFile::Times() {
   return {FromFileTime(created), FromFileTime(last_access), FromFileTime(last_write)};
 }
 
+uint32_t Win32RandomFile::Attributes() {
+  FILE_ATTRIBUTE_TAG_INFO tag{};
+  if (!GetFileInformationByHandleEx(file_.Get(), FileAttributeTagInfo, &tag, sizeof tag)) {
+    ThrowLastError("read", path_);
+  }
+  return tag.FileAttributes;
+}
+
 void Win32RandomFile::SetTimes(const FileTimes& times) {
   const FILETIME created = ToFileTime(times.created), last_access = ToFileTime(times.last_access),
                  last_write = ToFileTime(times.last_write);

@@ -21,6 +21,7 @@ class Win32RandomFile : public RandomFile {
   void Resize(uint64_t size) override;
   void Flush() override;
   FileTimes Times() override;
+  uint32_t Attributes() override;
   void SetTimes(const FileTimes& times) override;
 
  private:

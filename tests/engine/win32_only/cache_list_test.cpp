@@ -82,8 +82,7 @@ TEST_F(CacheListTest, ColumnsShowWhatWindowsKeepsOfAnEntry) {
   EXPECT_EQ(list.Text(0, CacheColumn::kFolder), file.parent_path().string() + "\\");
   EXPECT_EQ(list.Text(0, CacheColumn::kSize), "5");
   EXPECT_GE(std::stoi(list.Text(0, CacheColumn::kHitRate)), 1);
-  EXPECT_EQ(list.Text(0, CacheColumn::kExpires),
-            FormatCacheDate(ports.system, 0x01CAC36DDF60E000));
+  EXPECT_EQ(list.Text(0, CacheColumn::kExpires), FormatCacheDate(ports.system, 0x01CAC36DDF60E000));
   EXPECT_TRUE(list.Text(0, CacheColumn::kLastModified).starts_with("03/1"));
   EXPECT_NE(list.Text(0, CacheColumn::kLastAccess), "");
 }
@@ -97,8 +96,8 @@ TEST_F(CacheListTest, EntriesOfEveryShapeAreListedAndDeleted) {
   list.LoadCacheEntries(CacheKind::kAll);
   ASSERT_EQ(list.RowCount(), 4u);
   const std::vector<std::string> sources = Sources();
-  const size_t at = static_cast<size_t>(
-      std::ranges::find(sources, "http://nofile.example/") - sources.begin());
+  const size_t at =
+      static_cast<size_t>(std::ranges::find(sources, "http://nofile.example/") - sources.begin());
   ASSERT_LT(at, sources.size());
   EXPECT_EQ(list.Text(at, CacheColumn::kFileName) + list.Text(at, CacheColumn::kFolder), "");
   EXPECT_EQ(list.Text(at, CacheColumn::kSize), "0");
@@ -127,7 +126,6 @@ TEST_F(CacheListTest, OnlyCheckedRowsAreDeleted) {
 TEST_F(CacheListTest, WhatIsInUseStaysInTheList) {
   SeedOneOfEachKind();
   list.LoadCacheEntries(CacheKind::kAll);
-  const size_t before = list.RowCount();
   {
     const UsedCacheEntry used(L"http://a.example/plain");
     list.DeleteAllListed(kGoOn);
@@ -135,14 +133,14 @@ TEST_F(CacheListTest, WhatIsInUseStaysInTheList) {
     EXPECT_EQ(list.Status(), "1 entries");
     EXPECT_EQ(ports.url_cache.Entries().size(), 1u);
   }
-  list.DeleteAllListed(kGoOn);
+  // Windows deletes it by itself when it is no longer used; the list learns that when read anew.
+  list.LoadCacheEntries(CacheKind::kAll);
   EXPECT_EQ(list.RowCount(), 0u);
-  EXPECT_EQ(before, 4u);
 }
 
 TEST_F(CacheListTest, DeletionGoesFromTheLastRowUpAndCanBeStopped) {
-  for (const wchar_t* source : {L"http://1.example/", L"http://2.example/", L"http://3.example/",
-                                L"http://4.example/"}) {
+  for (const wchar_t* source :
+       {L"http://1.example/", L"http://2.example/", L"http://3.example/", L"http://4.example/"}) {
     Seed(source);
   }
   list.LoadCacheEntries(CacheKind::kAll);
@@ -174,6 +172,8 @@ TEST_F(CacheListTest, ColumnsSortByWhatTheyMean) {
   list.Sort(CacheColumn::kSize);
   EXPECT_EQ(list.Text(0, CacheColumn::kSize), "9");
   EXPECT_EQ(list.Text(1, CacheColumn::kSize), "10");
+  list.LoadCacheEntries(CacheKind::kAll);
+  EXPECT_EQ(list.Text(2, CacheColumn::kSize), "100") << "reading anew keeps the order";
 }
 
 }  // namespace

@@ -27,8 +27,7 @@ class UrlCacheTest : public RunFixture {
 
 TEST_F(UrlCacheTest, CacheAndCookiesGoApartAndKeptCookiesStay) {
   const std::string page = Cache(L"http://qxtest.example/page");
-  const std::string kept =
-      Cache(L"Cookie:tester@qxtest.example/kept", COOKIE_CACHE_ENTRY);
+  const std::string kept = Cache(L"Cookie:tester@qxtest.example/kept", COOKIE_CACHE_ENTRY);
   Cache(L"Cookie:tester@qxtest.example/", COOKIE_CACHE_ENTRY);
   Cache(L"Visited: tester@http://qxtest.example/", URLHISTORY_CACHE_ENTRY);
   ASSERT_EQ(Sources().size(), 4u);

@@ -1,0 +1,201 @@
+#include "plugins/plugin_editor.h"
+
+#include <algorithm>
+
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/profile_strings.h"
+#include "platform/text.h"
+#include "plugins/plugin_places.h"
+
+namespace quellix::modPlugin {
+namespace {
+
+constexpr FileFilter kIniFilter = {"INI FIles ( *.ini )", "*.ini"};
+constexpr std::string_view kExtension = ".cdp";
+constexpr std::string_view kNewName = "NoName";
+
+FileEntry ToEntry(const FilesForm& form) {
+  return {form.recurse, form.delete_subfolders && form.file == "*.*",
+          WithBackslash(form.path) + form.file};
+}
+
+RegistryEntry ToEntry(const RegistryForm& form) {
+  return {form.entire_subkey, form.all_subkeys,
+          std::string(kRootKeys[form.root]) + "\\" + form.subkey, form.value};
+}
+
+std::string WithoutExtension(const std::string& file) {
+  return file.substr(0, file.size() - (file.ends_with(kExtension) ? kExtension.size() : 0));
+}
+
+}  // namespace
+
+bool PluginEditor::Refuse(std::string_view sentence) {
+  prompts_.Inform(sentence);
+  return false;
+}
+
+void PluginEditor::Create() {
+  plugin_ = {};
+  name_ = kNewName;
+  is_changed_ = false;
+}
+
+bool PluginEditor::Load(const std::string& file) {
+  try {
+    const std::optional<Plugin> plugin = LoadPluginFile(machine_, PluginPath(machine_, file));
+    if (!plugin) return Refuse("There is no plugin " + file + " any longer.");
+    plugin_ = *plugin;
+  } catch (const Error& error) {
+    return Refuse(error.what());
+  }
+  name_ = file;
+  is_changed_ = false;
+  return true;
+}
+
+void PluginEditor::SetDescription(std::string_view text) {
+  if (plugin_.description == text) return;
+  plugin_.description = text;
+  is_changed_ = true;
+}
+
+template <typename Entry>
+void PluginEditor::Append(std::vector<Entry>& list, const std::vector<Entry>& entries) {
+  list.insert(list.end(), entries.begin(), entries.end());
+  is_changed_ = true;
+}
+
+bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
+  for (const FileEntry& entry : entries) {
+    const FilesPlace place = FindFolders(machine_, entry);
+    if (place.folders.empty() && !place.refusals.empty()) return Refuse(place.refusals.front());
+  }
+  Append(plugin_.files, entries);
+  return true;
+}
+
+bool PluginEditor::AddAll(const std::vector<RegistryEntry>& entries) {
+  for (const RegistryEntry& entry : entries) {
+    const KeyPlace place = FindKey(entry);
+    if (!place.root) return Refuse(place.refusal);
+  }
+  Append(plugin_.registry, entries);
+  return true;
+}
+
+bool PluginEditor::AddFiles(FilesForm& form) {
+  if (form.path.empty()) return Refuse("You must provide a path");
+  if (form.file.empty()) return Refuse("You must provide a filename or specification");
+  if (form.file != "*.*") form.delete_subfolders = false;
+  return AddAll({ToEntry(form)});
+}
+
+bool PluginEditor::AddChosenFiles(const FilesForm& form, size_t files_there,
+                                  std::span<const std::string> chosen) {
+  if (files_there == 0) return Refuse("No files to add");
+  if (chosen.empty()) return Refuse("Please select a file to add.");
+  std::vector<FileEntry> entries;
+  for (const std::string& name : chosen) {
+    FilesForm one = form;
+    one.file = name;
+    entries.push_back(ToEntry(one));
+  }
+  return AddAll(entries);
+}
+
+bool PluginEditor::AddKey(const RegistryForm& form) {
+  if (form.subkey.empty()) return Refuse("Please enter a subkey");
+  return AddAll({ToEntry(form)});
+}
+
+bool PluginEditor::CanGenerate(const RegistryForm& form, Generated what) {
+  if (form.subkey.empty()) return Refuse("Please enter a subkey");
+  if (what == Generated::kValues && form.value.empty()) return Refuse("Please enter a value");
+  return true;
+}
+
+bool PluginEditor::AddGenerated(const RegistryForm& form, Generated what,
+                                const NumberRange& range) {
+  const Numbers numbers = GenerateNumbers(range);
+  if (!numbers.refusal.empty()) return Refuse(numbers.refusal);
+  std::vector<RegistryEntry> entries;
+  for (const std::string& number : numbers.texts) {
+    RegistryForm one = form;
+    (what == Generated::kSubkeys ? one.subkey : one.value) += number;
+    entries.push_back(ToEntry(one));
+  }
+  return AddAll(entries);
+}
+
+std::string PluginEditor::AskIniFile() {
+  return prompts_.AskFile(std::span(&kIniFilter, 1), "").value_or("");
+}
+
+std::vector<IniSection> PluginEditor::ReadIni(const std::string& path) {
+  try {
+    const std::optional<std::string> bytes = machine_.files.ReadWholeFile(path);
+    if (bytes) return OutlineIni(DecodeText(*bytes, machine_.system));
+    prompts_.Inform("There is no file " + path + ".");
+  } catch (const Error& error) {
+    prompts_.Inform(error.what());
+  }
+  return {};
+}
+
+bool PluginEditor::AddIni(const IniForm& form) {
+  if (form.file.find('\\') == std::string::npos) return Refuse("File Path is not valid");
+  if (form.section.empty()) return Refuse("Please select a section");
+  // A whole section goes with all its values, so that none is named.
+  if (form.value.empty() && !form.erase_section) return Refuse("Please enter a value");
+  const IniEntry entry{std::string(NamePart(form.file)), form.section, form.erase_section,
+                       form.value, std::string(FolderPart(form.file))};
+  const IniPlace place = FindIni(machine_.system, entry);
+  if (!place.refusal.empty()) return Refuse(place.refusal);
+  Append(plugin_.ini, {entry});
+  return true;
+}
+
+template <typename Entry>
+void PluginEditor::Remove(std::vector<Entry>& list, size_t row) {
+  if (row >= list.size()) return;
+  list.erase(list.begin() + static_cast<long>(row));
+  is_changed_ = true;
+}
+
+void PluginEditor::RemoveFile(size_t row) { Remove(plugin_.files, row); }
+void PluginEditor::RemoveKey(size_t row) { Remove(plugin_.registry, row); }
+void PluginEditor::RemoveIni(size_t row) { Remove(plugin_.ini, row); }
+
+void PluginEditor::Save() {
+  const auto typed =
+      prompts_.AskText("Please enter filename for the plugin", WithoutExtension(name_));
+  if (!typed || TrimBlanks(*typed).empty()) return;
+  // Always appended: a name typed with its extension has always got it twice.
+  const std::string file = std::string(TrimBlanks(*typed)).append(kExtension);
+  if (file.find_first_of("\\/:*?\"<>|") != std::string::npos) {
+    return prompts_.Inform("A file name cannot have any of these characters: \\ / : * ? \" < > |");
+  }
+  const std::string path = PluginPath(machine_, file);
+  try {
+    MakeFolders(machine_.files, FolderPart(path));
+    if (machine_.files.Look(path, Detail::kKind) &&
+        !prompts_.AskYesNo("This plugin already exists. Overwrite?")) {
+      return;
+    }
+    SavePluginFile(machine_, path, plugin_);
+  } catch (const Error& error) {
+    return prompts_.Inform(error.what());
+  }
+  name_ = file;
+  is_changed_ = false;
+  manager_.AddSaved(file, plugin_.description);
+}
+
+bool PluginEditor::MayClose() {
+  return !is_changed_ ||
+         prompts_.AskYesNo("The plugin has changes that were not saved. Close without saving?");
+}
+
+}  // namespace quellix::modPlugin

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "app/views.h"
+#include "plugins/ini_outline.h"
+#include "plugins/key_generator.h"
+#include "plugins/plugin_file.h"
+#include "plugins/plugin_manager.h"
+
+namespace quellix::modPlugin {
+
+// The names of the root keys, in the order of their handles.
+inline constexpr std::string_view kRootKeys[] = {
+    "HKEY_CLASSES_ROOT",     "HKEY_CURRENT_USER",   "HKEY_LOCAL_MACHINE", "HKEY_USERS",
+    "HKEY_PERFORMANCE_DATA", "HKEY_CURRENT_CONFIG", "HKEY_DYN_DATA"};
+
+// What stands on the editor's pages.
+struct FilesForm {
+  std::string path;
+  std::string file;  // a name or a mask
+  bool recurse = false;
+  bool delete_subfolders = false;
+};
+
+struct RegistryForm {
+  size_t root = 1;  // of kRootKeys
+  std::string subkey;
+  std::string value;
+  bool entire_subkey = false;
+  bool all_subkeys = false;
+};
+
+struct IniForm {
+  std::string file;  // full path
+  std::string section;
+  std::string value;
+  bool erase_section = false;
+};
+
+enum class Generated { kSubkeys, kValues };
+
+// The rules of the editor's window. Adders tell what is wrong and return false; then nothing is
+// added. A record that would be refused in a run is refused here.
+class PluginEditor {
+ public:
+  PluginEditor(const Machine& machine, Prompts& prompts, PluginManager& manager)
+      : machine_(machine), prompts_(prompts), manager_(manager) {}
+
+  // A new plug-in named "NoName".
+  void Create();
+  // One of the folder Plugins; false, told, when it cannot be read.
+  bool Load(const std::string& file);
+
+  const Plugin& plugin() const { return plugin_; }
+  std::string Title() const { return "Plugin: " + name_; }
+  void SetDescription(std::string_view text);
+
+  // Clears the flag for sub-folders unless all files go.
+  bool AddFiles(FilesForm& form);
+  // The chosen ones of the picker's files, an entry each, all or none.
+  bool AddChosenFiles(const FilesForm& form, size_t files_there,
+                      std::span<const std::string> chosen);
+  bool AddKey(const RegistryForm& form);
+  // Whether the form has what the name generator needs.
+  bool CanGenerate(const RegistryForm& form, Generated what);
+  // An entry for each number, which stands behind the sub-key or the value name; all or none.
+  bool AddGenerated(const RegistryForm& form, Generated what, const NumberRange& range);
+  // Asks for an INI file; "" when cancelled.
+  std::string AskIniFile();
+  // The sections of an INI file; none, told, when it cannot be read.
+  std::vector<IniSection> ReadIni(const std::string& path);
+  bool AddIni(const IniForm& form);
+
+  void RemoveFile(size_t row);
+  void RemoveKey(size_t row);
+  void RemoveIni(size_t row);
+
+  // Asks for a name, writes the file and tells the manager.
+  void Save();
+  // Whether the editor may be closed: there is nothing to lose, or the user agrees to lose it.
+  bool MayClose();
+
+ private:
+  bool Refuse(std::string_view sentence);
+  bool AddAll(const std::vector<FileEntry>& entries);
+  bool AddAll(const std::vector<RegistryEntry>& entries);
+  template <typename Entry>
+  void Append(std::vector<Entry>& list, const std::vector<Entry>& entries);
+  template <typename Entry>
+  void Remove(std::vector<Entry>& list, size_t row);
+
+  Machine machine_;
+  Prompts& prompts_;
+  PluginManager& manager_;
+  Plugin plugin_;
+  std::string name_;
+  bool is_changed_ = false;
+};
+
+}  // namespace quellix::modPlugin

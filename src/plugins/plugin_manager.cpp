@@ -1,0 +1,177 @@
+#include "plugins/plugin_manager.h"
+
+#include <algorithm>
+
+#include "app/run_steps.h"
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/profile_strings.h"
+#include "platform/text.h"
+#include "plugins/mod_plugin.h"
+#include "plugins/plugin_file.h"
+
+namespace quellix::modPlugin {
+namespace {
+
+constexpr FileFilter kPluginFilter = {"Quellix plugins ( *.cdp )", "*.cdp"};
+constexpr size_t kMostLines = 12;  // of a log that a message box shows
+
+// Processing starts from the folder's name in small letters, and the log shows it so.
+std::string ProcessedPath(const Machine& machine, const std::string& file) {
+  return machine.program_folder + "\\plugins\\" + file;
+}
+
+std::string Kilobytes(CleaningContext& context) {
+  return FormatNumber(context.state.SpaceGained / 1024, 2, context.machine.system.UserLocale());
+}
+
+void EndProcessing(CleaningContext& context) {
+  if (context.state.AbortRequested) {
+    context.backup.DeleteBackupArchive();
+  } else {
+    CloseBackup(context);
+  }
+  ShowIdle(context, context.state.AbortRequested ? "Aborted by user" : "");
+}
+
+// Of the first line that holds one.
+std::string ReadDescription(const Machine& machine, std::string_view path) {
+  const std::optional<std::string> bytes = machine.files.ReadWholeFile(path);
+  if (!bytes) throw Error(Error::Kind::kMissing, "There is no such plug-in.");
+  for (const Record& record : ReadLines(DecodeText(*bytes, machine.system))) {
+    if (record.fields[0] == "D" && record.fields.size() > 1) return record.fields[1];
+  }
+  return {};
+}
+
+// What a run by plug-ins has to say beside its totals.
+std::string Problems(const RunState& state) {
+  std::string text;
+  if (state.SomeFilesLocked) {
+    text += "\r\nSome files were not deleted because they were locked or in use.";
+  }
+  const std::vector<std::string> lines = Split(state.RunLog, '\n');
+  for (size_t i = 0; i + 1 < lines.size(); ++i) {
+    if (i == kMostLines) {
+      return text + "\r\nand " + std::to_string(lines.size() - 1 - i) + " more lines like these.";
+    }
+    text += "\r\n" + lines[i].substr(0, lines[i].find('\r'));
+  }
+  return text;
+}
+
+}  // namespace
+
+void PluginManager::Load() {
+  try {
+    rows_ = ReadPluginList(machine_);
+    is_read_ = true;
+  } catch (const Error& error) {
+    prompts_.Inform(std::string("The list of plugins could not be read. ") + error.what());
+  }
+  ShowCount();
+}
+
+void PluginManager::Save() {
+  if (!is_read_ && rows_.empty()) return;
+  try {
+    WritePluginList(machine_, rows_);
+  } catch (const Error& error) {
+    prompts_.Inform(std::string("The list of plugins could not be saved. ") + error.what());
+  }
+}
+
+// The editor's count line has "plug-in(s)"; people know both spellings.
+void PluginManager::ShowCount() { status_ = std::to_string(rows_.size()) + " plugin(s) listed"; }
+
+void PluginManager::TickAll(bool ticked) {
+  for (InstalledPlugin& row : rows_) row.ticked = ticked;
+}
+
+void PluginManager::Add() {
+  const std::string folder = machine_.program_folder + "\\Plugins\\";
+  const auto path = prompts_.AskFile(std::span(&kPluginFilter, 1), folder);
+  if (!path) return;
+  if (!EqualsNoCase(FolderPart(*path), folder)) {
+    return prompts_.Inform("The plugin should be in Plugin Folder\r\n" + folder);
+  }
+  try {
+    rows_.push_back({false, std::string(NamePart(*path)), ReadDescription(machine_, *path)});
+    ShowCount();
+  } catch (const Error&) {
+    prompts_.Inform("There was an error in loading the Plugin.");
+  }
+}
+
+void PluginManager::Delete(std::span<const size_t> rows) {
+  if (rows.empty()) return;
+  if (!prompts_.AskYesNo("Are you sure you want to delete selected Plugin(s)?")) return;
+  std::string problems;
+  std::vector<size_t> gone;
+  for (const size_t row : rows) {
+    const std::string path = ProcessedPath(machine_, rows_[row].file);
+    try {
+      machine_.files.Anchor("");
+      if (machine_.files.Look(path, Detail::kKind)) machine_.files.RemoveFile(path);
+      gone.push_back(row);
+    } catch (const Error& error) {
+      problems.append(problems.empty() ? "" : "\r\n").append(error.what());
+    }
+  }
+  std::ranges::sort(gone, std::greater());
+  for (const size_t row : gone) rows_.erase(rows_.begin() + static_cast<long>(row));
+  ShowCount();
+  if (!problems.empty()) prompts_.Inform(problems);
+}
+
+void PluginManager::AddSaved(std::string_view file, std::string_view description) {
+  const auto row = std::ranges::find_if(
+      rows_, [file](const InstalledPlugin& plugin) { return EqualsNoCase(plugin.file, file); });
+  if (row == rows_.end()) {
+    rows_.push_back({true, std::string(file), std::string(description)});
+  } else {
+    row->description = description;
+  }
+  status_ = std::to_string(rows_.size()) + " plug-in(s) listed";
+}
+
+void PluginManager::Process(CleaningContext& context, std::span<const size_t> rows,
+                            const std::function<void()>& show) {
+  if (rows.empty()) return;
+  const RunState& state = context.state;
+  BeginRun(context, static_cast<int>(rows.size()));
+  for (const size_t row : rows) {
+    status_ = "Processing plugin " + rows_[row].file;
+    show();
+    if (!RunPlugin(context, ProcessedPath(machine_, rows_[row].file))) {
+      context.state.RunLog.append(rows_[row].file).append(": there is no such plug-in.\r\n");
+    }
+    if (state.AbortRequested) break;
+  }
+  EndProcessing(context);
+  status_ = state.AbortRequested ? "Aborted by user. Total Files Deleted: "
+                                 : "Processed selected plugin(s) Total Files Deleted: ";
+  status_ += std::to_string(state.FilesDeleted) +
+             " Space Gained: " + (state.SpaceGained > 0 ? Kilobytes(context) + " KB" : "none");
+  show();
+  const std::string problems = Problems(state);
+  if (!problems.empty()) prompts_.Inform(status_ + problems);
+}
+
+std::string ProcessTickedPlugins(CleaningContext& context) {
+  const std::vector<InstalledPlugin> plugins = ReadPluginList(context.machine);
+  const RunState& state = context.state;
+  BeginRun(context, 1);
+  context.view.SetStatus("Working...Processing Plugins.");
+  for (const InstalledPlugin& plugin : plugins) {
+    if (plugin.ticked) RunPlugin(context, ProcessedPath(context.machine, plugin.file));
+    if (state.AbortRequested) break;
+  }
+  EndProcessing(context);
+  if (state.AbortRequested) return {};
+  return "Files Deleted: " + std::to_string(state.FilesDeleted) +
+         "\r\nSpace Gained: " + Kilobytes(context) +
+         "  KB\r\nBacked Up: " + std::to_string(state.FilesBackedUp) + " file(s)" + Problems(state);
+}
+
+}  // namespace quellix::modPlugin

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "app/context.h"
+#include "plugins/plugin_list.h"
+
+namespace quellix::modPlugin {
+
+// The rules of the manager's window: the installed plug-ins, which of them are ticked, and its
+// commands. The list is the truth while it is open; plg.txt is written by Save alone.
+class PluginManager {
+ public:
+  PluginManager(const Machine& machine, Prompts& prompts) : machine_(machine), prompts_(prompts) {}
+
+  // Reads plg.txt; a file that cannot be read is told and never overwritten by Save.
+  void Load();
+  // Writes plg.txt; a failure is told.
+  void Save();
+
+  const std::vector<InstalledPlugin>& rows() const { return rows_; }
+  const std::string& status() const { return status_; }  // lblStatus
+  void SetStatus(std::string_view text) { status_ = text; }
+
+  void Toggle(size_t row) { rows_[row].ticked = !rows_[row].ticked; }
+  void TickAll(bool ticked);
+  // Asks for a plug-in file in the folder Plugins and adds it, unticked. One that is listed already
+  // is listed again, as it always was; reading the list drops the second.
+  void Add();
+  // After a question, deletes the files of the rows and the rows. A file that cannot be deleted
+  // keeps its row.
+  void Delete(std::span<const size_t> rows);
+  // A plug-in that the editor saved: a row of that name gets the description, else there is a new
+  // one, ticked.
+  void AddSaved(std::string_view file, std::string_view description);
+
+  // Carries the rows' plug-ins out and removes what they name, whatever their ticks. `show` is
+  // called whenever status() has changed.
+  void Process(CleaningContext& context, std::span<const size_t> rows,
+               const std::function<void()>& show);
+
+ private:
+  void ShowCount();
+
+  Machine machine_;
+  Prompts& prompts_;
+  std::vector<InstalledPlugin> rows_;
+  std::string status_;
+  bool is_read_ = false;
+};
+
+// The main window's command: the ticked plug-ins. Returns what is to be told, "" when the user
+// stopped. Throws Error when plg.txt cannot be read.
+std::string ProcessTickedPlugins(CleaningContext& context);
+
+}  // namespace quellix::modPlugin

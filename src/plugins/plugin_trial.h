@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/settings.h"
+#include "platform/preview/preview_machine.h"
+#include "plugins/plugin_file.h"
+
+namespace quellix::modPlugin {
+
+// What a recipe would remove now, found by processing it on a preview of the machine: nothing is
+// changed. One object for one trial.
+class PluginTrial {
+ public:
+  explicit PluginTrial(const Machine& machine);
+
+  // Returns when all is found or Stop was called, as a view's Yield may do.
+  void Run(const Plugin& plugin, RunView& view);
+  void Stop() { state_.AbortRequested = true; }
+
+  size_t count() const { return rows_.size(); }
+  // What goes, and where it is.
+  std::string What(size_t row) const { return std::string(KindText(RowAt(row).kind)); }
+  std::string Where(size_t row) const { return PlaceText(RowAt(row)); }
+  // Files with their size, and other things; whether the user stopped.
+  std::string Summary() const;
+  // Sentences about what is not cleaned, a line each; "" for none.
+  const std::string& notes() const { return state_.RunLog; }
+
+ private:
+  const Change& RowAt(size_t row) const { return preview_.changes()[rows_[row]]; }
+
+  PreviewMachine preview_;
+  Settings settings_;
+  RunState state_;
+  std::vector<size_t> rows_;  // places in the list of changes
+};
+
+}  // namespace quellix::modPlugin

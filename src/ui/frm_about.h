@@ -1,0 +1,25 @@
+#pragma once
+
+#include "ui/owned_window.h"
+#include "ui/resource.h"
+
+namespace quellix {
+
+// What this program is, and the licences of what is in it.
+class FrmAbout : public OwnedWindow {
+ public:
+  void Show(HWND owner) { Open(frmAbout, owner); }
+
+ protected:
+  void OnInit() override;
+  HWND FirstFocus() override { return Control(IDCANCEL); }
+  void OnResolution() override;
+  void OnCommand(int id, int code) override;
+  HBRUSH OnControlColor(HDC target, HWND control) override;
+  const char* HelpTopic() const override { return "about"; }
+
+ private:
+  UniqueIcon picture_;
+};
+
+}  // namespace quellix

@@ -1,0 +1,218 @@
+#include "ui/frm_ie_cache.h"
+
+#include "platform/win32/win32_text.h"
+#include "ui/dpi.h"
+
+namespace quellix {
+namespace {
+
+constexpr Column kColumns[kCacheColumns] = {{L"Source", 220},          {L"Local filename", 110},
+                                            {L"Local file path", 150}, {L"Size", 65, true},
+                                            {L"Hit rate", 60, true},   {L"Last accessed", 145},
+                                            {L"Last modified", 145},   {L"Expires", 145}};
+
+constexpr Anchor kAnchors[] = {
+    {lstvCache, 0, 0, 1, 0.6},       {lblStatus, 0, 0.6, 1, 0.6},  {fmDisplay, 0, 0.6, 1, 1},
+    {lblDisplaying, 0, 0.6, 1, 0.6}, {wbCache, 0, 0.6, 1, 1},      {txtCache, 0, 0.6, 1, 1},
+    {cmdSelectAll, 0, 1, 0, 1},      {cmdDeselectAll, 0, 1, 0, 1}, {cmdView, 0, 1, 0, 1},
+    {cmdRefresh, 0, 1, 0, 1},        {cmdDelete, 0, 1, 0, 1},      {cmdClear, 0, 1, 0, 1},
+    {IDCANCEL, 1, 1, 1, 1},
+};
+
+constexpr int kUnsorted = -1;
+
+// The button that does the same as an entry of the menu.
+int ButtonOf(int entry) {
+  switch (entry) {
+    case mnuSelectAll:
+      return cmdSelectAll;
+    case mnuDeselectAll:
+      return cmdDeselectAll;
+    case mnuDeleteSelected:
+      return cmdDelete;
+    case mnuDeleteAll:
+      return cmdClear;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+void FrmIECache::OnInit() {
+  layout().Add(kAnchors);
+  cache_.emplace(machine_);
+  display_.emplace(Control(wbCache), Control(txtCache));
+  list_.Attach(Control(lstvCache), kColumns,
+               [this](int row, int column) { return CellAt(row, column); });
+  list_.SetCheckBoxes(
+      [this](int row) { return IsListed(row) && cache_->Row(static_cast<size_t>(row)).checked; },
+      [this](int row) { Toggle(row); });
+  CheckRadioButton(window(), optAll, optURL, optAll);
+  Load();
+}
+
+void FrmIECache::OnResolution() { list_.SetResolution(dpi(), kColumns, {}); }
+
+void FrmIECache::OnSized() {
+  if (display_) display_->Resize();
+  InvalidateRect(Control(wbCache), nullptr, FALSE);
+}
+
+CacheKind FrmIECache::Kind() const {
+  if (IsDlgButtonChecked(window(), optAll)) return CacheKind::kAll;
+  if (IsDlgButtonChecked(window(), optCookies)) return CacheKind::kCookies;
+  if (IsDlgButtonChecked(window(), optHistory)) return CacheKind::kHistory;
+  return CacheKind::kUrls;
+}
+
+// A deletion under way is ahead of the list.
+bool FrmIECache::IsListed(int row) const {
+  return cache_ && static_cast<size_t>(row) < cache_->RowCount();
+}
+
+Cell FrmIECache::CellAt(int row, int column) const {
+  if (!IsListed(row)) return {};
+  return {Wide(cache_->Text(static_cast<size_t>(row), CacheColumn(column)))};
+}
+
+void FrmIECache::Load() {
+  SetText(lblStatus, "Obtaining information, please wait");
+  UpdateWindow(window());
+  const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  list_.SetRows(0);
+  ShowNothing();
+  cache_->LoadCacheEntries(Kind());
+  SetCursor(arrow);
+  ShowRows();
+}
+
+void FrmIECache::ShowRows() {
+  list_.SetRows(static_cast<int>(cache_->RowCount()));
+  const std::optional<CacheColumn> column = cache_->sorted_by();
+  list_.ShowOrder(column ? static_cast<int>(*column) : kUnsorted, cache_->descending());
+  SetText(lblStatus, cache_->Status());
+}
+
+void FrmIECache::ShowNothing() {
+  display_->Clear();
+  SetText(lblDisplaying, "Displaying: None");
+}
+
+void FrmIECache::ShowCacheEntry(size_t row) {
+  const UrlCacheEntry& entry = cache_->Row(row).entry;
+  SetText(lblDisplaying, "Displaying: " + entry.source);
+  display_->Show(machine_, entry);
+}
+
+void FrmIECache::OnCommand(int id, int code) {
+  if (id == IDCANCEL) return OnClose();
+  if (working_ || code != BN_CLICKED) return;
+  switch (id) {
+    case optAll:
+    case optCookies:
+    case optHistory:
+    case optURL:
+    case cmdRefresh:
+      return Load();
+    case cmdSelectAll:
+    case cmdDeselectAll:
+      return CheckAll(id == cmdSelectAll);
+    case cmdView:
+      return View();
+    case cmdDelete:
+    case cmdClear:
+      return Delete(id == cmdClear);
+  }
+}
+
+LRESULT FrmIECache::OnNotify(NMHDR& header) {
+  LRESULT result = 0;
+  if (list_.OnNotify(header, &result)) return result;
+  if (working_ || header.idFrom != lstvCache) return 0;
+  const auto& item = reinterpret_cast<const NMLISTVIEW&>(header);
+  if (header.code == LVN_COLUMNCLICK) Sort(item.iSubItem);
+  if (header.code == NM_DBLCLK && item.iItem >= 0) View();
+  if (header.code == LVN_ITEMCHANGED && item.iItem >= 0 && (item.uNewState & LVIS_SELECTED)) {
+    ShowCacheEntry(static_cast<size_t>(item.iItem));
+  }
+  return 0;
+}
+
+void FrmIECache::OnContextMenu(HWND control, POINT screen) {
+  if (control != Control(lstvCache) || working_) return;
+  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuOptions)));
+  const POINT place = list_.MenuPlace(screen);
+  const int chosen = TrackPopupMenu(GetSubMenu(menu.Get(), 0), TPM_RETURNCMD | TPM_RIGHTBUTTON,
+                                    place.x, place.y, 0, window(), nullptr);
+  if (chosen != mnuSortBy) return OnCommand(ButtonOf(chosen), BN_CLICKED);
+  const int column = list_.AskForOrder(window(), screen);
+  if (column >= 0) Sort(column);
+}
+
+void FrmIECache::CheckAll(bool checked) {
+  cache_->CheckAll(checked);
+  list_.Refresh();
+}
+
+void FrmIECache::Toggle(int row) {
+  if (working_) return;
+  const size_t index = static_cast<size_t>(row);
+  cache_->SetChecked(index, !cache_->Row(index).checked);
+}
+
+void FrmIECache::View() {
+  const std::vector<size_t> rows = list_.SelectedRows();
+  if (rows.empty()) return;
+  ShowCacheEntry(rows.front());
+  display_->TakeFocus();
+}
+
+void FrmIECache::Sort(int column) {
+  cache_->Sort(CacheColumn(column));
+  ShowNothing();
+  ShowRows();
+}
+
+void FrmIECache::Delete(bool all) {
+  ShowNothing();  // what is shown is in use
+  SetText(lblStatus, "Deleting, please wait");
+  working_ = true;
+  stopped_ = false;
+  const auto breathe = [this] {
+    view_.Yield();
+    return !stopped_;
+  };
+  all ? cache_->DeleteAllListed(breathe) : cache_->DeleteSelected(breathe);
+  working_ = false;
+  ShowRows();
+}
+
+void FrmIECache::OnDrawItem(const DRAWITEMSTRUCT& item) {
+  if (item.CtlID == wbCache && display_) display_->Draw(item);
+}
+
+// A text that cannot be changed would be grey; this one is there to be read.
+HBRUSH FrmIECache::OnControlColor(HDC target, HWND control) {
+  if (control != Control(txtCache)) return nullptr;
+  SetBkColor(target, GetSysColor(COLOR_WINDOW));
+  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
+  return GetSysColorBrush(COLOR_WINDOW);
+}
+
+// While entries are deleted it stops that.
+void FrmIECache::OnClose() {
+  stopped_ = true;
+  if (working_) return;
+  display_.reset();  // pages want their window to be there when they go
+  OwnedWindow::OnClose();
+}
+
+void FrmIECache::OnDestroyed() {
+  OwnedWindow::OnDestroyed();
+  stopped_ = true;
+  display_.reset();
+  if (!working_) cache_.reset();
+}
+
+}  // namespace quellix

@@ -1,0 +1,155 @@
+#include "ui/options_general_page.h"
+
+#include <algorithm>
+
+#include "app/settings.h"
+#include "platform/error.h"
+#include "platform/win32/win32_text.h"
+
+namespace quellix {
+namespace {
+
+constexpr Anchor kGeneralAnchors[] = {{fraAutoClean, 0, 0, 1, 0},
+                                      {fraStart, 0, 0, 1, 0},
+                                      {lblRunEntry, 0, 0, 1, 0},
+                                      {fraProtect, 0, 0, 1, 0},
+                                      {lblProtect, 0, 0, 1, 0}};
+constexpr Anchor kDeletionAnchors[] = {{fraMethod, 0, 0, 1, 0},       {txtBackup, 0, 0, 1, 0},
+                                       {cmdBrowseBackup, 1, 0, 1, 0}, {fraWipe, 0, 0, 1, 0},
+                                       {cmbWipeStep, 0, 0, 1, 0},     {fraBackup, 0, 0, 1, 0}};
+constexpr Anchor kBackupsAnchors[] = {{lblBackupHint, 0, 0, 1, 0}, {txtBackupHint, 0, 0, 1, 0}};
+
+constexpr SettingBox kGeneralBoxes[] = {{chkAutoClean, &GeneralOptions::auto_clean},
+                                        {chkTrayIcon, &GeneralOptions::tray_icon},
+                                        {chkStartWWindows, &GeneralOptions::start_with_windows},
+                                        {chkCleanStartup, &GeneralOptions::startup_clean},
+                                        {Check1, &GeneralOptions::protect1},
+                                        {Check2, &GeneralOptions::protect2},
+                                        {Check3, &GeneralOptions::tip_box}};
+constexpr SettingBox kDeletionBoxes[] = {{chkExtraSecurity, &GeneralOptions::extra_security},
+                                         {chkRename, &GeneralOptions::rename},
+                                         {chkStrict, &GeneralOptions::strict},
+                                         {chkKeepOnAbort, &GeneralOptions::keep_on_abort},
+                                         {chkBackupRegistry, &GeneralOptions::backup_registry}};
+
+constexpr WPARAM kFastStep = 65536;
+
+struct Method {
+  int control;
+  char letter;
+};
+constexpr Method kMethods[] = {
+    {optRecyclebin, 'R'}, {optDelete, 'D'}, {optWipe, 'W'}, {optZip, 'B'}};
+
+void AddEntry(HWND list, const std::wstring& text, WPARAM data) {
+  const LRESULT row = SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
+  SendMessageW(list, CB_SETITEMDATA, static_cast<WPARAM>(row), static_cast<LPARAM>(data));
+}
+
+}  // namespace
+
+void OptionsGeneralPage::Fill() {
+  layout().Add(kGeneralAnchors);
+  const GeneralOptions& general = options().general;
+  ShowBoxes(kGeneralBoxes);
+  AddEntry(Control(cmbAutoClean), L"Minute(s)", 0);
+  AddEntry(Control(cmbAutoClean), L"Hour(s)", 1);
+  SendDlgItemMessageW(window(), cmbAutoClean, CB_SETCURSEL, general.hours ? 1 : 0, 0);
+  SetText(cmbAutoClean1, general.duration);
+  ShowRunEntry();
+  EnableFields();
+}
+
+// Said only while there is something to say.
+void OptionsGeneralPage::ShowRunEntry() const {
+  try {
+    if (LookAtRunEntry(context().machine) != RunEntry::kChanged) return;
+    SetText(lblRunEntry,
+            "Another program changed how Quellix starts with Windows; OK sets it right.");
+  } catch (const Error& error) {
+    SetText(lblRunEntry, error.what());
+  }
+}
+
+void OptionsGeneralPage::EnableFields() const {
+  for (const int id : {cmbAutoClean1, cmbAutoClean, chkTrayIcon}) {
+    Enable(id, options().general.auto_clean);
+  }
+}
+
+void OptionsGeneralPage::OnControl(int id, int code) {
+  GeneralOptions& general = options().general;
+  if (id == cmbAutoClean1 && code == EN_CHANGE) {
+    general.duration = TextOf(cmbAutoClean1);
+  } else if (id == cmbAutoClean && code == CBN_SELCHANGE) {
+    general.hours = SendDlgItemMessageW(window(), cmbAutoClean, CB_GETCURSEL, 0, 0) == 1;
+  } else if (!TakeBox(kGeneralBoxes, id)) {
+    return;
+  }
+  EnableFields();
+  Changed();
+}
+
+void OptionsDeletionPage::Fill() {
+  layout().Add(kDeletionAnchors);
+  ShowBoxes(kDeletionBoxes);
+  for (const Method& method : kMethods) {
+    Check(method.control, method.letter == options().general.method);
+  }
+  FillWipeSteps();
+  SetText(txtBackup, options().general.backup_folder);
+}
+
+// A step that neither entry names was written into the settings by hand and stays one.
+void OptionsDeletionPage::FillWipeSteps() const {
+  const HWND steps = Control(cmbWipeStep);
+  const uint64_t step = options().general.wipe_step;
+  AddEntry(steps, L"one byte at a time, as slow as it is thorough", 1);
+  AddEntry(steps, L"64 KB at a time, fast", kFastStep);
+  if (step != 1 && step != kFastStep) {
+    AddEntry(steps, std::to_wstring(step) + L" bytes at a time", step);
+  }
+  SendMessageW(steps, CB_SETCURSEL, step == 1 ? 0 : step == kFastStep ? 1 : 2, 0);
+}
+
+void OptionsDeletionPage::OnControl(int id, int code) {
+  if (id == cmdBrowseBackup) return BrowseForBackup();
+  if (TakeBox(kDeletionBoxes, id) || Take(id, code)) Changed();
+}
+
+bool OptionsDeletionPage::Take(int id, int code) {
+  GeneralOptions& general = options().general;
+  if (id == txtBackup) {
+    general.backup_folder = TextOf(txtBackup);
+    return code == EN_CHANGE;
+  }
+  if (id == cmbWipeStep) {
+    const LRESULT row = SendDlgItemMessageW(window(), id, CB_GETCURSEL, 0, 0);
+    general.wipe_step = static_cast<uint64_t>(
+        SendDlgItemMessageW(window(), id, CB_GETITEMDATA, static_cast<WPARAM>(row), 0));
+    return code == CBN_SELCHANGE;
+  }
+  const auto method = std::ranges::find(kMethods, id, &Method::control);
+  if (method == std::end(kMethods) || !IsChecked(id)) return false;
+  general.method = method->letter;
+  return true;
+}
+
+void OptionsDeletionPage::BrowseForBackup() {
+  const std::optional<std::string> folder =
+      context().prompts.AskFolder("Keep the backups in this folder:");
+  if (folder) SetText(txtBackup, *folder);
+}
+
+void OptionsBackupsPage::Fill() {
+  layout().Add(kBackupsAnchors);
+  RunState saved;
+  Settings(context().machine).LoadDeletionSettings(saved);
+  SetText(txtBackupHint, saved.BackupFolder);
+}
+
+void OptionsBackupsPage::OnControl(int id, int /*code*/) {
+  if (id == cmdBackups) context().show_backups(GetParent(window()));
+}
+
+}  // namespace quellix

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "ui/options_page.h"
+
+namespace quellix {
+
+class OptionsGeneralPage : public OptionsPageWindow {
+ public:
+  using OptionsPageWindow::OptionsPageWindow;
+  void Make(HWND owner) override { Create(frmOptionsGeneral, owner); }
+
+ protected:
+  void Fill() override;
+  void OnControl(int id, int code) override;
+  const char* HelpTopic() const override { return "options-general"; }
+
+ private:
+  void EnableFields() const;
+  void ShowRunEntry() const;
+};
+
+class OptionsDeletionPage : public OptionsPageWindow {
+ public:
+  using OptionsPageWindow::OptionsPageWindow;
+  void Make(HWND owner) override { Create(frmOptionsDeletion, owner); }
+
+ protected:
+  void Fill() override;
+  void OnControl(int id, int code) override;
+  const char* HelpTopic() const override { return "options-deletion"; }
+
+ private:
+  void FillWipeSteps() const;
+  bool Take(int id, int code);
+  void BrowseForBackup();
+};
+
+// Where the backups are, and the way to their window.
+class OptionsBackupsPage : public OptionsPageWindow {
+ public:
+  using OptionsPageWindow::OptionsPageWindow;
+  void Make(HWND owner) override { Create(frmOptionsBackups, owner); }
+
+ protected:
+  void Fill() override;
+  void OnControl(int id, int code) override;
+  const char* HelpTopic() const override { return "options-backups"; }
+};
+
+}  // namespace quellix

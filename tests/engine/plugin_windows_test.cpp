@@ -1,0 +1,318 @@
+// The rules of the plug-in manager, the editor, its name generator and its trial.
+#include "plugins/file_picker.h"
+#include "plugins/mod_plugin.h"
+#include "plugins/plugin_editor.h"
+#include "plugins/plugin_trial.h"
+#include "support/plugin_fixture.h"
+#include "support/scripted_prompts.h"
+
+namespace quellix::modPlugin {
+namespace {
+
+class PluginWindowsTest : public PluginFixture {
+ protected:
+  std::string LastTold() { return prompts.informed.empty() ? "" : prompts.informed.back(); }
+  // Runs the manager's Process command; the statuses it showed.
+  std::vector<std::string> Process(std::vector<size_t> rows) {
+    std::vector<std::string> shown;
+    manager.Process(context, rows, [&] { shown.push_back(manager.status()); });
+    return shown;
+  }
+
+  ScriptedPrompts prompts;
+  PluginManager manager{ports, prompts};
+  PluginEditor editor{ports, prompts, manager};
+};
+
+TEST_F(PluginWindowsTest, TheManagerListsTicksAddsAndDeletes) {
+  for (const char* name : {"a.cdp", "b.cdp", "c.cdp"}) {
+    WriteRecipe(name, std::string("F|No|No|C:\\D\\x\r\nD|about ") + name + "|more\r\nD|later\r\n");
+  }
+  WriteList("1|a.cdp|first\r\n0|b.cdp|second\r\n1|gone.cdp|\r\n");
+  manager.Load();
+  EXPECT_EQ(manager.status(), "2 plugin(s) listed");
+  EXPECT_TRUE(manager.rows()[0].ticked && !manager.rows()[1].ticked);
+  EXPECT_EQ(ReadProgramFile("plg.txt"), Text("1|a.cdp|first\r\n0|b.cdp|second\r\n1|gone.cdp|\r\n"));
+
+  prompts.files = {UpCase(plugins_folder) + "c.cdp", scratch + "out.cdp", std::nullopt,
+                   plugins_folder + "none.cdp"};
+  for (int i = 0; i < 4; ++i) manager.Add();
+  EXPECT_EQ(prompts.asked[0], "Quellix plugins ( *.cdp )|*.cdp");
+  EXPECT_EQ(prompts.informed,
+            (std::vector<std::string>{"The plugin should be in Plugin Folder\r\n" + plugins_folder,
+                                      "There was an error in loading the Plugin."}));
+  ASSERT_EQ(manager.rows().size(), 3u);
+  EXPECT_EQ(manager.rows()[2].description, "about c.cdp");
+  EXPECT_EQ(manager.status(), "3 plugin(s) listed");
+  manager.Toggle(0);
+  manager.Save();
+  EXPECT_EQ(ReadProgramFile("plg.txt"),
+            Text("0|a.cdp|first\r\n0|b.cdp|second\r\n0|c.cdp|about c.cdp\r\n"));
+  manager.TickAll(true);
+
+  prompts.yes_no = {false, true, true};
+  for (const std::vector<size_t>& rows : {std::vector<size_t>{}, {0, 1}, {0, 1}}) {
+    manager.Delete(rows);
+  }
+  EXPECT_EQ(prompts.asked.back(), "Are you sure you want to delete selected Plugin(s)?");
+  EXPECT_FALSE(machine->Exists(plugins_folder + "a.cdp"));
+  EXPECT_EQ(manager.status(), "1 plugin(s) listed");
+  {
+    const auto lock = machine->LockFile(plugins_folder + "c.cdp");
+    manager.Delete(std::vector<size_t>{0});
+  }
+  EXPECT_EQ(manager.rows().size(), 1u) << "a file that stays keeps its row";
+  EXPECT_EQ(prompts.informed.size(), 3u);
+  ports.files.RemoveFile(plugins_folder + "c.cdp");
+  prompts.yes_no = {true};
+  manager.Delete(std::vector<size_t>{0});
+  EXPECT_EQ(prompts.informed.size(), 3u) << "gone already is no error";
+  manager.Save();
+  EXPECT_EQ(ReadProgramFile("plg.txt"), "");
+}
+
+TEST_F(PluginWindowsTest, AListThatCannotBeReadIsNotOverwritten) {
+  machine->MakeFolder(ports.program_folder + "\\plg.txt");
+  manager.Load();
+  EXPECT_TRUE(LastTold().starts_with("The list of plugins could not be read. ")) << LastTold();
+  manager.Save();
+  EXPECT_EQ(prompts.informed.size(), 1u);
+  EXPECT_THROW(ProcessTickedPlugins(context), Error);
+  ports.files.RemoveFolder(ports.program_folder + "\\plg.txt");
+}
+
+TEST_F(PluginWindowsTest, ProcessingTellsWhatItDid) {
+  for (const char* file : {"one\\a", "one\\b", "two\\c"}) {
+    machine->MakeFile(scratch + file, std::string(1024, 'x'));
+  }
+  WriteRecipe("one.cdp", "F|No|No|" + scratch + "one\\*.*\r\nF|No|No|%WINDIR%\\qx-none\r\n");
+  WriteRecipe("two.cdp", "F|No|No|" + scratch + "two\\*.*\r\n");
+  WriteList("1|one.cdp|\r\n0|two.cdp|\r\n");
+  manager.Load();
+  WriteSettings("[General]\r\nDelMethod=B\r\n");
+  const std::string told = ProcessTickedPlugins(context);
+  EXPECT_TRUE(
+      told.starts_with("Files Deleted: 2\r\nSpace Gained: 2.00  KB\r\nBacked Up: 2 file(s)"
+                       "\r\n"))
+      << told;
+  EXPECT_TRUE(told.ends_with("the user's profile.")) << told;
+  EXPECT_EQ(view.statuses[1], "Working...Processing Plugins.");
+  EXPECT_EQ(view.statuses.back(), "");
+  EXPECT_TRUE(view.commands.clean && view.commands.menus && !view.commands.stop);
+  EXPECT_TRUE(machine->Exists(scratch + "two\\c")) << "it is not ticked";
+  {
+    const auto lock = machine->LockFile(scratch + "two\\c");
+    EXPECT_EQ(Process({1}).back(),
+              "Processed selected plugin(s) Total Files Deleted: 0 Space Gained: none");
+    EXPECT_TRUE(LastTold().ends_with(
+        "\r\nSome files were not deleted because they were locked or in use."));
+  }
+  WriteSettings("[General]\r\nDelMethod=D\r\n");
+  EXPECT_EQ(Process({1, 0}),
+            (std::vector<std::string>{
+                "Processing plugin two.cdp", "Processing plugin one.cdp",
+                "Processed selected plugin(s) Total Files Deleted: 1 Space Gained: 1.00 KB"}));
+  EXPECT_FALSE(machine->Exists(scratch + "two\\c"));
+  machine->MakeFile(scratch + "two\\d", "");
+  StopWhenStatusBegins("Deleting file");
+  EXPECT_TRUE(Process({1, 0}).back().starts_with("Aborted by user"));
+  WriteList("1|two.cdp|\r\n");
+  machine->MakeFile(scratch + "two\\e", "");
+  EXPECT_EQ(ProcessTickedPlugins(context), "");
+  EXPECT_EQ(view.statuses.back(), "Aborted by user");
+}
+
+TEST_F(PluginWindowsTest, TheEditorRefusesWithItsSentences) {
+  editor.Create();
+  const std::string windows = ports.system.WindowsFolder();
+  const auto files = [&](const char* path, const char* file) {
+    FilesForm form{path, file, true, true};
+    return editor.AddFiles(form);
+  };
+  const auto key = [&](size_t root, const char* subkey) {
+    return editor.AddKey({root, subkey, "v", true, false});
+  };
+  const auto ini = [&](const char* file, const char* section, const char* value) {
+    return editor.AddIni({file, section, value, false});
+  };
+  const auto generate = [&](const char* subkey, const char* value, Generated what) {
+    return editor.CanGenerate({1, subkey, value, false, false}, what);
+  };
+  const std::string names[] = {"a"};
+  const struct {
+    std::function<bool()> add;
+    std::string told;  // the beginning
+  } kRows[] = {
+      {[&] { return files("", "*.*"); }, "You must provide a path"},
+      {[&] { return files("C:\\Temp", ""); }, "You must provide a filename or specification"},
+      {[&] { return files("C:\\", "*.*"); }, "C:\\*.* is not cleaned"},
+      {[&] { return files("%WINDIR%", "*.log"); }, windows + "\\*.log is not cleaned"},
+      {[&] { return files("%USERPROFILE%\\", "*.*"); }, ""},
+      {[&] { return files("Temp", "*.*"); }, "Temp\\*.* is not cleaned: it is not the full path"},
+      {[&] {
+         return editor.AddChosenFiles({"C:\\Temp", "", false, false}, 0, {});
+       },
+       "No files to add"},
+      {[&] {
+         return editor.AddChosenFiles({"C:\\Temp", "", false, false}, 2, {});
+       },
+       "Please select a file to add."},
+      {[&] {
+         return editor.AddChosenFiles({"C:\\", "", false, false}, 1, names);
+       },
+       "C:\\a is not cleaned"},
+      {[&] { return key(1, ""); }, "Please enter a subkey"},
+      {[&] { return key(1, "Software"); }, "HKEY_CURRENT_USER\\Software is not cleaned"},
+      {[&] { return key(6, "a\\b"); }, "HKEY_DYN_DATA\\a\\b is not cleaned"},
+      {[&] { return generate("", "v", Generated::kSubkeys); }, "Please enter a subkey"},
+      {[&] { return generate("", "v", Generated::kValues); }, "Please enter a subkey"},
+      {[&] { return generate("a", "", Generated::kValues); }, "Please enter a value"},
+      {[&] { return ini("a.ini", "s", "v"); }, "File Path is not valid"},
+      {[&] { return ini("C:\\a.ini", "", "v"); }, "Please select a section"},
+      {[&] { return ini("C:\\a.ini", "s", ""); }, "Please enter a value"},
+      {[&] { return ini("a\\b.ini", "s", "v"); }, "a\\b.ini is not cleaned"},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.told);
+    const size_t before = prompts.informed.size();
+    EXPECT_FALSE(row.add());
+    ASSERT_EQ(prompts.informed.size(), before + 1);
+    EXPECT_EQ(LastTold().substr(0, row.told.size()), row.told);
+  }
+  EXPECT_EQ(FormatPlugin(editor.plugin()), Text("D|\r\n"));
+  EXPECT_TRUE(generate("a", "", Generated::kSubkeys));
+  EXPECT_TRUE(editor.MayClose());
+  EXPECT_TRUE(prompts.asked.empty()) << "nothing to lose";
+}
+
+TEST_F(PluginWindowsTest, WhatTheEditorComposesIsTheFile) {
+  editor.Create();
+  EXPECT_EQ(editor.Title(), "Plugin: NoName");
+  editor.SetDescription(
+      "Gr\xC3\xB6\xC3\x9F"
+      "e");
+  FilesForm all{scratch + "a\\", "*.*", true, true}, some{scratch + "b", "*.log", true, true};
+  EXPECT_TRUE(editor.AddFiles(all) && editor.AddFiles(some));
+  EXPECT_TRUE(all.delete_subfolders && !some.delete_subfolders);
+  const std::string names[] = {"x.txt", "y.txt"};
+  EXPECT_TRUE(editor.AddChosenFiles({scratch, "", true, true}, 2, names));
+  EXPECT_TRUE(editor.AddKey({1, "Software\\Qx", "left over", true, true}));
+  EXPECT_TRUE(editor.AddGenerated({1, "Software\\Qx", "File", false, false}, Generated::kValues,
+                                  {"9", "10", true, "0"}));
+  EXPECT_TRUE(editor.AddGenerated({3, "S-1\\Qx\\List", "", true, false}, Generated::kSubkeys,
+                                  {"1", "1", false, ""}));
+  EXPECT_FALSE(editor.AddGenerated({1, "Software\\Qx", "File", false, false}, Generated::kValues,
+                                   {"2", "1", false, ""}));
+  EXPECT_EQ(LastTold(), "The To value should be greater than from");
+  EXPECT_TRUE(editor.AddIni({scratch + "a.ini", "s", "k", false}));
+  EXPECT_TRUE(editor.AddIni({scratch + "a.ini", "all", "", true}));
+  editor.RemoveFile(2);
+  editor.RemoveFile(9);
+  const std::string expected = Text(
+      "D|Gr\xC3\xB6\xC3\x9F"
+      "e\r\nF|Yes|Yes|" +
+      scratch + "a\\*.*\r\nF|Yes|No|" + scratch + "b\\*.log\r\nF|Yes|No|" + scratch +
+      "y.txt\r\n"
+      "R|Yes|Yes|HKEY_CURRENT_USER\\Software\\Qx|left over\r\n"
+      "R|No|No|HKEY_CURRENT_USER\\Software\\Qx|File09\r\n"
+      "R|No|No|HKEY_CURRENT_USER\\Software\\Qx|File10\r\n"
+      "R|Yes|No|HKEY_USERS\\S-1\\Qx\\List1|\r\n"
+      "I|a.ini|s|No|k|" +
+      scratch + "\r\nI|a.ini|all|Yes||" + scratch + "\r\n");
+
+  EXPECT_FALSE(editor.MayClose()) << "there are changes to lose";
+  prompts.texts = {std::nullopt, " ", "a\\b", "mine", "mine", "mine.cdp"};
+  prompts.yes_no = {false};
+  for (int i = 0; i < 5; ++i) editor.Save();  // the last time the file is there
+  EXPECT_EQ(prompts.asked.back(), "This plugin already exists. Overwrite?");
+  EXPECT_EQ(prompts.asked[prompts.asked.size() - 2], "Please enter filename for the plugin");
+  EXPECT_EQ(ports.files.ReadWholeFile(plugins_folder + "mine.cdp"), expected);
+  EXPECT_FALSE(machine->Exists(plugins_folder + "a\\b.cdp"));
+  EXPECT_EQ(editor.Title(), "Plugin: mine.cdp");
+  EXPECT_TRUE(editor.MayClose());
+  ASSERT_EQ(manager.rows().size(), 1u);
+  EXPECT_TRUE(manager.rows()[0].ticked);
+  EXPECT_EQ(manager.status(), "1 plug-in(s) listed");
+
+  manager.Toggle(0);
+  PluginEditor again(ports, prompts, manager);
+  ASSERT_TRUE(again.Load("MINE.cdp"));
+  EXPECT_EQ(FormatPlugin(again.plugin()), expected);
+  again.SetDescription("new");
+  again.RemoveKey(0);
+  again.RemoveIni(0);
+  prompts.texts = {"mine"};
+  prompts.yes_no = {true};
+  again.Save();
+  EXPECT_EQ(manager.rows().size(), 1u);
+  EXPECT_EQ(manager.rows()[0].description, "new");
+  EXPECT_FALSE(manager.rows()[0].ticked);
+  prompts.texts = {"mine.cdp"};
+  again.Save();
+  EXPECT_TRUE(machine->Exists(plugins_folder + "mine.cdp.cdp")) << "typed with its extension";
+  EXPECT_FALSE(again.Load("none.cdp"));
+  EXPECT_EQ(again.Title(), "Plugin: mine.cdp.cdp");
+}
+
+TEST_F(PluginWindowsTest, TheTrialListsWhatProcessingRemoves) {
+  for (const char* file : {"in\\a", "in\\sub\\b"}) machine->MakeFile(scratch + file, "123");
+  machine->MakeFile(scratch + "a.ini", "[s]\r\nk=1\r\n");
+  machine->SetText(kUser, std::string(kKey) + "\\x", "v", "1");
+  const Plugin plugin = ParsePlugin(
+      Text("F|Yes|Yes|" + scratch + "in\\*.*\r\nF|No|No|%WINDIR%\\*.*\r\nI|a.ini|s|Yes||" +
+           scratch + "\r\nR|Yes|No|HKEY_CURRENT_USER\\" + kKey + "\\x|\r\n"));
+  const auto before = machine->Tree(scratch);
+  PluginTrial trial(ports);
+  trial.Run(plugin, view);
+  ASSERT_EQ(trial.count(), 5u);
+  EXPECT_EQ(trial.What(0) + " " + trial.Where(0), "INI section " + scratch + "a.ini, [s]");
+  EXPECT_EQ(trial.What(1), "Registry key");
+  EXPECT_EQ(trial.What(4) + " " + trial.Where(4), "Folder " + scratch + "in\\sub");
+  EXPECT_EQ(trial.Summary(),
+            "Would remove 2 files (6 Bytes) and 3 other things. Nothing was removed.");
+  EXPECT_NE(trial.notes().find("is not cleaned"), std::string::npos);
+  EXPECT_EQ(machine->Tree(scratch), before);
+  EXPECT_TRUE(machine->KeyExists(kUser, std::string(kKey) + "\\x"));
+  RunRecords(context, plugin);
+  EXPECT_EQ(machine->Tree(scratch), (std::vector<std::string>{"a.ini", "in\\"}));
+  EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\x"));
+  PluginTrial again(ports);
+  again.Run(plugin, view);
+  EXPECT_EQ(again.count(), 0u);
+  machine->MakeFile(scratch + "in\\a", "123");
+  PluginTrial stopped(ports);
+  view.on_yield = [&] { stopped.Stop(); };
+  stopped.Run(plugin, view);
+  EXPECT_TRUE(stopped.Summary().starts_with("Stopped; found so far: 0 files")) << stopped.Summary();
+}
+
+TEST_F(PluginWindowsTest, ThePickerLeadsThroughFolders) {
+  for (const char* file : {"B\\x.txt", "B\\A.txt", "B\\sub\\y", "a\\z"}) {
+    machine->MakeFile(scratch + file, "");
+  }
+  machine->MakeFolderLink(scratch + "link", scratch + "B");
+  FilePicker picker(ports);
+  EXPECT_TRUE(EqualsNoCase(picker.drives()[picker.drive()], scratch.substr(0, 2)));
+  const auto enter = [&](const std::string& name) {
+    for (size_t row = picker.open_row(); row < picker.folders().size(); ++row) {
+      if (EqualsNoCase(picker.folders()[row].name, name)) return picker.OpenFolder(row);
+    }
+    ADD_FAILURE() << "no folder " << name;
+  };
+  for (const std::string& part : Split(scratch.substr(3, scratch.size() - 4), '\\')) enter(part);
+  EXPECT_TRUE(EqualsNoCase(picker.Folder() + "\\", scratch));
+  const size_t here = picker.open_row();
+  ASSERT_EQ(picker.folders().size(), here + 3) << "links are left out";
+  EXPECT_EQ(picker.folders()[here + 1].name, "a");
+  enter("b");
+  EXPECT_EQ(picker.files(), (std::vector<std::string>{"A.txt", "x.txt"}));
+  EXPECT_EQ(picker.folders().back().name, "sub");
+  picker.OpenFolder(0);
+  EXPECT_EQ(picker.Folder(), scratch.substr(0, 3));
+  picker.OpenFolder(999);
+  picker.ChooseDrive(999);
+  EXPECT_EQ(picker.Folder(), scratch.substr(0, 3));
+}
+
+}  // namespace
+}  // namespace quellix::modPlugin

@@ -1,0 +1,99 @@
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "opener.h"
+#include "quellix_window.h"
+#include "ui/resource.h"
+
+namespace quellix::test {
+namespace {
+
+const std::filesystem::path kOpened = L"C:\\quellix-tests\\opened";
+
+class HelpTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ResetSandbox();
+    WriteBytes(kOpened, "");
+  }
+
+  // The anchor at which the manual was opened; "" when it was not.
+  static std::string AwaitTopic() {
+    const std::regex address(R"(file:///C:/Program%20Files/Quellix/Help/help\.htm#([\w-]+))");
+    std::smatch found;
+    std::string opened;
+    Await([&] {
+      opened = ReadBytes(kOpened);
+      return std::regex_search(opened, found, address);
+    });
+    WriteBytes(kOpened, "");
+    return found.empty() ? opened : found[1].str();
+  }
+  static void PressF1(HWND window) {
+    SetForegroundWindow(window);
+    INPUT keys[2] = {};
+    keys[0].type = keys[1].type = INPUT_KEYBOARD;
+    keys[0].ki.wVk = keys[1].ki.wVk = VK_F1;
+    keys[1].ki.dwFlags = KEYEVENTF_KEYUP;
+    SendInput(2, keys, sizeof keys[0]);
+  }
+
+  const Opener opener_{L".htm", L"cmd.exe /c echo %1>" + kOpened.wstring()};
+};
+
+TEST_F(HelpTest, EachWindowOpensItsOwnPage) {
+  const QuellixWindow window;
+  const std::string manual = ReadBytes(ProgramFolder() / "Help" / "help.htm");
+  window.Choose(mnuContents);
+  EXPECT_EQ(AwaitTopic(), "contents");
+  PressF1(window.main());
+  EXPECT_EQ(AwaitTopic(), "main");
+  struct Row {
+    int entry;
+    const wchar_t* title;
+    const char* topic;
+  };
+  static constexpr Row kRows[] = {
+      {mnuBackups, L"Backups", "backups"},
+      {mnuIECache, L"Temporary Internet Files (Cache)", "cache"},
+      {mnuAbout, L"About Quellix", "about"},
+  };
+  for (const Row& row : kRows) {
+    SCOPED_TRACE(row.topic);
+    window.Choose(row.entry);
+    const HWND opened = window.AwaitWindow(row.title);
+    ASSERT_TRUE(opened);
+    PressF1(opened);
+    EXPECT_EQ(AwaitTopic(), row.topic);
+    EXPECT_NE(manual.find("id=\"" + std::string(row.topic) + "\""), std::string::npos);
+    SendMessageW(opened, WM_CLOSE, 0, 0);
+    ASSERT_TRUE(Await([&] { return !IsWindow(opened); }));
+  }
+}
+
+TEST_F(HelpTest, AMissingManualIsTold) {
+  const std::filesystem::path manual = ProgramFolder() / "Help" / "help.htm";
+  const std::filesystem::path aside = ProgramFolder() / "Help" / "help.aside";
+  std::filesystem::rename(manual, aside);
+  const QuellixWindow window;
+  window.Choose(mnuContents);
+  EXPECT_TRUE(window.AwaitMessage(L"The manual is missing: C:\\Program Files\\Quellix\\Help"));
+  std::filesystem::rename(aside, manual);
+  EXPECT_EQ(ReadBytes(kOpened), "");
+}
+
+TEST_F(HelpTest, AboutTellsVersionAndLicences) {
+  const QuellixWindow window;
+  window.Choose(mnuAbout);
+  const HWND about = window.AwaitWindow(L"About Quellix");
+  ASSERT_TRUE(about);
+  EXPECT_TRUE(TextOf(GetDlgItem(about, lblVersion)).starts_with(L"Version "));
+  const std::wstring licences = TextOf(GetDlgItem(about, txtLicences));
+  for (const wchar_t* part : {L"zlib", L"minizip", L"winpthreads", L"CLI11", L"MIT License"}) {
+    EXPECT_NE(licences.find(part), std::wstring::npos) << ::testing::PrintToString(part);
+  }
+}
+
+}  // namespace
+}  // namespace quellix::test

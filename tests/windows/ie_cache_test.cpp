@@ -1,0 +1,170 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "quellix_window.h"
+#include "support/cache_entry_win32.h"
+#include "ui/resource.h"
+
+namespace quellix::test {
+namespace {
+
+// The sources of all entries of the user's cache.
+std::vector<std::wstring> CachedSources() {
+  std::vector<std::wstring> sources;
+  alignas(INTERNET_CACHE_ENTRY_INFOW) static char buffer[16384];
+  const auto info = reinterpret_cast<INTERNET_CACHE_ENTRY_INFOW*>(buffer);
+  DWORD size = sizeof buffer;
+  const HANDLE search = FindFirstUrlCacheEntryW(nullptr, info, &size);
+  for (bool found = search != nullptr; found;) {
+    sources.push_back(info->lpszSourceUrlName);
+    size = sizeof buffer;
+    found = FindNextUrlCacheEntryW(search, info, &size);
+  }
+  if (search) FindCloseUrlCache(search);
+  return sources;
+}
+
+void EmptyCache() {
+  for (const std::wstring& source : CachedSources()) DeleteUrlCacheEntryW(source.c_str());
+}
+
+// A red square of 8 by 8 points.
+std::string RedBitmap() {
+  std::string bytes("BM\xF6\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x08\0\0\0\x08\0\0\0\x01\0\x18\0", 30);
+  bytes.resize(54);
+  for (int i = 0; i < 64; ++i) bytes += std::string("\0\0\xFF", 3);
+  return bytes;
+}
+
+class FrmIECacheTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ResetSandbox();
+    EmptyCache();
+    MakeCacheEntry(
+        {.source = L"http://a.example/page", .bytes = "<p>\nplain words", .extension = L"htm"});
+    MakeCacheEntry({.source = L"http://b.example/red",
+                    .type = 0x40,
+                    .bytes = RedBitmap(),
+                    .extension = L"bmp"});
+    MakeCacheEntry({.source = L"Cookie:anna@c.example/", .type = COOKIE_CACHE_ENTRY});
+    MakeCacheEntry({.source = L"Visited: anna@http://d.example/", .type = URLHISTORY_CACHE_ENTRY});
+  }
+  void TearDown() override { EmptyCache(); }
+
+  static HWND Open(const QuellixWindow& window) {
+    window.Choose(mnuIECache);
+    return window.AwaitWindow(L"Temporary Internet Files (Cache)");
+  }
+  static int Count(HWND cache) {
+    return static_cast<int>(SendDlgItemMessageW(cache, lstvCache, LVM_GETITEMCOUNT, 0, 0));
+  }
+  static bool AwaitStatus(HWND cache, std::wstring_view text) {
+    return Await([&] { return TextOf(GetDlgItem(cache, lblStatus)) == text; });
+  }
+  // Moves to the row of a source with the keys of the list.
+  static void Select(const QuellixWindow& window, HWND cache, std::wstring_view source) {
+    const HWND list = GetDlgItem(cache, lstvCache);
+    window.PressKey(list, VK_HOME);
+    for (int row = 0; window.RowText(list, row, 0) != source; ++row) {
+      ASSERT_LT(row, Count(cache));
+      window.PressKey(list, VK_DOWN);
+    }
+  }
+  static bool AwaitText(HWND cache, std::wstring_view text) {
+    const HWND shown = GetDlgItem(cache, txtCache);
+    return Await([&] { return IsWindowVisible(shown) && TextOf(shown) == text; });
+  }
+};
+
+TEST_F(FrmIECacheTest, EntriesAreListedByKind) {
+  const QuellixWindow window;
+  const HWND cache = Open(window);
+  ASSERT_TRUE(cache);
+  EXPECT_FALSE(IsWindowEnabled(window.main()));
+  EXPECT_TRUE(AwaitStatus(cache, L"4 entries"));
+  EXPECT_EQ(TextOf(GetDlgItem(cache, lblDisplaying)), L"Displaying: None");
+  struct Row {
+    int option;
+    const wchar_t* source;
+  };
+  static constexpr Row kRows[] = {{optCookies, L"Cookie:anna@c.example/"},
+                                  {optHistory, L"Visited: anna@http://d.example/"},
+                                  {optURL, L"http://b.example/red"}};
+  for (const Row& row : kRows) {
+    PressIn(cache, row.option);
+    EXPECT_TRUE(AwaitStatus(cache, L"1 entries")) << row.option;
+    EXPECT_EQ(window.RowText(GetDlgItem(cache, lstvCache), 0, 0), row.source);
+  }
+  PressIn(cache, optAll);
+  EXPECT_TRUE(AwaitStatus(cache, L"4 entries"));
+  MakeCacheEntry({.source = L"http://e.example/new"});
+  PressIn(cache, cmdRefresh);
+  EXPECT_TRUE(AwaitStatus(cache, L"5 entries"));
+  SendMessageW(cache, WM_COMMAND, IDCANCEL, 0);
+  EXPECT_TRUE(Await([&] { return !IsWindow(cache) && IsWindowEnabled(window.main()); }));
+}
+
+TEST_F(FrmIECacheTest, TheChosenEntryIsShown) {
+  const QuellixWindow window;
+  const HWND cache = Open(window);
+  ASSERT_TRUE(cache);
+  Select(window, cache, L"Cookie:anna@c.example/");
+  EXPECT_TRUE(AwaitText(cache, L"User: anna\r\nAddress: c.example/"));
+  Select(window, cache, L"Visited: anna@http://d.example/");
+  EXPECT_TRUE(AwaitText(cache, L"User: anna\r\nAddress: http://d.example/"));
+  Select(window, cache, L"http://a.example/page");
+  EXPECT_TRUE(AwaitText(cache, L"<p>\r\nplain words"));
+  EXPECT_EQ(TextOf(GetDlgItem(cache, lblDisplaying)), L"Displaying: http://a.example/page");
+
+  Select(window, cache, L"http://b.example/red");
+  const HWND pane = GetDlgItem(cache, wbCache);
+  EXPECT_TRUE(Await([&] { return IsWindowVisible(pane) != FALSE; }));
+  EXPECT_TRUE(Await([&] {
+    RECT area;
+    GetClientRect(pane, &area);
+    POINT middle{area.right / 2, area.bottom / 2};
+    ClientToScreen(pane, &middle);
+    const HDC screen = GetDC(nullptr);
+    const COLORREF color = GetPixel(screen, middle.x, middle.y);
+    ReleaseDC(nullptr, screen);
+    return color == RGB(255, 0, 0);
+  })) << "the picture is not in the middle of its pane";
+}
+
+TEST_F(FrmIECacheTest, TickedRowsAreDeletedAndLockedOnesStay) {
+  const QuellixWindow window;
+  const HWND cache = Open(window);
+  ASSERT_TRUE(cache);
+  const HWND list = GetDlgItem(cache, lstvCache);
+  Select(window, cache, L"http://a.example/page");
+  window.PressKey(list, VK_SPACE);
+  ASSERT_TRUE(Await([&] {
+    for (int row = 0; row < Count(cache); ++row) {
+      if (IsRowTicked(list, row)) return window.RowText(list, row, 0) == L"http://a.example/page";
+    }
+    return false;
+  }));
+  PressIn(cache, cmdDelete);
+  EXPECT_TRUE(AwaitStatus(cache, L"3 entries"));
+  EXPECT_EQ(CachedSources().size(), 3u);
+  PressIn(cache, cmdSelectAll);
+  EXPECT_TRUE(Await([&] { return IsRowTicked(list, 0) && IsRowTicked(list, 2); }));
+  PressIn(cache, cmdDeselectAll);
+  EXPECT_TRUE(Await([&] { return !IsRowTicked(list, 0) && !IsRowTicked(list, 2); }));
+  PressIn(cache, cmdDelete);
+  EXPECT_EQ(CachedSources().size(), 3u);
+  {
+    const UsedCacheEntry used(L"http://b.example/red");
+    PressIn(cache, cmdClear);
+    EXPECT_TRUE(AwaitStatus(cache, L"1 entries"));
+    EXPECT_EQ(CachedSources(), std::vector<std::wstring>{L"http://b.example/red"});
+  }
+  PressIn(cache, cmdRefresh);
+  EXPECT_TRUE(AwaitStatus(cache, L"0 entries"));
+  EXPECT_TRUE(CachedSources().empty());
+}
+
+}  // namespace
+}  // namespace quellix::test
