@@ -165,6 +165,7 @@ int main(int argc, char** argv) {
     run("trees", argv[1], [&](const auto& home) { quellix::Bench(home, table).Trees(); });
     run("wipe", argv[2], [&](const auto& home) { quellix::Bench(home, table).Wipe(); });
     run("backups", argv[2], [&](const auto& home) { quellix::MeasureBackups(home, table); });
+    quellix::InFolder(argv[1], [&](const auto& home) { quellix::MeasureRegistry(home, table); });
     return table.ExitCode();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quellix_bench: %s\n", error.what());

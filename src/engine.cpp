@@ -1,6 +1,5 @@
 #include "engine.h"
 
-#include "app/removal.h"
 #include "platform/error.h"
 
 namespace quellix {
@@ -50,11 +49,5 @@ void Engine::ApplyGeneralSettings() {
 void Engine::RunCleaning() { quellix::RunCleaning(context_, selection_); }
 
 void Engine::RunOneItem(const Item& item) { quellix::RunOneItem(context_, item); }
-
-bool Engine::RemoveFound(const ResultRow& row) {
-  machine_.files.Anchor(row.path.substr(0, 3));
-  const std::string path = row.path + row.name;
-  return !machine_.files.Look(path, Detail::kKind) || RemoveFile(context_, path);
-}
 
 }  // namespace quellix

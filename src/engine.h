@@ -44,8 +44,10 @@ class Engine {
   void RunOneItem(const Item& item);
   // Hands each find to `sink`; nothing is changed. Throws Error. A stop ends it early.
   void FindJunk(JunkKind kind, ResultSink& sink) { SearchJunk(context_, kind, sink); }
-  // Removes a find by the removal mode; false when it stays. One that has vanished is gone as well.
-  bool RemoveFound(const ResultRow& row);
+  // Removes a find; see there.
+  Removal RemoveFound(const ResultRow& row) {
+    return RemoveFind(context_, row.path + row.name, row.kind);
+  }
   void StopCleaning() { state_.AbortRequested = true; }
 
  private:

@@ -3,6 +3,7 @@
 #include "app/item_catalogue.h"
 #include "app/run_report.h"
 #include "app/run_steps.h"
+#include "cleaners/junk_cleaners.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
@@ -12,14 +13,18 @@ namespace {
 // The first items run to the end of the third even when the user has stopped.
 constexpr int kFirstItemWithStop = 4;
 
-// Stop has taken effect: no totals, no log window.
+// Stop has taken effect: no totals, no log window. What is then deleted by hand has a backup of its
+// own.
 void AbortRun(CleaningContext& context, std::string_view message) {
   context.backup.DeleteBackupArchive();
+  FinishResults(context);
+  CloseBackup(context);
   EndRun(context, message);
   context.view.SetCommands({});
 }
 
 void FinishRun(CleaningContext& context) {
+  FinishResults(context);
   CloseBackup(context);
   context.view.ShowCurrentItem(nullptr);
   context.view.SetCommands({});

@@ -6,6 +6,7 @@
 #include "cleaners/folder_cleaners.h"
 #include "cleaners/history_cleaners.h"
 #include "cleaners/internet_cleaners.h"
+#include "cleaners/junk_cleaners.h"
 #include "cleaners/mod_mozilla.h"
 #include "cleaners/user_defined.h"
 #include "platform/text.h"
@@ -40,7 +41,8 @@ constexpr std::array<Item, 30> kItems = {{
      CleanUserFiles},
     {6, 7, "chkUnNecessaryFiles", "Clean Unnecessary files", "CleanUnnecessaryFiles",
      kFolderFiles, kNone, "Unnecessary files... ",
-     "There was an error in cleaning Unnecessary Files. ", false, nullptr},
+     "There was an error in cleaning Unnecessary Files. ", false,
+     CleanUnnecessaryFiles},
     {7, 10, "chkRecentDocument", "Clean Recent documents", "CleanRecentDocs", kFolderFiles, kNone,
      "Recent documents... ", "There was an error in cleaning Recent Documents. ", false, CleanRecentDocuments},
     {8, 11, "chkPrinter", "Clean Residual printer files", "CleanPrinter", kFolderFiles, kNone,
@@ -54,10 +56,10 @@ constexpr std::array<Item, 30> kItems = {{
      CleanTempFiles},
     {11, 8, "chkEmptyFiles", "Clean Empty (zero-byte) files", "CleanEmptyFiles", kFolderFiles,
      kProtect1, "Empty (zero-byte) files... ", "There was an error in cleaning Empty Files. ",
-     false, nullptr},
+     false, CleanEmptyFiles},
     {12, 9, "chkDeadShortcut", "Clean Dead (shortcut) links", "CleanShortcuts", kFolderFiles,
      kProtect2, "Dead (shortcut) links... ", "There was an error in cleaning Dead Shortcuts. ",
-     false, nullptr},
+     false, CleanDeadShortcuts},
     {13, 21, "chkPlugins", "Clean Plugins", "CleanPlugins", kMiscellaneous, kNone, "Plugins... ",
      "There was an error in cleaning the plugins. . ", false, CleanPlugins},
     {14, 20, "chkOffice", "Clean MS Office history", "CleanOfficeHistory", kMiscellaneous, kNone,

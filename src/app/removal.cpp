@@ -62,7 +62,9 @@ std::string RenamedForWipe(CleaningContext& context, std::string_view path) {
 
 // Whether or not it was archived, unless the user wants it otherwise.
 bool RemoveWithBackup(CleaningContext& context, std::string_view path) {
-  if (IsInBackupFolder(context.state, path)) return false;
+  if (IsInBackupFolder(context.state, path)) {
+    throw Error(Error::Kind::kDenied, "It lies in the folder of the backups.");
+  }
   BackupBatch batch(context);
   batch.Add(path, 0);
   if (context.state.AbortRequested) return false;
@@ -71,7 +73,11 @@ bool RemoveWithBackup(CleaningContext& context, std::string_view path) {
     context.machine.files.RemoveFile(path);
     removed = true;
   });
-  return removed;
+  if (!removed) {
+    throw Error(Error::Kind::kOther, "It could not be backed up and was therefore not deleted. " +
+                                         std::string(context.backup.Problem()));
+  }
+  return true;
 }
 
 bool RemoveByMode(CleaningContext& context, std::string_view path) {
@@ -92,13 +98,6 @@ bool RemoveByMode(CleaningContext& context, std::string_view path) {
     default:
       return false;
   }
-}
-
-void CountRemoved(RunState& state, double bytes) {
-  ++state.RunFilesDeleted;
-  ++state.FilesDeleted;
-  state.RunSpaceGained += bytes;
-  state.SpaceGained += bytes;
 }
 
 void StartProgress(CleaningContext& context) {
@@ -160,15 +159,23 @@ bool WipeFile(CleaningContext& context, std::string_view path) {
   return true;
 }
 
-bool RemoveFile(CleaningContext& context, std::string_view path) {
+bool RemoveFile(CleaningContext& context, std::string_view path, std::string* reason) {
   bool removed = false;
   try {
     removed = RemoveByMode(context, path);
-  } catch (const std::exception&) {
-    removed = false;  // counted below, told once at the end of the run
+  } catch (const std::exception& error) {
+    // Noted below, told once at the end of the run.
+    if (reason != nullptr) *reason = error.what();
   }
   if (!removed) context.state.SomeFilesLocked = true;
   return removed;
+}
+
+void CountRemoved(RunState& state, double bytes) {
+  ++state.RunFilesDeleted;
+  ++state.FilesDeleted;
+  state.RunSpaceGained += bytes;
+  state.SpaceGained += bytes;
 }
 
 void RemovePendingFiles(CleaningContext& context) {

@@ -8,8 +8,11 @@
 namespace quellix {
 
 // Removes one file by the removal mode. True when it is gone. Never throws: any error inside means
-// false, and SomeFilesLocked is set.
-bool RemoveFile(CleaningContext& context, std::string_view path);
+// false, and SomeFilesLocked is set; `reason` is then given a sentence that says why.
+bool RemoveFile(CleaningContext& context, std::string_view path, std::string* reason = nullptr);
+
+// Adds a file that was removed to the totals of the run and of the item.
+void CountRemoved(RunState& state, double bytes);
 
 // Overwrites one file in a single pass and removes it; false when stopped or failed, with the file
 // still there, perhaps partly overwritten. A link is removed itself, its target left alone. Throws

@@ -2,11 +2,13 @@
 
 #include <bitset>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "app/path_list.h"
 #include "app/views.h"
 #include "backup/backup_archive.h"
+#include "backup/registry_undo.h"
 
 namespace quellix {
 
@@ -43,9 +45,11 @@ struct RunState {
   std::bitset<30> ItemsCleaned;  // by run order, from 0: ran without an error
   std::string SettingsProblem;   // why LastCleaned could not be stored, said once
 
+  RegistryUndo Undo;        // of registry entries that the run deletes
   std::string BackupDrive;  // letter of the archive that is open, "" for none
   PathList PendingFiles;
   PathList PendingFolders;
+  std::shared_ptr<SearchResults> Results;  // of this run's junk searches; null before the first
   std::string RunLog;
 };
 

@@ -18,9 +18,11 @@ void ResetRun(RunState& state) {
   state.MozillaSpaceGained = 0;
   state.SpaceGained = 0;
   state.BackupDrive.clear();
+  state.Undo = {};
   state.RunLog.clear();
   state.ItemsCleaned.reset();
   state.SettingsProblem.clear();
+  state.Results.reset();
 }
 
 }  // namespace

@@ -80,6 +80,7 @@ void Settings::LoadDeletionSettings(RunState& state) const {
       WithBackslash(ReadIniValue("Backup", "Path", machine_.program_folder + "\\Backup\\"));
   state.Backup.strict = IsOne(ReadIniValue("Backup", "Strict", "0"));
   state.Backup.keep_on_abort = IsOne(ReadIniValue("Backup", "KeepOnAbort", "0"));
+  state.Backup.registry = IsOne(ReadIniValue("Backup", "Registry", "1"));
 }
 
 std::optional<std::string> Settings::LastCleaned() const {

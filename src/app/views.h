@@ -10,6 +10,7 @@
 namespace quellix {
 
 struct Item;
+class SearchResults;
 
 // The categories of the log window, in its order.
 enum class Category { kFolderFiles, kMiscellaneous, kInternet, kFirefox, kPlugins, kRegistry };
@@ -54,6 +55,12 @@ class RunView {
   // A critical message box titled with the application's title. Never called in a hidden run.
   virtual void ShowCritical(std::string_view text) = 0;
   virtual void ShowReport(const RunReport& report) = 0;  // the log window
+  // Opens the results window on the finds of the run's searches, which arrive while the run goes
+  // on. False where nobody can review them. Never called in a hidden run.
+  virtual bool OpenResults(SearchResults& /*results*/) { return false; }
+  // All searches have ended: returns when the user has closed the window. The results that were
+  // opened live until then.
+  virtual void AwaitResults() {}
 };
 
 enum class OverwriteAnswer { kYes, kNo, kAll, kNone, kCancel };

@@ -55,8 +55,8 @@ class ArchiveStream {
   static int OnError(voidpf self, voidpf stream);
 
   std::unique_ptr<RandomFile> file_;
-  uint64_t on_disk_;  // bytes of the archive that are in the file
-  std::string tail_;  // those behind them
+  uint64_t on_disk_;          // bytes of the archive that are in the file
+  std::string tail_;          // those behind them
   bool more_behind_ = false;  // what a failed write or an end that was cut off may have left
   uint64_t place_ = 0;
   Writes writes_ = Writes::kDone;

@@ -9,6 +9,7 @@ namespace quellix {
 struct BackupOptions {
   bool strict = false;         // a file that could not be archived stays
   bool keep_on_abort = false;  // a stopped run leaves its archive
+  bool registry = true;        // registry entries are kept too, before they go
 };
 
 // Where the removal mode "back up, then delete" puts files before they go. No function throws.

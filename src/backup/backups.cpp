@@ -5,6 +5,7 @@
 
 #include "app/settings.h"
 #include "backup/c_un_zip.h"
+#include "backup/registry_backups.h"
 #include "platform/error.h"
 #include "platform/path.h"
 
@@ -24,6 +25,7 @@ Backups::Backups(const Machine& machine) : Backups(machine, FolderOfSettings(mac
 Backups::Backups(const Machine& machine, std::string folder)
     : machine_(machine), folder_(std::move(folder)) {
   readers_.push_back(std::make_unique<cUnZip>(machine));
+  readers_.push_back(std::make_unique<RegistryBackups>(machine));
 }
 
 std::string Backups::PathOf(std::string_view name) const {

@@ -28,8 +28,8 @@ bool BeginEntry(zipFile zip, const ZipEntry& entry) {
   return zipOpenNewFileInZip4_64(
              zip, entry.name.c_str(), &info, own.data(), static_cast<uInt>(own.size()),
              shared.data(), static_cast<uInt>(shared.size()), nullptr, entry.method,
-             Z_DEFAULT_COMPRESSION, 1, -MAX_WBITS, MAX_MEM_LEVEL - 1, Z_DEFAULT_STRATEGY,
-             nullptr, 0, kMadeOnNtfs, entry.flags, entry.wide ? 1 : 0) == ZIP_OK;
+             Z_DEFAULT_COMPRESSION, 1, -MAX_WBITS, MAX_MEM_LEVEL - 1, Z_DEFAULT_STRATEGY, nullptr,
+             0, kMadeOnNtfs, entry.flags, entry.wide ? 1 : 0) == ZIP_OK;
 }
 
 void FinishZip(zipFile zip, ArchiveStream& stream, uint64_t count) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "app/backup_step.h"
 #include "app/run_steps.h"
 #include "cleaners/skeleton.h"
 #include "platform/text.h"
@@ -76,6 +77,7 @@ void CleanFindHistory(CleaningContext& context, const Item& item) {
   for (const char* key : kFindLists) ClearUserKey(context, key);
   for (const char* key : std::span(kFindLists).subspan(kFindListsThatStay)) {
     modRegistry::RequireWritable(RegistryOf(context), kUser, key);
+    KeepRegistryTree(context, kUser, key);
     modRegistry::DeleteRegKeyTree(RegistryOf(context), kUser, key);
   }
   EndRun(context, "");
@@ -98,7 +100,9 @@ void CleanOfficeVersionHistory(CleaningContext& context, std::string_view versio
         office + "\\Common\\Open Find\\" + application.name + "\\Settings\\";
     for (const std::string& dialog : Split(application.dialogs, ';')) {
       const char* const list = dialog == kPublishLocation ? "" : "\\File Name MRU\\";
-      modRegistry::ClearRegKeyValues(access, settings + dialog + list);
+      const std::string key = settings + dialog + list;
+      KeepRegistryValues(context, kUser, key, modRegistry::ListRegValues(access, kUser, key));
+      modRegistry::ClearRegKeyValues(access, key);
     }
     // The backslash in front names no key, so recent files stay; that is how it always was.
     modRegistry::ClearRegKeyValues(access,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/backup_step.h"
 #include "app/removal.h"
 #include "app/run_steps.h"
 #include "platform/error.h"
@@ -58,6 +59,7 @@ size_t ClearUserKey(CleaningContext& context, std::string_view key) {
   const std::string names = modRegistry::ListRegValues(access, RegistryRoot::kCurrentUser, key);
   if (names.empty()) return 0;
   modRegistry::RequireWritable(access, RegistryRoot::kCurrentUser, key);
+  KeepRegistryValues(context, RegistryRoot::kCurrentUser, key, names);
   modRegistry::DeleteRegValues(access, RegistryRoot::kCurrentUser, names, key);
   return static_cast<size_t>(std::ranges::count(names, '\0')) + 1;
 }

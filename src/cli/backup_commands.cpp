@@ -102,8 +102,9 @@ int BackupCommands::ListArchives(const Machine& machine) const {
   int result = kDone;
   for (const BackupInfo& info : Backups(machine).List()) {
     std::cout << std::left << std::setw(24) << info.name << std::setw(4) << info.root.substr(0, 2)
-              << Digits(info.date) << std::right << std::setw(9) << info.entries << " file(s)"
-              << std::setw(14) << info.size << " bytes\n";
+              << Digits(info.date) << std::right << std::setw(9) << info.entries
+              << (info.kind == BackupKind::kRegistry ? " key(s) " : " file(s)") << std::setw(14)
+              << info.size << " bytes\n";
     SayRepairOf(info);
     if (info.problem.empty()) continue;
     std::cerr << info.name << ": " << info.problem << std::endl;

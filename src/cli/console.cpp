@@ -9,6 +9,7 @@
 #include "cli/cache_command.h"
 #include "cli/console_plugins.h"
 #include "cli/console_run.h"
+#include "cli/registry_command.h"
 #include "cli/search_command.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -74,6 +75,22 @@ CLI::App* AddSearch(CLI::App& app, SearchCommand& options, const ConsolePlatform
   return search;
 }
 
+CLI::App* AddRegistry(CLI::App& app, RegistryCommand& options, const ConsolePlatform& platform) {
+  CLI::App* const registry =
+      app.add_subcommand("registry", "List registry references that lead nowhere");
+  registry->add_option("tool", options.tool, "Which references")
+      ->required()
+      ->check(CLI::IsMember(ScanToolNames()));
+  registry->add_flag("--thorough", options.thorough,
+                     "file-references: examine every value of every key");
+  registry->add_flag("--delete", options.remove,
+                     "Delete those that lead nowhere, kept in a .reg backup (else nothing is "
+                     "changed)");
+  registry->add_flag("--json", options.json, "Print the references as JSON");
+  AddMachineOptions(*registry, options.machine, platform);
+  return registry;
+}
+
 void AddClean(CLI::App& app, CleanOptions& options, const ConsolePlatform& platform) {
   CLI::App* const clean = app.add_subcommand("clean", "Clean the named items");
   clean->add_option("--item", options.items, "Keys of the items, as \"items\" lists them")
@@ -120,6 +137,8 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   CacheCommand cache(app, platform);
   SearchCommand search_options;
   const CLI::App* const search = AddSearch(app, search_options, platform);
+  RegistryCommand registry_options;
+  const CLI::App* const registry = AddRegistry(app, registry_options, platform);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
   try {
     app.parse(arguments);
@@ -129,6 +148,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   try {
     if (backup.parsed()) return backup.Run(platform);
     if (plugins.IsParsed()) return plugins.Run();
+    if (registry->parsed()) return RunRegistry(registry_options, platform);
     if (cache.IsParsed()) return cache.Run();
     if (search->parsed()) return RunSearch(search_options, platform);
     return items->parsed() ? ListItems() : Clean(options, platform);

@@ -58,7 +58,8 @@ void ConsoleRun::PrintPreview() {
   }
   std::string log = engine_->state().RunLog;
   std::erase(log, '\r');
-  if (!log.empty()) std::cout << "The log of such a run:\n" << log;
+  if (!log.empty())
+    std::cout << "The log of such a run:\n" << log << (log.ends_with('\n') ? "" : "\n");
   PrintTotals(preview_->changes(), engine_->context().machine.system.UserLocale());
 }
 

@@ -4,6 +4,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "app/removal.h"
 #include "cli/console_view.h"
 #include "engine.h"
 
@@ -38,17 +39,25 @@ class Finds : public ResultSink {
   bool print_;
 };
 
-// The number of those that stay.
+// Removes the finds until the user stops; the totals and what stayed go to standard error, the
+// finds being the output. The number of those that stay.
 size_t RemoveAll(Engine& engine, ConsoleView& view, std::vector<Find>& finds) {
   size_t stayed = 0;
   for (Find& find : finds) {
     view.Yield();
-    find.removed = !engine.state().AbortRequested && engine.RemoveFound(find.row);
-    if (!find.removed) {
-      ++stayed;
-      std::cerr << "not deleted: " << find.row.path << find.row.name << '\n';
-    }
+    if (engine.state().AbortRequested) break;
+    const Removal removal = engine.RemoveFound(find.row);
+    find.removed = removal.outcome != Removal::kStays;
+    if (find.removed) continue;
+    ++stayed;
+    std::cerr << "not deleted: " << find.row.path << find.row.name << ": " << removal.reason
+              << '\n';
   }
+  const RunState& state = engine.state();
+  std::cerr << "Files Deleted: " << state.RunFilesDeleted << " Space Gained: "
+            << FormatSize(state.RunSpaceGained, 2, true,
+                          engine.context().machine.system.UserLocale())
+            << std::endl;
   return stayed;
 }
 

@@ -96,6 +96,10 @@ class FileSystem {
   // With Detail::kKind attributes and last_write are not asked for.
   virtual std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) = 0;
 
+  // Whether nothing is at `path`, a link followed; false where this machine cannot know, such as
+  // for a drive that a volume does not map. Never throws.
+  virtual bool IsGone(std::string_view path) = 0;
+
   // Sets the FileAttribute bits (kNormal clears them all). May be silently kept where the medium
   // has no such attribute.
   virtual void SetAttributes(std::string_view path, uint32_t attributes) = 0;
@@ -128,6 +132,10 @@ class FileSystem {
   // Creates or replaces a file in one step: after a failure (Error) or a crash the old content is
   // still there, whole.
   virtual void WriteWholeFile(std::string_view path, std::string_view bytes) = 0;
+
+  // Where a folder really is: links on the way resolved, short (8.3) names written out. The path
+  // itself for what cannot be opened, and where no link is followed.
+  virtual std::string RealPath(std::string_view path) { return std::string(path); }
 
   // Declares `folder` as the place the following removals were asked for. Links in it and above it
   // are resolved now and trusted; a removal below it that would meanwhile leave it through a link

@@ -44,13 +44,18 @@ class RegistryKey {
 
   virtual std::optional<RegistryValue> QueryValue(std::string_view name) = 0;
 
-  // Index 0 upward, in the registry's own order; nothing behind the last.
+  // Index 0 upward, in the registry's own order; nothing behind the last, and none in a key that
+  // was deleted meanwhile.
   virtual std::optional<RegistryValueInfo> ValueAt(uint32_t index) = 0;
+  // The same with its data, into buffers that a walk hands in again and again; false behind the
+  // last.
+  virtual bool ReadValueAt(uint32_t index, std::string& name, RegistryValue& value);
   virtual std::optional<std::string> SubKeyAt(uint32_t index) = 0;
 
   // Changes. Each throws Error when denied and leaves the key as it was. On a volume they are
   // durable after Flush, or after the registry object is destroyed.
   virtual void SetValue(std::string_view name, const RegistryValue& value) = 0;
+  // A name with a NUL inside is found by index alone: by name it is missing, and it is not written.
   virtual bool DeleteValue(std::string_view name) = 0;  // false when missing
   // Removes a sub-key that has no sub-keys of its own; false when missing. Throws Error
   // (kNotEmpty) when it has some.

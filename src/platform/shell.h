@@ -25,10 +25,6 @@ class ShortcutReader {
   // Both texts are "" for what cannot be opened or is no shortcut. Nothing when only a running
   // Windows could tell where it leads. Never throws Error.
   virtual std::optional<Shortcut> Read(std::string_view path) = 0;
-
-  // Whether nothing is at `path`, a link followed; false where this machine cannot know, such as
-  // for a drive that a volume does not map.
-  virtual bool IsGone(std::string_view path) = 0;
 };
 
 enum class ShellFeature { kRecycleBin, kAddressHistory, kClipboard };
@@ -57,6 +53,11 @@ class Shell {
   // Throws NotAvailable, as Recycle, ClearAddressHistory and EmptyClipboard would, when this
   // machine never can do it. Changes nothing.
   virtual void Require(ShellFeature feature) = 0;
+
+  // Opens the shell's own window of a file's properties, or the file's folder with the file
+  // selected. Throw Error (NotAvailable for a volume).
+  virtual void ShowProperties(std::string_view path) = 0;
+  virtual void OpenFolderOf(std::string_view path) = 0;
 
   // Must not outlive the shell. Throws Error when shortcuts cannot be read here.
   virtual std::unique_ptr<ShortcutReader> OpenShortcuts() = 0;

@@ -3,6 +3,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "app/backup_step.h"
 #include "app/removal.h"
 #include "app/run_steps.h"
 #include "cleaners/skeleton.h"
@@ -39,7 +40,10 @@ void ProcessIni(CleaningContext& context, const IniEntry& entry) {
 
 void CollectFolders(CleaningContext& context, const FileEntry& entry,
                     std::vector<CollectedFolder>& collected) {
-  const FilesPlace place = FindFolders(context.machine, entry);
+  const FilesPlace place = FindFolders(context.machine, entry, [&context] {
+    context.view.Yield();
+    return context.state.AbortRequested;
+  });
   for (const std::string& refusal : place.refusals) Log(context, refusal);
   for (const std::string& folder : place.folders) {
     CollectPluginFiles(context, folder, entry.delete_subfolders, entry.recurse, place.mask);
@@ -54,8 +58,10 @@ void ProcessKey(CleaningContext& context, const RegistryEntry& entry) {
   if (!place.root) return Log(context, place.refusal);
   try {
     if (entry.delete_subkey) {
+      KeepRegistryTree(context, *place.root, place.subkey);
       DeleteRegistryKeyTree(context.machine.registry, *place.root, place.subkey);
     } else {
+      KeepRegistryValues(context, *place.root, place.subkey, entry.value_name);
       DeleteRegistryValue(context.machine.registry, *place.root, place.subkey, entry.value_name);
     }
   } catch (const Error& error) {

@@ -12,7 +12,6 @@ namespace {
 
 constexpr size_t kStringBuffer = 260;  // characters, the final NUL included
 constexpr size_t kListBuffer = 255;    // characters of a name or a text, bytes of other data
-constexpr uint32_t kMostValues = 256;
 
 bool IsText(uint32_t type) { return type == kRegSz || type == kRegExpandSz || type == kRegMultiSz; }
 
@@ -26,7 +25,7 @@ void WithKey(Access access, RegistryRoot root, std::string_view path, RegistryAc
     const auto key = access.registry.Open(root, WithoutBackslash(path), rights);
     if (key == nullptr) return;
     use(*key);
-    if (rights == RegistryAccess::kWrite) key->Flush();
+    if (rights == RegistryAccess::kWrite && access.store_at_once) key->Flush();
   } catch (const Error&) {
     return;
   }
@@ -37,38 +36,66 @@ bool FitsListBuffer(const RegistryValueInfo& value) {
          Characters(value.type, value.size) <= kListBuffer;
 }
 
+std::vector<std::string> SubKeysOf(RegistryKey& key) {
+  std::vector<std::string> names;
+  for (uint32_t i = 0; const std::optional<std::string> name = key.SubKeyAt(i); ++i) {
+    // An empty one would name the key itself.
+    if (const std::string_view cut = TrimNull(*name); !cut.empty()) names.emplace_back(cut);
+  }
+  return names;
+}
+
 void DeleteTreeBelow(RegistryKey& key) {
-  while (const std::optional<std::string> name = key.SubKeyAt(0)) {
-    const auto child = key.Open(*name, RegistryAccess::kWrite);
-    if (child != nullptr) DeleteTreeBelow(*child);
-    if (!key.DeleteSubKey(*name)) return;
+  for (const std::string& name : SubKeysOf(key)) {
+    try {
+      const auto child = key.Open(name, RegistryAccess::kWrite);
+      if (child != nullptr) DeleteTreeBelow(*child);
+      key.DeleteSubKey(name);
+    } catch (const Error&) {
+      continue;  // one denied key does not keep its neighbours
+    }
   }
 }
 
 }  // namespace
 
+std::string ReadRegString(Access access, RegistryKey& key, std::string_view name) {
+  const std::optional<RegistryValue> value = key.QueryValue(name);
+  if (!value || Characters(value->type, value->bytes.size()) > kStringBuffer) return {};
+  if (IsText(value->type)) return std::string(TrimNull(FromUtf16Bytes(value->bytes)));
+  return access.system.FromAnsi(TrimNull(value->bytes));
+}
+
 std::string ReadRegString(Access access, RegistryRoot root, std::string_view key,
                           std::string_view name) {
   std::string result;
-  WithKey(access, root, key, RegistryAccess::kRead, [&](RegistryKey& opened) {
-    const std::optional<RegistryValue> value = opened.QueryValue(name);
-    if (!value || Characters(value->type, value->bytes.size()) > kStringBuffer) return;
-    result = IsText(value->type) ? TrimNull(FromUtf16Bytes(value->bytes))
-                                 : access.system.FromAnsi(TrimNull(value->bytes));
-  });
+  WithKey(access, root, key, RegistryAccess::kRead,
+          [&](RegistryKey& opened) { result = ReadRegString(access, opened, name); });
   return result;
 }
 
-std::string ListRegValues(Access access, RegistryRoot root, std::string_view key) {
+std::string ListRegValues(RegistryKey& key, uint32_t most) {
   std::string names;
-  WithKey(access, root, key, RegistryAccess::kRead, [&](RegistryKey& opened) {
-    for (uint32_t index = 0; index < kMostValues; ++index) {
-      const std::optional<RegistryValueInfo> value = opened.ValueAt(index);
-      if (!value || !FitsListBuffer(*value)) break;
-      names.append(TrimBlanks(value->name)).push_back('\0');
-    }
-  });
+  for (uint32_t index = 0; index < most; ++index) {
+    const std::optional<RegistryValueInfo> value = key.ValueAt(index);
+    if (!value || !FitsListBuffer(*value)) break;
+    names.append(TrimBlanks(value->name)).push_back('\0');
+  }
   if (!names.empty()) names.pop_back();
+  return names;
+}
+
+std::string ListRegValues(Access access, RegistryRoot root, std::string_view key, uint32_t most) {
+  std::string names;
+  WithKey(access, root, key, RegistryAccess::kRead,
+          [&](RegistryKey& opened) { names = ListRegValues(opened, most); });
+  return names;
+}
+
+std::vector<std::string> ListSubKeys(Access access, RegistryRoot root, std::string_view key) {
+  std::vector<std::string> names;
+  WithKey(access, root, key, RegistryAccess::kRead,
+          [&](RegistryKey& opened) { names = SubKeysOf(opened); });
   return names;
 }
 
@@ -106,6 +133,11 @@ void DeleteRegKeyTree(Access access, RegistryRoot root, std::string_view key) {
   WithKey(access, root, key, RegistryAccess::kWrite,
           [](RegistryKey& opened) { DeleteTreeBelow(opened); });
   RegDeleteSubKey(access, root, key);
+}
+
+void StoreChanges(Access access, RegistryRoot root, std::string_view key) {
+  const auto opened = access.registry.Open(root, WithoutBackslash(key), RegistryAccess::kWrite);
+  if (opened != nullptr) opened->Flush();
 }
 
 void RequireWritable(Access access, RegistryRoot root, std::string_view key) {

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/registry.h"
 #include "platform/system.h"
@@ -13,7 +14,12 @@ namespace quellix::modRegistry {
 struct Access {
   Registry& registry;
   System& system;  // knows the ANSI code page
+  // Whether each change is stored at once; else with the next one that is, or by StoreChanges. A
+  // volume's hive is written as a whole each time.
+  bool store_at_once = true;
 };
+
+inline constexpr uint32_t kMostValues = 256;
 
 // A value as text, whatever its type: texts up to their first NUL, other data as its bytes taken
 // for ANSI characters, cut at the first zero byte. "" when it is missing or longer than 260
@@ -21,10 +27,19 @@ struct Access {
 std::string ReadRegString(Access access, RegistryRoot root, std::string_view key,
                           std::string_view name);
 
-// The value names of a key, each but the last followed by a NUL; "" for none. Ends before the 257th
-// value, and before one whose name or data is longer than 254 characters. Blanks around a name are
+// The same of an open key.
+std::string ReadRegString(Access access, RegistryKey& key, std::string_view name);
+
+// The value names of a key, each but the last followed by a NUL; "" for none. Ends behind `most`
+// values, and before one whose name or data is longer than 254 characters. Blanks around a name are
 // lost.
-std::string ListRegValues(Access access, RegistryRoot root, std::string_view key);
+std::string ListRegValues(Access access, RegistryRoot root, std::string_view key,
+                          uint32_t most = kMostValues);
+// The same of an open key.
+std::string ListRegValues(RegistryKey& key, uint32_t most);
+
+// The sub-key names of a key, cut at their first NUL, in the registry's order.
+std::vector<std::string> ListSubKeys(Access access, RegistryRoot root, std::string_view key);
 
 // Deletes the one value named, or every value of a list as ListRegValues gives it.
 void DeleteRegValues(Access access, RegistryRoot root, std::string_view names,
@@ -40,8 +55,11 @@ void RegSetString(Access access, RegistryRoot root, std::string_view key, std::s
 // Deletes the values of a key of the user; the key stays.
 void ClearRegKeyValues(Access access, std::string_view key);
 
-// Removes a key with all its sub-keys, depth first.
+// Removes a key with all its sub-keys, depth first; what is denied stays, with the keys above it.
 void DeleteRegKeyTree(Access access, RegistryRoot root, std::string_view key);
+
+// Stores what the hive of a key holds unstored. Throws Error.
+void StoreChanges(Access access, RegistryRoot root, std::string_view key);
 
 // Throws Error when the key is there but may not be changed, with the reason; for callers that owe
 // their user a word where the helpers are silent.

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/list_files.h"
+#include "app/removal.h"
 #include "platform/error.h"
 #include "platform/text.h"
 #include "search/drive_list.h"
@@ -62,10 +63,14 @@ class JunkTest : public FileTest {
                .path = std::string(folder),
                .file_type = std::string(dot == upper_name.npos ? std::string_view()
                                                                : upper_name.substr(dot + 1)),
-               .category = CategoryText(kind_)});
+               .category = CategoryText(kind_),
+               .last_write = info.last_write,
+               .attribute_bits = info.attributes,
+               .kind = kind_});
   }
 
   const SearchOptions& options() const { return options_; }
+  const Machine& machine() const { return machine_; }
 
  private:
   const Machine& machine_;
@@ -154,7 +159,7 @@ class DeadShortcutTest : public JunkTest {
         (EqualsNoCase(target, "A:\\") || EqualsNoCase(target, "B:\\"))) {
       return false;
     }
-    return reader_->IsGone(target);
+    return machine().files.IsGone(target);
   }
 
   std::unique_ptr<ShortcutReader> reader_;
@@ -205,6 +210,27 @@ void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
     ScanFolder(context, root, mask, ScanRules{ignore, test.get()});
   }
   if (context.state.AbortRequested) context.view.SetStatus("Aborted by user");
+}
+
+Removal RemoveFind(CleaningContext& context, const std::string& path, JunkKind kind) {
+  Removal removal{Removal::kStays};
+  try {
+    context.machine.files.Anchor(path.substr(0, 3));
+    const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kSize);
+    if (!info) return {Removal::kVanished};
+    removal.bytes = info->size;
+    if (kind == JunkKind::kEmptyFiles && static_cast<uint32_t>(info->size) != 0) {
+      removal.reason = "It is no longer empty.";
+      return removal;
+    }
+  } catch (const Error& error) {
+    removal.reason = error.what();
+    return removal;
+  }
+  if (!RemoveFile(context, path, &removal.reason)) return removal;
+  CountRemoved(context.state, static_cast<double>(removal.bytes));
+  removal.outcome = Removal::kRemoved;
+  return removal;
 }
 
 std::string AttributeLetters(uint32_t attributes) {

@@ -19,6 +19,11 @@ struct ResultRow {
   std::string path;        // the folder; ends in "\"
   std::string file_type;   // behind the last dot, in upper case; "" without one
   std::string_view category;
+
+  // What the texts were made of.
+  int64_t last_write = 0;       // FILETIME
+  uint32_t attribute_bits = 0;  // FileAttribute
+  JunkKind kind = JunkKind::kUnnecessaryFiles;
 };
 
 // Takes the finds of a search as they come.
@@ -35,6 +40,17 @@ std::string_view CategoryText(JunkKind kind);
 // changed. Ends early, with "Aborted by user" in the status, when the user stops. Throws Error when
 // options or lists cannot be read, or when the date filter is on and its dates make no sense.
 void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink);
+
+// What became of a find that was to be removed.
+struct Removal {
+  enum Outcome { kRemoved, kVanished, kStays } outcome;
+  uint64_t bytes = 0;       // its size just before
+  std::string reason = {};  // why it stays: a sentence, "" after a stop
+};
+
+// Removes the find at `path` by the removal mode and counts it in the totals of the run. A file
+// that is no longer empty stays when it was found for that. Never throws Error.
+Removal RemoveFind(CleaningContext& context, const std::string& path, JunkKind kind);
 
 // The letters of R, A, S, H that are set, in this order.
 std::string AttributeLetters(uint32_t attributes);

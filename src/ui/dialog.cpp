@@ -59,6 +59,12 @@ Dialog* Dialog::Of(HWND window) {
   return reinterpret_cast<Dialog*>(GetWindowLongPtrW(window, DWLP_USER));
 }
 
+HBRUSH Dialog::Paper(HDC target) {
+  SetBkColor(target, GetSysColor(COLOR_WINDOW));
+  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
+  return GetSysColorBrush(COLOR_WINDOW);
+}
+
 void Dialog::SetText(int id, std::string_view utf8) const {
   SetDlgItemTextW(window_, id, Wide(utf8).c_str());
 }

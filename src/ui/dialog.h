@@ -52,6 +52,10 @@ class Dialog {
   virtual HBRUSH OnControlColor(HDC /*target*/, HWND /*control*/) { return nullptr; }
   virtual bool OnEraseBackground(HDC /*target*/) { return false; }
 
+  // For OnControlColor: a text that cannot be changed would be grey; on paper it is there to be
+  // read.
+  static HBRUSH Paper(HDC target);
+
   HWND Control(int id) const { return GetDlgItem(window_, id); }
   void SetText(int id, std::string_view utf8) const;
   int dpi() const { return dpi_; }
@@ -59,6 +63,7 @@ class Dialog {
   void SetDpi(int dpi) {
     dpi_ = dpi;
     OnResolution();
+    OnSized();
   }
   Layout& layout() { return layout_; }
 

@@ -37,12 +37,4 @@ void FrmAbout::OnCommand(int id, int code) {
   if (id == IDCANCEL && code == BN_CLICKED) OnClose();
 }
 
-// A text that cannot be changed would be grey; this one is there to be read.
-HBRUSH FrmAbout::OnControlColor(HDC target, HWND control) {
-  if (control != Control(txtLicences)) return nullptr;
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
-}
-
 }  // namespace quellix

@@ -15,7 +15,9 @@ class FrmAbout : public OwnedWindow {
   HWND FirstFocus() override { return Control(IDCANCEL); }
   void OnResolution() override;
   void OnCommand(int id, int code) override;
-  HBRUSH OnControlColor(HDC target, HWND control) override;
+  HBRUSH OnControlColor(HDC target, HWND control) override {
+    return control == Control(txtLicences) ? Paper(target) : nullptr;
+  }
   const char* HelpTopic() const override { return "about"; }
 
  private:

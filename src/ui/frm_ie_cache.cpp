@@ -192,14 +192,6 @@ void FrmIECache::OnDrawItem(const DRAWITEMSTRUCT& item) {
   if (item.CtlID == wbCache && display_) display_->Draw(item);
 }
 
-// A text that cannot be changed would be grey; this one is there to be read.
-HBRUSH FrmIECache::OnControlColor(HDC target, HWND control) {
-  if (control != Control(txtCache)) return nullptr;
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
-}
-
 // While entries are deleted it stops that.
 void FrmIECache::OnClose() {
   stopped_ = true;

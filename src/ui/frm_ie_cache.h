@@ -28,7 +28,9 @@ class FrmIECache : public OwnedWindow {
   LRESULT OnNotify(NMHDR& header) override;
   void OnContextMenu(HWND control, POINT screen) override;
   void OnDrawItem(const DRAWITEMSTRUCT& item) override;
-  HBRUSH OnControlColor(HDC target, HWND control) override;
+  HBRUSH OnControlColor(HDC target, HWND control) override {
+    return control == Control(txtCache) ? Paper(target) : nullptr;
+  }
   bool OnKey(MSG& message) override { return display_ && display_->TakeKey(message); }
   void OnClose() override;
   void OnDestroyed() override;

@@ -11,6 +11,7 @@
 #include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "plugins/plugin_manager.h"
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
@@ -99,12 +100,14 @@ void FrmMain::RunHidden(bool is_loaded) {
 }
 
 void FrmMain::OnInit() {
+  prompts_.Attach(window());
   AddAnchors();
   FillBoxes();
   RefreshBoxes();
   windows_.on_options = [this] { FollowSettings(); };
   FollowSettings();
-  display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
+  display_.Attach(
+      window(), [this](const Item* item) { PlaceCurrentItem(item); }, machine_);
   display_.Flush();
 }
 
@@ -204,6 +207,8 @@ void FrmMain::OnCommand(int id, int code) {
     case cmdClean:
     case mnuClean:
       return Run([this] { engine_.RunCleaning(); });
+    case mnuProcessPlugin:
+      return ProcessPlugins();
     case cmdNextTip:
       return ShowTip();
     case mnuExit:
@@ -251,6 +256,12 @@ void FrmMain::Run(const std::function<void()>& work) {
   display_.Flush();
   running_ = false;
   AfterRun();
+}
+
+void FrmMain::ProcessPlugins() {
+  std::string told;
+  Run([&] { told = modPlugin::ProcessTickedPlugins(engine_.context()); });
+  if (!told.empty() && window()) prompts_.Inform(told);
 }
 
 void FrmMain::AfterRun() {

@@ -64,6 +64,7 @@ class FrmMain : public Dialog {
   void ShowTrayMenu(POINT screen);
   void Run(const std::function<void()>& work);
   void AfterRun();
+  void ProcessPlugins();
   void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
   void PlaceCurrentItem(const Item* item);
   int FooterTop() const;
@@ -76,6 +77,7 @@ class FrmMain : public Dialog {
   Machine machine_;
   FrmLog log_;
   MenuWindows windows_;
+  WindowPrompts prompts_;
   ToolTips tool_tips_;
   Tips tips_;
   TrayIcon tray_;

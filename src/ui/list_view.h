@@ -52,9 +52,12 @@ class ListView {
   void Refresh() const { InvalidateRect(list_, nullptr, FALSE); }
   std::vector<size_t> SelectedRows() const;
   int CountSelected() const { return ListView_GetSelectedCount(list_); }
+  // The row with the focus, -1 for none.
+  int FocusedRow() const { return ListView_GetNextItem(list_, -1, LVNI_FOCUSED); }
   // Selects one row, with the focus, and brings it into view.
   void Select(size_t row);
   void SelectAll() { ListView_SetItemState(list_, -1, LVIS_SELECTED, LVIS_SELECTED); }
+  void SelectNone() { ListView_SetItemState(list_, -1, 0, LVIS_SELECTED); }
   // Gives a column, of at least that many pixels, the room that the others leave.
   void FillWith(int column, int minimum);
   // The arrow on the heading of the column that sorts.

@@ -18,8 +18,8 @@ namespace {
 using quellix::StartMode;
 
 void LoadControlClasses() {
-  INITCOMMONCONTROLSEX classes{sizeof(classes),
-                               ICC_PROGRESS_CLASS | ICC_LISTVIEW_CLASSES | ICC_DATE_CLASSES};
+  INITCOMMONCONTROLSEX classes{sizeof(classes), ICC_PROGRESS_CLASS | ICC_LISTVIEW_CLASSES |
+                                                    ICC_DATE_CLASSES | ICC_TAB_CLASSES};
   InitCommonControlsEx(&classes);
 }
 

@@ -4,12 +4,24 @@
 #include "ui/resource.h"
 
 namespace quellix {
+namespace {
+
+constexpr std::pair<int, ScanTool> kScanEntries[] = {
+    {mnuOrphanedDLL, ScanTool::kSharedDlls},
+    {mnuOrphanedFilePath, ScanTool::kFileReferences},
+    {mnuOrphanedApplicationPath, ScanTool::kAppPaths},
+    {mnuOrphanedHelpFile, ScanTool::kHelpFiles},
+    {mnuOrphanedActivex, ScanTool::kComponents}};
+
+}  // namespace
 
 MenuWindows::MenuWindows(Engine& engine, const Machine& machine)
     : engine_(engine),
       backups_(machine),
       options_(machine),
-      cache_(machine, engine.context().view) {
+      plugin_manager_(engine, machine),
+      cache_(machine, engine.context().view),
+      registry_scan_(machine) {
   options_.show_backups = [this](HWND owner) { backups_.Show(owner); };
   options_.on_accepted = [this] {
     engine_.ApplyGeneralSettings();
@@ -18,12 +30,20 @@ MenuWindows::MenuWindows(Engine& engine, const Machine& machine)
 }
 
 bool MenuWindows::Open(int entry, HWND owner) {
+  for (const auto& [scan_entry, tool] : kScanEntries) {
+    if (scan_entry != entry) continue;
+    registry_scan_.Show(tool, owner);
+    return true;
+  }
   switch (entry) {
     case mnuBackups:
       backups_.Show(owner);
       return true;
     case mnuOptions:
       options_.Show(owner);
+      return true;
+    case mnuManagePlugin:
+      plugin_manager_.Show(owner);
       return true;
     case mnuAbout:
       about_.Show(owner);

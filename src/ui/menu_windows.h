@@ -6,6 +6,8 @@
 #include "ui/frm_backups.h"
 #include "ui/frm_ie_cache.h"
 #include "ui/frm_options.h"
+#include "ui/frm_plugin_manager.h"
+#include "ui/frm_registry_scan.h"
 
 namespace quellix {
 
@@ -24,7 +26,9 @@ class MenuWindows {
   Engine& engine_;
   FrmBackups backups_;
   FrmOptions options_;
+  FrmPluginManager plugin_manager_;
   FrmIECache cache_;
+  FrmRegistryScan registry_scan_;
   FrmAbout about_;
 };
 

@@ -19,10 +19,22 @@
 #define frmOptionsBackups 116
 
 // 120 to 129: the results of a junk search
+#define frmDeletetion 120
 
 // 130 to 139: plug-ins
+#define frmPluginManager 130
+#define frmPlugin 131
+#define frmKeygen 132
+#define frmTry 133
 
 // 140 to 149: registry tools
+#define frmOrphanedDLL 140
+#define frmInvalidFile 141
+#define frmInvalidAppPath 142
+#define frmInvalidHelp 143
+#define frmInvalidActivex 144
+#define frmEditAppPath 145
+#define frmEditHelp 146
 
 // 150 to 159: the Internet cache
 #define frmIECache 150
@@ -71,8 +83,25 @@
 #define mnuTrayExit 249
 
 // 300 to 319: the menus of the results of a junk search
+#define mnuDeletetion 300
+#define mnuResultRow 301
+#define mnuProperties 302
+#define mnuOpenFolder 303
+#define mnuAbort 304
+// One for each column: 310 to 316
+#define mnuSortResults 310
 
 // 320 to 359: the menus of plug-ins
+#define mnuPluginManager 320
+#define mnuPluginRows 321
+#define mnuView 322
+#define mnuAdd 323
+#define mnuDelete 324
+#define mnuCreate 325
+#define mnuEdit 326
+#define mnuProcess 327
+#define mnuCheckAll 328
+#define mnuUncheckAll 329
 
 // 360 to 379: the menus of registry tools
 
@@ -164,20 +193,123 @@
 #define cmdYesToAll 1402
 #define cmdNoToAll 1403
 
-// Commands of several windows
+// Controls of several windows
 #define cmdSelectAll 1420
 #define cmdDeselectAll 1421
 #define cmdDelete 1422
+#define cmdEdit 1423
+#define cmdBrowse 1424
+#define lblDescription 1425
+#define txtDescription 1426
 
 // The question for a text
 #define lblQuestion 1411
 #define txtAnswer 1412
 
 // The results of a junk search: 1500 to 1599
+#define lblTotalFiles 1501
+#define lblShown 1502
+#define lblFilter 1503
+#define txtFilter 1504
+#define lstvDeletion 1505
+#define lblRed 1506
+#define lblDeletionState 1507
+#define cmdDeleteSelected 1510
+#define cmdAbort 1511
+#define cmdExit 1512
 
 // Plug-ins: 1600 to 1799
+// The plug-in manager
+#define lblPlugins 1600
+#define lstvPlugin 1601
+
+// The plug-in editor
+#define sstPlugin 1612
+#define cmdTry 1613
+// Its pages: Files, Registry, INI files
+#define pagFiles 1620
+#define pagRegistry 1640
+#define pagINI 1670
+#define pagEnd 1700
+#define lstvFiles 1620
+#define lblFilePath 1621
+#define txtFilePath 1622
+#define cmdFileBrowse 1623
+#define lblFileExt 1624
+#define txtFileExt 1625
+#define chkFileRecurse 1626
+#define chkFileDeletesubFolders 1627
+#define cmdFilesAdd 1628
+#define cmdFileRemove 1629
+#define lblFileAlternate 1630
+#define drvFileAlternate 1631
+#define dirFileAlternate 1632
+#define flFileAlternate 1633
+#define cmdFileAddAlternate 1634
+#define lstvRegistry 1640
+#define optClassesRoot 1641
+#define optCurrentUser 1642
+#define optLocalMachine 1643
+#define optUsers 1644
+#define optPerformanceData 1645
+#define optCurrentConfig 1646
+#define optDynData 1647
+#define lblRegistrySubkey 1648
+#define txtRegistrySubkey 1649
+#define lblRegistryValue 1650
+#define txtRegistryValue 1651
+#define optEntireSubkey 1652
+#define optDeleteValue 1653
+#define chkDeleteAllSubkeys 1654
+#define cmdGeneratesubkeys 1655
+#define cmdGenerateValues 1656
+#define cmdRegistryAdd 1657
+#define cmdRegistryRemove 1658
+#define lstvINI 1670
+#define lblINIFileName 1671
+#define txtINIFileName 1672
+#define cmdINIBrowse 1673
+#define lblINISections 1674
+#define cmbINISections 1675
+#define lblINIValues 1676
+#define cmbINIValues 1677
+#define chkINIEraseSection 1678
+#define cmdINIAdd 1679
+#define cmdINIRemove 1680
+
+// The name generator
+#define lblFrom 1700
+#define cmbFrom 1701
+#define lblTo 1702
+#define cmbTo 1703
+#define chkPad 1704
+#define cmbPad 1705
+
+// What a recipe would remove
+#define lblTry 1710
+#define lstvTry 1711
+#define txtTry 1712
 
 // Registry tools: 1800 to 1899
+#define Label1 1800
+#define lstvOrphanedDLL 1801
+#define lstvInvalid 1802
+#define pgKeys 1803
+#define chkDelete 1805
+#define chkThorough 1806
+#define fmResize 1810
+#define lblKey 1811
+#define txtKey 1812
+#define lblValue 1813
+#define txtValue 1814
+#define lblPath 1815
+#define txtPath 1816
+
+// The edit dialogs of registry tools; a help file's folder is where an application's path is
+#define lblAppPath 1821
+#define lblHelpFile 1821
+#define lblHelpPath 1816
+#define cmdOk 1823
 
 // The Internet cache: 1900 to 1949
 #define lblShow 1900
@@ -266,17 +398,13 @@
 #define lblSearchUnit 2122
 #define lblSearchHidden 2123
 
-// Its pages for lists
+// Its pages for lists; further controls share the numbers of other windows
 #define lblListHint 2151
 #define lstvList 2152
 #define lblEntry 2153
 #define txtEntry 2154
-#define lblDescription 2155
-#define txtDescription 2156
 #define cmdAdd 2157
-#define cmdEdit 2158
 #define cmdRemove 2159
-#define cmdBrowse 2160
 #define cmdDefaults 2161
 
 // Its page Cookies

@@ -21,9 +21,33 @@ bool IsRepeatedPress(const MSG& message) {
 
 }  // namespace
 
-void RunDisplay::Attach(HWND window, ShowItem show_item) {
+void RunDisplay::Attach(HWND window, ShowItem show_item, const Machine& machine) {
   window_ = window;
   show_item_ = std::move(show_item);
+  results_.emplace(machine);
+}
+
+HWND RunDisplay::Front() const {
+  return results_ && results_->IsOpen() ? results_->window() : window_;
+}
+
+bool RunDisplay::OpenResults(SearchResults& results) {
+  Flush();
+  results_->Show(window_, results);
+  return true;
+}
+
+void RunDisplay::AwaitResults() {
+  Flush();
+  if (results_->IsOpen()) results_->Refresh();
+  MSG message;
+  while (results_->IsOpen()) {
+    if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
+      PostQuitMessage(static_cast<int>(message.wParam));
+      return results_->Close();
+    }
+    Dialog::Dispatch(message);
+  }
 }
 
 std::optional<RunReport> RunDisplay::TakeReport() { return std::exchange(report_, std::nullopt); }
@@ -37,7 +61,7 @@ void RunDisplay::Yield() {
   PumpMessages();
 }
 
-void RunDisplay::PumpMessages() const {
+void RunDisplay::PumpMessages() {
   MSG message;
   while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
     if (message.message == WM_QUIT) {
@@ -57,7 +81,7 @@ void RunDisplay::ShowCurrentItem(const Item* item) {
 
 void RunDisplay::ShowCritical(std::string_view text) {
   Flush();
-  MessageBoxW(window_, Wide(text).c_str(), Wide(kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
+  MessageBoxW(Front(), Wide(text).c_str(), Wide(kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
 }
 
 void RunDisplay::Flush() {

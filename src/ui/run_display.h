@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/views.h"
+#include "ui/frm_deletetion.h"
 #include "ui/windows_api.h"
 
 namespace quellix {
@@ -15,8 +16,9 @@ class RunDisplay : public RunView {
  public:
   using ShowItem = std::function<void(const Item*)>;
 
-  // The window to show in, and what moves its picture of the current item.
-  void Attach(HWND window, ShowItem show_item);
+  // The window to show in, what moves its picture of the current item, and what the windows before
+  // it ask.
+  void Attach(HWND window, ShowItem show_item, const Machine& machine);
   // Brings the window up to date.
   void Flush();
   // The report of the last finished run, once.
@@ -30,15 +32,23 @@ class RunDisplay : public RunView {
   void ShowLastCleaned(std::string_view text) override { last_cleaned_.assign(text); }
   void ShowCritical(std::string_view text) override;
   void ShowReport(const RunReport& report) override { report_ = report; }
+  bool OpenResults(SearchResults& results) override;
+  void AwaitResults() override;
+
+  // Handles what waits in the thread's queue.
+  static void PumpMessages();
 
  private:
   void FlushText(int control, const std::string& text, std::string& shown) const;
   void FlushProgress();
   void FlushCommands();
   void EnableMenus(bool enable) const;
-  void PumpMessages() const;
+
+  // The window that boxes stand before.
+  HWND Front() const;
 
   HWND window_ = nullptr;
+  std::optional<FrmDeletetion> results_;
   ShowItem show_item_;
   std::string status_, shown_status_;
   std::string last_cleaned_, shown_last_cleaned_;

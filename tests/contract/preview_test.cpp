@@ -157,9 +157,16 @@ TEST_F(PreviewContract, TheRegistryIsReadAsChangedAndStaysAsItIs) {
     const auto denied = test_->DenyRegistryWrites(kUser, key_);
     EXPECT_EQ(KindOf([&] { registry.Open(kUser, key_, kWrite); }), Error::Kind::kDenied);
   }
+  const auto made = registry.Create(kUser, key_ + "\\New\\Deep");
+  made->SetValue("v", {kRegNone, "1"});
+  EXPECT_EQ(key->SubKeyAt(0), "New");
+  EXPECT_EQ(key->Open("new", kWrite)->SubKeyAt(0), "Deep");
+  EXPECT_EQ(registry.Create(kUser, key_ + "\\NEW\\deep")->ValueAt(0)->name, "v");
+  EXPECT_TRUE(key->DeleteSubKey("New\\Deep") && key->DeleteSubKey("New"));
+  EXPECT_FALSE(key->SubKeyAt(0) || key->Open("New", kWrite));
   EXPECT_EQ(Recorded()[0], "Registry value HKEY_CURRENT_USER\\" + key_ + ", A");
   EXPECT_EQ(Recorded()[2], "Registry key HKEY_CURRENT_USER\\" + key_ + "\\one\\DEEP");
-  EXPECT_EQ(preview_.changes().size(), 6u);
+  EXPECT_EQ(preview_.changes().size(), 8u) << "six, a key made and a value set in it";
   EXPECT_EQ(test_->ValueNames(kUser, key_), (std::vector<std::string>{"", "a", "b"}));
   EXPECT_TRUE(test_->KeyExists(kUser, key_ + "\\One\\Deep"));
 }

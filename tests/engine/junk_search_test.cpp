@@ -198,7 +198,12 @@ TEST_F(JunkSearchTest, FindsAreRemovedAndVanishedOnesAreNoFailure) {
   ASSERT_EQ(rows.size(), 3u);
   ports.files.RemoveFile(scratch + "b.x");
   for (const ResultRow& row : rows) {
-    EXPECT_EQ(engine.RemoveFound(row), row.name != "locked.x") << row.name;
+    const Removal::Outcome want = row.name == "locked.x" ? Removal::kStays
+                                  : row.name == "b.x"    ? Removal::kVanished
+                                                         : Removal::kRemoved;
+    const Removal removal = engine.RemoveFound(row);
+    EXPECT_EQ(removal.outcome, want) << row.name;
+    EXPECT_EQ(removal.reason.empty(), want != Removal::kStays) << removal.reason;
   }
   EXPECT_EQ(machine->Tree(scratch), List{"locked.x"});
 }

@@ -12,8 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   file.Write({reinterpret_cast<const char*>(data), size});
   const std::optional<Shortcut> shortcut = reader->Read(file.path());
   if (shortcut) {
-    reader->IsGone(shortcut->target);
-    reader->IsGone(shortcut->working_folder);
+    file.machine().files.IsGone(shortcut->target);
+    file.machine().files.IsGone(shortcut->working_folder);
   }
   return 0;
 }

@@ -36,8 +36,8 @@ void PutHeader(std::string& hive) {
   PutText(hive, 0, "regf");
   Put32(hive, kFirstSequence, 1);
   Put32(hive, kSecondSequence, 1);
-  Put32(hive, 20, 1);  // version 1.5
-  Put32(hive, 24, 5);
+  Put32(hive, 20, 1);  // version 1.3, which stores large data in one piece
+  Put32(hive, 24, 3);
   Put32(hive, 32, 1);  // loaded straight into memory
   Put32(hive, 36, kRootCell);
   Put32(hive, 40, kPage);

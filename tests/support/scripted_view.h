@@ -16,6 +16,9 @@ class ScriptedView : public RunView {
   std::function<void()> on_yield;
   std::function<void(const std::string&)> on_status;
 
+  // What the user does in the results window before closing it; without it nobody can review.
+  std::function<void(SearchResults&)> on_results;
+
   std::vector<std::string> statuses;
   std::vector<std::string> criticals;
   std::vector<std::string> items;  // keys, in the order shown
@@ -41,6 +44,15 @@ class ScriptedView : public RunView {
   void ShowLastCleaned(std::string_view text) override { last_cleaned = text; }
   void ShowCritical(std::string_view text) override { criticals.emplace_back(text); }
   void ShowReport(const RunReport& shown) override { report = shown; }
+  bool OpenResults(SearchResults& opened) override {
+    results = &opened;
+    ++results_opened;
+    return on_results != nullptr;
+  }
+  void AwaitResults() override { on_results(*results); }
+
+  SearchResults* results = nullptr;  // open until AwaitResults ends
+  int results_opened = 0;
 };
 
 }  // namespace quellix

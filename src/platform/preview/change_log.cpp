@@ -33,8 +33,12 @@ std::string_view KindText(ChangeKind kind) {
       return "Folder made";
     case ChangeKind::kSetAttributes:
       return "Attributes";
+    case ChangeKind::kMakeKey:
+      return "Registry key made";
     case ChangeKind::kSetValue:
       return "Registry value set";
+    case ChangeKind::kEndSession:
+      return "Session ended";
   }
   return {};
 }

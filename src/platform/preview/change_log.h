@@ -23,7 +23,9 @@ enum class ChangeKind {
   kWriteFile,
   kMakeFolder,
   kSetAttributes,
+  kMakeKey,
   kSetValue,
+  kEndSession,
 };
 
 // One change that was asked for and not made. Texts are UTF-8.

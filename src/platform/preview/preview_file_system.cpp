@@ -98,6 +98,12 @@ std::optional<FileInfo> PreviewFileSystem::Look(std::string_view path, Detail de
   return inner_.Look(place.real, detail);
 }
 
+bool PreviewFileSystem::IsGone(std::string_view path) {
+  const Place place = Find(path);
+  if (place.real.empty()) return !Look(path, Detail::kKind);
+  return inner_.IsGone(place.real);
+}
+
 bool PreviewFileSystem::Enumerate(std::string_view folder, Detail detail,
                                   const EntryVisitor& visit) {
   if (nodes_.empty()) return inner_.Enumerate(folder, detail, visit);
@@ -126,11 +132,6 @@ bool PreviewFileSystem::VisitAdded(const std::string& folder, const EntryVisitor
     if (info && !visit({nodes_.at(at->first).name, *info})) return false;
   }
   return true;
-}
-
-bool PreviewFileSystem::IsTaken(std::string_view path) const {
-  const Place place = Find(path);
-  return place.real.empty() && (place.node == nullptr || place.node->kind == Node::Kind::kGone);
 }
 
 FileInfo PreviewFileSystem::Need(std::string_view path, Detail detail) {

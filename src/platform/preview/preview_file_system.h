@@ -21,6 +21,7 @@ class PreviewFileSystem : public FileSystem {
   PreviewFileSystem(FileSystem& inner, ChangeLog& log) : inner_(inner), log_(log) {}
 
   bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override;
+  bool IsGone(std::string_view path) override;
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
   void SetAttributes(std::string_view path, uint32_t attributes) override;
   void RemoveFile(std::string_view path) override;
@@ -31,14 +32,13 @@ class PreviewFileSystem : public FileSystem {
   std::optional<std::string> ReadWholeFile(std::string_view path,
                                            uint64_t limit = 16u << 20) override;
   void WriteWholeFile(std::string_view path, std::string_view bytes) override;
+  std::string RealPath(std::string_view path) override { return inner_.RealPath(path); }
   void Anchor(std::string_view folder) override { inner_.Anchor(folder); }
 
   // A file goes in another way than by RemoveFile. Throws as that does.
   void Take(std::string_view path, ChangeKind kind);
   // A file goes with something that is recorded itself.
   void Forget(std::string_view path) { Put(path, {}); }
-  // Whether something was there and was removed.
-  bool IsTaken(std::string_view path) const;
 
  private:
   // What a path became.

@@ -22,12 +22,17 @@ class PreviewProfile : public IniFiles {
   ChangeLog& log_;
 };
 
-// A session that nothing ends.
+// A session that is never ended.
 class PreviewSession : public Session {
  public:
+  explicit PreviewSession(ChangeLog& log) : log_(log) {}
+
   bool ClaimInstance(std::string_view) override { return true; }
   void EnablePrivilege(std::string_view) override {}
-  void Exit(uint32_t, uint32_t) override {}
+  void Exit(uint32_t, uint32_t) override { log_.push_back({ChangeKind::kEndSession, "", "", 0}); }
+
+ private:
+  ChangeLog& log_;
 };
 
 // Wraps a machine: every read passes through, every change is recorded instead of made, and later

@@ -40,13 +40,7 @@ class PreviewKey : public RegistryKey {
         changes_(changes),
         log_(log) {}
 
-  std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) override {
-    std::string place = Below(place_, path);
-    if (changes_.gone_keys.contains(UpCase(place))) return nullptr;
-    auto key = inner_->Open(path, access);
-    if (key == nullptr) return nullptr;
-    return std::make_unique<PreviewKey>(std::move(key), std::move(place), access, changes_, log_);
-  }
+  std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) override;
   std::optional<RegistryValue> QueryValue(std::string_view name) override;
   std::optional<RegistryValueInfo> ValueAt(uint32_t index) override;
   std::optional<std::string> SubKeyAt(uint32_t index) override;
@@ -66,8 +60,10 @@ class PreviewKey : public RegistryKey {
   const RegistryChanges::SetValue* FindChange(std::string_view name) const;
   void ReadValues();
 
-  std::unique_ptr<RegistryKey> inner_;
-  std::string place_;  // root name and path
+  std::vector<std::string> MadeBelow() const;
+
+  std::unique_ptr<RegistryKey> inner_;  // null for a key that was made
+  std::string place_;                   // root name and path
   std::string id_;
   RegistryAccess access_;
   RegistryChanges& changes_;
@@ -79,6 +75,25 @@ class PreviewKey : public RegistryKey {
   std::deque<std::string> names_;
 };
 
+// A key at a place, found in what was made or by `open` on the inner machine; null when it is gone
+// or was never there.
+template <typename Open>
+std::unique_ptr<RegistryKey> OpenAt(std::string place, RegistryAccess access,
+                                    RegistryChanges& changes, ChangeLog& log, Open open) {
+  const std::string id = UpCase(place);
+  const bool is_made = changes.made_keys.contains(id);
+  if (!is_made && changes.gone_keys.contains(id)) return nullptr;
+  std::unique_ptr<RegistryKey> key = is_made ? nullptr : open();
+  if (key == nullptr && !is_made) return nullptr;
+  return std::make_unique<PreviewKey>(std::move(key), std::move(place), access, changes, log);
+}
+
+std::unique_ptr<RegistryKey> PreviewKey::Open(std::string_view path, RegistryAccess access) {
+  return OpenAt(Below(place_, path), access, changes_, log_, [&]() -> std::unique_ptr<RegistryKey> {
+    return inner_ ? inner_->Open(path, access) : nullptr;
+  });
+}
+
 const RegistryChanges::SetValue* PreviewKey::FindChange(std::string_view name) const {
   const auto values = changes_.values.find(id_);
   if (values == changes_.values.end()) return nullptr;
@@ -88,12 +103,14 @@ const RegistryChanges::SetValue* PreviewKey::FindChange(std::string_view name) c
 
 std::optional<RegistryValue> PreviewKey::QueryValue(std::string_view name) {
   if (const auto* change = FindChange(name)) return change->value;
-  return inner_->QueryValue(name);
+  return inner_ ? inner_->QueryValue(name) : std::nullopt;
 }
 
 void PreviewKey::ReadValues() {
   values_.clear();
-  for (uint32_t i = 0; const auto value = inner_->ValueAt(i); ++i) {
+  for (uint32_t i = 0; inner_ != nullptr; ++i) {
+    const auto value = inner_->ValueAt(i);
+    if (!value) break;
     if (FindChange(value->name) == nullptr) values_.push_back(*value);
   }
   const auto changed = changes_.values.find(id_);
@@ -111,20 +128,33 @@ std::optional<RegistryValueInfo> PreviewKey::ValueAt(uint32_t index) {
   return values_[index];
 }
 
-// No sub-key ever comes back, so that those in front that are gone are dropped for good: deleting
-// a large key from its front takes linear time.
+std::vector<std::string> PreviewKey::MadeBelow() const {
+  std::vector<std::string> names;
+  const std::string start = id_ + "\\";
+  for (auto made = changes_.made_keys.lower_bound(start);
+       made != changes_.made_keys.end() && made->first.starts_with(start); ++made) {
+    if (made->first.find('\\', start.size()) == std::string::npos) names.push_back(made->second);
+  }
+  return names;
+}
+
+// A sub-key that is gone stays gone (one that is made again stands behind the others), so that
+// those in front are dropped for good: deleting a large key from its front takes linear time.
 std::optional<std::string> PreviewKey::SubKeyAt(uint32_t index) {
-  if (!names_are_read_) {
-    for (uint32_t i = 0; const auto name = inner_->SubKeyAt(i); ++i) names_.push_back(*name);
-    names_are_read_ = true;
+  for (uint32_t i = 0; inner_ != nullptr && !names_are_read_; ++i) {
+    const auto name = inner_->SubKeyAt(i);
+    if (name) names_.push_back(*name);
+    names_are_read_ = !name;
   }
   while (!names_.empty() && IsGone(names_.front())) names_.pop_front();
   if (index > 0 && names_generation_ != changes_.generation) {
     std::erase_if(names_, [this](const std::string& name) { return IsGone(name); });
     names_generation_ = changes_.generation;
   }
-  if (index >= names_.size()) return std::nullopt;
-  return names_[index];
+  if (index < names_.size()) return names_[index];
+  const std::vector<std::string> made = MadeBelow();
+  index -= static_cast<uint32_t>(names_.size());
+  return index < made.size() ? std::optional(made[index]) : std::nullopt;
 }
 
 void PreviewKey::SetValue(std::string_view name, const RegistryValue& value) {
@@ -151,30 +181,35 @@ bool PreviewKey::DeleteSubKey(std::string_view path) {
   const auto child = Open(path, RegistryAccess::kRead);
   if (child == nullptr) return false;
   if (child->SubKeyAt(0)) throw Error(Error::Kind::kNotEmpty, "The registry key has sub-keys.");
-  const std::string place = Below(place_, path);
-  changes_.gone_keys.insert(UpCase(place));
+  const std::string place = Below(place_, path), id = UpCase(place);
+  const bool was_made = changes_.made_keys.erase(id) != 0;
+  changes_.gone_keys.insert(id);
+  changes_.values.erase(id);
   ++changes_.generation;
-  log_.push_back({ChangeKind::kDeleteKey, place, "", 0});
+  if (!was_made) log_.push_back({ChangeKind::kDeleteKey, place, "", 0});
   return true;
 }
 
 }  // namespace
 
-std::unique_ptr<RegistryKey> PreviewRegistry::Open(RegistryRoot root, std::string_view path,
-                                                   RegistryAccess access) {
-  std::string place = Below(std::string(RootName(root)), path);
-  if (changes_.gone_keys.contains(UpCase(place))) return nullptr;
-  auto key = inner_.Open(root, path, access);
-  if (key == nullptr) return nullptr;
-  return std::make_unique<PreviewKey>(std::move(key), std::move(place), access, changes_, log_);
+std::unique_ptr<RegistryKey> PreviewRegistry::Create(RegistryRoot root, std::string_view path) {
+  if (auto key = Open(root, path, RegistryAccess::kWrite)) return key;
+  std::string place(RootName(root)), below;
+  for (const std::string& name : Split(WithoutBackslash(path), '\\')) {
+    place += "\\" + name;
+    below += (below.empty() ? "" : "\\") + name;
+    if (Open(root, below, RegistryAccess::kRead)) continue;
+    changes_.made_keys[UpCase(place)] = name;
+    ++changes_.generation;
+  }
+  log_.push_back({ChangeKind::kMakeKey, place, "", 0});
+  return Open(root, path, RegistryAccess::kWrite);
 }
 
-std::unique_ptr<RegistryKey> PreviewRegistry::Create(RegistryRoot root, std::string_view path) {
-  auto key = Open(root, path, RegistryAccess::kWrite);
-  if (key == nullptr) {
-    throw Error(Error::Kind::kNotAvailable, "A preview makes no registry keys.");
-  }
-  return key;
+std::unique_ptr<RegistryKey> PreviewRegistry::Open(RegistryRoot root, std::string_view path,
+                                                   RegistryAccess access) {
+  return OpenAt(Below(std::string(RootName(root)), path), access, changes_, log_,
+                [&] { return inner_.Open(root, path, access); });
 }
 
 }  // namespace quellix

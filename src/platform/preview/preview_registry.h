@@ -21,6 +21,7 @@ struct RegistryChanges {
   using Values = std::map<std::string, SetValue>;  // by name in upper case
 
   std::unordered_set<std::string> gone_keys;       // comparable places
+  std::map<std::string, std::string> made_keys;    // names of keys that were not there, likewise
   std::unordered_map<std::string, Values> values;  // of the key at a comparable place
   uint64_t generation = 0;                         // counts the changes
 };

@@ -5,25 +5,6 @@
 #include "platform/error.h"
 
 namespace quellix {
-namespace {
-
-// What the preview removed is gone for shortcuts as well.
-class PreviewShortcuts : public ShortcutReader {
- public:
-  PreviewShortcuts(std::unique_ptr<ShortcutReader> inner, PreviewFileSystem& files)
-      : inner_(std::move(inner)), files_(files) {}
-
-  std::optional<Shortcut> Read(std::string_view path) override { return inner_->Read(path); }
-  bool IsGone(std::string_view path) override {
-    return files_.IsTaken(path) || inner_->IsGone(path);
-  }
-
- private:
-  std::unique_ptr<ShortcutReader> inner_;
-  PreviewFileSystem& files_;
-};
-
-}  // namespace
 
 void PreviewShell::Recycle(std::string_view path) {
   inner_.Require(ShellFeature::kRecycleBin);
@@ -58,9 +39,7 @@ void PreviewShell::EmptyClipboard() {
   log_.push_back({ChangeKind::kEmptyClipboard, "", "", 0});
 }
 
-std::unique_ptr<ShortcutReader> PreviewShell::OpenShortcuts() {
-  return std::make_unique<PreviewShortcuts>(inner_.OpenShortcuts(), files_);
-}
+std::unique_ptr<ShortcutReader> PreviewShell::OpenShortcuts() { return inner_.OpenShortcuts(); }
 
 void PreviewUrlCache::Enumerate(const UrlCacheVisitor& visit) {
   inner_.Enumerate([&](const UrlCacheEntry& entry) {

@@ -22,6 +22,8 @@ class PreviewShell : public Shell {
   void ClearAddressHistory() override;
   void EmptyClipboard() override;
   void Require(ShellFeature feature) override { inner_.Require(feature); }
+  void ShowProperties(std::string_view path) override { inner_.ShowProperties(path); }
+  void OpenFolderOf(std::string_view path) override { inner_.OpenFolderOf(path); }
   std::unique_ptr<ShortcutReader> OpenShortcuts() override;
 
  private:

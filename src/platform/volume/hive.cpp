@@ -19,7 +19,15 @@ template <class T>
 using Allocated = std::unique_ptr<T, Freeer>;
 
 // Contents kept at a time; those with changes are kept beyond it.
-constexpr size_t kMostContents = 256;
+constexpr size_t kMostContents = 4096;
+
+// Deeper than Windows allows.
+constexpr size_t kMostLevels = 520;
+
+// Since version 1.4 data beyond the first limit is stored in pieces, which hivex reads but does not
+// write; beyond the second it writes none at all.
+constexpr uint32_t kFirstVersionWithPieces = 4;
+constexpr size_t kMostInOnePiece = 16344, kMostWritten = 999'000;  // bytes
 
 std::string ProcPath(int fd) { return "/proc/self/fd/" + std::to_string(fd); }
 
@@ -50,16 +58,18 @@ std::shared_ptr<Hive> Hive::Open(VolumeFileSystem& files, const std::string& pat
   std::unique_ptr<hive_h, Closer> hive(hivex_open(ProcPath(fd.get()).c_str(), flags));
   if (!hive && errno == ENOMEM) ThrowErrno(errno, path);
   if (!hive) throw Error(Error::Kind::kOther, "The registry hive is damaged: " + path);
-  return std::shared_ptr<Hive>(new Hive(files, path, std::move(reason), std::move(hive)));
+  return std::shared_ptr<Hive>(
+      new Hive(files, path, std::move(reason), HiveMinorVersion(fd.get()), std::move(hive)));
 }
 
 Hive::Hive(VolumeFileSystem& files, std::string path, std::string read_only_reason,
-           std::unique_ptr<hive_h, Closer> hive)
+           uint32_t minor_version, std::unique_ptr<hive_h, Closer> hive)
     : files_(files),
       path_(std::move(path)),
       read_only_reason_(std::move(read_only_reason)),
       hive_(std::move(hive)),
-      root_(hivex_root(hive_.get())) {
+      root_(hivex_root(hive_.get())),
+      minor_version_(minor_version) {
   if (root_ == 0) ThrowDamaged();
 }
 
@@ -74,7 +84,32 @@ void Hive::ThrowDamaged() const {
   throw Error(Error::Kind::kOther, "The registry hive is damaged: " + path_);
 }
 
-void Hive::RequireWritable() const {
+// Every key, value and datum is read once: hivex writes what it holds, sound or not.
+void Hive::LookThrough() {
+  struct Step {
+    HiveNode node;
+    size_t level;
+  };
+  std::string bytes;
+  std::vector<Step> open = {{root_, 1}};
+  while (!open.empty()) {
+    const Step step = open.back();
+    open.pop_back();
+    if (step.level > kMostLevels) ThrowDamaged();
+    for (const Value& value : Values(step.node)) ReadBytes(value, bytes);
+    for (const HiveNode child : Children(step.node).nodes) open.push_back({child, step.level + 1});
+  }
+}
+
+void Hive::RequireWritable() {
+  if (!is_looked_through_ && read_only_reason_.empty()) {
+    is_looked_through_ = true;
+    try {
+      LookThrough();
+    } catch (const Error& error) {
+      read_only_reason_ = std::string(error.what()) + " It is only read.";
+    }
+  }
   if (!read_only_reason_.empty()) throw Error(Error::Kind::kDenied, read_only_reason_);
 }
 
@@ -93,16 +128,44 @@ Hive::Content& Hive::Children(HiveNode node) {
   if (content.has_children) return content;
   const Allocated<hive_node_h> nodes(hivex_node_children(hive_.get(), node));
   if (!nodes) ThrowDamaged();
+  ++reading_;
   for (const hive_node_h* child = nodes.get(); *child != 0; ++child) {
+    NoteParent(*child, node);
     const Allocated<char> name(hivex_node_name(hive_.get(), *child));
     // A name that cannot be told is left alone: nothing could name it either.
     if (!name) continue;
-    content.by_upper_name.emplace(UpCase(std::string_view(name.get())), content.names.size());
     content.names.emplace_back(name.get());
     content.nodes.push_back(*child);
   }
   content.has_children = true;
   return content;
+}
+
+void Hive::NoteParent(HiveNode child, HiveNode parent) {
+  const auto [known, is_new] = places_.try_emplace(child);
+  Place& place = known->second;
+  const bool is_elsewhere = !is_new && (place.parent != parent || place.reading == reading_);
+  if (child == root_ || is_elsewhere) ThrowDamaged();
+  place = {parent, reading_};
+}
+
+// A walk asks for one sub-key after another, spelled as it is.
+const HiveNode* Hive::FindChild(HiveNode node, const std::string& name) {
+  Content& content = Children(node);
+  for (const size_t at : {content.last_found, content.last_found + 1}) {
+    if (at >= content.names.size() || content.names[at] != name) continue;
+    content.last_found = at;
+    return &content.nodes[at];
+  }
+  if (content.by_upper_name.empty()) {
+    for (size_t i = 0; i < content.names.size(); ++i) {
+      content.by_upper_name.emplace(UpCase(std::string_view(content.names[i])), i);
+    }
+  }
+  const auto found = content.by_upper_name.find(UpCase(std::string_view(name)));
+  if (found == content.by_upper_name.end()) return nullptr;
+  content.last_found = found->second;
+  return &content.nodes[found->second];
 }
 
 void Hive::ForgetChildren(HiveNode node) {
@@ -111,6 +174,7 @@ void Hive::ForgetChildren(HiveNode node) {
   content.names.clear();
   content.nodes.clear();
   content.by_upper_name.clear();
+  content.last_found = 0;
   changed_ = true;
   ++generation_;
 }
@@ -118,10 +182,9 @@ void Hive::ForgetChildren(HiveNode node) {
 std::optional<HiveNode> Hive::Descend(HiveNode from, std::string_view path) {
   for (const std::string& name : Split(path, '\\')) {
     if (name.empty()) continue;
-    const Content& content = Children(from);
-    const auto found = content.by_upper_name.find(UpCase(std::string_view(name)));
-    if (found == content.by_upper_name.end()) return std::nullopt;
-    from = content.nodes[found->second];
+    const HiveNode* const child = FindChild(from, name);
+    if (!child) return std::nullopt;
+    from = *child;
   }
   return from;
 }
@@ -135,7 +198,7 @@ Hive::Value Hive::LoadValue(hive_value_h handle) const {
   if (hivex_value_type(hive_.get(), handle, &type, &value.size) != 0) ThrowDamaged();
   value.type = FromHiveType(type);
   value.stored = handle;
-  if (name) value.name = name.get();
+  if (name) value.name.assign(name.get(), hivex_value_key_len(hive_.get(), handle));
   return value;
 }
 
@@ -149,6 +212,7 @@ Hive::Content& Hive::LoadedValues(HiveNode node) {
     values.push_back(LoadValue(*handle));
   }
   content.values = std::move(values);
+  content.name_hashes.clear();
   content.has_values = true;
   return content;
 }
@@ -156,33 +220,60 @@ Hive::Content& Hive::LoadedValues(HiveNode node) {
 const std::vector<Hive::Value>& Hive::Values(HiveNode node) { return LoadedValues(node).values; }
 
 const Hive::Value* Hive::FindValue(HiveNode node, std::string_view name) {
-  const std::vector<Value>& values = Values(node);
-  const auto found = std::find_if(values.begin(), values.end(), [name](const Value& value) {
-    return EqualsNoCase(value.name, name);
-  });
-  return found == values.end() ? nullptr : &*found;
+  Content& content = LoadedValues(node);
+  const std::hash<std::string> hash;
+  if (content.name_hashes.size() != content.values.size()) {
+    content.name_hashes.clear();
+    for (const Value& value : content.values) {
+      content.name_hashes.push_back(hash(UpCase(std::string_view(value.name))));
+    }
+  }
+  const size_t wanted = hash(UpCase(name));
+  for (size_t i = 0; i < content.values.size(); ++i) {
+    if (content.name_hashes[i] == wanted && EqualsNoCase(content.values[i].name, name)) {
+      return &content.values[i];
+    }
+  }
+  return nullptr;
 }
 
 std::string Hive::Bytes(const Value& value) const {
-  if (value.stored == 0 || value.size == 0) return value.bytes;
-  hive_type type;
-  size_t size = 0;
-  const Allocated<char> bytes(hivex_value_value(hive_.get(), value.stored, &type, &size));
-  if (!bytes) ThrowDamaged();
-  return std::string(bytes.get(), size);
+  std::string bytes;
+  ReadBytes(value, bytes);
+  return bytes;
 }
 
-// hivex sets all values of a key at once, so the unchanged ones are held ready too. A name it
-// cannot give back whole would be lost by that.
-Hive::Content& Hive::ChangeableValues(HiveNode node) {
+void Hive::ReadBytes(const Value& value, std::string& bytes) const {
+  bytes = value.bytes;
+  if (value.stored == 0 || value.size == 0) return;
+  hive_type type;
+  size_t size = 0;
+  const Allocated<char> stored(hivex_value_value(hive_.get(), value.stored, &type, &size));
+  if (!stored) ThrowDamaged();
+  bytes.assign(stored.get(), size);
+}
+
+void Hive::RequireStorable(const Content& content, const Value* but) const {
+  const size_t limit = minor_version_ < kFirstVersionWithPieces ? kMostWritten : kMostInOnePiece;
+  for (const Value& value : content.values) {
+    if (&value == but || value.size <= limit) continue;
+    throw Error(
+        Error::Kind::kOther,
+        "A value of this key is too large to be written, so the key is only read: " + path_);
+  }
+}
+
+// hivex sets all values of a key at once, so the unchanged ones are held ready too, all but the one
+// that goes. A name it cannot give back whole would be lost by that.
+Hive::Content& Hive::ChangeableValues(HiveNode node, const Value* but) {
   RequireWritable();
   Content& content = LoadedValues(node);
+  RequireStorable(content, but);
   if (content.changed) return content;
   std::vector<Value> values = content.values;
   for (Value& value : values) {
     const Allocated<char> name(hivex_value_key(hive_.get(), value.stored));
-    const size_t length = hivex_value_key_len(hive_.get(), value.stored);
-    if (!name || (length != 0) != (*name.get() != 0)) {
+    if (!name || value.name.find('\0') != std::string::npos) {
       throw Error(Error::Kind::kOther,
                   "A value name of this key cannot be kept, so the key is only read: " + path_);
     }
@@ -195,11 +286,22 @@ Hive::Content& Hive::ChangeableValues(HiveNode node) {
 }
 
 void Hive::SetValue(HiveNode node, std::string_view name, const RegistryValue& value) {
-  Content& content = ChangeableValues(node);
+  RequireWritable();
+  Content probe;
+  probe.values.push_back({std::string(name), value.type, value.bytes.size(), 0, {}});
+  RequireStorable(probe, nullptr);
+  if (name.find('\0') != name.npos) {
+    throw Error(Error::Kind::kOther, "A value name with a NUL inside cannot be written: " + path_);
+  }
   const Value* found = FindValue(node, name);
+  Content& content = ChangeableValues(node, found);
+  found = FindValue(node, name);
   const size_t at =
       found ? static_cast<size_t>(found - content.values.data()) : content.values.size();
-  if (!found) content.values.push_back({std::string(name), 0, 0, 0, {}});
+  if (!found) {
+    content.values.push_back({std::string(name), 0, 0, 0, {}});
+    content.name_hashes.clear();
+  }
   Value& target = content.values[at];
   target.type = value.type;
   target.bytes = value.bytes;
@@ -209,9 +311,12 @@ void Hive::SetValue(HiveNode node, std::string_view name, const RegistryValue& v
 
 bool Hive::DeleteValue(HiveNode node, std::string_view name) {
   RequireWritable();
-  if (!FindValue(node, name)) return false;
-  Content& content = ChangeableValues(node);
-  content.values.erase(content.values.begin() + (FindValue(node, name) - content.values.data()));
+  const Value* const found = name.find('\0') == name.npos ? FindValue(node, name) : nullptr;
+  if (!found) return false;
+  const auto at = found - LoadedValues(node).values.data();
+  Content& content = ChangeableValues(node, found);
+  content.values.erase(content.values.begin() + at);
+  content.name_hashes.erase(content.name_hashes.begin() + at);
   ++generation_;
   return true;
 }
@@ -237,6 +342,7 @@ void Hive::DeleteKey(HiveNode node) {
   if (parent == 0) ThrowDamaged();
   if (hivex_node_delete_child(hive_.get(), node) != 0) ThrowErrno(errno, path_);
   contents_.erase(node);
+  places_.erase(node);
   removed_.insert(node);
   ForgetChildren(parent);
 }

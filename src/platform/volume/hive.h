@@ -22,7 +22,7 @@ using HiveNode = hive_node_h;
 // are UTF-8 and compare as Windows compares them.
 //
 // A hive Windows had no time to close, or whose transaction log holds changes not yet in it, can
-// only be read: writing it would lose or mix them.
+// only be read: writing it would lose or mix them. Neither is a damaged one written.
 class Hive {
  public:
   struct Value {
@@ -33,7 +33,8 @@ class Hive {
     std::string bytes;
   };
 
-  // Null when the file is missing; throws Error when it is damaged or cannot be read.
+  // Null when the file is missing; throws Error when it is damaged or cannot be read. Damage
+  // further in shows when it is reached; before the first change all of the hive is looked through.
   static std::shared_ptr<Hive> Open(VolumeFileSystem& files, const std::string& path);
   ~Hive();  // commits; what fails then is lost
   Hive(const Hive&) = delete;
@@ -43,7 +44,7 @@ class Hive {
   // Grows with every change.
   uint64_t generation() const { return generation_; }
   // Throws Error (kDenied) with the reason when the hive can only be read.
-  void RequireWritable() const;
+  void RequireWritable();
 
   // The node of a sub-key path; nothing when it is missing.
   std::optional<HiveNode> Descend(HiveNode from, std::string_view path);
@@ -51,6 +52,7 @@ class Hive {
   const std::vector<Value>& Values(HiveNode node);
   const Value* FindValue(HiveNode node, std::string_view name);
   std::string Bytes(const Value& value) const;
+  void ReadBytes(const Value& value, std::string& bytes) const;
 
   // Changes; all throw Error and then have changed nothing.
   void SetValue(HiveNode node, std::string_view name, const RegistryValue& value);
@@ -71,19 +73,31 @@ class Hive {
     bool has_children = false, has_values = false, changed = false;
     std::vector<std::string> names;
     std::vector<HiveNode> nodes;
-    std::unordered_map<std::string, size_t> by_upper_name;
+    std::unordered_map<std::string, size_t> by_upper_name;  // filled when first searched
+    size_t last_found = 0;
     std::vector<Value> values;
+    std::vector<size_t> name_hashes;  // of the values' upper names, or empty
+  };
+
+  // Where a key was seen. A second place for it means a loop, or a list that names it twice.
+  struct Place {
+    HiveNode parent = 0;
+    uint64_t reading = 0;
   };
 
   Hive(VolumeFileSystem& files, std::string path, std::string read_only_reason,
-       std::unique_ptr<hive_h, Closer> hive);
+       uint32_t minor_version, std::unique_ptr<hive_h, Closer> hive);
 
   [[noreturn]] void ThrowDamaged() const;
   Content& Cached(HiveNode node);
   Content& Children(HiveNode node);
+  void NoteParent(HiveNode child, HiveNode parent);
+  const HiveNode* FindChild(HiveNode node, const std::string& name);
+  void LookThrough();
+  void RequireStorable(const Content& content, const Value* but) const;
   Content& LoadedValues(HiveNode node);
   Value LoadValue(hive_value_h handle) const;
-  Content& ChangeableValues(HiveNode node);
+  Content& ChangeableValues(HiveNode node, const Value* but);
   void StoreValues(HiveNode node, const Content& content);
   void ForgetChildren(HiveNode node);
 
@@ -94,11 +108,18 @@ class Hive {
   HiveNode root_ = 0;
   std::unordered_map<HiveNode, Content> contents_;
   std::unordered_set<HiveNode> removed_;
+  std::unordered_map<HiveNode, Place> places_;
+  uint64_t reading_ = 0;  // of a list of sub-keys
+  uint32_t minor_version_;
+  bool is_looked_through_ = false;
   bool changed_ = false;
   uint64_t generation_ = 0;
 };
 
 // Why a hive may only be read, as a sentence; "" when it may be written. `fd` is the open hive.
 std::string ReadOnlyReason(VolumeFileSystem& files, const std::string& path, int fd);
+
+// The minor number of the format's version, as in 1.5.
+uint32_t HiveMinorVersion(int fd);
 
 }  // namespace quellix

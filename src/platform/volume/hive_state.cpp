@@ -7,7 +7,7 @@
 namespace quellix {
 namespace {
 
-constexpr off_t kFirstSequence = 4, kSecondSequence = 8;
+constexpr off_t kFirstSequence = 4, kSecondSequence = 8, kMinorVersion = 24;
 constexpr off_t kFirstLogEntry = 512;
 
 uint32_t ReadWord(int fd, off_t offset) {
@@ -44,5 +44,7 @@ std::string ReadOnlyReason(VolumeFileSystem& files, const std::string& path, int
          " has changes that are not stored yet, so it is only read. Start Windows once and shut it "
          "down.";
 }
+
+uint32_t HiveMinorVersion(int fd) { return ReadWord(fd, kMinorVersion); }
 
 }  // namespace quellix

@@ -37,9 +37,8 @@ struct Source {
 std::optional<std::string> ReadRaw(const Source& source, const char* name, bool& supported) {
   if (!supported) return std::nullopt;
   char buffer[256];
-  const ssize_t size = source.fd >= 0
-                           ? fgetxattr(source.fd, name, buffer, sizeof buffer)
-                           : lgetxattr(source.path.c_str(), name, buffer, sizeof buffer);
+  const ssize_t size = source.fd >= 0 ? fgetxattr(source.fd, name, buffer, sizeof buffer)
+                                      : lgetxattr(source.path.c_str(), name, buffer, sizeof buffer);
   if (size >= 0) return std::string(buffer, static_cast<size_t>(size));
   if (errno == EOPNOTSUPP) supported = false;
   return std::nullopt;

@@ -30,6 +30,9 @@ class VolumeFileSystem : public FileSystem {
 
   bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override;
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
+  // Only the running Windows knows other drives, the network, what stands behind a link, variables
+  // and short names.
+  bool IsGone(std::string_view path) override;
   void SetAttributes(std::string_view path, uint32_t attributes) override;
   void RemoveFile(std::string_view path) override;
   void RemoveFolder(std::string_view path) override;
@@ -44,10 +47,6 @@ class VolumeFileSystem : public FileSystem {
 
   // The mapped letters in order, without the settings drive.
   std::string Letters() const;
-
-  // Whether nothing is at a path; false where only the running Windows knows: other drives, the
-  // network, what stands behind a link, variables and short names.
-  bool IsGone(std::string_view path);
 
   // Beyond the port, for the machine's own use; all throw Error.
 

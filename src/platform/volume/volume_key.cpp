@@ -8,7 +8,24 @@
 
 namespace quellix {
 
+// A walk opens one sub-key after another: those of a hive alone are found from this key on.
+std::unique_ptr<RegistryKey> VolumeKey::OpenBelow(std::string_view path, RegistryAccess access) {
+  const Layer& layer = layers_.front();
+  const auto node = layer.hive->Descend(layer.node, path);
+  if (!node) return nullptr;
+  if (access == RegistryAccess::kWrite) layer.hive->RequireWritable();
+  auto key = std::make_unique<VolumeKey>(registry_, place_ + "\\" + std::string(path),
+                                         std::vector<Layer>{{layer.hive, *node}}, access);
+  key->own_sub_keys_only_ = true;
+  return key;
+}
+
 std::unique_ptr<RegistryKey> VolumeKey::Open(std::string_view path, RegistryAccess access) {
+  if (!own_sub_keys_only_) {
+    own_sub_keys_only_ = layers_.size() == 1 && registry_.HasOwnSubKeysOnly(place_);
+  }
+  path = WithoutBackslash(path);
+  if (*own_sub_keys_only_ && !path.empty()) return OpenBelow(path, access);
   return registry_.OpenPlace(path.empty() ? place_ : place_ + "\\" + std::string(path), access);
 }
 
@@ -62,14 +79,30 @@ std::optional<RegistryValueInfo> VolumeKey::ValueAt(uint32_t index) {
   return values_[index];
 }
 
+bool VolumeKey::ReadValueAt(uint32_t index, std::string& name, RegistryValue& value) {
+  if (layers_.size() != 1) return RegistryKey::ReadValueAt(index, name, value);
+  Hive& hive = *layers_[0].hive;
+  const std::vector<Hive::Value>& values = hive.Values(layers_[0].node);
+  if (index >= values.size()) return false;
+  name = values[index].name;
+  value.type = values[index].type;
+  hive.ReadBytes(values[index], value.bytes);
+  return true;
+}
+
 std::optional<std::string> VolumeKey::SubKeyAt(uint32_t index) {
+  if (own_sub_keys_only_.value_or(false)) {
+    const std::vector<std::string>& names = layers_[0].hive->SubKeys(layers_[0].node);
+    if (index >= names.size()) return std::nullopt;
+    return names[index];
+  }
   Refresh();
   if (index >= names_.size()) return std::nullopt;
   return names_[index];
 }
 
 void VolumeKey::RequireWrite() const {
-  if (access_ != RegistryAccess::kWrite || layers_.empty()) {
+  if (access_ != RegistryAccess::kWrite) {
     throw Error(Error::Kind::kDenied, "The registry key is open for reading only: " + place_);
   }
 }
@@ -77,6 +110,9 @@ void VolumeKey::RequireWrite() const {
 // Windows writes to the user's classes where the user has the key, and else to the machine's.
 void VolumeKey::SetValue(std::string_view name, const RegistryValue& value) {
   RequireWrite();
+  if (layers_.empty()) {
+    throw Error(Error::Kind::kDenied, "The volume keeps no values of the key " + place_);
+  }
   layers_.front().hive->SetValue(layers_.front().node, name, value);
 }
 
@@ -96,11 +132,14 @@ bool VolumeKey::DeleteSubKey(std::string_view path) {
   const std::vector<Layer> layers = registry_.Layers(place_ + "\\" + std::string(path));
   if (layers.empty()) return false;
   layers.front().hive->DeleteKey(layers.front().node);
+  changed_.push_back(layers.front().hive);
   return true;
 }
 
 void VolumeKey::Flush() {
   for (const Layer& layer : layers_) layer.hive->Commit();
+  for (const std::shared_ptr<Hive>& hive : changed_) hive->Commit();
+  changed_.clear();
 }
 
 }  // namespace quellix

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,7 @@ class VolumeKey : public RegistryKey {
   std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) override;
   std::optional<RegistryValue> QueryValue(std::string_view name) override;
   std::optional<RegistryValueInfo> ValueAt(uint32_t index) override;
+  bool ReadValueAt(uint32_t index, std::string& name, RegistryValue& value) override;
   std::optional<std::string> SubKeyAt(uint32_t index) override;
   void SetValue(std::string_view name, const RegistryValue& value) override;
   bool DeleteValue(std::string_view name) override;
@@ -30,6 +32,7 @@ class VolumeKey : public RegistryKey {
   void Flush() override;
 
  private:
+  std::unique_ptr<RegistryKey> OpenBelow(std::string_view path, RegistryAccess access);
   void RequireWrite() const;
   void Refresh();
   std::vector<std::string> MergedNames() const;
@@ -39,6 +42,8 @@ class VolumeKey : public RegistryKey {
   std::string place_;
   std::vector<Layer> layers_;
   RegistryAccess access_;
+  std::vector<std::shared_ptr<Hive>> changed_;  // beside those of the layers
+  std::optional<bool> own_sub_keys_only_;       // nothing while it has not mattered
 
   // Of the layers together, as of the sum of their generations.
   bool is_fresh_ = false;

@@ -1,5 +1,6 @@
 #include "platform/volume/volume_registry.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "platform/error.h"
@@ -145,6 +146,15 @@ std::unique_ptr<RegistryKey> VolumeRegistry::Open(RegistryRoot root, std::string
 std::unique_ptr<RegistryKey> VolumeRegistry::Create(RegistryRoot root, std::string_view path) {
   CreateKey(root, path);
   return Open(root, path, RegistryAccess::kWrite);
+}
+
+// Whether all below a place is in its own hive, by its own names.
+bool VolumeRegistry::HasOwnSubKeysOnly(std::string_view place) const {
+  if (EqualsNoCase(place, kMachineSystem)) return false;
+  return std::ranges::none_of(mounts_, [place](const Mount& mount) {
+    const auto rest = Below(mount.place, place);
+    return rest && !rest->empty();
+  });
 }
 
 void VolumeRegistry::CreateKey(RegistryRoot root, std::string_view path) {

@@ -56,6 +56,7 @@ class VolumeRegistry : public Registry {
   std::vector<Layer> Layers(std::string_view place);
   std::vector<std::string> MountNames(std::string_view place) const;
   std::unique_ptr<RegistryKey> OpenPlace(const std::string& place, RegistryAccess access);
+  bool HasOwnSubKeysOnly(std::string_view place) const;
 
   VolumeFileSystem& files_;
   std::vector<Mount> mounts_;

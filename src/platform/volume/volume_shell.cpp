@@ -230,6 +230,14 @@ void VolumeShell::ClearAddressHistory() { Require(ShellFeature::kAddressHistory)
 
 void VolumeShell::EmptyClipboard() { Require(ShellFeature::kClipboard); }
 
+void VolumeShell::ShowProperties(std::string_view) {
+  throw NotAvailable("Properties are shown by a running Windows only.");
+}
+
+void VolumeShell::OpenFolderOf(std::string_view) {
+  throw NotAvailable("Folders are opened by a running Windows only.");
+}
+
 std::unique_ptr<ShortcutReader> VolumeShell::OpenShortcuts() { return OpenVolumeShortcuts(files_); }
 
 }  // namespace quellix

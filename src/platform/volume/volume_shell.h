@@ -26,6 +26,8 @@ class VolumeShell : public Shell {
   void ClearAddressHistory() override;
   void EmptyClipboard() override;
   void Require(ShellFeature feature) override;
+  void ShowProperties(std::string_view path) override;
+  void OpenFolderOf(std::string_view path) override;
   std::unique_ptr<ShortcutReader> OpenShortcuts() override;
 
  private:

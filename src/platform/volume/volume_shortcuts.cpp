@@ -67,8 +67,6 @@ class LnkReader : public ShortcutReader {
     return shortcut;
   }
 
-  bool IsGone(std::string_view path) override { return files_.IsGone(path); }
-
  private:
   // What may not be read counts as what cannot be opened.
   LnkFile Open(std::string_view path) {

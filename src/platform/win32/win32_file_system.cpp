@@ -99,6 +99,15 @@ std::optional<FileInfo> Win32FileSystem::Look(std::string_view path, Detail) {
   return info;
 }
 
+bool Win32FileSystem::IsGone(std::string_view path) {
+  const std::wstring wide = ToWidePath(path).value_or(Wide(path));
+  DWORD old_mode = 0;  // a drive without its disk is no reason to ask for one
+  SetThreadErrorMode(SEM_FAILCRITICALERRORS, &old_mode);
+  const bool is_gone = GetFileAttributesW(wide.c_str()) == INVALID_FILE_ATTRIBUTES;
+  SetThreadErrorMode(old_mode, nullptr);
+  return is_gone;
+}
+
 void Win32FileSystem::SetAttributes(std::string_view path, uint32_t attributes) {
   const std::wstring wide = WidePath("change", path);
   anchor_.CheckParentOf(path);
@@ -152,6 +161,17 @@ std::optional<std::string> Win32FileSystem::ReadWholeFile(std::string_view path,
   const auto info = wide ? LookAt(*wide) : std::nullopt;
   if (!info) return std::nullopt;
   return ReadWhole(*wide, *info, path, limit);
+}
+
+std::string Win32FileSystem::RealPath(std::string_view path) {
+  const std::optional<std::wstring> wide = ToWidePath(path);
+  if (!wide) return std::string(path);
+  const UniqueFile folder(CreateFileW(wide->c_str(), 0,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  const std::string real = folder ? Narrow(FinalPath(folder)) : "";
+  if (real.starts_with("\\\\?\\UNC\\")) return "\\\\" + real.substr(8);
+  return real.starts_with("\\\\?\\") ? real.substr(4) : std::string(path);
 }
 
 void Win32FileSystem::WriteWholeFile(std::string_view path, std::string_view bytes) {

@@ -16,6 +16,7 @@ class Win32FileSystem : public FileSystem {
 
   bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override;
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
+  bool IsGone(std::string_view path) override;
   void SetAttributes(std::string_view path, uint32_t attributes) override;
   void RemoveFile(std::string_view path) override;
   void RemoveFolder(std::string_view path) override;
@@ -24,6 +25,7 @@ class Win32FileSystem : public FileSystem {
   void CreateFolder(std::string_view path) override;
   std::optional<std::string> ReadWholeFile(std::string_view path, uint64_t limit) override;
   void WriteWholeFile(std::string_view path, std::string_view bytes) override;
+  std::string RealPath(std::string_view path) override;
   void Anchor(std::string_view folder) override { anchor_.Set(folder); }
 
  private:

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "platform/path.h"
@@ -12,6 +13,7 @@
 namespace quellix {
 namespace {
 
+constexpr size_t kUsualData = 1024;    // bytes; more is asked for again
 constexpr DWORD kLongestName = 16384;  // characters of a value name with its NUL
 
 HKEY Predefined(RegistryRoot root) {
@@ -37,6 +39,9 @@ bool MeansMissing(LSTATUS status) {
          status == ERROR_BAD_PATHNAME || status == ERROR_KEY_DELETED;
 }
 
+// The calls by name end at a NUL and would reach another value.
+bool HasNul(std::string_view name) { return name.find('\0') != std::string_view::npos; }
+
 class Win32Key : public RegistryKey {
  public:
   Win32Key(UniqueKey key, std::string path) : key_(std::move(key)), path_(std::move(path)) {}
@@ -44,6 +49,7 @@ class Win32Key : public RegistryKey {
   std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) override;
   std::optional<RegistryValue> QueryValue(std::string_view name) override;
   std::optional<RegistryValueInfo> ValueAt(uint32_t index) override;
+  bool ReadValueAt(uint32_t index, std::string& name, RegistryValue& value) override;
   std::optional<std::string> SubKeyAt(uint32_t index) override;
   void SetValue(std::string_view name, const RegistryValue& value) override;
   bool DeleteValue(std::string_view name) override;
@@ -81,6 +87,7 @@ std::unique_ptr<RegistryKey> Win32Key::Open(std::string_view path, RegistryAcces
 }
 
 std::optional<RegistryValue> Win32Key::QueryValue(std::string_view name) {
+  if (HasNul(name)) return std::nullopt;
   const std::wstring wide = Wide(name);
   RegistryValue value{kRegNone, std::string(256, '\0')};
   while (true) {
@@ -100,9 +107,27 @@ std::optional<RegistryValueInfo> Win32Key::ValueAt(uint32_t index) {
   DWORD length = kLongestName, type = 0, size = 0;
   const LSTATUS status =
       RegEnumValueW(key_.Get(), index, name_.data(), &length, nullptr, &type, nullptr, &size);
-  if (status == ERROR_NO_MORE_ITEMS) return std::nullopt;
+  if (status == ERROR_NO_MORE_ITEMS || MeansMissing(status)) return std::nullopt;
   Check(status, "read");
   return RegistryValueInfo{Narrow({name_.data(), length}), type, size};
+}
+
+bool Win32Key::ReadValueAt(uint32_t index, std::string& name, RegistryValue& value) {
+  name_.resize(kLongestName);
+  value.bytes.resize(std::max(value.bytes.capacity(), kUsualData));
+  while (true) {
+    DWORD length = kLongestName, type = 0;
+    auto size = static_cast<DWORD>(value.bytes.size());
+    const LSTATUS status = RegEnumValueW(key_.Get(), index, name_.data(), &length, nullptr, &type,
+                                         reinterpret_cast<BYTE*>(value.bytes.data()), &size);
+    if (status == ERROR_NO_MORE_ITEMS || MeansMissing(status)) return false;
+    if (status != ERROR_MORE_DATA) Check(status, "read");
+    value.bytes.resize(size);
+    if (status == ERROR_MORE_DATA) continue;
+    value.type = type;
+    name = Narrow({name_.data(), length});
+    return true;
+  }
 }
 
 std::optional<std::string> Win32Key::SubKeyAt(uint32_t index) {
@@ -110,13 +135,14 @@ std::optional<std::string> Win32Key::SubKeyAt(uint32_t index) {
   DWORD length = kLongestName;
   const LSTATUS status =
       RegEnumKeyExW(key_.Get(), index, name_.data(), &length, nullptr, nullptr, nullptr, nullptr);
-  if (status == ERROR_NO_MORE_ITEMS) return std::nullopt;
+  if (status == ERROR_NO_MORE_ITEMS || MeansMissing(status)) return std::nullopt;
   Check(status, "read");
   return Narrow({name_.data(), length});
 }
 
 // Windows counts a NUL that happens to stand behind a text in memory to the text; so none does.
 void Win32Key::SetValue(std::string_view name, const RegistryValue& value) {
+  if (HasNul(name)) throw WindowsError(ERROR_INVALID_PARAMETER, "write", path_);
   const std::string bytes = value.bytes + "\xFF\xFF";
   Check(RegSetValueExW(key_.Get(), Wide(name).c_str(), 0, value.type,
                        reinterpret_cast<const BYTE*>(bytes.data()),
@@ -125,6 +151,7 @@ void Win32Key::SetValue(std::string_view name, const RegistryValue& value) {
 }
 
 bool Win32Key::DeleteValue(std::string_view name) {
+  if (HasNul(name)) return false;
   const LSTATUS status = RegDeleteValueW(key_.Get(), Wide(name).c_str());
   if (MeansMissing(status)) return false;
   Check(status, "change");

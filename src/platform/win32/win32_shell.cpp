@@ -4,6 +4,7 @@
 // After windows.h, whose types they use.
 #include <objbase.h>
 #include <shellapi.h>
+#include <shlobj.h>
 #include <urlhist.h>
 
 #include <string>
@@ -133,6 +134,32 @@ void Win32Shell::EmptyClipboard() {
   const DWORD code = GetLastError();
   CloseClipboard();
   if (!emptied) throw WindowsError(code, "empty", "the clipboard");
+}
+
+void Win32Shell::ShowProperties(std::string_view path) {
+  StartCom();
+  const std::wstring wide = Wide(path);
+  SHELLEXECUTEINFOW info{};
+  info.cbSize = sizeof info;
+  info.fMask = SEE_MASK_INVOKEIDLIST | SEE_MASK_FLAG_NO_UI;
+  info.lpVerb = L"properties";
+  info.lpFile = wide.c_str();
+  info.nShow = SW_SHOWNORMAL;
+  static const auto execute = shell32.Find<decltype(&ShellExecuteExW)>("ShellExecuteExW");
+  if (!execute(&info)) ThrowLastError("show the properties of", path);
+}
+
+void Win32Shell::OpenFolderOf(std::string_view path) {
+  StartCom();
+  static const auto parse = shell32.Find<decltype(&SHParseDisplayName)>("SHParseDisplayName");
+  static const auto open =
+      shell32.Find<decltype(&SHOpenFolderAndSelectItems)>("SHOpenFolderAndSelectItems");
+  static const auto release = ole32.Find<decltype(&CoTaskMemFree)>("CoTaskMemFree");
+  LPITEMIDLIST item = nullptr;
+  HRESULT result = parse(Wide(path).c_str(), nullptr, &item, 0, nullptr);
+  if (SUCCEEDED(result)) result = open(item, 0, nullptr, 0);
+  release(item);
+  if (FAILED(result)) throw WindowsError(static_cast<DWORD>(result), "open the folder of", path);
 }
 
 std::unique_ptr<ShortcutReader> Win32Shell::OpenShortcuts() {

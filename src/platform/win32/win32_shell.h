@@ -19,6 +19,8 @@ class Win32Shell : public Shell {
   void EmptyClipboard() override;
   // Whether this Windows keeps an address history, only clearing it tells.
   void Require(ShellFeature) override {}
+  void ShowProperties(std::string_view path) override;
+  void OpenFolderOf(std::string_view path) override;
   std::unique_ptr<ShortcutReader> OpenShortcuts() override;
 
  private:

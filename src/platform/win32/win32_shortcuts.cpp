@@ -7,7 +7,6 @@
 
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/unique.h"
-#include "platform/win32/win32_path.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
@@ -117,15 +116,6 @@ class ScriptShellReader : public ShortcutReader {
     // An object that lacks one property, as Wine's does, has not read the file for the other
     // either.
     return ReadThroughShellLink(wide);
-  }
-
-  bool IsGone(std::string_view path) override {
-    const std::wstring wide = ToWidePath(path).value_or(Wide(path));
-    DWORD old_mode = 0;  // a drive without its disk is no reason to ask for one
-    SetThreadErrorMode(SEM_FAILCRITICALERRORS, &old_mode);
-    const bool is_gone = GetFileAttributesW(wide.c_str()) == INVALID_FILE_ATTRIBUTES;
-    SetThreadErrorMode(old_mode, nullptr);
-    return is_gone;
   }
 
  private:

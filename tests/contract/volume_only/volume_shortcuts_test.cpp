@@ -11,7 +11,7 @@ TEST(VolumeShortcuts, OnlyWhatAVolumeCanKnowIsGone) {
   const std::string scratch = test->Scratch();
   test->MakeFolder(scratch + "real");
   test->MakeFolderLink(scratch + "link", scratch + "real");
-  const auto reader = test->machine().shell.OpenShortcuts();
+  FileSystem& files = test->machine().files;
   struct Row {
     std::string path;
     bool gone;
@@ -27,7 +27,7 @@ TEST(VolumeShortcuts, OnlyWhatAVolumeCanKnowIsGone) {
                       {"Q:\\none", false},
                       {"\\\\server\\share\\none", false},
                       {"", true}};
-  for (const Row& row : rows) EXPECT_EQ(reader->IsGone(row.path), row.gone) << row.path;
+  for (const Row& row : rows) EXPECT_EQ(files.IsGone(row.path), row.gone) << row.path;
 }
 
 TEST(VolumeShortcuts, WhatOnlyWindowsCanResolveHasNoAnswer) {

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/registry.h"
+
+namespace quellix {
+
+// Registry keys and values as text, in the format of the registry editor's version 5.
+
+// "HKEY_LOCAL_MACHINE" and so on.
+std::string_view RegistryRootName(RegistryRoot root);
+
+// The text of a .reg file as it grows. Both functions throw Error when the format cannot carry a
+// name (a NUL or a line break in it); nothing is added then.
+class RegFileText {
+ public:
+  // Begins a key: the values that follow are its own. Goes on with the key before when it is that.
+  void AddKey(RegistryRoot root, std::string_view path);
+  void AddValue(std::string_view name, const RegistryValue& value);
+
+  bool IsEmpty() const { return text_.empty(); }
+  // What was added, as UTF-16LE bytes.
+  std::string Bytes() const;
+
+ private:
+  std::string text_, key_;
+};
+
+// What every such file begins with: the mark of UTF-16LE and the line that names the format.
+std::string RegFileHeader();
+
+struct RegFileKey {
+  RegistryRoot root;
+  std::string path;
+  std::vector<std::pair<std::string, RegistryValue>> values;
+};
+
+// The keys of a file, in its order. Throws Error, with the line, for what the registry editor would
+// not take; entries that delete are refused as well.
+std::vector<RegFileKey> ParseRegFile(std::string_view bytes);
+
+}  // namespace quellix

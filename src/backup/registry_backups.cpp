@@ -1,0 +1,212 @@
+#include "backup/registry_backups.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "backup/backup_names.h"
+#include "backup/reg_file.h"
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+constexpr uint64_t kLargestFile = 1u << 30;  // bytes
+constexpr size_t kLevelsToAHive = 4;         // as in HKEY_USERS\S-1-5-...\Software\Classes
+constexpr size_t kLongestCopyName = 80;
+
+std::string NameOf(const RegFileKey& key) {
+  const std::string root(RegistryRootName(key.root));
+  return key.path.empty() ? root : root + "\\" + key.path;
+}
+
+std::string PartOf(const RegFileKey& key) {
+  RegFileText text;
+  text.AddKey(key.root, key.path);
+  for (const auto& [name, value] : key.values) text.AddValue(name, value);
+  return text.Bytes();
+}
+
+// Keys that a window deleted from more than once stand once, each value as it was last.
+std::vector<RegFileKey> Merged(std::vector<RegFileKey> keys) {
+  std::vector<RegFileKey> merged;
+  std::unordered_map<std::string, size_t> places;
+  for (RegFileKey& key : keys) {
+    const auto [place, is_new] = places.try_emplace(UpCase(NameOf(key)), merged.size());
+    if (is_new) {
+      merged.push_back(std::move(key));
+      continue;
+    }
+    auto& values = merged[place->second].values;
+    for (auto& value : key.values) {
+      std::erase_if(values, [&](const auto& old) { return EqualsNoCase(old.first, value.first); });
+      values.push_back(std::move(value));
+    }
+  }
+  return merged;
+}
+
+std::vector<RegFileKey> Read(FileSystem& files, const std::string& path) {
+  const auto bytes = files.ReadWholeFile(path, kLargestFile);
+  if (!bytes) throw Error(Error::Kind::kMissing, "There is no backup " + path + ".");
+  return Merged(ParseRegFile(*bytes));
+}
+
+class RegRestore {
+ public:
+  RegRestore(Registry& registry, OverwriteMode mode, Prompts& prompts)
+      : registry_(registry), mode_(mode), prompts_(prompts) {}
+
+  void Restore(const RegFileKey& key) {
+    try {
+      std::shared_ptr<RegistryKey> opened = registry_.Create(key.root, key.path);
+      bool all = true;
+      for (const auto& [name, value] : key.values) {
+        if (!result.cancelled) all &= RestoreValue(*opened, NameOf(key), name, value);
+      }
+      to_store_[HiveOf(key)] = std::move(opened);
+      if (!result.cancelled) ++(all ? result.restored : result.skipped);
+    } catch (const Error& error) {
+      result.problems.push_back(NameOf(key) + ": " + error.what());
+    }
+  }
+
+  // A volume's hives are written whole, so once at the end.
+  void Store() {
+    for (const auto& [name, key] : to_store_) {
+      try {
+        key->Flush();
+      } catch (const Error& error) {
+        result.problems.emplace_back(error.what());
+      }
+    }
+  }
+
+  RestoreResult result;
+
+ private:
+  static std::string HiveOf(const RegFileKey& key) {
+    size_t end = 0;
+    for (size_t level = 0; level < kLevelsToAHive && end != std::string::npos; ++level) {
+      end = key.path.find('\\', end + 1);
+    }
+    return std::string(RegistryRootName(key.root)) + "\\" + UpCase(key.path.substr(0, end));
+  }
+
+  bool RestoreValue(RegistryKey& key, const std::string& key_name, const std::string& name,
+                    const RegistryValue& value) {
+    const auto present = key.QueryValue(name);
+    if (present && present->type == value.type && present->bytes == value.bytes) return true;
+    if (present && !MayReplace(key_name + "\\" + name)) return false;
+    key.SetValue(name, value);
+    return true;
+  }
+
+  bool MayReplace(const std::string& name) {
+    if (mode_ != OverwriteMode::kAsk) return mode_ == OverwriteMode::kAlways;
+    const OverwriteAnswer answer = prompts_.AskOverwrite(name);
+    if (answer == OverwriteAnswer::kAll) mode_ = OverwriteMode::kAlways;
+    if (answer == OverwriteAnswer::kNone) mode_ = OverwriteMode::kNever;
+    if (answer == OverwriteAnswer::kCancel) result.cancelled = true;
+    return answer == OverwriteAnswer::kYes || answer == OverwriteAnswer::kAll;
+  }
+
+  Registry& registry_;
+  OverwriteMode mode_;
+  Prompts& prompts_;
+  std::map<std::string, std::shared_ptr<RegistryKey>> to_store_;
+};
+
+// The keys that were asked for; those that are none of the file's become problems.
+std::vector<RegFileKey> Chosen(std::vector<RegFileKey> keys, const std::vector<std::string>& paths,
+                               std::vector<std::string>& problems) {
+  if (paths.empty()) return keys;
+  std::unordered_set<std::string> wanted;
+  for (const std::string& path : paths) wanted.insert(UpCase(std::string_view(path)));
+  std::erase_if(keys, [&](const RegFileKey& key) { return !wanted.contains(UpCase(NameOf(key))); });
+  for (const RegFileKey& key : keys) wanted.erase(UpCase(NameOf(key)));
+  for (const std::string& path : paths) {
+    if (!wanted.contains(UpCase(std::string_view(path)))) continue;
+    problems.push_back(path + " is not in this backup.");
+  }
+  return keys;
+}
+
+}  // namespace
+
+bool RegistryBackups::Takes(std::string_view name) const { return MatchesMask(name, "R_*.reg"); }
+
+BackupInfo RegistryBackups::Describe(const std::string& path) {
+  BackupInfo info;
+  info.name = NamePart(path);
+  info.kind = BackupKind::kRegistry;
+  info.root = "Registry";
+  try {
+    const auto file = machine_.files.Look(path);
+    if (!file) throw Error(Error::Kind::kMissing, "There is no such backup.");
+    info.size = file->size;
+    info.date = DateOfArchive(info.name).value_or(machine_.system.ToLocalTime(file->last_write));
+    info.entries = Read(machine_.files, path).size();
+  } catch (const Error& error) {
+    info.problem = error.what();
+  }
+  return info;
+}
+
+std::vector<BackupEntry> RegistryBackups::ListEntries(const std::string& path) {
+  std::vector<BackupEntry> entries;
+  for (const RegFileKey& key : Read(machine_.files, path)) {
+    BackupEntry entry;
+    entry.path = NameOf(key);
+    entry.size = PartOf(key).size();
+    entries.push_back(std::move(entry));
+  }
+  return entries;
+}
+
+std::string RegistryBackups::ExtractTemporary(const std::string& path,
+                                              std::string_view entry_path) {
+  std::vector<std::string> problems;
+  const auto keys = Chosen(Read(machine_.files, path), {std::string(entry_path)}, problems);
+  if (keys.empty()) throw Error(Error::Kind::kMissing, problems.front());
+  const std::string_view backup = NamePart(path);
+  const std::string folder = machine_.system.TempFolder() + "Quellix\\" +
+                             std::string(backup.substr(0, backup.rfind('.'))) + "\\";
+  std::u16string name = ToUtf16(NamePart(entry_path)).substr(0, kLongestCopyName);
+  std::ranges::replace_if(
+      name,
+      [](char16_t c) {
+        return c < 0x20 || std::u16string_view(u"<>:\"/|?*. ").find(c) != std::u16string_view::npos;
+      },
+      u'_');
+  const std::string copy = folder + ToUtf8(name) + ".txt";
+  MakeFolders(machine_.files, WithoutBackslash(folder));
+  machine_.files.WriteWholeFile(copy, RegFileHeader() + PartOf(keys.front()));
+  return copy;
+}
+
+RestoreResult RegistryBackups::Restore(const std::string& path, const RestoreOrder& order,
+                                       Prompts& prompts, const RestorePause& pause) {
+  if (!order.to.empty()) {
+    throw Error(Error::Kind::kOther, "Registry keys can be restored to where they were only.");
+  }
+  RegRestore restore(machine_.registry, order.mode, prompts);
+  const auto keys = Chosen(Read(machine_.files, path), order.entry_paths, restore.result.problems);
+  RestoreProgress progress{.done = 0, .total = keys.size(), .path = {}};
+  for (const RegFileKey& key : keys) {
+    const std::string name = NameOf(key);
+    progress.path = name;
+    if (pause && pause(progress)) restore.result.cancelled = true;
+    if (restore.result.cancelled) break;
+    restore.Restore(key);
+    ++progress.done;
+  }
+  restore.Store();
+  return std::move(restore.result);
+}
+
+}  // namespace quellix

@@ -1,0 +1,64 @@
+#include "cleaners/junk_cleaners.h"
+
+#include <memory>
+#include <utility>
+
+#include "app/run_steps.h"
+#include "platform/error.h"
+#include "search/search_results.h"
+
+namespace quellix {
+namespace {
+
+// One window for all searches of a run.
+SearchResults& OpenResults(CleaningContext& context) {
+  if (context.state.Hidden) {
+    throw NotAvailable(
+        "Not searched: nobody is there to choose, so nothing was listed and nothing deleted.");
+  }
+  std::shared_ptr<SearchResults>& results = context.state.Results;
+  if (!results) {
+    const auto opened = std::make_shared<SearchResults>(context);
+    if (!context.view.OpenResults(*opened)) {
+      throw NotAvailable(
+          "Not searched: the finds cannot be reviewed here. \"quellixctl search\" lists them.");
+    }
+    results = opened;
+  }
+  return *results;
+}
+
+void Search(CleaningContext& context, const Item& item, JunkKind kind) {
+  BeginItem(context, item);
+  SearchJunk(context, kind, OpenResults(context));
+  EndRun(context, context.state.AbortRequested ? "Aborted by user" : "");
+}
+
+}  // namespace
+
+void CleanUnnecessaryFiles(CleaningContext& context, const Item& item) {
+  Search(context, item, JunkKind::kUnnecessaryFiles);
+}
+
+void CleanEmptyFiles(CleaningContext& context, const Item& item) {
+  Search(context, item, JunkKind::kEmptyFiles);
+}
+
+void CleanDeadShortcuts(CleaningContext& context, const Item& item) {
+  Search(context, item, JunkKind::kDeadShortcuts);
+}
+
+void FinishResults(CleaningContext& context) {
+  RunState& state = context.state;
+  const std::shared_ptr<SearchResults> results = std::exchange(state.Results, nullptr);
+  if (!results) return;
+  // A stop of the search does not stop what is deleted by hand afterwards.
+  const bool aborted = std::exchange(state.AbortRequested, false);
+  results->EndSearch();
+  context.view.SetStatus("Close the results window to end the run.");
+  context.view.AwaitResults();
+  state.AbortRequested = aborted;
+  state.RunLog += results->LogLines();
+}
+
+}  // namespace quellix

@@ -1,0 +1,174 @@
+#pragma once
+
+#include <array>
+#include <deque>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/settings.h"
+#include "app/views.h"
+#include "backup/registry_undo.h"
+#include "platform/machine.h"
+#include "registry_tools/mod_registry.h"
+
+namespace quellix {
+
+enum class RowMark { kNone, kOrphaned, kValid };
+inline constexpr size_t kMostScanColumns = 4;
+
+// One reference, as its list shows it and as the registry holds it.
+struct ScanRow {
+  std::array<std::string, kMostScanColumns> texts;
+  RowMark mark = RowMark::kNone;
+  bool checked = false;
+  RegistryRoot root = RegistryRoot::kLocalMachine;
+  std::string key, name;  // the key, and the value where the reference is one
+  std::string file;       // full path, where the file can be deleted too
+};
+
+struct ScanColumn {
+  const char* title;
+  bool number = false;
+};
+
+// What makes one tool differ from another to its user.
+struct ScanTraits {
+  const char* name;  // on the console
+  const char* title;
+  std::span<const ScanColumn> columns;
+  bool has_progress = true;    // pgKeys
+  bool deletes_files = false;  // chkDelete
+  bool edits = false;          // cmdEdit
+  bool sorts = false;          // by a click on a column
+  bool has_thorough = false;   // the box "Thorough"
+  bool freezes = true;         // painting of the list while it scans
+  bool rescans = false;        // after a deletion
+};
+
+// Shows what a scan does. Calls are frequent: an implementation paints at its own pace.
+class ScanView {
+ public:
+  virtual ~ScanView() = default;
+  // Lets the interface breathe; StopScan may be called meanwhile.
+  virtual void Yield() = 0;
+  // Status, progress or commands have changed.
+  virtual void ShowState() = 0;
+  // A message box.
+  virtual void ShowProblem(std::string_view sentence) = 0;
+};
+
+// A tool that lists the references of one registry area and deletes the checked ones: what all of
+// them share. Registry failures are silent, as in mod_registry; what is told in a message is a
+// damaged hive, and an undo file that could not be written.
+class RegistryScan {
+ public:
+  // `view` and the ports must outlive it.
+  RegistryScan(const Machine& machine, ScanView& view, const ScanTraits& traits);
+  virtual ~RegistryScan() = default;
+  RegistryScan(const RegistryScan&) = delete;
+  RegistryScan& operator=(const RegistryScan&) = delete;
+
+  const ScanTraits& traits() const { return traits_; }
+
+  // Whether Timer1 is to start a scan: at first, and after a deletion or an edit that asks for one.
+  bool timer_enabled() const { return timer_enabled_; }
+  void StartScan();
+  virtual void StopScan() { stop_requested_ = true; }
+  bool is_scanning() const { return scanning_; }
+  bool is_frozen() const { return scanning_ && traits_.freezes; }
+  // For the next scan; where the tool has that box.
+  void SetThorough(bool thorough) { thorough_ = thorough; }
+
+  const std::string& status() const { return status_; }
+  const ProgressBar& progress() const { return progress_; }
+
+  size_t RowCount() const { return rows_.size(); }
+  const ScanRow& row(size_t index) const { return rows_[index]; }
+  void SetChecked(size_t index, bool checked) { rows_[index].checked = checked; }
+
+  // Deletes the references of the checked rows, from the last to the first, without a question;
+  // their files as well with `files_also`, where the tool has that box. The rows go even when a
+  // deletion fails; failure() then tells why.
+  void DeleteChecked(bool files_also);
+  const std::string& failure() const { return failure_; }
+  // The .reg file of this window's deletions, "" when there is none.
+  const std::string& undo_path() const { return undo_.path(); }
+
+  // A click on a column: sorted by it, in the other order than before.
+  void SortBy(size_t column);
+  std::optional<size_t> sorted_by() const { return sorted_by_; }
+  bool descending() const { return descending_; }
+
+  // Asks for a new location of a row's file, in the form its second column has; nothing when the
+  // user cancels.
+  virtual std::optional<std::string> Browse(size_t, Prompts&) { return std::nullopt; }
+  // Writes the location that the edit dialog of a row ended with, when it is another one.
+  virtual void SaveEdit(size_t, std::string_view) {}
+  // The edit dialog was closed.
+  void EndEdit() { timer_enabled_ = true; }
+
+ protected:
+  virtual void ScanRegistry() = 0;
+  // Deletes the reference of a row from the registry.
+  virtual void DeleteReference(const ScanRow& row) = 0;
+  // Adds what DeleteReference will delete.
+  virtual void KeepReference(RegistryUndo& undo, const ScanRow& row) = 0;
+  // The status from the rows that are left, where no scan follows.
+  virtual std::string Recounted() const { return status_; }
+
+  const Machine& machine() const { return machine_; }
+  modRegistry::Access access() const { return {machine_.registry, machine_.system, false}; }
+  ScanView& view() { return view_; }
+  bool stop_requested() const { return stop_requested_; }
+  bool thorough() const { return thorough_; }
+  const std::deque<ScanRow>& rows() const { return rows_; }
+
+  void SetStatus(std::string text);
+  // Begins a list of that many entries.
+  void BeginEntries(size_t count);
+  // Before each entry; false when the user has stopped, with the stop path gone.
+  bool NextEntry();
+  // Orphaned rows stand at the top, checked; valid ones at the end.
+  void AddOrphaned(ScanRow row);
+  void AddValid(ScanRow row);
+  void AddPlain(ScanRow row) { rows_.push_back(std::move(row)); }
+  void SortRows(size_t column, bool descending);
+  // Says once in a scan when the hive of a key is damaged.
+  void TellDamage(RegistryRoot root, std::string_view key);
+  void TellDamage(std::string_view sentence);
+
+ private:
+  bool KeepChecked();
+  void StoreAll(const std::vector<const ScanRow*>& deleted);
+
+  Machine machine_;
+  ScanView& view_;
+  const ScanTraits& traits_;
+  RegistryUndo undo_;
+  std::deque<ScanRow> rows_;
+  std::string status_, failure_, damage_;
+  ProgressBar progress_;
+  std::optional<size_t> sorted_by_;
+  bool descending_ = false;
+  bool timer_enabled_ = true, scanning_ = false, stop_requested_ = false, thorough_ = false;
+};
+
+// "57 entries, 3 orphaned"
+std::string CountsOfEntries(size_t rows, int orphaned);
+
+// A count in 16 bits that stays at the highest, as ever.
+class SmallCount {
+ public:
+  void Add() {
+    if (count_ < INT16_MAX) ++count_;
+  }
+  int value() const { return count_; }
+
+ private:
+  int16_t count_ = 0;
+};
+
+}  // namespace quellix

@@ -1,0 +1,248 @@
+#include "search/search_results.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "app/removal.h"
+#include "platform/text.h"
+#include "search/search_options.h"
+
+namespace quellix {
+namespace {
+
+char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 0x20) : c; }
+
+// As the upper case of both compares; most texts are told apart before it is made.
+int CompareNoCase(std::string_view a, std::string_view b) {
+  const size_t length = std::min(a.size(), b.size());
+  for (size_t i = 0; i < length; ++i) {
+    if (((a[i] | b[i]) & 0x80) != 0) return UpCase(a.substr(i)).compare(UpCase(b.substr(i)));
+    const char x = AsciiUpper(a[i]), y = AsciiUpper(b[i]);
+    if (x != y) return x < y ? -1 : 1;
+  }
+  return a.size() == b.size() ? 0 : a.size() < b.size() ? -1 : 1;
+}
+
+template <typename Number>
+int CompareNumbers(Number a, Number b) {
+  return a < b ? -1 : b < a ? 1 : 0;
+}
+
+size_t PlaceOf(JunkKind kind) { return static_cast<size_t>(kind) - 1; }
+
+constexpr std::string_view kLogCaptions[] = {"Unnecessary files....", "Empty (zero-byte) files....",
+                                             "Dead (shortcut) links...."};
+
+}  // namespace
+
+void SearchResults::Add(ResultRow row) {
+  // Finds come folder by folder.
+  if (folders_.empty() || folders_[folders_.size() - 1] != row.path) folders_.Append(row.path);
+  names_.Append(row.name);
+  finds_.push_back({.bytes = row.bytes,
+                    .last_write = row.last_write,
+                    .folder = static_cast<uint32_t>(folders_.size() - 1),
+                    .attributes = row.attribute_bits,
+                    .kind = row.kind,
+                    .ticked = false});
+  ++left_;
+}
+
+bool SearchResults::TakeNew() {
+  const auto shown = static_cast<std::ptrdiff_t>(view_.size());
+  for (; taken_ < finds_.size(); ++taken_) {
+    if (PassesFilter(static_cast<Index>(taken_))) view_.push_back(static_cast<Index>(taken_));
+  }
+  if (view_.size() == static_cast<size_t>(shown)) return false;
+  if (order_) {
+    const auto precedes = [this](Index a, Index b) { return Precedes(a, b); };
+    std::stable_sort(view_.begin() + shown, view_.end(), precedes);
+    std::inplace_merge(view_.begin(), view_.begin() + shown, view_.end(), precedes);
+  }
+  return true;
+}
+
+void SearchResults::EndSearch() {
+  searching_ = false;
+  TakeNew();
+}
+
+void SearchResults::Abort() {
+  if (searching_ || deleting_) context_.state.AbortRequested = true;
+}
+
+std::string_view SearchResults::Extension(Index find) const {
+  const std::string_view name = names_[find];
+  const size_t dot = name.rfind('.');
+  return dot == name.npos ? std::string_view() : name.substr(dot + 1);
+}
+
+std::string SearchResults::Text(size_t row, ResultColumn column) const {
+  const Index index = view_[row];
+  const Find& find = finds_[index];
+  switch (column) {
+    case ResultColumn::kName:
+      return std::string(names_[index]);
+    case ResultColumn::kBytes:
+      return std::to_string(find.bytes);
+    case ResultColumn::kDateTime:
+      return FormatFileTime(context_.machine.system, find.last_write);
+    case ResultColumn::kAttribute:
+      return AttributeLetters(find.attributes);
+    case ResultColumn::kPath:
+      return std::string(Folder(index));
+    case ResultColumn::kFileType:
+      return UpCase(Extension(index));
+    case ResultColumn::kCategory:
+      break;
+  }
+  return std::string(CategoryText(find.kind));
+}
+
+std::string SearchResults::PathOf(size_t row) const {
+  return std::string(Folder(view_[row])).append(names_[view_[row]]);
+}
+
+void SearchResults::SetTicked(size_t row, bool ticked) { finds_[view_[row]].ticked = ticked; }
+
+void SearchResults::TickAll(bool ticked) {
+  for (const Index find : view_) finds_[find].ticked = ticked;
+}
+
+std::string SearchResults::FailureReason(size_t row) const {
+  const auto failure = failures_.find(view_[row]);
+  return failure == failures_.end() ? std::string() : failure->second;
+}
+
+int SearchResults::Compare(Index a, Index b, ResultColumn column) const {
+  const Find &x = finds_[a], &y = finds_[b];
+  switch (column) {
+    case ResultColumn::kName:
+      return CompareNoCase(names_[a], names_[b]);
+    case ResultColumn::kBytes:
+      return CompareNumbers(x.bytes, y.bytes);
+    case ResultColumn::kDateTime:
+      return CompareNumbers(x.last_write, y.last_write);
+    case ResultColumn::kAttribute:
+      return AttributeLetters(x.attributes).compare(AttributeLetters(y.attributes));
+    case ResultColumn::kPath:
+      return x.folder == y.folder ? 0 : CompareNoCase(Folder(a), Folder(b));
+    case ResultColumn::kFileType:
+      return CompareNoCase(Extension(a), Extension(b));
+    case ResultColumn::kCategory:
+      break;
+  }
+  return CategoryText(x.kind).compare(CategoryText(y.kind));
+}
+
+bool SearchResults::Precedes(Index a, Index b) const {
+  const int order = Compare(a, b, order_->column);
+  return order_->descending ? order > 0 : order < 0;
+}
+
+void SearchResults::Sort(ResultColumn column) {
+  const bool again = order_ && order_->column == column;
+  order_ = Order{column, again && !order_->descending};
+  std::stable_sort(view_.begin(), view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+}
+
+bool SearchResults::PassesFilter(Index find) {
+  if (filter_.empty()) return true;
+  upper_path_.assign(Folder(find)).append(names_[find]);
+  return UpCase(upper_path_).find(filter_) != std::string::npos;
+}
+
+// The order is that of the finds unless a column sorts: rows that were hidden come back to where
+// they would be.
+void SearchResults::SetFilter(std::string_view text) {
+  filter_ = UpCase(text);
+  view_.clear();
+  for (Index find = 0; find < taken_; ++find) {
+    const bool is_gone = find < gone_.size() && gone_[find];
+    if (!is_gone && PassesFilter(find)) view_.push_back(find);
+  }
+  if (!order_) return;
+  std::stable_sort(view_.begin(), view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+}
+
+void SearchResults::DeleteTicked() {
+  std::vector<Index> finds;
+  std::ranges::copy_if(view_, std::back_inserter(finds),
+                       [this](Index find) { return finds_[find].ticked; });
+  Delete(std::move(finds));
+}
+
+void SearchResults::DeleteAll() {
+  if (searching_ || deleting_) return;
+  TickAll(true);
+  DeleteTicked();
+}
+
+void SearchResults::Delete(std::vector<Index> finds) {
+  if (searching_ || deleting_) return;
+  deleting_ = true;
+  context_.state.AbortRequested = false;
+  some_failed_ = false;
+  gone_.resize(finds_.size());
+  for (const Index find : finds) {
+    context_.view.Yield();
+    context_.view.Yield();
+    if (context_.state.AbortRequested) break;
+    if (finds_[find].ticked) gone_[find] = DeleteOne(find);
+  }
+  std::erase_if(view_, [this](Index find) { return gone_[find]; });
+  left_ = finds_.size() - static_cast<size_t>(std::ranges::count(gone_, true));
+  // The stop was meant for the deletion alone.
+  context_.state.AbortRequested = false;
+  context_.view.SetStatus("");
+  has_deleted_ = true;
+  deleting_ = false;
+}
+
+// True when the file is gone; a failure is noted.
+bool SearchResults::DeleteOne(Index index) {
+  Find& find = finds_[index];
+  const std::string path = std::string(Folder(index)).append(names_[index]);
+  context_.view.SetStatus("Deleting file: " + path);
+  const Removal removal = RemoveFind(context_, path, find.kind);
+  if (removal.outcome == Removal::kStays) {
+    if (context_.state.AbortRequested) return false;  // stopped within a file: nothing failed
+    find.ticked = false;
+    failures_[index] = removal.reason;
+    some_failed_ = true;
+    return false;
+  }
+  failures_.erase(index);
+  if (removal.outcome == Removal::kVanished) return true;
+  Total& total = totals_[PlaceOf(find.kind)];
+  ++total.files;
+  total.bytes += static_cast<double>(removal.bytes);
+  return true;
+}
+
+std::string SearchResults::CountLine() const {
+  return (has_deleted_ ? "Files Found: " : "Total Files: ") + std::to_string(left_);
+}
+
+std::string SearchResults::ShownLine() const {
+  const auto ticked =
+      std::ranges::count_if(view_, [this](Index find) { return finds_[find].ticked; });
+  return std::to_string(ticked) + " ticked, " + std::to_string(view_.size()) + " shown";
+}
+
+std::string SearchResults::LogLines() const {
+  std::string lines;
+  for (size_t i = 0; i < totals_.size(); ++i) {
+    lines += std::string(kLogCaptions[i]) + "Files Deleted: " + std::to_string(totals_[i].files) +
+             " Space Gained: " +
+             FormatSize(totals_[i].bytes, 2, true, context_.machine.system.UserLocale()) + "\r\n";
+  }
+  return lines;
+}
+
+size_t SearchResults::MemoryHeld() const {
+  return folders_.MemoryHeld() + names_.MemoryHeld() + finds_.capacity() * sizeof(Find) +
+         view_.capacity() * sizeof(Index);
+}
+
+}  // namespace quellix

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/context.h"
+#include "app/path_list.h"
+#include "search/junk_search.h"
+
+namespace quellix {
+
+enum class ResultColumn { kName, kBytes, kDateTime, kAttribute, kPath, kFileType, kCategory };
+inline constexpr size_t kResultColumns = 7;
+
+// The finds of a run's junk searches, for a user to look through, tick and delete. Hundreds of
+// thousands are held, so a find costs little more than its name.
+//
+// A row is a find that is shown, by its place from 0. Finds that come in while a search runs are
+// shown from the next TakeNew on. What a filter hides is neither ticked nor deleted by any command.
+class SearchResults : public ResultSink {
+ public:
+  struct Order {
+    ResultColumn column;
+    bool descending = false;
+  };
+
+  // The context must outlive it. A search is running.
+  explicit SearchResults(CleaningContext& context) : context_(context) {}
+
+  void Add(ResultRow row) override;
+  // Shows what came in meanwhile; true when that was anything.
+  bool TakeNew();
+  void EndSearch();
+  bool searching() const { return searching_; }
+  bool deleting() const { return deleting_; }
+  // Ends the search or the deletion that is in work, at its next pause.
+  void Abort();
+
+  size_t RowCount() const { return view_.size(); }
+  std::string Text(size_t row, ResultColumn column) const;
+  std::string PathOf(size_t row) const;
+  bool IsTicked(size_t row) const { return finds_[view_[row]].ticked; }
+  void SetTicked(size_t row, bool ticked);
+  void TickAll(bool ticked);
+  // Whether the last attempt to delete it failed, and why.
+  bool HasFailed(size_t row) const { return failures_.contains(view_[row]); }
+  std::string FailureReason(size_t row) const;
+
+  // By what the column means: numbers, times, texts without regard to case. Rows that are equal
+  // stay in their order; the same column again turns it around.
+  void Sort(ResultColumn column);
+  const std::optional<Order>& order() const { return order_; }
+  // Shows the rows whose path holds `text` in any case, and new ones as they come; "" all.
+  void SetFilter(std::string_view text);
+
+  // Delete the ticked rows, or all, from the first to the last. Rows that failed stay, without
+  // their tick. Nothing happens while a search or a deletion is in work. Sorting and filtering
+  // meanwhile is fine; a row that is unticked before its turn stays.
+  void DeleteTicked();
+  void DeleteAll();
+
+  // "Total Files: 12", after a deletion "Files Found: 12": what is left, hidden rows included.
+  std::string CountLine() const;
+  // What the count line does not tell: "3 ticked, 12 shown".
+  std::string ShownLine() const;
+  // Whether some file could not be removed by the last deletion.
+  bool SomeFailed() const { return some_failed_; }
+
+  // A line for each category, with what was deleted of it.
+  std::string LogLines() const;
+
+  size_t MemoryHeld() const;  // bytes
+
+ private:
+  struct Find {
+    uint64_t bytes;
+    int64_t last_write;
+    uint32_t folder;
+    uint32_t attributes;
+    JunkKind kind;
+    bool ticked;
+  };
+  struct Total {
+    int32_t files = 0;
+    double bytes = 0;
+  };
+  using Index = uint32_t;  // of finds_
+
+  std::string_view Folder(Index find) const { return folders_[finds_[find].folder]; }
+  std::string_view Extension(Index find) const;
+  bool Precedes(Index a, Index b) const;
+  int Compare(Index a, Index b, ResultColumn column) const;
+  bool PassesFilter(Index find);
+  void Delete(std::vector<Index> finds);
+  bool DeleteOne(Index find);
+
+  CleaningContext& context_;
+  PathList folders_, names_;
+  std::vector<Find> finds_;
+  std::vector<Index> view_;
+  size_t taken_ = 0;  // finds that have been shown or filtered out
+  size_t left_ = 0;   // finds that are not deleted
+  std::map<Index, std::string> failures_;
+  std::vector<bool> gone_;
+  std::optional<Order> order_;
+  std::string filter_;      // in upper case
+  std::string upper_path_;  // of the find that was filtered last
+  std::array<Total, 3> totals_;
+  bool searching_ = true, deleting_ = false, has_deleted_ = false, some_failed_ = false;
+};
+
+}  // namespace quellix

@@ -1,0 +1,289 @@
+#include "ui/frm_deletetion.h"
+
+#include "engine.h"
+#include "platform/error.h"
+#include "platform/win32/win32_text.h"
+#include "ui/column_widths.h"
+#include "ui/resource.h"
+
+namespace quellix {
+namespace {
+
+constexpr std::string_view kWidthsKey = "frmDeletetion";
+constexpr UINT_PTR kTimer = 1;
+constexpr UINT kMillisecondsPerLook = 100;
+
+constexpr Column kColumns[kResultColumns] = {
+    {L"Name", 170}, {L"Bytes", 90, true}, {L"Date/Time", 150}, {L"Attribute", 70},
+    {L"Path", 280}, {L"File Type", 70},   {L"Category", 120}};
+constexpr int kIcons[] = {icoCross};
+
+constexpr Anchor kAnchors[] = {
+    {lblTotalFiles, 0, 0, 0, 0},     {lblShown, 0, 0, 1, 0},     {lblFilter, 1, 0, 1, 0},
+    {txtFilter, 1, 0, 1, 0},         {lstvDeletion, 0, 0, 1, 1}, {lblRed, 0, 1, 1, 1},
+    {lblDeletionState, 0, 1, 1, 1},  {cmdSelectAll, 0, 1, 0, 1}, {cmdDeselectAll, 0, 1, 0, 1},
+    {cmdDeleteSelected, 0, 1, 0, 1}, {cmdAbort, 1, 1, 1, 1},     {cmdExit, 1, 1, 1, 1},
+};
+
+std::string TextOf(HWND control) {
+  std::wstring text(static_cast<size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
+  text.resize(
+      static_cast<size_t>(GetWindowTextW(control, text.data(), static_cast<int>(text.size()))));
+  return Narrow(text);
+}
+
+}  // namespace
+
+void FrmDeletetion::Show(HWND owner, SearchResults& results) {
+  results_ = &results;
+  close_after_deletion_ = false;
+  Open(frmDeletetion, owner);
+}
+
+void FrmDeletetion::OnInit() {
+  layout().Add(kAnchors);
+  list_.Attach(Control(lstvDeletion), kColumns,
+               [this](int row, int column) { return CellText(row, column); });
+  list_.SetCheckBoxes([this](int row) { return results_->IsTicked(static_cast<size_t>(row)); },
+                      [this](int row) {
+                        results_->SetTicked(static_cast<size_t>(row),
+                                            !results_->IsTicked(static_cast<size_t>(row)));
+                      });
+  list_.SetMarks([this](int row) { return results_->HasFailed(static_cast<size_t>(row)); });
+  list_.SetTips(
+      [this](int row) { return Wide(results_->FailureReason(static_cast<size_t>(row))); });
+  SetTimer(window(), kTimer, kMillisecondsPerLook, nullptr);
+  Refresh();
+}
+
+HWND FrmDeletetion::FirstFocus() { return Control(lstvDeletion); }
+
+void FrmDeletetion::OnResolution() {
+  list_.SetResolution(dpi(), kColumns, kIcons);
+  RestoreColumnWidths(settings_, kWidthsKey, list_, dpi());
+}
+
+// A failed row carries a mark beside its colour.
+Cell FrmDeletetion::CellText(int row, int column) const {
+  const auto index = static_cast<size_t>(row);
+  if (index >= results_->RowCount()) return {};
+  Cell cell{Wide(results_->Text(index, ResultColumn(column)))};
+  if (column == 0 && results_->HasFailed(index)) cell.image = 0;
+  return cell;
+}
+
+void FrmDeletetion::Refresh() {
+  ShowRows();
+  ShowTexts();
+  EnableCommands();
+}
+
+void FrmDeletetion::ShowRows() {
+  list_.SetRows(static_cast<int>(results_->RowCount()));
+  if (const auto& order = results_->order()) {
+    list_.ShowOrder(static_cast<int>(order->column), order->descending);
+  }
+}
+
+void FrmDeletetion::ShowTexts() {
+  ShowText(lblTotalFiles, results_->CountLine());
+  ShowText(lblShown, results_->ShownLine());
+  ShowText(lblDeletionState, StateText());
+  ShowWindow(Control(lblRed), results_->SomeFailed() ? SW_SHOWNA : SW_HIDE);
+}
+
+// Only what has changed, so that nothing flickers.
+void FrmDeletetion::ShowText(int id, const std::string& text) {
+  if (TextOf(Control(id)) != text) SetText(id, text);
+}
+
+std::string FrmDeletetion::StateText() const {
+  if (results_->searching()) return "Searching... Abort ends the search and keeps what was found.";
+  if (results_->deleting()) return "Deleting...";
+  const int row = list_.FocusedRow();
+  if (row < 0 || static_cast<size_t>(row) >= results_->RowCount()) return {};
+  return results_->FailureReason(static_cast<size_t>(row));
+}
+
+void FrmDeletetion::EnableCommands() {
+  const bool working = results_->searching() || results_->deleting();
+  const bool any = results_->RowCount() > 0;
+  Enable(cmdSelectAll, mnuSelectAll, any);
+  Enable(cmdDeselectAll, mnuDeselectAll, any);
+  Enable(cmdDeleteSelected, mnuDeleteSelected, any && !working);
+  Enable(0, mnuDeleteAll, any && !working);
+  Enable(cmdAbort, mnuAbort, working);
+  const bool focused = !FocusedPath().empty();
+  Enable(0, mnuProperties, focused);
+  Enable(0, mnuOpenFolder, focused);
+}
+
+// The focus moves along: a disabled button would swallow the keyboard.
+void FrmDeletetion::Enable(int button, int entry, bool enabled) {
+  EnableMenuItem(GetMenu(window()), static_cast<UINT>(entry),
+                 MF_BYCOMMAND | (enabled ? MF_ENABLED : MF_GRAYED));
+  const HWND control = button == 0 ? nullptr : Control(button);
+  if (!control || (IsWindowEnabled(control) != FALSE) == enabled) return;
+  if (!enabled && GetFocus() == control) {
+    SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(lstvDeletion)), TRUE);
+  }
+  EnableWindow(control, enabled);
+}
+
+// New rows of a list that is not sorted stand behind the others, so nothing that is seen changes.
+void FrmDeletetion::OnTimer(UINT_PTR) {
+  if (results_->TakeNew()) {
+    list_.GrowTo(static_cast<int>(results_->RowCount()));
+    if (results_->order()) list_.Refresh();
+  }
+  ShowTexts();
+  EnableCommands();
+}
+
+void FrmDeletetion::OnCommand(int id, int code) {
+  if (id >= mnuSortResults && id < mnuSortResults + static_cast<int>(kResultColumns)) {
+    return Sort(id - mnuSortResults);
+  }
+  switch (id) {
+    case txtFilter:
+      return code == EN_CHANGE ? Filter() : void();
+    case cmdSelectAll:
+    case mnuSelectAll:
+    case cmdDeselectAll:
+    case mnuDeselectAll:
+      results_->TickAll(id == cmdSelectAll || id == mnuSelectAll);
+      list_.Refresh();
+      return ShowTexts();
+    case cmdDeleteSelected:
+    case mnuDeleteSelected:
+    case mnuDeleteAll:
+      return Delete(id == mnuDeleteAll);
+    case cmdAbort:
+    case mnuAbort:
+      return results_->Abort();
+    case mnuProperties:
+      return AskShell(&Shell::ShowProperties);
+    case mnuOpenFolder:
+      return AskShell(&Shell::OpenFolderOf);
+    case IDOK:
+    case IDCANCEL:
+      return PressKey(id == IDOK ? VK_RETURN : VK_ESCAPE);
+    case cmdExit:
+    case mnuExit:
+      return OnClose();
+  }
+}
+
+// Enter takes a filter over into the list and shows what a row is; Esc ends what is in work before
+// it closes the window.
+void FrmDeletetion::PressKey(WORD key) {
+  if (key == VK_ESCAPE) {
+    const bool working = results_->searching() || results_->deleting();
+    return working ? results_->Abort() : OnClose();
+  }
+  if (GetFocus() == Control(txtFilter)) {
+    SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(lstvDeletion)), TRUE);
+  } else if (GetFocus() == Control(lstvDeletion)) {
+    AskShell(&Shell::ShowProperties);
+  }
+}
+
+LRESULT FrmDeletetion::OnNotify(NMHDR& header) {
+  LRESULT result = 0;
+  if (!results_) return 0;
+  const bool answered = list_.OnNotify(header, &result);
+  if (header.hwndFrom != Control(lstvDeletion)) return result;
+  switch (header.code) {
+    case NM_CLICK:
+    case LVN_ITEMCHANGED:
+    case LVN_ODSTATECHANGED:
+      ShowTexts();
+      EnableCommands();
+      break;
+    case LVN_COLUMNCLICK:
+      Sort(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem);
+      break;
+    case NM_DBLCLK:
+      if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) {
+        AskShell(&Shell::ShowProperties);
+      }
+      break;
+    case LVN_KEYDOWN: {
+      const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
+      if (key == VK_DELETE) Delete(false);
+      if (key == 'A' && GetKeyState(VK_CONTROL) < 0) list_.SelectAll();
+      if (key == VK_SPACE) ShowTexts();
+      break;
+    }
+  }
+  return answered ? result : 0;
+}
+
+void FrmDeletetion::OnContextMenu(HWND control, POINT screen) {
+  if (control != Control(lstvDeletion)) return;
+  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuResultRow)));
+  const HMENU entries = GetSubMenu(menu.Get(), 0);
+  for (int i = 0; i < GetMenuItemCount(entries); ++i) {
+    const UINT id = GetMenuItemID(entries, i);
+    if (id == 0) continue;
+    EnableMenuItem(entries, id, GetMenuState(GetMenu(window()), id, MF_BYCOMMAND) & MF_GRAYED);
+  }
+  const POINT place = list_.MenuPlace(screen);
+  const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, place.x, place.y, 0,
+                                    window(), nullptr);
+  if (chosen != 0) OnCommand(chosen, 0);
+}
+
+void FrmDeletetion::Sort(int column) {
+  results_->Sort(ResultColumn(column));
+  ShowRows();
+}
+
+void FrmDeletetion::Filter() {
+  results_->SetFilter(TextOf(Control(txtFilter)));
+  Refresh();
+}
+
+// The window stays alive meanwhile: the deletion pauses for it.
+void FrmDeletetion::Delete(bool all) {
+  if (results_->searching() || results_->deleting()) return;
+  Enable(cmdAbort, mnuAbort, true);
+  all ? results_->DeleteAll() : results_->DeleteTicked();
+  if (close_after_deletion_) return OnClose();
+  Refresh();
+}
+
+std::string FrmDeletetion::FocusedPath() const {
+  const int row = list_.FocusedRow();
+  if (row < 0 || static_cast<size_t>(row) >= results_->RowCount()) return {};
+  return results_->PathOf(static_cast<size_t>(row));
+}
+
+void FrmDeletetion::AskShell(void (Shell::*show)(std::string_view)) const {
+  const std::string path = FocusedPath();
+  if (path.empty()) return;
+  try {
+    (shell_.*show)(path);
+  } catch (const Error& error) {
+    MessageBoxW(window(), Wide(error.what()).c_str(), Wide(kApplicationTitle).c_str(),
+                MB_OK | MB_ICONERROR);
+  }
+}
+
+HBRUSH FrmDeletetion::OnControlColor(HDC target, HWND control) {
+  if (control != Control(lblRed)) return nullptr;
+  SetTextColor(target, kMarkedRow);
+  SetBkColor(target, GetSysColor(COLOR_3DFACE));
+  return GetSysColorBrush(COLOR_3DFACE);
+}
+
+// Closing ends what is in work; a deletion ends first, between two files.
+void FrmDeletetion::OnClose() {
+  results_->Abort();
+  close_after_deletion_ = results_->deleting();
+  if (close_after_deletion_) return;
+  KeepColumnWidths(settings_, kWidthsKey, list_, dpi());
+  OwnedWindow::OnClose();
+}
+
+}  // namespace quellix

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "app/settings.h"
+#include "platform/machine.h"
+#include "search/search_results.h"
+#include "ui/list_view.h"
+#include "ui/owned_window.h"
+
+namespace quellix {
+
+// The results of a run's junk searches. It opens when the first search starts and shows the finds
+// as they come.
+class FrmDeletetion : public OwnedWindow {
+ public:
+  explicit FrmDeletetion(const Machine& machine) : shell_(machine.shell), settings_(machine) {}
+
+  // The results must live as long as the window is open.
+  void Show(HWND owner, SearchResults& results);
+  // Brings everything up to date, such as when the search has ended.
+  void Refresh();
+
+ protected:
+  void OnInit() override;
+  HWND FirstFocus() override;
+  void OnResolution() override;
+  void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "results"; }
+  LRESULT OnNotify(NMHDR& header) override;
+  void OnContextMenu(HWND control, POINT screen) override;
+  HBRUSH OnControlColor(HDC target, HWND control) override;
+  void OnTimer(UINT_PTR id) override;
+  void OnClose() override;
+
+ private:
+  void ShowRows();
+  void ShowTexts();
+  void ShowText(int id, const std::string& text);
+  void EnableCommands();
+  void Enable(int button, int entry, bool enabled);
+  void Sort(int column);
+  void Filter();
+  void Delete(bool all);
+  void PressKey(WORD key);
+  // What the shell shows of the row with the focus.
+  void AskShell(void (Shell::*show)(std::string_view)) const;
+  // The path of the row with the focus, "" for none.
+  std::string FocusedPath() const;
+  std::string StateText() const;
+  Cell CellText(int row, int column) const;
+
+  Shell& shell_;
+  Settings settings_;
+  SearchResults* results_ = nullptr;
+  ListView list_;
+  bool close_after_deletion_ = false;
+};
+
+}  // namespace quellix

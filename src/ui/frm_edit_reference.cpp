@@ -1,0 +1,63 @@
+#include "ui/frm_edit_reference.h"
+
+#include "platform/error.h"
+#include "platform/win32/win32_text.h"
+#include "ui/resource.h"
+
+namespace quellix {
+namespace {
+
+constexpr Anchor kAnchors[] = {
+    {lblAppPath, 0, 0, 1, 0}, {txtPath, 0, 0, 1, 0},  {cmdBrowse, 1, 0, 1, 0},
+    {cmdOk, 1, 1, 1, 1},      {IDCANCEL, 1, 1, 1, 1},
+};
+
+}  // namespace
+
+void FrmEditReference::Show(int template_id, RegistryScan& scan, size_t row, HWND owner,
+                            std::function<void()> closed) {
+  scan_ = &scan;
+  row_ = row;
+  closed_ = std::move(closed);
+  Open(template_id, owner);
+}
+
+void FrmEditReference::OnInit() {
+  prompts_.Attach(window());
+  layout().Add(kAnchors);
+  SetText(lblAppPath, scan_->row(row_).texts[0]);
+  SetText(txtPath, scan_->row(row_).texts[1]);
+}
+
+HWND FrmEditReference::FirstFocus() {
+  const HWND path = Control(txtPath);
+  return GetWindowLongW(path, GWL_STYLE) & ES_READONLY ? Control(cmdBrowse) : path;
+}
+
+void FrmEditReference::OnCommand(int id, int code) {
+  if (id == IDCANCEL) return OnClose();
+  if (code != BN_CLICKED) return;
+  if (id == cmdBrowse) Browse();
+  if (id == cmdOk) Save();
+}
+
+void FrmEditReference::Browse() {
+  if (const auto chosen = scan_->Browse(row_, prompts_)) SetText(txtPath, *chosen);
+}
+
+void FrmEditReference::Save() {
+  const HWND path = Control(txtPath);
+  std::wstring text(static_cast<size_t>(GetWindowTextLengthW(path)) + 1, L'\0');
+  text.resize(
+      static_cast<size_t>(GetWindowTextW(path, text.data(), static_cast<int>(text.size()))));
+  scan_->SaveEdit(row_, Narrow(text));
+  OnClose();
+}
+
+void FrmEditReference::OnClose() {
+  scan_->EndEdit();
+  OwnedWindow::OnClose();
+  closed_();
+}
+
+}  // namespace quellix

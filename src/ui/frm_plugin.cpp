@@ -1,0 +1,126 @@
+#include "ui/frm_plugin.h"
+
+#include <array>
+
+#include "platform/win32/win32_text.h"
+#include "ui/control_text.h"
+
+namespace quellix {
+namespace {
+
+constexpr Anchor kAnchors[] = {
+    {txtDescription, 0, 0, 1, 0}, {sstPlugin, 0, 0, 1, 0}, {cmdSave, 0, 1, 0, 1},
+    {cmdTry, 0, 1, 0, 1},         {IDCANCEL, 1, 1, 1, 1},
+};
+
+constexpr const wchar_t* kTabs[] = {L"Files", L"Registry", L"INI files"};
+constexpr int kPages[] = {pagFiles, pagRegistry, pagINI, pagEnd};
+
+}  // namespace
+
+FrmPlugin::FrmPlugin(const Machine& machine, modPlugin::PluginManager& manager,
+                     std::function<void()> on_saved)
+    : on_saved_(std::move(on_saved)),
+      editor_(machine, prompts_, manager),
+      files_(machine, editor_, prompts_),
+      registry_(editor_),
+      ini_(editor_),
+      try_(machine) {}
+
+void FrmPlugin::Create(HWND owner) {
+  editor_.Create();
+  Open(frmPlugin, owner);
+}
+
+void FrmPlugin::Edit(HWND owner, const std::string& file) {
+  prompts_.Attach(owner);
+  if (editor_.Load(file)) Open(frmPlugin, owner);
+}
+
+void FrmPlugin::OnInit() {
+  prompts_.Attach(window());
+  layout().Add(kAnchors);
+  for (int i = 0; i < static_cast<int>(std::size(kTabs)); ++i) {
+    TCITEMW item{};
+    item.mask = TCIF_TEXT;
+    item.pszText = const_cast<wchar_t*>(kTabs[i]);
+    TabCtrl_InsertItem(Control(sstPlugin), i, &item);
+  }
+  SetText(txtDescription, editor_.plugin().description);
+  layout().Add(files_.Attach(window()));
+  layout().Add(registry_.Attach(window()));
+  layout().Add(ini_.Attach(window()));
+  ShowPage();
+  ShowTitle();
+}
+
+void FrmPlugin::OnResolution() {
+  files_.SetResolution(dpi());
+  registry_.SetResolution(dpi());
+  ini_.SetResolution(dpi());
+}
+
+void FrmPlugin::OnSized() {
+  files_.FillLastColumn(dpi());
+  registry_.FillLastColumn(dpi());
+  ini_.FillLastColumn(dpi());
+}
+
+void FrmPlugin::ShowPage() {
+  const int page = TabCtrl_GetCurSel(Control(sstPlugin));
+  for (int id = pagFiles; id < pagEnd; ++id) {
+    const bool shown = id >= kPages[page] && id < kPages[page + 1];
+    if (const HWND control = Control(id)) ShowWindow(control, shown ? SW_SHOW : SW_HIDE);
+  }
+}
+
+void FrmPlugin::ShowTitle() { SetWindowTextW(window(), Wide(editor_.Title()).c_str()); }
+
+void FrmPlugin::OnCommand(int id, int code) {
+  switch (id) {
+    case txtDescription:
+      if (code == EN_CHANGE) editor_.SetDescription(ControlText(Control(txtDescription)));
+      return;
+    case cmdSave:
+      return Save();
+    case cmdTry:
+      return try_.Show(window(), editor_.plugin());
+    case IDOK:
+      return OnEnter();
+    case IDCANCEL:
+      return OnClose();
+  }
+  files_.OnCommand(id, code);
+  registry_.OnCommand(id, code);
+  ini_.OnCommand(id, code);
+}
+
+// No button is the default one: Enter in a field adds what stands on its page.
+void FrmPlugin::OnEnter() {
+  HWND field = GetFocus();
+  if (GetParent(field) != window()) field = GetParent(field);  // the text of a combo box
+  const int id = GetDlgCtrlID(field);
+  const int page = TabCtrl_GetCurSel(Control(sstPlugin));
+  PluginPage* const pages[] = {&files_, &registry_, &ini_};
+  if (id >= kPages[page] && id < kPages[page + 1]) pages[page]->OnEnter();
+}
+
+LRESULT FrmPlugin::OnNotify(NMHDR& header) {
+  if (header.idFrom == sstPlugin && header.code == TCN_SELCHANGE) ShowPage();
+  files_.OnNotify(header);
+  registry_.OnNotify(header);
+  ini_.OnNotify(header);
+  return 0;
+}
+
+void FrmPlugin::Save() {
+  editor_.Save();
+  ShowTitle();
+  on_saved_();
+}
+
+void FrmPlugin::OnClose() {
+  if (editor_.MayClose()) OwnedWindow::OnClose();
+}
+
+}  // namespace quellix

@@ -1,0 +1,165 @@
+#include "ui/frm_plugin_manager.h"
+
+#include "engine.h"
+#include "platform/win32/win32_text.h"
+#include "ui/dpi.h"
+
+namespace quellix {
+namespace {
+
+constexpr Column kColumns[] = {{L"Plug-in", 190}, {L"Description", 330}};
+
+constexpr Anchor kAnchors[] = {
+    {lstvPlugin, 0, 0, 1, 1}, {lblStatus, 0, 1, 1, 1},  {mnuCreate, 0, 1, 0, 1},
+    {mnuEdit, 0, 1, 0, 1},    {mnuProcess, 0, 1, 0, 1}, {cmdStop, 0, 1, 0, 1},
+    {IDCANCEL, 1, 1, 1, 1},
+};
+
+// Commands that work on the selected rows.
+constexpr int kOfSelection[] = {mnuEdit, mnuDelete, mnuProcess};
+
+}  // namespace
+
+FrmPluginManager::FrmPluginManager(Engine& engine, const Machine& machine)
+    : engine_(engine),
+      machine_(machine),
+      manager_(machine, prompts_),
+      editor_(machine, manager_, [this] { ShowRows(); }) {}
+
+void FrmPluginManager::Show(HWND owner) { Open(frmPluginManager, owner); }
+
+void FrmPluginManager::OnInit() {
+  prompts_.Attach(window());
+  display_.Attach(window());
+  layout().Add(kAnchors);
+  list_.Attach(Control(lstvPlugin), kColumns, [this](int row, int column) {
+    const modPlugin::InstalledPlugin& plugin = manager_.rows()[static_cast<size_t>(row)];
+    return Cell{Wide(column == 0 ? plugin.file : plugin.description)};
+  });
+  list_.SetCheckBoxes([this](int row) { return manager_.rows()[static_cast<size_t>(row)].ticked; },
+                      [this](int row) { manager_.Toggle(static_cast<size_t>(row)); });
+  manager_.Load();
+  ShowRows();
+  if (!manager_.rows().empty()) list_.Select(0);
+}
+
+void FrmPluginManager::OnResolution() { list_.SetResolution(dpi(), kColumns, {}); }
+
+void FrmPluginManager::OnSized() { list_.FillWith(1, Scale(120, dpi())); }
+
+void FrmPluginManager::ShowRows() {
+  list_.SetRows(static_cast<int>(manager_.rows().size()));
+  display_.SetStatus(manager_.status());
+  display_.Flush();
+  EnableCommands();
+}
+
+// The focus moves along: a disabled button would swallow the keyboard.
+void FrmPluginManager::EnableCommands() {
+  const bool can = !working_ && list_.CountSelected() > 0;
+  for (const int id : kOfSelection) {
+    if (!can && GetFocus() == Control(id)) SetFocus(Control(lstvPlugin));
+    if (const HWND button = Control(id)) EnableWindow(button, can);
+    EnableMenuItem(GetMenu(window()), static_cast<UINT>(id), can ? MF_ENABLED : MF_GRAYED);
+  }
+  EnableWindow(Control(mnuCreate), !working_);
+}
+
+void FrmPluginManager::OnCommand(int id, int /*code*/) {
+  if (id == cmdStop) return engine_.StopCleaning();
+  if (id == IDCANCEL || id == mnuExit) return OnClose();
+  if (working_) return;
+  switch (id) {
+    case mnuCreate:
+      return editor_.Create(window());
+    case mnuEdit:
+      return Edit();
+    case mnuAdd:
+      manager_.Add();
+      return ShowRows();
+    case mnuDelete:
+      manager_.Delete(list_.SelectedRows());
+      return ShowRows();
+    case mnuProcess:
+      return Process();
+    case mnuCheckAll:
+    case mnuUncheckAll:
+      return TickAll(id == mnuCheckAll);
+    case mnuSelectAll:
+      return list_.SelectAll();
+    case mnuDeselectAll:
+      return list_.SelectNone();
+  }
+}
+
+LRESULT FrmPluginManager::OnNotify(NMHDR& header) {
+  if (list_.OnNotify(header) || working_) return 0;
+  if (header.idFrom == lstvPlugin) OnListNotify(header);
+  return 0;
+}
+
+void FrmPluginManager::OnListNotify(const NMHDR& header) {
+  switch (header.code) {
+    case LVN_KEYDOWN: {
+      const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
+      const bool control = GetKeyState(VK_CONTROL) < 0;
+      if (key == VK_DELETE) OnCommand(mnuDelete, 0);
+      if (key == 'A' && control) list_.SelectAll();
+      if (key == 'N' && control) OnCommand(mnuCreate, 0);
+      return;
+    }
+    case NM_DBLCLK:
+      if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) Edit();
+      return;
+    case LVN_ITEMCHANGED:
+    case LVN_ODSTATECHANGED:
+      return EnableCommands();
+  }
+}
+
+void FrmPluginManager::OnContextMenu(HWND control, POINT screen) {
+  if (control != Control(lstvPlugin) || working_) return;
+  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuPluginRows)));
+  const HMENU entries = GetSubMenu(menu.Get(), 0);
+  for (const int id : kOfSelection) {
+    EnableMenuItem(entries, static_cast<UINT>(id),
+                   list_.CountSelected() > 0 ? MF_ENABLED : MF_GRAYED);
+  }
+  const POINT place = list_.MenuPlace(screen);
+  TrackPopupMenu(entries, TPM_RIGHTBUTTON, place.x, place.y, 0, window(), nullptr);
+}
+
+void FrmPluginManager::TickAll(bool ticked) {
+  manager_.TickAll(ticked);
+  list_.Refresh();
+}
+
+void FrmPluginManager::Edit() {
+  const std::vector<size_t> rows = list_.SelectedRows();
+  if (!rows.empty()) editor_.Edit(window(), manager_.rows()[rows[0]].file);
+}
+
+void FrmPluginManager::Process() {
+  const std::vector<size_t> rows = list_.SelectedRows();
+  CleaningContext context{machine_, engine_.settings(), engine_.state(), display_,
+                          engine_.context().backup};
+  working_ = true;
+  EnableCommands();
+  manager_.Process(context, rows, [this] {
+    display_.SetStatus(manager_.status());
+    display_.Flush();
+  });
+  working_ = false;
+  EnableCommands();
+  SetFocus(Control(lstvPlugin));
+  if (close_after_run_) OnClose();
+}
+
+void FrmPluginManager::OnClose() {
+  close_after_run_ = working_;
+  if (working_) return engine_.StopCleaning();
+  manager_.Save();
+  OwnedWindow::OnClose();
+}
+
+}  // namespace quellix

@@ -1,0 +1,261 @@
+#include "ui/frm_registry_scan.h"
+
+#include "platform/win32/win32_text.h"
+#include "ui/dpi.h"
+#include "ui/resource.h"
+#include "ui/run_display.h"
+
+namespace quellix {
+namespace {
+
+constexpr UINT_PTR kTimer1 = 1;
+constexpr UINT kUntilSeen = 50;  // milliseconds
+constexpr ULONGLONG kMillisecondsPerFrame = 50;
+
+// By RowMark. A cross and a tick, so that color is not needed.
+constexpr int kIcons[] = {icoCross, icoTick};
+
+constexpr Anchor kAnchors[] = {
+    {lstvOrphanedDLL, 0, 0, 1, 1}, {lstvInvalid, 0, 0, 1, 1}, {pgKeys, 0, 1, 1, 1},
+    {lblStatus, 0, 1, 1, 1},       {chkDelete, 0, 1, 0, 1},   {chkThorough, 0, 1, 0, 1},
+    {fmResize, 0, 1, 1, 1},        {lblKey, 0, 1, 0, 1},      {lblValue, 0, 1, 0, 1},
+    {lblPath, 0, 1, 0, 1},         {txtKey, 0, 1, 1, 1},      {txtValue, 0, 1, 1, 1},
+    {txtPath, 0, 1, 1, 1},         {cmdDelete, 0, 1, 0, 1},   {cmdEdit, 0, 1, 0, 1},
+    {cmdStop, 0, 1, 0, 1},         {IDCANCEL, 1, 1, 1, 1},
+};
+
+}  // namespace
+
+FrmRegistryScan::Parts FrmRegistryScan::PartsOf(ScanTool tool) {
+  switch (tool) {
+    case ScanTool::kSharedDlls:
+      return {frmOrphanedDLL, lstvOrphanedDLL, "shared-dlls", {110, 460}, 1};
+    case ScanTool::kFileReferences:
+      return {frmInvalidFile, lstvInvalid, "file-references", {280, 120, 200}, 2};
+    case ScanTool::kAppPaths:
+      return {frmInvalidAppPath, lstvInvalid, "app-paths", {180, 400}, 1};
+    case ScanTool::kHelpFiles:
+      return {frmInvalidHelp, lstvInvalid, "help-files", {180, 400}, 1};
+    case ScanTool::kComponents:
+      break;
+  }
+  return {frmInvalidActivex, lstvInvalid, "components", {210, 80, 150, 150}, 2};
+}
+
+void FrmRegistryScan::Show(ScanTool tool, HWND owner) {
+  if (scan_ && scan_->is_scanning()) return;
+  Close();
+  scan_ = MakeScan(tool, machine_, *this);
+  parts_ = PartsOf(tool);
+  close_after_scan_ = false;
+  Open(parts_.window, owner);
+  ArmTimer();
+}
+
+void FrmRegistryScan::OnInit() {
+  prompts_.Attach(window());
+  layout().Add(kAnchors);
+  titles_.clear();
+  columns_.clear();
+  const auto columns = scan_->traits().columns;
+  for (const ScanColumn& column : columns) titles_.push_back(Wide(column.title));
+  for (size_t i = 0; i < columns.size(); ++i) {
+    // The first column stands at the left whatever it holds.
+    columns_.push_back({titles_[i].c_str(), parts_.widths[i], i > 0 && columns[i].number});
+  }
+  list_ = {};
+  list_.Attach(list_window(), columns_, [this](int row, int column) {
+    const ScanRow& shown = scan_->row(static_cast<size_t>(row));
+    return Cell{Wide(shown.texts[static_cast<size_t>(column)]), static_cast<int>(shown.mark) - 1};
+  });
+  list_.SetCheckBoxes([this](int row) { return scan_->row(static_cast<size_t>(row)).checked; },
+                      [this](int row) {
+                        const auto index = static_cast<size_t>(row);
+                        scan_->SetChecked(index, !scan_->row(index).checked);
+                      });
+  EnableCommands(false);
+}
+
+// A tool that marks no row leaves no room for icons.
+void FrmRegistryScan::OnResolution() {
+  const bool marks = !scan_->traits().sorts;
+  list_.SetResolution(dpi(), columns_,
+                      marks ? std::span<const int>(kIcons) : std::span<const int>());
+}
+
+void FrmRegistryScan::OnSized() {
+  list_.FillWith(static_cast<int>(parts_.widest), Scale(parts_.widths[parts_.widest] / 2, dpi()));
+}
+
+void FrmRegistryScan::ArmTimer() {
+  if (scan_->timer_enabled()) SetTimer(window(), kTimer1, kUntilSeen, nullptr);
+}
+
+void FrmRegistryScan::OnTimer(UINT_PTR id) {
+  if (id != kTimer1 || edit_.IsOpen()) return;
+  KillTimer(window(), kTimer1);
+  if (!scan_->is_scanning()) StartScan();
+}
+
+// The window may be closed meanwhile, even with the program.
+void FrmRegistryScan::StartScan() {
+  EnableCommands(true);
+  list_.SetRows(0);
+  ShowDetails();
+  if (scan_->traits().freezes) LockWindowUpdate(list_window());
+  scan_->StartScan();
+  LockWindowUpdate(nullptr);
+  if (!window()) return;
+  if (close_after_scan_) return OwnedWindow::OnClose();
+  ShowStatus();
+  EnableCommands(false);
+  ShowRows();
+}
+
+void FrmRegistryScan::Yield() {
+  const ULONGLONG now = GetTickCount64();
+  if (now - shown_at_ < kMillisecondsPerFrame) return;
+  shown_at_ = now;
+  if (window()) ShowStatus();
+  RunDisplay::PumpMessages();
+}
+
+void FrmRegistryScan::ShowStatus() {
+  SetText(lblStatus, scan_->status());
+  if (scan_->is_scanning() && !scan_->is_frozen()) {
+    list_.GrowTo(static_cast<int>(scan_->RowCount()));
+  }
+  const HWND bar = Control(pgKeys);
+  if (!bar) return;
+  const ProgressBar& progress = scan_->progress();
+  SendMessageW(bar, PBM_SETRANGE32, 0, progress.max);
+  SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(progress.value), 0);
+  ShowWindow(bar, progress.visible ? SW_SHOWNA : SW_HIDE);
+}
+
+void FrmRegistryScan::ShowProblem(std::string_view sentence) {
+  if (!window()) return;
+  MessageBoxW(window(), Wide(sentence).c_str(), Wide(scan_->traits().title).c_str(),
+              MB_OK | MB_ICONERROR);
+}
+
+// The focus moves along: a disabled button would swallow the keyboard.
+void FrmRegistryScan::EnableCommands(bool scanning) {
+  for (const int id : {cmdDelete, cmdEdit, chkThorough, cmdStop}) {
+    const bool enabled = scanning == (id == cmdStop);
+    if (!enabled && GetFocus() == Control(id)) {
+      SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(list_window()), TRUE);
+    }
+    EnableWindow(Control(id), enabled);
+  }
+}
+
+void FrmRegistryScan::ShowRows() {
+  list_.SetRows(static_cast<int>(scan_->RowCount()));
+  ShowOrder();
+  ShowDetails();
+  OnSized();
+}
+
+void FrmRegistryScan::ShowOrder() {
+  const auto column = scan_->sorted_by();
+  if (column) list_.ShowOrder(static_cast<int>(*column), scan_->descending());
+}
+
+// The row that is highlighted, in full.
+void FrmRegistryScan::ShowDetails() {
+  if (!Control(fmResize)) return;
+  const std::vector<size_t> rows = list_.SelectedRows();
+  const bool has_row = !rows.empty() && rows[0] < scan_->RowCount();
+  constexpr int kTexts[] = {txtKey, txtValue, txtPath};
+  for (size_t i = 0; i < std::size(kTexts); ++i) {
+    SetText(kTexts[i], has_row ? scan_->row(rows[0]).texts[i] : "");
+  }
+}
+
+void FrmRegistryScan::OnCommand(int id, int code) {
+  if (id == IDCANCEL) return OnClose();
+  if (id == cmdStop) return scan_->StopScan();
+  if (scan_->is_scanning() || code != BN_CLICKED) return;
+  switch (id) {
+    case cmdDelete:
+      return DeleteChecked();
+    case cmdEdit:
+      return EditReference();
+    case chkThorough:
+      scan_->SetThorough(IsDlgButtonChecked(window(), chkThorough) == BST_CHECKED);
+      scan_->EndEdit();
+      return ArmTimer();
+  }
+}
+
+void FrmRegistryScan::DeleteChecked() {
+  const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  scan_->DeleteChecked(Control(chkDelete) &&
+                       IsDlgButtonChecked(window(), chkDelete) == BST_CHECKED);
+  SetCursor(arrow);
+  ShowStatus();
+  ShowRows();
+  ArmTimer();
+}
+
+void FrmRegistryScan::EditReference() {
+  if (scan_->RowCount() == 0) return;
+  const std::vector<size_t> rows = list_.SelectedRows();
+  if (rows.size() != 1) return prompts_.Inform("Select the one reference to edit first.");
+  const int dialog = parts_.window == frmInvalidHelp ? frmEditHelp : frmEditAppPath;
+  edit_.Show(dialog, *scan_, rows[0], window(), [this] { ArmTimer(); });
+}
+
+LRESULT FrmRegistryScan::OnNotify(NMHDR& header) {
+  if (!scan_ || list_.OnNotify(header) || header.idFrom != static_cast<UINT_PTR>(parts_.list)) {
+    return 0;
+  }
+  switch (header.code) {
+    case LVN_COLUMNCLICK:
+      SortBy(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem);
+      return 0;
+    case LVN_ITEMCHANGED:
+    case LVN_ODSTATECHANGED:
+      ShowDetails();
+      return 0;
+    case LVN_BEGINLABELEDITW:
+      return TRUE;  // a row's text is not changed in place
+    case LVN_KEYDOWN:
+      if (reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey == 'A' &&
+          GetKeyState(VK_CONTROL) < 0) {
+        list_.SelectAll();
+      }
+      return 0;
+    case NM_DBLCLK:
+      if (scan_->traits().edits && !scan_->is_scanning()) EditReference();
+      return 0;
+    default:
+      return 0;
+  }
+}
+
+void FrmRegistryScan::SortBy(int column) {
+  if (scan_->is_scanning() || column < 0) return;
+  scan_->SortBy(static_cast<size_t>(column));
+  ShowRows();
+}
+
+void FrmRegistryScan::OnContextMenu(HWND control, POINT screen) {
+  if (control != list_window() || !scan_->traits().sorts) return;
+  SortBy(list_.AskForOrder(window(), screen));
+}
+
+void FrmRegistryScan::OnClose() {
+  if (!scan_->is_scanning()) return OwnedWindow::OnClose();
+  close_after_scan_ = true;
+  scan_->StopScan();
+}
+
+void FrmRegistryScan::OnDestroyed() {
+  if (scan_ && scan_->is_scanning()) scan_->StopScan();
+  LockWindowUpdate(nullptr);
+  OwnedWindow::OnDestroyed();
+}
+
+}  // namespace quellix

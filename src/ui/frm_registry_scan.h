@@ -1,0 +1,75 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "registry_tools/scan_tools.h"
+#include "ui/frm_edit_reference.h"
+#include "ui/list_view.h"
+#include "ui/owned_window.h"
+#include "ui/window_prompts.h"
+
+namespace quellix {
+
+// The window of a registry tool: each has a template of its own, and all else in common.
+class FrmRegistryScan : public OwnedWindow, private ScanView {
+ public:
+  explicit FrmRegistryScan(const Machine& machine) : machine_(machine) {}
+
+  // Opens the window of a tool; its scan starts as soon as it is seen.
+  void Show(ScanTool tool, HWND owner);
+
+ protected:
+  void OnInit() override;
+  HWND FirstFocus() override { return list_window(); }
+  const char* HelpTopic() const override { return scan_->traits().name; }
+  void OnSized() override;
+  void OnResolution() override;
+  void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return parts_.topic; }
+  LRESULT OnNotify(NMHDR& header) override;
+  void OnContextMenu(HWND control, POINT screen) override;
+  void OnTimer(UINT_PTR id) override;
+  void OnClose() override;
+  void OnDestroyed() override;
+
+ private:
+  // Of a tool's window.
+  struct Parts {
+    int window, list;
+    const char* topic;        // of the manual
+    std::vector<int> widths;  // of the columns, 96-DPI units
+    size_t widest;            // the column that takes the room the others leave
+  };
+  static Parts PartsOf(ScanTool tool);
+
+  void Yield() override;
+  void ShowState() override {}  // shown at the next Yield that is due
+  void ShowProblem(std::string_view sentence) override;
+
+  HWND list_window() const { return Control(parts_.list); }
+  void ArmTimer();
+  void StartScan();
+  void DeleteChecked();
+  void EditReference();
+  void ShowRows();
+  void ShowOrder();
+  void ShowDetails();
+  void ShowStatus();
+  void EnableCommands(bool scanning);
+  void SortBy(int column);
+
+  Machine machine_;
+  std::unique_ptr<RegistryScan> scan_;
+  Parts parts_{};
+  std::vector<std::wstring> titles_;
+  std::vector<Column> columns_;
+  ListView list_;
+  WindowPrompts prompts_;
+  FrmEditReference edit_;
+  ULONGLONG shown_at_ = 0;
+  bool close_after_scan_ = false;
+};
+
+}  // namespace quellix

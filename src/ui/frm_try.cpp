@@ -1,0 +1,73 @@
+#include "ui/frm_try.h"
+
+#include "platform/win32/win32_text.h"
+#include "ui/dpi.h"
+
+namespace quellix {
+namespace {
+
+constexpr Column kColumns[] = {{L"What", 110}, {L"Where", 400}};
+
+constexpr Anchor kAnchors[] = {
+    {lstvTry, 0, 0, 1, 1}, {txtTry, 0, 1, 1, 1},   {lblStatus, 0, 1, 1, 1},
+    {cmdStop, 1, 1, 1, 1}, {IDCANCEL, 1, 1, 1, 1},
+};
+
+}  // namespace
+
+void FrmTry::Show(HWND owner, const modPlugin::Plugin& plugin) {
+  trial_.emplace(machine_);
+  Open(frmTry, owner);
+  working_ = true;
+  EnableWindow(Control(cmdStop), TRUE);
+  display_.SetStatus("Looking...");
+  display_.Flush();
+  trial_->Run(plugin, display_);
+  working_ = false;
+  display_.SetStatus(trial_->Summary());
+  display_.Flush();
+  SetText(txtTry, trial_->notes().empty() ? "Everything the plugin names may be cleaned."
+                                          : trial_->notes());
+  list_.SetRows(static_cast<int>(trial_->count()));
+  SetFocus(Control(lstvTry));
+  EnableWindow(Control(cmdStop), FALSE);
+}
+
+void FrmTry::OnInit() {
+  layout().Add(kAnchors);
+  display_.Attach(window());
+  list_.Attach(Control(lstvTry), kColumns, [this](int row, int column) {
+    const auto index = static_cast<size_t>(row);
+    return Cell{Wide(column == 0 ? trial_->What(index) : trial_->Where(index))};
+  });
+}
+
+void FrmTry::OnResolution() { list_.SetResolution(dpi(), kColumns, {}); }
+
+void FrmTry::OnSized() { list_.FillWith(1, Scale(200, dpi())); }
+
+void FrmTry::OnCommand(int id, int /*code*/) {
+  if (id == cmdStop) trial_->Stop();
+  if (id == IDCANCEL) OnClose();
+}
+
+LRESULT FrmTry::OnNotify(NMHDR& header) {
+  list_.OnNotify(header);
+  return 0;
+}
+
+// While it looks, closing stops it first.
+void FrmTry::OnClose() {
+  if (working_) return trial_->Stop();
+  OwnedWindow::OnClose();
+}
+
+// A text that cannot be changed would be grey; this one is there to be read.
+HBRUSH FrmTry::OnControlColor(HDC target, HWND control) {
+  if (control != Control(txtTry)) return nullptr;
+  SetBkColor(target, GetSysColor(COLOR_WINDOW));
+  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
+  return GetSysColorBrush(COLOR_WINDOW);
+}
+
+}  // namespace quellix

@@ -1,0 +1,124 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "plugins/file_picker.h"
+#include "plugins/plugin_editor.h"
+#include "ui/frm_keygen.h"
+#include "ui/layout.h"
+#include "ui/list_view.h"
+
+namespace quellix {
+
+// One page of the editor's window: a list of records, and the controls that add to it. A page
+// answers the commands of its own controls and lets the others pass.
+class PluginPage {
+ public:
+  PluginPage(modPlugin::PluginEditor& editor, int list, std::span<const Column> columns)
+      : editor_(editor), list_id_(list), columns_(columns) {}
+  virtual ~PluginPage() = default;
+  PluginPage(const PluginPage&) = delete;
+  PluginPage& operator=(const PluginPage&) = delete;
+
+  // Fills the controls of a new window; returns their anchors.
+  std::span<const Anchor> Attach(HWND window);
+  virtual void OnCommand(int id, int code) = 0;
+  // Enter in a field of the page.
+  virtual void OnEnter() = 0;
+  void OnNotify(NMHDR& header);
+  void SetResolution(int dpi) { list_.SetResolution(dpi, columns_, {}); }
+  void FillLastColumn(int dpi);
+
+ protected:
+  virtual std::span<const Anchor> Init() = 0;
+  virtual void Remove() = 0;
+  virtual int Count() const = 0;
+  virtual std::string TextOf(size_t row, int column) const = 0;
+
+  HWND window() const { return window_; }
+  HWND Control(int id) const { return GetDlgItem(window_, id); }
+  std::string Text(int id) const;
+  // Empties fields and puts the focus into the first of them.
+  void Empty(std::initializer_list<int> fields) const;
+  // Shows the records, the last one selected.
+  void ShowRows();
+  void RemoveSelected(void (modPlugin::PluginEditor::*remove)(size_t row));
+  modPlugin::PluginEditor& editor() const { return editor_; }
+
+ private:
+  modPlugin::PluginEditor& editor_;
+  int list_id_;
+  std::span<const Column> columns_;
+  HWND window_ = nullptr;
+  ListView list_;
+};
+
+class PluginFilesPage : public PluginPage {
+ public:
+  PluginFilesPage(const Machine& machine, modPlugin::PluginEditor& editor, Prompts& prompts);
+  void OnCommand(int id, int code) override;
+  void OnEnter() override;
+
+ protected:
+  std::span<const Anchor> Init() override;
+  void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveFile); }
+  int Count() const override { return static_cast<int>(editor().plugin().files.size()); }
+  std::string TextOf(size_t row, int column) const override;
+
+ private:
+  modPlugin::FilesForm Form() const;
+  void Browse();
+  void Add();
+  void AddChosen();
+  void OpenFolder();
+  void ChooseDrive();
+  void ShowPicker();
+
+  Machine machine_;
+  Prompts& prompts_;
+  std::optional<modPlugin::FilePicker> picker_;
+};
+
+class PluginRegistryPage : public PluginPage {
+ public:
+  explicit PluginRegistryPage(modPlugin::PluginEditor& editor);
+  void OnCommand(int id, int code) override;
+  void OnEnter() override { Add(); }
+
+ protected:
+  std::span<const Anchor> Init() override;
+  void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveKey); }
+  int Count() const override { return static_cast<int>(editor().plugin().registry.size()); }
+  std::string TextOf(size_t row, int column) const override;
+
+ private:
+  modPlugin::RegistryForm Form() const;
+  void Add();
+  void Generate(modPlugin::Generated what);
+
+  FrmKeygen generator_;
+};
+
+class PluginIniPage : public PluginPage {
+ public:
+  explicit PluginIniPage(modPlugin::PluginEditor& editor);
+  void OnCommand(int id, int code) override;
+  void OnEnter() override { Add(); }
+
+ protected:
+  std::span<const Anchor> Init() override;
+  void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveIni); }
+  int Count() const override { return static_cast<int>(editor().plugin().ini.size()); }
+  std::string TextOf(size_t row, int column) const override;
+
+ private:
+  void Browse();
+  void ChooseSection();
+  void Add();
+
+  std::vector<modPlugin::IniSection> sections_;
+};
+
+}  // namespace quellix

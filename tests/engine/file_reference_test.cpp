@@ -1,0 +1,225 @@
+// Values that name files which are gone: what the plain walk sees, and the thorough one.
+#include <algorithm>
+
+#include "registry_tools/file_reference.h"
+#include "support/registry_fixture.h"
+
+namespace quellix {
+namespace {
+
+class FileReferenceTest : public RegistryFixture {
+ protected:
+  std::unique_ptr<RegistryScan> Scan(bool thorough) {
+    auto scan = MakeScan(ScanTool::kFileReferences, ports, scan_view);
+    scan->SetThorough(thorough);
+    scan->StartScan();
+    EXPECT_EQ(scan->status(), std::to_string(scan->RowCount()) + " invalid references");
+    return scan;
+  }
+  // The rows of the test's own values: key and value; a Windows has some of its own.
+  static std::vector<std::string> OwnRows(const RegistryScan& scan) {
+    std::vector<std::string> rows;
+    for (size_t i = 0; i < scan.RowCount(); ++i) {
+      const ScanRow& row = scan.row(i);
+      EXPECT_FALSE(row.checked) << "nothing is ticked for the user";
+      if (row.texts[1].starts_with("Qx")) rows.push_back(row.texts[0] + row.texts[1]);
+    }
+    return rows;
+  }
+  static void TickOwn(RegistryScan& scan) {
+    for (size_t i = 0; i < scan.RowCount(); ++i) {
+      if (scan.row(i).texts[1].starts_with("Qx")) scan.SetChecked(i, true);
+    }
+  }
+  const std::string gone_ = scratch + "gone.txt";
+};
+
+TEST_F(FileReferenceTest, ThePlainWalkReadsBelowTheKeyWhatItsPathNames) {
+  Set(kUser, "", "QxRoot", Text(gone_));
+  Set(kUser, "Qx1", "QxOwn", Text(gone_));
+  Set(kUser, "Qx1\\Qx1", "QxC", Text(gone_));
+  Set(kUser, "Qx1\\Qx1", "QxA", Text(gone_));
+  Set(kUser, "Qx1\\Qx1", "QxLower", Text("c" + gone_.substr(1)));
+  Set(kUser, "Qx1\\Qx1", "QxThere", Text(scratch));
+  Set(kUser, "Qx2\\Qx2", "QxFirst", Text("1"));
+  Set(kUser, "Qx2\\Qx2", "QxSecond", Text(gone_));
+  const auto scan = Scan(false);
+  EXPECT_EQ(OwnRows(*scan),
+            (std::vector<std::string>{"HKEY_CURRENT_USER:Qx1\\QxA", "HKEY_CURRENT_USER:Qx1\\QxC",
+                                      "HKEY_CURRENT_USER:QxRoot"}))
+      << "by value; a short value ends its key";
+
+  // What is shown under a key was read below it, but is deleted in it.
+  Set(kUser, "Qx1", "QxA", Text("other"));
+  const RegistryPicture before = PictureOfAll();
+  TickOwn(*scan);
+  scan->DeleteChecked(false);
+  EXPECT_TRUE(OwnRows(*scan).empty());
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), std::vector<std::string>{"QxOwn"});
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1\\Qx1").size(), 4u);
+  ASSERT_EQ(UndoFiles().size(), 1u);
+  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  EXPECT_EQ(PictureOfAll(), before);
+  const auto names = machine->ValueNames(kUser, "");
+  EXPECT_TRUE(std::ranges::count(names, "QxRoot")) << "that of the root came back as well";
+}
+
+TEST_F(FileReferenceTest, AKeyWithANameOfOneCharacterStaysInThePath) {
+  Set(kUser, "Q", "", Text("x"));
+  Set(kUser, "Qx1\\Q\\Qx1", "QxOdd", Text(gone_));
+  EXPECT_EQ(OwnRows(*Scan(false)), std::vector<std::string>{"HKEY_CURRENT_USER:Q\\Qx1\\QxOdd"});
+}
+
+TEST_F(FileReferenceTest, ColumnsSortInTurnsAndStopKeepsTheRows) {
+  for (const char* name : {"QxB", "QxA", "QxC"}) Set(kUser, "Qx1", name, Text(gone_ + name));
+  const auto scan = Scan(true);
+  const auto own = [&] { return OwnRows(*scan); };
+  const std::string key = "HKEY_CURRENT_USER:Qx1\\";
+  const std::vector<std::string> up = {key + "QxA", key + "QxB", key + "QxC"};
+  const std::vector<std::string> down(up.rbegin(), up.rend());
+  EXPECT_EQ(own(), up);
+  EXPECT_TRUE(scan->sorted_by() == 1u && !scan->descending());
+  scan->SortBy(2);
+  EXPECT_EQ(own(), down) << "another column, but the other order than before";
+  scan->SortBy(2);
+  EXPECT_EQ(own(), up);
+  EXPECT_TRUE(scan->sorted_by() == 2u && !scan->descending());
+
+  scan_view.on_yield = [&] {
+    EXPECT_FALSE(scan->is_frozen() || scan->progress().visible);
+    if (!own().empty()) scan->StopScan();
+  };
+  scan->StartScan();
+  EXPECT_EQ(own(), up);
+  EXPECT_EQ(scan->status(), std::to_string(scan->RowCount()) + " invalid references");
+}
+
+TEST_F(FileReferenceTest, TheThoroughWalkReadsAllValuesProperly) {
+  machine->MakeFile(scratch + "has blank\\app.exe", "x");
+  machine->MakeFolder(scratch + "has");
+  const std::string app = scratch + "has blank\\app.exe";
+  std::string slashes = gone_;
+  std::ranges::replace(slashes, '\\', '/');
+  const std::string nul(1, '\0'), part = std::string(150, 'n') + "\\";
+  const struct {
+    const char* name;
+    RegistryValue value;
+    bool gone;
+  } kRows[] = {
+      {"QxPlain", Text(gone_), true},
+      {"QxLower", Text("c" + gone_.substr(1)), true},
+      {"QxThere", Text(app), false},
+      {"QxFolder", Text(scratch), false},
+      {"QxArguments", Text(app + " /x \"%1\""), false},
+      {"QxGoneArguments", Text(gone_ + " /x \"%1\""), true},
+      {"QxGoneVariable", Text(gone_ + " %1"), true},
+      {"QxQuoted", Text("\"" + app + "\" /x"), false},
+      {"QxGoneQuoted", Text("\"" + gone_ + "\" /x"), true},
+      {"QxOpenQuote", Text("\"" + gone_), true},
+      {"QxWithoutExe", Text(scratch + "has blank\\app /x"), false},
+      {"QxIcon", Text(app + ",-3"), false},
+      {"QxGoneIcon", Text(gone_ + ",3"), true},
+      {"QxList", Text(scratch + ";" + gone_), false},
+      {"QxInFolderThatBegins", Text(scratch + "has gone.txt"), true},
+      {"QxBlanks", Text("  " + gone_ + "  "), true},
+      {"QxExpand", Text("%SystemRoot%\\qx gone.txt", kRegExpandSz), true},
+      {"QxExpandThere", Text("%SystemRoot%", kRegExpandSz), false},
+      {"QxUnknown", Text("%QxNone%\\gone.txt", kRegExpandSz), false},
+      {"QxNotExpanded", Text("%SystemRoot%\\qx gone.txt"), false},
+      {"QxSlashes", Text(slashes), true},
+      {"QxPrefix", Text("\\\\?\\" + gone_), true},
+      {"QxDevicePrefix", Text("\\??\\" + gone_), true},
+      {"QxServer", Text("\\\\server\\share\\gone.txt"), false},
+      {"QxOtherDrive", Text("Q:\\gone.txt"), false},
+      {"QxRoot", Text("C:\\"), false},
+      {"QxMask", Text(scratch + "*.none"), false},
+      {"QxWords", Text("C: is a drive"), false},
+      {"QxNames", Text("a text about " + gone_), false},
+      {"QxNoEnd", {kRegSz, ToUtf16Bytes(gone_)}, true},
+      {"QxOdd", {kRegSz, ToUtf16Bytes(gone_) + "x"}, true},
+      {"QxSecondText", {kRegSz, ToUtf16Bytes("x" + nul + gone_ + nul)}, false},
+      {"QxTexts", {kRegMultiSz, ToUtf16Bytes(app + nul + gone_ + nul + nul)}, true},
+      {"QxTextsThere", {kRegMultiSz, ToUtf16Bytes(app + nul + nul + gone_ + nul)}, false},
+      {"QxBinary", {kRegBinary, ToUtf16Bytes(gone_ + nul)}, false},
+      {"QxEmpty", {kRegSz, ""}, false},
+      {"QxNumber", Number(7), false},
+      {"QxLong", Text("C:\\" + ReplaceNoCase(std::string(20, 'a'), "a", part) + "x.txt"), true},
+      {"QxBlankLong", Text("C:\\" + std::string(40000, ' ')), false},
+      {"QxManyBlanks", Text("C:\\qx none" + ReplaceNoCase(std::string(9000, 'a'), "a", " a")),
+       false},
+  };
+  std::vector<std::string> expected;
+  for (const auto& row : kRows) {
+    Set(kUser, "Qx1\\Qx1", row.name, row.value);
+    if (row.gone) expected.push_back("HKEY_CURRENT_USER:Qx1\\Qx1\\" + std::string(row.name));
+  }
+  std::ranges::sort(expected, {},
+                    [](const std::string& row) { return UpCase(std::string_view(row)); });
+  const auto scan = Scan(true);
+  EXPECT_EQ(OwnRows(*scan), expected);
+
+  const RegistryPicture before = PictureOfAll();
+  TickOwn(*scan);
+  scan->DeleteChecked(false);
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1\\Qx1").size(), std::size(kRows) - expected.size());
+  EXPECT_TRUE(OwnRows(*Scan(true)).empty());
+  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  EXPECT_EQ(PictureOfAll(), before);
+}
+
+TEST_F(FileReferenceTest, OddKeysAndValuesDoNoHarm) {
+  std::string deep = "Qx1";
+  for (int i = 0; i < 200; ++i) deep += "\\k";
+  Set(kUser, deep, "QxDeep", Text(gone_));
+  Set(kUser, "Qx2", std::string("Qx") + std::string(16000, 'n'), Text(gone_));
+  Set(kUser, "Qx2", "", Text(gone_));
+  Set(kUser, "Qx2", "Qx\xC3\xA4\xF0\x9F\x98\x80", Text(gone_));
+  Set(kUser, "Qx2", "QxMegabyte", {kRegSz, std::string(999'000, 'C')});
+  for (uint32_t type = 0; type < 14; ++type) {
+    Set(kUser, "Qx2", "Type" + std::to_string(type), {type, std::string(type, 'x')});
+  }
+  const RegistryPicture before = PictureOfAll();
+  const auto scan = Scan(true);
+  EXPECT_EQ(OwnRows(*scan).size(), 3u);
+  for (size_t i = 0; i < scan->RowCount(); ++i) {
+    if (scan->row(i).key.starts_with("Qx")) scan->SetChecked(i, true);
+  }
+  scan->DeleteChecked(false);
+  EXPECT_TRUE(scan_view.problems.empty()) << scan_view.problems[0];
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx2").size(), 15u) << "the default value went as well";
+  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  EXPECT_EQ(PictureOfAll(), before);
+}
+
+TEST_F(FileReferenceTest, AKeyDeletedMeanwhileEndsThereAndADeniedOneIsLeft) {
+  for (int i = 0; i < 50; ++i) {
+    Set(kUser, "Qx1\\k" + std::to_string(i), "QxGone", Text(gone_));
+  }
+  const auto scan = MakeScan(ScanTool::kFileReferences, ports, scan_view);
+  scan->SetThorough(true);
+  bool removed = false;
+  scan_view.on_yield = [&] {
+    if (OwnRows(*scan).size() < 10 || removed) return;
+    machine->RemoveRegistryTree(kUser, "Qx1");
+    removed = true;
+  };
+  scan->StartScan();
+  EXPECT_TRUE(removed);
+  EXPECT_LT(OwnRows(*scan).size(), 50u);
+  EXPECT_TRUE(scan_view.problems.empty());
+  scan_view.on_yield = nullptr;
+
+  Set(kUser, "Qx1", "QxGone", Text(gone_));
+  scan->StartScan();
+  TickOwn(*scan);
+  {
+    const auto denied = machine->DenyRegistryWrites(kUser, "Qx1");
+    scan->DeleteChecked(false);
+    EXPECT_NE(scan->failure(), "");
+  }
+  EXPECT_EQ(scan->status(), std::to_string(scan->RowCount()) + " invalid references");
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), std::vector<std::string>{"QxGone"});
+}
+
+}  // namespace
+}  // namespace quellix

@@ -1,0 +1,274 @@
+#include "search/search_results.h"
+
+#include <algorithm>
+
+#include "search/search_options.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+using List = std::vector<std::string>;
+using enum ResultColumn;
+
+constexpr const char* kKey = "CleanUnnecessaryFiles";
+
+class SearchResultsTest : public RunFixture {
+ protected:
+  SearchResultsTest() : results(context) {
+    ports.files.WriteWholeFile(ports.program_folder + "\\UNFI.txt", "1\x01*.qxj\r\n");
+    machine->MakeFolder(scratch);
+  }
+
+  // Files of these names, found one after another.
+  void Find(const List& names, JunkKind kind = JunkKind::kUnnecessaryFiles) {
+    for (const std::string& name : names) {
+      machine->MakeFile(scratch + name, kind == JunkKind::kEmptyFiles ? "" : "12345");
+      results.Add(Row(name, kind));
+    }
+    results.TakeNew();
+  }
+  ResultRow Row(const std::string& name, JunkKind kind = JunkKind::kUnnecessaryFiles) {
+    ResultRow row;
+    row.name = name;
+    row.path = scratch;
+    row.kind = kind;
+    return row;
+  }
+  List Column(ResultColumn column = kName) {
+    List texts;
+    for (size_t row = 0; row < results.RowCount(); ++row) {
+      texts.push_back(results.Text(row, column));
+    }
+    return texts;
+  }
+  void Tick(const List& names, SearchResults& in) {
+    for (size_t row = 0; row < in.RowCount(); ++row) {
+      if (std::ranges::count(names, in.Text(row, kName)) > 0) in.SetTicked(row, true);
+    }
+  }
+  List Ticked(const SearchResults& in) {
+    List names;
+    for (size_t row = 0; row < in.RowCount(); ++row) {
+      if (in.IsTicked(row)) names.push_back(in.Text(row, kName));
+    }
+    return names;
+  }
+
+  SearchResults results;
+};
+
+TEST_F(SearchResultsTest, RowsAreSortedByWhatAColumnMeans) {
+  const auto add = [this](const char* name, uint64_t bytes, int64_t time, uint32_t attributes,
+                          const char* folder, JunkKind kind) {
+    ResultRow row = Row(name, kind);
+    row.bytes = bytes;
+    row.last_write = time;
+    row.attribute_bits = attributes;
+    row.path = folder;
+    results.Add(row);
+  };
+  constexpr int64_t kDay = 864000000000;
+  add("b.TXT", 9, 150000 * kDay, kHidden, "C:\\b\\", JunkKind::kUnnecessaryFiles);
+  add("A.bak", 10, 140000 * kDay, kReadOnly, "C:\\A\\", JunkKind::kEmptyFiles);
+  add("\xC3\x84.txt", 5'000'000'000, 145000 * kDay, kArchive, "C:\\c\\", JunkKind::kDeadShortcuts);
+  add("c", 0, 1, 0, "C:\\a\\", JunkKind::kEmptyFiles);
+  EXPECT_TRUE(results.TakeNew());
+  EXPECT_EQ(Column(), (List{"b.TXT", "A.bak", "\xC3\x84.txt", "c"})) << "as they came";
+  const struct {
+    const char* name;
+    ResultColumn column;
+    List up, down;
+  } rows[] = {
+      {"name",
+       kName,
+       {"A.bak", "b.TXT", "c", "\xC3\x84.txt"},
+       {"\xC3\x84.txt", "c", "b.TXT", "A.bak"}},
+      {"bytes", kBytes, {"0", "9", "10", "5000000000"}, {"5000000000", "10", "9", "0"}},
+      {"attribute", kAttribute, {"", "A", "H", "R"}, {"R", "H", "A", ""}},
+      {"path",
+       kPath,
+       {"C:\\a\\", "C:\\A\\", "C:\\b\\", "C:\\c\\"},
+       {"C:\\c\\", "C:\\b\\", "C:\\a\\", "C:\\A\\"}},
+      {"file type", kFileType, {"", "BAK", "TXT", "TXT"}, {"TXT", "TXT", "BAK", ""}},
+      {"category",
+       kCategory,
+       {"Dead Shortcuts", "Empty Files", "Empty Files", "Unnecessary Files"},
+       {"Unnecessary Files", "Empty Files", "Empty Files", "Dead Shortcuts"}},
+  };
+  for (const auto& row : rows) {
+    results.Sort(kBytes);
+    results.Sort(row.column == kBytes ? kName : row.column);
+    if (row.column == kBytes) results.Sort(kBytes);
+    EXPECT_EQ(Column(row.column), row.up) << row.name;
+    results.Sort(row.column);
+    EXPECT_EQ(Column(row.column), row.down) << row.name << " descending";
+  }
+  results.Sort(kDateTime);
+  EXPECT_EQ(Column(), (List{"c", "A.bak", "\xC3\x84.txt", "b.TXT"})) << "by time";
+  EXPECT_EQ(results.Text(3, kDateTime), FormatFileTime(ports.system, 150000 * kDay));
+  add("new", 1, 147000 * kDay, 0, "C:\\n\\", JunkKind::kEmptyFiles);
+  EXPECT_EQ(results.RowCount(), 4u);
+  EXPECT_TRUE(results.TakeNew());
+  EXPECT_FALSE(results.TakeNew());
+  EXPECT_EQ(Column(), (List{"c", "A.bak", "\xC3\x84.txt", "new", "b.TXT"})) << "in its place";
+}
+
+TEST_F(SearchResultsTest, AFilterHidesRowsFromAllCommands) {
+  Find({"Alpha.qxj", "beta.qxj", "sub.qxj"});
+  results.TickAll(true);
+  results.SetFilter("ALPH");
+  EXPECT_EQ(Column(), List{"Alpha.qxj"});
+  EXPECT_EQ(results.ShownLine(), "1 ticked, 1 shown");
+  EXPECT_EQ(results.CountLine(), "Total Files: 3") << "hidden ones included";
+  Find({"gamma.qxj", "alphabet.qxj"});
+  EXPECT_EQ(Column(), (List{"Alpha.qxj", "alphabet.qxj"}));
+  results.EndSearch();
+  results.DeleteAll();
+  EXPECT_EQ(machine->Tree(scratch), (List{"beta.qxj", "gamma.qxj", "sub.qxj"}));
+  results.SetFilter("");
+  EXPECT_EQ(Column(), (List{"beta.qxj", "sub.qxj", "gamma.qxj"})) << "in the order of the finds";
+  EXPECT_EQ(Ticked(results), (List{"beta.qxj", "sub.qxj"}));
+  results.SetFilter(scratch + "b");
+  EXPECT_EQ(Column(), List{"beta.qxj"}) << "folder and name together";
+}
+
+TEST_F(SearchResultsTest, FailedRowsStayUntickedAndAreTriedAgainWhenTicked) {
+  Find({"a.qxj", "kept.qxj", "locked.qxj", "gone.qxj"});
+  Find({"empty.x", "filled.x"}, JunkKind::kEmptyFiles);
+  EXPECT_EQ(results.CountLine(), "Total Files: 6");
+  results.DeleteAll();
+  EXPECT_EQ(results.RowCount(), 6u) << "not while the search runs";
+  results.EndSearch();
+  results.DeleteTicked();
+  EXPECT_EQ(results.CountLine(), "Files Found: 6") << "nothing was ticked";
+  ports.files.RemoveFile(scratch + "gone.qxj");
+  machine->MakeFile(scratch + "filled.x", "work");
+  Tick({"a.qxj", "locked.qxj", "gone.qxj", "empty.x", "filled.x"}, results);
+  {
+    const auto lock = machine->LockFile(scratch + "locked.qxj");
+    results.DeleteTicked();
+  }
+  EXPECT_EQ(machine->Tree(scratch), (List{"filled.x", "kept.qxj", "locked.qxj"}));
+  EXPECT_EQ(Column(), (List{"kept.qxj", "locked.qxj", "filled.x"}));
+  EXPECT_EQ(Ticked(results), List());
+  EXPECT_EQ(results.CountLine(), "Files Found: 3");
+  EXPECT_TRUE(results.SomeFailed());
+  EXPECT_TRUE(engine.state().SomeFilesLocked);
+  EXPECT_FALSE(results.HasFailed(0));
+  ASSERT_TRUE(results.HasFailed(1) && results.HasFailed(2));
+  EXPECT_NE(results.FailureReason(1), "");
+  EXPECT_EQ(results.FailureReason(2), "It is no longer empty.");
+  const std::string lines =
+      "Unnecessary files....Files Deleted: 1 Space Gained: 5 Bytes\r\n"
+      "Empty (zero-byte) files....Files Deleted: 1 Space Gained: 0 Bytes\r\n"
+      "Dead (shortcut) links....Files Deleted: 0 Space Gained: 0 Bytes\r\n";
+  EXPECT_EQ(results.LogLines(), lines);
+  results.DeleteTicked();
+  EXPECT_EQ(results.LogLines(), lines) << "nothing is ticked";
+  EXPECT_FALSE(results.SomeFailed());
+  Tick({"locked.qxj"}, results);
+  results.DeleteTicked();
+  EXPECT_EQ(Column(), (List{"kept.qxj", "filled.x"}));
+  EXPECT_EQ(machine->Tree(scratch), (List{"filled.x", "kept.qxj"}));
+  EXPECT_EQ(engine.state().RunFilesDeleted, 3);
+}
+
+TEST_F(SearchResultsTest, ADeletionMayBeStoppedAndTheRowsSortedMeanwhile) {
+  Find({"a.qxj", "b.qxj", "c.qxj", "d.qxj"});
+  results.EndSearch();
+  results.TickAll(true);
+  results.SetTicked(1, false);
+  view.on_status = [this](const std::string& status) {
+    if (!status.starts_with("Deleting file: ")) return;
+    EXPECT_TRUE(results.deleting());
+    results.Sort(kName);
+    results.Sort(kName);
+    results.DeleteAll();  // does nothing inside another
+    if (status.ends_with("c.qxj")) results.Abort();
+  };
+  results.DeleteTicked();
+  EXPECT_EQ(machine->Tree(scratch), (List{"b.qxj", "d.qxj"})) << "c was in work already";
+  EXPECT_EQ(Column(), (List{"d.qxj", "b.qxj"}));
+  EXPECT_EQ(Ticked(results), List{"d.qxj"}) << "what was not reached keeps its tick";
+  EXPECT_FALSE(results.SomeFailed());
+  EXPECT_FALSE(engine.state().AbortRequested);
+}
+
+TEST_F(SearchResultsTest, ARunWaitsForItsUserAndThenLogsWhatWasDeleted) {
+  for (const char* name : {"a.qxj", "b.qxj"}) machine->MakeFile(scratch + name, "12345");
+  RunFixture::Tick({kKey, "CleanRunMRU"});
+  view.on_results = [this](SearchResults& found) {
+    EXPECT_FALSE(found.searching());
+    EXPECT_EQ(found.CountLine(), "Total Files: 2");
+    Tick({"a.qxj"}, found);
+    found.DeleteTicked();
+  };
+  engine.RunCleaning();
+  ASSERT_TRUE(view.report.has_value());
+  EXPECT_EQ(view.report->log,
+            "Windows run history... Files Deleted: 0\r\n"
+            "Unnecessary files....Files Deleted: 1 Space Gained: 5 Bytes\r\n"
+            "Empty (zero-byte) files....Files Deleted: 0 Space Gained: 0 Bytes\r\n"
+            "Dead (shortcut) links....Files Deleted: 0 Space Gained: 0 Bytes\r\n\r\n" +
+                std::string(67, '-') + "\r\nFiles Deleted:  1   Space Gained:  5 Bytes");
+  EXPECT_EQ(machine->Tree(scratch), List{"b.qxj"});
+  RunFixture::Tick({kKey, "CleanShortcuts"});
+  view.on_results = [this](SearchResults& found) {
+    EXPECT_EQ(found.CountLine(), "Total Files: 1");
+  };
+  engine.RunCleaning();
+  EXPECT_EQ(view.results_opened, 2) << "one window for both items";
+  EXPECT_EQ(machine->Tree(scratch), List{"b.qxj"}) << "nothing goes by itself";
+}
+
+TEST_F(SearchResultsTest, WhereNobodyCanChooseNothingIsSearchedAndTheLogSaysSo) {
+  machine->MakeFile(scratch + "a.qxj", "12345");
+  RunFixture::Tick({kKey, "CleanEmptyFiles", "CleanShortcuts"});
+  engine.RunCleaning();
+  ASSERT_TRUE(view.report.has_value());
+  EXPECT_NE(view.report->log.find("Unnecessary files... Not searched: the finds cannot"),
+            std::string::npos)
+      << view.report->log;
+  EXPECT_EQ(view.criticals, List());
+  engine.state().Hidden = true;
+  view.on_results = [](SearchResults&) { ADD_FAILURE() << "shown in a hidden run"; };
+  view.results_opened = 0;
+  engine.RunCleaning();
+  EXPECT_EQ(view.results_opened, 0);
+  for (const char* caption :
+       {"Unnecessary files...", "Empty (zero-byte) files...", "Dead (shortcut) links..."}) {
+    EXPECT_NE(engine.state().RunLog.find(std::string(caption) + " Not searched: nobody is there"),
+              std::string::npos)
+        << engine.state().RunLog;
+  }
+  EXPECT_EQ(machine->Tree(scratch), List{"a.qxj"});
+}
+
+TEST_F(SearchResultsTest, AnAbortedSearchLeavesItsFindsToReview) {
+  WriteSettings("[General]\r\nDelMethod=B\r\n");
+  for (const char* name : {"a.qxj", "b.qxj"}) machine->MakeFile(scratch + name, "12345");
+  RunFixture::Tick({kKey, "CleanRunMRU"});
+  machine->SetText(kUser, kRunMruKey, "a", "calc\\1");
+  view.on_yield = [this] {
+    if (view.results != nullptr && view.results->searching() && view.results->TakeNew()) {
+      view.results->Abort();
+    }
+  };
+  view.on_results = [](SearchResults& found) {
+    EXPECT_EQ(found.RowCount(), 1u);
+    found.DeleteAll();
+    EXPECT_EQ(found.RowCount(), 0u);
+  };
+  engine.RunCleaning();
+  EXPECT_TRUE(engine.state().AbortRequested);
+  EXPECT_FALSE(view.report.has_value());
+  EXPECT_EQ(view.statuses.back(), "Aborted by user");
+  EXPECT_EQ(machine->Tree(scratch).size(), 1u);
+  EXPECT_NE(machine->ValueNames(kUser, kRunMruKey), List()) << "the run went on";
+  EXPECT_TRUE(engine.state().RunLog.starts_with("Unnecessary files....Files Deleted: 1 "));
+  EXPECT_EQ(machine->Tree(ports.program_folder + "\\Backup").size(), 1u) << "it has a backup";
+}
+
+}  // namespace
+}  // namespace quellix

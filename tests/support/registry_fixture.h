@@ -1,0 +1,101 @@
+#pragma once
+
+#include <map>
+
+#include "backup/backups.h"
+#include "registry_tools/scan_tools.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+
+inline constexpr RegistryRoot kMachine = RegistryRoot::kLocalMachine;
+
+// Records what a scan shows and plays the user.
+class ScriptedScanView : public ScanView {
+ public:
+  std::function<void()> on_yield;
+  std::vector<std::string> problems;
+  size_t yields = 0;
+
+  void Yield() override {
+    ++yields;
+    if (on_yield) on_yield();
+  }
+  void ShowState() override {}
+  void ShowProblem(std::string_view sentence) override { problems.emplace_back(sentence); }
+};
+
+inline RegistryValue Text(std::string_view text, uint32_t type = kRegSz) {
+  return {type, ToUtf16Bytes(text) + std::string(2, '\0')};
+}
+inline RegistryValue Number(uint32_t number) {
+  RegistryValue value{kRegDword, {}};
+  for (int shift = 0; shift < 32; shift += 8) value.bytes += static_cast<char>(number >> shift);
+  return value;
+}
+
+// Every key and value below some keys, for comparison.
+using RegistryPicture = std::map<std::string, std::string>;
+
+// A machine with the keys of the tools, empty at first, and what undoes their deletions.
+class RegistryFixture : public RunFixture {
+ protected:
+  RegistryFixture() : backups(ports, ports.program_folder + "\\Backup\\") { Clear(); }
+  ~RegistryFixture() override { Clear(); }
+
+  void Set(RegistryRoot root, const std::string& key, const std::string& name,
+           const RegistryValue& value) {
+    machine->SetRegistryValue(root, key, name, value);
+  }
+  void Picture(RegistryRoot root, const std::string& key, RegistryPicture& picture) {
+    const auto open = ports.registry.Open(root, key, RegistryAccess::kRead);
+    if (!open) return;
+    const std::string path = std::string(RegistryRootName(root)) + "\\" + key;
+    picture[path] = "";
+    std::string name;
+    RegistryValue value;
+    for (uint32_t i = 0; open->ReadValueAt(i, name, value); ++i) {
+      picture[path + ":" + name] = std::to_string(value.type) + "," + value.bytes;
+    }
+    for (uint32_t i = 0; const auto sub_key = open->SubKeyAt(i); ++i) {
+      Picture(root, key + "\\" + *sub_key, picture);
+    }
+  }
+  RegistryPicture PictureOfAll() {
+    RegistryPicture picture;
+    for (const char* key : kToolKeys) Picture(kMachine, key, picture);
+    for (const char* key : kUserKeys) Picture(kUser, key, picture);
+    return picture;
+  }
+  std::vector<std::string> UndoFiles() { return machine->Tree(ports.program_folder + "\\Backup"); }
+  RestoreResult RestoreFile(const std::string& name) {
+    NoPrompts prompts;
+    return backups.Restore(name, {.entry_paths = {}, .to = "", .mode = OverwriteMode::kAlways},
+                           prompts, {});
+  }
+
+  static constexpr const char* kWindowsKey = "Software\\Microsoft\\Windows\\CurrentVersion";
+  static constexpr const char* kDlls = "Software\\Microsoft\\Windows\\CurrentVersion\\SharedDLLs";
+  static constexpr const char* kApps = "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths";
+  static constexpr const char* kHelp = "Software\\Microsoft\\Windows\\Help";
+  static constexpr const char* kHtmlHelp = "Software\\Microsoft\\Windows\\HTML Help";
+  static constexpr const char* kComponents =
+      "Software\\Microsoft\\Active Setup\\Installed Components";
+  static constexpr const char* kToolKeys[] = {kDlls, kApps, kHelp, kHtmlHelp, kComponents};
+  static constexpr const char* kUserKeys[] = {"Q", "Qx1", "Qx2"};
+
+  ScriptedScanView scan_view;
+  Backups backups;
+
+ private:
+  void Clear() {
+    for (const char* key : kToolKeys) machine->RemoveRegistryTree(kMachine, key);
+    for (const char* key : kUserKeys) machine->RemoveRegistryTree(kUser, key);
+    const auto user = ports.registry.Open(kUser, "", RegistryAccess::kWrite);
+    for (const std::string& name : machine->ValueNames(kUser, "")) {
+      if (name.starts_with("Qx")) user->DeleteValue(name);
+    }
+  }
+};
+
+}  // namespace quellix
