@@ -207,6 +207,7 @@ int main(int argc, char** argv) {
     run("results", argv[1], [&](const auto& home) { quellix::Bench(home, table).Results(); });
     run("wipe", argv[2], [&](const auto& home) { quellix::Bench(home, table).Wipe(); });
     run("backups", argv[2], [&](const auto& home) { quellix::MeasureBackups(home, table); });
+    quellix::InFolder(argv[1], [&](const auto& home) { quellix::MeasureRegistry(home, table); });
     return table.ExitCode();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quellix_bench: %s\n", error.what());

@@ -9,6 +9,7 @@
 #include "app/removal.h"
 #include "engine.h"
 #include "platform/win32/win32_machine.h"
+#include "registry_data.h"
 #include "search/drive_scan.h"
 #include "side_by_side.h"
 #include "support/scripted_view.h"
@@ -115,6 +116,42 @@ void Removal(SideBySide& table, TestMachine& machine) {
       [&] { RunToEnd(L"cmd.exe /c del /s /q C:\\QxScratch\\tree > nul"); });
 }
 
+// Shows one branch of a registry as all there is.
+class BranchRegistry : public Registry {
+ public:
+  BranchRegistry(Registry& inner, std::string branch) : inner_(inner), branch_(std::move(branch)) {}
+  std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
+                                    RegistryAccess access) override {
+    if (root != RegistryRoot::kCurrentUser) return nullptr;
+    return inner_.Open(root, path.empty() ? branch_ : branch_ + "\\" + std::string(path), access);
+  }
+  std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override {
+    return inner_.Create(root, path);
+  }
+
+ private:
+  Registry& inner_;
+  std::string branch_;
+};
+
+void References(SideBySide& table, TestMachine& machine) {
+  constexpr int kKeys = 5000;
+  const std::string branch = "Software\\Quellix Bench";
+  machine.RemoveRegistryTree(RegistryRoot::kCurrentUser, branch);
+  MakeRegistry(machine, RegistryRoot::kCurrentUser, branch, kKeys);
+  const Machine ports = machine.machine();
+  BranchRegistry registry(ports.registry, branch);
+  const Machine only{ports.files,   registry,     ports.shell,   ports.url_cache,
+                     ports.profile, ports.system, ports.session, ports.program_folder};
+  table.Compare(
+      "references in 50,000 values / reg export", 1.0, 5, [] {},
+      [&] { WalkThoroughly(only, kKeys / 2); },
+      [] {
+        RunToEnd(L"reg.exe export \"HKCU\\Software\\Quellix Bench\" C:\\QxScratch\\b.reg /y");
+      });
+  machine.RemoveRegistryTree(RegistryRoot::kCurrentUser, branch);
+}
+
 void StartUp(SideBySide& table) {
   std::vector<double> ours, theirs;
   for (int round = 0; round < 15; ++round) {
@@ -132,6 +169,7 @@ int main() {
     const std::unique_ptr<quellix::TestMachine> machine = quellix::TestMachine::Create();
     quellix::SideBySide table;
     quellix::Removal(table, *machine);
+    quellix::References(table, *machine);
     quellix::StartUp(table);
     return table.ExitCode();
   } catch (const std::exception& error) {

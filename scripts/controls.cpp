@@ -4,7 +4,7 @@
 //   controls.exe checked TITLE ID prints 1 or 0
 //   controls.exe text TITLE ID    prints a control's text
 //   controls.exe choose TITLE ID  chooses an entry of a window's menu, or presses a button
-//   controls.exe place TITLE 0    prints the size and place of a window, as 640x480+10+20
+//   controls.exe place TITLE 0    brings a window to the front; prints its place, as 640x480+10+20
 //   controls.exe close TITLE 0    asks a window to close
 //
 // Ends with 1 while there is no such visible window or control, or the control is disabled.
@@ -60,7 +60,9 @@ int PrintText(HWND control) {
   return 0;
 }
 
+// Brings it to the front, for its picture.
 int PrintPlace(HWND window) {
+  SetForegroundWindow(window);
   RECT place{};
   GetWindowRect(window, &place);
   std::printf("%ldx%ld+%ld+%ld\n", place.right - place.left, place.bottom - place.top, place.left,

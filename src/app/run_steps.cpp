@@ -18,6 +18,7 @@ void ResetRun(RunState& state) {
   state.MozillaSpaceGained = 0;
   state.SpaceGained = 0;
   state.BackupDrive.clear();
+  state.Undo = {};
   state.RunLog.clear();
   state.ItemsCleaned.reset();
   state.SettingsProblem.clear();

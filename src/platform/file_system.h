@@ -133,6 +133,10 @@ class FileSystem {
   // still there, whole.
   virtual void WriteWholeFile(std::string_view path, std::string_view bytes) = 0;
 
+  // Where a folder really is: links on the way resolved, short (8.3) names written out. The path
+  // itself for what cannot be opened, and where no link is followed.
+  virtual std::string RealPath(std::string_view path) { return std::string(path); }
+
   // Declares `folder` as the place the following removals were asked for. Links in it and above it
   // are resolved now and trusted; a removal below it that would meanwhile leave it through a link
   // fails with kDenied. One anchor holds until the next; "" drops it.

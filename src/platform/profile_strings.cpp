@@ -123,7 +123,13 @@ void IniFiles::DeleteLines(std::string_view file, std::string_view section, cons
     if (!inside || !goes(line)) kept += raw;
     at = end;
   }
-  if (kept != bytes) files_.WriteWholeFile(file, kept);
+  if (kept == bytes) return;
+  // As the system's own calls do; on some disks the file could be replaced all the same.
+  const std::optional<FileInfo> info = files_.Look(file);
+  if (info && (info->attributes & kReadOnly)) {
+    throw Error(Error::Kind::kDenied, std::string("The file is read-only: ").append(file));
+  }
+  files_.WriteWholeFile(file, kept);
 }
 
 void IniFiles::DeleteKey(std::string_view file, std::string_view section, std::string_view key) {

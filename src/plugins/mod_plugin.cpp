@@ -40,7 +40,10 @@ void ProcessIni(CleaningContext& context, const IniEntry& entry) {
 
 void CollectFolders(CleaningContext& context, const FileEntry& entry,
                     std::vector<CollectedFolder>& collected) {
-  const FilesPlace place = FindFolders(context.machine, entry);
+  const FilesPlace place = FindFolders(context.machine, entry, [&context] {
+    context.view.Yield();
+    return context.state.AbortRequested;
+  });
   for (const std::string& refusal : place.refusals) Log(context, refusal);
   for (const std::string& folder : place.folders) {
     CollectPluginFiles(context, folder, entry.delete_subfolders, entry.recurse, place.mask);

@@ -8,6 +8,8 @@
 namespace quellix::modPlugin {
 namespace {
 
+constexpr size_t kMostRemarks = 10000;
+
 class Checker {
  public:
   explicit Checker(const Machine& machine) : machine_(machine) {}
@@ -26,6 +28,12 @@ class Checker {
   }
 
   void Fault(std::string text, size_t line) { remarks_.push_back({line, true, std::move(text)}); }
+  bool IsFull() const { return remarks_.size() >= kMostRemarks; }
+  // What follows is not looked at: nobody reads more.
+  void StopAt(size_t line) {
+    if (remarks_.size() == kMostRemarks)
+      Fault("This line and those behind it are not checked.", line);
+  }
   std::vector<Remark> Take() { return std::move(remarks_); }
 
  private:
@@ -123,14 +131,15 @@ std::vector<Remark> CheckPlugin(const Machine& machine, std::string_view bytes) 
     checker.Fault("The file is UTF-16, which is not read; store it as UTF-8 or ANSI text.", 0);
     return checker.Take();
   }
-  for (const Record& record : ReadLines(DecodeText(bytes, machine.system))) {
+  ReadLines(DecodeText(bytes, machine.system), [&checker](const Record& record) {
+    if (checker.IsFull()) return checker.StopAt(record.line);
     if (record.fields.size() > 1) {
       checker.Check(record);
     } else if (!TrimBlanks(record.fields[0]).empty()) {
       checker.Fault("It has no separator (the character with code 1), so it is ignored.",
                     record.line);
     }
-  }
+  });
   return checker.Take();
 }
 

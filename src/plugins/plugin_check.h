@@ -15,7 +15,8 @@ struct Remark {
   std::string text;  // a sentence
 };
 
-// A remark for each line of a recipe that is not empty, in order. `bytes` are the file's.
+// A remark or more for each line of a recipe that is not empty, in order, some ten thousand at
+// most. `bytes` are the file's.
 std::vector<Remark> CheckPlugin(const Machine& machine, std::string_view bytes);
 
 }  // namespace quellix::modPlugin

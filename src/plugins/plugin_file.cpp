@@ -2,11 +2,14 @@
 
 #include <algorithm>
 
+#include "platform/error.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 
 namespace quellix::modPlugin {
 namespace {
+
+constexpr size_t kMostFields = 6;
 
 bool IsYes(std::string_view flag) { return flag == "Yes"; }
 
@@ -21,17 +24,27 @@ std::string Line(std::initializer_list<std::string_view> fields) {
   return line + "\r\n";
 }
 
+// A line may have millions of separators; those behind the last field of any kind do not count.
+std::vector<std::string> SplitFields(std::string_view line) {
+  std::vector<std::string> fields;
+  for (size_t end = line.find(kSeparator); end != line.npos && fields.size() < kMostFields;
+       end = line.find(kSeparator)) {
+    fields.emplace_back(line.substr(0, end));
+    line.remove_prefix(end + 1);
+  }
+  fields.emplace_back(line);
+  return fields;
+}
+
 }  // namespace
 
-std::vector<Record> ReadLines(std::string_view text) {
-  std::vector<Record> records;
+void ReadLines(std::string_view text, const std::function<void(const Record&)>& visit) {
   for (size_t number = 1; !text.empty(); ++number) {
     const size_t end = std::min(text.find_first_of("\r\n"), text.size());
-    records.push_back({number, Split(text.substr(0, end), kSeparator)});
+    visit({number, SplitFields(text.substr(0, end))});
     const size_t line_break = text.substr(end).starts_with("\r\n") ? 2 : 1;
     text.remove_prefix(std::min(end + line_break, text.size()));
   }
-  return records;
 }
 
 size_t FieldsOf(std::string_view kind) {
@@ -64,14 +77,14 @@ IniEntry ToIniEntry(const Record& record) {
 
 Plugin ParsePlugin(std::string_view text) {
   Plugin plugin;
-  for (const Record& record : ReadLines(text)) {
-    if (!IsComplete(record)) continue;
+  ReadLines(text, [&plugin](const Record& record) {
+    if (!IsComplete(record)) return;
     const std::string& kind = record.fields[0];
     if (kind == "D") plugin.description = record.fields[1];
     if (kind == "F") plugin.files.push_back(ToFileEntry(record));
     if (kind == "R") plugin.registry.push_back(ToRegistryEntry(record));
     if (kind == "I") plugin.ini.push_back(ToIniEntry(record));
-  }
+  });
   return plugin;
 }
 
@@ -95,6 +108,17 @@ std::optional<Plugin> LoadPluginFile(const Machine& machine, std::string_view pa
   const std::optional<std::string> bytes = machine.files.ReadWholeFile(path);
   if (!bytes) return std::nullopt;
   return ParsePlugin(DecodeText(*bytes, machine.system));
+}
+
+std::string ReadDescription(const Machine& machine, std::string_view path) {
+  const std::optional<std::string> bytes = machine.files.ReadWholeFile(path);
+  if (!bytes) throw Error(Error::Kind::kMissing, "There is no such plug-in.");
+  std::optional<std::string> description;
+  ReadLines(DecodeText(*bytes, machine.system), [&description](const Record& record) {
+    const bool has = record.fields[0] == "D" && record.fields.size() > 1;
+    if (has && !description) description = record.fields[1];
+  });
+  return description.value_or("");
 }
 
 void SavePluginFile(const Machine& machine, std::string_view path, const Plugin& plugin) {

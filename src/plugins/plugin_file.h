@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,12 +45,12 @@ struct Plugin {
 
 // One line of a recipe, parted at its separators.
 struct Record {
-  size_t line = 0;  // from 1
-  std::vector<std::string> fields;
+  size_t line = 0;                  // from 1
+  std::vector<std::string> fields;  // the last one holds all that no kind of record has
 };
 
-// All lines of a recipe's text. They end in CR LF, LF or CR.
-std::vector<Record> ReadLines(std::string_view text);
+// Visits all lines of a recipe's text. They end in CR LF, LF or CR.
+void ReadLines(std::string_view text, const std::function<void(const Record&)>& visit);
 // Fields a kind of record has, its letter among them; 0 for a kind that nobody knows.
 size_t FieldsOf(std::string_view kind);
 // Whether readers take the record: of a known kind, with all its fields, free of NUL characters.
@@ -66,6 +67,9 @@ std::string FormatPlugin(const Plugin& plugin);
 
 // Nothing when the file is missing. Throws Error when it cannot be read.
 std::optional<Plugin> LoadPluginFile(const Machine& machine, std::string_view path);
+// The description in the first line that has one, else "". Throws Error when the file is missing or
+// cannot be read.
+std::string ReadDescription(const Machine& machine, std::string_view path);
 // Replaces the file. Throws Error; the old file then stays.
 void SavePluginFile(const Machine& machine, std::string_view path, const Plugin& plugin);
 

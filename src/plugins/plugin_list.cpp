@@ -4,6 +4,7 @@
 
 #include "app/list_files.h"
 #include "app/numbers.h"
+#include "platform/error.h"
 #include "platform/text.h"
 #include "plugins/plugin_file.h"
 
@@ -11,6 +12,10 @@ namespace quellix::modPlugin {
 namespace {
 
 constexpr std::string_view kListName = "plg.txt";
+
+std::string ListPath(const Machine& machine) {
+  return machine.program_folder + "\\" + std::string(kListName);
+}
 
 // A part of a path that Windows would take for "", "." or "..".
 bool IsStep(std::string_view part) {
@@ -27,6 +32,28 @@ bool IsFile(const Machine& machine, const std::string& path) {
   return info && !info->is_folder;
 }
 
+std::string DescriptionOf(const Machine& machine, const std::string& file) {
+  try {
+    return ReadDescription(machine, PluginPath(machine, file));
+  } catch (const Error&) {
+    return {};  // what is wrong with it is told when it is used
+  }
+}
+
+std::vector<InstalledPlugin> ListFolder(const Machine& machine) {
+  std::vector<InstalledPlugin> plugins;
+  machine.files.Enumerate(machine.program_folder + "\\Plugins", Detail::kKind,
+                          [&](const Entry& entry) {
+                            if (!entry.info.is_folder && MatchesMask(entry.name, "*.cdp")) {
+                              plugins.push_back({false, std::string(entry.name), ""});
+                            }
+                            return true;
+                          });
+  std::ranges::sort(plugins, {}, [](const InstalledPlugin& plugin) { return UpCase(plugin.file); });
+  for (InstalledPlugin& plugin : plugins) plugin.description = DescriptionOf(machine, plugin.file);
+  return plugins;
+}
+
 }  // namespace
 
 std::string PluginPath(const Machine& machine, std::string_view file) {
@@ -34,11 +61,10 @@ std::string PluginPath(const Machine& machine, std::string_view file) {
   return machine.program_folder + "\\Plugins\\" + std::string(file);
 }
 
-bool HasPluginList(const Machine& machine) {
-  return IsFile(machine, machine.program_folder + "\\" + std::string(kListName));
-}
+bool HasPluginList(const Machine& machine) { return IsFile(machine, ListPath(machine)); }
 
 std::vector<InstalledPlugin> ReadPluginList(const Machine& machine) {
+  if (!machine.files.Look(ListPath(machine), Detail::kKind)) return ListFolder(machine);
   std::vector<InstalledPlugin> plugins;
   for (const std::string& line : ReadListFile(machine, kListName)) {
     const std::vector<std::string> fields = Split(line, kSeparator);

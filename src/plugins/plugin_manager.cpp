@@ -34,16 +34,6 @@ void EndProcessing(CleaningContext& context) {
   ShowIdle(context, context.state.AbortRequested ? "Aborted by user" : "");
 }
 
-// Of the first line that holds one.
-std::string ReadDescription(const Machine& machine, std::string_view path) {
-  const std::optional<std::string> bytes = machine.files.ReadWholeFile(path);
-  if (!bytes) throw Error(Error::Kind::kMissing, "There is no such plug-in.");
-  for (const Record& record : ReadLines(DecodeText(*bytes, machine.system))) {
-    if (record.fields[0] == "D" && record.fields.size() > 1) return record.fields[1];
-  }
-  return {};
-}
-
 // What a run by plug-ins has to say beside its totals.
 std::string Problems(const RunState& state) {
   std::string text;

@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kNoFullPath = "it is not the full path of a folder.";
 constexpr const char* kNoVariable = "a variable in it has no value on this machine.";
 constexpr const char* kTooPrecious =
-    "it is a whole drive, Windows, its system folder, Program Files or the user's profile.";
+    "it is a whole drive, Windows, its system folder, Program Files or a user's profile.";
 constexpr const char* kCurrentConfig = "SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\";
 
 std::string Refusal(std::string_view what, std::string_view why) {
@@ -82,35 +82,61 @@ std::optional<FullPath> ToFullPath(std::string folder) {
   return path;
 }
 
-bool IsTooPrecious(System& system, const std::string& folder, bool recurse) {
+// A drive's hidden share ("\\server\C$") as that drive, and "ADMIN$" as the Windows folder: what is
+// precious there is so here. The server may be this machine by any of its names.
+std::string WithoutServer(System& system, const std::string& folder) {
+  if (!folder.starts_with("\\\\")) return folder;
+  const size_t share = folder.find('\\', 2) + 1;
+  const size_t end = std::min(folder.find('\\', share), folder.size());
+  const std::string name = folder.substr(share, end - share), rest = folder.substr(end);
+  if (EqualsNoCase(name, "ADMIN$")) return system.WindowsFolder() + rest;
+  const bool is_drive = name.size() == 2 && name[1] == '$';
+  return is_drive && IsDriveLetter(name.substr(0, 1) + ":") ? name.substr(0, 1) + ":" + rest
+                                                            : folder;
+}
+
+// Whether a folder is, or holds, the profile of the user or is that of another one.
+bool IsProfile(System& system, const std::string& folder) {
+  const std::string profile = system.Environment("USERPROFILE").value_or("");
+  const std::string_view profiles = FolderPart(profile);
+  return HoldsProfile(system, folder) ||
+         (profiles.size() > 3 && EqualsNoCase(FolderPart(folder), profiles));
+}
+
+bool IsTooPrecious(System& system, const std::string& path, bool recurse) {
+  const std::string folder = WithoutServer(system, path);
   if (HoldsWindows(system, folder) || HoldsFolder(folder, ProgramFiles(system))) return true;
   for (const char* name : {"ProgramFiles(x86)", "ProgramW6432"}) {
     if (HoldsFolder(folder, system.Environment(name).value_or(""))) return true;
   }
-  return recurse && HoldsProfile(system, folder);
+  return recurse && IsProfile(system, folder);
 }
 
 // Finds the folders a path with "*" parts stands for.
 class FolderSearch {
  public:
-  FolderSearch(FileSystem& files, const FullPath& path) : files_(files), path_(path) {}
+  FolderSearch(FileSystem& files, const FullPath& path, const Pause& pause)
+      : files_(files), path_(path), pause_(pause) {}
 
   std::vector<std::string> Find() {
-    Descend(path_.start, 0, false);
+    Descend(path_.start, 0);
     return std::move(found_);
   }
 
  private:
-  void Descend(const std::string& folder, size_t depth, bool behind_star) {
+  // Folders behind a "*" have to be there, and so no deeper than the disk is.
+  void Descend(std::string folder, size_t depth, bool behind_star = false) {
+    for (; depth < path_.parts.size() && path_.parts[depth] != "*"; ++depth) {
+      folder += "\\" + path_.parts[depth];
+      if (behind_star && !IsRealFolder(folder)) return;
+    }
     if (depth == path_.parts.size()) {
-      found_.push_back(folder);
-    } else if (path_.parts[depth] != "*") {
-      const std::string next = folder + "\\" + path_.parts[depth];
-      if (!behind_star || IsRealFolder(next)) Descend(next, depth + 1, behind_star);
-    } else {
-      for (const std::string& name : SubFolders(folder)) {
-        Descend(folder + "\\" + name, depth + 1, true);
-      }
+      found_.push_back(std::move(folder));
+      return;
+    }
+    if (pause_ && pause_()) return;
+    for (const std::string& name : SubFolders(folder)) {
+      Descend(folder + "\\" + name, depth + 1, true);
     }
   }
 
@@ -130,6 +156,7 @@ class FolderSearch {
 
   FileSystem& files_;
   const FullPath& path_;
+  const Pause& pause_;
   std::vector<std::string> found_;
 };
 
@@ -162,7 +189,7 @@ std::string ExpandPluginPath(System& system, std::string_view text) {
   return ExpandEnvironment(system, result);
 }
 
-FilesPlace FindFolders(const Machine& machine, const FileEntry& entry) {
+FilesPlace FindFolders(const Machine& machine, const FileEntry& entry, const Pause& pause) {
   FilesPlace place;
   place.mask = NamePart(entry.location);
   std::string folder(FolderPart(entry.location));
@@ -178,8 +205,11 @@ FilesPlace FindFolders(const Machine& machine, const FileEntry& entry) {
     place.refusals.push_back(Refusal(entry.location, kNoFullPath));
     return place;
   }
-  for (std::string& found : FolderSearch(machine.files, *path).Find()) {
-    if (IsTooPrecious(machine.system, found, entry.recurse)) {
+  for (std::string& found : FolderSearch(machine.files, *path, pause).Find()) {
+    // By the name it has been given as well: it may not be there yet.
+    const std::string real = machine.files.RealPath(found);
+    if (IsTooPrecious(machine.system, found, entry.recurse) ||
+        IsTooPrecious(machine.system, real, entry.recurse)) {
       place.refusals.push_back(Refusal(found + "\\" + place.mask, kTooPrecious));
     } else {
       place.folders.push_back(std::move(found));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,8 +24,11 @@ struct FilesPlace {
   std::vector<std::string> refusals;  // sentences that say what is not cleaned, and why
 };
 
+// Called again and again while a "*" is searched; true ends the search early.
+using Pause = std::function<bool()>;
+
 // The folders a files entry stands for. Folders behind a "*" exist and are reached through no link.
-FilesPlace FindFolders(const Machine& machine, const FileEntry& entry);
+FilesPlace FindFolders(const Machine& machine, const FileEntry& entry, const Pause& pause = {});
 
 struct KeyPlace {
   std::optional<RegistryRoot> root;  // nothing when the entry is refused

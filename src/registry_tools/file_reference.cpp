@@ -11,6 +11,8 @@ namespace {
 
 constexpr size_t kShortest = 4;  // "C:\x"
 constexpr size_t kMostKnown = 1 << 20;
+constexpr size_t kDriveSize = 2;        // "C:"
+constexpr size_t kLongestKnown = 1024;  // of folders, to bound the depth
 
 constexpr size_t kLongest = 32767;
 constexpr size_t kMostTries = 100;  // ends of a path that are tried
@@ -150,11 +152,17 @@ bool ReferenceJudge::IsThere(const std::string& path, bool may_go_on) {
   return info && !info->is_folder;
 }
 
+// Of what is in a folder that is gone nothing more is asked.
 bool ReferenceJudge::IsGone(std::string_view path) {
-  const std::string key = UpCase(path);
+  path = WithoutBackslash(path);
+  std::string key = UpCase(path);
   if (const auto known = known_.find(key); known != known_.end()) return known->second;
   if (known_.size() >= kMostKnown) known_.clear();
-  return known_[key] = machine_.files.IsGone(path);
+  const std::string_view folder = WithoutBackslash(FolderPart(path));
+  const bool in_folder = folder.size() > kDriveSize && folder.size() < kLongestKnown;
+  const bool gone = (in_folder && IsGone(folder)) || machine_.files.IsGone(path);
+  known_.emplace(std::move(key), gone);
+  return gone;
 }
 
 }  // namespace quellix

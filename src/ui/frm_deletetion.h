@@ -24,6 +24,7 @@ class FrmDeletetion : public OwnedWindow {
   HWND FirstFocus() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "results"; }
   LRESULT OnNotify(NMHDR& header) override;
   void OnContextMenu(HWND control, POINT screen) override;
   HBRUSH OnControlColor(HDC target, HWND control) override;

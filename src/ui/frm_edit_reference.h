@@ -4,6 +4,7 @@
 
 #include "registry_tools/registry_scan.h"
 #include "ui/owned_window.h"
+#include "ui/resource.h"
 #include "ui/window_prompts.h"
 
 namespace quellix {
@@ -20,6 +21,9 @@ class FrmEditReference : public OwnedWindow {
   void OnInit() override;
   HWND FirstFocus() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override {
+    return Control(lblAppPath) ? "app-paths" : "help-files";
+  }
   void OnClose() override;
 
  private:

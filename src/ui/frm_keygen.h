@@ -18,6 +18,7 @@ class FrmKeygen : public OwnedWindow {
  protected:
   void OnInit() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "generate-keys"; }
 
  private:
   modPlugin::NumberRange Range() const;

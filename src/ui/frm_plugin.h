@@ -28,6 +28,7 @@ class FrmPlugin : public OwnedWindow {
   void OnSized() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "plugin-editor"; }
   LRESULT OnNotify(NMHDR& header) override;
   void OnClose() override;
 

@@ -30,8 +30,7 @@ void FrmPluginManager::Show(HWND owner) { Open(frmPluginManager, owner); }
 
 void FrmPluginManager::OnInit() {
   prompts_.Attach(window());
-  display_ = {};
-  display_.Attach(window(), [](const Item*) {});
+  display_.Attach(window());
   layout().Add(kAnchors);
   list_.Attach(Control(lstvPlugin), kColumns, [this](int row, int column) {
     const modPlugin::InstalledPlugin& plugin = manager_.rows()[static_cast<size_t>(row)];

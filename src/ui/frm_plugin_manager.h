@@ -5,7 +5,7 @@
 #include "ui/list_view.h"
 #include "ui/owned_window.h"
 #include "ui/resource.h"
-#include "ui/run_display.h"
+#include "ui/status_view.h"
 #include "ui/window_prompts.h"
 
 namespace quellix {
@@ -25,6 +25,7 @@ class FrmPluginManager : public OwnedWindow {
   void OnSized() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "plugins"; }
   LRESULT OnNotify(NMHDR& header) override;
   void OnContextMenu(HWND control, POINT screen) override;
   void OnClose() override;
@@ -44,7 +45,7 @@ class FrmPluginManager : public OwnedWindow {
   modPlugin::PluginManager manager_;
   FrmPlugin editor_;
   ListView list_;
-  RunDisplay display_;  // of its own runs
+  StatusView display_;  // of its own runs
   bool working_ = false;
   bool close_after_run_ = false;
 };

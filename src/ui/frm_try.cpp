@@ -35,8 +35,7 @@ void FrmTry::Show(HWND owner, const modPlugin::Plugin& plugin) {
 
 void FrmTry::OnInit() {
   layout().Add(kAnchors);
-  display_ = {};
-  display_.Attach(window(), [](const Item*) {});
+  display_.Attach(window());
   list_.Attach(Control(lstvTry), kColumns, [this](int row, int column) {
     const auto index = static_cast<size_t>(row);
     return Cell{Wide(column == 0 ? trial_->What(index) : trial_->Where(index))};

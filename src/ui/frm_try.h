@@ -6,7 +6,7 @@
 #include "ui/list_view.h"
 #include "ui/owned_window.h"
 #include "ui/resource.h"
-#include "ui/run_display.h"
+#include "ui/status_view.h"
 
 namespace quellix {
 
@@ -24,6 +24,7 @@ class FrmTry : public OwnedWindow {
   void OnSized() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "plugin-editor"; }
   LRESULT OnNotify(NMHDR& header) override;
   void OnClose() override;
   HBRUSH OnControlColor(HDC target, HWND control) override;
@@ -32,7 +33,7 @@ class FrmTry : public OwnedWindow {
   Machine machine_;
   std::optional<modPlugin::PluginTrial> trial_;
   ListView list_;
-  RunDisplay display_;
+  StatusView display_;
   bool working_ = false;
 };
 

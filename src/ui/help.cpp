@@ -2,8 +2,7 @@
 
 #include <shlwapi.h>
 
-#include <filesystem>
-
+#include "platform/path.h"
 #include "platform/text.h"
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/unique.h"
@@ -13,16 +12,16 @@
 namespace quellix {
 namespace {
 
-std::filesystem::path Manual() {
+std::string Manual() {
   wchar_t program[32768] = {};
   GetModuleFileNameW(nullptr, program, static_cast<DWORD>(std::size(program)));
-  return std::filesystem::path(program).parent_path() / L"Help" / L"help.htm";
+  return std::string(FolderPart(Narrow(program))) + "Help\\help.htm";
 }
 
 // "file:///C:/Program%20Files/Quellix/Help/help.htm#main"
-std::string AddressOf(const std::filesystem::path& file, const char* topic) {
+std::string AddressOf(std::string_view file, const char* topic) {
   std::string address = "file:///";
-  for (const char letter : Narrow(file.wstring())) {
+  for (const char letter : file) {
     if (letter == '\\') {
       address += '/';
     } else if (std::string_view(" %#?").find(letter) != std::string_view::npos) {
@@ -68,15 +67,14 @@ bool OpenAt(const std::string& address) {
 }  // namespace
 
 void ShowHelp(HWND owner, const char* topic) {
-  const std::filesystem::path manual = Manual();
+  const std::string manual = Manual();
   WindowPrompts prompts;
   prompts.Attach(owner);
-  std::error_code error;
-  if (!std::filesystem::exists(manual, error)) {
-    return prompts.Inform("The manual is missing: " + Narrow(manual.wstring()));
+  if (GetFileAttributesW(Wide(manual).c_str()) == INVALID_FILE_ATTRIBUTES) {
+    return prompts.Inform("The manual is missing: " + manual);
   }
-  if (OpenAt(AddressOf(manual, topic)) || OpenByShell(owner, Narrow(manual.wstring()))) return;
-  prompts.Inform("Windows has no program to open " + Narrow(manual.wstring()));
+  if (OpenAt(AddressOf(manual, topic)) || OpenByShell(owner, manual)) return;
+  prompts.Inform("Windows has no program to open " + manual);
 }
 
 }  // namespace quellix

@@ -7,7 +7,6 @@
 namespace quellix {
 namespace {
 
-constexpr Column kPlain[] = {{L"Entry", 200}};
 constexpr Column kTypes[] = {{L"File type", 120}, {L"Description", 200}};
 constexpr Anchor kAnchors[] = {
     {lblListHint, 0, 0, 1, 0}, {lstvList, 0, 0, 1, 1},  {lblEntry, 0, 1, 0, 1},
@@ -47,7 +46,9 @@ void OptionsListPage::FillLabels() {
 
 void OptionsListPage::FillColumns() {
   const auto& rows = list_.rows();
-  rows_.Attach(Control(lstvList), list_.page().has_ticks ? std::span<const Column>(kTypes) : kPlain,
+  const std::wstring title = Wide(list_.page().title);
+  const Column plain[] = {{title.c_str(), 200}};
+  rows_.Attach(Control(lstvList), list_.page().has_ticks ? std::span<const Column>(kTypes) : plain,
                [&rows](int row, int column) {
                  const ListRow& shown = rows[static_cast<size_t>(row)];
                  return Cell{Wide(column == 0 ? shown.text : shown.description)};

@@ -59,7 +59,7 @@ void PluginFilesPage::OnCommand(int id, int code) {
     case cmdFilesAdd:
       return Add();
     case cmdFileRemove:
-      return RemoveSelected(&modPlugin::PluginEditor::RemoveFile);
+      return Remove();
     case cmdFileAddAlternate:
       return AddChosen();
     case drvFileAlternate:

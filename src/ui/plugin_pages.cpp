@@ -57,6 +57,12 @@ std::span<const Anchor> PluginPage::Attach(HWND window) {
   return Init();
 }
 
+void PluginPage::OnNotify(NMHDR& header) {
+  if (list_.OnNotify(header) || header.hwndFrom != Control(list_id_)) return;
+  const bool is_key = header.code == LVN_KEYDOWN;
+  if (is_key && reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey == VK_DELETE) Remove();
+}
+
 void PluginPage::FillLastColumn(int dpi) {
   const int last = static_cast<int>(columns_.size()) - 1;
   list_.FillWith(last, Scale(columns_[static_cast<size_t>(last)].width, dpi));
@@ -111,7 +117,7 @@ modPlugin::RegistryForm PluginRegistryPage::Form() const {
 
 void PluginRegistryPage::OnCommand(int id, int /*code*/) {
   if (id == cmdRegistryAdd) Add();
-  if (id == cmdRegistryRemove) RemoveSelected(&modPlugin::PluginEditor::RemoveKey);
+  if (id == cmdRegistryRemove) Remove();
   if (id == cmdGeneratesubkeys) Generate(modPlugin::Generated::kSubkeys);
   if (id == cmdGenerateValues) Generate(modPlugin::Generated::kValues);
 }
@@ -160,7 +166,7 @@ void PluginIniPage::OnCommand(int id, int code) {
   if (id == cmdINIBrowse) Browse();
   if (id == cmbINISections && code == CBN_SELCHANGE) ChooseSection();
   if (id == cmdINIAdd) Add();
-  if (id == cmdINIRemove) RemoveSelected(&modPlugin::PluginEditor::RemoveIni);
+  if (id == cmdINIRemove) Remove();
 }
 
 void PluginIniPage::Browse() {

@@ -27,12 +27,13 @@ class PluginPage {
   virtual void OnCommand(int id, int code) = 0;
   // Enter in a field of the page.
   virtual void OnEnter() = 0;
-  void OnNotify(NMHDR& header) { list_.OnNotify(header); }
+  void OnNotify(NMHDR& header);
   void SetResolution(int dpi) { list_.SetResolution(dpi, columns_, {}); }
   void FillLastColumn(int dpi);
 
  protected:
   virtual std::span<const Anchor> Init() = 0;
+  virtual void Remove() = 0;
   virtual int Count() const = 0;
   virtual std::string TextOf(size_t row, int column) const = 0;
 
@@ -62,6 +63,7 @@ class PluginFilesPage : public PluginPage {
 
  protected:
   std::span<const Anchor> Init() override;
+  void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveFile); }
   int Count() const override { return static_cast<int>(editor().plugin().files.size()); }
   std::string TextOf(size_t row, int column) const override;
 
@@ -87,6 +89,7 @@ class PluginRegistryPage : public PluginPage {
 
  protected:
   std::span<const Anchor> Init() override;
+  void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveKey); }
   int Count() const override { return static_cast<int>(editor().plugin().registry.size()); }
   std::string TextOf(size_t row, int column) const override;
 
@@ -106,6 +109,7 @@ class PluginIniPage : public PluginPage {
 
  protected:
   std::span<const Anchor> Init() override;
+  void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveIni); }
   int Count() const override { return static_cast<int>(editor().plugin().ini.size()); }
   std::string TextOf(size_t row, int column) const override;
 

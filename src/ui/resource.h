@@ -163,6 +163,7 @@
 #define cmdStop 1114
 #define cmdNextTip 1115
 #define tmrClean 1116
+#define tmrSettle 1117
 
 // The log window
 #define txtLog 1201
@@ -187,16 +188,22 @@
 #define cmdRestoreAll 1311
 #define cmdRestoreInto 1312
 #define cmdDeleteArchive 1313
+#define pgRestore 1314
+#define cmdStopRestore 1315
 
 // The question whether a file may be replaced
 #define txtTarget 1401
 #define cmdYesToAll 1402
 #define cmdNoToAll 1403
 
-// Commands of several windows
+// Controls of several windows
 #define cmdSelectAll 1420
 #define cmdDeselectAll 1421
 #define cmdDelete 1422
+#define cmdEdit 1423
+#define cmdBrowse 1424
+#define lblDescription 1425
+#define txtDescription 1426
 
 // The question for a text
 #define lblQuestion 1411
@@ -220,8 +227,6 @@
 #define lstvPlugin 1601
 
 // The plug-in editor
-#define lblDescription 1610
-#define txtDescription 1611
 #define sstPlugin 1612
 #define cmdTry 1613
 // Its pages: Files, Registry, INI files
@@ -295,7 +300,6 @@
 #define pgKeys 1803
 #define chkDelete 1805
 #define chkThorough 1806
-#define cmdEdit 1808
 #define fmResize 1810
 #define lblKey 1811
 #define txtKey 1812
@@ -308,7 +312,6 @@
 #define lblAppPath 1821
 #define lblHelpFile 1821
 #define lblHelpPath 1816
-#define cmdBrowse 1822
 #define cmdOk 1823
 
 // The Internet cache: 1900 to 1949
@@ -398,7 +401,7 @@
 #define lblSearchUnit 2122
 #define lblSearchHidden 2123
 
-// Its pages for lists
+// Its pages for lists; further controls share the numbers of other windows
 #define lblListHint 2151
 #define lstvList 2152
 #define lblEntry 2153

@@ -9,6 +9,7 @@
 #include "engine.h"
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_text.h"
+#include "ui/help.h"
 #include "ui/resource.h"
 
 namespace quellix {
@@ -24,7 +25,8 @@ INT_PTR CALLBACK OverwriteProcedure(HWND dialog, UINT message, WPARAM wparam, LP
     SetFocus(GetDlgItem(dialog, IDNO));
     return FALSE;
   }
-  if (message != WM_COMMAND) return FALSE;
+  if (message == WM_HELP) ShowHelp(dialog, "overwrite");
+  if (message != WM_COMMAND) return message == WM_HELP;
   const int id = LOWORD(wparam);
   if (id != txtTarget) EndDialog(dialog, id);
   return TRUE;

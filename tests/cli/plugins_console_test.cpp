@@ -30,11 +30,11 @@ TEST_F(PluginsConsoleTest, APluginIsCheckedEnabledListedAndProcessed) {
                            "line 4: fault: \"Q\" is no kind"}) {
     EXPECT_NE(bad.output.find(told), std::string::npos) << bad.output;
   }
-  EXPECT_EQ(Plugins({"list"}).output, "");
+  EXPECT_EQ(Plugins({"list"}).output, "[ ] bad.cdp  \n[ ] qx.cdp  My logs\n");
   EXPECT_EQ(Plugins({"enable", "QX"}).exit_code, 0);
-  EXPECT_EQ(Plugins({"list"}).output, "[x] QX.cdp  My logs\n");
+  EXPECT_EQ(Plugins({"list"}).output, "[ ] bad.cdp  \n[x] qx.cdp  My logs\n");
   EXPECT_EQ(Plugins({"disable", "qx.cdp"}).exit_code, 0);
-  EXPECT_EQ(Plugins({"list"}).output, "[ ] QX.cdp  My logs\n");
+  EXPECT_EQ(Plugins({"list"}).output, "[ ] bad.cdp  \n[ ] qx.cdp  My logs\n");
   for (const char* name : {"none", "..\\Settings.ini"}) {
     EXPECT_EQ(Plugins({"enable", name}).exit_code, 2) << name;
   }

@@ -5,6 +5,7 @@
 
 #include "contract/error_kind.h"
 #include "platform/file_system.h"
+#include "platform/text.h"
 #include "support/test_machine.h"
 
 namespace quellix {
@@ -140,6 +141,17 @@ TEST_F(FileSystemContract, LookTellsTheEntryItself) {
                                 At(std::string(300, 'x')), std::string("nonsense")}) {
     EXPECT_FALSE(files_.Look(path)) << path;
   }
+}
+
+TEST_F(FileSystemContract, RealPathTellsWhereAFolderIs) {
+  test_->MakeFolder(At("A long folder name\\inner"));
+  EXPECT_TRUE(EqualsNoCase(files_.RealPath(At("a LONG folder name\\inner")),
+                           At("A long folder name\\inner")));
+  EXPECT_EQ(files_.RealPath(At("missing")), At("missing"));
+  EXPECT_EQ(files_.RealPath("nonsense"), "nonsense");
+  const std::string short_name = test_->ShortName(At("A long folder name\\inner"));
+  EXPECT_TRUE(EqualsNoCase(files_.RealPath(short_name), At("A long folder name\\inner")))
+      << short_name << " is " << files_.RealPath(short_name);
 }
 
 TEST_F(FileSystemContract, AttributesDoNotHinderRemoval) {

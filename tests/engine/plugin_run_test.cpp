@@ -1,5 +1,6 @@
 #include "plugins/mod_plugin.h"
 
+#include "platform/path.h"
 #include "plugins/plugin_check.h"
 #include "plugins/plugin_collector.h"
 #include "plugins/plugin_list.h"
@@ -116,6 +117,18 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
       {"F|No|No|*:\\Temp\\qx-none", "full path"},
       {"F|No|No|" + drive + "\\Te*\\qx-none", "full path"},
       {"F|No|No|\"" + drive + "\\Temp\\qx-none\"", "full path"},
+      {"F|No|No|\\\\localhost\\C$\\qx-none", "whole drive"},
+      {"F|No|No|\\\\localhost\\" + drive.substr(0, 1) + "$" + windows.substr(2) + "\\qx-none",
+       "whole drive"},
+      {"F|No|No|\\\\127.0.0.1\\admin$\\system32\\qx-none", "whole drive"},
+      {"F|No|No|\\\\server\\share\\qx-none", "whole drive"},
+      {"F|No|No|\\\\?\\C:\\qx-none", "full path"},
+      {"F|No|No|\\\\.\\C:\\qx-none", "full path"},
+      {"F|Yes|No|" + std::string(FolderPart(profile)) + "Somebody Else\\qx-none", "whole drive"},
+      {"F|No|No|" + machine->ShortName(windows) + "\\qx-none", "whole drive"},
+      {"F|No|No|" + machine->ShortName(ports.system.Environment("ProgramFiles").value()) +
+           "\\qx-none",
+       "whole drive"},
       {"R|Yes|No|HKEY_CURRENT_USER|", "main branches"},
       {"R|Yes|No|HKEY_CURRENT_USER\\|", "main branches"},
       {"R|Yes|No|HKEY_CURRENT_USER\\\\Quellix Branch\\|", "main branches"},
@@ -212,6 +225,71 @@ TEST_F(PluginRunTest, BadRecipesHarmNothingAndStopDoesStop) {
   const std::string log = CleanPluginsLog();
   EXPECT_NE(log.find("\\plugins\\huge.cdp: "), std::string::npos) << log;
   EXPECT_TRUE(log.ends_with("Plugins... Files Deleted: 1 Space Gained: 1 Bytes")) << log;
+}
+
+TEST_F(PluginRunTest, OddRecipesAreReadAsWindowsWouldReadThem) {
+  const std::string file = scratch + "in\\a.txt", f = "F|No|No|";
+  const std::string drive = scratch.substr(0, 3), rest = scratch.substr(3) + "in\\";
+  const struct {
+    const char* row;
+    std::string recipe;
+    bool goes;
+  } kRows[] = {
+      {"byte-order mark", "\xEF\xBB\xBF" + f + file, true},
+      {"LF alone", "\n\n" + f + file + "\n", true},
+      {"CR alone", "D|x\r" + f + file + "\r", true},
+      {"more fields", f + file + "|more|and more", true},
+      {"several backslashes", f + drive + "\\\\" + rest + "\\a.*", true},
+      {"slashes", f + ReplaceNoCase(scratch, "\\", "/") + "in\\a.txt", true},
+      {"blanks and dots at the end", f + scratch + "in. .\\A.TXT", true},
+      {"quotes around the name", f + scratch + "in\\\"a.txt\"", false},
+      {"a percent sign", f + scratch + "in\\%a.txt", false},
+      {"two percent signs in the mask", f + scratch + "in\\%TEMP%", false},
+      {"no mask", f + scratch + "in\\", false},
+      {"a blank in front", " " + f + file, false},
+      {"UTF-16", std::string("\xFF\xFE") + ReplaceNoCase(f + file, "|", std::string("|\0", 2)),
+       false},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.row);
+    machine->MakeFile(file, "1");
+    const std::string log = CleanBy(row.recipe);
+    EXPECT_EQ(machine->Exists(file), !row.goes) << log;
+    EXPECT_TRUE(log.ends_with(" Bytes")) << log;
+  }
+  for (const char* key : {"\\", "\\\\", "\\\\sub\\\\"}) {
+    machine->SetText(kUser, std::string(kKey) + "\\sub", "v", "1");
+    CleanBy(std::string("R|Yes|No|HKEY_CURRENT_USER\\") + kKey + key + "|\r\n");
+    EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\sub")) << key;
+  }
+}
+
+TEST_F(PluginRunTest, IniFilesThatResistAreToldAndKept) {
+  const std::string text = "[s]\r\nk=1\r\n[t]\r\n[S]\r\nK=2\r\nl=3";
+  const struct {
+    const char* row;
+    std::string bytes;
+    uint32_t attributes;
+    std::string after;
+    const char* told;
+  } kRows[] = {{"sections twice", text, 0, "[s]\r\n[t]\r\n[S]\r\nl=3", ""},
+               {"read-only", text, kReadOnly, text, "read-only"},
+               {"read-only, nothing to erase", "[t]\r\n", kReadOnly, "[t]\r\n", ""},
+               {"huge", text + std::string(16u << 20, ';'), 0, "", "a.ini: "}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.row);
+    const std::string file = scratch + "a.ini";
+    machine->MakeFile(file, row.bytes);
+    ports.files.SetAttributes(file, row.attributes);
+    const std::string log = CleanBy("I|a.ini|s|No|k|" + scratch);
+    EXPECT_NE(log.find(row.told), std::string::npos) << log;
+    EXPECT_EQ(log.find("Plugins... ") == 0, row.told[0] == '\0') << log;
+    EXPECT_EQ(ports.files.ReadWholeFile(file, 32u << 20),
+              row.after.empty() ? row.bytes : row.after);
+    ports.files.RemoveFile(file);
+  }
+  EXPECT_EQ(CleanBy("I|none.ini|s|Yes|k|" + scratch + "none\\"),
+            "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
 }
 
 TEST_F(PluginRunTest, TheShippedExamplesCleanASeededUser) {

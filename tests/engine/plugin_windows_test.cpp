@@ -71,6 +71,15 @@ TEST_F(PluginWindowsTest, TheManagerListsTicksAddsAndDeletes) {
   EXPECT_EQ(ReadProgramFile("plg.txt"), "");
 }
 
+TEST_F(PluginWindowsTest, BeforeTheFirstStartTheFolderIsListed) {
+  machine->MakeFolder(plugins_folder + "folder.cdp");
+  for (const char* name : {"b.CDP", "A.cdp", "notes.txt"}) WriteRecipe(name, "D|x\r\n");
+  manager.Load();
+  manager.Toggle(1);
+  manager.Save();
+  EXPECT_EQ(ReadProgramFile("plg.txt"), Text("0|A.cdp|x\r\n1|b.CDP|x\r\n"));
+}
+
 TEST_F(PluginWindowsTest, AListThatCannotBeReadIsNotOverwritten) {
   machine->MakeFolder(ports.program_folder + "\\plg.txt");
   manager.Load();
@@ -95,7 +104,7 @@ TEST_F(PluginWindowsTest, ProcessingTellsWhatItDid) {
       told.starts_with("Files Deleted: 2\r\nSpace Gained: 2.00  KB\r\nBacked Up: 2 file(s)"
                        "\r\n"))
       << told;
-  EXPECT_TRUE(told.ends_with("the user's profile.")) << told;
+  EXPECT_TRUE(told.ends_with("a user's profile.")) << told;
   EXPECT_EQ(view.statuses[1], "Working...Processing Plugins.");
   EXPECT_EQ(view.statuses.back(), "");
   EXPECT_TRUE(view.commands.clean && view.commands.menus && !view.commands.stop);

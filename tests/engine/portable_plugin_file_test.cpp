@@ -49,7 +49,9 @@ TEST(PluginFile, WhatIsNoRecordIsSkipped) {
   for (unsigned seed = 1; bytes.size() < 100000; seed = seed * 1664525 + 1013904223) {
     bytes += static_cast<char>(seed >> 24);
   }
-  EXPECT_EQ(ReadLines(bytes + "\r\nD").back().fields[0], "D");
+  std::string last;
+  ReadLines(bytes + "\r\nD", [&last](const Record& record) { last = record.fields[0]; });
+  EXPECT_EQ(last, "D");
   EXPECT_TRUE(ParsePlugin(bytes).files.empty());
 }
 

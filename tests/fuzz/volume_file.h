@@ -23,6 +23,7 @@ class VolumeFile {
         .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   }
   const std::string& path() const { return path_; }
+  const std::string& native() const { return native_; }
   Machine machine() const { return volume_->machine(); }
 
  private:

@@ -35,6 +35,8 @@ class TestMachine {
   virtual void MakeFolderLink(std::string_view link, std::string_view target) = 0;
   // A symbolic link to a file; false where the machine cannot make one.
   virtual bool MakeFileLink(std::string_view link, std::string_view target) = 0;
+  // A path with its short (8.3) names, where this machine gives such; else the path itself.
+  virtual std::string ShortName(std::string_view path) { return std::string(path); }
   virtual void SetLastWrite(std::string_view path, int64_t filetime) = 0;
   // While the result lives, the file can be seen but neither removed, renamed nor written.
   virtual std::shared_ptr<void> LockFile(std::string_view path) = 0;

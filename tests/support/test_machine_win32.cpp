@@ -181,6 +181,11 @@ class Win32TestMachine : public TestMachine {
   void MakeFolderLink(std::string_view link, std::string_view target) override;
   // Symbolic links need a right that Windows gives to few, and Wine shows none of them as links.
   bool MakeFileLink(std::string_view, std::string_view) override { return false; }
+  std::string ShortName(std::string_view path) override {
+    const std::wstring wide = Wide(path);
+    return Narrow(GrowingText(
+        [&](wchar_t* text, uint32_t size) { return GetShortPathNameW(wide.c_str(), text, size); }));
+  }
   void SetLastWrite(std::string_view path, int64_t filetime) override;
   std::shared_ptr<void> LockFile(std::string_view path) override;
   void SetRegistryValue(RegistryRoot root, std::string_view key, std::string_view name,

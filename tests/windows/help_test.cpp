@@ -58,6 +58,13 @@ TEST_F(HelpTest, EachWindowOpensItsOwnPage) {
       {mnuBackups, L"Backups", "backups"},
       {mnuIECache, L"Temporary Internet Files (Cache)", "cache"},
       {mnuAbout, L"About Quellix", "about"},
+      {mnuOptions, L"Options", "options"},
+      {mnuManagePlugin, L"Plugins Manager", "plugins"},
+      {mnuOrphanedDLL, L"Orphaned Shared DLLs", "shared-dlls"},
+      {mnuOrphanedFilePath, L"Orphaned File/Path Reference", "file-references"},
+      {mnuOrphanedApplicationPath, L"Orphaned application path references", "app-paths"},
+      {mnuOrphanedHelpFile, L"Orphaned help file references", "help-files"},
+      {mnuOrphanedActivex, L"Orphaned ActiveX control references", "components"},
   };
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.topic);

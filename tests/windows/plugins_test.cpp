@@ -26,6 +26,7 @@ class PluginWindowsTest : public ::testing::Test {
   void SetUp() override {
     ResetSandbox();
     CleanUp();
+    WriteBytes(List(), "");
     WriteBytes(kFolder / "in" / "a.log", std::string(2048, 'a'));
     WriteBytes(kFolder / "in" / "sub" / "b.log", "");
     WriteBytes(kFolder / "in" / "kept.txt", "");

@@ -32,6 +32,7 @@ class PreviewFileSystem : public FileSystem {
   std::optional<std::string> ReadWholeFile(std::string_view path,
                                            uint64_t limit = 16u << 20) override;
   void WriteWholeFile(std::string_view path, std::string_view bytes) override;
+  std::string RealPath(std::string_view path) override { return inner_.RealPath(path); }
   void Anchor(std::string_view folder) override { inner_.Anchor(folder); }
 
   // A file goes in another way than by RemoveFile. Throws as that does.

@@ -163,6 +163,17 @@ std::optional<std::string> Win32FileSystem::ReadWholeFile(std::string_view path,
   return ReadWhole(*wide, *info, path, limit);
 }
 
+std::string Win32FileSystem::RealPath(std::string_view path) {
+  const std::optional<std::wstring> wide = ToWidePath(path);
+  if (!wide) return std::string(path);
+  const UniqueFile folder(CreateFileW(wide->c_str(), 0,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  const std::string real = folder ? Narrow(FinalPath(folder)) : "";
+  if (real.starts_with("\\\\?\\UNC\\")) return "\\\\" + real.substr(8);
+  return real.starts_with("\\\\?\\") ? real.substr(4) : std::string(path);
+}
+
 void Win32FileSystem::WriteWholeFile(std::string_view path, std::string_view bytes) {
   const std::wstring wide = WidePath("write", path);
   if (LookAt(wide).value_or(FileInfo{}).is_link)

@@ -25,6 +25,7 @@ class Win32FileSystem : public FileSystem {
   void CreateFolder(std::string_view path) override;
   std::optional<std::string> ReadWholeFile(std::string_view path, uint64_t limit) override;
   void WriteWholeFile(std::string_view path, std::string_view bytes) override;
+  std::string RealPath(std::string_view path) override;
   void Anchor(std::string_view folder) override { anchor_.Set(folder); }
 
  private:

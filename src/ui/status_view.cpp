@@ -1,0 +1,43 @@
+#include "ui/status_view.h"
+
+#include "engine.h"
+#include "platform/win32/win32_text.h"
+#include "ui/resource.h"
+#include "ui/run_display.h"
+
+namespace quellix {
+namespace {
+
+constexpr ULONGLONG kMillisecondsPerFrame = 30;
+
+}  // namespace
+
+void StatusView::Attach(HWND window) {
+  window_ = window;
+  status_.clear();
+  shown_.clear();
+}
+
+void StatusView::Flush() {
+  flushed_at_ = GetTickCount64();
+  if (status_ == shown_) return;
+  SetDlgItemTextW(window_, lblStatus, Wide(status_).c_str());
+  shown_ = status_;
+}
+
+void StatusView::Yield() {
+  if (GetTickCount64() - flushed_at_ < kMillisecondsPerFrame) return;
+  Flush();
+  RunDisplay::PumpMessages();
+}
+
+void StatusView::SetCommands(const Commands& commands) {
+  EnableWindow(GetDlgItem(window_, cmdStop), commands.stop);
+}
+
+void StatusView::ShowCritical(std::string_view text) {
+  Flush();
+  MessageBoxW(window_, Wide(text).c_str(), Wide(kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
+}
+
+}  // namespace quellix

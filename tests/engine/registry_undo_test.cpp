@@ -1,0 +1,252 @@
+// Registry entries in .reg files: what is kept, when, and how it comes back.
+#include <algorithm>
+
+#include "platform/error.h"
+#include "plugins/mod_plugin.h"
+#include "support/registry_fixture.h"
+#include "support/scripted_prompts.h"
+
+namespace quellix {
+namespace {
+
+class RegistryUndoTest : public RegistryFixture {
+ protected:
+  std::string BackupFolder() { return ports.program_folder + "\\Backup\\"; }
+  RegistryPicture UserPicture() {
+    RegistryPicture picture;
+    for (const char* key : kUserKeys) Picture(kUser, key, picture);
+    return picture;
+  }
+  std::string Restore(OverwriteMode mode, Prompts& prompts) {
+    const RestoreResult result = backups.Restore(
+        UndoFiles().at(0), {.entry_paths = {}, .to = "", .mode = mode}, prompts, {});
+    return std::to_string(result.restored) + " " + std::to_string(result.skipped) +
+           (result.cancelled ? " cancelled" : "");
+  }
+  void KeepTree(const std::string& key) {
+    RegistryUndo undo;
+    undo.AddTree(ports.registry, kUser, key);
+    undo.Store(ports, BackupFolder());
+    machine->RemoveRegistryTree(kUser, key);
+  }
+};
+
+TEST_F(RegistryUndoTest, EveryKindOfEntryComesBackAsItWas) {
+  const std::string nul(1, '\0');
+  const std::pair<const char*, RegistryValue> kRows[] = {
+      {"", Text("the default value")},
+      {"a \"quoted\" \\ name", Text("a \"quoted\" \\ text")},
+      {"ends in \\", Text("ends in \\")},
+      {"@", Text("an at")},
+      {"lines", Text("one\r\ntwo\tthree")},
+      {"no end", {kRegSz, ToUtf16Bytes("abc")}},
+      {"two ends", {kRegSz, ToUtf16Bytes("abc" + nul + nul)}},
+      {"nul inside", {kRegSz, ToUtf16Bytes("a" + nul + "b" + nul)}},
+      {"odd bytes", {kRegSz, ToUtf16Bytes("abc" + nul) + "x"}},
+      {"one byte", {kRegSz, "x"}},
+      {"no bytes", {kRegSz, ""}},
+      {"surrogate alone", {kRegSz, std::string("\x00\xD8\x00\x00", 4)}},
+      {"expand", Text("%PATH%", kRegExpandSz)},
+      {"texts", {kRegMultiSz, ToUtf16Bytes("a" + nul + "b" + nul + nul)}},
+      {"number", Number(0xFEDCBA98)},
+      {"short number", {kRegDword, "xyz"}},
+      {"long", {kRegBinary, std::string(3000, '\xAB')}},
+      {"empty", {kRegBinary, ""}},
+      {"none", {kRegNone, "x"}},
+      {"big number", {11, std::string("12345678")}},
+      {"odd type", {0x12345, "abc"}},
+      {"\xC3\xA4\xE6\xBC\xA2\xF0\x9F\x98\x80", Text("\xC3\xA4\xE6\xBC\xA2\xF0\x9F\x98\x80")},
+      {"=", Text("]")},
+      {"; no remark", Text("; none either")},
+  };
+  for (const auto& [name, value] : kRows) Set(kUser, "Qx1\\a]b\\[c", name, value);
+  for (const auto& [name, value] : kRows) Set(kUser, "Qx1\\\xC3\xA4", name, value);
+  const RegistryPicture before = UserPicture();
+  KeepTree("Qx1");
+  EXPECT_TRUE(UserPicture().empty());
+  NoPrompts prompts;
+  EXPECT_EQ(Restore(OverwriteMode::kAsk, prompts), "4 0");
+  EXPECT_EQ(UserPicture(), before);
+  EXPECT_EQ(Restore(OverwriteMode::kAsk, prompts), "4 0") << "the same again asks nothing";
+  const auto entries = backups.ListEntries(UndoFiles()[0]);
+  ASSERT_EQ(entries.size(), 4u);
+  EXPECT_EQ(entries[0].path, "HKEY_CURRENT_USER\\Qx1");
+  const std::string copy = backups.ExtractTemporary(UndoFiles()[0], entries.back().path);
+  EXPECT_TRUE(copy.ends_with(".txt")) << copy;
+  EXPECT_TRUE(machine->Exists(copy));
+}
+
+TEST_F(RegistryUndoTest, WhatIsThereMeanwhileIsReplacedAsTheModeSays) {
+  Set(kUser, "Qx1", "v", Text("old"));
+  Set(kUser, "Qx2", "v", Text("old"));
+  {
+    RegistryUndo undo;
+    undo.AddTree(ports.registry, kUser, "Qx1");
+    undo.Store(ports, BackupFolder());
+    undo.AddTree(ports.registry, kUser, "Qx2");
+    undo.Store(ports, BackupFolder());
+    ASSERT_EQ(UndoFiles().size(), 1u) << "one for a window";
+  }
+  const auto is = [this](const char* key, const char* text) {
+    return modRegistry::ReadRegString({ports.registry, ports.system}, kUser, key, "v") == text;
+  };
+  const auto change = [this] {
+    for (const char* key : {"Qx1", "Qx2"}) Set(kUser, key, "v", Text("new"));
+  };
+  change();
+  ScriptedPrompts prompts;
+  EXPECT_EQ(Restore(OverwriteMode::kNever, prompts), "0 2");
+  EXPECT_EQ(Restore(OverwriteMode::kNewer, prompts), "0 2");
+  EXPECT_TRUE(is("Qx1", "new") && is("Qx2", "new") && prompts.asked.empty());
+  EXPECT_EQ(Restore(OverwriteMode::kAlways, prompts), "2 0");
+  EXPECT_TRUE(is("Qx1", "old") && is("Qx2", "old"));
+  change();
+  prompts.overwrites = {OverwriteAnswer::kNo, OverwriteAnswer::kYes};
+  EXPECT_EQ(Restore(OverwriteMode::kAsk, prompts), "1 1");
+  EXPECT_EQ(prompts.asked[0], "HKEY_CURRENT_USER\\Qx1\\v");
+  EXPECT_TRUE(is("Qx1", "new") && is("Qx2", "old"));
+  change();
+  EXPECT_EQ(Restore(OverwriteMode::kAsk, prompts), "0 0 cancelled");
+  EXPECT_TRUE(is("Qx1", "new") && is("Qx2", "new"));
+}
+
+TEST_F(RegistryUndoTest, WhatCannotBeKeptIsNotDeleted) {
+  const std::string line_break = "line\r\nbreak";
+  Set(kUser, "Qx1", line_break, Text(scratch + "gone"));
+  Set(kUser, "Qx1", "plain", Text(scratch + "gone"));
+  const RegistryPicture before = UserPicture();
+  const auto scan = MakeScan(ScanTool::kFileReferences, ports, scan_view);
+  scan->SetThorough(true);
+  const auto tick = [&](const std::string& name) {
+    scan->StartScan();
+    size_t ticked = 0;
+    for (size_t i = 0; i < scan->RowCount(); ++i) {
+      const bool wanted = scan->row(i).key == "Qx1\\" && scan->row(i).name == name;
+      scan->SetChecked(i, wanted);
+      ticked += wanted;
+    }
+    EXPECT_EQ(ticked, 1u);
+    return scan->RowCount();
+  };
+  const size_t rows = tick(line_break);
+  scan->DeleteChecked(false);
+  ASSERT_EQ(scan_view.problems.size(), 1u);
+  EXPECT_NE(scan_view.problems[0].find("Nothing is deleted"), std::string::npos);
+  EXPECT_EQ(scan->RowCount(), rows);
+  EXPECT_EQ(UserPicture(), before);
+  EXPECT_TRUE(UndoFiles().empty());
+
+  machine->MakeFile(ports.program_folder + "\\Backup", "no folder");
+  tick("plain");
+  scan->DeleteChecked(false);
+  ASSERT_EQ(scan_view.problems.size(), 2u);
+  EXPECT_EQ(UserPicture(), before);
+
+  WriteSettings("[Backup]\r\nRegistry=0\r\n");
+  scan->DeleteChecked(false);
+  EXPECT_EQ(scan_view.problems.size(), 2u);
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), std::vector<std::string>{line_break});
+  tick(line_break);
+  scan->DeleteChecked(false);
+  EXPECT_TRUE(machine->ValueNames(kUser, "Qx1").empty());
+}
+
+TEST_F(RegistryUndoTest, CleanersKeepOnlyInTheModeThatBacksUp) {
+  const struct {
+    const char* settings;
+    bool kept;
+  } kRows[] = {{"[General]\r\nDelMethod=D\r\n", false},
+               {"[General]\r\nDelMethod=B\r\n[Backup]\r\nRegistry=0\r\n", false},
+               {"[General]\r\nDelMethod=B\r\n", true}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.settings);
+    WriteSettings(row.settings);
+    for (const char* name : {"a", "b", "MRUList"}) machine->SetText(kUser, kRunMruKey, name, name);
+    machine->SetText(kUser, kTypedUrlsKey, "url1", "x");
+    Tick({"CleanRunMRU", "CleanTypedURL"});
+    engine.RunCleaning();
+    EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
+    ASSERT_EQ(UndoFiles().size(), row.kept ? 1u : 0u);
+  }
+  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey),
+            (std::vector<std::string>{"MRUList", "a", "b"}));
+  EXPECT_EQ(machine->ValueNames(kUser, kTypedUrlsKey), std::vector<std::string>{"url1"})
+      << "one file for the run";
+
+  // Where it cannot be kept it stays, with a message.
+  ports.files.RemoveFile(BackupFolder() + UndoFiles()[0]);
+  ports.files.RemoveFolder(ports.program_folder + "\\Backup");
+  machine->MakeFile(ports.program_folder + "\\Backup", "no folder");
+  Tick({"CleanRunMRU"});
+  engine.RunCleaning();
+  ASSERT_EQ(view.criticals.size(), 1u);
+  EXPECT_NE(view.criticals[0].find("could not be backed up"), std::string::npos);
+  EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 3u);
+}
+
+TEST_F(RegistryUndoTest, PluginsKeepKeysAndValuesAlsoOfTheClasses) {
+  const std::string type = "Software\\Classes\\Qx\\Type";
+  Set(kUser, "Qx1\\tree\\deep", "v", Text("x"));
+  Set(kUser, "Qx2\\key", "goes", Text("x"));
+  Set(kUser, "Qx2\\key", "stays", Text("x"));
+  Set(kMachine, type, "v", Text("x"));
+  const RegistryPicture before = UserPicture();
+  modPlugin::Plugin plugin;
+  plugin.registry = {
+      {.delete_subkey = true, .key = "HKEY_CURRENT_USER\\Qx1\\tree", .value_name = ""},
+      {.key = "HKEY_CURRENT_USER\\Qx2\\key", .value_name = "goes"},
+      {.delete_subkey = true, .key = "HKEY_CLASSES_ROOT\\Qx\\Type", .value_name = ""}};
+  engine.state().BackupFolder = BackupFolder();
+  engine.state().RemovalMode = kBackUp;
+  modPlugin::RunRecords(context, plugin);
+  EXPECT_EQ(engine.state().RunLog, "");
+  EXPECT_FALSE(machine->KeyExists(kUser, "Qx1\\tree") || machine->KeyExists(kMachine, type));
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx2\\key"), std::vector<std::string>{"stays"});
+  ASSERT_EQ(UndoFiles().size(), 1u);
+  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  EXPECT_EQ(UserPicture(), before);
+  EXPECT_EQ(machine->ValueNames(kMachine, type), std::vector<std::string>{"v"});
+  machine->RemoveRegistryTree(kMachine, "Software\\Classes\\Qx");
+}
+
+TEST(RegFile, OnlyWhatTheRegistryEditorTakesIsRead) {
+  const std::string start = "Windows Registry Editor Version 5.00\r\n\r\n";
+  const std::string key = start + "[HKEY_CURRENT_USER\\a]\r\n";
+  const struct {
+    const char* row;
+    std::string text;
+    const char* problem;  // null: it is read
+  } kRows[] = {{"nothing in it", start, nullptr},
+               {"remarks and blanks", key + "; remark\r\n \"a\" = \"b\" ; remark\r\n", nullptr},
+               {"continued", key + "\"a\"=hex(2):61,\\\r\n  00\r\n", nullptr},
+               {"no end of line", key + "@=dword:1", nullptr},
+               {"another format", "REGEDIT4\r\n", "version 5"},
+               {"empty", "", "version 5"},
+               {"unknown root", start + "[HKEY_NONE\\a]\r\n", "line 3"},
+               {"no bracket", start + "[HKEY_CURRENT_USER\\a\r\n", "line 3"},
+               {"deletes a key", start + "[-HKEY_CURRENT_USER\\a]\r\n", "to be deleted"},
+               {"deletes a value", key + "\"a\"=-\r\n", "to be deleted"},
+               {"value first", start + "\"a\"=\"b\"\r\n", "before the first key"},
+               {"no data", key + "\"a\"\r\n", "line 4"},
+               {"open text", key + "\"a\"=\"b\r\n", "no end"},
+               {"no number", key + "\"a\"=dword:x\r\n", "number"},
+               {"large number", key + "\"a\"=dword:123456789\r\n", "number"},
+               {"large byte", key + "\"a\"=hex:123\r\n", "byte"},
+               {"more behind", key + "\"a\"=\"b\" c\r\n", "follows"},
+               {"no type", key + "\"a\"=hex(:00\r\n", "number"}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.row);
+    try {
+      ParseRegFile("\xFF\xFE" + ToUtf16Bytes(row.text));
+      EXPECT_EQ(row.problem, nullptr);
+    } catch (const Error& error) {
+      ASSERT_NE(row.problem, nullptr) << error.what();
+      EXPECT_NE(std::string(error.what()).find(row.problem), std::string::npos) << error.what();
+    }
+  }
+  EXPECT_THROW(ParseRegFile(key), Error) << "not UTF-16";
+}
+
+}  // namespace
+}  // namespace quellix

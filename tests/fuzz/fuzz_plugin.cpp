@@ -1,0 +1,55 @@
+// A recipe: whatever stands in it, it is read, checked and found its places without a fault, what
+// was read is written and read back the same, and nothing precious is let through.
+#include <cstdint>
+#include <cstdlib>
+
+#include "platform/profile_strings.h"
+#include "platform/text.h"
+#include "plugins/ini_outline.h"
+#include "plugins/plugin_check.h"
+#include "plugins/plugin_file.h"
+#include "plugins/plugin_places.h"
+#include "support/volume_seed.h"
+
+using namespace quellix;
+
+namespace {
+
+void Check(bool is_so) {
+  if (!is_so) std::abort();
+}
+
+void CheckPlaces(const Machine& machine, const modPlugin::Plugin& plugin) {
+  const std::string windows = machine.system.WindowsFolder() + "\\";
+  for (const modPlugin::FileEntry& entry : plugin.files) {
+    for (const std::string& folder : modPlugin::FindFolders(machine, entry).folders) {
+      Check(folder.find('\\') != std::string::npos && folder.find("..") != 0);
+      Check(!EqualsNoCase(windows.substr(0, folder.size() + 1), folder + "\\"));
+    }
+  }
+  for (const modPlugin::RegistryEntry& entry : plugin.registry) {
+    const modPlugin::KeyPlace place = modPlugin::FindKey(entry);
+    Check(place.root.has_value() == place.refusal.empty());
+    if (place.root) Check(place.subkey.find('\\') != std::string::npos);
+  }
+  for (const modPlugin::IniEntry& entry : plugin.ini) {
+    const modPlugin::IniPlace place = modPlugin::FindIni(machine.system, entry);
+    Check(place.path.empty() != place.refusal.empty());
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static const auto volume = VolumeTestMachine::CreateVolume();
+  const Machine machine = volume->machine();
+  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  const std::string text = DecodeText(bytes, machine.system);
+  const modPlugin::Plugin plugin = modPlugin::ParsePlugin(text);
+  const std::string written = modPlugin::FormatPlugin(plugin);
+  Check(modPlugin::FormatPlugin(modPlugin::ParsePlugin(written)) == written);
+  modPlugin::CheckPlugin(machine, bytes);
+  modPlugin::OutlineIni(text);
+  CheckPlaces(machine, plugin);
+  return 0;
+}
