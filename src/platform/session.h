@@ -1,11 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
-#include <utility>
-
-#include "platform/error.h"
 
 namespace quellix {
 
@@ -26,21 +22,6 @@ class Session {
   // Ends the session, with the flags and the reason of ExitWindowsEx. Returns before it has ended.
   // Throws Error.
   virtual void Exit(uint32_t flags, uint32_t reason) = 0;
-};
-
-// Where there is none: every call throws NotAvailable with the sentence given.
-class NoSession : public Session {
- public:
-  explicit NoSession(std::string why) : why_(std::move(why)) {}
-
-  bool ClaimInstance(std::string_view) override { Refuse(); }
-  void EnablePrivilege(std::string_view) override { Refuse(); }
-  void Exit(uint32_t, uint32_t) override { Refuse(); }
-
- private:
-  [[noreturn]] void Refuse() const { throw NotAvailable(why_); }
-
-  std::string why_;
 };
 
 }  // namespace quellix

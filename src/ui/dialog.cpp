@@ -66,7 +66,12 @@ HBRUSH Dialog::Paper(HDC target) {
 }
 
 void Dialog::SetText(int id, std::string_view utf8) const {
-  SetDlgItemTextW(window_, id, Wide(utf8).c_str());
+  SetWindowTextW(Control(id), Wide(utf8).c_str());
+}
+
+HWND Dialog::Control(int id) const {
+  const HWND known = window_ ? layout_.Control(id) : nullptr;
+  return known ? known : GetDlgItem(window_, id);
 }
 
 INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {

@@ -56,7 +56,7 @@ class Dialog {
   // read.
   static HBRUSH Paper(HDC target);
 
-  HWND Control(int id) const { return GetDlgItem(window_, id); }
+  HWND Control(int id) const;
   void SetText(int id, std::string_view utf8) const;
   int dpi() const { return dpi_; }
   // For a window inside another, whose fonts and place come from that one.

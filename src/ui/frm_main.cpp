@@ -104,6 +104,7 @@ void FrmMain::OnInit() {
   AddAnchors();
   FillBoxes();
   RefreshBoxes();
+  SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
   windows_.on_options = [this] { FollowSettings(); };
   FollowSettings();
   display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
@@ -122,7 +123,6 @@ void FrmMain::AddAnchors() {
 }
 
 void FrmMain::FillBoxes() {
-  tool_tips_.Attach(window());
   for (const GroupPlace& place : kGroups) MakeGroupHeading(Control(place.heading));
   for (const Item& item : AllItems()) SetText(BoxOf(item), item.Label());
 }
@@ -157,6 +157,13 @@ void FrmMain::FollowSettings() {
   }
 }
 
+// What nobody misses until the window has been painted: timers come last.
+void FrmMain::Settle() {
+  KillTimer(window(), tmrSettle);
+  tool_tips_.Attach(window());
+  EnableBoxes();
+}
+
 // Whether the user could press Clean: no run is in progress, and neither a window before this one
 // nor a menu is open.
 bool FrmMain::CanClean() const {
@@ -168,6 +175,7 @@ bool FrmMain::CanClean() const {
 
 // Of a run that begins by itself while no window is shown, nobody is told anything.
 void FrmMain::OnTimer(UINT_PTR id) {
+  if (id == tmrSettle) return Settle();
   if (id != tmrClean) return;
   engine_.auto_clean().Tick([this] { return CanClean(); },
                             [this] {
@@ -179,8 +187,8 @@ void FrmMain::OnTimer(UINT_PTR id) {
 
 void FrmMain::RefreshBoxes() {
   for (const Item& item : AllItems()) {
-    CheckDlgButton(window(), BoxOf(item),
-                   engine_.selection().IsChecked(item) ? BST_CHECKED : BST_UNCHECKED);
+    const WPARAM state = engine_.selection().IsChecked(item) ? BST_CHECKED : BST_UNCHECKED;
+    SendMessageW(Control(BoxOf(item)), BM_SETCHECK, state, 0);
   }
 }
 

@@ -59,6 +59,7 @@ class FrmMain : public Dialog {
   bool TurnOff(int id);
   bool CanClean() const;
   void FollowSettings();
+  void Settle();
   void GoToTray();
   void ComeForward() const;
   void ShowTrayMenu(POINT screen);

@@ -12,6 +12,24 @@ int ToPixels(double units, int dpi) {
   return static_cast<int>(std::lround(units * dpi / kDesignDpi));
 }
 
+struct Children {
+  HWND parent;
+  std::vector<HWND> found;
+};
+
+BOOL CALLBACK AddChild(HWND window, LPARAM parameter) {
+  Children& children = *reinterpret_cast<Children*>(parameter);
+  if (GetParent(window) == children.parent) children.found.push_back(window);
+  return TRUE;
+}
+
+// All at once: asking for one after the other takes its time when a window opens.
+std::vector<HWND> ChildrenOf(HWND parent) {
+  Children children{parent, {}};
+  EnumChildWindows(parent, AddChild, reinterpret_cast<LPARAM>(&children));
+  return children.found;
+}
+
 }  // namespace
 
 RECT PlaceInParent(HWND control) {
@@ -29,9 +47,10 @@ void Layout::Start(HWND dialog, int dpi) {
   width_ = client.right * to_units;
   height_ = client.bottom * to_units;
   places_.clear();
-  for (HWND child = GetWindow(dialog, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+  for (const HWND child : ChildrenOf(dialog)) {
     const RECT place = PlaceInParent(child);
     places_.push_back({child,
+                       GetDlgCtrlID(child),
                        {},
                        place.left * to_units,
                        place.top * to_units,
@@ -42,10 +61,14 @@ void Layout::Start(HWND dialog, int dpi) {
 
 void Layout::Add(std::span<const Anchor> anchors) {
   for (const Anchor& anchor : anchors) {
-    const HWND control = GetDlgItem(dialog_, anchor.control);
-    const auto place = std::ranges::find(places_, control, &Place::control);
+    const auto place = std::ranges::find(places_, anchor.control, &Place::id);
     if (place != places_.end()) place->anchor = anchor;
   }
+}
+
+HWND Layout::Control(int id) const {
+  const auto place = std::ranges::find(places_, id, &Place::id);
+  return place == places_.end() ? nullptr : place->control;
 }
 
 void Layout::Apply(int dpi) const {

@@ -23,12 +23,15 @@ class Layout {
   void Add(std::span<const Anchor> anchors);
   // Moves every control to its place in the present window, all in one go.
   void Apply(int dpi) const;
+  // A control of the dialog, found without asking Windows; null for one that was made later.
+  HWND Control(int id) const;
   // The smallest size of the whole window, in pixels.
   SIZE MinimumSize(int dpi) const;
 
  private:
   struct Place {
     HWND control;
+    int id;
     Anchor anchor;
     double left, top, right, bottom;  // 96-DPI units in the smallest window
   };

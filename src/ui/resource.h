@@ -163,6 +163,7 @@
 #define cmdStop 1114
 #define cmdNextTip 1115
 #define tmrClean 1116
+#define tmrSettle 1117
 
 // The log window
 #define txtLog 1201

@@ -27,6 +27,7 @@ void ToolTips::Attach(HWND window) {
 }
 
 void ToolTips::Set(HWND control, std::wstring text) {
+  if (!tips_) return;
   const auto known = std::ranges::find(controls_, control);
   TOOLINFOW tool = Tool(window_, static_cast<size_t>(known - controls_.begin()), control);
   tool.lpszText = text.data();

@@ -12,7 +12,8 @@ namespace quellix {
 class ToolTips {
  public:
   void Attach(HWND window);
-  // The tip of a control, in place of the one it may have; "" for none.
+  // Nothing happens before Attach. The tip of a control, in place of the one it may have; "" for
+  // none.
   void Set(HWND control, std::wstring text);
   // Follows the controls to where they stand now.
   void Move() const;

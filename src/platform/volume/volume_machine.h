@@ -6,6 +6,7 @@
 
 #include "platform/machine.h"
 #include "platform/volume/volume_registry.h"
+#include "platform/volume/volume_session.h"
 #include "platform/volume/volume_shell.h"
 #include "platform/volume/volume_system.h"
 #include "platform/volume/volume_url_cache.h"
@@ -39,7 +40,7 @@ class VolumeMachine {
   std::optional<VolumeSystem> system_;
   std::optional<VolumeShell> shell_;
   VolumeUrlCache url_cache_;
-  NoSession session_{"Nobody is logged on to the Windows of a volume."};
+  VolumeSession session_;
   std::optional<IniFiles> profile_;
 };
 

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/error.h"
+#include "platform/session.h"
+
+namespace quellix {
+
+// Nobody is logged on to a volume.
+class VolumeSession : public Session {
+ public:
+  bool ClaimInstance(std::string_view) override { Refuse(); }
+  void EnablePrivilege(std::string_view) override { Refuse(); }
+  void Exit(uint32_t, uint32_t) override { Refuse(); }
+
+ private:
+  [[noreturn]] static void Refuse() {
+    throw NotAvailable("Nobody is logged on to the Windows of a volume.");
+  }
+};
+
+}  // namespace quellix
