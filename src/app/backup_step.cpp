@@ -50,17 +50,34 @@ void BackupBatch::Add(std::string_view path, uint64_t bytes) {
     context_.backup.MakeBackupArchiveName(state.BackupFolder, letter + "_");
     state.BackupDrive = letter;
   }
+  const FileInfo seen = LookIfStrict(path);
   const bool archived = context_.backup.BackupFile(path);
-  files_.push_back({path, bytes, archived, archived ? "" : std::string(context_.backup.Problem())});
+  files_.push_back(
+      {path, bytes, archived, archived ? "" : std::string(context_.backup.Problem()), seen});
   bytes_ += bytes;
+}
+
+FileInfo BackupBatch::LookIfStrict(std::string_view path) const {
+  if (!context_.state.Backup.strict) return {};
+  return context_.machine.files.Look(path, Detail::kSize).value_or(FileInfo{});
+}
+
+// Why a file does not count as archived, "" when it does.
+const std::string& BackupBatch::ProblemOf(File& file, bool on_disk) const {
+  if (!file.archived) return file.problem;
+  if (!on_disk) return file.problem = context_.backup.Problem();
+  const FileInfo now = LookIfStrict(file.path);
+  if (now.size != file.seen.size || now.last_write != file.seen.last_write) {
+    file.problem = "it changed after it was archived";
+  }
+  return file.problem;
 }
 
 void BackupBatch::Remove(const Removal& remove) {
   RunState& state = context_.state;
   const bool on_disk = context_.backup.Flush();
   for (File& file : files_) {
-    if (file.archived && !on_disk) file.problem = context_.backup.Problem();
-    if (file.archived && on_disk) {
+    if (ProblemOf(file, on_disk).empty()) {
       ++state.FilesBackedUp;
     } else if (state.Backup.strict) {
       state.SomeFilesLocked = true;

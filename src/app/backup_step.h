@@ -31,7 +31,7 @@ class BackupBatch {
 
   // Brings the archive onto the disk and empties the batch. Calls remove(path, bytes) for each file
   // that may go; counts those that were archived; the others, where they may not go, are said in
-  // the log and count as not removed.
+  // the log and count as not removed. In strict mode a file may not go that changed meanwhile.
   using Removal = std::function<void(std::string_view path, uint64_t bytes)>;
   void Remove(const Removal& remove);
 
@@ -41,7 +41,11 @@ class BackupBatch {
     uint64_t bytes;
     bool archived;
     std::string problem;
+    FileInfo seen;  // before it was archived; in strict mode alone
   };
+
+  FileInfo LookIfStrict(std::string_view path) const;
+  const std::string& ProblemOf(File& file, bool on_disk) const;
 
   CleaningContext& context_;
   std::vector<File> files_;

@@ -6,6 +6,10 @@
 
 namespace quellix {
 
+// A stored name in UTF-8. Older programs write names in code page 437, as the format's first
+// edition has it, and do not say so.
+std::string EntryName(std::string_view stored);
+
 // The path of an entry below the folder it is restored to, with "\" between its parts.
 std::string EntryPath(std::string_view stored_name);
 

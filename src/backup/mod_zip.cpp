@@ -91,9 +91,11 @@ bool ModZip::Flush() {
 }
 
 bool ModZip::Close() {
-  const std::unique_ptr<ZipWriter> writer = std::move(writer_);
+  std::unique_ptr<ZipWriter> writer = std::move(writer_);
   if (!writer) return true;
   if (writer->count() != 0) return Try([&] { writer->Finish(); });
+  writer.reset();
+  RemoveArchive();  // nothing got into it
   return true;
 }
 
@@ -102,12 +104,16 @@ void ModZip::DeleteBackupArchive() {
   if (options_.keep_on_abort) {
     Close();
   } else if (was_there_) {
-    writer_->TakeBack();
+    Try([&] { writer_->TakeBack(); });
     Close();
   } else {
     writer_.reset();
-    Try([&] { files_.RemoveFile(archive_); });
+    RemoveArchive();
   }
+}
+
+void ModZip::RemoveArchive() {
+  Try([&] { files_.RemoveFile(archive_); });
 }
 
 }  // namespace quellix

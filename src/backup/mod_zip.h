@@ -31,6 +31,7 @@ class ModZip : public BackupArchive {
 
  private:
   void OpenArchive();
+  void RemoveArchive();
   bool Try(const std::function<void()>& step);
 
   FileSystem& files_;

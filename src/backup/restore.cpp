@@ -46,12 +46,29 @@ class Restorer::NewFile {
   RandomFile& file() { return *file_; }
   void Place(const std::string& target) {
     file_.reset();
-    if (files_.Look(target)) files_.RemoveFile(target);
-    files_.Rename(path_, target);
+    if (files_.Look(target)) {
+      Exchange(target);
+    } else {
+      files_.Rename(path_, target);
+    }
     path_.clear();
   }
 
  private:
+  // What is there goes only when its successor has its name.
+  void Exchange(const std::string& target) {
+    const std::string aside = std::string(FolderPart(target)) + "~quellix-replaced.tmp";
+    if (files_.Look(aside)) files_.RemoveFile(aside);
+    files_.Rename(target, aside);
+    try {
+      files_.Rename(path_, target);
+    } catch (const Error&) {
+      files_.Rename(aside, target);
+      throw;
+    }
+    files_.RemoveFile(aside);
+  }
+
   FileSystem& files_;
   std::string path_;
   std::unique_ptr<RandomFile> file_;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "backup/entry_data.h"
+#include "backup/entry_path.h"
 #include "platform/error.h"
 
 namespace quellix {
@@ -82,6 +83,7 @@ std::optional<ZipEntry> ZipReader::Current() {
     return std::nullopt;
   }
   entry.flags = static_cast<uint16_t>(info.flag);
+  if ((entry.flags & kUtf8Name) == 0) entry.name = EntryName(entry.name);
   entry.method = static_cast<uint16_t>(info.compression_method);
   entry.dos_time = static_cast<uint32_t>(info.dosDate);
   entry.crc = static_cast<uint32_t>(info.crc);

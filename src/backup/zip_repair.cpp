@@ -133,8 +133,9 @@ class Scan {
 }  // namespace
 
 std::string Repair::Note() const {
-  std::string note =
-      "The archive was incomplete and has been repaired: " + std::to_string(kept) + " file(s) kept";
+  std::string note = stored ? "The archive was incomplete and has been repaired: "
+                            : "The archive is incomplete and cannot be repaired where it is: ";
+  note += std::to_string(kept) + " file(s) kept";
   if (damaged != 0) note += ", " + std::to_string(damaged) + " damaged";
   if (cut_off != 0) note += ", " + std::to_string(cut_off) + " bytes cut off";
   return note + ".";
@@ -166,6 +167,7 @@ std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
     if (error.kind() != Error::Kind::kFull && error.kind() != Error::Kind::kDenied) throw;
     stream = open();
     repair = Scan(*stream).Run(true);
+    repair->stored = false;
   }
   auto reader = ZipReader::Open(std::move(stream));
   if (!reader) throw Error(Error::Kind::kOther, "The archive could not be repaired.");

@@ -12,6 +12,7 @@ struct Repair {
   uint64_t kept = 0;     // entries that are whole
   uint64_t damaged = 0;  // entries in between that are not; they are left out
   uint64_t cut_off = 0;  // bytes behind the last whole entry
+  bool stored = true;    // false where the archive could not be written: for this reader only
   // For the user, without a full stop's worth of detail: "3 files kept, …".
   std::string Note() const;
 };

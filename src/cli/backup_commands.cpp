@@ -1,16 +1,18 @@
 #include "cli/backup_commands.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
 
 #include "backup/backups.h"
+#include "cli/console_view.h"
 #include "platform/error.h"
 #include "platform/text.h"
 
 namespace quellix {
 namespace {
+
+constexpr int kDateWidth = 24;
 
 class ConsolePrompts : public NoPrompts {
  public:
@@ -33,13 +35,6 @@ class ConsolePrompts : public NoPrompts {
     }
   }
 };
-
-std::string Digits(const LocalTime& time) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", time.year, time.month, time.day,
-                time.hour, time.minute, time.second);
-  return text;
-}
 
 OverwriteMode ModeOf(const Machine& machine, const std::string& word) {
   return ParseOverwriteMode(word).value_or(StoredOverwriteMode(machine));
@@ -100,9 +95,11 @@ int BackupCommands::Run(const ConsolePlatform& platform) {
 
 int BackupCommands::ListArchives(const Machine& machine) const {
   int result = kDone;
+  const Locale locale = machine.system.UserLocale();
   for (const BackupInfo& info : Backups(machine).List()) {
     std::cout << std::left << std::setw(24) << info.name << std::setw(4) << info.root.substr(0, 2)
-              << Digits(info.date) << std::right << std::setw(9) << info.entries
+              << std::setw(kDateWidth) << FormatDateTime(info.date, locale) << std::right
+              << std::setw(9) << info.entries
               << (info.kind == BackupKind::kRegistry ? " key(s) " : " file(s)") << std::setw(14)
               << info.size << " bytes\n";
     SayRepairOf(info);
@@ -117,9 +114,15 @@ int BackupCommands::ListArchives(const Machine& machine) const {
 int BackupCommands::ListEntries(const Machine& machine) const {
   Backups backups(machine);
   SayRepairOf(backups.Check(archive_));
+  const Locale locale = machine.system.UserLocale();
   for (const BackupEntry& entry : backups.ListEntries(archive_)) {
+    const std::string date =
+        entry.last_write == 0
+            ? ""
+            : FormatDateTime(machine.system.ToLocalTime(entry.last_write), locale);
     std::cout << AttributeLetters(entry.attributes, "-") << std::right << std::setw(14)
-              << entry.size << "  " << entry.path << "\n";
+              << entry.size << "  " << std::left << std::setw(kDateWidth) << date << entry.path
+              << "\n";
     if (!entry.refusal.empty()) std::cerr << entry.refusal << std::endl;
   }
   std::cout << std::flush;
@@ -130,11 +133,18 @@ int BackupCommands::Restore(const Machine& machine) const {
   Backups backups(machine);
   SayRepairOf(backups.Check(archive_));
   ConsolePrompts prompts;
+  ConsoleView view;
+  bool stopped = false;
+  view.OnStop([&stopped] { stopped = true; });
+  const auto pause = [&](const RestoreProgress&) {
+    view.Yield();
+    return stopped;
+  };
   const RestoreResult result =
-      backups.Restore(archive_, {entries_, to_, ModeOf(machine, overwrite_)}, prompts, nullptr);
+      backups.Restore(archive_, {entries_, to_, ModeOf(machine, overwrite_)}, prompts, pause);
   for (const std::string& problem : result.problems) std::cerr << problem << "\n";
   std::cout << result.restored << " file(s) restored, " << result.skipped << " left as they were"
-            << std::endl;
+            << (result.cancelled ? "; stopped at your wish" : "") << std::endl;
   if (result.cancelled) return kFailed;
   return result.problems.empty() ? kDone : kSomeFilesStayed;
 }

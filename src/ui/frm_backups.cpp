@@ -6,6 +6,7 @@
 #include "platform/text.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
+#include "ui/run_display.h"
 
 namespace quellix {
 namespace {
@@ -26,7 +27,7 @@ constexpr Anchor kAnchors[] = {
     {lblOverwrite, 0, 1, 0, 1},   {cboOverwrite, 0, 1, 0, 1},   {lblOutcome, 0, 1, 0, 1},
     {txtOutcome, 0, 1, 1, 1},     {cmdView, 0, 1, 0, 1},        {cmdRestoreSelected, 0, 1, 0, 1},
     {cmdRestoreAll, 0, 1, 0, 1},  {cmdRestoreInto, 0, 1, 0, 1}, {cmdDeleteArchive, 0, 1, 0, 1},
-    {IDCANCEL, 1, 1, 1, 1},
+    {IDCANCEL, 1, 1, 1, 1},       {pgRestore, 0, 1, 1, 1},      {cmdStopRestore, 1, 1, 1, 1},
 };
 
 struct ModeText {
@@ -37,6 +38,14 @@ constexpr ModeText kModeTexts[] = {{OverwriteMode::kAsk, L"Ask"},
                                    {OverwriteMode::kAlways, L"Replace it always"},
                                    {OverwriteMode::kNewer, L"Replace it when older"},
                                    {OverwriteMode::kNever, L"Leave it always"}};
+
+constexpr ULONGLONG kMillisecondsPerPump = 15, kMillisecondsPerFrame = 100;
+constexpr int kBarSteps = 1000;
+
+// What can be used while nothing is being restored, whatever is chosen.
+constexpr int kIdleControls[] = {lstvArchives,   lstvEntries,        cboOverwrite,
+                                 cmdView,        cmdRestoreSelected, cmdRestoreAll,
+                                 cmdRestoreInto, cmdDeleteArchive};
 
 // An edit control wants both characters at a line's end.
 std::string WithCarriageReturns(const std::string& lines) {
@@ -122,7 +131,10 @@ void FrmBackups::EnableCommands() {
 }
 
 void FrmBackups::OnCommand(int id, int code) {
-  if (working_) return;
+  if (working_) {
+    stopping_ |= id == cmdStopRestore || id == IDCANCEL;
+    return;
+  }
   switch (id) {
     case cboOverwrite:
       if (code == CBN_SELCHANGE) ChangeMode();
@@ -217,16 +229,54 @@ void FrmBackups::Restore(int command) {
   if (command == cmdRestoreInto && !(folder = prompts_.AskFolder("Restore into this folder:"))) {
     return;
   }
+  const auto pause = [this](const RestoreProgress& progress) { return ShowProgress(progress); };
+  BeginWork();
+  if (command == cmdRestoreAll) browser_->RestoreAll(prompts_, pause);
+  if (command == cmdRestoreSelected) browser_->RestoreSelected(rows, prompts_, pause);
+  if (command == cmdRestoreInto) browser_->RestoreInto(rows, *folder, prompts_, pause);
+  EndWork();
+}
+
+// Nothing can be chosen meanwhile but Stop; Esc and closing the window mean it too.
+void FrmBackups::BeginWork() {
   working_ = true;
-  SetText(txtOutcome, "Restoring...");
-  UpdateWindow(window());
-  const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-  if (command == cmdRestoreAll) browser_->RestoreAll(prompts_);
-  if (command == cmdRestoreSelected) browser_->RestoreSelected(rows, prompts_);
-  if (command == cmdRestoreInto) browser_->RestoreInto(rows, *folder, prompts_);
-  SetCursor(arrow);
+  stopping_ = false;
+  shown_at_ = 0;
+  SendDlgItemMessageW(window(), pgRestore, PBM_SETRANGE32, 0, kBarSteps);
+  SendDlgItemMessageW(window(), pgRestore, PBM_SETPOS, 0, 0);
+  ShowWindow(Control(pgRestore), SW_SHOWNA);
+  focus_ = GetFocus();
+  EnableWindow(Control(cmdStopRestore), TRUE);
+  SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(cmdStopRestore)), TRUE);
+  for (const int id : kIdleControls) EnableWindow(Control(id), FALSE);
+}
+
+void FrmBackups::EndWork() {
   working_ = false;
+  if (!window()) return browser_.reset();  // it was destroyed meanwhile
+  ShowWindow(Control(pgRestore), SW_HIDE);
+  for (const int id : kIdleControls) EnableWindow(Control(id), TRUE);
+  EnableCommands();
+  const HWND focus = IsWindowEnabled(focus_) ? focus_ : Control(lstvArchives);
+  SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(focus), TRUE);
+  EnableWindow(Control(cmdStopRestore), FALSE);
   ShowOutcome();
+}
+
+// Called for every file: the tick count costs next to nothing to read.
+bool FrmBackups::ShowProgress(const RestoreProgress& progress) {
+  const ULONGLONG now = GetTickCount64();
+  if (now - shown_at_ >= kMillisecondsPerFrame) {
+    shown_at_ = now;
+    const uint64_t at = progress.done * kBarSteps / std::max<uint64_t>(progress.total, 1);
+    SendDlgItemMessageW(window(), pgRestore, PBM_SETPOS, static_cast<WPARAM>(at), 0);
+    SetText(txtOutcome, "Restoring " + std::string(progress.path));
+  }
+  if (now - pumped_at_ >= kMillisecondsPerPump) {
+    pumped_at_ = now;
+    RunDisplay::PumpMessages();
+  }
+  return stopping_ || !window();
 }
 
 void FrmBackups::DeleteArchive() {
@@ -241,6 +291,7 @@ void FrmBackups::DeleteArchive() {
 }
 
 void FrmBackups::OnClose() {
+  stopping_ = true;
   if (!working_) OwnedWindow::OnClose();
 }
 

@@ -43,6 +43,9 @@ class FrmBackups : public OwnedWindow {
   void ChangeMode();
   void View();
   void Restore(int command);
+  void BeginWork();
+  void EndWork();
+  bool ShowProgress(const RestoreProgress& progress);
   void DeleteArchive();
 
   Machine machine_;
@@ -51,6 +54,9 @@ class FrmBackups : public OwnedWindow {
   WindowPrompts prompts_;
   bool filling_ = false;  // the lists change by themselves, not by the user
   bool working_ = false;
+  bool stopping_ = false;
+  HWND focus_ = nullptr;                    // where it was before
+  ULONGLONG pumped_at_ = 0, shown_at_ = 0;  // milliseconds, of the tick count
 };
 
 }  // namespace quellix

@@ -107,8 +107,8 @@ void FrmMain::OnInit() {
   SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
   windows_.on_options = [this] { FollowSettings(); };
   FollowSettings();
-  display_.Attach(
-      window(), [this](const Item* item) { PlaceCurrentItem(item); }, machine_);
+  display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
+  display_.ReviewFinds(machine_);
   display_.Flush();
 }
 

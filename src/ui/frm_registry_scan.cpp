@@ -29,17 +29,17 @@ constexpr Anchor kAnchors[] = {
 FrmRegistryScan::Parts FrmRegistryScan::PartsOf(ScanTool tool) {
   switch (tool) {
     case ScanTool::kSharedDlls:
-      return {frmOrphanedDLL, lstvOrphanedDLL, "shared-dlls", {110, 460}, 1};
+      return {frmOrphanedDLL, lstvOrphanedDLL, {110, 460}, 1};
     case ScanTool::kFileReferences:
-      return {frmInvalidFile, lstvInvalid, "file-references", {280, 120, 200}, 2};
+      return {frmInvalidFile, lstvInvalid, {280, 120, 200}, 2};
     case ScanTool::kAppPaths:
-      return {frmInvalidAppPath, lstvInvalid, "app-paths", {180, 400}, 1};
+      return {frmInvalidAppPath, lstvInvalid, {180, 400}, 1};
     case ScanTool::kHelpFiles:
-      return {frmInvalidHelp, lstvInvalid, "help-files", {180, 400}, 1};
+      return {frmInvalidHelp, lstvInvalid, {180, 400}, 1};
     case ScanTool::kComponents:
       break;
   }
-  return {frmInvalidActivex, lstvInvalid, "components", {210, 80, 150, 150}, 2};
+  return {frmInvalidActivex, lstvInvalid, {210, 80, 150, 150}, 2};
 }
 
 void FrmRegistryScan::Show(ScanTool tool, HWND owner) {

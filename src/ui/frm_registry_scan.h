@@ -27,7 +27,6 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
   void OnSized() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;
-  const char* HelpTopic() const override { return parts_.topic; }
   LRESULT OnNotify(NMHDR& header) override;
   void OnContextMenu(HWND control, POINT screen) override;
   void OnTimer(UINT_PTR id) override;
@@ -38,7 +37,6 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
   // Of a tool's window.
   struct Parts {
     int window, list;
-    const char* topic;        // of the manual
     std::vector<int> widths;  // of the columns, 96-DPI units
     size_t widest;            // the column that takes the room the others leave
   };

@@ -188,6 +188,8 @@
 #define cmdRestoreAll 1311
 #define cmdRestoreInto 1312
 #define cmdDeleteArchive 1313
+#define pgRestore 1314
+#define cmdStopRestore 1315
 
 // The question whether a file may be replaced
 #define txtTarget 1401

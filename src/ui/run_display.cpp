@@ -21,10 +21,13 @@ bool IsRepeatedPress(const MSG& message) {
 
 }  // namespace
 
-void RunDisplay::Attach(HWND window, ShowItem show_item, const Machine& machine) {
+void RunDisplay::Attach(HWND window, ShowItem show_item) {
   window_ = window;
   show_item_ = std::move(show_item);
-  results_.emplace(machine);
+}
+
+void RunDisplay::ReviewFinds(const Machine& machine) {
+  results_ = std::make_unique<FrmDeletetion>(machine);
 }
 
 HWND RunDisplay::Front() const {
@@ -32,6 +35,7 @@ HWND RunDisplay::Front() const {
 }
 
 bool RunDisplay::OpenResults(SearchResults& results) {
+  if (!results_) return false;
   Flush();
   results_->Show(window_, results);
   return true;

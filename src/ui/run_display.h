@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -16,9 +17,10 @@ class RunDisplay : public RunView {
  public:
   using ShowItem = std::function<void(const Item*)>;
 
-  // The window to show in, what moves its picture of the current item, and what the windows before
-  // it ask.
-  void Attach(HWND window, ShowItem show_item, const Machine& machine);
+  // The window to show in, and what moves its picture of the current item.
+  void Attach(HWND window, ShowItem show_item);
+  // Lets runs search for junk: its finds are reviewed in a window before the attached one.
+  void ReviewFinds(const Machine& machine);
   // Brings the window up to date.
   void Flush();
   // The report of the last finished run, once.
@@ -48,7 +50,7 @@ class RunDisplay : public RunView {
   HWND Front() const;
 
   HWND window_ = nullptr;
-  std::optional<FrmDeletetion> results_;
+  std::unique_ptr<FrmDeletetion> results_;  // null where no finds are reviewed
   ShowItem show_item_;
   std::string status_, shown_status_;
   std::string last_cleaned_, shown_last_cleaned_;

@@ -1,3 +1,8 @@
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include "cli/console_fixture.h"
 #include "support/hive_file.h"
 #include "support/volume_seed.h"
@@ -103,6 +108,73 @@ TEST_F(VolumeConsoleTest, TheBrowserCacheIsRefusedWithItsReason) {
         RunQuellixctl({"cache", command, "--volume", volume().options().volume});
     EXPECT_EQ(result.exit_code, 1);
     EXPECT_EQ(result.output, "quellixctl: The browser cache belongs to a running Windows.\n");
+  }
+}
+
+// A quellixctl that is asking something, and what it has said.
+class AskingProgram {
+ public:
+  AskingProgram(std::vector<std::string> arguments, std::string output)
+      : output_(std::move(output)) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    arguments.insert(arguments.begin(), QUELLIXCTL);
+    std::vector<char*> list;
+    for (std::string& argument : arguments) list.push_back(argument.data());
+    list.push_back(nullptr);
+    process_ = fork();
+    if (process_ == 0) {
+      const int out = open(output_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+      dup2(ends[0], STDIN_FILENO);
+      dup2(out, STDOUT_FILENO);
+      dup2(out, STDERR_FILENO);
+      execv(QUELLIXCTL, list.data());
+      _exit(127);
+    }
+    close(ends[0]);
+    input_ = ends[1];
+  }
+  std::string Said() const { return ReadNative(output_); }
+  bool AwaitText(std::string_view text) const {
+    for (int tries = 0; tries < 600; ++tries) {
+      if (Said().find(text) != std::string::npos) return true;
+      usleep(50000);
+    }
+    return false;
+  }
+  void Interrupt() const { kill(process_, SIGINT); }
+  // Its exit code after this answer.
+  int Answer(std::string_view line) {
+    EXPECT_EQ(write(input_, line.data(), line.size()), static_cast<ssize_t>(line.size()));
+    close(input_);
+    int status = 0;
+    waitpid(process_, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+ private:
+  std::string output_;
+  pid_t process_ = 0;
+  int input_ = -1;
+};
+
+TEST_F(VolumeConsoleTest, CtrlCEndsARestore) {
+  for (const char* name : {"a.tmp", "b.tmp"}) machine->MakeFile(temp + name, "backup");
+  ASSERT_EQ(CleanTemp({"--method", "backup"}).exit_code, 0);
+  const std::string archive = machine->Tree(ports.program_folder + "\\Backup").at(0);
+  for (const char* name : {"a.tmp", "b.tmp"}) machine->MakeFile(temp + name, "there");
+  std::vector<std::string> arguments = {"backup", "restore", archive};
+  const std::vector<std::string> where = MachineArguments(*machine);
+  arguments.insert(arguments.end(), where.begin(), where.end());
+  AskingProgram program(arguments, volume().options().volume + "/Scratch/said");
+  ASSERT_TRUE(program.AwaitText("is there already.")) << program.Said();
+  program.Interrupt();
+  EXPECT_EQ(program.Answer("a\n"), 1);
+  EXPECT_NE(program.Said().find("0 file(s) restored, 0 left as they were; stopped at your wish"),
+            std::string::npos)
+      << program.Said();
+  for (const char* name : {"a.tmp", "b.tmp"}) {
+    EXPECT_EQ(ports.files.ReadWholeFile(temp + name), "there");
   }
 }
 

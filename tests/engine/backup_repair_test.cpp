@@ -118,5 +118,24 @@ TEST_F(BackupRepairTest, HostileEntriesFailCleanly) {
   }
 }
 
+// Where the archive cannot be written it is read all the same, as far as it goes.
+TEST_F(BackupRepairTest, AReadOnlyArchiveThatIsIncompleteIsRead) {
+  const std::string archive = MakeArchive();
+  const std::string cut = Read(archive).substr(0, Ends(archive)[1] + 3);
+  ports.files.WriteWholeFile(archive, cut);
+  ports.files.SetAttributes(archive, kReadOnly);
+  const BackupInfo info = Describe(NamePart(archive));
+  EXPECT_EQ(info.problem, "");
+  EXPECT_EQ(info.entries, 2u);
+  // Whoever may write whatever the attribute says repairs it.
+  const bool stored = Read(archive) != cut;
+  EXPECT_EQ(info.repaired.find("cannot be repaired where it is") == std::string::npos, stored);
+  ScriptedPrompts prompts;
+  EXPECT_EQ(backups.Restore(NamePart(archive), {}, prompts, nullptr).restored, 2u);
+  EXPECT_EQ(Read(tree + "2"), "deflated deflated deflated deflated");
+  backups.Delete(NamePart(archive));
+  EXPECT_TRUE(backups.List().empty());
+}
+
 }  // namespace
 }  // namespace quellix

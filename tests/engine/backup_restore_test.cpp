@@ -1,5 +1,6 @@
 #include "backup/entry_path.h"
 #include "support/backup_fixture.h"
+#include "support/forwarding_files.h"
 
 namespace quellix {
 namespace {
@@ -29,6 +30,26 @@ TEST(EntryPathTest, PathsThatLeaveTheirFolderAreRefusedByName) {
                            "nul_", "\xE6\x97\xA5/\xD0\x96", "folder/"}) {
     EXPECT_FALSE(RefusalOf(name)) << name;
   }
+}
+
+// As the archives of older programs have them.
+TEST_F(BackupRestoreTest, NamesThatAreNotUtf8AreReadInTheirCodePage) {
+  MakeFolders(ports.files, safe);
+  {
+    ZipWriter writer(ports.files.Open(safe + "C_010120200000.zip", OpenMode::kReadAndCreate), 0);
+    machine->MakeFile(scratch + "source", "bytes");
+    for (const char* name : {"old/M\x81ll \xE1", "new/\xC3\xBC"}) {
+      ZipEntry entry;
+      entry.name = name;
+      entry.flags = 0;
+      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
+    }
+    writer.Finish();
+  }
+  EXPECT_EQ(backups.ListEntries("C_010120200000.zip")[0].path, "old\\M\xC3\xBCll \xC3\x9F");
+  EXPECT_EQ(Restore({}, scratch + "into").restored, 2u);
+  EXPECT_EQ(Read(scratch + "into\\old\\M\xC3\xBCll \xC3\x9F"), "bytes");
+  EXPECT_EQ(Read(scratch + "into\\new\\\xC3\xBC"), "bytes");
 }
 
 TEST_F(BackupRestoreTest, BytesNamesTimesAndAttributesComeBack) {
@@ -198,6 +219,100 @@ TEST_F(BackupRestoreTest, AStopLeavesWhatIsNotRestoredYetAsItWas) {
     EXPECT_EQ(Read(tree + "c"), "there");
     EXPECT_EQ(machine->Tree(tree).size(), 4u);
   }
+}
+
+// Files that tell a time of creation, take one, and may run out of space.
+class CreatedFile : public ForwardingFile {
+ public:
+  struct Log {
+    int64_t tells = 0;            // of a file that is read
+    std::vector<int64_t> taken;   // by those that are written
+    uint64_t space = UINT64_MAX;  // where writing fails
+    int flushes = 0;
+  };
+  CreatedFile(std::unique_ptr<RandomFile> file, Log& log)
+      : ForwardingFile(std::move(file)), log_(log) {}
+  FileTimes Times() override {
+    FileTimes times = ForwardingFile::Times();
+    times.created = log_.tells;
+    return times;
+  }
+  void SetTimes(const FileTimes& times) override {
+    log_.taken.push_back(times.created);
+    ForwardingFile::SetTimes(times);
+  }
+  void Write(uint64_t offset, std::string_view bytes) override {
+    if (offset + bytes.size() > log_.space) throw Error(Error::Kind::kFull, "The disk is full.");
+    ForwardingFile::Write(offset, bytes);
+  }
+  void Flush() override {
+    ++log_.flushes;
+    ForwardingFile::Flush();
+  }
+
+ private:
+  Log& log_;
+};
+
+// A file of the restore that cannot take its name.
+class StuckFiles : public ForwardingFiles {
+ public:
+  explicit StuckFiles(FileSystem& files)
+      : ForwardingFiles(files,
+                        [](std::string_view, std::unique_ptr<RandomFile> file) { return file; }) {}
+  void Rename(std::string_view from, std::string_view to) override {
+    if (from.ends_with("~quellix-restore.tmp")) throw Error(Error::Kind::kInUse, "It is stuck.");
+    ForwardingFiles::Rename(from, to);
+  }
+};
+
+TEST_F(BackupRestoreTest, WhatCannotBeReplacedStays) {
+  machine->MakeFile(tree + "a", "backup");
+  Clean(tree);
+  machine->MakeFile(tree + "a", "there");
+  StuckFiles files(ports.files);
+  const RestoreResult result =
+      Backups(WithFiles(ports, files), safe)
+          .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
+  EXPECT_EQ(result.problems, std::vector<std::string>{"It is stuck."});
+  EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
+  EXPECT_EQ(Read(tree + "a"), "there");
+}
+
+// Not every disk of the tests keeps a time of creation.
+TEST_F(BackupRestoreTest, TheTimeOfCreationTravelsThroughTheArchive) {
+  CreatedFile::Log log;
+  ForwardingFiles files(ports.files, [&](std::string_view path, std::unique_ptr<RandomFile> file) {
+    if (path.starts_with(safe)) return file;
+    return std::unique_ptr<RandomFile>(new CreatedFile(std::move(file), log));
+  });
+  const Machine decorated = WithFiles(ports, files);
+  machine->MakeFile(tree + "a", "backup");
+  log.tells = 130000000000000000;
+  {
+    ModZip zip(decorated, state.Backup);
+    zip.MakeBackupArchiveName(safe, tree.substr(0, 1) + "_");
+    ASSERT_TRUE(zip.BackupFile(tree + "a")) << zip.Problem();
+  }
+  for (const bool whole : {true, false}) {  // from the directory, then from the entry's own header
+    SCOPED_TRACE(whole);
+    const std::string archive = safe + OnlyArchive();
+    if (!whole) ports.files.OpenForWrite(archive)->Resize(Read(archive).size() - 5);
+    log.taken.clear();
+    Backups there(decorated, safe);
+    const RestoreOrder order{{}, "", OverwriteMode::kAlways};
+    EXPECT_EQ(there.Restore(OnlyArchive(), order, prompts, nullptr).restored, 1u);
+    EXPECT_EQ(log.taken, std::vector<int64_t>{log.tells});
+    EXPECT_GT(log.flushes, 0);
+  }
+  log.space = 3;
+  machine->MakeFile(tree + "a", "there");
+  const RestoreResult result =
+      Backups(decorated, safe)
+          .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
+  EXPECT_EQ(result.problems, std::vector<std::string>{"The disk is full."});
+  EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
+  EXPECT_EQ(Read(tree + "a"), "there");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "backup/backup_names.h"
 #include "support/backup_fixture.h"
+#include "support/forwarding_files.h"
 
 namespace quellix {
 namespace {
@@ -84,28 +85,51 @@ TEST_F(BackupTest, AnArchiveOfTheSameNameIsAddedTo) {
 }
 
 TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
-  for (const bool strict : {false, true}) {
-    SCOPED_TRACE(strict);
-    state.Backup.strict = strict;
+  machine->MakeFile(scratch + "no folder", "a file where the backup folder should be");
+  struct Row {
+    const char* what;
+    std::string folder;
+    bool strict;
+  };
+  for (const Row& row : {Row{"a file, by default", scratch + "no folder\\", false},
+                         Row{"a file, strictly", scratch + "no folder\\", true},
+                         Row{"a missing drive, by default", "Q:\\safe\\", false},
+                         Row{"a missing drive, strictly", "Q:\\safe\\", true}}) {
+    SCOPED_TRACE(row.what);
+    state.Backup.strict = row.strict;
     state.SomeFilesLocked = false;
     state.RunLog.clear();
     state.RunFilesDeleted = state.FilesBackedUp = 0;
-    machine->MakeFile(scratch + "no folder", "a file where the backup folder should be");
-    state.BackupFolder = scratch + "no folder\\";
+    state.BackupFolder = row.folder;
     state.BackupDrive.clear();
     machine->MakeFile(tree + "a", "1");
     machine->MakeFile(tree + "b", "1");
     CleanInOrder({"a", "b"});
-    EXPECT_EQ(machine->Tree(tree).size(), strict ? 2u : 0u);
-    EXPECT_EQ(state.RunFilesDeleted, strict ? 0 : 2);
+    EXPECT_EQ(machine->Tree(tree).size(), row.strict ? 2u : 0u);
+    EXPECT_EQ(state.RunFilesDeleted, row.strict ? 0 : 2);
     EXPECT_EQ(state.FilesBackedUp, 0);
-    EXPECT_EQ(state.SomeFilesLocked, strict);
+    EXPECT_EQ(state.SomeFilesLocked, row.strict);
     const std::string said = "Not backed up and therefore not deleted: " + tree + "a (";
-    EXPECT_EQ(state.RunLog.find(said) == 0, strict) << state.RunLog;
-    if (strict) {
+    EXPECT_EQ(state.RunLog.find(said) == 0, row.strict) << state.RunLog;
+    if (row.strict) {
       EXPECT_FALSE(RemoveFile(context, tree + "b"));
     }
+    EXPECT_TRUE(Backups(ports, row.folder).List().empty());
   }
+}
+
+TEST_F(BackupTest, StrictlyAFileThatChangesAfterItWasArchivedStays) {
+  state.Backup.strict = true;
+  for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
+  view.on_status = [this](const std::string& status) {
+    if (status == "Deleting file: " + tree + "b") machine->MakeFile(tree + "a", "newer");
+  };
+  CleanInOrder({"a", "b"});
+  EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
+  EXPECT_EQ(Read(tree + "a"), "newer");
+  EXPECT_NE(state.RunLog.find("a (it changed after it was archived)"), std::string::npos);
+  EXPECT_TRUE(state.SomeFilesLocked);
+  EXPECT_EQ(state.FilesBackedUp, 1);
 }
 
 TEST_F(BackupTest, ALockedFileStaysAndTheOthersGo) {
@@ -205,6 +229,24 @@ TEST_F(BackupTest, FilesThatChangeWhileTheyAreReadAreTakenAsTheyAre) {
                                                    {"shrunk to nothing", ""},
                                                    {"after", "a"}};
   EXPECT_EQ(Content(archive), want);
+}
+
+// Nothing remains of an archive into which nothing got.
+TEST_F(BackupTest, AFileThatCannotBeReadLeavesNoArchive) {
+  machine->MakeFile(tree + "a", "a");
+  ForwardingFiles files(ports.files, [](std::string_view path, std::unique_ptr<RandomFile> file) {
+    if (!path.ends_with("\\a")) return file;
+    ChangingFile failing(5, "never");
+    failing.fails_from = 0;
+    return std::unique_ptr<RandomFile>(new ChangingFile(std::move(failing)));
+  });
+  const Machine decorated = WithFiles(ports, files);
+  ModZip zip(decorated, state.Backup);
+  zip.MakeBackupArchiveName(safe, "C_");
+  EXPECT_FALSE(zip.BackupFile(tree + "a"));
+  EXPECT_EQ(zip.Problem(), "locked from here");
+  EXPECT_TRUE(zip.Close());
+  EXPECT_EQ(Archives(), std::vector<std::string>());
 }
 
 TEST_F(BackupTest, ARunFinishesItsArchiveAndSaysHowManyFilesItHolds) {

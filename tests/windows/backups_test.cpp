@@ -113,6 +113,42 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
   ExpectFiles();
 }
 
+// The window answers while it restores, and Esc ends that before the next file.
+TEST_F(FrmBackupsTest, ARestoreIsStopped) {
+  const std::string large(64 << 20, 'n');
+  for (const char* name : {"1", "2", "3", "4", "5"})
+    WriteBytes(TempFolder() / "large" / name, large);
+  WriteBytes(ProgramFolder() / "Settings.ini",
+             "[General]\r\nDelMethod=B\r\n[Backup]\r\nOverwrite=Always\r\n");
+  const QuellixWindow window;
+  ASSERT_TRUE(Clean(window));
+  const HWND backups = Open(window);
+  ASSERT_TRUE(backups);
+  EXPECT_FALSE(Enabled(backups, cmdStopRestore));
+  Press(backups, cmdRestoreAll);
+  ASSERT_TRUE(Await([&] { return Enabled(backups, cmdStopRestore); }));
+  EXPECT_FALSE(Enabled(backups, lstvArchives) || Enabled(backups, cmdDeleteArchive));
+  EXPECT_TRUE(AwaitOutcome(backups, L"Restoring "));
+  window.PressKey(GetDlgItem(backups, cmdStopRestore), VK_ESCAPE);
+  EXPECT_TRUE(AwaitOutcome(backups, L"; stopped at your wish."));
+  EXPECT_TRUE(IsWindow(backups));
+  EXPECT_FALSE(Enabled(backups, cmdStopRestore));
+  EXPECT_TRUE(Enabled(backups, lstvArchives) && Enabled(backups, cmdRestoreAll));
+  size_t whole = 0;
+  for (const auto& file : std::filesystem::recursive_directory_iterator(TempFolder())) {
+    EXPECT_NE(file.path().filename(), L"~quellix-restore.tmp");
+    whole += file.is_regular_file();
+  }
+  EXPECT_LT(whole, files_.size() + 5);
+  EXPECT_TRUE(
+      TextOf(GetDlgItem(backups, txtOutcome)).starts_with(std::to_wstring(whole) + L" file"));
+  Press(backups, cmdRestoreAll);
+  ASSERT_TRUE(Await([&] { return Enabled(backups, cmdStopRestore); }));
+  PostMessageW(backups, WM_CLOSE, 0, 0);  // means Stop as well
+  EXPECT_TRUE(AwaitOutcome(backups, L"stopped at your wish."));
+  EXPECT_TRUE(IsWindow(backups));
+}
+
 TEST_F(FrmBackupsTest, AnArchiveIsDeletedAfterAQuestion) {
   const QuellixWindow window;
   ASSERT_TRUE(Clean(window));
@@ -151,8 +187,8 @@ TEST_F(FrmBackupsTest, EveryControlHasAKeyOfItsOwnAndATabStop) {
        control = GetWindow(control, GW_HWNDNEXT)) {
     const int id = GetDlgCtrlID(control);
     SCOPED_TRACE(id);
-    const bool label =
-        id == lblArchives || id == lblEntries || id == lblOverwrite || id == lblOutcome;
+    const bool label = id == lblArchives || id == lblEntries || id == lblOverwrite ||
+                       id == lblOutcome || id == pgRestore;
     EXPECT_EQ(reached.contains(control), !label && IsWindowEnabled(control));
     const std::wstring text = TextOf(control);
     const size_t ampersand = text.find(L'&');
@@ -160,7 +196,7 @@ TEST_F(FrmBackupsTest, EveryControlHasAKeyOfItsOwnAndATabStop) {
       EXPECT_TRUE(letters.insert(static_cast<wchar_t>(towlower(text[ampersand + 1]))).second);
     }
   }
-  EXPECT_EQ(letters.size(), 10u);
+  EXPECT_EQ(letters.size(), 11u);
 }
 
 }  // namespace

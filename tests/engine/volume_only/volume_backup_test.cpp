@@ -195,5 +195,39 @@ TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
   EXPECT_EQ(Shell("umount '" + mount + "'"), 0);
 }
 
+TEST_F(VolumeBackupTest, AWriteProtectedDiskIsReadAndTakesNothing) {
+  const std::string mount = Native(scratch + "disk");
+  fs::create_directories(mount);
+  if (geteuid() != 0 || Shell("mount -t tmpfs tmpfs '" + mount + "'") != 0) {
+    GTEST_SKIP() << "no disk can be mounted";
+  }
+  state.BackupFolder = safe = scratch + "disk\\";
+  machine->MakeFile(tree + "a", "backup");
+  machine->MakeFile(tree + "b", "backup");
+  Clean(tree);
+  const std::string archive = OnlyArchive(), path = Native(safe + archive);
+  fs::resize_file(path, fs::file_size(path) - 5);
+  const std::string cut = ReadNative(path);
+  EXPECT_EQ(Shell("mount -o remount,ro '" + mount + "'"), 0);
+
+  Backups there(ports, safe);
+  const BackupInfo info = there.Check(archive);
+  EXPECT_EQ(info.entries, 2u);
+  EXPECT_EQ(info.repaired,
+            "The archive is incomplete and cannot be repaired where it is: 2 file(s) kept, " +
+                std::to_string(cut.size() - cut.find("PK\1\2")) + " bytes cut off.");
+  EXPECT_EQ(there.Restore(archive, {}, prompts, nullptr).restored, 2u);
+  EXPECT_THROW(there.Delete(archive), Error);
+  state.Backup.strict = true;
+  state.BackupDrive.clear();
+  CleanInOrder({"a", "b"});
+  EXPECT_EQ(machine->Tree(tree), (std::vector<std::string>{"a", "b"}));
+  EXPECT_TRUE(state.RunLog.starts_with("Not backed up and therefore not deleted: "))
+      << state.RunLog;
+  EXPECT_EQ(ReadNative(path), cut);
+  ports.files.Look(scratch);  // no file of the disk is held any longer
+  EXPECT_EQ(Shell("umount '" + mount + "'"), 0);
+}
+
 }  // namespace
 }  // namespace quellix
