@@ -10,6 +10,7 @@
 #include "app/removal.h"
 #include "backup_bench.h"
 #include "bench_machine.h"
+#include "search/search_results.h"
 
 namespace quellix {
 namespace {
@@ -31,6 +32,8 @@ void MakeTree(const fs::path& root, int folders) {
   }
 }
 
+constexpr double kNoticed = 0.5;  // seconds
+
 class Bench : BenchMachine {
  public:
   Bench(const fs::path& home, SideBySide& table) : BenchMachine(home, table) {}
@@ -40,6 +43,7 @@ class Bench : BenchMachine {
     Scan();
     PendingMemory();
     JunkSearches();
+    Results();
     Removal();
     Growth();
   }
@@ -109,6 +113,39 @@ class Bench : BenchMachine {
     table_.Compare(
         name, 1.0, 7, [] {}, [this, kind, &sink] { SearchJunk(context_, kind, sink); },
         [&theirs] { RunShell(theirs + " > /dev/null"); });
+  }
+
+  // Rows as a search brings them: 20 to a folder.
+  void Results() {
+    SearchResults results(context_);
+    ResultRow row;
+    for (int i = 0; i < kFolders * kFilesAFolder; ++i) {
+      if (i % 20 == 0)
+        row.path = "C:\\Users\\Someone\\Documents\\Project " + std::to_string(i) + "\\";
+      row.name = "report of week " + std::to_string(i * 7919 % 1'000'003) + ".bak";
+      row.bytes = static_cast<uint64_t>(i) * 7919 % 100'000;
+      row.last_write = int64_t{i} * 7919 % 1'000'003;
+      results.Add(row);
+    }
+    results.EndSearch();
+    const auto rows = static_cast<double>(results.RowCount());
+    table_.Report("bytes a row of 200,000 results / its limit",
+                  static_cast<double>(results.MemoryHeld()) / rows, 400, "B", 1.0);
+    const auto time = [this](const char* name, const SideBySide::Step& step) {
+      table_.Report(name, SideBySide::Seconds(step), kNoticed, "s", 1.0);
+    };
+    time("sort 200,000 rows by name / a noticed pause", [&] { results.Sort(ResultColumn::kName); });
+    time("sort 200,000 rows by path / a noticed pause", [&] { results.Sort(ResultColumn::kPath); });
+    time("sort 200,000 rows by size / a noticed pause",
+         [&] { results.Sort(ResultColumn::kBytes); });
+    time("filter 200,000 rows / a noticed pause", [&] { results.SetFilter("week 9"); });
+    time("draw 50 rows / a noticed pause", [&] {
+      for (size_t i = 0; i < 50; ++i) {
+        for (size_t column = 0; column < kResultColumns; ++column) {
+          results.Text(i, static_cast<ResultColumn>(column));
+        }
+      }
+    });
   }
 
   void Removal() {

@@ -14,8 +14,8 @@ constexpr UINT_PTR kTimer = 1;
 constexpr UINT kMillisecondsPerLook = 100;
 
 constexpr Column kColumns[kResultColumns] = {
-    {L"Name", 170}, {L"Bytes", 90, true}, {L"Date/Time", 150}, {L"Attribute", 70},
-    {L"Path", 280}, {L"File Type", 70},   {L"Category", 120}};
+    {L"Name", 150}, {L"Bytes", 75, true}, {L"Date/Time", 145}, {L"Attribute", 62},
+    {L"Path", 190}, {L"File Type", 62},   {L"Category", 112}};
 constexpr int kIcons[] = {icoCross};
 
 constexpr Anchor kAnchors[] = {
@@ -44,14 +44,13 @@ void FrmDeletetion::OnInit() {
   layout().Add(kAnchors);
   list_.Attach(Control(lstvDeletion), kColumns,
                [this](int row, int column) { return CellText(row, column); });
-  list_.SetCheckBoxes([this](int row) { return results_->IsTicked(static_cast<size_t>(row)); },
+  list_.SetCheckBoxes([this](int row) { return Shows(row) && results_->IsTicked(Index(row)); },
                       [this](int row) {
-                        results_->SetTicked(static_cast<size_t>(row),
-                                            !results_->IsTicked(static_cast<size_t>(row)));
+                        if (Shows(row))
+                          results_->SetTicked(Index(row), !results_->IsTicked(Index(row)));
                       });
-  list_.SetMarks([this](int row) { return results_->HasFailed(static_cast<size_t>(row)); });
-  list_.SetTips(
-      [this](int row) { return Wide(results_->FailureReason(static_cast<size_t>(row))); });
+  list_.SetMarks([this](int row) { return Shows(row) && results_->HasFailed(Index(row)); });
+  list_.SetTips([this](int row) { return Wide(ReasonOf(row)); });
   SetTimer(window(), kTimer, kMillisecondsPerLook, nullptr);
   Refresh();
 }
@@ -63,12 +62,15 @@ void FrmDeletetion::OnResolution() {
   RestoreColumnWidths(settings_, kWidthsKey, list_, dpi());
 }
 
+std::string FrmDeletetion::ReasonOf(int row) const {
+  return Shows(row) ? results_->FailureReason(Index(row)) : std::string();
+}
+
 // A failed row carries a mark beside its colour.
 Cell FrmDeletetion::CellText(int row, int column) const {
-  const auto index = static_cast<size_t>(row);
-  if (index >= results_->RowCount()) return {};
-  Cell cell{Wide(results_->Text(index, ResultColumn(column)))};
-  if (column == 0 && results_->HasFailed(index)) cell.image = 0;
+  if (!Shows(row)) return {};
+  Cell cell{Wide(results_->Text(Index(row), ResultColumn(column)))};
+  if (column == 0 && results_->HasFailed(Index(row))) cell.image = 0;
   return cell;
 }
 
@@ -100,9 +102,7 @@ void FrmDeletetion::ShowText(int id, const std::string& text) {
 std::string FrmDeletetion::StateText() const {
   if (results_->searching()) return "Searching... Abort ends the search and keeps what was found.";
   if (results_->deleting()) return "Deleting...";
-  const int row = list_.FocusedRow();
-  if (row < 0 || static_cast<size_t>(row) >= results_->RowCount()) return {};
-  return results_->FailureReason(static_cast<size_t>(row));
+  return ReasonOf(list_.FocusedRow());
 }
 
 void FrmDeletetion::EnableCommands() {
@@ -255,8 +255,7 @@ void FrmDeletetion::Delete(bool all) {
 
 std::string FrmDeletetion::FocusedPath() const {
   const int row = list_.FocusedRow();
-  if (row < 0 || static_cast<size_t>(row) >= results_->RowCount()) return {};
-  return results_->PathOf(static_cast<size_t>(row));
+  return Shows(row) ? results_->PathOf(Index(row)) : std::string();
 }
 
 void FrmDeletetion::AskShell(void (Shell::*show)(std::string_view)) const {

@@ -43,6 +43,10 @@ class FrmDeletetion : public OwnedWindow {
   void PressKey(WORD key);
   // What the shell shows of the row with the focus.
   void AskShell(void (Shell::*show)(std::string_view)) const;
+  // Whether there is such a row: a list may still ask for one that has just gone.
+  bool Shows(int row) const { return row >= 0 && Index(row) < results_->RowCount(); }
+  static size_t Index(int row) { return static_cast<size_t>(row); }
+  std::string ReasonOf(int row) const;
   // The path of the row with the focus, "" for none.
   std::string FocusedPath() const;
   std::string StateText() const;

@@ -30,6 +30,7 @@ TEST_F(SearchConsoleTest, FindsArePrintedAndRemovedOnlyWhenAsked) {
       << removed.output;
   EXPECT_NE(removed.output.find("\"deleted\": true"), std::string::npos);
   EXPECT_NE(removed.output.find("not deleted: " + scratch + "two.QXJ"), std::string::npos);
+  EXPECT_NE(removed.output.find("Files Deleted: 1 Space Gained: 5 Bytes"), std::string::npos);
   EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>{"two.QXJ"});
 }
 

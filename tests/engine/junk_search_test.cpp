@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/path.h"
+#include "platform/preview/preview_file_system.h"
 #include "search/search_options.h"
 #include "support/run_fixture.h"
 #include "support/shortcut_bytes.h"
@@ -19,6 +20,19 @@ class Names : public ResultSink {
  public:
   void Add(ResultRow row) override { rows.push_back(std::move(row)); }
   std::vector<ResultRow> rows;
+};
+
+// The machine's files, but one folder may not be entered.
+class OneDenied : public PreviewFileSystem {
+ public:
+  OneDenied(FileSystem& files, ChangeLog& log, std::string denied)
+      : PreviewFileSystem(files, log), denied_(std::move(denied)) {}
+  bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override {
+    return folder != denied_ && PreviewFileSystem::Enumerate(folder, detail, visit);
+  }
+
+ private:
+  std::string denied_;
 };
 
 class JunkSearchTest : public RunFixture {
@@ -72,6 +86,8 @@ TEST_F(JunkSearchTest, EmptyFilesPassTheFiltersOfTheOptions) {
     List want;
   };
   const std::string size_ignored = "1 1\r\n0 x x\r\n1 True False False 99\r\n";
+  const std::string many = "1 1\r\n0" + std::string(100'000, ' ') + "x\r\n" +
+                           std::string(1'000'000, '9') + "\r\n" + std::string(30'000, '\n');
   const Row rows_of_options[] = {
       {"attributes off", "1 1\r\n0 1/1/2020 1/1/2020\r\n0 False True False 1\r\n0 0 0\r\n", all},
       {"read-only kept out",
@@ -87,6 +103,7 @@ TEST_F(JunkSearchTest, EmptyFilesPassTheFiltersOfTheOptions) {
       {"dates of another locale", "1 1\r\n1 14. 1. 2020 2020-01-15\r\n", {"first.x"}},
       {"the size has no effect", size_ignored.c_str(), plain},
       {"short file", "", plain},
+      {"very long lines and many", many.c_str(), plain},
       {"unknown fields and garbage", "x\r\n\x01\r\n? ? ?\r\nfoo\r\nz z z z z\r\nmore\r\n", plain},
   };
   for (const Row& row : rows_of_options) {
@@ -105,6 +122,46 @@ TEST_F(JunkSearchTest, EmptyFilesPassTheFiltersOfTheOptions) {
     EXPECT_EQ(Search(JunkKind::kEmptyFiles), std::string(drives).starts_with(" C") ? plain : List())
         << drives;
   }
+}
+
+TEST_F(JunkSearchTest, OnlyTheLowHalfOfASizeMakesAFileEmpty) {
+  const struct {
+    const char* name;
+    uint64_t size;
+    bool is_found;
+  } sizes[] = {{"4 GiB", 4ull << 30, true},
+               {"8 GiB", 8ull << 30, true},
+               {"4 GiB and 1", (4ull << 30) + 1, false},
+               {"2 GiB", 2ull << 30, false}};
+  for (const auto& row : sizes) {
+    SCOPED_TRACE(row.name);
+    ports.files.Open(scratch + "large", OpenMode::kReadAndCreate)->Resize(row.size);
+    EXPECT_EQ(Search(JunkKind::kEmptyFiles), row.is_found ? List{"large"} : List());
+    if (row.is_found) {
+      EXPECT_EQ(rows.at(0).bytes, row.size);
+    }
+    ports.files.RemoveFile(scratch + "large");
+  }
+}
+
+TEST_F(JunkSearchTest, AFolderThatCannotBeEnteredIsPassedOver) {
+  for (const char* name : {"a\\x", "closed\\x", "z\\x"}) Make(name, "");
+  ChangeLog log;
+  OneDenied files(ports.files, log, scratch + "closed\\");
+  CleaningContext denied{{files, ports.registry, ports.shell, ports.url_cache, ports.profile,
+                          ports.system, ports.session, ports.program_folder},
+                         settings,
+                         engine.state(),
+                         view,
+                         mod_zip};
+  Names names;
+  SearchJunk(denied, JunkKind::kEmptyFiles, names);
+  List found;
+  for (const ResultRow& row : names.rows) {
+    if (row.path.starts_with(scratch)) found.push_back(row.path.substr(scratch.size()));
+  }
+  std::ranges::sort(found);
+  EXPECT_EQ(found, (List{"a\\", "z\\"}));
 }
 
 TEST_F(JunkSearchTest, IgnoredFilesExtensionsAndFoldersAreLeftOut) {
@@ -161,7 +218,8 @@ TEST_F(JunkSearchTest, DeadShortcutsByTargetAndWorkingFolder) {
   Make("empty.lnk", "");
   Make("random.lnk", std::string(5000, '\x4C'));
   Make("cut.lnk", ShortcutBytes(gone, folder).substr(0, 90));
-  Make("large.lnk", std::string(3 << 20, '\0'));
+  Make("large.lnk", "");
+  ports.files.Open(scratch + "large.lnk", OpenMode::kReadAndCreate)->Resize(100 << 20);
   Make("items only.lnk", ShortcutBytes("", folder, "\x1F\x50"));
   Make("dead.txt", ShortcutBytes(gone, folder));
   WriteSearch("1 1\r\n1\r\n0\r\n1 1 1\r\n");

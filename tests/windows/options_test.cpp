@@ -138,7 +138,7 @@ TEST_F(FrmOptionsTest, TheSearchPageIsWrittenInItsFiveLines) {
   SendMessageW(date, WM_NULL, 0, 0);
   EXPECT_TRUE(options.PressAndClose(IDOK));
   EXPECT_EQ(ReadFile("srch.txt"),
-            " C: Hard drive\r\n0 2\r\n1 2/4/2001 8/9/2001\r\n1 False False True 2147483647\r\n"
+            " C: Hard drive\r\n0 2\r\n1 3/3/2001 8/9/2001\r\n1 False False True 2147483647\r\n"
             "0 1 2\r\n");
 }
 

@@ -46,22 +46,21 @@ void OptionsWindow::Choose(int id, int row) const {
 
 void OptionsWindow::SelectRow(int id, int row) const {
   const HWND list = Control(id);
-  program_.PressKey(list, VK_END);
-  program_.PressKey(list, VK_HOME);
-  for (int i = 0; i < row; ++i) program_.PressKey(list, VK_DOWN);
-  Await([&] {
-    return SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED) == row;
-  });
+  for (int i = 0; i <= row; ++i) {
+    program_.PressKey(list, i == 0 ? VK_HOME : VK_DOWN);
+    Await([&] {
+      return SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED) == i;
+    });
+  }
 }
 
 bool OptionsWindow::PressAndClose(int id) const {
-  PressIn(window_, id);
+  PostMessageW(Control(id), BM_CLICK, 0, 0);
   return Await([this] { return !IsOpen(); });
 }
 
 bool OptionsWindow::PressAndRead(int id, const std::wstring& part) const {
-  const HWND control = Control(id);
-  PressIn(GetParent(control), id);
+  PostMessageW(Control(id), BM_CLICK, 0, 0);
   const HWND message = program_.AwaitMessage(part);
   if (!message) return false;
   PressIn(message, IDOK);
