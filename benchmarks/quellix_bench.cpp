@@ -11,6 +11,7 @@
 #include "app/removal.h"
 #include "backup_bench.h"
 #include "bench_machine.h"
+#include "registry_bench.h"
 #include "search/search_results.h"
 
 namespace quellix {
@@ -191,7 +192,8 @@ void InFolder(const char* name, const std::function<void(const std::filesystem::
 
 // Both folders are the benchmark's own and are emptied: one for trees of many files, best in
 // memory, where the programs are measured rather than the disk; one on a disk, for what is written
-// to it. With ONE of "trees", "results", "wipe" and "backups" that part alone is measured.
+// to it. With ONE of "trees", "results", "wipe", "backups" and "registry" that part alone is
+// measured.
 int main(int argc, char** argv) {
   if (argc != 3 && argc != 4) {
     std::fprintf(stderr, "usage: quellix_bench TREES DISK [ONE]\n");
@@ -207,7 +209,7 @@ int main(int argc, char** argv) {
     run("results", argv[1], [&](const auto& home) { quellix::Bench(home, table).Results(); });
     run("wipe", argv[2], [&](const auto& home) { quellix::Bench(home, table).Wipe(); });
     run("backups", argv[2], [&](const auto& home) { quellix::MeasureBackups(home, table); });
-    quellix::InFolder(argv[1], [&](const auto& home) { quellix::MeasureRegistry(home, table); });
+    run("registry", argv[1], [&](const auto& home) { quellix::MeasureRegistry(home, table); });
     return table.ExitCode();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quellix_bench: %s\n", error.what());

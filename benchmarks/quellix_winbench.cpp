@@ -90,7 +90,7 @@ double SecondsToWindow(const std::wstring& program) {
   return seconds;
 }
 
-void Removal(SideBySide& table, TestMachine& machine) {
+void MeasureRemoval(SideBySide& table, TestMachine& machine) {
   const Machine ports = machine.machine();
   const std::string folder = machine.Scratch() + "tree\\";
   PumpingView view;
@@ -117,7 +117,7 @@ void Removal(SideBySide& table, TestMachine& machine) {
       [&] { RunToEnd(L"cmd.exe /c del /s /q C:\\QxScratch\\tree > nul"); });
 }
 
-void References(SideBySide& table, TestMachine& machine) {
+void MeasureReferences(SideBySide& table, TestMachine& machine) {
   constexpr int kKeys = 5000;
   const std::string branch = "Software\\Quellix Bench";
   machine.RemoveRegistryTree(RegistryRoot::kCurrentUser, branch);
@@ -134,7 +134,7 @@ void References(SideBySide& table, TestMachine& machine) {
   machine.RemoveRegistryTree(RegistryRoot::kCurrentUser, branch);
 }
 
-void StartUp(SideBySide& table) {
+void MeasureStartUp(SideBySide& table) {
   std::vector<double> ours, theirs;
   for (int round = 0; round < 15; ++round) {
     ours.push_back(SecondsToWindow(L"C:\\Program Files\\Quellix\\quellix.exe"));
@@ -150,9 +150,9 @@ int main() {
   try {
     const std::unique_ptr<quellix::TestMachine> machine = quellix::TestMachine::Create();
     quellix::SideBySide table;
-    quellix::Removal(table, *machine);
-    quellix::References(table, *machine);
-    quellix::StartUp(table);
+    quellix::MeasureRemoval(table, *machine);
+    quellix::MeasureReferences(table, *machine);
+    quellix::MeasureStartUp(table);
     return table.ExitCode();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quellix_winbench: %s\n", error.what());
