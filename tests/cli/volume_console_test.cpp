@@ -122,15 +122,16 @@ class AskingProgram {
     std::vector<char*> list;
     for (std::string& argument : arguments) list.push_back(argument.data());
     list.push_back(nullptr);
+    const int out = open(output_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     process_ = fork();
     if (process_ == 0) {
-      const int out = open(output_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
       dup2(ends[0], STDIN_FILENO);
       dup2(out, STDOUT_FILENO);
       dup2(out, STDERR_FILENO);
       execv(QUELLIXCTL, list.data());
       _exit(127);
     }
+    close(out);
     close(ends[0]);
     input_ = ends[1];
   }
