@@ -27,10 +27,13 @@ void FrmAbout::OnInit() {
 }
 
 void FrmAbout::OnResolution() {
-  const int side = Scale(32, dpi());
-  UniqueIcon picture = LoadProgramIcon(icoQuellix, side, side);
-  SendDlgItemMessageW(window(), imgAbout, STM_SETICON, reinterpret_cast<WPARAM>(picture.Get()), 0);
-  picture_ = std::move(picture);
+  picture_ = LoadProgramIcon(icoQuellix, Scale(32, dpi()), Scale(32, dpi()));
+  InvalidateRect(Control(imgAbout), nullptr, TRUE);
+}
+
+void FrmAbout::OnDrawItem(const DRAWITEMSTRUCT& item) {
+  FillRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_3DFACE));
+  DrawIconEx(item.hDC, 0, 0, picture_.Get(), 0, 0, 0, nullptr, DI_NORMAL);
 }
 
 void FrmAbout::OnCommand(int id, int code) {

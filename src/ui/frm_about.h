@@ -14,6 +14,7 @@ class FrmAbout : public OwnedWindow {
   void OnInit() override;
   HWND FirstFocus() override { return Control(IDCANCEL); }
   void OnResolution() override;
+  void OnDrawItem(const DRAWITEMSTRUCT& item) override;
   void OnCommand(int id, int code) override;
   HBRUSH OnControlColor(HDC target, HWND control) override {
     return control == Control(txtLicences) ? Paper(target) : nullptr;

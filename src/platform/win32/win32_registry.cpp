@@ -39,6 +39,12 @@ bool MeansMissing(LSTATUS status) {
          status == ERROR_BAD_PATHNAME || status == ERROR_KEY_DELETED;
 }
 
+// The languages below Perflib open as roots of their own, which hold no keys and cannot be listed.
+bool IsPerformanceData(HKEY key) {
+  return key == HKEY_PERFORMANCE_DATA || key == HKEY_PERFORMANCE_TEXT ||
+         key == HKEY_PERFORMANCE_NLSTEXT;
+}
+
 // The calls by name end at a NUL and would reach another value.
 bool HasNul(std::string_view name) { return name.find('\0') != std::string_view::npos; }
 
@@ -74,7 +80,7 @@ std::unique_ptr<Win32Key> OpenBelow(HKEY parent, std::string_view path, REGSAM r
   const std::string_view plain = WithoutBackslash(path);
   UniqueKey key;
   const LSTATUS status = RegOpenKeyExW(parent, Wide(plain).c_str(), 0, rights, key.Put());
-  if (MeansMissing(status)) return nullptr;
+  if (MeansMissing(status) || IsPerformanceData(key.Get())) return nullptr;
   if (status != ERROR_SUCCESS) {
     throw WindowsError(static_cast<DWORD>(status), "open",
                        "the registry key " + std::string(plain));
