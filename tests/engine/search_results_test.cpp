@@ -197,6 +197,7 @@ TEST_F(SearchResultsTest, ADeletionMayBeStoppedAndTheRowsSortedMeanwhile) {
 
 TEST_F(SearchResultsTest, ARunWaitsForItsUserAndThenLogsWhatWasDeleted) {
   for (const char* name : {"a.qxj", "b.qxj"}) machine->MakeFile(scratch + name, "12345");
+  machine->RemoveRegistryTree(kUser, kRunMruKey);
   RunFixture::Tick({kKey, "CleanRunMRU"});
   view.on_results = [this](SearchResults& found) {
     EXPECT_FALSE(found.searching());
@@ -266,6 +267,7 @@ TEST_F(SearchResultsTest, AnAbortedSearchLeavesItsFindsToReview) {
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
   EXPECT_EQ(machine->Tree(scratch).size(), 1u);
   EXPECT_NE(machine->ValueNames(kUser, kRunMruKey), List()) << "the run went on";
+  machine->RemoveRegistryTree(kUser, kRunMruKey);
   EXPECT_TRUE(engine.state().RunLog.starts_with("Unnecessary files....Files Deleted: 1 "));
   EXPECT_EQ(machine->Tree(ports.program_folder + "\\Backup").size(), 1u) << "it has a backup";
 }
