@@ -1,6 +1,7 @@
 // Native benchmarks: the engine on a volume against the system's own tools.
 
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -32,7 +33,7 @@ void MakeTree(const fs::path& root, int folders) {
   }
 }
 
-constexpr double kNoticed = 0.5;  // seconds
+constexpr double kNoticed = 0.25;  // seconds
 
 class Bench : BenchMachine {
  public:
@@ -43,7 +44,6 @@ class Bench : BenchMachine {
     Scan();
     PendingMemory();
     JunkSearches();
-    Results();
     Removal();
     Growth();
   }
@@ -62,6 +62,43 @@ class Bench : BenchMachine {
           }
         },
         [&file] { RunShell("shred -n 1 -u '" + file.string() + "'"); });
+  }
+
+  // Rows as a search brings them: 20 to a folder.
+  void Results() {
+    SearchResults results(context_);
+    ResultRow row;
+    for (int i = 0; i < kFolders * kFilesAFolder; ++i) {
+      if (i % 20 == 0)
+        row.path = "C:\\Users\\Someone\\Documents\\Project " + std::to_string(i) + "\\";
+      row.name = "report of week " + std::to_string(i * 7919 % 1'000'003) + ".bak";
+      row.bytes = static_cast<uint64_t>(i) * 7919 % 100'000;
+      row.last_write = int64_t{i} * 7919 % 1'000'003;
+      results.Add(row);
+    }
+    results.EndSearch();
+    const auto rows = static_cast<double>(results.RowCount());
+    table_.Report("bytes a row of 200,000 results / its limit",
+                  static_cast<double>(results.MemoryHeld()) / rows, 400, "B", 1.0);
+    // The processor's time: nothing here waits for anything else.
+    const auto time = [this](const char* name, const SideBySide::Step& step) {
+      const std::clock_t start = std::clock();
+      step();
+      const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+      table_.Report(name, seconds, kNoticed, "s", 1.0);
+    };
+    time("sort 200,000 rows by name / a noticed pause", [&] { results.Sort(ResultColumn::kName); });
+    time("sort 200,000 rows by path / a noticed pause", [&] { results.Sort(ResultColumn::kPath); });
+    time("sort 200,000 rows by size / a noticed pause",
+         [&] { results.Sort(ResultColumn::kBytes); });
+    time("filter 200,000 rows / a noticed pause", [&] { results.SetFilter("week 9"); });
+    time("draw 50 rows / a noticed pause", [&] {
+      for (size_t i = 0; i < 50; ++i) {
+        for (size_t column = 0; column < kResultColumns; ++column) {
+          results.Text(i, static_cast<ResultColumn>(column));
+        }
+      }
+    });
   }
 
  private:
@@ -115,39 +152,6 @@ class Bench : BenchMachine {
         [&theirs] { RunShell(theirs + " > /dev/null"); });
   }
 
-  // Rows as a search brings them: 20 to a folder.
-  void Results() {
-    SearchResults results(context_);
-    ResultRow row;
-    for (int i = 0; i < kFolders * kFilesAFolder; ++i) {
-      if (i % 20 == 0)
-        row.path = "C:\\Users\\Someone\\Documents\\Project " + std::to_string(i) + "\\";
-      row.name = "report of week " + std::to_string(i * 7919 % 1'000'003) + ".bak";
-      row.bytes = static_cast<uint64_t>(i) * 7919 % 100'000;
-      row.last_write = int64_t{i} * 7919 % 1'000'003;
-      results.Add(row);
-    }
-    results.EndSearch();
-    const auto rows = static_cast<double>(results.RowCount());
-    table_.Report("bytes a row of 200,000 results / its limit",
-                  static_cast<double>(results.MemoryHeld()) / rows, 400, "B", 1.0);
-    const auto time = [this](const char* name, const SideBySide::Step& step) {
-      table_.Report(name, SideBySide::Seconds(step), kNoticed, "s", 1.0);
-    };
-    time("sort 200,000 rows by name / a noticed pause", [&] { results.Sort(ResultColumn::kName); });
-    time("sort 200,000 rows by path / a noticed pause", [&] { results.Sort(ResultColumn::kPath); });
-    time("sort 200,000 rows by size / a noticed pause",
-         [&] { results.Sort(ResultColumn::kBytes); });
-    time("filter 200,000 rows / a noticed pause", [&] { results.SetFilter("week 9"); });
-    time("draw 50 rows / a noticed pause", [&] {
-      for (size_t i = 0; i < 50; ++i) {
-        for (size_t column = 0; column < kResultColumns; ++column) {
-          results.Text(i, static_cast<ResultColumn>(column));
-        }
-      }
-    });
-  }
-
   void Removal() {
     table_.Compare(
         "scan and remove 200,000 files / rm -rf", 1.5, 3,
@@ -187,7 +191,7 @@ void InFolder(const char* name, const std::function<void(const std::filesystem::
 
 // Both folders are the benchmark's own and are emptied: one for trees of many files, best in
 // memory, where the programs are measured rather than the disk; one on a disk, for what is written
-// to it. With ONE of "trees", "wipe" and "backups" that part alone is measured.
+// to it. With ONE of "trees", "results", "wipe" and "backups" that part alone is measured.
 int main(int argc, char** argv) {
   if (argc != 3 && argc != 4) {
     std::fprintf(stderr, "usage: quellix_bench TREES DISK [ONE]\n");
@@ -200,6 +204,7 @@ int main(int argc, char** argv) {
       if (only.empty() || only == part) quellix::InFolder(folder, measure);
     };
     run("trees", argv[1], [&](const auto& home) { quellix::Bench(home, table).Trees(); });
+    run("results", argv[1], [&](const auto& home) { quellix::Bench(home, table).Results(); });
     run("wipe", argv[2], [&](const auto& home) { quellix::Bench(home, table).Wipe(); });
     run("backups", argv[2], [&](const auto& home) { quellix::MeasureBackups(home, table); });
     quellix::InFolder(argv[1], [&](const auto& home) { quellix::MeasureRegistry(home, table); });

@@ -12,6 +12,7 @@
 #include "registry_data.h"
 #include "search/drive_scan.h"
 #include "side_by_side.h"
+#include "support/branch_registry.h"
 #include "support/scripted_view.h"
 #include "support/test_machine.h"
 
@@ -116,24 +117,6 @@ void Removal(SideBySide& table, TestMachine& machine) {
       [&] { RunToEnd(L"cmd.exe /c del /s /q C:\\QxScratch\\tree > nul"); });
 }
 
-// Shows one branch of a registry as all there is.
-class BranchRegistry : public Registry {
- public:
-  BranchRegistry(Registry& inner, std::string branch) : inner_(inner), branch_(std::move(branch)) {}
-  std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
-                                    RegistryAccess access) override {
-    if (root != RegistryRoot::kCurrentUser) return nullptr;
-    return inner_.Open(root, path.empty() ? branch_ : branch_ + "\\" + std::string(path), access);
-  }
-  std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override {
-    return inner_.Create(root, path);
-  }
-
- private:
-  Registry& inner_;
-  std::string branch_;
-};
-
 void References(SideBySide& table, TestMachine& machine) {
   constexpr int kKeys = 5000;
   const std::string branch = "Software\\Quellix Bench";
@@ -141,8 +124,7 @@ void References(SideBySide& table, TestMachine& machine) {
   MakeRegistry(machine, RegistryRoot::kCurrentUser, branch, kKeys);
   const Machine ports = machine.machine();
   BranchRegistry registry(ports.registry, branch);
-  const Machine only{ports.files,   registry,     ports.shell,   ports.url_cache,
-                     ports.profile, ports.system, ports.session, ports.program_folder};
+  const Machine only = registry.On(ports);
   table.Compare(
       "references in 50,000 values / reg export", 1.0, 5, [] {},
       [&] { WalkThoroughly(only, kKeys / 2); },

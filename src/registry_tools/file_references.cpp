@@ -1,5 +1,5 @@
 // Values that name a file or folder which is gone.
-#include "platform/error.h"
+#include "platform/damaged.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "registry_tools/file_reference.h"
@@ -111,12 +111,14 @@ void FileReferences::AnalyzeSubKeys(RegistryKey& key, int level) {
       try {
         const auto sub_key = key.Open(name, RegistryAccess::kRead);
         if (sub_key) AnalyzeKey(*sub_key, name + "\\", level + 1);
-      } catch (const Error& error) {  // passed over; only damage is told
-        if (error.kind() == Error::Kind::kOther) TellDamage(error.what());
+      } catch (const Damaged& error) {
+        TellDamage(error.what());
+      } catch (const Error&) {  // passed over
       }
     }
-  } catch (const Error& error) {  // deleted meanwhile
-    if (error.kind() == Error::Kind::kOther) TellDamage(error.what());
+  } catch (const Damaged& error) {
+    TellDamage(error.what());
+  } catch (const Error&) {  // deleted meanwhile
   }
 }
 
@@ -127,8 +129,9 @@ void FileReferences::AnalyzeValues(RegistryKey& key) {
     // tool offers for deletion without "Thorough" has always been as little as that.
     const auto read = key.Open(WithoutBackslash(current_path_), RegistryAccess::kRead);
     if (read) ExamineValues(*read);
-  } catch (const Error& error) {
-    if (error.kind() == Error::Kind::kOther) TellDamage(error.what());
+  } catch (const Damaged& error) {
+    TellDamage(error.what());
+  } catch (const Error&) {  // reads as empty
   }
 }
 

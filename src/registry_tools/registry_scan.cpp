@@ -4,7 +4,7 @@
 #include <set>
 #include <utility>
 
-#include "platform/error.h"
+#include "platform/damaged.h"
 #include "platform/text.h"
 
 namespace quellix {
@@ -23,8 +23,9 @@ void RegistryScan::StartScan() {
   view_.ShowState();
   try {
     ScanRegistry();
-  } catch (const Error& error) {
+  } catch (const Damaged& error) {
     TellDamage(error.what());
+  } catch (const Error&) {  // silent, as every failure of the registry
   }
   scanning_ = false;
   progress_ = {};
@@ -76,8 +77,9 @@ void RegistryScan::TellDamage(RegistryRoot root, std::string_view key) {
     if (!opened) return;
     opened->ValueAt(0);
     opened->SubKeyAt(0);
-  } catch (const Error& error) {
-    if (error.kind() == Error::Kind::kOther) TellDamage(error.what());
+  } catch (const Damaged& error) {
+    TellDamage(error.what());
+  } catch (const Error&) {  // reads as empty
   }
 }
 

@@ -55,6 +55,7 @@ bool SearchResults::TakeNew() {
   }
   if (view_.size() == static_cast<size_t>(shown)) return false;
   if (order_) {
+    RankFolders();
     const auto precedes = [this](Index a, Index b) { return Precedes(a, b); };
     std::stable_sort(view_.begin() + shown, view_.end(), precedes);
     std::inplace_merge(view_.begin(), view_.begin() + shown, view_.end(), precedes);
@@ -126,7 +127,7 @@ int SearchResults::Compare(Index a, Index b, ResultColumn column) const {
     case ResultColumn::kAttribute:
       return AttributeLetters(x.attributes).compare(AttributeLetters(y.attributes));
     case ResultColumn::kPath:
-      return x.folder == y.folder ? 0 : CompareNoCase(Folder(a), Folder(b));
+      return CompareNumbers(folder_ranks_[x.folder], folder_ranks_[y.folder]);
     case ResultColumn::kFileType:
       return CompareNoCase(Extension(a), Extension(b));
     case ResultColumn::kCategory:
@@ -143,7 +144,28 @@ bool SearchResults::Precedes(Index a, Index b) const {
 void SearchResults::Sort(ResultColumn column) {
   const bool again = order_ && order_->column == column;
   order_ = Order{column, again && !order_->descending};
+  SortView();
+}
+
+void SearchResults::SortView() {
+  RankFolders();
   std::stable_sort(view_.begin(), view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+}
+
+// Many finds share a folder, so paths are compared once for each folder.
+void SearchResults::RankFolders() {
+  if (order_->column != ResultColumn::kPath || folder_ranks_.size() == folders_.size()) return;
+  std::vector<uint32_t> folders(folders_.size());
+  std::iota(folders.begin(), folders.end(), 0);
+  std::ranges::sort(folders, [this](uint32_t a, uint32_t b) {
+    return CompareNoCase(folders_[a], folders_[b]) < 0;
+  });
+  folder_ranks_.resize(folders.size());
+  uint32_t rank = 0;
+  for (size_t i = 0; i < folders.size(); ++i) {
+    if (i > 0 && CompareNoCase(folders_[folders[i - 1]], folders_[folders[i]]) != 0) ++rank;
+    folder_ranks_[folders[i]] = rank;
+  }
 }
 
 bool SearchResults::PassesFilter(Index find) {
@@ -161,8 +183,7 @@ void SearchResults::SetFilter(std::string_view text) {
     const bool is_gone = find < gone_.size() && gone_[find];
     if (!is_gone && PassesFilter(find)) view_.push_back(find);
   }
-  if (!order_) return;
-  std::stable_sort(view_.begin(), view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+  if (order_) SortView();
 }
 
 void SearchResults::DeleteTicked() {
@@ -242,7 +263,7 @@ std::string SearchResults::LogLines() const {
 
 size_t SearchResults::MemoryHeld() const {
   return folders_.MemoryHeld() + names_.MemoryHeld() + finds_.capacity() * sizeof(Find) +
-         view_.capacity() * sizeof(Index);
+         (view_.capacity() + folder_ranks_.capacity()) * sizeof(Index);
 }
 
 }  // namespace quellix

@@ -95,12 +95,15 @@ class SearchResults : public ResultSink {
   std::string_view Extension(Index find) const;
   bool Precedes(Index a, Index b) const;
   int Compare(Index a, Index b, ResultColumn column) const;
+  void SortView();
+  void RankFolders();
   bool PassesFilter(Index find);
   void Delete(std::vector<Index> finds);
   bool DeleteOne(Index find);
 
   CleaningContext& context_;
   PathList folders_, names_;
+  std::vector<uint32_t> folder_ranks_;  // of folders_, when the paths were sorted last
   std::vector<Find> finds_;
   std::vector<Index> view_;
   size_t taken_ = 0;  // finds that have been shown or filtered out

@@ -7,7 +7,7 @@
 namespace quellix {
 namespace {
 
-constexpr Column kTypes[] = {{L"File type", 120}, {L"Description", 200}};
+constexpr Column kTypes[] = {{L"File type", 140}, {L"Description", 200}};
 constexpr Anchor kAnchors[] = {
     {lblListHint, 0, 0, 1, 0}, {lstvList, 0, 0, 1, 1},  {lblEntry, 0, 1, 0, 1},
     {txtEntry, 0, 1, 1, 1},    {cmdAdd, 0, 1, 0, 1},    {cmdEdit, 0, 1, 0, 1},

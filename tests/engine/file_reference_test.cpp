@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "registry_tools/file_reference.h"
+#include "support/branch_registry.h"
 #include "support/registry_fixture.h"
 
 namespace quellix {
@@ -10,7 +11,7 @@ namespace {
 class FileReferenceTest : public RegistryFixture {
  protected:
   std::unique_ptr<RegistryScan> Scan(bool thorough) {
-    auto scan = MakeScan(ScanTool::kFileReferences, ports, scan_view);
+    auto scan = MakeScan(ScanTool::kFileReferences, user_alone, scan_view);
     scan->SetThorough(thorough);
     scan->StartScan();
     EXPECT_EQ(scan->status(), std::to_string(scan->RowCount()) + " invalid references");
@@ -31,6 +32,8 @@ class FileReferenceTest : public RegistryFixture {
       if (scan.row(i).texts[1].starts_with("Qx")) scan.SetChecked(i, true);
     }
   }
+  BranchRegistry user_registry{ports.registry};
+  const Machine user_alone = user_registry.On(ports);
   const std::string gone_ = scratch + "gone.txt";
 };
 
@@ -195,7 +198,7 @@ TEST_F(FileReferenceTest, AKeyDeletedMeanwhileEndsThereAndADeniedOneIsLeft) {
   for (int i = 0; i < 50; ++i) {
     Set(kUser, "Qx1\\k" + std::to_string(i), "QxGone", Text(gone_));
   }
-  const auto scan = MakeScan(ScanTool::kFileReferences, ports, scan_view);
+  const auto scan = MakeScan(ScanTool::kFileReferences, user_alone, scan_view);
   scan->SetThorough(true);
   bool removed = false;
   scan_view.on_yield = [&] {

@@ -3,6 +3,7 @@
 
 #include "platform/error.h"
 #include "plugins/mod_plugin.h"
+#include "support/branch_registry.h"
 #include "support/registry_fixture.h"
 #include "support/scripted_prompts.h"
 
@@ -115,7 +116,8 @@ TEST_F(RegistryUndoTest, WhatCannotBeKeptIsNotDeleted) {
   Set(kUser, "Qx1", line_break, Text(scratch + "gone"));
   Set(kUser, "Qx1", "plain", Text(scratch + "gone"));
   const RegistryPicture before = UserPicture();
-  const auto scan = MakeScan(ScanTool::kFileReferences, ports, scan_view);
+  BranchRegistry user(ports.registry);
+  const auto scan = MakeScan(ScanTool::kFileReferences, user.On(ports), scan_view);
   scan->SetThorough(true);
   const auto tick = [&](const std::string& name) {
     scan->StartScan();

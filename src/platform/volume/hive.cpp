@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/damaged.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/volume/volume_error.h"
@@ -57,7 +58,7 @@ std::shared_ptr<Hive> Hive::Open(VolumeFileSystem& files, const std::string& pat
   const int flags = reason.empty() ? HIVEX_OPEN_WRITE : 0;
   std::unique_ptr<hive_h, Closer> hive(hivex_open(ProcPath(fd.get()).c_str(), flags));
   if (!hive && errno == ENOMEM) ThrowErrno(errno, path);
-  if (!hive) throw Error(Error::Kind::kOther, "The registry hive is damaged: " + path);
+  if (!hive) throw Damaged("The registry hive is damaged: " + path);
   return std::shared_ptr<Hive>(
       new Hive(files, path, std::move(reason), HiveMinorVersion(fd.get()), std::move(hive)));
 }
@@ -80,9 +81,7 @@ Hive::~Hive() {
   }
 }
 
-void Hive::ThrowDamaged() const {
-  throw Error(Error::Kind::kOther, "The registry hive is damaged: " + path_);
-}
+void Hive::ThrowDamaged() const { throw Damaged("The registry hive is damaged: " + path_); }
 
 // Every key, value and datum is read once: hivex writes what it holds, sound or not.
 void Hive::LookThrough() {
@@ -106,8 +105,8 @@ void Hive::RequireWritable() {
     is_looked_through_ = true;
     try {
       LookThrough();
-    } catch (const Error& error) {
-      read_only_reason_ = std::string(error.what()) + " It is only read.";
+    } catch (const Error&) {
+      read_only_reason_ = "The registry hive is damaged, so it is only read: " + path_;
     }
   }
   if (!read_only_reason_.empty()) throw Error(Error::Kind::kDenied, read_only_reason_);
