@@ -23,6 +23,7 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
  protected:
   void OnInit() override;
   HWND FirstFocus() override { return list_window(); }
+  const char* HelpTopic() const override { return scan_->traits().name; }
   void OnSized() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;

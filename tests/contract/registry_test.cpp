@@ -148,6 +148,8 @@ TEST_F(RegistryContract, AKeyIsMadeWithThoseAboveItAndOneThatIsThereStays) {
   EXPECT_EQ(Open(key_ + "\\a", kRead)->QueryValue("V")->bytes, Text("kept"));
   EXPECT_TRUE(test_->KeyExists(kUser, key_ + "\\a\\b"));
   const auto denial = test_->DenyRegistryWrites(kUser, key_ + "\\a");
+  EXPECT_THROW(machine_.registry.Create(kUser, key_ + "\\a"), Error);
+  if (!test_->Can(Ability::kDenyNewSubKeys)) return;
   EXPECT_THROW(machine_.registry.Create(kUser, key_ + "\\a\\d"), Error);
   EXPECT_FALSE(test_->KeyExists(kUser, key_ + "\\a\\d"));
 }

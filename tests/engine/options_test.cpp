@@ -306,9 +306,9 @@ TEST_F(OptionsTest, AFailedWriteIsToldAndLosesNothing) {
       EXPECT_NE(problems.find(part), std::string::npos) << problems;
     }
     EXPECT_EQ(std::ranges::count(problems, '\n'), 3) << problems;
-    EXPECT_EQ(ReadProgramFile("Settings.ini"), "[General]\r\nTipBox=0\r\n");
-    EXPECT_EQ(ReadProgramFile("UDFI.txt"), "C:\\a.txt\r\n");
   }
+  EXPECT_EQ(ReadProgramFile("Settings.ini"), "[General]\r\nTipBox=0\r\n");
+  EXPECT_EQ(ReadProgramFile("UDFI.txt"), "C:\\a.txt\r\n");
   EXPECT_EQ(options.Save(), "");
   EXPECT_EQ(ReadProgramFile("UDFI.txt"), "C:\\a.txt\r\nC:\\b.txt\r\n");
   EXPECT_TRUE(LoadGeneralOptions(ports).tip_box);

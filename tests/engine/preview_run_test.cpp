@@ -47,6 +47,7 @@ TEST_F(PreviewRunTest, WhatAPreviewListsIsWhatARunThenRemoves) {
     }
     machine->MakeFile(scratch + "kept", "1");
     machine->MakeFile(scratch + "mine\\listed.txt", "12");
+    machine->RemoveRegistryTree(kUser, kRunMruKey);
     machine->SetText(kUser, kRunMruKey, "a", "x");
     machine->SetText(kUser, kRunMruKey, "MRUList", "a");
     WriteSettings(row.settings);

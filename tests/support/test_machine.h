@@ -10,7 +10,13 @@
 namespace quellix {
 
 // What every Windows and every volume does, but a system that stands in for Windows may not.
-enum class Ability { kRemoveLinks, kKeepReadOnlyFolders, kRenameCaseAlone, kEmptyReadOnlyFiles };
+enum class Ability {
+  kRemoveLinks,
+  kKeepReadOnlyFolders,
+  kRenameCaseAlone,
+  kEmptyReadOnlyFiles,
+  kDenyNewSubKeys
+};
 
 // A real machine to test on, fresh for each test: natively a temporary volume with hives of its
 // own, under Wine the sandbox's Windows with a cleared scratch folder. Nothing here pretends. The
