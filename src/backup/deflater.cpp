@@ -10,7 +10,7 @@ constexpr size_t kOut = 256 << 10;
 }  // namespace
 
 Deflater::Deflater() : out_(kOut) {
-  if (deflateInit2(&stream_, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, MAX_MEM_LEVEL - 1,
+  if (deflateInit2(&stream_, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, MAX_MEM_LEVEL,
                    Z_DEFAULT_STRATEGY) != Z_OK) {
     throw std::bad_alloc();
   }

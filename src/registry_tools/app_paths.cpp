@@ -66,12 +66,9 @@ void AppPaths::ScanRegistry() {
     row.root = kRoot;
     row.key = kKey;
     row.file = path;
-    if (machine().files.IsGone(path)) {
-      AddOrphaned(std::move(row));
-      orphaned.Add();
-    } else {
-      AddValid(std::move(row));
-    }
+    const bool is_gone = machine().files.IsGone(path);
+    AddJudged(std::move(row), is_gone);
+    if (is_gone) orphaned.Add();
   }
   SetStatus(CountsOfEntries(rows().size(), orphaned.value()));
 }

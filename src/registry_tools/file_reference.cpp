@@ -144,9 +144,17 @@ bool ReferenceJudge::IsGoneCommand(std::string_view text) {
   return judged && end == text.npos;
 }
 
+// The number of a type library stands behind the file that holds it: C:\a.dll\2.
+bool ReferenceJudge::IsNumberInFile(std::string_view path) {
+  const std::string_view number = NamePart(path);
+  if (number.empty() || number.find_first_not_of("0123456789") != number.npos) return false;
+  const auto file = machine_.files.Look(WithoutBackslash(FolderPart(path)), Detail::kKind);
+  return file && !file->is_folder;
+}
+
 // A folder in front of a blank is but the beginning of a longer name.
 bool ReferenceJudge::IsThere(const std::string& path, bool may_go_on) {
-  if (IsGone(path)) return !IsGone(path + ".exe");
+  if (IsGone(path)) return !IsGone(path + ".exe") || IsNumberInFile(path);
   if (!may_go_on) return true;
   const auto info = machine_.files.Look(path, Detail::kKind);
   return info && !info->is_folder;

@@ -24,6 +24,7 @@ class ReferenceJudge {
   bool IsGoneText(std::string_view text);
   std::optional<std::string> PathOf(std::string_view text);
   bool IsGoneCommand(std::string_view text);
+  bool IsNumberInFile(std::string_view path);
   bool IsThere(const std::string& path, bool may_go_on);
   bool IsGone(std::string_view path);
   std::optional<std::string> Expand(std::string_view text);

@@ -74,12 +74,9 @@ void HelpFiles::ScanRegistry() {
     row.key = key;
     row.name = name;
     row.file = folder + name;
-    if (machine().files.IsGone(row.file)) {
-      AddOrphaned(std::move(row));
-      orphaned.Add();
-    } else {
-      AddValid(std::move(row));
-    }
+    const bool is_gone = machine().files.IsGone(row.file);
+    AddJudged(std::move(row), is_gone);
+    if (is_gone) orphaned.Add();
   }
   SetStatus(CountsOfEntries(rows().size(), orphaned.value()));
 }

@@ -42,12 +42,8 @@ void Components::ScanRegistry() {
     row.texts = {title, installed ? "True" : "False", read("StubPath"), name};
     row.root = kRoot;
     row.key = kKey;
-    if (installed) {
-      AddValid(std::move(row));
-    } else {
-      AddOrphaned(std::move(row));
-      orphaned.Add();
-    }
+    AddJudged(std::move(row), !installed);
+    if (!installed) orphaned.Add();
   }
   SetStatus(CountsOfEntries(rows().size(), orphaned.value()));
 }

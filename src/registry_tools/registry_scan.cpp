@@ -56,15 +56,10 @@ bool RegistryScan::NextEntry() {
   return true;
 }
 
-void RegistryScan::AddOrphaned(ScanRow row) {
-  row.mark = RowMark::kOrphaned;
-  row.checked = true;
-  rows_.push_front(std::move(row));
-}
-
-void RegistryScan::AddValid(ScanRow row) {
-  row.mark = RowMark::kValid;
-  rows_.push_back(std::move(row));
+void RegistryScan::AddJudged(ScanRow row, bool is_orphaned) {
+  row.mark = is_orphaned ? RowMark::kOrphaned : RowMark::kValid;
+  row.checked = is_orphaned;
+  rows_.insert(is_orphaned ? rows_.begin() : rows_.end(), std::move(row));
 }
 
 void RegistryScan::TellDamage(std::string_view sentence) {

@@ -132,8 +132,7 @@ class RegistryScan {
   // Before each entry; false when the user has stopped, with the stop path gone.
   bool NextEntry();
   // Orphaned rows stand at the top, checked; valid ones at the end.
-  void AddOrphaned(ScanRow row);
-  void AddValid(ScanRow row);
+  void AddJudged(ScanRow row, bool is_orphaned);
   void AddPlain(ScanRow row) { rows_.push_back(std::move(row)); }
   void SortRows(size_t column, bool descending);
   // Says once in a scan when the hive of a key is damaged.

@@ -82,12 +82,9 @@ void SharedDlls::ScanRegistry() {
     row.root = kRoot;
     row.key = kKey;
     row.name = row.file = name;
-    if (!machine().files.IsGone(name)) {
-      AddValid(std::move(row));
-    } else {
-      AddOrphaned(std::move(row));
-      missing.Add();
-    }
+    const bool is_gone = machine().files.IsGone(name);
+    AddJudged(std::move(row), is_gone);
+    if (is_gone) missing.Add();
   }
   // The last index, so one less than there are; users' notes compare it so.
   SetStatus(StatusOf(names.empty() ? 0 : names.size() - 1, missing.value(), zero.value()));

@@ -29,7 +29,7 @@ constexpr Anchor kAnchors[] = {
 FrmRegistryScan::Parts FrmRegistryScan::PartsOf(ScanTool tool) {
   switch (tool) {
     case ScanTool::kSharedDlls:
-      return {frmOrphanedDLL, lstvOrphanedDLL, {110, 460}, 1};
+      return {frmOrphanedDLL, lstvOrphanedDLL, {120, 450}, 1};
     case ScanTool::kFileReferences:
       return {frmInvalidFile, lstvInvalid, {280, 120, 200}, 2};
     case ScanTool::kAppPaths:
@@ -39,7 +39,7 @@ FrmRegistryScan::Parts FrmRegistryScan::PartsOf(ScanTool tool) {
     case ScanTool::kComponents:
       break;
   }
-  return {frmInvalidActivex, lstvInvalid, {210, 80, 150, 150}, 2};
+  return {frmInvalidActivex, lstvInvalid, {200, 95, 150, 145}, 2};
 }
 
 void FrmRegistryScan::Show(ScanTool tool, HWND owner) {

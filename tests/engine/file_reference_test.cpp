@@ -120,6 +120,8 @@ TEST_F(FileReferenceTest, TheThoroughWalkReadsAllValuesProperly) {
       {"QxGoneQuoted", Text("\"" + gone_ + "\" /x"), true},
       {"QxOpenQuote", Text("\"" + gone_), true},
       {"QxWithoutExe", Text(scratch + "has blank\\app /x"), false},
+      {"QxLibraryNumber", Text(app + "\\2"), false},
+      {"QxGoneLibraryNumber", Text(gone_ + "\\2"), true},
       {"QxIcon", Text(app + ",-3"), false},
       {"QxGoneIcon", Text(gone_ + ",3"), true},
       {"QxList", Text(scratch + ";" + gone_), false},
