@@ -1,6 +1,8 @@
 // The smallest program with a dialog, to measure start-up against.
 
 #include <windows.h>
+// Needs the former.
+#include <commctrl.h>
 
 namespace {
 
@@ -12,6 +14,7 @@ INT_PTR CALLBACK OnMessage(HWND window, UINT message, WPARAM, LPARAM) {
 }  // namespace
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
+  InitCommonControls();
   // A template without menu, class, title and controls.
   struct {
     DLGTEMPLATE dialog;

@@ -87,15 +87,19 @@ INT_PTR Dialog::Init(HWND window) {
   window_ = window;
   dpi_ = DpiOf(window);
   LayOutByOurselves(window);
-  icon_ = SetWindowIcon(window, ICON_BIG, SM_CXICON, SM_CYICON);
-  small_icon_ = SetWindowIcon(window, ICON_SMALL, SM_CXSMICON, SM_CYSMICON);
   layout_.Start(window, dpi_);
   OnInit();
   OnResolution();
   OnSized();
   const HWND focus = FirstFocus();
   if (focus) SetFocus(focus);
-  return focus == nullptr;
+  // The keyboard is called for when a window is shown; that then chooses the first control.
+  return focus == nullptr && (GetWindowLongW(window, GWL_STYLE) & WS_CHILD) != 0;
+}
+
+void Dialog::SetIcons() {
+  icon_ = SetWindowIcon(window_, ICON_BIG, SM_CXICON, SM_CYICON);
+  small_icon_ = SetWindowIcon(window_, ICON_SMALL, SM_CXSMICON, SM_CYSMICON);
 }
 
 INT_PTR Dialog::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
@@ -105,6 +109,11 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
       layout_.Apply(dpi_);
       OnSized();
       return TRUE;
+    case WM_WINDOWPOSCHANGED: {
+      const bool is_shown = (reinterpret_cast<WINDOWPOS*>(lparam)->flags & SWP_SHOWWINDOW) != 0;
+      if (is_shown && !icon_) SetIcons();
+      return FALSE;
+    }
     case WM_GETMINMAXINFO: {
       const SIZE size = layout_.MinimumSize(dpi_);
       reinterpret_cast<MINMAXINFO*>(lparam)->ptMinTrackSize = {size.cx, size.cy};

@@ -73,6 +73,7 @@ class Dialog {
   INT_PTR Handle(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR Init(HWND window);
+  void SetIcons();
   void ChangeResolution(int dpi, const RECT& place);
   INT_PTR Result(LRESULT result) const;
 

@@ -124,7 +124,11 @@ void FrmMain::AddAnchors() {
 
 void FrmMain::FillBoxes() {
   for (const GroupPlace& place : kGroups) MakeGroupHeading(Control(place.heading));
-  for (const Item& item : AllItems()) SetText(BoxOf(item), item.Label());
+  // A box would paint itself at each new text, shown or not.
+  for (const Item& item : AllItems()) {
+    DefWindowProcW(Control(BoxOf(item)), WM_SETTEXT, 0,
+                   reinterpret_cast<LPARAM>(Wide(item.Label()).c_str()));
+  }
 }
 
 void FrmMain::EnableBoxes() {
@@ -198,12 +202,14 @@ void FrmMain::OnSized() {
   InvalidateRect(window(), nullptr, TRUE);
 }
 
-void FrmMain::OnResolution() {
+// The next size asks for the picture anew.
+void FrmMain::OnResolution() { picture_.Reset(); }
+
+void FrmMain::ShowPicture() {
   const int side = Scale(16, dpi());
-  UniqueIcon picture = LoadProgramIcon(icoCurrent, side, side);
-  SendDlgItemMessageW(window(), imgCurrent, STM_SETICON, reinterpret_cast<WPARAM>(picture.Get()),
+  if (!picture_) picture_ = LoadProgramIcon(icoCurrent, side, side);
+  SendDlgItemMessageW(window(), imgCurrent, STM_SETICON, reinterpret_cast<WPARAM>(picture_.Get()),
                       0);
-  picture_ = std::move(picture);
 }
 
 void FrmMain::OnCommand(int id, int code) {
@@ -307,6 +313,7 @@ void FrmMain::PlaceCurrentItem(const Item* item) {
     ShowWindow(picture, SW_HIDE);
     return;
   }
+  ShowPicture();
   RECT offset{10, 0, 0, 0};
   MapDialogRect(window(), &offset);
   const RECT box = PlaceInParent(Control(BoxOf(*item)));

@@ -68,6 +68,7 @@ class FrmMain : public Dialog {
   void ProcessPlugins();
   void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
   void PlaceCurrentItem(const Item* item);
+  void ShowPicture();
   int FooterTop() const;
   void Warn(const std::string& text) const;
   void Exit();

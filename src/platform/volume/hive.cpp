@@ -19,9 +19,6 @@ struct Freeer {
 template <class T>
 using Allocated = std::unique_ptr<T, Freeer>;
 
-// Contents kept at a time; those with changes are kept beyond it.
-constexpr size_t kMostContents = 4096;
-
 // Deeper than Windows allows.
 constexpr size_t kMostLevels = 520;
 
@@ -116,8 +113,10 @@ Hive::Content& Hive::Cached(HiveNode node) {
   if (removed_.contains(node)) {
     throw Error(Error::Kind::kMissing, "This registry key was removed meanwhile.");
   }
-  if (contents_.size() >= kMostContents && !contents_.contains(node)) {
+  if (contents_.size() >= most_contents_ && !contents_.contains(node)) {
     std::erase_if(contents_, [](const auto& entry) { return !entry.second.changed; });
+    // Looking through those with changes again for each key would take the square of their number.
+    most_contents_ = std::max(kMostContents, 2 * contents_.size());
   }
   return contents_[node];
 }

@@ -106,6 +106,9 @@ class Hive {
   std::string read_only_reason_;
   std::unique_ptr<hive_h, Closer> hive_;
   HiveNode root_ = 0;
+  // Contents kept before those without changes are dropped.
+  static constexpr size_t kMostContents = 4096;
+  size_t most_contents_ = kMostContents;
   std::unordered_map<HiveNode, Content> contents_;
   std::unordered_set<HiveNode> removed_;
   std::unordered_map<HiveNode, Place> places_;
