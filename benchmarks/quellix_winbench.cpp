@@ -10,6 +10,7 @@
 #include "engine.h"
 #include "platform/win32/win32_machine.h"
 #include "registry_data.h"
+#include "results_winbench.h"
 #include "search/drive_scan.h"
 #include "side_by_side.h"
 #include "support/branch_registry.h"
@@ -139,7 +140,7 @@ void MeasureStartUp(SideBySide& table) {
 }  // namespace
 }  // namespace quellix
 
-// With ONE of "removal", "registry" and "start" that part alone is measured.
+// With ONE of "removal", "registry", "results" and "start" that part alone is measured.
 int main(int argc, char** argv) {
   try {
     const std::unique_ptr<quellix::TestMachine> machine = quellix::TestMachine::Create();
@@ -148,6 +149,7 @@ int main(int argc, char** argv) {
     const auto asked = [only](std::string_view part) { return only.empty() || only == part; };
     if (asked("removal")) quellix::MeasureRemoval(table, *machine);
     if (asked("registry")) quellix::MeasureReferences(table, *machine);
+    if (asked("results")) quellix::MeasureResultsWindow(table);
     if (asked("start")) quellix::MeasureStartUp(table);
     return table.ExitCode();
   } catch (const std::exception& error) {
