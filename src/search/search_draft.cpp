@@ -28,8 +28,8 @@ std::vector<DriveRow> DriveRows(const Machine& machine, const SearchOptions& opt
   }
   for (const std::string& root : roots) rows.push_back({EntryOfMissing(root), true});
   std::ranges::stable_sort(rows, {}, [](const DriveRow& row) { return row.entry[0]; });
-  const auto again = std::ranges::unique(rows, {}, &DriveRow::entry);
-  rows.erase(again.begin(), again.end());
+  const auto is_same = [](const DriveRow& a, const DriveRow& b) { return a.entry == b.entry; };
+  rows.erase(std::unique(rows.begin(), rows.end(), is_same), rows.end());
   return rows;
 }
 

@@ -4,9 +4,7 @@
 #include <windowsx.h>
 
 #include <algorithm>
-#include <vector>
 
-#include "app/item_catalogue.h"
 #include "app/mod_shut_down.h"
 #include "app/run_steps.h"
 #include "platform/error.h"
@@ -18,19 +16,6 @@
 
 namespace quellix {
 namespace {
-
-// The groups in three columns, each of which takes a third of the window's growth.
-struct GroupPlace {
-  Group group;
-  int heading;
-  int column;
-};
-constexpr GroupPlace kGroups[] = {
-    {Group::kFolderFiles, lblFolderFiles, 0},
-    {Group::kMiscellaneous, lblMiscellaneous, 1},
-    {Group::kInternet, lblInternet, 1},
-    {Group::kFirefox, lblFirefox, 2},
-};
 
 constexpr Anchor kAnchors[] = {
     {lblTip, 2 / 3.0, 0, 1, 0}, {txtTip, 2 / 3.0, 0, 1, 1}, {cmdNextTip, 2 / 3.0, 1, 2 / 3.0, 1},
@@ -54,17 +39,6 @@ constexpr TurnOffEntry kTurnOff[] = {
 };
 
 constexpr UINT kMillisecondsPerTick = 5000;
-
-int BoxOf(const Item& item) { return chkRecycleBin - 1 + item.run_order; }
-
-const Item* ItemOf(int box) {
-  const auto item = std::ranges::find(AllItems(), box, BoxOf);
-  return item == AllItems().end() ? nullptr : &*item;
-}
-
-const GroupPlace& PlaceOf(Group group) {
-  return *std::ranges::find(kGroups, group, &GroupPlace::group);
-}
 
 }  // namespace
 
@@ -102,8 +76,8 @@ void FrmMain::RunHidden(bool is_loaded) {
 void FrmMain::OnInit() {
   prompts_.Attach(window());
   AddAnchors();
-  FillBoxes();
-  RefreshBoxes();
+  boxes_.Fill();
+  boxes_.ShowTicks();
   SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
   windows_.on_options = [this] { FollowSettings(); };
   FollowSettings();
@@ -113,30 +87,8 @@ void FrmMain::OnInit() {
 }
 
 void FrmMain::AddAnchors() {
-  std::vector<Anchor> anchors(std::begin(kAnchors), std::end(kAnchors));
-  const auto add = [&](int control, const GroupPlace& place) {
-    anchors.push_back({control, place.column / 3.0, 0, (place.column + 1) / 3.0, 0});
-  };
-  for (const GroupPlace& place : kGroups) add(place.heading, place);
-  for (const Item& item : AllItems()) add(BoxOf(item), PlaceOf(item.group));
-  layout().Add(anchors);
-}
-
-void FrmMain::FillBoxes() {
-  for (const GroupPlace& place : kGroups) MakeGroupHeading(Control(place.heading));
-  // A box would paint itself at each new text, shown or not.
-  for (const Item& item : AllItems()) {
-    DefWindowProcW(Control(BoxOf(item)), WM_SETTEXT, 0,
-                   reinterpret_cast<LPARAM>(Wide(item.Label()).c_str()));
-  }
-}
-
-void FrmMain::EnableBoxes() {
-  for (const Item& item : AllItems()) {
-    const std::string_view why = engine_.selection().WhyDisabled(item);
-    EnableWindow(Control(BoxOf(item)), why.empty());
-    tool_tips_.Set(Control(BoxOf(item)), Wide(why));
-  }
+  layout().Add(kAnchors);
+  layout().Add(ItemBoxes::Anchors());
 }
 
 void FrmMain::ShowTip() {
@@ -149,7 +101,7 @@ void FrmMain::ShowTip() {
 
 // Settings that were read anew. A tip that is shown stays.
 void FrmMain::FollowSettings() {
-  EnableBoxes();
+  boxes_.ShowEnabled(tool_tips_);
   const bool tip_is_shown = (GetWindowLongW(Control(txtTip), GWL_STYLE) & WS_VISIBLE) != 0;
   if (!tip_is_shown || !engine_.general().tip_box || GetWindowTextLengthW(Control(txtTip)) == 0) {
     ShowTip();
@@ -165,7 +117,7 @@ void FrmMain::FollowSettings() {
 void FrmMain::Settle() {
   KillTimer(window(), tmrSettle);
   tool_tips_.Attach(window());
-  EnableBoxes();
+  boxes_.ShowEnabled(tool_tips_);
 }
 
 // Whether the user could press Clean: no run is in progress, and neither a window before this one
@@ -189,13 +141,6 @@ void FrmMain::OnTimer(UINT_PTR id) {
                             });
 }
 
-void FrmMain::RefreshBoxes() {
-  for (const Item& item : AllItems()) {
-    const WPARAM state = engine_.selection().IsChecked(item) ? BST_CHECKED : BST_UNCHECKED;
-    SendMessageW(Control(BoxOf(item)), BM_SETCHECK, state, 0);
-  }
-}
-
 void FrmMain::OnSized() {
   tool_tips_.Move();
   PlaceCurrentItem(current_item_);
@@ -215,7 +160,7 @@ void FrmMain::ShowPicture() {
 void FrmMain::OnCommand(int id, int code) {
   if (id == cmdStop || (id == IDCANCEL && running_)) return engine_.StopCleaning();
   if (running_ || (code != BN_CLICKED && code != BN_DOUBLECLICKED)) return;
-  if (Toggle(id)) return RefreshBoxes();
+  if (boxes_.Toggle(id)) return boxes_.ShowTicks();
   if (TurnOff(id)) return;
   switch (id) {
     case cmdClean:
@@ -230,25 +175,6 @@ void FrmMain::OnCommand(int id, int code) {
     default:
       windows_.Open(id, window());
   }
-}
-
-// A click on a box, a heading or the box for all.
-bool FrmMain::Toggle(int id) {
-  Selection& selection = engine_.selection();
-  if (const Item* item = ItemOf(id)) {
-    selection.SetChecked(*item, !selection.IsChecked(*item));
-    return true;
-  }
-  if (id == Check3) {
-    const bool checked = IsDlgButtonChecked(window(), Check3) != BST_CHECKED;
-    CheckDlgButton(window(), Check3, checked ? BST_CHECKED : BST_UNCHECKED);
-    selection.SelectAll(checked);
-    return true;
-  }
-  const auto place = std::ranges::find(kGroups, id, &GroupPlace::heading);
-  if (place == std::end(kGroups)) return false;
-  selection.ToggleGroup(place->group);
-  return true;
 }
 
 bool FrmMain::TurnOff(int id) {
@@ -285,7 +211,7 @@ void FrmMain::AfterRun() {
 }
 
 void FrmMain::OnContextMenu(HWND control, POINT screen) {
-  const Item* item = ItemOf(GetDlgCtrlID(control));
+  const Item* item = ItemBoxes::ItemOf(GetDlgCtrlID(control));
   if (!item || running_) return;
   if (screen.x == -1 && screen.y == -1) {  // from the keyboard
     RECT place;
@@ -316,7 +242,7 @@ void FrmMain::PlaceCurrentItem(const Item* item) {
   ShowPicture();
   RECT offset{10, 0, 0, 0};
   MapDialogRect(window(), &offset);
-  const RECT box = PlaceInParent(Control(BoxOf(*item)));
+  const RECT box = PlaceInParent(Control(ItemBoxes::BoxOf(*item)));
   const int side = Scale(16, dpi());
   SetWindowPos(picture, HWND_TOP, box.left - offset.left, (box.top + box.bottom - side) / 2, side,
                side, SWP_NOACTIVATE | SWP_SHOWWINDOW);

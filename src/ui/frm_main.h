@@ -8,6 +8,7 @@
 #include "engine.h"
 #include "ui/dialog.h"
 #include "ui/frm_log.h"
+#include "ui/item_boxes.h"
 #include "ui/menu_windows.h"
 #include "ui/run_display.h"
 #include "ui/tool_tips.h"
@@ -15,14 +16,14 @@
 
 namespace quellix {
 
-// The main window. The boxes only show the engine's selection: a click changes the selection, and
-// the boxes follow. While a run is in progress, Stop is all that acts.
+// The main window. While a run is in progress, Stop is all that acts.
 class FrmMain : public Dialog {
  public:
   FrmMain(Engine& engine, RunDisplay& display, const Machine& machine)
       : engine_(engine),
         display_(display),
         machine_(machine),
+        boxes_(layout(), engine.selection()),
         log_(machine.files),
         windows_(engine, machine),
         tips_(machine) {}
@@ -50,12 +51,8 @@ class FrmMain : public Dialog {
 
  private:
   void AddAnchors();
-  void FillBoxes();
-  void EnableBoxes();
   void RunHidden(bool is_loaded);
   void ShowTip();
-  void RefreshBoxes();
-  bool Toggle(int id);
   bool TurnOff(int id);
   bool CanClean() const;
   void FollowSettings();
@@ -77,6 +74,7 @@ class FrmMain : public Dialog {
   Engine& engine_;
   RunDisplay& display_;
   Machine machine_;
+  ItemBoxes boxes_;
   FrmLog log_;
   MenuWindows windows_;
   WindowPrompts prompts_;

@@ -8,6 +8,7 @@
 #include "platform/damaged.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/volume/hive_check.h"
 #include "platform/volume/volume_error.h"
 
 namespace quellix {
@@ -18,6 +19,9 @@ struct Freeer {
 };
 template <class T>
 using Allocated = std::unique_ptr<T, Freeer>;
+
+// The format's numbers reach no farther.
+constexpr uint64_t kLargestHive = UINT32_MAX;
 
 // Deeper than Windows allows.
 constexpr size_t kMostLevels = 520;
@@ -102,6 +106,7 @@ void Hive::RequireWritable() {
     is_looked_through_ = true;
     try {
       LookThrough();
+      if (!IsSoundHive(files_.ReadWholeFile(path_, kLargestHive).value_or(""))) ThrowDamaged();
     } catch (const Error&) {
       read_only_reason_ = "The registry hive is damaged, so it is only read: " + path_;
     }

@@ -1,6 +1,4 @@
 // Whether Windows closed a hive properly.
-#include <cstring>
-
 #include "platform/path.h"
 #include "platform/volume/hive.h"
 
@@ -10,19 +8,13 @@ namespace {
 constexpr off_t kFirstSequence = 4, kSecondSequence = 8, kMinorVersion = 24;
 constexpr off_t kFirstLogEntry = 512;
 
-uint32_t ReadWord(int fd, off_t offset) {
-  unsigned char bytes[4] = {};
-  if (pread(fd, bytes, sizeof bytes, offset) != sizeof bytes) return 0;
-  return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<uint32_t>(bytes[3]) << 24;
-}
-
 // Whether a log of Windows 8.1 and later holds an entry the hive has not got yet: their sequence
 // numbers go on from the hive's own.
 bool HasPendingEntry(int log, uint32_t hive_sequence) {
   constexpr uint32_t kEntryMark = 0x454C7648;  // "HvLE"
   constexpr uint32_t kSmallestEntry = 40;
-  for (off_t at = kFirstLogEntry; ReadWord(log, at) == kEntryMark;) {
-    const uint32_t size = ReadWord(log, at + 4), sequence = ReadWord(log, at + 12);
+  for (off_t at = kFirstLogEntry; ReadNumber(log, at) == kEntryMark;) {
+    const uint32_t size = ReadNumber(log, at + 4), sequence = ReadNumber(log, at + 12);
     if (sequence >= hive_sequence) return true;
     if (size < kSmallestEntry) return false;
     at += size;
@@ -33,8 +25,8 @@ bool HasPendingEntry(int log, uint32_t hive_sequence) {
 }  // namespace
 
 std::string ReadOnlyReason(VolumeFileSystem& files, const std::string& path, int fd) {
-  const uint32_t sequence = ReadWord(fd, kSecondSequence);
-  bool clean = ReadWord(fd, kFirstSequence) == sequence;
+  const uint32_t sequence = ReadNumber(fd, kSecondSequence);
+  bool clean = ReadNumber(fd, kFirstSequence) == sequence;
   for (const char* extension : {".LOG", ".LOG1", ".LOG2"}) {
     const UniqueFd log = clean ? files.OpenForRead(path + extension) : UniqueFd();
     if (log && HasPendingEntry(log.get(), sequence)) clean = false;
@@ -45,6 +37,6 @@ std::string ReadOnlyReason(VolumeFileSystem& files, const std::string& path, int
          "down.";
 }
 
-uint32_t HiveMinorVersion(int fd) { return ReadWord(fd, kMinorVersion); }
+uint32_t HiveMinorVersion(int fd) { return ReadNumber(fd, kMinorVersion); }
 
 }  // namespace quellix

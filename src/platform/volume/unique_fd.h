@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -41,5 +42,13 @@ class SharedFd {
  private:
   std::shared_ptr<const UniqueFd> fd_;
 };
+
+// The number of up to 4 bytes that stands at a place of an open file, lowest byte first; 0 behind
+// the file's end.
+inline uint32_t ReadNumber(int fd, off_t at, size_t bytes = 4) {
+  uint8_t stored[4] = {};
+  if (pread(fd, stored, bytes, at) != static_cast<ssize_t>(bytes)) return 0;
+  return stored[0] | stored[1] << 8 | stored[2] << 16 | static_cast<uint32_t>(stored[3]) << 24;
+}
 
 }  // namespace quellix

@@ -20,11 +20,22 @@ struct FileCloser {
 };
 using LnkFile = std::unique_ptr<liblnk_file_t, FileCloser>;
 
+// Whether the file can hold its location information, for whose size the library takes memory
+// without a look at the file. Documented by Microsoft (Shell Link Binary File Format): behind a
+// header of 76 bytes with flags at 20 come an item list and the location, each with its size first.
+bool HoldsLocation(int fd, off_t file_size) {
+  constexpr uint32_t kHasItemList = 1, kHasLocation = 2;
+  const uint32_t flags = ReadNumber(fd, 20);
+  const off_t location = 76 + ((flags & kHasItemList) != 0 ? 2 + ReadNumber(fd, 76, 2) : 0);
+  return (flags & kHasLocation) == 0 || location + ReadNumber(fd, location) <= file_size;
+}
+
 // Null for what is no shortcut.
 LnkFile OpenLnk(VolumeFileSystem& files, std::string_view path) {
   const UniqueFd fd = files.OpenForRead(path);
   struct stat status;
   if (!fd || fstat(fd.get(), &status) != 0 || status.st_size > kLargest) return nullptr;
+  if (!HoldsLocation(fd.get(), status.st_size)) return nullptr;
   liblnk_file_t* raw = nullptr;
   if (liblnk_file_initialize(&raw, nullptr) != 1) return nullptr;
   LnkFile file(raw);

@@ -123,6 +123,36 @@ TEST_F(VolumeHives, ADamagedHiveIsSaidToBe) {
   EXPECT_TRUE(registry_.Open(kUser, "Software", kRead));
 }
 
+// What hivex would not notice before it has changed the hive, or ends the program for.
+TEST_F(VolumeHives, AHiveWhoseCellsDoNotFitTogetherIsOnlyRead) {
+  for (const char* key : {"A", "B"}) test_->SetText(kUser, key, "v", "some text");
+  test_->CloseHives();
+  const std::string whole = ReadNative(user_hive_);
+  // The fields of a value: size and place of its data; of a security descriptor: its neighbors.
+  const size_t last_value = whole.rfind("vk"), descriptor = whole.find("sk");
+  const size_t other_value = whole.rfind("vk", last_value - 1);
+  const std::string nowhere = "\xF0\xFF\xFF\x0F";
+  const auto with = [&whole](size_t at, const std::string& bytes) {
+    return std::string(whole).replace(at, bytes.size(), bytes);
+  };
+  const std::pair<const char*, std::string> kRows[] = {
+      {"data of two values", with(last_value + 8, whole.substr(other_value + 8, 4))},
+      {"no data, at no place", with(last_value + 4, std::string(4, '\0') + nowhere)},
+      {"a security descriptor beside nothing", with(descriptor + 4, nowhere)}};
+  for (const auto& [row, bytes] : kRows) {
+    SCOPED_TRACE(row);
+    ASSERT_FALSE(bytes == whole);
+    WriteNative(user_hive_, bytes);
+    EXPECT_EQ(SubKeys(kUser, "A").size(), 0u);
+    EXPECT_EQ(KindOf([this] { registry_.Open(kUser, "A", kWrite)->DeleteValue("v"); }),
+              Error::Kind::kDenied);
+    test_->CloseHives();
+    EXPECT_TRUE(ReadNative(user_hive_) == bytes);
+  }
+  WriteNative(user_hive_, whole);
+  EXPECT_TRUE(registry_.Open(kUser, "A", kWrite)->DeleteValue("v"));
+}
+
 // Whatever is broken inside, reading and writing end with what is there or with an Error.
 TEST_F(VolumeHives, BrokenBytesInsideDoNoHarm) {
   for (const char* key : {"A", "A\\B", "C"}) test_->SetText(kUser, key, "v", "some text");
