@@ -89,7 +89,7 @@ class Scan {
       unpacked += bytes.size();
       const double part = static_cast<double>(unpacked) / static_cast<double>(entry.size + 1);
       const auto packed = static_cast<uint64_t>(static_cast<double>(entry.packed) * part);
-      const uint64_t done = at_ + (open_ended ? 0 : std::min(packed, entry.packed));
+      const uint64_t done = entry.offset + (open_ended ? 0 : std::min(packed, entry.packed));
       if (!pause_ || !pause_(std::min(done, stream_.Size()), stream_.Size())) return;
       throw Error(Error::Kind::kOther, "The repair was stopped; the archive is as it was.");
     });

@@ -161,6 +161,7 @@ TEST_F(BackupRepairTest, AStoppedRepairChangesNothing) {
   }
   EXPECT_GE(steps.size(), 3u);
   EXPECT_TRUE(std::ranges::is_sorted(steps));
+  EXPECT_LT(steps.front(), Ends(archive)[0]);
   EXPECT_LE(steps.back(), cut.size());
   EXPECT_EQ(backups.List().at(0).entries, 3u);
 }
