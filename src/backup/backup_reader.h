@@ -66,7 +66,7 @@ class BackupReader {
 
   // What is called now and then while a backup is repaired or a copy is made. Where it ends that,
   // the backup counts as one that cannot be read.
-  virtual void OnPause(RestorePause /*pause*/) {}
+  virtual void OnPause(const RestorePause& /*pause*/) {}
 
   // Whether a file is of this kind, by its name alone.
   virtual bool Takes(std::string_view name) const = 0;

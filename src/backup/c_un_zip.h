@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "backup/backup_reader.h"
@@ -19,7 +18,7 @@ class cUnZip : public BackupReader {
  public:
   explicit cUnZip(const Machine& machine) : machine_(machine) {}
 
-  void OnPause(RestorePause pause) override { pause_ = std::move(pause); }
+  void OnPause(const RestorePause& pause) override { pause_ = pause; }
   bool Takes(std::string_view name) const override;
   BackupInfo Describe(const std::string& path) override;
   std::vector<BackupEntry> ListEntries(const std::string& path) override;

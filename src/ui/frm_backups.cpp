@@ -315,12 +315,8 @@ void FrmBackups::OnDestroyed() {
   if (!working_) browser_.reset();
 }
 
-// A text that cannot be changed would be grey; this one is there to be read.
 HBRUSH FrmBackups::OnControlColor(HDC target, HWND control) {
-  if (control != Control(txtOutcome)) return nullptr;
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
+  return control == Control(txtOutcome) ? Paper(target) : nullptr;
 }
 
 }  // namespace quellix
