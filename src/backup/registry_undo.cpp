@@ -33,6 +33,8 @@ void Append(FileSystem& files, std::string_view path, const std::string& bytes) 
     file->Flush();
   } catch (const Error&) {
     file->Resize(size);
+    file.reset();
+    if (size == 0) files.RemoveFile(path);
     throw;
   }
 }
