@@ -66,9 +66,13 @@ HBRUSH FrmLog::OnControlColor(HDC target, HWND control) {
   return GetSysColorBrush(COLOR_WINDOW);
 }
 
+// No run may begin meanwhile: it would close this window and the question with it.
 void FrmLog::Save() const {
+  const HWND owner = GetWindow(window(), GW_OWNER);
+  EnableWindow(owner, FALSE);
   const std::optional<std::string> path =
       AskWhereToSave(window(), {"Log Files ( *.log )", "*.log"}, "cleanup", "log");
+  EnableWindow(owner, TRUE);
   if (!path) return;
   try {
     files_.WriteWholeFile(*path, report_.log);
