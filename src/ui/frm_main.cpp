@@ -187,7 +187,7 @@ bool FrmMain::TurnOff(int id) {
 void FrmMain::Run(const std::function<void()>& work) {
   if (running_) return;
   running_ = true;
-  log_.Close();
+  if (!engine_.state().Hidden) log_.Close();  // a hidden run has none to put in its place
   try {
     work();
   } catch (const std::exception& error) {

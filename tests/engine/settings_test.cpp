@@ -191,6 +191,8 @@ TEST_F(SettingsTest, WhileTheSettingsCannotBeReadTheUsersChoiceStays) {
   EXPECT_FALSE(machine->Exists(temp + "junk.tmp"));
   EXPECT_EQ(engine.state().FilesBackedUp, 1);
   EXPECT_EQ(machine->Tree(scratch + "Safe").size(), 1u);
+  EXPECT_NE(engine.Load(), "");
+  EXPECT_FALSE(engine.is_loaded());
 }
 
 TEST_F(SettingsTest, TicksThatCouldNotBeReadStayInTheirFile) {
@@ -198,6 +200,7 @@ TEST_F(SettingsTest, TicksThatCouldNotBeReadStayInTheirFile) {
   machine->MakeFile(path, "1");
   MakeUnreadable(*machine, path);
   EXPECT_NE(engine.Load(), "");
+  EXPECT_FALSE(engine.is_loaded());
   ports.files.RemoveFolder(path);
   machine->MakeFile(path, "0,0,0,0,1\r\n");
   engine.Save();
