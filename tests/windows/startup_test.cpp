@@ -205,6 +205,9 @@ TEST_F(StartupTest, NothingIsCleanedUnaskedWhileTheSettingsCannotBeRead) {
       ASSERT_TRUE(message);
       PressIn(message, IDOK);
       ASSERT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));
+      window.Choose(mnuAbout);
+      EXPECT_TRUE(window.AwaitWindow(L"About Quellix"));  // not while a run is in progress
+      EXPECT_FALSE(window.HasWindow(L"Cleaning log"));
       EXPECT_TRUE(window.Close());
     }
     EXPECT_TRUE(HasJunk());
