@@ -62,9 +62,13 @@ HBRUSH FrmLog::OnControlColor(HDC target, HWND control) {
   return control == Control(txtLog) ? Paper(target) : nullptr;
 }
 
+// No run may begin meanwhile: it would close this window and the question with it.
 void FrmLog::Save() const {
+  const HWND owner = GetWindow(window(), GW_OWNER);
+  EnableWindow(owner, FALSE);
   const std::optional<std::string> path =
       AskWhereToSave(window(), {"Log Files ( *.log )", "*.log"}, "cleanup", "log");
+  EnableWindow(owner, TRUE);
   if (!path) return;
   try {
     files_.WriteWholeFile(*path, report_.log);
