@@ -69,7 +69,7 @@ std::string WhyNoFileType(std::string_view type) {
 }
 
 std::string WhyNoExtension(std::string_view extension) {
-  const std::string why = WhyNoName(extension);
+  std::string why = WhyNoName(extension);
   if (why.empty() && extension.find('.') != extension.npos) {
     return "Please enter what stands behind the last dot only, such as doc.";
   }
@@ -85,7 +85,7 @@ std::string WhyNoPartOfPath(std::string_view text) {
 }
 
 std::string WhyNoUserFile(System& system, std::string_view path) {
-  const std::string why = WhyNoPath(path);
+  std::string why = WhyNoPath(path);
   if (!why.empty()) return why;
   if (path.ends_with('\\') || HoldsWindows(system, path)) {
     return std::string(path) + " is a folder, not a file.";
@@ -94,7 +94,7 @@ std::string WhyNoUserFile(System& system, std::string_view path) {
 }
 
 std::string WhyNoUserFolder(System& system, std::string_view path) {
-  const std::string why = WhyNoPath(path);
+  std::string why = WhyNoPath(path);
   if (!why.empty()) return why;
   if (HoldsWindows(system, path) || HoldsProfile(system, path)) {
     return std::string(path) +
@@ -158,7 +158,7 @@ std::string OptionList::WhyNotText(std::string_view text) const {
 std::string OptionList::WhyNot(std::string_view text, std::string_view description,
                                size_t own_row) const {
   if (!problem_.empty()) return problem_;
-  const std::string why = WhyNotText(text);
+  std::string why = WhyNotText(text);
   if (!why.empty()) return why;
   if (HasControlCharacters(description)) return "The description must be one line.";
   for (size_t row = 0; row < rows_.size(); ++row) {
@@ -171,7 +171,7 @@ std::string OptionList::WhyNot(std::string_view text, std::string_view descripti
 
 std::string OptionList::Add(std::string_view text, std::string_view description) {
   rows_.push_back({page_.has_ticks, ""});
-  const std::string why = Change(rows_.size() - 1, text, description);
+  std::string why = Change(rows_.size() - 1, text, description);
   if (!why.empty()) rows_.pop_back();
   return why;
 }

@@ -31,6 +31,7 @@ struct SortKey {
   uint64_t number;
   std::string text;  // in upper case
   size_t row;
+  // NOLINTNEXTLINE(modernize-use-nullptr): taken for a 0 by the check
   auto operator<=>(const SortKey&) const = default;
 };
 

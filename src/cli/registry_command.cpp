@@ -13,7 +13,7 @@ namespace {
 
 class ConsoleScanView : public ScanView {
  public:
-  void OnStop(std::function<void()> stop) {
+  void OnStop(const std::function<void()>& stop) {
     console_.OnStop([this, stop] {
       stopped_ = true;
       stop();

@@ -20,7 +20,7 @@ std::string Refusal(std::string_view what, std::string_view why) {
 }
 
 std::string ProgramFiles(System& system) {
-  const std::string folder = system.Environment("ProgramFiles").value_or("");
+  std::string folder = system.Environment("ProgramFiles").value_or("");
   if (!folder.empty()) return folder;
   const std::string system_folder = system.SystemFolder();
   if (system_folder.substr(1, 1) != ":") return {};

@@ -85,8 +85,6 @@ INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wparam, LPA
 
 INT_PTR Dialog::Init(HWND window) {
   window_ = window;
-  icon_.Reset();  // those of the window before
-  small_icon_.Reset();
   dpi_ = DpiOf(window);
   LayOutByOurselves(window);
   layout_.Start(window, dpi_);
