@@ -112,8 +112,7 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
       OnSized();
       return TRUE;
     case WM_WINDOWPOSCHANGED: {
-      const bool is_shown = (reinterpret_cast<WINDOWPOS*>(lparam)->flags & SWP_SHOWWINDOW) != 0;
-      if (is_shown && !icon_) SetIcons();
+      if ((reinterpret_cast<WINDOWPOS*>(lparam)->flags & SWP_SHOWWINDOW) != 0) SetIcons();
       return FALSE;
     }
     case WM_GETMINMAXINFO: {
