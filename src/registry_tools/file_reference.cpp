@@ -65,8 +65,7 @@ std::optional<std::string> ReferenceJudge::FindGone(const RegistryValue& value) 
   if (!is_list) {
     const std::string_view text = TrimNull(all);
     if (value.type == kRegExpandSz && text.find('%') != text.npos) {
-      const auto expanded = Expand(text);
-      if (!expanded || !IsGoneText(*expanded)) return std::nullopt;
+      if (!IsGoneText(Expand(text))) return std::nullopt;
     } else if (!IsGoneText(text)) {
       return std::nullopt;
     }
@@ -79,8 +78,8 @@ std::optional<std::string> ReferenceJudge::FindGone(const RegistryValue& value) 
   return std::nullopt;
 }
 
-// Nothing when a variable is not known: the path is another's then.
-std::optional<std::string> ReferenceJudge::Expand(std::string_view text) {
+// A variable that is not known stays, as "%1" does; what it stands in is then no path.
+std::string ReferenceJudge::Expand(std::string_view text) {
   std::string expanded;
   while (true) {
     const size_t start = text.find('%');
@@ -93,8 +92,6 @@ std::optional<std::string> ReferenceJudge::Expand(std::string_view text) {
       return expanded;
     }
     const auto variable = machine_.system.Environment(text.substr(0, end));
-    // As in "%1": what is no variable stays, and the rest may hold one.
-    if (!variable && end != 0 && expanded.empty()) return std::nullopt;
     if (variable) {
       expanded += *variable;
       text.remove_prefix(end + 1);

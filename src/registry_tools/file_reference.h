@@ -27,7 +27,7 @@ class ReferenceJudge {
   bool IsNumberInFile(std::string_view path);
   bool IsThere(const std::string& path, bool may_go_on);
   bool IsGone(std::string_view path);
-  std::optional<std::string> Expand(std::string_view text);
+  std::string Expand(std::string_view text);
 
   Machine machine_;
   std::string drives_;  // letters, upper case

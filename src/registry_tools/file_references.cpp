@@ -72,7 +72,6 @@ void FileReferences::ScanRegistry() {
 void FileReferences::ScanRoot(RegistryRoot root) {
   root_ = root;
   root_name_ = root == RegistryRoot::kCurrentUser ? kUserName : kMachineName;
-  if (thorough()) current_path_.clear();
   try {
     const auto key = machine().registry.Open(root, "", RegistryAccess::kRead);
     if (key) AnalyzeKey(*key, "", 0);

@@ -127,6 +127,7 @@ TEST_F(FileReferenceTest, TheThoroughWalkReadsAllValuesProperly) {
       {"QxGoneVariable", Text(gone_ + " %1"), true},
       {"QxQuoted", Text("\"" + app + "\" /x"), false},
       {"QxGoneQuoted", Text("\"" + gone_ + "\" /x"), true},
+      {"QxQuotedWithoutExe", Text("\"" + scratch + "has blank\\app\" /x"), false},
       {"QxOpenQuote", Text("\"" + gone_), true},
       {"QxWithoutExe", Text(scratch + "has blank\\app /x"), false},
       {"QxLibraryNumber", Text(app + "\\2"), false},

@@ -201,6 +201,12 @@ TEST_F(RegistryScanTest, ApplicationPaths) {
   EXPECT_EQ(scan->Browse(0, prompts), there);
   EXPECT_EQ(scan->Browse(2, prompts), std::nullopt);
   EXPECT_EQ(prompts.asked, (std::vector<std::string>{"", "*.exe|*.exe"}));
+  const std::string untouched = std::string(kApps) + "\\a gone.exe";
+  Set(kMachine, untouched, "", Text(gone, kRegExpandSz));
+  scan->SaveEdit(2, gone);
+  EXPECT_EQ(ports.registry.Open(kMachine, untouched, RegistryAccess::kRead)->QueryValue("")->type,
+            kRegExpandSz)
+      << "what is not changed is not written";
   scan->SaveEdit(0, there);
   scan->EndEdit();
   EXPECT_TRUE(scan->timer_enabled());

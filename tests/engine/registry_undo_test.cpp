@@ -78,6 +78,35 @@ TEST_F(RegistryUndoTest, EveryKindOfEntryComesBackAsItWas) {
   EXPECT_TRUE(machine->Exists(copy));
 }
 
+TEST_F(RegistryUndoTest, OfAValueDeletedTwiceTheLastComesBack) {
+  RegistryUndo undo;
+  for (const char* text : {"first", "last"}) {
+    Set(kUser, "Qx1", "v", Text(text));
+    undo.AddValue(ports.registry, kUser, "Qx1", "v");
+    undo.Store(ports, BackupFolder());
+    machine->RemoveRegistryTree(kUser, "Qx1");
+  }
+  const RestoreResult result = RestoreFile(UndoFiles().at(0));
+  EXPECT_EQ(result.restored, 1u);
+  EXPECT_EQ(modRegistry::ReadRegString({ports.registry, ports.system}, kUser, "Qx1", "v"), "last");
+}
+
+TEST_F(RegistryUndoTest, ClassesComeBackToTheUserAndTheMachine) {
+  const std::string classes = "Software\\Classes\\", type = "Qx\\Type";
+  for (const RegistryRoot root : {kUser, kMachine}) Set(root, classes + type, "v", Text("x"));
+  RegistryUndo undo;
+  undo.AddTree(ports.registry, RegistryRoot::kClassesRoot, type);
+  undo.Store(ports, BackupFolder());
+  for (const RegistryRoot root : {kUser, kMachine}) {
+    machine->RemoveRegistryTree(root, classes + "Qx");
+  }
+  EXPECT_TRUE(RestoreFile(UndoFiles().at(0)).problems.empty());
+  for (const RegistryRoot root : {kUser, kMachine}) {
+    EXPECT_EQ(machine->ValueNames(root, classes + type), std::vector<std::string>{"v"});
+    machine->RemoveRegistryTree(root, classes + "Qx");
+  }
+}
+
 TEST_F(RegistryUndoTest, OneValueThatCannotBeWrittenKeepsNoneOfTheOthersBack) {
   RegFileText text;
   text.AddKey(kUser, "Qx1");

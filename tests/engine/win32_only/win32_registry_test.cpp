@@ -3,7 +3,8 @@
 #include "platform/win32/win32_text.h"
 #include "plugins/mod_plugin.h"
 #include "registry_tools/mod_registry.h"
-#include "support/run_fixture.h"
+#include "support/branch_registry.h"
+#include "support/registry_fixture.h"
 #include "ui/windows_api.h"
 
 namespace quellix {
@@ -49,6 +50,44 @@ class KeyLink {
   HKEY key_ = nullptr;
   LSTATUS status_ = ERROR_GEN_FAILURE;
 };
+
+// Sets a value whose name has a NUL in it, which only the system's own call can.
+void SetNulValue(const std::wstring& path, std::wstring name, const std::wstring& text) {
+  struct {
+    USHORT length, size;
+    wchar_t* buffer;
+  } counted{static_cast<USHORT>(name.size() * sizeof(wchar_t)),
+            static_cast<USHORT>(name.size() * sizeof(wchar_t)), name.data()};
+  HKEY key = nullptr;
+  RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
+                  nullptr);
+  const auto set = reinterpret_cast<LONG(NTAPI*)(HANDLE, void*, ULONG, ULONG, const void*, ULONG)>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtSetValueKey")));
+  set(key, &counted, 0, REG_SZ, text.c_str(),
+      static_cast<ULONG>((text.size() + 1) * sizeof(wchar_t)));
+  RegCloseKey(key);
+}
+
+class NulNameTest : public RegistryFixture {};
+
+TEST_F(NulNameTest, AValueWithANulInItsNameTakesNoOtherWithIt) {
+  for (const char* name : {"a", "b"}) Set(kUser, "Qx1", name, Text("kept"));
+  SetNulValue(L"Qx1", std::wstring(L"a\0b", 3), L"C:\\qx none");
+  WriteSettings("[Backup]\r\nRegistry=0\r\n");
+  BranchRegistry user(ports.registry);
+  const auto scan = MakeScan(ScanTool::kFileReferences, user.On(ports), scan_view);
+  scan->SetThorough(true);
+  scan->StartScan();
+  size_t ticked = 0;
+  for (size_t i = 0; i < scan->RowCount(); ++i) {
+    if (scan->row(i).key != "Qx1\\") continue;
+    scan->SetChecked(i, true);
+    ++ticked;
+  }
+  EXPECT_EQ(ticked, 1u);
+  scan->DeleteChecked(false);
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1").size(), 3u);
+}
 
 TEST_F(Win32RegistryTest, WhatALinkLeadsToIsNeitherDeletedNorKept) {
   const std::string tree = "Software\\QxLinks", target = "Software\\QxLinked";
