@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "app/removal.h"
+#include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
@@ -145,6 +146,7 @@ int ConsolePlugins::Process(const Machine& machine, RunKind kind) {
   if (kind == RunKind::kPreview) {
     run.PrintPreview();
   } else {
+    CloseBackup(engine.context());
     PrintTotals(engine.context());
   }
   return ExitCodeOf(engine.state());

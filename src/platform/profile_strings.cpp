@@ -79,11 +79,42 @@ std::string WithKey(std::string text, std::string_view section, std::string_view
   return text;
 }
 
+constexpr std::string_view kUtf16Mark = "\xFF\xFE";
+
+bool IsUtf16(std::string_view bytes) {
+  return bytes.starts_with(kUtf16Mark) && bytes.size() % 2 == 0;
+}
+
+// The bytes without those lines of the sections of a name that `goes` names, the header line among
+// them.
+std::string WithoutLines(std::string_view bytes, std::string_view section,
+                         const std::function<std::string(std::string_view raw)>& decode,
+                         const std::function<bool(std::string_view line)>& goes) {
+  const size_t mark = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  std::string kept(bytes.substr(0, mark));
+  bool inside = false;
+  for (size_t at = mark; at < bytes.size();) {
+    const size_t end = std::min(bytes.find('\n', at), bytes.size() - 1) + 1;
+    const std::string_view raw = bytes.substr(at, end - at);
+    const std::string decoded = decode(raw);
+    const std::string_view line = TrimSpace(WithoutBreak(decoded));
+    if (line.starts_with('[')) inside = EqualsNoCase(SectionName(line), section);
+    if (!inside || !goes(line)) kept += raw;
+    at = end;
+  }
+  return kept;
+}
+
 }  // namespace
 
 std::string DecodeText(std::string_view bytes, System& system) {
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
   return IsUtf8(bytes) ? std::string(bytes) : system.FromAnsi(bytes);
+}
+
+std::string DecodeIni(std::string_view bytes, System& system) {
+  return IsUtf16(bytes) ? FromUtf16Bytes(bytes.substr(kUtf16Mark.size()))
+                        : DecodeText(bytes, system);
 }
 
 std::optional<std::string> IniFiles::Read(std::string_view file, std::string_view section,
@@ -95,7 +126,7 @@ std::optional<std::string> IniFiles::Read(std::string_view file, std::string_vie
     return std::nullopt;
   }
   if (!bytes) return std::nullopt;
-  const std::string text = DecodeText(*bytes, system_);
+  const std::string text = DecodeIni(*bytes, system_);
   const Place place = Find(text, section, key);
   if (place.line == std::string::npos) return std::nullopt;
   return std::string(place.value);
@@ -103,25 +134,24 @@ std::optional<std::string> IniFiles::Read(std::string_view file, std::string_vie
 
 void IniFiles::Write(std::string_view file, std::string_view section, std::string_view key,
                      std::string_view value) {
-  const std::string old = DecodeText(files_.ReadWholeFile(file).value_or(""), system_);
+  const std::string old = DecodeIni(files_.ReadWholeFile(file).value_or(""), system_);
   const std::string text = WithKey(old, section, key, value);
   if (text != old) files_.WriteWholeFile(file, text);
 }
 
 void IniFiles::DeleteLines(std::string_view file, std::string_view section, const LineTest& goes) {
   const std::string bytes = files_.ReadWholeFile(file).value_or("");
-  const size_t mark = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
-  const bool is_utf8 = IsUtf8(bytes);
-  std::string kept = bytes.substr(0, mark);
-  bool inside = false;
-  for (size_t at = mark; at < bytes.size();) {
-    const size_t end = std::min(bytes.find('\n', at), bytes.size() - 1) + 1;
-    const std::string_view raw = std::string_view(bytes).substr(at, end - at);
-    const std::string decoded = is_utf8 ? std::string(raw) : system_.FromAnsi(raw);
-    const std::string_view line = TrimSpace(WithoutBreak(decoded));
-    if (line.starts_with('[')) inside = EqualsNoCase(SectionName(line), section);
-    if (!inside || !goes(line)) kept += raw;
-    at = end;
+  std::string kept;
+  if (IsUtf16(bytes)) {
+    const auto as_it_is = [](std::string_view raw) { return std::string(raw); };
+    kept = std::string(kUtf16Mark) +
+           ToUtf16Bytes(WithoutLines(DecodeIni(bytes, system_), section, as_it_is, goes));
+  } else {
+    const bool is_utf8 = IsUtf8(bytes);
+    kept = WithoutLines(
+        bytes, section,
+        [&](std::string_view raw) { return is_utf8 ? std::string(raw) : system_.FromAnsi(raw); },
+        goes);
   }
   if (kept == bytes) return;
   // As the system's own calls do; on some disks the file could be replaced all the same.

@@ -15,6 +15,10 @@ namespace quellix {
 // page.
 std::string DecodeText(std::string_view bytes, System& system);
 
+// The text of an INI file: as DecodeText says, or, as Windows reads INI files, UTF-16 (low byte
+// first) behind its byte-order mark.
+std::string DecodeIni(std::string_view bytes, System& system);
+
 // INI files, one key at a time. Sections and keys compare without regard to case; the first match
 // counts. Keys, comments and lines not named stay as they are, byte for byte.
 class ProfileStrings {
@@ -38,9 +42,10 @@ class ProfileStrings {
   virtual void DeleteSection(std::string_view file, std::string_view section) = 0;
 };
 
-// Over any file system. Files are read by DecodeText and written as UTF-8, new lines with CR LF.
-// The text is edited in place, so that lines not named keep their bytes, and replaced in one step,
-// so that a full disk keeps the old file; the system's own profile calls promise neither.
+// Over any file system. Files are read by DecodeIni and written as UTF-8, new lines with CR LF;
+// what was UTF-16 and loses lines stays UTF-16. The text is edited in place, so that lines not
+// named keep their bytes, and replaced in one step, so that a full disk keeps the old file; the
+// system's own profile calls promise neither.
 class IniFiles : public ProfileStrings {
  public:
   IniFiles(FileSystem& files, System& system) : files_(files), system_(system) {}

@@ -14,6 +14,21 @@ namespace {
 constexpr FileFilter kIniFilter = {"INI FIles ( *.ini )", "*.ini"};
 constexpr std::string_view kExtension = ".cdp";
 constexpr std::string_view kNewName = "NoName";
+constexpr std::string_view kNoSuchCharacter =
+    "It holds a line break or another character that no line of a plugin can have";
+
+// Folders that are listed to judge a location with "*".
+constexpr size_t kMostListed = 1000;
+
+constexpr std::string_view kLineEnds("\0\r\n", 3);
+
+// A record is one line with its fields parted by a character: what holds one of these would be read
+// back as something else.
+bool FitsOnLine(std::initializer_list<std::string_view> fields) {
+  return std::ranges::none_of(fields, [](std::string_view field) {
+    return field.find_first_of(kLineEnds) != field.npos || field.find(kSeparator) != field.npos;
+  });
+}
 
 FileEntry ToEntry(const FilesForm& form) {
   return {form.recurse, form.delete_subfolders && form.file == "*.*",
@@ -26,7 +41,9 @@ RegistryEntry ToEntry(const RegistryForm& form) {
 }
 
 std::string WithoutExtension(const std::string& file) {
-  return file.substr(0, file.size() - (file.ends_with(kExtension) ? kExtension.size() : 0));
+  const size_t stem = file.size() - std::min(file.size(), kExtension.size());
+  return EqualsNoCase(std::string_view(file).substr(stem), kExtension) ? file.substr(0, stem)
+                                                                       : file;
 }
 
 }  // namespace
@@ -56,6 +73,7 @@ bool PluginEditor::Load(const std::string& file) {
 }
 
 void PluginEditor::SetDescription(std::string_view text) {
+  text = text.substr(0, text.find_first_of(kLineEnds));
   if (plugin_.description == text) return;
   plugin_.description = text;
   is_changed_ = true;
@@ -69,7 +87,9 @@ void PluginEditor::Append(std::vector<Entry>& list, const std::vector<Entry>& en
 
 bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
   for (const FileEntry& entry : entries) {
-    const FilesPlace place = FindFolders(machine_, entry);
+    if (!FitsOnLine({entry.location})) return Refuse(kNoSuchCharacter);
+    const FilesPlace place = FindFolders(
+        machine_, entry, [listed = size_t{0}]() mutable { return ++listed > kMostListed; });
     if (place.folders.empty() && !place.refusals.empty()) return Refuse(place.refusals.front());
   }
   Append(plugin_.files, entries);
@@ -78,6 +98,7 @@ bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
 
 bool PluginEditor::AddAll(const std::vector<RegistryEntry>& entries) {
   for (const RegistryEntry& entry : entries) {
+    if (!FitsOnLine({entry.key, entry.value_name})) return Refuse(kNoSuchCharacter);
     const KeyPlace place = FindKey(entry);
     if (!place.root) return Refuse(place.refusal);
   }
@@ -136,7 +157,7 @@ std::string PluginEditor::AskIniFile() {
 std::vector<IniSection> PluginEditor::ReadIni(const std::string& path) {
   try {
     const std::optional<std::string> bytes = machine_.files.ReadWholeFile(path);
-    if (bytes) return OutlineIni(DecodeText(*bytes, machine_.system));
+    if (bytes) return OutlineIni(DecodeIni(*bytes, machine_.system));
     prompts_.Inform("There is no file " + path + ".");
   } catch (const Error& error) {
     prompts_.Inform(error.what());
@@ -151,6 +172,7 @@ bool PluginEditor::AddIni(const IniForm& form) {
   if (form.value.empty() && !form.erase_section) return Refuse("Please enter a value");
   const IniEntry entry{std::string(NamePart(form.file)), form.section, form.erase_section,
                        form.value, std::string(FolderPart(form.file))};
+  if (!FitsOnLine({form.file, form.section, form.value})) return Refuse(kNoSuchCharacter);
   const IniPlace place = FindIni(machine_.system, entry);
   if (!place.refusal.empty()) return Refuse(place.refusal);
   Append(plugin_.ini, {entry});

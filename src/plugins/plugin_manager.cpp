@@ -34,6 +34,11 @@ void EndProcessing(CleaningContext& context) {
   ShowIdle(context, context.state.AbortRequested ? "Aborted by user" : "");
 }
 
+auto FindRow(std::vector<InstalledPlugin>& rows, std::string_view file) {
+  return std::ranges::find_if(
+      rows, [file](const InstalledPlugin& plugin) { return EqualsNoCase(plugin.file, file); });
+}
+
 // What a run by plug-ins has to say beside its totals.
 std::string Problems(const RunState& state) {
   std::string text;
@@ -53,6 +58,8 @@ std::string Problems(const RunState& state) {
 }  // namespace
 
 void PluginManager::Load() {
+  rows_.clear();
+  is_read_ = false;
   try {
     rows_ = ReadPluginList(machine_);
     is_read_ = true;
@@ -65,10 +72,21 @@ void PluginManager::Load() {
 void PluginManager::Save() {
   if (!is_read_ && rows_.empty()) return;
   try {
+    if (!is_read_) AddUnread();
     WritePluginList(machine_, rows_);
   } catch (const Error& error) {
     prompts_.Inform(std::string("The list of plugins could not be saved. ") + error.what());
   }
+}
+
+// What was added while the list could not be read goes behind what stands there.
+void PluginManager::AddUnread() {
+  std::vector<InstalledPlugin> rows = ReadPluginList(machine_);
+  for (const InstalledPlugin& added : rows_) {
+    if (FindRow(rows, added.file) == rows.end()) rows.push_back(added);
+  }
+  rows_ = std::move(rows);
+  is_read_ = true;
 }
 
 // The editor's count line has "plug-in(s)"; people know both spellings.
@@ -115,8 +133,7 @@ void PluginManager::Delete(std::span<const size_t> rows) {
 }
 
 void PluginManager::AddSaved(std::string_view file, std::string_view description) {
-  const auto row = std::ranges::find_if(
-      rows_, [file](const InstalledPlugin& plugin) { return EqualsNoCase(plugin.file, file); });
+  const auto row = FindRow(rows_, file);
   if (row == rows_.end()) {
     rows_.push_back({true, std::string(file), std::string(description)});
   } else {

@@ -16,9 +16,9 @@ class PluginManager {
  public:
   PluginManager(const Machine& machine, Prompts& prompts) : machine_(machine), prompts_(prompts) {}
 
-  // Reads plg.txt; a file that cannot be read is told and never overwritten by Save.
+  // Reads plg.txt; a file that cannot be read is told, and Save overwrites none that was not read.
   void Load();
-  // Writes plg.txt; a failure is told.
+  // Writes plg.txt; a failure is told. A list that could not be read is read anew before.
   void Save();
 
   const std::vector<InstalledPlugin>& rows() const { return rows_; }
@@ -43,6 +43,7 @@ class PluginManager {
                const std::function<void()>& show);
 
  private:
+  void AddUnread();
   void ShowCount();
 
   Machine machine_;

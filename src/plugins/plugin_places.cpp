@@ -1,5 +1,7 @@
 #include "plugins/plugin_places.h"
 
+#include <algorithm>
+
 #include "cleaners/skeleton.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -109,6 +111,8 @@ bool IsTooPrecious(System& system, const std::string& path, bool recurse) {
   for (const char* name : {"ProgramFiles(x86)", "ProgramW6432"}) {
     if (HoldsFolder(folder, system.Environment(name).value_or(""))) return true;
   }
+  // The system folder of 32-bit programs.
+  if (EqualsNoCase(folder, WithBackslash(system.WindowsFolder()) + "SysWOW64")) return true;
   return recurse && IsProfile(system, folder);
 }
 
@@ -160,14 +164,46 @@ class FolderSearch {
   std::vector<std::string> found_;
 };
 
-std::string WithoutEmptyParts(std::string_view subkey, size_t& parts) {
+std::string WithoutEmptyParts(std::string_view subkey) {
   std::string result;
-  parts = 0;
   for (const std::string& part : Split(subkey, '\\')) {
-    if (part.empty()) continue;
-    result += (parts++ == 0 ? "" : "\\") + part;
+    if (!part.empty()) result += (result.empty() ? "" : "\\") + part;
   }
   return result;
+}
+
+// Where a root key shows under another one. "*" stands for any one key.
+constexpr struct {
+  const char* root;
+  const char* subkey;
+} kRootPlaces[] = {
+    {"HKEY_CLASSES_ROOT", ""},
+    {"HKEY_CURRENT_USER", ""},
+    {"HKEY_CURRENT_USER", "Software\\Classes"},
+    {"HKEY_LOCAL_MACHINE", ""},
+    {"HKEY_LOCAL_MACHINE", "Software\\Classes"},
+    {"HKEY_LOCAL_MACHINE", "Software\\Wow6432Node\\Classes"},
+    {"HKEY_LOCAL_MACHINE", "System\\CurrentControlSet\\Hardware Profiles\\Current"},
+    {"HKEY_USERS", ""},
+    {"HKEY_USERS", "*"},
+    {"HKEY_USERS", "*\\Software\\Classes"},
+    {"HKEY_CURRENT_CONFIG", ""},
+};
+
+// Whether a key is a root key, lies directly in one or holds one.
+bool IsMainBranch(std::string_view root, const std::string& subkey) {
+  const auto parts_of = [](const std::string& key) {
+    return key.empty() ? std::vector<std::string>() : Split(key, '\\');
+  };
+  const std::vector<std::string> key = parts_of(subkey);
+  return std::ranges::any_of(kRootPlaces, [&](const auto& other) {
+    const std::vector<std::string> parts = parts_of(other.subkey);
+    const auto differ = std::ranges::mismatch(
+        key, parts, [](const auto& a, const auto& b) { return b == "*" || EqualsNoCase(a, b); });
+    const bool is_above = differ.in1 == key.end();
+    const bool is_below = differ.in2 == parts.end() && key.size() <= parts.size() + 1;
+    return root == other.root && (is_above || is_below);
+  });
 }
 
 }  // namespace
@@ -220,14 +256,12 @@ FilesPlace FindFolders(const Machine& machine, const FileEntry& entry, const Pau
 
 KeyPlace FindKey(const RegistryEntry& entry) {
   const size_t end = std::min(entry.key.find('\\'), entry.key.size());
-  const uint32_t handle = RootKeyFromName(std::string_view(entry.key).substr(0, end));
+  const std::string_view root = std::string_view(entry.key).substr(0, end);
+  const uint32_t handle = RootKeyFromName(root);
   if (handle == 0) return {{}, "", Refusal(entry.key, "it begins with no known root key.")};
   KeyPlace place;
-  size_t parts = 0;
-  place.subkey = WithoutEmptyParts(std::string_view(entry.key).substr(end), parts);
-  // The branches of HKEY_USERS are themselves the roots of one user each.
-  const size_t most = handle == RootKeyFromName("HKEY_USERS") ? 2 : 1;
-  if (parts <= most) {
+  place.subkey = WithoutEmptyParts(std::string_view(entry.key).substr(end));
+  if (IsMainBranch(root, place.subkey)) {
     place.refusal = Refusal(entry.key, "it is a root key or one of its main branches.");
   } else if (handle <= RootKeyFromName("HKEY_USERS")) {
     place.root = static_cast<RegistryRoot>(handle - RootKeyFromName("HKEY_CLASSES_ROOT"));

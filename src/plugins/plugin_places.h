@@ -36,7 +36,8 @@ struct KeyPlace {
   std::string refusal;  // a sentence
 };
 
-// Root keys and their first-level branches are refused.
+// Refused are root keys and their first-level branches, by whatever way they are named, and keys
+// that hold them.
 KeyPlace FindKey(const RegistryEntry& entry);
 
 struct IniPlace {

@@ -58,12 +58,8 @@ LRESULT FrmLog::OnNotify(NMHDR& header) {
   return 0;
 }
 
-// A text that cannot be changed would be grey; this one is there to be read.
 HBRUSH FrmLog::OnControlColor(HDC target, HWND control) {
-  if (control != Control(txtLog)) return nullptr;
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
+  return control == Control(txtLog) ? Paper(target) : nullptr;
 }
 
 // No run may begin meanwhile: it would close this window and the question with it.

@@ -329,10 +329,8 @@ void FrmMain::OnDrawItem(const DRAWITEMSTRUCT& item) {
 
 // The boxes stand on paper, the commands on a bar below.
 HBRUSH FrmMain::OnControlColor(HDC target, HWND control) {
-  if (std::ranges::count(kFooterControls, GetDlgCtrlID(control)) > 0) return nullptr;
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
+  const bool in_footer = std::ranges::count(kFooterControls, GetDlgCtrlID(control)) > 0;
+  return in_footer ? nullptr : Paper(target);
 }
 
 int FrmMain::FooterTop() const {

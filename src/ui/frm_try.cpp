@@ -62,12 +62,8 @@ void FrmTry::OnClose() {
   OwnedWindow::OnClose();
 }
 
-// A text that cannot be changed would be grey; this one is there to be read.
 HBRUSH FrmTry::OnControlColor(HDC target, HWND control) {
-  if (control != Control(txtTry)) return nullptr;
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
+  return control == Control(txtTry) ? Paper(target) : nullptr;
 }
 
 }  // namespace quellix

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "contract/error_kind.h"
+#include "platform/text.h"
 #include "support/test_machine.h"
 
 namespace quellix {
@@ -96,6 +97,25 @@ TEST_F(ProfileContract, DeletingKeepsEveryOtherByte) {
   }
   machine_.profile.DeleteSection(test_->Scratch() + "none.ini", "A");
   EXPECT_FALSE(test_->Exists(test_->Scratch() + "none.ini"));
+}
+
+TEST_F(ProfileContract, Utf16IsReadAndStaysUtf16) {
+  const auto utf16 = [](const char* text) { return "\xFF\xFE" + ToUtf16Bytes(text); };
+  const std::string before = utf16("[Größe]\r\nk=1\r\nl=Мир\r\n[B]\r\nk=😀");
+  test_->MakeFile(file_, before);
+  EXPECT_EQ(machine_.profile.Read(file_, "GRÖSSE", "l"), std::nullopt);
+  EXPECT_EQ(machine_.profile.Read(file_, "GRÖßE", "l"), "Мир");
+  machine_.profile.DeleteKey(file_, "Größe", "none");
+  EXPECT_EQ(Content(), before);
+  for (int run = 0; run < 2; ++run) {
+    machine_.profile.DeleteKey(file_, "größe", "K");
+    EXPECT_EQ(Content(), utf16("[Größe]\r\nl=Мир\r\n[B]\r\nk=😀"));
+  }
+  machine_.profile.DeleteSection(file_, "Größe");
+  EXPECT_EQ(Content(), utf16("[B]\r\nk=😀"));
+  test_->MakeFile(file_, before + "x");  // half a character is no UTF-16
+  machine_.profile.DeleteSection(file_, "B");
+  EXPECT_EQ(Content(), before + "x");
 }
 
 TEST_F(ProfileContract, AFileThatCannotBeWrittenStaysWhole) {

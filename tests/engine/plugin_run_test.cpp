@@ -108,6 +108,7 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
       {"F|No|No|%WINDIR%\\\\qx-none", "whole drive"},
       {"F|No|No|%WINDIR%. \\qx-none", "whole drive"},
       {"F|No|No|%SYSDIR%\\qx-none", "whole drive"},
+      {"F|No|No|%WINDIR%\\syswow64\\qx-none", "whole drive"},
       {"F|No|No|%PROGDIR%\\qx-none", "whole drive"},
       {"F|Yes|No|%USERPROFILE%\\qx-none", "whole drive"},
       {"F|Yes|No|" + profile + "\\..\\qx-none", "full path"},
@@ -155,6 +156,42 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
   machine->RemoveRegistryTree(kUser, "Quellix Branch");
   EXPECT_EQ(CleanBy("F|No|No|%USERPROFILE%\\qx-none\r\n"),
             "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
+}
+
+TEST(PluginKeys, ARootKeyIsKnownByAllItsNames) {
+  const std::string kRefused[] = {"HKEY_CURRENT_USER\\SOFTWARE\\classes",
+                                  "HKEY_CURRENT_USER\\Software\\\\Classes\\.txt\\",
+                                  "HKEY_LOCAL_MACHINE\\Software\\Classes",
+                                  "HKEY_LOCAL_MACHINE\\Software\\Classes\\CLSID",
+                                  "HKEY_LOCAL_MACHINE\\Software\\Wow6432Node",
+                                  "HKEY_LOCAL_MACHINE\\Software\\Wow6432Node\\Classes\\CLSID",
+                                  "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet",
+                                  "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Hardware Profiles"
+                                  "\\Current\\Software",
+                                  "HKEY_CURRENT_CONFIG\\Software",
+                                  "HKEY_USERS\\S-1_Classes\\CLSID",
+                                  "HKEY_USERS\\S-1\\Software",
+                                  "HKEY_USERS\\S-1\\Software\\Classes\\CLSID"};
+  for (const std::string& key : kRefused) {
+    const modPlugin::KeyPlace place = modPlugin::FindKey({true, true, key, ""});
+    EXPECT_FALSE(place.root) << key;
+    EXPECT_NE(place.refusal.find("main branches"), std::string::npos) << key;
+  }
+  const struct {
+    const char *key, *subkey;
+  } kTaken[] = {
+      {"HKEY_CURRENT_USER\\Software\\Qx", "Software\\Qx"},
+      {"HKEY_CURRENT_USER\\Software\\Classes\\Qx\\MRU", "Software\\Classes\\Qx\\MRU"},
+      {"HKEY_LOCAL_MACHINE\\Software\\\\Qx\\", "Software\\Qx"},
+      {"HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Qx", "SYSTEM\\CurrentControlSet\\Qx"},
+      {"HKEY_USERS\\S-1\\Software\\Qx", "S-1\\Software\\Qx"},
+      {"HKEY_CURRENT_CONFIG\\Software\\Qx",
+       "SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\Software\\Qx"}};
+  for (const auto& row : kTaken) {
+    const modPlugin::KeyPlace place = modPlugin::FindKey({true, true, row.key, ""});
+    EXPECT_TRUE(place.root) << row.key;
+    EXPECT_EQ(place.subkey, row.subkey);
+  }
 }
 
 TEST_F(PluginRunTest, VariablesAreReplacedInTheirOrder) {

@@ -3,6 +3,7 @@
 #include "plugins/mod_plugin.h"
 #include "plugins/plugin_editor.h"
 #include "plugins/plugin_trial.h"
+#include "support/forwarding_files.h"
 #include "support/plugin_fixture.h"
 #include "support/scripted_prompts.h"
 
@@ -78,6 +79,9 @@ TEST_F(PluginWindowsTest, BeforeTheFirstStartTheFolderIsListed) {
   manager.Toggle(1);
   manager.Save();
   EXPECT_EQ(ReadProgramFile("plg.txt"), Text("0|A.cdp|x\r\n1|b.CDP|x\r\n"));
+  ASSERT_TRUE(editor.Load("b.CDP"));
+  editor.Save();
+  EXPECT_EQ(prompts.presets.back(), "b") << "saved under its own name, not as b.CDP.cdp";
 }
 
 TEST_F(PluginWindowsTest, AListThatCannotBeReadIsNotOverwritten) {
@@ -87,7 +91,26 @@ TEST_F(PluginWindowsTest, AListThatCannotBeReadIsNotOverwritten) {
   manager.Save();
   EXPECT_EQ(prompts.informed.size(), 1u);
   EXPECT_THROW(ProcessTickedPlugins(context), Error);
+  manager.AddSaved("new.cdp", "made meanwhile");
+  manager.Save();
+  EXPECT_TRUE(LastTold().starts_with("The list of plugins could not be saved. ")) << LastTold();
   ports.files.RemoveFolder(ports.program_folder + "\\plg.txt");
+  for (const char* name : {"old.cdp", "new.cdp"}) WriteRecipe(name, "");
+  WriteList("1|old.cdp|old\r\n");
+  manager.Save();
+  const std::string both = Text("1|old.cdp|old\r\n1|new.cdp|made meanwhile\r\n");
+  EXPECT_EQ(ReadProgramFile("plg.txt"), both);
+
+  // The same when it was read before.
+  manager.Load();
+  ports.files.RemoveFile(ports.program_folder + "\\plg.txt");
+  machine->MakeFolder(ports.program_folder + "\\plg.txt");
+  manager.Load();
+  EXPECT_EQ(manager.status(), "0 plugin(s) listed");
+  ports.files.RemoveFolder(ports.program_folder + "\\plg.txt");
+  WriteList("0|old.cdp|changed\r\n");
+  manager.Save();
+  EXPECT_EQ(ReadProgramFile("plg.txt"), Text("0|old.cdp|changed\r\n"));
 }
 
 TEST_F(PluginWindowsTest, ProcessingTellsWhatItDid) {
@@ -180,6 +203,10 @@ TEST_F(PluginWindowsTest, TheEditorRefusesWithItsSentences) {
       {[&] { return ini("C:\\a.ini", "", "v"); }, "Please select a section"},
       {[&] { return ini("C:\\a.ini", "s", ""); }, "Please enter a value"},
       {[&] { return ini("a\\b.ini", "s", "v"); }, "a\\b.ini is not cleaned"},
+      {[&] { return ini("C:\\a.ini", "s\1Yes", "v"); }, "It holds a line break or another"},
+      {[&] { return ini("C:\\a.ini", "s", "v\r"); }, "It holds a line break or another"},
+      {[&] { return files("C:\\Temp\nF", "*.*"); }, "It holds a line break or another"},
+      {[&] { return key(1, "Software\\Qx\1"); }, "It holds a line break or another"},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.told);
@@ -194,12 +221,30 @@ TEST_F(PluginWindowsTest, TheEditorRefusesWithItsSentences) {
   EXPECT_TRUE(prompts.asked.empty()) << "nothing to lose";
 }
 
+TEST_F(PluginWindowsTest, AddingALocationDoesNotSearchAWholeDisk) {
+  for (int i = 0; i < 1010; ++i) machine->MakeFolder(scratch + "many\\" + std::to_string(i));
+  struct : ForwardingFiles {
+    using ForwardingFiles::ForwardingFiles;
+    bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override {
+      ++listed;
+      return ForwardingFiles::Enumerate(folder, detail, visit);
+    }
+    size_t listed = 0;
+  } files{ports.files, nullptr};
+  const Machine counted{files,         ports.registry, ports.shell,   ports.url_cache,
+                        ports.profile, ports.system,   ports.session, ports.program_folder};
+  PluginEditor other(counted, prompts, manager);
+  FilesForm form{scratch + "many\\*\\*", "*.log", true, false};
+  EXPECT_TRUE(other.AddFiles(form));
+  EXPECT_EQ(files.listed, 1000u);
+}
+
 TEST_F(PluginWindowsTest, WhatTheEditorComposesIsTheFile) {
   editor.Create();
   EXPECT_EQ(editor.Title(), "Plugin: NoName");
   editor.SetDescription(
       "Gr\xC3\xB6\xC3\x9F"
-      "e");
+      "e\r\nF|");
   FilesForm all{scratch + "a\\", "*.*", true, true}, some{scratch + "b", "*.log", true, true};
   EXPECT_TRUE(editor.AddFiles(all) && editor.AddFiles(some));
   EXPECT_TRUE(all.delete_subfolders && !some.delete_subfolders);

@@ -18,11 +18,13 @@ class ScriptedPrompts : public Prompts {
   std::deque<OverwriteAnswer> overwrites;
 
   std::vector<std::string> informed;
-  std::vector<std::string> asked;  // questions, titles and paths, in order
+  std::vector<std::string> asked;    // questions, titles and paths, in order
+  std::vector<std::string> presets;  // of the texts asked for
 
   void Inform(std::string_view text) override { informed.emplace_back(text); }
   bool AskYesNo(std::string_view question) override { return Next(question, yes_no, false); }
-  std::optional<std::string> AskText(std::string_view question, std::string_view) override {
+  std::optional<std::string> AskText(std::string_view question, std::string_view preset) override {
+    presets.emplace_back(preset);
     return Next(question, texts, {});
   }
   std::optional<std::string> AskFile(std::span<const FileFilter> filters,
