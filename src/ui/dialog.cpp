@@ -144,6 +144,8 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
       return TRUE;
     case WM_NCDESTROY:
       window_ = nullptr;
+      icon_.Reset();  // the next window is given its own
+      small_icon_.Reset();
       OnDestroyed();
       return FALSE;
     default:

@@ -198,6 +198,11 @@ TEST_F(OptionsTest, FieldsOutOfRangeAreRefusedWithASentence) {
   options.general.duration = "one";
   EXPECT_EQ(options.Save(), "");
   EXPECT_EQ(ReadProgramFile("Settings.ini"), DefaultSettings(home));
+  WriteSettings("[General]\r\nDuration=9\r\n");
+  Options unused(ports);
+  unused.general.duration = "";
+  EXPECT_EQ(unused.Save(), "");
+  EXPECT_EQ(LoadGeneralOptions(ports).duration, "9");
 }
 
 TEST_F(OptionsTest, StartingWithWindowsRepairsAndRemovesTheEntry) {
