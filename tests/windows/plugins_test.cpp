@@ -246,7 +246,8 @@ TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
   ASSERT_TRUE(browse);
   SelectFolder(browse, kFolder / "in");
   PressIn(browse, IDOK);
-  EXPECT_TRUE(AwaitText(editor, txtFilePath, (kFolder / "in").wstring()));
+  EXPECT_TRUE(AwaitText(editor, txtFilePath, (kFolder / "in").wstring()))
+      << ::testing::PrintToString(TextOf(GetDlgItem(editor, txtFilePath)));
 
   // The picker, by its keys: the way to the folder, one file, Enter.
   const HWND folders = GetDlgItem(editor, dirFileAlternate);
