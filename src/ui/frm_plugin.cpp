@@ -68,8 +68,8 @@ void FrmPlugin::OnSized() {
 
 // Ctrl+Tab turns the pages, as in any window that has some.
 bool FrmPlugin::OnKey(MSG& message) {
-  const bool turns = message.message == WM_KEYDOWN && message.wParam == VK_TAB &&
-                     GetKeyState(VK_CONTROL) < 0;
+  const bool turns =
+      message.message == WM_KEYDOWN && message.wParam == VK_TAB && GetKeyState(VK_CONTROL) < 0;
   if (!turns) return false;
   const HWND tab = Control(sstPlugin);
   const int pages = TabCtrl_GetItemCount(tab);

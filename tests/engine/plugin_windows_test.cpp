@@ -40,8 +40,8 @@ TEST_F(PluginWindowsTest, TheManagerListsTicksAddsAndDeletes) {
   for (int i = 0; i < 5; ++i) manager.Add();
   EXPECT_EQ(prompts.asked[0], "Quellix plugins ( *.cdp )|*.cdp");
   const std::string outside = "The plugin should be in Plugin Folder\r\n" + plugins_folder;
-  EXPECT_EQ(prompts.informed,
-            (std::vector<std::string>{outside, outside, "There was an error in loading the Plugin."}));
+  EXPECT_EQ(prompts.informed, (std::vector<std::string>{
+                                  outside, outside, "There was an error in loading the Plugin."}));
   ASSERT_EQ(manager.rows().size(), 3u);
   EXPECT_EQ(manager.rows()[2].description, "about c.cdp");
   EXPECT_EQ(manager.status(), "3 plugin(s) listed");
@@ -164,8 +164,8 @@ TEST_F(PluginWindowsTest, NothingGoesAfterStop) {
   machine->MakeFile(scratch + "in\\a", "1");
   machine->MakeFile(scratch + "a.ini", ini);
   machine->SetText(kUser, std::string(kKey) + "\\x", "v", "1");
-  WriteRecipe("one.cdp", "F|No|No|" + scratch + "in\\*.*\r\nR|No|No|HKEY_CURRENT_USER\\" + kKey +
-                             "\\x|v\r\n");
+  WriteRecipe("one.cdp",
+              "F|No|No|" + scratch + "in\\*.*\r\nR|No|No|HKEY_CURRENT_USER\\" + kKey + "\\x|v\r\n");
   WriteRecipe("two.cdp", "I|a.ini|s|Yes||" + scratch + "\r\n");
   WriteList("1|one.cdp|\r\n1|two.cdp|\r\n");
   manager.Load();
@@ -173,7 +173,10 @@ TEST_F(PluginWindowsTest, NothingGoesAfterStop) {
   const struct {
     const char* row;
     std::function<void()> process;
-  } kRows[] = {{"the manager", [&] { Process({0, 1}); }},
+  } kRows[] = {{"the manager",
+                [&] {
+                  Process({0, 1});
+                }},
                {"the main window", [&] { ProcessTickedPlugins(context); }},
                {"the item", [&] { engine.RunOneItem(*FindItem("CleanPlugins")); }}};
   for (const auto& row : kRows) {

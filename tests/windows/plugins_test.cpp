@@ -220,20 +220,6 @@ bool AwaitFocus(HWND window, int control) {
   });
 }
 
-// The folder dialog is told what to select, by a text in its own process.
-void SelectFolder(HWND dialog, const std::wstring& folder) {
-  DWORD id = 0;
-  GetWindowThreadProcessId(dialog, &id);
-  const HANDLE process = OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_WRITE, FALSE, id);
-  const size_t bytes = (folder.size() + 1) * sizeof(wchar_t);
-  void* const there =
-      VirtualAllocEx(process, nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
-  WriteProcessMemory(process, there, folder.c_str(), bytes, nullptr);
-  SendMessageW(dialog, BFFM_SETSELECTIONW, TRUE, reinterpret_cast<LPARAM>(there));
-  VirtualFreeEx(process, there, 0, MEM_RELEASE);
-  CloseHandle(process);
-}
-
 TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
   const QuellixWindow window;
   const HWND manager = OpenManager(window);
@@ -241,13 +227,18 @@ TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
   PressIn(manager, mnuCreate);
   const HWND editor = window.AwaitWindow(L"Plugin: NoName");
   ASSERT_TRUE(editor);
-  PressIn(editor, cmdFileBrowse);
-  const HWND browse = window.AwaitMessage(L"The folder whose files go:");
-  ASSERT_TRUE(browse);
-  SelectFolder(browse, kFolder / "in");
-  PressIn(browse, IDOK);
-  EXPECT_TRUE(AwaitText(editor, txtFilePath, (kFolder / "in").wstring()))
-      << ::testing::PrintToString(TextOf(GetDlgItem(editor, txtFilePath)));
+  // The folder dialog begins with the user's desktop.
+  wchar_t desktop[MAX_PATH];
+  ASSERT_TRUE(SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_DESKTOPDIRECTORY, nullptr, 0, desktop)));
+  Type(editor, txtFilePath, L"typed");
+  for (const int button : {IDCANCEL, IDOK}) {
+    PressIn(editor, cmdFileBrowse);
+    const HWND browse = window.AwaitMessage(L"The folder whose files go:");
+    ASSERT_TRUE(browse);
+    PressIn(browse, button);
+    ASSERT_TRUE(Await([&] { return !IsWindow(browse); }));
+    EXPECT_TRUE(AwaitText(editor, txtFilePath, button == IDOK ? desktop : L"typed"));
+  }
 
   // The picker, by its keys: the way to the folder, one file, Enter.
   const HWND folders = GetDlgItem(editor, dirFileAlternate);
@@ -261,8 +252,7 @@ TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
     SendMessageW(folders, LB_SETCURSEL, static_cast<WPARAM>(place), 0);
     window.PressKey(folders, VK_RETURN);
     EXPECT_TRUE(Await([&] {
-      return SendMessageW(folders, LB_GETCURSEL, 0, 0) ==
-             static_cast<LRESULT>(indent.size()) / 3;
+      return SendMessageW(folders, LB_GETCURSEL, 0, 0) == static_cast<LRESULT>(indent.size()) / 3;
     }));
   }
   const HWND files = GetDlgItem(editor, flFileAlternate);
