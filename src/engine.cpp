@@ -18,9 +18,11 @@ Engine::Engine(const Machine& machine, RunView& view, BackupArchive* archive)
 
 std::string Engine::Load(Tips* tips) {
   std::string problems;
+  is_loaded_ = true;
   try {
     settings_.RequireReadable();
   } catch (const Error& error) {
+    is_loaded_ = false;
     problems +=
         std::string("The settings could not be read; their defaults apply. ") + error.what() + "\n";
   }
@@ -34,6 +36,7 @@ std::string Engine::Load(Tips* tips) {
   try {
     selection_.LoadCheckStates(machine_);
   } catch (const Error& error) {
+    is_loaded_ = false;
     problems += std::string("The ticked items could not be read. ") + error.what() + "\n";
   }
   ApplyGeneralSettings();
@@ -41,6 +44,7 @@ std::string Engine::Load(Tips* tips) {
 }
 
 void Engine::ApplyGeneralSettings() {
+  if (!settings_.IsReadable()) return;
   general_ = settings_.LoadGeneralSettings();
   auto_clean_.Start(general_.auto_clean ? general_.interval_minutes : std::nullopt);
   selection_.ApplyProtection(general_);

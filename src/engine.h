@@ -26,8 +26,10 @@ class Engine {
   // that say so are returned, a line each, "" when all is well. `tips` are read as well where there
   // is a window to show them.
   std::string Load(Tips* tips = nullptr);
+  // Whether Load could read settings and check states. Otherwise nothing should be removed unasked.
+  bool is_loaded() const { return is_loaded_; }
   // Reads the general settings and puts them to use: protections, and automatic cleaning, which
-  // begins a new interval.
+  // begins a new interval. While they cannot be read, everything goes on as it was.
   void ApplyGeneralSettings();
   // Stores the check states. Throws Error.
   void Save() const { selection_.SaveCheckStates(machine_); }
@@ -59,6 +61,7 @@ class Engine {
   AutoClean auto_clean_;
   ModZip backup_;
   CleaningContext context_;
+  bool is_loaded_ = false;
 };
 
 }  // namespace quellix

@@ -64,13 +64,24 @@ std::string Options::Save() {
       problems.append(what).append(" could not be saved. ").append(error.what()).append("\n");
     }
   };
-  problems = SaveGeneralSettings(machine_, general, saved_);
-  saved_ = LoadGeneralOptions(machine_);
+  problems = SaveGeneral();
   if (search_problem_.empty()) {
     attempt("The search options", [&] { SaveSearchDraft(machine_, search); });
   }
   for (OptionList& list : lists) attempt(TitleOf(list), [&] { list.Save(); });
   attempt("The cookies to keep", [&] { cookies.Save(); });
+  return problems;
+}
+
+// Defaults that stand in for what could not be read must not replace it.
+std::string Options::SaveGeneral() {
+  if (!settings_problem_.empty()) {
+    return "The settings could not be saved, as they could not be read when the Options were "
+           "opened. "
+           "Please open them again.\n";
+  }
+  const std::string problems = SaveGeneralSettings(machine_, general, saved_);
+  saved_ = LoadGeneralOptions(machine_);
   return problems;
 }
 

@@ -33,6 +33,8 @@ class Options {
   std::string Save();
 
  private:
+  std::string SaveGeneral();
+
   Machine machine_;
   GeneralOptions saved_;
   std::string search_problem_, settings_problem_;

@@ -61,7 +61,9 @@ void Selection::SelectAll(bool checked) {
 int Selection::CountChecked() const { return static_cast<int>(std::ranges::count(checked_, true)); }
 
 void Selection::LoadCheckStates(const Machine& machine) {
+  unread_ = checked_;
   const std::vector<std::string> lines = ReadListFile(machine, kCheckStates);
+  unread_.reset();
   if (lines.empty()) return;
   const std::vector<std::string> fields = Split(lines.front(), ',');
   const std::array<const Item*, 30> items = ByCheckStatePlace();
@@ -72,6 +74,7 @@ void Selection::LoadCheckStates(const Machine& machine) {
 }
 
 void Selection::SaveCheckStates(const Machine& machine) const {
+  if (unread_ == checked_) return;
   std::string line;
   for (const Item* item : ByCheckStatePlace()) {
     if (!line.empty()) line += ',';

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -32,12 +33,15 @@ class Selection {
 
   // chkItems.txt, one line of 30 values. Loading: a missing file changes nothing, a field that is
   // no number leaves its box, missing fields leave theirs, further ones are ignored. Both throw
-  // Error when the file cannot be read or written; a failed save keeps the old file.
+  // Error when the file cannot be read or written; a failed save keeps the old file. A file that
+  // could not be read is kept as well, unless a box was changed since.
   void LoadCheckStates(const Machine& machine);
   void SaveCheckStates(const Machine& machine) const;
 
  private:
-  std::array<bool, 30> checked_{};  // by run order, from 0
+  using Checks = std::array<bool, 30>;  // by run order, from 0
+  Checks checked_{};
+  std::optional<Checks> unread_;  // as they were when the file could not be read
   bool protect1_ = false;
   bool protect2_ = false;
 };

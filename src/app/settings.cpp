@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/numbers.h"
+#include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
 
@@ -54,6 +55,15 @@ void Settings::WriteIniValue(std::string_view section, std::string_view key,
 
 void Settings::RequireReadable() const { machine_.files.ReadWholeFile(Path()); }
 
+bool Settings::IsReadable() const {
+  try {
+    RequireReadable();
+    return true;
+  } catch (const Error&) {
+    return false;
+  }
+}
+
 GeneralSettings Settings::LoadGeneralSettings() const {
   GeneralSettings general;
   general.auto_clean = IsOne(ReadIniValue("General", "AutoClean", "0"));
@@ -69,7 +79,9 @@ GeneralSettings Settings::LoadGeneralSettings() const {
   return general;
 }
 
+// With the defaults a run would delete for good what its user wants to have backed up.
 void Settings::LoadDeletionSettings(RunState& state) const {
+  if (!state.BackupFolder.empty() && !IsReadable()) return;
   state.RemovalMode = DecodeMethod(ReadIniValue("General", "DelMethod", "D", 512));
   if (state.FixedRemovalMode != 0) state.RemovalMode = state.FixedRemovalMode;
   state.ExtraSecurity = ToByte(ReadIniValue("General", "ExtraS", "0"));

@@ -36,9 +36,11 @@ class Settings {
 
   // Throws Error when Settings.ini is there but cannot be read: every key then has its default.
   void RequireReadable() const;
+  bool IsReadable() const;
 
   GeneralSettings LoadGeneralSettings() const;
-  // Sets the removal mode, its options, the backup folder and its options.
+  // Sets the removal mode, its options, the backup folder and its options. While Settings.ini
+  // cannot be read, what was loaded before stays, or else all have their defaults.
   void LoadDeletionSettings(RunState& state) const;
 
   // LastCleaned: reading gives nothing unless it is a date in the user's form.

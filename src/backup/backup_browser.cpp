@@ -52,9 +52,7 @@ BackupBrowser::BackupBrowser(const Machine& machine)
     : machine_(machine),
       locale_(machine.system.UserLocale()),
       backups_(machine),
-      mode_(StoredOverwriteMode(machine)) {
-  Refresh();
-}
+      mode_(StoredOverwriteMode(machine)) {}
 
 std::string BackupBrowser::DateText(int64_t filetime) const {
   return filetime == 0 ? "" : FormatDateTime(machine_.system.ToLocalTime(filetime), locale_);

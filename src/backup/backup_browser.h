@@ -35,12 +35,16 @@ class BackupBrowser {
          delete_archive = false;
   };
 
-  // Looks into the folder that the settings name.
+  // Of the folder that the settings name; nothing is read before Refresh.
   explicit BackupBrowser(const Machine& machine);
   // Removes what View left, as far as nobody holds it open.
   ~BackupBrowser() { RemoveViewed(); }
   BackupBrowser(const BackupBrowser&) = delete;
   BackupBrowser& operator=(const BackupBrowser&) = delete;
+
+  // What is called while a function may take long, but for those that have a pause of their own;
+  // true ends that.
+  void OnPause(const RestorePause& pause) { backups_.OnPause(pause); }
 
   // Reads the archives anew, repairs what needs it, and chooses the first.
   void Refresh();

@@ -44,10 +44,11 @@ struct RestoreOrder {
 
 struct RestoreProgress {
   uint64_t done = 0, total = 0;  // in steps that take about the same time
-  std::string_view path;         // the entry at work, valid during the call
+  std::string_view path;         // the entry or backup at work, valid during the call
+  const char* work = "Restoring";
 };
 
-// Lets the interface breathe; true ends the restore.
+// Lets the interface breathe; true ends what is in work.
 using RestorePause = std::function<bool(const RestoreProgress&)>;
 
 struct RestoreResult {
@@ -62,6 +63,10 @@ struct RestoreResult {
 class BackupReader {
  public:
   virtual ~BackupReader() = default;
+
+  // What is called now and then while a backup is repaired or a copy is made. Where it ends that,
+  // the backup counts as one that cannot be read.
+  virtual void OnPause(const RestorePause& /*pause*/) {}
 
   // Whether a file is of this kind, by its name alone.
   virtual bool Takes(std::string_view name) const = 0;

@@ -28,6 +28,10 @@ Backups::Backups(const Machine& machine, std::string folder)
   readers_.push_back(std::make_unique<RegistryBackups>(machine));
 }
 
+void Backups::OnPause(const RestorePause& pause) {
+  for (const auto& reader : readers_) reader->OnPause(pause);
+}
+
 std::string Backups::PathOf(std::string_view name) const {
   if (name.find_first_of("\\/:") != std::string_view::npos || name.empty()) {
     throw Error(Error::Kind::kMissing,

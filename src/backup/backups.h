@@ -21,6 +21,9 @@ class Backups {
 
   const std::string& folder() const { return folder_; }
 
+  // See BackupReader.
+  void OnPause(const RestorePause& pause);
+
   // Newest first.
   std::vector<BackupInfo> List();
   // Repairs an incomplete one; BackupInfo::repaired tells. What cannot be read is an Error.

@@ -5,7 +5,6 @@
 #include "backup/backup_names.h"
 #include "backup/entry_path.h"
 #include "backup/restore.h"
-#include "backup/zip_repair.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -50,6 +49,14 @@ class Wanted {
 
 }  // namespace
 
+std::unique_ptr<ZipReader> cUnZip::Open(const std::string& path,
+                                        std::optional<Repair>& repair) const {
+  const auto pause = [&](uint64_t done, uint64_t total) {
+    return pause_({done, total, NamePart(path), "Repairing"});
+  };
+  return OpenZip(machine_.files, path, repair, pause_ ? RepairPause(pause) : nullptr);
+}
+
 bool cUnZip::Takes(std::string_view name) const { return MatchesMask(name, "*.zip"); }
 
 BackupInfo cUnZip::Describe(const std::string& path) {
@@ -58,7 +65,7 @@ BackupInfo cUnZip::Describe(const std::string& path) {
   info.root = RootOfArchive(info.name).value_or("");
   try {
     std::optional<Repair> repair;
-    info.entries = OpenZip(machine_.files, path, repair)->count();
+    info.entries = Open(path, repair)->count();
     if (repair) info.repaired = repair->Note();
   } catch (const Error& error) {
     info.problem = error.what();
@@ -73,7 +80,7 @@ BackupInfo cUnZip::Describe(const std::string& path) {
 std::vector<BackupEntry> cUnZip::ListEntries(const std::string& path) {
   std::optional<Repair> repair;
   std::vector<BackupEntry> entries;
-  OpenZip(machine_.files, path, repair)->Visit([&](const ZipEntry& entry) {
+  Open(path, repair)->Visit([&](const ZipEntry& entry) {
     if (!entry.name.ends_with('/')) entries.push_back(ToBackupEntry(entry));
     return true;
   });
@@ -86,7 +93,13 @@ std::string cUnZip::ExtractTemporary(const std::string& path, std::string_view e
   const std::string folder =
       machine_.system.TempFolder() + "Quellix\\" + std::string(name.substr(0, name.rfind('.')));
   const RestoreOrder order{{std::string(entry_path)}, folder, OverwriteMode::kAlways};
-  const RestoreResult result = Restore(path, order, prompts, nullptr);
+  const auto pause = [this](RestoreProgress progress) {
+    progress.work = "Copying";
+    return pause_(progress);
+  };
+  const RestoreResult result =
+      Restore(path, order, prompts, pause_ ? RestorePause(pause) : nullptr);
+  if (result.cancelled) throw Error(Error::Kind::kOther, "Stopped at your wish.");
   if (!result.problems.empty()) throw Error(Error::Kind::kOther, result.problems[0]);
   return folder + "\\" + std::string(entry_path);
 }
@@ -99,7 +112,7 @@ RestoreResult cUnZip::Restore(const std::string& path, const RestoreOrder& order
                                          " does not tell the drive; name a folder to restore to.");
   }
   std::optional<Repair> repair;
-  const auto reader = OpenZip(machine_.files, path, repair);
+  const auto reader = Open(path, repair);
   Wanted wanted(order.entry_paths);
   RestoreProgress progress;
   reader->Visit([&](const ZipEntry& entry) {

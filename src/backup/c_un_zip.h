@@ -1,10 +1,13 @@
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "backup/backup_reader.h"
+#include "backup/zip_repair.h"
 #include "platform/machine.h"
 
 namespace quellix {
@@ -15,6 +18,7 @@ class cUnZip : public BackupReader {
  public:
   explicit cUnZip(const Machine& machine) : machine_(machine) {}
 
+  void OnPause(const RestorePause& pause) override { pause_ = pause; }
   bool Takes(std::string_view name) const override;
   BackupInfo Describe(const std::string& path) override;
   std::vector<BackupEntry> ListEntries(const std::string& path) override;
@@ -24,7 +28,10 @@ class cUnZip : public BackupReader {
                         const RestorePause& pause) override;
 
  private:
+  std::unique_ptr<ZipReader> Open(const std::string& path, std::optional<Repair>& repair) const;
+
   Machine machine_;
+  RestorePause pause_;
 };
 
 }  // namespace quellix

@@ -14,11 +14,13 @@ namespace {
 
 // From the two clocks, in quarters of an hour: no port tells the zone.
 int ZoneMinutes(const LocalTime& now) {
-  using namespace std::chrono;
-  const sys_days day{year(now.year) / month(static_cast<unsigned>(now.month)) /
-                     std::chrono::day(static_cast<unsigned>(now.day))};
-  const auto local = day + hours(now.hour) + minutes(now.minute) + seconds(now.second);
-  const auto apart = duration<double, std::ratio<60>>(local - system_clock::now());
+  namespace chrono = std::chrono;
+  const chrono::sys_days day{chrono::year(now.year) /
+                             chrono::month(static_cast<unsigned>(now.month)) /
+                             chrono::day(static_cast<unsigned>(now.day))};
+  const auto local =
+      day + chrono::hours(now.hour) + chrono::minutes(now.minute) + chrono::seconds(now.second);
+  const chrono::duration<double, std::ratio<60>> apart(local - chrono::system_clock::now());
   return static_cast<int>(std::lround(apart.count() / 15)) * 15;
 }
 

@@ -66,7 +66,7 @@ class RegRestore {
       std::shared_ptr<RegistryKey> opened = registry_.Create(key.root, key.path);
       bool all = true;
       for (const auto& [name, value] : key.values) {
-        if (!result.cancelled) all &= RestoreValue(*opened, NameOf(key), name, value);
+        if (!result.cancelled) all &= TryRestoreValue(*opened, NameOf(key), name, value);
       }
       to_store_[HiveOf(key)] = std::move(opened);
       if (!result.cancelled) ++(all ? result.restored : result.skipped);
@@ -95,6 +95,17 @@ class RegRestore {
       end = key.path.find('\\', end + 1);
     }
     return std::string(RegistryRootName(key.root)) + "\\" + UpCase(key.path.substr(0, end));
+  }
+
+  // One that cannot be written keeps none of the others back.
+  bool TryRestoreValue(RegistryKey& key, const std::string& key_name, const std::string& name,
+                       const RegistryValue& value) {
+    try {
+      return RestoreValue(key, key_name, name, value);
+    } catch (const Error& error) {
+      result.problems.push_back(key_name + "\\" + name + ": " + error.what());
+      return false;
+    }
   }
 
   bool RestoreValue(RegistryKey& key, const std::string& key_name, const std::string& name,

@@ -24,15 +24,17 @@ std::vector<Home> HomesOf(RegistryRoot root, std::string_view key) {
           {RegistryRoot::kLocalMachine, "Software\\Classes\\" + plain}};
 }
 
-// Appends to a file, or to what it makes anew; after a failure it is as long as before.
+// Appends to a file, or to what it makes anew; after a failure it is as before.
 void Append(FileSystem& files, std::string_view path, const std::string& bytes) {
-  const std::unique_ptr<RandomFile> file = files.Open(path, OpenMode::kReadAndCreate);
+  std::unique_ptr<RandomFile> file = files.Open(path, OpenMode::kReadAndCreate);
   const uint64_t size = file->Size();
   try {
     file->Write(size, size == 0 ? RegFileHeader() + bytes : bytes);
     file->Flush();
   } catch (const Error&) {
     file->Resize(size);
+    file.reset();
+    if (size == 0) files.RemoveFile(path);
     throw;
   }
 }
@@ -73,6 +75,7 @@ void RegistryUndo::AddOpenKey(RegistryRoot root, const std::string& path, Regist
   for (uint32_t i = 0; key.ReadValueAt(i, name, value); ++i) added_.AddValue(name, value);
   if (!deep) return;
   for (uint32_t i = 0; const auto sub_key = key.SubKeyAt(i); ++i) {
+    if (key.IsLink(*sub_key)) continue;  // stays when the tree is deleted
     const auto child = key.Open(*sub_key, RegistryAccess::kRead);
     if (child) AddOpenKey(root, path + "\\" + *sub_key, *child, true);
   }

@@ -19,14 +19,12 @@ bool MayBeArchive(ArchiveStream& stream) {
          start.starts_with("PK\6\6");
 }
 
-void IgnoreBytes(std::string_view) {}
-
 // Walks from entry to entry by their own headers, and has minizip write the directory of those that
 // are complete: it is told to write each entry at the place where it stands, with the writing left
 // out.
 class Scan {
  public:
-  explicit Scan(ArchiveStream& stream) : stream_(stream) {
+  Scan(ArchiveStream& stream, const RepairPause& pause) : stream_(stream), pause_(pause) {
     zlib_filefunc64_def functions = stream_.Functions();
     stream_.Set(ArchiveStream::Writes::kDropped);
     zip_ = zipOpen2_64("", APPEND_STATUS_CREATE, nullptr, &functions);
@@ -81,14 +79,26 @@ class Scan {
 
   bool IsComplete(const ZipEntry& entry) {
     if ((entry.flags & kEncrypted) != 0) return true;  // only its password could tell more
-    const auto totals = UnpackData(stream_, data_, entry, false, IgnoreBytes);
+    const auto totals = Unpack(entry, false);
     return totals && totals->size == entry.size && totals->crc == entry.crc;
+  }
+
+  std::optional<DataTotals> Unpack(const ZipEntry& entry, bool open_ended) {
+    uint64_t unpacked = 0;
+    return UnpackData(stream_, data_, entry, open_ended, [&](std::string_view bytes) {
+      unpacked += bytes.size();
+      const double part = static_cast<double>(unpacked) / static_cast<double>(entry.size + 1);
+      const auto packed = static_cast<uint64_t>(static_cast<double>(entry.packed) * part);
+      const uint64_t done = entry.offset + (open_ended ? 0 : std::min(packed, entry.packed));
+      if (!pause_ || !pause_(std::min(done, stream_.Size()), stream_.Size())) return;
+      throw Error(Error::Kind::kOther, "The repair was stopped; the archive is as it was.");
+    });
   }
 
   // Archives of other programs may tell the sizes behind the data only.
   bool MeasureData(ZipEntry& entry) {
     if ((entry.flags & kEncrypted) != 0) return false;
-    const auto totals = UnpackData(stream_, data_, entry, true, IgnoreBytes);
+    const auto totals = Unpack(entry, true);
     if (!totals) return false;
     entry.crc = totals->crc;
     entry.size = totals->size;
@@ -124,6 +134,7 @@ class Scan {
   }
 
   ArchiveStream& stream_;
+  const RepairPause& pause_;
   zipFile zip_;
   Repair repair_;
   uint64_t at_ = 0, end_ = 0, data_ = 0;
@@ -141,16 +152,16 @@ std::string Repair::Note() const {
   return note + ".";
 }
 
-Repair RepairArchive(std::unique_ptr<RandomFile> file) {
+Repair RepairArchive(std::unique_ptr<RandomFile> file, const RepairPause& pause) {
   ArchiveStream stream(std::move(file));
   if (!MayBeArchive(stream)) throw Error(Error::Kind::kOther, "This file is not a zip archive.");
-  const Repair repair = Scan(stream).Run(false);
+  const Repair repair = Scan(stream, pause).Run(false);
   stream.Flush();
   return repair;
 }
 
 std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
-                                   std::optional<Repair>& repair) {
+                                   std::optional<Repair>& repair, const RepairPause& pause) {
   repair.reset();
   const auto open = [&] {
     return std::make_unique<ArchiveStream>(files.Open(path, OpenMode::kRead));
@@ -161,12 +172,12 @@ std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
     throw Error(Error::Kind::kOther, std::string(NamePart(path)) + " is not a zip archive.");
   }
   try {
-    repair = RepairArchive(files.Open(path, OpenMode::kReadAndCreate));
+    repair = RepairArchive(files.Open(path, OpenMode::kReadAndCreate), pause);
     stream = open();
   } catch (const Error& error) {
     if (error.kind() != Error::Kind::kFull && error.kind() != Error::Kind::kDenied) throw;
     stream = open();
-    repair = Scan(*stream).Run(true);
+    repair = Scan(*stream, pause).Run(true);
     repair->stored = false;
   }
   auto reader = ZipReader::Open(std::move(stream));

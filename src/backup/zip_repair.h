@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,12 +22,16 @@ struct Repair {
 // data are complete is kept, the incomplete rest behind them is cut off, and the directory is
 // written anew. Entries themselves are never rewritten, so that a crash in between costs nothing
 // and a full disk little.
-// Throws Error when this is no archive or it cannot be written.
-Repair RepairArchive(std::unique_ptr<RandomFile> file);
+// `pause` (may be empty) is called now and then with the bytes that are done; where it returns true
+// the repair ends with an Error and the archive is as it was. Throws Error when this is no archive
+// or it cannot be written.
+using RepairPause = std::function<bool(uint64_t done, uint64_t total)>;
+Repair RepairArchive(std::unique_ptr<RandomFile> file, const RepairPause& pause = nullptr);
 
 // An archive, which is repaired first where that is needed; `repair` then says what was done. Where
 // the disk is full or read-only the repair is for this reader only. Throws Error.
 std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
-                                   std::optional<Repair>& repair);
+                                   std::optional<Repair>& repair,
+                                   const RepairPause& pause = nullptr);
 
 }  // namespace quellix

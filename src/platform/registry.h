@@ -51,6 +51,8 @@ class RegistryKey {
   // last.
   virtual bool ReadValueAt(uint32_t index, std::string& name, RegistryValue& value);
   virtual std::optional<std::string> SubKeyAt(uint32_t index) = 0;
+  // Whether a sub-key is a link, which Open follows; false when it is missing or cannot be opened.
+  virtual bool IsLink(std::string_view /*path*/) { return false; }
 
   // Changes. Each throws Error when denied and leaves the key as it was. On a volume they are
   // durable after Flush, or after the registry object is destroyed.
@@ -58,7 +60,7 @@ class RegistryKey {
   // A name with a NUL inside is found by index alone: by name it is missing, and it is not written.
   virtual bool DeleteValue(std::string_view name) = 0;  // false when missing
   // Removes a sub-key that has no sub-keys of its own; false when missing. Throws Error
-  // (kNotEmpty) when it has some.
+  // (kNotEmpty) when it has some, and (kDenied) for a link, where that would reach its target.
   virtual bool DeleteSubKey(std::string_view path) = 0;
   // Returns when the changes of this key are stored. Throws Error.
   virtual void Flush() = 0;

@@ -71,6 +71,7 @@ void ProcessKey(CleaningContext& context, const RegistryEntry& entry) {
 
 void DeleteTreeBelow(RegistryKey& key) {
   while (const std::optional<std::string> name = key.SubKeyAt(0)) {
+    if (key.IsLink(*name)) throw Error(Error::Kind::kDenied, *name + " leads to another key.");
     if (const auto child = key.Open(*name, RegistryAccess::kWrite)) DeleteTreeBelow(*child);
     if (!key.DeleteSubKey(*name)) return;
   }
@@ -167,10 +168,13 @@ void DeleteRegistryValue(Registry& registry, RegistryRoot root, std::string_view
 void DeleteRegistryKeyTree(Registry& registry, RegistryRoot root, std::string_view subkey) {
   const auto key = registry.Open(root, subkey, RegistryAccess::kWrite);
   if (key == nullptr) return;
-  DeleteTreeBelow(*key);
   const auto parent =
       registry.Open(root, WithoutBackslash(FolderPart(subkey)), RegistryAccess::kWrite);
   if (parent == nullptr) return;
+  if (parent->IsLink(NamePart(subkey))) {
+    throw Error(Error::Kind::kDenied, "It leads to another key.");
+  }
+  DeleteTreeBelow(*key);
   parent->DeleteSubKey(NamePart(subkey));
   parent->Flush();
 }

@@ -54,7 +54,6 @@ void AppPaths::ScanRegistry() {
   TellDamage(kRoot, kKey);
   const std::vector<std::string> names = modRegistry::ListSubKeys(access(), kRoot, kKey);
   BeginEntries(names.size());
-  SmallCount orphaned;
   for (const std::string& name : names) {
     if (!NextEntry()) return;
     std::string path = modRegistry::ReadRegString(access(), kRoot, KeyOf(name), "");
@@ -66,11 +65,9 @@ void AppPaths::ScanRegistry() {
     row.root = kRoot;
     row.key = kKey;
     row.file = path;
-    const bool is_gone = machine().files.IsGone(path);
-    AddJudged(std::move(row), is_gone);
-    if (is_gone) orphaned.Add();
+    AddJudgedByFile(std::move(row));
   }
-  SetStatus(CountsOfEntries(rows().size(), orphaned.value()));
+  SetCountsAsStatus();
 }
 
 }  // namespace

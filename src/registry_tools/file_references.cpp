@@ -73,8 +73,13 @@ void FileReferences::ScanRoot(RegistryRoot root) {
   root_ = root;
   root_name_ = root == RegistryRoot::kCurrentUser ? kUserName : kMachineName;
   if (thorough()) current_path_.clear();
-  const auto key = machine().registry.Open(root, "", RegistryAccess::kRead);
-  if (key) AnalyzeKey(*key, "", 0);
+  try {
+    const auto key = machine().registry.Open(root, "", RegistryAccess::kRead);
+    if (key) AnalyzeKey(*key, "", 0);
+  } catch (const Damaged& error) {
+    TellDamage(error.what());
+  } catch (const Error&) {  // passed over, as every key
+  }
 }
 
 void FileReferences::AnalyzeKey(RegistryKey& key, const std::string& name, int level) {
@@ -96,7 +101,7 @@ void FileReferences::AnalyzeKey(RegistryKey& key, const std::string& name, int l
 // A key with a name of one character at the top stays in the path for good: rows have always shown
 // it so, and it is where their deletion looks.
 void FileReferences::StepBack() {
-  if (current_path_.size() > 2) current_path_.pop_back();
+  if (ToUtf16(current_path_).size() > 2) current_path_.pop_back();
   current_path_.resize(current_path_.rfind('\\') + 1);
 }
 

@@ -63,7 +63,6 @@ void HelpFiles::ScanRegistry() {
   SetStatus("Scanning registry...");
   const std::vector<Entry> entries = Entries();
   BeginEntries(entries.size());
-  SmallCount orphaned;
   for (const auto& [key, name] : entries) {
     if (!NextEntry()) return;
     std::string folder = modRegistry::ReadRegString(access(), kRoot, key, name);
@@ -74,11 +73,9 @@ void HelpFiles::ScanRegistry() {
     row.key = key;
     row.name = name;
     row.file = folder + name;
-    const bool is_gone = machine().files.IsGone(row.file);
-    AddJudged(std::move(row), is_gone);
-    if (is_gone) orphaned.Add();
+    AddJudgedByFile(std::move(row));
   }
-  SetStatus(CountsOfEntries(rows().size(), orphaned.value()));
+  SetCountsAsStatus();
 }
 
 }  // namespace

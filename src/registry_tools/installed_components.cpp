@@ -28,7 +28,6 @@ void Components::ScanRegistry() {
   TellDamage(kRoot, kKey);
   const std::vector<std::string> names = modRegistry::ListSubKeys(access(), kRoot, kKey);
   BeginEntries(names.size());
-  SmallCount orphaned;
   for (const std::string& name : names) {
     if (!NextEntry()) return;
     const auto read = [&](const char* value) {
@@ -43,9 +42,8 @@ void Components::ScanRegistry() {
     row.root = kRoot;
     row.key = kKey;
     AddJudged(std::move(row), !installed);
-    if (!installed) orphaned.Add();
   }
-  SetStatus(CountsOfEntries(rows().size(), orphaned.value()));
+  SetCountsAsStatus();
 }
 
 }  // namespace

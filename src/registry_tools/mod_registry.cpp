@@ -47,6 +47,7 @@ std::vector<std::string> SubKeysOf(RegistryKey& key) {
 
 void DeleteTreeBelow(RegistryKey& key) {
   for (const std::string& name : SubKeysOf(key)) {
+    if (key.IsLink(name)) continue;  // what it leads to is no part of the tree
     try {
       const auto child = key.Open(name, RegistryAccess::kWrite);
       if (child != nullptr) DeleteTreeBelow(*child);
@@ -130,6 +131,10 @@ void ClearRegKeyValues(Access access, std::string_view key) {
 }
 
 void DeleteRegKeyTree(Access access, RegistryRoot root, std::string_view key) {
+  bool is_link = false;
+  WithKey(access, root, "", RegistryAccess::kRead,
+          [&](RegistryKey& opened) { is_link = opened.IsLink(key); });
+  if (is_link) return;
   WithKey(access, root, key, RegistryAccess::kWrite,
           [](RegistryKey& opened) { DeleteTreeBelow(opened); });
   RegDeleteSubKey(access, root, key);

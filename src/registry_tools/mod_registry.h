@@ -55,7 +55,8 @@ void RegSetString(Access access, RegistryRoot root, std::string_view key, std::s
 // Deletes the values of a key of the user; the key stays.
 void ClearRegKeyValues(Access access, std::string_view key);
 
-// Removes a key with all its sub-keys, depth first; what is denied stays, with the keys above it.
+// Removes a key with all its sub-keys, depth first; what is denied stays, and so do links, with the
+// keys above them.
 void DeleteRegKeyTree(Access access, RegistryRoot root, std::string_view key);
 
 // Stores what the hive of a key holds unstored. Throws Error.

@@ -19,6 +19,7 @@ void RegistryScan::StartScan() {
   damage_.clear();
   sorted_by_.reset();
   rows_.clear();
+  orphaned_ = {};
   progress_ = {.visible = traits_.has_progress, .max = 1, .value = 0};
   view_.ShowState();
   try {
@@ -36,6 +37,10 @@ void RegistryScan::StartScan() {
 void RegistryScan::SetStatus(std::string text) {
   status_ = std::move(text);
   view_.ShowState();
+}
+
+void RegistryScan::SetCountsAsStatus() {
+  SetStatus(std::to_string(rows_.size()) + " entries, " + std::to_string(orphaned()) + " orphaned");
 }
 
 void RegistryScan::BeginEntries(size_t count) {
@@ -59,7 +64,13 @@ bool RegistryScan::NextEntry() {
 void RegistryScan::AddJudged(ScanRow row, bool is_orphaned) {
   row.mark = is_orphaned ? RowMark::kOrphaned : RowMark::kValid;
   row.checked = is_orphaned;
+  if (is_orphaned) orphaned_.Add();
   rows_.insert(is_orphaned ? rows_.begin() : rows_.end(), std::move(row));
+}
+
+void RegistryScan::AddJudgedByFile(ScanRow row) {
+  const bool is_gone = machine_.files.IsGone(row.file);
+  AddJudged(std::move(row), is_gone);
 }
 
 void RegistryScan::TellDamage(std::string_view sentence) {
@@ -111,7 +122,7 @@ void RegistryScan::StoreAll(const std::vector<const ScanRow*>& deleted) {
 
 void RegistryScan::DeleteChecked(bool files_also) {
   failure_.clear();
-  if (rows_.empty() || !KeepChecked()) return;
+  if (!KeepChecked()) return;
   std::vector<const ScanRow*> deleted;
   machine_.files.Anchor("");
   for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
@@ -148,10 +159,6 @@ void RegistryScan::SortRows(size_t column, bool descending) {
 
 void RegistryScan::SortBy(size_t column) {
   if (traits_.sorts && column < traits_.columns.size()) SortRows(column, !descending_);
-}
-
-std::string CountsOfEntries(size_t rows, int orphaned) {
-  return std::to_string(rows) + " entries, " + std::to_string(orphaned) + " orphaned";
 }
 
 }  // namespace quellix

@@ -34,6 +34,18 @@ struct ScanColumn {
   bool number = false;
 };
 
+// A count in 16 bits that stays at the highest, as ever.
+class SmallCount {
+ public:
+  void Add() {
+    if (count_ < INT16_MAX) ++count_;
+  }
+  int value() const { return count_; }
+
+ private:
+  int16_t count_ = 0;
+};
+
 // What makes one tool differ from another to its user.
 struct ScanTraits {
   const char* name;  // on the console
@@ -127,12 +139,17 @@ class RegistryScan {
   const std::deque<ScanRow>& rows() const { return rows_; }
 
   void SetStatus(std::string text);
+  // "57 entries, 3 orphaned"
+  void SetCountsAsStatus();
   // Begins a list of that many entries.
   void BeginEntries(size_t count);
   // Before each entry; false when the user has stopped, with the stop path gone.
   bool NextEntry();
-  // Orphaned rows stand at the top, checked; valid ones at the end.
+  // Orphaned rows stand at the top, checked, and are counted; valid ones at the end.
   void AddJudged(ScanRow row, bool is_orphaned);
+  // Orphaned is a row whose file is gone.
+  void AddJudgedByFile(ScanRow row);
+  int orphaned() const { return orphaned_.value(); }
   void AddPlain(ScanRow row) { rows_.push_back(std::move(row)); }
   void SortRows(size_t column, bool descending);
   // Says once in a scan when the hive of a key is damaged.
@@ -150,24 +167,10 @@ class RegistryScan {
   std::deque<ScanRow> rows_;
   std::string status_, failure_, damage_;
   ProgressBar progress_;
+  SmallCount orphaned_;
   std::optional<size_t> sorted_by_;
   bool descending_ = false;
   bool timer_enabled_ = true, scanning_ = false, stop_requested_ = false, thorough_ = false;
-};
-
-// "57 entries, 3 orphaned"
-std::string CountsOfEntries(size_t rows, int orphaned);
-
-// A count in 16 bits that stays at the highest, as ever.
-class SmallCount {
- public:
-  void Add() {
-    if (count_ < INT16_MAX) ++count_;
-  }
-  int value() const { return count_; }
-
- private:
-  int16_t count_ = 0;
 };
 
 }  // namespace quellix

@@ -65,7 +65,7 @@ void SharedDlls::ScanRegistry() {
   SetStatus("Scanning registry...");
   TellDamage(kRoot, kKey);
   const std::string list = modRegistry::ListRegValues(access(), kRoot, kKey, UINT32_MAX);
-  SmallCount missing, zero;
+  SmallCount zero;
   std::vector<std::string> names;
   // A key with one value is taken for an empty one; its users have never seen it listed.
   if (list.find('\0') != list.npos) names = Split(list, '\0');
@@ -82,12 +82,10 @@ void SharedDlls::ScanRegistry() {
     row.root = kRoot;
     row.key = kKey;
     row.name = row.file = name;
-    const bool is_gone = machine().files.IsGone(name);
-    AddJudged(std::move(row), is_gone);
-    if (is_gone) missing.Add();
+    AddJudgedByFile(std::move(row));
   }
   // The last index, so one less than there are; users' notes compare it so.
-  SetStatus(StatusOf(names.empty() ? 0 : names.size() - 1, missing.value(), zero.value()));
+  SetStatus(StatusOf(names.empty() ? 0 : names.size() - 1, orphaned(), zero.value()));
 }
 
 std::string SharedDlls::Recounted() const {

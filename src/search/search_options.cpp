@@ -68,13 +68,12 @@ int FullYear(const std::string& digits) {
   return year + (year < 30 ? 2000 : 1900);
 }
 
-bool IsDate(const LocalTime& date) {
-  using namespace std::chrono;
-  return date.year >= 100 &&
-         year_month_day(year(date.year), month(static_cast<unsigned>(date.month)),
-                        day(static_cast<unsigned>(date.day)))
-             .ok();
+std::chrono::year_month_day ToCalendar(const LocalTime& time) {
+  return {std::chrono::year(time.year), std::chrono::month(static_cast<unsigned>(time.month)),
+          std::chrono::day(static_cast<unsigned>(time.day))};
 }
+
+bool IsDate(const LocalTime& date) { return date.year >= 100 && ToCalendar(date).ok(); }
 
 // Three numbers in the order of the user's short date or, where that makes no date, with the year
 // first or with day and month the other way round: the file may come from another locale.
@@ -166,10 +165,7 @@ std::string JoinDrives(const std::vector<std::string>& entries) {
 }
 
 int64_t DayNumber(const LocalTime& time) {
-  using namespace std::chrono;
-  const year_month_day date(year(time.year), month(static_cast<unsigned>(time.month)),
-                            day(static_cast<unsigned>(time.day)));
-  return sys_days(date).time_since_epoch().count();
+  return std::chrono::sys_days(ToCalendar(time)).time_since_epoch().count();
 }
 
 std::string FormatFileTime(System& system, int64_t filetime) {

@@ -190,7 +190,7 @@ void SearchResults::DeleteTicked() {
   std::vector<Index> finds;
   std::ranges::copy_if(view_, std::back_inserter(finds),
                        [this](Index find) { return finds_[find].ticked; });
-  Delete(std::move(finds));
+  Delete(finds);
 }
 
 void SearchResults::DeleteAll() {
@@ -199,7 +199,7 @@ void SearchResults::DeleteAll() {
   DeleteTicked();
 }
 
-void SearchResults::Delete(std::vector<Index> finds) {
+void SearchResults::Delete(const std::vector<Index>& finds) {
   if (searching_ || deleting_) return;
   deleting_ = true;
   context_.state.AbortRequested = false;

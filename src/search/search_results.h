@@ -98,7 +98,7 @@ class SearchResults : public ResultSink {
   void SortView();
   void RankFolders();
   bool PassesFilter(Index find);
-  void Delete(std::vector<Index> finds);
+  void Delete(const std::vector<Index>& finds);
   bool DeleteOne(Index find);
 
   CleaningContext& context_;

@@ -85,6 +85,8 @@ INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wparam, LPA
 
 INT_PTR Dialog::Init(HWND window) {
   window_ = window;
+  icon_.Reset();  // those of the window before
+  small_icon_.Reset();
   dpi_ = DpiOf(window);
   LayOutByOurselves(window);
   layout_.Start(window, dpi_);
@@ -110,8 +112,7 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
       OnSized();
       return TRUE;
     case WM_WINDOWPOSCHANGED: {
-      const bool is_shown = (reinterpret_cast<WINDOWPOS*>(lparam)->flags & SWP_SHOWWINDOW) != 0;
-      if (is_shown && !icon_) SetIcons();
+      if ((reinterpret_cast<WINDOWPOS*>(lparam)->flags & SWP_SHOWWINDOW) != 0) SetIcons();
       return FALSE;
     }
     case WM_GETMINMAXINFO: {

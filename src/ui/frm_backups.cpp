@@ -55,10 +55,15 @@ std::string WithCarriageReturns(const std::string& lines) {
 }  // namespace
 
 void FrmBackups::Show(HWND owner) {
-  const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
   browser_.emplace(machine_);
-  SetCursor(arrow);
+  browser_->OnPause([this](const RestoreProgress& progress) { return ShowProgress(progress); });
   Open(frmBackups, owner);
+  const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  Work([this] { browser_->Refresh(); });
+  SetCursor(arrow);
+  if (!window()) return;
+  ShowArchives();
+  ShowEntries();
 }
 
 void FrmBackups::OnInit() {
@@ -77,8 +82,7 @@ void FrmBackups::OnInit() {
   const auto mode = std::ranges::find(kModeTexts, browser_->mode(), &ModeText::mode);
   SendDlgItemMessageW(window(), cboOverwrite, CB_SETCURSEL,
                       static_cast<WPARAM>(mode - std::begin(kModeTexts)), 0);
-  ShowArchives();
-  ShowEntries();
+  EnableCommands();
 }
 
 void FrmBackups::OnResolution() {
@@ -167,8 +171,8 @@ void FrmBackups::OnArchivesNotify(const NMHDR& header) {
     DeleteArchive();
   }
   if (header.code != LVN_ITEMCHANGED || item.iItem < 0 || !(item.uNewState & LVIS_SELECTED)) return;
-  browser_->ChooseArchive(static_cast<size_t>(item.iItem));
-  ShowEntries();
+  Work([&] { browser_->ChooseArchive(static_cast<size_t>(item.iItem)); });
+  if (window()) ShowEntries();
 }
 
 void FrmBackups::OnEntriesNotify(const NMHDR& header) {
@@ -216,7 +220,9 @@ void FrmBackups::ChangeMode() {
 void FrmBackups::View() {
   const std::vector<size_t> rows = entries_.SelectedRows();
   if (rows.size() != 1) return;
-  const std::string path = browser_->View(rows[0]);
+  std::string path;
+  Work([&] { path = browser_->View(rows[0]); });
+  if (!window()) return;
   if (!path.empty() && !OpenByShell(window(), path)) {
     browser_->Say("Windows has no program to open " + path + ".");
   }
@@ -230,17 +236,28 @@ void FrmBackups::Restore(int command) {
     return;
   }
   const auto pause = [this](const RestoreProgress& progress) { return ShowProgress(progress); };
-  BeginWork();
-  if (command == cmdRestoreAll) browser_->RestoreAll(prompts_, pause);
-  if (command == cmdRestoreSelected) browser_->RestoreSelected(rows, prompts_, pause);
-  if (command == cmdRestoreInto) browser_->RestoreInto(rows, *folder, prompts_, pause);
-  EndWork();
+  Work([&] {
+    if (command == cmdRestoreAll) browser_->RestoreAll(prompts_, pause);
+    if (command == cmdRestoreSelected) browser_->RestoreSelected(rows, prompts_, pause);
+    if (command == cmdRestoreInto) browser_->RestoreInto(rows, *folder, prompts_, pause);
+  });
 }
 
-// Nothing can be chosen meanwhile but Stop; Esc and closing the window mean it too.
-void FrmBackups::BeginWork() {
+// Nothing can be chosen meanwhile; how far it has come is shown once it takes long enough to pause.
+void FrmBackups::Work(const std::function<void()>& work) {
   working_ = true;
-  stopping_ = false;
+  stopping_ = is_shown_ = false;
+  work();
+  working_ = false;
+  if (!window()) return browser_.reset();  // it was destroyed meanwhile
+  if (is_shown_) HideProgress();
+  EnableCommands();
+  ShowOutcome();
+}
+
+// Stop is all that can be used; Esc and closing the window mean it too.
+void FrmBackups::BeginProgress() {
+  is_shown_ = true;
   shown_at_ = 0;
   SendDlgItemMessageW(window(), pgRestore, PBM_SETRANGE32, 0, kBarSteps);
   SendDlgItemMessageW(window(), pgRestore, PBM_SETPOS, 0, 0);
@@ -251,26 +268,24 @@ void FrmBackups::BeginWork() {
   for (const int id : kIdleControls) EnableWindow(Control(id), FALSE);
 }
 
-void FrmBackups::EndWork() {
-  working_ = false;
-  if (!window()) return browser_.reset();  // it was destroyed meanwhile
+void FrmBackups::HideProgress() {
   ShowWindow(Control(pgRestore), SW_HIDE);
   for (const int id : kIdleControls) EnableWindow(Control(id), TRUE);
   EnableCommands();
   const HWND focus = IsWindowEnabled(focus_) ? focus_ : Control(lstvArchives);
   SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(focus), TRUE);
   EnableWindow(Control(cmdStopRestore), FALSE);
-  ShowOutcome();
 }
 
 // Called for every file: the tick count costs next to nothing to read.
 bool FrmBackups::ShowProgress(const RestoreProgress& progress) {
+  if (!is_shown_ && window()) BeginProgress();
   const ULONGLONG now = GetTickCount64();
   if (now - shown_at_ >= kMillisecondsPerFrame) {
     shown_at_ = now;
     const uint64_t at = progress.done * kBarSteps / std::max<uint64_t>(progress.total, 1);
     SendDlgItemMessageW(window(), pgRestore, PBM_SETPOS, static_cast<WPARAM>(at), 0);
-    SetText(txtOutcome, "Restoring " + std::string(progress.path));
+    SetText(txtOutcome, std::string(progress.work) + " " + std::string(progress.path));
   }
   if (now - pumped_at_ >= kMillisecondsPerPump) {
     pumped_at_ = now;
@@ -300,12 +315,8 @@ void FrmBackups::OnDestroyed() {
   if (!working_) browser_.reset();
 }
 
-// A text that cannot be changed would be grey; this one is there to be read.
 HBRUSH FrmBackups::OnControlColor(HDC target, HWND control) {
-  if (control != Control(txtOutcome)) return nullptr;
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
+  return control == Control(txtOutcome) ? Paper(target) : nullptr;
 }
 
 }  // namespace quellix

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 
 #include "backup/backup_browser.h"
@@ -43,8 +44,9 @@ class FrmBackups : public OwnedWindow {
   void ChangeMode();
   void View();
   void Restore(int command);
-  void BeginWork();
-  void EndWork();
+  void Work(const std::function<void()>& work);
+  void BeginProgress();
+  void HideProgress();
   bool ShowProgress(const RestoreProgress& progress);
   void DeleteArchive();
 
@@ -55,6 +57,7 @@ class FrmBackups : public OwnedWindow {
   bool filling_ = false;  // the lists change by themselves, not by the user
   bool working_ = false;
   bool stopping_ = false;
+  bool is_shown_ = false;                   // how far the work has come
   HWND focus_ = nullptr;                    // where it was before
   ULONGLONG pumped_at_ = 0, shown_at_ = 0;  // milliseconds, of the tick count
 };

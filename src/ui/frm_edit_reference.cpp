@@ -30,8 +30,8 @@ void FrmEditReference::OnInit() {
 }
 
 HWND FrmEditReference::FirstFocus() {
-  const HWND path = Control(txtPath);
-  return GetWindowLongW(path, GWL_STYLE) & ES_READONLY ? Control(cmdBrowse) : path;
+  SendDlgItemMessageW(window(), txtPath, EM_SETSEL, 0, -1);
+  return Control(txtPath);
 }
 
 void FrmEditReference::OnCommand(int id, int code) {

@@ -21,9 +21,7 @@ class FrmEditReference : public OwnedWindow {
   void OnInit() override;
   HWND FirstFocus() override;
   void OnCommand(int id, int code) override;
-  const char* HelpTopic() const override {
-    return Control(lblAppPath) ? "app-paths" : "help-files";
-  }
+  const char* HelpTopic() const override { return scan_->traits().name; }
   void OnClose() override;
 
  private:

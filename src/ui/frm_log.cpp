@@ -58,17 +58,17 @@ LRESULT FrmLog::OnNotify(NMHDR& header) {
   return 0;
 }
 
-// A text that cannot be changed would be grey; this one is there to be read.
 HBRUSH FrmLog::OnControlColor(HDC target, HWND control) {
-  if (control != Control(txtLog)) return nullptr;
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
+  return control == Control(txtLog) ? Paper(target) : nullptr;
 }
 
+// No run may begin meanwhile: it would close this window and the question with it.
 void FrmLog::Save() const {
+  const HWND owner = GetWindow(window(), GW_OWNER);
+  EnableWindow(owner, FALSE);
   const std::optional<std::string> path =
       AskWhereToSave(window(), {"Log Files ( *.log )", "*.log"}, "cleanup", "log");
+  EnableWindow(owner, TRUE);
   if (!path) return;
   try {
     files_.WriteWholeFile(*path, report_.log);

@@ -46,21 +46,21 @@ void FrmMain::Open(HWND owner, StartMode mode) {
   const bool is_hidden = mode == StartMode::kHidden;
   const std::string problems = engine_.Load(is_hidden ? nullptr : &tips_);
   Create(frmMain, owner);
-  if (is_hidden) return RunHidden(problems.empty());
+  if (is_hidden) return RunHidden();
   ShowWindow(window(), SW_SHOW);
   if (!problems.empty()) Warn(problems);
   if (mode != StartMode::kNormal) display_.SetStatus("");
-  if (CleansAtStart(mode, engine_.general().startup_clean)) {
+  if (engine_.is_loaded() && CleansAtStart(mode, engine_.general().startup_clean)) {
     Run([this] { engine_.RunCleaning(); });
   }
 }
 
 // Nobody is told anything; so where settings or ticked items could not be read, nothing is removed.
-void FrmMain::RunHidden(bool is_loaded) {
+void FrmMain::RunHidden() {
   RunState& state = engine_.state();
   state.Hidden = true;
   exit_code_ = kFailed;
-  if (is_loaded) {
+  if (engine_.is_loaded()) {
     Run([this] { engine_.RunCleaning(); });
     exit_code_ = ExitCodeOf(state);
   }
@@ -187,7 +187,7 @@ bool FrmMain::TurnOff(int id) {
 void FrmMain::Run(const std::function<void()>& work) {
   if (running_) return;
   running_ = true;
-  log_.Close();
+  if (!engine_.state().Hidden) log_.Close();  // a hidden run has none to put in its place
   try {
     work();
   } catch (const std::exception& error) {
@@ -277,7 +277,8 @@ bool FrmMain::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
 
 void FrmMain::ComeForward() const {
   ShowWindow(window(), SW_SHOW);
-  SetForegroundWindow(window());
+  OpenIcon(window());
+  SetForegroundWindow(GetLastActivePopup(window()));
 }
 
 // Only a menu of the foreground window goes away when the user clicks elsewhere.
@@ -328,10 +329,8 @@ void FrmMain::OnDrawItem(const DRAWITEMSTRUCT& item) {
 
 // The boxes stand on paper, the commands on a bar below.
 HBRUSH FrmMain::OnControlColor(HDC target, HWND control) {
-  if (std::ranges::count(kFooterControls, GetDlgCtrlID(control)) > 0) return nullptr;
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
+  const bool in_footer = std::ranges::count(kFooterControls, GetDlgCtrlID(control)) > 0;
+  return in_footer ? nullptr : Paper(target);
 }
 
 int FrmMain::FooterTop() const {

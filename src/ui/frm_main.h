@@ -51,7 +51,7 @@ class FrmMain : public Dialog {
 
  private:
   void AddAnchors();
-  void RunHidden(bool is_loaded);
+  void RunHidden();
   void ShowTip();
   bool TurnOff(int id);
   bool CanClean() const;

@@ -121,7 +121,7 @@ void FrmOptions::OnCommand(int id, int code) {
       if (!pages_[page_]->TakeEnter() && Accept()) OnClose();
       return;
     case cmdApply:
-      if (Accept()) EnableWindow(Control(cmdApply), FALSE);
+      if (Accept()) DisableApply();
       return;
     case IDCANCEL:
       return OnClose();
@@ -153,9 +153,18 @@ bool FrmOptions::Check() {
   return false;
 }
 
+// The focus moves on: a disabled button would swallow the keyboard.
+void FrmOptions::DisableApply() const {
+  if (GetFocus() == Control(cmdApply)) {
+    SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(lstPages)), TRUE);
+  }
+  EnableWindow(Control(cmdApply), FALSE);
+}
+
 bool FrmOptions::Accept() {
   if (FindUnfinished() || !Check()) return false;
   const std::string problems = options_->Save();
+  for (const auto& page : pages_) page->ShowSaved();
   if (on_accepted) on_accepted();
   if (!problems.empty()) prompts_.Inform(problems);
   return problems.empty();

@@ -37,6 +37,7 @@ class FrmOptions : public OwnedWindow {
   bool FindUnfinished();
   bool Check();
   bool Accept();
+  void DisableApply() const;
 
   Machine machine_;
   WindowPrompts prompts_;

@@ -39,7 +39,7 @@ FrmRegistryScan::Parts FrmRegistryScan::PartsOf(ScanTool tool) {
     case ScanTool::kComponents:
       break;
   }
-  return {frmInvalidActivex, lstvInvalid, {200, 95, 150, 145}, 2};
+  return {frmInvalidActivex, lstvInvalid, {160, 85, 95, 250}, 2};
 }
 
 void FrmRegistryScan::Show(ScanTool tool, HWND owner) {

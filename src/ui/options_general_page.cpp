@@ -56,16 +56,18 @@ void OptionsGeneralPage::Fill() {
   AddEntry(Control(cmbAutoClean), L"Hour(s)", 1);
   SendDlgItemMessageW(window(), cmbAutoClean, CB_SETCURSEL, general.hours ? 1 : 0, 0);
   SetText(cmbAutoClean1, general.duration);
-  ShowRunEntry();
+  ShowSaved();
   EnableFields();
 }
 
-// Said only while there is something to say.
-void OptionsGeneralPage::ShowRunEntry() const {
+// The Run value: said only while there is something to say.
+void OptionsGeneralPage::ShowSaved() {
   try {
-    if (LookAtRunEntry(context().machine) != RunEntry::kChanged) return;
+    const bool is_changed = LookAtRunEntry(context().machine) == RunEntry::kChanged;
     SetText(lblRunEntry,
-            "Another program changed how Quellix starts with Windows; OK sets it right.");
+            is_changed
+                ? "Another program changed how Quellix starts with Windows; OK sets it right."
+                : "");
   } catch (const Error& error) {
     SetText(lblRunEntry, error.what());
   }
@@ -143,6 +145,10 @@ void OptionsDeletionPage::BrowseForBackup() {
 
 void OptionsBackupsPage::Fill() {
   layout().Add(kBackupsAnchors);
+  ShowSaved();
+}
+
+void OptionsBackupsPage::ShowSaved() {
   RunState saved;
   Settings(context().machine).LoadDeletionSettings(saved);
   SetText(txtBackupHint, saved.BackupFolder);

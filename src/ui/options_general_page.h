@@ -8,6 +8,7 @@ class OptionsGeneralPage : public OptionsPageWindow {
  public:
   using OptionsPageWindow::OptionsPageWindow;
   void Make(HWND owner) override { Create(frmOptionsGeneral, owner); }
+  void ShowSaved() override;
 
  protected:
   void Fill() override;
@@ -16,7 +17,6 @@ class OptionsGeneralPage : public OptionsPageWindow {
 
  private:
   void EnableFields() const;
-  void ShowRunEntry() const;
 };
 
 class OptionsDeletionPage : public OptionsPageWindow {
@@ -40,6 +40,7 @@ class OptionsBackupsPage : public OptionsPageWindow {
  public:
   using OptionsPageWindow::OptionsPageWindow;
   void Make(HWND owner) override { Create(frmOptionsBackups, owner); }
+  void ShowSaved() override;
 
  protected:
   void Fill() override;

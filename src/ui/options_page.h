@@ -47,6 +47,8 @@ class OptionsPageWindow : public Dialog {
   virtual int UnfinishedField() const { return 0; }
   // Enter in a field of this page; false when it is for the whole window.
   virtual bool TakeEnter() { return false; }
+  // Shows anew what comes from the disk and not from the draft.
+  virtual void ShowSaved() {}
   void FollowResolution(int dpi) { SetDpi(dpi); }
 
  protected:

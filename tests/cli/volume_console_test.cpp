@@ -87,6 +87,19 @@ TEST_F(VolumeConsoleTest, ADamagedRegistryEndsInASentence) {
   }
 }
 
+TEST_F(VolumeConsoleTest, ADamagedHiveDoesNotHideTheReferencesOfTheOthers) {
+  machine->SetText(RegistryRoot::kLocalMachine, "Software\\Qx", "QxGone", "C:\\qx none\\a.txt");
+  StoreMachine(*machine);
+  WriteNative(volume().Native("C:\\Users\\Quellix Tester\\NTUSER.DAT"), std::string(5000, '\x5A'));
+  const ProgramResult result =
+      RunQuellixctl({"registry", "file-references", "--thorough", "--volume",
+                     volume().options().volume, "--settings", volume().options().settings});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_NE(result.output.find("NTUSER.DAT"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("\tQxGone\t"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("1 invalid references"), std::string::npos) << result.output;
+}
+
 TEST_F(VolumeConsoleTest, WhatBelongsToARunningWindowsIsLoggedAndTheRunGoesOn) {
   machine->MakeFile(temp + "a.tmp", "1");
   const ProgramResult result =

@@ -43,6 +43,7 @@ TEST_F(BackupBrowserTest, ShowsAndSortsRows) {
   AddArchive("D_141120009057.zip", {"x"});
   machine->MakeFile(safe + "E_141120019057.zip", "no archive");
   BackupBrowser browser(ports);
+  browser.Refresh();
   ASSERT_EQ(browser.ArchiveCount(), 3u);
   EXPECT_EQ(browser.Chosen()->name, archive);  // the newest
   EXPECT_EQ(browser.ArchiveText(0, ArchiveColumn::kFiles), "3");
@@ -79,6 +80,7 @@ TEST_F(BackupBrowserTest, ShowsAndSortsRows) {
 
 TEST_F(BackupBrowserTest, RestoresWhatIsSelected) {
   BackupBrowser browser(ports);
+  browser.Refresh();
   browser.RestoreSelected({}, prompts);
   EXPECT_EQ(browser.outcome(), "Nothing is selected.");
   EXPECT_FALSE(machine->Exists(tree + "b.txt"));
@@ -107,6 +109,7 @@ TEST_F(BackupBrowserTest, SaysWhatIsRefusedAndWhatWasRepaired) {
   const std::string bytes = *ports.files.ReadWholeFile(safe + archive);
   ports.files.WriteWholeFile(safe + archive, bytes.substr(0, bytes.size() - 5));
   BackupBrowser browser(ports);
+  browser.Refresh();
   EXPECT_EQ(browser.ArchiveText(0, ArchiveColumn::kState), "Repaired");
   EXPECT_NE(browser.outcome().find(archive + ": "), std::string::npos);
   EXPECT_NE(browser.outcome().find("repaired: 3 file(s) kept"), std::string::npos);
@@ -129,6 +132,7 @@ TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
   std::string copy;
   {
     BackupBrowser browser(ports);
+    browser.Refresh();
     copy = browser.View(1);
     EXPECT_EQ(Read(copy), "12345");
     EXPECT_TRUE(copy.starts_with(temp)) << copy;
@@ -140,6 +144,7 @@ TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
 TEST_F(BackupBrowserTest, DeletesTheChosenArchive) {
   AddArchive("D_141120009057.zip", {"x"});
   BackupBrowser browser(ports);
+  browser.Refresh();
   browser.ChooseArchive(1);
   browser.DeleteArchive();
   EXPECT_EQ(Archives(), std::vector<std::string>{archive});

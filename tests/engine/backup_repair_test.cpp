@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "support/backup_fixture.h"
 
 namespace quellix {
@@ -135,6 +137,33 @@ TEST_F(BackupRepairTest, AReadOnlyArchiveThatIsIncompleteIsRead) {
   EXPECT_EQ(Read(tree + "2"), "deflated deflated deflated deflated");
   backups.Delete(NamePart(archive));
   EXPECT_TRUE(backups.List().empty());
+}
+
+// A repair tells how far it is; stopped, it leaves the archive for the next one.
+TEST_F(BackupRepairTest, AStoppedRepairChangesNothing) {
+  const std::string archive = MakeArchive();
+  const std::string cut = Read(archive).substr(0, Ends(archive)[2] + 3);
+  ports.files.WriteWholeFile(archive, cut);
+  std::vector<uint64_t> steps;
+  for (const size_t stop_at : {1, 3, 99}) {
+    SCOPED_TRACE(stop_at);
+    steps.clear();
+    backups.OnPause([&](const RestoreProgress& progress) {
+      EXPECT_EQ(progress.path, NamePart(archive));
+      EXPECT_EQ(progress.total, cut.size());
+      steps.push_back(progress.done);
+      return steps.size() == stop_at;
+    });
+    const BackupInfo info = backups.List().at(0);
+    const bool stopped = steps.size() == stop_at;
+    EXPECT_EQ(info.problem, stopped ? "The repair was stopped; the archive is as it was." : "");
+    EXPECT_EQ(Read(archive) == cut, stopped);
+  }
+  EXPECT_GE(steps.size(), 3u);
+  EXPECT_TRUE(std::ranges::is_sorted(steps));
+  EXPECT_LT(steps.front(), Ends(archive)[0]);
+  EXPECT_LE(steps.back(), cut.size());
+  EXPECT_EQ(backups.List().at(0).entries, 3u);
 }
 
 }  // namespace

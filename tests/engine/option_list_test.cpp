@@ -188,6 +188,15 @@ TEST_F(OptionListTest, CookiesMoveBetweenTheMachineAndTheKeepList) {
   cookies.Release(std::vector<size_t>{0, 1});
   cookies.Save();
   EXPECT_EQ(ReadProgramFile("ck.txt"), "\r\n");
+
+  // While the list cannot be read, nothing takes its place.
+  ports.files.RemoveFile(ports.program_folder + "\\ck.txt");
+  machine->MakeFolder(ports.program_folder + "\\ck.txt");
+  CookieLists unread(ports);
+  EXPECT_NE(unread.problem(), "");
+  ASSERT_FALSE(unread.on_machine().empty());
+  unread.Keep(std::vector<size_t>{0});
+  EXPECT_FALSE(unread.changed());
 }
 
 }  // namespace

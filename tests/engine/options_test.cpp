@@ -330,6 +330,12 @@ TEST_F(OptionsTest, WhatCannotBeReadIsToldAndNotWritten) {
   EXPECT_FALSE(options.Check());
   EXPECT_EQ(std::ranges::count(options.Save(), '\n'), 1);  // the settings
   EXPECT_EQ(ReadProgramFile("IFI.txt"), "a.txt\r\n");
+
+  // Nor is it written when it can be read again: what is shown are defaults.
+  ports.files.RemoveFolder(ports.program_folder + "\\Settings.ini");
+  WriteSettings("[General]\r\nDelMethod=B\r\n");
+  EXPECT_NE(options.Save().find("Please open them again."), std::string::npos);
+  EXPECT_EQ(ReadProgramFile("Settings.ini"), "[General]\r\nDelMethod=B\r\n");
 }
 
 }  // namespace

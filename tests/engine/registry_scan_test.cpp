@@ -146,6 +146,12 @@ TEST_F(RegistryScanTest, StopLeavesTheRowsFoundSoFar) {
     EXPECT_EQ(scan->RowCount(), 5u);
     EXPECT_EQ(scan->status(), "");
     EXPECT_FALSE(scan->progress().visible || scan->is_frozen());
+    scan_view.on_yield = [&] { scan->StopScan(); };
+    scan->StartScan();
+    scan_view.on_yield = nullptr;
+    scan->DeleteChecked(false);
+    EXPECT_EQ(scan->timer_enabled(), scan->traits().rescans) << "also of an empty list";
+    EXPECT_EQ(scan->status().starts_with("0 entries"), !scan->traits().rescans);
     scan->StartScan();
     EXPECT_EQ(scan->RowCount(), 20u) << "a new scan is not stopped";
   }

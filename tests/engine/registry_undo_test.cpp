@@ -4,6 +4,7 @@
 #include "platform/error.h"
 #include "plugins/mod_plugin.h"
 #include "support/branch_registry.h"
+#include "support/forwarding_files.h"
 #include "support/registry_fixture.h"
 #include "support/scripted_prompts.h"
 
@@ -75,6 +76,60 @@ TEST_F(RegistryUndoTest, EveryKindOfEntryComesBackAsItWas) {
   const std::string copy = backups.ExtractTemporary(UndoFiles()[0], entries.back().path);
   EXPECT_TRUE(copy.ends_with(".txt")) << copy;
   EXPECT_TRUE(machine->Exists(copy));
+}
+
+TEST_F(RegistryUndoTest, OneValueThatCannotBeWrittenKeepsNoneOfTheOthersBack) {
+  RegFileText text;
+  text.AddKey(kUser, "Qx1");
+  text.AddValue("a", Number(1));
+  text.AddValue(std::string(20000, 'n'), Number(2));                     // too long for Windows
+  text.AddValue("large", {kRegBinary, std::string(1'100'000, '\xAB')});  // and for a volume
+  text.AddValue("z", Number(3));
+  machine->MakeFile(BackupFolder() + "R_0101202610000.reg", RegFileHeader() + text.Bytes());
+  const RestoreResult result = RestoreFile(UndoFiles().at(0));
+  const auto names = machine->ValueNames(kUser, "Qx1");
+  EXPECT_TRUE(std::ranges::count(names, "a") && std::ranges::count(names, "z"));
+  EXPECT_EQ(result.problems.size(), 4 - names.size());
+  EXPECT_EQ(names.size(), 3u);
+  EXPECT_TRUE(result.restored == 0 && result.skipped == 1);
+}
+
+// A medium that takes so many writes and is full then.
+class FullFile : public ForwardingFile {
+ public:
+  FullFile(std::unique_ptr<RandomFile> file, int& writes)
+      : ForwardingFile(std::move(file)), writes_(writes) {}
+  void Write(uint64_t offset, std::string_view bytes) override {
+    const bool fits = writes_-- > 0;
+    ForwardingFile::Write(offset, fits ? bytes : bytes.substr(0, bytes.size() / 2));
+    if (!fits) throw Error(Error::Kind::kFull, "The disk is full.");
+  }
+
+ private:
+  int& writes_;
+};
+
+TEST_F(RegistryUndoTest, AFullDiskLeavesTheFileAsItWas) {
+  int writes = 0;
+  ForwardingFiles full(ports.files, [&](std::string_view, std::unique_ptr<RandomFile> file) {
+    return std::make_unique<FullFile>(std::move(file), writes);
+  });
+  const Machine narrow{full,          ports.registry, ports.shell,   ports.url_cache,
+                       ports.profile, ports.system,   ports.session, ports.program_folder};
+  RegistryUndo undo;
+  for (const bool is_first : {true, false}) {
+    Set(kUser, "Qx1", is_first ? "first" : "second", Text("x"));
+    undo.AddTree(ports.registry, kUser, "Qx1");
+    EXPECT_THROW(undo.Store(narrow, BackupFolder()), Error);
+    EXPECT_EQ(UndoFiles().empty(), is_first) << "no empty file is left";
+    if (!is_first) break;
+    writes = 1;
+    undo.AddTree(ports.registry, kUser, "Qx1");
+    undo.Store(narrow, BackupFolder());
+  }
+  machine->RemoveRegistryTree(kUser, "Qx1");
+  EXPECT_TRUE(RestoreFile(UndoFiles().at(0)).problems.empty());
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), std::vector<std::string>{"first"});
 }
 
 TEST_F(RegistryUndoTest, WhatIsThereMeanwhileIsReplacedAsTheModeSays) {

@@ -169,12 +169,59 @@ TEST_F(SettingsTest, CheckStatesAreOneLineOfThirtyValues) {
   }
 }
 
+// A file that is there but cannot be read, until it is written again.
+void MakeUnreadable(TestMachine& machine, const std::string& path) {
+  machine.machine().files.RemoveFile(path);
+  machine.MakeFolder(path);
+}
+
+TEST_F(SettingsTest, WhileTheSettingsCannotBeReadTheUsersChoiceStays) {
+  WriteSettings("[General]\nDelMethod=B\nRename=1\nAutoClean=1\nDuration=7\nHM=0\nProtect1=1\n" +
+                ("[Backup]\nPath=" + scratch) + "Safe\nStrict=1");
+  EXPECT_EQ(engine.Load(), "");
+  EXPECT_TRUE(engine.is_loaded());
+  MakeUnreadable(*machine, ports.program_folder + "\\Settings.ini");
+  engine.ApplyGeneralSettings();
+  EXPECT_EQ(engine.general().interval_minutes, 7);
+  EXPECT_TRUE(engine.auto_clean().IsOn());
+  EXPECT_TRUE(engine.selection().IsEnabled(*FindItem("CleanEmptyFiles")));
+  machine->MakeFile(temp + "junk.tmp", "12345");
+  Tick({"CleanTempFiles"});
+  engine.RunCleaning();
+  EXPECT_FALSE(machine->Exists(temp + "junk.tmp"));
+  EXPECT_EQ(engine.state().FilesBackedUp, 1);
+  EXPECT_EQ(machine->Tree(scratch + "Safe").size(), 1u);
+  EXPECT_NE(engine.Load(), "");
+  EXPECT_FALSE(engine.is_loaded());
+}
+
+TEST_F(SettingsTest, TicksThatCouldNotBeReadStayInTheirFile) {
+  const std::string path = ports.program_folder + "\\chkItems.txt";
+  machine->MakeFile(path, "1");
+  MakeUnreadable(*machine, path);
+  EXPECT_NE(engine.Load(), "");
+  EXPECT_FALSE(engine.is_loaded());
+  ports.files.RemoveFolder(path);
+  machine->MakeFile(path, "0,0,0,0,1\r\n");
+  engine.Save();
+  EXPECT_EQ(ReadProgramFile("chkItems.txt"), "0,0,0,0,1\r\n");
+  Tick({"CleanRecycleBin"});
+  engine.Save();
+  EXPECT_EQ(ReadProgramFile("chkItems.txt").substr(0, 9), "1,0,0,0,0");
+  EXPECT_EQ(engine.Load(), "");
+  machine->MakeFile(path, "");
+  engine.Save();
+  EXPECT_EQ(ReadProgramFile("chkItems.txt").substr(0, 9), "1,0,0,0,0");
+}
+
 TEST_F(SettingsTest, AFolderInPlaceOfTheFilesIsSaidAndLosesNothing) {
   machine->MakeFolder(ports.program_folder + "\\Settings.ini");
   machine->MakeFolder(ports.program_folder + "\\chkItems.txt");
   const std::string problems = engine.Load();
   EXPECT_NE(problems.find("settings could not be read"), std::string::npos) << problems;
   EXPECT_NE(problems.find("ticked items could not be read"), std::string::npos) << problems;
+  EXPECT_FALSE(engine.is_loaded());
+  Tick({"CleanTempFiles"});
   EXPECT_THROW(engine.Save(), Error);
   EXPECT_THROW(settings.WriteIniValue("a", "b", "c"), Error);
 }

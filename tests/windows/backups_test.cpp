@@ -57,6 +57,21 @@ class FrmBackupsTest : public ::testing::Test {
       {TempFolder() / L"\u6771\u4eac.tmp", std::string(100000, 'c')}};
 };
 
+TEST_F(FrmBackupsTest, OpenedAgainItHasTheKeyboard) {
+  const QuellixWindow window;
+  for (const char* time : {"first", "second"}) {
+    SCOPED_TRACE(time);
+    const HWND backups = Open(window);
+    ASSERT_TRUE(backups);
+    GUITHREADINFO thread{};
+    thread.cbSize = sizeof(thread);
+    EXPECT_TRUE(GetGUIThreadInfo(GetWindowThreadProcessId(backups, nullptr), &thread));
+    EXPECT_EQ(GetDlgCtrlID(thread.hwndFocus), lstvArchives);
+    SendMessageW(backups, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(IsWindowEnabled(window.main()));
+  }
+}
+
 TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
   const QuellixWindow window;
   ASSERT_TRUE(Clean(window));

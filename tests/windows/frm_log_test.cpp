@@ -109,11 +109,13 @@ TEST_F(FrmLogTest, SavesTheText) {
   ASSERT_TRUE(dialog);
   HWND name = nullptr;
   ASSERT_TRUE(Await([&] { return (name = FindEdit(dialog, L"cleanup")) != nullptr; }));
+  EXPECT_FALSE(IsWindowEnabled(window.main()));  // a run would take the dialog away
   const std::wstring path = folder / L"\u00fcber";
   SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
   PostMessageW(dialog, WM_COMMAND, IDOK, 0);
   const std::filesystem::path file = folder / L"\u00fcber.log";
   EXPECT_TRUE(Await([&] { return ReadBytes(file) == kExpectedLog; }));
+  EXPECT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));
 }
 
 }  // namespace

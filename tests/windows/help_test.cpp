@@ -79,6 +79,44 @@ TEST_F(HelpTest, EachWindowOpensItsOwnPage) {
   }
 }
 
+TEST_F(HelpTest, TheDialogsOfAToolOpenItsPage) {
+  constexpr const wchar_t* kKeys[] = {
+      L"Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\qx.exe",
+      L"Software\\Microsoft\\Windows\\Help"};
+  const QuellixWindow window;
+  struct Row {
+    int entry;
+    const wchar_t *title, *name, *dialog;
+    const char* topic;
+  };
+  static constexpr Row kRows[] = {
+      {mnuOrphanedApplicationPath, L"Orphaned application path references", nullptr,
+       L"Edit application path", "app-paths"},
+      {mnuOrphanedHelpFile, L"Orphaned help file references", L"qx.hlp", L"Edit help file",
+       "help-files"}};
+  for (size_t i = 0; i < std::size(kRows); ++i) {
+    const Row& row = kRows[i];
+    SCOPED_TRACE(row.topic);
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKeys[i], row.name, REG_SZ, L"C:\\qx none", 24);
+    window.Choose(row.entry);
+    const HWND tool = window.AwaitWindow(row.title);
+    ASSERT_TRUE(tool);
+    ASSERT_TRUE(Await([&] { return TextOf(GetDlgItem(tool, lblStatus)).ends_with(L"orphaned"); }));
+    window.PressKey(GetDlgItem(tool, lstvInvalid), VK_END);
+    window.PressKey(GetDlgItem(tool, lstvInvalid), VK_HOME);
+    window.PressKey(GetDlgItem(tool, lstvInvalid), VK_RETURN);
+    const HWND dialog = window.AwaitWindow(row.dialog);
+    ASSERT_TRUE(dialog);
+    PressF1(dialog);
+    EXPECT_EQ(AwaitTopic(), row.topic);
+    SendMessageW(dialog, WM_CLOSE, 0, 0);
+    SendMessageW(tool, WM_CLOSE, 0, 0);
+    ASSERT_TRUE(Await([&] { return !IsWindow(tool); }));
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKeys[i], row.name);
+  }
+  RegDeleteKeyW(HKEY_LOCAL_MACHINE, kKeys[0]);
+}
+
 TEST_F(HelpTest, AMissingManualIsTold) {
   const std::filesystem::path manual = ProgramFolder() / "Help" / "help.htm";
   const std::filesystem::path aside = ProgramFolder() / "Help" / "help.aside";

@@ -8,6 +8,8 @@
 #include <iterator>
 #include <stdexcept>
 
+#include <shlobj.h>
+
 namespace quellix::test {
 namespace {
 
@@ -221,6 +223,16 @@ std::wstring QuellixWindow::RowText(HWND list, int row, int column) const {
   ReadProcessMemory(process, there + sizeof(item), text, sizeof(text), nullptr);
   VirtualFreeEx(process, there, 0, MEM_RELEASE);
   return text;
+}
+
+void QuellixWindow::SelectFolder(HWND browser, const std::wstring& path) const {
+  const HANDLE process = process_.hProcess;
+  const size_t size = (path.size() + 1) * sizeof(wchar_t);
+  void* const there =
+      VirtualAllocEx(process, nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+  WriteProcessMemory(process, there, path.c_str(), size, nullptr);
+  SendMessageW(browser, BFFM_SETSELECTIONW, TRUE, reinterpret_cast<LPARAM>(there));
+  VirtualFreeEx(process, there, 0, MEM_RELEASE);
 }
 
 }  // namespace quellix::test

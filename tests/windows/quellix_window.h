@@ -71,6 +71,8 @@ class QuellixWindow : public QuellixProcess {
   // The right button over a control; false when the program does not answer, as with an open menu.
   bool RightClick(int id) const;
   std::wstring RowText(HWND list, int row, int column) const;
+  // Chooses a folder in the system's dialog for folders.
+  void SelectFolder(HWND browser, const std::wstring& path) const;
 
  private:
   HWND Find(std::wstring_view title, std::wstring_view window_class) const;

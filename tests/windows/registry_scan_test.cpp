@@ -91,11 +91,13 @@ TEST_F(RegistryScanWindowTest, TheScanStartsByItselfAndWhatIsTickedGoes) {
   EXPECT_EQ(quellix.RowText(list, 20, 0), L"3");
 
   const std::wstring kept = quellix.RowText(list, 0, 1);
+  quellix.PressKey(list, VK_RETURN);
   quellix.PressKey(list, VK_HOME);
   quellix.PressKey(list, VK_SPACE);
   quellix.PressKey(list, VK_SPACE);
   quellix.PressKey(list, VK_SPACE);
   ASSERT_TRUE(Await([&] { return !IsRowTicked(list, 0); }));
+  EXPECT_EQ(Count(window, lstvOrphanedDLL), 21) << "Enter deletes nothing";
   PressIn(window, cmdDelete);
   ASSERT_TRUE(AwaitStatus(window, L"2 entries, 1 with missing files, 0 with zero usage count"));
   EXPECT_EQ(Count(window, lstvOrphanedDLL), 2);

@@ -193,6 +193,28 @@ TEST_F(StartupTest, SwitchesThatShowTheWindowCleanWhenTheyShould) {
   }
 }
 
+TEST_F(StartupTest, NothingIsCleanedUnaskedWhileTheSettingsCannotBeRead) {
+  WriteSettings("DelMethod=B\r\n");
+  for (const char* name : {"Settings.ini", "chkItems.txt"}) {
+    SCOPED_TRACE(name);
+    const std::string before = ReadBytes(ProgramFolder() / name);
+    {
+      const UniqueFile unreadable(ProgramFolder() / name);
+      const QuellixWindow window(L"-c");
+      const HWND message = window.AwaitMessage(L"could not be read");
+      ASSERT_TRUE(message);
+      PressIn(message, IDOK);
+      ASSERT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));
+      window.Choose(mnuAbout);
+      EXPECT_TRUE(window.AwaitWindow(L"About Quellix"));  // not while a run is in progress
+      EXPECT_FALSE(window.HasWindow(L"Cleaning log"));
+      EXPECT_TRUE(window.Close());
+    }
+    EXPECT_TRUE(HasJunk());
+    EXPECT_EQ(ReadBytes(ProgramFolder() / name), before);
+  }
+}
+
 TEST_F(StartupTest, TipsGoOnFromTheLastOneShown) {
   const auto tip = [](const QuellixWindow& window) { return TextOf(window.Control(txtTip)); };
   std::wstring second;
@@ -300,6 +322,11 @@ TEST_F(StartupTest, TheIconOpensCleansAndExits) {
   ASSERT_TRUE(hide());
   choose(L'o');
   ASSERT_TRUE(Await(is_open));
+  ShowWindow(main, SW_MINIMIZE);
+  ASSERT_TRUE(hide());
+  choose(L'o');
+  ASSERT_TRUE(Await(is_open));
+  EXPECT_TRUE(Await([&] { return !IsIconic(main); }));
   ASSERT_TRUE(hide());
   const QuellixProcess second;
   EXPECT_EQ(second.AwaitExitCode(), DWORD{0});

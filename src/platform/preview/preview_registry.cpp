@@ -44,6 +44,7 @@ class PreviewKey : public RegistryKey {
   std::optional<RegistryValue> QueryValue(std::string_view name) override;
   std::optional<RegistryValueInfo> ValueAt(uint32_t index) override;
   std::optional<std::string> SubKeyAt(uint32_t index) override;
+  bool IsLink(std::string_view path) override;
   void SetValue(std::string_view name, const RegistryValue& value) override;
   bool DeleteValue(std::string_view name) override;
   bool DeleteSubKey(std::string_view path) override;
@@ -173,6 +174,8 @@ bool PreviewKey::DeleteValue(std::string_view name) {
   return true;
 }
 
+bool PreviewKey::IsLink(std::string_view path) { return inner_ && inner_->IsLink(path); }
+
 bool PreviewKey::DeleteSubKey(std::string_view path) {
   RequireWrite();
   if (WithoutBackslash(path).empty()) {
@@ -180,6 +183,7 @@ bool PreviewKey::DeleteSubKey(std::string_view path) {
   }
   const auto child = Open(path, RegistryAccess::kRead);
   if (child == nullptr) return false;
+  if (IsLink(path)) throw Error(Error::Kind::kDenied, "The registry key is a link.");
   if (child->SubKeyAt(0)) throw Error(Error::Kind::kNotEmpty, "The registry key has sub-keys.");
   const std::string place = Below(place_, path), id = UpCase(place);
   const bool was_made = changes_.made_keys.erase(id) != 0;

@@ -57,6 +57,7 @@ class Win32Key : public RegistryKey {
   std::optional<RegistryValueInfo> ValueAt(uint32_t index) override;
   bool ReadValueAt(uint32_t index, std::string& name, RegistryValue& value) override;
   std::optional<std::string> SubKeyAt(uint32_t index) override;
+  bool IsLink(std::string_view path) override;
   void SetValue(std::string_view name, const RegistryValue& value) override;
   bool DeleteValue(std::string_view name) override;
   bool DeleteSubKey(std::string_view path) override;
@@ -146,6 +147,17 @@ std::optional<std::string> Win32Key::SubKeyAt(uint32_t index) {
   return Narrow({name_.data(), length});
 }
 
+bool Win32Key::IsLink(std::string_view path) {
+  UniqueKey itself;
+  RegOpenKeyExW(key_.Get(), Wide(WithoutBackslash(path)).c_str(), REG_OPTION_OPEN_LINK,
+                KEY_QUERY_VALUE, itself.Put());
+  DWORD type = 0;
+  return itself &&
+         RegQueryValueExW(itself.Get(), L"SymbolicLinkValue", nullptr, &type, nullptr, nullptr) ==
+             ERROR_SUCCESS &&
+         type == REG_LINK;
+}
+
 // Windows counts a NUL that happens to stand behind a text in memory to the text; so none does.
 void Win32Key::SetValue(std::string_view name, const RegistryValue& value) {
   if (HasNul(name)) throw WindowsError(ERROR_INVALID_PARAMETER, "write", path_);
@@ -169,6 +181,7 @@ bool Win32Key::DeleteValue(std::string_view name) {
 bool Win32Key::DeleteSubKey(std::string_view path) {
   const std::string_view plain = WithoutBackslash(path);
   if (plain.empty()) throw WindowsError(ERROR_ACCESS_DENIED, "remove", path_);
+  if (IsLink(plain)) throw WindowsError(ERROR_ACCESS_DENIED, "remove the link", plain);
   const auto child = OpenBelow(key_.Get(), plain, KEY_READ | DELETE);
   if (!child) return false;
   if (child->SubKeyAt(0)) throw WindowsError(ERROR_DIR_NOT_EMPTY, "remove", plain);

@@ -1,4 +1,10 @@
+#include "backup/registry_undo.h"
+#include "platform/error.h"
+#include "platform/win32/win32_text.h"
+#include "plugins/mod_plugin.h"
+#include "registry_tools/mod_registry.h"
 #include "support/run_fixture.h"
+#include "ui/windows_api.h"
 
 namespace quellix {
 namespace {
@@ -16,6 +22,63 @@ TEST_F(Win32RegistryTest, KeysThatStandForPerformanceDataAreNoError) {
       EXPECT_NO_THROW(language->SubKeyAt(0)) << *name;
     }
   }
+}
+
+// Makes a key of the user a link to one of the machine; its removal needs the system's own call.
+class KeyLink {
+ public:
+  KeyLink(const std::wstring& path, const std::wstring& target) {
+    RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, REG_OPTION_CREATE_LINK,
+                    KEY_ALL_ACCESS, nullptr, &key_, nullptr);
+    const std::wstring full = L"\\Registry\\Machine\\" + target;
+    status_ = RegSetValueExW(key_, L"SymbolicLinkValue", 0, REG_LINK,
+                             reinterpret_cast<const BYTE*>(full.data()),
+                             static_cast<DWORD>(full.size() * sizeof(wchar_t)));
+  }
+  ~KeyLink() {
+    const auto remove = reinterpret_cast<LONG(NTAPI*)(HANDLE)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtDeleteKey")));
+    remove(key_);
+    RegCloseKey(key_);
+  }
+  KeyLink(const KeyLink&) = delete;
+  KeyLink& operator=(const KeyLink&) = delete;
+  bool made() const { return status_ == ERROR_SUCCESS; }
+
+ private:
+  HKEY key_ = nullptr;
+  LSTATUS status_ = ERROR_GEN_FAILURE;
+};
+
+TEST_F(Win32RegistryTest, WhatALinkLeadsToIsNeitherDeletedNorKept) {
+  const std::string tree = "Software\\QxLinks", target = "Software\\QxLinked";
+  machine->SetText(kUser, tree + "\\plain\\deep", "v", "x");
+  machine->SetText(RegistryRoot::kLocalMachine, target + "\\below", "v", "x");
+  const modRegistry::Access access{ports.registry, ports.system};
+  const auto target_stands = [&] {
+    return machine->ValueNames(RegistryRoot::kLocalMachine, target + "\\below").size() == 1;
+  };
+  for (const char* place : {"\\link", ""}) {
+    SCOPED_TRACE(place);
+    const std::string top = tree + (*place ? "" : "\\itself");
+    {
+      const KeyLink link(Wide(top + place), Wide(target));
+      ASSERT_TRUE(link.made() && machine->KeyExists(kUser, top + place + "\\below"));
+      RegistryUndo undo;
+      undo.AddTree(ports.registry, kUser, tree);
+      undo.Store(ports, scratch);
+      const auto kept = ports.files.ReadWholeFile(undo.path(), 1 << 20);
+      EXPECT_EQ(kept->find(ToUtf16Bytes("below")), std::string::npos);
+      modRegistry::DeleteRegKeyTree(access, kUser, top);
+      EXPECT_TRUE(target_stands());
+      EXPECT_THROW(modPlugin::DeleteRegistryKeyTree(ports.registry, kUser, top), Error);
+      EXPECT_TRUE(target_stands());
+      EXPECT_FALSE(machine->KeyExists(kUser, tree + "\\plain"));
+    }
+    modRegistry::DeleteRegKeyTree(access, kUser, top);
+    EXPECT_FALSE(machine->KeyExists(kUser, top));
+  }
+  machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, target);
 }
 
 }  // namespace
