@@ -66,12 +66,28 @@ void FrmPlugin::OnSized() {
   ini_.FillLastColumn(dpi());
 }
 
+// Ctrl+Tab turns the pages, as in any window that has some.
+bool FrmPlugin::OnKey(MSG& message) {
+  const bool turns =
+      message.message == WM_KEYDOWN && message.wParam == VK_TAB && GetKeyState(VK_CONTROL) < 0;
+  if (!turns) return false;
+  const HWND tab = Control(sstPlugin);
+  const int pages = TabCtrl_GetItemCount(tab);
+  const int step = GetKeyState(VK_SHIFT) < 0 ? pages - 1 : 1;
+  TabCtrl_SetCurSel(tab, (TabCtrl_GetCurSel(tab) + step) % pages);
+  ShowPage();
+  return true;
+}
+
 void FrmPlugin::ShowPage() {
+  const HWND focus = GetFocus();
   const int page = TabCtrl_GetCurSel(Control(sstPlugin));
   for (int id = pagFiles; id < pagEnd; ++id) {
     const bool shown = id >= kPages[page] && id < kPages[page + 1];
     if (const HWND control = Control(id)) ShowWindow(control, shown ? SW_SHOW : SW_HIDE);
   }
+  // Or keys would go to a field that is not seen.
+  if (IsChild(window(), focus) && !IsWindowVisible(focus)) SetFocus(Control(sstPlugin));
 }
 
 void FrmPlugin::ShowTitle() { SetWindowTextW(window(), Wide(editor_.Title()).c_str()); }

@@ -30,6 +30,7 @@ class FrmPlugin : public OwnedWindow {
   void OnCommand(int id, int code) override;
   const char* HelpTopic() const override { return "plugin-editor"; }
   LRESULT OnNotify(NMHDR& header) override;
+  bool OnKey(MSG& message) override;
   void OnClose() override;
 
  private:

@@ -1,5 +1,7 @@
 #include "ui/frm_plugin_manager.h"
 
+#include <algorithm>
+
 #include "engine.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
@@ -24,7 +26,7 @@ FrmPluginManager::FrmPluginManager(Engine& engine, const Machine& machine)
     : engine_(engine),
       machine_(machine),
       manager_(machine, prompts_),
-      editor_(machine, manager_, [this] { ShowRows(); }) {}
+      editor_(machine, manager_, [this] { ShowAdded(); }) {}
 
 void FrmPluginManager::Show(HWND owner) { Open(frmPluginManager, owner); }
 
@@ -54,6 +56,15 @@ void FrmPluginManager::ShowRows() {
   EnableCommands();
 }
 
+// What was added is selected, else the row that had the focus stays so.
+void FrmPluginManager::ShowAdded() {
+  const auto before = static_cast<size_t>(ListView_GetItemCount(Control(lstvPlugin)));
+  const size_t count = manager_.rows().size();
+  const int focused = std::max(list_.FocusedRow(), 0);
+  ShowRows();
+  if (count > 0) list_.Select(count > before ? count - 1 : static_cast<size_t>(focused));
+}
+
 // The focus moves along: a disabled button would swallow the keyboard.
 void FrmPluginManager::EnableCommands() {
   const bool can = !working_ && list_.CountSelected() > 0;
@@ -76,7 +87,7 @@ void FrmPluginManager::OnCommand(int id, int /*code*/) {
       return Edit();
     case mnuAdd:
       manager_.Add();
-      return ShowRows();
+      return ShowAdded();
     case mnuDelete:
       manager_.Delete(list_.SelectedRows());
       return ShowRows();

@@ -34,6 +34,7 @@ class FrmPluginManager : public OwnedWindow {
  private:
   void OnListNotify(const NMHDR& header);
   void ShowRows();
+  void ShowAdded();
   void EnableCommands();
   void TickAll(bool ticked);
   void Edit();

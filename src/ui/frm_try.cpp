@@ -19,11 +19,13 @@ void FrmTry::Show(HWND owner, const modPlugin::Plugin& plugin) {
   trial_.emplace(machine_);
   Open(frmTry, owner);
   working_ = true;
+  close_after_run_ = false;
   EnableWindow(Control(cmdStop), TRUE);
   display_.SetStatus("Looking...");
   display_.Flush();
   trial_->Run(plugin, display_);
   working_ = false;
+  if (close_after_run_) return OwnedWindow::OnClose();
   display_.SetStatus(trial_->Summary());
   display_.Flush();
   SetText(txtTry, trial_->notes().empty() ? "Everything the plugin names may be cleaned."
@@ -58,6 +60,7 @@ LRESULT FrmTry::OnNotify(NMHDR& header) {
 
 // While it looks, closing stops it first.
 void FrmTry::OnClose() {
+  close_after_run_ = working_;
   if (working_) return trial_->Stop();
   OwnedWindow::OnClose();
 }

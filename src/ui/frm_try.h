@@ -15,7 +15,7 @@ class FrmTry : public OwnedWindow {
  public:
   explicit FrmTry(const Machine& machine) : machine_(machine) {}
 
-  // Returns when the list is complete or the user has stopped it.
+  // Returns when the list is complete or the user has stopped or closed it.
   void Show(HWND owner, const modPlugin::Plugin& plugin);
 
  protected:
@@ -35,6 +35,7 @@ class FrmTry : public OwnedWindow {
   ListView list_;
   StatusView display_;
   bool working_ = false;
+  bool close_after_run_ = false;
 };
 
 }  // namespace quellix

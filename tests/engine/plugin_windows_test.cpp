@@ -35,13 +35,13 @@ TEST_F(PluginWindowsTest, TheManagerListsTicksAddsAndDeletes) {
   EXPECT_TRUE(manager.rows()[0].ticked && !manager.rows()[1].ticked);
   EXPECT_EQ(ReadProgramFile("plg.txt"), Text("1|a.cdp|first\r\n0|b.cdp|second\r\n1|gone.cdp|\r\n"));
 
-  prompts.files = {UpCase(plugins_folder) + "c.cdp", scratch + "out.cdp", std::nullopt,
-                   plugins_folder + "none.cdp"};
-  for (int i = 0; i < 4; ++i) manager.Add();
+  prompts.files = {UpCase(plugins_folder) + "c.cdp", scratch + "out.cdp",
+                   plugins_folder + "sub\\c.cdp", std::nullopt, plugins_folder + "none.cdp"};
+  for (int i = 0; i < 5; ++i) manager.Add();
   EXPECT_EQ(prompts.asked[0], "Quellix plugins ( *.cdp )|*.cdp");
-  EXPECT_EQ(prompts.informed,
-            (std::vector<std::string>{"The plugin should be in Plugin Folder\r\n" + plugins_folder,
-                                      "There was an error in loading the Plugin."}));
+  const std::string outside = "The plugin should be in Plugin Folder\r\n" + plugins_folder;
+  EXPECT_EQ(prompts.informed, (std::vector<std::string>{
+                                  outside, outside, "There was an error in loading the Plugin."}));
   ASSERT_EQ(manager.rows().size(), 3u);
   EXPECT_EQ(manager.rows()[2].description, "about c.cdp");
   EXPECT_EQ(manager.status(), "3 plugin(s) listed");
@@ -63,11 +63,11 @@ TEST_F(PluginWindowsTest, TheManagerListsTicksAddsAndDeletes) {
     manager.Delete(std::vector<size_t>{0});
   }
   EXPECT_EQ(manager.rows().size(), 1u) << "a file that stays keeps its row";
-  EXPECT_EQ(prompts.informed.size(), 3u);
+  EXPECT_EQ(prompts.informed.size(), 4u);
   ports.files.RemoveFile(plugins_folder + "c.cdp");
   prompts.yes_no = {true};
   manager.Delete(std::vector<size_t>{0});
-  EXPECT_EQ(prompts.informed.size(), 3u) << "gone already is no error";
+  EXPECT_EQ(prompts.informed.size(), 4u) << "gone already is no error";
   manager.Save();
   EXPECT_EQ(ReadProgramFile("plg.txt"), "");
 }
@@ -131,6 +131,11 @@ TEST_F(PluginWindowsTest, ProcessingTellsWhatItDid) {
   EXPECT_EQ(view.statuses[1], "Working...Processing Plugins.");
   EXPECT_EQ(view.statuses.back(), "");
   EXPECT_TRUE(view.commands.clean && view.commands.menus && !view.commands.stop);
+  const std::string backups = engine.state().BackupFolder;
+  ASSERT_EQ(machine->Tree(backups).size(), 1u);
+  EXPECT_NE(ports.files.ReadWholeFile(backups + machine->Tree(backups)[0])->find("PK\5\6"),
+            std::string::npos)
+      << "the archive is finished";
   EXPECT_TRUE(machine->Exists(scratch + "two\\c")) << "it is not ticked";
   {
     const auto lock = machine->LockFile(scratch + "two\\c");
@@ -152,6 +157,36 @@ TEST_F(PluginWindowsTest, ProcessingTellsWhatItDid) {
   machine->MakeFile(scratch + "two\\e", "");
   EXPECT_EQ(ProcessTickedPlugins(context), "");
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
+}
+
+TEST_F(PluginWindowsTest, NothingGoesAfterStop) {
+  const std::string ini = "[s]\r\nk=1\r\n";
+  machine->MakeFile(scratch + "in\\a", "1");
+  machine->MakeFile(scratch + "a.ini", ini);
+  machine->SetText(kUser, std::string(kKey) + "\\x", "v", "1");
+  WriteRecipe("one.cdp",
+              "F|No|No|" + scratch + "in\\*.*\r\nR|No|No|HKEY_CURRENT_USER\\" + kKey + "\\x|v\r\n");
+  WriteRecipe("two.cdp", "I|a.ini|s|Yes||" + scratch + "\r\n");
+  WriteList("1|one.cdp|\r\n1|two.cdp|\r\n");
+  manager.Load();
+  view.on_yield = [this] { engine.StopCleaning(); };
+  const struct {
+    const char* row;
+    std::function<void()> process;
+  } kRows[] = {{"the manager",
+                [&] {
+                  Process({0, 1});
+                }},
+               {"the main window", [&] { ProcessTickedPlugins(context); }},
+               {"the item", [&] { engine.RunOneItem(*FindItem("CleanPlugins")); }}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.row);
+    row.process();
+    EXPECT_TRUE(engine.state().AbortRequested);
+    EXPECT_TRUE(machine->Exists(scratch + "in\\a"));
+    EXPECT_EQ(ports.files.ReadWholeFile(scratch + "a.ini"), ini);
+    EXPECT_EQ(machine->ValueNames(kUser, std::string(kKey) + "\\x").size(), 1u);
+  }
 }
 
 TEST_F(PluginWindowsTest, TheEditorRefusesWithItsSentences) {
@@ -277,10 +312,14 @@ TEST_F(PluginWindowsTest, WhatTheEditorComposesIsTheFile) {
   EXPECT_FALSE(editor.MayClose()) << "there are changes to lose";
   prompts.texts = {std::nullopt, " ", "a\\b", "mine", "mine", "mine.cdp"};
   prompts.yes_no = {false};
-  for (int i = 0; i < 5; ++i) editor.Save();  // the last time the file is there
+  for (int i = 0; i < 4; ++i) editor.Save();
+  EXPECT_EQ(ports.files.ReadWholeFile(plugins_folder + "mine.cdp"), expected);
+  WriteRecipe("mine.cdp", "D|other\r\n");
+  editor.Save();
   EXPECT_EQ(prompts.asked.back(), "This plugin already exists. Overwrite?");
   EXPECT_EQ(prompts.asked[prompts.asked.size() - 2], "Please enter filename for the plugin");
-  EXPECT_EQ(ports.files.ReadWholeFile(plugins_folder + "mine.cdp"), expected);
+  EXPECT_EQ(ports.files.ReadWholeFile(plugins_folder + "mine.cdp"), Text("D|other\r\n"));
+  machine->MakeFile(plugins_folder + "mine.cdp", expected);
   EXPECT_FALSE(machine->Exists(plugins_folder + "a\\b.cdp"));
   EXPECT_EQ(editor.Title(), "Plugin: mine.cdp");
   EXPECT_TRUE(editor.MayClose());

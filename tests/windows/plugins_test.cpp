@@ -3,6 +3,8 @@
 #include "quellix_window.h"
 // After windows.h, whose types it uses.
 #include <commctrl.h>
+#include <dlgs.h>
+#include <shlobj.h>
 
 #include "ui/resource.h"
 
@@ -168,7 +170,9 @@ TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedSavedAndProcessed) {
   const HWND list = GetDlgItem(manager, lstvPlugin);
   EXPECT_EQ(window.RowText(list, 0, 0), L"qx one.cdp");
   EXPECT_TRUE(IsRowTicked(list, 0));
-  EXPECT_FALSE(IsWindowEnabled(GetDlgItem(manager, mnuProcess))) << "no row is selected";
+  EXPECT_TRUE(IsWindowEnabled(GetDlgItem(manager, mnuProcess))) << "what was saved is selected";
+  PressIn(manager, mnuDeselectAll);
+  ASSERT_TRUE(Await([&] { return IsWindowEnabled(GetDlgItem(manager, mnuProcess)) == FALSE; }));
   PressIn(manager, mnuSelectAll);
   ASSERT_TRUE(Await([&] { return IsWindowEnabled(GetDlgItem(manager, mnuProcess)) != FALSE; }));
   PressIn(manager, mnuProcess);
@@ -189,6 +193,103 @@ TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedSavedAndProcessed) {
   EXPECT_EQ(ReadBytes(List()), Text("1|qx one.cdp|Meine Gr\xC3\xB6\xC3\x9F"
                                     "en\r\n"));
   EXPECT_TRUE(window.Close());
+}
+
+// Presses keys one after another and lets them go together, in the window before all others.
+void PressKeys(HWND window, std::vector<WORD> keys) {
+  SetForegroundWindow(window);
+  std::vector<INPUT> strokes;
+  for (const DWORD flags : {DWORD{0}, DWORD{KEYEVENTF_KEYUP}}) {
+    for (const WORD key : keys) {
+      INPUT stroke{};
+      stroke.type = INPUT_KEYBOARD;
+      stroke.ki.wVk = key;
+      stroke.ki.dwFlags = flags;
+      strokes.push_back(stroke);
+    }
+  }
+  SendInput(static_cast<UINT>(strokes.size()), strokes.data(), sizeof(INPUT));
+}
+
+bool AwaitFocus(HWND window, int control) {
+  return Await([&] {
+    GUITHREADINFO thread{};
+    thread.cbSize = sizeof thread;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
+    return thread.hwndFocus == GetDlgItem(window, control);
+  });
+}
+
+TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
+  const QuellixWindow window;
+  const HWND manager = OpenManager(window);
+  ASSERT_TRUE(manager);
+  PressIn(manager, mnuCreate);
+  const HWND editor = window.AwaitWindow(L"Plugin: NoName");
+  ASSERT_TRUE(editor);
+  // The folder dialog begins with the user's desktop.
+  wchar_t desktop[MAX_PATH];
+  ASSERT_TRUE(SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_DESKTOPDIRECTORY, nullptr, 0, desktop)));
+  Type(editor, txtFilePath, L"typed");
+  for (const int button : {IDCANCEL, IDOK}) {
+    PressIn(editor, cmdFileBrowse);
+    const HWND browse = window.AwaitMessage(L"The folder whose files go:");
+    ASSERT_TRUE(browse);
+    PressIn(browse, button);
+    ASSERT_TRUE(Await([&] { return !IsWindow(browse); }));
+    EXPECT_TRUE(AwaitText(editor, txtFilePath, button == IDOK ? desktop : L"typed"));
+  }
+
+  // The picker, by its keys: the way to the folder, one file, Enter.
+  const HWND folders = GetDlgItem(editor, dirFileAlternate);
+  SendMessageW(editor, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(folders), TRUE);
+  std::wstring indent;
+  for (const wchar_t* name : {L"quellix-tests", L"plugins", L"in"}) {
+    const std::wstring row = (indent += L"   ") + name;
+    const LRESULT place = SendMessageW(folders, LB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
+                                       reinterpret_cast<LPARAM>(row.c_str()));
+    ASSERT_GE(place, 0) << ::testing::PrintToString(row);
+    SendMessageW(folders, LB_SETCURSEL, static_cast<WPARAM>(place), 0);
+    window.PressKey(folders, VK_RETURN);
+    EXPECT_TRUE(Await([&] {
+      return SendMessageW(folders, LB_GETCURSEL, 0, 0) == static_cast<LRESULT>(indent.size()) / 3;
+    }));
+  }
+  const HWND files = GetDlgItem(editor, flFileAlternate);
+  SendMessageW(editor, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(files), TRUE);
+  SendMessageW(files, LB_SETSEL, TRUE, 0);
+  window.PressKey(files, VK_RETURN);
+  ASSERT_TRUE(AwaitRows(editor, lstvFiles, 1));
+  EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvFiles), 0, 2),
+            (kFolder / "in" / "a.log").wstring());
+
+  // The keyboard turns the pages and leads from the tab into the page.
+  PressKeys(editor, {VK_CONTROL, VK_TAB});
+  EXPECT_TRUE(AwaitFocus(editor, sstPlugin)) << "not in a field that is hidden";
+  EXPECT_TRUE(IsWindowVisible(GetDlgItem(editor, lstvRegistry)));
+  PressKeys(editor, {VK_TAB});
+  EXPECT_TRUE(AwaitFocus(editor, lstvRegistry));
+  PressKeys(editor, {VK_CONTROL, VK_TAB});
+  EXPECT_TRUE(Await([&] { return IsWindowVisible(GetDlgItem(editor, lstvINI)) != FALSE; }));
+  PressIn(editor, cmdINIBrowse);
+  const HWND open = window.AwaitWindow(L"Open");
+  ASSERT_TRUE(open);
+  const HWND name = GetDlgItem(open, cmb13);
+  Type(open, name ? cmb13 : edt1, kFolder / "x.ini");
+  PressIn(open, IDOK);
+  EXPECT_TRUE(AwaitText(editor, txtINIFileName, (kFolder / "x.ini").wstring()));
+  const HWND sections = GetDlgItem(editor, cmbINISections);
+  EXPECT_TRUE(Await([&] { return SendMessageW(sections, CB_GETCOUNT, 0, 0) == 2; }));
+  window.PressKey(sections, VK_DOWN);
+  window.PressKey(sections, VK_DOWN);
+  EXPECT_TRUE(AwaitText(editor, cmbINISections, L"Recent"));
+  const HWND values = GetDlgItem(editor, cmbINIValues);
+  EXPECT_TRUE(Await([&] { return SendMessageW(values, CB_GETCOUNT, 0, 0) == 1; }));
+  window.PressKey(values, VK_DOWN);
+  EXPECT_TRUE(AwaitText(editor, cmbINIValues, L"b"));
+  PressIn(editor, cmdINIAdd);
+  EXPECT_TRUE(AwaitRows(editor, lstvINI, 1));
+  EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvINI), 0, 3), L"b");
 }
 
 TEST_F(PluginWindowsTest, TicksDecideWhatTheMenuAndARunProcess) {
