@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "app/removal.h"
+#include "platform/error.h"
 
 namespace quellix {
 namespace {
@@ -37,6 +38,12 @@ void PrintTotals(const ChangeLog& changes, const Locale& locale) {
 
 }  // namespace
 
+void LoadEngine(Engine& engine, bool removes) {
+  std::cerr << engine.Load();
+  if (!removes || engine.context().settings.IsReadable()) return;
+  throw Error(Error::Kind::kDenied, "Nothing is removed while the settings cannot be read.");
+}
+
 ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind) {
   if (kind == RunKind::kPreview) {
     view_ = std::make_unique<PreviewView>();
@@ -48,7 +55,7 @@ ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind) {
     engine_.emplace(machine, *view_);
   }
   view_->OnStop([this] { engine_->StopCleaning(); });
-  std::cerr << engine_->Load();
+  LoadEngine(*engine_, kind == RunKind::kReal);
 }
 
 void ConsoleRun::PrintPreview() {

@@ -11,10 +11,14 @@ namespace quellix {
 
 enum class RunKind { kReal, kPreview };
 
+// Prints on standard error what could not be read. Throws Error when something is to be removed and
+// the settings cannot be read: they may ask for a backup of it.
+void LoadEngine(Engine& engine, bool removes);
+
 // One engine of a console. As a preview nothing is changed: what would go is recorded and printed.
 class ConsoleRun {
  public:
-  // Prints on standard error what could not be read of the settings.
+  // Loads the engine as above.
   ConsoleRun(const Machine& machine, RunKind kind);
 
   Engine& engine() { return *engine_; }

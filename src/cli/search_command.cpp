@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/removal.h"
+#include "cli/console_run.h"
 #include "cli/console_view.h"
 #include "engine.h"
 
@@ -90,7 +91,7 @@ int RunSearch(const SearchCommand& command, const ConsolePlatform& platform) {
   ConsoleView view;
   Engine engine(opened->machine(), view);
   view.OnStop([&engine] { engine.StopCleaning(); });
-  std::cerr << engine.Load();
+  LoadEngine(engine, command.remove);
   Finds finds(!command.json);
   engine.FindJunk(kKinds.at(command.kind), finds);
   size_t stayed = 0;

@@ -86,6 +86,20 @@ TEST_F(ConsoleTest, APreviewListsWhatWouldGoAndChangesNothing) {
   }
 }
 
+TEST_F(ConsoleTest, NothingIsRemovedWhileTheSettingsCannotBeRead) {
+  machine->MakeFile(temp + "a.tmp", "1");
+  const std::string ini = ports.program_folder + "\\Settings.ini";
+  machine->MakeFolder(ini);
+  const ProgramResult result = Clean({"--item", "CleanTempFiles"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_NE(result.output.find("Nothing is removed"), std::string::npos) << result.output;
+  EXPECT_TRUE(machine->Exists(temp + "a.tmp"));
+  EXPECT_EQ(Clean({"--item", "CleanTempFiles", "--preview"}).exit_code, 0);
+  ports.files.RemoveFolder(ini);
+  EXPECT_EQ(Clean({"--item", "CleanTempFiles"}).exit_code, 0);
+  EXPECT_FALSE(machine->Exists(temp + "a.tmp"));
+}
+
 TEST_F(ConsoleTest, FilesThatStayAreSaidByTheExitCode) {
   machine->MakeFile(temp + "locked.tmp", "1");
   {
