@@ -38,7 +38,7 @@ bool TrayIcon::Show(HWND window, const wchar_t* text) {
   // Without leave, a program that runs as administrator does not hear of a new taskbar.
   ChangeWindowMessageFilterEx(window, TaskbarCreated(), MSGFLT_ALLOW, nullptr);
   if (Tell(NIM_ADD)) return true;
-  window_ = nullptr;
+  Hide();  // an icon that was added but sends nothing of use
   return false;
 }
 
