@@ -34,6 +34,15 @@ TEST_F(SearchConsoleTest, FindsArePrintedAndRemovedOnlyWhenAsked) {
   EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>{"two.QXJ"});
 }
 
+TEST_F(SearchConsoleTest, NothingIsRemovedWhileTheSettingsCannotBeRead) {
+  machine->MakeFile(scratch + "one.qxj", "1");
+  ports.files.WriteWholeFile(ports.program_folder + "\\UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
+  machine->MakeFolder(ports.program_folder + "\\Settings.ini");
+  EXPECT_EQ(Search({"unnecessary", "--delete"}).exit_code, 1);
+  EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>{"one.qxj"});
+  EXPECT_EQ(Search({"unnecessary"}).exit_code, 0);
+}
+
 TEST_F(SearchConsoleTest, AnUnknownKindIsWrongUsage) {
   EXPECT_EQ(Search({"everything"}).exit_code, 2);
   EXPECT_EQ(Search({}).exit_code, 2);

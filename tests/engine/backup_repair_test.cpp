@@ -53,8 +53,9 @@ TEST_F(BackupRepairTest, DamageOfEveryKind) {
   const std::string whole = Read(archive);
   const std::vector<uint64_t> ends = Ends(archive);
   const std::string entries = whole.substr(0, ends.back());
-  std::string broken = entries, unfinished = entries;
+  std::string broken = entries, unfinished = entries, other_sum = entries;
   broken[ends[1] - 3] ^= 0x20;
+  other_sum[ends[0] + 14] ^= 1;
   for (size_t i = 14; i < 26; ++i) unfinished[ends[1] + i] = 0;  // never filled in
   unfinished[ends[1] + 8] = kDeflated;
   struct Row {
@@ -68,6 +69,7 @@ TEST_F(BackupRepairTest, DamageOfEveryKind) {
       {"garbage behind the end", whole + "garbage", 3, 0, false, ""},
       {"garbage behind the entries", entries + std::string(5000, '\xEE'), 3, 0, true, ""},
       {"a bad byte in the middle", broken, 2, 1, true, ""},
+      {"data of another checksum", other_sum, 2, 1, true, ""},
       {"an entry that was being written", unfinished, 2, 0, true, ""},
       {"the directory of another archive", entries + whole.substr(ends.back() + 7), 3, 0, true, ""},
       {"no archive", "MZ this is a program", 0, 0, false, "is not a zip archive."},

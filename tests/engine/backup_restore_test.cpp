@@ -175,6 +175,10 @@ TEST_F(BackupRestoreTest, ArchivesAndEntriesAreListedViewedAndDeleted) {
   EXPECT_EQ(entries[0].path, tree.substr(3) + "a.txt");
   EXPECT_EQ(entries[0].size, 5u);
   EXPECT_EQ(entries[0].last_write / 10, 132539328001234567 / 10);
+  backups.OnPause([](const RestoreProgress&) { return true; });
+  EXPECT_THROW(backups.ExtractTemporary(archives[0].name, entries[0].path), Error);
+  for (const std::string& left : machine->Tree(temp)) EXPECT_TRUE(left.ends_with('\\')) << left;
+  backups.OnPause(nullptr);
   const std::string copy = backups.ExtractTemporary(archives[0].name, entries[0].path);
   EXPECT_TRUE(copy.starts_with(temp));
   EXPECT_EQ(Read(copy), "12345");

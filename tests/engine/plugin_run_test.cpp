@@ -31,9 +31,9 @@ class PluginRunTest : public PluginFixture {
 };
 
 TEST_F(PluginRunTest, SixKindsOfRecordsRemoveExactlyWhatTheyName) {
-  for (const char* file :
-       {"all\\a.txt", "all\\sub\\b", "all\\sub\\deep\\c", "logs\\d.LOG", "logs\\kept.txt",
-        "logs\\sub\\kept.log", "tree\\sub\\e.tmp", "tree\\sub\\kept.txt", "unticked\\kept"}) {
+  for (const char* file : {"all\\a.txt", "all\\sub\\b", "all\\sub\\deep\\c", "logs\\d.LOG",
+                           "logs\\kept.txt", "logs\\sub\\kept.log", "tree\\sub\\e.tmp",
+                           "tree\\sub\\kept.txt", "tree\\emptied\\f.tmp", "unticked\\kept"}) {
     machine->MakeFile(scratch + file, "12");
   }
   machine->MakeFile(scratch + "ini\\a.ini",
@@ -55,14 +55,14 @@ TEST_F(PluginRunTest, SixKindsOfRecordsRemoveExactlyWhatTheyName) {
   for (const bool again : {false, true}) {
     const auto lock = again ? machine->DenyRegistryWrites(kUser, kKey) : nullptr;
     EXPECT_EQ(CleanPluginsLog(), std::string("Plugins... Files Deleted: ") +
-                                     (again ? "0 Space Gained: 0" : "5 Space Gained: 10") +
+                                     (again ? "0 Space Gained: 0" : "6 Space Gained: 12") +
                                      " Bytes");
     EXPECT_FALSE(engine.state().SomeFilesLocked);
-    EXPECT_EQ(
-        machine->Tree(scratch),
-        (std::vector<std::string>{"all\\", "ini\\", "ini\\a.ini", "logs\\", "logs\\kept.txt",
-                                  "logs\\sub\\", "logs\\sub\\kept.log", "tree\\", "tree\\sub\\",
-                                  "tree\\sub\\kept.txt", "unticked\\", "unticked\\kept"}));
+    EXPECT_EQ(machine->Tree(scratch),
+              (std::vector<std::string>{"all\\", "ini\\", "ini\\a.ini", "logs\\", "logs\\kept.txt",
+                                        "logs\\sub\\", "logs\\sub\\kept.log", "tree\\",
+                                        "tree\\emptied\\", "tree\\sub\\", "tree\\sub\\kept.txt",
+                                        "unticked\\", "unticked\\kept"}));
     EXPECT_EQ(ports.files.ReadWholeFile(scratch + "ini\\a.ini"),
               "[Keep]\r\nk=1\r\n[Other]\r\n; k\r\nl=3\r\n");
     EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\tree"));

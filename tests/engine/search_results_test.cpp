@@ -246,6 +246,17 @@ TEST_F(SearchResultsTest, WhereNobodyCanChooseNothingIsSearchedAndTheLogSaysSo) 
   EXPECT_EQ(machine->Tree(scratch), List{"a.qxj"});
 }
 
+TEST_F(SearchResultsTest, ARowThatIsUntickedBeforeItsTurnStays) {
+  Find({"a.qxj", "b.qxj"});
+  results.EndSearch();
+  results.TickAll(true);
+  view.on_yield = [this] { results.SetTicked(1, false); };
+  results.DeleteTicked();
+  EXPECT_EQ(machine->Tree(scratch), List{"b.qxj"});
+  EXPECT_EQ(Column(), List{"b.qxj"});
+  EXPECT_FALSE(results.SomeFailed());
+}
+
 TEST_F(SearchResultsTest, AnAbortedSearchLeavesItsFindsToReview) {
   WriteSettings("[General]\r\nDelMethod=B\r\n");
   for (const char* name : {"a.qxj", "b.qxj"}) machine->MakeFile(scratch + name, "12345");
