@@ -77,8 +77,7 @@ std::string Options::Save() {
 std::string Options::SaveGeneral() {
   if (!settings_problem_.empty()) {
     return "The settings could not be saved, as they could not be read when the Options were "
-           "opened. "
-           "Please open them again.\n";
+           "opened. Please open them again.\n";
   }
   const std::string problems = SaveGeneralSettings(machine_, general, saved_);
   saved_ = LoadGeneralOptions(machine_);

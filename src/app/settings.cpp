@@ -79,7 +79,8 @@ GeneralSettings Settings::LoadGeneralSettings() const {
   return general;
 }
 
-// With the defaults a run would delete for good what its user wants to have backed up.
+// With the defaults a run would delete for good what its user wants to have backed up. A backup
+// folder tells that something was loaded before: it always has a default.
 void Settings::LoadDeletionSettings(RunState& state) const {
   if (!state.BackupFolder.empty() && !IsReadable()) return;
   state.RemovalMode = DecodeMethod(ReadIniValue("General", "DelMethod", "D", 512));

@@ -14,14 +14,10 @@ namespace {
 
 // From the two clocks, in quarters of an hour: no port tells the zone.
 int ZoneMinutes(const LocalTime& now) {
-  namespace chrono = std::chrono;
-  const chrono::sys_days day{chrono::year(now.year) /
-                             chrono::month(static_cast<unsigned>(now.month)) /
-                             chrono::day(static_cast<unsigned>(now.day))};
-  const auto local =
-      day + chrono::hours(now.hour) + chrono::minutes(now.minute) + chrono::seconds(now.second);
-  const chrono::duration<double, std::ratio<60>> apart(local - chrono::system_clock::now());
-  return static_cast<int>(std::lround(apart.count() / 15)) * 15;
+  const int64_t local = ((DayNumber(now) * 24 + now.hour) * 60 + now.minute) * 60 + now.second;
+  const auto utc = std::chrono::system_clock::now().time_since_epoch();
+  const double seconds = std::chrono::duration<double>(utc).count();
+  return static_cast<int>(std::lround((static_cast<double>(local) - seconds) / 60 / 15)) * 15;
 }
 
 // "C:\Users\a" as "Users/a"; "\\server\share\a" as "server/share/a".

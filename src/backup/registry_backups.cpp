@@ -194,7 +194,7 @@ std::string RegistryBackups::ExtractTemporary(const std::string& path,
         return c < 0x20 || std::u16string_view(u"<>:\"/|?*. ").find(c) != std::u16string_view::npos;
       },
       u'_');
-  const std::string copy = folder + ToUtf8(name) + ".txt";
+  std::string copy = folder + ToUtf8(name) + ".txt";
   MakeFolders(machine_.files, WithoutBackslash(folder));
   machine_.files.WriteWholeFile(copy, RegFileHeader() + PartOf(keys.front()));
   return copy;

@@ -18,14 +18,15 @@ struct Repair {
   std::string Note() const;
 };
 
+// Called now and then with the bytes that are done; true ends the repair.
+using RepairPause = std::function<bool(uint64_t done, uint64_t total)>;
+
 // Makes an archive whole that a crash or a lost end left without its directory: every entry whose
 // data are complete is kept, the incomplete rest behind them is cut off, and the directory is
 // written anew. Entries themselves are never rewritten, so that a crash in between costs nothing
 // and a full disk little.
-// `pause` (may be empty) is called now and then with the bytes that are done; where it returns true
-// the repair ends with an Error and the archive is as it was. Throws Error when this is no archive
-// or it cannot be written.
-using RepairPause = std::function<bool(uint64_t done, uint64_t total)>;
+// Where `pause` (may be empty) ends it, it throws Error and the archive is as it was. Throws Error
+// as well when this is no archive or it cannot be written.
 Repair RepairArchive(std::unique_ptr<RandomFile> file, const RepairPause& pause = nullptr);
 
 // An archive, which is repaired first where that is needed; `repair` then says what was done. Where

@@ -1,6 +1,7 @@
 #include "platform/locale.h"
 
 #include <cctype>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +12,11 @@
 
 namespace quellix {
 namespace {
+
+std::chrono::year_month_day ToCalendar(const LocalTime& time) {
+  return {std::chrono::year(time.year), std::chrono::month(static_cast<unsigned>(time.month)),
+          std::chrono::day(static_cast<unsigned>(time.day))};
+}
 
 // One piece of a date or time picture: a letter with its count, or literal text with count 0.
 struct Piece {
@@ -147,6 +153,12 @@ std::string GroupDigits(std::string digits, const Locale& locale) {
 }
 
 }  // namespace
+
+bool IsCalendarDate(const LocalTime& time) { return ToCalendar(time).ok(); }
+
+int64_t DayNumber(const LocalTime& time) {
+  return std::chrono::sys_days(ToCalendar(time)).time_since_epoch().count();
+}
 
 std::string FormatDateTime(const LocalTime& time, const Locale& locale) {
   std::string result = FormatPicture(locale.short_date, time, locale);

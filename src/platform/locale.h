@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,11 @@ struct LocalTime {
   int year = 0, month = 0, day = 0;  // month and day from 1
   int hour = 0, minute = 0, second = 0;
 };
+
+// Whether the date part is a day of the calendar.
+bool IsCalendarDate(const LocalTime& time);
+// Days since 1970 of the date part, which is a day of the calendar.
+int64_t DayNumber(const LocalTime& time);
 
 // The user's regional settings, as Windows keeps them under Control Panel\International.
 struct Locale {

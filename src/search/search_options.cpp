@@ -1,7 +1,6 @@
 #include "search/search_options.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -68,12 +67,7 @@ int FullYear(const std::string& digits) {
   return year + (year < 30 ? 2000 : 1900);
 }
 
-std::chrono::year_month_day ToCalendar(const LocalTime& time) {
-  return {std::chrono::year(time.year), std::chrono::month(static_cast<unsigned>(time.month)),
-          std::chrono::day(static_cast<unsigned>(time.day))};
-}
-
-bool IsDate(const LocalTime& date) { return date.year >= 100 && ToCalendar(date).ok(); }
+bool IsDate(const LocalTime& date) { return date.year >= 100 && IsCalendarDate(date); }
 
 // Three numbers in the order of the user's short date or, where that makes no date, with the year
 // first or with day and month the other way round: the file may come from another locale.
@@ -162,10 +156,6 @@ std::string JoinDrives(const std::vector<std::string>& entries) {
   std::string line;
   for (const std::string& entry : entries) line += " " + entry;
   return line;
-}
-
-int64_t DayNumber(const LocalTime& time) {
-  return std::chrono::sys_days(ToCalendar(time)).time_since_epoch().count();
 }
 
 std::string FormatFileTime(System& system, int64_t filetime) {

@@ -47,9 +47,6 @@ void SaveSearchOptions(const Machine& machine, const SearchOptions& options);
 // The first line for the chosen entries of the drive list.
 std::string JoinDrives(const std::vector<std::string>& entries);
 
-// Days since 1970 of the date part.
-int64_t DayNumber(const LocalTime& time);
-
 // A file time in local time: "mm/dd/yyyy h:nn:ss AM/PM", the hour without a leading zero.
 std::string FormatFileTime(System& system, int64_t filetime);
 

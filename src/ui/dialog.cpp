@@ -74,6 +74,17 @@ HWND Dialog::Control(int id) const {
   return known ? known : GetDlgItem(window_, id);
 }
 
+void Dialog::FocusOn(HWND control) const {
+  SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
+}
+
+void Dialog::EnableControl(int id, bool enabled, int other) const {
+  const HWND control = Control(id);
+  if (!control || (IsWindowEnabled(control) != FALSE) == enabled) return;
+  if (!enabled && GetFocus() == control) FocusOn(Control(other));
+  EnableWindow(control, enabled);
+}
+
 INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(window, DWLP_USER, lparam);

@@ -117,7 +117,6 @@ void FrmBackups::ShowEntries() {
 
 void FrmBackups::ShowOutcome() { SetText(txtOutcome, WithCarriageReturns(browser_->outcome())); }
 
-// The focus moves along: a disabled button would swallow the keyboard.
 void FrmBackups::EnableCommands() {
   const BackupBrowser::Commands can =
       browser_->Available(static_cast<size_t>(entries_.CountSelected()));
@@ -126,12 +125,7 @@ void FrmBackups::EnableCommands() {
                                             {cmdRestoreAll, can.restore_all},
                                             {cmdRestoreInto, can.restore_into},
                                             {cmdDeleteArchive, can.delete_archive}};
-  for (const auto& [id, enabled] : kCommands) {
-    if (!enabled && GetFocus() == Control(id)) {
-      SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(lstvArchives)), TRUE);
-    }
-    EnableWindow(Control(id), enabled);
-  }
+  for (const auto& [id, enabled] : kCommands) EnableControl(id, enabled, lstvArchives);
 }
 
 void FrmBackups::OnCommand(int id, int code) {
@@ -264,7 +258,7 @@ void FrmBackups::BeginProgress() {
   ShowWindow(Control(pgRestore), SW_SHOWNA);
   focus_ = GetFocus();
   EnableWindow(Control(cmdStopRestore), TRUE);
-  SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(cmdStopRestore)), TRUE);
+  FocusOn(Control(cmdStopRestore));
   for (const int id : kIdleControls) EnableWindow(Control(id), FALSE);
 }
 
@@ -272,8 +266,7 @@ void FrmBackups::HideProgress() {
   ShowWindow(Control(pgRestore), SW_HIDE);
   for (const int id : kIdleControls) EnableWindow(Control(id), TRUE);
   EnableCommands();
-  const HWND focus = IsWindowEnabled(focus_) ? focus_ : Control(lstvArchives);
-  SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(focus), TRUE);
+  FocusOn(IsWindowEnabled(focus_) ? focus_ : Control(lstvArchives));
   EnableWindow(Control(cmdStopRestore), FALSE);
 }
 

@@ -4,6 +4,7 @@
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "ui/column_widths.h"
+#include "ui/control_text.h"
 #include "ui/resource.h"
 
 namespace quellix {
@@ -24,13 +25,6 @@ constexpr Anchor kAnchors[] = {
     {lblDeletionState, 0, 1, 1, 1},  {cmdSelectAll, 0, 1, 0, 1}, {cmdDeselectAll, 0, 1, 0, 1},
     {cmdDeleteSelected, 0, 1, 0, 1}, {cmdAbort, 1, 1, 1, 1},     {cmdExit, 1, 1, 1, 1},
 };
-
-std::string TextOf(HWND control) {
-  std::wstring text(static_cast<size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
-  text.resize(
-      static_cast<size_t>(GetWindowTextW(control, text.data(), static_cast<int>(text.size()))));
-  return Narrow(text);
-}
 
 }  // namespace
 
@@ -96,7 +90,7 @@ void FrmDeletetion::ShowTexts() {
 
 // Only what has changed, so that nothing flickers.
 void FrmDeletetion::ShowText(int id, const std::string& text) {
-  if (TextOf(Control(id)) != text) SetText(id, text);
+  if (ControlText(Control(id)) != text) SetText(id, text);
 }
 
 std::string FrmDeletetion::StateText() const {
@@ -118,16 +112,10 @@ void FrmDeletetion::EnableCommands() {
   Enable(0, mnuOpenFolder, focused);
 }
 
-// The focus moves along: a disabled button would swallow the keyboard.
 void FrmDeletetion::Enable(int button, int entry, bool enabled) {
   EnableMenuItem(GetMenu(window()), static_cast<UINT>(entry),
                  MF_BYCOMMAND | (enabled ? MF_ENABLED : MF_GRAYED));
-  const HWND control = button == 0 ? nullptr : Control(button);
-  if (!control || (IsWindowEnabled(control) != FALSE) == enabled) return;
-  if (!enabled && GetFocus() == control) {
-    SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(lstvDeletion)), TRUE);
-  }
-  EnableWindow(control, enabled);
+  if (button != 0) EnableControl(button, enabled, lstvDeletion);
 }
 
 // New rows of a list that is not sorted stand behind the others, so nothing that is seen changes.
@@ -182,7 +170,7 @@ void FrmDeletetion::PressKey(WORD key) {
     return working ? results_->Abort() : OnClose();
   }
   if (GetFocus() == Control(txtFilter)) {
-    SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(lstvDeletion)), TRUE);
+    FocusOn(Control(lstvDeletion));
   } else if (GetFocus() == Control(lstvDeletion)) {
     AskShell(&Shell::ShowProperties);
   }
@@ -240,7 +228,7 @@ void FrmDeletetion::Sort(int column) {
 }
 
 void FrmDeletetion::Filter() {
-  results_->SetFilter(TextOf(Control(txtFilter)));
+  results_->SetFilter(ControlText(Control(txtFilter)));
   Refresh();
 }
 

@@ -121,7 +121,7 @@ void FrmOptions::OnCommand(int id, int code) {
       if (!pages_[page_]->TakeEnter() && Accept()) OnClose();
       return;
     case cmdApply:
-      if (Accept()) DisableApply();
+      if (Accept()) EnableControl(cmdApply, false, lstPages);
       return;
     case IDCANCEL:
       return OnClose();
@@ -151,14 +151,6 @@ bool FrmOptions::Check() {
   prompts_.Inform(refusal->sentence);
   pages_[page_]->FocusOn(ControlOf(refusal->field));
   return false;
-}
-
-// The focus moves on: a disabled button would swallow the keyboard.
-void FrmOptions::DisableApply() const {
-  if (GetFocus() == Control(cmdApply)) {
-    SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(lstPages)), TRUE);
-  }
-  EnableWindow(Control(cmdApply), FALSE);
 }
 
 bool FrmOptions::Accept() {

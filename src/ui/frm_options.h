@@ -37,7 +37,6 @@ class FrmOptions : public OwnedWindow {
   bool FindUnfinished();
   bool Check();
   bool Accept();
-  void DisableApply() const;
 
   Machine machine_;
   WindowPrompts prompts_;

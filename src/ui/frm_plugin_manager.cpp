@@ -65,12 +65,10 @@ void FrmPluginManager::ShowAdded() {
   if (count > 0) list_.Select(count > before ? count - 1 : static_cast<size_t>(focused));
 }
 
-// The focus moves along: a disabled button would swallow the keyboard.
 void FrmPluginManager::EnableCommands() {
   const bool can = !working_ && list_.CountSelected() > 0;
   for (const int id : kOfSelection) {
-    if (!can && GetFocus() == Control(id)) SetFocus(Control(lstvPlugin));
-    if (const HWND button = Control(id)) EnableWindow(button, can);
+    EnableControl(id, can, lstvPlugin);
     EnableMenuItem(GetMenu(window()), static_cast<UINT>(id), can ? MF_ENABLED : MF_GRAYED);
   }
   EnableWindow(Control(mnuCreate), !working_);

@@ -139,14 +139,9 @@ void FrmRegistryScan::ShowProblem(std::string_view sentence) {
               MB_OK | MB_ICONERROR);
 }
 
-// The focus moves along: a disabled button would swallow the keyboard.
 void FrmRegistryScan::EnableCommands(bool scanning) {
   for (const int id : {cmdDelete, cmdEdit, chkThorough, cmdStop}) {
-    const bool enabled = scanning == (id == cmdStop);
-    if (!enabled && GetFocus() == Control(id)) {
-      SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(list_window()), TRUE);
-    }
-    EnableWindow(Control(id), enabled);
+    EnableControl(id, scanning == (id == cmdStop), GetDlgCtrlID(list_window()));
   }
 }
 

@@ -12,24 +12,6 @@ int ToPixels(double units, int dpi) {
   return static_cast<int>(std::lround(units * dpi / kDesignDpi));
 }
 
-struct Children {
-  HWND parent;
-  std::vector<HWND> found;
-};
-
-BOOL CALLBACK AddChild(HWND window, LPARAM parameter) {
-  Children& children = *reinterpret_cast<Children*>(parameter);
-  if (GetParent(window) == children.parent) children.found.push_back(window);
-  return TRUE;
-}
-
-// All at once: asking for one after the other takes its time when a window opens.
-std::vector<HWND> ChildrenOf(HWND parent) {
-  Children children{parent, {}};
-  EnumChildWindows(parent, AddChild, reinterpret_cast<LPARAM>(&children));
-  return children.found;
-}
-
 }  // namespace
 
 RECT PlaceInParent(HWND control) {
@@ -47,7 +29,7 @@ void Layout::Start(HWND dialog, int dpi) {
   width_ = client.right * to_units;
   height_ = client.bottom * to_units;
   places_.clear();
-  for (const HWND child : ChildrenOf(dialog)) {
+  for (HWND child = GetWindow(dialog, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
     const RECT place = PlaceInParent(child);
     places_.push_back({child,
                        GetDlgCtrlID(child),
