@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -7,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quellix {
 
@@ -18,7 +20,17 @@ enum FileAttribute : uint32_t {
   kFolderAttribute = 0x10,
   kArchive = 0x20,
   kNormal = 0x80,
+  kSparse = 0x200,
   kReparsePoint = 0x400,
+  kCompressed = 0x800,
+};
+
+// What a file or folder is, however a path spells it: the number of its volume and its own there.
+struct FileId {
+  uint64_t volume = 0;
+  std::array<uint64_t, 2> number{};
+  auto operator<=>(const FileId&) const = default;
+  bool is_known() const { return volume != 0 || number != std::array<uint64_t, 2>{}; }
 };
 
 struct FileInfo {
@@ -53,9 +65,23 @@ enum class OpenMode {
   kWrite,          // an existing file, for overwriting; it need not be readable
   kReadAndCreate,  // for reading and writing, by one at a time; made, empty and at once on the
                    // disk, when missing
+  kCreateNew,      // for reading and writing, made now; kExists when the name is taken, by whatever
 };
 
-// One open file, used in place. Closes itself. All functions but Size throw Error.
+// A part of a file: bytes from `offset` (0-based) on.
+struct Extent {
+  uint64_t offset = 0;
+  uint64_t size = 0;
+};
+
+// One of a file's further (named) data streams.
+struct StreamInfo {
+  std::string name;   // "Zone.Identifier"
+  uint64_t size = 0;  // bytes
+};
+
+// One open file, used in place; never a folder, a link, a pipe or a device. Closes itself. All
+// functions but Size throw Error.
 class RandomFile {
  public:
   virtual ~RandomFile() = default;
@@ -73,23 +99,90 @@ class RandomFile {
   virtual uint32_t Attributes() = 0;  // FileAttribute bits
   // Later writes move the times on. A time the medium does not keep is ignored.
   virtual void SetTimes(const FileTimes& times) = 0;
+
+  // What follows is told by real files; one that is only in memory has the answers given here.
+
+  virtual FileId Id() { return {}; }
+  // The names it has; above 1 the same bytes are reached by another name as well.
+  virtual uint32_t LinkCount() { return 1; }
+  // The parts that take room on the disk, in order: all of it unless the file is sparse.
+  virtual std::vector<Extent> Allocated() { return {{0, Size()}}; }
+  // Sets the FileAttribute bits; kSparse and kCompressed change how it is stored, where the medium
+  // can. What the medium does not keep is ignored.
+  virtual void SetAttributes(uint32_t /*attributes*/) {}
+  virtual std::vector<StreamInfo> Streams() { return {}; }
+  virtual std::string ReadStream(std::string_view /*name*/) { return {}; }
+  // Makes or replaces one. Throws Error (kNotAvailable) where the medium has none.
+  virtual void WriteStream(std::string_view name, std::string_view bytes);
 };
 
-// The files of one machine. Paths are full Windows paths in UTF-8 ("C:\Temp\a.txt"), of any length;
-// names compare as Windows compares them, without regard to case. A name with an unpaired surrogate
-// is carried through as WTF-8.
+enum class IfThere { kFail, kReplace };
+
+// One folder, held open and worked in: whatever its path comes to mean meanwhile, this is the
+// folder that is read and changed. Names are single components that compare as Windows compares
+// them, without regard to case; one that is none (empty, ".", "..", with a separator or ":" in it)
+// is missing. A name with an unpaired surrogate is carried through as WTF-8.
 //
-// No operation follows a link in the last component, and none follows a link that appeared below an
-// anchored folder (see Anchor). Removing and the other changing operations throw Error, with Kind
-// kMissing when the target is not there, and leave things as they were, except where stated.
+// No function follows a link. Changing ones throw Error, kMissing when the name is not there, and
+// leave things as they were, attributes included, except where stated.
+class Folder {
+ public:
+  virtual ~Folder() = default;
+
+  virtual FileId Id() = 0;
+  // The folders it lies in, nearest first, up to the drive's root, as they are at this moment.
+  // Throws Error when that cannot be told.
+  virtual std::vector<FileId> Above() = 0;
+
+  // Visits the entries, without "." and "..", in the file system's order. Entries added or removed
+  // meanwhile may or may not be seen. Throws Error when the folder may not be listed.
+  virtual void Enumerate(Detail detail, const EntryVisitor& visit) = 0;
+  // The entry itself; nothing when it is missing. With Detail::kKind attributes and last_write are
+  // not asked for.
+  virtual std::optional<FileInfo> Look(std::string_view name, Detail detail = Detail::kFull) = 0;
+  // What the entry is; nothing when it is missing.
+  virtual std::optional<FileId> IdOf(std::string_view name) = 0;
+
+  // A folder below this one, by names joined with "\" ("a\b"). Null when it is missing; throws
+  // Error (kDenied) when one of the names is a link or may not be opened, (kOther) for a file.
+  virtual std::unique_ptr<Folder> OpenFolder(std::string_view names) = 0;
+  virtual std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) = 0;
+
+  // Makes one folder; it may exist already.
+  virtual void CreateFolder(std::string_view name) = 0;
+  // Within this folder, in one step; kExists when `to` is taken and is to stay. A folder is never
+  // replaced, nor by one. With kReplace `from` is first brought onto the disk.
+  virtual void Rename(std::string_view from, std::string_view to, IfThere if_there) = 0;
+  // Returns when the names as they are now are on the disk, where the system can promise it.
+  virtual void Flush() = 0;
+
+  // Removes one file, or a link to a file itself, whatever its attributes (read-only, hidden,
+  // system). When it returns the name is gone: kInUse when someone else's handle keeps it.
+  virtual void RemoveFile(std::string_view name) = 0;
+  // Removes one empty folder, or a link to a folder itself, whatever its attributes. Kind kNotEmpty
+  // when something is left in it.
+  virtual void RemoveFolder(std::string_view name) = 0;
+  // Moves a file into the recycle bin of its drive without asking, so that it can be restored.
+  // Throws Error (kDenied) as well where this folder cannot be kept in its place meanwhile.
+  virtual void Recycle(std::string_view name) = 0;
+  // Sets the FileAttribute bits of a file or folder (kNormal clears them all). May be silently
+  // kept where the medium has no such attribute.
+  virtual void SetAttributes(std::string_view name, uint32_t attributes) = 0;
+};
+
+// The files of one machine. Paths are full Windows paths in UTF-8 ("C:\Temp\a.txt"), of any length.
+// What is to be removed is looked for and removed through a Folder; the functions that take a path
+// are for the program's own files and for single ones.
+//
+// No operation follows a link in the last component; links above it are followed where the machine
+// follows any.
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
 
-  // Visits the entries of a folder, without "." and "..", in the file system's order. Entries added
-  // or removed meanwhile may or may not be seen. False when the folder cannot be enumerated:
-  // missing, denied, a file, or a link.
-  virtual bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) = 0;
+  // Null when it is missing; throws Error (kDenied) when it is a link or may not be opened,
+  // (kOther) for a file. A trailing "\" is accepted.
+  virtual std::unique_ptr<Folder> OpenFolder(std::string_view path) = 0;
 
   // The entry itself, a link not followed; nothing when it is missing or unreachable. A trailing
   // "\" is accepted for folders.
@@ -100,48 +193,32 @@ class FileSystem {
   // for a drive that a volume does not map. Never throws.
   virtual bool IsGone(std::string_view path) = 0;
 
-  // Sets the FileAttribute bits (kNormal clears them all). May be silently kept where the medium
-  // has no such attribute.
-  virtual void SetAttributes(std::string_view path, uint32_t attributes) = 0;
-
-  // Removes one file, or a link to a file itself, whatever its attributes (read-only, hidden,
-  // system). After a failure its attributes may have been cleared.
-  virtual void RemoveFile(std::string_view path) = 0;
-
-  // Removes one empty folder, or a link to a folder itself, whatever its attributes. Kind kNotEmpty
-  // when something is left in it.
-  virtual void RemoveFolder(std::string_view path) = 0;
-
-  // Renames within one drive; fails when `to` exists.
-  virtual void Rename(std::string_view from, std::string_view to) = 0;
-
-  // Opens a file, never through a link. Throws Error.
-  virtual std::unique_ptr<RandomFile> Open(std::string_view path, OpenMode mode) = 0;
-  std::unique_ptr<RandomFile> OpenForWrite(std::string_view path) {
-    return Open(path, OpenMode::kWrite);
-  }
-
-  // Makes one folder in an existing one; it may exist already.
-  virtual void CreateFolder(std::string_view path) = 0;
-
   // A whole file's bytes; nothing when it is missing. Throws Error when it cannot be read or is
   // larger than `limit` bytes.
   virtual std::optional<std::string> ReadWholeFile(std::string_view path,
                                                    uint64_t limit = 16u << 20) = 0;
 
   // Creates or replaces a file in one step: after a failure (Error) or a crash the old content is
-  // still there, whole.
+  // still there, whole. Access list, attributes and creation time of an old file are kept.
   virtual void WriteWholeFile(std::string_view path, std::string_view bytes) = 0;
 
-  // Where a folder really is: links on the way resolved, short (8.3) names written out. The path
-  // itself for what cannot be opened, and where no link is followed.
-  virtual std::string RealPath(std::string_view path) { return std::string(path); }
+  // Made of the above, for single paths. Each throws Error; a folder on the way that is missing is
+  // kMissing.
 
-  // Declares `folder` as the place the following removals were asked for. Links in it and above it
-  // are resolved now and trusted; a removal below it that would meanwhile leave it through a link
-  // fails with kDenied. One anchor holds until the next; "" drops it.
-  virtual void Anchor(std::string_view folder) = 0;
+  // False when the folder cannot be enumerated: missing, denied, a file, or a link.
+  bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit);
+  std::unique_ptr<RandomFile> Open(std::string_view path, OpenMode mode);
+  void CreateFolder(std::string_view path);
+  void SetAttributes(std::string_view path, uint32_t attributes);
+  void RemoveFile(std::string_view path);
+  void RemoveFolder(std::string_view path);
+  void Recycle(std::string_view path);
+  // Within one folder; fails (kExists) when `to` exists.
+  void Rename(std::string_view from, std::string_view to);
 };
+
+// The folder that `path` lies in, for working on NamePart(path). Throws Error (kMissing).
+std::unique_ptr<Folder> OpenFolderOf(FileSystem& files, std::string_view path);
 
 // Makes a folder with those above it; it may exist already. Throws Error.
 void MakeFolders(FileSystem& files, std::string_view folder);
