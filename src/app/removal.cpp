@@ -88,7 +88,7 @@ bool RemoveByMode(CleaningContext& context, std::string_view path) {
       return true;
     case kRecycle:
       files.SetAttributes(path, kNormal);
-      context.machine.shell.Recycle(path);
+      files.Recycle(path);
       return true;
     case kWipe:
       files.SetAttributes(path, kNormal);

@@ -79,10 +79,7 @@ Restorer::Restorer(FileSystem& files, ZipReader& archive, std::string root, Over
                    Prompts& prompts)
     : files_(files), archive_(archive), root_(std::move(root)), mode_(mode), prompts_(prompts) {
   if (root_.size() > 3) MakeFolders(files_, root_);
-  files_.Anchor(root_ == "\\\\" ? "" : root_);  // servers have no folder above them all
 }
-
-Restorer::~Restorer() { files_.Anchor(""); }
 
 void Restorer::OnPause(const RestorePause& pause, uint64_t total) {
   pause_ = pause;

@@ -20,7 +20,6 @@ class Restorer {
   // `root` ends in "\"; all must outlive the object.
   Restorer(FileSystem& files, ZipReader& archive, std::string root, OverwriteMode mode,
            Prompts& prompts);
-  ~Restorer();
   Restorer(const Restorer&) = delete;
   Restorer& operator=(const Restorer&) = delete;
 

@@ -46,7 +46,6 @@ std::string WindowsDrive(CleaningContext& context) {
 void DeleteDumpFile(CleaningContext& context) {
   const std::string path =
       modRegistry::ReadRegString(RegistryOf(context), kLocalMachine, kCrashControl, "DumpFile");
-  context.machine.files.Anchor("");
   try {
     context.machine.files.RemoveFile(ExpandSystemRoot(context.machine.system, path));
   } catch (const Error&) {

@@ -121,7 +121,6 @@ void CleanMozilla(CleaningContext& context, const Item& item) {
   const std::string folder = modMozilla::GetFirefoxProfilesFolder(context.machine.system);
   const auto search =
       item.key == kCacheItem ? modMozilla::FindMozillaCacheFiles : modMozilla::FindMozillaFiles;
-  context.machine.files.Anchor(folder);
   for (const Masks& row : AllMasks()) {
     if (folder.empty() || row.key != item.key) continue;
     for (const std::string_view mask : row.masks) search(context, folder, mask);

@@ -46,7 +46,6 @@ void CleanUserFiles(CleaningContext& context, const Item& item) {
   BeginItem(context, item);
   ResetItemCounters(context.state);
   ClearPending(context.state);
-  context.machine.files.Anchor("");
   for (const std::string& path : TrimmedEntries(context, "UDFI.txt", "DefUDFI.txt")) {
     const std::optional<FileInfo> info = context.machine.files.Look(path);
     if (info && !info->is_folder) context.state.PendingFiles.Append(path);

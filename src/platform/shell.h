@@ -34,10 +34,6 @@ class Shell {
  public:
   virtual ~Shell() = default;
 
-  // Moves a file into the recycle bin of its drive without asking, so that it can be restored.
-  // Throws Error; the file then stays where it is.
-  virtual void Recycle(std::string_view path) = 0;
-
   // Items and bytes in the user's recycle bins of all drives. Throws Error.
   virtual RecycleBinContent QueryRecycleBin() = 0;
 
@@ -50,7 +46,7 @@ class Shell {
   // Empties the clipboard of all formats. Throws Error (NotAvailable for a volume).
   virtual void EmptyClipboard() = 0;
 
-  // Throws NotAvailable, as Recycle, ClearAddressHistory and EmptyClipboard would, when this
+  // Throws NotAvailable, as Folder::Recycle, ClearAddressHistory and EmptyClipboard would, when this
   // machine never can do it. Changes nothing.
   virtual void Require(ShellFeature feature) = 0;
 

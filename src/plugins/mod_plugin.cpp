@@ -94,7 +94,6 @@ void AppendNew(PathList& to, const PathList& from, size_t begin, size_t end,
 
 std::vector<CollectedFolder> ProcessRecords(CleaningContext& context, const Plugin& plugin) {
   std::vector<CollectedFolder> collected;
-  context.machine.files.Anchor("");
   for (const IniEntry& entry : plugin.ini) ProcessIni(context, entry);
   for (const FileEntry& entry : plugin.files) {
     CollectFolders(context, entry, collected);
@@ -121,7 +120,6 @@ void RemoveCollected(CleaningContext& context, const std::vector<CollectedFolder
   for (const CollectedFolder& part : collected) {
     ClearPending(state);
     AppendNew(state.PendingFiles, files, std::exchange(done, part.files_end), part.files_end, seen);
-    context.machine.files.Anchor(part.folder);
     RemovePendingFiles(context);
     if (state.AbortRequested) return;
   }
@@ -130,7 +128,6 @@ void RemoveCollected(CleaningContext& context, const std::vector<CollectedFolder
     ClearPending(state);
     AppendPart(state.PendingFolders, folders, std::exchange(done, part.folders_end),
                part.folders_end);
-    context.machine.files.Anchor(part.folder);
     RemovePendingFolders(context);
     if (state.AbortRequested) return;
   }

@@ -105,7 +105,6 @@ class Collector {
 
 void CollectPluginFiles(CleaningContext& context, std::string_view folder, bool delete_subfolders,
                         bool recurse, std::string_view mask) {
-  context.machine.files.Anchor(folder);
   Collector(context, delete_subfolders, recurse, mask).Collect(WithBackslash(folder));
 }
 

@@ -119,7 +119,6 @@ void PluginManager::Delete(std::span<const size_t> rows) {
   for (const size_t row : rows) {
     const std::string path = ProcessedPath(machine_, rows_[row].file);
     try {
-      machine_.files.Anchor("");
       if (machine_.files.Look(path, Detail::kKind)) machine_.files.RemoveFile(path);
       gone.push_back(row);
     } catch (const Error& error) {

@@ -124,7 +124,6 @@ void RegistryScan::DeleteChecked(bool files_also) {
   failure_.clear();
   if (!KeepChecked()) return;
   std::vector<const ScanRow*> deleted;
-  machine_.files.Anchor("");
   for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
     if (!row->checked) continue;
     DeleteReference(*row);

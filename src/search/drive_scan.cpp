@@ -117,13 +117,11 @@ void ClearPending(RunState& state) {
 
 void ScanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
                 ScanMode) {
-  context.machine.files.Anchor(folder);
   Scan(context, folder, mask, nullptr).ScanHere();
 }
 
 void ScanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
                 const ScanRules& rules) {
-  context.machine.files.Anchor(folder);
   Scan(context, folder, mask, &rules).ScanHere();
 }
 

@@ -215,7 +215,6 @@ void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
 Removal RemoveFind(CleaningContext& context, const std::string& path, JunkKind kind) {
   Removal removal{Removal::kStays};
   try {
-    context.machine.files.Anchor(path.substr(0, 3));
     const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kSize);
     if (!info) return {Removal::kVanished};
     removal.bytes = info->size;

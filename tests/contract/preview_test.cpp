@@ -178,18 +178,18 @@ TEST_F(PreviewContract, IniFilesAndTheShellAreChangedOnPaperOnly) {
   test_->MakeFile(At("bin.txt"), "123");
   Machine machine = preview_.machine();
   test_->machine().shell.EmptyRecycleBin();
-  test_->machine().shell.Recycle(At("bin.txt"));
+  test_->machine().files.Recycle(At("bin.txt"));
   machine.profile.DeleteKey(At("a.ini"), "a", "K");
   machine.profile.DeleteSection(At("a.ini"), "B");
   machine.profile.DeleteSection(At("a.ini"), "B");
   EXPECT_EQ(files_.ReadWholeFile(At("a.ini")), "[A]\r\n");
-  machine.shell.Recycle(At("gone.txt"));
+  machine.files.Recycle(At("gone.txt"));
   EXPECT_FALSE(files_.Look(At("gone.txt")));
   EXPECT_EQ(machine.shell.QueryRecycleBin().items, 2u);
   EXPECT_EQ(machine.shell.QueryRecycleBin().bytes, 8u);
   machine.shell.EmptyRecycleBin();
   EXPECT_EQ(machine.shell.QueryRecycleBin().items, 0u);
-  EXPECT_TRUE(KindOf([&] { machine.shell.Recycle(At("gone.txt")); }));
+  EXPECT_TRUE(KindOf([&] { machine.files.Recycle(At("gone.txt")); }));
   EXPECT_EQ(Recorded(),
             (std::vector<std::string>{"INI key " + At("a.ini") + ", [a] K",
                                       "INI section " + At("a.ini") + ", [B]",

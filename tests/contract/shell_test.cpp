@@ -19,7 +19,7 @@ TEST(ShellContract, RecycledFilesAreCountedAndEmptied) {
     machine.files.SetAttributes(scratch + "read-only.txt", kReadOnly);
   }
   for (const std::string& name : names) {
-    machine.shell.Recycle(scratch + name);
+    machine.files.Recycle(scratch + name);
     EXPECT_FALSE(test->Exists(scratch + name)) << name;
   }
   EXPECT_EQ(machine.shell.QueryRecycleBin().items, std::size(names));
@@ -37,10 +37,10 @@ TEST(ShellContract, AFileThatCannotBeRecycledStays) {
   const std::string file = test->Scratch() + "locked\\file.txt";
   test->MakeFile(file, "kept");
   machine.shell.EmptyRecycleBin();
-  EXPECT_TRUE(KindOf([&] { machine.shell.Recycle(test->Scratch() + "missing"); }));
+  EXPECT_TRUE(KindOf([&] { machine.files.Recycle(test->Scratch() + "missing"); }));
   {
     const auto lock = test->LockFile(file);
-    EXPECT_TRUE(KindOf([&] { machine.shell.Recycle(file); }));
+    EXPECT_TRUE(KindOf([&] { machine.files.Recycle(file); }));
   }
   EXPECT_EQ(machine.files.ReadWholeFile(file), "kept");
   EXPECT_EQ(machine.shell.QueryRecycleBin().items, 0u);

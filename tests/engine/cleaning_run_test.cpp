@@ -17,7 +17,7 @@ class CleaningRunTest : public RunFixture {
     machine->MakeFolder(temp + "empty folder");
     for (const char* name : {"r1", "r22"}) {
       machine->MakeFile(scratch + name, std::string(name).substr(0, 3) + "x");
-      ports.shell.Recycle(scratch + name);
+      ports.files.Recycle(scratch + name);
     }
     machine->RemoveRegistryTree(kUser, kRunMruKey);
     machine->RemoveRegistryTree(kUser, kTypedUrlsKey);

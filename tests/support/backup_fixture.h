@@ -30,7 +30,6 @@ class BackupFixture : public RunFixture {
     ClearPending(state);
     CollectFiles(context, folder, "*.*");
     RemovePendingFiles(context);
-    ports.files.Anchor("");
     EXPECT_TRUE(mod_zip.Close()) << mod_zip.Problem();
   }
   // Removes the named files of the tree in this order.

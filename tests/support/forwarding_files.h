@@ -2,9 +2,11 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "platform/machine.h"
+#include "platform/path.h"
 
 namespace quellix {
 
@@ -27,40 +29,105 @@ class ForwardingFile : public RandomFile {
   std::unique_ptr<RandomFile> file_;
 };
 
-// The real file system, with every file it opens handed through `decorate`.
+// A real folder, for decorators that change what one of its functions does.
+class ForwardingFolder : public Folder {
+ public:
+  explicit ForwardingFolder(std::unique_ptr<Folder> folder) : folder_(std::move(folder)) {}
+  FileId Id() override { return folder_->Id(); }
+  std::vector<FileId> Above() override { return folder_->Above(); }
+  void Enumerate(Detail detail, const EntryVisitor& visit) override {
+    folder_->Enumerate(detail, visit);
+  }
+  std::optional<FileInfo> Look(std::string_view name, Detail detail) override {
+    return folder_->Look(name, detail);
+  }
+  std::optional<FileId> IdOf(std::string_view name) override { return folder_->IdOf(name); }
+  std::unique_ptr<Folder> OpenFolder(std::string_view names) override {
+    return folder_->OpenFolder(names);
+  }
+  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
+    return folder_->Open(name, mode);
+  }
+  void CreateFolder(std::string_view name) override { folder_->CreateFolder(name); }
+  void Rename(std::string_view from, std::string_view to, IfThere if_there) override {
+    folder_->Rename(from, to, if_there);
+  }
+  void Flush() override { folder_->Flush(); }
+  void RemoveFile(std::string_view name) override { folder_->RemoveFile(name); }
+  void RemoveFolder(std::string_view name) override { folder_->RemoveFolder(name); }
+  void Recycle(std::string_view name) override { folder_->Recycle(name); }
+  void SetAttributes(std::string_view name, uint32_t attributes) override {
+    folder_->SetAttributes(name, attributes);
+  }
+
+ private:
+  std::unique_ptr<Folder> folder_;
+};
+
+// The real file system, with every folder it opens handed through `decorate`, and so on below.
 class ForwardingFiles : public FileSystem {
  public:
-  using Decorate = std::function<std::unique_ptr<RandomFile>(std::string_view path,
-                                                             std::unique_ptr<RandomFile> file)>;
+  // `path` ends in "\".
+  using Decorate =
+      std::function<std::unique_ptr<Folder>(const std::string& path, std::unique_ptr<Folder>)>;
+  // What becomes of an opened file.
+  using DecorateFile = std::function<std::unique_ptr<RandomFile>(std::string_view path,
+                                                                 std::unique_ptr<RandomFile> file)>;
   ForwardingFiles(FileSystem& files, Decorate decorate)
       : files_(files), decorate_(std::move(decorate)) {}
+  ForwardingFiles(FileSystem& files, DecorateFile decorate)
+      : ForwardingFiles(files, Decorate([decorate](const std::string& path, auto folder) {
+                          return std::make_unique<FileDecorator>(std::move(folder), path, decorate);
+                        })) {}
 
-  bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override {
-    return files_.Enumerate(folder, detail, visit);
+  std::unique_ptr<Folder> OpenFolder(std::string_view path) override {
+    return Wrap(WithBackslash(path), files_.OpenFolder(path));
   }
   std::optional<FileInfo> Look(std::string_view path, Detail detail) override {
     return files_.Look(path, detail);
   }
   bool IsGone(std::string_view path) override { return files_.IsGone(path); }
-  void SetAttributes(std::string_view path, uint32_t attributes) override {
-    files_.SetAttributes(path, attributes);
-  }
-  void RemoveFile(std::string_view path) override { files_.RemoveFile(path); }
-  void RemoveFolder(std::string_view path) override { files_.RemoveFolder(path); }
-  void Rename(std::string_view from, std::string_view to) override { files_.Rename(from, to); }
-  std::unique_ptr<RandomFile> Open(std::string_view path, OpenMode mode) override {
-    return decorate_(path, files_.Open(path, mode));
-  }
-  void CreateFolder(std::string_view path) override { files_.CreateFolder(path); }
   std::optional<std::string> ReadWholeFile(std::string_view path, uint64_t limit) override {
     return files_.ReadWholeFile(path, limit);
   }
   void WriteWholeFile(std::string_view path, std::string_view bytes) override {
     files_.WriteWholeFile(path, bytes);
   }
-  void Anchor(std::string_view folder) override { files_.Anchor(folder); }
 
  private:
+  // Hands the folders below to the same decorator.
+  class Descending : public ForwardingFolder {
+   public:
+    Descending(ForwardingFiles& files, std::string path, std::unique_ptr<Folder> folder)
+        : ForwardingFolder(std::move(folder)), files_(files), path_(std::move(path)) {}
+    std::unique_ptr<Folder> OpenFolder(std::string_view names) override {
+      return files_.Wrap(path_ + std::string(names) + "\\", ForwardingFolder::OpenFolder(names));
+    }
+
+   private:
+    ForwardingFiles& files_;
+    std::string path_;
+  };
+  class FileDecorator : public ForwardingFolder {
+   public:
+    FileDecorator(std::unique_ptr<Folder> folder, std::string path, DecorateFile decorate)
+        : ForwardingFolder(std::move(folder)),
+          path_(std::move(path)),
+          decorate_(std::move(decorate)) {}
+    std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
+      return decorate_(path_ + std::string(name), ForwardingFolder::Open(name, mode));
+    }
+
+   private:
+    std::string path_;
+    DecorateFile decorate_;
+  };
+
+  std::unique_ptr<Folder> Wrap(const std::string& path, std::unique_ptr<Folder> folder) {
+    if (!folder) return folder;
+    return decorate_(path, std::make_unique<Descending>(*this, path, std::move(folder)));
+  }
+
   FileSystem& files_;
   Decorate decorate_;
 };

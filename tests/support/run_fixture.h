@@ -44,7 +44,6 @@ class RunFixture : public ::testing::Test {
   }
   // A list's characters as a RemovePending call finds them.
   void Pend(std::initializer_list<std::string> files) {
-    ports.files.Anchor("");
     engine.state().PendingFiles.Clear();
     for (const std::string& file : files) engine.state().PendingFiles.Append(file);
   }

@@ -165,7 +165,6 @@ class Win32TestMachine : public TestMachine {
     Clear();
   }
   ~Win32TestMachine() override {
-    files().Anchor("");
     if (made_links_) Clear();
   }
 

@@ -25,7 +25,7 @@ void PreviewProfile::DeleteSection(std::string_view file, std::string_view secti
 }
 
 PreviewMachine::PreviewMachine(const Machine& inner)
-    : files_(inner.files, log_),
+    : files_(inner.files, inner.shell, log_),
       registry_(inner.registry, log_),
       shell_(inner.shell, files_, log_),
       url_cache_(inner.url_cache, files_, log_),

@@ -6,23 +6,16 @@
 
 namespace quellix {
 
-void PreviewShell::Recycle(std::string_view path) {
-  inner_.Require(ShellFeature::kRecycleBin);
-  const std::optional<FileInfo> info = files_.Look(path, Detail::kSize);
-  files_.Take(path, ChangeKind::kRecycleFile);
-  ++recycled_.items;
-  recycled_.bytes += info ? info->size : 0;
-}
-
 RecycleBinContent PreviewShell::QueryRecycleBin() {
   const RecycleBinContent there = is_emptied_ ? RecycleBinContent() : inner_.QueryRecycleBin();
-  return {there.items + recycled_.items, there.bytes + recycled_.bytes};
+  const RecycleBinContent& recycled = files_.recycled();
+  return {there.items + recycled.items, there.bytes + recycled.bytes};
 }
 
 void PreviewShell::EmptyRecycleBin() {
   const RecycleBinContent content = QueryRecycleBin();
   is_emptied_ = true;
-  recycled_ = {};
+  files_.ForgetRecycled();
   if (content.items == 0) return;
   const std::string items =
       std::to_string(content.items) + (content.items == 1 ? " item" : " items");

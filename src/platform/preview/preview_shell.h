@@ -16,7 +16,6 @@ class PreviewShell : public Shell {
   PreviewShell(Shell& inner, PreviewFileSystem& files, ChangeLog& log)
       : inner_(inner), files_(files), log_(log) {}
 
-  void Recycle(std::string_view path) override;
   RecycleBinContent QueryRecycleBin() override;
   void EmptyRecycleBin() override;
   void ClearAddressHistory() override;
@@ -31,7 +30,6 @@ class PreviewShell : public Shell {
   PreviewFileSystem& files_;
   ChangeLog& log_;
   bool is_emptied_ = false;
-  RecycleBinContent recycled_;  // since then
 };
 
 // The browser cache of another machine, likewise.

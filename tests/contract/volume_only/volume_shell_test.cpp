@@ -32,7 +32,7 @@ TEST_F(VolumeBin, EntriesAreWrittenAsWindowsReadsThem) {
         RegistryRoot::kLocalMachine, "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion",
         "CurrentMajorVersionNumber", {kRegDword, (is_10 ? "\xA" : "\6") + std::string(3, '\0')});
     test_->MakeFile(path, "12345");
-    shell_.Recycle(path);
+    test_->machine().files.Recycle(path);
     const std::string name = IndexName(), index = Content(name);
     EXPECT_EQ(name.size(), 12u);
     EXPECT_EQ(Content("$R" + name.substr(2)), "12345");
@@ -60,7 +60,7 @@ TEST_F(VolumeBin, FoldersInItGoWithoutFollowingLinks) {
 
 TEST_F(VolumeBin, WhatIsLeftIsSaid) {
   test_->MakeFile(test_->Scratch() + "a.txt", "x");
-  shell_.Recycle(test_->Scratch() + "a.txt");
+  test_->machine().files.Recycle(test_->Scratch() + "a.txt");
   {
     const auto lock = test_->LockFile(bin_ + "$R" + IndexName().substr(2));
     EXPECT_TRUE(KindOf([this] { shell_.EmptyRecycleBin(); }));

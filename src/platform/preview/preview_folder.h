@@ -1,0 +1,64 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/preview/preview_file_system.h"
+
+namespace quellix {
+
+// A folder as it would be after the changes that were recorded.
+class PreviewFolder : public Folder {
+ public:
+  // `path` ends in "\"; `inner` is null for a folder that was made here, with a number of its own.
+  PreviewFolder(PreviewFileSystem& files, std::unique_ptr<Folder> inner, FileId id,
+                std::string path)
+      : files_(files), inner_(std::move(inner)), id_(id), path_(std::move(path)) {}
+
+  FileId Id() override { return id_; }
+  std::vector<FileId> Above() override;
+  void Enumerate(Detail detail, const EntryVisitor& visit) override;
+  std::optional<FileInfo> Look(std::string_view name, Detail detail) override;
+  std::optional<FileId> IdOf(std::string_view name) override;
+  std::unique_ptr<Folder> OpenFolder(std::string_view names) override;
+  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override;
+  void CreateFolder(std::string_view name) override;
+  void Rename(std::string_view from, std::string_view to, IfThere if_there) override;
+  void Flush() override {}
+  void RemoveFile(std::string_view name) override { Take(name, ChangeKind::kRemoveFile); }
+  void RemoveFolder(std::string_view name) override;
+  void Recycle(std::string_view name) override;
+  void SetAttributes(std::string_view name, uint32_t attributes) override;
+
+  // A whole file's bytes, or its new ones.
+  std::string Read(std::string_view name, uint64_t limit);
+  void Write(std::string_view name, std::string_view bytes);
+  // Like RemoveFile, recorded as something else or, without a kind, not at all.
+  void Take(std::string_view name, std::optional<ChangeKind> kind);
+  // Whether a name became something else here; `is_there` is then set.
+  bool IsChanged(std::string_view name, bool& is_there);
+
+ private:
+  using Node = PreviewFileSystem::Node;
+
+  // What a name became; null for what is still as it is on the inner file system.
+  Node* Find(std::string_view name);
+  // The name of an unchanged or renamed file on the inner file system, "" for another.
+  std::string RealName(std::string_view name);
+  FileInfo Need(std::string_view name, Detail detail);
+  FileInfo NeedFile(std::string_view name);
+  Node& Put(std::string_view name, Node node);
+  std::unique_ptr<PreviewFolder> OpenOne(std::string_view name);
+  std::string PathOf(std::string_view name) const { return path_ + std::string(name); }
+  void Record(ChangeKind kind, std::string_view name, uint64_t bytes = 0);
+
+  PreviewFileSystem& files_;
+  std::unique_ptr<Folder> inner_;
+  FileId id_;
+  std::string path_;
+};
+
+}  // namespace quellix
