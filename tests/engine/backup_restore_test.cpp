@@ -258,15 +258,12 @@ class CreatedFile : public ForwardingFile {
   Log& log_;
 };
 
-// A file of the restore that cannot take its name.
-class StuckFiles : public ForwardingFiles {
+// A folder where no file can take another name.
+class StuckFolder : public ForwardingFolder {
  public:
-  explicit StuckFiles(FileSystem& files)
-      : ForwardingFiles(files,
-                        [](std::string_view, std::unique_ptr<RandomFile> file) { return file; }) {}
-  void Rename(std::string_view from, std::string_view to) override {
-    if (from.ends_with("~quellix-restore.tmp")) throw Error(Error::Kind::kInUse, "It is stuck.");
-    ForwardingFiles::Rename(from, to);
+  using ForwardingFolder::ForwardingFolder;
+  void Rename(std::string_view, std::string_view, IfThere) override {
+    throw Error(Error::Kind::kInUse, "It is stuck.");
   }
 };
 
@@ -274,7 +271,9 @@ TEST_F(BackupRestoreTest, WhatCannotBeReplacedStays) {
   machine->MakeFile(tree + "a", "backup");
   Clean(tree);
   machine->MakeFile(tree + "a", "there");
-  StuckFiles files(ports.files);
+  ForwardingFiles files(ports.files, [](const std::string&, std::unique_ptr<Folder> folder) {
+    return std::make_unique<StuckFolder>(std::move(folder));
+  });
   const RestoreResult result =
       Backups(WithFiles(ports, files), safe)
           .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);

@@ -258,20 +258,25 @@ TEST_F(PluginWindowsTest, TheEditorRefusesWithItsSentences) {
 
 TEST_F(PluginWindowsTest, AddingALocationDoesNotSearchAWholeDisk) {
   for (int i = 0; i < 1010; ++i) machine->MakeFolder(scratch + "many\\" + std::to_string(i));
-  struct : ForwardingFiles {
-    using ForwardingFiles::ForwardingFiles;
-    bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override {
-      ++listed;
-      return ForwardingFiles::Enumerate(folder, detail, visit);
+  struct Counted : ForwardingFolder {
+    Counted(std::unique_ptr<Folder> folder, size_t& listed)
+        : ForwardingFolder(std::move(folder)), count(listed) {}
+    void Enumerate(Detail detail, const EntryVisitor& visit) override {
+      ++count;
+      ForwardingFolder::Enumerate(detail, visit);
     }
-    size_t listed = 0;
-  } files{ports.files, nullptr};
+    size_t& count;
+  };
+  size_t listed = 0;
+  ForwardingFiles files(ports.files, [&](const std::string&, std::unique_ptr<Folder> folder) {
+    return std::make_unique<Counted>(std::move(folder), listed);
+  });
   const Machine counted{files,         ports.registry, ports.shell,   ports.url_cache,
                         ports.profile, ports.system,   ports.session, ports.program_folder};
   PluginEditor other(counted, prompts, manager);
   FilesForm form{scratch + "many\\*\\*", "*.log", true, false};
   EXPECT_TRUE(other.AddFiles(form));
-  EXPECT_EQ(files.listed, 1000u);
+  EXPECT_EQ(listed, 1000u);
 }
 
 TEST_F(PluginWindowsTest, WhatTheEditorComposesIsTheFile) {

@@ -9,46 +9,44 @@
 namespace quellix {
 namespace {
 
-// Below one folder nothing can be changed, as below Program Files without an administrator's
-// rights.
-class ReadOnlyFolder : public ForwardingFiles {
+[[noreturn]] void Deny(std::string_view name) {
+  throw Error(Error::Kind::kDenied, "Access is denied: " + std::string(name));
+}
+
+// Nothing in it can be changed, as in Program Files without an administrator's rights.
+class ReadOnlyFolder : public ForwardingFolder {
  public:
-  ReadOnlyFolder(FileSystem& files, std::string_view folder)
+  using ForwardingFolder::ForwardingFolder;
+  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
+    if (mode != OpenMode::kRead) Deny(name);
+    return ForwardingFolder::Open(name, mode);
+  }
+  void CreateFolder(std::string_view name) override { Deny(name); }
+  void Rename(std::string_view from, std::string_view, IfThere) override { Deny(from); }
+  void RemoveFile(std::string_view name) override { Deny(name); }
+  void RemoveFolder(std::string_view name) override { Deny(name); }
+  void Recycle(std::string_view name) override { Deny(name); }
+  void SetAttributes(std::string_view name, uint32_t) override { Deny(name); }
+};
+
+// One folder and all below it are so.
+class ReadOnlyFiles : public ForwardingFiles {
+ public:
+  ReadOnlyFiles(FileSystem& files, std::string_view folder)
       : ForwardingFiles(files,
-                        [](std::string_view, std::unique_ptr<RandomFile> file) { return file; }),
+                        [this](const std::string& path, std::unique_ptr<Folder> inner) {
+                          if (!IsBelow(path)) return inner;
+                          return std::unique_ptr<Folder>(new ReadOnlyFolder(std::move(inner)));
+                        }),
         folder_(UpCase(folder) + "\\") {}
 
-  void SetAttributes(std::string_view path, uint32_t attributes) override {
-    Demand(path);
-    ForwardingFiles::SetAttributes(path, attributes);
-  }
-  void RemoveFile(std::string_view path) override {
-    Demand(path);
-    ForwardingFiles::RemoveFile(path);
-  }
-  void Rename(std::string_view from, std::string_view to) override {
-    Demand(from);
-    Demand(to);
-    ForwardingFiles::Rename(from, to);
-  }
-  std::unique_ptr<RandomFile> Open(std::string_view path, OpenMode mode) override {
-    if (mode != OpenMode::kRead) Demand(path);
-    return ForwardingFiles::Open(path, mode);
-  }
-  void CreateFolder(std::string_view path) override {
-    Demand(path);
-    ForwardingFiles::CreateFolder(path);
-  }
   void WriteWholeFile(std::string_view path, std::string_view bytes) override {
-    Demand(path);
+    if (IsBelow(path)) Deny(path);
     ForwardingFiles::WriteWholeFile(path, bytes);
   }
 
  private:
-  void Demand(std::string_view path) const {
-    if (!UpCase(path).starts_with(folder_)) return;
-    throw Error(Error::Kind::kDenied, "Access is denied: " + std::string(path));
-  }
+  bool IsBelow(std::string_view path) const { return UpCase(path).starts_with(folder_); }
 
   std::string folder_;
 };
@@ -69,7 +67,7 @@ class ReadOnlyFolderTest : public RunFixture {
     return all;
   }
 
-  ReadOnlyFolder files_{ports.files, ports.program_folder};
+  ReadOnlyFiles files_{ports.files, ports.program_folder};
   IniFiles profile_{files_, ports.system};
   Machine denied_{files_,   ports.registry, ports.shell,   ports.url_cache,
                   profile_, ports.system,   ports.session, ports.program_folder};
