@@ -6,12 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "app/path_list.h"
 #include "app/views.h"
 #include "backup/backup_archive.h"
 #include "backup/registry_undo.h"
 
 namespace quellix {
+
+class ProtectedPlaces;
 
 enum RemovalModes : int16_t { kDelete = 1, kRecycle = 2, kWipe = 3, kBackUp = 4 };
 
@@ -47,6 +48,7 @@ struct RunState {
   int32_t RunFilesDeleted = 0;
   double RunSpaceGained = 0;  // bytes
   int32_t FilesBackedUp = 0;
+  int32_t FilesNotBackedUp = 0;  // and gone all the same
   int32_t FilesDeleted = 0;
   double SpaceGained = 0;  // bytes
   int32_t ProgressCounter = 0;
@@ -61,11 +63,10 @@ struct RunState {
   std::string WhyNothing;
   std::string SettingsProblem;  // why LastCleaned could not be stored, said once
 
-  RegistryUndo Undo;        // of registry entries that the run deletes
-  std::string BackupDrive;  // letter of the archive that is open, "" for none
-  PathList PendingFiles;
-  PathList PendingFolders;
-  std::shared_ptr<SearchResults> Results;  // of this run's junk searches; null before the first
+  RegistryUndo Undo;                        // of registry entries that the run deletes
+  std::string BackupDrive;                  // letter of the archive that is open, "" for none
+  std::shared_ptr<ProtectedPlaces> Places;  // see PlacesOf; null until somebody asks
+  std::shared_ptr<SearchResults> Results;   // of this run's junk searches; null before the first
   std::string RunLog;
 };
 

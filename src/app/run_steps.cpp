@@ -12,6 +12,7 @@ void ResetRun(RunState& state) {
   state.AbortRequested = false;
   state.ProgressCounter = 0;
   state.FilesBackedUp = 0;
+  state.FilesNotBackedUp = 0;
   state.RunFilesDeleted = 0;
   state.RunSpaceGained = 0;
   state.FilesDeleted = 0;
@@ -23,6 +24,7 @@ void ResetRun(RunState& state) {
   state.RunLog.clear();
   state.ItemsCleaned.reset();
   state.SettingsProblem.clear();
+  state.Places.reset();
   state.Results.reset();
 }
 
