@@ -152,7 +152,7 @@ bool WipeFile(CleaningContext& context, std::string_view path) {
   const std::optional<FileInfo> info = files.Look(path);
   if (!info) return false;
   if (!info->is_link) {
-    const std::unique_ptr<RandomFile> file = files.OpenForWrite(path);
+    const std::unique_ptr<RandomFile> file = files.Open(path, OpenMode::kWrite);
     if (!Overwrite(context, *file)) return false;
   }
   files.RemoveFile(RenamedForWipe(context, path));

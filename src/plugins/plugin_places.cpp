@@ -242,10 +242,7 @@ FilesPlace FindFolders(const Machine& machine, const FileEntry& entry, const Pau
     return place;
   }
   for (std::string& found : FolderSearch(machine.files, *path, pause).Find()) {
-    // By the name it has been given as well: it may not be there yet.
-    const std::string real = machine.files.RealPath(found);
-    if (IsTooPrecious(machine.system, found, entry.recurse) ||
-        IsTooPrecious(machine.system, real, entry.recurse)) {
+    if (IsTooPrecious(machine.system, found, entry.recurse)) {
       place.refusals.push_back(Refusal(found + "\\" + place.mask, kTooPrecious));
     } else {
       place.folders.push_back(std::move(found));
