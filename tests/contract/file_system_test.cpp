@@ -184,7 +184,7 @@ TEST_F(FileSystemContract, NormalClearsAttributes) {
   files_.SetAttributes(At("file"), kReadOnly | kHidden);
   files_.SetAttributes(At("file"), kNormal);
   EXPECT_EQ(files_.Look(At("file"))->attributes & (kReadOnly | kHidden), 0u);
-  EXPECT_NO_THROW(files_.OpenForWrite(At("file")));
+  EXPECT_NO_THROW(files_.Open(At("file"), OpenMode::kWrite));
 }
 
 TEST_F(FileSystemContract, ChangesOfWhatIsNotThereSayMissing) {
@@ -196,7 +196,7 @@ TEST_F(FileSystemContract, ChangesOfWhatIsNotThereSayMissing) {
     EXPECT_EQ(KindOf([&] { files_.RemoveFolder(path); }), Error::Kind::kMissing);
     EXPECT_EQ(KindOf([&] { files_.SetAttributes(path, kHidden); }), Error::Kind::kMissing);
     EXPECT_EQ(KindOf([&] { files_.Rename(path, At("new")); }), Error::Kind::kMissing);
-    EXPECT_EQ(KindOf([&] { files_.OpenForWrite(path); }), Error::Kind::kMissing);
+    EXPECT_EQ(KindOf([&] { files_.Open(path, OpenMode::kWrite); }), Error::Kind::kMissing);
     EXPECT_FALSE(files_.ReadWholeFile(path));
   }
   EXPECT_EQ(KindOf([&] { files_.WriteWholeFile(At("missing\\x"), ""); }), Error::Kind::kMissing);
@@ -208,7 +208,7 @@ TEST_F(FileSystemContract, FilesAndFoldersAreNotMistakenForEachOther) {
   EXPECT_EQ(KindOf([&] { files_.RemoveFolder(At("folder")); }), Error::Kind::kNotEmpty);
   EXPECT_TRUE(KindOf([&] { files_.RemoveFile(At("folder")); }));
   EXPECT_TRUE(KindOf([&] { files_.RemoveFolder(At("file")); }));
-  EXPECT_TRUE(KindOf([&] { files_.OpenForWrite(At("folder")); }));
+  EXPECT_TRUE(KindOf([&] { files_.Open(At("folder"), OpenMode::kWrite); }));
   EXPECT_TRUE(KindOf([&] { files_.ReadWholeFile(At("folder")); }));
   EXPECT_TRUE(KindOf([&] { files_.WriteWholeFile(At("folder"), ""); }));
   EXPECT_EQ(test_->Tree(scratch_),
@@ -227,7 +227,7 @@ TEST_F(FileSystemContract, RemovingALinkLeavesItsTarget) {
     EXPECT_EQ(KindOf([&] { files_.Rename(At("junction"), At("b")); }), Error::Kind::kDenied);
   }
   if (test_->MakeFileLink(At("link.txt"), At("target\\inner.txt"))) {
-    EXPECT_TRUE(KindOf([&] { files_.OpenForWrite(At("link.txt")); }));
+    EXPECT_TRUE(KindOf([&] { files_.Open(At("link.txt"), OpenMode::kWrite); }));
     files_.RemoveFile(At("link.txt"));
   }
   EXPECT_EQ(test_->Tree(At("target")), std::vector<std::string>{"inner.txt"});
@@ -248,7 +248,7 @@ TEST_F(FileSystemContract, ALinkSwappedInLeadsNowhere) {
     SCOPED_TRACE(path);
     EXPECT_EQ(KindOf([&] { files_.RemoveFile(At(path)); }), Error::Kind::kDenied);
     EXPECT_EQ(KindOf([&] { files_.SetAttributes(At(path), kReadOnly); }), Error::Kind::kDenied);
-    EXPECT_EQ(KindOf([&] { files_.OpenForWrite(At(path)); }), Error::Kind::kDenied);
+    EXPECT_EQ(KindOf([&] { files_.Open(At(path), OpenMode::kWrite); }), Error::Kind::kDenied);
     EXPECT_TRUE(KindOf([&] { files_.Rename(At(path), At("temp\\b.txt")); }));
   }
   EXPECT_EQ(KindOf([&] { files_.RemoveFolder(At("temp\\sub\\deep")); }), Error::Kind::kDenied);
@@ -268,7 +268,7 @@ TEST_F(FileSystemContract, ALockedFileStaysAndIsSaidToBe) {
     };
     EXPECT_TRUE(files_.Look(At("locked\\file.txt")));
     EXPECT_TRUE(denied(KindOf([&] { files_.RemoveFile(At("locked\\file.txt")); })));
-    EXPECT_TRUE(denied(KindOf([&] { files_.OpenForWrite(At("locked\\file.txt")); })));
+    EXPECT_TRUE(denied(KindOf([&] { files_.Open(At("locked\\file.txt"), OpenMode::kWrite); })));
     EXPECT_TRUE(denied(KindOf([&] { files_.Rename(At("locked\\file.txt"), At("locked\\b")); })));
     EXPECT_TRUE(denied(KindOf([&] { files_.WriteWholeFile(At("locked\\file.txt"), "new"); })));
   }
@@ -297,7 +297,7 @@ TEST_F(FileSystemContract, RenameKeepsWhatIsThere) {
 TEST_F(FileSystemContract, OpenForWriteOverwritesInPlace) {
   test_->MakeFile(At("file"), "0123456789");
   {
-    const auto file = files_.OpenForWrite(At("FILE"));
+    const auto file = files_.Open(At("FILE"), OpenMode::kWrite);
     EXPECT_EQ(file->Size(), 10u);
     file->Write(3, "abc");
     file->Write(9, "Z");

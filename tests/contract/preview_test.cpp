@@ -86,8 +86,8 @@ TEST_F(PreviewContract, MistakesFailAsTheyDoWithoutAPreview) {
       {"attributes of a missing file", [&](FileSystem& f) { f.SetAttributes(At("no"), kHidden); }},
       {"write without a folder", [&](FileSystem& f) { f.WriteWholeFile(At("no\\x"), ""); }},
       {"overwrite a folder", [&](FileSystem& f) { f.WriteWholeFile(At("folder"), ""); }},
-      {"open a missing file", [&](FileSystem& f) { f.OpenForWrite(At("no")); }},
-      {"open a folder", [&](FileSystem& f) { f.OpenForWrite(At("folder")); }},
+      {"open a missing file", [&](FileSystem& f) { f.Open(At("no"), OpenMode::kWrite); }},
+      {"open a folder", [&](FileSystem& f) { f.Open(At("folder"), OpenMode::kWrite); }},
       {"rename a missing file", [&](FileSystem& f) { f.Rename(At("no"), At("new")); }},
       {"rename over a file", [&](FileSystem& f) { f.Rename(At("file"), At("folder")); }},
       {"rename into no folder", [&](FileSystem& f) { f.Rename(At("file"), At("no\\x")); }},
@@ -119,7 +119,7 @@ TEST_F(PreviewContract, WhatWasWrittenMadeOrRenamedIsSeen) {
   const auto file = files_.Open(At("made\\log"), OpenMode::kReadAndCreate);
   file->Write(2, "ab");
   EXPECT_EQ(files_.ReadWholeFile(At("made\\log")), std::string("\0\0ab", 4));
-  EXPECT_EQ(files_.OpenForWrite(At("old.txt"))->Size(), 0u);
+  EXPECT_EQ(files_.Open(At("old.txt"), OpenMode::kWrite)->Size(), 0u);
   files_.RemoveFile(At("made\\there.txt"));
   EXPECT_EQ(Recorded().back(), "File " + At("moving.txt")) << "known by its name on the disk";
   for (const char* name : {"made\\Inner.txt", "made\\log"}) files_.RemoveFile(At(name));

@@ -79,7 +79,7 @@ TEST_F(BackupRestoreTest, BytesNamesTimesAndAttributesComeBack) {
     SCOPED_TRACE(to);
     const std::string archive = safe + OnlyArchive();
     // The second time from an archive that lost its end.
-    if (!to.empty()) ports.files.OpenForWrite(archive)->Resize(Read(archive).size() - 5);
+    if (!to.empty()) ports.files.Open(archive, OpenMode::kWrite)->Resize(Read(archive).size() - 5);
     const RestoreResult result = Restore({}, to);
     EXPECT_EQ(result.restored, 4u);
     EXPECT_EQ(result.problems, std::vector<std::string>());
@@ -300,7 +300,7 @@ TEST_F(BackupRestoreTest, TheTimeOfCreationTravelsThroughTheArchive) {
   for (const bool whole : {true, false}) {  // from the directory, then from the entry's own header
     SCOPED_TRACE(whole);
     const std::string archive = safe + OnlyArchive();
-    if (!whole) ports.files.OpenForWrite(archive)->Resize(Read(archive).size() - 5);
+    if (!whole) ports.files.Open(archive, OpenMode::kWrite)->Resize(Read(archive).size() - 5);
     log.taken.clear();
     Backups there(decorated, safe);
     const RestoreOrder order{{}, "", OverwriteMode::kAlways};

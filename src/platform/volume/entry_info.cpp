@@ -2,22 +2,9 @@
 
 #include <fcntl.h>
 
-#include <array>
-
 #include "platform/volume/volume_attributes.h"
 
 namespace quellix {
-namespace {
-
-constexpr std::array<bool, 256> MakeForbidden() {
-  std::array<bool, 256> forbidden = {};
-  for (size_t c = 0; c < 32; ++c) forbidden[c] = true;
-  for (const char c : std::string_view("\\/:*?\"<>|"))
-    forbidden[static_cast<unsigned char>(c)] = true;
-  return forbidden;
-}
-
-}  // namespace
 
 int64_t ToFileTime(const timespec& time) {
   constexpr int64_t kSecondsTo1970 = 11644473600;
@@ -26,7 +13,7 @@ int64_t ToFileTime(const timespec& time) {
 
 bool LeadsToFolder(const Located& link, const AttributeSupport& support) {
   struct stat target;
-  if (fstatat(link.folder.get(), link.name.c_str(), &target, AT_NO_AUTOMOUNT) == 0) {
+  if (fstatat(link.folder, link.name.c_str(), &target, AT_NO_AUTOMOUNT) == 0) {
     return S_ISDIR(target.st_mode);
   }
   return IsJunction(link, support);
@@ -42,14 +29,6 @@ FileInfo MakeInfo(const Located& entry, AttributeSupport& support, Detail detail
   info.attributes = ReadAttributes(entry, support);
   if (info.is_folder) info.attributes |= kFolderAttribute;
   return info;
-}
-
-bool IsWindowsName(std::string_view name) {
-  static constexpr std::array<bool, 256> kForbidden = MakeForbidden();
-  for (const char c : name) {
-    if (kForbidden[static_cast<unsigned char>(c)]) return false;
-  }
-  return true;
 }
 
 }  // namespace quellix

@@ -14,7 +14,4 @@ bool LeadsToFolder(const Located& link, const AttributeSupport& support);
 // A time of this system as FILETIME.
 int64_t ToFileTime(const timespec& time);
 
-// Whether a name of the disk could exist on Windows.
-bool IsWindowsName(std::string_view name);
-
 }  // namespace quellix

@@ -4,6 +4,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -19,12 +20,14 @@ class FolderReader {
     while (!at_end_ && kSize - used_ >= kLargestRecord) {
       const long got = syscall(SYS_getdents64, folder, buffer_.get() + used_, kSize - used_);
       at_end_ = got <= 0;
+      if (got < 0) error_ = errno;
       if (got > 0) used_ += static_cast<size_t>(got);
     }
     return used_ > 0;
   }
 
   bool at_end() const { return at_end_; }
+  int error() const { return error_; }  // an errno value, or 0
 
   // Calls visit(name, d_type) for each entry of the piece but "." and "..", until it returns false.
   template <class Visit>
@@ -50,6 +53,7 @@ class FolderReader {
   std::unique_ptr<char[]> buffer_{new char[kSize]};
   size_t used_ = 0;
   bool at_end_ = false;
+  int error_ = 0;
 };
 
 // visit(name, d_type) for all entries of an open folder, until it returns false.

@@ -25,7 +25,7 @@ constexpr size_t kSambaVersion = 2, kSambaValid = 8, kSambaBits = 12;
 // Extended attributes cannot be read below a descriptor; through /proc they can, without a path
 // that could lead elsewhere.
 std::string ProcPath(const Located& entry) {
-  return "/proc/self/fd/" + std::to_string(entry.folder.get()) + "/" + entry.name;
+  return "/proc/self/fd/" + std::to_string(entry.folder) + "/" + entry.name;
 }
 
 // An entry by its path, or an open file.
@@ -108,7 +108,7 @@ int SetOwnerWrite(const Located& entry, bool writable) {
   const mode_t wanted = writable ? mode | S_IWUSR : mode & ~static_cast<mode_t>(0222);
   if (writable && (mode & S_IWUSR) != 0) return 0;
   const UniqueFd fd(
-      openat(entry.folder.get(), entry.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+      openat(entry.folder, entry.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   const std::string path = "/proc/self/fd/" + std::to_string(fd.get());
   return fd && chmod(path.c_str(), wanted) == 0 ? 0 : errno;
 }

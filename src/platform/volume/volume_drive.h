@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/file_system.h"
+#include "platform/volume/name_index.h"
 #include "platform/volume/unique_fd.h"
 
 namespace quellix {
@@ -15,37 +17,37 @@ struct AttributeSupport {
   bool ntfs = true, dos = true, samba = true, created = true;
 };
 
-// One entry found on a disk: its folder, its name there, and what lstat tells.
+// One entry of an open folder, which whoever holds this keeps open: its name there, and what lstat
+// tells.
 struct Located {
-  SharedFd folder;   // O_PATH; none when the entry was not found
+  int folder = -1;
   std::string name;  // as spelled on the disk; "." is the folder itself
   struct stat status = {};
 };
 
 // A folder of this system that stands for one drive. Names are looked up as they are spelled, and,
-// only where that is missing, without regard to case. No link below the folder is ever followed,
-// and nothing outside is ever reached; every look-up starts at the drive's own folder, so that
-// folders that were moved or replaced meanwhile cannot lead astray.
+// only where that is missing, without regard to case; those that Windows cannot have are missing.
+// No link below the folder is ever followed, no other disk mounted below it entered, and nothing
+// outside is ever reached.
 //
-// Functions that return nothing leave the reason in errno: ELOOP when a link stands in the way.
+// Functions that fail leave the reason in errno: ELOOP when a link stands in the way, EXDEV when
+// another disk does.
 class VolumeDrive {
  public:
   // Throws Error when the folder cannot be opened. A link to it is followed.
   explicit VolumeDrive(const std::string& folder);
 
-  // `folder` is the Windows path behind the drive ("Users\Me"); "" is the root. `flags` are those
-  // of open(2): O_PATH or O_RDONLY.
-  UniqueFd OpenFolder(std::string_view folder, int flags);
+  // Open for looking up names only (O_PATH). `folder` is the Windows path behind the drive
+  // ("Users\Me"); "" is the root.
+  UniqueFd OpenFolder(std::string_view folder);
+  // The same from an open folder on.
+  UniqueFd OpenBelow(int from, std::string_view names);
 
-  // The entry itself, a link not followed.
-  std::optional<Located> Locate(std::string_view folder, std::string_view name);
-  // The same where one file is read and removed after the other: in the folder of the one before,
-  // when nothing else came between.
-  std::optional<Located> LocateNext(std::string_view folder, std::string_view name);
+  // The entry itself, a link not followed. When it is missing (ENOENT) its name is as asked.
+  bool Locate(int folder, std::string_view name, Located& entry);
 
-  // Where a missing entry would be created: `name` as asked. With an existing entry as Locate.
-  std::optional<Located> LocateNew(std::string_view folder, std::string_view name, bool& exists);
-
+  int root() const { return root_.get(); }
+  NameIndex& names() { return names_; }
   AttributeSupport& attribute_support() { return support_; }
 
  private:
@@ -54,28 +56,20 @@ class VolumeDrive {
     std::string asked, spelled;
   };
 
-  // The folder that removals and the reading before them work in.
-  struct Held {
-    std::string folder;
-    SharedFd fd;
-  };
-
-  std::optional<Located> LookIn(SharedFd folder, std::string_view name, bool& exists);
-  UniqueFd Walk(std::string_view spelled, int flags) const;
-  UniqueFd Step(int from, const std::string& spelled, int flags) const;
-  std::optional<std::string> Search(const std::string& asked);
+  UniqueFd Walk(int from, std::string_view spelled);
+  UniqueFd Step(int from, const std::string& spelled);
+  UniqueFd StepByStep(int from, const std::string& spelled, std::string* search);
 
   UniqueFd root_;
   bool has_openat2_ = true;
   Known known_;
-  Held held_;
+  NameIndex names_;
   AttributeSupport support_;
 };
 
 // Whether `name` can be one component of a path here.
 bool IsUsableName(std::string_view name);
 
-// The name in an open folder that equals `name` without regard to case.
-std::optional<std::string> FindName(int folder, std::string_view name);
+FileId IdFrom(const struct stat& status);
 
 }  // namespace quellix

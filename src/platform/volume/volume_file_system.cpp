@@ -2,14 +2,14 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/volume/entry_info.h"
-#include "platform/volume/folder_reader.h"
-#include "platform/volume/volume_attributes.h"
 #include "platform/volume/volume_error.h"
+#include "platform/volume/volume_random_file.h"
 
 namespace quellix {
 
@@ -38,93 +38,97 @@ std::optional<VolumeFileSystem::Parts> VolumeFileSystem::Parse(std::string_view 
   return Parts{drive->second.get(), FolderPart(path), NamePart(path)};
 }
 
-std::optional<Located> VolumeFileSystem::Find(std::string_view path) {
+std::unique_ptr<Folder> VolumeFileSystem::OpenFolder(std::string_view path) {
   const auto parts = Parse(path);
-  return parts ? parts->drive->Locate(parts->folder, parts->name) : std::nullopt;
+  if (!parts) return nullptr;
+  const size_t size = static_cast<size_t>(parts->name.data() - path.data()) + parts->name.size();
+  std::string whole(path.substr(0, std::max<size_t>(size, 2)));
+  UniqueFd fd = parts->drive->OpenFolder(std::string_view(whole).substr(2));
+  if (fd) {
+    return std::make_unique<VolumeFolder>(*this, *parts->drive, std::move(fd), std::move(whole));
+  }
+  RequireMissing(errno, path);
+  return nullptr;
+}
+
+// False with the reason in errno. The folder is the one the entry was found in.
+bool VolumeFileSystem::Find(std::string_view path, UniqueFd& folder, Located& entry) {
+  const auto parts = Parse(path);
+  if (!parts) return false;
+  folder = parts->drive->OpenFolder(parts->folder);
+  if (!folder || !parts->name.empty()) {
+    return folder && parts->drive->Locate(folder.get(), parts->name, entry);
+  }
+  entry = {folder.get(), ".", {}};
+  return fstat(folder.get(), &entry.status) == 0;
 }
 
 bool VolumeFileSystem::IsGone(std::string_view path) {
   const bool is_known = path.size() < 2 || (path[1] == ':' && path.find('/') == path.npos &&
                                             path.find_first_of("~%") == path.npos);
   if (!is_known || path.starts_with('\\') || (path.size() > 1 && !Parse(path))) return false;
-  return !Find(path) && (errno == ENOENT || errno == ENOTDIR);
-}
-
-Located VolumeFileSystem::Need(std::string_view path) {
-  std::optional<Located> entry = Find(path);
-  if (!entry) ThrowErrno(errno, path);
-  return std::move(*entry);
-}
-
-Located VolumeFileSystem::NeedNew(std::string_view path, bool& exists) {
-  const auto parts = Parse(path);
-  if (!parts) ThrowErrno(errno, path);
-  if (!parts->name.empty() && !IsWindowsName(parts->name)) ThrowErrno(EINVAL, path);
-  std::optional<Located> entry = parts->drive->LocateNew(parts->folder, parts->name, exists);
-  if (!entry) ThrowErrno(errno, path);
-  return std::move(*entry);
+  UniqueFd folder;
+  Located entry;
+  return !Find(path, folder, entry) && (errno == ENOENT || errno == ENOTDIR);
 }
 
 std::optional<FileInfo> VolumeFileSystem::Look(std::string_view path, Detail detail) {
+  UniqueFd folder;
+  Located entry;
+  if (!Find(path, folder, entry)) return std::nullopt;
+  return MakeInfo(entry, Parse(path)->drive->attribute_support(), detail);
+}
+
+// Throws Error (kMissing) when it is missing, as for a file that is to be made in it.
+std::unique_ptr<VolumeFolder> VolumeFileSystem::OpenFolderOf(std::string_view path) {
   const auto parts = Parse(path);
-  if (!parts) return std::nullopt;
-  const auto entry = detail == Detail::kKind ? parts->drive->LocateNext(parts->folder, parts->name)
-                                             : parts->drive->Locate(parts->folder, parts->name);
-  if (!entry) return std::nullopt;
-  return MakeInfo(*entry, parts->drive->attribute_support(), detail);
+  if (!parts) ThrowErrno(errno, path);
+  UniqueFd fd = parts->drive->OpenFolder(parts->folder);
+  if (!fd) ThrowErrno(errno, path);
+  const std::string folder(FolderPart(WithoutBackslash(path)));
+  return std::make_unique<VolumeFolder>(*this, *parts->drive, std::move(fd), folder);
 }
 
-void VolumeFileSystem::SetAttributes(std::string_view path, uint32_t attributes) {
-  const Located entry = Need(path);
-  const int code = WriteAttributes(entry, attributes, Parse(path)->drive->attribute_support());
-  if (code != 0) ThrowErrno(code, path);
+UniqueFd VolumeFileSystem::OpenForRead(std::string_view path) {
+  UniqueFd folder;
+  Located entry;
+  struct stat status;
+  if (Find(path, folder, entry)) return OpenRegular(entry, O_RDONLY, path, status);
+  if (errno != ENOENT && errno != ENOTDIR) ThrowErrno(errno, path);
+  return UniqueFd();
 }
 
-void VolumeFileSystem::RemoveFile(std::string_view path) {
-  const auto parts = Parse(path);
-  const auto found = parts ? parts->drive->LocateNext(parts->folder, parts->name) : std::nullopt;
-  if (!found) ThrowErrno(errno, path);
-  const Located& entry = *found;
-  const bool is_link = S_ISLNK(entry.status.st_mode);
-  if (is_link && LeadsToFolder(entry, parts->drive->attribute_support())) {
-    ThrowErrno(EISDIR, path);
+std::optional<std::string> VolumeFileSystem::ReadWholeFile(std::string_view path, uint64_t limit) {
+  const UniqueFd fd = OpenForRead(path);
+  if (!fd) return std::nullopt;
+  struct stat status;
+  if (fstat(fd.get(), &status) != 0) ThrowErrno(errno, path);
+  std::string bytes(static_cast<size_t>(std::min<uint64_t>(status.st_size, limit)) + 1, '\0');
+  size_t used = 0;
+  for (;;) {
+    const ssize_t got = read(fd.get(), bytes.data() + used, bytes.size() - used);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) ThrowErrno(errno, path);
+    used += static_cast<size_t>(got);
+    if (used > limit) ThrowErrno(EFBIG, path);
+    if (got == 0) break;
+    if (used == bytes.size()) bytes.resize(2 * used);
   }
-  if (unlinkat(entry.folder.get(), entry.name.c_str(), 0) != 0) ThrowErrno(errno, path);
+  bytes.resize(used);
+  return bytes;
 }
 
-void VolumeFileSystem::RemoveFolder(std::string_view path) {
-  const Located entry = Need(path);
-  const bool is_link = S_ISLNK(entry.status.st_mode);
-  if (is_link && !LeadsToFolder(entry, Parse(path)->drive->attribute_support())) {
-    ThrowErrno(ENOTDIR, path);
-  }
-  const int flags = is_link ? 0 : AT_REMOVEDIR;
-  if (unlinkat(entry.folder.get(), entry.name.c_str(), flags) != 0) ThrowErrno(errno, path);
+void VolumeFileSystem::WriteWholeFile(std::string_view path, std::string_view bytes) {
+  OpenFolderOf(path)->Replace(NamePart(path), bytes);
 }
 
-void VolumeFileSystem::Rename(std::string_view from, std::string_view to) {
-  const Located source = Need(from);
-  bool exists = false;
-  const Located target = NeedNew(to, exists);
-  const bool same = exists && source.status.st_ino == target.status.st_ino &&
-                    source.status.st_dev == target.status.st_dev;
-  if (exists && !same) ThrowErrno(EEXIST, to);
-  const std::string name(NamePart(WithoutBackslash(to)));
-  const auto rename = [&](unsigned flags) {
-    return renameat2(source.folder.get(), source.name.c_str(), target.folder.get(), name.c_str(),
-                     flags) == 0;
-  };
-  if (rename(RENAME_NOREPLACE)) return;
-  // Some drivers know no such flag; there the look-up above must do.
-  if (errno != EINVAL || !rename(0)) ThrowErrno(errno, errno == EEXIST ? to : from);
+void VolumeFileSystem::Replace(std::string_view path, const std::function<void(int fd)>& fill) {
+  OpenFolderOf(path)->Replace(NamePart(path), fill);
 }
 
-void VolumeFileSystem::CreateFolder(std::string_view path) {
-  bool exists = false;
-  const Located entry = NeedNew(path, exists);
-  if (exists && S_ISDIR(entry.status.st_mode)) return;
-  if (exists) ThrowErrno(EEXIST, path);
-  if (mkdirat(entry.folder.get(), entry.name.c_str(), 0755) != 0) ThrowErrno(errno, path);
+void VolumeFileSystem::Recycle(const Located& entry, const std::string& path) {
+  if (!recycler_) throw NotAvailable("There is no recycle bin for " + path);
+  recycler_(entry, path);
 }
 
 }  // namespace quellix

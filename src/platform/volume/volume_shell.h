@@ -6,21 +6,23 @@
 #include "platform/shell.h"
 #include "platform/system.h"
 #include "platform/volume/installed_windows.h"
+#include "platform/volume/recycler.h"
 
 namespace quellix {
 
 // The recycle bins of a volume, as Windows keeps them in each drive's own folders: from Vista on
-// "$Recycle.Bin", where "$R..." is the removed file and "$I..." tells where it was, before that
-// "RECYCLER". With a user whose identity is known only that user's bins count, else all.
-//
-// Putting files into a bin of before Vista is not possible: its shared index belongs to a running
-// Windows. Such bins are counted and emptied.
+// "$Recycle.Bin", before that "RECYCLER". With a user whose identity is known only that user's bins
+// count, else all.
 class VolumeShell : public Shell {
  public:
   VolumeShell(VolumeFileSystem& files, System& system, VolumeUser user)
-      : files_(files), system_(system), user_(std::move(user)) {}
+      : files_(files), system_(system), user_(user), recycler_(files, system, user) {
+    files.SetRecycler([this](const Located& file, const std::string& path) {
+      recycler_.Recycle(file, path);
+    });
+  }
+  ~VolumeShell() override { files_.SetRecycler(nullptr); }
 
-  void Recycle(std::string_view path) override;
   RecycleBinContent QueryRecycleBin() override;
   void EmptyRecycleBin() override;
   void ClearAddressHistory() override;
@@ -42,9 +44,6 @@ class VolumeShell : public Shell {
     std::string name, index;
   };
 
-  std::string UserBin(char drive);
-  std::string FreeName(const std::string& bin, std::string_view extension);
-  std::string IndexFile(std::string_view path, uint64_t size);
   std::vector<Bin> Bins();
   std::vector<Item> Items(const Bin& bin);
   uint64_t SizeOf(const Bin& bin, const Item& item);
@@ -54,6 +53,7 @@ class VolumeShell : public Shell {
   VolumeFileSystem& files_;
   System& system_;
   VolumeUser user_;
+  Recycler recycler_;
 };
 
 }  // namespace quellix

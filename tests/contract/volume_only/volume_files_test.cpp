@@ -127,7 +127,7 @@ TEST_F(VolumeFiles, AFolderSwappedForALinkByAnotherProcessLeadsNowhere) {
 TEST_F(VolumeFiles, PipesAreRemovedButNeverOpened) {
   ASSERT_EQ(mkfifo(Native("pipe").c_str(), 0600), 0);
   EXPECT_TRUE(KindOf([this] { files_.ReadWholeFile("C:\\pipe"); }));
-  EXPECT_TRUE(KindOf([this] { files_.OpenForWrite("C:\\pipe"); }));
+  EXPECT_TRUE(KindOf([this] { files_.Open("C:\\pipe", OpenMode::kWrite); }));
   files_.RemoveFile("C:\\pipe");
   EXPECT_TRUE(Names("C:\\").empty());
 }
