@@ -3,6 +3,7 @@
 #include "app/numbers.h"
 #include "app/path_list.h"
 #include "app/removal.h"
+#include "platform/path.h"
 #include "platform/text.h"
 
 namespace quellix {
@@ -124,6 +125,21 @@ TEST(PathList, HoldsALittleMoreThanTheCharacters) {
   list.Clear();
   EXPECT_EQ(list.size(), 0u);
   EXPECT_EQ(list.MemoryHeld(), 0u);
+}
+
+TEST(TemporaryNames, OursAreKnownAndOthersAreNot) {
+  EXPECT_TRUE(IsTemporaryName(TemporaryName()));
+  EXPECT_EQ(TemporaryName().size(), 23u);
+  EXPECT_NE(TemporaryName(), TemporaryName());
+  for (const char* name : {"~QX00ffAA.TMP", "~qx123.tmp", "quellix-1-0.tmp", "Quellix-99-1.tmp",
+                           "~quellix-restore.tmp"}) {
+    EXPECT_TRUE(IsTemporaryName(name)) << name;
+  }
+  for (const char* name :
+       {"", ".tmp", "~qx.tmp", "~qxyz.tmp", "qx12.tmp", "~qx12.tm", "quellix-.tmp", "quellix-1.tmp",
+        "quellix--1.tmp", "quellix-1-.tmp", "quellix-a-1.tmp", "~quellix-replaced.tmp"}) {
+    EXPECT_FALSE(IsTemporaryName(name)) << name;
+  }
 }
 
 }  // namespace
