@@ -62,7 +62,7 @@ class BackupBench : BenchMachine {
   void BackUp() {
     state_.BackupDrive.clear();
     ScanTree();
-    RemovePendingFiles(context_);
+    RemovePendingFiles(context_, list_);
     if (!archive_.Close() || state_.SomeFilesLocked) throw std::runtime_error("not backed up");
   }
 

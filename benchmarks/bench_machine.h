@@ -45,8 +45,7 @@ class BenchMachine {
   std::filesystem::path Tree() const { return scratch_ / "tree"; }
 
   void ScanTree() {
-    ClearPending(state_);
-    CollectFiles(context_, folder_, "*.*");
+    list_ = CollectFiles(context_, ports_.files.OpenFolder(folder_), folder_, "*.*");
   }
 
   SideBySide& table_;
@@ -57,6 +56,7 @@ class BenchMachine {
   QuietView view_;
   ModZip archive_;
   CleaningContext context_;
+  FileList list_;
   std::filesystem::path scratch_;
   std::string folder_;  // the tree as the engine names it
 };

@@ -105,8 +105,8 @@ class Bench : BenchMachine {
  private:
   void RemoveTree() {
     ScanTree();
-    RemovePendingFiles(context_);
-    RemovePendingFolders(context_);
+    RemovePendingFiles(context_, list_);
+    RemovePendingFolders(context_, list_);
     if (state_.SomeFilesLocked) throw std::runtime_error("files stayed");
   }
 
@@ -114,17 +114,17 @@ class Bench : BenchMachine {
     table_.Compare(
         "scan 200,000 files / find -type f", 1.0, 7, [] {}, [this] { ScanTree(); },
         [this] { RunShell("find '" + Tree().string() + "' -type f > /dev/null"); });
-    if (state_.PendingFiles.size() != kFolders * kFilesAFolder) throw std::runtime_error("count");
+    if (list_.PendingFiles.size() != kFolders * kFilesAFolder) throw std::runtime_error("count");
   }
 
   void PendingMemory() {
     double characters = 0;
-    const auto files = static_cast<double>(state_.PendingFiles.size());
-    for (size_t i = 0; i < state_.PendingFiles.size(); ++i) {
-      characters += static_cast<double>(state_.PendingFiles[i].size());
+    const auto files = static_cast<double>(list_.PendingFiles.size());
+    for (size_t i = 0; i < list_.PendingFiles.size(); ++i) {
+      characters += static_cast<double>(list_.PendingFiles[i].size());
     }
     table_.Report("bytes a pending file / its limit",
-                  static_cast<double>(state_.PendingFiles.MemoryHeld()) / files,
+                  static_cast<double>(list_.PendingFiles.MemoryHeld()) / files,
                   1.5 * characters / files + 64, "B", 1.0);
   }
 

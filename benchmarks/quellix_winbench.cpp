@@ -101,9 +101,8 @@ void MeasureRemoval(SideBySide& table, TestMachine& machine) {
         }
       },
       [&] {
-        ClearPending(state);
-        CollectFiles(context, folder, "*.*");
-        RemovePendingFiles(context);
+        RemovePendingFiles(
+            context, CollectFiles(context, ports.files.OpenFolder(folder), folder, "*.*"));
         if (state.FilesDeleted % (kFolders * kFilesAFolder) != 0) {
           throw std::runtime_error("files stayed");
         }

@@ -8,12 +8,9 @@
 #include <vector>
 
 #include "app/context.h"
+#include "app/working_folder.h"
 
 namespace quellix {
-
-// Whether a path lies in the backup folder: what is archived there is never removed by a run that
-// backs up.
-bool IsInBackupFolder(const RunState& state, std::string_view path);
 
 // The files that were archived but not yet removed. They are removed together, once their archived
 // bytes are on the disk: bringing them there one by one would cost more than all the rest.
@@ -21,19 +18,20 @@ class BackupBatch {
  public:
   explicit BackupBatch(CleaningContext& context) : context_(context) {}
 
-  // Archives a file. A path on another drive than the last one begins an archive of its own, for
-  // which the batch has to be empty.
-  void Add(std::string_view path, uint64_t bytes);
+  // Archives a file of an open folder. A path on another drive than the last one begins an archive
+  // of its own, for which the batch has to be empty.
+  void Add(Folder& folder, std::string_view path, uint64_t bytes);
   bool empty() const { return files_.empty(); }
   // Whether it is time to remove: many files, or many bytes.
   bool IsFull() const;
   bool FitsDriveOf(std::string_view path) const;
 
-  // Brings the archive onto the disk and empties the batch. Calls remove(path, bytes) for each file
-  // that may go; counts those that were archived; the others, where they may not go, are said in
-  // the log and count as not removed. In strict mode a file may not go that changed meanwhile.
-  using Removal = std::function<void(std::string_view path, uint64_t bytes)>;
-  void Remove(const Removal& remove);
+  // Brings the archive onto the disk and empties the batch. Calls remove(folder, path, bytes) for
+  // each file that may go, in its folder; counts those that were archived. What may not go, and
+  // what `remove` throws Error for, is noted as stayed. In strict mode a file may not go that
+  // changed meanwhile.
+  using Removal = std::function<void(Folder& folder, std::string_view path, uint64_t bytes)>;
+  void Remove(WorkingFolder& working, const Removal& remove);
 
  private:
   struct File {
@@ -44,8 +42,9 @@ class BackupBatch {
     FileInfo seen;  // before it was archived; in strict mode alone
   };
 
-  FileInfo LookIfStrict(std::string_view path) const;
-  const std::string& ProblemOf(File& file, bool on_disk) const;
+  FileInfo LookIfStrict(Folder& folder, std::string_view path) const;
+  const std::string& ProblemOf(Folder& folder, File& file, bool on_disk) const;
+  void RemoveOne(WorkingFolder& working, File& file, bool on_disk, const Removal& remove);
 
   CleaningContext& context_;
   std::vector<File> files_;

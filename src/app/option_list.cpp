@@ -5,7 +5,7 @@
 
 #include "app/list_files.h"
 #include "app/path_check.h"
-#include "cleaners/skeleton.h"
+#include "app/working_folder.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -84,23 +84,35 @@ std::string WhyNoPartOfPath(std::string_view text) {
   return {};
 }
 
-std::string WhyNoUserFile(System& system, std::string_view path) {
-  std::string why = WhyNoPath(path);
-  if (!why.empty()) return why;
-  if (path.ends_with('\\') || HoldsWindows(system, path)) {
-    return std::string(path) + " is a folder, not a file.";
+// The folder that is cleaned or that a file lies in; null when it is missing.
+std::unique_ptr<Folder> OpenForList(const Machine& machine, std::string_view path) {
+  try {
+    return machine.files.OpenFolder(path);
+  } catch (const Error&) {
+    return nullptr;
   }
-  return {};
 }
 
-std::string WhyNoUserFolder(System& system, std::string_view path) {
+std::string WhyNoUserFile(const Machine& machine, std::string_view path) {
   std::string why = WhyNoPath(path);
   if (!why.empty()) return why;
-  if (HoldsWindows(system, path) || HoldsProfile(system, path)) {
-    return std::string(path) +
-           " cannot be cleaned: it is a whole drive, or it holds Windows or the user's profile.";
+  const std::optional<FileInfo> info = machine.files.Look(path, Detail::kKind);
+  if (path.ends_with('\\') || (info && info->is_folder)) {
+    return std::string(path) + " is a folder, not a file.";
   }
-  return {};
+  const auto folder = OpenForList(machine, FolderPart(path));
+  if (!folder) return {};
+  why = LoadPlaces(machine).WhyNotFile(*folder, NamePart(path), Claim::kOwnList);
+  return why.empty() ? why : std::string(path) + " cannot be cleaned: " + why;
+}
+
+std::string WhyNoUserFolder(const Machine& machine, std::string_view path) {
+  std::string why = WhyNoPath(path);
+  if (!why.empty()) return why;
+  const auto folder = OpenForList(machine, path);
+  if (!folder) return {};
+  why = LoadPlaces(machine).WhyNot(*folder, "*.*", true, Claim::kOwnList);
+  return why.empty() ? why : std::string(path) + " cannot be cleaned: " + why;
 }
 
 // Extensions are listed without their dot.
@@ -149,9 +161,9 @@ std::string OptionList::WhyNotText(std::string_view text) const {
     case OptionsPage::kFileTypes:
       return WhyNoFileType(text);
     case OptionsPage::kUserFiles:
-      return WhyNoUserFile(machine_.system, text);
+      return WhyNoUserFile(machine_, text);
     default:
-      return WhyNoUserFolder(machine_.system, text);
+      return WhyNoUserFolder(machine_, text);
   }
 }
 

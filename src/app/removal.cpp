@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <numeric>
+#include <memory>
+#include <optional>
 #include <vector>
 
 #include "app/backup_step.h"
@@ -28,21 +29,28 @@ bool StoppedAtPause(CleaningContext& context) {
   return context.state.AbortRequested;
 }
 
-// Overwrites the whole file once; false when stopped.
-bool Overwrite(CleaningContext& context, RandomFile& file) {
-  const uint64_t step = context.state.WipeStep;
+// Overwrites a part of a file once; false when stopped.
+bool Overwrite(CleaningContext& context, RandomFile& file, const Extent& part) {
+  const uint64_t step = context.state.WipeStep, end = part.offset + part.size;
   const bool flush_each = step == 1;
-  std::string bytes(std::min(step, file.Size()), '\0');
-  bool stopped = false;
-  for (uint64_t at = 0; at < file.Size() && !stopped; at += step) {
-    stopped = StoppedAtPause(context);
-    if (stopped) break;
-    bytes.resize(std::min(step, file.Size() - at));
+  std::string bytes(std::min(step, part.size), '\0');
+  for (uint64_t at = part.offset; at < end; at += step) {
+    if (StoppedAtPause(context)) return false;
+    bytes.resize(std::min(step, end - at));
     if (context.state.ExtraSecurity != 0) Random().FillWithPercents(bytes);
     file.Write(at, bytes);
     if (flush_each) file.Flush();
   }
-  if (!flush_each && file.Size() > 0) file.Flush();
+  return true;
+}
+
+// All of a file that takes room on the disk; false when stopped.
+bool Overwrite(CleaningContext& context, RandomFile& file) {
+  bool stopped = false;
+  for (const Extent& part : file.Allocated()) {
+    stopped = stopped || !Overwrite(context, file, part);
+  }
+  if (context.state.WipeStep != 1 && file.Size() > 0) file.Flush();
   return !stopped;
 }
 
@@ -53,24 +61,31 @@ std::string RandomName() {
   return text;
 }
 
-std::string RenamedForWipe(CleaningContext& context, std::string_view path) {
-  if (context.state.RenameBeforeDelete != 1) return std::string(path);
-  std::string renamed = std::string(FolderPart(path)) + RandomName();
-  context.machine.files.Rename(path, renamed);
+std::string RenamedForWipe(CleaningContext& context, Folder& folder, std::string_view name) {
+  if (context.state.RenameBeforeDelete != 1) return std::string(name);
+  std::string renamed = RandomName();
+  folder.Rename(name, renamed, IfThere::kFail);
   return renamed;
 }
 
+// Overwrites a file; false when stopped. One that other names lead to as well is left as it is.
+bool OverwriteUnlessShared(CleaningContext& context, Folder& folder, std::string_view path) {
+  const std::unique_ptr<RandomFile> file = folder.Open(NamePart(path), OpenMode::kWrite);
+  if (file->LinkCount() == 1) return Overwrite(context, *file);
+  context.state.RunLog.append(path).append(
+      " has further names: it was not overwritten, and only this name was removed.\r\n");
+  return true;
+}
+
 // Whether or not it was archived, unless the user wants it otherwise.
-bool RemoveWithBackup(CleaningContext& context, std::string_view path) {
-  if (IsInBackupFolder(context.state, path)) {
-    throw Error(Error::Kind::kDenied, "It lies in the folder of the backups.");
-  }
+bool RemoveWithBackup(CleaningContext& context, Folder& folder, WorkingFolder& working,
+                      std::string_view path) {
   BackupBatch batch(context);
-  batch.Add(path, 0);
+  batch.Add(folder, path, 0);
   if (context.state.AbortRequested) return false;
   bool removed = false;
-  batch.Remove([&](std::string_view, uint64_t) {
-    context.machine.files.RemoveFile(path);
+  batch.Remove(working, [&](Folder& in, std::string_view, uint64_t) {
+    in.RemoveFile(NamePart(path));
     removed = true;
   });
   if (!removed) {
@@ -80,32 +95,51 @@ bool RemoveWithBackup(CleaningContext& context, std::string_view path) {
   return true;
 }
 
-bool RemoveByMode(CleaningContext& context, std::string_view path) {
-  FileSystem& files = context.machine.files;
+bool RemoveByMode(CleaningContext& context, WorkingFolder& working, Folder& folder,
+                  std::string_view path) {
   switch (context.state.RemovalMode) {
     case kDelete:
-      files.RemoveFile(path);
+      folder.RemoveFile(NamePart(path));
       return true;
     case kRecycle:
-      files.SetAttributes(path, kNormal);
-      files.Recycle(path);
+      folder.Recycle(NamePart(path));
       return true;
     case kWipe:
-      files.SetAttributes(path, kNormal);
-      return WipeFile(context, path);
+      return WipeFile(context, folder, path);
     case kBackUp:
-      return RemoveWithBackup(context, path);
+      return RemoveWithBackup(context, folder, working, path);
     default:
       return false;
   }
 }
 
-void StartProgress(CleaningContext& context) {
+// Removes a file of a list and counts it; what stays is noted. False when it stays.
+bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::string_view path,
+                    std::string* reason = nullptr) {
+  try {
+    Folder& folder = working.Of(path);
+    const std::optional<FileInfo> info = folder.Look(NamePart(path), Detail::kSize);
+    if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
+    if (RemoveByMode(context, working, folder, path)) {
+      CountRemoved(context.state, static_cast<double>(info->size));
+      return true;
+    }
+    context.state.SomeFilesLocked = true;
+  } catch (const Error& error) {
+    if (reason != nullptr) *reason = error.what();
+    NoteStayed(context.state, path, error.what(), error.kind());
+  } catch (const std::exception& error) {
+    if (reason != nullptr) *reason = error.what();
+    NoteStayed(context.state, path, error.what(), Error::Kind::kOther);
+  }
+  return false;
+}
+
+void StartProgress(CleaningContext& context, size_t files) {
   RunState& state = context.state;
   ++state.ProgressCounter;
   // One more than the counter, but never less than the files, so that the bar ends with them.
-  const auto files = static_cast<int32_t>(state.PendingFiles.size());
-  state.Progress.max = std::max(state.ProgressCounter + 1, files);
+  state.Progress.max = std::max(state.ProgressCounter + 1, static_cast<int32_t>(files));
   state.Progress.value = 0;
   context.view.SetProgress(state.Progress);
 }
@@ -121,15 +155,26 @@ void Abandon(CleaningContext& context) {
   EndRun(context, "Aborted by user");
 }
 
-void RemoveBatch(CleaningContext& context, BackupBatch& batch) {
-  batch.Remove([&](std::string_view path, uint64_t bytes) {
-    try {
-      context.machine.files.RemoveFile(path);
-      CountRemoved(context.state, static_cast<double>(bytes));
-    } catch (const std::exception&) {
-      context.state.SomeFilesLocked = true;
-    }
+void RemoveBatch(CleaningContext& context, WorkingFolder& working, BackupBatch& batch) {
+  batch.Remove(working, [&](Folder& folder, std::string_view path, uint64_t bytes) {
+    folder.RemoveFile(NamePart(path));
+    CountRemoved(context.state, static_cast<double>(bytes));
   });
+}
+
+// Archives a file and removes those before it when their time has come.
+void AddToBatch(CleaningContext& context, WorkingFolder& working, BackupBatch& batch,
+                std::string_view path) {
+  if (!batch.FitsDriveOf(path)) RemoveBatch(context, working, batch);
+  try {
+    Folder& folder = working.Of(path);
+    const std::optional<FileInfo> info = folder.Look(NamePart(path), Detail::kSize);
+    if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
+    batch.Add(folder, path, info->size);
+  } catch (const Error& error) {
+    NoteStayed(context.state, path, error.what(), error.kind());
+  }
+  if (!context.state.AbortRequested && batch.IsFull()) RemoveBatch(context, working, batch);
 }
 
 // Indexes of PendingFolders, deepest first, otherwise in list order.
@@ -147,28 +192,28 @@ std::vector<size_t> DeepestFirst(const PathList& folders) {
 
 }  // namespace
 
-bool WipeFile(CleaningContext& context, std::string_view path) {
-  FileSystem& files = context.machine.files;
-  const std::optional<FileInfo> info = files.Look(path);
-  if (!info) return false;
-  if (!info->is_link) {
-    const std::unique_ptr<RandomFile> file = files.Open(path, OpenMode::kWrite);
-    if (!Overwrite(context, *file)) return false;
+bool WipeFile(CleaningContext& context, Folder& folder, std::string_view path) {
+  const std::string_view name = NamePart(path);
+  const std::optional<FileInfo> info = folder.Look(name);
+  if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
+  const bool is_locked = (info->attributes & kReadOnly) != 0 && !info->is_link;
+  if (is_locked) folder.SetAttributes(name, kNormal);
+  bool wiped = false;
+  try {
+    wiped = info->is_link || OverwriteUnlessShared(context, folder, path);
+    if (wiped) folder.RemoveFile(RenamedForWipe(context, folder, name));
+  } catch (const Error&) {
+    if (is_locked && folder.Look(name)) folder.SetAttributes(name, info->attributes);
+    throw;
   }
-  files.RemoveFile(RenamedForWipe(context, path));
-  return true;
+  if (!wiped && is_locked) folder.SetAttributes(name, info->attributes);
+  return wiped;
 }
 
-bool RemoveFile(CleaningContext& context, std::string_view path, std::string* reason) {
-  bool removed = false;
-  try {
-    removed = RemoveByMode(context, path);
-  } catch (const std::exception& error) {
-    // Noted below, told once at the end of the run.
-    if (reason != nullptr) *reason = error.what();
-  }
-  if (!removed) context.state.SomeFilesLocked = true;
-  return removed;
+bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim, std::string* reason) {
+  const FileList alone;
+  WorkingFolder working(context, alone, claim);
+  return RemoveAndCount(context, working, path, reason);
 }
 
 void CountRemoved(RunState& state, double bytes) {
@@ -178,36 +223,35 @@ void CountRemoved(RunState& state, double bytes) {
   state.SpaceGained += bytes;
 }
 
-void RemovePendingFiles(CleaningContext& context) {
+void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim claim) {
   RunState& state = context.state;
-  StartProgress(context);
+  StartProgress(context, list.PendingFiles.size());
+  WorkingFolder working(context, list, claim);
   BackupBatch batch(context);
   std::string status;
-  for (size_t i = 0; i < state.PendingFiles.size(); ++i) {
+  for (size_t i = 0; i < list.PendingFiles.size(); ++i) {
     if (StoppedAtPause(context)) return Abandon(context);
-    const std::string_view path = state.PendingFiles[i];
-    const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kKind);
-    const uint64_t bytes = info ? info->size : 0;
+    const std::string_view path = list.PendingFiles[i];
     context.view.SetStatus(status.assign("Deleting file: ").append(path));
     if (state.RemovalMode != kBackUp) {
-      if (RemoveFile(context, path)) CountRemoved(state, static_cast<double>(bytes));
-    } else if (!IsInBackupFolder(state, path)) {
-      if (!batch.FitsDriveOf(path)) RemoveBatch(context, batch);
-      batch.Add(path, bytes);
+      RemoveAndCount(context, working, path);
+    } else {
+      AddToBatch(context, working, batch, path);
       if (state.AbortRequested) return Abandon(context);
-      if (batch.IsFull()) RemoveBatch(context, batch);
     }
     ShowProgress(context, i + 1);
   }
-  RemoveBatch(context, batch);
+  RemoveBatch(context, working, batch);
 }
 
-void RemovePendingFolders(CleaningContext& context) {
-  const PathList& folders = context.state.PendingFolders;
+void RemovePendingFolders(CleaningContext& context, const FileList& list) {
+  const PathList& folders = list.PendingFolders;
+  WorkingFolder working(context, list, Claim::kItem);
   for (const size_t index : DeepestFirst(folders)) {
     if (StoppedAtPause(context)) return;
+    const std::string_view path = WithoutBackslash(folders[index]);
     try {
-      context.machine.files.RemoveFolder(folders[index]);
+      working.OfFolder(path).RemoveFolder(NamePart(path));
     } catch (const Error&) {
       continue;  // not empty, in use or gone: it stays
     }

@@ -4,15 +4,23 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "app/path_list.h"
 #include "app/views.h"
 #include "backup/backup_archive.h"
 #include "backup/registry_undo.h"
 
 namespace quellix {
 
+class ProtectedPlaces;
+
 enum RemovalModes : int16_t { kDelete = 1, kRecycle = 2, kWipe = 3, kBackUp = 4 };
+
+// Something that a run was to remove and that is still there.
+struct StayedEntry {
+  std::string path;
+  std::string reason;  // a sentence, the system's own where it gave one
+};
 
 // The state of a cleaning run, one for the whole program; every run resets it.
 struct RunState {
@@ -27,13 +35,20 @@ struct RunState {
   int16_t FixedRemovalMode = 0;  // chosen for this program run; 0: as the settings say
   bool Hidden = false;           // nobody is watching: nothing waits for a person
   bool AbortRequested = false;
-  bool SomeFilesLocked = false;
-  bool SomeErrors = false;  // an item failed and showed its message
+  bool SomeFilesLocked = false;  // something stayed, for whatever reason
+  bool SomeErrors = false;       // an item failed and showed its message
+
+  // What stayed (NoteStayed). The first kMostStayed are named, the rest only counted.
+  static constexpr size_t kMostStayed = 100'000;
+  std::vector<StayedEntry> Stayed;
+  uint64_t StayedCount = 0;   // all of them
+  uint64_t StayedLocked = 0;  // those that were locked or in use
 
   // Totals of the run, and of the item in work.
   int32_t RunFilesDeleted = 0;
   double RunSpaceGained = 0;  // bytes
   int32_t FilesBackedUp = 0;
+  int32_t FilesNotBackedUp = 0;  // and gone all the same
   int32_t FilesDeleted = 0;
   double SpaceGained = 0;  // bytes
   int32_t ProgressCounter = 0;
@@ -43,13 +58,15 @@ struct RunState {
 
   ProgressBar Progress;          // as shown last
   std::bitset<30> ItemsCleaned;  // by run order, from 0: ran without an error
-  std::string SettingsProblem;   // why LastCleaned could not be stored, said once
+  // Of the item in work: whether anything of its kind is here (NotePlace), else why not.
+  bool PlaceFound = false;
+  std::string WhyNothing;
+  std::string SettingsProblem;  // why LastCleaned could not be stored, said once
 
-  RegistryUndo Undo;        // of registry entries that the run deletes
-  std::string BackupDrive;  // letter of the archive that is open, "" for none
-  PathList PendingFiles;
-  PathList PendingFolders;
-  std::shared_ptr<SearchResults> Results;  // of this run's junk searches; null before the first
+  RegistryUndo Undo;                        // of registry entries that the run deletes
+  std::string BackupDrive;                  // letter of the archive that is open, "" for none
+  std::shared_ptr<ProtectedPlaces> Places;  // see PlacesOf; null until somebody asks
+  std::shared_ptr<SearchResults> Results;   // of this run's junk searches; null before the first
   std::string RunLog;
 };
 

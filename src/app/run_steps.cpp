@@ -1,16 +1,18 @@
 #include "app/run_steps.h"
 
-#include "platform/error.h"
-
 namespace quellix {
 namespace {
 
 void ResetRun(RunState& state) {
   state.SomeFilesLocked = false;
   state.SomeErrors = false;
+  state.Stayed.clear();
+  state.StayedCount = 0;
+  state.StayedLocked = 0;
   state.AbortRequested = false;
   state.ProgressCounter = 0;
   state.FilesBackedUp = 0;
+  state.FilesNotBackedUp = 0;
   state.RunFilesDeleted = 0;
   state.RunSpaceGained = 0;
   state.FilesDeleted = 0;
@@ -22,6 +24,7 @@ void ResetRun(RunState& state) {
   state.RunLog.clear();
   state.ItemsCleaned.reset();
   state.SettingsProblem.clear();
+  state.Places.reset();
   state.Results.reset();
 }
 
@@ -82,6 +85,14 @@ void ReportCritical(CleaningContext& context, std::string_view text) {
   } else {
     context.view.ShowCritical(text);
   }
+}
+
+void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind) {
+  state.SomeFilesLocked = true;
+  ++state.StayedCount;
+  if (kind == Error::Kind::kInUse) ++state.StayedLocked;
+  if (state.Stayed.size() == RunState::kMostStayed) return;
+  state.Stayed.push_back({std::string(path), std::string(reason)});
 }
 
 }  // namespace quellix

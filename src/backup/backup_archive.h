@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/file_system.h"
+
 namespace quellix {
 
 // What the user chose for backups (section Backup of Settings.ini).
@@ -20,8 +22,9 @@ class BackupArchive {
   // Starts a new archive in `folder` (ends in "\") whose name begins with `prefix`; the one before
   // is finished. The archive and its folder are made with the first file.
   virtual void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) = 0;
-  // Adds one file; false when that failed, for the reason in Problem.
-  virtual bool BackupFile(std::string_view path) = 0;
+  // Adds the file NamePart(path) of an open folder, under its whole path; false when that failed,
+  // for the reason in Problem.
+  virtual bool BackupFile(Folder& folder, std::string_view path) = 0;
   // Brings the files added since the last call onto the disk: not before that may they be removed.
   // False when some did not get there; then all of them are to be taken as not archived.
   virtual bool Flush() = 0;

@@ -69,9 +69,9 @@ void ModZip::OpenArchive() {
   writer_ = std::make_unique<ZipWriter>(files_.Open(archive_, OpenMode::kReadAndCreate), count);
 }
 
-bool ModZip::BackupFile(std::string_view path) {
+bool ModZip::BackupFile(Folder& folder, std::string_view path) {
   return Try([&] {
-    const auto source = files_.Open(path, OpenMode::kRead);
+    const auto source = folder.Open(NamePart(path), OpenMode::kRead);
     OpenArchive();
     ZipEntry entry;
     entry.name = StoredName(path);

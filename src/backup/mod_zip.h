@@ -23,7 +23,7 @@ class ModZip : public BackupArchive {
   void OnPause(std::function<bool()> pause) { pause_ = std::move(pause); }
 
   void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override;
-  bool BackupFile(std::string_view path) override;
+  bool BackupFile(Folder& folder, std::string_view path) override;
   bool Flush() override;
   void DeleteBackupArchive() override;
   bool Close() override;

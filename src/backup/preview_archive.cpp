@@ -1,10 +1,12 @@
 #include "backup/preview_archive.h"
 
+#include "platform/path.h"
+
 namespace quellix {
 
-bool PreviewArchive::BackupFile(std::string_view path) {
+bool PreviewArchive::BackupFile(Folder& folder, std::string_view path) {
   try {
-    files_.Open(path, OpenMode::kRead);
+    folder.Open(NamePart(path), OpenMode::kRead);
     return true;
   } catch (const std::exception& error) {
     problem_ = error.what();

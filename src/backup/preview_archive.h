@@ -1,7 +1,8 @@
 #pragma once
 
+#include <string>
+
 #include "backup/backup_archive.h"
-#include "platform/file_system.h"
 
 namespace quellix {
 
@@ -9,17 +10,14 @@ namespace quellix {
 // archived, and nothing is stored.
 class PreviewArchive : public BackupArchive {
  public:
-  explicit PreviewArchive(FileSystem& files) : files_(files) {}
-
   void MakeBackupArchiveName(std::string_view, std::string_view) override {}
-  bool BackupFile(std::string_view path) override;
+  bool BackupFile(Folder& folder, std::string_view path) override;
   bool Flush() override { return true; }
   void DeleteBackupArchive() override {}
   bool Close() override { return true; }
   std::string_view Problem() const override { return problem_; }
 
  private:
-  FileSystem& files_;
   std::string problem_;
 };
 

@@ -1,6 +1,7 @@
 #include "cleaners/folder_cleaners.h"
 
 #include "app/run_steps.h"
+#include "app/working_folder.h"
 #include "cleaners/skeleton.h"
 #include "platform/error.h"
 #include "platform/path.h"
@@ -46,10 +47,14 @@ std::string WindowsDrive(CleaningContext& context) {
 void DeleteDumpFile(CleaningContext& context) {
   const std::string path =
       modRegistry::ReadRegString(RegistryOf(context), kLocalMachine, kCrashControl, "DumpFile");
+  const std::string full = ExpandSystemRoot(context.machine.system, path);
+  if (!context.machine.files.Look(full, Detail::kKind)) return;
+  NotePlace(context.state);
+  const FileList alone;
   try {
-    context.machine.files.RemoveFile(ExpandSystemRoot(context.machine.system, path));
-  } catch (const Error&) {
-    return;
+    WorkingFolder(context, alone, Claim::kItem).Of(full).RemoveFile(NamePart(full));
+  } catch (const Error& error) {
+    NoteStayed(context.state, full, error.what(), error.kind());
   }
 }
 

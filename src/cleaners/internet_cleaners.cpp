@@ -32,12 +32,12 @@ bool IsKept(std::string_view file, std::string_view keep_list) {
   return !file.empty() && keep_list.find(UpCase(file)) != std::string_view::npos;
 }
 
-void DropKeptFiles(RunState& state, std::string_view keep_list) {
+void DropKeptFiles(PathList& files, std::string_view keep_list) {
   PathList going;
-  for (size_t i = 0; i < state.PendingFiles.size(); ++i) {
-    if (!IsKept(state.PendingFiles[i], keep_list)) going.Append(state.PendingFiles[i]);
+  for (size_t i = 0; i < files.size(); ++i) {
+    if (!IsKept(files[i], keep_list)) going.Append(files[i]);
   }
-  state.PendingFiles = std::move(going);
+  files = std::move(going);
 }
 
 void DeleteCookieEntries(CleaningContext& context, std::string_view keep_list) {
@@ -66,10 +66,9 @@ void CleanCookies(CleaningContext& context, const Item& item) {
   const std::string keep_list = KeepList(context);
   const std::string folder =
       FolderFromRegistry(context, RegistryRoot::kCurrentUser, kShellFolders, "Cookies");
-  if (CollectAllowed(context, folder, "*.txt")) {
-    DropKeptFiles(context.state, keep_list);
-    RemovePendingFiles(context);
-  }
+  FileList list = CollectAllowed(context, folder, "*.txt");
+  DropKeptFiles(list.PendingFiles, keep_list);
+  if (list.folder) RemovePendingFiles(context, list);
   if (!context.state.AbortRequested) DeleteCookieEntries(context, keep_list);
   EndRun(context, "");
   AppendFilesLine(context, item);

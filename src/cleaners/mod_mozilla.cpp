@@ -1,12 +1,14 @@
 #include "cleaners/mod_mozilla.h"
 
 #include <cmath>
-#include <functional>
+#include <memory>
 
 #include "app/run_steps.h"
+#include "app/working_folder.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "search/folder_walk.h"
 
 namespace quellix {
 namespace {
@@ -29,45 +31,61 @@ const std::vector<Masks>& AllMasks() {
   return kMasks;
 }
 
-using FolderTest = std::function<bool(std::string_view folder)>;
+// Deletes what fits a mask, folder by folder, or only counts it.
+class MozillaVisitor : public FolderVisitor {
+ public:
+  // Only folders whose path ends in `end` are deleted in.
+  MozillaVisitor(CleaningContext& context, std::string_view mask, std::string_view end)
+      : context_(context), mask_(mask), end_(end) {}
 
-void DeleteFound(CleaningContext& context, const std::string& path, uint64_t size) {
-  try {
-    context.machine.files.RemoveFile(path);
-  } catch (const Error&) {  // counted all the same, as it always was
+  Detail Needs() const override { return Detail::kFull; }
+  bool Stops(bool) override { return context_.state.AbortRequested; }
+  bool StopsListing() override {
+    context_.view.Yield();
+    return context_.state.AbortRequested;
   }
-  context.state.MozillaFilesDeleted += 1;
-  context.state.MozillaSpaceGained += static_cast<double>(size);
-}
+  bool Wants(const std::string&) override { return true; }
+  void File(Folder& folder, const std::string& path, const Entry& entry) override {
+    if (!MatchesMask(entry.name, mask_)) return;
+    bytes_ += static_cast<double>(entry.info.size);
+    if (path.ends_with(end_)) Delete(folder, path, entry);
+  }
+  double bytes() const { return bytes_; }
 
-double Find(CleaningContext& context, const std::string& folder, std::string_view mask,
-            const FolderTest& deletes_in) {
-  struct Found {
-    std::string name;
-    uint64_t size;
-  };
-  std::vector<std::string> folders;
-  std::vector<Found> files;
-  context.machine.files.Enumerate(folder, Detail::kFull, [&](const Entry& entry) {
-    if (entry.info.is_folder && !entry.info.is_link) folders.emplace_back(entry.name);
-    if (!entry.info.is_folder && MatchesMask(entry.name, mask)) {
-      files.push_back({std::string(entry.name), entry.info.size});
+ private:
+  // A failure is noted, and the file counted all the same, as it always was.
+  void Delete(Folder& folder, const std::string& path, const Entry& entry) {
+    try {
+      if (PlacesOf(context_).IsSparedFile(folder, folder.Id(), entry.name)) return;
+      folder.RemoveFile(entry.name);
+    } catch (const Error& error) {
+      NoteStayed(context_.state, path + std::string(entry.name), error.what(), error.kind());
     }
-    context.view.Yield();
-    return !context.state.AbortRequested;
-  });
-  double bytes = 0;
-  for (const Found& file : files) {
-    if (context.state.AbortRequested) break;
-    bytes += static_cast<double>(file.size);
-    if (deletes_in(folder)) DeleteFound(context, folder + file.name, file.size);
-    context.view.Yield();
+    context_.state.MozillaFilesDeleted += 1;
+    context_.state.MozillaSpaceGained += static_cast<double>(entry.info.size);
   }
-  context.state.MozillaSpaceFound += bytes;
-  for (const std::string& name : folders) {
-    bytes += Find(context, folder + name + "\\", mask, deletes_in);
+
+  CleaningContext& context_;
+  std::string mask_;
+  std::string end_;
+  double bytes_ = 0;
+};
+
+// The bytes of what fits.
+double Find(CleaningContext& context, std::string_view path, std::string_view mask,
+            std::string_view end) {
+  std::unique_ptr<Folder> folder;
+  try {
+    folder = context.machine.files.OpenFolder(path);
+  } catch (const Error&) {  // finds nothing
   }
-  return bytes;
+  if (!folder) return 0;
+  NotePlace(context.state);
+  if (!PlacesOf(context).WhyNot(*folder, mask, true, Claim::kItem).empty()) return 0;
+  MozillaVisitor visitor(context, mask, end);
+  WalkFolder(*folder, path, WalkOrder::kFilesFirst, &PlacesOf(context), visitor);
+  context.state.MozillaSpaceFound += visitor.bytes();
+  return visitor.bytes();
 }
 
 // Each item adds again what the Firefox items before it have counted: the counters start only once
@@ -105,13 +123,12 @@ std::string GetFirefoxProfilesFolder(System& system) {
 }
 
 double FindMozillaFiles(CleaningContext& context, std::string_view folder, std::string_view mask) {
-  return Find(context, WithBackslash(folder), mask, [](std::string_view) { return true; });
+  return Find(context, WithBackslash(folder), mask, "");
 }
 
 double FindMozillaCacheFiles(CleaningContext& context, std::string_view folder,
                              std::string_view mask) {
-  return Find(context, WithBackslash(folder), mask,
-              [](std::string_view found_in) { return found_in.ends_with("\\Cache\\"); });
+  return Find(context, WithBackslash(folder), mask, "\\Cache\\");
 }
 
 }  // namespace modMozilla

@@ -5,6 +5,7 @@
 #include "app/backup_step.h"
 #include "app/removal.h"
 #include "app/run_steps.h"
+#include "app/working_folder.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -20,24 +21,6 @@ void AppendCount(std::string& log, size_t count) {
 }
 
 }  // namespace
-
-bool HoldsFolder(std::string_view folder, std::string_view other) {
-  const std::string outer = WithBackslash(folder);
-  const std::string inner = WithBackslash(other);
-  return !inner.empty() && inner.size() >= outer.size() &&
-         EqualsNoCase(std::string_view(inner).substr(0, outer.size()), outer);
-}
-
-bool HoldsWindows(System& system, std::string_view folder) {
-  const long to_share = folder.starts_with("\\\\") ? 4 : 1;  // "\\server\share\" or "C:\"
-  const std::string whole = WithBackslash(folder);
-  return std::ranges::count(whole, '\\') <= to_share ||
-         HoldsFolder(whole, system.WindowsFolder()) || HoldsFolder(whole, system.SystemFolder());
-}
-
-bool HoldsProfile(System& system, std::string_view folder) {
-  return HoldsFolder(folder, system.Environment("USERPROFILE").value_or(""));
-}
 
 std::string ExpandSystemRoot(System& system, std::string_view path) {
   if (!ContainsNoCase(path, kSystemRoot)) return std::string(path);
@@ -64,29 +47,38 @@ size_t ClearUserKey(CleaningContext& context, std::string_view key) {
   return static_cast<size_t>(std::ranges::count(names, '\0')) + 1;
 }
 
-bool CollectAllowed(CleaningContext& context, std::string_view folder, std::string_view mask) {
-  if (!context.machine.files.Look(folder)) return false;
-  System& system = context.machine.system;
-  if (HoldsWindows(system, folder) || HoldsProfile(system, folder)) {
-    context.state.RunLog.append(folder).append(
-        " is not cleaned: it is a whole drive, or it holds Windows or the user's profile.\r\n");
-    return false;
+FileList CollectAllowed(CleaningContext& context, std::string_view path, std::string_view mask,
+                        Claim claim) {
+  if (path.empty()) return {};
+  std::string why;
+  try {
+    std::shared_ptr<Folder> folder = context.machine.files.OpenFolder(path);
+    if (!folder) return {};
+    NotePlace(context.state);
+    why = PlacesOf(context).WhyNot(*folder, mask, true, claim);
+    if (why.empty()) return CollectFiles(context, std::move(folder), path, mask);
+  } catch (const Error& error) {
+    if (error.kind() == Error::Kind::kMissing) return {};
+    why = error.what();
   }
-  ClearPending(context.state);
-  CollectFiles(context, folder, mask);
-  return true;
+  context.state.RunLog.append(path).append(" is not cleaned: ").append(why).append("\r\n");
+  return {};
 }
 
-void CleanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
-                 FoldersPass folders_pass) {
-  if (!CollectAllowed(context, folder, mask)) return;
-  RemovePendingFiles(context);
-  if (folders_pass == FoldersPass::kYes) RemovePendingFolders(context);
+void CleanFolder(CleaningContext& context, std::string_view path, std::string_view mask,
+                 FoldersPass folders_pass, Claim claim) {
+  const FileList list = CollectAllowed(context, path, mask, claim);
+  if (!list.folder) return;
+  RemovePendingFiles(context, list);
+  if (folders_pass == FoldersPass::kYes) RemovePendingFolders(context, list);
 }
 
 void RemoveEmptyFolder(CleaningContext& context, std::string_view folder) {
+  const FileList alone;
   try {
-    context.machine.files.RemoveFolder(folder);
+    WorkingFolder(context, alone, Claim::kItem)
+        .OfFolder(folder)
+        .RemoveFolder(NamePart(WithoutBackslash(folder)));
   } catch (const Error&) {  // not there, or not empty
   }
 }

@@ -5,7 +5,9 @@
 #include <string_view>
 
 #include "app/context.h"
+#include "app/file_list.h"
 #include "app/item.h"
+#include "app/protected_places.h"
 #include "registry_tools/mod_registry.h"
 
 namespace quellix {
@@ -15,13 +17,6 @@ namespace quellix {
 inline modRegistry::Access RegistryOf(CleaningContext& context) {
   return {context.machine.registry, context.machine.system};
 }
-
-// Whether `folder` is `other` or lies above it.
-bool HoldsFolder(std::string_view folder, std::string_view other);
-// Whether a folder is a whole drive or share, or holds Windows or its system folder.
-bool HoldsWindows(System& system, std::string_view folder);
-// Whether it holds the user's profile.
-bool HoldsProfile(System& system, std::string_view folder);
 
 // `path` with every "%SYSTEMROOT%" replaced by the system folder, not the Windows folder: settings
 // written for this program count on it.
@@ -43,17 +38,18 @@ inline std::string FolderFromRegistry(CleaningContext& context, RegistryRoot roo
 // key may not be changed.
 size_t ClearUserKey(CleaningContext& context, std::string_view key);
 
-// Collects the files below `folder` (ends in "\") that fit `mask`. False, with nothing collected,
-// when the folder is missing, which is no error, or when it is refused with a line in RunLog: a
-// drive's root, or a folder that holds Windows or the user's profile.
-bool CollectAllowed(CleaningContext& context, std::string_view folder, std::string_view mask);
+// Collects the files below `path` (ends in "\\") that fit `mask`. Nothing, with an empty list, when
+// the folder is missing, which is no error, or when it is refused or cannot be opened, with a line
+// in RunLog.
+FileList CollectAllowed(CleaningContext& context, std::string_view path, std::string_view mask,
+                        Claim claim = Claim::kItem);
 
 enum class FoldersPass { kNo, kYes };
 
 // Collects so and removes what was collected; with the folders pass also the sub-folders left
 // empty.
-void CleanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
-                 FoldersPass folders_pass);
+void CleanFolder(CleaningContext& context, std::string_view path, std::string_view mask,
+                 FoldersPass folders_pass, Claim claim = Claim::kItem);
 
 // Removes the folder itself when nothing is left in it; a failure is no error.
 void RemoveEmptyFolder(CleaningContext& context, std::string_view folder);

@@ -45,12 +45,13 @@ bool IsIgnored(std::string_view folder, const std::vector<std::string>& ignored)
 void CleanUserFiles(CleaningContext& context, const Item& item) {
   BeginItem(context, item);
   ResetItemCounters(context.state);
-  ClearPending(context.state);
+  FileList list;
   for (const std::string& path : TrimmedEntries(context, "UDFI.txt", "DefUDFI.txt")) {
-    const std::optional<FileInfo> info = context.machine.files.Look(path);
-    if (info && !info->is_folder) context.state.PendingFiles.Append(path);
+    const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kKind);
+    if (info && !info->is_folder) list.PendingFiles.Append(path);
   }
-  RemovePendingFiles(context);
+  if (!list.PendingFiles.empty()) NotePlace(context.state);
+  RemovePendingFiles(context, list, Claim::kOwnList);
   EndRun(context, "");
   AppendFilesLine(context, item);
 }
@@ -60,7 +61,8 @@ void CleanUserFolders(CleaningContext& context, const Item& item) {
   ResetItemCounters(context.state);
   const std::vector<std::string> ignored = TrimmedEntries(context, "UDIFO.txt", "");
   for (const std::string& folder : FoldersToClean(context)) {
-    if (!IsIgnored(folder, ignored)) CleanFolder(context, folder, "*.*", FoldersPass::kNo);
+    if (!IsIgnored(folder, ignored))
+      CleanFolder(context, folder, "*.*", FoldersPass::kNo, Claim::kOwnList);
   }
   EndRun(context, "");
   AppendFilesLine(context, item);

@@ -48,7 +48,7 @@ ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind) {
   if (kind == RunKind::kPreview) {
     view_ = std::make_unique<PreviewView>();
     preview_.emplace(machine);
-    archive_.emplace(preview_->machine().files);
+    archive_.emplace();
     engine_.emplace(preview_->machine(), *view_, &*archive_);
   } else {
     view_ = std::make_unique<ConsoleView>();

@@ -46,8 +46,8 @@ class Shell {
   // Empties the clipboard of all formats. Throws Error (NotAvailable for a volume).
   virtual void EmptyClipboard() = 0;
 
-  // Throws NotAvailable, as Folder::Recycle, ClearAddressHistory and EmptyClipboard would, when this
-  // machine never can do it. Changes nothing.
+  // Throws NotAvailable, as Folder::Recycle, ClearAddressHistory and EmptyClipboard would, when
+  // this machine never can do it. Changes nothing.
   virtual void Require(ShellFeature feature) = 0;
 
   // Opens the shell's own window of a file's properties, or the file's folder with the file

@@ -6,6 +6,7 @@
 #include "app/backup_step.h"
 #include "app/removal.h"
 #include "app/run_steps.h"
+#include "app/working_folder.h"
 #include "cleaners/skeleton.h"
 #include "platform/error.h"
 #include "platform/path.h"
@@ -13,7 +14,6 @@
 #include "plugins/plugin_collector.h"
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
-#include "search/drive_scan.h"
 
 namespace quellix {
 namespace modPlugin {
@@ -24,7 +24,7 @@ void Log(CleaningContext& context, std::string_view sentence) {
 }
 
 void ProcessIni(CleaningContext& context, const IniEntry& entry) {
-  const IniPlace place = FindIni(context.machine.system, entry);
+  const IniPlace place = FindIni(context.machine, PlacesOf(context), entry);
   if (!place.refusal.empty()) return Log(context, place.refusal);
   ProfileStrings& profile = context.machine.profile;
   try {
@@ -38,18 +38,33 @@ void ProcessIni(CleaningContext& context, const IniEntry& entry) {
   }
 }
 
+// What one folder adds; nothing when it is missing or refused by now.
+void CollectFolder(CleaningContext& context, const std::string& path, const FileEntry& entry,
+                   std::string_view mask, std::vector<FileList>& collected) {
+  ProtectedPlaces& places = PlacesOf(context);
+  try {
+    std::shared_ptr<Folder> folder = context.machine.files.OpenFolder(path);
+    if (!folder) return;
+    NotePlace(context.state);
+    const std::string why = places.WhyNot(*folder, mask, entry.recurse, Claim::kRecipe);
+    if (!why.empty()) return Log(context, path + " is not cleaned: " + why);
+    collected.push_back(CollectPluginFiles(context, std::move(folder), path,
+                                           entry.delete_subfolders, entry.recurse, mask));
+  } catch (const Error& error) {
+    if (error.kind() != Error::Kind::kMissing) Log(context, path + ": " + error.what());
+  }
+}
+
 void CollectFolders(CleaningContext& context, const FileEntry& entry,
-                    std::vector<CollectedFolder>& collected) {
-  const FilesPlace place = FindFolders(context.machine, entry, [&context] {
+                    std::vector<FileList>& collected) {
+  const FilesPlace place = FindFolders(context.machine, PlacesOf(context), entry, [&context] {
     context.view.Yield();
     return context.state.AbortRequested;
   });
   for (const std::string& refusal : place.refusals) Log(context, refusal);
   for (const std::string& folder : place.folders) {
-    CollectPluginFiles(context, folder, entry.delete_subfolders, entry.recurse, place.mask);
+    CollectFolder(context, folder, entry, place.mask, collected);
     if (context.state.AbortRequested) return;
-    collected.push_back(
-        {folder, context.state.PendingFiles.size(), context.state.PendingFolders.size()});
   }
 }
 
@@ -77,23 +92,19 @@ void DeleteTreeBelow(RegistryKey& key) {
   }
 }
 
-// Appends what `from` has between two places.
-void AppendPart(PathList& to, const PathList& from, size_t begin, size_t end) {
-  for (size_t i = begin; i < end; ++i) to.Append(from[i]);
-}
-
-// The same without what was seen before, in any case.
-void AppendNew(PathList& to, const PathList& from, size_t begin, size_t end,
-               std::unordered_set<std::string>& seen) {
-  for (size_t i = begin; i < end; ++i) {
-    if (seen.insert(UpCase(from[i])).second) to.Append(from[i]);
+// The list without what was seen before, in any case.
+void DropSeen(PathList& files, std::unordered_set<std::string>& seen) {
+  PathList fresh;
+  for (size_t i = 0; i < files.size(); ++i) {
+    if (seen.insert(UpCase(files[i])).second) fresh.Append(files[i]);
   }
+  files = std::move(fresh);
 }
 
 }  // namespace
 
-std::vector<CollectedFolder> ProcessRecords(CleaningContext& context, const Plugin& plugin) {
-  std::vector<CollectedFolder> collected;
+std::vector<FileList> ProcessRecords(CleaningContext& context, const Plugin& plugin) {
+  std::vector<FileList> collected;
   for (const IniEntry& entry : plugin.ini) ProcessIni(context, entry);
   for (const FileEntry& entry : plugin.files) {
     CollectFolders(context, entry, collected);
@@ -104,50 +115,39 @@ std::vector<CollectedFolder> ProcessRecords(CleaningContext& context, const Plug
 }
 
 bool ProcessPlugin(CleaningContext& context, std::string_view path,
-                   std::vector<CollectedFolder>& collected) {
+                   std::vector<FileList>& collected) {
   const std::optional<Plugin> plugin = LoadPluginFile(context.machine, path);
   if (!plugin) return false;
   collected = ProcessRecords(context, *plugin);
   return true;
 }
 
-void RemoveCollected(CleaningContext& context, const std::vector<CollectedFolder>& collected) {
-  RunState& state = context.state;
-  const PathList files = std::move(state.PendingFiles);
-  const PathList folders = std::move(state.PendingFolders);
+void RemoveCollected(CleaningContext& context, std::vector<FileList> collected) {
   std::unordered_set<std::string> seen;
-  size_t done = 0;
-  for (const CollectedFolder& part : collected) {
-    ClearPending(state);
-    AppendNew(state.PendingFiles, files, std::exchange(done, part.files_end), part.files_end, seen);
-    RemovePendingFiles(context);
-    if (state.AbortRequested) return;
+  for (FileList& list : collected) {
+    DropSeen(list.PendingFiles, seen);
+    RemovePendingFiles(context, list);
+    if (context.state.AbortRequested) return;
   }
-  done = 0;
-  for (const CollectedFolder& part : collected) {
-    ClearPending(state);
-    AppendPart(state.PendingFolders, folders, std::exchange(done, part.folders_end),
-               part.folders_end);
-    RemovePendingFolders(context);
-    if (state.AbortRequested) return;
+  for (const FileList& list : collected) {
+    RemovePendingFolders(context, list);
+    if (context.state.AbortRequested) return;
   }
 }
 
 void RunRecords(CleaningContext& context, const Plugin& plugin) {
-  ClearPending(context.state);
   RemoveCollected(context, ProcessRecords(context, plugin));
 }
 
 bool RunPlugin(CleaningContext& context, std::string_view path) {
-  ClearPending(context.state);
-  std::vector<CollectedFolder> collected;
+  std::vector<FileList> collected;
   try {
     if (!ProcessPlugin(context, path, collected)) return false;
   } catch (const Error& error) {
     Log(context, std::string(path).append(": ").append(error.what()));
     return true;
   }
-  RemoveCollected(context, collected);
+  RemoveCollected(context, std::move(collected));
   return true;
 }
 

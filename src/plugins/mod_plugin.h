@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/context.h"
+#include "app/file_list.h"
 #include "app/item.h"
 #include "plugins/plugin_file.h"
 
@@ -15,24 +16,17 @@ void CleanPlugins(CleaningContext& context, const Item& item);
 
 namespace modPlugin {
 
-// What one folder of a recipe added to PendingFiles and PendingFolders: they end here.
-struct CollectedFolder {
-  std::string folder;
-  size_t files_end = 0;
-  size_t folders_end = 0;
-};
-
 // Carries out a recipe in three passes: erases the INI entries, collects the files and folders,
 // deletes the registry entries. What may not be cleaned, and what failed, gets a line in RunLog and
-// keeps nothing else. Returns what was collected.
-std::vector<CollectedFolder> ProcessRecords(CleaningContext& context, const Plugin& plugin);
+// keeps nothing else. Returns what was collected, folder by folder.
+std::vector<FileList> ProcessRecords(CleaningContext& context, const Plugin& plugin);
 
 // The same for a file; false when it is missing. Throws Error when it cannot be read.
 bool ProcessPlugin(CleaningContext& context, std::string_view path,
-                   std::vector<CollectedFolder>& collected);
+                   std::vector<FileList>& collected);
 
-// Removes what was collected, each folder's part anchored to it, a path listed twice once.
-void RemoveCollected(CleaningContext& context, const std::vector<CollectedFolder>& collected);
+// Removes what was collected, a path listed twice once.
+void RemoveCollected(CleaningContext& context, std::vector<FileList> collected);
 
 // Processes a recipe and removes what it collected.
 void RunRecords(CleaningContext& context, const Plugin& plugin);

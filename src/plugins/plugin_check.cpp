@@ -1,5 +1,6 @@
 #include "plugins/plugin_check.h"
 
+#include "app/working_folder.h"
 #include "platform/path.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
@@ -12,7 +13,7 @@ constexpr size_t kMostRemarks = 10000;
 
 class Checker {
  public:
-  explicit Checker(const Machine& machine) : machine_(machine) {}
+  explicit Checker(const Machine& machine) : machine_(machine), places_(LoadPlaces(machine)) {}
 
   void Check(const Record& record) {
     line_ = record.line;
@@ -74,7 +75,7 @@ class Checker {
   }
 
   void ExplainFiles(const FileEntry& entry) {
-    const FilesPlace place = FindFolders(machine_, entry);
+    const FilesPlace place = FindFolders(machine_, places_, entry);
     if (place.mask.empty()) Fault("It names no files: no name or mask follows the last backslash.");
     for (const std::string& refusal : place.refusals) Fault(refusal);
     if (place.mask.empty() || (!place.refusals.empty() && place.folders.empty())) return;
@@ -99,7 +100,7 @@ class Checker {
   }
 
   void ExplainIni(const IniEntry& entry) {
-    const IniPlace place = FindIni(machine_.system, entry);
+    const IniPlace place = FindIni(machine_, places_, entry);
     const std::string where = "the section [" + entry.section + "]";
     if (!place.refusal.empty()) {
       Fault(place.refusal);
@@ -114,6 +115,7 @@ class Checker {
   }
 
   const Machine& machine_;
+  ProtectedPlaces places_;
   size_t line_ = 0;
   std::vector<Remark> remarks_;
 };

@@ -1,111 +1,70 @@
 #include "plugins/plugin_collector.h"
 
 #include <string>
-#include <vector>
 
+#include "app/run_steps.h"
+#include "app/working_folder.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "search/folder_walk.h"
 
 namespace quellix::modPlugin {
 namespace {
 
-class Collector {
+class Collector : public FolderVisitor {
  public:
-  Collector(CleaningContext& context, bool delete_subfolders, bool recurse, std::string_view mask)
-      : context_(context), mask_(mask), delete_subfolders_(delete_subfolders), recurse_(recurse) {}
+  Collector(CleaningContext& context, bool delete_subfolders, bool recurse, std::string_view mask,
+            FileList& list)
+      : context_(context),
+        mask_(mask),
+        delete_subfolders_(delete_subfolders),
+        recurse_(recurse),
+        list_(list) {}
 
-  // `folder` ends in "\\". Levels are kept here and not on the stack: nobody knows how deep a tree
-  // is.
-  void Collect(const std::string& folder) {
-    folder_ = folder;
-    if (!Enter()) return;
-    while (!levels_.empty()) {
-      Level& level = levels_.back();
-      folder_.resize(level.folder_length);
-      if (level.next == level.entries.size()) {
-        Leave();
-      } else if (Stopped("Aborted by User") || !Take(level.entries[level.next++])) {
-        return;
-      }
-    }
+  // The two places that ask have always spelled their status differently.
+  bool Stops(bool before_folder) override {
+    context_.view.Yield();
+    context_.view.Yield();
+    if (!context_.state.AbortRequested) return false;
+    context_.view.SetStatus(before_folder ? "Aborted by user" : "Aborted by User");
+    return true;
+  }
+  bool StopsListing() override {
+    context_.view.Yield();
+    return context_.state.AbortRequested;
+  }
+  void File(Folder&, const std::string& path, const Entry& entry) override {
+    if (MatchesMask(entry.name, mask_)) list_.PendingFiles.Append(path, entry.name);
+  }
+  bool Wants(const std::string&) override { return recurse_; }
+  void End(const std::string& path) override {
+    if (delete_subfolders_) list_.PendingFolders.Append(path);
+  }
+  void Spared(const std::string& path) override {
+    context_.state.RunLog.append(path).append(kSparedSentence).append("\r\n");
+  }
+  void Failed(const std::string& path, const Error& error) override {
+    if (error.kind() == Error::Kind::kMissing) return;
+    NoteStayed(context_.state, path, error.what(), error.kind());
   }
 
  private:
-  struct Listed {
-    std::string name;
-    bool is_folder;
-    bool is_link;
-  };
-
-  // A folder that is being visited.
-  struct Level {
-    size_t folder_length;  // of its path in folder_
-    std::vector<Listed> entries;
-    size_t next = 0;
-  };
-
-  // Begins folder_; false when the user has stopped.
-  bool Enter() {
-    if (Stopped("Aborted by user")) return false;
-    levels_.push_back({folder_.size(), List()});
-    return true;
-  }
-
-  // A folder counts behind all that is below it; the first one stays.
-  void Leave() {
-    levels_.pop_back();
-    if (!levels_.empty()) Visited();
-  }
-
-  bool Take(const Listed& entry) {
-    if (!entry.is_folder) {
-      context_.state.PendingFiles.Append(folder_, entry.name);
-      return true;
-    }
-    if (!recurse_) return true;
-    folder_.append(entry.name).append("\\");
-    if (!entry.is_link) return Enter();
-    Visited();
-    return true;
-  }
-
-  void Visited() {
-    if (delete_subfolders_) context_.state.PendingFolders.Append(folder_);
-  }
-
-  // The listing is whole before anything in it is visited.
-  std::vector<Listed> List() {
-    std::vector<Listed> entries;
-    context_.machine.files.Enumerate(folder_, Detail::kKind, [&](const Entry& entry) {
-      if (entry.info.is_folder || MatchesMask(entry.name, mask_)) {
-        entries.push_back({std::string(entry.name), entry.info.is_folder, entry.info.is_link});
-      }
-      return true;
-    });
-    return entries;
-  }
-
-  // The two places that ask have always spelled their status differently.
-  bool Stopped(std::string_view status) {
-    context_.view.Yield();
-    context_.view.Yield();
-    if (context_.state.AbortRequested) context_.view.SetStatus(status);
-    return context_.state.AbortRequested;
-  }
-
   CleaningContext& context_;
   std::string mask_;
   bool delete_subfolders_;
   bool recurse_;
-  std::string folder_;  // ends in "\"
-  std::vector<Level> levels_;
+  FileList& list_;
 };
 
 }  // namespace
 
-void CollectPluginFiles(CleaningContext& context, std::string_view folder, bool delete_subfolders,
-                        bool recurse, std::string_view mask) {
-  Collector(context, delete_subfolders, recurse, mask).Collect(WithBackslash(folder));
+FileList CollectPluginFiles(CleaningContext& context, std::shared_ptr<Folder> folder,
+                            std::string_view path, bool delete_subfolders, bool recurse,
+                            std::string_view mask) {
+  FileList list{std::move(folder), WithBackslash(path), {}, {}};
+  Collector collector(context, delete_subfolders, recurse, mask, list);
+  WalkFolder(*list.folder, path, WalkOrder::kAsListed, &PlacesOf(context), collector);
+  return list;
 }
 
 }  // namespace quellix::modPlugin

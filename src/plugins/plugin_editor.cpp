@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/working_folder.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/profile_strings.h"
@@ -86,10 +87,11 @@ void PluginEditor::Append(std::vector<Entry>& list, const std::vector<Entry>& en
 }
 
 bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
+  ProtectedPlaces places = LoadPlaces(machine_);
   for (const FileEntry& entry : entries) {
     if (!FitsOnLine({entry.location})) return Refuse(kNoSuchCharacter);
     const FilesPlace place = FindFolders(
-        machine_, entry, [listed = size_t{0}]() mutable { return ++listed > kMostListed; });
+        machine_, places, entry, [listed = size_t{0}]() mutable { return ++listed > kMostListed; });
     if (place.folders.empty() && !place.refusals.empty()) return Refuse(place.refusals.front());
   }
   Append(plugin_.files, entries);
@@ -173,7 +175,8 @@ bool PluginEditor::AddIni(const IniForm& form) {
   const IniEntry entry{std::string(NamePart(form.file)), form.section, form.erase_section,
                        form.value, std::string(FolderPart(form.file))};
   if (!FitsOnLine({form.file, form.section, form.value})) return Refuse(kNoSuchCharacter);
-  const IniPlace place = FindIni(machine_.system, entry);
+  ProtectedPlaces places = LoadPlaces(machine_);
+  const IniPlace place = FindIni(machine_, places, entry);
   if (!place.refusal.empty()) return Refuse(place.refusal);
   Append(plugin_.ini, {entry});
   return true;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "cleaners/skeleton.h"
+#include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
 
@@ -11,8 +11,6 @@ namespace {
 
 constexpr const char* kNoFullPath = "it is not the full path of a folder.";
 constexpr const char* kNoVariable = "a variable in it has no value on this machine.";
-constexpr const char* kTooPrecious =
-    "it is a whole drive, Windows, its system folder, Program Files or a user's profile.";
 constexpr const char* kCurrentConfig = "SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\";
 
 std::string Refusal(std::string_view what, std::string_view why) {
@@ -97,23 +95,24 @@ std::string WithoutServer(System& system, const std::string& folder) {
                                                             : folder;
 }
 
-// Whether a folder is, or holds, the profile of the user or is that of another one.
-bool IsProfile(System& system, const std::string& folder) {
-  const std::string profile = system.Environment("USERPROFILE").value_or("");
-  const std::string_view profiles = FolderPart(profile);
-  return HoldsProfile(system, folder) ||
-         (profiles.size() > 3 && EqualsNoCase(FolderPart(folder), profiles));
+// Why not by the name a folder has on this machine.
+std::string WhyNotOpened(const Machine& machine, ProtectedPlaces& places, const std::string& folder,
+                         const FileEntry& entry) {
+  try {
+    const auto opened = machine.files.OpenFolder(folder.size() == 2 ? folder + "\\" : folder);
+    if (!opened) return {};
+    return places.WhyNot(*opened, NamePart(entry.location), entry.recurse, Claim::kRecipe);
+  } catch (const Error& error) {
+    return error.what();
+  }
 }
 
-bool IsTooPrecious(System& system, const std::string& path, bool recurse) {
-  const std::string folder = WithoutServer(system, path);
-  if (HoldsWindows(system, folder) || HoldsFolder(folder, ProgramFiles(system))) return true;
-  for (const char* name : {"ProgramFiles(x86)", "ProgramW6432"}) {
-    if (HoldsFolder(folder, system.Environment(name).value_or(""))) return true;
+std::string WhyNotEdited(const Machine& machine, ProtectedPlaces& places, const std::string& path) {
+  try {
+    return places.WhyNotEdit(*OpenFolderOf(machine.files, path), NamePart(path));
+  } catch (const Error& error) {
+    return error.kind() == Error::Kind::kMissing ? "" : error.what();
   }
-  // The system folder of 32-bit programs.
-  if (EqualsNoCase(folder, WithBackslash(system.WindowsFolder()) + "SysWOW64")) return true;
-  return recurse && IsProfile(system, folder);
 }
 
 // Finds the folders a path with "*" parts stands for.
@@ -225,7 +224,8 @@ std::string ExpandPluginPath(System& system, std::string_view text) {
   return ExpandEnvironment(system, result);
 }
 
-FilesPlace FindFolders(const Machine& machine, const FileEntry& entry, const Pause& pause) {
+FilesPlace FindFolders(const Machine& machine, ProtectedPlaces& places, const FileEntry& entry,
+                       const Pause& pause) {
   FilesPlace place;
   place.mask = NamePart(entry.location);
   std::string folder(FolderPart(entry.location));
@@ -242,13 +242,21 @@ FilesPlace FindFolders(const Machine& machine, const FileEntry& entry, const Pau
     return place;
   }
   for (std::string& found : FolderSearch(machine.files, *path, pause).Find()) {
-    if (IsTooPrecious(machine.system, found, entry.recurse)) {
-      place.refusals.push_back(Refusal(found + "\\" + place.mask, kTooPrecious));
-    } else {
+    const std::string why = WhyNotFolder(machine, places, found, entry);
+    if (why.empty()) {
       place.folders.push_back(std::move(found));
+    } else {
+      place.refusals.push_back(Refusal(found + "\\" + place.mask, why));
     }
   }
   return place;
+}
+
+std::string WhyNotFolder(const Machine& machine, ProtectedPlaces& places, const std::string& folder,
+                         const FileEntry& entry) {
+  std::string why = WhyNotOpened(machine, places, folder, entry);
+  const std::string local = WithoutServer(machine.system, folder);
+  return why.empty() && local != folder ? WhyNotOpened(machine, places, local, entry) : why;
 }
 
 KeyPlace FindKey(const RegistryEntry& entry) {
@@ -271,10 +279,10 @@ KeyPlace FindKey(const RegistryEntry& entry) {
   return place;
 }
 
-IniPlace FindIni(System& system, const IniEntry& entry) {
+IniPlace FindIni(const Machine& machine, ProtectedPlaces& places, const IniEntry& entry) {
   std::string path = entry.folder + entry.file_name;
   if (path.find('%') != std::string::npos) {
-    path = ExpandPluginPath(system, path);
+    path = ExpandPluginPath(machine.system, path);
     if (path.empty()) return {"", Refusal(entry.folder + entry.file_name, kNoVariable)};
   }
   const std::optional<FullPath> full = ToFullPath(path);
@@ -283,7 +291,8 @@ IniPlace FindIni(System& system, const IniEntry& entry) {
   }
   path = full->start;
   for (const std::string& part : full->parts) path += "\\" + part;
-  return {path, ""};
+  const std::string why = WhyNotEdited(machine, places, path);
+  return why.empty() ? IniPlace{path, ""} : IniPlace{"", Refusal(path, why)};
 }
 
 }  // namespace quellix::modPlugin

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/protected_places.h"
 #include "platform/machine.h"
 #include "plugins/plugin_file.h"
 
@@ -28,7 +29,13 @@ struct FilesPlace {
 using Pause = std::function<bool()>;
 
 // The folders a files entry stands for. Folders behind a "*" exist and are reached through no link.
-FilesPlace FindFolders(const Machine& machine, const FileEntry& entry, const Pause& pause = {});
+// What is precious is refused; a folder that is missing is not.
+FilesPlace FindFolders(const Machine& machine, ProtectedPlaces& places, const FileEntry& entry,
+                       const Pause& pause = {});
+
+// Why a recipe may not take files from a folder, a clause; "" when it may, and for a missing one.
+std::string WhyNotFolder(const Machine& machine, ProtectedPlaces& places, const std::string& folder,
+                         const FileEntry& entry);
 
 struct KeyPlace {
   std::optional<RegistryRoot> root;  // nothing when the entry is refused
@@ -45,6 +52,6 @@ struct IniPlace {
   std::string refusal;  // a sentence
 };
 
-IniPlace FindIni(System& system, const IniEntry& entry);
+IniPlace FindIni(const Machine& machine, ProtectedPlaces& places, const IniEntry& entry);
 
 }  // namespace quellix::modPlugin

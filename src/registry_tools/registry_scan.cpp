@@ -4,7 +4,9 @@
 #include <set>
 #include <utility>
 
+#include "app/working_folder.h"
 #include "platform/damaged.h"
+#include "platform/path.h"
 #include "platform/text.h"
 
 namespace quellix {
@@ -120,20 +122,29 @@ void RegistryScan::StoreAll(const std::vector<const ScanRow*>& deleted) {
   }
 }
 
+// Most are missing, that is why their rows are here.
+void RegistryScan::RemoveFileOf(const ScanRow& row, std::optional<ProtectedPlaces>& places) {
+  try {
+    const auto folder = OpenFolderOf(machine_.files, row.file);
+    if (!places) places = LoadPlaces(machine_);
+    if (!places->WhyNotFile(*folder, NamePart(row.file), Claim::kItem).empty()) return;
+    folder->RemoveFile(NamePart(row.file));
+  } catch (const Error&) {
+    return;
+  }
+}
+
 void RegistryScan::DeleteChecked(bool files_also) {
   failure_.clear();
   if (!KeepChecked()) return;
   std::vector<const ScanRow*> deleted;
+  std::optional<ProtectedPlaces> places;
   for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
     if (!row->checked) continue;
     DeleteReference(*row);
     deleted.push_back(&*row);
     if (!files_also || row->file.empty()) continue;
-    try {
-      machine_.files.RemoveFile(row->file);
-    } catch (const Error&) {
-      continue;  // most are missing, that is why their rows are here
-    }
+    RemoveFileOf(*row, places);
   }
   StoreAll(deleted);
   std::erase_if(rows_, [](const ScanRow& row) { return row.checked; });

@@ -158,6 +158,7 @@ class RegistryScan {
 
  private:
   bool KeepChecked();
+  void RemoveFileOf(const ScanRow& row, std::optional<ProtectedPlaces>& places);
   void StoreAll(const std::vector<const ScanRow*>& deleted);
 
   Machine machine_;

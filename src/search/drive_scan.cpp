@@ -1,128 +1,113 @@
 #include "search/drive_scan.h"
 
 #include <string>
-#include <vector>
 
+#include "app/run_steps.h"
+#include "app/working_folder.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "search/folder_walk.h"
 
 namespace quellix {
 namespace {
 
-// The sub-folders of one folder, told apart by their ends in one text.
-class SubFolders {
+// What both kinds of scan share: pauses and status.
+class ScanVisitor : public FolderVisitor {
  public:
-  struct Place {
-    size_t end;
-    bool is_link;
-  };
+  ScanVisitor(CleaningContext& context, std::string_view mask)
+      : context_(context), mask_(mask), every_name_(mask == "*.*") {}
 
-  void Add(const Entry& entry) {
-    names_ += entry.name;
-    places_.push_back({names_.size(), entry.info.is_link});
-  }
-  size_t size() const { return places_.size(); }
-  bool IsLink(size_t i) const { return places_[i].is_link; }
-  std::string_view Name(size_t i) const {
-    const size_t start = i == 0 ? 0 : places_[i - 1].end;
-    return std::string_view(names_).substr(start, places_[i].end - start);
-  }
-
- private:
-  std::string names_;
-  std::vector<Place> places_;
-};
-
-class Scan {
- public:
-  // Without rules every file is collected.
-  Scan(CleaningContext& context, std::string_view folder, std::string_view mask,
-       const ScanRules* rules)
-      : context_(context),
-        folder_(folder),
-        mask_(mask),
-        every_name_(mask == "*.*"),
-        rules_(rules),
-        detail_(rules != nullptr && rules->test != nullptr ? rules->test->Needs() : Detail::kKind) {
-  }
-
-  // Scans folder_, which is the same again afterwards.
-  void ScanHere() {
-    if (Stopped()) return;
-    const SubFolders folders = CollectHere();
-    const size_t length = folder_.size();
-    for (size_t i = 0; i < folders.size() && !Stopped(); ++i) {
-      folder_.append(folders.Name(i)) += '\\';
-      if (rules_ == nullptr) context_.state.PendingFolders.Append(folder_);
-      if (!folders.IsLink(i) && !IsIgnoredHere()) {
-        context_.view.SetStatus(status_.assign("Scanning system... ").append(folder_));
-        ScanHere();
-      }
-      folder_.resize(length);
-    }
-  }
-
- private:
-  // One enumeration serves files and sub-folders.
-  SubFolders CollectHere() {
-    SubFolders folders;
-    context_.machine.files.Enumerate(folder_, detail_, [&](const Entry& entry) {
-      if (entry.info.is_folder) {
-        folders.Add(entry);
-      } else if (every_name_ || MatchesMask(entry.name, mask_)) {
-        Take(entry);
-      }
-      context_.view.Yield();
-      return !context_.state.AbortRequested;
-    });
-    return folders;
-  }
-
-  void Take(const Entry& entry) {
-    if (rules_ != nullptr) {
-      upper_name_ = UpCase(entry.name);
-      if (rules_->ignore.Ignores(upper_name_)) return;
-      if (rules_->test != nullptr) return rules_->test->Test(folder_, entry, upper_name_);
-    }
-    context_.state.PendingFiles.Append(folder_, entry.name);
-  }
-
-  bool IsIgnoredHere() const {
-    return rules_ != nullptr && rules_->ignore.IsIgnoredFolder(folder_);
-  }
-
-  bool Stopped() {
+  bool Stops(bool) override {
     context_.view.Yield();
     context_.view.Yield();
     if (context_.state.AbortRequested) context_.view.SetStatus("Aborted by User");
     return context_.state.AbortRequested;
   }
+  bool StopsListing() override {
+    context_.view.Yield();
+    return context_.state.AbortRequested;
+  }
+  void Begin(const std::string& path) override {
+    context_.view.SetStatus(status_.assign("Scanning system... ").append(path));
+  }
 
+ protected:
+  bool Fits(std::string_view name) const { return every_name_ || MatchesMask(name, mask_); }
+  CleaningContext& context() { return context_; }
+
+ private:
   CleaningContext& context_;
-  std::string folder_;
   std::string mask_;
   std::string status_;
   bool every_name_;
-  const ScanRules* rules_;
-  Detail detail_;
+};
+
+class CollectingVisitor : public ScanVisitor {
+ public:
+  CollectingVisitor(CleaningContext& context, std::string_view mask, FileList& list)
+      : ScanVisitor(context, mask), list_(list) {}
+
+  void File(Folder&, const std::string& path, const Entry& entry) override {
+    if (Fits(entry.name)) list_.PendingFiles.Append(path, entry.name);
+  }
+  bool Wants(const std::string&) override { return true; }
+  void Begin(const std::string& path) override {
+    list_.PendingFolders.Append(path);
+    ScanVisitor::Begin(path);
+  }
+  void Spared(const std::string& path) override {
+    context().state.RunLog.append(path).append(kSparedSentence).append("\r\n");
+  }
+  void Failed(const std::string& path, const Error& error) override {
+    if (error.kind() == Error::Kind::kMissing) return;
+    NoteStayed(context().state, path, error.what(), error.kind());
+  }
+
+ private:
+  FileList& list_;
+};
+
+class SearchingVisitor : public ScanVisitor {
+ public:
+  SearchingVisitor(CleaningContext& context, std::string_view mask, const IgnoreLists& ignore,
+                   FileTest& test)
+      : ScanVisitor(context, mask), ignore_(ignore), test_(test) {}
+
+  Detail Needs() const override { return test_.Needs(); }
+  void File(Folder& folder, const std::string& path, const Entry& entry) override {
+    if (!Fits(entry.name)) return;
+    upper_name_ = UpCase(entry.name);
+    if (!ignore_.Ignores(upper_name_)) test_.Test(folder, path, entry, upper_name_);
+  }
+  bool Wants(const std::string& path) override { return !ignore_.IsIgnoredFolder(path); }
+
+ private:
+  const IgnoreLists& ignore_;
+  FileTest& test_;
   std::string upper_name_;
 };
 
 }  // namespace
 
-void ClearPending(RunState& state) {
-  state.PendingFiles.Clear();
-  state.PendingFolders.Clear();
+FileList ScanFolder(CleaningContext& context, std::shared_ptr<Folder> folder, std::string_view path,
+                    std::string_view mask, ScanMode) {
+  FileList list{std::move(folder), WithBackslash(path), {}, {}};
+  if (!list.folder) return list;
+  CollectingVisitor visitor(context, mask, list);
+  WalkFolder(*list.folder, path, WalkOrder::kWhileListing, &PlacesOf(context), visitor);
+  return list;
 }
 
-void ScanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
-                ScanMode) {
-  Scan(context, folder, mask, nullptr).ScanHere();
-}
-
-void ScanFolder(CleaningContext& context, std::string_view folder, std::string_view mask,
-                const ScanRules& rules) {
-  Scan(context, folder, mask, &rules).ScanHere();
+void SearchFolder(CleaningContext& context, std::string_view path, std::string_view mask,
+                  const IgnoreLists& ignore, FileTest& test) {
+  std::unique_ptr<Folder> folder;
+  try {
+    folder = context.machine.files.OpenFolder(path);
+  } catch (const Error&) {  // yields nothing
+  }
+  if (!folder) return;
+  SearchingVisitor visitor(context, mask, ignore, test);
+  WalkFolder(*folder, path, WalkOrder::kWhileListing, nullptr, visitor);
 }
 
 }  // namespace quellix

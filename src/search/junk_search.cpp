@@ -48,19 +48,14 @@ class JunkTest : public FileTest {
     return PassesDate(info) && PassesAttributes(info.attributes);
   }
 
-  // The whole truth about an entry; nothing when it has vanished meanwhile.
-  std::optional<FileInfo> LookAt(std::string_view folder, const Entry& entry) const {
-    return machine_.files.Look(std::string(folder) + std::string(entry.name));
-  }
-
-  void AddRow(std::string_view folder, const Entry& entry, std::string_view upper_name,
+  void AddRow(std::string_view path, const Entry& entry, std::string_view upper_name,
               const FileInfo& info) {
     const size_t dot = upper_name.rfind('.');
     sink_.Add({.name = std::string(entry.name),
                .bytes = info.size,
                .date_time = FormatFileTime(machine_.system, info.last_write),
                .attributes = AttributeLetters(info.attributes),
-               .path = std::string(folder),
+               .path = std::string(path),
                .file_type = std::string(dot == upper_name.npos ? std::string_view()
                                                                : upper_name.substr(dot + 1)),
                .category = CategoryText(kind_),
@@ -100,10 +95,11 @@ class UnnecessaryFileTest : public JunkTest {
   Detail Needs() const override { return Detail::kKind; }
 
   // Names first: most files fail there, and asking for the rest is slow.
-  void Test(std::string_view folder, const Entry& entry, std::string_view upper_name) override {
+  void Test(Folder& folder, std::string_view path, const Entry& entry,
+            std::string_view upper_name) override {
     if (!FitsAny(upper_name)) return;
-    const std::optional<FileInfo> info = LookAt(folder, entry);
-    if (info && Passes(*info)) AddRow(folder, entry, upper_name, *info);
+    const std::optional<FileInfo> info = folder.Look(entry.name);
+    if (info && Passes(*info)) AddRow(path, entry, upper_name, *info);
   }
 
  private:
@@ -128,10 +124,11 @@ class EmptyFileTest : public JunkTest {
 
   // Only the low half of the size counts, as ever: a file of exactly 4 GiB is found as well. A
   // link's size says nothing about the file it leads to.
-  void Test(std::string_view folder, const Entry& entry, std::string_view upper_name) override {
+  void Test(Folder& folder, std::string_view path, const Entry& entry,
+            std::string_view upper_name) override {
     if (static_cast<uint32_t>(entry.info.size) != 0 || entry.info.is_link) return;
-    const std::optional<FileInfo> info = LookAt(folder, entry);
-    if (info && Passes(*info)) AddRow(folder, entry, upper_name, *info);
+    const std::optional<FileInfo> info = folder.Look(entry.name);
+    if (info && Passes(*info)) AddRow(path, entry, upper_name, *info);
   }
 };
 
@@ -143,9 +140,10 @@ class DeadShortcutTest : public JunkTest {
 
   Detail Needs() const override { return Detail::kKind; }
 
-  void Test(std::string_view folder, const Entry& entry, std::string_view upper_name) override {
-    if (!IsDead(std::string(folder) + std::string(entry.name))) return;
-    if (const auto info = LookAt(folder, entry)) AddRow(folder, entry, upper_name, *info);
+  void Test(Folder& folder, std::string_view path, const Entry& entry,
+            std::string_view upper_name) override {
+    if (!IsDead(std::string(path) + std::string(entry.name))) return;
+    if (const auto info = folder.Look(entry.name)) AddRow(path, entry, upper_name, *info);
   }
 
  private:
@@ -206,29 +204,21 @@ void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
     context.view.Yield();
     context.view.Yield();
     if (context.state.AbortRequested) break;
-    ClearPending(context.state);
-    ScanFolder(context, root, mask, ScanRules{ignore, test.get()});
+    SearchFolder(context, root, mask, ignore, *test);
   }
   if (context.state.AbortRequested) context.view.SetStatus("Aborted by user");
 }
 
 Removal RemoveFind(CleaningContext& context, const std::string& path, JunkKind kind) {
   Removal removal{Removal::kStays};
-  try {
-    const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kSize);
-    if (!info) return {Removal::kVanished};
-    removal.bytes = info->size;
-    if (kind == JunkKind::kEmptyFiles && static_cast<uint32_t>(info->size) != 0) {
-      removal.reason = "It is no longer empty.";
-      return removal;
-    }
-  } catch (const Error& error) {
-    removal.reason = error.what();
-    return removal;
+  const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kSize);
+  if (!info) return {Removal::kVanished};
+  removal.bytes = info->size;
+  if (kind == JunkKind::kEmptyFiles && static_cast<uint32_t>(info->size) != 0) {
+    removal.reason = "It is no longer empty.";
+  } else if (RemoveFile(context, path, Claim::kItem, &removal.reason)) {
+    removal.outcome = Removal::kRemoved;
   }
-  if (!RemoveFile(context, path, &removal.reason)) return removal;
-  CountRemoved(context.state, static_cast<double>(removal.bytes));
-  removal.outcome = Removal::kRemoved;
   return removal;
 }
 

@@ -295,7 +295,7 @@ TEST_F(BackupRestoreTest, TheTimeOfCreationTravelsThroughTheArchive) {
   {
     ModZip zip(decorated, state.Backup);
     zip.MakeBackupArchiveName(safe, tree.substr(0, 1) + "_");
-    ASSERT_TRUE(zip.BackupFile(tree + "a")) << zip.Problem();
+    ASSERT_TRUE(zip.BackupFile(*files.OpenFolder(tree), tree + "a")) << zip.Problem();
   }
   for (const bool whole : {true, false}) {  // from the directory, then from the entry's own header
     SCOPED_TRACE(whole);

@@ -243,7 +243,7 @@ TEST_F(BackupTest, AFileThatCannotBeReadLeavesNoArchive) {
   const Machine decorated = WithFiles(ports, files);
   ModZip zip(decorated, state.Backup);
   zip.MakeBackupArchiveName(safe, "C_");
-  EXPECT_FALSE(zip.BackupFile(tree + "a"));
+  EXPECT_FALSE(zip.BackupFile(*files.OpenFolder(tree), tree + "a"));
   EXPECT_EQ(zip.Problem(), "locked from here");
   EXPECT_TRUE(zip.Close());
   EXPECT_EQ(Archives(), std::vector<std::string>());

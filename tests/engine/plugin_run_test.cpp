@@ -77,8 +77,13 @@ TEST_F(PluginRunTest, TheCollectorKeepsItsTwoOrdersAndEntersNoLink) {
     machine->MakeFile(scratch + file, "1");
   }
   machine->MakeFolderLink(scratch + "in\\link", scratch + "outside");
-  modPlugin::CollectPluginFiles(context, scratch + "in", true, true, "*.*");
-  const PathList& folders = engine.state().PendingFolders;
+  const auto collect = [&] {
+    const std::string path = scratch + "in";
+    return modPlugin::CollectPluginFiles(context, ports.files.OpenFolder(path), path, true, true,
+                                         "*.*");
+  };
+  const FileList list = collect();
+  const PathList& folders = list.PendingFolders;
   std::vector<std::string> names;
   for (size_t i = 0; i < folders.size(); ++i) names.emplace_back(folders[i]);
   const auto place = [&](const std::string& name) {
@@ -88,11 +93,10 @@ TEST_F(PluginRunTest, TheCollectorKeepsItsTwoOrdersAndEntersNoLink) {
   EXPECT_LT(place("a\\b"), place("a"));
   EXPECT_LT(place("c"), 4);
   EXPECT_LT(place("link"), 4);
-  EXPECT_EQ(engine.state().PendingFiles.size(), 4u);
+  EXPECT_EQ(list.PendingFiles.size(), 4u);
   engine.StopCleaning();
-  modPlugin::CollectPluginFiles(context, scratch + "in", true, true, "*.*");
+  EXPECT_TRUE(collect().PendingFiles.empty());
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
-  EXPECT_EQ(engine.state().PendingFiles.size(), 4u);
 }
 
 TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
@@ -252,13 +256,11 @@ TEST_F(PluginRunTest, BadRecipesHarmNothingAndStopDoesStop) {
   WriteRecipe("empty.cdp", "");
   WriteRecipe("ansi.cdp", "F|No|No|" + scratch + "gr\xFCn\\*.*\r\n");
   WriteList("1|huge.cdp|\r\n1|empty.cdp|\r\n1|ansi.cdp|\r\n");
-  view.on_yield = [this] {
-    if (engine.state().PendingFiles.size() == 1) engine.StopCleaning();
-  };
+  StopWhenStatusBegins("Deleting file: ");
   CleanPluginsLog();
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
   EXPECT_TRUE(machine->Exists(scratch + "gr\xC3\xBCn\\a"));
-  view.on_yield = nullptr;
+  view.on_status = nullptr;
   const std::string log = CleanPluginsLog();
   EXPECT_NE(log.find("\\plugins\\huge.cdp: "), std::string::npos) << log;
   EXPECT_TRUE(log.ends_with("Plugins... Files Deleted: 1 Space Gained: 1 Bytes")) << log;

@@ -12,7 +12,7 @@ class RemovalTest : public RunFixture {
 
   bool Remove(const std::string& path, int16_t mode) {
     state.RemovalMode = mode;
-    return RemoveFile(context, path);
+    return RemoveFile(context, path, Claim::kOwnList);
   }
 
   RunState& state;
@@ -28,7 +28,7 @@ class RecordingArchive : public BackupArchive {
   void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override {
     archives.push_back(std::string(folder).append(prefix));
   }
-  bool BackupFile(std::string_view path) override {
+  bool BackupFile(Folder&, std::string_view path) override {
     files.emplace_back(path);
     return !fails;
   }
@@ -129,10 +129,10 @@ TEST_F(RemovalTest, BackupArchivesPerDriveAndDeletesEvenWhenArchivingFails) {
   state.BackupFolder = "C:\\Safe\\";
   for (const char* name : {"1", "2", "3"}) machine->MakeFile(scratch + name, "x");
   const std::string other_case = static_cast<char>(scratch[0] + 32) + scratch.substr(1);
-  EXPECT_TRUE(RemoveFile(with_archive, scratch + "1"));
-  EXPECT_TRUE(RemoveFile(with_archive, other_case + "2"));
+  EXPECT_TRUE(RemoveFile(with_archive, scratch + "1", Claim::kItem));
+  EXPECT_TRUE(RemoveFile(with_archive, other_case + "2", Claim::kItem));
   archive.fails = true;
-  EXPECT_TRUE(RemoveFile(with_archive, scratch + "3"));
+  EXPECT_TRUE(RemoveFile(with_archive, scratch + "3", Claim::kItem));
   EXPECT_EQ(archive.archives, std::vector<std::string>{"C:\\Safe\\" + scratch.substr(0, 1) + "_"});
   EXPECT_EQ(archive.files.size(), 3u);
   EXPECT_EQ(state.FilesBackedUp, 2);
@@ -141,10 +141,11 @@ TEST_F(RemovalTest, BackupArchivesPerDriveAndDeletesEvenWhenArchivingFails) {
 
 TEST_F(RemovalTest, PendingFilesAreShownCountedAndStopped) {
   for (const char* name : {"a", "b", "c", "d"}) machine->MakeFile(scratch + name, "12345");
-  Pend({scratch + "a", scratch + "gone", scratch + "b", scratch + "c", scratch + "d"});
+  const FileList list =
+      Pend({scratch + "a", scratch + "gone", scratch + "b", scratch + "c", scratch + "d"});
   StopWhenStatusBegins("Deleting file: " + scratch + "c");
   state.RemovalMode = kDelete;
-  RemovePendingFiles(context);
+  RemovePendingFiles(context, list);
   EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>{"d"});
   EXPECT_EQ(state.RunFilesDeleted, 3);
   EXPECT_EQ(state.FilesDeleted, 3);
@@ -161,9 +162,9 @@ TEST_F(RemovalTest, FoldersGoChildrenFirstWhicheverWayTheListWasFilled) {
     machine->MakeFile(scratch + "s\\kept", "");
     std::vector<std::string> order = parents_first;
     if (reversed) std::reverse(order.begin(), order.end());
-    ClearPending(state);
-    for (const std::string& folder : order) state.PendingFolders.Append(scratch, folder);
-    RemovePendingFolders(context);
+    FileList list{ports.files.OpenFolder(scratch), scratch, {}, {}};
+    for (const std::string& folder : order) list.PendingFolders.Append(scratch, folder);
+    RemovePendingFolders(context, list);
     EXPECT_EQ(machine->Tree(scratch), (std::vector<std::string>{"s\\", "s\\kept"}));
   }
 }
@@ -178,10 +179,9 @@ TEST_F(RemovalTest, LinksAreCollectedButNeverEntered) {
   const bool file_link = machine->MakeFileLink(cleaned + "file link", outside + "dear.txt");
   for (const int16_t mode : {kWipe, kDelete}) {
     state.RemovalMode = mode;
-    ClearPending(state);
-    CollectFiles(context, cleaned, "*.*");
-    RemovePendingFiles(context);
-    RemovePendingFolders(context);
+    const FileList list = Collect(cleaned);
+    RemovePendingFiles(context, list);
+    RemovePendingFolders(context, list);
     if (machine->Can(Ability::kRemoveLinks)) {
       EXPECT_EQ(machine->Tree(cleaned), std::vector<std::string>());
     }
@@ -193,12 +193,12 @@ TEST_F(RemovalTest, AFolderSwappedForALinkAfterTheScanChangesNothingOutside) {
   const std::string outside = scratch + "outside\\";
   machine->MakeFile(outside + "dear.txt", "dear");
   machine->MakeFile(scratch + "cleaned\\sub\\dear.txt", "junk");
-  CollectFiles(context, scratch + "cleaned\\", "*.*");
+  const FileList list = Collect(scratch + "cleaned\\");
   ports.files.Rename(scratch + "cleaned\\sub", scratch + "moved");
   machine->MakeFolderLink(scratch + "cleaned\\sub", outside);
   for (const int16_t mode : {kDelete, kWipe, kRecycle}) {
     state.RemovalMode = mode;
-    RemovePendingFiles(context);
+    RemovePendingFiles(context, list);
     EXPECT_EQ(ports.files.ReadWholeFile(outside + "dear.txt"), "dear") << mode;
   }
   EXPECT_TRUE(state.SomeFilesLocked);
@@ -215,10 +215,10 @@ TEST_F(RemovalTest, NamesOfEveryKindAreScannedAndRemoved) {
   while (deep.size() < 3500) deep += std::string(200, 'd') + "\\";
   machine->MakeFile(deep + "bottom.tmp", "1");
   state.RemovalMode = kDelete;
-  CollectFiles(context, scratch, "*.*");
-  EXPECT_EQ(state.PendingFiles.size(), names.size() + 1);
-  RemovePendingFiles(context);
-  RemovePendingFolders(context);
+  const FileList list = Collect(scratch);
+  EXPECT_EQ(list.PendingFiles.size(), names.size() + 1);
+  RemovePendingFiles(context, list);
+  RemovePendingFolders(context, list);
   EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>());
   EXPECT_FALSE(state.SomeFilesLocked);
 }
@@ -229,15 +229,13 @@ TEST_F(RemovalTest, ScanningStopsAtOnceAndKeepsWhatItFound) {
   view.on_status = [&](const std::string& status) {
     if (status.starts_with("Scanning system... ") && ++folders == 2) engine.StopCleaning();
   };
-  CollectFiles(context, scratch, "*.*");
-  EXPECT_EQ(state.PendingFiles.size(), 1u);
+  EXPECT_EQ(Collect(scratch).PendingFiles.size(), 1u);
   EXPECT_EQ(view.statuses.back(), "Aborted by User");
   state.AbortRequested = false;
   view.on_status = nullptr;
-  ClearPending(state);
-  CollectFiles(context, scratch, "A*");
-  EXPECT_EQ(state.PendingFiles.size(), 1u);
-  EXPECT_EQ(state.PendingFolders.size(), 3u);
+  const FileList list = Collect(scratch, "A*");
+  EXPECT_EQ(list.PendingFiles.size(), 1u);
+  EXPECT_EQ(list.PendingFolders.size(), 3u);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "app/working_folder.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 #include "plugins/ini_outline.h"
@@ -20,9 +21,10 @@ void Check(bool is_so) {
 }
 
 void CheckPlaces(const Machine& machine, const modPlugin::Plugin& plugin) {
+  static ProtectedPlaces places = LoadPlaces(machine);
   const std::string windows = machine.system.WindowsFolder() + "\\";
   for (const modPlugin::FileEntry& entry : plugin.files) {
-    for (const std::string& folder : modPlugin::FindFolders(machine, entry).folders) {
+    for (const std::string& folder : modPlugin::FindFolders(machine, places, entry).folders) {
       Check(folder.find('\\') != std::string::npos && folder.find("..") != 0);
       Check(!EqualsNoCase(windows.substr(0, folder.size() + 1), folder + "\\"));
     }
@@ -33,7 +35,7 @@ void CheckPlaces(const Machine& machine, const modPlugin::Plugin& plugin) {
     if (place.root) Check(place.subkey.find('\\') != std::string::npos);
   }
   for (const modPlugin::IniEntry& entry : plugin.ini) {
-    const modPlugin::IniPlace place = modPlugin::FindIni(machine.system, entry);
+    const modPlugin::IniPlace place = modPlugin::FindIni(machine, places, entry);
     Check(place.path.empty() != place.refusal.empty());
   }
 }

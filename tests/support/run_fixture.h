@@ -4,6 +4,7 @@
 
 #include "engine.h"
 #include "platform/text.h"
+#include "search/drive_scan.h"
 #include "support/scripted_view.h"
 #include "support/test_machine.h"
 
@@ -42,10 +43,15 @@ class RunFixture : public ::testing::Test {
       if (status.starts_with(text)) engine.StopCleaning();
     };
   }
-  // A list's characters as a RemovePending call finds them.
-  void Pend(std::initializer_list<std::string> files) {
-    engine.state().PendingFiles.Clear();
-    for (const std::string& file : files) engine.state().PendingFiles.Append(file);
+  // Files named one by one.
+  static FileList Pend(std::initializer_list<std::string> files) {
+    FileList list;
+    for (const std::string& file : files) list.PendingFiles.Append(file);
+    return list;
+  }
+  // What a cleaner collects below a folder.
+  FileList Collect(const std::string& folder, std::string_view mask = "*.*") {
+    return CollectFiles(context, ports.files.OpenFolder(folder), folder, mask);
   }
 
   std::unique_ptr<TestMachine> machine;

@@ -1,5 +1,8 @@
 #include "platform/win32/win32_error.h"
 
+// After windows.h, whose types it uses.
+#include <winternl.h>
+
 #include <string>
 
 #include "platform/win32/win32_text.h"
@@ -17,8 +20,6 @@ Error::Kind KindOf(DWORD code) {
     case ERROR_BAD_NETPATH:
     case ERROR_BAD_NET_NAME:
     case ERROR_NOT_READY:
-    case ERROR_DIRECTORY:
-    case ERROR_DELETE_PENDING:
     case ERROR_KEY_DELETED:
       return Error::Kind::kMissing;
     case ERROR_ACCESS_DENIED:
@@ -29,17 +30,33 @@ Error::Kind KindOf(DWORD code) {
     case ERROR_LOCK_VIOLATION:
     case ERROR_USER_MAPPED_FILE:
     case ERROR_BUSY:
+    case ERROR_DELETE_PENDING:
       return Error::Kind::kInUse;
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
       return Error::Kind::kFull;
     case ERROR_DIR_NOT_EMPTY:
       return Error::Kind::kNotEmpty;
+    case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS:
+      return Error::Kind::kExists;
     case ERROR_NOT_SUPPORTED:
     case ERROR_CALL_NOT_IMPLEMENTED:
       return Error::Kind::kNotAvailable;
     default:
       return Error::Kind::kOther;
+  }
+}
+
+// Where the system's own translation says less than the status.
+DWORD CodeOf(LONG status) {
+  switch (static_cast<ULONG>(status)) {
+    case 0xC0000056:
+      return ERROR_DELETE_PENDING;
+    case 0xC0000024:  // a device or a pipe where a file should be
+      return ERROR_ACCESS_DENIED;
+    default:
+      return RtlNtStatusToDosError(status);
   }
 }
 
@@ -59,6 +76,14 @@ Error WindowsError(DWORD code, std::string_view action, std::string_view object)
   std::string sentence = "Cannot ";
   sentence.append(action).append(" ").append(object).append(": ").append(SystemText(code));
   return Error(KindOf(code), sentence);
+}
+
+Error NtError(LONG status, std::string_view action, std::string_view object) {
+  return WindowsError(CodeOf(status), action, object);
+}
+
+bool IsMissing(LONG status) {
+  return status < 0 && KindOf(CodeOf(status)) == Error::Kind::kMissing;
 }
 
 void ThrowLastError(std::string_view action, std::string_view object) {

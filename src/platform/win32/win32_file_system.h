@@ -3,7 +3,7 @@
 #include <string>
 
 #include "platform/file_system.h"
-#include "platform/win32/win32_anchor.h"
+#include "platform/win32/win32_folder.h"
 
 namespace quellix {
 
@@ -11,25 +11,20 @@ namespace quellix {
 // holds a wildcard, names nothing.
 class Win32FileSystem : public FileSystem {
  public:
-  // Shares the anchor with whoever else removes files; it must outlive this object.
-  explicit Win32FileSystem(Win32Anchor& anchor) : anchor_(anchor) {}
+  // Lends COM to the folders it opens; it must outlive them.
+  explicit Win32FileSystem(Win32Com& com) : com_(com) {}
 
-  bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override;
+  std::unique_ptr<Folder> OpenFolder(std::string_view path) override;
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
   bool IsGone(std::string_view path) override;
-  void SetAttributes(std::string_view path, uint32_t attributes) override;
-  void RemoveFile(std::string_view path) override;
-  void RemoveFolder(std::string_view path) override;
-  void Rename(std::string_view from, std::string_view to) override;
-  std::unique_ptr<RandomFile> Open(std::string_view path, OpenMode mode) override;
-  void CreateFolder(std::string_view path) override;
   std::optional<std::string> ReadWholeFile(std::string_view path, uint64_t limit) override;
   void WriteWholeFile(std::string_view path, std::string_view bytes) override;
-  std::string RealPath(std::string_view path) override;
-  void Anchor(std::string_view folder) override { anchor_.Set(folder); }
 
  private:
-  Win32Anchor& anchor_;
+  // The folder a file lies in, links to it followed as well; nothing when it is missing.
+  std::optional<Win32Folder> OpenFolderAbove(std::string_view path);
+
+  Win32Com& com_;
 };
 
 }  // namespace quellix

@@ -26,10 +26,10 @@ class Win32Machine {
 
  private:
   std::string program_folder_;
-  Win32Anchor anchor_;
-  Win32FileSystem files_{anchor_};
+  Win32Com com_;
+  Win32FileSystem files_{com_};
   Win32Registry registry_;
-  Win32Shell shell_{anchor_};
+  Win32Shell shell_{com_};
   Win32UrlCache url_cache_;
   Win32System system_;
   Win32Session session_;

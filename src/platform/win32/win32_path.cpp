@@ -1,6 +1,9 @@
 #include "platform/win32/win32_path.h"
 
+#include <winternl.h>
+
 #include <algorithm>
+#include <vector>
 
 #include "platform/error.h"
 #include "platform/path.h"
@@ -13,14 +16,6 @@ bool IsDrive(std::string_view text) {
   return text.size() == 2 && text[1] == ':' && ((text[0] | 0x20) >= 'a' && (text[0] | 0x20) <= 'z');
 }
 
-bool IsName(std::string_view component) {
-  return !component.empty() && component != "." && component != ".." &&
-         std::none_of(component.begin(), component.end(), [](char c) {
-           return static_cast<unsigned char>(c) < 0x20 ||
-                  std::string_view("*?<>\"|/:").find(c) != std::string_view::npos;
-         });
-}
-
 bool AreNames(std::string_view rest) {
   while (!rest.empty()) {
     const size_t end = std::min(rest.find('\\'), rest.size());
@@ -30,13 +25,31 @@ bool AreNames(std::string_view rest) {
   return true;
 }
 
-std::wstring FinalPath(const UniqueFile& file, DWORD form) {
-  return GrowingText([&](wchar_t* text, uint32_t size) {
-    return GetFinalPathNameByHandleW(file.Get(), text, size, form);
-  });
+// Wine's other call tells no path of 260 characters or more; some memory disks and network drives
+// have a device's name only.
+std::wstring ObjectPath(const UniqueFile& file) {
+  std::vector<char> buffer(sizeof(UNICODE_STRING) + UNICODE_STRING_MAX_BYTES);
+  const auto* name = reinterpret_cast<const UNICODE_STRING*>(buffer.data());
+  ULONG used = 0;
+  if (NtQueryObject(file.Get(), static_cast<OBJECT_INFORMATION_CLASS>(1), buffer.data(),
+                    static_cast<ULONG>(buffer.size()), &used) < 0 ||
+      name->Length == 0) {
+    return {};
+  }
+  const std::wstring_view path(name->Buffer, name->Length / sizeof(wchar_t));
+  if (path.starts_with(L"\\??\\")) return L"\\\\?\\" + std::wstring(path.substr(4));
+  return L"\\\\?\\GLOBALROOT" + std::wstring(path);
 }
 
 }  // namespace
+
+bool IsName(std::string_view name) {
+  return !name.empty() && name != "." && name != ".." &&
+         std::none_of(name.begin(), name.end(), [](char c) {
+           return static_cast<unsigned char>(c) < 0x20 ||
+                  std::string_view("*?<>\"|/\\:").find(c) != std::string_view::npos;
+         });
+}
 
 std::optional<std::wstring> ToWidePath(std::string_view path) {
   const std::string_view plain = WithoutBackslash(path);
@@ -63,10 +76,13 @@ UniqueFile OpenItself(const std::wstring& wide, DWORD access, DWORD share) {
                                 nullptr));
 }
 
+std::wstring NtPath(std::wstring_view wide) { return L"\\??\\" + std::wstring(wide.substr(4)); }
+
 std::wstring FinalPath(const UniqueFile& file) {
-  std::wstring path = FinalPath(file, VOLUME_NAME_DOS);
-  // Some memory disks and network drives have a device's name only.
-  if (path.empty()) path = FinalPath(file, VOLUME_NAME_NT);
+  std::wstring path = GrowingText([&](wchar_t* text, uint32_t size) {
+    return GetFinalPathNameByHandleW(file.Get(), text, size, VOLUME_NAME_DOS);
+  });
+  if (path.empty()) path = ObjectPath(file);
   if (path.ends_with(L'\\')) path.pop_back();
   return path;
 }

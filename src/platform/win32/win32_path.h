@@ -19,11 +19,18 @@ std::optional<std::wstring> ToWidePath(std::string_view path);
 // The same; throws Error (kMissing) instead.
 std::wstring WidePath(std::string_view action, std::string_view path);
 
+// Whether `name` can be one component of a path: not empty, "." or "..", and without separators,
+// wildcards, ":" and control characters.
+bool IsName(std::string_view name);
+
+// A path of the wide calls, with "\\?\", as the object manager takes it.
+std::wstring NtPath(std::wstring_view wide);
+
 // A handle to the file or folder itself, a link not followed.
 UniqueFile OpenItself(const std::wstring& wide, DWORD access, DWORD share);
 
-// Where an open file or folder really is, in a form to be compared with others of its drive and
-// without "\" at its end; "" when Windows cannot tell.
+// Where an open file or folder really is, as the wide calls take it and without "\" at its end; ""
+// when Windows cannot tell.
 std::wstring FinalPath(const UniqueFile& file);
 
 // Without regard to case, in the file system's sense.

@@ -1,28 +1,19 @@
 #include "platform/win32/win32_random_file.h"
 
-#include <algorithm>
-#include <functional>
+#include <windows.h>
+// After windows.h, whose types it uses.
+#include <winioctl.h>
 
+#include <algorithm>
+
+#include "platform/win32/nt_file.h"
 #include "platform/win32/win32_error.h"
-#include "platform/win32/win32_file_info.h"
 #include "platform/win32/win32_file_time.h"
-#include "platform/win32/win32_path.h"
 
 namespace quellix {
 namespace {
 
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr uint64_t kChunk = 16u << 20;  // below what one call may be asked for
-
-void RefuseLink(const UniqueFile& file, std::string_view path) {
-  FILE_ATTRIBUTE_TAG_INFO tag{};
-  if (!GetFileInformationByHandleEx(file.Get(), FileAttributeTagInfo, &tag, sizeof tag)) return;
-  WIN32_FIND_DATAW found{};
-  found.dwFileAttributes = tag.FileAttributes;
-  found.dwReserved0 = tag.ReparseTag;
-  if (!ToFileInfo(found).is_link) return;
-  throw Error(Error::Kind::kDenied, "Cannot write " + std::string(path) + ": it is a link.");
-}
 
 uint64_t SizeOf(const UniqueFile& file, std::string_view action, std::string_view path) {
   LARGE_INTEGER size;
@@ -52,34 +43,69 @@ void WriteAt(const UniqueFile& file, uint64_t offset, std::string_view bytes,
   }
 }
 
-std::wstring TemporaryNameBeside(const std::wstring& wide) {
-  const uint64_t unique = uint64_t{GetCurrentProcessId()} << 32 ^ GetTickCount64();
-  return wide.substr(0, wide.rfind(L'\\') + 1) + L"~qx" + std::to_wstring(unique) + L".tmp";
+// What a file is opened for. Times and attributes are set through the same handle.
+NtAsk AskFor(OpenMode mode) {
+  NtAsk ask{.access = FILE_GENERIC_READ | FILE_GENERIC_WRITE,
+            .share = FILE_SHARE_READ,
+            .options = FILE_NON_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT};
+  if (mode == OpenMode::kRead) {
+    ask.access = FILE_GENERIC_READ;
+    ask.share = kShareAll;
+  } else if (mode == OpenMode::kReadAndCreate) {
+    ask.disposition = FILE_OPEN_IF;
+  } else if (mode == OpenMode::kCreateNew) {
+    ask.disposition = FILE_CREATE;
+    ask.access |= WRITE_DAC;
+  }
+  return ask;
 }
 
-// Writes the whole new file and closes it.
-void WriteNew(const std::wstring& wide, std::string_view path, std::string_view bytes) {
-  const UniqueFile file(CreateFileW(wide.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!file) ThrowLastError("write", path);
-  WriteAt(file, 0, bytes, path);
-  if (!FlushFileBuffers(file.Get())) ThrowLastError("write", path);
+UniqueFile OpenAsAsked(const UniqueFile& folder, std::wstring_view name, const std::string& shown,
+                       NtAsk ask) {
+  UniqueFile file;
+  NTSTATUS status = NtOpen(folder.Get(), name, ask, file);
+  if (status == kAccessDenied && ask.disposition == FILE_OPEN) {
+    ask.access &= ~ACCESS_MASK{FILE_READ_DATA | FILE_READ_EA};
+    if (ask.access & FILE_WRITE_DATA) status = NtOpen(folder.Get(), name, ask, file);
+  }
+  if (status < 0) throw NtError(status, "open", shown);
+  if (GetFileType(file.Get()) != FILE_TYPE_DISK) {
+    throw WindowsError(ERROR_ACCESS_DENIED, "open", shown);
+  }
+  return file;
+}
+
+bool IsReparsePoint(const UniqueFile& file) {
+  NtBasic basic;
+  return NtQuery(file, kBasicInformation, basic) >= 0 &&
+         (basic.attributes & FILE_ATTRIBUTE_REPARSE_POINT);
 }
 
 }  // namespace
 
-Win32RandomFile::Win32RandomFile(std::string_view path, OpenMode mode) : path_(path) {
-  const std::wstring wide = WidePath("open", path);
-  const bool reads = mode == OpenMode::kRead;
-  // Restored times are set through the same handle, which GENERIC_WRITE includes.
-  file_.Reset(CreateFileW(wide.c_str(), GENERIC_READ | (reads ? 0 : GENERIC_WRITE),
-                          reads ? kShareAll : FILE_SHARE_READ, nullptr,
-                          mode == OpenMode::kReadAndCreate ? OPEN_ALWAYS : OPEN_EXISTING,
-                          FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-  if (!file_) ThrowLastError("open", path);
-  RefuseLink(file_, path);
-  size_ = SizeOf(file_, "open", path);
+// Behind a reparse point that is no link lies an ordinary file, whose bytes only an opening without
+// the flag tells; it must be the same file.
+std::unique_ptr<Win32RandomFile> OpenRandomFile(const UniqueFile& folder, std::wstring_view name,
+                                                std::string shown, OpenMode mode) {
+  NtAsk ask = AskFor(mode);
+  UniqueFile file = OpenAsAsked(folder, name, shown, ask);
+  if (IsOpenLink(file)) {
+    throw Error(Error::Kind::kDenied, "Cannot open " + shown + ": it is a link.");
+  }
+  if (IsReparsePoint(file)) {
+    const FileId id = IdOfOpen(file, shown);
+    file.Reset();
+    ask.options = FILE_NON_DIRECTORY_FILE;
+    ask.disposition = FILE_OPEN;
+    file = OpenAsAsked(folder, name, shown, ask);
+    if (IdOfOpen(file, shown) != id) throw WindowsError(ERROR_ACCESS_DENIED, "open", shown);
+  }
+  if (mode == OpenMode::kReadAndCreate) FlushFileBuffers(file.Get());
+  return std::make_unique<Win32RandomFile>(std::move(file), std::move(shown));
 }
+
+Win32RandomFile::Win32RandomFile(UniqueFile file, std::string path)
+    : path_(std::move(path)), file_(std::move(file)), size_(SizeOf(file_, "open", path_)) {}
 
 void Win32RandomFile::Write(uint64_t offset, std::string_view bytes) {
   WriteAt(file_, offset, bytes, path_);
@@ -137,41 +163,86 @@ void Win32RandomFile::Flush() {
   if (!FlushFileBuffers(file_.Get())) ThrowLastError("write", path_);
 }
 
-std::string ReadWhole(const std::wstring& wide, const FileInfo& info, std::string_view path,
-                      uint64_t limit) {
-  if (info.is_link || info.is_folder) throw WindowsError(ERROR_ACCESS_DENIED, "read", path);
-  const UniqueFile file(CreateFileW(wide.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
-                                    FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
-  if (!file) ThrowLastError("read", path);
-  const uint64_t size = SizeOf(file, "read", path);
-  if (size > limit) throw WindowsError(ERROR_FILE_TOO_LARGE, "read", path);
-  std::string bytes(size, '\0');
-  size_t filled = 0;
-  while (filled < bytes.size()) {
-    const auto part = static_cast<DWORD>(std::min<uint64_t>(bytes.size() - filled, kChunk));
-    DWORD got = 0;
-    if (!ReadFile(file.Get(), bytes.data() + filled, part, &got, nullptr)) {
-      ThrowLastError("read", path);
-    }
-    if (got == 0) break;
-    filled += got;
+// Word for word, so that what was inherited stays so, and what was protected from inheritance.
+void Win32RandomFile::TakeAccessListOf(const UniqueFile& old) {
+  DWORD size = 0;
+  GetKernelObjectSecurity(old.Get(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+  std::vector<char> kept(std::max<DWORD>(size, 1));
+  SECURITY_DESCRIPTOR_CONTROL control = 0;
+  DWORD revision = 0;
+  if (!GetKernelObjectSecurity(old.Get(), DACL_SECURITY_INFORMATION, kept.data(), size, &size) ||
+      !GetSecurityDescriptorControl(kept.data(), &control, &revision)) {
+    ThrowLastError("write", path_);
   }
-  bytes.resize(filled);
-  return bytes;
+  if (control & SE_DACL_AUTO_INHERITED) {
+    SetSecurityDescriptorControl(kept.data(), SE_DACL_AUTO_INHERIT_REQ, SE_DACL_AUTO_INHERIT_REQ);
+  }
+  if (!SetKernelObjectSecurity(file_.Get(), DACL_SECURITY_INFORMATION, kept.data())) {
+    ThrowLastError("write", path_);
+  }
 }
 
-void ReplaceWhole(const std::wstring& wide, std::string_view path, std::string_view bytes) {
-  const std::wstring temporary = TemporaryNameBeside(wide);
-  try {
-    WriteNew(temporary, path, bytes);
-    if (!MoveFileExW(temporary.c_str(), wide.c_str(),
-                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-      ThrowLastError("write", path);
+void Win32RandomFile::TakeLooksOf(const UniqueFile& old) {
+  NtBasic basic;
+  const NTSTATUS status = NtQuery(old, kBasicInformation, basic);
+  if (status < 0) throw NtError(status, "write", path_);
+  SetAttributes(basic.attributes);
+  SetTimes({.created = basic.created});
+}
+
+FileId Win32RandomFile::Id() { return IdOfOpen(file_, path_); }
+
+uint32_t Win32RandomFile::LinkCount() {
+  NtStandard standard{};
+  const NTSTATUS status = NtQuery(file_, kStandardInformation, standard);
+  if (status < 0) throw NtError(status, "look at", path_);
+  return standard.links;
+}
+
+// A file system that keeps no sparse files knows no such question.
+std::vector<Extent> Win32RandomFile::Allocated() {
+  FILE_ALLOCATED_RANGE_BUFFER asked{{}, {}}, told[64];
+  LARGE_INTEGER end;
+  if (!GetFileSizeEx(file_.Get(), &end)) ThrowLastError("look at", path_);
+  std::vector<Extent> parts;
+  while (asked.FileOffset.QuadPart < end.QuadPart) {
+    asked.Length.QuadPart = end.QuadPart - asked.FileOffset.QuadPart;
+    DWORD bytes = 0;
+    const bool all = DeviceIoControl(file_.Get(), FSCTL_QUERY_ALLOCATED_RANGES, &asked, sizeof asked,
+                                     told, sizeof told, &bytes, nullptr);
+    if (!all && GetLastError() != ERROR_MORE_DATA) {
+      return {{0, static_cast<uint64_t>(end.QuadPart)}};
     }
-  } catch (const Error&) {
-    DeleteFileW(temporary.c_str());
-    throw;
+    const size_t count = bytes / sizeof told[0];
+    for (size_t i = 0; i < count; ++i) {
+      parts.push_back({static_cast<uint64_t>(told[i].FileOffset.QuadPart),
+                       static_cast<uint64_t>(told[i].Length.QuadPart)});
+    }
+    if (all || count == 0) break;
+    asked.FileOffset.QuadPart = static_cast<LONGLONG>(parts.back().offset + parts.back().size);
   }
+  return parts;
+}
+
+// How it is stored comes first: a read-only file keeps its kind.
+void Win32RandomFile::SetAttributes(uint32_t attributes) {
+  NtBasic basic;
+  NTSTATUS status = NtQuery(file_, kBasicInformation, basic);
+  if (status < 0) throw NtError(status, "change", path_);
+  DWORD unused = 0;
+  if ((attributes ^ basic.attributes) & kSparse) {
+    FILE_SET_SPARSE_BUFFER sparse{(attributes & kSparse) != 0};
+    DeviceIoControl(file_.Get(), FSCTL_SET_SPARSE, &sparse, sizeof sparse, nullptr, 0, &unused,
+                    nullptr);
+  }
+  if ((attributes ^ basic.attributes) & kCompressed) {
+    USHORT format = attributes & kCompressed ? COMPRESSION_FORMAT_DEFAULT : COMPRESSION_FORMAT_NONE;
+    DeviceIoControl(file_.Get(), FSCTL_SET_COMPRESSION, &format, sizeof format, nullptr, 0, &unused,
+                    nullptr);
+  }
+  basic = WithAttributes(basic, attributes);
+  status = NtSet(file_, kBasicInformation, basic);
+  if (status < 0) throw NtError(status, "change", path_);
 }
 
 }  // namespace quellix

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -12,8 +11,7 @@ namespace quellix {
 // One open file. While it is open for writing others may read it, nobody may write or remove it.
 class Win32RandomFile : public RandomFile {
  public:
-  // Throws Error, also for a link.
-  Win32RandomFile(std::string_view path, OpenMode mode);
+  Win32RandomFile(UniqueFile file, std::string path);
 
   uint64_t Size() const override { return size_; }
   size_t Read(uint64_t offset, std::span<char> buffer) override;
@@ -23,19 +21,29 @@ class Win32RandomFile : public RandomFile {
   FileTimes Times() override;
   uint32_t Attributes() override;
   void SetTimes(const FileTimes& times) override;
+  FileId Id() override;
+  uint32_t LinkCount() override;
+  std::vector<Extent> Allocated() override;
+  void SetAttributes(uint32_t attributes) override;
+  std::vector<StreamInfo> Streams() override;
+  std::string ReadStream(std::string_view name) override;
+  void WriteStream(std::string_view name, std::string_view bytes) override;
+
+  // The access list of `old` instead of the one that the folder gave; only of a file made by
+  // kCreateNew. And its attributes and the time of its creation. Throw Error.
+  void TakeAccessListOf(const UniqueFile& old);
+  void TakeLooksOf(const UniqueFile& old);
 
  private:
+  UniqueFile OpenStream(std::string_view name, bool writes);
+
   std::string path_;
   UniqueFile file_;
   uint64_t size_ = 0;
 };
 
-// A whole file's bytes. Throws Error; `info` is what was found at the path.
-std::string ReadWhole(const std::wstring& wide, const FileInfo& info, std::string_view path,
-                      uint64_t limit);
-
-// Creates or replaces a file in one step: the bytes go into a new file beside it, reach the disk,
-// and then take its name. Throws Error; the old file then stays and the new one is gone.
-void ReplaceWhole(const std::wstring& wide, std::string_view path, std::string_view bytes);
+// Opens the file `name` in an open folder. Throws Error, naming `shown`, also for what is no file.
+std::unique_ptr<Win32RandomFile> OpenRandomFile(const UniqueFile& folder, std::wstring_view name,
+                                                std::string shown, OpenMode mode);
 
 }  // namespace quellix

@@ -12,7 +12,6 @@
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
-#include "platform/win32/win32_path.h"
 #include "platform/win32/win32_shortcuts.h"
 #include "platform/win32/win32_text.h"
 
@@ -21,38 +20,6 @@ namespace {
 
 LazyLibrary shell32(L"shell32.dll");
 LazyLibrary ole32(L"ole32.dll");
-
-constexpr std::string_view kRecycle = "move into the recycle bin:";
-
-// The shell's own error codes from before Windows NT; their numbers mean other things elsewhere.
-DWORD FromShellCode(int code) {
-  switch (code) {
-    case 0x78:
-      return ERROR_ACCESS_DENIED;
-    case 0x7C:
-      return ERROR_PATH_NOT_FOUND;
-    default:
-      return code > 0x70 && code <= 0xB7 ? ERROR_CAN_NOT_COMPLETE : static_cast<DWORD>(code);
-  }
-}
-
-// The shell takes neither "\\?\" nor a longer path.
-void CheckLength(const std::wstring& path, std::string_view shown) {
-  if (path.size() < MAX_PATH) return;
-  throw Error(Error::Kind::kOther, "Cannot move into the recycle bin: " + std::string(shown) +
-                                       ": the path is longer than the recycle bin allows.");
-}
-
-int RecycleNow(std::wstring path) {
-  path += L'\0';  // a list of one path: an empty one ends it
-  SHFILEOPSTRUCTW operation{};
-  operation.wFunc = FO_DELETE;
-  operation.pFrom = path.c_str();
-  operation.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_ALLOWUNDO | FOF_NOERRORUI;
-  static const auto operate = shell32.Find<decltype(&SHFileOperationW)>("SHFileOperationW");
-  const int code = operate(&operation);
-  return code == 0 && operation.fAnyOperationsAborted ? ERROR_CANCELLED : code;
-}
 
 constexpr GUID kUrlHistoryClass = {
     0x3C374A40, 0xBAE4, 0x11CF, {0xBF, 0x7D, 0x00, 0xAA, 0x00, 0x69, 0x46, 0xEE}};
@@ -69,29 +36,6 @@ bool OpenClipboardPatiently() {
 }
 
 }  // namespace
-
-Win32Shell::~Win32Shell() {
-  if (com_started_) ole32.Find<decltype(&CoUninitialize)>("CoUninitialize")();
-}
-
-void Win32Shell::StartCom() {
-  if (com_started_) return;
-  static const auto start = ole32.Find<decltype(&CoInitializeEx)>("CoInitializeEx");
-  com_started_ = SUCCEEDED(start(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE));
-}
-
-void Win32Shell::Recycle(std::string_view path) {
-  const std::wstring wide = WidePath(kRecycle, path);
-  const std::wstring plain = Wide(path);
-  CheckLength(plain, path);
-  anchor_.CheckParentOf(path);
-  StartCom();
-  if (GetFileAttributesW(wide.c_str()) == INVALID_FILE_ATTRIBUTES) ThrowLastError(kRecycle, path);
-  if (const int code = RecycleNow(plain)) throw WindowsError(FromShellCode(code), kRecycle, path);
-  if (GetFileAttributesW(wide.c_str()) != INVALID_FILE_ATTRIBUTES) {
-    throw WindowsError(ERROR_SHARING_VIOLATION, kRecycle, path);
-  }
-}
 
 RecycleBinContent Win32Shell::QueryRecycleBin() {
   SHQUERYRBINFO info{};
@@ -114,7 +58,7 @@ void Win32Shell::EmptyRecycleBin() {
 }
 
 void Win32Shell::ClearAddressHistory() {
-  StartCom();
+  com_.Start();
   static const auto create = ole32.Find<decltype(&CoCreateInstance)>("CoCreateInstance");
   UniqueHistory history;
   HRESULT result = create(kUrlHistoryClass, nullptr, CLSCTX_INPROC_SERVER,
@@ -137,7 +81,7 @@ void Win32Shell::EmptyClipboard() {
 }
 
 void Win32Shell::ShowProperties(std::string_view path) {
-  StartCom();
+  com_.Start();
   const std::wstring wide = Wide(path);
   SHELLEXECUTEINFOW info{};
   info.cbSize = sizeof info;
@@ -150,7 +94,7 @@ void Win32Shell::ShowProperties(std::string_view path) {
 }
 
 void Win32Shell::OpenFolderOf(std::string_view path) {
-  StartCom();
+  com_.Start();
   static const auto parse = shell32.Find<decltype(&SHParseDisplayName)>("SHParseDisplayName");
   static const auto open =
       shell32.Find<decltype(&SHOpenFolderAndSelectItems)>("SHOpenFolderAndSelectItems");
@@ -163,7 +107,7 @@ void Win32Shell::OpenFolderOf(std::string_view path) {
 }
 
 std::unique_ptr<ShortcutReader> Win32Shell::OpenShortcuts() {
-  StartCom();
+  com_.Start();
   return OpenWin32Shortcuts();
 }
 

@@ -1,18 +1,16 @@
 #pragma once
 
 #include "platform/shell.h"
-#include "platform/win32/win32_anchor.h"
+#include "platform/win32/win32_com.h"
 
 namespace quellix {
 
 // The shell of the logged-on user.
 class Win32Shell : public Shell {
  public:
-  // The anchor holds for recycling, too; it must outlive this object.
-  explicit Win32Shell(Win32Anchor& anchor) : anchor_(anchor) {}
-  ~Win32Shell() override;
+  // COM must outlive this object.
+  explicit Win32Shell(Win32Com& com) : com_(com) {}
 
-  void Recycle(std::string_view path) override;
   RecycleBinContent QueryRecycleBin() override;
   void EmptyRecycleBin() override;
   void ClearAddressHistory() override;
@@ -24,10 +22,7 @@ class Win32Shell : public Shell {
   std::unique_ptr<ShortcutReader> OpenShortcuts() override;
 
  private:
-  void StartCom();
-
-  Win32Anchor& anchor_;
-  bool com_started_ = false;
+  Win32Com& com_;
 };
 
 }  // namespace quellix

@@ -118,16 +118,15 @@ TEST_F(VolumeBackupTest, KilledAtAnyMomentEveryByteIsOnTheDiskOrInTheArchive) {
     }
     const pid_t child = fork();
     if (child == 0) {
-      ClearPending(state);
-      CollectFiles(context, tree, "*.*");
+      FileList list = Collect(tree);
       // In small batches, so that removing and archiving take turns.
-      const PathList all = std::move(state.PendingFiles);
+      const PathList all = std::move(list.PendingFiles);
       for (size_t i = 0; i < all.size(); i += 20) {
-        state.PendingFiles.Clear();
+        list.PendingFiles = {};
         for (size_t at = i; at < std::min(i + 20, all.size()); ++at) {
-          state.PendingFiles.Append(all[at]);
+          list.PendingFiles.Append(all[at]);
         }
-        RemovePendingFiles(context);
+        RemovePendingFiles(context, list);
       }
       mod_zip.Close();
       _exit(0);
@@ -186,9 +185,7 @@ TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
     machine->MakeFile(names.back(), noise.substr(static_cast<size_t>(i) * 10000, 10000));
   }
   state.BackupDrive.clear();
-  ClearPending(state);
-  CollectFiles(context, tree, "s*");
-  RemovePendingFiles(context);
+  RemovePendingFiles(context, Collect(tree, "s*"));
   mod_zip.Close();  // not even the directory may fit; then every reader finds the entries itself
   std::map<std::string, std::string> archived;
   for (const BackupInfo& info : backups_there.List()) {

@@ -1,0 +1,272 @@
+#include "app/precious_finder.h"
+
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+using enum RegistryRoot;
+
+constexpr const char* kProfileList = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList";
+constexpr const char* kShellKeys[] = {
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders"};
+
+// A text value, variables replaced; "" when there is none.
+std::string ReadPath(const Machine& machine, RegistryKey& key, std::string_view name) {
+  const auto value = key.QueryValue(name);
+  if (!value || (value->type != kRegSz && value->type != kRegExpandSz)) return {};
+  std::string text = FromUtf16Bytes(value->bytes);
+  text.resize(std::min(text.find('\0'), text.size()));
+  const size_t start = text.find('%');
+  const size_t end = start == text.npos ? text.npos : text.find('%', start + 1);
+  if (end == text.npos) return text;
+  const auto variable = machine.system.Environment(text.substr(start + 1, end - start - 1));
+  return variable ? text.substr(0, start) + *variable + text.substr(end + 1) : "";
+}
+
+template <class Visit>
+void ForEachFolder(Folder& folder, const Visit& visit) {
+  std::vector<std::string> names;
+  try {
+    folder.Enumerate(Detail::kKind, [&names](const Entry& entry) {
+      if (entry.info.is_folder && !entry.info.is_link) names.emplace_back(entry.name);
+      return true;
+    });
+    for (const std::string& name : names) visit(name);
+  } catch (const Error&) {  // what cannot be listed cannot be emptied
+  }
+}
+
+}  // namespace
+
+void PreciousFinder::Find(std::string_view backup_folder) {
+  Note(machine_.program_folder, Kind::kOwn);
+  Note(backup_folder, Kind::kOwn);
+  FindDrives();
+  FindWindows();
+  FindPrograms();
+  FindProfiles();
+  FindKnownFolders();
+}
+
+std::unique_ptr<Folder> PreciousFinder::Open(std::string_view path) {
+  try {
+    return path.empty() ? nullptr : machine_.files.OpenFolder(path);
+  } catch (const Error&) {
+    return nullptr;
+  }
+}
+
+void PreciousFinder::Note(std::string_view path, Kind kind) {
+  if (const auto folder = Open(path)) places_.Note(*folder, kind);
+}
+
+void PreciousFinder::NoteIn(Folder* folder, std::initializer_list<const char*> names, Kind kind) {
+  if (folder == nullptr) return;
+  for (const char* name : names) {
+    try {
+      if (const auto inner = folder->OpenFolder(name)) places_.Note(*inner, kind);
+    } catch (const Error&) {  // a link, or a file of this name
+    }
+  }
+}
+
+void PreciousFinder::FindDrives() {
+  for (const Drive& drive : machine_.system.Drives()) {
+    const bool is_disk = drive.type == DriveType::kFixed || drive.type == DriveType::kRamDisk;
+    if (!is_disk && (drive.type != DriveType::kRemovable || drive.letter < 'C')) continue;
+    const auto root = Open(std::string(1, drive.letter) + ":\\");
+    if (!root) continue;
+    places_.Note(*root, Kind::kRoot);
+    NoteIn(root.get(),
+           {"Boot", "EFI", "Recovery", "System Volume Information", "$Recycle.Bin", "RECYCLER",
+            "RECYCLED", "$WinREAgent", "Config.Msi"},
+           Kind::kTree);
+    for (const char* name :
+         {"pagefile.sys", "hiberfil.sys", "swapfile.sys", "bootmgr", "BOOTNXT", "BOOTSECT.BAK",
+          "ntldr", "NTDETECT.COM", "boot.ini", "io.sys", "msdos.sys", "command.com"}) {
+      places_.NoteFile(*root, name);
+    }
+  }
+}
+
+void PreciousFinder::FindWindows() {
+  const auto windows = Open(machine_.system.WindowsFolder());
+  if (!windows) return;
+  places_.Note(*windows, Kind::kRoot);
+  NoteIn(windows.get(),
+         {"System32",
+          "SysWOW64",
+          "SysArm32",
+          "System",
+          "assembly",
+          "Fonts",
+          "inf",
+          "Microsoft.NET",
+          "SystemApps",
+          "ImmersiveControlPanel",
+          "SystemResources",
+          "Resources",
+          "security",
+          "PolicyDefinitions",
+          "Globalization",
+          "registration",
+          "AppPatch",
+          "IME",
+          "Media",
+          "Provisioning"},
+         Kind::kSystem);
+  NoteIn(windows.get(),
+         {"WinSxS", "Installer", "servicing", "Boot", "System32\\config", "System32\\drivers",
+          "System32\\DriverStore", "System32\\Boot", "System32\\Recovery", "SysWOW64\\config",
+          "SysWOW64\\drivers", "System32\\wbem\\Repository", "System32\\Tasks"},
+         Kind::kTree);
+  NoteIn(windows.get(),
+         {"System32\\LogFiles", "System32\\winevt\\Logs", "System32\\spool\\PRINTERS",
+          "System32\\wbem\\Logs", "System32\\wdi\\LogFiles", "System32\\sru", "security\\logs",
+          "System32\\config\\systemprofile\\AppData\\Local\\Temp",
+          "System32\\config\\systemprofile\\AppData\\Local\\Microsoft\\Windows\\INetCache",
+          "SysWOW64\\config\\systemprofile\\AppData\\Local\\Temp",
+          "SysWOW64\\config\\systemprofile\\AppData\\Local\\Microsoft\\Windows\\INetCache"},
+         Kind::kFree);
+  if (const auto system = Open(machine_.system.SystemFolder())) {
+    places_.Note(*system, Kind::kSystem);
+    NoteIn(system.get(), {"config", "drivers"}, Kind::kTree);
+  }
+}
+
+void PreciousFinder::FindPrograms() {
+  const std::string drive = machine_.system.WindowsFolder().substr(0, 3);
+  for (const char* name : {"Program Files", "Program Files (x86)", "Program Files (Arm)"}) {
+    Note(drive + name, Kind::kRoot);
+    Note(drive + name + "\\WindowsApps", Kind::kTree);
+    Note(drive + name + "\\Common Files", Kind::kRoot);
+  }
+  for (const char* name :
+       {"ProgramFiles", "ProgramFiles(x86)", "ProgramW6432", "CommonProgramFiles",
+        "CommonProgramFiles(x86)", "CommonProgramW6432", "ProgramData", "ALLUSERSPROFILE"}) {
+    Note(machine_.system.Environment(name).value_or(""), Kind::kRoot);
+  }
+  const auto data = Open(drive + "ProgramData");
+  if (data) places_.Note(*data, Kind::kRoot);
+  NoteIn(data.get(), {"Microsoft", "Microsoft\\Windows", "Packages"}, Kind::kRoot);
+  NoteIn(data.get(), {"Microsoft\\Crypto", "Microsoft\\Vault", "Package Cache"}, Kind::kTree);
+}
+
+void PreciousFinder::FindProfiles() {
+  const auto profile = Open(machine_.system.Environment("USERPROFILE").value_or(""));
+  if (profile) FindProfile(*profile);
+  const std::string drive = machine_.system.WindowsFolder().substr(0, 3);
+  std::vector<std::string> folders = {
+      std::string(FolderPart(machine_.system.Environment("USERPROFILE").value_or(""))),
+      drive + "Users", drive + "Documents and Settings"};
+  for (const std::string& path : folders) {
+    const auto users = path.size() > 3 ? Open(path) : nullptr;
+    if (!users) continue;
+    places_.Note(*users, Kind::kRoot);
+    ForEachFolder(*users, [&](const std::string& name) {
+      if (const auto user = users->OpenFolder(name)) FindProfile(*user);
+    });
+  }
+  FindListedProfiles();
+}
+
+void PreciousFinder::FindListedProfiles() {
+  try {
+    const auto list = machine_.registry.Open(kLocalMachine, kProfileList, RegistryAccess::kRead);
+    for (uint32_t i = 0; const auto name = list ? list->SubKeyAt(i) : std::nullopt; ++i) {
+      const auto key = list->Open(*name, RegistryAccess::kRead);
+      const auto user = key ? Open(ReadPath(machine_, *key, "ProfileImagePath")) : nullptr;
+      if (user) FindProfile(*user);
+    }
+  } catch (const Error&) {  // a registry that cannot be read names no profile
+  }
+}
+
+void PreciousFinder::FindProfile(Folder& profile) {
+  const auto noted = places_.folders_.find(profile.Id());
+  if (noted != places_.folders_.end() && noted->second >= Kind::kRoot) return;
+  places_.Note(profile, Kind::kRoot);
+  NoteIn(&profile,
+         {"AppData", "AppData\\Roaming", "AppData\\Roaming\\Microsoft",
+          "AppData\\Roaming\\Microsoft\\Windows", "AppData\\Local", "AppData\\Local\\Microsoft",
+          "AppData\\Local\\Microsoft\\Windows", "AppData\\Local\\Packages", "AppData\\LocalLow",
+          "Application Data", "Application Data\\Microsoft", "Local Settings",
+          "Local Settings\\Application Data", "Local Settings\\Application Data\\Microsoft"},
+         Kind::kRoot);
+  NoteIn(&profile,
+         {"AppData\\Roaming\\Microsoft\\Protect", "AppData\\Roaming\\Microsoft\\Crypto",
+          "AppData\\Roaming\\Microsoft\\Credentials", "AppData\\Roaming\\Microsoft\\Vault",
+          "AppData\\Roaming\\Microsoft\\SystemCertificates", "AppData\\Local\\Microsoft\\Vault",
+          "AppData\\Local\\Microsoft\\Credentials", "Application Data\\Microsoft\\Protect",
+          "Application Data\\Microsoft\\Crypto", "Application Data\\Microsoft\\Credentials", ".ssh",
+          ".gnupg"},
+         Kind::kTree);
+  NoteIn(&profile,
+         {"Desktop",
+          "Documents",
+          "My Documents",
+          "Downloads",
+          "Pictures",
+          "My Pictures",
+          "Music",
+          "My Music",
+          "Videos",
+          "My Videos",
+          "Favorites",
+          "Links",
+          "Contacts",
+          "Saved Games",
+          "Searches",
+          "Start Menu",
+          "AppData\\Roaming\\Microsoft\\Windows\\Start Menu",
+          "Dropbox",
+          "Google Drive",
+          "iCloudDrive",
+          "Nextcloud",
+          "Creative Cloud Files",
+          "Box",
+          "My Documents\\My Pictures",
+          "My Documents\\My Music",
+          "My Documents\\My Videos"},
+         Kind::kPersonal);
+  ForEachFolder(profile, [&](const std::string& name) {
+    if (EqualsNoCase(std::string_view(name).substr(0, 8), "OneDrive")) {
+      NoteIn(&profile, {name.c_str()}, Kind::kPersonal);
+    }
+  });
+}
+
+// Where the user's folders are when they were moved.
+void PreciousFinder::FindKnownFolders() {
+  for (const char* key : kShellKeys) {
+    NoteFolderValues(kCurrentUser, key, {"AppData", "Local AppData"}, Kind::kRoot);
+    NoteFolderValues(kCurrentUser, key,
+                     {"Desktop", "Personal", "My Pictures", "My Music", "My Video", "Favorites",
+                      "Start Menu", "{374DE290-123F-4565-9164-39C4925E467B}"},
+                     Kind::kPersonal);
+    NoteFolderValues(kLocalMachine, key, {"Common AppData"}, Kind::kRoot);
+    NoteFolderValues(kLocalMachine, key,
+                     {"Common Desktop", "Common Documents", "CommonMusic", "CommonPictures",
+                      "CommonVideo", "Common Start Menu", "Common Favorites"},
+                     Kind::kPersonal);
+  }
+  for (const char* name : {"OneDrive", "OneDriveConsumer", "OneDriveCommercial"}) {
+    Note(machine_.system.Environment(name).value_or(""), Kind::kPersonal);
+  }
+}
+
+void PreciousFinder::NoteFolderValues(RegistryRoot root, const char* key,
+                                      std::initializer_list<const char*> names, Kind kind) {
+  try {
+    const auto opened = machine_.registry.Open(root, key, RegistryAccess::kRead);
+    if (!opened) return;
+    for (const char* name : names) Note(ReadPath(machine_, *opened, name), kind);
+  } catch (const Error&) {  // a registry that cannot be read names no folder
+  }
+}
+
+}  // namespace quellix

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "app/protected_places.h"
+
+namespace quellix {
+
+// Finds what is precious on a machine and notes it. Where Windows and programs keep it is known
+// from the environment, the registry's list of profiles and folders, and documented names.
+class PreciousFinder {
+ public:
+  PreciousFinder(const Machine& machine, ProtectedPlaces& places)
+      : machine_(machine), places_(places) {}
+
+  void Find(std::string_view backup_folder);
+
+ private:
+  using Kind = ProtectedPlaces::Kind;
+
+  std::unique_ptr<Folder> Open(std::string_view path);
+  void Note(std::string_view path, Kind kind);
+  void NoteIn(Folder* folder, std::initializer_list<const char*> names, Kind kind);
+  void FindDrives();
+  void FindWindows();
+  void FindPrograms();
+  void FindProfiles();
+  void FindListedProfiles();
+  void FindProfile(Folder& profile);
+  void FindKnownFolders();
+  void NoteFolderValues(RegistryRoot root, const char* key,
+                        std::initializer_list<const char*> names, Kind kind);
+
+  const Machine& machine_;
+  ProtectedPlaces& places_;
+};
+
+}  // namespace quellix

@@ -1,0 +1,125 @@
+#include "app/protected_places.h"
+
+#include <algorithm>
+
+#include "app/precious_finder.h"
+#include "app/precious_names.h"
+#include "platform/error.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char* kUnknownPlace = "this system cannot tell which folder it is.";
+constexpr const char* kOwnPlace = "it belongs to this program or to its backups.";
+constexpr const char* kTreePlace = "it is a part of Windows that is not made to be emptied.";
+constexpr const char* kRootPlace =
+    "it is a whole drive, Windows, its system folder, Program Files or a user's profile.";
+constexpr const char* kHoldsPlace =
+    "it holds Windows, programs, a user's profile or folders of his.";
+constexpr const char* kPersonalPlace = "it is one of the user's own folders.";
+constexpr const char* kPreciousFile = "it is a file that Windows or this program needs.";
+
+}  // namespace
+
+ProtectedPlaces::ProtectedPlaces(const Machine& machine, std::string_view backup_folder) {
+  PreciousFinder(machine, *this).Find(backup_folder);
+}
+
+void ProtectedPlaces::Note(Folder& folder, Kind kind) {
+  const FileId id = folder.Id();
+  if (!id.is_known()) return;
+  Kind& noted = folders_.try_emplace(id, kind).first->second;
+  noted = std::max(noted, kind);
+  // A walk goes around what is the program's own, so that its holders may be cleaned.
+  if (kind == Kind::kOwn || kind == Kind::kFree) return;
+  for (const FileId& above : folder.Above()) {
+    Kind& held = holders_.try_emplace(above, kind).first->second;
+    held = std::max(held, kind);
+  }
+}
+
+void ProtectedPlaces::NoteFile(Folder& folder, std::string_view name) {
+  if (const auto id = folder.IdOf(name)) files_[folder.Id()].insert(*id);
+}
+
+ProtectedPlaces::Kind ProtectedPlaces::RuleFor(const FileId& self,
+                                               const std::vector<FileId>& above) const {
+  const auto noted = folders_.find(self);
+  Kind rule = noted == folders_.end() ? Kind::kFree : noted->second;
+  if (noted == folders_.end() && above.empty()) rule = Kind::kRoot;  // any drive or share
+  bool is_free = noted != folders_.end() && rule == Kind::kFree;
+  for (const FileId& id : above) {
+    const auto upper = folders_.find(id);
+    if (upper == folders_.end()) continue;
+    if (upper->second == Kind::kOwn) return Kind::kOwn;
+    is_free = is_free || upper->second == Kind::kFree;
+    if (!is_free && upper->second >= Kind::kSystem) rule = std::max(rule, upper->second);
+  }
+  return rule;
+}
+
+std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<FileId>& above,
+                                          std::string_view mask, bool below, Claim claim) const {
+  const Kind rule = RuleFor(self, above);
+  if (rule == Kind::kOwn) return kOwnPlace;
+  if (rule == Kind::kTree) return kTreePlace;
+  const bool names_one = !HasWildcards(mask);
+  const bool is_harmless = names_one ? !MayBelongToWindows(mask) : HasHarmlessExtension(mask);
+  if (rule >= Kind::kRoot && (below || !is_harmless)) return kRootPlace;
+  const bool is_own = claim == Claim::kOwnList;
+  if (rule == Kind::kPersonal && !is_own && (below || !HasHarmlessExtension(mask))) {
+    return kPersonalPlace;
+  }
+  const auto held = holders_.find(self);
+  if (!below || held == holders_.end()) return {};
+  return is_own && held->second == Kind::kPersonal ? "" : kHoldsPlace;
+}
+
+std::string ProtectedPlaces::WhyNot(Folder& folder, std::string_view mask, bool below,
+                                    Claim claim) {
+  try {
+    const FileId self = folder.Id();
+    if (!self.is_known()) return kUnknownPlace;
+    return WhyNotOpened(self, folder.Above(), mask, below, claim);
+  } catch (const Error&) {
+    return kUnknownPlace;
+  }
+}
+
+std::string ProtectedPlaces::WhyNotFile(Folder& folder, std::string_view name, Claim claim) {
+  if (std::string why = WhyNot(folder, name, false, claim); !why.empty()) return why;
+  return IsSparedFile(folder, folder.Id(), name) ? kPreciousFile : "";
+}
+
+std::string ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view name) {
+  try {
+    const FileId self = folder.Id();
+    const Kind rule = RuleFor(self, folder.Above());
+    if (rule == Kind::kOwn) return kOwnPlace;
+    if (rule == Kind::kTree) return kTreePlace;
+    return IsSparedFile(folder, self, name) ? kPreciousFile : "";
+  } catch (const Error&) {
+    return kUnknownPlace;
+  }
+}
+
+bool ProtectedPlaces::IsSparedFile(Folder& folder, const FileId& folder_id,
+                                   std::string_view name) const {
+  if (const auto files = files_.find(folder_id); files != files_.end()) {
+    const auto id = folder.IdOf(name);
+    if (id && files->second.contains(*id)) return true;
+  }
+  return IsHiveOrItsLog(folder, name);
+}
+
+bool ProtectedPlaces::IsSpared(const FileId& folder) const {
+  const auto noted = folders_.find(folder);
+  return noted != folders_.end() && noted->second > Kind::kPersonal;
+}
+
+bool ProtectedPlaces::IsPersonal(Folder& folder) const {
+  const auto noted = folders_.find(folder.Id());
+  return noted != folders_.end() && noted->second == Kind::kPersonal;
+}
+
+}  // namespace quellix

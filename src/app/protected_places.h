@@ -1,0 +1,75 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/machine.h"
+
+namespace quellix {
+
+// Who asks for something to go: an item of the program, a list that the user wrote, a recipe that
+// somebody wrote. The user's own list may name his own folders, such as Downloads.
+enum class Claim { kItem, kOwnList, kRecipe };
+
+// What must never go, known by what it is and not by how it is spelled: folders are compared by
+// identity, so that doubled separators, short names, variables, links and shares lead nowhere else.
+//
+// Whole trees: the program's own folder and the backup folder; the parts of Windows that are not
+// made to be emptied; boot and recovery folders; other recycle bins. Folders that may not be
+// emptied, while their sub-folders may: drives, Windows, Program Files, profiles and the folders
+// that users know. From those a file named by itself, or logs and dumps by a mask that does not
+// recurse, may go. Files: registry hives and their logs, page and boot files.
+class ProtectedPlaces {
+ public:
+  // Opens and notes what is precious on the machine. What is missing or cannot be opened is passed
+  // over: nothing else can open it either. Changes nothing.
+  ProtectedPlaces(const Machine& machine, std::string_view backup_folder);
+
+  // Why files that fit `mask` may not go from `folder` and, with `below`, from the folders below
+  // it: a clause that ends a sentence, "" when they may.
+  std::string WhyNot(Folder& folder, std::string_view mask, bool below, Claim claim);
+
+  // The same for one file that was named by itself.
+  std::string WhyNotFile(Folder& folder, std::string_view name, Claim claim);
+
+  // The same for a file that is to lose some of its lines.
+  std::string WhyNotEdit(Folder& folder, std::string_view name);
+
+  // For a walk that may go: whether it leaves alone a folder that it meets, with all that is in it,
+  // or a file.
+  bool IsSpared(const FileId& folder) const;
+  bool IsSparedFile(Folder& folder, const FileId& folder_id, std::string_view name) const;
+
+  // Whether it is one of the folders that users know, as Downloads, which their own list may name.
+  bool IsPersonal(Folder& folder) const;
+
+ private:
+  friend class PreciousFinder;
+
+  // What a folder is. Higher ones are stronger.
+  enum class Kind {
+    kFree,      // within a tree, made to be emptied
+    kPersonal,  // the user's own: documents, downloads
+    kRoot,      // not to be emptied itself
+    kSystem,    // likewise with all folders below it
+    kTree,      // nothing in it goes, or below it
+    kOwn        // the program's, likewise; a walk passes it by
+  };
+
+  void Note(Folder& folder, Kind kind);
+  void NoteFile(Folder& folder, std::string_view name);
+  // The strongest rule for a folder, by those that it lies in.
+  Kind RuleFor(const FileId& self, const std::vector<FileId>& above) const;
+  std::string WhyNotOpened(const FileId& self, const std::vector<FileId>& above,
+                           std::string_view mask, bool below, Claim claim) const;
+
+  std::map<FileId, Kind> folders_;
+  std::map<FileId, Kind> holders_;  // what lies above them, with the strongest that they hold
+  std::map<FileId, std::set<FileId>> files_;  // by folder
+};
+
+}  // namespace quellix

@@ -1,0 +1,72 @@
+#include "app/working_folder.h"
+
+#include "platform/error.h"
+#include "platform/path.h"
+
+namespace quellix {
+namespace {
+
+[[noreturn]] void Refuse(std::string_view path, std::string_view why) {
+  throw Error(Error::Kind::kDenied, std::string(path).append(" is not removed: ").append(why));
+}
+
+}  // namespace
+
+ProtectedPlaces& PlacesOf(CleaningContext& context) {
+  std::shared_ptr<ProtectedPlaces>& places = context.state.Places;
+  if (!places) {
+    places = std::make_shared<ProtectedPlaces>(context.machine, context.state.BackupFolder);
+  }
+  return *places;
+}
+
+ProtectedPlaces LoadPlaces(const Machine& machine) {
+  RunState state;
+  Settings(machine).LoadDeletionSettings(state);
+  return {machine, state.BackupFolder};
+}
+
+std::unique_ptr<Folder> WorkingFolder::OpenBelow(std::string_view parent) const {
+  if (!list_.folder) return context_.machine.files.OpenFolder(parent);
+  return list_.folder->OpenFolder(WithoutBackslash(parent.substr(list_.folder_path.size())));
+}
+
+Folder& WorkingFolder::Open(std::string_view parent) {
+  if (list_.folder && parent == list_.folder_path) {
+    if (path_ != parent) id_ = list_.folder->Id();
+    path_ = parent;
+    return *list_.folder;
+  }
+  if (opened_ && path_ == parent) return *opened_;
+  path_.clear();
+  opened_ = OpenBelow(parent);
+  if (!opened_) throw Error(Error::Kind::kMissing, std::string(parent) + " is no longer there.");
+  id_ = opened_->Id();
+  if (list_.folder && PlacesOf(context_).IsSpared(id_)) Refuse(parent, "it is precious.");
+  path_ = parent;
+  return *opened_;
+}
+
+Folder& WorkingFolder::Of(std::string_view path) {
+  Folder& folder = Open(FolderPart(path));
+  ProtectedPlaces& places = PlacesOf(context_);
+  const std::string_view name = NamePart(path);
+  if (list_.folder) {
+    if (places.IsSparedFile(folder, id_, name)) {
+      Refuse(path, "it is a file that Windows or this program needs.");
+    }
+  } else if (const std::string why = places.WhyNotFile(folder, name, claim_); !why.empty()) {
+    Refuse(path, why);
+  }
+  return folder;
+}
+
+Folder& WorkingFolder::OfFolder(std::string_view path) {
+  const std::string_view plain = WithoutBackslash(path);
+  Folder& folder = Open(FolderPart(plain));
+  const auto id = folder.IdOf(NamePart(plain));
+  if (id && PlacesOf(context_).IsSpared(*id)) Refuse(path, "it is precious.");
+  return folder;
+}
+
+}  // namespace quellix

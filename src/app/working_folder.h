@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "app/context.h"
+#include "app/file_list.h"
+#include "app/protected_places.h"
+
+namespace quellix {
+
+// What a run must leave alone: looked for once a run, when it is first asked.
+ProtectedPlaces& PlacesOf(CleaningContext& context);
+
+// The same where nothing runs: by what the settings say now.
+ProtectedPlaces LoadPlaces(const Machine& machine);
+
+// Opens the folders that the paths of a list lie in, one after the other: below the folder where
+// its walk began and through no link. What is precious is refused.
+class WorkingFolder {
+ public:
+  // `claim` counts for paths that were named by themselves. All must outlive the object.
+  WorkingFolder(CleaningContext& context, const FileList& list, Claim claim)
+      : context_(context), list_(list), claim_(claim) {}
+
+  // The folder that a file lies in, to work on NamePart(path); valid until the next call. Throws
+  // Error: kMissing, or kDenied when a link leads elsewhere or the file may not go.
+  Folder& Of(std::string_view path);
+  // The same for a folder that is to go itself; `path` may end in "\".
+  Folder& OfFolder(std::string_view path);
+
+ private:
+  Folder& Open(std::string_view parent);
+  std::unique_ptr<Folder> OpenBelow(std::string_view parent) const;
+
+  CleaningContext& context_;
+  const FileList& list_;
+  Claim claim_;
+  std::string path_;  // of opened_
+  std::unique_ptr<Folder> opened_;
+  FileId id_;
+};
+
+}  // namespace quellix

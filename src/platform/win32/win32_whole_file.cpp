@@ -1,0 +1,55 @@
+#include <random>
+
+#include "platform/win32/win32_error.h"
+#include "platform/win32/win32_folder.h"
+#include "platform/win32/win32_path.h"
+#include "platform/win32/win32_random_file.h"
+#include "platform/win32/win32_text.h"
+
+namespace quellix {
+namespace {
+
+// Nobody can guess it, and so nobody puts something in its way.
+std::string TemporaryName() {
+  std::random_device random;
+  std::string name = "~qx";
+  for (int i = 0; i < 16; ++i) name += "0123456789abcdef"[random() % 16];
+  return name + ".tmp";
+}
+
+}  // namespace
+
+// What of an old file the new one takes over; nothing of what is not there.
+UniqueFile Win32Folder::OpenReplaced(std::string_view name) const {
+  if (!IsName(name)) throw WindowsError(ERROR_INVALID_NAME, "write", At(name));
+  const std::optional<FileInfo> info = LookAt(Wide(name));
+  if (!info) return {};
+  if (info->is_link || info->is_folder || (info->attributes & kReadOnly)) {
+    throw WindowsError(ERROR_ACCESS_DENIED, "write", At(name));
+  }
+  return OpenEntry("write", name,
+                   {.access = READ_CONTROL | FILE_READ_ATTRIBUTES,
+                    .options = FILE_NON_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT});
+}
+
+void Win32Folder::WriteWhole(std::string_view name, std::string_view bytes) {
+  UniqueFile old = OpenReplaced(name);
+  const std::string temporary = TemporaryName();
+  try {
+    auto file = OpenRandomFile(folder_, Wide(temporary), At(name), OpenMode::kCreateNew);
+    if (old) file->TakeAccessListOf(old);
+    file->Write(0, bytes);
+    if (old) file->TakeLooksOf(old);
+    file->Flush();
+    file.reset();
+    old.Reset();  // nobody may have it open
+    GiveName("write", At(name), temporary, name, IfThere::kReplace);
+  } catch (const Error&) {
+    UniqueFile left;
+    Try(Wide(temporary), {.access = DELETE, .options = FILE_DELETE_ON_CLOSE}, left);
+    throw;
+  }
+  Flush();
+}
+
+}  // namespace quellix

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "app/protected_places.h"
+#include "platform/error.h"
+#include "platform/file_system.h"
+
+namespace quellix {
+
+// Behind the path of a folder that a walk has left alone.
+inline constexpr const char* kSparedSentence =
+    " is not cleaned: it is precious, or belongs to this program or its backups.";
+
+// Takes what a walk through folders comes by. Paths of folders end in "\".
+class FolderVisitor {
+ public:
+  virtual ~FolderVisitor() = default;
+
+  virtual Detail Needs() const { return Detail::kKind; }  // of each file
+  // A pause, before each entry of a folder, or before the folder itself is listed; true ends the
+  // walk.
+  virtual bool Stops(bool before_folder) = 0;
+  // A short pause for each entry that is listed; true ends the listing.
+  virtual bool StopsListing() = 0;
+  virtual void File(Folder& folder, const std::string& path, const Entry& entry) = 0;
+  // Whether a sub-folder is to be gone through; asked before it is opened.
+  virtual bool Wants(const std::string& path) = 0;
+  // A sub-folder's turn has come, or that of a link to one, which is never entered.
+  virtual void Begin(const std::string& /*path*/) {}
+  // All that is below it has been visited; of a link, nothing.
+  virtual void End(const std::string& /*path*/) {}
+  // A precious folder, left alone with all that is in it.
+  virtual void Spared(const std::string& /*path*/) {}
+  // A folder that cannot be opened or listed.
+  virtual void Failed(const std::string& /*path*/, const Error& /*error*/) {}
+};
+
+// When a folder's files are handed out: while it is listed; or behind the listing, before its
+// sub-folders, with the folder open; or in their turn between them, as listed.
+enum class WalkOrder { kWhileListing, kFilesFirst, kAsListed };
+
+// Goes through an open folder and those below it, each opened below the first one and through no
+// link. No stack grows with the depth of the tree. `path` is the folder's. The folders that a
+// visitor is given are valid during the call; with kAsListed the one given is the first one.
+// Folders that `spared` names are left alone; null spares none.
+void WalkFolder(Folder& folder, std::string_view path, WalkOrder order,
+                const ProtectedPlaces* spared, FolderVisitor& visitor);
+
+}  // namespace quellix
