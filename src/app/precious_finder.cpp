@@ -188,15 +188,15 @@ void PreciousFinder::FindListedProfiles() {
 
 void PreciousFinder::FindProfile(Folder& profile) {
   const auto noted = places_.folders_.find(profile.Id());
-  if (noted != places_.folders_.end() && noted->second >= Kind::kRoot) return;
-  places_.Note(profile, Kind::kRoot);
+  if (noted != places_.folders_.end() && noted->second >= Kind::kHome) return;
+  places_.Note(profile, Kind::kHome);
   NoteIn(&profile,
          {"AppData", "AppData\\Roaming", "AppData\\Roaming\\Microsoft",
           "AppData\\Roaming\\Microsoft\\Windows", "AppData\\Local", "AppData\\Local\\Microsoft",
           "AppData\\Local\\Microsoft\\Windows", "AppData\\Local\\Packages", "AppData\\LocalLow",
           "Application Data", "Application Data\\Microsoft", "Local Settings",
           "Local Settings\\Application Data", "Local Settings\\Application Data\\Microsoft"},
-         Kind::kRoot);
+         Kind::kHome);
   NoteIn(&profile,
          {"AppData\\Roaming\\Microsoft\\Protect", "AppData\\Roaming\\Microsoft\\Crypto",
           "AppData\\Roaming\\Microsoft\\Credentials", "AppData\\Roaming\\Microsoft\\Vault",
@@ -243,7 +243,7 @@ void PreciousFinder::FindProfile(Folder& profile) {
 // Where the user's folders are when they were moved.
 void PreciousFinder::FindKnownFolders() {
   for (const char* key : kShellKeys) {
-    NoteFolderValues(kCurrentUser, key, {"AppData", "Local AppData"}, Kind::kRoot);
+    NoteFolderValues(kCurrentUser, key, {"AppData", "Local AppData"}, Kind::kHome);
     NoteFolderValues(kCurrentUser, key,
                      {"Desktop", "Personal", "My Pictures", "My Music", "My Video", "Favorites",
                       "Start Menu", "{374DE290-123F-4565-9164-39C4925E467B}"},

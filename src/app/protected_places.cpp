@@ -63,11 +63,12 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
   const Kind rule = RuleFor(self, above);
   if (rule == Kind::kOwn) return kOwnPlace;
   if (rule == Kind::kTree) return kTreePlace;
-  const bool names_one = !HasWildcards(mask);
-  const bool is_harmless = names_one ? !MayBelongToWindows(mask) : HasHarmlessExtension(mask);
-  if (rule >= Kind::kRoot && (below || !is_harmless)) return kRootPlace;
+  const bool names_one = !HasWildcards(mask), is_harmless = HasHarmlessExtension(mask);
+  const bool may_go =
+      is_harmless || (names_one && (rule == Kind::kHome || !MayBelongToWindows(mask)));
+  if (rule >= Kind::kHome && (below || !may_go)) return kRootPlace;
   const bool is_own = claim == Claim::kOwnList;
-  if (rule == Kind::kPersonal && !is_own && (below || !HasHarmlessExtension(mask))) {
+  if (rule == Kind::kPersonal && !is_own && (below || !is_harmless)) {
     return kPersonalPlace;
   }
   const auto held = holders_.find(self);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/precious_names.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -239,6 +240,11 @@ FilesPlace FindFolders(const Machine& machine, ProtectedPlaces& places, const Fi
   const std::optional<FullPath> path = ToFullPath(folder);
   if (!path) {
     place.refusals.push_back(Refusal(entry.location, kNoFullPath));
+    return place;
+  }
+  // Known without a look at it, which a server may not grant.
+  if (path->parts.empty() && (entry.recurse || !HasHarmlessExtension(place.mask))) {
+    place.refusals.push_back(Refusal(entry.location, "it is a whole drive."));
     return place;
   }
   for (std::string& found : FolderSearch(machine.files, *path, pause).Find()) {

@@ -146,6 +146,9 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
       {"I|a.ini|s|Yes||%NO_SUCH%\\", "has no value"},
   };
   machine->SetText(kUser, "Quellix Branch", "v", "x");
+  machine->MakeFolder(std::string(FolderPart(profile)) + "Somebody Else");
+  for (const char* folder : {"\\SysWOW64", "\\System32"}) machine->MakeFolder(windows + folder);
+  machine->MakeFolder(ports.system.Environment("ProgramFiles").value());
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.record);
     const std::string log = CleanBy(row.record + "\r\n");
@@ -251,7 +254,7 @@ TEST_F(PluginRunTest, TheListDropsWhatIsNotInTheFolder) {
 
 TEST_F(PluginRunTest, BadRecipesHarmNothingAndStopDoesStop) {
   EXPECT_EQ(CleanPluginsLog(), "") << "without a list";
-  machine->MakeFile(scratch + "gr\xC3\xBCn\\a", "1");
+  for (const char* name : {"a", "b"}) machine->MakeFile(scratch + "gr\xC3\xBCn\\" + name, "1");
   WriteRecipe("huge.cdp", std::string((16u << 20) + 1, 'x'));
   WriteRecipe("empty.cdp", "");
   WriteRecipe("ansi.cdp", "F|No|No|" + scratch + "gr\xFCn\\*.*\r\n");
@@ -259,7 +262,7 @@ TEST_F(PluginRunTest, BadRecipesHarmNothingAndStopDoesStop) {
   StopWhenStatusBegins("Deleting file: ");
   CleanPluginsLog();
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
-  EXPECT_TRUE(machine->Exists(scratch + "gr\xC3\xBCn\\a"));
+  EXPECT_EQ(machine->Tree(scratch).size(), 2u) << "the folder and one of its files";
   view.on_status = nullptr;
   const std::string log = CleanPluginsLog();
   EXPECT_NE(log.find("\\plugins\\huge.cdp: "), std::string::npos) << log;
