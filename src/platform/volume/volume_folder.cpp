@@ -164,6 +164,22 @@ void VolumeFolder::Replace(std::string_view name, std::string_view bytes) {
   });
 }
 
+void VolumeFolder::ClearTemporaryFiles() {
+  std::vector<std::string> names;
+  Enumerate(Detail::kKind, [&names](const Entry& entry) {
+    if (!entry.info.is_folder && IsTemporaryName(entry.name)) names.emplace_back(entry.name);
+    return true;
+  });
+  for (const std::string& name : names) {
+    try {
+      Open(name, OpenMode::kReadAndCreate);  // by one at a time
+      RemoveFile(name);
+    } catch (const Error&) {
+      continue;
+    }
+  }
+}
+
 void VolumeFolder::CreateFolder(std::string_view name) {
   Located entry;
   if (FindPlace(name, entry)) {
