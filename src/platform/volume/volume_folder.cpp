@@ -66,7 +66,7 @@ Located VolumeFolder::Need(std::string_view name) {
 
 // Where an entry is or would be made; false when it is missing.
 bool VolumeFolder::FindPlace(std::string_view name, Located& entry) {
-  if (!IsUsableName(name)) Fail(EINVAL, name);
+  if (!IsUsableName(name)) Fail(ENOENT, name);
   if (drive_.Locate(fd(), name, entry)) return true;
   if (errno != ENOENT) Fail(errno, name);
   return false;
@@ -121,11 +121,11 @@ std::optional<FileId> VolumeFolder::IdOf(std::string_view name) {
 }
 
 std::unique_ptr<Folder> VolumeFolder::OpenFolder(std::string_view names) {
-  UniqueFd below = names.empty() ? UniqueFd() : drive_.OpenBelow(fd(), names);
+  UniqueFd below = drive_.OpenBelow(fd(), names);
   if (below) {
     return std::make_unique<VolumeFolder>(files_, drive_, std::move(below), PathOf(names));
   }
-  if (!names.empty()) RequireMissing(errno, PathOf(names));
+  RequireMissing(errno, PathOf(names));
   return nullptr;
 }
 
