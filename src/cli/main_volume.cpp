@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <iostream>
 
 #include "cli/console.h"
 #include "platform/error.h"
@@ -34,24 +35,38 @@ std::map<char, std::string> ParseDrives(const std::vector<std::string>& drives) 
 
 class MountedMachine : public quellix::OpenMachine {
  public:
-  explicit MountedMachine(const quellix::MachineOptions& options)
-      : mounted_(
+  MountedMachine(const quellix::MachineOptions& options, bool& is_stored)
+      : is_stored_(is_stored),
+        mounted_(
             {.volume = options.volume,
              .drives = ParseDrives(options.drives),
              .user = options.user,
              .settings = options.settings.empty() ? UsualSettingsFolder() : options.settings}) {}
+  // Whoever changed the registry has seen to it that it is stored; what nobody did is not lost
+  // without a word.
+  ~MountedMachine() override {
+    try {
+      mounted_.registry().CloseHives();
+    } catch (const quellix::Error& error) {
+      std::cerr << error.what() << std::endl;
+      is_stored_ = false;
+    }
+  }
   quellix::Machine machine() override { return mounted_.machine(); }
 
  private:
+  bool& is_stored_;
   quellix::VolumeMachine mounted_;
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  return quellix::RunConsole(
+  bool is_stored = true;
+  const int code = quellix::RunConsole(
       {argv + 1, argv + argc},
-      {.works_on_volumes = true, .open = [](const quellix::MachineOptions& options) {
-         return std::make_unique<MountedMachine>(options);
+      {.works_on_volumes = true, .open = [&is_stored](const quellix::MachineOptions& options) {
+         return std::make_unique<MountedMachine>(options, is_stored);
        }});
+  return is_stored ? code : int{quellix::kFailed};
 }

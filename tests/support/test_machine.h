@@ -15,7 +15,8 @@ enum class Ability {
   kKeepReadOnlyFolders,
   kRenameCaseAlone,
   kEmptyReadOnlyFiles,
-  kDenyNewSubKeys
+  kDenyNewSubKeys,
+  kChangeMovedFolders  // remove and rename in a folder that was moved while it was held
 };
 
 // A real machine to test on, fresh for each test: natively a temporary volume with hives of its
@@ -41,6 +42,8 @@ class TestMachine {
   virtual void MakeFolderLink(std::string_view link, std::string_view target) = 0;
   // A symbolic link to a file; false where the machine cannot make one.
   virtual bool MakeFileLink(std::string_view link, std::string_view target) = 0;
+  // One more name for a file.
+  virtual void MakeHardLink(std::string_view link, std::string_view target) = 0;
   // A path with its short (8.3) names, where this machine gives such; else the path itself.
   virtual std::string ShortName(std::string_view path) { return std::string(path); }
   virtual void SetLastWrite(std::string_view path, int64_t filetime) = 0;

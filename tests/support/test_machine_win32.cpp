@@ -170,7 +170,8 @@ class Win32TestMachine : public TestMachine {
 
   // Wine removes a Unix symlink's target instead of the link (the program then leaves the link
   // alone), stores no read-only attribute of a folder, takes a new name that differs in case alone
-  // for the old one, and leaves read-only files in the bin.
+  // for the old one, leaves read-only files in the bin, and removes and renames by the path that a
+  // folder had when it was opened.
   bool Can(Ability) override { return !RunsUnderWine(); }
   Machine machine() override { return windows_.machine(); }
   std::string Scratch() override { return WithBackslash(kScratchFolder); }
@@ -180,6 +181,10 @@ class Win32TestMachine : public TestMachine {
   void MakeFolderLink(std::string_view link, std::string_view target) override;
   // Symbolic links need a right that Windows gives to few, and Wine shows none of them as links.
   bool MakeFileLink(std::string_view, std::string_view) override { return false; }
+  void MakeHardLink(std::string_view link, std::string_view target) override {
+    Require(CreateHardLinkW(WidePath("make", link).c_str(), WidePath("make", target).c_str(), nullptr),
+            "make the link", link);
+  }
   std::string ShortName(std::string_view path) override {
     const std::wstring wide = Wide(path);
     return Narrow(GrowingText(

@@ -52,6 +52,9 @@ class NativeTestMachine : public VolumeTestMachine {
   void MakeFile(std::string_view path, std::string_view bytes) override;
   void MakeFolderLink(std::string_view link, std::string_view target) override;
   bool MakeFileLink(std::string_view link, std::string_view target) override;
+  void MakeHardLink(std::string_view link, std::string_view target) override {
+    fs::create_hard_link(Native(target), Native(link));
+  }
   void SetLastWrite(std::string_view path, int64_t filetime) override;
   std::shared_ptr<void> LockFile(std::string_view path) override;
 

@@ -104,6 +104,7 @@ void Hive::LookThrough() {
 void Hive::RequireWritable() {
   if (!is_looked_through_ && read_only_reason_.empty()) {
     is_looked_through_ = true;
+    files_.RequireWritable(path_);
     try {
       LookThrough();
       if (!IsSoundHive(files_.ReadWholeFile(path_, kLargestHive).value_or(""))) ThrowDamaged();

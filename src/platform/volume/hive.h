@@ -36,14 +36,16 @@ class Hive {
   // Null when the file is missing; throws Error when it is damaged or cannot be read. Damage
   // further in shows when it is reached; before the first change all of the hive is looked through.
   static std::shared_ptr<Hive> Open(VolumeFileSystem& files, const std::string& path);
-  ~Hive();  // commits; what fails then is lost
+  // Commits; what fails then is lost and told nobody, so whoever changed something calls Commit.
+  ~Hive();
   Hive(const Hive&) = delete;
   Hive& operator=(const Hive&) = delete;
 
   HiveNode root() const { return root_; }
   // Grows with every change.
   uint64_t generation() const { return generation_; }
-  // Throws Error (kDenied) with the reason when the hive can only be read.
+  // Throws Error (kDenied) with the reason when the hive can only be read. Before the first change
+  // it clears away what killed runs left beside it.
   void RequireWritable();
 
   // The node of a sub-key path; nothing when it is missing.
@@ -60,7 +62,8 @@ class Hive {
   HiveNode CreateSubKey(HiveNode parent, std::string_view name);
   void DeleteKey(HiveNode node);  // kNotEmpty when it has sub-keys
 
-  // Stores all changes. Throws Error; the old file then stays.
+  // Stores all changes. Throws Error; the old file then stays, and the changes wait for the next
+  // call, which throws again while the disk does not take them.
   void Commit();
 
  private:

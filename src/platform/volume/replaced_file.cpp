@@ -1,6 +1,7 @@
 #include "platform/volume/replaced_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/xattr.h>
 
 #include <cerrno>
@@ -13,10 +14,12 @@
 namespace quellix {
 namespace {
 
+constexpr const char* kCreatedName = "system.ntfs_crtime";
 // What NTFS keeps beside a file and does not list. The creation time comes last: whatever else is
 // set moves times.
+constexpr const char* kShortName = "system.ntfs_dos_name";
 constexpr const char* kNtfsNames[] = {"system.ntfs_acl", "system.ntfs_ea", "system.ntfs_attrib",
-                                      "system.ntfs_crtime"};
+                                      kCreatedName};
 
 std::optional<std::string> ReadAttribute(int from, const char* name) {
   std::string value(64 << 10, '\0');
@@ -35,20 +38,17 @@ int KeepAttribute(int from, int to, const char* name) {
 
 // What can be kept is kept; a disk without owners or attributes is no failure. An access list that
 // cannot be set again is one, as everyone might then read or change the file.
-int KeepIdentity(const Located& old, int to) {
-  if (!S_ISREG(old.status.st_mode)) return 0;
-  struct stat status;
-  const UniqueFd from = OpenRegular(old, O_RDONLY, old.name, status);
-  if (fchown(to, old.status.st_uid, old.status.st_gid) != 0) errno = 0;
-  fchmod(to, old.status.st_mode & 07777);
+int KeepIdentity(int from, const struct stat& status, int to) {
+  if (fchown(to, status.st_uid, status.st_gid) != 0) errno = 0;
+  fchmod(to, status.st_mode & 07777);
   char names[4096];
-  const ssize_t size = flistxattr(from.get(), names, sizeof names);
+  const ssize_t size = flistxattr(from, names, sizeof names);
   for (const char* name = names; name < names + size; name += std::string_view(name).size() + 1) {
-    KeepAttribute(from.get(), to, name);
+    KeepAttribute(from, to, name);
   }
   int code = 0;
   for (const char* name : kNtfsNames) {
-    const int failure = KeepAttribute(from.get(), to, name);
+    const int failure = KeepAttribute(from, to, name);
     if (name == kNtfsNames[0]) code = failure;
   }
   return code;
@@ -64,6 +64,7 @@ class TemporaryFile {
                             O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
       if (!fd_ && errno != EEXIST) return;
     }
+    flock(fd_.get(), LOCK_EX | LOCK_NB);  // tells it from what a killed run left
   }
   ~TemporaryFile() {
     if (fd_ && !placed_) unlinkat(target_.folder, name_.c_str(), 0);
@@ -72,8 +73,7 @@ class TemporaryFile {
   int fd() const { return fd_.get(); }
   bool Place() {
     if (fsync(fd_.get()) != 0) return false;
-    placed_ =
-        renameat(target_.folder, name_.c_str(), target_.folder, target_.name.c_str()) == 0;
+    placed_ = renameat(target_.folder, name_.c_str(), target_.folder, target_.name.c_str()) == 0;
     return placed_;
   }
 
@@ -91,8 +91,20 @@ void ReplaceFile(const Located& target, bool exists, std::string_view path,
   TemporaryFile file(target);
   if (file.fd() < 0) ThrowErrno(errno, path);
   fill(file.fd());
-  if (const int code = exists ? KeepIdentity(target, file.fd()) : 0) ThrowErrno(code, path);
+  std::optional<std::string> short_name;
+  if (exists && S_ISREG(target.status.st_mode)) {
+    struct stat status;
+    const UniqueFd old = OpenRegular(target, O_RDONLY, path, status);
+    if (const int code = KeepIdentity(old.get(), status, file.fd())) ThrowErrno(code, path);
+    short_name = ReadAttribute(old.get(), kShortName);
+  }
   if (!file.Place()) ThrowErrno(errno, path);
+  // It is free again only now, and moves the times.
+  if (short_name) {
+    const std::optional<std::string> created = ReadAttribute(file.fd(), kCreatedName);
+    fsetxattr(file.fd(), kShortName, short_name->data(), short_name->size(), 0);
+    if (created) fsetxattr(file.fd(), kCreatedName, created->data(), created->size(), 0);
+  }
   const UniqueFd folder(openat(target.folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder || fsync(folder.get()) != 0) ThrowErrno(errno, path);
 }

@@ -17,7 +17,6 @@ namespace {
 constexpr uint32_t kSettable = kReadOnly | kHidden | kSystem | kArchive;
 constexpr const char* kNtfsName = "system.ntfs_attrib";
 constexpr const char* kDosName = "system.dos_attrib";
-constexpr const char* kSambaName = "user.DOSATTRIB";
 constexpr const char* kReparseName = "system.ntfs_reparse_data";
 // Samba's binary form: an empty text, the version at 2, valid fields at 8, the attributes at 12.
 constexpr size_t kSambaVersion = 2, kSambaValid = 8, kSambaBits = 12;
@@ -102,26 +101,47 @@ std::optional<Stored> ReadStored(const Source& source, AttributeSupport& support
   return std::nullopt;
 }
 
-// chmod without following a link that took the entry's place.
-int SetOwnerWrite(const Located& entry, bool writable) {
-  const mode_t mode = entry.status.st_mode & 07777;
-  const mode_t wanted = writable ? mode | S_IWUSR : mode & ~static_cast<mode_t>(0222);
-  if (writable && (mode & S_IWUSR) != 0) return 0;
-  const UniqueFd fd(
-      openat(entry.folder, entry.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-  const std::string path = "/proc/self/fd/" + std::to_string(fd.get());
-  return fd && chmod(path.c_str(), wanted) == 0 ? 0 : errno;
+int WriteRaw(const Source& source, const Stored& stored) {
+  const int result =
+      source.fd >= 0
+          ? fsetxattr(source.fd, stored.name, stored.raw.data(), stored.raw.size(), 0)
+          : lsetxattr(source.path.c_str(), stored.name, stored.raw.data(), stored.raw.size(), 0);
+  return result == 0 ? 0 : errno;
 }
 
-int StoreBits(const std::string& path, const std::optional<Stored>& stored, uint32_t bits,
+// Through /proc, as chmod has no way not to follow a link that took the entry's place.
+int SetOwnerWrite(int file, mode_t mode, bool writable) {
+  mode &= 07777;
+  if (writable && (mode & S_IWUSR) != 0) return 0;
+  const std::string path = "/proc/self/fd/" + std::to_string(file);
+  const mode_t wanted = writable ? mode | S_IWUSR : mode & ~static_cast<mode_t>(0222);
+  return chmod(path.c_str(), wanted) == 0 ? 0 : errno;
+}
+
+int StoreBits(const Source& source, const std::optional<Stored>& stored, uint32_t bits,
               const AttributeSupport& support) {
   Stored next = stored.value_or(Stored{kSambaName, {}, 0});
   const uint32_t value = (next.bits & ~(kSettable | kNormal)) | bits;
   if (stored ? stored->bits == value : (bits & ~kReadOnly) == 0 || !support.samba) return 0;
   next.raw =
       next.name == kSambaName ? ToSamba(next.raw, value) : ToLittleEndian(value, next.raw.size());
-  if (lsetxattr(path.c_str(), next.name, next.raw.data(), next.raw.size(), 0) == 0) return 0;
-  return stored ? errno : 0;
+  const int code = WriteRaw(source, next);
+  return stored ? code : 0;
+}
+
+// `place` is the entry itself, for its mode.
+int Write(const Source& source, int place, mode_t mode, uint32_t attributes,
+          AttributeSupport& support) {
+  const uint32_t bits = attributes & kSettable;
+  const std::optional<Stored> stored = ReadStored(source, support);
+  // There the mode comes from the access list, which is to stay.
+  if (stored && stored->name == kNtfsName) return StoreBits(source, stored, bits, support);
+  // A read-only file takes no extended attributes, so it is writable meanwhile.
+  if (const int code = SetOwnerWrite(place, mode, true)) return code;
+  const int code = StoreBits(source, stored, bits, support);
+  const bool lock = code == 0 ? (bits & kReadOnly) != 0 : (mode & S_IWUSR) == 0;
+  const int locked = lock ? SetOwnerWrite(place, mode, false) : 0;
+  return code == 0 ? locked : code;
 }
 
 }  // namespace
@@ -143,17 +163,13 @@ uint32_t ReadAttributes(int file, mode_t mode, AttributeSupport& support) {
 
 int WriteAttributes(const Located& entry, uint32_t attributes, AttributeSupport& support) {
   if (S_ISLNK(entry.status.st_mode)) return 0;
-  const std::string path = ProcPath(entry);
-  const uint32_t bits = attributes & kSettable;
-  const std::optional<Stored> stored = ReadStored({path}, support);
-  const bool was_locked = (entry.status.st_mode & S_IWUSR) == 0;
-  const bool lock = (bits & kReadOnly) != 0;
-  // A read-only file takes no extended attributes, so it is writable meanwhile.
-  if (const int code = SetOwnerWrite(entry, true)) return code;
-  const int code = StoreBits(path, stored, bits, support);
-  if (code == 0) return lock ? SetOwnerWrite(entry, false) : 0;
-  if (was_locked) SetOwnerWrite(entry, false);
-  return code;
+  const UniqueFd place(openat(entry.folder, entry.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  if (!place) return errno;
+  return Write({ProcPath(entry)}, place.get(), entry.status.st_mode, attributes, support);
+}
+
+int WriteAttributes(int file, mode_t mode, uint32_t attributes, AttributeSupport& support) {
+  return Write({{}, file}, file, mode, attributes, support);
 }
 
 bool IsJunction(const Located& entry, const AttributeSupport& support) {

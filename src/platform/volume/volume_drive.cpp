@@ -48,7 +48,7 @@ UniqueFd OpenOneFolder(int from, const char* name) {
   return fd;
 }
 
-// "a\b" as "a/b"; nothing (ENOENT) when a component cannot be a name.
+// "a\b" as "a/b", a doubled separator as one; nothing (ENOENT) when a component cannot be a name.
 std::optional<std::string> ToDiskPath(std::string_view folder) {
   std::string result;
   result.reserve(folder.size());
@@ -151,7 +151,10 @@ UniqueFd VolumeDrive::OpenFolder(std::string_view folder) {
 }
 
 UniqueFd VolumeDrive::OpenBelow(int from, std::string_view names) {
-  const std::optional<std::string> asked = ToDiskPath(names);
+  const bool is_strict = !names.empty() && !names.starts_with('\\') && !names.ends_with('\\') &&
+                         names.find("\\\\") == names.npos;
+  errno = ENOENT;
+  const std::optional<std::string> asked = is_strict ? ToDiskPath(names) : std::nullopt;
   if (!asked) return UniqueFd();
   UniqueFd fd = Walk(from, *asked);
   if (fd || errno != ENOENT) return fd;

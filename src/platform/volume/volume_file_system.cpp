@@ -1,6 +1,7 @@
 #include "platform/volume/volume_file_system.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -124,6 +125,12 @@ void VolumeFileSystem::WriteWholeFile(std::string_view path, std::string_view by
 
 void VolumeFileSystem::Replace(std::string_view path, const std::function<void(int fd)>& fill) {
   OpenFolderOf(path)->Replace(NamePart(path), fill);
+}
+
+void VolumeFileSystem::RequireWritable(std::string_view path) {
+  const auto folder = OpenFolderOf(path);
+  if (faccessat(folder->fd(), ".", W_OK, AT_EACCESS) != 0) ThrowErrno(errno, path);
+  folder->ClearTemporaryFiles();
 }
 
 void VolumeFileSystem::Recycle(const Located& entry, const std::string& path) {

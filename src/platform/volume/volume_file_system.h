@@ -42,6 +42,9 @@ class VolumeFileSystem : public FileSystem {
   UniqueFd OpenForRead(std::string_view path);
   // Creates or replaces a file in one step, as WriteWholeFile: `fill` writes the new one.
   void Replace(std::string_view path, const std::function<void(int fd)>& fill);
+  // Throws when the disk does not let the file be replaced, as a write-protected one. Clears away
+  // what killed runs left in its folder.
+  void RequireWritable(std::string_view path);
 
   // Moves an entry, whose path is given, into the recycle bin of its drive.
   using Recycler = std::function<void(const Located& entry, const std::string& path)>;

@@ -66,7 +66,7 @@ Located VolumeFolder::Need(std::string_view name) {
 
 // Where an entry is or would be made; false when it is missing.
 bool VolumeFolder::FindPlace(std::string_view name, Located& entry) {
-  if (!IsUsableName(name)) Fail(EINVAL, name);
+  if (!IsUsableName(name)) Fail(ENOENT, name);
   if (drive_.Locate(fd(), name, entry)) return true;
   if (errno != ENOENT) Fail(errno, name);
   return false;
@@ -121,11 +121,11 @@ std::optional<FileId> VolumeFolder::IdOf(std::string_view name) {
 }
 
 std::unique_ptr<Folder> VolumeFolder::OpenFolder(std::string_view names) {
-  UniqueFd below = names.empty() ? UniqueFd() : drive_.OpenBelow(fd(), names);
+  UniqueFd below = drive_.OpenBelow(fd(), names);
   if (below) {
     return std::make_unique<VolumeFolder>(files_, drive_, std::move(below), PathOf(names));
   }
-  if (!names.empty()) RequireMissing(errno, PathOf(names));
+  RequireMissing(errno, PathOf(names));
   return nullptr;
 }
 
@@ -162,6 +162,22 @@ void VolumeFolder::Replace(std::string_view name, std::string_view bytes) {
   Replace(name, [&](int file) {
     if (const int code = WriteAll(file, bytes, 0)) Fail(code, name);
   });
+}
+
+void VolumeFolder::ClearTemporaryFiles() {
+  std::vector<std::string> names;
+  Enumerate(Detail::kKind, [&names](const Entry& entry) {
+    if (!entry.info.is_folder && IsTemporaryName(entry.name)) names.emplace_back(entry.name);
+    return true;
+  });
+  for (const std::string& name : names) {
+    try {
+      Open(name, OpenMode::kReadAndCreate);  // by one at a time
+      RemoveFile(name);
+    } catch (const Error&) {
+      continue;
+    }
+  }
 }
 
 void VolumeFolder::CreateFolder(std::string_view name) {

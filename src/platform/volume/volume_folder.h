@@ -40,6 +40,8 @@ class VolumeFolder : public Folder {
   // one.
   void Replace(std::string_view name, const std::function<void(int fd)>& fill);
   void Replace(std::string_view name, std::string_view bytes);
+  // Removes what killed runs left of Replace, where it can; not what another run works on.
+  void ClearTemporaryFiles();
   // The file, open for reading; none when it is missing. Throws Error.
   UniqueFd OpenForRead(std::string_view name);
 

@@ -4,10 +4,14 @@
 #include <sys/file.h>
 #include <sys/xattr.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <string>
 #include <utility>
 
+#include "platform/path.h"
+#include "platform/text.h"
 #include "platform/volume/entry_info.h"
 #include "platform/volume/volume_attributes.h"
 #include "platform/volume/volume_error.h"
@@ -16,6 +20,9 @@ namespace quellix {
 namespace {
 
 constexpr const char* kCreatedName = "system.ntfs_crtime";
+constexpr const char* kShortName = "system.ntfs_dos_name";
+// ntfs-3g shows streams so; on other disks these are what comes closest to them.
+constexpr std::string_view kStreamStart = "user.";
 
 // A FILETIME of 0 leaves the time as it is.
 timespec ToTimespec(int64_t filetime) {
@@ -53,8 +60,20 @@ class VolumeRandomFile : public RandomFile {
   FileTimes Times() override;
   uint32_t Attributes() override { return ReadAttributes(fd_.get(), status_.st_mode, support_); }
   void SetTimes(const FileTimes& times) override;
+  FileId Id() override { return IdFrom(status_); }
+  uint32_t LinkCount() override;
+  std::vector<Extent> Allocated() override;
+  void SetAttributes(uint32_t attributes) override {
+    const int code = WriteAttributes(fd_.get(), status_.st_mode, attributes, support_);
+    if (code != 0) ThrowErrno(code, path_);
+  }
+  std::vector<StreamInfo> Streams() override;
+  std::string ReadStream(std::string_view name) override;
+  void WriteStream(std::string_view name, std::string_view bytes) override;
 
  private:
+  std::vector<Extent> Seek();
+  std::vector<Extent> ReadThrough(uint64_t allocated);
   void Check(int result) {
     if (result != 0) ThrowErrno(errno, path_);
   }
@@ -92,12 +111,112 @@ FileTimes VolumeRandomFile::Times() {
   return times;
 }
 
+// The creation time last: with the other order ntfs-3g forgets the times that are set here.
 void VolumeRandomFile::SetTimes(const FileTimes& times) {
-  if (times.created != 0) {
-    fsetxattr(fd_.get(), kCreatedName, &times.created, sizeof times.created, XATTR_REPLACE);
-  }
   const timespec both[] = {ToTimespec(times.last_access), ToTimespec(times.last_write)};
   Check(futimens(fd_.get(), both));
+  if (times.created == 0) return;
+  fsetxattr(fd_.get(), kCreatedName, &times.created, sizeof times.created, XATTR_REPLACE);
+}
+
+// ntfs-3g counts the short name that a file may have beside its own. Of a file with several links
+// it does not tell that name, nor is it needed to know that they are several.
+uint32_t VolumeRandomFile::LinkCount() {
+  struct stat status;
+  Check(fstat(fd_.get(), &status));
+  char short_name[64];
+  const ssize_t size = status.st_nlink < 2 || !support_.ntfs
+                           ? -1
+                           : fgetxattr(fd_.get(), kShortName, short_name, sizeof short_name);
+  const bool is_own =
+      size > 0 && EqualsNoCase({short_name, static_cast<size_t>(size)}, NamePart(path_));
+  return static_cast<uint32_t>(status.st_nlink) - (size > 0 && !is_own ? 1 : 0);
+}
+
+std::vector<Extent> VolumeRandomFile::Allocated() {
+  struct stat status;
+  Check(fstat(fd_.get(), &status));
+  const auto size = static_cast<uint64_t>(status.st_size);
+  const auto allocated = static_cast<uint64_t>(status.st_blocks) * 512;
+  std::vector<Extent> extents = Seek();
+  // Drivers that cannot tell call everything data.
+  const bool is_told = allocated >= size || extents.size() != 1 || extents[0].size != size;
+  return is_told ? extents : ReadThrough(allocated);
+}
+
+std::vector<Extent> VolumeRandomFile::Seek() {
+  std::vector<Extent> extents;
+  for (off_t at = 0;;) {
+    const off_t start = lseek(fd_.get(), at, SEEK_DATA);
+    if (start < 0 && errno == ENXIO) return extents;
+    const off_t end = start < 0 ? start : lseek(fd_.get(), start, SEEK_HOLE);
+    if (end < 0) return {{0, Size()}};
+    extents.push_back({static_cast<uint64_t>(start), static_cast<uint64_t>(end - start)});
+    at = end;
+  }
+}
+
+// The parts that are not zero, until they make up all that is allocated; of a compressed file that
+// tells nothing.
+std::vector<Extent> VolumeRandomFile::ReadThrough(uint64_t allocated) {
+  constexpr size_t kSector = 512, kPiece = 1 << 20;
+  static constexpr char kZeros[kSector] = {};
+  const bool is_compressed = (Attributes() & kCompressed) != 0;
+  std::vector<Extent> extents;
+  std::string piece(kPiece, '\0');
+  uint64_t found = 0;
+  for (uint64_t at = 0; allocated > 0 && (is_compressed || found < allocated); at += kPiece) {
+    const size_t got = Read(at, piece);
+    for (size_t i = 0; i < got; i += kSector) {
+      const size_t size = std::min(kSector, got - i);
+      if (std::memcmp(piece.data() + i, kZeros, size) == 0) continue;
+      found += kSector;
+      if (!extents.empty() && extents.back().offset + extents.back().size == at + i) {
+        extents.back().size += size;
+      } else {
+        extents.push_back({at + i, size});
+      }
+    }
+    if (got < kPiece) break;
+  }
+  return extents;
+}
+
+std::vector<StreamInfo> VolumeRandomFile::Streams() {
+  std::vector<StreamInfo> streams;
+  const ssize_t size = flistxattr(fd_.get(), nullptr, 0);
+  std::string names(size > 0 ? static_cast<size_t>(size) : 0, '\0');
+  if (size > 0 && flistxattr(fd_.get(), names.data(), names.size()) != size) {
+    ThrowErrno(errno, path_);
+  }
+  for (const std::string& name : Split(names, '\0')) {
+    if (!name.starts_with(kStreamStart) || name == kSambaName) continue;
+    const ssize_t bytes = fgetxattr(fd_.get(), name.c_str(), nullptr, 0);
+    if (bytes < 0) ThrowErrno(errno, path_ + ":" + name.substr(kStreamStart.size()));
+    streams.push_back({name.substr(kStreamStart.size()), static_cast<uint64_t>(bytes)});
+  }
+  return streams;
+}
+
+std::string VolumeRandomFile::ReadStream(std::string_view name) {
+  std::string bytes(64 << 10, '\0');  // what the system hands out at most
+  const std::string attribute = std::string(kStreamStart).append(name);
+  const ssize_t size = fgetxattr(fd_.get(), attribute.c_str(), bytes.data(), bytes.size());
+  if (size < 0) {
+    ThrowErrno(errno == ENODATA ? ENOENT : errno, std::string(path_).append(":").append(name));
+  }
+  bytes.resize(static_cast<size_t>(size));
+  return bytes;
+}
+
+void VolumeRandomFile::WriteStream(std::string_view name, std::string_view bytes) {
+  const std::string attribute = std::string(kStreamStart).append(name);
+  if (fsetxattr(fd_.get(), attribute.c_str(), bytes.data(), bytes.size(), 0) == 0) return;
+  const std::string stream = std::string(path_).append(":").append(name);
+  if (errno == EOPNOTSUPP || errno == E2BIG || errno == ERANGE) {
+    throw NotAvailable("This disk cannot hold the stream " + stream);
+  }
+  ThrowErrno(errno, stream);
 }
 
 // Held as long as the file is open: two writers at once would undo each other's work.

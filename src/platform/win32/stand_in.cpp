@@ -35,4 +35,11 @@ bool IsWhereItWasOpened(const UniqueFile& folder, std::wstring_view path) {
          there.last_write == held.last_write && there.created == held.created;
 }
 
+void RefuseMovedFolder(const UniqueFile& folder, std::wstring_view path, std::string_view action,
+                       std::string_view shown) {
+  if (!IsStandIn() || IsWhereItWasOpened(folder, path)) return;
+  throw Error(Error::Kind::kDenied, "Cannot " + std::string(action) + " " + std::string(shown) +
+                                        ": its folder has been moved meanwhile.");
+}
+
 }  // namespace quellix

@@ -17,9 +17,14 @@ bool IsStandIn();
 void RefuseFollowedLink(const UniqueFile& folder, std::wstring_view name, std::string_view action,
                         std::string_view shown);
 
-// It removes by the path a folder had when it was opened, and says nothing when that does not lead
-// to the file any more. Finding that a name is missing makes it read the whole folder, so the folder
-// is looked at instead: whether it is still at `path`, its FinalPath.
+// It removes and renames by the path a folder had when it was opened: where that leads elsewhere by
+// now, a removal does nothing and says so to nobody, and a renaming meets another file. Whether an
+// open folder is still at `path`, its FinalPath; asking for a missing name instead would make it read
+// the whole folder each time.
 bool IsWhereItWasOpened(const UniqueFile& folder, std::wstring_view path);
+
+// Throws Error (kDenied) when it is not.
+void RefuseMovedFolder(const UniqueFile& folder, std::wstring_view path, std::string_view action,
+                       std::string_view shown);
 
 }  // namespace quellix

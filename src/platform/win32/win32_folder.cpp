@@ -1,5 +1,7 @@
 #include "platform/win32/win32_folder.h"
 
+#include <algorithm>
+
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/win32/stand_in.h"
@@ -102,6 +104,11 @@ UniqueFile Win32Folder::OpenListing(ULONG share) const {
   return listing;
 }
 
+const std::wstring& Win32Folder::FinalPathHere() {
+  if (final_path_.empty()) final_path_ = FinalPath(folder_);
+  return final_path_;
+}
+
 FileId Win32Folder::Id() {
   if (!id_.is_known()) id_ = IdOfOpen(folder_, shown_);
   return id_;
@@ -182,28 +189,24 @@ std::optional<FileId> Win32Folder::IdOf(std::string_view name) {
   return FileId{Id().volume, {found->number, 0}};
 }
 
-// In one step where the system promises to follow no link.
-UniqueFile Win32Folder::OpenThrough(std::string_view names) const {
+// In one step where the system promises to follow no link, or shows that it did not.
+UniqueFile Win32Folder::OpenThrough(std::wstring_view names) {
   UniqueFile folder;
-  if (IsStandIn()) return folder;
-  OpenWithWhatIsGranted(folder_.Get(), Wide(names),
-                        {.object = OBJ_CASE_INSENSITIVE | kDontReparse}, folder);
-  if (folder && IsOpenLink(folder)) folder.Reset();
+  OpenWithWhatIsGranted(folder_.Get(), names, {.object = OBJ_CASE_INSENSITIVE | kDontReparse},
+                        folder);
+  if (!folder || IsOpenLink(folder)) return {};
+  if (IsStandIn() && !SamePath(FinalPath(folder), FinalPathHere() + L"\\" + std::wstring(names))) {
+    return {};
+  }
   return folder;
 }
 
-// One by one where it does not, and to tell which of the names is in the way.
+// One by one where that fails, to tell which of the names is in the way.
 std::unique_ptr<Folder> Win32Folder::OpenFolder(std::string_view names) {
   const std::vector<std::string> steps = Split(names, '\\');
-  for (const std::string& step : steps) {
-    if (!IsName(step)) return nullptr;
-  }
-  if (steps.size() > 1) {
-    if (UniqueFile folder = OpenThrough(names)) {
-      return std::make_unique<Win32Folder>(std::move(folder), At(names), com_);
-    }
-  }
-  UniqueFile reached;
+  if (!std::all_of(steps.begin(), steps.end(), IsName)) return nullptr;
+  UniqueFile reached = OpenThrough(Wide(names));
+  if (reached) return std::make_unique<Win32Folder>(std::move(reached), At(names), com_);
   std::string shown = shown_;
   for (const std::string& step : steps) {
     const UniqueFile& above = reached ? reached : folder_;

@@ -47,7 +47,8 @@ class Win32Folder : public Folder {
   UniqueFile OpenListing(ULONG share = kShareAll) const;
   std::optional<FileInfo> LookAt(std::wstring_view name) const;
   std::optional<NtEntry> Find(std::wstring_view name) const;  // without its name
-  UniqueFile OpenThrough(std::string_view names) const;
+  UniqueFile OpenThrough(std::wstring_view names);
+  const std::wstring& FinalPathHere();  // asked for once; for what Wine does otherwise
 
   void Remove(std::string_view name, ULONG kind);
   bool RemoveAtOnce(std::wstring_view wide, std::string_view name, ULONG kind);
@@ -68,8 +69,8 @@ class Win32Folder : public Folder {
   std::string shown_;
   Win32Com& com_;
   FileId id_;
-  std::wstring final_path_;    // where it was opened, once it is asked for
-  bool was_listed_ = false;    // a handle lists once
+  std::wstring final_path_;
+  bool was_listed_ = false;      // a handle lists once
   bool removes_at_once_ = true;  // until its volume says that it cannot
 };
 

@@ -106,7 +106,8 @@ UniqueFile Win32Folder::HoldInPlace(const std::string& shown) const {
                                .share = FILE_SHARE_READ | FILE_SHARE_WRITE,
                                .options = FILE_DIRECTORY_FILE},
                               held);
-  if (status >= 0 && (!IsStandIn() || IsWhereItWasOpened(held, FinalPath(held)))) return held;
+  RefuseMovedFolder(folder_, FinalPath(folder_), kRecycle, shown);
+  if (status >= 0) return held;
   throw CannotRecycle(Error::Kind::kDenied, shown,
                       "its folder cannot be kept in its place meanwhile.");
 }

@@ -116,14 +116,12 @@ void Win32Folder::RemoveReadOnly(std::wstring_view wide, std::string_view name, 
 
 // Whoever only looks at a file does not hinder its removal, and keeps its name all the same.
 void Win32Folder::CheckGone(std::wstring_view wide, std::string_view name, ULONG kind) {
-  if (IsStandIn()) {
-    if (final_path_.empty()) final_path_ = FinalPath(folder_);
-    if (IsWhereItWasOpened(folder_, final_path_)) return;
-  }
+  if (IsStandIn() && IsWhereItWasOpened(folder_, FinalPathHere())) return;
   UniqueFile left;
   const NTSTATUS status = Try(
       wide, {.access = FILE_READ_ATTRIBUTES, .options = kind | FILE_OPEN_REPARSE_POINT}, left);
   if (IsMissing(status)) return;
+  RefuseMovedFolder(folder_, FinalPathHere(), "remove", At(name));
   throw WindowsError(ERROR_SHARING_VIOLATION, "remove", At(name));
 }
 
@@ -189,6 +187,7 @@ void Win32Folder::GiveName(std::string_view action, const std::string& shown,
                            std::string_view from, std::string_view to, IfThere if_there) {
   const std::wstring wide_from = NameFor(action, from), wide_to = NameFor(action, to);
   RefuseFollowedLink(folder_, wide_from, action, shown);
+  RefuseMovedFolder(folder_, FinalPathHere(), action, shown);
   UniqueFile file;
   NtBasic basic;
   NTSTATUS status = Try(wide_from, {.access = DELETE | FILE_READ_ATTRIBUTES}, file);

@@ -1,5 +1,4 @@
-#include <random>
-
+#include "platform/path.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_folder.h"
 #include "platform/win32/win32_path.h"
@@ -7,18 +6,6 @@
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
-namespace {
-
-// Nobody can guess it, and so nobody puts something in its way.
-std::string TemporaryName() {
-  std::random_device random;
-  std::string name = "~qx";
-  for (int i = 0; i < 16; ++i) name += "0123456789abcdef"[random() % 16];
-  return name + ".tmp";
-}
-
-}  // namespace
-
 // What of an old file the new one takes over; nothing of what is not there.
 UniqueFile Win32Folder::OpenReplaced(std::string_view name) const {
   if (!IsName(name)) throw WindowsError(ERROR_INVALID_NAME, "write", At(name));

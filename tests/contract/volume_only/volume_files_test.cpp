@@ -108,20 +108,51 @@ TEST_F(VolumeFiles, ALinkOnTheWayIsNotFollowed) {
   EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(Native("file"))));
 }
 
-// Whoever swaps a folder for a link while its files are removed one by one gains nothing.
-TEST_F(VolumeFiles, AFolderSwappedForALinkByAnotherProcessLeadsNowhere) {
-  const TemporaryFolder outside;
-  for (const char* name : {"/1", "/2", "/3"}) WriteNative(outside.path() + name, "kept");
-  for (const char* name : {"Temp/Sub/1", "Temp/Sub/2", "Temp/Other/x"}) Put(name);
-  files_.RemoveFile("C:\\Temp\\Sub\\1");
+// What is mounted in a folder, or put into its place, is not what was meant.
+TEST_F(VolumeFiles, NeitherADiskNorAnotherFolderIsTakenForTheOneThatWasOpened) {
+  Put("Temp/Sub/1");
+  Put("Temp/disk/kept");
+  const auto sub = files_.OpenFolder("C:\\Temp\\SUB");
+  const FileId id = sub->Id();
   fs::rename(Native("Temp/Sub"), Native("moved"));
-  fs::create_directory_symlink(outside.path(), Native("Temp/Sub"));
-  files_.RemoveFile("C:\\Temp\\Sub\\2");  // the one that was meant
-  EXPECT_TRUE(fs::is_empty(Native("moved")));
-  EXPECT_EQ(KindOf([this] { files_.RemoveFile("C:\\Temp\\Sub\\3"); }), Error::Kind::kDenied);
-  files_.RemoveFile("C:\\Temp\\Other\\x");
-  EXPECT_EQ(KindOf([this] { files_.RemoveFile("C:\\Temp\\Sub\\1"); }), Error::Kind::kDenied);
-  for (const char* name : {"/1", "/2", "/3"}) EXPECT_EQ(ReadNative(outside.path() + name), "kept");
+  Put("Temp/Sub/2", "kept");
+  sub->RemoveFile("1");
+  EXPECT_EQ(KindOf([&] { sub->RemoveFile("2"); }), Error::Kind::kMissing);
+  EXPECT_NE(files_.OpenFolder("C:\\Temp\\Sub")->Id(), id);
+  EXPECT_EQ(files_.OpenFolder("C:\\moved")->Id(), id);
+  EXPECT_EQ(sub->Above(), files_.OpenFolder("C:\\moved")->Above()) << "as it is now";
+  fs::remove(Native("moved"));
+  EXPECT_TRUE(KindOf([&] { sub->Above(); }));
+  const std::string disk = Native("Temp/disk");
+  if (mount(disk.c_str(), disk.c_str(), "tmpfs", 0, "") != 0) GTEST_SKIP() << "only root can mount";
+  EXPECT_EQ(KindOf([&] { files_.OpenFolder("C:\\Temp\\disk"); }), Error::Kind::kDenied);
+  EXPECT_EQ(KindOf([&] { files_.OpenFolder("C:\\Temp")->OpenFolder("disk"); }),
+            Error::Kind::kDenied);
+  EXPECT_TRUE(KindOf([&] { files_.RemoveFolder("C:\\Temp\\disk"); }));
+  umount(disk.c_str());
+}
+
+// The folder is searched once for all names that are missing, and known again after own changes.
+TEST_F(VolumeFiles, NamesAreFoundInAnyCaseWhateverHappensMeanwhile) {
+  Put("Temp/First", "1");
+  const auto folder = files_.OpenFolder("C:\\temp");
+  for (int i = 0; i < 3; ++i) EXPECT_FALSE(folder->Look("new" + std::to_string(i)));
+  EXPECT_EQ(KindOf([&] { folder->Open("FIRST", OpenMode::kCreateNew); }), Error::Kind::kExists);
+  folder->Open("Second", OpenMode::kCreateNew);
+  EXPECT_EQ(KindOf([&] { folder->Open("SECOND", OpenMode::kCreateNew); }), Error::Kind::kExists);
+  folder->Rename("second", "Third", IfThere::kFail);
+  EXPECT_TRUE(folder->Look("THIRD"));
+  EXPECT_FALSE(folder->Look("SECOND"));
+  folder->Rename("THIRD", "first", IfThere::kReplace);
+  EXPECT_EQ(Names("C:\\Temp"), std::vector<std::string>{"First"});
+  EXPECT_EQ(ReadNative(Native("Temp/First")), "");
+  fs::rename(Native("Temp/First"), Native("Temp/Fourth"));
+  EXPECT_FALSE(folder->Look("FIRST"));
+  EXPECT_TRUE(folder->Look("FOURTH"));
+  folder->CreateFolder("Fifth");
+  EXPECT_TRUE(folder->OpenFolder("FIFTH"));
+  EXPECT_EQ(KindOf([&] { folder->Rename("fourth", "fifth", IfThere::kReplace); }),
+            Error::Kind::kExists);
 }
 
 TEST_F(VolumeFiles, PipesAreRemovedButNeverOpened) {
@@ -197,8 +228,10 @@ class FullDisk : public VolumeFiles {
     fs::create_directory(Native("disk"));
     mounted_ = mount("quellix", Native("disk").c_str(), "tmpfs", 0, "size=64k") == 0;
     if (!mounted_) GTEST_SKIP() << "only root can mount a small disk";
+    files_ = VolumeFileSystem({{'D', Native("disk")}});
   }
   void TearDown() override {
+    files_ = VolumeFileSystem({});
     if (mounted_) umount(Native("disk").c_str());
   }
 
@@ -207,18 +240,18 @@ class FullDisk : public VolumeFiles {
 };
 
 TEST_F(FullDisk, TheOldFileStays) {
-  files_.WriteWholeFile("C:\\disk\\Settings.ini", "old");
+  files_.WriteWholeFile("D:\\Settings.ini", "old");
   const std::string large(100 << 10, 'x');
-  EXPECT_EQ(KindOf([&] { files_.WriteWholeFile("C:\\disk\\Settings.ini", large); }),
+  EXPECT_EQ(KindOf([&] { files_.WriteWholeFile("D:\\Settings.ini", large); }),
             Error::Kind::kFull);
-  EXPECT_EQ(files_.ReadWholeFile("C:\\disk\\Settings.ini"), "old");
-  EXPECT_EQ(Names("C:\\disk"), std::vector<std::string>{"Settings.ini"});
+  EXPECT_EQ(files_.ReadWholeFile("D:\\Settings.ini"), "old");
+  EXPECT_EQ(Names("D:\\"), std::vector<std::string>{"Settings.ini"});
 }
 
 TEST_F(FullDisk, TheOldHiveStays) {
   Put("disk/HIVE", EmptyHive());
   HivePaths paths;
-  paths.user = "C:\\disk\\HIVE";
+  paths.user = "D:\\HIVE";
   {
     VolumeRegistry registry(files_, paths);
     registry.CreateKey(RegistryRoot::kCurrentUser, "Key");
@@ -227,7 +260,7 @@ TEST_F(FullDisk, TheOldHiveStays) {
     EXPECT_EQ(KindOf([&] { key->Flush(); }), Error::Kind::kFull);
   }
   EXPECT_EQ(ReadNative(Native("disk/HIVE")), EmptyHive());
-  EXPECT_EQ(Names("C:\\disk"), std::vector<std::string>{"HIVE"});
+  EXPECT_EQ(Names("D:\\"), std::vector<std::string>{"HIVE"});
 }
 
 }  // namespace

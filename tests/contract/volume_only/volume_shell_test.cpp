@@ -48,7 +48,7 @@ TEST_F(VolumeBin, EntriesAreWrittenAsWindowsReadsThem) {
 TEST_F(VolumeBin, FoldersInItGoWithoutFollowingLinks) {
   test_->MakeFile("C:\\outside\\kept.txt", "kept");
   test_->MakeFile(bin_ + "$RAAAAAA\\deep\\x.txt", "x");
-  test_->MakeFile(bin_ + "$IAAAAAA", std::string(8, '\2') + "\7" + std::string(19, '\0'));
+  test_->MakeFile(bin_ + "$IAAAAAA", std::string("\2\0\0\0\0\0\0\0\7", 9) + std::string(19, '\0'));
   test_->MakeFolderLink(bin_ + "$RAAAAAA\\link", "C:\\outside");
   test_->MakeFile(bin_ + "$IBBBBBB", "an index alone");
   EXPECT_EQ(shell_.QueryRecycleBin().items, 1u);

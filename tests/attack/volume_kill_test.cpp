@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+
+#include "attack/volume_traced_run.h"
+#include "cli/console_fixture.h"
+#include "platform/path.h"
+#include "support/hive_file.h"
+#include "support/volume_seed.h"
+
+namespace quellix {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kMru = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU";
+
+// Runs that are killed somewhere between their changes.
+class Kill : public testing::Test {
+ protected:
+  void Seed() {
+    for (int i = 0; i < 12; ++i) {
+      const std::string name = "file " + std::to_string(i) + ".tmp";
+      contents_[name] = name + std::string(static_cast<size_t>(i) * 1000, 'x');
+      test_->MakeFile(temp_ + "Sub " + std::to_string(i % 3) + "\\" + name, contents_[name]);
+    }
+    test_->SetText(RegistryRoot::kCurrentUser, kMru, "MRUList", "a");
+    test_->SetText(RegistryRoot::kCurrentUser, kMru, "a", "cmd\\1");
+    test_->CloseHives();
+  }
+  std::vector<std::string> Arguments(std::vector<std::string> command) {
+    for (const std::string& more : MachineArguments(*test_)) command.push_back(more);
+    return command;
+  }
+  TracedRun CleanKilledAt(size_t change, const std::string& method) {
+    std::vector<std::string> command = {QUELLIXCTL, "clean", "--method", method, "--item",
+                                        "CleanTempFiles", "CleanRunMRU"};
+    return RunTraced(Arguments(command), change);
+  }
+  std::string Backups() { return test_->options().settings + "/Backup"; }
+  // The contents of all files below a folder of this system, by name.
+  static std::map<std::string, std::string> Contents(const std::string& folder) {
+    std::map<std::string, std::string> contents;
+    if (!fs::exists(folder)) return contents;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+      if (entry.is_regular_file()) {
+        contents[entry.path().filename().string()] = ReadNative(entry.path().string());
+      }
+    }
+    return contents;
+  }
+  // Every file is where it was or in an archive that can be read.
+  void ExpectNothingLost() {
+    const TemporaryFolder restored;
+    if (fs::exists(Backups())) {
+      for (const auto& archive : fs::directory_iterator(Backups())) {
+        if (archive.path().extension() != ".zip") continue;
+        RunQuellixctl(Arguments({"backup", "restore", archive.path().filename().string(), "--to",
+                                 restored.path(), "--overwrite", "always"}));
+      }
+    }
+    std::map<std::string, std::string> found = Contents(restored.path());
+    found.merge(Contents(test_->Native(temp_)));
+    for (const auto& [name, content] : contents_) EXPECT_EQ(found[name], content) << name;
+  }
+  void ExpectNothingLyingAbout() {
+    for (const std::string& root : {test_->options().volume, test_->options().settings}) {
+      for (const auto& entry : fs::recursive_directory_iterator(root)) {
+        EXPECT_FALSE(IsTemporaryName(entry.path().filename().string())) << entry.path();
+      }
+    }
+  }
+
+  std::unique_ptr<VolumeTestMachine> test_ = VolumeTestMachine::CreateVolume();
+  const std::string temp_ =
+      std::string("C:\\Users\\") + kTesterName + "\\AppData\\Local\\Temp\\";
+  std::map<std::string, std::string> contents_;
+};
+
+TEST_F(Kill, EveryFileIsOnTheDiskOrInTheArchiveAndTheNextRunFinishes) {
+  Seed();
+  const TracedRun whole = CleanKilledAt(SIZE_MAX, "backup");
+  ASSERT_EQ(whole.exit_code, 0);
+  ASSERT_GT(whole.changes, 30u);
+  ExpectNothingLost();
+  const size_t rounds = std::min(Rounds(12), whole.changes);
+  for (size_t round = 0; round < rounds; ++round) {
+    // Spread over the run; with many rounds each call has its turn.
+    const size_t change = (round * whole.changes + whole.changes / 2) / rounds;
+    SCOPED_TRACE(change);
+    fs::remove_all(Backups());
+    Seed();
+    EXPECT_TRUE(CleanKilledAt(change, "backup").killed || change + 3 > whole.changes);
+    ExpectNothingLost();
+    EXPECT_EQ(CleanKilledAt(SIZE_MAX, "backup").exit_code, 0);
+    EXPECT_TRUE(test_->Tree(temp_).empty());
+    EXPECT_TRUE(test_->ValueNames(RegistryRoot::kCurrentUser, kMru).empty());
+    test_->CloseHives();
+    ExpectNothingLost();
+    ExpectNothingLyingAbout();
+    if (HasFailure()) break;
+  }
+}
+
+}  // namespace
+}  // namespace quellix

@@ -1,0 +1,210 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "contract/error_kind.h"
+#include "ntfs/ntfs_volume.h"
+#include "support/hive_file.h"
+
+namespace quellix {
+namespace {
+
+namespace fs = std::filesystem;
+
+// 2016 and later, each with steps of 100 ns.
+constexpr FileTimes kTimes{131000000001234567, 132000000007654321, 132539328001234567};
+
+class NtfsFiles : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    if (NtfsVolume::Hindrance().empty()) volume_ = std::make_unique<NtfsVolume>();
+  }
+  static void TearDownTestSuite() { volume_.reset(); }
+  void SetUp() override {
+    if (!volume_) GTEST_SKIP() << NtfsVolume::Hindrance();
+    folder_.emplace();
+    files_.emplace(std::map<char, std::string>{{'C', folder_->path()}});
+    root_ = files_->OpenFolder("C:\\");
+  }
+  std::string Native(const std::string& name) const { return folder_->path() + "/" + name; }
+  void Put(const std::string& name, const std::string& bytes = "x") {
+    fs::create_directories(fs::path(Native(name)).parent_path());
+    WriteNative(Native(name), bytes);
+  }
+  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode = OpenMode::kReadAndCreate) {
+    return root_->Open(name, mode);
+  }
+
+  static std::unique_ptr<NtfsVolume> volume_;
+  std::optional<TemporaryFolder> folder_;
+  std::optional<VolumeFileSystem> files_;
+  std::unique_ptr<Folder> root_;
+};
+std::unique_ptr<NtfsVolume> NtfsFiles::volume_;
+
+TEST_F(NtfsFiles, AReplacedFileKeepsWhatNtfsKeepsOfIt) {
+  const struct {
+    const char* row;
+    std::function<void()> replace;
+  } kRows[] = {{"a file", [this] { files_->WriteWholeFile("C:\\NTUSER.dat", "new"); }},
+               {"a hive", [this] {
+                  HivePaths paths;
+                  paths.user = "C:\\NTUSER.DAT";
+                  VolumeRegistry registry(*files_, paths);
+                  registry.Create(RegistryRoot::kCurrentUser, "Key")->Flush();
+                }}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.row);
+    Put("NTUSER.DAT", EmptyHive());
+    const std::string file = Native("NTUSER.DAT");
+    std::string acl = NtfsAttribute(file, "system.ntfs_acl");
+    ASSERT_EQ(acl.size(), 80u);
+    acl.replace(64, 4, LittleEndian(0x1200A9, 4));  // everyone may read, no more
+    SetNtfsAttribute(file, "system.ntfs_acl", acl);
+    SetNtfsAttribute(file, "system.ntfs_crtime", LittleEndian(kTimes.created, 8));
+    SetNtfsAttribute(file, "system.ntfs_dos_name", "NTUSE~7.DAT");
+    SetNtfsAttribute(file, "user.Zone.Identifier", "[ZoneTransfer]");
+    SetNtfsAttribute(file, "system.ntfs_attrib", LittleEndian(kHidden | kSystem | kReadOnly, 4));
+    row.replace();
+    EXPECT_NE(ReadNative(file), EmptyHive());
+    EXPECT_EQ(NtfsAttribute(file, "system.ntfs_acl"), acl);
+    EXPECT_EQ(FromLittleEndian(NtfsAttribute(file, "system.ntfs_attrib")),
+              uint64_t{kHidden | kSystem | kReadOnly});
+    EXPECT_EQ(FromLittleEndian(NtfsAttribute(file, "system.ntfs_crtime")),
+              static_cast<uint64_t>(kTimes.created));
+    EXPECT_EQ(NtfsAttribute(file, "system.ntfs_dos_name"), "NTUSE~7.DAT");
+    EXPECT_EQ(NtfsAttribute(file, "user.Zone.Identifier"), "[ZoneTransfer]");
+    fs::remove(file);
+    EXPECT_TRUE(fs::is_empty(folder_->path())) << "nothing temporary is left";
+  }
+}
+
+TEST_F(NtfsFiles, AttributesAreThoseOfTheDiskAndKeepNobodyFromRemoving) {
+  for (const uint32_t bits : {kReadOnly | kHidden, kSystem | kReadOnly | kArchive, kHidden + 0u}) {
+    SCOPED_TRACE(bits);
+    Put("file");
+    const std::string acl = NtfsAttribute(Native("file"), "system.ntfs_acl");
+    root_->SetAttributes("FILE", bits);
+    EXPECT_EQ(FromLittleEndian(NtfsAttribute(Native("file"), "system.ntfs_attrib")), bits);
+    EXPECT_EQ(root_->Look("file")->attributes, bits);
+    EXPECT_EQ(Open("file", OpenMode::kRead)->Attributes(), bits);
+    Open("file", OpenMode::kRead)->SetAttributes(kArchive);
+    EXPECT_EQ(root_->Look("file")->attributes, uint32_t{kArchive});
+    EXPECT_EQ(NtfsAttribute(Native("file"), "system.ntfs_acl"), acl);
+    root_->SetAttributes("file", bits);
+    root_->RemoveFile("file");
+    EXPECT_FALSE(fs::exists(Native("file")));
+  }
+}
+
+// One file shows it only until the driver asks the disk again, so there are more.
+TEST_F(NtfsFiles, TimesAreKeptToTheStepOfManyFiles) {
+  for (int i = 0; i < 300; ++i) {
+    const auto file = Open("new", OpenMode::kCreateNew);
+    file->Write(0, "x");
+    file->SetTimes(kTimes);
+    file->Flush();
+    root_->Rename("new", std::to_string(i), IfThere::kFail);
+  }
+  for (int i = 0; i < 300; ++i) {
+    const std::string times = NtfsAttribute(Native(std::to_string(i)), "system.ntfs_times");
+    ASSERT_EQ(times.substr(0, 24), LittleEndian(kTimes.created, 8) +
+                                       LittleEndian(kTimes.last_write, 8) +
+                                       LittleEndian(kTimes.last_access, 8))
+        << i;
+  }
+  const FileTimes times = Open("7", OpenMode::kRead)->Times();
+  EXPECT_EQ(times.created, kTimes.created);
+  EXPECT_EQ(times.last_write, kTimes.last_write);
+}
+
+TEST_F(NtfsFiles, StreamsAreListedReadAndWritten) {
+  Put("file");
+  EXPECT_TRUE(Open("file")->Streams().empty());
+  const std::string large(60'000, 's'), binary("\0\1\xFF", 3);
+  Open("file")->WriteStream("Zone.Identifier", "old");
+  Open("file")->WriteStream("Zone.Identifier", large);
+  Open("file")->WriteStream("b", binary);
+  EXPECT_EQ(NtfsAttribute(Native("file"), "user.b"), binary);
+  const auto file = Open("file", OpenMode::kRead);
+  std::map<std::string, uint64_t> sizes;
+  for (const StreamInfo& stream : file->Streams()) sizes[stream.name] = stream.size;
+  EXPECT_EQ(sizes, (std::map<std::string, uint64_t>{{"Zone.Identifier", large.size()}, {"b", 3}}));
+  EXPECT_EQ(file->ReadStream("Zone.Identifier"), large);
+  EXPECT_EQ(file->ReadStream("b"), binary);
+  EXPECT_EQ(KindOf([&] { file->ReadStream("none"); }), Error::Kind::kMissing);
+  EXPECT_EQ(KindOf([&] { Open("file")->WriteStream("c", std::string(70'000, 's')); }),
+            Error::Kind::kNotAvailable);
+}
+
+TEST_F(NtfsFiles, AShortNameIsNoFurtherLink) {
+  const struct {
+    const char *row, *name, *short_name;
+    bool link;
+    uint32_t links;
+  } kRows[] = {{"plain", "plain", "", false, 1},
+               {"short name", "a long name.text", "ALONGN~1.TEX", false, 1},
+               {"own name as short name", "SHORT.TXT", "SHORT.TXT", false, 1},
+               {"link", "linked", "", true, 2}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.row);
+    Put(row.name);
+    if (*row.short_name) SetNtfsAttribute(Native(row.name), "system.ntfs_dos_name", row.short_name);
+    if (row.link) fs::create_hard_link(Native(row.name), Native("other"));
+    EXPECT_EQ(Open(row.name, OpenMode::kRead)->LinkCount(), row.links);
+    if (*row.short_name == '\0') continue;
+    EXPECT_EQ(root_->IdOf(row.short_name), root_->IdOf(row.name)) << "the same file by both";
+  }
+  Put("A long folder/file");
+  SetNtfsAttribute(Native("A long folder"), "system.ntfs_dos_name", "ALONGF~1");
+  EXPECT_EQ(files_->OpenFolder("C:\\ALONGF~1")->Id(), files_->OpenFolder("C:\\a long folder")->Id());
+}
+
+TEST_F(NtfsFiles, OnlyWhatIsAllocatedOfASparseFileIsTold) {
+  constexpr uint64_t kFirst = 100 << 20, kSecond = 700 << 20;
+  {
+    const auto file = Open("sparse", OpenMode::kCreateNew);
+    file->Resize(uint64_t{1} << 30);
+    EXPECT_TRUE(Open("sparse", OpenMode::kRead)->Allocated().empty());
+    file->Write(kFirst, "secret");
+    file->Write(kSecond, std::string(10'000, 's'));
+  }
+  const auto file = Open("sparse", OpenMode::kRead);
+  EXPECT_NE(file->Attributes() & kSparse, 0u);
+  uint64_t told = 0, held = 0;
+  for (const Extent& extent : file->Allocated()) {
+    told += extent.size;
+    for (const uint64_t at : {kFirst, kSecond, kSecond + 9'999}) {
+      held += at >= extent.offset && at < extent.offset + extent.size;
+    }
+  }
+  EXPECT_EQ(held, 3u) << "nothing that was written is missing";
+  EXPECT_LE(told, 64u << 10);
+  Put("plain", std::string(10'000, '\0'));
+  const auto plain = Open("plain", OpenMode::kRead)->Allocated();
+  ASSERT_EQ(plain.size(), 1u);
+  EXPECT_EQ(plain[0].size, 10'000u) << "zeros that take room";
+}
+
+TEST_F(NtfsFiles, JunctionsAreRemovedThemselvesAndLeadNowhere) {
+  Put("outside/kept");
+  MakeJunction(Native("junction"), "C:\\" + fs::path(Native("outside")).lexically_relative(volume_->path()).string());
+  MakeJunction(Native("dangling"), "C:\\nowhere");
+  for (const char* name : {"junction", "dangling"}) {
+    SCOPED_TRACE(name);
+    EXPECT_TRUE(root_->Look(name)->is_link);
+    EXPECT_TRUE(root_->Look(name)->is_folder);
+    EXPECT_EQ(KindOf([&] { root_->OpenFolder(name); }), Error::Kind::kDenied);
+    EXPECT_TRUE(KindOf([&] { root_->RemoveFile(name); }));
+    EXPECT_TRUE(KindOf([&] { root_->CreateFolder(name); }));
+    EXPECT_TRUE(KindOf([&] { Open(name, OpenMode::kRead); }));
+    root_->RemoveFolder(name);
+    EXPECT_FALSE(root_->Look(name));
+  }
+  EXPECT_TRUE(fs::exists(Native("outside/kept")));
+}
+
+}  // namespace
+}  // namespace quellix

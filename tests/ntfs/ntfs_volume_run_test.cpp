@@ -1,0 +1,149 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "cli/console_fixture.h"
+#include "ntfs/ntfs_volume.h"
+#include "platform/text.h"
+#include "support/hive_file.h"
+
+namespace quellix {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kMru = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU";
+
+// A Windows on an NTFS, cleaned by the console.
+class NtfsRun : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (const std::string hindrance = NtfsVolume::Hindrance(); !hindrance.empty()) {
+      GTEST_SKIP() << hindrance;
+    }
+    volume_.emplace();
+    SeedWindows(volume_->path());
+    WriteNative(Temp("a.tmp"), "12345");
+    fs::create_directory(Temp("Sub"));
+    WriteNative(Temp("Sub/b.tmp"), "12345");
+    VolumeMachine machine(options());
+    const auto key = machine.machine().registry.Create(RegistryRoot::kCurrentUser, kMru);
+    key->SetValue("MRUList", {kRegSz, ToUtf16Bytes("a") + std::string(2, '\0')});
+    key->SetValue("a", {kRegSz, ToUtf16Bytes("cmd\\1") + std::string(2, '\0')});
+    key->Flush();
+  }
+  VolumeOptions options() { return {volume_->path(), {}, "", volume_->Beside("settings")}; }
+  std::string Temp(const std::string& name) {
+    return volume_->path() + "/Users/" + kTesterName + "/AppData/Local/Temp/" + name;
+  }
+  bool HasMru() {
+    VolumeMachine machine(options());
+    const auto key =
+        machine.machine().registry.Open(RegistryRoot::kCurrentUser, kMru, RegistryAccess::kRead);
+    return key && key->ValueAt(0).has_value();
+  }
+  ProgramResult Run(std::vector<std::string> arguments) {
+    for (const char* more : {"--volume", "--settings"}) arguments.emplace_back(more);
+    arguments.insert(arguments.end() - 1, options().volume);
+    arguments.push_back(options().settings);
+    return RunQuellixctl(arguments);
+  }
+  // Everything on the volume: kind, size, times, attributes and bytes.
+  std::map<std::string, std::string> Snapshot() {
+    std::map<std::string, std::string> all;
+    for (const auto& entry : fs::recursive_directory_iterator(volume_->path())) {
+      const std::string path = entry.path().string();
+      std::string& told = all[path.substr(volume_->path().size())];
+      told = NtfsAttribute(path, "system.ntfs_times").substr(0, 16) +
+             NtfsAttribute(path, "system.ntfs_attrib") + NtfsAttribute(path, "system.ntfs_acl");
+      if (entry.is_regular_file() && !entry.is_symlink()) told += ReadNative(path);
+    }
+    return all;
+  }
+
+  std::optional<NtfsVolume> volume_;
+};
+
+TEST_F(NtfsRun, AWholeRunCleansAndKeepsTheHivesAccessList) {
+  const std::string hive = volume_->path() + "/Users/" + kTesterName + "/NTUSER.DAT";
+  std::string acl = NtfsAttribute(hive, "system.ntfs_acl");
+  acl.replace(64, 4, LittleEndian(0x1200A9, 4));
+  SetNtfsAttribute(hive, "system.ntfs_acl", acl);
+  fs::create_directory(volume_->path() + "/outside");
+  WriteNative(volume_->path() + "/outside/kept", "kept");
+  MakeJunction(Temp("junction"), "C:\\outside");
+  const ProgramResult result =
+      Run({"clean", "--item", "CleanTempFiles", "CleanRunMRU"});
+  EXPECT_EQ(result.exit_code, 0) << result.output;
+  EXPECT_TRUE(fs::is_empty(Temp(""))) << result.output;
+  EXPECT_FALSE(HasMru());
+  EXPECT_EQ(NtfsAttribute(hive, "system.ntfs_acl"), acl);
+  EXPECT_EQ(ReadNative(volume_->path() + "/outside/kept"), "kept");
+}
+
+TEST_F(NtfsRun, WhatTheDiskDoesNotTakeIsSaidAndNothingGoes) {
+  const struct {
+    const char *row, *told;
+    std::function<void()> prepare;
+    std::vector<std::string> items;
+  } kRows[] = {
+      {"read-only", "write-protected", [this] { volume_->Remount("ro"); },
+       {"CleanTempFiles", "CleanRunMRU"}},
+      {"read-only, registry alone", "write-protected", [] {}, {"CleanRunMRU"}},
+      {"read-only, files alone", "", [] {}, {"CleanTempFiles"}},
+      {"hibernated", "write-protected",
+       [this] {
+         volume_->Remount("rw");
+         WriteNative(volume_->path() + "/hiberfil.sys", "hibr" + std::string(8188, '\0'));
+         volume_->Remount("rw");  // it falls back to reading by itself
+       },
+       {"CleanTempFiles", "CleanRunMRU"}},
+      {"full", "not enough space",
+       [this] {
+         volume_->Remount("remove_hiberfile");
+         std::ofstream fill(volume_->path() + "/fill");
+         for (const size_t piece : {64u << 10, 512u}) {
+           const std::string zeros(piece, 'z');
+           while (fill.write(zeros.data(), static_cast<std::streamsize>(piece)).flush()) {
+           }
+           fill.clear();
+         }
+       },
+       {"CleanRunMRU"}},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.row);
+    row.prepare();
+    const auto before = Snapshot();
+    std::vector<std::string> arguments = {"clean", "--item"};
+    arguments.insert(arguments.end(), row.items.begin(), row.items.end());
+    const ProgramResult result = Run(arguments);
+    EXPECT_TRUE(result.exit_code == 1 || result.exit_code == 3) << result.output;
+    EXPECT_NE(result.output.find(row.told), std::string::npos) << result.output;
+    EXPECT_TRUE(HasMru());
+    EXPECT_EQ(Snapshot(), before);
+  }
+}
+
+TEST_F(NtfsRun, ReadingNeverWrites) {
+  const auto before = Snapshot();
+  const std::vector<std::vector<std::string>> kCommands = {
+      {"clean", "--preview", "--item", "CleanTempFiles", "CleanRunMRU"},
+      {"search", "unnecessary"},
+      {"search", "empty"},
+      {"registry", "shared-dlls"},
+      {"registry", "file-references", "--thorough"},
+      {"backup", "list"},
+      {"plugins", "list"}};
+  for (const auto& command : kCommands) {
+    SCOPED_TRACE(command[0] + " " + command[1]);
+    const ProgramResult result = Run(command);
+    EXPECT_EQ(result.exit_code, 0) << result.output;
+    EXPECT_EQ(Snapshot(), before);
+  }
+}
+
+}  // namespace
+}  // namespace quellix
