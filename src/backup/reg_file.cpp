@@ -153,7 +153,7 @@ class Parser {
   }
   void RequireLineEnd() {
     SkipBlanks();
-    if (Peek() == ';') {
+    if (Peek() == ';' || std::string_view(text_).substr(at_) == "\r") {
       Line();
     } else if (at_ < text_.size() && !Take("\r\n") && !Take("\n")) {
       Fail("something follows the value");

@@ -190,12 +190,10 @@ void Restorer::Write(ZipEntry& entry, const std::string& name, IfThere if_there)
                                  stream + "\": " + error.what());
     }
   }
-  const uint32_t attributes = (entry.attributes & kSettable) | kind;
-  if (attributes != kind) file.SetAttributes(attributes);
   FileTimes times = entry.times;
   times.last_write = LastWriteOf(entry, machine_.system);
   file.SetTimes(times);
-  written_.push_back({std::move(made), name, if_there});
+  written_.push_back({std::move(made), name, if_there, entry.attributes & kSettable});
   written_bytes_ += entry.size;
   if (written_.size() >= kMostWritten || written_bytes_ >= kMostBytes) PlaceAll();
 }
@@ -230,7 +228,10 @@ void Restorer::PlaceAll() {
   std::erase_if(written,
                 [&](Written& file) { return !attempt([&] { file.made.file().Flush(); }); });
   for (Written& file : written) {
-    result_.restored += attempt([&] { file.made.Place(file.name, file.if_there); });
+    if (!attempt([&] { file.made.Place(file.name, file.if_there); })) continue;
+    ++result_.restored;
+    const uint32_t attributes = file.attributes == 0 ? uint32_t{kNormal} : file.attributes;
+    attempt([&] { folder_->SetAttributes(file.name, attributes); });
   }
   attempt([&] { folder_->Flush(); });
 }

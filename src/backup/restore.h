@@ -51,6 +51,7 @@ class Restorer {
     NewFile made;
     std::string name;
     IfThere if_there;
+    uint32_t attributes;
   };
 
   void Put(ZipEntry entry);

@@ -40,8 +40,8 @@ void HideLongComment(ArchiveStream& stream) {
   constexpr uint64_t kEnd = 22, kLongest = 0xFFFF;
   const uint64_t start = stream.Size() - std::min(stream.Size(), kEnd + kLongest);
   const std::string last = stream.ReadText(start, stream.Size() - start);
-  for (size_t at = last.rfind(kEndSignature); at != std::string::npos && at != 0;
-       at = last.rfind(kEndSignature, at - 1)) {
+  for (size_t at = last.rfind(kEndSignature); at != std::string::npos;
+       at = at == 0 ? std::string::npos : last.rfind(kEndSignature, at - 1)) {
     if (at + kEnd > last.size()) continue;
     const size_t comment = static_cast<unsigned char>(last[at + 20]) |
                            static_cast<size_t>(static_cast<unsigned char>(last[at + 21])) << 8;

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "backup/backups.h"
+#include "backup/leftovers.h"
 #include "cli/console_view.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -58,6 +59,11 @@ std::string SentenceOf(const RestoreResult& result, BackupKind kind) {
   return Counted(std::to_string(result.restored), kind) + " restored, " +
          std::to_string(result.skipped) + " left as they were" +
          (result.cancelled ? "; stopped at your wish" : "");
+}
+
+void ClearLeftovers(const Machine& machine, const Backups& backups) {
+  const std::string folders[] = {machine.program_folder, backups.folder()};
+  quellix::ClearLeftovers(machine.files, folders);
 }
 
 bool IsWindowsPath(std::string_view path) {
@@ -150,6 +156,7 @@ int BackupCommands::ListEntries(const Machine& machine) const {
 
 int BackupCommands::Restore(const Machine& machine) const {
   Backups backups(machine);
+  ClearLeftovers(machine, backups);
   const BackupInfo info = backups.Check(archive_);
   const int state = SayIfIncomplete(info);
   ConsolePrompts prompts;
@@ -175,7 +182,9 @@ int BackupCommands::Restore(const Machine& machine) const {
 }
 
 int BackupCommands::Repair(const Machine& machine) const {
-  const std::string repaired = Backups(machine).Repair(archive_);
+  Backups backups(machine);
+  ClearLeftovers(machine, backups);
+  const std::string repaired = backups.Repair(archive_);
   std::cout << (repaired.empty() ? "The archive is whole; there is nothing to repair." : repaired)
             << std::endl;
   return kDone;

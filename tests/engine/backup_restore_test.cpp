@@ -1,4 +1,5 @@
 #include "backup/entry_path.h"
+#include "backup/leftovers.h"
 #include "support/backup_fixture.h"
 #include "support/forwarding_files.h"
 

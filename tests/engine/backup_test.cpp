@@ -84,9 +84,9 @@ TEST_F(BackupTest, AnArchiveOfTheSameNameIsAddedTo) {
     writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), nullptr);
     entry.name = "taken back";
     writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), nullptr);
-    // An archive in use is neither repaired nor opened by anyone else.
+    // An archive in use is neither repaired nor filled by anyone else.
     EXPECT_THROW(ports.files.Open(archive, OpenMode::kReadAndCreate), Error);
-    EXPECT_NE(Describe(NamePart(archive)).problem, "");
+    EXPECT_THROW(backups.Repair(NamePart(archive)), Error);
   }  // as after a crash: never finished
   const std::map<std::string, std::string> first = {{Stored(tree + "first"), "1"}};
   EXPECT_EQ(Content(archive), first);
