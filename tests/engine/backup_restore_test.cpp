@@ -308,7 +308,7 @@ TEST_F(BackupRestoreTest, SmallStreamsComeBackAndLargeOnesAreNamed) {
   machine->MakeFile(tree + "a", "backup");
   ModZip zip(decorated, state.Backup);
   zip.MakeBackupArchiveName(safe, tree.substr(0, 1) + "_");
-  ASSERT_TRUE(zip.BackupFile(tree + "a")) << zip.Problem();
+  ASSERT_TRUE(zip.BackupFile(*decorated.files.OpenFolder(tree), tree + "a")) << zip.Problem();
   EXPECT_EQ(zip.Loss(), "");
   ASSERT_TRUE(zip.Close());
   for (const bool whole : {true, false}) {
@@ -325,7 +325,7 @@ TEST_F(BackupRestoreTest, SmallStreamsComeBackAndLargeOnesAreNamed) {
   streams["large"] = std::string(kMostStreamBytes, 'l');
   for (const bool strict : {false, true}) {
     state.Backup.strict = strict;
-    EXPECT_EQ(zip.BackupFile(tree + "a"), !strict);
+    EXPECT_EQ(zip.BackupFile(*decorated.files.OpenFolder(tree), tree + "a"), !strict);
     const std::string told(strict ? zip.Problem() : zip.Loss());
     EXPECT_NE(told.find("its stream \"large\" of 32768 bytes"), std::string::npos) << told;
   }

@@ -98,7 +98,7 @@ TEST_F(BackupTest, WhatOthersNamedAsAnArchiveStaysAsItIs) {
   ModZip zip(ports, state.Backup);
   const auto back_up = [&] {
     zip.MakeBackupArchiveName(safe, "C_");
-    const bool done = zip.BackupFile(tree + "a");
+    const bool done = zip.BackupFile(*ports.files.OpenFolder(tree), tree + "a");
     EXPECT_TRUE(done && zip.Close()) << zip.Problem();
   };
   back_up();
