@@ -157,7 +157,7 @@ TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
     const std::string said = "Not backed up and therefore not deleted: " + tree + "a (";
     EXPECT_EQ(state.RunLog.find(said) == 0, row.strict) << state.RunLog;
     if (row.strict) {
-      EXPECT_FALSE(RemoveFile(context, tree + "b"));
+      EXPECT_FALSE(RemoveFile(context, tree + "b", Claim::kItem));
     }
     EXPECT_TRUE(Backups(ports, row.folder).List().empty());
   }
@@ -200,7 +200,7 @@ TEST_F(BackupTest, ArchivesInAFolderThatIsCleanedStay) {
   EXPECT_FALSE(machine->Exists(tree + "junk"));
   EXPECT_EQ(state.RunFilesDeleted, 1);
   EXPECT_FALSE(state.SomeFilesLocked);
-  EXPECT_FALSE(RemoveFile(context, tree + "Safe\\C_010120200000.zip"));
+  EXPECT_FALSE(RemoveFile(context, tree + "Safe\\C_010120200000.zip", Claim::kItem));
 }
 
 TEST_F(BackupTest, StopLeavesWhatIsNotGoneYetAndTheArchiveOnRequest) {
