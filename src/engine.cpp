@@ -1,5 +1,6 @@
 #include "engine.h"
 
+#include "backup/leftovers.h"
 #include "platform/error.h"
 
 namespace quellix {
@@ -41,6 +42,11 @@ std::string Engine::Load(Tips* tips) {
   }
   ApplyGeneralSettings();
   return problems;
+}
+
+void Engine::ClearLeftovers() {
+  const std::string folders[] = {machine_.program_folder, state_.BackupFolder};
+  quellix::ClearLeftovers(machine_.files, folders);
 }
 
 void Engine::ApplyGeneralSettings() {

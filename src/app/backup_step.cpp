@@ -48,6 +48,10 @@ void BackupBatch::Add(Folder& folder, std::string_view path, uint64_t bytes) {
   }
   const FileInfo seen = LookIfStrict(folder, path);
   const bool archived = context_.backup.BackupFile(folder, path);
+  if (archived && !context_.backup.Loss().empty()) {
+    state.RunLog.append("Not backed up whole: ").append(path);
+    state.RunLog.append(" (").append(context_.backup.Loss()).append(")\r\n");
+  }
   files_.push_back(
       {path, bytes, archived, archived ? "" : std::string(context_.backup.Problem()), seen});
   bytes_ += bytes;

@@ -24,6 +24,14 @@ std::vector<Home> HomesOf(RegistryRoot root, std::string_view key) {
           {RegistryRoot::kLocalMachine, "Software\\Classes\\" + plain}};
 }
 
+// A file of the same second is someone else's, and may be cut off.
+std::string FreePath(const Machine& machine, std::string_view folder) {
+  for (LocalTime time = machine.system.Now();; time = NextSecond(time)) {
+    std::string path = std::string(folder) + BackupArchiveName(kPrefix, time, kExtension);
+    if (!machine.files.Look(path, Detail::kKind)) return path;
+  }
+}
+
 // Appends to a file, or to what it makes anew; after a failure it is as before.
 void Append(FileSystem& files, std::string_view path, const std::string& bytes) {
   std::unique_ptr<RandomFile> file = files.Open(path, OpenMode::kReadAndCreate);
@@ -84,11 +92,8 @@ void RegistryUndo::AddOpenKey(RegistryRoot root, const std::string& path, Regist
 void RegistryUndo::Store(const Machine& machine, std::string_view folder) {
   const RegFileText added = std::exchange(added_, {});
   if (added.IsEmpty()) return;
-  const std::string path =
-      path_.empty()
-          ? std::string(folder) + BackupArchiveName(kPrefix, machine.system.Now(), kExtension)
-          : path_;
   MakeFolders(machine.files, folder);
+  const std::string path = path_.empty() ? FreePath(machine, folder) : path_;
   Append(machine.files, path, added.Bytes());
   path_ = path;
 }

@@ -45,6 +45,7 @@ constexpr UINT kMillisecondsPerTick = 5000;
 void FrmMain::Open(HWND owner, StartMode mode) {
   const bool is_hidden = mode == StartMode::kHidden;
   const std::string problems = engine_.Load(is_hidden ? nullptr : &tips_);
+  engine_.ClearLeftovers();
   Create(frmMain, owner);
   if (is_hidden) return RunHidden();
   ShowWindow(window(), SW_SHOW);

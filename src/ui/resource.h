@@ -190,6 +190,7 @@
 #define cmdDeleteArchive 1313
 #define pgRestore 1314
 #define cmdStopRestore 1315
+#define cmdRepairArchive 1316
 
 // The question whether a file may be replaced
 #define txtTarget 1401
