@@ -30,6 +30,7 @@ struct RunState {
   uint64_t WipeStep = 1;           // bytes overwritten at a time
   std::string BackupFolder;        // ends in "\"
   BackupOptions Backup;
+  bool AllValues = false;  // registry lists are cleared to their end
 
   int16_t FixedRemovalMode = 0;  // chosen for this program run; 0: as the settings say
   bool Hidden = false;           // nobody is watching: nothing waits for a person

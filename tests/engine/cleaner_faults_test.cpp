@@ -68,6 +68,28 @@ TEST_F(CleanerFaultsTest, ALongListGoesInPortionsOf256) {
   }
 }
 
+TEST_F(CleanerFaultsTest, AListGoesToItsEndWhenTheSettingsSaySo) {
+  const struct {
+    const char* settings;
+    int left;
+  } kRows[] = {
+      {"", 301}, {"[General]\r\nAllValues=0\r\n", 301}, {"[General]\r\nAllValues=1\r\n", 0}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.settings);
+    machine->RemoveRegistryTree(kUser, kRunMruKey);
+    machine->SetRegistryValue(kUser, kRunMruKey, " long ", {kRegBinary, std::string(256, 'x')});
+    for (int i = 0; i < 300; ++i) {
+      machine->SetText(kUser, kRunMruKey, "v" + std::to_string(i), "cmd");
+    }
+    WriteSettings(row.settings);
+    engine.RunOneItem(*FindItem("CleanRunMRU"));
+    EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), row.left);
+    EXPECT_TRUE(view.report->log.starts_with(
+        "Windows run history... Files Deleted: " + std::to_string(301 - row.left) + "\r\n"))
+        << view.report->log;
+  }
+}
+
 TEST_F(CleanerFaultsTest, OddValueNamesAreDeletedLikeOthers) {
   machine->RemoveRegistryTree(kUser, kTypedUrlsKey);
   for (const char* name : {"", "two words", "\xD0\xB6\xD1\x83\xD0\xBA", "a%20b"}) {

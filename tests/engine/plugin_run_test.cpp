@@ -158,7 +158,7 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
             "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
 }
 
-TEST(PluginKeys, ARootKeyIsKnownByAllItsNames) {
+TEST_F(PluginRunTest, ARootKeyIsKnownByAllItsNames) {
   const std::string kRefused[] = {"HKEY_CURRENT_USER\\SOFTWARE\\classes",
                                   "HKEY_CURRENT_USER\\Software\\\\Classes\\.txt\\",
                                   "HKEY_LOCAL_MACHINE\\Software\\Classes",
@@ -173,9 +173,9 @@ TEST(PluginKeys, ARootKeyIsKnownByAllItsNames) {
                                   "HKEY_USERS\\S-1\\Software",
                                   "HKEY_USERS\\S-1\\Software\\Classes\\CLSID"};
   for (const std::string& key : kRefused) {
-    const modPlugin::KeyPlace place = modPlugin::FindKey({true, true, key, ""});
+    const modPlugin::KeyPlace place = modPlugin::FindKey(ports.registry, {true, true, key, ""});
     EXPECT_FALSE(place.root) << key;
-    EXPECT_NE(place.refusal.find("main branches"), std::string::npos) << key;
+    EXPECT_NE(place.refusal.find("is not cleaned"), std::string::npos) << key;
   }
   const struct {
     const char *key, *subkey;
@@ -188,7 +188,7 @@ TEST(PluginKeys, ARootKeyIsKnownByAllItsNames) {
       {"HKEY_CURRENT_CONFIG\\Software\\Qx",
        "SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\Software\\Qx"}};
   for (const auto& row : kTaken) {
-    const modPlugin::KeyPlace place = modPlugin::FindKey({true, true, row.key, ""});
+    const modPlugin::KeyPlace place = modPlugin::FindKey(ports.registry, {true, true, row.key, ""});
     EXPECT_TRUE(place.root) << row.key;
     EXPECT_EQ(place.subkey, row.subkey);
   }
