@@ -104,7 +104,7 @@ TEST_F(FrmLogTest, SavesTheText) {
   std::filesystem::create_directories(folder);
   const QuellixWindow window;
   const HWND log = Clean(window);
-  PostMessageW(GetDlgItem(log, cmdSave), BM_CLICK, 0, 0);
+  PressIn(log, cmdSave);
   const HWND dialog = window.AwaitWindow(L"Save As");
   ASSERT_TRUE(dialog);
   HWND name = nullptr;
@@ -112,7 +112,7 @@ TEST_F(FrmLogTest, SavesTheText) {
   EXPECT_FALSE(IsWindowEnabled(window.main()));  // a run would take the dialog away
   const std::wstring path = folder / L"\u00fcber";
   SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
-  PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+  PressIn(dialog, IDOK);
   const std::filesystem::path file = folder / L"\u00fcber.log";
   EXPECT_TRUE(Await([&] { return ReadBytes(file) == kExpectedLog; }));
   EXPECT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));

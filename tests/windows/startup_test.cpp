@@ -243,7 +243,7 @@ TEST_F(StartupTest, AMissingTipsFileIsTold) {
   ASSERT_TRUE(message);
   EXPECT_EQ(TextOf(GetDlgItem(message, 0xFFFF)),
             L"A file needed is missing. Re-installing this application may fix this problem.\n");
-  PostMessageW(message, WM_COMMAND, IDOK, 0);
+  PressIn(message, IDOK);
   EXPECT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));
   EXPECT_FALSE(IsWindowVisible(window.Control(txtTip)));
 }
