@@ -105,6 +105,11 @@ std::optional<std::string> Settings::LastCleaned() const {
   return text;
 }
 
+std::string Settings::LastCleanedText() const {
+  const bool never = IsReadable() && ReadIniValue("CleanUp", "LastCleaned", "").empty();
+  return never ? "Never" : LastCleaned().value_or("");
+}
+
 std::string Settings::StoreLastCleaned() {
   std::string text = FormatDateTime(machine_.system.Now(), machine_.system.UserLocale());
   WriteIniValue("CleanUp", "LastCleaned", text);

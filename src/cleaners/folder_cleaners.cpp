@@ -46,6 +46,7 @@ std::string WindowsDrive(CleaningContext& context) {
 void DeleteDumpFile(CleaningContext& context) {
   const std::string path =
       modRegistry::ReadRegString(RegistryOf(context), kLocalMachine, kCrashControl, "DumpFile");
+  NotePlaceIfFolder(context, ExpandSystemRoot(context.machine.system, path));
   context.machine.files.Anchor("");
   try {
     context.machine.files.RemoveFile(ExpandSystemRoot(context.machine.system, path));
@@ -129,6 +130,7 @@ void CleanRecycleBin(CleaningContext& context, const Item& item) {
   BeginFiles(context, item);
   const RecycleBinContent content = context.machine.shell.QueryRecycleBin();
   context.machine.shell.EmptyRecycleBin();
+  NotePlace(state);
   state.FilesDeleted = static_cast<int32_t>(content.items);
   state.SpaceGained = static_cast<double>(content.bytes);
   state.RunFilesDeleted += state.FilesDeleted;

@@ -103,7 +103,10 @@ void CleanInstallFromHistory(CleaningContext& context, const Item& item) {
 }
 
 void CleanClipboard(CleaningContext& context, const Item& item) {
-  CleanByAction(context, item, [&] { context.machine.shell.EmptyClipboard(); });
+  CleanByAction(context, item, [&] {
+    context.machine.shell.EmptyClipboard();
+    NotePlace(context.state);
+  });
 }
 
 std::vector<std::string> OfficeLists(std::string_view version) {

@@ -121,6 +121,9 @@ void CleanMozilla(CleaningContext& context, const Item& item) {
   const std::string folder = modMozilla::GetFirefoxProfilesFolder(context.machine.system);
   const auto search =
       item.key == kCacheItem ? modMozilla::FindMozillaCacheFiles : modMozilla::FindMozillaFiles;
+  if (!folder.empty()) NotePlaceIfFolder(context, folder);
+  context.state.WhyNothing = folder.empty() ? "Firefox is looked for on Windows 95 to 7 only."
+                                            : "There is no folder " + folder + ".";
   context.machine.files.Anchor(folder);
   for (const Masks& row : AllMasks()) {
     if (folder.empty() || row.key != item.key) continue;

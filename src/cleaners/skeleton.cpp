@@ -70,6 +70,7 @@ size_t ClearUserKey(CleaningContext& context, std::string_view key) {
 
 bool CollectAllowed(CleaningContext& context, std::string_view folder, std::string_view mask) {
   if (!context.machine.files.Look(folder)) return false;
+  NotePlace(context.state);
   System& system = context.machine.system;
   if (HoldsWindows(system, folder) || HoldsProfile(system, folder)) {
     context.state.RunLog.append(folder).append(

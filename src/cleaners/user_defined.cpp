@@ -46,10 +46,13 @@ void CleanUserFiles(CleaningContext& context, const Item& item) {
   BeginItem(context, item);
   ResetItemCounters(context.state);
   ClearPending(context.state);
+  context.state.WhyNothing = "None of the listed files is there.";
   context.machine.files.Anchor("");
   for (const std::string& path : TrimmedEntries(context, "UDFI.txt", "DefUDFI.txt")) {
     const std::optional<FileInfo> info = context.machine.files.Look(path);
-    if (info && !info->is_folder) context.state.PendingFiles.Append(path);
+    if (!info || info->is_folder) continue;
+    NotePlace(context.state);
+    context.state.PendingFiles.Append(path);
   }
   RemovePendingFiles(context);
   EndRun(context, "");

@@ -163,11 +163,13 @@ void DeleteRegistryKeyTree(Registry& registry, RegistryRoot root, std::string_vi
 }  // namespace modPlugin
 
 void CleanPlugins(CleaningContext& context, const Item& item) {
+  context.state.WhyNothing = "No plug-in is ticked.";
   if (!modPlugin::HasPluginList(context.machine)) return;
   BeginItem(context, item);
   ResetItemCounters(context.state);
   for (const auto& plugin : modPlugin::ReadPluginList(context.machine)) {
     if (!plugin.ticked) continue;
+    NotePlace(context.state);
     // Looked for in "\Plugins\" and processed from "\plugins\": both name the same folder, and the
     // log shows it as it always was.
     modPlugin::RunPlugin(context, context.machine.program_folder + "\\plugins\\" + plugin.file);

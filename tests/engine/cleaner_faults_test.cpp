@@ -52,7 +52,7 @@ TEST_F(CleanerFaultsTest, AnErrorDoesNotCountAsCleaned) {
   machine->MakeFolder(ports.program_folder + "\\ck.txt");
   Tick({"CleanCookies"});
   engine.RunCleaning();
-  EXPECT_EQ(view.report->cleaned, (std::array<bool, 6>{}));
+  EXPECT_EQ(view.report->outcomes[2], Outcome::kFailed);
 }
 
 TEST_F(CleanerFaultsTest, ALongListGoesInPortionsOf256) {

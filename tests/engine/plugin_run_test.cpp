@@ -5,7 +5,7 @@
 #include "plugins/plugin_collector.h"
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
-#include "shipped_plugins.h"
+#include "shipped_files.h"
 #include "support/plugin_fixture.h"
 
 namespace quellix {
@@ -238,7 +238,7 @@ TEST_F(PluginRunTest, TheListDropsWhatIsNotInTheFolder) {
   machine->MakeFile(ports.program_folder + "\\out.cdp", Text("D|x\r\n"));
   machine->MakeFolder(plugins_folder + "folder.cdp");
   WriteList(
-      "\r\nno separator\r\n 1.0|a.cdp|first|more\r\n0|A.CDP|again\r\n1|..\\out.cdp|\r\n"
+      "\r\nno separator\r\n0|a.cdp|first|more\r\n 1.0|A.CDP|again\r\n1|..\\out.cdp|\r\n"
       "1|.. \\out.cdp|\r\n1|folder.cdp|\r\n1|gone.cdp|\r\n1||\r\nyes|b.cdp\r\n");
   const auto plugins = modPlugin::ReadPluginList(ports);
   modPlugin::WritePluginList(ports, plugins);
@@ -246,7 +246,7 @@ TEST_F(PluginRunTest, TheListDropsWhatIsNotInTheFolder) {
 }
 
 TEST_F(PluginRunTest, BadRecipesHarmNothingAndStopDoesStop) {
-  EXPECT_EQ(CleanPluginsLog(), "") << "without a list";
+  EXPECT_EQ(CleanPluginsLog(), "Plugins: nothing of this kind was found. No plug-in is ticked.");
   machine->MakeFile(scratch + "gr\xC3\xBCn\\a", "1");
   WriteRecipe("huge.cdp", std::string((16u << 20) + 1, 'x'));
   WriteRecipe("empty.cdp", "");
