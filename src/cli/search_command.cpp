@@ -9,6 +9,7 @@
 #include "cli/console_run.h"
 #include "cli/console_view.h"
 #include "engine.h"
+#include "platform/text.h"
 
 namespace quellix {
 namespace {
@@ -57,7 +58,8 @@ size_t RemoveAll(Engine& engine, ConsoleView& view, std::vector<Find>& finds) {
   }
   CloseBackup(engine.context());
   const RunState& state = engine.state();
-  std::cerr << state.RunLog << "Files Deleted: " << state.RunFilesDeleted << " Space Gained: "
+  std::cerr << ReplaceNoCase(state.RunLog, "\r", "") << "Files Deleted: " << state.RunFilesDeleted
+            << " Space Gained: "
             << FormatSize(state.RunSpaceGained, 2, true,
                           engine.context().machine.system.UserLocale())
             << std::endl;

@@ -169,7 +169,7 @@ void FrmMain::OnCommand(int id, int code) {
     case mnuClean:
       return Run([this] { engine_.RunCleaning(); });
     case mnuLastLog:
-      return log_.Show(window(), *last_report_);
+      return ShowLastLog();
     case mnuProcessPlugin:
       return ProcessPlugins();
     case cmdNextTip:
@@ -212,11 +212,15 @@ void FrmMain::AfterRun() {
   const bool has_report = KeepReport();
   if (close_after_run_) return Exit();
   if (!has_report) return;
-  if (!engine_.state().Hidden) return log_.Show(window(), *last_report_);
+  if (!engine_.state().Hidden) return ShowLastLog();
   const std::string told = BriefReport(engine_.context());
   tray_.SetText(Wide(std::string(kApplicationTitle) + "\n" + told).c_str());
   display_.SetStatus(told);
   display_.Flush();
+}
+
+void FrmMain::ShowLastLog() {
+  if (last_report_) log_.Show(window(), *last_report_);
 }
 
 // The report of the run that has just ended, if it has one, for Last log.
@@ -309,7 +313,7 @@ void FrmMain::ShowTrayMenu(POINT screen) {
   const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
                                     window(), nullptr);
   PostMessageW(window(), WM_NULL, 0, 0);
-  if (chosen == mnuTrayLog) log_.Show(window(), *last_report_);
+  if (chosen == mnuTrayLog) ShowLastLog();
   if (chosen == mnuTrayOpen) ComeForward();
   if (chosen == mnuTrayClean) Run([this] { engine_.RunCleaning(); });
   if (chosen == mnuTrayExit) Exit();

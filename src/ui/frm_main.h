@@ -63,6 +63,7 @@ class FrmMain : public Dialog {
   void Run(const std::function<void()>& work);
   void AfterRun();
   bool KeepReport();
+  void ShowLastLog();
   void ProcessPlugins();
   void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
   void PlaceCurrentItem(const Item* item);

@@ -62,10 +62,7 @@ TEST_F(FrmBackupsTest, OpenedAgainItHasTheKeyboard) {
     SCOPED_TRACE(time);
     const HWND backups = Open(window);
     ASSERT_TRUE(backups);
-    GUITHREADINFO thread{};
-    thread.cbSize = sizeof(thread);
-    EXPECT_TRUE(GetGUIThreadInfo(GetWindowThreadProcessId(backups, nullptr), &thread));
-    EXPECT_EQ(GetDlgCtrlID(thread.hwndFocus), lstvArchives);
+    EXPECT_TRUE(AwaitFocus(backups, lstvArchives));
     SendMessageW(backups, WM_CLOSE, 0, 0);
     EXPECT_TRUE(IsWindowEnabled(window.main()));
   }

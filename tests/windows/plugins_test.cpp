@@ -195,15 +195,6 @@ TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedSavedAndProcessed) {
   EXPECT_TRUE(window.Close());
 }
 
-bool AwaitFocus(HWND window, int control) {
-  return Await([&] {
-    GUITHREADINFO thread{};
-    thread.cbSize = sizeof thread;
-    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
-    return thread.hwndFocus == GetDlgItem(window, control);
-  });
-}
-
 TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
   const QuellixWindow window;
   const HWND manager = OpenManager(window);

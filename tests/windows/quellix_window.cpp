@@ -123,9 +123,13 @@ void ResetSandbox() {
 
 void WriteBytes(const std::filesystem::path& path, std::string_view bytes) {
   std::filesystem::create_directories(path.parent_path());
-  std::ofstream file(path, std::ios::binary);
-  file << bytes;
-  if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
+  if (!Await([&] {
+        std::ofstream file(path, std::ios::binary);
+        file << bytes;
+        return static_cast<bool>(file.flush());
+      })) {
+    throw std::runtime_error("cannot write " + path.string());
+  }
 }
 
 std::string ReadBytes(const std::filesystem::path& path) {
@@ -274,6 +278,15 @@ void PressIn(HWND window, int id) {
 void Press(HWND button) {
   AwaitInput(button);
   PostAndAwait(button, BM_CLICK, 0, 0);
+}
+
+bool AwaitFocus(HWND window, int control) {
+  return Await([&] {
+    GUITHREADINFO thread{};
+    thread.cbSize = sizeof thread;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
+    return thread.hwndFocus && thread.hwndFocus == GetDlgItem(window, control);
+  });
 }
 
 void PressKeys(HWND window, const std::vector<WORD>& keys) {

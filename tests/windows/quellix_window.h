@@ -15,6 +15,7 @@ namespace quellix::test {
 std::filesystem::path ProgramFolder();
 std::filesystem::path TempFolder();
 void ResetSandbox();
+// Waits while another program has the file open.
 void WriteBytes(const std::filesystem::path& path, std::string_view bytes);
 std::string ReadBytes(const std::filesystem::path& path);
 
@@ -29,6 +30,8 @@ HWND AwaitControl(HWND window, int id);
 // the program has taken that up. An id without control is a menu entry, or Esc.
 void PressIn(HWND window, int id);
 void Press(HWND button);
+// Waits until a control has the keyboard.
+bool AwaitFocus(HWND window, int control);
 // Presses keys one after another and lets them go together, in the window before all others.
 void PressKeys(HWND window, const std::vector<WORD>& keys);
 

@@ -145,7 +145,7 @@ TEST_F(StartupTest, WhoStartsTheProgramDuringAHiddenRunGetsItsWindow) {
   }));
   const HWND main = hidden.AnyWindow();
   EXPECT_EQ(TextOf(main), L"Quellix");
-  SendMessageW(GetDlgItem(main, cmdStop), BM_CLICK, 0, 0);
+  PressIn(main, cmdStop);
   EXPECT_TRUE(Await([&] { return IsWindowEnabled(GetDlgItem(main, cmdClean)); }));
   EXPECT_TRUE(IsWindowVisible(main));
   PostMessageW(main, WM_CLOSE, 0, 0);
