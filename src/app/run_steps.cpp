@@ -88,7 +88,11 @@ void ReportCritical(CleaningContext& context, std::string_view text) {
 }
 
 void NotePlaceIfFolder(CleaningContext& context, std::string_view path) {
-  if (context.machine.files.Look(path, Detail::kKind)) NotePlace(context.state);
+  try {
+    if (!context.machine.files.Look(path, Detail::kKind)) return;
+  } catch (const Error&) {  // there, but closed to us
+  }
+  NotePlace(context.state);
 }
 
 }  // namespace quellix
