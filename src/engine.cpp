@@ -28,9 +28,7 @@ std::string Engine::Load(Tips* tips) {
         std::string("The settings could not be read; their defaults apply. ") + error.what() + "\n";
   }
   settings_.LoadDeletionSettings(state_);
-  if (const std::optional<std::string> last = settings_.LastCleaned()) {
-    context_.view.ShowLastCleaned(*last);
-  }
+  context_.view.ShowLastCleaned(settings_.LastCleanedText());
   if (tips && !tips->Load()) {
     problems += "A file needed is missing. Re-installing this application may fix this problem.\n";
   }

@@ -54,8 +54,8 @@ class ProtectedPlaces {
   enum class Kind {
     kFree,      // within a tree, made to be emptied
     kPersonal,  // the user's own: documents, downloads
-    kHome,      // a profile or a main folder of one: what is named by itself may go
-    kRoot,      // not to be emptied itself, nor what Windows may need
+    kHome,      // a drive, Program Files, a profile: what is named by itself may go
+    kRoot,      // Windows: likewise, but for what it may need
     kSystem,    // likewise with all folders below it
     kTree,      // nothing in it goes, or below it
     kOwn        // the program's, likewise; a walk passes it by

@@ -60,6 +60,10 @@ ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind) {
   LoadEngine(*engine_, kind == RunKind::kReal);
 }
 
+ExitCode ConsoleRun::Outcome() {
+  return engine_->is_loaded() ? ExitCodeOf(engine_->state()) : kFailed;
+}
+
 void ConsoleRun::PrintPreview() {
   for (const Change& change : preview_->changes()) {
     if (!IsRemoval(change.kind)) continue;

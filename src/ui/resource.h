@@ -70,6 +70,8 @@
 #define mnuOrphanedActivex 232
 #define mnuOptions 233
 #define mnuContents 234
+#define mnuLastLog 235
+#define mnuTrayLog 236
 // 240 to 249: turning the computer off, the tray
 #define mnuTurnOff 240
 #define mnuPowrOff 241

@@ -198,8 +198,10 @@ TEST_F(JunkSearchTest, UnnecessaryFilesFitATickedPatternAndMakeWholeRows) {
   EXPECT_EQ(row->file_type, "LOG");
   EXPECT_EQ(row->category, "Unnecessary Files");
   EXPECT_EQ(std::ranges::find(rows, "data7", &ResultRow::name)->file_type, "");
-  WriteList("UNFI.txt", "");
-  EXPECT_EQ(Search(JunkKind::kUnnecessaryFiles), List());
+  for (const char* nothing_ticked : {"", "0\x01*.log\r\n"}) {
+    WriteList("UNFI.txt", nothing_ticked);
+    EXPECT_THROW(Search(JunkKind::kUnnecessaryFiles), NotAvailable);
+  }
 }
 
 TEST_F(JunkSearchTest, DeadShortcutsByTargetAndWorkingFolder) {
