@@ -67,8 +67,8 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
   const bool may_go =
       is_harmless || (names_one && (rule == Kind::kHome || !MayBelongToWindows(mask)));
   // The program's own items go where Windows keeps what they are made for.
-  const bool is_made_for = claim == Claim::kItem && rule == Kind::kSystem && mask != "*.*" &&
-                           !folders_.contains(self);
+  const bool is_made_for =
+      claim == Claim::kItem && rule == Kind::kSystem && mask != "*.*" && !folders_.contains(self);
   if (rule >= Kind::kHome && !is_made_for && (below || !may_go)) return kRootPlace;
   const bool is_own = claim == Claim::kOwnList;
   if (rule == Kind::kPersonal && !is_own && (below || !is_harmless)) {

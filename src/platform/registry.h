@@ -72,9 +72,9 @@ class RegistryKey {
   // Removes a sub-key that has no sub-keys of its own; false when missing. Throws Error
   // (kNotEmpty) when it has some, and (kDenied) for a link, where that would reach its target.
   virtual bool DeleteSubKey(std::string_view path) = 0;
-  // Returns when the changes of this key, and on a volume all of its hive, are stored. Throws Error:
-  // then none since the last Flush may be counted as made, whatever the key shows, and each further
-  // Flush tries again.
+  // Returns when the changes of this key, and on a volume all of its hive, are stored. Throws
+  // Error: then none since the last Flush may be counted as made, whatever the key shows, and each
+  // further Flush tries again.
   virtual void Flush() = 0;
 };
 

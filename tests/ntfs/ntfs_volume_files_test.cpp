@@ -33,7 +33,8 @@ class NtfsFiles : public testing::Test {
     fs::create_directories(fs::path(Native(name)).parent_path());
     WriteNative(Native(name), bytes);
   }
-  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode = OpenMode::kReadAndCreate) {
+  std::unique_ptr<RandomFile> Open(std::string_view name,
+                                   OpenMode mode = OpenMode::kReadAndCreate) {
     return root_->Open(name, mode);
   }
 
@@ -159,7 +160,8 @@ TEST_F(NtfsFiles, AShortNameIsNoFurtherLink) {
   }
   Put("A long folder/file");
   SetNtfsAttribute(Native("A long folder"), "system.ntfs_dos_name", "ALONGF~1");
-  EXPECT_EQ(files_->OpenFolder("C:\\ALONGF~1")->Id(), files_->OpenFolder("C:\\a long folder")->Id());
+  EXPECT_EQ(files_->OpenFolder("C:\\ALONGF~1")->Id(),
+            files_->OpenFolder("C:\\a long folder")->Id());
 }
 
 TEST_F(NtfsFiles, OnlyWhatIsAllocatedOfASparseFileIsTold) {
@@ -190,7 +192,8 @@ TEST_F(NtfsFiles, OnlyWhatIsAllocatedOfASparseFileIsTold) {
 
 TEST_F(NtfsFiles, JunctionsAreRemovedThemselvesAndLeadNowhere) {
   Put("outside/kept");
-  MakeJunction(Native("junction"), "C:\\" + fs::path(Native("outside")).lexically_relative(volume_->path()).string());
+  MakeJunction(Native("junction"),
+               "C:\\" + fs::path(Native("outside")).lexically_relative(volume_->path()).string());
   MakeJunction(Native("dangling"), "C:\\nowhere");
   for (const char* name : {"junction", "dangling"}) {
     SCOPED_TRACE(name);
