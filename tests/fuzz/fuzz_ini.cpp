@@ -17,8 +17,9 @@ void Check(bool is_so) {
   if (!is_so) std::abort();
 }
 
-// The lines of a file with their ends.
-std::vector<std::string> Lines(const std::string& bytes) {
+// The lines of a file with their ends, behind its byte-order mark.
+std::vector<std::string> Lines(std::string_view bytes) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
   std::vector<std::string> lines = {""};
   for (const char c : bytes) {
     lines.back() += c;
