@@ -54,17 +54,15 @@ class RegistryKey {
   // Whether a sub-key is a link, which Open follows; false when it is missing or cannot be opened.
   virtual bool IsLink(std::string_view /*path*/) { return false; }
 
-  // Changes. Each throws Error when denied and leaves the key as it was. On a volume they are only
-  // in memory until Flush: what nobody flushes is stored at the end, and told nobody when that
-  // fails. So whoever says that something is gone from the registry has called Flush before.
+  // Changes. Each throws Error when denied and leaves the key as it was. On a volume they are
+  // durable after Flush, or after the registry object is destroyed.
   virtual void SetValue(std::string_view name, const RegistryValue& value) = 0;
   // A name with a NUL inside is found by index alone: by name it is missing, and it is not written.
   virtual bool DeleteValue(std::string_view name) = 0;  // false when missing
   // Removes a sub-key that has no sub-keys of its own; false when missing. Throws Error
   // (kNotEmpty) when it has some, and (kDenied) for a link, where that would reach its target.
   virtual bool DeleteSubKey(std::string_view path) = 0;
-  // Returns when the changes of this key, and on a volume all of its hive, are stored. Throws Error:
-  // they are then seen by this program only, and each further Flush tries, and throws, again.
+  // Returns when the changes of this key are stored. Throws Error.
   virtual void Flush() = 0;
 };
 

@@ -34,8 +34,8 @@ class Kill : public testing::Test {
     return command;
   }
   TracedRun CleanKilledAt(size_t change, const std::string& method) {
-    std::vector<std::string> command = {QUELLIXCTL, "clean", "--method", method, "--item",
-                                        "CleanTempFiles", "CleanRunMRU"};
+    std::vector<std::string> command = {QUELLIXCTL, "clean",          "--method",   method,
+                                        "--item",   "CleanTempFiles", "CleanRunMRU"};
     return RunTraced(Arguments(command), change);
   }
   std::string Backups() { return test_->options().settings + "/Backup"; }
@@ -73,8 +73,7 @@ class Kill : public testing::Test {
   }
 
   std::unique_ptr<VolumeTestMachine> test_ = VolumeTestMachine::CreateVolume();
-  const std::string temp_ =
-      std::string("C:\\Users\\") + kTesterName + "\\AppData\\Local\\Temp\\";
+  const std::string temp_ = std::string("C:\\Users\\") + kTesterName + "\\AppData\\Local\\Temp\\";
   std::map<std::string, std::string> contents_;
 };
 

@@ -33,7 +33,8 @@ class NtfsFiles : public testing::Test {
     fs::create_directories(fs::path(Native(name)).parent_path());
     WriteNative(Native(name), bytes);
   }
-  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode = OpenMode::kReadAndCreate) {
+  std::unique_ptr<RandomFile> Open(std::string_view name,
+                                   OpenMode mode = OpenMode::kReadAndCreate) {
     return root_->Open(name, mode);
   }
 
@@ -159,7 +160,8 @@ TEST_F(NtfsFiles, AShortNameIsNoFurtherLink) {
   }
   Put("A long folder/file");
   SetNtfsAttribute(Native("A long folder"), "system.ntfs_dos_name", "ALONGF~1");
-  EXPECT_EQ(files_->OpenFolder("C:\\ALONGF~1")->Id(), files_->OpenFolder("C:\\a long folder")->Id());
+  EXPECT_EQ(files_->OpenFolder("C:\\ALONGF~1")->Id(),
+            files_->OpenFolder("C:\\a long folder")->Id());
 }
 
 TEST_F(NtfsFiles, OnlyWhatIsAllocatedOfASparseFileIsTold) {
@@ -190,18 +192,20 @@ TEST_F(NtfsFiles, OnlyWhatIsAllocatedOfASparseFileIsTold) {
 
 TEST_F(NtfsFiles, JunctionsAreRemovedThemselvesAndLeadNowhere) {
   Put("outside/kept");
-  MakeJunction(Native("junction"), "C:\\" + fs::path(Native("outside")).lexically_relative(volume_->path()).string());
+  const std::string name = fs::path(folder_->path()).filename().string();
+  MakeJunction(Native("junction"), "C:\\" + name + "\\outside");
+  ASSERT_TRUE(fs::exists(Native("junction/kept"))) << "a junction that leads somewhere";
   MakeJunction(Native("dangling"), "C:\\nowhere");
-  for (const char* name : {"junction", "dangling"}) {
-    SCOPED_TRACE(name);
-    EXPECT_TRUE(root_->Look(name)->is_link);
-    EXPECT_TRUE(root_->Look(name)->is_folder);
-    EXPECT_EQ(KindOf([&] { root_->OpenFolder(name); }), Error::Kind::kDenied);
-    EXPECT_TRUE(KindOf([&] { root_->RemoveFile(name); }));
-    EXPECT_TRUE(KindOf([&] { root_->CreateFolder(name); }));
-    EXPECT_TRUE(KindOf([&] { Open(name, OpenMode::kRead); }));
-    root_->RemoveFolder(name);
-    EXPECT_FALSE(root_->Look(name));
+  for (const char* link : {"junction", "dangling"}) {
+    SCOPED_TRACE(link);
+    EXPECT_TRUE(root_->Look(link)->is_link);
+    EXPECT_TRUE(root_->Look(link)->is_folder);
+    EXPECT_EQ(KindOf([&] { root_->OpenFolder(link); }), Error::Kind::kDenied);
+    EXPECT_TRUE(KindOf([&] { root_->RemoveFile(link); }));
+    EXPECT_TRUE(KindOf([&] { root_->CreateFolder(link); }));
+    EXPECT_TRUE(KindOf([&] { Open(link, OpenMode::kRead); }));
+    root_->RemoveFolder(link);
+    EXPECT_FALSE(root_->Look(link));
   }
   EXPECT_TRUE(fs::exists(Native("outside/kept")));
 }

@@ -74,8 +74,7 @@ TEST_F(NtfsRun, AWholeRunCleansAndKeepsTheHivesAccessList) {
   fs::create_directory(volume_->path() + "/outside");
   WriteNative(volume_->path() + "/outside/kept", "kept");
   MakeJunction(Temp("junction"), "C:\\outside");
-  const ProgramResult result =
-      Run({"clean", "--item", "CleanTempFiles", "CleanRunMRU"});
+  const ProgramResult result = Run({"clean", "--item", "CleanTempFiles", "CleanRunMRU"});
   EXPECT_EQ(result.exit_code, 0) << result.output;
   EXPECT_TRUE(fs::is_empty(Temp(""))) << result.output;
   EXPECT_FALSE(HasMru());
@@ -89,18 +88,22 @@ TEST_F(NtfsRun, WhatTheDiskDoesNotTakeIsSaidAndNothingGoes) {
     std::function<void()> prepare;
     std::vector<std::string> items;
   } kRows[] = {
-      {"read-only", "write-protected", [this] { volume_->Remount("ro"); },
+      {"read-only",
+       "write-protected",
+       [this] { volume_->Remount("ro"); },
        {"CleanTempFiles", "CleanRunMRU"}},
       {"read-only, registry alone", "write-protected", [] {}, {"CleanRunMRU"}},
       {"read-only, files alone", "", [] {}, {"CleanTempFiles"}},
-      {"hibernated", "write-protected",
+      {"hibernated",
+       "write-protected",
        [this] {
          volume_->Remount("rw");
          WriteNative(volume_->path() + "/hiberfil.sys", "hibr" + std::string(8188, '\0'));
          volume_->Remount("rw");  // it falls back to reading by itself
        },
        {"CleanTempFiles", "CleanRunMRU"}},
-      {"full", "not enough space",
+      {"full",
+       "not enough space",
        [this] {
          volume_->Remount("remove_hiberfile");
          std::ofstream fill(volume_->path() + "/fill");

@@ -22,8 +22,7 @@ constexpr size_t kPieceSize = 4000;
 UniqueFd OpenBeneath(int from, const char* path) {
   open_how how = {};
   how.flags = kFolderFlags;
-  how.resolve =
-      RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS | RESOLVE_NO_XDEV;
+  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS | RESOLVE_NO_XDEV;
   for (;;) {
     const long fd = syscall(SYS_openat2, from, path, &how, sizeof how);
     if (fd >= 0 || errno != EAGAIN) return UniqueFd(static_cast<int>(fd));
@@ -141,8 +140,7 @@ UniqueFd VolumeDrive::OpenFolder(std::string_view folder) {
   const std::optional<std::string> asked = ToDiskPath(folder);
   if (!asked) return UniqueFd();
   const bool known = !known_.asked.empty() && IsAtOrBelow(*asked, known_.asked);
-  UniqueFd fd =
-      Walk(root(), known ? known_.spelled + asked->substr(known_.asked.size()) : *asked);
+  UniqueFd fd = Walk(root(), known ? known_.spelled + asked->substr(known_.asked.size()) : *asked);
   if (fd || errno != ENOENT) return fd;
   std::string spelled;
   fd = StepByStep(root(), *asked, &spelled);

@@ -240,8 +240,7 @@ int WriteAll(int fd, std::string_view bytes, off_t offset) {
 
 // Looked at first by a descriptor that opens nothing: opening a device may do something already.
 UniqueFd OpenRegular(const Located& entry, int flags, std::string_view path, struct stat& status) {
-  const UniqueFd place(
-      openat(entry.folder, entry.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  const UniqueFd place(openat(entry.folder, entry.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   if (!place || fstat(place.get(), &status) != 0) ThrowErrno(errno, path);
   if (S_ISDIR(status.st_mode)) ThrowErrno(EISDIR, path);
   if (S_ISLNK(status.st_mode)) ThrowErrno(ELOOP, path);

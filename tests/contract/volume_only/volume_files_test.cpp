@@ -242,8 +242,7 @@ class FullDisk : public VolumeFiles {
 TEST_F(FullDisk, TheOldFileStays) {
   files_.WriteWholeFile("D:\\Settings.ini", "old");
   const std::string large(100 << 10, 'x');
-  EXPECT_EQ(KindOf([&] { files_.WriteWholeFile("D:\\Settings.ini", large); }),
-            Error::Kind::kFull);
+  EXPECT_EQ(KindOf([&] { files_.WriteWholeFile("D:\\Settings.ini", large); }), Error::Kind::kFull);
   EXPECT_EQ(files_.ReadWholeFile("D:\\Settings.ini"), "old");
   EXPECT_EQ(Names("D:\\"), std::vector<std::string>{"Settings.ini"});
 }
