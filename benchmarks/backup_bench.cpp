@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "app/removal.h"
+#include "backup/backups.h"
 #include "bench_machine.h"
 
 namespace quellix {
@@ -34,6 +35,9 @@ class BackupBench : BenchMachine {
     Compare("back up a file of 1 GiB / zip -m", 2, [this] { MakeLarge(); });
     const double few = std::min(SecondsAFile(2000), SecondsAFile(2000));
     table_.Report("us a backed-up file of 200,000 / of 2,000", SecondsAFile(200000), few, "u", 1.5);
+    const double restored = std::min(SecondsARestore(2000), SecondsARestore(2000));
+    table_.Report("us a restored file of 200,000 in one folder / of 2,000", SecondsARestore(200000),
+                  restored, "u", 1.5);
   }
 
  private:
@@ -87,6 +91,22 @@ class BackupBench : BenchMachine {
     MakeSmall(files, 256);
     RunShell("sync");
     return SideBySide::Seconds([this] { BackUp(); }) / files * 1e6;
+  }
+
+  double SecondsARestore(int files) {
+    Clear();
+    for (int i = 0; i < files; ++i) std::ofstream(Tree() / std::to_string(i)) << i;
+    BackUp();
+    Backups backups(ports_, state_.BackupFolder);
+    NoPrompts prompts;
+    uint64_t restored = 0;
+    const double seconds = SideBySide::Seconds([&] {
+      for (const BackupInfo& info : backups.List()) {
+        restored += backups.Restore(info.name, {}, prompts, nullptr).restored;
+      }
+    });
+    if (restored != static_cast<uint64_t>(files)) throw std::runtime_error("not restored");
+    return seconds / files * 1e6;
   }
 };
 

@@ -65,7 +65,7 @@ class Bench : BenchMachine {
         "wipe 256 MiB, random / shred -n 1 -u", 1.0, 3,
         [&file] { RunShell("head -c 268435456 /dev/zero > '" + file.string() + "' && sync"); },
         [this] {
-          if (!RemoveFile(context_, machine_->Scratch() + "large.bin")) {
+          if (!RemoveFile(context_, machine_->Scratch() + "large.bin", Claim::kItem)) {
             throw std::runtime_error("not wiped");
           }
         },

@@ -101,8 +101,8 @@ void MeasureRemoval(SideBySide& table, TestMachine& machine) {
         }
       },
       [&] {
-        RemovePendingFiles(
-            context, CollectFiles(context, ports.files.OpenFolder(folder), folder, "*.*"));
+        RemovePendingFiles(context,
+                           CollectFiles(context, ports.files.OpenFolder(folder), folder, "*.*"));
         if (state.FilesDeleted % (kFolders * kFilesAFolder) != 0) {
           throw std::runtime_error("files stayed");
         }

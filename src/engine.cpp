@@ -1,5 +1,6 @@
 #include "engine.h"
 
+#include "backup/leftovers.h"
 #include "platform/error.h"
 
 namespace quellix {
@@ -27,9 +28,7 @@ std::string Engine::Load(Tips* tips) {
         std::string("The settings could not be read; their defaults apply. ") + error.what() + "\n";
   }
   settings_.LoadDeletionSettings(state_);
-  if (const std::optional<std::string> last = settings_.LastCleaned()) {
-    context_.view.ShowLastCleaned(*last);
-  }
+  context_.view.ShowLastCleaned(settings_.LastCleanedText());
   if (tips && !tips->Load()) {
     problems += "A file needed is missing. Re-installing this application may fix this problem.\n";
   }
@@ -41,6 +40,11 @@ std::string Engine::Load(Tips* tips) {
   }
   ApplyGeneralSettings();
   return problems;
+}
+
+void Engine::ClearLeftovers() {
+  const std::string folders[] = {machine_.program_folder, state_.BackupFolder};
+  quellix::ClearLeftovers(machine_.files, folders);
 }
 
 void Engine::ApplyGeneralSettings() {

@@ -26,6 +26,9 @@ class Engine {
   // that say so are returned, a line each, "" when all is well. `tips` are read as well where there
   // is a window to show them.
   std::string Load(Tips* tips = nullptr);
+  // Clears away what killed runs left in the program's folder, the backup folder and where a killed
+  // restore was at work. Never throws.
+  void ClearLeftovers();
   // Whether Load could read settings and check states. Otherwise nothing should be removed unasked.
   bool is_loaded() const { return is_loaded_; }
   // Reads the general settings and puts them to use: protections, and automatic cleaning, which

@@ -1,7 +1,5 @@
 #include "app/backup_step.h"
 
-#include <functional>
-
 #include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/path.h"
@@ -12,24 +10,6 @@ namespace {
 
 constexpr size_t kMostFiles = 10000;
 constexpr uint64_t kMostBytes = 64 << 20;
-
-bool KeepsRegistry(const RunState& state) {
-  return state.RemovalMode == kBackUp && state.Backup.registry;
-}
-
-void Keep(CleaningContext& context, const std::function<void(RegistryUndo&)>& add) {
-  RunState& state = context.state;
-  if (!KeepsRegistry(state)) return;
-  try {
-    add(state.Undo);
-    state.Undo.Store(context.machine, state.BackupFolder);
-  } catch (const Error& error) {
-    state.Undo.Forget();
-    throw Error(
-        error.kind(),
-        std::string("Registry entries could not be backed up, so they stay. ") + error.what());
-  }
-}
 
 }  // namespace
 
@@ -48,6 +28,10 @@ void BackupBatch::Add(Folder& folder, std::string_view path, uint64_t bytes) {
   }
   const FileInfo seen = LookIfStrict(folder, path);
   const bool archived = context_.backup.BackupFile(folder, path);
+  if (archived && !context_.backup.Loss().empty()) {
+    state.RunLog.append("Not backed up whole: ").append(path);
+    state.RunLog.append(" (").append(context_.backup.Loss()).append(")\r\n");
+  }
   files_.push_back(
       {path, bytes, archived, archived ? "" : std::string(context_.backup.Problem()), seen});
   bytes_ += bytes;
@@ -94,19 +78,6 @@ void BackupBatch::Remove(WorkingFolder& working, const Removal& remove) {
   }
   files_.clear();
   bytes_ = 0;
-}
-
-void KeepRegistryValues(CleaningContext& context, RegistryRoot root, std::string_view key,
-                        std::string_view names) {
-  Keep(context, [&](RegistryUndo& undo) {
-    for (const std::string& name : Split(names, '\0')) {
-      undo.AddValue(context.machine.registry, root, WithoutBackslash(key), name);
-    }
-  });
-}
-
-void KeepRegistryTree(CleaningContext& context, RegistryRoot root, std::string_view key) {
-  Keep(context, [&](RegistryUndo& undo) { undo.AddTree(context.machine.registry, root, key); });
 }
 
 }  // namespace quellix

@@ -51,12 +51,4 @@ class BackupBatch {
   uint64_t bytes_ = 0;
 };
 
-// Before a run deletes from the registry: in the mode that backs up, and while the settings want
-// it, what is about to go is stored in the run's .reg file. In the other modes the traces are to
-// vanish. Throws Error when that fails: nothing may be deleted then. `names` is a list as
-// ListRegValues gives it.
-void KeepRegistryValues(CleaningContext& context, RegistryRoot root, std::string_view key,
-                        std::string_view names);
-void KeepRegistryTree(CleaningContext& context, RegistryRoot root, std::string_view key);
-
 }  // namespace quellix

@@ -28,25 +28,35 @@ void FinishRun(CleaningContext& context) {
   CloseBackup(context);
   context.view.ShowCurrentItem(nullptr);
   context.view.SetCommands({});
-  if (!context.state.AbortRequested && !context.state.Hidden) {
+  if (!context.state.AbortRequested) {
     AppendSummary(context);
-    context.view.ShowReport(MakeReport(context));
+    const RunReport report = MakeReport(context);
+    context.state.Hidden ? context.view.KeepReport(report) : context.view.ShowReport(report);
   }
   ShowIdle(context, "");
 }
 
-void RunItem(CleaningContext& context, const Item& item) {
-  if (item.cleaner == nullptr) return;
+Outcome Clean(CleaningContext& context, const Item& item) {
+  RunState& state = context.state;
+  state.PlaceFound = false;
+  state.WhyNothing.clear();
   try {
     item.cleaner(context, item);
-    context.state.ItemsCleaned.set(item.run_order - 1);
+    if (state.PlaceFound || state.AbortRequested) return Outcome::kCleaned;
+    AppendNothingFound(context, item);
+    return Outcome::kNothingFound;
   } catch (const NotAvailable& error) {
     EndRun(context, "");
-    context.state.RunLog.append(TrimBlanks(item.log_caption)).append(" ").append(error.what()) +=
-        "\r\n";
+    state.RunLog.append(TrimBlanks(item.log_caption)).append(" ").append(error.what()) += "\r\n";
+    return Outcome::kNotPossible;
   } catch (const std::exception& error) {
     ReportCritical(context, std::string(item.error_message) + error.what());
+    return Outcome::kFailed;
   }
+}
+
+void RunItem(CleaningContext& context, const Item& item) {
+  if (item.cleaner) context.state.Outcomes[item.run_order - 1] = Clean(context, item);
 }
 
 // After the offline pages the status has always been spelled with a capital U.

@@ -109,6 +109,10 @@ std::string WhyNoUserFile(const Machine& machine, std::string_view path) {
 std::string WhyNoUserFolder(const Machine& machine, std::string_view path) {
   std::string why = WhyNoPath(path);
   if (!why.empty()) return why;
+  // A server need not answer for that to be known.
+  if (path.starts_with("\\\\") && std::ranges::count(WithoutBackslash(path), '\\') < 4) {
+    return std::string(path) + " cannot be cleaned: it is a whole drive.";
+  }
   const auto folder = OpenForList(machine, path);
   if (!folder) return {};
   why = LoadPlaces(machine).WhyNot(*folder, "*.*", true, Claim::kOwnList);

@@ -2,9 +2,36 @@
 
 #include "app/settings.h"
 #include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
 
 namespace quellix {
 namespace {
+
+// Whether a path is a folder or lies below it, as both are written.
+bool LiesIn(std::string_view path, std::string_view folder) {
+  const std::string inner = WithBackslash(TrimBlanks(path));
+  const std::string outer = WithBackslash(TrimBlanks(folder));
+  return outer.size() > 1 && EqualsNoCase(std::string_view(inner).substr(0, outer.size()), outer);
+}
+
+// What lies in the folder of the backups stays in every run, so it must not hold what is cleaned;
+// and where it lies in a folder that is emptied by others, the backups are soon lost.
+std::string WhyNotForBackups(const Machine& machine, std::string_view backups,
+                             const OptionList& own_folders) {
+  System& system = machine.system;
+  const std::string profile = system.Environment("USERPROFILE").value_or("");
+  std::vector<std::string> cleaned = {system.TempFolder()};
+  for (const ListRow& row : own_folders.rows()) cleaned.push_back(row.text);
+  for (const std::string& folder : cleaned) {
+    if (LiesIn(folder, backups)) return "It holds " + folder + ", which is cleaned.";
+    if (LiesIn(backups, folder)) return "It lies in " + folder + ", which is cleaned.";
+  }
+  for (const std::string& folder : {system.WindowsFolder(), profile}) {
+    if (!folder.empty() && LiesIn(folder, backups)) return "It holds " + folder + ".";
+  }
+  return LiesIn(backups, system.WindowsFolder()) ? "It lies in the folder of Windows." : "";
+}
 
 std::string_view TitleOf(const OptionList& list) { return list.page().title; }
 
@@ -44,6 +71,14 @@ std::string Options::Problems() const {
 
 std::optional<Refusal> Options::Check() const {
   if (std::optional<Refusal> refusal = CheckGeneralOptions(machine_, general)) return refusal;
+  if (general.method == 'B' || general.backup_folder != saved_.backup_folder) {
+    const OptionList& own_folders = lists.back();
+    const std::string why = WhyNotForBackups(machine_, general.backup_folder, own_folders);
+    if (!why.empty()) {
+      return Refusal{OptionsField::kBackupFolder,
+                     "Backups cannot be kept in " + general.backup_folder + ". " + why};
+    }
+  }
   if (!search_problem_.empty()) return std::nullopt;
   if (!HasSensibleDates(search)) {
     return Refusal{OptionsField::kDates, "The first date must lie before the second one."};

@@ -80,7 +80,7 @@ void PreciousFinder::FindDrives() {
     if (!is_disk && (drive.type != DriveType::kRemovable || drive.letter < 'C')) continue;
     const auto root = Open(std::string(1, drive.letter) + ":\\");
     if (!root) continue;
-    places_.Note(*root, Kind::kRoot);
+    places_.Note(*root, Kind::kHome);
     NoteIn(root.get(),
            {"Boot", "EFI", "Recovery", "System Volume Information", "$Recycle.Bin", "RECYCLER",
             "RECYCLED", "$WinREAgent", "Config.Msi"},
@@ -141,18 +141,18 @@ void PreciousFinder::FindWindows() {
 void PreciousFinder::FindPrograms() {
   const std::string drive = machine_.system.WindowsFolder().substr(0, 3);
   for (const char* name : {"Program Files", "Program Files (x86)", "Program Files (Arm)"}) {
-    Note(drive + name, Kind::kRoot);
+    Note(drive + name, Kind::kHome);
     Note(drive + name + "\\WindowsApps", Kind::kTree);
-    Note(drive + name + "\\Common Files", Kind::kRoot);
+    Note(drive + name + "\\Common Files", Kind::kHome);
   }
   for (const char* name :
        {"ProgramFiles", "ProgramFiles(x86)", "ProgramW6432", "CommonProgramFiles",
         "CommonProgramFiles(x86)", "CommonProgramW6432", "ProgramData", "ALLUSERSPROFILE"}) {
-    Note(machine_.system.Environment(name).value_or(""), Kind::kRoot);
+    Note(machine_.system.Environment(name).value_or(""), Kind::kHome);
   }
   const auto data = Open(drive + "ProgramData");
-  if (data) places_.Note(*data, Kind::kRoot);
-  NoteIn(data.get(), {"Microsoft", "Microsoft\\Windows", "Packages"}, Kind::kRoot);
+  if (data) places_.Note(*data, Kind::kHome);
+  NoteIn(data.get(), {"Microsoft", "Microsoft\\Windows", "Packages"}, Kind::kHome);
   NoteIn(data.get(), {"Microsoft\\Crypto", "Microsoft\\Vault", "Package Cache"}, Kind::kTree);
 }
 
@@ -166,7 +166,7 @@ void PreciousFinder::FindProfiles() {
   for (const std::string& path : folders) {
     const auto users = path.size() > 3 ? Open(path) : nullptr;
     if (!users) continue;
-    places_.Note(*users, Kind::kRoot);
+    places_.Note(*users, Kind::kHome);
     ForEachFolder(*users, [&](const std::string& name) {
       if (const auto user = users->OpenFolder(name)) FindProfile(*user);
     });
@@ -188,15 +188,15 @@ void PreciousFinder::FindListedProfiles() {
 
 void PreciousFinder::FindProfile(Folder& profile) {
   const auto noted = places_.folders_.find(profile.Id());
-  if (noted != places_.folders_.end() && noted->second >= Kind::kRoot) return;
-  places_.Note(profile, Kind::kRoot);
+  if (noted != places_.folders_.end() && noted->second >= Kind::kHome) return;
+  places_.Note(profile, Kind::kHome);
   NoteIn(&profile,
          {"AppData", "AppData\\Roaming", "AppData\\Roaming\\Microsoft",
           "AppData\\Roaming\\Microsoft\\Windows", "AppData\\Local", "AppData\\Local\\Microsoft",
           "AppData\\Local\\Microsoft\\Windows", "AppData\\Local\\Packages", "AppData\\LocalLow",
           "Application Data", "Application Data\\Microsoft", "Local Settings",
           "Local Settings\\Application Data", "Local Settings\\Application Data\\Microsoft"},
-         Kind::kRoot);
+         Kind::kHome);
   NoteIn(&profile,
          {"AppData\\Roaming\\Microsoft\\Protect", "AppData\\Roaming\\Microsoft\\Crypto",
           "AppData\\Roaming\\Microsoft\\Credentials", "AppData\\Roaming\\Microsoft\\Vault",
@@ -243,12 +243,12 @@ void PreciousFinder::FindProfile(Folder& profile) {
 // Where the user's folders are when they were moved.
 void PreciousFinder::FindKnownFolders() {
   for (const char* key : kShellKeys) {
-    NoteFolderValues(kCurrentUser, key, {"AppData", "Local AppData"}, Kind::kRoot);
+    NoteFolderValues(kCurrentUser, key, {"AppData", "Local AppData"}, Kind::kHome);
     NoteFolderValues(kCurrentUser, key,
                      {"Desktop", "Personal", "My Pictures", "My Music", "My Video", "Favorites",
                       "Start Menu", "{374DE290-123F-4565-9164-39C4925E467B}"},
                      Kind::kPersonal);
-    NoteFolderValues(kLocalMachine, key, {"Common AppData"}, Kind::kRoot);
+    NoteFolderValues(kLocalMachine, key, {"Common AppData"}, Kind::kHome);
     NoteFolderValues(kLocalMachine, key,
                      {"Common Desktop", "Common Documents", "CommonMusic", "CommonPictures",
                       "CommonVideo", "Common Start Menu", "Common Favorites"},

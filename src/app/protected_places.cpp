@@ -46,7 +46,7 @@ ProtectedPlaces::Kind ProtectedPlaces::RuleFor(const FileId& self,
                                                const std::vector<FileId>& above) const {
   const auto noted = folders_.find(self);
   Kind rule = noted == folders_.end() ? Kind::kFree : noted->second;
-  if (noted == folders_.end() && above.empty()) rule = Kind::kRoot;  // any drive or share
+  if (noted == folders_.end() && above.empty()) rule = Kind::kHome;  // any drive or share
   bool is_free = noted != folders_.end() && rule == Kind::kFree;
   for (const FileId& id : above) {
     const auto upper = folders_.find(id);
@@ -63,11 +63,15 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
   const Kind rule = RuleFor(self, above);
   if (rule == Kind::kOwn) return kOwnPlace;
   if (rule == Kind::kTree) return kTreePlace;
-  const bool names_one = !HasWildcards(mask);
-  const bool is_harmless = names_one ? !MayBelongToWindows(mask) : HasHarmlessExtension(mask);
-  if (rule >= Kind::kRoot && (below || !is_harmless)) return kRootPlace;
+  const bool names_one = !HasWildcards(mask), is_harmless = HasHarmlessExtension(mask);
+  const bool may_go =
+      is_harmless || (names_one && (rule == Kind::kHome || !MayBelongToWindows(mask)));
+  // The program's own items go where Windows keeps what they are made for.
+  const bool is_made_for =
+      claim == Claim::kItem && rule == Kind::kSystem && mask != "*.*" && !folders_.contains(self);
+  if (rule >= Kind::kHome && !is_made_for && (below || !may_go)) return kRootPlace;
   const bool is_own = claim == Claim::kOwnList;
-  if (rule == Kind::kPersonal && !is_own && (below || !HasHarmlessExtension(mask))) {
+  if (rule == Kind::kPersonal && !is_own && (below || !is_harmless)) {
     return kPersonalPlace;
   }
   const auto held = holders_.find(self);

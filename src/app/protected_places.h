@@ -54,7 +54,8 @@ class ProtectedPlaces {
   enum class Kind {
     kFree,      // within a tree, made to be emptied
     kPersonal,  // the user's own: documents, downloads
-    kRoot,      // not to be emptied itself
+    kHome,      // a drive, Program Files, a profile: what is named by itself may go
+    kRoot,      // Windows: likewise, but for what it may need
     kSystem,    // likewise with all folders below it
     kTree,      // nothing in it goes, or below it
     kOwn        // the program's, likewise; a walk passes it by

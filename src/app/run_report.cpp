@@ -1,7 +1,10 @@
 #include "app/run_report.h"
 
+#include <algorithm>
+
 #include "app/item_catalogue.h"
 #include "app/removal.h"
+#include "app/stayed.h"
 
 namespace quellix {
 namespace {
@@ -23,6 +26,14 @@ bool Belongs(const Item& item, Category category) {
   }
 }
 
+// Its box's text; those that two groups have are told apart.
+std::string Name(const Item& item) {
+  std::string name(item.Label());
+  if (const size_t twice = name.find("&&"); twice != name.npos) name.erase(twice, 1);
+  const bool in_browser = item.group == Group::kInternet || item.group == Group::kFirefox;
+  return in_browser ? name + " (" + std::string(GroupTitle(item.group)) + ")" : name;
+}
+
 }  // namespace
 
 std::string_view CategoryTitle(Category category) {
@@ -36,6 +47,28 @@ std::string_view CategoryTitle(Category category) {
   }
 }
 
+std::string_view OutcomeText(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::kCleaned:
+      return "Cleaned";
+    case Outcome::kNothingFound:
+      return "Not Cleaned: nothing found";
+    case Outcome::kNotPossible:
+      return "Not Cleaned: not possible";
+    case Outcome::kFailed:
+      return "Not Cleaned: failed";
+    case Outcome::kNotChosen:
+      return "Not Cleaned: not chosen";
+  }
+  return {};
+}
+
+void AppendNothingFound(CleaningContext& context, const Item& item) {
+  const std::string& why = context.state.WhyNothing;
+  context.state.RunLog +=
+      Name(item) + ": nothing of this kind was found." + (why.empty() ? "" : " " + why) + "\r\n";
+}
+
 void AppendSummary(CleaningContext& context) {
   const RunState& state = context.state;
   std::string& log = context.state.RunLog;
@@ -45,22 +78,34 @@ void AppendSummary(CleaningContext& context) {
   if (state.FilesBackedUp > 0) {
     log += "\r\nBacked Up " + std::to_string(state.FilesBackedUp) + " file(s)";
   }
-  if (state.SomeFilesLocked) {
-    log += "\r\n\r\nSome files were not deleted because they were locked or in use.";
+  for (const std::string_view sentence : StayedSentences(state)) {
+    log.append("\r\n\r\n").append(sentence);
   }
   if (!state.SettingsProblem.empty()) {
     log += "\r\n\r\nThe time of this run could not be saved. " + state.SettingsProblem;
   }
 }
 
+std::string BriefReport(const CleaningContext& context) {
+  const RunState& state = context.state;
+  const std::string count = std::to_string(state.RunFilesDeleted);
+  return "Cleaned by itself: " + count + (state.RunFilesDeleted == 1 ? " file" : " files") + ", " +
+         SpaceGained(context) + "." +
+         (state.SomeErrors        ? " Something failed; see the log."
+          : state.SomeFilesLocked ? " Some files stayed; see the log."
+                                  : "");
+}
+
 RunReport MakeReport(const CleaningContext& context) {
-  RunReport report{.log = context.state.RunLog,
-                   .files = std::to_string(context.state.RunFilesDeleted),
+  const RunState& state = context.state;
+  RunReport report{.log = state.RunLog + StayedNames(state, kNamesShown),
+                   .full_log = state.RunLog + StayedNames(state, RunState::kMostStayed),
+                   .files = std::to_string(state.RunFilesDeleted),
                    .space_gained = SpaceGained(context)};
   for (const Item& item : AllItems()) {
-    if (!context.state.ItemsCleaned[item.run_order - 1]) continue;
     for (size_t i = 0; i < kCategories; ++i) {
-      if (Belongs(item, static_cast<Category>(i))) report.cleaned[i] = true;
+      if (!Belongs(item, static_cast<Category>(i))) continue;
+      report.outcomes[i] = std::max(report.outcomes[i], state.Outcomes[item.run_order - 1]);
     }
   }
   return report;

@@ -1,15 +1,27 @@
 #pragma once
 
+#include <string>
+#include <string_view>
+
 #include "app/context.h"
+#include "app/item.h"
 
 namespace quellix {
 
 std::string_view CategoryTitle(Category category);
+// As the log window says it.
+std::string_view OutcomeText(Outcome outcome);
 
-// Appends the totals to RunLog.
+// What RunLog says of an item that found nothing of its kind.
+void AppendNothingFound(CleaningContext& context, const Item& item);
+
+// Appends the totals to RunLog, and why files stayed.
 void AppendSummary(CleaningContext& context);
 
-// What the log window shows. A category is cleaned when one of its items ran without an error.
+// One sentence on a run that nobody watched.
+std::string BriefReport(const CleaningContext& context);
+
+// What the log window shows.
 RunReport MakeReport(const CleaningContext& context);
 
 }  // namespace quellix

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <bitset>
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -31,6 +31,7 @@ struct RunState {
   uint64_t WipeStep = 1;           // bytes overwritten at a time
   std::string BackupFolder;        // ends in "\"
   BackupOptions Backup;
+  bool AllValues = false;  // registry lists are cleared to their end
 
   int16_t FixedRemovalMode = 0;  // chosen for this program run; 0: as the settings say
   bool Hidden = false;           // nobody is watching: nothing waits for a person
@@ -56,11 +57,11 @@ struct RunState {
   double MozillaSpaceGained = 0;   // bytes, in this run
   double MozillaSpaceFound = 0;    // bytes, since the program started
 
-  ProgressBar Progress;          // as shown last
-  std::bitset<30> ItemsCleaned;  // by run order, from 0: ran without an error
+  ProgressBar Progress;                // as shown last
+  std::array<Outcome, 30> Outcomes{};  // by run order, from 0
   // Of the item in work: whether anything of its kind is here (NotePlace), else why not.
   bool PlaceFound = false;
-  std::string WhyNothing;
+  std::string WhyNothing;       // a sentence, or ""
   std::string SettingsProblem;  // why LastCleaned could not be stored, said once
 
   RegistryUndo Undo;                        // of registry entries that the run deletes

@@ -1,5 +1,7 @@
 #include "app/run_steps.h"
 
+#include "platform/path.h"
+
 namespace quellix {
 namespace {
 
@@ -22,7 +24,7 @@ void ResetRun(RunState& state) {
   state.BackupDrive.clear();
   state.Undo = {};
   state.RunLog.clear();
-  state.ItemsCleaned.reset();
+  state.Outcomes = {};
   state.SettingsProblem.clear();
   state.Places.reset();
   state.Results.reset();
@@ -85,14 +87,6 @@ void ReportCritical(CleaningContext& context, std::string_view text) {
   } else {
     context.view.ShowCritical(text);
   }
-}
-
-void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind) {
-  state.SomeFilesLocked = true;
-  ++state.StayedCount;
-  if (kind == Error::Kind::kInUse) ++state.StayedLocked;
-  if (state.Stayed.size() == RunState::kMostStayed) return;
-  state.Stayed.push_back({std::string(path), std::string(reason)});
 }
 
 }  // namespace quellix

@@ -4,7 +4,7 @@
 
 #include "app/context.h"
 #include "app/item.h"
-#include "platform/error.h"
+#include "app/stayed.h"
 
 namespace quellix {
 
@@ -29,12 +29,7 @@ void EndRun(CleaningContext& context, std::string_view message);
 // Shows a failure as a critical message; in a hidden run it goes into RunLog instead.
 void ReportCritical(CleaningContext& context, std::string_view text);
 
-// Notes what a run was to remove and could not: it is named in the log with the reason, and the run
-// ends with kSomeFilesStayed. Only what failed with kInUse counts as locked or in use.
-void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind);
-
 // A cleaner has found a place of its item's kind, with or without anything in it: the folder, the
 // registry key, the recycle bin. An item that finds none gets a line in the log that says so.
 inline void NotePlace(RunState& state) { state.PlaceFound = true; }
-
 }  // namespace quellix

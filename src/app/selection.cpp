@@ -41,6 +41,9 @@ std::string_view Selection::WhyDisabled(const Item& item) const {
 void Selection::ApplyProtection(const GeneralSettings& general) {
   protect1_ = general.protect1;
   protect2_ = general.protect2;
+  for (const Item& item : AllItems()) {
+    if (item.protection != Protection::kNone && !IsEnabled(item)) SetChecked(item, false);
+  }
 }
 
 void Selection::ToggleGroup(Group group) {

@@ -21,7 +21,8 @@ class Selection {
   bool IsEnabled(const Item& item) const { return WhyDisabled(item).empty(); }
   // A sentence why it cannot; "" when it can. Lives as long as the program.
   std::string_view WhyDisabled(const Item& item) const;
-  // Applies Protect1 and Protect2.
+  // Applies Protect1 and Protect2. A box that is then protected loses its tick: a run takes every
+  // ticked item.
   void ApplyProtection(const GeneralSettings& general);
 
   // A click on a group's heading: checks all boxes of the group, or clears them when all are

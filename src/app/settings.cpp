@@ -91,6 +91,7 @@ void Settings::LoadDeletionSettings(RunState& state) const {
   state.WipeStep = static_cast<uint64_t>(std::clamp(step, 1.0, double{kLargestWipeStep}));
   state.BackupFolder =
       WithBackslash(ReadIniValue("Backup", "Path", machine_.program_folder + "\\Backup\\"));
+  state.AllValues = IsOne(ReadIniValue("General", "AllValues", "0"));
   state.Backup.strict = IsOne(ReadIniValue("Backup", "Strict", "0"));
   state.Backup.keep_on_abort = IsOne(ReadIniValue("Backup", "KeepOnAbort", "0"));
   state.Backup.registry = IsOne(ReadIniValue("Backup", "Registry", "1"));
@@ -102,6 +103,11 @@ std::optional<std::string> Settings::LastCleaned() const {
       ReadIniValue("CleanUp", "LastCleaned", FormatDateTime(machine_.system.Now(), locale));
   if (!IsDateTime(text, locale)) return std::nullopt;
   return text;
+}
+
+std::string Settings::LastCleanedText() const {
+  const bool never = IsReadable() && ReadIniValue("CleanUp", "LastCleaned", "").empty();
+  return never ? "Never" : LastCleaned().value_or("");
 }
 
 std::string Settings::StoreLastCleaned() {

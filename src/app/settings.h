@@ -43,8 +43,10 @@ class Settings {
   // cannot be read, what was loaded before stays, or else all have their defaults.
   void LoadDeletionSettings(RunState& state) const;
 
-  // LastCleaned: reading gives nothing unless it is a date in the user's form.
+  // LastCleaned: reading gives nothing unless it is a date in the user's form. An absent key reads
+  // as the present; what is shown then is "Never".
   std::optional<std::string> LastCleaned() const;
+  std::string LastCleanedText() const;
   // Stores the present date and time; returns the text.
   std::string StoreLastCleaned();
 

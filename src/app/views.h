@@ -16,12 +16,22 @@ class SearchResults;
 enum class Category { kFolderFiles, kMiscellaneous, kInternet, kFirefox, kPlugins, kRegistry };
 inline constexpr size_t kCategories = 6;
 
+// What became of an item in a run, and of a category: of that the last that one of its items has.
+enum class Outcome {
+  kNotChosen,
+  kNothingFound,  // nothing of its kind is here
+  kNotPossible,   // not on this machine, or not in such a run; the log says why
+  kCleaned,
+  kFailed
+};
+
 // What a finished run shows.
 struct RunReport {
-  std::string log;           // RunLog
+  std::string log;           // RunLog, with the first names of what stayed
+  std::string full_log;      // with all of them
   std::string files;         // the run's file count
   std::string space_gained;  // with its unit
-  std::array<bool, kCategories> cleaned{};
+  std::array<Outcome, kCategories> outcomes{};
 };
 
 struct ProgressBar {
@@ -55,6 +65,8 @@ class RunView {
   // A critical message box titled with the application's title. Never called in a hidden run.
   virtual void ShowCritical(std::string_view text) = 0;
   virtual void ShowReport(const RunReport& report) = 0;  // the log window
+  // The same of a hidden run: nothing is shown now.
+  virtual void KeepReport(const RunReport& /*report*/) {}
   // Opens the results window on the finds of the run's searches, which arrive while the run goes
   // on. False where nobody can review them. Never called in a hidden run.
   virtual bool OpenResults(SearchResults& /*results*/) { return false; }

@@ -23,8 +23,10 @@ class BackupArchive {
   // is finished. The archive and its folder are made with the first file.
   virtual void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) = 0;
   // Adds the file NamePart(path) of an open folder, under its whole path; false when that failed,
-  // for the reason in Problem.
+  // for the reason in Problem. In strict mode a file fails of which something cannot be stored.
   virtual bool BackupFile(Folder& folder, std::string_view path) = 0;
+  // What of the last file that was added could not be stored, in a sentence; "" for nothing.
+  virtual std::string_view Loss() const { return ""; }
   // Brings the files added since the last call onto the disk: not before that may they be removed.
   // False when some did not get there; then all of them are to be taken as not archived.
   virtual bool Flush() = 0;

@@ -4,6 +4,8 @@
 #include <tuple>
 
 #include "app/settings.h"
+#include "backup/backup_names.h"
+#include "backup/can_run.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -31,19 +33,13 @@ void SortRows(std::vector<Row>& rows, bool descending, Key key) {
 
 std::string StateOf(const BackupInfo& info) {
   if (!info.problem.empty()) return "Cannot be read";
-  return !info.repaired.empty() ? "Repaired" : "Whole";
+  return !info.incomplete.empty() ? "Incomplete" : "Whole";
 }
 
 std::string StateOf(const BackupEntry& entry) { return entry.refusal.empty() ? "" : "Refused"; }
 
 auto DateKey(const LocalTime& d) {
   return std::tuple(d.year, d.month, d.day, d.hour, d.minute, d.second);
-}
-
-// "3 files", "1 registry key".
-std::string Counted(const std::string& number, BackupKind kind) {
-  const char* const what = kind == BackupKind::kRegistry ? " registry key" : " file";
-  return number + what + (number == "1" ? "" : "s");
 }
 
 }  // namespace
@@ -75,7 +71,7 @@ void BackupBrowser::Refresh() {
   if (archives_.empty() && outcome_.empty())
     outcome_ = "There are no backups in " + backups_.folder() + ".";
   for (const BackupInfo& info : archives_) {
-    if (!info.repaired.empty()) outcome_ += info.name + ": " + info.repaired + "\n";
+    if (!info.incomplete.empty()) outcome_ += info.name + ": " + info.incomplete + "\n";
     if (!info.problem.empty()) outcome_ += info.name + " cannot be read: " + info.problem + "\n";
   }
   LoadEntries();
@@ -205,7 +201,13 @@ void BackupBrowser::OrderEntries() {
 BackupBrowser::Commands BackupBrowser::Available(size_t selected) const {
   const bool any = !entries_.empty();
   const bool files = Chosen() && Chosen()->kind == BackupKind::kFiles;
-  return {selected == 1, any && selected > 0, any, any && files, Chosen() != nullptr};
+  const bool incomplete = files && !Chosen()->incomplete.empty();
+  return {.view = selected == 1,
+          .restore_selected = any && selected > 0,
+          .restore_all = any,
+          .restore_into = any && files,
+          .repair = incomplete && IsArchiveName(Chosen()->name),
+          .delete_archive = Chosen() != nullptr};
 }
 
 std::string BackupBrowser::View(size_t row) {
@@ -213,8 +215,13 @@ std::string BackupBrowser::View(size_t row) {
   try {
     if (!entry.refusal.empty()) throw Error(Error::Kind::kDenied, entry.refusal);
     viewed_.push_back(backups_.ExtractTemporary(Chosen()->name, entry.path));
-    outcome_ = "A copy of " + entry.path + " is opened.";
-    return viewed_.back();
+    if (!CanRun(machine_, viewed_.back())) {
+      outcome_ = "A copy of " + entry.path + " is opened.";
+      return viewed_.back();
+    }
+    outcome_ =
+        entry.path + " may be a program, so it is not opened; its copy is in the folder shown.";
+    return std::string(WithoutBackslash(FolderPart(viewed_.back())));
   } catch (const Error& error) {
     outcome_ = entry.path + " cannot be viewed: " + error.what();
     return "";
@@ -243,6 +250,20 @@ void BackupBrowser::Restore(std::span<const size_t> rows, std::string_view folde
   } catch (const Error& error) {
     outcome_ = std::string("Nothing is restored. ") + error.what();
   }
+}
+
+void BackupBrowser::RepairArchive() {
+  if (!Available(0).repair) return;
+  const std::string name = Chosen()->name;
+  try {
+    std::string repaired = backups_.Repair(name);
+    if (repaired.empty()) repaired = "The archive is whole; there is nothing to repair.";
+    archives_[chosen_] = backups_.Check(name);
+    Say(name + ": " + repaired + "\n");
+  } catch (const Error& error) {
+    Say(name + " is not repaired. " + error.what());
+  }
+  LoadEntries();
 }
 
 void BackupBrowser::DeleteArchive() {

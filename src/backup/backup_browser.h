@@ -32,7 +32,7 @@ class BackupBrowser {
  public:
   struct Commands {
     bool view = false, restore_selected = false, restore_all = false, restore_into = false,
-         delete_archive = false;
+         repair = false, delete_archive = false;
   };
 
   // Of the folder that the settings name; nothing is read before Refresh.
@@ -46,7 +46,7 @@ class BackupBrowser {
   // true ends that.
   void OnPause(const RestorePause& pause) { backups_.OnPause(pause); }
 
-  // Reads the archives anew, repairs what needs it, and chooses the first.
+  // Reads the archives anew, changing none, and chooses the first.
   void Refresh();
 
   size_t ArchiveCount() const { return archives_.size(); }
@@ -69,7 +69,8 @@ class BackupBrowser {
   // What can be done while that many entries are selected.
   Commands Available(size_t selected) const;
 
-  // Makes a temporary copy of an entry; its path, "" when that failed.
+  // Makes a temporary copy of an entry. What to open: the copy, or the folder it is in where it may
+  // be a program; "" when that failed.
   std::string View(size_t row);
   // Puts the entries of these rows back to where they were; no rows, no files.
   void RestoreSelected(std::span<const size_t> rows, Prompts& prompts,
@@ -82,6 +83,8 @@ class BackupBrowser {
                    const RestorePause& pause = nullptr) {
     Restore(rows, folder, prompts, pause);
   }
+  // Makes the chosen archive whole.
+  void RepairArchive();
   // Deletes the chosen archive.
   void DeleteArchive();
 

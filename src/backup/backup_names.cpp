@@ -3,6 +3,8 @@
 #include <chrono>
 #include <cstdio>
 
+#include "platform/text.h"
+
 namespace quellix {
 namespace {
 
@@ -10,6 +12,15 @@ int ToInt(std::string_view digits) {
   int value = 0;
   for (const char c : digits) value = value * 10 + (c - '0');
   return value;
+}
+
+// Those of the date and the time; empty when there is something else.
+std::string_view DigitsOf(std::string_view name) {
+  if (name.size() < 6 || name[name.size() - 4] != '.') return {};
+  const std::string_view digits = name.substr(2, name.size() - 6);
+  const bool fits = digits.size() >= 12 && digits.size() <= 14 &&
+                    digits.find_first_not_of("0123456789") == std::string_view::npos;
+  return fits ? digits : std::string_view();
 }
 
 // The digits behind the date with an hour of one or two digits; nothing when that is no time.
@@ -43,13 +54,23 @@ std::optional<std::string> RootOfArchive(std::string_view name) {
   return std::string(1, letter) + ":\\";
 }
 
+LocalTime NextSecond(LocalTime time) {
+  if (++time.second < 60) return time;
+  time.second = 0;
+  if (++time.minute < 60) return time;
+  time.minute = 0;
+  time.hour = (time.hour + 1) % 24;
+  return time;
+}
+
+bool IsArchiveName(std::string_view name) {
+  return RootOfArchive(name) && !DigitsOf(name).empty() &&
+         EqualsNoCase(name.substr(name.size() - 4), ".zip");
+}
+
 std::optional<LocalTime> DateOfArchive(std::string_view name) {
-  if (name.size() < 6 || name[name.size() - 4] != '.') return std::nullopt;
-  const std::string_view digits = name.substr(2, name.size() - 6);
-  if (digits.size() < 12 || digits.size() > 14 ||
-      digits.find_first_not_of("0123456789") != std::string_view::npos) {
-    return std::nullopt;
-  }
+  const std::string_view digits = DigitsOf(name);
+  if (digits.empty()) return std::nullopt;
   const LocalTime date{.year = ToInt(digits.substr(4, 4)),
                        .month = ToInt(digits.substr(2, 2)),
                        .day = ToInt(digits.substr(0, 2))};

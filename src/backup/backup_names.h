@@ -18,6 +18,12 @@ std::string BackupArchiveName(std::string_view prefix, const LocalTime& now,
 // What the paths in an archive begin with: "C:\", or "\\" for files of servers ("__...zip").
 std::optional<std::string> RootOfArchive(std::string_view name);
 
+// One second later, within the day: for when a name is taken.
+LocalTime NextSecond(LocalTime time);
+
+// Whether a name is of the form that BackupArchiveName gives an archive.
+bool IsArchiveName(std::string_view name);
+
 // The date of a name with a prefix of two characters and a suffix of four; nothing when it has
 // none, or one that can be read in two ways.
 std::optional<LocalTime> DateOfArchive(std::string_view name);

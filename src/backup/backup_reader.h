@@ -8,6 +8,7 @@
 
 #include "app/views.h"
 #include "backup/overwrite_mode.h"
+#include "platform/file_system.h"
 #include "platform/locale.h"
 
 namespace quellix {
@@ -19,12 +20,12 @@ enum class BackupKind { kFiles, kRegistry };
 struct BackupInfo {
   std::string name;  // in the backup folder
   BackupKind kind = BackupKind::kFiles;
-  std::string root;      // where its entries belong, "C:\"; "" when its name does not tell
-  LocalTime date;        // from its name, else when the file was last written
-  uint64_t entries = 0;  // 0 as well where there is a problem
-  uint64_t size = 0;     // bytes of the backup
-  std::string problem;   // why it cannot be read; "" when it can
-  std::string repaired;  // what was repaired just now, in a sentence; "" for nothing
+  std::string root;        // where its entries belong, "C:\"; "" when its name does not tell
+  LocalTime date;          // from its name, else when the file was last written
+  uint64_t entries = 0;    // 0 as well where there is a problem
+  uint64_t size = 0;       // bytes of the backup
+  std::string problem;     // why it cannot be read; "" when it can
+  std::string incomplete;  // what is left of it, in a sentence; "" when it is whole
 };
 
 // What can be put back by itself: a file, or a registry key.
@@ -48,6 +49,13 @@ struct RestoreProgress {
   const char* work = "Restoring";
 };
 
+// "3 files", "1 registry key"; `number` is as shown.
+std::string Counted(const std::string& number, BackupKind kind);
+
+// Why a file may not be written, in a sentence; "" when it may. Asked before each file that is
+// restored, whether it is there already or not.
+using RestoreGuard = std::function<std::string(Folder& folder, std::string_view name)>;
+
 // Lets the interface breathe; true ends what is in work.
 using RestorePause = std::function<bool(const RestoreProgress&)>;
 
@@ -64,15 +72,20 @@ class BackupReader {
  public:
   virtual ~BackupReader() = default;
 
-  // What is called now and then while a backup is repaired or a copy is made. Where it ends that,
-  // the backup counts as one that cannot be read.
+  // What is called now and then while an incomplete backup is read or repaired, or a copy is made.
+  // Where it ends that, the backup counts as one that cannot be read.
   virtual void OnPause(const RestorePause& /*pause*/) {}
+  // What is asked before a file is restored.
+  virtual void OnFile(const RestoreGuard& /*guard*/) {}
 
   // Whether a file is of this kind, by its name alone.
   virtual bool Takes(std::string_view name) const = 0;
-  // An incomplete backup is repaired first, where the kind has a way.
+  // Changes nothing: what is incomplete is read as far as it is whole.
   virtual BackupInfo Describe(const std::string& path) = 0;
   virtual std::vector<BackupEntry> ListEntries(const std::string& path) = 0;
+  // Makes an incomplete backup whole; what was done, in a sentence, "" when it was whole. Throws
+  // Error where the kind has no way, and the backup is as it was.
+  virtual std::string Repair(const std::string& path) = 0;
   // Makes a copy of one entry in the temporary folder, which the shell may open without anything
   // being changed; the copy's path.
   virtual std::string ExtractTemporary(const std::string& path, std::string_view entry_path) = 0;

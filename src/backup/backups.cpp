@@ -32,6 +32,10 @@ void Backups::OnPause(const RestorePause& pause) {
   for (const auto& reader : readers_) reader->OnPause(pause);
 }
 
+void Backups::OnFile(const RestoreGuard& guard) {
+  for (const auto& reader : readers_) reader->OnFile(guard);
+}
+
 std::string Backups::PathOf(std::string_view name) const {
   if (name.find_first_of("\\/:") != std::string_view::npos || name.empty()) {
     throw Error(Error::Kind::kMissing,
@@ -78,6 +82,8 @@ std::vector<BackupEntry> Backups::ListEntries(std::string_view name) {
   return Reader(name).ListEntries(PathOf(name));
 }
 
+std::string Backups::Repair(std::string_view name) { return Reader(name).Repair(PathOf(name)); }
+
 std::string Backups::ExtractTemporary(std::string_view name, std::string_view entry_path) {
   return Reader(name).ExtractTemporary(PathOf(name), entry_path);
 }
@@ -88,6 +94,11 @@ RestoreResult Backups::Restore(std::string_view name, const RestoreOrder& order,
 }
 
 void Backups::Delete(std::string_view name) { machine_.files.RemoveFile(PathOf(name)); }
+
+std::string Counted(const std::string& number, BackupKind kind) {
+  const char* const what = kind == BackupKind::kRegistry ? " registry key" : " file";
+  return number + what + (number == "1" ? "" : "s");
+}
 
 OverwriteMode StoredOverwriteMode(const Machine& machine) {
   return ParseOverwriteMode(Settings(machine).ReadIniValue("Backup", "Overwrite", "Ask"))

@@ -10,7 +10,8 @@
 
 namespace quellix {
 
-// The backup folder with every kind of backup in it. Backups are named as in the folder; functions
+// The backup folder with every kind of backup in it. Only Repair, Restore and Delete change
+// anything. Backups are named as in the folder; functions
 // with a name throw Error when it names none or the backup cannot be read at all.
 class Backups {
  public:
@@ -23,11 +24,14 @@ class Backups {
 
   // See BackupReader.
   void OnPause(const RestorePause& pause);
+  void OnFile(const RestoreGuard& guard);
 
   // Newest first.
   std::vector<BackupInfo> List();
-  // Repairs an incomplete one; BackupInfo::repaired tells. What cannot be read is an Error.
+  // What cannot be read at all is an Error.
   BackupInfo Check(std::string_view name);
+  // See BackupReader.
+  std::string Repair(std::string_view name);
   std::vector<BackupEntry> ListEntries(std::string_view name);
   std::string ExtractTemporary(std::string_view name, std::string_view entry_path);
   RestoreResult Restore(std::string_view name, const RestoreOrder& order, Prompts& prompts,

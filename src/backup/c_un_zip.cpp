@@ -12,13 +12,13 @@
 namespace quellix {
 namespace {
 
-BackupEntry ToBackupEntry(const ZipEntry& entry) {
+BackupEntry ToBackupEntry(const ZipEntry& entry, System& system) {
   BackupEntry result;
   result.path = EntryPath(entry.name);
   result.size = entry.size;
-  result.last_write = LastWriteOf(entry);
+  result.last_write = LastWriteOf(entry, system);
   result.attributes = entry.attributes & (kReadOnly | kHidden | kSystem | kArchive);
-  result.refusal = RefusalOf(entry.name).value_or("");
+  result.refusal = RefusalOf(entry.name, entry.own).value_or("");
   return result;
 }
 
@@ -49,12 +49,16 @@ class Wanted {
 
 }  // namespace
 
-std::unique_ptr<ZipReader> cUnZip::Open(const std::string& path,
-                                        std::optional<Repair>& repair) const {
-  const auto pause = [&](uint64_t done, uint64_t total) {
-    return pause_({done, total, NamePart(path), "Repairing"});
+RepairPause cUnZip::PauseOf(const std::string& path, const char* work) const {
+  if (!pause_) return nullptr;
+  return [this, name = std::string(NamePart(path)), work](uint64_t done, uint64_t total) {
+    return pause_({done, total, name, work});
   };
-  return OpenZip(machine_.files, path, repair, pause_ ? RepairPause(pause) : nullptr);
+}
+
+std::unique_ptr<ZipReader> cUnZip::Open(const std::string& path) const {
+  std::optional<quellix::Repair> found;
+  return OpenZip(machine_.files, path, found, PauseOf(path, "Reading"));
 }
 
 bool cUnZip::Takes(std::string_view name) const { return MatchesMask(name, "*.zip"); }
@@ -64,9 +68,9 @@ BackupInfo cUnZip::Describe(const std::string& path) {
   info.name = NamePart(path);
   info.root = RootOfArchive(info.name).value_or("");
   try {
-    std::optional<Repair> repair;
-    info.entries = Open(path, repair)->count();
-    if (repair) info.repaired = repair->Note();
+    std::optional<quellix::Repair> found;
+    info.entries = OpenZip(machine_.files, path, found, PauseOf(path, "Reading"))->count();
+    if (found) info.incomplete = "The archive is incomplete: " + found->Counts() + ".";
   } catch (const Error& error) {
     info.problem = error.what();
   }
@@ -78,13 +82,17 @@ BackupInfo cUnZip::Describe(const std::string& path) {
 }
 
 std::vector<BackupEntry> cUnZip::ListEntries(const std::string& path) {
-  std::optional<Repair> repair;
   std::vector<BackupEntry> entries;
-  Open(path, repair)->Visit([&](const ZipEntry& entry) {
-    if (!entry.name.ends_with('/')) entries.push_back(ToBackupEntry(entry));
+  Open(path)->Visit([&](const ZipEntry& entry) {
+    if (!entry.name.ends_with('/')) entries.push_back(ToBackupEntry(entry, machine_.system));
     return true;
   });
   return entries;
+}
+
+std::string cUnZip::Repair(const std::string& path) {
+  const auto repair = RepairArchive(machine_.files, path, PauseOf(path, "Repairing"));
+  return repair ? "The archive is repaired: " + repair->Counts() + "." : "";
 }
 
 std::string cUnZip::ExtractTemporary(const std::string& path, std::string_view entry_path) {
@@ -98,7 +106,7 @@ std::string cUnZip::ExtractTemporary(const std::string& path, std::string_view e
     return pause_(progress);
   };
   const RestoreResult result =
-      Restore(path, order, prompts, pause_ ? RestorePause(pause) : nullptr);
+      Restore(path, order, prompts, pause_ ? RestorePause(pause) : nullptr, nullptr);
   if (result.cancelled) throw Error(Error::Kind::kOther, "Stopped at your wish.");
   if (!result.problems.empty()) throw Error(Error::Kind::kOther, result.problems[0]);
   return folder + "\\" + std::string(entry_path);
@@ -106,21 +114,26 @@ std::string cUnZip::ExtractTemporary(const std::string& path, std::string_view e
 
 RestoreResult cUnZip::Restore(const std::string& path, const RestoreOrder& order, Prompts& prompts,
                               const RestorePause& pause) {
+  RestoreNotes notes(machine_.files, FolderPart(path));
+  return Restore(path, order, prompts, pause, &notes);
+}
+
+RestoreResult cUnZip::Restore(const std::string& path, const RestoreOrder& order, Prompts& prompts,
+                              const RestorePause& pause, RestoreNotes* notes) {
   const std::optional<std::string> root = RootOfArchive(NamePart(path));
   if (order.to.empty() && !root) {
     throw Error(Error::Kind::kOther, "The name " + std::string(NamePart(path)) +
                                          " does not tell the drive; name a folder to restore to.");
   }
-  std::optional<Repair> repair;
-  const auto reader = Open(path, repair);
+  const auto reader = Open(path);
   Wanted wanted(order.entry_paths);
   RestoreProgress progress;
   reader->Visit([&](const ZipEntry& entry) {
     if (wanted.Has(EntryPath(entry.name))) progress.total += StepsOf(entry);
     return true;
   });
-  Restorer restorer(machine_.files, *reader, order.to.empty() ? *root : WithBackslash(order.to),
-                    order.mode, prompts);
+  const std::string folder = order.to.empty() ? *root : WithBackslash(order.to);
+  Restorer restorer(machine_, *reader, {folder, order.mode, guard_, notes}, prompts);
   restorer.OnPause(pause, progress.total);
   reader->Visit([&](const ZipEntry& entry) {
     const std::string entry_path = EntryPath(entry.name);

@@ -37,7 +37,7 @@ bool IsDevice(std::string_view part) {
   return false;
 }
 
-const char* FaultOf(std::string_view part) {
+const char* FaultOf(std::string_view part, bool own) {
   if (part.empty()) return "begins with a slash or holds an empty part";
   if (part == "." || part == "..") return "climbs out of its folder";
   if (part.find(':') != std::string_view::npos) return "names a drive or a stream";
@@ -47,6 +47,7 @@ const char* FaultOf(std::string_view part) {
            std::string_view("*?<>\"|").find(c) != std::string_view::npos;
   });
   if (forbidden) return "holds a character no file name can hold";
+  if (own) return nullptr;
   if (part.ends_with('.') || part.ends_with(' ')) return "ends in a dot or a blank";
   if (IsDevice(part)) return "names a device";
   return nullptr;
@@ -70,11 +71,11 @@ std::string EntryPath(std::string_view stored_name) {
   return path;
 }
 
-std::optional<std::string> RefusalOf(std::string_view stored_name) {
+std::optional<std::string> RefusalOf(std::string_view stored_name, bool own) {
   std::string_view rest = stored_name;
   if (rest.ends_with('/')) rest.remove_suffix(1);  // a folder
   for (const std::string& part : Split(rest, '/')) {
-    const char* const fault = FaultOf(part);
+    const char* const fault = FaultOf(part, own);
     if (fault == nullptr) continue;
     return "\"" + std::string(stored_name) + "\" is not restored: its path " + fault + ".";
   }

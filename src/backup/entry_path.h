@@ -14,7 +14,8 @@ std::string EntryName(std::string_view stored);
 std::string EntryPath(std::string_view stored_name);
 
 // Why an entry's stored name is not restored: it would leave the folder, or is no name a Windows
-// file can have safely. Nothing when it is fine.
-std::optional<std::string> RefusalOf(std::string_view stored_name);
+// file can have safely. Nothing when it is fine. Of an archive of our `own` names of devices and
+// such that end in a dot or a blank come back: what could be removed can be put back.
+std::optional<std::string> RefusalOf(std::string_view stored_name, bool own = false);
 
 }  // namespace quellix

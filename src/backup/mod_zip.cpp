@@ -1,24 +1,14 @@
 #include "backup/mod_zip.h"
 
 #include <algorithm>
-#include <chrono>
-#include <cmath>
 
 #include "backup/backup_names.h"
-#include "backup/zip_repair.h"
+#include "backup/zip_reader.h"
 #include "platform/error.h"
 #include "platform/path.h"
 
 namespace quellix {
 namespace {
-
-// From the two clocks, in quarters of an hour: no port tells the zone.
-int ZoneMinutes(const LocalTime& now) {
-  const int64_t local = ((DayNumber(now) * 24 + now.hour) * 60 + now.minute) * 60 + now.second;
-  const auto utc = std::chrono::system_clock::now().time_since_epoch();
-  const double seconds = std::chrono::duration<double>(utc).count();
-  return static_cast<int>(std::lround((static_cast<double>(local) - seconds) / 60 / 15)) * 15;
-}
 
 // "C:\Users\a" as "Users/a"; "\\server\share\a" as "server/share/a".
 std::string StoredName(std::string_view path) {
@@ -47,37 +37,82 @@ bool ModZip::Try(const std::function<void()>& step) {
 
 void ModZip::MakeBackupArchiveName(std::string_view folder, std::string_view prefix) {
   Close();
-  const LocalTime now = system_.Now();
-  zone_minutes_ = ZoneMinutes(now);
+  begun_ = system_.Now();
   archive_ = folder;
   // A path on a server has no drive letter.
-  archive_ += BackupArchiveName(prefix.starts_with('\\') ? "_" : prefix, now);
+  prefix_ = prefix.starts_with('\\') ? "_" : prefix;
 }
 
+// An archive of the same second is gone on with when it is whole and this program's; of anything
+// else nothing is touched, and the next second's name is taken.
 void ModZip::OpenArchive() {
   if (writer_) return;
   if (archive_.empty()) throw Error(Error::Kind::kOther, "No archive was begun.");
-  uint64_t count = 0;
-  MakeFolders(files_, FolderPart(archive_));
-  if (files_.Look(archive_)) {
-    std::optional<Repair> repair;
-    count = OpenZip(files_, archive_, repair)->count();
-    if (repair) OpenZip(files_, archive_, repair);
-    if (repair) throw Error(Error::Kind::kFull, "The archive could not be repaired.");
+  const std::string path(FolderPart(archive_));
+  MakeFolders(files_, path);
+  const auto folder = files_.OpenFolder(path);
+  if (!folder) throw Error(Error::Kind::kMissing, "There is no folder " + path + ".");
+  for (;; begun_ = NextSecond(begun_)) {
+    const std::string name = BackupArchiveName(prefix_, begun_);
+    archive_ = path + name;
+    if (GoesOn(*folder, name)) return;
+    try {
+      writer_ = std::make_unique<ZipWriter>(folder->Open(name, OpenMode::kCreateNew), 0);
+      was_there_ = false;
+      folder->Flush();
+      return;
+    } catch (const Error& error) {
+      if (error.kind() != Error::Kind::kExists) throw;
+    }
   }
-  was_there_ = count != 0;
-  writer_ = std::make_unique<ZipWriter>(files_.Open(archive_, OpenMode::kReadAndCreate), count);
+}
+
+bool ModZip::GoesOn(Folder& folder, const std::string& name) {
+  try {
+    if (!folder.Look(name, Detail::kKind)) return false;
+    auto stream = std::make_unique<ArchiveStream>(folder.Open(name, OpenMode::kRead));
+    const auto reader = ZipReader::Open(stream);
+    if (!reader || !reader->Visit([](const ZipEntry& entry) { return entry.own; })) return false;
+    writer_ =
+        std::make_unique<ZipWriter>(folder.Open(name, OpenMode::kReadAndCreate), reader->count());
+    was_there_ = reader->count() != 0;
+    return true;
+  } catch (const Error&) {
+    return false;  // in use, or no archive
+  }
+}
+
+// Small streams fit into a header, such as the mark of what was downloaded.
+void ModZip::StoreStreams(RandomFile& source, ZipEntry& entry) {
+  loss_.clear();
+  size_t left = kMostStreamBytes;
+  for (const StreamInfo& stream : source.Streams()) {
+    const uint64_t needed = stream.name.size() + stream.size + 4;
+    if (needed <= left) {
+      std::string bytes = source.ReadStream(stream.name);
+      if (bytes.size() > stream.size) throw Error(Error::Kind::kOther, "a stream of it grew");
+      left -= stream.name.size() + bytes.size() + 4;
+      entry.streams.emplace_back(stream.name, std::move(bytes));
+      continue;
+    }
+    loss_ += (loss_.empty() ? "" : ", ") + std::string("its stream \"") + stream.name + "\" of " +
+             std::to_string(stream.size) + " bytes";
+  }
+  if (!loss_.empty()) loss_ = "an archive cannot hold " + loss_;
+  if (!loss_.empty() && options_.strict) throw Error(Error::Kind::kOther, loss_);
 }
 
 bool ModZip::BackupFile(Folder& folder, std::string_view path) {
   return Try([&] {
     const auto source = folder.Open(NamePart(path), OpenMode::kRead);
-    OpenArchive();
     ZipEntry entry;
+    StoreStreams(*source, entry);
+    OpenArchive();
+    entry.own = true;
     entry.name = StoredName(path);
     entry.attributes = source->Attributes();
     entry.times = source->Times();
-    entry.dos_time = ToDosTime(entry.times.last_write, zone_minutes_);
+    entry.dos_time = ToDosTime(system_.ToLocalTime(entry.times.last_write));
     writer_->Add(entry, *source, pause_);
   });
 }

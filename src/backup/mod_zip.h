@@ -28,9 +28,12 @@ class ModZip : public BackupArchive {
   void DeleteBackupArchive() override;
   bool Close() override;
   std::string_view Problem() const override { return problem_; }
+  std::string_view Loss() const override { return loss_; }
 
  private:
   void OpenArchive();
+  bool GoesOn(Folder& folder, const std::string& name);
+  void StoreStreams(RandomFile& source, ZipEntry& entry);
   void RemoveArchive();
   bool Try(const std::function<void()>& step);
 
@@ -41,8 +44,9 @@ class ModZip : public BackupArchive {
   std::string archive_;  // full path; empty before the first name was made
   std::unique_ptr<ZipWriter> writer_;
   bool was_there_ = false;  // the archive held files before it was opened
-  int zone_minutes_ = 0;    // local time less UTC
-  std::string problem_;
+  std::string prefix_;      // of its name
+  LocalTime begun_;         // which its name tells
+  std::string problem_, loss_;
 };
 
 }  // namespace quellix

@@ -91,16 +91,19 @@ class Parser {
  public:
   explicit Parser(std::string text) : text_(std::move(text)) {}
 
-  std::vector<RegFileKey> Parse() {
+  RegFile Parse() {
+    if (kFormatLine.starts_with(text_)) return {{}, !text_.empty()};
     if (Line() != kFormatLine) Fail("it is no file of the registry editor's version 5");
     while (SkipEmpty(), at_ < text_.size()) {
-      if (text_[at_] == '[') {
-        ParseKey();
-      } else {
-        ParseValue();
+      start_ = at_;
+      try {
+        text_[at_] == '[' ? ParseKey() : ParseValue();
+      } catch (const Error&) {
+        if (!IsCutOff()) throw;
+        return {std::move(keys_), true};
       }
     }
-    return std::move(keys_);
+    return {std::move(keys_), false};
   }
 
  private:
@@ -108,6 +111,15 @@ class Parser {
     const auto line = std::count(text_.begin(), text_.begin() + static_cast<long>(at_), '\n') + 1;
     throw Error(Error::Kind::kOther,
                 "The .reg file cannot be read: in line " + std::to_string(line) + ", " + why + ".");
+  }
+
+  // Whether the text ends within the entry in hand: no line of it ends but those that go on.
+  bool IsCutOff() const {
+    for (size_t end = start_; (end = text_.find('\n', end)) != text_.npos; ++end) {
+      const size_t last = text_.find_last_not_of("\r\n", end);
+      if (last == text_.npos || text_[last] != '\\') return false;
+    }
+    return true;
   }
 
   char Peek() const { return at_ < text_.size() ? text_[at_] : '\0'; }
@@ -141,7 +153,7 @@ class Parser {
   }
   void RequireLineEnd() {
     SkipBlanks();
-    if (Peek() == ';') {
+    if (Peek() == ';' || std::string_view(text_).substr(at_) == "\r") {
       Line();
     } else if (at_ < text_.size() && !Take("\r\n") && !Take("\n")) {
       Fail("something follows the value");
@@ -155,6 +167,7 @@ class Parser {
     const size_t end = std::min(name.find('\\'), name.size());
     for (const auto& [root, root_name] : kRoots) {
       if (!EqualsNoCase(name.substr(0, end), root_name) || line.rfind(']') == line.npos) continue;
+      if (IsCutOff()) break;
       keys_.push_back({root, name.substr(std::min(end + 1, name.size())), {}});
       return;
     }
@@ -180,8 +193,11 @@ class Parser {
     SkipBlanks();
     if (!Take("=")) Fail("\"=\" is missing");
     SkipBlanks();
-    keys_.back().values.emplace_back(std::move(name), ParseData());
+    const bool is_quoted = Peek() == '"';
+    RegistryValue value = ParseData();
+    if (!is_quoted && IsCutOff()) Fail("the data of a value have no end");
     RequireLineEnd();
+    keys_.back().values.emplace_back(std::move(name), std::move(value));
   }
 
   RegistryValue ParseData() {
@@ -238,7 +254,7 @@ class Parser {
   }
 
   std::string text_;
-  size_t at_ = 0;
+  size_t at_ = 0, start_ = 0;  // of reading, and of the entry in hand
   std::vector<RegFileKey> keys_;
 };
 
@@ -269,7 +285,8 @@ std::string RegFileHeader() {
   return std::string(kMark) + ToUtf16Bytes(std::string(kFormatLine) + "\r\n");
 }
 
-std::vector<RegFileKey> ParseRegFile(std::string_view bytes) {
+RegFile ParseRegFile(std::string_view bytes) {
+  if (kMark.starts_with(bytes)) return {{}, !bytes.empty()};
   if (!bytes.starts_with(kMark)) {
     throw Error(Error::Kind::kOther, "The .reg file cannot be read: it is not UTF-16 text.");
   }

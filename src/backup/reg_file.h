@@ -40,8 +40,13 @@ struct RegFileKey {
   std::vector<std::pair<std::string, RegistryValue>> values;
 };
 
-// The keys of a file, in its order. Throws Error, with the line, for what the registry editor would
-// not take; entries that delete are refused as well.
-std::vector<RegFileKey> ParseRegFile(std::string_view bytes);
+struct RegFile {
+  std::vector<RegFileKey> keys;  // in the order of the file
+  bool is_cut_off = false;       // its last entry is not whole and is left out
+};
+
+// A file, also one that ends in the middle of an entry, or before the first. Throws Error, with the
+// line, for what else the registry editor would not take; entries that delete are refused as well.
+RegFile ParseRegFile(std::string_view bytes);
 
 }  // namespace quellix

@@ -50,10 +50,16 @@ std::vector<RegFileKey> Merged(std::vector<RegFileKey> keys) {
   return merged;
 }
 
-std::vector<RegFileKey> Read(FileSystem& files, const std::string& path) {
+RegFile ReadFile(FileSystem& files, const std::string& path) {
   const auto bytes = files.ReadWholeFile(path, kLargestFile);
   if (!bytes) throw Error(Error::Kind::kMissing, "There is no backup " + path + ".");
-  return Merged(ParseRegFile(*bytes));
+  RegFile file = ParseRegFile(*bytes);
+  file.keys = Merged(std::move(file.keys));
+  return file;
+}
+
+std::vector<RegFileKey> Read(FileSystem& files, const std::string& path) {
+  return ReadFile(files, path).keys;
 }
 
 class RegRestore {
@@ -161,7 +167,9 @@ BackupInfo RegistryBackups::Describe(const std::string& path) {
     if (!file) throw Error(Error::Kind::kMissing, "There is no such backup.");
     info.size = file->size;
     info.date = DateOfArchive(info.name).value_or(machine_.system.ToLocalTime(file->last_write));
-    info.entries = Read(machine_.files, path).size();
+    const RegFile read = ReadFile(machine_.files, path);
+    info.entries = read.keys.size();
+    if (read.is_cut_off) info.incomplete = "The file was cut off: what is whole can be restored.";
   } catch (const Error& error) {
     info.problem = error.what();
   }
@@ -177,6 +185,11 @@ std::vector<BackupEntry> RegistryBackups::ListEntries(const std::string& path) {
     entries.push_back(std::move(entry));
   }
   return entries;
+}
+
+std::string RegistryBackups::Repair(const std::string& path) {
+  if (!ReadFile(machine_.files, path).is_cut_off) return "";
+  throw NotAvailable("Copies of registry entries are not repaired: what is whole is restored.");
 }
 
 std::string RegistryBackups::ExtractTemporary(const std::string& path,

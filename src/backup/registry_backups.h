@@ -14,6 +14,8 @@ class RegistryBackups : public BackupReader {
   bool Takes(std::string_view name) const override;
   BackupInfo Describe(const std::string& path) override;
   std::vector<BackupEntry> ListEntries(const std::string& path) override;
+  // Throws Error: what is whole of such a file is restored as it is.
+  std::string Repair(const std::string& path) override;
   // The key's part of the file as a .txt: a .reg would be imported.
   std::string ExtractTemporary(const std::string& path, std::string_view entry_path) override;
   // A value that is there with other data is replaced as the mode says; in mode kNewer it stays, as

@@ -10,18 +10,12 @@ namespace {
 constexpr std::string_view kPrefix = "R_";
 constexpr std::string_view kExtension = ".reg";
 
-struct Home {
-  RegistryRoot root;
-  std::string key;
-};
-
-// Where a key is kept: HKEY_CLASSES_ROOT shows the user's classes over the machine's, and what is
-// written to it does not always come back to where it was.
-std::vector<Home> HomesOf(RegistryRoot root, std::string_view key) {
-  const std::string plain(WithoutBackslash(key));
-  if (root != RegistryRoot::kClassesRoot) return {{root, plain}};
-  return {{RegistryRoot::kCurrentUser, "Software\\Classes\\" + plain},
-          {RegistryRoot::kLocalMachine, "Software\\Classes\\" + plain}};
+// A file of the same second is someone else's, and may be cut off.
+std::string FreePath(const Machine& machine, std::string_view folder) {
+  for (LocalTime time = machine.system.Now();; time = NextSecond(time)) {
+    std::string path = std::string(folder) + BackupArchiveName(kPrefix, time, kExtension);
+    if (!machine.files.Look(path, Detail::kKind)) return path;
+  }
 }
 
 // Appends to a file, or to what it makes anew; after a failure it is as before.
@@ -43,7 +37,7 @@ void Append(FileSystem& files, std::string_view path, const std::string& bytes) 
 
 void RegistryUndo::AddValue(Registry& registry, RegistryRoot root, std::string_view key,
                             std::string_view name) {
-  for (const Home& home : HomesOf(root, key)) {
+  for (const KeyHome& home : KeyHomes(root, key)) {
     const auto opened = registry.Open(home.root, home.key, RegistryAccess::kRead);
     const auto value = opened ? opened->QueryValue(name) : std::nullopt;
     if (!value) continue;
@@ -54,41 +48,36 @@ void RegistryUndo::AddValue(Registry& registry, RegistryRoot root, std::string_v
 }
 
 void RegistryUndo::AddKey(Registry& registry, RegistryRoot root, std::string_view key) {
-  for (const Home& home : HomesOf(root, key)) {
+  for (const KeyHome& home : KeyHomes(root, key)) {
     const auto opened = registry.Open(home.root, home.key, RegistryAccess::kRead);
-    if (opened && !opened->SubKeyAt(0)) AddOpenKey(home.root, home.key, *opened, false);
+    if (opened && !opened->SubKeyAt(0)) AddOpenKey(home.root, home.key, *opened);
   }
 }
 
+// What is behind a link stays when the tree is deleted.
 void RegistryUndo::AddTree(Registry& registry, RegistryRoot root, std::string_view key) {
-  for (const Home& home : HomesOf(root, key)) {
+  for (const KeyHome& home : KeyHomes(root, key)) {
     const auto opened = registry.Open(home.root, home.key, RegistryAccess::kRead);
-    if (opened) AddOpenKey(home.root, home.key, *opened, true);
+    if (opened == nullptr) continue;
+    WalkKeys(*opened, RegistryAccess::kRead,
+             {.enter = [&](RegistryKey& each, const std::string& path) {
+               AddOpenKey(home.root, home.key + path, each);
+             }});
   }
 }
 
-void RegistryUndo::AddOpenKey(RegistryRoot root, const std::string& path, RegistryKey& key,
-                              bool deep) {
+void RegistryUndo::AddOpenKey(RegistryRoot root, const std::string& path, RegistryKey& key) {
   added_.AddKey(root, path);
   std::string name;
   RegistryValue value;
   for (uint32_t i = 0; key.ReadValueAt(i, name, value); ++i) added_.AddValue(name, value);
-  if (!deep) return;
-  for (uint32_t i = 0; const auto sub_key = key.SubKeyAt(i); ++i) {
-    if (key.IsLink(*sub_key)) continue;  // stays when the tree is deleted
-    const auto child = key.Open(*sub_key, RegistryAccess::kRead);
-    if (child) AddOpenKey(root, path + "\\" + *sub_key, *child, true);
-  }
 }
 
 void RegistryUndo::Store(const Machine& machine, std::string_view folder) {
   const RegFileText added = std::exchange(added_, {});
   if (added.IsEmpty()) return;
-  const std::string path =
-      path_.empty()
-          ? std::string(folder) + BackupArchiveName(kPrefix, machine.system.Now(), kExtension)
-          : path_;
   MakeFolders(machine.files, folder);
+  const std::string path = path_.empty() ? FreePath(machine, folder) : path_;
   Append(machine.files, path, added.Bytes());
   path_ = path;
 }

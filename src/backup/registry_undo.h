@@ -29,7 +29,7 @@ class RegistryUndo {
   const std::string& path() const { return path_; }
 
  private:
-  void AddOpenKey(RegistryRoot root, const std::string& path, RegistryKey& key, bool deep);
+  void AddOpenKey(RegistryRoot root, const std::string& path, RegistryKey& key);
 
   RegFileText added_;
   std::string path_;

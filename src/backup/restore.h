@@ -1,25 +1,39 @@
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <string>
+#include <unordered_map>
+#include <vector>
 
 #include "backup/backup_reader.h"
+#include "backup/leftovers.h"
+#include "backup/new_file.h"
 #include "backup/zip_reader.h"
-#include "platform/file_system.h"
+#include "platform/machine.h"
 
 namespace quellix {
 
-// When an entry was last written: its exact time, else that of DOS read as UTC.
-int64_t LastWriteOf(const ZipEntry& entry);
+// When an entry was last written: its exact time, else that of DOS in the machine's zone.
+int64_t LastWriteOf(const ZipEntry& entry, System& system);
 
 // What an entry counts for in a restore's progress: its bytes, and what making a file costs.
 uint64_t StepsOf(const ZipEntry& entry);
 
-// Puts entries of one open archive back below a folder.
+// Puts entries of one open archive back below a folder. It works in folders that it holds open, and
+// goes through no link below the one that was named. A file is made under a random name; some
+// hundred of a folder are brought onto the disk together before they take their names, each in one
+// step.
 class Restorer {
  public:
-  // `root` ends in "\"; all must outlive the object.
-  Restorer(FileSystem& files, ZipReader& archive, std::string root, OverwriteMode mode,
-           Prompts& prompts);
+  struct Target {
+    std::string root;  // ends in "\"; "\\" for servers
+    OverwriteMode mode;
+    RestoreGuard guard;   // may be empty
+    RestoreNotes* notes;  // null for none
+  };
+  // All must outlive the object.
+  Restorer(const Machine& machine, ZipReader& archive, Target target, Prompts& prompts);
   Restorer(const Restorer&) = delete;
   Restorer& operator=(const Restorer&) = delete;
 
@@ -28,24 +42,42 @@ class Restorer {
 
   // Of the entry being visited. False when the user wants no more.
   bool Restore(const ZipEntry& entry);
-  RestoreResult Take() { return std::move(result_); }
+  // Finishes what is begun.
+  RestoreResult Take();
 
  private:
-  class NewFile;
+  // A file that is written but does not have its name yet.
+  struct Written {
+    NewFile made;
+    std::string name;
+    IfThere if_there;
+    uint32_t attributes;
+  };
 
-  void Put(const ZipEntry& entry);
-  bool MayWrite(const ZipEntry& entry, const std::string& target);
-  void Write(const ZipEntry& entry, const std::string& target);
+  void Put(ZipEntry entry);
+  void Enter(const std::string& folder);
+  std::string GiveName(const ZipEntry& entry, std::string name);
+  bool MayWrite(const ZipEntry& entry, const std::string& name, const FileInfo& there);
+  void Write(ZipEntry& entry, const std::string& name, IfThere if_there);
+  void Fill(const ZipEntry& entry, RandomFile& file);
+  void PlaceAll();
   void Pause(uint64_t done);
 
-  FileSystem& files_;
+  Machine machine_;
   ZipReader& archive_;
-  std::string root_;
-  OverwriteMode mode_;
+  Target target_;
   Prompts& prompts_;
   RestorePause pause_;
   RestoreProgress progress_;
   RestoreResult result_;
+
+  std::string base_path_;         // of the folder above all, as it is open
+  std::unique_ptr<Folder> base_;  // null before the first entry
+  std::string folder_path_;       // full, ends in "\"; the folder in work
+  std::unique_ptr<Folder> folder_;
+  std::vector<Written> written_;  // in it
+  uint64_t written_bytes_ = 0;
+  std::unordered_map<std::string, std::string> given_;  // names by paths in upper case
 };
 
 }  // namespace quellix

@@ -1,7 +1,6 @@
 #include "backup/zip_format.h"
 
 #include <algorithm>
-#include <chrono>
 
 namespace quellix {
 namespace {
@@ -9,8 +8,18 @@ namespace {
 constexpr uint32_t kFull32 = 0xFFFFFFFF;
 constexpr uint16_t kWideVersion = 45;
 
-// Extra fields: the standard ones, and our own with the attributes of the entry that follows.
-enum ExtraField : uint16_t { kWideSizes = 0x0001, kNtfsTimes = 0x000A, kAttributes = 0x7851 };
+// Extra fields: the standard ones, and our own with the attributes and the streams of the entry.
+enum ExtraField : uint16_t {
+  kWideSizes = 0x0001,
+  kNtfsTimes = 0x000A,
+  kUnixTimes = 0x5455,
+  kAttributes = 0x7851,
+  kStreams = 0x7852
+};
+
+constexpr int64_t kDaysTo1970 = 134774;  // from 1601
+constexpr int64_t kSecondsADay = 86400;
+constexpr int64_t kStepsASecond = 10'000'000;
 
 // Little-endian numbers, appended.
 class Bytes {
@@ -68,6 +77,33 @@ void ReadTimes(std::string_view field, FileTimes& times) {
   times.created = static_cast<int64_t>(Read64(field, kCreated));
 }
 
+// Seconds since 1970 in UTC; those of the last write come first, or are not there.
+void ReadUnixTimes(std::string_view field, FileTimes& times) {
+  if (field.size() < 5 || (field[0] & 1) == 0 || times.last_write != 0) return;
+  const int64_t seconds = static_cast<int32_t>(Read32(field, 1));
+  times.last_write = (seconds + kDaysTo1970 * kSecondsADay) * kStepsASecond;
+}
+
+std::string StreamsField(const ZipEntry& entry) {
+  Bytes field;
+  for (const auto& [name, bytes] : entry.streams) {
+    field.U16(name.size()).U16(bytes.size()).Raw(name).Raw(bytes);
+  }
+  const std::string content = field.Take();
+  return content.empty() ? "" : Bytes().U16(kStreams).U16(content.size()).Raw(content).Take();
+}
+
+void ReadStreams(std::string_view field, ZipEntry& entry) {
+  entry.streams.clear();
+  while (field.size() >= 4) {
+    const size_t name = Read16(field, 0), bytes = Read16(field, 2);
+    field.remove_prefix(4);
+    if (name + bytes > field.size()) return;
+    entry.streams.emplace_back(field.substr(0, name), field.substr(name, bytes));
+    field.remove_prefix(name + bytes);
+  }
+}
+
 // Only what did not fit into its own field is there, in this order.
 void ReadWideSizes(std::string_view field, ZipEntry& entry) {
   const auto take = [&](uint64_t& value) {
@@ -81,6 +117,10 @@ void ReadWideSizes(std::string_view field, ZipEntry& entry) {
   if (field.size() >= 8 && entry.offset == kFull32) take(entry.offset);
 }
 
+std::string OwnField(const ZipEntry& entry) {
+  return Bytes().U16(kAttributes).U16(4).U32(entry.attributes).Take();
+}
+
 uint32_t Narrow32(uint64_t value) {
   return static_cast<uint32_t>(std::min<uint64_t>(value, kFull32));
 }
@@ -88,13 +128,13 @@ uint32_t Narrow32(uint64_t value) {
 }  // namespace
 
 std::string HeaderFields(const ZipEntry& entry) {
-  return TimesField(entry.times) + Bytes().U16(kAttributes).U16(4).U32(entry.attributes).Take();
+  return TimesField(entry.times) + OwnField(entry) + StreamsField(entry);
 }
 
 std::string DirectoryFields(const ZipEntry& entry) {
   const FileTimes& times = entry.times;
   const bool knows_times = (times.created | times.last_access | times.last_write) != 0;
-  return knows_times ? TimesField(times) : "";
+  return (knows_times ? TimesField(times) : "") + (entry.own ? OwnField(entry) : "");
 }
 
 std::string DirectoryEnd(uint64_t count, uint64_t offset, uint64_t size) {
@@ -142,41 +182,32 @@ void ReadExtraFields(std::string_view fields, ZipEntry& entry) {
     const std::string_view field = fields.substr(4, Read16(fields, 2));
     if (id == kWideSizes) ReadWideSizes(field, entry);
     if (id == kNtfsTimes) ReadTimes(field, entry.times);
-    if (id == kAttributes && field.size() >= 4) entry.attributes = Read32(field, 0);
+    if (id == kUnixTimes) ReadUnixTimes(field, entry.times);
+    if (id == kAttributes && field.size() >= 4) {
+      entry.attributes = Read32(field, 0);
+      entry.own = true;
+    }
+    if (id == kStreams) ReadStreams(field, entry);
     fields.remove_prefix(4 + field.size());
   }
 }
 
-namespace {
-
-constexpr int64_t kDaysTo1970 = 134774;  // from 1601
-constexpr int64_t kSecondsADay = 86400;
-constexpr int64_t kStepsASecond = 10'000'000;
-
-}  // namespace
-
-uint32_t ToDosTime(int64_t filetime, int zone_minutes) {
+uint32_t ToDosTime(const LocalTime& time) {
   constexpr uint32_t kFirst = 1 << 21 | 1 << 16, kLast = 0xFF9FBF7D;
-  const int64_t seconds = filetime / kStepsASecond + zone_minutes * 60;
-  const auto days = std::chrono::days(seconds / kSecondsADay - kDaysTo1970);
-  const std::chrono::year_month_day date{std::chrono::sys_days(days)};
-  const int year = static_cast<int>(date.year());
-  if (year < 1980) return kFirst;
-  if (year > 2107) return kLast;
-  const auto of_day = static_cast<uint32_t>(seconds % kSecondsADay);
-  return static_cast<uint32_t>(year - 1980) << 25 | unsigned{date.month()} << 21 |
-         unsigned{date.day()} << 16 | of_day / 3600 << 11 | of_day / 60 % 60 << 5 | of_day % 60 / 2;
+  if (time.year < 1980) return kFirst;
+  if (time.year > 2107) return kLast;
+  const auto bits = [](int value, int shift) { return static_cast<uint32_t>(value) << shift; };
+  return bits(time.year - 1980, 25) | bits(time.month, 21) | bits(time.day, 16) |
+         bits(time.hour, 11) | bits(time.minute, 5) | bits(time.second / 2, 0);
 }
 
-int64_t FromDosTime(uint32_t dos_time, int zone_minutes) {
-  const std::chrono::year_month_day date(std::chrono::year(static_cast<int>(dos_time >> 25) + 1980),
-                                         std::chrono::month(dos_time >> 21 & 15),
-                                         std::chrono::day(dos_time >> 16 & 31));
-  if (!date.ok()) return 0;
-  const int64_t days = std::chrono::sys_days(date).time_since_epoch().count() + kDaysTo1970;
-  const int64_t of_day =
-      int64_t{dos_time >> 11 & 31} * 3600 + (dos_time >> 5 & 63) * 60 + (dos_time & 31) * 2;
-  return (days * kSecondsADay + of_day - zone_minutes * 60) * kStepsASecond;
+LocalTime FromDosTime(uint32_t dos_time) {
+  const auto bits = [dos_time](int shift, uint32_t mask) {
+    return static_cast<int>(dos_time >> shift & mask);
+  };
+  const LocalTime time{bits(25, 127) + 1980, bits(21, 15), bits(16, 31),
+                       bits(11, 31),         bits(5, 63),  bits(0, 31) * 2};
+  return IsCalendarDate(time) ? time : LocalTime{};
 }
 
 }  // namespace quellix

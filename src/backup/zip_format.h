@@ -4,8 +4,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "platform/file_system.h"
+#include "platform/locale.h"
 
 namespace quellix {
 
@@ -23,12 +26,18 @@ struct ZipEntry {
   uint64_t size = 0;        // bytes of the file
   uint64_t offset = 0;      // of its header in the archive, where that is known
   uint32_t attributes = 0;  // FileAttribute bits
-  FileTimes times;          // all 0 when the archive does not tell
+  FileTimes times;          // each 0 when the archive does not tell
   bool wide = false;        // a size or the offset is beyond 4 GiB
+  bool own = false;         // made by this program
+  // Further data streams of the file: in its own header alone.
+  std::vector<std::pair<std::string, std::string>> streams;  // name, bytes
 };
 
+// What fits beside the rest into one header.
+inline constexpr size_t kMostStreamBytes = 32 << 10;  // of names and bytes in all
+
 // The extra fields of an entry's own header: times and attributes are kept here as well, so that an
-// archive without its directory loses nothing.
+// archive without its directory loses nothing. Streams must not be more than kMostStreamBytes.
 std::string HeaderFields(const ZipEntry& entry);
 // The extra fields of its record in the directory.
 std::string DirectoryFields(const ZipEntry& entry);
@@ -49,12 +58,13 @@ std::optional<size_t> LocalHeaderRest(std::string_view fixed);
 // Reads a header with its name and extra fields. Offset is left 0.
 ZipEntry ParseLocalHeader(std::string_view header);
 
-// Takes times, attributes and large sizes out of extra fields; offset only when it is large.
+// Takes times, attributes, streams and large sizes out of extra fields; offset only when it is
+// large.
 void ReadExtraFields(std::string_view fields, ZipEntry& entry);
 
-// A FILETIME, moved by the zone's minutes, as date and time of DOS; its first or last moment when
-// it lies outside 1980 to 2107.
-uint32_t ToDosTime(int64_t filetime, int zone_minutes);
-int64_t FromDosTime(uint32_t dos_time, int zone_minutes);
+// Date and time of DOS; its first or last moment when the time lies outside 1980 to 2107.
+uint32_t ToDosTime(const LocalTime& time);
+// Its year is 0 when this is no date.
+LocalTime FromDosTime(uint32_t dos_time);
 
 }  // namespace quellix

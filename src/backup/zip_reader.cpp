@@ -1,5 +1,6 @@
 #include "backup/zip_reader.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -34,6 +35,23 @@ class OpenEntry {
   bool open_;
 };
 
+// minizip looks for the end in the last 64 KiB only, which a comment may fill.
+void HideLongComment(ArchiveStream& stream) {
+  constexpr uint64_t kEnd = 22, kLongest = 0xFFFF;
+  const uint64_t start = stream.Size() - std::min(stream.Size(), kEnd + kLongest);
+  const std::string last = stream.ReadText(start, stream.Size() - start);
+  for (size_t at = last.rfind(kEndSignature); at != std::string::npos;
+       at = at == 0 ? std::string::npos : last.rfind(kEndSignature, at - 1)) {
+    if (at + kEnd > last.size()) continue;
+    const size_t comment = static_cast<unsigned char>(last[at + 20]) |
+                           static_cast<size_t>(static_cast<unsigned char>(last[at + 21])) << 8;
+    if (at + kEnd + comment != last.size()) continue;
+    stream.Set(ArchiveStream::Writes::kHeld);
+    stream.Cut(start + at + kEnd);
+    return;
+  }
+}
+
 }  // namespace
 
 ZipReader::ZipReader(std::unique_ptr<ArchiveStream> stream) : stream_(std::move(stream)) {
@@ -43,12 +61,16 @@ ZipReader::ZipReader(std::unique_ptr<ArchiveStream> stream) : stream_(std::move(
   if (zip_ && unzGetGlobalInfo64(zip_.get(), &info) == UNZ_OK) count_ = info.number_entry;
 }
 
-std::unique_ptr<ZipReader> ZipReader::Open(std::unique_ptr<ArchiveStream> stream) {
+std::unique_ptr<ZipReader> ZipReader::Open(std::unique_ptr<ArchiveStream>& stream) {
+  HideLongComment(*stream);
   std::unique_ptr<ZipReader> reader(new ZipReader(std::move(stream)));
   if (!reader->stream_->Problem().empty()) {
     throw Error(Error::Kind::kOther, reader->stream_->Problem());
   }
-  return reader->IsWhole() ? std::move(reader) : nullptr;
+  if (reader->IsWhole()) return reader;
+  reader->zip_.reset();
+  stream = std::move(reader->stream_);
+  return nullptr;
 }
 
 bool ZipReader::IsWhole() {
@@ -93,6 +115,24 @@ std::optional<ZipEntry> ZipReader::Current() {
   entry.offset = kUnknown;
   ReadExtraFields(extra, entry);
   return entry;
+}
+
+void ZipReader::ReadHeader(ZipEntry& entry) {
+  if (entry.offset != kUnknown) {
+    const auto rest = LocalHeaderRest(stream_->ReadText(entry.offset, kLocalHeaderSize));
+    if (!rest) return;
+    const std::string header = stream_->ReadText(entry.offset, kLocalHeaderSize + *rest);
+    entry.streams = ParseLocalHeader(header).streams;
+    return;
+  }
+  const OpenEntry open(zip_.get());
+  const int size = open.is_open() ? unzGetLocalExtrafield(zip_.get(), nullptr, 0) : 0;
+  if (size <= 0) return;
+  std::string fields(static_cast<size_t>(size), '\0');
+  unzGetLocalExtrafield(zip_.get(), fields.data(), static_cast<unsigned>(size));
+  ZipEntry header;
+  ReadExtraFields(fields, header);
+  entry.streams = std::move(header.streams);
 }
 
 void ZipReader::Extract(const ZipEntry& entry, const std::function<void(std::string_view)>& write) {

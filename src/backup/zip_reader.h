@@ -16,14 +16,17 @@ namespace quellix {
 // Reads a whole archive through minizip.
 class ZipReader {
  public:
-  // Nothing when the archive has no directory that is whole and fits it. Throws Error when it
-  // cannot be read.
-  static std::unique_ptr<ZipReader> Open(std::unique_ptr<ArchiveStream> stream);
+  // Nothing when the archive has no directory that is whole and fits it; `stream` is taken only
+  // with a reader. Throws Error when it cannot be read.
+  static std::unique_ptr<ZipReader> Open(std::unique_ptr<ArchiveStream>& stream);
 
   uint64_t count() const { return count_; }
 
   // The entries in their order; false ends the visit, and is then returned.
   bool Visit(const std::function<bool(const ZipEntry&)>& visit);
+
+  // Adds what only the header of the entry being visited tells: streams.
+  void ReadHeader(ZipEntry& entry);
 
   // Unpacks the entry being visited, in pieces. Throws Error when it is encrypted, damaged or not
   // as long as it says, and what `write` throws.

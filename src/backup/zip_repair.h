@@ -1,38 +1,43 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "backup/zip_reader.h"
+#include "backup/zip_scan.h"
 
 namespace quellix {
 
+// What an archive without a whole directory holds.
 struct Repair {
-  uint64_t kept = 0;     // entries that are whole
-  uint64_t damaged = 0;  // entries in between that are not; they are left out
-  uint64_t cut_off = 0;  // bytes behind the last whole entry
-  bool stored = true;    // false where the archive could not be written: for this reader only
-  // For the user, without a full stop's worth of detail: "3 files kept, …".
-  std::string Note() const;
+  uint64_t kept = 0;        // entries that are whole
+  uint64_t damaged = 0;     // entries in between that are not
+  uint64_t unverified = 0;  // encrypted, or packed in a way that only others know
+  uint64_t cut_off = 0;     // bytes behind the last entry
+  // "3 file(s) whole, 1 damaged, …".
+  std::string Counts() const;
 };
 
-// Called now and then with the bytes that are done; true ends the repair.
-using RepairPause = std::function<bool(uint64_t done, uint64_t total)>;
-
-// Makes an archive whole that a crash or a lost end left without its directory: every entry whose
-// data are complete is kept, the incomplete rest behind them is cut off, and the directory is
-// written anew. Entries themselves are never rewritten, so that a crash in between costs nothing
-// and a full disk little.
-// Where `pause` (may be empty) ends it, it throws Error and the archive is as it was. Throws Error
-// as well when this is no archive or it cannot be written.
-Repair RepairArchive(std::unique_ptr<RandomFile> file, const RepairPause& pause = nullptr);
-
-// An archive, which is repaired first where that is needed; `repair` then says what was done. Where
-// the disk is full or read-only the repair is for this reader only. Throws Error.
+// An archive, for reading: nothing is written, whatever its state. One without a whole directory is
+// read entry by entry as far as they are whole, and `found` says how far. Where `pause` (may be
+// empty) ends that, and for what is no archive, it throws Error.
 std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
-                                   std::optional<Repair>& repair,
+                                   std::optional<Repair>& found,
                                    const RepairPause& pause = nullptr);
+// The same of an archive that is open; `name` is for messages.
+std::unique_ptr<ZipReader> ReadZip(std::unique_ptr<RandomFile> file, std::string_view name,
+                                   std::optional<Repair>& found, const RepairPause& pause);
+
+// Makes one of this program's archives (by its name) whole: what is whole in it goes, with a new
+// directory, into a new file, which takes its place in one step once it is on the disk. Nothing
+// when it was whole already. Throws Error, and the archive is as it was: for an archive of another
+// name, when entries would go of which nobody can tell whether they are whole, when the disk is
+// full, and where `pause` ends it.
+std::optional<Repair> RepairArchive(FileSystem& files, std::string_view path,
+                                    const RepairPause& pause = nullptr);
+// Its work: the entries that are whole, from one file into another that is empty.
+void CopyEntries(ArchiveStream& from, std::vector<ScannedEntry> entries,
+                 std::unique_ptr<RandomFile> to, const RepairPause& pause);
 
 }  // namespace quellix

@@ -133,6 +133,7 @@ void CleanRecycleBin(CleaningContext& context, const Item& item) {
   BeginFiles(context, item);
   const RecycleBinContent content = context.machine.shell.QueryRecycleBin();
   context.machine.shell.EmptyRecycleBin();
+  NotePlace(state);
   state.FilesDeleted = static_cast<int32_t>(content.items);
   state.SpaceGained = static_cast<double>(content.bytes);
   state.RunFilesDeleted += state.FilesDeleted;

@@ -1,12 +1,13 @@
 #include "cleaners/history_cleaners.h"
 
-#include <algorithm>
+#include <optional>
 #include <span>
+#include <vector>
 
-#include "app/backup_step.h"
 #include "app/run_steps.h"
 #include "cleaners/skeleton.h"
 #include "platform/text.h"
+#include "registry_tools/registry_eraser.h"
 
 namespace quellix {
 namespace {
@@ -36,6 +37,19 @@ void CleanCountedKey(CleaningContext& context, const Item& item, const char* key
   const size_t count = ClearUserKey(context, key);
   EndRun(context, "");
   AppendCountLine(context, item, count);
+}
+
+// Clears several lists at once: a volume's hive is written as a whole each time.
+void EraseLists(CleaningContext& context, const auto& keys) {
+  std::vector<RegistryTarget> values;
+  for (const auto& key : keys) {
+    const std::string names = ListUserValues(context, key);
+    if (names.empty()) continue;
+    for (std::string& name : Split(names, '\0')) {
+      values.push_back({RegistryTarget::Kind::kValue, kUser, std::string(key), std::move(name)});
+    }
+  }
+  RegistryEraser::OfRun(context).Erase(values);
 }
 
 // The file lists of one Office application below "Software\Microsoft\Office\" and the version.
@@ -74,12 +88,12 @@ void CleanTypedURLs(CleaningContext& context, const Item& item) {
 // Writes no line of its own.
 void CleanFindHistory(CleaningContext& context, const Item& item) {
   BeginItem(context, item);
-  for (const char* key : kFindLists) ClearUserKey(context, key);
+  EraseLists(context, kFindLists);
+  std::vector<RegistryTarget> trees;
   for (const char* key : std::span(kFindLists).subspan(kFindListsThatStay)) {
-    modRegistry::RequireWritable(RegistryOf(context), kUser, key);
-    KeepRegistryTree(context, kUser, key);
-    modRegistry::DeleteRegKeyTree(RegistryOf(context), kUser, key);
+    trees.push_back({RegistryTarget::Kind::kTree, kUser, key});
   }
+  RegistryEraser::OfRun(context).Erase(trees);
   EndRun(context, "");
 }
 
@@ -89,30 +103,43 @@ void CleanInstallFromHistory(CleaningContext& context, const Item& item) {
 }
 
 void CleanClipboard(CleaningContext& context, const Item& item) {
-  CleanByAction(context, item, [&] { context.machine.shell.EmptyClipboard(); });
+  CleanByAction(context, item, [&] {
+    context.machine.shell.EmptyClipboard();
+    NotePlace(context.state);
+  });
 }
 
-void CleanOfficeVersionHistory(CleaningContext& context, std::string_view version) {
+std::vector<std::string> OfficeLists(std::string_view version) {
+  std::vector<std::string> keys;
   const std::string office = "Software\\Microsoft\\Office\\" + std::string(version);
-  const modRegistry::Access access = RegistryOf(context);
   for (const OfficeApplication& application : kOfficeApplications) {
     const std::string settings =
         office + "\\Common\\Open Find\\" + application.name + "\\Settings\\";
     for (const std::string& dialog : Split(application.dialogs, ';')) {
       const char* const list = dialog == kPublishLocation ? "" : "\\File Name MRU\\";
-      const std::string key = settings + dialog + list;
-      KeepRegistryValues(context, kUser, key, modRegistry::ListRegValues(access, kUser, key));
-      modRegistry::ClearRegKeyValues(access, key);
+      keys.push_back(settings + dialog + list);
     }
     // The backslash in front names no key, so recent files stay; that is how it always was.
-    modRegistry::ClearRegKeyValues(access,
-                                   "\\" + office + "\\" + application.recent + "\\Recent Files\\");
+    keys.push_back("\\" + office + "\\" + application.recent + "\\Recent Files\\");
   }
+  return keys;
+}
+
+void CleanOfficeVersionHistory(CleaningContext& context, std::string_view version) {
+  EraseLists(context, OfficeLists(version));
 }
 
 void CleanOfficeHistory(CleaningContext& context, const Item& item) {
   CleanByAction(context, item, [&] {
-    for (const char* version : {"10.0", "9.0", "8.0"}) CleanOfficeVersionHistory(context, version);
+    std::optional<Error> problem;  // one version does not keep the others
+    for (const char* version : {"10.0", "9.0", "8.0"}) {
+      try {
+        CleanOfficeVersionHistory(context, version);
+      } catch (const Error& error) {
+        problem = error;
+      }
+    }
+    if (problem) throw Error(*problem);
   });
 }
 

@@ -19,6 +19,7 @@ void DeleteCacheEntries(CleaningContext& context,
     if (context.state.AbortRequested) return;
     if (goes(entry)) context.machine.url_cache.Delete(entry.source);
   }
+  NotePlace(context.state);
 }
 
 // The text of ck.txt in upper case.
@@ -75,7 +76,10 @@ void CleanCookies(CleaningContext& context, const Item& item) {
 }
 
 void CleanAddressHistory(CleaningContext& context, const Item& item) {
-  CleanByAction(context, item, [&] { context.machine.shell.ClearAddressHistory(); });
+  CleanByAction(context, item, [&] {
+    context.machine.shell.ClearAddressHistory();
+    NotePlace(context.state);
+  });
 }
 
 }  // namespace quellix

@@ -30,7 +30,9 @@ SearchResults& OpenResults(CleaningContext& context) {
 
 void Search(CleaningContext& context, const Item& item, JunkKind kind) {
   BeginItem(context, item);
+  RequireTypes(context.machine, kind);
   SearchJunk(context, kind, OpenResults(context));
+  NotePlace(context.state);
   EndRun(context, context.state.AbortRequested ? "Aborted by user" : "");
 }
 

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "app/backup_step.h"
 #include "app/removal.h"
 #include "app/run_steps.h"
 #include "app/working_folder.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "registry_tools/registry_eraser.h"
 #include "search/drive_scan.h"
 
 namespace quellix {
@@ -37,14 +37,18 @@ std::string FolderFromRegistry(const Machine& machine, RegistryRoot root, std::s
   return ExpandSystemRoot(machine.system, folder);
 }
 
-size_t ClearUserKey(CleaningContext& context, std::string_view key) {
+std::string ListUserValues(CleaningContext& context, std::string_view key) {
+  using modRegistry::Reach;
   const modRegistry::Access access = RegistryOf(context);
-  const std::string names = modRegistry::ListRegValues(access, RegistryRoot::kCurrentUser, key);
+  if (modRegistry::KeyExists(access, RegistryRoot::kCurrentUser, key)) NotePlace(context.state);
+  return modRegistry::ListRegValues(access, RegistryRoot::kCurrentUser, key,
+                                    context.state.AllValues ? Reach::kAll : Reach::kFew);
+}
+
+size_t ClearUserKey(CleaningContext& context, std::string_view key) {
+  const std::string names = ListUserValues(context, key);
   if (names.empty()) return 0;
-  modRegistry::RequireWritable(access, RegistryRoot::kCurrentUser, key);
-  KeepRegistryValues(context, RegistryRoot::kCurrentUser, key, names);
-  modRegistry::DeleteRegValues(access, RegistryRoot::kCurrentUser, names, key);
-  return static_cast<size_t>(std::ranges::count(names, '\0')) + 1;
+  return RegistryEraser::OfRun(context).EraseValues(RegistryRoot::kCurrentUser, key, names).gone;
 }
 
 FileList CollectAllowed(CleaningContext& context, std::string_view path, std::string_view mask,

@@ -34,8 +34,9 @@ inline std::string FolderFromRegistry(CleaningContext& context, RegistryRoot roo
   return FolderFromRegistry(context.machine, root, key, name);
 }
 
-// Deletes all values of a key of the user and returns how many there were. Throws Error when the
-// key may not be changed.
+// The value names of a key of the user, as ListRegValues gives them: as far as the settings say.
+std::string ListUserValues(CleaningContext& context, std::string_view key);
+// Deletes them and returns how many went. Throws Error when some stayed.
 size_t ClearUserKey(CleaningContext& context, std::string_view key);
 
 // Collects the files below `path` (ends in "\\") that fit `mask`. Nothing, with an empty list, when

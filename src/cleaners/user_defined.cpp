@@ -45,6 +45,7 @@ bool IsIgnored(std::string_view folder, const std::vector<std::string>& ignored)
 void CleanUserFiles(CleaningContext& context, const Item& item) {
   BeginItem(context, item);
   ResetItemCounters(context.state);
+  context.state.WhyNothing = "None of the listed files is there.";
   FileList list;
   for (const std::string& path : TrimmedEntries(context, "UDFI.txt", "DefUDFI.txt")) {
     const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kKind);

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "backup/backups.h"
+#include "backup/leftovers.h"
 #include "cli/console_view.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -20,7 +21,11 @@ class ConsolePrompts : public NoPrompts {
     std::cerr << path << " is there already. Replace it? [y]es, [n]o, [a]ll, n[o]ne, [q]uit: "
               << std::flush;
     std::string line;
-    if (!std::getline(std::cin, line)) return OverwriteAnswer::kNone;
+    if (!std::getline(std::cin, line)) {
+      nobody_answered = true;
+      std::cerr << std::endl;
+      return OverwriteAnswer::kNone;
+    }
     switch (line.empty() ? 'n' : line[0]) {
       case 'y':
         return OverwriteAnswer::kYes;
@@ -34,14 +39,31 @@ class ConsolePrompts : public NoPrompts {
         return OverwriteAnswer::kNo;
     }
   }
+
+  bool nobody_answered = false;
 };
 
 OverwriteMode ModeOf(const Machine& machine, const std::string& word) {
   return ParseOverwriteMode(word).value_or(StoredOverwriteMode(machine));
 }
 
-void SayRepairOf(const BackupInfo& info) {
-  if (!info.repaired.empty()) std::cerr << info.repaired << std::endl;
+// kSomeFilesStayed when there is something to say.
+int SayIfIncomplete(const BackupInfo& info) {
+  if (info.incomplete.empty()) return kDone;
+  std::cerr << info.name << ": " << info.incomplete << std::endl;
+  return kSomeFilesStayed;
+}
+
+// "3 files restored, 1 left as it was".
+std::string SentenceOf(const RestoreResult& result, BackupKind kind) {
+  return Counted(std::to_string(result.restored), kind) + " restored, " +
+         std::to_string(result.skipped) + " left as they were" +
+         (result.cancelled ? "; stopped at your wish" : "");
+}
+
+void ClearLeftovers(const Machine& machine, const Backups& backups) {
+  const std::string folders[] = {machine.program_folder, backups.folder()};
+  quellix::ClearLeftovers(machine.files, folders);
 }
 
 bool IsWindowsPath(std::string_view path) {
@@ -102,7 +124,8 @@ int BackupCommands::ListArchives(const Machine& machine) const {
               << std::setw(9) << info.entries
               << (info.kind == BackupKind::kRegistry ? " key(s) " : " file(s)") << std::setw(14)
               << info.size << " bytes\n";
-    SayRepairOf(info);
+    const int state = SayIfIncomplete(info);
+    if (result == kDone) result = state;
     if (info.problem.empty()) continue;
     std::cerr << info.name << ": " << info.problem << std::endl;
     result = kFailed;
@@ -113,7 +136,7 @@ int BackupCommands::ListArchives(const Machine& machine) const {
 
 int BackupCommands::ListEntries(const Machine& machine) const {
   Backups backups(machine);
-  SayRepairOf(backups.Check(archive_));
+  int result = SayIfIncomplete(backups.Check(archive_));
   const Locale locale = machine.system.UserLocale();
   for (const BackupEntry& entry : backups.ListEntries(archive_)) {
     const std::string date =
@@ -123,15 +146,19 @@ int BackupCommands::ListEntries(const Machine& machine) const {
     std::cout << AttributeLetters(entry.attributes, "-") << std::right << std::setw(14)
               << entry.size << "  " << std::left << std::setw(kDateWidth) << date << entry.path
               << "\n";
-    if (!entry.refusal.empty()) std::cerr << entry.refusal << std::endl;
+    if (entry.refusal.empty()) continue;
+    std::cerr << entry.refusal << std::endl;
+    result = kSomeFilesStayed;
   }
   std::cout << std::flush;
-  return kDone;
+  return result;
 }
 
 int BackupCommands::Restore(const Machine& machine) const {
   Backups backups(machine);
-  SayRepairOf(backups.Check(archive_));
+  ClearLeftovers(machine, backups);
+  const BackupInfo info = backups.Check(archive_);
+  const int state = SayIfIncomplete(info);
   ConsolePrompts prompts;
   ConsoleView view;
   bool stopped = false;
@@ -143,14 +170,21 @@ int BackupCommands::Restore(const Machine& machine) const {
   const RestoreResult result =
       backups.Restore(archive_, {entries_, to_, ModeOf(machine, overwrite_)}, prompts, pause);
   for (const std::string& problem : result.problems) std::cerr << problem << "\n";
-  std::cout << result.restored << " file(s) restored, " << result.skipped << " left as they were"
-            << (result.cancelled ? "; stopped at your wish" : "") << std::endl;
+  std::cout << SentenceOf(result, info.kind) << std::endl;
   if (result.cancelled) return kFailed;
-  return result.problems.empty() ? kDone : kSomeFilesStayed;
+  if (prompts.nobody_answered) {
+    std::cerr << "What is there already was left, as nobody could be asked: say what to do with it "
+                 "by --overwrite."
+              << std::endl;
+    return result.restored == 0 ? kFailed : kSomeFilesStayed;
+  }
+  return result.problems.empty() ? state : kSomeFilesStayed;
 }
 
 int BackupCommands::Repair(const Machine& machine) const {
-  const std::string repaired = Backups(machine).Check(archive_).repaired;
+  Backups backups(machine);
+  ClearLeftovers(machine, backups);
+  const std::string repaired = backups.Repair(archive_);
   std::cout << (repaired.empty() ? "The archive is whole; there is nothing to repair." : repaired)
             << std::endl;
   return kDone;

@@ -61,7 +61,7 @@ int Clean(const CleanOptions& options, const ConsolePlatform& platform) {
   engine.RunCleaning();
   if (options.preview) run.PrintPreview();
   if (engine.state().AbortRequested) std::cerr << run.view().status() << std::endl;
-  return ExitCodeOf(engine.state());
+  return run.Outcome();
 }
 
 CLI::App* AddSearch(CLI::App& app, SearchCommand& options, const ConsolePlatform& platform) {

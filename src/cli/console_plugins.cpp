@@ -8,6 +8,7 @@
 
 #include "app/removal.h"
 #include "app/run_steps.h"
+#include "app/stayed.h"
 #include "platform/error.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
@@ -65,9 +66,12 @@ void PrintTotals(CleaningContext& context) {
   std::cout << text << "Files Deleted: " << context.state.FilesDeleted
             << " Space Gained: " << FormatSize(context.state.SpaceGained, 2, true, locale)
             << std::endl;
-  if (context.state.SomeFilesLocked) {
-    std::cout << "Some files were not deleted because they were locked or in use." << std::endl;
+  for (const std::string_view sentence : StayedSentences(context.state)) {
+    std::cout << sentence << std::endl;
   }
+  std::string names = StayedNames(context.state, RunState::kMostStayed);
+  std::erase(names, '\r');
+  if (!names.empty()) std::cout << names << std::endl;
 }
 
 }  // namespace
@@ -148,8 +152,10 @@ int ConsolePlugins::Process(const Machine& machine, RunKind kind) {
   } else {
     CloseBackup(engine.context());
     PrintTotals(engine.context());
+    // What the log says stands in a message of the window.
+    engine.state().SomeErrors |= !engine.state().RunLog.empty();
   }
-  return ExitCodeOf(engine.state());
+  return run.Outcome();
 }
 
 int ConsolePlugins::Switch(const Machine& machine, bool on) {

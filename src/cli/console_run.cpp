@@ -40,7 +40,9 @@ void PrintTotals(const ChangeLog& changes, const Locale& locale) {
 
 void LoadEngine(Engine& engine, bool removes) {
   std::cerr << engine.Load();
-  if (!removes || engine.context().settings.IsReadable()) return;
+  if (!removes) return;
+  engine.ClearLeftovers();
+  if (engine.context().settings.IsReadable()) return;
   throw Error(Error::Kind::kDenied, "Nothing is removed while the settings cannot be read.");
 }
 
@@ -56,6 +58,10 @@ ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind) {
   }
   view_->OnStop([this] { engine_->StopCleaning(); });
   LoadEngine(*engine_, kind == RunKind::kReal);
+}
+
+ExitCode ConsoleRun::Outcome() {
+  return engine_->is_loaded() ? ExitCodeOf(engine_->state()) : kFailed;
 }
 
 void ConsoleRun::PrintPreview() {

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "app/exit_code.h"
 #include "backup/preview_archive.h"
 #include "cli/console_view.h"
 #include "engine.h"
@@ -11,8 +12,8 @@ namespace quellix {
 
 enum class RunKind { kReal, kPreview };
 
-// Prints on standard error what could not be read. Throws Error when something is to be removed and
-// the settings cannot be read: they may ask for a backup of it.
+// Prints on standard error what could not be read; such a run ends with kFailed. Throws Error when
+// something is to be removed and the settings cannot be read: they may ask for a backup of it.
 void LoadEngine(Engine& engine, bool removes);
 
 // One engine of a console. As a preview nothing is changed: what would go is recorded and printed.
@@ -25,6 +26,8 @@ class ConsoleRun {
   const ConsoleView& view() const { return *view_; }
   // What a preview found, a line each, with the log of the run.
   void PrintPreview();
+  // How the run ends.
+  ExitCode Outcome();
 
  private:
   std::unique_ptr<ConsoleView> view_;

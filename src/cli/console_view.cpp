@@ -32,7 +32,7 @@ void ConsoleView::Yield() {
 void ConsoleView::ShowCritical(std::string_view text) { std::cerr << text << std::endl; }
 
 void ConsoleView::ShowReport(const RunReport& report) {
-  std::string text = report.log;
+  std::string text = report.full_log;
   std::erase(text, '\r');
   std::cout << text << std::endl;
 }

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
+#include "app/protected_keys.h"
 #include "cli/console_plugins.h"
 #include "cli/console_view.h"
 #include "registry_tools/scan_tools.h"
@@ -34,7 +35,10 @@ class ConsoleScanView : public ScanView {
   bool stopped_ = false, has_problem_ = false;
 };
 
-std::string_view Word(RowMark mark) { return mark == RowMark::kValid ? "valid" : "orphaned"; }
+std::string_view Word(RowMark mark) {
+  if (mark == RowMark::kNotJudged) return "not judged";
+  return mark == RowMark::kValid ? "valid" : "orphaned";
+}
 
 void PrintLines(const RegistryScan& scan) {
   for (size_t i = 0; i < scan.RowCount(); ++i) {
@@ -60,11 +64,19 @@ nlohmann::ordered_json ToJson(const RegistryScan& scan) {
   return {{"tool", scan.traits().name}, {"status", scan.status()}, {"rows", std::move(rows)}};
 }
 
-// What the user has named as a whole by --delete is ticked where the tool ticks nothing.
+// What the user has named as a whole by --delete is ticked where the tool ticks nothing; but what
+// Windows depends on nobody has looked at one by one.
 void TickAllWithoutMark(RegistryScan& scan) {
+  size_t left = 0;
   for (size_t i = 0; i < scan.RowCount(); ++i) {
-    if (scan.row(i).mark == RowMark::kNone) scan.SetChecked(i, true);
+    const ScanRow& row = scan.row(i);
+    if (row.mark != RowMark::kNone) continue;
+    const bool keeps = ProtectedKeys::IsInKeptTree(row.root, row.key);
+    scan.SetChecked(i, !keeps);
+    left += keeps;
   }
+  if (left == 0) return;
+  std::cerr << left << " reference(s) in keys that Windows depends on are left\n";
 }
 
 int Delete(RegistryScan& scan, ConsoleScanView& view) {
@@ -72,11 +84,13 @@ int Delete(RegistryScan& scan, ConsoleScanView& view) {
   scan.DeleteChecked(false);
   if (view.has_problem()) return kFailed;
   if (!scan.undo_path().empty()) std::cerr << "kept in " << scan.undo_path() << '\n';
+  const size_t stayed = scan.stayed();
+  const std::string why = scan.failure();
   if (scan.timer_enabled()) scan.StartScan();
   std::cerr << scan.status() << std::endl;
-  if (scan.failure().empty()) return kDone;
-  std::cerr << scan.failure() << std::endl;
-  return kSomeFilesStayed;
+  if (stayed == 0) return kDone;
+  std::cerr << stayed << " reference(s) could not be deleted: " << why << std::endl;
+  return kFailed;
 }
 
 }  // namespace

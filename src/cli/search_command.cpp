@@ -5,9 +5,11 @@
 #include <nlohmann/json.hpp>
 
 #include "app/removal.h"
+#include "app/run_steps.h"
 #include "cli/console_run.h"
 #include "cli/console_view.h"
 #include "engine.h"
+#include "platform/text.h"
 
 namespace quellix {
 namespace {
@@ -54,8 +56,10 @@ size_t RemoveAll(Engine& engine, ConsoleView& view, std::vector<Find>& finds) {
     std::cerr << "not deleted: " << find.row.path << find.row.name << ": " << removal.reason
               << '\n';
   }
+  CloseBackup(engine.context());
   const RunState& state = engine.state();
-  std::cerr << "Files Deleted: " << state.RunFilesDeleted << " Space Gained: "
+  std::cerr << ReplaceNoCase(state.RunLog, "\r", "") << "Files Deleted: " << state.RunFilesDeleted
+            << " Space Gained: "
             << FormatSize(state.RunSpaceGained, 2, true,
                           engine.context().machine.system.UserLocale())
             << std::endl;
@@ -104,6 +108,7 @@ int RunSearch(const SearchCommand& command, const ConsolePlatform& platform) {
     std::cerr << view.status() << std::endl;
     return kFailed;
   }
+  if (!engine.is_loaded() || !engine.state().RunLog.empty()) return kFailed;
   return stayed == 0 ? kDone : kSomeFilesStayed;
 }
 

@@ -58,11 +58,14 @@ void FileSystem::Recycle(std::string_view path) {
 }
 
 void FileSystem::Rename(std::string_view from, std::string_view to) {
-  const std::string_view folder = FolderPart(WithoutBackslash(from));
-  if (folder != FolderPart(WithoutBackslash(to))) {
+  const std::unique_ptr<Folder> folder = OpenFolderOf(*this, from);
+  if (!folder->Look(NameOf(from), Detail::kKind)) {
+    throw Error(Error::Kind::kMissing, "There is no such file or folder: " + std::string(from));
+  }
+  if (FolderPart(WithoutBackslash(from)) != FolderPart(WithoutBackslash(to))) {
     throw NotAvailable("Files are renamed within their folder only.");
   }
-  OpenFolderOf(*this, from)->Rename(NameOf(from), NameOf(to), IfThere::kFail);
+  folder->Rename(NameOf(from), NameOf(to), IfThere::kFail);
 }
 
 std::unique_ptr<Folder> OpenFolderOf(FileSystem& files, std::string_view path) {

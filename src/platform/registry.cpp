@@ -1,6 +1,98 @@
 #include "platform/registry.h"
 
+#include "platform/path.h"
+#include "platform/text.h"
+
 namespace quellix {
+namespace {
+
+// A key whose sub-keys are being visited.
+struct Level {
+  std::unique_ptr<RegistryKey> own;  // null for the top
+  RegistryKey* key;
+  size_t path_length;
+  std::vector<std::string> names;
+  size_t next = 0;
+};
+
+class Walk {
+ public:
+  Walk(RegistryAccess access, const KeyWalkSteps& steps) : access_(access), steps_(steps) {}
+
+  void Run(RegistryKey& top) {
+    Enter(nullptr, top);
+    while (true) {
+      Level& level = levels_.back();
+      if (level.next < level.names.size()) {
+        Descend(level, level.names[level.next]);
+      } else if (!Leave()) {
+        return;
+      }
+    }
+  }
+
+ private:
+  void Enter(std::unique_ptr<RegistryKey> own, RegistryKey& key) {
+    if (steps_.enter) steps_.enter(key, path_);
+    levels_.push_back({std::move(own), &key, path_.size(), SubKeyNames(key)});
+  }
+
+  // False behind the top.
+  bool Leave() {
+    levels_.pop_back();
+    if (levels_.empty()) return false;
+    Level& parent = levels_.back();
+    path_.resize(parent.path_length);
+    if (steps_.leave) steps_.leave(*parent.key, parent.names[parent.next]);
+    ++parent.next;
+    return true;
+  }
+
+  void Descend(Level& level, const std::string& name) {
+    path_.append("\\").append(name);
+    std::unique_ptr<RegistryKey> child;
+    try {
+      const bool is_link = level.key->IsLink(name);
+      if (is_link && steps_.skip) steps_.skip(path_, nullptr);
+      if (!is_link) child = level.key->Open(name, access_);
+      if (child != nullptr) {
+        RegistryKey& key = *child;
+        return Enter(std::move(child), key);
+      }
+    } catch (const Error& error) {
+      if (!steps_.skip) throw;
+      steps_.skip(path_, &error);
+    }
+    path_.resize(level.path_length);
+    ++level.next;
+  }
+
+  RegistryAccess access_;
+  const KeyWalkSteps& steps_;
+  std::string path_;
+  std::vector<Level> levels_;
+};
+
+}  // namespace
+
+std::vector<std::string> SubKeyNames(RegistryKey& key) {
+  std::vector<std::string> names;
+  for (uint32_t i = 0; const std::optional<std::string> name = key.SubKeyAt(i); ++i) {
+    if (const std::string_view cut = TrimNull(*name); !cut.empty()) names.emplace_back(cut);
+  }
+  return names;
+}
+
+std::vector<KeyHome> KeyHomes(RegistryRoot root, std::string_view key) {
+  const std::string plain(WithoutBackslash(key));
+  if (root != RegistryRoot::kClassesRoot) return {{root, plain}};
+  return {{RegistryRoot::kCurrentUser, "Software\\Classes\\" + plain},
+          {RegistryRoot::kLocalMachine, "Software\\Classes\\" + plain}};
+}
+
+void WalkKeys(RegistryKey& top, RegistryAccess access, const KeyWalkSteps& steps) {
+  Walk(access, steps).Run(top);
+}
 
 bool RegistryKey::ReadValueAt(uint32_t index, std::string& name, RegistryValue& value) {
   const std::optional<RegistryValueInfo> info = ValueAt(index);

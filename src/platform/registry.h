@@ -1,10 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "platform/error.h"
 
 namespace quellix {
 
@@ -54,17 +58,43 @@ class RegistryKey {
   // Whether a sub-key is a link, which Open follows; false when it is missing or cannot be opened.
   virtual bool IsLink(std::string_view /*path*/) { return false; }
 
-  // Changes. Each throws Error when denied and leaves the key as it was. On a volume they are
-  // durable after Flush, or after the registry object is destroyed.
+  // What this key is, however it was spelled and whatever links led to it: "\REGISTRY\MACHINE\..."
+  // or "\REGISTRY\USER\" and a user's identifier, without "\" at its end, compared without regard
+  // to case. Of a key of HKEY_CLASSES_ROOT the one that stands in front. Throws Error.
+  virtual std::string TrueName() = 0;
+
+  // Changes. Each throws Error when denied and leaves the key as it was. On a volume they are only
+  // in memory until Flush: what nobody flushes is stored at the end, and told nobody when that
+  // fails. So whoever says that something is gone from the registry has called Flush before.
   virtual void SetValue(std::string_view name, const RegistryValue& value) = 0;
   // A name with a NUL inside is found by index alone: by name it is missing, and it is not written.
   virtual bool DeleteValue(std::string_view name) = 0;  // false when missing
   // Removes a sub-key that has no sub-keys of its own; false when missing. Throws Error
   // (kNotEmpty) when it has some, and (kDenied) for a link, where that would reach its target.
   virtual bool DeleteSubKey(std::string_view path) = 0;
-  // Returns when the changes of this key are stored. Throws Error.
+  // Returns when the changes of this key, and on a volume all of its hive, are stored. Throws
+  // Error: then none since the last Flush may be counted as made, whatever the key shows, and each
+  // further Flush tries again.
   virtual void Flush() = 0;
 };
+
+// All sub-key names, cut at their first NUL, as they can be opened; without empty ones, which would
+// be the key itself.
+std::vector<std::string> SubKeyNames(RegistryKey& key);
+
+// What a walk through a key and all keys below it does. Links are not entered.
+struct KeyWalkSteps {
+  // At each key, before those below it; `path` is "" for the top, else begins with "\\".
+  std::function<void(RegistryKey& key, const std::string& path)> enter = {};
+  // Behind all that is below a sub-key, which is closed by then.
+  std::function<void(RegistryKey& parent, const std::string& name)> leave = {};
+  // A sub-key that is a link (no error) or cannot be opened. Not set: such an error ends the walk.
+  std::function<void(const std::string& path, const Error* error)> skip = {};
+};
+
+// Walks so, as deep as the registry is, each level as it was listed when it was entered. Throws
+// what the steps throw, and Error.
+void WalkKeys(RegistryKey& top, RegistryAccess access, const KeyWalkSteps& steps);
 
 class Registry {
  public:
@@ -77,5 +107,14 @@ class Registry {
   // Opens a key for writing, made with those above it where they are missing. Throws Error.
   virtual std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) = 0;
 };
+
+struct KeyHome {
+  RegistryRoot root;
+  std::string key;  // without "\" at its end
+};
+
+// Where a key is kept: HKEY_CLASSES_ROOT shows the user's classes over the machine's, and what is
+// written to it or deleted from it does not always reach the one that is meant.
+std::vector<KeyHome> KeyHomes(RegistryRoot root, std::string_view key);
 
 }  // namespace quellix

@@ -45,4 +45,7 @@ class System {
   virtual std::string FromAnsi(std::string_view bytes) = 0;
 };
 
+// The FILETIME of a time in the user's zone, by the rules of its own day; 0 when it is no date.
+int64_t FromLocalTime(System& system, const LocalTime& time);
+
 }  // namespace quellix

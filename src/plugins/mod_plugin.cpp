@@ -3,7 +3,6 @@
 #include <unordered_set>
 #include <utility>
 
-#include "app/backup_step.h"
 #include "app/removal.h"
 #include "app/run_steps.h"
 #include "app/working_folder.h"
@@ -14,6 +13,7 @@
 #include "plugins/plugin_collector.h"
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
+#include "registry_tools/registry_eraser.h"
 
 namespace quellix {
 namespace modPlugin {
@@ -68,27 +68,22 @@ void CollectFolders(CleaningContext& context, const FileEntry& entry,
   }
 }
 
-void ProcessKey(CleaningContext& context, const RegistryEntry& entry) {
-  const KeyPlace place = FindKey(entry);
-  if (!place.root) return Log(context, place.refusal);
-  try {
-    if (entry.delete_subkey) {
-      KeepRegistryTree(context, *place.root, place.subkey);
-      DeleteRegistryKeyTree(context.machine.registry, *place.root, place.subkey);
-    } else {
-      KeepRegistryValues(context, *place.root, place.subkey, entry.value_name);
-      DeleteRegistryValue(context.machine.registry, *place.root, place.subkey, entry.value_name);
-    }
-  } catch (const Error& error) {
-    Log(context, entry.key + ": " + error.what());
-  }
+RegistryTarget TargetOf(const RegistryEntry& entry, const KeyPlace& place) {
+  using Kind = RegistryTarget::Kind;
+  return {entry.delete_subkey ? Kind::kTree : Kind::kValue, *place.root, place.subkey,
+          entry.delete_subkey ? "" : entry.value_name};
 }
 
-void DeleteTreeBelow(RegistryKey& key) {
-  while (const std::optional<std::string> name = key.SubKeyAt(0)) {
-    if (key.IsLink(*name)) throw Error(Error::Kind::kDenied, *name + " leads to another key.");
-    if (const auto child = key.Open(*name, RegistryAccess::kWrite)) DeleteTreeBelow(*child);
-    if (!key.DeleteSubKey(*name)) return;
+void ProcessKey(CleaningContext& context, const RegistryEntry& entry) {
+  const KeyPlace place = FindKey(context.machine.registry, entry);
+  if (!place.root) return Log(context, place.refusal);
+  RegistryEraser eraser = RegistryEraser::OfRun(context);
+  eraser.Guard();
+  try {
+    eraser.Erase(TargetOf(entry, place));
+  } catch (const Error& error) {
+    context.state.SomeErrors = true;
+    Log(context, entry.key + ": " + error.what());
   }
 }
 
@@ -153,37 +148,25 @@ bool RunPlugin(CleaningContext& context, std::string_view path) {
 
 void DeleteRegistryValue(Registry& registry, RegistryRoot root, std::string_view subkey,
                          std::string_view value_name) {
-  // Only a value that is there needs a key that may be written.
-  const auto readable = registry.Open(root, subkey, RegistryAccess::kRead);
-  if (readable == nullptr || !readable->QueryValue(value_name)) return;
-  const auto key = registry.Open(root, subkey, RegistryAccess::kWrite);
-  if (key == nullptr) return;
-  key->DeleteValue(value_name);
-  key->Flush();
+  RegistryEraser(registry, RegistryEraser::OnError::kTold)
+      .Erase({RegistryTarget::Kind::kValue, root, std::string(subkey), std::string(value_name)});
 }
 
 void DeleteRegistryKeyTree(Registry& registry, RegistryRoot root, std::string_view subkey) {
-  const auto key = registry.Open(root, subkey, RegistryAccess::kWrite);
-  if (key == nullptr) return;
-  const auto parent =
-      registry.Open(root, WithoutBackslash(FolderPart(subkey)), RegistryAccess::kWrite);
-  if (parent == nullptr) return;
-  if (parent->IsLink(NamePart(subkey))) {
-    throw Error(Error::Kind::kDenied, "It leads to another key.");
-  }
-  DeleteTreeBelow(*key);
-  parent->DeleteSubKey(NamePart(subkey));
-  parent->Flush();
+  RegistryEraser(registry, RegistryEraser::OnError::kTold)
+      .Erase({RegistryTarget::Kind::kTree, root, std::string(subkey)});
 }
 
 }  // namespace modPlugin
 
 void CleanPlugins(CleaningContext& context, const Item& item) {
+  context.state.WhyNothing = "No plug-in is ticked.";
   if (!modPlugin::HasPluginList(context.machine)) return;
   BeginItem(context, item);
   ResetItemCounters(context.state);
   for (const auto& plugin : modPlugin::ReadPluginList(context.machine)) {
     if (!plugin.ticked) continue;
+    NotePlace(context.state);
     // Looked for in "\Plugins\" and processed from "\plugins\": both name the same folder, and the
     // log shows it as it always was.
     modPlugin::RunPlugin(context, context.machine.program_folder + "\\plugins\\" + plugin.file);

@@ -89,7 +89,7 @@ class Checker {
   }
 
   void ExplainKey(const RegistryEntry& entry) {
-    const KeyPlace place = FindKey(entry);
+    const KeyPlace place = FindKey(machine_.registry, entry);
     if (!place.root) {
       Fault(place.refusal);
     } else if (entry.delete_subkey) {

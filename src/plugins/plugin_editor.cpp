@@ -101,7 +101,7 @@ bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
 bool PluginEditor::AddAll(const std::vector<RegistryEntry>& entries) {
   for (const RegistryEntry& entry : entries) {
     if (!FitsOnLine({entry.key, entry.value_name})) return Refuse(kNoSuchCharacter);
-    const KeyPlace place = FindKey(entry);
+    const KeyPlace place = FindKey(machine_.registry, entry);
     if (!place.root) return Refuse(place.refusal);
   }
   Append(plugin_.registry, entries);

@@ -70,11 +70,15 @@ std::vector<InstalledPlugin> ReadPluginList(const Machine& machine) {
     const std::vector<std::string> fields = Split(line, kSeparator);
     if (fields.size() < 2 || line.find('\0') != std::string::npos) continue;
     const std::string path = PluginPath(machine, fields[1]);
-    const bool known = std::ranges::any_of(plugins, [&](const InstalledPlugin& plugin) {
+    const bool ticked = ToNumber(fields[0]) == 1.0;
+    const auto known = std::ranges::find_if(plugins, [&](const InstalledPlugin& plugin) {
       return EqualsNoCase(plugin.file, fields[1]);
     });
-    if (path.empty() || known || !IsFile(machine, path)) continue;
-    plugins.push_back({ToNumber(fields[0]) == 1.0, fields[1], fields.size() > 2 ? fields[2] : ""});
+    if (known != plugins.end()) {
+      known->ticked |= ticked;
+    } else if (!path.empty() && IsFile(machine, path)) {
+      plugins.push_back({ticked, fields[1], fields.size() > 2 ? fields[2] : ""});
+    }
   }
   return plugins;
 }

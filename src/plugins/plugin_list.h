@@ -19,8 +19,9 @@ struct InstalledPlugin {
 bool HasPluginList(const Machine& machine);
 
 // plg.txt in its order. Dropped are lines of a file that is not in the folder, of a name that leads
-// out of it, and of a name that stood above in any case. Without plg.txt, as before a first start,
-// all of the folder by name, none ticked. Throws Error when the list is there but cannot be read.
+// out of it, and of a name that stood above in any case; a tick of any of these lines counts.
+// Without plg.txt, as before a first start, all of the folder by name, none ticked. Throws Error
+// when the list is there but cannot be read.
 std::vector<InstalledPlugin> ReadPluginList(const Machine& machine);
 // Replaces plg.txt. Throws Error; the old file then stays.
 void WritePluginList(const Machine& machine, const std::vector<InstalledPlugin>& plugins);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/run_steps.h"
+#include "app/stayed.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/profile_strings.h"
@@ -42,9 +43,10 @@ auto FindRow(std::vector<InstalledPlugin>& rows, std::string_view file) {
 // What a run by plug-ins has to say beside its totals.
 std::string Problems(const RunState& state) {
   std::string text;
-  if (state.SomeFilesLocked) {
-    text += "\r\nSome files were not deleted because they were locked or in use.";
+  for (const std::string_view sentence : StayedSentences(state)) {
+    text.append("\r\n").append(sentence);
   }
+  text += StayedNames(state, kMostLines);
   const std::vector<std::string> lines = Split(state.RunLog, '\n');
   for (size_t i = 0; i + 1 < lines.size(); ++i) {
     if (i == kMostLines) {

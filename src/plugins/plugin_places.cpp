@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "app/precious_names.h"
+#include "app/protected_keys.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -171,38 +173,16 @@ std::string WithoutEmptyParts(std::string_view subkey) {
   return result;
 }
 
-// Where a root key shows under another one. "*" stands for any one key.
-constexpr struct {
-  const char* root;
-  const char* subkey;
-} kRootPlaces[] = {
-    {"HKEY_CLASSES_ROOT", ""},
-    {"HKEY_CURRENT_USER", ""},
-    {"HKEY_CURRENT_USER", "Software\\Classes"},
-    {"HKEY_LOCAL_MACHINE", ""},
-    {"HKEY_LOCAL_MACHINE", "Software\\Classes"},
-    {"HKEY_LOCAL_MACHINE", "Software\\Wow6432Node\\Classes"},
-    {"HKEY_LOCAL_MACHINE", "System\\CurrentControlSet\\Hardware Profiles\\Current"},
-    {"HKEY_USERS", ""},
-    {"HKEY_USERS", "*"},
-    {"HKEY_USERS", "*\\Software\\Classes"},
-    {"HKEY_CURRENT_CONFIG", ""},
-};
-
-// Whether a key is a root key, lies directly in one or holds one.
-bool IsMainBranch(std::string_view root, const std::string& subkey) {
-  const auto parts_of = [](const std::string& key) {
-    return key.empty() ? std::vector<std::string>() : Split(key, '\\');
-  };
-  const std::vector<std::string> key = parts_of(subkey);
-  return std::ranges::any_of(kRootPlaces, [&](const auto& other) {
-    const std::vector<std::string> parts = parts_of(other.subkey);
-    const auto differ = std::ranges::mismatch(
-        key, parts, [](const auto& a, const auto& b) { return b == "*" || EqualsNoCase(a, b); });
-    const bool is_above = differ.in1 == key.end();
-    const bool is_below = differ.in2 == parts.end() && key.size() <= parts.size() + 1;
-    return root == other.root && (is_above || is_below);
-  });
+// By what the key is, or by its name where it is not there or cannot be opened.
+bool IsProtected(Registry& registry, RegistryRoot root, const std::string& subkey,
+                 ProtectedKeys::Part part) {
+  if (ProtectedKeys::KeepsPath(root, subkey, part)) return true;
+  try {
+    const auto key = registry.Open(root, subkey, RegistryAccess::kRead);
+    return key && ProtectedKeys::Keeps(*key, part);
+  } catch (const Error&) {
+    return false;  // what cannot be opened cannot be deleted either, and that is told
+  }
 }
 
 }  // namespace
@@ -241,6 +221,11 @@ FilesPlace FindFolders(const Machine& machine, ProtectedPlaces& places, const Fi
     place.refusals.push_back(Refusal(entry.location, kNoFullPath));
     return place;
   }
+  // Known without a look at it, which a server may not grant.
+  if (path->parts.empty() && (entry.recurse || !HasHarmlessExtension(place.mask))) {
+    place.refusals.push_back(Refusal(entry.location, "it is a whole drive."));
+    return place;
+  }
   for (std::string& found : FolderSearch(machine.files, *path, pause).Find()) {
     const std::string why = WhyNotFolder(machine, places, found, entry);
     if (why.empty()) {
@@ -259,22 +244,28 @@ std::string WhyNotFolder(const Machine& machine, ProtectedPlaces& places, const 
   return why.empty() && local != folder ? WhyNotOpened(machine, places, local, entry) : why;
 }
 
-KeyPlace FindKey(const RegistryEntry& entry) {
+KeyPlace FindKey(Registry& registry, const RegistryEntry& entry) {
   const size_t end = std::min(entry.key.find('\\'), entry.key.size());
-  const std::string_view root = std::string_view(entry.key).substr(0, end);
-  const uint32_t handle = RootKeyFromName(root);
+  const uint32_t handle = RootKeyFromName(std::string_view(entry.key).substr(0, end));
   if (handle == 0) return {{}, "", Refusal(entry.key, "it begins with no known root key.")};
   KeyPlace place;
   place.subkey = WithoutEmptyParts(std::string_view(entry.key).substr(end));
-  if (IsMainBranch(root, place.subkey)) {
-    place.refusal = Refusal(entry.key, "it is a root key or one of its main branches.");
-  } else if (handle <= RootKeyFromName("HKEY_USERS")) {
+  if (handle <= RootKeyFromName("HKEY_USERS")) {
     place.root = static_cast<RegistryRoot>(handle - RootKeyFromName("HKEY_CLASSES_ROOT"));
   } else if (handle == RootKeyFromName("HKEY_CURRENT_CONFIG")) {
     place.root = RegistryRoot::kLocalMachine;
     place.subkey.insert(0, kCurrentConfig);
   } else {
     place.refusal = Refusal(entry.key, "nothing can be removed below that root key.");
+    return place;
+  }
+  using ProtectedKeys::Part;
+  const Part part = entry.delete_subkey ? Part::kTree : Part::kValue;
+  if (IsProtected(registry, *place.root, place.subkey, part)) {
+    place.root.reset();
+    place.refusal = Refusal(entry.key,
+                            "it is, or holds, a root key, one of its main branches or what Windows "
+                            "depends on.");
   }
   return place;
 }

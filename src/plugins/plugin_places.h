@@ -43,9 +43,8 @@ struct KeyPlace {
   std::string refusal;  // a sentence
 };
 
-// Refused are root keys and their first-level branches, by whatever way they are named, and keys
-// that hold them.
-KeyPlace FindKey(const RegistryEntry& entry);
+// Refused is what ProtectedKeys names, by whatever spelling or link.
+KeyPlace FindKey(Registry& registry, const RegistryEntry& entry);
 
 struct IniPlace {
   std::string path;     // "" when the entry is refused

@@ -41,11 +41,8 @@ class AppPaths : public RegistryScan {
  protected:
   void ScanRegistry() override;
   // A key that has sub-keys stays, and the scan that follows lists it again.
-  void DeleteReference(const ScanRow& row) override {
-    modRegistry::RegDeleteSubKey(access(), kRoot, KeyOf(row.texts[0]));
-  }
-  void KeepReference(RegistryUndo& undo, const ScanRow& row) override {
-    undo.AddKey(machine().registry, kRoot, KeyOf(row.texts[0]));
+  RegistryTarget TargetOf(const ScanRow& row) const override {
+    return {RegistryTarget::Kind::kKey, kRoot, KeyOf(row.texts[0]), ""};
   }
 };
 

@@ -14,8 +14,6 @@ constexpr size_t kByValueName = 1;
 // Deeper than Windows allows.
 constexpr int kMostLevels = 520;
 
-bool HasNul(std::string_view name) { return name.find('\0') != name.npos; }
-
 class FileReferences : public RegistryScan {
  public:
   FileReferences(const Machine& machine, ScanView& view);
@@ -28,8 +26,9 @@ class FileReferences : public RegistryScan {
  protected:
   void ScanRegistry() override;
   // Relative to the root, whatever key the data was read from.
-  void DeleteReference(const ScanRow& row) override;
-  void KeepReference(RegistryUndo& undo, const ScanRow& row) override;
+  RegistryTarget TargetOf(const ScanRow& row) const override {
+    return {RegistryTarget::Kind::kValue, row.root, row.key, row.name};
+  }
   std::string Recounted() const override {
     return std::to_string(rows().size()) + " invalid references";
   }
@@ -140,7 +139,7 @@ void FileReferences::AnalyzeValues(RegistryKey& key) {
 }
 
 void FileReferences::ExamineValues(RegistryKey& key) {
-  const std::string names = modRegistry::ListRegValues(key, UINT32_MAX);
+  const std::string names = modRegistry::ListRegValues(key, modRegistry::Reach::kUntilLong);
   if (names.empty()) return;
   for (const std::string& name : Split(names, '\0')) {
     std::string data = modRegistry::ReadRegString(access(), key, name);
@@ -165,19 +164,6 @@ void FileReferences::AddReference(const std::string& name, std::string data) {
   row.key = current_path_;
   row.name = name;
   AddPlain(std::move(row));
-}
-
-void FileReferences::KeepReference(RegistryUndo& undo, const ScanRow& row) {
-  if (HasNul(row.name)) {
-    throw Error(Error::Kind::kOther,
-                "A value of " + row.texts[0] + " has a NUL in its name, so it cannot be named.");
-  }
-  undo.AddValue(machine().registry, row.root, row.key, row.name);
-}
-
-void FileReferences::DeleteReference(const ScanRow& row) {
-  if (HasNul(row.name)) return;  // it would be taken for a list of names
-  modRegistry::DeleteRegValues(access(), row.root, row.name, row.key);
 }
 
 }  // namespace

@@ -33,11 +33,8 @@ class HelpFiles : public RegistryScan {
 
  protected:
   void ScanRegistry() override;
-  void DeleteReference(const ScanRow& row) override {
-    modRegistry::DeleteRegValues(access(), kRoot, row.name, row.key);
-  }
-  void KeepReference(RegistryUndo& undo, const ScanRow& row) override {
-    undo.AddValue(machine().registry, kRoot, row.key, row.name);
+  RegistryTarget TargetOf(const ScanRow& row) const override {
+    return {RegistryTarget::Kind::kValue, kRoot, row.key, row.name};
   }
 
  private:
@@ -52,7 +49,8 @@ std::vector<HelpFiles::Entry> HelpFiles::Entries() {
   std::vector<Entry> entries;
   for (const char* key : kKeys) {
     TellDamage(kRoot, key);
-    const std::string names = modRegistry::ListRegValues(access(), kRoot, key, UINT32_MAX);
+    const std::string names =
+        modRegistry::ListRegValues(access(), kRoot, key, modRegistry::Reach::kUntilLong);
     if (names.empty()) continue;
     for (std::string& name : Split(names, '\0')) entries.push_back({key, std::move(name)});
   }

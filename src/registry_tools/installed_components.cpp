@@ -15,11 +15,8 @@ class Components : public RegistryScan {
 
  protected:
   void ScanRegistry() override;
-  void DeleteReference(const ScanRow& row) override {
-    modRegistry::DeleteRegKeyTree(access(), kRoot, kKey + row.texts[3]);
-  }
-  void KeepReference(RegistryUndo& undo, const ScanRow& row) override {
-    undo.AddTree(machine().registry, kRoot, kKey + row.texts[3]);
+  RegistryTarget TargetOf(const ScanRow& row) const override {
+    return {RegistryTarget::Kind::kTree, kRoot, kKey + row.texts[3], ""};
   }
 };
 
@@ -41,7 +38,7 @@ void Components::ScanRegistry() {
     row.texts = {title, installed ? "True" : "False", read("StubPath"), name};
     row.root = kRoot;
     row.key = kKey;
-    AddJudged(std::move(row), !installed);
+    AddJudged(std::move(row), installed ? RowMark::kValid : RowMark::kOrphaned);
   }
   SetCountsAsStatus();
 }

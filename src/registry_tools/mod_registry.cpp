@@ -6,12 +6,14 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "registry_tools/registry_eraser.h"
 
 namespace quellix::modRegistry {
 namespace {
 
 constexpr size_t kStringBuffer = 260;  // characters, the final NUL included
 constexpr size_t kListBuffer = 255;    // characters of a name or a text, bytes of other data
+constexpr uint32_t kMostValues = 256;
 
 bool IsText(uint32_t type) { return type == kRegSz || type == kRegExpandSz || type == kRegMultiSz; }
 
@@ -25,7 +27,7 @@ void WithKey(Access access, RegistryRoot root, std::string_view path, RegistryAc
     const auto key = access.registry.Open(root, WithoutBackslash(path), rights);
     if (key == nullptr) return;
     use(*key);
-    if (rights == RegistryAccess::kWrite && access.store_at_once) key->Flush();
+    if (rights == RegistryAccess::kWrite) key->Flush();
   } catch (const Error&) {
     return;
   }
@@ -36,29 +38,25 @@ bool FitsListBuffer(const RegistryValueInfo& value) {
          Characters(value.type, value.size) <= kListBuffer;
 }
 
-std::vector<std::string> SubKeysOf(RegistryKey& key) {
-  std::vector<std::string> names;
-  for (uint32_t i = 0; const std::optional<std::string> name = key.SubKeyAt(i); ++i) {
-    // An empty one would name the key itself.
-    if (const std::string_view cut = TrimNull(*name); !cut.empty()) names.emplace_back(cut);
-  }
-  return names;
+// The helpers' contract is silence.
+RegistryEraser Eraser(Access access) {
+  return RegistryEraser(access.registry, RegistryEraser::OnError::kSilent);
 }
 
-void DeleteTreeBelow(RegistryKey& key) {
-  for (const std::string& name : SubKeysOf(key)) {
-    if (key.IsLink(name)) continue;  // what it leads to is no part of the tree
-    try {
-      const auto child = key.Open(name, RegistryAccess::kWrite);
-      if (child != nullptr) DeleteTreeBelow(*child);
-      key.DeleteSubKey(name);
-    } catch (const Error&) {
-      continue;  // one denied key does not keep its neighbours
-    }
-  }
+void EraseKey(Access access, RegistryTarget::Kind kind, RegistryRoot root, std::string_view key) {
+  Eraser(access).Erase(RegistryTarget{kind, root, std::string(key)});
 }
 
 }  // namespace
+
+bool KeyExists(Access access, RegistryRoot root, std::string_view key) {
+  if (key.starts_with('\\')) return false;
+  try {
+    return access.registry.Open(root, WithoutBackslash(key), RegistryAccess::kRead) != nullptr;
+  } catch (const Error&) {
+    return true;
+  }
+}
 
 std::string ReadRegString(Access access, RegistryKey& key, std::string_view name) {
   const std::optional<RegistryValue> value = key.QueryValue(name);
@@ -75,47 +73,44 @@ std::string ReadRegString(Access access, RegistryRoot root, std::string_view key
   return result;
 }
 
-std::string ListRegValues(RegistryKey& key, uint32_t most) {
+std::string ListRegValues(RegistryKey& key, Reach reach) {
   std::string names;
+  const uint32_t most = reach == Reach::kFew ? kMostValues : UINT32_MAX;
   for (uint32_t index = 0; index < most; ++index) {
     const std::optional<RegistryValueInfo> value = key.ValueAt(index);
-    if (!value || !FitsListBuffer(*value)) break;
+    if (!value) break;
+    if (reach == Reach::kAll) {
+      if (value->name.find('\0') == std::string::npos) names.append(value->name).push_back('\0');
+      continue;
+    }
+    if (!FitsListBuffer(*value)) break;
     names.append(TrimBlanks(value->name)).push_back('\0');
   }
   if (!names.empty()) names.pop_back();
   return names;
 }
 
-std::string ListRegValues(Access access, RegistryRoot root, std::string_view key, uint32_t most) {
+std::string ListRegValues(Access access, RegistryRoot root, std::string_view key, Reach reach) {
   std::string names;
   WithKey(access, root, key, RegistryAccess::kRead,
-          [&](RegistryKey& opened) { names = ListRegValues(opened, most); });
+          [&](RegistryKey& opened) { names = ListRegValues(opened, reach); });
   return names;
 }
 
 std::vector<std::string> ListSubKeys(Access access, RegistryRoot root, std::string_view key) {
   std::vector<std::string> names;
   WithKey(access, root, key, RegistryAccess::kRead,
-          [&](RegistryKey& opened) { names = SubKeysOf(opened); });
+          [&](RegistryKey& opened) { names = SubKeyNames(opened); });
   return names;
 }
 
 void DeleteRegValues(Access access, RegistryRoot root, std::string_view names,
                      std::string_view key) {
-  WithKey(access, root, key, RegistryAccess::kWrite, [&](RegistryKey& opened) {
-    for (const std::string& name : Split(names, '\0')) {
-      try {
-        opened.DeleteValue(name);
-      } catch (const Error&) {
-        continue;  // one denied value does not keep the others
-      }
-    }
-  });
+  Eraser(access).EraseValues(root, key, names);
 }
 
 void RegDeleteSubKey(Access access, RegistryRoot root, std::string_view key) {
-  WithKey(access, root, "", RegistryAccess::kWrite,
-          [key](RegistryKey& opened) { opened.DeleteSubKey(WithoutBackslash(key)); });
+  EraseKey(access, RegistryTarget::Kind::kKey, root, key);
 }
 
 void RegSetString(Access access, RegistryRoot root, std::string_view key, std::string_view name,
@@ -125,28 +120,13 @@ void RegSetString(Access access, RegistryRoot root, std::string_view key, std::s
   });
 }
 
-void ClearRegKeyValues(Access access, std::string_view key) {
-  const std::string names = ListRegValues(access, RegistryRoot::kCurrentUser, key);
+void ClearRegKeyValues(Access access, std::string_view key, Reach reach) {
+  const std::string names = ListRegValues(access, RegistryRoot::kCurrentUser, key, reach);
   if (!names.empty()) DeleteRegValues(access, RegistryRoot::kCurrentUser, names, key);
 }
 
 void DeleteRegKeyTree(Access access, RegistryRoot root, std::string_view key) {
-  bool is_link = false;
-  WithKey(access, root, "", RegistryAccess::kRead,
-          [&](RegistryKey& opened) { is_link = opened.IsLink(key); });
-  if (is_link) return;
-  WithKey(access, root, key, RegistryAccess::kWrite,
-          [](RegistryKey& opened) { DeleteTreeBelow(opened); });
-  RegDeleteSubKey(access, root, key);
-}
-
-void StoreChanges(Access access, RegistryRoot root, std::string_view key) {
-  const auto opened = access.registry.Open(root, WithoutBackslash(key), RegistryAccess::kWrite);
-  if (opened != nullptr) opened->Flush();
-}
-
-void RequireWritable(Access access, RegistryRoot root, std::string_view key) {
-  access.registry.Open(root, WithoutBackslash(key), RegistryAccess::kWrite);
+  EraseKey(access, RegistryTarget::Kind::kTree, root, key);
 }
 
 }  // namespace quellix::modRegistry

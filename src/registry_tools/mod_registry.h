@@ -10,16 +10,22 @@
 namespace quellix::modRegistry {
 
 // The registry helpers of cleaners and tools. None of them reports an error: what cannot be opened
-// reads as empty and is left as it is. Sub-key paths may end in "\".
+// reads as empty and is left as it is, as what the RegistryEraser tells is not told. Sub-key paths
+// may end in "\".
 struct Access {
   Registry& registry;
   System& system;  // knows the ANSI code page
-  // Whether each change is stored at once; else with the next one that is, or by StoreChanges. A
-  // volume's hive is written as a whole each time.
-  bool store_at_once = true;
 };
 
-inline constexpr uint32_t kMostValues = 256;
+// How much of a key's values a list names.
+enum class Reach {
+  kFew,        // 256 at most, and none behind one whose name or data is longer than 254 characters
+  kUntilLong,  // all up to such a one
+  kAll,        // every one that can be named, with the blanks around its name
+};
+
+// Whether a key is there, also one that cannot be opened.
+bool KeyExists(Access access, RegistryRoot root, std::string_view key);
 
 // A value as text, whatever its type: texts up to their first NUL, other data as its bytes taken
 // for ANSI characters, cut at the first zero byte. "" when it is missing or longer than 260
@@ -30,13 +36,12 @@ std::string ReadRegString(Access access, RegistryRoot root, std::string_view key
 // The same of an open key.
 std::string ReadRegString(Access access, RegistryKey& key, std::string_view name);
 
-// The value names of a key, each but the last followed by a NUL; "" for none. Ends behind `most`
-// values, and before one whose name or data is longer than 254 characters. Blanks around a name are
-// lost.
+// The value names of a key, each but the last followed by a NUL; "" for none. Blanks around a name
+// are lost, except where all are asked for.
 std::string ListRegValues(Access access, RegistryRoot root, std::string_view key,
-                          uint32_t most = kMostValues);
+                          Reach reach = Reach::kFew);
 // The same of an open key.
-std::string ListRegValues(RegistryKey& key, uint32_t most);
+std::string ListRegValues(RegistryKey& key, Reach reach);
 
 // The sub-key names of a key, cut at their first NUL, in the registry's order.
 std::vector<std::string> ListSubKeys(Access access, RegistryRoot root, std::string_view key);
@@ -53,17 +58,10 @@ void RegSetString(Access access, RegistryRoot root, std::string_view key, std::s
                   std::string_view text);
 
 // Deletes the values of a key of the user; the key stays.
-void ClearRegKeyValues(Access access, std::string_view key);
+void ClearRegKeyValues(Access access, std::string_view key, Reach reach = Reach::kFew);
 
 // Removes a key with all its sub-keys, depth first; what is denied stays, and so do links, with the
 // keys above them.
 void DeleteRegKeyTree(Access access, RegistryRoot root, std::string_view key);
-
-// Stores what the hive of a key holds unstored. Throws Error.
-void StoreChanges(Access access, RegistryRoot root, std::string_view key);
-
-// Throws Error when the key is there but may not be changed, with the reason; for callers that owe
-// their user a word where the helpers are silent.
-void RequireWritable(Access access, RegistryRoot root, std::string_view key);
 
 }  // namespace quellix::modRegistry

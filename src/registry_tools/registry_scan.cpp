@@ -1,8 +1,8 @@
 #include "registry_tools/registry_scan.h"
 
 #include <algorithm>
-#include <set>
 #include <utility>
+#include <vector>
 
 #include "app/working_folder.h"
 #include "platform/damaged.h"
@@ -42,7 +42,13 @@ void RegistryScan::SetStatus(std::string text) {
 }
 
 void RegistryScan::SetCountsAsStatus() {
-  SetStatus(std::to_string(rows_.size()) + " entries, " + std::to_string(orphaned()) + " orphaned");
+  SetStatus(std::to_string(rows_.size()) + " entries, " + std::to_string(orphaned()) + " orphaned" +
+            NotJudged());
+}
+
+std::string RegistryScan::NotJudged() const {
+  const auto count = std::ranges::count(rows_, RowMark::kNotJudged, &ScanRow::mark);
+  return count == 0 ? "" : ", " + std::to_string(count) + " not judged";
 }
 
 void RegistryScan::BeginEntries(size_t count) {
@@ -63,16 +69,21 @@ bool RegistryScan::NextEntry() {
   return true;
 }
 
-void RegistryScan::AddJudged(ScanRow row, bool is_orphaned) {
-  row.mark = is_orphaned ? RowMark::kOrphaned : RowMark::kValid;
+void RegistryScan::AddJudged(ScanRow row, RowMark mark) {
+  const bool is_orphaned = mark == RowMark::kOrphaned;
+  row.mark = mark;
   row.checked = is_orphaned;
   if (is_orphaned) orphaned_.Add();
   rows_.insert(is_orphaned ? rows_.begin() : rows_.end(), std::move(row));
 }
 
 void RegistryScan::AddJudgedByFile(ScanRow row) {
-  const bool is_gone = machine_.files.IsGone(row.file);
-  AddJudged(std::move(row), is_gone);
+  RowMark mark = RowMark::kOrphaned;
+  if (!machine_.files.IsGone(row.file)) {
+    const bool is_seen = machine_.files.Look(row.file, Detail::kKind).has_value();
+    mark = is_seen ? RowMark::kValid : RowMark::kNotJudged;
+  }
+  AddJudged(std::move(row), mark);
 }
 
 void RegistryScan::TellDamage(std::string_view sentence) {
@@ -92,64 +103,51 @@ void RegistryScan::TellDamage(RegistryRoot root, std::string_view key) {
 }
 
 // False, with a message, when nothing may be deleted.
-bool RegistryScan::KeepChecked() {
+bool RegistryScan::EraseChecked() {
+  erased_ = {};
   RunState state;
   Settings(machine_).LoadDeletionSettings(state);
-  if (!state.Backup.registry) return true;
+  RegistryEraser eraser(machine_.registry, RegistryEraser::OnError::kSilent);
+  if (state.Backup.registry) eraser.KeepIn(undo_, machine_, state.BackupFolder);
+  std::vector<RegistryTarget> targets;
+  for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
+    if (row->checked) targets.push_back(TargetOf(*row));
+  }
   try {
-    for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
-      if (row->checked) KeepReference(undo_, *row);
-    }
-    undo_.Store(machine_, state.BackupFolder);
+    erased_ = eraser.Erase(targets);
     return true;
-  } catch (const Error& error) {
-    undo_.Forget();
-    view_.ShowProblem(std::string("Nothing is deleted, because it could not be backed up first. ") +
-                      error.what());
+  } catch (const NotKept& error) {
+    view_.ShowProblem(error.what());
     return false;
   }
 }
 
-void RegistryScan::StoreAll(const std::vector<const ScanRow*>& deleted) {
-  std::set<std::pair<RegistryRoot, std::string_view>> keys;
-  for (const ScanRow* row : deleted) keys.emplace(row->root, row->key);
-  for (const auto& [root, key] : keys) {
-    try {
-      modRegistry::StoreChanges(access(), root, key);
-    } catch (const Error& error) {
-      failure_ = error.what();
-    }
-  }
-}
-
 // Most are missing, that is why their rows are here.
-void RegistryScan::RemoveFileOf(const ScanRow& row, std::optional<ProtectedPlaces>& places) {
+void RegistryScan::RemoveFileOf(const ScanRow& row, ProtectedPlaces& places) {
   try {
     const auto folder = OpenFolderOf(machine_.files, row.file);
-    if (!places) places = LoadPlaces(machine_);
-    if (!places->WhyNotFile(*folder, NamePart(row.file), Claim::kItem).empty()) return;
+    if (!places.WhyNotFile(*folder, NamePart(row.file), Claim::kItem).empty()) return;
     folder->RemoveFile(NamePart(row.file));
   } catch (const Error&) {
     return;
   }
 }
 
-void RegistryScan::DeleteChecked(bool files_also) {
-  failure_.clear();
-  if (!KeepChecked()) return;
-  std::vector<const ScanRow*> deleted;
-  std::optional<ProtectedPlaces> places;
+void RegistryScan::DeleteFiles() {
+  ProtectedPlaces places = LoadPlaces(machine_);
   for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
-    if (!row->checked) continue;
-    DeleteReference(*row);
-    deleted.push_back(&*row);
-    if (!files_also || row->file.empty()) continue;
-    RemoveFileOf(*row, places);
+    if (row->checked && !row->file.empty()) RemoveFileOf(*row, places);
   }
-  StoreAll(deleted);
+}
+
+void RegistryScan::DeleteChecked(bool files_also) {
+  if (!EraseChecked()) return;
+  if (files_also) DeleteFiles();
   std::erase_if(rows_, [](const ScanRow& row) { return row.checked; });
   timer_enabled_ = traits_.rescans;
-  if (!traits_.rescans) SetStatus(Recounted());
+  if (traits_.rescans) return;
+  const std::string stayed = std::to_string(erased_.stayed) + " could not be deleted";
+  SetStatus(Recounted() + (erased_.stayed == 0 ? "" : ", " + stayed));
 }
 
 void RegistryScan::SortRows(size_t column, bool descending) {

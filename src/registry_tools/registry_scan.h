@@ -13,10 +13,13 @@
 #include "backup/registry_undo.h"
 #include "platform/machine.h"
 #include "registry_tools/mod_registry.h"
+#include "registry_tools/registry_eraser.h"
 
 namespace quellix {
 
-enum class RowMark { kNone, kOrphaned, kValid };
+// Not judged is what this machine cannot know of: of a volume a drive that is not mapped, a
+// relative name, a path with switches behind it.
+enum class RowMark { kNone, kOrphaned, kValid, kNotJudged };
 inline constexpr size_t kMostScanColumns = 4;
 
 // One reference, as its list shows it and as the registry holds it.
@@ -74,7 +77,8 @@ class ScanView {
 
 // A tool that lists the references of one registry area and deletes the checked ones: what all of
 // them share. Registry failures are silent, as in mod_registry; what is told in a message is a
-// damaged hive, and an undo file that could not be written.
+// damaged hive, and an undo file that could not be written; the status tells how many references
+// could not be deleted.
 class RegistryScan {
  public:
   // `view` and the ports must outlive it.
@@ -103,9 +107,10 @@ class RegistryScan {
 
   // Deletes the references of the checked rows, from the last to the first, without a question;
   // their files as well with `files_also`, where the tool has that box. The rows go even when a
-  // deletion fails; failure() then tells why.
+  // deletion fails; stayed() and failure() then tell how many stayed, and why the first one did.
   void DeleteChecked(bool files_also);
-  const std::string& failure() const { return failure_; }
+  size_t stayed() const { return erased_.stayed; }
+  const std::string& failure() const { return erased_.problem; }
   // The .reg file of this window's deletions, "" when there is none.
   const std::string& undo_path() const { return undo_.path(); }
 
@@ -124,15 +129,13 @@ class RegistryScan {
 
  protected:
   virtual void ScanRegistry() = 0;
-  // Deletes the reference of a row from the registry.
-  virtual void DeleteReference(const ScanRow& row) = 0;
-  // Adds what DeleteReference will delete.
-  virtual void KeepReference(RegistryUndo& undo, const ScanRow& row) = 0;
+  // What goes from the registry with a row.
+  virtual RegistryTarget TargetOf(const ScanRow& row) const = 0;
   // The status from the rows that are left, where no scan follows.
   virtual std::string Recounted() const { return status_; }
 
   const Machine& machine() const { return machine_; }
-  modRegistry::Access access() const { return {machine_.registry, machine_.system, false}; }
+  modRegistry::Access access() const { return {machine_.registry, machine_.system}; }
   ScanView& view() { return view_; }
   bool stop_requested() const { return stop_requested_; }
   bool thorough() const { return thorough_; }
@@ -141,12 +144,14 @@ class RegistryScan {
   void SetStatus(std::string text);
   // "57 entries, 3 orphaned"
   void SetCountsAsStatus();
+  // ", 2 not judged", "" where there are none.
+  std::string NotJudged() const;
   // Begins a list of that many entries.
   void BeginEntries(size_t count);
   // Before each entry; false when the user has stopped, with the stop path gone.
   bool NextEntry();
-  // Orphaned rows stand at the top, checked, and are counted; valid ones at the end.
-  void AddJudged(ScanRow row, bool is_orphaned);
+  // Orphaned rows stand at the top, checked, and are counted; others at the end.
+  void AddJudged(ScanRow row, RowMark mark);
   // Orphaned is a row whose file is gone.
   void AddJudgedByFile(ScanRow row);
   int orphaned() const { return orphaned_.value(); }
@@ -157,16 +162,17 @@ class RegistryScan {
   void TellDamage(std::string_view sentence);
 
  private:
-  bool KeepChecked();
-  void RemoveFileOf(const ScanRow& row, std::optional<ProtectedPlaces>& places);
-  void StoreAll(const std::vector<const ScanRow*>& deleted);
+  bool EraseChecked();
+  void RemoveFileOf(const ScanRow& row, ProtectedPlaces& places);
+  void DeleteFiles();
 
   Machine machine_;
   ScanView& view_;
   const ScanTraits& traits_;
   RegistryUndo undo_;
   std::deque<ScanRow> rows_;
-  std::string status_, failure_, damage_;
+  std::string status_, damage_;
+  Erasure erased_;
   ProgressBar progress_;
   SmallCount orphaned_;
   std::optional<size_t> sorted_by_;

@@ -26,11 +26,8 @@ class SharedDlls : public RegistryScan {
 
  protected:
   void ScanRegistry() override;
-  void DeleteReference(const ScanRow& row) override {
-    modRegistry::DeleteRegValues(access(), kRoot, row.name, kKey);
-  }
-  void KeepReference(RegistryUndo& undo, const ScanRow& row) override {
-    undo.AddValue(machine().registry, kRoot, kKey, row.name);
+  RegistryTarget TargetOf(const ScanRow& row) const override {
+    return {RegistryTarget::Kind::kValue, kRoot, kKey, row.name};
   }
   std::string Recounted() const override;
 
@@ -64,7 +61,8 @@ int SharedDlls::CountOf(const std::string& name, const std::string& data) {
 void SharedDlls::ScanRegistry() {
   SetStatus("Scanning registry...");
   TellDamage(kRoot, kKey);
-  const std::string list = modRegistry::ListRegValues(access(), kRoot, kKey, UINT32_MAX);
+  const std::string list =
+      modRegistry::ListRegValues(access(), kRoot, kKey, modRegistry::Reach::kUntilLong);
   SmallCount zero;
   std::vector<std::string> names;
   // A key with one value is taken for an empty one; its users have never seen it listed.
@@ -85,7 +83,7 @@ void SharedDlls::ScanRegistry() {
     AddJudgedByFile(std::move(row));
   }
   // The last index, so one less than there are; users' notes compare it so.
-  SetStatus(StatusOf(names.empty() ? 0 : names.size() - 1, orphaned(), zero.value()));
+  SetStatus(StatusOf(names.empty() ? 0 : names.size() - 1, orphaned(), zero.value()) + NotJudged());
 }
 
 std::string SharedDlls::Recounted() const {
@@ -94,7 +92,7 @@ std::string SharedDlls::Recounted() const {
     if (row.mark == RowMark::kOrphaned) missing.Add();
     if (std::atoi(row.texts[0].c_str()) == 0) zero.Add();
   }
-  return StatusOf(rows().size(), missing.value(), zero.value());
+  return StatusOf(rows().size(), missing.value(), zero.value()) + NotJudged();
 }
 
 }  // namespace

@@ -13,6 +13,13 @@ bool HasExtensionIn(std::string_view upper_name, const std::unordered_set<std::s
   return dot != std::string_view::npos && set.contains(std::string(upper_name.substr(dot + 1)));
 }
 
+// What lies there belongs together in pairs, one half for the name and one for the contents.
+bool IsRecycleBin(std::string_view upper_path) {
+  const size_t start = upper_path.find('\\') + 1;
+  const std::string_view name = upper_path.substr(start, upper_path.find('\\', start) - start);
+  return start != 0 && (name == "$RECYCLE.BIN" || name == "RECYCLER" || name == "RECYCLED");
+}
+
 std::unordered_set<std::string> UpperSet(const std::vector<std::string>& entries) {
   std::unordered_set<std::string> set;
   for (const std::string& entry : entries) {
@@ -41,11 +48,10 @@ bool IgnoreLists::IsIgnoredExtension(std::string_view name) const {
 }
 
 bool IgnoreLists::IsIgnoredFolder(std::string_view path) const {
-  if (folders_.empty()) return false;
   const std::string upper = UpCase(path);
-  return std::ranges::any_of(folders_, [&upper](const std::string& part) {
-    return upper.find(part) != std::string::npos;
-  });
+  return IsRecycleBin(upper) || std::ranges::any_of(folders_, [&upper](const std::string& part) {
+           return upper.find(part) != std::string::npos;
+         });
 }
 
 bool IgnoreLists::Ignores(const std::string& upper_name) const {

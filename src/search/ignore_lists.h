@@ -21,6 +21,7 @@ class IgnoreLists {
   // The text behind the last dot; a name without one is never ignored.
   bool IsIgnoredExtension(std::string_view name) const;
   // Any part of the path counts: "temp" also keeps "C:\MyTemplates\" out. Users' lists rely on it.
+  // The recycle bins count as named.
   bool IsIgnoredFolder(std::string_view path) const;
 
   // File or extension, for a name that is in upper case already.

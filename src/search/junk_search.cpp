@@ -195,7 +195,14 @@ std::string_view CategoryText(JunkKind kind) {
   return "Dead Shortcuts";
 }
 
+void RequireTypes(const Machine& machine, JunkKind kind) {
+  if (kind != JunkKind::kUnnecessaryFiles || !LoadPatterns(machine).empty()) return;
+  throw NotAvailable(
+      "Not searched: no type of unnecessary files is ticked in the Options, or UNFI.txt is empty.");
+}
+
 void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
+  RequireTypes(context.machine, kind);
   const SearchOptions options = LoadSearchOptions(context.machine);
   const IgnoreLists ignore = LoadIgnoreLists(context.machine);
   const std::unique_ptr<FileTest> test = MakeTest(context, options, kind, sink);

@@ -36,9 +36,14 @@ class ResultSink {
 // "Unnecessary Files", "Empty Files", "Dead Shortcuts".
 std::string_view CategoryText(JunkKind kind);
 
+// Throws NotAvailable when a search for that kind would know nothing to search for: no type of
+// unnecessary files is ticked, or their list is missing.
+void RequireTypes(const Machine& machine, JunkKind kind);
+
 // Searches the drives of srch.txt, one after another, and hands each find to `sink`; nothing is
 // changed. Ends early, with "Aborted by user" in the status, when the user stops. Throws Error when
-// options or lists cannot be read, or when the date filter is on and its dates make no sense.
+// options or lists cannot be read, or when the date filter is on and its dates make no sense, and
+// NotAvailable as above.
 void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink);
 
 // What became of a find that was to be removed.

@@ -23,11 +23,12 @@ constexpr Column kOfEntries[kEntryColumns] = {{L"Path", 200},
                                               {L"State", 80}};
 
 constexpr Anchor kAnchors[] = {
-    {lstvArchives, 0, 0, 1, 0.3}, {lblEntries, 0, 0.3, 1, 0.3}, {lstvEntries, 0, 0.3, 1, 1},
-    {lblOverwrite, 0, 1, 0, 1},   {cboOverwrite, 0, 1, 0, 1},   {lblOutcome, 0, 1, 0, 1},
-    {txtOutcome, 0, 1, 1, 1},     {cmdView, 0, 1, 0, 1},        {cmdRestoreSelected, 0, 1, 0, 1},
-    {cmdRestoreAll, 0, 1, 0, 1},  {cmdRestoreInto, 0, 1, 0, 1}, {cmdDeleteArchive, 0, 1, 0, 1},
-    {IDCANCEL, 1, 1, 1, 1},       {pgRestore, 0, 1, 1, 1},      {cmdStopRestore, 1, 1, 1, 1},
+    {lstvArchives, 0, 0, 1, 0.3},   {lblEntries, 0, 0.3, 1, 0.3}, {lstvEntries, 0, 0.3, 1, 1},
+    {lblOverwrite, 0, 1, 0, 1},     {cboOverwrite, 0, 1, 0, 1},   {lblOutcome, 0, 1, 0, 1},
+    {txtOutcome, 0, 1, 1, 1},       {cmdView, 0, 1, 0, 1},        {cmdRestoreSelected, 0, 1, 0, 1},
+    {cmdRestoreAll, 0, 1, 0, 1},    {cmdRestoreInto, 0, 1, 0, 1}, {cmdDeleteArchive, 0, 1, 0, 1},
+    {IDCANCEL, 1, 1, 1, 1},         {pgRestore, 0, 1, 1, 1},      {cmdStopRestore, 1, 1, 1, 1},
+    {cmdRepairArchive, 1, 1, 1, 1},
 };
 
 struct ModeText {
@@ -45,7 +46,7 @@ constexpr int kBarSteps = 1000;
 // What can be used while nothing is being restored, whatever is chosen.
 constexpr int kIdleControls[] = {lstvArchives,   lstvEntries,        cboOverwrite,
                                  cmdView,        cmdRestoreSelected, cmdRestoreAll,
-                                 cmdRestoreInto, cmdDeleteArchive};
+                                 cmdRestoreInto, cmdRepairArchive,   cmdDeleteArchive};
 
 // An edit control wants both characters at a line's end.
 std::string WithCarriageReturns(const std::string& lines) {
@@ -124,6 +125,7 @@ void FrmBackups::EnableCommands() {
                                             {cmdRestoreSelected, can.restore_selected},
                                             {cmdRestoreAll, can.restore_all},
                                             {cmdRestoreInto, can.restore_into},
+                                            {cmdRepairArchive, can.repair},
                                             {cmdDeleteArchive, can.delete_archive}};
   for (const auto& [id, enabled] : kCommands) EnableControl(id, enabled, lstvArchives);
 }
@@ -143,6 +145,8 @@ void FrmBackups::OnCommand(int id, int code) {
     case cmdRestoreAll:
     case cmdRestoreInto:
       return Restore(id);
+    case cmdRepairArchive:
+      return RepairArchive();
     case cmdDeleteArchive:
       return DeleteArchive();
     case IDCANCEL:
@@ -285,6 +289,19 @@ bool FrmBackups::ShowProgress(const RestoreProgress& progress) {
     RunDisplay::PumpMessages();
   }
   return stopping_ || !window();
+}
+
+void FrmBackups::RepairArchive() {
+  const BackupInfo* const chosen = browser_->Chosen();
+  if (!chosen) return;
+  const std::string question =
+      "Repair " + chosen->name + "? " + chosen->incomplete +
+      " What is not whole goes; the archive needs its space twice meanwhile.";
+  if (!prompts_.AskYesNo(question)) return;
+  Work([this] { browser_->RepairArchive(); });
+  if (!window()) return;
+  ShowArchives();
+  ShowEntries();
 }
 
 void FrmBackups::DeleteArchive() {

@@ -48,6 +48,7 @@ class FrmBackups : public OwnedWindow {
   void BeginProgress();
   void HideProgress();
   bool ShowProgress(const RestoreProgress& progress);
+  void RepairArchive();
   void DeleteArchive();
 
   Machine machine_;

@@ -19,6 +19,10 @@ constexpr Anchor kAnchors[] = {
     {IDCANCEL, 1, 1, 1, 1},
 };
 
+// What waits while entries are deleted.
+constexpr int kCommands[] = {optAll,         optCookies, optHistory, optURL,    cmdSelectAll,
+                             cmdDeselectAll, cmdView,    cmdRefresh, cmdDelete, cmdClear};
+
 constexpr int kUnsorted = -1;
 
 // The button that does the same as an entry of the menu.
@@ -177,15 +181,23 @@ void FrmIECache::Sort(int column) {
 void FrmIECache::Delete(bool all) {
   ShowNothing();  // what is shown is in use
   SetText(lblStatus, "Deleting, please wait");
-  working_ = true;
+  const HWND focus = GetFocus();
+  Work(true);
   stopped_ = false;
   const auto breathe = [this] {
     view_.Yield();
     return !stopped_;
   };
   all ? cache_->DeleteAllListed(breathe) : cache_->DeleteSelected(breathe);
-  working_ = false;
+  Work(false);
+  if (focus != GetFocus() && IsChild(window(), focus)) FocusOn(focus);
   ShowRows();
+}
+
+// The list stays: it takes the keyboard meanwhile.
+void FrmIECache::Work(bool works) {
+  working_ = works;
+  for (const int id : kCommands) EnableControl(id, !works, lstvCache);
 }
 
 void FrmIECache::OnDrawItem(const DRAWITEMSTRUCT& item) {

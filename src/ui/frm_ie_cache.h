@@ -49,6 +49,7 @@ class FrmIECache : public OwnedWindow {
   void View();
   void Sort(int column);
   void Delete(bool all);
+  void Work(bool works);
 
   Machine machine_;
   RunView& view_;

@@ -10,7 +10,7 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {{L"Category", 124}, {L"Result", 96}};
+constexpr Column kColumns[] = {{L"Category", 118}, {L"Result", 172}};
 constexpr int kTick = 0, kCross = 1;
 constexpr int kIcons[] = {icoTick, icoCross};
 
@@ -41,11 +41,10 @@ void FrmLog::OnInit() {
 void FrmLog::OnResolution() { categories_.SetResolution(dpi(), kColumns, kIcons); }
 
 Cell FrmLog::CategoryCell(int row, int column) const {
-  const bool cleaned = report_.cleaned[row];
-  if (column == 0) {
-    return {Wide(CategoryTitle(static_cast<Category>(row))), cleaned ? kTick : kCross};
-  }
-  return {cleaned ? L"Cleaned" : L"Not Cleaned"};
+  const Outcome outcome = report_.outcomes[static_cast<size_t>(row)];
+  if (column == 1) return {Wide(OutcomeText(outcome))};
+  return {Wide(CategoryTitle(static_cast<Category>(row))),
+          outcome == Outcome::kCleaned ? kTick : kCross};
 }
 
 void FrmLog::OnCommand(int id, int /*code*/) {
@@ -71,7 +70,7 @@ void FrmLog::Save() const {
   EnableWindow(owner, TRUE);
   if (!path) return;
   try {
-    files_.WriteWholeFile(*path, report_.log);
+    files_.WriteWholeFile(*path, report_.full_log);
   } catch (const Error& error) {
     const std::string text = std::string("The log could not be saved. ") + error.what();
     MessageBoxW(window(), Wide(text).c_str(), Wide(kApplicationTitle).c_str(),

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "app/mod_shut_down.h"
+#include "app/run_report.h"
 #include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
@@ -45,6 +46,7 @@ constexpr UINT kMillisecondsPerTick = 5000;
 void FrmMain::Open(HWND owner, StartMode mode) {
   const bool is_hidden = mode == StartMode::kHidden;
   const std::string problems = engine_.Load(is_hidden ? nullptr : &tips_);
+  engine_.ClearLeftovers();
   Create(frmMain, owner);
   if (is_hidden) return RunHidden();
   ShowWindow(window(), SW_SHOW);
@@ -102,6 +104,7 @@ void FrmMain::ShowTip() {
 // Settings that were read anew. A tip that is shown stays.
 void FrmMain::FollowSettings() {
   boxes_.ShowEnabled(tool_tips_);
+  boxes_.ShowTicks();
   const bool tip_is_shown = (GetWindowLongW(Control(txtTip), GWL_STYLE) & WS_VISIBLE) != 0;
   if (!tip_is_shown || !engine_.general().tip_box || GetWindowTextLengthW(Control(txtTip)) == 0) {
     ShowTip();
@@ -166,6 +169,8 @@ void FrmMain::OnCommand(int id, int code) {
     case cmdClean:
     case mnuClean:
       return Run([this] { engine_.RunCleaning(); });
+    case mnuLastLog:
+      return ShowLastLog();
     case mnuProcessPlugin:
       return ProcessPlugins();
     case cmdNextTip:
@@ -205,9 +210,27 @@ void FrmMain::ProcessPlugins() {
 }
 
 void FrmMain::AfterRun() {
-  const std::optional<RunReport> report = display_.TakeReport();
+  const bool has_report = KeepReport();
   if (close_after_run_) return Exit();
-  if (report) log_.Show(window(), *report);
+  if (!has_report) return;
+  if (!engine_.state().Hidden) return ShowLastLog();
+  const std::string told = BriefReport(engine_.context());
+  tray_.SetText(Wide(std::string(kApplicationTitle) + "\n" + told).c_str());
+  display_.SetStatus(told);
+  display_.Flush();
+}
+
+void FrmMain::ShowLastLog() {
+  if (last_report_) log_.Show(window(), *last_report_);
+}
+
+// The report of the run that has just ended, if it has one, for Last log.
+bool FrmMain::KeepReport() {
+  std::optional<RunReport> report = display_.TakeReport();
+  if (!report) return false;
+  last_report_ = std::move(report);
+  EnableMenuItem(GetMenu(window()), mnuLastLog, MF_BYCOMMAND | MF_ENABLED);
+  return true;
 }
 
 void FrmMain::OnContextMenu(HWND control, POINT screen) {
@@ -286,10 +309,12 @@ void FrmMain::ShowTrayMenu(POINT screen) {
   const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuTray)));
   const HMENU entries = GetSubMenu(menu.Get(), 0);
   if (!CanClean()) EnableMenuItem(entries, mnuTrayClean, MF_BYCOMMAND | MF_GRAYED);
+  if (running_ || !last_report_) EnableMenuItem(entries, mnuTrayLog, MF_BYCOMMAND | MF_GRAYED);
   SetForegroundWindow(window());
   const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
                                     window(), nullptr);
   PostMessageW(window(), WM_NULL, 0, 0);
+  if (chosen == mnuTrayLog) ShowLastLog();
   if (chosen == mnuTrayOpen) ComeForward();
   if (chosen == mnuTrayClean) Run([this] { engine_.RunCleaning(); });
   if (chosen == mnuTrayExit) Exit();

@@ -62,6 +62,8 @@ class FrmMain : public Dialog {
   void ShowTrayMenu(POINT screen);
   void Run(const std::function<void()>& work);
   void AfterRun();
+  bool KeepReport();
+  void ShowLastLog();
   void ProcessPlugins();
   void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
   void PlaceCurrentItem(const Item* item);
@@ -83,6 +85,7 @@ class FrmMain : public Dialog {
   TrayIcon tray_;
   UniqueIcon picture_;  // beside the current item
   const Item* current_item_ = nullptr;
+  std::optional<RunReport> last_report_;
   bool running_ = false;
   bool close_after_run_ = false;
   int exit_code_ = kDone;

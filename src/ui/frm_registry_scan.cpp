@@ -12,8 +12,8 @@ constexpr UINT_PTR kTimer1 = 1;
 constexpr UINT kUntilSeen = 50;  // milliseconds
 constexpr ULONGLONG kMillisecondsPerFrame = 50;
 
-// By RowMark. A cross and a tick, so that color is not needed.
-constexpr int kIcons[] = {icoCross, icoTick};
+// By RowMark. A cross and a tick, so that color is not needed; what is not judged stays as well.
+constexpr int kIcons[] = {icoCross, icoTick, icoTick};
 
 constexpr Anchor kAnchors[] = {
     {lstvOrphanedDLL, 0, 0, 1, 1}, {lstvInvalid, 0, 0, 1, 1}, {pgKeys, 0, 1, 1, 1},

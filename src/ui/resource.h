@@ -70,6 +70,8 @@
 #define mnuOrphanedActivex 232
 #define mnuOptions 233
 #define mnuContents 234
+#define mnuLastLog 235
+#define mnuTrayLog 236
 // 240 to 249: turning the computer off, the tray
 #define mnuTurnOff 240
 #define mnuPowrOff 241
@@ -190,6 +192,7 @@
 #define cmdDeleteArchive 1313
 #define pgRestore 1314
 #define cmdStopRestore 1315
+#define cmdRepairArchive 1316
 
 // The question whether a file may be replaced
 #define txtTarget 1401

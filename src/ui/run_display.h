@@ -34,6 +34,7 @@ class RunDisplay : public RunView {
   void ShowLastCleaned(std::string_view text) override { last_cleaned_.assign(text); }
   void ShowCritical(std::string_view text) override;
   void ShowReport(const RunReport& report) override { report_ = report; }
+  void KeepReport(const RunReport& report) override { report_ = report; }
   bool OpenResults(SearchResults& results) override;
   void AwaitResults() override;
 

@@ -32,14 +32,20 @@ BOOL Notify(DWORD what, NOTIFYICONDATAW& data) {
 }  // namespace
 
 bool TrayIcon::Show(HWND window, const wchar_t* text) {
-  window_ = window;
+  Hide();
   icon_ = LoadProgramIcon(icoQuellix, GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON));
-  std::wcsncpy(text_, text, std::size(text_) - 1);
+  SetText(text);
   // Without leave, a program that runs as administrator does not hear of a new taskbar.
   ChangeWindowMessageFilterEx(window, TaskbarCreated(), MSGFLT_ALLOW, nullptr);
+  window_ = window;
   if (Tell(NIM_ADD)) return true;
   Hide();  // an icon that was added but sends nothing of use
   return false;
+}
+
+void TrayIcon::SetText(const wchar_t* text) {
+  std::wcsncpy(text_, text, std::size(text_) - 1);
+  if (window_) Tell(NIM_MODIFY);
 }
 
 void TrayIcon::Hide() {

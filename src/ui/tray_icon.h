@@ -20,6 +20,8 @@ class TrayIcon {
   // False when there is no notification area that takes it.
   bool Show(HWND window, const wchar_t* text);
   void Hide();
+  // What its tip says from now on, until it is shown again.
+  void SetText(const wchar_t* text);
   bool IsShown() const { return window_ != nullptr; }
   // Puts it back when `message` tells that the taskbar has been made anew.
   void Follow(UINT message) const;

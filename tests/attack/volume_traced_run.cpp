@@ -33,7 +33,7 @@ constexpr uint64_t kBytes[] = {SYS_write, SYS_pwrite64,  SYS_writev,   SYS_pwrit
 
 // Whether a process that stopped at a system call begins one that changes the disk.
 bool BeginsChange(pid_t pid) {
-  __ptrace_syscall_info info = {};  // the C library's name for it
+  __ptrace_syscall_info info = {};
   if (ptrace(PTRACE_GET_SYSCALL_INFO, pid, sizeof info, &info) <= 0) return false;
   if (info.op != PTRACE_SYSCALL_INFO_ENTRY) return false;
   const uint64_t number = info.entry.nr;

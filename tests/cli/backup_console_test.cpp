@@ -39,7 +39,13 @@ TEST_F(BackupConsoleTest, CleanedFilesAreListedRepairedAndRestored) {
   EXPECT_NE(Backup({"repair", archive}).output.find("nothing to repair"), std::string::npos);
   const std::string bytes = Read(safe() + archive);
   ports.files.WriteWholeFile(safe() + archive, bytes.substr(0, bytes.size() - 9));
-  EXPECT_NE(Backup({"repair", archive}).output.find("2 file(s) kept"), std::string::npos);
+  for (const auto& arguments : {std::vector<std::string>{"list"}, {"list", archive}}) {
+    const ProgramResult incomplete = Backup(arguments);
+    EXPECT_EQ(incomplete.exit_code, 3);
+    EXPECT_NE(incomplete.output.find("incomplete: 2 file(s) whole"), std::string::npos);
+    EXPECT_EQ(Read(safe() + archive).size(), bytes.size() - 9);
+  }
+  EXPECT_NE(Backup({"repair", archive}).output.find("2 file(s) whole"), std::string::npos);
   EXPECT_EQ(Read(safe() + archive).size(), bytes.size());
 
   const ProgramResult one = Backup({"restore", archive, file.substr(3)});
@@ -47,6 +53,13 @@ TEST_F(BackupConsoleTest, CleanedFilesAreListedRepairedAndRestored) {
   EXPECT_EQ(Read(file), "bytes");
   EXPECT_FALSE(machine->Exists(temp + "b.tmp"));
   machine->MakeFile(file, "changed");
+  for (const auto& [entry, exit_code] :
+       {std::pair(file.substr(3), 1), std::pair(std::string(), 3)}) {
+    const ProgramResult unasked = Backup({"restore", archive, entry});
+    EXPECT_EQ(unasked.exit_code, exit_code) << unasked.output;
+    EXPECT_NE(unasked.output.find("nobody could be asked"), std::string::npos);
+    if (entry.empty()) break;
+  }
   EXPECT_EQ(Backup({"restore", archive, "--overwrite", "never"}).exit_code, 0);
   EXPECT_EQ(Read(file), "changed");
   EXPECT_EQ(Read(temp + "b.tmp"), "more");

@@ -43,6 +43,13 @@ TEST_F(SearchConsoleTest, NothingIsRemovedWhileTheSettingsCannotBeRead) {
   EXPECT_EQ(Search({"unnecessary"}).exit_code, 0);
 }
 
+TEST_F(SearchConsoleTest, NothingToSearchForIsTold) {
+  ports.files.WriteWholeFile(ports.program_folder + "\\UNFI.txt", "0\x01*.qxj\x01Ours\r\n");
+  const ProgramResult searched = Search({"unnecessary"});
+  EXPECT_EQ(searched.exit_code, 1);
+  EXPECT_NE(searched.output.find("no type of unnecessary files is ticked"), std::string::npos);
+}
+
 TEST_F(SearchConsoleTest, AnUnknownKindIsWrongUsage) {
   EXPECT_EQ(Search({"everything"}).exit_code, 2);
   EXPECT_EQ(Search({}).exit_code, 2);

@@ -100,6 +100,21 @@ TEST_F(RegistryContract, KeysOpenRelativeToAnother) {
   EXPECT_TRUE(key->Open("", kRead)->Open("One", kRead));
 }
 
+TEST_F(RegistryContract, AKeyTellsWhatItIsBySpellingsAndLinksAlike) {
+  test_->SetText(kUser, key_ + "\\One", "v", "1");
+  const std::string user = Open("", kRead)->TrueName(), one = user + "\\" + key_ + "\\One";
+  EXPECT_TRUE(EqualsNoCase(user.substr(0, 19), "\\REGISTRY\\USER\\S-1-")) << user;
+  EXPECT_TRUE(EqualsNoCase(Open("SOFTWARE\\quellix contract\\ONE\\", kWrite)->TrueName(), one));
+  EXPECT_TRUE(EqualsNoCase(Open(key_, kRead)->Open("one", kRead)->TrueName(), one));
+  const auto system = [this](const char* path) {
+    const auto key = machine_.registry.Open(RegistryRoot::kLocalMachine, path, kRead);
+    return key ? UpCase(key->TrueName()) : "";
+  };
+  EXPECT_EQ(system(""), "\\REGISTRY\\MACHINE");
+  EXPECT_EQ(system("System\\CurrentControlSet\\Control"),
+            "\\REGISTRY\\MACHINE\\SYSTEM\\CONTROLSET001\\CONTROL");
+}
+
 TEST_F(RegistryContract, ValuesAreDeletedAndChangedWhileTheyAreListed) {
   for (const char* name : {"", "a", "b", "c", "ж"}) test_->SetText(kUser, key_, name, name);
   const auto key = Open(key_, kWrite);

@@ -154,6 +154,15 @@ TEST_F(AllCleanersTest, EveryFileAreaIsCleanedAndItsNeighboursStay) {
     for (const char* count : counts) {
       if (caption == kCaptions + 2) text += refused;
       text += std::string(*caption++) + "Files Deleted: " + count + " Bytes\r\n";
+      const bool gone = count == std::string("0 Space Gained: 0");
+      if (gone && caption == kCaptions + 1) {
+        text += "Active setup temporary folders: nothing of this kind was found.\r\n";
+      }
+      if (gone && caption == kCaptions + 4) {
+        text +=
+            "User-defined files: nothing of this kind was found. None of the listed files is "
+            "there.\r\n";
+      }
     }
     return text + "\r\n" + kLine + "\r\nFiles Deleted:  " + total + " Bytes";
   };

@@ -1,5 +1,7 @@
 #include "backup/backup_browser.h"
 
+#include "backup/can_run.h"
+
 #include "support/backup_fixture.h"
 
 namespace quellix {
@@ -104,16 +106,23 @@ TEST_F(BackupBrowserTest, RestoresWhatIsSelected) {
   EXPECT_EQ(BackupBrowser(ports).mode(), OverwriteMode::kNever);  // kept in the settings
 }
 
-TEST_F(BackupBrowserTest, SaysWhatIsRefusedAndWhatWasRepaired) {
+TEST_F(BackupBrowserTest, SaysWhatIsRefusedAndRepairsOnRequest) {
   AddArchive("C_141120109057.zip", {"../climbs", "fine", "zz/con.txt"});
   const std::string bytes = *ports.files.ReadWholeFile(safe + archive);
   ports.files.WriteWholeFile(safe + archive, bytes.substr(0, bytes.size() - 5));
   BackupBrowser browser(ports);
   browser.Refresh();
-  EXPECT_EQ(browser.ArchiveText(0, ArchiveColumn::kState), "Repaired");
+  EXPECT_EQ(browser.ArchiveText(0, ArchiveColumn::kState), "Incomplete");
   EXPECT_NE(browser.outcome().find(archive + ": "), std::string::npos);
-  EXPECT_NE(browser.outcome().find("repaired: 3 file(s) kept"), std::string::npos);
+  EXPECT_NE(browser.outcome().find("3 file(s) whole"), std::string::npos);
   EXPECT_EQ(browser.outcome().find("climbs"), std::string::npos);
+  EXPECT_EQ(Read(safe + archive).size(), bytes.size() - 5);
+  EXPECT_TRUE(browser.Available(0).repair);
+  browser.RepairArchive();
+  EXPECT_NE(browser.outcome().find("repaired: 3 file(s) whole"), std::string::npos);
+  EXPECT_EQ(browser.ArchiveText(0, ArchiveColumn::kState), "Whole");
+  EXPECT_EQ(Read(safe + archive).size(), bytes.size());
+  EXPECT_FALSE(browser.Available(0).repair);
   browser.ChooseArchive(1);
   EXPECT_NE(browser.outcome().find("climbs"), std::string::npos);
   EXPECT_EQ(browser.EntryText(0, EntryColumn::kState), "Refused");
@@ -127,6 +136,7 @@ TEST_F(BackupBrowserTest, SaysWhatIsRefusedAndWhatWasRepaired) {
 }
 
 TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
+  machine->SetText(RegistryRoot::kCurrentUser, "Software\\Classes\\.txt", "", "txtfile");
   engine.state().FixedRemovalMode = kDelete;  // of earlier copies
   engine.RunOneItem(*FindItem("CleanTempFiles"));
   std::string copy;
@@ -139,6 +149,23 @@ TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
   }
   EXPECT_FALSE(machine->Exists(copy));
   EXPECT_FALSE(machine->Exists(temp + "Quellix"));
+}
+
+TEST_F(BackupBrowserTest, WhatMayRunIsShownInItsFolderInstead) {
+  AddArchive("D_141120009057.zip", {"a.exe", "b.PS1", "c.lnk", "d.unheardof", "e", "f.txt.scr"});
+  machine->SetText(RegistryRoot::kCurrentUser, "Software\\Classes\\.known", "", "x");
+  EXPECT_FALSE(CanRun(ports, "C:\\x\\a.b.known"));
+  EXPECT_TRUE(CanRun(ports, "C:\\x\\a.exe. "));
+  BackupBrowser browser(ports);
+  browser.Refresh();
+  browser.ChooseArchive(1);
+  ASSERT_EQ(browser.EntryCount(), 6u);
+  for (size_t row = 0; row < browser.EntryCount(); ++row) {
+    const std::string folder = browser.View(row);
+    EXPECT_EQ(machine->Tree(folder).size(), row + 1) << folder;
+    EXPECT_NE(browser.outcome().find("is not opened"), std::string::npos) << browser.outcome();
+  }
+  machine->RemoveRegistryTree(RegistryRoot::kCurrentUser, "Software\\Classes\\.known");
 }
 
 TEST_F(BackupBrowserTest, DeletesTheChosenArchive) {

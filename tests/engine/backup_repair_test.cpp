@@ -26,7 +26,7 @@ class BackupRepairTest : public BackupFixture {
   }
 };
 
-TEST_F(BackupRepairTest, CutOffAnywhereEveryCompleteEntryIsKept) {
+TEST_F(BackupRepairTest, CutOffAnywhereEveryCompleteEntryIsReadAndKept) {
   const std::string archive = MakeArchive();
   const std::string whole = Read(archive);
   const std::map<std::string, std::string> all = Content(archive);
@@ -36,56 +36,110 @@ TEST_F(BackupRepairTest, CutOffAnywhereEveryCompleteEntryIsKept) {
     ports.files.WriteWholeFile(archive, whole.substr(0, size));
     const auto complete = static_cast<size_t>(
         std::count_if(ends.begin(), ends.end(), [&](uint64_t end) { return end <= size; }));
-    const std::optional<Repair> repair = RepairOf(NamePart(archive));
-    ASSERT_TRUE(repair);
-    ASSERT_EQ(repair->kept, complete);
+    const std::optional<Repair> found = FoundIn(NamePart(archive));
+    ASSERT_TRUE(found);
+    ASSERT_EQ(found->kept, complete);
     ASSERT_EQ(Describe(NamePart(archive)).entries, complete);
     for (const auto& [name, bytes] : Content(archive)) ASSERT_EQ(bytes, all.at(name));
-    ASSERT_FALSE(RepairOf(NamePart(archive)));  // it is whole now
+    ASSERT_EQ(Read(archive), whole.substr(0, size)) << "reading writes nothing";
+    const std::optional<Repair> repair = RepairArchive(ports.files, archive);
+    ASSERT_TRUE(repair);
+    ASSERT_EQ(repair->kept, complete);
+    ASSERT_FALSE(FoundIn(NamePart(archive)));
+    ASSERT_EQ(Content(archive).size(), complete);
+    ASSERT_EQ(Archives().size(), 1u);
+    ASSERT_FALSE(RepairArchive(ports.files, archive)) << "it is whole now";
     if (complete == ends.size()) {
       ASSERT_EQ(Read(archive).substr(0, ends.back()), whole.substr(0, ends.back()));
     }
   }
 }
 
-TEST_F(BackupRepairTest, DamageOfEveryKind) {
+TEST_F(BackupRepairTest, DamageOfEveryKindIsReadAsItIsAndRepairedOnRequest) {
   const std::string archive = MakeArchive();
   const std::string whole = Read(archive);
   const std::vector<uint64_t> ends = Ends(archive);
   const std::string entries = whole.substr(0, ends.back());
-  std::string broken = entries, unfinished = entries, other_sum = entries;
-  broken[ends[1] - 3] ^= 0x20;
-  other_sum[ends[0] + 14] ^= 1;
-  for (size_t i = 14; i < 26; ++i) unfinished[ends[1] + i] = 0;  // never filled in
-  unfinished[ends[1] + 8] = kDeflated;
+  const auto with = [&](const std::string& bytes, uint64_t at, const std::string& change) {
+    return std::string(bytes).replace(static_cast<size_t>(at), change.size(), change);
+  };
+  const std::string unknown("\x0E\0", 2), locked("\x01\x08", 2);
+  std::string unfinished = with(entries, ends[1] + 14, std::string(12, '\0'));
+  unfinished = with(unfinished, ends[1] + 8, std::string("\x08\0", 2));
+  const std::string comment(0xFFFF, 'c');
   struct Row {
     const char* what;
     std::string bytes;
-    uint64_t entries, damaged;
-    bool repaired;
-    const char* problem;
+    uint64_t entries, damaged, unverified;
+    bool incomplete;
+    const char* problem = "";
   };
   const Row rows[] = {
-      {"garbage behind the end", whole + "garbage", 3, 0, false, ""},
-      {"garbage behind the entries", entries + std::string(5000, '\xEE'), 3, 0, true, ""},
-      {"a bad byte in the middle", broken, 2, 1, true, ""},
-      {"data of another checksum", other_sum, 2, 1, true, ""},
-      {"an entry that was being written", unfinished, 2, 0, true, ""},
-      {"the directory of another archive", entries + whole.substr(ends.back() + 7), 3, 0, true, ""},
-      {"no archive", "MZ this is a program", 0, 0, false, "is not a zip archive."},
+      {"garbage behind the end", whole + "garbage", 3, 0, 0, false},
+      {"a comment of the greatest length", whole.substr(0, whole.size() - 2) + "\xFF\xFF" + comment,
+       3, 0, 0, false},
+      {"garbage behind the entries", entries + std::string(5000, '\xEE'), 3, 0, 0, true},
+      {"a bad byte in the data", with(entries, ends[1] - 3, "?"), 2, 1, 0, true},
+      {"another checksum", with(entries, ends[0] + 14, "?"), 2, 1, 0, true},
+      {"a bad header in the middle", with(entries, ends[0], "?"), 2, 1, 0, true},
+      {"a bad header at the start", with(entries, 0, "?"), 2, 1, 0, true},
+      {"a length beyond the end", with(entries, ends[0] + 20, "\1"), 2, 1, 0, true},
+      {"a length that skips the next", with(entries, ends[0] + 18, "\x7F"), 2, 1, 0, true},
+      {"a long name", with(entries, ends[0] + 26, "\xFF"), 2, 1, 0, true},
+      {"an entry that was being written", unfinished, 2, 0, 0, true},
+      {"another archive's directory", entries + whole.substr(ends.back() + 7), 3, 0, 0, true},
+      {"an encrypted entry", with(entries, ends[0] + 6, locked), 3, 0, 1, true},
+      {"an entry packed otherwise", with(entries, ends[0] + 8, unknown), 2, 0, 1, true},
+      {"no archive", "MZ this is a program", 0, 0, 0, false, "is not a zip archive."},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
     ports.files.WriteWholeFile(archive, row.bytes);
     const BackupInfo info = Describe(NamePart(archive));
     EXPECT_EQ(info.entries, row.entries);
-    EXPECT_EQ(!info.repaired.empty(), row.repaired);
-    EXPECT_EQ(info.repaired.find(", 1 damaged") != std::string::npos, row.damaged == 1);
+    EXPECT_EQ(!info.incomplete.empty(), row.incomplete) << info.incomplete;
+    EXPECT_EQ(info.incomplete.find(", 1 damaged") != std::string::npos, row.damaged == 1);
     EXPECT_TRUE(info.problem.ends_with(row.problem)) << info.problem;
-    if (*row.problem != 0) {
-      EXPECT_EQ(Read(archive), row.bytes);
+    EXPECT_EQ(Read(archive), row.bytes) << "reading writes nothing";
+
+    std::string repaired;
+    try {
+      repaired = backups.Repair(NamePart(archive));
+      EXPECT_EQ(repaired.empty(), !row.incomplete) << repaired;
+      EXPECT_EQ(Describe(NamePart(archive)).incomplete, "");
+      EXPECT_EQ(Content(archive).size(), row.entries);
+      EXPECT_EQ(row.unverified, 0u);
+    } catch (const Error& error) {
+      EXPECT_TRUE(row.unverified != 0 || *row.problem != 0) << error.what();
+      EXPECT_TRUE(row.unverified == 0 ||
+                  std::string(error.what()).find("1 encrypted or packed") != std::string::npos)
+          << error.what();
     }
+    EXPECT_EQ(Read(archive) == row.bytes, repaired.empty());
+    EXPECT_EQ(Archives().size(), 1u);
   }
+}
+
+// Nor is anything but an archive of ours touched, or one in use.
+TEST_F(BackupRepairTest, OnlyOurOwnArchivesAreRepaired) {
+  const std::string archive = MakeArchive();
+  const std::string cut = Read(archive).substr(0, Ends(archive)[1] + 3);
+  for (const char* name : {"foreign.zip", "C_foreign.zip", "C_1.zip", "1_141120269057.zip",
+                           "C_141120269057x.zip", "C_141120269057.ZIP.zip"}) {
+    SCOPED_TRACE(name);
+    machine->MakeFile(safe + name, cut);
+    EXPECT_NE(Describe(name).incomplete, "");
+    EXPECT_THROW(backups.Repair(name), Error);
+    EXPECT_EQ(Read(safe + name), cut);
+  }
+  EXPECT_THROW(backups.Repair("C_1411202690571.zip"), Error);
+  EXPECT_FALSE(machine->Exists(safe + "C_1411202690571.zip"));
+  ports.files.WriteWholeFile(archive, cut);
+  {
+    const auto held = ports.files.Open(archive, OpenMode::kReadAndCreate);
+    EXPECT_THROW(backups.Repair(NamePart(archive)), Error);
+  }
+  EXPECT_EQ(Read(archive), cut);
 }
 
 TEST_F(BackupRepairTest, HostileEntriesFailCleanly) {
@@ -122,18 +176,11 @@ TEST_F(BackupRepairTest, HostileEntriesFailCleanly) {
   }
 }
 
-// Where the archive cannot be written it is read all the same, as far as it goes.
-TEST_F(BackupRepairTest, AReadOnlyArchiveThatIsIncompleteIsRead) {
+TEST_F(BackupRepairTest, AReadOnlyArchiveThatIsIncompleteIsRestored) {
   const std::string archive = MakeArchive();
-  const std::string cut = Read(archive).substr(0, Ends(archive)[1] + 3);
-  ports.files.WriteWholeFile(archive, cut);
+  ports.files.WriteWholeFile(archive, Read(archive).substr(0, Ends(archive)[1] + 3));
   ports.files.SetAttributes(archive, kReadOnly);
-  const BackupInfo info = Describe(NamePart(archive));
-  EXPECT_EQ(info.problem, "");
-  EXPECT_EQ(info.entries, 2u);
-  // Whoever may write whatever the attribute says repairs it.
-  const bool stored = Read(archive) != cut;
-  EXPECT_EQ(info.repaired.find("cannot be repaired where it is") == std::string::npos, stored);
+  EXPECT_EQ(Describe(NamePart(archive)).entries, 2u);
   ScriptedPrompts prompts;
   EXPECT_EQ(backups.Restore(NamePart(archive), {}, prompts, nullptr).restored, 2u);
   EXPECT_EQ(Read(tree + "2"), "deflated deflated deflated deflated");
@@ -141,30 +188,34 @@ TEST_F(BackupRepairTest, AReadOnlyArchiveThatIsIncompleteIsRead) {
   EXPECT_TRUE(backups.List().empty());
 }
 
-// A repair tells how far it is; stopped, it leaves the archive for the next one.
+// Reading and repairing tell how far they are; stopped, they leave the archive for the next time.
 TEST_F(BackupRepairTest, AStoppedRepairChangesNothing) {
-  const std::string archive = MakeArchive();
+  const std::string archive = MakeArchive(), name(NamePart(archive));
   const std::string cut = Read(archive).substr(0, Ends(archive)[2] + 3);
   ports.files.WriteWholeFile(archive, cut);
-  std::vector<uint64_t> steps;
-  for (const size_t stop_at : {1, 3, 99}) {
+  for (const size_t stop_at : {1, 3, 5, 99}) {
     SCOPED_TRACE(stop_at);
-    steps.clear();
+    std::vector<uint64_t> steps;
     backups.OnPause([&](const RestoreProgress& progress) {
-      EXPECT_EQ(progress.path, NamePart(archive));
+      EXPECT_EQ(progress.path, name);
       EXPECT_EQ(progress.total, cut.size());
       steps.push_back(progress.done);
       return steps.size() == stop_at;
     });
     const BackupInfo info = backups.List().at(0);
-    const bool stopped = steps.size() == stop_at;
-    EXPECT_EQ(info.problem, stopped ? "The repair was stopped; the archive is as it was." : "");
-    EXPECT_EQ(Read(archive) == cut, stopped);
+    EXPECT_EQ(!info.problem.empty(), steps.size() == stop_at) << info.problem;
+    steps.clear();
+    if (stop_at == 99) {
+      EXPECT_NE(backups.Repair(name), "");
+    } else {
+      EXPECT_THROW(backups.Repair(name), Error);
+    }
+    EXPECT_EQ(Read(archive) == cut, stop_at != 99);
+    EXPECT_EQ(Archives().size(), 1u);
+    EXPECT_GE(steps.size(), std::min<size_t>(stop_at, 6));
+    EXPECT_TRUE(std::ranges::is_sorted(steps));
+    EXPECT_LE(steps.back(), cut.size());
   }
-  EXPECT_GE(steps.size(), 3u);
-  EXPECT_TRUE(std::ranges::is_sorted(steps));
-  EXPECT_LT(steps.front(), Ends(archive)[0]);
-  EXPECT_LE(steps.back(), cut.size());
   EXPECT_EQ(backups.List().at(0).entries, 3u);
 }
 

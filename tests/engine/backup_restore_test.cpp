@@ -1,4 +1,5 @@
 #include "backup/entry_path.h"
+#include "backup/leftovers.h"
 #include "support/backup_fixture.h"
 #include "support/forwarding_files.h"
 
@@ -25,6 +26,12 @@ TEST(EntryPathTest, PathsThatLeaveTheirFolderAreRefusedByName) {
     const auto refusal = RefusalOf(name);
     ASSERT_TRUE(refusal) << name;
     EXPECT_NE(refusal->find(std::string("\"") + name + "\" is not restored"), std::string::npos);
+  }
+  for (const char* name : {"NUL", "a/con", "aux .h", "a.", "a/b "}) {
+    EXPECT_FALSE(RefusalOf(name, true)) << name << " of an archive of ours";
+  }
+  for (const char* name : {"../a", "a\\b", "a:b", "a//b", "a\x01"}) {
+    EXPECT_TRUE(RefusalOf(name, true)) << name;
   }
   for (const char* name : {"a", "Users/Me/a.txt", "..a", "a..b/c", "console", "com", "COM10",
                            "nul_", "\xE6\x97\xA5/\xD0\x96", "folder/"}) {
@@ -223,6 +230,152 @@ TEST_F(BackupRestoreTest, AStopLeavesWhatIsNotRestoredYetAsItWas) {
     EXPECT_EQ(Read(tree + "c"), "there");
     EXPECT_EQ(machine->Tree(tree).size(), 4u);
   }
+}
+
+// Whatever Windows' own programs make of such names.
+TEST_F(BackupRestoreTest, WhatCanBeBackedUpComesBackWhateverItsName) {
+  const std::vector<std::string> names = {"CON.txt", "NUL", "aux .h", "blank ", "dot."};
+  machine->MakeFolder(tree);
+  for (const std::string& name : names) {
+    ports.files.Open(tree + name, OpenMode::kCreateNew)->Write(0, name);
+  }
+  Clean(tree);
+  ASSERT_EQ(machine->Tree(tree), std::vector<std::string>());
+  const RestoreResult result = Restore();
+  EXPECT_EQ(result.problems, std::vector<std::string>());
+  EXPECT_EQ(machine->Tree(tree), names);
+  for (const std::string& name : names) {
+    char bytes[16];
+    const auto file = ports.files.Open(tree + name, OpenMode::kRead);
+    EXPECT_EQ(std::string(bytes, file->Read(0, bytes)), name);
+  }
+}
+
+TEST_F(BackupRestoreTest, NamesThatDifferInCaseBothComeBack) {
+  {
+    MakeFolders(ports.files, safe);
+    ZipWriter writer(ports.files.Open(safe + "C_010120200000.zip", OpenMode::kReadAndCreate), 0);
+    for (const char* name : {"x/Read.me", "x/READ.ME", "x/read.me"}) {
+      machine->MakeFile(scratch + "source", name);
+      ZipEntry entry;
+      entry.name = name;
+      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
+    }
+    writer.Finish();
+  }
+  for (const char* round : {"first", "again"}) {
+    SCOPED_TRACE(round);
+    const RestoreResult result = Restore({}, scratch + "into", OverwriteMode::kAlways);
+    EXPECT_EQ(result.restored, 3u);
+    EXPECT_EQ(result.problems.size(), 2u);
+    EXPECT_EQ(Read(scratch + "into\\x\\Read.me"), "x/Read.me");
+    EXPECT_EQ(Read(scratch + "into\\x\\READ (2).ME"), "x/READ.ME");
+    if (round[0] == 'a') continue;
+    EXPECT_EQ(Read(scratch + "into\\x\\read (3).me"), "x/read.me");
+    EXPECT_EQ(machine->Tree(scratch + "into\\x").size(), 3u);
+  }
+}
+
+// Files with streams, as NTFS has them.
+class StreamFile : public ForwardingFile {
+ public:
+  using Streams_ = std::map<std::string, std::string, std::less<>>;
+  StreamFile(std::unique_ptr<RandomFile> file, Streams_& streams)
+      : ForwardingFile(std::move(file)), streams_(streams) {}
+  std::vector<StreamInfo> Streams() override {
+    std::vector<StreamInfo> infos;
+    for (const auto& [name, bytes] : streams_) infos.push_back({name, bytes.size()});
+    return infos;
+  }
+  std::string ReadStream(std::string_view name) override { return streams_.find(name)->second; }
+  void WriteStream(std::string_view name, std::string_view bytes) override {
+    streams_[std::string(name)] = bytes;
+  }
+
+ private:
+  Streams_& streams_;
+};
+
+TEST_F(BackupRestoreTest, SmallStreamsComeBackAndLargeOnesAreNamed) {
+  const StreamFile::Streams_ small = {{"Zone.Identifier", "[ZoneTransfer]\r\nZoneId=3\r\n"},
+                                      {"\xC3\xA4", std::string("\0x", 2)}};
+  StreamFile::Streams_ streams = small;
+  ForwardingFiles files(ports.files, [&](std::string_view path, std::unique_ptr<RandomFile> file) {
+    if (path.starts_with(safe)) return file;
+    return std::unique_ptr<RandomFile>(new StreamFile(std::move(file), streams));
+  });
+  const Machine decorated = WithFiles(ports, files);
+  machine->MakeFile(tree + "a", "backup");
+  ModZip zip(decorated, state.Backup);
+  zip.MakeBackupArchiveName(safe, tree.substr(0, 1) + "_");
+  ASSERT_TRUE(zip.BackupFile(*decorated.files.OpenFolder(tree), tree + "a")) << zip.Problem();
+  EXPECT_EQ(zip.Loss(), "");
+  ASSERT_TRUE(zip.Close());
+  for (const bool whole : {true, false}) {
+    SCOPED_TRACE(whole);
+    const std::string archive = safe + OnlyArchive();
+    if (!whole) ports.files.Open(archive, OpenMode::kWrite)->Resize(Read(archive).size() - 5);
+    streams.clear();
+    const RestoreResult result =
+        Backups(decorated, safe)
+            .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
+    EXPECT_EQ(result.problems, std::vector<std::string>());
+    EXPECT_EQ(streams, small);
+  }
+  streams["large"] = std::string(kMostStreamBytes, 'l');
+  for (const bool strict : {false, true}) {
+    state.Backup.strict = strict;
+    EXPECT_EQ(zip.BackupFile(*decorated.files.OpenFolder(tree), tree + "a"), !strict);
+    const std::string told(strict ? zip.Problem() : zip.Loss());
+    EXPECT_NE(told.find("its stream \"large\" of 32768 bytes"), std::string::npos) << told;
+  }
+}
+
+// What others put there, of whatever name, is neither written to nor taken for ours; who may not be
+// written is asked about first.
+TEST_F(BackupRestoreTest, NothingBesideTheFilesThemselvesIsTouched) {
+  for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, "backup");
+  Clean(tree);
+  const std::vector<std::string> others = {"~quellix-replaced.tmp", "~quellix-restore.tmp"};
+  for (const std::string& name : others) machine->MakeFile(tree + name, "precious");
+  machine->MakeFile(tree + "a", "there");
+  size_t notes = 0;
+  pause = [&](const RestoreProgress&) {
+    for (const std::string& name : Archives()) notes += IsTemporaryName(name);
+    return false;
+  };
+  backups.OnFile([&](Folder& folder, std::string_view name) {
+    EXPECT_EQ(folder.Id(), ports.files.OpenFolder(tree)->Id());
+    return name == "b" ? "it is dear." : "";
+  });
+  const RestoreResult result = Restore({}, "", OverwriteMode::kAlways);
+  EXPECT_EQ(result.problems, std::vector<std::string>{tree + "b is not restored: it is dear."});
+  EXPECT_GT(notes, 0u) << "a kill would leave no trace of where it was at work";
+  EXPECT_EQ(Archives().size(), 1u);
+  EXPECT_EQ(machine->Tree(tree), (std::vector<std::string>{"a", others[0], others[1]}));
+  EXPECT_EQ(Read(tree + "a"), "backup");
+  for (const std::string& name : others) EXPECT_EQ(Read(tree + name), "precious");
+}
+
+TEST_F(BackupRestoreTest, WhatAKillLeftIsClearedAwayUnlessItIsHeld) {
+  const std::string notes = "Quellix restores into\n" + tree + "\n" + scratch + "gone\\\n";
+  machine->MakeFile(safe + "~qx00000000000000aa.tmp", notes);
+  machine->MakeFile(safe + "quellix-12-0.tmp", "half");
+  machine->MakeFile(safe + "~qxmine.tmp", "theirs");
+  machine->MakeFile(tree + "~qx00000000000000bb.tmp", "half");
+  machine->MakeFile(tree + "~qx00000000000000cc.tmp", "at work");
+  machine->MakeFile(tree + "~quellix-replaced.tmp", "the only one");
+  machine->MakeFolder(tree + "~qx00000000000000dd.tmp");
+  const std::string folders[] = {safe, scratch + "missing\\"};
+  {
+    const auto held = ports.files.Open(tree + "~qx00000000000000cc.tmp", OpenMode::kReadAndCreate);
+    EXPECT_EQ(ClearLeftovers(ports.files, folders), 3u);
+  }
+  EXPECT_EQ(ClearLeftovers(ports.files, folders), 0u);
+  EXPECT_EQ(Archives(), std::vector<std::string>{"~qxmine.tmp"});
+  EXPECT_EQ(machine->Tree(tree),
+            (std::vector<std::string>{"~quellix-replaced.tmp", "~qx00000000000000cc.tmp",
+                                      "~qx00000000000000dd.tmp\\"}));
 }
 
 // Files that tell a time of creation, take one, and may run out of space.

@@ -1,3 +1,4 @@
+#include "backup/backup_folder.h"
 #include "backup/backup_names.h"
 #include "support/backup_fixture.h"
 #include "support/forwarding_files.h"
@@ -31,6 +32,13 @@ TEST(BackupNamesTest, HourAndSecondHaveNoLeadingZero) {
   }
   for (const char* name : {"C_.zip", "C_14112026.zip", "C_99992026111.zip", "C_14112026905x.zip"}) {
     EXPECT_FALSE(DateOfArchive(name)) << name;
+  }
+  for (const char* name : {"C_141120269057.zip", "@_1411202611111.ZIP", "__020120260000.zip"}) {
+    EXPECT_TRUE(IsArchiveName(name)) << name;
+  }
+  for (const char* name :
+       {"C_.zip", "C-141120269057.zip", "C_14112026905x.zip", "R_141120269057.reg"}) {
+    EXPECT_FALSE(IsArchiveName(name)) << name;
   }
   EXPECT_EQ(RootOfArchive("D_1.zip"), "D:\\");
   EXPECT_EQ(RootOfArchive("@_1.zip"), "@:\\");
@@ -76,12 +84,49 @@ TEST_F(BackupTest, AnArchiveOfTheSameNameIsAddedTo) {
     writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), nullptr);
     entry.name = "taken back";
     writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), nullptr);
-    // An archive in use is neither repaired nor opened by anyone else.
+    // An archive in use is neither repaired nor filled by anyone else.
     EXPECT_THROW(ports.files.Open(archive, OpenMode::kReadAndCreate), Error);
-    EXPECT_NE(Describe(NamePart(archive)).problem, "");
+    EXPECT_THROW(backups.Repair(NamePart(archive)), Error);
   }  // as after a crash: never finished
   const std::map<std::string, std::string> first = {{Stored(tree + "first"), "1"}};
   EXPECT_EQ(Content(archive), first);
+}
+
+// A run of the same second goes on with our own archive, and with nothing else.
+TEST_F(BackupTest, WhatOthersNamedAsAnArchiveStaysAsItIs) {
+  machine->MakeFile(tree + "a", "a");
+  ModZip zip(ports, state.Backup);
+  const auto back_up = [&] {
+    zip.MakeBackupArchiveName(safe, "C_");
+    const bool done = zip.BackupFile(*ports.files.OpenFolder(tree), tree + "a");
+    EXPECT_TRUE(done && zip.Close()) << zip.Problem();
+  };
+  back_up();
+  const std::string bytes = Read(safe + OnlyArchive());
+  ports.files.RemoveFile(safe + OnlyArchive());
+  const std::string cut = bytes.substr(0, bytes.size() - 5);
+  // The names of the seconds to come are taken.
+  LocalTime time = ports.system.Now();
+  std::map<std::string, std::string> taken;
+  for (int i = 0; i < 20; ++i, time = NextSecond(time)) {
+    const std::string name = BackupArchiveName("C_", time);
+    taken[name] = i % 2 == 0 ? cut : "theirs";
+    machine->MakeFile(safe + name, taken[name]);
+  }
+  back_up();
+  EXPECT_EQ(Archives().size(), taken.size() + 1);
+  for (const auto& [name, was] : taken) EXPECT_EQ(Read(safe + name), was) << name;
+}
+
+TEST_F(BackupTest, ABackupFolderIsProvenBeforeItIsUsed) {
+  machine->MakeFile(scratch + "file", "x");
+  EXPECT_EQ(WhyBackupFolderCannotBeUsed(ports.files, scratch + "new\\er\\"), "");
+  EXPECT_EQ(machine->Tree(scratch + "new"), std::vector<std::string>{"er\\"});
+  for (const std::string& folder :
+       {scratch + "file\\", scratch + "file\\below\\", std::string("Q:\\safe\\")}) {
+    const std::string why = WhyBackupFolderCannotBeUsed(ports.files, folder);
+    EXPECT_TRUE(why.starts_with("The backup folder " + folder.substr(0, folder.size() - 1))) << why;
+  }
 }
 
 TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
@@ -112,7 +157,7 @@ TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
     const std::string said = "Not backed up and therefore not deleted: " + tree + "a (";
     EXPECT_EQ(state.RunLog.find(said) == 0, row.strict) << state.RunLog;
     if (row.strict) {
-      EXPECT_FALSE(RemoveFile(context, tree + "b"));
+      EXPECT_FALSE(RemoveFile(context, tree + "b", Claim::kItem));
     }
     EXPECT_TRUE(Backups(ports, row.folder).List().empty());
   }
@@ -155,7 +200,7 @@ TEST_F(BackupTest, ArchivesInAFolderThatIsCleanedStay) {
   EXPECT_FALSE(machine->Exists(tree + "junk"));
   EXPECT_EQ(state.RunFilesDeleted, 1);
   EXPECT_FALSE(state.SomeFilesLocked);
-  EXPECT_FALSE(RemoveFile(context, tree + "Safe\\C_010120200000.zip"));
+  EXPECT_FALSE(RemoveFile(context, tree + "Safe\\C_010120200000.zip", Claim::kItem));
 }
 
 TEST_F(BackupTest, StopLeavesWhatIsNotGoneYetAndTheArchiveOnRequest) {
@@ -257,7 +302,7 @@ TEST_F(BackupTest, ARunFinishesItsArchiveAndSaysHowManyFilesItHolds) {
   engine.RunCleaning();
   ASSERT_TRUE(view.report);
   EXPECT_NE(view.report->log.find("Backed Up 1 file(s)"), std::string::npos) << view.report->log;
-  EXPECT_FALSE(RepairOf(OnlyArchive()));
+  EXPECT_FALSE(FoundIn(OnlyArchive()));
 }
 
 }  // namespace

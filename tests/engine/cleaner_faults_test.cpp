@@ -52,7 +52,7 @@ TEST_F(CleanerFaultsTest, AnErrorDoesNotCountAsCleaned) {
   machine->MakeFolder(ports.program_folder + "\\ck.txt");
   Tick({"CleanCookies"});
   engine.RunCleaning();
-  EXPECT_EQ(view.report->cleaned, (std::array<bool, 6>{}));
+  EXPECT_EQ(view.report->outcomes[2], Outcome::kFailed);
 }
 
 TEST_F(CleanerFaultsTest, ALongListGoesInPortionsOf256) {
@@ -64,6 +64,28 @@ TEST_F(CleanerFaultsTest, ALongListGoesInPortionsOf256) {
     engine.RunOneItem(*FindItem("CleanRunMRU"));
     EXPECT_TRUE(view.report->log.starts_with(std::string("Windows run history... Files Deleted: ") +
                                              count + "\r\n"))
+        << view.report->log;
+  }
+}
+
+TEST_F(CleanerFaultsTest, AListGoesToItsEndWhenTheSettingsSaySo) {
+  const struct {
+    const char* settings;
+    int left;
+  } kRows[] = {
+      {"", 301}, {"[General]\r\nAllValues=0\r\n", 301}, {"[General]\r\nAllValues=1\r\n", 0}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.settings);
+    machine->RemoveRegistryTree(kUser, kRunMruKey);
+    machine->SetRegistryValue(kUser, kRunMruKey, " long ", {kRegBinary, std::string(256, 'x')});
+    for (int i = 0; i < 300; ++i) {
+      machine->SetText(kUser, kRunMruKey, "v" + std::to_string(i), "cmd");
+    }
+    WriteSettings(row.settings);
+    engine.RunOneItem(*FindItem("CleanRunMRU"));
+    EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), row.left);
+    EXPECT_TRUE(view.report->log.starts_with(
+        "Windows run history... Files Deleted: " + std::to_string(301 - row.left) + "\r\n"))
         << view.report->log;
   }
 }

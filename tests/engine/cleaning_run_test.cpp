@@ -1,3 +1,6 @@
+#include "app/exit_code.h"
+#include "app/run_report.h"
+#include "app/run_steps.h"
 #include "cleaners/skeleton.h"
 #include "support/run_fixture.h"
 
@@ -50,7 +53,9 @@ TEST_F(CleaningRunTest, AWholeRunRemovesLogsAndLeavesNothingForASecondOne) {
                 kLine + "\r\nFiles Deleted:  5   Space Gained:  2.94 KB");
   EXPECT_EQ(view.report->files, "5");
   EXPECT_EQ(view.report->space_gained, "2.94 KB");
-  EXPECT_EQ(view.report->cleaned, (std::array<bool, 6>{true, true, true, false, false, true}));
+  using enum Outcome;
+  EXPECT_EQ(view.report->outcomes, (std::array<Outcome, 6>{kCleaned, kCleaned, kCleaned, kNotChosen,
+                                                           kNotChosen, kCleaned}));
   EXPECT_TRUE(machine->Tree(temp).empty());
   EXPECT_TRUE(machine->Exists(temp));
   EXPECT_EQ(ports.shell.QueryRecycleBin().items, 0u);
@@ -80,7 +85,7 @@ TEST_F(CleaningRunTest, NothingTickedStillShowsASummary) {
   Tick({});
   engine.RunCleaning();
   EXPECT_EQ(Log(), "\r\n" + kLine + "\r\nFiles Deleted:  0   Space Gained:  0 Bytes");
-  EXPECT_EQ(view.report->cleaned, (std::array<bool, 6>{}));
+  EXPECT_EQ(view.report->outcomes, (std::array<Outcome, 6>{}));
 }
 
 TEST_F(CleaningRunTest, LockedFilesStayUncountedAndAreToldOnce) {
@@ -88,11 +93,78 @@ TEST_F(CleaningRunTest, LockedFilesStayUncountedAndAreToldOnce) {
   Tick({"CleanTempFiles"});
   const auto lock = machine->LockFile(temp + "sub\\deep\\b.dat");
   engine.RunCleaning();
-  EXPECT_EQ(Log(), "Temporary files... Files Deleted: 2 Space Gained: 1,000 Bytes\r\n\r\n" + kLine +
-                       "\r\nFiles Deleted:  2   Space Gained:  1,000 Bytes\r\n\r\n"
-                       "Some files were not deleted because they were locked or in use.");
+  EXPECT_TRUE(
+      Log().starts_with("Temporary files... Files Deleted: 2 Space Gained: 1,000 Bytes\r\n\r\n" +
+                        kLine + "\r\nFiles Deleted:  2   Space Gained:  1,000 Bytes\r\n\r\n"))
+      << Log();
   EXPECT_EQ(machine->Tree(temp),
             (std::vector<std::string>{"sub\\", "sub\\deep\\", "sub\\deep\\b.dat"}));
+}
+
+TEST_F(CleaningRunTest, WhatFindsNothingOfItsKindSaysSoAndCountsAsSuch) {
+  SeedUser();
+  machine->RemoveRegistryTree(kUser, kTypedUrlsKey);
+  Tick({"CleanTempFiles", "CleanRunMRU", "CleanPlugins", "CleanTypedURL", "CleanMozillaCache"});
+  engine.RunCleaning();
+  using enum Outcome;
+  EXPECT_EQ(view.report->outcomes,
+            (std::array<Outcome, 6>{kCleaned, kCleaned, kNothingFound, kNothingFound, kNothingFound,
+                                    kCleaned}));
+  EXPECT_NE(Log().find("Plugins: nothing of this kind was found. No plug-in is ticked.\r\n"
+                       "Windows run history... Files Deleted: 3\r\n"
+                       "Typed URLs... Files Deleted: 0\r\n"
+                       "Typed URLs (Internet Explorer): nothing of this kind was found.\r\n"
+                       "Cache (Firefox): nothing of this kind was found. "),
+            std::string::npos)
+      << Log();
+  EXPECT_EQ(OutcomeText(kCleaned), "Cleaned");
+  for (const Outcome outcome : {kNotChosen, kNothingFound, kNotPossible, kFailed}) {
+    EXPECT_TRUE(OutcomeText(outcome).starts_with("Not Cleaned: "));
+  }
+}
+
+TEST_F(CleaningRunTest, WhatStaysIsNamedWithTheReason) {
+  constexpr const char* kLocked = "Some files were not deleted because they were locked or in use.";
+  constexpr const char* kOther = "Some files were not deleted for the reasons that stand behind";
+  const struct {
+    const char* name;
+    int locked, denied;
+    const char *first, *last;  // lines of the list
+  } kRows[] = {
+      {"none", 0, 0, "", ""},
+      {"locked", 1, 0, "C:\\locked 0: In use.", ""},
+      {"denied", 0, 2, "Cannot delete C:\\denied 0: denied.",
+       "Cannot delete C:\\denied 1: denied."},
+      {"both, many", 3, 250, "C:\\locked 0: In use.",
+       "and 53 more; the log names them when it is saved."},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    BeginRun(context, 1);
+    for (int i = 0; i < row.locked; ++i) {
+      const std::string path = "C:\\locked " + std::to_string(i);
+      NoteStayed(state(), path, "In use.", Error::Kind::kInUse);
+      NoteStayed(state(), UpCase(path), "Met again.", Error::Kind::kInUse);
+    }
+    for (int i = 0; i < row.denied; ++i) {
+      const std::string path = "C:\\denied " + std::to_string(i);
+      NoteStayed(state(), path, "Cannot delete " + path + ": denied.", Error::Kind::kDenied);
+    }
+    AppendSummary(context);
+    const RunReport report = MakeReport(context);
+    EXPECT_EQ(report.log.find(kLocked) != std::string::npos, row.locked > 0);
+    EXPECT_EQ(report.log.find(kOther) != std::string::npos, row.denied > 0);
+    EXPECT_EQ(ExitCodeOf(state()), row.locked + row.denied > 0 ? kSomeFilesStayed : kDone);
+    EXPECT_NE(report.log.find(row.first), std::string::npos) << report.log;
+    EXPECT_TRUE(report.log.ends_with(row.last)) << report.log;
+    const auto lines = [](const std::string& log) {
+      const size_t list = log.find("Not deleted:");
+      return list == log.npos ? 0
+                              : std::count(log.begin() + static_cast<long>(list), log.end(), '\n');
+    };
+    EXPECT_EQ(lines(report.full_log), row.locked + row.denied);
+    EXPECT_EQ(lines(report.log), row.denied > 200 ? 201 : row.locked + row.denied);
+  }
 }
 
 TEST_F(CleaningRunTest, StopEndsTheRunBetweenFilesWithoutASummary) {
@@ -162,6 +234,8 @@ TEST_F(CleaningRunTest, AHiddenRunShowsNothing) {
   state().Hidden = true;
   engine.RunCleaning();
   EXPECT_FALSE(view.report);
+  EXPECT_NE(view.kept->log.find("Temporary files... Files Deleted: 3"), std::string::npos);
+  EXPECT_EQ(BriefReport(context), "Cleaned by itself: 3 files, 2.93 KB.");
   EXPECT_TRUE(machine->Tree(temp).empty());
 }
 

@@ -232,7 +232,8 @@ TEST_F(FileReferenceTest, AKeyDeletedMeanwhileEndsThereAndADeniedOneIsLeft) {
     scan->DeleteChecked(false);
     EXPECT_NE(scan->failure(), "");
   }
-  EXPECT_EQ(scan->status(), std::to_string(scan->RowCount()) + " invalid references");
+  EXPECT_EQ(scan->status(),
+            std::to_string(scan->RowCount()) + " invalid references, 1 could not be deleted");
   EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), std::vector<std::string>{"QxGone"});
 }
 

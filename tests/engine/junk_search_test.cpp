@@ -2,9 +2,10 @@
 
 #include <algorithm>
 
+#include "platform/error.h"
 #include "platform/path.h"
-#include "platform/preview/preview_file_system.h"
 #include "search/search_options.h"
+#include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 #include "support/shortcut_bytes.h"
 
@@ -22,17 +23,13 @@ class Names : public ResultSink {
   std::vector<ResultRow> rows;
 };
 
-// The machine's files, but one folder may not be entered.
-class OneDenied : public PreviewFileSystem {
+// A folder that may not be listed.
+class Closed : public ForwardingFolder {
  public:
-  OneDenied(FileSystem& files, ChangeLog& log, std::string denied)
-      : PreviewFileSystem(files, log), denied_(std::move(denied)) {}
-  bool Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) override {
-    return folder != denied_ && PreviewFileSystem::Enumerate(folder, detail, visit);
+  using ForwardingFolder::ForwardingFolder;
+  void Enumerate(Detail, const EntryVisitor&) override {
+    throw Error(Error::Kind::kDenied, "Access is denied.");
   }
-
- private:
-  std::string denied_;
 };
 
 class JunkSearchTest : public RunFixture {
@@ -146,8 +143,10 @@ TEST_F(JunkSearchTest, OnlyTheLowHalfOfASizeMakesAFileEmpty) {
 
 TEST_F(JunkSearchTest, AFolderThatCannotBeEnteredIsPassedOver) {
   for (const char* name : {"a\\x", "closed\\x", "z\\x"}) Make(name, "");
-  ChangeLog log;
-  OneDenied files(ports.files, log, scratch + "closed\\");
+  ForwardingFiles files(ports.files, [&](const std::string& path, std::unique_ptr<Folder> folder) {
+    if (path != scratch + "closed\\") return folder;
+    return std::unique_ptr<Folder>(new Closed(std::move(folder)));
+  });
   CleaningContext denied{{files, ports.registry, ports.shell, ports.url_cache, ports.profile,
                           ports.system, ports.session, ports.program_folder},
                          settings,
@@ -199,8 +198,10 @@ TEST_F(JunkSearchTest, UnnecessaryFilesFitATickedPatternAndMakeWholeRows) {
   EXPECT_EQ(row->file_type, "LOG");
   EXPECT_EQ(row->category, "Unnecessary Files");
   EXPECT_EQ(std::ranges::find(rows, "data7", &ResultRow::name)->file_type, "");
-  WriteList("UNFI.txt", "");
-  EXPECT_EQ(Search(JunkKind::kUnnecessaryFiles), List());
+  for (const char* nothing_ticked : {"", "0\x01*.log\r\n"}) {
+    WriteList("UNFI.txt", nothing_ticked);
+    EXPECT_THROW(Search(JunkKind::kUnnecessaryFiles), NotAvailable);
+  }
 }
 
 TEST_F(JunkSearchTest, DeadShortcutsByTargetAndWorkingFolder) {

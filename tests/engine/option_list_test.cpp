@@ -78,8 +78,8 @@ TEST_F(OptionListTest, EachListTakesItsKindOfEntryOnly) {
       {kUserFolders, "C:\\junk", "", "already"},
       {kUserFolders, "C:\\", "", "whole drive"},
       {kUserFolders, "\\\\server\\share", "", "whole drive"},
-      {kUserFolders, ports.system.WindowsFolder(), "", "holds Windows"},
-      {kUserFolders, ports.system.SystemFolder() + "\\", "", "holds Windows"},
+      {kUserFolders, ports.system.WindowsFolder(), "", "whole drive"},
+      {kUserFolders, ports.system.SystemFolder() + "\\", "", "whole drive"},
       {kUserFolders, ports.system.Environment("USERPROFILE").value(), "", "profile"},
       {kUserFolders, "Junk", "", "full path"},
   };

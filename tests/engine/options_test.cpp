@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/path.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -178,8 +179,16 @@ TEST_F(OptionsTest, FieldsOutOfRangeAreRefusedWithASentence) {
       {"too long", false, true, "1", "C:\\" + std::string(251, 'a'), "longer than"},
       {"missing drive, not used", false, true, "1", "Q:\\b", ""},
       {"missing drive", false, true, "1", "Q:\\b", "no drive Q:", 'B'},
+      {"a whole drive", false, true, "1", "c:\\", "It holds "},
+      {"in Windows", false, true, "1", ports.system.WindowsFolder() + "\\b", "folder of Windows"},
+      {"what is cleaned", false, true, "1", temp, "which is cleaned"},
+      {"in what is cleaned", false, true, "1", UpCase(temp) + "b", "which is cleaned"},
+      {"above it", false, true, "1", std::string(FolderPart(WithoutBackslash(temp))), "It holds "},
+      {"in an own folder", false, true, "1", "C:\\Mine\\b", "C:\\Mine, which is cleaned"},
+      {"beside it", false, true, "1", "C:\\Mines", ""},
   };
   Options options(ports);
+  EXPECT_EQ(options.lists.back().Add("C:\\Mine", ""), "");
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     options.general.auto_clean = row.automatic;
@@ -194,6 +203,7 @@ TEST_F(OptionsTest, FieldsOutOfRangeAreRefusedWithASentence) {
     EXPECT_EQ(PageOf(refusal->field),
               row.folder == home ? OptionsPage::kGeneral : OptionsPage::kDeletion);
   }
+  options.lists.back().Remove(std::vector<size_t>{0});
   options.general = LoadGeneralOptions(ports);
   options.general.duration = "one";
   EXPECT_EQ(options.Save(), "");

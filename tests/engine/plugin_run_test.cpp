@@ -5,7 +5,7 @@
 #include "plugins/plugin_collector.h"
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
-#include "shipped_plugins.h"
+#include "shipped_files.h"
 #include "support/plugin_fixture.h"
 
 namespace quellix {
@@ -146,6 +146,9 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
       {"I|a.ini|s|Yes||%NO_SUCH%\\", "has no value"},
   };
   machine->SetText(kUser, "Quellix Branch", "v", "x");
+  machine->MakeFolder(std::string(FolderPart(profile)) + "Somebody Else");
+  for (const char* folder : {"\\SysWOW64", "\\System32"}) machine->MakeFolder(windows + folder);
+  machine->MakeFolder(ports.system.Environment("ProgramFiles").value());
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.record);
     const std::string log = CleanBy(row.record + "\r\n");
@@ -162,7 +165,7 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
             "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
 }
 
-TEST(PluginKeys, ARootKeyIsKnownByAllItsNames) {
+TEST_F(PluginRunTest, ARootKeyIsKnownByAllItsNames) {
   const std::string kRefused[] = {"HKEY_CURRENT_USER\\SOFTWARE\\classes",
                                   "HKEY_CURRENT_USER\\Software\\\\Classes\\.txt\\",
                                   "HKEY_LOCAL_MACHINE\\Software\\Classes",
@@ -177,9 +180,9 @@ TEST(PluginKeys, ARootKeyIsKnownByAllItsNames) {
                                   "HKEY_USERS\\S-1\\Software",
                                   "HKEY_USERS\\S-1\\Software\\Classes\\CLSID"};
   for (const std::string& key : kRefused) {
-    const modPlugin::KeyPlace place = modPlugin::FindKey({true, true, key, ""});
+    const modPlugin::KeyPlace place = modPlugin::FindKey(ports.registry, {true, true, key, ""});
     EXPECT_FALSE(place.root) << key;
-    EXPECT_NE(place.refusal.find("main branches"), std::string::npos) << key;
+    EXPECT_NE(place.refusal.find("is not cleaned"), std::string::npos) << key;
   }
   const struct {
     const char *key, *subkey;
@@ -192,7 +195,7 @@ TEST(PluginKeys, ARootKeyIsKnownByAllItsNames) {
       {"HKEY_CURRENT_CONFIG\\Software\\Qx",
        "SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\Software\\Qx"}};
   for (const auto& row : kTaken) {
-    const modPlugin::KeyPlace place = modPlugin::FindKey({true, true, row.key, ""});
+    const modPlugin::KeyPlace place = modPlugin::FindKey(ports.registry, {true, true, row.key, ""});
     EXPECT_TRUE(place.root) << row.key;
     EXPECT_EQ(place.subkey, row.subkey);
   }
@@ -242,7 +245,7 @@ TEST_F(PluginRunTest, TheListDropsWhatIsNotInTheFolder) {
   machine->MakeFile(ports.program_folder + "\\out.cdp", Text("D|x\r\n"));
   machine->MakeFolder(plugins_folder + "folder.cdp");
   WriteList(
-      "\r\nno separator\r\n 1.0|a.cdp|first|more\r\n0|A.CDP|again\r\n1|..\\out.cdp|\r\n"
+      "\r\nno separator\r\n0|a.cdp|first|more\r\n 1.0|A.CDP|again\r\n1|..\\out.cdp|\r\n"
       "1|.. \\out.cdp|\r\n1|folder.cdp|\r\n1|gone.cdp|\r\n1||\r\nyes|b.cdp\r\n");
   const auto plugins = modPlugin::ReadPluginList(ports);
   modPlugin::WritePluginList(ports, plugins);
@@ -250,8 +253,8 @@ TEST_F(PluginRunTest, TheListDropsWhatIsNotInTheFolder) {
 }
 
 TEST_F(PluginRunTest, BadRecipesHarmNothingAndStopDoesStop) {
-  EXPECT_EQ(CleanPluginsLog(), "") << "without a list";
-  machine->MakeFile(scratch + "gr\xC3\xBCn\\a", "1");
+  EXPECT_EQ(CleanPluginsLog(), "Plugins: nothing of this kind was found. No plug-in is ticked.");
+  for (const char* name : {"a", "b"}) machine->MakeFile(scratch + "gr\xC3\xBCn\\" + name, "1");
   WriteRecipe("huge.cdp", std::string((16u << 20) + 1, 'x'));
   WriteRecipe("empty.cdp", "");
   WriteRecipe("ansi.cdp", "F|No|No|" + scratch + "gr\xFCn\\*.*\r\n");
@@ -259,7 +262,7 @@ TEST_F(PluginRunTest, BadRecipesHarmNothingAndStopDoesStop) {
   StopWhenStatusBegins("Deleting file: ");
   CleanPluginsLog();
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
-  EXPECT_TRUE(machine->Exists(scratch + "gr\xC3\xBCn\\a"));
+  EXPECT_EQ(machine->Tree(scratch).size(), 2u) << "the folder and one of its files";
   view.on_status = nullptr;
   const std::string log = CleanPluginsLog();
   EXPECT_NE(log.find("\\plugins\\huge.cdp: "), std::string::npos) << log;

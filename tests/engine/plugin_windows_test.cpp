@@ -268,8 +268,9 @@ TEST_F(PluginWindowsTest, AddingALocationDoesNotSearchAWholeDisk) {
     size_t& count;
   };
   size_t listed = 0;
-  ForwardingFiles files(ports.files, [&](const std::string&, std::unique_ptr<Folder> folder) {
-    return std::make_unique<Counted>(std::move(folder), listed);
+  ForwardingFiles files(ports.files, [&](const std::string& path, std::unique_ptr<Folder> folder) {
+    if (!path.starts_with(scratch)) return folder;
+    return std::unique_ptr<Folder>(new Counted(std::move(folder), listed));
   });
   const Machine counted{files,         ports.registry, ports.shell,   ports.url_cache,
                         ports.profile, ports.system,   ports.session, ports.program_folder};

@@ -73,5 +73,20 @@ TEST(Selection, BoxesThatCannotBeClickedKeepTheirState) {
   EXPECT_TRUE(selection.IsChecked(*FindItem("CleanEmptyFiles")));
 }
 
+TEST(Selection, ABoxThatIsProtectedLosesItsTick) {
+  Selection selection;
+  GeneralSettings general;
+  for (const char* key : {"CleanEmptyFiles", "CleanShortcuts", "CleanTempFiles"}) {
+    selection.SetChecked(*FindItem(key), true);
+  }
+  general.protect1 = general.protect2 = true;  // lifted
+  selection.ApplyProtection(general);
+  EXPECT_EQ(selection.CountChecked(), 3);
+  general.protect1 = false;
+  selection.ApplyProtection(general);
+  EXPECT_FALSE(selection.IsChecked(*FindItem("CleanEmptyFiles")));
+  EXPECT_EQ(selection.CountChecked(), 2);
+}
+
 }  // namespace
 }  // namespace quellix

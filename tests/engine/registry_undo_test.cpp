@@ -296,6 +296,40 @@ TEST_F(RegistryUndoTest, PluginsKeepKeysAndValuesAlsoOfTheClasses) {
   machine->RemoveRegistryTree(kMachine, "Software\\Classes\\Qx");
 }
 
+// Wherever it ends, what is whole comes back, and nothing that is not.
+TEST(RegFile, ACutOffFileKeepsWhatIsWhole) {
+  RegFileText text;
+  text.AddKey(kUser, "a]b\\[c");
+  text.AddValue("plain", Text("ends in \\ \"quoted\""));
+  text.AddKey(kUser, "Qx");
+  text.AddValue("number", Number(0x12345678));
+  text.AddValue("long", {kRegBinary, std::string(60, '\xAB')});
+  text.AddValue("", Text("%PATH%", kRegExpandSz));
+  const std::string bytes = RegFileHeader() + text.Bytes();
+  const RegFile whole = ParseRegFile(bytes);
+  ASSERT_EQ(whole.keys.size(), 2u);
+  size_t most = 0;
+  for (size_t size = 0; size <= bytes.size(); ++size) {
+    SCOPED_TRACE(size);
+    const RegFile cut = ParseRegFile(std::string_view(bytes).substr(0, size));
+    ASSERT_LE(cut.keys.size(), whole.keys.size());
+    size_t values = 0;
+    for (size_t i = 0; i < cut.keys.size(); ++i) {
+      ASSERT_EQ(cut.keys[i].path, whole.keys[i].path);
+      for (size_t j = 0; j < cut.keys[i].values.size(); ++j, ++values) {
+        ASSERT_EQ(cut.keys[i].values[j].first, whole.keys[i].values[j].first);
+        ASSERT_EQ(cut.keys[i].values[j].second.bytes, whole.keys[i].values[j].second.bytes);
+      }
+    }
+    ASSERT_GE(values, most);
+    most = values;
+  }
+  EXPECT_EQ(most, 4u);
+  EXPECT_TRUE(ParseRegFile(bytes.substr(0, bytes.size() - 7)).is_cut_off);
+  EXPECT_TRUE(ParseRegFile(bytes.substr(0, bytes.size() - 20) + std::string(20, '\0')).is_cut_off);
+  EXPECT_FALSE(whole.is_cut_off || ParseRegFile("").is_cut_off);
+}
+
 TEST(RegFile, OnlyWhatTheRegistryEditorTakesIsRead) {
   const std::string start = "Windows Registry Editor Version 5.00\r\n\r\n";
   const std::string key = start + "[HKEY_CURRENT_USER\\a]\r\n";
@@ -306,9 +340,7 @@ TEST(RegFile, OnlyWhatTheRegistryEditorTakesIsRead) {
   } kRows[] = {{"nothing in it", start, nullptr},
                {"remarks and blanks", key + "; remark\r\n \"a\" = \"b\" ; remark\r\n", nullptr},
                {"continued", key + "\"a\"=hex(2):61,\\\r\n  00\r\n", nullptr},
-               {"no end of line", key + "@=dword:1", nullptr},
                {"another format", "REGEDIT4\r\n", "version 5"},
-               {"empty", "", "version 5"},
                {"unknown root", start + "[HKEY_NONE\\a]\r\n", "line 3"},
                {"no bracket", start + "[HKEY_CURRENT_USER\\a\r\n", "line 3"},
                {"deletes a key", start + "[-HKEY_CURRENT_USER\\a]\r\n", "to be deleted"},

@@ -194,7 +194,7 @@ TEST_F(RemovalTest, AFolderSwappedForALinkAfterTheScanChangesNothingOutside) {
   machine->MakeFile(outside + "dear.txt", "dear");
   machine->MakeFile(scratch + "cleaned\\sub\\dear.txt", "junk");
   const FileList list = Collect(scratch + "cleaned\\");
-  ports.files.Rename(scratch + "cleaned\\sub", scratch + "moved");
+  ports.files.Rename(scratch + "cleaned\\sub", scratch + "cleaned\\moved");
   machine->MakeFolderLink(scratch + "cleaned\\sub", outside);
   for (const int16_t mode : {kDelete, kWipe, kRecycle}) {
     state.RemovalMode = mode;

@@ -209,6 +209,7 @@ TEST_F(SearchResultsTest, ARunWaitsForItsUserAndThenLogsWhatWasDeleted) {
   ASSERT_TRUE(view.report.has_value());
   EXPECT_EQ(view.report->log,
             "Windows run history... Files Deleted: 0\r\n"
+            "Windows run history: nothing of this kind was found.\r\n"
             "Unnecessary files....Files Deleted: 1 Space Gained: 5 Bytes\r\n"
             "Empty (zero-byte) files....Files Deleted: 0 Space Gained: 0 Bytes\r\n"
             "Dead (shortcut) links....Files Deleted: 0 Space Gained: 0 Bytes\r\n\r\n" +

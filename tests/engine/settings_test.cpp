@@ -1,4 +1,5 @@
 #include "app/list_files.h"
+#include "shipped_files.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -94,6 +95,16 @@ TEST_F(SettingsTest, BackupOptionsAreOffUnlessTheyAreOne) {
   }
 }
 
+TEST_F(SettingsTest, WhatShipsHasTodaysChoices) {
+  WriteSettings(kShippedSettings);
+  RunState state;
+  settings.LoadDeletionSettings(state);
+  EXPECT_TRUE(state.Backup.strict && state.Backup.keep_on_abort);
+  EXPECT_EQ(state.WipeStep, 65536u);
+  EXPECT_EQ(state.RemovalMode, kDelete);
+  EXPECT_EQ(settings.ReadIniValue("General", "AllValues", "0"), "1");
+}
+
 TEST_F(SettingsTest, ReadingCutsAtTheBufferAndAtNul) {
   WriteSettings("[S]\nlong=" + std::string(400, 'x') + "\nnul=ab" + std::string(1, '\0') + "cd\n");
   EXPECT_EQ(settings.ReadIniValue("S", "long", ""), std::string(254, 'x'));
@@ -120,10 +131,13 @@ TEST_F(SettingsTest, FilesOfOlderVersionsAreReadInTheAnsiCodePage) {
 
 TEST_F(SettingsTest, LastCleanedIsShownOnlyWhenItIsADate) {
   EXPECT_TRUE(settings.LastCleaned());  // absent: the present
+  EXPECT_EQ(settings.LastCleanedText(), "Never");
   const std::string stored = settings.StoreLastCleaned();
   EXPECT_EQ(settings.LastCleaned(), stored);
+  EXPECT_EQ(settings.LastCleanedText(), stored);
   settings.WriteIniValue("CleanUp", "LastCleaned", "some day");
   EXPECT_FALSE(settings.LastCleaned());
+  EXPECT_EQ(settings.LastCleanedText(), "");
 }
 
 TEST_F(SettingsTest, ListsKeepEveryLineInOrder) {

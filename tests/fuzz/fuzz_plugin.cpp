@@ -30,7 +30,7 @@ void CheckPlaces(const Machine& machine, const modPlugin::Plugin& plugin) {
     }
   }
   for (const modPlugin::RegistryEntry& entry : plugin.registry) {
-    const modPlugin::KeyPlace place = modPlugin::FindKey(entry);
+    const modPlugin::KeyPlace place = modPlugin::FindKey(machine.registry, entry);
     Check(place.root.has_value() == place.refusal.empty());
     if (place.root) Check(place.subkey.find('\\') != std::string::npos);
   }

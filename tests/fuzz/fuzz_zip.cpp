@@ -42,8 +42,22 @@ void Check(bool is_so) {
   if (!is_so) std::abort();
 }
 
+std::unique_ptr<ArchiveStream> Stream(const std::shared_ptr<std::string>& bytes) {
+  return std::make_unique<ArchiveStream>(std::make_unique<Bytes>(bytes));
+}
+
 std::unique_ptr<ZipReader> Open(const std::shared_ptr<std::string>& bytes) {
-  return ZipReader::Open(std::make_unique<ArchiveStream>(std::make_unique<Bytes>(bytes)));
+  auto stream = Stream(bytes);
+  return ZipReader::Open(stream);
+}
+
+// The whole entries of an archive in another one; their number.
+uint64_t Repair(const std::shared_ptr<std::string>& bytes,
+                const std::shared_ptr<std::string>& repaired) {
+  const auto stream = Stream(bytes);
+  const ZipScan scan = ScanArchive(*stream, nullptr);
+  CopyEntries(*stream, scan.entries, std::make_unique<Bytes>(repaired), nullptr);
+  return scan.entries.size();
 }
 
 // Unpacks some of an entry; a bomb is left behind.
@@ -62,11 +76,13 @@ void Unpack(ZipReader& reader, const ZipEntry& entry) {
 
 void ReadAll(ZipReader& reader) {
   reader.Visit([&](const ZipEntry& entry) {
-    if (!RefusalOf(entry.name)) {
+    if (!RefusalOf(entry.name, entry.own)) {
       const std::string path = "\\" + EntryPath(entry.name) + "\\";
       Check(path.find("\\..\\") == path.npos && path.find(':') == path.npos);
     }
-    LastWriteOf(entry);
+    FromDosTime(entry.dos_time);
+    ZipEntry header = entry;
+    reader.ReadHeader(header);
     Unpack(reader, entry);
     return true;
   });
@@ -88,13 +104,19 @@ void Add(const std::shared_ptr<std::string>& bytes, uint64_t count) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto bytes = std::make_shared<std::string>(reinterpret_cast<const char*>(data), size);
   try {
-    auto reader = Open(bytes);
-    if (!reader) {
-      const Repair repair = RepairArchive(std::make_unique<Bytes>(bytes));
-      reader = Open(bytes);
-      Check(reader && reader->count() == repair.kept);
-      Add(bytes, repair.kept);
-    }
+    const std::string before = *bytes;
+    std::optional<quellix::Repair> found;
+    auto reader = ReadZip(std::make_unique<Bytes>(bytes), "input", found, nullptr);
+    ReadAll(*reader);
+    Check(*bytes == before);
+    if (!found) return 0;
+    const auto repaired = std::make_shared<std::string>();
+    const uint64_t count = Repair(bytes, repaired);
+    Check(reader->count() == count && *bytes == before);
+    reader = Open(repaired);
+    Check(reader && reader->count() == count);
+    Add(repaired, count);
+    reader = Open(repaired);
     ReadAll(*reader);
   } catch (const Error&) {
     return 0;

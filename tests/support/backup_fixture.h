@@ -43,11 +43,11 @@ class BackupFixture : public RunFixture {
     EXPECT_EQ(archives.size(), 1u);
     return archives.empty() ? "none" : archives[0];
   }
-  // An archive's paths and bytes; the archive is repaired where that is needed.
+  // An archive's paths and bytes, as far as it is whole.
   std::map<std::string, std::string> Content(const std::string& archive) {
     std::map<std::string, std::string> content;
-    std::optional<Repair> repair;
-    const auto reader = OpenZip(ports.files, archive, repair);
+    std::optional<Repair> found;
+    const auto reader = OpenZip(ports.files, archive, found);
     reader->Visit([&](const ZipEntry& entry) {
       std::string& bytes = content[entry.name];
       reader->Extract(entry, [&](std::string_view part) { bytes += part; });
@@ -55,11 +55,11 @@ class BackupFixture : public RunFixture {
     });
     return content;
   }
-  // What opening an archive of the backup folder repaired.
-  std::optional<Repair> RepairOf(std::string_view archive) {
-    std::optional<Repair> repair;
-    OpenZip(ports.files, safe + std::string(archive), repair);
-    return repair;
+  // What is left of an archive of the backup folder; nothing when it is whole.
+  std::optional<Repair> FoundIn(std::string_view archive) {
+    std::optional<Repair> found;
+    OpenZip(ports.files, safe + std::string(archive), found);
+    return found;
   }
   BackupInfo Describe(std::string_view archive) {
     for (const BackupInfo& info : backups.List()) {

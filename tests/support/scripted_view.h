@@ -26,7 +26,7 @@ class ScriptedView : public RunView {
   Commands commands;
   bool current_item_shown = false;
   std::string last_cleaned;
-  std::optional<RunReport> report;
+  std::optional<RunReport> report, kept;
 
   void Yield() override {
     if (on_yield) on_yield();
@@ -44,6 +44,7 @@ class ScriptedView : public RunView {
   void ShowLastCleaned(std::string_view text) override { last_cleaned = text; }
   void ShowCritical(std::string_view text) override { criticals.emplace_back(text); }
   void ShowReport(const RunReport& shown) override { report = shown; }
+  void KeepReport(const RunReport& hidden) override { kept = hidden; }
   bool OpenResults(SearchResults& opened) override {
     results = &opened;
     ++results_opened;

@@ -35,7 +35,6 @@ class FrmBackupsTest : public ::testing::Test {
     window.PressKey(window.main(), VK_RETURN);
     return window.AwaitWindow(L"Backups");
   }
-  static void Press(HWND window, int id) { PostMessageW(GetDlgItem(window, id), BM_CLICK, 0, 0); }
   static bool AwaitOutcome(HWND window, std::wstring_view text) {
     return Await(
         [&] { return TextOf(GetDlgItem(window, txtOutcome)).find(text) != std::wstring::npos; });
@@ -63,10 +62,7 @@ TEST_F(FrmBackupsTest, OpenedAgainItHasTheKeyboard) {
     SCOPED_TRACE(time);
     const HWND backups = Open(window);
     ASSERT_TRUE(backups);
-    GUITHREADINFO thread{};
-    thread.cbSize = sizeof(thread);
-    EXPECT_TRUE(GetGUIThreadInfo(GetWindowThreadProcessId(backups, nullptr), &thread));
-    EXPECT_EQ(GetDlgCtrlID(thread.hwndFocus), lstvArchives);
+    EXPECT_TRUE(AwaitFocus(backups, lstvArchives));
     SendMessageW(backups, WM_CLOSE, 0, 0);
     EXPECT_TRUE(IsWindowEnabled(window.main()));
   }
@@ -94,7 +90,7 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
   window.PressKey(entries, VK_HOME);
   window.PressKey(entries, VK_SPACE);
   ASSERT_TRUE(Await([&] { return Enabled(backups, cmdRestoreSelected); }));
-  Press(backups, cmdRestoreSelected);
+  PressIn(backups, cmdRestoreSelected);
   EXPECT_TRUE(AwaitOutcome(backups, L"1 file restored to C:\\"));
   EXPECT_EQ(ReadBytes(first), files_.at(first));
   EXPECT_FALSE(std::filesystem::exists(TempFolder() / "empty.tmp"));
@@ -102,7 +98,7 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
   const std::filesystem::path copy = L"C:\\quellix-tests\\viewed";
   WriteBytes(copy, "");
   const Opener opener(L".view", L"cmd.exe /c copy \"%1\" \"" + copy.wstring() + L"\"");
-  Press(backups, cmdView);
+  PressIn(backups, cmdView);
   EXPECT_TRUE(AwaitOutcome(backups, L"A copy of " + first.substr(3) + L" is opened."))
       << ::testing::PrintToString(TextOf(GetDlgItem(backups, txtOutcome)));
   EXPECT_TRUE(Await([&] { return ReadBytes(copy) == files_.at(first); }));
@@ -110,13 +106,13 @@ TEST_F(FrmBackupsTest, WhatWasCleanedComesBack) {
   WriteBytes(first, "written since");
   for (const int answer : {IDNO, IDYES}) {
     SCOPED_TRACE(answer);
-    Press(backups, cmdRestoreAll);
+    PressIn(backups, cmdRestoreAll);
     for (int asked = 0; asked < (answer == IDNO ? 1 : 4); ++asked) {
       const HWND question = window.AwaitWindow(L"Replace the file?");
       ASSERT_TRUE(question);
       EXPECT_NE(TextOf(GetDlgItem(question, txtTarget)).find(TempFolder().wstring()),
                 std::wstring::npos);
-      SendMessageW(question, WM_COMMAND, static_cast<WPARAM>(answer), 0);
+      PressIn(question, answer);
       ASSERT_TRUE(Await([&] { return !IsWindow(question); }));
     }
     EXPECT_TRUE(AwaitOutcome(backups, answer == IDNO ? L"3 files restored to C:\\, 1 left"
@@ -140,7 +136,7 @@ TEST_F(FrmBackupsTest, ARestoreIsStopped) {
   const HWND backups = Open(window);
   ASSERT_TRUE(backups);
   EXPECT_FALSE(Enabled(backups, cmdStopRestore));
-  Press(backups, cmdRestoreAll);
+  PressIn(backups, cmdRestoreAll);
   ASSERT_TRUE(Await([&] { return Enabled(backups, cmdStopRestore); }));
   EXPECT_FALSE(Enabled(backups, lstvArchives) || Enabled(backups, cmdDeleteArchive));
   EXPECT_TRUE(AwaitOutcome(backups, L"Restoring "));
@@ -157,7 +153,7 @@ TEST_F(FrmBackupsTest, ARestoreIsStopped) {
   EXPECT_LT(whole, files_.size() + 5);
   EXPECT_TRUE(
       TextOf(GetDlgItem(backups, txtOutcome)).starts_with(std::to_wstring(whole) + L" file"));
-  Press(backups, cmdRestoreAll);
+  PressIn(backups, cmdRestoreAll);
   ASSERT_TRUE(Await([&] { return Enabled(backups, cmdStopRestore); }));
   PostMessageW(backups, WM_CLOSE, 0, 0);  // means Stop as well
   EXPECT_TRUE(AwaitOutcome(backups, L"stopped at your wish."));
@@ -172,10 +168,10 @@ TEST_F(FrmBackupsTest, AnArchiveIsDeletedAfterAQuestion) {
   const HWND archives = GetDlgItem(backups, lstvArchives);
   for (const int answer : {IDNO, IDYES}) {
     SCOPED_TRACE(answer);
-    Press(backups, cmdDeleteArchive);
+    PressIn(backups, cmdDeleteArchive);
     const HWND question = window.AwaitMessage(L"Delete the archive");
     ASSERT_TRUE(question);
-    SendMessageW(question, WM_COMMAND, static_cast<WPARAM>(answer), 0);
+    PressIn(question, answer);
     ASSERT_TRUE(Await([&] { return !IsWindow(question); }));
     EXPECT_TRUE(Await([&] { return Count(archives) == (answer == IDNO ? 1 : 0); }));
     EXPECT_EQ(std::filesystem::is_empty(BackupFolder()), answer == IDYES);

@@ -196,7 +196,7 @@ TEST_F(FrmMainTest, BoxesThatCannotBeStoredAreToldOnce) {
   const HWND message = window.AwaitWindow(L"Quellix");
   ASSERT_TRUE(message);
   EXPECT_NE(TextOf(GetDlgItem(message, 0xFFFF)).find(L"could not be saved"), std::wstring::npos);
-  PostMessageW(message, WM_COMMAND, IDOK, 0);
+  PressIn(message, IDOK);
   EXPECT_TRUE(window.AwaitEnd());
   CloseHandle(lock);
   EXPECT_EQ(ReadBytes(path), CheckStates({22}));

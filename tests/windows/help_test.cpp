@@ -30,14 +30,6 @@ class HelpTest : public ::testing::Test {
     WriteBytes(kOpened, "");
     return found.empty() ? opened : found[1].str();
   }
-  static void PressF1(HWND window) {
-    SetForegroundWindow(window);
-    INPUT keys[2] = {};
-    keys[0].type = keys[1].type = INPUT_KEYBOARD;
-    keys[0].ki.wVk = keys[1].ki.wVk = VK_F1;
-    keys[1].ki.dwFlags = KEYEVENTF_KEYUP;
-    SendInput(2, keys, sizeof keys[0]);
-  }
 
   const Opener opener_{L".htm", L"cmd.exe /c echo %1>" + kOpened.wstring()};
 };
@@ -47,7 +39,7 @@ TEST_F(HelpTest, EachWindowOpensItsOwnPage) {
   const std::string manual = ReadBytes(ProgramFolder() / "Help" / "help.htm");
   window.Choose(mnuContents);
   EXPECT_EQ(AwaitTopic(), "contents");
-  PressF1(window.main());
+  PressKeys(window.main(), {VK_F1});
   EXPECT_EQ(AwaitTopic(), "main");
   struct Row {
     int entry;
@@ -71,7 +63,7 @@ TEST_F(HelpTest, EachWindowOpensItsOwnPage) {
     window.Choose(row.entry);
     const HWND opened = window.AwaitWindow(row.title);
     ASSERT_TRUE(opened);
-    PressF1(opened);
+    PressKeys(opened, {VK_F1});
     EXPECT_EQ(AwaitTopic(), row.topic);
     EXPECT_NE(manual.find("id=\"" + std::string(row.topic) + "\""), std::string::npos);
     SendMessageW(opened, WM_CLOSE, 0, 0);
@@ -107,7 +99,7 @@ TEST_F(HelpTest, TheDialogsOfAToolOpenItsPage) {
     window.PressKey(GetDlgItem(tool, lstvInvalid), VK_RETURN);
     const HWND dialog = window.AwaitWindow(row.dialog);
     ASSERT_TRUE(dialog);
-    PressF1(dialog);
+    PressKeys(dialog, {VK_F1});
     EXPECT_EQ(AwaitTopic(), row.topic);
     SendMessageW(dialog, WM_CLOSE, 0, 0);
     SendMessageW(tool, WM_CLOSE, 0, 0);

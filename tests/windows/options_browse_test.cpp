@@ -27,7 +27,7 @@ class OptionsBrowseTest : public ::testing::Test {
   // Presses a Browse button, waits for the dialog, lets `choose` act in it and presses a button.
   static bool Browse(const QuellixWindow& program, HWND button,
                      const std::function<void(HWND dialog)>& choose, int answer) {
-    PostMessageW(button, BM_CLICK, 0, 0);
+    Press(button);
     HWND dialog = nullptr;
     const HWND owner = GetAncestor(button, GA_ROOT);
     if (!Await([&] {
@@ -38,8 +38,7 @@ class OptionsBrowseTest : public ::testing::Test {
     }
     EXPECT_FALSE(IsWindowEnabled(program.main()));
     choose(dialog);
-    PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(answer),
-                 reinterpret_cast<LPARAM>(GetDlgItem(dialog, answer)));
+    PressIn(dialog, answer);
     return Await([&] { return !IsWindow(dialog) && IsWindowEnabled(owner); });
   }
 

@@ -342,7 +342,7 @@ TEST_F(FrmOptionsTest, TheBackupsPageOpensTheirWindow) {
   const OptionsWindow options(program);
   ASSERT_TRUE(options.window());
   options.GoTo(OptionsPage::kBackups);
-  PostMessageW(options.Control(cmdBackups), BM_CLICK, 0, 0);
+  Press(options.Control(cmdBackups));
   const HWND backups = program.AwaitWindow(L"Backups");
   ASSERT_TRUE(backups);
   EXPECT_FALSE(IsWindowEnabled(options.window()));

@@ -19,7 +19,7 @@ OptionsWindow::OptionsWindow(const QuellixWindow& program) : program_(program) {
 }
 
 void OptionsWindow::GoTo(OptionsPage page) const {
-  const HWND pages = GetDlgItem(window_, lstPages);
+  const HWND pages = AwaitControl(window_, lstPages);
   SendMessageW(pages, LB_SETCURSEL, static_cast<WPARAM>(page), 0);
   SendMessageW(window_, WM_COMMAND, MAKEWPARAM(lstPages, LBN_SELCHANGE),
                reinterpret_cast<LPARAM>(pages));
@@ -39,6 +39,7 @@ HWND OptionsWindow::Control(int id) const {
 
 void OptionsWindow::Choose(int id, int row) const {
   const HWND box = Control(id);
+  AwaitInput(box);
   SendMessageW(box, CB_SETCURSEL, static_cast<WPARAM>(row), 0);
   SendMessageW(GetParent(box), WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE),
                reinterpret_cast<LPARAM>(box));
@@ -55,12 +56,12 @@ void OptionsWindow::SelectRow(int id, int row) const {
 }
 
 bool OptionsWindow::PressAndClose(int id) const {
-  PostMessageW(Control(id), BM_CLICK, 0, 0);
+  Press(Control(id));
   return Await([this] { return !IsOpen(); });
 }
 
 bool OptionsWindow::PressAndRead(int id, const std::wstring& part) const {
-  PostMessageW(Control(id), BM_CLICK, 0, 0);
+  Press(Control(id));
   const HWND message = program_.AwaitMessage(part);
   if (!message) return false;
   PressIn(message, IDOK);

@@ -22,7 +22,11 @@ class OptionsWindow {
   HWND Control(int id) const;
   bool IsChecked(int id) const { return SendMessageW(Control(id), BM_GETCHECK, 0, 0) != 0; }
   bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
-  void Click(int id) const { SendMessageW(Control(id), BM_CLICK, 0, 0); }
+  void Click(int id) const {
+    const HWND control = Control(id);
+    AwaitInput(control);
+    SendMessageW(control, BM_CLICK, 0, 0);
+  }
   void Type(int id, const std::wstring& text) const {
     SendMessageW(Control(id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
   }

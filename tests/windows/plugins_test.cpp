@@ -56,7 +56,7 @@ class PluginWindowsTest : public ::testing::Test {
   static void Type(HWND window, int id, const std::wstring& text) {
     SendMessageW(GetDlgItem(window, id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
   }
-  static void Click(HWND window, int id) { SendMessageW(GetDlgItem(window, id), BM_CLICK, 0, 0); }
+  static void Click(HWND window, int id) { SendMessageW(AwaitControl(window, id), BM_CLICK, 0, 0); }
   static int Rows(HWND window, int list) {
     return static_cast<int>(SendDlgItemMessageW(window, list, LVM_GETITEMCOUNT, 0, 0));
   }
@@ -195,31 +195,6 @@ TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedSavedAndProcessed) {
   EXPECT_TRUE(window.Close());
 }
 
-// Presses keys one after another and lets them go together, in the window before all others.
-void PressKeys(HWND window, std::vector<WORD> keys) {
-  SetForegroundWindow(window);
-  std::vector<INPUT> strokes;
-  for (const DWORD flags : {DWORD{0}, DWORD{KEYEVENTF_KEYUP}}) {
-    for (const WORD key : keys) {
-      INPUT stroke{};
-      stroke.type = INPUT_KEYBOARD;
-      stroke.ki.wVk = key;
-      stroke.ki.dwFlags = flags;
-      strokes.push_back(stroke);
-    }
-  }
-  SendInput(static_cast<UINT>(strokes.size()), strokes.data(), sizeof(INPUT));
-}
-
-bool AwaitFocus(HWND window, int control) {
-  return Await([&] {
-    GUITHREADINFO thread{};
-    thread.cbSize = sizeof thread;
-    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
-    return thread.hwndFocus == GetDlgItem(window, control);
-  });
-}
-
 TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
   const QuellixWindow window;
   const HWND manager = OpenManager(window);
@@ -265,8 +240,8 @@ TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
 
   // The keyboard turns the pages and leads from the tab into the page.
   PressKeys(editor, {VK_CONTROL, VK_TAB});
+  EXPECT_TRUE(Await([&] { return IsWindowVisible(GetDlgItem(editor, lstvRegistry)) != FALSE; }));
   EXPECT_TRUE(AwaitFocus(editor, sstPlugin)) << "not in a field that is hidden";
-  EXPECT_TRUE(IsWindowVisible(GetDlgItem(editor, lstvRegistry)));
   PressKeys(editor, {VK_TAB});
   EXPECT_TRUE(AwaitFocus(editor, lstvRegistry));
   PressKeys(editor, {VK_CONTROL, VK_TAB});

@@ -8,7 +8,11 @@
 #include <iterator>
 #include <stdexcept>
 
+#include <commctrl.h>
 #include <shlobj.h>
+
+#include "failure_pictures.h"
+#include "ui/resource.h"
 
 namespace quellix::test {
 namespace {
@@ -25,7 +29,7 @@ class SandboxGuard : public ::testing::Environment {
     GetEnvironmentVariableW(L"QUELLIX_SANDBOX", value, 4);
     const bool marked = std::wstring_view(value) == L"1" &&
                         GetFileAttributesW(L"C:\\quellix-sandbox") != INVALID_FILE_ATTRIBUTES;
-    if (marked && GetDriveTypeW(L"Z:\\") == DRIVE_NO_ROOT_DIR) return;
+    if (marked && GetDriveTypeW(L"Z:\\") == DRIVE_NO_ROOT_DIR) return TakePicturesOfFailures();
     std::fputs("window_tests runs in the sandbox only\n", stderr);
     std::_Exit(2);
   }
@@ -62,6 +66,42 @@ BOOL CALLBACK Compare(HWND window, LPARAM parameter) {
   return FALSE;
 }
 
+// How many copies the tests have started and not ended.
+int copies = 0;
+
+// What a copy has while it runs: its sign, and the owner of its windows.
+bool IsACopyThere() {
+  const HANDLE sign = OpenMutexW(SYNCHRONIZE, FALSE, L"Local\\Quellix runs");
+  if (sign) CloseHandle(sign);
+  return sign || FindWindowW(L"ThunderRT6Main", nullptr);
+}
+
+// The main window's progress bar, from any window of the program; null where it has none.
+HWND BarOf(HWND window) {
+  for (HWND at = GetAncestor(window, GA_ROOT); at; at = GetWindow(at, GW_OWNER)) {
+    if (const HWND bar = GetDlgItem(at, pgClean)) return bar;
+  }
+  return nullptr;
+}
+
+// The window that holds a control takes input.
+bool TakesInput(HWND control) {
+  return IsWindowEnabled(control) && IsWindowEnabled(GetAncestor(control, GA_ROOT));
+}
+
+// Posts a message and waits until the program has taken it up. What is posted arrives in order, and
+// the bar keeps a step that the program has no use for: it tells how far that has come.
+void PostAndAwait(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  static WPARAM step = 1000;
+  const HWND bar = BarOf(window);
+  PostMessageW(window, message, wparam, lparam);
+  if (!bar) return;
+  PostMessageW(bar, PBM_SETSTEP, ++step, 0);
+  Await([&] {
+    return !IsWindow(bar) || SendMessageW(bar, PBM_GETSTEP, 0, 0) == static_cast<LRESULT>(step);
+  });
+}
+
 }  // namespace
 
 std::filesystem::path ProgramFolder() { return L"C:\\Program Files\\Quellix"; }
@@ -83,9 +123,13 @@ void ResetSandbox() {
 
 void WriteBytes(const std::filesystem::path& path, std::string_view bytes) {
   std::filesystem::create_directories(path.parent_path());
-  std::ofstream file(path, std::ios::binary);
-  file << bytes;
-  if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
+  if (!Await([&] {
+        std::ofstream file(path, std::ios::binary);
+        file << bytes;
+        return static_cast<bool>(file.flush());
+      })) {
+    throw std::runtime_error("cannot write " + path.string());
+  }
 }
 
 std::string ReadBytes(const std::filesystem::path& path) {
@@ -94,7 +138,7 @@ std::string ReadBytes(const std::filesystem::path& path) {
 }
 
 bool Await(const std::function<bool()>& condition) {
-  for (int i = 0; i < 1500; ++i) {
+  for (int i = 0; i < 3000; ++i) {
     if (condition()) return true;
     Sleep(20);
   }
@@ -106,10 +150,16 @@ QuellixProcess::QuellixProcess(std::wstring_view arguments, DWORD flags) {
   std::wstring line = L"\"" + program + L"\" " + std::wstring(arguments);
   STARTUPINFOW start{};
   start.cb = sizeof(start);
-  if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, FALSE, flags, nullptr,
-                      nullptr, &start, &process_)) {
-    throw std::runtime_error("quellix.exe does not start");
+  if (copies == 0 && !Await([] { return !IsACopyThere(); })) {
+    throw std::runtime_error("a copy of quellix.exe does not end");
   }
+  if (!Await([&] {
+        return CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, FALSE, flags, nullptr,
+                              nullptr, &start, &process_) != FALSE;
+      })) {
+    throw std::runtime_error("quellix.exe does not start: " + std::to_string(GetLastError()));
+  }
+  ++copies;
 }
 
 QuellixProcess::~QuellixProcess() {
@@ -117,11 +167,12 @@ QuellixProcess::~QuellixProcess() {
   WaitForSingleObject(process_.hProcess, INFINITE);
   CloseHandle(process_.hThread);
   CloseHandle(process_.hProcess);
+  --copies;
 }
 
 std::optional<DWORD> QuellixProcess::AwaitExitCode() const {
   DWORD code = 0;
-  WaitForSingleObject(process_.hProcess, 30000);
+  WaitForSingleObject(process_.hProcess, 60000);
   if (!HasEnded() || !GetExitCodeProcess(process_.hProcess, &code)) return std::nullopt;
   return code;
 }
@@ -176,9 +227,17 @@ bool QuellixWindow::IsChecked(int id) const {
   return SendMessageW(Control(id), BM_GETCHECK, 0, 0) == BST_CHECKED;
 }
 
+HWND QuellixWindow::AwaitControl(int id) const { return test::AwaitControl(main_, id); }
+
+void QuellixWindow::Choose(int entry) const {
+  AwaitInput(main_);
+  PostAndAwait(main_, WM_COMMAND, static_cast<WPARAM>(entry), 0);
+}
+
 void QuellixWindow::PressKey(HWND control, WPARAM key) const {
+  AwaitInput(control);
   PostMessageW(control, WM_KEYDOWN, key, 1);
-  PostMessageW(control, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
+  PostAndAwait(control, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
 }
 
 bool QuellixWindow::RightClick(int id) const {
@@ -196,9 +255,61 @@ std::wstring TextOf(HWND control) {
   return text;
 }
 
+void AwaitInput(HWND control) {
+  if (Await([&] { return TakesInput(control); })) return;
+  ADD_FAILURE() << "cannot be used: " << ::testing::PrintToString(TextOf(control));
+}
+
+HWND AwaitControl(HWND window, int id) {
+  HWND control = nullptr;
+  if (!Await([&] { return (control = GetDlgItem(window, id)) && TakesInput(control); })) {
+    ADD_FAILURE() << "cannot be used: control " << id << " of "
+                  << ::testing::PrintToString(TextOf(window));
+  }
+  return control;
+}
+
 void PressIn(HWND window, int id) {
-  PostMessageW(window, WM_COMMAND, static_cast<WPARAM>(id),
-               reinterpret_cast<LPARAM>(GetDlgItem(window, id)));
+  const HWND button = GetDlgItem(window, id);
+  AwaitInput(button ? button : window);
+  PostAndAwait(window, WM_COMMAND, static_cast<WPARAM>(id), reinterpret_cast<LPARAM>(button));
+}
+
+void Press(HWND button) {
+  AwaitInput(button);
+  PostAndAwait(button, BM_CLICK, 0, 0);
+}
+
+bool AwaitFocus(HWND window, int control) {
+  return Await([&] {
+    GUITHREADINFO thread{};
+    thread.cbSize = sizeof thread;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
+    return thread.hwndFocus && thread.hwndFocus == GetDlgItem(window, control);
+  });
+}
+
+void PressKeys(HWND window, const std::vector<WORD>& keys) {
+  EXPECT_TRUE(Await([&] {
+    SetForegroundWindow(window);
+    GUITHREADINFO thread{};
+    thread.cbSize = sizeof thread;
+    return GetForegroundWindow() == window &&
+           GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread) &&
+           thread.hwndFocus && GetAncestor(thread.hwndFocus, GA_ROOT) == window;
+  })) << "does not come to the front: "
+      << ::testing::PrintToString(TextOf(window));
+  std::vector<INPUT> strokes;
+  for (const DWORD flags : {DWORD{0}, DWORD{KEYEVENTF_KEYUP}}) {
+    for (const WORD key : keys) {
+      INPUT stroke{};
+      stroke.type = INPUT_KEYBOARD;
+      stroke.ki.wVk = key;
+      stroke.ki.dwFlags = flags;
+      strokes.push_back(stroke);
+    }
+  }
+  SendInput(static_cast<UINT>(strokes.size()), strokes.data(), sizeof(INPUT));
 }
 
 bool IsRowTicked(HWND list, int row) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ui/windows_api.h"
 
@@ -14,16 +15,31 @@ namespace quellix::test {
 std::filesystem::path ProgramFolder();
 std::filesystem::path TempFolder();
 void ResetSandbox();
+// Waits while another program has the file open.
 void WriteBytes(const std::filesystem::path& path, std::string_view bytes);
 std::string ReadBytes(const std::filesystem::path& path);
 
 // Waits until the condition holds; false when it never does.
 bool Await(const std::function<bool()>& condition);
 
+// The tests only press what their user could: these wait until a control is there, and it and its
+// window are enabled; it is a failure of the test when that never happens.
+void AwaitInput(HWND control);
+HWND AwaitControl(HWND window, int id);
+// Presses a button of a window that starts something longer, or answers a message box; returns when
+// the program has taken that up. An id without control is a menu entry, or Esc.
+void PressIn(HWND window, int id);
+void Press(HWND button);
+// Waits until a control has the keyboard.
+bool AwaitFocus(HWND window, int control);
+// Presses keys one after another and lets them go together, in the window before all others.
+void PressKeys(HWND window, const std::vector<WORD>& keys);
+
 // One running quellix.exe. Ends with the object.
 class QuellixProcess {
  public:
-  // Starts the program; `flags` are those of CreateProcess.
+  // Starts the program, the first copy when the last one is gone; `flags` are those of
+  // CreateProcess.
   explicit QuellixProcess(std::wstring_view arguments = {}, DWORD flags = 0);
   ~QuellixProcess();
   QuellixProcess(const QuellixProcess&) = delete;
@@ -61,12 +77,14 @@ class QuellixWindow : public QuellixProcess {
   HWND Control(int id) const { return GetDlgItem(main_, id); }
   bool IsChecked(int id) const;
   bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
+  // What follows waits until the control and its window take input.
+  HWND AwaitControl(int id) const;
   // Clicks a control and returns when its effect is there.
-  void Click(int id) const { SendMessageW(Control(id), BM_CLICK, 0, 0); }
-  // Clicks a control that starts something longer.
-  void Press(int id) const { PostMessageW(Control(id), BM_CLICK, 0, 0); }
+  void Click(int id) const { SendMessageW(AwaitControl(id), BM_CLICK, 0, 0); }
+  // Clicks a control that starts something longer; returns when that has begun.
+  void Press(int id) const { test::Press(AwaitControl(id)); }
   // An entry of the main window's menu.
-  void Choose(int entry) const { PostMessageW(main_, WM_COMMAND, static_cast<WPARAM>(entry), 0); }
+  void Choose(int entry) const;
   void PressKey(HWND control, WPARAM key) const;
   // The right button over a control; false when the program does not answer, as with an open menu.
   bool RightClick(int id) const;
@@ -81,8 +99,6 @@ class QuellixWindow : public QuellixProcess {
 };
 
 std::wstring TextOf(HWND control);
-// Presses a button of a window that starts something longer, or answers a message box.
-void PressIn(HWND window, int id);
 // Whether a row of a list with check boxes is ticked.
 bool IsRowTicked(HWND list, int row);
 

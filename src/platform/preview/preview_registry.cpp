@@ -1,5 +1,6 @@
 #include "platform/preview/preview_registry.h"
 
+#include <algorithm>
 #include <deque>
 
 #include "platform/error.h"
@@ -8,6 +9,9 @@
 
 namespace quellix {
 namespace {
+
+// Behind the id of a key whose name differs in case alone from one that is gone.
+constexpr char kTwin = '\x01';
 
 std::string_view RootName(RegistryRoot root) {
   switch (root) {
@@ -31,11 +35,11 @@ std::string Below(const std::string& place, std::string_view path) {
 
 class PreviewKey : public RegistryKey {
  public:
-  PreviewKey(std::unique_ptr<RegistryKey> inner, std::string place, RegistryAccess access,
-             RegistryChanges& changes, ChangeLog& log)
+  PreviewKey(std::unique_ptr<RegistryKey> inner, std::string place, std::string id,
+             RegistryAccess access, RegistryChanges& changes, ChangeLog& log)
       : inner_(std::move(inner)),
         place_(std::move(place)),
-        id_(UpCase(place_)),
+        id_(std::move(id)),
         access_(access),
         changes_(changes),
         log_(log) {}
@@ -45,6 +49,8 @@ class PreviewKey : public RegistryKey {
   std::optional<RegistryValueInfo> ValueAt(uint32_t index) override;
   std::optional<std::string> SubKeyAt(uint32_t index) override;
   bool IsLink(std::string_view path) override;
+  // One that was made leads nowhere else.
+  std::string TrueName() override { return inner_ ? inner_->TrueName() : place_; }
   void SetValue(std::string_view name, const RegistryValue& value) override;
   bool DeleteValue(std::string_view name) override;
   bool DeleteSubKey(std::string_view path) override;
@@ -55,17 +61,17 @@ class PreviewKey : public RegistryKey {
     if (access_ == RegistryAccess::kWrite) return;
     throw Error(Error::Kind::kDenied, "The registry key is open for reading only: " + place_);
   }
-  bool IsGone(const std::string& sub_key) const {
-    return changes_.gone_keys.contains(UpCase(Below(place_, sub_key)));
-  }
-  const RegistryChanges::SetValue* FindChange(std::string_view name) const;
+  std::string IdBelow(std::string_view path) const { return Below(id_, UpCase(path)); }
+  bool Drop(const std::string& sub_key);
+  std::unique_ptr<RegistryKey> OpenTwin(std::string_view name, size_t gone, RegistryAccess access);
+  const RegistryChanges::Values* Changes() const;
   void ReadValues();
 
   std::vector<std::string> MadeBelow() const;
 
   std::unique_ptr<RegistryKey> inner_;  // null for a key that was made
   std::string place_;                   // root name and path
-  std::string id_;
+  std::string id_;                      // comparable
   RegistryAccess access_;
   RegistryChanges& changes_;
   ChangeLog& log_;
@@ -74,51 +80,88 @@ class PreviewKey : public RegistryKey {
   bool names_are_read_ = false;
   std::optional<uint64_t> names_generation_;  // for which no name is gone
   std::deque<std::string> names_;
+  std::unordered_map<std::string, size_t> dropped_;  // of names_, by name in upper case
 };
 
-// A key at a place, found in what was made or by `open` on the inner machine; null when it is gone
-// or was never there.
-template <typename Open>
-std::unique_ptr<RegistryKey> OpenAt(std::string place, RegistryAccess access,
-                                    RegistryChanges& changes, ChangeLog& log, Open open) {
-  const std::string id = UpCase(place);
-  const bool is_made = changes.made_keys.contains(id);
-  if (!is_made && changes.gone_keys.contains(id)) return nullptr;
-  std::unique_ptr<RegistryKey> key = is_made ? nullptr : open();
-  if (key == nullptr && !is_made) return nullptr;
-  return std::make_unique<PreviewKey>(std::move(key), std::move(place), access, changes, log);
+size_t CountIn(const std::unordered_map<std::string, size_t>& counts, const std::string& id) {
+  const auto found = counts.find(id);
+  return found == counts.end() ? 0 : found->second;
 }
 
 std::unique_ptr<RegistryKey> PreviewKey::Open(std::string_view path, RegistryAccess access) {
-  return OpenAt(Below(place_, path), access, changes_, log_, [&]() -> std::unique_ptr<RegistryKey> {
-    return inner_ ? inner_->Open(path, access) : nullptr;
-  });
+  const std::string id = IdBelow(path);
+  std::unique_ptr<RegistryKey> inner;
+  if (!changes_.made_keys.contains(id)) {
+    if (const size_t gone = CountIn(changes_.gone_keys, id)) return OpenTwin(path, gone, access);
+    if (inner_) inner = inner_->Open(path, access);
+    if (!inner) return nullptr;
+  }
+  return std::make_unique<PreviewKey>(std::move(inner), Below(place_, path), id, access, changes_,
+                                      log_);
 }
 
-const RegistryChanges::SetValue* PreviewKey::FindChange(std::string_view name) const {
+// Behind those that are gone the next one whose name differs in case alone; null when there is
+// none.
+std::unique_ptr<RegistryKey> PreviewKey::OpenTwin(std::string_view name, size_t gone,
+                                                  RegistryAccess access) {
+  name = WithoutBackslash(name);
+  if (const auto parent = FolderPart(name); !parent.empty()) {
+    const auto opened = Open(parent, RegistryAccess::kRead);
+    return opened ? opened->Open(NamePart(name), access) : nullptr;
+  }
+  size_t at = 0;
+  for (uint32_t i = 0; inner_ != nullptr; ++i) {
+    const auto sub_key = inner_->SubKeyAt(i);
+    if (!sub_key) break;
+    if (!EqualsNoCase(*sub_key, name) || at++ != gone) continue;
+    auto inner = inner_->Open(*sub_key, access);
+    if (!inner) return nullptr;
+    return std::make_unique<PreviewKey>(std::move(inner), Below(place_, *sub_key),
+                                        IdBelow(name) + std::string(gone, kTwin), access, changes_,
+                                        log_);
+  }
+  return nullptr;
+}
+
+const RegistryChanges::Values* PreviewKey::Changes() const {
   const auto values = changes_.values.find(id_);
-  if (values == changes_.values.end()) return nullptr;
-  const auto found = values->second.find(UpCase(name));
-  return found == values->second.end() ? nullptr : &found->second;
+  return values == changes_.values.end() ? nullptr : &values->second;
 }
 
 std::optional<RegistryValue> PreviewKey::QueryValue(std::string_view name) {
-  if (const auto* change = FindChange(name)) return change->value;
+  if (const RegistryChanges::Values* const changes = Changes()) {
+    const std::string upper = UpCase(name);
+    if (const auto set = changes->set.find(upper); set != changes->set.end()) {
+      return set->second.value;
+    }
+    if (changes->gone.contains(upper)) {
+      if (values_generation_ != changes_.generation) ReadValues();
+      const auto left = std::ranges::find_if(
+          values_, [name](const auto& value) { return EqualsNoCase(value.name, name); });
+      return left == values_.end() ? std::nullopt : inner_->QueryValue(left->name);
+    }
+  }
   return inner_ ? inner_->QueryValue(name) : std::nullopt;
 }
 
 void PreviewKey::ReadValues() {
+  static const RegistryChanges::Values kNone;
+  const RegistryChanges::Values& changes = Changes() ? *Changes() : kNone;
+  std::unordered_map<std::string, size_t> gone = changes.gone;
   values_.clear();
   for (uint32_t i = 0; inner_ != nullptr; ++i) {
     const auto value = inner_->ValueAt(i);
     if (!value) break;
-    if (FindChange(value->name) == nullptr) values_.push_back(*value);
-  }
-  const auto changed = changes_.values.find(id_);
-  if (changed != changes_.values.end()) {
-    for (const auto& [id, set] : changed->second) {
-      if (set.value) values_.push_back({set.name, set.value->type, set.value->bytes.size()});
+    const std::string upper = UpCase(std::string_view(value->name));
+    const auto left = gone.find(upper);
+    if (left != gone.end() && left->second > 0) {
+      --left->second;
+    } else if (!changes.set.contains(upper)) {
+      values_.push_back(*value);
     }
+  }
+  for (const auto& [id, set] : changes.set) {
+    values_.push_back({set.name, set.value.type, set.value.bytes.size()});
   }
   values_generation_ = changes_.generation;
 }
@@ -139,6 +182,16 @@ std::vector<std::string> PreviewKey::MadeBelow() const {
   return names;
 }
 
+// Whether a listed name is that of a sub-key that is gone.
+bool PreviewKey::Drop(const std::string& sub_key) {
+  const size_t gone = CountIn(changes_.gone_keys, IdBelow(sub_key));
+  if (gone == 0) return false;
+  size_t& dropped = dropped_[UpCase(std::string_view(sub_key))];
+  if (dropped >= gone) return false;
+  ++dropped;
+  return true;
+}
+
 // A sub-key that is gone stays gone (one that is made again stands behind the others), so that
 // those in front are dropped for good: deleting a large key from its front takes linear time.
 std::optional<std::string> PreviewKey::SubKeyAt(uint32_t index) {
@@ -147,9 +200,9 @@ std::optional<std::string> PreviewKey::SubKeyAt(uint32_t index) {
     if (name) names_.push_back(*name);
     names_are_read_ = !name;
   }
-  while (!names_.empty() && IsGone(names_.front())) names_.pop_front();
+  while (!names_.empty() && Drop(names_.front())) names_.pop_front();
   if (index > 0 && names_generation_ != changes_.generation) {
-    std::erase_if(names_, [this](const std::string& name) { return IsGone(name); });
+    std::erase_if(names_, [this](const std::string& name) { return Drop(name); });
     names_generation_ = changes_.generation;
   }
   if (index < names_.size()) return names_[index];
@@ -160,7 +213,7 @@ std::optional<std::string> PreviewKey::SubKeyAt(uint32_t index) {
 
 void PreviewKey::SetValue(std::string_view name, const RegistryValue& value) {
   RequireWrite();
-  changes_.values[id_][UpCase(name)] = {std::string(name), value};
+  changes_.values[id_].set[UpCase(name)] = {std::string(name), value};
   ++changes_.generation;
   log_.push_back({ChangeKind::kSetValue, place_, std::string(name), value.bytes.size()});
 }
@@ -168,7 +221,10 @@ void PreviewKey::SetValue(std::string_view name, const RegistryValue& value) {
 bool PreviewKey::DeleteValue(std::string_view name) {
   RequireWrite();
   if (!QueryValue(name)) return false;
-  changes_.values[id_][UpCase(name)] = {std::string(name), std::nullopt};
+  RegistryChanges::Values& changes = changes_.values[id_];
+  const std::string upper = UpCase(name);
+  const bool was_set = changes.set.erase(upper) != 0;
+  if (!was_set || (inner_ && inner_->QueryValue(name))) ++changes.gone[upper];
   ++changes_.generation;
   log_.push_back({ChangeKind::kDeleteValue, place_, std::string(name), 0});
   return true;
@@ -185,9 +241,9 @@ bool PreviewKey::DeleteSubKey(std::string_view path) {
   if (child == nullptr) return false;
   if (IsLink(path)) throw Error(Error::Kind::kDenied, "The registry key is a link.");
   if (child->SubKeyAt(0)) throw Error(Error::Kind::kNotEmpty, "The registry key has sub-keys.");
-  const std::string place = Below(place_, path), id = UpCase(place);
+  const std::string place = Below(place_, path), id = IdBelow(path);
   const bool was_made = changes_.made_keys.erase(id) != 0;
-  changes_.gone_keys.insert(id);
+  if (!was_made) ++changes_.gone_keys[id];
   changes_.values.erase(id);
   ++changes_.generation;
   if (!was_made) log_.push_back({ChangeKind::kDeleteKey, place, "", 0});
@@ -212,8 +268,16 @@ std::unique_ptr<RegistryKey> PreviewRegistry::Create(RegistryRoot root, std::str
 
 std::unique_ptr<RegistryKey> PreviewRegistry::Open(RegistryRoot root, std::string_view path,
                                                    RegistryAccess access) {
-  return OpenAt(Below(std::string(RootName(root)), path), access, changes_, log_,
-                [&] { return inner_.Open(root, path, access); });
+  const std::string place = Below(std::string(RootName(root)), path), id = UpCase(place);
+  const bool is_made = changes_.made_keys.contains(id);
+  if (!is_made && changes_.gone_keys.contains(id)) {
+    path = WithoutBackslash(path);
+    const auto parent = Open(root, WithoutBackslash(FolderPart(path)), RegistryAccess::kRead);
+    return parent ? parent->Open(NamePart(path), access) : nullptr;
+  }
+  std::unique_ptr<RegistryKey> key = is_made ? nullptr : inner_.Open(root, path, access);
+  if (key == nullptr && !is_made) return nullptr;
+  return std::make_unique<PreviewKey>(std::move(key), place, id, access, changes_, log_);
 }
 
 }  // namespace quellix

@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "platform/preview/change_log.h"
 #include "platform/registry.h"
@@ -12,18 +11,22 @@
 namespace quellix {
 
 // What was deleted and set in a previewed registry. Keys are known by their root and path: a change
-// seen through one root is not seen through another that shows the same key.
+// seen through one root is not seen through another that shows the same key. A hive made elsewhere
+// may hold names that differ in case alone; of those the first ones go first.
 struct RegistryChanges {
   struct SetValue {
     std::string name;
-    std::optional<RegistryValue> value;  // nothing: deleted
+    RegistryValue value;
   };
-  using Values = std::map<std::string, SetValue>;  // by name in upper case
+  struct Values {
+    std::map<std::string, SetValue> set;           // by name in upper case
+    std::unordered_map<std::string, size_t> gone;  // how many of that name, likewise
+  };
 
-  std::unordered_set<std::string> gone_keys;       // comparable places
-  std::map<std::string, std::string> made_keys;    // names of keys that were not there, likewise
-  std::unordered_map<std::string, Values> values;  // of the key at a comparable place
-  uint64_t generation = 0;                         // counts the changes
+  std::unordered_map<std::string, size_t> gone_keys;  // how many at a comparable place
+  std::map<std::string, std::string> made_keys;       // names of keys that were not there, likewise
+  std::unordered_map<std::string, Values> values;     // of the key at a comparable place
+  uint64_t generation = 0;                            // counts the changes
 };
 
 // The registry of another machine, every change recorded instead of made. Keys are opened with the

@@ -193,6 +193,17 @@ std::optional<HiveNode> Hive::Descend(HiveNode from, std::string_view path) {
   return from;
 }
 
+std::string Hive::PathOf(HiveNode node) const {
+  std::string path;
+  for (size_t level = 0; node != root_; ++level) {
+    const Allocated<char> name(hivex_node_name(hive_.get(), node));
+    node = hivex_node_parent(hive_.get(), node);
+    if (!name || node == 0 || level > kMostLevels) ThrowDamaged();
+    path.insert(0, name.get()).insert(0, "\\");
+  }
+  return path;
+}
+
 const std::vector<std::string>& Hive::SubKeys(HiveNode node) { return Children(node).names; }
 
 Hive::Value Hive::LoadValue(hive_value_h handle) const {
@@ -233,12 +244,14 @@ const Hive::Value* Hive::FindValue(HiveNode node, std::string_view name) {
     }
   }
   const size_t wanted = hash(UpCase(name));
+  const Value* found = nullptr;  // of names that differ in case alone the one that is spelled so
   for (size_t i = 0; i < content.values.size(); ++i) {
-    if (content.name_hashes[i] == wanted && EqualsNoCase(content.values[i].name, name)) {
-      return &content.values[i];
-    }
+    const Value& value = content.values[i];
+    if (content.name_hashes[i] != wanted || !EqualsNoCase(value.name, name)) continue;
+    if (value.name == name) return &value;
+    if (found == nullptr) found = &value;
   }
-  return nullptr;
+  return found;
 }
 
 std::string Hive::Bytes(const Value& value) const {

@@ -42,6 +42,7 @@ class Hive {
   Hive& operator=(const Hive&) = delete;
 
   HiveNode root() const { return root_; }
+  const std::string& path() const { return path_; }
   // Grows with every change.
   uint64_t generation() const { return generation_; }
   // Throws Error (kDenied) with the reason when the hive can only be read. Before the first change
@@ -50,6 +51,8 @@ class Hive {
 
   // The node of a sub-key path; nothing when it is missing.
   std::optional<HiveNode> Descend(HiveNode from, std::string_view path);
+  // The names of a key and those above it, each behind a "\"; "" for the root.
+  std::string PathOf(HiveNode node) const;
   const std::vector<std::string>& SubKeys(HiveNode node);
   const std::vector<Value>& Values(HiveNode node);
   const Value* FindValue(HiveNode node, std::string_view name);

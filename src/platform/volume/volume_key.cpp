@@ -51,9 +51,13 @@ void VolumeKey::Refresh() {
 std::vector<std::string> VolumeKey::MergedNames() const {
   std::vector<std::string> names;
   std::unordered_set<std::string> seen;
+  // In one hive, names may differ in case alone where Windows did not make it.
   const auto add = [&](const std::vector<std::string>& more) {
+    const std::unordered_set<std::string> before = seen;
     for (const std::string& name : more) {
-      if (seen.insert(UpCase(std::string_view(name))).second) names.push_back(name);
+      std::string upper = UpCase(std::string_view(name));
+      if (!before.contains(upper)) names.push_back(name);
+      seen.insert(std::move(upper));
     }
   };
   for (const Layer& layer : layers_) add(layer.hive->SubKeys(layer.node));
@@ -65,9 +69,11 @@ std::vector<RegistryValueInfo> VolumeKey::MergedValues() const {
   std::vector<RegistryValueInfo> values;
   std::unordered_set<std::string> seen;
   for (const Layer& layer : layers_) {
+    const std::unordered_set<std::string> before = seen;
     for (const Hive::Value& value : layer.hive->Values(layer.node)) {
-      if (!seen.insert(UpCase(std::string_view(value.name))).second) continue;
-      values.push_back({value.name, value.type, value.size});
+      std::string upper = UpCase(std::string_view(value.name));
+      if (!before.contains(upper)) values.push_back({value.name, value.type, value.size});
+      seen.insert(std::move(upper));
     }
   }
   return values;
@@ -99,6 +105,13 @@ std::optional<std::string> VolumeKey::SubKeyAt(uint32_t index) {
   Refresh();
   if (index >= names_.size()) return std::nullopt;
   return names_[index];
+}
+
+// Of what stands above the hives the place is the name.
+std::string VolumeKey::TrueName() {
+  if (layers_.empty()) return registry_.TrueNameOf(place_, "");
+  const Layer& layer = layers_.front();
+  return registry_.TrueNameOf(layer.hive->path(), layer.hive->PathOf(layer.node));
 }
 
 void VolumeKey::RequireWrite() const {

@@ -26,6 +26,7 @@ class VolumeKey : public RegistryKey {
   std::optional<RegistryValueInfo> ValueAt(uint32_t index) override;
   bool ReadValueAt(uint32_t index, std::string& name, RegistryValue& value) override;
   std::optional<std::string> SubKeyAt(uint32_t index) override;
+  std::string TrueName() override;
   void SetValue(std::string_view name, const RegistryValue& value) override;
   bool DeleteValue(std::string_view name) override;
   bool DeleteSubKey(std::string_view path) override;

@@ -15,6 +15,7 @@ constexpr std::string_view kMachineSystem = "HKLM\\SYSTEM";
 constexpr std::string_view kUserClasses = "HKCU\\Software\\Classes";
 constexpr std::string_view kMachineClasses = "HKLM\\SOFTWARE\\Classes";
 constexpr std::string_view kMergedClasses = "HKCR";
+constexpr const char* kUnknownUser = "S-1-0-0";
 
 std::string_view RootName(RegistryRoot root) {
   switch (root) {
@@ -46,6 +47,17 @@ std::optional<std::string_view> Below(std::string_view path, std::string_view pl
 }  // namespace
 
 VolumeRegistry::VolumeRegistry(VolumeFileSystem& files, const HivePaths& paths) : files_(files) {
+  const std::string machine = "\\REGISTRY\\MACHINE", users = "\\REGISTRY\\USER";
+  const std::string user = users + "\\" + (paths.sid.empty() ? kUnknownUser : paths.sid);
+  true_names_ = {{"HKLM", machine},
+                 {"HKU", users},
+                 {"HKCU", user},
+                 {std::string(kMergedClasses), machine + "\\SOFTWARE\\Classes"},
+                 {paths.software, machine + "\\SOFTWARE"},
+                 {paths.system, machine + "\\SYSTEM"},
+                 {paths.defaults, users + "\\.DEFAULT"},
+                 {paths.user, user},
+                 {paths.classes, user + "_Classes"}};
   const auto mount = [this](const std::string& place, const std::string& path) {
     if (!path.empty()) mounts_.push_back({place, path});
   };
@@ -58,6 +70,12 @@ VolumeRegistry::VolumeRegistry(VolumeFileSystem& files, const HivePaths& paths) 
   mount("HKU\\" + paths.sid, paths.user);
   mount("HKU\\" + paths.sid + "\\Software\\Classes", paths.classes);
   mount("HKU\\" + paths.sid + "_Classes", paths.classes);
+}
+
+std::string VolumeRegistry::TrueNameOf(std::string_view hive_or_place,
+                                       const std::string& rest) const {
+  const auto known = true_names_.find(std::string(hive_or_place));
+  return (known == true_names_.end() ? std::string(hive_or_place) : known->second) + rest;
 }
 
 std::shared_ptr<Hive> VolumeRegistry::HiveAt(const std::string& path) {

@@ -43,6 +43,9 @@ class VolumeRegistry : public Registry {
     std::string path;   // the hive file
   };
 
+  // What is true of a hive file, or of a place above all hives, with `rest` behind it.
+  std::string TrueNameOf(std::string_view hive_or_place, const std::string& rest) const;
+
   // One key of one hive that stands for a place.
   struct Layer {
     std::shared_ptr<Hive> hive;
@@ -60,6 +63,7 @@ class VolumeRegistry : public Registry {
 
   VolumeFileSystem& files_;
   std::vector<Mount> mounts_;
+  std::map<std::string, std::string> true_names_;  // of hive files and roots
   std::map<std::string, std::shared_ptr<Hive>> hives_;
 };
 

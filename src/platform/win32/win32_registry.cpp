@@ -48,6 +48,39 @@ bool IsPerformanceData(HKEY key) {
 // The calls by name end at a NUL and would reach another value.
 bool HasNul(std::string_view name) { return name.find('\0') != std::string_view::npos; }
 
+// What the kernel calls a predefined key, which is no handle of its own.
+std::string TrueNameOf(HKEY key);
+std::string TrueNameOfPredefined(HKEY key) {
+  if (key == HKEY_LOCAL_MACHINE) return "\\REGISTRY\\MACHINE";
+  if (key == HKEY_USERS) return "\\REGISTRY\\USER";
+  if (key == HKEY_CLASSES_ROOT) return "\\REGISTRY\\MACHINE\\SOFTWARE\\Classes";
+  UniqueKey user;
+  const LSTATUS status = RegOpenCurrentUser(KEY_READ, user.Put());
+  if (status != ERROR_SUCCESS) {
+    throw WindowsError(static_cast<DWORD>(status), "open", "the registry of the user");
+  }
+  return TrueNameOf(user.Get());
+}
+
+std::string TrueNameOf(HKEY key) {
+  if (key == HKEY_LOCAL_MACHINE || key == HKEY_USERS || key == HKEY_CLASSES_ROOT ||
+      key == HKEY_CURRENT_USER) {
+    return TrueNameOfPredefined(key);
+  }
+  using QueryKey = LONG(WINAPI*)(HANDLE, int, void*, ULONG, ULONG*);
+  static const auto query = reinterpret_cast<QueryKey>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryKey")));
+  constexpr int kNameInformation = 3;
+  std::vector<ULONG> buffer(16384);  // first the bytes of the name, which follows
+  ULONG used = 0;
+  if (query == nullptr || query(key, kNameInformation, buffer.data(),
+                                static_cast<ULONG>(buffer.size() * sizeof(ULONG)), &used) != 0) {
+    throw WindowsError(ERROR_INVALID_HANDLE, "tell the name of", "a registry key");
+  }
+  const auto* const name = reinterpret_cast<const wchar_t*>(buffer.data() + 1);
+  return Narrow({name, buffer[0] / sizeof(wchar_t)});
+}
+
 class Win32Key : public RegistryKey {
  public:
   Win32Key(UniqueKey key, std::string path) : key_(std::move(key)), path_(std::move(path)) {}
@@ -58,6 +91,7 @@ class Win32Key : public RegistryKey {
   bool ReadValueAt(uint32_t index, std::string& name, RegistryValue& value) override;
   std::optional<std::string> SubKeyAt(uint32_t index) override;
   bool IsLink(std::string_view path) override;
+  std::string TrueName() override;
   void SetValue(std::string_view name, const RegistryValue& value) override;
   bool DeleteValue(std::string_view name) override;
   bool DeleteSubKey(std::string_view path) override;
@@ -157,6 +191,8 @@ bool Win32Key::IsLink(std::string_view path) {
              ERROR_SUCCESS &&
          type == REG_LINK;
 }
+
+std::string Win32Key::TrueName() { return TrueNameOf(key_.Get()); }
 
 // Windows counts a NUL that happens to stand behind a text in memory to the text; so none does.
 void Win32Key::SetValue(std::string_view name, const RegistryValue& value) {

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <random>
 
+#include "backup/backup_folder.h"
 #include "support/backup_fixture.h"
 #include "support/hive_file.h"
 #include "support/volume_seed.h"
@@ -80,7 +81,7 @@ TEST_F(VolumeBackupTest, AFileBeyondFourGibibytesComesBack) {
   EXPECT_LT(fs::file_size(path), 64u << 20);
   EXPECT_EQ(Shell("unzip -l '" + path + "'"), 0);
   fs::resize_file(path, fs::file_size(path) - 10);
-  const std::optional<Repair> repair = RepairOf(archive);  // unpacks everything
+  const std::optional<Repair> repair = FoundIn(archive);  // unpacks everything
   ASSERT_TRUE(repair);
   EXPECT_EQ(repair->kept, 2u);
   EXPECT_EQ(repair->damaged, 0u);
@@ -139,7 +140,7 @@ TEST_F(VolumeBackupTest, KilledAtAnyMomentEveryByteIsOnTheDiskOrInTheArchive) {
     std::map<std::string, std::string> archived;
     for (const BackupInfo& info : backups.List()) {
       ASSERT_EQ(info.problem, "");
-      repaired += !info.repaired.empty();
+      repaired += !info.incomplete.empty();
       archived.merge(Content(safe + info.name));
     }
     for (int i = 0; i < kFiles; ++i) {
@@ -157,6 +158,32 @@ TEST_F(VolumeBackupTest, KilledAtAnyMomentEveryByteIsOnTheDiskOrInTheArchive) {
   }
   EXPECT_GT(repaired, kKills / 4) << "the kills came too early or too late";
   EXPECT_GT(in_archives, kKills);
+}
+
+// What another program packed on a machine in New York at noon was written at noon there.
+TEST_F(VolumeBackupTest, TimesOfDosAreThoseOfTheMachinesZone) {
+  MakeFolders(ports.files, safe);
+  {
+    ZipWriter writer(ports.files.Open(safe + "C_010120200000.zip", OpenMode::kReadAndCreate), 0);
+    machine->MakeFile(scratch + "source", "bytes");
+    for (const int month : {1, 7}) {
+      ZipEntry entry;
+      entry.name = Stored(tree + std::to_string(month));
+      entry.dos_time = ToDosTime({2020, month, 1, 12, 0, 0});
+      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
+    }
+    writer.Finish();
+  }
+  setenv("TZ", "America/New_York", 1);
+  tzset();
+  const RestoreResult result = backups.Restore("C_010120200000.zip", {}, prompts, nullptr);
+  unsetenv("TZ");
+  tzset();
+  EXPECT_EQ(result.restored, 2u);
+  for (const auto& [name, hours] : {std::pair("1", 17), std::pair("7", 16)}) {
+    const LocalTime utc = ports.system.ToLocalTime(ports.files.Look(tree + name)->last_write);
+    EXPECT_EQ(utc.hour, hours);
+  }
 }
 
 TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
@@ -186,6 +213,7 @@ TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
   }
   state.BackupDrive.clear();
   RemovePendingFiles(context, Collect(tree, "s*"));
+  EXPECT_NE(WhyBackupFolderCannotBeUsed(ports.files, safe), "");
   mod_zip.Close();  // not even the directory may fit; then every reader finds the entries itself
   std::map<std::string, std::string> archived;
   for (const BackupInfo& info : backups_there.List()) {
@@ -217,9 +245,11 @@ TEST_F(VolumeBackupTest, AWriteProtectedDiskIsReadAndTakesNothing) {
   Backups there(ports, safe);
   const BackupInfo info = there.Check(archive);
   EXPECT_EQ(info.entries, 2u);
-  EXPECT_EQ(info.repaired,
-            "The archive is incomplete and cannot be repaired where it is: 2 file(s) kept, " +
-                std::to_string(cut.size() - cut.find("PK\1\2")) + " bytes cut off.");
+  EXPECT_EQ(info.incomplete, "The archive is incomplete: 2 file(s) whole, " +
+                                 std::to_string(cut.size() - cut.find("PK\1\2")) +
+                                 " bytes behind them.");
+  EXPECT_THROW(there.Repair(archive), Error);
+  EXPECT_NE(WhyBackupFolderCannotBeUsed(ports.files, safe), "");
   EXPECT_EQ(there.Restore(archive, {}, prompts, nullptr).restored, 2u);
   EXPECT_THROW(there.Delete(archive), Error);
   state.Backup.strict = true;

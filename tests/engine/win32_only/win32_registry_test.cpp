@@ -120,5 +120,24 @@ TEST_F(Win32RegistryTest, WhatALinkLeadsToIsNeitherDeletedNorKept) {
   machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, target);
 }
 
+TEST_F(Win32RegistryTest, NoLinkLeadsPastTheGuard) {
+  const std::string services = "SYSTEM\\ControlSet001\\Services";
+  machine->SetText(RegistryRoot::kLocalMachine, services + "\\QxProbe", "v", "x");
+  machine->SetText(kUser, "Software\\QxLinks", "v", "x");
+  const KeyLink link(L"Software\\QxLinks\\link", Wide(services));
+  ASSERT_TRUE(link.made() && machine->KeyExists(kUser, "Software\\QxLinks\\link\\QxProbe"));
+  for (const bool whole : {false, true}) {
+    modPlugin::Plugin plugin;
+    plugin.registry = {{.delete_subkey = whole,
+                        .key = "HKEY_CURRENT_USER\\Software\\QxLinks\\link\\QxProbe",
+                        .value_name = "v"}};
+    engine.state().RunLog.clear();
+    modPlugin::RunRecords(context, plugin);
+    EXPECT_NE(engine.state().RunLog.find("is not cleaned"), std::string::npos);
+    EXPECT_EQ(machine->ValueNames(RegistryRoot::kLocalMachine, services + "\\QxProbe").size(), 1u);
+  }
+  machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, services + "\\QxProbe");
+}
+
 }  // namespace
 }  // namespace quellix

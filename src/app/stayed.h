@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/run_state.h"
+#include "platform/error.h"
+
+namespace quellix {
+
+inline constexpr size_t kNamesShown = 200;  // of what stayed, in a log as it is shown
+
+// Notes what a run was to remove and could not: it is named in the log with the reason, and the run
+// ends with kSomeFilesStayed. Only what failed with kInUse counts as locked or in use.
+void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind);
+
+// What is to be said when files stayed: one sentence or two, or none.
+std::vector<std::string_view> StayedSentences(const RunState& state);
+// The names of what stayed with their reasons, a line each, `most` of them, behind an empty line
+// and a heading; "" when nothing did.
+std::string StayedNames(const RunState& state, size_t most);
+
+}  // namespace quellix

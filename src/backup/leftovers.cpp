@@ -1,0 +1,100 @@
+#include "backup/leftovers.h"
+
+#include <vector>
+
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+constexpr std::string_view kNotes = "Quellix restores into\n";
+constexpr uint64_t kMostNotes = 4 << 20;
+
+// The folders that notes name; none when these are no notes.
+std::vector<std::string> ReadNotes(RandomFile& file) {
+  if (file.Size() > kMostNotes) return {};
+  std::string text(static_cast<size_t>(file.Size()), '\0');
+  text.resize(file.Read(0, text));
+  if (!text.starts_with(kNotes)) return {};
+  return Split(std::string_view(text).substr(kNotes.size()), '\n');
+}
+
+std::vector<std::string> TemporaryNamesIn(Folder& folder) {
+  std::vector<std::string> names;
+  folder.Enumerate(Detail::kKind, [&](const Entry& entry) {
+    const bool is_file = !entry.info.is_folder && !entry.info.is_link;
+    if (is_file && IsTemporaryName(entry.name)) names.emplace_back(entry.name);
+    return true;
+  });
+  return names;
+}
+
+// Who can be opened for writing alone is held by nobody.
+bool ClearOne(Folder& folder, const std::string& name, std::vector<std::string>& noted) try {
+  const auto file = folder.Open(name, OpenMode::kReadAndCreate);
+  for (std::string& path : ReadNotes(*file)) noted.push_back(std::move(path));
+  folder.RemoveFile(name);
+  return true;
+} catch (const Error&) {
+  return false;
+}
+
+size_t ClearFolder(FileSystem& files, const std::string& path,
+                   std::vector<std::string>& noted) try {
+  const auto folder = files.OpenFolder(path);
+  size_t removed = 0;
+  if (!folder) return 0;
+  for (const std::string& name : TemporaryNamesIn(*folder)) {
+    removed += ClearOne(*folder, name, noted);
+  }
+  return removed;
+} catch (const Error&) {
+  return 0;
+}
+
+}  // namespace
+
+RestoreNotes::~RestoreNotes() {
+  file_.reset();
+  if (name_.empty()) return;
+  try {
+    open_->RemoveFile(name_);
+  } catch (const Error&) {
+    return;  // the next start removes it
+  }
+}
+
+void RestoreNotes::Begin() {
+  is_begun_ = true;
+  open_ = files_.OpenFolder(folder_);
+  if (!open_) return;
+  const std::string name = TemporaryName();
+  file_ = open_->Open(name, OpenMode::kCreateNew);
+  name_ = name;
+  file_->Write(0, kNotes);
+  size_ = kNotes.size();
+}
+
+void RestoreNotes::Add(std::string_view path) try {
+  if (!is_begun_) Begin();
+  if (!file_) return;
+  const std::string line = std::string(path) + "\n";
+  file_->Write(size_, line);
+  size_ += line.size();
+} catch (const Error&) {
+  return;
+}
+
+size_t ClearLeftovers(FileSystem& files, std::span<const std::string> folders) {
+  std::vector<std::string> noted, more;
+  size_t removed = 0;
+  for (const std::string& folder : folders) removed += ClearFolder(files, folder, noted);
+  for (const std::string& folder : noted) {
+    if (!folder.empty()) removed += ClearFolder(files, folder, more);
+  }
+  return removed;
+}
+
+}  // namespace quellix

@@ -1,0 +1,234 @@
+#include "registry_tools/registry_eraser.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <utility>
+
+#include "app/protected_keys.h"
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+using Kind = RegistryTarget::Kind;
+using ProtectedKeys::Part;
+
+constexpr const char* kIsProtected = "Windows, or all of a user's settings, depends on this key.";
+constexpr const char* kLeadsAway = " leads to another key.";
+
+// A target in one place where it is.
+struct Found {
+  size_t target = 0;
+  Kind kind = Kind::kValue;
+  KeyHome place = {};                             // the key that goes or holds the value
+  std::string name = {};                          // of the value, or the last one of the key
+  std::shared_ptr<RegistryKey> holder = nullptr;  // open for writing: holds what goes
+  std::string problem = {};                       // why it stays
+};
+
+class Erasing {
+ public:
+  explicit Erasing(Registry& registry) : registry_(registry) {}
+
+  void Find(size_t index, const RegistryTarget& target, bool guarded) {
+    if (target.key.starts_with('\\')) return;
+    for (KeyHome& home : KeyHomes(target.root, target.key)) {
+      Found found{index, target.kind, std::move(home), target.name};
+      if (found.kind != Kind::kValue) found.name = NamePart(found.place.key);
+      try {
+        if (!Open(found, guarded)) continue;
+      } catch (const Error& error) {
+        found.problem = error.what();
+      }
+      found_.push_back(std::move(found));
+    }
+  }
+
+  void AddTo(RegistryUndo& undo) {
+    for (const Found& found : found_) {
+      const auto& [root, key] = found.place;
+      if (!found.problem.empty()) continue;
+      if (found.kind == Kind::kValue) undo.AddValue(registry_, root, key, found.name);
+      if (found.kind == Kind::kKey) undo.AddKey(registry_, root, key);
+      if (found.kind == Kind::kTree) undo.AddTree(registry_, root, key);
+    }
+  }
+
+  void Delete() {
+    for (Found& found : found_) {
+      if (found.problem.empty()) Try(found, [&] { DeleteOne(found); });
+    }
+    Store();
+    for (Found& found : found_) {
+      if (found.problem.empty()) Try(found, [&] { RequireGone(found); });
+    }
+  }
+
+  Erasure Sum(size_t targets) const {
+    Erasure sum;
+    sum.stays.resize(targets);
+    std::vector<bool> is_found(targets);
+    for (const Found& found : found_) {
+      is_found[found.target] = true;
+      if (found.problem.empty()) continue;
+      sum.stays[found.target] = true;
+      if (sum.problem.empty()) sum.problem = found.problem;
+    }
+    sum.stayed = static_cast<size_t>(std::ranges::count(sum.stays, true));
+    sum.gone = static_cast<size_t>(std::ranges::count(is_found, true)) - sum.stayed;
+    return sum;
+  }
+
+ private:
+  // What went together with the key that held it is gone.
+  template <typename Action>
+  static void Try(Found& found, const Action& action) {
+    try {
+      action();
+    } catch (const Error& error) {
+      if (error.kind() != Error::Kind::kMissing) found.problem = error.what();
+    }
+  }
+
+  // Opens what holds it; false when it is not there. Only what is there needs a key that may be
+  // written.
+  bool Open(Found& found, bool guarded) {
+    const auto& [root, key] = found.place;
+    const bool is_value = found.kind == Kind::kValue;
+    const auto itself = Opened(found.place, RegistryAccess::kRead);
+    if (itself == nullptr) return false;
+    if (is_value && found.name.find('\0') != std::string::npos) {
+      found.problem = "A value with a NUL in its name cannot be named: " + key;
+    } else if (is_value && !itself->QueryValue(found.name)) {
+      return false;
+    } else if (guarded && ProtectedKeys::Keeps(*itself, is_value ? Part::kValue : Part::kTree)) {
+      found.problem = kIsProtected;
+    } else {
+      const std::string parent(WithoutBackslash(FolderPart(key)));
+      found.holder = Opened({root, is_value ? key : parent}, RegistryAccess::kWrite);
+      if (found.holder == nullptr) return false;
+      if (!is_value && found.holder->IsLink(found.name)) found.problem = key + kLeadsAway;
+    }
+    return true;
+  }
+
+  // Many targets in turn are in one key.
+  std::shared_ptr<RegistryKey> Opened(const KeyHome& place, RegistryAccess access) {
+    std::shared_ptr<RegistryKey>* known = &last_read_;
+    if (access == RegistryAccess::kWrite) {
+      known = &writable_[{place.root, UpCase(std::string_view(place.key))}];
+      if (*known) return *known;
+    } else if (last_read_ && last_place_.root == place.root && last_place_.key == place.key) {
+      return last_read_;
+    }
+    if (access == RegistryAccess::kRead) last_place_ = place;
+    *known = nullptr;
+    return *known = registry_.Open(place.root, place.key, access);
+  }
+
+  static void DeleteOne(Found& found) {
+    if (found.kind == Kind::kValue) {
+      found.holder->DeleteValue(found.name);
+      return;
+    }
+    if (found.kind == Kind::kTree) DeleteBelow(found);
+    if (found.problem.empty()) found.holder->DeleteSubKey(found.name);
+  }
+
+  // One that stays does not keep its neighbours.
+  static void DeleteBelow(Found& found) {
+    const auto top = found.holder->Open(found.name, RegistryAccess::kWrite);
+    if (top == nullptr) return;
+    const auto stays = [&found](const std::string& why) {
+      if (found.problem.empty()) found.problem = why;
+    };
+    WalkKeys(*top, RegistryAccess::kWrite,
+             {.leave =
+                  [&](RegistryKey& parent, const std::string& name) {
+                    try {
+                      parent.DeleteSubKey(name);
+                    } catch (const Error& error) {
+                      stays(error.what());
+                    }
+                  },
+              .skip =
+                  [&](const std::string& path, const Error* error) {
+                    stays(error ? error->what() : found.place.key + path + kLeadsAway);
+                  }});
+  }
+
+  // What is deleted in memory alone stays.
+  void Store() {
+    std::map<RegistryKey*, std::string> problems;
+    for (Found& found : found_) {
+      if (!found.holder) continue;
+      const auto [stored, is_new] = problems.try_emplace(found.holder.get());
+      if (is_new) {
+        try {
+          found.holder->Flush();
+        } catch (const Error& error) {
+          stored->second = error.what();
+        }
+      }
+      if (found.problem.empty()) found.problem = stored->second;
+    }
+  }
+
+  void RequireGone(Found& found) {
+    const bool is_there = found.kind == Kind::kValue
+                              ? found.holder->QueryValue(found.name).has_value()
+                              : found.holder->Open(found.name, RegistryAccess::kRead) != nullptr;
+    if (is_there) found.problem = "It was deleted and is there again: " + found.place.key;
+  }
+
+  Registry& registry_;
+  std::vector<Found> found_;
+  std::map<std::pair<RegistryRoot, std::string>, std::shared_ptr<RegistryKey>> writable_;
+  KeyHome last_place_{RegistryRoot::kCurrentUser, ""};
+  std::shared_ptr<RegistryKey> last_read_;
+};
+
+}  // namespace
+
+RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
+  RegistryEraser eraser(context.machine.registry, OnError::kTold);
+  RunState& state = context.state;
+  if (state.RemovalMode == kBackUp && state.Backup.registry) {
+    eraser.KeepIn(state.Undo, context.machine, state.BackupFolder);
+  }
+  return eraser;
+}
+
+Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
+  Erasing erasing(registry_);
+  for (size_t i = 0; i < targets.size(); ++i) erasing.Find(i, targets[i], guarded_);
+  if (keeping_.undo != nullptr) {
+    try {
+      erasing.AddTo(*keeping_.undo);
+      keeping_.undo->Store(*keeping_.machine, keeping_.folder);
+    } catch (const Error& error) {
+      keeping_.undo->Forget();
+      throw NotKept(error);
+    }
+  }
+  erasing.Delete();
+  Erasure sum = erasing.Sum(targets.size());
+  if (on_error_ == OnError::kSilent || sum.stayed == 0) return sum;
+  if (sum.gone + sum.stayed == 1) throw Error(Error::Kind::kOther, sum.problem);
+  throw Error(Error::Kind::kOther, std::to_string(sum.stayed) + " of " +
+                                       std::to_string(sum.gone + sum.stayed) +
+                                       " registry entries stay. " + sum.problem);
+}
+
+Erasure RegistryEraser::EraseValues(RegistryRoot root, std::string_view key,
+                                    std::string_view names) {
+  std::vector<RegistryTarget> targets;
+  for (std::string& name : Split(names, '\0')) {
+    targets.push_back({Kind::kValue, root, std::string(key), std::move(name)});
+  }
+  return Erase(targets);
+}
+
+}  // namespace quellix

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/context.h"
+#include "backup/registry_undo.h"
+#include "platform/error.h"
+#include "platform/registry.h"
+
+namespace quellix {
+
+// One thing that is to go from the registry.
+struct RegistryTarget {
+  enum class Kind {
+    kValue,
+    kKey,   // one that has no sub-keys; another stays
+    kTree,  // a key with all below it; a link stays, with the keys above it
+  };
+
+  Kind kind = Kind::kValue;
+  RegistryRoot root = RegistryRoot::kCurrentUser;
+  std::string key = {};   // may end in "\"; one that begins with it names no key
+  std::string name = {};  // of a value
+};
+
+// What became of the targets that were there.
+struct Erasure {
+  size_t gone = 0;
+  size_t stayed = 0;
+  std::string problem = {};      // why the first one stayed, a sentence
+  std::vector<bool> stays = {};  // by target
+};
+
+// Thrown when what is to go could not be kept first; then nothing goes.
+class NotKept : public Error {
+ public:
+  explicit NotKept(const Error& why)
+      : Error(why.kind(),
+              std::string("Nothing is deleted, because it could not be backed up first. ") +
+                  why.what()) {}
+};
+
+// The one way to delete from the registry: what is there is kept first where that is wanted, then
+// deleted, stored, and looked for. Gone is only what is not found any more and is stored so.
+class RegistryEraser {
+ public:
+  enum class OnError {
+    kSilent,  // the Erasure alone tells
+    kTold,    // Erase throws Error when something stayed, after all that could go went
+  };
+
+  RegistryEraser(Registry& registry, OnError on_error) : registry_(registry), on_error_(on_error) {}
+  // For what a run deletes: kept in its mode that backs up, while the settings want it. In the
+  // other modes the traces are to vanish. `context` must outlive it.
+  static RegistryEraser OfRun(CleaningContext& context);
+
+  // Keeps what goes in `undo`'s file in `folder`; all of it must outlive the eraser.
+  void KeepIn(RegistryUndo& undo, const Machine& machine, std::string_view folder) {
+    keeping_ = {&undo, &machine, folder};
+  }
+  // Refuses what ProtectedKeys names: it counts as stayed.
+  void Guard() { guarded_ = true; }
+
+  // Throws NotKept, and Error as OnError says.
+  Erasure Erase(std::span<const RegistryTarget> targets);
+  Erasure Erase(const RegistryTarget& target) { return Erase(std::span(&target, 1)); }
+  // All values of a list as ListRegValues gives it.
+  Erasure EraseValues(RegistryRoot root, std::string_view key, std::string_view names);
+
+ private:
+  struct Keeping {
+    RegistryUndo* undo = nullptr;
+    const Machine* machine = nullptr;
+    std::string_view folder;
+  };
+
+  Registry& registry_;
+  OnError on_error_;
+  Keeping keeping_;
+  bool guarded_ = false;
+};
+
+}  // namespace quellix

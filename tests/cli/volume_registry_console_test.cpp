@@ -1,0 +1,193 @@
+// Deletions from the registry of a volume: what is told is what is on the disk then.
+#include <algorithm>
+#include <fstream>
+
+#include "cli/console_fixture.h"
+#include "support/hive_file.h"
+#include "support/registry_fixture.h"
+#include "support/volume_seed.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char* kServices = "SYSTEM\\ControlSet001\\Services\\Qx Probe";
+
+class VolumeRegistryConsoleTest : public RegistryFixture {
+ protected:
+  VolumeTestMachine& volume() { return dynamic_cast<VolumeTestMachine&>(*machine); }
+  ProgramResult Run(std::vector<std::string> arguments) {
+    StoreMachine(*machine);
+    const std::vector<std::string> where = MachineArguments(*machine);
+    arguments.insert(arguments.end(), where.begin(), where.end());
+    return RunQuellixctl(arguments);
+  }
+  std::string UserHive() { return volume().Native("C:\\Users\\Quellix Tester\\NTUSER.DAT"); }
+  // Writes `to` over each `from` of the same length in a hive file.
+  void Bend(const std::string& file, const std::string& from, const std::string& to) {
+    StoreMachine(*machine);
+    std::string bytes = ReadNative(file);
+    for (size_t at = bytes.find(from); at != bytes.npos; at = bytes.find(from, at + 1)) {
+      bytes.replace(at, from.size(), to);
+    }
+    WriteNative(file, bytes);
+  }
+};
+
+bool Has(const ProgramResult& result, std::string_view text) {
+  return result.output.find(text) != std::string::npos;
+}
+
+TEST_F(VolumeRegistryConsoleTest, AnItemWhoseChangesDoNotReachTheDiskFails) {
+  const std::string explorer = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
+  const struct {
+    const char* item;
+    std::string key;
+    const char* message;
+    const char* line;
+  } kRows[] = {{"CleanRunMRU", kRunMruKey, "There was an error in cleaning the Run MRU. ",
+                "Windows run history... "},
+               {"CleanTypedURL", kTypedUrlsKey, "There was an error in cleaning the History. ",
+                "Typed URLs... "},
+               {"CleanRecentDocs", explorer + "RecentDocs",
+                "There was an error in cleaning Recent Documents. ", "Recent documents... "},
+               {"CleanFindHistory", explorer + "MenuOrder\\Start Menu\\Find",
+                "There was an error in cleaning the Find History. ", ""},
+               {"CleanInstallMRU", "InstallLocationsMRU",
+                "There was an error in cleaning Install MRU. ", "Install from history..."},
+               {"CleanOfficeHistory",
+                "Software\\Microsoft\\Office\\9.0\\Common\\Open Find\\Microsoft Word\\Settings"
+                "\\Open\\File Name MRU",
+                "There was an error in cleaning the MS OfficeRegistry History Lists. ",
+                "MS Office history..."}};
+  std::vector<std::string> arguments = {"clean", "--item"};
+  for (const auto& row : kRows) {
+    for (const char* name : {"a", "b"}) machine->SetText(kUser, row.key, name, "x");
+    arguments.push_back(row.item);
+  }
+  StoreMachine(*machine);
+  const std::string before = ReadNative(UserHive());
+  {
+    const auto read_only = machine->LockFile("C:\\Users\\Quellix Tester\\NTUSER.DAT");
+    const ProgramResult result = Run(arguments);
+    EXPECT_EQ(result.exit_code, 1);
+    for (const auto& row : kRows) {
+      EXPECT_TRUE(Has(result, row.message)) << row.item << ": " << result.output;
+      EXPECT_TRUE(*row.line == '\0' || !Has(result, row.line)) << result.output;
+    }
+  }
+  EXPECT_EQ(ReadNative(UserHive()), before);
+  const ProgramResult result = Run(arguments);
+  EXPECT_EQ(result.exit_code, 0) << result.output;
+  EXPECT_TRUE(Has(result, "Windows run history... Files Deleted: 2\n")) << result.output;
+  for (const auto& row : kRows) EXPECT_TRUE(machine->ValueNames(kUser, row.key).empty());
+}
+
+TEST_F(VolumeRegistryConsoleTest, ReferencesThatStayAreCountedAndEndInOne) {
+  machine->SetText(kUser, "Qx1", "goes", scratch + "none");
+  machine->SetText(kUser, "Qx2", "stays", scratch + "none");
+  // A value of its key cannot be kept by a writer, so the key is only read.
+  machine->SetText(kUser, "Qx2", "QxNameWithNul", "x");
+  Bend(UserHive(), "QxNameWithNul", std::string("QxName\0ithNul", 13));
+  Set(kMachine, kServices, "ImagePath", Text(scratch + "none.sys"));
+  const ProgramResult result = Run({"registry", "file-references", "--thorough", "--delete"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_TRUE(Has(result, "2 reference(s) in keys that Windows depends on are left\n"));
+  EXPECT_TRUE(Has(result, ", 1 could not be deleted\n")) << result.output;
+  EXPECT_TRUE(Has(result, "1 reference(s) could not be deleted: ")) << result.output;
+  StoreMachine(*machine);
+  EXPECT_TRUE(machine->ValueNames(kUser, "Qx1").empty());
+  const auto names = machine->ValueNames(kUser, "Qx2");
+  EXPECT_TRUE(std::ranges::count(names, "stays"));
+  EXPECT_EQ(machine->ValueNames(kMachine, kServices), std::vector<std::string>{"ImagePath"});
+}
+
+TEST_F(VolumeRegistryConsoleTest, WhatAVolumeCannotJudgeIsToldApart) {
+  const struct {
+    const char* name;
+    std::string path;
+    const char* state;
+  } kRows[] = {{"a.exe", scratch + "none.exe", "orphaned"},
+               {"b.exe", scratch + "there.exe", "valid"},
+               {"c.exe", scratch + "none.exe /switch", "not judged"},
+               {"d.exe", "relative.exe", "not judged"},
+               {"e.exe", "Q:\\not mapped.exe", "not judged"},
+               {"f.exe", "\\\\server\\share\\far.exe", "not judged"}};
+  machine->MakeFile(scratch + "there.exe", "x");
+  for (const auto& row : kRows) {
+    Set(kMachine, std::string(kApps) + "\\" + row.name, "", Text(row.path));
+    Set(kMachine, kDlls, row.path, Number(1));
+  }
+  const ProgramResult apps = Run({"registry", "app-paths"}),
+                      dlls = Run({"registry", "shared-dlls"});
+  for (const auto& row : kRows) {
+    EXPECT_TRUE(Has(apps, std::string(row.state) + "\t" + row.name + "\t")) << apps.output;
+    EXPECT_TRUE(Has(dlls, std::string(row.state) + "\t1\t" + row.path + "\n")) << dlls.output;
+  }
+  EXPECT_TRUE(Has(apps, "6 entries, 1 orphaned, 4 not judged\n")) << apps.output;
+  EXPECT_TRUE(Has(dlls, "5 entries, 1 with missing files, 0 with zero usage count, 4 not judged\n"))
+      << dlls.output;
+  const ProgramResult deleted = Run({"registry", "app-paths", "--delete"});
+  EXPECT_EQ(deleted.exit_code, 0);
+  EXPECT_TRUE(Has(deleted, "5 entries, 0 orphaned, 4 not judged\n")) << deleted.output;
+}
+
+TEST_F(VolumeRegistryConsoleTest, NamesThatDifferInCaseAloneGoAsThePreviewSays) {
+  machine->SetText(kUser, kRunMruKey, "QxTwin", "1");
+  machine->SetText(kUser, kRunMruKey, "QxTwix", "2");
+  for (const char* key : {"QxKey", "QxKez"}) {
+    machine->SetText(kUser, std::string("Software\\Qx\\") + key, "v", key);
+  }
+  Bend(UserHive(), "QxTwix", "qXtWiN");
+  Bend(UserHive(), "QxKez", "qXkEY");
+  machine->MakeFile(ports.program_folder + "\\Plugins\\qx.cdp",
+                    "R\x01Yes\x01No\x01HKEY_CURRENT_USER\\Software\\Qx\x01\r\n");
+  for (const char* command : {"preview", "process"}) {
+    const ProgramResult result = Run({"plugins", command, "qx"});
+    EXPECT_EQ(result.exit_code, 0) << result.output;
+    EXPECT_EQ(Has(result, "3 other things"), command[1] == 'r' && command[2] == 'e')
+        << result.output;
+  }
+  const ProgramResult preview = Run({"clean", "--item", "CleanRunMRU", "--preview"});
+  const ProgramResult run = Run({"clean", "--item", "CleanRunMRU"});
+  for (const ProgramResult& result : {preview, run}) {
+    EXPECT_EQ(result.exit_code, 0) << result.output;
+    EXPECT_TRUE(Has(result, "Windows run history... Files Deleted: 2\n")) << result.output;
+  }
+  EXPECT_TRUE(Has(preview, "RunMRU, QxTwin\n") && Has(preview, "RunMRU, qXtWiN\n"))
+      << preview.output;
+  StoreMachine(*machine);
+  EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
+  EXPECT_FALSE(machine->KeyExists(kUser, "Software\\Qx"));
+}
+
+TEST_F(VolumeRegistryConsoleTest, APluginReachesNoServiceByAnyControlSet) {
+  Set(kMachine, kServices, "ImagePath", Text("x"));
+  for (const char* key :
+       {"SYSTEM\\ControlSet001\\Services", "System\\CurrentControlSet\\\\services\\Qx Probe",
+        "SYSTEM\\.\\..\\ControlSet001\\Services\\Qx Probe",
+        "SYSTEM\\\\Controlset001\\Services\\"}) {
+    SCOPED_TRACE(key);
+    for (const char* whole : {"Yes", "No"}) {
+      machine->MakeFile(ports.program_folder + "\\Plugins\\qx.cdp",
+                        std::string("R\x01") + whole + "\x01No\x01HKEY_LOCAL_MACHINE\\" + key +
+                            "\x01ImagePath\r\n");
+      Run({"plugins", "process", "qx"});
+      StoreMachine(*machine);
+      EXPECT_EQ(machine->ValueNames(kMachine, kServices), std::vector<std::string>{"ImagePath"});
+    }
+  }
+}
+
+TEST_F(VolumeRegistryConsoleTest, ASearchLeavesTheHalvesOfTheRecycleBinTogether) {
+  const std::string bin = "C:\\$Recycle.Bin\\S-1-5-21-1\\";
+  for (const char* half : {"$RABCDEF.txt", "$IABCDEF.txt"}) machine->MakeFile(bin + half, "");
+  machine->MakeFile("C:\\RECYCLER\\S-1-5-21-1\\Dc1.txt", "");
+  machine->MakeFile(scratch + "empty.txt", "");
+  Run({"search", "empty", "--delete"});
+  EXPECT_FALSE(machine->Exists(scratch + "empty.txt"));
+  EXPECT_EQ(machine->Tree("C:\\$Recycle.Bin").size(), 3u);
+  EXPECT_EQ(machine->Tree("C:\\RECYCLER").size(), 2u);
+}
+
+}  // namespace
+}  // namespace quellix

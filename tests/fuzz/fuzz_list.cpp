@@ -1,0 +1,35 @@
+// List files: whatever bytes stand in one, each line is an entry, what was read is written and read
+// back the same, and the searches' lists can be asked.
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+#include "app/list_files.h"
+#include "fuzz/volume_file.h"
+#include "search/ignore_lists.h"
+
+using namespace quellix;
+
+namespace {
+
+void Check(bool is_so) {
+  if (!is_so) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static VolumeFile file("UDIFO.txt");
+  file.Write({reinterpret_cast<const char*>(data), size});
+  const Machine machine = file.machine();
+  const std::vector<std::string> entries = ReadListFile(machine, "UDIFO.txt");
+  const IgnoreLists lists(entries, entries, entries);
+  for (const std::string& entry : entries) {
+    Check(entry.find('\n') == std::string::npos);
+    Check(entry.empty() || (lists.IsIgnoredFile(entry) && lists.IsIgnoredFolder(entry)));
+  }
+  if (!entries.empty() && entries[0].starts_with("\xEF\xBB\xBF")) return 0;  // a second mark
+  WriteListFile(machine, "UDIFO.txt", entries);
+  Check(ReadListFile(machine, "UDIFO.txt") == entries);
+  return 0;
+}
