@@ -5,7 +5,9 @@
 #include <sys/xattr.h>
 
 #include <cerrno>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/path.h"
 #include "platform/volume/volume_error.h"
@@ -14,12 +16,13 @@
 namespace quellix {
 namespace {
 
-constexpr const char* kCreatedName = "system.ntfs_crtime";
-// What NTFS keeps beside a file and does not list. The creation time comes last: whatever else is
-// set moves times.
-constexpr const char* kShortName = "system.ntfs_dos_name";
-constexpr const char* kNtfsNames[] = {"system.ntfs_acl", "system.ntfs_ea", "system.ntfs_attrib",
-                                      kCreatedName};
+// What NTFS keeps beside a file and does not list.
+constexpr const char* kAccessList = "system.ntfs_acl";
+constexpr const char* kExtended = "system.ntfs_ea";
+// What is set when the new file has its name: the short name is free only then, renaming marks the
+// file as one to be archived, and the creation time comes last because the others move times.
+constexpr const char* kSetLast[] = {"system.ntfs_dos_name", "system.ntfs_attrib",
+                                    "system.ntfs_crtime"};
 
 std::optional<std::string> ReadAttribute(int from, const char* name) {
   std::string value(64 << 10, '\0');
@@ -46,12 +49,8 @@ int KeepIdentity(int from, const struct stat& status, int to) {
   for (const char* name = names; name < names + size; name += std::string_view(name).size() + 1) {
     KeepAttribute(from, to, name);
   }
-  int code = 0;
-  for (const char* name : kNtfsNames) {
-    const int failure = KeepAttribute(from, to, name);
-    if (name == kNtfsNames[0]) code = failure;
-  }
-  return code;
+  KeepAttribute(from, to, kExtended);
+  return KeepAttribute(from, to, kAccessList);
 }
 
 // A new file beside the one to replace; removed again unless it takes its place.
@@ -91,19 +90,18 @@ void ReplaceFile(const Located& target, bool exists, std::string_view path,
   TemporaryFile file(target);
   if (file.fd() < 0) ThrowErrno(errno, path);
   fill(file.fd());
-  std::optional<std::string> short_name;
+  UniqueFd old;
   if (exists && S_ISREG(target.status.st_mode)) {
     struct stat status;
-    const UniqueFd old = OpenRegular(target, O_RDONLY, path, status);
+    old = OpenRegular(target, O_RDONLY, path, status);
     if (const int code = KeepIdentity(old.get(), status, file.fd())) ThrowErrno(code, path);
-    short_name = ReadAttribute(old.get(), kShortName);
   }
+  std::vector<std::optional<std::string>> last;
+  for (const char* name : kSetLast) last.push_back(ReadAttribute(old.get(), name));
+  old = UniqueFd();
   if (!file.Place()) ThrowErrno(errno, path);
-  // It is free again only now, and moves the times.
-  if (short_name) {
-    const std::optional<std::string> created = ReadAttribute(file.fd(), kCreatedName);
-    fsetxattr(file.fd(), kShortName, short_name->data(), short_name->size(), 0);
-    if (created) fsetxattr(file.fd(), kCreatedName, created->data(), created->size(), 0);
+  for (size_t i = 0; i < last.size(); ++i) {
+    if (last[i]) fsetxattr(file.fd(), kSetLast[i], last[i]->data(), last[i]->size(), 0);
   }
   const UniqueFd folder(openat(target.folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder || fsync(folder.get()) != 0) ThrowErrno(errno, path);

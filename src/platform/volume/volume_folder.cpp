@@ -86,6 +86,7 @@ std::vector<FileId> VolumeFolder::Above() {
   std::vector<FileId> above;
   struct stat root, status;
   if (fstat(drive_.root(), &root) != 0 || fstat(fd(), &status) != 0) ThrowErrno(errno, path_);
+  if (status.st_nlink == 0) ThrowErrno(ENOENT, path_);  // removed, it lies nowhere
   UniqueFd here;
   while (IdFrom(status) != IdFrom(root)) {
     const FileId below = IdFrom(status);

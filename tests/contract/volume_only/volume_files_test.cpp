@@ -123,7 +123,7 @@ TEST_F(VolumeFiles, NeitherADiskNorAnotherFolderIsTakenForTheOneThatWasOpened) {
   EXPECT_EQ(sub->Above(), files_.OpenFolder("C:\\moved")->Above()) << "as it is now";
   const std::string disk = Native("Temp/disk");
   if (mount(disk.c_str(), disk.c_str(), "tmpfs", 0, "") != 0) GTEST_SKIP() << "only root can mount";
-  EXPECT_TRUE(KindOf([&] { files_.OpenFolder("C:\\Temp\\disk")->Above(); }));
+  EXPECT_TRUE(files_.OpenFolder("C:\\Temp\\disk")) << "by its path alone";
   EXPECT_EQ(KindOf([&] { files_.OpenFolder("C:\\Temp")->OpenFolder("disk"); }),
             Error::Kind::kDenied);
   EXPECT_TRUE(KindOf([&] { files_.RemoveFolder("C:\\Temp\\disk"); }));
@@ -240,8 +240,7 @@ class FullDisk : public VolumeFiles {
 TEST_F(FullDisk, TheOldFileStays) {
   files_.WriteWholeFile("D:\\Settings.ini", "old");
   const std::string large(100 << 10, 'x');
-  EXPECT_EQ(KindOf([&] { files_.WriteWholeFile("D:\\Settings.ini", large); }),
-            Error::Kind::kFull);
+  EXPECT_EQ(KindOf([&] { files_.WriteWholeFile("D:\\Settings.ini", large); }), Error::Kind::kFull);
   EXPECT_EQ(files_.ReadWholeFile("D:\\Settings.ini"), "old");
   EXPECT_EQ(Names("D:\\"), std::vector<std::string>{"Settings.ini"});
 }
