@@ -7,6 +7,7 @@
 
 #include "cli/console.h"
 #include "platform/text.h"
+#include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_machine.h"
 
 namespace {
@@ -34,6 +35,7 @@ class LiveMachine : public quellix::OpenMachine {
 }  // namespace
 
 int main() {
+  quellix::SearchSystemFolderOnly();
   SetConsoleOutputCP(CP_UTF8);
   return quellix::RunConsole(
       Arguments(), {.works_on_volumes = false, .open = [](const quellix::MachineOptions& options) {

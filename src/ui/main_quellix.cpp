@@ -5,6 +5,7 @@
 #include "app/exit_code.h"
 #include "app/startup.h"
 #include "engine.h"
+#include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_machine.h"
 #include "platform/win32/win32_text.h"
 #include "ui/cls_prev_instance.h"
@@ -44,6 +45,7 @@ int RunProgram(StartMode mode) {
 }  // namespace
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR arguments, int) {
+  quellix::SearchSystemFolderOnly();
   const StartMode mode = quellix::ParseCommandLine(arguments);
   try {
     return RunProgram(mode);

@@ -137,8 +137,8 @@ TEST_F(AllCleanersTest, EveryFileAreaIsCleanedAndItsNeighboursStay) {
   Tick({"ActiveSetupClean", "CleanIndexer", "CleanUserFolders", "CleanUserFiles", "CleanRecentDocs",
         "CleanPrinter", "CleanMemDump", "CleanOffline", "CleanActiveX"});
   const std::string refused = drive +
-                              " is not cleaned: it is a whole drive, or it holds Windows or the "
-                              "user's profile.\r\n";
+                              " is not cleaned: it is a whole drive, Windows, its system folder, "
+                              "Program Files or a user's profile.\r\n";
   const auto log = [&](std::initializer_list<const char*> counts, const char* total) {
     static constexpr const char* kCaptions[] = {"Active setup temporary folders... ",
                                                 "Content indexer folder... ",
@@ -277,7 +277,7 @@ TEST_F(AllCleanersTest, OddRegistryFoldersHarmNothing) {
       {"a drive", drive, kRegSz, 0, true},
       {"Windows", windows, kRegSz, 0, true},
       {"system folder", "%systemroot%", kRegExpandSz, 0, true},
-      {"a file", scratch + "real\\a.spl", kRegSz, 0, false},
+      {"a file", scratch + "real\\a.spl", kRegSz, 0, true},
       {"two backslashes", scratch + "real\\", kRegSz, 1, false},
       {"the first of several texts", scratch + "real" + '\0' + scratch, kRegMultiSz, 1, false},
       {"system root is the system folder", "%SYSTEMROOT%\\qxspool", kRegExpandSz, 1, false},

@@ -113,7 +113,7 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
       {"F|No|No|%WINDIR%. \\qx-none", "whole drive"},
       {"F|No|No|%SYSDIR%\\qx-none", "whole drive"},
       {"F|No|No|%WINDIR%\\syswow64\\qx-none", "whole drive"},
-      {"F|No|No|%PROGDIR%\\qx-none", "whole drive"},
+      {"F|Yes|No|%PROGDIR%\\qx-none", "whole drive"},
       {"F|Yes|No|%USERPROFILE%\\qx-none", "whole drive"},
       {"F|Yes|No|" + profile + "\\..\\qx-none", "full path"},
       {"F|No|No|%NO_SUCH%\\a\\qx-none", "has no value"},
@@ -131,7 +131,7 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
       {"F|No|No|\\\\.\\C:\\qx-none", "full path"},
       {"F|Yes|No|" + std::string(FolderPart(profile)) + "Somebody Else\\qx-none", "whole drive"},
       {"F|No|No|" + machine->ShortName(windows) + "\\qx-none", "whole drive"},
-      {"F|No|No|" + machine->ShortName(ports.system.Environment("ProgramFiles").value()) +
+      {"F|Yes|No|" + machine->ShortName(ports.system.Environment("ProgramFiles").value()) +
            "\\qx-none",
        "whole drive"},
       {"R|Yes|No|HKEY_CURRENT_USER|", "main branches"},

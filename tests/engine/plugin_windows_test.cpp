@@ -141,8 +141,7 @@ TEST_F(PluginWindowsTest, ProcessingTellsWhatItDid) {
     const auto lock = machine->LockFile(scratch + "two\\c");
     EXPECT_EQ(Process({1}).back(),
               "Processed selected plugin(s) Total Files Deleted: 0 Space Gained: none");
-    EXPECT_TRUE(LastTold().ends_with(
-        "\r\nSome files were not deleted because they were locked or in use."));
+    EXPECT_NE(LastTold().find("\r\nSome files were not deleted"), std::string::npos);
   }
   WriteSettings("[General]\r\nDelMethod=D\r\n");
   EXPECT_EQ(Process({1, 0}),

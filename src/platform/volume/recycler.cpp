@@ -98,12 +98,13 @@ std::unique_ptr<Folder> Recycler::OpenBin(char drive) {
 
 void Recycler::Recycle(const Located& file, const std::string& path) {
   Require();
-  if (!S_ISREG(file.status.st_mode)) ThrowErrno(S_ISDIR(file.status.st_mode) ? EISDIR : EACCES, path);
+  if (!S_ISREG(file.status.st_mode))
+    ThrowErrno(S_ISDIR(file.status.st_mode) ? EISDIR : EACCES, path);
   const auto bin = OpenBin(path[0]);
   const int version = system_.Version().major >= 10 ? 2 : 1;
   const auto size = static_cast<uint64_t>(file.status.st_size);
-  const std::string name = MakeIndex(
-      *bin, Extension(path), WriteRecycleIndex(version, {size, FileTimeNow(), path}));
+  const std::string name =
+      MakeIndex(*bin, Extension(path), WriteRecycleIndex(version, {size, FileTimeNow(), path}));
   try {
     Move(file, static_cast<VolumeFolder&>(*bin).fd(), "$R" + name, path);
   } catch (const Error&) {

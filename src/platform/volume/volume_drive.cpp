@@ -19,10 +19,11 @@ constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 // What one system call may be given; longer paths are walked in pieces.
 constexpr size_t kPieceSize = 4000;
 
-UniqueFd OpenBeneath(int from, const char* path) {
+UniqueFd OpenBeneath(int from, const char* path, Mounts mounts) {
   open_how how = {};
   how.flags = kFolderFlags;
-  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS | RESOLVE_NO_XDEV;
+  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
+  if (mounts == Mounts::kStay) how.resolve |= RESOLVE_NO_XDEV;
   for (;;) {
     const long fd = syscall(SYS_openat2, from, path, &how, sizeof how);
     if (fd >= 0 || errno != EAGAIN) return UniqueFd(static_cast<int>(fd));
@@ -30,7 +31,7 @@ UniqueFd OpenBeneath(int from, const char* path) {
 }
 
 // The kernel says ENOTDIR for a link where a folder was asked for; told apart for the message.
-UniqueFd OpenOneFolder(int from, const char* name) {
+UniqueFd OpenOneFolder(int from, const char* name, Mounts mounts) {
   UniqueFd fd(openat(from, name, kFolderFlags | O_NOFOLLOW));
   struct stat status, above;
   if (!fd) {
@@ -38,6 +39,8 @@ UniqueFd OpenOneFolder(int from, const char* name) {
     const bool is_link =
         fstatat(from, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
     errno = is_link ? ELOOP : ENOTDIR;
+  } else if (mounts == Mounts::kEnter) {
+    return fd;
   } else if (fstat(fd.get(), &status) != 0 || fstat(from, &above) != 0) {
     return UniqueFd();
   } else if (status.st_dev != above.st_dev) {
@@ -96,20 +99,21 @@ FileId IdFrom(const struct stat& status) { return {status.st_dev, {status.st_ino
 
 VolumeDrive::VolumeDrive(const std::string& folder) : root_(open(folder.c_str(), kFolderFlags)) {
   if (!root_) ThrowErrno(errno, folder);
-  has_openat2_ = static_cast<bool>(OpenBeneath(root_.get(), "."));
+  has_openat2_ = static_cast<bool>(OpenBeneath(root_.get(), ".", Mounts::kStay));
 }
 
 // Name by name. With `search` a name that is missing is searched for, and the path is spelled there
 // as it is on the disk.
-UniqueFd VolumeDrive::StepByStep(int from, const std::string& asked, std::string* search) {
+UniqueFd VolumeDrive::StepByStep(int from, const std::string& asked, Mounts mounts,
+                                 std::string* search) {
   UniqueFd here(openat(from, ".", kFolderFlags));
   for (std::string name : Split(asked, '/')) {
-    UniqueFd next = OpenOneFolder(here.get(), name.c_str());
+    UniqueFd next = OpenOneFolder(here.get(), name.c_str(), mounts);
     if (!next && errno == ENOENT && search != nullptr) {
       const std::optional<std::string> found = names_.Find(here.get(), name);
       if (!found) return next;
       name = *found;
-      next = OpenOneFolder(here.get(), name.c_str());
+      next = OpenOneFolder(here.get(), name.c_str(), mounts);
     }
     here = std::move(next);
     if (!here) return here;
@@ -118,32 +122,34 @@ UniqueFd VolumeDrive::StepByStep(int from, const std::string& asked, std::string
   return here;
 }
 
-UniqueFd VolumeDrive::Step(int from, const std::string& spelled) {
-  return has_openat2_ ? OpenBeneath(from, spelled.c_str()) : StepByStep(from, spelled, nullptr);
+UniqueFd VolumeDrive::Step(int from, const std::string& spelled, Mounts mounts) {
+  return has_openat2_ ? OpenBeneath(from, spelled.c_str(), mounts)
+                      : StepByStep(from, spelled, mounts, nullptr);
 }
 
-UniqueFd VolumeDrive::Walk(int from, std::string_view spelled) {
+UniqueFd VolumeDrive::Walk(int from, std::string_view spelled, Mounts mounts) {
   if (spelled.empty()) return UniqueFd(openat(from, ".", kFolderFlags));
   UniqueFd piece_folder;
   while (spelled.size() > kPieceSize) {
     const size_t end = spelled.rfind('/', kPieceSize);
     if (end == std::string_view::npos) break;
-    piece_folder = Step(from, std::string(spelled.substr(0, end)));
+    piece_folder = Step(from, std::string(spelled.substr(0, end)), mounts);
     if (!piece_folder) return piece_folder;
     from = piece_folder.get();
     spelled.remove_prefix(end + 1);
   }
-  return Step(from, std::string(spelled));
+  return Step(from, std::string(spelled), mounts);
 }
 
 UniqueFd VolumeDrive::OpenFolder(std::string_view folder) {
   const std::optional<std::string> asked = ToDiskPath(folder);
   if (!asked) return UniqueFd();
   const bool known = !known_.asked.empty() && IsAtOrBelow(*asked, known_.asked);
-  UniqueFd fd = Walk(root(), known ? known_.spelled + asked->substr(known_.asked.size()) : *asked);
+  UniqueFd fd = Walk(root(), known ? known_.spelled + asked->substr(known_.asked.size()) : *asked,
+                     Mounts::kEnter);
   if (fd || errno != ENOENT) return fd;
   std::string spelled;
-  fd = StepByStep(root(), *asked, &spelled);
+  fd = StepByStep(root(), *asked, Mounts::kEnter, &spelled);
   if (fd) known_ = {*asked, spelled};
   return fd;
 }
@@ -154,10 +160,10 @@ UniqueFd VolumeDrive::OpenBelow(int from, std::string_view names) {
   errno = ENOENT;
   const std::optional<std::string> asked = is_strict ? ToDiskPath(names) : std::nullopt;
   if (!asked) return UniqueFd();
-  UniqueFd fd = Walk(from, *asked);
+  UniqueFd fd = Walk(from, *asked, Mounts::kStay);
   if (fd || errno != ENOENT) return fd;
   std::string spelled;
-  return StepByStep(from, *asked, &spelled);
+  return StepByStep(from, *asked, Mounts::kStay, &spelled);
 }
 
 bool VolumeDrive::Locate(int folder, std::string_view name, Located& entry) {

@@ -17,6 +17,9 @@ struct AttributeSupport {
   bool ntfs = true, dos = true, samba = true, created = true;
 };
 
+// Whether a disk that is mounted in a folder on the way is entered.
+enum class Mounts { kStay, kEnter };
+
 // One entry of an open folder, which whoever holds this keeps open: its name there, and what lstat
 // tells.
 struct Located {
@@ -27,8 +30,8 @@ struct Located {
 
 // A folder of this system that stands for one drive. Names are looked up as they are spelled, and,
 // only where that is missing, without regard to case; those that Windows cannot have are missing.
-// No link below the folder is ever followed, no other disk mounted below it entered, and nothing
-// outside is ever reached.
+// No link below the folder is ever followed, and nothing outside is ever reached; a disk that is
+// mounted below it is entered by a path only, never from an open folder.
 //
 // Functions that fail leave the reason in errno: ELOOP when a link stands in the way, EXDEV when
 // another disk does.
@@ -40,7 +43,7 @@ class VolumeDrive {
   // Open for looking up names only (O_PATH). `folder` is the Windows path behind the drive
   // ("Users\Me"); "" is the root.
   UniqueFd OpenFolder(std::string_view folder);
-  // The same from an open folder on.
+  // The same from an open folder on, and into no other disk that is mounted below it.
   UniqueFd OpenBelow(int from, std::string_view names);
 
   // The entry itself, a link not followed. When it is missing (ENOENT) its name is as asked.
@@ -56,9 +59,9 @@ class VolumeDrive {
     std::string asked, spelled;
   };
 
-  UniqueFd Walk(int from, std::string_view spelled);
-  UniqueFd Step(int from, const std::string& spelled);
-  UniqueFd StepByStep(int from, const std::string& spelled, std::string* search);
+  UniqueFd Walk(int from, std::string_view spelled, Mounts mounts);
+  UniqueFd Step(int from, const std::string& spelled, Mounts mounts);
+  UniqueFd StepByStep(int from, const std::string& spelled, Mounts mounts, std::string* search);
 
   UniqueFd root_;
   bool has_openat2_ = true;

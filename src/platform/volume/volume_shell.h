@@ -17,9 +17,8 @@ class VolumeShell : public Shell {
  public:
   VolumeShell(VolumeFileSystem& files, System& system, VolumeUser user)
       : files_(files), system_(system), user_(user), recycler_(files, system, user) {
-    files.SetRecycler([this](const Located& file, const std::string& path) {
-      recycler_.Recycle(file, path);
-    });
+    files.SetRecycler(
+        [this](const Located& file, const std::string& path) { recycler_.Recycle(file, path); });
   }
   ~VolumeShell() override { files_.SetRecycler(nullptr); }
 

@@ -5,6 +5,13 @@
 
 namespace quellix {
 
+void SearchSystemFolderOnly() {
+  using Function = BOOL(WINAPI*)(DWORD);
+  const auto set = reinterpret_cast<Function>(reinterpret_cast<void*>(
+      GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "SetDefaultDllDirectories")));
+  if (set != nullptr) set(LOAD_LIBRARY_SEARCH_SYSTEM32);
+}
+
 void* LazyLibrary::FindAddress(const char* name) {
   if (library_ == nullptr) {
     const std::wstring folder = GrowingText([](wchar_t* text, uint32_t size) {

@@ -4,6 +4,10 @@
 
 namespace quellix {
 
+// To be called first of all: from then on libraries named without a path, by whichever library, are
+// looked for in the system folder only. Nothing on a Windows 7 that never was updated.
+void SearchSystemFolderOnly();
+
 // A library of Windows that is loaded when a function of it is first asked for: with its own
 // dependencies it would take a good part of the program's start, and most runs never need it. It
 // stays loaded, since unloading it while its threads run is not safe. Only the system folder is

@@ -68,7 +68,8 @@ UniqueFile OpenFolderIn(const UniqueFile& above, std::wstring_view name, std::st
   }
   if (status < 0) throw NtError(status, "open", shown);
   if (IsOpenLink(folder)) throw IsALink("open", shown);
-  if (GetFileType(folder.Get()) != FILE_TYPE_DISK) {
+  // A server's pipes look like a share; in a folder of a disk nothing else is.
+  if (!above && GetFileType(folder.Get()) != FILE_TYPE_DISK) {
     throw WindowsError(ERROR_ACCESS_DENIED, "open", shown);
   }
   return folder;

@@ -69,9 +69,6 @@ UniqueFile OpenAsAsked(const UniqueFile& folder, std::wstring_view name, const s
     if (ask.access & FILE_WRITE_DATA) status = NtOpen(folder.Get(), name, ask, file);
   }
   if (status < 0) throw NtError(status, "open", shown);
-  if (GetFileType(file.Get()) != FILE_TYPE_DISK) {
-    throw WindowsError(ERROR_ACCESS_DENIED, "open", shown);
-  }
   return file;
 }
 

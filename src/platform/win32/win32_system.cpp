@@ -16,11 +16,12 @@ std::string LocaleText(LCTYPE what, const std::string& otherwise) {
   return size > 0 ? Narrow(text) : otherwise;
 }
 
-// Not CP_ACP: with the program's manifest that is UTF-8, while the user's old files are not.
+// Not CP_ACP: with the program's manifest that is UTF-8, while the user's old files are not. Wine's
+// GetLocaleInfoEx knows no default of the system.
 UINT AnsiCodePage() {
   DWORD page = 0;
-  GetLocaleInfoEx(LOCALE_NAME_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
-                  reinterpret_cast<wchar_t*>(&page), sizeof page / sizeof(wchar_t));
+  GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
+                 reinterpret_cast<wchar_t*>(&page), sizeof page / sizeof(wchar_t));
   return page ? page : CP_ACP;
 }
 

@@ -121,11 +121,9 @@ TEST_F(VolumeFiles, NeitherADiskNorAnotherFolderIsTakenForTheOneThatWasOpened) {
   EXPECT_NE(files_.OpenFolder("C:\\Temp\\Sub")->Id(), id);
   EXPECT_EQ(files_.OpenFolder("C:\\moved")->Id(), id);
   EXPECT_EQ(sub->Above(), files_.OpenFolder("C:\\moved")->Above()) << "as it is now";
-  fs::remove(Native("moved"));
-  EXPECT_TRUE(KindOf([&] { sub->Above(); }));
   const std::string disk = Native("Temp/disk");
   if (mount(disk.c_str(), disk.c_str(), "tmpfs", 0, "") != 0) GTEST_SKIP() << "only root can mount";
-  EXPECT_EQ(KindOf([&] { files_.OpenFolder("C:\\Temp\\disk"); }), Error::Kind::kDenied);
+  EXPECT_TRUE(files_.OpenFolder("C:\\Temp\\disk")) << "by its path alone";
   EXPECT_EQ(KindOf([&] { files_.OpenFolder("C:\\Temp")->OpenFolder("disk"); }),
             Error::Kind::kDenied);
   EXPECT_TRUE(KindOf([&] { files_.RemoveFolder("C:\\Temp\\disk"); }));
