@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kFolders = 12, kFiles = 40;
+constexpr int kFolders = 8, kFiles = 25;
 
 // Someone who may write to what is cleaned swaps its folders for links, again and again.
 class Swap : public testing::Test {

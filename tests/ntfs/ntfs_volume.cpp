@@ -34,9 +34,11 @@ NtfsVolume::NtfsVolume() {
   fs::create_directories(QUELLIX_NTFS_FOLDER);
   setenv("TMPDIR", QUELLIX_NTFS_FOLDER, 1);
   home_.emplace();
-  const std::string image = Beside("image");
   fs::create_directory(path());
-  const std::string make = "truncate -s 48M '" + image + "' && mkfs.ntfs -q -F '" + image + "'";
+  // In memory, where there is some: each flush is one of the whole image.
+  if (access("/dev/shm", W_OK) == 0) setenv("TMPDIR", "/dev/shm", 1);
+  image_folder_.emplace();
+  const std::string make = "truncate -s 12M '" + Image() + "' && mkfs.ntfs -q -F '" + Image() + "'";
   if (Run(make) != 0) throw std::runtime_error("mkfs.ntfs failed");
   Mount("rw");
   setenv("TMPDIR", path().c_str(), 1);
@@ -48,7 +50,7 @@ NtfsVolume::~NtfsVolume() {
 }
 
 void NtfsVolume::Mount(const std::string& options) {
-  const std::string mount = "ntfs-3g -o " + options + " '" + Beside("image") + "' '" + path() + "'";
+  const std::string mount = "ntfs-3g -o " + options + " '" + Image() + "' '" + path() + "'";
   // The program that served the mount before may take a moment to let go of the image.
   for (int i = 0; i < 100; ++i) {
     if (Run(mount) == 0) return;

@@ -28,9 +28,9 @@ class NtfsVolume {
 
  private:
   void Mount(const std::string& options);
-  void Unmount();
+  std::string Image() const { return image_folder_->path() + "/image"; }
 
-  std::optional<TemporaryFolder> home_;
+  std::optional<TemporaryFolder> home_, image_folder_;
   std::string old_tmpdir_;
 };
 
