@@ -43,7 +43,8 @@ class FolderContract : public testing::Test {
 
 TEST_F(FolderContract, WhatIsNoNameIsMissing) {
   Make("a\\b", "kept");
-  for (const char* name : {"", ".", "..", "a\\b", "a/b", "a:b", "a::$DATA", "\\", "a\\", "*", "?"}) {
+  for (const char* name :
+       {"", ".", "..", "a\\b", "a/b", "a:b", "a::$DATA", "\\", "a\\", "*", "?"}) {
     SCOPED_TRACE(name);
     EXPECT_FALSE(folder_->Look(name));
     EXPECT_FALSE(folder_->IdOf(name));
@@ -96,11 +97,10 @@ TEST_F(FolderContract, AnIdentityIsTheSameByEveryWayToIt) {
   test_->MakeHardLink(At("second.txt"), At("A long folder name\\Inner\\File.txt"));
   const auto folder = folder_->OpenFolder("a LONG folder name");
   const auto inner = folder->OpenFolder("INNER");
-  const FileId kWays[] = {inner->Id(),
-                          *folder->IdOf("inner"),
-                          folder_->OpenFolder("A long folder name\\Inner")->Id(),
-                          files_.OpenFolder(At("a long folder NAME\\inner\\"))->Id(),
-                          files_.OpenFolder(test_->ShortName(At("A long folder name\\Inner")))->Id()};
+  const FileId kWays[] = {
+      inner->Id(), *folder->IdOf("inner"), folder_->OpenFolder("A long folder name\\Inner")->Id(),
+      files_.OpenFolder(At("a long folder NAME\\inner\\"))->Id(),
+      files_.OpenFolder(test_->ShortName(At("A long folder name\\Inner")))->Id()};
   for (const FileId& id : kWays) {
     EXPECT_TRUE(id.is_known());
     EXPECT_EQ(id, kWays[0]) << &id - kWays;

@@ -182,8 +182,9 @@ class Win32TestMachine : public TestMachine {
   // Symbolic links need a right that Windows gives to few, and Wine shows none of them as links.
   bool MakeFileLink(std::string_view, std::string_view) override { return false; }
   void MakeHardLink(std::string_view link, std::string_view target) override {
-    Require(CreateHardLinkW(WidePath("make", link).c_str(), WidePath("make", target).c_str(), nullptr),
-            "make the link", link);
+    Require(
+        CreateHardLinkW(WidePath("make", link).c_str(), WidePath("make", target).c_str(), nullptr),
+        "make the link", link);
   }
   std::string ShortName(std::string_view path) override {
     const std::wstring wide = Wide(path);
