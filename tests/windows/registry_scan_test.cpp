@@ -167,6 +167,7 @@ TEST_F(RegistryScanWindowTest, AnApplicationPathIsEditedAndItsKeyDeleted) {
   for (const int button : {IDCANCEL, cmdOk}) {
     SCOPED_TRACE(button);
     if (button == cmdOk) {
+      ASSERT_TRUE(Await([&] { return IsWindowEnabled(window) != 0; }));
       quellix.PressKey(list, VK_END);
       quellix.PressKey(list, VK_HOME);
       ASSERT_TRUE(Await([&] { return SendMessageW(list, LVM_GETSELECTEDCOUNT, 0, 0) == 1; }));
