@@ -43,14 +43,18 @@ class OptionsBrowseTest : public ::testing::Test {
   }
 
   const std::filesystem::path folder_ = L"C:\\quellix-tests\\br\u00F6wse";
+  // What is cleaned holds no backups.
+  const std::filesystem::path safe_ = L"C:\\quellix-tests\\s\u00E4fe";
 };
 
 TEST_F(OptionsBrowseTest, WhatIsChosenInADialogArrivesInItsField) {
   WriteBytes(folder_ / "chosen.txt", "1");
+  WriteBytes(safe_ / "older.txt", "1");
   const QuellixWindow program;
   const OptionsWindow options(program);
   ASSERT_TRUE(options.window());
   const auto folder = [&](HWND dialog) { program.SelectFolder(dialog, folder_); };
+  const auto safe = [&](HWND dialog) { program.SelectFolder(dialog, safe_); };
   const auto file = [&](HWND dialog) {
     HWND name = nullptr;
     ASSERT_TRUE(Await([&] {
@@ -68,7 +72,7 @@ TEST_F(OptionsBrowseTest, WhatIsChosenInADialogArrivesInItsField) {
     std::function<void(HWND)> choose;
     std::wstring want;
   } kRows[] = {
-      {"backups", OptionsPage::kDeletion, cmdBrowseBackup, txtBackup, folder, folder_},
+      {"backups", OptionsPage::kDeletion, cmdBrowseBackup, txtBackup, safe, safe_},
       {"ignored folders", OptionsPage::kIgnoredFolders, cmdBrowse, txtEntry, folder,
        folder_.wstring() + L"\\"},
       {"own files", OptionsPage::kUserFiles, cmdBrowse, txtEntry, file, folder_ / L"chosen.txt"},
@@ -90,7 +94,9 @@ TEST_F(OptionsBrowseTest, WhatIsChosenInADialogArrivesInItsField) {
   EXPECT_EQ(ReadBytes(ProgramFolder() / "UDIFO.txt"), path + "\r\n");
   EXPECT_EQ(ReadBytes(ProgramFolder() / "UDFI.txt"), path + "chosen.txt\r\n");
   EXPECT_EQ(ReadBytes(ProgramFolder() / "UDFO.txt"), path + "\r\n");
-  EXPECT_NE(ReadBytes(ProgramFolder() / "Settings.ini").find("Path=" + path + "\r\n"),
+  EXPECT_NE(ReadBytes(ProgramFolder() / "Settings.ini")
+                .find("Path=C:\\quellix-tests\\s\xC3\xA4"
+                      "fe\\\r\n"),
             std::string::npos);
 }
 
