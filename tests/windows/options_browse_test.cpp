@@ -43,18 +43,18 @@ class OptionsBrowseTest : public ::testing::Test {
   }
 
   const std::filesystem::path folder_ = L"C:\\quellix-tests\\br\u00F6wse";
-  // What is cleaned holds no backups.
-  const std::filesystem::path safe_ = L"C:\\quellix-tests\\s\u00E4fe";
+  const std::filesystem::path own_ =
+      L"C:\\quellix-tests\\own";  // no backups are kept where cleaned
 };
 
 TEST_F(OptionsBrowseTest, WhatIsChosenInADialogArrivesInItsField) {
   WriteBytes(folder_ / "chosen.txt", "1");
-  WriteBytes(safe_ / "older.txt", "1");
+  std::filesystem::create_directories(own_);
   const QuellixWindow program;
   const OptionsWindow options(program);
   ASSERT_TRUE(options.window());
   const auto folder = [&](HWND dialog) { program.SelectFolder(dialog, folder_); };
-  const auto safe = [&](HWND dialog) { program.SelectFolder(dialog, safe_); };
+  const auto own = [&](HWND dialog) { program.SelectFolder(dialog, own_); };
   const auto file = [&](HWND dialog) {
     HWND name = nullptr;
     ASSERT_TRUE(Await([&] {
@@ -72,12 +72,11 @@ TEST_F(OptionsBrowseTest, WhatIsChosenInADialogArrivesInItsField) {
     std::function<void(HWND)> choose;
     std::wstring want;
   } kRows[] = {
-      {"backups", OptionsPage::kDeletion, cmdBrowseBackup, txtBackup, safe, safe_},
+      {"backups", OptionsPage::kDeletion, cmdBrowseBackup, txtBackup, folder, folder_},
       {"ignored folders", OptionsPage::kIgnoredFolders, cmdBrowse, txtEntry, folder,
        folder_.wstring() + L"\\"},
       {"own files", OptionsPage::kUserFiles, cmdBrowse, txtEntry, file, folder_ / L"chosen.txt"},
-      {"own folders", OptionsPage::kUserFolders, cmdBrowse, txtEntry, folder,
-       folder_.wstring() + L"\\"},
+      {"own folders", OptionsPage::kUserFolders, cmdBrowse, txtEntry, own, own_.wstring() + L"\\"},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
@@ -93,10 +92,8 @@ TEST_F(OptionsBrowseTest, WhatIsChosenInADialogArrivesInItsField) {
   const std::string path = "C:\\quellix-tests\\br\xC3\xB6wse\\";
   EXPECT_EQ(ReadBytes(ProgramFolder() / "UDIFO.txt"), path + "\r\n");
   EXPECT_EQ(ReadBytes(ProgramFolder() / "UDFI.txt"), path + "chosen.txt\r\n");
-  EXPECT_EQ(ReadBytes(ProgramFolder() / "UDFO.txt"), path + "\r\n");
-  EXPECT_NE(ReadBytes(ProgramFolder() / "Settings.ini")
-                .find("Path=C:\\quellix-tests\\s\xC3\xA4"
-                      "fe\\\r\n"),
+  EXPECT_EQ(ReadBytes(ProgramFolder() / "UDFO.txt"), "C:\\quellix-tests\\own\\\r\n");
+  EXPECT_NE(ReadBytes(ProgramFolder() / "Settings.ini").find("Path=" + path + "\r\n"),
             std::string::npos);
 }
 
