@@ -35,10 +35,12 @@ Folder& WorkingFolder::Open(std::string_view parent) {
   if (list_.folder && parent == list_.folder_path) {
     if (path_ != parent) id_ = list_.folder->Id();
     path_ = parent;
+    opened_.reset();  // it may be what goes next
     return *list_.folder;
   }
   if (opened_ && path_ == parent) return *opened_;
   path_.clear();
+  opened_.reset();
   opened_ = OpenBelow(parent);
   if (!opened_) throw Error(Error::Kind::kMissing, std::string(parent) + " is no longer there.");
   id_ = opened_->Id();

@@ -33,8 +33,9 @@ std::vector<std::string> TemporaryNamesIn(Folder& folder) {
 
 // Who can be opened for writing alone is held by nobody.
 bool ClearOne(Folder& folder, const std::string& name, std::vector<std::string>& noted) try {
-  const auto file = folder.Open(name, OpenMode::kReadAndCreate);
+  auto file = folder.Open(name, OpenMode::kReadAndCreate);
   for (std::string& path : ReadNotes(*file)) noted.push_back(std::move(path));
+  file.reset();  // Windows removes nothing that is open
   folder.RemoveFile(name);
   return true;
 } catch (const Error&) {

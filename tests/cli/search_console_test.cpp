@@ -40,7 +40,7 @@ TEST_F(SearchConsoleTest, NothingIsRemovedWhileTheSettingsCannotBeRead) {
   machine->MakeFolder(ports.program_folder + "\\Settings.ini");
   EXPECT_EQ(Search({"unnecessary", "--delete"}).exit_code, 1);
   EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>{"one.qxj"});
-  EXPECT_EQ(Search({"unnecessary"}).exit_code, 0);
+  EXPECT_EQ(Search({"unnecessary"}).exit_code, 1) << "it is said";
 }
 
 TEST_F(SearchConsoleTest, NothingToSearchForIsTold) {

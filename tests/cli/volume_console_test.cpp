@@ -184,7 +184,7 @@ TEST_F(VolumeConsoleTest, CtrlCEndsARestore) {
   ASSERT_TRUE(program.AwaitText("is there already.")) << program.Said();
   program.Interrupt();
   EXPECT_EQ(program.Answer("a\n"), 1);
-  EXPECT_NE(program.Said().find("0 file(s) restored, 0 left as they were; stopped at your wish"),
+  EXPECT_NE(program.Said().find("0 files restored, 0 left as they were; stopped at your wish"),
             std::string::npos)
       << program.Said();
   for (const char* name : {"a.tmp", "b.tmp"}) {

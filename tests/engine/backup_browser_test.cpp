@@ -153,7 +153,7 @@ TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
 
 TEST_F(BackupBrowserTest, WhatMayRunIsShownInItsFolderInstead) {
   AddArchive("D_141120009057.zip", {"a.exe", "b.PS1", "c.lnk", "d.unheardof", "e", "f.txt.scr"});
-  machine->SetText(RegistryRoot::kCurrentUser, "Software\\Classes\\.known", "", "x");
+  machine->SetText(RegistryRoot::kLocalMachine, "Software\\Classes\\.known", "", "x");
   EXPECT_FALSE(CanRun(ports, "C:\\x\\a.b.known"));
   EXPECT_TRUE(CanRun(ports, "C:\\x\\a.exe. "));
   BackupBrowser browser(ports);
@@ -165,7 +165,7 @@ TEST_F(BackupBrowserTest, WhatMayRunIsShownInItsFolderInstead) {
     EXPECT_EQ(machine->Tree(folder).size(), row + 1) << folder;
     EXPECT_NE(browser.outcome().find("is not opened"), std::string::npos) << browser.outcome();
   }
-  machine->RemoveRegistryTree(RegistryRoot::kCurrentUser, "Software\\Classes\\.known");
+  machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, "Software\\Classes\\.known");
 }
 
 TEST_F(BackupBrowserTest, DeletesTheChosenArchive) {

@@ -22,6 +22,7 @@ class RegistryEraserTest : public RegistryFixture {
     for (const char* key : kUserKeys) Picture(kUser, key, picture);
     return picture;
   }
+  const std::string backup_folder_ = ports.program_folder + "\\Backup\\";
 };
 
 TEST_F(RegistryEraserTest, OnlyWhatIsNamedGoesAndWhatStaysIsTold) {
@@ -86,7 +87,7 @@ TEST_F(RegistryEraserTest, ATreeAsDeepAsTheyComeIsKeptAndGoes) {
   ASSERT_EQ(before.size(), 481u);
   RegistryUndo undo;
   RegistryEraser eraser(ports.registry, RegistryEraser::OnError::kTold);
-  eraser.KeepIn(undo, ports, ports.program_folder + "\\Backup\\");
+  eraser.KeepIn(undo, ports, backup_folder_);
   EXPECT_EQ(eraser.Erase({Kind::kTree, kUser, "Qx1", ""}).gone, 1u);
   EXPECT_TRUE(UserPicture().empty());
   EXPECT_TRUE(RestoreFile(UndoFiles().at(0)).problems.empty());
@@ -98,6 +99,7 @@ TEST_F(RegistryEraserTest, WhatIsNotStoredCountsAsNotDeleted) {
   const Machine full{ports.files,   unstored,     ports.shell,   ports.url_cache,
                      ports.profile, ports.system, ports.session, ports.program_folder};
   Engine run(full, view);
+  machine->RemoveRegistryTree(kUser, kRunMruKey);
   for (const char* name : {"a", "b"}) machine->SetText(kUser, kRunMruKey, name, "x");
   run.RunOneItem(*FindItem("CleanRunMRU"));
   ASSERT_EQ(view.criticals.size(), 1u);
@@ -174,12 +176,15 @@ TEST_F(RegistryEraserTest, TheGuardKnowsAKeyByWhatItIs) {
   RegistryEraser guarded(ports.registry, RegistryEraser::OnError::kSilent);
   guarded.Guard();
   for (const char* set : {"SYSTEM\\ControlSet001", "system\\currentControlSet"}) {
+    Set(kMachine, set + probe, "v", Text("1"));  // Wine keeps two sets where Windows has a link
     for (const Kind kind : {Kind::kValue, Kind::kKey, Kind::kTree}) {
       EXPECT_EQ(guarded.Erase({kind, kMachine, set + probe, "v"}).stayed, 1u) << set;
     }
     EXPECT_EQ(machine->ValueNames(kMachine, set + probe), Names{"v"});
   }
-  machine->RemoveRegistryTree(kMachine, "SYSTEM\\ControlSet001" + probe);
+  for (const char* set : {"SYSTEM\\ControlSet001", "SYSTEM\\CurrentControlSet"}) {
+    machine->RemoveRegistryTree(kMachine, set + probe);
+  }
 }
 
 }  // namespace

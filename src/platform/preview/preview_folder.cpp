@@ -225,7 +225,7 @@ void PreviewFolder::RemoveFolder(std::string_view name) {
   if (!is_empty) Fail(Error::Kind::kNotEmpty, "The folder is not empty", PathOf(name));
   if (const auto there = inner_ ? inner_->IdOf(name) : std::nullopt) {
     Record(ChangeKind::kRemoveFolder, name);
-    files_.gone_folders_.insert(*there);
+    if (!info.is_link) files_.gone_folders_.insert(*there);
   }
   Put(name, {});
 }

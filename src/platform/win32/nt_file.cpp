@@ -43,13 +43,15 @@ NtEntry Read(const char* entry, ULONG listing) {
   NtEntry result{{}, ToFileInfo(found)};
   const bool has_id = listing == kListingWithIds;
   if (has_id) std::memcpy(&result.number, entry + kIdOffset, sizeof result.number);
-  result.name = {reinterpret_cast<const wchar_t*>(entry + (has_id ? kNameOffsetWithIds : kNameOffset)),
-                 listed.name_bytes / sizeof(wchar_t)};
+  result.name = {
+      reinterpret_cast<const wchar_t*>(entry + (has_id ? kNameOffsetWithIds : kNameOffset)),
+      listed.name_bytes / sizeof(wchar_t)};
   return result;
 }
 
 // False when `visit` ended it.
-bool VisitAll(const char* entries, ULONG listing, const std::function<bool(const NtEntry&)>& visit) {
+bool VisitAll(const char* entries, ULONG listing,
+              const std::function<bool(const NtEntry&)>& visit) {
   while (true) {
     ULONG next;
     std::memcpy(&next, entries, sizeof next);
@@ -68,8 +70,8 @@ OBJECT_ATTRIBUTES ObjectIn(HANDLE folder, UNICODE_STRING& name, ULONG attributes
   return object;
 }
 
-constexpr ULONG kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
-                            FILE_ATTRIBUTE_ARCHIVE;
+constexpr ULONG kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
+                            FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
 constexpr ULONG kCarried = FILE_ATTRIBUTE_TEMPORARY | FILE_ATTRIBUTE_OFFLINE |
                            FILE_ATTRIBUTE_NOT_CONTENT_INDEXED | FILE_ATTRIBUTE_DIRECTORY;
 
@@ -101,9 +103,9 @@ NTSTATUS NtOpen(HANDLE folder, std::wstring_view name, const NtAsk& ask, UniqueF
   OBJECT_ATTRIBUTES object = ObjectIn(folder, counted, ask.object);
   IO_STATUS_BLOCK io;
   HANDLE opened = nullptr;
-  const NTSTATUS status =
-      NtCreateFile(&opened, ask.access | SYNCHRONIZE, &object, &io, nullptr, ask.attributes,
-                   ask.share, ask.disposition, ask.options | FILE_SYNCHRONOUS_IO_NONALERT, nullptr, 0);
+  const NTSTATUS status = NtCreateFile(&opened, ask.access | SYNCHRONIZE, &object, &io, nullptr,
+                                       ask.attributes, ask.share, ask.disposition,
+                                       ask.options | FILE_SYNCHRONOUS_IO_NONALERT, nullptr, 0);
   if (status >= 0) file.Reset(opened);
   return status;
 }
@@ -147,20 +149,20 @@ ReadOnlyLifted::~ReadOnlyLifted() {
 FileId IdOfOpen(const UniqueFile& file, std::string_view shown) {
   FileId id;
   static_assert(sizeof id == 24);
-  if (GetFileInformationByHandleEx(file.Get(), static_cast<FILE_INFO_BY_HANDLE_CLASS>(kIdInformation),
-                                   &id, sizeof id) &&
+  if (GetFileInformationByHandleEx(
+          file.Get(), static_cast<FILE_INFO_BY_HANDLE_CLASS>(kIdInformation), &id, sizeof id) &&
       id.is_known()) {
     return id;
   }
   BY_HANDLE_FILE_INFORMATION info;
   if (!GetFileInformationByHandle(file.Get(), &info)) ThrowLastError("look at", shown);
-  return {info.dwVolumeSerialNumber,
-          {uint64_t{info.nFileIndexHigh} << 32 | info.nFileIndexLow, 0}};
+  return {info.dwVolumeSerialNumber, {uint64_t{info.nFileIndexHigh} << 32 | info.nFileIndexLow, 0}};
 }
 
 bool IsOpenLink(const UniqueFile& file) {
   FILE_ATTRIBUTE_TAG_INFO tag{};
-  if (!GetFileInformationByHandleEx(file.Get(), FileAttributeTagInfo, &tag, sizeof tag)) return false;
+  if (!GetFileInformationByHandleEx(file.Get(), FileAttributeTagInfo, &tag, sizeof tag))
+    return false;
   WIN32_FIND_DATAW found{};
   found.dwFileAttributes = tag.FileAttributes;
   found.dwReserved0 = tag.ReparseTag;

@@ -28,9 +28,9 @@ struct NtAsk {
 // `text` as the system's own calls take it; it must outlive the result.
 UNICODE_STRING Counted(std::wstring_view text);
 
-// Opens `name` in the open `folder`, taken literally: no device has a name here, and blanks and dots
-// at its end are part of it. "" is the folder itself. With a null folder the name is a full path of
-// the object manager ("\??\C:\Temp").
+// Opens `name` in the open `folder`, taken literally: no device has a name here, and blanks and
+// dots at its end are part of it. "" is the folder itself. With a null folder the name is a full
+// path of the object manager ("\??\C:\Temp").
 NTSTATUS NtOpen(HANDLE folder, std::wstring_view name, const NtAsk& ask, UniqueFile& file);
 
 // The statuses with a meaning of their own here.
@@ -65,7 +65,8 @@ NTSTATUS NtQuery(const UniqueFile& file, int information_class, Info& info) {
                                 static_cast<FILE_INFORMATION_CLASS>(information_class));
 }
 template <typename Info>
-NTSTATUS NtSet(const UniqueFile& file, int information_class, Info& info, size_t size = sizeof(Info)) {
+NTSTATUS NtSet(const UniqueFile& file, int information_class, Info& info,
+               size_t size = sizeof(Info)) {
   IO_STATUS_BLOCK io;
   return NtSetInformationFile(file.Get(), &io, &info, static_cast<ULONG>(size),
                               static_cast<FILE_INFORMATION_CLASS>(information_class));
@@ -120,7 +121,8 @@ struct NtEntry {
 };
 
 // Visits the entries of an open folder (FILE_LIST_DIRECTORY), "." and ".." included, or the one of
-// the name `only`, until `visit` returns false. A handle lists once. kNoSuchFile when there is none.
+// the name `only`, until `visit` returns false. A handle lists once. kNoSuchFile when there is
+// none.
 NTSTATUS NtList(const UniqueFile& folder, std::wstring_view only,
                 const std::function<bool(const NtEntry&)>& visit);
 

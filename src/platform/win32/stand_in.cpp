@@ -1,7 +1,6 @@
 #include "platform/win32/stand_in.h"
 
 #include "platform/error.h"
-#include "platform/win32/nt_file.h"
 #include "platform/win32/win32_path.h"
 
 namespace quellix {
@@ -16,7 +15,8 @@ void RefuseFollowedLink(const UniqueFile& folder, std::wstring_view name, std::s
   if (!IsStandIn()) return;
   bool is_link = false;
   UniqueFile listing;
-  NtOpen(folder.Get(), L"", {.access = FILE_LIST_DIRECTORY, .options = FILE_DIRECTORY_FILE}, listing);
+  NtOpen(folder.Get(), L"", {.access = FILE_LIST_DIRECTORY, .options = FILE_DIRECTORY_FILE},
+         listing);
   NtList(listing, name, [&](const NtEntry& entry) {
     is_link = entry.info.is_link;
     return false;
@@ -40,6 +40,12 @@ void RefuseMovedFolder(const UniqueFile& folder, std::wstring_view path, std::st
   if (!IsStandIn() || IsWhereItWasOpened(folder, path)) return;
   throw Error(Error::Kind::kDenied, "Cannot " + std::string(action) + " " + std::string(shown) +
                                         ": its folder has been moved meanwhile.");
+}
+
+NTSTATUS LookByPath(const UniqueFile& folder, std::wstring_view path, std::wstring_view name,
+                    NtOverview& overview) {
+  if (!IsWhereItWasOpened(folder, path)) return kAccessDenied;
+  return NtLook(nullptr, NtPath(path) + L'\\' + std::wstring(name), overview);
 }
 
 }  // namespace quellix

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "platform/win32/unique.h"
+#include "platform/win32/nt_file.h"
 
 namespace quellix {
 
@@ -19,12 +19,17 @@ void RefuseFollowedLink(const UniqueFile& folder, std::wstring_view name, std::s
 
 // It removes and renames by the path a folder had when it was opened: where that leads elsewhere by
 // now, a removal does nothing and says so to nobody, and a renaming meets another file. Whether an
-// open folder is still at `path`, its FinalPath; asking for a missing name instead would make it read
-// the whole folder each time.
+// open folder is still at `path`, its FinalPath; asking for a missing name instead would make it
+// read the whole folder each time.
 bool IsWhereItWasOpened(const UniqueFile& folder, std::wstring_view path);
 
 // Throws Error (kDenied) when it is not.
 void RefuseMovedFolder(const UniqueFile& folder, std::wstring_view path, std::string_view action,
                        std::string_view shown);
+
+// It cannot look at a name in an open folder; this looks by the path. Neither success nor missing
+// where the folder has been moved.
+NTSTATUS LookByPath(const UniqueFile& folder, std::wstring_view path, std::wstring_view name,
+                    NtOverview& overview);
 
 }  // namespace quellix

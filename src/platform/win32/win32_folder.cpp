@@ -20,11 +20,12 @@ bool IsDots(std::wstring_view name) { return name == L"." || name == L".."; }
 
 // Reads from a folder ask for little where little is granted: what is in it may be reached by name
 // even where it may not be listed.
-constexpr ACCESS_MASK kFolderAccess[] = {
-    FILE_LIST_DIRECTORY | FILE_TRAVERSE | FILE_READ_ATTRIBUTES,
-    FILE_TRAVERSE | FILE_READ_ATTRIBUTES, FILE_READ_ATTRIBUTES};
+constexpr ACCESS_MASK kFolderAccess[] = {FILE_LIST_DIRECTORY | FILE_TRAVERSE | FILE_READ_ATTRIBUTES,
+                                         FILE_TRAVERSE | FILE_READ_ATTRIBUTES,
+                                         FILE_READ_ATTRIBUTES};
 
-NTSTATUS OpenWithWhatIsGranted(HANDLE above, std::wstring_view name, NtAsk ask, UniqueFile& folder) {
+NTSTATUS OpenWithWhatIsGranted(HANDLE above, std::wstring_view name, NtAsk ask,
+                               UniqueFile& folder) {
   ask.options |= FILE_DIRECTORY_FILE;
   NTSTATUS status = kAccessDenied;
   for (const ACCESS_MASK access : kFolderAccess) {
@@ -36,8 +37,8 @@ NTSTATUS OpenWithWhatIsGranted(HANDLE above, std::wstring_view name, NtAsk ask, 
 }
 
 Error IsALink(std::string_view action, std::string_view shown) {
-  return Error(Error::Kind::kDenied, "Cannot " + std::string(action) + " " + std::string(shown) +
-                                         ": it is a link.");
+  return Error(Error::Kind::kDenied,
+               "Cannot " + std::string(action) + " " + std::string(shown) + ": it is a link.");
 }
 
 // The folders above a final path ("\\?\C:\a\b"), nearest first, each without "\" at its end.
@@ -99,8 +100,9 @@ UniqueFile Win32Folder::OpenEntry(std::string_view action, std::string_view name
 
 UniqueFile Win32Folder::OpenListing(ULONG share) const {
   UniqueFile listing;
-  const NTSTATUS status = Try(
-      L"", {.access = FILE_LIST_DIRECTORY, .share = share, .options = FILE_DIRECTORY_FILE}, listing);
+  const NTSTATUS status =
+      Try(L"", {.access = FILE_LIST_DIRECTORY, .share = share, .options = FILE_DIRECTORY_FILE},
+          listing);
   if (status < 0) throw NtError(status, "open", shown_);
   return listing;
 }
@@ -164,14 +166,13 @@ std::optional<FileInfo> Win32Folder::Look(std::string_view name, Detail) {
   return IsName(name) ? LookAt(Wide(name)) : std::nullopt;
 }
 
-std::optional<FileInfo> Win32Folder::LookAt(std::wstring_view wide) const {
-  if (!IsStandIn()) {
-    NtOverview overview;
-    const NTSTATUS status = NtLook(folder_.Get(), wide, overview);
-    if (IsMissing(status)) return std::nullopt;
-    if (status >= 0 && !(overview.attributes & FILE_ATTRIBUTE_REPARSE_POINT)) {
-      return ToFileInfo(overview);
-    }
+std::optional<FileInfo> Win32Folder::LookAt(std::wstring_view wide) {
+  NtOverview overview;
+  const NTSTATUS status = IsStandIn() ? LookByPath(folder_, FinalPathHere(), wide, overview)
+                                      : NtLook(folder_.Get(), wide, overview);
+  if (IsMissing(status) && status != kNoSuchFile) return std::nullopt;  // Wine: a link to nowhere
+  if (status >= 0 && !(overview.attributes & FILE_ATTRIBUTE_REPARSE_POINT)) {
+    return ToFileInfo(overview);
   }
   const std::optional<NtEntry> found = Find(wide);
   return found ? std::optional(found->info) : std::nullopt;

@@ -45,7 +45,7 @@ class Win32Folder : public Folder {
   // Opens an entry itself; throws Error.
   UniqueFile OpenEntry(std::string_view action, std::string_view name, const NtAsk& ask) const;
   UniqueFile OpenListing(ULONG share = kShareAll) const;
-  std::optional<FileInfo> LookAt(std::wstring_view name) const;
+  std::optional<FileInfo> LookAt(std::wstring_view name);
   std::optional<NtEntry> Find(std::wstring_view name) const;  // without its name
   UniqueFile OpenThrough(std::wstring_view names);
   const std::wstring& FinalPathHere();  // asked for once; for what Wine does otherwise
@@ -56,7 +56,7 @@ class Win32Folder : public Folder {
   void RemoveReadOnly(std::wstring_view wide, std::string_view name, ULONG kind);
   void CheckGone(std::wstring_view wide, std::string_view name, ULONG kind);
 
-  UniqueFile OpenReplaced(std::string_view name) const;
+  UniqueFile OpenReplaced(std::string_view name);
   // Rename, with an action and a path for messages.
   void GiveName(std::string_view action, const std::string& shown, std::string_view from,
                 std::string_view to, IfThere if_there);

@@ -205,8 +205,8 @@ std::vector<Extent> Win32RandomFile::Allocated() {
   while (asked.FileOffset.QuadPart < end.QuadPart) {
     asked.Length.QuadPart = end.QuadPart - asked.FileOffset.QuadPart;
     DWORD bytes = 0;
-    const bool all = DeviceIoControl(file_.Get(), FSCTL_QUERY_ALLOCATED_RANGES, &asked, sizeof asked,
-                                     told, sizeof told, &bytes, nullptr);
+    const bool all = DeviceIoControl(file_.Get(), FSCTL_QUERY_ALLOCATED_RANGES, &asked,
+                                     sizeof asked, told, sizeof told, &bytes, nullptr);
     if (!all && GetLastError() != ERROR_MORE_DATA) {
       return {{0, static_cast<uint64_t>(end.QuadPart)}};
     }

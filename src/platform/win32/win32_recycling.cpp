@@ -60,7 +60,8 @@ std::wstring ForTheShell(std::wstring_view path) {
 // devices, as something else.
 void CheckPath(const std::wstring& path, const std::string& shown) {
   if (path.size() >= MAX_PATH) {
-    throw CannotRecycle(Error::Kind::kOther, shown, "the path is longer than the recycle bin allows.");
+    throw CannotRecycle(Error::Kind::kOther, shown,
+                        "the path is longer than the recycle bin allows.");
   }
   wchar_t read[MAX_PATH];
   const DWORD length = GetFullPathNameW(path.c_str(), MAX_PATH, read, nullptr);
@@ -82,7 +83,8 @@ void Win32Folder::Recycle(std::string_view name) {
   file.Reset();
   const UniqueFile held = HoldInPlace(shown);
   const std::wstring place = ForTheShell(FinalPath(held));
-  if (place.empty()) throw CannotRecycle(Error::Kind::kOther, shown, "its drive has no recycle bin.");
+  if (place.empty())
+    throw CannotRecycle(Error::Kind::kOther, shown, "its drive has no recycle bin.");
   const std::wstring path = place + L'\\' + Wide(name);
   CheckPath(path, shown);
   com_.Start();

@@ -68,8 +68,7 @@ void Win32Folder::Remove(std::string_view name, ULONG kind) {
 bool Win32Folder::RemoveAtOnce(std::wstring_view wide, std::string_view name, ULONG kind) {
   if (!removes_at_once_ || !knows_removal_at_once) return false;
   UniqueFile file;
-  NTSTATUS status =
-      Try(wide, {.access = DELETE, .options = kind | FILE_OPEN_REPARSE_POINT}, file);
+  NTSTATUS status = Try(wide, {.access = DELETE, .options = kind | FILE_OPEN_REPARSE_POINT}, file);
   if (status < 0) throw NtError(status, "remove", At(name));
   ULONG how = kAtOnce;
   status = NtSet(file, kDispositionEx, how);
@@ -80,8 +79,8 @@ bool Win32Folder::RemoveAtOnce(std::wstring_view wide, std::string_view name, UL
   return false;
 }
 
-// The name goes with the last handle. Nobody else may have one, and so it is ours: opened by others,
-// the file stays.
+// The name goes with the last handle. Nobody else may have one, and so it is ours: opened by
+// others, the file stays.
 void Win32Folder::RemoveWithLastUser(std::wstring_view wide, std::string_view name, ULONG kind) {
   UniqueFile file;
   const bool is_folder = kind == FILE_DIRECTORY_FILE;
@@ -118,8 +117,8 @@ void Win32Folder::RemoveReadOnly(std::wstring_view wide, std::string_view name, 
 void Win32Folder::CheckGone(std::wstring_view wide, std::string_view name, ULONG kind) {
   if (IsStandIn() && IsWhereItWasOpened(folder_, FinalPathHere())) return;
   UniqueFile left;
-  const NTSTATUS status = Try(
-      wide, {.access = FILE_READ_ATTRIBUTES, .options = kind | FILE_OPEN_REPARSE_POINT}, left);
+  const NTSTATUS status =
+      Try(wide, {.access = FILE_READ_ATTRIBUTES, .options = kind | FILE_OPEN_REPARSE_POINT}, left);
   if (IsMissing(status)) return;
   RefuseMovedFolder(folder_, FinalPathHere(), "remove", At(name));
   throw WindowsError(ERROR_SHARING_VIOLATION, "remove", At(name));
@@ -183,8 +182,8 @@ void Win32Folder::Rename(std::string_view from, std::string_view to, IfThere if_
   GiveName("rename", At(from), from, to, if_there);
 }
 
-void Win32Folder::GiveName(std::string_view action, const std::string& shown,
-                           std::string_view from, std::string_view to, IfThere if_there) {
+void Win32Folder::GiveName(std::string_view action, const std::string& shown, std::string_view from,
+                           std::string_view to, IfThere if_there) {
   const std::wstring wide_from = NameFor(action, from), wide_to = NameFor(action, to);
   RefuseFollowedLink(folder_, wide_from, action, shown);
   RefuseMovedFolder(folder_, FinalPathHere(), action, shown);

@@ -4,8 +4,8 @@
 #include "platform/path.h"
 #include "platform/win32/nt_file.h"
 #include "platform/win32/win32_error.h"
-#include "platform/win32/win32_random_file.h"
 #include "platform/win32/win32_path.h"
+#include "platform/win32/win32_random_file.h"
 #include "platform/win32/win32_text.h"
 
 // A file's further streams. They are opened relative to the open file, whatever its name means by
@@ -36,9 +36,9 @@ std::vector<StreamInfo> Win32RandomFile::Streams() {
   IO_STATUS_BLOCK io;
   NTSTATUS status;
   while (true) {
-    status = NtQueryInformationFile(file_.Get(), &io, buffer.data(),
-                                    static_cast<ULONG>(buffer.size()),
-                                    static_cast<FILE_INFORMATION_CLASS>(kStreamInformation));
+    status =
+        NtQueryInformationFile(file_.Get(), &io, buffer.data(), static_cast<ULONG>(buffer.size()),
+                               static_cast<FILE_INFORMATION_CLASS>(kStreamInformation));
     if (static_cast<ULONG>(status) != 0x80000005 && static_cast<ULONG>(status) != 0xC0000004) break;
     buffer.resize(buffer.size() * 4);
   }
@@ -57,7 +57,8 @@ std::vector<StreamInfo> Win32RandomFile::Streams() {
 }
 
 UniqueFile Win32RandomFile::OpenStream(std::string_view name, bool writes) {
-  if (!IsName(name)) throw WindowsError(ERROR_FILE_NOT_FOUND, "open", path_ + ":" + std::string(name));
+  if (!IsName(name))
+    throw WindowsError(ERROR_FILE_NOT_FOUND, "open", path_ + ":" + std::string(name));
   UniqueFile stream;
   const NTSTATUS status =
       NtOpen(file_.Get(), L":" + Wide(name) + std::wstring(kData),
@@ -78,7 +79,8 @@ std::string Win32RandomFile::ReadStream(std::string_view name) {
 
 void Win32RandomFile::WriteStream(std::string_view name, std::string_view bytes) {
   DWORD flags = 0;
-  if (!GetVolumeInformationByHandleW(file_.Get(), nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) ||
+  if (!GetVolumeInformationByHandleW(file_.Get(), nullptr, 0, nullptr, nullptr, &flags, nullptr,
+                                     0) ||
       !(flags & FILE_NAMED_STREAMS)) {
     RandomFile::WriteStream(name, bytes);
   }

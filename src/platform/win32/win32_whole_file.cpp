@@ -7,7 +7,7 @@
 
 namespace quellix {
 // What of an old file the new one takes over; nothing of what is not there.
-UniqueFile Win32Folder::OpenReplaced(std::string_view name) const {
+UniqueFile Win32Folder::OpenReplaced(std::string_view name) {
   if (!IsName(name)) throw WindowsError(ERROR_INVALID_NAME, "write", At(name));
   const std::optional<FileInfo> info = LookAt(Wide(name));
   if (!info) return {};

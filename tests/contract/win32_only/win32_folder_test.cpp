@@ -33,11 +33,11 @@ TEST_F(Win32FolderTest, WhatSomeoneElseHoldsIsSaidToBeInUseOrIsGone) {
     const char* row;
     DWORD access, share;
     bool always_refused;
-  } kRows[] = {{"shares nothing", GENERIC_READ, 0, true},
-               {"shares reading", GENERIC_READ, FILE_SHARE_READ, true},
-               {"shares all but removal", GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
-               {"shares all", GENERIC_READ,
-                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, false}};
+  } kRows[] = {
+      {"shares nothing", GENERIC_READ, 0, true},
+      {"shares reading", GENERIC_READ, FILE_SHARE_READ, true},
+      {"shares all but removal", GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
+      {"shares all", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, false}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.row);
     test_->MakeFile(At("file"), "x");
@@ -88,7 +88,8 @@ TEST_F(Win32FolderTest, WhatTheRecycleBinWouldMistakeIsRefusedAndStays) {
   }
   refuses(*folder_->OpenFolder(deep), "file of a long path", Kind::kOther, "longer than");
   {
-    const UniqueFile holder = Hold("", DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+    const UniqueFile holder =
+        Hold("", DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
     refuses(*folder_, "a", Kind::kDenied, "cannot be kept in its place");
   }
   EXPECT_EQ(files_.ReadWholeFile(At("a")), "another");
