@@ -192,6 +192,16 @@ std::string OptionList::Add(std::string_view text, std::string_view description)
   return why;
 }
 
+std::string OptionList::Question(std::string_view text) const {
+  text = TrimBlanks(text);
+  if (page_.page != OptionsPage::kUserFolders || !WhyNotText(text).empty()) return {};
+  const auto folder = OpenForList(machine_, text);
+  if (!folder || !LoadPlaces(machine_).IsPersonal(*folder)) return {};
+  return std::string(text) +
+         " is one of your own folders. Each run of the item User-defined folders removes all files "
+         "in it and below it. Add it?";
+}
+
 std::string OptionList::Change(size_t row, std::string_view text, std::string_view description) {
   text = TrimBlanks(text);
   if (page_.page == OptionsPage::kIgnoredExtensions) text = WithoutDot(text);

@@ -47,6 +47,9 @@ class OptionList {
   // Both return "" or, having changed nothing, a sentence why not. Blanks around the texts go. An
   // added row is the last one, ticked.
   std::string Add(std::string_view text, std::string_view description);
+  // What to ask before an entry is added or changed to this: a folder whose files go is one that
+  // its user knows, as Downloads. "" when nothing needs asking.
+  std::string Question(std::string_view text) const;
   std::string Change(size_t row, std::string_view text, std::string_view description);
   void Remove(std::span<const size_t> rows);  // in ascending order
   void Toggle(size_t row) { rows_[row].ticked = !rows_[row].ticked; }

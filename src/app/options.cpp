@@ -1,5 +1,8 @@
 #include "app/options.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "app/settings.h"
 #include "platform/error.h"
 #include "platform/path.h"
@@ -8,29 +11,59 @@
 namespace quellix {
 namespace {
 
-// Whether a path is a folder or lies below it, as both are written.
-bool LiesIn(std::string_view path, std::string_view folder) {
-  const std::string inner = WithBackslash(TrimBlanks(path));
-  const std::string outer = WithBackslash(TrimBlanks(folder));
-  return outer.size() > 1 && EqualsNoCase(std::string_view(inner).substr(0, outer.size()), outer);
+// Where a folder is: itself, by what it is, and those above it. A missing one begins with the
+// nearest that is there.
+struct Place {
+  std::string path;
+  std::vector<FileId> folders;
+  bool is_there = false;
+};
+
+Place PlaceOf(const Machine& machine, std::string_view path) {
+  Place place{WithBackslash(TrimBlanks(path)), {}, false};
+  if (path.starts_with("\\\\")) return place;  // a server that does not answer would be waited for
+  for (std::string_view at = place.path; !at.empty();) {
+    try {
+      if (const auto folder = machine.files.OpenFolder(at)) {
+        place.folders = folder->Above();
+        place.folders.insert(place.folders.begin(), folder->Id());
+        place.is_there = at.size() == place.path.size();
+        break;
+      }
+    } catch (const Error&) {  // closed to us, or a link
+    }
+    const std::string_view above = FolderPart(WithoutBackslash(at));
+    at = above.size() < at.size() ? above : "";
+  }
+  return place;
+}
+
+// Whether `outer` is `inner` or holds it: as they are written, for what is not there yet, or as
+// they are.
+bool Holds(const Place& outer, const Place& inner) {
+  const auto start = std::string_view(inner.path).substr(0, outer.path.size());
+  return (outer.path.size() > 1 && EqualsNoCase(start, outer.path)) ||
+         (outer.is_there && std::ranges::count(inner.folders, outer.folders.front()) > 0);
 }
 
 // What lies in the folder of the backups stays in every run, so it must not hold what is cleaned;
 // and where it lies in a folder that is emptied by others, the backups are soon lost.
-std::string WhyNotForBackups(const Machine& machine, std::string_view backups,
+std::string WhyNotForBackups(const Machine& machine, std::string_view path,
                              const OptionList& own_folders) {
-  System& system = machine.system;
-  const std::string profile = system.Environment("USERPROFILE").value_or("");
-  std::vector<std::string> cleaned = {system.TempFolder()};
+  const Place backups = PlaceOf(machine, path);
+  std::vector<std::string> cleaned = {machine.system.TempFolder()};
   for (const ListRow& row : own_folders.rows()) cleaned.push_back(row.text);
-  for (const std::string& folder : cleaned) {
-    if (LiesIn(folder, backups)) return "It holds " + folder + ", which is cleaned.";
-    if (LiesIn(backups, folder)) return "It lies in " + folder + ", which is cleaned.";
+  for (const std::string& each : cleaned) {
+    const Place folder = PlaceOf(machine, each);
+    if (Holds(backups, folder)) return "It holds " + each + ", which is cleaned.";
+    if (Holds(folder, backups)) return "It lies in " + each + ", which is cleaned.";
   }
-  for (const std::string& folder : {system.WindowsFolder(), profile}) {
-    if (!folder.empty() && LiesIn(folder, backups)) return "It holds " + folder + ".";
+  const Place windows = PlaceOf(machine, machine.system.WindowsFolder());
+  const Place profile = PlaceOf(machine, machine.system.Environment("USERPROFILE").value_or(""));
+  for (const Place* each : {&windows, &profile}) {
+    if (Holds(backups, *each)) return "It holds " + each->path + ".";
   }
-  return LiesIn(backups, system.WindowsFolder()) ? "It lies in the folder of Windows." : "";
+  return Holds(windows, backups) ? "It lies in the folder of Windows." : "";
 }
 
 std::string_view TitleOf(const OptionList& list) { return list.page().title; }

@@ -135,6 +135,8 @@ void OptionsListPage::OnListNotify(const NMHDR& header) {
 void OptionsListPage::Put(bool add) {
   const std::optional<size_t> selected = OnlyRow();
   if (!add && !selected) return;
+  const std::string question = list_.Question(TextOf(txtEntry));
+  if (!question.empty() && !context().prompts.AskYesNo(question)) return FocusOn(txtEntry);
   const std::string description = Has(txtDescription) ? TextOf(txtDescription) : "";
   const std::string why = add ? list_.Add(TextOf(txtEntry), description)
                               : list_.Change(*selected, TextOf(txtEntry), description);

@@ -106,8 +106,7 @@ TEST_F(ConsoleTest, FilesThatStayAreSaidByTheExitCode) {
     const auto lock = machine->LockFile(temp + "locked.tmp");
     const ProgramResult result = Clean({"--item", "CleanTempFiles", "--method", "wipe"});
     EXPECT_EQ(result.exit_code, 3);
-    EXPECT_NE(result.output.find("Some files were not deleted"),
-              std::string::npos);
+    EXPECT_NE(result.output.find("Some files were not deleted"), std::string::npos);
   }
   EXPECT_EQ(Clean({"--item", "CleanTempFiles", "--method", "recycle"}).exit_code, 0);
   StoreMachine(*machine);

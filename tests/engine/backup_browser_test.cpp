@@ -136,7 +136,7 @@ TEST_F(BackupBrowserTest, SaysWhatIsRefusedAndRepairsOnRequest) {
 }
 
 TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
-  machine->SetText(RegistryRoot::kCurrentUser, "Software\\Classes\\.txt", "", "txtfile");
+  machine->SetText(RegistryRoot::kLocalMachine, "Software\\Classes\\.txt", "", "txtfile");
   engine.state().FixedRemovalMode = kDelete;  // of earlier copies
   engine.RunOneItem(*FindItem("CleanTempFiles"));
   std::string copy;

@@ -99,6 +99,19 @@ TEST_F(OptionListTest, EachListTakesItsKindOfEntryOnly) {
   }
 }
 
+TEST_F(OptionListTest, AFolderThatItsUserKnowsIsAskedFor) {
+  const std::string downloads = ports.system.Environment("USERPROFILE").value() + "\\Downloads";
+  machine->MakeFolder(downloads + "\\Old");
+  const OptionList folders(ports, PageNamed(OptionsPage::kUserFolders));
+  for (const std::string& path : {downloads, " " + UpCase(downloads) + "\\ "}) {
+    EXPECT_NE(folders.Question(path).find("one of your own folders"), std::string::npos) << path;
+  }
+  for (const std::string& path : {downloads + "\\Old", downloads + "\\none", std::string("x")}) {
+    EXPECT_EQ(folders.Question(path), "") << path;
+  }
+  EXPECT_EQ(OptionList(ports, PageNamed(OptionsPage::kUserFiles)).Question(downloads), "");
+}
+
 TEST_F(OptionListTest, FileTypesAreWrittenToTheByte) {
   WriteProgramFile("UNFI.txt",
                    "1\x01*.tmp\x01Temporary\r\n\r\n0\x01*.old\r\n2\x01*.a\x01"

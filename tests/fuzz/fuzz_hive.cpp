@@ -21,13 +21,13 @@ class QuietView : public ScanView {
   bool has_problem = false;
 };
 
-struct Outcome {
+struct ScanOutcome {
   size_t rows = 0;
   bool has_problem = false;
 };
 
 // Lists what leads nowhere in the hive, and deletes it when asked.
-Outcome Scan(const VolumeFile& file, bool remove) {
+ScanOutcome Scan(const VolumeFile& file, bool remove) {
   const Machine machine = file.machine();
   HivePaths paths;
   paths.software = file.path();
@@ -38,7 +38,7 @@ Outcome Scan(const VolumeFile& file, bool remove) {
   const auto scan = MakeScan(ScanTool::kFileReferences, fuzzed, view);
   scan->SetThorough(true);
   scan->StartScan();
-  const Outcome outcome{scan->RowCount(), view.has_problem};
+  const ScanOutcome outcome{scan->RowCount(), view.has_problem};
   for (size_t i = 0; i < scan->RowCount(); ++i) scan->SetChecked(i, true);
   if (remove) scan->DeleteChecked(false);
   try {
@@ -63,7 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Scan(file, has_settings);
   const std::string written = ReadNative(file.native());
   if (written == bytes) return 0;
-  const Outcome again = Scan(file, false);
+  const ScanOutcome again = Scan(file, false);
   if (again.has_problem) std::abort();
   return 0;
 }

@@ -52,7 +52,7 @@ std::unique_ptr<ZipReader> Open(const std::shared_ptr<std::string>& bytes) {
 }
 
 // The whole entries of an archive in another one; their number.
-uint64_t Repair(const std::shared_ptr<std::string>& bytes,
+uint64_t RepairInto(const std::shared_ptr<std::string>& bytes,
                 const std::shared_ptr<std::string>& repaired) {
   const auto stream = Stream(bytes);
   const ZipScan scan = ScanArchive(*stream, nullptr);
@@ -111,7 +111,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Check(*bytes == before);
     if (!found) return 0;
     const auto repaired = std::make_shared<std::string>();
-    const uint64_t count = Repair(bytes, repaired);
+    const uint64_t count = RepairInto(bytes, repaired);
     Check(reader->count() == count && *bytes == before);
     reader = Open(repaired);
     Check(reader && reader->count() == count);

@@ -207,7 +207,7 @@ TEST_F(FrmBackupsTest, EveryControlHasAKeyOfItsOwnAndATabStop) {
       EXPECT_TRUE(letters.insert(static_cast<wchar_t>(towlower(text[ampersand + 1]))).second);
     }
   }
-  EXPECT_EQ(letters.size(), 11u);
+  EXPECT_EQ(letters.size(), 12u);
 }
 
 }  // namespace

@@ -43,14 +43,18 @@ class OptionsBrowseTest : public ::testing::Test {
   }
 
   const std::filesystem::path folder_ = L"C:\\quellix-tests\\br\u00F6wse";
+  const std::filesystem::path own_ =
+      L"C:\\quellix-tests\\own";  // no backups are kept where cleaned
 };
 
 TEST_F(OptionsBrowseTest, WhatIsChosenInADialogArrivesInItsField) {
   WriteBytes(folder_ / "chosen.txt", "1");
+  std::filesystem::create_directories(own_);
   const QuellixWindow program;
   const OptionsWindow options(program);
   ASSERT_TRUE(options.window());
   const auto folder = [&](HWND dialog) { program.SelectFolder(dialog, folder_); };
+  const auto own = [&](HWND dialog) { program.SelectFolder(dialog, own_); };
   const auto file = [&](HWND dialog) {
     HWND name = nullptr;
     ASSERT_TRUE(Await([&] {
@@ -72,8 +76,7 @@ TEST_F(OptionsBrowseTest, WhatIsChosenInADialogArrivesInItsField) {
       {"ignored folders", OptionsPage::kIgnoredFolders, cmdBrowse, txtEntry, folder,
        folder_.wstring() + L"\\"},
       {"own files", OptionsPage::kUserFiles, cmdBrowse, txtEntry, file, folder_ / L"chosen.txt"},
-      {"own folders", OptionsPage::kUserFolders, cmdBrowse, txtEntry, folder,
-       folder_.wstring() + L"\\"},
+      {"own folders", OptionsPage::kUserFolders, cmdBrowse, txtEntry, own, own_.wstring() + L"\\"},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
@@ -89,7 +92,7 @@ TEST_F(OptionsBrowseTest, WhatIsChosenInADialogArrivesInItsField) {
   const std::string path = "C:\\quellix-tests\\br\xC3\xB6wse\\";
   EXPECT_EQ(ReadBytes(ProgramFolder() / "UDIFO.txt"), path + "\r\n");
   EXPECT_EQ(ReadBytes(ProgramFolder() / "UDFI.txt"), path + "chosen.txt\r\n");
-  EXPECT_EQ(ReadBytes(ProgramFolder() / "UDFO.txt"), path + "\r\n");
+  EXPECT_EQ(ReadBytes(ProgramFolder() / "UDFO.txt"), "C:\\quellix-tests\\own\\\r\n");
   EXPECT_NE(ReadBytes(ProgramFolder() / "Settings.ini").find("Path=" + path + "\r\n"),
             std::string::npos);
 }

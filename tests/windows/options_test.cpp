@@ -206,6 +206,25 @@ TEST_F(FrmOptionsTest, EveryListIsWrittenToTheByte) {
   }
 }
 
+TEST_F(FrmOptionsTest, AFolderThatItsUserKnowsIsAddedWhenTheySaySo) {
+  const std::wstring folder = _wgetenv(L"USERPROFILE") + std::wstring(L"\\Downloads");
+  std::filesystem::create_directories(folder);
+  const QuellixWindow program;
+  const OptionsWindow options(program);
+  ASSERT_TRUE(options.window());
+  options.GoTo(OptionsPage::kUserFolders);
+  options.Type(txtEntry, folder);
+  for (const int answer : {IDNO, IDYES}) {
+    Press(options.Control(cmdAdd));
+    const HWND question = program.AwaitMessage(L"one of your own folders");
+    ASSERT_TRUE(question);
+    PressIn(question, answer);
+    EXPECT_TRUE(Await([&] { return options.CountRows(lstvList) == (answer == IDYES); }));
+  }
+  options.Type(txtEntry, L"C:\\Windows");
+  EXPECT_TRUE(options.PressAndRead(cmdAdd, L"C:\\Windows cannot be cleaned: "));
+}
+
 TEST_F(FrmOptionsTest, CookiesMoveEitherWay) {
   const std::filesystem::path folder = L"C:\\quellix-tests\\Cookies";
   const std::wstring before = RegistryText(kShellFolders, L"Cookies");
