@@ -53,7 +53,7 @@ std::unique_ptr<ZipReader> Open(const std::shared_ptr<std::string>& bytes) {
 
 // The whole entries of an archive in another one; their number.
 uint64_t RepairInto(const std::shared_ptr<std::string>& bytes,
-                const std::shared_ptr<std::string>& repaired) {
+                    const std::shared_ptr<std::string>& repaired) {
   const auto stream = Stream(bytes);
   const ZipScan scan = ScanArchive(*stream, nullptr);
   CopyEntries(*stream, scan.entries, std::make_unique<Bytes>(repaired), nullptr);
