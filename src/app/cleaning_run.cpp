@@ -23,6 +23,12 @@ void AbortRun(CleaningContext& context, std::string_view message) {
   context.view.SetCommands({});
 }
 
+// Nothing was begun. Who was not watching finds the reason in the last log.
+void RefuseRun(CleaningContext& context) {
+  if (context.state.Hidden) context.view.KeepReport(MakeReport(context));
+  ShowIdle(context, "Nothing was removed");
+}
+
 void FinishRun(CleaningContext& context) {
   FinishResults(context);
   CloseBackup(context);
@@ -67,7 +73,7 @@ std::string_view AbortMessage(const Item& item) {
 }  // namespace
 
 void RunCleaning(CleaningContext& context, const Selection& selection) {
-  BeginRun(context, selection.CountChecked());
+  if (!BeginRun(context, selection.CountChecked())) return RefuseRun(context);
   for (const Item& item : AllItems()) {
     if (selection.IsChecked(item)) RunItem(context, item);
     if (item.run_order >= kFirstItemWithStop && context.state.AbortRequested) {
@@ -79,7 +85,7 @@ void RunCleaning(CleaningContext& context, const Selection& selection) {
 }
 
 void RunOneItem(CleaningContext& context, const Item& item) {
-  BeginRun(context, 1);
+  if (!BeginRun(context, 1)) return RefuseRun(context);
   RunItem(context, item);
   if (context.state.AbortRequested) {
     AbortRun(context, AbortMessage(item));

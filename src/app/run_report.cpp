@@ -78,6 +78,9 @@ void AppendSummary(CleaningContext& context) {
   if (state.FilesBackedUp > 0) {
     log += "\r\nBacked Up " + std::to_string(state.FilesBackedUp) + " file(s)";
   }
+  if (state.FilesNotBackedUp > 0) {
+    log += "\r\nDeleted without a backup: " + std::to_string(state.FilesNotBackedUp) + " file(s)";
+  }
   for (const std::string_view sentence : StayedSentences(state)) {
     log.append("\r\n\r\n").append(sentence);
   }
@@ -91,9 +94,10 @@ std::string BriefReport(const CleaningContext& context) {
   const std::string count = std::to_string(state.RunFilesDeleted);
   return "Cleaned by itself: " + count + (state.RunFilesDeleted == 1 ? " file" : " files") + ", " +
          SpaceGained(context) + "." +
-         (state.SomeErrors        ? " Something failed; see the log."
-          : state.SomeFilesLocked ? " Some files stayed; see the log."
-                                  : "");
+         (state.SomeErrors             ? " Something failed; see the log."
+          : state.FilesNotBackedUp > 0 ? " Some files went without a backup; see the log."
+          : state.SomeFilesLocked      ? " Some files stayed; see the log."
+                                       : "");
 }
 
 RunReport MakeReport(const CleaningContext& context) {

@@ -30,15 +30,35 @@ void ResetRun(RunState& state) {
   state.Results.reset();
 }
 
+// Whether the run may begin where it is to back up. A failed backup has never kept a file from
+// being deleted unless the user is strict.
+bool CanBackUp(CleaningContext& context) {
+  RunState& state = context.state;
+  if (state.RemovalMode != kBackUp) return true;
+  const std::string why = context.backup.WhyUnusable(state.BackupFolder);
+  if (why.empty()) return true;
+  if (state.Backup.strict) {
+    ReportCritical(context, why + " Nothing was removed.");
+    return false;
+  }
+  state.RunLog.append(why).append(" What is deleted has no backup.\r\n");
+  const std::string question = why + "\n\nFiles would be deleted without a backup. Go on?";
+  if (state.Hidden || context.view.AskToGoOn(question)) return true;
+  state.AbortRequested = true;
+  return false;
+}
+
 }  // namespace
 
-void BeginRun(CleaningContext& context, int items) {
+bool BeginRun(CleaningContext& context, int items) {
   ResetRun(context.state);
   context.settings.LoadDeletionSettings(context.state);
+  if (!CanBackUp(context)) return false;
   context.view.SetCommands({.clean = false, .stop = true, .menus = false});
   context.view.SetStatus("Working...");
   context.state.Progress = {.visible = true, .max = items, .value = 0};
   context.view.SetProgress(context.state.Progress);
+  return true;
 }
 
 // The archive's directory is written last; without it the archive is repaired when it is opened.

@@ -11,7 +11,9 @@ namespace quellix {
 // The steps that every cleaner of a run shares.
 
 // Begins a run: resets its state, reads from the settings how files go, and shows the run as begun.
-void BeginRun(CleaningContext& context, int items);
+// Where files are to be backed up and cannot be, the user is asked; false when nothing may be
+// removed then: he has been told, and the run counts as failed.
+[[nodiscard]] bool BeginRun(CleaningContext& context, int items);
 
 // Finishes the archive of a run that backs up; a failure gets a line in RunLog.
 void CloseBackup(CleaningContext& context);

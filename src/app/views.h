@@ -64,6 +64,9 @@ class RunView {
   virtual void ShowLastCleaned(std::string_view text) = 0;  // lblCleanDate
   // A critical message box titled with the application's title. Never called in a hidden run.
   virtual void ShowCritical(std::string_view text) = 0;
+  // A question before anything is done, with Yes and No. Never called in a hidden run. Where nobody
+  // can answer, as in one, it is Yes.
+  virtual bool AskToGoOn(std::string_view question) = 0;
   virtual void ShowReport(const RunReport& report) = 0;  // the log window
   // The same of a hidden run: nothing is shown now.
   virtual void KeepReport(const RunReport& /*report*/) {}

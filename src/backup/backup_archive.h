@@ -19,6 +19,8 @@ class BackupArchive {
  public:
   virtual ~BackupArchive() = default;
 
+  // Why no archive can be made in `folder`, in a sentence; "" when one can. Makes the folder.
+  virtual std::string WhyUnusable(std::string_view folder) = 0;
   // Starts a new archive in `folder` (ends in "\") whose name begins with `prefix`; the one before
   // is finished. The archive and its folder are made with the first file.
   virtual void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) = 0;

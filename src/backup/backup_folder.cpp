@@ -9,19 +9,37 @@ namespace {
 
 constexpr size_t kProbe = 64 << 10;  // a disk with less room holds no archive worth the name
 
-}  // namespace
-
-std::string WhyBackupFolderCannotBeUsed(FileSystem& files, std::string_view folder) try {
+// Does `step` with the folder, made where it is missing; why that failed.
+template <typename Step>
+std::string Attempt(FileSystem& files, std::string_view folder, const Step& step) try {
   MakeFolders(files, folder);
   const auto open = files.OpenFolder(folder);
   if (!open) return "The backup folder " + std::string(folder) + " is missing.";
-  NewFile probe(*open);
-  probe.file().Write(0, std::string(kProbe, '\xA5'));
-  probe.file().Flush();
+  step(*open);
   return "";
 } catch (const Error& error) {
   return "The backup folder " + std::string(WithoutBackslash(folder)) +
          " cannot be used: " + error.what();
+}
+
+void RequireRoom(Folder& folder) {
+  const DiskRoom room = folder.Room();
+  if (room.is_read_only) throw Error(Error::Kind::kDenied, "The disk can only be read.");
+  if (room.free < kProbe) throw Error(Error::Kind::kOther, "The disk is full.");
+}
+
+}  // namespace
+
+std::string WhyBackupFolderCannotBeUsed(FileSystem& files, std::string_view folder) {
+  return Attempt(files, folder, [](Folder& open) {
+    NewFile probe(open);
+    probe.file().Write(0, std::string(kProbe, '\xA5'));
+    probe.file().Flush();
+  });
+}
+
+std::string WhyBackupFolderLooksUnusable(FileSystem& preview, std::string_view folder) {
+  return Attempt(preview, folder, RequireRoom);
 }
 
 }  // namespace quellix

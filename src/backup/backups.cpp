@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "app/protected_places.h"
 #include "app/settings.h"
 #include "backup/c_un_zip.h"
 #include "backup/registry_backups.h"
@@ -30,10 +31,6 @@ Backups::Backups(const Machine& machine, std::string folder)
 
 void Backups::OnPause(const RestorePause& pause) {
   for (const auto& reader : readers_) reader->OnPause(pause);
-}
-
-void Backups::OnFile(const RestoreGuard& guard) {
-  for (const auto& reader : readers_) reader->OnFile(guard);
 }
 
 std::string Backups::PathOf(std::string_view name) const {
@@ -90,7 +87,12 @@ std::string Backups::ExtractTemporary(std::string_view name, std::string_view en
 
 RestoreResult Backups::Restore(std::string_view name, const RestoreOrder& order, Prompts& prompts,
                                const RestorePause& pause) {
-  return Reader(name).Restore(PathOf(name), order, prompts, pause);
+  ProtectedPlaces places(machine_, folder_);
+  BackupReader& reader = Reader(name);
+  reader.OnFile([&places](Folder& folder, std::string_view file) {
+    return places.WhyNotFile(folder, file, Claim::kOwnList);
+  });
+  return reader.Restore(PathOf(name), order, prompts, pause);
 }
 
 void Backups::Delete(std::string_view name) { machine_.files.RemoveFile(PathOf(name)); }

@@ -24,7 +24,6 @@ class Backups {
 
   // See BackupReader.
   void OnPause(const RestorePause& pause);
-  void OnFile(const RestoreGuard& guard);
 
   // Newest first.
   std::vector<BackupInfo> List();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "backup/backup_folder.h"
 #include "backup/backup_names.h"
 #include "backup/zip_reader.h"
 #include "platform/error.h"
@@ -33,6 +34,10 @@ bool ModZip::Try(const std::function<void()>& step) {
     problem_ = error.what();
     return false;
   }
+}
+
+std::string ModZip::WhyUnusable(std::string_view folder) {
+  return WhyBackupFolderCannotBeUsed(files_, folder);
 }
 
 void ModZip::MakeBackupArchiveName(std::string_view folder, std::string_view prefix) {

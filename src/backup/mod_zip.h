@@ -22,6 +22,7 @@ class ModZip : public BackupArchive {
   // Called while a large file is archived; true gives that file up.
   void OnPause(std::function<bool()> pause) { pause_ = std::move(pause); }
 
+  std::string WhyUnusable(std::string_view folder) override;
   void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override;
   bool BackupFile(Folder& folder, std::string_view path) override;
   bool Flush() override;

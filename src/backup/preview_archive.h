@@ -7,10 +7,16 @@
 namespace quellix {
 
 // Stands in for the archives of a run that is only previewed: a file that can be read counts as
-// archived, and nothing is stored.
+// archived where archives could be made, and nothing is stored.
 class PreviewArchive : public BackupArchive {
  public:
-  void MakeBackupArchiveName(std::string_view, std::string_view) override {}
+  // `preview` is that of the run and must outlive this.
+  explicit PreviewArchive(FileSystem& preview) : preview_(preview) {}
+
+  std::string WhyUnusable(std::string_view folder) override;
+  void MakeBackupArchiveName(std::string_view folder, std::string_view) override {
+    problem_of_folder_ = WhyUnusable(folder);
+  }
   bool BackupFile(Folder& folder, std::string_view path) override;
   bool Flush() override { return true; }
   void DeleteBackupArchive() override {}
@@ -18,7 +24,8 @@ class PreviewArchive : public BackupArchive {
   std::string_view Problem() const override { return problem_; }
 
  private:
-  std::string problem_;
+  FileSystem& preview_;
+  std::string problem_of_folder_, problem_;
 };
 
 }  // namespace quellix

@@ -104,12 +104,6 @@ void Restorer::Put(ZipEntry entry) {
   Enter(std::string(FolderPart(path)));
   if (path.ends_with('\\')) return;  // a folder
   const std::string name = GiveName(entry, std::string(NamePart(path)));
-  if (target_.guard) {
-    const std::string reason = target_.guard(*folder_, name);
-    if (!reason.empty()) {
-      throw Error(Error::Kind::kDenied, folder_path_ + name + " is not restored: " + reason);
-    }
-  }
   const auto is_same = [&](const Written& other) { return EqualsNoCase(other.name, name); };
   if (std::ranges::any_of(written_, is_same)) PlaceAll();
   const std::optional<FileInfo> there = folder_->Look(name);
@@ -163,6 +157,10 @@ bool Restorer::MayWrite(const ZipEntry& entry, const std::string& name, const Fi
   const std::string path = folder_path_ + name;
   if (there.is_folder) {
     throw Error(Error::Kind::kOther, path + " is not restored: there is a folder of this name.");
+  }
+  const std::string reason = target_.guard ? target_.guard(*folder_, name) : "";
+  if (!reason.empty()) {
+    throw Error(Error::Kind::kDenied, path + " is not restored, as " + reason);
   }
   if (target_.mode == OverwriteMode::kNewer) {
     return LastWriteOf(entry, machine_.system) > there.last_write;

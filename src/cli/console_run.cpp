@@ -13,6 +13,10 @@ namespace {
 // Its log is printed behind the list.
 class PreviewView : public ConsoleView {
  public:
+  bool AskToGoOn(std::string_view question) override {
+    std::cerr << question << std::endl;
+    return true;
+  }
   void ShowReport(const RunReport&) override {}
 };
 
@@ -50,7 +54,7 @@ ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind) {
   if (kind == RunKind::kPreview) {
     view_ = std::make_unique<PreviewView>();
     preview_.emplace(machine);
-    archive_.emplace();
+    archive_.emplace(preview_->machine().files);
     engine_.emplace(preview_->machine(), *view_, &*archive_);
   } else {
     view_ = std::make_unique<ConsoleView>();

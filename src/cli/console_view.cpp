@@ -31,6 +31,14 @@ void ConsoleView::Yield() {
 
 void ConsoleView::ShowCritical(std::string_view text) { std::cerr << text << std::endl; }
 
+bool ConsoleView::AskToGoOn(std::string_view question) {
+  std::cerr << question << " [y]es, [n]o: " << std::flush;
+  std::string line;
+  if (std::getline(std::cin, line)) return line.starts_with('y') || line.starts_with('Y');
+  std::cerr << "\nNobody answered: going on." << std::endl;
+  return true;
+}
+
 void ConsoleView::ShowReport(const RunReport& report) {
   std::string text = report.full_log;
   std::erase(text, '\r');

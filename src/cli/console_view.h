@@ -23,6 +23,7 @@ class ConsoleView : public RunView {
   void ShowCurrentItem(const Item*) override {}
   void ShowLastCleaned(std::string_view) override {}
   void ShowCritical(std::string_view text) override;
+  bool AskToGoOn(std::string_view question) override;
   void ShowReport(const RunReport& report) override;
 
   const std::string& status() const { return status_; }

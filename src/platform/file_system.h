@@ -116,6 +116,12 @@ class RandomFile {
   virtual void WriteStream(std::string_view name, std::string_view bytes);
 };
 
+// What the disk that a folder lies on still takes.
+struct DiskRoom {
+  bool is_read_only = false;  // as it is mounted; access to the folder is another matter
+  uint64_t free = 0;          // bytes this user may still fill
+};
+
 enum class IfThere { kFail, kReplace };
 
 // One folder, held open and worked in: whatever its path comes to mean meanwhile, this is the
@@ -133,6 +139,7 @@ class Folder {
   // The folders it lies in, nearest first, up to the drive's root, as they are at this moment.
   // Throws Error when that cannot be told.
   virtual std::vector<FileId> Above() = 0;
+  virtual DiskRoom Room() = 0;  // throws Error when that cannot be told
 
   // Visits the entries, without "." and "..", in the file system's order. Entries added or removed
   // meanwhile may or may not be seen. Throws Error when the folder may not be listed.

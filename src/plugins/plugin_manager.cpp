@@ -43,6 +43,9 @@ auto FindRow(std::vector<InstalledPlugin>& rows, std::string_view file) {
 // What a run by plug-ins has to say beside its totals.
 std::string Problems(const RunState& state) {
   std::string text;
+  if (state.FilesNotBackedUp > 0) {
+    text = "\r\nDeleted without a backup: " + std::to_string(state.FilesNotBackedUp) + " file(s)";
+  }
   for (const std::string_view sentence : StayedSentences(state)) {
     text.append("\r\n").append(sentence);
   }
@@ -147,7 +150,10 @@ void PluginManager::Process(CleaningContext& context, std::span<const size_t> ro
                             const std::function<void()>& show) {
   if (rows.empty()) return;
   const RunState& state = context.state;
-  BeginRun(context, static_cast<int>(rows.size()));
+  if (!BeginRun(context, static_cast<int>(rows.size()))) {
+    status_ = "Nothing was removed";
+    return show();
+  }
   for (const size_t row : rows) {
     status_ = "Processing plugin " + rows_[row].file;
     show();
@@ -169,7 +175,7 @@ void PluginManager::Process(CleaningContext& context, std::span<const size_t> ro
 std::string ProcessTickedPlugins(CleaningContext& context) {
   const std::vector<InstalledPlugin> plugins = ReadPluginList(context.machine);
   const RunState& state = context.state;
-  BeginRun(context, 1);
+  if (!BeginRun(context, 1)) return {};
   context.view.SetStatus("Working...Processing Plugins.");
   for (const InstalledPlugin& plugin : plugins) {
     if (plugin.ticked) RunPlugin(context, ProcessedPath(context.machine, plugin.file));

@@ -11,7 +11,7 @@ PluginTrial::PluginTrial(const Machine& machine)
 
 void PluginTrial::Run(const Plugin& plugin, RunView& view) {
   settings_.LoadDeletionSettings(state_);
-  PreviewArchive archive;
+  PreviewArchive archive(preview_.machine().files);
   CleaningContext context{preview_.machine(), settings_, state_, view, archive};
   RunRecords(context, plugin);
   const ChangeLog& changes = preview_.changes();

@@ -88,6 +88,16 @@ void RunDisplay::ShowCritical(std::string_view text) {
   MessageBoxW(Front(), Wide(text).c_str(), Wide(kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
 }
 
+bool RunDisplay::AskBeforeRun(HWND owner, std::string_view question) {
+  return MessageBoxW(owner, Wide(question).c_str(), Wide(kApplicationTitle).c_str(),
+                     MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
+}
+
+bool RunDisplay::AskToGoOn(std::string_view question) {
+  Flush();
+  return AskBeforeRun(Front(), question);
+}
+
 void RunDisplay::Flush() {
   flushed_at_ = GetTickCount64();
   FlushText(lblStatus, status_, shown_status_);

@@ -33,11 +33,14 @@ class RunDisplay : public RunView {
   void ShowCurrentItem(const Item* item) override;
   void ShowLastCleaned(std::string_view text) override { last_cleaned_.assign(text); }
   void ShowCritical(std::string_view text) override;
+  bool AskToGoOn(std::string_view question) override;
   void ShowReport(const RunReport& report) override { report_ = report; }
   void KeepReport(const RunReport& report) override { report_ = report; }
   bool OpenResults(SearchResults& results) override;
   void AwaitResults() override;
 
+  // A box with Yes and No before `owner`; closing it is No.
+  static bool AskBeforeRun(HWND owner, std::string_view question);
   // Handles what waits in the thread's queue.
   static void PumpMessages();
 

@@ -40,4 +40,9 @@ void StatusView::ShowCritical(std::string_view text) {
   MessageBoxW(window_, Wide(text).c_str(), Wide(kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
 }
 
+bool StatusView::AskToGoOn(std::string_view question) {
+  Flush();
+  return RunDisplay::AskBeforeRun(window_, question);
+}
+
 }  // namespace quellix

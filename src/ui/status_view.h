@@ -22,6 +22,7 @@ class StatusView : public RunView {
   void ShowCurrentItem(const Item*) override {}
   void ShowLastCleaned(std::string_view) override {}
   void ShowCritical(std::string_view text) override;
+  bool AskToGoOn(std::string_view question) override;
   void ShowReport(const RunReport&) override {}
 
  private:

@@ -112,6 +112,10 @@ TEST_F(FolderContract, AnIdentityIsTheSameByEveryWayToIt) {
   for (const FileId& id : kOthers) EXPECT_NE(id, file) << &id - kOthers;
   EXPECT_FALSE(folder->IdOf("missing"));
 
+  const DiskRoom room = inner->Room();
+  EXPECT_FALSE(room.is_read_only);
+  EXPECT_GT(room.free, 1u << 20);
+
   const std::vector<FileId> above = inner->Above();
   ASSERT_EQ(above.size(), 3u);
   EXPECT_EQ(above[0], folder->Id());

@@ -331,8 +331,26 @@ TEST_F(BackupRestoreTest, SmallStreamsComeBackAndLargeOnesAreNamed) {
   }
 }
 
-// What others put there, of whatever name, is neither written to nor taken for ours; who may not be
-// written is asked about first.
+TEST_F(BackupRestoreTest, WhatIsPreciousIsNeverReplaced) {
+  const std::string hive = scratch + "NTUSER.DAT.LOG1";
+  ModZip zip(ports, state.Backup);
+  zip.MakeBackupArchiveName(safe, "C_");
+  for (const std::string& path : {hive, tree + "a"}) {
+    machine->MakeFile(path, "archived");
+    EXPECT_TRUE(zip.BackupFile(*OpenFolderOf(ports.files, path), path)) << path;
+    ports.files.WriteWholeFile(path, "now");
+  }
+  EXPECT_TRUE(zip.Close());
+  EXPECT_EQ(Restore({}, "", OverwriteMode::kAlways).problems,
+            std::vector<std::string>{
+                hive + " is not restored, as it is a file that Windows or this program needs."});
+  EXPECT_EQ(Read(hive), "now");
+  EXPECT_EQ(Read(tree + "a"), "archived");
+  ports.files.RemoveFile(hive);
+  EXPECT_EQ(Restore({}, "", OverwriteMode::kAlways).restored, 2u) << "what is missing comes back";
+}
+
+// What others put there, of whatever name, is neither written to nor taken for ours.
 TEST_F(BackupRestoreTest, NothingBesideTheFilesThemselvesIsTouched) {
   for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, "backup");
   Clean(tree);
@@ -344,15 +362,11 @@ TEST_F(BackupRestoreTest, NothingBesideTheFilesThemselvesIsTouched) {
     for (const std::string& name : Archives()) notes += IsTemporaryName(name);
     return false;
   };
-  backups.OnFile([&](Folder& folder, std::string_view name) {
-    EXPECT_EQ(folder.Id(), ports.files.OpenFolder(tree)->Id());
-    return name == "b" ? "it is dear." : "";
-  });
   const RestoreResult result = Restore({}, "", OverwriteMode::kAlways);
-  EXPECT_EQ(result.problems, std::vector<std::string>{tree + "b is not restored: it is dear."});
+  EXPECT_EQ(result.problems, std::vector<std::string>{});
   EXPECT_GT(notes, 0u) << "a kill would leave no trace of where it was at work";
   EXPECT_EQ(Archives().size(), 1u);
-  EXPECT_EQ(machine->Tree(tree), (std::vector<std::string>{"a", others[0], others[1]}));
+  EXPECT_EQ(machine->Tree(tree), (std::vector<std::string>{"a", "b", others[0], others[1]}));
   EXPECT_EQ(Read(tree + "a"), "backup");
   for (const std::string& name : others) EXPECT_EQ(Read(tree + name), "precious");
 }

@@ -1,7 +1,9 @@
 #include "app/exit_code.h"
 #include "app/run_report.h"
 #include "app/run_steps.h"
+#include "backup/preview_archive.h"
 #include "cleaners/skeleton.h"
+#include "platform/preview/preview_machine.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -123,6 +125,50 @@ TEST_F(CleaningRunTest, WhatFindsNothingOfItsKindSaysSoAndCountsAsSuch) {
   }
 }
 
+// A file lies where the backup folder should be.
+TEST_F(CleaningRunTest, WithoutAUsableBackupFolderOnlyWhoAgreesCleans) {
+  machine->MakeFile(scratch + "no folder", "x");
+  const struct {
+    const char* name;
+    const char* strict;
+    bool hidden, answer;
+    ExitCode exit_code;
+    bool is_preview = false;
+  } kRows[] = {{"strict", "1", false, true, kFailed},
+               {"strict and hidden", "1", true, true, kFailed},
+               {"refused", "0", false, false, kFailed},
+               {"agreed", "0", false, true, kSomeFilesStayed},
+               {"hidden", "0", true, false, kSomeFilesStayed},
+               {"previewed", "0", false, true, kSomeFilesStayed, true},
+               {"previewed, strict", "1", false, true, kFailed, true}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    WriteSettings("");
+    SeedUser();
+    WriteSettings("[General]\r\nDelMethod=B\r\n[Backup]\r\nPath=" + scratch +
+                  "no folder\r\nStrict=" + row.strict + "\r\n");
+    PreviewMachine preview(ports);
+    PreviewArchive archive(preview.machine().files);
+    ScriptedView seen;
+    seen.goes_on = row.answer;
+    Engine run(row.is_preview ? preview.machine() : ports, seen,
+               row.is_preview ? &archive : nullptr);
+    run.state().Hidden = row.hidden;
+    run.RunOneItem(*FindItem("CleanTempFiles"));
+    const bool cleaned = row.exit_code == kSomeFilesStayed;
+    EXPECT_EQ(ExitCodeOf(run.state()), row.exit_code);
+    EXPECT_EQ(machine->Tree(temp).empty(), cleaned && !row.is_preview);
+    EXPECT_EQ(run.state().RunFilesDeleted, cleaned ? 3 : 0);
+    EXPECT_EQ(seen.questions.size(), row.strict[0] == '0' && !row.hidden ? 1u : 0u);
+    EXPECT_EQ(seen.criticals.size(), row.strict[0] == '1' && !row.hidden ? 1u : 0u);
+    const std::string& log = run.state().RunLog;
+    EXPECT_EQ(log.find("The backup folder ") == 0, row.hidden || row.strict[0] == '0') << log;
+    EXPECT_EQ(log.find("Deleted without a backup: 3 file(s)") != log.npos, cleaned) << log;
+    EXPECT_EQ((row.hidden ? seen.kept : seen.report).has_value(), row.hidden || cleaned);
+    EXPECT_EQ(seen.commands, Commands{});
+  }
+}
+
 TEST_F(CleaningRunTest, WhatStaysIsNamedWithTheReason) {
   constexpr const char* kLocked = "Some files were not deleted because they were locked or in use.";
   constexpr const char* kOther = "Some files were not deleted for the reasons that stand behind";
@@ -140,7 +186,7 @@ TEST_F(CleaningRunTest, WhatStaysIsNamedWithTheReason) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
-    BeginRun(context, 1);
+    ASSERT_TRUE(BeginRun(context, 1));
     for (int i = 0; i < row.locked; ++i) {
       const std::string path = "C:\\locked " + std::to_string(i);
       NoteStayed(state(), path, "In use.", Error::Kind::kInUse);

@@ -57,7 +57,7 @@ TEST_F(PreviewRunTest, WhatAPreviewListsIsWhatARunThenRemoves) {
     const std::string settings_before = ReadProgramFile("Settings.ini");
 
     PreviewMachine preview(ports);
-    PreviewArchive archive;
+    PreviewArchive archive(preview.machine().files);
     Engine previewed(preview.machine(), view, &archive);
     for (const Item& item : AllItems()) {
       previewed.selection().SetChecked(item, engine.selection().IsChecked(item));

@@ -25,6 +25,7 @@ class RecordingArchive : public BackupArchive {
   bool fails = false;
   int deleted = 0;
 
+  std::string WhyUnusable(std::string_view) override { return ""; }
   void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override {
     archives.push_back(std::string(folder).append(prefix));
   }

@@ -35,6 +35,7 @@ class ForwardingFolder : public Folder {
   explicit ForwardingFolder(std::unique_ptr<Folder> folder) : folder_(std::move(folder)) {}
   FileId Id() override { return folder_->Id(); }
   std::vector<FileId> Above() override { return folder_->Above(); }
+  DiskRoom Room() override { return folder_->Room(); }
   void Enumerate(Detail detail, const EntryVisitor& visit) override {
     folder_->Enumerate(detail, visit);
   }

@@ -20,7 +20,8 @@ class ScriptedView : public RunView {
   std::function<void(SearchResults&)> on_results;
 
   std::vector<std::string> statuses;
-  std::vector<std::string> criticals;
+  std::vector<std::string> criticals, questions;
+  bool goes_on = true;  // the answer to each
   std::vector<std::string> items;  // keys, in the order shown
   std::vector<ProgressBar> bars;
   Commands commands;
@@ -43,6 +44,10 @@ class ScriptedView : public RunView {
   }
   void ShowLastCleaned(std::string_view text) override { last_cleaned = text; }
   void ShowCritical(std::string_view text) override { criticals.emplace_back(text); }
+  bool AskToGoOn(std::string_view question) override {
+    questions.emplace_back(question);
+    return goes_on;
+  }
   void ShowReport(const RunReport& shown) override { report = shown; }
   void KeepReport(const RunReport& hidden) override { kept = hidden; }
   bool OpenResults(SearchResults& opened) override {

@@ -73,6 +73,10 @@ std::vector<FileId> PreviewFolder::Above() {
   return above;
 }
 
+DiskRoom PreviewFolder::Room() {
+  return inner_ ? inner_->Room() : OpenFolderOf(files_, path_)->Room();
+}
+
 PreviewFolder::Node* PreviewFolder::Find(std::string_view name) {
   const auto here = files_.nodes_.find(id_);
   if (here == files_.nodes_.end()) return nullptr;

@@ -20,6 +20,7 @@ class PreviewFolder : public Folder {
 
   FileId Id() override { return id_; }
   std::vector<FileId> Above() override;
+  DiskRoom Room() override;
   void Enumerate(Detail detail, const EntryVisitor& visit) override;
   std::optional<FileInfo> Look(std::string_view name, Detail detail) override;
   std::optional<FileId> IdOf(std::string_view name) override;

@@ -1,6 +1,7 @@
 #include "platform/volume/volume_folder.h"
 
 #include <fcntl.h>
+#include <sys/statvfs.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -96,6 +97,12 @@ std::vector<FileId> VolumeFolder::Above() {
     above.push_back(IdFrom(status));
   }
   return above;
+}
+
+DiskRoom VolumeFolder::Room() {
+  struct statvfs disk;
+  if (fstatvfs(fd(), &disk) != 0) ThrowErrno(errno, path_);
+  return {(disk.f_flag & ST_RDONLY) != 0, uint64_t{disk.f_bavail} * disk.f_frsize};
 }
 
 void VolumeFolder::Enumerate(Detail detail, const EntryVisitor& visit) {

@@ -137,6 +137,22 @@ std::vector<FileId> Win32Folder::Above() {
   throw Error(Error::Kind::kDenied, "Cannot find the folders above " + shown_ + ": it is moving.");
 }
 
+DiskRoom Win32Folder::Room() {
+  IO_STATUS_BLOCK io;
+  FILE_FS_FULL_SIZE_INFORMATION room;
+  NTSTATUS status = NtQueryVolumeInformationFile(folder_.Get(), &io, &room, sizeof room,
+                                                 FileFsFullSizeInformation);
+  if (status < 0) throw NtError(status, "find the free space for", shown_);
+  // Behind the fixed part stands the file system's name, of which one letter is declared.
+  alignas(FILE_FS_ATTRIBUTE_INFORMATION) char buffer[512];
+  status = NtQueryVolumeInformationFile(folder_.Get(), &io, buffer, sizeof buffer,
+                                        FileFsAttributeInformation);
+  const auto* const kind = reinterpret_cast<FILE_FS_ATTRIBUTE_INFORMATION*>(buffer);
+  return {status >= 0 && (kind->FileSystemAttributes & FILE_READ_ONLY_VOLUME) != 0,
+          static_cast<uint64_t>(room.CallerAvailableAllocationUnits.QuadPart) *
+              room.SectorsPerAllocationUnit * room.BytesPerSector};
+}
+
 void Win32Folder::Enumerate(Detail, const EntryVisitor& visit) {
   UniqueFile again;
   if (std::exchange(was_listed_, true)) again = OpenListing();

@@ -18,6 +18,7 @@ class Win32Folder : public Folder {
 
   FileId Id() override;
   std::vector<FileId> Above() override;
+  DiskRoom Room() override;
   void Enumerate(Detail detail, const EntryVisitor& visit) override;
   std::optional<FileInfo> Look(std::string_view name, Detail detail = Detail::kFull) override;
   std::optional<FileId> IdOf(std::string_view name) override;

@@ -215,6 +215,7 @@ TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
   state.BackupDrive.clear();
   RemovePendingFiles(context, Collect(tree, "s*"));
   EXPECT_NE(WhyBackupFolderCannotBeUsed(ports.files, safe), "");
+  EXPECT_NE(WhyBackupFolderLooksUnusable(ports.files, safe).find("full"), std::string::npos);
   mod_zip.Close();  // not even the directory may fit; then every reader finds the entries itself
   std::map<std::string, std::string> archived;
   for (const BackupInfo& info : backups_there.List()) {
@@ -251,6 +252,8 @@ TEST_F(VolumeBackupTest, AWriteProtectedDiskIsReadAndTakesNothing) {
                                  " bytes behind them.");
   EXPECT_THROW(there.Repair(archive), Error);
   EXPECT_NE(WhyBackupFolderCannotBeUsed(ports.files, safe), "");
+  EXPECT_NE(WhyBackupFolderLooksUnusable(ports.files, safe).find("can only be read"),
+            std::string::npos);
   EXPECT_EQ(there.Restore(archive, {}, prompts, nullptr).restored, 2u);
   EXPECT_THROW(there.Delete(archive), Error);
   state.Backup.strict = true;
