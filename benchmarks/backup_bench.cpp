@@ -4,9 +4,9 @@
 #include <random>
 #include <stdexcept>
 
-#include "app/removal.h"
 #include "backup/backups.h"
 #include "bench_machine.h"
+#include "run/removal.h"
 
 namespace quellix {
 namespace {

@@ -8,10 +8,10 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "app/removal.h"
 #include "backup_bench.h"
 #include "bench_machine.h"
 #include "registry_bench.h"
+#include "run/removal.h"
 #include "search/search_results.h"
 
 namespace quellix {

@@ -6,11 +6,11 @@
 
 #include <stdexcept>
 
-#include "app/removal.h"
 #include "engine.h"
 #include "platform/win32/win32_machine.h"
 #include "registry_data.h"
 #include "results_winbench.h"
+#include "run/removal.h"
 #include "search/drive_scan.h"
 #include "side_by_side.h"
 #include "support/branch_registry.h"

@@ -6,11 +6,11 @@
 #include "app/cleaning_run.h"
 #include "app/item_catalogue.h"
 #include "app/selection.h"
-#include "app/settings.h"
 #include "app/startup.h"
 #include "app/tips.h"
 #include "backup/mod_zip.h"
 #include "search/junk_search.h"
+#include "settings/settings.h"
 
 namespace quellix {
 

@@ -2,10 +2,10 @@
 
 #include "app/item_catalogue.h"
 #include "app/run_report.h"
-#include "app/run_steps.h"
 #include "cleaners/junk_cleaners.h"
 #include "platform/error.h"
 #include "platform/text.h"
+#include "run/run_steps.h"
 
 namespace quellix {
 namespace {

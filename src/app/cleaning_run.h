@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/context.h"
-#include "app/item.h"
 #include "app/selection.h"
+#include "run/context.h"
+#include "run/item.h"
 
 namespace quellix {
 

@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-#include "app/item.h"
+#include "run/item.h"
 
 namespace quellix {
 

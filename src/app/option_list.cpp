@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 
-#include "app/list_files.h"
-#include "app/path_check.h"
-#include "app/working_folder.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/working_folder.h"
 #include "search/wildcard.h"
+#include "settings/list_files.h"
+#include "settings/path_check.h"
 
 namespace quellix {
 namespace {

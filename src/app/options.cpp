@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <vector>
 
-#include "app/settings.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "settings/settings.h"
 
 namespace quellix {
 namespace {

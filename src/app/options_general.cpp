@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "app/numbers.h"
-#include "app/path_check.h"
-#include "app/settings.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "settings/numbers.h"
+#include "settings/path_check.h"
+#include "settings/settings.h"
 
 namespace quellix {
 namespace {

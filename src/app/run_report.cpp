@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "app/item_catalogue.h"
-#include "app/removal.h"
-#include "app/stayed.h"
+#include "run/removal.h"
+#include "run/stayed.h"
 
 namespace quellix {
 namespace {

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "app/item_catalogue.h"
-#include "app/list_files.h"
-#include "app/numbers.h"
 #include "platform/text.h"
+#include "settings/list_files.h"
+#include "settings/numbers.h"
 
 namespace quellix {
 namespace {

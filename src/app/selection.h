@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "app/item.h"
-#include "app/settings.h"
 #include "platform/machine.h"
+#include "run/item.h"
+#include "settings/settings.h"
 
 namespace quellix {
 

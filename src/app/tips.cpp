@@ -1,10 +1,10 @@
 #include "app/tips.h"
 
-#include "app/list_files.h"
-#include "app/numbers.h"
 #include "platform/error.h"
 #include "platform/text.h"
 #include "registry_tools/mod_registry.h"
+#include "settings/list_files.h"
+#include "settings/numbers.h"
 
 namespace quellix {
 namespace {

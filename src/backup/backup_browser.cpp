@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <tuple>
 
-#include "app/settings.h"
 #include "backup/backup_names.h"
 #include "backup/can_run.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "settings/settings.h"
 
 namespace quellix {
 namespace {

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "app/views.h"
 #include "backup/overwrite_mode.h"
 #include "platform/file_system.h"
 #include "platform/locale.h"
+#include "run/views.h"
 
 namespace quellix {
 

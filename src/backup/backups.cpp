@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <tuple>
 
-#include "app/protected_places.h"
-#include "app/settings.h"
 #include "backup/c_un_zip.h"
 #include "backup/registry_backups.h"
 #include "platform/error.h"
 #include "platform/path.h"
+#include "run/protected_places.h"
+#include "settings/settings.h"
 
 namespace quellix {
 namespace {

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "backup/backup_archive.h"
 #include "backup/zip_writer.h"
 #include "platform/machine.h"
+#include "run/backup_archive.h"
 
 namespace quellix {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "backup/backup_archive.h"
+#include "run/backup_archive.h"
 
 namespace quellix {
 

@@ -1,11 +1,11 @@
 #include "cleaners/folder_cleaners.h"
 
-#include "app/run_steps.h"
-#include "app/working_folder.h"
 #include "cleaners/skeleton.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/run_steps.h"
+#include "run/working_folder.h"
 
 namespace quellix {
 namespace {

@@ -4,10 +4,10 @@
 #include <span>
 #include <vector>
 
-#include "app/run_steps.h"
 #include "cleaners/skeleton.h"
 #include "platform/text.h"
 #include "registry_tools/registry_eraser.h"
+#include "run/run_steps.h"
 
 namespace quellix {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "app/context.h"
-#include "app/item.h"
+#include "run/context.h"
+#include "run/item.h"
 
 namespace quellix {
 

@@ -2,11 +2,11 @@
 
 #include <functional>
 
-#include "app/removal.h"
-#include "app/run_steps.h"
 #include "cleaners/skeleton.h"
 #include "platform/error.h"
 #include "platform/text.h"
+#include "run/removal.h"
+#include "run/run_steps.h"
 #include "search/drive_scan.h"
 
 namespace quellix {

@@ -3,8 +3,9 @@
 #include <memory>
 #include <utility>
 
-#include "app/run_steps.h"
 #include "platform/error.h"
+#include "run/run_steps.h"
+#include "search/results_view.h"
 #include "search/search_results.h"
 
 namespace quellix {
@@ -16,15 +17,14 @@ SearchResults& OpenResults(CleaningContext& context) {
     throw NotAvailable(
         "Not searched: nobody is there to choose, so nothing was listed and nothing deleted.");
   }
-  std::shared_ptr<SearchResults>& results = context.state.Results;
-  if (!results) {
-    const auto opened = std::make_shared<SearchResults>(context);
-    if (!context.view.OpenResults(*opened)) {
-      throw NotAvailable(
-          "Not searched: the finds cannot be reviewed here. \"quellixctl search\" lists them.");
-    }
-    results = opened;
+  if (const auto open = context.state.Parts.Find<SearchResults>()) return *open;
+  const auto results = std::make_shared<SearchResults>(context);
+  auto* const reviewer = dynamic_cast<ResultsView*>(&context.view);
+  if (reviewer == nullptr || !reviewer->OpenResults(*results)) {
+    throw NotAvailable(
+        "Not searched: the finds cannot be reviewed here. \"quellixctl search\" lists them.");
   }
+  context.state.Parts.Put(results);
   return *results;
 }
 
@@ -52,13 +52,13 @@ void CleanDeadShortcuts(CleaningContext& context, const Item& item) {
 
 void FinishResults(CleaningContext& context) {
   RunState& state = context.state;
-  const std::shared_ptr<SearchResults> results = std::exchange(state.Results, nullptr);
+  const auto results = state.Parts.Take<SearchResults>();
   if (!results) return;
   // A stop of the search does not stop what is deleted by hand afterwards.
   const bool aborted = std::exchange(state.AbortRequested, false);
   results->EndSearch();
   context.view.SetStatus("Close the results window to end the run.");
-  context.view.AwaitResults();
+  dynamic_cast<ResultsView&>(context.view).AwaitResults();
   state.AbortRequested = aborted;
   state.RunLog += results->LogLines();
 }

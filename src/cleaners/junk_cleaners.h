@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/context.h"
-#include "app/item.h"
+#include "run/context.h"
+#include "run/item.h"
 
 namespace quellix {
 

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "app/context.h"
-#include "app/item.h"
+#include "run/context.h"
+#include "run/item.h"
 
 namespace quellix {
 

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "app/removal.h"
-#include "app/run_steps.h"
-#include "app/working_folder.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "registry_tools/registry_eraser.h"
+#include "run/removal.h"
+#include "run/run_steps.h"
+#include "run/working_folder.h"
 #include "search/drive_scan.h"
 
 namespace quellix {

@@ -4,11 +4,11 @@
 #include <string>
 #include <string_view>
 
-#include "app/context.h"
-#include "app/file_list.h"
-#include "app/item.h"
-#include "app/protected_places.h"
 #include "registry_tools/mod_registry.h"
+#include "run/context.h"
+#include "run/file_list.h"
+#include "run/item.h"
+#include "run/protected_places.h"
 
 namespace quellix {
 

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <vector>
 
-#include "app/list_files.h"
-#include "app/removal.h"
-#include "app/run_steps.h"
 #include "cleaners/skeleton.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/removal.h"
+#include "run/run_steps.h"
 #include "search/drive_scan.h"
+#include "settings/list_files.h"
 
 namespace quellix {
 namespace {

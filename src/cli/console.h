@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "app/exit_code.h"
 #include "platform/machine.h"
+#include "run/exit_code.h"
 
 namespace quellix {
 

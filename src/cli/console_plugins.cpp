@@ -6,15 +6,15 @@
 #include <fstream>
 #include <iostream>
 
-#include "app/removal.h"
-#include "app/run_steps.h"
-#include "app/stayed.h"
 #include "platform/error.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 #include "plugins/mod_plugin.h"
 #include "plugins/plugin_check.h"
 #include "plugins/plugin_list.h"
+#include "run/removal.h"
+#include "run/run_steps.h"
+#include "run/stayed.h"
 
 namespace quellix {
 namespace {

@@ -4,9 +4,9 @@
 #include <string_view>
 #include <vector>
 
-#include "app/run_state.h"
 #include "cli/console.h"
 #include "cli/console_run.h"
+#include "run/run_state.h"
 
 namespace CLI {
 class App;

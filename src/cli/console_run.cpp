@@ -4,8 +4,8 @@
 #include <iomanip>
 #include <iostream>
 
-#include "app/removal.h"
 #include "platform/error.h"
+#include "run/removal.h"
 
 namespace quellix {
 namespace {

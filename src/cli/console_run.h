@@ -2,11 +2,11 @@
 
 #include <optional>
 
-#include "app/exit_code.h"
 #include "backup/preview_archive.h"
 #include "cli/console_view.h"
 #include "engine.h"
 #include "platform/preview/preview_machine.h"
+#include "run/exit_code.h"
 
 namespace quellix {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "app/views.h"
+#include "run/views.h"
 
 namespace quellix {
 

@@ -4,10 +4,10 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "app/protected_keys.h"
 #include "cli/console_plugins.h"
 #include "cli/console_view.h"
 #include "registry_tools/scan_tools.h"
+#include "run/protected_keys.h"
 
 namespace quellix {
 namespace {

@@ -4,12 +4,12 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "app/removal.h"
-#include "app/run_steps.h"
 #include "cli/console_run.h"
 #include "cli/console_view.h"
 #include "engine.h"
 #include "platform/text.h"
+#include "run/removal.h"
+#include "run/run_steps.h"
 
 namespace quellix {
 namespace {

@@ -3,9 +3,6 @@
 #include <unordered_set>
 #include <utility>
 
-#include "app/removal.h"
-#include "app/run_steps.h"
-#include "app/working_folder.h"
 #include "cleaners/skeleton.h"
 #include "platform/error.h"
 #include "platform/path.h"
@@ -14,6 +11,9 @@
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
 #include "registry_tools/registry_eraser.h"
+#include "run/removal.h"
+#include "run/run_steps.h"
+#include "run/working_folder.h"
 
 namespace quellix {
 namespace modPlugin {

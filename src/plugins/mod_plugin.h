@@ -4,10 +4,10 @@
 #include <string_view>
 #include <vector>
 
-#include "app/context.h"
-#include "app/file_list.h"
-#include "app/item.h"
 #include "plugins/plugin_file.h"
+#include "run/context.h"
+#include "run/file_list.h"
+#include "run/item.h"
 
 namespace quellix {
 

@@ -3,8 +3,8 @@
 #include <memory>
 #include <string_view>
 
-#include "app/context.h"
-#include "app/file_list.h"
+#include "run/context.h"
+#include "run/file_list.h"
 
 namespace quellix::modPlugin {
 

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "app/working_folder.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 #include "plugins/plugin_places.h"
+#include "run/working_folder.h"
 
 namespace quellix::modPlugin {
 namespace {

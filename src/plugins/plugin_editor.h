@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "app/views.h"
 #include "plugins/ini_outline.h"
 #include "plugins/key_generator.h"
 #include "plugins/plugin_file.h"
 #include "plugins/plugin_manager.h"
+#include "run/views.h"
 
 namespace quellix::modPlugin {
 

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "app/list_files.h"
-#include "app/numbers.h"
 #include "platform/error.h"
 #include "platform/text.h"
 #include "plugins/plugin_file.h"
+#include "settings/list_files.h"
+#include "settings/numbers.h"
 
 namespace quellix::modPlugin {
 namespace {

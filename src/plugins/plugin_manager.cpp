@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-#include "app/run_steps.h"
-#include "app/stayed.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 #include "plugins/mod_plugin.h"
 #include "plugins/plugin_file.h"
+#include "run/run_steps.h"
+#include "run/stayed.h"
 
 namespace quellix::modPlugin {
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "app/context.h"
 #include "plugins/plugin_list.h"
+#include "run/context.h"
 
 namespace quellix::modPlugin {
 

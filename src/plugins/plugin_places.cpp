@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "app/precious_names.h"
-#include "app/protected_keys.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/precious_names.h"
+#include "run/protected_keys.h"
 
 namespace quellix::modPlugin {
 namespace {

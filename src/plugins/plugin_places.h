@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "app/protected_places.h"
 #include "platform/machine.h"
 #include "plugins/plugin_file.h"
+#include "run/protected_places.h"
 
 namespace quellix::modPlugin {
 

@@ -1,8 +1,8 @@
 #include "plugins/plugin_trial.h"
 
-#include "app/removal.h"
 #include "backup/preview_archive.h"
 #include "plugins/mod_plugin.h"
+#include "run/removal.h"
 
 namespace quellix::modPlugin {
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "app/settings.h"
 #include "platform/preview/preview_machine.h"
 #include "plugins/plugin_file.h"
+#include "settings/settings.h"
 
 namespace quellix::modPlugin {
 

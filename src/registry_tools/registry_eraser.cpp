@@ -5,9 +5,9 @@
 #include <memory>
 #include <utility>
 
-#include "app/protected_keys.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/protected_keys.h"
 
 namespace quellix {
 namespace {
@@ -196,7 +196,7 @@ RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
   RegistryEraser eraser(context.machine.registry, OnError::kTold);
   RunState& state = context.state;
   if (state.RemovalMode == kBackUp && state.Backup.registry) {
-    eraser.KeepIn(state.Undo, context.machine, state.BackupFolder);
+    eraser.KeepIn(state.Parts.Get<RegistryUndo>(), context.machine, state.BackupFolder);
   }
   return eraser;
 }

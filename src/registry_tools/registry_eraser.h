@@ -5,10 +5,10 @@
 #include <string_view>
 #include <vector>
 
-#include "app/context.h"
 #include "backup/registry_undo.h"
 #include "platform/error.h"
 #include "platform/registry.h"
+#include "run/context.h"
 
 namespace quellix {
 

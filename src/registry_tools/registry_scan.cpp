@@ -4,10 +4,10 @@
 #include <utility>
 #include <vector>
 
-#include "app/working_folder.h"
 #include "platform/damaged.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/working_folder.h"
 
 namespace quellix {
 

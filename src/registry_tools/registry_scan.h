@@ -8,12 +8,12 @@
 #include <string_view>
 #include <vector>
 
-#include "app/settings.h"
-#include "app/views.h"
 #include "backup/registry_undo.h"
 #include "platform/machine.h"
 #include "registry_tools/mod_registry.h"
 #include "registry_tools/registry_eraser.h"
+#include "run/views.h"
+#include "settings/settings.h"
 
 namespace quellix {
 

@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "app/run_steps.h"
-#include "app/working_folder.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/run_steps.h"
+#include "run/working_folder.h"
 #include "search/folder_walk.h"
 
 namespace quellix {

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "app/context.h"
-#include "app/file_list.h"
+#include "run/context.h"
+#include "run/file_list.h"
 #include "search/ignore_lists.h"
 
 namespace quellix {

@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "app/protected_places.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
+#include "run/protected_places.h"
 
 namespace quellix {
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "app/list_files.h"
 #include "platform/text.h"
+#include "settings/list_files.h"
 
 namespace quellix {
 namespace {

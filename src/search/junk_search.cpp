@@ -4,14 +4,14 @@
 #include <memory>
 #include <vector>
 
-#include "app/list_files.h"
-#include "app/removal.h"
 #include "platform/error.h"
 #include "platform/text.h"
+#include "run/removal.h"
 #include "search/drive_list.h"
 #include "search/drive_scan.h"
 #include "search/search_options.h"
 #include "search/wildcard.h"
+#include "settings/list_files.h"
 
 namespace quellix {
 namespace {

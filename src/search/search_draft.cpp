@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "app/numbers.h"
 #include "platform/text.h"
 #include "search/drive_list.h"
+#include "settings/numbers.h"
 
 namespace quellix {
 namespace {

@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <limits>
 
-#include "app/list_files.h"
-#include "app/numbers.h"
 #include "platform/text.h"
+#include "settings/list_files.h"
+#include "settings/numbers.h"
 
 namespace quellix {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <numeric>
 
-#include "app/removal.h"
 #include "platform/text.h"
+#include "run/removal.h"
 #include "search/search_options.h"
 
 namespace quellix {

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "app/context.h"
-#include "app/path_list.h"
+#include "run/context.h"
+#include "run/path_list.h"
 #include "search/junk_search.h"
 
 namespace quellix {

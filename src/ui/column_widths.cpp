@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "app/numbers.h"
 #include "platform/error.h"
 #include "platform/text.h"
+#include "settings/numbers.h"
 
 namespace quellix {
 namespace {

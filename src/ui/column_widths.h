@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "app/settings.h"
+#include "settings/settings.h"
 #include "ui/list_view.h"
 
 namespace quellix {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/settings.h"
 #include "platform/machine.h"
 #include "search/search_results.h"
+#include "settings/settings.h"
 #include "ui/list_view.h"
 #include "ui/owned_window.h"
 

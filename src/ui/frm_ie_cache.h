@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "app/views.h"
 #include "browser_tools/cache_list.h"
+#include "run/views.h"
 #include "ui/cache_display.h"
 #include "ui/list_view.h"
 #include "ui/owned_window.h"

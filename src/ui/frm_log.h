@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/views.h"
 #include "platform/file_system.h"
+#include "run/views.h"
 #include "ui/dialog.h"
 #include "ui/list_view.h"
 

@@ -7,10 +7,10 @@
 
 #include "app/mod_shut_down.h"
 #include "app/run_report.h"
-#include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "plugins/plugin_manager.h"
+#include "run/run_steps.h"
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"

@@ -2,10 +2,10 @@
 
 #include <functional>
 
-#include "app/exit_code.h"
 #include "app/startup.h"
 #include "app/tips.h"
 #include "engine.h"
+#include "run/exit_code.h"
 #include "ui/dialog.h"
 #include "ui/frm_log.h"
 #include "ui/item_boxes.h"

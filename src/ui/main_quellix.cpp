@@ -2,12 +2,12 @@
 
 #include <exception>
 
-#include "app/exit_code.h"
 #include "app/startup.h"
 #include "engine.h"
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_machine.h"
 #include "platform/win32/win32_text.h"
+#include "run/exit_code.h"
 #include "ui/cls_prev_instance.h"
 #include "ui/dialog.h"
 #include "ui/frm_main.h"

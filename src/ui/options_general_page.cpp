@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "app/settings.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "settings/settings.h"
 
 namespace quellix {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "app/options.h"
-#include "app/views.h"
+#include "run/views.h"
 #include "ui/dialog.h"
 #include "ui/list_view.h"
 #include "ui/resource.h"

@@ -5,7 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "app/views.h"
+#include "run/views.h"
+#include "search/results_view.h"
 #include "ui/frm_deletetion.h"
 #include "ui/windows_api.h"
 
@@ -13,7 +14,7 @@ namespace quellix {
 
 // Shows a run in the main window. A run calls far more often than anyone can see, so calls only
 // take notes; the window follows at every item and at the pace of the eye.
-class RunDisplay : public RunView {
+class RunDisplay : public RunView, public ResultsView {
  public:
   using ShowItem = std::function<void(const Item*)>;
 

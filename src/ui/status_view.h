@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "app/views.h"
+#include "run/views.h"
 #include "ui/windows_api.h"
 
 namespace quellix {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/views.h"
+#include "run/views.h"
 #include "ui/windows_api.h"
 
 namespace quellix {

@@ -1,6 +1,6 @@
-#include "app/stayed.h"
 #include "backup/backup_folder.h"
 #include "backup/backup_names.h"
+#include "run/stayed.h"
 #include "support/backup_fixture.h"
 #include "support/forwarding_files.h"
 

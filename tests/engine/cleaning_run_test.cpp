@@ -1,9 +1,9 @@
-#include "app/exit_code.h"
 #include "app/run_report.h"
-#include "app/run_steps.h"
 #include "backup/preview_archive.h"
 #include "cleaners/skeleton.h"
 #include "platform/preview/preview_machine.h"
+#include "run/exit_code.h"
+#include "run/run_steps.h"
 #include "support/run_fixture.h"
 
 namespace quellix {

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "app/numbers.h"
-#include "app/path_list.h"
-#include "app/removal.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/path_list.h"
+#include "run/removal.h"
+#include "settings/numbers.h"
 
 namespace quellix {
 namespace {

@@ -1,4 +1,4 @@
-#include "app/protected_places.h"
+#include "run/protected_places.h"
 
 #include "platform/path.h"
 #include "support/run_fixture.h"

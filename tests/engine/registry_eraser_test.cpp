@@ -1,8 +1,8 @@
 // The one way to delete from the registry: what goes, what stays and is told, what is refused.
 #include "registry_tools/registry_eraser.h"
 
-#include "app/protected_keys.h"
 #include "plugins/mod_plugin.h"
+#include "run/protected_keys.h"
 #include "support/registry_fixture.h"
 #include "support/unstored_registry.h"
 

@@ -1,4 +1,4 @@
-#include "app/removal.h"
+#include "run/removal.h"
 
 #include "search/drive_scan.h"
 #include "support/run_fixture.h"

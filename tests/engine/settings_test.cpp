@@ -1,4 +1,4 @@
-#include "app/list_files.h"
+#include "settings/list_files.h"
 #include "shipped_files.h"
 #include "support/run_fixture.h"
 

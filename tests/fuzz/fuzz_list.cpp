@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "app/list_files.h"
 #include "fuzz/volume_file.h"
 #include "search/ignore_lists.h"
+#include "settings/list_files.h"
 
 using namespace quellix;
 

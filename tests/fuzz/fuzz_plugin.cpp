@@ -3,13 +3,13 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "app/working_folder.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 #include "plugins/ini_outline.h"
 #include "plugins/plugin_check.h"
 #include "plugins/plugin_file.h"
 #include "plugins/plugin_places.h"
+#include "run/working_folder.h"
 #include "support/volume_seed.h"
 
 using namespace quellix;

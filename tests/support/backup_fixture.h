@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <map>
 
-#include "app/removal.h"
 #include "backup/backups.h"
 #include "backup/zip_repair.h"
 #include "platform/path.h"
+#include "run/removal.h"
 #include "search/drive_scan.h"
 #include "support/run_fixture.h"
 #include "support/scripted_prompts.h"

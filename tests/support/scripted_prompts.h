@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/views.h"
+#include "run/views.h"
 
 namespace quellix {
 

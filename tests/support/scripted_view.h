@@ -5,13 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "app/item.h"
-#include "app/views.h"
+#include "run/item.h"
+#include "run/views.h"
+#include "search/results_view.h"
 
 namespace quellix {
 
 // Records what a run shows and plays the user: `on_status` and `on_yield` may press Stop.
-class ScriptedView : public RunView {
+class ScriptedView : public RunView, public ResultsView {
  public:
   std::function<void()> on_yield;
   std::function<void(const std::string&)> on_status;
@@ -21,7 +22,7 @@ class ScriptedView : public RunView {
 
   std::vector<std::string> statuses;
   std::vector<std::string> criticals, questions;
-  bool goes_on = true;  // the answer to each
+  bool goes_on = true;             // the answer to each
   std::vector<std::string> items;  // keys, in the order shown
   std::vector<ProgressBar> bars;
   Commands commands;

@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <random>
 
-#include "app/stayed.h"
 #include "backup/backup_folder.h"
+#include "run/stayed.h"
 #include "support/backup_fixture.h"
 #include "support/hive_file.h"
 #include "support/volume_seed.h"

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "app/context.h"
-#include "app/file_list.h"
-#include "app/protected_places.h"
+#include "run/context.h"
+#include "run/file_list.h"
+#include "run/protected_places.h"
 
 namespace quellix {
 

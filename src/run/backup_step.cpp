@@ -1,9 +1,9 @@
-#include "app/backup_step.h"
+#include "run/backup_step.h"
 
-#include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/run_steps.h"
 
 namespace quellix {
 namespace {

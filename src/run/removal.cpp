@@ -1,4 +1,4 @@
-#include "app/removal.h"
+#include "run/removal.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,12 +7,12 @@
 #include <optional>
 #include <vector>
 
-#include "app/backup_step.h"
-#include "app/random_source.h"
-#include "app/run_steps.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/backup_step.h"
+#include "run/random_source.h"
+#include "run/run_steps.h"
 
 namespace quellix {
 namespace {

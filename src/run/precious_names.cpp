@@ -1,4 +1,4 @@
-#include "app/precious_names.h"
+#include "run/precious_names.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "app/stayed.h"
+#include "run/stayed.h"
 
 #include <set>
 

@@ -1,4 +1,4 @@
-#include "app/run_steps.h"
+#include "run/run_steps.h"
 
 #include "platform/path.h"
 
@@ -22,12 +22,11 @@ void ResetRun(RunState& state) {
   state.MozillaSpaceGained = 0;
   state.SpaceGained = 0;
   state.BackupDrive.clear();
-  state.Undo = {};
   state.RunLog.clear();
   state.Outcomes = {};
   state.SettingsProblem.clear();
   state.Places.reset();
-  state.Results.reset();
+  state.Parts.Clear();
 }
 
 // Whether the run may begin where it is to back up. A failed backup has never kept a file from

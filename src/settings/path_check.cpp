@@ -1,4 +1,4 @@
-#include "app/path_check.h"
+#include "settings/path_check.h"
 
 #include <algorithm>
 #include <vector>

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "app/run_state.h"
 #include "platform/error.h"
+#include "run/run_state.h"
 
 namespace quellix {
 

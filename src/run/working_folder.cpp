@@ -1,4 +1,4 @@
-#include "app/working_folder.h"
+#include "run/working_folder.h"
 
 #include "platform/error.h"
 #include "platform/path.h"

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "app/views.h"
-#include "backup/backup_archive.h"
-#include "backup/registry_undo.h"
+#include "run/backup_archive.h"
+#include "run/run_parts.h"
+#include "run/views.h"
 
 namespace quellix {
 
@@ -64,10 +64,9 @@ struct RunState {
   std::string WhyNothing;       // a sentence, or ""
   std::string SettingsProblem;  // why LastCleaned could not be stored, said once
 
-  RegistryUndo Undo;                        // of registry entries that the run deletes
   std::string BackupDrive;                  // letter of the archive that is open, "" for none
   std::shared_ptr<ProtectedPlaces> Places;  // see PlacesOf; null until somebody asks
-  std::shared_ptr<SearchResults> Results;   // of this run's junk searches; null before the first
+  RunParts Parts;
   std::string RunLog;
 };
 

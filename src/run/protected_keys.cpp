@@ -1,4 +1,4 @@
-#include "app/protected_keys.h"
+#include "run/protected_keys.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "app/run_state.h"
-#include "app/settings.h"
-#include "app/views.h"
-#include "backup/backup_archive.h"
 #include "platform/machine.h"
+#include "run/backup_archive.h"
+#include "run/run_state.h"
+#include "run/views.h"
+#include "settings/settings.h"
 
 namespace quellix {
 

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "app/context.h"
-#include "app/working_folder.h"
+#include "run/context.h"
+#include "run/working_folder.h"
 
 namespace quellix {
 

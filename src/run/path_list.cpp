@@ -1,4 +1,4 @@
-#include "app/path_list.h"
+#include "run/path_list.h"
 
 #include <algorithm>
 #include <cstring>

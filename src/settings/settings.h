@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "app/run_state.h"
 #include "platform/machine.h"
+#include "run/run_state.h"
 
 namespace quellix {
 

@@ -1,11 +1,11 @@
-#include "app/settings.h"
+#include "settings/settings.h"
 
 #include <algorithm>
 
-#include "app/numbers.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "settings/numbers.h"
 
 namespace quellix {
 namespace {

@@ -1,4 +1,4 @@
-#include "app/precious_finder.h"
+#include "run/precious_finder.h"
 
 #include "platform/error.h"
 #include "platform/path.h"

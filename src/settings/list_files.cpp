@@ -1,4 +1,4 @@
-#include "app/list_files.h"
+#include "settings/list_files.h"
 
 #include "platform/profile_strings.h"
 #include "platform/text.h"

@@ -1,10 +1,10 @@
-#include "app/protected_places.h"
+#include "run/protected_places.h"
 
 #include <algorithm>
 
-#include "app/precious_finder.h"
-#include "app/precious_names.h"
 #include "platform/error.h"
+#include "run/precious_finder.h"
+#include "run/precious_names.h"
 
 namespace quellix {
 namespace {

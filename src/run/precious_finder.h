@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/protected_places.h"
+#include "run/protected_places.h"
 
 namespace quellix {
 

@@ -1,4 +1,4 @@
-#include "app/random_source.h"
+#include "run/random_source.h"
 
 #include <algorithm>
 #include <random>

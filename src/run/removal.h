@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "app/context.h"
-#include "app/working_folder.h"
+#include "run/context.h"
+#include "run/working_folder.h"
 
 namespace quellix {
 

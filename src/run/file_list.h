@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "app/path_list.h"
 #include "platform/file_system.h"
+#include "run/path_list.h"
 
 namespace quellix {
 

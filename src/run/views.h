@@ -10,7 +10,6 @@
 namespace quellix {
 
 struct Item;
-class SearchResults;
 
 // The categories of the log window, in its order.
 enum class Category { kFolderFiles, kMiscellaneous, kInternet, kFirefox, kPlugins, kRegistry };
@@ -70,12 +69,6 @@ class RunView {
   virtual void ShowReport(const RunReport& report) = 0;  // the log window
   // The same of a hidden run: nothing is shown now.
   virtual void KeepReport(const RunReport& /*report*/) {}
-  // Opens the results window on the finds of the run's searches, which arrive while the run goes
-  // on. False where nobody can review them. Never called in a hidden run.
-  virtual bool OpenResults(SearchResults& /*results*/) { return false; }
-  // All searches have ended: returns when the user has closed the window. The results that were
-  // opened live until then.
-  virtual void AwaitResults() {}
 };
 
 enum class OverwriteAnswer { kYes, kNo, kAll, kNone, kCancel };

@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-#include "app/context.h"
-#include "app/item.h"
-#include "app/stayed.h"
+#include "run/context.h"
+#include "run/item.h"
+#include "run/stayed.h"
 
 namespace quellix {
 
