@@ -21,7 +21,7 @@ class ScriptedView : public RunView {
 
   std::vector<std::string> statuses;
   std::vector<std::string> criticals, questions;
-  bool goes_on = true;  // the answer to each
+  bool goes_on = true;             // the answer to each
   std::vector<std::string> items;  // keys, in the order shown
   std::vector<ProgressBar> bars;
   Commands commands;
