@@ -124,6 +124,9 @@ struct DiskRoom {
 
 enum class IfThere { kFail, kReplace };
 
+// What a folder is opened for first; it may be used for anything all the same.
+enum class OpenFor { kWork, kListing };
+
 // One folder, held open and worked in: whatever its path comes to mean meanwhile, this is the
 // folder that is read and changed. Names are single components that compare as Windows compares
 // them, without regard to case; one that is none (empty, ".", "..", with a separator or ":" in it)
@@ -152,7 +155,8 @@ class Folder {
 
   // A folder below this one, by names joined with "\" ("a\b"). Null when it is missing; throws
   // Error (kDenied) when one of the names is a link or may not be opened, (kOther) for a file.
-  virtual std::unique_ptr<Folder> OpenFolder(std::string_view names) = 0;
+  virtual std::unique_ptr<Folder> OpenFolder(std::string_view names,
+                                             OpenFor use = OpenFor::kWork) = 0;
   virtual std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) = 0;
 
   // Makes one folder; it may exist already.

@@ -112,7 +112,8 @@ class Walk {
   bool Open() {
     std::unique_ptr<Folder> folder;
     try {
-      folder = first_.OpenFolder(WithoutBackslash(std::string_view(path_).substr(start_)));
+      folder = first_.OpenFolder(WithoutBackslash(std::string_view(path_).substr(start_)),
+                                 OpenFor::kListing);
       if (!folder) return true;  // it has gone meanwhile
       if (spared_ != nullptr && spared_->IsSpared(folder->Id())) {
         visitor_.Spared(path_);

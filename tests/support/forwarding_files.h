@@ -43,8 +43,8 @@ class ForwardingFolder : public Folder {
     return folder_->Look(name, detail);
   }
   std::optional<FileId> IdOf(std::string_view name) override { return folder_->IdOf(name); }
-  std::unique_ptr<Folder> OpenFolder(std::string_view names) override {
-    return folder_->OpenFolder(names);
+  std::unique_ptr<Folder> OpenFolder(std::string_view names, OpenFor use) override {
+    return folder_->OpenFolder(names, use);
   }
   std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
     return folder_->Open(name, mode);
@@ -101,8 +101,9 @@ class ForwardingFiles : public FileSystem {
    public:
     Descending(ForwardingFiles& files, std::string path, std::unique_ptr<Folder> folder)
         : ForwardingFolder(std::move(folder)), files_(files), path_(std::move(path)) {}
-    std::unique_ptr<Folder> OpenFolder(std::string_view names) override {
-      return files_.Wrap(path_ + std::string(names) + "\\", ForwardingFolder::OpenFolder(names));
+    std::unique_ptr<Folder> OpenFolder(std::string_view names, OpenFor use) override {
+      return files_.Wrap(path_ + std::string(names) + "\\",
+                         ForwardingFolder::OpenFolder(names, use));
     }
 
    private:

@@ -159,7 +159,7 @@ std::unique_ptr<PreviewFolder> PreviewFolder::OpenOne(std::string_view name) {
   return std::make_unique<PreviewFolder>(files_, std::move(inner), id, path);
 }
 
-std::unique_ptr<Folder> PreviewFolder::OpenFolder(std::string_view names) {
+std::unique_ptr<Folder> PreviewFolder::OpenFolder(std::string_view names, OpenFor) {
   std::unique_ptr<PreviewFolder> folder;
   PreviewFolder* from = this;
   for (const std::string& name : Split(names, '\\')) {

@@ -24,7 +24,7 @@ class PreviewFolder : public Folder {
   void Enumerate(Detail detail, const EntryVisitor& visit) override;
   std::optional<FileInfo> Look(std::string_view name, Detail detail) override;
   std::optional<FileId> IdOf(std::string_view name) override;
-  std::unique_ptr<Folder> OpenFolder(std::string_view names) override;
+  std::unique_ptr<Folder> OpenFolder(std::string_view names, OpenFor use) override;
   std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override;
   void CreateFolder(std::string_view name) override;
   void Rename(std::string_view from, std::string_view to, IfThere if_there) override;

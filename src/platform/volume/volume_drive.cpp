@@ -14,14 +14,16 @@
 namespace quellix {
 namespace {
 
-constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+constexpr int kFolder = O_DIRECTORY | O_CLOEXEC;
+constexpr int kFolderFlags = O_PATH | kFolder;
 
 // What one system call may be given; longer paths are walked in pieces.
 constexpr size_t kPieceSize = 4000;
 
-UniqueFd OpenBeneath(int from, const char* path, Mounts mounts) {
+// `access`: O_PATH or O_RDONLY.
+UniqueFd OpenBeneath(int from, const char* path, Mounts mounts, int access) {
   open_how how = {};
-  how.flags = kFolderFlags;
+  how.flags = static_cast<unsigned>(access | kFolder);
   how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
   if (mounts == Mounts::kStay) how.resolve |= RESOLVE_NO_XDEV;
   for (;;) {
@@ -99,7 +101,7 @@ FileId IdFrom(const struct stat& status) { return {status.st_dev, {status.st_ino
 
 VolumeDrive::VolumeDrive(const std::string& folder) : root_(open(folder.c_str(), kFolderFlags)) {
   if (!root_) ThrowErrno(errno, folder);
-  has_openat2_ = static_cast<bool>(OpenBeneath(root_.get(), ".", Mounts::kStay));
+  has_openat2_ = static_cast<bool>(OpenBeneath(root_.get(), ".", Mounts::kStay, O_PATH));
 }
 
 // Name by name. With `search` a name that is missing is searched for, and the path is spelled there
@@ -122,12 +124,12 @@ UniqueFd VolumeDrive::StepByStep(int from, const std::string& asked, Mounts moun
   return here;
 }
 
-UniqueFd VolumeDrive::Step(int from, const std::string& spelled, Mounts mounts) {
-  return has_openat2_ ? OpenBeneath(from, spelled.c_str(), mounts)
+UniqueFd VolumeDrive::Step(int from, const std::string& spelled, Mounts mounts, int access) {
+  return has_openat2_ ? OpenBeneath(from, spelled.c_str(), mounts, access)
                       : StepByStep(from, spelled, mounts, nullptr);
 }
 
-UniqueFd VolumeDrive::Walk(int from, std::string_view spelled, Mounts mounts) {
+UniqueFd VolumeDrive::Walk(int from, std::string_view spelled, Mounts mounts, int access) {
   if (spelled.empty()) return UniqueFd(openat(from, ".", kFolderFlags));
   UniqueFd piece_folder;
   while (spelled.size() > kPieceSize) {
@@ -138,7 +140,7 @@ UniqueFd VolumeDrive::Walk(int from, std::string_view spelled, Mounts mounts) {
     from = piece_folder.get();
     spelled.remove_prefix(end + 1);
   }
-  return Step(from, std::string(spelled), mounts);
+  return Step(from, std::string(spelled), mounts, access);
 }
 
 UniqueFd VolumeDrive::OpenFolder(std::string_view folder) {
@@ -146,7 +148,7 @@ UniqueFd VolumeDrive::OpenFolder(std::string_view folder) {
   if (!asked) return UniqueFd();
   const bool known = !known_.asked.empty() && IsAtOrBelow(*asked, known_.asked);
   UniqueFd fd = Walk(root(), known ? known_.spelled + asked->substr(known_.asked.size()) : *asked,
-                     Mounts::kEnter);
+                     Mounts::kEnter, O_PATH);
   if (fd || errno != ENOENT) return fd;
   std::string spelled;
   fd = StepByStep(root(), *asked, Mounts::kEnter, &spelled);
@@ -154,13 +156,14 @@ UniqueFd VolumeDrive::OpenFolder(std::string_view folder) {
   return fd;
 }
 
-UniqueFd VolumeDrive::OpenBelow(int from, std::string_view names) {
+UniqueFd VolumeDrive::OpenBelow(int from, std::string_view names, OpenFor use) {
   const bool is_strict = !names.empty() && !names.starts_with('\\') && !names.ends_with('\\') &&
                          names.find("\\\\") == names.npos;
   errno = ENOENT;
   const std::optional<std::string> asked = is_strict ? ToDiskPath(names) : std::nullopt;
   if (!asked) return UniqueFd();
-  UniqueFd fd = Walk(from, *asked, Mounts::kStay);
+  UniqueFd fd = Walk(from, *asked, Mounts::kStay, use == OpenFor::kListing ? O_RDONLY : O_PATH);
+  if (!fd && errno == EACCES) fd = Walk(from, *asked, Mounts::kStay, O_PATH);
   if (fd || errno != ENOENT) return fd;
   std::string spelled;
   return StepByStep(from, *asked, Mounts::kStay, &spelled);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <optional>
@@ -44,7 +45,8 @@ class VolumeDrive {
   // ("Users\Me"); "" is the root.
   UniqueFd OpenFolder(std::string_view folder);
   // The same from an open folder on, and into no other disk that is mounted below it.
-  UniqueFd OpenBelow(int from, std::string_view names);
+  // For kListing it can be read as well, where that is granted.
+  UniqueFd OpenBelow(int from, std::string_view names, OpenFor use = OpenFor::kWork);
 
   // The entry itself, a link not followed. When it is missing (ENOENT) its name is as asked.
   bool Locate(int folder, std::string_view name, Located& entry);
@@ -59,8 +61,8 @@ class VolumeDrive {
     std::string asked, spelled;
   };
 
-  UniqueFd Walk(int from, std::string_view spelled, Mounts mounts);
-  UniqueFd Step(int from, const std::string& spelled, Mounts mounts);
+  UniqueFd Walk(int from, std::string_view spelled, Mounts mounts, int access);
+  UniqueFd Step(int from, const std::string& spelled, Mounts mounts, int access = O_PATH);
   UniqueFd StepByStep(int from, const std::string& spelled, Mounts mounts, std::string* search);
 
   UniqueFd root_;

@@ -18,9 +18,8 @@ class Enumeration {
     located_.folder = held;
   }
 
-  int Run(UniqueFd readable) {
-    while (reader_.Fill(readable.get())) {
-      if (reader_.at_end()) readable = UniqueFd();
+  int Run(int readable) {
+    while (reader_.Fill(readable)) {
       if (!VisitPiece()) return 0;
     }
     return reader_.error();
@@ -57,9 +56,9 @@ class Enumeration {
 
 }  // namespace
 
-int EnumerateFolder(int held, UniqueFd readable, Detail detail, AttributeSupport& support,
+int EnumerateFolder(int held, int readable, Detail detail, AttributeSupport& support,
                     const EntryVisitor& visit) {
-  return Enumeration(held, detail, support, visit).Run(std::move(readable));
+  return Enumeration(held, detail, support, visit).Run(readable);
 }
 
 }  // namespace quellix

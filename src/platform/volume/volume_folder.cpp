@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <utility>
 
 #include "platform/path.h"
 #include "platform/volume/entry_info.h"
@@ -106,10 +107,15 @@ DiskRoom VolumeFolder::Room() {
 }
 
 void VolumeFolder::Enumerate(Detail detail, const EntryVisitor& visit) {
-  UniqueFd readable = OpenReadable(fd());
-  const int code = readable ? EnumerateFolder(fd(), std::move(readable), detail,
-                                              drive_.attribute_support(), visit)
-                            : errno;
+  AttributeSupport& support = drive_.attribute_support();
+  int code = EBADF;
+  if (std::exchange(is_unread_, false)) {
+    code = EnumerateFolder(fd(), fd(), detail, support, visit);
+  }
+  if (code == EBADF) {
+    const UniqueFd readable = OpenReadable(fd());
+    code = readable ? EnumerateFolder(fd(), readable.get(), detail, support, visit) : errno;
+  }
   if (code != 0) ThrowErrno(code, path_);
 }
 
@@ -128,10 +134,12 @@ std::optional<FileId> VolumeFolder::IdOf(std::string_view name) {
   return IdFrom(entry.status);
 }
 
-std::unique_ptr<Folder> VolumeFolder::OpenFolder(std::string_view names) {
-  UniqueFd below = drive_.OpenBelow(fd(), names);
+std::unique_ptr<Folder> VolumeFolder::OpenFolder(std::string_view names, OpenFor use) {
+  UniqueFd below = drive_.OpenBelow(fd(), names, use);
   if (below) {
-    return std::make_unique<VolumeFolder>(files_, drive_, std::move(below), PathOf(names));
+    auto folder = std::make_unique<VolumeFolder>(files_, drive_, std::move(below), PathOf(names));
+    folder->is_unread_ = use == OpenFor::kListing;
+    return folder;
   }
   RequireMissing(errno, PathOf(names));
   return nullptr;
@@ -245,6 +253,8 @@ void VolumeFolder::RemoveFile(std::string_view name) {
 }
 
 void VolumeFolder::RemoveFolder(std::string_view name) {
+  // Tried at once: this takes neither a file nor a link.
+  if (IsUsableName(name) && unlinkat(fd(), std::string(name).c_str(), AT_REMOVEDIR) == 0) return;
   const Located entry = Need(name);
   const bool is_link = S_ISLNK(entry.status.st_mode);
   if (!S_ISDIR(entry.status.st_mode) && !IsFolderLink(entry)) {

@@ -24,7 +24,7 @@ class VolumeFolder : public Folder {
   void Enumerate(Detail detail, const EntryVisitor& visit) override;
   std::optional<FileInfo> Look(std::string_view name, Detail detail = Detail::kFull) override;
   std::optional<FileId> IdOf(std::string_view name) override;
-  std::unique_ptr<Folder> OpenFolder(std::string_view names) override;
+  std::unique_ptr<Folder> OpenFolder(std::string_view names, OpenFor use) override;
   std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override;
   void CreateFolder(std::string_view name) override;
   // Where the driver knows no renaming that keeps what is there, the look before it must do.
@@ -58,6 +58,7 @@ class VolumeFolder : public Folder {
   VolumeFileSystem& files_;
   VolumeDrive& drive_;
   UniqueFd fd_;
+  bool is_unread_ = false;  // fd_ may be for reading, and stands at its beginning
   std::string path_;
   // The file looked at last: who removes it next need not look again.
   std::string looked_;

@@ -220,7 +220,7 @@ UniqueFile Win32Folder::OpenThrough(std::wstring_view names) {
 }
 
 // One by one where that fails, to tell which of the names is in the way.
-std::unique_ptr<Folder> Win32Folder::OpenFolder(std::string_view names) {
+std::unique_ptr<Folder> Win32Folder::OpenFolder(std::string_view names, OpenFor) {
   const std::vector<std::string> steps = Split(names, '\\');
   if (!std::all_of(steps.begin(), steps.end(), IsName)) return nullptr;
   UniqueFile reached = OpenThrough(Wide(names));
