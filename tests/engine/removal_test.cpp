@@ -1,6 +1,7 @@
 #include "run/removal.h"
 
 #include "search/drive_scan.h"
+#include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -111,16 +112,38 @@ TEST_F(RemovalTest, WipingOverwritesOnceByteByByteOrByStep) {
 }
 
 TEST_F(RemovalTest, WipedFilesAreRenamedOnlyOnRequestAndOnlyInWipeMode) {
-  const std::string folder = scratch + "names\\";
-  machine->MakeFile(folder + "empty.txt", "");
-  const auto lock_folder_watch = [&](uint8_t rename) {
-    state.RenameBeforeDelete = rename;
-    machine->MakeFile(folder + "empty.txt", "");
-    return Remove(folder + "empty.txt", kWipe);
+  struct Watching : ForwardingFolder {
+    Watching(std::unique_ptr<Folder> folder, std::vector<std::string>& gone)
+        : ForwardingFolder(std::move(folder)), names(gone) {}
+    void RemoveFile(std::string_view name) override {
+      names.emplace_back(name);
+      ForwardingFolder::RemoveFile(name);
+    }
+    std::vector<std::string>& names;  // that files had when they went
   };
-  EXPECT_TRUE(lock_folder_watch(1));
-  EXPECT_TRUE(lock_folder_watch(2));
-  EXPECT_TRUE(machine->Tree(folder).empty());
+  std::vector<std::string> gone;
+  ForwardingFiles files(ports.files, [&gone](const std::string&, std::unique_ptr<Folder> folder) {
+    return std::make_unique<Watching>(std::move(folder), gone);
+  });
+  const Machine watched = WithFiles(ports, files);
+  CleaningContext watching{watched, settings, state, view, mod_zip};
+  const struct {
+    int16_t mode;
+    uint8_t rename;
+    bool renamed;
+  } kRows[] = {{kWipe, 0, false}, {kWipe, 1, true}, {kWipe, 2, false}, {kDelete, 1, false}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(std::to_string(row.mode) + ", " + std::to_string(row.rename));
+    gone.clear();
+    machine->MakeFile(scratch + "name", "data");
+    state.RemovalMode = row.mode;
+    state.RenameBeforeDelete = row.rename;
+    EXPECT_TRUE(RemoveFile(watching, scratch + "name", Claim::kOwnList));
+    ASSERT_EQ(gone.size(), 1u);
+    EXPECT_EQ(gone[0].find_first_not_of("0123456789.e-+") == std::string::npos, row.renamed);
+    EXPECT_EQ(gone[0] == "name", !row.renamed) << gone[0];
+    EXPECT_TRUE(machine->Tree(scratch).empty());
+  }
 }
 
 TEST_F(RemovalTest, BackupArchivesPerDriveAndDeletesEvenWhenArchivingFails) {
