@@ -44,22 +44,11 @@ TEST(EntryPathTest, PathsThatLeaveTheirFolderAreRefusedByName) {
 
 // As the archives of older programs have them.
 TEST_F(BackupRestoreTest, NamesThatAreNotUtf8AreReadInTheirCodePage) {
-  MakeFolders(ports.files, safe);
-  {
-    ZipWriter writer(ports.files.Open(safe + "C_010120200000.zip", OpenMode::kReadAndCreate), 0);
-    machine->MakeFile(scratch + "source", "bytes");
-    for (const char* name : {"old/M\x81ll \xE1", "new/\xC3\xBC"}) {
-      ZipEntry entry;
-      entry.name = name;
-      entry.flags = 0;
-      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
-    }
-    writer.Finish();
-  }
+  AddArchive("C_010120200000.zip", {"old/M\x81ll \xE1", "new/\xC3\xBC"}, 0);
   EXPECT_EQ(backups.ListEntries("C_010120200000.zip")[0].path, "old\\M\xC3\xBCll \xC3\x9F");
   EXPECT_EQ(Restore({}, scratch + "into").restored, 2u);
-  EXPECT_EQ(Read(scratch + "into\\old\\M\xC3\xBCll \xC3\x9F"), "bytes");
-  EXPECT_EQ(Read(scratch + "into\\new\\\xC3\xBC"), "bytes");
+  EXPECT_EQ(Read(scratch + "into\\old\\M\xC3\xBCll \xC3\x9F"), "old/M\x81ll \xE1");
+  EXPECT_EQ(Read(scratch + "into\\new\\\xC3\xBC"), "new/\xC3\xBC");
 }
 
 TEST_F(BackupRestoreTest, BytesNamesTimesAndAttributesComeBack) {
@@ -255,17 +244,7 @@ TEST_F(BackupRestoreTest, WhatCanBeBackedUpComesBackWhateverItsName) {
 }
 
 TEST_F(BackupRestoreTest, NamesThatDifferInCaseBothComeBack) {
-  {
-    MakeFolders(ports.files, safe);
-    ZipWriter writer(ports.files.Open(safe + "C_010120200000.zip", OpenMode::kReadAndCreate), 0);
-    for (const char* name : {"x/Read.me", "x/READ.ME", "x/read.me"}) {
-      machine->MakeFile(scratch + "source", name);
-      ZipEntry entry;
-      entry.name = name;
-      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
-    }
-    writer.Finish();
-  }
+  AddArchive("C_010120200000.zip", {"x/Read.me", "x/READ.ME", "x/read.me"});
   for (const char* round : {"first", "again"}) {
     SCOPED_TRACE(round);
     const RestoreResult result = Restore({}, scratch + "into", OverwriteMode::kAlways);

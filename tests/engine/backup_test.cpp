@@ -105,17 +105,19 @@ TEST_F(BackupTest, WhatOthersNamedAsAnArchiveStaysAsItIs) {
   back_up();
   const std::string bytes = Read(safe + OnlyArchive());
   ports.files.RemoveFile(safe + OnlyArchive());
-  const std::string cut = bytes.substr(0, bytes.size() - 5);
+  AddArchive("C_010120200000.zip", {"x"});
+  const std::string kinds[] = {bytes.substr(0, bytes.size() - 5), "theirs",
+                               Read(safe + "C_010120200000.zip")};
   // The names of the seconds to come are taken.
   LocalTime time = ports.system.Now();
   std::map<std::string, std::string> taken;
   for (int i = 0; i < 20; ++i, time = NextSecond(time)) {
     const std::string name = BackupArchiveName("C_", time);
-    taken[name] = i % 2 == 0 ? cut : "theirs";
+    taken[name] = kinds[i % 3];
     machine->MakeFile(safe + name, taken[name]);
   }
   back_up();
-  EXPECT_EQ(Archives().size(), taken.size() + 1);
+  EXPECT_EQ(Archives().size(), taken.size() + 2);
   for (const auto& [name, was] : taken) EXPECT_EQ(Read(safe + name), was) << name;
 }
 
@@ -222,6 +224,18 @@ TEST_F(BackupTest, StopLeavesWhatIsNotGoneYetAndTheArchiveOnRequest) {
   EXPECT_EQ(Content(safe + OnlyArchive()).size(), 2u);
 }
 
+// Whether or not the second run of a second goes on with the archive of the first.
+TEST_F(BackupTest, AStopTakesNothingFromAnEarlierRun) {
+  for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
+  for (const char* name : {"a", "b"}) {
+    ModZip zip(ports, state.Backup);
+    zip.MakeBackupArchiveName(safe, "C_");
+    EXPECT_TRUE(zip.BackupFile(*ports.files.OpenFolder(tree), tree + name)) << zip.Problem();
+    if (name[0] == 'b') zip.DeleteBackupArchive();
+  }
+  EXPECT_EQ(Content(safe + OnlyArchive()).size(), 1u);
+}
+
 TEST_F(BackupTest, StopDuringALargeFileLeavesIt) {
   machine->MakeFile(tree + "large", std::string(8 << 20, 'x'));
   mod_zip.OnPause([&] { return state.AbortRequested = true; });
@@ -295,17 +309,6 @@ TEST_F(BackupTest, AFileThatCannotBeReadLeavesNoArchive) {
   EXPECT_EQ(zip.Problem(), "locked from here");
   EXPECT_TRUE(zip.Close());
   EXPECT_EQ(Archives(), std::vector<std::string>());
-}
-
-TEST_F(BackupTest, ARunFinishesItsArchiveAndSaysHowManyFilesItHolds) {
-  ports.files.WriteWholeFile(ports.program_folder + "\\Settings.ini",
-                             "[General]\r\nDelMethod=B\r\n");
-  machine->MakeFile(temp + "one.tmp", "1");
-  Tick({"CleanTempFiles"});
-  engine.RunCleaning();
-  ASSERT_TRUE(view.report);
-  EXPECT_NE(view.report->log.find("Backed Up 1 file(s)"), std::string::npos) << view.report->log;
-  EXPECT_FALSE(FoundIn(OnlyArchive()));
 }
 
 }  // namespace

@@ -130,6 +130,17 @@ TEST_F(RegistryEraserTest, WhatIsNotStoredCountsAsNotDeleted) {
             "0 entries, 0 with missing files, 0 with zero usage count, 2 could not be deleted");
 }
 
+TEST_F(RegistryEraserTest, WhatIsThereAgainIsToldAsStayed) {
+  UnstoredRegistry undone(ports.registry, Fault::kUndone);
+  Set(kUser, "Qx1\\key", "v", Text("x"));
+  for (const Kind kind : {Kind::kValue, Kind::kKey, Kind::kTree}) {
+    const Erasure erasure = RegistryEraser(undone, RegistryEraser::OnError::kSilent)
+                                .Erase({kind, kUser, "Qx1\\key", "v"});
+    EXPECT_EQ(erasure.gone, 0u);
+    EXPECT_EQ(erasure.problem.find("It was deleted and is there again"), 0u) << erasure.problem;
+  }
+}
+
 TEST(ProtectedKeys, PreciousKeysAreKeptWithWhatHoldsThem) {
   const struct {
     const char* key;  // behind "\REGISTRY\"

@@ -1,5 +1,7 @@
 #include "run/removal.h"
 
+#include "app/stayed.h"
+
 #include "search/drive_scan.h"
 #include "support/forwarding_files.h"
 #include "support/run_fixture.h"
@@ -43,6 +45,7 @@ class RecordingArchive : public BackupArchive {
 TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes) {
   for (const int16_t mode : {kDelete, kRecycle, kWipe}) {
     SCOPED_TRACE(mode);
+    ports.shell.EmptyRecycleBin();
     state.SomeFilesLocked = false;
     const std::string file = scratch + "read only \xE2\x82\xAC.txt";
     machine->MakeFile(file, "data");
@@ -50,6 +53,7 @@ TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes)
     EXPECT_TRUE(Remove(file, mode));
     EXPECT_FALSE(machine->Exists(file));
     EXPECT_FALSE(state.SomeFilesLocked);
+    EXPECT_EQ(ports.shell.QueryRecycleBin().bytes, mode == kRecycle ? 4u : 0u);
 
     EXPECT_FALSE(Remove(file, mode));  // it is gone
     EXPECT_TRUE(state.SomeFilesLocked);
@@ -68,14 +72,6 @@ TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes)
   machine->MakeFile(scratch + "odd.txt", "");
   EXPECT_FALSE(Remove(scratch + "odd.txt", 7));
   EXPECT_TRUE(machine->Exists(scratch + "odd.txt"));
-}
-
-TEST_F(RemovalTest, RecycledFilesAreInTheBin) {
-  ports.shell.EmptyRecycleBin();
-  machine->MakeFile(scratch + "old.txt", "12345");
-  EXPECT_TRUE(Remove(scratch + "old.txt", kRecycle));
-  EXPECT_EQ(ports.shell.QueryRecycleBin().items, 1u);
-  EXPECT_EQ(ports.shell.QueryRecycleBin().bytes, 5u);
 }
 
 TEST_F(RemovalTest, WipingOverwritesOnceByteByByteOrByStep) {
@@ -210,7 +206,23 @@ TEST_F(RemovalTest, LinksAreCollectedButNeverEntered) {
       EXPECT_EQ(machine->Tree(cleaned), std::vector<std::string>());
     }
     EXPECT_EQ(ports.files.ReadWholeFile(outside + "dear.txt"), "dear") << file_link;
+    EXPECT_EQ(StayedNames(state, 9), "") << "a link is not gone into and so does not fail";
   }
+}
+
+TEST_F(RemovalTest, AFolderThatCannotBeOpenedIsTold) {
+  struct Closing : ForwardingFolder {
+    using ForwardingFolder::ForwardingFolder;
+    std::unique_ptr<Folder> OpenFolder(std::string_view names) override {
+      if (names.ends_with("closed")) throw Error(Error::Kind::kDenied, "It is closed.");
+      return ForwardingFolder::OpenFolder(names);
+    }
+  };
+  for (const char* name : {"closed\\a", "open\\b"}) machine->MakeFile(scratch + name, "1");
+  const auto list = CollectFiles(
+      context, std::make_shared<Closing>(ports.files.OpenFolder(scratch)), scratch, "*.*");
+  EXPECT_EQ(list.PendingFiles.size(), 1u);
+  EXPECT_NE(StayedNames(state, 9).find(scratch + "closed\\: It is closed."), std::string::npos);
 }
 
 TEST_F(RemovalTest, AFolderSwappedForALinkAfterTheScanChangesNothingOutside) {
