@@ -179,8 +179,11 @@ TEST_F(ProtectedPlacesTest, AWalkGoesAroundTheProgramAndItsBackups) {
   WriteSettings("[Backup]\r\nPath=" + temp + "safe\\\r\n");
   machine->MakeFile(temp + "safe\\C_010120200000.zip", "mine");
   machine->MakeFile(temp + "junk\\a.tmp", "1");
+  machine->MakeFile(temp + "hive\\UsrClass.dat", "1");
   engine.RunOneItem(*FindItem("CleanTempFiles"));
   EXPECT_FALSE(machine->Exists(temp + "junk"));
+  EXPECT_TRUE(machine->Exists(temp + "hive\\UsrClass.dat"));
+  ports.files.RemoveFile(temp + "hive\\UsrClass.dat");
   EXPECT_TRUE(machine->Exists(temp + "safe\\C_010120200000.zip"));
   EXPECT_NE(engine.state().RunLog.find("safe\\ is not cleaned: "), std::string::npos);
   ports.files.RemoveFile(temp + "safe\\C_010120200000.zip");

@@ -141,6 +141,17 @@ TEST_F(RegistryEraserTest, WhatIsThereAgainIsToldAsStayed) {
   }
 }
 
+TEST_F(RegistryEraserTest, ASubKeyThatStaysKeepsItsHolderAndNoNeighbour) {
+  UnstoredRegistry denying(ports.registry, Fault::kDenied);
+  for (const char* key : {"Qx1\\denied", "Qx1\\other"}) Set(kUser, key, "v", Text("x"));
+  const Erasure erasure = RegistryEraser(denying, RegistryEraser::OnError::kSilent)
+                              .Erase({Kind::kTree, kUser, "Qx1", ""});
+  EXPECT_EQ(erasure.stayed, 1u);
+  EXPECT_EQ(erasure.problem, "It is denied.");
+  EXPECT_TRUE(machine->KeyExists(kUser, "Qx1\\denied"));
+  EXPECT_FALSE(machine->KeyExists(kUser, "Qx1\\other"));
+}
+
 TEST(ProtectedKeys, PreciousKeysAreKeptWithWhatHoldsThem) {
   const struct {
     const char* key;  // behind "\REGISTRY\"
@@ -192,6 +203,11 @@ TEST_F(RegistryEraserTest, TheGuardKnowsAKeyByWhatItIs) {
       EXPECT_EQ(guarded.Erase({kind, kMachine, set + probe, "v"}).stayed, 1u) << set;
     }
     EXPECT_EQ(machine->ValueNames(kMachine, set + probe), Names{"v"});
+  }
+  const auto system = ports.registry.Open(kMachine, "SYSTEM", RegistryAccess::kRead);
+  if (system->IsLink("CurrentControlSet")) {
+    EXPECT_EQ(Erase({{Kind::kTree, kMachine, "SYSTEM\\CurrentControlSet", ""}}).stayed, 1u);
+    EXPECT_TRUE(machine->KeyExists(kMachine, "SYSTEM\\ControlSet001" + probe)) << "unguarded";
   }
   for (const char* set : {"SYSTEM\\ControlSet001", "SYSTEM\\CurrentControlSet"}) {
     machine->RemoveRegistryTree(kMachine, set + probe);

@@ -1,7 +1,6 @@
 #include "run/removal.h"
 
 #include "app/stayed.h"
-
 #include "search/drive_scan.h"
 #include "support/forwarding_files.h"
 #include "support/run_fixture.h"
@@ -71,6 +70,7 @@ TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes)
   }
   machine->MakeFile(scratch + "odd.txt", "");
   EXPECT_FALSE(Remove(scratch + "odd.txt", 7));
+  EXPECT_EQ(state.RunFilesDeleted, 6);
   EXPECT_TRUE(machine->Exists(scratch + "odd.txt"));
 }
 
@@ -107,39 +107,72 @@ TEST_F(RemovalTest, WipingOverwritesOnceByteByByteOrByStep) {
   }
 }
 
-TEST_F(RemovalTest, WipedFilesAreRenamedOnlyOnRequestAndOnlyInWipeMode) {
-  struct Watching : ForwardingFolder {
-    Watching(std::unique_ptr<Folder> folder, std::vector<std::string>& gone)
-        : ForwardingFolder(std::move(folder)), names(gone) {}
-    void RemoveFile(std::string_view name) override {
-      names.emplace_back(name);
-      ForwardingFolder::RemoveFile(name);
-    }
-    std::vector<std::string>& names;  // that files had when they went
+// A folder that tells the names and bytes that files had when they went, and may keep them shut.
+struct WatchedFolder : ForwardingFolder {
+  struct Log {
+    std::string name, bytes;
+    bool is_shut = false;
   };
-  std::vector<std::string> gone;
-  ForwardingFiles files(ports.files, [&gone](const std::string&, std::unique_ptr<Folder> folder) {
-    return std::make_unique<Watching>(std::move(folder), gone);
+  WatchedFolder(std::unique_ptr<Folder> folder, Log& watched)
+      : ForwardingFolder(std::move(folder)), log(watched) {}
+  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
+    if (log.is_shut) throw Error(Error::Kind::kInUse, "It is shut.");
+    return ForwardingFolder::Open(name, mode);
+  }
+  void RemoveFile(std::string_view name) override {
+    log.name = name;
+    log.bytes.resize(64);
+    log.bytes.resize(Open(name, OpenMode::kRead)->Read(0, log.bytes));
+    ForwardingFolder::RemoveFile(name);
+  }
+  Log& log;
+};
+
+TEST_F(RemovalTest, WipedFilesAreOverwrittenWholeAndRenamedOnlyOnRequest) {
+  WatchedFolder::Log log;
+  ForwardingFiles files(ports.files, [&log](const std::string&, std::unique_ptr<Folder> folder) {
+    return std::make_unique<WatchedFolder>(std::move(folder), log);
   });
   const Machine watched = WithFiles(ports, files);
   CleaningContext watching{watched, settings, state, view, mod_zip};
+  const std::string secret = "the secret", zeros(secret.size(), '\0');
   const struct {
     int16_t mode;
-    uint8_t rename;
-    bool renamed;
-  } kRows[] = {{kWipe, 0, false}, {kWipe, 1, true}, {kWipe, 2, false}, {kDelete, 1, false}};
+    uint8_t rename, extra;
+    uint64_t step;
+    bool renamed, is_shut = false;
+  } kRows[] = {{kWipe, 0, 0, 1, false},   {kWipe, 1, 0, 3, true},
+               {kWipe, 2, 1, 3, false},   {kWipe, 1, 1, 65536, true},
+               {kDelete, 1, 0, 1, false}, {kWipe, 1, 0, 1, false, true}};
   for (const auto& row : kRows) {
-    SCOPED_TRACE(std::to_string(row.mode) + ", " + std::to_string(row.rename));
-    gone.clear();
-    machine->MakeFile(scratch + "name", "data");
+    SCOPED_TRACE(&row - kRows);
+    log = {.name = "", .bytes = "", .is_shut = row.is_shut};
+    machine->MakeFile(scratch + "name", secret);
+    ports.files.SetAttributes(scratch + "name", kReadOnly);
     state.RemovalMode = row.mode;
     state.RenameBeforeDelete = row.rename;
-    EXPECT_TRUE(RemoveFile(watching, scratch + "name", Claim::kOwnList));
-    ASSERT_EQ(gone.size(), 1u);
-    EXPECT_EQ(gone[0].find_first_not_of("0123456789.e-+") == std::string::npos, row.renamed);
-    EXPECT_EQ(gone[0] == "name", !row.renamed) << gone[0];
+    state.ExtraSecurity = row.extra;
+    state.WipeStep = row.step;
+    EXPECT_EQ(RemoveFile(watching, scratch + "name", Claim::kOwnList), !row.is_shut);
+    if (row.is_shut) {
+      EXPECT_TRUE(ports.files.Look(scratch + "name")->attributes & kReadOnly);
+      continue;
+    }
+    EXPECT_EQ(log.name.find_first_not_of("0123456789.e-+") == std::string::npos, row.renamed);
+    EXPECT_EQ(log.name == "name", !row.renamed) << log.name;
+    EXPECT_EQ(log.bytes == secret, row.mode == kDelete);
+    EXPECT_EQ(log.bytes == zeros, row.mode == kWipe && row.extra == 0);
+    EXPECT_EQ(log.bytes.find_first_of("rst") != std::string::npos, row.mode == kDelete);
     EXPECT_TRUE(machine->Tree(scratch).empty());
   }
+}
+
+TEST_F(RemovalTest, OfAFileWithFurtherNamesOnlyTheNameGoes) {
+  machine->MakeFile(scratch + "one", "data");
+  machine->MakeHardLink(scratch + "two", scratch + "one");
+  EXPECT_TRUE(Remove(scratch + "one", kWipe));
+  EXPECT_EQ(ports.files.ReadWholeFile(scratch + "two"), "data");
+  EXPECT_NE(state.RunLog.find("one has further names"), std::string::npos) << state.RunLog;
 }
 
 TEST_F(RemovalTest, BackupArchivesPerDriveAndDeletesEvenWhenArchivingFails) {

@@ -8,8 +8,9 @@
 
 namespace quellix {
 
-// What becomes of changes: they are made, and storing them fails; or they are undone at once.
-enum class Fault { kNotStored, kUndone };
+// What becomes of changes: they are made, and storing them fails; or they are undone at once; or
+// keys called "denied" stay.
+enum class Fault { kNotStored, kUndone, kDenied };
 
 // A real key of such a registry.
 class UnstoredKey : public RegistryKey {
@@ -37,6 +38,9 @@ class UnstoredKey : public RegistryKey {
     return fault_ == Fault::kUndone || key_->DeleteValue(name);
   }
   bool DeleteSubKey(std::string_view path) override {
+    if (fault_ == Fault::kDenied && path == "denied") {
+      throw Error(Error::Kind::kDenied, "It is denied.");
+    }
     return fault_ == Fault::kUndone || key_->DeleteSubKey(path);
   }
   void Flush() override {

@@ -96,6 +96,10 @@ TEST_F(VolumeFiles, ALinkOnTheWayIsNotFollowed) {
   fs::create_directory_symlink(outside.path(), Native("link"));
   fs::create_symlink(outside.path() + "/a.txt", Native("file"));
   fs::create_symlink("nowhere", Native("dangling"));
+  Put("inside/b.txt");
+  fs::create_directory_symlink("inside", Native("near"));
+  EXPECT_FALSE(files_.Look("C:\\near\\b.txt"));
+  EXPECT_EQ(KindOf([this] { files_.OpenFolder("C:\\near"); }), Error::Kind::kDenied);
   EXPECT_FALSE(files_.Look("C:\\link\\a.txt"));
   EXPECT_FALSE(files_.Look("C:\\LINK\\a.txt")) << "nor when it is searched for";
   EXPECT_EQ(KindOf([this] { files_.RemoveFile("C:\\link\\a.txt"); }), Error::Kind::kDenied);
