@@ -311,6 +311,10 @@ TEST_F(BackupRestoreTest, SmallStreamsComeBackAndLargeOnesAreNamed) {
     const std::string told(strict ? zip.Problem() : zip.Loss());
     EXPECT_NE(told.find("its stream \"large\" of 32768 bytes"), std::string::npos) << told;
   }
+  state.Backup.strict = false;
+  CleaningContext losing{decorated, settings, state, view, zip};
+  EXPECT_TRUE(RemoveFile(losing, tree + "a", Claim::kOwnList));
+  EXPECT_NE(state.RunLog.find("Not backed up whole: " + tree + "a"), std::string::npos);
 }
 
 TEST_F(BackupRestoreTest, WhatIsPreciousIsNeverReplaced) {

@@ -169,17 +169,30 @@ TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
 }
 
 TEST_F(BackupTest, StrictlyAFileThatChangesAfterItWasArchivedStays) {
+  constexpr int64_t kTime = 132'000'000'000'000'000, kLater = kTime + 10'000'000;
+  const struct {
+    const char* bytes;
+    int64_t time;
+  } kRows[] = {{"newer", kTime}, {"b", kLater}};
   state.Backup.strict = true;
-  for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
-  view.on_status = [this](const std::string& status) {
-    if (status == "Deleting file: " + tree + "b") machine->MakeFile(tree + "a", "newer");
-  };
-  CleanInOrder({"a", "b"});
-  EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
-  EXPECT_EQ(Read(tree + "a"), "newer");
-  EXPECT_NE(StayedNames(state, 9).find("it changed after it was archived"), std::string::npos);
-  EXPECT_TRUE(state.SomeFilesLocked);
-  EXPECT_EQ(state.FilesBackedUp, 1);
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.bytes);
+    for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
+    machine->SetLastWrite(tree + "a", kTime);
+    view.on_status = [&](const std::string& status) {
+      if (status != "Deleting file: " + tree + "b") return;
+      machine->MakeFile(tree + "a", row.bytes);
+      machine->SetLastWrite(tree + "a", row.time);
+    };
+    state.FilesBackedUp = 0;
+    state.Stayed.clear();
+    CleanInOrder({"a", "b"});
+    EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
+    EXPECT_EQ(Read(tree + "a"), row.bytes);
+    EXPECT_NE(StayedNames(state, 9).find("it changed after it was archived"), std::string::npos);
+    EXPECT_TRUE(state.SomeFilesLocked);
+    EXPECT_EQ(state.FilesBackedUp, 1);
+  }
 }
 
 TEST_F(BackupTest, ALockedFileStaysAndTheOthersGo) {

@@ -42,6 +42,7 @@ class RecordingArchive : public BackupArchive {
 };
 
 TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes) {
+  uint64_t stayed = 0;
   for (const int16_t mode : {kDelete, kRecycle, kWipe}) {
     SCOPED_TRACE(mode);
     ports.shell.EmptyRecycleBin();
@@ -65,6 +66,7 @@ TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes)
       EXPECT_FALSE(Remove(locked, mode));
     }
     EXPECT_TRUE(state.SomeFilesLocked);
+    EXPECT_EQ(state.StayedCount, stayed += 2);
     EXPECT_EQ(ports.files.ReadWholeFile(locked), "kept");
     EXPECT_TRUE(Remove(locked, kDelete));
   }

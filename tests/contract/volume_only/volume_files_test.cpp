@@ -125,6 +125,8 @@ TEST_F(VolumeFiles, NeitherADiskNorAnotherFolderIsTakenForTheOneThatWasOpened) {
   EXPECT_NE(files_.OpenFolder("C:\\Temp\\Sub")->Id(), id);
   EXPECT_EQ(files_.OpenFolder("C:\\moved")->Id(), id);
   EXPECT_EQ(sub->Above(), files_.OpenFolder("C:\\moved")->Above()) << "as it is now";
+  fs::remove_all(Native("moved"));
+  EXPECT_EQ(KindOf([&] { sub->Above(); }), Error::Kind::kMissing) << "it lies nowhere";
   const std::string disk = Native("Temp/disk");
   if (mount(disk.c_str(), disk.c_str(), "tmpfs", 0, "") != 0) GTEST_SKIP() << "only root can mount";
   EXPECT_TRUE(files_.OpenFolder("C:\\Temp\\disk")) << "by its path alone";
@@ -221,6 +223,9 @@ TEST_F(VolumeFiles, ReplacingAFileKeepsItsModeAndAttributes) {
   EXPECT_EQ(ReadNative(Native("file")), "new");
   EXPECT_EQ(Attributes("C:\\file"), before);
   EXPECT_EQ(static_cast<int>(fs::status(Native("file")).permissions()), 0640);
+  fs::create_hard_link(Native("file"), Native("second"));
+  files_.OpenFolder("C:\\")->Rename("second", "file", IfThere::kReplace);
+  EXPECT_EQ(Names("C:\\"), std::vector<std::string>{"file"}) << "one file by two names";
 }
 
 // A disk of 64 KB, where the system lets us have one.
