@@ -1,7 +1,7 @@
 #include "run/protected_places.h"
 
-#include "app/precious_names.h"
 #include "platform/path.h"
+#include "run/precious_names.h"
 #include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 

@@ -1,6 +1,6 @@
 #include "run/removal.h"
 
-#include "app/stayed.h"
+#include "run/stayed.h"
 #include "search/drive_scan.h"
 #include "support/forwarding_files.h"
 #include "support/run_fixture.h"
