@@ -136,6 +136,10 @@ TEST_F(BackupRestoreTest, FilesThatAreThereAreTreatedAsChosen) {
     EXPECT_EQ(Read(tree + "young"), row.young);
     EXPECT_FALSE(machine->Exists(tree + "gone"));
   }
+  machine->MakeFile(tree + "old", "there");
+  machine->SetLastWrite(tree + "old", backed_up);
+  EXPECT_EQ(Restore({tree.substr(3) + "old"}, "", OverwriteMode::kNewer).restored, 0u);
+  EXPECT_EQ(Read(tree + "old"), "there") << "one of the same time is not newer";
 }
 
 TEST_F(BackupRestoreTest, NothingIsWrittenThroughLinksOrOverFolders) {
@@ -385,6 +389,7 @@ class CreatedFile : public ForwardingFile {
     int64_t tells = 0;            // of a file that is read
     std::vector<int64_t> taken;   // by those that are written
     uint64_t space = UINT64_MAX;  // where writing fails
+    bool is_full = false;         // flushing fails
   };
   CreatedFile(std::unique_ptr<RandomFile> file, Log& log)
       : ForwardingFile(std::move(file)), log_(log) {}
@@ -400,6 +405,10 @@ class CreatedFile : public ForwardingFile {
   void Write(uint64_t offset, std::string_view bytes) override {
     if (offset + bytes.size() > log_.space) throw Error(Error::Kind::kFull, "The disk is full.");
     ForwardingFile::Write(offset, bytes);
+  }
+  void Flush() override {
+    if (log_.is_full) throw Error(Error::Kind::kFull, "The disk is full.");
+    ForwardingFile::Flush();
   }
 
  private:
@@ -558,14 +567,17 @@ TEST_F(BackupRestoreTest, TheTimeOfCreationTravelsThroughTheArchive) {
     EXPECT_EQ(there.Restore(OnlyArchive(), order, prompts, nullptr).restored, 1u);
     EXPECT_EQ(log.taken, std::vector<int64_t>{log.tells});
   }
-  log.space = 3;
   machine->MakeFile(tree + "a", "there");
-  const RestoreResult result =
-      Backups(decorated, safe)
-          .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
-  EXPECT_EQ(result.problems, std::vector<std::string>{"The disk is full."});
-  EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
-  EXPECT_EQ(Read(tree + "a"), "there");
+  for (const bool at_the_end : {false, true}) {
+    log.space = at_the_end ? UINT64_MAX : 3;
+    log.is_full = at_the_end;
+    const RestoreResult result =
+        Backups(decorated, safe)
+            .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
+    EXPECT_EQ(result.problems, std::vector<std::string>{"The disk is full."});
+    EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
+    EXPECT_EQ(Read(tree + "a"), "there");
+  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "platform/path.h"
 #include "run/precious_names.h"
+#include "run/removal.h"
 #include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 
@@ -172,6 +173,24 @@ TEST_F(ProtectedPlacesTest, WhatIsUnknownIsTakenForPrecious) {
     Strange folder(ports.files.OpenFolder(scratch), id);
     EXPECT_NE(places.WhyNot(folder, "*.dat", false, Claim::kItem), "") << id.is_known();
     EXPECT_EQ(places.WhyNotFile(folder, "a.dat", Claim::kItem).empty(), id.is_known());
+  }
+}
+
+// Named in the user's list of files, or come to be precious after the scan.
+TEST_F(ProtectedPlacesTest, ARemovalAsksAgain) {
+  const std::string windows = ports.system.WindowsFolder(), root = windows.substr(0, 3);
+  const std::string library = windows + "\\qx.dll", part = windows + "\\WinSxS\\qx.tmp";
+  for (const std::string& path : {library, part}) machine->MakeFile(path, "1");
+  machine->MakeFile(ports.program_folder + "\\UDFI.txt", library + "\r\n");
+  engine.RunOneItem(*FindItem("CleanUserFiles"));
+  FileList list{ports.files.OpenFolder(root), root, {}, {}};
+  list.PendingFiles.Append(part);
+  list.PendingFolders.Append(windows + "\\WinSxS\\");
+  RemovePendingFiles(context, list);
+  RemovePendingFolders(context, list);
+  for (const std::string& path : {library, part}) {
+    EXPECT_TRUE(machine->Exists(path)) << path;
+    ports.files.RemoveFile(path);
   }
 }
 
