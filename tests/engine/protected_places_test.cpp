@@ -182,12 +182,14 @@ TEST_F(ProtectedPlacesTest, ARemovalAsksAgain) {
   const std::string library = windows + "\\qx.dll", part = windows + "\\WinSxS\\qx.tmp";
   for (const std::string& path : {library, part}) machine->MakeFile(path, "1");
   machine->MakeFile(ports.program_folder + "\\UDFI.txt", library + "\r\n");
+  machine->MakeFolder(windows + "\\Installer");
   engine.RunOneItem(*FindItem("CleanUserFiles"));
   FileList list{ports.files.OpenFolder(root), root, {}, {}};
   list.PendingFiles.Append(part);
-  list.PendingFolders.Append(windows + "\\WinSxS\\");
+  list.PendingFolders.Append(windows + "\\Installer\\");
   RemovePendingFiles(context, list);
   RemovePendingFolders(context, list);
+  EXPECT_TRUE(machine->Exists(windows + "\\Installer"));
   for (const std::string& path : {library, part}) {
     EXPECT_TRUE(machine->Exists(path)) << path;
     ports.files.RemoveFile(path);
