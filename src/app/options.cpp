@@ -147,7 +147,7 @@ std::string Options::SaveGeneral() {
     return "The settings could not be saved, as they could not be read when the Options were "
            "opened. Please open them again.\n";
   }
-  const std::string problems = SaveGeneralSettings(machine_, general, saved_);
+  std::string problems = SaveGeneralSettings(machine_, general, saved_);
   saved_ = LoadGeneralOptions(machine_);
   return problems;
 }

@@ -157,6 +157,11 @@ TEST_F(PreviewContract, TheRegistryIsReadAsChangedAndStaysAsItIs) {
     const auto denied = test_->DenyRegistryWrites(kUser, key_);
     EXPECT_EQ(KindOf([&] { registry.Open(kUser, key_, kWrite); }), Error::Kind::kDenied);
   }
+  const auto system = registry.Open(RegistryRoot::kLocalMachine, "SYSTEM", RegistryAccess::kRead);
+  if (system->IsLink("CurrentControlSet")) {
+    const auto writable = registry.Open(RegistryRoot::kLocalMachine, "SYSTEM", kWrite);
+    EXPECT_EQ(KindOf([&] { writable->DeleteSubKey("CurrentControlSet"); }), Error::Kind::kDenied);
+  }
   const auto made = registry.Create(kUser, key_ + "\\New\\Deep");
   made->SetValue("v", {kRegNone, "1"});
   EXPECT_EQ(key->SubKeyAt(0), "New");

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/error.h"
+#include "contract/error_kind.h"
 #include "support/test_machine.h"
 
 namespace quellix {
@@ -19,16 +19,6 @@ class RandomFileContract : public ::testing::Test {
     bytes.resize(file.Read(offset, bytes));
     return bytes;
   }
-  template <class Step>
-  static std::optional<Error::Kind> KindOf(const Step& step) {
-    try {
-      step();
-      return std::nullopt;
-    } catch (const Error& error) {
-      return error.kind();
-    }
-  }
-
   std::unique_ptr<TestMachine> machine_;
   FileSystem& files_;
   std::string scratch_, path_;

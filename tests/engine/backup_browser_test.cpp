@@ -25,17 +25,6 @@ class BackupBrowserTest : public BackupFixture {
     }
     return names;
   }
-  // Puts an archive into the backup folder, made by another program.
-  void AddArchive(const std::string& name, std::initializer_list<const char*> entries) {
-    machine->MakeFile(scratch + "source", "other");
-    ZipWriter writer(ports.files.Open(safe + name, OpenMode::kReadAndCreate), {});
-    for (const char* stored : entries) {
-      ZipEntry entry;
-      entry.name = stored;
-      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
-    }
-    writer.Finish();
-  }
 
   std::string archive;
   ScriptedPrompts prompts;

@@ -1,5 +1,8 @@
+#include <set>
+
 #include "backup/entry_path.h"
 #include "backup/leftovers.h"
+#include "backup/registry_undo.h"
 #include "support/backup_fixture.h"
 #include "support/forwarding_files.h"
 
@@ -41,22 +44,11 @@ TEST(EntryPathTest, PathsThatLeaveTheirFolderAreRefusedByName) {
 
 // As the archives of older programs have them.
 TEST_F(BackupRestoreTest, NamesThatAreNotUtf8AreReadInTheirCodePage) {
-  MakeFolders(ports.files, safe);
-  {
-    ZipWriter writer(ports.files.Open(safe + "C_010120200000.zip", OpenMode::kReadAndCreate), 0);
-    machine->MakeFile(scratch + "source", "bytes");
-    for (const char* name : {"old/M\x81ll \xE1", "new/\xC3\xBC"}) {
-      ZipEntry entry;
-      entry.name = name;
-      entry.flags = 0;
-      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
-    }
-    writer.Finish();
-  }
+  AddArchive("C_010120200000.zip", {"old/M\x81ll \xE1", "new/\xC3\xBC"}, 0);
   EXPECT_EQ(backups.ListEntries("C_010120200000.zip")[0].path, "old\\M\xC3\xBCll \xC3\x9F");
   EXPECT_EQ(Restore({}, scratch + "into").restored, 2u);
-  EXPECT_EQ(Read(scratch + "into\\old\\M\xC3\xBCll \xC3\x9F"), "bytes");
-  EXPECT_EQ(Read(scratch + "into\\new\\\xC3\xBC"), "bytes");
+  EXPECT_EQ(Read(scratch + "into\\old\\M\xC3\xBCll \xC3\x9F"), "old/M\x81ll \xE1");
+  EXPECT_EQ(Read(scratch + "into\\new\\\xC3\xBC"), "new/\xC3\xBC");
 }
 
 TEST_F(BackupRestoreTest, BytesNamesTimesAndAttributesComeBack) {
@@ -144,6 +136,10 @@ TEST_F(BackupRestoreTest, FilesThatAreThereAreTreatedAsChosen) {
     EXPECT_EQ(Read(tree + "young"), row.young);
     EXPECT_FALSE(machine->Exists(tree + "gone"));
   }
+  machine->MakeFile(tree + "old", "there");
+  machine->SetLastWrite(tree + "old", backed_up);
+  EXPECT_EQ(Restore({tree.substr(3) + "old"}, "", OverwriteMode::kNewer).restored, 0u);
+  EXPECT_EQ(Read(tree + "old"), "there") << "one of the same time is not newer";
 }
 
 TEST_F(BackupRestoreTest, NothingIsWrittenThroughLinksOrOverFolders) {
@@ -252,17 +248,7 @@ TEST_F(BackupRestoreTest, WhatCanBeBackedUpComesBackWhateverItsName) {
 }
 
 TEST_F(BackupRestoreTest, NamesThatDifferInCaseBothComeBack) {
-  {
-    MakeFolders(ports.files, safe);
-    ZipWriter writer(ports.files.Open(safe + "C_010120200000.zip", OpenMode::kReadAndCreate), 0);
-    for (const char* name : {"x/Read.me", "x/READ.ME", "x/read.me"}) {
-      machine->MakeFile(scratch + "source", name);
-      ZipEntry entry;
-      entry.name = name;
-      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
-    }
-    writer.Finish();
-  }
+  AddArchive("C_010120200000.zip", {"x/Read.me", "x/READ.ME", "x/read.me"});
   for (const char* round : {"first", "again"}) {
     SCOPED_TRACE(round);
     const RestoreResult result = Restore({}, scratch + "into", OverwriteMode::kAlways);
@@ -329,6 +315,10 @@ TEST_F(BackupRestoreTest, SmallStreamsComeBackAndLargeOnesAreNamed) {
     const std::string told(strict ? zip.Problem() : zip.Loss());
     EXPECT_NE(told.find("its stream \"large\" of 32768 bytes"), std::string::npos) << told;
   }
+  state.Backup.strict = false;
+  CleaningContext losing{decorated, settings, state, view, zip};
+  EXPECT_TRUE(RemoveFile(losing, tree + "a", Claim::kOwnList));
+  EXPECT_NE(state.RunLog.find("Not backed up whole: " + tree + "a"), std::string::npos);
 }
 
 TEST_F(BackupRestoreTest, WhatIsPreciousIsNeverReplaced) {
@@ -399,7 +389,7 @@ class CreatedFile : public ForwardingFile {
     int64_t tells = 0;            // of a file that is read
     std::vector<int64_t> taken;   // by those that are written
     uint64_t space = UINT64_MAX;  // where writing fails
-    int flushes = 0;
+    bool is_full = false;         // flushing fails
   };
   CreatedFile(std::unique_ptr<RandomFile> file, Log& log)
       : ForwardingFile(std::move(file)), log_(log) {}
@@ -417,13 +407,116 @@ class CreatedFile : public ForwardingFile {
     ForwardingFile::Write(offset, bytes);
   }
   void Flush() override {
-    ++log_.flushes;
+    if (log_.is_full) throw Error(Error::Kind::kFull, "The disk is full.");
     ForwardingFile::Flush();
   }
 
  private:
   Log& log_;
 };
+
+// What is in memory alone while names change and files go would be lost with the power.
+struct DiskOrder {
+  std::set<std::string> unflushed;  // files and, where names changed, folders
+  int files_flushed = 0;
+};
+
+class WatchedFile : public ForwardingFile {
+ public:
+  WatchedFile(std::unique_ptr<RandomFile> file, std::string path, DiskOrder& order)
+      : ForwardingFile(std::move(file)), path_(std::move(path)), order_(order) {}
+  void Write(uint64_t offset, std::string_view bytes) override {
+    order_.unflushed.insert(path_);
+    ForwardingFile::Write(offset, bytes);
+  }
+  void Flush() override {
+    ForwardingFile::Flush();
+    order_.unflushed.erase(path_);
+    ++order_.files_flushed;
+  }
+
+ private:
+  std::string path_;
+  DiskOrder& order_;
+};
+
+class WatchedFolder : public ForwardingFolder {
+ public:
+  WatchedFolder(std::unique_ptr<Folder> folder, std::string path, DiskOrder& order)
+      : ForwardingFolder(std::move(folder)), path_(std::move(path)), order_(order) {}
+  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
+    return std::make_unique<WatchedFile>(ForwardingFolder::Open(name, mode),
+                                         path_ + std::string(name), order_);
+  }
+  void Rename(std::string_view from, std::string_view to, IfThere if_there) override {
+    EXPECT_FALSE(order_.unflushed.contains(path_ + std::string(from))) << from << " to " << to;
+    ForwardingFolder::Rename(from, to, if_there);
+    order_.unflushed.insert(path_);
+  }
+  void RemoveFile(std::string_view name) override {
+    // Notes and probes may be lost.
+    std::erase_if(order_.unflushed,
+                  [](const std::string& path) { return IsTemporaryName(NamePart(path)); });
+    EXPECT_EQ(order_.unflushed, std::set<std::string>()) << "when " << name << " goes";
+    ForwardingFolder::RemoveFile(name);
+  }
+  void Flush() override {
+    ForwardingFolder::Flush();
+    order_.unflushed.erase(path_);
+  }
+
+ private:
+  std::string path_;
+  DiskOrder& order_;
+};
+
+TEST_F(BackupRestoreTest, WhatIsWrittenIsOnTheDiskBeforeNamesChangeAndFilesGo) {
+  DiskOrder order;
+  ForwardingFiles files(ports.files, [&](const std::string& path, std::unique_ptr<Folder> folder) {
+    return std::make_unique<WatchedFolder>(std::move(folder), path, order);
+  });
+  const Machine watched = WithFiles(ports, files);
+  Engine run(watched, view);
+  Backups there(watched, safe);
+  const auto clean = [&](const char* method) {
+    WriteSettings(std::string("[General]\r\nDelMethod=") + method);
+    for (const char* name : {"a", "b"}) machine->MakeFile(temp + name, "12345");
+    run.RunOneItem(*FindItem("CleanTempFiles"));
+    EXPECT_EQ(run.state().RunFilesDeleted, 2);
+  };
+  const struct {
+    const char* name;
+    std::function<void()> work;
+    int least;  // files flushed
+  } kRows[] = {
+      {"wipe byte by byte", [&] { clean("W"); }, 10},
+      {"wipe", [&] { clean("W\r\nWipeStep=4096"); }, 2},
+      {"back up", [&] { clean("B"); }, 2},
+      {"restore", [&] { there.Restore(OnlyArchive(), {}, prompts, nullptr); }, 2},
+      {"repair",
+       [&] {
+         const std::string archive = safe + OnlyArchive();
+         ports.files.Open(archive, OpenMode::kWrite)->Resize(Read(archive).size() - 5);
+         EXPECT_NE(there.Repair(OnlyArchive()), "");
+       },
+       1},
+      {"keep a registry entry",
+       [&] {
+         machine->SetText(kUser, kRunMruKey, "a", "x");
+         RegistryUndo undo;
+         undo.AddValue(ports.registry, kUser, kRunMruKey, "a");
+         undo.Store(watched, safe);
+       },
+       1},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    order = {};
+    row.work();
+    EXPECT_EQ(order.unflushed, std::set<std::string>());
+    EXPECT_GE(order.files_flushed, row.least);
+  }
+}
 
 // A folder where no file can take another name.
 class StuckFolder : public ForwardingFolder {
@@ -473,16 +566,18 @@ TEST_F(BackupRestoreTest, TheTimeOfCreationTravelsThroughTheArchive) {
     const RestoreOrder order{{}, "", OverwriteMode::kAlways};
     EXPECT_EQ(there.Restore(OnlyArchive(), order, prompts, nullptr).restored, 1u);
     EXPECT_EQ(log.taken, std::vector<int64_t>{log.tells});
-    EXPECT_GT(log.flushes, 0);
   }
-  log.space = 3;
   machine->MakeFile(tree + "a", "there");
-  const RestoreResult result =
-      Backups(decorated, safe)
-          .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
-  EXPECT_EQ(result.problems, std::vector<std::string>{"The disk is full."});
-  EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
-  EXPECT_EQ(Read(tree + "a"), "there");
+  for (const bool at_the_end : {false, true}) {
+    log.space = at_the_end ? UINT64_MAX : 3;
+    log.is_full = at_the_end;
+    const RestoreResult result =
+        Backups(decorated, safe)
+            .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
+    EXPECT_EQ(result.problems, std::vector<std::string>{"The disk is full."});
+    EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
+    EXPECT_EQ(Read(tree + "a"), "there");
+  }
 }
 
 }  // namespace

@@ -105,17 +105,19 @@ TEST_F(BackupTest, WhatOthersNamedAsAnArchiveStaysAsItIs) {
   back_up();
   const std::string bytes = Read(safe + OnlyArchive());
   ports.files.RemoveFile(safe + OnlyArchive());
-  const std::string cut = bytes.substr(0, bytes.size() - 5);
+  AddArchive("C_010120200000.zip", {"x"});
+  const std::string kinds[] = {bytes.substr(0, bytes.size() - 5), "theirs",
+                               Read(safe + "C_010120200000.zip")};
   // The names of the seconds to come are taken.
   LocalTime time = ports.system.Now();
   std::map<std::string, std::string> taken;
   for (int i = 0; i < 20; ++i, time = NextSecond(time)) {
     const std::string name = BackupArchiveName("C_", time);
-    taken[name] = i % 2 == 0 ? cut : "theirs";
+    taken[name] = kinds[i % 3];
     machine->MakeFile(safe + name, taken[name]);
   }
   back_up();
-  EXPECT_EQ(Archives().size(), taken.size() + 1);
+  EXPECT_EQ(Archives().size(), taken.size() + 2);
   for (const auto& [name, was] : taken) EXPECT_EQ(Read(safe + name), was) << name;
 }
 
@@ -167,17 +169,30 @@ TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
 }
 
 TEST_F(BackupTest, StrictlyAFileThatChangesAfterItWasArchivedStays) {
+  constexpr int64_t kTime = 132'000'000'000'000'000, kLater = kTime + 10'000'000;
+  const struct {
+    const char* bytes;
+    int64_t time;
+  } kRows[] = {{"newer", kTime}, {"b", kLater}};
   state.Backup.strict = true;
-  for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
-  view.on_status = [this](const std::string& status) {
-    if (status == "Deleting file: " + tree + "b") machine->MakeFile(tree + "a", "newer");
-  };
-  CleanInOrder({"a", "b"});
-  EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
-  EXPECT_EQ(Read(tree + "a"), "newer");
-  EXPECT_NE(StayedNames(state, 9).find("it changed after it was archived"), std::string::npos);
-  EXPECT_TRUE(state.SomeFilesLocked);
-  EXPECT_EQ(state.FilesBackedUp, 1);
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.bytes);
+    for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
+    machine->SetLastWrite(tree + "a", kTime);
+    view.on_status = [&](const std::string& status) {
+      if (status != "Deleting file: " + tree + "b") return;
+      machine->MakeFile(tree + "a", row.bytes);
+      machine->SetLastWrite(tree + "a", row.time);
+    };
+    state.FilesBackedUp = 0;
+    state.Stayed.clear();
+    CleanInOrder({"a", "b"});
+    EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
+    EXPECT_EQ(Read(tree + "a"), row.bytes);
+    EXPECT_NE(StayedNames(state, 9).find("it changed after it was archived"), std::string::npos);
+    EXPECT_TRUE(state.SomeFilesLocked);
+    EXPECT_EQ(state.FilesBackedUp, 1);
+  }
 }
 
 TEST_F(BackupTest, ALockedFileStaysAndTheOthersGo) {
@@ -220,6 +235,18 @@ TEST_F(BackupTest, StopLeavesWhatIsNotGoneYetAndTheArchiveOnRequest) {
     EXPECT_EQ(Archives().size(), keep ? 1u : 0u);
   }
   EXPECT_EQ(Content(safe + OnlyArchive()).size(), 2u);
+}
+
+// Whether or not the second run of a second goes on with the archive of the first.
+TEST_F(BackupTest, AStopTakesNothingFromAnEarlierRun) {
+  for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
+  for (const char* name : {"a", "b"}) {
+    ModZip zip(ports, state.Backup);
+    zip.MakeBackupArchiveName(safe, "C_");
+    EXPECT_TRUE(zip.BackupFile(*ports.files.OpenFolder(tree), tree + name)) << zip.Problem();
+    if (name[0] == 'b') zip.DeleteBackupArchive();
+  }
+  EXPECT_EQ(Content(safe + OnlyArchive()).size(), 1u);
 }
 
 TEST_F(BackupTest, StopDuringALargeFileLeavesIt) {
@@ -295,17 +322,6 @@ TEST_F(BackupTest, AFileThatCannotBeReadLeavesNoArchive) {
   EXPECT_EQ(zip.Problem(), "locked from here");
   EXPECT_TRUE(zip.Close());
   EXPECT_EQ(Archives(), std::vector<std::string>());
-}
-
-TEST_F(BackupTest, ARunFinishesItsArchiveAndSaysHowManyFilesItHolds) {
-  ports.files.WriteWholeFile(ports.program_folder + "\\Settings.ini",
-                             "[General]\r\nDelMethod=B\r\n");
-  machine->MakeFile(temp + "one.tmp", "1");
-  Tick({"CleanTempFiles"});
-  engine.RunCleaning();
-  ASSERT_TRUE(view.report);
-  EXPECT_NE(view.report->log.find("Backed Up 1 file(s)"), std::string::npos) << view.report->log;
-  EXPECT_FALSE(FoundIn(OnlyArchive()));
 }
 
 }  // namespace

@@ -249,30 +249,6 @@ TEST_F(CleaningRunTest, OneItemRunsWhateverItsBoxSays) {
   EXPECT_EQ(machine->Tree(temp).size(), 6u);
 }
 
-TEST_F(CleaningRunTest, AFailingItemSaysSoOnceAndTheNextOneRuns) {
-  SeedUser();
-  std::shared_ptr<void> denial;
-  try {
-    denial = machine->DenyRegistryWrites(kUser, kRunMruKey);
-  } catch (const std::exception& error) {
-    GTEST_SKIP() << error.what();
-  }
-  Tick({"CleanTempFiles", "CleanRunMRU"});
-  engine.RunCleaning();
-  ASSERT_EQ(view.criticals.size(), 1u);
-  EXPECT_TRUE(view.criticals[0].starts_with("There was an error in cleaning the Run MRU. "));
-  EXPECT_GT(view.criticals[0].size(), 50u) << "the reason is missing";
-  EXPECT_EQ(Log().find("Windows run history"), std::string::npos);
-  EXPECT_NE(Log().find("Temporary files... Files Deleted: 3"), std::string::npos);
-  EXPECT_TRUE(state().SomeErrors);
-  EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 3u);
-
-  state().Hidden = true;  // nobody to ask: the message goes into the log
-  engine.RunCleaning();
-  EXPECT_EQ(view.criticals.size(), 1u);
-  EXPECT_NE(state().RunLog.find("There was an error in cleaning the Run MRU. "), std::string::npos);
-}
-
 TEST_F(CleaningRunTest, AHiddenRunShowsNothing) {
   SeedUser();
   Tick({"CleanTempFiles"});
@@ -283,21 +259,6 @@ TEST_F(CleaningRunTest, AHiddenRunShowsNothing) {
   EXPECT_NE(view.kept->log.find("Temporary files... Files Deleted: 3"), std::string::npos);
   EXPECT_EQ(BriefReport(context), "Cleaned by itself: 3 files, 2.93 KB.");
   EXPECT_TRUE(machine->Tree(temp).empty());
-}
-
-TEST_F(CleaningRunTest, ATemporaryFolderThatHoldsWindowsIsRefused) {
-  SeedUser();
-  const std::string profile = ports.system.Environment("USERPROFILE").value();
-  const std::string windows = ports.system.WindowsFolder();
-  for (const std::string& folder :
-       {windows.substr(0, 3), windows + "\\", UpCase(profile) + "\\",
-        profile.substr(0, profile.rfind('\\') + 1), ports.system.SystemFolder() + "\\"}) {
-    SCOPED_TRACE(folder);
-    state().RunLog.clear();
-    CleanFolder(context, folder, "*.*", FoldersPass::kYes);
-    EXPECT_TRUE(state().RunLog.starts_with(folder + " is not cleaned")) << state().RunLog;
-  }
-  EXPECT_EQ(machine->Tree(temp).size(), 6u);
 }
 
 TEST_F(CleaningRunTest, SettingsThatCannotBeSavedAreSaidOnceAndTheRunGoesOn) {

@@ -1,10 +1,17 @@
 #include "run/protected_places.h"
 
 #include "platform/path.h"
+#include "run/precious_names.h"
+#include "run/removal.h"
+#include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
 namespace {
+
+constexpr const char* kShellFolders =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
+constexpr const char* kDownloads = "{374DE290-123F-4565-9164-39C4925E467B}";
 
 // Every precious place, by every way of spelling it: nothing in it goes, and the log says why.
 class ProtectedPlacesTest : public RunFixture {
@@ -46,7 +53,7 @@ TEST_F(ProtectedPlacesTest, NoSpellingOfAPreciousFolderEmptiesIt) {
         ports.system.SystemFolder() + "\\config", ports.system.SystemFolder() + "\\drivers\\etc",
         std::string(WithoutBackslash(FolderPart(profile))), profile, profile + "\\AppData",
         ports.system.Environment("ProgramFiles").value(), ports.program_folder,
-        ports.program_folder + "\\Backup"}) {
+        ports.program_folder + "\\Backup", ports.program_folder + "\\Plugins\\Deep"}) {
     const std::string kept = place + "\\Qx kept\\dear.tmp";
     for (const std::string& line : Spellings(place)) ExpectKept(line, kept);
     ExpectKept(machine->ShortName(place), kept);
@@ -55,47 +62,149 @@ TEST_F(ProtectedPlacesTest, NoSpellingOfAPreciousFolderEmptiesIt) {
   }
 }
 
-TEST_F(ProtectedPlacesTest, TheUsersOwnFoldersGoByHisListAlone) {
-  const std::string documents = ports.system.Environment("USERPROFILE").value() + "\\Saved Games";
-  machine->MakeFile(documents + "\\a.tmp", "1");
-  ProtectedPlaces places(ports, "");
-  const auto folder = ports.files.OpenFolder(documents);
-  EXPECT_EQ(places.WhyNot(*folder, "*.*", true, Claim::kOwnList), "");
-  EXPECT_NE(places.WhyNot(*folder, "*.*", true, Claim::kRecipe), "");
-  EXPECT_NE(places.WhyNot(*folder, "*.*", true, Claim::kItem), "");
-  EXPECT_TRUE(places.IsPersonal(*folder));
-  ports.files.RemoveFile(documents + "\\a.tmp");
-}
-
-TEST_F(ProtectedPlacesTest, FilesThatWindowsNeedsStayWhoeverNamesThem) {
-  const std::string windows = ports.system.WindowsFolder();
+// Those who may: the items (I), recipes (R), the user's own list (O).
+TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
+  const std::string windows = ports.system.WindowsFolder(), root = windows.substr(0, 3);
+  const std::string system = ports.system.SystemFolder(), config = system + "\\config";
   const std::string profile = ports.system.Environment("USERPROFILE").value();
+  const std::string listed = scratch + "listed", moved = profile + "\\Qx moved";
+  const std::string cloud = profile + "\\OneDrive - Qx", games = profile + "\\Saved Games";
+  const std::string other = std::string(FolderPart(profile)) + "Somebody Else";
   const struct {
-    std::string folder, name;
-    bool goes;
-  } kRows[] = {{windows, "MEMORY.DMP", true},       {windows, "qx.log", true},
-               {windows, "qx.exe", false},          {ports.system.SystemFolder(), "qx.dll", false},
-               {profile, "NTUSER.DAT.LOG1", false}, {profile, "ntuser.dat{1}.TM.blf", false},
-               {scratch, "UsrClass.dat", false},    {scratch, "notes.dat", true}};
+    std::string folder, mask;
+    bool below;
+    const char* who;
+  } kRows[] = {
+      {windows, "MEMORY.DMP", false, "IRO"},
+      {windows, "*.log", false, "IRO"},
+      {windows, "*.log", true, ""},
+      {windows, "qx.exe", false, ""},
+      {windows, "qx", false, ""},
+      {windows, "qx.zzz", false, "IRO"},
+      {windows, "q?.zzz", false, ""},
+      {system, "qx.dll", false, ""},
+      {system, "*.spl", false, ""},
+      {system + "\\Qx", "*.spl", true, "I"},
+      {system + "\\Qx", "*.*", true, ""},
+      {system + "\\LogFiles\\Qx", "*.*", true, "IRO"},
+      {config, "*.log", false, ""},
+      {config + "\\Qx", "qx.log", false, ""},
+      {root, "qx.zzz", false, "IRO"},
+      {root, "BOOTMGR", false, ""},
+      {profile, "NTUSER.DAT.LOG1", false, ""},
+      {profile, "ntuser.dat{1}.TM.blf", false, ""},
+      {profile, "qx.dat", false, "IRO"},
+      {other, "*.*", true, ""},
+      {other + "\\Qx", "*.*", true, "IRO"},
+      {listed, "*.*", true, ""},
+      {games, "*.*", true, "O"},
+      {games, "*.log", false, "IRO"},
+      {games, "*.log", true, "O"},
+      {cloud, "*.*", true, "O"},
+      {moved, "*.*", true, "O"},
+      {ports.program_folder, "qx.log", false, ""},
+      {scratch, "UsrClass.dat", false, ""},
+      {scratch, "notes.dat", false, "IRO"},
+  };
+  const std::string list = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-9";
+  machine->SetText(RegistryRoot::kLocalMachine, list, "ProfileImagePath", listed);
+  machine->SetText(kUser, kShellFolders, kDownloads, "%USERPROFILE%\\Qx moved");
+  const bool had_boot_file = machine->Exists(root + "bootmgr");
+  if (!had_boot_file) machine->MakeFile(root + "bootmgr", "1");
+  for (const auto& row : kRows) machine->MakeFolder(row.folder);
   ProtectedPlaces places(ports, "");
   for (const auto& row : kRows) {
-    SCOPED_TRACE(row.folder + "\\" + row.name);
+    SCOPED_TRACE(row.folder + ", " + row.mask);
     const auto folder = ports.files.OpenFolder(row.folder);
-    EXPECT_EQ(places.WhyNotFile(*folder, row.name, Claim::kOwnList).empty(), row.goes);
+    std::string who;
+    for (const auto& [claim, letter] :
+         {std::pair(Claim::kItem, 'I'), {Claim::kRecipe, 'R'}, {Claim::kOwnList, 'O'}}) {
+      const std::string why = HasWildcards(row.mask)
+                                  ? places.WhyNot(*folder, row.mask, row.below, claim)
+                                  : places.WhyNotFile(*folder, row.mask, claim);
+      if (why.empty()) who += letter;
+    }
+    EXPECT_EQ(who, row.who);
+    const std::string& at = row.folder;
+    EXPECT_EQ(places.IsPersonal(*folder), at == games || at == cloud || at == moved);
+    EXPECT_EQ(places.IsSpared(folder->Id()),
+              !places.IsPersonal(*folder) && at != scratch && !at.ends_with("\\Qx"));
+    EXPECT_EQ(places.WhyNotEdit(*folder, "qx.ini").empty(),
+              !at.starts_with(config) && at != ports.program_folder);
   }
-  machine->MakeFile(scratch + "SYSTEM", "regf and more");
-  machine->MakeFile(scratch + "SOFTWARE", "a text");
+  machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, list);
+  ports.registry.Open(kUser, kShellFolders, RegistryAccess::kWrite)->DeleteValue(kDownloads);
+  if (!had_boot_file) ports.files.RemoveFile(root + "bootmgr");
+}
+
+TEST_F(ProtectedPlacesTest, AHiveIsKnownByItsNameAndWhatIsInIt) {
+  const struct {
+    const char *name, *bytes;
+    bool goes;
+  } kRows[] = {{"SYSTEM", "regf and more", false},
+               {"software.log1", "regf", false},
+               {"Sam{1}.TM.blf", "regf", false},
+               {"SECURITY", "a text", true},
+               {"DEFAULTS", "regf", true},
+               {"Default", nullptr, false},
+               {"bcd", "reg", true}};
+  ProtectedPlaces places(ports, "");
   const auto folder = ports.files.OpenFolder(scratch);
-  EXPECT_NE(places.WhyNotFile(*folder, "SYSTEM", Claim::kOwnList), "") << "by what is in it";
-  EXPECT_EQ(places.WhyNotFile(*folder, "SOFTWARE", Claim::kOwnList), "");
+  EXPECT_EQ(places.WhyNotFile(*folder, "DRIVERS", Claim::kOwnList), "") << "it is missing";
+  for (const auto& row : kRows) {
+    const std::string path = scratch + row.name;
+    row.bytes ? machine->MakeFile(path, row.bytes) : machine->MakeFolder(path);  // unreadable
+    EXPECT_EQ(places.WhyNotFile(*folder, row.name, Claim::kOwnList).empty(), row.goes) << row.name;
+    EXPECT_EQ(places.WhyNotEdit(*folder, row.name).empty(), row.goes) << row.name;
+  }
+}
+
+// Shares and disks that nobody listed, and systems that cannot tell what a folder is.
+TEST_F(ProtectedPlacesTest, WhatIsUnknownIsTakenForPrecious) {
+  struct Strange : ForwardingFolder {
+    Strange(std::unique_ptr<Folder> folder, FileId id)
+        : ForwardingFolder(std::move(folder)), own(id) {}
+    FileId Id() override { return own; }
+    std::vector<FileId> Above() override { return {}; }
+    FileId own;
+  };
+  ProtectedPlaces places(ports, "");
+  for (const FileId& id : {FileId{}, FileId{99, {1, 2}}}) {
+    Strange folder(ports.files.OpenFolder(scratch), id);
+    EXPECT_NE(places.WhyNot(folder, "*.dat", false, Claim::kItem), "") << id.is_known();
+    EXPECT_EQ(places.WhyNotFile(folder, "a.dat", Claim::kItem).empty(), id.is_known());
+  }
+}
+
+// Named in the user's list of files, or come to be precious after the scan.
+TEST_F(ProtectedPlacesTest, ARemovalAsksAgain) {
+  const std::string windows = ports.system.WindowsFolder(), root = windows.substr(0, 3);
+  const std::string library = windows + "\\qx.dll", part = windows + "\\WinSxS\\qx.tmp";
+  for (const std::string& path : {library, part}) machine->MakeFile(path, "1");
+  machine->MakeFile(ports.program_folder + "\\UDFI.txt", library + "\r\n");
+  machine->MakeFolder(windows + "\\Installer");
+  engine.RunOneItem(*FindItem("CleanUserFiles"));
+  FileList list{ports.files.OpenFolder(root), root, {}, {}};
+  list.PendingFiles.Append(part);
+  list.PendingFolders.Append(windows + "\\Installer\\");
+  RemovePendingFiles(context, list);
+  RemovePendingFolders(context, list);
+  EXPECT_TRUE(machine->Exists(windows + "\\Installer"));
+  for (const std::string& path : {library, part}) {
+    EXPECT_TRUE(machine->Exists(path)) << path;
+    ports.files.RemoveFile(path);
+  }
 }
 
 TEST_F(ProtectedPlacesTest, AWalkGoesAroundTheProgramAndItsBackups) {
   WriteSettings("[Backup]\r\nPath=" + temp + "safe\\\r\n");
   machine->MakeFile(temp + "safe\\C_010120200000.zip", "mine");
   machine->MakeFile(temp + "junk\\a.tmp", "1");
+  machine->MakeFile(temp + "hive\\UsrClass.dat", "1");
   engine.RunOneItem(*FindItem("CleanTempFiles"));
   EXPECT_FALSE(machine->Exists(temp + "junk"));
+  EXPECT_TRUE(machine->Exists(temp + "hive\\UsrClass.dat"));
+  ports.files.RemoveFile(temp + "hive\\UsrClass.dat");
   EXPECT_TRUE(machine->Exists(temp + "safe\\C_010120200000.zip"));
   EXPECT_NE(engine.state().RunLog.find("safe\\ is not cleaned: "), std::string::npos);
   ports.files.RemoveFile(temp + "safe\\C_010120200000.zip");

@@ -130,6 +130,28 @@ TEST_F(RegistryEraserTest, WhatIsNotStoredCountsAsNotDeleted) {
             "0 entries, 0 with missing files, 0 with zero usage count, 2 could not be deleted");
 }
 
+TEST_F(RegistryEraserTest, WhatIsThereAgainIsToldAsStayed) {
+  UnstoredRegistry undone(ports.registry, Fault::kUndone);
+  Set(kUser, "Qx1\\key", "v", Text("x"));
+  for (const Kind kind : {Kind::kValue, Kind::kKey, Kind::kTree}) {
+    const Erasure erasure = RegistryEraser(undone, RegistryEraser::OnError::kSilent)
+                                .Erase({kind, kUser, "Qx1\\key", "v"});
+    EXPECT_EQ(erasure.gone, 0u);
+    EXPECT_EQ(erasure.problem.find("It was deleted and is there again"), 0u) << erasure.problem;
+  }
+}
+
+TEST_F(RegistryEraserTest, ASubKeyThatStaysKeepsItsHolderAndNoNeighbour) {
+  UnstoredRegistry denying(ports.registry, Fault::kDenied);
+  for (const char* key : {"Qx1\\denied", "Qx1\\other"}) Set(kUser, key, "v", Text("x"));
+  const Erasure erasure = RegistryEraser(denying, RegistryEraser::OnError::kSilent)
+                              .Erase({Kind::kTree, kUser, "Qx1", ""});
+  EXPECT_EQ(erasure.stayed, 1u);
+  EXPECT_EQ(erasure.problem, "It is denied.");
+  EXPECT_TRUE(machine->KeyExists(kUser, "Qx1\\denied"));
+  EXPECT_FALSE(machine->KeyExists(kUser, "Qx1\\other"));
+}
+
 TEST(ProtectedKeys, PreciousKeysAreKeptWithWhatHoldsThem) {
   const struct {
     const char* key;  // behind "\REGISTRY\"
@@ -181,6 +203,11 @@ TEST_F(RegistryEraserTest, TheGuardKnowsAKeyByWhatItIs) {
       EXPECT_EQ(guarded.Erase({kind, kMachine, set + probe, "v"}).stayed, 1u) << set;
     }
     EXPECT_EQ(machine->ValueNames(kMachine, set + probe), Names{"v"});
+  }
+  const auto system = ports.registry.Open(kMachine, "SYSTEM", RegistryAccess::kRead);
+  if (system->IsLink("CurrentControlSet")) {
+    EXPECT_EQ(Erase({{Kind::kTree, kMachine, "SYSTEM\\CurrentControlSet", ""}}).stayed, 1u);
+    EXPECT_TRUE(machine->KeyExists(kMachine, "SYSTEM\\ControlSet001" + probe)) << "unguarded";
   }
   for (const char* set : {"SYSTEM\\ControlSet001", "SYSTEM\\CurrentControlSet"}) {
     machine->RemoveRegistryTree(kMachine, set + probe);

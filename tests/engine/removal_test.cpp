@@ -1,6 +1,8 @@
 #include "run/removal.h"
 
+#include "run/stayed.h"
 #include "search/drive_scan.h"
+#include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -40,8 +42,10 @@ class RecordingArchive : public BackupArchive {
 };
 
 TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes) {
+  uint64_t stayed = 0;
   for (const int16_t mode : {kDelete, kRecycle, kWipe}) {
     SCOPED_TRACE(mode);
+    ports.shell.EmptyRecycleBin();
     state.SomeFilesLocked = false;
     const std::string file = scratch + "read only \xE2\x82\xAC.txt";
     machine->MakeFile(file, "data");
@@ -49,6 +53,7 @@ TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes)
     EXPECT_TRUE(Remove(file, mode));
     EXPECT_FALSE(machine->Exists(file));
     EXPECT_FALSE(state.SomeFilesLocked);
+    EXPECT_EQ(ports.shell.QueryRecycleBin().bytes, mode == kRecycle ? 4u : 0u);
 
     EXPECT_FALSE(Remove(file, mode));  // it is gone
     EXPECT_TRUE(state.SomeFilesLocked);
@@ -61,20 +66,14 @@ TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes)
       EXPECT_FALSE(Remove(locked, mode));
     }
     EXPECT_TRUE(state.SomeFilesLocked);
+    EXPECT_EQ(state.StayedCount, stayed += 2);
     EXPECT_EQ(ports.files.ReadWholeFile(locked), "kept");
     EXPECT_TRUE(Remove(locked, kDelete));
   }
   machine->MakeFile(scratch + "odd.txt", "");
   EXPECT_FALSE(Remove(scratch + "odd.txt", 7));
+  EXPECT_EQ(state.RunFilesDeleted, 6);
   EXPECT_TRUE(machine->Exists(scratch + "odd.txt"));
-}
-
-TEST_F(RemovalTest, RecycledFilesAreInTheBin) {
-  ports.shell.EmptyRecycleBin();
-  machine->MakeFile(scratch + "old.txt", "12345");
-  EXPECT_TRUE(Remove(scratch + "old.txt", kRecycle));
-  EXPECT_EQ(ports.shell.QueryRecycleBin().items, 1u);
-  EXPECT_EQ(ports.shell.QueryRecycleBin().bytes, 5u);
 }
 
 TEST_F(RemovalTest, WipingOverwritesOnceByteByByteOrByStep) {
@@ -110,17 +109,72 @@ TEST_F(RemovalTest, WipingOverwritesOnceByteByByteOrByStep) {
   }
 }
 
-TEST_F(RemovalTest, WipedFilesAreRenamedOnlyOnRequestAndOnlyInWipeMode) {
-  const std::string folder = scratch + "names\\";
-  machine->MakeFile(folder + "empty.txt", "");
-  const auto lock_folder_watch = [&](uint8_t rename) {
-    state.RenameBeforeDelete = rename;
-    machine->MakeFile(folder + "empty.txt", "");
-    return Remove(folder + "empty.txt", kWipe);
+// A folder that tells the names and bytes that files had when they went, and may keep them shut.
+struct WatchedFolder : ForwardingFolder {
+  struct Log {
+    std::string name, bytes;
+    bool is_shut = false;
   };
-  EXPECT_TRUE(lock_folder_watch(1));
-  EXPECT_TRUE(lock_folder_watch(2));
-  EXPECT_TRUE(machine->Tree(folder).empty());
+  WatchedFolder(std::unique_ptr<Folder> folder, Log& watched)
+      : ForwardingFolder(std::move(folder)), log(watched) {}
+  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
+    if (log.is_shut) throw Error(Error::Kind::kInUse, "It is shut.");
+    return ForwardingFolder::Open(name, mode);
+  }
+  void RemoveFile(std::string_view name) override {
+    log.name = name;
+    log.bytes.resize(64);
+    log.bytes.resize(Open(name, OpenMode::kRead)->Read(0, log.bytes));
+    ForwardingFolder::RemoveFile(name);
+  }
+  Log& log;
+};
+
+TEST_F(RemovalTest, WipedFilesAreOverwrittenWholeAndRenamedOnlyOnRequest) {
+  WatchedFolder::Log log;
+  ForwardingFiles files(ports.files, [&log](const std::string&, std::unique_ptr<Folder> folder) {
+    return std::make_unique<WatchedFolder>(std::move(folder), log);
+  });
+  const Machine watched = WithFiles(ports, files);
+  CleaningContext watching{watched, settings, state, view, mod_zip};
+  const std::string secret = "the secret", zeros(secret.size(), '\0');
+  const struct {
+    int16_t mode;
+    uint8_t rename, extra;
+    uint64_t step;
+    bool renamed, is_shut = false;
+  } kRows[] = {{kWipe, 0, 0, 1, false},   {kWipe, 1, 0, 3, true},
+               {kWipe, 2, 1, 3, false},   {kWipe, 1, 1, 65536, true},
+               {kDelete, 1, 0, 1, false}, {kWipe, 1, 0, 1, false, true}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(&row - kRows);
+    log = {.name = "", .bytes = "", .is_shut = row.is_shut};
+    machine->MakeFile(scratch + "name", secret);
+    ports.files.SetAttributes(scratch + "name", kReadOnly);
+    state.RemovalMode = row.mode;
+    state.RenameBeforeDelete = row.rename;
+    state.ExtraSecurity = row.extra;
+    state.WipeStep = row.step;
+    EXPECT_EQ(RemoveFile(watching, scratch + "name", Claim::kOwnList), !row.is_shut);
+    if (row.is_shut) {
+      EXPECT_TRUE(ports.files.Look(scratch + "name")->attributes & kReadOnly);
+      continue;
+    }
+    EXPECT_EQ(log.name.find_first_not_of("0123456789.e-+") == std::string::npos, row.renamed);
+    EXPECT_EQ(log.name == "name", !row.renamed) << log.name;
+    EXPECT_EQ(log.bytes == secret, row.mode == kDelete);
+    EXPECT_EQ(log.bytes == zeros, row.mode == kWipe && row.extra == 0);
+    EXPECT_EQ(log.bytes.find_first_of("rst") != std::string::npos, row.mode == kDelete);
+    EXPECT_TRUE(machine->Tree(scratch).empty());
+  }
+}
+
+TEST_F(RemovalTest, OfAFileWithFurtherNamesOnlyTheNameGoes) {
+  machine->MakeFile(scratch + "one", "data");
+  machine->MakeHardLink(scratch + "two", scratch + "one");
+  EXPECT_TRUE(Remove(scratch + "one", kWipe));
+  EXPECT_EQ(ports.files.ReadWholeFile(scratch + "two"), "data");
+  EXPECT_NE(state.RunLog.find("one has further names"), std::string::npos) << state.RunLog;
 }
 
 TEST_F(RemovalTest, BackupArchivesPerDriveAndDeletesEvenWhenArchivingFails) {
@@ -187,7 +241,23 @@ TEST_F(RemovalTest, LinksAreCollectedButNeverEntered) {
       EXPECT_EQ(machine->Tree(cleaned), std::vector<std::string>());
     }
     EXPECT_EQ(ports.files.ReadWholeFile(outside + "dear.txt"), "dear") << file_link;
+    EXPECT_EQ(StayedNames(state, 9), "") << "a link is not gone into and so does not fail";
   }
+}
+
+TEST_F(RemovalTest, AFolderThatCannotBeOpenedIsTold) {
+  struct Closing : ForwardingFolder {
+    using ForwardingFolder::ForwardingFolder;
+    std::unique_ptr<Folder> OpenFolder(std::string_view names) override {
+      if (names.ends_with("closed")) throw Error(Error::Kind::kDenied, "It is closed.");
+      return ForwardingFolder::OpenFolder(names);
+    }
+  };
+  for (const char* name : {"closed\\a", "open\\b"}) machine->MakeFile(scratch + name, "1");
+  const auto list = CollectFiles(
+      context, std::make_shared<Closing>(ports.files.OpenFolder(scratch)), scratch, "*.*");
+  EXPECT_EQ(list.PendingFiles.size(), 1u);
+  EXPECT_NE(StayedNames(state, 9).find(scratch + "closed\\: It is closed."), std::string::npos);
 }
 
 TEST_F(RemovalTest, AFolderSwappedForALinkAfterTheScanChangesNothingOutside) {

@@ -43,6 +43,21 @@ class BackupFixture : public RunFixture {
     EXPECT_EQ(archives.size(), 1u);
     return archives.empty() ? "none" : archives[0];
   }
+  // Puts an archive made by another program into the backup folder; each file holds its own name.
+  void AddArchive(const std::string& name, std::initializer_list<const char*> entries,
+                  uint16_t flags = kUtf8Name) {
+    MakeFolders(ports.files, safe);
+    ZipWriter writer(ports.files.Open(safe + name, OpenMode::kReadAndCreate), 0);
+    for (const char* stored : entries) {
+      machine->MakeFile(scratch + "source", stored);
+      ZipEntry entry;
+      entry.name = stored;
+      entry.flags = flags;
+      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
+    }
+    writer.Finish();
+    ports.files.RemoveFile(scratch + "source");
+  }
   // An archive's paths and bytes, as far as it is whole.
   std::map<std::string, std::string> Content(const std::string& archive) {
     std::map<std::string, std::string> content;

@@ -8,16 +8,21 @@
 
 namespace quellix {
 
-// A real key of a registry whose disk takes nothing: changes are made, storing them fails.
+// What becomes of changes: they are made, and storing them fails; or they are undone at once; or
+// keys called "denied" stay.
+enum class Fault { kNotStored, kUndone, kDenied };
+
+// A real key of such a registry.
 class UnstoredKey : public RegistryKey {
  public:
-  explicit UnstoredKey(std::unique_ptr<RegistryKey> key) : key_(std::move(key)) {}
-  static std::unique_ptr<RegistryKey> Wrap(std::unique_ptr<RegistryKey> key) {
-    return key ? std::make_unique<UnstoredKey>(std::move(key)) : nullptr;
+  UnstoredKey(std::unique_ptr<RegistryKey> key, Fault fault)
+      : key_(std::move(key)), fault_(fault) {}
+  static std::unique_ptr<RegistryKey> Wrap(std::unique_ptr<RegistryKey> key, Fault fault) {
+    return key ? std::make_unique<UnstoredKey>(std::move(key), fault) : nullptr;
   }
 
   std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) override {
-    return Wrap(key_->Open(path, access));
+    return Wrap(key_->Open(path, access), fault_);
   }
   std::optional<RegistryValue> QueryValue(std::string_view name) override {
     return key_->QueryValue(name);
@@ -29,28 +34,40 @@ class UnstoredKey : public RegistryKey {
   void SetValue(std::string_view name, const RegistryValue& value) override {
     key_->SetValue(name, value);
   }
-  bool DeleteValue(std::string_view name) override { return key_->DeleteValue(name); }
-  bool DeleteSubKey(std::string_view path) override { return key_->DeleteSubKey(path); }
-  void Flush() override { throw Error(Error::Kind::kFull, "The disk is full."); }
+  bool DeleteValue(std::string_view name) override {
+    return fault_ == Fault::kUndone || key_->DeleteValue(name);
+  }
+  bool DeleteSubKey(std::string_view path) override {
+    if (fault_ == Fault::kDenied && path == "denied") {
+      throw Error(Error::Kind::kDenied, "It is denied.");
+    }
+    return fault_ == Fault::kUndone || key_->DeleteSubKey(path);
+  }
+  void Flush() override {
+    if (fault_ == Fault::kNotStored) throw Error(Error::Kind::kFull, "The disk is full.");
+  }
 
  private:
   std::unique_ptr<RegistryKey> key_;
+  Fault fault_;
 };
 
 class UnstoredRegistry : public Registry {
  public:
-  explicit UnstoredRegistry(Registry& registry) : registry_(registry) {}
+  explicit UnstoredRegistry(Registry& registry, Fault fault = Fault::kNotStored)
+      : registry_(registry), fault_(fault) {}
 
   std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
                                     RegistryAccess access) override {
-    return UnstoredKey::Wrap(registry_.Open(root, path, access));
+    return UnstoredKey::Wrap(registry_.Open(root, path, access), fault_);
   }
   std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override {
-    return UnstoredKey::Wrap(registry_.Create(root, path));
+    return UnstoredKey::Wrap(registry_.Create(root, path), fault_);
   }
 
  private:
   Registry& registry_;
+  Fault fault_;
 };
 
 }  // namespace quellix

@@ -96,6 +96,10 @@ TEST_F(VolumeFiles, ALinkOnTheWayIsNotFollowed) {
   fs::create_directory_symlink(outside.path(), Native("link"));
   fs::create_symlink(outside.path() + "/a.txt", Native("file"));
   fs::create_symlink("nowhere", Native("dangling"));
+  Put("inside/b.txt");
+  fs::create_directory_symlink("inside", Native("near"));
+  EXPECT_FALSE(files_.Look("C:\\near\\b.txt"));
+  EXPECT_EQ(KindOf([this] { files_.OpenFolder("C:\\near"); }), Error::Kind::kDenied);
   EXPECT_FALSE(files_.Look("C:\\link\\a.txt"));
   EXPECT_FALSE(files_.Look("C:\\LINK\\a.txt")) << "nor when it is searched for";
   EXPECT_EQ(KindOf([this] { files_.RemoveFile("C:\\link\\a.txt"); }), Error::Kind::kDenied);
@@ -121,6 +125,8 @@ TEST_F(VolumeFiles, NeitherADiskNorAnotherFolderIsTakenForTheOneThatWasOpened) {
   EXPECT_NE(files_.OpenFolder("C:\\Temp\\Sub")->Id(), id);
   EXPECT_EQ(files_.OpenFolder("C:\\moved")->Id(), id);
   EXPECT_EQ(sub->Above(), files_.OpenFolder("C:\\moved")->Above()) << "as it is now";
+  fs::remove_all(Native("moved"));
+  EXPECT_EQ(KindOf([&] { sub->Above(); }), Error::Kind::kMissing) << "it lies nowhere";
   const std::string disk = Native("Temp/disk");
   if (mount(disk.c_str(), disk.c_str(), "tmpfs", 0, "") != 0) GTEST_SKIP() << "only root can mount";
   EXPECT_TRUE(files_.OpenFolder("C:\\Temp\\disk")) << "by its path alone";
@@ -217,6 +223,9 @@ TEST_F(VolumeFiles, ReplacingAFileKeepsItsModeAndAttributes) {
   EXPECT_EQ(ReadNative(Native("file")), "new");
   EXPECT_EQ(Attributes("C:\\file"), before);
   EXPECT_EQ(static_cast<int>(fs::status(Native("file")).permissions()), 0640);
+  fs::create_hard_link(Native("file"), Native("second"));
+  files_.OpenFolder("C:\\")->Rename("second", "file", IfThere::kReplace);
+  EXPECT_EQ(Names("C:\\"), std::vector<std::string>{"file"}) << "one file by two names";
 }
 
 // A disk of 64 KB, where the system lets us have one.

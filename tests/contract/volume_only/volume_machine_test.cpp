@@ -61,6 +61,11 @@ TEST(VolumeMachineTest, UsersWithoutAListAreTakenFromTheFolders) {
   WriteNative(users + "Default/NTUSER.DAT", EmptyHive());
   VolumeMachine machine(test->options());
   EXPECT_EQ(machine.machine().system.Environment("UserName"), kTesterName);
+  test->MakeFile("C:\\a.txt", "x");
+  EXPECT_EQ(KindOf([&] { machine.machine().files.Recycle("C:\\a.txt"); }),
+            Error::Kind::kNotAvailable)
+      << "nobody knows whose bin it is";
+  EXPECT_TRUE(test->Exists("C:\\a.txt"));
 }
 
 TEST(VolumeMachineTest, TheDriveLetterIsTheOneWindowsKnows) {

@@ -64,6 +64,11 @@ TEST_F(VolumeBin, WhatIsLeftIsSaid) {
   {
     const auto lock = test_->LockFile(bin_ + "$R" + IndexName().substr(2));
     EXPECT_TRUE(KindOf([this] { shell_.EmptyRecycleBin(); }));
+    test_->MakeFile(test_->Scratch() + "held.txt", "x");
+    const auto held = test_->LockFile(test_->Scratch() + "held.txt");
+    const auto before = test_->Tree(bin_);
+    EXPECT_TRUE(KindOf([this] { test_->machine().files.Recycle(test_->Scratch() + "held.txt"); }));
+    EXPECT_EQ(test_->Tree(bin_), before) << "no record of what did not go";
     EXPECT_EQ(shell_.QueryRecycleBin().items, 1u) << "it can still be restored";
   }
   shell_.EmptyRecycleBin();
