@@ -191,6 +191,7 @@ void Restorer::Write(ZipEntry& entry, const std::string& name, IfThere if_there)
   FileTimes times = entry.times;
   times.last_write = LastWriteOf(entry, machine_.system);
   file.SetTimes(times);
+  file.BeginFlush();
   written_.push_back({std::move(made), name, if_there, entry.attributes & kSettable});
   written_bytes_ += entry.size;
   if (written_.size() >= kMostWritten || written_bytes_ >= kMostBytes) PlaceAll();

@@ -95,6 +95,9 @@ class RandomFile {
   virtual void Resize(uint64_t size) = 0;
   // Returns when everything written is on the disk.
   virtual void Flush() = 0;
+  // Sends on its way what is written, so that flushing many files one after the other costs little
+  // more than flushing one. Promises nothing.
+  virtual void BeginFlush() {}
   virtual FileTimes Times() = 0;
   virtual uint32_t Attributes() = 0;  // FileAttribute bits
   // Later writes move the times on. A time the medium does not keep is ignored.

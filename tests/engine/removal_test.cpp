@@ -248,9 +248,9 @@ TEST_F(RemovalTest, LinksAreCollectedButNeverEntered) {
 TEST_F(RemovalTest, AFolderThatCannotBeOpenedIsTold) {
   struct Closing : ForwardingFolder {
     using ForwardingFolder::ForwardingFolder;
-    std::unique_ptr<Folder> OpenFolder(std::string_view names) override {
+    std::unique_ptr<Folder> OpenFolder(std::string_view names, OpenFor use) override {
       if (names.ends_with("closed")) throw Error(Error::Kind::kDenied, "It is closed.");
-      return ForwardingFolder::OpenFolder(names);
+      return ForwardingFolder::OpenFolder(names, use);
     }
   };
   for (const char* name : {"closed\\a", "open\\b"}) machine->MakeFile(scratch + name, "1");

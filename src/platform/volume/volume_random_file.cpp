@@ -57,6 +57,7 @@ class VolumeRandomFile : public RandomFile {
   }
   void Resize(uint64_t size) override { Check(ftruncate(fd_.get(), static_cast<off_t>(size))); }
   void Flush() override { Check(fdatasync(fd_.get())); }
+  void BeginFlush() override { sync_file_range(fd_.get(), 0, 0, SYNC_FILE_RANGE_WRITE); }
   FileTimes Times() override;
   uint32_t Attributes() override { return ReadAttributes(fd_.get(), status_.st_mode, support_); }
   void SetTimes(const FileTimes& times) override;
