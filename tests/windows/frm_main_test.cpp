@@ -77,6 +77,31 @@ TEST_F(FrmMainTest, HeadingChecksItsGroupThenClearsIt) {
   EXPECT_FALSE(window.HasWindow(L"Cleaning log"));
 }
 
+// A file lies where the backup folder should be.
+TEST_F(FrmMainTest, WithoutABackupFolderTheUserIsAskedFirst) {
+  SeedCheckStates({22});
+  WriteBytes(ProgramFolder() / "no folder", "x");
+  WriteBytes(ProgramFolder() / "Settings.ini",
+             "[General]\r\nDelMethod=B\r\n[Backup]\r\nStrict=0\r\nPath=" +
+                 (ProgramFolder() / "no folder").string() + "\r\n");
+  const std::filesystem::path file = TempFolder() / "old.tmp";
+  WriteBytes(file, "x");
+  const QuellixWindow window;
+  const auto ask = [&](int answer) {
+    PressIn(window.main(), cmdClean);
+    const HWND question = window.AwaitMessage(L"Files would be deleted without a backup. Go on?");
+    if (question == nullptr) return false;
+    PressIn(question, answer);
+    return Await([&] { return window.IsEnabled(cmdClean); });
+  };
+  ASSERT_TRUE(ask(IDNO));
+  EXPECT_TRUE(std::filesystem::exists(file));
+  EXPECT_FALSE(window.HasWindow(L"Cleaning log"));
+  ASSERT_TRUE(ask(IDYES));
+  EXPECT_NE(window.AwaitWindow(L"Cleaning log"), nullptr);
+  EXPECT_FALSE(std::filesystem::exists(file));
+}
+
 TEST_F(FrmMainTest, SelectAllSetsEveryBoxThatCanBeClicked) {
   const QuellixWindow window;
   for (const bool checked : {true, false}) {
