@@ -78,9 +78,7 @@ void AppendSummary(CleaningContext& context) {
   if (state.FilesBackedUp > 0) {
     log += "\r\nBacked Up " + std::to_string(state.FilesBackedUp) + " file(s)";
   }
-  if (state.FilesNotBackedUp > 0) {
-    log += "\r\nDeleted without a backup: " + std::to_string(state.FilesNotBackedUp) + " file(s)";
-  }
+  log += NotBackedUpLine(state);
   for (const std::string_view sentence : StayedSentences(state)) {
     log.append("\r\n\r\n").append(sentence);
   }

@@ -52,9 +52,6 @@ struct RestoreProgress {
 // "3 files", "1 registry key"; `number` is as shown.
 std::string Counted(const std::string& number, BackupKind kind);
 
-// Why a file that is there may not be replaced, in a clause; "" when it may.
-using RestoreGuard = std::function<std::string(Folder& folder, std::string_view name)>;
-
 // Lets the interface breathe; true ends what is in work.
 using RestorePause = std::function<bool(const RestoreProgress&)>;
 
@@ -74,8 +71,6 @@ class BackupReader {
   // What is called now and then while an incomplete backup is read or repaired, or a copy is made.
   // Where it ends that, the backup counts as one that cannot be read.
   virtual void OnPause(const RestorePause& /*pause*/) {}
-  // What is asked before a file is replaced.
-  virtual void OnFile(const RestoreGuard& /*guard*/) {}
 
   // Whether a file is of this kind, by its name alone.
   virtual bool Takes(std::string_view name) const = 0;

@@ -7,7 +7,6 @@
 #include "backup/registry_backups.h"
 #include "platform/error.h"
 #include "platform/path.h"
-#include "run/protected_places.h"
 #include "settings/settings.h"
 
 namespace quellix {
@@ -87,12 +86,7 @@ std::string Backups::ExtractTemporary(std::string_view name, std::string_view en
 
 RestoreResult Backups::Restore(std::string_view name, const RestoreOrder& order, Prompts& prompts,
                                const RestorePause& pause) {
-  ProtectedPlaces places(machine_, folder_);
-  BackupReader& reader = Reader(name);
-  reader.OnFile([&places](Folder& folder, std::string_view file) {
-    return places.WhyNotFile(folder, file, Claim::kOwnList);
-  });
-  return reader.Restore(PathOf(name), order, prompts, pause);
+  return Reader(name).Restore(PathOf(name), order, prompts, pause);
 }
 
 void Backups::Delete(std::string_view name) { machine_.files.RemoveFile(PathOf(name)); }

@@ -133,7 +133,8 @@ RestoreResult cUnZip::Restore(const std::string& path, const RestoreOrder& order
     return true;
   });
   const std::string folder = order.to.empty() ? *root : WithBackslash(order.to);
-  Restorer restorer(machine_, *reader, {folder, order.mode, guard_, notes}, prompts);
+  ProtectedPlaces places(machine_, FolderPart(path));
+  Restorer restorer(machine_, *reader, {folder, order.mode, places, notes}, prompts);
   restorer.OnPause(pause, progress.total);
   reader->Visit([&](const ZipEntry& entry) {
     const std::string entry_path = EntryPath(entry.name);

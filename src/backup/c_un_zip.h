@@ -20,13 +20,13 @@ class cUnZip : public BackupReader {
   explicit cUnZip(const Machine& machine) : machine_(machine) {}
 
   void OnPause(const RestorePause& pause) override { pause_ = pause; }
-  void OnFile(const RestoreGuard& guard) override { guard_ = guard; }
   bool Takes(std::string_view name) const override;
   BackupInfo Describe(const std::string& path) override;
   std::vector<BackupEntry> ListEntries(const std::string& path) override;
   std::string Repair(const std::string& path) override;
   std::string ExtractTemporary(const std::string& path, std::string_view entry_path) override;
-  // Bytes, times and attributes come back; what is replaced stays until its successor is whole.
+  // Bytes, times and attributes come back; what is replaced stays until its successor is whole, and
+  // nothing precious is replaced.
   RestoreResult Restore(const std::string& path, const RestoreOrder& order, Prompts& prompts,
                         const RestorePause& pause) override;
 
@@ -38,7 +38,6 @@ class cUnZip : public BackupReader {
 
   Machine machine_;
   RestorePause pause_;
-  RestoreGuard guard_;
 };
 
 }  // namespace quellix

@@ -11,6 +11,7 @@
 #include "backup/new_file.h"
 #include "backup/zip_reader.h"
 #include "platform/machine.h"
+#include "run/protected_places.h"
 
 namespace quellix {
 
@@ -29,8 +30,8 @@ class Restorer {
   struct Target {
     std::string root;  // ends in "\"; "\\" for servers
     OverwriteMode mode;
-    RestoreGuard guard;   // may be empty
-    RestoreNotes* notes;  // null for none
+    ProtectedPlaces& places;  // what is in them is not replaced
+    RestoreNotes* notes;      // null for none
   };
   // All must outlive the object.
   Restorer(const Machine& machine, ZipReader& archive, Target target, Prompts& prompts);

@@ -42,10 +42,7 @@ auto FindRow(std::vector<InstalledPlugin>& rows, std::string_view file) {
 
 // What a run by plug-ins has to say beside its totals.
 std::string Problems(const RunState& state) {
-  std::string text;
-  if (state.FilesNotBackedUp > 0) {
-    text = "\r\nDeleted without a backup: " + std::to_string(state.FilesNotBackedUp) + " file(s)";
-  }
+  std::string text = NotBackedUpLine(state);
   for (const std::string_view sentence : StayedSentences(state)) {
     text.append("\r\n").append(sentence);
   }

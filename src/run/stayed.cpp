@@ -40,6 +40,11 @@ std::vector<std::string_view> StayedSentences(const RunState& state) {
   return sentences;
 }
 
+std::string NotBackedUpLine(const RunState& state) {
+  if (state.FilesNotBackedUp == 0) return {};
+  return "\r\nDeleted without a backup: " + std::to_string(state.FilesNotBackedUp) + " file(s)";
+}
+
 // Each path once: two items may have met it.
 std::string StayedNames(const RunState& state, size_t most) {
   if (state.Stayed.empty()) return {};

@@ -17,6 +17,9 @@ void NoteStayed(RunState& state, std::string_view path, std::string_view reason,
 
 // What is to be said when files stayed: one sentence or two, or none.
 std::vector<std::string_view> StayedSentences(const RunState& state);
+// What is to be said when files went without the backup they were to have: a line, behind a line
+// break; "" when none did.
+std::string NotBackedUpLine(const RunState& state);
 // The names of what stayed with their reasons, a line each, `most` of them, behind an empty line
 // and a heading; "" when nothing did.
 std::string StayedNames(const RunState& state, size_t most);
