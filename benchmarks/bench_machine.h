@@ -33,7 +33,7 @@ class BenchMachine {
         machine_(TestMachine::Create()),
         ports_(machine_->machine()),
         settings_(ports_),
-        archive_(ports_, state_.Backup),
+        archive_(ports_, state_),
         context_{ports_, settings_, state_, view_, archive_},
         folder_(machine_->Scratch() + "tree\\") {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(home)) {

@@ -90,7 +90,7 @@ void MeasureRemoval(SideBySide& table, TestMachine& machine) {
   PumpingView view;
   Settings settings(ports);
   RunState state;
-  ModZip backup(ports, state.Backup);
+  ModZip backup(ports, state);
   CleaningContext context{ports, settings, state, view, backup};
   table.Compare(
       "remove 20,000 files / cmd /c del /s /q", 1.0, 5,

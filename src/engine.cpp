@@ -2,6 +2,7 @@
 
 #include "backup/leftovers.h"
 #include "platform/error.h"
+#include "run/run_steps.h"
 
 namespace quellix {
 
@@ -9,7 +10,7 @@ Engine::Engine(const Machine& machine, RunView& view, BackupArchive* archive)
     : machine_(machine),
       settings_(machine),
       auto_clean_([&system = machine.system] { return system.UtcNow(); }),
-      backup_(machine, state_.Backup),
+      backup_(machine, state_),
       context_{machine, settings_, state_, view, archive != nullptr ? *archive : backup_} {
   backup_.OnPause([this] {
     context_.view.Yield();
@@ -27,7 +28,7 @@ std::string Engine::Load(Tips* tips) {
     problems +=
         std::string("The settings could not be read; their defaults apply. ") + error.what() + "\n";
   }
-  settings_.LoadDeletionSettings(state_);
+  LoadRemovalOptions(context_);
   context_.view.ShowLastCleaned(settings_.LastCleanedText());
   if (tips && !tips->Load()) {
     problems += "A file needed is missing. Re-installing this application may fix this problem.\n";
@@ -49,9 +50,9 @@ void Engine::ClearLeftovers() {
 
 void Engine::ApplyGeneralSettings() {
   if (!settings_.IsReadable()) return;
-  general_ = settings_.LoadGeneralSettings();
-  auto_clean_.Start(general_.auto_clean ? general_.interval_minutes : std::nullopt);
-  selection_.ApplyProtection(general_);
+  preferences_ = settings_.Load();
+  auto_clean_.Start(preferences_.IntervalMinutes());
+  selection_.ApplyProtection(preferences_);
 }
 
 void Engine::RunCleaning() { quellix::RunCleaning(context_, selection_); }

@@ -37,7 +37,7 @@ class Engine {
   // Stores the check states. Throws Error.
   void Save() const { selection_.SaveCheckStates(machine_); }
 
-  const GeneralSettings& general() const { return general_; }
+  const Preferences& preferences() const { return preferences_; }
   Selection& selection() { return selection_; }
   AutoClean& auto_clean() { return auto_clean_; }
   RunState& state() { return state_; }
@@ -60,7 +60,7 @@ class Engine {
   Settings settings_;
   RunState state_;
   Selection selection_;
-  GeneralSettings general_;
+  Preferences preferences_;
   AutoClean auto_clean_;
   ModZip backup_;
   CleaningContext context_;

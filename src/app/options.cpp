@@ -104,12 +104,12 @@ std::string Options::Problems() const {
 
 std::optional<Refusal> Options::Check() const {
   if (std::optional<Refusal> refusal = CheckGeneralOptions(machine_, general)) return refusal;
-  if (general.method == 'B' || general.backup_folder != saved_.backup_folder) {
+  if (general.RemovalMode == kBackUp || general.BackupFolder != saved_.BackupFolder) {
     const OptionList& own_folders = lists.back();
-    const std::string why = WhyNotForBackups(machine_, general.backup_folder, own_folders);
+    const std::string why = WhyNotForBackups(machine_, general.BackupFolder, own_folders);
     if (!why.empty()) {
       return Refusal{OptionsField::kBackupFolder,
-                     "Backups cannot be kept in " + general.backup_folder + ". " + why};
+                     "Backups cannot be kept in " + general.BackupFolder + ". " + why};
     }
   }
   if (!search_problem_.empty()) return std::nullopt;

@@ -30,13 +30,7 @@ std::optional<int> WholeNumber(std::string_view text, int least, int most) {
 }
 
 std::optional<int> Duration(const GeneralOptions& options) {
-  return WholeNumber(options.duration, 1, LongestDuration(options.hours));
-}
-
-// What the duration is stored as: an unused field that makes no sense keeps what was there.
-std::string DurationText(const GeneralOptions& options, const GeneralOptions& loaded) {
-  const std::optional<int> typed = Duration(options);
-  return typed ? std::to_string(*typed) : loaded.duration;
+  return WholeNumber(options.typed_duration, 1, LongestDuration(options.InHours()));
 }
 
 bool HasDrive(System& system, char letter) {
@@ -46,14 +40,14 @@ bool HasDrive(System& system, char letter) {
 }
 
 std::string WhyNotBackupFolder(const Machine& machine, const GeneralOptions& options) {
-  const std::string folder = WithBackslash(TrimBlanks(options.backup_folder));
+  const std::string folder = WithBackslash(TrimBlanks(options.BackupFolder));
   if (folder.empty()) return "Please choose the folder for backups.";
   std::string why = WhyNoPath(folder);
   if (why.empty() && ToUtf16(folder).size() > kLongestPath) {
     why = "The path of the backup folder is longer than 254 characters.";
   }
   // Without the folder files would go without a backup. Settings of a volume have no drive.
-  if (why.empty() && options.method == 'B' && folder[1] == ':' && folder[0] != '@' &&
+  if (why.empty() && options.RemovalMode == kBackUp && folder[1] == ':' && folder[0] != '@' &&
       !HasDrive(machine.system, folder[0])) {
     why = "There is no drive " + folder.substr(0, 2) + " to keep the backups on.";
   }
@@ -80,45 +74,15 @@ bool StartsWithWindows(const Machine& machine) {
   }
 }
 
-std::string_view Check(bool on) { return on ? "1" : "0"; }
-
-void SaveSettings(const Machine& machine, const GeneralOptions& options,
-                  const GeneralOptions& loaded) {
-  Settings settings(machine);
-  const auto general = [&](std::string_view key, std::string_view value) {
-    settings.WriteIniValue("General", key, value);
-  };
-  general("StartupClean", Check(options.startup_clean));
-  general("AutoClean", Check(options.auto_clean));
-  general("HM", Check(options.hours));
-  general("Duration", DurationText(options, loaded));
-  general("DelMethod", std::string(1, options.method));
-  general("ExtraS", Check(options.extra_security));
-  general("Rename", Check(options.rename));
-  settings.WriteIniValue("Backup", "Path", WithBackslash(TrimBlanks(options.backup_folder)));
-  general("Protect1", Check(options.protect1));
-  general("Protect2", Check(options.protect2));
-  general("TipBox", Check(options.tip_box));
-}
-
-void SaveFurtherSettings(const Machine& machine, const GeneralOptions& options,
-                         const GeneralOptions& loaded) {
-  struct Row {
-    const char *section, *key;
-    bool GeneralOptions::*value;
-  };
-  constexpr Row kRows[] = {{"General", "TrayIcon", &GeneralOptions::tray_icon},
-                           {"Backup", "Strict", &GeneralOptions::strict},
-                           {"Backup", "KeepOnAbort", &GeneralOptions::keep_on_abort},
-                           {"Backup", "Registry", &GeneralOptions::backup_registry}};
-  Settings settings(machine);
-  for (const Row& row : kRows) {
-    if (options.*row.value == loaded.*row.value) continue;
-    settings.WriteIniValue(row.section, row.key, Check(options.*row.value));
-  }
-  if (options.wipe_step != loaded.wipe_step) {
-    settings.WriteIniValue("General", "WipeStep", std::to_string(options.wipe_step));
-  }
+// An unused field that makes no sense keeps what was there.
+Preferences ToBeStored(const GeneralOptions& options, const GeneralOptions& loaded) {
+  Preferences preferences = options;
+  const std::optional<int> typed = Duration(options);
+  preferences.duration = typed ? static_cast<int16_t>(*typed) : loaded.duration;
+  preferences.ExtraSecurity = options.extra_security ? 1 : 0;
+  preferences.RenameBeforeDelete = options.rename ? 1 : 0;
+  preferences.BackupFolder = WithBackslash(TrimBlanks(options.BackupFolder));
+  return preferences;
 }
 
 // "The settings could not be saved. ..." when `save` fails, else "".
@@ -147,34 +111,14 @@ RunEntry LookAtRunEntry(const Machine& machine) {
 }
 
 GeneralOptions LoadGeneralOptions(const Machine& machine) {
-  const Settings settings(machine);
-  const GeneralSettings general = settings.LoadGeneralSettings();
-  RunState deletion;
-  settings.LoadDeletionSettings(deletion);
-  const std::optional<int16_t> duration =
-      ToInt16(settings.ReadIniValue("General", "Duration", "1"));
-  constexpr char kLetters[] = {'D', 'R', 'W', 'B'};  // by removal mode
-  GeneralOptions options;
+  GeneralOptions options{Settings(machine).Load()};
   options.start_with_windows = StartsWithWindows(machine);
-  options.startup_clean = general.startup_clean;
-  options.auto_clean = general.auto_clean;
-  options.duration = std::to_string(duration.value_or(1));
-  options.hours = ToInt16(settings.ReadIniValue("General", "HM", "1")).value_or(1) == 1;
-  options.protect1 = general.protect1;
-  options.protect2 = general.protect2;
-  options.tip_box = general.tip_box;
-  options.tray_icon = general.tray_icon;
-  options.method = kLetters[deletion.RemovalMode - 1];
-  options.extra_security = deletion.ExtraSecurity != 0;
-  options.rename = deletion.RenameBeforeDelete == 1;
-  options.wipe_step = deletion.WipeStep;
-  options.backup_folder = deletion.BackupFolder;
-  if (TrimBlanks(options.backup_folder).empty()) {
-    options.backup_folder = machine.program_folder + "\\Backup\\";
+  options.extra_security = options.ExtraSecurity != 0;
+  options.rename = options.RenameBeforeDelete == 1;
+  options.typed_duration = std::to_string(options.duration.value_or(1));
+  if (TrimBlanks(options.BackupFolder).empty()) {
+    options.BackupFolder = machine.program_folder + "\\Backup\\";
   }
-  options.strict = deletion.Backup.strict;
-  options.keep_on_abort = deletion.Backup.keep_on_abort;
-  options.backup_registry = ToNumber(settings.ReadIniValue("Backup", "Registry", "1")) == 1;
   return options;
 }
 
@@ -182,8 +126,8 @@ std::optional<Refusal> CheckGeneralOptions(const Machine& machine, const General
   if (options.auto_clean && !Duration(options)) {
     return Refusal{OptionsField::kDuration,
                    "Please enter a whole number of " +
-                       std::string(options.hours ? "hours" : "minutes") + " from 1 to " +
-                       std::to_string(LongestDuration(options.hours)) + "."};
+                       std::string(options.InHours() ? "hours" : "minutes") + " from 1 to " +
+                       std::to_string(LongestDuration(options.InHours())) + "."};
   }
   const std::string why = WhyNotBackupFolder(machine, options);
   if (!why.empty()) return Refusal{OptionsField::kBackupFolder, why};
@@ -194,10 +138,8 @@ std::string SaveGeneralSettings(const Machine& machine, const GeneralOptions& op
                                 const GeneralOptions& loaded) {
   std::string problems =
       Attempt("Starting with Windows", [&] { SaveRunEntry(machine, options.start_with_windows); });
-  problems += Attempt("The settings", [&] {
-    SaveSettings(machine, options, loaded);
-    SaveFurtherSettings(machine, options, loaded);
-  });
+  problems += Attempt("The settings",
+                      [&] { Settings(machine).Save(ToBeStored(options, loaded), loaded, true); });
   return problems;
 }
 

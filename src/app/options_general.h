@@ -1,31 +1,19 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 
 #include "app/refusal.h"
 #include "platform/machine.h"
+#include "settings/preferences.h"
 
 namespace quellix {
 
-// The pages General and Deletion of the Options window. Texts are as typed.
-struct GeneralOptions {
+// The pages General, Deletion and Backups of the Options window. Texts are as typed.
+struct GeneralOptions : Preferences {
   bool start_with_windows = false;
-  bool startup_clean = false;
-  bool auto_clean = false;
-  std::string duration = "1";
-  bool hours = true;  // the unit of duration, else minutes
-  bool protect1 = false, protect2 = false;
-  bool tip_box = true;
-  bool tray_icon = false;
-
-  char method = 'D';  // as DelMethod has it: D, R, W or B
   bool extra_security = false, rename = false;
-  uint64_t wipe_step = 1;  // bytes
-  std::string backup_folder = {};
-  bool strict = false, keep_on_abort = false;
-  bool backup_registry = true;
+  std::string typed_duration = "1";
 };
 
 // From Settings.ini and the Run value. What is missing, unreadable or makes no sense has its

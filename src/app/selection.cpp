@@ -38,9 +38,9 @@ std::string_view Selection::WhyDisabled(const Item& item) const {
   return lifted ? "" : "Switched off for safety. Enable it in the Options.";
 }
 
-void Selection::ApplyProtection(const GeneralSettings& general) {
-  protect1_ = general.protect1;
-  protect2_ = general.protect2;
+void Selection::ApplyProtection(const Preferences& preferences) {
+  protect1_ = preferences.protect1;
+  protect2_ = preferences.protect2;
   for (const Item& item : AllItems()) {
     if (item.protection != Protection::kNone && !IsEnabled(item)) SetChecked(item, false);
   }

@@ -7,7 +7,7 @@
 
 #include "platform/machine.h"
 #include "run/item.h"
-#include "settings/settings.h"
+#include "settings/preferences.h"
 
 namespace quellix {
 
@@ -23,7 +23,7 @@ class Selection {
   std::string_view WhyDisabled(const Item& item) const;
   // Applies Protect1 and Protect2. A box that is then protected loses its tick: a run takes every
   // ticked item.
-  void ApplyProtection(const GeneralSettings& general);
+  void ApplyProtection(const Preferences& preferences);
 
   // A click on a group's heading: checks all boxes of the group, or clears them when all are
   // checked. Boxes under protection are not part of it.

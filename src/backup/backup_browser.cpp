@@ -285,7 +285,7 @@ void BackupBrowser::DeleteArchive() {
 void BackupBrowser::SetMode(OverwriteMode mode) {
   mode_ = mode;
   try {
-    Settings(machine_).WriteIniValue("Backup", "Overwrite", OverwriteWord(mode));
+    StoreOverwriteMode(machine_, mode);
   } catch (const Error& error) {
     outcome_ = std::string("The choice holds for this window only. ") + error.what();
   }

@@ -10,17 +10,8 @@
 #include "settings/settings.h"
 
 namespace quellix {
-namespace {
-
-std::string FolderOfSettings(const Machine& machine) {
-  RunState state;
-  Settings(machine).LoadDeletionSettings(state);
-  return state.BackupFolder;
-}
-
-}  // namespace
-
-Backups::Backups(const Machine& machine) : Backups(machine, FolderOfSettings(machine)) {}
+Backups::Backups(const Machine& machine)
+    : Backups(machine, Settings(machine).Load().BackupFolder) {}
 
 Backups::Backups(const Machine& machine, std::string folder)
     : machine_(machine), folder_(std::move(folder)) {
@@ -97,8 +88,15 @@ std::string Counted(const std::string& number, BackupKind kind) {
 }
 
 OverwriteMode StoredOverwriteMode(const Machine& machine) {
-  return ParseOverwriteMode(Settings(machine).ReadIniValue("Backup", "Overwrite", "Ask"))
-      .value_or(OverwriteMode::kAsk);
+  return ParseOverwriteMode(Settings(machine).Load().overwrite).value_or(OverwriteMode::kAsk);
+}
+
+void StoreOverwriteMode(const Machine& machine, OverwriteMode mode) {
+  Settings settings(machine);
+  const Preferences stored = settings.Load();
+  Preferences preferences = stored;
+  preferences.overwrite = OverwriteWord(mode);
+  settings.Save(preferences, stored, false);
 }
 
 std::string AttributeLetters(uint32_t attributes, std::string_view absent) {

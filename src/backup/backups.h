@@ -49,6 +49,7 @@ class Backups {
 
 // The user's choice for files that are there already.
 OverwriteMode StoredOverwriteMode(const Machine& machine);
+void StoreOverwriteMode(const Machine& machine, OverwriteMode mode);  // throws Error
 // "RHSA" for those set; `absent` stands for each of the others.
 std::string AttributeLetters(uint32_t attributes, std::string_view absent);
 

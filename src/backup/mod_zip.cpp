@@ -19,21 +19,40 @@ std::string StoredName(std::string_view path) {
   return name;
 }
 
-}  // namespace
+// Small streams fit into a header, such as the mark of what was downloaded. Returns those that do
+// not, in a sentence.
+std::string StoreStreams(RandomFile& source, ZipEntry& entry) {
+  std::string loss;
+  size_t left = kMostStreamBytes;
+  for (const StreamInfo& stream : source.Streams()) {
+    const uint64_t needed = stream.name.size() + stream.size + 4;
+    if (needed <= left) {
+      std::string bytes = source.ReadStream(stream.name);
+      if (bytes.size() > stream.size) throw Error(Error::Kind::kOther, "a stream of it grew");
+      left -= stream.name.size() + bytes.size() + 4;
+      entry.streams.emplace_back(stream.name, std::move(bytes));
+      continue;
+    }
+    loss += (loss.empty() ? "" : ", ") + std::string("its stream \"") + stream.name + "\" of " +
+            std::to_string(stream.size) + " bytes";
+  }
+  return loss.empty() ? loss : "an archive cannot hold " + loss;
+}
 
-ModZip::ModZip(const Machine& machine, const BackupOptions& options)
-    : files_(machine.files), system_(machine.system), options_(options) {}
-
-ModZip::~ModZip() { Close(); }
-
-bool ModZip::Try(const std::function<void()>& step) {
+void IgnoreFailure(const std::function<void()>& step) {
   try {
     step();
-    return true;
-  } catch (const std::exception& error) {
-    problem_ = error.what();
-    return false;
+  } catch (const std::exception&) {  // nothing is claimed of it
   }
+}
+
+}  // namespace
+
+ModZip::ModZip(const Machine& machine, const RemovalOptions& options)
+    : files_(machine.files), system_(machine.system), options_(options) {}
+
+ModZip::~ModZip() {
+  IgnoreFailure([this] { Close(); });
 }
 
 std::string ModZip::WhyUnusable(std::string_view folder) {
@@ -41,7 +60,7 @@ std::string ModZip::WhyUnusable(std::string_view folder) {
 }
 
 void ModZip::MakeBackupArchiveName(std::string_view folder, std::string_view prefix) {
-  Close();
+  IgnoreFailure([this] { Close(); });
   begun_ = system_.Now();
   archive_ = folder;
   // A path on a server has no drive letter.
@@ -87,71 +106,44 @@ bool ModZip::GoesOn(Folder& folder, const std::string& name) {
   }
 }
 
-// Small streams fit into a header, such as the mark of what was downloaded.
-void ModZip::StoreStreams(RandomFile& source, ZipEntry& entry) {
-  loss_.clear();
-  size_t left = kMostStreamBytes;
-  for (const StreamInfo& stream : source.Streams()) {
-    const uint64_t needed = stream.name.size() + stream.size + 4;
-    if (needed <= left) {
-      std::string bytes = source.ReadStream(stream.name);
-      if (bytes.size() > stream.size) throw Error(Error::Kind::kOther, "a stream of it grew");
-      left -= stream.name.size() + bytes.size() + 4;
-      entry.streams.emplace_back(stream.name, std::move(bytes));
-      continue;
-    }
-    loss_ += (loss_.empty() ? "" : ", ") + std::string("its stream \"") + stream.name + "\" of " +
-             std::to_string(stream.size) + " bytes";
-  }
-  if (!loss_.empty()) loss_ = "an archive cannot hold " + loss_;
-  if (!loss_.empty() && options_.strict) throw Error(Error::Kind::kOther, loss_);
+std::string ModZip::BackupFile(Folder& folder, std::string_view path) {
+  const auto source = folder.Open(NamePart(path), OpenMode::kRead);
+  ZipEntry entry;
+  std::string loss = StoreStreams(*source, entry);
+  if (!loss.empty() && options_.Strict) throw Error(Error::Kind::kOther, loss);
+  OpenArchive();
+  entry.own = true;
+  entry.name = StoredName(path);
+  entry.attributes = source->Attributes();
+  entry.times = source->Times();
+  entry.dos_time = ToDosTime(system_.ToLocalTime(entry.times.last_write));
+  writer_->Add(entry, *source, pause_);
+  return loss;
 }
 
-bool ModZip::BackupFile(Folder& folder, std::string_view path) {
-  return Try([&] {
-    const auto source = folder.Open(NamePart(path), OpenMode::kRead);
-    ZipEntry entry;
-    StoreStreams(*source, entry);
-    OpenArchive();
-    entry.own = true;
-    entry.name = StoredName(path);
-    entry.attributes = source->Attributes();
-    entry.times = source->Times();
-    entry.dos_time = ToDosTime(system_.ToLocalTime(entry.times.last_write));
-    writer_->Add(entry, *source, pause_);
-  });
+void ModZip::Flush() {
+  if (writer_) writer_->Flush();
 }
 
-bool ModZip::Flush() {
-  return Try([&] {
-    if (writer_) writer_->Flush();
-  });
-}
-
-bool ModZip::Close() {
-  std::unique_ptr<ZipWriter> writer = std::move(writer_);
-  if (!writer) return true;
-  if (writer->count() != 0) return Try([&] { writer->Finish(); });
-  writer.reset();
+void ModZip::Close() {
+  const std::unique_ptr<ZipWriter> writer = std::move(writer_);
+  if (!writer) return;
+  if (writer->count() != 0) return writer->Finish();
   RemoveArchive();  // nothing got into it
-  return true;
 }
 
 void ModZip::DeleteBackupArchive() {
   if (!writer_) return;
-  if (options_.keep_on_abort) {
-    Close();
-  } else if (was_there_) {
-    Try([&] { writer_->TakeBack(); });
-    Close();
-  } else {
+  if (!options_.KeepOnAbort && !was_there_) {
     writer_.reset();
-    RemoveArchive();
+    return RemoveArchive();
   }
+  if (!options_.KeepOnAbort) IgnoreFailure([this] { writer_->TakeBack(); });
+  IgnoreFailure([this] { Close(); });
 }
 
 void ModZip::RemoveArchive() {
-  Try([&] { files_.RemoveFile(archive_); });
+  IgnoreFailure([this] { files_.RemoveFile(archive_); });
 }
 
 }  // namespace quellix

@@ -8,6 +8,7 @@
 #include "backup/zip_writer.h"
 #include "platform/machine.h"
 #include "run/backup_archive.h"
+#include "settings/removal_options.h"
 
 namespace quellix {
 
@@ -15,7 +16,7 @@ namespace quellix {
 class ModZip : public BackupArchive {
  public:
   // `options` are looked at when they matter. They and the ports must outlive this object.
-  ModZip(const Machine& machine, const BackupOptions& options);
+  ModZip(const Machine& machine, const RemovalOptions& options);
   // Finishes the archive.
   ~ModZip() override;
 
@@ -24,30 +25,25 @@ class ModZip : public BackupArchive {
 
   std::string WhyUnusable(std::string_view folder) override;
   void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override;
-  bool BackupFile(Folder& folder, std::string_view path) override;
-  bool Flush() override;
+  std::string BackupFile(Folder& folder, std::string_view path) override;
+  void Flush() override;
   void DeleteBackupArchive() override;
-  bool Close() override;
-  std::string_view Problem() const override { return problem_; }
-  std::string_view Loss() const override { return loss_; }
+  void Close() override;
 
  private:
   void OpenArchive();
   bool GoesOn(Folder& folder, const std::string& name);
-  void StoreStreams(RandomFile& source, ZipEntry& entry);
   void RemoveArchive();
-  bool Try(const std::function<void()>& step);
 
   FileSystem& files_;
   System& system_;
-  const BackupOptions& options_;
+  const RemovalOptions& options_;
   std::function<bool()> pause_;
   std::string archive_;  // full path; empty before the first name was made
   std::unique_ptr<ZipWriter> writer_;
   bool was_there_ = false;  // the archive held files before it was opened
   std::string prefix_;      // of its name
   LocalTime begun_;         // which its name tells
-  std::string problem_, loss_;
 };
 
 }  // namespace quellix

@@ -1,6 +1,7 @@
 #include "backup/preview_archive.h"
 
 #include "backup/backup_folder.h"
+#include "platform/error.h"
 #include "platform/path.h"
 
 namespace quellix {
@@ -9,16 +10,10 @@ std::string PreviewArchive::WhyUnusable(std::string_view folder) {
   return WhyBackupFolderLooksUnusable(preview_, folder);
 }
 
-bool PreviewArchive::BackupFile(Folder& folder, std::string_view path) {
-  problem_ = problem_of_folder_;
-  if (!problem_.empty()) return false;
-  try {
-    folder.Open(NamePart(path), OpenMode::kRead);
-    return true;
-  } catch (const std::exception& error) {
-    problem_ = error.what();
-    return false;
-  }
+std::string PreviewArchive::BackupFile(Folder& folder, std::string_view path) {
+  if (!problem_of_folder_.empty()) throw Error(Error::Kind::kOther, problem_of_folder_);
+  folder.Open(NamePart(path), OpenMode::kRead);
+  return {};
 }
 
 }  // namespace quellix

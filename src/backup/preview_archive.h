@@ -17,15 +17,14 @@ class PreviewArchive : public BackupArchive {
   void MakeBackupArchiveName(std::string_view folder, std::string_view) override {
     problem_of_folder_ = WhyUnusable(folder);
   }
-  bool BackupFile(Folder& folder, std::string_view path) override;
-  bool Flush() override { return true; }
+  std::string BackupFile(Folder& folder, std::string_view path) override;
+  void Flush() override {}
   void DeleteBackupArchive() override {}
-  bool Close() override { return true; }
-  std::string_view Problem() const override { return problem_; }
+  void Close() override {}
 
  private:
   FileSystem& preview_;
-  std::string problem_of_folder_, problem_;
+  std::string problem_of_folder_;
 };
 
 }  // namespace quellix

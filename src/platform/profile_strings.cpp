@@ -39,7 +39,7 @@ bool IsKey(std::string_view line, std::string_view key) {
          EqualsNoCase(TrimSpace(line.substr(0, equals)), key);
 }
 
-Place Find(std::string_view text, std::string_view section, std::string_view key) {
+Place PlaceOf(std::string_view text, std::string_view section, std::string_view key) {
   Place place;
   bool inside = false;
   for (size_t at = 0; at < text.size();) {
@@ -62,21 +62,6 @@ Place Find(std::string_view text, std::string_view section, std::string_view key
 
 std::string LineBreakAfter(std::string_view text) {
   return text.empty() || text.ends_with('\n') ? "" : "\r\n";
-}
-
-std::string WithKey(std::string text, std::string_view section, std::string_view key,
-                    std::string_view value) {
-  const Place place = Find(text, section, key);
-  const std::string line = std::string(key).append("=").append(value);
-  if (place.line != std::string::npos) {
-    text.replace(place.line, place.line_end - place.line, line);
-  } else if (place.section_end != std::string::npos) {
-    const std::string before = LineBreakAfter(std::string_view(text).substr(0, place.section_end));
-    text.insert(place.section_end, before + line + "\r\n");
-  } else {
-    text += LineBreakAfter(text) + "[" + std::string(section) + "]\r\n" + line + "\r\n";
-  }
-  return text;
 }
 
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
@@ -117,26 +102,46 @@ std::string DecodeIni(std::string_view bytes, System& system) {
                         : DecodeText(bytes, system);
 }
 
+std::optional<std::string_view> IniText::Find(std::string_view section,
+                                              std::string_view key) const {
+  const Place place = PlaceOf(text_, section, key);
+  if (place.line == std::string::npos) return std::nullopt;
+  return place.value;
+}
+
+void IniText::Set(const IniEntry& entry) {
+  const Place place = PlaceOf(text_, entry.section, entry.key);
+  const std::string line = entry.key + "=" + entry.value;
+  if (place.line != std::string::npos) {
+    text_.replace(place.line, place.line_end - place.line, line);
+  } else if (place.section_end != std::string::npos) {
+    const auto before = LineBreakAfter(std::string_view(text_).substr(0, place.section_end));
+    text_.insert(place.section_end, before + line + "\r\n");
+  } else {
+    text_ += LineBreakAfter(text_) + "[" + entry.section + "]\r\n" + line + "\r\n";
+  }
+}
+
+IniText ReadIni(FileSystem& files, System& system, std::string_view file) {
+  return IniText(DecodeIni(files.ReadWholeFile(file).value_or(""), system));
+}
+
 std::optional<std::string> IniFiles::Read(std::string_view file, std::string_view section,
                                           std::string_view key) {
-  std::optional<std::string> bytes;
   try {
-    bytes = files_.ReadWholeFile(file);
+    const IniText ini = ReadIni(files_, system_, file);
+    const auto value = ini.Find(section, key);
+    return value ? std::optional(std::string(*value)) : std::nullopt;
   } catch (const Error&) {
     return std::nullopt;
   }
-  if (!bytes) return std::nullopt;
-  const std::string text = DecodeIni(*bytes, system_);
-  const Place place = Find(text, section, key);
-  if (place.line == std::string::npos) return std::nullopt;
-  return std::string(place.value);
 }
 
-void IniFiles::Write(std::string_view file, std::string_view section, std::string_view key,
-                     std::string_view value) {
-  const std::string old = DecodeIni(files_.ReadWholeFile(file).value_or(""), system_);
-  const std::string text = WithKey(old, section, key, value);
-  if (text != old) files_.WriteWholeFile(file, text);
+void IniFiles::Write(std::string_view file, std::span<const IniEntry> entries) {
+  IniText ini = ReadIni(files_, system_, file);
+  const std::string old = ini.text();
+  for (const IniEntry& entry : entries) ini.Set(entry);
+  if (ini.text() != old) files_.WriteWholeFile(file, ini.text());
 }
 
 void IniFiles::DeleteLines(std::string_view file, std::string_view section, const LineTest& goes) {

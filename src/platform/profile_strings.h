@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,32 @@ std::string DecodeText(std::string_view bytes, System& system);
 // first) behind its byte-order mark.
 std::string DecodeIni(std::string_view bytes, System& system);
 
+// A key of an INI file with its value.
+struct IniEntry {
+  std::string section, key, value;
+};
+
+// The text of an INI file, read and changed in place: keys, comments and lines not named stay as
+// they are, byte for byte. Sections and keys compare without regard to case; the first match
+// counts.
+class IniText {
+ public:
+  explicit IniText(std::string text) : text_(std::move(text)) {}
+
+  // The value without the blanks around it and one pair of quotes around it; nothing when section
+  // or key is missing. Valid until the next change.
+  std::optional<std::string_view> Find(std::string_view section, std::string_view key) const;
+  // Adds section and key when missing; new lines end in CR LF.
+  void Set(const IniEntry& entry);
+  const std::string& text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+// Empty for a missing file. Throws Error.
+IniText ReadIni(FileSystem& files, System& system, std::string_view file);
+
 // INI files, one key at a time. Sections and keys compare without regard to case; the first match
 // counts. Keys, comments and lines not named stay as they are, byte for byte.
 class ProfileStrings {
@@ -30,9 +57,10 @@ class ProfileStrings {
   virtual std::optional<std::string> Read(std::string_view file, std::string_view section,
                                           std::string_view key) = 0;
 
-  // Creates file and section when missing. Throws Error; the old file then stays, whole.
-  virtual void Write(std::string_view file, std::string_view section, std::string_view key,
-                     std::string_view value) = 0;
+  // Writes all of them in one replacement of the file; creates file and sections when missing.
+  // Throws Error; the old file then stays, whole.
+  virtual void Write(std::string_view file, std::span<const IniEntry> entries) = 0;
+  void Write(std::string_view file, const IniEntry& entry) { Write(file, std::span(&entry, 1)); }
 
   // Remove every key of that name from every section of that name, or those sections with all their
   // lines, so that nothing of that name is left. All other bytes stay, whatever their encoding. A
@@ -52,8 +80,7 @@ class IniFiles : public ProfileStrings {
 
   std::optional<std::string> Read(std::string_view file, std::string_view section,
                                   std::string_view key) override;
-  void Write(std::string_view file, std::string_view section, std::string_view key,
-             std::string_view value) override;
+  void Write(std::string_view file, std::span<const IniEntry> entries) override;
   void DeleteKey(std::string_view file, std::string_view section, std::string_view key) override;
   void DeleteSection(std::string_view file, std::string_view section) override;
 

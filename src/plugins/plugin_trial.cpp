@@ -3,6 +3,7 @@
 #include "backup/preview_archive.h"
 #include "plugins/mod_plugin.h"
 #include "run/removal.h"
+#include "run/run_steps.h"
 
 namespace quellix::modPlugin {
 
@@ -10,9 +11,9 @@ PluginTrial::PluginTrial(const Machine& machine)
     : preview_(machine), settings_(preview_.machine()) {}
 
 void PluginTrial::Run(const Plugin& plugin, RunView& view) {
-  settings_.LoadDeletionSettings(state_);
   PreviewArchive archive(preview_.machine().files);
   CleaningContext context{preview_.machine(), settings_, state_, view, archive};
+  LoadRemovalOptions(context);
   RunRecords(context, plugin);
   const ChangeLog& changes = preview_.changes();
   for (size_t i = 0; i < changes.size(); ++i) {

@@ -5,6 +5,7 @@
 
 #include "platform/preview/preview_machine.h"
 #include "plugins/plugin_file.h"
+#include "run/run_state.h"
 #include "settings/settings.h"
 
 namespace quellix::modPlugin {

@@ -195,7 +195,7 @@ class Erasing {
 RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
   RegistryEraser eraser(context.machine.registry, OnError::kTold);
   RunState& state = context.state;
-  if (state.RemovalMode == kBackUp && state.Backup.registry) {
+  if (state.RemovalMode == kBackUp && state.BackupRegistry) {
     eraser.KeepIn(state.Parts.Get<RegistryUndo>(), context.machine, state.BackupFolder);
   }
   return eraser;

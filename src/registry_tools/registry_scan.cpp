@@ -105,10 +105,9 @@ void RegistryScan::TellDamage(RegistryRoot root, std::string_view key) {
 // False, with a message, when nothing may be deleted.
 bool RegistryScan::EraseChecked() {
   erased_ = {};
-  RunState state;
-  Settings(machine_).LoadDeletionSettings(state);
+  const RemovalOptions options = Settings(machine_).Load();
   RegistryEraser eraser(machine_.registry, RegistryEraser::OnError::kSilent);
-  if (state.Backup.registry) eraser.KeepIn(undo_, machine_, state.BackupFolder);
+  if (options.BackupRegistry) eraser.KeepIn(undo_, machine_, options.BackupFolder);
   std::vector<RegistryTarget> targets;
   for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
     if (row->checked) targets.push_back(TargetOf(*row));

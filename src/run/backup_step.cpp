@@ -26,26 +26,39 @@ void BackupBatch::Add(Folder& folder, std::string_view path, uint64_t bytes) {
     context_.backup.MakeBackupArchiveName(state.BackupFolder, letter + "_");
     state.BackupDrive = letter;
   }
-  const FileInfo seen = LookIfStrict(folder, path);
-  const bool archived = context_.backup.BackupFile(folder, path);
-  if (archived && !context_.backup.Loss().empty()) {
-    state.RunLog.append("Not backed up whole: ").append(path);
-    state.RunLog.append(" (").append(context_.backup.Loss()).append(")\r\n");
+  File file{path, bytes, {}, LookIfStrict(folder, path)};
+  try {
+    const std::string loss = context_.backup.BackupFile(folder, path);
+    if (!loss.empty()) {
+      state.RunLog.append("Not backed up whole: ").append(path);
+      state.RunLog.append(" (").append(loss).append(")\r\n");
+    }
+  } catch (const std::exception& error) {
+    file.problem = error.what();
   }
-  files_.push_back(
-      {path, bytes, archived, archived ? "" : std::string(context_.backup.Problem()), seen});
+  files_.push_back(std::move(file));
   bytes_ += bytes;
 }
 
 FileInfo BackupBatch::LookIfStrict(Folder& folder, std::string_view path) const {
-  if (!context_.state.Backup.strict) return {};
+  if (!context_.state.Strict) return {};
   return folder.Look(NamePart(path), Detail::kSize).value_or(FileInfo{});
 }
 
+// Brings the archive onto the disk, or notes for every file that it did not get there.
+void BackupBatch::Flush() {
+  try {
+    context_.backup.Flush();
+  } catch (const std::exception& error) {
+    for (File& file : files_) {
+      if (file.problem.empty()) file.problem = error.what();
+    }
+  }
+}
+
 // Why a file does not count as archived, "" when it does.
-const std::string& BackupBatch::ProblemOf(Folder& folder, File& file, bool on_disk) const {
-  if (!file.archived) return file.problem;
-  if (!on_disk) return file.problem = context_.backup.Problem();
+const std::string& BackupBatch::ProblemOf(Folder& folder, File& file) const {
+  if (!file.problem.empty()) return file.problem;
   const FileInfo now = LookIfStrict(folder, file.path);
   if (now.size != file.seen.size || now.last_write != file.seen.last_write) {
     file.problem = "it changed after it was archived";
@@ -53,12 +66,11 @@ const std::string& BackupBatch::ProblemOf(Folder& folder, File& file, bool on_di
   return file.problem;
 }
 
-void BackupBatch::RemoveOne(WorkingFolder& working, File& file, bool on_disk,
-                            const Removal& remove) {
+void BackupBatch::RemoveOne(WorkingFolder& working, File& file, const Removal& remove) {
   RunState& state = context_.state;
   Folder& folder = working.Of(file.path);
-  const bool is_safe = ProblemOf(folder, file, on_disk).empty();
-  if (!is_safe && state.Backup.strict) {
+  const bool is_safe = ProblemOf(folder, file).empty();
+  if (!is_safe && state.Strict) {
     throw Error(Error::Kind::kOther,
                 "It could not be backed up and was therefore not deleted: " + file.problem);
   }
@@ -68,16 +80,21 @@ void BackupBatch::RemoveOne(WorkingFolder& working, File& file, bool on_disk,
 }
 
 void BackupBatch::Remove(WorkingFolder& working, const Removal& remove) {
-  const bool on_disk = context_.backup.Flush();
+  Flush();
   for (File& file : files_) {
     try {
-      RemoveOne(working, file, on_disk, remove);
+      RemoveOne(working, file, remove);
     } catch (const Error& error) {
       NoteStayed(context_.state, file.path, error.what(), error.kind());
     }
   }
   files_.clear();
   bytes_ = 0;
+}
+
+void BackupBatch::RemoveOnly(WorkingFolder& working, const Removal& remove) {
+  Flush();
+  RemoveOne(working, files_.front(), remove);
 }
 
 }  // namespace quellix

@@ -32,19 +32,21 @@ class BackupBatch {
   // changed meanwhile.
   using Removal = std::function<void(Folder& folder, std::string_view path, uint64_t bytes)>;
   void Remove(WorkingFolder& working, const Removal& remove);
+  // The same for a batch of one file; where that stays, Error tells why.
+  void RemoveOnly(WorkingFolder& working, const Removal& remove);
 
  private:
   struct File {
     std::string_view path;
     uint64_t bytes;
-    bool archived;
-    std::string problem;
-    FileInfo seen;  // before it was archived; in strict mode alone
+    std::string problem;  // why it is not in the archive
+    FileInfo seen;        // before it was archived; in strict mode alone
   };
 
   FileInfo LookIfStrict(Folder& folder, std::string_view path) const;
-  const std::string& ProblemOf(Folder& folder, File& file, bool on_disk) const;
-  void RemoveOne(WorkingFolder& working, File& file, bool on_disk, const Removal& remove);
+  void Flush();
+  const std::string& ProblemOf(Folder& folder, File& file) const;
+  void RemoveOne(WorkingFolder& working, File& file, const Removal& remove);
 
   CleaningContext& context_;
   std::vector<File> files_;

@@ -83,15 +83,8 @@ bool RemoveWithBackup(CleaningContext& context, Folder& folder, WorkingFolder& w
   BackupBatch batch(context);
   batch.Add(folder, path, 0);
   if (context.state.AbortRequested) return false;
-  bool removed = false;
-  batch.Remove(working, [&](Folder& in, std::string_view, uint64_t) {
-    in.RemoveFile(NamePart(path));
-    removed = true;
-  });
-  if (!removed) {
-    throw Error(Error::Kind::kOther, "It could not be backed up and was therefore not deleted. " +
-                                         std::string(context.backup.Problem()));
-  }
+  batch.RemoveOnly(working,
+                   [&](Folder& in, std::string_view, uint64_t) { in.RemoveFile(NamePart(path)); });
   return true;
 }
 

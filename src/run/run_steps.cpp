@@ -5,28 +5,12 @@
 namespace quellix {
 namespace {
 
-void ResetRun(RunState& state) {
-  state.SomeFilesLocked = false;
-  state.SomeErrors = false;
-  state.Stayed.clear();
-  state.StayedCount = 0;
-  state.StayedLocked = 0;
-  state.AbortRequested = false;
-  state.ProgressCounter = 0;
-  state.FilesBackedUp = 0;
-  state.FilesNotBackedUp = 0;
-  state.RunFilesDeleted = 0;
-  state.RunSpaceGained = 0;
-  state.FilesDeleted = 0;
-  state.MozillaFilesDeleted = 0;
-  state.MozillaSpaceGained = 0;
-  state.SpaceGained = 0;
-  state.BackupDrive.clear();
-  state.RunLog.clear();
-  state.Outcomes = {};
-  state.SettingsProblem.clear();
+void ResetRun(CleaningContext& context) {
+  RunState& state = context.state;
+  static_cast<RunTotals&>(state) = {};
   state.Places.reset();
   state.Parts.Clear();
+  LoadRemovalOptions(context);
 }
 
 // Whether the run may begin where it is to back up. A failed backup has never kept a file from
@@ -36,7 +20,7 @@ bool CanBackUp(CleaningContext& context) {
   if (state.RemovalMode != kBackUp) return true;
   const std::string why = context.backup.WhyUnusable(state.BackupFolder);
   if (why.empty()) return true;
-  if (state.Backup.strict) {
+  if (state.Strict) {
     ReportCritical(context, why + " Nothing was removed.");
     return false;
   }
@@ -49,9 +33,14 @@ bool CanBackUp(CleaningContext& context) {
 
 }  // namespace
 
+void LoadRemovalOptions(CleaningContext& context) {
+  RunState& state = context.state;
+  context.settings.LoadDeletionSettings(state);
+  if (state.FixedRemovalMode != 0) state.RemovalMode = state.FixedRemovalMode;
+}
+
 bool BeginRun(CleaningContext& context, int items) {
-  ResetRun(context.state);
-  context.settings.LoadDeletionSettings(context.state);
+  ResetRun(context);
   if (!CanBackUp(context)) return false;
   context.view.SetCommands({.clean = false, .stop = true, .menus = false});
   context.view.SetStatus("Working...");
@@ -62,9 +51,12 @@ bool BeginRun(CleaningContext& context, int items) {
 
 // The archive's directory is written last; without it the archive is repaired when it is opened.
 void CloseBackup(CleaningContext& context) {
-  if (context.backup.Close()) return;
-  context.state.RunLog.append("The backup archive could not be finished: ");
-  context.state.RunLog.append(context.backup.Problem()).append("\r\n");
+  try {
+    context.backup.Close();
+  } catch (const std::exception& error) {
+    context.state.RunLog.append("The backup archive could not be finished: ");
+    context.state.RunLog.append(error.what()).append("\r\n");
+  }
 }
 
 void ShowIdle(CleaningContext& context, std::string_view status) {

@@ -10,6 +10,9 @@ namespace quellix {
 
 // The steps that every cleaner of a run shares.
 
+// Reads how files go: as the settings say, or by the mode that was fixed for this program run.
+void LoadRemovalOptions(CleaningContext& context);
+
 // Begins a run: resets its state, reads from the settings how files go, and shows the run as begun.
 // Where files are to be backed up and cannot be, the user is asked; false when nothing may be
 // removed then: he has been told, and the run counts as failed.

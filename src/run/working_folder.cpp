@@ -21,9 +21,7 @@ ProtectedPlaces& PlacesOf(CleaningContext& context) {
 }
 
 ProtectedPlaces LoadPlaces(const Machine& machine) {
-  RunState state;
-  Settings(machine).LoadDeletionSettings(state);
-  return {machine, state.BackupFolder};
+  return {machine, Settings(machine).Load().BackupFolder};
 }
 
 std::unique_ptr<Folder> WorkingFolder::OpenBelow(std::string_view parent) const {

@@ -28,4 +28,8 @@ std::optional<int16_t> ToInt16(std::string_view text) {
   return static_cast<int16_t>(rounded);
 }
 
+std::string CutToBuffer(std::string_view text, size_t characters) {
+  return std::string(TrimNull(ToUtf8(ToUtf16(text).substr(0, characters - 1))));
+}
+
 }  // namespace quellix

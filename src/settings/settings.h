@@ -1,28 +1,15 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "platform/machine.h"
-#include "run/run_state.h"
+#include "settings/preferences.h"
 
 namespace quellix {
 
-// What LoadGeneralSettings found in Settings.ini for the main window.
-struct GeneralSettings {
-  bool auto_clean = false;
-  std::optional<int16_t> interval_minutes =
-      std::nullopt;  // nothing when it is off or does not fit 16 bits
-  bool startup_clean = false;
-  bool protect1 = false;  // the empty-files item may be used
-  bool protect2 = false;  // the dead-shortcut item may be used
-  bool tip_box = true;
-  bool tray_icon = false;  // closing the window leaves an icon while cleaning is automatic
-};
-
-// Settings.ini in the program folder, one key at a time.
+// Settings.ini in the program folder.
 class Settings {
  public:
   explicit Settings(const Machine& machine) : machine_(machine) {}
@@ -38,10 +25,15 @@ class Settings {
   void RequireReadable() const;
   bool IsReadable() const;
 
-  GeneralSettings LoadGeneralSettings() const;
-  // Sets the removal mode, its options, the backup folder and its options. While Settings.ini
-  // cannot be read, what was loaded before stays, or else all have their defaults.
-  void LoadDeletionSettings(RunState& state) const;
+  // All choices in one reading; while Settings.ini cannot be read, the defaults.
+  Preferences Load() const;
+  // Writes what differs from `stored`, in one replacement of the file; with `all_users` set also
+  // what every user's file holds. Keys that are none of ours stay. Throws Error; the old file then
+  // stays.
+  void Save(const Preferences& preferences, const Preferences& stored, bool all_users);
+  // Those that tell how files go. While Settings.ini cannot be read, what was loaded before stays,
+  // or else all have their defaults.
+  void LoadDeletionSettings(RemovalOptions& options) const;
 
   // LastCleaned: reading gives nothing unless it is a date in the user's form. An absent key reads
   // as the present; what is shown then is "Never".

@@ -52,7 +52,7 @@ void FrmMain::Open(HWND owner, StartMode mode) {
   ShowWindow(window(), SW_SHOW);
   if (!problems.empty()) Warn(problems);
   if (mode != StartMode::kNormal) display_.SetStatus("");
-  if (engine_.is_loaded() && CleansAtStart(mode, engine_.general().startup_clean)) {
+  if (engine_.is_loaded() && CleansAtStart(mode, engine_.preferences().startup_clean)) {
     Run([this] { engine_.RunCleaning(); });
   }
 }
@@ -94,7 +94,7 @@ void FrmMain::AddAnchors() {
 }
 
 void FrmMain::ShowTip() {
-  const std::string tip = engine_.general().tip_box ? tips_.Next() : "";
+  const std::string tip = engine_.preferences().tip_box ? tips_.Next() : "";
   for (const int control : {lblTip, txtTip, cmdNextTip}) {
     ShowWindow(Control(control), tip.empty() ? SW_HIDE : SW_SHOW);
   }
@@ -106,7 +106,8 @@ void FrmMain::FollowSettings() {
   boxes_.ShowEnabled(tool_tips_);
   boxes_.ShowTicks();
   const bool tip_is_shown = (GetWindowLongW(Control(txtTip), GWL_STYLE) & WS_VISIBLE) != 0;
-  if (!tip_is_shown || !engine_.general().tip_box || GetWindowTextLengthW(Control(txtTip)) == 0) {
+  if (!tip_is_shown || !engine_.preferences().tip_box ||
+      GetWindowTextLengthW(Control(txtTip)) == 0) {
     ShowTip();
   }
   if (engine_.auto_clean().IsOn()) {
@@ -272,7 +273,7 @@ void FrmMain::PlaceCurrentItem(const Item* item) {
 }
 
 void FrmMain::OnClose() {
-  const bool stays = engine_.auto_clean().IsOn() && engine_.general().tray_icon;
+  const bool stays = engine_.auto_clean().IsOn() && engine_.preferences().tray_icon;
   return stays && IsWindowVisible(window()) ? GoToTray() : Exit();
 }
 

@@ -28,18 +28,18 @@ constexpr SettingBox kGeneralBoxes[] = {{chkAutoClean, &GeneralOptions::auto_cle
                                         {Check3, &GeneralOptions::tip_box}};
 constexpr SettingBox kDeletionBoxes[] = {{chkExtraSecurity, &GeneralOptions::extra_security},
                                          {chkRename, &GeneralOptions::rename},
-                                         {chkStrict, &GeneralOptions::strict},
-                                         {chkKeepOnAbort, &GeneralOptions::keep_on_abort},
-                                         {chkBackupRegistry, &GeneralOptions::backup_registry}};
+                                         {chkStrict, &GeneralOptions::Strict},
+                                         {chkKeepOnAbort, &GeneralOptions::KeepOnAbort},
+                                         {chkBackupRegistry, &GeneralOptions::BackupRegistry}};
 
 constexpr WPARAM kFastStep = 65536;
 
 struct Method {
   int control;
-  char letter;
+  RemovalModes mode;
 };
 constexpr Method kMethods[] = {
-    {optRecyclebin, 'R'}, {optDelete, 'D'}, {optWipe, 'W'}, {optZip, 'B'}};
+    {optRecyclebin, kRecycle}, {optDelete, kDelete}, {optWipe, kWipe}, {optZip, kBackUp}};
 
 void AddEntry(HWND list, const std::wstring& text, WPARAM data) {
   const LRESULT row = SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
@@ -54,8 +54,8 @@ void OptionsGeneralPage::Fill() {
   ShowBoxes(kGeneralBoxes);
   AddEntry(Control(cmbAutoClean), L"Minute(s)", 0);
   AddEntry(Control(cmbAutoClean), L"Hour(s)", 1);
-  SendDlgItemMessageW(window(), cmbAutoClean, CB_SETCURSEL, general.hours ? 1 : 0, 0);
-  SetText(cmbAutoClean1, general.duration);
+  SendDlgItemMessageW(window(), cmbAutoClean, CB_SETCURSEL, general.InHours() ? 1 : 0, 0);
+  SetText(cmbAutoClean1, general.typed_duration);
   ShowSaved();
   EnableFields();
 }
@@ -82,9 +82,10 @@ void OptionsGeneralPage::EnableFields() const {
 void OptionsGeneralPage::OnControl(int id, int code) {
   GeneralOptions& general = options().general;
   if (id == cmbAutoClean1 && code == EN_CHANGE) {
-    general.duration = TextOf(cmbAutoClean1);
+    general.typed_duration = TextOf(cmbAutoClean1);
   } else if (id == cmbAutoClean && code == CBN_SELCHANGE) {
-    general.hours = SendDlgItemMessageW(window(), cmbAutoClean, CB_GETCURSEL, 0, 0) == 1;
+    general.hours =
+        static_cast<int16_t>(SendDlgItemMessageW(window(), cmbAutoClean, CB_GETCURSEL, 0, 0));
   } else if (!TakeBox(kGeneralBoxes, id)) {
     return;
   }
@@ -96,16 +97,16 @@ void OptionsDeletionPage::Fill() {
   layout().Add(kDeletionAnchors);
   ShowBoxes(kDeletionBoxes);
   for (const Method& method : kMethods) {
-    Check(method.control, method.letter == options().general.method);
+    Check(method.control, method.mode == options().general.RemovalMode);
   }
   FillWipeSteps();
-  SetText(txtBackup, options().general.backup_folder);
+  SetText(txtBackup, options().general.BackupFolder);
 }
 
 // A step that neither entry names was written into the settings by hand and stays one.
 void OptionsDeletionPage::FillWipeSteps() const {
   const HWND steps = Control(cmbWipeStep);
-  const uint64_t step = options().general.wipe_step;
+  const uint64_t step = options().general.WipeStep;
   AddEntry(steps, L"one byte at a time, as slow as it is thorough", 1);
   AddEntry(steps, L"64 KB at a time, fast", kFastStep);
   if (step != 1 && step != kFastStep) {
@@ -122,18 +123,18 @@ void OptionsDeletionPage::OnControl(int id, int code) {
 bool OptionsDeletionPage::Take(int id, int code) {
   GeneralOptions& general = options().general;
   if (id == txtBackup) {
-    general.backup_folder = TextOf(txtBackup);
+    general.BackupFolder = TextOf(txtBackup);
     return code == EN_CHANGE;
   }
   if (id == cmbWipeStep) {
     const LRESULT row = SendDlgItemMessageW(window(), id, CB_GETCURSEL, 0, 0);
-    general.wipe_step = static_cast<uint64_t>(
+    general.WipeStep = static_cast<uint64_t>(
         SendDlgItemMessageW(window(), id, CB_GETITEMDATA, static_cast<WPARAM>(row), 0));
     return code == CBN_SELCHANGE;
   }
   const auto method = std::ranges::find(kMethods, id, &Method::control);
   if (method == std::end(kMethods) || !IsChecked(id)) return false;
-  general.method = method->letter;
+  general.RemovalMode = method->mode;
   return true;
 }
 
@@ -149,9 +150,7 @@ void OptionsBackupsPage::Fill() {
 }
 
 void OptionsBackupsPage::ShowSaved() {
-  RunState saved;
-  Settings(context().machine).LoadDeletionSettings(saved);
-  SetText(txtBackupHint, saved.BackupFolder);
+  SetText(txtBackupHint, Settings(context().machine).Load().BackupFolder);
 }
 
 void OptionsBackupsPage::OnControl(int id, int /*code*/) {

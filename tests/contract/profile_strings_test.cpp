@@ -51,16 +51,16 @@ TEST_F(ProfileContract, WritingTouchesOneLineAlone) {
   test_->MakeFile(file_, before);
   const std::string after = "; note\r\n[General]\r\n  A = 1 \r\nB=3\r\n\r\n[Other]\r\nA=9\r\n";
   for (const char* run : {"first", "again"}) {
-    machine_.profile.Write(file_, "GENERAL", "B", "3");
+    machine_.profile.Write(file_, {"GENERAL", "B", "3"});
     EXPECT_EQ(Content(), after) << run;
   }
 }
 
 TEST_F(ProfileContract, CreatesFileSectionAndKey) {
-  machine_.profile.Write(file_, "General", "Key", "1");
+  machine_.profile.Write(file_, {"General", "Key", "1"});
   EXPECT_EQ(Content(), "[General]\r\nKey=1\r\n");
-  machine_.profile.Write(file_, "Größe", "Ключ", "Мир");
-  machine_.profile.Write(file_, "General", "Second", "2");
+  machine_.profile.Write(file_, {"Größe", "Ключ", "Мир"});
+  machine_.profile.Write(file_, {"General", "Second", "2"});
   EXPECT_EQ(machine_.profile.Read(file_, "Größe", "Ключ"), "Мир");
   EXPECT_EQ(machine_.profile.Read(file_, "General", "Key"), "1");
   EXPECT_EQ(machine_.profile.Read(file_, "General", "Second"), "2");
@@ -123,7 +123,7 @@ TEST_F(ProfileContract, AFileThatCannotBeWrittenStaysWhole) {
   {
     const auto lock = test_->LockFile(test_->Scratch() + "locked\\x.ini");
     EXPECT_TRUE(KindOf([&] {
-      machine_.profile.Write(test_->Scratch() + "locked\\x.ini", "General", "Key", "2");
+      machine_.profile.Write(test_->Scratch() + "locked\\x.ini", {"General", "Key", "2"});
     }));
   }
   EXPECT_EQ(machine_.profile.Read(test_->Scratch() + "locked\\x.ini", "General", "Key"), "1");

@@ -291,11 +291,10 @@ TEST_F(BackupRestoreTest, SmallStreamsComeBackAndLargeOnesAreNamed) {
   });
   const Machine decorated = WithFiles(ports, files);
   machine->MakeFile(tree + "a", "backup");
-  ModZip zip(decorated, state.Backup);
+  ModZip zip(decorated, state);
   zip.MakeBackupArchiveName(safe, tree.substr(0, 1) + "_");
-  ASSERT_TRUE(zip.BackupFile(*decorated.files.OpenFolder(tree), tree + "a")) << zip.Problem();
-  EXPECT_EQ(zip.Loss(), "");
-  ASSERT_TRUE(zip.Close());
+  EXPECT_EQ(zip.BackupFile(*decorated.files.OpenFolder(tree), tree + "a"), "");
+  zip.Close();
   for (const bool whole : {true, false}) {
     SCOPED_TRACE(whole);
     const std::string archive = safe + OnlyArchive();
@@ -309,12 +308,18 @@ TEST_F(BackupRestoreTest, SmallStreamsComeBackAndLargeOnesAreNamed) {
   }
   streams["large"] = std::string(kMostStreamBytes, 'l');
   for (const bool strict : {false, true}) {
-    state.Backup.strict = strict;
-    EXPECT_EQ(zip.BackupFile(*decorated.files.OpenFolder(tree), tree + "a"), !strict);
-    const std::string told(strict ? zip.Problem() : zip.Loss());
+    state.Strict = strict;
+    std::string told;
+    try {
+      told = zip.BackupFile(*decorated.files.OpenFolder(tree), tree + "a");
+      EXPECT_FALSE(strict);
+    } catch (const Error& error) {
+      told = error.what();
+      EXPECT_TRUE(strict);
+    }
     EXPECT_NE(told.find("its stream \"large\" of 32768 bytes"), std::string::npos) << told;
   }
-  state.Backup.strict = false;
+  state.Strict = false;
   CleaningContext losing{decorated, settings, state, view, zip};
   EXPECT_TRUE(RemoveFile(losing, tree + "a", Claim::kOwnList));
   EXPECT_NE(state.RunLog.find("Not backed up whole: " + tree + "a"), std::string::npos);
@@ -322,14 +327,14 @@ TEST_F(BackupRestoreTest, SmallStreamsComeBackAndLargeOnesAreNamed) {
 
 TEST_F(BackupRestoreTest, WhatIsPreciousIsNeverReplaced) {
   const std::string hive = scratch + "NTUSER.DAT.LOG1";
-  ModZip zip(ports, state.Backup);
+  ModZip zip(ports, state);
   zip.MakeBackupArchiveName(safe, "C_");
   for (const std::string& path : {hive, tree + "a"}) {
     machine->MakeFile(path, "archived");
-    EXPECT_TRUE(zip.BackupFile(*OpenFolderOf(ports.files, path), path)) << path;
+    zip.BackupFile(*OpenFolderOf(ports.files, path), path);
     ports.files.WriteWholeFile(path, "now");
   }
-  EXPECT_TRUE(zip.Close());
+  zip.Close();
   EXPECT_EQ(Restore({}, "", OverwriteMode::kAlways).problems,
             std::vector<std::string>{
                 hive + " is not restored, as it is a file that Windows or this program needs."});
@@ -449,9 +454,9 @@ TEST_F(BackupRestoreTest, TheTimeOfCreationTravelsThroughTheArchive) {
   machine->MakeFile(tree + "a", "backup");
   log.tells = 130000000000000000;
   {
-    ModZip zip(decorated, state.Backup);
+    ModZip zip(decorated, state);
     zip.MakeBackupArchiveName(safe, tree.substr(0, 1) + "_");
-    ASSERT_TRUE(zip.BackupFile(*files.OpenFolder(tree), tree + "a")) << zip.Problem();
+    zip.BackupFile(*files.OpenFolder(tree), tree + "a");
   }
   for (const bool whole : {true, false}) {  // from the directory, then from the entry's own header
     SCOPED_TRACE(whole);

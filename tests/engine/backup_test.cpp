@@ -96,11 +96,11 @@ TEST_F(BackupTest, AnArchiveOfTheSameNameIsAddedTo) {
 // A run of the same second goes on with our own archive, and with nothing else.
 TEST_F(BackupTest, WhatOthersNamedAsAnArchiveStaysAsItIs) {
   machine->MakeFile(tree + "a", "a");
-  ModZip zip(ports, state.Backup);
+  ModZip zip(ports, state);
   const auto back_up = [&] {
     zip.MakeBackupArchiveName(safe, "C_");
-    const bool done = zip.BackupFile(*ports.files.OpenFolder(tree), tree + "a");
-    EXPECT_TRUE(done && zip.Close()) << zip.Problem();
+    zip.BackupFile(*ports.files.OpenFolder(tree), tree + "a");
+    zip.Close();
   };
   back_up();
   const std::string bytes = Read(safe + OnlyArchive());
@@ -144,7 +144,7 @@ TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
                          Row{"a missing drive, by default", "Q:\\safe\\", false},
                          Row{"a missing drive, strictly", "Q:\\safe\\", true}}) {
     SCOPED_TRACE(row.what);
-    state.Backup.strict = row.strict;
+    state.Strict = row.strict;
     state.SomeFilesLocked = false;
     state.RunLog.clear();
     state.RunFilesDeleted = state.FilesBackedUp = state.FilesNotBackedUp = 0;
@@ -174,7 +174,7 @@ TEST_F(BackupTest, StrictlyAFileThatChangesAfterItWasArchivedStays) {
     const char* bytes;
     int64_t time;
   } kRows[] = {{"newer", kTime}, {"b", kLater}};
-  state.Backup.strict = true;
+  state.Strict = true;
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.bytes);
     for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
@@ -224,7 +224,7 @@ TEST_F(BackupTest, ArchivesInAFolderThatIsCleanedStay) {
 TEST_F(BackupTest, StopLeavesWhatIsNotGoneYetAndTheArchiveOnRequest) {
   for (const bool keep : {false, true}) {
     SCOPED_TRACE(keep);
-    state.Backup.keep_on_abort = keep;
+    state.KeepOnAbort = keep;
     state.AbortRequested = false;
     state.BackupDrive.clear();
     for (const char* name : {"a", "b", "c"}) machine->MakeFile(tree + name, name);
@@ -241,9 +241,9 @@ TEST_F(BackupTest, StopLeavesWhatIsNotGoneYetAndTheArchiveOnRequest) {
 TEST_F(BackupTest, AStopTakesNothingFromAnEarlierRun) {
   for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
   for (const char* name : {"a", "b"}) {
-    ModZip zip(ports, state.Backup);
+    ModZip zip(ports, state);
     zip.MakeBackupArchiveName(safe, "C_");
-    EXPECT_TRUE(zip.BackupFile(*ports.files.OpenFolder(tree), tree + name)) << zip.Problem();
+    zip.BackupFile(*ports.files.OpenFolder(tree), tree + name);
     if (name[0] == 'b') zip.DeleteBackupArchive();
   }
   EXPECT_EQ(Content(safe + OnlyArchive()).size(), 1u);
@@ -316,11 +316,10 @@ TEST_F(BackupTest, AFileThatCannotBeReadLeavesNoArchive) {
     return std::unique_ptr<RandomFile>(new ChangingFile(std::move(failing)));
   });
   const Machine decorated = WithFiles(ports, files);
-  ModZip zip(decorated, state.Backup);
+  ModZip zip(decorated, state);
   zip.MakeBackupArchiveName(safe, "C_");
-  EXPECT_FALSE(zip.BackupFile(*files.OpenFolder(tree), tree + "a"));
-  EXPECT_EQ(zip.Problem(), "locked from here");
-  EXPECT_TRUE(zip.Close());
+  EXPECT_THROW(zip.BackupFile(*files.OpenFolder(tree), tree + "a"), Error);
+  zip.Close();
   EXPECT_EQ(Archives(), std::vector<std::string>());
 }
 

@@ -52,19 +52,19 @@ TEST_F(OptionsTest, ANewUsersFilesAreWrittenToTheByte) {
 
   options.general.start_with_windows = options.general.startup_clean = true;
   options.general.auto_clean = true;
-  options.general.duration = " 45 ";
-  options.general.hours = false;
+  options.general.typed_duration = " 45 ";
+  options.general.hours = 0;
   options.general.protect1 = options.general.protect2 = true;
   options.general.tip_box = false;
   options.general.tray_icon = true;
-  options.general.method = 'B';
+  options.general.RemovalMode = kBackUp;
   options.general.extra_security = options.general.rename = true;
-  options.general.wipe_step = 65536;
-  options.general.backup_folder =
+  options.general.WipeStep = 65536;
+  options.general.BackupFolder =
       "C:\\S\xC3\xA4"
       "fe";
-  options.general.strict = options.general.keep_on_abort = true;
-  options.general.backup_registry = false;
+  options.general.Strict = options.general.KeepOnAbort = true;
+  options.general.BackupRegistry = false;
   ASSERT_FALSE(options.Check());
   EXPECT_EQ(options.Save(), "");
   const std::string all =
@@ -79,8 +79,8 @@ TEST_F(OptionsTest, ANewUsersFilesAreWrittenToTheByte) {
   EXPECT_EQ(Options(ports).Save(), "");
   EXPECT_EQ(ReadProgramFile("Settings.ini"), all);
   engine.ApplyGeneralSettings();
-  EXPECT_EQ(engine.general().interval_minutes, 45);
-  EXPECT_TRUE(engine.general().protect1 && !engine.general().tip_box);
+  EXPECT_EQ(engine.preferences().IntervalMinutes(), 45);
+  EXPECT_TRUE(engine.preferences().protect1 && !engine.preferences().tip_box);
   for (const char* key : {"CleanEmptyFiles", "CleanShortcuts"}) {
     EXPECT_EQ(engine.selection().WhyDisabled(*FindItem(key)).find("Options"),
               std::string_view::npos);
@@ -103,43 +103,33 @@ TEST_F(OptionsTest, GarbageInTheSettingsIsShownAsWhatItMeans) {
   struct Row {
     const char* name;
     const char* general;
-    GeneralOptions want;
+    const char*
+        shown;  // automatic, duration, hours, tip box, method, extra security, rename, registry
   };
   const Row rows[] = {
-      {"no numbers",
-       "AutoClean=on\nDuration=soon\nHM=x\nProtect1=yes\nTipBox=\nWipeStep=fast\n",
-       {.tip_box = false}},
-      {"negative",
-       "AutoClean=-1\nDuration=-7\nHM=-1\nExtraS=-1\nRename=-1\nWipeStep=-1",
-       {.duration = "-7", .hours = false}},
-      {"beyond 16 bits",
-       "AutoClean=65537\nDuration=65537\nHM=70000\nExtraS=70000\nTipBox=1e9",
-       {.tip_box = false}},
-      {"blanks",
-       "AutoClean=  1  \nDuration= 9 \nHM= 0 \nDelMethod= W \nRename= 1 ",
-       {.auto_clean = true, .duration = "9", .hours = false, .method = 'W', .rename = true}},
-      {"other letters",
-       "DelMethod=r\nExtraS=2\nRename=2\nTrayIcon=2",
-       {.method = 'B', .extra_security = true}},
-      {"empty",
-       "DelMethod=\nDuration=\n[Backup]\nPath=\nRegistry=0",
-       {.method = 'B', .backup_registry = false}},
+      {"no numbers", "AutoClean=on\nDuration=soon\nHM=x\nProtect1=yes\nTipBox=\nWipeStep=fast\n",
+       "0 1 1 0 1 0 0 1"},
+      {"negative", "AutoClean=-1\nDuration=-7\nHM=-1\nExtraS=-1\nRename=-1\nWipeStep=-1",
+       "0 -7 0 1 1 0 0 1"},
+      {"beyond 16 bits", "AutoClean=65537\nDuration=65537\nHM=70000\nExtraS=70000\nTipBox=1e9",
+       "0 1 1 0 1 0 0 1"},
+      {"blanks", "AutoClean=  1  \nDuration= 9 \nHM= 0 \nDelMethod= W \nRename= 1 ",
+       "1 9 0 1 3 0 1 1"},
+      {"other letters", "DelMethod=r\nExtraS=2\nRename=2\nTrayIcon=2", "0 1 1 1 4 1 0 1"},
+      {"empty", "DelMethod=\nDuration=\n[Backup]\nPath=\nRegistry=0", "0 1 1 1 4 0 0 0"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     WriteSettings(std::string("[General]\n") + row.general);
     const GeneralOptions got = LoadGeneralOptions(ports);
-    EXPECT_EQ(got.auto_clean, row.want.auto_clean);
-    EXPECT_EQ(got.duration, row.want.duration);
-    EXPECT_EQ(got.hours, row.want.hours);
-    EXPECT_EQ(got.tip_box, row.want.tip_box);
-    EXPECT_EQ(got.method, row.want.method);
-    EXPECT_EQ(got.extra_security, row.want.extra_security);
-    EXPECT_EQ(got.rename, row.want.rename);
-    EXPECT_EQ(got.wipe_step, 1u);
-    EXPECT_EQ(got.backup_folder, home);
-    EXPECT_EQ(got.backup_registry, row.want.backup_registry);
-    EXPECT_FALSE(got.protect1 || got.tray_icon || got.strict);
+    std::ostringstream shown;
+    shown << got.auto_clean << ' ' << got.typed_duration << ' ' << got.InHours() << ' '
+          << got.tip_box << ' ' << got.RemovalMode << ' ' << got.extra_security << ' ' << got.rename
+          << ' ' << got.BackupRegistry;
+    EXPECT_EQ(shown.str(), row.shown);
+    EXPECT_EQ(got.WipeStep, 1u);
+    EXPECT_EQ(got.BackupFolder, home);
+    EXPECT_FALSE(got.protect1 || got.tray_icon || got.Strict);
   }
 }
 
@@ -148,7 +138,7 @@ TEST_F(OptionsTest, FieldsOutOfRangeAreRefusedWithASentence) {
     const char* name;
     bool automatic, hours;
     std::string duration, folder, sentence;  // part of it; "" when accepted
-    char method = 'D';
+    RemovalModes method = kDelete;
   };
   const std::string hours = "hours from 1 to 546.", minutes = "minutes from 1 to 32767.";
   const Row rows[] = {
@@ -178,7 +168,7 @@ TEST_F(OptionsTest, FieldsOutOfRangeAreRefusedWithASentence) {
       {"long", false, true, "1", "C:\\" + std::string(250, 'a'), ""},
       {"too long", false, true, "1", "C:\\" + std::string(251, 'a'), "longer than"},
       {"missing drive, not used", false, true, "1", "Q:\\b", ""},
-      {"missing drive", false, true, "1", "Q:\\b", "no drive Q:", 'B'},
+      {"missing drive", false, true, "1", "Q:\\b", "no drive Q:", kBackUp},
       {"a whole drive", false, true, "1", "c:\\", "It holds "},
       {"in Windows", false, true, "1", ports.system.WindowsFolder() + "\\b", "folder of Windows"},
       {"what is cleaned", false, true, "1", temp, "which is cleaned"},
@@ -192,10 +182,10 @@ TEST_F(OptionsTest, FieldsOutOfRangeAreRefusedWithASentence) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     options.general.auto_clean = row.automatic;
-    options.general.hours = row.hours;
-    options.general.duration = row.duration;
-    options.general.backup_folder = row.folder;
-    options.general.method = row.method;
+    options.general.hours = row.hours ? 1 : 0;
+    options.general.typed_duration = row.duration;
+    options.general.BackupFolder = row.folder;
+    options.general.RemovalMode = row.method;
     const std::optional<Refusal> refusal = options.Check();
     ASSERT_EQ(refusal.has_value(), !row.sentence.empty());
     if (!refusal) continue;
@@ -205,14 +195,14 @@ TEST_F(OptionsTest, FieldsOutOfRangeAreRefusedWithASentence) {
   }
   options.lists.back().Remove(std::vector<size_t>{0});
   options.general = LoadGeneralOptions(ports);
-  options.general.duration = "one";
+  options.general.typed_duration = "one";
   EXPECT_EQ(options.Save(), "");
   EXPECT_EQ(ReadProgramFile("Settings.ini"), DefaultSettings(home));
   WriteSettings("[General]\r\nDuration=9\r\n");
   Options unused(ports);
-  unused.general.duration = "";
+  unused.general.typed_duration = "";
   EXPECT_EQ(unused.Save(), "");
-  EXPECT_EQ(LoadGeneralOptions(ports).duration, "9");
+  EXPECT_EQ(LoadGeneralOptions(ports).typed_duration, "9");
 }
 
 TEST_F(OptionsTest, StartingWithWindowsRepairsAndRemovesTheEntry) {

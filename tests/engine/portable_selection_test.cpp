@@ -75,7 +75,7 @@ TEST(Selection, BoxesThatCannotBeClickedKeepTheirState) {
 
 TEST(Selection, ABoxThatIsProtectedLosesItsTick) {
   Selection selection;
-  GeneralSettings general;
+  Preferences general;
   for (const char* key : {"CleanEmptyFiles", "CleanShortcuts", "CleanTempFiles"}) {
     selection.SetChecked(*FindItem(key), true);
   }

@@ -31,14 +31,14 @@ class RecordingArchive : public BackupArchive {
   void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override {
     archives.push_back(std::string(folder).append(prefix));
   }
-  bool BackupFile(Folder&, std::string_view path) override {
+  std::string BackupFile(Folder&, std::string_view path) override {
     files.emplace_back(path);
-    return !fails;
+    if (fails) throw Error(Error::Kind::kOther, "no room");
+    return {};
   }
-  bool Flush() override { return true; }
+  void Flush() override {}
   void DeleteBackupArchive() override { ++deleted; }
-  bool Close() override { return true; }
-  std::string_view Problem() const override { return "no room"; }
+  void Close() override {}
 };
 
 TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes) {

@@ -11,44 +11,46 @@ TEST_F(SettingsTest, EachKeyHasItsDefaultAndSurvivesGarbage) {
   struct Row {
     const char* name;
     const char* text;
-    GeneralSettings want;
+    bool auto_clean = false;
+    std::optional<int16_t> interval = {};
+    const char* others = "0001";  // at start-up, Protect1, Protect2, tip box
   };
-  const GeneralSettings defaults;
   const Row rows[] = {
-      {"empty", "", defaults},
-      {"binary", "\x01\x02[Gen\xFF\xFE\n\n===", defaults},
-      {"hours",
-       "[General]\r\nAutoClean=1\r\nDuration=546\r\nHM=1\r\n",
-       {.auto_clean = true, .interval_minutes = 32760}},
-      {"hours beyond 16 bits",
-       "[General]\nAutoClean=1\nDuration=547\nHM=1\n",
-       {.auto_clean = true}},
-      {"one hour by default",
-       "[general]\nautoclean = 1\n",
-       {.auto_clean = true, .interval_minutes = 60}},
-      {"minutes",
-       "[General]\nAutoClean=1\nDuration=7\nHM=0",
-       {.auto_clean = true, .interval_minutes = 7}},
+      {"empty", ""},
+      {"binary", "\x01\x02[Gen\xFF\xFE\n\n==="},
+      {"off", "[General]\nDuration=7\nHM=0"},
+      {"hours", "[General]\r\nAutoClean=1\r\nDuration=546\r\nHM=1\r\n", true, 32760},
+      {"hours beyond 16 bits", "[General]\nAutoClean=1\nDuration=547\nHM=1\n", true},
+      {"one hour by default", "[general]\nautoclean = 1\n", true, 60},
+      {"minutes", "[General]\nAutoClean=1\nDuration=7\nHM=0", true, 7},
+      {"no unit", "[General]\nAutoClean=1\nHM=x", true},
       {"no number",
        "[General]\nAutoClean=1\nDuration=x\nProtect1=on\nTipBox=yes\n",
-       {.auto_clean = true, .tip_box = false}},
+       true,
+       {},
+       "0000"},
       {"all on",
        "[General]\nStartupClean=1\nProtect1=1\nProtect2=1\nTipBox=0\n",
-       {.startup_clean = true, .protect1 = true, .protect2 = true, .tip_box = false}},
+       false,
+       {},
+       "1110"},
       {"first match counts, comments do not",
        "[Other]\nProtect1=0\n[General]\n;Protect1=0\nProtect1=\"1\"\nProtect1=0\n",
-       {.protect1 = true}},
+       false,
+       {},
+       "0101"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     WriteSettings(row.text);
-    const GeneralSettings got = settings.LoadGeneralSettings();
-    EXPECT_EQ(got.auto_clean, row.want.auto_clean);
-    EXPECT_EQ(got.interval_minutes, row.want.interval_minutes);
-    EXPECT_EQ(got.startup_clean, row.want.startup_clean);
-    EXPECT_EQ(got.protect1, row.want.protect1);
-    EXPECT_EQ(got.protect2, row.want.protect2);
-    EXPECT_EQ(got.tip_box, row.want.tip_box);
+    const Preferences got = settings.Load();
+    EXPECT_EQ(got.auto_clean, row.auto_clean);
+    EXPECT_EQ(got.IntervalMinutes(), row.interval);
+    std::string others;
+    for (const bool on : {got.startup_clean, got.protect1, got.protect2, got.tip_box}) {
+      others += on ? '1' : '0';
+    }
+    EXPECT_EQ(others, row.others);
   }
 }
 
@@ -90,8 +92,8 @@ TEST_F(SettingsTest, BackupOptionsAreOffUnlessTheyAreOne) {
     WriteSettings(std::string("[Backup]\n") + text);
     RunState state;
     settings.LoadDeletionSettings(state);
-    EXPECT_EQ(state.Backup.strict, strict);
-    EXPECT_EQ(state.Backup.keep_on_abort, keep);
+    EXPECT_EQ(state.Strict, strict);
+    EXPECT_EQ(state.KeepOnAbort, keep);
   }
 }
 
@@ -99,7 +101,7 @@ TEST_F(SettingsTest, WhatShipsHasTodaysChoices) {
   WriteSettings(kShippedSettings);
   RunState state;
   settings.LoadDeletionSettings(state);
-  EXPECT_TRUE(state.Backup.strict && state.Backup.keep_on_abort);
+  EXPECT_TRUE(state.Strict && state.KeepOnAbort);
   EXPECT_EQ(state.WipeStep, 65536u);
   EXPECT_EQ(state.RemovalMode, kDelete);
   EXPECT_EQ(settings.ReadIniValue("General", "AllValues", "0"), "1");
@@ -196,7 +198,7 @@ TEST_F(SettingsTest, WhileTheSettingsCannotBeReadTheUsersChoiceStays) {
   EXPECT_TRUE(engine.is_loaded());
   MakeUnreadable(*machine, ports.program_folder + "\\Settings.ini");
   engine.ApplyGeneralSettings();
-  EXPECT_EQ(engine.general().interval_minutes, 7);
+  EXPECT_EQ(engine.preferences().IntervalMinutes(), 7);
   EXPECT_TRUE(engine.auto_clean().IsOn());
   EXPECT_TRUE(engine.selection().IsEnabled(*FindItem("CleanEmptyFiles")));
   machine->MakeFile(temp + "junk.tmp", "12345");

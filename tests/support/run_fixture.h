@@ -25,7 +25,7 @@ class RunFixture : public ::testing::Test {
         temp(ports.system.TempFolder()),
         engine(ports, view),
         settings(ports),
-        mod_zip(ports, engine.state().Backup),
+        mod_zip(ports, engine.state()),
         context{ports, settings, engine.state(), view, mod_zip} {}
 
   void WriteSettings(const std::string& text) {

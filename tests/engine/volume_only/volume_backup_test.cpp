@@ -195,7 +195,7 @@ TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
   }
   state.BackupFolder = safe = scratch + "disk\\safe\\";
   Backups backups_there(ports, safe);
-  state.Backup.strict = true;
+  state.Strict = true;
   std::mt19937 random(1);
   std::string noise(6 << 20, '\0');
   for (char& c : noise) c = static_cast<char>(random());
@@ -256,7 +256,7 @@ TEST_F(VolumeBackupTest, AWriteProtectedDiskIsReadAndTakesNothing) {
             std::string::npos);
   EXPECT_EQ(there.Restore(archive, {}, prompts, nullptr).restored, 2u);
   EXPECT_THROW(there.Delete(archive), Error);
-  state.Backup.strict = true;
+  state.Strict = true;
   state.BackupDrive.clear();
   CleanInOrder({"a", "b"});
   EXPECT_EQ(machine->Tree(tree), (std::vector<std::string>{"a", "b"}));
