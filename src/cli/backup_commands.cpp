@@ -1,11 +1,10 @@
-#include "cli/backup_commands.h"
-
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
 
 #include "backup/backups.h"
 #include "backup/leftovers.h"
+#include "cli/commands.h"
 #include "cli/console_view.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -14,6 +13,11 @@ namespace quellix {
 namespace {
 
 constexpr int kDateWidth = 24;
+
+struct BackupOptions {
+  std::string archive, to, overwrite;
+  std::vector<std::string> entries;
+};
 
 class ConsolePrompts : public NoPrompts {
  public:
@@ -70,52 +74,21 @@ bool IsWindowsPath(std::string_view path) {
   return path.starts_with("\\\\") || (path.size() > 2 && path[1] == ':' && path[2] == '\\');
 }
 
-}  // namespace
-
-BackupCommands::BackupCommands(CLI::App& app, const AddMachine& add_machine)
-    : backup_(app.add_subcommand("backup", "List, restore and repair backups")),
-      list_(backup_->add_subcommand("list", "List the archives, or the files in one")),
-      restore_(backup_->add_subcommand("restore", "Put files back")),
-      repair_(backup_->add_subcommand("repair", "Make an incomplete archive whole")) {
-  backup_->require_subcommand(1);
-  for (CLI::App* command : {list_, restore_, repair_}) {
-    command->add_option("ARCHIVE", archive_, "Name of an archive in the backup folder")
-        ->required(command != list_)
-        ->option_text(" ");
-    add_machine(*command, machine_);
-  }
-  restore_->add_option("ENTRY", entries_, "Paths as \"backup list\" shows them; all without")
-      ->option_text(" ");
-  restore_->add_option("--to", to_, "Folder to restore into, instead of where the files were")
-      ->type_name("DIR");
-  restore_->add_option("--overwrite", overwrite_, "What happens to files that are there")
-      ->check(CLI::IsMember({"Always", "Newer", "Never", "Ask"}, CLI::ignore_case));
-}
-
 // A folder of the console's own system is a drive of its own on a machine that is not this one.
-std::string BackupCommands::TargetFolder(const ConsolePlatform& platform) {
-  if (to_.empty() || IsWindowsPath(to_)) return to_;
-  const std::u8string utf8(to_.begin(), to_.end());
+std::string TargetFolder(const std::string& to, ConsoleCommands& commands) {
+  if (to.empty() || IsWindowsPath(to)) return to;
+  const std::u8string utf8(to.begin(), to.end());
   const std::filesystem::path folder = std::filesystem::absolute(utf8).lexically_normal();
-  if (!platform.works_on_volumes) {
+  if (!commands.platform().works_on_volumes) {
     const std::u8string text = folder.u8string();
     return std::string(text.begin(), text.end());
   }
   std::filesystem::create_directories(folder);
-  machine_.drives.push_back("Z:=" + folder.string());
+  commands.machine_options().drives.push_back("Z:=" + folder.string());
   return "Z:\\";
 }
 
-int BackupCommands::Run(const ConsolePlatform& platform) {
-  to_ = TargetFolder(platform);
-  const std::unique_ptr<OpenMachine> opened = platform.open(machine_);
-  const Machine machine = opened->machine();
-  if (restore_->parsed()) return Restore(machine);
-  if (repair_->parsed()) return Repair(machine);
-  return archive_.empty() ? ListArchives(machine) : ListEntries(machine);
-}
-
-int BackupCommands::ListArchives(const Machine& machine) const {
+int ListArchives(const Machine& machine) {
   int result = kDone;
   const Locale locale = machine.system.UserLocale();
   for (const BackupInfo& info : Backups(machine).List()) {
@@ -134,11 +107,11 @@ int BackupCommands::ListArchives(const Machine& machine) const {
   return result;
 }
 
-int BackupCommands::ListEntries(const Machine& machine) const {
+int ListEntries(const std::string& archive, const Machine& machine) {
   Backups backups(machine);
-  int result = SayIfIncomplete(backups.Check(archive_));
+  int result = SayIfIncomplete(backups.Check(archive));
   const Locale locale = machine.system.UserLocale();
-  for (const BackupEntry& entry : backups.ListEntries(archive_)) {
+  for (const BackupEntry& entry : backups.ListEntries(archive)) {
     const std::string date =
         entry.last_write == 0
             ? ""
@@ -154,10 +127,10 @@ int BackupCommands::ListEntries(const Machine& machine) const {
   return result;
 }
 
-int BackupCommands::Restore(const Machine& machine) const {
+int Restore(const BackupOptions& options, const Machine& machine) {
   Backups backups(machine);
   ClearLeftovers(machine, backups);
-  const BackupInfo info = backups.Check(archive_);
+  const BackupInfo info = backups.Check(options.archive);
   const int state = SayIfIncomplete(info);
   ConsolePrompts prompts;
   ConsoleView view;
@@ -167,8 +140,9 @@ int BackupCommands::Restore(const Machine& machine) const {
     view.Yield();
     return stopped;
   };
-  const RestoreResult result =
-      backups.Restore(archive_, {entries_, to_, ModeOf(machine, overwrite_)}, prompts, pause);
+  const RestoreResult result = backups.Restore(
+      options.archive, {options.entries, options.to, ModeOf(machine, options.overwrite)}, prompts,
+      pause);
   for (const std::string& problem : result.problems) std::cerr << problem << "\n";
   std::cout << SentenceOf(result, info.kind) << std::endl;
   if (result.cancelled) return kFailed;
@@ -181,13 +155,45 @@ int BackupCommands::Restore(const Machine& machine) const {
   return result.problems.empty() ? state : kSomeFilesStayed;
 }
 
-int BackupCommands::Repair(const Machine& machine) const {
+int Repair(const std::string& archive, const Machine& machine) {
   Backups backups(machine);
   ClearLeftovers(machine, backups);
-  const std::string repaired = backups.Repair(archive_);
+  const std::string repaired = backups.Repair(archive);
   std::cout << (repaired.empty() ? "The archive is whole; there is nothing to repair." : repaired)
             << std::endl;
   return kDone;
+}
+
+}  // namespace
+
+void AddBackupCommands(ConsoleCommands& commands) {
+  CLI::App& backup = commands.AddGroup("backup", "List, restore and repair backups");
+  const auto options = std::make_shared<BackupOptions>();
+  const auto add = [&](const char* name, const char* what, const ConsoleCommands::Action& action) {
+    CLI::App& command = commands.AddTo(backup, name, what, action);
+    command.add_option("ARCHIVE", options->archive, "Name of an archive in the backup folder")
+        ->option_text(" ");
+    return &command;
+  };
+  add("list", "List the archives, or the files in one", [options](const Machine& machine) {
+    return options->archive.empty() ? ListArchives(machine)
+                                    : ListEntries(options->archive, machine);
+  });
+  CLI::App& restore = *add("restore", "Put files back", [options](const Machine& machine) {
+    return Restore(*options, machine);
+  });
+  CLI::App& repair =
+      *add("repair", "Make an incomplete archive whole",
+           [options](const Machine& machine) { return Repair(options->archive, machine); });
+  for (CLI::App* command : {&restore, &repair}) command->get_option("ARCHIVE")->required();
+  restore.add_option("ENTRY", options->entries, "Paths as \"backup list\" shows them; all without")
+      ->option_text(" ");
+  restore
+      .add_option("--to", options->to, "Folder to restore into, instead of where the files were")
+      ->type_name("DIR");
+  restore.add_option("--overwrite", options->overwrite, "What happens to files that are there")
+      ->check(CLI::IsMember({"Always", "Newer", "Never", "Ask"}, CLI::ignore_case));
+  restore.callback([options, &commands] { options->to = TargetFolder(options->to, commands); });
 }
 
 }  // namespace quellix

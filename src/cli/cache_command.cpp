@@ -1,11 +1,8 @@
-#include "cli/cache_command.h"
-
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <map>
 
 #include "browser_tools/cache_list.h"
-#include "cli/console_plugins.h"
+#include "cli/commands.h"
 #include "cli/console_view.h"
 
 namespace quellix {
@@ -17,7 +14,7 @@ const std::map<std::string, CacheKind> kKinds = {{"all", CacheKind::kAll},
                                                  {"urls", CacheKind::kUrls}};
 
 // A line an entry, its columns with tabs between.
-int List(const CacheList& list) {
+int List(CacheList& list) {
   for (size_t row = 0; row < list.RowCount(); ++row) {
     for (size_t column = 0; column < kCacheColumns; ++column) {
       if (column > 0) std::cout << '\t';
@@ -47,36 +44,29 @@ int Delete(CacheList& list) {
   return list.RowCount() == 0 ? kDone : kSomeFilesStayed;
 }
 
+// What could be read is listed where not all could; then nothing is deleted.
+int LoadAnd(int (*action)(CacheList& list), const std::string& kind, const Machine& machine) {
+  CacheList list(machine);
+  list.LoadCacheEntries(kKinds.at(kind));
+  if (list.problem().empty()) return action(list);
+  if (action == List) List(list);
+  return Fail(list.problem(), kFailed);
+}
+
 }  // namespace
 
-CacheCommand::CacheCommand(CLI::App& app, const ConsolePlatform& platform) : platform_(platform) {
-  cache_ = app.add_subcommand("cache", "The browser cache that Windows keeps for its user");
-  cache_->require_subcommand(1);
-  list_ = AddCommand("list", "List entries: source, file, size, hit rate and dates");
-  delete_ = AddCommand("delete", "Delete entries with their files");
-}
-
-CLI::App* CacheCommand::AddCommand(const char* name, const char* what) {
-  CLI::App* const command = cache_->add_subcommand(name, what);
-  std::vector<std::string> kinds;
-  for (const auto& [kind, value] : kKinds) kinds.push_back(kind);
-  command->add_option("--kind", kind_, "Which entries (all when not given)")
-      ->check(CLI::IsMember(kinds));
-  AddMachineOptions(*command, machine_, platform_);
-  return command;
-}
-
-bool CacheCommand::IsParsed() const { return cache_->parsed(); }
-
-int CacheCommand::Run() {
-  const std::unique_ptr<OpenMachine> opened = platform_.open(machine_);
-  CacheList list(opened->machine());
-  list.LoadCacheEntries(kKinds.at(kind_));
-  if (!list.problem().empty()) {
-    if (list_->parsed()) List(list);
-    return Fail(list.problem(), kFailed);
-  }
-  return list_->parsed() ? List(list) : Delete(list);
+void AddCacheCommands(ConsoleCommands& commands) {
+  CLI::App& cache = commands.AddGroup("cache", "The browser cache that Windows keeps for its user");
+  const auto kind = std::make_shared<std::string>("all");
+  const auto add = [&](const char* name, const char* what, int (*action)(CacheList & list)) {
+    commands
+        .AddTo(cache, name, what,
+               [=](const Machine& machine) { return LoadAnd(action, *kind, machine); })
+        .add_option("--kind", *kind, "Which entries (all when not given)")
+        ->check(OneOf(kKinds));
+  };
+  add("list", "List entries: source, file, size, hit rate and dates", List);
+  add("delete", "Delete entries with their files", Delete);
 }
 
 }  // namespace quellix

@@ -1,16 +1,21 @@
-#include "cli/registry_command.h"
-
 #include <algorithm>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "cli/console_plugins.h"
+#include "cli/commands.h"
 #include "cli/console_view.h"
 #include "registry_tools/scan_tools.h"
 #include "run/protected_keys.h"
 
 namespace quellix {
 namespace {
+
+struct RegistryOptions {
+  std::string tool;  // one of ToolNames
+  bool thorough = false;
+  bool remove = false;
+  bool json = false;
+};
 
 class ConsoleScanView : public ScanView {
  public:
@@ -93,27 +98,27 @@ int Delete(RegistryScan& scan, ConsoleScanView& view) {
   return kFailed;
 }
 
-}  // namespace
-
-std::vector<std::string> ScanToolNames() {
+std::vector<std::string> ToolNames() {
   std::vector<std::string> names;
   for (const ScanTool tool : kScanTools) names.emplace_back(TraitsOf(tool).name);
   return names;
 }
 
-int RunRegistry(const RegistryCommand& command, const ConsolePlatform& platform) {
-  const auto tool = std::ranges::find_if(
-      kScanTools, [&](ScanTool each) { return command.tool == TraitsOf(each).name; });
-  if (command.thorough && !TraitsOf(*tool).has_thorough) {
-    return Fail("--thorough belongs to file-references.", kWrongUsage);
-  }
-  const std::unique_ptr<OpenMachine> opened = platform.open(command.machine);
+ScanTool ToolOf(std::string_view name) {
+  return *std::ranges::find_if(kScanTools,
+                               [&](ScanTool each) { return name == TraitsOf(each).name; });
+}
+
+// Prints what a registry tool lists, a line a reference, or as JSON. With `remove` those that lead
+// nowhere are deleted, of a tool that ticks none all it lists.
+int Scan(const RegistryOptions& options, const Machine& machine) {
+  const ScanTool tool = ToolOf(options.tool);
   ConsoleScanView view;
-  const auto scan = MakeScan(*tool, opened->machine(), view);
+  const auto scan = MakeScan(tool, machine, view);
   view.OnStop([&scan] { scan->StopScan(); });
-  scan->SetThorough(command.thorough);
+  scan->SetThorough(options.thorough);
   scan->StartScan();
-  if (command.json) {
+  if (options.json) {
     std::cout << ToJson(*scan).dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
               << '\n';
   } else {
@@ -122,7 +127,29 @@ int RunRegistry(const RegistryCommand& command, const ConsolePlatform& platform)
   std::cout << std::flush;
   std::cerr << scan->status() << std::endl;
   if (view.stopped() || view.has_problem()) return kFailed;
-  return command.remove ? Delete(*scan, view) : kDone;
+  return options.remove ? Delete(*scan, view) : kDone;
+}
+
+}  // namespace
+
+void AddRegistryCommand(ConsoleCommands& commands) {
+  const auto options = std::make_shared<RegistryOptions>();
+  CLI::App& registry =
+      commands.Add("registry", "List registry references that lead nowhere",
+                   [options](const Machine& machine) { return Scan(*options, machine); });
+  registry.add_option("tool", options->tool, "Which references")
+      ->required()
+      ->check(CLI::IsMember(ToolNames()));
+  registry.add_flag("--thorough", options->thorough,
+                    "file-references: examine every value of every key");
+  registry.add_flag("--delete", options->remove,
+                    "Delete those that lead nowhere, kept in a .reg backup (else nothing is "
+                    "changed)");
+  registry.add_flag("--json", options->json, "Print the references as JSON");
+  registry.callback([options] {
+    if (!options->thorough || TraitsOf(ToolOf(options->tool)).has_thorough) return;
+    throw CLI::ValidationError("--thorough", "belongs to file-references.");
+  });
 }
 
 }  // namespace quellix

@@ -1,9 +1,8 @@
-#include "cli/search_command.h"
-
 #include <iostream>
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "cli/commands.h"
 #include "cli/console_run.h"
 #include "cli/console_view.h"
 #include "engine.h"
@@ -17,6 +16,12 @@ namespace {
 const std::map<std::string, JunkKind> kKinds = {{"empty", JunkKind::kEmptyFiles},
                                                 {"shortcuts", JunkKind::kDeadShortcuts},
                                                 {"unnecessary", JunkKind::kUnnecessaryFiles}};
+
+struct SearchOptions {
+  std::string kind;  // one of kKinds
+  bool remove = false;
+  bool json = false;
+};
 
 struct Find {
   ResultRow row;
@@ -82,27 +87,20 @@ void PrintJson(const std::vector<Find>& finds) {
   std::cout << list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 
-}  // namespace
-
-std::vector<std::string> SearchKinds() {
-  std::vector<std::string> names;
-  for (const auto& [name, kind] : kKinds) names.push_back(name);
-  return names;
-}
-
-int RunSearch(const SearchCommand& command, const ConsolePlatform& platform) {
-  const std::unique_ptr<OpenMachine> opened = platform.open(command.machine);
+// Prints the finds as they come, or at the end as JSON. With `remove` they are then removed by the
+// removal mode of the settings, unless the search was stopped.
+int Search(const SearchOptions& options, const Machine& machine) {
   ConsoleView view;
-  Engine engine(opened->machine(), view);
+  Engine engine(machine, view);
   view.OnStop([&engine] { engine.StopCleaning(); });
-  LoadEngine(engine, command.remove);
-  Finds finds(!command.json);
-  engine.FindJunk(kKinds.at(command.kind), finds);
+  LoadEngine(engine, options.remove);
+  Finds finds(!options.json);
+  engine.FindJunk(kKinds.at(options.kind), finds);
   size_t stayed = 0;
-  if (command.remove && !engine.state().AbortRequested) {
+  if (options.remove && !engine.state().AbortRequested) {
     stayed = RemoveAll(engine, view, finds.all);
   }
-  if (command.json) PrintJson(finds.all);
+  if (options.json) PrintJson(finds.all);
   std::cout << std::flush;
   if (engine.state().AbortRequested) {
     std::cerr << view.status() << std::endl;
@@ -110,6 +108,18 @@ int RunSearch(const SearchCommand& command, const ConsolePlatform& platform) {
   }
   if (!engine.is_loaded() || !engine.state().RunLog.empty()) return kFailed;
   return stayed == 0 ? kDone : kSomeFilesStayed;
+}
+
+}  // namespace
+
+void AddSearchCommand(ConsoleCommands& commands) {
+  const auto options = std::make_shared<SearchOptions>();
+  CLI::App& search =
+      commands.Add("search", "Search whole drives for junk files",
+                   [options](const Machine& machine) { return Search(*options, machine); });
+  search.add_option("kind", options->kind, "What to search for")->required()->check(OneOf(kKinds));
+  search.add_flag("--delete", options->remove, "Delete what is found (else nothing is changed)");
+  search.add_flag("--json", options->json, "Print the finds as JSON");
 }
 
 }  // namespace quellix

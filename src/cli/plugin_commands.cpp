@@ -1,11 +1,10 @@
-#include "cli/console_plugins.h"
-
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 
+#include "cli/commands.h"
+#include "cli/console_run.h"
 #include "platform/error.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
@@ -20,6 +19,7 @@ namespace quellix {
 namespace {
 
 using modPlugin::InstalledPlugin;
+using Names = std::vector<std::string>;
 
 constexpr std::string_view kExtension = ".cdp";
 constexpr uintmax_t kLargestFile = 16u << 20;  // bytes, as a machine's ReadWholeFile allows
@@ -74,42 +74,7 @@ void PrintTotals(CleaningContext& context) {
   if (!names.empty()) std::cout << names << std::endl;
 }
 
-}  // namespace
-
-CLI::App* ConsolePlugins::AddCommand(const char* name, const char* what, const char* argument) {
-  CLI::App* const command = plugins_->add_subcommand(name, what);
-  if (argument != nullptr) {
-    command->add_option("names", names_, "Plug-ins")->required()->type_name(argument);
-  }
-  AddMachineOptions(*command, options_, platform_);
-  return command;
-}
-
-ConsolePlugins::ConsolePlugins(CLI::App& app, const ConsolePlatform& platform)
-    : platform_(platform),
-      plugins_(app.add_subcommand("plugins", "Work with plug-ins, the recipes of users")),
-      list_(AddCommand("list", "List the installed plug-ins", nullptr)),
-      check_(AddCommand("check", "Explain each line of a plug-in and name its faults", "FILE")),
-      preview_(AddCommand("preview", "List what the named plug-ins would remove", "FILE")),
-      process_(AddCommand("process", "Clean by the named plug-ins", "FILE")),
-      enable_(AddCommand("enable", "Let the item CleanPlugins use a plug-in", "NAME")),
-      disable_(AddCommand("disable", "Keep the item CleanPlugins from using it", "NAME")) {
-  plugins_->require_subcommand(1);
-}
-
-bool ConsolePlugins::IsParsed() const { return plugins_->parsed(); }
-
-int ConsolePlugins::Run() {
-  const std::unique_ptr<OpenMachine> opened = platform_.open(options_);
-  const Machine machine = opened->machine();
-  if (list_->parsed()) return List(machine);
-  if (check_->parsed()) return Check(machine);
-  if (preview_->parsed()) return Process(machine, RunKind::kPreview);
-  if (process_->parsed()) return Process(machine, RunKind::kReal);
-  return Switch(machine, enable_->parsed());
-}
-
-int ConsolePlugins::List(const Machine& machine) {
+int List(const Machine& machine) {
   for (const InstalledPlugin& plugin : modPlugin::ReadPluginList(machine)) {
     std::cout << (plugin.ticked ? "[x] " : "[ ] ") << plugin.file << "  " << plugin.description
               << "\n";
@@ -118,10 +83,10 @@ int ConsolePlugins::List(const Machine& machine) {
   return kDone;
 }
 
-int ConsolePlugins::Check(const Machine& machine) {
+int Check(const Names& names, const Machine& machine) {
   int code = kDone;
-  for (const std::string& name : names_) {
-    if (names_.size() > 1) std::cout << name << "\n";
+  for (const std::string& name : names) {
+    if (names.size() > 1) std::cout << name << "\n";
     for (const auto& remark : modPlugin::CheckPlugin(machine, ReadPlugin(machine, name))) {
       if (remark.line != 0) std::cout << "line " << remark.line << ": ";
       std::cout << (remark.is_fault ? "fault: " : "") << remark.text << "\n";
@@ -132,11 +97,11 @@ int ConsolePlugins::Check(const Machine& machine) {
   return code;
 }
 
-int ConsolePlugins::Process(const Machine& machine, RunKind kind) {
+int Process(const Names& names, const Machine& machine, RunKind kind) {
   ConsoleRun run(machine, kind);
   Engine& engine = run.engine();
   std::vector<modPlugin::Plugin> plugins;  // all are read before the first one cleans
-  for (const std::string& name : names_) {
+  for (const std::string& name : names) {
     plugins.push_back(
         modPlugin::ParsePlugin(DecodeText(ReadPlugin(machine, name), machine.system)));
   }
@@ -158,9 +123,9 @@ int ConsolePlugins::Process(const Machine& machine, RunKind kind) {
   return run.Outcome();
 }
 
-int ConsolePlugins::Switch(const Machine& machine, bool on) {
+int Switch(const Names& names, const Machine& machine, bool on) {
   std::vector<InstalledPlugin> plugins = modPlugin::ReadPluginList(machine);
-  for (const std::string& name : names_) {
+  for (const std::string& name : names) {
     const std::string file = WithExtension(name);
     auto found = FindPlugin(plugins, file);
     if (found == plugins.end()) {
@@ -173,6 +138,32 @@ int ConsolePlugins::Switch(const Machine& machine, bool on) {
   }
   modPlugin::WritePluginList(machine, plugins);
   return kDone;
+}
+
+}  // namespace
+
+// FILE is a plug-in of the folder Plugins or a path of the console's own.
+void AddPluginCommands(ConsoleCommands& commands) {
+  CLI::App& plugins = commands.AddGroup("plugins", "Work with plug-ins, the recipes of users");
+  commands.AddTo(plugins, "list", "List the installed plug-ins", List);
+  const auto names = std::make_shared<Names>();
+  const auto add = [&](const char* name, const char* argument, const char* what,
+                       std::function<int(const Names&, const Machine&)> action) {
+    commands
+        .AddTo(plugins, name, what, [=](const Machine& machine) { return action(*names, machine); })
+        .add_option("names", *names, "Plug-ins")
+        ->required()
+        ->type_name(argument);
+  };
+  add("check", "FILE", "Explain each line of a plug-in and name its faults", Check);
+  add("preview", "FILE", "List what the named plug-ins would remove",
+      [](const Names& n, const Machine& m) { return Process(n, m, RunKind::kPreview); });
+  add("process", "FILE", "Clean by the named plug-ins",
+      [](const Names& n, const Machine& m) { return Process(n, m, RunKind::kReal); });
+  add("enable", "NAME", "Let the item CleanPlugins use a plug-in",
+      [](const Names& n, const Machine& m) { return Switch(n, m, true); });
+  add("disable", "NAME", "Keep the item CleanPlugins from using it",
+      [](const Names& n, const Machine& m) { return Switch(n, m, false); });
 }
 
 }  // namespace quellix

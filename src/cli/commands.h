@@ -1,0 +1,74 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/console.h"
+
+namespace quellix {
+
+// The commands of quellixctl. All have one shape: their options are bound to what their action
+// keeps, and the action works on the machine that the arguments name, returns an ExitCode and may
+// throw Error.
+class ConsoleCommands {
+ public:
+  using Action = std::function<int(const Machine& machine)>;
+
+  // Both must outlive this object.
+  ConsoleCommands(CLI::App& app, const ConsolePlatform& platform)
+      : app_(app), platform_(platform) {}
+
+  // A group of commands, for AddTo.
+  CLI::App& AddGroup(const char* name, const char* what);
+  // A command with the options that name the machine.
+  CLI::App& Add(const char* name, const char* what, Action action) {
+    return AddTo(app_, name, what, std::move(action));
+  }
+  CLI::App& AddTo(CLI::App& group, const char* name, const char* what, Action action);
+  // One that needs no machine.
+  CLI::App& AddPlain(const char* name, const char* what, std::function<int()> action);
+
+  // Before the machine of the command is opened.
+  MachineOptions& machine_options() { return machine_options_; }
+  const ConsolePlatform& platform() const { return platform_; }
+
+  // Does the command that was parsed.
+  int Run() const;
+
+ private:
+  struct Row {
+    const CLI::App* command;
+    std::function<int()> run;
+  };
+
+  void AddMachineOptions(CLI::App& command);
+
+  CLI::App& app_;
+  const ConsolePlatform& platform_;
+  MachineOptions machine_options_;
+  std::vector<Row> rows_;
+};
+
+// Prints a sentence on standard error; returns the code.
+int Fail(std::string_view sentence, ExitCode code);
+
+// The words of a table of named values, for an option that takes one of them.
+template <class Table>
+CLI::IsMember OneOf(const Table& table) {
+  std::vector<std::string> names;
+  for (const auto& row : table) names.emplace_back(row.first);
+  return CLI::IsMember(names);
+}
+
+// Each in a file of its own.
+void AddCleanCommands(ConsoleCommands& commands);    // items, clean
+void AddBackupCommands(ConsoleCommands& commands);   // backup list, restore, repair
+void AddPluginCommands(ConsoleCommands& commands);   // plugins list, check, preview, process...
+void AddCacheCommands(ConsoleCommands& commands);    // cache list, delete
+void AddSearchCommand(ConsoleCommands& commands);    // search
+void AddRegistryCommand(ConsoleCommands& commands);  // registry
+
+}  // namespace quellix
