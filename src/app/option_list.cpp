@@ -7,14 +7,13 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "run/working_folder.h"
+#include "search/junk_search.h"
 #include "search/wildcard.h"
 #include "settings/list_files.h"
 #include "settings/path_check.h"
 
 namespace quellix {
 namespace {
-
-constexpr char kSeparator = '\x01';
 
 // Only the list of files has defaults that are read while the user has none; the extensions of
 // DefIE.txt are offered, but do not hold before the user takes them.
@@ -32,7 +31,7 @@ constexpr std::array<ListPage, kListPages> kPages = {{
     {OptionsPage::kFileTypes, "Unnecessary file types",
      "Files that match a ticked type are found as unnecessary: * is any text, ? one character, # "
      "one digit, [a-z] one of a range.",
-     "File &type:", "UNFI.txt", "DefUNFI.txt", ListPage::kNone, true},
+     "File &type:", kFileTypesList, kFileTypesDefaults, ListPage::kNone, true},
     {OptionsPage::kUserFiles, "User-defined files",
      "These files are removed by the item User-defined files.", "&File:", "UDFI.txt", "DefUDFI.txt",
      ListPage::kFile},
@@ -40,21 +39,6 @@ constexpr std::array<ListPage, kListPages> kPages = {{
      "All files below these folders are removed by the item User-defined folders.",
      "&Folder:", "UDFO.txt", "DefUDFO.txt", ListPage::kFolder},
 }};
-
-ListRow ParseType(const std::string& line) {
-  std::vector<std::string> fields = Split(line, kSeparator);
-  if (fields.size() == 1) return {.text = line};  // written by hand, without a tick
-  ListRow row{fields[0] == "1", fields[1]};
-  for (size_t i = 2; i < fields.size(); ++i) {
-    row.description += (row.description.empty() ? "" : " ") + fields[i];
-  }
-  return row;
-}
-
-std::string TypeLine(const ListRow& row) {
-  return (row.ticked ? "1" : "0") + std::string(1, kSeparator) + row.text + kSeparator +
-         row.description;
-}
 
 std::string WhyNoFileType(std::string_view type) {
   constexpr std::string_view kForm =
@@ -149,7 +133,7 @@ std::vector<ListRow> OptionList::Read(std::string_view name, std::string_view de
   std::vector<ListRow> rows;
   for (const std::string& line : ReadListFile(machine_, name, default_name)) {
     if (TrimBlanks(line).empty()) continue;
-    rows.push_back(page_.has_ticks ? ParseType(line) : ListRow{.text = line});
+    rows.push_back(page_.has_ticks ? ParseListRow(line) : ListRow{.text = line});
   }
   return rows;
 }
@@ -240,7 +224,7 @@ std::string OptionList::RestoreDefaults() {
 void OptionList::Save() {
   if (!changed()) return;
   std::vector<std::string> lines;
-  for (const ListRow& row : rows_) lines.push_back(page_.has_ticks ? TypeLine(row) : row.text);
+  for (const ListRow& row : rows_) lines.push_back(page_.has_ticks ? FormatListRow(row) : row.text);
   WriteListFile(machine_, page_.file, lines);
   saved_ = rows_;
 }

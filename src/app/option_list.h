@@ -7,16 +7,9 @@
 
 #include "app/refusal.h"
 #include "platform/machine.h"
+#include "settings/list_files.h"
 
 namespace quellix {
-
-// One line of a list. Only file types are ticked and described.
-struct ListRow {
-  bool ticked = false;
-  std::string text = {};
-  std::string description = {};
-  bool operator==(const ListRow&) const = default;
-};
 
 // What a list's page shows and offers; lives as long as the program.
 struct ListPage {

@@ -13,12 +13,6 @@ constexpr std::string_view kFormatLine = "Windows Registry Editor Version 5.00";
 constexpr std::string_view kMark = "\xFF\xFE";
 constexpr size_t kBytesALine = 25;
 
-constexpr std::pair<RegistryRoot, std::string_view> kRoots[] = {
-    {RegistryRoot::kClassesRoot, "HKEY_CLASSES_ROOT"},
-    {RegistryRoot::kCurrentUser, "HKEY_CURRENT_USER"},
-    {RegistryRoot::kLocalMachine, "HKEY_LOCAL_MACHINE"},
-    {RegistryRoot::kUsers, "HKEY_USERS"}};
-
 void RequireOneLine(std::string_view name) {
   if (name.find_first_of(std::string_view("\0\r\n", 3)) == name.npos) return;
   throw Error(Error::Kind::kOther, "A .reg file cannot hold the name \"" + std::string(name) +
@@ -165,8 +159,9 @@ class Parser {
     const std::string line = Line();
     const std::string name = line.substr(1, line.rfind(']') - 1);
     const size_t end = std::min(name.find('\\'), name.size());
-    for (const auto& [root, root_name] : kRoots) {
-      if (!EqualsNoCase(name.substr(0, end), root_name) || line.rfind(']') == line.npos) continue;
+    for (const RegistryRoot root : kRegistryRoots) {
+      if (!EqualsNoCase(name.substr(0, end), RootName(root)) || line.rfind(']') == line.npos)
+        continue;
       if (IsCutOff()) break;
       keys_.push_back({root, name.substr(std::min(end + 1, name.size())), {}});
       return;
@@ -260,13 +255,9 @@ class Parser {
 
 }  // namespace
 
-std::string_view RegistryRootName(RegistryRoot root) {
-  return std::ranges::find(kRoots, root, &std::pair<RegistryRoot, std::string_view>::first)->second;
-}
-
 void RegFileText::AddKey(RegistryRoot root, std::string_view path) {
   RequireOneLine(path);
-  std::string key(RegistryRootName(root));
+  std::string key(RootName(root));
   if (!path.empty()) key.append("\\").append(path);
   if (key == key_) return;
   text_.append("\r\n[").append(key).append("]\r\n");

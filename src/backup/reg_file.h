@@ -12,9 +12,6 @@ namespace quellix {
 
 // Registry keys and values as text, in the format of the registry editor's version 5.
 
-// "HKEY_LOCAL_MACHINE" and so on.
-std::string_view RegistryRootName(RegistryRoot root);
-
 // The text of a .reg file as it grows. Both functions throw Error when the format cannot carry a
 // name (a NUL or a line break in it); nothing is added then.
 class RegFileText {

@@ -20,7 +20,7 @@ constexpr size_t kLevelsToAHive = 4;         // as in HKEY_USERS\S-1-5-...\Softw
 constexpr size_t kLongestCopyName = 80;
 
 std::string NameOf(const RegFileKey& key) {
-  const std::string root(RegistryRootName(key.root));
+  const std::string root(RootName(key.root));
   return key.path.empty() ? root : root + "\\" + key.path;
 }
 
@@ -100,7 +100,7 @@ class RegRestore {
     for (size_t level = 0; level < kLevelsToAHive && end != std::string::npos; ++level) {
       end = key.path.find('\\', end + 1);
     }
-    return std::string(RegistryRootName(key.root)) + "\\" + UpCase(key.path.substr(0, end));
+    return std::string(RootName(key.root)) + "\\" + UpCase(key.path.substr(0, end));
   }
 
   // One that cannot be written keeps none of the others back.

@@ -38,10 +38,8 @@ void Sort(std::vector<std::string>& paths) {
 }
 
 std::vector<std::string> ReadKeepList(const Machine& machine) {
-  const std::optional<std::string> bytes = machine.files.ReadWholeFile(ListPath(machine));
-  if (!bytes) return {};
   std::vector<std::string> paths;
-  for (const std::string& entry : Split(DecodeText(*bytes, machine.system), kSeparator)) {
+  for (const std::string& entry : Split(ReadKeptCookies(machine), kSeparator)) {
     const size_t start = entry.find_first_not_of("\r\n");
     const size_t end = entry.find_last_not_of("\r\n");
     if (start != entry.npos) paths.push_back(entry.substr(start, end - start + 1));
@@ -58,6 +56,10 @@ std::vector<std::string> TakeOut(std::vector<std::string>& list, std::span<const
 }
 
 }  // namespace
+
+std::string ReadKeptCookies(const Machine& machine) {
+  return DecodeText(machine.files.ReadWholeFile(ListPath(machine)).value_or(""), machine.system);
+}
 
 CookieLists::CookieLists(const Machine& machine) : machine_(machine) {
   const std::string folder =

@@ -8,6 +8,9 @@
 
 namespace quellix {
 
+// The text of ck.txt, "" without one: paths with \x01 between. Throws Error.
+std::string ReadKeptCookies(const Machine& machine);
+
 // The cookie files on the machine against those of ck.txt, which are kept; a draft that reaches the
 // disk with Save. Both lists hold full paths, sorted by name, none in both.
 class CookieLists {

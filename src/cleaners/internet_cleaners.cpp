@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "cleaners/cookie_lists.h"
 #include "cleaners/skeleton.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -20,13 +21,6 @@ void DeleteCacheEntries(CleaningContext& context,
     if (goes(entry)) context.machine.url_cache.Delete(entry.source);
   }
   NotePlace(context.state);
-}
-
-// The text of ck.txt in upper case.
-std::string KeepList(CleaningContext& context) {
-  const std::optional<std::string> bytes =
-      context.machine.files.ReadWholeFile(context.machine.program_folder + "\\ck.txt");
-  return bytes ? UpCase(DecodeText(*bytes, context.machine.system)) : "";
 }
 
 bool IsKept(std::string_view file, std::string_view keep_list) {
@@ -64,7 +58,7 @@ void CleanInternetCache(CleaningContext& context, const Item& item) {
 void CleanCookies(CleaningContext& context, const Item& item) {
   BeginItem(context, item);
   ResetItemCounters(context.state);
-  const std::string keep_list = KeepList(context);
+  const std::string keep_list = UpCase(ReadKeptCookies(context.machine));
   const std::string folder =
       FolderFromRegistry(context, RegistryRoot::kCurrentUser, kShellFolders, "Cookies");
   FileList list = CollectAllowed(context, folder, "*.txt");

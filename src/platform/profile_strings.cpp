@@ -5,22 +5,10 @@
 namespace quellix {
 namespace {
 
-// Where a key stands in the text of an INI file.
-struct Place {
-  size_t section_end = std::string::npos;  // where a new key of the section goes
-  size_t line = std::string::npos;         // start of the key's line
-  size_t line_end = 0;                     // its end, before the line break
-  std::string_view value;
-};
-
 std::string_view TrimSpace(std::string_view text) {
-  const size_t first = text.find_first_not_of(" \t\r");
+  const size_t first = text.find_first_not_of(" \t\r\n");
   if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
-std::string_view WithoutBreak(std::string_view line) {
-  return line.ends_with('\n') ? line.substr(0, line.size() - 1) : line;
+  return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
 std::string_view Unquoted(std::string_view value) {
@@ -29,33 +17,31 @@ std::string_view Unquoted(std::string_view value) {
   return quoted ? value.substr(1, value.size() - 2) : value;
 }
 
-std::string_view SectionName(std::string_view line) {
-  return TrimSpace(line.substr(1, line.find(']') - 1));
-}
-
-bool IsKey(std::string_view line, std::string_view key) {
-  const size_t equals = line.find('=');
-  return !line.starts_with(';') && equals != std::string_view::npos &&
-         EqualsNoCase(TrimSpace(line.substr(0, equals)), key);
-}
+// Where a key stands in the text of an INI file.
+struct Place {
+  size_t section_end = std::string::npos;  // where a new key of the section goes
+  size_t line = std::string::npos;         // start of the key's line
+  size_t line_end = 0;                     // its end, before the line break
+  std::string_view value;
+};
 
 Place PlaceOf(std::string_view text, std::string_view section, std::string_view key) {
   Place place;
   bool inside = false;
-  for (size_t at = 0; at < text.size();) {
-    const size_t end = std::min(text.find('\n', at), text.size());
-    const std::string_view line = TrimSpace(text.substr(at, end - at));
-    if (line.starts_with('[')) {
+  for (std::string_view rest = text; !rest.empty();) {
+    const size_t at = text.size() - rest.size();
+    const std::string_view raw = TakeLine(rest);
+    const IniLine line = ParseIniLine(raw);
+    if (line.kind == IniLine::kSection) {
       if (inside) break;
-      inside = EqualsNoCase(SectionName(line), section);
-    } else if (inside && IsKey(line, key)) {
+      inside = EqualsNoCase(line.name, section);
+    } else if (inside && line.kind == IniLine::kKey && EqualsNoCase(line.name, key)) {
       place.line = at;
-      place.line_end = end > at && text[end - 1] == '\r' ? end - 1 : end;
-      place.value = Unquoted(TrimSpace(line.substr(line.find('=') + 1)));
+      place.line_end = at + raw.find_last_not_of("\r\n") + 1;
+      place.value = Unquoted(line.value);
       return place;
     }
-    if (inside && !line.empty()) place.section_end = std::min(end + 1, text.size());
-    at = end + 1;
+    if (inside && !TrimSpace(raw).empty()) place.section_end = at + raw.size();
   }
   return place;
 }
@@ -74,23 +60,38 @@ bool IsUtf16(std::string_view bytes) {
 // them.
 std::string WithoutLines(std::string_view bytes, std::string_view section,
                          const std::function<std::string(std::string_view raw)>& decode,
-                         const std::function<bool(std::string_view line)>& goes) {
+                         const std::function<bool(const IniLine& line)>& goes) {
   const size_t mark = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
   std::string kept(bytes.substr(0, mark));
   bool inside = false;
-  for (size_t at = mark; at < bytes.size();) {
-    const size_t end = std::min(bytes.find('\n', at), bytes.size() - 1) + 1;
-    const std::string_view raw = bytes.substr(at, end - at);
+  for (std::string_view rest = bytes.substr(mark); !rest.empty();) {
+    const std::string_view raw = TakeLine(rest);
     const std::string decoded = decode(raw);
-    const std::string_view line = TrimSpace(WithoutBreak(decoded));
-    if (line.starts_with('[')) inside = EqualsNoCase(SectionName(line), section);
+    const IniLine line = ParseIniLine(decoded);
+    if (line.kind == IniLine::kSection) inside = EqualsNoCase(line.name, section);
     if (!inside || !goes(line)) kept += raw;
-    at = end;
   }
   return kept;
 }
 
 }  // namespace
+
+std::string_view TakeLine(std::string_view& text) {
+  const std::string_view line = text.substr(0, text.find('\n'));
+  const std::string_view raw = text.substr(0, std::min(line.size() + 1, text.size()));
+  text.remove_prefix(raw.size());
+  return raw;
+}
+
+IniLine ParseIniLine(std::string_view line) {
+  line = TrimSpace(line);
+  if (line.starts_with('[')) {
+    return {IniLine::kSection, TrimSpace(line.substr(1, line.find(']') - 1)), {}};
+  }
+  const size_t equals = line.find('=');
+  if (line.starts_with(';') || equals == std::string_view::npos) return {};
+  return {IniLine::kKey, TrimSpace(line.substr(0, equals)), TrimSpace(line.substr(equals + 1))};
+}
 
 std::string DecodeText(std::string_view bytes, System& system) {
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
@@ -169,12 +170,13 @@ void IniFiles::DeleteLines(std::string_view file, std::string_view section, cons
 
 void IniFiles::DeleteKey(std::string_view file, std::string_view section, std::string_view key) {
   if (section.empty() || key.empty()) return;
-  DeleteLines(file, section,
-              [key](std::string_view line) { return !line.starts_with('[') && IsKey(line, key); });
+  DeleteLines(file, section, [key](const IniLine& line) {
+    return line.kind == IniLine::kKey && EqualsNoCase(line.name, key);
+  });
 }
 
 void IniFiles::DeleteSection(std::string_view file, std::string_view section) {
-  if (!section.empty()) DeleteLines(file, section, [](std::string_view) { return true; });
+  if (!section.empty()) DeleteLines(file, section, [](const IniLine&) { return true; });
 }
 
 }  // namespace quellix

@@ -20,6 +20,17 @@ std::string DecodeText(std::string_view bytes, System& system);
 // first) behind its byte-order mark.
 std::string DecodeIni(std::string_view bytes, System& system);
 
+// What a line of an INI file is: the head of a section, a key with its value, or neither. Blanks
+// around names and values do not count.
+struct IniLine {
+  enum Kind { kOther, kSection, kKey } kind = kOther;
+  std::string_view name;   // of the section or key
+  std::string_view value;  // as it stands, with its quotes
+};
+IniLine ParseIniLine(std::string_view line);
+// Takes the first line off a text; with its line break.
+std::string_view TakeLine(std::string_view& text);
+
 // A key of an INI file with its value.
 struct IniEntry {
   std::string section, key, value;
@@ -85,7 +96,7 @@ class IniFiles : public ProfileStrings {
   void DeleteSection(std::string_view file, std::string_view section) override;
 
  private:
-  using LineTest = std::function<bool(std::string_view line)>;
+  using LineTest = std::function<bool(const IniLine& line)>;
   // Removes the lines of the sections of that name that `goes` names, the header line among them.
   void DeleteLines(std::string_view file, std::string_view section, const LineTest& goes);
 

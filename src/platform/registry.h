@@ -12,7 +12,19 @@
 
 namespace quellix {
 
+// The root keys in the order of their handles; those without a RegistryRoot belong to no machine's
+// registry that this program works on.
+inline constexpr std::string_view kRootKeys[] = {
+    "HKEY_CLASSES_ROOT",     "HKEY_CURRENT_USER",   "HKEY_LOCAL_MACHINE", "HKEY_USERS",
+    "HKEY_PERFORMANCE_DATA", "HKEY_CURRENT_CONFIG", "HKEY_DYN_DATA"};
+
 enum class RegistryRoot { kClassesRoot, kCurrentUser, kLocalMachine, kUsers };
+inline constexpr RegistryRoot kRegistryRoots[] = {
+    RegistryRoot::kClassesRoot, RegistryRoot::kCurrentUser, RegistryRoot::kLocalMachine,
+    RegistryRoot::kUsers};
+constexpr std::string_view RootName(RegistryRoot root) {
+  return kRootKeys[static_cast<size_t>(root)];
+}
 enum class RegistryAccess { kRead, kWrite };
 
 // Value types as Windows documents them for REG_*.

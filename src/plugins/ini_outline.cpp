@@ -3,6 +3,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "platform/profile_strings.h"
 #include "platform/text.h"
 
 namespace quellix::modPlugin {
@@ -10,23 +11,16 @@ namespace {
 
 class Outline {
  public:
-  void Read(std::string_view line) {
-    line = Trimmed(line);
-    if (line.starts_with('[')) {
-      Enter(Trimmed(line.substr(1, line.find(']') - 1)));
-    } else if (!line.starts_with(';') && !sections_.empty()) {
-      AddKey(line);
+  void Read(const IniLine& line) {
+    if (line.kind == IniLine::kSection) {
+      Enter(line.name);
+    } else if (line.kind == IniLine::kKey && !line.name.empty() && !sections_.empty()) {
+      AddKey(line.name);
     }
   }
   std::vector<IniSection> Take() { return std::move(sections_); }
 
  private:
-  static std::string_view Trimmed(std::string_view text) {
-    const size_t first = text.find_first_not_of(" \t\r");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-  }
-
   void Enter(std::string_view name) {
     const auto [place, is_new] = places_.try_emplace(UpCase(name), sections_.size());
     if (is_new) {
@@ -36,10 +30,7 @@ class Outline {
     current_ = place->second;
   }
 
-  void AddKey(std::string_view line) {
-    const size_t end = line.find('=');
-    const std::string_view key = Trimmed(line.substr(0, end));
-    if (end == std::string_view::npos || key.empty()) return;
+  void AddKey(std::string_view key) {
     if (keys_[current_].insert(UpCase(key)).second) sections_[current_].keys.emplace_back(key);
   }
 
@@ -53,11 +44,7 @@ class Outline {
 
 std::vector<IniSection> OutlineIni(std::string_view text) {
   Outline outline;
-  while (!text.empty()) {
-    const size_t end = std::min(text.find('\n'), text.size());
-    outline.Read(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
+  while (!text.empty()) outline.Read(ParseIniLine(TakeLine(text)));
   return outline.Take();
 }
 

@@ -13,11 +13,6 @@
 
 namespace quellix::modPlugin {
 
-// The names of the root keys, in the order of their handles.
-inline constexpr std::string_view kRootKeys[] = {
-    "HKEY_CLASSES_ROOT",     "HKEY_CURRENT_USER",   "HKEY_LOCAL_MACHINE", "HKEY_USERS",
-    "HKEY_PERFORMANCE_DATA", "HKEY_CURRENT_CONFIG", "HKEY_DYN_DATA"};
-
 // What stands on the editor's pages.
 struct FilesForm {
   std::string path;

@@ -126,12 +126,9 @@ void SavePluginFile(const Machine& machine, std::string_view path, const Plugin&
 }
 
 uint32_t RootKeyFromName(std::string_view name) {
-  static constexpr std::string_view kNames[] = {
-      "HKEY_CLASSES_ROOT",     "HKEY_CURRENT_USER",   "HKEY_LOCAL_MACHINE", "HKEY_USERS",
-      "HKEY_PERFORMANCE_DATA", "HKEY_CURRENT_CONFIG", "HKEY_DYN_DATA"};
-  const auto found = std::ranges::find(kNames, name);
-  if (found == std::end(kNames)) return 0;
-  return 0x80000000u + static_cast<uint32_t>(found - std::begin(kNames));
+  const auto found = std::ranges::find(kRootKeys, name);
+  if (found == std::end(kRootKeys)) return 0;
+  return 0x80000000u + static_cast<uint32_t>(found - std::begin(kRootKeys));
 }
 
 }  // namespace quellix::modPlugin

@@ -9,7 +9,6 @@ namespace quellix {
 namespace {
 
 constexpr ScanColumn kColumns[] = {{"Registry Key"}, {"String Value"}, {"File/path reference"}};
-constexpr std::string_view kUserName = "HKEY_CURRENT_USER:", kMachineName = "HKEY_LOCAL_MACHINE:";
 constexpr size_t kByValueName = 1;
 // Deeper than Windows allows.
 constexpr int kMostLevels = 520;
@@ -70,7 +69,7 @@ void FileReferences::ScanRegistry() {
 
 void FileReferences::ScanRoot(RegistryRoot root) {
   root_ = root;
-  root_name_ = root == RegistryRoot::kCurrentUser ? kUserName : kMachineName;
+  root_name_ = std::string(RootName(root)) + ":";
   try {
     const auto key = machine().registry.Open(root, "", RegistryAccess::kRead);
     if (key) AnalyzeKey(*key, "", 0);

@@ -75,13 +75,11 @@ class JunkTest : public FileTest {
   int64_t first_day_ = 0, second_day_ = 0;
 };
 
-// The ticked patterns of UNFI.txt: fields behind each other with a \x01 between, "1" for ticked,
-// the pattern, its description.
 std::vector<Wildcard> LoadPatterns(const Machine& machine) {
   std::vector<Wildcard> patterns;
-  for (const std::string& line : ReadListFile(machine, "UNFI.txt", "DefUNFI.txt")) {
-    const std::vector<std::string> fields = Split(line, '\x01');
-    if (fields.size() > 1 && fields[0] == "1") patterns.emplace_back(UpCase(fields[1]));
+  for (const std::string& line : ReadListFile(machine, kFileTypesList, kFileTypesDefaults)) {
+    const ListRow type = ParseListRow(line);
+    if (type.ticked) patterns.emplace_back(UpCase(type.text));
   }
   return patterns;
 }

@@ -8,6 +8,10 @@
 
 namespace quellix {
 
+// The types of files that are unnecessary, ListRow by ListRow.
+inline constexpr const char* kFileTypesList = "UNFI.txt";
+inline constexpr const char* kFileTypesDefaults = "DefUNFI.txt";
+
 enum class JunkKind { kUnnecessaryFiles = 1, kEmptyFiles = 2, kDeadShortcuts = 3 };
 
 // One find, as the results show it.

@@ -6,6 +6,8 @@
 namespace quellix {
 namespace {
 
+constexpr char kSeparator = '\x01';
+
 std::string PathOf(const Machine& machine, std::string_view name) {
   return machine.program_folder + "\\" + std::string(name);
 }
@@ -32,6 +34,21 @@ void WriteListFile(const Machine& machine, std::string_view name,
   std::string text;
   for (const std::string& entry : entries) text += entry + "\r\n";
   machine.files.WriteWholeFile(PathOf(machine, name), text);
+}
+
+ListRow ParseListRow(std::string_view line) {
+  const std::vector<std::string> fields = Split(line, kSeparator);
+  if (fields.size() == 1) return {.text = fields[0]};
+  ListRow row{fields[0] == "1", fields[1]};
+  for (size_t i = 2; i < fields.size(); ++i) {
+    row.description += (row.description.empty() ? "" : " ") + fields[i];
+  }
+  return row;
+}
+
+std::string FormatListRow(const ListRow& row) {
+  return (row.ticked ? "1" : "0") + std::string(1, kSeparator) + row.text + kSeparator +
+         row.description;
 }
 
 }  // namespace quellix

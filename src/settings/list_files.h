@@ -20,4 +20,16 @@ std::vector<std::string> ReadListFile(const Machine& machine, std::string_view n
 void WriteListFile(const Machine& machine, std::string_view name,
                    const std::vector<std::string>& entries);
 
+// An entry with a tick: a line of fields with \x01 between, "1" for ticked, the text, a
+// description.
+struct ListRow {
+  bool ticked = false;
+  std::string text = {};
+  std::string description = {};
+  bool operator==(const ListRow&) const = default;
+};
+// A line without \x01 was written by hand: its entry is not ticked.
+ListRow ParseListRow(std::string_view line);
+std::string FormatListRow(const ListRow& row);
+
 }  // namespace quellix

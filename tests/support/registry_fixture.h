@@ -50,7 +50,7 @@ class RegistryFixture : public RunFixture {
   void Picture(RegistryRoot root, const std::string& key, RegistryPicture& picture) {
     const auto open = ports.registry.Open(root, key, RegistryAccess::kRead);
     if (!open) return;
-    const std::string path = std::string(RegistryRootName(root)) + "\\" + key;
+    const std::string path = std::string(RootName(root)) + "\\" + key;
     picture[path] = "";
     std::string name;
     RegistryValue value;

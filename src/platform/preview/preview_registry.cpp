@@ -13,20 +13,6 @@ namespace {
 // Behind the id of a key whose name differs in case alone from one that is gone.
 constexpr char kTwin = '\x01';
 
-std::string_view RootName(RegistryRoot root) {
-  switch (root) {
-    case RegistryRoot::kClassesRoot:
-      return "HKEY_CLASSES_ROOT";
-    case RegistryRoot::kCurrentUser:
-      return "HKEY_CURRENT_USER";
-    case RegistryRoot::kLocalMachine:
-      return "HKEY_LOCAL_MACHINE";
-    case RegistryRoot::kUsers:
-      return "HKEY_USERS";
-  }
-  return {};
-}
-
 // `place` with a sub-key behind it, without "\" at its end.
 std::string Below(const std::string& place, std::string_view path) {
   path = WithoutBackslash(path);

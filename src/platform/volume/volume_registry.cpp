@@ -17,7 +17,7 @@ constexpr std::string_view kMachineClasses = "HKLM\\SOFTWARE\\Classes";
 constexpr std::string_view kMergedClasses = "HKCR";
 constexpr const char* kUnknownUser = "S-1-0-0";
 
-std::string_view RootName(RegistryRoot root) {
+std::string_view ShortName(RegistryRoot root) {
   switch (root) {
     case RegistryRoot::kClassesRoot:
       return kMergedClasses;
@@ -32,7 +32,7 @@ std::string_view RootName(RegistryRoot root) {
 }
 
 std::string PlaceOf(RegistryRoot root, std::string_view path) {
-  const std::string name(RootName(root));
+  const std::string name(ShortName(root));
   return path.empty() ? name : name + "\\" + std::string(path);
 }
 
