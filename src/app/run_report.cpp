@@ -79,6 +79,7 @@ void AppendSummary(CleaningContext& context) {
     log += "\r\nBacked Up " + std::to_string(state.FilesBackedUp) + " file(s)";
   }
   log += NotBackedUpLine(state);
+  log += KeptLine(state);
   for (const std::string_view sentence : StayedSentences(state)) {
     log.append("\r\n\r\n").append(sentence);
   }

@@ -8,17 +8,40 @@
 #include "platform/text.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
+#include "run/stayed.h"
+#include "run/working_folder.h"
 #include "search/drive_scan.h"
 
 namespace quellix {
 namespace {
+
+// Lines of a cookie file.
+constexpr size_t kHostLine = 2, kLinesACookie = 9;
+
+// The host of "Cookie:user@host/path".
+std::string_view CookieHost(std::string_view source) {
+  source.remove_prefix(std::min(source.find('@') + 1, source.size()));
+  return source.substr(0, source.find('/'));
+}
+
+// Leaves what the user keeps: by its file and, of a cookie, by its site.
+bool IsOnKeepList(CleaningContext& context, const UrlCacheEntry& entry) {
+  const KeepList& keep = KeepOf(context);
+  std::string_view line = entry.local_file.empty() ? "" : keep.ForPath(entry.local_file);
+  if (line.empty() && (entry.type & kCookieEntry) != 0)
+    line = keep.ForSite(CookieHost(entry.source));
+  if (!line.empty()) NoteKept(context.state, entry.source, line);
+  return !line.empty();
+}
 
 void DeleteCacheEntries(CleaningContext& context,
                         const std::function<bool(const UrlCacheEntry&)>& goes) {
   for (const UrlCacheEntry& entry : context.machine.url_cache.Entries()) {
     context.view.Yield();
     if (context.state.AbortRequested) return;
-    if (goes(entry)) context.machine.url_cache.Delete(entry.source);
+    if (goes(entry) && !IsOnKeepList(context, entry)) {
+      context.machine.url_cache.Delete(entry.source);
+    }
   }
   NotePlace(context.state);
 }
@@ -27,10 +50,37 @@ bool IsKept(std::string_view file, std::string_view keep_list) {
   return !file.empty() && keep_list.find(UpCase(file)) != std::string_view::npos;
 }
 
-void DropKeptFiles(PathList& files, std::string_view keep_list) {
+// The line that keeps the site of a cookie file: its lines are name, value, host and path, flags
+// and times, "*", again and again.
+std::string_view SiteLine(CleaningContext& context, std::string_view file) {
+  const KeepList& keep = KeepOf(context);
+  if (!keep.has_sites()) return {};
+  const std::optional<std::string> bytes = context.machine.files.ReadWholeFile(file);
+  if (!bytes) return {};
+  const std::vector<std::string> lines = Split(*bytes, '\n');
+  for (size_t i = kHostLine; i < lines.size(); i += kLinesACookie) {
+    const std::string_view host = std::string_view(lines[i]).substr(0, lines[i].find('/'));
+    if (const auto line = keep.ForSite(host); !line.empty()) return line;
+  }
+  return {};
+}
+
+// What cannot be read is not told from what is kept: it stays.
+bool IsOfKeptSite(CleaningContext& context, std::string_view file) {
+  try {
+    const std::string_view line = SiteLine(context, file);
+    if (!line.empty()) NoteKept(context.state, file, line);
+    return !line.empty();
+  } catch (const Error& error) {
+    NoteStayed(context.state, file, error.what(), error.kind());
+    return true;
+  }
+}
+
+void DropKeptFiles(CleaningContext& context, PathList& files, std::string_view keep_list) {
   PathList going;
   for (size_t i = 0; i < files.size(); ++i) {
-    if (!IsKept(files[i], keep_list)) going.Append(files[i]);
+    if (!IsKept(files[i], keep_list) && !IsOfKeptSite(context, files[i])) going.Append(files[i]);
   }
   files = std::move(going);
 }
@@ -62,7 +112,7 @@ void CleanCookies(CleaningContext& context, const Item& item) {
   const std::string folder =
       FolderFromRegistry(context, RegistryRoot::kCurrentUser, kShellFolders, "Cookies");
   FileList list = CollectAllowed(context, folder, "*.txt");
-  DropKeptFiles(list.PendingFiles, keep_list);
+  DropKeptFiles(context, list.PendingFiles, keep_list);
   if (list.folder) RemovePendingFiles(context, list);
   if (!context.state.AbortRequested) DeleteCookieEntries(context, keep_list);
   EndRun(context, "");

@@ -6,6 +6,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/run_limits.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
 #include "search/folder_walk.h"
@@ -14,6 +15,8 @@ namespace quellix {
 namespace {
 
 constexpr std::string_view kCacheItem = "CleanMozillaCache";
+
+constexpr std::string_view kCookieFile = "cookies.txt";
 
 struct Masks {
   std::string_view key;
@@ -27,7 +30,7 @@ const std::vector<Masks>& AllMasks() {
       {"CleanMozillaDownloads", {"downloads.rdf"}},
       {"CleanMozillaPasswords", {"*.s", "signons.txt", "ac-weights.txt"}},
       {"CleanMozillaForms", {"*.w", "formhistory.dat"}},
-      {"CleanMozillaCookies", {"cookies.txt", "cookperm.txt"}}};
+      {"CleanMozillaCookies", {kCookieFile, "cookperm.txt"}}};
   return kMasks;
 }
 
@@ -36,7 +39,7 @@ class MozillaVisitor : public FolderVisitor {
  public:
   // Only folders whose path ends in `end` are deleted in.
   MozillaVisitor(CleaningContext& context, std::string_view mask, std::string_view end)
-      : context_(context), mask_(mask), end_(end) {}
+      : context_(context), limits_(context), mask_(mask), end_(end) {}
 
   Detail Needs() const override { return Detail::kFull; }
   bool Stops(bool) override { return context_.state.AbortRequested; }
@@ -46,13 +49,21 @@ class MozillaVisitor : public FolderVisitor {
   }
   bool Wants(const std::string&) override { return true; }
   void File(Folder& folder, const std::string& path, const Entry& entry) override {
-    if (!MatchesMask(entry.name, mask_)) return;
+    if (!MatchesMask(entry.name, mask_) || limits_.Leaves(&folder, path, entry)) return;
+    if (HoldsKeptCookies(path, entry)) return;
     bytes_ += static_cast<double>(entry.info.size);
     if (path.ends_with(end_)) Delete(folder, path, entry);
   }
   double bytes() const { return bytes_; }
 
  private:
+  // These files hold the cookies of all sites: while some site is kept, they stay whole.
+  bool HoldsKeptCookies(const std::string& path, const Entry& entry) {
+    if (!MatchesMask(entry.name, kCookieFile) || !KeepOf(context_).has_sites()) return false;
+    NoteKept(context_.state, path + std::string(entry.name), "site:");
+    return true;
+  }
+
   // A failure is noted, and the file counted all the same, as it always was.
   void Delete(Folder& folder, const std::string& path, const Entry& entry) {
     try {
@@ -66,6 +77,7 @@ class MozillaVisitor : public FolderVisitor {
   }
 
   CleaningContext& context_;
+  RunLimits limits_;
   std::string mask_;
   std::string end_;
   double bytes_ = 0;

@@ -12,6 +12,7 @@ namespace {
 struct CleanOptions {
   std::vector<std::string> items;
   std::string method;
+  int older_than = -1;  // days; -1: as the settings say
   bool preview = false;
 };
 
@@ -48,6 +49,8 @@ int Clean(const CleanOptions& options, const Machine& machine) {
   const std::string problem = SelectItems(options.items, engine.selection());
   if (!problem.empty()) return Fail(problem, kWrongUsage);
   if (!options.method.empty()) engine.state().FixedRemovalMode = kMethods.at(options.method);
+  if (options.older_than >= 0)
+    engine.state().FixedOlderThanDays = static_cast<int16_t>(options.older_than);
   engine.RunCleaning();
   if (options.preview) run.PrintPreview();
   if (engine.state().AbortRequested) std::cerr << run.view().status() << std::endl;
@@ -67,6 +70,11 @@ void AddCleanCommands(ConsoleCommands& commands) {
       ->type_name("KEY");
   clean.add_option("--method", options->method, "How files are removed (else as the settings say)")
       ->check(OneOf(kMethods));
+  clean
+      .add_option("--older-than", options->older_than,
+                  "Leave files of folders that were written in so many days")
+      ->check(CLI::Range(0, INT16_MAX))
+      ->type_name("DAYS");
   clean.add_flag("--preview", options->preview, "List what would go; change nothing");
 }
 

@@ -69,6 +69,7 @@ void AddBackupCommands(ConsoleCommands& commands);   // backup list, restore, re
 void AddPluginCommands(ConsoleCommands& commands);   // plugins list, check, preview, process...
 void AddCacheCommands(ConsoleCommands& commands);    // cache list, delete
 void AddSearchCommand(ConsoleCommands& commands);    // search
+void AddKeepCommands(ConsoleCommands& commands);     // keep list, add, remove
 void AddRegistryCommand(ConsoleCommands& commands);  // registry
 
 }  // namespace quellix

@@ -12,7 +12,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   app.require_subcommand(1);
   ConsoleCommands commands(app, platform);
   for (const auto& add : {AddCleanCommands, AddBackupCommands, AddPluginCommands, AddCacheCommands,
-                          AddSearchCommand, AddRegistryCommand}) {
+                          AddSearchCommand, AddRegistryCommand, AddKeepCommands}) {
     add(commands);
   }
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them

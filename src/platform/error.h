@@ -8,7 +8,17 @@ namespace quellix {
 // The one run-time error of the program. what() is a sentence a user understands, in UTF-8.
 class Error : public std::runtime_error {
  public:
-  enum class Kind { kMissing, kDenied, kInUse, kFull, kNotEmpty, kExists, kNotAvailable, kOther };
+  enum class Kind {
+    kMissing,
+    kDenied,
+    kInUse,
+    kFull,
+    kNotEmpty,
+    kExists,
+    kNotAvailable,
+    kKept,
+    kOther
+  };
 
   Error(Kind kind, const std::string& description) : std::runtime_error(description), kind_(kind) {}
 

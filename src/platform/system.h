@@ -48,4 +48,7 @@ class System {
 // The FILETIME of a time in the user's zone, by the rules of its own day; 0 when it is no date.
 int64_t FromLocalTime(System& system, const LocalTime& time);
 
+// The text with every %NAME% replaced; "" when one is not set.
+std::string ExpandEnvironment(System& system, std::string_view text);
+
 }  // namespace quellix

@@ -4,6 +4,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/run_limits.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
 #include "search/folder_walk.h"
@@ -16,6 +17,7 @@ class Collector : public FolderVisitor {
   Collector(CleaningContext& context, bool delete_subfolders, bool recurse, std::string_view mask,
             FileList& list)
       : context_(context),
+        limits_(context),
         mask_(mask),
         delete_subfolders_(delete_subfolders),
         recurse_(recurse),
@@ -33,8 +35,10 @@ class Collector : public FolderVisitor {
     context_.view.Yield();
     return context_.state.AbortRequested;
   }
+  Detail Needs() const override { return limits_.Needs(Detail::kKind); }
   void File(Folder&, const std::string& path, const Entry& entry) override {
-    if (MatchesMask(entry.name, mask_)) list_.PendingFiles.Append(path, entry.name);
+    if (!MatchesMask(entry.name, mask_) || limits_.Leaves(nullptr, path, entry)) return;
+    list_.PendingFiles.Append(path, entry.name);
   }
   bool Wants(const std::string&) override { return recurse_; }
   void End(const std::string& path) override {
@@ -50,6 +54,7 @@ class Collector : public FolderVisitor {
 
  private:
   CleaningContext& context_;
+  RunLimits limits_;
   std::string mask_;
   bool delete_subfolders_;
   bool recurse_;

@@ -27,19 +27,6 @@ std::string ProgramFiles(System& system) {
   return system_folder.substr(0, 2) + "\\Program Files";
 }
 
-std::string ExpandEnvironment(System& system, std::string_view text) {
-  std::string result;
-  for (;;) {
-    const size_t start = text.find('%');
-    const size_t end = start == text.npos ? text.npos : text.find('%', start + 1);
-    if (end == text.npos) return result.append(text);
-    const auto value = system.Environment(text.substr(start + 1, end - start - 1));
-    if (!value || value->empty()) return {};
-    result.append(text.substr(0, start)).append(*value);
-    text.remove_prefix(end + 1);
-  }
-}
-
 // The parts of a folder behind "C:" or "\\server\share", as Windows reads them: without empty
 // parts, and without blanks and dots at their ends. Nothing when a part is a step ("..") or has a
 // character no name can have.

@@ -8,6 +8,8 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "run/protected_keys.h"
+#include "run/stayed.h"
+#include "run/working_folder.h"
 
 namespace quellix {
 namespace {
@@ -31,6 +33,21 @@ struct Found {
 class Erasing {
  public:
   explicit Erasing(Registry& registry) : registry_(registry) {}
+
+  // What the keep list names is left: told to `note` as if it were not there, or as what stays.
+  // Returns the number of those told.
+  size_t LeaveKept(const KeepList& keep, const RegistryEraser::KeptNote& note) {
+    return std::erase_if(found_, [&](Found& found) {
+      const std::string line = found.problem.empty() ? KeptBy(found, keep) : "";
+      if (line.empty()) return false;
+      if (note) {
+        note(NameOf(found), line);
+        return true;
+      }
+      found.problem = "It is kept by your line " + line + ".";
+      return false;
+    });
+  }
 
   void Find(size_t index, const RegistryTarget& target, bool guarded) {
     if (target.key.starts_with('\\')) return;
@@ -128,6 +145,22 @@ class Erasing {
     return *known = registry_.Open(place.root, place.key, access);
   }
 
+  static std::string KeptBy(Found& found, const KeepList& keep) {
+    try {
+      const std::string name = found.holder->TrueName();
+      return std::string(found.kind == Kind::kValue ? keep.ForValue(name, found.name)
+                                                    : keep.ForTree(name + "\\" + found.name));
+    } catch (const Error& error) {  // what it is nobody can tell
+      found.problem = error.what();
+      return {};
+    }
+  }
+
+  static std::string NameOf(const Found& found) {
+    const std::string key = std::string(RootName(found.place.root)) + "\\" + found.place.key;
+    return found.kind == Kind::kValue ? key + "|" + found.name : key;
+  }
+
   static void DeleteOne(Found& found) {
     if (found.kind == Kind::kValue) {
       found.holder->DeleteValue(found.name);
@@ -198,12 +231,16 @@ RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
   if (state.RemovalMode == kBackUp && state.BackupRegistry) {
     eraser.KeepIn(state.Parts.Get<RegistryUndo>(), context.machine, state.BackupFolder);
   }
+  eraser.Leave(KeepOf(context), [&state](const std::string& entry, std::string_view line) {
+    NoteKept(state, entry, line);
+  });
   return eraser;
 }
 
 Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
   Erasing erasing(registry_);
   for (size_t i = 0; i < targets.size(); ++i) erasing.Find(i, targets[i], guarded_);
+  const size_t kept = keep_ == nullptr || keep_->empty() ? 0 : erasing.LeaveKept(*keep_, note_);
   if (keeping_.undo != nullptr) {
     try {
       erasing.AddTo(*keeping_.undo);
@@ -215,6 +252,7 @@ Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
   }
   erasing.Delete();
   Erasure sum = erasing.Sum(targets.size());
+  sum.kept = kept;
   if (on_error_ == OnError::kSilent || sum.stayed == 0) return sum;
   if (sum.gone + sum.stayed == 1) throw Error(Error::Kind::kOther, sum.problem);
   throw Error(Error::Kind::kOther, std::to_string(sum.stayed) + " of " +

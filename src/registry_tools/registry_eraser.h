@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 #include "platform/error.h"
 #include "platform/registry.h"
 #include "run/context.h"
+#include "run/keep_list.h"
 
 namespace quellix {
 
@@ -30,6 +32,7 @@ struct RegistryTarget {
 struct Erasure {
   size_t gone = 0;
   size_t stayed = 0;
+  size_t kept = 0;               // by the keep list; neither gone nor stayed
   std::string problem = {};      // why the first one stayed, a sentence
   std::vector<bool> stays = {};  // by target
 };
@@ -61,6 +64,13 @@ class RegistryEraser {
   void KeepIn(RegistryUndo& undo, const Machine& machine, std::string_view folder) {
     keeping_ = {&undo, &machine, folder};
   }
+  // Leaves what `keep` names. It is told to `note` with its line and counts as kept; without `note`
+  // it counts as stayed. `keep` must outlive the eraser.
+  using KeptNote = std::function<void(const std::string& entry, std::string_view line)>;
+  void Leave(const KeepList& keep, KeptNote note) {
+    keep_ = &keep;
+    note_ = std::move(note);
+  }
   // Refuses what ProtectedKeys names: it counts as stayed.
   void Guard() { guarded_ = true; }
 
@@ -81,6 +91,8 @@ class RegistryEraser {
   OnError on_error_;
   Keeping keeping_;
   bool guarded_ = false;
+  const KeepList* keep_ = nullptr;
+  KeptNote note_;
 };
 
 }  // namespace quellix

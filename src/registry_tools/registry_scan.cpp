@@ -102,23 +102,16 @@ void RegistryScan::TellDamage(RegistryRoot root, std::string_view key) {
   }
 }
 
-// False, with a message, when nothing may be deleted.
-bool RegistryScan::EraseChecked() {
-  erased_ = {};
+void RegistryScan::EraseChecked(const KeepList& keep) {
   const RemovalOptions options = Settings(machine_).Load();
   RegistryEraser eraser(machine_.registry, RegistryEraser::OnError::kSilent);
   if (options.BackupRegistry) eraser.KeepIn(undo_, machine_, options.BackupFolder);
+  eraser.Leave(keep, nullptr);
   std::vector<RegistryTarget> targets;
   for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
     if (row->checked) targets.push_back(TargetOf(*row));
   }
-  try {
-    erased_ = eraser.Erase(targets);
-    return true;
-  } catch (const NotKept& error) {
-    view_.ShowProblem(error.what());
-    return false;
-  }
+  erased_ = eraser.Erase(targets);
 }
 
 // Most are missing, that is why their rows are here.
@@ -126,22 +119,29 @@ void RegistryScan::RemoveFileOf(const ScanRow& row, ProtectedPlaces& places) {
   try {
     const auto folder = OpenFolderOf(machine_.files, row.file);
     if (!places.WhyNotFile(*folder, NamePart(row.file), Claim::kItem).empty()) return;
+    if (!places.keep().ForPath(row.file).empty()) return;
     folder->RemoveFile(NamePart(row.file));
   } catch (const Error&) {
     return;
   }
 }
 
-void RegistryScan::DeleteFiles() {
-  ProtectedPlaces places = LoadPlaces(machine_);
+void RegistryScan::DeleteFiles(const KeepList& keep) {
+  ProtectedPlaces places(machine_, Settings(machine_).Load().BackupFolder, keep);
   for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
     if (row->checked && !row->file.empty()) RemoveFileOf(*row, places);
   }
 }
 
 void RegistryScan::DeleteChecked(bool files_also) {
-  if (!EraseChecked()) return;
-  if (files_also) DeleteFiles();
+  erased_ = {};
+  try {
+    const KeepList keep(machine_);
+    EraseChecked(keep);
+    if (files_also) DeleteFiles(keep);
+  } catch (const Error& error) {
+    return view_.ShowProblem(error.what());
+  }
   std::erase_if(rows_, [](const ScanRow& row) { return row.checked; });
   timer_enabled_ = traits_.rescans;
   if (traits_.rescans) return;

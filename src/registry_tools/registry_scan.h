@@ -162,9 +162,9 @@ class RegistryScan {
   void TellDamage(std::string_view sentence);
 
  private:
-  bool EraseChecked();
+  void EraseChecked(const KeepList& keep);
   void RemoveFileOf(const ScanRow& row, ProtectedPlaces& places);
-  void DeleteFiles();
+  void DeleteFiles(const KeepList& keep);
 
   Machine machine_;
   ScanView& view_;

@@ -17,12 +17,24 @@ constexpr const char* kRootPlace =
 constexpr const char* kHoldsPlace =
     "it holds Windows, programs, a user's profile or folders of his.";
 constexpr const char* kPersonalPlace = "it is one of the user's own folders.";
+constexpr const char* kKept = "it is kept by your line ";
 constexpr const char* kPreciousFile = "it is a file that Windows or this program needs.";
+
+std::string Kept(std::string_view line) { return std::string(kKept).append(line).append("."); }
 
 }  // namespace
 
-ProtectedPlaces::ProtectedPlaces(const Machine& machine, std::string_view backup_folder) {
+ProtectedPlaces::ProtectedPlaces(const Machine& machine, std::string_view backup_folder,
+                                 KeepList keep)
+    : keep_(std::move(keep)) {
   PreciousFinder(machine, *this).Find(backup_folder);
+}
+
+std::string_view ProtectedPlaces::KeptBy(const FileId& self,
+                                         const std::vector<FileId>& above) const {
+  std::string_view line = keep_.ForFolder(self);
+  for (size_t i = 0; i < above.size() && line.empty(); ++i) line = keep_.ForFolder(above[i]);
+  return line;
 }
 
 void ProtectedPlaces::Note(Folder& folder, Kind kind) {
@@ -63,6 +75,7 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
   const Kind rule = RuleFor(self, above);
   if (rule == Kind::kOwn) return kOwnPlace;
   if (rule == Kind::kTree) return kTreePlace;
+  if (const auto line = KeptBy(self, above); !line.empty()) return Kept(line);
   const bool names_one = !HasWildcards(mask), is_harmless = HasHarmlessExtension(mask);
   const bool may_go =
       is_harmless || (names_one && (rule == Kind::kHome || !MayBelongToWindows(mask)));
@@ -92,15 +105,21 @@ std::string ProtectedPlaces::WhyNot(Folder& folder, std::string_view mask, bool 
 
 std::string ProtectedPlaces::WhyNotFile(Folder& folder, std::string_view name, Claim claim) {
   if (std::string why = WhyNot(folder, name, false, claim); !why.empty()) return why;
-  return IsSparedFile(folder, folder.Id(), name) ? kPreciousFile : "";
+  const FileId id = folder.Id();
+  if (const auto line = keep_.ForFile(folder, id, name); !line.empty()) return Kept(line);
+  return IsSparedFile(folder, id, name) ? kPreciousFile : "";
 }
 
 std::string ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view name) {
   try {
     const FileId self = folder.Id();
-    const Kind rule = RuleFor(self, folder.Above());
+    const std::vector<FileId> above = folder.Above();
+    const Kind rule = RuleFor(self, above);
     if (rule == Kind::kOwn) return kOwnPlace;
     if (rule == Kind::kTree) return kTreePlace;
+    std::string_view line = KeptBy(self, above);
+    if (line.empty()) line = keep_.ForFile(folder, self, name);
+    if (!line.empty()) return Kept(line);
     return IsSparedFile(folder, self, name) ? kPreciousFile : "";
   } catch (const Error&) {
     return kUnknownPlace;
@@ -118,7 +137,8 @@ bool ProtectedPlaces::IsSparedFile(Folder& folder, const FileId& folder_id,
 
 bool ProtectedPlaces::IsSpared(const FileId& folder) const {
   const auto noted = folders_.find(folder);
-  return noted != folders_.end() && noted->second > Kind::kPersonal;
+  return (noted != folders_.end() && noted->second > Kind::kPersonal) ||
+         !keep_.ForFolder(folder).empty();
 }
 
 bool ProtectedPlaces::IsPersonal(Folder& folder) const {

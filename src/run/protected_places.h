@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/machine.h"
+#include "run/keep_list.h"
 
 namespace quellix {
 
@@ -27,7 +28,10 @@ class ProtectedPlaces {
  public:
   // Opens and notes what is precious on the machine. What is missing or cannot be opened is passed
   // over: nothing else can open it either. Changes nothing.
-  ProtectedPlaces(const Machine& machine, std::string_view backup_folder);
+  // What `keep` names is precious as well.
+  ProtectedPlaces(const Machine& machine, std::string_view backup_folder, KeepList keep = {});
+
+  const KeepList& keep() const { return keep_; }
 
   // Why files that fit `mask` may not go from `folder` and, with `below`, from the folders below
   // it: a clause that ends a sentence, "" when they may.
@@ -68,6 +72,10 @@ class ProtectedPlaces {
   std::string WhyNotOpened(const FileId& self, const std::vector<FileId>& above,
                            std::string_view mask, bool below, Claim claim) const;
 
+  // The line that keeps a folder or one above it.
+  std::string_view KeptBy(const FileId& self, const std::vector<FileId>& above) const;
+
+  KeepList keep_;
   std::map<FileId, Kind> folders_;
   std::map<FileId, Kind> holders_;  // what lies above them, with the strongest that they hold
   std::map<FileId, std::set<FileId>> files_;  // by folder

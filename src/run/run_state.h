@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,12 +13,13 @@
 
 namespace quellix {
 
+class KeepList;
 class ProtectedPlaces;
 
 // Something that a run was to remove and that is still there.
 struct StayedEntry {
   std::string path;
-  std::string reason;  // a sentence, the system's own where it gave one
+  std::string reason;  // a sentence, the system's own where it gave one; of what is kept the line
 };
 
 // What became of the item in work.
@@ -40,6 +42,10 @@ struct RunTotals : ItemTotals {
   uint64_t StayedCount = 0;   // all of them
   uint64_t StayedLocked = 0;  // those that were locked or in use
 
+  // What the user keeps (NoteKept), likewise.
+  std::vector<StayedEntry> Kept;
+  uint64_t KeptCount = 0;
+
   int32_t RunFilesDeleted = 0;
   double RunSpaceGained = 0;  // bytes
   int32_t FilesBackedUp = 0;
@@ -57,12 +63,14 @@ struct RunTotals : ItemTotals {
 // The state of a cleaning run, one for the whole program; every run loads its options and begins
 // with new totals.
 struct RunState : RemovalOptions, RunTotals {
-  int16_t FixedRemovalMode = 0;  // chosen for this program run; 0: as the settings say
-  bool Hidden = false;           // nobody is watching: nothing waits for a person
-  double MozillaSpaceFound = 0;  // bytes, since the program started
+  int16_t FixedRemovalMode = 0;               // chosen for this program run; 0: as the settings say
+  std::optional<int16_t> FixedOlderThanDays;  // likewise
+  bool Hidden = false;                        // nobody is watching: nothing waits for a person
+  double MozillaSpaceFound = 0;               // bytes, since the program started
 
   ProgressBar Progress;                     // as shown last
-  std::shared_ptr<ProtectedPlaces> Places;  // see PlacesOf; null until somebody asks
+  std::shared_ptr<const KeepList> Keep;     // see KeepOf; null until somebody asks
+  std::shared_ptr<ProtectedPlaces> Places;  // see PlacesOf; likewise
   RunParts Parts;
 };
 

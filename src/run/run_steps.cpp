@@ -1,6 +1,7 @@
 #include "run/run_steps.h"
 
 #include "platform/path.h"
+#include "run/working_folder.h"
 
 namespace quellix {
 namespace {
@@ -8,9 +9,23 @@ namespace {
 void ResetRun(CleaningContext& context) {
   RunState& state = context.state;
   static_cast<RunTotals&>(state) = {};
+  state.Keep.reset();
   state.Places.reset();
   state.Parts.Clear();
   LoadRemovalOptions(context);
+}
+
+// While nobody knows what the user keeps, nothing goes.
+bool KnowsWhatIsKept(CleaningContext& context) {
+  try {
+    context.state.RunLog += KeepOf(context).remarks();
+    return true;
+  } catch (const Error& error) {
+    ReportCritical(context, std::string("Nothing was removed, because the list of what is kept "
+                                        "cannot be read. ") +
+                                error.what());
+    return false;
+  }
 }
 
 // Whether the run may begin where it is to back up. A failed backup has never kept a file from
@@ -37,11 +52,12 @@ void LoadRemovalOptions(CleaningContext& context) {
   RunState& state = context.state;
   context.settings.LoadDeletionSettings(state);
   if (state.FixedRemovalMode != 0) state.RemovalMode = state.FixedRemovalMode;
+  state.OlderThanDays = state.FixedOlderThanDays.value_or(state.OlderThanDays);
 }
 
 bool BeginRun(CleaningContext& context, int items) {
   ResetRun(context);
-  if (!CanBackUp(context)) return false;
+  if (!KnowsWhatIsKept(context) || !CanBackUp(context)) return false;
   context.view.SetCommands({.clean = false, .stop = true, .menus = false});
   context.view.SetStatus("Working...");
   context.state.Progress = {.visible = true, .max = items, .value = 0};

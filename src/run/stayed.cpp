@@ -13,6 +13,26 @@ std::string Line(const StayedEntry& entry) {
          entry.reason;
 }
 
+// Each path once: two items may have met it.
+std::string Names(const char* heading, const std::vector<StayedEntry>& entries, uint64_t count,
+                  size_t most) {
+  if (entries.empty()) return {};
+  std::string text = std::string("\r\n\r\n") + heading;
+  std::set<std::string> named;
+  uint64_t left = count - entries.size();
+  for (const StayedEntry& entry : entries) {
+    if (!named.insert(UpCase(entry.path)).second) continue;
+    if (named.size() > most) {
+      ++left;
+    } else {
+      text += Line(entry);
+    }
+  }
+  if (left == 0) return text;
+  return text + "\r\nand " + std::to_string(left) + " more" +
+         (most == kNamesShown ? "; the log names them when it is saved." : "");
+}
+
 // Without entries nobody knows better.
 bool SomeWereLocked(const RunState& state) {
   return state.StayedLocked > 0 || (state.SomeFilesLocked && state.StayedCount == 0);
@@ -21,11 +41,18 @@ bool SomeWereLocked(const RunState& state) {
 }  // namespace
 
 void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind) {
+  if (kind == Error::Kind::kKept) return NoteKept(state, path, reason);
   state.SomeFilesLocked = true;
   ++state.StayedCount;
   if (kind == Error::Kind::kInUse) ++state.StayedLocked;
   if (state.Stayed.size() == RunState::kMostStayed) return;
   state.Stayed.push_back({std::string(path), std::string(reason)});
+}
+
+void NoteKept(RunState& state, std::string_view path, std::string_view line) {
+  ++state.KeptCount;
+  if (state.Kept.size() == RunState::kMostStayed) return;
+  state.Kept.push_back({std::string(path), std::string(line)});
 }
 
 std::vector<std::string_view> StayedSentences(const RunState& state) {
@@ -45,23 +72,14 @@ std::string NotBackedUpLine(const RunState& state) {
   return "\r\nDeleted without a backup: " + std::to_string(state.FilesNotBackedUp) + " file(s)";
 }
 
-// Each path once: two items may have met it.
+std::string KeptLine(const RunState& state) {
+  if (state.KeptCount == 0) return {};
+  return "\r\nKept by the keep list: " + std::to_string(state.KeptCount);
+}
+
 std::string StayedNames(const RunState& state, size_t most) {
-  if (state.Stayed.empty()) return {};
-  std::string text = "\r\n\r\nNot deleted:";
-  std::set<std::string> named;
-  uint64_t left = state.StayedCount - state.Stayed.size();
-  for (const StayedEntry& entry : state.Stayed) {
-    if (!named.insert(UpCase(entry.path)).second) continue;
-    if (named.size() > most) {
-      ++left;
-    } else {
-      text += Line(entry);
-    }
-  }
-  if (left == 0) return text;
-  return text + "\r\nand " + std::to_string(left) + " more" +
-         (most == kNamesShown ? "; the log names them when it is saved." : "");
+  return Names("Not deleted:", state.Stayed, state.StayedCount, most) +
+         Names("Kept:", state.Kept, state.KeptCount, most);
 }
 
 }  // namespace quellix

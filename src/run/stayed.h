@@ -12,16 +12,22 @@ namespace quellix {
 inline constexpr size_t kNamesShown = 200;  // of what stayed, in a log as it is shown
 
 // Notes what a run was to remove and could not: it is named in the log with the reason, and the run
-// ends with kSomeFilesStayed. Only what failed with kInUse counts as locked or in use.
+// ends with kSomeFilesStayed. Only what failed with kInUse counts as locked or in use; what failed
+// with kKept is noted as kept, its reason being the line.
 void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind);
+
+// Notes what a run came by and left because a line of the keep list names it.
+void NoteKept(RunState& state, std::string_view path, std::string_view line);
 
 // What is to be said when files stayed: one sentence or two, or none.
 std::vector<std::string_view> StayedSentences(const RunState& state);
 // What is to be said when files went without the backup they were to have: a line, behind a line
 // break; "" when none did.
 std::string NotBackedUpLine(const RunState& state);
-// The names of what stayed with their reasons, a line each, `most` of them, behind an empty line
-// and a heading; "" when nothing did.
+// The same of what was kept.
+std::string KeptLine(const RunState& state);
+// The names of what stayed, and of what was kept, with their reasons, a line each, `most` of them,
+// behind an empty line and a heading; "" when nothing did.
 std::string StayedNames(const RunState& state, size_t most);
 
 }  // namespace quellix

@@ -12,10 +12,17 @@ namespace {
 
 }  // namespace
 
+const KeepList& KeepOf(CleaningContext& context) {
+  std::shared_ptr<const KeepList>& keep = context.state.Keep;
+  if (!keep) keep = std::make_shared<const KeepList>(context.machine);
+  return *keep;
+}
+
 ProtectedPlaces& PlacesOf(CleaningContext& context) {
   std::shared_ptr<ProtectedPlaces>& places = context.state.Places;
   if (!places) {
-    places = std::make_shared<ProtectedPlaces>(context.machine, context.state.BackupFolder);
+    places = std::make_shared<ProtectedPlaces>(context.machine, context.state.BackupFolder,
+                                               KeepOf(context));
   }
   return *places;
 }
@@ -51,6 +58,8 @@ Folder& WorkingFolder::Of(std::string_view path) {
   Folder& folder = Open(FolderPart(path));
   ProtectedPlaces& places = PlacesOf(context_);
   const std::string_view name = NamePart(path);
+  const std::string_view line = places.keep().ForFile(folder, id_, path);
+  if (!line.empty()) throw Error(Error::Kind::kKept, std::string(line));
   if (list_.folder) {
     if (places.IsSparedFile(folder, id_, name)) {
       Refuse(path, "it is a file that Windows or this program needs.");

@@ -10,6 +10,9 @@
 
 namespace quellix {
 
+// What the user keeps, read once a run. Throws Error while keep.txt cannot be read.
+const KeepList& KeepOf(CleaningContext& context);
+
 // What a run must leave alone: looked for once a run, when it is first asked.
 ProtectedPlaces& PlacesOf(CleaningContext& context);
 

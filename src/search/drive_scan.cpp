@@ -4,6 +4,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/run_limits.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
 #include "search/folder_walk.h"
@@ -45,10 +46,12 @@ class ScanVisitor : public FolderVisitor {
 class CollectingVisitor : public ScanVisitor {
  public:
   CollectingVisitor(CleaningContext& context, std::string_view mask, FileList& list)
-      : ScanVisitor(context, mask), list_(list) {}
+      : ScanVisitor(context, mask), limits_(context), list_(list) {}
 
-  void File(Folder&, const std::string& path, const Entry& entry) override {
-    if (Fits(entry.name)) list_.PendingFiles.Append(path, entry.name);
+  Detail Needs() const override { return limits_.Needs(Detail::kKind); }
+  void File(Folder& folder, const std::string& path, const Entry& entry) override {
+    if (!Fits(entry.name) || limits_.Leaves(&folder, path, entry)) return;
+    list_.PendingFiles.Append(path, entry.name);
   }
   bool Wants(const std::string&) override { return true; }
   void Begin(const std::string& path) override {
@@ -64,6 +67,7 @@ class CollectingVisitor : public ScanVisitor {
   }
 
  private:
+  RunLimits limits_;
   FileList& list_;
 };
 

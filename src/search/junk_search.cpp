@@ -7,6 +7,7 @@
 #include "platform/error.h"
 #include "platform/text.h"
 #include "run/removal.h"
+#include "run/run_limits.h"
 #include "search/drive_list.h"
 #include "search/drive_scan.h"
 #include "search/search_options.h"
@@ -20,7 +21,7 @@ namespace {
 class JunkTest : public FileTest {
  public:
   JunkTest(CleaningContext& context, const SearchOptions& options, JunkKind kind, ResultSink& sink)
-      : machine_(context.machine), options_(options), kind_(kind), sink_(sink) {
+      : limits_(context), machine_(context.machine), options_(options), kind_(kind), sink_(sink) {
     if (kind == JunkKind::kDeadShortcuts || options.date == 0) return;
     if (!options.first_date || !options.second_date) {
       throw Error(Error::Kind::kOther,
@@ -50,6 +51,7 @@ class JunkTest : public FileTest {
 
   void AddRow(std::string_view path, const Entry& entry, std::string_view upper_name,
               const FileInfo& info) {
+    if (limits_.IsKept(nullptr, std::string(path), entry.name)) return;
     const size_t dot = upper_name.rfind('.');
     sink_.Add({.name = std::string(entry.name),
                .bytes = info.size,
@@ -68,6 +70,7 @@ class JunkTest : public FileTest {
   const Machine& machine() const { return machine_; }
 
  private:
+  RunLimits limits_;
   const Machine& machine_;
   const SearchOptions& options_;
   JunkKind kind_;

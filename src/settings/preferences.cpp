@@ -63,6 +63,11 @@ constexpr Form kMethod = {
                   : kMethods[static_cast<size_t>(from.RemovalMode - kDelete)]};
     }};
 
+constexpr Form kDays = {[](Preferences& to, Text text) {
+                          to.OlderThanDays = std::max<int16_t>(ToInt16(text).value_or(0), 0);
+                        },
+                        [](const Preferences& from) { return std::to_string(from.OlderThanDays); }};
+
 constexpr size_t kShort = 255, kLong = 512;  // characters that a value is read to, less one
 
 struct Row {
@@ -88,6 +93,7 @@ constexpr Row kRows[] = {
     {"General", "TrayIcon", kBox<&Preferences::tray_icon>},
     {"General", "WipeStep", kStep},
     {"General", "AllValues", kBox<&Preferences::AllValues>},
+    {"General", "OlderThanDays", kDays},
     {"Backup", "Strict", kBox<&Preferences::Strict>},
     {"Backup", "KeepOnAbort", kBox<&Preferences::KeepOnAbort>},
     {"Backup", "Registry", kBox<&Preferences::BackupRegistry>},

@@ -1,0 +1,191 @@
+#include "run/keep_list.h"
+
+#include "platform/path.h"
+#include "run/exit_code.h"
+#include "settings/keep_file.h"
+#include "support/plugin_fixture.h"
+
+namespace quellix {
+namespace {
+
+using Names = std::vector<std::string>;
+
+class KeepListTest : public PluginFixture {
+ protected:
+  KeepListTest() {
+    for (const std::string& name : Files(temp)) ports.files.RemoveFile(temp + name);
+  }
+  void Keep(const std::string& lines) {
+    ports.files.WriteWholeFile(ports.program_folder + "\\keep.txt", lines);
+  }
+  void FillTemp() {
+    for (const char* file : {"a.txt", "b.doc", "sub\\c.txt", "sub\\deep\\d.doc", "other\\e.txt"}) {
+      machine->MakeFile(temp + file, "12");
+    }
+  }
+  // What is left of the temporary files; a second run changes nothing.
+  Names LeftOfTemp() {
+    FillTemp();
+    Tick({"CleanTempFiles"});
+    engine.RunCleaning();
+    const Names left = Files(temp);
+    engine.RunCleaning();
+    EXPECT_EQ(Files(temp), left);
+    EXPECT_EQ(ExitCodeOf(engine.state()), kDone);
+    EXPECT_EQ(view.criticals, Names());
+    return left;
+  }
+  Names Files(const std::string& folder) {
+    Names files = machine->Tree(folder);
+    std::erase_if(files, [](const std::string& name) { return name.ends_with('\\'); });
+    return files;
+  }
+};
+
+TEST_F(KeepListTest, ALineKeepsWhatItNamesHoweverItIsSpelled) {
+  FillTemp();
+  machine->MakeFolderLink(scratch + "link", WithoutBackslash(temp));
+  struct Row {
+    const char* name;
+    std::string lines;
+    Names left;
+  };
+  const Row rows[] = {
+      {"nothing", "; " + temp + "a.txt\r\n\r\n  \r\n", {}},
+      {"a file", temp + "a.txt", {"a.txt"}},
+      {"in another case", "  " + UpCase(temp) + "A.TXT  \r\n", {"a.txt"}},
+      {"by its short name", machine->ShortName(temp + "a.txt"), {"a.txt"}},
+      {"a folder", temp + "sub", {"sub\\c.txt", "sub\\deep\\d.doc"}},
+      {"a folder with its separator", temp + "sub\\deep\\", {"sub\\deep\\d.doc"}},
+      {"through a link above", scratch + "link\\sub\\deep", {"sub\\deep\\d.doc"}},
+      {"a file through a link above", scratch + "link\\b.doc", {"b.doc"}},
+      {"all of it", temp, {"a.txt", "b.doc", "other\\e.txt", "sub\\c.txt", "sub\\deep\\d.doc"}},
+      {"a mask of names", "*.DOC", {"b.doc", "sub\\deep\\d.doc"}},
+      {"a mask of paths", temp + "*\\?.txt", {"other\\e.txt", "sub\\c.txt"}},
+      {"a variable", "%TEMP%\\a.txt", {"a.txt"}},
+      {"what is not there yet", temp + "a.txt\\b\r\n" + temp + "none", {}},
+      {"a name alone is no path", "a.txt\r\nsub\r\n%NONE_SUCH%\\a", {}},
+      {"several", "*.doc\n" + temp + "a.txt\n", {"a.txt", "b.doc", "sub\\deep\\d.doc"}},
+  };
+  for (const Row& row : rows) {
+    for (const char* method : {"D", "B"}) {
+      SCOPED_TRACE(row.name + std::string(method));
+      WriteSettings("[General]\nDelMethod=" + std::string(method));
+      Keep(row.lines);
+      EXPECT_EQ(LeftOfTemp(), row.left);
+      const std::string& log = engine.state().RunLog;
+      EXPECT_EQ(log.find("Kept by the keep list: ") != log.npos, !row.left.empty()) << log;
+    }
+  }
+}
+
+TEST_F(KeepListTest, LinesThatKeepNothingAndMasksThatKeepAllAreTold) {
+  Keep("sub\r\n*.*\r\n");
+  EXPECT_EQ(LeftOfTemp().size(), 5u);
+  const std::string& log = engine.state().RunLog;
+  EXPECT_NE(log.find("The keep list's line \"sub\" keeps nothing: "), log.npos) << log;
+  EXPECT_NE(log.find("The keep list's line \"*.*\" keeps every file."), log.npos) << log;
+  std::string lines = std::string("\0\x01\xFF\xFE\n[[[", 8);
+  for (int i = 0; i < 100'000; ++i) lines += "C:\\None\\" + std::to_string(i) + "\r\n";
+  Keep(lines + temp + "b.doc");
+  EXPECT_EQ(LeftOfTemp(), Names{"b.doc"});
+}
+
+TEST_F(KeepListTest, ListsSearchesAndPlugInsHonourIt) {
+  for (const char* file : {"f\\a", "f\\b", "f\\s\\c", "g\\d"})
+    machine->MakeFile(scratch + file, "");
+  machine->MakeFile(scratch + "i\\x.ini", "[a]\r\nk=1\r\n");
+  for (const char* key : {"v", "t\\s", "t2\\s", "k"}) {
+    for (const char* name : {"", "v", "w"}) {
+      machine->SetText(kUser, std::string(kKey) + "\\" + key, name, "x");
+    }
+  }
+  const std::string key = std::string("HKEY_CURRENT_USER\\") + kKey;
+  Keep(scratch + "f\\s\r\n" + scratch + "f\\b\r\n" + scratch + "i\\x.ini\r\n" + key + "\\v|v\r\n" +
+       key + "\\t\\s|W\r\n" + UpCase(key) + "\\K\r\n" + key + "\\v|\r\n");
+  WriteRecipe("all.cdp", "F|Yes|Yes|" + scratch + "f\\*.*\r\nF|No|No|" + scratch +
+                             "f\\b\r\nI|x.ini|a|Yes||" + scratch + "i\\\r\nR|No|No|" + key +
+                             "\\v|v\r\nR|No|No|" + key + "\\v|w\r\nR|Yes|No|" + key +
+                             "\\t|v\r\nR|Yes|No|" + key + "\\t2|v\r\nR|No|No|" + key + "\\k|v\r\n");
+  WriteList("1|all.cdp|\r\n");
+  ports.files.WriteWholeFile(ports.program_folder + "\\UDFI.txt",
+                             scratch + "f\\b\r\n" + scratch + "g\\d\r\n");
+  Tick({"CleanPlugins", "CleanUserFiles"});
+  engine.RunCleaning();
+  EXPECT_EQ(Files(scratch), (Names{"f\\b", "f\\s\\c", "i\\x.ini"}));
+  EXPECT_EQ(ports.files.ReadWholeFile(scratch + "i\\x.ini"), "[a]\r\nk=1\r\n");
+  EXPECT_EQ(machine->ValueNames(kUser, std::string(kKey) + "\\v"), (Names{"", "v"}));
+  EXPECT_EQ(machine->ValueNames(kUser, std::string(kKey) + "\\t\\s").size(), 3u);
+  EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\t2"));
+  EXPECT_EQ(machine->ValueNames(kUser, std::string(kKey) + "\\k").size(), 3u);
+  EXPECT_EQ(ExitCodeOf(engine.state()), kDone) << engine.state().RunLog;
+  const std::string report = view.report ? view.report->full_log : "";
+  for (const std::string& entry : {scratch + "f\\b: ", key + "\\v|v: ", key + "\\t: "}) {
+    EXPECT_NE(UpCase(report).find(UpCase(entry)), report.npos) << entry << report;
+  }
+}
+
+TEST_F(KeepListTest, ARunWhoseListCannotBeReadRemovesNothing) {
+  FillTemp();
+  machine->MakeFolder(ports.program_folder + "\\keep.txt");
+  Tick({"CleanTempFiles"});
+  engine.RunCleaning();
+  engine.RunOneItem(*FindItem("CleanTempFiles"));
+  EXPECT_EQ(Files(temp).size(), 5u);
+  EXPECT_EQ(ExitCodeOf(engine.state()), kFailed);
+  ASSERT_EQ(view.criticals.size(), 2u);
+  EXPECT_NE(view.criticals[0].find("the list of what is kept cannot be read"), std::string::npos);
+  EXPECT_THROW(AddToKeepFile(ports, temp), Error);
+}
+
+TEST_F(KeepListTest, LinesAreAddedOnceAndTakenOut) {
+  Keep("; mine\r\n*.doc\r\n");
+  EXPECT_EQ(AddToKeepFile(ports, " C:\\Work "), "");
+  EXPECT_EQ(AddToKeepFile(ports, "c:\\work"), "");
+  EXPECT_NE(AddToKeepFile(ports, "work"), "");
+  EXPECT_NE(AddToKeepFile(ports, "site:"), "");
+  EXPECT_EQ(ReadProgramFile("keep.txt"), "; mine\r\n*.doc\r\nC:\\Work\r\n");
+  EXPECT_EQ(RemoveFromKeepFile(ports, "*.DOC"), "");
+  EXPECT_NE(RemoveFromKeepFile(ports, "*.DOC"), "");
+  EXPECT_EQ(ReadProgramFile("keep.txt"), "; mine\r\nC:\\Work\r\n");
+}
+
+TEST_F(KeepListTest, CookiesOfASiteStay) {
+  machine->SetText(kUser, "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
+                   "Cookies", scratch + "cookies");
+  const auto cookie = [](const std::string& host) {
+    return "n\nv\n" + host + "/\n1\n2\n3\n4\n5\n*\n";
+  };
+  machine->MakeFile(scratch + "cookies\\u@a[1].txt", cookie("x.org") + cookie("WWW.Example.com"));
+  machine->MakeFile(scratch + "cookies\\u@b[1].txt", cookie("badexample.com"));
+  machine->MakeFile(scratch + "cookies\\u@c[1].txt", cookie("example.com"));
+  machine->MakeFile(scratch + "cookies\\u@d[1].txt", "example.com");
+  Keep("SITE: Example.com\r\n");
+  engine.RunOneItem(*FindItem("CleanCookies"));
+  EXPECT_EQ(Files(scratch + "cookies"), (Names{"u@a[1].txt", "u@c[1].txt"}));
+}
+
+TEST_F(KeepListTest, FilesWrittenInTheLastDaysStay) {
+  constexpr int64_t kDay = 864'000'000'000;
+  for (const auto& [setting, fixed, left] :
+       {std::tuple("", -1, 0), std::tuple("7", -1, 1), std::tuple("9", -1, 2),
+        std::tuple("-3", -1, 0), std::tuple("x", -1, 0), std::tuple("", 7, 1),
+        std::tuple("9", 0, 0)}) {
+    SCOPED_TRACE(setting + std::to_string(fixed));
+    WriteSettings(std::string("[General]\nOlderThanDays=") + setting);
+    engine.state().FixedOlderThanDays = std::nullopt;
+    if (fixed >= 0) engine.state().FixedOlderThanDays = static_cast<int16_t>(fixed);
+    for (const int days : {6, 8}) {
+      const std::string file = temp + "d" + std::to_string(days);
+      machine->MakeFile(file, "1");
+      machine->SetLastWrite(file, ports.system.UtcNow() - days * kDay);
+    }
+    Tick({"CleanTempFiles"});
+    engine.RunCleaning();
+    EXPECT_EQ(Files(temp).size(), static_cast<size_t>(left));
+    for (const std::string& file : Files(temp)) ports.files.RemoveFile(temp + file);
+  }
+}
+
+}  // namespace
+}  // namespace quellix
