@@ -66,20 +66,23 @@ class RegistryScanWindowTest : public ::testing::Test {
 
 TEST_F(RegistryScanWindowTest, TheScanStartsByItselfAndWhatIsTickedGoes) {
   SeedDlls(20);
+  DWORD uses = 3;
+  RegSetKeyValueW(HKEY_LOCAL_MACHINE, kDlls, L"C:\\windows\\system32\\kernel32.dll", REG_DWORD,
+                  &uses, sizeof(uses));
   const QuellixWindow quellix;
   const HWND window = Open(quellix, mnuOrphanedDLL, L"Orphaned Shared DLLs");
   ASSERT_TRUE(window);
   ASSERT_TRUE(AwaitStatus(window, L"20 entries, 20 with missing files, 0 with zero usage count"));
   EXPECT_FALSE(IsScanning(window));
   const HWND list = GetDlgItem(window, lstvOrphanedDLL);
-  ASSERT_EQ(CountRows(list), 20);
-  EXPECT_TRUE(IsRowTicked(list, 0));
+  ASSERT_EQ(CountRows(list), 21);
+  EXPECT_TRUE(IsRowTicked(list, 0) && !IsRowTicked(list, 20));
   const std::wstring kept = quellix.RowText(list, 0, 1);
   for (const WPARAM key : {VK_RETURN, VK_HOME, VK_SPACE}) quellix.PressKey(list, key);
   ASSERT_TRUE(Await([&] { return !IsRowTicked(list, 0); }));
-  EXPECT_EQ(CountRows(list), 20) << "Enter deletes nothing";
+  EXPECT_EQ(CountRows(list), 21) << "Enter deletes nothing";
   PressIn(window, cmdDelete);
-  ASSERT_TRUE(AwaitStatus(window, L"1 entries, 1 with missing files, 0 with zero usage count"));
+  ASSERT_TRUE(AwaitStatus(window, L"2 entries, 1 with missing files, 0 with zero usage count"));
   EXPECT_EQ(quellix.RowText(list, 0, 1), kept);
   EXPECT_TRUE(HasDll(kept));
   EXPECT_FALSE(std::filesystem::is_empty(BackupFolder()));
