@@ -205,6 +205,8 @@ TEST_F(PluginWindowsTest, TheKeyboardTurnsThePagesAndAnIniFileIsOffered) {
   const HWND editor = OpenEditor(window, OpenManager(window));
   ASSERT_TRUE(editor);
   ExpectKeys(editor);
+  SendMessageW(editor, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(editor, flFileAlternate)),
+               TRUE);
   PressKeys(editor, {VK_CONTROL, VK_TAB});
   EXPECT_TRUE(AwaitVisible(editor, lstvRegistry));
   EXPECT_TRUE(AwaitFocus(editor, sstPlugin)) << "not in a field that is hidden";
