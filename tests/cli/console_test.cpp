@@ -18,36 +18,68 @@ TEST_F(ConsoleTest, ItemsAreListedByKey) {
 }
 
 TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
-  struct Row {
-    std::vector<std::string> arguments;
-    const char* told;
-  };
-  std::vector<std::string> unknown = {"clean", "--item", "CleanEverything"};
-  const std::vector<std::string> where = MachineArguments(*machine);
-  unknown.insert(unknown.end(), where.begin(), where.end());
-  StoreMachine(*machine);
-  const Row rows[] = {{{}, "subcommand is required"},
-                      {{"polish"}, "subcommand is required"},
-                      {{"clean"}, "required"},
-                      {{"clean", "--item", "CleanTempFiles", "--method", "burn"}, "burn"},
-                      {unknown, "there is no item \"CleanEverything\""}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.told);
-    const ProgramResult result = RunQuellixctl(row.arguments);
+  const std::vector<std::string> kWithoutMachine[] = {{}, {"polish"}, {"clean"}};
+  for (const auto& arguments : kWithoutMachine) {
+    const ProgramResult result = RunQuellixctl(arguments);
     EXPECT_EQ(result.exit_code, 2);
-    EXPECT_NE(result.output.find(row.told), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("required"), std::string::npos) << result.output;
   }
   EXPECT_EQ(RunQuellixctl({"--help"}).exit_code, 0);
+  const struct {
+    std::vector<std::string> arguments;
+    int exit_code;
+    const char* told;
+  } kRows[] = {
+      {{"clean", "--item", "CleanTempFiles", "--method", "burn"}, 2, "burn"},
+      {{"clean", "--item", "CleanEverything"}, 2, "there is no item \"CleanEverything\""},
+      {{"search", "everything"}, 2, "everything"},
+      {{"search"}, 2, "required"},
+      {{"search", "unnecessary"}, 1, "no type of unnecessary files is ticked"},
+      {{"registry", "shared-dlls", "--thorough"}, 2, "thorough"},
+      {{"registry", "everything"}, 2, "everything"},
+      {{"plugins", "enable", "none"}, 2, "none"},
+      {{"plugins", "enable", "..\\Settings.ini"}, 2, "Settings.ini"},
+      {{"backup"}, 2, "subcommand"},
+      {{"backup", "restore"}, 2, "ARCHIVE"},
+      {{"backup", "restore", "C_010120200000.zip", "--overwrite", "maybe"}, 2, "maybe"},
+      {{"backup", "restore", "none.zip"}, 1, "none.zip"},
+      {{"backup", "repair", "C_010120200000.zip"}, 1, "is not a zip archive."},
+      {{"backup", "list", "..\\Settings.ini"}, 1, "is no archive of the backup folder."},
+      {{"backup", "list"}, 1, "is not a zip archive."},
+  };
+  const std::string archive = ports.program_folder + "\\Backup\\C_010120200000.zip";
+  machine->MakeFile(archive, "MZ no archive");
+  machine->MakeFile(ports.program_folder + "\\UNFI.txt", "0\x01*.qxj\x01Ours\r\n");
+  for (const auto& row : kRows) Expect(row.arguments, row.exit_code, {row.told});
+  EXPECT_EQ(ports.files.ReadWholeFile(archive), "MZ no archive");
 }
 
-TEST_F(ConsoleTest, ACleanRunPrintsItsLogAndRemoves) {
+TEST_F(ConsoleTest, ACleanRunPrintsItsLogAndRemovesWhatItsPreviewLists) {
+  const std::vector<std::string> clean = {"clean", "--item", "CleanRunMRU", "chkTemp"};
   engine.RunOneItem(*FindItem("CleanTempFiles"));
   machine->MakeFile(temp + "sub\\\xC3\xA9t\xC3\xA9.tmp", "12345");
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   machine->SetText(kUser, kRunMruKey, "a", "cmd");
   machine->SetText(kUser, kTypedUrlsKey, "url1", "http://example.org/");
+  const std::string stored = ReadProgramFile("Settings.ini");
+  for (const char* method : {"backup", "wipe"}) {
+    std::vector<std::string> preview = clean;
+    preview.insert(preview.end(), {"--preview", "--method", method});
+    const std::string list = "File            " + temp +
+                             "sub\\\xC3\xA9t\xC3\xA9.tmp\nFolder          " + temp +
+                             "sub\nRegistry value  HKEY_CURRENT_USER\\" + kRunMruKey +
+                             ", a\nThe log of such a run:\nTemporary files... Files Deleted: 1";
+    Expect(preview, 0,
+           {list,
+            "\nNothing was changed. A run would remove 1 file (5 Bytes), 1 folder and 1 other "
+            "thing.\n"});
+    EXPECT_EQ(machine->Tree(temp).size(), 2u);
+    EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 1u);
+    EXPECT_EQ(ReadProgramFile("Settings.ini"), stored);
+    EXPECT_FALSE(machine->Exists(ports.program_folder + "\\Backup"));
+  }
   for (const bool again : {false, true}) {
-    const ProgramResult result = Clean({"--item", "CleanRunMRU", "chkTemp"});
+    const ProgramResult result = Run(clean);
     EXPECT_EQ(result.exit_code, 0);
     EXPECT_EQ(result.output,
               std::string("Temporary files... Files Deleted: ") +
@@ -61,42 +93,19 @@ TEST_F(ConsoleTest, ACleanRunPrintsItsLogAndRemoves) {
   EXPECT_EQ(machine->ValueNames(kUser, kTypedUrlsKey).size(), 1u);
 }
 
-TEST_F(ConsoleTest, APreviewListsWhatWouldGoAndChangesNothing) {
-  engine.RunOneItem(*FindItem("CleanTempFiles"));
-  machine->MakeFile(temp + "sub\\a.tmp", "12345");
-  machine->RemoveRegistryTree(kUser, kRunMruKey);
-  machine->SetText(kUser, kRunMruKey, "a", "cmd");
-  const std::string stored = ReadProgramFile("Settings.ini");
-  for (const char* method : {"backup", "wipe"}) {
-    const ProgramResult result =
-        Clean({"--item", "CleanRunMRU", "chkTemp", "--preview", "--method", method});
-    EXPECT_EQ(result.exit_code, 0);
-    const std::string begin = "File            " + temp + "sub\\a.tmp\nFolder          " + temp +
-                              "sub\nRegistry value  HKEY_CURRENT_USER\\" + kRunMruKey +
-                              ", a\nThe log of such a run:\nTemporary files... Files Deleted: 1";
-    EXPECT_EQ(result.output.substr(0, begin.size()), begin);
-    EXPECT_TRUE(
-        result.output.ends_with("\nNothing was changed. A run would remove 1 file (5 Bytes), 1 "
-                                "folder and 1 other thing.\n"))
-        << result.output;
-    EXPECT_EQ(machine->Tree(temp), (std::vector<std::string>{"sub\\", "sub\\a.tmp"}));
-    EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 1u);
-    EXPECT_EQ(ReadProgramFile("Settings.ini"), stored);
-    EXPECT_FALSE(machine->Exists(ports.program_folder + "\\Backup"));
-  }
-}
-
 TEST_F(ConsoleTest, NothingIsRemovedWhileTheSettingsCannotBeRead) {
   machine->MakeFile(temp + "a.tmp", "1");
+  machine->MakeFile(scratch + "one.qxj", "1");
+  machine->MakeFile(ports.program_folder + "\\UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
   const std::string ini = ports.program_folder + "\\Settings.ini";
   machine->MakeFolder(ini);
-  const ProgramResult result = Clean({"--item", "CleanTempFiles"});
-  EXPECT_EQ(result.exit_code, 1);
-  EXPECT_NE(result.output.find("Nothing is removed"), std::string::npos) << result.output;
-  EXPECT_TRUE(machine->Exists(temp + "a.tmp"));
-  EXPECT_EQ(Clean({"--item", "CleanTempFiles", "--preview"}).exit_code, 1) << "it is said";
+  Expect({"clean", "--item", "CleanTempFiles"}, 1, {"Nothing is removed"});
+  Expect({"clean", "--item", "CleanTempFiles", "--preview"}, 1);
+  Expect({"search", "unnecessary", "--delete"}, 1);
+  Expect({"search", "unnecessary"}, 1);
+  EXPECT_TRUE(machine->Exists(temp + "a.tmp") && machine->Exists(scratch + "one.qxj"));
   ports.files.RemoveFolder(ini);
-  EXPECT_EQ(Clean({"--item", "CleanTempFiles"}).exit_code, 0);
+  Expect({"clean", "--item", "CleanTempFiles"}, 0);
   EXPECT_FALSE(machine->Exists(temp + "a.tmp"));
 }
 
@@ -104,13 +113,56 @@ TEST_F(ConsoleTest, FilesThatStayAreSaidByTheExitCode) {
   machine->MakeFile(temp + "locked.tmp", "1");
   {
     const auto lock = machine->LockFile(temp + "locked.tmp");
-    const ProgramResult result = Clean({"--item", "CleanTempFiles", "--method", "wipe"});
-    EXPECT_EQ(result.exit_code, 3);
-    EXPECT_NE(result.output.find("Some files were not deleted"), std::string::npos);
+    Expect({"clean", "--item", "CleanTempFiles", "--method", "wipe"}, 3,
+           {"Some files were not deleted"});
   }
-  EXPECT_EQ(Clean({"--item", "CleanTempFiles", "--method", "recycle"}).exit_code, 0);
-  StoreMachine(*machine);
+  Expect({"clean", "--item", "CleanTempFiles", "--method", "recycle"}, 0);
   EXPECT_GE(ports.shell.QueryRecycleBin().items, 1u);
+}
+
+TEST_F(ConsoleTest, FindsArePrintedAndRemovedOnlyWhenAsked) {
+  machine->MakeFile(scratch + "one.qxj", "12345");
+  machine->MakeFile(scratch + "two.QXJ", "");
+  machine->MakeFile(ports.program_folder + "\\UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
+  Expect({"search", "unnecessary"}, 0, {scratch + "one.qxj\t5\t", "\tQXJ\tUnnecessary Files\n"});
+  EXPECT_TRUE(machine->Exists(scratch + "one.qxj"));
+  const auto lock = machine->LockFile(scratch + "two.QXJ");
+  Expect({"search", "unnecessary", "--delete", "--json"}, 3,
+         {"\"name\": \"one.qxj\",\n    \"bytes\": 5,", "\"deleted\": true",
+          "not deleted: " + scratch + "two.QXJ", "Files Deleted: 1 Space Gained: 5 Bytes"});
+  EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>{"two.QXJ"});
+}
+
+TEST_F(ConsoleTest, APluginIsCheckedEnabledListedAndProcessed) {
+  const std::string folder = ports.program_folder + "\\Plugins\\", log = scratch + "logs\\a.log";
+  machine->MakeFile(log, "123");
+  machine->MakeFile(folder + "qx.cdp",
+                    "D\x01My logs\r\nF\x01No\x01No\x01" + scratch + "logs\\*.log\r\n");
+  machine->MakeFile(folder + "bad.cdp",
+                    "nothing\nF\x01Maybe\x01No\x01%WINDIR%\\*.*\nR\x01Yes\nQ\x01\n");
+  Expect(
+      {"plugins", "check", "qx.cdp"}, 0,
+      {"line 1: Description: My logs\nline 2: Removes the files *.log in " + scratch + "logs.\n"});
+  Expect({"plugins", "check", "bad"}, 1,
+         {"line 1: fault: It has no separator", "line 2: fault: \"Maybe\"", "line 2: fault: ",
+          "line 3: fault: It has 2 fields of 5", "line 4: fault: \"Q\" is no kind"});
+  for (const auto& [command, tick] : {std::pair("enable", "x"), std::pair("disable", " ")}) {
+    Expect({"plugins", command, "QX"}, 0);
+    EXPECT_EQ(Run({"plugins", "list"}).output,
+              std::string("[ ] bad.cdp  \n[") + tick + "] qx.cdp  My logs\n");
+  }
+  Expect({"clean", "--item", "CleanPlugins"}, 0);
+  Expect({"plugins", "process", "qx", "none"}, 1);
+  EXPECT_TRUE(machine->Exists(log)) << "it is disabled, then one name is wrong";
+  EXPECT_EQ(Run({"plugins", "preview", "qx"}).output,
+            "File            " + log +
+                "\nNothing was changed. A run would remove 1 file (3 Bytes), "
+                "0 folders and 0 other things.\n");
+  EXPECT_TRUE(machine->Exists(log)) << "a preview removes nothing";
+  for (const char* outcome : {"1 Space Gained: 3", "0 Space Gained: 0"}) {
+    EXPECT_EQ(Run({"plugins", "process", "qx"}).output,
+              std::string("Files Deleted: ") + outcome + " Bytes\n");
+  }
 }
 
 }  // namespace

@@ -12,15 +12,9 @@ namespace {
 
 constexpr const char* kServices = "SYSTEM\\ControlSet001\\Services\\Qx Probe";
 
-class VolumeRegistryConsoleTest : public RegistryFixture {
+class VolumeRegistryConsoleTest : public Console<RegistryFixture> {
  protected:
   VolumeTestMachine& volume() { return dynamic_cast<VolumeTestMachine&>(*machine); }
-  ProgramResult Run(std::vector<std::string> arguments) {
-    StoreMachine(*machine);
-    const std::vector<std::string> where = MachineArguments(*machine);
-    arguments.insert(arguments.end(), where.begin(), where.end());
-    return RunQuellixctl(arguments);
-  }
   std::string UserHive() { return volume().Native("C:\\Users\\Quellix Tester\\NTUSER.DAT"); }
   // Writes `to` over each `from` of the same length in a hive file.
   void Bend(const std::string& file, const std::string& from, const std::string& to) {
@@ -76,9 +70,7 @@ TEST_F(VolumeRegistryConsoleTest, AnItemWhoseChangesDoNotReachTheDiskFails) {
     }
   }
   EXPECT_EQ(ReadNative(UserHive()), before);
-  const ProgramResult result = Run(arguments);
-  EXPECT_EQ(result.exit_code, 0) << result.output;
-  EXPECT_TRUE(Has(result, "Windows run history... Files Deleted: 2\n")) << result.output;
+  Expect(arguments, 0, {"Windows run history... Files Deleted: 2\n"});
   for (const auto& row : kRows) EXPECT_TRUE(machine->ValueNames(kUser, row.key).empty());
 }
 
@@ -89,12 +81,9 @@ TEST_F(VolumeRegistryConsoleTest, ReferencesThatStayAreCountedAndEndInOne) {
   machine->SetText(kUser, "Qx2", "QxNameWithNul", "x");
   Bend(UserHive(), "QxNameWithNul", std::string("QxName\0ithNul", 13));
   Set(kMachine, kServices, "ImagePath", Text(scratch + "none.sys"));
-  const ProgramResult result = Run({"registry", "file-references", "--thorough", "--delete"});
-  EXPECT_EQ(result.exit_code, 1);
-  EXPECT_TRUE(Has(result, "2 reference(s) in keys that Windows depends on are left\n"));
-  EXPECT_TRUE(Has(result, ", 1 could not be deleted\n")) << result.output;
-  EXPECT_TRUE(Has(result, "1 reference(s) could not be deleted: ")) << result.output;
-  StoreMachine(*machine);
+  Expect({"registry", "file-references", "--thorough", "--delete"}, 1,
+         {"2 reference(s) in keys that Windows depends on are left\n", ", 1 could not be deleted\n",
+          "1 reference(s) could not be deleted: "});
   EXPECT_TRUE(machine->ValueNames(kUser, "Qx1").empty());
   const auto names = machine->ValueNames(kUser, "Qx2");
   EXPECT_TRUE(std::ranges::count(names, "stays"));
@@ -126,9 +115,7 @@ TEST_F(VolumeRegistryConsoleTest, WhatAVolumeCannotJudgeIsToldApart) {
   EXPECT_TRUE(Has(apps, "6 entries, 1 orphaned, 4 not judged\n")) << apps.output;
   EXPECT_TRUE(Has(dlls, "5 entries, 1 with missing files, 0 with zero usage count, 4 not judged\n"))
       << dlls.output;
-  const ProgramResult deleted = Run({"registry", "app-paths", "--delete"});
-  EXPECT_EQ(deleted.exit_code, 0);
-  EXPECT_TRUE(Has(deleted, "5 entries, 0 orphaned, 4 not judged\n")) << deleted.output;
+  Expect({"registry", "app-paths", "--delete"}, 0, {"5 entries, 0 orphaned, 4 not judged\n"});
 }
 
 TEST_F(VolumeRegistryConsoleTest, NamesThatDifferInCaseAloneGoAsThePreviewSays) {
@@ -155,7 +142,6 @@ TEST_F(VolumeRegistryConsoleTest, NamesThatDifferInCaseAloneGoAsThePreviewSays) 
   }
   EXPECT_TRUE(Has(preview, "RunMRU, QxTwin\n") && Has(preview, "RunMRU, qXtWiN\n"))
       << preview.output;
-  StoreMachine(*machine);
   EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
   EXPECT_FALSE(machine->KeyExists(kUser, "Software\\Qx"));
 }
@@ -172,7 +158,6 @@ TEST_F(VolumeRegistryConsoleTest, APluginReachesNoServiceByAnyControlSet) {
                         std::string("R\x01") + whole + "\x01No\x01HKEY_LOCAL_MACHINE\\" + key +
                             "\x01ImagePath\r\n");
       Run({"plugins", "process", "qx"});
-      StoreMachine(*machine);
       EXPECT_EQ(machine->ValueNames(kMachine, kServices), std::vector<std::string>{"ImagePath"});
     }
   }

@@ -230,6 +230,8 @@ TEST_F(FolderContract, AttributesDoNotHinderRemovalOrReplacing) {
       const uint32_t kept = (keeps_all ? kReadOnly : 0u) | kHidden | kSystem;
       EXPECT_EQ(Attributes(name) & kept, row.attributes & kept) << name;
     }
+    folder_->SetAttributes("folder", kNormal);
+    EXPECT_EQ(Attributes("folder"), 0u);
     folder_->Rename("file", "OLD", IfThere::kReplace);
     EXPECT_EQ(Content("old"), "x");
     EXPECT_EQ(Attributes("old"), row.attributes) << "a file brings its own along";

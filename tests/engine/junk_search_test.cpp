@@ -147,12 +147,7 @@ TEST_F(JunkSearchTest, AFolderThatCannotBeEnteredIsPassedOver) {
     if (path != scratch + "closed\\") return folder;
     return std::unique_ptr<Folder>(new Closed(std::move(folder)));
   });
-  CleaningContext denied{{files, ports.registry, ports.shell, ports.url_cache, ports.profile,
-                          ports.system, ports.session, ports.program_folder},
-                         settings,
-                         engine.state(),
-                         view,
-                         mod_zip};
+  CleaningContext denied{WithFiles(ports, files), settings, engine.state(), view, mod_zip};
   Names names;
   SearchJunk(denied, JunkKind::kEmptyFiles, names);
   List found;
@@ -264,26 +259,6 @@ TEST_F(JunkSearchTest, FindsAreRemovedAndVanishedOnesAreNoFailure) {
     EXPECT_EQ(removal.reason.empty(), want != Removal::kStays) << removal.reason;
   }
   EXPECT_EQ(machine->Tree(scratch), List{"locked.x"});
-}
-
-TEST_F(JunkSearchTest, OptionsAreWrittenInTheirExactForm) {
-  SearchOptions options;
-  options.drives = JoinDrives({"C: Hard drive", "D: CD-ROM drive"});
-  options.file_reference = 2;
-  options.date = 1;
-  options.first_date = LocalTime{2020, 1, 15, 5, 6, 7};
-  options.second_date = LocalTime{2021, 12, 3};
-  options.size_maximum = true;
-  options.size_minimum = false;
-  options.hidden = 0;
-  SaveSearchOptions(ports, options);
-  const Locale locale = ports.system.UserLocale();
-  const std::string text =
-      " C: Hard drive D: CD-ROM drive\r\n2 1\r\n1 " + FormatDateTime({2020, 1, 15}, locale) + " " +
-      FormatDateTime({2021, 12, 3}, locale) + "\r\n0 False False True 1000\r\n1 0 1\r\n";
-  EXPECT_EQ(ReadProgramFile("srch.txt"), text);
-  SaveSearchOptions(ports, LoadSearchOptions(ports));
-  EXPECT_EQ(ReadProgramFile("srch.txt"), text);
 }
 
 }  // namespace

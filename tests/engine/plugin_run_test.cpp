@@ -149,16 +149,21 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
   machine->MakeFolder(std::string(FolderPart(profile)) + "Somebody Else");
   for (const char* folder : {"\\SysWOW64", "\\System32"}) machine->MakeFolder(windows + folder);
   machine->MakeFolder(ports.system.Environment("ProgramFiles").value());
+  std::string recipe;
+  for (const auto& row : kRows) recipe += row.record + "\r\n";
+  const auto remarks = modPlugin::CheckPlugin(ports, "\r\n" + Text(recipe));
+  std::string log = CleanBy(recipe);
+  ASSERT_EQ(remarks.size(), std::size(kRows)) << log;
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.record);
-    const std::string log = CleanBy(row.record + "\r\n");
-    EXPECT_NE(log.find(" is not cleaned: "), std::string::npos) << log;
-    EXPECT_NE(log.find(row.why), std::string::npos) << log;
-    const auto remarks = modPlugin::CheckPlugin(ports, "\r\n" + Text(row.record));
-    ASSERT_EQ(remarks.size(), 1u);
-    EXPECT_TRUE(remarks[0].is_fault);
-    EXPECT_EQ(remarks[0].line, 2u);
+    const auto& remark = remarks[static_cast<size_t>(&row - kRows)];
+    EXPECT_TRUE(remark.is_fault);
+    EXPECT_EQ(remark.line, static_cast<size_t>(&row - kRows) + 2);
+    EXPECT_NE(remark.text.find(row.why), std::string::npos) << remark.text;
+    EXPECT_NE(log.find(remark.text), std::string::npos) << remark.text;
+    log.erase(log.find(remark.text), remark.text.size());  // each is told by itself
   }
+  EXPECT_EQ(log.find(" is not cleaned: "), std::string::npos) << log;
   EXPECT_EQ(machine->ValueNames(kUser, "Quellix Branch").size(), 1u);
   machine->RemoveRegistryTree(kUser, "Quellix Branch");
   EXPECT_EQ(CleanBy("F|No|No|%USERPROFILE%\\qx-none\r\n"),

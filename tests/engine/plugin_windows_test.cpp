@@ -271,8 +271,7 @@ TEST_F(PluginWindowsTest, AddingALocationDoesNotSearchAWholeDisk) {
     if (!path.starts_with(scratch)) return folder;
     return std::unique_ptr<Folder>(new Counted(std::move(folder), listed));
   });
-  const Machine counted{files,         ports.registry, ports.shell,   ports.url_cache,
-                        ports.profile, ports.system,   ports.session, ports.program_folder};
+  const Machine counted = WithFiles(ports, files);
   PluginEditor other(counted, prompts, manager);
   FilesForm form{scratch + "many\\*\\*", "*.log", true, false};
   EXPECT_TRUE(other.AddFiles(form));

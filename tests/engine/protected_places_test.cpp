@@ -16,14 +16,6 @@ constexpr const char* kDownloads = "{374DE290-123F-4565-9164-39C4925E467B}";
 // Every precious place, by every way of spelling it: nothing in it goes, and the log says why.
 class ProtectedPlacesTest : public RunFixture {
  protected:
-  // Cleans the folders that the user's list names; what is left of `kept` is looked at afterwards.
-  void ExpectKept(const std::string& line, const std::string& kept) {
-    SCOPED_TRACE(line);
-    machine->MakeFile(kept, "dear");
-    machine->MakeFile(ports.program_folder + "\\UDFO.txt", line + "\r\n");
-    engine.RunOneItem(*FindItem("CleanUserFolders"));
-    EXPECT_TRUE(machine->Exists(kept));
-  }
   static std::vector<std::string> Spellings(const std::string& path) {
     std::string doubled, slashes = path;
     for (const char c : path) doubled += c == '\\' ? "\\\\" : std::string(1, c);
@@ -45,19 +37,34 @@ class ProtectedPlacesTest : public RunFixture {
 };
 
 TEST_F(ProtectedPlacesTest, NoSpellingOfAPreciousFolderEmptiesIt) {
-  const std::string windows = ports.system.WindowsFolder();
+  const std::string windows = ports.system.WindowsFolder(), system = ports.system.SystemFolder();
   const std::string profile = ports.system.Environment("USERPROFILE").value();
-  const std::string drive = windows.substr(0, 2);
-  for (const std::string& place :
-       {drive, windows, ports.system.SystemFolder(), windows + "\\WinSxS",
-        ports.system.SystemFolder() + "\\config", ports.system.SystemFolder() + "\\drivers\\etc",
-        std::string(WithoutBackslash(FolderPart(profile))), profile, profile + "\\AppData",
-        ports.system.Environment("ProgramFiles").value(), ports.program_folder,
-        ports.program_folder + "\\Backup", ports.program_folder + "\\Plugins\\Deep"}) {
-    const std::string kept = place + "\\Qx kept\\dear.tmp";
-    for (const std::string& line : Spellings(place)) ExpectKept(line, kept);
-    ExpectKept(machine->ShortName(place), kept);
-    ports.files.RemoveFile(kept);
+  const std::string places[] = {windows.substr(0, 2),
+                                windows,
+                                system,
+                                windows + "\\WinSxS",
+                                system + "\\config",
+                                system + "\\drivers\\etc",
+                                std::string(WithoutBackslash(FolderPart(profile))),
+                                profile,
+                                profile + "\\AppData",
+                                ports.system.Environment("ProgramFiles").value(),
+                                ports.program_folder,
+                                ports.program_folder + "\\Backup",
+                                ports.program_folder + "\\Plugins\\Deep"};
+  std::string lines;
+  for (const std::string& place : places) {
+    machine->MakeFile(place + "\\Qx kept\\dear.tmp", "dear");
+    for (const std::string& line : Spellings(place)) lines += line + "\r\n";
+    lines += machine->ShortName(place) + "\r\n";
+  }
+  machine->MakeFile(ports.program_folder + "\\UDFO.txt", lines);
+  engine.RunOneItem(*FindItem("CleanUserFolders"));
+  for (const std::string& place : places) {
+    const std::string& log = engine.state().RunLog;
+    EXPECT_TRUE(machine->Exists(place + "\\Qx kept\\dear.tmp")) << place << log;
+    EXPECT_NE(log.find(place + "\\ is not cleaned: "), std::string::npos) << place << log;
+    ports.files.RemoveFile(place + "\\Qx kept\\dear.tmp");
     ports.files.RemoveFolder(place + "\\Qx kept");
   }
 }

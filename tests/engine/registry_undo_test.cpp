@@ -143,8 +143,7 @@ TEST_F(RegistryUndoTest, AFullDiskLeavesTheFileAsItWas) {
   ForwardingFiles full(ports.files, [&](std::string_view, std::unique_ptr<RandomFile> file) {
     return std::make_unique<FullFile>(std::move(file), writes);
   });
-  const Machine narrow{full,          ports.registry, ports.shell,   ports.url_cache,
-                       ports.profile, ports.system,   ports.session, ports.program_folder};
+  const Machine narrow = WithFiles(ports, full);
   RegistryUndo undo;
   for (const bool is_first : {true, false}) {
     Set(kUser, "Qx1", is_first ? "first" : "second", Text("x"));

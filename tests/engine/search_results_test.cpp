@@ -76,33 +76,27 @@ TEST_F(SearchResultsTest, RowsAreSortedByWhatAColumnMeans) {
   EXPECT_TRUE(results.TakeNew());
   EXPECT_EQ(Column(), (List{"b.TXT", "A.bak", "\xC3\x84.txt", "c"})) << "as they came";
   const struct {
-    const char* name;
     ResultColumn column;
-    List up, down;
+    List up;
   } rows[] = {
-      {"name",
-       kName,
-       {"A.bak", "b.TXT", "c", "\xC3\x84.txt"},
-       {"\xC3\x84.txt", "c", "b.TXT", "A.bak"}},
-      {"bytes", kBytes, {"0", "9", "10", "5000000000"}, {"5000000000", "10", "9", "0"}},
-      {"attribute", kAttribute, {"", "A", "H", "R"}, {"R", "H", "A", ""}},
-      {"path",
-       kPath,
-       {"C:\\a\\", "C:\\A\\", "C:\\b\\", "C:\\c\\"},
-       {"C:\\c\\", "C:\\b\\", "C:\\a\\", "C:\\A\\"}},
-      {"file type", kFileType, {"", "BAK", "TXT", "TXT"}, {"TXT", "TXT", "BAK", ""}},
-      {"category",
-       kCategory,
-       {"Dead Shortcuts", "Empty Files", "Empty Files", "Unnecessary Files"},
-       {"Unnecessary Files", "Empty Files", "Empty Files", "Dead Shortcuts"}},
+      {kName, {"A.bak", "b.TXT", "c", "\xC3\x84.txt"}},
+      {kBytes, {"0", "9", "10", "5000000000"}},
+      {kAttribute, {"", "A", "H", "R"}},
+      {kPath, {"C:\\a\\", "C:\\A\\", "C:\\b\\", "C:\\c\\"}},
+      {kFileType, {"", "BAK", "TXT", "TXT"}},
+      {kCategory, {"Dead Shortcuts", "Empty Files", "Empty Files", "Unnecessary Files"}},
   };
   for (const auto& row : rows) {
     results.Sort(kBytes);
     results.Sort(row.column == kBytes ? kName : row.column);
     if (row.column == kBytes) results.Sort(kBytes);
-    EXPECT_EQ(Column(row.column), row.up) << row.name;
+    EXPECT_EQ(Column(row.column), row.up);
     results.Sort(row.column);
-    EXPECT_EQ(Column(row.column), row.down) << row.name << " descending";
+    List down = Column(row.column);
+    EXPECT_NE(down, row.up) << "descending";
+    if (row.column == kPath) continue;  // the order of two that are alike stays
+    std::ranges::reverse(down);
+    EXPECT_EQ(down, row.up);
   }
   results.Sort(kDateTime);
   EXPECT_EQ(Column(), (List{"c", "A.bak", "\xC3\x84.txt", "b.TXT"})) << "by time";
@@ -178,7 +172,11 @@ TEST_F(SearchResultsTest, ADeletionMayBeStoppedAndTheRowsSortedMeanwhile) {
   Find({"a.qxj", "b.qxj", "c.qxj", "d.qxj"});
   results.EndSearch();
   results.TickAll(true);
-  results.SetTicked(1, false);
+  view.on_yield = [this] {  // what is unticked before its turn stays
+    for (size_t row = 0; row < results.RowCount(); ++row) {
+      if (results.Text(row, kName) == "b.qxj") results.SetTicked(row, false);
+    }
+  };
   view.on_status = [this](const std::string& status) {
     if (!status.starts_with("Deleting file: ")) return;
     EXPECT_TRUE(results.deleting());
@@ -245,17 +243,6 @@ TEST_F(SearchResultsTest, WhereNobodyCanChooseNothingIsSearchedAndTheLogSaysSo) 
         << engine.state().RunLog;
   }
   EXPECT_EQ(machine->Tree(scratch), List{"a.qxj"});
-}
-
-TEST_F(SearchResultsTest, ARowThatIsUntickedBeforeItsTurnStays) {
-  Find({"a.qxj", "b.qxj"});
-  results.EndSearch();
-  results.TickAll(true);
-  view.on_yield = [this] { results.SetTicked(1, false); };
-  results.DeleteTicked();
-  EXPECT_EQ(machine->Tree(scratch), List{"b.qxj"});
-  EXPECT_EQ(Column(), List{"b.qxj"});
-  EXPECT_FALSE(results.SomeFailed());
 }
 
 TEST_F(SearchResultsTest, AnAbortedSearchLeavesItsFindsToReview) {

@@ -37,15 +37,10 @@ TEST(CommandLineTest, OnlyOneSwitchByItselfCounts) {
   };
   for (const auto& row : kRows) {
     EXPECT_EQ(ParseCommandLine(row.arguments), row.want) << '"' << row.arguments << '"';
+    const bool always = row.want == StartMode::kCleanNow || row.want == StartMode::kHidden;
+    EXPECT_EQ(CleansAtStart(row.want, false), always);
+    EXPECT_EQ(CleansAtStart(row.want, true), always || row.want == StartMode::kWithWindows);
   }
-}
-
-TEST(CommandLineTest, ARunFollowsTheSwitchesThatAskForIt) {
-  EXPECT_FALSE(CleansAtStart(StartMode::kNormal, true));
-  EXPECT_TRUE(CleansAtStart(StartMode::kWithWindows, true));
-  EXPECT_FALSE(CleansAtStart(StartMode::kWithWindows, false));
-  EXPECT_TRUE(CleansAtStart(StartMode::kCleanNow, false));
-  EXPECT_TRUE(CleansAtStart(StartMode::kHidden, false));
 }
 
 // A day of ticks every few seconds, with a clock that can be set.
@@ -122,7 +117,7 @@ TEST_F(AutoCleanTest, WithoutAnIntervalNothingRuns) {
   EXPECT_EQ(TickFor(60), 1);
 }
 
-TEST_F(AutoCleanTest, TheNextIntervalBeginsAtTheEndOfTheRun) {
+TEST_F(AutoCleanTest, ARunWaitsUntilTheUserCouldCleanAndTheNextIntervalBeginsAtItsEnd) {
   run_seconds_ = 600;
   auto_clean_.Start(int16_t{9});
   EXPECT_EQ(TickFor(10 * 60), 1);
@@ -130,15 +125,10 @@ TEST_F(AutoCleanTest, TheNextIntervalBeginsAtTheEndOfTheRun) {
   EXPECT_EQ(TickFor(60), 1);
   // Two more minutes a round: one that only begins counts, and ticks do not fall on minutes.
   EXPECT_EQ(TickFor(24 * 3600), 24 * 60 / 10);
-}
-
-TEST_F(AutoCleanTest, ARunThatIsDueWaitsUntilTheUserCouldClean) {
-  auto_clean_.Start(int16_t{5});
   can_clean_ = false;
   EXPECT_EQ(TickFor(3600), 0);
   can_clean_ = true;
   EXPECT_EQ(TickFor(5), 1);
-  EXPECT_EQ(TickFor(5 * 60), 0);
 }
 
 TEST_F(AutoCleanTest, AClockThatIsSetStartsNoStormAndDelaysNoRun) {
@@ -214,19 +204,14 @@ TEST_F(TipsTest, AnyStoredNumberLeadsToATip) {
   }
 }
 
-TEST_F(TipsTest, OfNoTipsNothingIsShownOrStored) {
-  Tips tips(ports);
-  EXPECT_FALSE(tips.Load());
+TEST_F(TipsTest, OfNoTipsNothingIsShownAndWhereNothingCanBeStoredNothingIsSaid) {
+  EXPECT_FALSE(Tips(ports).Load());
   for (const std::string& text : {std::string(), std::string("\r\n\r\n"),
                                   std::string((1 << 20) + 1, 'x'), std::string(17 << 20, 'x')}) {
     WriteTips(text);
     EXPECT_EQ(ShowOne(), "");
   }
-  machine->MakeFolder(scratch + "x");
   EXPECT_EQ(Stored(), "");
-}
-
-TEST_F(TipsTest, AStoreThatCannotBeWrittenIsSilent) {
   WriteTips("one\ntwo\n");
   StoreIndex("0");
   {
@@ -282,12 +267,12 @@ TEST(ShutDownTest, EachCommandPassesItsFlags) {
       {"Force Shutdown", modShutDown::ForceShutDown, "exit 4 4294967295"},
   };
   for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
     for (const bool fails : {false, true}) {
       RecordingSession session;
       session.fails = fails;
       row.command(session);
-      EXPECT_EQ(session.calls, (std::vector<std::string>{"enable SeShutdownPrivilege", row.exit}));
+      EXPECT_EQ(session.calls, (std::vector<std::string>{"enable SeShutdownPrivilege", row.exit}))
+          << row.name;
     }
   }
 }

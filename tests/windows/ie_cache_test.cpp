@@ -59,66 +59,47 @@ class FrmIECacheTest : public ::testing::Test {
     EXPECT_TRUE(AwaitStatus(cache, L"4 entries"));
     return cache;
   }
-  static void Choose(HWND cache, int option) { Press(AwaitControl(cache, option)); }
-  static int Count(HWND cache) {
-    return static_cast<int>(SendDlgItemMessageW(cache, lstvCache, LVM_GETITEMCOUNT, 0, 0));
-  }
   static bool AwaitStatus(HWND cache, std::wstring_view text) {
-    return Await([&] { return TextOf(GetDlgItem(cache, lblStatus)) == text; });
+    return AwaitText(cache, lblStatus, text);
   }
   // Moves to the row of a source with the keys of the list.
   static void Select(const QuellixWindow& window, HWND cache, std::wstring_view source) {
     const HWND list = GetDlgItem(cache, lstvCache);
     window.PressKey(list, VK_HOME);
     for (int row = 0; window.RowText(list, row, 0) != source; ++row) {
-      ASSERT_LT(row, Count(cache));
+      ASSERT_LT(row, CountRows(list));
       window.PressKey(list, VK_DOWN);
     }
   }
-  static bool AwaitText(HWND cache, std::wstring_view text) {
-    const HWND shown = GetDlgItem(cache, txtCache);
-    return Await([&] { return IsWindowVisible(shown) && TextOf(shown) == text; });
+  // Chooses a row; whether it is shown as this text.
+  static bool ShowsAs(const QuellixWindow& window, HWND cache, std::wstring_view source,
+                      std::wstring_view text) {
+    Select(window, cache, source);
+    return AwaitText(cache, txtCache, text) && IsWindowVisible(GetDlgItem(cache, txtCache));
   }
 };
 
-TEST_F(FrmIECacheTest, EntriesAreListedByKind) {
+TEST_F(FrmIECacheTest, EntriesAreListedByKindAndShown) {
   const QuellixWindow window;
   const HWND cache = Open(window);
   ASSERT_TRUE(cache);
-  EXPECT_FALSE(IsWindowEnabled(window.main()));
-  EXPECT_EQ(TextOf(GetDlgItem(cache, lblDisplaying)), L"Displaying: None");
-  struct Row {
+  EXPECT_EQ(Shown(cache, lblDisplaying), L"Displaying: None");
+  const std::wstring cookie = L"Cookie:anna@c.example/", visit = L"Visited: anna@http://d.example/";
+  const struct {
     int option;
-    const wchar_t* source;
-  };
-  static constexpr Row kRows[] = {{optCookies, L"Cookie:anna@c.example/"},
-                                  {optHistory, L"Visited: anna@http://d.example/"},
-                                  {optURL, L"http://b.example/red"}};
-  for (const Row& row : kRows) {
-    Choose(cache, row.option);
+    std::wstring source;
+  } kRows[] = {{optCookies, cookie}, {optHistory, visit}, {optURL, L"http://b.example/red"}};
+  for (const auto& row : kRows) {
+    Press(AwaitControl(cache, row.option));
     EXPECT_TRUE(AwaitStatus(cache, L"1 entries")) << row.option;
     EXPECT_EQ(window.RowText(GetDlgItem(cache, lstvCache), 0, 0), row.source);
   }
-  Choose(cache, optAll);
+  Press(AwaitControl(cache, optAll));
   EXPECT_TRUE(AwaitStatus(cache, L"4 entries"));
-  MakeCacheEntry({.source = L"http://e.example/new"});
-  PressIn(cache, cmdRefresh);
-  EXPECT_TRUE(AwaitStatus(cache, L"5 entries"));
-  PressIn(cache, IDCANCEL);
-  EXPECT_TRUE(Await([&] { return !IsWindow(cache) && IsWindowEnabled(window.main()); }));
-}
-
-TEST_F(FrmIECacheTest, TheChosenEntryIsShown) {
-  const QuellixWindow window;
-  const HWND cache = Open(window);
-  ASSERT_TRUE(cache);
-  Select(window, cache, L"Cookie:anna@c.example/");
-  EXPECT_TRUE(AwaitText(cache, L"User: anna\r\nAddress: c.example/"));
-  Select(window, cache, L"Visited: anna@http://d.example/");
-  EXPECT_TRUE(AwaitText(cache, L"User: anna\r\nAddress: http://d.example/"));
-  Select(window, cache, L"http://a.example/page");
-  EXPECT_TRUE(AwaitText(cache, L"<p>\r\nplain words"));
-  EXPECT_EQ(TextOf(GetDlgItem(cache, lblDisplaying)), L"Displaying: http://a.example/page");
+  EXPECT_TRUE(ShowsAs(window, cache, cookie, L"User: anna\r\nAddress: c.example/"));
+  EXPECT_TRUE(ShowsAs(window, cache, visit, L"User: anna\r\nAddress: http://d.example/"));
+  EXPECT_TRUE(ShowsAs(window, cache, L"http://a.example/page", L"<p>\r\nplain words"));
+  EXPECT_EQ(Shown(cache, lblDisplaying), L"Displaying: http://a.example/page");
 
   Select(window, cache, L"http://b.example/red");
   const HWND pane = GetDlgItem(cache, wbCache);
@@ -140,6 +121,11 @@ TEST_F(FrmIECacheTest, TickedRowsAreDeletedAndLockedOnesStay) {
   const HWND cache = Open(window);
   ASSERT_TRUE(cache);
   const HWND list = GetDlgItem(cache, lstvCache);
+  MakeCacheEntry({.source = L"http://e.example/new"});
+  PressIn(cache, cmdRefresh);
+  EXPECT_TRUE(AwaitStatus(cache, L"5 entries"));
+  Select(window, cache, L"http://e.example/new");
+  window.PressKey(list, VK_SPACE);
   Select(window, cache, L"http://a.example/page");
   window.PressKey(list, VK_SPACE);
   PressIn(cache, cmdDelete);

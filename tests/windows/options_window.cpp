@@ -62,10 +62,7 @@ bool OptionsWindow::PressAndClose(int id) const {
 
 bool OptionsWindow::PressAndRead(int id, const std::wstring& part) const {
   Press(Control(id));
-  const HWND message = program_.AwaitMessage(part);
-  if (!message) return false;
-  PressIn(message, IDOK);
-  return Await([&] { return !IsWindow(message); });
+  return program_.Answer(part, IDOK);
 }
 
 }  // namespace quellix::test

@@ -46,116 +46,105 @@ class PluginWindowsTest : public ::testing::Test {
     RegDeleteTreeW(HKEY_CURRENT_USER, kKey);
   }
   static bool HasValue(const wchar_t* name) {
-    return RegGetValueW(HKEY_CURRENT_USER, kKey, name, RRF_RT_ANY, nullptr, nullptr, nullptr) ==
-           ERROR_SUCCESS;
+    return RegistryText(HKEY_CURRENT_USER, kKey, name) != L"<missing>";
   }
   static HWND OpenManager(const QuellixWindow& window) {
     window.Choose(mnuManagePlugin);
     return window.AwaitWindow(L"Plugins Manager");
   }
-  static void Type(HWND window, int id, const std::wstring& text) {
-    SendMessageW(GetDlgItem(window, id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
-  }
-  static void Click(HWND window, int id) { SendMessageW(AwaitControl(window, id), BM_CLICK, 0, 0); }
-  static int Rows(HWND window, int list) {
-    return static_cast<int>(SendDlgItemMessageW(window, list, LVM_GETITEMCOUNT, 0, 0));
+  static HWND OpenEditor(const QuellixWindow& window, HWND manager) {
+    PressIn(manager, mnuCreate);
+    return window.AwaitWindow(L"Plugin: NoName");
   }
   static bool AwaitRows(HWND window, int list, int count) {
-    return Await([&] { return Rows(window, list) == count; });
+    return Await([&] { return CountRows(GetDlgItem(window, list)) == count; });
   }
-  static bool AwaitText(HWND window, int id, std::wstring_view text) {
-    return Await([&] { return TextOf(GetDlgItem(window, id)) == text; });
+  static bool AwaitVisible(HWND window, int id) {
+    return Await([&] { return IsWindowVisible(GetDlgItem(window, id)) != FALSE; });
   }
   // A page is chosen by the arrow keys of the tab, from the first one on.
   static void ChoosePage(const QuellixWindow& window, HWND editor, int list) {
-    const HWND tab = GetDlgItem(editor, sstPlugin);
-    window.PressKey(tab, VK_RIGHT);
-    EXPECT_TRUE(Await([&] { return IsWindowVisible(GetDlgItem(editor, list)) != FALSE; }));
+    window.PressKey(GetDlgItem(editor, sstPlugin), VK_RIGHT);
+    EXPECT_TRUE(AwaitVisible(editor, list));
   }
-  // Answers a message that holds a text.
-  static void Answer(const QuellixWindow& window, std::wstring_view text, int button) {
-    const HWND message = window.AwaitMessage(text);
-    ASSERT_TRUE(message) << "no message";
-    PressIn(message, button);
-    EXPECT_TRUE(Await([&] { return !IsWindow(message); }));
+  // A button that is refused with a message.
+  static void Refused(const QuellixWindow& window, HWND dialog, int button, const wchar_t* text) {
+    PressIn(dialog, button);
+    EXPECT_TRUE(window.Answer(text, IDOK)) << button;
   }
-  static void SaveAs(const QuellixWindow& window, HWND editor, const wchar_t* name) {
-    PressIn(editor, cmdSave);
-    const HWND question = window.AwaitMessage(L"Please enter filename for the plugin");
-    ASSERT_TRUE(question);
-    Type(question, txtAnswer, name);
-    PressIn(question, IDOK);
-  }
+
+  void FillFiles(const QuellixWindow& window, HWND editor) const;
+  static void FillRegistry(const QuellixWindow& window, HWND editor);
+  void FillIni(const QuellixWindow& window, HWND editor) const;
 };
 
-TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedSavedAndProcessed) {
-  const QuellixWindow window;
-  const HWND manager = OpenManager(window);
-  ASSERT_TRUE(manager);
-  EXPECT_FALSE(IsWindowEnabled(window.main()));
-  PressIn(manager, mnuCreate);
-  const HWND editor = window.AwaitWindow(L"Plugin: NoName");
-  ASSERT_TRUE(editor);
-  Type(editor, txtDescription, L"Meine Gr\u00F6\u00DFen");
-  EXPECT_EQ(TextOf(GetDlgItem(editor, txtFileExt)), L"*.*");
-  PressIn(editor, cmdFilesAdd);
-  Answer(window, L"You must provide a path", IDOK);
+void PluginWindowsTest::FillFiles(const QuellixWindow& window, HWND editor) const {
+  Refused(window, editor, cmdFilesAdd, L"You must provide a path");
   Type(editor, txtFilePath, L"C:\\");
-  PressIn(editor, cmdFilesAdd);
-  Answer(window, L"C:\\*.* is not cleaned", IDOK);
+  Refused(window, editor, cmdFilesAdd, L"C:\\*.* is not cleaned");
   Type(editor, txtFilePath, kFolder / "in");
   Type(editor, txtFileExt, L"*.log");
-  Click(editor, chkFileRecurse);
-  Click(editor, chkFileDeletesubFolders);
+  for (const int box : {chkFileRecurse, chkFileDeletesubFolders}) Click(editor, box);
   PressIn(editor, cmdFilesAdd);
   ASSERT_TRUE(AwaitRows(editor, lstvFiles, 1));
   EXPECT_TRUE(AwaitText(editor, txtFilePath, L"") && AwaitText(editor, txtFileExt, L""));
   EXPECT_EQ(SendDlgItemMessageW(editor, chkFileDeletesubFolders, BM_GETCHECK, 0, 0), BST_UNCHECKED);
-  EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvFiles), 0, 2),
-            (kFolder / "in" / "*.log").wstring());
+}
 
+void PluginWindowsTest::FillRegistry(const QuellixWindow& window, HWND editor) {
   ChoosePage(window, editor, lstvRegistry);
   EXPECT_FALSE(IsWindowVisible(GetDlgItem(editor, txtFilePath)));
   Type(editor, txtRegistrySubkey, kKey);
-  PressIn(editor, cmdGenerateValues);
-  Answer(window, L"Please enter a value", IDOK);
+  Refused(window, editor, cmdGenerateValues, L"Please enter a value");
   Type(editor, txtRegistryValue, L"File");
   PressIn(editor, cmdGenerateValues);
   const HWND generator = window.AwaitWindow(L"Generate keys");
   ASSERT_TRUE(generator);
   Type(generator, cmbFrom, L"3");
   Type(generator, cmbTo, L"2");
-  PressIn(generator, IDOK);
-  Answer(window, L"The To value should be greater than from", IDOK);
+  Refused(window, generator, IDOK, L"The To value should be greater than from");
   Type(generator, cmbFrom, L"1");
   PressIn(generator, IDOK);
   ASSERT_TRUE(AwaitRows(editor, lstvRegistry, 2));
   EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvRegistry), 1, 3), L"File2");
+}
 
+void PluginWindowsTest::FillIni(const QuellixWindow& window, HWND editor) const {
   ChoosePage(window, editor, lstvINI);
-  PressIn(editor, cmdINIAdd);
-  Answer(window, L"File Path is not valid", IDOK);
+  Refused(window, editor, cmdINIAdd, L"File Path is not valid");
   Type(editor, txtINIFileName, kFolder / "x.ini");
   Type(editor, cmbINISections, L"Recent");
   Click(editor, chkINIEraseSection);
   PressIn(editor, cmdINIAdd);
   ASSERT_TRUE(AwaitRows(editor, lstvINI, 1));
+}
 
+TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedAndSaved) {
+  const QuellixWindow window;
+  const HWND manager = OpenManager(window), editor = OpenEditor(window, manager);
+  ASSERT_TRUE(manager && editor);
+  Type(editor, txtDescription, L"Meine Gr\u00F6\u00DFen");
+  FillFiles(window, editor);
+  FillRegistry(window, editor);
+  FillIni(window, editor);
   PressIn(editor, cmdTry);
   const HWND trial = window.AwaitWindow(L"Try it");
   ASSERT_TRUE(trial);
   EXPECT_TRUE(AwaitRows(trial, lstvTry, 5));
   EXPECT_TRUE(AwaitText(trial, lblStatus,
                         L"Would remove 2 files (2.00 KB) and 3 other things. Nothing was removed."))
-      << ::testing::PrintToString(TextOf(GetDlgItem(trial, lblStatus)));
-  EXPECT_EQ(window.RowText(GetDlgItem(trial, lstvTry), 0, 0), L"INI section");
+      << ::testing::PrintToString(Shown(trial, lblStatus));
   PressIn(trial, IDCANCEL);
   EXPECT_TRUE(Await([&] { return IsWindowEnabled(editor) != FALSE; }));
   EXPECT_TRUE(std::filesystem::exists(kFolder / "in" / "a.log") && HasValue(L"File1"));
 
   PressIn(editor, IDCANCEL);
-  Answer(window, L"Close without saving?", IDNO);
-  SaveAs(window, editor, L"qx one");
+  EXPECT_TRUE(window.Answer(L"Close without saving?", IDNO));
+  PressIn(editor, cmdSave);
+  const HWND question = window.AwaitMessage(L"Please enter filename for the plugin");
+  ASSERT_TRUE(question);
+  Type(question, txtAnswer, L"qx one");
+  PressIn(question, IDOK);
   EXPECT_EQ(window.AwaitWindow(L"Plugin: qx one.cdp"), editor);
   EXPECT_EQ(ReadBytes(Recipe("qx one.cdp")),
             Text("D|Meine Gr\xC3\xB6\xC3\x9F"
@@ -163,44 +152,16 @@ TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedSavedAndProcessed) {
                  "R|No|No|HKEY_CURRENT_USER\\Software\\Quellix Window Test|File1\r\n"
                  "R|No|No|HKEY_CURRENT_USER\\Software\\Quellix Window Test|File2\r\n"
                  "I|x.ini|Recent|Yes||C:\\quellix-tests\\plugins\\\r\n"));
-  EXPECT_TRUE(AwaitText(manager, lblStatus, L"1 plug-in(s) listed"));
   PressIn(editor, IDCANCEL);
-  ASSERT_TRUE(Await([&] { return !IsWindow(editor); }));
-
-  const HWND list = GetDlgItem(manager, lstvPlugin);
-  EXPECT_EQ(window.RowText(list, 0, 0), L"qx one.cdp");
-  EXPECT_TRUE(IsRowTicked(list, 0));
-  EXPECT_TRUE(IsWindowEnabled(GetDlgItem(manager, mnuProcess))) << "what was saved is selected";
-  PressIn(manager, mnuDeselectAll);
-  ASSERT_TRUE(Await([&] { return IsWindowEnabled(GetDlgItem(manager, mnuProcess)) == FALSE; }));
-  PressIn(manager, mnuSelectAll);
-  ASSERT_TRUE(Await([&] { return IsWindowEnabled(GetDlgItem(manager, mnuProcess)) != FALSE; }));
-  PressIn(manager, mnuProcess);
-  EXPECT_TRUE(
-      AwaitText(manager, lblStatus,
-                L"Processed selected plugin(s) Total Files Deleted: 2 Space Gained: 2.00 KB"))
-      << ::testing::PrintToString(TextOf(GetDlgItem(manager, lblStatus)));
-  EXPECT_FALSE(std::filesystem::exists(kFolder / "in" / "a.log"));
-  EXPECT_FALSE(std::filesystem::exists(kFolder / "in" / "sub" / "b.log"));
-  EXPECT_TRUE(std::filesystem::exists(kFolder / "in" / "kept.txt"));
-  EXPECT_TRUE(std::filesystem::exists(kFolder / "in" / "sub"));
-  EXPECT_FALSE(HasValue(L"File1") || HasValue(L"File2"));
-  EXPECT_TRUE(HasValue(L"File3"));
-  EXPECT_EQ(ReadBytes(kFolder / "x.ini"), "[Main]\r\na=1\r\n");
-
-  PressIn(manager, IDCANCEL);
-  ASSERT_TRUE(Await([&] { return IsWindowEnabled(window.main()) != FALSE; }));
-  EXPECT_EQ(ReadBytes(List()), Text("1|qx one.cdp|Meine Gr\xC3\xB6\xC3\x9F"
-                                    "en\r\n"));
-  EXPECT_TRUE(window.Close());
+  ASSERT_TRUE(AwaitGone(editor));
+  EXPECT_TRUE(AwaitText(manager, lblStatus, L"1 plug-in(s) listed"));
+  EXPECT_TRUE(IsRowTicked(GetDlgItem(manager, lstvPlugin), 0));
+  EXPECT_TRUE(IsEnabled(manager, mnuProcess)) << "what was saved is selected";
 }
 
 TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
   const QuellixWindow window;
-  const HWND manager = OpenManager(window);
-  ASSERT_TRUE(manager);
-  PressIn(manager, mnuCreate);
-  const HWND editor = window.AwaitWindow(L"Plugin: NoName");
+  const HWND editor = OpenEditor(window, OpenManager(window));
   ASSERT_TRUE(editor);
   // The folder dialog begins with the user's desktop.
   wchar_t desktop[MAX_PATH];
@@ -211,7 +172,7 @@ TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
     const HWND browse = window.AwaitMessage(L"The folder whose files go:");
     ASSERT_TRUE(browse);
     PressIn(browse, button);
-    ASSERT_TRUE(Await([&] { return !IsWindow(browse); }));
+    ASSERT_TRUE(AwaitGone(browse));
     EXPECT_TRUE(AwaitText(editor, txtFilePath, button == IDOK ? desktop : L"typed"));
   }
 
@@ -237,15 +198,22 @@ TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
   ASSERT_TRUE(AwaitRows(editor, lstvFiles, 1));
   EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvFiles), 0, 2),
             (kFolder / "in" / "a.log").wstring());
+}
 
-  // The keyboard turns the pages and leads from the tab into the page.
+TEST_F(PluginWindowsTest, TheKeyboardTurnsThePagesAndAnIniFileIsOffered) {
+  const QuellixWindow window;
+  const HWND editor = OpenEditor(window, OpenManager(window));
+  ASSERT_TRUE(editor);
+  ExpectKeys(editor);
+  SendMessageW(editor, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(editor, flFileAlternate)),
+               TRUE);
   PressKeys(editor, {VK_CONTROL, VK_TAB});
-  EXPECT_TRUE(Await([&] { return IsWindowVisible(GetDlgItem(editor, lstvRegistry)) != FALSE; }));
+  EXPECT_TRUE(AwaitVisible(editor, lstvRegistry));
   EXPECT_TRUE(AwaitFocus(editor, sstPlugin)) << "not in a field that is hidden";
   PressKeys(editor, {VK_TAB});
   EXPECT_TRUE(AwaitFocus(editor, lstvRegistry));
   PressKeys(editor, {VK_CONTROL, VK_TAB});
-  EXPECT_TRUE(Await([&] { return IsWindowVisible(GetDlgItem(editor, lstvINI)) != FALSE; }));
+  EXPECT_TRUE(AwaitVisible(editor, lstvINI));
   PressIn(editor, cmdINIBrowse);
   const HWND open = window.AwaitWindow(L"Open");
   ASSERT_TRUE(open);
@@ -267,7 +235,7 @@ TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
   EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvINI), 0, 3), L"b");
 }
 
-TEST_F(PluginWindowsTest, TicksDecideWhatTheMenuAndARunProcess) {
+TEST_F(PluginWindowsTest, TicksAndSelectionDecideWhatIsProcessedEditedAndDeleted) {
   WriteBytes(Recipe("qx one.cdp"), Text("F|No|No|C:\\quellix-tests\\plugins\\in\\*.log\r\n"));
   WriteBytes(Recipe("qx two.cdp"), Text("F|No|No|C:\\quellix-tests\\plugins\\in\\*.txt\r\n"));
   WriteBytes(List(), Text("0|qx one.cdp|first\r\n1|qx two.cdp|second\r\n1|gone.cdp|\r\n"));
@@ -277,38 +245,40 @@ TEST_F(PluginWindowsTest, TicksDecideWhatTheMenuAndARunProcess) {
   EXPECT_TRUE(AwaitText(manager, lblStatus, L"2 plugin(s) listed"));
   const HWND list = GetDlgItem(manager, lstvPlugin);
   // By the keyboard: the first row is selected, and the space bar turns its tick.
-  window.PressKey(list, VK_SPACE);
-  EXPECT_TRUE(Await([&] { return IsRowTicked(list, 0); }));
-  window.PressKey(list, VK_DOWN);
-  window.PressKey(list, VK_SPACE);
-  EXPECT_TRUE(Await([&] { return !IsRowTicked(list, 1); }));
+  for (const WPARAM key : {VK_SPACE, VK_DOWN, VK_SPACE}) window.PressKey(list, key);
+  EXPECT_TRUE(Await([&] { return IsRowTicked(list, 0) && !IsRowTicked(list, 1); }));
   PressIn(manager, IDCANCEL);
-  ASSERT_TRUE(Await([&] { return IsWindowEnabled(window.main()) != FALSE; }));
+  ASSERT_TRUE(AwaitGone(manager));
   EXPECT_EQ(ReadBytes(List()), Text("1|qx one.cdp|first\r\n0|qx two.cdp|second\r\n"));
-
   window.Choose(mnuProcessPlugin);
-  Answer(window, L"Files Deleted: 1\r\nSpace Gained: 2.00  KB\r\nBacked Up: 0 file(s)", IDOK);
+  EXPECT_TRUE(
+      window.Answer(L"Files Deleted: 1\r\nSpace Gained: 2.00  KB\r\nBacked Up: 0 file(s)", IDOK));
   EXPECT_FALSE(std::filesystem::exists(kFolder / "in" / "a.log"));
   EXPECT_TRUE(std::filesystem::exists(kFolder / "in" / "kept.txt"));
 
   // The window is opened again; a row is edited by Enter and deleted by its key.
   manager = OpenManager(window);
   ASSERT_TRUE(manager);
-  EXPECT_TRUE(AwaitText(manager, lblStatus, L"2 plugin(s) listed"));
   PressIn(manager, mnuEdit);
   const HWND editor = window.AwaitWindow(L"Plugin: qx one.cdp");
   ASSERT_TRUE(editor);
-  EXPECT_EQ(Rows(editor, lstvFiles), 1);
+  EXPECT_TRUE(AwaitRows(editor, lstvFiles, 1));
   PressIn(editor, IDCANCEL);
-  ASSERT_TRUE(Await([&] { return !IsWindow(editor); }));
+  ASSERT_TRUE(AwaitGone(editor));
   window.PressKey(GetDlgItem(manager, lstvPlugin), VK_DELETE);
-  Answer(window, L"Are you sure you want to delete selected Plugin(s)?", IDYES);
+  EXPECT_TRUE(window.Answer(L"Are you sure you want to delete selected Plugin(s)?", IDYES));
   EXPECT_TRUE(AwaitText(manager, lblStatus, L"1 plugin(s) listed"));
   EXPECT_FALSE(std::filesystem::exists(Recipe("qx one.cdp")));
+  PressIn(manager, mnuSelectAll);
+  ASSERT_TRUE(AwaitEnabled(manager, mnuProcess));
+  PressIn(manager, mnuProcess);
+  EXPECT_TRUE(AwaitText(manager, lblStatus,
+                        L"Processed selected plugin(s) Total Files Deleted: 1 Space Gained: none"))
+      << ::testing::PrintToString(Shown(manager, lblStatus));
+  EXPECT_FALSE(std::filesystem::exists(kFolder / "in" / "kept.txt"));
   PressIn(manager, mnuExit);
-  ASSERT_TRUE(Await([&] { return IsWindowEnabled(window.main()) != FALSE; }));
+  ASSERT_TRUE(AwaitGone(manager));
   EXPECT_EQ(ReadBytes(List()), Text("0|qx two.cdp|second\r\n"));
-  EXPECT_TRUE(window.Close());
 }
 
 }  // namespace

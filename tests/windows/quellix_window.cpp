@@ -240,6 +240,13 @@ void QuellixWindow::PressKey(HWND control, WPARAM key) const {
   PostAndAwait(control, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
 }
 
+bool QuellixWindow::Answer(std::wstring_view part, int button) const {
+  const HWND message = AwaitMessage(part);
+  if (!message) return false;
+  PressIn(message, button);
+  return AwaitGone(message);
+}
+
 bool QuellixWindow::RightClick(int id) const {
   DWORD_PTR result;
   const LPARAM middle = MAKELPARAM(5, 5);
@@ -253,6 +260,84 @@ std::wstring TextOf(HWND control) {
       SendMessageW(control, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
   text.resize(static_cast<size_t>(length));
   return text;
+}
+
+std::wstring Shown(HWND window, int id) { return TextOf(GetDlgItem(window, id)); }
+bool IsEnabled(HWND window, int id) { return IsWindowEnabled(GetDlgItem(window, id)) != FALSE; }
+bool AwaitEnabled(HWND window, int id) {
+  return Await([&] { return IsEnabled(window, id); });
+}
+bool AwaitText(HWND window, int id, std::wstring_view text) {
+  return Await([&] { return Shown(window, id) == text; });
+}
+bool AwaitPart(HWND window, int id, std::wstring_view part) {
+  return Await([&] { return Shown(window, id).find(part) != std::wstring::npos; });
+}
+void Type(HWND window, int id, const std::wstring& text) {
+  SendMessageW(GetDlgItem(window, id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+}
+void Click(HWND window, int id) { SendMessageW(AwaitControl(window, id), BM_CLICK, 0, 0); }
+
+bool AwaitGone(HWND window) {
+  return Await([&] { return !IsWindow(window); });
+}
+
+bool CloseAndAwait(HWND window) {
+  SendMessageW(window, WM_CLOSE, 0, 0);
+  return AwaitGone(window);
+}
+
+int CountRows(HWND list) { return static_cast<int>(SendMessageW(list, LVM_GETITEMCOUNT, 0, 0)); }
+
+std::wstring RegistryText(HKEY root, const std::wstring& key, const wchar_t* name) {
+  wchar_t text[600] = {};
+  DWORD size = sizeof(text) - sizeof(wchar_t);
+  return RegGetValueW(root, key.c_str(), name, RRF_RT_REG_SZ, nullptr, text, &size) == ERROR_SUCCESS
+             ? text
+             : L"<missing>";
+}
+
+void SetRegistryText(HKEY root, const std::wstring& key, const wchar_t* name,
+                     const std::wstring& text) {
+  RegSetKeyValueW(root, key.c_str(), name, REG_SZ, text.c_str(),
+                  static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+}
+
+namespace {
+
+bool IsOfClass(HWND control, std::wstring_view name) {
+  wchar_t text[50] = {};
+  GetClassNameW(control, text, 50);
+  return text == name;
+}
+
+// Pages are dialogs within the window.
+void CheckKeys(HWND parent, const std::set<HWND>& reached, std::set<wchar_t>& letters) {
+  for (HWND at = GetWindow(parent, GW_CHILD); at; at = GetWindow(at, GW_HWNDNEXT)) {
+    if (!IsWindowVisible(at)) continue;
+    if (IsOfClass(at, kDialogClass)) CheckKeys(at, reached, letters);
+    const std::wstring text = TextOf(at);
+    SCOPED_TRACE(::testing::PrintToString(text) + " " + std::to_string(GetDlgCtrlID(at)));
+    const LRESULT code = SendMessageW(at, WM_GETDLGCODE, 0, 0);
+    const bool is_told_of = (code & (DLGC_STATIC | DLGC_RADIOBUTTON)) != 0 ||
+                            IsOfClass(at, PROGRESS_CLASSW) || IsOfClass(at, kDialogClass);
+    EXPECT_TRUE(is_told_of || !IsWindowEnabled(at) || reached.contains(at));
+    const size_t ampersand = text.find(L'&');
+    if (ampersand == text.npos || text[ampersand + 1] == L'&') continue;
+    const auto letter = static_cast<wchar_t>(towlower(text[ampersand + 1]));
+    EXPECT_TRUE(letters.insert(letter).second);
+  }
+}
+
+}  // namespace
+
+size_t ExpectKeys(HWND window, std::set<wchar_t> letters) {
+  std::set<HWND> reached;
+  for (HWND at = GetNextDlgTabItem(window, nullptr, FALSE); at && reached.insert(at).second;) {
+    at = GetNextDlgTabItem(window, at, FALSE);
+  }
+  CheckKeys(window, reached, letters);
+  return letters.size();
 }
 
 void AwaitInput(HWND control) {

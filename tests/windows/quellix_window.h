@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -77,6 +78,8 @@ class QuellixWindow : public QuellixProcess {
   HWND Control(int id) const { return GetDlgItem(main_, id); }
   bool IsChecked(int id) const;
   bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
+  // Answers a message that shows `part`; false when none appears.
+  bool Answer(std::wstring_view part, int button) const;
   // What follows waits until the control and its window take input.
   HWND AwaitControl(int id) const;
   // Clicks a control and returns when its effect is there.
@@ -99,6 +102,26 @@ class QuellixWindow : public QuellixProcess {
 };
 
 std::wstring TextOf(HWND control);
+
+// By the number of a control in a window.
+std::wstring Shown(HWND window, int id);
+bool IsEnabled(HWND window, int id);
+bool AwaitEnabled(HWND window, int id);
+bool AwaitText(HWND window, int id, std::wstring_view text);
+bool AwaitPart(HWND window, int id, std::wstring_view part);
+void Type(HWND window, int id, const std::wstring& text);
+void Click(HWND window, int id);
+
+bool AwaitGone(HWND window);
+bool CloseAndAwait(HWND window);
+int CountRows(HWND list);
+// A text of the user's part of the registry, or of the machine's; "<missing>" without one.
+std::wstring RegistryText(HKEY root, const std::wstring& key, const wchar_t* name);
+void SetRegistryText(HKEY root, const std::wstring& key, const wchar_t* name,
+                     const std::wstring& text);
+// Every control that takes input is reached by Tab, and no two have the same letter; `letters` are
+// those of the menus. Returns how many letters there are then.
+size_t ExpectKeys(HWND window, std::set<wchar_t> letters = {});
 // Whether a row of a list with check boxes is ticked.
 bool IsRowTicked(HWND list, int row);
 

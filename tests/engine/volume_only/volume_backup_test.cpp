@@ -10,6 +10,7 @@
 #include "backup/backup_folder.h"
 #include "run/stayed.h"
 #include "support/backup_fixture.h"
+#include "support/forwarding_files.h"
 #include "support/hive_file.h"
 #include "support/volume_seed.h"
 
@@ -70,29 +71,56 @@ TEST_F(VolumeBackupTest, ArchivesOfAnotherProgramAreReadAndRepaired) {
   EXPECT_EQ(Content(scratch + "other.zip"), want);
 }
 
-TEST_F(VolumeBackupTest, AFileBeyondFourGibibytesComesBack) {
-  if (kSlow) GTEST_SKIP() << "the libraries that take the time here are not instrumented";
-  const std::string native = Native(tree + "sparse");
-  fs::create_directories(fs::path(native).parent_path());
-  WriteNative(native, "begin");
-  fs::resize_file(native, (4ull << 30) + 3);
-  machine->MakeFile(tree + "small", "behind");
-  CleanInOrder({"sparse", "small"});
-  const std::string archive = OnlyArchive(), path = Native(safe + archive);
-  EXPECT_LT(fs::file_size(path), 64u << 20);
-  EXPECT_EQ(Shell("unzip -l '" + path + "'"), 0);
-  fs::resize_file(path, fs::file_size(path) - 10);
-  const std::optional<Repair> repair = FoundIn(archive);  // unpacks everything
-  ASSERT_TRUE(repair);
-  EXPECT_EQ(repair->kept, 2u);
-  EXPECT_EQ(repair->damaged, 0u);
-  EXPECT_EQ(backups.ListEntries(archive)[0].size, (4ull << 30) + 3);
-  EXPECT_EQ(backups
-                .Restore(archive, {{tree.substr(3) + "small"}, "", OverwriteMode::kNever}, prompts,
-                         nullptr)
-                .restored,
-            1u);
-  EXPECT_EQ(Read(tree + "small"), "behind");
+// A file of zeros that tells one size and gives another.
+class ZeroFile : public ForwardingFile {
+ public:
+  ZeroFile(std::unique_ptr<RandomFile> file, uint64_t said, uint64_t given)
+      : ForwardingFile(std::move(file)), said_(said), given_(given) {}
+  uint64_t Size() const override { return said_; }
+  size_t Read(uint64_t offset, std::span<char> buffer) override {
+    const uint64_t left = given_ - std::min(offset, given_);
+    const auto got = static_cast<size_t>(std::min<uint64_t>(left, buffer.size()));
+    std::fill_n(buffer.begin(), got, '\0');
+    return got;
+  }
+
+ private:
+  uint64_t said_, given_;
+};
+
+// With the wide fields of an archive: its small neighbour behind it is found, whole and cut off.
+TEST_F(VolumeBackupTest, AFileBeyondFourGibibytesIsArchived) {
+  constexpr uint64_t kSize = (4ull << 30) + 3;
+  machine->MakeFile(scratch + "source", "behind");
+  const auto source = [&] { return ports.files.Open(scratch + "source", OpenMode::kRead); };
+  for (const uint64_t given : {uint64_t{5}, kSize}) {
+    SCOPED_TRACE(given);
+    if (kSlow && given == kSize) break;  // what takes the time here is not instrumented
+    const std::string archive = "C_010120200000.zip", path = Native(safe + archive);
+    machine->MakeFile(safe + archive, "");
+    {
+      ZipWriter writer(ports.files.Open(safe + archive, OpenMode::kReadAndCreate), 0);
+      ZipEntry entry;
+      entry.name = Stored(tree + "large");
+      ZeroFile zeros(source(), kSize, given);
+      writer.Add(entry, zeros, nullptr);
+      entry.name = Stored(tree + "small");
+      writer.Add(entry, *source(), nullptr);
+      writer.Finish();
+    }
+    EXPECT_LT(fs::file_size(path), 64u << 20);
+    EXPECT_EQ(Shell("unzip -l '" + path + "'"), 0);
+    EXPECT_EQ(backups.ListEntries(archive).at(0).size, given);
+    const RestoreOrder order{{tree.substr(3) + "small"}, "", OverwriteMode::kAlways};
+    EXPECT_EQ(backups.Restore(archive, order, prompts, nullptr).restored, 1u);
+    EXPECT_EQ(Read(tree + "small"), "behind");
+    if (given == kSize) break;
+    fs::resize_file(path, fs::file_size(path) - 10);
+    const std::optional<Repair> repair = FoundIn(archive);  // unpacks everything
+    ASSERT_TRUE(repair);
+    EXPECT_EQ(repair->kept, 2u);
+    EXPECT_EQ(repair->damaged, 0u);
+  }
 }
 
 // The bytes file number `i` of the killed run has.
@@ -104,7 +132,7 @@ std::string BytesOf(int i) {
 }
 
 TEST_F(VolumeBackupTest, KilledAtAnyMomentEveryByteIsOnTheDiskOrInTheArchive) {
-  constexpr int kFiles = 150, kKills = kSlow ? 100 : 300;
+  constexpr int kFiles = 150, kKills = kSlow ? 30 : 100;
   std::vector<std::string> names, bytes;
   for (int i = 0; i < kFiles; ++i) {
     names.push_back(tree + std::to_string(i % 7) + "\\" + std::to_string(i));

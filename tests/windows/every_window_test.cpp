@@ -34,82 +34,82 @@ class HelpTest : public ::testing::Test {
   const Opener opener_{L".htm", L"cmd.exe /c echo %1>" + kOpened.wstring()};
 };
 
-TEST_F(HelpTest, EachWindowOpensItsOwnPage) {
+TEST_F(HelpTest, EachWindowHasItsKeysAndOpensItsOwnPage) {
   const QuellixWindow window;
   const std::string manual = ReadBytes(ProgramFolder() / "Help" / "help.htm");
   window.Choose(mnuContents);
   EXPECT_EQ(AwaitTopic(), "contents");
   PressKeys(window.main(), {VK_F1});
   EXPECT_EQ(AwaitTopic(), "main");
-  struct Row {
+  ExpectKeys(window.main(), {L'f', L'p', L't', L'h'});
+  const struct {
     int entry;
     const wchar_t* title;
     const char* topic;
+    size_t letters;
+  } kRows[] = {
+      {mnuBackups, L"Backups", "backups", 12},
+      {mnuIECache, L"Temporary Internet Files (Cache)", "cache", 0},
+      {mnuAbout, L"About Quellix", "about", 0},
+      {mnuOptions, L"Options", "options", 0},
+      {mnuManagePlugin, L"Plugins Manager", "plugins", 0},
+      {mnuOrphanedDLL, L"Orphaned Shared DLLs", "shared-dlls", 5},
+      {mnuOrphanedFilePath, L"Orphaned File/Path Reference", "file-references", 8},
+      {mnuOrphanedApplicationPath, L"Orphaned application path references", "app-paths", 6},
+      {mnuOrphanedHelpFile, L"Orphaned help file references", "help-files", 6},
+      {mnuOrphanedActivex, L"Orphaned ActiveX control references", "components", 4},
   };
-  static constexpr Row kRows[] = {
-      {mnuBackups, L"Backups", "backups"},
-      {mnuIECache, L"Temporary Internet Files (Cache)", "cache"},
-      {mnuAbout, L"About Quellix", "about"},
-      {mnuOptions, L"Options", "options"},
-      {mnuManagePlugin, L"Plugins Manager", "plugins"},
-      {mnuOrphanedDLL, L"Orphaned Shared DLLs", "shared-dlls"},
-      {mnuOrphanedFilePath, L"Orphaned File/Path Reference", "file-references"},
-      {mnuOrphanedApplicationPath, L"Orphaned application path references", "app-paths"},
-      {mnuOrphanedHelpFile, L"Orphaned help file references", "help-files"},
-      {mnuOrphanedActivex, L"Orphaned ActiveX control references", "components"},
-  };
-  for (const Row& row : kRows) {
+  for (const auto& row : kRows) {
     SCOPED_TRACE(row.topic);
     window.Choose(row.entry);
     const HWND opened = window.AwaitWindow(row.title);
     ASSERT_TRUE(opened);
+    EXPECT_FALSE(IsWindowEnabled(window.main()));
+    EXPECT_TRUE(!GetDlgItem(opened, cmdStop) || Await([&] {
+      return !IsEnabled(opened, cmdStop) && Shown(opened, lblStatus) != L"";
+    })) << "its scan goes on";
+    const size_t letters = ExpectKeys(opened);
+    EXPECT_EQ(letters, row.letters == 0 ? letters : row.letters);
     PressKeys(opened, {VK_F1});
     EXPECT_EQ(AwaitTopic(), row.topic);
     EXPECT_NE(manual.find("id=\"" + std::string(row.topic) + "\""), std::string::npos);
-    SendMessageW(opened, WM_CLOSE, 0, 0);
-    ASSERT_TRUE(Await([&] { return !IsWindow(opened); }));
+    ASSERT_TRUE(CloseAndAwait(opened));
   }
 }
 
 TEST_F(HelpTest, TheDialogsOfAToolOpenItsPage) {
-  constexpr const wchar_t* kKeys[] = {
-      L"Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\qx.exe",
-      L"Software\\Microsoft\\Windows\\Help"};
-  const QuellixWindow window;
-  struct Row {
+  const struct {
     int entry;
-    const wchar_t *title, *name, *dialog;
+    const wchar_t *title, *key, *name, *dialog;
     const char* topic;
-  };
-  static constexpr Row kRows[] = {
-      {mnuOrphanedApplicationPath, L"Orphaned application path references", nullptr,
-       L"Edit application path", "app-paths"},
-      {mnuOrphanedHelpFile, L"Orphaned help file references", L"qx.hlp", L"Edit help file",
-       "help-files"}};
-  for (size_t i = 0; i < std::size(kRows); ++i) {
-    const Row& row = kRows[i];
+  } kRows[] = {{mnuOrphanedApplicationPath, L"Orphaned application path references",
+                L"Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\qx.exe", nullptr,
+                L"Edit application path", "app-paths"},
+               {mnuOrphanedHelpFile, L"Orphaned help file references",
+                L"Software\\Microsoft\\Windows\\Help", L"qx.hlp", L"Edit help file", "help-files"}};
+  const QuellixWindow window;
+  for (const auto& row : kRows) {
     SCOPED_TRACE(row.topic);
-    RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKeys[i], row.name, REG_SZ, L"C:\\qx none", 24);
+    SetRegistryText(HKEY_LOCAL_MACHINE, row.key, row.name, L"C:\\qx none");
     window.Choose(row.entry);
     const HWND tool = window.AwaitWindow(row.title);
     ASSERT_TRUE(tool);
-    ASSERT_TRUE(Await([&] { return TextOf(GetDlgItem(tool, lblStatus)).ends_with(L"orphaned"); }));
-    window.PressKey(GetDlgItem(tool, lstvInvalid), VK_END);
-    window.PressKey(GetDlgItem(tool, lstvInvalid), VK_HOME);
-    window.PressKey(GetDlgItem(tool, lstvInvalid), VK_RETURN);
+    ASSERT_TRUE(AwaitPart(tool, lblStatus, L"orphaned"));
+    for (const WPARAM key : {VK_END, VK_HOME, VK_RETURN}) {
+      window.PressKey(GetDlgItem(tool, lstvInvalid), key);
+    }
     const HWND dialog = window.AwaitWindow(row.dialog);
     ASSERT_TRUE(dialog);
     PressKeys(dialog, {VK_F1});
     EXPECT_EQ(AwaitTopic(), row.topic);
     SendMessageW(dialog, WM_CLOSE, 0, 0);
-    SendMessageW(tool, WM_CLOSE, 0, 0);
-    ASSERT_TRUE(Await([&] { return !IsWindow(tool); }));
-    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKeys[i], row.name);
+    ASSERT_TRUE(CloseAndAwait(tool));
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, row.key, row.name);
   }
-  RegDeleteKeyW(HKEY_LOCAL_MACHINE, kKeys[0]);
+  RegDeleteKeyW(HKEY_LOCAL_MACHINE, kRows[0].key);
 }
 
-TEST_F(HelpTest, AMissingManualIsTold) {
+TEST_F(HelpTest, AMissingManualIsToldAndAboutTellsVersionAndLicences) {
   const std::filesystem::path manual = ProgramFolder() / "Help" / "help.htm";
   const std::filesystem::path aside = ProgramFolder() / "Help" / "help.aside";
   std::filesystem::rename(manual, aside);
@@ -118,15 +118,12 @@ TEST_F(HelpTest, AMissingManualIsTold) {
   EXPECT_TRUE(window.AwaitMessage(L"The manual is missing: C:\\Program Files\\Quellix\\Help"));
   std::filesystem::rename(aside, manual);
   EXPECT_EQ(ReadBytes(kOpened), "");
-}
-
-TEST_F(HelpTest, AboutTellsVersionAndLicences) {
-  const QuellixWindow window;
+  EXPECT_TRUE(window.Answer(L"The manual is missing", IDOK));
   window.Choose(mnuAbout);
   const HWND about = window.AwaitWindow(L"About Quellix");
   ASSERT_TRUE(about);
-  EXPECT_TRUE(TextOf(GetDlgItem(about, lblVersion)).starts_with(L"Version "));
-  const std::wstring licences = TextOf(GetDlgItem(about, txtLicences));
+  EXPECT_TRUE(Shown(about, lblVersion).starts_with(L"Version "));
+  const std::wstring licences = Shown(about, txtLicences);
   for (const wchar_t* part : {L"zlib", L"minizip", L"winpthreads", L"CLI11", L"MIT License"}) {
     EXPECT_NE(licences.find(part), std::wstring::npos) << ::testing::PrintToString(part);
   }
