@@ -251,7 +251,7 @@ TEST_F(BackupTest, AStopTakesNothingFromAnEarlierRun) {
 
 TEST_F(BackupTest, StopDuringALargeFileLeavesIt) {
   machine->MakeFile(tree + "large", std::string(8 << 20, 'x'));
-  mod_zip.OnPause([&] { return state.AbortRequested = true; });
+  mod_zip.OnPause([&](const Progress&) { return state.AbortRequested = true; });
   Clean(tree);
   EXPECT_TRUE(machine->Exists(tree + "large"));
   EXPECT_EQ(Archives(), std::vector<std::string>());

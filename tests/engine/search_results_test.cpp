@@ -251,7 +251,7 @@ TEST_F(SearchResultsTest, ARowThatIsUntickedBeforeItsTurnStays) {
   Find({"a.qxj", "b.qxj"});
   results.EndSearch();
   results.TickAll(true);
-  view.on_yield = [this] { results.SetTicked(1, false); };
+  view.on_pause = [this] { results.SetTicked(1, false); };
   results.DeleteTicked();
   EXPECT_EQ(machine->Tree(scratch), List{"b.qxj"});
   EXPECT_EQ(Column(), List{"b.qxj"});
@@ -263,7 +263,7 @@ TEST_F(SearchResultsTest, AnAbortedSearchLeavesItsFindsToReview) {
   for (const char* name : {"a.qxj", "b.qxj"}) machine->MakeFile(scratch + name, "12345");
   RunFixture::Tick({kKey, "CleanRunMRU"});
   machine->SetText(kUser, kRunMruKey, "a", "calc\\1");
-  view.on_yield = [this] {
+  view.on_pause = [this] {
     if (view.results != nullptr && view.results->searching() && view.results->TakeNew()) {
       view.results->Abort();
     }

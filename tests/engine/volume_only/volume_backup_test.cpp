@@ -177,7 +177,7 @@ TEST_F(VolumeBackupTest, TimesOfDosAreThoseOfTheMachinesZone) {
   }
   setenv("TZ", "America/New_York", 1);
   tzset();
-  const RestoreResult result = backups.Restore("C_010120200000.zip", {}, prompts, nullptr);
+  const RestoreResult result = backups.Restore("C_010120200000.zip", {}, prompts);
   unsetenv("TZ");
   tzset();
   EXPECT_EQ(result.restored, 2u);
@@ -254,7 +254,7 @@ TEST_F(VolumeBackupTest, AWriteProtectedDiskIsReadAndTakesNothing) {
   EXPECT_NE(WhyBackupFolderCannotBeUsed(ports.files, safe), "");
   EXPECT_NE(WhyBackupFolderLooksUnusable(ports.files, safe).find("can only be read"),
             std::string::npos);
-  EXPECT_EQ(there.Restore(archive, {}, prompts, nullptr).restored, 2u);
+  EXPECT_EQ(there.Restore(archive, {}, prompts).restored, 2u);
   EXPECT_THROW(there.Delete(archive), Error);
   state.Strict = true;
   state.BackupDrive.clear();
