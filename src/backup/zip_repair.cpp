@@ -73,8 +73,8 @@ std::unique_ptr<ZipReader> ReadZip(std::unique_ptr<RandomFile> file, std::string
   if (auto reader = ZipReader::Open(stream, pause)) return reader;
   const ZipScan scan = Scan(*stream, name, pause);
   found = ToRepair(scan);
-  WriteDirectory(*stream, scan.entries, EndOf(scan.entries));
   const uint64_t size = stream->Size();
+  WriteDirectory(*stream, scan.entries, EndOf(scan.entries));
   auto reader = ZipReader::Open(stream, [&](const Progress&) { return pause({size, size}); });
   if (!reader) throw Error(Error::Kind::kOther, std::string(name) + " could not be read.");
   return reader;

@@ -99,7 +99,7 @@ TEST_F(FileReferenceTest, ColumnsSortInTurnsAndStopKeepsTheRows) {
 
   scan->StartScan([&](const Progress& progress) {
     EXPECT_FALSE(scan->is_frozen() || progress.total != 0);
-    return !own().empty();
+    return own().size() == up.size();
   });
   EXPECT_EQ(own(), up);
   EXPECT_EQ(scan->status(), std::to_string(scan->RowCount()) + " invalid references");

@@ -93,7 +93,7 @@ void Add(const std::shared_ptr<std::string>& bytes, uint64_t count) {
   ZipEntry entry;
   entry.name = "added";
   ZipWriter writer(std::make_unique<Bytes>(bytes), count);
-  writer.Add(entry, source, nullptr);
+  writer.Add(entry, source, {});
   writer.Finish();
   const auto reader = Open(bytes);
   Check(reader && reader->count() == count + 1);
