@@ -106,7 +106,7 @@ class BackupBench : BenchMachine {
     uint64_t restored = 0;
     const double seconds = SideBySide::Seconds([&] {
       for (const BackupInfo& info : backups.List()) {
-        restored += backups.Restore(info.name, {}, prompts, nullptr).restored;
+        restored += backups.Restore(info.name, {}, prompts).restored;
       }
     });
     if (restored != static_cast<uint64_t>(files)) throw std::runtime_error("not restored");

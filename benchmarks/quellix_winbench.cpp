@@ -1,8 +1,6 @@
 // Benchmarks on the real Windows calls, against the system's own command and an empty program.
 
 #include <windows.h>
-// A leftover of 16-bit Windows that would swallow RunView::Yield.
-#undef Yield
 
 #include <stdexcept>
 
@@ -26,12 +24,13 @@ constexpr int kFilesAFolder = 100;
 // As the window does: handles waiting messages now and then, paints nothing that nobody sees.
 class PumpingView : public ScriptedView {
  public:
-  void Yield() override {
+  bool Breathe() override {
     const ULONGLONG now = GetTickCount64();
-    if (now == last_) return;
+    if (now == last_) return false;
     last_ = now;
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+    return false;
   }
   void SetStatus(std::string_view text) override { status_ = text; }
   void SetProgress(const ProgressBar&) override {}

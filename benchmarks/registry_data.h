@@ -28,7 +28,6 @@ inline void MakeRegistry(TestMachine& machine, RegistryRoot root, const std::str
 // Shows nothing.
 class QuietScanView : public ScanView {
  public:
-  void Yield() override {}
   void ShowState() override {}
   void ShowProblem(std::string_view text) override { throw std::runtime_error(std::string(text)); }
 };

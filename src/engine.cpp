@@ -12,10 +12,7 @@ Engine::Engine(const Machine& machine, RunView& view, BackupArchive* archive)
       auto_clean_([&system = machine.system] { return system.UtcNow(); }),
       backup_(machine, state_),
       context_{machine, settings_, state_, view, archive != nullptr ? *archive : backup_} {
-  backup_.OnPause([this] {
-    context_.view.Yield();
-    return state_.AbortRequested;
-  });
+  backup_.OnPause(PauseOf(context_));
 }
 
 std::string Engine::Load(Tips* tips) {

@@ -58,12 +58,12 @@ std::string BackupBrowser::Number(uint64_t number) const {
   return FormatNumber(static_cast<double>(number), 0, locale_);
 }
 
-void BackupBrowser::Refresh() {
+void BackupBrowser::Refresh(const Pause& pause) {
   archives_.clear();
   chosen_ = 0;
   outcome_.clear();
   try {
-    archives_ = backups_.List();
+    archives_ = backups_.List(pause);
   } catch (const Error& error) {
     outcome_ = error.what();
   }
@@ -74,25 +74,25 @@ void BackupBrowser::Refresh() {
     if (!info.incomplete.empty()) outcome_ += info.name + ": " + info.incomplete + "\n";
     if (!info.problem.empty()) outcome_ += info.name + " cannot be read: " + info.problem + "\n";
   }
-  LoadEntries();
+  LoadEntries(pause);
 }
 
 const BackupInfo* BackupBrowser::Chosen() const {
   return chosen_ < archives_.size() ? &archives_[chosen_] : nullptr;
 }
 
-void BackupBrowser::ChooseArchive(size_t row) {
+void BackupBrowser::ChooseArchive(size_t row, const Pause& pause) {
   chosen_ = row;
   outcome_.clear();
-  LoadEntries();
+  LoadEntries(pause);
 }
 
-void BackupBrowser::LoadEntries() {
+void BackupBrowser::LoadEntries(const Pause& pause) {
   entries_.clear();
   const BackupInfo* const info = Chosen();
   if (!info) return;
   try {
-    entries_ = backups_.ListEntries(info->name);
+    entries_ = backups_.ListEntries(info->name, pause);
   } catch (const Error& error) {
     if (outcome_.empty()) outcome_ = info->name + " cannot be read: " + error.what();
   }
@@ -210,11 +210,11 @@ BackupBrowser::Commands BackupBrowser::Available(size_t selected) const {
           .delete_archive = Chosen() != nullptr};
 }
 
-std::string BackupBrowser::View(size_t row) {
+std::string BackupBrowser::View(size_t row, const Pause& pause) {
   const BackupEntry& entry = entries_[row];
   try {
     if (!entry.refusal.empty()) throw Error(Error::Kind::kDenied, entry.refusal);
-    viewed_.push_back(backups_.ExtractTemporary(Chosen()->name, entry.path));
+    viewed_.push_back(backups_.ExtractTemporary(Chosen()->name, entry.path, pause));
     if (!CanRun(machine_, viewed_.back())) {
       outcome_ = "A copy of " + entry.path + " is opened.";
       return viewed_.back();
@@ -229,13 +229,13 @@ std::string BackupBrowser::View(size_t row) {
 }
 
 void BackupBrowser::RestoreSelected(std::span<const size_t> rows, Prompts& prompts,
-                                    const RestorePause& pause) {
+                                    const Pause& pause) {
   if (rows.empty()) return Say("Nothing is selected.");
   Restore(rows, "", prompts, pause);
 }
 
 void BackupBrowser::Restore(std::span<const size_t> rows, std::string_view folder, Prompts& prompts,
-                            const RestorePause& pause) {
+                            const Pause& pause) {
   const BackupInfo* const info = Chosen();
   if (!info) return Say("There is no backup to restore from.");
   RestoreOrder order{{}, std::string(folder), mode_};
@@ -252,21 +252,21 @@ void BackupBrowser::Restore(std::span<const size_t> rows, std::string_view folde
   }
 }
 
-void BackupBrowser::RepairArchive() {
+void BackupBrowser::RepairArchive(const Pause& pause) {
   if (!Available(0).repair) return;
   const std::string name = Chosen()->name;
   try {
-    std::string repaired = backups_.Repair(name);
+    std::string repaired = backups_.Repair(name, pause);
     if (repaired.empty()) repaired = "The archive is whole; there is nothing to repair.";
-    archives_[chosen_] = backups_.Check(name);
+    archives_[chosen_] = backups_.Check(name, pause);
     Say(name + ": " + repaired + "\n");
   } catch (const Error& error) {
     Say(name + " is not repaired. " + error.what());
   }
-  LoadEntries();
+  LoadEntries(pause);
 }
 
-void BackupBrowser::DeleteArchive() {
+void BackupBrowser::DeleteArchive(const Pause& pause) {
   const BackupInfo* const info = Chosen();
   if (!info) return;
   const std::string name = info->name;
@@ -279,7 +279,7 @@ void BackupBrowser::DeleteArchive() {
   archives_.erase(archives_.begin() + static_cast<std::ptrdiff_t>(row));
   if (row > 0 && row == archives_.size()) chosen_ = row - 1;
   outcome_ = name + " is deleted.\n";
-  LoadEntries();
+  LoadEntries(pause);
 }
 
 void BackupBrowser::SetMode(OverwriteMode mode) {

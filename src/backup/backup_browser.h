@@ -42,19 +42,15 @@ class BackupBrowser {
   BackupBrowser(const BackupBrowser&) = delete;
   BackupBrowser& operator=(const BackupBrowser&) = delete;
 
-  // What is called while a function may take long, but for those that have a pause of their own;
-  // true ends that.
-  void OnPause(const RestorePause& pause) { backups_.OnPause(pause); }
-
   // Reads the archives anew, changing none, and chooses the first.
-  void Refresh();
+  void Refresh(const Pause& pause = {});
 
   size_t ArchiveCount() const { return archives_.size(); }
   std::string ArchiveText(size_t row, ArchiveColumn column) const;
   void SortArchives(ArchiveColumn column);
   const SortOrder<ArchiveColumn>& archive_order() const { return archive_order_; }
   // Reads its entries.
-  void ChooseArchive(size_t row);
+  void ChooseArchive(size_t row, const Pause& pause = {});
   // "Files in C_141120269057.zip:"
   std::string EntriesTitle() const;
   // The chosen archive; null when there is none.
@@ -71,22 +67,19 @@ class BackupBrowser {
 
   // Makes a temporary copy of an entry. What to open: the copy, or the folder it is in where it may
   // be a program; "" when that failed.
-  std::string View(size_t row);
+  std::string View(size_t row, const Pause& pause = {});
   // Puts the entries of these rows back to where they were; no rows, no files.
-  void RestoreSelected(std::span<const size_t> rows, Prompts& prompts,
-                       const RestorePause& pause = nullptr);
-  void RestoreAll(Prompts& prompts, const RestorePause& pause = nullptr) {
-    Restore({}, "", prompts, pause);
-  }
+  void RestoreSelected(std::span<const size_t> rows, Prompts& prompts, const Pause& pause = {});
+  void RestoreAll(Prompts& prompts, const Pause& pause = {}) { Restore({}, "", prompts, pause); }
   // Puts the entries of these rows, or all when there are none, below a folder.
   void RestoreInto(std::span<const size_t> rows, std::string_view folder, Prompts& prompts,
-                   const RestorePause& pause = nullptr) {
+                   const Pause& pause = {}) {
     Restore(rows, folder, prompts, pause);
   }
   // Makes the chosen archive whole.
-  void RepairArchive();
+  void RepairArchive(const Pause& pause = {});
   // Deletes the chosen archive.
-  void DeleteArchive();
+  void DeleteArchive(const Pause& pause = {});
 
   OverwriteMode mode() const { return mode_; }
   // For this window and, in the settings, for the next.
@@ -97,12 +90,12 @@ class BackupBrowser {
   void Say(std::string text) { outcome_ = std::move(text); }
 
  private:
-  void LoadEntries();
+  void LoadEntries(const Pause& pause);
   void AppendLines(const std::vector<std::string>& lines);
   void OrderArchives();
   void OrderEntries();
   void Restore(std::span<const size_t> rows, std::string_view folder, Prompts& prompts,
-               const RestorePause& pause);
+               const Pause& pause);
   std::string Number(uint64_t number) const;
   std::string DateText(int64_t filetime) const;
   void RemoveViewed();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +8,7 @@
 #include "backup/overwrite_mode.h"
 #include "platform/file_system.h"
 #include "platform/locale.h"
+#include "platform/pause.h"
 #include "run/views.h"
 
 namespace quellix {
@@ -43,17 +43,8 @@ struct RestoreOrder {
   OverwriteMode mode = OverwriteMode::kAsk;
 };
 
-struct RestoreProgress {
-  uint64_t done = 0, total = 0;  // in steps that take about the same time
-  std::string_view path;         // the entry or backup at work, valid during the call
-  const char* work = "Restoring";
-};
-
 // "3 files", "1 registry key"; `number` is as shown.
 std::string Counted(const std::string& number, BackupKind kind);
-
-// Lets the interface breathe; true ends what is in work.
-using RestorePause = std::function<bool(const RestoreProgress&)>;
 
 struct RestoreResult {
   uint64_t restored = 0;
@@ -63,30 +54,26 @@ struct RestoreResult {
 };
 
 // Reads one kind of file of the backup folder. `path` is the file's full path. All functions but
-// Takes and Describe throw Error when it cannot be read at all.
+// Takes and Describe throw Error when it cannot be read at all, and where `pause` ended that.
 class BackupReader {
  public:
   virtual ~BackupReader() = default;
 
-  // What is called now and then while an incomplete backup is read or repaired, or a copy is made.
-  // Where it ends that, the backup counts as one that cannot be read.
-  virtual void OnPause(const RestorePause& /*pause*/) {}
-
   // Whether a file is of this kind, by its name alone.
   virtual bool Takes(std::string_view name) const = 0;
   // Changes nothing: what is incomplete is read as far as it is whole.
-  virtual BackupInfo Describe(const std::string& path) = 0;
-  virtual std::vector<BackupEntry> ListEntries(const std::string& path) = 0;
+  virtual BackupInfo Describe(const std::string& path, const Pause& pause) = 0;
+  virtual std::vector<BackupEntry> ListEntries(const std::string& path, const Pause& pause) = 0;
   // Makes an incomplete backup whole; what was done, in a sentence, "" when it was whole. Throws
   // Error where the kind has no way, and the backup is as it was.
-  virtual std::string Repair(const std::string& path) = 0;
+  virtual std::string Repair(const std::string& path, const Pause& pause) = 0;
   // Makes a copy of one entry in the temporary folder, which the shell may open without anything
   // being changed; the copy's path.
-  virtual std::string ExtractTemporary(const std::string& path, std::string_view entry_path) = 0;
-  // Puts entries back. `prompts` is asked in mode kAsk. `pause` (may be empty) is called before
-  // each entry and now and then within a large one.
+  virtual std::string ExtractTemporary(const std::string& path, std::string_view entry_path,
+                                       const Pause& pause) = 0;
+  // Puts entries back. `prompts` is asked in mode kAsk.
   virtual RestoreResult Restore(const std::string& path, const RestoreOrder& order,
-                                Prompts& prompts, const RestorePause& pause) = 0;
+                                Prompts& prompts, const Pause& pause) = 0;
 };
 
 }  // namespace quellix

@@ -19,10 +19,6 @@ Backups::Backups(const Machine& machine, std::string folder)
   readers_.push_back(std::make_unique<RegistryBackups>(machine));
 }
 
-void Backups::OnPause(const RestorePause& pause) {
-  for (const auto& reader : readers_) reader->OnPause(pause);
-}
-
 std::string Backups::PathOf(std::string_view name) const {
   if (name.find_first_of("\\/:") != std::string_view::npos || name.empty()) {
     throw Error(Error::Kind::kMissing,
@@ -43,14 +39,16 @@ BackupReader& Backups::Reader(std::string_view name) const {
   return reader ? *reader : *readers_.front();
 }
 
-std::vector<BackupInfo> Backups::List() {
+std::vector<BackupInfo> Backups::List(const Pause& pause) {
   std::vector<std::string> names;
   machine_.files.Enumerate(WithoutBackslash(folder_), Detail::kKind, [&](const Entry& entry) {
     if (!entry.info.is_folder && ReaderOf(entry.name)) names.emplace_back(entry.name);
     return true;
   });
   std::vector<BackupInfo> backups;
-  for (const std::string& name : names) backups.push_back(ReaderOf(name)->Describe(folder_ + name));
+  for (const std::string& name : names) {
+    backups.push_back(ReaderOf(name)->Describe(folder_ + name, pause));
+  }
   const auto key = [](const BackupInfo& info) {
     const LocalTime& d = info.date;
     return std::tuple(-d.year, -d.month, -d.day, -d.hour, -d.minute, -d.second, info.name);
@@ -59,24 +57,27 @@ std::vector<BackupInfo> Backups::List() {
   return backups;
 }
 
-BackupInfo Backups::Check(std::string_view name) {
-  BackupInfo info = Reader(name).Describe(PathOf(name));
+BackupInfo Backups::Check(std::string_view name, const Pause& pause) {
+  BackupInfo info = Reader(name).Describe(PathOf(name), pause);
   if (!info.problem.empty()) throw Error(Error::Kind::kOther, info.problem);
   return info;
 }
 
-std::vector<BackupEntry> Backups::ListEntries(std::string_view name) {
-  return Reader(name).ListEntries(PathOf(name));
+std::vector<BackupEntry> Backups::ListEntries(std::string_view name, const Pause& pause) {
+  return Reader(name).ListEntries(PathOf(name), pause);
 }
 
-std::string Backups::Repair(std::string_view name) { return Reader(name).Repair(PathOf(name)); }
+std::string Backups::Repair(std::string_view name, const Pause& pause) {
+  return Reader(name).Repair(PathOf(name), pause);
+}
 
-std::string Backups::ExtractTemporary(std::string_view name, std::string_view entry_path) {
-  return Reader(name).ExtractTemporary(PathOf(name), entry_path);
+std::string Backups::ExtractTemporary(std::string_view name, std::string_view entry_path,
+                                      const Pause& pause) {
+  return Reader(name).ExtractTemporary(PathOf(name), entry_path, pause);
 }
 
 RestoreResult Backups::Restore(std::string_view name, const RestoreOrder& order, Prompts& prompts,
-                               const RestorePause& pause) {
+                               const Pause& pause) {
   return Reader(name).Restore(PathOf(name), order, prompts, pause);
 }
 

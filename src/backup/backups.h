@@ -22,19 +22,17 @@ class Backups {
 
   const std::string& folder() const { return folder_; }
 
-  // See BackupReader.
-  void OnPause(const RestorePause& pause);
-
-  // Newest first.
-  std::vector<BackupInfo> List();
+  // Newest first. What was not read when `pause` ended that has a problem.
+  std::vector<BackupInfo> List(const Pause& pause = {});
   // What cannot be read at all is an Error.
-  BackupInfo Check(std::string_view name);
+  BackupInfo Check(std::string_view name, const Pause& pause = {});
   // See BackupReader.
-  std::string Repair(std::string_view name);
-  std::vector<BackupEntry> ListEntries(std::string_view name);
-  std::string ExtractTemporary(std::string_view name, std::string_view entry_path);
+  std::string Repair(std::string_view name, const Pause& pause = {});
+  std::vector<BackupEntry> ListEntries(std::string_view name, const Pause& pause = {});
+  std::string ExtractTemporary(std::string_view name, std::string_view entry_path,
+                               const Pause& pause = {});
   RestoreResult Restore(std::string_view name, const RestoreOrder& order, Prompts& prompts,
-                        const RestorePause& pause);
+                        const Pause& pause = {});
   void Delete(std::string_view name);
 
  private:

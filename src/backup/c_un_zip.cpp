@@ -47,29 +47,30 @@ class Wanted {
   std::set<std::string, Less> missing_;
 };
 
-}  // namespace
-
-RepairPause cUnZip::PauseOf(const std::string& path, const char* work) const {
-  if (!pause_) return nullptr;
-  return [this, name = std::string(NamePart(path)), work](uint64_t done, uint64_t total) {
-    return pause_({done, total, name, work});
+// What is done to an archive as a whole.
+Pause OnArchive(const Pause& pause, std::string_view path, const char* work) {
+  return [&pause, name = NamePart(path), work](const Progress& progress) {
+    return pause({progress.done, progress.total, name, work});
   };
 }
 
-std::unique_ptr<ZipReader> cUnZip::Open(const std::string& path) const {
+}  // namespace
+
+std::unique_ptr<ZipReader> cUnZip::Open(const std::string& path, const Pause& pause) const {
   std::optional<quellix::Repair> found;
-  return OpenZip(machine_.files, path, found, PauseOf(path, "Reading"));
+  return OpenZip(machine_.files, path, found, OnArchive(pause, path, "Reading"));
 }
 
 bool cUnZip::Takes(std::string_view name) const { return MatchesMask(name, "*.zip"); }
 
-BackupInfo cUnZip::Describe(const std::string& path) {
+BackupInfo cUnZip::Describe(const std::string& path, const Pause& pause) {
   BackupInfo info;
   info.name = NamePart(path);
   info.root = RootOfArchive(info.name).value_or("");
   try {
     std::optional<quellix::Repair> found;
-    info.entries = OpenZip(machine_.files, path, found, PauseOf(path, "Reading"))->count();
+    const Pause reading = OnArchive(pause, path, "Reading");
+    info.entries = OpenZip(machine_.files, path, found, reading)->count();
     if (found) info.incomplete = "The archive is incomplete: " + found->Counts() + ".";
   } catch (const Error& error) {
     info.problem = error.what();
@@ -81,65 +82,64 @@ BackupInfo cUnZip::Describe(const std::string& path) {
   return info;
 }
 
-std::vector<BackupEntry> cUnZip::ListEntries(const std::string& path) {
+std::vector<BackupEntry> cUnZip::ListEntries(const std::string& path, const Pause& pause) {
   std::vector<BackupEntry> entries;
-  Open(path)->Visit([&](const ZipEntry& entry) {
+  const auto reader = Open(path, pause);
+  VisitAll(*reader, OnArchive(pause, path, "Reading"), [&](const ZipEntry& entry) {
     if (!entry.name.ends_with('/')) entries.push_back(ToBackupEntry(entry, machine_.system));
-    return true;
   });
   return entries;
 }
 
-std::string cUnZip::Repair(const std::string& path) {
-  const auto repair = RepairArchive(machine_.files, path, PauseOf(path, "Repairing"));
+std::string cUnZip::Repair(const std::string& path, const Pause& pause) {
+  const auto repair = RepairArchive(machine_.files, path, OnArchive(pause, path, "Repairing"));
   return repair ? "The archive is repaired: " + repair->Counts() + "." : "";
 }
 
-std::string cUnZip::ExtractTemporary(const std::string& path, std::string_view entry_path) {
+std::string cUnZip::ExtractTemporary(const std::string& path, std::string_view entry_path,
+                                     const Pause& pause) {
   NoPrompts prompts;
   const std::string_view name = NamePart(path);
   const std::string folder =
       machine_.system.TempFolder() + "Quellix\\" + std::string(name.substr(0, name.rfind('.')));
   const RestoreOrder order{{std::string(entry_path)}, folder, OverwriteMode::kAlways};
-  const auto pause = [this](RestoreProgress progress) {
+  const auto copying = [&pause](Progress progress) {
     progress.work = "Copying";
-    return pause_(progress);
+    return pause(progress);
   };
-  const RestoreResult result =
-      Restore(path, order, prompts, pause_ ? RestorePause(pause) : nullptr, nullptr);
+  const RestoreResult result = Restore(path, order, prompts, copying, nullptr);
   if (result.cancelled) throw Error(Error::Kind::kOther, "Stopped at your wish.");
   if (!result.problems.empty()) throw Error(Error::Kind::kOther, result.problems[0]);
   return folder + "\\" + std::string(entry_path);
 }
 
 RestoreResult cUnZip::Restore(const std::string& path, const RestoreOrder& order, Prompts& prompts,
-                              const RestorePause& pause) {
+                              const Pause& pause) {
   RestoreNotes notes(machine_.files, FolderPart(path));
   return Restore(path, order, prompts, pause, &notes);
 }
 
 RestoreResult cUnZip::Restore(const std::string& path, const RestoreOrder& order, Prompts& prompts,
-                              const RestorePause& pause, RestoreNotes* notes) {
+                              const Pause& pause, RestoreNotes* notes) {
   const std::optional<std::string> root = RootOfArchive(NamePart(path));
   if (order.to.empty() && !root) {
     throw Error(Error::Kind::kOther, "The name " + std::string(NamePart(path)) +
                                          " does not tell the drive; name a folder to restore to.");
   }
-  const auto reader = Open(path);
+  const auto reader = Open(path, pause);
   Wanted wanted(order.entry_paths);
-  RestoreProgress progress;
-  reader->Visit([&](const ZipEntry& entry) {
-    if (wanted.Has(EntryPath(entry.name))) progress.total += StepsOf(entry);
-    return true;
+  uint64_t total = 0;
+  VisitAll(*reader, OnArchive(pause, path, "Reading"), [&](const ZipEntry& entry) {
+    if (wanted.Has(EntryPath(entry.name))) total += StepsOf(entry);
   });
   const std::string folder = order.to.empty() ? *root : WithBackslash(order.to);
   ProtectedPlaces places(machine_, FolderPart(path));
   Restorer restorer(machine_, *reader, {folder, order.mode, places, notes}, prompts);
-  restorer.OnPause(pause, progress.total);
+  restorer.OnPause(pause, total);
   reader->Visit([&](const ZipEntry& entry) {
     const std::string entry_path = EntryPath(entry.name);
     wanted.Found(entry_path);
-    return !wanted.Has(entry_path) || restorer.Restore(entry);
+    return wanted.Has(entry_path) ? restorer.Restore(entry) : restorer.PassOver();
   });
   RestoreResult result = restorer.Take();
   wanted.AddProblems(result);

@@ -95,7 +95,7 @@ bool ModZip::GoesOn(Folder& folder, const std::string& name) {
   try {
     if (!folder.Look(name, Detail::kKind)) return false;
     auto stream = std::make_unique<ArchiveStream>(folder.Open(name, OpenMode::kRead));
-    const auto reader = ZipReader::Open(stream);
+    const auto reader = ZipReader::Open(stream, pause_);
     if (!reader || !reader->Visit([](const ZipEntry& entry) { return entry.own; })) return false;
     writer_ =
         std::make_unique<ZipWriter>(folder.Open(name, OpenMode::kReadAndCreate), reader->count());

@@ -20,8 +20,8 @@ class ModZip : public BackupArchive {
   // Finishes the archive.
   ~ModZip() override;
 
-  // Called while a large file is archived; true gives that file up.
-  void OnPause(std::function<bool()> pause) { pause_ = std::move(pause); }
+  // For large files, and archives that are gone on with; a stop gives the file in hand up.
+  void OnPause(Pause pause) { pause_ = std::move(pause); }
 
   std::string WhyUnusable(std::string_view folder) override;
   void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override;
@@ -38,7 +38,7 @@ class ModZip : public BackupArchive {
   FileSystem& files_;
   System& system_;
   const RemovalOptions& options_;
-  std::function<bool()> pause_;
+  Pause pause_;
   std::string archive_;  // full path; empty before the first name was made
   std::unique_ptr<ZipWriter> writer_;
   bool was_there_ = false;  // the archive held files before it was opened

@@ -83,12 +83,15 @@ int HexDigit(char c) {
 // Reads one file from its first character to its last.
 class Parser {
  public:
-  explicit Parser(std::string text) : text_(std::move(text)) {}
+  Parser(std::string text, const Pause& pause) : text_(std::move(text)), pause_(pause) {}
 
   RegFile Parse() {
     if (kFormatLine.starts_with(text_)) return {{}, !text_.empty()};
     if (Line() != kFormatLine) Fail("it is no file of the registry editor's version 5");
     while (SkipEmpty(), at_ < text_.size()) {
+      if (pause_({at_, text_.size()})) {
+        throw Error(Error::Kind::kOther, "Reading it was stopped; the file is as it was.");
+      }
       start_ = at_;
       try {
         text_[at_] == '[' ? ParseKey() : ParseValue();
@@ -249,6 +252,7 @@ class Parser {
   }
 
   std::string text_;
+  const Pause& pause_;
   size_t at_ = 0, start_ = 0;  // of reading, and of the entry in hand
   std::vector<RegFileKey> keys_;
 };
@@ -276,12 +280,12 @@ std::string RegFileHeader() {
   return std::string(kMark) + ToUtf16Bytes(std::string(kFormatLine) + "\r\n");
 }
 
-RegFile ParseRegFile(std::string_view bytes) {
+RegFile ParseRegFile(std::string_view bytes, const Pause& pause) {
   if (kMark.starts_with(bytes)) return {{}, !bytes.empty()};
   if (!bytes.starts_with(kMark)) {
     throw Error(Error::Kind::kOther, "The .reg file cannot be read: it is not UTF-16 text.");
   }
-  return Parser(FromUtf16Bytes(bytes.substr(kMark.size()))).Parse();
+  return Parser(FromUtf16Bytes(bytes.substr(kMark.size())), pause).Parse();
 }
 
 }  // namespace quellix

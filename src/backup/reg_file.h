@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/pause.h"
 #include "platform/registry.h"
 
 namespace quellix {
@@ -44,6 +45,7 @@ struct RegFile {
 
 // A file, also one that ends in the middle of an entry, or before the first. Throws Error, with the
 // line, for what else the registry editor would not take; entries that delete are refused as well.
-RegFile ParseRegFile(std::string_view bytes);
+// Also where `pause`, which is told of characters, ends it.
+RegFile ParseRegFile(std::string_view bytes, const Pause& pause = {});
 
 }  // namespace quellix

@@ -50,34 +50,47 @@ std::vector<RegFileKey> Merged(std::vector<RegFileKey> keys) {
   return merged;
 }
 
-RegFile ReadFile(FileSystem& files, const std::string& path) {
+RegFile ReadFile(FileSystem& files, const std::string& path, const Pause& pause) {
   const auto bytes = files.ReadWholeFile(path, kLargestFile);
   if (!bytes) throw Error(Error::Kind::kMissing, "There is no backup " + path + ".");
-  RegFile file = ParseRegFile(*bytes);
+  RegFile file = ParseRegFile(*bytes, [&](const Progress& progress) {
+    return pause({progress.done, progress.total, NamePart(path), "Reading"});
+  });
   file.keys = Merged(std::move(file.keys));
   return file;
 }
 
-std::vector<RegFileKey> Read(FileSystem& files, const std::string& path) {
-  return ReadFile(files, path).keys;
+std::vector<RegFileKey> Read(FileSystem& files, const std::string& path, const Pause& pause) {
+  return ReadFile(files, path, pause).keys;
 }
 
 class RegRestore {
  public:
-  RegRestore(Registry& registry, OverwriteMode mode, Prompts& prompts)
-      : registry_(registry), mode_(mode), prompts_(prompts) {}
+  // `total` is the sum of the keys' values.
+  RegRestore(Registry& registry, OverwriteMode mode, Prompts& prompts, const Pause& pause,
+             uint64_t total)
+      : registry_(registry),
+        mode_(mode),
+        prompts_(prompts),
+        pause_(pause),
+        progress_{.total = total, .work = "Restoring"} {}
 
   void Restore(const RegFileKey& key) {
+    const std::string key_name = NameOf(key);
+    progress_.path = key_name;
+    if (Stops()) return;
     try {
       std::shared_ptr<RegistryKey> opened = registry_.Create(key.root, key.path);
       bool all = true;
       for (const auto& [name, value] : key.values) {
-        if (!result.cancelled) all &= TryRestoreValue(*opened, NameOf(key), name, value);
+        if (Stops()) break;
+        all &= TryRestoreValue(*opened, key_name, name, value);
+        ++progress_.done;
       }
       to_store_[HiveOf(key)] = std::move(opened);
       if (!result.cancelled) ++(all ? result.restored : result.skipped);
     } catch (const Error& error) {
-      result.problems.push_back(NameOf(key) + ": " + error.what());
+      result.problems.push_back(key_name + ": " + error.what());
     }
   }
 
@@ -95,6 +108,11 @@ class RegRestore {
   RestoreResult result;
 
  private:
+  bool Stops() {
+    if (pause_(progress_)) result.cancelled = true;
+    return result.cancelled;
+  }
+
   static std::string HiveOf(const RegFileKey& key) {
     size_t end = 0;
     for (size_t level = 0; level < kLevelsToAHive && end != std::string::npos; ++level) {
@@ -135,6 +153,8 @@ class RegRestore {
   Registry& registry_;
   OverwriteMode mode_;
   Prompts& prompts_;
+  const Pause& pause_;
+  Progress progress_;
   std::map<std::string, std::shared_ptr<RegistryKey>> to_store_;
 };
 
@@ -157,7 +177,7 @@ std::vector<RegFileKey> Chosen(std::vector<RegFileKey> keys, const std::vector<s
 
 bool RegistryBackups::Takes(std::string_view name) const { return MatchesMask(name, "R_*.reg"); }
 
-BackupInfo RegistryBackups::Describe(const std::string& path) {
+BackupInfo RegistryBackups::Describe(const std::string& path, const Pause& pause) {
   BackupInfo info;
   info.name = NamePart(path);
   info.kind = BackupKind::kRegistry;
@@ -167,7 +187,7 @@ BackupInfo RegistryBackups::Describe(const std::string& path) {
     if (!file) throw Error(Error::Kind::kMissing, "There is no such backup.");
     info.size = file->size;
     info.date = DateOfArchive(info.name).value_or(machine_.system.ToLocalTime(file->last_write));
-    const RegFile read = ReadFile(machine_.files, path);
+    const RegFile read = ReadFile(machine_.files, path, pause);
     info.entries = read.keys.size();
     if (read.is_cut_off) info.incomplete = "The file was cut off: what is whole can be restored.";
   } catch (const Error& error) {
@@ -176,9 +196,9 @@ BackupInfo RegistryBackups::Describe(const std::string& path) {
   return info;
 }
 
-std::vector<BackupEntry> RegistryBackups::ListEntries(const std::string& path) {
+std::vector<BackupEntry> RegistryBackups::ListEntries(const std::string& path, const Pause& pause) {
   std::vector<BackupEntry> entries;
-  for (const RegFileKey& key : Read(machine_.files, path)) {
+  for (const RegFileKey& key : Read(machine_.files, path, pause)) {
     BackupEntry entry;
     entry.path = NameOf(key);
     entry.size = PartOf(key).size();
@@ -187,15 +207,15 @@ std::vector<BackupEntry> RegistryBackups::ListEntries(const std::string& path) {
   return entries;
 }
 
-std::string RegistryBackups::Repair(const std::string& path) {
-  if (!ReadFile(machine_.files, path).is_cut_off) return "";
+std::string RegistryBackups::Repair(const std::string& path, const Pause& pause) {
+  if (!ReadFile(machine_.files, path, pause).is_cut_off) return "";
   throw NotAvailable("Copies of registry entries are not repaired: what is whole is restored.");
 }
 
-std::string RegistryBackups::ExtractTemporary(const std::string& path,
-                                              std::string_view entry_path) {
+std::string RegistryBackups::ExtractTemporary(const std::string& path, std::string_view entry_path,
+                                              const Pause& pause) {
   std::vector<std::string> problems;
-  const auto keys = Chosen(Read(machine_.files, path), {std::string(entry_path)}, problems);
+  const auto keys = Chosen(Read(machine_.files, path, pause), {std::string(entry_path)}, problems);
   if (keys.empty()) throw Error(Error::Kind::kMissing, problems.front());
   const std::string_view backup = NamePart(path);
   const std::string folder = machine_.system.TempFolder() + "Quellix\\" +
@@ -214,20 +234,18 @@ std::string RegistryBackups::ExtractTemporary(const std::string& path,
 }
 
 RestoreResult RegistryBackups::Restore(const std::string& path, const RestoreOrder& order,
-                                       Prompts& prompts, const RestorePause& pause) {
+                                       Prompts& prompts, const Pause& pause) {
   if (!order.to.empty()) {
     throw Error(Error::Kind::kOther, "Registry keys can be restored to where they were only.");
   }
-  RegRestore restore(machine_.registry, order.mode, prompts);
-  const auto keys = Chosen(Read(machine_.files, path), order.entry_paths, restore.result.problems);
-  RestoreProgress progress{.done = 0, .total = keys.size(), .path = {}};
+  std::vector<std::string> problems;
+  const auto keys = Chosen(Read(machine_.files, path, pause), order.entry_paths, problems);
+  uint64_t values = 0;
+  for (const RegFileKey& key : keys) values += key.values.size();
+  RegRestore restore(machine_.registry, order.mode, prompts, pause, values);
+  restore.result.problems = std::move(problems);
   for (const RegFileKey& key : keys) {
-    const std::string name = NameOf(key);
-    progress.path = name;
-    if (pause && pause(progress)) restore.result.cancelled = true;
-    if (restore.result.cancelled) break;
-    restore.Restore(key);
-    ++progress.done;
+    if (!restore.result.cancelled) restore.Restore(key);
   }
   restore.Store();
   return std::move(restore.result);

@@ -47,30 +47,37 @@ void RegistryUndo::AddValue(Registry& registry, RegistryRoot root, std::string_v
   }
 }
 
-void RegistryUndo::AddKey(Registry& registry, RegistryRoot root, std::string_view key) {
+void RegistryUndo::AddKey(Registry& registry, RegistryRoot root, std::string_view key,
+                          const Pause& pause) {
   for (const KeyHome& home : KeyHomes(root, key)) {
     const auto opened = registry.Open(home.root, home.key, RegistryAccess::kRead);
-    if (opened && !opened->SubKeyAt(0)) AddOpenKey(home.root, home.key, *opened);
+    if (opened && !opened->SubKeyAt(0)) AddOpenKey(home.root, home.key, *opened, pause);
   }
 }
 
 // What is behind a link stays when the tree is deleted.
-void RegistryUndo::AddTree(Registry& registry, RegistryRoot root, std::string_view key) {
+void RegistryUndo::AddTree(Registry& registry, RegistryRoot root, std::string_view key,
+                           const Pause& pause) {
   for (const KeyHome& home : KeyHomes(root, key)) {
     const auto opened = registry.Open(home.root, home.key, RegistryAccess::kRead);
     if (opened == nullptr) continue;
     WalkKeys(*opened, RegistryAccess::kRead,
-             {.enter = [&](RegistryKey& each, const std::string& path) {
-               AddOpenKey(home.root, home.key + path, each);
-             }});
+             {.enter =
+                  [&](RegistryKey& each, const std::string& path) {
+                    AddOpenKey(home.root, home.key + path, each, pause);
+                  }},
+             pause);
   }
 }
 
-void RegistryUndo::AddOpenKey(RegistryRoot root, const std::string& path, RegistryKey& key) {
+void RegistryUndo::AddOpenKey(RegistryRoot root, const std::string& path, RegistryKey& key,
+                              const Pause& pause) {
   added_.AddKey(root, path);
   std::string name;
   RegistryValue value;
-  for (uint32_t i = 0; key.ReadValueAt(i, name, value); ++i) added_.AddValue(name, value);
+  for (uint32_t i = 0; !pause() && key.ReadValueAt(i, name, value); ++i) {
+    added_.AddValue(name, value);
+  }
 }
 
 void RegistryUndo::Store(const Machine& machine, std::string_view folder) {

@@ -13,11 +13,12 @@ namespace quellix {
 class RegistryUndo {
  public:
   // What is not there adds nothing. Each throws Error when an entry cannot be read, or not be kept
-  // in such a file; Forget drops what was added by then.
+  // in such a file; Forget drops what was added by then, as it is to do behind a stop.
   void AddValue(Registry& registry, RegistryRoot root, std::string_view key, std::string_view name);
   // A key with its values, if it has no sub-keys: others cannot be deleted at once.
-  void AddKey(Registry& registry, RegistryRoot root, std::string_view key);
-  void AddTree(Registry& registry, RegistryRoot root, std::string_view key);
+  void AddKey(Registry& registry, RegistryRoot root, std::string_view key, const Pause& pause = {});
+  void AddTree(Registry& registry, RegistryRoot root, std::string_view key,
+               const Pause& pause = {});
 
   // Writes what was added behind what the file has already and returns when it is on the disk.
   // `folder` ends in "\" and is made where it is missing. Throws Error; the file is then as it was,
@@ -29,7 +30,7 @@ class RegistryUndo {
   const std::string& path() const { return path_; }
 
  private:
-  void AddOpenKey(RegistryRoot root, const std::string& path, RegistryKey& key);
+  void AddOpenKey(RegistryRoot root, const std::string& path, RegistryKey& key, const Pause& pause);
 
   RegFileText added_;
   std::string path_;

@@ -66,22 +66,22 @@ uint64_t StepsOf(const ZipEntry& entry) { return entry.size + kStepsAFile; }
 Restorer::Restorer(const Machine& machine, ZipReader& archive, Target target, Prompts& prompts)
     : machine_(machine), archive_(archive), target_(std::move(target)), prompts_(prompts) {}
 
-void Restorer::OnPause(const RestorePause& pause, uint64_t total) {
+void Restorer::OnPause(const Pause& pause, uint64_t total) {
   pause_ = pause;
   progress_.total = total;
 }
 
-void Restorer::Pause(uint64_t done) {
-  RestoreProgress progress = progress_;
+// A pause, that many steps into the entry in hand.
+bool Restorer::Stops(uint64_t done) {
+  Progress progress = progress_;
   progress.done += done;
-  if (pause_ && pause_(progress)) result_.cancelled = true;
+  if (pause_(progress)) result_.cancelled = true;
+  return result_.cancelled;
 }
 
 bool Restorer::Restore(const ZipEntry& entry) {
-  const std::string path = EntryPath(entry.name);
-  progress_.path = path;
-  Pause(0);
-  if (result_.cancelled) return false;
+  progress_.path = path_ = EntryPath(entry.name);
+  if (Stops(0)) return false;
   try {
     Put(entry);
   } catch (const Error& error) {
@@ -203,13 +203,13 @@ void Restorer::Fill(const ZipEntry& entry, RandomFile& file) {
   archive_.Extract(entry, [&](std::string_view bytes) {
     sparse ? WriteSparse(file, at, bytes) : file.Write(at, bytes);
     at += bytes.size();
-    Pause(at);
-    if (result_.cancelled) throw Error(Error::Kind::kOther, "The restore was stopped.");
+    if (Stops(at)) throw Error(Error::Kind::kOther, "The restore was stopped.");
   });
   if (sparse) file.Resize(at);
 }
 
-// The user may delete the archive next, so all is on the disk before the names tell of it.
+// The user may delete the archive next, so all is on the disk before the names tell of it. What is
+// written by now is finished whatever a pause says.
 void Restorer::PlaceAll() {
   std::vector<Written> written = std::move(written_);
   written_.clear();
@@ -224,9 +224,12 @@ void Restorer::PlaceAll() {
       return false;
     }
   };
-  std::erase_if(written,
-                [&](Written& file) { return !attempt([&] { file.made.file().Flush(); }); });
+  std::erase_if(written, [&](Written& file) {
+    Stops(0);
+    return !attempt([&] { file.made.file().Flush(); });
+  });
   for (Written& file : written) {
+    Stops(0);
     if (!attempt([&] { file.made.Place(file.name, file.if_there); })) continue;
     ++result_.restored;
     const uint32_t attributes = file.attributes == 0 ? uint32_t{kNormal} : file.attributes;

@@ -38,11 +38,13 @@ class Restorer {
   Restorer(const Restorer&) = delete;
   Restorer& operator=(const Restorer&) = delete;
 
-  // `total` is the sum of StepsOf over the entries to come.
-  void OnPause(const RestorePause& pause, uint64_t total);
+  // `total` is the sum of StepsOf over the entries to come. Must outlive the object.
+  void OnPause(const Pause& pause, uint64_t total);
 
   // Of the entry being visited. False when the user wants no more.
   bool Restore(const ZipEntry& entry);
+  // The same of one that is not asked for.
+  bool PassOver() { return !Stops(0); }
   // Finishes what is begun.
   RestoreResult Take();
 
@@ -62,14 +64,15 @@ class Restorer {
   void Write(ZipEntry& entry, const std::string& name, IfThere if_there);
   void Fill(const ZipEntry& entry, RandomFile& file);
   void PlaceAll();
-  void Pause(uint64_t done);
+  bool Stops(uint64_t done);
 
   Machine machine_;
   ZipReader& archive_;
   Target target_;
   Prompts& prompts_;
-  RestorePause pause_;
-  RestoreProgress progress_;
+  Pause pause_;
+  Progress progress_{.work = "Restoring"};
+  std::string path_;  // of the entry in hand
   RestoreResult result_;
 
   std::string base_path_;         // of the folder above all, as it is open

@@ -61,24 +61,25 @@ ZipReader::ZipReader(std::unique_ptr<ArchiveStream> stream) : stream_(std::move(
   if (zip_ && unzGetGlobalInfo64(zip_.get(), &info) == UNZ_OK) count_ = info.number_entry;
 }
 
-std::unique_ptr<ZipReader> ZipReader::Open(std::unique_ptr<ArchiveStream>& stream) {
+std::unique_ptr<ZipReader> ZipReader::Open(std::unique_ptr<ArchiveStream>& stream,
+                                           const Pause& pause) {
   HideLongComment(*stream);
   std::unique_ptr<ZipReader> reader(new ZipReader(std::move(stream)));
   if (!reader->stream_->Problem().empty()) {
     throw Error(Error::Kind::kOther, reader->stream_->Problem());
   }
-  if (reader->IsWhole()) return reader;
+  if (reader->IsWhole(pause)) return reader;
   reader->zip_.reset();
   stream = std::move(reader->stream_);
   return nullptr;
 }
 
-bool ZipReader::IsWhole() {
+bool ZipReader::IsWhole(const Pause& pause) {
   // minizip does not open an archive that is nothing but an end.
   constexpr uint64_t kEnd = 22;
   if (!zip_) return stream_->Size() == kEnd && stream_->ReadText(0, 4) == kEndSignature;
   uint64_t seen = 0;
-  Visit([&](const ZipEntry&) { return ++seen != 0; });
+  VisitAll(*this, pause, [&](const ZipEntry&) { ++seen; });
   return seen == count_;
 }
 
@@ -90,6 +91,18 @@ bool ZipReader::Visit(const std::function<bool(const ZipEntry&)>& visit) {
     if (!entry || !visit(*entry)) return false;
   }
   return true;
+}
+
+void VisitAll(ZipReader& reader, const Pause& pause,
+              const std::function<void(const ZipEntry&)>& visit) {
+  uint64_t seen = 0;
+  reader.Visit([&](const ZipEntry& entry) {
+    if (pause({seen++, reader.count()})) {
+      throw Error(Error::Kind::kOther, "Reading it was stopped; the archive is as it was.");
+    }
+    visit(entry);
+    return true;
+  });
 }
 
 std::optional<ZipEntry> ZipReader::Current() {

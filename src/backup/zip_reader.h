@@ -10,6 +10,7 @@
 
 #include "backup/archive_stream.h"
 #include "backup/zip_format.h"
+#include "platform/pause.h"
 
 namespace quellix {
 
@@ -17,8 +18,9 @@ namespace quellix {
 class ZipReader {
  public:
   // Nothing when the archive has no directory that is whole and fits it; `stream` is taken only
-  // with a reader. Throws Error when it cannot be read.
-  static std::unique_ptr<ZipReader> Open(std::unique_ptr<ArchiveStream>& stream);
+  // with a reader. Throws Error when it cannot be read, and where `pause` ended that.
+  static std::unique_ptr<ZipReader> Open(std::unique_ptr<ArchiveStream>& stream,
+                                         const Pause& pause = {});
 
   uint64_t count() const { return count_; }
 
@@ -36,7 +38,7 @@ class ZipReader {
   using Handle = std::unique_ptr<void, decltype(&unzClose)>;
 
   explicit ZipReader(std::unique_ptr<ArchiveStream> stream);
-  bool IsWhole();
+  bool IsWhole(const Pause& pause);
   std::optional<ZipEntry> Current();
   uint64_t WideDataOffset(const ZipEntry& entry);
   bool ExtractWide(const ZipEntry& entry, const std::function<void(std::string_view)>& write);
@@ -46,5 +48,9 @@ class ZipReader {
   Handle zip_{nullptr, &unzClose};
   uint64_t count_ = 0;
 };
+
+// Visits them all, with a pause before each. Throws Error where `pause` ended that.
+void VisitAll(ZipReader& reader, const Pause& pause,
+              const std::function<void(const ZipEntry&)>& visit);
 
 }  // namespace quellix

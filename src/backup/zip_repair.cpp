@@ -20,7 +20,7 @@ bool MayBeArchive(ArchiveStream& stream) {
          start.starts_with("PK\6\6");
 }
 
-ZipScan Scan(ArchiveStream& stream, std::string_view name, const RepairPause& pause) {
+ZipScan Scan(ArchiveStream& stream, std::string_view name, const Pause& pause) {
   ZipScan scan = ScanArchive(stream, pause);
   if (!scan.entries.empty() || scan.unverified != 0 || MayBeArchive(stream)) return scan;
   throw Error(Error::Kind::kOther, std::string(name) + " is not a zip archive.");
@@ -40,10 +40,9 @@ uint64_t EndOf(const std::vector<ScannedEntry>& entries) {
 }
 
 // Reading it is the first half of the work, copying it the second.
-RepairPause Half(const RepairPause& pause, bool is_second) {
-  if (!pause) return nullptr;
-  return [&pause, is_second](uint64_t done, uint64_t total) {
-    return pause(done / 2 + (is_second ? total / 2 : 0), total);
+Pause Half(const Pause& pause, bool is_second) {
+  return [&pause, is_second](const Progress& progress) {
+    return pause({progress.done / 2 + (is_second ? progress.total / 2 : 0), progress.total});
   };
 }
 
@@ -68,25 +67,26 @@ std::string Repair::Counts() const {
 }
 
 std::unique_ptr<ZipReader> ReadZip(std::unique_ptr<RandomFile> file, std::string_view name,
-                                   std::optional<Repair>& found, const RepairPause& pause) {
+                                   std::optional<Repair>& found, const Pause& pause) {
   found.reset();
   auto stream = std::make_unique<ArchiveStream>(std::move(file));
-  if (auto reader = ZipReader::Open(stream)) return reader;
+  if (auto reader = ZipReader::Open(stream, pause)) return reader;
   const ZipScan scan = Scan(*stream, name, pause);
   found = ToRepair(scan);
+  const uint64_t size = stream->Size();
   WriteDirectory(*stream, scan.entries, EndOf(scan.entries));
-  auto reader = ZipReader::Open(stream);
+  auto reader = ZipReader::Open(stream, [&](const Progress&) { return pause({size, size}); });
   if (!reader) throw Error(Error::Kind::kOther, std::string(name) + " could not be read.");
   return reader;
 }
 
 std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
-                                   std::optional<Repair>& found, const RepairPause& pause) {
+                                   std::optional<Repair>& found, const Pause& pause) {
   return ReadZip(files.Open(path, OpenMode::kRead), NamePart(path), found, pause);
 }
 
 void CopyEntries(ArchiveStream& from, std::vector<ScannedEntry> entries,
-                 std::unique_ptr<RandomFile> to, const RepairPause& pause) {
+                 std::unique_ptr<RandomFile> to, const Pause& pause) {
   ArchiveStream out(std::move(to));
   for (ScannedEntry& found : entries) {
     const uint64_t start = out.Size();
@@ -96,7 +96,7 @@ void CopyEntries(ArchiveStream& from, std::vector<ScannedEntry> entries,
       out.Seek(out.Size());
       out.Write(piece);
       at += piece.size();
-      if (!pause || !pause(std::min(at, from.Size()), from.Size())) continue;
+      if (!pause({std::min(at, from.Size()), from.Size()})) continue;
       throw Error(Error::Kind::kOther, "The repair was stopped; the archive is as it was.");
     }
     found.entry.offset = start;
@@ -106,8 +106,7 @@ void CopyEntries(ArchiveStream& from, std::vector<ScannedEntry> entries,
   out.Flush();
 }
 
-std::optional<Repair> RepairArchive(FileSystem& files, std::string_view path,
-                                    const RepairPause& pause) {
+std::optional<Repair> RepairArchive(FileSystem& files, std::string_view path, const Pause& pause) {
   const std::string name(NamePart(path));
   const auto folder = OpenFolderOf(files, path);
   if (!folder->Look(name)) throw Error(Error::Kind::kMissing, "There is no archive " + name + ".");
@@ -119,7 +118,7 @@ std::optional<Repair> RepairArchive(FileSystem& files, std::string_view path,
   }
   // Who fills it meanwhile is kept away.
   auto stream = std::make_unique<ArchiveStream>(folder->Open(name, OpenMode::kReadAndCreate));
-  if (ZipReader::Open(stream)) return std::nullopt;
+  if (ZipReader::Open(stream, pause)) return std::nullopt;
   const ZipScan scan = Scan(*stream, name, Half(pause, false));
   const Repair repair = ToRepair(scan);
   Require(repair);

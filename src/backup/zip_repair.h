@@ -20,14 +20,13 @@ struct Repair {
 };
 
 // An archive, for reading: nothing is written, whatever its state. One without a whole directory is
-// read entry by entry as far as they are whole, and `found` says how far. Where `pause` (may be
-// empty) ends that, and for what is no archive, it throws Error.
+// read entry by entry as far as they are whole, and `found` says how far. Where `pause` ends that,
+// and for what is no archive, it throws Error.
 std::unique_ptr<ZipReader> OpenZip(FileSystem& files, std::string_view path,
-                                   std::optional<Repair>& found,
-                                   const RepairPause& pause = nullptr);
+                                   std::optional<Repair>& found, const Pause& pause = {});
 // The same of an archive that is open; `name` is for messages.
 std::unique_ptr<ZipReader> ReadZip(std::unique_ptr<RandomFile> file, std::string_view name,
-                                   std::optional<Repair>& found, const RepairPause& pause);
+                                   std::optional<Repair>& found, const Pause& pause);
 
 // Makes one of this program's archives (by its name) whole: what is whole in it goes, with a new
 // directory, into a new file, which takes its place in one step once it is on the disk. Nothing
@@ -35,9 +34,9 @@ std::unique_ptr<ZipReader> ReadZip(std::unique_ptr<RandomFile> file, std::string
 // name, when entries would go of which nobody can tell whether they are whole, when the disk is
 // full, and where `pause` ends it.
 std::optional<Repair> RepairArchive(FileSystem& files, std::string_view path,
-                                    const RepairPause& pause = nullptr);
+                                    const Pause& pause = {});
 // Its work: the entries that are whole, from one file into another that is empty.
 void CopyEntries(ArchiveStream& from, std::vector<ScannedEntry> entries,
-                 std::unique_ptr<RandomFile> to, const RepairPause& pause);
+                 std::unique_ptr<RandomFile> to, const Pause& pause);
 
 }  // namespace quellix

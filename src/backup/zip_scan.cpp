@@ -16,7 +16,7 @@ constexpr uint64_t kPiece = 64 << 10;
 
 class Scanner {
  public:
-  Scanner(ArchiveStream& stream, const RepairPause& pause) : stream_(stream), pause_(pause) {}
+  Scanner(ArchiveStream& stream, const Pause& pause) : stream_(stream), pause_(pause) {}
 
   ZipScan Run() {
     uint64_t at = 0, end = 0;
@@ -86,7 +86,7 @@ class Scanner {
       const size_t found = piece.find(kLocalSignature);
       if (found != std::string::npos) return from + found;
       if (piece.size() < kPiece) break;
-      Pause(from);
+      Breathe(from);
     }
     return stream_.Size();
   }
@@ -109,14 +109,14 @@ class Scanner {
       if (!open_ended && unpacked > entry.size) throw TooLong();
       const double part = static_cast<double>(unpacked) / static_cast<double>(entry.size + 1);
       const auto packed = static_cast<uint64_t>(static_cast<double>(entry.packed) * part);
-      Pause(entry.offset + (open_ended ? 0 : std::min(packed, entry.packed)));
+      Breathe(entry.offset + (open_ended ? 0 : std::min(packed, entry.packed)));
     });
   } catch (const TooLong&) {
     return std::nullopt;
   }
 
-  void Pause(uint64_t done) {
-    if (!pause_ || !pause_(std::min(done, stream_.Size()), stream_.Size())) return;
+  void Breathe(uint64_t done) {
+    if (!pause_({std::min(done, stream_.Size()), stream_.Size()})) return;
     throw Error(Error::Kind::kOther, "Reading it was stopped; the archive is as it was.");
   }
 
@@ -146,7 +146,7 @@ class Scanner {
   }
 
   ArchiveStream& stream_;
-  const RepairPause& pause_;
+  const Pause& pause_;
   ZipScan scan_;
   uint64_t data_ = 0;  // where the data of the entry in hand begin
   uint64_t next_ = 0;  // where it ends
@@ -168,7 +168,7 @@ bool Record(zipFile zip, ArchiveStream& stream, const ZipEntry& entry) {
 
 }  // namespace
 
-ZipScan ScanArchive(ArchiveStream& stream, const RepairPause& pause) {
+ZipScan ScanArchive(ArchiveStream& stream, const Pause& pause) {
   return Scanner(stream, pause).Run();
 }
 

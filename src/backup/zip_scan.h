@@ -1,11 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <vector>
 
 #include "backup/archive_stream.h"
 #include "backup/zip_format.h"
+#include "platform/pause.h"
 
 namespace quellix {
 
@@ -22,13 +22,10 @@ struct ZipScan {
   uint64_t behind = 0;                // bytes behind the last entry that was found
 };
 
-// Called now and then with the bytes that are done; true ends the work.
-using RepairPause = std::function<bool(uint64_t done, uint64_t total)>;
-
 // Finds the entries of an archive by their own headers, without a directory, and unpacks each to
 // see whether it is whole. Behind what is damaged it goes on with the next header. Throws Error,
-// also where `pause` (may be empty) ends it.
-ZipScan ScanArchive(ArchiveStream& stream, const RepairPause& pause);
+// also where `pause`, which is told of bytes, ends it.
+ZipScan ScanArchive(ArchiveStream& stream, const Pause& pause);
 
 // Writes the directory of entries that stand in the stream already, at `end`. It stays in the
 // stream's memory until that is flushed. Throws Error.

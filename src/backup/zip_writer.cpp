@@ -105,7 +105,7 @@ void ZipWriter::Fill(RandomFile& source, size_t got, bool wide, const Pause& pau
     at += got;
     if (last) break;
     if (!wide && at >= kWideFrom) Fail("The file grew too fast.");
-    if (pause && pause()) Fail("The file was not archived: the run was stopped.");
+    if (pause()) Fail("The file was not archived: the run was stopped.");
     got = source.Read(at, buffer_);
   }
   if (zipCloseFileInZipRaw64(zip_, at, crc) != ZIP_OK) FailOfStream();

@@ -2,13 +2,13 @@
 
 #include <minizip/zip.h>
 
-#include <functional>
 #include <memory>
 #include <vector>
 
 #include "backup/archive_stream.h"
 #include "backup/deflater.h"
 #include "backup/zip_format.h"
+#include "platform/pause.h"
 
 namespace quellix {
 
@@ -22,9 +22,6 @@ void FinishZip(zipFile zip, ArchiveStream& stream, uint64_t count);
 // written once, by Finish.
 class ZipWriter {
  public:
-  // True ends the work on the file in hand.
-  using Pause = std::function<bool()>;
-
   // Adds to a whole archive of `count` entries, whose directory goes from the disk until Finish.
   // Throws Error.
   ZipWriter(std::unique_ptr<RandomFile> file, uint64_t count);

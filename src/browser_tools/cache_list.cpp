@@ -73,12 +73,16 @@ std::string FormatCacheDate(System& system, int64_t filetime) {
 
 CacheList::CacheList(const Machine& machine) : machine_(machine) {}
 
-void CacheList::LoadCacheEntries(CacheKind kind) {
+void CacheList::LoadCacheEntries(CacheKind kind, const Pause& pause) {
   const uint32_t mask = CacheMask(kind);
   rows_.clear();
   problem_.clear();
   try {
     machine_.url_cache.Enumerate([&](const UrlCacheEntry& entry) {
+      if (pause()) {
+        problem_ = "Reading the cache was stopped; this is what was read.";
+        return false;
+      }
       if ((entry.type & mask) == mask) rows_.push_back(ToCacheRow(entry));
       return true;
     });
@@ -135,9 +139,10 @@ void CacheList::Order() {
   rows_ = std::move(sorted);
 }
 
-void CacheList::Delete(const Breath& breath, bool all) {
+void CacheList::Delete(const Pause& pause, bool all) {
   std::vector<CacheRow> left;
-  while (!rows_.empty() && breath()) {
+  const size_t total = rows_.size();
+  while (!rows_.empty() && !pause({total - rows_.size(), total})) {
     CacheRow& row = rows_.back();
     const bool goes = all || row.checked;
     if (!goes || !TryDelete(row)) left.push_back(std::move(row));

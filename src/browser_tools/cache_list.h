@@ -1,11 +1,11 @@
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/machine.h"
+#include "platform/pause.h"
 
 namespace quellix {
 
@@ -41,14 +41,12 @@ std::string FormatCacheDate(System& system, int64_t filetime);
 // What the cache viewer lists and does. No function throws.
 class CacheList {
  public:
-  // Called before each deletion; false stops there.
-  using Breath = std::function<bool()>;
-
   explicit CacheList(const Machine& machine);
 
   // Reads the entries of a kind anew, none of them checked, in the cache's order until a column was
-  // sorted by. What cannot be read is left out, and problem() says why.
-  void LoadCacheEntries(CacheKind kind);
+  // sorted by. What cannot be read is left out, as is what comes behind a stop, and problem() says
+  // why.
+  void LoadCacheEntries(CacheKind kind, const Pause& pause = {});
 
   size_t RowCount() const { return rows_.size(); }
   const CacheRow& Row(size_t row) const { return rows_[row]; }
@@ -62,10 +60,10 @@ class CacheList {
   std::optional<CacheColumn> sorted_by() const { return sorted_by_; }
   bool descending() const { return descending_; }
 
-  // Delete the checked rows or all of them, from the last to the first. Rows whose entries could
-  // not be deleted stay.
-  void DeleteSelected(const Breath& breath) { Delete(breath, false); }
-  void DeleteAllListed(const Breath& breath) { Delete(breath, true); }
+  // Delete the checked rows or all of them, from the last to the first, with a pause before each.
+  // Rows whose entries could not be deleted stay.
+  void DeleteSelected(const Pause& pause) { Delete(pause, false); }
+  void DeleteAllListed(const Pause& pause) { Delete(pause, true); }
 
   std::string Status() const { return std::to_string(rows_.size()) + " entries"; }
   // Why the list is not complete; "" when it is.
@@ -73,7 +71,7 @@ class CacheList {
 
  private:
   void Order();
-  void Delete(const Breath& breath, bool all);
+  void Delete(const Pause& pause, bool all);
   bool TryDelete(const CacheRow& row);
 
   Machine machine_;

@@ -36,12 +36,14 @@ bool IsOnKeepList(CleaningContext& context, const UrlCacheEntry& entry) {
 
 void DeleteCacheEntries(CleaningContext& context,
                         const std::function<bool(const UrlCacheEntry&)>& goes) {
-  for (const UrlCacheEntry& entry : context.machine.url_cache.Entries()) {
-    context.view.Yield();
-    if (context.state.AbortRequested) return;
-    if (goes(entry) && !IsOnKeepList(context, entry)) {
-      context.machine.url_cache.Delete(entry.source);
-    }
+  std::vector<std::string> sources;
+  context.machine.url_cache.Enumerate([&](const UrlCacheEntry& entry) {
+    if (goes(entry) && !IsOnKeepList(context, entry)) sources.push_back(entry.source);
+    return !StopsRun(context);
+  });
+  for (const std::string& source : sources) {
+    if (StopsRun(context)) return;
+    context.machine.url_cache.Delete(source);
   }
   NotePlace(context.state);
 }

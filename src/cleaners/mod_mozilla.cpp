@@ -42,11 +42,6 @@ class MozillaVisitor : public FolderVisitor {
       : context_(context), limits_(context), mask_(mask), end_(end) {}
 
   Detail Needs() const override { return Detail::kFull; }
-  bool Stops(bool) override { return context_.state.AbortRequested; }
-  bool StopsListing() override {
-    context_.view.Yield();
-    return context_.state.AbortRequested;
-  }
   bool Wants(const std::string&) override { return true; }
   void File(Folder& folder, const std::string& path, const Entry& entry) override {
     if (!MatchesMask(entry.name, mask_) || limits_.Leaves(&folder, path, entry)) return;
@@ -95,7 +90,7 @@ double Find(CleaningContext& context, std::string_view path, std::string_view ma
   NotePlace(context.state);
   if (!PlacesOf(context).WhyNot(*folder, mask, true, Claim::kItem).empty()) return 0;
   MozillaVisitor visitor(context, mask, end);
-  WalkFolder(*folder, path, WalkOrder::kFilesFirst, &PlacesOf(context), visitor);
+  WalkFolder(*folder, path, WalkOrder::kFilesFirst, &PlacesOf(context), visitor, PauseOf(context));
   context.state.MozillaSpaceFound += visitor.bytes();
   return visitor.bytes();
 }

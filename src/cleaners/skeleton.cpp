@@ -42,7 +42,8 @@ std::string ListUserValues(CleaningContext& context, std::string_view key) {
   const modRegistry::Access access = RegistryOf(context);
   if (modRegistry::KeyExists(access, RegistryRoot::kCurrentUser, key)) NotePlace(context.state);
   return modRegistry::ListRegValues(access, RegistryRoot::kCurrentUser, key,
-                                    context.state.AllValues ? Reach::kAll : Reach::kFew);
+                                    context.state.AllValues ? Reach::kAll : Reach::kFew,
+                                    PauseOf(context));
 }
 
 size_t ClearUserKey(CleaningContext& context, std::string_view key) {

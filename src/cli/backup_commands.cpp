@@ -134,12 +134,7 @@ int Restore(const BackupOptions& options, const Machine& machine) {
   const int state = SayIfIncomplete(info);
   ConsolePrompts prompts;
   ConsoleView view;
-  bool stopped = false;
-  view.OnStop([&stopped] { stopped = true; });
-  const auto pause = [&](const RestoreProgress&) {
-    view.Yield();
-    return stopped;
-  };
+  const auto pause = [&view](const Progress&) { return view.Breathe(); };
   const RestoreResult result = backups.Restore(
       options.archive, {options.entries, options.to, ModeOf(machine, options.overwrite)}, prompts,
       pause);

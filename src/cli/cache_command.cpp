@@ -28,16 +28,11 @@ int List(CacheList& list) {
 
 int Delete(CacheList& list) {
   ConsoleView view;
-  bool stopped = false;
-  view.OnStop([&] { stopped = true; });
   const size_t before = list.RowCount();
-  list.DeleteAllListed([&] {
-    view.Yield();
-    return !stopped;
-  });
+  list.DeleteAllListed([&view](const Progress&) { return view.Breathe(); });
   std::cout << before - list.RowCount() << " entries deleted, " << list.RowCount() << " left"
             << std::endl;
-  if (stopped) return kFailed;
+  if (view.Breathe()) return kFailed;
   for (size_t row = 0; row < list.RowCount(); ++row) {
     std::cerr << "not deleted: " << list.Text(row, CacheColumn::kSource) << '\n';
   }

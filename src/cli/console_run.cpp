@@ -60,7 +60,6 @@ ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind) {
     view_ = std::make_unique<ConsoleView>();
     engine_.emplace(machine, *view_);
   }
-  view_->OnStop([this] { engine_->StopCleaning(); });
   LoadEngine(*engine_, kind == RunKind::kReal);
 }
 

@@ -25,9 +25,7 @@ ConsoleView::ConsoleView() {
 
 ConsoleView::~ConsoleView() { std::signal(SIGINT, SIG_DFL); }
 
-void ConsoleView::Yield() {
-  if (interrupted && stop_) stop_();
-}
+bool ConsoleView::Breathe() { return interrupted; }
 
 void ConsoleView::ShowCritical(std::string_view text) { std::cerr << text << std::endl; }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <string>
 
 #include "run/views.h"
@@ -14,9 +13,7 @@ class ConsoleView : public RunView {
   ConsoleView();
   ~ConsoleView() override;
 
-  void OnStop(std::function<void()> stop) { stop_ = std::move(stop); }
-
-  void Yield() override;
+  bool Breathe() override;
   void SetStatus(std::string_view text) override { status_ = text; }
   void SetProgress(const ProgressBar&) override {}
   void SetCommands(const Commands&) override {}
@@ -29,7 +26,6 @@ class ConsoleView : public RunView {
   const std::string& status() const { return status_; }
 
  private:
-  std::function<void()> stop_;
   std::string status_;
 };
 

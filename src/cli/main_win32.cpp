@@ -2,9 +2,6 @@
 
 // After windows.h, which it needs.
 #include <shellapi.h>
-// A leftover of 16-bit Windows that would swallow RunView::Yield.
-#undef Yield
-
 #include "cli/console.h"
 #include "platform/text.h"
 #include "platform/win32/lazy_library.h"

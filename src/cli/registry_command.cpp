@@ -19,16 +19,9 @@ struct RegistryOptions {
 
 class ConsoleScanView : public ScanView {
  public:
-  void OnStop(const std::function<void()>& stop) {
-    console_.OnStop([this, stop] {
-      stopped_ = true;
-      stop();
-    });
-  }
-  bool stopped() const { return stopped_; }
+  bool stopped() { return console_.Breathe(); }
   bool has_problem() const { return has_problem_; }
 
-  void Yield() override { console_.Yield(); }
   void ShowState() override {}
   void ShowProblem(std::string_view sentence) override {
     has_problem_ = true;
@@ -37,7 +30,7 @@ class ConsoleScanView : public ScanView {
 
  private:
   ConsoleView console_;
-  bool stopped_ = false, has_problem_ = false;
+  bool has_problem_ = false;
 };
 
 std::string_view Word(RowMark mark) {
@@ -115,9 +108,8 @@ int Scan(const RegistryOptions& options, const Machine& machine) {
   const ScanTool tool = ToolOf(options.tool);
   ConsoleScanView view;
   const auto scan = MakeScan(tool, machine, view);
-  view.OnStop([&scan] { scan->StopScan(); });
   scan->SetThorough(options.thorough);
-  scan->StartScan();
+  scan->StartScan([&view](const Progress&) { return view.stopped(); });
   if (options.json) {
     std::cout << ToJson(*scan).dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
               << '\n';

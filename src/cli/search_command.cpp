@@ -49,11 +49,10 @@ class Finds : public ResultSink {
 
 // Removes the finds until the user stops; the totals and what stayed go to standard error, the
 // finds being the output. The number of those that stay.
-size_t RemoveAll(Engine& engine, ConsoleView& view, std::vector<Find>& finds) {
+size_t RemoveAll(Engine& engine, std::vector<Find>& finds) {
   size_t stayed = 0;
   for (Find& find : finds) {
-    view.Yield();
-    if (engine.state().AbortRequested) break;
+    if (StopsRun(engine.context())) break;
     const Removal removal = engine.RemoveFound(find.row);
     find.removed = removal.outcome != Removal::kStays;
     if (find.removed) continue;
@@ -92,13 +91,12 @@ void PrintJson(const std::vector<Find>& finds) {
 int Search(const SearchOptions& options, const Machine& machine) {
   ConsoleView view;
   Engine engine(machine, view);
-  view.OnStop([&engine] { engine.StopCleaning(); });
   LoadEngine(engine, options.remove);
   Finds finds(!options.json);
   engine.FindJunk(kKinds.at(options.kind), finds);
   size_t stayed = 0;
   if (options.remove && !engine.state().AbortRequested) {
-    stayed = RemoveAll(engine, view, finds.all);
+    stayed = RemoveAll(engine, finds.all);
   }
   if (options.json) PrintJson(finds.all);
   std::cout << std::flush;

@@ -17,24 +17,26 @@ struct Level {
 
 class Walk {
  public:
-  Walk(RegistryAccess access, const KeyWalkSteps& steps) : access_(access), steps_(steps) {}
+  Walk(RegistryAccess access, const KeyWalkSteps& steps, const Pause& pause)
+      : access_(access), steps_(steps), pause_(pause) {}
 
-  void Run(RegistryKey& top) {
+  bool Run(RegistryKey& top) {
     Enter(nullptr, top);
-    while (true) {
+    while (!pause_()) {
       Level& level = levels_.back();
       if (level.next < level.names.size()) {
         Descend(level, level.names[level.next]);
       } else if (!Leave()) {
-        return;
+        return true;
       }
     }
+    return false;
   }
 
  private:
   void Enter(std::unique_ptr<RegistryKey> own, RegistryKey& key) {
     if (steps_.enter) steps_.enter(key, path_);
-    levels_.push_back({std::move(own), &key, path_.size(), SubKeyNames(key)});
+    levels_.push_back({std::move(own), &key, path_.size(), SubKeyNames(key, pause_)});
   }
 
   // False behind the top.
@@ -69,15 +71,17 @@ class Walk {
 
   RegistryAccess access_;
   const KeyWalkSteps& steps_;
+  const Pause& pause_;
   std::string path_;
   std::vector<Level> levels_;
 };
 
 }  // namespace
 
-std::vector<std::string> SubKeyNames(RegistryKey& key) {
+std::vector<std::string> SubKeyNames(RegistryKey& key, const Pause& pause) {
   std::vector<std::string> names;
   for (uint32_t i = 0; const std::optional<std::string> name = key.SubKeyAt(i); ++i) {
+    if (pause()) break;
     if (const std::string_view cut = TrimNull(*name); !cut.empty()) names.emplace_back(cut);
   }
   return names;
@@ -90,8 +94,9 @@ std::vector<KeyHome> KeyHomes(RegistryRoot root, std::string_view key) {
           {RegistryRoot::kLocalMachine, "Software\\Classes\\" + plain}};
 }
 
-void WalkKeys(RegistryKey& top, RegistryAccess access, const KeyWalkSteps& steps) {
-  Walk(access, steps).Run(top);
+bool WalkKeys(RegistryKey& top, RegistryAccess access, const KeyWalkSteps& steps,
+              const Pause& pause) {
+  return Walk(access, steps, pause).Run(top);
 }
 
 bool RegistryKey::ReadValueAt(uint32_t index, std::string& name, RegistryValue& value) {

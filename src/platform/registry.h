@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/error.h"
+#include "platform/pause.h"
 
 namespace quellix {
 
@@ -91,8 +92,8 @@ class RegistryKey {
 };
 
 // All sub-key names, cut at their first NUL, as they can be opened; without empty ones, which would
-// be the key itself.
-std::vector<std::string> SubKeyNames(RegistryKey& key);
+// be the key itself. A stop leaves out the rest.
+std::vector<std::string> SubKeyNames(RegistryKey& key, const Pause& pause = {});
 
 // What a walk through a key and all keys below it does. Links are not entered.
 struct KeyWalkSteps {
@@ -104,9 +105,11 @@ struct KeyWalkSteps {
   std::function<void(const std::string& path, const Error* error)> skip = {};
 };
 
-// Walks so, as deep as the registry is, each level as it was listed when it was entered. Throws
-// what the steps throw, and Error.
-void WalkKeys(RegistryKey& top, RegistryAccess access, const KeyWalkSteps& steps);
+// Walks so, as deep as the registry is, each level as it was listed when it was entered. There is a
+// pause for each key, when it is listed and when its turn comes; false when one ended the walk.
+// Throws what the steps throw, and Error.
+bool WalkKeys(RegistryKey& top, RegistryAccess access, const KeyWalkSteps& steps,
+              const Pause& pause = {});
 
 class Registry {
  public:

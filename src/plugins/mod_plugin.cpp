@@ -57,10 +57,7 @@ void CollectFolder(CleaningContext& context, const std::string& path, const File
 
 void CollectFolders(CleaningContext& context, const FileEntry& entry,
                     std::vector<FileList>& collected) {
-  const FilesPlace place = FindFolders(context.machine, PlacesOf(context), entry, [&context] {
-    context.view.Yield();
-    return context.state.AbortRequested;
-  });
+  const FilesPlace place = FindFolders(context.machine, PlacesOf(context), entry, PauseOf(context));
   for (const std::string& refusal : place.refusals) Log(context, refusal);
   for (const std::string& folder : place.folders) {
     CollectFolder(context, folder, entry, place.mask, collected);

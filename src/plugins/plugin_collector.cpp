@@ -24,16 +24,8 @@ class Collector : public FolderVisitor {
         list_(list) {}
 
   // The two places that ask have always spelled their status differently.
-  bool Stops(bool before_folder) override {
-    context_.view.Yield();
-    context_.view.Yield();
-    if (!context_.state.AbortRequested) return false;
+  void Stopped(bool before_folder) override {
     context_.view.SetStatus(before_folder ? "Aborted by user" : "Aborted by User");
-    return true;
-  }
-  bool StopsListing() override {
-    context_.view.Yield();
-    return context_.state.AbortRequested;
   }
   Detail Needs() const override { return limits_.Needs(Detail::kKind); }
   void File(Folder&, const std::string& path, const Entry& entry) override {
@@ -68,7 +60,8 @@ FileList CollectPluginFiles(CleaningContext& context, std::shared_ptr<Folder> fo
                             std::string_view mask) {
   FileList list{std::move(folder), WithBackslash(path), {}, {}};
   Collector collector(context, delete_subfolders, recurse, mask, list);
-  WalkFolder(*list.folder, path, WalkOrder::kAsListed, &PlacesOf(context), collector);
+  WalkFolder(*list.folder, path, WalkOrder::kAsListed, &PlacesOf(context), collector,
+             PauseOf(context));
   return list;
 }
 

@@ -91,7 +91,8 @@ bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
   for (const FileEntry& entry : entries) {
     if (!FitsOnLine({entry.location})) return Refuse(kNoSuchCharacter);
     const FilesPlace place = FindFolders(
-        machine_, places, entry, [listed = size_t{0}]() mutable { return ++listed > kMostListed; });
+        machine_, places, entry,
+        [listed = size_t{0}](const Progress&) mutable { return ++listed > kMostListed; });
     if (place.folders.empty() && !place.refusals.empty()) return Refuse(place.refusals.front());
   }
   Append(plugin_.files, entries);

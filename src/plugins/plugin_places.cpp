@@ -126,7 +126,7 @@ class FolderSearch {
       found_.push_back(std::move(folder));
       return;
     }
-    if (pause_ && pause_()) return;
+    if (pause_()) return;
     for (const std::string& name : SubFolders(folder)) {
       Descend(folder + "\\" + name, depth + 1, true);
     }

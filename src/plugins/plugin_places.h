@@ -25,11 +25,9 @@ struct FilesPlace {
   std::vector<std::string> refusals;  // sentences that say what is not cleaned, and why
 };
 
-// Called again and again while a "*" is searched; true ends the search early.
-using Pause = std::function<bool()>;
-
 // The folders a files entry stands for. Folders behind a "*" exist and are reached through no link.
-// What is precious is refused; a folder that is missing is not.
+// What is precious is refused; a folder that is missing is not. A stop ends the search for what a
+// "*" stands for.
 FilesPlace FindFolders(const Machine& machine, ProtectedPlaces& places, const FileEntry& entry,
                        const Pause& pause = {});
 

@@ -16,9 +16,8 @@ class PluginTrial {
  public:
   explicit PluginTrial(const Machine& machine);
 
-  // Returns when all is found or Stop was called, as a view's Yield may do.
+  // Returns when all is found or the user has stopped it.
   void Run(const Plugin& plugin, RunView& view);
-  void Stop() { state_.AbortRequested = true; }
 
   size_t count() const { return rows_.size(); }
   // What goes, and where it is.

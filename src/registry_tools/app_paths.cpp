@@ -49,7 +49,8 @@ class AppPaths : public RegistryScan {
 void AppPaths::ScanRegistry() {
   SetStatus("Scanning registry...");
   TellDamage(kRoot, kKey);
-  const std::vector<std::string> names = modRegistry::ListSubKeys(access(), kRoot, kKey);
+  const std::vector<std::string> names =
+      modRegistry::ListSubKeys(access(), kRoot, kKey, PauseForList());
   BeginEntries(names.size());
   for (const std::string& name : names) {
     if (!NextEntry()) return;

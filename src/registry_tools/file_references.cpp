@@ -17,11 +17,6 @@ class FileReferences : public RegistryScan {
  public:
   FileReferences(const Machine& machine, ScanView& view);
 
-  void StopScan() override {
-    RegistryScan::StopScan();
-    SetStatus(Recounted());
-  }
-
  protected:
   void ScanRegistry() override;
   // Relative to the root, whatever key the data was read from.
@@ -80,12 +75,11 @@ void FileReferences::ScanRoot(RegistryRoot root) {
 }
 
 void FileReferences::AnalyzeKey(RegistryKey& key, const std::string& name, int level) {
-  if (stop_requested()) return;
+  if (is_stopped()) return;
   const size_t before = current_path_.size();
   current_path_ += name;
   SetStatus("Analyzing: " + root_name_ + current_path_);
-  view().Yield();
-  view().Yield();
+  Stops();
   AnalyzeValues(key);
   if (level < kMostLevels) AnalyzeSubKeys(key, level);
   if (thorough()) {
@@ -104,12 +98,12 @@ void FileReferences::StepBack() {
 
 void FileReferences::AnalyzeSubKeys(RegistryKey& key, int level) {
   try {
-    for (uint32_t i = 0; !stop_requested(); ++i) {
+    for (uint32_t i = 0; !is_stopped(); ++i) {
       const auto found = key.SubKeyAt(i);
       if (!found) return;
       const std::string name(TrimNull(*found));
       if (name.empty()) continue;  // would be the key itself
-      view().Yield();
+      Stops();
       try {
         const auto sub_key = key.Open(name, RegistryAccess::kRead);
         if (sub_key) AnalyzeKey(*sub_key, name + "\\", level + 1);
@@ -138,9 +132,11 @@ void FileReferences::AnalyzeValues(RegistryKey& key) {
 }
 
 void FileReferences::ExamineValues(RegistryKey& key) {
-  const std::string names = modRegistry::ListRegValues(key, modRegistry::Reach::kUntilLong);
+  const std::string names =
+      modRegistry::ListRegValues(key, modRegistry::Reach::kUntilLong, PauseForList());
   if (names.empty()) return;
   for (const std::string& name : Split(names, '\0')) {
+    if (Stops()) return;
     std::string data = modRegistry::ReadRegString(access(), key, name);
     // A short one ends the key: a long-standing rule that keeps lists of settings out.
     if (ToUtf16(data).size() < 3) return;
@@ -151,7 +147,7 @@ void FileReferences::ExamineValues(RegistryKey& key) {
 }
 
 void FileReferences::ExamineAllValues(RegistryKey& key) {
-  for (uint32_t i = 0; key.ReadValueAt(i, name_, value_); ++i) {
+  for (uint32_t i = 0; !Stops() && key.ReadValueAt(i, name_, value_); ++i) {
     if (auto gone = judge_->FindGone(value_)) AddReference(name_, *std::move(gone));
   }
 }

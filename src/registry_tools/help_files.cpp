@@ -49,8 +49,8 @@ std::vector<HelpFiles::Entry> HelpFiles::Entries() {
   std::vector<Entry> entries;
   for (const char* key : kKeys) {
     TellDamage(kRoot, key);
-    const std::string names =
-        modRegistry::ListRegValues(access(), kRoot, key, modRegistry::Reach::kUntilLong);
+    const std::string names = modRegistry::ListRegValues(
+        access(), kRoot, key, modRegistry::Reach::kUntilLong, PauseForList());
     if (names.empty()) continue;
     for (std::string& name : Split(names, '\0')) entries.push_back({key, std::move(name)});
   }

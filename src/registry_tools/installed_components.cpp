@@ -23,7 +23,8 @@ class Components : public RegistryScan {
 void Components::ScanRegistry() {
   SetStatus("Scanning registry...");
   TellDamage(kRoot, kKey);
-  const std::vector<std::string> names = modRegistry::ListSubKeys(access(), kRoot, kKey);
+  const std::vector<std::string> names =
+      modRegistry::ListSubKeys(access(), kRoot, kKey, PauseForList());
   BeginEntries(names.size());
   for (const std::string& name : names) {
     if (!NextEntry()) return;

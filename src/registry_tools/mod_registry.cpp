@@ -73,10 +73,10 @@ std::string ReadRegString(Access access, RegistryRoot root, std::string_view key
   return result;
 }
 
-std::string ListRegValues(RegistryKey& key, Reach reach) {
+std::string ListRegValues(RegistryKey& key, Reach reach, const Pause& pause) {
   std::string names;
   const uint32_t most = reach == Reach::kFew ? kMostValues : UINT32_MAX;
-  for (uint32_t index = 0; index < most; ++index) {
+  for (uint32_t index = 0; index < most && !pause(); ++index) {
     const std::optional<RegistryValueInfo> value = key.ValueAt(index);
     if (!value) break;
     if (reach == Reach::kAll) {
@@ -90,17 +90,19 @@ std::string ListRegValues(RegistryKey& key, Reach reach) {
   return names;
 }
 
-std::string ListRegValues(Access access, RegistryRoot root, std::string_view key, Reach reach) {
+std::string ListRegValues(Access access, RegistryRoot root, std::string_view key, Reach reach,
+                          const Pause& pause) {
   std::string names;
   WithKey(access, root, key, RegistryAccess::kRead,
-          [&](RegistryKey& opened) { names = ListRegValues(opened, reach); });
+          [&](RegistryKey& opened) { names = ListRegValues(opened, reach, pause); });
   return names;
 }
 
-std::vector<std::string> ListSubKeys(Access access, RegistryRoot root, std::string_view key) {
+std::vector<std::string> ListSubKeys(Access access, RegistryRoot root, std::string_view key,
+                                     const Pause& pause) {
   std::vector<std::string> names;
   WithKey(access, root, key, RegistryAccess::kRead,
-          [&](RegistryKey& opened) { names = SubKeyNames(opened); });
+          [&](RegistryKey& opened) { names = SubKeyNames(opened, pause); });
   return names;
 }
 

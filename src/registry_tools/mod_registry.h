@@ -37,14 +37,16 @@ std::string ReadRegString(Access access, RegistryRoot root, std::string_view key
 std::string ReadRegString(Access access, RegistryKey& key, std::string_view name);
 
 // The value names of a key, each but the last followed by a NUL; "" for none. Blanks around a name
-// are lost, except where all are asked for.
+// are lost, except where all are asked for. A stop leaves out the rest.
 std::string ListRegValues(Access access, RegistryRoot root, std::string_view key,
-                          Reach reach = Reach::kFew);
+                          Reach reach = Reach::kFew, const Pause& pause = {});
 // The same of an open key.
-std::string ListRegValues(RegistryKey& key, Reach reach);
+std::string ListRegValues(RegistryKey& key, Reach reach, const Pause& pause = {});
 
-// The sub-key names of a key, cut at their first NUL, in the registry's order.
-std::vector<std::string> ListSubKeys(Access access, RegistryRoot root, std::string_view key);
+// The sub-key names of a key, cut at their first NUL, in the registry's order. A stop leaves out
+// the rest.
+std::vector<std::string> ListSubKeys(Access access, RegistryRoot root, std::string_view key,
+                                     const Pause& pause = {});
 
 // Deletes the one value named, or every value of a list as ListRegValues gives it.
 void DeleteRegValues(Access access, RegistryRoot root, std::string_view names,

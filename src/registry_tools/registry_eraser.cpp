@@ -19,6 +19,7 @@ using ProtectedKeys::Part;
 
 constexpr const char* kIsProtected = "Windows, or all of a user's settings, depends on this key.";
 constexpr const char* kLeadsAway = " leads to another key.";
+constexpr const char* kStopped = "The deletion was stopped.";
 
 // A target in one place where it is.
 struct Found {
@@ -32,7 +33,7 @@ struct Found {
 
 class Erasing {
  public:
-  explicit Erasing(Registry& registry) : registry_(registry) {}
+  Erasing(Registry& registry, const Pause& pause) : registry_(registry), pause_(pause) {}
 
   // What the keep list names is left: told to `note` as if it were not there, or as what stays.
   // Returns the number of those told.
@@ -55,6 +56,7 @@ class Erasing {
       Found found{index, target.kind, std::move(home), target.name};
       if (found.kind != Kind::kValue) found.name = NamePart(found.place.key);
       try {
+        if (Stops()) throw Error(Error::Kind::kOther, kStopped);
         if (!Open(found, guarded)) continue;
       } catch (const Error& error) {
         found.problem = error.what();
@@ -66,22 +68,26 @@ class Erasing {
   void AddTo(RegistryUndo& undo) {
     for (const Found& found : found_) {
       const auto& [root, key] = found.place;
-      if (!found.problem.empty()) continue;
+      if (!found.problem.empty() || Stops()) continue;
       if (found.kind == Kind::kValue) undo.AddValue(registry_, root, key, found.name);
-      if (found.kind == Kind::kKey) undo.AddKey(registry_, root, key);
-      if (found.kind == Kind::kTree) undo.AddTree(registry_, root, key);
+      if (found.kind == Kind::kKey) undo.AddKey(registry_, root, key, own_pause_);
+      if (found.kind == Kind::kTree) undo.AddTree(registry_, root, key, own_pause_);
     }
   }
 
   void Delete() {
     for (Found& found : found_) {
+      if (found.problem.empty() && Stops()) found.problem = kStopped;
       if (found.problem.empty()) Try(found, [&] { DeleteOne(found); });
     }
     Store();
     for (Found& found : found_) {
+      Stops();  // too late to keep anything, but it may breathe
       if (found.problem.empty()) Try(found, [&] { RequireGone(found); });
     }
   }
+
+  bool is_stopped() const { return stopped_; }
 
   Erasure Sum(size_t targets) const {
     Erasure sum;
@@ -91,6 +97,7 @@ class Erasing {
       is_found[found.target] = true;
       if (found.problem.empty()) continue;
       sum.stays[found.target] = true;
+      sum.stopped = sum.stopped || found.problem == kStopped;
       if (sum.problem.empty()) sum.problem = found.problem;
     }
     sum.stayed = static_cast<size_t>(std::ranges::count(sum.stays, true));
@@ -99,6 +106,11 @@ class Erasing {
   }
 
  private:
+  bool Stops() {
+    stopped_ = stopped_ || pause_();
+    return stopped_;
+  }
+
   // What went together with the key that held it is gone.
   template <typename Action>
   static void Try(Found& found, const Action& action) {
@@ -161,7 +173,7 @@ class Erasing {
     return found.kind == Kind::kValue ? key + "|" + found.name : key;
   }
 
-  static void DeleteOne(Found& found) {
+  void DeleteOne(Found& found) {
     if (found.kind == Kind::kValue) {
       found.holder->DeleteValue(found.name);
       return;
@@ -171,25 +183,24 @@ class Erasing {
   }
 
   // One that stays does not keep its neighbours.
-  static void DeleteBelow(Found& found) {
+  void DeleteBelow(Found& found) {
     const auto top = found.holder->Open(found.name, RegistryAccess::kWrite);
     if (top == nullptr) return;
     const auto stays = [&found](const std::string& why) {
       if (found.problem.empty()) found.problem = why;
     };
-    WalkKeys(*top, RegistryAccess::kWrite,
-             {.leave =
-                  [&](RegistryKey& parent, const std::string& name) {
-                    try {
-                      parent.DeleteSubKey(name);
-                    } catch (const Error& error) {
-                      stays(error.what());
-                    }
-                  },
-              .skip =
-                  [&](const std::string& path, const Error* error) {
-                    stays(error ? error->what() : found.place.key + path + kLeadsAway);
-                  }});
+    const auto leave = [&](RegistryKey& parent, const std::string& name) {
+      try {
+        parent.DeleteSubKey(name);
+      } catch (const Error& error) {
+        stays(error.what());
+      }
+    };
+    const auto skip = [&](const std::string& path, const Error* error) {
+      stays(error ? error->what() : found.place.key + path + kLeadsAway);
+    };
+    const KeyWalkSteps steps{.leave = leave, .skip = skip};
+    if (!WalkKeys(*top, RegistryAccess::kWrite, steps, own_pause_)) stays(kStopped);
   }
 
   // What is deleted in memory alone stays.
@@ -217,6 +228,9 @@ class Erasing {
   }
 
   Registry& registry_;
+  const Pause& pause_;
+  const Pause own_pause_ = [this](const Progress&) { return Stops(); };
+  bool stopped_ = false;
   std::vector<Found> found_;
   std::map<std::pair<RegistryRoot, std::string>, std::shared_ptr<RegistryKey>> writable_;
   KeyHome last_place_{RegistryRoot::kCurrentUser, ""};
@@ -227,6 +241,7 @@ class Erasing {
 
 RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
   RegistryEraser eraser(context.machine.registry, OnError::kTold);
+  eraser.OnPause(PauseOf(context));
   RunState& state = context.state;
   if (state.RemovalMode == kBackUp && state.BackupRegistry) {
     eraser.KeepIn(state.Parts.Get<RegistryUndo>(), context.machine, state.BackupFolder);
@@ -238,12 +253,13 @@ RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
 }
 
 Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
-  Erasing erasing(registry_);
+  Erasing erasing(registry_, pause_);
   for (size_t i = 0; i < targets.size(); ++i) erasing.Find(i, targets[i], guarded_);
   const size_t kept = keep_ == nullptr || keep_->empty() ? 0 : erasing.LeaveKept(*keep_, note_);
   if (keeping_.undo != nullptr) {
     try {
       erasing.AddTo(*keeping_.undo);
+      if (erasing.is_stopped()) keeping_.undo->Forget();
       keeping_.undo->Store(*keeping_.machine, keeping_.folder);
     } catch (const Error& error) {
       keeping_.undo->Forget();
@@ -253,7 +269,7 @@ Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
   erasing.Delete();
   Erasure sum = erasing.Sum(targets.size());
   sum.kept = kept;
-  if (on_error_ == OnError::kSilent || sum.stayed == 0) return sum;
+  if (on_error_ == OnError::kSilent || sum.stayed == 0 || sum.stopped) return sum;
   if (sum.gone + sum.stayed == 1) throw Error(Error::Kind::kOther, sum.problem);
   throw Error(Error::Kind::kOther, std::to_string(sum.stayed) + " of " +
                                        std::to_string(sum.gone + sum.stayed) +

@@ -35,6 +35,7 @@ struct Erasure {
   size_t kept = 0;               // by the keep list; neither gone nor stayed
   std::string problem = {};      // why the first one stayed, a sentence
   std::vector<bool> stays = {};  // by target
+  bool stopped = false;          // by a pause: what had no turn yet stays, and is told by no Error
 };
 
 // Thrown when what is to go could not be kept first; then nothing goes.
@@ -57,7 +58,7 @@ class RegistryEraser {
 
   RegistryEraser(Registry& registry, OnError on_error) : registry_(registry), on_error_(on_error) {}
   // For what a run deletes: kept in its mode that backs up, while the settings want it. In the
-  // other modes the traces are to vanish. `context` must outlive it.
+  // other modes the traces are to vanish. Its pauses are the run's. `context` must outlive it.
   static RegistryEraser OfRun(CleaningContext& context);
 
   // Keeps what goes in `undo`'s file in `folder`; all of it must outlive the eraser.
@@ -73,6 +74,9 @@ class RegistryEraser {
   }
   // Refuses what ProtectedKeys names: it counts as stayed.
   void Guard() { guarded_ = true; }
+  // Called for each key and value that is looked for, kept and deleted. A stop before the first is
+  // deleted leaves them all; one within a tree leaves the rest of it.
+  void OnPause(Pause pause) { pause_ = std::move(pause); }
 
   // Throws NotKept, and Error as OnError says.
   Erasure Erase(std::span<const RegistryTarget> targets);
@@ -90,6 +94,7 @@ class RegistryEraser {
   Registry& registry_;
   OnError on_error_;
   Keeping keeping_;
+  Pause pause_;
   bool guarded_ = false;
   const KeepList* keep_ = nullptr;
   KeptNote note_;

@@ -14,15 +14,16 @@ namespace quellix {
 RegistryScan::RegistryScan(const Machine& machine, ScanView& view, const ScanTraits& traits)
     : machine_(machine), view_(view), traits_(traits) {}
 
-void RegistryScan::StartScan() {
+void RegistryScan::StartScan(const Pause& pause) {
   timer_enabled_ = false;
-  stop_requested_ = false;
+  stopped_ = false;
   scanning_ = true;
+  pause_ = pause;
   damage_.clear();
   sorted_by_.reset();
   rows_.clear();
   orphaned_ = {};
-  progress_ = {.visible = traits_.has_progress, .max = 1, .value = 0};
+  progress_ = {};
   view_.ShowState();
   try {
     ScanRegistry();
@@ -31,7 +32,7 @@ void RegistryScan::StartScan() {
   } catch (const Error&) {  // silent, as every failure of the registry
   }
   scanning_ = false;
-  progress_ = {};
+  pause_ = {};
   view_.ShowState();
   if (!damage_.empty()) view_.ShowProblem(damage_);
 }
@@ -52,20 +53,20 @@ std::string RegistryScan::NotJudged() const {
 }
 
 void RegistryScan::BeginEntries(size_t count) {
-  progress_.max = std::max(1, static_cast<int32_t>(count));
-  progress_.value = 0;
+  progress_ = {.done = 0, .total = traits_.has_progress ? count : 0};
+}
+
+bool RegistryScan::Stops() {
+  stopped_ = stopped_ || pause_(progress_);
+  return stopped_;
 }
 
 bool RegistryScan::NextEntry() {
-  view_.Yield();
-  view_.Yield();
-  if (stop_requested_) {
-    progress_ = {};
+  if (Stops()) {
     SetStatus("");
     return false;
   }
-  ++progress_.value;
-  view_.ShowState();
+  ++progress_.done;
   return true;
 }
 
@@ -102,15 +103,15 @@ void RegistryScan::TellDamage(RegistryRoot root, std::string_view key) {
   }
 }
 
-void RegistryScan::EraseChecked(const KeepList& keep) {
+void RegistryScan::Erase(const std::vector<size_t>& chosen, const KeepList& keep,
+                         const Pause& pause) {
   const RemovalOptions options = Settings(machine_).Load();
   RegistryEraser eraser(machine_.registry, RegistryEraser::OnError::kSilent);
   if (options.BackupRegistry) eraser.KeepIn(undo_, machine_, options.BackupFolder);
   eraser.Leave(keep, nullptr);
+  eraser.OnPause(pause);
   std::vector<RegistryTarget> targets;
-  for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
-    if (row->checked) targets.push_back(TargetOf(*row));
-  }
+  for (const size_t row : chosen) targets.push_back(TargetOf(rows_[row]));
   erased_ = eraser.Erase(targets);
 }
 
@@ -126,27 +127,53 @@ void RegistryScan::RemoveFileOf(const ScanRow& row, ProtectedPlaces& places) {
   }
 }
 
-void RegistryScan::DeleteFiles(const KeepList& keep) {
+// A stop does not part a file from its reference that has gone.
+void RegistryScan::DeleteFiles(std::span<const ScanRow> going, const KeepList& keep,
+                               const Pause& pause) {
   ProtectedPlaces places(machine_, Settings(machine_).Load().BackupFolder, keep);
-  for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
-    if (row->checked && !row->file.empty()) RemoveFileOf(*row, places);
+  for (const ScanRow& row : going) {
+    pause();
+    if (!row.file.empty()) RemoveFileOf(row, places);
   }
 }
 
-void RegistryScan::DeleteChecked(bool files_also) {
+// Takes the chosen rows, which are the targets, out of the list, but for those that a stop left.
+std::vector<ScanRow> RegistryScan::TakeErased(const std::vector<size_t>& chosen) {
+  std::vector<ScanRow> gone;
+  std::vector<bool> is_gone(rows_.size());
+  for (size_t i = 0; i < chosen.size(); ++i) {
+    if (erased_.stopped && erased_.stays[i]) continue;
+    is_gone[chosen[i]] = true;
+    gone.push_back(std::move(rows_[chosen[i]]));
+  }
+  std::deque<ScanRow> left;
+  for (size_t row = 0; row < rows_.size(); ++row) {
+    if (!is_gone[row]) left.push_back(std::move(rows_[row]));
+  }
+  rows_ = std::move(left);
+  return gone;
+}
+
+void RegistryScan::DeleteChecked(bool files_also, const Pause& pause) {
+  std::vector<size_t> chosen;  // now: what is ticked meanwhile has its own turn
+  for (size_t row = rows_.size(); row-- > 0;) {
+    if (rows_[row].checked) chosen.push_back(row);
+  }
   erased_ = {};
   try {
     const KeepList keep(machine_);
-    EraseChecked(keep);
-    if (files_also) DeleteFiles(keep);
+    Erase(chosen, keep, pause);
+    const std::vector<ScanRow> gone = TakeErased(chosen);
+    if (files_also) DeleteFiles(gone, keep, pause);
   } catch (const Error& error) {
     return view_.ShowProblem(error.what());
   }
-  std::erase_if(rows_, [](const ScanRow& row) { return row.checked; });
-  timer_enabled_ = traits_.rescans;
-  if (traits_.rescans) return;
+  timer_enabled_ = traits_.rescans && !erased_.stopped;
+  if (timer_enabled_) return;
   const std::string stayed = std::to_string(erased_.stayed) + " could not be deleted";
-  SetStatus(Recounted() + (erased_.stayed == 0 ? "" : ", " + stayed));
+  SetStatus(Recounted() + (erased_.stopped       ? ", the deletion was stopped"
+                           : erased_.stayed == 0 ? ""
+                                                 : ", " + stayed));
 }
 
 void RegistryScan::SortRows(size_t column, bool descending) {

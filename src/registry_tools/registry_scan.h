@@ -54,7 +54,7 @@ struct ScanTraits {
   const char* name;  // on the console
   const char* title;
   std::span<const ScanColumn> columns;
-  bool has_progress = true;    // pgKeys
+  bool has_progress = true;    // it knows how many entries there are
   bool deletes_files = false;  // chkDelete
   bool edits = false;          // cmdEdit
   bool sorts = false;          // by a click on a column
@@ -67,8 +67,6 @@ struct ScanTraits {
 class ScanView {
  public:
   virtual ~ScanView() = default;
-  // Lets the interface breathe; StopScan may be called meanwhile.
-  virtual void Yield() = 0;
   // Status, progress or commands have changed.
   virtual void ShowState() = 0;
   // A message box.
@@ -91,15 +89,14 @@ class RegistryScan {
 
   // Whether Timer1 is to start a scan: at first, and after a deletion or an edit that asks for one.
   bool timer_enabled() const { return timer_enabled_; }
-  void StartScan();
-  virtual void StopScan() { stop_requested_ = true; }
+  // A stop ends it with the rows there are by then. Progress is told where the tool shows one.
+  void StartScan(const Pause& pause = {});
   bool is_scanning() const { return scanning_; }
   bool is_frozen() const { return scanning_ && traits_.freezes; }
   // For the next scan; where the tool has that box.
   void SetThorough(bool thorough) { thorough_ = thorough; }
 
   const std::string& status() const { return status_; }
-  const ProgressBar& progress() const { return progress_; }
 
   size_t RowCount() const { return rows_.size(); }
   const ScanRow& row(size_t index) const { return rows_[index]; }
@@ -108,7 +105,8 @@ class RegistryScan {
   // Deletes the references of the checked rows, from the last to the first, without a question;
   // their files as well with `files_also`, where the tool has that box. The rows go even when a
   // deletion fails; stayed() and failure() then tell how many stayed, and why the first one did.
-  void DeleteChecked(bool files_also);
+  // Those that a stop kept from their turn stay, checked.
+  void DeleteChecked(bool files_also, const Pause& pause = {});
   size_t stayed() const { return erased_.stayed; }
   const std::string& failure() const { return erased_.problem; }
   // The .reg file of this window's deletions, "" when there is none.
@@ -137,7 +135,13 @@ class RegistryScan {
   const Machine& machine() const { return machine_; }
   modRegistry::Access access() const { return {machine_.registry, machine_.system}; }
   ScanView& view() { return view_; }
-  bool stop_requested() const { return stop_requested_; }
+  // A pause of the scan, behind which it may be stopped.
+  bool Stops();
+  bool is_stopped() const { return stopped_; }
+  // The same for a list that is read whole before: the stop takes effect behind it.
+  Pause PauseForList() {
+    return [this](const Progress&) { return Stops(), false; };
+  }
   bool thorough() const { return thorough_; }
   const std::deque<ScanRow>& rows() const { return rows_; }
 
@@ -162,9 +166,10 @@ class RegistryScan {
   void TellDamage(std::string_view sentence);
 
  private:
-  void EraseChecked(const KeepList& keep);
+  void Erase(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
   void RemoveFileOf(const ScanRow& row, ProtectedPlaces& places);
-  void DeleteFiles(const KeepList& keep);
+  std::vector<ScanRow> TakeErased(const std::vector<size_t>& chosen);
+  void DeleteFiles(std::span<const ScanRow> going, const KeepList& keep, const Pause& pause);
 
   Machine machine_;
   ScanView& view_;
@@ -173,11 +178,12 @@ class RegistryScan {
   std::deque<ScanRow> rows_;
   std::string status_, damage_;
   Erasure erased_;
-  ProgressBar progress_;
+  Pause pause_;  // of the scan in work
+  Progress progress_;
   SmallCount orphaned_;
   std::optional<size_t> sorted_by_;
   bool descending_ = false;
-  bool timer_enabled_ = true, scanning_ = false, stop_requested_ = false, thorough_ = false;
+  bool timer_enabled_ = true, scanning_ = false, stopped_ = false, thorough_ = false;
 };
 
 }  // namespace quellix

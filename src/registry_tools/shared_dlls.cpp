@@ -61,8 +61,8 @@ int SharedDlls::CountOf(const std::string& name, const std::string& data) {
 void SharedDlls::ScanRegistry() {
   SetStatus("Scanning registry...");
   TellDamage(kRoot, kKey);
-  const std::string list =
-      modRegistry::ListRegValues(access(), kRoot, kKey, modRegistry::Reach::kUntilLong);
+  const std::string list = modRegistry::ListRegValues(
+      access(), kRoot, kKey, modRegistry::Reach::kUntilLong, PauseForList());
   SmallCount zero;
   std::vector<std::string> names;
   // A key with one value is taken for an empty one; its users have never seen it listed.

@@ -82,6 +82,7 @@ void BackupBatch::RemoveOne(WorkingFolder& working, File& file, const Removal& r
 void BackupBatch::Remove(WorkingFolder& working, const Removal& remove) {
   Flush();
   for (File& file : files_) {
+    StopsRun(context_);
     try {
       RemoveOne(working, file, remove);
     } catch (const Error& error) {

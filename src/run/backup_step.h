@@ -29,7 +29,7 @@ class BackupBatch {
   // Brings the archive onto the disk and empties the batch. Calls remove(folder, path, bytes) for
   // each file that may go, in its folder; counts those that were archived. What may not go, and
   // what `remove` throws Error for, is noted as stayed. In strict mode a file may not go that
-  // changed meanwhile.
+  // changed meanwhile. There is a pause before each; a batch is finished whatever it says.
   using Removal = std::function<void(Folder& folder, std::string_view path, uint64_t bytes)>;
   void Remove(WorkingFolder& working, const Removal& remove);
   // The same for a batch of one file; where that stays, Error tells why.

@@ -22,20 +22,13 @@ RandomSource& Random() {
   return source;
 }
 
-// A pause for the interface; true when the user has stopped the run.
-bool StoppedAtPause(CleaningContext& context) {
-  context.view.Yield();
-  context.view.Yield();
-  return context.state.AbortRequested;
-}
-
 // Overwrites a part of a file once; false when stopped.
 bool Overwrite(CleaningContext& context, RandomFile& file, const Extent& part) {
   const uint64_t step = context.state.WipeStep, end = part.offset + part.size;
   const bool flush_each = step == 1;
   std::string bytes(std::min(step, part.size), '\0');
   for (uint64_t at = part.offset; at < end; at += step) {
-    if (StoppedAtPause(context)) return false;
+    if (StopsRun(context)) return false;
     bytes.resize(std::min(step, end - at));
     if (context.state.ExtraSecurity != 0) Random().FillWithPercents(bytes);
     file.Write(at, bytes);
@@ -223,7 +216,7 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
   BackupBatch batch(context);
   std::string status;
   for (size_t i = 0; i < list.PendingFiles.size(); ++i) {
-    if (StoppedAtPause(context)) return Abandon(context);
+    if (StopsRun(context)) return Abandon(context);
     const std::string_view path = list.PendingFiles[i];
     context.view.SetStatus(status.assign("Deleting file: ").append(path));
     if (state.RemovalMode != kBackUp) {
@@ -241,7 +234,7 @@ void RemovePendingFolders(CleaningContext& context, const FileList& list) {
   const PathList& folders = list.PendingFolders;
   WorkingFolder working(context, list, Claim::kItem);
   for (const size_t index : DeepestFirst(folders)) {
-    if (StoppedAtPause(context)) return;
+    if (StopsRun(context)) return;
     const std::string_view path = WithoutBackslash(folders[index]);
     try {
       working.OfFolder(path).RemoveFolder(NamePart(path));

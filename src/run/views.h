@@ -49,13 +49,13 @@ struct Commands {
 };
 
 // What a run shows while it works. Calls are frequent: an implementation keeps them cheap and
-// paints at its own pace, at the latest in Yield when it is due.
+// paints at its own pace, at the latest in Breathe when it is due.
 class RunView {
  public:
   virtual ~RunView() = default;
 
-  // Lets the interface breathe: waiting input is handled, and Stop may set AbortRequested.
-  virtual void Yield() = 0;
+  // What a Pause does: waiting input is handled; true when the run is to stop.
+  virtual bool Breathe() = 0;
   virtual void SetStatus(std::string_view text) = 0;        // lblStatus
   virtual void SetProgress(const ProgressBar& bar) = 0;     // pgClean
   virtual void SetCommands(const Commands& commands) = 0;   // cmdClean, cmdStop, the four menus

@@ -12,22 +12,13 @@
 namespace quellix {
 namespace {
 
-// What both kinds of scan share: pauses and status.
+// What both kinds of scan share: mask and status.
 class ScanVisitor : public FolderVisitor {
  public:
   ScanVisitor(CleaningContext& context, std::string_view mask)
       : context_(context), mask_(mask), every_name_(mask == "*.*") {}
 
-  bool Stops(bool) override {
-    context_.view.Yield();
-    context_.view.Yield();
-    if (context_.state.AbortRequested) context_.view.SetStatus("Aborted by User");
-    return context_.state.AbortRequested;
-  }
-  bool StopsListing() override {
-    context_.view.Yield();
-    return context_.state.AbortRequested;
-  }
+  void Stopped(bool) override { context_.view.SetStatus("Aborted by User"); }
   void Begin(const std::string& path) override {
     context_.view.SetStatus(status_.assign("Scanning system... ").append(path));
   }
@@ -98,7 +89,8 @@ FileList ScanFolder(CleaningContext& context, std::shared_ptr<Folder> folder, st
   FileList list{std::move(folder), WithBackslash(path), {}, {}};
   if (!list.folder) return list;
   CollectingVisitor visitor(context, mask, list);
-  WalkFolder(*list.folder, path, WalkOrder::kWhileListing, &PlacesOf(context), visitor);
+  WalkFolder(*list.folder, path, WalkOrder::kWhileListing, &PlacesOf(context), visitor,
+             PauseOf(context));
   return list;
 }
 
@@ -111,7 +103,7 @@ void SearchFolder(CleaningContext& context, std::string_view path, std::string_v
   }
   if (!folder) return;
   SearchingVisitor visitor(context, mask, ignore, test);
-  WalkFolder(*folder, path, WalkOrder::kWhileListing, nullptr, visitor);
+  WalkFolder(*folder, path, WalkOrder::kWhileListing, nullptr, visitor, PauseOf(context));
 }
 
 }  // namespace quellix

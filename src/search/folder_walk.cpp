@@ -33,13 +33,14 @@ class Listing {
 class Walk {
  public:
   Walk(Folder& first, std::string_view path, WalkOrder order, const ProtectedPlaces* spared,
-       FolderVisitor& visitor)
+       FolderVisitor& visitor, const Pause& pause)
       : first_(first),
         path_(WithBackslash(path)),
         start_(path_.size()),
         order_(order),
         spared_(spared),
-        visitor_(visitor) {}
+        visitor_(visitor),
+        pause_(pause) {}
 
   void Run() {
     if (!Enter(&first_)) return;
@@ -49,7 +50,7 @@ class Walk {
       if (level.next == level.entries.size()) {
         levels_.pop_back();
         if (!levels_.empty()) visitor_.End(path_);
-      } else if (visitor_.Stops(false) || !Visit(level.entries[level.next++])) {
+      } else if (Stops(false) || !Visit(level.entries[level.next++])) {
         return;
       }
     }
@@ -63,9 +64,15 @@ class Walk {
     size_t next = 0;
   };
 
+  bool Stops(bool before_folder) {
+    if (!pause_()) return false;
+    visitor_.Stopped(before_folder);
+    return true;
+  }
+
   // Begins the folder at path_; null is one that cannot be opened. False when the walk ends.
   bool Enter(Folder* folder) {
-    if (visitor_.Stops(true)) return false;
+    if (Stops(true)) return false;
     levels_.push_back({path_.size(), {}});
     if (folder == nullptr) return true;
     try {
@@ -86,9 +93,9 @@ class Walk {
       } else {
         visitor_.File(folder, path_, entry);
       }
-      return !visitor_.StopsListing();
+      return !pause_();
     });
-    for (size_t i = 0; i < files.size() && !visitor_.StopsListing(); ++i) {
+    for (size_t i = 0; i < files.size() && !pause_(); ++i) {
       visitor_.File(folder, path_, files[i]);
     }
   }
@@ -132,14 +139,15 @@ class Walk {
   WalkOrder order_;
   const ProtectedPlaces* spared_;
   FolderVisitor& visitor_;
+  const Pause& pause_;
   std::vector<Level> levels_;
 };
 
 }  // namespace
 
 void WalkFolder(Folder& folder, std::string_view path, WalkOrder order,
-                const ProtectedPlaces* spared, FolderVisitor& visitor) {
-  Walk(folder, path, order, spared, visitor).Run();
+                const ProtectedPlaces* spared, FolderVisitor& visitor, const Pause& pause) {
+  Walk(folder, path, order, spared, visitor, pause).Run();
 }
 
 }  // namespace quellix

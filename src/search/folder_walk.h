@@ -19,11 +19,6 @@ class FolderVisitor {
   virtual ~FolderVisitor() = default;
 
   virtual Detail Needs() const { return Detail::kKind; }  // of each file
-  // A pause, before each entry of a folder, or before the folder itself is listed; true ends the
-  // walk.
-  virtual bool Stops(bool before_folder) = 0;
-  // A short pause for each entry that is listed; true ends the listing.
-  virtual bool StopsListing() = 0;
   virtual void File(Folder& folder, const std::string& path, const Entry& entry) = 0;
   // Whether a sub-folder is to be gone through; asked before it is opened.
   virtual bool Wants(const std::string& path) = 0;
@@ -35,6 +30,8 @@ class FolderVisitor {
   virtual void Spared(const std::string& /*path*/) {}
   // A folder that cannot be opened or listed.
   virtual void Failed(const std::string& /*path*/, const Error& /*error*/) {}
+  // A pause has ended the walk, before a folder was listed or before one of its entries.
+  virtual void Stopped(bool /*before_folder*/) {}
 };
 
 // When a folder's files are handed out: while it is listed; or behind the listing, before its
@@ -44,8 +41,9 @@ enum class WalkOrder { kWhileListing, kFilesFirst, kAsListed };
 // Goes through an open folder and those below it, each opened below the first one and through no
 // link. No stack grows with the depth of the tree. `path` is the folder's. The folders that a
 // visitor is given are valid during the call; with kAsListed the one given is the first one.
-// Folders that `spared` names are left alone; null spares none.
+// Folders that `spared` names are left alone; null spares none. There is a pause before each
+// folder, for each entry that is listed, and before each that has its turn.
 void WalkFolder(Folder& folder, std::string_view path, WalkOrder order,
-                const ProtectedPlaces* spared, FolderVisitor& visitor);
+                const ProtectedPlaces* spared, FolderVisitor& visitor, const Pause& pause);
 
 }  // namespace quellix

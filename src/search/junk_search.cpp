@@ -209,9 +209,7 @@ void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
   const std::unique_ptr<FileTest> test = MakeTest(context, options, kind, sink);
   const char* const mask = kind == JunkKind::kDeadShortcuts ? "*.lnk" : "*.*";
   for (const std::string& root : RootsToSearch(context.machine.system, options)) {
-    context.view.Yield();
-    context.view.Yield();
-    if (context.state.AbortRequested) break;
+    if (StopsRun(context)) break;
     SearchFolder(context, root, mask, ignore, *test);
   }
   if (context.state.AbortRequested) context.view.SetStatus("Aborted by user");

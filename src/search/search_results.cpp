@@ -206,9 +206,7 @@ void SearchResults::Delete(const std::vector<Index>& finds) {
   some_failed_ = false;
   gone_.resize(finds_.size());
   for (const Index find : finds) {
-    context_.view.Yield();
-    context_.view.Yield();
-    if (context_.state.AbortRequested) break;
+    if (StopsRun(context_)) break;
     if (finds_[find].ticked) gone_[find] = DeleteOne(find);
   }
   std::erase_if(view_, [this](Index find) { return gone_[find]; });

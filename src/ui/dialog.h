@@ -21,6 +21,14 @@ class Dialog {
   HWND window() const { return window_; }
   void Close();
 
+  HWND Control(int id) const;
+  // Moves the keyboard as Tab does, with the look of the default button.
+  void FocusOn(HWND control) const;
+  // Where the keyboard is on a control that is disabled it moves to another one: a disabled control
+  // would swallow it.
+  void EnableControl(int id, bool enabled, int other) const;
+  void SetText(int id, std::string_view utf8) const;
+
   // Hands a message of the thread's queue to its dialog (Tab, Enter, mnemonics) or window.
   static void Dispatch(MSG& message);
 
@@ -56,13 +64,6 @@ class Dialog {
   // read.
   static HBRUSH Paper(HDC target);
 
-  HWND Control(int id) const;
-  // Moves the keyboard as Tab does, with the look of the default button.
-  void FocusOn(HWND control) const;
-  // Where the keyboard is on a control that is disabled it moves to another one: a disabled control
-  // would swallow it.
-  void EnableControl(int id, bool enabled, int other) const;
-  void SetText(int id, std::string_view utf8) const;
   int dpi() const { return dpi_; }
   // For a window inside another, whose fonts and place come from that one.
   void SetDpi(int dpi) {

@@ -6,7 +6,6 @@
 #include "platform/text.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
-#include "ui/run_display.h"
 
 namespace quellix {
 namespace {
@@ -40,10 +39,7 @@ constexpr ModeText kModeTexts[] = {{OverwriteMode::kAsk, L"Ask"},
                                    {OverwriteMode::kNewer, L"Replace it when older"},
                                    {OverwriteMode::kNever, L"Leave it always"}};
 
-constexpr ULONGLONG kMillisecondsPerPump = 15, kMillisecondsPerFrame = 100;
-constexpr int kBarSteps = 1000;
-
-// What can be used while nothing is being restored, whatever is chosen.
+// What can be used while nothing is in work.
 constexpr int kIdleControls[] = {lstvArchives,   lstvEntries,        cboOverwrite,
                                  cmdView,        cmdRestoreSelected, cmdRestoreAll,
                                  cmdRestoreInto, cmdRepairArchive,   cmdDeleteArchive};
@@ -56,13 +52,10 @@ std::string WithCarriageReturns(const std::string& lines) {
 }  // namespace
 
 void FrmBackups::Show(HWND owner) {
+  if (work_.working()) return;
   browser_.emplace(machine_);
-  browser_->OnPause([this](const RestoreProgress& progress) { return ShowProgress(progress); });
   Open(frmBackups, owner);
-  const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-  Work([this] { browser_->Refresh(); });
-  SetCursor(arrow);
-  if (!window()) return;
+  if (!Work([this](const Pause& pause) { browser_->Refresh(pause); })) return;
   ShowArchives();
   ShowEntries();
 }
@@ -131,10 +124,7 @@ void FrmBackups::EnableCommands() {
 }
 
 void FrmBackups::OnCommand(int id, int code) {
-  if (working_) {
-    stopping_ |= id == cmdStopRestore || id == IDCANCEL;
-    return;
-  }
+  if (work_.working()) return id == cmdStopRestore || id == IDCANCEL ? work_.Stop() : void();
   switch (id) {
     case cboOverwrite:
       if (code == CBN_SELCHANGE) ChangeMode();
@@ -155,7 +145,9 @@ void FrmBackups::OnCommand(int id, int code) {
 }
 
 LRESULT FrmBackups::OnNotify(NMHDR& header) {
-  if (archives_.OnNotify(header) || entries_.OnNotify(header) || filling_ || working_) return 0;
+  if (archives_.OnNotify(header) || entries_.OnNotify(header) || filling_ || work_.working()) {
+    return 0;
+  }
   if (header.idFrom == lstvArchives) OnArchivesNotify(header);
   if (header.idFrom == lstvEntries) OnEntriesNotify(header);
   return 0;
@@ -169,8 +161,8 @@ void FrmBackups::OnArchivesNotify(const NMHDR& header) {
     DeleteArchive();
   }
   if (header.code != LVN_ITEMCHANGED || item.iItem < 0 || !(item.uNewState & LVIS_SELECTED)) return;
-  Work([&] { browser_->ChooseArchive(static_cast<size_t>(item.iItem)); });
-  if (window()) ShowEntries();
+  const auto row = static_cast<size_t>(item.iItem);
+  if (Work([&](const Pause& pause) { browser_->ChooseArchive(row, pause); })) ShowEntries();
 }
 
 void FrmBackups::OnEntriesNotify(const NMHDR& header) {
@@ -219,8 +211,7 @@ void FrmBackups::View() {
   const std::vector<size_t> rows = entries_.SelectedRows();
   if (rows.size() != 1) return;
   std::string path;
-  Work([&] { path = browser_->View(rows[0]); });
-  if (!window()) return;
+  if (!Work([&](const Pause& pause) { path = browser_->View(rows[0], pause); })) return;
   if (!path.empty() && !OpenByShell(window(), path)) {
     browser_->Say("Windows has no program to open " + path + ".");
   }
@@ -233,62 +224,37 @@ void FrmBackups::Restore(int command) {
   if (command == cmdRestoreInto && !(folder = prompts_.AskFolder("Restore into this folder:"))) {
     return;
   }
-  const auto pause = [this](const RestoreProgress& progress) { return ShowProgress(progress); };
-  Work([&] {
+  Work([&](const Pause& pause) {
     if (command == cmdRestoreAll) browser_->RestoreAll(prompts_, pause);
     if (command == cmdRestoreSelected) browser_->RestoreSelected(rows, prompts_, pause);
     if (command == cmdRestoreInto) browser_->RestoreInto(rows, *folder, prompts_, pause);
   });
 }
 
-// Nothing can be chosen meanwhile; how far it has come is shown once it takes long enough to pause.
-void FrmBackups::Work(const std::function<void()>& work) {
-  working_ = true;
-  stopping_ = is_shown_ = false;
-  work();
-  working_ = false;
-  if (!window()) return browser_.reset();  // it was destroyed meanwhile
-  if (is_shown_) HideProgress();
+// Nothing can be chosen meanwhile; Stop, Esc and closing the window all stop it, so that its
+// outcome can be read. False when the window has gone.
+bool FrmBackups::Work(const LongWork::Work& work) {
+  const LongWork::End end =
+      work_.Run({.idle = kIdleControls,
+                 .stop = cmdStopRestore,
+                 .rest = lstvArchives,
+                 .bar = pgRestore,
+                 .show = [this](const Progress& progress) { ShowProgress(progress); },
+                 .often_short = true},
+                work);
+  if (end == LongWork::End::kGone) {
+    browser_.reset();
+    return false;
+  }
   EnableCommands();
   ShowOutcome();
+  return true;
 }
 
-// Stop is all that can be used; Esc and closing the window mean it too.
-void FrmBackups::BeginProgress() {
-  is_shown_ = true;
-  shown_at_ = 0;
-  SendDlgItemMessageW(window(), pgRestore, PBM_SETRANGE32, 0, kBarSteps);
-  SendDlgItemMessageW(window(), pgRestore, PBM_SETPOS, 0, 0);
-  ShowWindow(Control(pgRestore), SW_SHOWNA);
-  focus_ = GetFocus();
-  EnableWindow(Control(cmdStopRestore), TRUE);
-  FocusOn(Control(cmdStopRestore));
-  for (const int id : kIdleControls) EnableWindow(Control(id), FALSE);
-}
-
-void FrmBackups::HideProgress() {
-  ShowWindow(Control(pgRestore), SW_HIDE);
-  for (const int id : kIdleControls) EnableWindow(Control(id), TRUE);
-  EnableCommands();
-  FocusOn(IsWindowEnabled(focus_) ? focus_ : Control(lstvArchives));
-  EnableWindow(Control(cmdStopRestore), FALSE);
-}
-
-// Called for every file: the tick count costs next to nothing to read.
-bool FrmBackups::ShowProgress(const RestoreProgress& progress) {
-  if (!is_shown_ && window()) BeginProgress();
-  const ULONGLONG now = GetTickCount64();
-  if (now - shown_at_ >= kMillisecondsPerFrame) {
-    shown_at_ = now;
-    const uint64_t at = progress.done * kBarSteps / std::max<uint64_t>(progress.total, 1);
-    SendDlgItemMessageW(window(), pgRestore, PBM_SETPOS, static_cast<WPARAM>(at), 0);
-    SetText(txtOutcome, std::string(progress.work) + " " + std::string(progress.path));
-  }
-  if (now - pumped_at_ >= kMillisecondsPerPump) {
-    pumped_at_ = now;
-    RunDisplay::PumpMessages();
-  }
-  return stopping_ || !window();
+void FrmBackups::ShowProgress(const Progress& progress) {
+  const std::string left = work_.TimeLeft();
+  SetText(txtOutcome, std::string(progress.work) + " " + std::string(progress.path) +
+                          (left.empty() ? "" : "\r\n" + left));
 }
 
 void FrmBackups::RepairArchive() {
@@ -298,8 +264,7 @@ void FrmBackups::RepairArchive() {
       "Repair " + chosen->name + "? " + chosen->incomplete +
       " What is not whole goes; the archive needs its space twice meanwhile.";
   if (!prompts_.AskYesNo(question)) return;
-  Work([this] { browser_->RepairArchive(); });
-  if (!window()) return;
+  if (!Work([this](const Pause& pause) { browser_->RepairArchive(pause); })) return;
   ShowArchives();
   ShowEntries();
 }
@@ -310,19 +275,16 @@ void FrmBackups::DeleteArchive() {
   const std::string question =
       "Delete the archive " + chosen->name + "? The files in it cannot be restored afterwards.";
   if (!prompts_.AskYesNo(question)) return;
-  browser_->DeleteArchive();
+  if (!Work([this](const Pause& pause) { browser_->DeleteArchive(pause); })) return;
   ShowArchives();
   ShowEntries();
 }
 
-void FrmBackups::OnClose() {
-  stopping_ = true;
-  if (!working_) OwnedWindow::OnClose();
-}
+void FrmBackups::OnClose() { work_.working() ? work_.Stop() : OwnedWindow::OnClose(); }
 
 void FrmBackups::OnDestroyed() {
   OwnedWindow::OnDestroyed();
-  if (!working_) browser_.reset();
+  if (!work_.working()) browser_.reset();
 }
 
 HBRUSH FrmBackups::OnControlColor(HDC target, HWND control) {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <functional>
 #include <optional>
 
 #include "backup/backup_browser.h"
 #include "ui/list_view.h"
+#include "ui/long_work.h"
 #include "ui/owned_window.h"
 #include "ui/resource.h"
 #include "ui/window_prompts.h"
@@ -44,10 +44,8 @@ class FrmBackups : public OwnedWindow {
   void ChangeMode();
   void View();
   void Restore(int command);
-  void Work(const std::function<void()>& work);
-  void BeginProgress();
-  void HideProgress();
-  bool ShowProgress(const RestoreProgress& progress);
+  bool Work(const LongWork::Work& work);
+  void ShowProgress(const Progress& progress);
   void RepairArchive();
   void DeleteArchive();
 
@@ -56,11 +54,7 @@ class FrmBackups : public OwnedWindow {
   ListView archives_, entries_;
   WindowPrompts prompts_;
   bool filling_ = false;  // the lists change by themselves, not by the user
-  bool working_ = false;
-  bool stopping_ = false;
-  bool is_shown_ = false;                   // how far the work has come
-  HWND focus_ = nullptr;                    // where it was before
-  ULONGLONG pumped_at_ = 0, shown_at_ = 0;  // milliseconds, of the tick count
+  LongWork work_{*this};
 };
 
 }  // namespace quellix

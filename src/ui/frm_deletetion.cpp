@@ -30,7 +30,6 @@ constexpr Anchor kAnchors[] = {
 
 void FrmDeletetion::Show(HWND owner, SearchResults& results) {
   results_ = &results;
-  close_after_deletion_ = false;
   Open(frmDeletetion, owner);
 }
 
@@ -236,8 +235,10 @@ void FrmDeletetion::Filter() {
 void FrmDeletetion::Delete(bool all) {
   if (results_->searching() || results_->deleting()) return;
   Enable(cmdAbort, mnuAbort, true);
-  all ? results_->DeleteAll() : results_->DeleteTicked();
-  if (close_after_deletion_) return OnClose();
+  const LongWork::End end =
+      work_.Run({}, [&](const Pause&) { all ? results_->DeleteAll() : results_->DeleteTicked(); });
+  if (end == LongWork::End::kGone) return;
+  if (end == LongWork::End::kCloses) return OnClose();
   Refresh();
 }
 
@@ -267,8 +268,7 @@ HBRUSH FrmDeletetion::OnControlColor(HDC target, HWND control) {
 // Closing ends what is in work; a deletion ends first, between two files.
 void FrmDeletetion::OnClose() {
   results_->Abort();
-  close_after_deletion_ = results_->deleting();
-  if (close_after_deletion_) return;
+  if (work_.working()) return work_.StopAndClose();
   KeepColumnWidths(settings_, kWidthsKey, list_, dpi());
   OwnedWindow::OnClose();
 }

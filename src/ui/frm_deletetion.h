@@ -4,6 +4,7 @@
 #include "search/search_results.h"
 #include "settings/settings.h"
 #include "ui/list_view.h"
+#include "ui/long_work.h"
 #include "ui/owned_window.h"
 
 namespace quellix {
@@ -56,7 +57,7 @@ class FrmDeletetion : public OwnedWindow {
   Settings settings_;
   SearchResults* results_ = nullptr;
   ListView list_;
-  bool close_after_deletion_ = false;
+  LongWork work_{*this};  // a deletion; searches are the work of the run
 };
 
 }  // namespace quellix

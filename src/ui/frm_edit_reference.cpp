@@ -1,7 +1,7 @@
 #include "ui/frm_edit_reference.h"
 
 #include "platform/error.h"
-#include "platform/win32/win32_text.h"
+#include "ui/control_text.h"
 #include "ui/resource.h"
 
 namespace quellix {
@@ -46,11 +46,7 @@ void FrmEditReference::Browse() {
 }
 
 void FrmEditReference::Save() {
-  const HWND path = Control(txtPath);
-  std::wstring text(static_cast<size_t>(GetWindowTextLengthW(path)) + 1, L'\0');
-  text.resize(
-      static_cast<size_t>(GetWindowTextW(path, text.data(), static_cast<int>(text.size()))));
-  scan_->SaveEdit(row_, Narrow(text));
+  scan_->SaveEdit(row_, ControlText(Control(txtPath)));
   OnClose();
 }
 

@@ -19,7 +19,7 @@ constexpr Anchor kAnchors[] = {
     {IDCANCEL, 1, 1, 1, 1},
 };
 
-// What waits while entries are deleted.
+// What waits while entries are read or deleted.
 constexpr int kCommands[] = {optAll,         optCookies, optHistory, optURL,    cmdSelectAll,
                              cmdDeselectAll, cmdView,    cmdRefresh, cmdDelete, cmdClear};
 
@@ -43,6 +43,12 @@ int ButtonOf(int entry) {
 
 }  // namespace
 
+void FrmIECache::Show(HWND owner) {
+  if (work_.working()) return;
+  Open(frmIECache, owner);
+  Load();
+}
+
 void FrmIECache::OnInit() {
   layout().Add(kAnchors);
   cache_.emplace(machine_);
@@ -53,7 +59,6 @@ void FrmIECache::OnInit() {
       [this](int row) { return IsListed(row) && cache_->Row(static_cast<size_t>(row)).checked; },
       [this](int row) { Toggle(row); });
   CheckRadioButton(window(), optAll, optURL, optAll);
-  Load();
 }
 
 void FrmIECache::OnResolution() { list_.SetResolution(dpi(), kColumns, {}); }
@@ -70,7 +75,7 @@ CacheKind FrmIECache::Kind() const {
   return CacheKind::kUrls;
 }
 
-// A deletion under way is ahead of the list.
+// What is in work is ahead of the list.
 bool FrmIECache::IsListed(int row) const {
   return cache_ && static_cast<size_t>(row) < cache_->RowCount();
 }
@@ -83,19 +88,18 @@ Cell FrmIECache::CellAt(int row, int column) const {
 void FrmIECache::Load() {
   SetText(lblStatus, "Obtaining information, please wait");
   UpdateWindow(window());
-  const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
   list_.SetRows(0);
   ShowNothing();
-  cache_->LoadCacheEntries(Kind());
-  SetCursor(arrow);
-  ShowRows();
+  const CacheKind kind = Kind();
+  if (Work([&](const Pause& pause) { cache_->LoadCacheEntries(kind, pause); })) ShowRows();
 }
 
 void FrmIECache::ShowRows() {
   list_.SetRows(static_cast<int>(cache_->RowCount()));
   const std::optional<CacheColumn> column = cache_->sorted_by();
   list_.ShowOrder(column ? static_cast<int>(*column) : kUnsorted, cache_->descending());
-  SetText(lblStatus, cache_->Status());
+  const std::string& problem = cache_->problem();
+  SetText(lblStatus, cache_->Status() + (problem.empty() ? "" : ". " + problem));
 }
 
 void FrmIECache::ShowNothing() {
@@ -110,8 +114,8 @@ void FrmIECache::ShowCacheEntry(size_t row) {
 }
 
 void FrmIECache::OnCommand(int id, int code) {
-  if (id == IDCANCEL) return OnClose();
-  if (working_ || code != BN_CLICKED) return;
+  if (id == IDCANCEL) return work_.working() ? work_.Stop() : OnClose();
+  if (work_.working() || code != BN_CLICKED) return;
   switch (id) {
     case optAll:
     case optCookies:
@@ -133,7 +137,7 @@ void FrmIECache::OnCommand(int id, int code) {
 LRESULT FrmIECache::OnNotify(NMHDR& header) {
   LRESULT result = 0;
   if (list_.OnNotify(header, &result)) return result;
-  if (working_ || header.idFrom != lstvCache) return 0;
+  if (work_.working() || header.idFrom != lstvCache) return 0;
   const auto& item = reinterpret_cast<const NMLISTVIEW&>(header);
   if (header.code == LVN_COLUMNCLICK) Sort(item.iSubItem);
   if (header.code == NM_DBLCLK && item.iItem >= 0) View();
@@ -144,7 +148,7 @@ LRESULT FrmIECache::OnNotify(NMHDR& header) {
 }
 
 void FrmIECache::OnContextMenu(HWND control, POINT screen) {
-  if (control != Control(lstvCache) || working_) return;
+  if (control != Control(lstvCache) || work_.working()) return;
   const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuOptions)));
   const POINT place = list_.MenuPlace(screen);
   const int chosen = TrackPopupMenu(GetSubMenu(menu.Get(), 0), TPM_RETURNCMD | TPM_RIGHTBUTTON,
@@ -160,7 +164,7 @@ void FrmIECache::CheckAll(bool checked) {
 }
 
 void FrmIECache::Toggle(int row) {
-  if (working_) return;
+  if (work_.working()) return;
   const size_t index = static_cast<size_t>(row);
   cache_->SetChecked(index, !cache_->Row(index).checked);
 }
@@ -181,42 +185,36 @@ void FrmIECache::Sort(int column) {
 void FrmIECache::Delete(bool all) {
   ShowNothing();  // what is shown is in use
   SetText(lblStatus, "Deleting, please wait");
-  const HWND focus = GetFocus();
-  Work(true);
-  stopped_ = false;
-  const auto breathe = [this] {
-    view_.Yield();
-    return !stopped_;
+  const auto work = [&](const Pause& pause) {
+    all ? cache_->DeleteAllListed(pause) : cache_->DeleteSelected(pause);
   };
-  all ? cache_->DeleteAllListed(breathe) : cache_->DeleteSelected(breathe);
-  Work(false);
-  if (focus != GetFocus() && IsChild(window(), focus)) FocusOn(focus);
-  ShowRows();
+  if (Work(work)) ShowRows();
 }
 
-// The list stays: it takes the keyboard meanwhile.
-void FrmIECache::Work(bool works) {
-  working_ = works;
-  for (const int id : kCommands) EnableControl(id, !works, lstvCache);
+// The list stays: it takes the keyboard meanwhile. False when the window has gone or goes.
+bool FrmIECache::Work(const LongWork::Work& work) {
+  const LongWork::End end =
+      work_.Run({.idle = kCommands, .rest = lstvCache, .often_short = true}, work);
+  if (end == LongWork::End::kGone) cache_.reset();
+  if (end == LongWork::End::kCloses) OnClose();
+  return end == LongWork::End::kDone;
 }
 
 void FrmIECache::OnDrawItem(const DRAWITEMSTRUCT& item) {
   if (item.CtlID == wbCache && display_) display_->Draw(item);
 }
 
-// While entries are deleted it stops that.
+// What is in work ends first.
 void FrmIECache::OnClose() {
-  stopped_ = true;
-  if (working_) return;
+  if (work_.working()) return work_.StopAndClose();
   display_.reset();  // pages want their window to be there when they go
   OwnedWindow::OnClose();
 }
 
 void FrmIECache::OnDestroyed() {
   OwnedWindow::OnDestroyed();
-  stopped_ = true;
   display_.reset();
-  if (!working_) cache_.reset();
+  if (!work_.working()) cache_.reset();
 }
 
 }  // namespace quellix

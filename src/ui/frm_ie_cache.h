@@ -3,9 +3,9 @@
 #include <optional>
 
 #include "browser_tools/cache_list.h"
-#include "run/views.h"
 #include "ui/cache_display.h"
 #include "ui/list_view.h"
+#include "ui/long_work.h"
 #include "ui/owned_window.h"
 #include "ui/resource.h"
 
@@ -14,10 +14,9 @@ namespace quellix {
 // The viewer of the Internet cache. It lives only while it is open.
 class FrmIECache : public OwnedWindow {
  public:
-  // Deletions breathe through `view`.
-  FrmIECache(const Machine& machine, RunView& view) : machine_(machine), view_(view) {}
+  explicit FrmIECache(const Machine& machine) : machine_(machine) {}
 
-  void Show(HWND owner) { Open(frmIECache, owner); }
+  void Show(HWND owner);
 
  protected:
   void OnInit() override;
@@ -49,15 +48,13 @@ class FrmIECache : public OwnedWindow {
   void View();
   void Sort(int column);
   void Delete(bool all);
-  void Work(bool works);
+  bool Work(const LongWork::Work& work);
 
   Machine machine_;
-  RunView& view_;
   std::optional<CacheList> cache_;
   std::optional<CacheDisplay> display_;
   ListView list_;
-  bool working_ = false;
-  bool stopped_ = false;
+  LongWork work_{*this};
 };
 
 }  // namespace quellix

@@ -130,7 +130,7 @@ bool FrmMain::CanClean() const {
   GUITHREADINFO thread{};
   thread.cbSize = sizeof(thread);
   GetGUIThreadInfo(GetCurrentThreadId(), &thread);
-  return !running_ && IsWindowEnabled(window()) && !(thread.flags & GUI_INMENUMODE);
+  return !work_.working() && IsWindowEnabled(window()) && !(thread.flags & GUI_INMENUMODE);
 }
 
 // Of a run that begins by itself while no window is shown, nobody is told anything.
@@ -162,8 +162,8 @@ void FrmMain::ShowPicture() {
 }
 
 void FrmMain::OnCommand(int id, int code) {
-  if (id == cmdStop || (id == IDCANCEL && running_)) return engine_.StopCleaning();
-  if (running_ || (code != BN_CLICKED && code != BN_DOUBLECLICKED)) return;
+  if (id == cmdStop || (id == IDCANCEL && work_.working())) return work_.Stop();
+  if (work_.working() || (code != BN_CLICKED && code != BN_DOUBLECLICKED)) return;
   if (boxes_.Toggle(id)) return boxes_.ShowTicks();
   if (TurnOff(id)) return;
   switch (id) {
@@ -191,17 +191,18 @@ bool FrmMain::TurnOff(int id) {
 }
 
 void FrmMain::Run(const std::function<void()>& work) {
-  if (running_) return;
-  running_ = true;
+  if (work_.working()) return;
   if (!engine_.state().Hidden) log_.Close();  // a hidden run has none to put in its place
-  try {
-    work();
-  } catch (const std::exception& error) {
-    ReportCritical(engine_.context(), error.what());
-  }
-  display_.Flush();
-  running_ = false;
-  AfterRun();
+  const auto run = [&](const Pause& pause) {
+    display_.BreatheBy(pause);
+    try {
+      work();
+    } catch (const std::exception& error) {
+      ReportCritical(engine_.context(), error.what());
+    }
+    display_.Flush();
+  };
+  AfterRun(work_.Run({.show = [this](const Progress&) { display_.Flush(); }}, run));
 }
 
 void FrmMain::ProcessPlugins() {
@@ -210,9 +211,9 @@ void FrmMain::ProcessPlugins() {
   if (!told.empty() && window()) prompts_.Inform(told);
 }
 
-void FrmMain::AfterRun() {
+void FrmMain::AfterRun(LongWork::End end) {
   const bool has_report = KeepReport();
-  if (close_after_run_) return Exit();
+  if (end == LongWork::End::kCloses) return Exit();
   if (!has_report) return;
   if (!engine_.state().Hidden) return ShowLastLog();
   const std::string told = BriefReport(engine_.context());
@@ -236,7 +237,7 @@ bool FrmMain::KeepReport() {
 
 void FrmMain::OnContextMenu(HWND control, POINT screen) {
   const Item* item = ItemBoxes::ItemOf(GetDlgCtrlID(control));
-  if (!item || running_) return;
+  if (!item || work_.working()) return;
   if (screen.x == -1 && screen.y == -1) {  // from the keyboard
     RECT place;
     GetWindowRect(control, &place);
@@ -310,7 +311,8 @@ void FrmMain::ShowTrayMenu(POINT screen) {
   const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuTray)));
   const HMENU entries = GetSubMenu(menu.Get(), 0);
   if (!CanClean()) EnableMenuItem(entries, mnuTrayClean, MF_BYCOMMAND | MF_GRAYED);
-  if (running_ || !last_report_) EnableMenuItem(entries, mnuTrayLog, MF_BYCOMMAND | MF_GRAYED);
+  if (work_.working() || !last_report_)
+    EnableMenuItem(entries, mnuTrayLog, MF_BYCOMMAND | MF_GRAYED);
   SetForegroundWindow(window());
   const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
                                     window(), nullptr);
@@ -322,11 +324,7 @@ void FrmMain::ShowTrayMenu(POINT screen) {
 }
 
 void FrmMain::Exit() {
-  if (running_) {
-    close_after_run_ = true;
-    engine_.StopCleaning();
-    return;
-  }
+  if (work_.working()) return work_.StopAndClose();
   const std::string problem = Save();
   if (!problem.empty() && !engine_.state().Hidden) Warn(problem);
   Close();

@@ -9,6 +9,7 @@
 #include "ui/dialog.h"
 #include "ui/frm_log.h"
 #include "ui/item_boxes.h"
+#include "ui/long_work.h"
 #include "ui/menu_windows.h"
 #include "ui/run_display.h"
 #include "ui/tool_tips.h"
@@ -61,7 +62,7 @@ class FrmMain : public Dialog {
   void ComeForward() const;
   void ShowTrayMenu(POINT screen);
   void Run(const std::function<void()>& work);
-  void AfterRun();
+  void AfterRun(LongWork::End end);
   bool KeepReport();
   void ShowLastLog();
   void ProcessPlugins();
@@ -86,8 +87,7 @@ class FrmMain : public Dialog {
   UniqueIcon picture_;  // beside the current item
   const Item* current_item_ = nullptr;
   std::optional<RunReport> last_report_;
-  bool running_ = false;
-  bool close_after_run_ = false;
+  LongWork work_{*this};
   int exit_code_ = kDone;
 };
 

@@ -19,6 +19,7 @@ constexpr Anchor kAnchors[] = {
 
 // Commands that work on the selected rows.
 constexpr int kOfSelection[] = {mnuEdit, mnuDelete, mnuProcess};
+constexpr int kIdle[] = {mnuEdit, mnuCreate, mnuProcess};
 
 }  // namespace
 
@@ -66,18 +67,17 @@ void FrmPluginManager::ShowAdded() {
 }
 
 void FrmPluginManager::EnableCommands() {
-  const bool can = !working_ && list_.CountSelected() > 0;
+  const bool can = !work_.working() && list_.CountSelected() > 0;
   for (const int id : kOfSelection) {
     EnableControl(id, can, lstvPlugin);
     EnableMenuItem(GetMenu(window()), static_cast<UINT>(id), can ? MF_ENABLED : MF_GRAYED);
   }
-  EnableWindow(Control(mnuCreate), !working_);
 }
 
 void FrmPluginManager::OnCommand(int id, int /*code*/) {
-  if (id == cmdStop) return engine_.StopCleaning();
+  if (id == cmdStop) return work_.Stop();
   if (id == IDCANCEL || id == mnuExit) return OnClose();
-  if (working_) return;
+  if (work_.working()) return;
   switch (id) {
     case mnuCreate:
       return editor_.Create(window());
@@ -102,7 +102,7 @@ void FrmPluginManager::OnCommand(int id, int /*code*/) {
 }
 
 LRESULT FrmPluginManager::OnNotify(NMHDR& header) {
-  if (list_.OnNotify(header) || working_) return 0;
+  if (list_.OnNotify(header) || work_.working()) return 0;
   if (header.idFrom == lstvPlugin) OnListNotify(header);
   return 0;
 }
@@ -127,7 +127,7 @@ void FrmPluginManager::OnListNotify(const NMHDR& header) {
 }
 
 void FrmPluginManager::OnContextMenu(HWND control, POINT screen) {
-  if (control != Control(lstvPlugin) || working_) return;
+  if (control != Control(lstvPlugin) || work_.working()) return;
   const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuPluginRows)));
   const HMENU entries = GetSubMenu(menu.Get(), 0);
   for (const int id : kOfSelection) {
@@ -152,21 +152,27 @@ void FrmPluginManager::Process() {
   const std::vector<size_t> rows = list_.SelectedRows();
   CleaningContext context{machine_, engine_.settings(), engine_.state(), display_,
                           engine_.context().backup};
-  working_ = true;
-  EnableCommands();
-  manager_.Process(context, rows, [this] {
-    display_.SetStatus(manager_.status());
-    display_.Flush();
-  });
-  working_ = false;
+  const auto process = [&](const Pause& pause) {
+    EnableCommands();
+    display_.BreatheBy(pause);
+    manager_.Process(context, rows, [this] {
+      display_.SetStatus(manager_.status());
+      display_.Flush();
+    });
+  };
+  const LongWork::End end = work_.Run({.idle = kIdle,
+                                       .stop = cmdStop,
+                                       .rest = lstvPlugin,
+                                       .show = [this](const Progress&) { display_.Flush(); }},
+                                      process);
+  if (end == LongWork::End::kGone) return;
+  if (end == LongWork::End::kCloses) return OnClose();
   EnableCommands();
   SetFocus(Control(lstvPlugin));
-  if (close_after_run_) OnClose();
 }
 
 void FrmPluginManager::OnClose() {
-  close_after_run_ = working_;
-  if (working_) return engine_.StopCleaning();
+  if (work_.working()) return work_.StopAndClose();
   manager_.Save();
   OwnedWindow::OnClose();
 }

@@ -3,6 +3,7 @@
 #include "plugins/plugin_manager.h"
 #include "ui/frm_plugin.h"
 #include "ui/list_view.h"
+#include "ui/long_work.h"
 #include "ui/owned_window.h"
 #include "ui/resource.h"
 #include "ui/status_view.h"
@@ -47,8 +48,7 @@ class FrmPluginManager : public OwnedWindow {
   FrmPlugin editor_;
   ListView list_;
   StatusView display_;  // of its own runs
-  bool working_ = false;
-  bool close_after_run_ = false;
+  LongWork work_{*this};
 };
 
 }  // namespace quellix

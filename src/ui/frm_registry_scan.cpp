@@ -1,19 +1,21 @@
 #include "ui/frm_registry_scan.h"
 
 #include "platform/win32/win32_text.h"
+#include "ui/control_text.h"
 #include "ui/dpi.h"
 #include "ui/resource.h"
-#include "ui/run_display.h"
 
 namespace quellix {
 namespace {
 
 constexpr UINT_PTR kTimer1 = 1;
 constexpr UINT kUntilSeen = 50;  // milliseconds
-constexpr ULONGLONG kMillisecondsPerFrame = 50;
 
 // By RowMark. A cross and a tick, so that color is not needed; what is not judged stays as well.
 constexpr int kIcons[] = {icoCross, icoTick, icoTick};
+
+// What waits while the registry is read or changed.
+constexpr int kIdle[] = {cmdDelete, cmdEdit, chkDelete, chkThorough};
 
 constexpr Anchor kAnchors[] = {
     {lstvOrphanedDLL, 0, 0, 1, 1}, {lstvInvalid, 0, 0, 1, 1}, {pgKeys, 0, 1, 1, 1},
@@ -43,11 +45,10 @@ FrmRegistryScan::Parts FrmRegistryScan::PartsOf(ScanTool tool) {
 }
 
 void FrmRegistryScan::Show(ScanTool tool, HWND owner) {
-  if (scan_ && scan_->is_scanning()) return;
+  if (work_.working()) return;
   Close();
   scan_ = MakeScan(tool, machine_, *this);
   parts_ = PartsOf(tool);
-  close_after_scan_ = false;
   Open(parts_.window, owner);
   ArmTimer();
 }
@@ -65,15 +66,16 @@ void FrmRegistryScan::OnInit() {
   }
   list_ = {};
   list_.Attach(list_window(), columns_, [this](int row, int column) {
+    if (!HasRow(row)) return Cell{};  // what is in work is ahead of the list
     const ScanRow& shown = scan_->row(static_cast<size_t>(row));
     return Cell{Wide(shown.texts[static_cast<size_t>(column)]), static_cast<int>(shown.mark) - 1};
   });
-  list_.SetCheckBoxes([this](int row) { return scan_->row(static_cast<size_t>(row)).checked; },
-                      [this](int row) {
-                        const auto index = static_cast<size_t>(row);
-                        scan_->SetChecked(index, !scan_->row(index).checked);
-                      });
-  EnableCommands(false);
+  const auto is_checked = [this](int row) {
+    return HasRow(row) && scan_->row(static_cast<size_t>(row)).checked;
+  };
+  list_.SetCheckBoxes(is_checked, [this, is_checked](int row) {
+    if (HasRow(row)) scan_->SetChecked(static_cast<size_t>(row), !is_checked(row));
+  });
 }
 
 // A tool that marks no row leaves no room for icons.
@@ -94,30 +96,30 @@ void FrmRegistryScan::ArmTimer() {
 void FrmRegistryScan::OnTimer(UINT_PTR id) {
   if (id != kTimer1 || edit_.IsOpen()) return;
   KillTimer(window(), kTimer1);
-  if (!scan_->is_scanning()) StartScan();
+  if (!work_.working()) StartScan();
 }
 
-// The window may be closed meanwhile, even with the program.
 void FrmRegistryScan::StartScan() {
-  EnableCommands(true);
   list_.SetRows(0);
   ShowDetails();
   if (scan_->traits().freezes) LockWindowUpdate(list_window());
-  scan_->StartScan();
-  LockWindowUpdate(nullptr);
-  if (!window()) return;
-  if (close_after_scan_) return OwnedWindow::OnClose();
-  ShowStatus();
-  EnableCommands(false);
-  ShowRows();
+  Work([this](const Pause& pause) { scan_->StartScan(pause); });
 }
 
-void FrmRegistryScan::Yield() {
-  const ULONGLONG now = GetTickCount64();
-  if (now - shown_at_ < kMillisecondsPerFrame) return;
-  shown_at_ = now;
-  if (window()) ShowStatus();
-  RunDisplay::PumpMessages();
+// The window may be closed meanwhile, even with the program: false then.
+bool FrmRegistryScan::Work(const LongWork::Work& work) {
+  const LongWork::End end = work_.Run({.idle = kIdle,
+                                       .stop = cmdStop,
+                                       .rest = parts_.list,
+                                       .bar = pgKeys,
+                                       .show = [this](const Progress&) { ShowStatus(); }},
+                                      work);
+  LockWindowUpdate(nullptr);
+  if (end == LongWork::End::kCloses) OwnedWindow::OnClose();
+  if (end != LongWork::End::kDone) return false;
+  ShowStatus();
+  ShowRows();
+  return true;
 }
 
 void FrmRegistryScan::ShowStatus() {
@@ -125,24 +127,12 @@ void FrmRegistryScan::ShowStatus() {
   if (scan_->is_scanning() && !scan_->is_frozen()) {
     list_.GrowTo(static_cast<int>(scan_->RowCount()));
   }
-  const HWND bar = Control(pgKeys);
-  if (!bar) return;
-  const ProgressBar& progress = scan_->progress();
-  SendMessageW(bar, PBM_SETRANGE32, 0, progress.max);
-  SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(progress.value), 0);
-  ShowWindow(bar, progress.visible ? SW_SHOWNA : SW_HIDE);
 }
 
 void FrmRegistryScan::ShowProblem(std::string_view sentence) {
   if (!window()) return;
   MessageBoxW(window(), Wide(sentence).c_str(), Wide(scan_->traits().title).c_str(),
               MB_OK | MB_ICONERROR);
-}
-
-void FrmRegistryScan::EnableCommands(bool scanning) {
-  for (const int id : {cmdDelete, cmdEdit, chkThorough, cmdStop}) {
-    EnableControl(id, scanning == (id == cmdStop), GetDlgCtrlID(list_window()));
-  }
 }
 
 void FrmRegistryScan::ShowRows() {
@@ -170,28 +160,24 @@ void FrmRegistryScan::ShowDetails() {
 
 void FrmRegistryScan::OnCommand(int id, int code) {
   if (id == IDCANCEL) return OnClose();
-  if (id == cmdStop) return scan_->StopScan();
-  if (scan_->is_scanning() || code != BN_CLICKED) return;
+  if (id == cmdStop) return work_.Stop();
+  if (work_.working() || code != BN_CLICKED) return;
   switch (id) {
     case cmdDelete:
       return DeleteChecked();
     case cmdEdit:
       return EditReference();
     case chkThorough:
-      scan_->SetThorough(IsDlgButtonChecked(window(), chkThorough) == BST_CHECKED);
+      scan_->SetThorough(IsTicked(window(), chkThorough));
       scan_->EndEdit();
       return ArmTimer();
   }
 }
 
 void FrmRegistryScan::DeleteChecked() {
-  const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-  scan_->DeleteChecked(Control(chkDelete) &&
-                       IsDlgButtonChecked(window(), chkDelete) == BST_CHECKED);
-  SetCursor(arrow);
-  ShowStatus();
-  ShowRows();
-  ArmTimer();
+  const bool files_also = Control(chkDelete) && IsTicked(window(), chkDelete);
+  const auto work = [&](const Pause& pause) { scan_->DeleteChecked(files_also, pause); };
+  if (Work(work)) ArmTimer();
 }
 
 void FrmRegistryScan::EditReference() {
@@ -223,7 +209,7 @@ LRESULT FrmRegistryScan::OnNotify(NMHDR& header) {
       }
       return 0;
     case NM_DBLCLK:
-      if (scan_->traits().edits && !scan_->is_scanning()) EditReference();
+      if (scan_->traits().edits && !work_.working()) EditReference();
       return 0;
     default:
       return 0;
@@ -231,7 +217,7 @@ LRESULT FrmRegistryScan::OnNotify(NMHDR& header) {
 }
 
 void FrmRegistryScan::SortBy(int column) {
-  if (scan_->is_scanning() || column < 0) return;
+  if (work_.working() || column < 0) return;
   scan_->SortBy(static_cast<size_t>(column));
   ShowRows();
 }
@@ -241,14 +227,9 @@ void FrmRegistryScan::OnContextMenu(HWND control, POINT screen) {
   SortBy(list_.AskForOrder(window(), screen));
 }
 
-void FrmRegistryScan::OnClose() {
-  if (!scan_->is_scanning()) return OwnedWindow::OnClose();
-  close_after_scan_ = true;
-  scan_->StopScan();
-}
+void FrmRegistryScan::OnClose() { work_.working() ? work_.StopAndClose() : OwnedWindow::OnClose(); }
 
 void FrmRegistryScan::OnDestroyed() {
-  if (scan_ && scan_->is_scanning()) scan_->StopScan();
   LockWindowUpdate(nullptr);
   OwnedWindow::OnDestroyed();
 }

@@ -7,6 +7,7 @@
 #include "registry_tools/scan_tools.h"
 #include "ui/frm_edit_reference.h"
 #include "ui/list_view.h"
+#include "ui/long_work.h"
 #include "ui/owned_window.h"
 #include "ui/window_prompts.h"
 
@@ -42,8 +43,7 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
   };
   static Parts PartsOf(ScanTool tool);
 
-  void Yield() override;
-  void ShowState() override {}  // shown at the next Yield that is due
+  void ShowState() override {}  // shown as long as the work goes on, and behind it
   void ShowProblem(std::string_view sentence) override;
 
   HWND list_window() const { return Control(parts_.list); }
@@ -55,7 +55,8 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
   void ShowOrder();
   void ShowDetails();
   void ShowStatus();
-  void EnableCommands(bool scanning);
+  bool Work(const LongWork::Work& work);
+  bool HasRow(int row) const { return row >= 0 && static_cast<size_t>(row) < scan_->RowCount(); }
   void SortBy(int column);
 
   Machine machine_;
@@ -66,8 +67,7 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
   ListView list_;
   WindowPrompts prompts_;
   FrmEditReference edit_;
-  ULONGLONG shown_at_ = 0;
-  bool close_after_scan_ = false;
+  LongWork work_{*this};
 };
 
 }  // namespace quellix

@@ -18,21 +18,22 @@ constexpr Anchor kAnchors[] = {
 void FrmTry::Show(HWND owner, const modPlugin::Plugin& plugin) {
   trial_.emplace(machine_);
   Open(frmTry, owner);
-  working_ = true;
-  close_after_run_ = false;
-  EnableWindow(Control(cmdStop), TRUE);
-  display_.SetStatus("Looking...");
-  display_.Flush();
-  trial_->Run(plugin, display_);
-  working_ = false;
-  if (close_after_run_) return OwnedWindow::OnClose();
+  const LongWork::End end = work_.Run(
+      {.stop = cmdStop, .rest = lstvTry, .show = [this](const Progress&) { display_.Flush(); }},
+      [&](const Pause& pause) {
+        display_.BreatheBy(pause);
+        display_.SetStatus("Looking...");
+        display_.Flush();
+        trial_->Run(plugin, display_);
+      });
+  if (end == LongWork::End::kGone) return;
+  if (end == LongWork::End::kCloses) return OwnedWindow::OnClose();
   display_.SetStatus(trial_->Summary());
   display_.Flush();
   SetText(txtTry, trial_->notes().empty() ? "Everything the plugin names may be cleaned."
                                           : trial_->notes());
   list_.SetRows(static_cast<int>(trial_->count()));
   SetFocus(Control(lstvTry));
-  EnableWindow(Control(cmdStop), FALSE);
 }
 
 void FrmTry::OnInit() {
@@ -49,7 +50,7 @@ void FrmTry::OnResolution() { list_.SetResolution(dpi(), kColumns, {}); }
 void FrmTry::OnSized() { list_.FillWith(1, Scale(200, dpi())); }
 
 void FrmTry::OnCommand(int id, int /*code*/) {
-  if (id == cmdStop) trial_->Stop();
+  if (id == cmdStop) work_.Stop();
   if (id == IDCANCEL) OnClose();
 }
 
@@ -59,11 +60,7 @@ LRESULT FrmTry::OnNotify(NMHDR& header) {
 }
 
 // While it looks, closing stops it first.
-void FrmTry::OnClose() {
-  close_after_run_ = working_;
-  if (working_) return trial_->Stop();
-  OwnedWindow::OnClose();
-}
+void FrmTry::OnClose() { work_.working() ? work_.StopAndClose() : OwnedWindow::OnClose(); }
 
 HBRUSH FrmTry::OnControlColor(HDC target, HWND control) {
   return control == Control(txtTry) ? Paper(target) : nullptr;

@@ -4,6 +4,7 @@
 
 #include "plugins/plugin_trial.h"
 #include "ui/list_view.h"
+#include "ui/long_work.h"
 #include "ui/owned_window.h"
 #include "ui/resource.h"
 #include "ui/status_view.h"
@@ -34,8 +35,7 @@ class FrmTry : public OwnedWindow {
   std::optional<modPlugin::PluginTrial> trial_;
   ListView list_;
   StatusView display_;
-  bool working_ = false;
-  bool close_after_run_ = false;
+  LongWork work_{*this};
 };
 
 }  // namespace quellix

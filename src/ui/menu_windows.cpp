@@ -20,7 +20,7 @@ MenuWindows::MenuWindows(Engine& engine, const Machine& machine)
       backups_(machine),
       options_(machine),
       plugin_manager_(engine, machine),
-      cache_(machine, engine.context().view),
+      cache_(machine),
       registry_scan_(machine) {
   options_.show_backups = [this](HWND owner) { backups_.Show(owner); };
   options_.on_accepted = [this] {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/win32/win32_text.h"
+#include "ui/control_text.h"
 
 namespace quellix {
 
@@ -41,11 +41,6 @@ bool OptionsPageWindow::TakeBox(std::span<const SettingBox> boxes, int id) {
   return true;
 }
 
-std::string OptionsPageWindow::TextOf(int id) const {
-  std::wstring text(static_cast<size_t>(GetWindowTextLengthW(Control(id))) + 1, L'\0');
-  text.resize(
-      static_cast<size_t>(GetWindowTextW(Control(id), text.data(), static_cast<int>(text.size()))));
-  return Narrow(text);
-}
+std::string OptionsPageWindow::TextOf(int id) const { return ControlText(Control(id)); }
 
 }  // namespace quellix

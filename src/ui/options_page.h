@@ -6,6 +6,7 @@
 
 #include "app/options.h"
 #include "run/views.h"
+#include "ui/control_text.h"
 #include "ui/dialog.h"
 #include "ui/list_view.h"
 #include "ui/resource.h"
@@ -63,7 +64,7 @@ class OptionsPageWindow : public Dialog {
   void ShowBoxes(std::span<const SettingBox> boxes) const;
   // True when `id` is one of the boxes; its setting is then taken.
   bool TakeBox(std::span<const SettingBox> boxes, int id);
-  bool IsChecked(int id) const { return IsDlgButtonChecked(window(), id) == BST_CHECKED; }
+  bool IsChecked(int id) const { return IsTicked(window(), id); }
   void Check(int id, bool checked) const {
     CheckDlgButton(window(), id, checked ? BST_CHECKED : BST_UNCHECKED);
   }

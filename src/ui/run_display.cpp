@@ -8,18 +8,6 @@
 #include "ui/resource.h"
 
 namespace quellix {
-namespace {
-
-constexpr ULONGLONG kMillisecondsPerFrame = 50;
-constexpr ULONGLONG kMillisecondsPerPump = 20;
-
-// A held Enter that pressed Clean must not go on to press Stop.
-bool IsRepeatedPress(const MSG& message) {
-  const bool presses = message.wParam == VK_RETURN || message.wParam == VK_SPACE;
-  return message.message == WM_KEYDOWN && presses && (message.lParam & (1 << 30)) != 0;
-}
-
-}  // namespace
 
 void RunDisplay::Attach(HWND window, ShowItem show_item) {
   window_ = window;
@@ -56,26 +44,6 @@ void RunDisplay::AwaitResults() {
 
 std::optional<RunReport> RunDisplay::TakeReport() { return std::exchange(report_, std::nullopt); }
 
-// Called for every file: the tick count costs next to nothing to read.
-void RunDisplay::Yield() {
-  const ULONGLONG now = GetTickCount64();
-  if (now - pumped_at_ < kMillisecondsPerPump) return;
-  pumped_at_ = now;
-  if (now - flushed_at_ >= kMillisecondsPerFrame) Flush();
-  PumpMessages();
-}
-
-void RunDisplay::PumpMessages() {
-  MSG message;
-  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-    if (message.message == WM_QUIT) {
-      PostQuitMessage(static_cast<int>(message.wParam));
-      return;
-    }
-    if (!IsRepeatedPress(message)) Dialog::Dispatch(message);
-  }
-}
-
 void RunDisplay::ShowCurrentItem(const Item* item) {
   item_ = item;
   if (!item) return;
@@ -99,7 +67,6 @@ bool RunDisplay::AskToGoOn(std::string_view question) {
 }
 
 void RunDisplay::Flush() {
-  flushed_at_ = GetTickCount64();
   FlushText(lblStatus, status_, shown_status_);
   FlushText(lblCleanDate, last_cleaned_, shown_last_cleaned_);
   if (bar_ != shown_bar_) FlushProgress();

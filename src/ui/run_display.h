@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/pause.h"
 #include "run/views.h"
 #include "search/results_view.h"
 #include "ui/frm_deletetion.h"
@@ -20,6 +21,8 @@ class RunDisplay : public RunView, public ResultsView {
 
   // The window to show in, and what moves its picture of the current item.
   void Attach(HWND window, ShowItem show_item);
+  // What runs breathe by from now on.
+  void BreatheBy(const Pause& pause) { pause_ = pause; }
   // Lets runs search for junk: its finds are reviewed in a window before the attached one.
   void ReviewFinds(const Machine& machine);
   // Brings the window up to date.
@@ -27,7 +30,7 @@ class RunDisplay : public RunView, public ResultsView {
   // The report of the last finished run, once.
   std::optional<RunReport> TakeReport();
 
-  void Yield() override;
+  bool Breathe() override { return pause_(); }
   void SetStatus(std::string_view text) override { status_.assign(text); }
   void SetProgress(const ProgressBar& bar) override { bar_ = bar; }
   void SetCommands(const Commands& commands) override { commands_ = commands; }
@@ -42,8 +45,6 @@ class RunDisplay : public RunView, public ResultsView {
 
   // A box with Yes and No before `owner`; closing it is No.
   static bool AskBeforeRun(HWND owner, std::string_view question);
-  // Handles what waits in the thread's queue.
-  static void PumpMessages();
 
  private:
   void FlushText(int control, const std::string& text, std::string& shown) const;
@@ -64,8 +65,7 @@ class RunDisplay : public RunView, public ResultsView {
   const Item* item_ = nullptr;
   const Item* shown_item_ = nullptr;
   std::optional<RunReport> report_;
-  ULONGLONG pumped_at_ = 0;  // milliseconds, of the tick count
-  ULONGLONG flushed_at_ = 0;
+  Pause pause_;
 };
 
 }  // namespace quellix

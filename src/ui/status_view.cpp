@@ -6,11 +6,6 @@
 #include "ui/run_display.h"
 
 namespace quellix {
-namespace {
-
-constexpr ULONGLONG kMillisecondsPerFrame = 30;
-
-}  // namespace
 
 void StatusView::Attach(HWND window) {
   window_ = window;
@@ -19,20 +14,9 @@ void StatusView::Attach(HWND window) {
 }
 
 void StatusView::Flush() {
-  flushed_at_ = GetTickCount64();
   if (status_ == shown_) return;
   SetDlgItemTextW(window_, lblStatus, Wide(status_).c_str());
   shown_ = status_;
-}
-
-void StatusView::Yield() {
-  if (GetTickCount64() - flushed_at_ < kMillisecondsPerFrame) return;
-  Flush();
-  RunDisplay::PumpMessages();
-}
-
-void StatusView::SetCommands(const Commands& commands) {
-  EnableWindow(GetDlgItem(window_, cmdStop), commands.stop);
 }
 
 void StatusView::ShowCritical(std::string_view text) {

@@ -2,23 +2,26 @@
 
 #include <string>
 
+#include "platform/pause.h"
 #include "run/views.h"
 #include "ui/windows_api.h"
 
 namespace quellix {
 
-// Shows a run in a window that has no more for it than lblStatus and cmdStop. Calls are cheap; the
-// window follows at the pace of the eye.
+// Shows a run in a window that has no more for it than lblStatus. Calls are cheap: the window
+// follows when it is flushed.
 class StatusView : public RunView {
  public:
   void Attach(HWND window);
+  // What runs breathe by from now on.
+  void BreatheBy(const Pause& pause) { pause_ = pause; }
   // Brings the window up to date.
   void Flush();
 
-  void Yield() override;
+  bool Breathe() override { return pause_(); }
   void SetStatus(std::string_view text) override { status_.assign(text); }
   void SetProgress(const ProgressBar&) override {}
-  void SetCommands(const Commands& commands) override;
+  void SetCommands(const Commands&) override {}
   void ShowCurrentItem(const Item*) override {}
   void ShowLastCleaned(std::string_view) override {}
   void ShowCritical(std::string_view text) override;
@@ -28,7 +31,7 @@ class StatusView : public RunView {
  private:
   HWND window_ = nullptr;
   std::string status_, shown_;
-  ULONGLONG flushed_at_ = 0;  // milliseconds, of the tick count
+  Pause pause_;
 };
 
 }  // namespace quellix

@@ -9,6 +9,7 @@
 #include "engine.h"
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_text.h"
+#include "ui/control_text.h"
 #include "ui/help.h"
 #include "ui/resource.h"
 
@@ -33,15 +34,9 @@ INT_PTR CALLBACK OverwriteProcedure(HWND dialog, UINT message, WPARAM wparam, LP
 }
 
 struct TextQuestion {
-  std::wstring question, answer;
+  std::wstring question, preset;
+  std::string answer = {};
 };
-
-std::wstring TextOfControl(HWND control) {
-  std::wstring text(static_cast<size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
-  text.resize(
-      static_cast<size_t>(GetWindowTextW(control, text.data(), static_cast<int>(text.size()))));
-  return text;
-}
 
 INT_PTR CALLBACK TextProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_INITDIALOG) {
@@ -49,14 +44,14 @@ INT_PTR CALLBACK TextProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM 
     SetWindowLongPtrW(dialog, DWLP_USER, lparam);
     SetWindowTextW(dialog, Wide(kApplicationTitle).c_str());
     SetDlgItemTextW(dialog, lblQuestion, asked->question.c_str());
-    SetDlgItemTextW(dialog, txtAnswer, asked->answer.c_str());
+    SetDlgItemTextW(dialog, txtAnswer, asked->preset.c_str());
     return TRUE;
   }
   if (message != WM_COMMAND) return FALSE;
   const int id = LOWORD(wparam);
   if (id == IDOK) {
     reinterpret_cast<TextQuestion*>(GetWindowLongPtrW(dialog, DWLP_USER))->answer =
-        TextOfControl(GetDlgItem(dialog, txtAnswer));
+        ControlText(GetDlgItem(dialog, txtAnswer));
   }
   if (id == IDOK || id == IDCANCEL) EndDialog(dialog, id);
   return TRUE;
@@ -103,7 +98,7 @@ std::optional<std::string> WindowPrompts::AskText(std::string_view question,
                                                   std::string_view preset) {
   TextQuestion asked{Wide(question), Wide(preset)};
   if (ShowDialog(owner_, frmAskText, TextProcedure, &asked) != IDOK) return {};
-  return Narrow(asked.answer);
+  return asked.answer;
 }
 
 std::optional<std::string> WindowPrompts::AskFile(std::span<const FileFilter> filters,

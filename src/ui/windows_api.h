@@ -4,6 +4,3 @@
 #include <windows.h>
 
 #include <commctrl.h>
-
-// A leftover of 16-bit Windows that would swallow RunView::Yield.
-#undef Yield

@@ -88,7 +88,7 @@ TEST_F(BackupOrderTest, WhatIsWrittenIsOnTheDiskBeforeNamesChangeAndFilesGo) {
       {"wipe byte by byte", [&] { clean("W"); }, 10},
       {"wipe", [&] { clean("W\r\nWipeStep=4096"); }, 2},
       {"back up", [&] { clean("B"); }, 2},
-      {"restore", [&] { there.Restore(OnlyArchive(), {}, prompts, nullptr); }, 2},
+      {"restore", [&] { there.Restore(OnlyArchive(), {}, prompts, {}); }, 2},
       {"repair",
        [&] {
          const std::string archive = safe + OnlyArchive();

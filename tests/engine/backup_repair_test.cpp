@@ -168,7 +168,7 @@ TEST_F(BackupRepairTest, HostileEntriesFailCleanly) {
     ports.files.WriteWholeFile(archive, bytes);
     NoPrompts prompts;
     const RestoreResult result =
-        backups.Restore(NamePart(archive), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
+        backups.Restore(NamePart(archive), {{}, "", OverwriteMode::kAlways}, prompts);
     EXPECT_EQ(result.restored, 2u);
     ASSERT_EQ(result.problems.size(), 1u);
     EXPECT_TRUE(result.problems[0].ends_with(row.problem)) << result.problems[0];
@@ -182,7 +182,7 @@ TEST_F(BackupRepairTest, AReadOnlyArchiveThatIsIncompleteIsRestored) {
   ports.files.SetAttributes(archive, kReadOnly);
   EXPECT_EQ(Describe(NamePart(archive)).entries, 2u);
   ScriptedPrompts prompts;
-  EXPECT_EQ(backups.Restore(NamePart(archive), {}, prompts, nullptr).restored, 2u);
+  EXPECT_EQ(backups.Restore(NamePart(archive), {}, prompts).restored, 2u);
   EXPECT_EQ(Read(tree + "2"), "deflated deflated deflated deflated");
   backups.Delete(NamePart(archive));
   EXPECT_TRUE(backups.List().empty());
@@ -196,19 +196,19 @@ TEST_F(BackupRepairTest, AStoppedRepairChangesNothing) {
   for (const size_t stop_at : {1, 3, 5, 99}) {
     SCOPED_TRACE(stop_at);
     std::vector<uint64_t> steps;
-    backups.OnPause([&](const RestoreProgress& progress) {
+    const auto pause = [&](const Progress& progress) {
       EXPECT_EQ(progress.path, name);
       EXPECT_EQ(progress.total, cut.size());
       steps.push_back(progress.done);
       return steps.size() == stop_at;
-    });
-    const BackupInfo info = backups.List().at(0);
+    };
+    const BackupInfo info = backups.List(pause).at(0);
     EXPECT_EQ(!info.problem.empty(), steps.size() == stop_at) << info.problem;
     steps.clear();
     if (stop_at == 99) {
-      EXPECT_NE(backups.Repair(name), "");
+      EXPECT_NE(backups.Repair(name, pause), "");
     } else {
-      EXPECT_THROW(backups.Repair(name), Error);
+      EXPECT_THROW(backups.Repair(name, pause), Error);
     }
     EXPECT_EQ(Read(archive) == cut, stop_at != 99);
     EXPECT_EQ(Archives().size(), 1u);

@@ -17,7 +17,7 @@ class BackupRestoreTest : public BackupFixture {
   FileInfo Look(const std::string& path) { return ports.files.Look(path).value(); }
 
   ScriptedPrompts prompts;
-  RestorePause pause;
+  Pause pause;
 };
 
 TEST(EntryPathTest, PathsThatLeaveTheirFolderAreRefusedByName) {
@@ -177,10 +177,9 @@ TEST_F(BackupRestoreTest, ArchivesAndEntriesAreListedViewedAndDeleted) {
   EXPECT_EQ(entries[0].path, tree.substr(3) + "a.txt");
   EXPECT_EQ(entries[0].size, 5u);
   EXPECT_EQ(entries[0].last_write / 10, 132539328001234567 / 10);
-  backups.OnPause([](const RestoreProgress&) { return true; });
-  EXPECT_THROW(backups.ExtractTemporary(archives[0].name, entries[0].path), Error);
+  const auto stop = [](const Progress&) { return true; };
+  EXPECT_THROW(backups.ExtractTemporary(archives[0].name, entries[0].path, stop), Error);
   for (const std::string& left : machine->Tree(temp)) EXPECT_TRUE(left.ends_with('\\')) << left;
-  backups.OnPause(nullptr);
   const std::string copy = backups.ExtractTemporary(archives[0].name, entries[0].path);
   EXPECT_TRUE(copy.starts_with(temp));
   EXPECT_EQ(Read(copy), "12345");
@@ -208,7 +207,8 @@ TEST_F(BackupRestoreTest, AStopLeavesWhatIsNotRestoredYetAsItWas) {
     for (const char* name : {"a", "b", "c", "large"}) machine->MakeFile(tree + name, "there");
     uint64_t begun = 0, last = 0;
     std::string path;
-    pause = [&](const RestoreProgress& progress) {
+    pause = [&](const Progress& progress) {
+      if (progress.work != std::string_view("Restoring")) return false;
       EXPECT_GE(progress.done, last);
       EXPECT_LT(progress.done, progress.total);
       last = progress.done;
@@ -301,8 +301,7 @@ TEST_F(BackupRestoreTest, SmallStreamsComeBackAndLargeOnesAreNamed) {
     if (!whole) ports.files.Open(archive, OpenMode::kWrite)->Resize(Read(archive).size() - 5);
     streams.clear();
     const RestoreResult result =
-        Backups(decorated, safe)
-            .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
+        Backups(decorated, safe).Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts);
     EXPECT_EQ(result.problems, std::vector<std::string>());
     EXPECT_EQ(streams, small);
   }
@@ -352,7 +351,7 @@ TEST_F(BackupRestoreTest, NothingBesideTheFilesThemselvesIsTouched) {
   for (const std::string& name : others) machine->MakeFile(tree + name, "precious");
   machine->MakeFile(tree + "a", "there");
   size_t notes = 0;
-  pause = [&](const RestoreProgress&) {
+  pause = [&](const Progress&) {
     for (const std::string& name : Archives()) notes += IsTemporaryName(name);
     return false;
   };
@@ -437,7 +436,7 @@ TEST_F(BackupRestoreTest, WhatCannotBeReplacedStays) {
   });
   const RestoreResult result =
       Backups(WithFiles(ports, files), safe)
-          .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
+          .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts);
   EXPECT_EQ(result.problems, std::vector<std::string>{"It is stuck."});
   EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
   EXPECT_EQ(Read(tree + "a"), "there");
@@ -465,7 +464,7 @@ TEST_F(BackupRestoreTest, TheTimeOfCreationTravelsThroughTheArchive) {
     log.taken.clear();
     Backups there(decorated, safe);
     const RestoreOrder order{{}, "", OverwriteMode::kAlways};
-    EXPECT_EQ(there.Restore(OnlyArchive(), order, prompts, nullptr).restored, 1u);
+    EXPECT_EQ(there.Restore(OnlyArchive(), order, prompts).restored, 1u);
     EXPECT_EQ(log.taken, std::vector<int64_t>{log.tells});
   }
   machine->MakeFile(tree + "a", "there");
@@ -473,8 +472,7 @@ TEST_F(BackupRestoreTest, TheTimeOfCreationTravelsThroughTheArchive) {
     log.space = at_the_end ? UINT64_MAX : 3;
     log.is_full = at_the_end;
     const RestoreResult result =
-        Backups(decorated, safe)
-            .Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts, nullptr);
+        Backups(decorated, safe).Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts);
     EXPECT_EQ(result.problems, std::vector<std::string>{"The disk is full."});
     EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
     EXPECT_EQ(Read(tree + "a"), "there");

@@ -82,9 +82,9 @@ TEST_F(BackupTest, AnArchiveOfTheSameNameIsAddedTo) {
     ZipWriter writer(ports.files.Open(archive, OpenMode::kReadAndCreate), 1);
     ZipEntry entry;
     entry.name = "second";
-    writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), nullptr);
+    writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), {});
     entry.name = "taken back";
-    writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), nullptr);
+    writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), {});
     // An archive in use is neither repaired nor filled by anyone else.
     EXPECT_THROW(ports.files.Open(archive, OpenMode::kReadAndCreate), Error);
     EXPECT_THROW(backups.Repair(NamePart(archive)), Error);
@@ -251,7 +251,7 @@ TEST_F(BackupTest, AStopTakesNothingFromAnEarlierRun) {
 
 TEST_F(BackupTest, StopDuringALargeFileLeavesIt) {
   machine->MakeFile(tree + "large", std::string(8 << 20, 'x'));
-  mod_zip.OnPause([&] { return state.AbortRequested = true; });
+  mod_zip.OnPause([&](const Progress&) { return state.AbortRequested = true; });
   Clean(tree);
   EXPECT_TRUE(machine->Exists(tree + "large"));
   EXPECT_EQ(Archives(), std::vector<std::string>());
@@ -286,7 +286,7 @@ TEST_F(BackupTest, FilesThatChangeWhileTheyAreReadAreTakenAsTheyAre) {
   const auto add = [&](const char* name, ChangingFile file) {
     ZipEntry entry;
     entry.name = name;
-    writer.Add(entry, file, nullptr);
+    writer.Add(entry, file, {});
   };
   const std::string large(2 << 20, 'l');
   add("shrunk", ChangingFile(100, "short"));

@@ -109,14 +109,14 @@ TEST_F(CleanerFaultsTest, StopLeavesTheRestOfFirefoxAlone) {
   for (const char* name : {"1\\cookies.txt", "2\\cookies.txt", "3\\cookies.txt"}) {
     machine->MakeFile(Profiles() + name, "1234");
   }
-  view.on_yield = [this] {
+  view.on_pause = [this] {
     if (engine.state().MozillaFilesDeleted == 1) engine.StopCleaning();
   };
   Tick({"CleanMozillaCookies"});
   engine.RunCleaning();
   EXPECT_EQ(engine.state().MozillaFilesDeleted, 1);
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
-  view.on_yield = nullptr;
+  view.on_pause = nullptr;
   engine.RunCleaning();
   EXPECT_EQ(engine.state().MozillaFilesDeleted, 2);
 }

@@ -97,11 +97,10 @@ TEST_F(FileReferenceTest, ColumnsSortInTurnsAndStopKeepsTheRows) {
   EXPECT_EQ(own(), up);
   EXPECT_TRUE(scan->sorted_by() == 2u && !scan->descending());
 
-  scan_view.on_yield = [&] {
-    EXPECT_FALSE(scan->is_frozen() || scan->progress().visible);
-    if (!own().empty()) scan->StopScan();
-  };
-  scan->StartScan();
+  scan->StartScan([&](const Progress& progress) {
+    EXPECT_FALSE(scan->is_frozen() || progress.total != 0);
+    return own().size() == up.size();
+  });
   EXPECT_EQ(own(), up);
   EXPECT_EQ(scan->status(), std::to_string(scan->RowCount()) + " invalid references");
 }
@@ -213,16 +212,15 @@ TEST_F(FileReferenceTest, AKeyDeletedMeanwhileEndsThereAndADeniedOneIsLeft) {
   const auto scan = MakeScan(ScanTool::kFileReferences, user_alone, scan_view);
   scan->SetThorough(true);
   bool removed = false;
-  scan_view.on_yield = [&] {
-    if (OwnRows(*scan).size() < 10 || removed) return;
+  scan->StartScan([&](const Progress&) {
+    if (OwnRows(*scan).size() < 10 || removed) return false;
     machine->RemoveRegistryTree(kUser, "Qx1");
     removed = true;
-  };
-  scan->StartScan();
+    return false;
+  });
   EXPECT_TRUE(removed);
   EXPECT_LT(OwnRows(*scan).size(), 50u);
   EXPECT_TRUE(scan_view.problems.empty());
-  scan_view.on_yield = nullptr;
 
   Set(kUser, "Qx1", "QxGone", Text(gone_));
   scan->StartScan();

@@ -168,7 +168,7 @@ TEST_F(PluginWindowsTest, NothingGoesAfterStop) {
   WriteRecipe("two.cdp", "I|a.ini|s|Yes||" + scratch + "\r\n");
   WriteList("1|one.cdp|\r\n1|two.cdp|\r\n");
   manager.Load();
-  view.on_yield = [this] { engine.StopCleaning(); };
+  view.stops = true;
   const struct {
     const char* row;
     std::function<void()> process;
@@ -378,7 +378,7 @@ TEST_F(PluginWindowsTest, TheTrialListsWhatProcessingRemoves) {
   EXPECT_EQ(again.count(), 0u);
   machine->MakeFile(scratch + "in\\a", "123");
   PluginTrial stopped(ports);
-  view.on_yield = [&] { stopped.Stop(); };
+  view.stops = true;
   stopped.Run(plugin, view);
   EXPECT_TRUE(stopped.Summary().starts_with("Stopped; found so far: 0 files")) << stopped.Summary();
 }

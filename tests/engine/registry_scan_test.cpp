@@ -37,7 +37,7 @@ class RegistryScanTest : public RegistryFixture {
     scan->SetThorough(thorough);
     EXPECT_TRUE(scan->timer_enabled());
     scan->StartScan();
-    EXPECT_FALSE(scan->timer_enabled() || scan->is_scanning() || scan->progress().visible);
+    EXPECT_FALSE(scan->timer_enabled() || scan->is_scanning());
     return scan;
   }
   std::vector<std::string> NamesInOrder(const std::string& key) {
@@ -137,18 +137,15 @@ TEST_F(RegistryScanTest, StopLeavesTheRowsFoundSoFar) {
        {ScanTool::kSharedDlls, ScanTool::kAppPaths, ScanTool::kHelpFiles, ScanTool::kComponents}) {
     SCOPED_TRACE(TraitsOf(tool).name);
     const auto scan = MakeScan(tool, ports, scan_view);
-    scan_view.on_yield = [&] {
-      EXPECT_TRUE(scan->is_scanning() && scan->is_frozen() && scan->progress().visible);
-      if (scan->RowCount() == 5) scan->StopScan();
-    };
-    scan->StartScan();
-    scan_view.on_yield = nullptr;
+    scan->StartScan([&](const Progress& progress) {
+      EXPECT_TRUE(scan->is_scanning() && scan->is_frozen());
+      EXPECT_EQ(progress.total, scan->RowCount() == 0 ? progress.total : 20);
+      return scan->RowCount() == 5;
+    });
     EXPECT_EQ(scan->RowCount(), 5u);
     EXPECT_EQ(scan->status(), "");
-    EXPECT_FALSE(scan->progress().visible || scan->is_frozen());
-    scan_view.on_yield = [&] { scan->StopScan(); };
-    scan->StartScan();
-    scan_view.on_yield = nullptr;
+    EXPECT_FALSE(scan->is_frozen());
+    scan->StartScan([](const Progress&) { return true; });
     scan->DeleteChecked(false);
     EXPECT_EQ(scan->timer_enabled(), scan->traits().rescans) << "also of an empty list";
     EXPECT_EQ(scan->status().starts_with("0 entries"), !scan->traits().rescans);

@@ -93,9 +93,9 @@ TEST_F(RemovalTest, WipingOverwritesOnceByteByByteOrByStep) {
     state.AbortRequested = false;
     // Stop at a pause in the middle: what was overwritten stays so, the rest and the file too.
     int pauses = 0;
-    view.on_yield = [&] { state.AbortRequested = ++pauses > 10; };
+    view.on_pause = [&] { state.AbortRequested = ++pauses > 5; };
     EXPECT_FALSE(Remove(file, kWipe) && row.step == 1);
-    view.on_yield = nullptr;
+    view.on_pause = nullptr;
     if (row.step == 1) {
       const std::string left = ports.files.ReadWholeFile(file).value();
       EXPECT_EQ(left.substr(5), secret.substr(5));

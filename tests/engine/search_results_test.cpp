@@ -250,7 +250,7 @@ TEST_F(SearchResultsTest, AnAbortedSearchLeavesItsFindsToReview) {
   for (const char* name : {"a.qxj", "b.qxj"}) machine->MakeFile(scratch + name, "12345");
   RunFixture::Tick({kKey, "CleanRunMRU"});
   machine->SetText(kUser, kRunMruKey, "a", "calc\\1");
-  view.on_yield = [this] {
+  view.on_pause = [this] {
     if (view.results != nullptr && view.results->searching() && view.results->TakeNew()) {
       view.results->Abort();
     }

@@ -15,7 +15,6 @@ namespace {
 
 class QuietView : public ScanView {
  public:
-  void Yield() override {}
   void ShowState() override {}
   void ShowProblem(std::string_view) override { has_problem = true; }
   bool has_problem = false;

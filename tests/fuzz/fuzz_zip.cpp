@@ -55,8 +55,8 @@ std::unique_ptr<ZipReader> Open(const std::shared_ptr<std::string>& bytes) {
 uint64_t RepairInto(const std::shared_ptr<std::string>& bytes,
                     const std::shared_ptr<std::string>& repaired) {
   const auto stream = Stream(bytes);
-  const ZipScan scan = ScanArchive(*stream, nullptr);
-  CopyEntries(*stream, scan.entries, std::make_unique<Bytes>(repaired), nullptr);
+  const ZipScan scan = ScanArchive(*stream, {});
+  CopyEntries(*stream, scan.entries, std::make_unique<Bytes>(repaired), {});
   return scan.entries.size();
 }
 
@@ -93,7 +93,7 @@ void Add(const std::shared_ptr<std::string>& bytes, uint64_t count) {
   ZipEntry entry;
   entry.name = "added";
   ZipWriter writer(std::make_unique<Bytes>(bytes), count);
-  writer.Add(entry, source, nullptr);
+  writer.Add(entry, source, {});
   writer.Finish();
   const auto reader = Open(bytes);
   Check(reader && reader->count() == count + 1);
@@ -106,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   try {
     const std::string before = *bytes;
     std::optional<quellix::Repair> found;
-    auto reader = ReadZip(std::make_unique<Bytes>(bytes), "input", found, nullptr);
+    auto reader = ReadZip(std::make_unique<Bytes>(bytes), "input", found, {});
     ReadAll(*reader);
     Check(*bytes == before);
     if (!found) return 0;

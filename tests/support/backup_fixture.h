@@ -53,7 +53,7 @@ class BackupFixture : public RunFixture {
       ZipEntry entry;
       entry.name = stored;
       entry.flags = flags;
-      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
+      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), {});
     }
     writer.Finish();
     ports.files.RemoveFile(scratch + "source");

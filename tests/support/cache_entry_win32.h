@@ -3,8 +3,6 @@
 #include <windows.h>
 // After windows.h, whose types it uses.
 #include <wininet.h>
-// A leftover of 16-bit Windows that would swallow RunView::Yield.
-#undef Yield
 
 #include <filesystem>
 #include <fstream>

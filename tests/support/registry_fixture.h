@@ -10,17 +10,11 @@ namespace quellix {
 
 inline constexpr RegistryRoot kMachine = RegistryRoot::kLocalMachine;
 
-// Records what a scan shows and plays the user.
+// Records what a scan shows.
 class ScriptedScanView : public ScanView {
  public:
-  std::function<void()> on_yield;
   std::vector<std::string> problems;
-  size_t yields = 0;
 
-  void Yield() override {
-    ++yields;
-    if (on_yield) on_yield();
-  }
   void ShowState() override {}
   void ShowProblem(std::string_view sentence) override { problems.emplace_back(sentence); }
 };
@@ -71,7 +65,7 @@ class RegistryFixture : public RunFixture {
   RestoreResult RestoreFile(const std::string& name) {
     NoPrompts prompts;
     return backups.Restore(name, {.entry_paths = {}, .to = "", .mode = OverwriteMode::kAlways},
-                           prompts, {});
+                           prompts);
   }
 
   static constexpr const char* kWindowsKey = "Software\\Microsoft\\Windows\\CurrentVersion";

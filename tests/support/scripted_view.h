@@ -11,10 +11,12 @@
 
 namespace quellix {
 
-// Records what a run shows and plays the user: `on_status` and `on_yield` may press Stop.
+// Records what a run shows and plays the user: `on_status` and `on_pause` may press Stop.
 class ScriptedView : public RunView, public ResultsView {
  public:
-  std::function<void()> on_yield;
+  std::function<void()> on_pause;
+  bool stops = false;  // what each pause says
+  size_t pauses = 0;
   std::function<void(const std::string&)> on_status;
 
   // What the user does in the results window before closing it; without it nobody can review.
@@ -30,8 +32,10 @@ class ScriptedView : public RunView, public ResultsView {
   std::string last_cleaned;
   std::optional<RunReport> report, kept;
 
-  void Yield() override {
-    if (on_yield) on_yield();
+  bool Breathe() override {
+    ++pauses;
+    if (on_pause) on_pause();
+    return stops;
   }
   void SetStatus(std::string_view text) override {
     statuses.emplace_back(text);

@@ -103,16 +103,16 @@ TEST_F(VolumeBackupTest, AFileBeyondFourGibibytesIsArchived) {
       ZipEntry entry;
       entry.name = Stored(tree + "large");
       ZeroFile zeros(source(), kSize, given);
-      writer.Add(entry, zeros, nullptr);
+      writer.Add(entry, zeros, {});
       entry.name = Stored(tree + "small");
-      writer.Add(entry, *source(), nullptr);
+      writer.Add(entry, *source(), {});
       writer.Finish();
     }
     EXPECT_LT(fs::file_size(path), 64u << 20);
     EXPECT_EQ(Shell("unzip -l '" + path + "'"), 0);
     EXPECT_EQ(backups.ListEntries(archive).at(0).size, given);
     const RestoreOrder order{{tree.substr(3) + "small"}, "", OverwriteMode::kAlways};
-    EXPECT_EQ(backups.Restore(archive, order, prompts, nullptr).restored, 1u);
+    EXPECT_EQ(backups.Restore(archive, order, prompts, {}).restored, 1u);
     EXPECT_EQ(Read(tree + "small"), "behind");
     if (given == kSize) break;
     fs::resize_file(path, fs::file_size(path) - 10);
@@ -199,13 +199,13 @@ TEST_F(VolumeBackupTest, TimesOfDosAreThoseOfTheMachinesZone) {
       ZipEntry entry;
       entry.name = Stored(tree + std::to_string(month));
       entry.dos_time = ToDosTime({2020, month, 1, 12, 0, 0});
-      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), nullptr);
+      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), {});
     }
     writer.Finish();
   }
   setenv("TZ", "America/New_York", 1);
   tzset();
-  const RestoreResult result = backups.Restore("C_010120200000.zip", {}, prompts, nullptr);
+  const RestoreResult result = backups.Restore("C_010120200000.zip", {}, prompts);
   unsetenv("TZ");
   tzset();
   EXPECT_EQ(result.restored, 2u);
@@ -244,7 +244,10 @@ TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
   RemovePendingFiles(context, Collect(tree, "s*"));
   EXPECT_NE(WhyBackupFolderCannotBeUsed(ports.files, safe), "");
   EXPECT_NE(WhyBackupFolderLooksUnusable(ports.files, safe).find("full"), std::string::npos);
-  mod_zip.Close();  // not even the directory may fit; then every reader finds the entries itself
+  try {
+    mod_zip.Close();
+  } catch (const Error&) {  // not even the directory fits: every reader finds the entries itself
+  }
   std::map<std::string, std::string> archived;
   for (const BackupInfo& info : backups_there.List()) {
     EXPECT_EQ(info.problem, "");
@@ -282,7 +285,7 @@ TEST_F(VolumeBackupTest, AWriteProtectedDiskIsReadAndTakesNothing) {
   EXPECT_NE(WhyBackupFolderCannotBeUsed(ports.files, safe), "");
   EXPECT_NE(WhyBackupFolderLooksUnusable(ports.files, safe).find("can only be read"),
             std::string::npos);
-  EXPECT_EQ(there.Restore(archive, {}, prompts, nullptr).restored, 2u);
+  EXPECT_EQ(there.Restore(archive, {}, prompts).restored, 2u);
   EXPECT_THROW(there.Delete(archive), Error);
   state.Strict = true;
   state.BackupDrive.clear();

@@ -44,7 +44,7 @@ class CacheListTest : public RunFixture {
   }
 
   CacheList list;
-  const CacheList::Breath kGoOn = [] { return true; };
+  const Pause kGoOn;
 };
 
 TEST_F(CacheListTest, EachKindListsTheEntriesThatHaveAllItsBits) {

@@ -2,11 +2,10 @@
 #include <cstddef>
 #include <thread>
 
-#include "run/removal.h"
-#include "support/run_fixture.h"
-// After views.h, whose Yield would be a macro.
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_text.h"
+#include "run/removal.h"
+#include "support/run_fixture.h"
 
 namespace quellix {
 namespace {

@@ -1,0 +1,92 @@
+#include "ui/long_work.h"
+
+#include <algorithm>
+
+#include "run/time_left.h"
+#include "ui/dialog.h"
+
+namespace quellix {
+namespace {
+
+constexpr ULONGLONG kMillisecondsUnnoticed = 80;
+constexpr int kBarSteps = 1000;
+
+}  // namespace
+
+bool LongWork::IsThere() const { return handle_ != nullptr && window_.window() == handle_; }
+
+LongWork::End LongWork::Run(Looks looks, const Work& work) {
+  struct Ending {
+    ~Ending() { self->Finish(); }
+    LongWork* self;
+  };
+  looks_ = std::move(looks);
+  handle_ = window_.window();
+  working_ = true;
+  stopping_ = closing_ = shown_ = false;
+  progress_ = {};
+  begun_at_ = GetTickCount64();
+  {
+    const Ending ending{this};
+    if (!looks_.often_short) Begin();
+    work([this](const Progress& progress) { return Breathe(progress); });
+  }
+  if (!IsThere()) return End::kGone;
+  return closing_ ? End::kCloses : End::kDone;
+}
+
+// Nothing is handled before the window shows that it is at work: it might begin something else.
+bool LongWork::Breathe(const Progress& progress) {
+  if (!IsThere()) return true;
+  if (!shown_) {
+    if (GetTickCount64() - begun_at_ < kMillisecondsUnnoticed) return stopping_;
+    Begin();
+  }
+  pump_.Breathe([&] { Show(progress); });
+  return stopping_ || !IsThere();
+}
+
+void LongWork::Begin() {
+  shown_ = true;
+  focus_ = nullptr;
+  enabled_.clear();
+  if (looks_.bar != 0) {
+    SendDlgItemMessageW(handle_, looks_.bar, PBM_SETRANGE32, 0, kBarSteps);
+    SendDlgItemMessageW(handle_, looks_.bar, PBM_SETPOS, 0, 0);
+  }
+  if (looks_.stop != 0) EnableWindow(window_.Control(looks_.stop), TRUE);
+  for (const int id : looks_.idle) {
+    const HWND control = window_.Control(id);
+    if (control == nullptr) continue;
+    enabled_.emplace_back(control, IsWindowEnabled(control) != FALSE);
+    if (GetFocus() == control) focus_ = control;
+    window_.EnableControl(id, false, looks_.stop != 0 ? looks_.stop : looks_.rest);
+  }
+}
+
+void LongWork::Finish() {
+  working_ = false;
+  if (!shown_ || !IsThere()) return;
+  if (looks_.bar != 0) ShowWindow(window_.Control(looks_.bar), SW_HIDE);
+  for (const auto& [control, enabled] : enabled_) EnableWindow(control, enabled);
+  const bool is_moved =
+      GetFocus() == window_.Control(looks_.stop) || GetFocus() == window_.Control(looks_.rest);
+  if (focus_ != nullptr && is_moved && IsWindowEnabled(focus_)) window_.FocusOn(focus_);
+  if (looks_.stop != 0) window_.EnableControl(looks_.stop, false, looks_.rest);
+}
+
+void LongWork::Show(const Progress& progress) {
+  progress_ = {progress.done, progress.total, {}, progress.work};
+  if (looks_.bar != 0 && progress.total != 0) {
+    const uint64_t at = std::min(progress.done, progress.total) * kBarSteps / progress.total;
+    SendDlgItemMessageW(handle_, looks_.bar, PBM_SETPOS, static_cast<WPARAM>(at), 0);
+    ShowWindow(window_.Control(looks_.bar), SW_SHOWNA);
+  }
+  if (looks_.show) looks_.show(progress);
+}
+
+std::string LongWork::TimeLeft() const {
+  return TimeLeftText(progress_, GetTickCount64() - begun_at_);
+}
+
+}  // namespace quellix
