@@ -6,6 +6,7 @@
 #include "platform/text.h"
 #include "run/run_limits.h"
 #include "run/run_steps.h"
+#include "run/stayed.h"
 #include "run/working_folder.h"
 #include "search/folder_walk.h"
 
@@ -36,7 +37,8 @@ class Collector : public FolderVisitor {
   void End(const std::string& path) override {
     if (delete_subfolders_) list_.PendingFolders.Append(path);
   }
-  void Spared(const std::string& path) override {
+  void Spared(const std::string& path, std::string_view line) override {
+    if (!line.empty()) return NoteKept(context_.state, path, line);
     context_.state.RunLog.append(path).append(kSparedSentence).append("\r\n");
   }
   void Failed(const std::string& path, const Error& error) override {

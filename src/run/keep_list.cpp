@@ -51,8 +51,7 @@ void KeepList::Add(const Machine& machine, const std::string& text) {
     case KeepLine::kRemark:
       return;
     case KeepLine::kFault:
-      remarks_ +=
-          "The keep list's line \"" + line.text + "\" keeps nothing: " + line.fault + "\r\n";
+      Remark(line.text, "keeps nothing: " + line.fault);
       return;
     case KeepLine::kPath:
       AddPath(machine, line.name, line.text);
@@ -60,7 +59,7 @@ void KeepList::Add(const Machine& machine, const std::string& text) {
     case KeepLine::kNameMask:
     case KeepLine::kPathMask:
       if (FitsEverything(line.name)) {
-        remarks_ += "The keep list's line \"" + line.text + "\" keeps every file.\r\n";
+        Remark(line.text, "keeps every file.");
       }
       (line.kind == KeepLine::kNameMask ? name_masks_ : path_masks_)
           .emplace_back(line.name, line.text);
@@ -74,6 +73,10 @@ void KeepList::Add(const Machine& machine, const std::string& text) {
       break;
   }
   ++count_;
+}
+
+void KeepList::Remark(const std::string& line, const std::string& what) {
+  remarks_ += "The keep list's line \"" + line + "\" " + what + "\r\n";
 }
 
 void KeepList::AddPath(const Machine& machine, const std::string& path, const std::string& text) {
@@ -90,7 +93,9 @@ void KeepList::AddPath(const Machine& machine, const std::string& path, const st
     const auto folder = machine.files.OpenFolder(FolderPart(plain));
     const auto id = folder ? folder->IdOf(NamePart(plain)) : std::nullopt;
     if (id) files_[folder->Id()][*id] = text;
-  } catch (const Error&) {
+  } catch (const Error& error) {
+    Remark(text, std::string("keeps what is named like that alone, as it cannot be opened: ") +
+                     error.what());
   }
 }
 

@@ -44,6 +44,7 @@ class KeepList {
 
   void Add(const Machine& machine, const std::string& text);
   void AddPath(const Machine& machine, const std::string& path, const std::string& text);
+  void Remark(const std::string& line, const std::string& what);
   void AddKey(const Machine& machine, const KeepLine& line);
 
   size_t count_ = 0;

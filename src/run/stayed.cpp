@@ -13,9 +13,13 @@ std::string Line(const StayedEntry& entry) {
          entry.reason;
 }
 
+std::string KeptEntry(const StayedEntry& entry) {
+  return "\r\n" + entry.path + " (by the line " + entry.reason + ")";
+}
+
 // Each path once: two items may have met it.
 std::string Names(const char* heading, const std::vector<StayedEntry>& entries, uint64_t count,
-                  size_t most) {
+                  size_t most, std::string (*line)(const StayedEntry& entry)) {
   if (entries.empty()) return {};
   std::string text = std::string("\r\n\r\n") + heading;
   std::set<std::string> named;
@@ -25,7 +29,7 @@ std::string Names(const char* heading, const std::vector<StayedEntry>& entries, 
     if (named.size() > most) {
       ++left;
     } else {
-      text += Line(entry);
+      text += line(entry);
     }
   }
   if (left == 0) return text;
@@ -78,8 +82,8 @@ std::string KeptLine(const RunState& state) {
 }
 
 std::string StayedNames(const RunState& state, size_t most) {
-  return Names("Not deleted:", state.Stayed, state.StayedCount, most) +
-         Names("Kept:", state.Kept, state.KeptCount, most);
+  return Names("Not deleted:", state.Stayed, state.StayedCount, most, Line) +
+         Names("Kept:", state.Kept, state.KeptCount, most, KeptEntry);
 }
 
 }  // namespace quellix

@@ -6,6 +6,7 @@
 #include "platform/text.h"
 #include "run/run_limits.h"
 #include "run/run_steps.h"
+#include "run/stayed.h"
 #include "run/working_folder.h"
 #include "search/folder_walk.h"
 
@@ -49,7 +50,8 @@ class CollectingVisitor : public ScanVisitor {
     list_.PendingFolders.Append(path);
     ScanVisitor::Begin(path);
   }
-  void Spared(const std::string& path) override {
+  void Spared(const std::string& path, std::string_view line) override {
+    if (!line.empty()) return NoteKept(context().state, path, line);
     context().state.RunLog.append(path).append(kSparedSentence).append("\r\n");
   }
   void Failed(const std::string& path, const Error& error) override {

@@ -123,7 +123,7 @@ class Walk {
                                  OpenFor::kListing);
       if (!folder) return true;  // it has gone meanwhile
       if (spared_ != nullptr && spared_->IsSpared(folder->Id())) {
-        visitor_.Spared(path_);
+        visitor_.Spared(path_, spared_->keep().ForFolder(folder->Id()));
         return true;
       }
     } catch (const Error& error) {

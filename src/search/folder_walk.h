@@ -26,8 +26,8 @@ class FolderVisitor {
   virtual void Begin(const std::string& /*path*/) {}
   // All that is below it has been visited; of a link, nothing.
   virtual void End(const std::string& /*path*/) {}
-  // A precious folder, left alone with all that is in it.
-  virtual void Spared(const std::string& /*path*/) {}
+  // A precious folder, left alone with all that is in it; `line` is that of the keep list, if any.
+  virtual void Spared(const std::string& /*path*/, std::string_view /*line*/) {}
   // A folder that cannot be opened or listed.
   virtual void Failed(const std::string& /*path*/, const Error& /*error*/) {}
   // A pause has ended the walk, before a folder was listed or before one of its entries.

@@ -172,7 +172,7 @@ TEST_F(SearchResultsTest, ADeletionMayBeStoppedAndTheRowsSortedMeanwhile) {
   Find({"a.qxj", "b.qxj", "c.qxj", "d.qxj"});
   results.EndSearch();
   results.TickAll(true);
-  view.on_yield = [this] {  // what is unticked before its turn stays
+  view.on_pause = [this] {  // what is unticked before its turn stays
     for (size_t row = 0; row < results.RowCount(); ++row) {
       if (results.Text(row, kName) == "b.qxj") results.SetTicked(row, false);
     }
