@@ -148,7 +148,7 @@ TEST_F(CacheListTest, DeletionGoesFromTheLastRowUpAndCanBeStopped) {
   list.Sort(CacheColumn::kSource);
   const UsedCacheEntry used(L"http://4.example/");
   int breaths = 0;
-  list.DeleteAllListed([&] { return ++breaths <= 3; });
+  list.DeleteAllListed([&](const Progress&) { return ++breaths > 3; });
   EXPECT_EQ(Sources(), (std::vector<std::string>{"http://1.example/", "http://4.example/"}));
 }
 
