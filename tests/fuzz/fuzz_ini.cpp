@@ -76,7 +76,7 @@ class IniFile : public VolumeFile {
   void CheckWriting(const Input& input) const {
     if (!IsUtf8(input.bytes) || input.bytes.starts_with("\xEF\xBB\xBF")) return;
     Write(input.bytes);
-    machine().profile.Write(path(), input.section, input.key, "new");
+    machine().profile.Write(path(), {input.section, input.key, "new"});
     Check(Read(input) == "new");
     std::vector<std::string> after = Lines(Bytes()), before = Lines(input.bytes);
     if (!before.empty() && !before.back().ends_with('\n')) before.pop_back();
