@@ -126,9 +126,10 @@ void ModZip::Flush() {
 }
 
 void ModZip::Close() {
-  const std::unique_ptr<ZipWriter> writer = std::move(writer_);
+  std::unique_ptr<ZipWriter> writer = std::move(writer_);
   if (!writer) return;
   if (writer->count() != 0) return writer->Finish();
+  writer.reset();   // an open file cannot be removed
   RemoveArchive();  // nothing got into it
 }
 

@@ -18,23 +18,26 @@ class KeepListTest : public PluginFixture {
   void Keep(const std::string& lines) {
     ports.files.WriteWholeFile(ports.program_folder + "\\keep.txt", lines);
   }
-  void FillTemp() {
+  void FillTree() {
     for (const char* file : {"a.txt", "b.doc", "sub\\c.txt", "sub\\deep\\d.doc", "other\\e.txt"}) {
-      machine->MakeFile(temp + file, "12");
+      machine->MakeFile(tree + file, "12");
     }
   }
-  // What is left of the temporary files; a second run changes nothing.
-  Names LeftOfTemp() {
-    FillTemp();
-    Tick({"CleanTempFiles"});
+  // What is left of the tree; a second run changes nothing.
+  Names LeftOfTree() {
+    FillTree();
+    ports.files.WriteWholeFile(ports.program_folder + "\\UDFO.txt", tree);
+    Tick({"CleanUserFolders"});
     engine.RunCleaning();
-    const Names left = Files(temp);
+    const Names left = Files(tree);
     engine.RunCleaning();
-    EXPECT_EQ(Files(temp), left);
+    EXPECT_EQ(Files(tree), left);
     EXPECT_EQ(ExitCodeOf(engine.state()), kDone);
     EXPECT_EQ(view.criticals, Names());
     return left;
   }
+  const std::string tree = scratch + "tree\\";
+
   Names Files(const std::string& folder) {
     Names files = machine->Tree(folder);
     std::erase_if(files, [](const std::string& name) { return name.ends_with('\\'); });
@@ -43,36 +46,36 @@ class KeepListTest : public PluginFixture {
 };
 
 TEST_F(KeepListTest, ALineKeepsWhatItNamesHoweverItIsSpelled) {
-  FillTemp();
-  machine->MakeFolderLink(scratch + "link", WithoutBackslash(temp));
+  FillTree();
+  machine->MakeFolderLink(scratch + "link", WithoutBackslash(tree));
   struct Row {
     const char* name;
     std::string lines;
     Names left;
   };
   const Row rows[] = {
-      {"nothing", "; " + temp + "a.txt\r\n\r\n  \r\n", {}},
-      {"a file", temp + "a.txt", {"a.txt"}},
-      {"in another case", "  " + UpCase(temp) + "A.TXT  \r\n", {"a.txt"}},
-      {"by its short name", machine->ShortName(temp + "a.txt"), {"a.txt"}},
-      {"a folder", temp + "sub", {"sub\\c.txt", "sub\\deep\\d.doc"}},
-      {"a folder with its separator", temp + "sub\\deep\\", {"sub\\deep\\d.doc"}},
+      {"nothing", "; " + tree + "a.txt\r\n\r\n  \r\n", {}},
+      {"a file", tree + "a.txt", {"a.txt"}},
+      {"in another case", "  " + UpCase(tree) + "A.TXT  \r\n", {"a.txt"}},
+      {"by its short name", machine->ShortName(tree + "a.txt"), {"a.txt"}},
+      {"a folder", tree + "sub", {"sub\\c.txt", "sub\\deep\\d.doc"}},
+      {"a folder with its separator", tree + "sub\\deep\\", {"sub\\deep\\d.doc"}},
       {"through a link above", scratch + "link\\sub\\deep", {"sub\\deep\\d.doc"}},
       {"a file through a link above", scratch + "link\\b.doc", {"b.doc"}},
-      {"all of it", temp, {"a.txt", "b.doc", "other\\e.txt", "sub\\c.txt", "sub\\deep\\d.doc"}},
+      {"all of it", tree, {"a.txt", "b.doc", "other\\e.txt", "sub\\c.txt", "sub\\deep\\d.doc"}},
       {"a mask of names", "*.DOC", {"b.doc", "sub\\deep\\d.doc"}},
-      {"a mask of paths", temp + "*\\?.txt", {"other\\e.txt", "sub\\c.txt"}},
-      {"a variable", "%TEMP%\\a.txt", {"a.txt"}},
-      {"what is not there yet", temp + "a.txt\\b\r\n" + temp + "none", {}},
+      {"a mask of paths", tree + "*\\?.txt", {"other\\e.txt", "sub\\c.txt"}},
+      {"a variable", "%SystemDrive%" + tree.substr(2) + "a.txt", {"a.txt"}},
+      {"what is not there yet", tree + "a.txt\\b\r\n" + tree + "none", {}},
       {"a name alone is no path", "a.txt\r\nsub\r\n%NONE_SUCH%\\a", {}},
-      {"several", "*.doc\n" + temp + "a.txt\n", {"a.txt", "b.doc", "sub\\deep\\d.doc"}},
+      {"several", "*.doc\n" + tree + "a.txt\n", {"a.txt", "b.doc", "sub\\deep\\d.doc"}},
   };
   for (const Row& row : rows) {
     for (const char* method : {"D", "B"}) {
       SCOPED_TRACE(row.name + std::string(method));
       WriteSettings("[General]\nDelMethod=" + std::string(method));
       Keep(row.lines);
-      const Names left = LeftOfTemp();
+      const Names left = LeftOfTree();
       const std::string& log = engine.state().RunLog;
       // Links of a volume are not followed; then that is told.
       if (left.empty() && log.find("cannot be opened: ") != log.npos) continue;
@@ -86,14 +89,14 @@ TEST_F(KeepListTest, ALineKeepsWhatItNamesHoweverItIsSpelled) {
 
 TEST_F(KeepListTest, LinesThatKeepNothingAndMasksThatKeepAllAreTold) {
   Keep("sub\r\n*.*\r\n");
-  EXPECT_EQ(LeftOfTemp().size(), 5u);
+  EXPECT_EQ(LeftOfTree().size(), 5u);
   const std::string& log = engine.state().RunLog;
   EXPECT_NE(log.find("The keep list's line \"sub\" keeps nothing: "), log.npos) << log;
   EXPECT_NE(log.find("The keep list's line \"*.*\" keeps every file."), log.npos) << log;
   std::string lines = std::string("\0\x01\xFF\xFE\n[[[", 8);
   for (int i = 0; i < 100'000; ++i) lines += "C:\\None\\" + std::to_string(i) + "\r\n";
-  Keep(lines + temp + "b.doc");
-  EXPECT_EQ(LeftOfTemp(), Names{"b.doc"});
+  Keep(lines + tree + "b.doc");
+  EXPECT_EQ(LeftOfTree(), Names{"b.doc"});
 }
 
 TEST_F(KeepListTest, ListsSearchesAndPlugInsHonourIt) {
@@ -132,12 +135,12 @@ TEST_F(KeepListTest, ListsSearchesAndPlugInsHonourIt) {
 }
 
 TEST_F(KeepListTest, ARunWhoseListCannotBeReadRemovesNothing) {
-  FillTemp();
   machine->MakeFolder(ports.program_folder + "\\keep.txt");
+  machine->MakeFile(temp + "t", "1");
   Tick({"CleanTempFiles"});
   engine.RunCleaning();
   engine.RunOneItem(*FindItem("CleanTempFiles"));
-  EXPECT_EQ(Files(temp).size(), 5u);
+  EXPECT_TRUE(machine->Exists(temp + "t"));
   EXPECT_EQ(ExitCodeOf(engine.state()), kFailed);
   ASSERT_EQ(view.criticals.size(), 2u);
   EXPECT_NE(view.criticals[0].find("the list of what is kept cannot be read"), std::string::npos);
