@@ -332,6 +332,7 @@ void CheckKeys(HWND parent, const std::set<HWND>& reached, std::set<wchar_t>& le
 }  // namespace
 
 size_t ExpectKeys(HWND window, std::set<wchar_t> letters) {
+  SendMessageW(window, WM_NULL, 0, 0);  // taken between two steps of the window, not within one
   std::set<HWND> reached;
   for (HWND at = GetNextDlgTabItem(window, nullptr, FALSE); at && reached.insert(at).second;) {
     at = GetNextDlgTabItem(window, at, FALSE);
