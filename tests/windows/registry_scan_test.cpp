@@ -105,7 +105,7 @@ TEST_F(RegistryScanWindowTest, StopAndClosingEndAScan) {
   const HWND window = Open(quellix, mnuOrphanedDLL, L"Orphaned Shared DLLs");
   ASSERT_TRUE(window);
   ASSERT_TRUE(AwaitEnabled(window, cmdStop));
-  EXPECT_FALSE(IsEnabled(window, cmdDelete));
+  EXPECT_TRUE(Await([&] { return !IsEnabled(window, cmdDelete); }));
   PressIn(window, cmdStop);
   ASSERT_TRUE(AwaitEnabled(window, cmdDelete));
   EXPECT_LT(CountRows(GetDlgItem(window, lstvOrphanedDLL)), kMany);
