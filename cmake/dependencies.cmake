@@ -3,7 +3,7 @@
 # cross compiler's path; header-only libraries are reached through a folder of links.
 set(HEADER_LINKS ${CMAKE_BINARY_DIR}/header_links)
 file(MAKE_DIRECTORY ${HEADER_LINKS})
-foreach(header CLI nlohmann)
+foreach(header CLI nlohmann rapidjson)
   if(EXISTS /usr/include/${header})
     file(CREATE_LINK /usr/include/${header} ${HEADER_LINKS}/${header} SYMBOLIC)
   endif()

@@ -1,11 +1,16 @@
 #include "app/cleaning_run.h"
 
+#include <utility>
+
 #include "app/item_catalogue.h"
+#include "app/run_logs.h"
 #include "app/run_report.h"
+#include "backup/expiry.h"
 #include "cleaners/junk_cleaners.h"
 #include "platform/error.h"
 #include "platform/text.h"
 #include "run/run_steps.h"
+#include "run/stayed.h"
 
 namespace quellix {
 namespace {
@@ -13,30 +18,76 @@ namespace {
 // The first items run to the end of the third even when the user has stopped.
 constexpr int kFirstItemWithStop = 4;
 
+RunReport ReportOf(const CleaningContext& context) {
+  return MakeReport(context.state, context.machine.system.UserLocale());
+}
+
+// What is deleted by hand afterwards was never in a preview.
+void EndChoice(CleaningContext& context) {
+  RunState& state = context.state;
+  if (const auto choice = std::exchange(state.Choice, nullptr)) state.RunLog += choice->Remarks();
+}
+
+// For later reading.
+void KeepRun(CleaningContext& context) {
+  try {
+    RunLogs(context.machine).Keep(context.state, context.settings.Load().kept_logs);
+  } catch (const Error& error) {
+    context.state.RunLog.append("\r\nThis run could not be kept for later reading. ");
+    context.state.RunLog.append(error.what()).append("\r\n");
+  }
+}
+
+// Archives of traces are traces.
+void RemoveOldBackups(CleaningContext& context) {
+  RunState& state = context.state;
+  state.Entries->BeginRule("KeepDays");
+  size_t count = 0;
+  const auto removed = [&](const std::string& path, const FileInfo& file) {
+    ++count;
+    NoteEntry(state, {.bytes = file.size, .last_write = file.last_write, .place = path});
+  };
+  const auto stayed = [&](const std::string& path, std::string_view why) {
+    NoteStayed(state, path, why, Error::Kind::kOther);
+  };
+  RemoveExpiredBackups(context.machine, state.BackupFolder, state.KeepDays, removed, stayed);
+  if (count == 0) return;
+  state.RunLog += "Backups older than " + std::to_string(state.KeepDays) +
+                  " day(s) removed: " + std::to_string(count) + "\r\n";
+}
+
 // Stop has taken effect: no totals, no log window. What is then deleted by hand has a backup of its
 // own.
 void AbortRun(CleaningContext& context, std::string_view message) {
   context.backup.DeleteBackupArchive();
+  EndChoice(context);
   FinishResults(context);
   CloseBackup(context);
+  context.state.RunLog.append(message).append("\r\n");
+  KeepRun(context);
+  context.view.KeepReport(ReportOf(context));
   EndRun(context, message);
   context.view.SetCommands({});
 }
 
 // Nothing was begun. Who was not watching finds the reason in the last log.
 void RefuseRun(CleaningContext& context) {
-  if (context.state.Hidden) context.view.KeepReport(MakeReport(context));
+  context.state.Choice.reset();
+  if (context.state.Hidden) context.view.KeepReport(ReportOf(context));
   ShowIdle(context, "Nothing was removed");
 }
 
 void FinishRun(CleaningContext& context) {
+  EndChoice(context);
   FinishResults(context);
   CloseBackup(context);
   context.view.ShowCurrentItem(nullptr);
   context.view.SetCommands({});
   if (!context.state.AbortRequested) {
+    RemoveOldBackups(context);
     AppendSummary(context);
-    const RunReport report = MakeReport(context);
+    KeepRun(context);
+    const RunReport report = ReportOf(context);
     context.state.Hidden ? context.view.KeepReport(report) : context.view.ShowReport(report);
   }
   ShowIdle(context, "");
@@ -46,6 +97,8 @@ Outcome Clean(CleaningContext& context, const Item& item) {
   RunState& state = context.state;
   state.PlaceFound = false;
   state.WhyNothing.clear();
+  state.ItemInWork = static_cast<uint8_t>(item.run_order);
+  state.Entries->BeginRule("");
   try {
     item.cleaner(context, item);
     if (state.PlaceFound || state.AbortRequested) return Outcome::kCleaned;
@@ -63,6 +116,7 @@ Outcome Clean(CleaningContext& context, const Item& item) {
 
 void RunItem(CleaningContext& context, const Item& item) {
   if (item.cleaner) context.state.Outcomes[item.run_order - 1] = Clean(context, item);
+  context.state.ItemInWork = 0;
 }
 
 // After the offline pages the status has always been spelled with a capital U.

@@ -9,6 +9,7 @@
 #include "run/working_folder.h"
 #include "search/junk_search.h"
 #include "search/wildcard.h"
+#include "settings/keep_file.h"
 #include "settings/list_files.h"
 #include "settings/path_check.h"
 
@@ -38,6 +39,11 @@ constexpr std::array<ListPage, kListPages> kPages = {{
     {OptionsPage::kUserFolders, "User-defined folders",
      "All files below these folders are removed by the item User-defined folders.",
      "&Folder:", "UDFO.txt", "DefUDFO.txt", ListPage::kFolder},
+    {OptionsPage::kKeep, "Keep list",
+     "Nothing removes these: files, folders with all below them, masks such as *.doc, registry "
+     "keys "
+     "(HKEY_...\\KEY), values (HKEY_...\\KEY|NAME) and cookies (site:example.com).",
+     "&Keep:", "keep.txt", "", ListPage::kFolder},
 }};
 
 std::string WhyNoFileType(std::string_view type) {
@@ -150,6 +156,9 @@ std::string OptionList::WhyNotText(std::string_view text) const {
       return WhyNoFileType(text);
     case OptionsPage::kUserFiles:
       return WhyNoUserFile(machine_, text);
+    case OptionsPage::kKeep:
+      return text.empty() ? "Please enter what is to be kept."
+                          : ParseKeepLine(machine_.system, text).fault;
     default:
       return WhyNoUserFolder(machine_, text);
   }

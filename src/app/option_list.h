@@ -21,7 +21,7 @@ struct ListPage {
   enum Browse { kNone, kFile, kFolder } browse = kNone;
   bool has_ticks = false;
 };
-inline constexpr int kListPages = 6;
+inline constexpr int kListPages = 7;
 std::span<const ListPage, kListPages> ListPages();
 
 // The draft of one of the user's lists: what is done here reaches the disk with Save.

@@ -54,9 +54,9 @@ std::string WhyNotBackupFolder(const Machine& machine, const GeneralOptions& opt
   return why;
 }
 
-void SaveRunEntry(const Machine& machine, bool wanted) {
-  const RunEntry now = LookAtRunEntry(machine);
-  if (now == (wanted ? RunEntry::kOurs : RunEntry::kMissing)) return;
+void SaveRunValue(const Machine& machine, bool wanted) {
+  const RunValue now = LookAtRunValue(machine);
+  if (now == (wanted ? RunValue::kOurs : RunValue::kMissing)) return;
   const auto key = machine.registry.Create(RegistryRoot::kCurrentUser, kRunKey);
   if (wanted) {
     key->SetValue(kRunName, {kRegSz, ToUtf16Bytes(RunText(machine)) + std::string(2, '\0')});
@@ -68,7 +68,7 @@ void SaveRunEntry(const Machine& machine, bool wanted) {
 
 bool StartsWithWindows(const Machine& machine) {
   try {
-    return LookAtRunEntry(machine) != RunEntry::kMissing;
+    return LookAtRunValue(machine) != RunValue::kMissing;
   } catch (const Error&) {  // told when it is saved
     return false;
   }
@@ -76,7 +76,7 @@ bool StartsWithWindows(const Machine& machine) {
 
 // An unused field that makes no sense keeps what was there.
 Preferences ToBeStored(const GeneralOptions& options, const GeneralOptions& loaded) {
-  Preferences preferences = options;
+  Preferences preferences = static_cast<const Preferences&>(options);
   const std::optional<int> typed = Duration(options);
   preferences.duration = typed ? static_cast<int16_t>(*typed) : loaded.duration;
   preferences.ExtraSecurity = options.extra_security ? 1 : 0;
@@ -100,14 +100,14 @@ std::string Attempt(std::string_view what, Save save) {
 
 int LongestDuration(bool hours) { return hours ? INT16_MAX / 60 : INT16_MAX; }
 
-RunEntry LookAtRunEntry(const Machine& machine) {
+RunValue LookAtRunValue(const Machine& machine) {
   const auto key =
       machine.registry.Open(RegistryRoot::kCurrentUser, kRunKey, RegistryAccess::kRead);
   const std::optional<RegistryValue> value = key ? key->QueryValue(kRunName) : std::nullopt;
-  if (!value) return RunEntry::kMissing;
+  if (!value) return RunValue::kMissing;
   const bool ours = value->type == kRegSz &&
                     EqualsNoCase(TrimNull(FromUtf16Bytes(value->bytes)), RunText(machine));
-  return ours ? RunEntry::kOurs : RunEntry::kChanged;
+  return ours ? RunValue::kOurs : RunValue::kChanged;
 }
 
 GeneralOptions LoadGeneralOptions(const Machine& machine) {
@@ -137,7 +137,7 @@ std::optional<Refusal> CheckGeneralOptions(const Machine& machine, const General
 std::string SaveGeneralSettings(const Machine& machine, const GeneralOptions& options,
                                 const GeneralOptions& loaded) {
   std::string problems =
-      Attempt("Starting with Windows", [&] { SaveRunEntry(machine, options.start_with_windows); });
+      Attempt("Starting with Windows", [&] { SaveRunValue(machine, options.start_with_windows); });
   problems += Attempt("The settings",
                       [&] { Settings(machine).Save(ToBeStored(options, loaded), loaded, true); });
   return problems;

@@ -32,9 +32,9 @@ std::string SaveGeneralSettings(const Machine& machine, const GeneralOptions& op
 
 // Starting with Windows. Another program may have changed the value: it is there, but does not
 // start this program as it should.
-enum class RunEntry { kMissing, kOurs, kChanged };
+enum class RunValue { kMissing, kOurs, kChanged };
 // Throws Error.
-RunEntry LookAtRunEntry(const Machine& machine);
+RunValue LookAtRunValue(const Machine& machine);
 
 // What automatic cleaning may be set to, for fields and messages.
 int LongestDuration(bool hours);

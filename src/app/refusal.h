@@ -8,6 +8,7 @@ namespace quellix {
 enum class OptionsPage {
   kGeneral,
   kDeletion,
+  kRuns,
   kSearch,
   kIgnoredFiles,
   kIgnoredExtensions,
@@ -15,10 +16,11 @@ enum class OptionsPage {
   kFileTypes,
   kUserFiles,
   kUserFolders,
+  kKeep,
   kCookies,
   kBackups
 };
-inline constexpr int kOptionsPages = 11;
+inline constexpr int kOptionsPages = 13;
 
 // The fields that can be refused.
 enum class OptionsField { kDuration, kBackupFolder, kDates, kSize };

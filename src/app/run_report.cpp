@@ -11,8 +11,8 @@ namespace {
 
 constexpr size_t kDashes = 67;
 
-std::string SpaceGained(const CleaningContext& context) {
-  return FormatSize(context.state.RunSpaceGained, 2, true, context.machine.system.UserLocale());
+std::string SpaceGained(const RunTotals& totals, const Locale& locale) {
+  return FormatSize(totals.RunSpaceGained, 2, true, locale);
 }
 
 bool Belongs(const Item& item, Category category) {
@@ -74,7 +74,7 @@ void AppendSummary(CleaningContext& context) {
   std::string& log = context.state.RunLog;
   log += "\r\n" + std::string(kDashes, '-') + "\r\n";
   log += "Files Deleted:  " + std::to_string(state.RunFilesDeleted);
-  log += "   Space Gained:  " + SpaceGained(context);
+  log += "   Space Gained:  " + SpaceGained(state, context.machine.system.UserLocale());
   if (state.FilesBackedUp > 0) {
     log += "\r\nBacked Up " + std::to_string(state.FilesBackedUp) + " file(s)";
   }
@@ -92,23 +92,23 @@ std::string BriefReport(const CleaningContext& context) {
   const RunState& state = context.state;
   const std::string count = std::to_string(state.RunFilesDeleted);
   return "Cleaned by itself: " + count + (state.RunFilesDeleted == 1 ? " file" : " files") + ", " +
-         SpaceGained(context) + "." +
+         SpaceGained(state, context.machine.system.UserLocale()) + "." +
          (state.SomeErrors             ? " Something failed; see the log."
           : state.FilesNotBackedUp > 0 ? " Some files went without a backup; see the log."
           : state.SomeFilesLocked      ? " Some files stayed; see the log."
                                        : "");
 }
 
-RunReport MakeReport(const CleaningContext& context) {
-  const RunState& state = context.state;
-  RunReport report{.log = state.RunLog + StayedNames(state, kNamesShown),
-                   .full_log = state.RunLog + StayedNames(state, RunState::kMostStayed),
-                   .files = std::to_string(state.RunFilesDeleted),
-                   .space_gained = SpaceGained(context)};
+RunReport MakeReport(const RunTotals& totals, const Locale& locale) {
+  RunReport report{.log = totals.RunLog + StayedNames(totals, kNamesShown),
+                   .full_log = totals.RunLog + StayedNames(totals, kNamesSaved),
+                   .files = std::to_string(totals.RunFilesDeleted),
+                   .space_gained = SpaceGained(totals, locale),
+                   .totals = std::make_shared<RunTotals>(totals)};
   for (const Item& item : AllItems()) {
     for (size_t i = 0; i < kCategories; ++i) {
       if (!Belongs(item, static_cast<Category>(i))) continue;
-      report.outcomes[i] = std::max(report.outcomes[i], state.Outcomes[item.run_order - 1]);
+      report.outcomes[i] = std::max(report.outcomes[i], totals.Outcomes[item.run_order - 1]);
     }
   }
   return report;

@@ -21,7 +21,7 @@ void AppendSummary(CleaningContext& context);
 // One sentence on a run that nobody watched.
 std::string BriefReport(const CleaningContext& context);
 
-// What the log window shows.
-RunReport MakeReport(const CleaningContext& context);
+// What the log window shows of a run.
+RunReport MakeReport(const RunTotals& totals, const Locale& locale);
 
 }  // namespace quellix

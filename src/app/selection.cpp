@@ -41,6 +41,7 @@ std::string_view Selection::WhyDisabled(const Item& item) const {
 void Selection::ApplyProtection(const Preferences& preferences) {
   protect1_ = preferences.protect1;
   protect2_ = preferences.protect2;
+  select_risky_ = preferences.select_risky;
   for (const Item& item : AllItems()) {
     if (item.protection != Protection::kNone && !IsEnabled(item)) SetChecked(item, false);
   }
@@ -48,16 +49,23 @@ void Selection::ApplyProtection(const Preferences& preferences) {
 
 void Selection::ToggleGroup(Group group) {
   const auto all_checked = std::ranges::all_of(AllItems(), [&](const Item& item) {
-    return !BelongsToToggle(item, group) || IsChecked(item);
+    return !BelongsToToggle(item, group) || !GoesAlong(item) || IsChecked(item);
   });
+  if (!all_checked) return CheckGroup(group);
   for (const Item& item : AllItems()) {
-    if (BelongsToToggle(item, group)) SetChecked(item, !all_checked);
+    if (BelongsToToggle(item, group)) SetChecked(item, false);
+  }
+}
+
+void Selection::CheckGroup(Group group) {
+  for (const Item& item : AllItems()) {
+    if (BelongsToToggle(item, group) && GoesAlong(item)) SetChecked(item, true);
   }
 }
 
 void Selection::SelectAll(bool checked) {
   for (const Item& item : AllItems()) {
-    if (IsEnabled(item)) SetChecked(item, checked);
+    if (IsEnabled(item) && (!checked || GoesAlong(item))) SetChecked(item, checked);
   }
 }
 

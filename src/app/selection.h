@@ -21,14 +21,17 @@ class Selection {
   bool IsEnabled(const Item& item) const { return WhyDisabled(item).empty(); }
   // A sentence why it cannot; "" when it can. Lives as long as the program.
   std::string_view WhyDisabled(const Item& item) const;
-  // Applies Protect1 and Protect2. A box that is then protected loses its tick: a run takes every
-  // ticked item.
+  // Applies Protect1, Protect2 and SelectRisky. A box that is then protected loses its tick: a run
+  // takes every ticked item.
   void ApplyProtection(const Preferences& preferences);
 
   // A click on a group's heading: checks all boxes of the group, or clears them when all are
-  // checked. Boxes under protection are not part of it.
+  // checked. Boxes under protection are not part of it; what is risky is only cleared, unless
+  // SelectRisky is set.
   void ToggleGroup(Group group);
-  // A click on Check3: every box that can be clicked takes its state.
+  // Checks all that ToggleGroup would.
+  void CheckGroup(Group group);
+  // A click on Check3: every box that can be clicked takes its state; of risky ones likewise.
   void SelectAll(bool checked);
   int CountChecked() const;
 
@@ -40,11 +43,15 @@ class Selection {
   void SaveCheckStates(const Machine& machine) const;
 
  private:
+  // Whether it is checked together with others.
+  bool GoesAlong(const Item& item) const { return select_risky_ || !item.is_risky; }
+
   using Checks = std::array<bool, 30>;  // by run order, from 0
   Checks checked_{};
   std::optional<Checks> unread_;  // as they were when the file could not be read
   bool protect1_ = false;
   bool protect2_ = false;
+  bool select_risky_ = true;
 };
 
 }  // namespace quellix

@@ -28,6 +28,7 @@ class ModZip : public BackupArchive {
   std::string BackupFile(Folder& folder, std::string_view path) override;
   void Flush() override;
   void DeleteBackupArchive() override;
+  std::string_view Path() const override { return writer_ ? archive_ : std::string_view(); }
   void Close() override;
 
  private:

@@ -48,11 +48,15 @@ void DeleteDumpFile(CleaningContext& context) {
   const std::string path =
       modRegistry::ReadRegString(RegistryOf(context), kLocalMachine, kCrashControl, "DumpFile");
   const std::string full = ExpandSystemRoot(context.machine.system, path);
-  if (!context.machine.files.Look(full, Detail::kKind)) return;
+  const std::optional<FileInfo> dump = context.machine.files.Look(full, Detail::kSize);
+  if (!dump) return;
   NotePlace(context.state);
+  RunEntry entry{.bytes = dump->size, .last_write = dump->last_write, .place = full};
+  if (!IsChosen(context.state, entry)) return;
   const FileList alone;
   try {
     WorkingFolder(context, alone, Claim::kItem).Of(full).RemoveFile(NamePart(full));
+    NoteEntry(context.state, std::move(entry));
   } catch (const Error& error) {
     NoteStayed(context.state, full, error.what(), error.kind());
   }
@@ -132,8 +136,13 @@ void CleanRecycleBin(CleaningContext& context, const Item& item) {
   RunState& state = context.state;
   BeginFiles(context, item);
   const RecycleBinContent content = context.machine.shell.QueryRecycleBin();
+  RunEntry entry{.kind = EntryKind::kRecycleBin,
+                 .bytes = content.bytes,
+                 .part = std::to_string(content.items) + (content.items == 1 ? " item" : " items")};
+  if (content.items > 0 && !IsChosen(state, entry)) return EndFiles(context, item);
   context.machine.shell.EmptyRecycleBin();
   NotePlace(state);
+  if (content.items > 0) NoteEntry(state, std::move(entry));
   state.FilesDeleted = static_cast<int32_t>(content.items);
   state.SpaceGained = static_cast<double>(content.bytes);
   state.RunFilesDeleted += state.FilesDeleted;

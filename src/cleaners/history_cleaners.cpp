@@ -104,7 +104,10 @@ void CleanInstallFromHistory(CleaningContext& context, const Item& item) {
 
 void CleanClipboard(CleaningContext& context, const Item& item) {
   CleanByAction(context, item, [&] {
+    const RunEntry entry{.kind = EntryKind::kClipboard};
+    if (!IsChosen(context.state, entry)) return;
     context.machine.shell.EmptyClipboard();
+    NoteEntry(context.state, entry);
     NotePlace(context.state);
   });
 }

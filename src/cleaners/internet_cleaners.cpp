@@ -1,6 +1,8 @@
 #include "cleaners/internet_cleaners.h"
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 #include "cleaners/cookie_lists.h"
 #include "cleaners/skeleton.h"
@@ -30,20 +32,28 @@ bool IsOnKeepList(CleaningContext& context, const UrlCacheEntry& entry) {
   std::string_view line = entry.local_file.empty() ? "" : keep.ForPath(entry.local_file);
   if (line.empty() && (entry.type & kCookieEntry) != 0)
     line = keep.ForSite(CookieHost(entry.source));
-  if (!line.empty()) NoteKept(context.state, entry.source, line);
+  if (!line.empty())
+    NoteKept(context.state, {.kind = EntryKind::kCacheEntry, .place = entry.source}, line);
   return !line.empty();
 }
 
 void DeleteCacheEntries(CleaningContext& context,
                         const std::function<bool(const UrlCacheEntry&)>& goes) {
-  std::vector<std::string> sources;
+  std::vector<RunEntry> found;
   context.machine.url_cache.Enumerate([&](const UrlCacheEntry& entry) {
-    if (goes(entry) && !IsOnKeepList(context, entry)) sources.push_back(entry.source);
+    if (goes(entry) && !IsOnKeepList(context, entry)) {
+      found.push_back({.kind = EntryKind::kCacheEntry,
+                       .bytes = entry.size,
+                       .last_write = entry.last_modified,
+                       .place = entry.source});
+    }
     return !StopsRun(context);
   });
-  for (const std::string& source : sources) {
+  for (RunEntry& entry : found) {
     if (StopsRun(context)) return;
-    context.machine.url_cache.Delete(source);
+    if (!IsChosen(context.state, entry)) continue;
+    context.machine.url_cache.Delete(entry.place);
+    NoteEntry(context.state, std::move(entry));
   }
   NotePlace(context.state);
 }
@@ -123,7 +133,10 @@ void CleanCookies(CleaningContext& context, const Item& item) {
 
 void CleanAddressHistory(CleaningContext& context, const Item& item) {
   CleanByAction(context, item, [&] {
+    const RunEntry entry{.kind = EntryKind::kAddressHistory};
+    if (!IsChosen(context.state, entry)) return;
     context.machine.shell.ClearAddressHistory();
+    NoteEntry(context.state, entry);
     NotePlace(context.state);
   });
 }

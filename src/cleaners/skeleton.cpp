@@ -80,10 +80,12 @@ void CleanFolder(CleaningContext& context, std::string_view path, std::string_vi
 
 void RemoveEmptyFolder(CleaningContext& context, std::string_view folder) {
   const FileList alone;
+  const std::string_view path = WithoutBackslash(folder);
+  RunEntry entry{.kind = EntryKind::kFolder, .place = std::string(path)};
+  if (!IsChosen(context.state, entry)) return;
   try {
-    WorkingFolder(context, alone, Claim::kItem)
-        .OfFolder(folder)
-        .RemoveFolder(NamePart(WithoutBackslash(folder)));
+    WorkingFolder(context, alone, Claim::kItem).OfFolder(folder).RemoveFolder(NamePart(path));
+    NoteEntry(context.state, std::move(entry));
   } catch (const Error&) {  // not there, or not empty
   }
 }

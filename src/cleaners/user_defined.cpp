@@ -62,8 +62,9 @@ void CleanUserFolders(CleaningContext& context, const Item& item) {
   ResetItemCounters(context.state);
   const std::vector<std::string> ignored = TrimmedEntries(context, "UDIFO.txt", "");
   for (const std::string& folder : FoldersToClean(context)) {
-    if (!IsIgnored(folder, ignored))
-      CleanFolder(context, folder, "*.*", FoldersPass::kNo, Claim::kOwnList);
+    if (IsIgnored(folder, ignored)) continue;
+    context.state.Entries->BeginRule(folder);
+    CleanFolder(context, folder, "*.*", FoldersPass::kNo, Claim::kOwnList);
   }
   EndRun(context, "");
   AppendFilesLine(context, item);

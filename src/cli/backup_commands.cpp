@@ -88,43 +88,75 @@ std::string TargetFolder(const std::string& to, ConsoleCommands& commands) {
   return "Z:\\";
 }
 
-int ListArchives(const Machine& machine) {
+int ListArchives(const Machine& machine, Report& report) {
   int result = kDone;
   const Locale locale = machine.system.UserLocale();
-  for (const BackupInfo& info : Backups(machine).List()) {
-    std::cout << std::left << std::setw(24) << info.name << std::setw(4) << info.root.substr(0, 2)
-              << std::setw(kDateWidth) << FormatDateTime(info.date, locale) << std::right
-              << std::setw(9) << info.entries
-              << (info.kind == BackupKind::kRegistry ? " key(s) " : " file(s)") << std::setw(14)
-              << info.size << " bytes\n";
+  const std::vector<BackupInfo> archives = Backups(machine).List();
+  for (const BackupInfo& info : archives) {
+    report.text() << std::left << std::setw(24) << info.name << std::setw(4)
+                  << info.root.substr(0, 2) << std::setw(kDateWidth)
+                  << FormatDateTime(info.date, locale) << std::right << std::setw(9) << info.entries
+                  << (info.kind == BackupKind::kRegistry ? " key(s) " : " file(s)") << std::setw(14)
+                  << info.size << " bytes\n";
     const int state = SayIfIncomplete(info);
     if (result == kDone) result = state;
     if (info.problem.empty()) continue;
     std::cerr << info.name << ": " << info.problem << std::endl;
     result = kFailed;
   }
-  std::cout << std::flush;
-  return result;
+  const auto row = [&](size_t i) -> std::vector<ReportCell> {
+    const BackupInfo& info = archives[i];
+    return {info.name,
+            info.kind == BackupKind::kRegistry ? "registry" : "files",
+            TextCell(info.root),
+            LocalTimeCell(info.date),
+            uint64_t{info.entries},
+            info.size,
+            TextCell(info.incomplete),
+            TextCell(info.problem)};
+  };
+  return report.Finish(
+      {.command = "backup list",
+       .columns = {"archive", "kind", "root", "made", "entries", "bytes", "incomplete", "problem"},
+       .count = archives.size(),
+       .row = row,
+       .summary = {}},
+      result);
 }
 
-int ListEntries(const std::string& archive, const Machine& machine) {
+int ListEntries(const std::string& archive, const Machine& machine, Report& report) {
   Backups backups(machine);
   int result = SayIfIncomplete(backups.Check(archive));
   const Locale locale = machine.system.UserLocale();
-  for (const BackupEntry& entry : backups.ListEntries(archive)) {
+  const std::vector<BackupEntry> entries = backups.ListEntries(archive);
+  for (const BackupEntry& entry : entries) {
     const std::string date =
         entry.last_write == 0
             ? ""
             : FormatDateTime(machine.system.ToLocalTime(entry.last_write), locale);
-    std::cout << AttributeLetters(entry.attributes, "-") << std::right << std::setw(14)
-              << entry.size << "  " << std::left << std::setw(kDateWidth) << date << entry.path
-              << "\n";
+    report.text() << AttributeLetters(entry.attributes, "-") << std::right << std::setw(14)
+                  << entry.size << "  " << std::left << std::setw(kDateWidth) << date << entry.path
+                  << "\n";
     if (entry.refusal.empty()) continue;
     std::cerr << entry.refusal << std::endl;
     result = kSomeFilesStayed;
   }
-  std::cout << std::flush;
-  return result;
+  const auto row = [&](size_t i) -> std::vector<ReportCell> {
+    const BackupEntry& entry = entries[i];
+    return {entry.path, entry.size, TimeCell(entry.last_write),
+            AttributeLetters(entry.attributes, ""), TextCell(entry.refusal)};
+  };
+  return report.Finish({.command = "backup list",
+                        .columns = {"place", "bytes", "modified", "attributes", "note"},
+                        .count = entries.size(),
+                        .row = row,
+                        .summary = {{"archive", archive}}},
+                       result);
+}
+
+int List(const std::string& archive, const ReportOptions& options, const Machine& machine) {
+  Report report(options);
+  return archive.empty() ? ListArchives(machine, report) : ListEntries(archive, machine, report);
 }
 
 int Restore(const BackupOptions& options, const Machine& machine) {
@@ -170,10 +202,10 @@ void AddBackupCommands(ConsoleCommands& commands) {
         ->option_text(" ");
     return &command;
   };
-  add("list", "List the archives, or the files in one", [options](const Machine& machine) {
-    return options->archive.empty() ? ListArchives(machine)
-                                    : ListEntries(options->archive, machine);
-  });
+  commands.AddReport(*add("list", "List the archives, or the files in one",
+                          [options, &commands](const Machine& machine) {
+                            return List(options->archive, commands.report_options(), machine);
+                          }));
   CLI::App& restore = *add("restore", "Put files back", [options](const Machine& machine) {
     return Restore(*options, machine);
   });

@@ -13,38 +13,66 @@ const std::map<std::string, CacheKind> kKinds = {{"all", CacheKind::kAll},
                                                  {"history", CacheKind::kHistory},
                                                  {"urls", CacheKind::kUrls}};
 
-// A line an entry, its columns with tabs between.
-int List(CacheList& list) {
-  for (size_t row = 0; row < list.RowCount(); ++row) {
-    for (size_t column = 0; column < kCacheColumns; ++column) {
-      if (column > 0) std::cout << '\t';
-      std::cout << list.Text(row, CacheColumn(column));
-    }
-    std::cout << '\n';
-  }
-  std::cout << std::flush;
-  return kDone;
+struct CacheOptions {
+  std::string kind = "all";
+  bool preview = false;
+};
+
+ReportTable TableOf(std::string_view command, const CacheList& list) {
+  return {.command = command,
+          .columns = {"source", "file", "bytes", "hitRate", "lastAccess", "modified", "expires"},
+          .count = list.RowCount(),
+          .row = [&list](size_t i) -> std::vector<ReportCell> {
+            const UrlCacheEntry& entry = list.Row(i).entry;
+            return {entry.source,
+                    TextCell(entry.local_file),
+                    entry.size,
+                    uint64_t{entry.hit_rate},
+                    TimeCell(entry.last_access),
+                    TimeCell(entry.last_modified),
+                    TimeCell(entry.expires)};
+          },
+          .summary = {}};
 }
 
-int Delete(CacheList& list) {
-  ConsoleView view;
+// A line an entry, its columns with tabs between.
+int List(CacheList& list, Report& report) {
+  std::ostream& out = report.text();
+  for (size_t row = 0; row < list.RowCount(); ++row) {
+    for (size_t column = 0; column < kCacheColumns; ++column) {
+      if (column > 0) out << '\t';
+      out << list.Text(row, CacheColumn(column));
+    }
+    out << '\n';
+  }
+  return report.Finish(TableOf("cache list", list), kDone);
+}
+
+// Reports what stays.
+int Delete(CacheList& list, Report& report) {
+  ConsoleView view(report.text());
   const size_t before = list.RowCount();
   list.DeleteAllListed([&view](const Progress&) { return view.Breathe(); });
-  std::cout << before - list.RowCount() << " entries deleted, " << list.RowCount() << " left"
-            << std::endl;
-  if (view.Breathe()) return kFailed;
-  for (size_t row = 0; row < list.RowCount(); ++row) {
+  const size_t left = list.RowCount();
+  report.text() << before - left << " entries deleted, " << left << " left" << std::endl;
+  ReportTable table = TableOf("cache delete", list);
+  table.summary = {{"removed", uint64_t{before - left}}, {"stayed", uint64_t{left}}};
+  if (view.Breathe()) return report.Finish(table, kFailed);
+  for (size_t row = 0; row < left; ++row) {
     std::cerr << "not deleted: " << list.Text(row, CacheColumn::kSource) << '\n';
   }
-  return list.RowCount() == 0 ? kDone : kSomeFilesStayed;
+  return report.Finish(table, left == 0 ? kDone : kSomeFilesStayed);
 }
 
 // What could be read is listed where not all could; then nothing is deleted.
-int LoadAnd(int (*action)(CacheList& list), const std::string& kind, const Machine& machine) {
+int LoadAnd(int (*action)(CacheList& list, Report& report), const CacheOptions& options,
+            const ReportOptions& report_options, const Machine& machine) {
+  Report report(report_options);
+  if (options.preview) action = List;
   CacheList list(machine);
-  list.LoadCacheEntries(kKinds.at(kind));
-  if (list.problem().empty()) return action(list);
-  if (action == List) List(list);
+  list.LoadCacheEntries(kKinds.at(options.kind));
+  if (list.problem().empty()) return action(list, report);
+  if (action == List) List(list, report);
   return Fail(list.problem(), kFailed);
 }
 
@@ -52,16 +80,19 @@ int LoadAnd(int (*action)(CacheList& list), const std::string& kind, const Machi
 
 void AddCacheCommands(ConsoleCommands& commands) {
   CLI::App& cache = commands.AddGroup("cache", "The browser cache that Windows keeps for its user");
-  const auto kind = std::make_shared<std::string>("all");
-  const auto add = [&](const char* name, const char* what, int (*action)(CacheList & list)) {
-    commands
-        .AddTo(cache, name, what,
-               [=](const Machine& machine) { return LoadAnd(action, *kind, machine); })
-        .add_option("--kind", *kind, "Which entries (all when not given)")
+  const auto options = std::make_shared<CacheOptions>();
+  const auto add = [&](const char* name, const char* what, auto action) -> CLI::App& {
+    CLI::App& command = commands.AddTo(cache, name, what, [=, &commands](const Machine& machine) {
+      return LoadAnd(action, *options, commands.report_options(), machine);
+    });
+    command.add_option("--kind", options->kind, "Which entries (all when not given)")
         ->check(OneOf(kKinds));
+    commands.AddReport(command);
+    return command;
   };
   add("list", "List entries: source, file, size, hit rate and dates", List);
-  add("delete", "Delete entries with their files", Delete);
+  add("delete", "Delete entries with their files", Delete)
+      .add_flag("--preview", options->preview, "List what would go; change nothing");
 }
 
 }  // namespace quellix

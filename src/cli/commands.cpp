@@ -6,7 +6,9 @@
 namespace quellix {
 namespace {
 
-constexpr const char* kMachine = "The machine";  // heading in the help
+// Headings in the help.
+constexpr const char* kMachine = "The machine";
+constexpr const char* kOutput = "The output";
 
 }  // namespace
 
@@ -29,6 +31,17 @@ CLI::App& ConsoleCommands::AddPlain(const char* name, const char* what,
   CLI::App& command = *app_.add_subcommand(name, what);
   rows_.push_back({&command, std::move(action)});
   return command;
+}
+
+void ConsoleCommands::AddReport(CLI::App& command) {
+  ReportOptions& options = report_options_;
+  CLI::Option* const json = command.add_flag("--json", options.json, "Print JSON instead of text");
+  CLI::Option* const csv = command.add_flag("--csv", options.csv, "Print CSV instead of text");
+  CLI::Option* const file =
+      command.add_option("--report", options.file, "Write JSON, or CSV to a .csv, as well")
+          ->type_name("FILE");
+  for (CLI::Option* const option : {json, csv, file}) option->group(kOutput);
+  json->excludes(csv);
 }
 
 int ConsoleCommands::Run() const {

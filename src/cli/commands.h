@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/console.h"
+#include "cli/report.h"
 
 namespace quellix {
 
@@ -31,6 +32,11 @@ class ConsoleCommands {
   // One that needs no machine.
   CLI::App& AddPlain(const char* name, const char* what, std::function<int()> action);
 
+  // Lets a command tell its results to other programs as well.
+  void AddReport(CLI::App& command);
+  // Of the command that was parsed.
+  const ReportOptions& report_options() const { return report_options_; }
+
   // Before the machine of the command is opened.
   MachineOptions& machine_options() { return machine_options_; }
   const ConsolePlatform& platform() const { return platform_; }
@@ -49,6 +55,7 @@ class ConsoleCommands {
   CLI::App& app_;
   const ConsolePlatform& platform_;
   MachineOptions machine_options_;
+  ReportOptions report_options_;
   std::vector<Row> rows_;
 };
 

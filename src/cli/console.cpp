@@ -1,25 +1,52 @@
 #include "cli/console.h"
 
-#include <algorithm>
 #include <iostream>
 
 #include "cli/commands.h"
+#include "cli/nearest.h"
 
 namespace quellix {
+namespace {
+
+// A word that is no command is answered with the one that was meant.
+void SuggestCommand(const CLI::App& app, const std::vector<std::string>& words) {
+  const CLI::App* group = &app;
+  for (const std::string& word : words) {
+    std::vector<std::string> names;
+    const CLI::App* next = nullptr;
+    for (const CLI::App* const command : group->get_subcommands(nullptr)) {
+      names.push_back(command->get_name());
+      if (command->get_name() == word) next = command;
+    }
+    if (next == nullptr) {
+      const std::string nearest = word.starts_with('-') ? "" : Nearest(word, names);
+      if (nearest.empty()) return;
+      const std::string before = group == &app ? "" : group->get_name() + " ";
+      std::cerr << "Did you mean \"quellixctl " << before << nearest << "\"?" << std::endl;
+      return;
+    }
+    group = next;
+  }
+}
+
+}  // namespace
 
 int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platform) {
   CLI::App app("Quellix cleans a Windows machine of junk and traces of use.", "quellixctl");
   app.require_subcommand(1);
+  app.set_version_flag("--version", "quellixctl " QUELLIX_VERSION, "Print the version");
   ConsoleCommands commands(app, platform);
   for (const auto& add : {AddCleanCommands, AddBackupCommands, AddPluginCommands, AddCacheCommands,
                           AddSearchCommand, AddRegistryCommand, AddKeepCommands}) {
     add(commands);
   }
-  std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
   try {
-    app.parse(arguments);
+    app.parse(
+        std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // as CLI11 takes them
   } catch (const CLI::ParseError& error) {
-    return app.exit(error, std::cout, std::cerr) == 0 ? kDone : kWrongUsage;
+    if (app.exit(error, std::cout, std::cerr) == 0) return kDone;
+    SuggestCommand(app, arguments);
+    return kWrongUsage;
   }
   try {
     return commands.Run();

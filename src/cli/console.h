@@ -29,6 +29,7 @@ class OpenMachine {
 // What differs between a console on Windows and one on another system.
 struct ConsolePlatform {
   bool works_on_volumes = false;
+  bool shows_progress = false;  // standard error is a terminal
   // Throws Error with a sentence for the user.
   std::function<std::unique_ptr<OpenMachine>(const MachineOptions&)> open;
 };

@@ -6,6 +6,7 @@
 
 #include "platform/error.h"
 #include "run/removal.h"
+#include "run/stayed.h"
 
 namespace quellix {
 namespace {
@@ -24,20 +25,20 @@ std::string Count(size_t count, const std::string& one) {
   return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
 }
 
-void PrintTotals(const ChangeLog& changes, const Locale& locale) {
+void PrintTotals(std::ostream& out, const RunEntries& entries, const Locale& locale) {
   size_t files = 0, folders = 0, others = 0;
   uint64_t bytes = 0;
-  for (const Change& change : changes) {
-    if (!IsRemoval(change.kind)) continue;
-    const bool is_file =
-        change.kind == ChangeKind::kRemoveFile || change.kind == ChangeKind::kRecycleFile;
-    bytes += is_file ? change.bytes : 0;
-    ++(is_file ? files : change.kind == ChangeKind::kRemoveFolder ? folders : others);
+  for (const RunEntry& entry : entries.all) {
+    if (entry.fate != Fate::kRemoved) continue;
+    bytes += entry.kind == EntryKind::kFile ? entry.bytes : 0;
+    ++(entry.kind == EntryKind::kFile     ? files
+       : entry.kind == EntryKind::kFolder ? folders
+                                          : others);
   }
-  std::cout << "Nothing was changed. A run would remove " << Count(files, "file") << " ("
-            << FormatSize(static_cast<double>(bytes), 2, true, locale) << "), "
-            << Count(folders, "folder") << " and " << others << " other"
-            << (others == 1 ? " thing." : " things.") << std::endl;
+  out << "Nothing was changed. A run would remove " << Count(files, "file") << " ("
+      << FormatSize(static_cast<double>(bytes), 2, true, locale) << "), "
+      << Count(folders, "folder") << " and " << others << " other"
+      << (others == 1 ? " thing." : " things.") << std::endl;
 }
 
 }  // namespace
@@ -50,14 +51,14 @@ void LoadEngine(Engine& engine, bool removes) {
   throw Error(Error::Kind::kDenied, "Nothing is removed while the settings cannot be read.");
 }
 
-ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind) {
+ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind, std::ostream& out) : out_(out) {
   if (kind == RunKind::kPreview) {
     view_ = std::make_unique<PreviewView>();
     preview_.emplace(machine);
     archive_.emplace(preview_->machine().files);
     engine_.emplace(preview_->machine(), *view_, &*archive_);
   } else {
-    view_ = std::make_unique<ConsoleView>();
+    view_ = std::make_unique<ConsoleView>(out);
     engine_.emplace(machine, *view_);
   }
   LoadEngine(*engine_, kind == RunKind::kReal);
@@ -68,15 +69,15 @@ ExitCode ConsoleRun::Outcome() {
 }
 
 void ConsoleRun::PrintPreview() {
-  for (const Change& change : preview_->changes()) {
-    if (!IsRemoval(change.kind)) continue;
-    std::cout << std::left << std::setw(16) << KindText(change.kind) << PlaceText(change) << "\n";
+  const RunState& state = engine_->state();
+  for (const RunEntry& entry : state.Entries->all) {
+    if (entry.fate != Fate::kRemoved) continue;
+    out_ << std::left << std::setw(16) << KindText(entry.kind) << PlaceText(entry) << "\n";
   }
-  std::string log = engine_->state().RunLog;
+  std::string log = state.RunLog + StayedNames(state, kNamesSaved);
   std::erase(log, '\r');
-  if (!log.empty())
-    std::cout << "The log of such a run:\n" << log << (log.ends_with('\n') ? "" : "\n");
-  PrintTotals(preview_->changes(), engine_->context().machine.system.UserLocale());
+  if (!log.empty()) out_ << "The log of such a run:\n" << log << (log.ends_with('\n') ? "" : "\n");
+  PrintTotals(out_, *state.Entries, engine_->context().machine.system.UserLocale());
 }
 
 }  // namespace quellix

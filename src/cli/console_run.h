@@ -10,7 +10,11 @@
 
 namespace quellix {
 
-enum class RunKind { kReal, kPreview };
+enum class RunKind {
+  kReal,
+  kPreview,
+  kListing,  // removes nothing
+};
 
 // Prints on standard error what could not be read; such a run ends with kFailed. Throws Error when
 // something is to be removed and the settings cannot be read: they may ask for a backup of it.
@@ -19,8 +23,8 @@ void LoadEngine(Engine& engine, bool removes);
 // One engine of a console. As a preview nothing is changed: what would go is recorded and printed.
 class ConsoleRun {
  public:
-  // Loads the engine as above.
-  ConsoleRun(const Machine& machine, RunKind kind);
+  // Loads the engine as above. What a person reads goes to `out`.
+  ConsoleRun(const Machine& machine, RunKind kind, std::ostream& out);
 
   Engine& engine() { return *engine_; }
   const ConsoleView& view() const { return *view_; }
@@ -30,6 +34,7 @@ class ConsoleRun {
   ExitCode Outcome();
 
  private:
+  std::ostream& out_;
   std::unique_ptr<ConsoleView> view_;
   std::optional<PreviewMachine> preview_;
   std::optional<PreviewArchive> archive_;

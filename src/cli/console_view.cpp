@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <iostream>
 
 namespace quellix {
 namespace {
@@ -18,7 +17,7 @@ void OnInterrupt(int) {
 
 }  // namespace
 
-ConsoleView::ConsoleView() {
+ConsoleView::ConsoleView(std::ostream& out) : out_(out) {
   interrupted = false;
   std::signal(SIGINT, OnInterrupt);
 }
@@ -40,7 +39,7 @@ bool ConsoleView::AskToGoOn(std::string_view question) {
 void ConsoleView::ShowReport(const RunReport& report) {
   std::string text = report.full_log;
   std::erase(text, '\r');
-  std::cout << text << std::endl;
+  out_ << text << std::endl;
 }
 
 }  // namespace quellix

@@ -1,16 +1,17 @@
 #pragma once
 
+#include <iostream>
 #include <string>
 
 #include "run/views.h"
 
 namespace quellix {
 
-// Shows a run on the console: its log on standard output, failures on standard error. Ctrl-C asks
-// for a stop at the run's next pause.
+// Shows a run on the console: its log on `out`, failures on standard error. Ctrl-C asks for a stop
+// at the run's next pause.
 class ConsoleView : public RunView {
  public:
-  ConsoleView();
+  explicit ConsoleView(std::ostream& out = std::cout);
   ~ConsoleView() override;
 
   bool Breathe() override;
@@ -26,6 +27,7 @@ class ConsoleView : public RunView {
   const std::string& status() const { return status_; }
 
  private:
+  std::ostream& out_;
   std::string status_;
 };
 

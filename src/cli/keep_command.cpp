@@ -9,17 +9,26 @@ namespace {
 using Lines = std::vector<std::string>;
 
 // A line that keeps nothing is named on standard error.
-int List(const Machine& machine) {
+int List(const Machine& machine, const ReportOptions& options) {
+  Report report(options);
+  const Lines lines = ReadKeepFile(machine);
+  const auto fault = [&](size_t i) { return ParseKeepLine(machine.system, lines[i]).fault; };
   int code = kDone;
-  for (const std::string& text : ReadKeepFile(machine)) {
-    std::cout << text << '\n';
-    const KeepLine line = ParseKeepLine(machine.system, text);
-    if (line.fault.empty()) continue;
-    std::cerr << text << ": " << line.fault << '\n';
+  for (size_t i = 0; i < lines.size(); ++i) {
+    report.text() << lines[i] << '\n';
+    if (fault(i).empty()) continue;
+    std::cerr << lines[i] << ": " << fault(i) << '\n';
     code = kFailed;
   }
-  std::cout << std::flush;
-  return code;
+  const auto row = [&](size_t i) -> std::vector<ReportCell> {
+    return {lines[i], TextCell(fault(i))};
+  };
+  return report.Finish({.command = "keep list",
+                        .columns = {"line", "fault"},
+                        .count = lines.size(),
+                        .row = row,
+                        .summary = {}},
+                       code);
 }
 
 // The first line that is refused ends it; those before it hold.
@@ -36,7 +45,9 @@ int Change(const Lines& lines, const Machine& machine,
 
 void AddKeepCommands(ConsoleCommands& commands) {
   CLI::App& keep = commands.AddGroup("keep", "What nothing removes: files, keys, cookies' sites");
-  commands.AddTo(keep, "list", "List the lines of keep.txt", List);
+  commands.AddReport(commands.AddTo(
+      keep, "list", "List the lines of keep.txt",
+      [&commands](const Machine& machine) { return List(machine, commands.report_options()); }));
   const auto lines = std::make_shared<Lines>();
   const auto add = [&](const char* name, const char* what, auto change) {
     commands

@@ -1,4 +1,7 @@
+#include <unistd.h>
+
 #include <cstdlib>
+
 #include <iostream>
 
 #include "cli/console.h"
@@ -64,9 +67,10 @@ class MountedMachine : public quellix::OpenMachine {
 int main(int argc, char** argv) {
   bool is_stored = true;
   const int code = quellix::RunConsole(
-      {argv + 1, argv + argc},
-      {.works_on_volumes = true, .open = [&is_stored](const quellix::MachineOptions& options) {
-         return std::make_unique<MountedMachine>(options, is_stored);
-       }});
+      {argv + 1, argv + argc}, {.works_on_volumes = true,
+                                .shows_progress = isatty(STDERR_FILENO) == 1,
+                                .open = [&is_stored](const quellix::MachineOptions& options) {
+                                  return std::make_unique<MountedMachine>(options, is_stored);
+                                }});
   return is_stored ? code : int{quellix::kFailed};
 }

@@ -35,7 +35,9 @@ int main() {
   quellix::SearchSystemFolderOnly();
   SetConsoleOutputCP(CP_UTF8);
   return quellix::RunConsole(
-      Arguments(), {.works_on_volumes = false, .open = [](const quellix::MachineOptions& options) {
+      Arguments(), {.works_on_volumes = false,
+                    .shows_progress = GetFileType(GetStdHandle(STD_ERROR_HANDLE)) == FILE_TYPE_CHAR,
+                    .open = [](const quellix::MachineOptions& options) {
                       return std::make_unique<LiveMachine>(options.settings);
                     }});
 }

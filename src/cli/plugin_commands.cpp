@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "app/run_table.h"
 #include "cli/commands.h"
 #include "cli/console_run.h"
 #include "platform/error.h"
@@ -59,54 +60,74 @@ auto FindPlugin(std::vector<InstalledPlugin>& plugins, const std::string& file) 
       plugins, [&file](const InstalledPlugin& plugin) { return EqualsNoCase(plugin.file, file); });
 }
 
-void PrintTotals(CleaningContext& context) {
-  std::string text = context.state.RunLog;
-  std::erase(text, '\r');
+void PrintTotals(std::ostream& out, CleaningContext& context) {
   const Locale locale = context.machine.system.UserLocale();
-  std::cout << text << "Files Deleted: " << context.state.FilesDeleted
-            << " Space Gained: " << FormatSize(context.state.SpaceGained, 2, true, locale)
-            << std::endl;
+  out << ReplaceNoCase(context.state.RunLog, "\r", "")
+      << "Files Deleted: " << context.state.FilesDeleted
+      << " Space Gained: " << FormatSize(context.state.SpaceGained, 2, true, locale) << std::endl;
   for (const std::string_view sentence : StayedSentences(context.state)) {
-    std::cout << sentence << std::endl;
+    out << sentence << std::endl;
   }
-  std::string names = StayedNames(context.state, RunState::kMostStayed);
-  std::erase(names, '\r');
-  if (!names.empty()) std::cout << names << std::endl;
+  const std::string names = StayedNames(context.state, kNamesSaved);
+  if (!names.empty()) out << ReplaceNoCase(names, "\r", "") << std::endl;
 }
 
-int List(const Machine& machine) {
-  for (const InstalledPlugin& plugin : modPlugin::ReadPluginList(machine)) {
-    std::cout << (plugin.ticked ? "[x] " : "[ ] ") << plugin.file << "  " << plugin.description
-              << "\n";
+int List(const ReportOptions& options, const Machine& machine) {
+  Report report(options);
+  const std::vector<InstalledPlugin> plugins = modPlugin::ReadPluginList(machine);
+  for (const InstalledPlugin& plugin : plugins) {
+    report.text() << (plugin.ticked ? "[x] " : "[ ] ") << plugin.file << "  " << plugin.description
+                  << "\n";
   }
-  std::cout << std::flush;
-  return kDone;
+  const auto row = [&](size_t i) -> std::vector<ReportCell> {
+    return {plugins[i].file, TextCell(plugins[i].description), plugins[i].ticked};
+  };
+  return report.Finish({.command = "plugins list",
+                        .columns = {"file", "description", "ticked"},
+                        .count = plugins.size(),
+                        .row = row,
+                        .summary = {}},
+                       kDone);
 }
 
-int Check(const Names& names, const Machine& machine) {
+int Check(const Names& names, const ReportOptions& options, const Machine& machine) {
+  Report report(options);
+  std::vector<std::pair<std::string, modPlugin::Remark>> remarks;
   int code = kDone;
   for (const std::string& name : names) {
-    if (names.size() > 1) std::cout << name << "\n";
+    if (names.size() > 1) report.text() << name << "\n";
     for (const auto& remark : modPlugin::CheckPlugin(machine, ReadPlugin(machine, name))) {
-      if (remark.line != 0) std::cout << "line " << remark.line << ": ";
-      std::cout << (remark.is_fault ? "fault: " : "") << remark.text << "\n";
+      if (remark.line != 0) report.text() << "line " << remark.line << ": ";
+      report.text() << (remark.is_fault ? "fault: " : "") << remark.text << "\n";
       if (remark.is_fault) code = kFailed;
+      remarks.emplace_back(name, remark);
     }
   }
-  std::cout << std::flush;
-  return code;
+  const auto row = [&](size_t i) -> std::vector<ReportCell> {
+    const auto& [name, remark] = remarks[i];
+    return {name, static_cast<uint64_t>(remark.line), remark.is_fault, remark.text};
+  };
+  return report.Finish({.command = "plugins check",
+                        .columns = {"file", "line", "isFault", "text"},
+                        .count = remarks.size(),
+                        .row = row,
+                        .summary = {}},
+                       code);
 }
 
-int Process(const Names& names, const Machine& machine, RunKind kind) {
-  ConsoleRun run(machine, kind);
+int Process(const Names& names, const ReportOptions& options, const Machine& machine,
+            RunKind kind) {
+  Report report(options);
+  ConsoleRun run(machine, kind, report.text());
   Engine& engine = run.engine();
   std::vector<modPlugin::Plugin> plugins;  // all are read before the first one cleans
   for (const std::string& name : names) {
     plugins.push_back(
         modPlugin::ParsePlugin(DecodeText(ReadPlugin(machine, name), machine.system)));
   }
-  for (const modPlugin::Plugin& plugin : plugins) {
-    modPlugin::RunRecords(engine.context(), plugin);
+  for (size_t i = 0; i < plugins.size(); ++i) {
+    engine.state().Entries->BeginRule(names[i]);
+    modPlugin::RunRecords(engine.context(), plugins[i]);
     if (engine.state().AbortRequested) {
       std::cerr << "Aborted by user" << std::endl;
       break;
@@ -116,11 +137,12 @@ int Process(const Names& names, const Machine& machine, RunKind kind) {
     run.PrintPreview();
   } else {
     CloseBackup(engine.context());
-    PrintTotals(engine.context());
+    PrintTotals(report.text(), engine.context());
     // What the log says stands in a message of the window.
     engine.state().SomeErrors |= !engine.state().RunLog.empty();
   }
-  return run.Outcome();
+  const bool preview = kind == RunKind::kPreview;
+  return report.Finish(TableOfRun("plugins process", engine.state(), preview), run.Outcome());
 }
 
 int Switch(const Names& names, const Machine& machine, bool on) {
@@ -145,25 +167,37 @@ int Switch(const Names& names, const Machine& machine, bool on) {
 // FILE is a plug-in of the folder Plugins or a path of the console's own.
 void AddPluginCommands(ConsoleCommands& commands) {
   CLI::App& plugins = commands.AddGroup("plugins", "Work with plug-ins, the recipes of users");
-  commands.AddTo(plugins, "list", "List the installed plug-ins", List);
+  commands.AddReport(commands.AddTo(
+      plugins, "list", "List the installed plug-ins",
+      [&commands](const Machine& machine) { return List(commands.report_options(), machine); }));
   const auto names = std::make_shared<Names>();
+  const auto preview = std::make_shared<bool>(false);
   const auto add = [&](const char* name, const char* argument, const char* what,
-                       std::function<int(const Names&, const Machine&)> action) {
-    commands
-        .AddTo(plugins, name, what, [=](const Machine& machine) { return action(*names, machine); })
-        .add_option("names", *names, "Plug-ins")
-        ->required()
-        ->type_name(argument);
+                       const std::function<int(const Machine&)>& action) -> CLI::App& {
+    CLI::App& command = commands.AddTo(plugins, name, what, action);
+    command.add_option("names", *names, "Plug-ins")->required()->type_name(argument);
+    return command;
   };
-  add("check", "FILE", "Explain each line of a plug-in and name its faults", Check);
-  add("preview", "FILE", "List what the named plug-ins would remove",
-      [](const Names& n, const Machine& m) { return Process(n, m, RunKind::kPreview); });
-  add("process", "FILE", "Clean by the named plug-ins",
-      [](const Names& n, const Machine& m) { return Process(n, m, RunKind::kReal); });
+  const auto process = [names, &commands](const Machine& machine, RunKind kind) {
+    return Process(*names, commands.report_options(), machine, kind);
+  };
+  commands.AddReport(add("check", "FILE", "Explain each line of a plug-in and name its faults",
+                         [names, &commands](const Machine& machine) {
+                           return Check(*names, commands.report_options(), machine);
+                         }));
+  commands.AddReport(
+      add("preview", "FILE", "List what the named plug-ins would remove",
+          [process](const Machine& machine) { return process(machine, RunKind::kPreview); }));
+  CLI::App& run = add("process", "FILE", "Clean by the named plug-ins",
+                      [process, preview](const Machine& machine) {
+                        return process(machine, *preview ? RunKind::kPreview : RunKind::kReal);
+                      });
+  run.add_flag("--preview", *preview, "List what would go; change nothing");
+  commands.AddReport(run);
   add("enable", "NAME", "Let the item CleanPlugins use a plug-in",
-      [](const Names& n, const Machine& m) { return Switch(n, m, true); });
+      [names](const Machine& machine) { return Switch(*names, machine, true); });
   add("disable", "NAME", "Keep the item CleanPlugins from using it",
-      [](const Names& n, const Machine& m) { return Switch(n, m, false); });
+      [names](const Machine& machine) { return Switch(*names, machine, false); });
 }
 
 }  // namespace quellix

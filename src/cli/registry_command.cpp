@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <iostream>
-#include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
 #include "cli/console_view.h"
+#include "platform/preview/preview_machine.h"
 #include "registry_tools/scan_tools.h"
 #include "run/protected_keys.h"
 
@@ -14,7 +14,7 @@ struct RegistryOptions {
   std::string tool;  // one of ToolNames
   bool thorough = false;
   bool remove = false;
-  bool json = false;
+  bool preview = false;
 };
 
 class ConsoleScanView : public ScanView {
@@ -38,28 +38,51 @@ std::string_view Word(RowMark mark) {
   return mark == RowMark::kValid ? "valid" : "orphaned";
 }
 
-void PrintLines(const RegistryScan& scan) {
+void PrintLines(std::ostream& out, const RegistryScan& scan) {
   for (size_t i = 0; i < scan.RowCount(); ++i) {
-    std::cout << Word(scan.row(i).mark);
-    for (size_t c = 0; c < scan.traits().columns.size(); ++c) {
-      std::cout << '\t' << scan.row(i).texts[c];
-    }
-    std::cout << '\n';
+    out << Word(scan.row(i).mark);
+    for (size_t c = 0; c < scan.traits().columns.size(); ++c) out << '\t' << scan.row(i).texts[c];
+    out << '\n';
   }
 }
 
-nlohmann::ordered_json ToJson(const RegistryScan& scan) {
-  nlohmann::ordered_json rows = nlohmann::ordered_json::array();
-  for (size_t i = 0; i < scan.RowCount(); ++i) {
-    nlohmann::ordered_json row;
-    for (size_t c = 0; c < scan.traits().columns.size(); ++c) {
-      row[scan.traits().columns[c].title] = scan.row(i).texts[c];
-    }
-    row["state"] = Word(scan.row(i).mark);
-    row["checked"] = scan.row(i).checked;
-    rows.push_back(std::move(row));
+std::string_view StateName(RowMark mark) {
+  if (mark == RowMark::kNone) return "unmarked";
+  return mark == RowMark::kNotJudged ? "notJudged" : Word(mark);
+}
+
+// As listed, whatever is deleted afterwards.
+struct Listed {
+  explicit Listed(const RegistryScan& scan) : columns(scan.traits().columns) {
+    for (size_t i = 0; i < scan.RowCount(); ++i) rows.push_back(scan.row(i));
   }
-  return {{"tool", scan.traits().name}, {"status", scan.status()}, {"rows", std::move(rows)}};
+
+  // The columns of the tool, as its list shows them.
+  std::string Details(const ScanRow& row) const {
+    std::string text;
+    for (size_t c = 0; c < columns.size(); ++c)
+      text.append(c == 0 ? "" : "; ").append(columns[c].title).append(": ").append(row.texts[c]);
+    return text;
+  }
+
+  std::span<const ScanColumn> columns;
+  std::vector<ScanRow> rows;
+};
+
+ReportTable TableOf(const Listed& listed, const RegistryScan& scan) {
+  return {.command = "registry",
+          .columns = {"state", "key", "value", "file", "ticked", "details"},
+          .count = listed.rows.size(),
+          .row = [&listed](size_t i) -> std::vector<ReportCell> {
+            const ScanRow& row = listed.rows[i];
+            return {std::string(StateName(row.mark)),
+                    std::string(RootName(row.root)) + "\\" + row.key,
+                    TextCell(row.name),
+                    TextCell(row.file),
+                    row.checked,
+                    listed.Details(row)};
+          },
+          .summary = {{"tool", std::string(scan.traits().name)}, {"status", scan.status()}}};
 }
 
 // What the user has named as a whole by --delete is ticked where the tool ticks nothing; but what
@@ -78,7 +101,6 @@ void TickAllWithoutMark(RegistryScan& scan) {
 }
 
 int Delete(RegistryScan& scan, ConsoleScanView& view) {
-  TickAllWithoutMark(scan);
   scan.DeleteChecked(false);
   if (view.has_problem()) return kFailed;
   if (!scan.undo_path().empty()) std::cerr << "kept in " << scan.undo_path() << '\n';
@@ -102,33 +124,46 @@ ScanTool ToolOf(std::string_view name) {
                                [&](ScanTool each) { return name == TraitsOf(each).name; });
 }
 
-// Prints what a registry tool lists, a line a reference, or as JSON. With `remove` those that lead
-// nowhere are deleted, of a tool that ticks none all it lists.
-int Scan(const RegistryOptions& options, const Machine& machine) {
-  const ScanTool tool = ToolOf(options.tool);
+// Prints what a registry tool lists. With `remove` those that lead nowhere are deleted, of a tool
+// that ticks none all it lists.
+int Scan(const RegistryOptions& options, const ReportOptions& report_options,
+         const Machine& machine) {
+  Report report(report_options);
   ConsoleScanView view;
-  const auto scan = MakeScan(tool, machine, view);
+  const auto scan = MakeScan(ToolOf(options.tool), machine, view);
   scan->SetThorough(options.thorough);
   scan->StartScan([&view](const Progress&) { return view.stopped(); });
-  if (options.json) {
-    std::cout << ToJson(*scan).dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
-              << '\n';
-  } else {
-    PrintLines(*scan);
-  }
-  std::cout << std::flush;
+  PrintLines(report.text(), *scan);
+  report.text() << std::flush;
   std::cerr << scan->status() << std::endl;
-  if (view.stopped() || view.has_problem()) return kFailed;
-  return options.remove ? Delete(*scan, view) : kDone;
+  const bool failed = view.stopped() || view.has_problem();
+  if (options.remove && !failed) TickAllWithoutMark(*scan);
+  const Listed listed(*scan);
+  const int code = failed ? kFailed : options.remove ? Delete(*scan, view) : int{kDone};
+  ReportTable table = TableOf(listed, *scan);
+  if (options.remove) {
+    table.summary.emplace_back("stayed", uint64_t{scan->stayed()});
+    table.summary.emplace_back("archive", TextCell(scan->undo_path()));
+  }
+  return report.Finish(table, code);
+}
+
+// The same without a change.
+int PreviewScan(const RegistryOptions& options, const ReportOptions& report_options,
+                const Machine& machine) {
+  PreviewMachine preview(machine);
+  return Scan(options, report_options, preview.machine());
 }
 
 }  // namespace
 
 void AddRegistryCommand(ConsoleCommands& commands) {
   const auto options = std::make_shared<RegistryOptions>();
-  CLI::App& registry =
-      commands.Add("registry", "List registry references that lead nowhere",
-                   [options](const Machine& machine) { return Scan(*options, machine); });
+  CLI::App& registry = commands.Add("registry", "List registry references that lead nowhere",
+                                    [options, &commands](const Machine& machine) {
+                                      const auto scan = options->preview ? PreviewScan : Scan;
+                                      return scan(*options, commands.report_options(), machine);
+                                    });
   registry.add_option("tool", options->tool, "Which references")
       ->required()
       ->check(CLI::IsMember(ToolNames()));
@@ -137,7 +172,8 @@ void AddRegistryCommand(ConsoleCommands& commands) {
   registry.add_flag("--delete", options->remove,
                     "Delete those that lead nowhere, kept in a .reg backup (else nothing is "
                     "changed)");
-  registry.add_flag("--json", options->json, "Print the references as JSON");
+  registry.add_flag("--preview", options->preview, "With --delete: change nothing");
+  commands.AddReport(registry);
   registry.callback([options] {
     if (!options->thorough || TraitsOf(ToolOf(options->tool)).has_thorough) return;
     throw CLI::ValidationError("--thorough", "belongs to file-references.");

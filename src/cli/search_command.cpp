@@ -1,10 +1,8 @@
 #include <iostream>
 #include <map>
-#include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
 #include "cli/console_run.h"
-#include "cli/console_view.h"
 #include "engine.h"
 #include "platform/text.h"
 #include "run/removal.h"
@@ -20,31 +18,30 @@ const std::map<std::string, JunkKind> kKinds = {{"empty", JunkKind::kEmptyFiles}
 struct SearchOptions {
   std::string kind;  // one of kKinds
   bool remove = false;
-  bool json = false;
+  bool preview = false;
 };
 
 struct Find {
   ResultRow row;
   bool removed = false;
+  std::string reason = {};  // why it stayed
 };
 
 // A line a find, its columns with tabs between; the finds are kept.
 class Finds : public ResultSink {
  public:
-  explicit Finds(bool print) : print_(print) {}
+  explicit Finds(std::ostream& out) : out_(out) {}
 
   void Add(ResultRow row) override {
-    if (print_) {
-      std::cout << row.path << row.name << '\t' << row.bytes << '\t' << row.date_time << '\t'
-                << row.attributes << '\t' << row.file_type << '\t' << row.category << '\n';
-    }
+    out_ << row.path << row.name << '\t' << row.bytes << '\t' << row.date_time << '\t'
+         << row.attributes << '\t' << row.file_type << '\t' << row.category << '\n';
     all.push_back({std::move(row)});
   }
 
   std::vector<Find> all;
 
  private:
-  bool print_;
+  std::ostream& out_;
 };
 
 // Removes the finds until the user stops; the totals and what stayed go to standard error, the
@@ -57,6 +54,7 @@ size_t RemoveAll(Engine& engine, std::vector<Find>& finds) {
     find.removed = removal.outcome != Removal::kStays;
     if (find.removed) continue;
     ++stayed;
+    find.reason = removal.reason;
     std::cerr << "not deleted: " << find.row.path << find.row.name << ": " << removal.reason
               << '\n';
   }
@@ -70,54 +68,62 @@ size_t RemoveAll(Engine& engine, std::vector<Find>& finds) {
   return stayed;
 }
 
-void PrintJson(const std::vector<Find>& finds) {
-  nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  for (const auto& [row, removed] : finds) {
-    list.push_back({{"name", row.name},
-                    {"bytes", row.bytes},
-                    {"dateTime", row.date_time},
-                    {"attributes", row.attributes},
-                    {"path", row.path},
-                    {"fileType", row.file_type},
-                    {"category", row.category},
-                    {"deleted", removed}});
-  }
-  // Names that are no text keep the rest readable.
-  std::cout << list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+ReportTable TableOf(const std::vector<Find>& finds, bool preview) {
+  return {.command = "search",
+          .columns = {"place", "bytes", "modified", "attributes", "fileType", "category", "removed",
+                      "note"},
+          .count = finds.size(),
+          .row = [&finds](size_t i) -> std::vector<ReportCell> {
+            const ResultRow& row = finds[i].row;
+            return {row.path + row.name,
+                    row.bytes,
+                    TimeCell(row.last_write),
+                    row.attributes,
+                    row.file_type,
+                    std::string(row.category),
+                    finds[i].removed,
+                    TextCell(finds[i].reason)};
+          },
+          .summary = {{"preview", preview}}};
 }
 
-// Prints the finds as they come, or at the end as JSON. With `remove` they are then removed by the
-// removal mode of the settings, unless the search was stopped.
-int Search(const SearchOptions& options, const Machine& machine) {
-  ConsoleView view;
-  Engine engine(machine, view);
-  LoadEngine(engine, options.remove);
-  Finds finds(!options.json);
+// Prints the finds as they come. With `remove` they are then removed by the removal mode of the
+// settings, unless the search was stopped.
+int Search(const SearchOptions& options, const ReportOptions& report_options,
+           const Machine& machine) {
+  Report report(report_options);
+  const RunKind kind = !options.remove   ? RunKind::kListing
+                       : options.preview ? RunKind::kPreview
+                                         : RunKind::kReal;
+  ConsoleRun run(machine, kind, report.text());
+  Engine& engine = run.engine();
+  Finds finds(report.text());
   engine.FindJunk(kKinds.at(options.kind), finds);
   size_t stayed = 0;
-  if (options.remove && !engine.state().AbortRequested) {
-    stayed = RemoveAll(engine, finds.all);
-  }
-  if (options.json) PrintJson(finds.all);
-  std::cout << std::flush;
+  if (options.remove && !engine.state().AbortRequested) stayed = RemoveAll(engine, finds.all);
+  const auto finish = [&](ExitCode code) {
+    return report.Finish(TableOf(finds.all, options.preview), code);
+  };
   if (engine.state().AbortRequested) {
-    std::cerr << view.status() << std::endl;
-    return kFailed;
+    std::cerr << run.view().status() << std::endl;
+    return finish(kFailed);
   }
-  if (!engine.is_loaded() || !engine.state().RunLog.empty()) return kFailed;
-  return stayed == 0 ? kDone : kSomeFilesStayed;
+  if (!engine.is_loaded() || !engine.state().RunLog.empty()) return finish(kFailed);
+  return finish(stayed == 0 ? kDone : kSomeFilesStayed);
 }
 
 }  // namespace
 
 void AddSearchCommand(ConsoleCommands& commands) {
   const auto options = std::make_shared<SearchOptions>();
-  CLI::App& search =
-      commands.Add("search", "Search whole drives for junk files",
-                   [options](const Machine& machine) { return Search(*options, machine); });
+  CLI::App& search = commands.Add("search", "Search whole drives for junk files",
+                                  [options, &commands](const Machine& machine) {
+                                    return Search(*options, commands.report_options(), machine);
+                                  });
   search.add_option("kind", options->kind, "What to search for")->required()->check(OneOf(kKinds));
   search.add_flag("--delete", options->remove, "Delete what is found (else nothing is changed)");
-  search.add_flag("--json", options->json, "Print the finds as JSON");
+  search.add_flag("--preview", options->preview, "With --delete: change nothing");
+  commands.AddReport(search);
 }
 
 }  // namespace quellix

@@ -176,6 +176,9 @@ class Folder {
   // Removes one empty folder, or a link to a folder itself, whatever its attributes. Kind kNotEmpty
   // when something is left in it.
   virtual void RemoveFolder(std::string_view name) = 0;
+  // Throws Error where the removal of the entry would, as far as that can be told without a change:
+  // who may not remove here, who else has it open.
+  virtual void RequireRemovable(std::string_view name) = 0;
   // Moves a file into the recycle bin of its drive without asking, so that it can be restored.
   // Throws Error (kDenied) as well where this folder cannot be kept in its place meanwhile.
   virtual void Recycle(std::string_view name) = 0;

@@ -145,7 +145,7 @@ void IniFiles::Write(std::string_view file, std::span<const IniEntry> entries) {
   if (ini.text() != old) files_.WriteWholeFile(file, ini.text());
 }
 
-void IniFiles::DeleteLines(std::string_view file, std::string_view section, const LineTest& goes) {
+bool IniFiles::DeleteLines(std::string_view file, std::string_view section, const LineTest& goes) {
   const std::string bytes = files_.ReadWholeFile(file).value_or("");
   std::string kept;
   if (IsUtf16(bytes)) {
@@ -159,24 +159,25 @@ void IniFiles::DeleteLines(std::string_view file, std::string_view section, cons
         [&](std::string_view raw) { return is_utf8 ? std::string(raw) : system_.FromAnsi(raw); },
         goes);
   }
-  if (kept == bytes) return;
+  if (kept == bytes) return false;
   // As the system's own calls do; on some disks the file could be replaced all the same.
   const std::optional<FileInfo> info = files_.Look(file);
   if (info && (info->attributes & kReadOnly)) {
     throw Error(Error::Kind::kDenied, std::string("The file is read-only: ").append(file));
   }
   files_.WriteWholeFile(file, kept);
+  return true;
 }
 
-void IniFiles::DeleteKey(std::string_view file, std::string_view section, std::string_view key) {
-  if (section.empty() || key.empty()) return;
-  DeleteLines(file, section, [key](const IniLine& line) {
+bool IniFiles::DeleteKey(std::string_view file, std::string_view section, std::string_view key) {
+  if (section.empty() || key.empty()) return false;
+  return DeleteLines(file, section, [key](const IniLine& line) {
     return line.kind == IniLine::kKey && EqualsNoCase(line.name, key);
   });
 }
 
-void IniFiles::DeleteSection(std::string_view file, std::string_view section) {
-  if (!section.empty()) DeleteLines(file, section, [](const IniLine&) { return true; });
+bool IniFiles::DeleteSection(std::string_view file, std::string_view section) {
+  return !section.empty() && DeleteLines(file, section, [](const IniLine&) { return true; });
 }
 
 }  // namespace quellix

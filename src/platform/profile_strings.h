@@ -75,10 +75,10 @@ class ProfileStrings {
 
   // Remove every key of that name from every section of that name, or those sections with all their
   // lines, so that nothing of that name is left. All other bytes stay, whatever their encoding. A
-  // missing file, section or key and an empty name are no error. Throw Error; the old file then
-  // stays, whole.
-  virtual void DeleteKey(std::string_view file, std::string_view section, std::string_view key) = 0;
-  virtual void DeleteSection(std::string_view file, std::string_view section) = 0;
+  // missing file, section or key and an empty name are no error. False when there was nothing of
+  // that name. Throw Error; the old file then stays, whole.
+  virtual bool DeleteKey(std::string_view file, std::string_view section, std::string_view key) = 0;
+  virtual bool DeleteSection(std::string_view file, std::string_view section) = 0;
 };
 
 // Over any file system. Files are read by DecodeIni and written as UTF-8, new lines with CR LF;
@@ -92,13 +92,13 @@ class IniFiles : public ProfileStrings {
   std::optional<std::string> Read(std::string_view file, std::string_view section,
                                   std::string_view key) override;
   void Write(std::string_view file, std::span<const IniEntry> entries) override;
-  void DeleteKey(std::string_view file, std::string_view section, std::string_view key) override;
-  void DeleteSection(std::string_view file, std::string_view section) override;
+  bool DeleteKey(std::string_view file, std::string_view section, std::string_view key) override;
+  bool DeleteSection(std::string_view file, std::string_view section) override;
 
  private:
   using LineTest = std::function<bool(const IniLine& line)>;
   // Removes the lines of the sections of that name that `goes` names, the header line among them.
-  void DeleteLines(std::string_view file, std::string_view section, const LineTest& goes);
+  bool DeleteLines(std::string_view file, std::string_view section, const LineTest& goes);
 
   FileSystem& files_;
   System& system_;

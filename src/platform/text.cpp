@@ -1,6 +1,8 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 namespace quellix {
 namespace {
@@ -154,6 +156,22 @@ bool EqualsNoCase(std::string_view a, std::string_view b) {
   if (!IsAscii(a) || !IsAscii(b)) return UpCase(a) == UpCase(b);
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return UpAscii(x) == UpAscii(y); });
+}
+
+// Paths in one list begin alike, and most texts are told apart before upper case is made.
+int CompareNoCase(std::string_view a, std::string_view b) {
+  const size_t length = std::min(a.size(), b.size());
+  size_t i = 0;
+  while (i + sizeof(uint64_t) <= length && std::memcmp(&a[i], &b[i], sizeof(uint64_t)) == 0) {
+    i += sizeof(uint64_t);
+  }
+  while (i > 0 && i < length && (a[i] & 0xC0) == 0x80) --i;  // to the beginning of its character
+  for (; i < length; ++i) {
+    if (((a[i] | b[i]) & 0x80) != 0) return UpCase(a.substr(i)).compare(UpCase(b.substr(i)));
+    const char x = UpAscii(a[i]), y = UpAscii(b[i]);
+    if (x != y) return x < y ? -1 : 1;
+  }
+  return a.size() == b.size() ? 0 : a.size() < b.size() ? -1 : 1;
 }
 
 bool ContainsNoCase(std::string_view text, std::string_view part) {

@@ -23,6 +23,8 @@ char32_t UpCase(char32_t character);
 // Upper case of a whole text; malformed bytes stay.
 std::string UpCase(std::string_view utf8);
 bool EqualsNoCase(std::string_view a, std::string_view b);
+// As the upper case of both compares: less than, equal to or greater than 0.
+int CompareNoCase(std::string_view a, std::string_view b);
 bool ContainsNoCase(std::string_view text, std::string_view part);
 // `text` with every occurrence of `part`, in any case, replaced.
 std::string ReplaceNoCase(std::string_view text, std::string_view part, std::string_view with);

@@ -23,16 +23,25 @@ void Log(CleaningContext& context, std::string_view sentence) {
   context.state.RunLog.append(sentence).append("\r\n");
 }
 
+RunEntry ToRunEntry(const std::string& path, const IniEntry& entry) {
+  RunEntry made{.kind = EntryKind::kIniSection, .place = path, .part = "[" + entry.section + "]"};
+  if (entry.delete_section) return made;
+  made.kind = EntryKind::kIniKey;
+  made.part += entry.key;
+  return made;
+}
+
 void ProcessIni(CleaningContext& context, const IniEntry& entry) {
   const IniPlace place = FindIni(context.machine, PlacesOf(context), entry);
   if (!place.refusal.empty()) return Log(context, place.refusal);
+  RunEntry erased = ToRunEntry(place.path, entry);
+  if (!IsChosen(context.state, erased)) return;
   ProfileStrings& profile = context.machine.profile;
   try {
-    if (entry.delete_section) {
-      profile.DeleteSection(place.path, entry.section);
-    } else {
-      profile.DeleteKey(place.path, entry.section, entry.key);
-    }
+    const bool found = entry.delete_section
+                           ? profile.DeleteSection(place.path, entry.section)
+                           : profile.DeleteKey(place.path, entry.section, entry.key);
+    if (found) NoteEntry(context.state, std::move(erased));
   } catch (const Error& error) {
     Log(context, place.path + ": " + error.what());
   }
@@ -133,6 +142,7 @@ void RunRecords(CleaningContext& context, const Plugin& plugin) {
 
 bool RunPlugin(CleaningContext& context, std::string_view path) {
   std::vector<FileList> collected;
+  context.state.Entries->BeginRule(NamePart(path));
   try {
     if (!ProcessPlugin(context, path, collected)) return false;
   } catch (const Error& error) {

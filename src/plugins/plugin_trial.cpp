@@ -15,9 +15,8 @@ void PluginTrial::Run(const Plugin& plugin, RunView& view) {
   CleaningContext context{preview_.machine(), settings_, state_, view, archive};
   LoadRemovalOptions(context);
   RunRecords(context, plugin);
-  const ChangeLog& changes = preview_.changes();
-  for (size_t i = 0; i < changes.size(); ++i) {
-    if (IsRemoval(changes[i].kind)) rows_.push_back(i);
+  for (const RunEntry& entry : state_.Entries->all) {
+    if (entry.fate == Fate::kRemoved) rows_.push_back(&entry);
   }
 }
 

@@ -21,20 +21,18 @@ class PluginTrial {
 
   size_t count() const { return rows_.size(); }
   // What goes, and where it is.
-  std::string What(size_t row) const { return std::string(KindText(RowAt(row).kind)); }
-  std::string Where(size_t row) const { return PlaceText(RowAt(row)); }
+  std::string What(size_t row) const { return std::string(KindText(rows_[row]->kind)); }
+  std::string Where(size_t row) const { return PlaceText(*rows_[row]); }
   // Files with their size, and other things; whether the user stopped.
   std::string Summary() const;
   // Sentences about what is not cleaned, a line each; "" for none.
   const std::string& notes() const { return state_.RunLog; }
 
  private:
-  const Change& RowAt(size_t row) const { return preview_.changes()[rows_[row]]; }
-
   PreviewMachine preview_;
   Settings settings_;
   RunState state_;
-  std::vector<size_t> rows_;  // places in the list of changes
+  std::vector<const RunEntry*> rows_;
 };
 
 }  // namespace quellix::modPlugin

@@ -35,19 +35,37 @@ class Erasing {
  public:
   Erasing(Registry& registry, const Pause& pause) : registry_(registry), pause_(pause) {}
 
-  // What the keep list names is left: told to `note` as if it were not there, or as what stays.
-  // Returns the number of those told.
-  size_t LeaveKept(const KeepList& keep, const RegistryEraser::KeptNote& note) {
+  // What the keep list names is left: noted, and then as if it were not there, or as what stays.
+  // Returns the number of those noted.
+  size_t LeaveKept(const KeepList& keep, const RegistryEraser::Note& note) {
     return std::erase_if(found_, [&](Found& found) {
       const std::string line = found.problem.empty() ? KeptBy(found, keep) : "";
       if (line.empty()) return false;
       if (note) {
-        note(NameOf(found), line);
+        note(EntryOf(found, Fate::kKept, line));
         return true;
       }
-      found.problem = "It is kept by your line " + line + ".";
+      found.problem = KeptSentence(line);
       return false;
     });
+  }
+
+  void PassOver(const std::function<bool(const RunEntry& entry)>& is_chosen) {
+    std::erase_if(
+        found_, [&](const Found& found) { return !is_chosen(EntryOf(found, Fate::kRemoved, "")); });
+  }
+
+  // All of them stay.
+  void Refuse(const std::string& why) {
+    for (Found& found : found_) {
+      if (found.problem.empty()) found.problem = why;
+    }
+  }
+
+  void NoteEach(const RegistryEraser::Note& note) const {
+    for (const Found& found : found_) {
+      note(EntryOf(found, found.problem.empty() ? Fate::kRemoved : Fate::kStayed, found.problem));
+    }
   }
 
   void Find(size_t index, const RegistryTarget& target, bool guarded) {
@@ -168,9 +186,14 @@ class Erasing {
     }
   }
 
-  static std::string NameOf(const Found& found) {
-    const std::string key = std::string(RootName(found.place.root)) + "\\" + found.place.key;
-    return found.kind == Kind::kValue ? key + "|" + found.name : key;
+  static RunEntry EntryOf(const Found& found, Fate fate, const std::string& note) {
+    const bool is_value = found.kind == Kind::kValue;
+    const std::string_view key = WithoutBackslash(found.place.key);
+    return {.kind = is_value ? EntryKind::kRegistryValue : EntryKind::kRegistryKey,
+            .fate = fate,
+            .place = std::string(RootName(found.place.root)).append("\\").append(key),
+            .part = is_value ? found.name : "",
+            .note = note};
   }
 
   void DeleteOne(Found& found) {
@@ -243,11 +266,18 @@ RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
   RegistryEraser eraser(context.machine.registry, OnError::kTold);
   eraser.OnPause(PauseOf(context));
   RunState& state = context.state;
-  if (state.RemovalMode == kBackUp && state.BackupRegistry) {
+  const bool has_undo = state.RemovalMode == kBackUp && state.BackupRegistry;
+  if (has_undo) {
     eraser.KeepIn(state.Parts.Get<RegistryUndo>(), context.machine, state.BackupFolder);
   }
-  eraser.Leave(KeepOf(context), [&state](const std::string& entry, std::string_view line) {
-    NoteKept(state, entry, line);
+  eraser.Leave(KeepOf(context));
+  if (state.Choice) {
+    eraser.Only([&state](const RunEntry& entry) { return IsChosen(state, entry); });
+  }
+  eraser.NoteEach([&state, has_undo](RunEntry entry) {
+    if (entry.fate == Fate::kKept) ++state.KeptCount;
+    if (entry.fate == Fate::kRemoved && has_undo) entry.way = Way::kBackedUp;
+    NoteEntry(state, std::move(entry));
   });
   return eraser;
 }
@@ -255,6 +285,7 @@ RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
 Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
   Erasing erasing(registry_, pause_);
   for (size_t i = 0; i < targets.size(); ++i) erasing.Find(i, targets[i], guarded_);
+  if (is_chosen_) erasing.PassOver(is_chosen_);
   const size_t kept = keep_ == nullptr || keep_->empty() ? 0 : erasing.LeaveKept(*keep_, note_);
   if (keeping_.undo != nullptr) {
     try {
@@ -263,10 +294,14 @@ Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
       keeping_.undo->Store(*keeping_.machine, keeping_.folder);
     } catch (const Error& error) {
       keeping_.undo->Forget();
-      throw NotKept(error);
+      const NotKept failure(error);
+      erasing.Refuse(failure.what());
+      if (note_) erasing.NoteEach(note_);
+      throw failure;
     }
   }
   erasing.Delete();
+  if (note_) erasing.NoteEach(note_);
   Erasure sum = erasing.Sum(targets.size());
   sum.kept = kept;
   if (on_error_ == OnError::kSilent || sum.stayed == 0 || sum.stopped) return sum;

@@ -65,12 +65,15 @@ class RegistryEraser {
   void KeepIn(RegistryUndo& undo, const Machine& machine, std::string_view folder) {
     keeping_ = {&undo, &machine, folder};
   }
-  // Leaves what `keep` names. It is told to `note` with its line and counts as kept; without `note`
-  // it counts as stayed. `keep` must outlive the eraser.
-  using KeptNote = std::function<void(const std::string& entry, std::string_view line)>;
-  void Leave(const KeepList& keep, KeptNote note) {
-    keep_ = &keep;
-    note_ = std::move(note);
+  // Leaves what `keep` names: it counts as kept where each target is noted, else as stayed. `keep`
+  // must outlive the eraser.
+  void Leave(const KeepList& keep) { keep_ = &keep; }
+  // Tells what became of each target that was there.
+  using Note = std::function<void(RunEntry entry)>;
+  void NoteEach(Note note) { note_ = std::move(note); }
+  // Passes over targets that `is_chosen` does not take, as if they were not there.
+  void Only(std::function<bool(const RunEntry& entry)> is_chosen) {
+    is_chosen_ = std::move(is_chosen);
   }
   // Refuses what ProtectedKeys names: it counts as stayed.
   void Guard() { guarded_ = true; }
@@ -97,7 +100,8 @@ class RegistryEraser {
   Pause pause_;
   bool guarded_ = false;
   const KeepList* keep_ = nullptr;
-  KeptNote note_;
+  Note note_;
+  std::function<bool(const RunEntry& entry)> is_chosen_;
 };
 
 }  // namespace quellix

@@ -105,10 +105,10 @@ void RegistryScan::TellDamage(RegistryRoot root, std::string_view key) {
 
 void RegistryScan::Erase(const std::vector<size_t>& chosen, const KeepList& keep,
                          const Pause& pause) {
-  const RemovalOptions options = Settings(machine_).Load();
+  const Preferences options = Settings(machine_).Load();
   RegistryEraser eraser(machine_.registry, RegistryEraser::OnError::kSilent);
   if (options.BackupRegistry) eraser.KeepIn(undo_, machine_, options.BackupFolder);
-  eraser.Leave(keep, nullptr);
+  eraser.Leave(keep);
   eraser.OnPause(pause);
   std::vector<RegistryTarget> targets;
   for (const size_t row : chosen) targets.push_back(TargetOf(rows_[row]));

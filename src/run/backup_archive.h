@@ -28,6 +28,8 @@ class BackupArchive {
   // Deletes the archive being filled, if any; failures are ignored. Files that an earlier run put
   // into it stay in it. With KeepOnAbort it is finished instead.
   virtual void DeleteBackupArchive() = 0;
+  // The archive being filled, its full path; "" before its first file.
+  virtual std::string_view Path() const { return {}; }
   // Finishes the archive being filled, if any.
   virtual void Close() = 0;
 };

@@ -19,14 +19,14 @@ bool BackupBatch::FitsDriveOf(std::string_view path) const {
   return EqualsNoCase(path.substr(0, 1), context_.state.BackupDrive);
 }
 
-void BackupBatch::Add(Folder& folder, std::string_view path, uint64_t bytes) {
+void BackupBatch::Add(Folder& folder, std::string_view path, const FileInfo& seen) {
   RunState& state = context_.state;
   if (!FitsDriveOf(path)) {
     const std::string letter(path.substr(0, 1));
     context_.backup.MakeBackupArchiveName(state.BackupFolder, letter + "_");
     state.BackupDrive = letter;
   }
-  File file{path, bytes, {}, LookIfStrict(folder, path)};
+  File file{path, seen, {}};
   try {
     const std::string loss = context_.backup.BackupFile(folder, path);
     if (!loss.empty()) {
@@ -37,12 +37,7 @@ void BackupBatch::Add(Folder& folder, std::string_view path, uint64_t bytes) {
     file.problem = error.what();
   }
   files_.push_back(std::move(file));
-  bytes_ += bytes;
-}
-
-FileInfo BackupBatch::LookIfStrict(Folder& folder, std::string_view path) const {
-  if (!context_.state.Strict) return {};
-  return folder.Look(NamePart(path), Detail::kSize).value_or(FileInfo{});
+  bytes_ += seen.size;
 }
 
 // Brings the archive onto the disk, or notes for every file that it did not get there.
@@ -58,15 +53,15 @@ void BackupBatch::Flush() {
 
 // Why a file does not count as archived, "" when it does.
 const std::string& BackupBatch::ProblemOf(Folder& folder, File& file) const {
-  if (!file.problem.empty()) return file.problem;
-  const FileInfo now = LookIfStrict(folder, file.path);
+  if (!file.problem.empty() || !context_.state.Strict) return file.problem;
+  const FileInfo now = folder.Look(NamePart(file.path), Detail::kSize).value_or(FileInfo{});
   if (now.size != file.seen.size || now.last_write != file.seen.last_write) {
     file.problem = "it changed after it was archived";
   }
   return file.problem;
 }
 
-void BackupBatch::RemoveOne(WorkingFolder& working, File& file, const Removal& remove) {
+void BackupBatch::RemoveOne(WorkingFolder& working, File& file) {
   RunState& state = context_.state;
   Folder& folder = working.Of(file.path);
   const bool is_safe = ProblemOf(folder, file).empty();
@@ -75,27 +70,29 @@ void BackupBatch::RemoveOne(WorkingFolder& working, File& file, const Removal& r
                 "It could not be backed up and was therefore not deleted: " + file.problem);
   }
   if (is_safe) ++state.FilesBackedUp;
-  remove(folder, file.path, file.bytes);
+  folder.RemoveFile(NamePart(file.path));
   if (!is_safe) ++state.FilesNotBackedUp;
+  const std::string_view archive = context_.backup.Path();
+  CountRemoved(state, file.path, file.seen, is_safe ? &archive : nullptr);
 }
 
-void BackupBatch::Remove(WorkingFolder& working, const Removal& remove) {
+void BackupBatch::Remove(WorkingFolder& working) {
   Flush();
   for (File& file : files_) {
     StopsRun(context_);
     try {
-      RemoveOne(working, file, remove);
+      RemoveOne(working, file);
     } catch (const Error& error) {
-      NoteStayed(context_.state, file.path, error.what(), error.kind());
+      NoteStayed(context_.state, file.path, error.what(), error.kind(), file.seen);
     }
   }
   files_.clear();
   bytes_ = 0;
 }
 
-void BackupBatch::RemoveOnly(WorkingFolder& working, const Removal& remove) {
+void BackupBatch::RemoveOnly(WorkingFolder& working) {
   Flush();
-  RemoveOne(working, files_.front(), remove);
+  RemoveOne(working, files_.front());
 }
 
 }  // namespace quellix

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,35 +17,31 @@ class BackupBatch {
  public:
   explicit BackupBatch(CleaningContext& context) : context_(context) {}
 
-  // Archives a file of an open folder. A path on another drive than the last one begins an archive
-  // of its own, for which the batch has to be empty.
-  void Add(Folder& folder, std::string_view path, uint64_t bytes);
+  // Archives a file of an open folder, as it was seen there (Detail::kSize). A path on another
+  // drive than the last one begins an archive of its own, for which the batch has to be empty.
+  void Add(Folder& folder, std::string_view path, const FileInfo& seen);
   bool empty() const { return files_.empty(); }
   // Whether it is time to remove: many files, or many bytes.
   bool IsFull() const;
   bool FitsDriveOf(std::string_view path) const;
 
-  // Brings the archive onto the disk and empties the batch. Calls remove(folder, path, bytes) for
-  // each file that may go, in its folder; counts those that were archived. What may not go, and
-  // what `remove` throws Error for, is noted as stayed. In strict mode a file may not go that
-  // changed meanwhile. There is a pause before each; a batch is finished whatever it says.
-  using Removal = std::function<void(Folder& folder, std::string_view path, uint64_t bytes)>;
-  void Remove(WorkingFolder& working, const Removal& remove);
+  // Brings the archive onto the disk and empties the batch: removes and counts each file that may
+  // go, and notes the others as stayed. In strict mode a file may not go that changed meanwhile.
+  // There is a pause before each; a batch is finished whatever it says.
+  void Remove(WorkingFolder& working);
   // The same for a batch of one file; where that stays, Error tells why.
-  void RemoveOnly(WorkingFolder& working, const Removal& remove);
+  void RemoveOnly(WorkingFolder& working);
 
  private:
   struct File {
     std::string_view path;
-    uint64_t bytes;
+    FileInfo seen;        // before it was archived
     std::string problem;  // why it is not in the archive
-    FileInfo seen;        // before it was archived; in strict mode alone
   };
 
-  FileInfo LookIfStrict(Folder& folder, std::string_view path) const;
   void Flush();
   const std::string& ProblemOf(Folder& folder, File& file) const;
-  void RemoveOne(WorkingFolder& working, File& file, const Removal& remove);
+  void RemoveOne(WorkingFolder& working, File& file);
 
   CleaningContext& context_;
   std::vector<File> files_;

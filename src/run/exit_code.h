@@ -9,9 +9,9 @@ enum ExitCode { kDone = 0, kFailed = 1, kWrongUsage = 2, kSomeFilesStayed = 3 };
 
 // After a run; one that was stopped has failed, and files that went without the backup they were to
 // have count like files that stayed.
-inline ExitCode ExitCodeOf(const RunState& state) {
-  if (state.AbortRequested || state.SomeErrors) return kFailed;
-  return state.SomeFilesLocked || state.FilesNotBackedUp > 0 ? kSomeFilesStayed : kDone;
+inline ExitCode ExitCodeOf(const RunTotals& totals) {
+  if (totals.AbortRequested || totals.SomeErrors) return kFailed;
+  return totals.SomeFilesLocked || totals.FilesNotBackedUp > 0 ? kSomeFilesStayed : kDone;
 }
 
 }  // namespace quellix

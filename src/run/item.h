@@ -30,6 +30,8 @@ struct Item {
   const char* error_message;  // stands before the description of its failure
   bool in_registry;           // what it cleans are registry entries
   Cleaner cleaner;            // null while the program cannot clean it yet
+  const char* cost = "";      // what its user loses besides traces
+  bool is_risky = false;      // that cannot be had again by any means
 
   // The text beside its check box: the command without its verb.
   std::string_view Label() const { return std::string_view(command).substr(6); }

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/error.h"
@@ -72,51 +73,61 @@ bool OverwriteUnlessShared(CleaningContext& context, Folder& folder, std::string
 
 // Whether or not it was archived, unless the user wants it otherwise.
 bool RemoveWithBackup(CleaningContext& context, Folder& folder, WorkingFolder& working,
-                      std::string_view path) {
+                      std::string_view path, const FileInfo& info) {
   BackupBatch batch(context);
-  batch.Add(folder, path, 0);
+  batch.Add(folder, path, info);
   if (context.state.AbortRequested) return false;
-  batch.RemoveOnly(working,
-                   [&](Folder& in, std::string_view, uint64_t) { in.RemoveFile(NamePart(path)); });
+  batch.RemoveOnly(working);
   return true;
 }
 
+bool IsChosenFile(RunState& state, std::string_view path, const FileInfo& info) {
+  return !state.Choice ||
+         IsChosen(state,
+                  {.bytes = info.size, .last_write = info.last_write, .place = std::string(path)});
+}
+
+// False when stopped.
 bool RemoveByMode(CleaningContext& context, WorkingFolder& working, Folder& folder,
-                  std::string_view path) {
+                  std::string_view path, const FileInfo& info) {
   switch (context.state.RemovalMode) {
     case kDelete:
       folder.RemoveFile(NamePart(path));
-      return true;
+      break;
     case kRecycle:
       folder.Recycle(NamePart(path));
-      return true;
+      break;
     case kWipe:
-      return WipeFile(context, folder, path);
+      if (!WipeFile(context, folder, path)) return false;
+      break;
     case kBackUp:
-      return RemoveWithBackup(context, folder, working, path);
+      return RemoveWithBackup(context, folder, working, path, info);
     default:
       return false;
   }
+  CountRemoved(context.state, path, info, nullptr);
+  return true;
 }
 
 // Removes a file of a list and counts it; what stays is noted. False when it stays.
 bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::string_view path,
                     std::string* reason = nullptr) {
+  std::optional<FileInfo> info;
   try {
     Folder& folder = working.Of(path);
-    const std::optional<FileInfo> info = folder.Look(NamePart(path), Detail::kSize);
+    info = folder.Look(NamePart(path), Detail::kSize);
     if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
-    if (RemoveByMode(context, working, folder, path)) {
-      CountRemoved(context.state, static_cast<double>(info->size));
-      return true;
-    }
+    if (!IsChosenFile(context.state, path, *info)) return false;
+    if (RemoveByMode(context, working, folder, path, *info)) return true;
     context.state.SomeFilesLocked = true;
   } catch (const Error& error) {
-    if (reason != nullptr) *reason = error.what();
-    NoteStayed(context.state, path, error.what(), error.kind());
+    if (reason != nullptr) {
+      *reason = error.kind() == Error::Kind::kKept ? KeptSentence(error.what()) : error.what();
+    }
+    NoteStayed(context.state, path, error.what(), error.kind(), info.value_or(FileInfo{}));
   } catch (const std::exception& error) {
     if (reason != nullptr) *reason = error.what();
-    NoteStayed(context.state, path, error.what(), Error::Kind::kOther);
+    NoteStayed(context.state, path, error.what(), Error::Kind::kOther, info.value_or(FileInfo{}));
   }
   return false;
 }
@@ -141,26 +152,20 @@ void Abandon(CleaningContext& context) {
   EndRun(context, "Aborted by user");
 }
 
-void RemoveBatch(CleaningContext& context, WorkingFolder& working, BackupBatch& batch) {
-  batch.Remove(working, [&](Folder& folder, std::string_view path, uint64_t bytes) {
-    folder.RemoveFile(NamePart(path));
-    CountRemoved(context.state, static_cast<double>(bytes));
-  });
-}
-
 // Archives a file and removes those before it when their time has come.
 void AddToBatch(CleaningContext& context, WorkingFolder& working, BackupBatch& batch,
                 std::string_view path) {
-  if (!batch.FitsDriveOf(path)) RemoveBatch(context, working, batch);
+  if (!batch.FitsDriveOf(path)) batch.Remove(working);
   try {
     Folder& folder = working.Of(path);
     const std::optional<FileInfo> info = folder.Look(NamePart(path), Detail::kSize);
     if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
-    batch.Add(folder, path, info->size);
+    if (!IsChosenFile(context.state, path, *info)) return;
+    batch.Add(folder, path, *info);
   } catch (const Error& error) {
     NoteStayed(context.state, path, error.what(), error.kind());
   }
-  if (!context.state.AbortRequested && batch.IsFull()) RemoveBatch(context, working, batch);
+  if (!context.state.AbortRequested && batch.IsFull()) batch.Remove(working);
 }
 
 // Indexes of PendingFolders, deepest first, otherwise in list order.
@@ -202,13 +207,6 @@ bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim, st
   return RemoveAndCount(context, working, path, reason);
 }
 
-void CountRemoved(RunState& state, double bytes) {
-  ++state.RunFilesDeleted;
-  ++state.FilesDeleted;
-  state.RunSpaceGained += bytes;
-  state.SpaceGained += bytes;
-}
-
 void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim claim) {
   RunState& state = context.state;
   StartProgress(context, list.PendingFiles.size());
@@ -227,7 +225,7 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
     }
     ShowProgress(context, i + 1);
   }
-  RemoveBatch(context, working, batch);
+  batch.Remove(working);
 }
 
 void RemovePendingFolders(CleaningContext& context, const FileList& list) {
@@ -236,8 +234,11 @@ void RemovePendingFolders(CleaningContext& context, const FileList& list) {
   for (const size_t index : DeepestFirst(folders)) {
     if (StopsRun(context)) return;
     const std::string_view path = WithoutBackslash(folders[index]);
+    RunEntry entry{.kind = EntryKind::kFolder, .place = std::string(path)};
+    if (!IsChosen(context.state, entry)) continue;
     try {
       working.OfFolder(path).RemoveFolder(NamePart(path));
+      NoteEntry(context.state, std::move(entry));
     } catch (const Error&) {
       continue;  // not empty, in use or gone: it stays
     }

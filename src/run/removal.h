@@ -14,9 +14,6 @@ namespace quellix {
 bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim,
                 std::string* reason = nullptr);
 
-// Adds a file that was removed to the totals of the run and of the item.
-void CountRemoved(RunState& state, double bytes);
-
 // Overwrites one file of an open folder in a single pass and removes it; false when stopped, with
 // the file still there, perhaps partly overwritten. Only what takes room on the disk is written. Of
 // a link, and of a file that has further names, only this name goes; the latter is told in RunLog.

@@ -5,8 +5,9 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
+#include "run/run_choice.h"
+#include "run/run_entries.h"
 #include "run/run_parts.h"
 #include "run/views.h"
 #include "settings/removal_options.h"
@@ -16,18 +17,13 @@ namespace quellix {
 class KeepList;
 class ProtectedPlaces;
 
-// Something that a run was to remove and that is still there.
-struct StayedEntry {
-  std::string path;
-  std::string reason;  // a sentence, the system's own where it gave one; of what is kept the line
-};
-
 // What became of the item in work.
 struct ItemTotals {
   int32_t FilesDeleted = 0;
   double SpaceGained = 0;   // bytes
   bool PlaceFound = false;  // something of its kind is here (NotePlace), else why not:
   std::string WhyNothing;   // a sentence, or ""
+  uint8_t ItemInWork = 0;   // its run order; 0 for none
 };
 
 // What a run did so far: each begins with none.
@@ -36,15 +32,11 @@ struct RunTotals : ItemTotals {
   bool SomeFilesLocked = false;  // something stayed, for whatever reason
   bool SomeErrors = false;       // an item failed and showed its message
 
-  // What stayed (NoteStayed). The first kMostStayed are named, the rest only counted.
-  static constexpr size_t kMostStayed = 100'000;
-  std::vector<StayedEntry> Stayed;
-  uint64_t StayedCount = 0;   // all of them
+  // What the run came by; a report goes on showing it.
+  std::shared_ptr<RunEntries> Entries = std::make_shared<RunEntries>();
+  uint64_t StayedCount = 0;   // files and folders (NoteStayed)
   uint64_t StayedLocked = 0;  // those that were locked or in use
-
-  // What the user keeps (NoteKept), likewise.
-  std::vector<StayedEntry> Kept;
-  uint64_t KeptCount = 0;
+  uint64_t KeptCount = 0;     // what the user keeps (NoteKept)
 
   int32_t RunFilesDeleted = 0;
   double RunSpaceGained = 0;  // bytes
@@ -65,6 +57,7 @@ struct RunTotals : ItemTotals {
 struct RunState : RemovalOptions, RunTotals {
   int16_t FixedRemovalMode = 0;               // chosen for this program run; 0: as the settings say
   std::optional<int16_t> FixedOlderThanDays;  // likewise
+  std::shared_ptr<RunChoice> Choice;          // what the next run may remove; null: everything
   bool Hidden = false;                        // nobody is watching: nothing waits for a person
   double MozillaSpaceFound = 0;               // bytes, since the program started
 

@@ -1,6 +1,7 @@
 #include "run/stayed.h"
 
 #include <set>
+#include <utility>
 
 #include "platform/text.h"
 
@@ -8,33 +9,43 @@ namespace quellix {
 namespace {
 
 // The system's sentence names most paths itself.
-std::string Line(const StayedEntry& entry) {
-  return "\r\n" + (entry.reason.find(entry.path) == std::string::npos ? entry.path + ": " : "") +
-         entry.reason;
+std::string Line(const RunEntry& entry) {
+  if (entry.fate == Fate::kKept) {
+    return "\r\n" + PlaceText(entry) + " (by the line " + entry.note + ")";
+  }
+  const bool names_itself = entry.note.find(entry.place) != std::string::npos;
+  return "\r\n" + (names_itself ? "" : entry.place + ": ") + entry.note;
 }
 
-std::string KeptEntry(const StayedEntry& entry) {
-  return "\r\n" + entry.path + " (by the line " + entry.reason + ")";
+bool IsOnDisk(const RunEntry& entry) {
+  return entry.kind == EntryKind::kFile || entry.kind == EntryKind::kFolder;
 }
 
-// Each path once: two items may have met it.
-std::string Names(const char* heading, const std::vector<StayedEntry>& entries, uint64_t count,
-                  size_t most, std::string (*line)(const StayedEntry& entry)) {
-  if (entries.empty()) return {};
+// Each place once: two items may have met it. What stays in the registry is told by its item.
+std::string Names(const char* heading, const RunEntries& entries, Fate fate, uint64_t count,
+                  size_t most) {
+  if (count == 0) return {};
   std::string text = std::string("\r\n\r\n") + heading;
   std::set<std::string> named;
-  uint64_t left = count - entries.size();
-  for (const StayedEntry& entry : entries) {
-    if (!named.insert(UpCase(entry.path)).second) continue;
+  uint64_t left = count;
+  for (const RunEntry& entry : entries.all) {
+    if (entry.fate != fate || (fate == Fate::kStayed && !IsOnDisk(entry))) continue;
+    --left;
+    if (!named.insert(UpCase(PlaceText(entry))).second) continue;
     if (named.size() > most) {
       ++left;
     } else {
-      text += line(entry);
+      text += Line(entry);
     }
   }
   if (left == 0) return text;
   return text + "\r\nand " + std::to_string(left) + " more" +
          (most == kNamesShown ? "; the log names them when it is saved." : "");
+}
+
+Way WayOf(int16_t removal_mode) {
+  if (removal_mode == kRecycle) return Way::kRecycled;
+  return removal_mode == kWipe ? Way::kWiped : Way::kDeleted;
 }
 
 // Without entries nobody knows better.
@@ -44,19 +55,51 @@ bool SomeWereLocked(const RunState& state) {
 
 }  // namespace
 
-void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind) {
+void NoteEntry(RunState& state, RunEntry entry) {
+  entry.item = state.ItemInWork;
+  state.Entries->Add(std::move(entry));
+}
+
+void CountRemoved(RunState& state, std::string_view path, const FileInfo& file,
+                  const std::string_view* archive) {
+  ++state.RunFilesDeleted;
+  ++state.FilesDeleted;
+  state.RunSpaceGained += static_cast<double>(file.size);
+  state.SpaceGained += static_cast<double>(file.size);
+  const uint16_t number = archive ? state.Entries->ArchiveNumber(*archive) : uint16_t{0};
+  NoteEntry(state, {.way = archive ? Way::kBackedUp : WayOf(state.RemovalMode),
+                    .archive = number,
+                    .bytes = file.size,
+                    .last_write = file.last_write,
+                    .place = std::string(path)});
+}
+
+void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind,
+                const FileInfo& seen) {
   if (kind == Error::Kind::kKept) return NoteKept(state, path, reason);
   state.SomeFilesLocked = true;
   ++state.StayedCount;
   if (kind == Error::Kind::kInUse) ++state.StayedLocked;
-  if (state.Stayed.size() == RunState::kMostStayed) return;
-  state.Stayed.push_back({std::string(path), std::string(reason)});
+  NoteEntry(state, {.fate = Fate::kStayed,
+                    .bytes = seen.size,
+                    .last_write = seen.last_write,
+                    .place = std::string(path),
+                    .note = std::string(reason)});
+}
+
+void NoteKept(RunState& state, RunEntry entry, std::string_view line) {
+  ++state.KeptCount;
+  entry.fate = Fate::kKept;
+  entry.note = line;
+  NoteEntry(state, std::move(entry));
 }
 
 void NoteKept(RunState& state, std::string_view path, std::string_view line) {
-  ++state.KeptCount;
-  if (state.Kept.size() == RunState::kMostStayed) return;
-  state.Kept.push_back({std::string(path), std::string(line)});
+  NoteKept(state, {.place = std::string(path)}, line);
+}
+
+std::string KeptSentence(std::string_view line) {
+  return "It is kept by the line " + std::string(line) + " of your keep list.";
 }
 
 std::vector<std::string_view> StayedSentences(const RunState& state) {
@@ -81,9 +124,9 @@ std::string KeptLine(const RunState& state) {
   return "\r\nKept by the keep list: " + std::to_string(state.KeptCount);
 }
 
-std::string StayedNames(const RunState& state, size_t most) {
-  return Names("Not deleted:", state.Stayed, state.StayedCount, most, Line) +
-         Names("Kept:", state.Kept, state.KeptCount, most, KeptEntry);
+std::string StayedNames(const RunTotals& totals, size_t most) {
+  return Names("Not deleted:", *totals.Entries, Fate::kStayed, totals.StayedCount, most) +
+         Names("Kept:", *totals.Entries, Fate::kKept, totals.KeptCount, most);
 }
 
 }  // namespace quellix

@@ -5,19 +5,34 @@
 #include <vector>
 
 #include "platform/error.h"
+#include "platform/file_system.h"
 #include "run/run_state.h"
 
 namespace quellix {
 
-inline constexpr size_t kNamesShown = 200;  // of what stayed, in a log as it is shown
+inline constexpr size_t kNamesShown = 200;      // of what stayed, in a log as it is shown
+inline constexpr size_t kNamesSaved = 100'000;  // likewise, in a log that is saved
+
+// Notes what became of something, for the item in work.
+void NoteEntry(RunState& state, RunEntry entry);
+
+// Notes a file that was removed and adds it to the totals of the run and of the item. In the mode
+// that backs up, `archive` is where it is kept, "" where that is not known; null for nowhere.
+void CountRemoved(RunState& state, std::string_view path, const FileInfo& file,
+                  const std::string_view* archive);
 
 // Notes what a run was to remove and could not: it is named in the log with the reason, and the run
 // ends with kSomeFilesStayed. Only what failed with kInUse counts as locked or in use; what failed
 // with kKept is noted as kept, its reason being the line.
-void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind);
+void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind,
+                const FileInfo& seen = {});
 
 // Notes what a run came by and left because a line of the keep list names it.
+void NoteKept(RunState& state, RunEntry entry, std::string_view line);
 void NoteKept(RunState& state, std::string_view path, std::string_view line);
+
+// What is said of one thing that a line of the keep list keeps.
+std::string KeptSentence(std::string_view line);
 
 // What is to be said when files stayed: one sentence or two, or none.
 std::vector<std::string_view> StayedSentences(const RunState& state);
@@ -28,6 +43,6 @@ std::string NotBackedUpLine(const RunState& state);
 std::string KeptLine(const RunState& state);
 // The names of what stayed, and of what was kept, with their reasons, a line each, `most` of them,
 // behind an empty line and a heading; "" when nothing did.
-std::string StayedNames(const RunState& state, size_t most);
+std::string StayedNames(const RunTotals& totals, size_t most);
 
 }  // namespace quellix

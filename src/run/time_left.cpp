@@ -10,7 +10,7 @@ constexpr double kLeastPart = 0.01;
 constexpr double kStep = 10;  // seconds
 
 std::string About(double count, const char* unit) {
-  const auto whole = static_cast<uint64_t>(count + 0.5);
+  const long whole = std::lround(count);
   return "about " + std::to_string(whole) + " " + unit + (whole == 1 ? "" : "s") + " left";
 }
 

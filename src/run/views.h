@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -10,6 +11,7 @@
 namespace quellix {
 
 struct Item;
+struct RunTotals;
 
 // The categories of the log window, in its order.
 enum class Category { kFolderFiles, kMiscellaneous, kInternet, kFirefox, kPlugins, kRegistry };
@@ -31,6 +33,7 @@ struct RunReport {
   std::string files;         // the run's file count
   std::string space_gained;  // with its unit
   std::array<Outcome, kCategories> outcomes{};
+  std::shared_ptr<const RunTotals> totals;  // with all it came by
 };
 
 struct ProgressBar {
@@ -67,7 +70,7 @@ class RunView {
   // can answer, as in one, it is Yes.
   virtual bool AskToGoOn(std::string_view question) = 0;
   virtual void ShowReport(const RunReport& report) = 0;  // the log window
-  // The same of a hidden run: nothing is shown now.
+  // The same of a hidden run, or of one that was stopped: nothing is shown now.
   virtual void KeepReport(const RunReport& /*report*/) {}
 };
 

@@ -217,6 +217,7 @@ void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
 
 Removal RemoveFind(CleaningContext& context, const std::string& path, JunkKind kind) {
   Removal removal{Removal::kStays};
+  context.state.Entries->BeginRule(CategoryText(kind));
   const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kSize);
   if (!info) return {Removal::kVanished};
   removal.bytes = info->size;

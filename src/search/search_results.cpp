@@ -10,19 +10,6 @@
 namespace quellix {
 namespace {
 
-char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 0x20) : c; }
-
-// As the upper case of both compares; most texts are told apart before it is made.
-int CompareNoCase(std::string_view a, std::string_view b) {
-  const size_t length = std::min(a.size(), b.size());
-  for (size_t i = 0; i < length; ++i) {
-    if (((a[i] | b[i]) & 0x80) != 0) return UpCase(a.substr(i)).compare(UpCase(b.substr(i)));
-    const char x = AsciiUpper(a[i]), y = AsciiUpper(b[i]);
-    if (x != y) return x < y ? -1 : 1;
-  }
-  return a.size() == b.size() ? 0 : a.size() < b.size() ? -1 : 1;
-}
-
 template <typename Number>
 int CompareNumbers(Number a, Number b) {
   return a < b ? -1 : b < a ? 1 : 0;

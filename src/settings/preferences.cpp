@@ -63,10 +63,12 @@ constexpr Form kMethod = {
                   : kMethods[static_cast<size_t>(from.RemovalMode - kDelete)]};
     }};
 
-constexpr Form kDays = {[](Preferences& to, Text text) {
-                          to.OlderThanDays = std::max<int16_t>(ToInt16(text).value_or(0), 0);
-                        },
-                        [](const Preferences& from) { return std::to_string(from.OlderThanDays); }};
+// What is negative or no number counts as 0.
+template <auto Member>
+constexpr Form kCount = {[](Preferences& to, Text text) {
+                           to.*Member = std::max<int16_t>(ToInt16(text).value_or(0), 0);
+                         },
+                         [](const Preferences& from) { return std::to_string(from.*Member); }};
 
 constexpr size_t kShort = 255, kLong = 512;  // characters that a value is read to, less one
 
@@ -93,10 +95,14 @@ constexpr Row kRows[] = {
     {"General", "TrayIcon", kBox<&Preferences::tray_icon>},
     {"General", "WipeStep", kStep},
     {"General", "AllValues", kBox<&Preferences::AllValues>},
-    {"General", "OlderThanDays", kDays},
+    {"General", "OlderThanDays", kCount<&Preferences::OlderThanDays>},
+    {"General", "Ask", kBox<&Preferences::ask>},
+    {"General", "SelectRisky", kBox<&Preferences::select_risky>},
+    {"General", "KeepLogs", kCount<&Preferences::kept_logs>},
     {"Backup", "Strict", kBox<&Preferences::Strict>},
     {"Backup", "KeepOnAbort", kBox<&Preferences::KeepOnAbort>},
     {"Backup", "Registry", kBox<&Preferences::BackupRegistry>},
+    {"Backup", "KeepDays", kCount<&Preferences::KeepDays>},
     {"Backup", "Overwrite", kWord<&Preferences::overwrite>},
 };
 

@@ -23,6 +23,9 @@ struct Preferences : RemovalOptions {
   bool protect1 = false;  // the empty-files item may be used
   bool protect2 = false;  // the dead-shortcut item may be used
   bool tip_box = true;
+  bool ask = false;               // before what cannot be undone
+  bool select_risky = true;       // what loses data for good is ticked together with the others
+  int16_t kept_logs = 0;          // how many runs are kept for reading
   bool tray_icon = false;         // closing the window leaves an icon while cleaning is automatic
   std::string overwrite = "Ask";  // what a restore does where a file is there already
 

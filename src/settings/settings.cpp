@@ -52,7 +52,8 @@ void Settings::Save(const Preferences& preferences, const Preferences& stored, b
 // With the defaults a run would delete for good what its user wants to have backed up. A backup
 // folder tells that something was loaded before: it always has a default.
 void Settings::LoadDeletionSettings(RemovalOptions& options) const {
-  if (options.BackupFolder.empty() || IsReadable()) options = Load();
+  if (options.BackupFolder.empty() || IsReadable())
+    options = static_cast<const RemovalOptions&>(Load());
 }
 
 std::optional<std::string> Settings::LastCleaned() const {

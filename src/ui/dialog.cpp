@@ -51,6 +51,11 @@ void Dialog::Dispatch(MSG& message) {
   DispatchMessageW(&message);
 }
 
+bool Dialog::IsLetterForButton(const MSG& message) {
+  if (message.message != WM_CHAR || message.wParam <= L' ') return false;
+  return (SendMessageW(message.hwnd, WM_GETDLGCODE, 0, 0) & (DLGC_WANTCHARS | DLGC_HASSETSEL)) == 0;
+}
+
 // Null for a window that is none of ours.
 Dialog* Dialog::Of(HWND window) {
   if (!window || GetWindowLongPtrW(window, DWLP_DLGPROC) != reinterpret_cast<LONG_PTR>(Procedure)) {

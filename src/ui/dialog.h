@@ -51,6 +51,9 @@ class Dialog {
   virtual void OnDrawItem(const DRAWITEMSTRUCT& /*item*/) {}
   virtual void OnClose() { Close(); }
   virtual void OnEndSession() {}
+  // Whether it is a letter typed without Alt while the keyboard is on no field for text: it would
+  // press the button that it stands for. For windows in which that would remove something.
+  static bool IsLetterForButton(const MSG& message);
   // A key before the dialog sees it; true when it is used up.
   virtual bool OnKey(MSG& /*message*/) { return false; }
   virtual void OnDestroyed() {}

@@ -1,9 +1,15 @@
 #include "ui/frm_log.h"
 
+#include <sstream>
+
+#include "app/run_logs.h"
 #include "app/run_report.h"
+#include "app/run_table.h"
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "run/exit_code.h"
+#include "ui/control_text.h"
 #include "ui/resource.h"
 #include "ui/window_prompts.h"
 
@@ -15,30 +21,83 @@ constexpr int kTick = 0, kCross = 1;
 constexpr int kIcons[] = {icoTick, icoCross};
 
 constexpr Anchor kAnchors[] = {
-    {txtLog, 0, 0, 1, 1},   {lstvCategories, 1, 0, 1, 1},  {lblFilesCaption, 1, 1, 1, 1},
-    {lblFiles, 1, 1, 1, 1}, {lblSpaceCaption, 1, 1, 1, 1}, {lblSpace, 1, 1, 1, 1},
-    {cmdSave, 1, 1, 1, 1},  {IDCANCEL, 1, 1, 1, 1},
+    {txtLog, 0, 0, 1, 0.5},
+    {lstvCategories, 1, 0, 1, 0.5},
+    {lblFilesCaption, 1, 0.5, 1, 0.5},
+    {lblFiles, 1, 0.5, 1, 0.5},
+    {lblSpaceCaption, 1, 0.5, 1, 0.5},
+    {lblSpace, 1, 0.5, 1, 0.5},
+    {lblRunSummary, 0, 0.5, 1, 0.5},
+    {lblFilter, 1, 0.5, 1, 0.5},
+    {txtFilter, 1, 0.5, 1, 0.5},
+    {lstvRun, 0, 0.5, 1, 1},
+    {cmdOpenFolder, 0, 1, 0, 1},
+    {cmdCopy, 0, 1, 0, 1},
+    {cmdSave, 1, 1, 1, 1},
+    {IDCANCEL, 1, 1, 1, 1},
 };
+
+// What a log is saved as.
+constexpr FileFilter kForms[] = {{"Log Files ( *.log )", "*.log"},
+                                 {"Entries as text ( *.txt )", "*.txt"},
+                                 {"Entries as CSV ( *.csv )", "*.csv"},
+                                 {"The run as JSON ( *.json )", "*.json"}};
 
 }  // namespace
 
 void FrmLog::Show(HWND owner, const RunReport& report) {
-  report_ = report;
+  last_ = report_ = report;
   Create(frmLog, owner);
   ShowWindow(window(), SW_SHOW);
 }
 
+HWND FrmLog::FirstFocus() { return Control(IDCANCEL); }
+
 void FrmLog::OnInit() {
   layout().Add(kAnchors);
+  categories_.Attach(Control(lstvCategories), kColumns,
+                     [this](int row, int column) { return CategoryCell(row, column); });
+  entries_.Attach(window());
+  FillRuns();
+  ShowReport();
+}
+
+void FrmLog::ShowReport() {
   SetText(txtLog, report_.log);
   SetText(lblFiles, report_.files);
   SetText(lblSpace, report_.space_gained);
-  categories_.Attach(Control(lstvCategories), kColumns,
-                     [this](int row, int column) { return CategoryCell(row, column); });
   categories_.SetRows(static_cast<int>(kCategories));
+  categories_.Refresh();
+  entries_.Show(report_.totals->Entries, false);
 }
 
-void FrmLog::OnResolution() { categories_.SetResolution(dpi(), kColumns, kIcons); }
+// The run that was shown first, and behind it those that are kept.
+void FrmLog::FillRuns() {
+  runs_ = RunLogs(machine_).List();
+  std::vector<std::string> names = {"The last run"};
+  for (const std::string& run : runs_) names.push_back(RunLogs::TitleOf(run));
+  FillCombo(Control(cboRuns), names);
+  SendMessageW(Control(cboRuns), CB_SETCURSEL, 0, 0);
+}
+
+void FrmLog::ChooseRun() {
+  const LRESULT chosen = SendMessageW(Control(cboRuns), CB_GETCURSEL, 0, 0);
+  if (chosen < 0) return;
+  try {
+    report_ = chosen == 0
+                  ? last_
+                  : MakeReport(RunLogs(machine_).Read(runs_[static_cast<size_t>(chosen) - 1]),
+                               machine_.system.UserLocale());
+  } catch (const Error& error) {
+    return Tell(error.what());
+  }
+  ShowReport();
+}
+
+void FrmLog::OnResolution() {
+  categories_.SetResolution(dpi(), kColumns, kIcons);
+  entries_.OnResolution(dpi());
+}
 
 Cell FrmLog::CategoryCell(int row, int column) const {
   const Outcome outcome = report_.outcomes[static_cast<size_t>(row)];
@@ -47,35 +106,51 @@ Cell FrmLog::CategoryCell(int row, int column) const {
           outcome == Outcome::kCleaned ? kTick : kCross};
 }
 
-void FrmLog::OnCommand(int id, int /*code*/) {
+void FrmLog::OnCommand(int id, int code) {
+  if (entries_.OnCommand(id, code)) return;
+  if (id == cboRuns && code == CBN_SELCHANGE) ChooseRun();
   if (id == cmdSave) Save();
   if (id == IDCANCEL) Close();
 }
 
 LRESULT FrmLog::OnNotify(NMHDR& header) {
-  categories_.OnNotify(header);
-  return 0;
+  LRESULT result = 0;
+  if (!entries_.OnNotify(header, result)) categories_.OnNotify(header);
+  return result;
 }
+
+void FrmLog::OnContextMenu(HWND control, POINT screen) { entries_.OnContextMenu(control, screen); }
 
 HBRUSH FrmLog::OnControlColor(HDC target, HWND control) {
   return control == Control(txtLog) ? Paper(target) : nullptr;
+}
+
+std::string FrmLog::TextOf(size_t form) const {
+  if (form == 0) return report_.full_log;
+  if (form == 1) return EntryList(machine_.system, report_.totals->Entries, false).ToText();
+  std::ostringstream text;
+  const ReportTable table = TableOfRun("clean", *report_.totals, false);
+  form == 2 ? WriteCsv(text, table) : WriteJson(text, table, ExitCodeOf(*report_.totals));
+  return text.str();
 }
 
 // No run may begin meanwhile: it would close this window and the question with it.
 void FrmLog::Save() const {
   const HWND owner = GetWindow(window(), GW_OWNER);
   EnableWindow(owner, FALSE);
-  const std::optional<std::string> path =
-      AskWhereToSave(window(), {"Log Files ( *.log )", "*.log"}, "cleanup", "log");
+  const std::optional<SavePlace> place = AskWhereToSave(window(), kForms, "cleanup");
   EnableWindow(owner, TRUE);
-  if (!path) return;
+  if (!place) return;
   try {
-    files_.WriteWholeFile(*path, report_.full_log);
+    machine_.files.WriteWholeFile(place->path, TextOf(place->filter));
   } catch (const Error& error) {
-    const std::string text = std::string("The log could not be saved. ") + error.what();
-    MessageBoxW(window(), Wide(text).c_str(), Wide(kApplicationTitle).c_str(),
-                MB_OK | MB_ICONERROR);
+    Tell(std::string("The log could not be saved. ") + error.what());
   }
+}
+
+void FrmLog::Tell(const std::string& sentence) const {
+  MessageBoxW(window(), Wide(sentence).c_str(), Wide(kApplicationTitle).c_str(),
+              MB_OK | MB_ICONERROR);
 }
 
 }  // namespace quellix

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 
+#include "app/entry_list.h"
 #include "app/mod_shut_down.h"
+#include "app/preview_run.h"
 #include "app/run_report.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
@@ -21,11 +23,12 @@ namespace {
 constexpr Anchor kAnchors[] = {
     {lblTip, 2 / 3.0, 0, 1, 0}, {txtTip, 2 / 3.0, 0, 1, 1}, {cmdNextTip, 2 / 3.0, 1, 2 / 3.0, 1},
     {lblStatus, 0, 1, 1, 1},    {pgClean, 0, 1, 1, 1},      {lblCleanCaption, 0, 1, 0, 1},
-    {lblCleanDate, 0, 1, 1, 1}, {cmdClean, 1, 1, 1, 1},     {cmdStop, 1, 1, 1, 1},
+    {lblCleanDate, 0, 1, 1, 1}, {cmdPreview, 1, 1, 1, 1},   {cmdClean, 1, 1, 1, 1},
+    {cmdStop, 1, 1, 1, 1},
 };
 
-constexpr int kFooterControls[] = {lblStatus, lblCleanCaption, lblCleanDate,
-                                   pgClean,   cmdClean,        cmdStop};
+constexpr int kFooterControls[] = {lblStatus,  lblCleanCaption, lblCleanDate, pgClean,
+                                   cmdPreview, cmdClean,        cmdStop};
 
 struct TurnOffEntry {
   int entry;
@@ -82,6 +85,11 @@ void FrmMain::OnInit() {
   boxes_.ShowTicks();
   SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
   windows_.on_options = [this] { FollowSettings(); };
+  preview_.on_clean = [this](std::shared_ptr<RunChoice> choice) {
+    engine_.state().Choice = std::move(choice);
+    Run([this] { engine_.RunCleaning(); });
+  };
+  preview_.asks = [this] { return engine_.preferences().ask; };
   FollowSettings();
   display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
   display_.ReviewFinds(machine_);
@@ -167,9 +175,12 @@ void FrmMain::OnCommand(int id, int code) {
   if (boxes_.Toggle(id)) return boxes_.ShowTicks();
   if (TurnOff(id)) return;
   switch (id) {
+    case cmdPreview:
+    case mnuPreview:
+      return ShowPreview(LookAhead(nullptr));
     case cmdClean:
     case mnuClean:
-      return Run([this] { engine_.RunCleaning(); });
+      return Clean(nullptr);
     case mnuLastLog:
       return ShowLastLog();
     case mnuProcessPlugin:
@@ -188,6 +199,41 @@ bool FrmMain::TurnOff(int id) {
   if (command == std::end(kTurnOff)) return false;
   command->end_session(machine_.session);
   return true;
+}
+
+// A run that the user starts. Without anything that cannot be had back nothing is asked.
+void FrmMain::Clean(const Item* item) {
+  const auto clean = [this, item] {
+    item != nullptr ? engine_.RunOneItem(*item) : engine_.RunCleaning();
+  };
+  if (!engine_.preferences().ask) return Run(clean);
+  const std::shared_ptr<const RunEntries> found = LookAhead(item);
+  if (!found) return;
+  const std::string question = EntryList(machine_.system, found, true).Question();
+  if (question.empty()) return Run(clean);
+  switch (AskForGood(window(), question, item == nullptr)) {
+    case AskedForGood::kYes:
+      return Run(clean);
+    case AskedForGood::kShow:
+      return ShowPreview(found);
+    case AskedForGood::kCancel:
+      break;
+  }
+}
+
+// What a run would come by now; null when the look was stopped, or the window has gone.
+std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Item* item) {
+  PreviewRun preview(machine_, display_);
+  Run([&] { item != nullptr ? preview.RunOneItem(*item) : preview.Run(engine_.selection()); });
+  if (!window() || preview.state().AbortRequested) return nullptr;
+  if (preview.state().SomeErrors) Warn(preview.state().RunLog);
+  return preview.entries();
+}
+
+void FrmMain::ShowPreview(std::shared_ptr<const RunEntries> found) {
+  if (!found) return;
+  if (found->all.empty()) return prompts_.Inform("There is nothing to remove.");
+  preview_.Show(window(), std::move(found));
 }
 
 void FrmMain::Run(const std::function<void()>& work) {
@@ -215,7 +261,7 @@ void FrmMain::AfterRun(LongWork::End end) {
   const bool has_report = KeepReport();
   if (end == LongWork::End::kCloses) return Exit();
   if (!has_report) return;
-  if (!engine_.state().Hidden) return ShowLastLog();
+  if (!engine_.state().Hidden) return display_.is_kept_only() ? void() : ShowLastLog();
   const std::string told = BriefReport(engine_.context());
   tray_.SetText(Wide(std::string(kApplicationTitle) + "\n" + told).c_str());
   display_.SetStatus(told);
@@ -253,7 +299,7 @@ void FrmMain::ShowOneItemMenu(const Item& item, HWND box, POINT screen) {
   SetFocus(box);
   const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
                                     window(), nullptr);
-  if (chosen == mnuPopup) Run([&] { engine_.RunOneItem(item); });
+  if (chosen == mnuPopup) Clean(&item);
 }
 
 // The picture stands 10 dialog units to the left of the box.
@@ -319,7 +365,7 @@ void FrmMain::ShowTrayMenu(POINT screen) {
   PostMessageW(window(), WM_NULL, 0, 0);
   if (chosen == mnuTrayLog) ShowLastLog();
   if (chosen == mnuTrayOpen) ComeForward();
-  if (chosen == mnuTrayClean) Run([this] { engine_.RunCleaning(); });
+  if (chosen == mnuTrayClean) Clean(nullptr);
   if (chosen == mnuTrayExit) Exit();
 }
 

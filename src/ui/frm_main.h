@@ -8,6 +8,7 @@
 #include "run/exit_code.h"
 #include "ui/dialog.h"
 #include "ui/frm_log.h"
+#include "ui/frm_preview.h"
 #include "ui/item_boxes.h"
 #include "ui/long_work.h"
 #include "ui/menu_windows.h"
@@ -25,7 +26,8 @@ class FrmMain : public Dialog {
         display_(display),
         machine_(machine),
         boxes_(layout(), engine.selection()),
-        log_(machine.files),
+        log_(machine),
+        preview_(machine),
         windows_(engine, machine),
         tips_(machine) {}
 
@@ -61,6 +63,10 @@ class FrmMain : public Dialog {
   void GoToTray();
   void ComeForward() const;
   void ShowTrayMenu(POINT screen);
+  void Clean(const Item* item);
+  std::shared_ptr<const RunEntries> LookAhead(const Item* item);
+  void ShowPreview(std::shared_ptr<const RunEntries> found);
+  bool OnKey(MSG& message) override { return IsLetterForButton(message); }
   void Run(const std::function<void()>& work);
   void AfterRun(LongWork::End end);
   bool KeepReport();
@@ -79,6 +85,7 @@ class FrmMain : public Dialog {
   Machine machine_;
   ItemBoxes boxes_;
   FrmLog log_;
+  FrmPreview preview_;
   MenuWindows windows_;
   WindowPrompts prompts_;
   ToolTips tool_tips_;

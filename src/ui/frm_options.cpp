@@ -40,6 +40,8 @@ std::string TitleOf(int page) {
       return "General";
     case OptionsPage::kDeletion:
       return "Deletion";
+    case OptionsPage::kRuns:
+      return "Runs";
     case OptionsPage::kSearch:
       return "Search";
     case OptionsPage::kCookies:
@@ -78,6 +80,7 @@ void FrmOptions::OnInit() {
 void FrmOptions::MakePages() {
   pages_.push_back(std::make_unique<OptionsGeneralPage>(*context_));
   pages_.push_back(std::make_unique<OptionsDeletionPage>(*context_));
+  pages_.push_back(std::make_unique<OptionsRunsPage>(*context_));
   pages_.push_back(std::make_unique<OptionsSearchPage>(*context_));
   for (OptionList& list : options_->lists) {
     pages_.push_back(std::make_unique<OptionsListPage>(*context_, list));

@@ -4,6 +4,7 @@
 
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "settings/numbers.h"
 #include "settings/settings.h"
 
 namespace quellix {
@@ -31,6 +32,18 @@ constexpr SettingBox kDeletionBoxes[] = {{chkExtraSecurity, &GeneralOptions::ext
                                          {chkStrict, &GeneralOptions::Strict},
                                          {chkKeepOnAbort, &GeneralOptions::KeepOnAbort},
                                          {chkBackupRegistry, &GeneralOptions::BackupRegistry}};
+
+constexpr Anchor kRunsAnchors[] = {{fraBefore, 0, 0, 1, 0}, {fraAfter, 0, 0, 1, 0}};
+constexpr SettingBox kRunsBoxes[] = {{chkAsk, &GeneralOptions::ask},
+                                     {chkSelectRisky, &GeneralOptions::select_risky}};
+// Fields for whole numbers of up to four digits.
+constexpr struct {
+  int control;
+  int16_t GeneralOptions::*value;
+} kRunsNumbers[] = {{txtOlderThan, &GeneralOptions::OlderThanDays},
+                    {txtKeepLogs, &GeneralOptions::kept_logs},
+                    {txtKeepDays, &GeneralOptions::KeepDays}};
+constexpr WPARAM kMostDigits = 4;
 
 constexpr WPARAM kFastStep = 65536;
 
@@ -63,7 +76,7 @@ void OptionsGeneralPage::Fill() {
 // The Run value: said only while there is something to say.
 void OptionsGeneralPage::ShowSaved() {
   try {
-    const bool is_changed = LookAtRunEntry(context().machine) == RunEntry::kChanged;
+    const bool is_changed = LookAtRunValue(context().machine) == RunValue::kChanged;
     SetText(lblRunEntry,
             is_changed
                 ? "Another program changed how Quellix starts with Windows; OK sets it right."
@@ -142,6 +155,25 @@ void OptionsDeletionPage::BrowseForBackup() {
   const std::optional<std::string> folder =
       context().prompts.AskFolder("Keep the backups in this folder:");
   if (folder) SetText(txtBackup, *folder);
+}
+
+void OptionsRunsPage::Fill() {
+  layout().Add(kRunsAnchors);
+  ShowBoxes(kRunsBoxes);
+  for (const auto& number : kRunsNumbers) {
+    SendDlgItemMessageW(window(), number.control, EM_LIMITTEXT, kMostDigits, 0);
+    SetText(number.control, std::to_string(options().general.*number.value));
+  }
+}
+
+void OptionsRunsPage::OnControl(int id, int code) {
+  if (TakeBox(kRunsBoxes, id)) return Changed();
+  for (const auto& number : kRunsNumbers) {
+    if (number.control != id || code != EN_CHANGE) continue;
+    // More than four digits come from Settings.ini alone.
+    options().general.*number.value = ToInt16(TextOf(id)).value_or(0);
+    Changed();
+  }
 }
 
 void OptionsBackupsPage::Fill() {

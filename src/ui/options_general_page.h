@@ -35,6 +35,18 @@ class OptionsDeletionPage : public OptionsPageWindow {
   void BrowseForBackup();
 };
 
+// What is asked before a run, and what is kept of it.
+class OptionsRunsPage : public OptionsPageWindow {
+ public:
+  using OptionsPageWindow::OptionsPageWindow;
+  void Make(HWND owner) override { Create(frmOptionsRuns, owner); }
+
+ protected:
+  void Fill() override;
+  void OnControl(int id, int code) override;
+  const char* HelpTopic() const override { return "options-runs"; }
+};
+
 // Where the backups are, and the way to their window.
 class OptionsBackupsPage : public OptionsPageWindow {
  public:

@@ -9,6 +9,7 @@
 #define frmBackups 102
 #define frmOverwrite 103
 #define frmAskText 104
+#define frmPreview 105
 // 110 to 119: the Options window and its pages
 #define frmOptions 110
 #define frmOptionsGeneral 111
@@ -17,6 +18,7 @@
 #define frmOptionsList 114
 #define frmOptionsCookies 115
 #define frmOptionsBackups 116
+#define frmOptionsRuns 117
 
 // 120 to 129: the results of a junk search
 #define frmDeletetion 120
@@ -72,6 +74,7 @@
 #define mnuContents 234
 #define mnuLastLog 235
 #define mnuTrayLog 236
+#define mnuPreview 237
 // 240 to 249: turning the computer off, the tray
 #define mnuTurnOff 240
 #define mnuPowrOff 241
@@ -115,6 +118,11 @@
 #define mnuDeselectAll 401
 #define mnuDeleteSelected 402
 #define mnuDeleteAll 403
+
+// 410 to 419: on one entry of a run
+#define mnuEntry 410
+#define mnuCopy 411
+#define mnuKeepEntry 412
 
 // The items' boxes in run order: 1000 + Item::run_order.
 #define chkRecycleBin 1001
@@ -166,6 +174,7 @@
 #define cmdNextTip 1115
 #define tmrClean 1116
 #define tmrSettle 1117
+#define cmdPreview 1118
 
 // The log window
 #define txtLog 1201
@@ -175,6 +184,16 @@
 #define lblSpaceCaption 1205
 #define lblSpace 1206
 #define cmdSave 1207
+#define lblRuns 1208
+#define cboRuns 1209
+
+// What a run came by, in the log window and in a preview
+#define lstvRun 1221
+#define lblRunSummary 1222
+#define cmdOpenFolder 1223
+#define cmdCopy 1224
+#define cmdKeepEntry 1225
+#define cmdCleanTicked 1226
 
 // The Backups window
 #define lblArchives 1301
@@ -428,3 +447,21 @@
 #define lblBackupHint 2231
 #define txtBackupHint 2232
 #define cmdBackups 2233
+
+// Its page Runs
+#define fraBefore 2241
+#define chkAsk 2242
+#define chkSelectRisky 2243
+#define lblOlderThan 2244
+#define txtOlderThan 2245
+#define lblOlderThanUnit 2246
+#define lblOlderThanHint 2247
+#define fraAfter 2248
+#define lblKeepLogs 2249
+#define txtKeepLogs 2250
+#define lblKeepLogsUnit 2251
+#define lblKeepLogsHint 2252
+#define lblKeepDays 2253
+#define txtKeepDays 2254
+#define lblKeepDaysUnit 2255
+#define lblKeepDaysHint 2256

@@ -100,6 +100,7 @@ void RunDisplay::FlushCommands() {
                  TRUE);
   }
   EnableWindow(clean, commands_.clean);
+  EnableWindow(GetDlgItem(window_, cmdPreview), commands_.clean);
   EnableWindow(stop, commands_.stop);
   if (commands_.menus != shown_commands_.menus) EnableMenus(commands_.menus);
   shown_commands_ = commands_;

@@ -29,6 +29,8 @@ class RunDisplay : public RunView, public ResultsView {
   void Flush();
   // The report of the last finished run, once.
   std::optional<RunReport> TakeReport();
+  // Whether it is not to be shown now.
+  bool is_kept_only() const { return is_kept_only_; }
 
   bool Breathe() override { return pause_(); }
   void SetStatus(std::string_view text) override { status_.assign(text); }
@@ -38,8 +40,14 @@ class RunDisplay : public RunView, public ResultsView {
   void ShowLastCleaned(std::string_view text) override { last_cleaned_.assign(text); }
   void ShowCritical(std::string_view text) override;
   bool AskToGoOn(std::string_view question) override;
-  void ShowReport(const RunReport& report) override { report_ = report; }
-  void KeepReport(const RunReport& report) override { report_ = report; }
+  void ShowReport(const RunReport& report) override {
+    report_ = report;
+    is_kept_only_ = false;
+  }
+  void KeepReport(const RunReport& report) override {
+    report_ = report;
+    is_kept_only_ = true;
+  }
   bool OpenResults(SearchResults& results) override;
   void AwaitResults() override;
 
@@ -65,6 +73,7 @@ class RunDisplay : public RunView, public ResultsView {
   const Item* item_ = nullptr;
   const Item* shown_item_ = nullptr;
   std::optional<RunReport> report_;
+  bool is_kept_only_ = false;
   Pause pause_;
 };
 

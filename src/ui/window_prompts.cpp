@@ -4,6 +4,7 @@
 #include <shellapi.h>
 #include <shlobj.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "engine.h"
@@ -150,18 +151,47 @@ OverwriteAnswer WindowPrompts::AskOverwrite(std::string_view path) {
   }
 }
 
-std::optional<std::string> AskWhereToSave(HWND owner, const FileFilter& filter,
-                                          std::string_view name, std::string_view extension) {
+std::optional<SavePlace> AskWhereToSave(HWND owner, std::span<const FileFilter> filters,
+                                        std::string_view name) {
   std::vector<wchar_t> path(kLongestPath);
-  const std::wstring masks = FilterText({&filter, 1}), start = Wide(name), added = Wide(extension);
+  const std::wstring masks = FilterText(filters), start = Wide(name);
   start.copy(path.data(), path.size() - 1);
   OPENFILENAMEW dialog{};
   dialog.hwndOwner = owner;
   dialog.lpstrFilter = masks.c_str();
-  dialog.lpstrDefExt = added.c_str();
+  dialog.nFilterIndex = 1;
+  dialog.lpstrDefExt = L"";
   dialog.Flags = OFN_OVERWRITEPROMPT;
   if (!RunFileDialog("GetSaveFileNameW", dialog, path)) return {};
-  return Narrow(path.data());
+  SavePlace place{Narrow(path.data()),
+                  std::clamp<size_t>(dialog.nFilterIndex, 1, filters.size()) - 1};
+  const std::string_view extension = filters[place.filter].masks.substr(1);
+  const size_t dot = place.path.rfind('.');
+  if (dot == place.path.npos || dot < place.path.rfind('\\')) place.path += extension;
+  return place;
+}
+
+AskedForGood AskForGood(HWND owner, std::string_view question, bool shows) {
+  constexpr int kYes = 100, kShow = 101;
+  const std::wstring text = Wide(question), title = Wide(kApplicationTitle),
+                     verb = L"&" + text.substr(0, text.find(L' '));
+  const TASKDIALOG_BUTTON buttons[] = {{kYes, verb.c_str()}, {kShow, L"&Show what goes..."}};
+  TASKDIALOGCONFIG dialog{};
+  dialog.cbSize = sizeof(dialog);
+  dialog.hwndParent = owner;
+  dialog.dwFlags = TDF_ALLOW_DIALOG_CANCELLATION | TDF_POSITION_RELATIVE_TO_WINDOW;
+  dialog.dwCommonButtons = TDCBF_CANCEL_BUTTON;
+  dialog.pszWindowTitle = title.c_str();
+  dialog.pszMainIcon = TD_WARNING_ICON;
+  dialog.pszMainInstruction = text.c_str();
+  dialog.cButtons = shows ? 2 : 1;
+  dialog.pButtons = buttons;
+  dialog.nDefaultButton = IDCANCEL;
+  int pressed = IDCANCEL;
+  if (FAILED(TaskDialogIndirect(&dialog, &pressed, nullptr, nullptr))) return AskedForGood::kCancel;
+  return pressed == kYes    ? AskedForGood::kYes
+         : pressed == kShow ? AskedForGood::kShow
+                            : AskedForGood::kCancel;
 }
 
 bool OpenByShell(HWND owner, std::string_view target) {

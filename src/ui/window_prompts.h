@@ -22,10 +22,19 @@ class WindowPrompts : public Prompts {
   HWND owner_ = nullptr;
 };
 
-// A dialog that asks where to save; nothing when cancelled. `filter` is one title and its masks,
-// `extension` is added to a name without one.
-std::optional<std::string> AskWhereToSave(HWND owner, const FileFilter& filter,
-                                          std::string_view name, std::string_view extension);
+// A dialog that asks where to save, and as which of the filters (from 0); nothing when cancelled.
+// Each filter is a title and one mask, whose extension is added to a name without one.
+struct SavePlace {
+  std::string path;
+  size_t filter = 0;
+};
+std::optional<SavePlace> AskWhereToSave(HWND owner, std::span<const FileFilter> filters,
+                                        std::string_view name);
+
+// A question before what cannot be undone: its buttons say what they do, and Cancel is the default.
+enum class AskedForGood { kYes, kShow, kCancel };
+// `question` begins with the verb of the first button; `shows` adds one that shows what goes.
+AskedForGood AskForGood(HWND owner, std::string_view question, bool shows);
 
 // Opens a file, folder or address with the program Windows has for it; false when it has none.
 bool OpenByShell(HWND owner, std::string_view target);

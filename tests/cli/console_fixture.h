@@ -15,6 +15,9 @@ struct ProgramResult {
 // Runs quellixctl as its users do and waits for it.
 ProgramResult RunQuellixctl(const std::vector<std::string>& arguments);
 
+// A file of the console's own, outside of what is cleaned; on Windows another one each time.
+std::string OutputFile();
+
 // The arguments that name the fixture's machine and its settings folder.
 std::vector<std::string> MachineArguments(TestMachine& machine);
 

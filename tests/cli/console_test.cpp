@@ -128,8 +128,8 @@ TEST_F(ConsoleTest, FindsArePrintedAndRemovedOnlyWhenAsked) {
   EXPECT_TRUE(machine->Exists(scratch + "one.qxj"));
   const auto lock = machine->LockFile(scratch + "two.QXJ");
   Expect({"search", "unnecessary", "--delete", "--json"}, 3,
-         {"\"name\": \"one.qxj\",\n    \"bytes\": 5,", "\"deleted\": true",
-          "not deleted: " + scratch + "two.QXJ", "Files Deleted: 1 Space Gained: 5 Bytes"});
+         {"\"bytes\":5,", "\"removed\":true", "not deleted: " + scratch + "two.QXJ",
+          "Files Deleted: 1 Space Gained: 5 Bytes"});
   EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>{"two.QXJ"});
 }
 

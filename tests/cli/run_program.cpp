@@ -12,8 +12,6 @@ namespace quellix {
 std::string QuellixctlPath();
 std::string ShellCommand(const std::string& command);
 int ExitCodeOf(int status);
-// A file for a program's output, outside of what is cleaned.
-std::string OutputFile();
 
 ProgramResult RunQuellixctl(const std::vector<std::string>& arguments) {
   std::string command = "\"" + QuellixctlPath() + "\"";

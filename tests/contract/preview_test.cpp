@@ -204,12 +204,15 @@ TEST_F(PreviewContract, IniFilesAndTheShellAreChangedOnPaperOnly) {
   EXPECT_EQ(test_->machine().shell.QueryRecycleBin().items, 1u);
   test_->machine().shell.EmptyRecycleBin();
   // What this machine cannot do at all is told, not listed.
-  for (const auto& [feature, action] :
-       {std::pair{ShellFeature::kAddressHistory, &Shell::ClearAddressHistory},
-        std::pair{ShellFeature::kClipboard, &Shell::EmptyClipboard}}) {
+  struct Row {
+    ShellFeature feature;
+    void (Shell::*action)();
+  };
+  for (const Row& row : {Row{ShellFeature::kAddressHistory, &Shell::ClearAddressHistory},
+                         Row{ShellFeature::kClipboard, &Shell::EmptyClipboard}}) {
     const size_t count = preview_.changes().size();
-    const auto never = KindOf([&] { test_->machine().shell.Require(feature); });
-    EXPECT_EQ(KindOf([&] { (machine.shell.*action)(); }), never);
+    const auto never = KindOf([&] { test_->machine().shell.Require(row.feature); });
+    EXPECT_EQ(KindOf([&] { (machine.shell.*row.action)(); }), never);
     EXPECT_EQ(preview_.changes().size(), never ? count : count + 1);
   }
 }

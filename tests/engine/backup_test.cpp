@@ -144,13 +144,9 @@ TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
                          Row{"a missing drive, by default", "Q:\\safe\\", false},
                          Row{"a missing drive, strictly", "Q:\\safe\\", true}}) {
     SCOPED_TRACE(row.what);
+    static_cast<RunTotals&>(state) = {};
     state.Strict = row.strict;
-    state.SomeFilesLocked = false;
-    state.RunLog.clear();
-    state.RunFilesDeleted = state.FilesBackedUp = state.FilesNotBackedUp = 0;
     state.BackupFolder = row.folder;
-    state.BackupDrive.clear();
-    state.Stayed.clear();
     machine->MakeFile(tree + "a", "1");
     machine->MakeFile(tree + "b", "1");
     CleanInOrder({"a", "b"});
@@ -184,8 +180,9 @@ TEST_F(BackupTest, StrictlyAFileThatChangesAfterItWasArchivedStays) {
       machine->MakeFile(tree + "a", row.bytes);
       machine->SetLastWrite(tree + "a", row.time);
     };
-    state.FilesBackedUp = 0;
-    state.Stayed.clear();
+    const std::string drive = state.BackupDrive;
+    static_cast<RunTotals&>(state) = {};
+    state.BackupDrive = drive;
     CleanInOrder({"a", "b"});
     EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
     EXPECT_EQ(Read(tree + "a"), row.bytes);

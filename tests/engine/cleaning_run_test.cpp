@@ -197,7 +197,7 @@ TEST_F(CleaningRunTest, WhatStaysIsNamedWithTheReason) {
       NoteStayed(state(), path, "Cannot delete " + path + ": denied.", Error::Kind::kDenied);
     }
     AppendSummary(context);
-    const RunReport report = MakeReport(context);
+    const RunReport report = MakeReport(state(), ports.system.UserLocale());
     EXPECT_EQ(report.log.find(kLocked) != std::string::npos, row.locked > 0);
     EXPECT_EQ(report.log.find(kOther) != std::string::npos, row.denied > 0);
     EXPECT_EQ(ExitCodeOf(state()), row.locked + row.denied > 0 ? kSomeFilesStayed : kDone);

@@ -129,7 +129,7 @@ TEST_F(KeepListTest, ListsSearchesAndPlugInsHonourIt) {
   EXPECT_EQ(ExitCodeOf(engine.state()), kDone) << engine.state().RunLog;
   const std::string report = view.report ? view.report->full_log : "";
   for (const std::string& entry :
-       {scratch + "f\\b (by", scratch + "f\\s\\ (by", key + "\\v|v (by", key + "\\t (by"}) {
+       {scratch + "f\\b (by", scratch + "f\\s\\ (by", key + "\\v, v (by", key + "\\t (by"}) {
     EXPECT_NE(UpCase(report).find(UpCase(entry)), report.npos) << entry << report;
   }
 }

@@ -210,24 +210,24 @@ TEST_F(OptionsTest, StartingWithWindowsRepairsAndRemovesTheEntry) {
   struct Row {
     const char* name;
     RegistryValue value;
-    RunEntry entry;
+    RunValue entry;
   };
   const Row rows[] = {
-      {"ours", {kRegSz, ToUtf16Bytes(ours) + std::string(2, '\0')}, RunEntry::kOurs},
-      {"other case, no NUL", {kRegSz, ToUtf16Bytes(UpCase(ours))}, RunEntry::kOurs},
-      {"another program", {kRegSz, ToUtf16Bytes("C:\\other.exe")}, RunEntry::kChanged},
-      {"no switch", {kRegSz, ToUtf16Bytes(ours.substr(0, ours.size() - 3))}, RunEntry::kChanged},
-      {"no text", {kRegDword, std::string(4, '\1')}, RunEntry::kChanged},
-      {"empty", {kRegSz, ""}, RunEntry::kChanged},
+      {"ours", {kRegSz, ToUtf16Bytes(ours) + std::string(2, '\0')}, RunValue::kOurs},
+      {"other case, no NUL", {kRegSz, ToUtf16Bytes(UpCase(ours))}, RunValue::kOurs},
+      {"another program", {kRegSz, ToUtf16Bytes("C:\\other.exe")}, RunValue::kChanged},
+      {"no switch", {kRegSz, ToUtf16Bytes(ours.substr(0, ours.size() - 3))}, RunValue::kChanged},
+      {"no text", {kRegDword, std::string(4, '\1')}, RunValue::kChanged},
+      {"empty", {kRegSz, ""}, RunValue::kChanged},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     machine->SetRegistryValue(kUser, kRunKey, "Quellix", row.value);
-    EXPECT_EQ(LookAtRunEntry(ports), row.entry);
+    EXPECT_EQ(LookAtRunValue(ports), row.entry);
     Options options(ports);
     EXPECT_TRUE(options.general.start_with_windows);
     EXPECT_EQ(options.Save(), "");
-    EXPECT_EQ(LookAtRunEntry(ports), RunEntry::kOurs);
+    EXPECT_EQ(LookAtRunValue(ports), RunValue::kOurs);
     options.general.start_with_windows = false;
     EXPECT_EQ(options.Save(), "");
     EXPECT_EQ(RunEntryText(), "<missing>");
@@ -301,8 +301,8 @@ TEST_F(OptionsTest, AFailedWriteIsToldAndLosesNothing) {
   OptionList& files = options.lists[4];
   ASSERT_EQ(files.Add("C:\\b.txt", ""), "");
   {
-    const auto locks = {machine->LockFile(ports.program_folder + "\\Settings.ini"),
-                        machine->LockFile(ports.program_folder + "\\UDFI.txt")};
+    [[maybe_unused]] const auto locks = {machine->LockFile(ports.program_folder + "\\Settings.ini"),
+                                         machine->LockFile(ports.program_folder + "\\UDFI.txt")};
     const auto denied = machine->DenyRegistryWrites(kUser, kRunKey);
     const std::string problems = options.Save();
     for (const char* part :
@@ -317,7 +317,7 @@ TEST_F(OptionsTest, AFailedWriteIsToldAndLosesNothing) {
   EXPECT_EQ(options.Save(), "");
   EXPECT_EQ(ReadProgramFile("UDFI.txt"), "C:\\a.txt\r\nC:\\b.txt\r\n");
   EXPECT_TRUE(LoadGeneralOptions(ports).tip_box);
-  EXPECT_EQ(LookAtRunEntry(ports), RunEntry::kOurs);
+  EXPECT_EQ(LookAtRunValue(ports), RunValue::kOurs);
 }
 
 TEST_F(OptionsTest, WhatCannotBeReadIsToldAndNotWritten) {

@@ -1,82 +1,242 @@
-#include <algorithm>
+// A preview and the run that follows it, over trees, registries, keep lists and locks that a number
+// makes: what the one lists the other does, entry by entry, and nothing else.
+#include <random>
 #include <set>
 
-#include "backup/preview_archive.h"
-#include "platform/preview/preview_machine.h"
-#include "support/run_fixture.h"
+#include "app/entry_list.h"
+#include "app/preview_run.h"
+#include "platform/path.h"
+#include "run/exit_code.h"
+#include "support/registry_fixture.h"
 
 namespace quellix {
 namespace {
 
-using Paths = std::set<std::string>;
+using Lines = std::multiset<std::string>;
 
-class PreviewRunTest : public RunFixture {
+constexpr const char* kPluginKey = "Qx1";
+constexpr const char* kPlugin = "qx.cdp";
+
+class PreviewRunTest : public RegistryFixture {
  protected:
-  // Everything in two folders, by full path, folders without "\" at their end.
-  Paths Everything() {
-    Paths paths;
-    for (const std::string& folder : {temp, scratch}) {
-      for (std::string name : machine->Tree(folder)) {
-        if (name.ends_with('\\')) name.pop_back();
-        paths.insert(UpCase(folder + name));
+  // What the items below work on, and all of the program's folder but what runs write there.
+  RegistryPicture PictureOfFiles() {
+    RegistryPicture picture;
+    for (const std::string& folder : {temp, scratch, ports.program_folder + "\\"}) {
+      for (const std::string& name : machine->Tree(folder)) {
+        if (name == "Settings.ini" || name.starts_with("Backup")) continue;
+        const bool is_folder = name.ends_with('\\');
+        picture[folder + std::string(WithoutBackslash(name))] =
+            is_folder ? "" : Bytes(folder + name);
       }
     }
-    return paths;
+    return picture;
   }
-  static Paths Files(const ChangeLog& changes) {
-    Paths paths;
-    for (const Change& change : changes) {
-      if (change.kind <= ChangeKind::kRemoveFolder) paths.insert(UpCase(change.target));
+  // What someone holds open need not be readable.
+  std::string Bytes(const std::string& path) try {
+    return ports.files.ReadWholeFile(path).value_or("?");
+  } catch (const Error&) {
+    return "held";
+  }
+  RegistryPicture PictureOfRegistry() {
+    RegistryPicture picture;
+    for (const char* key : {kRunMruKey, kTypedUrlsKey, kPluginKey}) Picture(kUser, key, picture);
+    return picture;
+  }
+  RegistryPicture PictureOfBoth() {
+    RegistryPicture picture = PictureOfFiles();
+    picture.merge(PictureOfRegistry());
+    return picture;
+  }
+
+  static Lines LinesOf(const RunState& state, bool with_notes) {
+    Lines lines;
+    for (const RunEntry& entry : state.Entries->all) {
+      lines.insert(std::string(KindText(entry.kind)) + " " + PlaceText(entry) + " " +
+                   std::to_string(static_cast<int>(entry.fate)) + " " +
+                   std::to_string(static_cast<int>(entry.way)) + std::to_string(entry.item) + " " +
+                   state.Entries->rules[entry.rule] + " " + std::to_string(entry.bytes) +
+                   (with_notes ? " " + entry.note : ""));
     }
-    return paths;
+    return lines;
   }
+
+  int Below(int limit) { return static_cast<int>(random_() % static_cast<unsigned>(limit)); }
+  std::string Name() {
+    static constexpr const char* kNames[] = {"a.tmp", "B.TMP",      "c.log", "sub",  "Sub 2",
+                                             "d",     "\xC3\xA9.x", "e.bak", "deep", "f .tmp"};
+    return kNames[Below(10)];
+  }
+  void MakeTree(const std::string& folder) {
+    for (int i = 0, count = 2 + Below(8); i < count; ++i) {
+      std::string path = folder;
+      for (int depth = Below(3); depth > 0; --depth) path += "f" + std::to_string(Below(3)) + "\\";
+      path += Name();
+      if (machine->Exists(path)) continue;
+      machine->MakeFile(path, std::string(static_cast<size_t>(Below(300)), 'x'));
+      if (Below(4) == 0) ports.files.SetAttributes(path, kReadOnly | kHidden);
+      if (Below(8) == 0) locks_.push_back(machine->LockFile(path));
+      if (Below(6) == 0) kept_ += path + "\r\n";
+    }
+    if (Below(2) == 0) machine->MakeFolder(folder + "empty\\below");
+  }
+  void Seed(unsigned number) {
+    random_.seed(number);
+    kept_ = Below(2) == 0 ? "*.bak\r\n" : "";
+    for (const char* folder : {"mine\\", "recipe\\"}) MakeTree(scratch + folder);
+    MakeTree(temp);
+    machine->MakeFile(scratch + "listed.txt", "1");
+    machine->MakeFile(scratch + "app.ini", "[Recent]\r\nA=1\r\nB=2\r\n[Other]\r\nC=3\r\n");
+    for (const char* key : {kRunMruKey, kTypedUrlsKey, kPluginKey}) {
+      machine->RemoveRegistryTree(kUser, key);
+      for (int i = Below(4); i > 0; --i) {
+        machine->SetText(kUser, std::string(key) + (Below(4) == 0 ? "\\deep" : ""),
+                         "v" + std::to_string(i), "text");
+      }
+    }
+    if (Below(3) == 0) kept_ += std::string("HKEY_CURRENT_USER\\") + kTypedUrlsKey + "|v1\r\n";
+    const std::string own = ports.program_folder + "\\";
+    machine->MakeFile(own + "keep.txt", kept_);
+    machine->MakeFile(own + "UDFI.txt", scratch + "listed.txt\r\n" + scratch + "none.txt\r\n");
+    machine->MakeFile(own + "UDFO.txt", scratch + "mine\r\n");
+    machine->MakeFile(own + "Plugins\\" + kPlugin,
+                      std::string("F\x01Yes\x01Yes\x01") + scratch + "recipe\\*.tmp\r\n" + "I\x01" +
+                          "app.ini\x01Recent\x01No\x01" + "B\x01" + scratch + "\r\n" +
+                          "R\x01Yes\x01No\x01HKEY_CURRENT_USER\\" + kPluginKey + "\x01\r\n");
+    machine->MakeFile(own + "plg.txt", std::string("1\x01") + kPlugin + "\x01Qx\r\n");
+    WriteSettings("[General]\r\nDelMethod=" + std::string(1, "DRWB"[Below(4)]) +
+                  "\r\nWipeStep=4096\r\n[Backup]\r\nStrict=" + std::to_string(Below(2)) + "\r\n");
+    Tick({"CleanTempFiles", "CleanRunMRU", "CleanTypedURL", "CleanUserFiles", "CleanUserFolders",
+          "CleanPlugins"});
+  }
+  void Clear() {
+    locks_.clear();
+    Clear({temp, scratch});
+  }
+  void Clear(std::initializer_list<std::string> folders) {
+    for (const std::string& folder : folders) {
+      for (const std::string& name : machine->Tree(folder)) {
+        if (!name.ends_with('\\')) ports.files.RemoveFile(folder + name);
+      }
+    }
+  }
+  void TearDown() override { Clear(); }
+
+  std::vector<std::shared_ptr<void>> locks_;
+
+ private:
+  std::minstd_rand random_;
+  std::string kept_;
 };
 
-TEST_F(PreviewRunTest, WhatAPreviewListsIsWhatARunThenRemoves) {
-  const struct {
-    const char* name;
-    const char* settings;
-  } kRows[] = {{"delete", "[General]\r\nDelMethod=D\r\n"},
-               {"recycle", "[General]\r\nDelMethod=R\r\n"},
-               {"wipe", "[General]\r\nDelMethod=W\r\nRename=1\r\nWipeStep=4096\r\n"},
-               {"back up", "[General]\r\nDelMethod=B\r\n[Backup]\r\nStrict=1\r\n"}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    for (const char* name : {"qx a", "qx sub\\b", "qx sub\\deep\\c"}) {
-      machine->MakeFile(temp + name, "123");
-    }
-    machine->MakeFile(scratch + "kept", "1");
-    machine->MakeFile(scratch + "mine\\listed.txt", "12");
-    machine->RemoveRegistryTree(kUser, kRunMruKey);
-    machine->SetText(kUser, kRunMruKey, "a", "x");
-    machine->SetText(kUser, kRunMruKey, "MRUList", "a");
-    WriteSettings(row.settings);
-    machine->MakeFile(ports.program_folder + "\\UDFI.txt", scratch + "mine\\listed.txt\r\n");
-    Tick({"CleanTempFiles", "CleanRunMRU", "CleanUserFiles"});
-    const Paths before = Everything();
-    const std::string settings_before = ReadProgramFile("Settings.ini");
+// The places that an entry that is removed takes along.
+bool Takes(const RunEntry& entry, const std::string& place) {
+  switch (entry.kind) {
+    case EntryKind::kRegistryValue:
+      return EqualsNoCase(place, entry.place + ":" + entry.part);
+    case EntryKind::kRegistryKey:
+      return EqualsNoCase(place.substr(0, entry.place.size()), entry.place);
+    default:
+      return EqualsNoCase(place, entry.place);
+  }
+}
 
-    PreviewMachine preview(ports);
-    PreviewArchive archive(preview.machine().files);
-    Engine previewed(preview.machine(), view, &archive);
-    for (const Item& item : AllItems()) {
-      previewed.selection().SetChecked(item, engine.selection().IsChecked(item));
-    }
-    previewed.RunCleaning();
-    EXPECT_EQ(Everything(), before);
-    EXPECT_EQ(ReadProgramFile("Settings.ini"), settings_before);
-    EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 2u);
-    const std::string log = previewed.state().RunLog;
+TEST_F(PreviewRunTest, WhatAPreviewListsIsWhatARunThenDoes) {
+  size_t removed = 0, stayed = 0, kept = 0;
+  for (unsigned number = 1; number <= 12; ++number) {
+    SCOPED_TRACE(number);
+    Seed(number);
+    const RegistryPicture before = PictureOfBoth();
+    const std::string stored = ReadProgramFile("Settings.ini");
+
+    PreviewRun previewed(ports, view);
+    previewed.Run(engine.selection());
+    EXPECT_EQ(PictureOfBoth(), before);
+    EXPECT_EQ(ReadProgramFile("Settings.ini"), stored);
 
     engine.RunCleaning();
-    Paths gone;
-    const Paths after = Everything();
-    std::set_difference(before.begin(), before.end(), after.begin(), after.end(),
-                        std::inserter(gone, gone.end()));
-    EXPECT_EQ(Files(preview.changes()), gone);
-    EXPECT_GE(gone.size(), 6u);
-    EXPECT_EQ(std::ranges::count(preview.changes(), ChangeKind::kDeleteValue, &Change::kind), 2);
-    EXPECT_EQ(engine.state().RunLog, log) << "the same log";
+    // What stays has its reason from another call of the system.
+    EXPECT_EQ(LinesOf(previewed.state(), false), LinesOf(engine.state(), false));
+    EXPECT_EQ(ExitCodeOf(previewed.state()), ExitCodeOf(engine.state()));
+    RegistryPicture after = PictureOfBoth(), expected = before;
+    for (const RunEntry& entry : engine.state().Entries->all) {
+      const Fate fate = entry.fate;
+      ++(fate == Fate::kRemoved ? removed : fate == Fate::kKept ? kept : stayed);
+      if (fate == Fate::kRemoved)
+        std::erase_if(expected, [&](const auto& row) { return Takes(entry, row.first); });
+      EXPECT_EQ(entry.note.empty(), fate == Fate::kRemoved) << PlaceText(entry);
+    }
+    // An INI file stays without what went of it; its bytes are other tests' matter.
+    for (RegistryPicture* const picture : {&expected, &after}) picture->erase(scratch + "app.ini");
+    EXPECT_EQ(after, expected);
+    Clear();
+  }
+  EXPECT_GT(removed, 100u);
+  EXPECT_GT(stayed, 5u);
+  EXPECT_GT(kept, 5u);
+}
+
+TEST_F(PreviewRunTest, OfAPreviewOnlyWhatIsTickedGoesAndNothingThatCameLater) {
+  size_t removed = 0;
+  for (unsigned number = 20; number <= 26; ++number) {
+    SCOPED_TRACE(number);
+    Seed(number);
+    PreviewRun previewed(ports, view);
+    previewed.Run(engine.selection());
+    const std::shared_ptr<const RunEntries> seen = previewed.entries();
+    EntryList list(ports.system, seen, true);
+    for (size_t row = 0; row < list.RowCount(); row += 2) list.SetTicked(row, false);
+    Lines ticked;
+    for (size_t row = 0; row < list.RowCount(); ++row) {
+      const RunEntry& entry = list.At(row);
+      if (entry.fate != Fate::kRemoved) list.SetTicked(row, true);  // changes nothing
+      // A folder that holds what was not ticked is not empty.
+      if (list.IsTicked(row) && entry.fate == Fate::kRemoved && entry.kind != EntryKind::kFolder)
+        ticked.insert(UpCase(PlaceText(entry)));
+    }
+    machine->MakeFile(temp + "came later", "1");
+    machine->MakeFile(scratch + "mine\\came later", "1");
+    engine.state().Choice =
+        std::make_shared<RunChoice>(*seen, [&list](size_t row) { return list.IsTicked(row); });
+    engine.RunCleaning();
+    Lines gone;
+    for (const RunEntry& entry : engine.state().Entries->all) {
+      if (entry.fate != Fate::kRemoved || entry.kind == EntryKind::kFolder) continue;
+      gone.insert(UpCase(PlaceText(entry)));
+    }
+    EXPECT_EQ(gone, ticked);
+    removed += gone.size();
+    for (const std::string& entry : ticked) EXPECT_FALSE(machine->Exists(entry)) << entry;
+    EXPECT_TRUE(machine->Exists(temp + "came later") &&
+                machine->Exists(scratch + "mine\\came later"));
+    EXPECT_NE(engine.state().RunLog.find("not in the preview: "), std::string::npos);
+    EXPECT_EQ(engine.state().Choice, nullptr);
+    Clear();
+  }
+  EXPECT_GT(removed, 30u);
+}
+
+TEST_F(PreviewRunTest, TheQuestionCountsWhatCannotBeHadBack) {
+  const struct {
+    const char* settings;
+    const char* question;
+  } kRows[] = {
+      {"[General]\r\nDelMethod=D\r\n", "Delete 2 files (7 Bytes) and 1 other thing for good?"},
+      {"[General]\r\nDelMethod=W\r\n", "Wipe 2 files (7 Bytes) and 1 other thing for good?"},
+      {"[General]\r\nDelMethod=R\r\n", "Delete 1 thing for good?"},
+      {"[General]\r\nDelMethod=B\r\n", ""}};
+  machine->MakeFile(scratch + "mine\\a", "1234");
+  machine->MakeFile(scratch + "mine\\b", "123");
+  machine->MakeFile(ports.program_folder + "\\UDFO.txt", scratch + "mine\r\n");
+  machine->RemoveRegistryTree(kUser, kRunMruKey);
+  machine->SetText(kUser, kRunMruKey, "a", "x");
+  for (const auto& row : kRows) {
+    WriteSettings(row.settings);
+    Tick({"CleanUserFolders", "CleanRunMRU"});
+    Clear({temp});
+    PreviewRun previewed(ports, view);
+    previewed.Run(engine.selection());
+    EXPECT_EQ(EntryList(ports.system, previewed.entries(), true).Question(), row.question);
   }
 }
 

@@ -56,6 +56,7 @@ class ForwardingFolder : public Folder {
   void Flush() override { folder_->Flush(); }
   void RemoveFile(std::string_view name) override { folder_->RemoveFile(name); }
   void RemoveFolder(std::string_view name) override { folder_->RemoveFolder(name); }
+  void RequireRemovable(std::string_view name) override { folder_->RequireRemovable(name); }
   void Recycle(std::string_view name) override { folder_->Recycle(name); }
   void SetAttributes(std::string_view name, uint32_t attributes) override {
     folder_->SetAttributes(name, attributes);

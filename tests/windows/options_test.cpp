@@ -12,8 +12,8 @@ namespace {
 constexpr wchar_t kRunKey[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Run";
 constexpr wchar_t kShellFolders[] =
     L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
-constexpr const char* kFiles[] = {"srch.txt", "IFI.txt",  "IE.txt",   "UDIFO.txt",
-                                  "UNFI.txt", "UDFI.txt", "UDFO.txt", "ck.txt"};
+constexpr const char* kFiles[] = {"srch.txt", "IFI.txt",  "IE.txt", "UDIFO.txt", "UNFI.txt",
+                                  "UDFI.txt", "UDFO.txt", "ck.txt", "keep.txt"};
 constexpr int kFileName = 0x47C, kFileNameWithoutList = 0x480;  // of the system's file dialogs
 
 // One list, its bytes after two entries were added, the first changed and the second removed.
@@ -33,6 +33,8 @@ const struct List {
      "C:\\\xC3\xBC.txt\r\n", nullptr},
     {OptionsPage::kUserFolders, "UDFO.txt", L"C:\\Junk\\", L"C:\\Old", L"C:\\New", "C:\\New\r\n",
      nullptr},
+    {OptionsPage::kKeep, "keep.txt", L"*.doc", L"C:\\Old", L"site:example.com",
+     "site:example.com\r\n", nullptr},
 };
 
 class FrmOptionsTest : public ::testing::Test {
@@ -103,12 +105,18 @@ TEST_F(FrmOptionsTest, GeneralAndDeletionAreWrittenToTheByteAndApplied) {
   }
   options.Choose(cmbWipeStep, 1);
   options.Type(txtBackup, L"C:\\Saf\u00E9");
+  options.GoTo(OptionsPage::kRuns);
+  for (const int box : {chkAsk, chkSelectRisky}) options.Click(box);
+  options.Type(txtOlderThan, L"7");
+  options.Type(txtKeepLogs, L"20");
+  options.Type(txtKeepDays, L"30");
   Apply(options);
   EXPECT_EQ(ReadFile("Settings.ini"),
             "[General]\r\nStartupClean=1\r\nAutoClean=1\r\nHM=0\r\nDuration=45\r\nDelMethod=B\r\n"
             "ExtraS=1\r\nRename=1\r\nProtect1=1\r\nProtect2=1\r\nTipBox=0\r\nTrayIcon=1\r\n"
-            "WipeStep=65536\r\n[Backup]\r\nPath=C:\\Saf\xC3\xA9\\\r\nStrict=1\r\nKeepOnAbort=1\r\n"
-            "Registry=0\r\n");
+            "WipeStep=65536\r\nOlderThanDays=7\r\nAsk=1\r\nSelectRisky=0\r\nKeepLogs=20\r\n"
+            "[Backup]\r\nPath=C:\\Saf\xC3\xA9\\\r\nStrict=1\r\nKeepOnAbort=1\r\n"
+            "Registry=0\r\nKeepDays=30\r\n");
   EXPECT_EQ(RunEntry(), L"\"" + (ProgramFolder() / "quellix.exe").wstring() + L"\" -S");
   EXPECT_TRUE(is_applied(true));
   for (const auto& [button, letter] : {std::pair(optWipe, "W"), std::pair(optRecyclebin, "R"),

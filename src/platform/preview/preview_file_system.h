@@ -17,7 +17,8 @@ namespace quellix {
 
 // The files of another file system, every change recorded instead of made: what was removed is no
 // longer seen, what was written is kept in memory. `inner` is never asked to change anything, nor
-// to open a file for writing; so what is in use or denied is not known here.
+// to open a file for writing. What could not be removed, because it is in use or denied, is asked
+// of it, as far as it can tell.
 //
 // What became of a name is kept by the identity of its folder, so that every path to it tells the
 // same. A file opened with OpenMode::kWrite has no bytes, so that wiping a large one takes no time.

@@ -200,6 +200,7 @@ void PreviewFolder::Record(ChangeKind kind, std::string_view name, uint64_t byte
 void PreviewFolder::Take(std::string_view name, std::optional<ChangeKind> kind) {
   const FileInfo info = NeedFile(name);
   const std::string real = RealName(name);
+  if (inner_ && !real.empty()) inner_->RequireRemovable(real);
   // One renamed before is told by the name it has on the disk; one made here leaves no trace.
   if (!real.empty()) {
     if (kind) Record(*kind, real, info.size);
@@ -208,6 +209,11 @@ void PreviewFolder::Take(std::string_view name, std::optional<ChangeKind> kind) 
     Record(*kind, name, old->size);
   }
   Put(name, {});
+}
+
+void PreviewFolder::RequireRemovable(std::string_view name) {
+  const std::string real = RealName(name);
+  if (inner_ && !real.empty()) inner_->RequireRemovable(real);
 }
 
 void PreviewFolder::Recycle(std::string_view name) {
@@ -228,6 +234,7 @@ void PreviewFolder::RemoveFolder(std::string_view name) {
   }
   if (!is_empty) Fail(Error::Kind::kNotEmpty, "The folder is not empty", PathOf(name));
   if (const auto there = inner_ ? inner_->IdOf(name) : std::nullopt) {
+    inner_->RequireRemovable(name);
     Record(ChangeKind::kRemoveFolder, name);
     if (!info.is_link) files_.gone_folders_.insert(*there);
   }

@@ -31,6 +31,7 @@ class PreviewFolder : public Folder {
   void Flush() override {}
   void RemoveFile(std::string_view name) override { Take(name, ChangeKind::kRemoveFile); }
   void RemoveFolder(std::string_view name) override;
+  void RequireRemovable(std::string_view name) override;
   void Recycle(std::string_view name) override;
   void SetAttributes(std::string_view name, uint32_t attributes) override;
 

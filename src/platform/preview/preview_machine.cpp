@@ -10,18 +10,20 @@ void PreviewProfile::Name(size_t before, ChangeKind kind, const std::string& par
   log_.back().bytes = 0;
 }
 
-void PreviewProfile::DeleteKey(std::string_view file, std::string_view section,
+bool PreviewProfile::DeleteKey(std::string_view file, std::string_view section,
                                std::string_view key) {
   const size_t before = log_.size();
-  IniFiles::DeleteKey(file, section, key);
+  const bool found = IniFiles::DeleteKey(file, section, key);
   const std::string header = "[" + std::string(section) + "]";
   Name(before, ChangeKind::kEraseIniKey, header + " " + std::string(key));
+  return found;
 }
 
-void PreviewProfile::DeleteSection(std::string_view file, std::string_view section) {
+bool PreviewProfile::DeleteSection(std::string_view file, std::string_view section) {
   const size_t before = log_.size();
-  IniFiles::DeleteSection(file, section);
+  const bool found = IniFiles::DeleteSection(file, section);
   Name(before, ChangeKind::kEraseIniSection, "[" + std::string(section) + "]");
+  return found;
 }
 
 PreviewMachine::PreviewMachine(const Machine& inner)

@@ -13,8 +13,8 @@ class PreviewProfile : public IniFiles {
   PreviewProfile(FileSystem& files, System& system, ChangeLog& log)
       : IniFiles(files, system), log_(log) {}
 
-  void DeleteKey(std::string_view file, std::string_view section, std::string_view key) override;
-  void DeleteSection(std::string_view file, std::string_view section) override;
+  bool DeleteKey(std::string_view file, std::string_view section, std::string_view key) override;
+  bool DeleteSection(std::string_view file, std::string_view section) override;
 
  private:
   void Name(size_t before, ChangeKind kind, const std::string& part);

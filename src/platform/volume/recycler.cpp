@@ -44,7 +44,7 @@ std::string RandomName(std::string_view extension) {
 // follows it.
 std::string MakeIndex(Folder& bin, std::string_view extension, std::string_view bytes) {
   for (;;) {
-    const std::string name = RandomName(extension);
+    std::string name = RandomName(extension);
     if (bin.Look("$R" + name, Detail::kKind)) continue;
     try {
       const auto file = bin.Open("$I" + name, OpenMode::kCreateNew);

@@ -1,6 +1,7 @@
 #include "platform/volume/volume_folder.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 
 #include <algorithm>
@@ -31,6 +32,14 @@ std::string NameOfFd(int fd) {
   const std::string link = "/proc/self/fd/" + std::to_string(fd);
   const ssize_t size = readlink(link.c_str(), name, sizeof name);
   return size <= 0 || size == sizeof name ? "" : std::string(name, static_cast<size_t>(size));
+}
+
+// Of a name, or with "" of the folder itself: kept from removal by an attribute of its own.
+bool IsImmutable(int fd, const std::string& name) {
+  struct statx state {};
+  const int flags = AT_SYMLINK_NOFOLLOW | (name.empty() ? AT_EMPTY_PATH : 0);
+  return statx(fd, name.c_str(), flags, 0, &state) == 0 &&
+         (state.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0;
 }
 
 }  // namespace
@@ -261,6 +270,17 @@ void VolumeFolder::RemoveFolder(std::string_view name) {
     throw Error(Error::Kind::kOther, "This is a file, not a folder: " + PathOf(name));
   }
   if (unlinkat(fd(), entry.name.c_str(), is_link ? 0 : AT_REMOVEDIR) != 0) Fail(errno, name);
+}
+
+void VolumeFolder::RequireRemovable(std::string_view name) {
+  if (!holds_names_) {
+    holds_names_ = faccessat(fd(), ".", W_OK | X_OK, AT_EACCESS) != 0 ? errno
+                   : IsImmutable(fd(), "")                            ? EPERM
+                                                                      : 0;
+  }
+  const std::string exact = looked_ == name ? looked_ : Need(name).name;
+  const int code = *holds_names_ == 0 && IsImmutable(fd(), exact) ? EPERM : *holds_names_;
+  if (code != 0) Fail(code, name);
 }
 
 void VolumeFolder::SetAttributes(std::string_view name, uint32_t attributes) {

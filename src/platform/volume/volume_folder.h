@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "platform/volume/volume_drive.h"
@@ -32,6 +33,7 @@ class VolumeFolder : public Folder {
   void Flush() override;
   void RemoveFile(std::string_view name) override;
   void RemoveFolder(std::string_view name) override;
+  void RequireRemovable(std::string_view name) override;
   void Recycle(std::string_view name) override;
   void SetAttributes(std::string_view name, uint32_t attributes) override;
 
@@ -62,6 +64,7 @@ class VolumeFolder : public Folder {
   std::string path_;
   // The file looked at last: who removes it next need not look again.
   std::string looked_;
+  std::optional<int> holds_names_;  // errno of whoever removes something here; 0 for none
 };
 
 // Throws the Error for a folder that could not be opened, unless errno says that it is missing.

@@ -29,6 +29,7 @@ class Win32Folder : public Folder {
   void Flush() override;
   void RemoveFile(std::string_view name) override;
   void RemoveFolder(std::string_view name) override;
+  void RequireRemovable(std::string_view name) override;
   void Recycle(std::string_view name) override;
   void SetAttributes(std::string_view name, uint32_t attributes) override;
 

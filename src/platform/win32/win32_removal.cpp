@@ -57,6 +57,15 @@ void Win32Folder::RemoveFolder(std::string_view name) {
   Remove(name, FILE_DIRECTORY_FILE);
 }
 
+// Where the name goes with the last handle alone, no other may be open.
+void Win32Folder::RequireRemovable(std::string_view name) {
+  const bool goes_at_once = removes_at_once_ && knows_removal_at_once && !IsStandIn();
+  UniqueFile file;
+  const NTSTATUS status =
+      Try(NameFor("remove", name), {.access = DELETE, .share = goes_at_once ? kShareAll : 0}, file);
+  if (status < 0) throw NtError(status, "remove", At(name));
+}
+
 void Win32Folder::Remove(std::string_view name, ULONG kind) {
   const std::wstring wide = NameFor("remove", name);
   if (RemoveAtOnce(wide, name, kind)) return;

@@ -1,0 +1,207 @@
+#include "app/entry_list.h"
+
+#include <algorithm>
+
+#include "app/item_catalogue.h"
+#include "app/preview_run.h"
+#include "platform/text.h"
+#include "run/removal.h"
+
+namespace quellix {
+namespace {
+
+constexpr std::string_view kTitles[] = {"Place",      "What", "Size", "Modified",
+                                        "Cleaned as", "Fate", "Note"};
+
+std::string_view FateText(const RunEntry& entry, bool is_preview) {
+  if (entry.fate == Fate::kStayed) return is_preview ? "stays" : "stayed";
+  if (entry.fate == Fate::kKept) return is_preview ? "is kept" : "kept";
+  switch (entry.way) {
+    case Way::kRecycled:
+      return is_preview ? "to the recycle bin" : "in the recycle bin";
+    case Way::kWiped:
+      return is_preview ? "to be wiped" : "wiped";
+    case Way::kBackedUp:
+      return is_preview ? "to be backed up, then deleted" : "backed up, then deleted";
+    case Way::kDeleted:
+      break;
+  }
+  return is_preview ? "to be deleted" : "deleted";
+}
+
+// A plug-in, a line of a list, the line that keeps it, the reason, the archive.
+std::string NoteText(const RunEntries& entries, const RunEntry& entry) {
+  const std::string& rule = entries.rules[entry.rule];
+  const std::string& archive = entries.archives[entry.archive];
+  std::string note = entry.fate == Fate::kKept ? "by the line " + entry.note : entry.note;
+  if (!rule.empty()) note = rule + (note.empty() ? "" : ": " + note);
+  if (!archive.empty()) note += (note.empty() ? "in " : "; in ") + archive;
+  return note;
+}
+
+template <typename Number>
+int CompareNumbers(Number a, Number b) {
+  return a < b ? -1 : b < a ? 1 : 0;
+}
+
+}  // namespace
+
+EntryList::EntryList(System& system, std::shared_ptr<const RunEntries> entries, bool is_preview)
+    : system_(system), entries_(std::move(entries)), is_preview_(is_preview) {
+  TakeNew();
+}
+
+bool EntryList::TakeNew() {
+  const auto first = static_cast<Index>(unticked_.size());
+  const auto shown = static_cast<std::ptrdiff_t>(view_.size());
+  unticked_.resize(entries_->all.size());
+  for (Index entry = first; entry < unticked_.size(); ++entry) {
+    if (PassesFilter(entry)) view_.push_back(entry);
+  }
+  if (order_) {
+    const auto precedes = [this](Index a, Index b) { return Precedes(a, b); };
+    std::stable_sort(view_.begin() + shown, view_.end(), precedes);
+    std::inplace_merge(view_.begin(), view_.begin() + shown, view_.end(), precedes);
+  }
+  return view_.size() != static_cast<size_t>(shown);
+}
+
+std::string_view EntryList::ItemText(const RunEntry& entry) const {
+  if (entry.item == 0) return {};
+  return AllItems()[static_cast<size_t>(entry.item) - 1].Label();
+}
+
+std::string EntryList::Text(size_t row, RunColumn column) const {
+  const RunEntry& entry = At(row);
+  switch (column) {
+    case RunColumn::kPlace: {
+      const std::string place = PlaceText(entry);
+      return place.empty() ? std::string(KindText(entry.kind)) : place;
+    }
+    case RunColumn::kKind:
+      return std::string(KindText(entry.kind));
+    case RunColumn::kBytes:
+      if (entry.last_write == 0 && entry.bytes == 0) return {};  // nobody has looked
+      return FormatSize(static_cast<double>(entry.bytes), 2, true, system_.UserLocale());
+    case RunColumn::kModified:
+      if (entry.last_write == 0) return {};
+      return FormatDateTime(system_.ToLocalTime(entry.last_write), system_.UserLocale());
+    case RunColumn::kItem:
+      return ReplaceNoCase(ItemText(entry), "&&", "&");
+    case RunColumn::kFate:
+      return std::string(FateText(entry, is_preview_));
+    case RunColumn::kNote:
+      break;
+  }
+  return NoteText(*entries_, entry);
+}
+
+int EntryList::Compare(const RunEntry& a, const RunEntry& b) const {
+  switch (order_->column) {
+    case RunColumn::kPlace: {
+      const int order = CompareNoCase(a.place, b.place);
+      return order != 0 ? order : CompareNoCase(a.part, b.part);
+    }
+    case RunColumn::kKind:
+      return KindText(a.kind).compare(KindText(b.kind));
+    case RunColumn::kBytes:
+      return CompareNumbers(a.bytes, b.bytes);
+    case RunColumn::kModified:
+      return CompareNumbers(a.last_write, b.last_write);
+    case RunColumn::kItem:
+      return CompareNoCase(ItemText(a), ItemText(b));
+    case RunColumn::kFate:
+      return FateText(a, is_preview_).compare(FateText(b, is_preview_));
+    case RunColumn::kNote:
+      break;
+  }
+  return CompareNoCase(NoteText(*entries_, a), NoteText(*entries_, b));
+}
+
+bool EntryList::Precedes(Index a, Index b) const {
+  const int order = Compare(entries_->all[a], entries_->all[b]);
+  return order_->descending ? order > 0 : order < 0;
+}
+
+void EntryList::Sort(RunColumn column) {
+  const bool again = order_ && order_->column == column;
+  order_ = Order{column, again && !order_->descending};
+  std::stable_sort(view_.begin(), view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+}
+
+bool EntryList::PassesFilter(Index index) const {
+  if (filter_.empty()) return true;
+  const RunEntry& entry = entries_->all[index];
+  const auto holds = [this](std::string_view text) {
+    return UpCase(text).find(filter_) != std::string::npos;
+  };
+  return holds(entry.place) || holds(entry.part) || holds(entry.note) ||
+         holds(entries_->rules[entry.rule]);
+}
+
+void EntryList::SetFilter(std::string_view text) {
+  filter_ = UpCase(text);
+  view_.clear();
+  for (Index entry = 0; entry < unticked_.size(); ++entry) {
+    if (PassesFilter(entry)) view_.push_back(entry);
+  }
+  if (!order_) return;
+  std::stable_sort(view_.begin(), view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+}
+
+void EntryList::SetTicked(size_t row, bool ticked) {
+  if (At(row).fate == Fate::kRemoved) unticked_[view_[row]] = !ticked;
+}
+
+void EntryList::TickAll(bool ticked) {
+  for (size_t row = 0; row < RowCount(); ++row) SetTicked(row, ticked);
+}
+
+std::shared_ptr<RunChoice> EntryList::Choice() const {
+  return std::make_shared<RunChoice>(*entries_, [this](size_t entry) { return !unticked_[entry]; });
+}
+
+std::string EntryList::Question() const {
+  return QuestionBefore(*entries_, system_.UserLocale(),
+                        [this](size_t entry) { return !unticked_[entry]; });
+}
+
+std::string EntryList::Summary() const {
+  uint64_t going = 0, stayed = 0, kept = 0;
+  double bytes = 0;
+  for (Index i = 0; i < unticked_.size(); ++i) {
+    const RunEntry& entry = entries_->all[i];
+    if (entry.fate == Fate::kStayed) ++stayed;
+    if (entry.fate == Fate::kKept) ++kept;
+    if (entry.fate != Fate::kRemoved || unticked_[i]) continue;
+    ++going;
+    bytes += static_cast<double>(entry.bytes);
+  }
+  const Locale locale = system_.UserLocale();
+  const auto count = [&](uint64_t number) {
+    return FormatNumber(static_cast<double>(number), 0, locale);
+  };
+  std::string text = count(going) + (going == 1 ? " entry" : " entries") +
+                     (is_preview_ ? " to be removed, " : " removed, ") +
+                     FormatSize(bytes, 2, true, locale);
+  if (stayed > 0) text += "; " + count(stayed) + (is_preview_ ? " will stay" : " stayed");
+  if (kept > 0) text += "; " + count(kept) + " kept";
+  if (entries_->left_out > 0) text += "; " + count(entries_->left_out) + " not listed";
+  return text + ".";
+}
+
+std::string EntryList::ToText() const {
+  std::string text;
+  for (size_t c = 0; c < kRunColumns; ++c) text.append(c == 0 ? "" : "\t").append(kTitles[c]);
+  text += "\r\n";
+  for (size_t row = 0; row < RowCount(); ++row) {
+    for (size_t c = 0; c < kRunColumns; ++c)
+      text.append(c == 0 ? "" : "\t").append(Text(row, RunColumn(c)));
+    text += "\r\n";
+  }
+  return text;
+}
+
+std::string_view ColumnTitle(RunColumn column) { return kTitles[static_cast<size_t>(column)]; }
+
+}  // namespace quellix

@@ -1,0 +1,133 @@
+#include "app/run_logs.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "app/item_catalogue.h"
+#include "app/run_table.h"
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "run/exit_code.h"
+
+namespace quellix {
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr uint64_t kLargest = 512u << 20;  // a run lists a million entries at most
+
+// "dddd-dd-dd dd.dd.dd.json": no other file is ever taken for a run.
+bool IsRunName(std::string_view name) {
+  constexpr std::string_view kForm = "0000-00-00 00.00.00.json";
+  return std::ranges::equal(name, kForm, [](char c, char form) {
+    return form == '0' ? c >= '0' && c <= '9' : c == form;
+  });
+}
+
+std::string TextOf(const Json& row, const char* field) {
+  const auto found = row.find(field);
+  return found != row.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+template <class Number>
+Number NumberOf(const Json& row, const char* field) {
+  return row.value(field, Number{});
+}
+
+// Rows of a rule follow each other, and so do those of an archive.
+RunEntry ToEntry(const Json& row, RunEntries& entries) {
+  RunEntry entry{.kind = KindOf(TextOf(row, "kind")),
+                 .fate = FateOf(TextOf(row, "fate")),
+                 .way = WayOf(TextOf(row, "way")),
+                 .archive = entries.ArchiveNumber(TextOf(row, "archive")),
+                 .bytes = NumberOf<uint64_t>(row, "bytes"),
+                 .last_write = FiletimeOf(TextOf(row, "modified")),
+                 .place = TextOf(row, "place"),
+                 .part = TextOf(row, "part"),
+                 .note = TextOf(row, "note")};
+  if (const Item* const item = FindItem(TextOf(row, "item")))
+    entry.item = static_cast<uint8_t>(item->run_order);
+  entries.BeginRule(TextOf(row, "rule"));
+  return entry;
+}
+
+RunTotals ToTotals(const Json& report) {
+  const Json& summary = report.at("summary");
+  RunTotals totals;
+  totals.AbortRequested = summary.value("stopped", false);
+  totals.RunFilesDeleted = NumberOf<int32_t>(summary, "files");
+  totals.RunSpaceGained = NumberOf<double>(summary, "bytes");
+  totals.FilesBackedUp = NumberOf<int32_t>(summary, "backedUp");
+  totals.FilesNotBackedUp = NumberOf<int32_t>(summary, "notBackedUp");
+  totals.StayedCount = NumberOf<uint64_t>(summary, "stayed");
+  totals.KeptCount = NumberOf<uint64_t>(summary, "kept");
+  totals.Entries->left_out = NumberOf<uint64_t>(summary, "leftOut");
+  totals.RunLog = ReplaceNoCase(TextOf(summary, "log"), "\n", "\r\n");
+  for (const Item& item : AllItems()) {
+    totals.Outcomes[static_cast<size_t>(item.run_order) - 1] = OutcomeOf(TextOf(summary, item.key));
+  }
+  for (const Json& row : report.at("rows")) totals.Entries->Add(ToEntry(row, *totals.Entries));
+  return totals;
+}
+
+}  // namespace
+
+RunLogs::RunLogs(const Machine& machine)
+    : machine_(machine), folder_(machine.program_folder + "\\Logs\\") {}
+
+std::string RunLogs::FreeName() const {
+  LocalTime now = machine_.system.ToLocalTime(machine_.system.UtcNow());
+  for (;; ++now.second) {
+    char name[96];
+    std::snprintf(name, sizeof name, "%04d-%02d-%02d %02d.%02d.%02d.json", now.year, now.month,
+                  now.day, now.hour, now.minute, now.second);
+    // Beyond the minute's end as well the order of names is that of the runs.
+    if (now.second == 99 || !machine_.files.Look(folder_ + name, Detail::kKind)) return name;
+  }
+}
+
+void RunLogs::Keep(const RunTotals& totals, int most) {
+  if (most > 0) {
+    MakeFolders(machine_.files, folder_);
+    std::ostringstream text;
+    WriteJson(text, TableOfRun("clean", totals, false), ExitCodeOf(totals));
+    machine_.files.WriteWholeFile(folder_ + FreeName(), text.str());
+  }
+  const std::vector<std::string> names = List();
+  for (size_t i = static_cast<size_t>(std::max(most, 0)); i < names.size(); ++i) {
+    machine_.files.RemoveFile(folder_ + names[i]);
+  }
+}
+
+std::vector<std::string> RunLogs::List() const {
+  std::vector<std::string> names;
+  machine_.files.Enumerate(folder_, Detail::kKind, [&](const Entry& entry) {
+    const bool is_file = !entry.info.is_folder && !entry.info.is_link;
+    if (is_file && IsRunName(entry.name)) names.emplace_back(entry.name);
+    return true;
+  });
+  std::ranges::sort(names, std::greater());
+  return names;
+}
+
+std::string RunLogs::TitleOf(const std::string& name) {
+  std::string title = name.substr(0, name.rfind('.'));
+  std::ranges::replace(title, '.', ':');
+  return title;
+}
+
+RunTotals RunLogs::Read(const std::string& name) const {
+  const std::optional<std::string> text =
+      IsRunName(name) ? machine_.files.ReadWholeFile(folder_ + name, kLargest) : std::nullopt;
+  if (!text) throw Error(Error::Kind::kMissing, "There is no run of that name: " + name);
+  try {
+    return ToTotals(Json::parse(*text));
+  } catch (const Json::exception&) {
+    throw Error(Error::Kind::kOther, "The run cannot be read: " + folder_ + name);
+  }
+}
+
+}  // namespace quellix

@@ -1,0 +1,106 @@
+#include "app/run_table.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+
+#include "app/item_catalogue.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+constexpr std::string_view kKinds[] = {
+    "file",       "folder",     "registryValue", "registryKey",    "iniKey",
+    "iniSection", "cacheEntry", "recycleBin",    "addressHistory", "clipboard"};
+constexpr std::string_view kFates[] = {"removed", "stayed", "kept"};
+constexpr std::string_view kWays[] = {"deleted", "recycled", "wiped", "backedUp"};
+constexpr std::string_view kOutcomes[] = {"notChosen", "nothingFound", "notPossible", "cleaned",
+                                          "failed"};
+
+template <size_t kCount, class Value>
+std::string Word(const std::string_view (&words)[kCount], Value value) {
+  return std::string(words[static_cast<size_t>(value)]);
+}
+
+template <class Value, size_t kCount>
+Value ValueOf(const std::string_view (&words)[kCount], std::string_view word) {
+  const auto found = std::find(std::begin(words), std::end(words), word);
+  return found == std::end(words) ? Value{} : static_cast<Value>(found - std::begin(words));
+}
+
+ReportCell ItemCell(int run_order) {
+  if (run_order == 0) return {};
+  return AllItems()[static_cast<size_t>(run_order) - 1].key;
+}
+
+std::vector<ReportCell> RowOf(const RunEntries& entries, const RunEntry& entry) {
+  return {Word(kKinds, entry.kind),
+          Word(kFates, entry.fate),
+          entry.place,
+          TextCell(entry.part),
+          entry.bytes,
+          TimeCell(entry.last_write),
+          ItemCell(entry.item),
+          TextCell(entries.rules[entry.rule]),
+          entry.fate == Fate::kRemoved ? Word(kWays, entry.way) : ReportCell(),
+          TextCell(entries.archives[entry.archive]),
+          TextCell(entry.note)};
+}
+
+template <class Number>
+uint64_t Count(Number number) {
+  return static_cast<uint64_t>(number);
+}
+
+}  // namespace
+
+EntryKind KindOf(std::string_view name) { return ValueOf<EntryKind>(kKinds, name); }
+Fate FateOf(std::string_view name) { return ValueOf<Fate>(kFates, name); }
+Way WayOf(std::string_view name) { return ValueOf<Way>(kWays, name); }
+Outcome OutcomeOf(std::string_view name) { return ValueOf<Outcome>(kOutcomes, name); }
+
+int64_t FiletimeOf(std::string_view iso_time) {
+  LocalTime time;
+  if (std::sscanf(std::string(iso_time).c_str(), "%4d-%2d-%2dT%2d:%2d:%2dZ", &time.year,
+                  &time.month, &time.day, &time.hour, &time.minute, &time.second) != 6 ||
+      !IsCalendarDate(time)) {
+    return 0;
+  }
+  constexpr int64_t kSecondsADay = 86'400, kFrom1601To1970 = 11'644'473'600;
+  const int64_t seconds = DayNumber(time) * kSecondsADay + time.hour * 3600 + time.minute * 60 +
+                          time.second + kFrom1601To1970;
+  return seconds * 10'000'000;
+}
+
+ReportTable TableOfEntries(std::string_view command, std::shared_ptr<const RunEntries> entries) {
+  const size_t count = entries->all.size();
+  return {.command = command,
+          .columns = {"kind", "fate", "place", "part", "bytes", "modified", "item", "rule", "way",
+                      "archive", "note"},
+          .count = count,
+          .row = [entries](size_t row) { return RowOf(*entries, entries->all[row]); },
+          .summary = {}};
+}
+
+ReportTable TableOfRun(std::string_view command, const RunTotals& totals, bool preview) {
+  ReportTable table = TableOfEntries(command, totals.Entries);
+  table.summary = {{"preview", preview},
+                   {"stopped", totals.AbortRequested},
+                   {"files", Count(totals.RunFilesDeleted)},
+                   {"bytes", Count(totals.RunSpaceGained)},
+                   {"backedUp", Count(totals.FilesBackedUp)},
+                   {"notBackedUp", Count(totals.FilesNotBackedUp)},
+                   {"stayed", totals.StayedCount},
+                   {"kept", totals.KeptCount},
+                   {"leftOut", totals.Entries->left_out},
+                   {"log", ReplaceNoCase(totals.RunLog, "\r", "")}};
+  for (const Item& item : AllItems()) {
+    const Outcome outcome = totals.Outcomes[static_cast<size_t>(item.run_order) - 1];
+    if (outcome != Outcome::kNotChosen)
+      table.summary.emplace_back(item.key, Word(kOutcomes, outcome));
+  }
+  return table;
+}
+
+}  // namespace quellix

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <memory>
+
+#include "app/report_table.h"
+#include "run/run_state.h"
+
+namespace quellix {
+
+// What the stable names in a table mean; the first of its kind for a word that is none.
+EntryKind KindOf(std::string_view name);
+Fate FateOf(std::string_view name);
+Way WayOf(std::string_view name);
+Outcome OutcomeOf(std::string_view name);
+int64_t FiletimeOf(std::string_view iso_time);  // of TimeCell; 0 for no time
+
+// A row an entry; the table keeps them.
+ReportTable TableOfEntries(std::string_view command, std::shared_ptr<const RunEntries> entries);
+// The same of a run or a preview, with its totals. How each item ended is in fields by its key.
+ReportTable TableOfRun(std::string_view command, const RunTotals& totals, bool preview);
+
+}  // namespace quellix

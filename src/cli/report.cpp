@@ -1,0 +1,68 @@
+#include "cli/report.h"
+
+#include <fstream>
+#include <iostream>
+
+#include "cli/commands.h"
+#include "platform/error.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool EndsInCsv(std::string_view file) {
+  return file.size() > 4 && EqualsNoCase(file.substr(file.size() - 4), ".csv");
+}
+
+}  // namespace
+
+Report::Report(const ReportOptions& options)
+    : options_(options), path_(std::u8string(options.file.begin(), options.file.end())) {
+  if (path_.empty()) return;
+  std::error_code none;
+  is_new_ = !fs::exists(path_, none);
+  if (!std::ofstream(path_, std::ios::binary | std::ios::app)) {
+    is_new_ = false;
+    throw Error(Error::Kind::kDenied,
+                "nothing was done, because the report cannot be written to " + options.file + ".");
+  }
+}
+
+Report::~Report() {
+  std::error_code none;
+  if (is_new_) fs::remove(path_, none);
+}
+
+std::ostream& Report::text() {
+  static std::ostream nothing(nullptr);
+  return is_for_programs() ? nothing : std::cout;
+}
+
+int Report::Finish(const ReportTable& table, int exit_code) {
+  if (options_.json) WriteJson(std::cout, table, exit_code);
+  if (options_.csv) WriteCsv(std::cout, table);
+  std::cout << std::flush;
+  return path_.empty() ? exit_code : WriteFile(table, exit_code);
+}
+
+// In one step: half a report would be taken for a whole one.
+int Report::WriteFile(const ReportTable& table, int exit_code) {
+  fs::path unfinished = path_;
+  unfinished += ".unfinished";
+  std::error_code error;
+  std::ofstream out(unfinished, std::ios::binary);
+  EndsInCsv(options_.file) ? WriteCsv(out, table) : WriteJson(out, table, exit_code);
+  out.close();
+  if (out) fs::rename(unfinished, path_, error);
+  if (!out || error) {
+    std::error_code none;
+    fs::remove(unfinished, none);
+    return Fail("the report could not be written to " + options_.file + ".", kFailed);
+  }
+  is_new_ = false;
+  return exit_code;
+}
+
+}  // namespace quellix

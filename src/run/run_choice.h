@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "run/run_entries.h"
+
+namespace quellix {
+
+struct RunState;
+
+// What of a preview a run is to remove: what was ticked there, and nothing that was not in it.
+class RunChoice {
+ public:
+  // `is_ticked` tells of each index of `preview.all` that would be removed.
+  RunChoice(const RunEntries& preview, const std::function<bool(size_t index)>& is_ticked);
+
+  // Whether the run may remove it. What was not in the preview, or has another size or time since,
+  // is counted.
+  bool Takes(const RunEntry& entry);
+  // What differs from the preview, a line each with CR LF; "" when nothing does. For the end of the
+  // run.
+  std::string Remarks() const;
+
+ private:
+  struct Seen {
+    bool ticked = false;
+    bool met = false;
+    uint64_t bytes = 0;
+    int64_t last_write = 0;
+  };
+
+  std::unordered_map<std::string, Seen> seen_;  // by kind, place and part in upper case
+  uint64_t new_ = 0, changed_ = 0;
+};
+
+// Whether the run in work may remove it: always, unless what goes was chosen in a preview.
+bool IsChosen(RunState& state, const RunEntry& entry);
+
+}  // namespace quellix

@@ -1,0 +1,44 @@
+#include "run/run_entries.h"
+
+#include <utility>
+
+namespace quellix {
+
+void RunEntries::BeginRule(std::string_view name) {
+  if (rules[rule_] == name) return;
+  rule_ = 0;
+  if (name.empty()) return;
+  rule_ = static_cast<uint32_t>(rules.size());
+  rules.emplace_back(name);
+}
+
+void RunEntries::Add(RunEntry entry) {
+  if (all.size() == kMost) {
+    ++left_out;
+    return;
+  }
+  entry.rule = rule_;
+  all.push_back(std::move(entry));
+}
+
+uint16_t RunEntries::ArchiveNumber(std::string_view path) {
+  if (path.empty()) return 0;
+  if (archives.back() != path) archives.emplace_back(path);
+  return static_cast<uint16_t>(archives.size() - 1);
+}
+
+std::string_view KindText(EntryKind kind) {
+  static constexpr std::string_view kTexts[] = {
+      "File",        "Folder",      "Registry value", "Registry key",    "INI key",
+      "INI section", "Cache entry", "Recycle bin",    "Address history", "Clipboard"};
+  return kTexts[static_cast<size_t>(kind)];
+}
+
+std::string PlaceText(const RunEntry& entry) {
+  if (entry.kind == EntryKind::kRegistryValue)
+    return entry.place + ", " + (entry.part.empty() ? "(Default)" : entry.part);
+  if (entry.place.empty()) return entry.part;
+  return entry.part.empty() ? entry.place : entry.place + ", " + entry.part;
+}
+
+}  // namespace quellix

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quellix {
+
+enum class EntryKind : uint8_t {
+  kFile,
+  kFolder,
+  kRegistryValue,
+  kRegistryKey,  // with all below it
+  kIniKey,
+  kIniSection,
+  kCacheEntry,
+  kRecycleBin,  // all that is in it
+  kAddressHistory,
+  kClipboard
+};
+
+// What became of it; in a preview, what would.
+enum class Fate : uint8_t { kRemoved, kStayed, kKept };
+
+// How it went.
+enum class Way : uint8_t { kDeleted, kRecycled, kWiped, kBackedUp };
+
+// Something that a run came by.
+struct RunEntry {
+  EntryKind kind = EntryKind::kFile;
+  Fate fate = Fate::kRemoved;
+  Way way = Way::kDeleted;
+  uint8_t item = 0;        // run order of the item that names it; 0 for what was chosen by hand
+  uint16_t archive = 0;    // that it was backed up in; an index of RunEntries::archives
+  uint32_t rule = 0;       // an index of RunEntries::rules
+  uint64_t bytes = 0;      // of a file, or of all in the recycle bin
+  int64_t last_write = 0;  // FILETIME; 0 where it is not known
+  std::string place = {};  // path, key with its root's name, or address; "" for one of a kind
+  std::string part = {};   // value name; of an INI file "[section]" and the key behind it
+  std::string note = {};   // why it stays, a sentence; the line that keeps it
+};
+
+// All of them, in the order they were come by.
+struct RunEntries {
+  // Beyond these they are only counted.
+  static constexpr size_t kMost = 1'000'000;
+
+  std::vector<RunEntry> all;
+  uint64_t left_out = 0;
+  std::vector<std::string> rules = {""};     // by name: a plug-in, a line of a list
+  std::vector<std::string> archives = {""};  // full paths
+
+  // What follows is named by that rule; "" ends it.
+  void BeginRule(std::string_view name);
+  void Add(RunEntry entry);
+  // Of the archive in `archives`, for entries.
+  uint16_t ArchiveNumber(std::string_view path);
+
+ private:
+  uint32_t rule_ = 0;
+};
+
+// In one or two words: "File", "Registry value".
+std::string_view KindText(EntryKind kind);
+// Where it is, on one line: with the value or the key of an INI file.
+std::string PlaceText(const RunEntry& entry);
+
+}  // namespace quellix

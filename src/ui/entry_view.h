@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/entry_list.h"
+#include "platform/machine.h"
+#include "ui/list_view.h"
+
+namespace quellix {
+
+// The list of a run's entries in a window, with its filter and its summary: the controls lstvRun,
+// txtFilter and lblRunSummary.
+class EntryView {
+ public:
+  explicit EntryView(const Machine& machine) : machine_(machine) {}
+
+  void Attach(HWND window);
+  void OnResolution(int dpi);
+  // Shows a run, or in boxes that can be ticked a preview.
+  void Show(std::shared_ptr<const RunEntries> entries, bool is_preview);
+  // Null before the first Show.
+  EntryList* list() { return list_ ? &*list_ : nullptr; }
+  void ShowSummary() const;
+  void Refresh() const { view_.Refresh(); }
+
+  // The filter, the buttons that act on rows, and the entries of their menu; false for any other.
+  bool OnCommand(int id, int code);
+  // True when the notification was the list's; `result` is then what to return.
+  bool OnNotify(NMHDR& header, LRESULT& result);
+  // True when the menu was opened.
+  bool OnContextMenu(HWND control, POINT screen);
+
+ private:
+  bool Has(int row) const { return list_ && static_cast<size_t>(row) < list_->RowCount(); }
+  Cell CellAt(int row, int column) const;
+  void Toggle(int row);
+  void Sort(int column);
+  void Filter();
+  void OpenFolder() const;
+  void Copy() const;
+  void KeepSelected();
+  void Tell(std::string_view sentence) const;
+
+  Machine machine_;
+  HWND window_ = nullptr;
+  ListView view_;
+  std::optional<EntryList> list_;
+};
+
+}  // namespace quellix

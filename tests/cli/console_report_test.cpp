@@ -1,0 +1,187 @@
+// What commands tell other programs: every report is checked by the schema that is published.
+#include <rapidjson/document.h>
+#include <rapidjson/schema.h>
+#include <rapidjson/stringbuffer.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "cli/console_fixture.h"
+#include "console_schema.h"
+
+namespace quellix {
+namespace {
+
+namespace fs = std::filesystem;
+
+class ConsoleReportTest : public ConsoleTest {
+ protected:
+  ConsoleReportTest() {
+    schema_text_.Parse(kConsoleSchema);
+    EXPECT_FALSE(schema_text_.HasParseError());
+  }
+  ~ConsoleReportTest() override {
+    for (const char* ending : {".json", ".csv"}) fs::remove(ReportFile(ending));
+  }
+  std::string ReportFile(const std::string& ending) { return stem_ + ending; }
+  static std::string Read(const std::string& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+  // "" for a valid report of that command, else what is wrong with it.
+  std::string WhyInvalid(const std::string& text, const std::string& command) {
+    rapidjson::Document report;
+    if (report.Parse(text.c_str()).HasParseError()) return "it is no JSON: " + text;
+    const rapidjson::SchemaDocument schema(schema_text_);
+    rapidjson::SchemaValidator validator(schema);
+    if (!report.Accept(validator)) {
+      rapidjson::StringBuffer where;
+      validator.GetInvalidDocumentPointer().StringifyUriFragment(where);
+      return std::string("invalid at ") + where.GetString() + ": " + text;
+    }
+    return report["command"].GetString() == command ? "" : "it is of another command: " + text;
+  }
+  // A table of everything that can be listed.
+  void Seed() {
+    machine->MakeFile(temp + "a.tmp", "12345");
+    machine->MakeFile(temp + "sub\\with, comma.tmp", "1");
+    machine->MakeFile(temp + "kept.bak", "1");
+    machine->MakeFile(scratch + "one.qxj", "123");
+    machine->MakeFile(scratch + "logs\\x.log", "1");
+    machine->SetText(kUser, kRunMruKey, "a", "x");
+    machine->SetText(kUser, kRunMruKey, "", "default");
+    machine->SetText(RegistryRoot::kLocalMachine,
+                     "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\qx.exe", "",
+                     scratch + "none.exe");
+    const std::string own = ports.program_folder + "\\";
+    machine->MakeFile(own + "keep.txt", "*.bak\r\nname without a path\r\n");
+    machine->MakeFile(own + "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
+    machine->MakeFile(own + "Plugins\\qx.cdp",
+                      "D\x01My logs\r\nF\x01No\x01No\x01" + scratch + "logs\\*.log\r\nX\r\n");
+    machine->MakeFile(own + "plg.txt", "1\x01qx.cdp\x01My logs\r\n");
+    WriteSettings("[General]\r\nDelMethod=B\r\n");
+  }
+
+ private:
+  rapidjson::Document schema_text_;
+  std::string stem_ = OutputFile() + "-report";
+};
+
+TEST_F(ConsoleReportTest, EveryReportIsAsPublishedAndThePrintedOneIsTheSame) {
+  Seed();
+  const struct {
+    std::string command;
+    std::vector<std::string> arguments;
+    size_t rows;  // at least
+    int exit_code = 0;
+  } kRows[] = {
+      {"items", {"items"}, 30},
+      {"plugins list", {"plugins", "list"}, 1},
+      {"plugins check", {"plugins", "check", "qx"}, 2, 1},
+      {"keep list", {"keep", "list"}, 2, 1},
+      {"search", {"search", "unnecessary"}, 1},
+      {"search", {"search", "unnecessary", "--delete", "--preview"}, 1},
+      {"registry", {"registry", "app-paths"}, 1},
+      {"registry", {"registry", "app-paths", "--delete", "--preview"}, 1},
+      {"plugins process", {"plugins", "preview", "qx"}, 1},
+      {"plugins process", {"plugins", "process", "qx", "--preview"}, 1},
+      {"clean", {"clean", "--all", "--preview"}, 5},
+      {"clean", {"clean", "--group", "files", "--item", "CleanRunMRU", "--preview"}, 5},
+      {"search", {"search", "unnecessary", "--delete"}, 1},
+      {"plugins process", {"plugins", "process", "qx"}, 1},
+      {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 5},
+      {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 1},
+      {"backup list", {"backup", "list"}, 2},
+  };
+  for (const auto& row : kRows) {
+    std::vector<std::string> arguments = row.arguments;
+    const std::string file = ReportFile(".json");
+    arguments.insert(arguments.end(), {"--json", "--report", file});
+    const bool needs_machine = row.command != "items";
+    const ProgramResult result = needs_machine ? Run(arguments) : RunQuellixctl(arguments);
+    SCOPED_TRACE(::testing::PrintToString(arguments) + result.output);
+    EXPECT_EQ(result.exit_code, row.exit_code);
+    const std::string text = Read(file);
+    EXPECT_EQ(WhyInvalid(text, row.command), "");
+    EXPECT_NE(result.output.find(text.substr(0, text.find('\r'))), std::string::npos);
+    EXPECT_GE(static_cast<size_t>(std::ranges::count(text, '\n')), row.rows + 3);
+  }
+  EXPECT_EQ(machine->Tree(temp), std::vector<std::string>{"kept.bak"});
+  EXPECT_NE(WhyInvalid("{\"schema\":\"quellixctl\"}", "clean"), "") << "the schema refuses nothing";
+}
+
+TEST_F(ConsoleReportTest, CsvQuotesWhatWouldBreakARow) {
+  Seed();
+  const std::string file = ReportFile(".csv");
+  Expect({"clean", "--item", "CleanTempFiles", "--preview", "--csv"}, 0,
+         {"kind,fate,place,part,bytes,modified,item,rule,way,archive,note\n",
+          "file,removed,\"" + temp + "sub\\with, comma.tmp\",,1,20", ",*.bak\n"});
+  Expect({"clean", "--item", "CleanTempFiles", "--report", file}, 0, {"Files Deleted:  2"});
+  const std::string text = Read(file);
+  EXPECT_EQ(std::ranges::count(text, '\n'), 5) << text;
+  EXPECT_NE(text.find("file,removed," + temp + "a.tmp,,5,20"), std::string::npos) << text;
+  EXPECT_NE(text.find(",CleanTempFiles,,backedUp,"), std::string::npos) << text;
+}
+
+TEST_F(ConsoleReportTest, WithoutItsReportACommandDoesNothing) {
+  Seed();
+  const std::string nowhere = (fs::path(ReportFile("")) / "none" / "report.json").string();
+  for (const auto& arguments : {std::vector<std::string>{"clean", "--item", "CleanTempFiles"},
+                                std::vector<std::string>{"search", "unnecessary", "--delete"},
+                                std::vector<std::string>{"plugins", "process", "qx"}}) {
+    std::vector<std::string> with_report = arguments;
+    with_report.insert(with_report.end(), {"--report", nowhere});
+    Expect(with_report, 1, {"nothing was done, because the report cannot be written to"});
+  }
+  // What was there before a run that is refused is still there.
+  const std::string file = ReportFile(".json");
+  std::ofstream(file) << "earlier";
+  Expect({"clean", "--item", "CleanNothing", "--report", file}, 2);
+  EXPECT_EQ(Read(file), "earlier");
+  fs::remove(file);
+  Expect({"clean", "--item", "CleanNothing", "--report", file}, 2);
+  EXPECT_FALSE(fs::exists(file));
+  EXPECT_TRUE(machine->Exists(temp + "a.tmp") && machine->Exists(scratch + "one.qxj") &&
+              machine->Exists(scratch + "logs\\x.log"));
+}
+
+TEST_F(ConsoleReportTest, WhatIsTickedInTheWindowIsCleaned) {
+  Seed();
+  for (const Item& item : AllItems()) engine.selection().SetChecked(item, false);
+  Expect({"clean", "--ticked"}, 2, {"nothing is chosen"});
+  engine.selection().SetChecked(*FindItem("CleanRunMRU"), true);
+  engine.Save();
+  Expect({"clean", "--ticked", "--preview"}, 0, {"2 other things."});
+  Expect({"clean", "--ticked"}, 0);
+  EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
+  EXPECT_TRUE(machine->Exists(temp + "a.tmp"));
+  // Which they are cannot be told.
+  const std::string states = ports.program_folder + "\\chkItems.txt";
+  ports.files.RemoveFile(states);
+  machine->MakeFolder(states);
+  Expect({"clean", "--ticked"}, 1, {"it cannot be read what is ticked"});
+}
+
+TEST_F(ConsoleReportTest, AMistypedNameIsAnsweredWithTheRightOne) {
+  const struct {
+    std::vector<std::string> arguments;
+    const char* told;
+  } kRows[] = {{{"claen"}, "Did you mean \"quellixctl clean\"?"},
+               {{"plugins", "prevew"}, "Did you mean \"quellixctl plugins preview\"?"},
+               {{"backup", "lsit"}, "Did you mean \"quellixctl backup list\"?"},
+               {{"reg"}, "Did you mean \"quellixctl registry\"?"}};
+  for (const auto& row : kRows) {
+    const ProgramResult result = RunQuellixctl(row.arguments);
+    EXPECT_EQ(result.exit_code, 2);
+    EXPECT_NE(result.output.find(row.told), std::string::npos) << result.output;
+  }
+  EXPECT_EQ(RunQuellixctl({"polish"}).output.find("Did you mean"), std::string::npos);
+  Expect({"clean", "--item", "CleanTmpFiles"}, 2, {"did you mean \"CleanTempFiles\"?"});
+  const ProgramResult version = RunQuellixctl({"--version"});
+  EXPECT_EQ(version.exit_code, 0);
+  EXPECT_TRUE(version.output.starts_with("quellixctl 0.")) << version.output;
+}
+
+}  // namespace
+}  // namespace quellix

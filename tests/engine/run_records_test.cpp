@@ -1,0 +1,166 @@
+// What is left of a run for later reading: its record, its list, and the backups that expire.
+#include <algorithm>
+
+#include "app/entry_list.h"
+#include "app/run_logs.h"
+#include "app/run_report.h"
+#include "backup/backups.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+using Names = std::vector<std::string>;
+
+class RunRecordsTest : public RunFixture {
+ protected:
+  void CleanTemp(const std::string& ini) {
+    WriteSettings(ini);
+    Tick({"CleanTempFiles"});
+    engine.RunCleaning();
+  }
+  const std::string logs = ports.program_folder + "\\Logs\\";
+};
+
+TEST_F(RunRecordsTest, ARunIsKeptAndReadAgainAsItWas) {
+  machine->MakeFile(temp + "\xC3\xA9t\xC3\xA9, 1.tmp", "");
+  machine->MakeFile(temp + "a.tmp", "12345");
+  machine->MakeFile(temp + "locked.tmp", "1");
+  machine->MakeFile(temp + "mine.doc", "1");
+  ports.files.WriteWholeFile(ports.program_folder + "\\keep.txt", "*.doc\r\n");
+  {
+    const auto lock = machine->LockFile(temp + "locked.tmp");
+    CleanTemp("[General]\r\nKeepLogs=3\r\n");
+  }
+  const RunLogs runs(ports);
+  ASSERT_EQ(runs.List().size(), 1u);
+  const Locale locale = ports.system.UserLocale();
+  const RunReport now = MakeReport(engine.state(), locale),
+                  then = MakeReport(runs.Read(runs.List()[0]), locale);
+  EXPECT_EQ(then.full_log, now.full_log);
+  EXPECT_EQ(then.files, now.files);
+  EXPECT_EQ(then.space_gained, now.space_gained);
+  EXPECT_EQ(then.outcomes, now.outcomes);
+  const EntryList lists[] = {{ports.system, now.totals->Entries, false},
+                             {ports.system, then.totals->Entries, false}};
+  EXPECT_EQ(lists[0].ToText(), lists[1].ToText());
+  EXPECT_EQ(lists[0].Summary(), lists[1].Summary());
+  EXPECT_NE(now.full_log.find("locked.tmp"), std::string::npos);
+}
+
+TEST_F(RunRecordsTest, TheLastRunsAreKeptAndNothingElseOfTheFolderGoes) {
+  machine->MakeFile(logs + "notes.json", "mine");
+  machine->MakeFile(logs + "2020-01-01 10.00.00.json.bak", "mine");
+  machine->MakeFile(logs + "2020-01-01 10.00.00.json", "an old run");
+  for (int run = 0; run < 4; ++run) CleanTemp("[General]\r\nKeepLogs=3\r\n");
+  Names names = RunLogs(ports).List();
+  EXPECT_EQ(names.size(), 3u);
+  EXPECT_EQ(std::ranges::count(names, "2020-01-01 10.00.00.json"), 0);
+  EXPECT_EQ(machine->Tree(logs).size(), 5u);
+  machine->MakeFile(logs + "2099-01-01 10.00.00.json", "{\"summary\":3}");
+  EXPECT_THROW(RunLogs(ports).Read("2099-01-01 10.00.00.json"), Error);
+  EXPECT_THROW(RunLogs(ports).Read("..\\Settings.ini"), Error);
+  // A privacy program keeps none where none are wanted.
+  CleanTemp("[General]\r\nKeepLogs=0\r\n");
+  EXPECT_EQ(machine->Tree(logs), (Names{"2020-01-01 10.00.00.json.bak", "notes.json"}));
+  EXPECT_EQ(ports.files.ReadWholeFile(logs + "notes.json"), "mine");
+}
+
+TEST_F(RunRecordsTest, ARunThatCannotBeKeptSaysSoAndOneThatWasStoppedIsKept) {
+  machine->MakeFile(ports.program_folder + "\\Logs", "no folder");
+  CleanTemp("[General]\r\nKeepLogs=3\r\n");
+  ASSERT_TRUE(view.report);
+  EXPECT_NE(view.report->log.find("could not be kept for later reading"), std::string::npos);
+  ports.files.RemoveFile(ports.program_folder + "\\Logs");
+  for (const char* name : {"a.tmp", "b.tmp"}) machine->MakeFile(temp + name, "1");
+  StopWhenStatusBegins("Deleting file: ");
+  CleanTemp("[General]\r\nKeepLogs=3\r\n");
+  ASSERT_EQ(RunLogs(ports).List().size(), 1u);
+  const RunTotals stopped = RunLogs(ports).Read(RunLogs(ports).List()[0]);
+  EXPECT_TRUE(stopped.AbortRequested);
+  EXPECT_NE(stopped.RunLog.find("Aborted by user"), std::string::npos);
+}
+
+TEST_F(RunRecordsTest, BackupsExpireByTheirAgeAndOnlyThoseOfOurNames) {
+  constexpr int64_t kDay = 864'000'000'000;
+  const std::string folder = ports.program_folder + "\\Backup\\";
+  const int64_t now = ports.system.UtcNow();
+  const struct {
+    const char* name;
+    int days;
+    bool stays;
+  } kRows[] = {{"C_141120269057.zip", 40, false}, {"R_141120269057.reg", 40, false},
+               {"D_151120269057.zip", 29, true},  {"C_151120269057.zip", 31, false},
+               {"my holiday.zip", 400, true},     {"C_141120269057.zip.bak", 400, true},
+               {"R_mine.reg", 400, true}};
+  for (const auto& row : kRows) {
+    machine->MakeFile(folder + row.name, "x");
+    machine->SetLastWrite(folder + row.name, now - row.days * kDay);
+  }
+  CleanTemp("[General]\r\nDelMethod=D\r\n");
+  EXPECT_EQ(machine->Tree(folder).size(), std::size(kRows)) << "they are kept for ever";
+  for (const bool again : {false, true}) {
+    CleanTemp("[Backup]\r\nKeepDays=30\r\n");
+    for (const auto& row : kRows)
+      EXPECT_EQ(machine->Exists(folder + row.name), row.stays) << row.name;
+    EXPECT_EQ(
+        engine.state().RunLog.find("Backups older than 30 day(s) removed: 3") == std::string::npos,
+        again);
+  }
+}
+
+TEST_F(RunRecordsTest, TheListSortsAndFiltersByWhatItsColumnsMean) {
+  const auto entries = std::make_shared<RunEntries>();
+  entries->Add({.bytes = 2000, .last_write = 5, .place = "C:\\b\\Zebra.txt"});
+  entries->BeginRule("tool.cdp");
+  entries->Add({.fate = Fate::kStayed,
+                .bytes = 300,
+                .last_write = 9,
+                .place = "C:\\B\\apple.txt",
+                .note = "It is in use."});
+  entries->Add({.kind = EntryKind::kRegistryValue,
+                .fate = Fate::kKept,
+                .place = "HKEY_CURRENT_USER\\K",
+                .part = "\xC3\xA9t\xC3\xA9",
+                .note = "HKEY_CURRENT_USER\\K"});
+  EntryList list(ports.system, entries, true);
+  const auto order = [&list] {
+    std::string sizes;
+    for (size_t row = 0; row < list.RowCount(); ++row)
+      sizes += std::to_string(list.At(row).bytes) + " ";
+    return sizes;
+  };
+  const struct {
+    RunColumn column;
+    const char *first, *again;
+  } kRows[] = {{RunColumn::kPlace, "300 2000 0 ", "0 2000 300 "},
+               {RunColumn::kBytes, "0 300 2000 ", "2000 300 0 "},
+               {RunColumn::kModified, "0 2000 300 ", "300 2000 0 "},
+               {RunColumn::kKind, "300 2000 0 ", "0 300 2000 "},
+               {RunColumn::kNote, "2000 0 300 ", "300 0 2000 "}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(ColumnTitle(row.column));
+    list.Sort(row.column);
+    EXPECT_EQ(order(), row.first);
+    list.Sort(row.column);
+    EXPECT_EQ(order(), row.again);
+  }
+  const struct {
+    const char *filter, *rows;
+  } kFilters[] = {{"ZEBRA", "2000 "},          {"in USE", "300 "}, {"tool", "300 0 "},
+                  {"\xC3\x89T\xC3\x89", "0 "}, {"none", ""},       {"", "300 0 2000 "}};
+  for (const auto& row : kFilters) {
+    list.SetFilter(row.filter);
+    EXPECT_EQ(order(), row.rows) << row.filter;
+  }
+  EXPECT_EQ(list.Summary(), "1 entry to be removed, 1.95 KB; 1 will stay; 1 kept.");
+  list.TickAll(false);
+  EXPECT_EQ(list.Summary(), "0 entries to be removed, 0 Bytes; 1 will stay; 1 kept.");
+  entries->Add({.bytes = 1000, .place = "C:\\new"});
+  EXPECT_TRUE(list.TakeNew());
+  EXPECT_FALSE(list.TakeNew());
+  EXPECT_EQ(order(), "300 0 1000 2000 ") << "between those with its rule and those with none";
+}
+
+}  // namespace
+}  // namespace quellix
