@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "app/entry_list.h"
+#include "app/preview_run.h"
 #include "backup_bench.h"
 #include "bench_machine.h"
 #include "registry_bench.h"
@@ -45,6 +47,7 @@ class Bench : BenchMachine {
     MakeTree(Tree(), kFolders);
     Scan("scan 200,000 files / find -type f", kFolders);
     PendingMemory();
+    Preview();
     JunkSearches();
     Removal("scan and remove 200,000 files / rm -rf", 1.1, kFolders);
     Growth();
@@ -88,19 +91,12 @@ class Bench : BenchMachine {
     const auto rows = static_cast<double>(results.RowCount());
     table_.Report("bytes a row of 200,000 results / its limit",
                   static_cast<double>(results.MemoryHeld()) / rows, 400, "B", 1.0);
-    // The processor's time: nothing here waits for anything else.
-    const auto time = [this](const char* name, const SideBySide::Step& step) {
-      const std::clock_t start = std::clock();
-      step();
-      const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-      table_.Report(name, seconds, kNoticed, "s", 1.0);
-    };
-    time("sort 200,000 rows by name / a noticed pause", [&] { results.Sort(ResultColumn::kName); });
-    time("sort 200,000 rows by path / a noticed pause", [&] { results.Sort(ResultColumn::kPath); });
-    time("sort 200,000 rows by size / a noticed pause",
+    Time("sort 200,000 rows by name / a noticed pause", [&] { results.Sort(ResultColumn::kName); });
+    Time("sort 200,000 rows by path / a noticed pause", [&] { results.Sort(ResultColumn::kPath); });
+    Time("sort 200,000 rows by size / a noticed pause",
          [&] { results.Sort(ResultColumn::kBytes); });
-    time("filter 200,000 rows / a noticed pause", [&] { results.SetFilter("week 9"); });
-    time("draw 50 rows / a noticed pause", [&] {
+    Time("filter 200,000 rows / a noticed pause", [&] { results.SetFilter("week 9"); });
+    Time("draw 50 rows / a noticed pause", [&] {
       for (size_t i = 0; i < 50; ++i) {
         for (size_t column = 0; column < kResultColumns; ++column) {
           results.Text(i, static_cast<ResultColumn>(column));
@@ -122,6 +118,42 @@ class Bench : BenchMachine {
         name, 1.0, 7, [] {}, [this] { ScanTree(); },
         [this] { RunShell("find '" + Tree().string() + "' -type f > /dev/null"); });
     if (list_.PendingFiles.size() != folders * kFilesAFolder) throw std::runtime_error("count");
+  }
+
+  void Preview() {
+    ports_.files.WriteWholeFile(ports_.program_folder + "\\UDFO.txt", folder_);
+    std::shared_ptr<const RunEntries> found;
+    table_.Compare(
+        "preview of 200,000 files / find -printf", 1.1, 5, [] {},
+        [&] {
+          PreviewRun preview(ports_, view_);
+          preview.RunOneItem(*FindItem("CleanUserFolders"));
+          found = preview.entries();
+        },
+        [this] { RunShell("find '" + Tree().string() + "' -printf '%s %T@ %p\\n' > /dev/null"); });
+    if (found->all.size() != size_t{kFolders} * kFilesAFolder) throw std::runtime_error("count");
+    double bytes = static_cast<double>(found->all.capacity() * sizeof(RunEntry));
+    for (const RunEntry& entry : found->all) {
+      for (const std::string* text : {&entry.place, &entry.part, &entry.note}) {
+        if (text->capacity() > std::string().capacity())
+          bytes += static_cast<double>(text->capacity());
+      }
+      bytes -= static_cast<double>(entry.place.size());
+    }
+    table_.Report("bytes an entry beyond its path / its limit",
+                  bytes / static_cast<double>(found->all.size()), 200, "B", 1.0);
+    EntryList list(ports_.system, found, true);
+    Time("sort 200,000 entries by path / a noticed pause", [&] { list.Sort(RunColumn::kPlace); });
+    Time("sort 200,000 entries by note / a noticed pause", [&] { list.Sort(RunColumn::kNote); });
+    Time("filter 200,000 entries / a noticed pause", [&] { list.SetFilter("file 9"); });
+  }
+
+  // The processor's time: nothing here waits for anything else.
+  void Time(const char* name, const SideBySide::Step& step) {
+    const std::clock_t start = std::clock();
+    step();
+    const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    table_.Report(name, seconds, kNoticed, "s", 1.0);
   }
 
   void PendingMemory() {

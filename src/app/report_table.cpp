@@ -78,12 +78,12 @@ ReportCell LocalTimeCell(const LocalTime& time) {
 
 ReportCell TimeCell(int64_t filetime) {
   if (filetime <= 0) return {};
-  using namespace std::chrono;
+  using std::chrono::seconds, std::chrono::sys_days;
   constexpr int64_t kFiletimesASecond = 10'000'000, kFrom1601To1970 = 11'644'473'600;
-  const sys_seconds time{seconds(filetime / kFiletimesASecond - kFrom1601To1970)};
-  const sys_days midnight = floor<days>(time);
-  const year_month_day day(midnight);
-  const hh_mm_ss clock(time - midnight);
+  const std::chrono::sys_seconds time{seconds(filetime / kFiletimesASecond - kFrom1601To1970)};
+  const sys_days midnight = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day day(midnight);
+  const std::chrono::hh_mm_ss clock(time - midnight);
   const auto number = [](auto part) { return static_cast<int>(unsigned{part}); };
   return std::get<std::string>(
              LocalTimeCell({.year = static_cast<int>(day.year()),

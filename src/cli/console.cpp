@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "cli/commands.h"
+#include "cli/console_view.h"
 #include "cli/nearest.h"
 
 namespace quellix {
@@ -35,6 +36,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   CLI::App app("Quellix cleans a Windows machine of junk and traces of use.", "quellixctl");
   app.require_subcommand(1);
   app.set_version_flag("--version", "quellixctl " QUELLIX_VERSION, "Print the version");
+  ConsoleView::ShowProgress(platform.shows_progress);
   ConsoleCommands commands(app, platform);
   for (const auto& add : {AddCleanCommands, AddBackupCommands, AddPluginCommands, AddCacheCommands,
                           AddSearchCommand, AddRegistryCommand, AddKeepCommands}) {

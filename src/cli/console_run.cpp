@@ -14,6 +14,7 @@ namespace {
 // Its log is printed behind the list.
 class PreviewView : public ConsoleView {
  public:
+  using ConsoleView::ConsoleView;
   bool AskToGoOn(std::string_view question) override {
     std::cerr << question << std::endl;
     return true;
@@ -61,6 +62,7 @@ ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind, std::ostream& out) 
     view_ = std::make_unique<ConsoleView>(out);
     engine_.emplace(machine, *view_);
   }
+  view_->Follow(engine_->state());
   LoadEngine(*engine_, kind == RunKind::kReal);
 }
 

@@ -1,10 +1,16 @@
 #include "cli/console_view.h"
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 
+#include "run/removal.h"
+#include "run/time_left.h"
+
 namespace quellix {
 namespace {
+
+constexpr std::chrono::milliseconds kBetweenLines(100);
 
 std::atomic<bool> interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "it is set by a signal handler");
@@ -22,13 +28,50 @@ ConsoleView::ConsoleView(std::ostream& out) : out_(out) {
   std::signal(SIGINT, OnInterrupt);
 }
 
-ConsoleView::~ConsoleView() { std::signal(SIGINT, SIG_DFL); }
+ConsoleView::~ConsoleView() {
+  ClearLine();
+  std::signal(SIGINT, SIG_DFL);
+}
 
-bool ConsoleView::Breathe() { return interrupted; }
+bool ConsoleView::Breathe() {
+  if (shows_progress_ && run_ != nullptr && Clock::now() - shown_ > kBetweenLines) ShowLine();
+  return interrupted;
+}
 
-void ConsoleView::ShowCritical(std::string_view text) { std::cerr << text << std::endl; }
+// "45 % of this item; 1,204 files, 54.20 MB; about 2 minutes left".
+void ConsoleView::ShowLine() {
+  shown_ = Clock::now();
+  const auto count = [](double number) { return FormatNumber(number, 0, {}); };
+  const auto done = static_cast<uint64_t>(std::max(bar_.value, 0)),
+             all = static_cast<uint64_t>(std::max(bar_.max, 1));
+  std::string text =
+      count(run_->RunFilesDeleted) + " files, " + FormatSize(run_->RunSpaceGained, 2, true, {});
+  if (done > 0) {
+    const auto since = std::chrono::duration_cast<std::chrono::milliseconds>(shown_ - begun_);
+    const std::string left =
+        TimeLeftText({.done = done, .total = all}, static_cast<uint64_t>(since.count()));
+    text = count(static_cast<double>(done * 100 / all)) + " % of this item; " + text +
+           (left.empty() ? "" : "; " + left);
+  } else {
+    begun_ = shown_;  // another item
+  }
+  ClearLine();
+  std::cerr << text << std::flush;
+  line_ = text.size();
+}
+
+void ConsoleView::ClearLine() {
+  if (line_ > 0) std::cerr << '\r' << std::string(line_, ' ') << '\r' << std::flush;
+  line_ = 0;
+}
+
+void ConsoleView::ShowCritical(std::string_view text) {
+  ClearLine();
+  std::cerr << text << std::endl;
+}
 
 bool ConsoleView::AskToGoOn(std::string_view question) {
+  ClearLine();
   std::cerr << question << " [y]es, [n]o: " << std::flush;
   std::string line;
   if (std::getline(std::cin, line)) return line.starts_with('y') || line.starts_with('Y');
@@ -39,6 +82,7 @@ bool ConsoleView::AskToGoOn(std::string_view question) {
 void ConsoleView::ShowReport(const RunReport& report) {
   std::string text = report.full_log;
   std::erase(text, '\r');
+  ClearLine();
   out_ << text << std::endl;
 }
 

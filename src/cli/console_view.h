@@ -1,22 +1,29 @@
 #pragma once
 
+#include <chrono>
 #include <iostream>
 #include <string>
 
+#include "run/run_state.h"
 #include "run/views.h"
 
 namespace quellix {
 
-// Shows a run on the console: its log on `out`, failures on standard error. Ctrl-C asks for a stop
-// at the run's next pause.
+// Shows a run on the console: its log on `out`, failures on standard error, and there, where that
+// is a terminal, how far it is. Ctrl-C asks for a stop at the run's next pause.
 class ConsoleView : public RunView {
  public:
   explicit ConsoleView(std::ostream& out = std::cout);
   ~ConsoleView() override;
 
+  // Whether standard error is a terminal; for all views.
+  static void ShowProgress(bool shows) { shows_progress_ = shows; }
+  // The run whose totals are told meanwhile; it must outlive this.
+  void Follow(const RunState& run) { run_ = &run; }
+
   bool Breathe() override;
   void SetStatus(std::string_view text) override { status_ = text; }
-  void SetProgress(const ProgressBar&) override {}
+  void SetProgress(const ProgressBar& bar) override { bar_ = bar; }
   void SetCommands(const Commands&) override {}
   void ShowCurrentItem(const Item*) override {}
   void ShowLastCleaned(std::string_view) override {}
@@ -27,8 +34,18 @@ class ConsoleView : public RunView {
   const std::string& status() const { return status_; }
 
  private:
+  using Clock = std::chrono::steady_clock;
+
+  void ShowLine();
+  void ClearLine();
+
+  inline static bool shows_progress_ = false;
   std::ostream& out_;
   std::string status_;
+  const RunState* run_ = nullptr;
+  ProgressBar bar_;
+  Clock::time_point begun_ = Clock::now(), shown_ = begun_;
+  size_t line_ = 0;  // characters that are shown
 };
 
 }  // namespace quellix

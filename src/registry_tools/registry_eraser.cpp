@@ -294,10 +294,9 @@ Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
       keeping_.undo->Store(*keeping_.machine, keeping_.folder);
     } catch (const Error& error) {
       keeping_.undo->Forget();
-      const NotKept failure(error);
-      erasing.Refuse(failure.what());
+      erasing.Refuse(NotKept(error).what());
       if (note_) erasing.NoteEach(note_);
-      throw failure;
+      throw NotKept(error);
     }
   }
   erasing.Delete();

@@ -7,7 +7,7 @@ namespace quellix {
 namespace {
 
 std::string KeyOf(const RunEntry& entry) {
-  const std::string kind(1, static_cast<char>('A' + static_cast<int>(entry.kind)));
+  std::string kind(1, static_cast<char>('A' + static_cast<int>(entry.kind)));
   if (entry.kind == EntryKind::kRecycleBin) return kind;  // its part is how much is in it
   return kind + UpCase(entry.place) + "\n" + UpCase(entry.part);
 }

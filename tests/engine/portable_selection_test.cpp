@@ -35,6 +35,37 @@ TEST(Selection, EveryPlaceAndNameIsTakenOnce) {
   EXPECT_EQ(FindItem("nothing"), nullptr);
 }
 
+TEST(Selection, WhatLosesDataForGoodGoesAlongOnlyWhenTheSettingsSaySo) {
+  const std::set<std::string> risky = {"CleanRecycleBin", "CleanMozillaForms",
+                                       "CleanMozillaPasswords"};
+  for (const bool select_risky : {true, false}) {
+    Selection selection;
+    Preferences preferences;
+    preferences.select_risky = select_risky;
+    selection.ApplyProtection(preferences);
+    for (const bool by_group : {false, true}) {
+      selection.SelectAll(false);
+      if (by_group) {
+        selection.ToggleGroup(Group::kFirefox);
+        selection.CheckGroup(Group::kFolderFiles);
+      } else {
+        selection.SelectAll(true);
+      }
+      for (const Item& item : AllItems()) {
+        EXPECT_EQ(item.is_risky, risky.contains(item.key)) << item.key;
+        if (item.is_risky) {
+          EXPECT_EQ(selection.IsChecked(item), select_risky) << item.key;
+        }
+      }
+      EXPECT_TRUE(selection.IsChecked(*FindItem("CleanMozillaCache")));
+    }
+    // They are cleared with the others, whoever ticked them.
+    selection.SetChecked(*FindItem("CleanMozillaPasswords"), true);
+    selection.ToggleGroup(Group::kFirefox);
+    EXPECT_EQ(CountIn(selection, Group::kFirefox), 0);
+  }
+}
+
 TEST(Selection, AGroupsHeadingFillsItFirstAndClearsItWhenFull) {
   struct Row {
     Group group;

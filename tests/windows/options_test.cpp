@@ -119,6 +119,7 @@ TEST_F(FrmOptionsTest, GeneralAndDeletionAreWrittenToTheByteAndApplied) {
             "Registry=0\r\nKeepDays=30\r\n");
   EXPECT_EQ(RunEntry(), L"\"" + (ProgramFolder() / "quellix.exe").wstring() + L"\" -S");
   EXPECT_TRUE(is_applied(true));
+  options.GoTo(OptionsPage::kDeletion);
   for (const auto& [button, letter] : {std::pair(optWipe, "W"), std::pair(optRecyclebin, "R"),
                                        std::pair(optDelete, "D"), std::pair(optZip, "B")}) {
     options.Click(button);
