@@ -30,12 +30,12 @@ std::string_view FateText(const RunEntry& entry, bool is_preview) {
 }
 
 // A plug-in, a line of a list, the line that keeps it, the reason, the archive.
-std::string NoteText(const RunEntries& entries, const RunEntry& entry) {
+std::string NoteText(const RunEntries& entries, const RunEntry& entry, bool is_preview) {
   const std::string& rule = entries.rules[entry.rule];
   const std::string& archive = entries.archives[entry.archive];
   std::string note = entry.fate == Fate::kKept ? "by the line " + entry.note : entry.note;
   if (!rule.empty()) note = rule + (note.empty() ? "" : ": " + note);
-  if (!archive.empty()) note += (note.empty() ? "in " : "; in ") + archive;
+  if (!archive.empty() && !is_preview) note += (note.empty() ? "in " : "; in ") + archive;
   return note;
 }
 
@@ -93,7 +93,7 @@ std::string EntryList::Text(size_t row, RunColumn column) const {
     case RunColumn::kNote:
       break;
   }
-  return NoteText(*entries_, entry);
+  return NoteText(*entries_, entry, is_preview_);
 }
 
 int EntryList::Compare(const RunEntry& a, const RunEntry& b) const {
@@ -115,7 +115,7 @@ int EntryList::Compare(const RunEntry& a, const RunEntry& b) const {
     case RunColumn::kNote:
       break;
   }
-  return CompareNoCase(NoteText(*entries_, a), NoteText(*entries_, b));
+  return CompareNoCase(NoteText(*entries_, a, is_preview_), NoteText(*entries_, b, is_preview_));
 }
 
 bool EntryList::Precedes(Index a, Index b) const {

@@ -34,7 +34,8 @@ ReportCell ItemCell(int run_order) {
   return AllItems()[static_cast<size_t>(run_order) - 1].key;
 }
 
-std::vector<ReportCell> RowOf(const RunEntries& entries, const RunEntry& entry) {
+// In a preview no archive is made.
+std::vector<ReportCell> RowOf(const RunEntries& entries, const RunEntry& entry, bool preview) {
   return {Word(kKinds, entry.kind),
           Word(kFates, entry.fate),
           entry.place,
@@ -44,13 +45,26 @@ std::vector<ReportCell> RowOf(const RunEntries& entries, const RunEntry& entry) 
           ItemCell(entry.item),
           TextCell(entries.rules[entry.rule]),
           entry.fate == Fate::kRemoved ? Word(kWays, entry.way) : ReportCell(),
-          TextCell(entries.archives[entry.archive]),
+          TextCell(preview ? "" : entries.archives[entry.archive]),
           TextCell(entry.note)};
 }
 
 template <class Number>
 uint64_t Count(Number number) {
   return static_cast<uint64_t>(number);
+}
+
+// The table keeps the entries.
+ReportTable TableOfEntries(std::string_view command, std::shared_ptr<const RunEntries> entries,
+                           bool preview) {
+  const size_t count = entries->all.size();
+  return {
+      .command = command,
+      .columns = {"kind", "fate", "place", "part", "bytes", "modified", "item", "rule", "way",
+                  "archive", "note"},
+      .count = count,
+      .row = [entries, preview](size_t row) { return RowOf(*entries, entries->all[row], preview); },
+      .summary = {}};
 }
 
 }  // namespace
@@ -73,18 +87,8 @@ int64_t FiletimeOf(std::string_view iso_time) {
   return seconds * 10'000'000;
 }
 
-ReportTable TableOfEntries(std::string_view command, std::shared_ptr<const RunEntries> entries) {
-  const size_t count = entries->all.size();
-  return {.command = command,
-          .columns = {"kind", "fate", "place", "part", "bytes", "modified", "item", "rule", "way",
-                      "archive", "note"},
-          .count = count,
-          .row = [entries](size_t row) { return RowOf(*entries, entries->all[row]); },
-          .summary = {}};
-}
-
 ReportTable TableOfRun(std::string_view command, const RunTotals& totals, bool preview) {
-  ReportTable table = TableOfEntries(command, totals.Entries);
+  ReportTable table = TableOfEntries(command, totals.Entries, preview);
   table.summary = {{"preview", preview},
                    {"stopped", totals.AbortRequested},
                    {"files", Count(totals.RunFilesDeleted)},

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <memory>
-
 #include "app/report_table.h"
 #include "run/run_state.h"
 
@@ -14,9 +12,8 @@ Way WayOf(std::string_view name);
 Outcome OutcomeOf(std::string_view name);
 int64_t FiletimeOf(std::string_view iso_time);  // of TimeCell; 0 for no time
 
-// A row an entry; the table keeps them.
-ReportTable TableOfEntries(std::string_view command, std::shared_ptr<const RunEntries> entries);
-// The same of a run or a preview, with its totals. How each item ended is in fields by its key.
+// A row an entry of a run or a preview, which the table keeps, and its totals. How each item ended
+// is in fields by its key.
 ReportTable TableOfRun(std::string_view command, const RunTotals& totals, bool preview);
 
 }  // namespace quellix

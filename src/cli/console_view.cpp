@@ -50,7 +50,7 @@ void ConsoleView::ShowLine() {
     const auto since = std::chrono::duration_cast<std::chrono::milliseconds>(shown_ - begun_);
     const std::string left =
         TimeLeftText({.done = done, .total = all}, static_cast<uint64_t>(since.count()));
-    text = count(static_cast<double>(done * 100 / all)) + " % of this item; " + text +
+    text = std::to_string(done * 100 / all) + " % of this item; " + text +
            (left.empty() ? "" : "; " + left);
   } else {
     begun_ = shown_;  // another item

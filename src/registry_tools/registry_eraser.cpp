@@ -276,7 +276,10 @@ RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
   }
   eraser.NoteEach([&state, has_undo](RunEntry entry) {
     if (entry.fate == Fate::kKept) ++state.KeptCount;
-    if (entry.fate == Fate::kRemoved && has_undo) entry.way = Way::kBackedUp;
+    if (entry.fate == Fate::kRemoved && has_undo) {
+      entry.way = Way::kBackedUp;
+      entry.archive = state.Entries->ArchiveNumber(state.Parts.Get<RegistryUndo>().path());
+    }
     NoteEntry(state, std::move(entry));
   });
   return eraser;

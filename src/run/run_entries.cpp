@@ -1,5 +1,6 @@
 #include "run/run_entries.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quellix {
@@ -22,9 +23,11 @@ void RunEntries::Add(RunEntry entry) {
 }
 
 uint16_t RunEntries::ArchiveNumber(std::string_view path) {
-  if (path.empty()) return 0;
-  if (archives.back() != path) archives.emplace_back(path);
-  return static_cast<uint16_t>(archives.size() - 1);
+  const auto known = std::ranges::find(archives, path);
+  const auto number = known - archives.begin();
+  if (number > UINT16_MAX) return 0;  // a run never has so many
+  if (known == archives.end()) archives.emplace_back(path);
+  return static_cast<uint16_t>(number);
 }
 
 std::string_view KindText(EntryKind kind) {

@@ -54,7 +54,7 @@ struct RunEntries {
   // What follows is named by that rule; "" ends it.
   void BeginRule(std::string_view name);
   void Add(RunEntry entry);
-  // Of the archive in `archives`, for entries.
+  // Of the archive in `archives`, for entries; 0 of "".
   uint16_t ArchiveNumber(std::string_view path);
 
  private:

@@ -5,6 +5,7 @@
 #include "app/run_logs.h"
 #include "app/run_report.h"
 #include "app/run_table.h"
+#include "app/undo_run.h"
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
@@ -31,6 +32,7 @@ constexpr Anchor kAnchors[] = {
     {lblFilter, 1, 0.5, 1, 0.5},
     {txtFilter, 1, 0.5, 1, 0.5},
     {lstvRun, 0, 0.5, 1, 1},
+    {cmdUndoRun, 0, 1, 0, 1},
     {cmdOpenFolder, 0, 1, 0, 1},
     {cmdCopy, 0, 1, 0, 1},
     {cmdSave, 1, 1, 1, 1},
@@ -54,6 +56,7 @@ void FrmLog::Show(HWND owner, const RunReport& report) {
 HWND FrmLog::FirstFocus() { return Control(IDCANCEL); }
 
 void FrmLog::OnInit() {
+  prompts_.Attach(window());
   layout().Add(kAnchors);
   categories_.Attach(Control(lstvCategories), kColumns,
                      [this](int row, int column) { return CategoryCell(row, column); });
@@ -69,6 +72,7 @@ void FrmLog::ShowReport() {
   categories_.SetRows(static_cast<int>(kCategories));
   categories_.Refresh();
   entries_.Show(report_.totals->Entries, false);
+  EnableControl(cmdUndoRun, CanUndo(*report_.totals->Entries), IDCANCEL);
 }
 
 // The run that was shown first, and behind it those that are kept.
@@ -107,7 +111,9 @@ Cell FrmLog::CategoryCell(int row, int column) const {
 }
 
 void FrmLog::OnCommand(int id, int code) {
+  if (work_.working()) return id == IDCANCEL ? work_.Stop() : void();
   if (entries_.OnCommand(id, code)) return;
+  if (id == cmdUndoRun) return Undo();
   if (id == cboRuns && code == CBN_SELCHANGE) ChooseRun();
   if (id == cmdSave) Save();
   if (id == IDCANCEL) Close();
@@ -146,6 +152,30 @@ void FrmLog::Save() const {
   } catch (const Error& error) {
     Tell(std::string("The log could not be saved. ") + error.what());
   }
+}
+
+// No run may begin meanwhile.
+void FrmLog::Undo() {
+  const HWND owner = GetWindow(window(), GW_OWNER);
+  if (!prompts_.AskYesNo("Put back everything that this run backed up?")) return;
+  EnableWindow(owner, FALSE);
+  RestoreResult result;
+  const LongWork::End end =
+      work_.Run({.show =
+                     [this](const Progress& at) {
+                       SetText(lblRunSummary, "Restoring " + std::string(at.path));
+                     }},
+                [&](const Pause& pause) {
+                  result = UndoRun(machine_, *report_.totals->Entries, prompts_, pause);
+                });
+  EnableWindow(owner, TRUE);
+  if (end == LongWork::End::kGone) return;
+  entries_.ShowSummary();
+  std::string told = std::to_string(result.restored) + " restored, " +
+                     std::to_string(result.skipped) + " left as they were.";
+  for (const std::string& problem : result.problems) told += "\r\n" + problem;
+  prompts_.Inform(told);
+  if (end == LongWork::End::kCloses) Close();
 }
 
 void FrmLog::Tell(const std::string& sentence) const {

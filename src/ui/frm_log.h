@@ -8,6 +8,8 @@
 #include "ui/dialog.h"
 #include "ui/entry_view.h"
 #include "ui/list_view.h"
+#include "ui/long_work.h"
+#include "ui/window_prompts.h"
 
 namespace quellix {
 
@@ -35,6 +37,7 @@ class FrmLog : public Dialog {
   void FillRuns();
   void ChooseRun();
   void Save() const;
+  void Undo();
   std::string TextOf(size_t form) const;
   void Tell(const std::string& sentence) const;
 
@@ -43,6 +46,8 @@ class FrmLog : public Dialog {
   std::vector<std::string> runs_;
   ListView categories_;
   EntryView entries_;
+  WindowPrompts prompts_;
+  LongWork work_{*this};
 };
 
 }  // namespace quellix

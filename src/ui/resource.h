@@ -194,6 +194,7 @@
 #define cmdCopy 1224
 #define cmdKeepEntry 1225
 #define cmdCleanTicked 1226
+#define cmdUndoRun 1227
 
 // The Backups window
 #define lblArchives 1301

@@ -4,6 +4,7 @@
 #include "app/entry_list.h"
 #include "app/run_logs.h"
 #include "app/run_report.h"
+#include "app/undo_run.h"
 #include "backup/backups.h"
 #include "support/run_fixture.h"
 
@@ -81,6 +82,37 @@ TEST_F(RunRecordsTest, ARunThatCannotBeKeptSaysSoAndOneThatWasStoppedIsKept) {
   const RunTotals stopped = RunLogs(ports).Read(RunLogs(ports).List()[0]);
   EXPECT_TRUE(stopped.AbortRequested);
   EXPECT_NE(stopped.RunLog.find("Aborted by user"), std::string::npos);
+}
+
+TEST_F(RunRecordsTest, ARunThatBackedUpIsUndoneAlsoFromItsRecord) {
+  const std::string file = scratch + "mine\\sub\\a.txt";
+  for (const bool from_record : {false, true}) {
+    machine->MakeFile(file, "12345");
+    machine->RemoveRegistryTree(kUser, kRunMruKey);
+    machine->SetText(kUser, kRunMruKey, "a", "cmd");
+    WriteSettings("[General]\r\nDelMethod=B\r\nKeepLogs=9\r\n");
+    machine->MakeFile(ports.program_folder + "\\UDFO.txt", scratch + "mine\r\n");
+    Tick({"CleanUserFolders", "CleanRunMRU"});
+    engine.RunCleaning();
+    EXPECT_FALSE(machine->Exists(file));
+    EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
+    const RunLogs runs(ports);
+    const RunTotals record = runs.Read(runs.List()[0]);
+    const RunEntries& run = from_record ? *record.Entries : *engine.state().Entries;
+    ASSERT_TRUE(CanUndo(run));
+    NoPrompts prompts;
+    const RestoreResult result = UndoRun(ports, run, prompts, {});
+    EXPECT_EQ(result.problems, Names());
+    EXPECT_GE(result.restored, 2u);
+    EXPECT_EQ(ports.files.ReadWholeFile(file), "12345");
+    EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey), Names{"a"});
+    // Nobody has answered what is to become of what is there by now: it stays.
+    machine->MakeFile(file, "newer");
+    UndoRun(ports, run, prompts, {});
+    EXPECT_EQ(ports.files.ReadWholeFile(file), "newer");
+  }
+  CleanTemp("[General]\r\nDelMethod=D\r\n");
+  EXPECT_FALSE(CanUndo(*engine.state().Entries));
 }
 
 TEST_F(RunRecordsTest, BackupsExpireByTheirAgeAndOnlyThoseOfOurNames) {

@@ -1,0 +1,73 @@
+#include "app/undo_run.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "backup/backups.h"
+#include "platform/error.h"
+#include "platform/path.h"
+
+namespace quellix {
+namespace {
+
+bool IsIn(const RunEntry& entry, size_t archive) {
+  return entry.archive == archive && entry.fate == Fate::kRemoved;
+}
+
+// As an archive names a file: below "C:\", or below the "\\" of a server.
+std::string NameInArchive(const std::string& place) {
+  return place.substr(std::min<size_t>(place.starts_with("\\\\") ? 2 : 3, place.size()));
+}
+
+// The files of the run. An archive of registry entries is the run's alone, and goes back whole.
+std::vector<std::string> NamesIn(const RunEntries& run, size_t archive) {
+  std::vector<std::string> names;
+  for (const RunEntry& entry : run.all) {
+    if (IsIn(entry, archive) && entry.kind == EntryKind::kFile)
+      names.push_back(NameInArchive(entry.place));
+  }
+  return names;
+}
+
+void Add(RestoreResult& sum, RestoreResult part) {
+  sum.restored += part.restored;
+  sum.skipped += part.skipped;
+  sum.cancelled = sum.cancelled || part.cancelled;
+  std::ranges::move(part.problems, std::back_inserter(sum.problems));
+}
+
+}  // namespace
+
+bool CanUndo(const RunEntries& run) {
+  return std::ranges::any_of(run.all, [](const RunEntry& entry) {
+    return entry.archive != 0 && entry.fate == Fate::kRemoved;
+  });
+}
+
+RestoreResult UndoRun(const Machine& machine, const RunEntries& run, Prompts& prompts,
+                      const Pause& pause) {
+  RestoreResult sum;
+  for (size_t i = 1; i < run.archives.size() && !sum.cancelled; ++i) {
+    const std::string& archive = run.archives[i];
+    const bool is_used =
+        std::ranges::any_of(run.all, [i](const RunEntry& entry) { return IsIn(entry, i); });
+    std::vector<std::string> names = NamesIn(run, i);
+    const bool goes_whole = archive.ends_with(".reg");
+    if (!is_used || names.empty() != goes_whole) continue;  // without names all would come back
+    try {
+      Backups backups(machine, std::string(FolderPart(archive)));
+      const std::string name(NamePart(archive));
+      Add(sum, backups.Restore(
+                   name, {.entry_paths = std::move(names), .to = "", .mode = OverwriteMode::kAsk},
+                   prompts, pause));
+    } catch (const Error& error) {
+      sum.problems.push_back(error.what());
+    }
+  }
+  return sum;
+}
+
+}  // namespace quellix
