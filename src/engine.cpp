@@ -1,5 +1,7 @@
 #include "engine.h"
 
+#include <utility>
+
 #include "backup/leftovers.h"
 #include "platform/error.h"
 #include "run/run_steps.h"
@@ -52,7 +54,16 @@ void Engine::ApplyGeneralSettings() {
   selection_.ApplyProtection(preferences_);
 }
 
-void Engine::RunCleaning() { quellix::RunCleaning(context_, selection_); }
+// Whatever becomes of the run, no later one is bound by its choice.
+void Engine::RunCleaning(std::shared_ptr<RunChoice> choice) {
+  state_.Choice = std::move(choice);
+  try {
+    quellix::RunCleaning(context_, selection_);
+  } catch (...) {
+    state_.Choice.reset();
+    throw;
+  }
+}
 
 void Engine::RunOneItem(const Item& item) { quellix::RunOneItem(context_, item); }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -44,8 +45,9 @@ class Engine {
   Settings& settings() { return settings_; }
   CleaningContext& context() { return context_; }
 
-  // StartRun: the Clean command. StopCleaning: takes effect at the run's next check.
-  void RunCleaning();
+  // StartRun: the Clean command; of what a preview found, what was chosen there alone.
+  // StopCleaning: takes effect at the run's next check.
+  void RunCleaning(std::shared_ptr<RunChoice> choice = nullptr);
   void RunOneItem(const Item& item);
   // Hands each find to `sink`; nothing is changed. Throws Error. A stop ends it early.
   void FindJunk(JunkKind kind, ResultSink& sink) { SearchJunk(context_, kind, sink); }

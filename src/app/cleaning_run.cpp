@@ -11,6 +11,7 @@
 #include "platform/text.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
+#include "run/working_folder.h"
 
 namespace quellix {
 namespace {
@@ -25,11 +26,14 @@ RunReport ReportOf(const CleaningContext& context) {
 // What is deleted by hand afterwards was never in a preview.
 void EndChoice(CleaningContext& context) {
   RunState& state = context.state;
-  if (const auto choice = std::exchange(state.Choice, nullptr)) state.RunLog += choice->Remarks();
+  const auto choice = std::exchange(state.Choice, nullptr);
+  // Of a run that was stopped most was not come by.
+  if (choice && !state.AbortRequested) state.RunLog += choice->Remarks();
 }
 
 // For later reading.
 void KeepRun(CleaningContext& context) {
+  if (!context.settings.IsReadable()) return;  // how many are wanted nobody can tell
   try {
     RunLogs(context.machine).Keep(context.state, context.settings.Load().kept_logs);
   } catch (const Error& error) {
@@ -38,19 +42,40 @@ void KeepRun(CleaningContext& context) {
   }
 }
 
+// The line of the keep list that keeps a file, or the folder that it lies in.
+std::string_view KeptBy(const KeepList& keep, Folder& folder, const std::string& path) {
+  const FileId id = folder.Id();
+  std::string_view line = keep.empty() ? "" : keep.ForFile(folder, id, path);
+  if (keep.empty() || !line.empty()) return line;
+  line = keep.ForFolder(id);
+  for (const FileId& above : folder.Above()) {
+    if (line.empty()) line = keep.ForFolder(above);
+  }
+  return line;
+}
+
 // Archives of traces are traces.
 void RemoveOldBackups(CleaningContext& context) {
   RunState& state = context.state;
   state.Entries->BeginRule("KeepDays");
   size_t count = 0;
+  const auto entry_of = [](const std::string& path, const FileInfo& file) {
+    return RunEntry{.bytes = file.size, .last_write = file.last_write, .place = path};
+  };
+  const auto goes = [&](Folder& folder, const std::string& path, const FileInfo& file) {
+    const std::string_view line = KeptBy(KeepOf(context), folder, path);
+    if (!line.empty()) NoteKept(state, path, line);
+    return line.empty() && IsChosen(state, entry_of(path, file));
+  };
   const auto removed = [&](const std::string& path, const FileInfo& file) {
     ++count;
-    NoteEntry(state, {.bytes = file.size, .last_write = file.last_write, .place = path});
+    NoteEntry(state, entry_of(path, file));
   };
   const auto stayed = [&](const std::string& path, std::string_view why) {
     NoteStayed(state, path, why, Error::Kind::kOther);
   };
-  RemoveExpiredBackups(context.machine, state.BackupFolder, state.KeepDays, removed, stayed);
+  RemoveExpiredBackups(context.machine, state.BackupFolder, state.KeepDays,
+                       {goes, removed, stayed});
   if (count == 0) return;
   state.RunLog += "Backups older than " + std::to_string(state.KeepDays) +
                   " day(s) removed: " + std::to_string(count) + "\r\n";
@@ -59,7 +84,7 @@ void RemoveOldBackups(CleaningContext& context) {
 // Stop has taken effect: no totals, no log window. What is then deleted by hand has a backup of its
 // own.
 void AbortRun(CleaningContext& context, std::string_view message) {
-  context.backup.DeleteBackupArchive();
+  DropArchive(context);
   EndChoice(context);
   FinishResults(context);
   CloseBackup(context);
@@ -78,13 +103,13 @@ void RefuseRun(CleaningContext& context) {
 }
 
 void FinishRun(CleaningContext& context) {
+  if (!context.state.AbortRequested) RemoveOldBackups(context);
   EndChoice(context);
   FinishResults(context);
   CloseBackup(context);
   context.view.ShowCurrentItem(nullptr);
   context.view.SetCommands({});
   if (!context.state.AbortRequested) {
-    RemoveOldBackups(context);
     AppendSummary(context);
     KeepRun(context);
     const RunReport report = ReportOf(context);

@@ -150,7 +150,7 @@ void EntryList::SetFilter(std::string_view text) {
 }
 
 void EntryList::SetTicked(size_t row, bool ticked) {
-  if (At(row).fate == Fate::kRemoved) unticked_[view_[row]] = !ticked;
+  if (is_preview_ && At(row).fate == Fate::kRemoved) unticked_[view_[row]] = !ticked;
 }
 
 void EntryList::TickAll(bool ticked) {

@@ -32,9 +32,15 @@ std::string TextOf(const Json& row, const char* field) {
   return found != row.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
+// What is no count, or does not fit, counts as 0.
 template <class Number>
 Number NumberOf(const Json& row, const char* field) {
-  return row.value(field, Number{});
+  const auto found = row.find(field);
+  if (found == row.end() || !found->is_number_unsigned()) return {};
+  const auto number = found->get<uint64_t>();
+  constexpr auto kMost = static_cast<uint64_t>(INT32_MAX);
+  return sizeof(Number) < sizeof(uint64_t) && number > kMost ? Number{}
+                                                             : static_cast<Number>(number);
 }
 
 // Rows of a rule follow each other, and so do those of an archive.
@@ -58,6 +64,9 @@ RunTotals ToTotals(const Json& report) {
   const Json& summary = report.at("summary");
   RunTotals totals;
   totals.AbortRequested = summary.value("stopped", false);
+  const int exit_code = report.value("exitCode", int{kFailed});
+  totals.SomeErrors = exit_code == kFailed;
+  totals.SomeFilesLocked = exit_code == kSomeFilesStayed;
   totals.RunFilesDeleted = NumberOf<int32_t>(summary, "files");
   totals.RunSpaceGained = NumberOf<double>(summary, "bytes");
   totals.FilesBackedUp = NumberOf<int32_t>(summary, "backedUp");
@@ -90,14 +99,18 @@ std::string RunLogs::FreeName() const {
 }
 
 void RunLogs::Keep(const RunTotals& totals, int most) {
+  std::string kept;
   if (most > 0) {
     MakeFolders(machine_.files, folder_);
     std::ostringstream text;
     WriteJson(text, TableOfRun("clean", totals, false), ExitCodeOf(totals));
-    machine_.files.WriteWholeFile(folder_ + FreeName(), text.str());
+    kept = FreeName();
+    machine_.files.WriteWholeFile(folder_ + kept, text.str());
   }
-  const std::vector<std::string> names = List();
-  for (size_t i = static_cast<size_t>(std::max(most, 0)); i < names.size(); ++i) {
+  // After a clock was moved back the last run need not have the last name.
+  std::vector<std::string> names = List();
+  std::erase(names, kept);
+  for (size_t i = static_cast<size_t>(std::max(most - 1, 0)); i < names.size(); ++i) {
     machine_.files.RemoveFile(folder_ + names[i]);
   }
 }

@@ -9,6 +9,7 @@
 #include "backup/backups.h"
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/text.h"
 
 namespace quellix {
 namespace {
@@ -58,7 +59,10 @@ RestoreResult UndoRun(const Machine& machine, const RunEntries& run, Prompts& pr
     const bool goes_whole = archive.ends_with(".reg");
     if (!is_used || names.empty() != goes_whole) continue;  // without names all would come back
     try {
-      Backups backups(machine, std::string(FolderPart(archive)));
+      Backups backups(machine);
+      // A record may have been made by others.
+      if (!EqualsNoCase(FolderPart(archive), backups.folder()))
+        throw Error(Error::Kind::kDenied, archive + " is not in the backup folder.");
       const std::string name(NamePart(archive));
       Add(sum, backups.Restore(
                    name, {.entry_paths = std::move(names), .to = "", .mode = OverwriteMode::kAsk},

@@ -31,22 +31,21 @@ std::vector<std::pair<std::string, FileInfo>> WrittenBefore(Folder& folder, int6
 
 }  // namespace
 
-void RemoveExpiredBackups(
-    const Machine& machine, std::string_view folder, int days,
-    const std::function<void(const std::string& path, const FileInfo& file)>& removed,
-    const std::function<void(const std::string& path, std::string_view why)>& stayed) {
+void RemoveExpiredBackups(const Machine& machine, std::string_view folder, int days,
+                          const ExpirySteps& steps) {
   if (days <= 0) return;
   try {
     const std::unique_ptr<Folder> open = machine.files.OpenFolder(folder);
     if (!open) return;
-    for (const auto& [name, info] :
-         WrittenBefore(*open, machine.system.UtcNow() - days * kFiletimesADay)) {
+    const int64_t before = machine.system.UtcNow() - days * kFiletimesADay;
+    for (const auto& [name, info] : WrittenBefore(*open, before)) {
       const std::string path = std::string(folder) + name;
       try {
+        if (!steps.goes(*open, path, info)) continue;
         open->RemoveFile(name);
-        removed(path, info);
+        steps.removed(path, info);
       } catch (const Error& error) {
-        stayed(path, error.what());
+        steps.stayed(path, error.what());
       }
     }
   } catch (const Error&) {  // it is missing, or nobody can list it

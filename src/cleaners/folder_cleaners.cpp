@@ -139,7 +139,10 @@ void CleanRecycleBin(CleaningContext& context, const Item& item) {
   RunEntry entry{.kind = EntryKind::kRecycleBin,
                  .bytes = content.bytes,
                  .part = std::to_string(content.items) + (content.items == 1 ? " item" : " items")};
-  if (content.items > 0 && !IsChosen(state, entry)) return EndFiles(context, item);
+  if (content.items > 0 && !IsChosen(state, entry)) {
+    NotePlace(state);
+    return EndFiles(context, item);
+  }
   context.machine.shell.EmptyRecycleBin();
   NotePlace(state);
   if (content.items > 0) NoteEntry(state, std::move(entry));

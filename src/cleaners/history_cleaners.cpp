@@ -105,7 +105,7 @@ void CleanInstallFromHistory(CleaningContext& context, const Item& item) {
 void CleanClipboard(CleaningContext& context, const Item& item) {
   CleanByAction(context, item, [&] {
     const RunEntry entry{.kind = EntryKind::kClipboard};
-    if (!IsChosen(context.state, entry)) return;
+    if (!IsChosen(context.state, entry)) return NotePlace(context.state);
     context.machine.shell.EmptyClipboard();
     NoteEntry(context.state, entry);
     NotePlace(context.state);

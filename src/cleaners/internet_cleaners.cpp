@@ -45,14 +45,18 @@ void DeleteCacheEntries(CleaningContext& context,
       found.push_back({.kind = EntryKind::kCacheEntry,
                        .bytes = entry.size,
                        .last_write = entry.last_modified,
-                       .place = entry.source});
+                       .place = entry.source,
+                       .part = entry.local_file});
     }
     return !StopsRun(context);
   });
   for (RunEntry& entry : found) {
     if (StopsRun(context)) return;
     if (!IsChosen(context.state, entry)) continue;
-    context.machine.url_cache.Delete(entry.place);
+    if (!context.machine.url_cache.Delete(entry.place)) {
+      entry.fate = Fate::kStayed;
+      entry.note = "It is in use, or gone already.";
+    }
     NoteEntry(context.state, std::move(entry));
   }
   NotePlace(context.state);
@@ -134,7 +138,7 @@ void CleanCookies(CleaningContext& context, const Item& item) {
 void CleanAddressHistory(CleaningContext& context, const Item& item) {
   CleanByAction(context, item, [&] {
     const RunEntry entry{.kind = EntryKind::kAddressHistory};
-    if (!IsChosen(context.state, entry)) return;
+    if (!IsChosen(context.state, entry)) return NotePlace(context.state);
     context.machine.shell.ClearAddressHistory();
     NoteEntry(context.state, entry);
     NotePlace(context.state);

@@ -37,6 +37,7 @@ ReportTable TableOf(std::string_view command, const CacheList& list) {
 
 // A line an entry, its columns with tabs between.
 int List(CacheList& list, Report& report) {
+  const int code = list.problem().empty() ? kDone : kFailed;
   std::ostream& out = report.text();
   for (size_t row = 0; row < list.RowCount(); ++row) {
     for (size_t column = 0; column < kCacheColumns; ++column) {
@@ -45,7 +46,7 @@ int List(CacheList& list, Report& report) {
     }
     out << '\n';
   }
-  return report.Finish(TableOf("cache list", list), kDone);
+  return report.Finish(TableOf("cache list", list), code);
 }
 
 // Reports what stays.

@@ -22,6 +22,13 @@ class PreviewView : public ConsoleView {
   void ShowReport(const RunReport&) override {}
 };
 
+// Names in a hive may hold what a terminal would obey.
+std::string Printable(std::string text) {
+  std::ranges::replace_if(
+      text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+  return text;
+}
+
 std::string Count(size_t count, const std::string& one) {
   return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
 }
@@ -74,7 +81,8 @@ void ConsoleRun::PrintPreview() {
   const RunState& state = engine_->state();
   for (const RunEntry& entry : state.Entries->all) {
     if (entry.fate != Fate::kRemoved) continue;
-    out_ << std::left << std::setw(16) << KindText(entry.kind) << PlaceText(entry) << "\n";
+    out_ << std::left << std::setw(16) << KindText(entry.kind) << Printable(PlaceText(entry))
+         << "\n";
   }
   std::string log = state.RunLog + StayedNames(state, kNamesSaved);
   std::erase(log, '\r');

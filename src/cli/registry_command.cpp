@@ -141,7 +141,8 @@ int Scan(const RegistryOptions& options, const ReportOptions& report_options,
   const Listed listed(*scan);
   const int code = failed ? kFailed : options.remove ? Delete(*scan, view) : int{kDone};
   ReportTable table = TableOf(listed, *scan);
-  if (options.remove) {
+  table.summary.emplace_back("preview", options.preview);
+  if (options.remove && !options.preview) {
     table.summary.emplace_back("stayed", uint64_t{scan->stayed()});
     table.summary.emplace_back("archive", TextCell(scan->undo_path()));
   }

@@ -44,21 +44,26 @@ int Report::Finish(const ReportTable& table, int exit_code) {
   if (options_.json) WriteJson(std::cout, table, exit_code);
   if (options_.csv) WriteCsv(std::cout, table);
   std::cout << std::flush;
+  if (!std::cout) return Fail("the output could not be written.", kFailed);
   return path_.empty() ? exit_code : WriteFile(table, exit_code);
 }
 
 // In one step: half a report would be taken for a whole one.
 int Report::WriteFile(const ReportTable& table, int exit_code) {
-  fs::path unfinished = path_;
-  unfinished += ".unfinished";
   std::error_code error;
+  // A pipe or a device is written to as it is; a link leads to what is replaced.
+  const bool in_place = fs::exists(path_, error) && !fs::is_regular_file(path_, error);
+  const fs::path target = in_place ? path_ : fs::weakly_canonical(path_, error);
+  fs::path unfinished = target;
+  if (!in_place) unfinished += ".unfinished";
   std::ofstream out(unfinished, std::ios::binary);
   EndsInCsv(options_.file) ? WriteCsv(out, table) : WriteJson(out, table, exit_code);
   out.close();
-  if (out) fs::rename(unfinished, path_, error);
+  error.clear();
+  if (out && !in_place) fs::rename(unfinished, target, error);
   if (!out || error) {
     std::error_code none;
-    fs::remove(unfinished, none);
+    if (!in_place) fs::remove(unfinished, none);
     return Fail("the report could not be written to " + options_.file + ".", kFailed);
   }
   is_new_ = false;

@@ -51,8 +51,8 @@ size_t RemoveAll(Engine& engine, std::vector<Find>& finds) {
   for (Find& find : finds) {
     if (StopsRun(engine.context())) break;
     const Removal removal = engine.RemoveFound(find.row);
-    find.removed = removal.outcome != Removal::kStays;
-    if (find.removed) continue;
+    find.removed = removal.outcome == Removal::kRemoved;
+    if (removal.outcome != Removal::kStays) continue;
     ++stayed;
     find.reason = removal.reason;
     std::cerr << "not deleted: " << find.row.path << find.row.name << ": " << removal.reason

@@ -148,7 +148,7 @@ void ShowProgress(CleaningContext& context, size_t done) {
 
 // The user has stopped: what was archived and is still there stays.
 void Abandon(CleaningContext& context) {
-  context.backup.DeleteBackupArchive();
+  DropArchive(context);
   EndRun(context, "Aborted by user");
 }
 

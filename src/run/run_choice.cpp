@@ -1,5 +1,7 @@
 #include "run/run_choice.h"
 
+#include <algorithm>
+
 #include "platform/text.h"
 #include "run/run_state.h"
 
@@ -21,16 +23,39 @@ bool HasOwnTime(EntryKind kind) {
   return kind == EntryKind::kFile || kind == EntryKind::kCacheEntry;
 }
 
+// The others are asked for before anybody knows whether they are there, or empty.
+bool IsSeenBeforeItGoes(EntryKind kind) {
+  return kind != EntryKind::kFolder && kind != EntryKind::kIniKey && kind != EntryKind::kIniSection;
+}
+
+bool HoldsOthers(EntryKind kind) {
+  return kind == EntryKind::kRegistryKey || kind == EntryKind::kIniSection;
+}
+
+// Whether what has the key `other` goes along with a registry key or a section.
+bool Holds(const RunEntry& entry, std::string_view other) {
+  const std::string place = UpCase(entry.place);
+  if (other.empty() || !other.substr(1).starts_with(place)) return false;
+  const std::string_view rest = other.substr(1 + place.size());
+  if (entry.kind == EntryKind::kIniSection) return rest.starts_with("\n" + UpCase(entry.part));
+  const auto kind = static_cast<EntryKind>(other[0] - 'A');
+  return (kind == EntryKind::kRegistryValue && rest.starts_with('\n')) ||
+         ((kind == EntryKind::kRegistryValue || kind == EntryKind::kRegistryKey) &&
+          rest.starts_with('\\'));
+}
+
 }  // namespace
 
+// On a volume names may differ in their case alone: all of them must be ticked for one to go.
 RunChoice::RunChoice(const RunEntries& preview,
                      const std::function<bool(size_t index)>& is_ticked) {
   for (size_t i = 0; i < preview.all.size(); ++i) {
     const RunEntry& entry = preview.all[i];
-    Seen& seen = seen_[KeyOf(entry)];
-    if (!seen.ticked) {
-      const bool ticked = entry.fate == Fate::kRemoved && is_ticked(i);
-      seen = {ticked, false, entry.bytes, entry.last_write};
+    const bool ticked = entry.fate == Fate::kRemoved && is_ticked(i);
+    const auto [seen, is_new] = seen_.try_emplace(KeyOf(entry));
+    const bool stays_unticked = !is_new && entry.fate == Fate::kRemoved && !seen->second.ticked;
+    if (is_new || (entry.fate == Fate::kRemoved && !stays_unticked)) {
+      seen->second = {ticked, false, entry.bytes, entry.last_write};
     }
   }
 }
@@ -38,14 +63,28 @@ RunChoice::RunChoice(const RunEntries& preview,
 bool RunChoice::Takes(const RunEntry& entry) {
   const auto found = seen_.find(KeyOf(entry));
   if (found == seen_.end()) {
-    ++new_;
+    if (IsSeenBeforeItGoes(entry.kind)) ++new_;
     return false;
   }
   Seen& seen = found->second;
   seen.met = true;
   const bool differs = seen.bytes != entry.bytes || seen.last_write != entry.last_write;
-  if (seen.ticked && differs && HasOwnTime(entry.kind)) ++changed_;
-  return seen.ticked;
+  // It goes as a whole, with what came since.
+  if (entry.kind == EntryKind::kRecycleBin && differs) {
+    ++new_;
+    return false;
+  }
+  const auto is_left = [&](const auto& row) {
+    return !row.second.ticked && Holds(entry, row.first);
+  };
+  if (!seen.ticked || (HoldsOthers(entry.kind) && std::ranges::any_of(seen_, is_left)))
+    return false;
+  if (entry.kind == EntryKind::kCacheEntry) {
+    const auto file = seen_.find(KeyOf({.place = entry.part}));
+    if (file != seen_.end() && !file->second.ticked) return false;
+  }
+  if (differs && HasOwnTime(entry.kind)) ++changed_;
+  return true;
 }
 
 std::string RunChoice::Remarks() const {
@@ -55,7 +94,7 @@ std::string RunChoice::Remarks() const {
   }
   return Line(new_, "Left, as they were not in the preview") +
          Line(changed_, "Changed since the preview") +
-         Line(vanished, "No longer there since the preview");
+         Line(vanished, "Ticked in the preview, but not come by again");
 }
 
 bool IsChosen(RunState& state, const RunEntry& entry) {

@@ -75,6 +75,21 @@ void CloseBackup(CleaningContext& context) {
   }
 }
 
+void DropArchive(CleaningContext& context) {
+  RunState& state = context.state;
+  const std::string path(context.backup.Path());
+  context.backup.DeleteBackupArchive();
+  if (state.KeepOnAbort || path.empty()) return;
+  const uint16_t archive = state.Entries->ArchiveNumber(path);
+  for (RunEntry& entry : state.Entries->all) {
+    if (entry.archive != archive) continue;
+    entry.archive = 0;
+    entry.way = Way::kDeleted;
+    --state.FilesBackedUp;
+    ++state.FilesNotBackedUp;
+  }
+}
+
 void ShowIdle(CleaningContext& context, std::string_view status) {
   context.view.ShowCurrentItem(nullptr);
   context.view.SetCommands({});

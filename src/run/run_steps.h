@@ -21,6 +21,10 @@ void LoadRemovalOptions(CleaningContext& context);
 // Finishes the archive of a run that backs up; a failure gets a line in RunLog.
 void CloseBackup(CleaningContext& context);
 
+// After a stop: drops the archive, unless stopped runs keep theirs. What is in it, and gone, has no
+// backup any more.
+void DropArchive(CleaningContext& context);
+
 // Shows that nothing runs any longer.
 void ShowIdle(CleaningContext& context, std::string_view status);
 

@@ -30,7 +30,7 @@ std::string Names(const char* heading, const RunEntries& entries, Fate fate, uin
   uint64_t left = count;
   for (const RunEntry& entry : entries.all) {
     if (entry.fate != fate || (fate == Fate::kStayed && !IsOnDisk(entry))) continue;
-    --left;
+    if (left > 0) --left;
     if (!named.insert(UpCase(PlaceText(entry))).second) continue;
     if (named.size() > most) {
       ++left;

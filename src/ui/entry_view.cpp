@@ -89,13 +89,12 @@ void EntryView::Toggle(int row) {
   if (!Has(row)) return;
   const size_t index = static_cast<size_t>(row);
   list_->SetTicked(index, !list_->IsTicked(index));
-  ShowSummary();
 }
 
 void EntryView::Sort(int column) {
   list_->Sort(RunColumn(column));
+  view_.SetRows(static_cast<int>(list_->RowCount()));  // what was selected is elsewhere now
   view_.ShowOrder(column, list_->order()->descending);
-  view_.Refresh();
 }
 
 void EntryView::Filter() {
@@ -140,19 +139,21 @@ void EntryView::Copy() const {
 void EntryView::KeepSelected() {
   const std::vector<size_t> rows = view_.SelectedRows();
   if (rows.empty()) return Tell("Select the entries that are never to be removed first.");
+  std::string told;
   try {
     for (const size_t row : rows) {
       const std::string line = KeepLineFor(list_->At(row));
       const std::string refusal =
           line.empty() ? "This has no name of its own." : AddToKeepFile(machine_, line);
-      if (!refusal.empty()) Tell(list_->Text(row, RunColumn::kPlace) + ": " + refusal);
+      if (!refusal.empty()) told += list_->Text(row, RunColumn::kPlace) + ": " + refusal + "\r\n";
       list_->SetTicked(row, false);
     }
   } catch (const Error& error) {
-    Tell(std::string("The keep list could not be written. ") + error.what());
+    told += std::string("The keep list could not be written. ") + error.what();
   }
   Refresh();
   ShowSummary();
+  if (!told.empty()) Tell(told);  // meanwhile the window may show another run
 }
 
 bool EntryView::OnCommand(int id, int code) {
@@ -181,6 +182,7 @@ bool EntryView::OnNotify(NMHDR& header, LRESULT& result) {
   if (header.idFrom != lstvRun) return false;
   view_.OnNotify(header, &result);
   if (!list_) return true;
+  if (header.code == NM_CLICK || header.code == LVN_KEYDOWN) ShowSummary();  // a box may differ
   if (header.code == LVN_COLUMNCLICK) Sort(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem);
   if (header.code == NM_DBLCLK) OpenFolder();
   if (header.code == LVN_KEYDOWN && GetKeyState(VK_CONTROL) < 0) {

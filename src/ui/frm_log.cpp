@@ -48,6 +48,7 @@ constexpr FileFilter kForms[] = {{"Log Files ( *.log )", "*.log"},
 }  // namespace
 
 void FrmLog::Show(HWND owner, const RunReport& report) {
+  if (work_.working()) return;
   last_ = report_ = report;
   Create(frmLog, owner);
   ShowWindow(window(), SW_SHOW);
@@ -143,9 +144,9 @@ std::string FrmLog::TextOf(size_t form) const {
 // No run may begin meanwhile: it would close this window and the question with it.
 void FrmLog::Save() const {
   const HWND owner = GetWindow(window(), GW_OWNER);
-  EnableWindow(owner, FALSE);
+  const bool was_disabled = EnableWindow(owner, FALSE) != FALSE;
   const std::optional<SavePlace> place = AskWhereToSave(window(), kForms, "cleanup");
-  EnableWindow(owner, TRUE);
+  EnableWindow(owner, !was_disabled);
   if (!place) return;
   try {
     machine_.files.WriteWholeFile(place->path, TextOf(place->filter));
@@ -158,17 +159,16 @@ void FrmLog::Save() const {
 void FrmLog::Undo() {
   const HWND owner = GetWindow(window(), GW_OWNER);
   if (!prompts_.AskYesNo("Put back everything that this run backed up?")) return;
-  EnableWindow(owner, FALSE);
+  const bool was_disabled = EnableWindow(owner, FALSE) != FALSE;
+  const std::shared_ptr<const RunEntries> run = report_.totals->Entries;
   RestoreResult result;
   const LongWork::End end =
       work_.Run({.show =
                      [this](const Progress& at) {
                        SetText(lblRunSummary, "Restoring " + std::string(at.path));
                      }},
-                [&](const Pause& pause) {
-                  result = UndoRun(machine_, *report_.totals->Entries, prompts_, pause);
-                });
-  EnableWindow(owner, TRUE);
+                [&](const Pause& pause) { result = UndoRun(machine_, *run, prompts_, pause); });
+  EnableWindow(owner, !was_disabled);
   if (end == LongWork::End::kGone) return;
   entries_.ShowSummary();
   std::string told = std::to_string(result.restored) + " restored, " +

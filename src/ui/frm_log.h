@@ -30,6 +30,7 @@ class FrmLog : public Dialog {
   const char* HelpTopic() const override { return "log"; }
   LRESULT OnNotify(NMHDR& header) override;
   HBRUSH OnControlColor(HDC target, HWND control) override;
+  void OnClose() override { work_.working() ? work_.StopAndClose() : Close(); }
 
  private:
   Cell CategoryCell(int row, int column) const;

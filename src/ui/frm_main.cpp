@@ -86,8 +86,7 @@ void FrmMain::OnInit() {
   SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
   windows_.on_options = [this] { FollowSettings(); };
   preview_.on_clean = [this](std::shared_ptr<RunChoice> choice) {
-    engine_.state().Choice = std::move(choice);
-    Run([this] { engine_.RunCleaning(); });
+    Run([this, choice] { engine_.RunCleaning(choice); });
   };
   preview_.asks = [this] { return engine_.preferences().ask; };
   FollowSettings();
@@ -224,10 +223,15 @@ void FrmMain::Clean(const Item* item) {
 // What a run would come by now; null when the look was stopped, or the window has gone.
 std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Item* item) {
   PreviewRun preview(machine_, display_);
-  Run([&] { item != nullptr ? preview.RunOneItem(*item) : preview.Run(engine_.selection()); });
-  if (!window() || preview.state().AbortRequested) return nullptr;
+  bool is_whole = false;
+  Run([&] {
+    item != nullptr ? preview.RunOneItem(*item) : preview.Run(engine_.selection());
+    is_whole = true;
+  });
+  if (!window() || !is_whole || preview.state().AbortRequested) return nullptr;
   if (preview.state().SomeErrors) Warn(preview.state().RunLog);
-  return preview.entries();
+  const bool is_refused = preview.state().SomeErrors && preview.entries()->all.empty();
+  return is_refused ? nullptr : preview.entries();
 }
 
 void FrmMain::ShowPreview(std::shared_ptr<const RunEntries> found) {

@@ -196,9 +196,7 @@ TEST_F(PreviewRunTest, OfAPreviewOnlyWhatIsTickedGoesAndNothingThatCameLater) {
     }
     machine->MakeFile(temp + "came later", "1");
     machine->MakeFile(scratch + "mine\\came later", "1");
-    engine.state().Choice =
-        std::make_shared<RunChoice>(*seen, [&list](size_t row) { return list.IsTicked(row); });
-    engine.RunCleaning();
+    engine.RunCleaning(list.Choice());
     Lines gone;
     for (const RunEntry& entry : engine.state().Entries->all) {
       if (entry.fate != Fate::kRemoved || entry.kind == EntryKind::kFolder) continue;
@@ -214,6 +212,31 @@ TEST_F(PreviewRunTest, OfAPreviewOnlyWhatIsTickedGoesAndNothingThatCameLater) {
     Clear();
   }
   EXPECT_GT(removed, 30u);
+}
+
+TEST_F(PreviewRunTest, WhatWasUntickedIsNotTakenByWhatHoldsItNorByTheBin) {
+  const std::string find = "Software\\Microsoft\\Search Assistant\\ACMru";
+  machine->RemoveRegistryTree(kUser, find);
+  for (const char* name : {"a", "b"}) machine->SetText(kUser, find, name, "text");
+  machine->MakeFile(scratch + "binned.txt", "12");
+  ports.files.Recycle(scratch + "binned.txt");
+  WriteSettings("[General]\r\nDelMethod=D\r\n");
+  Tick({"CleanFindHistory", "CleanRecycleBin"});
+  PreviewRun previewed(ports, view);
+  previewed.Run(engine.selection());
+  EntryList list(ports.system, previewed.entries(), true);
+  for (size_t row = 0; row < list.RowCount(); ++row) {
+    if (list.At(row).part == "b") list.SetTicked(row, false);
+  }
+  machine->MakeFile(scratch + "binned since.txt", "123");
+  ports.files.Recycle(scratch + "binned since.txt");
+  engine.RunCleaning(list.Choice());
+  EXPECT_EQ(machine->ValueNames(kUser, find), std::vector<std::string>{"b"});
+  EXPECT_GE(ports.shell.QueryRecycleBin().items, 2u);
+  const std::string& log = engine.state().RunLog;
+  EXPECT_NE(log.find("Left, as they were not in the preview: 1"), std::string::npos) << log;
+  ports.shell.EmptyRecycleBin();
+  machine->RemoveRegistryTree(kUser, find);
 }
 
 TEST_F(PreviewRunTest, TheQuestionCountsWhatCannotBeHadBack) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "app/entry_list.h"
+#include "app/preview_run.h"
 #include "app/run_logs.h"
 #include "app/run_report.h"
 #include "app/undo_run.h"
@@ -140,6 +141,65 @@ TEST_F(RunRecordsTest, BackupsExpireByTheirAgeAndOnlyThoseOfOurNames) {
     EXPECT_EQ(
         engine.state().RunLog.find("Backups older than 30 day(s) removed: 3") == std::string::npos,
         again);
+  }
+}
+
+TEST_F(RunRecordsTest, WhatIsKeptOrWasUntickedDoesNotExpire) {
+  const std::string folder = ports.program_folder + "\\Backup\\", old = "C_141120269057.zip",
+                    other = "D_141120269057.zip";
+  for (const std::string& name : {old, other}) {
+    machine->MakeFile(folder + name, "x");
+    machine->SetLastWrite(folder + name, ports.system.UtcNow() - 40 * int64_t{864'000'000'000});
+  }
+  const std::string keep = ports.program_folder + "\\keep.txt";
+  for (const std::string& line : {folder + old, std::string("C_*.zip"), folder}) {
+    ports.files.WriteWholeFile(keep, line + "\r\n" + other + "\r\nD_*.zip\r\n");
+    CleanTemp("[Backup]\r\nKeepDays=30\r\n");
+    EXPECT_TRUE(machine->Exists(folder + old)) << line;
+  }
+  ports.files.RemoveFile(keep);
+  PreviewRun preview(ports, view);
+  preview.Run(engine.selection());
+  EntryList list(ports.system, preview.entries(), true);
+  for (size_t row = 0; row < list.RowCount(); ++row) {
+    if (list.Text(row, RunColumn::kPlace) == folder + old) list.SetTicked(row, false);
+  }
+  engine.RunCleaning(list.Choice());
+  EXPECT_TRUE(machine->Exists(folder + old));
+  EXPECT_FALSE(machine->Exists(folder + other));
+  EXPECT_EQ(engine.state().RunLog.find("preview"), std::string::npos) << engine.state().RunLog;
+}
+
+TEST_F(RunRecordsTest, WithoutReadableSettingsNoRecordGoesAndAStopTakesBackItsClaims) {
+  machine->MakeFile(logs + "2020-01-01 10.00.00.json", "an old run");
+  WriteSettings("[General]\r\nKeepLogs=3\r\n");
+  Tick({"CleanTempFiles"});
+  machine->MakeFile(temp + "a.tmp", "1");
+  view.on_status = [this](const std::string& status) {
+    if (!status.starts_with("Deleting file: ")) return;
+    const std::string ini = ports.program_folder + "\\Settings.ini";
+    ports.files.RemoveFile(ini);
+    machine->MakeFolder(ini);
+  };
+  engine.RunCleaning();
+  view.on_status = nullptr;
+  EXPECT_TRUE(machine->Exists(logs + "2020-01-01 10.00.00.json"));
+  ports.files.RemoveFolder(ports.program_folder + "\\Settings.ini");
+
+  for (const bool keeps : {false, true}) {
+    machine->MakeFile(scratch + "mine\\a.txt", "1");
+    machine->MakeFile(ports.program_folder + "\\UDFI.txt", scratch + "mine\\a.txt\r\n");
+    machine->MakeFile(temp + "b.tmp", "1");
+    WriteSettings("[General]\r\nDelMethod=B\r\n[Backup]\r\nKeepOnAbort=" + std::to_string(keeps) +
+                  "\r\n");
+    Tick({"CleanUserFiles", "CleanTempFiles"});
+    StopWhenStatusBegins("Deleting file: " + temp);
+    engine.RunCleaning();
+    view.on_status = nullptr;
+    ASSERT_TRUE(engine.state().AbortRequested);
+    EXPECT_FALSE(machine->Exists(scratch + "mine\\a.txt"));
+    EXPECT_EQ(CanUndo(*engine.state().Entries), keeps);
+    EXPECT_EQ(engine.state().FilesNotBackedUp, keeps ? 0 : 1);
   }
 }
 
