@@ -42,16 +42,12 @@ void KeepRun(CleaningContext& context) {
   }
 }
 
-// The line of the keep list that keeps a file, or the folder that it lies in.
+// The line of the keep list that keeps a file, or a folder that it lies in.
 std::string_view KeptBy(const KeepList& keep, Folder& folder, const std::string& path) {
+  if (keep.empty()) return {};
   const FileId id = folder.Id();
-  std::string_view line = keep.empty() ? "" : keep.ForFile(folder, id, path);
-  if (keep.empty() || !line.empty()) return line;
-  line = keep.ForFolder(id);
-  for (const FileId& above : folder.Above()) {
-    if (line.empty()) line = keep.ForFolder(above);
-  }
-  return line;
+  const std::string_view line = keep.ForFile(folder, id, path);
+  return line.empty() ? keep.ForFolder(id, folder.Above()) : line;
 }
 
 // Archives of traces are traces.
@@ -59,17 +55,14 @@ void RemoveOldBackups(CleaningContext& context) {
   RunState& state = context.state;
   state.Entries->BeginRule("KeepDays");
   size_t count = 0;
-  const auto entry_of = [](const std::string& path, const FileInfo& file) {
-    return RunEntry{.bytes = file.size, .last_write = file.last_write, .place = path};
-  };
   const auto goes = [&](Folder& folder, const std::string& path, const FileInfo& file) {
     const std::string_view line = KeptBy(KeepOf(context), folder, path);
     if (!line.empty()) NoteKept(state, path, line);
-    return line.empty() && IsChosen(state, entry_of(path, file));
+    return line.empty() && IsChosen(state, FileEntry(path, file));
   };
   const auto removed = [&](const std::string& path, const FileInfo& file) {
     ++count;
-    NoteEntry(state, entry_of(path, file));
+    NoteEntry(state, FileEntry(path, file));
   };
   const auto stayed = [&](const std::string& path, std::string_view why) {
     NoteStayed(state, path, why, Error::Kind::kOther);

@@ -47,23 +47,11 @@ int CompareNumbers(Number a, Number b) {
 }  // namespace
 
 EntryList::EntryList(System& system, std::shared_ptr<const RunEntries> entries, bool is_preview)
-    : system_(system), entries_(std::move(entries)), is_preview_(is_preview) {
-  TakeNew();
-}
-
-bool EntryList::TakeNew() {
-  const auto first = static_cast<Index>(unticked_.size());
-  const auto shown = static_cast<std::ptrdiff_t>(view_.size());
-  unticked_.resize(entries_->all.size());
-  for (Index entry = first; entry < unticked_.size(); ++entry) {
-    if (PassesFilter(entry)) view_.push_back(entry);
-  }
-  if (order_) {
-    const auto precedes = [this](Index a, Index b) { return Precedes(a, b); };
-    std::stable_sort(view_.begin() + shown, view_.end(), precedes);
-    std::inplace_merge(view_.begin(), view_.begin() + shown, view_.end(), precedes);
-  }
-  return view_.size() != static_cast<size_t>(shown);
+    : system_(system),
+      entries_(std::move(entries)),
+      is_preview_(is_preview),
+      unticked_(entries_->all.size()) {
+  SetFilter("");
 }
 
 std::string_view EntryList::ItemText(const RunEntry& entry) const {
@@ -201,7 +189,5 @@ std::string EntryList::ToText() const {
   }
   return text;
 }
-
-std::string_view ColumnTitle(RunColumn column) { return kTitles[static_cast<size_t>(column)]; }
 
 }  // namespace quellix

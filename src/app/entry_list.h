@@ -27,9 +27,6 @@ class EntryList {
   // `system` must outlive it. In a preview what is removed is told as what would be.
   EntryList(System& system, std::shared_ptr<const RunEntries> entries, bool is_preview);
 
-  // Shows what the run came by meanwhile; true when that was anything.
-  bool TakeNew();
-
   size_t RowCount() const { return view_.size(); }
   const RunEntry& At(size_t row) const { return entries_->all[view_[row]]; }
   std::string Text(size_t row, RunColumn column) const;
@@ -70,7 +67,5 @@ class EntryList {
   std::optional<Order> order_;
   std::string filter_;  // in upper case
 };
-
-std::string_view ColumnTitle(RunColumn column);
 
 }  // namespace quellix

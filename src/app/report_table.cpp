@@ -11,6 +11,8 @@ using Json = nlohmann::ordered_json;
 
 constexpr int kSchemaVersion = 1;
 
+constexpr int64_t kFiletimesASecond = 10'000'000, kFrom1601To1970 = 11'644'473'600;  // seconds
+
 Json ToJson(const ReportCell& cell) {
   return std::visit(
       [](const auto& value) -> Json {
@@ -79,7 +81,6 @@ ReportCell LocalTimeCell(const LocalTime& time) {
 ReportCell TimeCell(int64_t filetime) {
   if (filetime <= 0) return {};
   using std::chrono::seconds, std::chrono::sys_days;
-  constexpr int64_t kFiletimesASecond = 10'000'000, kFrom1601To1970 = 11'644'473'600;
   const std::chrono::sys_seconds time{seconds(filetime / kFiletimesASecond - kFrom1601To1970)};
   const sys_days midnight = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day day(midnight);
@@ -93,6 +94,19 @@ ReportCell TimeCell(int64_t filetime) {
                             .minute = static_cast<int>(clock.minutes().count()),
                             .second = static_cast<int>(clock.seconds().count())})) +
          "Z";
+}
+
+int64_t FiletimeOf(std::string_view iso_time) {
+  LocalTime time;
+  if (std::sscanf(std::string(iso_time).c_str(), "%4d-%2d-%2dT%2d:%2d:%2dZ", &time.year,
+                  &time.month, &time.day, &time.hour, &time.minute, &time.second) != 6 ||
+      !IsCalendarDate(time)) {
+    return 0;
+  }
+  constexpr int64_t kSecondsADay = 86'400;
+  const int64_t seconds = DayNumber(time) * kSecondsADay + time.hour * 3600 + time.minute * 60 +
+                          time.second + kFrom1601To1970;
+  return seconds * kFiletimesASecond;
 }
 
 ReportCell TextCell(std::string_view text) {

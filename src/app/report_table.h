@@ -34,6 +34,7 @@ void WriteCsv(std::ostream& out, const ReportTable& table);
 
 // "2026-11-22T08:30:00Z" of a FILETIME; nothing of 0.
 ReportCell TimeCell(int64_t filetime);
+int64_t FiletimeOf(std::string_view iso_time);  // the other way; 0 of what is no such time
 // The same in the machine's own time, without "Z".
 ReportCell LocalTimeCell(const LocalTime& time);
 // Text, or nothing for "".

@@ -32,6 +32,18 @@ std::string TextOf(const Json& row, const char* field) {
   return found != row.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
+// Newest first.
+std::vector<std::string> NamesIn(Folder& folder) {
+  std::vector<std::string> names;
+  folder.Enumerate(Detail::kKind, [&](const Entry& entry) {
+    const bool is_file = !entry.info.is_folder && !entry.info.is_link;
+    if (is_file && IsRunName(entry.name)) names.emplace_back(entry.name);
+    return true;
+  });
+  std::ranges::sort(names, std::greater());
+  return names;
+}
+
 // What is no count, or does not fit, counts as 0.
 template <class Number>
 Number NumberOf(const Json& row, const char* field) {
@@ -107,23 +119,22 @@ void RunLogs::Keep(const RunTotals& totals, int most) {
     kept = FreeName();
     machine_.files.WriteWholeFile(folder_ + kept, text.str());
   }
+  if (most <= 0 && List().empty()) return;
   // After a clock was moved back the last run need not have the last name.
-  std::vector<std::string> names = List();
+  const std::unique_ptr<Folder> folder = machine_.files.OpenFolder(folder_);
+  if (!folder) return;
+  std::vector<std::string> names = NamesIn(*folder);
   std::erase(names, kept);
   for (size_t i = static_cast<size_t>(std::max(most - 1, 0)); i < names.size(); ++i) {
-    machine_.files.RemoveFile(folder_ + names[i]);
+    folder->RemoveFile(names[i]);
   }
 }
 
-std::vector<std::string> RunLogs::List() const {
-  std::vector<std::string> names;
-  machine_.files.Enumerate(folder_, Detail::kKind, [&](const Entry& entry) {
-    const bool is_file = !entry.info.is_folder && !entry.info.is_link;
-    if (is_file && IsRunName(entry.name)) names.emplace_back(entry.name);
-    return true;
-  });
-  std::ranges::sort(names, std::greater());
-  return names;
+std::vector<std::string> RunLogs::List() const try {
+  const std::unique_ptr<Folder> folder = machine_.files.OpenFolder(folder_);
+  return folder ? NamesIn(*folder) : std::vector<std::string>();
+} catch (const Error&) {
+  return {};
 }
 
 std::string RunLogs::TitleOf(const std::string& name) {

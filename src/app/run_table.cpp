@@ -1,7 +1,6 @@
 #include "app/run_table.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
 
 #include "app/item_catalogue.h"
@@ -73,19 +72,6 @@ EntryKind KindOf(std::string_view name) { return ValueOf<EntryKind>(kKinds, name
 Fate FateOf(std::string_view name) { return ValueOf<Fate>(kFates, name); }
 Way WayOf(std::string_view name) { return ValueOf<Way>(kWays, name); }
 Outcome OutcomeOf(std::string_view name) { return ValueOf<Outcome>(kOutcomes, name); }
-
-int64_t FiletimeOf(std::string_view iso_time) {
-  LocalTime time;
-  if (std::sscanf(std::string(iso_time).c_str(), "%4d-%2d-%2dT%2d:%2d:%2dZ", &time.year,
-                  &time.month, &time.day, &time.hour, &time.minute, &time.second) != 6 ||
-      !IsCalendarDate(time)) {
-    return 0;
-  }
-  constexpr int64_t kSecondsADay = 86'400, kFrom1601To1970 = 11'644'473'600;
-  const int64_t seconds = DayNumber(time) * kSecondsADay + time.hour * 3600 + time.minute * 60 +
-                          time.second + kFrom1601To1970;
-  return seconds * 10'000'000;
-}
 
 ReportTable TableOfRun(std::string_view command, const RunTotals& totals, bool preview) {
   ReportTable table = TableOfEntries(command, totals.Entries, preview);

@@ -10,7 +10,6 @@ EntryKind KindOf(std::string_view name);
 Fate FateOf(std::string_view name);
 Way WayOf(std::string_view name);
 Outcome OutcomeOf(std::string_view name);
-int64_t FiletimeOf(std::string_view iso_time);  // of TimeCell; 0 for no time
 
 // A row an entry of a run or a preview, which the table keeps, and its totals. How each item ended
 // is in fields by its key.

@@ -51,7 +51,7 @@ void DeleteDumpFile(CleaningContext& context) {
   const std::optional<FileInfo> dump = context.machine.files.Look(full, Detail::kSize);
   if (!dump) return;
   NotePlace(context.state);
-  RunEntry entry{.bytes = dump->size, .last_write = dump->last_write, .place = full};
+  RunEntry entry = FileEntry(full, *dump);
   if (!IsChosen(context.state, entry)) return;
   const FileList alone;
   try {

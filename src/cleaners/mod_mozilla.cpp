@@ -63,9 +63,7 @@ class MozillaVisitor : public FolderVisitor {
   void Delete(Folder& folder, const std::string& path, const Entry& entry) {
     try {
       if (PlacesOf(context_).IsSparedFile(folder, folder.Id(), entry.name)) return;
-      RunEntry file{.bytes = entry.info.size,
-                    .last_write = entry.info.last_write,
-                    .place = path + std::string(entry.name)};
+      RunEntry file = FileEntry(path + std::string(entry.name), entry.info);
       if (!IsChosen(context_.state, file)) return;
       folder.RemoveFile(entry.name);
       NoteEntry(context_.state, std::move(file));

@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <iostream>
+#include <random>
 
 #include "cli/commands.h"
 #include "platform/error.h"
@@ -55,7 +56,8 @@ int Report::WriteFile(const ReportTable& table, int exit_code) {
   const bool in_place = fs::exists(path_, error) && !fs::is_regular_file(path_, error);
   const fs::path target = in_place ? path_ : fs::weakly_canonical(path_, error);
   fs::path unfinished = target;
-  if (!in_place) unfinished += ".unfinished";
+  // Who can write to the folder must not know the name beforehand.
+  if (!in_place) unfinished += "." + std::to_string(std::random_device()()) + ".unfinished";
   std::ofstream out(unfinished, std::ios::binary);
   EndsInCsv(options_.file) ? WriteCsv(out, table) : WriteJson(out, table, exit_code);
   out.close();

@@ -72,8 +72,8 @@ void BackupBatch::RemoveOne(WorkingFolder& working, File& file) {
   if (is_safe) ++state.FilesBackedUp;
   folder.RemoveFile(NamePart(file.path));
   if (!is_safe) ++state.FilesNotBackedUp;
-  const std::string_view archive = context_.backup.Path();
-  CountRemoved(state, file.path, file.seen, is_safe ? &archive : nullptr);
+  CountRemoved(state, file.path, file.seen, is_safe ? Way::kBackedUp : Way::kDeleted,
+               is_safe ? context_.backup.Path() : "");
 }
 
 void BackupBatch::Remove(WorkingFolder& working) {

@@ -117,6 +117,12 @@ void KeepList::AddKey(const Machine& machine, const KeepLine& line) {
 
 std::string_view KeepList::ForFolder(const FileId& id) const { return Find(folders_, id); }
 
+std::string_view KeepList::ForFolder(const FileId& id, const std::vector<FileId>& above) const {
+  std::string_view line = ForFolder(id);
+  for (size_t i = 0; i < above.size() && line.empty(); ++i) line = ForFolder(above[i]);
+  return line;
+}
+
 std::string_view KeepList::ForFile(Folder& folder, const FileId& folder_id,
                                    std::string_view path) const {
   if (const auto files = files_.find(folder_id); files != files_.end()) {

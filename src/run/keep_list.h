@@ -24,8 +24,9 @@ class KeepList {
   // About lines that keep nothing, and masks that keep everything; a sentence each, with CR LF.
   const std::string& remarks() const { return remarks_; }
 
-  // A folder with all below it.
+  // A folder with all below it; with those above it also what lies in one that is kept.
   std::string_view ForFolder(const FileId& id) const;
+  std::string_view ForFolder(const FileId& id, const std::vector<FileId>& above) const;
   // A file in an open folder; nothing is asked of the folder but for files that lines name there.
   std::string_view ForFile(Folder& folder, const FileId& folder_id, std::string_view path) const;
   // The same by its text alone.

@@ -30,13 +30,6 @@ ProtectedPlaces::ProtectedPlaces(const Machine& machine, std::string_view backup
   PreciousFinder(machine, *this).Find(backup_folder);
 }
 
-std::string_view ProtectedPlaces::KeptBy(const FileId& self,
-                                         const std::vector<FileId>& above) const {
-  std::string_view line = keep_.ForFolder(self);
-  for (size_t i = 0; i < above.size() && line.empty(); ++i) line = keep_.ForFolder(above[i]);
-  return line;
-}
-
 void ProtectedPlaces::Note(Folder& folder, Kind kind) {
   const FileId id = folder.Id();
   if (!id.is_known()) return;
@@ -75,7 +68,7 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
   const Kind rule = RuleFor(self, above);
   if (rule == Kind::kOwn) return kOwnPlace;
   if (rule == Kind::kTree) return kTreePlace;
-  if (const auto line = KeptBy(self, above); !line.empty()) return Kept(line);
+  if (const auto line = keep_.ForFolder(self, above); !line.empty()) return Kept(line);
   const bool names_one = !HasWildcards(mask), is_harmless = HasHarmlessExtension(mask);
   const bool may_go =
       is_harmless || (names_one && (rule == Kind::kHome || !MayBelongToWindows(mask)));
@@ -117,7 +110,7 @@ std::string ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view name) {
     const Kind rule = RuleFor(self, above);
     if (rule == Kind::kOwn) return kOwnPlace;
     if (rule == Kind::kTree) return kTreePlace;
-    std::string_view line = KeptBy(self, above);
+    std::string_view line = keep_.ForFolder(self, above);
     if (line.empty()) line = keep_.ForFile(folder, self, name);
     if (!line.empty()) return Kept(line);
     return IsSparedFile(folder, self, name) ? kPreciousFile : "";

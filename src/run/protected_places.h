@@ -73,7 +73,6 @@ class ProtectedPlaces {
                            std::string_view mask, bool below, Claim claim) const;
 
   // The line that keeps a folder or one above it.
-  std::string_view KeptBy(const FileId& self, const std::vector<FileId>& above) const;
 
   KeepList keep_;
   std::map<FileId, Kind> folders_;

@@ -62,13 +62,39 @@ std::string RenamedForWipe(CleaningContext& context, Folder& folder, std::string
   return renamed;
 }
 
-// Overwrites a file; false when stopped. One that other names lead to as well is left as it is.
-bool OverwriteUnlessShared(CleaningContext& context, Folder& folder, std::string_view path) {
+// Overwrites a file, once; nothing when stopped. One that other names lead to as well is left as it
+// is, which is told.
+std::optional<Way> OverwriteUnlessShared(CleaningContext& context, Folder& folder,
+                                         std::string_view path) {
   const std::unique_ptr<RandomFile> file = folder.Open(NamePart(path), OpenMode::kWrite);
-  if (file->LinkCount() == 1) return Overwrite(context, *file);
-  context.state.RunLog.append(path).append(
-      " has further names: it was not overwritten, and only this name was removed.\r\n");
-  return true;
+  if (file->LinkCount() > 1) {
+    context.state.RunLog.append(path).append(
+        " has further names: it was not overwritten, and only this name was removed.\r\n");
+    return Way::kDeleted;
+  }
+  return Overwrite(context, *file) ? std::optional(Way::kWiped) : std::nullopt;
+}
+
+// Overwrites a file in a single pass and removes it; nothing when stopped, with the file still
+// there, perhaps partly overwritten. Only what takes room on the disk is written. Of a link, and of
+// a file that has further names, only this name goes. Throws Error; the attributes are then as they
+// were.
+std::optional<Way> WipeFile(CleaningContext& context, Folder& folder, std::string_view path) {
+  const std::string_view name = NamePart(path);
+  const std::optional<FileInfo> info = folder.Look(name);
+  if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
+  const bool is_locked = (info->attributes & kReadOnly) != 0 && !info->is_link;
+  if (is_locked) folder.SetAttributes(name, kNormal);
+  std::optional<Way> way;
+  try {
+    way = info->is_link ? Way::kDeleted : OverwriteUnlessShared(context, folder, path);
+    if (way) folder.RemoveFile(RenamedForWipe(context, folder, name));
+  } catch (const Error&) {
+    if (is_locked && folder.Look(name)) folder.SetAttributes(name, info->attributes);
+    throw;
+  }
+  if (!way && is_locked) folder.SetAttributes(name, info->attributes);
+  return way;
 }
 
 // Whether or not it was archived, unless the user wants it otherwise.
@@ -82,31 +108,32 @@ bool RemoveWithBackup(CleaningContext& context, Folder& folder, WorkingFolder& w
 }
 
 bool IsChosenFile(RunState& state, std::string_view path, const FileInfo& info) {
-  return !state.Choice ||
-         IsChosen(state,
-                  {.bytes = info.size, .last_write = info.last_write, .place = std::string(path)});
+  return !state.Choice || IsChosen(state, FileEntry(path, info));
 }
 
 // False when stopped.
 bool RemoveByMode(CleaningContext& context, WorkingFolder& working, Folder& folder,
                   std::string_view path, const FileInfo& info) {
+  std::optional<Way> way;
   switch (context.state.RemovalMode) {
     case kDelete:
       folder.RemoveFile(NamePart(path));
+      way = Way::kDeleted;
       break;
     case kRecycle:
       folder.Recycle(NamePart(path));
+      way = Way::kRecycled;
       break;
     case kWipe:
-      if (!WipeFile(context, folder, path)) return false;
+      way = WipeFile(context, folder, path);
       break;
     case kBackUp:
       return RemoveWithBackup(context, folder, working, path, info);
     default:
-      return false;
+      break;
   }
-  CountRemoved(context.state, path, info, nullptr);
-  return true;
+  if (way) CountRemoved(context.state, path, info, *way);
+  return way.has_value();
 }
 
 // Removes a file of a list and counts it; what stays is noted. False when it stays.
@@ -182,24 +209,6 @@ std::vector<size_t> DeepestFirst(const PathList& folders) {
 }
 
 }  // namespace
-
-bool WipeFile(CleaningContext& context, Folder& folder, std::string_view path) {
-  const std::string_view name = NamePart(path);
-  const std::optional<FileInfo> info = folder.Look(name);
-  if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
-  const bool is_locked = (info->attributes & kReadOnly) != 0 && !info->is_link;
-  if (is_locked) folder.SetAttributes(name, kNormal);
-  bool wiped = false;
-  try {
-    wiped = info->is_link || OverwriteUnlessShared(context, folder, path);
-    if (wiped) folder.RemoveFile(RenamedForWipe(context, folder, name));
-  } catch (const Error&) {
-    if (is_locked && folder.Look(name)) folder.SetAttributes(name, info->attributes);
-    throw;
-  }
-  if (!wiped && is_locked) folder.SetAttributes(name, info->attributes);
-  return wiped;
-}
 
 bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim, std::string* reason) {
   const FileList alone;

@@ -14,12 +14,6 @@ namespace quellix {
 bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim,
                 std::string* reason = nullptr);
 
-// Overwrites one file of an open folder in a single pass and removes it; false when stopped, with
-// the file still there, perhaps partly overwritten. Only what takes room on the disk is written. Of
-// a link, and of a file that has further names, only this name goes; the latter is told in RunLog.
-// `path` is the file's. Throws Error; the attributes are then as they were.
-bool WipeFile(CleaningContext& context, Folder& folder, std::string_view path);
-
 // Removes every path of PendingFiles in order, showing and counting each; what stays is noted. Ends
 // the run's item early when the user stops. `claim` counts for lists without a folder.
 void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim claim = Claim::kItem);

@@ -43,11 +43,6 @@ std::string Names(const char* heading, const RunEntries& entries, Fate fate, uin
          (most == kNamesShown ? "; the log names them when it is saved." : "");
 }
 
-Way WayOf(int16_t removal_mode) {
-  if (removal_mode == kRecycle) return Way::kRecycled;
-  return removal_mode == kWipe ? Way::kWiped : Way::kDeleted;
-}
-
 // Without entries nobody knows better.
 bool SomeWereLocked(const RunState& state) {
   return state.StayedLocked > 0 || (state.SomeFilesLocked && state.StayedCount == 0);
@@ -60,18 +55,20 @@ void NoteEntry(RunState& state, RunEntry entry) {
   state.Entries->Add(std::move(entry));
 }
 
-void CountRemoved(RunState& state, std::string_view path, const FileInfo& file,
-                  const std::string_view* archive) {
+RunEntry FileEntry(std::string_view path, const FileInfo& file) {
+  return {.bytes = file.size, .last_write = file.last_write, .place = std::string(path)};
+}
+
+void CountRemoved(RunState& state, std::string_view path, const FileInfo& file, Way way,
+                  std::string_view archive) {
   ++state.RunFilesDeleted;
   ++state.FilesDeleted;
   state.RunSpaceGained += static_cast<double>(file.size);
   state.SpaceGained += static_cast<double>(file.size);
-  const uint16_t number = archive ? state.Entries->ArchiveNumber(*archive) : uint16_t{0};
-  NoteEntry(state, {.way = archive ? Way::kBackedUp : WayOf(state.RemovalMode),
-                    .archive = number,
-                    .bytes = file.size,
-                    .last_write = file.last_write,
-                    .place = std::string(path)});
+  RunEntry entry = FileEntry(path, file);
+  entry.way = way;
+  entry.archive = state.Entries->ArchiveNumber(archive);
+  NoteEntry(state, std::move(entry));
 }
 
 void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind,
@@ -80,11 +77,10 @@ void NoteStayed(RunState& state, std::string_view path, std::string_view reason,
   state.SomeFilesLocked = true;
   ++state.StayedCount;
   if (kind == Error::Kind::kInUse) ++state.StayedLocked;
-  NoteEntry(state, {.fate = Fate::kStayed,
-                    .bytes = seen.size,
-                    .last_write = seen.last_write,
-                    .place = std::string(path),
-                    .note = std::string(reason)});
+  RunEntry entry = FileEntry(path, seen);
+  entry.fate = Fate::kStayed;
+  entry.note = reason;
+  NoteEntry(state, std::move(entry));
 }
 
 void NoteKept(RunState& state, RunEntry entry, std::string_view line) {

@@ -16,10 +16,13 @@ inline constexpr size_t kNamesSaved = 100'000;  // likewise, in a log that is sa
 // Notes what became of something, for the item in work.
 void NoteEntry(RunState& state, RunEntry entry);
 
-// Notes a file that was removed and adds it to the totals of the run and of the item. In the mode
-// that backs up, `archive` is where it is kept, "" where that is not known; null for nowhere.
-void CountRemoved(RunState& state, std::string_view path, const FileInfo& file,
-                  const std::string_view* archive);
+// What is noted of a file.
+RunEntry FileEntry(std::string_view path, const FileInfo& file);
+
+// Notes a file that was removed and adds it to the totals of the run and of the item. `archive` is
+// where it was backed up, "" where that is not known, or where it was not.
+void CountRemoved(RunState& state, std::string_view path, const FileInfo& file, Way way,
+                  std::string_view archive = {});
 
 // Notes what a run was to remove and could not: it is named in the log with the reason, and the run
 // ends with kSomeFilesStayed. Only what failed with kInUse counts as locked or in use; what failed

@@ -175,6 +175,7 @@ TEST_F(RemovalTest, OfAFileWithFurtherNamesOnlyTheNameGoes) {
   EXPECT_TRUE(Remove(scratch + "one", kWipe));
   EXPECT_EQ(ports.files.ReadWholeFile(scratch + "two"), "data");
   EXPECT_NE(state.RunLog.find("one has further names"), std::string::npos) << state.RunLog;
+  EXPECT_EQ(state.Entries->all.back().way, Way::kDeleted) << "it was not wiped";
 }
 
 TEST_F(RemovalTest, BackupArchivesPerDriveAndDeletesEvenWhenArchivingFails) {
