@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/item_catalogue.h"
+#include "app/run_checks.h"
 #include "app/run_logs.h"
 #include "app/run_report.h"
 #include "backup/expiry.h"
@@ -29,6 +30,19 @@ void EndChoice(CleaningContext& context) {
   const auto choice = std::exchange(state.Choice, nullptr);
   // Of a run that was stopped most was not come by.
   if (choice && !state.AbortRequested) state.RunLog += choice->Remarks();
+}
+
+// A failure is told by EndRun, which stores the time of the run in the same file.
+void NoteItemsCleaned(CleaningContext& context) {
+  std::vector<std::string_view> keys;
+  for (const Item& item : AllItems()) {
+    const Outcome outcome = context.state.Outcomes[item.run_order - 1];
+    if (outcome == Outcome::kCleaned) keys.emplace_back(item.key);
+  }
+  try {
+    context.settings.StoreItemsCleaned(keys);
+  } catch (const Error&) {
+  }
 }
 
 // For later reading.
@@ -78,6 +92,7 @@ void RemoveOldBackups(CleaningContext& context) {
 // own.
 void AbortRun(CleaningContext& context, std::string_view message) {
   DropArchive(context);
+  NamePrograms(context);
   EndChoice(context);
   FinishResults(context);
   CloseBackup(context);
@@ -95,7 +110,8 @@ void RefuseRun(CleaningContext& context) {
   ShowIdle(context, "Nothing was removed");
 }
 
-void FinishRun(CleaningContext& context) {
+void FinishRun(CleaningContext& context, FreeSpaceCheck& free_space) {
+  NamePrograms(context);
   if (!context.state.AbortRequested) RemoveOldBackups(context);
   EndChoice(context);
   FinishResults(context);
@@ -103,7 +119,9 @@ void FinishRun(CleaningContext& context) {
   context.view.ShowCurrentItem(nullptr);
   context.view.SetCommands({});
   if (!context.state.AbortRequested) {
+    NoteItemsCleaned(context);
     AppendSummary(context);
+    free_space.Tell();
     KeepRun(context);
     const RunReport report = ReportOf(context);
     context.state.Hidden ? context.view.KeepReport(report) : context.view.ShowReport(report);
@@ -146,6 +164,7 @@ std::string_view AbortMessage(const Item& item) {
 
 void RunCleaning(CleaningContext& context, const Selection& selection) {
   if (!BeginRun(context, selection.CountChecked())) return RefuseRun(context);
+  FreeSpaceCheck free_space(context);
   for (const Item& item : AllItems()) {
     if (selection.IsChecked(item)) RunItem(context, item);
     if (item.run_order >= kFirstItemWithStop && context.state.AbortRequested) {
@@ -153,16 +172,17 @@ void RunCleaning(CleaningContext& context, const Selection& selection) {
       return;
     }
   }
-  FinishRun(context);
+  FinishRun(context, free_space);
 }
 
 void RunOneItem(CleaningContext& context, const Item& item) {
   if (!BeginRun(context, 1)) return RefuseRun(context);
+  FreeSpaceCheck free_space(context);
   RunItem(context, item);
   if (context.state.AbortRequested) {
     AbortRun(context, AbortMessage(item));
   } else {
-    FinishRun(context);
+    FinishRun(context, free_space);
   }
 }
 

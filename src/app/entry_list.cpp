@@ -1,6 +1,7 @@
 #include "app/entry_list.h"
 
 #include <algorithm>
+#include <map>
 
 #include "app/item_catalogue.h"
 #include "app/preview_run.h"
@@ -44,6 +45,21 @@ int CompareNumbers(Number a, Number b) {
   return a < b ? -1 : b < a ? 1 : 0;
 }
 
+// What an entry lies in: its folder, its key, or of what lies in none its kind.
+RunEntry PlaceAround(const RunEntry& entry) {
+  const bool is_value = entry.kind == EntryKind::kRegistryValue;
+  const bool is_key = is_value || entry.kind == EntryKind::kRegistryKey;
+  const size_t end = is_value ? entry.place.size() : entry.place.rfind('\\');
+  RunEntry around{.kind = is_key ? EntryKind::kRegistryKey : EntryKind::kFolder};
+  if (end == std::string::npos || entry.kind == EntryKind::kCacheEntry) {
+    around.kind = EntryKind::kCacheEntry;
+    around.place = KindText(entry.kind);
+  } else {
+    around.place = entry.place.substr(0, end);
+  }
+  return around;
+}
+
 }  // namespace
 
 EntryList::EntryList(System& system, std::shared_ptr<const RunEntries> entries, bool is_preview)
@@ -51,7 +67,76 @@ EntryList::EntryList(System& system, std::shared_ptr<const RunEntries> entries, 
       entries_(std::move(entries)),
       is_preview_(is_preview),
       unticked_(entries_->all.size()) {
-  SetFilter("");
+  List();
+}
+
+void EntryList::Grow() {
+  const Index known = static_cast<Index>(unticked_.size());
+  unticked_.resize(entries_->all.size());
+  if (is_grouped_) return List();
+  const auto shown = static_cast<std::ptrdiff_t>(view_.size());
+  for (Index entry = known; entry < unticked_.size(); ++entry) {
+    if (PassesFilter(entry)) view_.push_back(entry);
+  }
+  if (!order_) return;
+  Order(view_.begin() + shown);
+  std::inplace_merge(view_.begin(), view_.begin() + shown, view_.end(),
+                     [this](Index a, Index b) { return Precedes(a, b); });
+}
+
+void EntryList::List() {
+  view_.clear();
+  headings_.clear();
+  for (Index entry = 0; entry < unticked_.size(); ++entry) {
+    if (PassesFilter(entry)) view_.push_back(entry);
+  }
+  if (order_) Order(view_.begin());
+  if (is_grouped_) AddHeadings();
+}
+
+void EntryList::Order(std::vector<Index>::iterator begin) {
+  std::stable_sort(begin, view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+}
+
+// By name; those of one heading stay in their order.
+void EntryList::AddHeadings() {
+  std::map<std::string, std::pair<Heading, std::vector<Index>>> groups;
+  for (const Index index : view_) {
+    const RunEntry& entry = entries_->all[index];
+    const RunEntry around = PlaceAround(entry);
+    auto& [heading, members] = groups[UpCase(around.place)];
+    if (members.empty()) heading.place = around;
+    ++heading.count;
+    if (entry.fate == Fate::kRemoved) heading.place.bytes += entry.bytes;
+    members.push_back(index);
+  }
+  view_.clear();
+  for (auto& [name, group] : groups) {
+    view_.push_back(kHeadings + static_cast<Index>(headings_.size()));
+    headings_.push_back(std::move(group.first));
+    view_.insert(view_.end(), group.second.begin(), group.second.end());
+  }
+}
+
+void EntryList::SetGrouped(bool grouped) {
+  is_grouped_ = grouped;
+  List();
+}
+
+void EntryList::ShowItems(const std::optional<std::array<bool, 30>>& items) {
+  items_ = items;
+  List();
+}
+
+std::string EntryList::HeadingText(size_t row, RunColumn column) const {
+  const Heading& heading = headings_[view_[row] - kHeadings];
+  const Locale locale = system_.UserLocale();
+  if (column == RunColumn::kPlace) return heading.place.place;
+  if (column == RunColumn::kBytes) {
+    return FormatSize(static_cast<double>(heading.place.bytes), 2, true, locale);
+  }
+  if (column != RunColumn::kKind) return {};
+  return FormatNumber(heading.count, 0, locale) + (heading.count == 1 ? " entry" : " entries");
 }
 
 std::string_view EntryList::ItemText(const RunEntry& entry) const {
@@ -60,6 +145,7 @@ std::string_view EntryList::ItemText(const RunEntry& entry) const {
 }
 
 std::string EntryList::Text(size_t row, RunColumn column) const {
+  if (IsHeading(row)) return HeadingText(row, column);
   const RunEntry& entry = At(row);
   switch (column) {
     case RunColumn::kPlace: {
@@ -113,13 +199,19 @@ bool EntryList::Precedes(Index a, Index b) const {
 
 void EntryList::Sort(RunColumn column) {
   const bool again = order_ && order_->column == column;
-  order_ = Order{column, again && !order_->descending};
-  std::stable_sort(view_.begin(), view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+  order_ = Sorting{column, again && !order_->descending};
+  if (is_grouped_) return List();
+  Order(view_.begin());
+}
+
+bool EntryList::IsOfItems(const RunEntry& entry) const {
+  return !items_ || (entry.item != 0 && (*items_)[entry.item - 1u]);
 }
 
 bool EntryList::PassesFilter(Index index) const {
-  if (filter_.empty()) return true;
   const RunEntry& entry = entries_->all[index];
+  if (!IsOfItems(entry)) return false;
+  if (filter_.empty()) return true;
   const auto holds = [this](std::string_view text) {
     return UpCase(text).find(filter_) != std::string::npos;
   };
@@ -129,15 +221,29 @@ bool EntryList::PassesFilter(Index index) const {
 
 void EntryList::SetFilter(std::string_view text) {
   filter_ = UpCase(text);
-  view_.clear();
-  for (Index entry = 0; entry < unticked_.size(); ++entry) {
-    if (PassesFilter(entry)) view_.push_back(entry);
+  List();
+}
+
+std::pair<size_t, size_t> EntryList::Below(size_t row) const {
+  return {row + 1, row + 1 + headings_[view_[row] - kHeadings].count};
+}
+
+// A heading is ticked when something below it is.
+bool EntryList::IsTicked(size_t row) const {
+  if (!IsHeading(row)) return !unticked_[view_[row]];
+  const auto [first, end] = Below(row);
+  for (size_t below = first; below < end; ++below) {
+    if (At(below).fate == Fate::kRemoved && IsTicked(below)) return true;
   }
-  if (!order_) return;
-  std::stable_sort(view_.begin(), view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+  return false;
 }
 
 void EntryList::SetTicked(size_t row, bool ticked) {
+  if (IsHeading(row)) {
+    const auto [first, end] = Below(row);
+    for (size_t below = first; below < end; ++below) SetTicked(below, ticked);
+    return;
+  }
   if (is_preview_ && At(row).fate == Fate::kRemoved) unticked_[view_[row]] = !ticked;
 }
 
@@ -159,6 +265,7 @@ std::string EntryList::Summary() const {
   double bytes = 0;
   for (Index i = 0; i < unticked_.size(); ++i) {
     const RunEntry& entry = entries_->all[i];
+    if (!IsOfItems(entry)) continue;
     if (entry.fate == Fate::kStayed) ++stayed;
     if (entry.fate == Fate::kKept) ++kept;
     if (entry.fate != Fate::kRemoved || unticked_[i]) continue;

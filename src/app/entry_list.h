@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,7 +20,7 @@ inline constexpr size_t kRunColumns = 7;
 // what is shown.
 class EntryList {
  public:
-  struct Order {
+  struct Sorting {
     RunColumn column;
     bool descending = false;
   };
@@ -28,32 +29,59 @@ class EntryList {
   EntryList(System& system, std::shared_ptr<const RunEntries> entries, bool is_preview);
 
   size_t RowCount() const { return view_.size(); }
-  const RunEntry& At(size_t row) const { return entries_->all[view_[row]]; }
+  // Of a heading the folder or the key that it names.
+  const RunEntry& At(size_t row) const {
+    return IsHeading(row) ? headings_[view_[row] - kHeadings].place : entries_->all[view_[row]];
+  }
+  bool IsHeading(size_t row) const { return view_[row] >= kHeadings; }
   std::string Text(size_t row, RunColumn column) const;
 
   // By what the column means; the same column again turns it around. Rows that are equal stay in
   // their order.
   void Sort(RunColumn column);
-  const std::optional<Order>& order() const { return order_; }
+  const std::optional<Sorting>& order() const { return order_; }
   // Shows the rows whose place, rule or note holds `text` in any case; "" all.
   void SetFilter(std::string_view text);
+  // Shows only what these items name, by run order from 0; nothing: whatever names it.
+  void ShowItems(const std::optional<std::array<bool, 30>>& items);
+  // Puts those of one folder, or one key, together below a heading that tells how much they are and
+  // ticks them all.
+  void SetGrouped(bool grouped);
+  bool is_grouped() const { return is_grouped_; }
+  // Takes in what the run has come by since.
+  void Grow();
 
   // Of what would be removed: whether it is to be. All are at first.
-  bool IsTicked(size_t row) const { return !unticked_[view_[row]]; }
+  bool IsTicked(size_t row) const;
   void SetTicked(size_t row, bool ticked);
   void TickAll(bool ticked);  // those that are shown
   // What a run is to remove of these.
   std::shared_ptr<RunChoice> Choice() const;
   // What to ask before it; "" for nothing. See QuestionBefore.
   std::string Question() const;
-  // "1,204 entries, 54.20 MB; 12 stay, 3 are kept": of all, whatever the filter shows.
+  // "1,204 entries, 54.20 MB; 12 stay, 3 are kept": of all that
+  // the items name, whatever the filter shows.
   std::string Summary() const;
   // The rows that are shown, a line each with tabs between the columns, behind the columns' names.
   std::string ToText() const;
 
  private:
   using Index = uint32_t;
+  // From here on an index of the view is one of a heading.
+  static constexpr Index kHeadings = 1u << 31;
+  static_assert(RunEntries::kMost < kHeadings);
+  struct Heading {
+    RunEntry place;
+    Index count = 0;
+  };
 
+  void List();
+  void Order(std::vector<Index>::iterator begin);
+  void AddHeadings();
+  std::string HeadingText(size_t row, RunColumn column) const;
+  // The rows below a heading: from the first to one behind the last.
+  std::pair<size_t, size_t> Below(size_t row) const;
+  bool IsOfItems(const RunEntry& entry) const;
   bool PassesFilter(Index entry) const;
   bool Precedes(Index a, Index b) const;
   int Compare(const RunEntry& a, const RunEntry& b) const;
@@ -64,8 +92,11 @@ class EntryList {
   bool is_preview_;
   std::vector<bool> unticked_;  // by entry
   std::vector<Index> view_;
-  std::optional<Order> order_;
+  std::optional<Sorting> order_;
   std::string filter_;  // in upper case
+  std::optional<std::array<bool, 30>> items_;
+  bool is_grouped_ = false;
+  std::vector<Heading> headings_;
 };
 
 }  // namespace quellix

@@ -19,7 +19,9 @@ PreviewRun::PreviewRun(const Machine& machine, RunView& view)
       view_(view),
       settings_(preview_.machine()),
       archive_(preview_.machine().files),
-      context_{preview_.machine(), settings_, state_, view_, archive_} {}
+      context_{preview_.machine(), settings_, state_, view_, archive_} {
+  state_.IsPreview = true;
+}
 
 void PreviewRun::Run(const Selection& selection) {
   RunCleaning(context_, selection);

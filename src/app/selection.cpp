@@ -71,6 +71,16 @@ void Selection::SelectAll(bool checked) {
 
 int Selection::CountChecked() const { return static_cast<int>(std::ranges::count(checked_, true)); }
 
+Selection::Count Selection::CountIn(Group group) const {
+  Count count;
+  for (const Item& item : AllItems()) {
+    if (item.group != group || !(IsEnabled(item) || IsChecked(item))) continue;
+    ++count.all;
+    if (IsChecked(item)) ++count.checked;
+  }
+  return count;
+}
+
 void Selection::LoadCheckStates(const Machine& machine) {
   unread_ = checked_;
   const std::vector<std::string> lines = ReadListFile(machine, kCheckStates);

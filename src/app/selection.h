@@ -34,6 +34,11 @@ class Selection {
   // A click on Check3: every box that can be clicked takes its state; of risky ones likewise.
   void SelectAll(bool checked);
   int CountChecked() const;
+  // Of a group's boxes, how many can be clicked or are checked, and how many are checked.
+  struct Count {
+    int all = 0, checked = 0;
+  };
+  Count CountIn(Group group) const;
 
   // chkItems.txt, one line of 30 values. Loading: a missing file changes nothing, a field that is
   // no number leaves its box, missing fields leave theirs, further ones are ignored. Both throw
@@ -44,7 +49,7 @@ class Selection {
 
  private:
   // Whether it is checked together with others.
-  bool GoesAlong(const Item& item) const { return select_risky_ || !item.is_risky; }
+  bool GoesAlong(const Item& item) const { return select_risky_ || !item.guide.is_risky; }
 
   using Checks = std::array<bool, 30>;  // by run order, from 0
   Checks checked_{};

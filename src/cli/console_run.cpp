@@ -65,6 +65,7 @@ ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind, std::ostream& out) 
     preview_.emplace(machine);
     archive_.emplace(preview_->machine().files);
     engine_.emplace(preview_->machine(), *view_, &*archive_);
+    engine_->state().IsPreview = true;
   } else {
     view_ = std::make_unique<ConsoleView>(out);
     engine_.emplace(machine, *view_);

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace quellix {
 
@@ -18,6 +20,13 @@ class Session {
   // Enables a privilege ("SeShutdownPrivilege") of the process. Throws Error when it cannot be
   // asked for; one that the user does not hold is no error.
   virtual void EnablePrivilege(std::string_view name) = 0;
+
+  // Whether what only administrators may change can be changed.
+  virtual bool HasAdministratorRights() = 0;
+
+  // The programs that have a file open, by the names that their users know; none where that cannot
+  // be told. Never throws.
+  virtual std::vector<std::string> ProgramsUsing(const std::string& path) = 0;
 
   // Ends the session, with the flags and the reason of ExitWindowsEx. Returns before it has ended.
   // Throws Error.

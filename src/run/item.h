@@ -17,6 +17,15 @@ enum class Protection { kNone, kProtect1, kProtect2 };
 // the item's message and goes on.
 using Cleaner = void (*)(CleaningContext&, const Item&);
 
+// What a user should know of an item before ticking it.
+struct ItemGuide {
+  const char* removes;    // what goes, and from where; one sentence or more
+  const char* cost = "";  // what its user loses besides traces
+  bool is_risky = false;  // that cannot be had again by any means
+  bool needs_administrator = false;
+  int last_windows = 0;  // the last major version that has something of it; 0: all have
+};
+
 // One of the 30 cleaning items. Texts are UTF-8 and live as long as the program.
 struct Item {
   int run_order;          // 1 to 30
@@ -30,8 +39,7 @@ struct Item {
   const char* error_message;  // stands before the description of its failure
   bool in_registry;           // what it cleans are registry entries
   Cleaner cleaner;            // null while the program cannot clean it yet
-  const char* cost = "";      // what its user loses besides traces
-  bool is_risky = false;      // that cannot be had again by any means
+  ItemGuide guide;
 
   // The text beside its check box: the command without its verb.
   std::string_view Label() const { return std::string_view(command).substr(6); }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "run/run_choice.h"
 #include "run/run_entries.h"
@@ -34,9 +35,10 @@ struct RunTotals : ItemTotals {
 
   // What the run came by; a report goes on showing it.
   std::shared_ptr<RunEntries> Entries = std::make_shared<RunEntries>();
-  uint64_t StayedCount = 0;   // files and folders (NoteStayed)
-  uint64_t StayedLocked = 0;  // those that were locked or in use
-  uint64_t KeptCount = 0;     // what the user keeps (NoteKept)
+  uint64_t StayedCount = 0;       // files and folders (NoteStayed)
+  uint64_t StayedLocked = 0;      // those that were locked or in use
+  std::vector<size_t> MaybeHeld;  // the first that a program may hold, as indexes of Entries
+  uint64_t KeptCount = 0;         // what the user keeps (NoteKept)
 
   int32_t RunFilesDeleted = 0;
   double RunSpaceGained = 0;  // bytes
@@ -58,6 +60,7 @@ struct RunState : RemovalOptions, RunTotals {
   int16_t FixedRemovalMode = 0;               // chosen for this program run; 0: as the settings say
   std::optional<int16_t> FixedOlderThanDays;  // likewise
   std::shared_ptr<RunChoice> Choice;          // what the next run may remove; null: everything
+  bool IsPreview = false;                     // nothing is really removed
   bool Hidden = false;                        // nobody is watching: nothing waits for a person
   double MozillaSpaceFound = 0;               // bytes, since the program started
 

@@ -77,6 +77,10 @@ void NoteStayed(RunState& state, std::string_view path, std::string_view reason,
   state.SomeFilesLocked = true;
   ++state.StayedCount;
   if (kind == Error::Kind::kInUse) ++state.StayedLocked;
+  // A program that runs is denied, not in use.
+  const bool may_be_held = kind == Error::Kind::kInUse || kind == Error::Kind::kDenied;
+  if (may_be_held && state.MaybeHeld.size() < kMostHeld)
+    state.MaybeHeld.push_back(state.Entries->all.size());
   RunEntry entry = FileEntry(path, seen);
   entry.fate = Fate::kStayed;
   entry.note = reason;

@@ -13,6 +13,8 @@ namespace quellix {
 inline constexpr size_t kNamesShown = 200;      // of what stayed, in a log as it is shown
 inline constexpr size_t kNamesSaved = 100'000;  // likewise, in a log that is saved
 
+inline constexpr size_t kMostHeld = 20;  // by programs that are asked for
+
 // Notes what became of something, for the item in work.
 void NoteEntry(RunState& state, RunEntry entry);
 

@@ -7,6 +7,7 @@ namespace quellix {
 namespace {
 
 constexpr std::string_view kCleanUp = "CleanUp", kLastCleaned = "LastCleaned";
+constexpr std::string_view kItemsCleaned = "ItemsCleaned";
 
 }  // namespace
 
@@ -73,6 +74,18 @@ std::string Settings::StoreLastCleaned() {
   std::string text = FormatDateTime(machine_.system.Now(), machine_.system.UserLocale());
   WriteIniValue(kCleanUp, kLastCleaned, text);
   return text;
+}
+
+std::string Settings::ItemCleanedText(std::string_view item_key) const {
+  return ReadIniValue(kItemsCleaned, item_key, "");
+}
+
+void Settings::StoreItemsCleaned(std::span<const std::string_view> item_keys) {
+  const std::string now = FormatDateTime(machine_.system.Now(), machine_.system.UserLocale());
+  std::vector<IniEntry> entries;
+  for (const std::string_view key : item_keys)
+    entries.push_back({std::string(kItemsCleaned), std::string(key), now});
+  if (!entries.empty()) machine_.profile.Write(Path(), entries);
 }
 
 }  // namespace quellix

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -41,6 +42,10 @@ class Settings {
   std::string LastCleanedText() const;
   // Stores the present date and time; returns the text.
   std::string StoreLastCleaned();
+  // When an item was cleaned last, as text; "" when that is not known.
+  std::string ItemCleanedText(std::string_view item_key) const;
+  // Stores the present date and time for some items. Throws Error.
+  void StoreItemsCleaned(std::span<const std::string_view> item_keys);
 
  private:
   std::string Path() const;

@@ -52,8 +52,8 @@ TEST(Selection, WhatLosesDataForGoodGoesAlongOnlyWhenTheSettingsSaySo) {
         selection.SelectAll(true);
       }
       for (const Item& item : AllItems()) {
-        EXPECT_EQ(item.is_risky, risky.contains(item.key)) << item.key;
-        if (item.is_risky) {
+        EXPECT_EQ(item.guide.is_risky, risky.contains(item.key)) << item.key;
+        if (item.guide.is_risky) {
           EXPECT_EQ(selection.IsChecked(item), select_risky) << item.key;
         }
       }

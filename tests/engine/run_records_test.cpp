@@ -7,6 +7,8 @@
 #include "app/run_report.h"
 #include "app/undo_run.h"
 #include "backup/backups.h"
+#include "run/stayed.h"
+#include "support/recording_session.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -250,6 +252,72 @@ TEST_F(RunRecordsTest, TheListSortsAndFiltersByWhatItsColumnsMean) {
   EXPECT_EQ(list.Summary(), "1 entry to be removed, 1.95 KB; 1 will stay; 1 kept.");
   list.TickAll(false);
   EXPECT_EQ(list.Summary(), "0 entries to be removed, 0 Bytes; 1 will stay; 1 kept.");
+}
+
+TEST_F(RunRecordsTest, TheListGrowsGroupsByFolderAndShowsWhatItemsName) {
+  const auto entries = std::make_shared<RunEntries>();
+  const auto add = [&](int item, uint64_t bytes, const char* place, Fate fate = Fate::kRemoved) {
+    entries->Add(
+        {.fate = fate, .item = static_cast<uint8_t>(item), .bytes = bytes, .place = place});
+  };
+  add(10, 5, "C:\\t\\b.tmp");
+  EntryList list(ports.system, entries, true);
+  const auto rows = [&list] {
+    std::string text;
+    for (size_t row = 0; row < list.RowCount(); ++row) {
+      text += (list.IsHeading(row) ? "[" + list.Text(row, RunColumn::kPlace) + ", " +
+                                         list.Text(row, RunColumn::kKind) + "] "
+                                   : std::to_string(list.At(row).bytes) + " ");
+    }
+    return text;
+  };
+  list.Sort(RunColumn::kPlace);
+  add(10, 3, "C:\\T\\a.tmp");
+  add(1, 9, "C:\\other\\z.tmp");
+  add(10, 7, "C:\\t\\c.tmp", Fate::kStayed);
+  entries->Add({.kind = EntryKind::kRegistryValue, .item = 16, .place = "HKEY_X\\K", .part = "v"});
+  EXPECT_EQ(rows(), "5 ");
+  list.Grow();
+  EXPECT_EQ(rows(), "9 3 5 7 0 ");
+  list.SetGrouped(true);
+  EXPECT_EQ(rows(), "[C:\\other, 1 entry] 9 [C:\\T, 3 entries] 3 5 7 [HKEY_X\\K, 1 entry] 0 ");
+  EXPECT_EQ(list.Text(2, RunColumn::kBytes), "8 Bytes") << "what stays frees nothing";
+  list.SetTicked(2, false);
+  EXPECT_FALSE(list.IsTicked(2) || list.IsTicked(3) || list.IsTicked(4));
+  EXPECT_EQ(list.Summary(), "2 entries to be removed, 9 Bytes; 1 will stay.");
+  list.SetTicked(3, true);
+  EXPECT_TRUE(list.IsTicked(2));
+  std::array<bool, 30> items{};
+  items[9] = true;
+  list.ShowItems(items);
+  EXPECT_EQ(rows(), "[C:\\T, 3 entries] 3 5 7 ");
+  EXPECT_EQ(list.Summary(), "1 entry to be removed, 3 Bytes; 1 will stay.");
+  list.SetFilter("c.tmp");
+  EXPECT_EQ(rows(), "[C:\\t, 1 entry] 7 ");
+  list.SetGrouped(false);
+  list.ShowItems({});
+  list.SetFilter("");
+  EXPECT_EQ(rows(), "9 3 5 7 0 ");
+}
+
+TEST_F(RunRecordsTest, WhoUsesAFileAndWhatTheDrivesSayIsTold) {
+  RecordingSession session;
+  session.used_path = temp + "locked.tmp";
+  Machine machine_of_user{ports.files,   ports.registry, ports.shell, ports.url_cache,
+                          ports.profile, ports.system,   session,     ports.program_folder};
+  Engine other(machine_of_user, view);
+  other.selection().SetChecked(*FindItem("CleanTempFiles"), true);
+  machine->MakeFile(temp + "locked.tmp", "1");
+  machine->MakeFile(temp + "large.tmp", std::string(24 << 20, 'x'));
+  const auto lock = machine->LockFile(temp + "locked.tmp");
+  PreviewRun preview(machine_of_user, view);
+  preview.Run(other.selection());
+  EXPECT_EQ(preview.state().RunLog.find("Free on"), std::string::npos);
+  EXPECT_TRUE(preview.entries()->all[1].note.ends_with(" In use by: Writer, Viewer.") ||
+              preview.entries()->all[0].note.ends_with(" In use by: Writer, Viewer."));
+  other.RunCleaning();
+  EXPECT_NE(StayedNames(other.state(), 9).find("In use by: Writer, Viewer."), std::string::npos);
+  EXPECT_NE(other.state().RunLog.find("\r\nFree on C:  "), std::string::npos);
 }
 
 }  // namespace

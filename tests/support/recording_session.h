@@ -13,12 +13,18 @@ class RecordingSession : public Session {
  public:
   std::vector<std::string> calls;
   bool fails = false;
+  std::string used_path;  // that two programs have open
 
   bool ClaimInstance(std::string_view name) override {
     Record("claim " + std::string(name));
     return true;
   }
   void EnablePrivilege(std::string_view name) override { Record("enable " + std::string(name)); }
+  bool HasAdministratorRights() override { return true; }
+  std::vector<std::string> ProgramsUsing(const std::string& path) override {
+    return path == used_path ? std::vector<std::string>{"Writer", "Viewer"}
+                             : std::vector<std::string>{};
+  }
   void Exit(uint32_t flags, uint32_t reason) override {
     Record("exit " + std::to_string(flags) + " " + std::to_string(reason));
   }

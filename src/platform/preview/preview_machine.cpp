@@ -32,7 +32,7 @@ PreviewMachine::PreviewMachine(const Machine& inner)
       shell_(inner.shell, files_, log_),
       url_cache_(inner.url_cache, files_, log_),
       profile_(files_, inner.system, log_),
-      session_(log_),
+      session_(inner.session, log_),
       machine_{files_,   registry_,    shell_,   url_cache_,
                profile_, inner.system, session_, inner.program_folder} {}
 

@@ -25,13 +25,18 @@ class PreviewProfile : public IniFiles {
 // A session that is never ended.
 class PreviewSession : public Session {
  public:
-  explicit PreviewSession(ChangeLog& log) : log_(log) {}
+  PreviewSession(Session& inner, ChangeLog& log) : inner_(inner), log_(log) {}
 
   bool ClaimInstance(std::string_view) override { return true; }
   void EnablePrivilege(std::string_view) override {}
+  std::vector<std::string> ProgramsUsing(const std::string& path) override {
+    return inner_.ProgramsUsing(path);
+  }
+  bool HasAdministratorRights() override { return inner_.HasAdministratorRights(); }
   void Exit(uint32_t, uint32_t) override { log_.push_back({ChangeKind::kEndSession, "", "", 0}); }
 
  private:
+  Session& inner_;
   ChangeLog& log_;
 };
 

@@ -10,6 +10,9 @@ class VolumeSession : public Session {
  public:
   bool ClaimInstance(std::string_view) override { Refuse(); }
   void EnablePrivilege(std::string_view) override { Refuse(); }
+  // Of a volume its mount decides.
+  bool HasAdministratorRights() override { return true; }
+  std::vector<std::string> ProgramsUsing(const std::string&) override { return {}; }
   void Exit(uint32_t, uint32_t) override { Refuse(); }
 
  private:

@@ -1,9 +1,47 @@
 #include "platform/win32/win32_session.h"
 
+#include <restartmanager.h>
+
+#include "platform/error.h"
+#include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
+namespace {
+
+LazyLibrary restart_manager(L"rstrtmgr.dll");
+
+template <typename Function>
+Function FindRm(const char* name) {
+  return restart_manager.Find<Function>(name);
+}
+
+// At most so many programs are named.
+constexpr UINT kMostPrograms = 10;
+
+std::vector<std::string> AskRestartManager(const std::wstring& path) {
+  const auto start = FindRm<decltype(&RmStartSession)>("RmStartSession");
+  const auto add = FindRm<decltype(&RmRegisterResources)>("RmRegisterResources");
+  const auto list = FindRm<decltype(&RmGetList)>("RmGetList");
+  const auto end = FindRm<decltype(&RmEndSession)>("RmEndSession");
+  DWORD session = 0;
+  WCHAR key[CCH_RM_SESSION_KEY + 1] = {};
+  if (start(&session, 0, key) != ERROR_SUCCESS) return {};
+  std::vector<std::string> names;
+  LPCWSTR file = path.c_str();
+  RM_PROCESS_INFO programs[kMostPrograms] = {};
+  UINT needed = 0, count = kMostPrograms;
+  DWORD reasons = 0;
+  if (add(session, 1, &file, 0, nullptr, 0, nullptr) == ERROR_SUCCESS &&
+      list(session, &needed, &count, programs, &reasons) == ERROR_SUCCESS) {
+    for (UINT i = 0; i < count; ++i) names.push_back(Narrow(programs[i].strAppName));
+  }
+  end(session);
+  return names;
+}
+
+}  // namespace
 
 // Names below Local\ belong to one session. One that another user's process made there may not be
 // opened, but it is there.
@@ -33,6 +71,23 @@ void Win32Session::EnablePrivilege(std::string_view name) {
   DWORD size = 0;
   if (!AdjustTokenPrivileges(token_.Get(), FALSE, &wanted, sizeof(previous), &previous, &size)) {
     ThrowLastError("enable", "the privilege " + std::string(name));
+  }
+}
+
+// The group that a program started without rights holds for denials only does not count.
+bool Win32Session::HasAdministratorRights() {
+  BYTE administrators[SECURITY_MAX_SID_SIZE];
+  DWORD size = sizeof(administrators);
+  BOOL is_member = FALSE;
+  return CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators, &size) &&
+         CheckTokenMembership(nullptr, administrators, &is_member) && is_member;
+}
+
+std::vector<std::string> Win32Session::ProgramsUsing(const std::string& path) {
+  try {
+    return AskRestartManager(Wide(path));
+  } catch (const Error&) {  // a Windows without it
+    return {};
   }
 }
 

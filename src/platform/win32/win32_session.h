@@ -9,6 +9,9 @@ class Win32Session : public Session {
  public:
   bool ClaimInstance(std::string_view name) override;
   void EnablePrivilege(std::string_view name) override;
+  bool HasAdministratorRights() override;
+  // Asks the Restart Manager, which came with Windows Vista.
+  std::vector<std::string> ProgramsUsing(const std::string& path) override;
   void Exit(uint32_t flags, uint32_t reason) override;
 
  private:

@@ -1,0 +1,284 @@
+#include "app/item_list.h"
+
+#include <algorithm>
+
+#include "app/item_catalogue.h"
+#include "platform/text.h"
+#include "run/removal.h"
+
+namespace quellix {
+namespace {
+
+constexpr Group kGroups[] = {Group::kFolderFiles, Group::kMiscellaneous, Group::kInternet,
+                             Group::kFirefox};
+
+std::string NameOf(const Item& item) { return ReplaceNoCase(item.Label(), "&&", "&"); }
+
+// Sentences of other parts end in a full stop; here they stand in a row.
+void Append(std::string& notes, std::string_view note) {
+  if (note.ends_with('.')) note.remove_suffix(1);
+  if (!note.empty()) notes.append(notes.empty() ? "" : "; ").append(note);
+}
+
+}  // namespace
+
+std::string_view RemovalText(int16_t removal_mode) {
+  switch (removal_mode) {
+    case kRecycle:
+      return "moved to the recycle bin";
+    case kWipe:
+      return "overwritten and deleted for good";
+    case kBackUp:
+      return "backed up, then deleted";
+    default:
+      return "deleted for good";
+  }
+}
+
+ItemList::ItemList(const Machine& machine, Selection& selection)
+    : machine_(machine),
+      settings_(machine),
+      selection_(selection),
+      is_administrator_(machine.session.HasAdministratorRights()) {
+  Refresh();
+}
+
+bool ItemList::IsAbsent(const Item& item) const {
+  const WindowsVersion version = machine_.system.Version();
+  return item.guide.last_windows != 0 && version.major > item.guide.last_windows;
+}
+
+bool ItemList::IsFoldedAway(const Item& item) const {
+  const bool is_open = is_open_[static_cast<size_t>(item.group)];
+  return !is_open && IsAbsent(item) && !selection_.IsChecked(item);
+}
+
+void ItemList::Refresh() {
+  rows_.clear();
+  for (const Group group : kGroups) {
+    rows_.push_back({group});
+    std::vector<const Item*> shown;
+    int folded = 0;
+    for (const Item& item : AllItems()) {
+      if (item.group != group) continue;
+      IsFoldedAway(item) ? void(++folded) : shown.push_back(&item);
+    }
+    std::ranges::stable_sort(shown,
+                             [this](const Item* a, const Item* b) { return Precedes(a, b); });
+    for (const Item* const item : shown) rows_.push_back({group, item});
+    if (folded > 0) rows_.push_back({group, nullptr, folded});
+  }
+}
+
+bool ItemList::Precedes(const Item* a, const Item* b) const {
+  if (IsAbsent(*a) != IsAbsent(*b)) return IsAbsent(*b);
+  if (!order_) return false;
+  if (descending_) std::swap(a, b);
+  const Found &in_a = found_[IndexOf(*a)], &in_b = found_[IndexOf(*b)];
+  switch (*order_) {
+    case ItemColumn::kName:
+      return CompareNoCase(a->Label(), b->Label()) < 0;
+    case ItemColumn::kBytes:
+      return in_a.bytes < in_b.bytes;
+    case ItemColumn::kCount:
+      return in_a.count < in_b.count;
+    case ItemColumn::kNote:
+      break;
+  }
+  return CompareNoCase(NoteOf(*a), NoteOf(*b)) < 0;
+}
+
+void ItemList::Sort(ItemColumn column) {
+  descending_ = order_ == column && !descending_;
+  order_ = column;
+  Refresh();
+}
+
+std::optional<size_t> ItemList::RowOf(const Item& item) const {
+  const auto row = std::ranges::find(rows_, &item, &Row::item);
+  if (row == rows_.end()) return std::nullopt;
+  return static_cast<size_t>(row - rows_.begin());
+}
+
+std::optional<size_t> ItemList::Find(std::string_view text, size_t from) const {
+  const std::string start = UpCase(text);
+  for (size_t i = 0; i < rows_.size(); ++i) {
+    const size_t row = (from + i) % rows_.size();
+    if (UpCase(Text(row, ItemColumn::kName)).starts_with(start)) return row;
+  }
+  return std::nullopt;
+}
+
+bool ItemList::IsDimmed(size_t row) const {
+  const Row& at = rows_[row];
+  if (at.item == nullptr) return at.folded > 0;
+  return !selection_.IsEnabled(*at.item) || IsAbsent(*at.item);
+}
+
+std::optional<Ticks> ItemList::TicksOf(size_t row) const {
+  const Row& at = rows_[row];
+  if (at.item != nullptr) return selection_.IsChecked(*at.item) ? Ticks::kAll : Ticks::kNone;
+  if (!at.IsHeading()) return std::nullopt;
+  const Selection::Count count = selection_.CountIn(at.group);
+  if (count.checked == 0) return Ticks::kNone;
+  return count.checked == count.all ? Ticks::kAll : Ticks::kSome;
+}
+
+void ItemList::Toggle(size_t row) {
+  const Row at = rows_[row];
+  if (at.folded > 0) return SetFolded(at.group, false);
+  if (at.item == nullptr) {
+    selection_.ToggleGroup(at.group);
+    return Refresh();  // what is folded away may be ticked now
+  }
+  if (selection_.IsEnabled(*at.item)) {
+    selection_.SetChecked(*at.item, !selection_.IsChecked(*at.item));
+  }
+}
+
+void ItemList::SetFolded(Group group, bool folded) {
+  is_open_[static_cast<size_t>(group)] = !folded;
+  Refresh();
+}
+
+void ItemList::BeginLook(const RunState& state) {
+  Forget();
+  look_ = &state;
+  has_looked_ = true;
+}
+
+void ItemList::Follow() {
+  if (look_ == nullptr) return;
+  const std::vector<RunEntry>& entries = look_->Entries->all;
+  for (; taken_in_ < entries.size(); ++taken_in_) {
+    const RunEntry& entry = entries[taken_in_];
+    if (entry.item == 0) continue;
+    Found& found = found_[entry.item - 1u];
+    found.looked = true;
+    if (entry.fate == Fate::kStayed) ++found.stays;
+    if (entry.fate != Fate::kRemoved) continue;
+    ++found.count;
+    found.bytes += static_cast<double>(entry.bytes);
+  }
+  for (size_t i = 0; i < found_.size(); ++i) {
+    found_[i].outcome = look_->Outcomes[i];
+    if (found_[i].outcome != Outcome::kNotChosen) found_[i].looked = true;
+  }
+}
+
+void ItemList::EndLook() {
+  Follow();
+  look_ = nullptr;
+  if (order_) Refresh();
+}
+
+void ItemList::Forget() {
+  look_ = nullptr;
+  taken_in_ = 0;
+  has_looked_ = false;
+  found_ = {};
+}
+
+std::array<bool, 30> ItemList::ItemsOf(size_t row) const {
+  std::array<bool, 30> items{};
+  for (const Item& item : AllItems()) {
+    const Row& at = rows_[row];
+    items[IndexOf(item)] = at.item ? at.item == &item : at.group == item.group;
+  }
+  return items;
+}
+
+ItemList::Found ItemList::FoundIn(const Row& row) const {
+  if (row.item != nullptr) return found_[IndexOf(*row.item)];
+  Found sum;
+  for (const Item& item : AllItems()) {
+    const Found& found = found_[IndexOf(item)];
+    if (!row.IsHeading() || item.group != row.group || !found.looked) continue;
+    sum.looked = true;
+    sum.bytes += found.bytes;
+    sum.count += found.count;
+    sum.stays += found.stays;
+  }
+  return sum;
+}
+
+std::string ItemList::CountText(uint64_t count) const {
+  return FormatNumber(static_cast<double>(count), 0, machine_.system.UserLocale());
+}
+
+std::string ItemList::NoteOf(const Item& item) const {
+  const Found& found = found_[IndexOf(item)];
+  std::string notes;
+  Append(notes, selection_.WhyDisabled(item));
+  if (found.outcome == Outcome::kFailed) Append(notes, "failed");
+  if (found.outcome == Outcome::kNotPossible) Append(notes, "not possible here");
+  if (found.stays > 0) Append(notes, CountText(found.stays) + " will stay");
+  if (found.outcome == Outcome::kNothingFound && !IsAbsent(item)) Append(notes, "nothing found");
+  if (IsAbsent(item)) Append(notes, "nothing of it on this Windows");
+  if (item.guide.needs_administrator && !is_administrator_ && !IsAbsent(item)) {
+    Append(notes, "needs administrator rights");
+  }
+  Append(notes, item.guide.cost);
+  return notes;
+}
+
+std::string ItemList::NoteOf(Group group) const {
+  const Selection::Count count = selection_.CountIn(group);
+  return CountText(static_cast<uint64_t>(count.checked)) + " of " +
+         CountText(static_cast<uint64_t>(count.all)) + " ticked";
+}
+
+std::string ItemList::Text(size_t row, ItemColumn column) const {
+  const Row& at = rows_[row];
+  const Found found = FoundIn(at);
+  switch (column) {
+    case ItemColumn::kName:
+      if (at.item != nullptr) return NameOf(*at.item);
+      if (at.IsHeading()) return std::string(GroupTitle(at.group));
+      return CountText(static_cast<uint64_t>(at.folded)) + " more...";
+    case ItemColumn::kBytes:
+      if (!found.looked) return {};
+      return FormatSize(found.bytes, 2, true, machine_.system.UserLocale());
+    case ItemColumn::kCount:
+      return found.looked ? CountText(found.count) : "";
+    case ItemColumn::kNote:
+      break;
+  }
+  if (at.item != nullptr) return NoteOf(*at.item);
+  return at.IsHeading() ? NoteOf(at.group) : "nothing of it on this Windows";
+}
+
+std::string ItemList::Details(size_t row) const {
+  const Row& at = rows_[row];
+  if (at.folded > 0) return "What only older Windows have. Space shows it.";
+  if (at.item == nullptr) {
+    return NoteOf(at.group) +
+           ". A click on the name, or Space, ticks the whole group but for what "
+           "cannot be had back, and clears it when all is ticked.";
+  }
+  const ItemGuide& guide = at.item->guide;
+  std::string text = guide.removes;
+  const std::string notes = NoteOf(*at.item);
+  if (!notes.empty()) text += "\r\n\r\nNote: " + notes + ".";
+  const std::string cleaned = settings_.ItemCleanedText(at.item->key);
+  if (!cleaned.empty()) text += "\r\n\r\nCleaned last: " + cleaned;
+  return text;
+}
+
+std::string ItemList::Summary() const {
+  const auto ticked = static_cast<uint64_t>(selection_.CountChecked());
+  if (ticked == 0) return "Nothing is ticked";
+  std::string text = CountText(ticked) + (ticked == 1 ? " item" : " items");
+  if (!has_looked_) return text;
+  double bytes = 0;
+  bool is_whole = true;
+  for (const Item& item : AllItems()) {
+    if (!selection_.IsChecked(item)) continue;
+    bytes += found_[IndexOf(item)].bytes;
+    is_whole = is_whole && found_[IndexOf(item)].looked;
+  }
+  text += ", " + FormatSize(bytes, 2, true, machine_.system.UserLocale());
+  return is_whole ? text : text + " found so far";
+}
+
+}  // namespace quellix

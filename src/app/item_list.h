@@ -1,0 +1,110 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/selection.h"
+#include "platform/machine.h"
+#include "run/item.h"
+#include "run/run_state.h"
+#include "settings/settings.h"
+
+namespace quellix {
+
+enum class ItemColumn { kName, kBytes, kCount, kNote };
+inline constexpr size_t kItemColumns = 4;
+
+enum class Ticks { kNone, kSome, kAll };
+
+// All that can be cleaned, as the main window lists it: the items below the headings of their
+// groups, those that this Windows cannot have last and folded away unless they are ticked, with
+// what a look has found of each. Rows are indexes from 0 of what is shown.
+class ItemList {
+ public:
+  struct Row {
+    Group group;
+    const Item* item = nullptr;  // null for a heading and for a fold
+    int folded = 0;              // of a fold: how many items it stands for
+    bool IsHeading() const { return item == nullptr && folded == 0; }
+    bool operator==(const Row&) const = default;
+  };
+
+  // The machine's ports and the selection must outlive it.
+  ItemList(const Machine& machine, Selection& selection);
+
+  // Lists anew: the ticks or the settings have changed.
+  void Refresh();
+  size_t RowCount() const { return rows_.size(); }
+  const Row& At(size_t row) const { return rows_[row]; }
+  std::optional<size_t> RowOf(const Item& item) const;
+  std::string Text(size_t row, ItemColumn column) const;
+  // What nothing is to be expected of: it cannot be ticked, or this Windows cannot have it.
+  bool IsDimmed(size_t row) const;
+  // Nothing for a row without a box.
+  std::optional<Ticks> TicksOf(size_t row) const;
+  // What a click on a row's box does, or on a heading: ticks, or toggles the group; a fold opens.
+  void Toggle(size_t row);
+  void SetFolded(Group group, bool folded);
+
+  // Within the groups, by what the column means; the same column again turns it around.
+  void Sort(ItemColumn column);
+  std::optional<ItemColumn> order() const { return order_; }
+  bool is_descending() const { return descending_; }
+  // The first row at or behind `from`, then from the top, whose name begins with `text` in any
+  // case.
+  std::optional<size_t> Find(std::string_view text, size_t from) const;
+
+  // From now on the rows tell what the run in `state` comes by; it must live until EndLook. What
+  // was found before is forgotten.
+  void BeginLook(const RunState& state);
+  // Takes in what has come since.
+  void Follow();
+  void EndLook();
+  void Forget();
+  // Of the entries that a row stands for, the items, by run order from 0.
+  std::array<bool, 30> ItemsOf(size_t row) const;
+
+  // What a user should know of a row, in several lines.
+  std::string Details(size_t row) const;
+  // "12 items, 1.40 GB": what is ticked, and what a look has found of it.
+  std::string Summary() const;
+
+ private:
+  struct Found {
+    bool looked = false;
+    Outcome outcome = Outcome::kNotChosen;
+    double bytes = 0;
+    uint64_t count = 0, stays = 0;
+  };
+
+  static size_t IndexOf(const Item& item) { return static_cast<size_t>(item.run_order) - 1; }
+  bool IsAbsent(const Item& item) const;
+  bool IsFoldedAway(const Item& item) const;
+  Found FoundIn(const Row& row) const;
+  bool Precedes(const Item* a, const Item* b) const;
+  std::string NoteOf(const Item& item) const;
+  std::string NoteOf(Group group) const;
+  std::string CountText(uint64_t count) const;
+
+  Machine machine_;
+  Settings settings_;
+  Selection& selection_;
+  bool is_administrator_;
+  std::vector<Row> rows_;
+  std::array<bool, 4> is_open_{};  // by group: what is folded away is shown
+  std::optional<ItemColumn> order_;
+  bool descending_ = false;
+  std::array<Found, 30> found_{};  // by run order, from 0
+  const RunState* look_ = nullptr;
+  size_t taken_in_ = 0;  // of its entries
+  bool has_looked_ = false;
+};
+
+// How what is chosen goes: "deleted for good".
+std::string_view RemovalText(int16_t removal_mode);
+
+}  // namespace quellix

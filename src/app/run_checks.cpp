@@ -1,0 +1,59 @@
+#include "app/run_checks.h"
+
+#include "platform/error.h"
+#include "run/removal.h"
+
+namespace quellix {
+namespace {
+
+std::string Joined(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+  return text;
+}
+
+}  // namespace
+
+FreeSpaceCheck::FreeSpaceCheck(CleaningContext& context) : context_(context), before_(Ask()) {}
+
+// Of fixed drives: others may be asleep, or have nothing in them.
+std::map<char, uint64_t> FreeSpaceCheck::Ask() const {
+  std::map<char, uint64_t> free;
+  if (context_.state.IsPreview) return free;
+  for (const Drive& drive : context_.machine.system.Drives()) {
+    if (drive.type != DriveType::kFixed) continue;
+    try {
+      const auto root = context_.machine.files.OpenFolder(std::string(1, drive.letter) + ":\\");
+      if (root) free[drive.letter] = root->Room().free;
+    } catch (const Error&) {  // it does not tell
+    }
+  }
+  return free;
+}
+
+void FreeSpaceCheck::Tell() {
+  if (context_.state.RunFilesDeleted == 0) return;
+  const Locale locale = context_.machine.system.UserLocale();
+  const auto size = [&](uint64_t bytes) {
+    return FormatSize(static_cast<double>(bytes), 2, true, locale);
+  };
+  for (const auto& [letter, now] : Ask()) {
+    const auto before = before_.find(letter);
+    if (before == before_.end() || size(before->second) == size(now)) continue;
+    context_.state.RunLog += "\r\nFree on " + std::string(1, letter) + ":  " +
+                             size(before->second) + " before, " + size(now) + " now";
+  }
+}
+
+void NamePrograms(CleaningContext& context) {
+  // Beyond the most that are noted there is no entry.
+  for (const size_t index : context.state.MaybeHeld) {
+    if (index >= context.state.Entries->all.size()) break;
+    RunEntry& entry = context.state.Entries->all[index];
+    const std::string programs = Joined(context.machine.session.ProgramsUsing(entry.place));
+    if (!programs.empty()) entry.note += " In use by: " + programs + ".";
+  }
+  context.state.MaybeHeld.clear();
+}
+
+}  // namespace quellix

@@ -1,0 +1,152 @@
+// The main window's list of all that can be cleaned.
+#include "app/item_list.h"
+
+#include <algorithm>
+
+#include "app/item_catalogue.h"
+#include "app/preview_run.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+class ItemListTest : public RunFixture {
+ protected:
+  std::string Name(size_t row) const { return list.Text(row, ItemColumn::kName); }
+  std::string Note(const char* item) const {
+    return list.Text(list.RowOf(*FindItem(item)).value(), ItemColumn::kNote);
+  }
+  std::vector<std::string> NamesOf(Group group) const {
+    std::vector<std::string> names;
+    for (size_t row = 0; row < list.RowCount(); ++row) {
+      if (list.At(row).group == group) names.push_back(Name(row));
+    }
+    return names;
+  }
+  size_t Heading(Group group) const { return RowOf({group}); }
+  size_t RowOf(const ItemList::Row& wanted) const {
+    size_t row = 0;
+    while (!(list.At(row) == wanted)) ++row;
+    return row;
+  }
+  void Look() {
+    PreviewRun preview(ports, view);
+    list.BeginLook(preview.state());
+    preview.Run(engine.selection());
+    list.EndLook();
+  }
+  bool HasOlderWindowsOnly(const Item& item) const {
+    return item.guide.last_windows != 0 && ports.system.Version().major > item.guide.last_windows;
+  }
+
+  ItemList list{ports, engine.selection()};
+};
+
+TEST_F(ItemListTest, GroupsFoldAwayWhatThisWindowsCannotHaveUnlessItIsTicked) {
+  const Item& absent = *FindItem("CleanInstallMRU");
+  ASSERT_TRUE(HasOlderWindowsOnly(absent));
+  const std::vector<std::string> folded = {"Miscellaneous",       "Plugins",
+                                           "MS Office history",   "Windows clipboard",
+                                           "Windows run history", "2 more..."};
+  EXPECT_EQ(NamesOf(Group::kMiscellaneous), folded);
+  EXPECT_FALSE(list.RowOf(absent));
+  const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 2});
+  EXPECT_FALSE(list.TicksOf(fold));
+  EXPECT_TRUE(list.IsDimmed(fold));
+  list.Toggle(fold);
+  ASSERT_TRUE(list.RowOf(absent));
+  EXPECT_TRUE(list.IsDimmed(*list.RowOf(absent)));
+  EXPECT_EQ(Note("CleanInstallMRU"), "nothing of it on this Windows");
+  EXPECT_EQ(NamesOf(Group::kMiscellaneous).back(), "Windows find history");
+  list.Toggle(*list.RowOf(absent));
+  list.SetFolded(Group::kMiscellaneous, true);
+  EXPECT_TRUE(engine.selection().IsChecked(absent));
+  EXPECT_TRUE(list.RowOf(absent)) << "what a run would take is always seen";
+  EXPECT_EQ(NamesOf(Group::kMiscellaneous).back(), "1 more...");
+}
+
+TEST_F(ItemListTest, AHeadingShowsAndTogglesItsGroupAndABoxThatIsOffStaysSo) {
+  Preferences preferences;
+  preferences.select_risky = false;
+  engine.selection().ApplyProtection(preferences);
+  const size_t heading = Heading(Group::kFirefox),
+               forms = *list.RowOf(*FindItem("CleanMozillaForms"));
+  const struct {
+    size_t row;
+    Ticks ticks;
+    const char* note;
+  } kSteps[] = {{heading, Ticks::kSome, "4 of 6 ticked"},
+                {forms, Ticks::kSome, "5 of 6 ticked"},
+                {*list.RowOf(*FindItem("CleanMozillaPasswords")), Ticks::kAll, "6 of 6 ticked"},
+                {heading, Ticks::kNone, "0 of 6 ticked"}};
+  EXPECT_EQ(list.TicksOf(heading), Ticks::kNone);
+  for (const auto& step : kSteps) {
+    list.Toggle(step.row);
+    EXPECT_EQ(list.TicksOf(heading), step.ticks);
+    EXPECT_EQ(list.Text(heading, ItemColumn::kNote), step.note);
+  }
+  const size_t empty_files = *list.RowOf(*FindItem("CleanEmptyFiles"));
+  list.Toggle(empty_files);
+  EXPECT_EQ(list.TicksOf(empty_files), Ticks::kNone);
+  EXPECT_TRUE(list.IsDimmed(empty_files));
+  EXPECT_EQ(Note("CleanEmptyFiles"), "Switched off for safety. Enable it in the Options");
+  EXPECT_EQ(Note("CleanMozillaPasswords"), "saved passwords are lost");
+  EXPECT_EQ(list.Text(Heading(Group::kFolderFiles), ItemColumn::kNote).substr(0, 5), "0 of ");
+}
+
+TEST_F(ItemListTest, ALookFillsInWhatItFindsAndAWordBeginsTheSearchForAName) {
+  machine->MakeFile(temp + "a.tmp", std::string(3000, 'x'));
+  machine->MakeFile(temp + "locked.tmp", "1");
+  const auto lock = machine->LockFile(temp + "locked.tmp");
+  Tick({"CleanTempFiles", "CleanRunMRU", "CleanMozillaCache"});
+  list.Refresh();
+  const Item& item = *FindItem("CleanTempFiles");
+  const size_t row = *list.RowOf(item);
+  EXPECT_EQ(list.Text(row, ItemColumn::kBytes), "");
+  EXPECT_EQ(list.Summary(), "3 items");
+  Look();
+  EXPECT_EQ(list.Text(row, ItemColumn::kBytes), "2.93 KB");
+  EXPECT_EQ(list.Text(row, ItemColumn::kCount), "1");
+  EXPECT_EQ(Note("CleanTempFiles"), "1 will stay");
+  EXPECT_EQ(Note("CleanMozillaCache"), "nothing found");
+  EXPECT_EQ(list.Text(Heading(Group::kFolderFiles), ItemColumn::kBytes), "2.93 KB");
+  EXPECT_EQ(list.Text(Heading(Group::kMiscellaneous), ItemColumn::kCount), "0");
+  EXPECT_EQ(list.Summary(), "3 items, 2.93 KB");
+  Tick({"CleanTempFiles", "CleanMozillaHistory"});
+  EXPECT_EQ(list.Summary(), "2 items, 2.93 KB found so far");
+  list.Forget();
+  EXPECT_EQ(list.Text(row, ItemColumn::kBytes), "");
+
+  EXPECT_EQ(list.Find("TEMPORARY F", 0), row);
+  const size_t cookies = list.Find("cookies", 0).value(),
+               next = list.Find("c", cookies + 1).value();
+  EXPECT_NE(cookies, next);
+  EXPECT_EQ(list.Find("recycle", next), 1u) << "on from the top";
+  EXPECT_FALSE(list.Find("no such item", 0));
+}
+
+TEST_F(ItemListTest, SortingStaysWithinTheGroupsAndTellsWhenAnItemWasCleaned) {
+  machine->MakeFile(temp + "a.tmp", "12345");
+  Tick({"CleanTempFiles"});
+  list.Sort(ItemColumn::kName);
+  const std::vector<std::string> by_name = NamesOf(Group::kFolderFiles);
+  EXPECT_TRUE(std::ranges::is_sorted(by_name.begin() + 1, by_name.end() - 1));
+  EXPECT_EQ(Name(0), "Folders and Files");
+  Look();
+  list.Sort(ItemColumn::kBytes);
+  list.Sort(ItemColumn::kBytes);
+  EXPECT_EQ(Name(1), "Temporary files");
+  EXPECT_TRUE(list.is_descending());
+
+  const size_t row = *list.RowOf(*FindItem("CleanTempFiles"));
+  EXPECT_EQ(list.Details(row), "Everything in your temporary folder, with the folders in it.");
+  engine.RunCleaning();
+  const std::string now = engine.settings().LastCleanedText();
+  EXPECT_NE(list.Details(row).find("Cleaned last: " + now.substr(0, now.find(' '))),
+            std::string::npos);
+  const size_t other = *list.RowOf(*FindItem("CleanRecentDocs"));
+  EXPECT_EQ(list.Details(other).find("Cleaned last"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace quellix
