@@ -1,7 +1,6 @@
 // A look from outside at the windows on the sandbox's screen, for the scripts that drive them:
 //
 //   controls.exe at TITLE ID      prints the screen position of a control's middle
-//   controls.exe checked TITLE ID prints 1 or 0
 //   controls.exe text TITLE ID    prints a control's text
 //   controls.exe choose TITLE ID  chooses an entry of a window's menu, or presses a button
 //   controls.exe place TITLE 0    brings a window to the front; prints its place, as 640x480+10+20
@@ -36,14 +35,9 @@ HWND FindControl(const char* title, int id) {
 int PrintMiddle(HWND control) {
   RECT area{};
   if (!IsWindowEnabled(control) || !GetWindowRect(control, &area)) return 1;
-  // The label stands at the left of a wide check box.
+  // The label stands at the left of a wide control.
   const LONG reach = std::min<LONG>(area.right - area.left, 60);
   std::printf("%ld %ld\n", area.left + reach / 2, (area.top + area.bottom) / 2);
-  return 0;
-}
-
-int PrintChecked(HWND control) {
-  std::printf("%d\n", SendMessageW(control, BM_GETCHECK, 0, 0) == BST_CHECKED ? 1 : 0);
   return 0;
 }
 
@@ -91,6 +85,5 @@ int main(int argc, char** argv) {
   const HWND control = FindControl(argv[2], id);
   if (control == nullptr) return 1;
   if (what == "at") return PrintMiddle(control);
-  if (what == "checked") return PrintChecked(control);
   return PrintText(control);
 }

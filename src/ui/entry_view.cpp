@@ -1,5 +1,6 @@
 #include "ui/entry_view.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "engine.h"
@@ -12,9 +13,17 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[kRunColumns] = {
-    {L"Place", 300},      {L"What", 80},  {L"Size", 75, true}, {L"Modified", 145},
-    {L"Cleaned as", 120}, {L"Fate", 150}, {L"Note", 220}};
+constexpr Column kOthers[] = {{L"What", 80},        {L"Size", 75, true}, {L"Modified", 145},
+                              {L"Cleaned as", 120}, {L"Fate", 150},      {L"Note", 220}};
+
+std::array<Column, kRunColumns> Columns(int place_width) {
+  std::array<Column, kRunColumns> columns{{{L"Place", place_width}}};
+  std::ranges::copy(kOthers, columns.begin() + 1);
+  return columns;
+}
+
+// More rows than any window shows at once.
+constexpr size_t kScreenful = 200;
 
 // A line of the keep list for it; "" for what has no name of its own.
 std::string KeepLineFor(const RunEntry& entry) {
@@ -46,33 +55,57 @@ void PutIntoClipboard(HWND owner, const std::wstring& text) {
 
 }  // namespace
 
-void EntryView::Attach(HWND window) {
+void EntryView::Attach(HWND window, int place_width) {
   window_ = window;
+  place_width_ = place_width;
   list_.reset();
   view_ = ListView();
-  view_.Attach(GetDlgItem(window, lstvRun), kColumns,
+  view_.Attach(GetDlgItem(window, lstvRun), Columns(place_width),
                [this](int row, int column) { return CellAt(row, column); });
-  view_.SetMarks([this](int row) {
-    return Has(row) && list_->At(static_cast<size_t>(row)).fate == Fate::kStayed;
+  view_.SetLooks([this](int row) {
+    const auto index = static_cast<size_t>(row);
+    if (!Has(row)) return RowLook::kPlain;
+    if (list_->IsHeading(index)) return RowLook::kHeading;
+    return list_->At(index).fate == Fate::kStayed ? RowLook::kMarked : RowLook::kPlain;
   });
 }
 
-void EntryView::OnResolution(int dpi) { view_.SetResolution(dpi, kColumns, {}); }
+void EntryView::OnResolution(int dpi) { view_.SetResolution(dpi, Columns(place_width_), {}); }
 
-void EntryView::Show(std::shared_ptr<const RunEntries> entries, bool is_preview) {
-  list_.emplace(machine_.system, std::move(entries), is_preview);
-  if (is_preview) {
+void EntryView::Show(std::shared_ptr<const RunEntries> entries, Kind kind) {
+  list_.emplace(machine_.system, std::move(entries), kind != Kind::kDone);
+  if (kind == Kind::kChoice) {
     view_.SetCheckBoxes(
         [this](int row) {
           if (!Has(row)) return false;
           const size_t index = static_cast<size_t>(row);
-          return list_->At(index).fate == Fate::kRemoved && list_->IsTicked(index);
+          const bool may_go = list_->IsHeading(index) || list_->At(index).fate == Fate::kRemoved;
+          return may_go && list_->IsTicked(index);
         },
         [this](int row) { Toggle(row); });
   }
   SetDlgItemTextW(window_, txtFilter, L"");
-  view_.SetRows(static_cast<int>(list_->RowCount()));
+  CheckDlgButton(window_, chkByFolder, BST_UNCHECKED);
+  ListAnew();
   view_.ShowOrder(-1, false);
+  ShowSummary();
+}
+
+void EntryView::ListAnew() { view_.SetRows(static_cast<int>(list_->RowCount())); }
+
+void EntryView::ShowItems(const std::optional<std::array<bool, 30>>& items) {
+  list_->ShowItems(items);
+  ListAnew();
+  ShowSummary();
+}
+
+// Selection and place stay; rows may come in between.
+void EntryView::Grow() {
+  const size_t before = list_->RowCount();
+  list_->Grow();
+  if (list_->RowCount() == before) return;
+  view_.GrowTo(static_cast<int>(list_->RowCount()));
+  if (list_->order() || list_->is_grouped() || before < kScreenful) view_.Refresh();
   ShowSummary();
 }
 
@@ -93,14 +126,14 @@ void EntryView::Toggle(int row) {
 
 void EntryView::Sort(int column) {
   list_->Sort(RunColumn(column));
-  view_.SetRows(static_cast<int>(list_->RowCount()));  // what was selected is elsewhere now
+  ListAnew();  // what was selected is elsewhere now
   view_.ShowOrder(column, list_->order()->descending);
 }
 
 void EntryView::Filter() {
   if (!list_) return;
   list_->SetFilter(ControlText(GetDlgItem(window_, txtFilter)));
-  view_.SetRows(static_cast<int>(list_->RowCount()));
+  ListAnew();
 }
 
 void EntryView::Tell(std::string_view sentence) const {
@@ -160,6 +193,10 @@ bool EntryView::OnCommand(int id, int code) {
   switch (id) {
     case txtFilter:
       if (code == EN_CHANGE) Filter();
+      return true;
+    case chkByFolder:
+      list_->SetGrouped(IsDlgButtonChecked(window_, chkByFolder) == BST_CHECKED);
+      ListAnew();
       return true;
     case cmdOpenFolder:
     case mnuOpenFolder:

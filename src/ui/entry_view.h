@@ -14,12 +14,19 @@ namespace quellix {
 // txtFilter and lblRunSummary.
 class EntryView {
  public:
+  // What is shown: what a run did, what one would do, or that in boxes to choose from.
+  enum class Kind { kDone, kFound, kChoice };
+
   explicit EntryView(const Machine& machine) : machine_(machine) {}
 
-  void Attach(HWND window);
+  // `place_width`: of the first column, in 96-DPI units.
+  void Attach(HWND window, int place_width = kPlaceWidth);
   void OnResolution(int dpi);
-  // Shows a run, or in boxes that can be ticked a preview.
-  void Show(std::shared_ptr<const RunEntries> entries, bool is_preview);
+  void Show(std::shared_ptr<const RunEntries> entries, Kind kind);
+  // See EntryList.
+  void ShowItems(const std::optional<std::array<bool, 30>>& items);
+  // Takes in what the run has come by since.
+  void Grow();
   // Null before the first Show.
   EntryList* list() { return list_ ? &*list_ : nullptr; }
   void ShowSummary() const;
@@ -33,6 +40,9 @@ class EntryView {
   bool OnContextMenu(HWND control, POINT screen);
 
  private:
+  static constexpr int kPlaceWidth = 300;
+
+  void ListAnew();
   bool Has(int row) const { return list_ && static_cast<size_t>(row) < list_->RowCount(); }
   Cell CellAt(int row, int column) const;
   void Toggle(int row);
@@ -45,6 +55,7 @@ class EntryView {
 
   Machine machine_;
   HWND window_ = nullptr;
+  int place_width_ = kPlaceWidth;
   ListView view_;
   std::optional<EntryList> list_;
 };

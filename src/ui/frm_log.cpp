@@ -72,7 +72,7 @@ void FrmLog::ShowReport() {
   SetText(lblSpace, report_.space_gained);
   categories_.SetRows(static_cast<int>(kCategories));
   categories_.Refresh();
-  entries_.Show(report_.totals->Entries, false);
+  entries_.Show(report_.totals->Entries, EntryView::Kind::kDone);
   EnableControl(cmdUndoRun, CanUndo(*report_.totals->Entries), IDCANCEL);
 }
 

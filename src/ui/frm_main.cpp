@@ -20,15 +20,35 @@
 namespace quellix {
 namespace {
 
+// Of the window's growth, the part that the list takes; the rest is the pane's.
+constexpr double kListShare = 0.5;
+
 constexpr Anchor kAnchors[] = {
-    {lblTip, 2 / 3.0, 0, 1, 0}, {txtTip, 2 / 3.0, 0, 1, 1}, {cmdNextTip, 2 / 3.0, 1, 2 / 3.0, 1},
-    {lblStatus, 0, 1, 1, 1},    {pgClean, 0, 1, 1, 1},      {lblCleanCaption, 0, 1, 0, 1},
-    {lblCleanDate, 0, 1, 1, 1}, {cmdPreview, 1, 1, 1, 1},   {cmdClean, 1, 1, 1, 1},
+    {lstvItems, 0, 0, kListShare, 1},
+    {Check3, 0, 1, 0, 1},
+    {lblItem, kListShare, 0, 1, 0},
+    {txtItem, kListShare, 0, 1, 0},
+    {lblTip, kListShare, 0, 1, 0},
+    {txtTip, kListShare, 0, 1, 0},
+    {lblRunSummary, kListShare, 0, 1, 0},
+    {lstvRun, kListShare, 0, 1, 1},
+    {cmdNextTip, kListShare, 0, kListShare, 0},
+    {lnkRemoval, 0, 1, 1, 1},
+    {lblStatus, 0, 1, 1, 1},
+    {pgClean, 0, 1, 1, 1},
+    {lblCleanCaption, 0, 1, 0, 1},
+    {lblCleanDate, 0, 1, 1, 1},
+    {cmdBackups, 1, 1, 1, 1},
+    {cmdPreview, 1, 1, 1, 1},
+    {cmdClean, 1, 1, 1, 1},
     {cmdStop, 1, 1, 1, 1},
 };
 
-constexpr int kFooterControls[] = {lblStatus,  lblCleanCaption, lblCleanDate, pgClean,
-                                   cmdPreview, cmdClean,        cmdStop};
+constexpr int kFooterControls[] = {lnkRemoval, lblStatus,  lblCleanCaption, lblCleanDate, pgClean,
+                                   cmdBackups, cmdPreview, cmdClean,        cmdStop};
+
+// Where the screen has room for it, in 96-DPI units.
+constexpr int kWidthAtFirst = 980, kHeightAtFirst = 700;
 
 struct TurnOffEntry {
   int entry;
@@ -52,6 +72,7 @@ void FrmMain::Open(HWND owner, StartMode mode) {
   engine_.ClearLeftovers();
   Create(frmMain, owner);
   if (is_hidden) return RunHidden();
+  Enlarge();
   ShowWindow(window(), SW_SHOW);
   if (!problems.empty()) Warn(problems);
   if (mode != StartMode::kNormal) display_.SetStatus("");
@@ -80,10 +101,8 @@ void FrmMain::RunHidden() {
 
 void FrmMain::OnInit() {
   prompts_.Attach(window());
-  AddAnchors();
-  boxes_.Fill();
-  boxes_.ShowTicks();
-  SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
+  layout().Add(kAnchors);
+  BindItems();
   windows_.on_options = [this] { FollowSettings(); };
   preview_.on_clean = [this](std::shared_ptr<RunChoice> choice) {
     Run([this, choice] { engine_.RunCleaning(choice); });
@@ -95,40 +114,47 @@ void FrmMain::OnInit() {
   display_.Flush();
 }
 
-void FrmMain::AddAnchors() {
-  layout().Add(kAnchors);
-  layout().Add(ItemBoxes::Anchors());
+void FrmMain::BindItems() {
+  items_.may_change = [this] { return !work_.working(); };
+  items_.on_ticks = [this] { ShowSummary(); };
+  items_.on_selected = [this] { ShowSelected(); };
+  items_.Attach(window());
+  pane_.Attach();
 }
 
-void FrmMain::ShowTip() {
-  const std::string tip = engine_.preferences().tip_box ? tips_.Next() : "";
-  for (const int control : {lblTip, txtTip, cmdNextTip}) {
-    ShowWindow(Control(control), tip.empty() ? SW_HIDE : SW_SHOW);
-  }
-  SetText(txtTip, tip);
+// The window's least size suits the smallest screen; it begins with what fits on this one.
+void FrmMain::Enlarge() const {
+  MONITORINFO screen{};
+  screen.cbSize = sizeof(screen);
+  GetMonitorInfoW(MonitorFromWindow(window(), MONITOR_DEFAULTTONEAREST), &screen);
+  const RECT& work = screen.rcWork;
+  const int width = std::min<int>(Scale(kWidthAtFirst, dpi()), work.right - work.left);
+  const int height = std::min<int>(Scale(kHeightAtFirst, dpi()), work.bottom - work.top);
+  SetWindowPos(window(), nullptr, (work.left + work.right - width) / 2,
+               (work.top + work.bottom - height) / 2, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void FrmMain::ShowSelected() { pane_.Show(items_.list(), items_.Selected()); }
+
+// What is ticked and how it goes, with the way to where that is chosen.
+void FrmMain::ShowSummary() {
+  const std::string what = items_.list().Summary();
+  const std::string how(RemovalText(engine_.preferences().RemovalMode));
+  SetText(lnkRemoval, what + ", <a>" + how + "</a>");
 }
 
 // Settings that were read anew. A tip that is shown stays.
 void FrmMain::FollowSettings() {
-  boxes_.ShowEnabled(tool_tips_);
-  boxes_.ShowTicks();
-  const bool tip_is_shown = (GetWindowLongW(Control(txtTip), GWL_STYLE) & WS_VISIBLE) != 0;
-  if (!tip_is_shown || !engine_.preferences().tip_box ||
-      GetWindowTextLengthW(Control(txtTip)) == 0) {
-    ShowTip();
-  }
+  items_.Refresh();
+  ShowSelected();
+  ShowSummary();
+  const bool wants_tip = engine_.preferences().tip_box;
+  if (wants_tip != pane_.ShowsTip()) pane_.NextTip(wants_tip);
   if (engine_.auto_clean().IsOn()) {
     SetTimer(window(), tmrClean, kMillisecondsPerTick, nullptr);
   } else {
     KillTimer(window(), tmrClean);
   }
-}
-
-// What nobody misses until the window has been painted: timers come last.
-void FrmMain::Settle() {
-  KillTimer(window(), tmrSettle);
-  tool_tips_.Attach(window());
-  boxes_.ShowEnabled(tool_tips_);
 }
 
 // Whether the user could press Clean: no run is in progress, and neither a window before this one
@@ -142,7 +168,6 @@ bool FrmMain::CanClean() const {
 
 // Of a run that begins by itself while no window is shown, nobody is told anything.
 void FrmMain::OnTimer(UINT_PTR id) {
-  if (id == tmrSettle) return Settle();
   if (id != tmrClean) return;
   engine_.auto_clean().Tick([this] { return CanClean(); },
                             [this] {
@@ -153,13 +178,17 @@ void FrmMain::OnTimer(UINT_PTR id) {
 }
 
 void FrmMain::OnSized() {
-  tool_tips_.Move();
+  items_.OnSized(dpi());
   PlaceCurrentItem(current_item_);
   InvalidateRect(window(), nullptr, TRUE);
 }
 
 // The next size asks for the picture anew.
-void FrmMain::OnResolution() { picture_.Reset(); }
+void FrmMain::OnResolution() {
+  picture_.Reset();
+  items_.OnResolution(dpi());
+  pane_.OnResolution(dpi());
+}
 
 void FrmMain::ShowPicture() {
   const int side = Scale(16, dpi());
@@ -170,8 +199,8 @@ void FrmMain::ShowPicture() {
 
 void FrmMain::OnCommand(int id, int code) {
   if (id == cmdStop || (id == IDCANCEL && work_.working())) return work_.Stop();
+  if (pane_.OnCommand(id, code)) return;
   if (work_.working() || (code != BN_CLICKED && code != BN_DOUBLECLICKED)) return;
-  if (boxes_.Toggle(id)) return boxes_.ShowTicks();
   if (TurnOff(id)) return;
   switch (id) {
     case cmdPreview:
@@ -185,7 +214,12 @@ void FrmMain::OnCommand(int id, int code) {
     case mnuProcessPlugin:
       return ProcessPlugins();
     case cmdNextTip:
-      return ShowTip();
+      return pane_.NextTip(true);
+    case Check3:
+      return items_.ToggleAll();
+    case cmdBackups:
+      windows_.Open(mnuBackups, window());
+      return;
     case mnuExit:
       return Exit();
     default:
@@ -224,10 +258,15 @@ void FrmMain::Clean(const Item* item) {
 std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Item* item) {
   PreviewRun preview(machine_, display_);
   bool is_whole = false;
-  Run([&] {
+  items_.list().BeginLook(preview.state());
+  look_ = &preview;
+  Work([&] {
     item != nullptr ? preview.RunOneItem(*item) : preview.Run(engine_.selection());
     is_whole = true;
   });
+  if (window()) FollowLook();
+  look_ = nullptr;
+  items_.list().EndLook();
   if (!window() || !is_whole || preview.state().AbortRequested) return nullptr;
   if (preview.state().SomeErrors) Warn(preview.state().RunLog);
   const bool is_refused = preview.state().SomeErrors && preview.entries()->all.empty();
@@ -240,7 +279,31 @@ void FrmMain::ShowPreview(std::shared_ptr<const RunEntries> found) {
   preview_.Show(window(), std::move(found));
 }
 
+// Rows come and figures grow while it goes on.
+void FrmMain::FollowLook() {
+  items_.list().Follow();
+  items_.Repaint();
+  pane_.ShowEntries(look_->entries());
+  ShowSummary();
+}
+
+// What a look found is not so any more.
+void FrmMain::ForgetLook() {
+  items_.list().Forget();
+  pane_.ShowEntries(nullptr);
+  items_.Refresh();
+  ShowSelected();
+  ShowSummary();
+}
+
 void FrmMain::Run(const std::function<void()>& work) {
+  if (work_.working()) return;
+  ForgetLook();
+  Work(work);
+  if (window()) ShowSelected();  // it tells when it was cleaned last
+}
+
+void FrmMain::Work(const std::function<void()>& work) {
   if (work_.working()) return;
   if (!engine_.state().Hidden) log_.Close();  // a hidden run has none to put in its place
   const auto run = [&](const Pause& pause) {
@@ -252,7 +315,12 @@ void FrmMain::Run(const std::function<void()>& work) {
     }
     display_.Flush();
   };
-  AfterRun(work_.Run({.show = [this](const Progress&) { display_.Flush(); }}, run));
+  AfterRun(work_.Run({.show =
+                          [this](const Progress&) {
+                            display_.Flush();
+                            if (look_ != nullptr) FollowLook();
+                          }},
+                     run));
 }
 
 void FrmMain::ProcessPlugins() {
@@ -286,41 +354,45 @@ bool FrmMain::KeepReport() {
 }
 
 void FrmMain::OnContextMenu(HWND control, POINT screen) {
-  const Item* item = ItemBoxes::ItemOf(GetDlgCtrlID(control));
-  if (!item || work_.working()) return;
-  if (screen.x == -1 && screen.y == -1) {  // from the keyboard
-    RECT place;
-    GetWindowRect(control, &place);
-    screen = {place.left + Scale(16, dpi()), place.bottom};
-  }
-  ShowOneItemMenu(*item, control, screen);
+  if (work_.working() || pane_.OnContextMenu(control, screen)) return;
+  const Item* const item = items_.ItemForMenu(control, screen);
+  if (item != nullptr) ShowOneItemMenu(*item, screen);
 }
 
-void FrmMain::ShowOneItemMenu(const Item& item, HWND box, POINT screen) {
+LRESULT FrmMain::OnNotify(NMHDR& header) {
+  LRESULT result = 0;
+  const bool is_link = header.idFrom == lnkRemoval;
+  if (is_link && (header.code == NM_CLICK || header.code == NM_RETURN) && !work_.working()) {
+    windows_.OpenRemovalOptions(window());
+  } else if (!items_.OnNotify(header, result)) {
+    pane_.OnNotify(header, result);
+  }
+  return result;
+}
+
+void FrmMain::ShowOneItemMenu(const Item& item, POINT screen) {
   const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuDummy)));
   const HMENU entries = GetSubMenu(menu.Get(), 0);
   ModifyMenuW(entries, mnuPopup, MF_BYCOMMAND, mnuPopup, Wide(item.command).c_str());
-  SetFocus(box);
   const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
                                     window(), nullptr);
   if (chosen == mnuPopup) Clean(&item);
 }
 
-// The picture stands 10 dialog units to the left of the box.
+// The picture stands in the margin, to the left of the item's row.
 void FrmMain::PlaceCurrentItem(const Item* item) {
   current_item_ = item;
   const HWND picture = Control(imgCurrent);
-  if (!item) {
+  const RECT row = item ? items_.Show(*item) : RECT{};
+  if (IsRectEmpty(&row)) {
     ShowWindow(picture, SW_HIDE);
     return;
   }
   ShowPicture();
-  RECT offset{10, 0, 0, 0};
-  MapDialogRect(window(), &offset);
-  const RECT box = PlaceInParent(Control(ItemBoxes::BoxOf(*item)));
-  const int side = Scale(16, dpi());
-  SetWindowPos(picture, HWND_TOP, box.left - offset.left, (box.top + box.bottom - side) / 2, side,
-               side, SWP_NOACTIVATE | SWP_SHOWWINDOW);
+  const int side = Scale(16, dpi()),
+            list = static_cast<int>(PlaceInParent(Control(lstvItems)).left);
+  SetWindowPos(picture, HWND_TOP, list - side - Scale(4, dpi()), (row.top + row.bottom - side) / 2,
+               side, side, SWP_NOACTIVATE | SWP_SHOWWINDOW);
 }
 
 void FrmMain::OnClose() {
@@ -401,14 +473,14 @@ void FrmMain::OnDrawItem(const DRAWITEMSTRUCT& item) {
   DrawGroupHeading(item, GetSysColorBrush(COLOR_WINDOW));
 }
 
-// The boxes stand on paper, the commands on a bar below.
+// The list and the pane stand on paper, the commands on a bar below.
 HBRUSH FrmMain::OnControlColor(HDC target, HWND control) {
   const bool in_footer = std::ranges::count(kFooterControls, GetDlgCtrlID(control)) > 0;
   return in_footer ? nullptr : Paper(target);
 }
 
 int FrmMain::FooterTop() const {
-  return static_cast<int>(PlaceInParent(Control(lblCleanDate)).top) - Scale(12, dpi());
+  return static_cast<int>(PlaceInParent(Control(lnkRemoval)).top) - Scale(9, dpi());
 }
 
 bool FrmMain::OnEraseBackground(HDC target) {

@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "app/preview_run.h"
 #include "app/startup.h"
 #include "app/tips.h"
 #include "engine.h"
@@ -9,11 +10,11 @@
 #include "ui/dialog.h"
 #include "ui/frm_log.h"
 #include "ui/frm_preview.h"
-#include "ui/item_boxes.h"
+#include "ui/item_pane.h"
+#include "ui/item_view.h"
 #include "ui/long_work.h"
 #include "ui/menu_windows.h"
 #include "ui/run_display.h"
-#include "ui/tool_tips.h"
 #include "ui/tray_icon.h"
 
 namespace quellix {
@@ -25,11 +26,12 @@ class FrmMain : public Dialog {
       : engine_(engine),
         display_(display),
         machine_(machine),
-        boxes_(layout(), engine.selection()),
         log_(machine),
         preview_(machine),
         windows_(engine, machine),
-        tips_(machine) {}
+        tips_(machine),
+        items_(machine, engine.selection()),
+        pane_(machine, *this, tips_) {}
 
   // Loads the engine and starts as `mode` says: shows the window, with a message when something
   // could not be loaded, or runs hidden. The end of the window ends the thread's message loop, with
@@ -41,6 +43,8 @@ class FrmMain : public Dialog {
   void OnSized() override;
   void OnResolution() override;
   void OnCommand(int id, int code) override;
+  HWND FirstFocus() override { return Control(lstvItems); }
+  LRESULT OnNotify(NMHDR& header) override;
   void OnContextMenu(HWND control, POINT screen) override;
   void OnTimer(UINT_PTR id) override;
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
@@ -53,26 +57,30 @@ class FrmMain : public Dialog {
   bool OnEraseBackground(HDC target) override;
 
  private:
-  void AddAnchors();
+  void Enlarge() const;
   void RunHidden();
-  void ShowTip();
+  void BindItems();
+  void ShowSelected();
+  void ShowSummary();
   bool TurnOff(int id);
   bool CanClean() const;
   void FollowSettings();
-  void Settle();
   void GoToTray();
   void ComeForward() const;
   void ShowTrayMenu(POINT screen);
   void Clean(const Item* item);
   std::shared_ptr<const RunEntries> LookAhead(const Item* item);
+  void FollowLook();
+  void ForgetLook();
   void ShowPreview(std::shared_ptr<const RunEntries> found);
   bool OnKey(MSG& message) override { return IsLetterForButton(message); }
   void Run(const std::function<void()>& work);
+  void Work(const std::function<void()>& work);
   void AfterRun(LongWork::End end);
   bool KeepReport();
   void ShowLastLog();
   void ProcessPlugins();
-  void ShowOneItemMenu(const Item& item, HWND box, POINT screen);
+  void ShowOneItemMenu(const Item& item, POINT screen);
   void PlaceCurrentItem(const Item* item);
   void ShowPicture();
   int FooterTop() const;
@@ -83,16 +91,17 @@ class FrmMain : public Dialog {
   Engine& engine_;
   RunDisplay& display_;
   Machine machine_;
-  ItemBoxes boxes_;
   FrmLog log_;
   FrmPreview preview_;
   MenuWindows windows_;
   WindowPrompts prompts_;
-  ToolTips tool_tips_;
   Tips tips_;
+  ItemView items_;
+  ItemPane pane_;
   TrayIcon tray_;
   UniqueIcon picture_;  // beside the current item
   const Item* current_item_ = nullptr;
+  const PreviewRun* look_ = nullptr;  // that is in work
   std::optional<RunReport> last_report_;
   LongWork work_{*this};
   int exit_code_ = kDone;

@@ -53,7 +53,8 @@ std::string TitleOf(int page) {
 
 }  // namespace
 
-void FrmOptions::Show(HWND owner) {
+void FrmOptions::Show(HWND owner, std::optional<OptionsPage> page) {
+  if (page) page_ = static_cast<int>(*page);
   const HCURSOR arrow = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
   Close();
   pages_.clear();

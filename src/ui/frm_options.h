@@ -21,7 +21,8 @@ class FrmOptions : public OwnedWindow {
   std::function<void()> on_accepted;
   std::function<void(HWND owner)> show_backups;
 
-  void Show(HWND owner);
+  // With the page that is asked for, or the one that was shown last.
+  void Show(HWND owner, std::optional<OptionsPage> page = {});
 
  protected:
   void OnInit() override;

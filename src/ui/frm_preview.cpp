@@ -9,10 +9,10 @@ namespace quellix {
 namespace {
 
 constexpr Anchor kAnchors[] = {
-    {lblRunSummary, 0, 0, 1, 0},  {lblFilter, 1, 0, 1, 0},     {txtFilter, 1, 0, 1, 0},
-    {lstvRun, 0, 0, 1, 1},        {cmdSelectAll, 0, 1, 0, 1},  {cmdDeselectAll, 0, 1, 0, 1},
-    {cmdKeepEntry, 0, 1, 0, 1},   {cmdOpenFolder, 0, 1, 0, 1}, {cmdCopy, 0, 1, 0, 1},
-    {cmdCleanTicked, 1, 1, 1, 1}, {IDCANCEL, 1, 1, 1, 1},
+    {lblRunSummary, 0, 0, 1, 0}, {lblFilter, 1, 0, 1, 0},      {txtFilter, 1, 0, 1, 0},
+    {lstvRun, 0, 0, 1, 1},       {cmdSelectAll, 0, 1, 0, 1},   {cmdDeselectAll, 0, 1, 0, 1},
+    {chkByFolder, 0, 0, 0, 0},   {cmdKeepEntry, 0, 1, 0, 1},   {cmdOpenFolder, 0, 1, 0, 1},
+    {cmdCopy, 0, 1, 0, 1},       {cmdCleanTicked, 1, 1, 1, 1}, {IDCANCEL, 1, 1, 1, 1},
 };
 
 }  // namespace
@@ -25,7 +25,7 @@ void FrmPreview::Show(HWND owner, std::shared_ptr<const RunEntries> found) {
 void FrmPreview::OnInit() {
   layout().Add(kAnchors);
   entries_.Attach(window());
-  entries_.Show(found_, true);
+  entries_.Show(found_, EntryView::Kind::kChoice);
 }
 
 HWND FrmPreview::FirstFocus() { return Control(lstvRun); }

@@ -4,10 +4,7 @@
 
 namespace quellix {
 
-// The heading of a group of boxes: a button that looks like a link. Space and Enter press it; Enter
-// would otherwise press the window's default button.
-void MakeGroupHeading(HWND button);
-// Draws it, or an owner-drawn label as a heading that cannot be pressed.
+// Draws an owner-drawn label as a heading: bold, with a rule behind it.
 void DrawGroupHeading(const DRAWITEMSTRUCT& item, HBRUSH background);
 
 }  // namespace quellix

@@ -18,4 +18,13 @@ inline UniqueIcon LoadProgramIcon(int id, int width, int height) {
   return UniqueIcon(static_cast<HICON>(icon));
 }
 
+// The font of a control, in bold.
+inline UniqueFont BoldFontOf(HWND control) {
+  LOGFONTW description{};
+  const auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
+  GetObjectW(font, sizeof(description), &description);
+  description.lfWeight = FW_BOLD;
+  return UniqueFont(CreateFontIndirectW(&description));
+}
+
 }  // namespace quellix

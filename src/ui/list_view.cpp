@@ -2,9 +2,53 @@
 
 #include <algorithm>
 
+#include <uxtheme.h>
+#include <vssym32.h>
+
 #include "ui/dpi.h"
 
 namespace quellix {
+namespace {
+
+using UniqueTheme = Unique<NullHandleTraits<HTHEME, CloseThemeData>>;
+
+// By Box, from kOff on: as the theme calls it, and as Windows draws it without one.
+constexpr struct {
+  int state;
+  UINT classic;
+} kBoxes[] = {{CBS_UNCHECKEDNORMAL, DFCS_BUTTONCHECK},
+              {CBS_CHECKEDNORMAL, DFCS_BUTTONCHECK | DFCS_CHECKED},
+              {CBS_MIXEDNORMAL, DFCS_BUTTON3STATE | DFCS_CHECKED},
+              {CBS_UNCHECKEDDISABLED, DFCS_BUTTONCHECK | DFCS_INACTIVE},
+              {CBS_CHECKEDDISABLED, DFCS_BUTTONCHECK | DFCS_CHECKED | DFCS_INACTIVE}};
+
+}  // namespace
+
+UniqueImages MakeBoxImages(HWND window, int dpi) {
+  const int side = Scale(16, dpi), count = static_cast<int>(std::size(kBoxes));
+  const UniqueTheme theme(OpenThemeData(window, L"BUTTON"));
+  const HDC screen = GetDC(window), memory = CreateCompatibleDC(screen);
+  const HBITMAP bitmap = CreateCompatibleBitmap(screen, side * count, side);
+  const HGDIOBJ old = SelectObject(memory, bitmap);
+  RECT all{0, 0, side * count, side};
+  FillRect(memory, &all, GetSysColorBrush(COLOR_WINDOW));
+  for (int i = 0; i < count; ++i) {
+    RECT place{i * side, 0, (i + 1) * side, side};
+    InflateRect(&place, -Scale(1, dpi), -Scale(1, dpi));
+    if (theme) {
+      DrawThemeBackground(theme.Get(), memory, BP_CHECKBOX, kBoxes[i].state, &place, nullptr);
+    } else {
+      DrawFrameControl(memory, &place, DFC_BUTTON, kBoxes[i].classic | DFCS_FLAT);
+    }
+  }
+  SelectObject(memory, old);
+  UniqueImages images(ImageList_Create(side, side, ILC_COLOR32, count, 0));
+  ImageList_Add(images.Get(), bitmap, nullptr);
+  DeleteObject(bitmap);
+  DeleteDC(memory);
+  ReleaseDC(window, screen);
+  return images;
+}
 
 void ListView::Attach(HWND list, std::span<const Column> columns, Provider provider) {
   list_ = list;
@@ -27,6 +71,17 @@ void ListView::SetCheckBoxes(IsTicked is_ticked, Toggle toggle) {
   ListView_SetCallbackMask(list_, LVIS_STATEIMAGEMASK);
 }
 
+void ListView::SetBoxes(BoxOf box_of, Toggle toggle) {
+  SetCheckBoxes([](int) { return false; }, std::move(toggle));
+  box_of_ = std::move(box_of);
+}
+
+void ListView::SetMarks(IsMarked is_marked) {
+  SetLooks([is_marked = std::move(is_marked)](int row) {
+    return is_marked(row) ? RowLook::kMarked : RowLook::kPlain;
+  });
+}
+
 void ListView::SetTips(Tip tip) {
   tip_ = std::move(tip);
   ListView_SetExtendedListViewStyleEx(list_, LVS_EX_INFOTIP, LVS_EX_INFOTIP);
@@ -35,6 +90,12 @@ void ListView::SetTips(Tip tip) {
 void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span<const int> icons) {
   for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
     ListView_SetColumnWidth(list_, i, Scale(columns[i].width, dpi));
+  }
+  heading_font_.Reset();
+  if (box_of_) {
+    UniqueImages boxes = MakeBoxImages(list_, dpi);
+    ListView_SetImageList(list_, boxes.Get(), LVSIL_STATE);
+    boxes_ = std::move(boxes);
   }
   if (icons.empty()) return;
   const int side = Scale(16, dpi);
@@ -150,9 +211,15 @@ bool ListView::OnNotify(NMHDR& header, LRESULT* result) {
       return true;
     }
     case NM_CUSTOMDRAW:
-      if (!is_marked_ || !result) return false;
-      *result = Paint(reinterpret_cast<const NMLVCUSTOMDRAW&>(header));
+      if (!look_of_ || !result) return false;
+      *result = Paint(reinterpret_cast<NMLVCUSTOMDRAW&>(header));
       return true;
+    case LVN_ODFINDITEMW: {
+      const auto& find = reinterpret_cast<const NMLVFINDITEMW&>(header);
+      if (!finder_ || !result || !(find.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL))) return false;
+      *result = finder_(find.lvfi.psz, find.iStart);
+      return true;
+    }
     case NM_CLICK:
       return OnClick(reinterpret_cast<const NMITEMACTIVATE&>(header));
     case LVN_KEYDOWN:
@@ -171,16 +238,28 @@ void ListView::Answer(LVITEMW& item) const {
     if (item.mask & LVIF_IMAGE) item.iImage = cell.image;
   }
   if ((item.mask & LVIF_STATE) && is_ticked_) {
-    item.state = INDEXTOSTATEIMAGEMASK(is_ticked_(item.iItem) ? 2 : 1);
+    const Box box = box_of_ ? box_of_(item.iItem) : is_ticked_(item.iItem) ? Box::kOn : Box::kOff;
+    item.state = INDEXTOSTATEIMAGEMASK(static_cast<UINT>(box));
     item.stateMask = LVIS_STATEIMAGEMASK;
   }
 }
 
-LRESULT ListView::Paint(const NMLVCUSTOMDRAW& draw) const {
+LRESULT ListView::Paint(NMLVCUSTOMDRAW& draw) {
   if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
   if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT) return CDRF_DODEFAULT;
-  if (is_marked_(static_cast<int>(draw.nmcd.dwItemSpec))) {
-    const_cast<NMLVCUSTOMDRAW&>(draw).clrText = kMarkedRow;
+  switch (look_of_(static_cast<int>(draw.nmcd.dwItemSpec))) {
+    case RowLook::kMarked:
+      draw.clrText = kMarkedRow;
+      break;
+    case RowLook::kDimmed:
+      draw.clrText = GetSysColor(COLOR_GRAYTEXT);
+      break;
+    case RowLook::kHeading:
+      if (!heading_font_) heading_font_ = BoldFontOf(list_);
+      SelectObject(draw.nmcd.hdc, heading_font_.Get());
+      return CDRF_NEWFONT;
+    case RowLook::kPlain:
+      break;
   }
   return CDRF_DODEFAULT;
 }
@@ -199,6 +278,10 @@ bool ListView::OnClick(const NMITEMACTIVATE& click) {
 void ListView::ToggleSelected() {
   const int focused = ListView_GetNextItem(list_, -1, LVNI_FOCUSED);
   if (focused < 0) return;
+  if (box_of_) {
+    toggle_(focused);
+    return Refresh();
+  }
   const bool ticked = is_ticked_(focused);
   for (const size_t row : SelectedRows()) {
     const int index = static_cast<int>(row);

@@ -21,6 +21,14 @@ struct Cell {
   int image = -1;  // of the images given, from 0; only the first column shows one
 };
 
+// The box before a row, in the order of MakeBoxImages.
+enum class Box { kNone, kOff, kOn, kSome, kDimmedOff, kDimmedOn };
+
+enum class RowLook { kPlain, kMarked, kDimmed, kHeading };
+
+// For the owner of a list with more boxes than ticked and not.
+UniqueImages MakeBoxImages(HWND window, int dpi);
+
 inline constexpr COLORREF kMarkedRow = RGB(255, 0, 0);
 
 // A list in report form whose rows live elsewhere and are asked for when they are shown.
@@ -29,16 +37,25 @@ class ListView {
   using Provider = std::function<Cell(int row, int column)>;
   // Whether a row is ticked, and what a click on its box or the space bar does.
   using IsTicked = std::function<bool(int row)>;
+  using BoxOf = std::function<Box(int row)>;
   using Toggle = std::function<void(int row)>;
   using IsMarked = std::function<bool(int row)>;
+  using LookOf = std::function<RowLook(int row)>;
+  // The row that a typed beginning means, from a row on; -1 for none.
+  using Finder = std::function<int(const wchar_t* begins, int from)>;
   using Tip = std::function<std::wstring(int row)>;
 
   // `list` is an owner-data list view and outlives its use here.
   void Attach(HWND list, std::span<const Column> columns, Provider provider);
   // Each row gets a check box. The space bar toggles all selected rows, as their focused one says.
   void SetCheckBoxes(IsTicked is_ticked, Toggle toggle);
+  // Boxes of all kinds. A row is toggled by itself, whatever else is selected.
+  void SetBoxes(BoxOf box_of, Toggle toggle);
   // Rows whose text is painted in kMarkedRow.
-  void SetMarks(IsMarked is_marked) { is_marked_ = std::move(is_marked); }
+  void SetMarks(IsMarked is_marked);
+  void SetLooks(LookOf look_of) { look_of_ = std::move(look_of); }
+  // Typing selects the row that begins so.
+  void SetFinder(Finder finder) { finder_ = std::move(finder); }
   // A text shown while the mouse rests on a row; "" for none.
   void SetTips(Tip tip);
 
@@ -75,17 +92,20 @@ class ListView {
 
  private:
   void Answer(LVITEMW& item) const;
-  LRESULT Paint(const NMLVCUSTOMDRAW& draw) const;
+  LRESULT Paint(NMLVCUSTOMDRAW& draw);
   bool OnClick(const NMITEMACTIVATE& click);
   void ToggleSelected();
 
   HWND list_ = nullptr;
   Provider provider_;
   IsTicked is_ticked_;
+  BoxOf box_of_;  // null for a list whose boxes are ticked or not
   Toggle toggle_;
-  IsMarked is_marked_;
+  LookOf look_of_;
+  Finder finder_;
   Tip tip_;
-  UniqueImages images_;
+  UniqueImages images_, boxes_;
+  UniqueFont heading_font_;
 };
 
 }  // namespace quellix

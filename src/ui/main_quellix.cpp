@@ -20,7 +20,8 @@ using quellix::StartMode;
 
 void LoadControlClasses() {
   INITCOMMONCONTROLSEX classes{sizeof(classes), ICC_PROGRESS_CLASS | ICC_LISTVIEW_CLASSES |
-                                                    ICC_DATE_CLASSES | ICC_TAB_CLASSES};
+                                                    ICC_DATE_CLASSES | ICC_TAB_CLASSES |
+                                                    ICC_LINK_CLASS};
   InitCommonControlsEx(&classes);
 }
 

@@ -21,6 +21,8 @@ class MenuWindows {
 
   // Opens the window of a menu entry before `owner`; false when the entry opens none.
   bool Open(int entry, HWND owner);
+  // The options that tell how files go.
+  void OpenRemovalOptions(HWND owner) { options_.Show(owner, OptionsPage::kDeletion); }
 
  private:
   Engine& engine_;

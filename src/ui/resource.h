@@ -124,7 +124,7 @@
 #define mnuCopy 411
 #define mnuKeepEntry 412
 
-// The items' boxes in run order: 1000 + Item::run_order.
+// The items' rows in run order: 1000 + Item::run_order.
 #define chkRecycleBin 1001
 #define chkActiveSetup 1002
 #define chkIndexer 1003
@@ -173,8 +173,12 @@
 #define cmdStop 1114
 #define cmdNextTip 1115
 #define tmrClean 1116
-#define tmrSettle 1117
 #define cmdPreview 1118
+#define lblItems 1119
+#define lstvItems 1120
+#define lblItem 1121
+#define txtItem 1122
+#define lnkRemoval 1123
 
 // The log window
 #define txtLog 1201
@@ -195,6 +199,7 @@
 #define cmdKeepEntry 1225
 #define cmdCleanTicked 1226
 #define cmdUndoRun 1227
+#define chkByFolder 1228
 
 // The Backups window
 #define lblArchives 1301

@@ -91,16 +91,20 @@ void RunDisplay::FlushProgress() {
 
 // The focus moves along: a disabled button would swallow the keyboard.
 void RunDisplay::FlushCommands() {
-  const HWND clean = GetDlgItem(window_, cmdClean), stop = GetDlgItem(window_, cmdStop);
-  if (commands_.clean) EnableWindow(clean, TRUE);
+  const HWND stop = GetDlgItem(window_, cmdStop), focus = GetFocus();
   if (commands_.stop) EnableWindow(stop, TRUE);
-  const HWND dead = commands_.clean ? stop : clean;
-  if (GetFocus() == dead) {
-    SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(commands_.clean ? clean : stop),
-                 TRUE);
+  for (const int command : {cmdBackups, cmdPreview, cmdClean}) {
+    const HWND button = GetDlgItem(window_, command);
+    if (!commands_.clean && focus == button) {
+      pressed_ = button;
+      SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(stop), TRUE);
+    }
+    EnableWindow(button, commands_.clean);
   }
-  EnableWindow(clean, commands_.clean);
-  EnableWindow(GetDlgItem(window_, cmdPreview), commands_.clean);
+  if (!commands_.stop && GetFocus() == stop) {
+    const HWND back = pressed_ ? pressed_ : GetDlgItem(window_, cmdClean);
+    SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(back), TRUE);
+  }
   EnableWindow(stop, commands_.stop);
   if (commands_.menus != shown_commands_.menus) EnableMenus(commands_.menus);
   shown_commands_ = commands_;

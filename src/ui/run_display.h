@@ -64,6 +64,7 @@ class RunDisplay : public RunView, public ResultsView {
   HWND Front() const;
 
   HWND window_ = nullptr;
+  HWND pressed_ = nullptr;  // the button that the keyboard was on when the run began
   std::unique_ptr<FrmDeletetion> results_;  // null where no finds are reviewed
   ShowItem show_item_;
   std::string status_, shown_status_;

@@ -21,11 +21,6 @@ class FrmMainTest : public ::testing::Test {
  protected:
   void SetUp() override { ResetSandbox(); }
 
-  static int CountChecked(const QuellixWindow& window, int first, int last) {
-    int count = 0;
-    for (int box = first; box <= last; ++box) count += window.IsChecked(box);
-    return count;
-  }
   static void SeedCheckStates(const std::set<int>& set) {
     WriteBytes(ProgramFolder() / "chkItems.txt", CheckStates(set));
   }
@@ -35,51 +30,75 @@ class FrmMainTest : public ::testing::Test {
     WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nDelMethod=W\r\n");
     WriteBytes(TempFolder() / "large.tmp", std::string(4 << 20, 'x'));
   }
+  static void ClickAt(HWND list, POINT place) {
+    ScreenToClient(list, &place);
+    PostMessageW(list, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(place.x, place.y));
+    PostMessageW(list, WM_LBUTTONUP, 0, MAKELPARAM(place.x, place.y));
+  }
   static bool AwaitRun(const QuellixWindow& window) {
     return Await(
         [&] { return window.IsEnabled(cmdStop) && IsWindowVisible(window.Control(imgCurrent)); });
   }
 };
 
-TEST_F(FrmMainTest, AHeadingChecksItsGroupAndTheBoxBelowEveryItem) {
-  const struct {
-    const char* name;
-    int heading, first, last;   // boxes that belong to the heading
-    std::set<int> all_but_one;  // places in chkItems.txt
-  } kGroups[] = {
-      {"Folders and Files", lblFolderFiles, chkRecycleBin, chkTemp, {1, 2, 3, 4, 6, 7, 10, 11, 12}},
-      {"Miscellaneous", lblMiscellaneous, chkPlugins, chkFindHistory, {5, 19, 20, 21, 23}},
-      {"Internet Explorer", lblInternet, chkCache, chkActiveX, {13, 14, 15, 16, 17}},
-      {"Firefox", lblFirefox, chkCleanMozillaCache, chkCleanMozillaDownloads, {25, 26, 27, 28, 29}},
-  };
-  std::set<int> seeds;
-  for (const auto& group : kGroups)
-    seeds.insert(group.all_but_one.begin(), group.all_but_one.end());
-  SeedCheckStates(seeds);
+// Box images: 1 not ticked, 2 ticked, 3 in part, 4 cannot be ticked.
+TEST_F(FrmMainTest, AHeadingTogglesItsGroupByKeyAndClickAndTheBoxBelowEveryItem) {
+  SeedCheckStates({25, 26, 27, 28, 29});
   const QuellixWindow window;
-  for (const auto& group : kGroups) {
-    SCOPED_TRACE(group.name);
-    const int boxes = group.last - group.first + 1;
-    ASSERT_EQ(CountChecked(window, group.first, group.last), boxes - 1);
-    window.Click(group.heading);
-    EXPECT_EQ(CountChecked(window, group.first, group.last), boxes);
-    window.Click(group.heading);
-    EXPECT_EQ(CountChecked(window, group.first, group.last), 0);
-    for (const WPARAM key : {VK_RETURN, VK_SPACE}) {
-      const int expected = key == VK_RETURN ? boxes : 0;
-      window.PressKey(window.Control(group.heading), key);
-      ASSERT_TRUE(Await([&] { return CountChecked(window, group.first, group.last) == expected; }));
-    }
-  }
-  EXPECT_EQ(CountChecked(window, chkEmptyFiles, chkDeadShortcut), 0);
+  const HWND list = window.Control(lstvItems);
+  EXPECT_EQ(window.BoxOf(lblFirefox), 3);
+  window.Click(lblFirefox);
+  EXPECT_EQ(window.BoxOf(lblFirefox), 2);
+  EXPECT_EQ(window.RowText(list, window.RowOf(lblFirefox), 3), L"6 of 6 ticked");
+  window.Select(lblFirefox);
+  const RECT name = window.PlaceOf(lblFirefox);
+  ClickAt(list, {name.left + 5, (name.top + name.bottom) / 2});
+  EXPECT_TRUE(Await([&] { return window.BoxOf(lblFirefox) == 1; })) << "a click on its name";
+  EXPECT_TRUE(AwaitPart(window.main(), lnkRemoval, L"Nothing is ticked"));
+  EXPECT_EQ(window.BoxOf(chkEmptyFiles), 4);
+  window.Click(chkEmptyFiles);
+  EXPECT_EQ(window.BoxOf(chkEmptyFiles), 4);
   for (const bool checked : {true, false}) {
     window.Click(Check3);
     EXPECT_EQ(window.IsChecked(Check3), checked);
-    for (int box = chkRecycleBin; box <= chkCleanMozillaDownloads; ++box) {
-      EXPECT_EQ(window.IsChecked(box), checked && window.IsEnabled(box))
-          << TextOf(window.Control(box));
-    }
+    EXPECT_EQ(window.IsChecked(chkTemp), checked);
+    EXPECT_FALSE(window.IsChecked(chkEmptyFiles));
   }
+}
+
+TEST_F(FrmMainTest, ThePaneTellsOfTheRowAndAfterALookWhatWasFound) {
+  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nDelMethod=R\r\n");
+  WriteBytes(TempFolder() / "a.tmp", "12345");
+  const QuellixWindow window;
+  const HWND list = window.Control(lstvItems), found = window.Control(lstvRun);
+  EXPECT_TRUE(IsWindowVisible(window.Control(txtTip)));
+  EXPECT_FALSE(IsWindowVisible(window.Control(txtItem)));
+  PressKeys(window.main(), {L'T', L'E'});
+  EXPECT_TRUE(AwaitText(window.main(), lblItem, L"Temporary files")) << "typing finds a row";
+  EXPECT_TRUE(AwaitPart(window.main(), txtItem, L"Everything in your temporary folder"));
+  EXPECT_FALSE(IsWindowVisible(window.Control(txtTip)));
+  EXPECT_FALSE(IsWindowVisible(found));
+  window.Click(chkTemp);
+  window.Click(chkRunMRU);
+  EXPECT_TRUE(AwaitText(window.main(), lnkRemoval, L"2 items, <a>moved to the recycle bin</a>"));
+  window.Press(cmdPreview);
+  const HWND preview = window.AwaitWindow(L"Preview");
+  ASSERT_TRUE(preview);
+  EXPECT_TRUE(CloseAndAwait(preview));
+  EXPECT_EQ(window.RowText(list, window.RowOf(chkTemp), 1), L"5 Bytes");
+  EXPECT_EQ(window.RowText(list, window.RowOf(lblFolderFiles), 2), L"1");
+  EXPECT_TRUE(
+      AwaitText(window.main(), lnkRemoval, L"2 items, 5 Bytes, <a>moved to the recycle bin</a>"));
+  EXPECT_TRUE(IsWindowVisible(found));
+  EXPECT_EQ(CountRows(found), 0) << "of Windows run history";
+  window.Select(chkTemp);
+  EXPECT_TRUE(Await([&] { return CountRows(found) == 1; }));
+  EXPECT_TRUE(window.RowText(found, 0, 0).ends_with(L"a.tmp"));
+  window.Press(cmdClean);
+  EXPECT_TRUE(CloseAndAwait(window.AwaitWindow(L"Cleaning log")));
+  EXPECT_EQ(window.RowText(list, window.RowOf(chkTemp), 1), L"") << "what was found is gone";
+  EXPECT_FALSE(IsWindowVisible(found));
+  EXPECT_TRUE(AwaitPart(window.main(), txtItem, L"Cleaned last: "));
 }
 
 // A file lies where the backup folder should be.
@@ -110,12 +129,16 @@ TEST_F(FrmMainTest, OneItemMenuCleansAnUncheckedItem) {
   for (const bool by_keyboard : {false, true}) {
     SCOPED_TRACE(by_keyboard ? "keyboard" : "mouse");
     WriteBytes(TempFolder() / "a.tmp", "12345");
+    const HWND list = window.Control(lstvItems);
+    window.Select(by_keyboard ? chkTemp : chkRunMRU);
+    const RECT row = window.PlaceOf(chkTemp);
+    POINT place{row.left + 5, (row.top + row.bottom) / 2};
     if (by_keyboard) {
-      PostMessageW(window.main(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window.Control(chkTemp)),
-                   -1);
+      PostMessageW(window.main(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(list), -1);
     } else {
-      PostMessageW(window.Control(chkTemp), WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(5, 5));
-      PostMessageW(window.Control(chkTemp), WM_RBUTTONUP, 0, MAKELPARAM(5, 5));
+      ScreenToClient(list, &place);
+      PostMessageW(list, WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(place.x, place.y));
+      PostMessageW(list, WM_RBUTTONUP, 0, MAKELPARAM(place.x, place.y));
     }
     ASSERT_TRUE(window.AwaitMenu());
     window.PressKey(window.main(), VK_DOWN);
@@ -133,12 +156,13 @@ TEST_F(FrmMainTest, NothingButStopActsDuringARun) {
   ASSERT_TRUE(AwaitRun(window));
   EXPECT_FALSE(window.IsEnabled(cmdClean));
   EXPECT_TRUE(IsWindowVisible(window.Control(pgClean)));
-  RECT picture, box;
+  RECT picture;
   GetWindowRect(window.Control(imgCurrent), &picture);
-  GetWindowRect(window.Control(chkTemp), &box);
+  const RECT box = window.PlaceOf(chkTemp);
   EXPECT_TRUE(picture.right <= box.left && picture.top < box.bottom && picture.bottom > box.top);
   for (const int id : {chkTemp, chkRunMRU, Check3, lblMiscellaneous}) window.Click(id);
-  EXPECT_EQ(CountChecked(window, chkRecycleBin, chkCleanMozillaDownloads), 1);
+  EXPECT_TRUE(window.IsChecked(chkTemp));
+  EXPECT_FALSE(window.IsChecked(chkRunMRU) || window.IsChecked(chkRecycleBin));
   EXPECT_TRUE(window.RightClick(chkRunMRU));
   SendMessageW(window.main(), WM_COMMAND, mnuBackups, 0);
   EXPECT_FALSE(window.HasWindow(L"Backups"));
@@ -167,7 +191,7 @@ TEST_F(FrmMainTest, ClosingStoresTheBoxesOrTellsOnceThatItCannot) {
   EXPECT_EQ(ReadBytes(path), CheckStates({1, 22}));
   const QuellixWindow again;
   EXPECT_TRUE(again.IsChecked(chkRecycleBin) && again.IsChecked(chkTemp));
-  EXPECT_EQ(CountChecked(again, chkRecycleBin, chkCleanMozillaDownloads), 2);
+  EXPECT_EQ(again.RowText(again.Control(lstvItems), again.RowOf(lblFolderFiles), 3).front(), L'2');
   again.Click(chkRecycleBin);
   const HANDLE lock =
       CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);

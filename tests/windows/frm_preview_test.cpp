@@ -94,7 +94,7 @@ TEST_F(FrmPreviewTest, CleanAsksFirstAndShowsWhatGoes) {
   EXPECT_TRUE(AwaitGone(preview));
   // A letter by itself starts nothing.
   for (const wchar_t letter : {L'c', L'v', L's'}) {
-    PostMessageW(window.Control(chkRunMRU), WM_CHAR, static_cast<WPARAM>(letter), 0);
+    PostMessageW(window.Control(lstvItems), WM_CHAR, static_cast<WPARAM>(letter), 0);
   }
   SendMessageW(window.main(), WM_NULL, 0, 0);
   EXPECT_FALSE(window.HasWindow(L"Preview"));

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <span>
 #include <stdexcept>
 
 #include <commctrl.h>
@@ -223,8 +225,88 @@ bool QuellixWindow::Close() const {
   return AwaitEnd();
 }
 
+namespace {
+
+struct RowName {
+  int id;
+  const wchar_t* text;
+};
+// In the order of the list: "Cookies" and the like stand in two groups.
+constexpr RowName kHeadings[] = {{lblFolderFiles, L"Folders and Files"},
+                                 {lblMiscellaneous, L"Miscellaneous"},
+                                 {lblInternet, L"Internet Explorer"},
+                                 {lblFirefox, L"Firefox"}};
+constexpr RowName kItems[] = {
+    {chkRecycleBin, L"Recycle Bin"},
+    {chkUnNecessaryFiles, L"Unnecessary files"},
+    {chkTemp, L"Temporary files"},
+    {chkEmptyFiles, L"Empty (zero-byte) files"},
+    {chkDeadShortcut, L"Dead (shortcut) links"},
+    {chkRunMRU, L"Windows run history"},
+    {chkCookies, L"Cookies"},
+    {chkCleanMozillaCookies, L"Cookies"},
+};
+
+bool IsItem(int id) { return id >= chkRecycleBin && id <= lblFirefox; }
+
+// The heading before an item.
+int HeadingOf(int id) {
+  return id <= chkDeadShortcut  ? lblFolderFiles
+         : id <= chkFindHistory ? lblMiscellaneous
+         : id <= chkActiveX     ? lblInternet
+                                : lblFirefox;
+}
+
+}  // namespace
+
+int QuellixWindow::RowOf(int id) const {
+  const HWND list = Control(lstvItems);
+  const auto find = [&](std::span<const RowName> names, int wanted, int from) {
+    const auto name = std::ranges::find(names, wanted, &RowName::id);
+    for (int row = from; name != names.end() && row < CountRows(list); ++row) {
+      if (RowText(list, row, 0) == name->text) return row;
+    }
+    return -1;
+  };
+  if (id >= lblFolderFiles) return find(kHeadings, id, 0);
+  return find(kItems, id, find(kHeadings, HeadingOf(id), 0));
+}
+
+int QuellixWindow::BoxOf(int id) const {
+  const LRESULT state = SendMessageW(Control(lstvItems), LVM_GETITEMSTATE,
+                                     static_cast<WPARAM>(RowOf(id)), LVIS_STATEIMAGEMASK);
+  return static_cast<int>(state >> 12) & 15;
+}
+
 bool QuellixWindow::IsChecked(int id) const {
-  return SendMessageW(Control(id), BM_GETCHECK, 0, 0) == BST_CHECKED;
+  if (!IsItem(id)) return SendMessageW(Control(id), BM_GETCHECK, 0, 0) == BST_CHECKED;
+  return BoxOf(id) == 2 || BoxOf(id) == 5;
+}
+
+bool QuellixWindow::IsEnabled(int id) const {
+  return IsItem(id) ? BoxOf(id) <= 3 : IsWindowEnabled(Control(id)) != FALSE;
+}
+
+void QuellixWindow::Select(int id) const {
+  const HWND list = AwaitControl(lstvItems);
+  LVITEMW item{};
+  item.stateMask = item.state = LVIS_SELECTED | LVIS_FOCUSED;
+  Exchange(list, LVM_SETITEMSTATE, static_cast<WPARAM>(RowOf(id)), &item, sizeof item);
+  SendMessageW(list, LVM_ENSUREVISIBLE, static_cast<WPARAM>(RowOf(id)), FALSE);
+}
+
+void QuellixWindow::Click(int id) const {
+  if (!IsItem(id)) return void(SendMessageW(AwaitControl(id), BM_CLICK, 0, 0));
+  Select(id);
+  PressKey(Control(lstvItems), VK_SPACE);
+}
+
+RECT QuellixWindow::PlaceOf(int id) const {
+  const HWND list = Control(lstvItems);
+  RECT place{LVIR_LABEL, 0, 0, 0};
+  Exchange(list, LVM_GETITEMRECT, static_cast<WPARAM>(RowOf(id)), &place, sizeof place);
+  MapWindowPoints(list, nullptr, reinterpret_cast<POINT*>(&place), 2);
+  return place;
 }
 
 HWND QuellixWindow::AwaitControl(int id) const { return test::AwaitControl(main_, id); }
@@ -248,10 +330,13 @@ bool QuellixWindow::Answer(std::wstring_view part, int button) const {
 }
 
 bool QuellixWindow::RightClick(int id) const {
+  const HWND list = Control(lstvItems);
+  Select(id);
+  const RECT row = PlaceOf(id);
   DWORD_PTR result;
-  const LPARAM middle = MAKELPARAM(5, 5);
-  SendMessageW(Control(id), WM_RBUTTONDOWN, MK_RBUTTON, middle);
-  return SendMessageTimeoutW(Control(id), WM_RBUTTONUP, 0, middle, SMTO_NORMAL, 2000, &result) != 0;
+  return SendMessageTimeoutW(list, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(list),
+                             MAKELPARAM(row.left + 5, row.top + 5), SMTO_NORMAL, 2000,
+                             &result) != 0;
 }
 
 std::wstring TextOf(HWND control) {
@@ -404,6 +489,18 @@ bool IsRowTicked(HWND list, int row) {
   return (state & LVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2);
 }
 
+LRESULT QuellixWindow::Exchange(HWND control, UINT message, WPARAM wparam, void* bytes,
+                                size_t size) const {
+  const HANDLE process = process_.hProcess;
+  void* const there =
+      VirtualAllocEx(process, nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+  WriteProcessMemory(process, there, bytes, size, nullptr);
+  const LRESULT result = SendMessageW(control, message, wparam, reinterpret_cast<LPARAM>(there));
+  ReadProcessMemory(process, there, bytes, size, nullptr);
+  VirtualFreeEx(process, there, 0, MEM_RELEASE);
+  return result;
+}
+
 // A list view reads the question and writes the answer in its own process.
 std::wstring QuellixWindow::RowText(HWND list, int row, int column) const {
   constexpr size_t kSize = 4096;
@@ -423,13 +520,8 @@ std::wstring QuellixWindow::RowText(HWND list, int row, int column) const {
 }
 
 void QuellixWindow::SelectFolder(HWND browser, const std::wstring& path) const {
-  const HANDLE process = process_.hProcess;
-  const size_t size = (path.size() + 1) * sizeof(wchar_t);
-  void* const there =
-      VirtualAllocEx(process, nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
-  WriteProcessMemory(process, there, path.c_str(), size, nullptr);
-  SendMessageW(browser, BFFM_SETSELECTIONW, TRUE, reinterpret_cast<LPARAM>(there));
-  VirtualFreeEx(process, there, 0, MEM_RELEASE);
+  std::wstring text = path;
+  Exchange(browser, BFFM_SETSELECTIONW, TRUE, text.data(), (text.size() + 1) * sizeof(wchar_t));
 }
 
 }  // namespace quellix::test

@@ -76,20 +76,30 @@ class QuellixWindow : public QuellixProcess {
   bool Close() const;
 
   HWND Control(int id) const { return GetDlgItem(main_, id); }
+  // An item, by the number of its row, is ticked and is told apart as what cannot be.
   bool IsChecked(int id) const;
-  bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
+  bool IsEnabled(int id) const;
   // Answers a message that shows `part`; false when none appears.
   bool Answer(std::wstring_view part, int button) const;
   // What follows waits until the control and its window take input.
   HWND AwaitControl(int id) const;
-  // Clicks a control and returns when its effect is there.
-  void Click(int id) const { SendMessageW(AwaitControl(id), BM_CLICK, 0, 0); }
+  // Clicks a control, or the box of an item or of a group's heading, and returns when its effect is
+  // there.
+  void Click(int id) const;
+  // The row of an item or of a heading in the list of items; -1 when it is folded away.
+  int RowOf(int id) const;
+  // Selects that row.
+  void Select(int id) const;
+  // The state image of a row: 0 none, 1 not ticked, 2 ticked, 3 in part, 4 and 5 dimmed.
+  int BoxOf(int id) const;
   // Clicks a control that starts something longer; returns when that has begun.
   void Press(int id) const { test::Press(AwaitControl(id)); }
   // An entry of the main window's menu.
   void Choose(int entry) const;
   void PressKey(HWND control, WPARAM key) const;
-  // The right button over a control; false when the program does not answer, as with an open menu.
+  // Where an item's row stands on the screen.
+  RECT PlaceOf(int id) const;
+  // The right button over an item; false when the program does not answer, as with an open menu.
   bool RightClick(int id) const;
   std::wstring RowText(HWND list, int row, int column) const;
   // Chooses a folder in the system's dialog for folders.
@@ -97,6 +107,8 @@ class QuellixWindow : public QuellixProcess {
 
  private:
   HWND Find(std::wstring_view title, std::wstring_view window_class) const;
+  // Sends a message whose parameter points to `bytes`, which are copied to the program and back.
+  LRESULT Exchange(HWND control, UINT message, WPARAM wparam, void* bytes, size_t size) const;
 
   HWND main_ = nullptr;
 };

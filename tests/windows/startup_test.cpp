@@ -242,7 +242,8 @@ TEST_F(StartupTest, ARunThatIsDueWaitsForWindowsAndMenus) {
   ASSERT_TRUE(Await(is_next_minute) || Await(is_next_minute));
   EXPECT_TRUE(tick() && HasJunk());
   SendMessageW(backups, WM_CLOSE, 0, 0);
-  PostMessageW(window.main(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window.Control(chkTemp)),
+  window.Select(chkTemp);
+  PostMessageW(window.main(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window.Control(lstvItems)),
                -1);
   ASSERT_TRUE(window.AwaitMenu());
   EXPECT_TRUE(tick() && HasJunk());

@@ -1,0 +1,49 @@
+#include "ui/item_pane.h"
+
+#include "ui/resource.h"
+
+namespace quellix {
+namespace {
+
+constexpr int kPlaceWidth = 190;  // 96-DPI units
+
+}  // namespace
+
+void ItemPane::Attach() { entries_.Attach(window_.window(), kPlaceWidth); }
+
+void ItemPane::Reveal(std::initializer_list<int> controls, bool shown) const {
+  for (const int control : controls) {
+    ShowWindow(window_.Control(control), shown ? SW_SHOWNA : SW_HIDE);
+  }
+}
+
+void ItemPane::NextTip(bool wanted) {
+  tip_ = wanted ? tips_.Next() : "";
+  window_.SetText(txtTip, tip_);
+  Reveal({lblTip, txtTip, cmdNextTip}, !has_row_ && !tip_.empty());
+}
+
+void ItemPane::Show(const ItemList& list, std::optional<size_t> row) {
+  has_row_ = row.has_value();
+  items_ = row ? std::optional(list.ItemsOf(*row)) : std::nullopt;
+  if (row) {
+    window_.SetText(lblItem, list.Text(*row, ItemColumn::kName));
+    window_.SetText(txtItem, list.Details(*row));
+    InvalidateRect(window_.Control(lblItem), nullptr, TRUE);
+  }
+  Reveal({lblItem, txtItem}, has_row_);
+  Reveal({lblTip, txtTip, cmdNextTip}, !has_row_ && !tip_.empty());
+  if (found_) entries_.ShowItems(items_);
+}
+
+void ItemPane::ShowEntries(std::shared_ptr<const RunEntries> found) {
+  if (found != nullptr && found == found_) return entries_.Grow();
+  found_ = std::move(found);
+  if (found_) {
+    entries_.Show(found_, EntryView::Kind::kFound);
+    entries_.ShowItems(items_);
+  }
+  Reveal({lblRunSummary, lstvRun}, found_ != nullptr);
+}
+
+}  // namespace quellix

@@ -1,0 +1,150 @@
+#include "ui/item_view.h"
+
+#include "platform/win32/win32_text.h"
+#include "ui/dpi.h"
+#include "ui/resource.h"
+
+namespace quellix {
+namespace {
+
+constexpr Column kColumns[kItemColumns] = {
+    {L"Item", 196}, {L"Size", 72, true}, {L"Files", 48, true}, {L"Note", 86}};
+constexpr int kNote = static_cast<int>(ItemColumn::kNote);
+
+}  // namespace
+
+void ItemView::Attach(HWND window) {
+  window_ = window;
+  control_ = GetDlgItem(window, lstvItems);
+  list_.emplace(machine_, selection_);
+  view_.Attach(control_, kColumns, [this](int row, int column) {
+    return Cell{Wide(list_->Text(static_cast<size_t>(row), ItemColumn(column)))};
+  });
+  view_.SetBoxes([this](int row) { return BoxOf(row); }, [this](int row) { Toggle(row); });
+  view_.SetLooks([this](int row) { return LookOf(row); });
+  view_.SetFinder([this](const wchar_t* begins, int from) {
+    const std::optional<size_t> row = list_->Find(Narrow(begins), static_cast<size_t>(from));
+    return row ? static_cast<int>(*row) : -1;
+  });
+  view_.SetTips(
+      [this](int row) { return Wide(list_->Text(static_cast<size_t>(row), ItemColumn::kNote)); });
+  view_.SetRows(static_cast<int>(list_->RowCount()));
+  ListView_SetItemState(control_, 0, LVIS_FOCUSED, LVIS_FOCUSED);
+}
+
+void ItemView::OnResolution(int dpi) { view_.SetResolution(dpi, kColumns, {}); }
+
+void ItemView::OnSized(int dpi) { view_.FillWith(kNote, Scale(kColumns[kNote].width, dpi)); }
+
+Box ItemView::BoxOf(int row) const {
+  const auto index = static_cast<size_t>(row);
+  const std::optional<Ticks> ticks = list_->TicksOf(index);
+  if (!ticks) return Box::kNone;
+  const Item* const item = list_->At(index).item;
+  if (item != nullptr && !selection_.IsEnabled(*item)) {
+    return *ticks == Ticks::kAll ? Box::kDimmedOn : Box::kDimmedOff;
+  }
+  return *ticks == Ticks::kAll ? Box::kOn : *ticks == Ticks::kSome ? Box::kSome : Box::kOff;
+}
+
+RowLook ItemView::LookOf(int row) const {
+  const auto index = static_cast<size_t>(row);
+  if (list_->At(index).IsHeading()) return RowLook::kHeading;
+  return list_->IsDimmed(index) ? RowLook::kDimmed : RowLook::kPlain;
+}
+
+// The row that was selected stays so wherever it goes.
+void ItemView::Refresh() {
+  const std::optional<size_t> selected = Selected();
+  const std::optional<ItemList::Row> row =
+      selected ? std::optional(list_->At(*selected)) : std::nullopt;
+  list_->Refresh();
+  view_.SetRows(static_cast<int>(list_->RowCount()));
+  for (size_t i = 0; row && i < list_->RowCount(); ++i) {
+    const ItemList::Row& at = list_->At(i);
+    if (at.group == row->group && at.item == row->item && at.IsHeading() == row->IsHeading()) {
+      return view_.Select(i);
+    }
+  }
+}
+
+std::optional<size_t> ItemView::Selected() const {
+  const int row = ListView_GetNextItem(control_, -1, LVNI_SELECTED);
+  if (row < 0 || static_cast<size_t>(row) >= list_->RowCount()) return std::nullopt;
+  return static_cast<size_t>(row);
+}
+
+RECT ItemView::Show(const Item& item) {
+  const std::optional<size_t> row = list_->RowOf(item);
+  RECT place{};
+  if (!row) return place;
+  ListView_EnsureVisible(control_, static_cast<int>(*row), FALSE);
+  ListView_GetItemRect(control_, static_cast<int>(*row), &place, LVIR_BOUNDS);
+  MapWindowPoints(control_, window_, reinterpret_cast<POINT*>(&place), 2);
+  return place;
+}
+
+void ItemView::Toggle(int row) {
+  if (!may_change()) return;
+  list_->Toggle(static_cast<size_t>(row));
+  Refresh();
+  on_ticks();
+}
+
+void ItemView::ToggleAll() {
+  const bool checked = IsDlgButtonChecked(window_, Check3) != BST_CHECKED;
+  CheckDlgButton(window_, Check3, checked ? BST_CHECKED : BST_UNCHECKED);
+  selection_.SelectAll(checked);
+  Refresh();
+  on_ticks();
+}
+
+// The name of a group toggles it, and a fold opens wherever it is clicked.
+void ItemView::OnClick(const NMITEMACTIVATE& click) {
+  if (click.iItem < 0 || list_->At(static_cast<size_t>(click.iItem)).item != nullptr) return;
+  Toggle(click.iItem);
+}
+
+// As in a tree: to the right what is folded away appears, to the left it goes.
+void ItemView::Fold(WORD key) {
+  const int row = view_.FocusedRow();
+  if (row < 0) return;
+  list_->SetFolded(list_->At(static_cast<size_t>(row)).group, key == VK_LEFT);
+  Refresh();
+}
+
+bool ItemView::OnNotify(NMHDR& header, LRESULT& result) {
+  if (header.idFrom != lstvItems || !list_) return false;
+  const bool is_answered = view_.OnNotify(header, &result);
+  switch (header.code) {
+    case NM_CLICK:
+      if (!is_answered) OnClick(reinterpret_cast<const NMITEMACTIVATE&>(header));
+      return true;
+    case LVN_COLUMNCLICK: {
+      const int column = reinterpret_cast<const NMLISTVIEW&>(header).iSubItem;
+      list_->Sort(ItemColumn(column));
+      Refresh();
+      view_.ShowOrder(column, list_->is_descending());
+      return true;
+    }
+    case LVN_KEYDOWN: {
+      const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
+      if (key == VK_LEFT || key == VK_RIGHT) Fold(key);
+      return true;
+    }
+    case LVN_ITEMCHANGED:
+      on_selected();
+      return true;
+    default:
+      return true;
+  }
+}
+
+const Item* ItemView::ItemForMenu(HWND control, POINT& screen) const {
+  if (control != control_) return nullptr;
+  const std::optional<size_t> row = Selected();
+  screen = view_.MenuPlace(screen);
+  return row ? list_->At(*row).item : nullptr;
+}
+
+}  // namespace quellix

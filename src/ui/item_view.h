@@ -1,0 +1,57 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "app/item_list.h"
+#include "ui/list_view.h"
+
+namespace quellix {
+
+// The main window's list of all that can be cleaned: lstvItems and the box for all, Check3. It only
+// shows the engine's selection: a click changes that, and it follows.
+class ItemView {
+ public:
+  ItemView(const Machine& machine, Selection& selection)
+      : machine_(machine), selection_(selection) {}
+
+  // Whether a click may change anything now.
+  std::function<bool()> may_change;
+  // Called when ticks have changed, and when another row is selected.
+  std::function<void()> on_ticks, on_selected;
+
+  void Attach(HWND window);
+  void OnResolution(int dpi);
+  void OnSized(int dpi);
+  ItemList& list() { return *list_; }
+  // Shows ticks, settings and what was found anew; rows may have moved.
+  void Refresh();
+  // The same while rows stay where they are.
+  void Repaint() const { view_.Refresh(); }
+  // The row that the pane tells of; nothing without one.
+  std::optional<size_t> Selected() const;
+  // Brings an item into view; where its row then stands in the window. Empty for one that is folded
+  // away.
+  RECT Show(const Item& item);
+
+  void ToggleAll();
+  bool OnNotify(NMHDR& header, LRESULT& result);
+  // The item whose menu is asked for at `screen`, which is moved to the row when the keyboard
+  // asks; null for none.
+  const Item* ItemForMenu(HWND control, POINT& screen) const;
+
+ private:
+  Box BoxOf(int row) const;
+  RowLook LookOf(int row) const;
+  void Toggle(int row);
+  void OnClick(const NMITEMACTIVATE& click);
+  void Fold(WORD key);
+
+  Machine machine_;
+  Selection& selection_;
+  HWND window_ = nullptr, control_ = nullptr;
+  std::optional<ItemList> list_;
+  ListView view_;
+};
+
+}  // namespace quellix
