@@ -40,11 +40,6 @@ std::string NoteText(const RunEntries& entries, const RunEntry& entry, bool is_p
   return note;
 }
 
-template <typename Number>
-int CompareNumbers(Number a, Number b) {
-  return a < b ? -1 : b < a ? 1 : 0;
-}
-
 // What an entry lies in: its folder, its key, or of what lies in none its kind.
 RunEntry PlaceAround(const RunEntry& entry) {
   const bool is_value = entry.kind == EntryKind::kRegistryValue;
@@ -74,14 +69,11 @@ void EntryList::Grow() {
   const Index known = static_cast<Index>(unticked_.size());
   unticked_.resize(entries_->all.size());
   if (is_grouped_) return List();
-  const auto shown = static_cast<std::ptrdiff_t>(view_.size());
+  const size_t shown = view_.size();
   for (Index entry = known; entry < unticked_.size(); ++entry) {
     if (PassesFilter(entry)) view_.push_back(entry);
   }
-  if (!order_) return;
-  Order(view_.begin() + shown);
-  std::inplace_merge(view_.begin(), view_.begin() + shown, view_.end(),
-                     [this](Index a, Index b) { return Precedes(a, b); });
+  if (order_) SortView(shown);
 }
 
 void EntryList::List() {
@@ -90,12 +82,13 @@ void EntryList::List() {
   for (Index entry = 0; entry < unticked_.size(); ++entry) {
     if (PassesFilter(entry)) view_.push_back(entry);
   }
-  if (order_) Order(view_.begin());
+  if (order_) SortView(0);
   if (is_grouped_) AddHeadings();
 }
 
-void EntryList::Order(std::vector<Index>::iterator begin) {
-  std::stable_sort(begin, view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+void EntryList::SortView(size_t sorted) {
+  SortRows(view_, sorted, order_->descending,
+           [this](Index a, Index b) { return Compare(entries_->all[a], entries_->all[b]); });
 }
 
 // By name; those of one heading stay in their order.
@@ -192,16 +185,10 @@ int EntryList::Compare(const RunEntry& a, const RunEntry& b) const {
   return CompareNoCase(NoteText(*entries_, a, is_preview_), NoteText(*entries_, b, is_preview_));
 }
 
-bool EntryList::Precedes(Index a, Index b) const {
-  const int order = Compare(entries_->all[a], entries_->all[b]);
-  return order_->descending ? order > 0 : order < 0;
-}
-
 void EntryList::Sort(RunColumn column) {
-  const bool again = order_ && order_->column == column;
-  order_ = Sorting{column, again && !order_->descending};
+  TurnOrder(order_, column);
   if (is_grouped_) return List();
-  Order(view_.begin());
+  SortView(0);
 }
 
 bool EntryList::IsOfItems(const RunEntry& entry) const {

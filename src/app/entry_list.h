@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/system.h"
+#include "run/row_order.h"
 #include "run/run_choice.h"
 #include "run/run_entries.h"
 
@@ -20,11 +21,6 @@ inline constexpr size_t kRunColumns = 7;
 // what is shown.
 class EntryList {
  public:
-  struct Sorting {
-    RunColumn column;
-    bool descending = false;
-  };
-
   // `system` must outlive it. In a preview what is removed is told as what would be.
   EntryList(System& system, std::shared_ptr<const RunEntries> entries, bool is_preview);
 
@@ -39,7 +35,7 @@ class EntryList {
   // By what the column means; the same column again turns it around. Rows that are equal stay in
   // their order.
   void Sort(RunColumn column);
-  const std::optional<Sorting>& order() const { return order_; }
+  const std::optional<RowOrder<RunColumn>>& order() const { return order_; }
   // Shows the rows whose place, rule or note holds `text` in any case; "" all.
   void SetFilter(std::string_view text);
   // Shows only what these items name, by run order from 0; nothing: whatever names it.
@@ -76,14 +72,13 @@ class EntryList {
   };
 
   void List();
-  void Order(std::vector<Index>::iterator begin);
+  void SortView(size_t sorted);
   void AddHeadings();
   std::string HeadingText(size_t row, RunColumn column) const;
   // The rows below a heading: from the first to one behind the last.
   std::pair<size_t, size_t> Below(size_t row) const;
   bool IsOfItems(const RunEntry& entry) const;
   bool PassesFilter(Index entry) const;
-  bool Precedes(Index a, Index b) const;
   int Compare(const RunEntry& a, const RunEntry& b) const;
   std::string_view ItemText(const RunEntry& entry) const;
 
@@ -92,7 +87,7 @@ class EntryList {
   bool is_preview_;
   std::vector<bool> unticked_;  // by entry
   std::vector<Index> view_;
-  std::optional<Sorting> order_;
+  std::optional<RowOrder<RunColumn>> order_;
   std::string filter_;  // in upper case
   std::optional<std::array<bool, 30>> items_;
   bool is_grouped_ = false;

@@ -6,12 +6,11 @@
 
 #include "backup/backup_names.h"
 #include "platform/error.h"
+#include "platform/filetime.h"
 #include "platform/text.h"
 
 namespace quellix {
 namespace {
-
-constexpr int64_t kFiletimesADay = 864'000'000'000;
 
 bool IsOurs(std::string_view name) {
   return IsArchiveName(name) || (MatchesMask(name, "R_*.reg") && DateOfArchive(name));

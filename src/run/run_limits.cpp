@@ -1,14 +1,10 @@
 #include "run/run_limits.h"
 
+#include "platform/filetime.h"
 #include "run/stayed.h"
 #include "run/working_folder.h"
 
 namespace quellix {
-namespace {
-
-constexpr int64_t kFiletimesADay = 864'000'000'000;
-
-}  // namespace
 
 RunLimits::RunLimits(CleaningContext& context) : context_(context), keep_(KeepOf(context)) {
   const int64_t days = context.state.OlderThanDays;

@@ -10,11 +10,6 @@
 namespace quellix {
 namespace {
 
-template <typename Number>
-int CompareNumbers(Number a, Number b) {
-  return a < b ? -1 : b < a ? 1 : 0;
-}
-
 size_t PlaceOf(JunkKind kind) { return static_cast<size_t>(kind) - 1; }
 
 constexpr std::string_view kLogCaptions[] = {"Unnecessary files....", "Empty (zero-byte) files....",
@@ -36,17 +31,12 @@ void SearchResults::Add(ResultRow row) {
 }
 
 bool SearchResults::TakeNew() {
-  const auto shown = static_cast<std::ptrdiff_t>(view_.size());
+  const size_t shown = view_.size();
   for (; taken_ < finds_.size(); ++taken_) {
     if (PassesFilter(static_cast<Index>(taken_))) view_.push_back(static_cast<Index>(taken_));
   }
-  if (view_.size() == static_cast<size_t>(shown)) return false;
-  if (order_) {
-    RankFolders();
-    const auto precedes = [this](Index a, Index b) { return Precedes(a, b); };
-    std::stable_sort(view_.begin() + shown, view_.end(), precedes);
-    std::inplace_merge(view_.begin(), view_.begin() + shown, view_.end(), precedes);
-  }
+  if (view_.size() == shown) return false;
+  if (order_) SortView(shown);
   return true;
 }
 
@@ -102,9 +92,9 @@ std::string SearchResults::FailureReason(size_t row) const {
   return failure == failures_.end() ? std::string() : failure->second;
 }
 
-int SearchResults::Compare(Index a, Index b, ResultColumn column) const {
+int SearchResults::Compare(Index a, Index b) const {
   const Find &x = finds_[a], &y = finds_[b];
-  switch (column) {
+  switch (order_->column) {
     case ResultColumn::kName:
       return CompareNoCase(names_[a], names_[b]);
     case ResultColumn::kBytes:
@@ -123,20 +113,14 @@ int SearchResults::Compare(Index a, Index b, ResultColumn column) const {
   return CategoryText(x.kind).compare(CategoryText(y.kind));
 }
 
-bool SearchResults::Precedes(Index a, Index b) const {
-  const int order = Compare(a, b, order_->column);
-  return order_->descending ? order > 0 : order < 0;
-}
-
 void SearchResults::Sort(ResultColumn column) {
-  const bool again = order_ && order_->column == column;
-  order_ = Order{column, again && !order_->descending};
-  SortView();
+  TurnOrder(order_, column);
+  SortView(0);
 }
 
-void SearchResults::SortView() {
+void SearchResults::SortView(size_t sorted) {
   RankFolders();
-  std::stable_sort(view_.begin(), view_.end(), [this](Index a, Index b) { return Precedes(a, b); });
+  SortRows(view_, sorted, order_->descending, [this](Index a, Index b) { return Compare(a, b); });
 }
 
 // Many finds share a folder, so paths are compared once for each folder.
@@ -170,7 +154,7 @@ void SearchResults::SetFilter(std::string_view text) {
     const bool is_gone = find < gone_.size() && gone_[find];
     if (!is_gone && PassesFilter(find)) view_.push_back(find);
   }
-  if (order_) SortView();
+  if (order_) SortView(0);
 }
 
 void SearchResults::DeleteTicked() {

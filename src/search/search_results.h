@@ -10,6 +10,7 @@
 
 #include "run/context.h"
 #include "run/path_list.h"
+#include "run/row_order.h"
 #include "search/junk_search.h"
 
 namespace quellix {
@@ -24,11 +25,6 @@ inline constexpr size_t kResultColumns = 7;
 // shown from the next TakeNew on. What a filter hides is neither ticked nor deleted by any command.
 class SearchResults : public ResultSink {
  public:
-  struct Order {
-    ResultColumn column;
-    bool descending = false;
-  };
-
   // The context must outlive it. A search is running.
   explicit SearchResults(CleaningContext& context) : context_(context) {}
 
@@ -54,7 +50,7 @@ class SearchResults : public ResultSink {
   // By what the column means: numbers, times, texts without regard to case. Rows that are equal
   // stay in their order; the same column again turns it around.
   void Sort(ResultColumn column);
-  const std::optional<Order>& order() const { return order_; }
+  const std::optional<RowOrder<ResultColumn>>& order() const { return order_; }
   // Shows the rows whose path holds `text` in any case, and new ones as they come; "" all.
   void SetFilter(std::string_view text);
 
@@ -93,9 +89,8 @@ class SearchResults : public ResultSink {
 
   std::string_view Folder(Index find) const { return folders_[finds_[find].folder]; }
   std::string_view Extension(Index find) const;
-  bool Precedes(Index a, Index b) const;
-  int Compare(Index a, Index b, ResultColumn column) const;
-  void SortView();
+  int Compare(Index a, Index b) const;
+  void SortView(size_t sorted);
   void RankFolders();
   bool PassesFilter(Index find);
   void Delete(const std::vector<Index>& finds);
@@ -110,7 +105,7 @@ class SearchResults : public ResultSink {
   size_t left_ = 0;   // finds that are not deleted
   std::map<Index, std::string> failures_;
   std::vector<bool> gone_;
-  std::optional<Order> order_;
+  std::optional<RowOrder<ResultColumn>> order_;
   std::string filter_;      // in upper case
   std::string upper_path_;  // of the find that was filtered last
   std::array<Total, 3> totals_;

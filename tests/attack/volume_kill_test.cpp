@@ -1,7 +1,4 @@
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <map>
 
 #include "attack/volume_traced_run.h"
 #include "cli/console_fixture.h"
@@ -17,25 +14,27 @@ namespace fs = std::filesystem;
 const std::string kMru = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU";
 
 // Runs that are killed somewhere between their changes.
-class Kill : public testing::Test {
- protected:
+struct Kill : testing::Test {
   void Seed() {
     for (int i = 0; i < 12; ++i) {
       const std::string name = "file " + std::to_string(i) + ".tmp";
       contents_[name] = name + std::string(static_cast<size_t>(i) * 1000, 'x');
-      test_->MakeFile(temp_ + "Sub " + std::to_string(i % 3) + "\\" + name, contents_[name]);
+      // The second half is another item's, which goes on with the archive of the first.
+      const std::string folder = i < 6 ? temp_ + "Sub " + std::to_string(i % 3) : mine_;
+      test_->MakeFile(folder + "\\" + name, contents_[name]);
     }
+    test_->MakeFile(test_->machine().program_folder + "\\UDFO.txt", mine_);
     test_->SetText(RegistryRoot::kCurrentUser, kMru, "MRUList", "a");
     test_->SetText(RegistryRoot::kCurrentUser, kMru, "a", "cmd\\1");
     test_->CloseHives();
   }
-  std::vector<std::string> Arguments(std::vector<std::string> command) {
-    for (const std::string& more : MachineArguments(*test_)) command.push_back(more);
-    return command;
+  std::vector<std::string> Arguments(const std::vector<std::string>& command) {
+    return With(command, MachineArguments(*test_));
   }
   TracedRun CleanKilledAt(size_t change, const std::string& method) {
-    std::vector<std::string> command = {QUELLIXCTL, "clean",          "--method",   method,
-                                        "--item",   "CleanTempFiles", "CleanRunMRU"};
+    std::vector<std::string> command = {
+        QUELLIXCTL, "clean",          "--method",         method,
+        "--item",   "CleanTempFiles", "CleanUserFolders", "CleanRunMRU"};
     return RunTraced(Arguments(command), change);
   }
   std::string Backups() { return test_->options().settings + "/Backup"; }
@@ -61,7 +60,7 @@ class Kill : public testing::Test {
       }
     }
     std::map<std::string, std::string> found = Contents(restored.path());
-    found.merge(Contents(test_->Native(temp_)));
+    for (const std::string& folder : {temp_, mine_}) found.merge(Contents(test_->Native(folder)));
     for (const auto& [name, content] : contents_) EXPECT_EQ(found[name], content) << name;
   }
   void ExpectNothingLyingAbout() {
@@ -74,6 +73,7 @@ class Kill : public testing::Test {
 
   std::unique_ptr<VolumeTestMachine> test_ = VolumeTestMachine::CreateVolume();
   const std::string temp_ = std::string("C:\\Users\\") + kTesterName + "\\AppData\\Local\\Temp\\";
+  const std::string mine_ = test_->Scratch() + "mine";
   std::map<std::string, std::string> contents_;
 };
 
@@ -94,7 +94,7 @@ TEST_F(Kill, EveryFileIsOnTheDiskOrInTheArchiveAndTheNextRunFinishes) {
     killed += CleanKilledAt(change, "backup").killed;
     ExpectNothingLost();
     EXPECT_EQ(CleanKilledAt(SIZE_MAX, "backup").exit_code, 0);
-    EXPECT_TRUE(test_->Tree(temp_).empty());
+    EXPECT_TRUE(test_->Tree(temp_).empty() && test_->Tree(mine_).empty());
     EXPECT_TRUE(test_->ValueNames(RegistryRoot::kCurrentUser, kMru).empty());
     test_->CloseHives();
     ExpectNothingLost();

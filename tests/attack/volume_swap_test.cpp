@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -20,8 +19,7 @@ namespace fs = std::filesystem;
 constexpr int kFolders = 8, kFiles = 25;
 
 // Someone who may write to what is cleaned swaps its folders for links, again and again.
-class Swap : public testing::Test {
- protected:
+struct Swap : testing::Test {
   std::string Temp(int folder) const {
     return temp_ + "/a/Sub " + std::to_string(folder) + "/deep";
   }
@@ -70,12 +68,11 @@ TEST_F(Swap, NothingOutsideGoesWhateverTheMethod) {
     for (size_t round = 0; round < Rounds(2); ++round) {
       Seed();
       StoreMachine(*test_);
-      std::vector<std::string> arguments = {"clean", "--method", method, "--item",
-                                            "CleanTempFiles"};
-      for (const std::string& more : MachineArguments(*test_)) arguments.push_back(more);
+      const std::vector<std::string> arguments = {"clean", "--method", method, "--item",
+                                                  "CleanTempFiles"};
       std::atomic<bool> done = false;
       std::thread attacker([&] { SwapUntil(done); });
-      RunQuellixctl(arguments);
+      RunQuellixctl(With(arguments, MachineArguments(*test_)));
       done = true;
       attacker.join();
       ExpectVictimsWhole();

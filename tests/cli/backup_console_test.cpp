@@ -4,11 +4,7 @@
 namespace quellix {
 namespace {
 
-class BackupConsoleTest : public ConsoleTest {
- protected:
-  std::string Read(const std::string& path) {
-    return ports.files.ReadWholeFile(path).value_or("<missing>");
-  }
+struct BackupConsoleTest : ConsoleTest {
   // Cleans two files with a backup; the archive's name.
   std::string CleanTwo() {
     machine->MakeFile(file, "bytes");
@@ -19,7 +15,7 @@ class BackupConsoleTest : public ConsoleTest {
     EXPECT_EQ(archives.size(), 1u);
     return archives.empty() ? "none" : archives[0];
   }
-  const std::string safe = ports.program_folder + "\\Backup\\", file = temp + "deep\\a b.tmp";
+  const std::string safe = own + "Backup\\", file = temp + "deep\\a b.tmp";
 };
 
 TEST_F(BackupConsoleTest, CleanedFilesAreListedAndRepaired) {
@@ -73,7 +69,7 @@ TEST_F(RegistryConsoleTest, ReferencesAreListedDeletedWhenAskedAndRestored) {
 
   Set(kUser, "Qx1\\deep", "QxGone", Text(scratch + "gone.txt"));
   const ProgramResult plain = Run({"registry", "file-references"});
-  EXPECT_EQ(plain.output.find("QxGone"), std::string::npos) << plain.output;
+  EXPECT_FALSE(Holds(plain.output, "QxGone"));
   Expect({"registry", "file-references", "--thorough"}, 0,
          {"orphaned\tHKEY_CURRENT_USER:Qx1\\deep\\\tQxGone\t" + scratch + "gone.txt\n"});
 }

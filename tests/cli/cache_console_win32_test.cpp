@@ -1,13 +1,10 @@
-#include <algorithm>
-
 #include "cli/console_fixture.h"
 #include "support/cache_entry_win32.h"
 
 namespace quellix {
 namespace {
 
-class CacheConsoleTest : public ConsoleTest {
- protected:
+struct CacheConsoleTest : ConsoleTest {
   CacheConsoleTest() {
     for (const UrlCacheEntry& entry : ports.url_cache.Entries()) {
       ports.url_cache.Delete(entry.source);
@@ -22,8 +19,8 @@ TEST_F(CacheConsoleTest, EntriesAreListedAndDeletedByKind) {
   const ProgramResult all = RunQuellixctl({"cache", "list"});
   EXPECT_EQ(all.exit_code, 0);
   EXPECT_EQ(std::ranges::count(all.output, '\n'), 3) << all.output;
-  EXPECT_NE(all.output.find("http://a.example/page\t"), std::string::npos);
-  EXPECT_NE(all.output.find("\\\t5\t"), std::string::npos);
+  EXPECT_TRUE(Holds(all.output, "http://a.example/page\t"));
+  EXPECT_TRUE(Holds(all.output, "\\\t5\t"));
   const ProgramResult urls = RunQuellixctl({"cache", "list", "--kind", "urls"});
   EXPECT_TRUE(urls.output.starts_with("http://b.example/page\t")) << urls.output;
 
@@ -34,8 +31,8 @@ TEST_F(CacheConsoleTest, EntriesAreListedAndDeletedByKind) {
     const UsedCacheEntry used(L"http://a.example/page");
     const ProgramResult result = RunQuellixctl({"cache", "delete"});
     EXPECT_EQ(result.exit_code, 3);
-    EXPECT_NE(result.output.find("1 entries deleted, 1 left\n"), std::string::npos);
-    EXPECT_NE(result.output.find("not deleted: http://a.example/page\n"), std::string::npos);
+    EXPECT_TRUE(Holds(result.output, "1 entries deleted, 1 left\n"));
+    EXPECT_TRUE(Holds(result.output, "not deleted: http://a.example/page\n"));
   }
   EXPECT_EQ(RunQuellixctl({"cache", "delete"}).exit_code, 0);
   EXPECT_EQ(RunQuellixctl({"cache", "list"}).output, "");

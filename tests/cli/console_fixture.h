@@ -1,8 +1,5 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -24,16 +21,20 @@ std::vector<std::string> MachineArguments(TestMachine& machine);
 // A running quellixctl sees the registry and the files as they are on the disk.
 void StoreMachine(TestMachine& machine);
 
+inline std::vector<std::string> With(std::vector<std::string> arguments,
+                                     const std::vector<std::string>& more) {
+  arguments.insert(arguments.end(), more.begin(), more.end());
+  return arguments;
+}
+
 // A machine, and its console. `Fixture` is RunFixture or what is made of it.
 template <typename Fixture>
-class Console : public Fixture {
- protected:
+struct Console : Fixture {
   // Runs a command on the fixture's machine as it is now; what it has changed is read from the disk
   // afterwards.
-  ProgramResult Run(std::vector<std::string> arguments) {
+  ProgramResult Run(const std::vector<std::string>& arguments) {
     StoreMachine(*this->machine);
-    for (const std::string& more : MachineArguments(*this->machine)) arguments.push_back(more);
-    const ProgramResult result = RunQuellixctl(arguments);
+    const ProgramResult result = RunQuellixctl(With(arguments, MachineArguments(*this->machine)));
     StoreMachine(*this->machine);
     return result;
   }
@@ -44,7 +45,7 @@ class Console : public Fixture {
     const std::string trace = ::testing::PrintToString(arguments) + "\n" + result.output;
     EXPECT_EQ(result.exit_code, exit_code) << trace;
     for (const std::string& text : told) {
-      EXPECT_NE(result.output.find(text), std::string::npos) << text << "\n" << trace;
+      EXPECT_TRUE(Holds(result.output, text)) << text << "\n" << trace;
     }
   }
 };

@@ -3,7 +3,6 @@
 #include <rapidjson/schema.h>
 #include <rapidjson/stringbuffer.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -15,8 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class ConsoleReportTest : public ConsoleTest {
- protected:
+struct ConsoleReportTest : ConsoleTest {
   ConsoleReportTest() {
     schema_text_.Parse(kConsoleSchema);
     EXPECT_FALSE(schema_text_.HasParseError());
@@ -54,7 +52,6 @@ class ConsoleReportTest : public ConsoleTest {
     machine->SetText(RegistryRoot::kLocalMachine,
                      "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\qx.exe", "",
                      scratch + "none.exe");
-    const std::string own = ports.program_folder + "\\";
     machine->MakeFile(own + "keep.txt", "*.bak\r\nname without a path\r\n");
     machine->MakeFile(own + "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
     machine->MakeFile(own + "Plugins\\qx.cdp",
@@ -63,7 +60,6 @@ class ConsoleReportTest : public ConsoleTest {
     WriteSettings("[General]\r\nDelMethod=B\r\n");
   }
 
- private:
   rapidjson::Document schema_text_;
   std::string stem_ = OutputFile() + "-report";
 };
@@ -75,29 +71,26 @@ TEST_F(ConsoleReportTest, EveryReportIsAsPublishedAndThePrintedOneIsTheSame) {
     std::vector<std::string> arguments;
     size_t rows;  // at least
     int exit_code = 0;
-  } kRows[] = {
-      {"items", {"items"}, 30},
-      {"plugins list", {"plugins", "list"}, 1},
-      {"plugins check", {"plugins", "check", "qx"}, 2, 1},
-      {"keep list", {"keep", "list"}, 2, 1},
-      {"search", {"search", "unnecessary"}, 1},
-      {"search", {"search", "unnecessary", "--delete", "--preview"}, 1},
-      {"registry", {"registry", "app-paths"}, 1},
-      {"registry", {"registry", "app-paths", "--delete", "--preview"}, 1},
-      {"plugins process", {"plugins", "preview", "qx"}, 1},
-      {"plugins process", {"plugins", "process", "qx", "--preview"}, 1},
-      {"clean", {"clean", "--all", "--preview"}, 5},
-      {"clean", {"clean", "--group", "files", "--item", "CleanRunMRU", "--preview"}, 5},
-      {"search", {"search", "unnecessary", "--delete"}, 1},
-      {"plugins process", {"plugins", "process", "qx"}, 1},
-      {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 5},
-      {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 1},
-      {"backup list", {"backup", "list"}, 2},
-  };
+  } kRows[] = {{"items", {"items"}, 30},
+               {"plugins list", {"plugins", "list"}, 1},
+               {"plugins check", {"plugins", "check", "qx"}, 2, 1},
+               {"keep list", {"keep", "list"}, 2, 1},
+               {"search", {"search", "unnecessary"}, 1},
+               {"search", {"search", "unnecessary", "--delete", "--preview"}, 1},
+               {"registry", {"registry", "app-paths"}, 1},
+               {"registry", {"registry", "app-paths", "--delete", "--preview"}, 1},
+               {"plugins process", {"plugins", "preview", "qx"}, 1},
+               {"plugins process", {"plugins", "process", "qx", "--preview"}, 1},
+               {"clean", {"clean", "--all", "--preview"}, 5},
+               {"clean", {"clean", "--group", "files", "--item", "CleanRunMRU", "--preview"}, 5},
+               {"search", {"search", "unnecessary", "--delete"}, 1},
+               {"plugins process", {"plugins", "process", "qx"}, 1},
+               {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 5},
+               {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 1},
+               {"backup list", {"backup", "list"}, 2}};
   for (const auto& row : kRows) {
-    std::vector<std::string> arguments = row.arguments;
     const std::string file = ReportFile(".json");
-    arguments.insert(arguments.end(), {"--json", "--report", file});
+    const auto arguments = With(row.arguments, {"--json", "--report", file});
     const bool needs_machine = row.command != "items";
     const ProgramResult result = needs_machine ? Run(arguments) : RunQuellixctl(arguments);
     SCOPED_TRACE(::testing::PrintToString(arguments) + result.output);
@@ -120,8 +113,8 @@ TEST_F(ConsoleReportTest, CsvQuotesWhatWouldBreakARow) {
   Expect({"clean", "--item", "CleanTempFiles", "--report", file}, 0, {"Files Deleted:  2"});
   const std::string text = Read(file);
   EXPECT_EQ(std::ranges::count(text, '\n'), 5) << text;
-  EXPECT_NE(text.find("file,removed," + temp + "a.tmp,,5,20"), std::string::npos) << text;
-  EXPECT_NE(text.find(",CleanTempFiles,,backedUp,"), std::string::npos) << text;
+  EXPECT_TRUE(Holds(text, "file,removed," + temp + "a.tmp,,5,20"));
+  EXPECT_TRUE(Holds(text, ",CleanTempFiles,,backedUp,"));
 }
 
 TEST_F(ConsoleReportTest, WithoutItsReportACommandDoesNothing) {
@@ -130,9 +123,8 @@ TEST_F(ConsoleReportTest, WithoutItsReportACommandDoesNothing) {
   for (const auto& arguments : {std::vector<std::string>{"clean", "--item", "CleanTempFiles"},
                                 std::vector<std::string>{"search", "unnecessary", "--delete"},
                                 std::vector<std::string>{"plugins", "process", "qx"}}) {
-    std::vector<std::string> with_report = arguments;
-    with_report.insert(with_report.end(), {"--report", nowhere});
-    Expect(with_report, 1, {"nothing was done, because the report cannot be written to"});
+    Expect(With(arguments, {"--report", nowhere}), 1,
+           {"nothing was done, because the report cannot be written to"});
   }
   // What was there before a run that is refused is still there.
   const std::string file = ReportFile(".json");
@@ -154,29 +146,24 @@ TEST_F(ConsoleReportTest, WhatIsTickedInTheWindowIsCleaned) {
   engine.Save();
   Expect({"clean", "--ticked", "--preview"}, 0, {"2 other things."});
   Expect({"clean", "--ticked"}, 0);
-  EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
-  EXPECT_TRUE(machine->Exists(temp + "a.tmp"));
+  EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty() && machine->Exists(temp + "a.tmp"));
   // Which they are cannot be told.
-  const std::string states = ports.program_folder + "\\chkItems.txt";
-  ports.files.RemoveFile(states);
-  machine->MakeFolder(states);
+  MakeUnreadable(own + "chkItems.txt");
   Expect({"clean", "--ticked"}, 1, {"it cannot be read what is ticked"});
 }
 
 TEST_F(ConsoleReportTest, AMistypedNameIsAnsweredWithTheRightOne) {
-  const struct {
-    std::vector<std::string> arguments;
-    const char* told;
-  } kRows[] = {{{"claen"}, "Did you mean \"quellixctl clean\"?"},
-               {{"plugins", "prevew"}, "Did you mean \"quellixctl plugins preview\"?"},
-               {{"backup", "lsit"}, "Did you mean \"quellixctl backup list\"?"},
-               {{"reg"}, "Did you mean \"quellixctl registry\"?"}};
-  for (const auto& row : kRows) {
-    const ProgramResult result = RunQuellixctl(row.arguments);
+  const std::pair<std::vector<std::string>, const char*> kRows[] = {
+      {{"claen"}, "Did you mean \"quellixctl clean\"?"},
+      {{"plugins", "prevew"}, "Did you mean \"quellixctl plugins preview\"?"},
+      {{"backup", "lsit"}, "Did you mean \"quellixctl backup list\"?"},
+      {{"reg"}, "Did you mean \"quellixctl registry\"?"}};
+  for (const auto& [arguments, told] : kRows) {
+    const ProgramResult result = RunQuellixctl(arguments);
     EXPECT_EQ(result.exit_code, 2);
-    EXPECT_NE(result.output.find(row.told), std::string::npos) << result.output;
+    EXPECT_TRUE(Holds(result.output, told));
   }
-  EXPECT_EQ(RunQuellixctl({"polish"}).output.find("Did you mean"), std::string::npos);
+  EXPECT_FALSE(Holds(RunQuellixctl({"polish"}).output, "Did you mean"));
   Expect({"clean", "--item", "CleanTmpFiles"}, 2, {"did you mean \"CleanTempFiles\"?"});
   const ProgramResult version = RunQuellixctl({"--version"});
   EXPECT_EQ(version.exit_code, 0);

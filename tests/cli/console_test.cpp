@@ -14,7 +14,7 @@ TEST_F(ConsoleTest, ItemsAreListedByKey) {
               item.run_order == 1)
         << item.key;
   }
-  EXPECT_NE(result.output.find("Downloaded ActiveX & OCX\n"), std::string::npos);
+  EXPECT_TRUE(Holds(result.output, "Downloaded ActiveX & OCX\n"));
 }
 
 TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
@@ -22,61 +22,57 @@ TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
   for (const auto& arguments : kWithoutMachine) {
     const ProgramResult result = RunQuellixctl(arguments);
     EXPECT_EQ(result.exit_code, 2);
-    EXPECT_NE(result.output.find("required"), std::string::npos) << result.output;
+    EXPECT_TRUE(Holds(result.output, "required"));
   }
   EXPECT_EQ(RunQuellixctl({"--help"}).exit_code, 0);
   const struct {
     std::vector<std::string> arguments;
     int exit_code;
     const char* told;
-  } kRows[] = {
-      {{"clean", "--item", "CleanTempFiles", "--method", "burn"}, 2, "burn"},
-      {{"clean", "--item", "CleanEverything"}, 2, "there is no item \"CleanEverything\""},
-      {{"search", "everything"}, 2, "everything"},
-      {{"search"}, 2, "required"},
-      {{"search", "unnecessary"}, 1, "no type of unnecessary files is ticked"},
-      {{"registry", "shared-dlls", "--thorough"}, 2, "thorough"},
-      {{"registry", "everything"}, 2, "everything"},
-      {{"plugins", "enable", "none"}, 2, "none"},
-      {{"plugins", "enable", "..\\Settings.ini"}, 2, "Settings.ini"},
-      {{"backup"}, 2, "subcommand"},
-      {{"backup", "restore"}, 2, "ARCHIVE"},
-      {{"backup", "restore", "C_010120200000.zip", "--overwrite", "maybe"}, 2, "maybe"},
-      {{"backup", "restore", "none.zip"}, 1, "none.zip"},
-      {{"backup", "repair", "C_010120200000.zip"}, 1, "is not a zip archive."},
-      {{"backup", "list", "..\\Settings.ini"}, 1, "is no archive of the backup folder."},
-      {{"backup", "list"}, 1, "is not a zip archive."},
-  };
-  const std::string archive = ports.program_folder + "\\Backup\\C_010120200000.zip";
+  } kRows[] = {{{"clean", "--item", "CleanTempFiles", "--method", "burn"}, 2, "burn"},
+               {{"clean", "--item", "CleanEverything"}, 2, "there is no item \"CleanEverything\""},
+               {{"search", "everything"}, 2, "everything"},
+               {{"search"}, 2, "required"},
+               {{"search", "unnecessary"}, 1, "no type of unnecessary files is ticked"},
+               {{"registry", "shared-dlls", "--thorough"}, 2, "thorough"},
+               {{"registry", "everything"}, 2, "everything"},
+               {{"plugins", "enable", "none"}, 2, "none"},
+               {{"plugins", "enable", "..\\Settings.ini"}, 2, "Settings.ini"},
+               {{"backup"}, 2, "subcommand"},
+               {{"backup", "restore"}, 2, "ARCHIVE"},
+               {{"backup", "restore", "C_010120200000.zip", "--overwrite", "maybe"}, 2, "maybe"},
+               {{"backup", "restore", "none.zip"}, 1, "none.zip"},
+               {{"backup", "repair", "C_010120200000.zip"}, 1, "is not a zip archive."},
+               {{"backup", "list", "..\\Settings.ini"}, 1, "is no archive of the backup folder."},
+               {{"backup", "list"}, 1, "is not a zip archive."}};
+  const std::string archive = own + "Backup\\C_010120200000.zip";
   machine->MakeFile(archive, "MZ no archive");
-  machine->MakeFile(ports.program_folder + "\\UNFI.txt", "0\x01*.qxj\x01Ours\r\n");
+  machine->MakeFile(own + "UNFI.txt", "0\x01*.qxj\x01Ours\r\n");
   for (const auto& row : kRows) Expect(row.arguments, row.exit_code, {row.told});
-  EXPECT_EQ(ports.files.ReadWholeFile(archive), "MZ no archive");
+  EXPECT_EQ(Read(archive), "MZ no archive");
 }
 
 TEST_F(ConsoleTest, ACleanRunPrintsItsLogAndRemovesWhatItsPreviewLists) {
   const std::vector<std::string> clean = {"clean", "--item", "CleanRunMRU", "chkTemp"};
-  engine.RunOneItem(*FindItem("CleanTempFiles"));
+  Clean("CleanTempFiles");
   machine->MakeFile(temp + "sub\\\xC3\xA9t\xC3\xA9.tmp", "12345");
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   machine->SetText(kUser, kRunMruKey, "a", "cmd");
   machine->SetText(kUser, kTypedUrlsKey, "url1", "http://example.org/");
-  const std::string stored = ReadProgramFile("Settings.ini");
+  const std::string stored = ReadOwn("Settings.ini");
   for (const char* method : {"backup", "wipe"}) {
-    std::vector<std::string> preview = clean;
-    preview.insert(preview.end(), {"--preview", "--method", method});
     const std::string list = "File            " + temp +
                              "sub\\\xC3\xA9t\xC3\xA9.tmp\nFolder          " + temp +
                              "sub\nRegistry value  HKEY_CURRENT_USER\\" + kRunMruKey +
                              ", a\nThe log of such a run:\nTemporary files... Files Deleted: 1";
-    Expect(preview, 0,
+    Expect(With(clean, {"--preview", "--method", method}), 0,
            {list,
             "\nNothing was changed. A run would remove 1 file (5 Bytes), 1 folder and 1 other "
             "thing.\n"});
     EXPECT_EQ(machine->Tree(temp).size(), 2u);
     EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 1u);
-    EXPECT_EQ(ReadProgramFile("Settings.ini"), stored);
-    EXPECT_FALSE(machine->Exists(ports.program_folder + "\\Backup"));
+    EXPECT_EQ(ReadOwn("Settings.ini"), stored);
+    EXPECT_FALSE(machine->Exists(own + "Backup"));
   }
   for (const bool again : {false, true}) {
     const ProgramResult result = Run(clean);
@@ -88,16 +84,15 @@ TEST_F(ConsoleTest, ACleanRunPrintsItsLogAndRemovesWhatItsPreviewLists) {
                   kLine + "\nFiles Deleted:  " +
                   (again ? "0   Space Gained:  0" : "1   Space Gained:  5") + " Bytes\n");
   }
-  EXPECT_TRUE(machine->Tree(temp).empty());
-  EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
+  EXPECT_TRUE(machine->Tree(temp).empty() && machine->ValueNames(kUser, kRunMruKey).empty());
   EXPECT_EQ(machine->ValueNames(kUser, kTypedUrlsKey).size(), 1u);
 }
 
 TEST_F(ConsoleTest, NothingIsRemovedWhileTheSettingsCannotBeRead) {
   machine->MakeFile(temp + "a.tmp", "1");
   machine->MakeFile(scratch + "one.qxj", "1");
-  machine->MakeFile(ports.program_folder + "\\UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
-  const std::string ini = ports.program_folder + "\\Settings.ini";
+  machine->MakeFile(own + "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
+  const std::string ini = own + "Settings.ini";
   machine->MakeFolder(ini);
   Expect({"clean", "--item", "CleanTempFiles"}, 1, {"Nothing is removed"});
   Expect({"clean", "--item", "CleanTempFiles", "--preview"}, 1);
@@ -123,7 +118,7 @@ TEST_F(ConsoleTest, FilesThatStayAreSaidByTheExitCode) {
 TEST_F(ConsoleTest, FindsArePrintedAndRemovedOnlyWhenAsked) {
   machine->MakeFile(scratch + "one.qxj", "12345");
   machine->MakeFile(scratch + "two.QXJ", "");
-  machine->MakeFile(ports.program_folder + "\\UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
+  machine->MakeFile(own + "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
   Expect({"search", "unnecessary"}, 0, {scratch + "one.qxj\t5\t", "\tQXJ\tUnnecessary Files\n"});
   EXPECT_TRUE(machine->Exists(scratch + "one.qxj"));
   const auto lock = machine->LockFile(scratch + "two.QXJ");
@@ -134,7 +129,7 @@ TEST_F(ConsoleTest, FindsArePrintedAndRemovedOnlyWhenAsked) {
 }
 
 TEST_F(ConsoleTest, APluginIsCheckedEnabledListedAndProcessed) {
-  const std::string folder = ports.program_folder + "\\Plugins\\", log = scratch + "logs\\a.log";
+  const std::string folder = own + "Plugins\\", log = scratch + "logs\\a.log";
   machine->MakeFile(log, "123");
   machine->MakeFile(folder + "qx.cdp",
                     "D\x01My logs\r\nF\x01No\x01No\x01" + scratch + "logs\\*.log\r\n");

@@ -1,5 +1,4 @@
 // Deletions from the registry of a volume: what is told is what is on the disk then.
-#include <algorithm>
 #include <fstream>
 
 #include "cli/console_fixture.h"
@@ -12,8 +11,7 @@ namespace {
 
 constexpr const char* kServices = "SYSTEM\\ControlSet001\\Services\\Qx Probe";
 
-class VolumeRegistryConsoleTest : public Console<RegistryFixture> {
- protected:
+struct VolumeRegistryConsoleTest : Console<RegistryFixture> {
   VolumeTestMachine& volume() { return dynamic_cast<VolumeTestMachine&>(*machine); }
   std::string UserHive() { return volume().Native("C:\\Users\\Quellix Tester\\NTUSER.DAT"); }
   // Writes `to` over each `from` of the same length in a hive file.
@@ -33,30 +31,26 @@ bool Has(const ProgramResult& result, std::string_view text) {
 
 TEST_F(VolumeRegistryConsoleTest, AnItemWhoseChangesDoNotReachTheDiskFails) {
   const std::string explorer = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
-  const struct {
-    const char* item;
-    std::string key;
-    const char* message;
-    const char* line;
-  } kRows[] = {{"CleanRunMRU", kRunMruKey, "There was an error in cleaning the Run MRU. ",
-                "Windows run history... "},
-               {"CleanTypedURL", kTypedUrlsKey, "There was an error in cleaning the History. ",
-                "Typed URLs... "},
-               {"CleanRecentDocs", explorer + "RecentDocs",
-                "There was an error in cleaning Recent Documents. ", "Recent documents... "},
-               {"CleanFindHistory", explorer + "MenuOrder\\Start Menu\\Find",
-                "There was an error in cleaning the Find History. ", ""},
-               {"CleanInstallMRU", "InstallLocationsMRU",
-                "There was an error in cleaning Install MRU. ", "Install from history..."},
-               {"CleanOfficeHistory",
-                "Software\\Microsoft\\Office\\9.0\\Common\\Open Find\\Microsoft Word\\Settings"
-                "\\Open\\File Name MRU",
-                "There was an error in cleaning the MS OfficeRegistry History Lists. ",
-                "MS Office history..."}};
+  const std::tuple<const char*, std::string, const char*, const char*> kRows[] = {
+      {"CleanRunMRU", kRunMruKey, "There was an error in cleaning the Run MRU. ",
+       "Windows run history... "},
+      {"CleanTypedURL", kTypedUrlsKey, "There was an error in cleaning the History. ",
+       "Typed URLs... "},
+      {"CleanRecentDocs", explorer + "RecentDocs",
+       "There was an error in cleaning Recent Documents. ", "Recent documents... "},
+      {"CleanFindHistory", explorer + "MenuOrder\\Start Menu\\Find",
+       "There was an error in cleaning the Find History. ", ""},
+      {"CleanInstallMRU", "InstallLocationsMRU", "There was an error in cleaning Install MRU. ",
+       "Install from history..."},
+      {"CleanOfficeHistory",
+       "Software\\Microsoft\\Office\\9.0\\Common\\Open Find\\Microsoft Word\\Settings"
+       "\\Open\\File Name MRU",
+       "There was an error in cleaning the MS OfficeRegistry History Lists. ",
+       "MS Office history..."}};
   std::vector<std::string> arguments = {"clean", "--item"};
-  for (const auto& row : kRows) {
-    for (const char* name : {"a", "b"}) machine->SetText(kUser, row.key, name, "x");
-    arguments.push_back(row.item);
+  for (const auto& [item, key, message, line] : kRows) {
+    for (const char* name : {"a", "b"}) machine->SetText(kUser, key, name, "x");
+    arguments.push_back(item);
   }
   StoreMachine(*machine);
   const std::string before = ReadNative(UserHive());
@@ -64,14 +58,15 @@ TEST_F(VolumeRegistryConsoleTest, AnItemWhoseChangesDoNotReachTheDiskFails) {
     const auto read_only = machine->LockFile("C:\\Users\\Quellix Tester\\NTUSER.DAT");
     const ProgramResult result = Run(arguments);
     EXPECT_EQ(result.exit_code, 1);
-    for (const auto& row : kRows) {
-      EXPECT_TRUE(Has(result, row.message)) << row.item << ": " << result.output;
-      EXPECT_TRUE(*row.line == '\0' || !Has(result, row.line)) << result.output;
+    for (const auto& [item, key, message, line] : kRows) {
+      EXPECT_TRUE(Has(result, message)) << item << ": " << result.output;
+      EXPECT_TRUE(*line == '\0' || !Has(result, line)) << result.output;
     }
   }
   EXPECT_EQ(ReadNative(UserHive()), before);
   Expect(arguments, 0, {"Windows run history... Files Deleted: 2\n"});
-  for (const auto& row : kRows) EXPECT_TRUE(machine->ValueNames(kUser, row.key).empty());
+  for (const auto& [item, key, message, line] : kRows)
+    EXPECT_TRUE(machine->ValueNames(kUser, key).empty());
 }
 
 TEST_F(VolumeRegistryConsoleTest, ReferencesThatStayAreCountedAndEndInOne) {
@@ -126,7 +121,7 @@ TEST_F(VolumeRegistryConsoleTest, NamesThatDifferInCaseAloneGoAsThePreviewSays) 
   }
   Bend(UserHive(), "QxTwix", "qXtWiN");
   Bend(UserHive(), "QxKez", "qXkEY");
-  machine->MakeFile(ports.program_folder + "\\Plugins\\qx.cdp",
+  machine->MakeFile(own + "Plugins\\qx.cdp",
                     "R\x01Yes\x01No\x01HKEY_CURRENT_USER\\Software\\Qx\x01\r\n");
   for (const char* command : {"preview", "process"}) {
     const ProgramResult result = Run({"plugins", command, "qx"});
@@ -154,9 +149,9 @@ TEST_F(VolumeRegistryConsoleTest, APluginReachesNoServiceByAnyControlSet) {
         "SYSTEM\\\\Controlset001\\Services\\"}) {
     SCOPED_TRACE(key);
     for (const char* whole : {"Yes", "No"}) {
-      machine->MakeFile(ports.program_folder + "\\Plugins\\qx.cdp",
-                        std::string("R\x01") + whole + "\x01No\x01HKEY_LOCAL_MACHINE\\" + key +
-                            "\x01ImagePath\r\n");
+      machine->MakeFile(own + "Plugins\\qx.cdp", std::string("R\x01") + whole +
+                                                     "\x01No\x01HKEY_LOCAL_MACHINE\\" + key +
+                                                     "\x01ImagePath\r\n");
       Run({"plugins", "process", "qx"});
       EXPECT_EQ(machine->ValueNames(kMachine, kServices), std::vector<std::string>{"ImagePath"});
     }

@@ -1,21 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <map>
-
-#include "contract/error_kind.h"
-#include "platform/file_system.h"
-#include "support/test_machine.h"
+#include "contract/contract_fixture.h"
 
 namespace quellix {
 namespace {
 
-class FileSystemContract : public testing::Test {
- protected:
-  std::string At(std::string_view name) const { return scratch_ + std::string(name); }
-  std::string Content(std::string_view name) {
-    return files_.ReadWholeFile(At(name)).value_or("(missing)");
-  }
+struct FileSystemContract : ContractFixture {
   std::map<std::string, FileInfo> Entries(std::string_view folder, Detail detail) {
     std::map<std::string, FileInfo> entries;
     EXPECT_TRUE(files_.Enumerate(folder, detail, [&](const Entry& entry) {
@@ -24,15 +12,11 @@ class FileSystemContract : public testing::Test {
     }));
     return entries;
   }
-
-  std::unique_ptr<TestMachine> test_ = TestMachine::Create();
-  FileSystem& files_ = test_->machine().files;
-  const std::string scratch_ = test_->Scratch();
 };
 
 // Names a volume and a Windows both take: many scripts, blanks, masks' look-alikes, full length.
-const std::vector<std::string>& ManyNames() {
-  static const std::vector<std::string> names = {
+const Names& ManyNames() {
+  static const Names names = {
       "plain.txt",         "Großer Ärger.log", "Привет мир.tmp",
       "日本語.dat",        "שלום.txt",         "ไทย",
       "😀 smile.txt",       " leading.txt",     "dots...in.the.name",
@@ -42,8 +26,8 @@ const std::vector<std::string>& ManyNames() {
 
 TEST_F(FileSystemContract, EnumerateTellsKindsAndDetails) {
   constexpr int64_t kTime = 132'000'000'000'000'000;
-  test_->MakeFile(At("file.txt"), "12345");
-  test_->MakeFile(At("folder\\inner.txt"), "x");
+  Make("file.txt", "12345");
+  Make("folder\\inner.txt", "x");
   test_->MakeFolderLink(At("junction"), At("folder"));
   const bool has_file_link = test_->MakeFileLink(At("link.txt"), At("file.txt"));
   test_->SetLastWrite(At("file.txt"), kTime);
@@ -70,12 +54,11 @@ TEST_F(FileSystemContract, EnumerateTellsKindsAndDetails) {
 }
 
 TEST_F(FileSystemContract, EnumerateRefusesWhatIsNoFolder) {
-  test_->MakeFile(At("file.txt"), "");
-  test_->MakeFile(At("target\\inner.txt"), "");
+  Make("file.txt", "");
+  Make("target\\inner.txt", "");
   test_->MakeFolderLink(At("junction"), At("target"));
-  for (const std::string& path :
-       std::vector<std::string>{At("missing"), At("missing\\deeper"), At("file.txt"),
-                                At("junction"), std::string("9:\\"), std::string("")}) {
+  for (const std::string& path : Names{At("missing"), At("missing\\deeper"), At("file.txt"),
+                                       At("junction"), std::string("9:\\"), std::string("")}) {
     SCOPED_TRACE(path);
     EXPECT_FALSE(files_.Enumerate(path, Detail::kKind, [](const Entry&) -> bool {
       ADD_FAILURE();
@@ -101,7 +84,7 @@ TEST_F(FileSystemContract, NamesInEveryScriptAreFoundInAnyCaseAndRemoved) {
     files_.RemoveFile(At("folder ä\\" + name));
     EXPECT_TRUE(test_->Tree(At("Folder Ä")).empty());
   }
-  test_->MakeFile(At("Großer ÄRGER Ключ.txt"), "x");
+  Make("Großer ÄRGER Ключ.txt", "x");
   EXPECT_TRUE(files_.Look(At("gROßER ärger кЛЮЧ.TXT")));
   EXPECT_FALSE(files_.Look(At("grosser ärger ключ.txt")));
 }
@@ -119,27 +102,26 @@ TEST_F(FileSystemContract, PathsOfFourThousandCharactersWork) {
   for (; folder.size() >= scratch_.size(); folder.resize(folder.rfind('\\'))) {
     files_.RemoveFolder(folder);
   }
-  EXPECT_TRUE(test_->Tree(scratch_).empty());
+  EXPECT_TRUE(Tree().empty());
 }
 
 TEST_F(FileSystemContract, LookTellsTheEntryItself) {
-  test_->MakeFile(At("target\\inner.txt"), "123");
+  Make("target\\inner.txt", "123");
   test_->MakeFolderLink(At("junction"), At("target"));
   test_->MakeFolderLink(At("dangling"), At("nowhere"));
   EXPECT_EQ(files_.Look(At("target\\inner.txt"))->size, 3u);
-  EXPECT_TRUE(files_.Look(At("target\\"))->is_folder);
-  EXPECT_TRUE(files_.Look(At("junction"))->is_link);
+  EXPECT_TRUE(files_.Look(At("target\\"))->is_folder && files_.Look(At("junction"))->is_link);
   EXPECT_TRUE(files_.Look(At("dangling"))->is_link);
   EXPECT_TRUE(files_.Look(scratch_.substr(0, 3))->is_folder);
   for (const std::string& path :
-       std::vector<std::string>{At("missing"), At("target\\inner.txt\\x"), At("target\\missing\\x"),
-                                At(std::string(300, 'x')), std::string("nonsense")}) {
+       Names{At("missing"), At("target\\inner.txt\\x"), At("target\\missing\\x"),
+             At(std::string(300, 'x')), std::string("nonsense")}) {
     EXPECT_FALSE(files_.Look(path)) << path;
   }
 }
 
 TEST_F(FileSystemContract, ChangesOfWhatIsNotThereSayMissing) {
-  test_->MakeFile(At("to"), "");
+  Make("to", "");
   const std::string kPaths[] = {At("missing"), At("missing\\x")};
   for (const std::string& path : kPaths) {
     SCOPED_TRACE(path);
@@ -154,20 +136,19 @@ TEST_F(FileSystemContract, ChangesOfWhatIsNotThereSayMissing) {
 }
 
 TEST_F(FileSystemContract, FilesAndFoldersAreNotMistakenForEachOther) {
-  test_->MakeFile(At("folder\\inner.txt"), "x");
-  test_->MakeFile(At("file"), "x");
+  Make("folder\\inner.txt", "x");
+  Make("file", "x");
   EXPECT_EQ(KindOf([&] { files_.RemoveFolder(At("folder")); }), Error::Kind::kNotEmpty);
   EXPECT_TRUE(KindOf([&] { files_.RemoveFile(At("folder")); }));
   EXPECT_TRUE(KindOf([&] { files_.RemoveFolder(At("file")); }));
   EXPECT_TRUE(KindOf([&] { files_.Open(At("folder"), OpenMode::kWrite); }));
   EXPECT_TRUE(KindOf([&] { files_.ReadWholeFile(At("folder")); }));
   EXPECT_TRUE(KindOf([&] { files_.WriteWholeFile(At("folder"), ""); }));
-  EXPECT_EQ(test_->Tree(scratch_),
-            (std::vector<std::string>{"file", "folder\\", "folder\\inner.txt"}));
+  EXPECT_EQ(Tree(), (Names{"file", "folder\\", "folder\\inner.txt"}));
 }
 
 TEST_F(FileSystemContract, RemovingALinkLeavesItsTarget) {
-  test_->MakeFile(At("target\\inner.txt"), "kept");
+  Make("target\\inner.txt", "kept");
   test_->MakeFolderLink(At("junction"), At("target"));
   EXPECT_TRUE(KindOf([&] { files_.RemoveFile(At("junction")); }));
   if (test_->Can(Ability::kRemoveLinks)) {
@@ -181,7 +162,7 @@ TEST_F(FileSystemContract, RemovingALinkLeavesItsTarget) {
     EXPECT_TRUE(KindOf([&] { files_.Open(At("link.txt"), OpenMode::kWrite); }));
     files_.RemoveFile(At("link.txt"));
   }
-  EXPECT_EQ(test_->Tree(At("target")), std::vector<std::string>{"inner.txt"});
+  EXPECT_EQ(test_->Tree(At("target")), Names{"inner.txt"});
   EXPECT_EQ(Content("target\\inner.txt"), "kept");
 }
 
@@ -191,11 +172,11 @@ TEST_F(FileSystemContract, WholeFilesAreReadAndReplaced) {
   EXPECT_EQ(Content("New.bin"), binary);
   files_.WriteWholeFile(At("NEW.BIN"), "");
   EXPECT_EQ(Content("new.bin"), "");
-  EXPECT_EQ(test_->Tree(scratch_), std::vector<std::string>{"New.bin"});
+  EXPECT_EQ(Tree(), Names{"New.bin"});
   files_.WriteWholeFile(At("new.bin"), std::string(5000, 'x'));
   EXPECT_TRUE(KindOf([&] { files_.ReadWholeFile(At("new.bin"), 4999); }));
   EXPECT_EQ(files_.ReadWholeFile(At("new.bin"), 5000)->size(), 5000u);
-  EXPECT_EQ(test_->Tree(scratch_).size(), 1u) << "nothing temporary is left";
+  EXPECT_EQ(Tree().size(), 1u) << "nothing temporary is left";
 }
 
 }  // namespace

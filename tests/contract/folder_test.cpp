@@ -1,43 +1,17 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
-#include "contract/error_kind.h"
+#include "contract/contract_fixture.h"
 #include "platform/text.h"
-#include "support/test_machine.h"
 
 namespace quellix {
 namespace {
 
 using Kind = Error::Kind;
-using Names = std::vector<std::string>;
 
 // A folder that is held open and worked in.
-class FolderContract : public testing::Test {
- protected:
-  std::string At(std::string_view name) const { return scratch_ + std::string(name); }
-  void Make(std::string_view name, std::string_view bytes) { test_->MakeFile(At(name), bytes); }
-  std::string Content(std::string_view name) {
-    return files_.ReadWholeFile(At(name)).value_or("(missing)");
-  }
+struct FolderContract : ContractFixture {
   uint32_t Attributes(std::string_view name) {
     const auto info = files_.Look(At(name));
     return info ? info->attributes & (kReadOnly | kHidden | kSystem) : ~0u;
   }
-  Names In(Folder& folder) {
-    Names names;
-    folder.Enumerate(Detail::kKind, [&](const Entry& entry) {
-      names.emplace_back(entry.name);
-      return true;
-    });
-    std::sort(names.begin(), names.end());
-    return names;
-  }
-  Names Tree() { return test_->Tree(scratch_); }
-
-  std::unique_ptr<TestMachine> test_ = TestMachine::Create();
-  FileSystem& files_ = test_->machine().files;
-  const std::string scratch_ = test_->Scratch();
   std::unique_ptr<Folder> folder_ = files_.OpenFolder(scratch_);
 };
 
@@ -46,8 +20,7 @@ TEST_F(FolderContract, WhatIsNoNameIsMissing) {
   for (const char* name :
        {"", ".", "..", "a\\b", "a/b", "a:b", "a::$DATA", "\\", "a\\", "*", "?"}) {
     SCOPED_TRACE(name);
-    EXPECT_FALSE(folder_->Look(name));
-    EXPECT_FALSE(folder_->IdOf(name));
+    EXPECT_FALSE(folder_->Look(name) || folder_->IdOf(name));
     const std::function<void()> kChanges[] = {
         [&] { folder_->Open(name, OpenMode::kRead); },
         [&] { folder_->Open(name, OpenMode::kReadAndCreate); },
@@ -76,7 +49,7 @@ TEST_F(FolderContract, EveryOtherNameIsTakenLiterally) {
                                  "a ", "a. .", "...", " a", "a~1"}) {
     SCOPED_TRACE(name);
     folder_->Open(name, OpenMode::kCreateNew)->Write(0, "literal");
-    EXPECT_EQ(In(*folder_).size(), 2u);
+    EXPECT_EQ(NamesIn(*folder_).size(), 2u);
     EXPECT_EQ(folder_->Look(name)->size, 7u);
     folder_->SetAttributes(name, kHidden);
     EXPECT_EQ(folder_->Open(name, OpenMode::kRead)->Size(), 7u);
@@ -158,8 +131,7 @@ TEST_F(FolderContract, OnlyFoldersAreOpenedAndNoneThroughALink) {
 }
 
 // While a folder is held, its path comes to mean a link, or another folder, with the same in it.
-class HeldFolderContract : public FolderContract, public testing::WithParamInterface<bool> {
- protected:
+struct HeldFolderContract : FolderContract, testing::WithParamInterface<bool> {
   void MakeTree(const std::string& folder, const std::string& bytes) {
     for (const char* name : {"\\a.txt", "\\b.txt", "\\c.txt", "\\deep\\a.txt"}) {
       Make(folder + name, bytes);
@@ -179,7 +151,7 @@ TEST_P(HeldFolderContract, WhatTakesItsPlaceIsNeverTouched) {
   } else {
     MakeTree("temp\\sub", "outside");
   }
-  EXPECT_EQ(In(*held), (Names{"a.txt", "b.txt", "c.txt", "deep", "empty"}));
+  EXPECT_EQ(NamesIn(*held), (Names{"a.txt", "b.txt", "c.txt", "deep", "empty"}));
   EXPECT_EQ(held->OpenFolder("deep")->Id(), held->IdOf("deep"));
   held->Open("b.txt", OpenMode::kWrite)->Write(0, "changed");
   held->SetAttributes("b.txt", kReadOnly);
@@ -210,35 +182,32 @@ INSTANTIATE_TEST_SUITE_P(SwappedFor, HeldFolderContract, testing::Bool(), [](con
 });
 
 TEST_F(FolderContract, AttributesDoNotHinderRemovalOrReplacing) {
-  const struct {
-    const char* row;
-    uint32_t attributes;
-  } kRows[] = {{"none", 0},
-               {"read-only", kReadOnly},
-               {"hidden", kHidden},
-               {"all", kReadOnly | kHidden | kSystem}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
+  const std::pair<const char*, uint32_t> kRows[] = {{"none", 0},
+                                                    {"read-only", kReadOnly},
+                                                    {"hidden", kHidden},
+                                                    {"all", kReadOnly | kHidden | kSystem}};
+  for (const auto& [what, attributes] : kRows) {
+    SCOPED_TRACE(what);
     Make("file", "x");
     Make("old", "old");
     Make("other", "x");
     test_->MakeHardLink(At("second"), At("other"));
     test_->MakeFolder(At("folder"));
     for (const std::string name : {"file", "old", "other", "folder"}) {
-      folder_->SetAttributes(name, row.attributes);
+      folder_->SetAttributes(name, attributes);
       const bool keeps_all = test_->Can(Ability::kKeepReadOnlyFolders) || name != "folder";
       const uint32_t kept = (keeps_all ? kReadOnly : 0u) | kHidden | kSystem;
-      EXPECT_EQ(Attributes(name) & kept, row.attributes & kept) << name;
+      EXPECT_EQ(Attributes(name) & kept, attributes & kept) << name;
     }
     folder_->SetAttributes("folder", kNormal);
     EXPECT_EQ(Attributes("folder"), 0u);
     folder_->Rename("file", "OLD", IfThere::kReplace);
     EXPECT_EQ(Content("old"), "x");
-    EXPECT_EQ(Attributes("old"), row.attributes) << "a file brings its own along";
+    EXPECT_EQ(Attributes("old"), attributes) << "a file brings its own along";
     EXPECT_EQ(folder_->Open("second", OpenMode::kRead)->LinkCount(), 2u);
     folder_->RemoveFile("other");
     EXPECT_EQ(folder_->Open("second", OpenMode::kRead)->LinkCount(), 1u);
-    EXPECT_EQ(Attributes("second"), row.attributes) << "they are the other name's as well";
+    EXPECT_EQ(Attributes("second"), attributes) << "they are the other name's as well";
     for (const char* name : {"old", "second"}) folder_->RemoveFile(name);
     folder_->RemoveFolder("folder");
     EXPECT_EQ(Tree(), Names{});
@@ -287,8 +256,7 @@ TEST_F(FolderContract, WhatIsInUseStaysAsItWas) {
   const uint32_t before = Attributes("locked\\file.txt");
   {
     const auto lock = test_->LockFile(At("locked\\file.txt"));
-    EXPECT_TRUE(folder->Look("file.txt"));
-    EXPECT_TRUE(folder->IdOf("file.txt"));
+    EXPECT_TRUE(folder->Look("file.txt") && folder->IdOf("file.txt"));
     const std::function<void()> kChanges[] = {
         [&] { folder->RemoveFile("file.txt"); },
         [&] { folder->Recycle("file.txt"); },
@@ -308,11 +276,11 @@ TEST_F(FolderContract, WhatIsInUseStaysAsItWas) {
 
 TEST_F(FolderContract, AListingIsFreshEachTimeAndMayBeNested) {
   for (const char* name : {"a", "b", "c"}) Make(name, name);
-  EXPECT_EQ(In(*folder_), (Names{"a", "b", "c"}));
+  EXPECT_EQ(NamesIn(*folder_), (Names{"a", "b", "c"}));
   Make("d", "");
   int inner = 0;
   folder_->Enumerate(Detail::kFull, [&](const Entry& entry) {
-    inner += static_cast<int>(In(*folder_).size());
+    inner += static_cast<int>(NamesIn(*folder_).size());
     EXPECT_EQ(folder_->Look(entry.name)->size, entry.info.size);
     return true;
   });
@@ -321,7 +289,7 @@ TEST_F(FolderContract, AListingIsFreshEachTimeAndMayBeNested) {
     folder_->RemoveFile(entry.name);
     return true;
   });
-  EXPECT_EQ(In(*folder_), Names{});
+  EXPECT_EQ(NamesIn(*folder_), Names{});
 }
 
 TEST_F(FolderContract, RewritingKeepsAttributesAndTheTimeOfCreation) {

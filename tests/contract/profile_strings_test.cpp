@@ -1,19 +1,12 @@
-#include <gtest/gtest.h>
-
-#include "contract/error_kind.h"
+#include "contract/contract_fixture.h"
 #include "platform/text.h"
-#include "support/test_machine.h"
 
 namespace quellix {
 namespace {
 
-class ProfileContract : public testing::Test {
- protected:
-  std::string Content() { return machine_.files.ReadWholeFile(file_).value_or("(missing)"); }
-
-  std::unique_ptr<TestMachine> test_ = TestMachine::Create();
-  Machine machine_ = test_->machine();
-  const std::string file_ = test_->Scratch() + "Settings.ini";
+struct ProfileContract : ContractFixture {
+  std::string Text() { return Content("Settings.ini"); }
+  const std::string file_ = scratch_ + "Settings.ini";
 };
 
 TEST_F(ProfileContract, ReadsAsWindowsReads) {
@@ -21,22 +14,17 @@ TEST_F(ProfileContract, ReadsAsWindowsReads) {
                   "; note\r\n[General]\r\nPlain=value\r\n Blanks =  inner blanks  \r\n"
                   "Quoted=\"  kept  \"\r\nEmpty=\r\n;Comment=1\r\nEqual=a=b\r\nPlain=second\r\n"
                   "Name=Größe\r\nno equals sign\r\n[Other]\r\nPlain=other\r\nLast=end");
-  const struct {
-    const char *section, *key;
-    std::optional<std::string> value;
-  } kRows[] = {
-      {"General", "Plain", "value"},      {"GENERAL", "plain", "value"},
-      {"General", "Equal", "a=b"},        {"General", "Blanks", "inner blanks"},
-      {"General", "Quoted", "  kept  "},  {"General", "Empty", ""},
-      {"General", "Name", "Größe"},       {"Other", "Plain", "other"},
-      {"Other", "Last", "end"},           {"General", "Last", std::nullopt},
-      {"Missing", "Plain", std::nullopt},
-  };
-  for (const auto& row : kRows) {
-    EXPECT_EQ(machine_.profile.Read(file_, row.section, row.key), row.value)
-        << row.section << "/" << row.key;
+  const std::tuple<const char*, const char*, std::optional<std::string>> kRows[] = {
+      {"General", "Plain", "value"},     {"GENERAL", "plain", "value"},
+      {"General", "Equal", "a=b"},       {"General", "Blanks", "inner blanks"},
+      {"General", "Quoted", "  kept  "}, {"General", "Empty", ""},
+      {"General", "Name", "Größe"},      {"Other", "Plain", "other"},
+      {"Other", "Last", "end"},          {"General", "Last", std::nullopt},
+      {"Missing", "Plain", std::nullopt}};
+  for (const auto& [section, key, value] : kRows) {
+    EXPECT_EQ(machine_.profile.Read(file_, section, key), value) << section << "/" << key;
   }
-  EXPECT_FALSE(machine_.profile.Read(test_->Scratch() + "missing.ini", "General", "Plain"));
+  EXPECT_FALSE(machine_.profile.Read(scratch_ + "missing.ini", "General", "Plain"));
 }
 
 TEST_F(ProfileContract, ReadsAnsiAndMarkedFiles) {
@@ -46,19 +34,22 @@ TEST_F(ProfileContract, ReadsAnsiAndMarkedFiles) {
   EXPECT_EQ(machine_.profile.Read(file_, "General", "Key"), "grün");
 }
 
-TEST_F(ProfileContract, WritingTouchesOneLineAlone) {
-  const std::string before = "; note\r\n[General]\r\n  A = 1 \r\nB=2\r\n\r\n[Other]\r\nA=9\r\n";
-  test_->MakeFile(file_, before);
-  const std::string after = "; note\r\n[General]\r\n  A = 1 \r\nB=3\r\n\r\n[Other]\r\nA=9\r\n";
+TEST_F(ProfileContract, WritingKeepsEveryOtherByte) {
+  test_->MakeFile(file_, "; mine\r\n[Else]\r\nk = v  \r\n[General]\r\n\r\nB=2\r\n\r\n[Z]\r\nB=9");
   for (const char* run : {"first", "again"}) {
-    machine_.profile.Write(file_, {"GENERAL", "B", "3"});
-    EXPECT_EQ(Content(), after) << run;
+    machine_.profile.Write(file_, {"general", "C", "1"});
+    machine_.profile.Write(file_, {"GENERAL", "b", "3"});
+    machine_.profile.Write(file_, {"New", "Name", "ü"});
+    EXPECT_EQ(Text(),
+              "; mine\r\n[Else]\r\nk = v  "
+              "\r\n[General]\r\n\r\nb=3\r\nC=1\r\n\r\n[Z]\r\nB=9\r\n[New]\r\nName=ü\r\n")
+        << run;
   }
 }
 
 TEST_F(ProfileContract, CreatesFileSectionAndKey) {
   machine_.profile.Write(file_, {"General", "Key", "1"});
-  EXPECT_EQ(Content(), "[General]\r\nKey=1\r\n");
+  EXPECT_EQ(Text(), "[General]\r\nKey=1\r\n");
   machine_.profile.Write(file_, {"Größe", "Ключ", "Мир"});
   machine_.profile.Write(file_, {"General", "Second", "2"});
   EXPECT_EQ(machine_.profile.Read(file_, "Größe", "Ключ"), "Мир");
@@ -67,9 +58,7 @@ TEST_F(ProfileContract, CreatesFileSectionAndKey) {
 }
 
 TEST_F(ProfileContract, DeletingKeepsEveryOtherByte) {
-  const struct {
-    const char *name, *before, *section, *key, *after;
-  } kRows[] = {
+  const std::tuple<const char*, const char*, const char*, const char*, const char*> kRows[] = {
       {"a key", "[A]\r\n k = 1\n;k=2\r\nl=3", "a", "K", "[A]\r\n;k=2\r\nl=3"},
       {"every key of the name", "[A]\nk=1\nk=2\n[B]\nk=3\n[a]\nk=4\n", "A", "k",
        "[A]\n[B]\nk=3\n[a]\n"},
@@ -81,22 +70,21 @@ TEST_F(ProfileContract, DeletingKeepsEveryOtherByte) {
       {"byte-order mark", "\xEF\xBB\xBF[A]\r\nk=1\r\n[B]", "A", nullptr, "\xEF\xBB\xBF[B]"},
       {"missing section", "[A]\nk=1", "B", "k", "[A]\nk=1"},
       {"no section", "[]\nk=1", "", nullptr, "[]\nk=1"},
-      {"no key", "[A]\n=1", "A", "", "[A]\n=1"},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    test_->MakeFile(file_, row.before);
+      {"no key", "[A]\n=1", "A", "", "[A]\n=1"}};
+  for (const auto& [name, before, section, key, after] : kRows) {
+    SCOPED_TRACE(name);
+    test_->MakeFile(file_, before);
     for (int run = 0; run < 2; ++run) {
-      if (row.key != nullptr) {
-        machine_.profile.DeleteKey(file_, row.section, row.key);
+      if (key != nullptr) {
+        machine_.profile.DeleteKey(file_, section, key);
       } else {
-        machine_.profile.DeleteSection(file_, row.section);
+        machine_.profile.DeleteSection(file_, section);
       }
-      EXPECT_EQ(Content(), row.after);
+      EXPECT_EQ(Text(), after);
     }
   }
-  machine_.profile.DeleteSection(test_->Scratch() + "none.ini", "A");
-  EXPECT_FALSE(test_->Exists(test_->Scratch() + "none.ini"));
+  machine_.profile.DeleteSection(scratch_ + "none.ini", "A");
+  EXPECT_FALSE(test_->Exists(scratch_ + "none.ini"));
 }
 
 TEST_F(ProfileContract, Utf16IsReadAndStaysUtf16) {
@@ -106,27 +94,27 @@ TEST_F(ProfileContract, Utf16IsReadAndStaysUtf16) {
   EXPECT_EQ(machine_.profile.Read(file_, "GRÖSSE", "l"), std::nullopt);
   EXPECT_EQ(machine_.profile.Read(file_, "GRÖßE", "l"), "Мир");
   machine_.profile.DeleteKey(file_, "Größe", "none");
-  EXPECT_EQ(Content(), before);
+  EXPECT_EQ(Text(), before);
   for (int run = 0; run < 2; ++run) {
     machine_.profile.DeleteKey(file_, "größe", "K");
-    EXPECT_EQ(Content(), utf16("[Größe]\r\nl=Мир\r\n[B]\r\nk=😀"));
+    EXPECT_EQ(Text(), utf16("[Größe]\r\nl=Мир\r\n[B]\r\nk=😀"));
   }
   machine_.profile.DeleteSection(file_, "Größe");
-  EXPECT_EQ(Content(), utf16("[B]\r\nk=😀"));
+  EXPECT_EQ(Text(), utf16("[B]\r\nk=😀"));
   test_->MakeFile(file_, before + "x");  // half a character is no UTF-16
   machine_.profile.DeleteSection(file_, "B");
-  EXPECT_EQ(Content(), before + "x");
+  EXPECT_EQ(Text(), before + "x");
 }
 
 TEST_F(ProfileContract, AFileThatCannotBeWrittenStaysWhole) {
-  test_->MakeFile(test_->Scratch() + "locked\\x.ini", "[General]\r\nKey=1\r\n");
+  test_->MakeFile(scratch_ + "locked\\x.ini", "[General]\r\nKey=1\r\n");
   {
-    const auto lock = test_->LockFile(test_->Scratch() + "locked\\x.ini");
+    const auto lock = test_->LockFile(scratch_ + "locked\\x.ini");
     EXPECT_TRUE(KindOf([&] {
-      machine_.profile.Write(test_->Scratch() + "locked\\x.ini", {"General", "Key", "2"});
+      machine_.profile.Write(scratch_ + "locked\\x.ini", {"General", "Key", "2"});
     }));
   }
-  EXPECT_EQ(machine_.profile.Read(test_->Scratch() + "locked\\x.ini", "General", "Key"), "1");
+  EXPECT_EQ(machine_.profile.Read(scratch_ + "locked\\x.ini", "General", "Key"), "1");
 }
 
 }  // namespace

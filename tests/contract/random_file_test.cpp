@@ -1,27 +1,16 @@
-#include <gtest/gtest.h>
-
-#include "contract/error_kind.h"
-#include "support/test_machine.h"
+#include "contract/contract_fixture.h"
 
 namespace quellix {
 namespace {
 
 // Files that are read and written in place, and the folders made for them.
-class RandomFileContract : public ::testing::Test {
- protected:
-  RandomFileContract()
-      : machine_(TestMachine::Create()),
-        files_(machine_->machine().files),
-        scratch_(machine_->Scratch()),
-        path_(scratch_ + "file") {}
+struct RandomFileContract : ContractFixture {
   static std::string Read(RandomFile& file, uint64_t offset, size_t size) {
     std::string bytes(size, '?');
     bytes.resize(file.Read(offset, bytes));
     return bytes;
   }
-  std::unique_ptr<TestMachine> machine_;
-  FileSystem& files_;
-  std::string scratch_, path_;
+  const std::string path_ = scratch_ + "file";
 };
 
 TEST_F(RandomFileContract, IsMadeWrittenReadAndResized) {
@@ -50,17 +39,17 @@ TEST_F(RandomFileContract, IsMadeWrittenReadAndResized) {
 
 TEST_F(RandomFileContract, ReadingNeedsAFileAndKeepsOthersFromNothing) {
   EXPECT_EQ(KindOf([&] { files_.Open(path_, OpenMode::kRead); }), Error::Kind::kMissing);
-  EXPECT_FALSE(machine_->Exists(path_));
-  machine_->MakeFile(path_, "bytes");
+  EXPECT_FALSE(test_->Exists(path_));
+  test_->MakeFile(path_, "bytes");
   files_.SetAttributes(path_, kReadOnly);
   auto file = files_.Open(path_, OpenMode::kRead);
   EXPECT_EQ(Read(*file, 1, 3), "yte");
   EXPECT_TRUE(KindOf([&] { file->Write(0, "x"); }));
   // An older Windows keeps the name with its user; then it is told.
   const auto kept = KindOf([&] { files_.RemoveFile(path_); });
-  EXPECT_EQ(machine_->Exists(path_), kept == Error::Kind::kInUse);
+  EXPECT_EQ(test_->Exists(path_), kept == Error::Kind::kInUse);
   file.reset();
-  EXPECT_EQ(machine_->Exists(path_), kept == Error::Kind::kInUse);
+  EXPECT_EQ(test_->Exists(path_), kept == Error::Kind::kInUse);
 }
 
 TEST_F(RandomFileContract, TimesAreKeptToTheStep) {
@@ -83,10 +72,10 @@ TEST_F(RandomFileContract, FoldersAreMadeWithThoseAboveThem) {
   MakeFolders(files_, scratch_ + "a\\b\\c\\");
   MakeFolders(files_, scratch_ + "a\\b\\c");
   EXPECT_TRUE(files_.Look(scratch_ + "a\\b\\c")->is_folder);
-  machine_->MakeFile(scratch_ + "plain", "x");
+  test_->MakeFile(scratch_ + "plain", "x");
   EXPECT_TRUE(KindOf([&] { files_.CreateFolder(scratch_ + "plain"); }));
   EXPECT_TRUE(KindOf([&] { MakeFolders(files_, scratch_ + "plain\\below"); }));
-  machine_->MakeFolderLink(scratch_ + "link", scratch_ + "one");
+  test_->MakeFolderLink(scratch_ + "link", scratch_ + "one");
   EXPECT_TRUE(KindOf([&] { files_.CreateFolder(scratch_ + "link"); }));
 }
 

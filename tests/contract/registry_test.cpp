@@ -1,26 +1,16 @@
-#include <gtest/gtest.h>
-
-#include "contract/error_kind.h"
+#include "contract/contract_fixture.h"
 #include "platform/text.h"
-#include "support/test_machine.h"
 
 namespace quellix {
 namespace {
 
-constexpr auto kUser = RegistryRoot::kCurrentUser;
-constexpr auto kRead = RegistryAccess::kRead;
-constexpr auto kWrite = RegistryAccess::kWrite;
-
-class RegistryContract : public testing::Test {
- protected:
+struct RegistryContract : ContractFixture {
   void SetUp() override { test_->RemoveRegistryTree(kUser, key_); }
   void TearDown() override { test_->RemoveRegistryTree(kUser, key_); }
 
   std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) {
     return machine_.registry.Open(kUser, path, access);
   }
-  std::unique_ptr<TestMachine> test_ = TestMachine::Create();
-  Machine machine_ = test_->machine();
   const std::string key_ = "Software\\Quellix Contract";
 };
 
@@ -31,22 +21,20 @@ TEST_F(RegistryContract, ValuesOfEveryTypeAndNameComeBackAsStored) {
     const char* row;
     std::string name;
     RegistryValue value;
-  } kRows[] = {
-      {"text", "Text", {kRegSz, Text("C:\\Temp")}},
-      {"text without its NUL", "Open", {kRegSz, ToUtf16Bytes("abc")}},
-      {"expandable", "Expand", {kRegExpandSz, Text("%TEMP%\\x")}},
-      {"binary", "Binary", {kRegBinary, std::string("\0\1\xFF\0", 4)}},
-      {"number", "Number", {kRegDword, std::string("\4\3\2\1", 4)}},
-      {"texts", "Texts", {kRegMultiSz, Text("a") + Text("b") + std::string(2, '\0')}},
-      {"no type", "None", {kRegNone, "x"}},
-      {"no data", "Empty", {kRegBinary, ""}},
-      {"large", "Large", {kRegBinary, std::string(40000, 'L')}},
-      {"other type", "Qword", {11, std::string("12345678")}},
-      {"default value", "", {kRegSz, Text("default")}},
-      {"umlauts", "Größe", {kRegSz, Text("Grün")}},
-      {"Cyrillic", "Привет", {kRegSz, Text("Мир")}},
-      {"beyond the first plane", "😀", {kRegSz, Text("😀")}},
-  };
+  } kRows[] = {{"text", "Text", {kRegSz, Text("C:\\Temp")}},
+               {"text without its NUL", "Open", {kRegSz, ToUtf16Bytes("abc")}},
+               {"expandable", "Expand", {kRegExpandSz, Text("%TEMP%\\x")}},
+               {"binary", "Binary", {kRegBinary, std::string("\0\1\xFF\0", 4)}},
+               {"number", "Number", {kRegDword, std::string("\4\3\2\1", 4)}},
+               {"texts", "Texts", {kRegMultiSz, Text("a") + Text("b") + std::string(2, '\0')}},
+               {"no type", "None", {kRegNone, "x"}},
+               {"no data", "Empty", {kRegBinary, ""}},
+               {"large", "Large", {kRegBinary, std::string(40000, 'L')}},
+               {"other type", "Qword", {11, std::string("12345678")}},
+               {"default value", "", {kRegSz, Text("default")}},
+               {"umlauts", "Größe", {kRegSz, Text("Grün")}},
+               {"Cyrillic", "Привет", {kRegSz, Text("Мир")}},
+               {"beyond the first plane", "😀", {kRegSz, Text("😀")}}};
   for (const auto& row : kRows) test_->SetRegistryValue(kUser, key_, row.name, row.value);
   const auto key = Open(key_, kRead);
   ASSERT_TRUE(key);
@@ -57,7 +45,7 @@ TEST_F(RegistryContract, ValuesOfEveryTypeAndNameComeBackAsStored) {
     EXPECT_EQ(value->type, row.value.type);
     EXPECT_EQ(value->bytes, row.value.bytes);
   }
-  std::vector<std::string> seen;
+  Names seen;
   for (uint32_t i = 0; const auto info = key->ValueAt(i); ++i) {
     seen.push_back(info->name);
     EXPECT_EQ(info->size, key->QueryValue(info->name)->bytes.size()) << info->name;
@@ -72,7 +60,7 @@ TEST_F(RegistryContract, NamesCompareWithoutCaseInEveryScript) {
   ASSERT_TRUE(key);
   EXPECT_TRUE(key->QueryValue("GRÖßE"));
   key->SetValue("GRÖßE", {kRegSz, Text("2")});
-  EXPECT_EQ(test_->ValueNames(kUser, key_ + "\\ärger\\ключ"), std::vector<std::string>{"Größe"});
+  EXPECT_EQ(test_->ValueNames(kUser, key_ + "\\ärger\\ключ"), Names{"Größe"});
   EXPECT_TRUE(key->DeleteValue("gröSSe") == false && key->DeleteValue("größe"));
 }
 
@@ -80,14 +68,9 @@ TEST_F(RegistryContract, MissingIsNoError) {
   EXPECT_FALSE(Open(key_, kRead));
   test_->SetText(kUser, key_, "a", "1");
   const auto key = Open(key_, kWrite);
-  EXPECT_FALSE(key->Open("missing", kRead));
-  EXPECT_FALSE(key->Open("missing\\deeper", kWrite));
-  EXPECT_FALSE(key->QueryValue("missing"));
-  EXPECT_FALSE(key->QueryValue(""));
-  EXPECT_FALSE(key->DeleteValue("missing"));
-  EXPECT_FALSE(key->DeleteSubKey("missing"));
-  EXPECT_FALSE(key->ValueAt(1));
-  EXPECT_FALSE(key->SubKeyAt(0));
+  EXPECT_FALSE(key->Open("missing", kRead) || key->Open("missing\\deeper", kWrite));
+  EXPECT_FALSE(key->QueryValue("missing") || key->QueryValue("") || key->DeleteValue("missing"));
+  EXPECT_FALSE(key->DeleteSubKey("missing") || key->ValueAt(1) || key->SubKeyAt(0));
 }
 
 TEST_F(RegistryContract, AKeyTellsWhatItIsBySpellingsAndLinksAlike) {
@@ -115,15 +98,13 @@ TEST_F(RegistryContract, AKeyTellsWhatItIsBySpellingsAndLinksAlike) {
 TEST_F(RegistryContract, ValuesAreDeletedAndChangedWhileTheyAreListed) {
   for (const char* name : {"", "a", "b", "c", "ж"}) test_->SetText(kUser, key_, name, name);
   const auto key = Open(key_, kWrite);
-  EXPECT_TRUE(key->DeleteValue("B"));
-  EXPECT_FALSE(key->DeleteValue("b"));
-  EXPECT_EQ(test_->ValueNames(kUser, key_), (std::vector<std::string>{"", "a", "c", "ж"}));
+  EXPECT_TRUE(key->DeleteValue("B") && !key->DeleteValue("b"));
+  EXPECT_EQ(test_->ValueNames(kUser, key_), (Names{"", "a", "c", "ж"}));
   key->SetValue("a", {kRegDword, std::string("\1\0\0\0", 4)});
   EXPECT_EQ(key->QueryValue("a")->type, kRegDword);
   while (const auto value = key->ValueAt(0)) EXPECT_TRUE(key->DeleteValue(value->name));
   key->Flush();
-  EXPECT_TRUE(test_->ValueNames(kUser, key_).empty());
-  EXPECT_TRUE(test_->KeyExists(kUser, key_));
+  EXPECT_TRUE(test_->ValueNames(kUser, key_).empty() && test_->KeyExists(kUser, key_));
 }
 
 TEST_F(RegistryContract, OnlyAKeyWithoutSubKeysIsDeleted) {
@@ -131,10 +112,8 @@ TEST_F(RegistryContract, OnlyAKeyWithoutSubKeysIsDeleted) {
   const auto key = Open(key_, kWrite);
   EXPECT_EQ(KindOf([&] { key->DeleteSubKey("Parent"); }), Error::Kind::kNotEmpty);
   EXPECT_TRUE(test_->KeyExists(kUser, key_ + "\\Parent\\Child"));
-  EXPECT_TRUE(key->DeleteSubKey("PARENT\\child"));
-  EXPECT_TRUE(key->DeleteSubKey("Parent\\"));
-  EXPECT_FALSE(key->DeleteSubKey("Parent"));
-  EXPECT_FALSE(key->SubKeyAt(0));
+  EXPECT_TRUE(key->DeleteSubKey("PARENT\\child") && key->DeleteSubKey("Parent\\"));
+  EXPECT_FALSE(key->DeleteSubKey("Parent") || key->SubKeyAt(0));
 }
 
 TEST_F(RegistryContract, ADeniedKeyIsReadButNotChanged) {

@@ -1,49 +1,45 @@
-#include <gtest/gtest.h>
-
-#include "contract/error_kind.h"
-#include "support/test_machine.h"
+#include "contract/contract_fixture.h"
 
 namespace quellix {
 namespace {
 
-TEST(ShellContract, RecycledFilesAreCountedAndEmptied) {
-  const auto test = TestMachine::Create();
-  const Machine machine = test->machine();
-  const std::string scratch = test->Scratch();
-  machine.shell.EmptyRecycleBin();
-  EXPECT_EQ(machine.shell.QueryRecycleBin().items, 0u);
+struct ShellContract : ContractFixture {
+  Shell& shell_ = machine_.shell;
+};
+
+TEST_F(ShellContract, RecycledFilesAreCountedAndEmptied) {
+  shell_.EmptyRecycleBin();
+  EXPECT_EQ(shell_.QueryRecycleBin().items, 0u);
 
   const std::string names[] = {"plain.txt", "no extension", "Größe Ключ.dat", "read-only.txt"};
-  for (const std::string& name : names) test->MakeFile(scratch + name, "12345");
-  if (test->Can(Ability::kEmptyReadOnlyFiles)) {
-    machine.files.SetAttributes(scratch + "read-only.txt", kReadOnly);
+  for (const std::string& name : names) test_->MakeFile(scratch_ + name, "12345");
+  if (test_->Can(Ability::kEmptyReadOnlyFiles)) {
+    files_.SetAttributes(scratch_ + "read-only.txt", kReadOnly);
   }
   for (const std::string& name : names) {
-    machine.files.Recycle(scratch + name);
-    EXPECT_FALSE(test->Exists(scratch + name)) << name;
+    files_.Recycle(scratch_ + name);
+    EXPECT_FALSE(test_->Exists(scratch_ + name)) << name;
   }
-  EXPECT_EQ(machine.shell.QueryRecycleBin().items, std::size(names));
-  EXPECT_EQ(machine.shell.QueryRecycleBin().bytes, 5 * std::size(names));
+  EXPECT_EQ(shell_.QueryRecycleBin().items, std::size(names));
+  EXPECT_EQ(shell_.QueryRecycleBin().bytes, 5 * std::size(names));
 
-  machine.shell.EmptyRecycleBin();
-  EXPECT_EQ(machine.shell.QueryRecycleBin().items, 0u);
-  EXPECT_EQ(machine.shell.QueryRecycleBin().bytes, 0u);
-  EXPECT_NO_THROW(machine.shell.EmptyRecycleBin()) << "an empty bin is no error";
+  shell_.EmptyRecycleBin();
+  EXPECT_EQ(shell_.QueryRecycleBin().items, 0u);
+  EXPECT_EQ(shell_.QueryRecycleBin().bytes, 0u);
+  EXPECT_NO_THROW(shell_.EmptyRecycleBin()) << "an empty bin is no error";
 }
 
-TEST(ShellContract, AFileThatCannotBeRecycledStays) {
-  const auto test = TestMachine::Create();
-  const Machine machine = test->machine();
-  const std::string file = test->Scratch() + "locked\\file.txt";
-  test->MakeFile(file, "kept");
-  machine.shell.EmptyRecycleBin();
-  EXPECT_TRUE(KindOf([&] { machine.files.Recycle(test->Scratch() + "missing"); }));
+TEST_F(ShellContract, AFileThatCannotBeRecycledStays) {
+  const std::string file = scratch_ + "locked\\file.txt";
+  test_->MakeFile(file, "kept");
+  shell_.EmptyRecycleBin();
+  EXPECT_TRUE(KindOf([&] { files_.Recycle(scratch_ + "missing"); }));
   {
-    const auto lock = test->LockFile(file);
-    EXPECT_TRUE(KindOf([&] { machine.files.Recycle(file); }));
+    const auto lock = test_->LockFile(file);
+    EXPECT_TRUE(KindOf([&] { files_.Recycle(file); }));
   }
-  EXPECT_EQ(machine.files.ReadWholeFile(file), "kept");
-  EXPECT_EQ(machine.shell.QueryRecycleBin().items, 0u);
+  EXPECT_EQ(files_.ReadWholeFile(file), "kept");
+  EXPECT_EQ(shell_.QueryRecycleBin().items, 0u);
 }
 
 }  // namespace

@@ -1,18 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
+#include "contract/contract_fixture.h"
 #include "platform/locale.h"
 #include "platform/text.h"
-#include "support/test_machine.h"
 
 namespace quellix {
 namespace {
 
-class SystemContract : public testing::Test {
- protected:
-  std::unique_ptr<TestMachine> test_ = TestMachine::Create();
-  Machine machine_ = test_->machine();
+struct SystemContract : ContractFixture {
   System& system_ = machine_.system;
 };
 

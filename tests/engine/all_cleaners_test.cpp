@@ -53,21 +53,17 @@ class AllCleanersTest : public RunFixture {
     machine->MakeFile(scratch + "cookies\\me@go.txt", "12");
     machine->MakeFile(scratch + "cookies\\me@stay.txt", "12");
     machine->MakeFile(scratch + "cookies\\index.dat", "12");
-    ports.files.WriteWholeFile(
-        ports.program_folder + "\\ck.txt",
-        "x:\\none.txt\x01" + UpCase(scratch) + "COOKIES\\me@STAY.txt\x01\r\n");
+    WriteOwn("ck.txt", "x:\\none.txt\x01" + UpCase(scratch) + "COOKIES\\me@STAY.txt\x01\r\n");
     machine->MakeFile(scratch + "user.log", "1234567");
     machine->MakeFile(scratch + "mine\\sub\\a", "1");
     machine->MakeFile(scratch + "mine\\keep these\\b", "1");
     machine->MakeFile(scratch + "other keep these\\c", "1");
     machine->MakeFile(scratch + "appdata\\Microsoft\\Office\\Recent\\d", "12");
-    ports.files.WriteWholeFile(
-        ports.program_folder + "\\UDFI.txt",
-        "\r\n " + scratch + "user.log \r\n" + scratch + "missing\r\n" + scratch + "mine\r\n");
-    ports.files.WriteWholeFile(ports.program_folder + "\\UDFO.txt",
-                               "  " + scratch + "mine\\sub \r\n\r\n" + scratch + "none\r\n" +
-                                   scratch + "other keep these\r\n" + drive + "\r\nC\r\n");
-    ports.files.WriteWholeFile(ports.program_folder + "\\UDIFO.txt", "KEEP THESE\r\n");
+    WriteOwn("UDFI.txt",
+             "\r\n " + scratch + "user.log \r\n" + scratch + "missing\r\n" + scratch + "mine\r\n");
+    WriteOwn("UDFO.txt", "  " + scratch + "mine\\sub \r\n\r\n" + scratch + "none\r\n" + scratch +
+                             "other keep these\r\n" + drive + "\r\nC\r\n");
+    WriteOwn("UDIFO.txt", "KEEP THESE\r\n");
   }
 
   void SeedRegistry() {
@@ -132,7 +128,7 @@ class AllCleanersTest : public RunFixture {
 TEST_F(AllCleanersTest, EveryFileAreaIsCleanedAndItsNeighboursStay) {
   SeedFileAreas();
   SeedUserFiles();
-  engine.RunOneItem(*FindItem("CleanTempFiles"));
+  Clean("CleanTempFiles");
   machine->MakeFile(windows + "\\temp\\t", "123");
   Tick({"ActiveSetupClean", "CleanIndexer", "CleanUserFolders", "CleanUserFiles", "CleanRecentDocs",
         "CleanPrinter", "CleanMemDump", "CleanOffline", "CleanActiveX"});
@@ -183,7 +179,7 @@ TEST_F(AllCleanersTest, EveryFileAreaIsCleanedAndItsNeighboursStay) {
 
 TEST_F(AllCleanersTest, CookiesOnTheKeepListStay) {
   SeedUserFiles();
-  engine.RunOneItem(*FindItem("CleanCookies"));
+  Clean("CleanCookies");
   EXPECT_NE(view.report->log.find("Cookies... Files Deleted: 1 Space Gained: 2 Bytes\r\n"),
             std::string::npos)
       << view.report->log;
@@ -263,7 +259,7 @@ TEST_F(AllCleanersTest, OddRegistryFoldersHarmNothing) {
     machine->SetRegistryValue(
         kHklm, "System\\CurrentControlSet\\Control\\Print\\Printers", "DefaultspoolDirectory",
         {row.type, row.type == kRegDword ? row.value : ToUtf16Bytes(row.value + '\0')});
-    engine.RunOneItem(*FindItem("CleanPrinter"));
+    Clean("CleanPrinter");
     EXPECT_EQ(engine.state().RunFilesDeleted, row.removed);
     EXPECT_EQ(view.report->log.find("is not cleaned") != std::string::npos, row.refused);
     EXPECT_TRUE(view.criticals.empty());

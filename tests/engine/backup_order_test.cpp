@@ -1,5 +1,3 @@
-#include <set>
-
 #include "backup/leftovers.h"
 #include "backup/registry_undo.h"
 #include "support/backup_fixture.h"
@@ -14,8 +12,7 @@ struct DiskOrder {
   int files_flushed = 0;
 };
 
-class WatchedFile : public ForwardingFile {
- public:
+struct WatchedFile : ForwardingFile {
   WatchedFile(std::unique_ptr<RandomFile> file, std::string path, DiskOrder& order)
       : ForwardingFile(std::move(file)), path_(std::move(path)), order_(order) {}
   void Write(uint64_t offset, std::string_view bytes) override {
@@ -28,13 +25,11 @@ class WatchedFile : public ForwardingFile {
     ++order_.files_flushed;
   }
 
- private:
   std::string path_;
   DiskOrder& order_;
 };
 
-class WatchedFolder : public ForwardingFolder {
- public:
+struct WatchedFolder : ForwardingFolder {
   WatchedFolder(std::unique_ptr<Folder> folder, std::string path, DiskOrder& order)
       : ForwardingFolder(std::move(folder)), path_(std::move(path)), order_(order) {}
   std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
@@ -58,12 +53,11 @@ class WatchedFolder : public ForwardingFolder {
     order_.unflushed.erase(path_);
   }
 
- private:
   std::string path_;
   DiskOrder& order_;
 };
 
-class BackupOrderTest : public BackupFixture {};
+using BackupOrderTest = BackupFixture;
 
 TEST_F(BackupOrderTest, WhatIsWrittenIsOnTheDiskBeforeNamesChangeAndFilesGo) {
   DiskOrder order;
@@ -80,19 +74,15 @@ TEST_F(BackupOrderTest, WhatIsWrittenIsOnTheDiskBeforeNamesChangeAndFilesGo) {
     run.RunOneItem(*FindItem("CleanTempFiles"));
     EXPECT_GE(run.state().RunFilesDeleted, 2) << "the system may keep files of its own there";
   };
-  const struct {
-    const char* name;
-    std::function<void()> work;
-    int least;  // files flushed
-  } kRows[] = {
+  // least: files flushed.
+  const std::tuple<const char*, std::function<void()>, int> kRows[] = {
       {"wipe byte by byte", [&] { clean("W"); }, 10},
       {"wipe", [&] { clean("W\r\nWipeStep=4096"); }, 2},
       {"back up", [&] { clean("B"); }, 2},
       {"restore", [&] { there.Restore(OnlyArchive(), {}, prompts, {}); }, 2},
       {"repair",
        [&] {
-         const std::string archive = safe + OnlyArchive();
-         ports.files.Open(archive, OpenMode::kWrite)->Resize(Read(archive).size() - 5);
+         CutArchive();
          EXPECT_NE(there.Repair(OnlyArchive()), "");
        },
        1},
@@ -103,14 +93,13 @@ TEST_F(BackupOrderTest, WhatIsWrittenIsOnTheDiskBeforeNamesChangeAndFilesGo) {
          undo.AddValue(ports.registry, kUser, kRunMruKey, "a");
          undo.Store(watched, safe);
        },
-       1},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
+       1}};
+  for (const auto& [what, work, least] : kRows) {
+    SCOPED_TRACE(what);
     order = {};
-    row.work();
+    work();
     EXPECT_EQ(order.unflushed, std::set<std::string>());
-    EXPECT_GE(order.files_flushed, row.least);
+    EXPECT_GE(order.files_flushed, least);
   }
 }
 

@@ -1,12 +1,9 @@
-#include <algorithm>
-
 #include "support/backup_fixture.h"
 
 namespace quellix {
 namespace {
 
-class BackupRepairTest : public BackupFixture {
- protected:
+struct BackupRepairTest : BackupFixture {
   std::string MakeArchive() {
     machine->MakeFile(tree + "1", "");
     machine->MakeFile(tree + "2", "deflated deflated deflated deflated");
@@ -55,44 +52,44 @@ TEST_F(BackupRepairTest, CutOffAnywhereEveryCompleteEntryIsReadAndKept) {
   }
 }
 
-TEST_F(BackupRepairTest, DamageOfEveryKindIsReadAsItIsAndRepairedOnRequest) {
-  const std::string archive = MakeArchive();
-  const std::string whole = Read(archive);
-  const std::vector<uint64_t> ends = Ends(archive);
+struct Damage {
+  const char* what;
+  std::string bytes;
+  uint64_t entries, damaged, unverified;
+  bool incomplete;
+  const char* problem = "";
+};
+
+// Of an archive, by where its entries end.
+std::vector<Damage> Damages(const std::string& whole, const std::vector<uint64_t>& ends) {
   const std::string entries = whole.substr(0, ends.back());
   const auto with = [&](const std::string& bytes, uint64_t at, const std::string& change) {
     return std::string(bytes).replace(static_cast<size_t>(at), change.size(), change);
   };
-  const std::string unknown("\x0E\0", 2), locked("\x01\x08", 2);
+  const std::string unknown("\x0E\0", 2), locked("\x01\x08", 2), comment(0xFFFF, 'c');
   std::string unfinished = with(entries, ends[1] + 14, std::string(12, '\0'));
   unfinished = with(unfinished, ends[1] + 8, std::string("\x08\0", 2));
-  const std::string comment(0xFFFF, 'c');
-  struct Row {
-    const char* what;
-    std::string bytes;
-    uint64_t entries, damaged, unverified;
-    bool incomplete;
-    const char* problem = "";
-  };
-  const Row rows[] = {
-      {"garbage behind the end", whole + "garbage", 3, 0, 0, false},
-      {"a comment of the greatest length", whole.substr(0, whole.size() - 2) + "\xFF\xFF" + comment,
-       3, 0, 0, false},
-      {"garbage behind the entries", entries + std::string(5000, '\xEE'), 3, 0, 0, true},
-      {"a bad byte in the data", with(entries, ends[1] - 3, "?"), 2, 1, 0, true},
-      {"another checksum", with(entries, ends[0] + 14, "?"), 2, 1, 0, true},
-      {"a bad header in the middle", with(entries, ends[0], "?"), 2, 1, 0, true},
-      {"a bad header at the start", with(entries, 0, "?"), 2, 1, 0, true},
-      {"a length beyond the end", with(entries, ends[0] + 20, "\1"), 2, 1, 0, true},
-      {"a length that skips the next", with(entries, ends[0] + 18, "\x7F"), 2, 1, 0, true},
-      {"a long name", with(entries, ends[0] + 26, "\xFF"), 2, 1, 0, true},
-      {"an entry that was being written", unfinished, 2, 0, 0, true},
-      {"another archive's directory", entries + whole.substr(ends.back() + 7), 3, 0, 0, true},
-      {"an encrypted entry", with(entries, ends[0] + 6, locked), 3, 0, 1, true},
-      {"an entry packed otherwise", with(entries, ends[0] + 8, unknown), 2, 0, 1, true},
-      {"no archive", "MZ this is a program", 0, 0, 0, false, "is not a zip archive."},
-  };
-  for (const Row& row : rows) {
+  return {{"garbage behind the end", whole + "garbage", 3, 0, 0, false},
+          {"a comment of the greatest length",
+           whole.substr(0, whole.size() - 2) + "\xFF\xFF" + comment, 3, 0, 0, false},
+          {"garbage behind the entries", entries + std::string(5000, '\xEE'), 3, 0, 0, true},
+          {"a bad byte in the data", with(entries, ends[1] - 3, "?"), 2, 1, 0, true},
+          {"another checksum", with(entries, ends[0] + 14, "?"), 2, 1, 0, true},
+          {"a bad header in the middle", with(entries, ends[0], "?"), 2, 1, 0, true},
+          {"a bad header at the start", with(entries, 0, "?"), 2, 1, 0, true},
+          {"a length beyond the end", with(entries, ends[0] + 20, "\1"), 2, 1, 0, true},
+          {"a length that skips the next", with(entries, ends[0] + 18, "\x7F"), 2, 1, 0, true},
+          {"a long name", with(entries, ends[0] + 26, "\xFF"), 2, 1, 0, true},
+          {"an entry that was being written", unfinished, 2, 0, 0, true},
+          {"another archive's directory", entries + whole.substr(ends.back() + 7), 3, 0, 0, true},
+          {"an encrypted entry", with(entries, ends[0] + 6, locked), 3, 0, 1, true},
+          {"an entry packed otherwise", with(entries, ends[0] + 8, unknown), 2, 0, 1, true},
+          {"no archive", "MZ this is a program", 0, 0, 0, false, "is not a zip archive."}};
+}
+
+TEST_F(BackupRepairTest, DamageOfEveryKindIsReadAsItIsAndRepairedOnRequest) {
+  const std::string archive = MakeArchive(), whole = Read(archive);
+  for (const Damage& row : Damages(whole, Ends(archive))) {
     SCOPED_TRACE(row.what);
     ports.files.WriteWholeFile(archive, row.bytes);
     const BackupInfo info = Describe(NamePart(archive));
@@ -156,8 +153,7 @@ TEST_F(BackupRepairTest, HostileEntriesFailCleanly) {
       {"packed strangely", 8, 10, std::string("\x0E\0", 2),
        "is packed in a way that is not supported."},
       {"a bomb", 22, 24, std::string("\0\0\0\x7F", 4), "is damaged."},
-      {"smaller than its data", 22, 24, std::string("\1\0\0\0", 4), "is damaged."},
-  };
+      {"smaller than its data", 22, 24, std::string("\1\0\0\0", 4), "is damaged."}};
   const std::string target = Stored(tree + "2");
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
@@ -172,7 +168,7 @@ TEST_F(BackupRepairTest, HostileEntriesFailCleanly) {
     EXPECT_EQ(result.restored, 2u);
     ASSERT_EQ(result.problems.size(), 1u);
     EXPECT_TRUE(result.problems[0].ends_with(row.problem)) << result.problems[0];
-    EXPECT_EQ(machine->Tree(tree), (std::vector<std::string>{"1", "3"}));
+    EXPECT_EQ(machine->Tree(tree), (Names{"1", "3"}));
   }
 }
 

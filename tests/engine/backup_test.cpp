@@ -10,25 +10,20 @@ namespace {
 class BackupTest : public BackupFixture {};
 
 TEST(BackupNamesTest, HourAndSecondHaveNoLeadingZero) {
-  struct Row {
-    LocalTime time;
-    const char* name;
-    bool dated;  // the digits can be read in one way only
-  };
-  const Row rows[] = {
+  // dated: the digits can be read in one way only.
+  const std::tuple<LocalTime, const char*, bool> rows[] = {
       {{2026, 11, 14, 9, 5, 7}, "C_141120269057.zip", true},
       {{2026, 1, 2, 0, 0, 0}, "C_020120260000.zip", true},
       {{1999, 12, 31, 23, 59, 59}, "C_31121999235959.zip", true},
       {{2026, 11, 14, 9, 5, 12}, "C_1411202690512.zip", true},
-      {{2026, 11, 14, 1, 11, 11}, "C_1411202611111.zip", false},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(BackupArchiveName("C_", row.time), row.name);
-    const auto date = DateOfArchive(row.name);
-    ASSERT_EQ(date.has_value(), row.dated);
+      {{2026, 11, 14, 1, 11, 11}, "C_1411202611111.zip", false}};
+  for (const auto& [time, what, dated] : rows) {
+    SCOPED_TRACE(what);
+    EXPECT_EQ(BackupArchiveName("C_", time), what);
+    const auto date = DateOfArchive(what);
+    ASSERT_EQ(date.has_value(), dated);
     if (date) {
-      EXPECT_EQ(BackupArchiveName("C_", *date), row.name);
+      EXPECT_EQ(BackupArchiveName("C_", *date), what);
     }
   }
   for (const char* name : {"C_.zip", "C_14112026.zip", "C_99992026111.zip", "C_14112026905x.zip"}) {
@@ -54,8 +49,7 @@ TEST_F(BackupTest, EveryKindOfFileIsInTheArchiveAndGone) {
       {"\xE6\x97\xA5\xE6\x9C\xAC \xD0\x96", "names of any script"},
       {"deep\\er\\one.bin", std::string("\0\1\2\xFF", 4)},
       {"exactly.dat", std::string(1 << 20, 'y')},
-      {"large.dat", std::string(3 << 20, 'x') + "end"},
-  };
+      {"large.dat", std::string(3 << 20, 'x') + "end"}};
   std::map<std::string, std::string> want;
   for (const auto& [name, bytes] : files) {
     machine->MakeFile(tree + name, bytes);
@@ -124,7 +118,7 @@ TEST_F(BackupTest, WhatOthersNamedAsAnArchiveStaysAsItIs) {
 TEST_F(BackupTest, ABackupFolderIsProvenBeforeItIsUsed) {
   machine->MakeFile(scratch + "file", "x");
   EXPECT_EQ(WhyBackupFolderCannotBeUsed(ports.files, scratch + "new\\er\\"), "");
-  EXPECT_EQ(machine->Tree(scratch + "new"), std::vector<std::string>{"er\\"});
+  EXPECT_EQ(machine->Tree(scratch + "new"), Names{"er\\"});
   for (const std::string& folder :
        {scratch + "file\\", scratch + "file\\below\\", std::string("Q:\\safe\\")}) {
     const std::string why = WhyBackupFolderCannotBeUsed(ports.files, folder);
@@ -184,9 +178,9 @@ TEST_F(BackupTest, StrictlyAFileThatChangesAfterItWasArchivedStays) {
     static_cast<RunTotals&>(state) = {};
     state.BackupDrive = drive;
     CleanInOrder({"a", "b"});
-    EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"a"});
+    EXPECT_EQ(machine->Tree(tree), Names{"a"});
     EXPECT_EQ(Read(tree + "a"), row.bytes);
-    EXPECT_NE(StayedNames(state, 9).find("it changed after it was archived"), std::string::npos);
+    EXPECT_TRUE(Holds(StayedNames(state, 9), "it changed after it was archived"));
     EXPECT_TRUE(state.SomeFilesLocked);
     EXPECT_EQ(state.FilesBackedUp, 1);
   }
@@ -198,7 +192,7 @@ TEST_F(BackupTest, ALockedFileStaysAndTheOthersGo) {
     const auto lock = machine->LockFile(tree + "b");
     Clean(tree);
   }
-  EXPECT_EQ(machine->Tree(tree), std::vector<std::string>{"b"});
+  EXPECT_EQ(machine->Tree(tree), Names{"b"});
   EXPECT_TRUE(state.SomeFilesLocked);
   EXPECT_EQ(state.RunFilesDeleted, 2);
   const auto content = Content(safe + OnlyArchive());
@@ -227,7 +221,7 @@ TEST_F(BackupTest, StopLeavesWhatIsNotGoneYetAndTheArchiveOnRequest) {
     for (const char* name : {"a", "b", "c"}) machine->MakeFile(tree + name, name);
     StopWhenStatusBegins("Deleting file: " + tree + "b");
     CleanInOrder({"a", "b", "c"});
-    EXPECT_EQ(machine->Tree(tree), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(machine->Tree(tree), (Names{"a", "b", "c"}));
     EXPECT_EQ(view.statuses.back(), "Aborted by user");
     EXPECT_EQ(Archives().size(), keep ? 1u : 0u);
   }
@@ -251,12 +245,11 @@ TEST_F(BackupTest, StopDuringALargeFileLeavesIt) {
   mod_zip.OnPause([&](const Progress&) { return state.AbortRequested = true; });
   Clean(tree);
   EXPECT_TRUE(machine->Exists(tree + "large"));
-  EXPECT_EQ(Archives(), std::vector<std::string>());
+  EXPECT_EQ(Archives(), Names());
 }
 
 // Gives more or fewer bytes than it said when it was opened.
-class ChangingFile : public RandomFile {
- public:
+struct ChangingFile : RandomFile {
   ChangingFile(uint64_t said, std::string bytes) : said_(said), bytes_(std::move(bytes)) {}
   uint64_t Size() const override { return said_; }
   size_t Read(uint64_t offset, std::span<char> buffer) override {
@@ -272,7 +265,6 @@ class ChangingFile : public RandomFile {
   void SetTimes(const FileTimes&) override {}
   uint64_t fails_from = UINT64_MAX;
 
- private:
   uint64_t said_;
   std::string bytes_;
 };
@@ -317,7 +309,7 @@ TEST_F(BackupTest, AFileThatCannotBeReadLeavesNoArchive) {
   zip.MakeBackupArchiveName(safe, "C_");
   EXPECT_THROW(zip.BackupFile(*files.OpenFolder(tree), tree + "a"), Error);
   zip.Close();
-  EXPECT_EQ(Archives(), std::vector<std::string>());
+  EXPECT_EQ(Archives(), Names());
 }
 
 }  // namespace

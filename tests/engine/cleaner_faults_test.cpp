@@ -1,4 +1,5 @@
 #include "cleaners/mod_mozilla.h"
+#include "run/stayed.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -7,8 +8,7 @@ namespace {
 constexpr const char* kShellFoldersKey =
     "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
 
-class CleanerFaultsTest : public RunFixture {
- protected:
+struct CleanerFaultsTest : RunFixture {
   std::string Profiles() const {
     return ports.system.Environment("USERPROFILE").value() +
            "\\Application Data\\Mozilla\\Firefox\\Profiles\\";
@@ -30,37 +30,23 @@ TEST_F(CleanerFaultsTest, AFailingItemShowsItsMessageWritesNoLineAndTheNextOneRu
        "User-defined folders"},
       {"CleanUserFiles", "UDFI.txt", "There was an error in cleaning User Defined Files",
        "User-defined files"},
-      {"CleanCookies", "ck.txt", "There was an error in cleaning Cookies. ", "Cookies"},
-  };
-  for (const Row& row : rows) machine->MakeFolder(ports.program_folder + "\\" + row.in_the_way);
+      {"CleanCookies", "ck.txt", "There was an error in cleaning Cookies. ", "Cookies"}};
+  for (const Row& row : rows) machine->MakeFolder(own + row.in_the_way);
   Tick({"CleanUserFolders", "CleanUserFiles", "CleanCookies", "CleanTempFiles", "CleanTypedURL"});
   engine.RunCleaning();
   ASSERT_EQ(view.criticals.size(), std::size(rows));
   for (size_t i = 0; i < std::size(rows); ++i) {
     SCOPED_TRACE(rows[i].key);
     EXPECT_TRUE(view.criticals[i].starts_with(rows[i].message)) << view.criticals[i];
-    EXPECT_NE(view.criticals[i].find(rows[i].in_the_way), std::string::npos) << view.criticals[i];
-    EXPECT_EQ(view.report->log.find(rows[i].caption), std::string::npos);
+    EXPECT_TRUE(Holds(view.criticals[i], rows[i].in_the_way));
+    EXPECT_FALSE(Holds(view.report->log, rows[i].caption));
   }
-  EXPECT_NE(view.report->log.find("Temporary files... "), std::string::npos);
-  EXPECT_NE(view.report->log.find("Typed URLs... "), std::string::npos);
+  EXPECT_TRUE(Holds(view.report->log, "Temporary files... "));
+  EXPECT_TRUE(Holds(view.report->log, "Typed URLs... "));
   EXPECT_EQ(view.commands, Commands{});
   EXPECT_FALSE(view.current_item_shown);
   EXPECT_TRUE(engine.state().SomeErrors);
   EXPECT_EQ(view.report->outcomes[2], Outcome::kFailed);
-}
-
-TEST_F(CleanerFaultsTest, ALongListGoesInPortionsOf256) {
-  machine->RemoveRegistryTree(kUser, kRunMruKey);
-  for (int i = 0; i < 600; ++i) {
-    machine->SetText(kUser, kRunMruKey, "v" + std::to_string(i), "cmd");
-  }
-  for (const char* count : {"256", "256", "88", "0"}) {
-    engine.RunOneItem(*FindItem("CleanRunMRU"));
-    EXPECT_TRUE(view.report->log.starts_with(std::string("Windows run history... Files Deleted: ") +
-                                             count + "\r\n"))
-        << view.report->log;
-  }
 }
 
 TEST_F(CleanerFaultsTest, AListGoesToItsEndWhenTheSettingsSaySo) {
@@ -77,7 +63,7 @@ TEST_F(CleanerFaultsTest, AListGoesToItsEndWhenTheSettingsSaySo) {
       machine->SetText(kUser, kRunMruKey, "v" + std::to_string(i), "cmd");
     }
     WriteSettings(row.settings);
-    engine.RunOneItem(*FindItem("CleanRunMRU"));
+    Clean("CleanRunMRU");
     EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), row.left);
     EXPECT_TRUE(view.report->log.starts_with(
         "Windows run history... Files Deleted: " + std::to_string(301 - row.left) + "\r\n"))
@@ -85,23 +71,18 @@ TEST_F(CleanerFaultsTest, AListGoesToItsEndWhenTheSettingsSaySo) {
   }
 }
 
-TEST_F(CleanerFaultsTest, OddValueNamesAreDeletedLikeOthers) {
-  machine->RemoveRegistryTree(kUser, kTypedUrlsKey);
-  for (const char* name : {"", "two words", "\xD0\xB6\xD1\x83\xD0\xBA", "a%20b"}) {
-    machine->SetText(kUser, kTypedUrlsKey, name, "http://example.org/");
-  }
-  engine.RunOneItem(*FindItem("CleanTypedURL"));
-  EXPECT_TRUE(machine->ValueNames(kUser, kTypedUrlsKey).empty());
-  EXPECT_TRUE(view.report->log.starts_with("Typed URLs... Files Deleted: 4\r\n"));
-}
-
 TEST_F(CleanerFaultsTest, AFirefoxProfileIsNotLeftThroughALink) {
   machine->MakeFile(scratch + "outside\\history.dat", "dear");
   machine->MakeFile(scratch + "profile\\history.dat", "junk");
   machine->MakeFolderLink(scratch + "profile\\link", scratch + "outside");
+  {
+    const auto lock = machine->LockFile(scratch + "profile\\history.dat");
+    modMozilla::FindMozillaFiles(context, scratch + "profile", "history.dat");
+    EXPECT_TRUE(Holds(StayedNames(engine.state(), 9), "history.dat"));
+  }
   EXPECT_EQ(modMozilla::FindMozillaFiles(context, scratch + "profile", "history.dat"), 4);
   EXPECT_EQ(machine->Exists(scratch + "profile\\history.dat"), false);
-  EXPECT_EQ(ports.files.ReadWholeFile(scratch + "outside\\history.dat"), "dear");
+  EXPECT_EQ(Read(scratch + "outside\\history.dat"), "dear");
 }
 
 TEST_F(CleanerFaultsTest, StopLeavesTheRestOfFirefoxAlone) {
@@ -125,13 +106,12 @@ TEST_F(CleanerFaultsTest, ListsWithFoldersInsideFoldersCountEachFileOnce) {
   machine->MakeFile(scratch + "a\\b\\1", "1");
   machine->MakeFile(scratch + "a\\2", "1");
   machine->SetText(kUser, kShellFoldersKey, "AppData", scratch + "none");
-  engine.RunOneItem(*FindItem("CleanTempFiles"));
-  ports.files.WriteWholeFile(ports.program_folder + "\\UDFO.txt",
-                             scratch + "a\r\n" + scratch + "a\\b\r\n" + scratch + "a\r\n");
-  engine.RunOneItem(*FindItem("CleanUserFolders"));
+  Clean("CleanTempFiles");
+  WriteOwn("UDFO.txt", scratch + "a\r\n" + scratch + "a\\b\r\n" + scratch + "a\r\n");
+  Clean("CleanUserFolders");
   EXPECT_EQ(engine.state().RunFilesDeleted, 2);
   EXPECT_FALSE(engine.state().SomeFilesLocked);
-  EXPECT_EQ(machine->Tree(scratch), (std::vector<std::string>{"a\\", "a\\b\\"}));
+  EXPECT_EQ(machine->Tree(scratch), (Names{"a\\", "a\\b\\"}));
 }
 
 }  // namespace

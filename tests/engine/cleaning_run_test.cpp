@@ -9,8 +9,7 @@
 namespace quellix {
 namespace {
 
-class CleaningRunTest : public RunFixture {
- protected:
+struct CleaningRunTest : RunFixture {
   // A user's traces: three temporary files with 3,000 bytes in nested folders, two recycled files
   // with 7 bytes, a Run history of two entries and its order, one typed URL.
   void SeedUser() {
@@ -31,7 +30,7 @@ class CleaningRunTest : public RunFixture {
   }
   void ClearTemp() {
     state().RemovalMode = kDelete;
-    engine.RunOneItem(*FindItem("CleanTempFiles"));
+    Clean("CleanTempFiles");
     ASSERT_TRUE(machine->Tree(temp).empty());
     view.statuses.clear();
     view.report.reset();
@@ -58,15 +57,13 @@ TEST_F(CleaningRunTest, AWholeRunRemovesLogsAndLeavesNothingForASecondOne) {
   using enum Outcome;
   EXPECT_EQ(view.report->outcomes, (std::array<Outcome, 6>{kCleaned, kCleaned, kCleaned, kNotChosen,
                                                            kNotChosen, kCleaned}));
-  EXPECT_TRUE(machine->Tree(temp).empty());
-  EXPECT_TRUE(machine->Exists(temp));
+  EXPECT_TRUE(machine->Tree(temp).empty() && machine->Exists(temp));
   EXPECT_EQ(ports.shell.QueryRecycleBin().items, 0u);
   EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
   EXPECT_TRUE(machine->KeyExists(kUser, kRunMruKey));
   EXPECT_TRUE(machine->ValueNames(kUser, kTypedUrlsKey).empty());
-  EXPECT_EQ(view.items,
-            (std::vector<std::string>{"CleanTempFiles", "CleanRecycleBin", "CleanTempFiles",
-                                      "CleanRunMRU", "CleanTypedURL"}));
+  EXPECT_EQ(view.items, (Names{"CleanTempFiles", "CleanRecycleBin", "CleanTempFiles", "CleanRunMRU",
+                               "CleanTypedURL"}));
   EXPECT_EQ(view.commands, Commands{});
   EXPECT_EQ(view.statuses.back(), "");
   EXPECT_FALSE(view.current_item_shown);
@@ -99,8 +96,7 @@ TEST_F(CleaningRunTest, LockedFilesStayUncountedAndAreToldOnce) {
       Log().starts_with("Temporary files... Files Deleted: 2 Space Gained: 1,000 Bytes\r\n\r\n" +
                         kLine + "\r\nFiles Deleted:  2   Space Gained:  1,000 Bytes\r\n\r\n"))
       << Log();
-  EXPECT_EQ(machine->Tree(temp),
-            (std::vector<std::string>{"sub\\", "sub\\deep\\", "sub\\deep\\b.dat"}));
+  EXPECT_EQ(machine->Tree(temp), (Names{"sub\\", "sub\\deep\\", "sub\\deep\\b.dat"}));
 }
 
 TEST_F(CleaningRunTest, WhatFindsNothingOfItsKindSaysSoAndCountsAsSuch) {
@@ -112,13 +108,12 @@ TEST_F(CleaningRunTest, WhatFindsNothingOfItsKindSaysSoAndCountsAsSuch) {
   EXPECT_EQ(view.report->outcomes,
             (std::array<Outcome, 6>{kCleaned, kCleaned, kNothingFound, kNothingFound, kNothingFound,
                                     kCleaned}));
-  EXPECT_NE(Log().find("Plugins: nothing of this kind was found. No plug-in is ticked.\r\n"
-                       "Windows run history... Files Deleted: 3\r\n"
-                       "Typed URLs... Files Deleted: 0\r\n"
-                       "Typed URLs (Internet Explorer): nothing of this kind was found.\r\n"
-                       "Cache (Firefox): nothing of this kind was found. "),
-            std::string::npos)
-      << Log();
+  EXPECT_TRUE(Holds(Log(),
+                    "Plugins: nothing of this kind was found. No plug-in is ticked.\r\n"
+                    "Windows run history... Files Deleted: 3\r\n"
+                    "Typed URLs... Files Deleted: 0\r\n"
+                    "Typed URLs (Internet Explorer): nothing of this kind was found.\r\n"
+                    "Cache (Firefox): nothing of this kind was found. "));
   EXPECT_EQ(OutcomeText(kCleaned), "Cleaned");
   for (const Outcome outcome : {kNotChosen, kNothingFound, kNotPossible, kFailed}) {
     EXPECT_TRUE(OutcomeText(outcome).starts_with("Not Cleaned: "));
@@ -172,44 +167,40 @@ TEST_F(CleaningRunTest, WithoutAUsableBackupFolderOnlyWhoAgreesCleans) {
 TEST_F(CleaningRunTest, WhatStaysIsNamedWithTheReason) {
   constexpr const char* kLocked = "Some files were not deleted because they were locked or in use.";
   constexpr const char* kOther = "Some files were not deleted for the reasons that stand behind";
-  const struct {
-    const char* name;
-    int locked, denied;
-    const char *first, *last;  // lines of the list
-  } kRows[] = {
+  // last: lines of the list.
+  const std::tuple<const char*, int, int, const char*, const char*> kRows[] = {
       {"none", 0, 0, "", ""},
       {"locked", 1, 0, "C:\\locked 0: In use.", ""},
       {"denied", 0, 2, "Cannot delete C:\\denied 0: denied.",
        "Cannot delete C:\\denied 1: denied."},
       {"both, many", 3, 250, "C:\\locked 0: In use.",
-       "and 53 more; the log names them when it is saved."},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
+       "and 53 more; the log names them when it is saved."}};
+  for (const auto& [name, locked, denied, first, last] : kRows) {
+    SCOPED_TRACE(name);
     ASSERT_TRUE(BeginRun(context, 1));
-    for (int i = 0; i < row.locked; ++i) {
+    for (int i = 0; i < locked; ++i) {
       const std::string path = "C:\\locked " + std::to_string(i);
       NoteStayed(state(), path, "In use.", Error::Kind::kInUse);
       NoteStayed(state(), UpCase(path), "Met again.", Error::Kind::kInUse);
     }
-    for (int i = 0; i < row.denied; ++i) {
+    for (int i = 0; i < denied; ++i) {
       const std::string path = "C:\\denied " + std::to_string(i);
       NoteStayed(state(), path, "Cannot delete " + path + ": denied.", Error::Kind::kDenied);
     }
     AppendSummary(context);
     const RunReport report = MakeReport(state(), ports.system.UserLocale());
-    EXPECT_EQ(report.log.find(kLocked) != std::string::npos, row.locked > 0);
-    EXPECT_EQ(report.log.find(kOther) != std::string::npos, row.denied > 0);
-    EXPECT_EQ(ExitCodeOf(state()), row.locked + row.denied > 0 ? kSomeFilesStayed : kDone);
-    EXPECT_NE(report.log.find(row.first), std::string::npos) << report.log;
-    EXPECT_TRUE(report.log.ends_with(row.last)) << report.log;
+    EXPECT_EQ(report.log.find(kLocked) != std::string::npos, locked > 0);
+    EXPECT_EQ(report.log.find(kOther) != std::string::npos, denied > 0);
+    EXPECT_EQ(ExitCodeOf(state()), locked + denied > 0 ? kSomeFilesStayed : kDone);
+    EXPECT_TRUE(Holds(report.log, first));
+    EXPECT_TRUE(report.log.ends_with(last)) << report.log;
     const auto lines = [](const std::string& log) {
       const size_t list = log.find("Not deleted:");
       return list == log.npos ? 0
                               : std::count(log.begin() + static_cast<long>(list), log.end(), '\n');
     };
-    EXPECT_EQ(lines(report.full_log), row.locked + row.denied);
-    EXPECT_EQ(lines(report.log), row.denied > 200 ? 201 : row.locked + row.denied);
+    EXPECT_EQ(lines(report.full_log), locked + denied);
+    EXPECT_EQ(lines(report.log), denied > 200 ? 201 : locked + denied);
   }
 }
 
@@ -227,7 +218,7 @@ TEST_F(CleaningRunTest, StopEndsTheRunBetweenFilesWithoutASummary) {
   // The next run starts afresh.
   view.on_status = nullptr;
   engine.RunCleaning();
-  EXPECT_NE(Log().find("Temporary files... Files Deleted: 2 "), std::string::npos) << Log();
+  EXPECT_TRUE(Holds(Log(), "Temporary files... Files Deleted: 2 "));
 }
 
 TEST_F(CleaningRunTest, StopDuringTheFirstItemsTakesEffectBehindTheFourth) {
@@ -240,15 +231,6 @@ TEST_F(CleaningRunTest, StopDuringTheFirstItemsTakesEffectBehindTheFourth) {
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
 }
 
-TEST_F(CleaningRunTest, OneItemRunsWhateverItsBoxSays) {
-  SeedUser();
-  Tick({"CleanTempFiles"});
-  engine.RunOneItem(*FindItem("CleanRunMRU"));
-  EXPECT_EQ(Log(), "Windows run history... Files Deleted: 3\r\n\r\n" + kLine +
-                       "\r\nFiles Deleted:  0   Space Gained:  0 Bytes");
-  EXPECT_EQ(machine->Tree(temp).size(), 6u);
-}
-
 TEST_F(CleaningRunTest, AHiddenRunShowsNothing) {
   SeedUser();
   Tick({"CleanTempFiles"});
@@ -256,22 +238,20 @@ TEST_F(CleaningRunTest, AHiddenRunShowsNothing) {
   state().Hidden = true;
   engine.RunCleaning();
   EXPECT_FALSE(view.report);
-  EXPECT_NE(view.kept->log.find("Temporary files... Files Deleted: 3"), std::string::npos);
+  EXPECT_TRUE(Holds(view.kept->log, "Temporary files... Files Deleted: 3"));
   EXPECT_EQ(BriefReport(context), "Cleaned by itself: 3 files, 2.93 KB.");
   EXPECT_TRUE(machine->Tree(temp).empty());
 }
 
 TEST_F(CleaningRunTest, SettingsThatCannotBeSavedAreSaidOnceAndTheRunGoesOn) {
   SeedUser();
-  ports.files.RemoveFile(ports.program_folder + "\\Settings.ini");
-  machine->MakeFolder(ports.program_folder + "\\Settings.ini");
+  MakeUnreadable(own + "Settings.ini");
   Tick({"CleanTempFiles", "CleanRunMRU"});
   engine.RunCleaning();
   const size_t said = Log().find("The time of this run could not be saved. ");
   EXPECT_NE(said, std::string::npos) << Log();
   EXPECT_EQ(Log().find("could not be saved", said + 30), std::string::npos);
-  EXPECT_TRUE(machine->Tree(temp).empty());
-  EXPECT_TRUE(view.criticals.empty());
+  EXPECT_TRUE(machine->Tree(temp).empty() && view.criticals.empty());
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 // Values that name files which are gone: what the plain walk sees, and the thorough one.
-#include <algorithm>
 
 #include "registry_tools/file_reference.h"
 #include "support/branch_registry.h"
@@ -8,8 +7,7 @@
 namespace quellix {
 namespace {
 
-class FileReferenceTest : public RegistryFixture {
- protected:
+struct FileReferenceTest : RegistryFixture {
   std::unique_ptr<RegistryScan> Scan(bool thorough) {
     auto scan = MakeScan(ScanTool::kFileReferences, user_alone, scan_view);
     scan->SetThorough(thorough);
@@ -18,8 +16,8 @@ class FileReferenceTest : public RegistryFixture {
     return scan;
   }
   // The rows of the test's own values: key and value; a Windows has some of its own.
-  static std::vector<std::string> OwnRows(const RegistryScan& scan) {
-    std::vector<std::string> rows;
+  static Names OwnRows(const RegistryScan& scan) {
+    Names rows;
     for (size_t i = 0; i < scan.RowCount(); ++i) {
       const ScanRow& row = scan.row(i);
       EXPECT_FALSE(row.checked) << "nothing is ticked for the user";
@@ -31,6 +29,21 @@ class FileReferenceTest : public RegistryFixture {
     for (size_t i = 0; i < scan.RowCount(); ++i) {
       if (scan.row(i).texts[1].starts_with("Qx")) scan.SetChecked(i, true);
     }
+  }
+  // Of the values of Qx1\Qx1 those called QxGone and a number are listed, go and come back.
+  void ExpectDeletedAndRestored(size_t gone, size_t stay) {
+    Names expected;
+    for (size_t i = 0; i < gone; ++i) {
+      expected.push_back("HKEY_CURRENT_USER:Qx1\\Qx1\\QxGone" + std::to_string(100 + i));
+    }
+    const auto scan = Scan(true);
+    EXPECT_EQ(OwnRows(*scan), expected);
+    const RegistryPicture before = PictureOfAll();
+    TickOwn(*scan);
+    scan->DeleteChecked(false);
+    EXPECT_EQ(machine->ValueNames(kUser, "Qx1\\Qx1").size(), stay);
+    EXPECT_TRUE(OwnRows(*Scan(true)).empty() && RestoreFile(UndoFiles()[0]).problems.empty());
+    EXPECT_EQ(PictureOfAll(), before);
   }
   BranchRegistry user_registry{ports.registry};
   const Machine user_alone = user_registry.On(ports);
@@ -47,9 +60,8 @@ TEST_F(FileReferenceTest, ThePlainWalkReadsBelowTheKeyWhatItsPathNames) {
   Set(kUser, "Qx2\\Qx2", "QxFirst", Text("1"));
   Set(kUser, "Qx2\\Qx2", "QxSecond", Text(gone_));
   const auto scan = Scan(false);
-  EXPECT_EQ(OwnRows(*scan),
-            (std::vector<std::string>{"HKEY_CURRENT_USER:Qx1\\QxA", "HKEY_CURRENT_USER:Qx1\\QxC",
-                                      "HKEY_CURRENT_USER:QxRoot"}))
+  EXPECT_EQ(OwnRows(*scan), (Names{"HKEY_CURRENT_USER:Qx1\\QxA", "HKEY_CURRENT_USER:Qx1\\QxC",
+                                   "HKEY_CURRENT_USER:QxRoot"}))
       << "by value; a short value ends its key";
 
   // What is shown under a key was read below it, but is deleted in it.
@@ -58,7 +70,7 @@ TEST_F(FileReferenceTest, ThePlainWalkReadsBelowTheKeyWhatItsPathNames) {
   TickOwn(*scan);
   scan->DeleteChecked(false);
   EXPECT_TRUE(OwnRows(*scan).empty());
-  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), std::vector<std::string>{"QxOwn"});
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), Names{"QxOwn"});
   EXPECT_EQ(machine->ValueNames(kUser, "Qx1\\Qx1").size(), 4u);
   ASSERT_EQ(UndoFiles().size(), 1u);
   EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
@@ -75,8 +87,7 @@ TEST_F(FileReferenceTest, AKeyWithANameOfOneCharacterStaysInThePath) {
     SCOPED_TRACE(one);
     Set(kUser, one, "", Text("x"));
     Set(kUser, later + "\\" + one + "\\" + later, "QxOdd", Text(gone_));
-    EXPECT_EQ(OwnRows(*Scan(false)),
-              std::vector<std::string>{"HKEY_CURRENT_USER:" + one + "\\" + later + "\\QxOdd"});
+    EXPECT_EQ(OwnRows(*Scan(false)), Names{"HKEY_CURRENT_USER:" + one + "\\" + later + "\\QxOdd"});
     machine->RemoveRegistryTree(kUser, one);
     machine->RemoveRegistryTree(kUser, later);
   }
@@ -85,100 +96,64 @@ TEST_F(FileReferenceTest, AKeyWithANameOfOneCharacterStaysInThePath) {
 TEST_F(FileReferenceTest, ColumnsSortInTurnsAndStopKeepsTheRows) {
   for (const char* name : {"QxB", "QxA", "QxC"}) Set(kUser, "Qx1", name, Text(gone_ + name));
   const auto scan = Scan(true);
-  const auto own = [&] { return OwnRows(*scan); };
+  const auto ours = [&] { return OwnRows(*scan); };
   const std::string key = "HKEY_CURRENT_USER:Qx1\\";
-  const std::vector<std::string> up = {key + "QxA", key + "QxB", key + "QxC"};
-  const std::vector<std::string> down(up.rbegin(), up.rend());
-  EXPECT_EQ(own(), up);
+  const Names up = {key + "QxA", key + "QxB", key + "QxC"};
+  const Names down(up.rbegin(), up.rend());
+  EXPECT_EQ(ours(), up);
   EXPECT_TRUE(scan->sorted_by() == 1u && !scan->descending());
   scan->SortBy(2);
-  EXPECT_EQ(own(), down) << "another column, but the other order than before";
+  EXPECT_EQ(ours(), down) << "another column, but the other order than before";
   scan->SortBy(2);
-  EXPECT_EQ(own(), up);
+  EXPECT_EQ(ours(), up);
   EXPECT_TRUE(scan->sorted_by() == 2u && !scan->descending());
 
   scan->StartScan([&](const Progress& progress) {
     EXPECT_FALSE(scan->is_frozen() || progress.total != 0);
-    return own().size() == up.size();
+    return ours().size() == up.size();
   });
-  EXPECT_EQ(own(), up);
+  EXPECT_EQ(ours(), up);
   EXPECT_EQ(scan->status(), std::to_string(scan->RowCount()) + " invalid references");
 }
 
 TEST_F(FileReferenceTest, TheThoroughWalkReadsAllValuesProperly) {
   machine->MakeFile(scratch + "has blank\\app.exe", "x");
   machine->MakeFolder(scratch + "has");
-  const std::string app = scratch + "has blank\\app.exe";
-  std::string slashes = gone_;
-  std::ranges::replace(slashes, '\\', '/');
-  const std::string nul(1, '\0'), part = std::string(150, 'n') + "\\";
-  const struct {
-    const char* name;
-    RegistryValue value;
-    bool gone;
-  } kRows[] = {
-      {"QxPlain", Text(gone_), true},
-      {"QxLower", Text("c" + gone_.substr(1)), true},
-      {"QxThere", Text(app), false},
-      {"QxFolder", Text(scratch), false},
-      {"QxArguments", Text(app + " /x \"%1\""), false},
-      {"QxGoneArguments", Text(gone_ + " /x \"%1\""), true},
-      {"QxGoneVariable", Text(gone_ + " %1"), true},
-      {"QxQuoted", Text("\"" + app + "\" /x"), false},
-      {"QxGoneQuoted", Text("\"" + gone_ + "\" /x"), true},
-      {"QxQuotedWithoutExe", Text("\"" + scratch + "has blank\\app\" /x"), false},
-      {"QxOpenQuote", Text("\"" + gone_), true},
-      {"QxWithoutExe", Text(scratch + "has blank\\app /x"), false},
-      {"QxLibraryNumber", Text(app + "\\2"), false},
-      {"QxGoneLibraryNumber", Text(gone_ + "\\2"), true},
-      {"QxIcon", Text(app + ",-3"), false},
-      {"QxGoneIcon", Text(gone_ + ",3"), true},
-      {"QxList", Text(scratch + ";" + gone_), false},
-      {"QxInFolderThatBegins", Text(scratch + "has gone.txt"), true},
-      {"QxBlanks", Text("  " + gone_ + "  "), true},
-      {"QxExpand", Text("%SystemRoot%\\qx gone.txt", kRegExpandSz), true},
-      {"QxExpandThere", Text("%SystemRoot%", kRegExpandSz), false},
-      {"QxUnknown", Text("%QxNone%\\gone.txt", kRegExpandSz), false},
-      {"QxNotExpanded", Text("%SystemRoot%\\qx gone.txt"), false},
-      {"QxSlashes", Text(slashes), true},
-      {"QxPrefix", Text("\\\\?\\" + gone_), true},
-      {"QxDevicePrefix", Text("\\??\\" + gone_), true},
-      {"QxServer", Text("\\\\server\\share\\gone.txt"), false},
-      {"QxOtherDrive", Text("Q:\\gone.txt"), false},
-      {"QxRoot", Text("C:\\"), false},
-      {"QxMask", Text(scratch + "*.none"), false},
-      {"QxWords", Text("C: is a drive"), false},
-      {"QxNames", Text("a text about " + gone_), false},
-      {"QxNoEnd", {kRegSz, ToUtf16Bytes(gone_)}, true},
-      {"QxOdd", {kRegSz, ToUtf16Bytes(gone_) + "x"}, true},
-      {"QxSecondText", {kRegSz, ToUtf16Bytes("x" + nul + gone_ + nul)}, false},
-      {"QxTexts", {kRegMultiSz, ToUtf16Bytes(app + nul + gone_ + nul + nul)}, true},
-      {"QxTextsThere", {kRegMultiSz, ToUtf16Bytes(app + nul + nul + gone_ + nul)}, false},
-      {"QxBinary", {kRegBinary, ToUtf16Bytes(gone_ + nul)}, false},
-      {"QxEmpty", {kRegSz, ""}, false},
-      {"QxNumber", Number(7), false},
-      {"QxLong", Text("C:\\" + ReplaceNoCase(std::string(20, 'a'), "a", part) + "x.txt"), true},
-      {"QxBlankLong", Text("C:\\" + std::string(40000, ' ')), false},
-      {"QxManyBlanks", Text("C:\\qx none" + ReplaceNoCase(std::string(9000, 'a'), "a", " a")),
-       false},
-  };
-  std::vector<std::string> expected;
-  for (const auto& row : kRows) {
-    Set(kUser, "Qx1\\Qx1", row.name, row.value);
-    if (row.gone) expected.push_back("HKEY_CURRENT_USER:Qx1\\Qx1\\" + std::string(row.name));
+  const std::string app = scratch + "has blank\\app.exe", part = std::string(150, 'n') + "\\";
+  const std::string nul(1, '\0'), slashes = ReplaceNoCase(gone_, "\\", "/");
+  const std::vector<std::pair<uint32_t, Names>> kGone = {
+      {kRegSz,
+       {gone_, "c" + gone_.substr(1), gone_ + " /x \"%1\"", gone_ + " %1", "\"" + gone_ + "\" /x",
+        "\"" + gone_, gone_ + "\\2", gone_ + ",3", scratch + "has gone.txt", "  " + gone_ + "  ",
+        slashes, "\\\\?\\" + gone_, "\\??\\" + gone_,
+        "C:\\" + ReplaceNoCase(std::string(20, 'a'), "a", part) + "x.txt"}},
+      {kRegExpandSz, {"%SystemRoot%\\qx gone.txt"}},
+      {kRegMultiSz, {app + nul + gone_ + nul}}};
+  const std::vector<std::pair<uint32_t, Names>> kStays = {
+      {kRegSz,
+       {app, scratch, app + " /x \"%1\"", "\"" + app + "\" /x",
+        "\"" + scratch + "has blank\\app\" /x", scratch + "has blank\\app /x", app + "\\2",
+        app + ",-3", scratch + ";" + gone_, "%SystemRoot%\\qx gone.txt",
+        "\\\\server\\share\\gone.txt", "Q:\\gone.txt", "C:\\", scratch + "*.none", "C: is a drive",
+        "a text about " + gone_, "x" + nul + gone_, "C:\\" + std::string(40000, ' '),
+        "C:\\qx none" + ReplaceNoCase(std::string(9000, 'a'), "a", " a")}},
+      {kRegExpandSz, {"%SystemRoot%", "%QxNone%\\gone.txt"}},
+      {kRegMultiSz, {app + nul + nul + gone_}},
+      {kRegBinary, {gone_}}};
+  std::vector<RegistryValue> gone = {{kRegSz, ToUtf16Bytes(gone_)},
+                                     {kRegSz, ToUtf16Bytes(gone_) + "x"}};
+  std::vector<RegistryValue> stays = {{kRegSz, ""}, Number(7)};
+  for (const auto& [type, texts] : kGone) {
+    for (const std::string& text : texts) gone.push_back(Text(text, type));
   }
-  std::ranges::sort(expected, {},
-                    [](const std::string& row) { return UpCase(std::string_view(row)); });
-  const auto scan = Scan(true);
-  EXPECT_EQ(OwnRows(*scan), expected);
-
-  const RegistryPicture before = PictureOfAll();
-  TickOwn(*scan);
-  scan->DeleteChecked(false);
-  EXPECT_EQ(machine->ValueNames(kUser, "Qx1\\Qx1").size(), std::size(kRows) - expected.size());
-  EXPECT_TRUE(OwnRows(*Scan(true)).empty());
-  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
-  EXPECT_EQ(PictureOfAll(), before);
+  for (const auto& [type, texts] : kStays) {
+    for (const std::string& text : texts) stays.push_back(Text(text, type));
+  }
+  for (size_t i = 0; i < gone.size(); ++i)
+    Set(kUser, "Qx1\\Qx1", "QxGone" + std::to_string(100 + i), gone[i]);
+  for (size_t i = 0; i < stays.size(); ++i)
+    Set(kUser, "Qx1\\Qx1", "QxThere" + std::to_string(100 + i), stays[i]);
+  ExpectDeletedAndRestored(gone.size(), stays.size());
 }
 
 TEST_F(FileReferenceTest, OddKeysAndValuesDoNoHarm) {
@@ -232,7 +207,7 @@ TEST_F(FileReferenceTest, AKeyDeletedMeanwhileEndsThereAndADeniedOneIsLeft) {
   }
   EXPECT_EQ(scan->status(),
             std::to_string(scan->RowCount()) + " invalid references, 1 could not be deleted");
-  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), std::vector<std::string>{"QxGone"});
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), Names{"QxGone"});
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "run/keep_list.h"
 
+#include "platform/filetime.h"
 #include "platform/path.h"
 #include "run/exit_code.h"
 #include "settings/keep_file.h"
@@ -8,16 +9,11 @@
 namespace quellix {
 namespace {
 
-using Names = std::vector<std::string>;
-
-class KeepListTest : public PluginFixture {
- protected:
+struct KeepListTest : PluginFixture {
   KeepListTest() {
     for (const std::string& name : Files(temp)) ports.files.RemoveFile(temp + name);
   }
-  void Keep(const std::string& lines) {
-    ports.files.WriteWholeFile(ports.program_folder + "\\keep.txt", lines);
-  }
+  void Keep(const std::string& lines) { WriteOwn("keep.txt", lines); }
   void FillTree() {
     for (const char* file : {"a.txt", "b.doc", "sub\\c.txt", "sub\\deep\\d.doc", "other\\e.txt"}) {
       machine->MakeFile(tree + file, "12");
@@ -26,7 +22,7 @@ class KeepListTest : public PluginFixture {
   // What is left of the tree; a second run changes nothing.
   Names LeftOfTree() {
     FillTree();
-    ports.files.WriteWholeFile(ports.program_folder + "\\UDFO.txt", tree);
+    WriteOwn("UDFO.txt", tree);
     Tick({"CleanUserFolders"});
     engine.RunCleaning();
     const Names left = Files(tree);
@@ -68,8 +64,7 @@ TEST_F(KeepListTest, ALineKeepsWhatItNamesHoweverItIsSpelled) {
       {"a variable", "%SystemDrive%" + tree.substr(2) + "a.txt", {"a.txt"}},
       {"what is not there yet", tree + "a.txt\\b\r\n" + tree + "none", {}},
       {"a name alone is no path", "a.txt\r\nsub\r\n%NONE_SUCH%\\a", {}},
-      {"several", "*.doc\n" + tree + "a.txt\n", {"a.txt", "b.doc", "sub\\deep\\d.doc"}},
-  };
+      {"several", "*.doc\n" + tree + "a.txt\n", {"a.txt", "b.doc", "sub\\deep\\d.doc"}}};
   for (const Row& row : rows) {
     for (const char* method : {"D", "B"}) {
       SCOPED_TRACE(row.name + std::string(method));
@@ -91,8 +86,8 @@ TEST_F(KeepListTest, LinesThatKeepNothingAndMasksThatKeepAllAreTold) {
   Keep("sub\r\n*.*\r\n");
   EXPECT_EQ(LeftOfTree().size(), 5u);
   const std::string& log = engine.state().RunLog;
-  EXPECT_NE(log.find("The keep list's line \"sub\" keeps nothing: "), log.npos) << log;
-  EXPECT_NE(log.find("The keep list's line \"*.*\" keeps every file."), log.npos) << log;
+  EXPECT_TRUE(Holds(log, "The keep list's line \"sub\" keeps nothing: "));
+  EXPECT_TRUE(Holds(log, "The keep list's line \"*.*\" keeps every file."));
   std::string lines = std::string("\0\x01\xFF\xFE\n[[[", 8);
   for (int i = 0; i < 100'000; ++i) lines += "C:\\None\\" + std::to_string(i) + "\r\n";
   Keep(lines + tree + "b.doc");
@@ -116,12 +111,11 @@ TEST_F(KeepListTest, ListsSearchesAndPlugInsHonourIt) {
                              "\\v|v\r\nR|No|No|" + key + "\\v|w\r\nR|Yes|No|" + key +
                              "\\t|v\r\nR|Yes|No|" + key + "\\t2|v\r\nR|No|No|" + key + "\\k|v\r\n");
   WriteList("1|all.cdp|\r\n");
-  ports.files.WriteWholeFile(ports.program_folder + "\\UDFI.txt",
-                             scratch + "f\\b\r\n" + scratch + "g\\d\r\n");
+  WriteOwn("UDFI.txt", scratch + "f\\b\r\n" + scratch + "g\\d\r\n");
   Tick({"CleanPlugins", "CleanUserFiles"});
   engine.RunCleaning();
   EXPECT_EQ(Files(scratch), (Names{"f\\b", "f\\s\\c", "i\\x.ini"}));
-  EXPECT_EQ(ports.files.ReadWholeFile(scratch + "i\\x.ini"), "[a]\r\nk=1\r\n");
+  EXPECT_EQ(Read(scratch + "i\\x.ini"), "[a]\r\nk=1\r\n");
   EXPECT_EQ(machine->ValueNames(kUser, std::string(kKey) + "\\v"), (Names{"", "v"}));
   EXPECT_EQ(machine->ValueNames(kUser, std::string(kKey) + "\\t\\s").size(), 3u);
   EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\t2"));
@@ -130,20 +124,20 @@ TEST_F(KeepListTest, ListsSearchesAndPlugInsHonourIt) {
   const std::string report = view.report ? view.report->full_log : "";
   for (const std::string& entry :
        {scratch + "f\\b (by", scratch + "f\\s\\ (by", key + "\\v, v (by", key + "\\t (by"}) {
-    EXPECT_NE(UpCase(report).find(UpCase(entry)), report.npos) << entry << report;
+    EXPECT_TRUE(Holds(UpCase(report), UpCase(entry))) << entry << report;
   }
 }
 
 TEST_F(KeepListTest, ARunWhoseListCannotBeReadRemovesNothing) {
-  machine->MakeFolder(ports.program_folder + "\\keep.txt");
+  machine->MakeFolder(own + "keep.txt");
   machine->MakeFile(temp + "t", "1");
   Tick({"CleanTempFiles"});
   engine.RunCleaning();
-  engine.RunOneItem(*FindItem("CleanTempFiles"));
+  Clean("CleanTempFiles");
   EXPECT_TRUE(machine->Exists(temp + "t"));
   EXPECT_EQ(ExitCodeOf(engine.state()), kFailed);
   ASSERT_EQ(view.criticals.size(), 2u);
-  EXPECT_NE(view.criticals[0].find("the list of what is kept cannot be read"), std::string::npos);
+  EXPECT_TRUE(Holds(view.criticals[0], "the list of what is kept cannot be read"));
   EXPECT_THROW(AddToKeepFile(ports, temp), Error);
 }
 
@@ -153,10 +147,10 @@ TEST_F(KeepListTest, LinesAreAddedOnceAndTakenOut) {
   EXPECT_EQ(AddToKeepFile(ports, "c:\\work"), "");
   EXPECT_NE(AddToKeepFile(ports, "work"), "");
   EXPECT_NE(AddToKeepFile(ports, "site:"), "");
-  EXPECT_EQ(ReadProgramFile("keep.txt"), "; mine\r\n*.doc\r\nC:\\Work\r\n");
+  EXPECT_EQ(ReadOwn("keep.txt"), "; mine\r\n*.doc\r\nC:\\Work\r\n");
   EXPECT_EQ(RemoveFromKeepFile(ports, "*.DOC"), "");
   EXPECT_NE(RemoveFromKeepFile(ports, "*.DOC"), "");
-  EXPECT_EQ(ReadProgramFile("keep.txt"), "; mine\r\nC:\\Work\r\n");
+  EXPECT_EQ(ReadOwn("keep.txt"), "; mine\r\nC:\\Work\r\n");
 }
 
 TEST_F(KeepListTest, CookiesOfASiteStay) {
@@ -170,12 +164,11 @@ TEST_F(KeepListTest, CookiesOfASiteStay) {
   machine->MakeFile(scratch + "cookies\\u@c[1].txt", cookie("example.com"));
   machine->MakeFile(scratch + "cookies\\u@d[1].txt", "example.com");
   Keep("SITE: Example.com\r\n");
-  engine.RunOneItem(*FindItem("CleanCookies"));
+  Clean("CleanCookies");
   EXPECT_EQ(Files(scratch + "cookies"), (Names{"u@a[1].txt", "u@c[1].txt"}));
 }
 
 TEST_F(KeepListTest, FilesWrittenInTheLastDaysStay) {
-  constexpr int64_t kDay = 864'000'000'000;
   for (const auto& [setting, fixed, left] :
        {std::tuple("", -1, 0), std::tuple("7", -1, 1), std::tuple("9", -1, 2),
         std::tuple("-3", -1, 0), std::tuple("x", -1, 0), std::tuple("", 7, 1),
@@ -187,7 +180,7 @@ TEST_F(KeepListTest, FilesWrittenInTheLastDaysStay) {
     for (const int days : {6, 8}) {
       const std::string file = temp + "d" + std::to_string(days);
       machine->MakeFile(file, "1");
-      machine->SetLastWrite(file, ports.system.UtcNow() - days * kDay);
+      machine->SetLastWrite(file, ports.system.UtcNow() - days * kFiletimesADay);
     }
     Tick({"CleanTempFiles"});
     engine.RunCleaning();

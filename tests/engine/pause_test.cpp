@@ -11,8 +11,7 @@ namespace {
 constexpr size_t kMany = 40;
 constexpr const char* kKey = "Qx1";
 
-class PauseTest : public BackupFixture {
- protected:
+struct PauseTest : BackupFixture {
   ~PauseTest() override { machine->RemoveRegistryTree(kUser, kKey); }
 
   void MakeFiles() {
@@ -44,11 +43,8 @@ class PauseTest : public BackupFixture {
 };
 
 TEST_F(PauseTest, EveryEntryOfALongOperationHasItsPause) {
-  const struct {
-    const char* row;
-    std::function<void()> work;
-    size_t least;  // pauses
-  } kRows[] = {
+  // least: pauses.
+  const std::tuple<const char*, std::function<void()>, size_t> kRows[] = {
       {"removing a batch", [&] { Clean(tree), pauses_ = view.pauses; }, 3 * kMany},
       {"listing archives", [&] { backups.List(count_); }, kMany},
       {"listing an archive", [&] { backups.ListEntries(OnlyArchive(), count_); }, 2 * kMany},
@@ -58,15 +54,14 @@ TEST_F(PauseTest, EveryEntryOfALongOperationHasItsPause) {
       {"listing a registry backup", [&] { backups.ListEntries(Archives().back(), count_); },
        3 * kMany},
       {"restoring a registry backup",
-       [&] { backups.Restore(Archives().back(), {}, prompts, count_); }, 6 * kMany},
-  };
+       [&] { backups.Restore(Archives().back(), {}, prompts, count_); }, 6 * kMany}};
   MakeFiles();
   MakeKey();
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
+  for (const auto& [what, work, least] : kRows) {
+    SCOPED_TRACE(what);
     pauses_ = 0;
-    row.work();
-    EXPECT_GE(pauses_, row.least);
+    work();
+    EXPECT_GE(pauses_, least);
   }
   EXPECT_EQ(machine->Tree(tree).size(), kMany);
   EXPECT_EQ(LeftOfKey(), 2 * kMany);
@@ -95,19 +90,17 @@ TEST_F(PauseTest, AStoppedDeletionOfATreeIsKeptAndCanGoOn) {
 }
 
 TEST(TimeLeftTest, IsToldInRoundTimes) {
-  const struct {
-    uint64_t done, total, milliseconds;
-    const char* text;
-  } kRows[] = {{50, 0, 10'000, ""},
-               {50, 100, 2'999, ""},
-               {0, 100, 10'000, ""},
-               {50, 100, 3'000, "a few seconds left"},
-               {50, 100, 12'000, "about 10 seconds left"},
-               {50, 100, 61'000, "about 1 minute left"},
-               {10, 100, 60'000, "about 9 minutes left"},
-               {1, 100, 60'000, "about 2 hours left"}};
-  for (const auto& row : kRows) {
-    EXPECT_EQ(TimeLeftText({row.done, row.total}, row.milliseconds), row.text) << row.milliseconds;
+  const std::tuple<uint64_t, uint64_t, uint64_t, const char*> kRows[] = {
+      {50, 0, 10'000, ""},
+      {50, 100, 2'999, ""},
+      {0, 100, 10'000, ""},
+      {50, 100, 3'000, "a few seconds left"},
+      {50, 100, 12'000, "about 10 seconds left"},
+      {50, 100, 61'000, "about 1 minute left"},
+      {10, 100, 60'000, "about 9 minutes left"},
+      {1, 100, 60'000, "about 2 hours left"}};
+  for (const auto& [done, total, milliseconds, text] : kRows) {
+    EXPECT_EQ(TimeLeftText({done, total}, milliseconds), text) << milliseconds;
   }
 }
 

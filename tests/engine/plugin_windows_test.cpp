@@ -10,17 +10,23 @@
 namespace quellix::modPlugin {
 namespace {
 
-class PluginWindowsTest : public PluginFixture {
- protected:
+struct PluginWindowsTest : PluginFixture {
   std::string LastTold() { return prompts.informed.empty() ? "" : prompts.informed.back(); }
+  // What was added; each refusal is told once, with this beginning.
+  void ExpectRefused(bool added, const std::string& told) {
+    EXPECT_FALSE(added) << told;
+    EXPECT_EQ(prompts.informed.size(), ++refusals);
+    EXPECT_EQ(LastTold().substr(0, told.size()), told);
+  }
   // Runs the manager's Process command; the statuses it showed.
-  std::vector<std::string> Process(std::vector<size_t> rows) {
-    std::vector<std::string> shown;
+  Names Process(std::vector<size_t> rows) {
+    Names shown;
     manager.Process(context, rows, [&] { shown.push_back(manager.status()); });
     return shown;
   }
 
   ScriptedPrompts prompts;
+  size_t refusals = 0;
   PluginManager manager{ports, prompts};
   PluginEditor editor{ports, prompts, manager};
 };
@@ -33,22 +39,21 @@ TEST_F(PluginWindowsTest, TheManagerListsTicksAddsAndDeletes) {
   manager.Load();
   EXPECT_EQ(manager.status(), "2 plugin(s) listed");
   EXPECT_TRUE(manager.rows()[0].ticked && !manager.rows()[1].ticked);
-  EXPECT_EQ(ReadProgramFile("plg.txt"), Text("1|a.cdp|first\r\n0|b.cdp|second\r\n1|gone.cdp|\r\n"));
+  EXPECT_EQ(ReadOwn("plg.txt"), Text("1|a.cdp|first\r\n0|b.cdp|second\r\n1|gone.cdp|\r\n"));
 
   prompts.files = {UpCase(plugins_folder) + "c.cdp", scratch + "out.cdp",
                    plugins_folder + "sub\\c.cdp", std::nullopt, plugins_folder + "none.cdp"};
   for (int i = 0; i < 5; ++i) manager.Add();
   EXPECT_EQ(prompts.asked[0], "Quellix plugins ( *.cdp )|*.cdp");
   const std::string outside = "The plugin should be in Plugin Folder\r\n" + plugins_folder;
-  EXPECT_EQ(prompts.informed, (std::vector<std::string>{
-                                  outside, outside, "There was an error in loading the Plugin."}));
+  EXPECT_EQ(prompts.informed,
+            (Names{outside, outside, "There was an error in loading the Plugin."}));
   ASSERT_EQ(manager.rows().size(), 3u);
   EXPECT_EQ(manager.rows()[2].description, "about c.cdp");
   EXPECT_EQ(manager.status(), "3 plugin(s) listed");
   manager.Toggle(0);
   manager.Save();
-  EXPECT_EQ(ReadProgramFile("plg.txt"),
-            Text("0|a.cdp|first\r\n0|b.cdp|second\r\n0|c.cdp|about c.cdp\r\n"));
+  EXPECT_EQ(ReadOwn("plg.txt"), Text("0|a.cdp|first\r\n0|b.cdp|second\r\n0|c.cdp|about c.cdp\r\n"));
   manager.TickAll(true);
 
   prompts.yes_no = {false, true, true};
@@ -69,7 +74,7 @@ TEST_F(PluginWindowsTest, TheManagerListsTicksAddsAndDeletes) {
   manager.Delete(std::vector<size_t>{0});
   EXPECT_EQ(prompts.informed.size(), 4u) << "gone already is no error";
   manager.Save();
-  EXPECT_EQ(ReadProgramFile("plg.txt"), "");
+  EXPECT_EQ(ReadOwn("plg.txt"), "");
 }
 
 TEST_F(PluginWindowsTest, BeforeTheFirstStartTheFolderIsListed) {
@@ -78,14 +83,14 @@ TEST_F(PluginWindowsTest, BeforeTheFirstStartTheFolderIsListed) {
   manager.Load();
   manager.Toggle(1);
   manager.Save();
-  EXPECT_EQ(ReadProgramFile("plg.txt"), Text("0|A.cdp|x\r\n1|b.CDP|x\r\n"));
+  EXPECT_EQ(ReadOwn("plg.txt"), Text("0|A.cdp|x\r\n1|b.CDP|x\r\n"));
   ASSERT_TRUE(editor.Load("b.CDP"));
   editor.Save();
   EXPECT_EQ(prompts.presets.back(), "b") << "saved under its own name, not as b.CDP.cdp";
 }
 
 TEST_F(PluginWindowsTest, AListThatCannotBeReadIsNotOverwritten) {
-  machine->MakeFolder(ports.program_folder + "\\plg.txt");
+  machine->MakeFolder(own + "plg.txt");
   manager.Load();
   EXPECT_TRUE(LastTold().starts_with("The list of plugins could not be read. ")) << LastTold();
   manager.Save();
@@ -94,23 +99,22 @@ TEST_F(PluginWindowsTest, AListThatCannotBeReadIsNotOverwritten) {
   manager.AddSaved("new.cdp", "made meanwhile");
   manager.Save();
   EXPECT_TRUE(LastTold().starts_with("The list of plugins could not be saved. ")) << LastTold();
-  ports.files.RemoveFolder(ports.program_folder + "\\plg.txt");
+  ports.files.RemoveFolder(own + "plg.txt");
   for (const char* name : {"old.cdp", "new.cdp"}) WriteRecipe(name, "");
   WriteList("1|old.cdp|old\r\n");
   manager.Save();
   const std::string both = Text("1|old.cdp|old\r\n1|new.cdp|made meanwhile\r\n");
-  EXPECT_EQ(ReadProgramFile("plg.txt"), both);
+  EXPECT_EQ(ReadOwn("plg.txt"), both);
 
   // The same when it was read before.
   manager.Load();
-  ports.files.RemoveFile(ports.program_folder + "\\plg.txt");
-  machine->MakeFolder(ports.program_folder + "\\plg.txt");
+  MakeUnreadable(own + "plg.txt");
   manager.Load();
   EXPECT_EQ(manager.status(), "0 plugin(s) listed");
-  ports.files.RemoveFolder(ports.program_folder + "\\plg.txt");
+  ports.files.RemoveFolder(own + "plg.txt");
   WriteList("0|old.cdp|changed\r\n");
   manager.Save();
-  EXPECT_EQ(ReadProgramFile("plg.txt"), Text("0|old.cdp|changed\r\n"));
+  EXPECT_EQ(ReadOwn("plg.txt"), Text("0|old.cdp|changed\r\n"));
 }
 
 TEST_F(PluginWindowsTest, ProcessingTellsWhatItDid) {
@@ -141,13 +145,12 @@ TEST_F(PluginWindowsTest, ProcessingTellsWhatItDid) {
     const auto lock = machine->LockFile(scratch + "two\\c");
     EXPECT_EQ(Process({1}).back(),
               "Processed selected plugin(s) Total Files Deleted: 0 Space Gained: none");
-    EXPECT_NE(LastTold().find("\r\nSome files were not deleted"), std::string::npos);
+    EXPECT_TRUE(Holds(LastTold(), "\r\nSome files were not deleted"));
   }
   WriteSettings("[General]\r\nDelMethod=D\r\n");
   EXPECT_EQ(Process({1, 0}),
-            (std::vector<std::string>{
-                "Processing plugin two.cdp", "Processing plugin one.cdp",
-                "Processed selected plugin(s) Total Files Deleted: 1 Space Gained: 1.00 KB"}));
+            (Names{"Processing plugin two.cdp", "Processing plugin one.cdp",
+                   "Processed selected plugin(s) Total Files Deleted: 1 Space Gained: 1.00 KB"}));
   EXPECT_FALSE(machine->Exists(scratch + "two\\c"));
   machine->MakeFile(scratch + "two\\d", "");
   StopWhenStatusBegins("Deleting file");
@@ -169,90 +172,71 @@ TEST_F(PluginWindowsTest, NothingGoesAfterStop) {
   WriteList("1|one.cdp|\r\n1|two.cdp|\r\n");
   manager.Load();
   view.stops = true;
-  const struct {
-    const char* row;
-    std::function<void()> process;
-  } kRows[] = {{"the manager",
-                [&] {
-                  Process({0, 1});
-                }},
-               {"the main window", [&] { ProcessTickedPlugins(context); }},
-               {"the item", [&] { engine.RunOneItem(*FindItem("CleanPlugins")); }}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
-    row.process();
-    EXPECT_TRUE(engine.state().AbortRequested);
-    EXPECT_TRUE(machine->Exists(scratch + "in\\a"));
+  const std::pair<const char*, std::function<void()>> kRows[] = {
+      {"the manager",
+       [&] {
+         Process({0, 1});
+       }},
+      {"the main window", [&] { ProcessTickedPlugins(context); }},
+      {"the item", [&] { Clean("CleanPlugins"); }}};
+  for (const auto& [what, process] : kRows) {
+    SCOPED_TRACE(what);
+    process();
+    EXPECT_TRUE(engine.state().AbortRequested && machine->Exists(scratch + "in\\a"));
     EXPECT_EQ(ports.files.ReadWholeFile(scratch + "a.ini"), ini);
     EXPECT_EQ(machine->ValueNames(kUser, std::string(kKey) + "\\x").size(), 1u);
   }
 }
 
-TEST_F(PluginWindowsTest, TheEditorRefusesWithItsSentences) {
+TEST_F(PluginWindowsTest, TheEditorRefusesFilesWithItsSentences) {
   editor.Create();
-  const std::string windows = ports.system.WindowsFolder();
-  const auto files = [&](const char* path, const char* file) {
+  const auto files = [&](const char* path, const char* file, std::string told) {
     FilesForm form{path, file, true, true};
-    return editor.AddFiles(form);
+    ExpectRefused(editor.AddFiles(form), told);
   };
-  const auto key = [&](size_t root, const char* subkey) {
-    return editor.AddKey({root, subkey, "v", true, false});
+  const auto chosen = [&](const char* path, size_t there, const Names& names, const char* told) {
+    ExpectRefused(editor.AddChosenFiles({path, "", false, false}, there, names), told);
   };
-  const auto ini = [&](const char* file, const char* section, const char* value) {
-    return editor.AddIni({file, section, value, false});
+  files("", "*.*", "You must provide a path");
+  files("C:\\Temp", "", "You must provide a filename or specification");
+  files("C:\\", "*.*", "C:\\*.* is not cleaned");
+  files("%WINDIR%", "*.log", ports.system.WindowsFolder() + "\\*.log is not cleaned");
+  files("%USERPROFILE%\\", "*.*", "");
+  files("Temp", "*.*", "Temp\\*.* is not cleaned: it is not the full path");
+  files("C:\\Temp\nF", "*.*", "It holds a line break or another");
+  chosen("C:\\Temp", 0, {}, "No files to add");
+  chosen("C:\\Temp", 2, {}, "Please select a file to add.");
+  chosen("C:\\", 1, {"a"}, "C:\\a is not cleaned");
+  EXPECT_EQ(FormatPlugin(editor.plugin()), Text("D|\r\n"));
+  EXPECT_TRUE(editor.MayClose() && prompts.asked.empty()) << "nothing to lose";
+}
+
+TEST_F(PluginWindowsTest, TheEditorRefusesKeysAndEntriesWithItsSentences) {
+  editor.Create();
+  const auto key = [&](size_t root, const char* subkey, const char* told) {
+    ExpectRefused(editor.AddKey({root, subkey, "v", true, false}), told);
+  };
+  const auto ini = [&](const char* file, const char* section, const char* value, const char* told) {
+    ExpectRefused(editor.AddIni({file, section, value, false}), told);
   };
   const auto generate = [&](const char* subkey, const char* value, Generated what) {
     return editor.CanGenerate({1, subkey, value, false, false}, what);
   };
-  const std::string names[] = {"a"};
-  const struct {
-    std::function<bool()> add;
-    std::string told;  // the beginning
-  } kRows[] = {
-      {[&] { return files("", "*.*"); }, "You must provide a path"},
-      {[&] { return files("C:\\Temp", ""); }, "You must provide a filename or specification"},
-      {[&] { return files("C:\\", "*.*"); }, "C:\\*.* is not cleaned"},
-      {[&] { return files("%WINDIR%", "*.log"); }, windows + "\\*.log is not cleaned"},
-      {[&] { return files("%USERPROFILE%\\", "*.*"); }, ""},
-      {[&] { return files("Temp", "*.*"); }, "Temp\\*.* is not cleaned: it is not the full path"},
-      {[&] {
-         return editor.AddChosenFiles({"C:\\Temp", "", false, false}, 0, {});
-       },
-       "No files to add"},
-      {[&] {
-         return editor.AddChosenFiles({"C:\\Temp", "", false, false}, 2, {});
-       },
-       "Please select a file to add."},
-      {[&] {
-         return editor.AddChosenFiles({"C:\\", "", false, false}, 1, names);
-       },
-       "C:\\a is not cleaned"},
-      {[&] { return key(1, ""); }, "Please enter a subkey"},
-      {[&] { return key(1, "Software"); }, "HKEY_CURRENT_USER\\Software is not cleaned"},
-      {[&] { return key(6, "a\\b"); }, "HKEY_DYN_DATA\\a\\b is not cleaned"},
-      {[&] { return generate("", "v", Generated::kSubkeys); }, "Please enter a subkey"},
-      {[&] { return generate("", "v", Generated::kValues); }, "Please enter a subkey"},
-      {[&] { return generate("a", "", Generated::kValues); }, "Please enter a value"},
-      {[&] { return ini("a.ini", "s", "v"); }, "File Path is not valid"},
-      {[&] { return ini("C:\\a.ini", "", "v"); }, "Please select a section"},
-      {[&] { return ini("C:\\a.ini", "s", ""); }, "Please enter a value"},
-      {[&] { return ini("a\\b.ini", "s", "v"); }, "a\\b.ini is not cleaned"},
-      {[&] { return ini("C:\\a.ini", "s\1Yes", "v"); }, "It holds a line break or another"},
-      {[&] { return ini("C:\\a.ini", "s", "v\r"); }, "It holds a line break or another"},
-      {[&] { return files("C:\\Temp\nF", "*.*"); }, "It holds a line break or another"},
-      {[&] { return key(1, "Software\\Qx\1"); }, "It holds a line break or another"},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.told);
-    const size_t before = prompts.informed.size();
-    EXPECT_FALSE(row.add());
-    ASSERT_EQ(prompts.informed.size(), before + 1);
-    EXPECT_EQ(LastTold().substr(0, row.told.size()), row.told);
-  }
+  key(1, "", "Please enter a subkey");
+  key(1, "Software", "HKEY_CURRENT_USER\\Software is not cleaned");
+  key(6, "a\\b", "HKEY_DYN_DATA\\a\\b is not cleaned");
+  key(1, "Software\\Qx\1", "It holds a line break or another");
+  ExpectRefused(generate("", "v", Generated::kSubkeys), "Please enter a subkey");
+  ExpectRefused(generate("", "v", Generated::kValues), "Please enter a subkey");
+  ExpectRefused(generate("a", "", Generated::kValues), "Please enter a value");
+  ini("a.ini", "s", "v", "File Path is not valid");
+  ini("C:\\a.ini", "", "v", "Please select a section");
+  ini("C:\\a.ini", "s", "", "Please enter a value");
+  ini("a\\b.ini", "s", "v", "a\\b.ini is not cleaned");
+  ini("C:\\a.ini", "s\1Yes", "v", "It holds a line break or another");
+  ini("C:\\a.ini", "s", "v\r", "It holds a line break or another");
   EXPECT_EQ(FormatPlugin(editor.plugin()), Text("D|\r\n"));
   EXPECT_TRUE(generate("a", "", Generated::kSubkeys));
-  EXPECT_TRUE(editor.MayClose());
-  EXPECT_TRUE(prompts.asked.empty()) << "nothing to lose";
 }
 
 TEST_F(PluginWindowsTest, AddingALocationDoesNotSearchAWholeDisk) {
@@ -278,77 +262,76 @@ TEST_F(PluginWindowsTest, AddingALocationDoesNotSearchAWholeDisk) {
   EXPECT_EQ(listed, 1000u);
 }
 
-TEST_F(PluginWindowsTest, WhatTheEditorComposesIsTheFile) {
-  editor.Create();
-  EXPECT_EQ(editor.Title(), "Plugin: NoName");
-  editor.SetDescription(
-      "Gr\xC3\xB6\xC3\x9F"
-      "e\r\nF|");
-  FilesForm all{scratch + "a\\", "*.*", true, true}, some{scratch + "b", "*.log", true, true};
-  EXPECT_TRUE(editor.AddFiles(all) && editor.AddFiles(some));
-  EXPECT_TRUE(all.delete_subfolders && !some.delete_subfolders);
-  const std::string names[] = {"x.txt", "y.txt"};
-  EXPECT_TRUE(editor.AddChosenFiles({scratch, "", true, true}, 2, names));
-  EXPECT_TRUE(editor.AddKey({1, "Software\\Qx", "left over", true, true}));
-  EXPECT_TRUE(editor.AddGenerated({1, "Software\\Qx", "File", false, false}, Generated::kValues,
-                                  {"9", "10", true, "0"}));
-  EXPECT_TRUE(editor.AddGenerated({3, "S-1\\Qx\\List", "", true, false}, Generated::kSubkeys,
-                                  {"1", "1", false, ""}));
-  EXPECT_FALSE(editor.AddGenerated({1, "Software\\Qx", "File", false, false}, Generated::kValues,
-                                   {"2", "1", false, ""}));
-  EXPECT_EQ(LastTold(), "The To value should be greater than from");
-  EXPECT_TRUE(editor.AddIni({scratch + "a.ini", "s", "k", false}));
-  EXPECT_TRUE(editor.AddIni({scratch + "a.ini", "all", "", true}));
-  editor.RemoveFile(2);
-  editor.RemoveFile(9);
-  const std::string expected = Text(
-      "D|Gr\xC3\xB6\xC3\x9F"
-      "e\r\nF|Yes|Yes|" +
-      scratch + "a\\*.*\r\nF|Yes|No|" + scratch + "b\\*.log\r\nF|Yes|No|" + scratch +
-      "y.txt\r\n"
-      "R|Yes|Yes|HKEY_CURRENT_USER\\Software\\Qx|left over\r\n"
-      "R|No|No|HKEY_CURRENT_USER\\Software\\Qx|File09\r\n"
-      "R|No|No|HKEY_CURRENT_USER\\Software\\Qx|File10\r\n"
-      "R|Yes|No|HKEY_USERS\\S-1\\Qx\\List1|\r\n"
-      "I|a.ini|s|No|k|" +
-      scratch + "\r\nI|a.ini|all|Yes||" + scratch + "\r\n");
+// A recipe of every kind, composed step by step.
+struct ComposedRecipeTest : PluginWindowsTest {
+  void Compose() {
+    editor.Create();
+    EXPECT_EQ(editor.Title(), "Plugin: NoName");
+    editor.SetDescription("Größe\r\nF|");
+    FilesForm all{scratch + "a\\", "*.*", true, true}, some{scratch + "b", "*.log", true, true};
+    EXPECT_TRUE(editor.AddFiles(all) && editor.AddFiles(some));
+    EXPECT_TRUE(all.delete_subfolders && !some.delete_subfolders);
+    EXPECT_TRUE(editor.AddChosenFiles({scratch, "", true, true}, 2, Names{"x.txt", "y.txt"}));
+    EXPECT_TRUE(editor.AddKey({1, "Software\\Qx", "left over", true, true}));
+    const RegistryForm file{1, "Software\\Qx", "File", false, false};
+    EXPECT_TRUE(editor.AddGenerated(file, Generated::kValues, {"9", "10", true, "0"}));
+    EXPECT_TRUE(editor.AddGenerated({3, "S-1\\Qx\\List", "", true, false}, Generated::kSubkeys,
+                                    {"1", "1", false, ""}));
+    EXPECT_FALSE(editor.AddGenerated(file, Generated::kValues, {"2", "1", false, ""}));
+    EXPECT_EQ(LastTold(), "The To value should be greater than from");
+    EXPECT_TRUE(editor.AddIni({scratch + "a.ini", "s", "k", false}));
+    EXPECT_TRUE(editor.AddIni({scratch + "a.ini", "all", "", true}));
+    for (const size_t row : {2, 9}) editor.RemoveFile(row);
+  }
 
+  const std::string key = "HKEY_CURRENT_USER\\Software\\Qx|", mine = plugins_folder + "mine.cdp";
+  const std::string expected =
+      Text("D|Größe\r\nF|Yes|Yes|" + scratch + "a\\*.*\r\nF|Yes|No|" + scratch +
+           "b\\*.log\r\nF|Yes|No|" + scratch + "y.txt\r\nR|Yes|Yes|" + key +
+           "left over\r\nR|No|No|" + key + "File09\r\nR|No|No|" + key +
+           "File10\r\nR|Yes|No|HKEY_USERS\\S-1\\Qx\\List1|\r\nI|a.ini|s|No|k|" + scratch +
+           "\r\nI|a.ini|all|Yes||" + scratch + "\r\n");
+};
+
+TEST_F(ComposedRecipeTest, IsTheFileThatIsSaved) {
+  Compose();
   EXPECT_FALSE(editor.MayClose()) << "there are changes to lose";
-  prompts.texts = {std::nullopt, " ", "a\\b", "mine", "mine", "mine.cdp"};
+  prompts.texts = {std::nullopt, " ", "a\\b", "mine", "mine"};
   prompts.yes_no = {false};
   for (int i = 0; i < 4; ++i) editor.Save();
-  EXPECT_EQ(ports.files.ReadWholeFile(plugins_folder + "mine.cdp"), expected);
+  EXPECT_EQ(Read(mine), expected);
+  EXPECT_FALSE(machine->Exists(plugins_folder + "a\\b.cdp"));
+  EXPECT_EQ(editor.Title(), "Plugin: mine.cdp");
+  EXPECT_TRUE(editor.MayClose());
   WriteRecipe("mine.cdp", "D|other\r\n");
   editor.Save();
   EXPECT_EQ(prompts.asked.back(), "This plugin already exists. Overwrite?");
   EXPECT_EQ(prompts.asked[prompts.asked.size() - 2], "Please enter filename for the plugin");
-  EXPECT_EQ(ports.files.ReadWholeFile(plugins_folder + "mine.cdp"), Text("D|other\r\n"));
-  machine->MakeFile(plugins_folder + "mine.cdp", expected);
-  EXPECT_FALSE(machine->Exists(plugins_folder + "a\\b.cdp"));
-  EXPECT_EQ(editor.Title(), "Plugin: mine.cdp");
-  EXPECT_TRUE(editor.MayClose());
+  EXPECT_EQ(Read(mine), Text("D|other\r\n"));
   ASSERT_EQ(manager.rows().size(), 1u);
   EXPECT_TRUE(manager.rows()[0].ticked);
   EXPECT_EQ(manager.status(), "1 plug-in(s) listed");
+}
 
+TEST_F(ComposedRecipeTest, IsReadAgainAndSavedUnderItsName) {
+  machine->MakeFile(mine, expected);
+  manager.AddSaved("mine.cdp", "");
   manager.Toggle(0);
-  PluginEditor again(ports, prompts, manager);
-  ASSERT_TRUE(again.Load("MINE.cdp"));
-  EXPECT_EQ(FormatPlugin(again.plugin()), expected);
-  again.SetDescription("new");
-  again.RemoveKey(0);
-  again.RemoveIni(0);
-  prompts.texts = {"mine"};
+  ASSERT_TRUE(editor.Load("MINE.cdp"));
+  EXPECT_EQ(FormatPlugin(editor.plugin()), expected);
+  editor.SetDescription("new");
+  editor.RemoveKey(0);
+  editor.RemoveIni(0);
+  prompts.texts = {"mine", "mine.cdp"};
   prompts.yes_no = {true};
-  again.Save();
+  editor.Save();
   EXPECT_EQ(manager.rows().size(), 1u);
   EXPECT_EQ(manager.rows()[0].description, "new");
   EXPECT_FALSE(manager.rows()[0].ticked);
-  prompts.texts = {"mine.cdp"};
-  again.Save();
+  editor.Save();
   EXPECT_TRUE(machine->Exists(plugins_folder + "mine.cdp.cdp")) << "typed with its extension";
-  EXPECT_FALSE(again.Load("none.cdp"));
-  EXPECT_EQ(again.Title(), "Plugin: mine.cdp.cdp");
+  EXPECT_FALSE(editor.Load("none.cdp"));
+  EXPECT_EQ(editor.Title(), "Plugin: mine.cdp.cdp");
 }
 
 TEST_F(PluginWindowsTest, TheTrialListsWhatProcessingRemoves) {
@@ -367,11 +350,11 @@ TEST_F(PluginWindowsTest, TheTrialListsWhatProcessingRemoves) {
   EXPECT_EQ(trial.What(4) + " " + trial.Where(4), "Folder " + scratch + "in\\sub");
   EXPECT_EQ(trial.Summary(),
             "Would remove 2 files (6 Bytes) and 3 other things. Nothing was removed.");
-  EXPECT_NE(trial.notes().find("is not cleaned"), std::string::npos);
+  EXPECT_TRUE(Holds(trial.notes(), "is not cleaned"));
   EXPECT_EQ(machine->Tree(scratch), before);
   EXPECT_TRUE(machine->KeyExists(kUser, std::string(kKey) + "\\x"));
   RunRecords(context, plugin);
-  EXPECT_EQ(machine->Tree(scratch), (std::vector<std::string>{"a.ini", "in\\"}));
+  EXPECT_EQ(machine->Tree(scratch), (Names{"a.ini", "in\\"}));
   EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\x"));
   PluginTrial again(ports);
   again.Run(plugin, view);
@@ -402,7 +385,7 @@ TEST_F(PluginWindowsTest, ThePickerLeadsThroughFolders) {
   ASSERT_EQ(picker.folders().size(), here + 3) << "links are left out";
   EXPECT_EQ(picker.folders()[here + 1].name, "a");
   enter("b");
-  EXPECT_EQ(picker.files(), (std::vector<std::string>{"A.txt", "x.txt"}));
+  EXPECT_EQ(picker.files(), (Names{"A.txt", "x.txt"}));
   EXPECT_EQ(picker.folders().back().name, "sub");
   picker.OpenFolder(0);
   EXPECT_EQ(picker.Folder(), scratch.substr(0, 3));

@@ -7,33 +7,23 @@ namespace quellix {
 namespace {
 
 TEST(Cache, TheLocalFileIsShownInTwoParts) {
-  struct Row {
-    const char *local_file, *file_name, *folder;
-  };
-  static constexpr Row kRows[] = {
+  static constexpr std::tuple<const char*, const char*, const char*> kRows[] = {
       {"", "", ""},
       {"\\", "", ""},
       {"C:\\Cache\\AB12\\page[1].htm", "page[1].htm", "C:\\Cache\\AB12\\"},
       {"page[1].htm", "", ""},
       {"C:\\Cache\\", "", "C:\\Cache\\"},
-      {"\\a", "a", "\\"},
-  };
-  for (const Row& row : kRows) {
-    const CacheRow shown =
-        ToCacheRow({.source = "http://s.example/", .local_file = row.local_file});
-    EXPECT_EQ(shown.file_name, row.file_name) << row.local_file;
-    EXPECT_EQ(shown.folder, row.folder) << row.local_file;
+      {"\\a", "a", "\\"}};
+  for (const auto& [local_file, file_name, folder] : kRows) {
+    const CacheRow shown = ToCacheRow({.source = "http://s.example/", .local_file = local_file});
+    EXPECT_EQ(shown.file_name, file_name) << local_file;
+    EXPECT_EQ(shown.folder, folder) << local_file;
     EXPECT_FALSE(shown.checked);
   }
 }
 
 TEST(Cache, RecordsTellTheirUserAndAddress) {
-  struct Row {
-    const char* source;
-    bool is_record;
-    const char* description;
-  };
-  static constexpr Row kRows[] = {
+  static constexpr std::tuple<const char*, bool, const char*> kRows[] = {
       {"http://news.example/a@b", false, nullptr},
       {"https://shop.example/?from=cookie:x", false, nullptr},
       {"Cookie:anna@shop.example/", true, "User: anna\nAddress: shop.example/"},
@@ -41,12 +31,11 @@ TEST(Cache, RecordsTellTheirUserAndAddress) {
        "User: anna\nAddress: http://mail.example/?to=b@c.example"},
       {"Cookie:shop.example", true, "Address: shop.example"},
       {"Visited:", true, "Address: "},
-      {"Cookie:@", true, "User: \nAddress: "},
-  };
-  for (const Row& row : kRows) {
-    EXPECT_EQ(IsCacheRecord(row.source), row.is_record) << row.source;
-    if (row.is_record) {
-      EXPECT_EQ(DescribeCacheRecord(row.source), row.description) << row.source;
+      {"Cookie:@", true, "User: \nAddress: "}};
+  for (const auto& [source, is_record, description] : kRows) {
+    EXPECT_EQ(IsCacheRecord(source), is_record) << source;
+    if (is_record) {
+      EXPECT_EQ(DescribeCacheRecord(source), description) << source;
     }
   }
 }

@@ -7,11 +7,7 @@ namespace quellix::modPlugin {
 namespace {
 
 TEST(KeyGenerator, NumbersAreInclusiveAndPadded) {
-  const struct {
-    const char* row;
-    NumberRange range;
-    std::vector<std::string> texts;
-  } kRows[] = {
+  const std::tuple<const char*, NumberRange, std::vector<std::string>> kRows[] = {
       {"both bounds", {"8", "10", false, "0"}, {"8", "9", "10"}},
       {"one number", {"3", "3", false, "0"}, {"3"}},
       {"the width of the last", {"8", "10", true, "0"}, {"08", "09", "10"}},
@@ -19,13 +15,12 @@ TEST(KeyGenerator, NumbersAreInclusiveAndPadded) {
       {"one zero", {"1", "2", true, "0"}, {"01", "02"}},
       {"two zeros", {"9", "10", true, "00"}, {"009", "010"}},
       {"zero", {"0", "1", false, ""}, {"0", "1"}},
-      {"blanks", {" 1", "2 ", false, ""}, {"1", "2"}},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
-    const Numbers numbers = GenerateNumbers(row.range);
+      {"blanks", {" 1", "2 ", false, ""}, {"1", "2"}}};
+  for (const auto& [what, range, texts] : kRows) {
+    SCOPED_TRACE(what);
+    const Numbers numbers = GenerateNumbers(range);
     EXPECT_EQ(numbers.refusal, "");
-    EXPECT_EQ(numbers.texts, row.texts);
+    EXPECT_EQ(numbers.texts, texts);
   }
 }
 

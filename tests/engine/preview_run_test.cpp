@@ -1,7 +1,6 @@
 // A preview and the run that follows it, over trees, registries, keep lists and locks that a number
 // makes: what the one lists the other does, entry by entry, and nothing else.
 #include <random>
-#include <set>
 
 #include "app/entry_list.h"
 #include "app/preview_run.h"
@@ -17,12 +16,11 @@ using Lines = std::multiset<std::string>;
 constexpr const char* kPluginKey = "Qx1";
 constexpr const char* kPlugin = "qx.cdp";
 
-class PreviewRunTest : public RegistryFixture {
- protected:
+struct PreviewRunTest : RegistryFixture {
   // What the items below work on, and all of the program's folder but what runs write there.
   RegistryPicture PictureOfFiles() {
     RegistryPicture picture;
-    for (const std::string& folder : {temp, scratch, ports.program_folder + "\\"}) {
+    for (const std::string& folder : {temp, scratch, own + ""}) {
       for (const std::string& name : machine->Tree(folder)) {
         if (name == "Settings.ini" || name.starts_with("Backup")) continue;
         const bool is_folder = name.ends_with('\\');
@@ -95,7 +93,6 @@ class PreviewRunTest : public RegistryFixture {
       }
     }
     if (Below(3) == 0) kept_ += std::string("HKEY_CURRENT_USER\\") + kTypedUrlsKey + "|v1\r\n";
-    const std::string own = ports.program_folder + "\\";
     machine->MakeFile(own + "keep.txt", kept_);
     machine->MakeFile(own + "UDFI.txt", scratch + "listed.txt\r\n" + scratch + "none.txt\r\n");
     machine->MakeFile(own + "UDFO.txt", scratch + "mine\r\n");
@@ -124,7 +121,6 @@ class PreviewRunTest : public RegistryFixture {
 
   std::vector<std::shared_ptr<void>> locks_;
 
- private:
   std::minstd_rand random_;
   std::string kept_;
 };
@@ -147,12 +143,12 @@ TEST_F(PreviewRunTest, WhatAPreviewListsIsWhatARunThenDoes) {
     SCOPED_TRACE(number);
     Seed(number);
     const RegistryPicture before = PictureOfBoth();
-    const std::string stored = ReadProgramFile("Settings.ini");
+    const std::string stored = ReadOwn("Settings.ini");
 
     PreviewRun previewed(ports, view);
     previewed.Run(engine.selection());
     EXPECT_EQ(PictureOfBoth(), before);
-    EXPECT_EQ(ReadProgramFile("Settings.ini"), stored);
+    EXPECT_EQ(ReadOwn("Settings.ini"), stored);
 
     engine.RunCleaning();
     // What stays has its reason from another call of the system.
@@ -207,7 +203,7 @@ TEST_F(PreviewRunTest, OfAPreviewOnlyWhatIsTickedGoesAndNothingThatCameLater) {
     for (const std::string& entry : ticked) EXPECT_FALSE(machine->Exists(entry)) << entry;
     EXPECT_TRUE(machine->Exists(temp + "came later") &&
                 machine->Exists(scratch + "mine\\came later"));
-    EXPECT_NE(engine.state().RunLog.find("not in the preview: "), std::string::npos);
+    EXPECT_TRUE(Holds(engine.state().RunLog, "not in the preview: "));
     EXPECT_EQ(engine.state().Choice, nullptr);
     Clear();
   }
@@ -231,10 +227,10 @@ TEST_F(PreviewRunTest, WhatWasUntickedIsNotTakenByWhatHoldsItNorByTheBin) {
   machine->MakeFile(scratch + "binned since.txt", "123");
   ports.files.Recycle(scratch + "binned since.txt");
   engine.RunCleaning(list.Choice());
-  EXPECT_EQ(machine->ValueNames(kUser, find), std::vector<std::string>{"b"});
+  EXPECT_EQ(machine->ValueNames(kUser, find), Names{"b"});
   EXPECT_GE(ports.shell.QueryRecycleBin().items, 2u);
   const std::string& log = engine.state().RunLog;
-  EXPECT_NE(log.find("Left, as they were not in the preview: 1"), std::string::npos) << log;
+  EXPECT_TRUE(Holds(log, "Left, as they were not in the preview: 1"));
   ports.shell.EmptyRecycleBin();
   machine->RemoveRegistryTree(kUser, find);
 }
@@ -250,7 +246,7 @@ TEST_F(PreviewRunTest, TheQuestionCountsWhatCannotBeHadBack) {
       {"[General]\r\nDelMethod=B\r\n", ""}};
   machine->MakeFile(scratch + "mine\\a", "1234");
   machine->MakeFile(scratch + "mine\\b", "123");
-  machine->MakeFile(ports.program_folder + "\\UDFO.txt", scratch + "mine\r\n");
+  machine->MakeFile(own + "UDFO.txt", scratch + "mine\r\n");
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   machine->SetText(kUser, kRunMruKey, "a", "x");
   for (const auto& row : kRows) {

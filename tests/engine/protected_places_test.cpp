@@ -1,6 +1,5 @@
 #include "run/protected_places.h"
 
-#include "platform/path.h"
 #include "run/precious_names.h"
 #include "run/removal.h"
 #include "support/forwarding_files.h"
@@ -14,9 +13,8 @@ constexpr const char* kShellFolders =
 constexpr const char* kDownloads = "{374DE290-123F-4565-9164-39C4925E467B}";
 
 // Every precious place, by every way of spelling it: nothing in it goes, and the log says why.
-class ProtectedPlacesTest : public RunFixture {
- protected:
-  static std::vector<std::string> Spellings(const std::string& path) {
+struct ProtectedPlacesTest : RunFixture {
+  static Names Spellings(const std::string& path) {
     std::string doubled, slashes = path;
     for (const char c : path) doubled += c == '\\' ? "\\\\" : std::string(1, c);
     std::replace(slashes.begin(), slashes.end(), '\\', '/');
@@ -34,6 +32,18 @@ class ProtectedPlacesTest : public RunFixture {
             path + "\\.",
             "\\\\localhost\\" + path.substr(0, 1) + "$" + path.substr(2)};
   }
+  static std::string WhoMay(ProtectedPlaces& places, Folder& folder, std::string_view mask) {
+    const bool below = mask.starts_with('|');
+    if (below) mask.remove_prefix(1);
+    std::string who;
+    for (const auto& [claim, letter] :
+         {std::pair(Claim::kItem, 'I'), {Claim::kRecipe, 'R'}, {Claim::kOwnList, 'O'}}) {
+      const std::string why = HasWildcards(mask) ? places.WhyNot(folder, mask, below, claim)
+                                                 : places.WhyNotFile(folder, mask, claim);
+      if (why.empty()) who += letter;
+    }
+    return who;
+  }
 };
 
 TEST_F(ProtectedPlacesTest, NoSpellingOfAPreciousFolderEmptiesIt) {
@@ -50,26 +60,27 @@ TEST_F(ProtectedPlacesTest, NoSpellingOfAPreciousFolderEmptiesIt) {
                                 profile + "\\AppData",
                                 ports.system.Environment("ProgramFiles").value(),
                                 ports.program_folder,
-                                ports.program_folder + "\\Backup",
-                                ports.program_folder + "\\Plugins\\Deep"};
+                                own + "Backup",
+                                own + "Plugins\\Deep"};
   std::string lines;
   for (const std::string& place : places) {
     machine->MakeFile(place + "\\Qx kept\\dear.tmp", "dear");
     for (const std::string& line : Spellings(place)) lines += line + "\r\n";
     lines += machine->ShortName(place) + "\r\n";
   }
-  machine->MakeFile(ports.program_folder + "\\UDFO.txt", lines);
-  engine.RunOneItem(*FindItem("CleanUserFolders"));
+  machine->MakeFile(own + "UDFO.txt", lines);
+  Clean("CleanUserFolders");
   for (const std::string& place : places) {
     const std::string& log = engine.state().RunLog;
     EXPECT_TRUE(machine->Exists(place + "\\Qx kept\\dear.tmp")) << place << log;
-    EXPECT_NE(log.find(place + "\\ is not cleaned: "), std::string::npos) << place << log;
+    EXPECT_TRUE(Holds(log, place + "\\ is not cleaned: ")) << place << log;
     ports.files.RemoveFile(place + "\\Qx kept\\dear.tmp");
     ports.files.RemoveFolder(place + "\\Qx kept");
   }
 }
 
-// Those who may: the items (I), recipes (R), the user's own list (O).
+// What is asked of a folder: its files of a mask, behind "||" with those below it; and those who
+// may: the items (I), recipes (R), the user's own list (O).
 TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
   const std::string windows = ports.system.WindowsFolder(), root = windows.substr(0, 3);
   const std::string system = ports.system.SystemFolder(), config = system + "\\config";
@@ -77,67 +88,42 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
   const std::string listed = scratch + "listed", moved = profile + "\\Qx moved";
   const std::string cloud = profile + "\\OneDrive - Qx", games = profile + "\\Saved Games";
   const std::string other = std::string(FolderPart(profile)) + "Somebody Else";
-  const struct {
-    std::string folder, mask;
-    bool below;
-    const char* who;
-  } kRows[] = {
-      {windows, "MEMORY.DMP", false, "IRO"},
-      {windows, "*.log", false, "IRO"},
-      {windows, "*.log", true, ""},
-      {windows, "qx.exe", false, ""},
-      {windows, "qx", false, ""},
-      {windows, "qx.zzz", false, "IRO"},
-      {windows, "q?.zzz", false, ""},
-      {system, "qx.dll", false, ""},
-      {system, "*.spl", false, ""},
-      {system + "\\Qx", "*.spl", true, "I"},
-      {system + "\\Qx", "*.*", true, ""},
-      {system + "\\LogFiles\\Qx", "*.*", true, "IRO"},
-      {config, "*.log", false, ""},
-      {config + "\\Qx", "qx.log", false, ""},
-      {root, "qx.zzz", false, "IRO"},
-      {root, "BOOTMGR", false, ""},
-      {profile, "NTUSER.DAT.LOG1", false, ""},
-      {profile, "ntuser.dat{1}.TM.blf", false, ""},
-      {profile, "qx.dat", false, "IRO"},
-      {other, "*.*", true, ""},
-      {other + "\\Qx", "*.*", true, "IRO"},
-      {listed, "*.*", true, ""},
-      {games, "*.*", true, "O"},
-      {games, "*.log", false, "IRO"},
-      {games, "*.log", true, "O"},
-      {cloud, "*.*", true, "O"},
-      {moved, "*.*", true, "O"},
-      {ports.program_folder, "qx.log", false, ""},
-      {scratch, "UsrClass.dat", false, ""},
-      {scratch, "notes.dat", false, "IRO"},
-  };
+  const std::pair<const char*, Names> kRows[] = {
+      {"",
+       {windows + "|qx.exe", windows + "|qx", windows + "|q?.zzz", windows + "||*.log",
+        system + "|qx.dll", system + "|*.spl", system + "\\Qx||*.*", config + "|*.log",
+        config + "\\Qx|qx.log", root + "|BOOTMGR", profile + "|NTUSER.DAT.LOG1",
+        profile + "|ntuser.dat{1}.TM.blf", other + "||*.*", listed + "||*.*",
+        ports.program_folder + "|qx.log", scratch + "|UsrClass.dat"}},
+      {"I", {system + "\\Qx||*.spl"}},
+      {"O", {games + "||*.*", games + "||*.log", cloud + "||*.*", moved + "||*.*"}},
+      {"IRO",
+       {windows + "|MEMORY.DMP", windows + "|*.log", windows + "|qx.zzz",
+        system + "\\LogFiles\\Qx||*.*", root + "|qx.zzz", profile + "|qx.dat", other + "\\Qx||*.*",
+        games + "|*.log", scratch + "|notes.dat"}}};
   const std::string list = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-9";
   machine->SetText(RegistryRoot::kLocalMachine, list, "ProfileImagePath", listed);
   machine->SetText(kUser, kShellFolders, kDownloads, "%USERPROFILE%\\Qx moved");
   const bool had_boot_file = machine->Exists(root + "bootmgr");
   if (!had_boot_file) machine->MakeFile(root + "bootmgr", "1");
-  for (const auto& row : kRows) machine->MakeFolder(row.folder);
+  for (const std::string& folder : {system + "\\Qx", config + "\\Qx", system + "\\LogFiles\\Qx",
+                                    other + "\\Qx", listed, games, cloud, moved}) {
+    machine->MakeFolder(folder);
+  }
   ProtectedPlaces places(ports, "");
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.folder + ", " + row.mask);
-    const auto folder = ports.files.OpenFolder(row.folder);
-    std::string who;
-    for (const auto& [claim, letter] :
-         {std::pair(Claim::kItem, 'I'), {Claim::kRecipe, 'R'}, {Claim::kOwnList, 'O'}}) {
-      const std::string why = HasWildcards(row.mask)
-                                  ? places.WhyNot(*folder, row.mask, row.below, claim)
-                                  : places.WhyNotFile(*folder, row.mask, claim);
-      if (why.empty()) who += letter;
+  for (const auto& [who, asked] : kRows) {
+    for (const std::string& row : asked) {
+      SCOPED_TRACE(row);
+      const std::string at = row.substr(0, row.find('|'));
+      const auto folder = ports.files.OpenFolder(at);
+      EXPECT_EQ(WhoMay(places, *folder, row.substr(at.size() + 1)), who);
+      const bool is_personal = at == games || at == cloud || at == moved;
+      EXPECT_EQ(places.IsPersonal(*folder), is_personal);
+      EXPECT_EQ(places.IsSpared(folder->Id()),
+                !is_personal && at != scratch && !at.ends_with("\\Qx"));
+      EXPECT_EQ(places.WhyNotEdit(*folder, "qx.ini").empty(),
+                !at.starts_with(config) && at != ports.program_folder);
     }
-    EXPECT_EQ(who, row.who);
-    const std::string& at = row.folder;
-    EXPECT_EQ(places.IsPersonal(*folder), at == games || at == cloud || at == moved);
-    EXPECT_EQ(places.IsSpared(folder->Id()),
-              !places.IsPersonal(*folder) && at != scratch && !at.ends_with("\\Qx"));
-    EXPECT_EQ(places.WhyNotEdit(*folder, "qx.ini").empty(),
-              !at.starts_with(config) && at != ports.program_folder);
   }
   machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, list);
   ports.registry.Open(kUser, kShellFolders, RegistryAccess::kWrite)->DeleteValue(kDownloads);
@@ -145,24 +131,21 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
 }
 
 TEST_F(ProtectedPlacesTest, AHiveIsKnownByItsNameAndWhatIsInIt) {
-  const struct {
-    const char *name, *bytes;
-    bool goes;
-  } kRows[] = {{"SYSTEM", "regf and more", false},
-               {"software.log1", "regf", false},
-               {"Sam{1}.TM.blf", "regf", false},
-               {"SECURITY", "a text", true},
-               {"DEFAULTS", "regf", true},
-               {"Default", nullptr, false},
-               {"bcd", "reg", true}};
+  const std::tuple<const char*, const char*, bool> kRows[] = {{"SYSTEM", "regf and more", false},
+                                                              {"software.log1", "regf", false},
+                                                              {"Sam{1}.TM.blf", "regf", false},
+                                                              {"SECURITY", "a text", true},
+                                                              {"DEFAULTS", "regf", true},
+                                                              {"Default", nullptr, false},
+                                                              {"bcd", "reg", true}};
   ProtectedPlaces places(ports, "");
   const auto folder = ports.files.OpenFolder(scratch);
   EXPECT_EQ(places.WhyNotFile(*folder, "DRIVERS", Claim::kOwnList), "") << "it is missing";
-  for (const auto& row : kRows) {
-    const std::string path = scratch + row.name;
-    row.bytes ? machine->MakeFile(path, row.bytes) : machine->MakeFolder(path);  // unreadable
-    EXPECT_EQ(places.WhyNotFile(*folder, row.name, Claim::kOwnList).empty(), row.goes) << row.name;
-    EXPECT_EQ(places.WhyNotEdit(*folder, row.name).empty(), row.goes) << row.name;
+  for (const auto& [name, bytes, goes] : kRows) {
+    const std::string path = scratch + name;
+    bytes ? machine->MakeFile(path, bytes) : machine->MakeFolder(path);  // unreadable
+    EXPECT_EQ(places.WhyNotFile(*folder, name, Claim::kOwnList).empty(), goes) << name;
+    EXPECT_EQ(places.WhyNotEdit(*folder, name).empty(), goes) << name;
   }
 }
 
@@ -188,9 +171,9 @@ TEST_F(ProtectedPlacesTest, ARemovalAsksAgain) {
   const std::string windows = ports.system.WindowsFolder(), root = windows.substr(0, 3);
   const std::string library = windows + "\\qx.dll", part = windows + "\\WinSxS\\qx.tmp";
   for (const std::string& path : {library, part}) machine->MakeFile(path, "1");
-  machine->MakeFile(ports.program_folder + "\\UDFI.txt", library + "\r\n");
+  machine->MakeFile(own + "UDFI.txt", library + "\r\n");
   machine->MakeFolder(windows + "\\Installer");
-  engine.RunOneItem(*FindItem("CleanUserFiles"));
+  Clean("CleanUserFiles");
   FileList list{ports.files.OpenFolder(root), root, {}, {}};
   list.PendingFiles.Append(part);
   list.PendingFolders.Append(windows + "\\Installer\\");
@@ -208,12 +191,11 @@ TEST_F(ProtectedPlacesTest, AWalkGoesAroundTheProgramAndItsBackups) {
   machine->MakeFile(temp + "safe\\C_010120200000.zip", "mine");
   machine->MakeFile(temp + "junk\\a.tmp", "1");
   machine->MakeFile(temp + "hive\\UsrClass.dat", "1");
-  engine.RunOneItem(*FindItem("CleanTempFiles"));
-  EXPECT_FALSE(machine->Exists(temp + "junk"));
-  EXPECT_TRUE(machine->Exists(temp + "hive\\UsrClass.dat"));
+  Clean("CleanTempFiles");
+  EXPECT_TRUE(!machine->Exists(temp + "junk") && machine->Exists(temp + "hive\\UsrClass.dat"));
   ports.files.RemoveFile(temp + "hive\\UsrClass.dat");
   EXPECT_TRUE(machine->Exists(temp + "safe\\C_010120200000.zip"));
-  EXPECT_NE(engine.state().RunLog.find("safe\\ is not cleaned: "), std::string::npos);
+  EXPECT_TRUE(Holds(engine.state().RunLog, "safe\\ is not cleaned: "));
   ports.files.RemoveFile(temp + "safe\\C_010120200000.zip");
 }
 

@@ -10,28 +10,17 @@ namespace quellix {
 namespace {
 
 using Kind = RegistryTarget::Kind;
-using Names = std::vector<std::string>;
 
-class RegistryEraserTest : public RegistryFixture {
- protected:
+struct RegistryEraserTest : RegistryFixture {
   Erasure Erase(const std::vector<RegistryTarget>& targets) {
     return RegistryEraser(ports.registry, RegistryEraser::OnError::kSilent).Erase(targets);
   }
-  RegistryPicture UserPicture() {
-    RegistryPicture picture;
-    for (const char* key : kUserKeys) Picture(kUser, key, picture);
-    return picture;
-  }
-  const std::string backup_folder_ = ports.program_folder + "\\Backup\\";
+  const std::string backup_folder_ = own + "Backup\\";
 };
 
 TEST_F(RegistryEraserTest, OnlyWhatIsNamedGoesAndWhatStaysIsTold) {
-  const struct {
-    const char* row;
-    RegistryTarget target;
-    size_t gone, stayed;
-    size_t left;  // of the 8 keys and values
-  } kRows[] = {
+  // left: of the 8 keys and values.
+  const std::tuple<const char*, RegistryTarget, size_t, size_t, size_t> kRows[] = {
       {"a value in any case", {Kind::kValue, kUser, "QX1\\a", "V"}, 1, 0, 7},
       {"the default value", {Kind::kValue, kUser, "Qx1\\a\\", ""}, 1, 0, 7},
       {"no such value", {Kind::kValue, kUser, "Qx1\\a", "none"}, 0, 0, 8},
@@ -42,24 +31,23 @@ TEST_F(RegistryEraserTest, OnlyWhatIsNamedGoesAndWhatStaysIsTold) {
       {"a tree", {Kind::kTree, kUser, "Qx1\\a\\", ""}, 1, 0, 1},
       {"a tree of values alone", {Kind::kTree, kUser, "Qx1\\a\\b\\c", ""}, 1, 0, 6},
       {"no such tree", {Kind::kTree, kUser, "Qx1\\none\\deeper", ""}, 0, 0, 8},
-      {"a backslash in front names nothing", {Kind::kTree, kUser, "\\Qx1", ""}, 0, 0, 8},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
+      {"a backslash in front names nothing", {Kind::kTree, kUser, "\\Qx1", ""}, 0, 0, 8}};
+  for (const auto& [what, target, gone, stayed, left] : kRows) {
+    SCOPED_TRACE(what);
     Set(kUser, "Qx1\\a", "v", Text("1"));
     Set(kUser, "Qx1\\a", "", Text("2"));
     Set(kUser, "Qx1\\a\\b", "deep", Text("3"));
     Set(kUser, "Qx1\\a\\b\\c", "deeper", Text("4"));
     ASSERT_EQ(UserPicture().size(), 8u);
-    const Erasure first = Erase({row.target});
-    EXPECT_EQ(first.gone, row.gone);
-    EXPECT_EQ(first.stayed, row.stayed);
-    EXPECT_EQ(first.problem.empty(), row.stayed == 0) << first.problem;
-    EXPECT_EQ(UserPicture().size(), row.left);
-    const Erasure again = Erase({row.target});
+    const Erasure first = Erase({target});
+    EXPECT_EQ(first.gone, gone);
+    EXPECT_EQ(first.stayed, stayed);
+    EXPECT_EQ(first.problem.empty(), stayed == 0) << first.problem;
+    EXPECT_EQ(UserPicture().size(), left);
+    const Erasure again = Erase({target});
     EXPECT_EQ(again.gone, 0u);
-    EXPECT_EQ(again.stayed, row.stayed);
-    EXPECT_EQ(UserPicture().size(), row.left);
+    EXPECT_EQ(again.stayed, stayed);
+    EXPECT_EQ(UserPicture().size(), left);
   }
 }
 
@@ -89,8 +77,7 @@ TEST_F(RegistryEraserTest, ATreeAsDeepAsTheyComeIsKeptAndGoes) {
   RegistryEraser eraser(ports.registry, RegistryEraser::OnError::kTold);
   eraser.KeepIn(undo, ports, backup_folder_);
   EXPECT_EQ(eraser.Erase({Kind::kTree, kUser, "Qx1", ""}).gone, 1u);
-  EXPECT_TRUE(UserPicture().empty());
-  EXPECT_TRUE(RestoreFile(UndoFiles().at(0)).problems.empty());
+  EXPECT_TRUE(UserPicture().empty() && RestoreFile(UndoFiles().at(0)).problems.empty());
   EXPECT_EQ(UserPicture(), before);
 }
 
@@ -107,7 +94,7 @@ TEST_F(RegistryEraserTest, WhatIsNotStoredCountsAsNotDeleted) {
             "There was an error in cleaning the Run MRU. 2 of 2 registry entries stay. "
             "The disk is full.");
   EXPECT_TRUE(run.state().SomeErrors);
-  EXPECT_EQ(run.state().RunLog.find("run history"), std::string::npos) << run.state().RunLog;
+  EXPECT_FALSE(Holds(run.state().RunLog, "run history"));
 
   const CleaningContext on_full{full, settings, run.state(), view, mod_zip};
   CleaningContext plugin_context = on_full;
@@ -148,46 +135,39 @@ TEST_F(RegistryEraserTest, ASubKeyThatStaysKeepsItsHolderAndNoNeighbour) {
                               .Erase({Kind::kTree, kUser, "Qx1", ""});
   EXPECT_EQ(erasure.stayed, 1u);
   EXPECT_EQ(erasure.problem, "It is denied.");
-  EXPECT_TRUE(machine->KeyExists(kUser, "Qx1\\denied"));
-  EXPECT_FALSE(machine->KeyExists(kUser, "Qx1\\other"));
+  EXPECT_TRUE(machine->KeyExists(kUser, "Qx1\\denied") && !machine->KeyExists(kUser, "Qx1\\other"));
 }
 
+// Behind "\REGISTRY\".
 TEST(ProtectedKeys, PreciousKeysAreKeptWithWhatHoldsThem) {
-  const struct {
-    const char* key;  // behind "\REGISTRY\"
-    bool keeps_value, keeps_tree;
-  } kRows[] = {
-      {"MACHINE", true, true},
-      {"MACHINE\\SOFTWARE", true, true},
-      {"USER", true, true},
-      {"USER\\S-1-5-21-1", true, true},
-      {"USER\\S-1-5-21-1\\Software", true, true},
-      {"USER\\S-1-5-21-1\\Software\\Classes\\.txt", true, true},
-      {"USER\\S-1-5-21-1_Classes\\CLSID", true, true},
-      {"machine\\system\\Select", true, true},
-      {"MACHINE\\SYSTEM\\ControlSet002", true, true},
-      {"MACHINE\\SYSTEM\\ControlSet002\\Services", true, true},
-      {"Machine\\System\\CurrentControlSet\\services\\Tcpip\\Parameters", true, true},
-      {"MACHINE\\SYSTEM\\ControlSet001\\Control\\Lsa", true, true},
-      {"MACHINE\\SAM\\SAM\\Domains\\Account", true, true},
-      {"MACHINE\\SECURITY\\Policy", true, true},
-      {"MACHINE\\SOFTWARE\\Microsoft", false, true},
-      {"MACHINE\\SOFTWARE\\Microsoft\\Windows NT", true, true},
-      {"MACHINE\\SOFTWARE\\Microsoft\\WINDOWS nt\\CurrentVersion\\Winlogon", true, true},
-      {"MACHINE\\SOFTWARE\\Classes\\CLSID", true, true},
-      {"MACHINE\\SOFTWARE\\Wow6432Node", false, true},
-      {"MACHINE\\SYSTEM\\ControlSet001\\Hardware Profiles\\0001\\Software", true, true},
-      {"MACHINE\\SOFTWARE\\Microsoft\\Windows NTx", false, false},
-      {"MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run", false, false},
-      {"MACHINE\\SYSTEM\\ControlSet001\\Qx", false, false},
-      {"USER\\S-1-5-21-1\\Software\\Qx", false, false},
-      {"USER\\S-1-5-21-1\\Software\\Microsoft\\Windows NT\\CurrentVersion", false, false},
-      {"MACHINE\\SOFTWARE\\Classes\\CLSID\\{1}", false, false},
-  };
-  for (const auto& row : kRows) {
-    const std::string name = std::string("\\REGISTRY\\") + row.key;
-    EXPECT_EQ(ProtectedKeys::KeepsName(name, ProtectedKeys::Part::kValue), row.keeps_value) << name;
-    EXPECT_EQ(ProtectedKeys::KeepsName(name, ProtectedKeys::Part::kTree), row.keeps_tree) << name;
+  const std::tuple<bool, bool, Names> kRows[] = {
+      // values, trees
+      {true,
+       true,
+       {"MACHINE", "MACHINE\\SOFTWARE", "USER", "USER\\S-1-5-21-1", "USER\\S-1-5-21-1\\Software",
+        "USER\\S-1-5-21-1\\Software\\Classes\\.txt", "USER\\S-1-5-21-1_Classes\\CLSID",
+        "machine\\system\\Select", "MACHINE\\SYSTEM\\ControlSet002",
+        "MACHINE\\SYSTEM\\ControlSet002\\Services",
+        "Machine\\System\\CurrentControlSet\\services\\Tcpip\\Parameters",
+        "MACHINE\\SYSTEM\\ControlSet001\\Control\\Lsa", "MACHINE\\SAM\\SAM\\Domains\\Account",
+        "MACHINE\\SECURITY\\Policy", "MACHINE\\SOFTWARE\\Microsoft\\Windows NT",
+        "MACHINE\\SOFTWARE\\Microsoft\\WINDOWS nt\\CurrentVersion\\Winlogon",
+        "MACHINE\\SOFTWARE\\Classes\\CLSID",
+        "MACHINE\\SYSTEM\\ControlSet001\\Hardware Profiles\\0001\\Software"}},
+      {false, true, {"MACHINE\\SOFTWARE\\Microsoft", "MACHINE\\SOFTWARE\\Wow6432Node"}},
+      {false,
+       false,
+       {"MACHINE\\SOFTWARE\\Microsoft\\Windows NTx",
+        "MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run",
+        "MACHINE\\SYSTEM\\ControlSet001\\Qx", "USER\\S-1-5-21-1\\Software\\Qx",
+        "USER\\S-1-5-21-1\\Software\\Microsoft\\Windows NT\\CurrentVersion",
+        "MACHINE\\SOFTWARE\\Classes\\CLSID\\{1}"}}};
+  for (const auto& [keeps_value, keeps_tree, keys] : kRows) {
+    for (const std::string& key : keys) {
+      const std::string name = "\\REGISTRY\\" + key;
+      EXPECT_EQ(ProtectedKeys::KeepsName(name, ProtectedKeys::Part::kValue), keeps_value) << name;
+      EXPECT_EQ(ProtectedKeys::KeepsName(name, ProtectedKeys::Part::kTree), keeps_tree) << name;
+    }
   }
 }
 
@@ -206,7 +186,9 @@ TEST_F(RegistryEraserTest, TheGuardKnowsAKeyByWhatItIs) {
   }
   const auto system = ports.registry.Open(kMachine, "SYSTEM", RegistryAccess::kRead);
   if (system->IsLink("CurrentControlSet")) {
-    EXPECT_EQ(Erase({{Kind::kTree, kMachine, "SYSTEM\\CurrentControlSet", ""}}).stayed, 1u);
+    const Erasure erasure = Erase({{Kind::kTree, kMachine, "SYSTEM\\CurrentControlSet", ""}});
+    EXPECT_EQ(erasure.stayed, 1u);
+    EXPECT_TRUE(Holds(erasure.problem, " leads to another key."));
     EXPECT_TRUE(machine->KeyExists(kMachine, "SYSTEM\\ControlSet001" + probe)) << "unguarded";
   }
   for (const char* set : {"SYSTEM\\ControlSet001", "SYSTEM\\CurrentControlSet"}) {

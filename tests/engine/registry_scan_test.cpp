@@ -1,6 +1,5 @@
 // The registry tools over a registry with entries of every kind: what they list, what they delete,
 // and how it comes back.
-#include <algorithm>
 
 #include "support/registry_fixture.h"
 #include "support/scripted_prompts.h"
@@ -8,11 +7,10 @@
 namespace quellix {
 namespace {
 
-class RegistryScanTest : public RegistryFixture {
- protected:
+struct RegistryScanTest : RegistryFixture {
   // Rows of one scan, a line each: mark, tick and columns.
-  static std::vector<std::string> Rows(const RegistryScan& scan) {
-    std::vector<std::string> rows;
+  static Names Rows(const RegistryScan& scan) {
+    Names rows;
     for (size_t i = 0; i < scan.RowCount(); ++i) {
       const ScanRow& row = scan.row(i);
       std::string line = {" !+"[static_cast<int>(row.mark)], row.checked ? 'x' : '-'};
@@ -22,8 +20,8 @@ class RegistryScanTest : public RegistryFixture {
     return rows;
   }
   // The order of a list: orphaned ones on top, the last found first, then the valid ones.
-  static std::vector<std::string> Ordered(const std::vector<std::string>& found) {
-    std::vector<std::string> rows;
+  static Names Ordered(const Names& found) {
+    Names rows;
     for (const std::string& line : found) {
       if (line.starts_with("!")) rows.insert(rows.begin(), line);
     }
@@ -40,8 +38,8 @@ class RegistryScanTest : public RegistryFixture {
     EXPECT_FALSE(scan->timer_enabled() || scan->is_scanning());
     return scan;
   }
-  std::vector<std::string> NamesInOrder(const std::string& key) {
-    std::vector<std::string> names;
+  Names NamesInOrder(const std::string& key) {
+    Names names;
     const auto open = ports.registry.Open(kMachine, key, RegistryAccess::kRead);
     for (uint32_t i = 0; open; ++i) {
       const auto value = open->ValueAt(i);
@@ -62,7 +60,7 @@ class RegistryScanTest : public RegistryFixture {
     const RestoreResult result = RestoreFile(UndoFiles()[0]);
     EXPECT_TRUE(result.problems.empty()) << result.problems[0];
     EXPECT_EQ(PictureOfAll(), before);
-    ports.files.RemoveFile(ports.program_folder + "\\Backup\\" + UndoFiles()[0]);
+    ports.files.RemoveFile(own + "Backup\\" + UndoFiles()[0]);
   }
 };
 
@@ -77,7 +75,7 @@ TEST_F(RegistryScanTest, SharedDlls) {
   Set(kMachine, kDlls, long_text, Text("77"));
   const RegistryPicture before = PictureOfAll();
 
-  std::vector<std::string> found;
+  Names found;
   size_t missing = 0;
   for (const std::string& name : NamesInOrder(kDlls)) {
     const bool text = name == text_count;
@@ -166,7 +164,7 @@ TEST_F(RegistryScanTest, ApplicationPaths) {
                {"f nested.exe", gone, "!x|f nested.exe|" + gone},
                {"g folder", scratch, "+-|g folder|" + scratch},
                {"h half quoted", "\"" + gone, "!x|h half quoted|" + gone}};
-  std::vector<std::string> found;
+  Names found;
   for (const auto& row : kRows) {
     Set(kMachine, std::string(kApps) + "\\" + row.name, "", Text(row.value));
     if (!row.row.empty()) found.push_back(row.row);
@@ -183,24 +181,29 @@ TEST_F(RegistryScanTest, ApplicationPaths) {
     if (scan->row(i).texts[0] == "d there.exe") scan->SetChecked(i, true);
   }
   scan->DeleteChecked(false);
-  EXPECT_TRUE(machine->Exists(there));
-  EXPECT_TRUE(scan->timer_enabled());
+  EXPECT_TRUE(machine->Exists(there) && scan->timer_enabled());
   scan->StartScan();
   EXPECT_EQ(scan->status(), "3 entries, 1 orphaned") << "a key with sub-keys stays";
   EXPECT_EQ(scan->row(0).texts[0], "f nested.exe");
   ExpectRestored(before);
+}
 
-  scan->StartScan();
+TEST_F(RegistryScanTest, AnApplicationPathIsEdited) {
+  const std::string there = File("there.exe", true), gone = File("gone.exe", false);
+  for (const char* name : {"a gone.exe", "b there.exe", "c gone"}) {
+    Set(kMachine, std::string(kApps) + "\\" + name, "", Text(name[0] == 'b' ? there : gone));
+  }
+  const auto scan = Scan(ScanTool::kAppPaths);
   ScriptedPrompts prompts;
   prompts.files = {there, std::nullopt};
-  ASSERT_EQ(scan->row(0).texts[0], "h half quoted");
-  ASSERT_EQ(scan->row(2).texts[0], "a gone.exe");
+  ASSERT_EQ(scan->row(0).texts[0], "c gone");
+  ASSERT_EQ(scan->row(1).texts[0], "a gone.exe");
   EXPECT_EQ(scan->Browse(0, prompts), there);
-  EXPECT_EQ(scan->Browse(2, prompts), std::nullopt);
-  EXPECT_EQ(prompts.asked, (std::vector<std::string>{"", "*.exe|*.exe"}));
+  EXPECT_EQ(scan->Browse(1, prompts), std::nullopt);
+  EXPECT_EQ(prompts.asked, (Names{"", "*.exe|*.exe"}));
   const std::string untouched = std::string(kApps) + "\\a gone.exe";
   Set(kMachine, untouched, "", Text(gone, kRegExpandSz));
-  scan->SaveEdit(2, gone);
+  scan->SaveEdit(1, gone);
   EXPECT_EQ(ports.registry.Open(kMachine, untouched, RegistryAccess::kRead)->QueryValue("")->type,
             kRegExpandSz)
       << "what is not changed is not written";
@@ -208,7 +211,7 @@ TEST_F(RegistryScanTest, ApplicationPaths) {
   scan->EndEdit();
   EXPECT_TRUE(scan->timer_enabled());
   scan->StartScan();
-  EXPECT_EQ(scan->status(), "6 entries, 2 orphaned");
+  EXPECT_EQ(scan->status(), "3 entries, 1 orphaned");
 }
 
 TEST_F(RegistryScanTest, HelpFiles) {
@@ -222,9 +225,8 @@ TEST_F(RegistryScanTest, HelpFiles) {
   for (const auto& [key, entry] : kRows) Set(kMachine, key, entry.first, Text(entry.second));
   const RegistryPicture before = PictureOfAll();
   const auto scan = Scan(ScanTool::kHelpFiles);
-  EXPECT_EQ(Rows(*scan), (std::vector<std::string>{"!x|gone.hlp|" + folder + "\\",
-                                                   "!x|gone.hlp|" + folder + "\\",
-                                                   "+-|there.hlp|" + folder + "\\"}));
+  EXPECT_EQ(Rows(*scan), (Names{"!x|gone.hlp|" + folder + "\\", "!x|gone.hlp|" + folder + "\\",
+                                "+-|there.hlp|" + folder + "\\"}));
   EXPECT_EQ(scan->status(), "3 entries, 2 orphaned");
   EXPECT_EQ(scan->row(0).key, std::string(kHtmlHelp) + "\\") << "a single value is examined";
 
@@ -262,9 +264,8 @@ TEST_F(RegistryScanTest, Components) {
   Set(kMachine, key + "{5}", "IsInstalled", Text("1"));
   const RegistryPicture before = PictureOfAll();
   const auto scan = Scan(ScanTool::kComponents);
-  EXPECT_EQ(Rows(*scan), (std::vector<std::string>{
-                             "!x|text|False||{5}", "!x|says nothing|False||{3}",
-                             "!x|not installed|False||{2}", "+-|installed|True|stub.exe|{1}"}));
+  EXPECT_EQ(Rows(*scan), (Names{"!x|text|False||{5}", "!x|says nothing|False||{3}",
+                                "!x|not installed|False||{2}", "+-|installed|True|stub.exe|{1}"}));
   EXPECT_EQ(scan->status(), "4 entries, 3 orphaned");
   scan->DeleteChecked(true);
   EXPECT_TRUE(scan->timer_enabled());

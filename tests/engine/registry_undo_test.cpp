@@ -1,5 +1,4 @@
 // Registry entries in .reg files: what is kept, when, and how it comes back.
-#include <algorithm>
 
 #include "platform/error.h"
 #include "plugins/mod_plugin.h"
@@ -11,14 +10,8 @@
 namespace quellix {
 namespace {
 
-class RegistryUndoTest : public RegistryFixture {
- protected:
-  std::string BackupFolder() { return ports.program_folder + "\\Backup\\"; }
-  RegistryPicture UserPicture() {
-    RegistryPicture picture;
-    for (const char* key : kUserKeys) Picture(kUser, key, picture);
-    return picture;
-  }
+struct RegistryUndoTest : RegistryFixture {
+  std::string BackupFolder() { return own + "Backup\\"; }
   std::string Restore(OverwriteMode mode, Prompts& prompts) {
     const RestoreResult result = backups.Restore(
         UndoFiles().at(0), {.entry_paths = {}, .to = "", .mode = mode}, prompts, {});
@@ -59,8 +52,7 @@ TEST_F(RegistryUndoTest, EveryKindOfEntryComesBackAsItWas) {
       {"odd type", {0x12345, "abc"}},
       {"\xC3\xA4\xE6\xBC\xA2\xF0\x9F\x98\x80", Text("\xC3\xA4\xE6\xBC\xA2\xF0\x9F\x98\x80")},
       {"=", Text("]")},
-      {"; no remark", Text("; none either")},
-  };
+      {"; no remark", Text("; none either")}};
   for (const auto& [name, value] : kRows) Set(kUser, "Qx1\\a]b\\[c", name, value);
   for (const auto& [name, value] : kRows) Set(kUser, "Qx1\\\xC3\xA4", name, value);
   const RegistryPicture before = UserPicture();
@@ -102,7 +94,7 @@ TEST_F(RegistryUndoTest, ClassesComeBackToTheUserAndTheMachine) {
   }
   EXPECT_TRUE(RestoreFile(UndoFiles().at(0)).problems.empty());
   for (const RegistryRoot root : {kUser, kMachine}) {
-    EXPECT_EQ(machine->ValueNames(root, classes + type), std::vector<std::string>{"v"});
+    EXPECT_EQ(machine->ValueNames(root, classes + type), Names{"v"});
     machine->RemoveRegistryTree(root, classes + "Qx");
   }
 }
@@ -124,8 +116,7 @@ TEST_F(RegistryUndoTest, OneValueThatCannotBeWrittenKeepsNoneOfTheOthersBack) {
 }
 
 // A medium that takes so many writes and is full then.
-class FullFile : public ForwardingFile {
- public:
+struct FullFile : ForwardingFile {
   FullFile(std::unique_ptr<RandomFile> file, int& writes)
       : ForwardingFile(std::move(file)), writes_(writes) {}
   void Write(uint64_t offset, std::string_view bytes) override {
@@ -134,7 +125,6 @@ class FullFile : public ForwardingFile {
     if (!fits) throw Error(Error::Kind::kFull, "The disk is full.");
   }
 
- private:
   int& writes_;
 };
 
@@ -148,7 +138,9 @@ TEST_F(RegistryUndoTest, AFullDiskLeavesTheFileAsItWas) {
   for (const bool is_first : {true, false}) {
     Set(kUser, "Qx1", is_first ? "first" : "second", Text("x"));
     undo.AddTree(ports.registry, kUser, "Qx1");
+    const std::string stored = is_first ? "" : Read(undo.path());
     EXPECT_THROW(undo.Store(narrow, BackupFolder()), Error);
+    EXPECT_TRUE(is_first || Read(undo.path()) == stored);
     EXPECT_EQ(UndoFiles().empty(), is_first) << "no empty file is left";
     if (!is_first) break;
     writes = 1;
@@ -157,7 +149,7 @@ TEST_F(RegistryUndoTest, AFullDiskLeavesTheFileAsItWas) {
   }
   machine->RemoveRegistryTree(kUser, "Qx1");
   EXPECT_TRUE(RestoreFile(UndoFiles().at(0)).problems.empty());
-  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), std::vector<std::string>{"first"});
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), Names{"first"});
 }
 
 TEST_F(RegistryUndoTest, WhatIsThereMeanwhileIsReplacedAsTheModeSays) {
@@ -216,12 +208,12 @@ TEST_F(RegistryUndoTest, WhatCannotBeKeptIsNotDeleted) {
   const size_t rows = tick(line_break);
   scan->DeleteChecked(false);
   ASSERT_EQ(scan_view.problems.size(), 1u);
-  EXPECT_NE(scan_view.problems[0].find("Nothing is deleted"), std::string::npos);
+  EXPECT_TRUE(Holds(scan_view.problems[0], "Nothing is deleted"));
   EXPECT_EQ(scan->RowCount(), rows);
   EXPECT_EQ(UserPicture(), before);
   EXPECT_TRUE(UndoFiles().empty());
 
-  machine->MakeFile(ports.program_folder + "\\Backup", "no folder");
+  machine->MakeFile(own + "Backup", "no folder");
   tick("plain");
   scan->DeleteChecked(false);
   ASSERT_EQ(scan_view.problems.size(), 2u);
@@ -230,7 +222,7 @@ TEST_F(RegistryUndoTest, WhatCannotBeKeptIsNotDeleted) {
   WriteSettings("[Backup]\r\nRegistry=0\r\n");
   scan->DeleteChecked(false);
   EXPECT_EQ(scan_view.problems.size(), 2u);
-  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), std::vector<std::string>{line_break});
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), Names{line_break});
   tick(line_break);
   scan->DeleteChecked(false);
   EXPECT_TRUE(machine->ValueNames(kUser, "Qx1").empty());
@@ -254,19 +246,17 @@ TEST_F(RegistryUndoTest, CleanersKeepOnlyInTheModeThatBacksUp) {
     ASSERT_EQ(UndoFiles().size(), row.kept ? 1u : 0u);
   }
   EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
-  EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey),
-            (std::vector<std::string>{"MRUList", "a", "b"}));
-  EXPECT_EQ(machine->ValueNames(kUser, kTypedUrlsKey), std::vector<std::string>{"url1"})
-      << "one file for the run";
+  EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey), (Names{"MRUList", "a", "b"}));
+  EXPECT_EQ(machine->ValueNames(kUser, kTypedUrlsKey), Names{"url1"}) << "one file for the run";
 
   // Where it cannot be kept it stays, with a message.
   ports.files.RemoveFile(BackupFolder() + UndoFiles()[0]);
-  ports.files.RemoveFolder(ports.program_folder + "\\Backup");
-  machine->MakeFile(ports.program_folder + "\\Backup", "no folder");
+  ports.files.RemoveFolder(own + "Backup");
+  machine->MakeFile(own + "Backup", "no folder");
   Tick({"CleanRunMRU"});
   engine.RunCleaning();
   ASSERT_EQ(view.criticals.size(), 1u);
-  EXPECT_NE(view.criticals[0].find("could not be backed up"), std::string::npos);
+  EXPECT_TRUE(Holds(view.criticals[0], "could not be backed up"));
   EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), 3u);
 }
 
@@ -287,11 +277,11 @@ TEST_F(RegistryUndoTest, PluginsKeepKeysAndValuesAlsoOfTheClasses) {
   modPlugin::RunRecords(context, plugin);
   EXPECT_EQ(engine.state().RunLog, "");
   EXPECT_FALSE(machine->KeyExists(kUser, "Qx1\\tree") || machine->KeyExists(kMachine, type));
-  EXPECT_EQ(machine->ValueNames(kUser, "Qx2\\key"), std::vector<std::string>{"stays"});
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx2\\key"), Names{"stays"});
   ASSERT_EQ(UndoFiles().size(), 1u);
   EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
   EXPECT_EQ(UserPicture(), before);
-  EXPECT_EQ(machine->ValueNames(kMachine, type), std::vector<std::string>{"v"});
+  EXPECT_EQ(machine->ValueNames(kMachine, type), Names{"v"});
   machine->RemoveRegistryTree(kMachine, "Software\\Classes\\Qx");
 }
 
@@ -332,34 +322,32 @@ TEST(RegFile, ACutOffFileKeepsWhatIsWhole) {
 TEST(RegFile, OnlyWhatTheRegistryEditorTakesIsRead) {
   const std::string start = "Windows Registry Editor Version 5.00\r\n\r\n";
   const std::string key = start + "[HKEY_CURRENT_USER\\a]\r\n";
-  const struct {
-    const char* row;
-    std::string text;
-    const char* problem;  // null: it is read
-  } kRows[] = {{"nothing in it", start, nullptr},
-               {"remarks and blanks", key + "; remark\r\n \"a\" = \"b\" ; remark\r\n", nullptr},
-               {"continued", key + "\"a\"=hex(2):61,\\\r\n  00\r\n", nullptr},
-               {"another format", "REGEDIT4\r\n", "version 5"},
-               {"unknown root", start + "[HKEY_NONE\\a]\r\n", "line 3"},
-               {"no bracket", start + "[HKEY_CURRENT_USER\\a\r\n", "line 3"},
-               {"deletes a key", start + "[-HKEY_CURRENT_USER\\a]\r\n", "to be deleted"},
-               {"deletes a value", key + "\"a\"=-\r\n", "to be deleted"},
-               {"value first", start + "\"a\"=\"b\"\r\n", "before the first key"},
-               {"no data", key + "\"a\"\r\n", "line 4"},
-               {"open text", key + "\"a\"=\"b\r\n", "no end"},
-               {"no number", key + "\"a\"=dword:x\r\n", "number"},
-               {"large number", key + "\"a\"=dword:123456789\r\n", "number"},
-               {"large byte", key + "\"a\"=hex:123\r\n", "byte"},
-               {"more behind", key + "\"a\"=\"b\" c\r\n", "follows"},
-               {"no type", key + "\"a\"=hex(:00\r\n", "number"}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
+  // problem: null: it is read.
+  const std::tuple<const char*, std::string, const char*> kRows[] = {
+      {"nothing in it", start, nullptr},
+      {"remarks and blanks", key + "; remark\r\n \"a\" = \"b\" ; remark\r\n", nullptr},
+      {"continued", key + "\"a\"=hex(2):61,\\\r\n  00\r\n", nullptr},
+      {"another format", "REGEDIT4\r\n", "version 5"},
+      {"unknown root", start + "[HKEY_NONE\\a]\r\n", "line 3"},
+      {"no bracket", start + "[HKEY_CURRENT_USER\\a\r\n", "line 3"},
+      {"deletes a key", start + "[-HKEY_CURRENT_USER\\a]\r\n", "to be deleted"},
+      {"deletes a value", key + "\"a\"=-\r\n", "to be deleted"},
+      {"value first", start + "\"a\"=\"b\"\r\n", "before the first key"},
+      {"no data", key + "\"a\"\r\n", "line 4"},
+      {"open text", key + "\"a\"=\"b\r\n", "no end"},
+      {"no number", key + "\"a\"=dword:x\r\n", "number"},
+      {"large number", key + "\"a\"=dword:123456789\r\n", "number"},
+      {"large byte", key + "\"a\"=hex:123\r\n", "byte"},
+      {"more behind", key + "\"a\"=\"b\" c\r\n", "follows"},
+      {"no type", key + "\"a\"=hex(:00\r\n", "number"}};
+  for (const auto& [what, text, problem] : kRows) {
+    SCOPED_TRACE(what);
     try {
-      ParseRegFile("\xFF\xFE" + ToUtf16Bytes(row.text));
-      EXPECT_EQ(row.problem, nullptr);
+      ParseRegFile("\xFF\xFE" + ToUtf16Bytes(text));
+      EXPECT_EQ(problem, nullptr);
     } catch (const Error& error) {
-      ASSERT_NE(row.problem, nullptr) << error.what();
-      EXPECT_NE(std::string(error.what()).find(row.problem), std::string::npos) << error.what();
+      ASSERT_NE(problem, nullptr) << error.what();
+      EXPECT_TRUE(Holds(std::string(error.what()), problem)) << error.what();
     }
   }
   EXPECT_THROW(ParseRegFile(key), Error) << "not UTF-16";

@@ -67,7 +67,7 @@ TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes)
     }
     EXPECT_TRUE(state.SomeFilesLocked);
     EXPECT_EQ(state.StayedCount, stayed += 2);
-    EXPECT_EQ(ports.files.ReadWholeFile(locked), "kept");
+    EXPECT_EQ(Read(locked), "kept");
     EXPECT_TRUE(Remove(locked, kDelete));
   }
   machine->MakeFile(scratch + "odd.txt", "");
@@ -173,7 +173,7 @@ TEST_F(RemovalTest, OfAFileWithFurtherNamesOnlyTheNameGoes) {
   machine->MakeFile(scratch + "one", "data");
   machine->MakeHardLink(scratch + "two", scratch + "one");
   EXPECT_TRUE(Remove(scratch + "one", kWipe));
-  EXPECT_EQ(ports.files.ReadWholeFile(scratch + "two"), "data");
+  EXPECT_EQ(Read(scratch + "two"), "data");
   EXPECT_NE(state.RunLog.find("one has further names"), std::string::npos) << state.RunLog;
   EXPECT_EQ(state.Entries->all.back().way, Way::kDeleted) << "it was not wiped";
 }
@@ -241,7 +241,7 @@ TEST_F(RemovalTest, LinksAreCollectedButNeverEntered) {
     if (machine->Can(Ability::kRemoveLinks)) {
       EXPECT_EQ(machine->Tree(cleaned), std::vector<std::string>());
     }
-    EXPECT_EQ(ports.files.ReadWholeFile(outside + "dear.txt"), "dear") << file_link;
+    EXPECT_EQ(Read(outside + "dear.txt"), "dear") << file_link;
     EXPECT_EQ(StayedNames(state, 9), "") << "a link is not gone into and so does not fail";
   }
 }
@@ -271,7 +271,7 @@ TEST_F(RemovalTest, AFolderSwappedForALinkAfterTheScanChangesNothingOutside) {
   for (const int16_t mode : {kDelete, kWipe, kRecycle}) {
     state.RemovalMode = mode;
     RemovePendingFiles(context, list);
-    EXPECT_EQ(ports.files.ReadWholeFile(outside + "dear.txt"), "dear") << mode;
+    EXPECT_EQ(Read(outside + "dear.txt"), "dear") << mode;
   }
   EXPECT_TRUE(state.SomeFilesLocked);
   EXPECT_EQ(state.RunFilesDeleted, 0);

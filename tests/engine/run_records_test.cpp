@@ -1,5 +1,4 @@
 // What is left of a run for later reading: its record, its list, and the backups that expire.
-#include <algorithm>
 
 #include "app/entry_list.h"
 #include "app/preview_run.h"
@@ -7,6 +6,7 @@
 #include "app/run_report.h"
 #include "app/undo_run.h"
 #include "backup/backups.h"
+#include "platform/filetime.h"
 #include "run/stayed.h"
 #include "support/recording_session.h"
 #include "support/run_fixture.h"
@@ -14,16 +14,13 @@
 namespace quellix {
 namespace {
 
-using Names = std::vector<std::string>;
-
-class RunRecordsTest : public RunFixture {
- protected:
+struct RunRecordsTest : RunFixture {
   void CleanTemp(const std::string& ini) {
     WriteSettings(ini);
     Tick({"CleanTempFiles"});
     engine.RunCleaning();
   }
-  const std::string logs = ports.program_folder + "\\Logs\\";
+  const std::string logs = own + "Logs\\";
 };
 
 TEST_F(RunRecordsTest, ARunIsKeptAndReadAgainAsItWas) {
@@ -31,7 +28,7 @@ TEST_F(RunRecordsTest, ARunIsKeptAndReadAgainAsItWas) {
   machine->MakeFile(temp + "a.tmp", "12345");
   machine->MakeFile(temp + "locked.tmp", "1");
   machine->MakeFile(temp + "mine.doc", "1");
-  ports.files.WriteWholeFile(ports.program_folder + "\\keep.txt", "*.doc\r\n");
+  WriteOwn("keep.txt", "*.doc\r\n");
   {
     const auto lock = machine->LockFile(temp + "locked.tmp");
     CleanTemp("[General]\r\nKeepLogs=3\r\n");
@@ -49,7 +46,7 @@ TEST_F(RunRecordsTest, ARunIsKeptAndReadAgainAsItWas) {
                              {ports.system, then.totals->Entries, false}};
   EXPECT_EQ(lists[0].ToText(), lists[1].ToText());
   EXPECT_EQ(lists[0].Summary(), lists[1].Summary());
-  EXPECT_NE(now.full_log.find("locked.tmp"), std::string::npos);
+  EXPECT_TRUE(Holds(now.full_log, "locked.tmp"));
 }
 
 TEST_F(RunRecordsTest, TheLastRunsAreKeptAndNothingElseOfTheFolderGoes) {
@@ -73,18 +70,18 @@ TEST_F(RunRecordsTest, TheLastRunsAreKeptAndNothingElseOfTheFolderGoes) {
 }
 
 TEST_F(RunRecordsTest, ARunThatCannotBeKeptSaysSoAndOneThatWasStoppedIsKept) {
-  machine->MakeFile(ports.program_folder + "\\Logs", "no folder");
+  machine->MakeFile(own + "Logs", "no folder");
   CleanTemp("[General]\r\nKeepLogs=3\r\n");
   ASSERT_TRUE(view.report);
-  EXPECT_NE(view.report->log.find("could not be kept for later reading"), std::string::npos);
-  ports.files.RemoveFile(ports.program_folder + "\\Logs");
+  EXPECT_TRUE(Holds(view.report->log, "could not be kept for later reading"));
+  ports.files.RemoveFile(own + "Logs");
   for (const char* name : {"a.tmp", "b.tmp"}) machine->MakeFile(temp + name, "1");
   StopWhenStatusBegins("Deleting file: ");
   CleanTemp("[General]\r\nKeepLogs=3\r\n");
   ASSERT_EQ(RunLogs(ports).List().size(), 1u);
   const RunTotals stopped = RunLogs(ports).Read(RunLogs(ports).List()[0]);
   EXPECT_TRUE(stopped.AbortRequested);
-  EXPECT_NE(stopped.RunLog.find("Aborted by user"), std::string::npos);
+  EXPECT_TRUE(Holds(stopped.RunLog, "Aborted by user"));
 }
 
 TEST_F(RunRecordsTest, ARunThatBackedUpIsUndoneAlsoFromItsRecord) {
@@ -94,11 +91,10 @@ TEST_F(RunRecordsTest, ARunThatBackedUpIsUndoneAlsoFromItsRecord) {
     machine->RemoveRegistryTree(kUser, kRunMruKey);
     machine->SetText(kUser, kRunMruKey, "a", "cmd");
     WriteSettings("[General]\r\nDelMethod=B\r\nKeepLogs=9\r\n");
-    machine->MakeFile(ports.program_folder + "\\UDFO.txt", scratch + "mine\r\n");
+    machine->MakeFile(own + "UDFO.txt", scratch + "mine\r\n");
     Tick({"CleanUserFolders", "CleanRunMRU"});
     engine.RunCleaning();
-    EXPECT_FALSE(machine->Exists(file));
-    EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
+    EXPECT_TRUE(!machine->Exists(file) && machine->ValueNames(kUser, kRunMruKey).empty());
     const RunLogs runs(ports);
     const RunTotals record = runs.Read(runs.List()[0]);
     const RunEntries& run = from_record ? *record.Entries : *engine.state().Entries;
@@ -107,39 +103,35 @@ TEST_F(RunRecordsTest, ARunThatBackedUpIsUndoneAlsoFromItsRecord) {
     const RestoreResult result = UndoRun(ports, run, prompts, {});
     EXPECT_EQ(result.problems, Names());
     EXPECT_GE(result.restored, 2u);
-    EXPECT_EQ(ports.files.ReadWholeFile(file), "12345");
+    EXPECT_EQ(Read(file), "12345");
     EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey), Names{"a"});
     // Nobody has answered what is to become of what is there by now: it stays.
     machine->MakeFile(file, "newer");
     UndoRun(ports, run, prompts, {});
-    EXPECT_EQ(ports.files.ReadWholeFile(file), "newer");
+    EXPECT_EQ(Read(file), "newer");
   }
   CleanTemp("[General]\r\nDelMethod=D\r\n");
   EXPECT_FALSE(CanUndo(*engine.state().Entries));
 }
 
 TEST_F(RunRecordsTest, BackupsExpireByTheirAgeAndOnlyThoseOfOurNames) {
-  constexpr int64_t kDay = 864'000'000'000;
-  const std::string folder = ports.program_folder + "\\Backup\\";
+  const std::string folder = own + "Backup\\";
   const int64_t now = ports.system.UtcNow();
-  const struct {
-    const char* name;
-    int days;
-    bool stays;
-  } kRows[] = {{"C_141120269057.zip", 40, false}, {"R_141120269057.reg", 40, false},
-               {"D_151120269057.zip", 29, true},  {"C_151120269057.zip", 31, false},
-               {"my holiday.zip", 400, true},     {"C_141120269057.zip.bak", 400, true},
-               {"R_mine.reg", 400, true}};
-  for (const auto& row : kRows) {
-    machine->MakeFile(folder + row.name, "x");
-    machine->SetLastWrite(folder + row.name, now - row.days * kDay);
+  const std::tuple<const char*, int, bool> kRows[] = {
+      {"C_141120269057.zip", 40, false}, {"R_141120269057.reg", 40, false},
+      {"D_151120269057.zip", 29, true},  {"C_151120269057.zip", 31, false},
+      {"my holiday.zip", 400, true},     {"C_141120269057.zip.bak", 400, true},
+      {"R_mine.reg", 400, true}};
+  for (const auto& [name, days, stays] : kRows) {
+    machine->MakeFile(folder + name, "x");
+    machine->SetLastWrite(folder + name, now - days * kFiletimesADay);
   }
   CleanTemp("[General]\r\nDelMethod=D\r\n");
   EXPECT_EQ(machine->Tree(folder).size(), std::size(kRows)) << "they are kept for ever";
   for (const bool again : {false, true}) {
     CleanTemp("[Backup]\r\nKeepDays=30\r\n");
-    for (const auto& row : kRows)
-      EXPECT_EQ(machine->Exists(folder + row.name), row.stays) << row.name;
+    for (const auto& [name, days, stays] : kRows)
+      EXPECT_EQ(machine->Exists(folder + name), stays) << name;
     EXPECT_EQ(
         engine.state().RunLog.find("Backups older than 30 day(s) removed: 3") == std::string::npos,
         again);
@@ -147,13 +139,13 @@ TEST_F(RunRecordsTest, BackupsExpireByTheirAgeAndOnlyThoseOfOurNames) {
 }
 
 TEST_F(RunRecordsTest, WhatIsKeptOrWasUntickedDoesNotExpire) {
-  const std::string folder = ports.program_folder + "\\Backup\\", old = "C_141120269057.zip",
+  const std::string folder = own + "Backup\\", old = "C_141120269057.zip",
                     other = "D_141120269057.zip";
   for (const std::string& name : {old, other}) {
     machine->MakeFile(folder + name, "x");
-    machine->SetLastWrite(folder + name, ports.system.UtcNow() - 40 * int64_t{864'000'000'000});
+    machine->SetLastWrite(folder + name, ports.system.UtcNow() - 40 * kFiletimesADay);
   }
-  const std::string keep = ports.program_folder + "\\keep.txt";
+  const std::string keep = own + "keep.txt";
   for (const std::string& line : {folder + old, std::string("C_*.zip"), folder}) {
     ports.files.WriteWholeFile(keep, line + "\r\n" + other + "\r\nD_*.zip\r\n");
     CleanTemp("[Backup]\r\nKeepDays=30\r\n");
@@ -167,9 +159,8 @@ TEST_F(RunRecordsTest, WhatIsKeptOrWasUntickedDoesNotExpire) {
     if (list.Text(row, RunColumn::kPlace) == folder + old) list.SetTicked(row, false);
   }
   engine.RunCleaning(list.Choice());
-  EXPECT_TRUE(machine->Exists(folder + old));
-  EXPECT_FALSE(machine->Exists(folder + other));
-  EXPECT_EQ(engine.state().RunLog.find("preview"), std::string::npos) << engine.state().RunLog;
+  EXPECT_TRUE(machine->Exists(folder + old) && !machine->Exists(folder + other));
+  EXPECT_FALSE(Holds(engine.state().RunLog, "preview"));
 }
 
 TEST_F(RunRecordsTest, WithoutReadableSettingsNoRecordGoesAndAStopTakesBackItsClaims) {
@@ -179,18 +170,18 @@ TEST_F(RunRecordsTest, WithoutReadableSettingsNoRecordGoesAndAStopTakesBackItsCl
   machine->MakeFile(temp + "a.tmp", "1");
   view.on_status = [this](const std::string& status) {
     if (!status.starts_with("Deleting file: ")) return;
-    const std::string ini = ports.program_folder + "\\Settings.ini";
+    const std::string ini = own + "Settings.ini";
     ports.files.RemoveFile(ini);
     machine->MakeFolder(ini);
   };
   engine.RunCleaning();
   view.on_status = nullptr;
   EXPECT_TRUE(machine->Exists(logs + "2020-01-01 10.00.00.json"));
-  ports.files.RemoveFolder(ports.program_folder + "\\Settings.ini");
+  ports.files.RemoveFolder(own + "Settings.ini");
 
   for (const bool keeps : {false, true}) {
     machine->MakeFile(scratch + "mine\\a.txt", "1");
-    machine->MakeFile(ports.program_folder + "\\UDFI.txt", scratch + "mine\\a.txt\r\n");
+    machine->MakeFile(own + "UDFI.txt", scratch + "mine\\a.txt\r\n");
     machine->MakeFile(temp + "b.tmp", "1");
     WriteSettings("[General]\r\nDelMethod=B\r\n[Backup]\r\nKeepOnAbort=" + std::to_string(keeps) +
                   "\r\n");
@@ -205,49 +196,50 @@ TEST_F(RunRecordsTest, WithoutReadableSettingsNoRecordGoesAndAStopTakesBackItsCl
   }
 }
 
-TEST_F(RunRecordsTest, TheListSortsAndFiltersByWhatItsColumnsMean) {
-  const auto entries = std::make_shared<RunEntries>();
-  entries->Add({.bytes = 2000, .last_write = 5, .place = "C:\\b\\Zebra.txt"});
-  entries->BeginRule("tool.cdp");
-  entries->Add({.fate = Fate::kStayed,
-                .bytes = 300,
-                .last_write = 9,
-                .place = "C:\\B\\apple.txt",
-                .note = "It is in use."});
-  entries->Add({.kind = EntryKind::kRegistryValue,
-                .fate = Fate::kKept,
-                .place = "HKEY_CURRENT_USER\\K",
-                .part = "\xC3\xA9t\xC3\xA9",
-                .note = "HKEY_CURRENT_USER\\K"});
-  EntryList list(ports.system, entries, true);
-  const auto order = [&list] {
+struct EntryListTest : RunFixture {
+  EntryListTest() {
+    entries->Add({.bytes = 2000, .last_write = 5, .place = "C:\\b\\Zebra.txt"});
+    entries->BeginRule("tool.cdp");
+    entries->Add({.fate = Fate::kStayed,
+                  .bytes = 300,
+                  .last_write = 9,
+                  .place = "C:\\B\\apple.txt",
+                  .note = "It is in use."});
+    entries->Add({.kind = EntryKind::kRegistryValue,
+                  .fate = Fate::kKept,
+                  .place = "HKEY_CURRENT_USER\\K",
+                  .part = "été",
+                  .note = "HKEY_CURRENT_USER\\K"});
+  }
+  static std::string Sizes(const EntryList& list) {
     std::string sizes;
     for (size_t row = 0; row < list.RowCount(); ++row)
       sizes += std::to_string(list.At(row).bytes) + " ";
     return sizes;
-  };
-  const struct {
-    RunColumn column;
-    const char *first, *again;
-  } kRows[] = {{RunColumn::kPlace, "300 2000 0 ", "0 2000 300 "},
-               {RunColumn::kBytes, "0 300 2000 ", "2000 300 0 "},
-               {RunColumn::kModified, "0 2000 300 ", "300 2000 0 "},
-               {RunColumn::kKind, "300 2000 0 ", "0 300 2000 "},
-               {RunColumn::kNote, "2000 0 300 ", "300 0 2000 "}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(static_cast<int>(row.column));
-    list.Sort(row.column);
-    EXPECT_EQ(order(), row.first);
-    list.Sort(row.column);
-    EXPECT_EQ(order(), row.again);
   }
-  const struct {
-    const char *filter, *rows;
-  } kFilters[] = {{"ZEBRA", "2000 "},          {"in USE", "300 "}, {"tool", "300 0 "},
-                  {"\xC3\x89T\xC3\x89", "0 "}, {"none", ""},       {"", "300 0 2000 "}};
-  for (const auto& row : kFilters) {
-    list.SetFilter(row.filter);
-    EXPECT_EQ(order(), row.rows) << row.filter;
+  const std::shared_ptr<RunEntries> entries = std::make_shared<RunEntries>();
+};
+
+TEST_F(EntryListTest, SortsAndFiltersByWhatItsColumnsMean) {
+  EntryList list(ports.system, entries, true);
+  const std::tuple<RunColumn, const char*, const char*> kOrders[] = {
+      {RunColumn::kPlace, "300 2000 0 ", "0 2000 300 "},
+      {RunColumn::kBytes, "0 300 2000 ", "2000 300 0 "},
+      {RunColumn::kModified, "0 2000 300 ", "300 2000 0 "},
+      {RunColumn::kKind, "300 2000 0 ", "0 300 2000 "},
+      {RunColumn::kNote, "2000 0 300 ", "300 0 2000 "}};
+  for (const auto& [column, first, again] : kOrders) {
+    for (const char* sizes : {first, again}) {
+      list.Sort(column);
+      EXPECT_EQ(Sizes(list), sizes) << static_cast<int>(column);
+    }
+  }
+  const std::pair<const char*, const char*> kFilters[] = {{"ZEBRA", "2000 "}, {"in USE", "300 "},
+                                                          {"tool", "300 0 "}, {"ÉTÉ", "0 "},
+                                                          {"none", ""},       {"", "300 0 2000 "}};
+  for (const auto& [filter, sizes] : kFilters) {
+    list.SetFilter(filter);
+    EXPECT_EQ(Sizes(list), sizes) << filter;
   }
   EXPECT_EQ(list.Summary(), "1 entry to be removed, 1.95 KB; 1 will stay; 1 kept.");
   list.TickAll(false);

@@ -1,27 +1,24 @@
 #include "search/search_results.h"
 
-#include <algorithm>
-
+#include "platform/filetime.h"
 #include "search/search_options.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
 namespace {
 
-using List = std::vector<std::string>;
 using enum ResultColumn;
 
 constexpr const char* kKey = "CleanUnnecessaryFiles";
 
-class SearchResultsTest : public RunFixture {
- protected:
+struct SearchResultsTest : RunFixture {
   SearchResultsTest() : results(context) {
-    ports.files.WriteWholeFile(ports.program_folder + "\\UNFI.txt", "1\x01*.qxj\r\n");
+    WriteOwn("UNFI.txt", "1\x01*.qxj\r\n");
     machine->MakeFolder(scratch);
   }
 
   // Files of these names, found one after another.
-  void Find(const List& names, JunkKind kind = JunkKind::kUnnecessaryFiles) {
+  void Find(const Names& names, JunkKind kind = JunkKind::kUnnecessaryFiles) {
     for (const std::string& name : names) {
       machine->MakeFile(scratch + name, kind == JunkKind::kEmptyFiles ? "" : "12345");
       results.Add(Row(name, kind));
@@ -35,20 +32,20 @@ class SearchResultsTest : public RunFixture {
     row.kind = kind;
     return row;
   }
-  List Column(ResultColumn column = kName) {
-    List texts;
+  Names Column(ResultColumn column = kName) {
+    Names texts;
     for (size_t row = 0; row < results.RowCount(); ++row) {
       texts.push_back(results.Text(row, column));
     }
     return texts;
   }
-  void Tick(const List& names, SearchResults& in) {
+  void Tick(const Names& names, SearchResults& in) {
     for (size_t row = 0; row < in.RowCount(); ++row) {
       if (std::ranges::count(names, in.Text(row, kName)) > 0) in.SetTicked(row, true);
     }
   }
-  List Ticked(const SearchResults& in) {
-    List names;
+  Names Ticked(const SearchResults& in) {
+    Names names;
     for (size_t row = 0; row < in.RowCount(); ++row) {
       if (in.IsTicked(row)) names.push_back(in.Text(row, kName));
     }
@@ -68,63 +65,58 @@ TEST_F(SearchResultsTest, RowsAreSortedByWhatAColumnMeans) {
     row.path = folder;
     results.Add(row);
   };
-  constexpr int64_t kDay = 864000000000;
-  add("b.TXT", 9, 150000 * kDay, kHidden, "C:\\b\\", JunkKind::kUnnecessaryFiles);
-  add("A.bak", 10, 140000 * kDay, kReadOnly, "C:\\A\\", JunkKind::kEmptyFiles);
-  add("\xC3\x84.txt", 5'000'000'000, 145000 * kDay, kArchive, "C:\\c\\", JunkKind::kDeadShortcuts);
+  add("b.TXT", 9, 150000 * kFiletimesADay, kHidden, "C:\\b\\", JunkKind::kUnnecessaryFiles);
+  add("A.bak", 10, 140000 * kFiletimesADay, kReadOnly, "C:\\A\\", JunkKind::kEmptyFiles);
+  add("\xC3\x84.txt", 5'000'000'000, 145000 * kFiletimesADay, kArchive, "C:\\c\\",
+      JunkKind::kDeadShortcuts);
   add("c", 0, 1, 0, "C:\\a\\", JunkKind::kEmptyFiles);
   EXPECT_TRUE(results.TakeNew());
-  EXPECT_EQ(Column(), (List{"b.TXT", "A.bak", "\xC3\x84.txt", "c"})) << "as they came";
-  const struct {
-    ResultColumn column;
-    List up;
-  } rows[] = {
+  EXPECT_EQ(Column(), (Names{"b.TXT", "A.bak", "\xC3\x84.txt", "c"})) << "as they came";
+  const std::pair<ResultColumn, Names> rows[] = {
       {kName, {"A.bak", "b.TXT", "c", "\xC3\x84.txt"}},
       {kBytes, {"0", "9", "10", "5000000000"}},
       {kAttribute, {"", "A", "H", "R"}},
       {kPath, {"C:\\a\\", "C:\\A\\", "C:\\b\\", "C:\\c\\"}},
       {kFileType, {"", "BAK", "TXT", "TXT"}},
-      {kCategory, {"Dead Shortcuts", "Empty Files", "Empty Files", "Unnecessary Files"}},
-  };
-  for (const auto& row : rows) {
+      {kCategory, {"Dead Shortcuts", "Empty Files", "Empty Files", "Unnecessary Files"}}};
+  for (const auto& [column, up] : rows) {
     results.Sort(kBytes);
-    results.Sort(row.column == kBytes ? kName : row.column);
-    if (row.column == kBytes) results.Sort(kBytes);
-    EXPECT_EQ(Column(row.column), row.up);
-    results.Sort(row.column);
-    List down = Column(row.column);
-    EXPECT_NE(down, row.up) << "descending";
-    if (row.column == kPath) continue;  // the order of two that are alike stays
+    results.Sort(column == kBytes ? kName : column);
+    if (column == kBytes) results.Sort(kBytes);
+    EXPECT_EQ(Column(column), up);
+    results.Sort(column);
+    Names down = Column(column);
+    EXPECT_NE(down, up) << "descending";
+    if (column == kPath) continue;  // the order of two that are alike stays
     std::ranges::reverse(down);
-    EXPECT_EQ(down, row.up);
+    EXPECT_EQ(down, up);
   }
   results.Sort(kDateTime);
-  EXPECT_EQ(Column(), (List{"c", "A.bak", "\xC3\x84.txt", "b.TXT"})) << "by time";
-  EXPECT_EQ(results.Text(3, kDateTime), FormatFileTime(ports.system, 150000 * kDay));
-  add("new", 1, 147000 * kDay, 0, "C:\\n\\", JunkKind::kEmptyFiles);
+  EXPECT_EQ(Column(), (Names{"c", "A.bak", "\xC3\x84.txt", "b.TXT"})) << "by time";
+  EXPECT_EQ(results.Text(3, kDateTime), FormatFileTime(ports.system, 150000 * kFiletimesADay));
+  add("new", 1, 147000 * kFiletimesADay, 0, "C:\\n\\", JunkKind::kEmptyFiles);
   EXPECT_EQ(results.RowCount(), 4u);
-  EXPECT_TRUE(results.TakeNew());
-  EXPECT_FALSE(results.TakeNew());
-  EXPECT_EQ(Column(), (List{"c", "A.bak", "\xC3\x84.txt", "new", "b.TXT"})) << "in its place";
+  EXPECT_TRUE(results.TakeNew() && !results.TakeNew());
+  EXPECT_EQ(Column(), (Names{"c", "A.bak", "\xC3\x84.txt", "new", "b.TXT"})) << "in its place";
 }
 
 TEST_F(SearchResultsTest, AFilterHidesRowsFromAllCommands) {
   Find({"Alpha.qxj", "beta.qxj", "sub.qxj"});
   results.TickAll(true);
   results.SetFilter("ALPH");
-  EXPECT_EQ(Column(), List{"Alpha.qxj"});
+  EXPECT_EQ(Column(), Names{"Alpha.qxj"});
   EXPECT_EQ(results.ShownLine(), "1 ticked, 1 shown");
   EXPECT_EQ(results.CountLine(), "Total Files: 3") << "hidden ones included";
   Find({"gamma.qxj", "alphabet.qxj"});
-  EXPECT_EQ(Column(), (List{"Alpha.qxj", "alphabet.qxj"}));
+  EXPECT_EQ(Column(), (Names{"Alpha.qxj", "alphabet.qxj"}));
   results.EndSearch();
   results.DeleteAll();
-  EXPECT_EQ(machine->Tree(scratch), (List{"beta.qxj", "gamma.qxj", "sub.qxj"}));
+  EXPECT_EQ(machine->Tree(scratch), (Names{"beta.qxj", "gamma.qxj", "sub.qxj"}));
   results.SetFilter("");
-  EXPECT_EQ(Column(), (List{"beta.qxj", "sub.qxj", "gamma.qxj"})) << "in the order of the finds";
-  EXPECT_EQ(Ticked(results), (List{"beta.qxj", "sub.qxj"}));
+  EXPECT_EQ(Column(), (Names{"beta.qxj", "sub.qxj", "gamma.qxj"})) << "in the order of the finds";
+  EXPECT_EQ(Ticked(results), (Names{"beta.qxj", "sub.qxj"}));
   results.SetFilter(scratch + "b");
-  EXPECT_EQ(Column(), List{"beta.qxj"}) << "folder and name together";
+  EXPECT_EQ(Column(), Names{"beta.qxj"}) << "folder and name together";
 }
 
 TEST_F(SearchResultsTest, FailedRowsStayUntickedAndAreTriedAgainWhenTicked) {
@@ -143,12 +135,11 @@ TEST_F(SearchResultsTest, FailedRowsStayUntickedAndAreTriedAgainWhenTicked) {
     const auto lock = machine->LockFile(scratch + "locked.qxj");
     results.DeleteTicked();
   }
-  EXPECT_EQ(machine->Tree(scratch), (List{"filled.x", "kept.qxj", "locked.qxj"}));
-  EXPECT_EQ(Column(), (List{"kept.qxj", "locked.qxj", "filled.x"}));
-  EXPECT_EQ(Ticked(results), List());
+  EXPECT_EQ(machine->Tree(scratch), (Names{"filled.x", "kept.qxj", "locked.qxj"}));
+  EXPECT_EQ(Column(), (Names{"kept.qxj", "locked.qxj", "filled.x"}));
+  EXPECT_EQ(Ticked(results), Names());
   EXPECT_EQ(results.CountLine(), "Files Found: 3");
-  EXPECT_TRUE(results.SomeFailed());
-  EXPECT_TRUE(engine.state().SomeFilesLocked);
+  EXPECT_TRUE(results.SomeFailed() && engine.state().SomeFilesLocked);
   EXPECT_FALSE(results.HasFailed(0));
   ASSERT_TRUE(results.HasFailed(1) && results.HasFailed(2));
   EXPECT_NE(results.FailureReason(1), "");
@@ -163,8 +154,8 @@ TEST_F(SearchResultsTest, FailedRowsStayUntickedAndAreTriedAgainWhenTicked) {
   EXPECT_FALSE(results.SomeFailed());
   Tick({"locked.qxj"}, results);
   results.DeleteTicked();
-  EXPECT_EQ(Column(), (List{"kept.qxj", "filled.x"}));
-  EXPECT_EQ(machine->Tree(scratch), (List{"filled.x", "kept.qxj"}));
+  EXPECT_EQ(Column(), (Names{"kept.qxj", "filled.x"}));
+  EXPECT_EQ(machine->Tree(scratch), (Names{"filled.x", "kept.qxj"}));
   EXPECT_EQ(engine.state().RunFilesDeleted, 3);
 }
 
@@ -186,11 +177,10 @@ TEST_F(SearchResultsTest, ADeletionMayBeStoppedAndTheRowsSortedMeanwhile) {
     if (status.ends_with("c.qxj")) results.Abort();
   };
   results.DeleteTicked();
-  EXPECT_EQ(machine->Tree(scratch), (List{"b.qxj", "d.qxj"})) << "c was in work already";
-  EXPECT_EQ(Column(), (List{"d.qxj", "b.qxj"}));
-  EXPECT_EQ(Ticked(results), List{"d.qxj"}) << "what was not reached keeps its tick";
-  EXPECT_FALSE(results.SomeFailed());
-  EXPECT_FALSE(engine.state().AbortRequested);
+  EXPECT_EQ(machine->Tree(scratch), (Names{"b.qxj", "d.qxj"})) << "c was in work already";
+  EXPECT_EQ(Column(), (Names{"d.qxj", "b.qxj"}));
+  EXPECT_EQ(Ticked(results), Names{"d.qxj"}) << "what was not reached keeps its tick";
+  EXPECT_FALSE(results.SomeFailed() || engine.state().AbortRequested);
 }
 
 TEST_F(SearchResultsTest, ARunWaitsForItsUserAndThenLogsWhatWasDeleted) {
@@ -212,14 +202,14 @@ TEST_F(SearchResultsTest, ARunWaitsForItsUserAndThenLogsWhatWasDeleted) {
             "Empty (zero-byte) files....Files Deleted: 0 Space Gained: 0 Bytes\r\n"
             "Dead (shortcut) links....Files Deleted: 0 Space Gained: 0 Bytes\r\n\r\n" +
                 std::string(67, '-') + "\r\nFiles Deleted:  1   Space Gained:  5 Bytes");
-  EXPECT_EQ(machine->Tree(scratch), List{"b.qxj"});
+  EXPECT_EQ(machine->Tree(scratch), Names{"b.qxj"});
   RunFixture::Tick({kKey, "CleanShortcuts"});
   view.on_results = [this](SearchResults& found) {
     EXPECT_EQ(found.CountLine(), "Total Files: 1");
   };
   engine.RunCleaning();
   EXPECT_EQ(view.results_opened, 2) << "one window for both items";
-  EXPECT_EQ(machine->Tree(scratch), List{"b.qxj"}) << "nothing goes by itself";
+  EXPECT_EQ(machine->Tree(scratch), Names{"b.qxj"}) << "nothing goes by itself";
 }
 
 TEST_F(SearchResultsTest, WhereNobodyCanChooseNothingIsSearchedAndTheLogSaysSo) {
@@ -227,10 +217,8 @@ TEST_F(SearchResultsTest, WhereNobodyCanChooseNothingIsSearchedAndTheLogSaysSo) 
   RunFixture::Tick({kKey, "CleanEmptyFiles", "CleanShortcuts"});
   engine.RunCleaning();
   ASSERT_TRUE(view.report.has_value());
-  EXPECT_NE(view.report->log.find("Unnecessary files... Not searched: the finds cannot"),
-            std::string::npos)
-      << view.report->log;
-  EXPECT_EQ(view.criticals, List());
+  EXPECT_TRUE(Holds(view.report->log, "Unnecessary files... Not searched: the finds cannot"));
+  EXPECT_EQ(view.criticals, Names());
   engine.state().Hidden = true;
   view.on_results = [](SearchResults&) { ADD_FAILURE() << "shown in a hidden run"; };
   view.results_opened = 0;
@@ -238,11 +226,10 @@ TEST_F(SearchResultsTest, WhereNobodyCanChooseNothingIsSearchedAndTheLogSaysSo) 
   EXPECT_EQ(view.results_opened, 0);
   for (const char* caption :
        {"Unnecessary files...", "Empty (zero-byte) files...", "Dead (shortcut) links..."}) {
-    EXPECT_NE(engine.state().RunLog.find(std::string(caption) + " Not searched: nobody is there"),
-              std::string::npos)
-        << engine.state().RunLog;
+    EXPECT_TRUE(
+        Holds(engine.state().RunLog, std::string(caption) + " Not searched: nobody is there"));
   }
-  EXPECT_EQ(machine->Tree(scratch), List{"a.qxj"});
+  EXPECT_EQ(machine->Tree(scratch), Names{"a.qxj"});
 }
 
 TEST_F(SearchResultsTest, AnAbortedSearchLeavesItsFindsToReview) {
@@ -265,10 +252,10 @@ TEST_F(SearchResultsTest, AnAbortedSearchLeavesItsFindsToReview) {
   EXPECT_FALSE(view.report.has_value());
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
   EXPECT_EQ(machine->Tree(scratch).size(), 1u);
-  EXPECT_NE(machine->ValueNames(kUser, kRunMruKey), List()) << "the run went on";
+  EXPECT_NE(machine->ValueNames(kUser, kRunMruKey), Names()) << "the run went on";
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   EXPECT_TRUE(engine.state().RunLog.starts_with("Unnecessary files....Files Deleted: 1 "));
-  EXPECT_EQ(machine->Tree(ports.program_folder + "\\Backup").size(), 1u) << "it has a backup";
+  EXPECT_EQ(machine->Tree(own + "Backup").size(), 1u) << "it has a backup";
 }
 
 }  // namespace

@@ -12,40 +12,22 @@ namespace {
 constexpr const char* kTipStore = "Software\\VB and VBA Program Settings\\kvmo\\Settings";
 
 TEST(CommandLineTest, OnlyOneSwitchByItselfCounts) {
-  const struct {
-    const char* arguments;
-    StartMode want;
-  } kRows[] = {
-      {"", StartMode::kNormal},
-      {"-s", StartMode::kWithWindows},
-      {"-S", StartMode::kWithWindows},
-      {" -S  ", StartMode::kWithWindows},
-      {"-c", StartMode::kCleanNow},
-      {"-C", StartMode::kCleanNow},
-      {"-h", StartMode::kHidden},
-      {"-H", StartMode::kHidden},
-      {"-s -c", StartMode::kNormal},
-      {"-h -h", StartMode::kNormal},
-      {"-h file", StartMode::kNormal},
-      {"-hh", StartMode::kNormal},
-      {"/h", StartMode::kNormal},
-      {"--h", StartMode::kNormal},
-      {"h", StartMode::kNormal},
-      {"\"-h\"", StartMode::kNormal},
-      {"\xE2\x80\x91h", StartMode::kNormal},
-      {"\xFF-h", StartMode::kNormal},
-  };
-  for (const auto& row : kRows) {
-    EXPECT_EQ(ParseCommandLine(row.arguments), row.want) << '"' << row.arguments << '"';
-    const bool always = row.want == StartMode::kCleanNow || row.want == StartMode::kHidden;
-    EXPECT_EQ(CleansAtStart(row.want, false), always);
-    EXPECT_EQ(CleansAtStart(row.want, true), always || row.want == StartMode::kWithWindows);
+  const std::pair<StartMode, Names> kRows[] = {
+      {StartMode::kNormal,
+       {"", "-s -c", "-h -h", "-h file", "-hh", "/h", "--h", "h", "\"-h\"", "\u2011h", "\xFF-h"}},
+      {StartMode::kWithWindows, {"-s", "-S", " -S  "}},
+      {StartMode::kCleanNow, {"-c", "-C"}},
+      {StartMode::kHidden, {"-h", "-H"}}};
+  for (const auto& [mode, lines] : kRows) {
+    for (const std::string& line : lines) EXPECT_EQ(ParseCommandLine(line), mode) << line;
+    const bool always = mode == StartMode::kCleanNow || mode == StartMode::kHidden;
+    EXPECT_EQ(CleansAtStart(mode, false), always);
+    EXPECT_EQ(CleansAtStart(mode, true), always || mode == StartMode::kWithWindows);
   }
 }
 
 // A day of ticks every few seconds, with a clock that can be set.
-class AutoCleanTest : public ::testing::Test {
- protected:
+struct AutoCleanTest : ::testing::Test {
   static constexpr int64_t kSecond = 10'000'000;
   static constexpr int kTickSeconds = 5;
 
@@ -78,27 +60,23 @@ class AutoCleanTest : public ::testing::Test {
 };
 
 TEST_F(AutoCleanTest, ARunStartsWhenMoreMinutesHaveBegunThanTheIntervalHas) {
-  const struct {
-    const char* name;
-    std::optional<int16_t> minutes;
-    int start_second, last_idle_minute, last_idle_second, next_second;
-  } kRows[] = {
+  const std::tuple<const char*, std::optional<int16_t>, int, int, int, int> kRows[] = {
       {"one minute", int16_t{1}, 0, 1, 59, 60},
       {"one minute, from the last second of a minute", int16_t{1}, 59, 1, 59, 60},
       {"two minutes", int16_t{2}, 30, 2, 59, 60},
       {"none", int16_t{0}, 30, 0, 59, 60},
-      {"less than none", int16_t{-5}, 30, 0, 59, 60},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
+      {"less than none", int16_t{-5}, 30, 0, 59, 60}};
+  for (const auto& [name, minutes, start_second, last_idle_minute, last_idle_second, next_second] :
+       kRows) {
+    SCOPED_TRACE(name);
     runs_ = 0;
-    SetClock(10, 0, row.start_second);
-    auto_clean_.Start(row.minutes);
+    SetClock(10, 0, start_second);
+    auto_clean_.Start(minutes);
     Tick();
-    SetClock(10, row.last_idle_minute, row.last_idle_second);
+    SetClock(10, last_idle_minute, last_idle_second);
     Tick();
     EXPECT_EQ(runs_, 0);
-    SetClock(10, row.last_idle_minute, row.next_second);
+    SetClock(10, last_idle_minute, next_second);
     Tick();
     EXPECT_EQ(runs_, 1);
     Tick();
@@ -132,40 +110,33 @@ TEST_F(AutoCleanTest, ARunWaitsUntilTheUserCouldCleanAndTheNextIntervalBeginsAtI
 }
 
 TEST_F(AutoCleanTest, AClockThatIsSetStartsNoStormAndDelaysNoRun) {
-  const struct {
-    const char* name;
-    int64_t jump;  // seconds
-    int at_once;
-  } kRows[] = {
+  // jump: seconds.
+  const std::tuple<const char*, int64_t, int> kRows[] = {
       {"back by an hour", -3600, 0},  {"back by years", -int64_t{400} * 86400, 0},
       {"back by a second", -1, 0},    {"forward within the interval", 600, 0},
-      {"forward by a day", 86400, 1}, {"forward by years", int64_t{9000} * 86400, 1},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
+      {"forward by a day", 86400, 1}, {"forward by years", int64_t{9000} * 86400, 1}};
+  for (const auto& [name, jump, at_once] : kRows) {
+    SCOPED_TRACE(name);
     SetClock(10, 0, 0);
     auto_clean_.Start(int16_t{60});
     EXPECT_EQ(TickFor(20 * 60), 0);
-    now_ += row.jump * kSecond;
-    EXPECT_EQ(TickFor(5), row.at_once);
-    EXPECT_EQ(TickFor(62 * 60), row.at_once + (row.at_once ? 0 : 1));
+    now_ += jump * kSecond;
+    EXPECT_EQ(TickFor(5), at_once);
+    EXPECT_EQ(TickFor(62 * 60), at_once + (at_once ? 0 : 1));
     // Put right again, it goes on at its pace.
-    now_ -= row.jump * kSecond;
+    now_ -= jump * kSecond;
     EXPECT_LE(TickFor(5), 1);
     const int runs = TickFor(10 * 3600);
     EXPECT_TRUE(runs == 9 || runs == 10) << runs;
   }
 }
 
-class TipsTest : public RunFixture {
- protected:
+struct TipsTest : RunFixture {
   TipsTest() { Forget(); }
   ~TipsTest() override { Forget(); }
 
   void Forget() { machine->RemoveRegistryTree(kUser, kTipStore); }
-  void WriteTips(const std::string& text) {
-    ports.files.WriteWholeFile(ports.program_folder + "\\tips.txt", text);
-  }
+  void WriteTips(const std::string& text) { WriteOwn("tips.txt", text); }
   void StoreIndex(const std::string& text) { machine->SetText(kUser, kTipStore, "Last Tip", text); }
   // What a start shows and its end stores.
   std::string ShowOne() {
@@ -191,16 +162,13 @@ TEST_F(TipsTest, EachStartShowsTheNextOne) {
 
 TEST_F(TipsTest, AnyStoredNumberLeadsToATip) {
   WriteTips("one\ntwo\nthree\n");
-  const struct {
-    const char* stored;
-    const char* want;
-  } kRows[] = {
+  const std::pair<const char*, const char*> kRows[] = {
       {"0", "two"},          {" 1 ", "three"}, {"2", "one"},           {"3", "one"},
       {"2147483647", "one"}, {"-1", "one"},    {"-2147483648", "one"}, {"99999999999", "one"},
       {"nonsense", "one"},   {"", "one"}};
-  for (const auto& row : kRows) {
-    StoreIndex(row.stored);
-    EXPECT_EQ(ShowOne(), row.want) << row.stored;
+  for (const auto& [stored, want] : kRows) {
+    StoreIndex(stored);
+    EXPECT_EQ(ShowOne(), want) << stored;
   }
 }
 
@@ -232,47 +200,22 @@ TEST_F(LoadTest, AMissingTipsFileIsToldOnlyWhereTipsAreShown) {
   EXPECT_EQ(engine.Load(&tips), "");
 }
 
-TEST_F(LoadTest, AutomaticCleaningIsOnWhenItHasAnInterval) {
-  const struct {
-    const char* settings;
-    bool on;
-  } kRows[] = {
-      {"", false},
-      {"AutoClean=1", true},
-      {"AutoClean=1\nDuration=5\nHM=0", true},
-      {"AutoClean=0\nDuration=5\nHM=0", false},
-      {"AutoClean=1\nDuration=547\nHM=1", false},
-      {"AutoClean=1\nDuration=soon", false},
-      {"AutoClean=1\nDuration=", false},
-      {"AutoClean=1\nDuration=40000\nHM=0", false},
-      {"AutoClean=yes\nDuration=5", false},
-  };
-  for (const auto& row : kRows) {
-    WriteSettings(std::string("[General]\n") + row.settings);
-    engine.ApplyGeneralSettings();
-    EXPECT_EQ(engine.auto_clean().IsOn(), row.on) << row.settings;
-  }
-}
-
 TEST(ShutDownTest, EachCommandPassesItsFlags) {
   const struct {
     const char* name;
     void (*command)(Session&);
     const char* exit;
-  } kRows[] = {
-      {"Power Off", modShutDown::PowerOff, "exit 8 4294967295"},
-      {"Restart", modShutDown::Restart, "exit 4 4294967295"},
-      {"Log Off", modShutDown::LogOff, "exit 0 4294967295"},
-      {"Shutdown", modShutDown::ShutDown, "exit 1 4294967295"},
-      {"Force Shutdown", modShutDown::ForceShutDown, "exit 4 4294967295"},
-  };
+  } kRows[] = {{"Power Off", modShutDown::PowerOff, "exit 8 4294967295"},
+               {"Restart", modShutDown::Restart, "exit 4 4294967295"},
+               {"Log Off", modShutDown::LogOff, "exit 0 4294967295"},
+               {"Shutdown", modShutDown::ShutDown, "exit 1 4294967295"},
+               {"Force Shutdown", modShutDown::ForceShutDown, "exit 4 4294967295"}};
   for (const auto& row : kRows) {
     for (const bool fails : {false, true}) {
       RecordingSession session;
       session.fails = fails;
       row.command(session);
-      EXPECT_EQ(session.calls, (std::vector<std::string>{"enable SeShutdownPrivilege", row.exit}))
-          << row.name;
+      EXPECT_EQ(session.calls, (Names{"enable SeShutdownPrivilege", row.exit})) << row.name;
     }
   }
 }

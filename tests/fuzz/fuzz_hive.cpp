@@ -1,9 +1,6 @@
 // Registry hives of a volume: whatever is in one, it is walked and deleted from without harm, and
 // what is written is a hive that is sound.
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
-
+#include "fuzz/check.h"
 #include "fuzz/volume_file.h"
 #include "platform/error.h"
 #include "registry_tools/scan_tools.h"
@@ -13,8 +10,7 @@ using namespace quellix;
 
 namespace {
 
-class QuietView : public ScanView {
- public:
+struct QuietView : ScanView {
   void ShowState() override {}
   void ShowProblem(std::string_view) override { has_problem = true; }
   bool has_problem = false;
@@ -57,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                  "[Backup]\r\nRegistry=0\r\n");
     return true;
   }();
-  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  const std::string_view bytes = BytesOf(data, size);
   file.Write(bytes);
   Scan(file, has_settings);
   const std::string written = ReadNative(file.native());

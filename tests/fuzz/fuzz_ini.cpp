@@ -1,21 +1,13 @@
 // INI files: whatever stands in one, a change leaves every line it does not name as it is, byte for
 // byte, and what was written or erased is read so.
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
-#include <vector>
 
+#include "fuzz/check.h"
 #include "fuzz/volume_file.h"
 #include "platform/text.h"
 
 using namespace quellix;
 
 namespace {
-
-void Check(bool is_so) {
-  if (!is_so) std::abort();
-}
 
 // The lines of a file with their ends, behind its byte-order mark.
 std::vector<std::string> Lines(std::string_view bytes) {
@@ -58,8 +50,7 @@ bool IsPlain(const std::string& name) {
          name.find('\0') == name.npos;
 }
 
-class IniFile : public VolumeFile {
- public:
+struct IniFile : VolumeFile {
   IniFile() : VolumeFile("a.ini") {}
 
   void CheckErasing(const Input& input, bool whole) const {
@@ -85,7 +76,6 @@ class IniFile : public VolumeFile {
     Check(IsPartOf(before, after));
   }
 
- private:
   std::string Bytes() const { return machine().files.ReadWholeFile(path()).value_or(""); }
   std::optional<std::string> Read(const Input& input) const {
     return machine().profile.Read(path(), input.section, input.key);
@@ -103,7 +93,7 @@ class IniFile : public VolumeFile {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const IniFile file;
-  const Input input = Parse({reinterpret_cast<const char*>(data), size});
+  const Input input = Parse(BytesOf(data, size));
   for (const bool whole : {false, true}) file.CheckErasing(input, whole);
   if (IsPlain(input.section) && IsPlain(input.key)) file.CheckWriting(input);
   return 0;

@@ -1,26 +1,15 @@
 // List files: whatever bytes stand in one, each line is an entry, what was read is written and read
 // back the same, and the searches' lists can be asked.
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
-
+#include "fuzz/check.h"
 #include "fuzz/volume_file.h"
 #include "search/ignore_lists.h"
 #include "settings/list_files.h"
 
 using namespace quellix;
 
-namespace {
-
-void Check(bool is_so) {
-  if (!is_so) std::abort();
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static VolumeFile file("UDIFO.txt");
-  file.Write({reinterpret_cast<const char*>(data), size});
+  file.Write(BytesOf(data, size));
   const Machine machine = file.machine();
   const std::vector<std::string> entries = ReadListFile(machine, "UDIFO.txt");
   const IgnoreLists lists(entries, entries, entries);

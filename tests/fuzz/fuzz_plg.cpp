@@ -1,9 +1,7 @@
 // The list of plug-ins: whatever stands in it, only files of the folder are listed, each once, and
 // what was read is written and read back the same.
-#include <cstdint>
-#include <cstdlib>
-#include <set>
 
+#include "fuzz/check.h"
 #include "fuzz/volume_file.h"
 #include "platform/text.h"
 #include "plugins/plugin_list.h"
@@ -12,13 +10,8 @@ using namespace quellix;
 
 namespace {
 
-void Check(bool is_so) {
-  if (!is_so) std::abort();
-}
-
 // With a few plug-ins, inside the folder and out of it.
-class ListFile : public VolumeFile {
- public:
+struct ListFile : VolumeFile {
   ListFile() : VolumeFile("plg.txt") {
     const std::string folder = machine().program_folder;
     machine().files.CreateFolder(folder + "\\Plugins");
@@ -34,7 +27,7 @@ class ListFile : public VolumeFile {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static ListFile file;
-  file.Write({reinterpret_cast<const char*>(data), size});
+  file.Write(BytesOf(data, size));
   const Machine machine = file.machine();
   const auto plugins = modPlugin::ReadPluginList(machine);
   std::set<std::string> names;

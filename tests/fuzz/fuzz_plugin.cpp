@@ -1,8 +1,6 @@
 // A recipe: whatever stands in it, it is read, checked and found its places without a fault, what
 // was read is written and read back the same, and nothing precious is let through.
-#include <cstdint>
-#include <cstdlib>
-
+#include "fuzz/check.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 #include "plugins/ini_outline.h"
@@ -15,10 +13,6 @@
 using namespace quellix;
 
 namespace {
-
-void Check(bool is_so) {
-  if (!is_so) std::abort();
-}
 
 void CheckPlaces(const Machine& machine, const modPlugin::Plugin& plugin) {
   static ProtectedPlaces places = LoadPlaces(machine);
@@ -45,7 +39,7 @@ void CheckPlaces(const Machine& machine, const modPlugin::Plugin& plugin) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const auto volume = VolumeTestMachine::CreateVolume();
   const Machine machine = volume->machine();
-  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  const std::string_view bytes = BytesOf(data, size);
   const std::string text = DecodeText(bytes, machine.system);
   const modPlugin::Plugin plugin = modPlugin::ParsePlugin(text);
   const std::string written = modPlugin::FormatPlugin(plugin);

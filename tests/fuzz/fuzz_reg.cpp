@@ -1,19 +1,12 @@
 // Copies of registry entries: what is read of them is written and read again as it was, however
 // the file ends.
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
 #include "backup/reg_file.h"
+#include "fuzz/check.h"
 #include "platform/error.h"
 
 using namespace quellix;
 
 namespace {
-
-void Check(bool is_so) {
-  if (!is_so) std::abort();
-}
 
 std::string Written(const RegFile& file) {
   RegFileText text;
@@ -27,7 +20,7 @@ std::string Written(const RegFile& file) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  const std::string_view bytes = BytesOf(data, size);
   try {
     const std::string written = Written(ParseRegFile(bytes));
     const RegFile again = ParseRegFile(written);

@@ -1,7 +1,5 @@
 // Shortcuts as a volume has them.
-#include <cstdint>
-#include <string_view>
-
+#include "fuzz/check.h"
 #include "fuzz/volume_file.h"
 
 using namespace quellix;
@@ -9,7 +7,7 @@ using namespace quellix;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static VolumeFile file("fuzzed.lnk");
   static const auto reader = file.machine().shell.OpenShortcuts();
-  file.Write({reinterpret_cast<const char*>(data), size});
+  file.Write(BytesOf(data, size));
   const std::optional<Shortcut> shortcut = reader->Read(file.path());
   if (shortcut) {
     file.machine().files.IsGone(shortcut->target);

@@ -1,8 +1,5 @@
 // The search options: whatever stands in srch.txt, what was read is written and read back the same.
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
-
+#include "fuzz/check.h"
 #include "fuzz/volume_file.h"
 #include "search/drive_list.h"
 #include "search/search_options.h"
@@ -15,15 +12,11 @@ auto Day(const std::optional<LocalTime>& date) {
   return date ? std::optional(DayNumber(*date)) : std::nullopt;
 }
 
-void Check(bool is_so) {
-  if (!is_so) std::abort();
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static VolumeFile file("srch.txt");
-  file.Write({reinterpret_cast<const char*>(data), size});
+  file.Write(BytesOf(data, size));
   const Machine machine = file.machine();
   const SearchOptions options = LoadSearchOptions(machine);
   const Locale locale = machine.system.UserLocale();

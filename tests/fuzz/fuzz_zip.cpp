@@ -1,15 +1,13 @@
 // Archives, whole and broken: what is read leads nowhere, what is repaired is whole, and what is
 // whole can be added to.
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <memory>
-#include <string>
 
 #include "backup/entry_path.h"
 #include "backup/restore.h"
 #include "backup/zip_repair.h"
 #include "backup/zip_writer.h"
+#include "fuzz/check.h"
 #include "platform/error.h"
 
 using namespace quellix;
@@ -17,8 +15,7 @@ using namespace quellix;
 namespace {
 
 // An archive in memory, shared by those who open it one after the other.
-class Bytes : public RandomFile {
- public:
+struct Bytes : RandomFile {
   explicit Bytes(std::shared_ptr<std::string> bytes) : bytes_(std::move(bytes)) {}
   uint64_t Size() const override { return bytes_->size(); }
   size_t Read(uint64_t offset, std::span<char> buffer) override {
@@ -34,13 +31,8 @@ class Bytes : public RandomFile {
   uint32_t Attributes() override { return 0; }
   void SetTimes(const FileTimes&) override {}
 
- private:
   std::shared_ptr<std::string> bytes_;
 };
-
-void Check(bool is_so) {
-  if (!is_so) std::abort();
-}
 
 std::unique_ptr<ArchiveStream> Stream(const std::shared_ptr<std::string>& bytes) {
   return std::make_unique<ArchiveStream>(std::make_unique<Bytes>(bytes));

@@ -1,9 +1,6 @@
 #pragma once
 
 #include <fstream>
-#include <memory>
-#include <string>
-#include <string_view>
 
 #include "support/volume_seed.h"
 

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,8 +15,7 @@ namespace fs = std::filesystem;
 // 2016 and later, each with steps of 100 ns.
 constexpr FileTimes kTimes{131000000001234567, 132000000007654321, 132539328001234567};
 
-class NtfsFiles : public testing::Test {
- protected:
+struct NtfsFiles : testing::Test {
   static void SetUpTestSuite() {
     if (NtfsVolume::Hindrance().empty()) volume_ = std::make_unique<NtfsVolume>();
   }
@@ -56,18 +54,16 @@ class NtfsFiles : public testing::Test {
 std::unique_ptr<NtfsVolume> NtfsFiles::volume_;
 
 TEST_F(NtfsFiles, AReplacedFileKeepsWhatNtfsKeepsOfIt) {
-  const struct {
-    const char* row;
-    std::function<void()> replace;
-  } kRows[] = {{"a file", [this] { files_->WriteWholeFile("C:\\NTUSER.dat", "new"); }},
-               {"a hive", [this] {
-                  HivePaths paths;
-                  paths.user = "C:\\NTUSER.DAT";
-                  VolumeRegistry registry(*files_, paths);
-                  registry.Create(RegistryRoot::kCurrentUser, "Key")->Flush();
-                }}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
+  const std::pair<const char*, std::function<void()>> kRows[] = {
+      {"a file", [this] { files_->WriteWholeFile("C:\\NTUSER.dat", "new"); }},
+      {"a hive", [this] {
+         HivePaths paths;
+         paths.user = "C:\\NTUSER.DAT";
+         VolumeRegistry registry(*files_, paths);
+         registry.Create(RegistryRoot::kCurrentUser, "Key")->Flush();
+       }}};
+  for (const auto& [what, replace] : kRows) {
+    SCOPED_TRACE(what);
     Put("NTUSER.DAT", EmptyHive());
     const std::string file = Native("NTUSER.DAT");
     std::string acl = NtfsAttribute(file, "system.ntfs_acl");
@@ -78,7 +74,7 @@ TEST_F(NtfsFiles, AReplacedFileKeepsWhatNtfsKeepsOfIt) {
     SetNtfsAttribute(file, "system.ntfs_dos_name", "NTUSE~7.DAT");
     SetNtfsAttribute(file, "user.Zone.Identifier", "[ZoneTransfer]");
     SetNtfsAttribute(file, "system.ntfs_attrib", LittleEndian(kHidden | kSystem | kReadOnly, 4));
-    row.replace();
+    replace();
     EXPECT_NE(ReadNative(file), EmptyHive());
     EXPECT_EQ(NtfsAttribute(file, "system.ntfs_acl"), acl);
     EXPECT_EQ(FromLittleEndian(NtfsAttribute(file, "system.ntfs_attrib")),
@@ -148,22 +144,19 @@ TEST_F(NtfsFiles, StreamsAreListedReadAndWritten) {
 }
 
 TEST_F(NtfsFiles, AShortNameIsNoFurtherLink) {
-  const struct {
-    const char *row, *name, *short_name;
-    bool link;
-    uint32_t links;
-  } kRows[] = {{"plain", "plain", "", false, 1},
-               {"short name", "a long name.text", "ALONGN~1.TEX", false, 1},
-               {"own name as short name", "SHORT.TXT", "SHORT.TXT", false, 1},
-               {"link", "linked", "", true, 2}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
-    Put(row.name);
-    if (*row.short_name) SetNtfsAttribute(Native(row.name), "system.ntfs_dos_name", row.short_name);
-    if (row.link) fs::create_hard_link(Native(row.name), Native("other"));
-    EXPECT_EQ(Open(row.name, OpenMode::kRead)->LinkCount(), row.links);
-    if (*row.short_name == '\0') continue;
-    EXPECT_EQ(root_->IdOf(row.short_name), root_->IdOf(row.name)) << "the same file by both";
+  const std::tuple<const char*, const char*, const char*, bool, uint32_t> kRows[] = {
+      {"plain", "plain", "", false, 1},
+      {"short name", "a long name.text", "ALONGN~1.TEX", false, 1},
+      {"own name as short name", "SHORT.TXT", "SHORT.TXT", false, 1},
+      {"link", "linked", "", true, 2}};
+  for (const auto& [what, name, short_name, link, links] : kRows) {
+    SCOPED_TRACE(what);
+    Put(name);
+    if (*short_name) SetNtfsAttribute(Native(name), "system.ntfs_dos_name", short_name);
+    if (link) fs::create_hard_link(Native(name), Native("other"));
+    EXPECT_EQ(Open(name, OpenMode::kRead)->LinkCount(), links);
+    if (*short_name == '\0') continue;
+    EXPECT_EQ(root_->IdOf(short_name), root_->IdOf(name)) << "the same file by both";
   }
   Put("A long folder/file");
   SetNtfsAttribute(Native("A long folder"), "system.ntfs_dos_name", "ALONGF~1");
@@ -206,8 +199,7 @@ TEST_F(NtfsFiles, JunctionsAreRemovedThemselvesAndLeadNowhere) {
   ASSERT_TRUE(fs::exists(Native("junction/kept"))) << "a junction that leads somewhere";
   for (const char* link : {"junction", "dangling"}) {
     SCOPED_TRACE(link);
-    EXPECT_TRUE(root_->Look(link)->is_link);
-    EXPECT_TRUE(root_->Look(link)->is_folder);
+    EXPECT_TRUE(root_->Look(link)->is_link && root_->Look(link)->is_folder);
     EXPECT_EQ(KindOf([&] { root_->OpenFolder(link); }), Error::Kind::kDenied);
     EXPECT_TRUE(KindOf([&] { root_->RemoveFile(link); }));
     EXPECT_TRUE(KindOf([&] { root_->CreateFolder(link); }));

@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
@@ -7,7 +6,6 @@
 
 #include "cli/console_fixture.h"
 #include "ntfs/ntfs_volume.h"
-#include "platform/text.h"
 #include "platform/volume/unique_fd.h"
 #include "support/hive_file.h"
 
@@ -19,8 +17,7 @@ namespace fs = std::filesystem;
 const std::string kMru = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU";
 
 // A Windows on an NTFS, cleaned by the console.
-class NtfsRun : public testing::Test {
- protected:
+struct NtfsRun : testing::Test {
   void SetUp() override {
     if (const std::string hindrance = NtfsVolume::Hindrance(); !hindrance.empty()) {
       GTEST_SKIP() << hindrance;
@@ -47,11 +44,9 @@ class NtfsRun : public testing::Test {
         machine.machine().registry.Open(RegistryRoot::kCurrentUser, kMru, RegistryAccess::kRead);
     return key && key->ValueAt(0).has_value();
   }
-  ProgramResult Run(std::vector<std::string> arguments) {
-    for (const char* more : {"--volume", "--settings"}) arguments.emplace_back(more);
-    arguments.insert(arguments.end() - 1, options().volume);
-    arguments.push_back(options().settings);
-    return RunQuellixctl(arguments);
+  ProgramResult Run(const std::vector<std::string>& arguments) {
+    return RunQuellixctl(
+        With(arguments, {"--volume", options().volume, "--settings", options().settings}));
   }
   // Takes all room there is.
   void Fill() {
@@ -100,43 +95,37 @@ TEST_F(NtfsRun, AWholeRunCleansAndKeepsTheHivesAccessList) {
 }
 
 TEST_F(NtfsRun, WhatTheDiskDoesNotTakeIsSaidAndNothingGoes) {
-  const struct {
-    const char *row, *told;
-    std::function<void()> prepare;
-    std::vector<std::string> items;
-  } kRows[] = {
-      {"read-only",
-       "write-protected",
-       [this] { volume_->Remount("ro"); },
-       {"CleanTempFiles", "CleanRunMRU"}},
-      {"read-only, registry alone", "write-protected", [] {}, {"CleanRunMRU"}},
-      {"read-only, files alone", "", [] {}, {"CleanTempFiles"}},
-      {"hibernated",
-       "write-protected",
-       [this] {
-         volume_->Remount("rw");
-         WriteNative(volume_->path() + "/hiberfil.sys", "hibr" + std::string(8188, '\0'));
-         volume_->Remount("rw");  // it falls back to reading by itself
-       },
-       {"CleanTempFiles", "CleanRunMRU"}},
-      {"full",
-       "not enough space",
-       [this] {
-         volume_->Remount("remove_hiberfile,big_writes");
-         Fill();
-       },
-       {"CleanRunMRU"}},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
-    row.prepare();
-    const bool is_full = std::string_view(row.row) == "full";
+  const std::tuple<const char*, const char*, std::function<void()>, std::vector<std::string>>
+      kRows[] = {{"read-only",
+                  "write-protected",
+                  [this] { volume_->Remount("ro"); },
+                  {"CleanTempFiles", "CleanRunMRU"}},
+                 {"read-only, registry alone", "write-protected", [] {}, {"CleanRunMRU"}},
+                 {"read-only, files alone", "", [] {}, {"CleanTempFiles"}},
+                 {"hibernated",
+                  "write-protected",
+                  [this] {
+                    volume_->Remount("rw");
+                    WriteNative(volume_->path() + "/hiberfil.sys",
+                                "hibr" + std::string(8188, '\0'));
+                    volume_->Remount("rw");  // it falls back to reading by itself
+                  },
+                  {"CleanTempFiles", "CleanRunMRU"}},
+                 {"full",
+                  "not enough space",
+                  [this] {
+                    volume_->Remount("remove_hiberfile,big_writes");
+                    Fill();
+                  },
+                  {"CleanRunMRU"}}};
+  for (const auto& [what, told, prepare, items] : kRows) {
+    SCOPED_TRACE(what);
+    prepare();
+    const bool is_full = std::string_view(what) == "full";
     const auto before = Snapshot(!is_full);
-    std::vector<std::string> arguments = {"clean", "--item"};
-    arguments.insert(arguments.end(), row.items.begin(), row.items.end());
-    const ProgramResult result = Run(arguments);
+    const ProgramResult result = Run(With({"clean", "--item"}, items));
     EXPECT_TRUE(result.exit_code == 1 || result.exit_code == 3) << result.output;
-    EXPECT_NE(result.output.find(row.told), std::string::npos) << result.output;
+    EXPECT_TRUE(Holds(result.output, told));
     EXPECT_TRUE(HasMru());
     EXPECT_EQ(Snapshot(!is_full), before);
   }

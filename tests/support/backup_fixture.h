@@ -1,24 +1,19 @@
 #pragma once
 
-#include <algorithm>
-#include <map>
-
 #include "backup/backups.h"
 #include "backup/zip_repair.h"
 #include "platform/path.h"
 #include "run/removal.h"
-#include "search/drive_scan.h"
 #include "support/run_fixture.h"
 #include "support/scripted_prompts.h"
 
 namespace quellix {
 
 // A machine whose files are removed with a backup, and its backups.
-class BackupFixture : public RunFixture {
- protected:
+struct BackupFixture : RunFixture {
   BackupFixture()
       : state(engine.state()),
-        safe(ports.program_folder + "\\Backup\\"),
+        safe(own + "Backup\\"),
         tree(scratch + "tree\\"),
         backups(ports, safe) {
     state.BackupFolder = safe;
@@ -37,11 +32,16 @@ class BackupFixture : public RunFixture {
     RemovePendingFiles(context, list);
     mod_zip.Close();
   }
-  std::vector<std::string> Archives() { return machine->Tree(safe); }
+  Names Archives() { return machine->Tree(safe); }
   std::string OnlyArchive() {
-    const std::vector<std::string> archives = Archives();
+    const Names archives = Archives();
     EXPECT_EQ(archives.size(), 1u);
     return archives.empty() ? "none" : archives[0];
+  }
+  // Takes the end of the only archive away.
+  void CutArchive() {
+    const std::string archive = safe + OnlyArchive();
+    ports.files.Open(archive, OpenMode::kWrite)->Resize(Read(archive).size() - 5);
   }
   // Puts an archive made by another program into the backup folder; each file holds its own name.
   void AddArchive(const std::string& name, std::initializer_list<const char*> entries,
@@ -86,9 +86,6 @@ class BackupFixture : public RunFixture {
   static std::string Stored(std::string path) {
     std::replace(path.begin(), path.end(), '\\', '/');
     return path.substr(3);
-  }
-  std::string Read(const std::string& path) {
-    return ports.files.ReadWholeFile(path).value_or("<missing>");
   }
 
   RunState& state;

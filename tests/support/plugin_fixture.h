@@ -8,9 +8,8 @@ namespace quellix {
 inline constexpr const char* kKey = "Software\\Quellix Test";
 
 // A machine with an empty folder Plugins. Recipes and lists are written with "|" for the separator.
-class PluginFixture : public RunFixture {
- protected:
-  PluginFixture() : plugins_folder(ports.program_folder + "\\Plugins\\") {
+struct PluginFixture : RunFixture {
+  PluginFixture() : plugins_folder(own + "Plugins\\") {
     machine->MakeFolder(plugins_folder);
     machine->RemoveRegistryTree(kUser, kKey);
   }
@@ -24,9 +23,7 @@ class PluginFixture : public RunFixture {
   void WriteRecipe(const std::string& name, const std::string& text) {
     machine->MakeFile(plugins_folder + name, Text(text));
   }
-  void WriteList(const std::string& text) {
-    ports.files.WriteWholeFile(ports.program_folder + "\\plg.txt", Text(text));
-  }
+  void WriteList(const std::string& text) { WriteOwn("plg.txt", Text(text)); }
 
   const std::string plugins_folder;
 };

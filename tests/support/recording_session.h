@@ -1,17 +1,14 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "platform/error.h"
 #include "platform/session.h"
+#include "support/holds.h"
 
 namespace quellix {
 
 // Writes down what it is asked for; nobody is logged off. `fails` makes every call fail after that.
-class RecordingSession : public Session {
- public:
-  std::vector<std::string> calls;
+struct RecordingSession : Session {
+  Names calls;
   bool fails = false;
   std::string used_path;  // that two programs have open
 
@@ -29,7 +26,6 @@ class RecordingSession : public Session {
     Record("exit " + std::to_string(flags) + " " + std::to_string(reason));
   }
 
- private:
   void Record(const std::string& call) {
     calls.push_back(call);
     if (fails) throw Error(Error::Kind::kDenied, "refused");

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <map>
-
 #include "backup/backups.h"
 #include "registry_tools/scan_tools.h"
 #include "support/run_fixture.h"
@@ -11,9 +9,8 @@ namespace quellix {
 inline constexpr RegistryRoot kMachine = RegistryRoot::kLocalMachine;
 
 // Records what a scan shows.
-class ScriptedScanView : public ScanView {
- public:
-  std::vector<std::string> problems;
+struct ScriptedScanView : ScanView {
+  Names problems;
 
   void ShowState() override {}
   void ShowProblem(std::string_view sentence) override { problems.emplace_back(sentence); }
@@ -32,9 +29,8 @@ inline RegistryValue Number(uint32_t number) {
 using RegistryPicture = std::map<std::string, std::string>;
 
 // A machine with the keys of the tools, empty at first, and what undoes their deletions.
-class RegistryFixture : public RunFixture {
- protected:
-  RegistryFixture() : backups(ports, ports.program_folder + "\\Backup\\") { Clear(); }
+struct RegistryFixture : RunFixture {
+  RegistryFixture() : backups(ports, own + "Backup\\") { Clear(); }
   ~RegistryFixture() override { Clear(); }
 
   void Set(RegistryRoot root, const std::string& key, const std::string& name,
@@ -61,7 +57,12 @@ class RegistryFixture : public RunFixture {
     for (const char* key : kUserKeys) Picture(kUser, key, picture);
     return picture;
   }
-  std::vector<std::string> UndoFiles() { return machine->Tree(ports.program_folder + "\\Backup"); }
+  RegistryPicture UserPicture() {
+    RegistryPicture picture;
+    for (const char* key : kUserKeys) Picture(kUser, key, picture);
+    return picture;
+  }
+  Names UndoFiles() { return machine->Tree(own + "Backup"); }
   RestoreResult RestoreFile(const std::string& name) {
     NoPrompts prompts;
     return backups.Restore(name, {.entry_paths = {}, .to = "", .mode = OverwriteMode::kAlways},
@@ -81,7 +82,6 @@ class RegistryFixture : public RunFixture {
   ScriptedScanView scan_view;
   Backups backups;
 
- private:
   void Clear() {
     for (const char* key : kToolKeys) machine->RemoveRegistryTree(kMachine, key);
     for (const char* key : kUserKeys) machine->RemoveRegistryTree(kUser, key);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "engine.h"
 #include "platform/text.h"
 #include "search/drive_scan.h"
@@ -16,18 +14,18 @@ inline constexpr const char* kRunMruKey =
 inline constexpr const char* kTypedUrlsKey = "Software\\Microsoft\\Internet Explorer\\TypedURLs";
 
 // Names behind each other, for comparison.
-inline std::string Joined(const std::vector<std::string>& names) {
+inline std::string Joined(const Names& names) {
   std::string text;
   for (const std::string& name : names) text += (text.empty() ? "" : " ") + name;
   return text;
 }
 
 // A fresh real machine with the whole engine on it.
-class RunFixture : public ::testing::Test {
- protected:
+struct RunFixture : ::testing::Test {
   RunFixture()
       : machine(TestMachine::Create()),
         ports(machine->machine()),
+        own(ports.program_folder + "\\"),
         scratch(machine->Scratch()),
         temp(ports.system.TempFolder()),
         engine(ports, view),
@@ -35,12 +33,21 @@ class RunFixture : public ::testing::Test {
         mod_zip(ports, engine.state()),
         context{ports, settings, engine.state(), view, mod_zip} {}
 
-  void WriteSettings(const std::string& text) {
-    ports.files.WriteWholeFile(ports.program_folder + "\\Settings.ini", text);
+  std::string Read(const std::string& path) {
+    return ports.files.ReadWholeFile(path).value_or("<missing>");
   }
-  std::string ReadProgramFile(const std::string& name) {
-    return ports.files.ReadWholeFile(ports.program_folder + "\\" + name).value_or("<missing>");
+  // In the program's folder.
+  void WriteOwn(const std::string& name, const std::string& bytes) {
+    ports.files.WriteWholeFile(own + name, bytes);
   }
+  std::string ReadOwn(const std::string& name) { return Read(own + name); }
+  void WriteSettings(const std::string& text) { WriteOwn("Settings.ini", text); }
+  // Puts a folder in the place of a file, which can then be neither read nor written.
+  void MakeUnreadable(const std::string& path) {
+    if (machine->Exists(path)) ports.files.RemoveFile(path);
+    machine->MakeFolder(path);
+  }
+  void Clean(const char* key) { engine.RunOneItem(*FindItem(key)); }
   void Tick(std::initializer_list<const char*> keys) {
     for (const Item& item : AllItems()) engine.selection().SetChecked(item, false);
     for (const char* key : keys) engine.selection().SetChecked(*FindItem(key), true);
@@ -63,6 +70,7 @@ class RunFixture : public ::testing::Test {
 
   std::unique_ptr<TestMachine> machine;
   Machine ports;
+  std::string own;  // the program's folder, with "\\" at its end
   std::string scratch;
   std::string temp;
   ScriptedView view;

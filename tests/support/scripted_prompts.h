@@ -1,25 +1,22 @@
 #pragma once
 
 #include <deque>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "run/views.h"
+#include "support/holds.h"
 
 namespace quellix {
 
 // Plays the user: answers in the order they were put in, and keeps what was told and asked. Where
 // no answer is left, the user cancels.
-class ScriptedPrompts : public Prompts {
- public:
+struct ScriptedPrompts : Prompts {
   std::deque<bool> yes_no;
   std::deque<std::optional<std::string>> texts, files, folders;
   std::deque<OverwriteAnswer> overwrites;
 
-  std::vector<std::string> informed;
-  std::vector<std::string> asked;    // questions, titles and paths, in order
-  std::vector<std::string> presets;  // of the texts asked for
+  Names informed;
+  Names asked;    // questions, titles and paths, in order
+  Names presets;  // of the texts asked for
 
   void Inform(std::string_view text) override { informed.emplace_back(text); }
   bool AskYesNo(std::string_view question) override { return Next(question, yes_no, false); }
@@ -42,7 +39,6 @@ class ScriptedPrompts : public Prompts {
     return Next(path, overwrites, OverwriteAnswer::kCancel);
   }
 
- private:
   template <typename Answer>
   Answer Next(std::string_view question, std::deque<Answer>& answers, Answer otherwise) {
     asked.emplace_back(question);

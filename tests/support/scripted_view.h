@@ -1,19 +1,14 @@
 #pragma once
 
-#include <functional>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "run/item.h"
 #include "run/views.h"
 #include "search/results_view.h"
+#include "support/holds.h"
 
 namespace quellix {
 
 // Records what a run shows and plays the user: `on_status` and `on_pause` may press Stop.
-class ScriptedView : public RunView, public ResultsView {
- public:
+struct ScriptedView : RunView, ResultsView {
   std::function<void()> on_pause;
   bool stops = false;  // what each pause says
   size_t pauses = 0;
@@ -22,10 +17,10 @@ class ScriptedView : public RunView, public ResultsView {
   // What the user does in the results window before closing it; without it nobody can review.
   std::function<void(SearchResults&)> on_results;
 
-  std::vector<std::string> statuses;
-  std::vector<std::string> criticals, questions;
-  bool goes_on = true;             // the answer to each
-  std::vector<std::string> items;  // keys, in the order shown
+  Names statuses;
+  Names criticals, questions;
+  bool goes_on = true;  // the answer to each
+  Names items;          // keys, in the order shown
   std::vector<ProgressBar> bars;
   Commands commands;
   bool current_item_shown = false;

@@ -1,15 +1,13 @@
 #include "support/test_machine.h"
 
-#include <algorithm>
-
 #include "platform/text.h"
 
 namespace quellix {
 namespace {
 
 void AddTree(FileSystem& files, const std::string& folder, const std::string& prefix,
-             std::vector<std::string>& names) {
-  std::vector<std::string> folders;
+             Names& names) {
+  Names folders;
   files.Enumerate(folder, Detail::kKind, [&](const Entry& entry) {
     const std::string name = prefix + std::string(entry.name);
     names.push_back(entry.info.is_folder ? name + "\\" : name);
@@ -28,16 +26,16 @@ void TestMachine::SetText(RegistryRoot root, std::string_view key, std::string_v
   SetRegistryValue(root, key, name, {kRegSz, ToUtf16Bytes(text) + std::string(2, '\0')});
 }
 
-std::vector<std::string> TestMachine::Tree(std::string_view folder) {
+Names TestMachine::Tree(std::string_view folder) {
   if (folder.ends_with('\\')) folder.remove_suffix(1);
-  std::vector<std::string> names;
+  Names names;
   AddTree(machine().files, std::string(folder), "", names);
   std::sort(names.begin(), names.end());
   return names;
 }
 
-std::vector<std::string> TestMachine::ValueNames(RegistryRoot root, std::string_view key) {
-  std::vector<std::string> names;
+Names TestMachine::ValueNames(RegistryRoot root, std::string_view key) {
+  Names names;
   const auto open = machine().registry.Open(root, key, RegistryAccess::kRead);
   for (uint32_t i = 0; open; ++i) {
     const auto value = open->ValueAt(i);

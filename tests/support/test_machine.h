@@ -1,11 +1,7 @@
 #pragma once
 
-#include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "platform/machine.h"
+#include "support/holds.h"
 
 namespace quellix {
 
@@ -61,9 +57,9 @@ class TestMachine {
                std::string_view text);
   bool Exists(std::string_view path) { return machine().files.Look(path).has_value(); }
   // Everything below a folder, links not followed, as sorted relative paths; folders end in "\".
-  std::vector<std::string> Tree(std::string_view folder);
+  Names Tree(std::string_view folder);
   // Sorted value names of a key; empty when the key is missing.
-  std::vector<std::string> ValueNames(RegistryRoot root, std::string_view key);
+  Names ValueNames(RegistryRoot root, std::string_view key);
   bool KeyExists(RegistryRoot root, std::string_view key);
 };
 

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <memory>
-#include <string>
-
 #include "platform/volume/volume_machine.h"
 #include "support/test_machine.h"
 
@@ -31,8 +28,7 @@ void SeedWindows(const std::string& volume);
 void SeedUser(const std::string& volume, const std::string& name, const std::string& sid);
 
 // The test machine with what only a volume has.
-class VolumeTestMachine : public TestMachine {
- public:
+struct VolumeTestMachine : TestMachine {
   static std::unique_ptr<VolumeTestMachine> CreateVolume();
 
   // The path of this system for a Windows path.

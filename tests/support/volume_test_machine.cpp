@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 
@@ -141,7 +140,7 @@ void NativeTestMachine::SetRegistryValue(RegistryRoot root, std::string_view key
 void NativeTestMachine::RemoveRegistryTree(RegistryRoot root, std::string_view key) {
   const auto open = machine().registry.Open(root, key, RegistryAccess::kRead);
   if (!open) return;
-  std::vector<std::string> names;
+  Names names;
   for (uint32_t i = 0; const auto name = open->SubKeyAt(i); ++i) names.push_back(*name);
   for (const std::string& name : names) {
     RemoveRegistryTree(root, std::string(key) + "\\" + name);

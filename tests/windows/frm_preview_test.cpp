@@ -9,19 +9,18 @@ namespace {
 
 constexpr const char* kSettings = "[General]\r\nDelMethod=D\r\nAsk=1\r\nKeepLogs=5\r\n";
 
-class FrmPreviewTest : public ::testing::Test {
- protected:
+struct FrmPreviewTest : testing::Test {
   void SetUp() override {
     ResetSandbox();
-    std::filesystem::remove_all(ProgramFolder() / "Logs");
+    fs::remove_all(ProgramFolder() / "Logs");
     WriteBytes(ProgramFolder() / "Settings.ini", kSettings);
     for (const char* name : {"a.tmp", "b.tmp", "c.doc"}) WriteBytes(TempFolder() / name, "12345");
   }
   void TearDown() override {
-    std::filesystem::remove(ProgramFolder() / "keep.txt");
-    std::filesystem::remove_all(ProgramFolder() / "Logs");
+    fs::remove(ProgramFolder() / "keep.txt");
+    fs::remove_all(ProgramFolder() / "Logs");
   }
-  static bool Exists(const char* name) { return std::filesystem::exists(TempFolder() / name); }
+  static bool Exists(const char* name) { return fs::exists(TempFolder() / name); }
   static HWND OpenPreview(const QuellixWindow& window) {
     window.Press(cmdPreview);
     return window.AwaitWindow(L"Preview");
@@ -44,7 +43,6 @@ TEST_F(FrmPreviewTest, OnlyWhatIsTickedGoesAndOnlyWhenItWasConfirmed) {
   const QuellixWindow window;
   window.Click(chkTemp);
   const HWND preview = OpenPreview(window), list = GetDlgItem(preview, lstvRun);
-  ASSERT_TRUE(preview);
   EXPECT_EQ(CountRows(list), 3);
   EXPECT_EQ(Shown(preview, lblRunSummary), L"3 entries to be removed, 15 Bytes.");
   EXPECT_EQ(window.RowText(list, 0, 5), L"to be deleted");
@@ -65,13 +63,11 @@ TEST_F(FrmPreviewTest, OnlyWhatIsTickedGoesAndOnlyWhenItWasConfirmed) {
   WriteBytes(TempFolder() / "came later.tmp", "1");
   PressIn(preview, cmdCleanTicked);
   ASSERT_TRUE(window.Answer(L"Delete 1 file (5 Bytes) for good?", IDCANCEL));
-  EXPECT_TRUE(Exists("a.tmp"));
-  EXPECT_TRUE(IsWindow(preview));
+  EXPECT_TRUE(Exists("a.tmp") && IsWindow(preview));
   constexpr int kYes = 100;
   PressIn(preview, cmdCleanTicked);
   ASSERT_TRUE(window.Answer(L"Delete 1 file (5 Bytes) for good?", kYes));
   const HWND log = window.AwaitWindow(L"Cleaning log");
-  ASSERT_TRUE(log);
   EXPECT_FALSE(Exists("a.tmp"));
   EXPECT_TRUE(Exists("b.tmp") && Exists("c.doc") && Exists("came later.tmp"));
   EXPECT_FALSE(IsWindow(preview));
@@ -89,7 +85,6 @@ TEST_F(FrmPreviewTest, CleanAsksFirstAndShowsWhatGoes) {
   window.Press(cmdClean);
   ASSERT_TRUE(window.Answer(L"Delete 3 files (15 Bytes) for good?", kShow));
   const HWND preview = window.AwaitWindow(L"Preview");
-  ASSERT_TRUE(preview);
   window.PressKey(GetDlgItem(preview, lstvRun), VK_ESCAPE);
   EXPECT_TRUE(AwaitGone(preview));
   // A letter by itself starts nothing.
@@ -97,15 +92,13 @@ TEST_F(FrmPreviewTest, CleanAsksFirstAndShowsWhatGoes) {
     PostMessageW(window.Control(lstvItems), WM_CHAR, static_cast<WPARAM>(letter), 0);
   }
   SendMessageW(window.main(), WM_NULL, 0, 0);
-  EXPECT_FALSE(window.HasWindow(L"Preview"));
-  EXPECT_TRUE(Exists("a.tmp"));
+  EXPECT_TRUE(!window.HasWindow(L"Preview") && Exists("a.tmp"));
   // What can be had back needs no question.
   EXPECT_TRUE(window.Close());
   WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nDelMethod=R\r\nAsk=1\r\n");
   const QuellixWindow recycling;
   recycling.Press(cmdClean);
-  EXPECT_TRUE(recycling.AwaitWindow(L"Cleaning log"));
-  EXPECT_FALSE(Exists("a.tmp"));
+  EXPECT_TRUE(recycling.AwaitWindow(L"Cleaning log") && !Exists("a.tmp"));
 }
 
 TEST_F(FrmPreviewTest, TheLogListsTheEntriesAndTheRunsBefore) {
@@ -115,7 +108,6 @@ TEST_F(FrmPreviewTest, TheLogListsTheEntriesAndTheRunsBefore) {
     window.Click(chkTemp);
     window.Press(cmdClean);
     const HWND log = window.AwaitWindow(L"Cleaning log"), list = GetDlgItem(log, lstvRun);
-    ASSERT_TRUE(log);
     EXPECT_EQ(CountRows(list), 3);
     EXPECT_EQ(Shown(log, lblRunSummary), L"3 entries removed, 15 Bytes.");
     EXPECT_EQ(window.RowText(list, 0, 5), L"deleted");
@@ -124,7 +116,6 @@ TEST_F(FrmPreviewTest, TheLogListsTheEntriesAndTheRunsBefore) {
   const QuellixWindow window;
   window.Press(cmdClean);
   const HWND log = window.AwaitWindow(L"Cleaning log"), runs = GetDlgItem(log, cboRuns);
-  ASSERT_TRUE(log);
   EXPECT_EQ(CountRows(GetDlgItem(log, lstvRun)), 0);
   ASSERT_EQ(SendMessageW(runs, CB_GETCOUNT, 0, 0), 3);  // the last run, which is kept too
   SendMessageW(runs, CB_SETCURSEL, 2, 0);

@@ -37,8 +37,7 @@ std::string RedBitmap() {
   return bytes;
 }
 
-class FrmIECacheTest : public ::testing::Test {
- protected:
+struct FrmIECacheTest : testing::Test {
   void SetUp() override {
     ResetSandbox();
     EmptyCache();
@@ -82,17 +81,14 @@ class FrmIECacheTest : public ::testing::Test {
 TEST_F(FrmIECacheTest, EntriesAreListedByKindAndShown) {
   const QuellixWindow window;
   const HWND cache = Open(window);
-  ASSERT_TRUE(cache);
   EXPECT_EQ(Shown(cache, lblDisplaying), L"Displaying: None");
   const std::wstring cookie = L"Cookie:anna@c.example/", visit = L"Visited: anna@http://d.example/";
-  const struct {
-    int option;
-    std::wstring source;
-  } kRows[] = {{optCookies, cookie}, {optHistory, visit}, {optURL, L"http://b.example/red"}};
-  for (const auto& row : kRows) {
-    Press(AwaitControl(cache, row.option));
-    EXPECT_TRUE(AwaitStatus(cache, L"1 entries")) << row.option;
-    EXPECT_EQ(window.RowText(GetDlgItem(cache, lstvCache), 0, 0), row.source);
+  const std::pair<int, std::wstring> kRows[] = {
+      {optCookies, cookie}, {optHistory, visit}, {optURL, L"http://b.example/red"}};
+  for (const auto& [option, source] : kRows) {
+    Press(AwaitControl(cache, option));
+    EXPECT_TRUE(AwaitStatus(cache, L"1 entries")) << option;
+    EXPECT_EQ(window.RowText(GetDlgItem(cache, lstvCache), 0, 0), source);
   }
   Press(AwaitControl(cache, optAll));
   EXPECT_TRUE(AwaitStatus(cache, L"4 entries"));
@@ -119,7 +115,6 @@ TEST_F(FrmIECacheTest, EntriesAreListedByKindAndShown) {
 TEST_F(FrmIECacheTest, TickedRowsAreDeletedAndLockedOnesStay) {
   const QuellixWindow window;
   const HWND cache = Open(window);
-  ASSERT_TRUE(cache);
   const HWND list = GetDlgItem(cache, lstvCache);
   MakeCacheEntry({.source = L"http://e.example/new"});
   PressIn(cache, cmdRefresh);
@@ -145,8 +140,7 @@ TEST_F(FrmIECacheTest, TickedRowsAreDeletedAndLockedOnesStay) {
     EXPECT_EQ(CachedSources(), std::vector<std::wstring>{L"http://b.example/red"});
   }
   PressIn(cache, cmdRefresh);
-  EXPECT_TRUE(AwaitStatus(cache, L"0 entries"));
-  EXPECT_TRUE(CachedSources().empty());
+  EXPECT_TRUE(AwaitStatus(cache, L"0 entries") && CachedSources().empty());
 }
 
 }  // namespace

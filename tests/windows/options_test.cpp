@@ -34,17 +34,15 @@ const struct List {
     {OptionsPage::kUserFolders, "UDFO.txt", L"C:\\Junk\\", L"C:\\Old", L"C:\\New", "C:\\New\r\n",
      nullptr},
     {OptionsPage::kKeep, "keep.txt", L"*.doc", L"C:\\Old", L"site:example.com",
-     "site:example.com\r\n", nullptr},
-};
+     "site:example.com\r\n", nullptr}};
 
-class FrmOptionsTest : public ::testing::Test {
- protected:
+struct FrmOptionsTest : testing::Test {
   void SetUp() override { Reset(); }
   void TearDown() override { Reset(); }
 
   static void Reset() {
     ResetSandbox();
-    for (const char* name : kFiles) std::filesystem::remove(ProgramFolder() / name);
+    for (const char* name : kFiles) fs::remove(ProgramFolder() / name);
     RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Quellix");
   }
   static std::string ReadFile(const char* name) { return ReadBytes(ProgramFolder() / name); }
@@ -52,7 +50,7 @@ class FrmOptionsTest : public ::testing::Test {
   // Names and bytes of the program folder's own files.
   static std::map<std::string, std::string> Snapshot() {
     std::map<std::string, std::string> files;
-    for (const auto& entry : std::filesystem::directory_iterator(ProgramFolder())) {
+    for (const auto& entry : fs::directory_iterator(ProgramFolder())) {
       const std::string name = entry.path().filename().string();
       if (entry.path().extension() == ".txt" || entry.path().extension() == ".ini") {
         files[name] = ReadBytes(entry.path());
@@ -81,6 +79,25 @@ class FrmOptionsTest : public ::testing::Test {
   }
 };
 
+// Each page is filled in.
+void FillPages(const OptionsWindow& options) {
+  const auto click = [&](std::initializer_list<int> boxes) {
+    for (const int box : boxes) options.Click(box);
+  };
+  click({chkAutoClean, chkTrayIcon, chkStartWWindows, chkCleanStartup, Check1, Check2, Check3});
+  options.Type(cmbAutoClean1, L"45");
+  options.Choose(cmbAutoClean, 0);
+  options.GoTo(OptionsPage::kDeletion);
+  click({optZip, chkExtraSecurity, chkRename, chkStrict, chkKeepOnAbort, chkBackupRegistry});
+  options.Choose(cmbWipeStep, 1);
+  options.Type(txtBackup, L"C:\\Saf\u00E9");
+  options.GoTo(OptionsPage::kRuns);
+  click({chkAsk, chkSelectRisky});
+  options.Type(txtOlderThan, L"7");
+  options.Type(txtKeepLogs, L"20");
+  options.Type(txtKeepDays, L"30");
+}
+
 TEST_F(FrmOptionsTest, GeneralAndDeletionAreWrittenToTheByteAndApplied) {
   const QuellixWindow program;
   const auto is_applied = [&](bool changed) {
@@ -90,26 +107,8 @@ TEST_F(FrmOptionsTest, GeneralAndDeletionAreWrittenToTheByteAndApplied) {
   };
   EXPECT_TRUE(is_applied(false));
   const OptionsWindow options(program);
-  ASSERT_TRUE(options.window());
   EXPECT_FALSE(options.IsEnabled(cmdApply) || options.IsEnabled(cmbAutoClean1));
-  for (const int box :
-       {chkAutoClean, chkTrayIcon, chkStartWWindows, chkCleanStartup, Check1, Check2, Check3}) {
-    options.Click(box);
-  }
-  options.Type(cmbAutoClean1, L"45");
-  options.Choose(cmbAutoClean, 0);
-  options.GoTo(OptionsPage::kDeletion);
-  for (const int box :
-       {optZip, chkExtraSecurity, chkRename, chkStrict, chkKeepOnAbort, chkBackupRegistry}) {
-    options.Click(box);
-  }
-  options.Choose(cmbWipeStep, 1);
-  options.Type(txtBackup, L"C:\\Saf\u00E9");
-  options.GoTo(OptionsPage::kRuns);
-  for (const int box : {chkAsk, chkSelectRisky}) options.Click(box);
-  options.Type(txtOlderThan, L"7");
-  options.Type(txtKeepLogs, L"20");
-  options.Type(txtKeepDays, L"30");
+  FillPages(options);
   Apply(options);
   EXPECT_EQ(ReadFile("Settings.ini"),
             "[General]\r\nStartupClean=1\r\nAutoClean=1\r\nHM=0\r\nDuration=45\r\nDelMethod=B\r\n"
@@ -140,7 +139,6 @@ TEST_F(FrmOptionsTest, TheSearchPageIsWrittenInItsFiveLines) {
              "7\r\n1 0 2\r\n");
   const QuellixWindow program;
   const OptionsWindow options(program);
-  ASSERT_TRUE(options.window());
   options.GoTo(OptionsPage::kSearch);
   EXPECT_EQ(program.RowText(options.Control(lstSearch), 1, 0),
             L"Q: The root directory does not exist");
@@ -168,7 +166,6 @@ TEST_F(FrmOptionsTest, EveryListIsWrittenToTheByte) {
   for (const List& list : kLists) WriteBytes(ProgramFolder() / list.file, "");
   const QuellixWindow program;
   const OptionsWindow options(program);
-  ASSERT_TRUE(options.window());
   for (const List& list : kLists) {
     SCOPED_TRACE(list.file);
     options.GoTo(list.page);
@@ -200,7 +197,7 @@ TEST_F(FrmOptionsTest, EveryListIsWrittenToTheByte) {
 }
 
 TEST_F(FrmOptionsTest, CookiesMoveEitherWay) {
-  const std::filesystem::path folder = L"C:\\quellix-tests\\Cookies";
+  const fs::path folder = L"C:\\quellix-tests\\Cookies";
   const std::wstring before = RegistryText(HKEY_CURRENT_USER, kShellFolders, L"Cookies");
   SetRegistryText(HKEY_CURRENT_USER, kShellFolders, L"Cookies", folder);
   for (const char* name : {"a@x.txt", "b@x.txt", "c@x.txt"}) WriteBytes(folder / name, "cookie");
@@ -208,7 +205,6 @@ TEST_F(FrmOptionsTest, CookiesMoveEitherWay) {
   WriteBytes(ProgramFolder() / "ck.txt", path + "b@x.txt\x01\r\n");
   const QuellixWindow program;
   const OptionsWindow options(program);
-  ASSERT_TRUE(options.window());
   options.GoTo(OptionsPage::kCookies);
   ExpectKeys(options.window());
   ASSERT_EQ(options.CountRows(lstvCookies), 2);
@@ -238,7 +234,6 @@ TEST_F(FrmOptionsTest, CancelChangesNothingOnTheDisk) {
   for (const bool by_key : {false, true}) {
     SCOPED_TRACE(by_key ? "Esc" : "Cancel");
     const OptionsWindow options(program);
-    ASSERT_TRUE(options.window());
     options.GoTo(OptionsPage::kGeneral);
     for (const int box : {chkAutoClean, chkStartWWindows, Check1, Check3}) options.Click(box);
     ExpectKeys(options.window());
@@ -264,7 +259,6 @@ TEST_F(FrmOptionsTest, WhatCannotBeIsRefusedAtItsField) {
   const QuellixWindow program;
   const std::map<std::string, std::string> before = Snapshot();
   const OptionsWindow options(program);
-  ASSERT_TRUE(options.window());
   options.GoTo(OptionsPage::kGeneral);
   options.Click(chkAutoClean);
   options.Type(cmbAutoClean1, L"547");
@@ -277,25 +271,19 @@ TEST_F(FrmOptionsTest, WhatCannotBeIsRefusedAtItsField) {
   options.GoTo(OptionsPage::kFileTypes);
   options.Type(txtEntry, L"*.TMP");
   EXPECT_TRUE(options.PressAndRead(cmdAdd, L"File Type already exists in the list."));
-  const struct {
-    const wchar_t* told;
-    OptionsPage page;
-    int field;
-    std::wstring put_right;
-  } kRows[] = {
+  const std::tuple<const wchar_t*, OptionsPage, int, std::wstring> kRows[] = {
       {L"*.TMP is not in the list yet.", OptionsPage::kFileTypes, txtEntry, L""},
       {L"hours from 1 to 546.", OptionsPage::kGeneral, cmbAutoClean1, L"546"},
       {L"Please enter a full path", OptionsPage::kDeletion, txtBackup, folder},
-      {L"a whole number of kilobytes", OptionsPage::kSearch, txtSearchSize, L"0"},
-  };
-  for (const auto& row : kRows) {
-    EXPECT_TRUE(options.PressAndRead(IDOK, row.told));
-    EXPECT_EQ(options.Page(), row.page);
+      {L"a whole number of kilobytes", OptionsPage::kSearch, txtSearchSize, L"0"}};
+  for (const auto& [told, page, field, put_right] : kRows) {
+    EXPECT_TRUE(options.PressAndRead(IDOK, told));
+    EXPECT_EQ(options.Page(), page);
     EXPECT_EQ(Snapshot(), before);
-    options.Type(row.field, row.put_right);
+    options.Type(field, put_right);
   }
   const std::wstring known = _wgetenv(L"USERPROFILE") + std::wstring(L"\\Downloads");
-  std::filesystem::create_directories(known);
+  fs::create_directories(known);
   options.GoTo(OptionsPage::kUserFolders);
   options.Type(txtEntry, known);
   for (const int answer : {IDNO, IDYES}) {
@@ -308,42 +296,36 @@ TEST_F(FrmOptionsTest, WhatCannotBeIsRefusedAtItsField) {
 }
 
 TEST_F(FrmOptionsTest, AFailedWriteIsToldAndTheWindowStays) {
-  const std::filesystem::path settings = ProgramFolder() / "Settings.ini";
+  const fs::path settings = ProgramFolder() / "Settings.ini";
   WriteBytes(settings, "[General]\r\nTipBox=1\r\n");
   SetRegistryText(HKEY_CURRENT_USER, kRunKey, L"Quellix", L"changed by another program");
   const QuellixWindow program;
   const OptionsWindow options(program);
-  ASSERT_TRUE(options.window());
   options.GoTo(OptionsPage::kGeneral);
   EXPECT_NE(TextOf(options.Control(lblRunEntry)).find(L"Another program"), std::wstring::npos);
   options.Click(Check3);
-  const HANDLE lock = CreateFileW(settings.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                  OPEN_EXISTING, 0, nullptr);
-  ASSERT_NE(lock, INVALID_HANDLE_VALUE);
-  EXPECT_TRUE(options.PressAndRead(IDOK, L"The settings could not be saved."));
-  CloseHandle(lock);
+  {
+    const HeldFile lock(settings);
+    EXPECT_TRUE(options.PressAndRead(IDOK, L"The settings could not be saved."));
+  }
   EXPECT_EQ(ReadBytes(settings), "[General]\r\nTipBox=1\r\n");
   PostMessageW(options.window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(options.Control(cmdApply)),
                TRUE);
   program.PressKey(options.Control(cmdApply), VK_SPACE);
   ASSERT_TRUE(Await([&] { return !options.IsEnabled(cmdApply); }));
-  GUITHREADINFO thread{};
-  thread.cbSize = sizeof thread;
-  ASSERT_TRUE(GetGUIThreadInfo(GetWindowThreadProcessId(options.window(), nullptr), &thread));
-  EXPECT_TRUE(IsWindowEnabled(thread.hwndFocus)) << "Apply leaves the keyboard somewhere";
+  EXPECT_TRUE(IsWindowEnabled(FocusOf(options.window()))) << "Apply leaves the keyboard somewhere";
   EXPECT_EQ(TextOf(options.Control(lblRunEntry)), L"");
   EXPECT_NE(ReadBytes(settings).find("TipBox=0\r\n"), std::string::npos);
   EXPECT_NE(RunEntry().find(L"quellix.exe\" -S"), std::wstring::npos);
 }
 
 TEST_F(FrmOptionsTest, WhatIsChosenInADialogArrivesInItsField) {
-  const std::filesystem::path chosen = L"C:\\quellix-tests\\br\u00F6wse",
-                              own = L"C:\\quellix-tests\\own";  // no backups are kept where cleaned
+  const fs::path chosen = L"C:\\quellix-tests\\br\u00F6wse",
+                 own = L"C:\\quellix-tests\\own";  // no backups are kept where cleaned
   WriteBytes(chosen / "chosen.txt", "1");
-  std::filesystem::create_directories(own);
+  fs::create_directories(own);
   const QuellixWindow program;
   const OptionsWindow options(program);
-  ASSERT_TRUE(options.window());
   const auto file = [&](HWND dialog) {
     ASSERT_TRUE(Await(
         [&] { return GetDlgItem(dialog, kFileName) || GetDlgItem(dialog, kFileNameWithoutList); }));
@@ -360,8 +342,7 @@ TEST_F(FrmOptionsTest, WhatIsChosenInADialogArrivesInItsField) {
       {"ignored folders", OptionsPage::kIgnoredFolders, cmdBrowse, txtEntry,
        chosen.wstring() + L"\\"},
       {"own files", OptionsPage::kUserFiles, cmdBrowse, txtEntry, chosen / L"chosen.txt"},
-      {"own folders", OptionsPage::kUserFolders, cmdBrowse, txtEntry, own.wstring() + L"\\"},
-  };
+      {"own folders", OptionsPage::kUserFolders, cmdBrowse, txtEntry, own.wstring() + L"\\"}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
     options.GoTo(row.page);
@@ -384,7 +365,6 @@ TEST_F(FrmOptionsTest, WhatIsChosenInADialogArrivesInItsField) {
   EXPECT_EQ(TextOf(options.Control(txtBackupHint)), chosen.wstring() + L"\\");
   Press(options.Control(cmdBackups));
   const HWND backups = program.AwaitWindow(L"Backups");
-  ASSERT_TRUE(backups);
   EXPECT_FALSE(IsWindowEnabled(options.window()));
   ASSERT_TRUE(CloseAndAwait(backups));
   EXPECT_TRUE(Await([&] { return IsWindowEnabled(options.window()) != FALSE; }));

@@ -8,7 +8,6 @@
 #include <fstream>
 #include <iterator>
 #include <span>
-#include <stdexcept>
 
 #include <commctrl.h>
 #include <shlobj.h>
@@ -24,8 +23,7 @@ constexpr wchar_t kMenuClass[] = L"#32768";
 
 // These tests empty folders of the user who runs them, so they start only where that user is made
 // up: in a prefix that says so and from which no drive leads out.
-class SandboxGuard : public ::testing::Environment {
- public:
+struct SandboxGuard : testing::Environment {
   void SetUp() override {
     wchar_t value[4] = {};
     GetEnvironmentVariableW(L"QUELLIX_SANDBOX", value, 4);
@@ -36,7 +34,7 @@ class SandboxGuard : public ::testing::Environment {
     std::_Exit(2);
   }
 };
-const auto* const kGuard = ::testing::AddGlobalTestEnvironment(new SandboxGuard);
+const auto* const kGuard = testing::AddGlobalTestEnvironment(new SandboxGuard);
 
 struct Search {
   DWORD process;
@@ -106,9 +104,9 @@ void PostAndAwait(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
 
 }  // namespace
 
-std::filesystem::path ProgramFolder() { return L"C:\\Program Files\\Quellix"; }
+fs::path ProgramFolder() { return L"C:\\Program Files\\Quellix"; }
 
-std::filesystem::path TempFolder() {
+fs::path TempFolder() {
   wchar_t path[MAX_PATH + 1] = {};
   GetTempPathW(MAX_PATH + 1, path);
   return path;
@@ -116,15 +114,15 @@ std::filesystem::path TempFolder() {
 
 void ResetSandbox() {
   for (const char* name : {"Settings.ini", "chkItems.txt"}) {
-    std::filesystem::remove(ProgramFolder() / name);
+    fs::remove(ProgramFolder() / name);
   }
-  for (const auto& entry : std::filesystem::directory_iterator(TempFolder())) {
-    std::filesystem::remove_all(entry.path());
+  for (const auto& entry : fs::directory_iterator(TempFolder())) {
+    fs::remove_all(entry.path());
   }
 }
 
-void WriteBytes(const std::filesystem::path& path, std::string_view bytes) {
-  std::filesystem::create_directories(path.parent_path());
+void WriteBytes(const fs::path& path, std::string_view bytes) {
+  fs::create_directories(path.parent_path());
   if (!Await([&] {
         std::ofstream file(path, std::ios::binary);
         file << bytes;
@@ -134,7 +132,7 @@ void WriteBytes(const std::filesystem::path& path, std::string_view bytes) {
   }
 }
 
-std::string ReadBytes(const std::filesystem::path& path) {
+std::string ReadBytes(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -201,8 +199,8 @@ HWND QuellixWindow::Find(std::wstring_view title, std::wstring_view window_class
 
 HWND QuellixWindow::AwaitWindow(std::wstring_view title) const {
   HWND window = nullptr;
-  Await([&] { return (window = Find(title, {})) != nullptr; });
-  return window;
+  if (Await([&] { return (window = Find(title, {})) != nullptr; })) return window;
+  throw std::runtime_error("no window " + testing::PrintToString(std::wstring(title)));
 }
 
 HWND QuellixWindow::AwaitMessage(std::wstring_view part) const {
@@ -402,7 +400,7 @@ void CheckKeys(HWND parent, const std::set<HWND>& reached, std::set<wchar_t>& le
     if (!IsWindowVisible(at)) continue;
     if (IsOfClass(at, kDialogClass)) CheckKeys(at, reached, letters);
     const std::wstring text = TextOf(at);
-    SCOPED_TRACE(::testing::PrintToString(text) + " " + std::to_string(GetDlgCtrlID(at)));
+    SCOPED_TRACE(testing::PrintToString(text) + " " + std::to_string(GetDlgCtrlID(at)));
     const LRESULT code = SendMessageW(at, WM_GETDLGCODE, 0, 0);
     const bool is_told_of = (code & (DLGC_STATIC | DLGC_RADIOBUTTON)) != 0 ||
                             IsOfClass(at, PROGRESS_CLASSW) || IsOfClass(at, kDialogClass);
@@ -428,14 +426,14 @@ size_t ExpectKeys(HWND window, std::set<wchar_t> letters) {
 
 void AwaitInput(HWND control) {
   if (Await([&] { return TakesInput(control); })) return;
-  ADD_FAILURE() << "cannot be used: " << ::testing::PrintToString(TextOf(control));
+  ADD_FAILURE() << "cannot be used: " << testing::PrintToString(TextOf(control));
 }
 
 HWND AwaitControl(HWND window, int id) {
   HWND control = nullptr;
   if (!Await([&] { return (control = GetDlgItem(window, id)) && TakesInput(control); })) {
     ADD_FAILURE() << "cannot be used: control " << id << " of "
-                  << ::testing::PrintToString(TextOf(window));
+                  << testing::PrintToString(TextOf(window));
   }
   return control;
 }
@@ -451,25 +449,23 @@ void Press(HWND button) {
   PostAndAwait(button, BM_CLICK, 0, 0);
 }
 
+HWND FocusOf(HWND window) {
+  GUITHREADINFO thread{};
+  thread.cbSize = sizeof thread;
+  GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
+  return thread.hwndFocus;
+}
+
 bool AwaitFocus(HWND window, int control) {
-  return Await([&] {
-    GUITHREADINFO thread{};
-    thread.cbSize = sizeof thread;
-    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread);
-    return thread.hwndFocus && thread.hwndFocus == GetDlgItem(window, control);
-  });
+  return Await([&] { return FocusOf(window) && FocusOf(window) == GetDlgItem(window, control); });
 }
 
 void PressKeys(HWND window, const std::vector<WORD>& keys) {
   EXPECT_TRUE(Await([&] {
     SetForegroundWindow(window);
-    GUITHREADINFO thread{};
-    thread.cbSize = sizeof thread;
-    return GetForegroundWindow() == window &&
-           GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread) &&
-           thread.hwndFocus && GetAncestor(thread.hwndFocus, GA_ROOT) == window;
+    return GetForegroundWindow() == window && GetAncestor(FocusOf(window), GA_ROOT) == window;
   })) << "does not come to the front: "
-      << ::testing::PrintToString(TextOf(window));
+      << testing::PrintToString(TextOf(window));
   std::vector<INPUT> strokes;
   for (const DWORD flags : {DWORD{0}, DWORD{KEYEVENTF_KEYUP}}) {
     for (const WORD key : keys) {

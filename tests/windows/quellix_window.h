@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,13 +13,15 @@
 
 namespace quellix::test {
 
+namespace fs = std::filesystem;
+
 // The sandbox's files, by what they are. Reset puts them back to a first start.
-std::filesystem::path ProgramFolder();
-std::filesystem::path TempFolder();
+fs::path ProgramFolder();
+fs::path TempFolder();
 void ResetSandbox();
 // Waits while another program has the file open.
-void WriteBytes(const std::filesystem::path& path, std::string_view bytes);
-std::string ReadBytes(const std::filesystem::path& path);
+void WriteBytes(const fs::path& path, std::string_view bytes);
+std::string ReadBytes(const fs::path& path);
 
 // Waits until the condition holds; false when it never does.
 bool Await(const std::function<bool()>& condition);
@@ -64,7 +67,7 @@ class QuellixWindow : public QuellixProcess {
   explicit QuellixWindow(std::wstring_view arguments = {});
 
   HWND main() const { return main_; }
-  // A visible window of the program, by title or class; null when it does not appear.
+  // A visible window of the program, by its title; throws when it does not appear.
   HWND AwaitWindow(std::wstring_view title) const;
   // A message box or other dialog that shows a text which holds `part`; null when it does not
   // appear.
@@ -113,7 +116,25 @@ class QuellixWindow : public QuellixProcess {
   HWND main_ = nullptr;
 };
 
+// A file that is open for as long as this lives; nobody may write or remove it, or, without
+// sharing, read it.
+class HeldFile {
+ public:
+  explicit HeldFile(const fs::path& path, DWORD share = FILE_SHARE_READ)
+      : file_(CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr)) {
+    if (file_ == INVALID_HANDLE_VALUE) throw std::runtime_error("cannot hold " + path.string());
+  }
+  ~HeldFile() { CloseHandle(file_); }
+  HeldFile(const HeldFile&) = delete;
+  HeldFile& operator=(const HeldFile&) = delete;
+
+ private:
+  HANDLE file_;
+};
+
 std::wstring TextOf(HWND control);
+// What has the keyboard in the program of a window; null for nothing.
+HWND FocusOf(HWND window);
 
 // By the number of a control in a window.
 std::wstring Shown(HWND window, int id);

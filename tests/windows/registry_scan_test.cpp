@@ -15,10 +15,9 @@ bool HasDll(const std::wstring& name) {
                       nullptr) == ERROR_SUCCESS;
 }
 
-std::filesystem::path BackupFolder() { return ProgramFolder() / "Backup"; }
+fs::path BackupFolder() { return ProgramFolder() / "Backup"; }
 
-class RegistryScanWindowTest : public ::testing::Test {
- protected:
+struct RegistryScanWindowTest : testing::Test {
   void SetUp() override {
     ResetSandbox();
     Clear();
@@ -28,7 +27,7 @@ class RegistryScanWindowTest : public ::testing::Test {
   static void Clear() {
     for (const wchar_t* key : {kDlls, kApps}) RegDeleteTreeW(HKEY_LOCAL_MACHINE, key);
     RegDeleteTreeW(HKEY_CURRENT_USER, kOwn);
-    std::filesystem::remove_all(BackupFolder());
+    fs::remove_all(BackupFolder());
   }
   static void SeedDlls(int count) {
     for (DWORD i = 1; i <= static_cast<DWORD>(count); ++i) {
@@ -71,7 +70,6 @@ TEST_F(RegistryScanWindowTest, TheScanStartsByItselfAndWhatIsTickedGoes) {
                   &uses, sizeof(uses));
   const QuellixWindow quellix;
   const HWND window = Open(quellix, mnuOrphanedDLL, L"Orphaned Shared DLLs");
-  ASSERT_TRUE(window);
   ASSERT_TRUE(AwaitStatus(window, L"20 entries, 20 with missing files, 0 with zero usage count"));
   EXPECT_FALSE(IsScanning(window));
   const HWND list = GetDlgItem(window, lstvOrphanedDLL);
@@ -84,14 +82,12 @@ TEST_F(RegistryScanWindowTest, TheScanStartsByItselfAndWhatIsTickedGoes) {
   PressIn(window, cmdDelete);
   ASSERT_TRUE(AwaitStatus(window, L"2 entries, 1 with missing files, 0 with zero usage count"));
   EXPECT_EQ(quellix.RowText(list, 0, 1), kept);
-  EXPECT_TRUE(HasDll(kept));
-  EXPECT_FALSE(std::filesystem::is_empty(BackupFolder()));
+  EXPECT_TRUE(HasDll(kept) && !fs::is_empty(BackupFolder()));
   quellix.PressKey(list, VK_ESCAPE);
   EXPECT_TRUE(AwaitGone(window));
 
   // Back from the Backups window.
   const HWND backups = Open(quellix, mnuBackups, L"Backups");
-  ASSERT_TRUE(backups);
   EXPECT_EQ(quellix.RowText(GetDlgItem(backups, lstvArchives), 0, 0), L"Registry");
   PressIn(backups, cmdRestoreAll);
   EXPECT_TRUE(
@@ -103,7 +99,6 @@ TEST_F(RegistryScanWindowTest, StopAndClosingEndAScan) {
   SeedDlls(kMany);
   const QuellixWindow quellix;
   const HWND window = Open(quellix, mnuOrphanedDLL, L"Orphaned Shared DLLs");
-  ASSERT_TRUE(window);
   ASSERT_TRUE(AwaitEnabled(window, cmdStop));
   EXPECT_TRUE(Await([&] { return !IsEnabled(window, cmdDelete); }));
   PressIn(window, cmdStop);
@@ -113,7 +108,6 @@ TEST_F(RegistryScanWindowTest, StopAndClosingEndAScan) {
   // A window closed in the middle of its scan takes nothing down with it.
   SendMessageW(window, WM_CLOSE, 0, 0);
   const HWND again = Open(quellix, mnuOrphanedDLL, L"Orphaned Shared DLLs");
-  ASSERT_TRUE(again);
   ASSERT_TRUE(AwaitEnabled(again, cmdStop));
   PostMessageW(again, WM_CLOSE, 0, 0);
   ASSERT_TRUE(AwaitGone(again));
@@ -128,7 +122,6 @@ TEST_F(RegistryScanWindowTest, AnApplicationPathIsEditedAndItsKeyDeleted) {
   const QuellixWindow quellix;
   const wchar_t* const title = L"Orphaned application path references";
   const HWND window = Open(quellix, mnuOrphanedApplicationPath, title);
-  ASSERT_TRUE(window);
   ASSERT_TRUE(AwaitStatus(window, L"2 entries, 2 orphaned"));
   const HWND list = GetDlgItem(window, lstvInvalid);
   PressIn(window, cmdEdit);
@@ -139,7 +132,6 @@ TEST_F(RegistryScanWindowTest, AnApplicationPathIsEditedAndItsKeyDeleted) {
     ASSERT_TRUE(SelectFirst(quellix, list));
     PressIn(window, cmdEdit);
     const HWND dialog = quellix.AwaitWindow(L"Edit application path");
-    ASSERT_TRUE(dialog);
     EXPECT_EQ(Shown(dialog, lblAppPath), edited);
     EXPECT_EQ(Shown(dialog, txtPath), L"C:\\qx none\\" + edited);
     Type(dialog, txtPath, L"C:\\windows");
@@ -159,7 +151,6 @@ TEST_F(RegistryScanWindowTest, ThoroughReferencesAreShownInFullAndSorted) {
   }
   const QuellixWindow quellix;
   const HWND window = Open(quellix, mnuOrphanedFilePath, L"Orphaned File/Path Reference");
-  ASSERT_TRUE(window);
   const HWND list = GetDlgItem(window, lstvInvalid);
   ASSERT_TRUE(AwaitStatus(window, L" invalid references"));
   Click(window, chkThorough);

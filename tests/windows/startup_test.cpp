@@ -13,23 +13,9 @@ namespace {
 
 constexpr wchar_t kTipStore[] = L"Software\\VB and VBA Program Settings\\kvmo\\Settings";
 
-class UniqueFile {
- public:
-  // Nobody else may open it meanwhile.
-  explicit UniqueFile(const std::filesystem::path& path)
-      : file_(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr)) {}
-  ~UniqueFile() { CloseHandle(file_); }
-  UniqueFile(const UniqueFile&) = delete;
-  UniqueFile& operator=(const UniqueFile&) = delete;
-
- private:
-  HANDLE file_;
-};
-
 constexpr UINT kTrayMessage = WM_APP + 1;
 
-class StartupTest : public ::testing::Test {
- protected:
+struct StartupTest : testing::Test {
   void SetUp() override {
     ResetSandbox();
     RegDeleteKeyW(HKEY_CURRENT_USER, kTipStore);
@@ -46,7 +32,7 @@ class StartupTest : public ::testing::Test {
     WriteSettings("DelMethod=W\r\n");
     WriteBytes(junk_, std::string(4 << 20, 'x'));
   }
-  bool HasJunk() const { return std::filesystem::exists(junk_); }
+  bool HasJunk() const { return fs::exists(junk_); }
   static HWND HiddenWindow() { return FindWindowW(L"ThunderRT6Main", L"Quellix"); }
   // The end of a program that was started to run hidden, watched for windows.
   static std::optional<DWORD> EndUnseen(const QuellixProcess& process) {
@@ -57,7 +43,7 @@ class StartupTest : public ::testing::Test {
     return process.AwaitExitCode();
   }
 
-  const std::filesystem::path junk_ = TempFolder() / "junk.tmp";
+  const fs::path junk_ = TempFolder() / "junk.tmp";
 };
 
 TEST_F(StartupTest, ASecondCopyBringsTheFirstForward) {
@@ -76,15 +62,13 @@ TEST_F(StartupTest, ASecondCopyBringsTheFirstForward) {
     ShowWindow(window.main(), row.state);
     const QuellixProcess second;
     EXPECT_EQ(second.AwaitExitCode(), DWORD{0});
-    EXPECT_TRUE(IsWindowVisible(window.main()));
-    EXPECT_FALSE(IsIconic(window.main()));
+    EXPECT_TRUE(IsWindowVisible(window.main()) && !IsIconic(window.main()));
     EXPECT_TRUE(Await([&] { return GetForegroundWindow() == window.main(); }));
   }
   ShowWindow(window.main(), SW_MINIMIZE);
   const QuellixProcess hidden(L"-h");
   EXPECT_EQ(EndUnseen(hidden), DWORD{0});
-  EXPECT_TRUE(IsIconic(window.main()));
-  EXPECT_TRUE(HasJunk());
+  EXPECT_TRUE(IsIconic(window.main()) && HasJunk());
   PostMessageW(owner, WM_CLOSE, 0, 0);
   EXPECT_TRUE(window.AwaitEnd());
 }
@@ -105,21 +89,21 @@ TEST_F(StartupTest, OfCopiesStartedTogetherOneStays) {
 
 TEST_F(StartupTest, AHiddenRunEndsWithItsOutcome) {
   {
-    const UniqueFile in_use(junk_);
+    const HeldFile in_use(junk_, 0);
     const QuellixProcess stayed(L"-h");
     EXPECT_EQ(EndUnseen(stayed), DWORD{3});
   }
   WriteSettings("");
   for (const char* name : {"Settings.ini", "chkItems.txt"}) {
-    const UniqueFile unreadable(ProgramFolder() / name);
+    const HeldFile unreadable(ProgramFolder() / name, 0);
     const QuellixProcess failed(L"-h");
     EXPECT_EQ(EndUnseen(failed), DWORD{1}) << name;
     EXPECT_TRUE(HasJunk());
   }
-  std::filesystem::rename(ProgramFolder() / "tips.txt", ProgramFolder() / "tips.old");
+  fs::rename(ProgramFolder() / "tips.txt", ProgramFolder() / "tips.old");
   const QuellixProcess done(L"-h");
   EXPECT_EQ(EndUnseen(done), DWORD{0});
-  std::filesystem::rename(ProgramFolder() / "tips.old", ProgramFolder() / "tips.txt");
+  fs::rename(ProgramFolder() / "tips.old", ProgramFolder() / "tips.txt");
   EXPECT_FALSE(HasJunk());
 }
 
@@ -157,12 +141,10 @@ TEST_F(StartupTest, SwitchesThatShowTheWindowCleanWhenTheyShould) {
     const wchar_t* arguments;
     const char* settings;
     bool cleans;
-  } kRows[] = {
-      {"start", L"", "StartupClean=1\r\n", false},
-      {"with Windows", L"-S", "", false},
-      {"with Windows, cleaning", L"-S", "StartupClean=1\r\n", true},
-      {"clean now", L"-c", "", true},
-  };
+  } kRows[] = {{"start", L"", "StartupClean=1\r\n", false},
+               {"with Windows", L"-S", "", false},
+               {"with Windows, cleaning", L"-S", "StartupClean=1\r\n", true},
+               {"clean now", L"-c", "", true}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
     WriteSettings(row.settings);
@@ -182,14 +164,13 @@ TEST_F(StartupTest, NothingIsCleanedUnaskedWhileTheSettingsCannotBeRead) {
     SCOPED_TRACE(name);
     const std::string before = ReadBytes(ProgramFolder() / name);
     {
-      const UniqueFile unreadable(ProgramFolder() / name);
+      const HeldFile unreadable(ProgramFolder() / name, 0);
       const QuellixWindow window(L"-c");
       ASSERT_TRUE(window.Answer(L"could not be read", IDOK));
       ASSERT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));
       window.Choose(mnuAbout);
       EXPECT_TRUE(window.AwaitWindow(L"About Quellix"));  // not while a run is in progress
-      EXPECT_FALSE(window.HasWindow(L"Cleaning log"));
-      EXPECT_TRUE(window.Close());
+      EXPECT_TRUE(!window.HasWindow(L"Cleaning log") && window.Close());
     }
     EXPECT_TRUE(HasJunk());
     EXPECT_EQ(ReadBytes(ProgramFolder() / name), before);
@@ -212,11 +193,11 @@ TEST_F(StartupTest, TipsGoOnFromTheLastOneShownAndAMissingFileIsTold) {
     EXPECT_NE(Shown(window.main(), txtTip), L"");
     EXPECT_NE(Shown(window.main(), txtTip), second);
   }
-  std::filesystem::rename(ProgramFolder() / "tips.txt", ProgramFolder() / "tips.old");
+  fs::rename(ProgramFolder() / "tips.txt", ProgramFolder() / "tips.old");
   const QuellixWindow window;
   const bool is_told = window.Answer(
       L"A file needed is missing. Re-installing this application may fix this problem.\n", IDOK);
-  std::filesystem::rename(ProgramFolder() / "tips.old", ProgramFolder() / "tips.txt");
+  fs::rename(ProgramFolder() / "tips.old", ProgramFolder() / "tips.txt");
   EXPECT_TRUE(is_told);
   EXPECT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));
   EXPECT_FALSE(IsWindowVisible(window.Control(txtTip)));
@@ -238,7 +219,6 @@ TEST_F(StartupTest, ARunThatIsDueWaitsForWindowsAndMenus) {
   };
   window.Choose(mnuBackups);
   const HWND backups = window.AwaitWindow(L"Backups");
-  ASSERT_TRUE(backups);
   ASSERT_TRUE(Await(is_next_minute) || Await(is_next_minute));
   EXPECT_TRUE(tick() && HasJunk());
   SendMessageW(backups, WM_CLOSE, 0, 0);
@@ -317,8 +297,7 @@ TEST_F(StartupTest, TheIconOpensCleansAndExits) {
   EXPECT_FALSE(IsWindowVisible(main));
   SendMessageW(log, WM_CLOSE, 0, 0);
   choose(L'x');
-  EXPECT_TRUE(window.AwaitEnd());
-  EXPECT_FALSE(HasTrayIcon(main));
+  EXPECT_TRUE(window.AwaitEnd() && !HasTrayIcon(main));
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace quellix {
@@ -39,12 +38,5 @@ struct Change {
 
 // In the order they were asked for.
 using ChangeLog = std::vector<Change>;
-
-// Whether something goes by the change.
-bool IsRemoval(ChangeKind kind);
-// What goes, in one or two words: "File", "Registry value".
-std::string_view KindText(ChangeKind kind);
-// Where it is, on one line.
-std::string PlaceText(const Change& change);
 
 }  // namespace quellix

@@ -1,10 +1,8 @@
-#include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 
 #include "contract/error_kind.h"
@@ -16,15 +14,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class VolumeFiles : public testing::Test {
- protected:
+struct VolumeFiles : testing::Test {
   void Put(const std::string& name, const std::string& bytes = "x") {
     fs::create_directories(fs::path(Native(name)).parent_path());
     WriteNative(Native(name), bytes);
   }
   std::string Native(const std::string& name) const { return folder_.path() + "/" + name; }
-  std::vector<std::string> Names(std::string_view folder) {
-    std::vector<std::string> names;
+  Names NamesIn(std::string_view folder) {
+    Names names;
     files_.Enumerate(folder, Detail::kKind, [&names](const Entry& entry) {
       names.emplace_back(entry.name);
       return true;
@@ -65,7 +62,7 @@ TEST_F(VolumeFiles, NamesWindowsCannotHaveAreNeverTakenForOthers) {
   Put("Temp/a/b", "even");
   Put("Temp/what?", "");
   Put("Temp/a:b", "");
-  EXPECT_EQ(Names("C:\\Temp"), std::vector<std::string>{"a"});
+  EXPECT_EQ(NamesIn("C:\\Temp"), Names{"a"});
   EXPECT_EQ(files_.ReadWholeFile("C:\\Temp\\a\\b"), "even");
   EXPECT_TRUE(KindOf([this] { files_.WriteWholeFile("C:\\Temp\\new?", ""); }));
 }
@@ -86,7 +83,7 @@ TEST_F(VolumeFiles, PathsCannotClimbOut) {
     EXPECT_TRUE(KindOf([&] { files_.RemoveFile(path); }));
     EXPECT_TRUE(KindOf([&] { files_.WriteWholeFile(path, ""); }));
   }
-  EXPECT_EQ(Names("C:\\inside"), std::vector<std::string>{"a.txt"});
+  EXPECT_EQ(NamesIn("C:\\inside"), Names{"a.txt"});
   EXPECT_TRUE(files_.Look("c:\\inside\\\\a.txt")) << "a doubled separator is one, as on Windows";
 }
 
@@ -145,14 +142,12 @@ TEST_F(VolumeFiles, NamesAreFoundInAnyCaseWhateverHappensMeanwhile) {
   folder->Open("Second", OpenMode::kCreateNew);
   EXPECT_EQ(KindOf([&] { folder->Open("SECOND", OpenMode::kCreateNew); }), Error::Kind::kExists);
   folder->Rename("second", "Third", IfThere::kFail);
-  EXPECT_TRUE(folder->Look("THIRD"));
-  EXPECT_FALSE(folder->Look("SECOND"));
+  EXPECT_TRUE(folder->Look("THIRD") && !folder->Look("SECOND"));
   folder->Rename("THIRD", "first", IfThere::kReplace);
-  EXPECT_EQ(Names("C:\\Temp"), std::vector<std::string>{"First"});
+  EXPECT_EQ(NamesIn("C:\\Temp"), Names{"First"});
   EXPECT_EQ(ReadNative(Native("Temp/First")), "");
   fs::rename(Native("Temp/First"), Native("Temp/Fourth"));
-  EXPECT_FALSE(folder->Look("FIRST"));
-  EXPECT_TRUE(folder->Look("FOURTH"));
+  EXPECT_TRUE(!folder->Look("FIRST") && folder->Look("FOURTH"));
   folder->CreateFolder("Fifth");
   EXPECT_TRUE(folder->OpenFolder("FIFTH"));
   EXPECT_EQ(KindOf([&] { folder->Rename("fourth", "fifth", IfThere::kReplace); }),
@@ -164,7 +159,7 @@ TEST_F(VolumeFiles, PipesAreRemovedButNeverOpened) {
   EXPECT_TRUE(KindOf([this] { files_.ReadWholeFile("C:\\pipe"); }));
   EXPECT_TRUE(KindOf([this] { files_.Open("C:\\pipe", OpenMode::kWrite); }));
   files_.RemoveFile("C:\\pipe");
-  EXPECT_TRUE(Names("C:\\").empty());
+  EXPECT_TRUE(NamesIn("C:\\").empty());
 }
 
 TEST_F(VolumeFiles, AttributesComeFromWhereTheyAreKept) {
@@ -182,20 +177,17 @@ TEST_F(VolumeFiles, AttributesComeFromWhereTheyAreKept) {
   std::string binary(20, '\0');
   binary[2] = binary[4] = 3;
   binary[12] = 0x27;
-  const struct {
-    const char* row;
-    std::string stored;
-    uint32_t attributes;
-  } kRows[] = {{"text", "0x22", kArchive | kHidden},
-               {"text with its NUL", std::string("0x6\0", 4), kHidden | kSystem},
-               {"binary", binary, kArchive | kSystem | kHidden | kReadOnly},
-               {"neither", "nonsense", 0},
-               {"empty", "", 0},
-               {"short binary", binary.substr(0, 13), 0}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
-    ASSERT_TRUE(set(row.stored));
-    EXPECT_EQ(Attributes("C:\\file"), row.attributes);
+  const std::tuple<const char*, std::string, uint32_t> kRows[] = {
+      {"text", "0x22", kArchive | kHidden},
+      {"text with its NUL", std::string("0x6\0", 4), kHidden | kSystem},
+      {"binary", binary, kArchive | kSystem | kHidden | kReadOnly},
+      {"neither", "nonsense", 0},
+      {"empty", "", 0},
+      {"short binary", binary.substr(0, 13), 0}};
+  for (const auto& [what, stored, attributes] : kRows) {
+    SCOPED_TRACE(what);
+    ASSERT_TRUE(set(stored));
+    EXPECT_EQ(Attributes("C:\\file"), attributes);
   }
   ASSERT_TRUE(set(binary));
   files_.SetAttributes("C:\\file", kHidden);
@@ -225,12 +217,11 @@ TEST_F(VolumeFiles, ReplacingAFileKeepsItsModeAndAttributes) {
   EXPECT_EQ(static_cast<int>(fs::status(Native("file")).permissions()), 0640);
   fs::create_hard_link(Native("file"), Native("second"));
   files_.OpenFolder("C:\\")->Rename("second", "file", IfThere::kReplace);
-  EXPECT_EQ(Names("C:\\"), std::vector<std::string>{"file"}) << "one file by two names";
+  EXPECT_EQ(NamesIn("C:\\"), Names{"file"}) << "one file by two names";
 }
 
 // A disk of 64 KB, where the system lets us have one.
-class FullDisk : public VolumeFiles {
- protected:
+struct FullDisk : VolumeFiles {
   void SetUp() override {
     fs::create_directory(Native("disk"));
     mounted_ = mount("quellix", Native("disk").c_str(), "tmpfs", 0, "size=64k") == 0;
@@ -242,7 +233,6 @@ class FullDisk : public VolumeFiles {
     if (mounted_) umount(Native("disk").c_str());
   }
 
- private:
   bool mounted_ = false;
 };
 
@@ -251,7 +241,7 @@ TEST_F(FullDisk, TheOldFileStays) {
   const std::string large(100 << 10, 'x');
   EXPECT_EQ(KindOf([&] { files_.WriteWholeFile("D:\\Settings.ini", large); }), Error::Kind::kFull);
   EXPECT_EQ(files_.ReadWholeFile("D:\\Settings.ini"), "old");
-  EXPECT_EQ(Names("D:\\"), std::vector<std::string>{"Settings.ini"});
+  EXPECT_EQ(NamesIn("D:\\"), Names{"Settings.ini"});
 }
 
 TEST_F(FullDisk, TheOldHiveStays) {
@@ -266,7 +256,7 @@ TEST_F(FullDisk, TheOldHiveStays) {
     EXPECT_EQ(KindOf([&] { key->Flush(); }), Error::Kind::kFull);
   }
   EXPECT_EQ(ReadNative(Native("disk/HIVE")), EmptyHive());
-  EXPECT_EQ(Names("D:\\"), std::vector<std::string>{"HIVE"});
+  EXPECT_EQ(NamesIn("D:\\"), Names{"HIVE"});
 }
 
 }  // namespace

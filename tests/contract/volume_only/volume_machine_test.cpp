@@ -1,8 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <filesystem>
 
 #include "contract/error_kind.h"
+#include "platform/preview/preview_machine.h"
 #include "support/hive_file.h"
 #include "support/volume_seed.h"
 
@@ -33,23 +32,20 @@ TEST(VolumeMachineTest, SaysWhatItCannotOpen) {
   no_user.user = "Nobody";
   named.user = "äRGERLICH";
   taken.drives['C'] = empty.path();
-  const struct {
-    const char* row;
-    VolumeOptions options;
-    std::vector<std::string> parts;
-  } kRows[] = {{"no Windows", no_windows, {"no Windows", empty.path()}},
-               {"no folder", no_folder, {empty.path() + "/missing"}},
-               {"no such user", no_user, {"Nobody", kTesterName, "Ärgerlich"}},
-               {"several users", good, {"several users", kTesterName, "Ärgerlich"}},
-               {"drive twice", taken, {"C:"}},
-               {"named in any case", named, {"(opened)"}}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
-    const std::string said = Refusal(row.options);
-    for (const std::string& part : row.parts) EXPECT_NE(said.find(part), said.npos) << said;
+  const std::tuple<const char*, VolumeOptions, Names> kRows[] = {
+      {"no Windows", no_windows, {"no Windows", empty.path()}},
+      {"no folder", no_folder, {empty.path() + "/missing"}},
+      {"no such user", no_user, {"Nobody", kTesterName, "Ärgerlich"}},
+      {"several users", good, {"several users", kTesterName, "Ärgerlich"}},
+      {"drive twice", taken, {"C:"}},
+      {"named in any case", named, {"(opened)"}}};
+  for (const auto& [what, options, parts] : kRows) {
+    SCOPED_TRACE(what);
+    const std::string said = Refusal(options);
+    for (const std::string& part : parts) EXPECT_TRUE(Holds(said, part));
   }
   WriteNative(good.volume + "/Windows/System32/config/SOFTWARE", "broken");
-  EXPECT_NE(Refusal(named).find("damaged"), std::string::npos);
+  EXPECT_TRUE(Holds(Refusal(named), "damaged"));
 }
 
 TEST(VolumeMachineTest, UsersWithoutAListAreTakenFromTheFolders) {
@@ -125,6 +121,17 @@ TEST(VolumeSystemTest, LocaleVersionAndCodePageComeFromTheRegistry) {
   test->SetText(RegistryRoot::kLocalMachine, "SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage",
                 "ACP", "1251");
   EXPECT_EQ(system.FromAnsi("\xCC\xE8\xF0 \x98!"), "Мир \uFFFD!");
+}
+
+TEST(VolumePreviewTest, OfNamesThatDifferInCaseAloneOneGoes) {
+  const auto test = VolumeTestMachine::CreateVolume();
+  for (const char* name : {"a.txt", "A.TXT"}) WriteNative(test->Native("C:\\") + name, name);
+  PreviewMachine preview(test->machine());
+  FileSystem& files = preview.machine().files;
+  files.RemoveFile("C:\\a.txt");
+  EXPECT_TRUE(!files.Look("C:\\a.txt") && files.Look("C:\\A.TXT"));
+  files.RemoveFile("C:\\A.TXT");
+  EXPECT_FALSE(files.Look("C:\\A.TXT"));
 }
 
 TEST(VolumeMachineTest, NobodyIsLoggedOnToAVolume) {

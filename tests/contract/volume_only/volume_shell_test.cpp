@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "contract/error_kind.h"
 #include "platform/text.h"
 #include "support/hive_file.h"
@@ -8,8 +6,7 @@
 namespace quellix {
 namespace {
 
-class VolumeBin : public testing::Test {
- protected:
+struct VolumeBin : testing::Test {
   std::string Content(const std::string& name) { return ReadNative(test_->Native(bin_ + name)); }
   std::string IndexName() {
     for (const std::string& name : test_->Tree(bin_)) {
@@ -41,7 +38,7 @@ TEST_F(VolumeBin, EntriesAreWrittenAsWindowsReadsThem) {
     EXPECT_EQ(index.size(), is_10 ? 28 + ToUtf16Bytes(path).size() + 2 : 544u);
     EXPECT_EQ(TrimNull(FromUtf16Bytes(index.substr(is_10 ? 28 : 24))), path);
     shell_.EmptyRecycleBin();
-    EXPECT_EQ(test_->Tree(bin_), std::vector<std::string>{"desktop.ini"});
+    EXPECT_EQ(test_->Tree(bin_), Names{"desktop.ini"});
   }
 }
 
@@ -54,8 +51,7 @@ TEST_F(VolumeBin, FoldersInItGoWithoutFollowingLinks) {
   EXPECT_EQ(shell_.QueryRecycleBin().items, 1u);
   EXPECT_EQ(shell_.QueryRecycleBin().bytes, 7u) << "as recorded";
   shell_.EmptyRecycleBin();
-  EXPECT_TRUE(test_->Tree(bin_).empty());
-  EXPECT_TRUE(test_->Exists("C:\\outside\\kept.txt"));
+  EXPECT_TRUE(test_->Tree(bin_).empty() && test_->Exists("C:\\outside\\kept.txt"));
 }
 
 TEST_F(VolumeBin, WhatIsLeftIsSaid) {
@@ -86,7 +82,7 @@ TEST_F(VolumeBin, BinsOfBeforeVistaAreCountedAndEmptied) {
   EXPECT_EQ(shell_.QueryRecycleBin().items, 2u);
   EXPECT_EQ(shell_.QueryRecycleBin().bytes, 7u);
   shell_.EmptyRecycleBin();
-  EXPECT_EQ(test_->Tree(old), std::vector<std::string>{"desktop.ini"});
+  EXPECT_EQ(test_->Tree(old), Names{"desktop.ini"});
   EXPECT_TRUE(test_->Exists(others));
 }
 

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "support/shortcut_bytes.h"
 #include "support/test_machine.h"
 
@@ -12,22 +10,18 @@ TEST(VolumeShortcuts, OnlyWhatAVolumeCanKnowIsGone) {
   test->MakeFolder(scratch + "real");
   test->MakeFolderLink(scratch + "link", scratch + "real");
   FileSystem& files = test->machine().files;
-  struct Row {
-    std::string path;
-    bool gone;
-  };
-  const Row rows[] = {{scratch + "real", false},
-                      {scratch + "REAL\\", false},
-                      {scratch + "none", true},
-                      {scratch + "none\\deeper", true},
-                      {scratch + "link\\none", false},
-                      {scratch + "link", false},
-                      {scratch + "NOSUCH~1\\x", false},
-                      {"%ProgramFiles%\\none", false},
-                      {"Q:\\none", false},
-                      {"\\\\server\\share\\none", false},
-                      {"", true}};
-  for (const Row& row : rows) EXPECT_EQ(files.IsGone(row.path), row.gone) << row.path;
+  const std::pair<std::string, bool> rows[] = {{scratch + "real", false},
+                                               {scratch + "REAL\\", false},
+                                               {scratch + "none", true},
+                                               {scratch + "none\\deeper", true},
+                                               {scratch + "link\\none", false},
+                                               {scratch + "link", false},
+                                               {scratch + "NOSUCH~1\\x", false},
+                                               {"%ProgramFiles%\\none", false},
+                                               {"Q:\\none", false},
+                                               {"\\\\server\\share\\none", false},
+                                               {"", true}};
+  for (const auto& [path, gone] : rows) EXPECT_EQ(files.IsGone(path), gone) << path;
 }
 
 TEST(VolumeShortcuts, WhatOnlyWindowsCanResolveHasNoAnswer) {

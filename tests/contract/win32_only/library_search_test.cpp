@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include "platform/win32/lazy_library.h"
@@ -21,8 +20,7 @@ TEST(LibrarySearch, OnlyTheSystemFolderIsLookedInto) {
   SetDllDirectoryW(Wide(test->Scratch()).c_str());
   EXPECT_TRUE(loads(L"qxplanted.dll"));
   SearchSystemFolderOnly();
-  EXPECT_FALSE(loads(L"qxplanted.dll"));
-  EXPECT_TRUE(loads(L"version.dll"));
+  EXPECT_TRUE(!loads(L"qxplanted.dll") && loads(L"version.dll"));
   LazyLibrary lazy(L"version.dll");
   EXPECT_NO_THROW(lazy.Find<FARPROC>("GetFileVersionInfoSizeW"));
   SetDllDirectoryW(nullptr);

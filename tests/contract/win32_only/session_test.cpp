@@ -1,8 +1,4 @@
-#include <gtest/gtest.h>
 #include <windows.h>
-
-#include <optional>
-#include <vector>
 
 #include "platform/error.h"
 #include "platform/win32/win32_session.h"
@@ -37,8 +33,7 @@ TEST(Win32SessionTest, OneOfSeveralIsTheRunningInstanceUntilItEnds) {
   {
     Win32Session first;
     EXPECT_TRUE(first.ClaimInstance("Quellix test"));
-    EXPECT_FALSE(second.ClaimInstance("Quellix test"));
-    EXPECT_FALSE(second.ClaimInstance("Quellix test"));
+    EXPECT_FALSE(second.ClaimInstance("Quellix test") || second.ClaimInstance("Quellix test"));
     EXPECT_TRUE(second.ClaimInstance("Quellix other test"));
   }
   EXPECT_TRUE(second.ClaimInstance("Quellix test"));

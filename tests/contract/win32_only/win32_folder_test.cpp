@@ -1,29 +1,22 @@
-#include <gtest/gtest.h>
 #include <windows.h>
 // After windows.h, whose types they use.
 #include <aclapi.h>
 
-#include "contract/error_kind.h"
+#include "contract/contract_fixture.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_text.h"
-#include "support/test_machine.h"
 
 namespace quellix {
 namespace {
 
 using Kind = Error::Kind;
 
-class Win32FolderTest : public testing::Test {
- protected:
-  std::string At(std::string_view name) const { return scratch_ + std::string(name); }
+struct Win32FolderTest : ContractFixture {
   UniqueFile Hold(std::string_view name, DWORD access, DWORD share) {
     return UniqueFile(CreateFileW(Wide(At(name)).c_str(), access, share, nullptr, OPEN_EXISTING,
                                   FILE_FLAG_BACKUP_SEMANTICS, nullptr));
   }
 
-  std::unique_ptr<TestMachine> test_ = TestMachine::Create();
-  FileSystem& files_ = test_->machine().files;
-  const std::string scratch_ = test_->Scratch();
   std::unique_ptr<Folder> folder_ = files_.OpenFolder(scratch_);
 };
 
@@ -78,7 +71,7 @@ TEST_F(Win32FolderTest, WhatTheRecycleBinWouldMistakeIsRefusedAndStays) {
       ADD_FAILURE();
     } catch (const Error& error) {
       EXPECT_EQ(error.kind(), kind) << error.what();
-      EXPECT_NE(std::string(error.what()).find(reason), std::string::npos) << error.what();
+      EXPECT_TRUE(Holds(std::string(error.what()), reason)) << error.what();
     }
     EXPECT_EQ(folder.Look(name)->attributes & (kReadOnly | kHidden), kReadOnly | kHidden);
   };

@@ -1,7 +1,5 @@
 #include "browser_tools/cache_list.h"
 
-#include <algorithm>
-
 #include "support/cache_entry_win32.h"
 #include "support/run_fixture.h"
 
@@ -11,8 +9,7 @@ namespace {
 const FILETIME kExpires = {0xDF60E000, 0x01CAC36D};   // 2010-03-14 12:00:00 UTC
 const FILETIME kModified = {0xF68AD800, 0x01CAC343};  // five hours before
 
-class CacheListTest : public RunFixture {
- protected:
+struct CacheListTest : RunFixture {
   CacheListTest() : list(ports) { DeleteEverything(); }
   ~CacheListTest() override { DeleteEverything(); }
 
@@ -24,15 +21,15 @@ class CacheListTest : public RunFixture {
   static void Seed(const std::wstring& source, DWORD type = 0, const std::string& bytes = "data") {
     MakeCacheEntry({.source = source, .type = type, .bytes = bytes});
   }
-  std::vector<std::string> Sources() const {
-    std::vector<std::string> sources;
+  Names Sources() const {
+    Names sources;
     for (size_t row = 0; row < list.RowCount(); ++row) {
       sources.push_back(list.Text(row, CacheColumn::kSource));
     }
     return sources;
   }
-  std::vector<std::string> SortedSources() const {
-    std::vector<std::string> sources = Sources();
+  Names SortedSources() const {
+    Names sources = Sources();
     std::sort(sources.begin(), sources.end());
     return sources;
   }
@@ -49,22 +46,17 @@ class CacheListTest : public RunFixture {
 
 TEST_F(CacheListTest, EachKindListsTheEntriesThatHaveAllItsBits) {
   SeedOneOfEachKind();
-  struct Row {
-    CacheKind kind;
-    std::vector<std::string> sources;
-  };
-  const Row kRows[] = {
+  const std::pair<CacheKind, Names> kRows[] = {
       {CacheKind::kAll,
        {"Cookie:anna@c.example/", "Visited: anna@http://d.example/", "http://a.example/plain",
         "http://b.example/modern"}},
       {CacheKind::kCookies, {"Cookie:anna@c.example/"}},
       {CacheKind::kHistory, {"Visited: anna@http://d.example/"}},
-      {CacheKind::kUrls, {"http://b.example/modern"}},
-  };
-  for (const Row& row : kRows) {
-    list.LoadCacheEntries(row.kind);
-    EXPECT_EQ(SortedSources(), row.sources);
-    EXPECT_EQ(list.Status(), std::to_string(row.sources.size()) + " entries");
+      {CacheKind::kUrls, {"http://b.example/modern"}}};
+  for (const auto& [kind, sources] : kRows) {
+    list.LoadCacheEntries(kind);
+    EXPECT_EQ(SortedSources(), sources);
+    EXPECT_EQ(list.Status(), std::to_string(sources.size()) + " entries");
     EXPECT_EQ(list.problem(), "");
   }
 }
@@ -95,7 +87,7 @@ TEST_F(CacheListTest, EntriesOfEveryShapeAreListedAndDeleted) {
   Seed(L"http://empty.example/", 0, "");
   list.LoadCacheEntries(CacheKind::kAll);
   ASSERT_EQ(list.RowCount(), 4u);
-  const std::vector<std::string> sources = Sources();
+  const Names sources = Sources();
   const size_t at =
       static_cast<size_t>(std::ranges::find(sources, "http://nofile.example/") - sources.begin());
   ASSERT_LT(at, sources.size());
@@ -103,7 +95,7 @@ TEST_F(CacheListTest, EntriesOfEveryShapeAreListedAndDeleted) {
   EXPECT_EQ(list.Text(at, CacheColumn::kSize), "0");
   EXPECT_EQ(std::ranges::count(sources, "http://long.example/" + std::string(2000, 'x')), 1);
   list.DeleteAllListed(kGoOn);
-  EXPECT_EQ(Sources(), std::vector<std::string>{});
+  EXPECT_EQ(Sources(), Names{});
   EXPECT_TRUE(ports.url_cache.Entries().empty());
 }
 
@@ -115,7 +107,7 @@ TEST_F(CacheListTest, OnlyCheckedRowsAreDeleted) {
     if (list.Text(row, CacheColumn::kSource).starts_with("http:")) list.SetChecked(row, false);
   }
   list.DeleteSelected(kGoOn);
-  const std::vector<std::string> kLeft = {"http://a.example/plain", "http://b.example/modern"};
+  const Names kLeft = {"http://a.example/plain", "http://b.example/modern"};
   EXPECT_EQ(SortedSources(), kLeft);
   EXPECT_EQ(list.Status(), "2 entries");
   list.DeleteSelected(kGoOn);
@@ -129,7 +121,7 @@ TEST_F(CacheListTest, WhatIsInUseStaysInTheList) {
   {
     const UsedCacheEntry used(L"http://a.example/plain");
     list.DeleteAllListed(kGoOn);
-    EXPECT_EQ(Sources(), std::vector<std::string>{"http://a.example/plain"});
+    EXPECT_EQ(Sources(), Names{"http://a.example/plain"});
     EXPECT_EQ(list.Status(), "1 entries");
     EXPECT_EQ(ports.url_cache.Entries().size(), 1u);
   }
@@ -149,7 +141,7 @@ TEST_F(CacheListTest, DeletionGoesFromTheLastRowUpAndCanBeStopped) {
   const UsedCacheEntry used(L"http://4.example/");
   int breaths = 0;
   list.DeleteAllListed([&](const Progress&) { return ++breaths > 3; });
-  EXPECT_EQ(Sources(), (std::vector<std::string>{"http://1.example/", "http://4.example/"}));
+  EXPECT_EQ(Sources(), (Names{"http://1.example/", "http://4.example/"}));
 }
 
 TEST_F(CacheListTest, ColumnsSortByWhatTheyMean) {
@@ -157,9 +149,8 @@ TEST_F(CacheListTest, ColumnsSortByWhatTheyMean) {
   Seed(L"http://A.example/", 0, std::string(10, 'x'));
   Seed(L"http://c.example/", 0, std::string(100, 'x'));
   list.LoadCacheEntries(CacheKind::kAll);
-  const std::vector<std::string> kAToC = {"http://A.example/", "http://b.example/",
-                                          "http://c.example/"};
-  const std::vector<std::string> kCToA(kAToC.rbegin(), kAToC.rend());
+  const Names kAToC = {"http://A.example/", "http://b.example/", "http://c.example/"};
+  const Names kCToA(kAToC.rbegin(), kAToC.rend());
   list.Sort(CacheColumn::kSource);  // the first click turns the unsorted list downwards
   EXPECT_TRUE(list.descending());
   EXPECT_EQ(Sources(), kCToA);

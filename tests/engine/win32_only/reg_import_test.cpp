@@ -26,7 +26,7 @@ TEST_F(RegImportTest, TheSystemImportsOurFiles) {
   Picture(kUser, "Qx1", before);
   RegistryUndo undo;
   undo.AddTree(ports.registry, kUser, "Qx1");
-  undo.Store(ports, ports.program_folder + "\\Backup\\");
+  undo.Store(ports, own + "Backup\\");
   machine->RemoveRegistryTree(kUser, "Qx1");
   ASSERT_EQ(std::system(("reg import " + undo.path()).c_str()), 0);
   Picture(kUser, "Qx1", after);

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "platform/win32/win32_text.h"
 #include "support/cache_entry_win32.h"
 #include "support/run_fixture.h"
@@ -7,16 +5,15 @@
 namespace quellix {
 namespace {
 
-class UrlCacheTest : public RunFixture {
- protected:
+struct UrlCacheTest : RunFixture {
   // Returns the entry's file.
   std::string Cache(const std::wstring& source, DWORD type = 0) {
     return Narrow(MakeCacheEntry({.source = source, .type = type}).wstring());
   }
 
   // The sources of this test that are in the cache, sorted.
-  std::vector<std::string> Sources() {
-    std::vector<std::string> sources;
+  Names Sources() {
+    Names sources;
     for (const UrlCacheEntry& entry : ports.url_cache.Entries()) {
       if (entry.source.find("qxtest") != std::string::npos) sources.push_back(entry.source);
     }
@@ -32,19 +29,17 @@ TEST_F(UrlCacheTest, CacheAndCookiesGoApartAndKeptCookiesStay) {
   Cache(L"Visited: tester@http://qxtest.example/", URLHISTORY_CACHE_ENTRY);
   ASSERT_EQ(Sources().size(), 4u);
 
-  engine.RunOneItem(*FindItem("CleanCache"));
+  Clean("CleanCache");
   EXPECT_TRUE(view.report->log.starts_with("Temporary Internet Files (Cache)...\r\n"));
   EXPECT_FALSE(machine->Exists(page));
-  EXPECT_EQ(Sources(), (std::vector<std::string>{"Cookie:tester@qxtest.example/",
-                                                 "Cookie:tester@qxtest.example/kept",
-                                                 "Visited: tester@http://qxtest.example/"}));
+  EXPECT_EQ(Sources(), (Names{"Cookie:tester@qxtest.example/", "Cookie:tester@qxtest.example/kept",
+                              "Visited: tester@http://qxtest.example/"}));
 
-  ports.files.WriteWholeFile(ports.program_folder + "\\ck.txt", UpCase(kept) + "\x01\r\n");
-  engine.RunOneItem(*FindItem("CleanCookies"));
-  EXPECT_EQ(Sources(), (std::vector<std::string>{"Cookie:tester@qxtest.example/kept",
-                                                 "Visited: tester@http://qxtest.example/"}));
-  EXPECT_TRUE(machine->Exists(kept));
-  EXPECT_TRUE(view.criticals.empty());
+  WriteOwn("ck.txt", UpCase(kept) + "\x01\r\n");
+  Clean("CleanCookies");
+  EXPECT_EQ(Sources(),
+            (Names{"Cookie:tester@qxtest.example/kept", "Visited: tester@http://qxtest.example/"}));
+  EXPECT_TRUE(machine->Exists(kept) && view.criticals.empty());
   for (const std::string& source : Sources()) ports.url_cache.Delete(source);
 }
 

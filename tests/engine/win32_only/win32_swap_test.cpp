@@ -36,8 +36,7 @@ class HeldFolder {
 
 // Someone who may write to what is cleaned exchanges a folder of it for one in which links stand
 // for its folders, again and again.
-class Win32SwapTest : public RunFixture {
- protected:
+struct Win32SwapTest : RunFixture {
   static std::string Sub(int folder) { return "\\" + std::to_string(folder); }
   std::string Victim(int folder) const { return scratch + "outside" + Sub(folder); }
 
@@ -69,7 +68,7 @@ class Win32SwapTest : public RunFixture {
 
 TEST_F(Win32SwapTest, NothingOutsideGoesWhileFoldersAreSwappedForLinks) {
   SeedFiles();
-  const std::vector<std::string> outside = machine->Tree(scratch + "outside");
+  const Names outside = machine->Tree(scratch + "outside");
   for (int folder = 0; folder < kFolders; ++folder) {
     machine->MakeFolderLink(planted_ + Sub(folder), Victim(folder));
   }

@@ -1,0 +1,30 @@
+// What tests have in common, and the headers that nearly all of them need.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace quellix {
+
+// What lists are compared with.
+using Names = std::vector<std::string>;
+
+// Whether a text holds a part; a failure shows both.
+inline testing::AssertionResult Holds(std::string_view text, std::string_view part) {
+  const bool holds = text.find(part) != text.npos;
+  return testing::AssertionResult(holds)
+         << "\"" << part << "\" is " << (holds ? "" : "not ") << "in: " << text;
+}
+
+}  // namespace quellix
