@@ -81,6 +81,39 @@ else()
   endif()
 endif()
 
+# Browsers keep what they know in SQLite databases. For Windows it is built from its packaged sources,
+# which scripts/setup puts together, without an operating system below it: its files are the
+# engine's.
+add_library(quellix_sqlite INTERFACE)
+if(WIN32)
+  set(SQLITE_SOURCES ${CMAKE_SOURCE_DIR}/build/sqlite3-source)
+  if(NOT EXISTS ${SQLITE_SOURCES}/sqlite3.h)
+    message(FATAL_ERROR "The sources of SQLite are missing: scripts/setup windows fetches them")
+  endif()
+  set(SQLITE_NO_SYSTEM ${CMAKE_BINARY_DIR}/sqlite/no_system.c)
+  file(CONFIGURE OUTPUT ${SQLITE_NO_SYSTEM}
+       CONTENT "int sqlite3_os_init(void) { return 0; }\nint sqlite3_os_end(void) { return 0; }\n")
+  add_library(sqlite STATIC ${SQLITE_SOURCES}/sqlite3.c ${SQLITE_NO_SYSTEM})
+  target_compile_definitions(sqlite PRIVATE SQLITE_OS_OTHER=1 SQLITE_THREADSAFE=0
+    SQLITE_TEMP_STORE=3 SQLITE_SECURE_DELETE SQLITE_DQS=0 SQLITE_DEFAULT_MEMSTATUS=0
+    SQLITE_OMIT_LOAD_EXTENSION SQLITE_OMIT_SHARED_CACHE SQLITE_OMIT_DEPRECATED SQLITE_OMIT_JSON
+    SQLITE_OMIT_AUTHORIZATION SQLITE_OMIT_TRACE SQLITE_OMIT_DECLTYPE SQLITE_OMIT_DESERIALIZE
+    SQLITE_OMIT_COMPLETE SQLITE_UNTESTABLE)
+  target_compile_options(sqlite PRIVATE -w -Os)
+  target_include_directories(sqlite SYSTEM INTERFACE ${SQLITE_SOURCES})
+  target_link_libraries(quellix_sqlite INTERFACE sqlite)
+else()
+  find_library(SQLITE_LIBRARY sqlite3)
+  find_path(SQLITE_INCLUDE sqlite3.h)
+  if(SQLITE_LIBRARY AND SQLITE_INCLUDE)
+    target_link_libraries(quellix_sqlite INTERFACE ${SQLITE_LIBRARY})
+    target_include_directories(quellix_sqlite SYSTEM INTERFACE ${SQLITE_INCLUDE})
+  else()
+    set(QUELLIX_MACHINE OFF)
+    message(STATUS "No SQLite: only the engine's portable parts and their tests are built")
+  endif()
+endif()
+
 # Without liblnk a volume's shortcuts cannot be read; one of two files stands for both cases.
 if(NOT WIN32)
   find_library(LIBLNK_LIBRARY lnk)

@@ -175,6 +175,15 @@ void RunCleaning(CleaningContext& context, const Selection& selection) {
   FinishRun(context, free_space);
 }
 
+void RunBrowsers(CleaningContext& context, std::span<const BrowserChoice> choices) {
+  if (!BeginRun(context, static_cast<int>(choices.size()))) return RefuseRun(context);
+  for (const BrowserChoice& choice : choices) {
+    CleanBrowser(context, choice);
+    if (context.state.AbortRequested) return AbortRun(context, "Aborted by user");
+  }
+  FinishRun(context);
+}
+
 void RunOneItem(CleaningContext& context, const Item& item) {
   if (!BeginRun(context, 1)) return RefuseRun(context);
   FreeSpaceCheck free_space(context);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <span>
+
 #include "app/selection.h"
+#include "browsers/browser_catalogue.h"
 #include "run/context.h"
 #include "run/item.h"
 
@@ -12,5 +15,8 @@ void RunCleaning(CleaningContext& context, const Selection& selection);
 
 // Runs one item, whatever the state of its box, with the same log and report.
 void RunOneItem(CleaningContext& context, const Item& item);
+
+// Cleans kinds of browsers, likewise.
+void RunBrowsers(CleaningContext& context, std::span<const BrowserChoice> choices);
 
 }  // namespace quellix

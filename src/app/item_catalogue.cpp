@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 
+#include "browsers/firefox_cleaner.h"
 #include "cleaners/folder_cleaners.h"
 #include "cleaners/history_cleaners.h"
 #include "cleaners/internet_cleaners.h"
 #include "cleaners/junk_cleaners.h"
-#include "cleaners/mod_mozilla.h"
 #include "cleaners/user_defined.h"
 #include "platform/text.h"
 #include "plugins/mod_plugin.h"
@@ -139,25 +139,25 @@ constexpr std::array<Item, 30> kItems = {{
      {"Controls that web pages have installed (Downloaded Program Files). A page that "
       "needs one asks for it again.", "", kHarmless, kNeedsRights}},
     {25, 26, "chkCleanMozillaCache", "Clean Cache", "CleanMozillaCache", kFirefox, kNone, "",
-     kFirefoxError, false, CleanMozilla,
+     kFirefoxError, false, CleanFirefox,
      {"Pages and pictures that Firefox has stored, in every profile."}},
     {26, 29, "chkCleanMozillaCookies", "Clean Cookies", "CleanMozillaCookies", kFirefox, kNone,
-     "", kFirefoxError, false, CleanMozilla,
+     "", kFirefoxError, false, CleanFirefox,
      {"The cookies of Firefox, in every profile.",
       "signs you out of web sites", kHarmless}},
     {27, 28, "chkCleanMozillaForms", "Clean Saved form information", "CleanMozillaForms",
-     kFirefox, kNone, "", kFirefoxError, false, CleanMozilla,
+     kFirefox, kNone, "", kFirefoxError, false, CleanFirefox,
      {"What was typed into forms and the search bar of Firefox, in every profile.",
       "what you typed into forms is lost", kRisky}},
     {28, 27, "chkCleanMozillaPasswords", "Clean Saved passwords", "CleanMozillaPasswords",
-     kFirefox, kNone, "", kFirefoxError, false, CleanMozilla,
+     kFirefox, kNone, "", kFirefoxError, false, CleanFirefox,
      {"The passwords that Firefox has saved, in every profile.",
       "saved passwords are lost", kRisky}},
     {29, 30, "chkCleanMozillaHistory", "Clean History", "CleanMozillaHistory", kFirefox, kNone,
-     "", kFirefoxError, false, CleanMozilla,
+     "", kFirefoxError, false, CleanFirefox,
      {"The pages that were visited with Firefox, in every profile."}},
     {30, 25, "chkCleanMozillaDownloads", "Clean Download manager history",
-     "CleanMozillaDownloads", kFirefox, kNone, "", kFirefoxError, false, CleanMozilla,
+     "CleanMozillaDownloads", kFirefox, kNone, "", kFirefoxError, false, CleanFirefox,
      {"Firefox's list of downloads, in every profile. The downloaded files stay."}},
 }};
 // clang-format on

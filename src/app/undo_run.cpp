@@ -27,8 +27,10 @@ std::string NameInArchive(const std::string& place) {
 std::vector<std::string> NamesIn(const RunEntries& run, size_t archive) {
   std::vector<std::string> names;
   for (const RunEntry& entry : run.all) {
-    if (IsIn(entry, archive) && entry.kind == EntryKind::kFile)
-      names.push_back(NameInArchive(entry.place));
+    const bool is_file = entry.kind == EntryKind::kFile || entry.kind == EntryKind::kRows;
+    if (!IsIn(entry, archive) || !is_file) continue;
+    std::string name = NameInArchive(entry.place);
+    if (names.empty() || names.back() != name) names.push_back(std::move(name));
   }
   return names;
 }

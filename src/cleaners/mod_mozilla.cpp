@@ -148,8 +148,8 @@ void CleanMozilla(CleaningContext& context, const Item& item) {
   const std::string folder = modMozilla::GetFirefoxProfilesFolder(context.machine.system);
   const auto search =
       item.key == kCacheItem ? modMozilla::FindMozillaCacheFiles : modMozilla::FindMozillaFiles;
-  context.state.WhyNothing = folder.empty() ? "Firefox is looked for on Windows 95 to 7 only."
-                                            : "There is no folder " + folder + ".";
+  context.state.WhyNothing =
+      folder.empty() ? "There is no profile of Firefox." : "There is no folder " + folder + ".";
   for (const Masks& row : AllMasks()) {
     if (folder.empty() || row.key != item.key) continue;
     for (const std::string_view mask : row.masks) search(context, folder, mask);

@@ -72,6 +72,7 @@ CLI::IsMember OneOf(const Table& table) {
 
 // Each in a file of its own.
 void AddCleanCommands(ConsoleCommands& commands);    // items, clean
+void AddBrowserCommands(ConsoleCommands& commands);  // browsers list, clean
 void AddBackupCommands(ConsoleCommands& commands);   // backup list, restore, repair
 void AddPluginCommands(ConsoleCommands& commands);   // plugins list, check, preview, process...
 void AddCacheCommands(ConsoleCommands& commands);    // cache list, delete

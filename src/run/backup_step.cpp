@@ -95,4 +95,15 @@ void BackupBatch::RemoveOnly(WorkingFolder& working) {
   RemoveOne(working, files_.front());
 }
 
+std::string BackupBatch::Store() {
+  Flush();
+  std::string problem;
+  for (const File& file : files_) {
+    if (problem.empty()) problem = file.problem;
+  }
+  files_.clear();
+  bytes_ = 0;
+  return problem;
+}
+
 }  // namespace quellix

@@ -31,6 +31,9 @@ class BackupBatch {
   void Remove(WorkingFolder& working);
   // The same for a batch of one file; where that stays, Error tells why.
   void RemoveOnly(WorkingFolder& working);
+  // Brings the archive onto the disk and empties the batch; its files stay, to be changed. Why not
+  // all of them are in the archive; "" when they are.
+  std::string Store();
 
  private:
   struct File {

@@ -20,7 +20,7 @@ std::string Line(uint64_t count, const char* what) {
 
 // What others write to while it is looked at.
 bool HasOwnTime(EntryKind kind) {
-  return kind == EntryKind::kFile || kind == EntryKind::kCacheEntry;
+  return kind == EntryKind::kFile || kind == EntryKind::kCacheEntry || kind == EntryKind::kRows;
 }
 
 // The others are asked for before anybody knows whether they are there, or empty.

@@ -31,9 +31,10 @@ uint16_t RunEntries::ArchiveNumber(std::string_view path) {
 }
 
 std::string_view KindText(EntryKind kind) {
-  static constexpr std::string_view kTexts[] = {
-      "File",        "Folder",      "Registry value", "Registry key",    "INI key",
-      "INI section", "Cache entry", "Recycle bin",    "Address history", "Clipboard"};
+  static constexpr std::string_view kTexts[] = {"File",         "Folder",       "Registry value",
+                                                "Registry key", "INI key",      "INI section",
+                                                "Cache entry",  "Recycle bin",  "Address history",
+                                                "Clipboard",    "Database rows"};
   return kTexts[static_cast<size_t>(kind)];
 }
 

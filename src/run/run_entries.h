@@ -17,7 +17,8 @@ enum class EntryKind : uint8_t {
   kCacheEntry,
   kRecycleBin,  // all that is in it
   kAddressHistory,
-  kClipboard
+  kClipboard,
+  kRows  // of a database that stays, as those of one site
 };
 
 // What became of it; in a preview, what would.
@@ -37,8 +38,9 @@ struct RunEntry {
   uint64_t bytes = 0;      // of a file, or of all in the recycle bin
   int64_t last_write = 0;  // FILETIME; 0 where it is not known
   std::string place = {};  // path, key with its root's name, or address; "" for one of a kind
-  std::string part = {};   // value name; of an INI file "[section]" and the key behind it
-  std::string note = {};   // why it stays, a sentence; the line that keeps it
+  std::string part =
+      {};  // value name; of an INI file "[section]" and the key behind it; which rows
+  std::string note = {};  // why it stays, a sentence; the line that keeps it
 };
 
 // All of them, in the order they were come by.

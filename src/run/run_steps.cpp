@@ -85,6 +85,7 @@ void DropArchive(CleaningContext& context) {
     if (entry.archive != archive) continue;
     entry.archive = 0;
     entry.way = Way::kDeleted;
+    if (entry.kind != EntryKind::kFile) continue;
     --state.FilesBackedUp;
     ++state.FilesNotBackedUp;
   }

@@ -1,0 +1,181 @@
+#include "browsers/profile_cleaner.h"
+
+#include <algorithm>
+
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "run/removal.h"
+#include "run/run_limits.h"
+#include "run/run_steps.h"
+#include "run/working_folder.h"
+#include "search/drive_scan.h"
+
+namespace quellix {
+namespace {
+
+std::vector<std::string> NamesIn(Folder& folder, std::string_view mask, bool folders) {
+  std::vector<std::string> names;
+  try {
+    folder.Enumerate(Detail::kKind, [&](const Entry& entry) {
+      const bool fits = entry.info.is_folder == folders && !entry.info.is_link;
+      if (fits && MatchesMask(entry.name, mask)) names.emplace_back(entry.name);
+      return true;
+    });
+  } catch (const Error&) {  // what cannot be listed cannot be cleaned either
+  }
+  std::ranges::sort(names);
+  return names;
+}
+
+}  // namespace
+
+std::vector<std::string> FoldersIn(Folder& folder, std::string_view mask) {
+  return NamesIn(folder, mask, true);
+}
+
+void AppendBrowserLine(CleaningContext& context, std::string_view browser, std::string_view label,
+                       uint64_t rows) {
+  RunState& state = context.state;
+  state.RunLog.append(browser).append(", ").append(label);
+  state.RunLog += "... Rows Deleted: " + std::to_string(rows) +
+                  " Files Deleted: " + std::to_string(state.FilesDeleted) + " Space Gained: " +
+                  FormatSize(state.SpaceGained, 2, true, context.machine.system.UserLocale()) +
+                  "\r\n";
+}
+
+bool ProfileCleaner::IsInUse(std::span<const std::string_view> lock_files,
+                             std::string_view browser) {
+  const std::string sentence = path_ + " was left as it is: " + std::string(browser) +
+                               " is running. Close it and clean again.";
+  for (const std::string_view name : lock_files) {
+    try {
+      const auto info = folder_->Look(name, Detail::kKind);
+      if (!info) continue;
+      if (!info->is_link) {
+        folder_->RequireRemovable(name);
+        continue;
+      }
+    } catch (const Error& error) {
+      if (error.kind() == Error::Kind::kMissing) continue;
+      if (error.kind() != Error::Kind::kInUse) {
+        NoteStayed(context_.state, path_ + std::string(name), error.what(), error.kind());
+        return true;
+      }
+    }
+    NoteStayed(context_.state, path_ + std::string(name), sentence, Error::Kind::kInUse);
+    return true;
+  }
+  return false;
+}
+
+// Below the folder that is held: what its path has come to mean is nothing to us.
+void ProfileCleaner::Remove(const std::vector<std::string>& names) {
+  FileList list{.folder = folder_, .folder_path = path_, .PendingFiles = {}, .PendingFolders = {}};
+  RunLimits limits(context_);
+  for (const std::string& name : names) {
+    const auto info = folder_->Look(name, limits.Needs(Detail::kSize));
+    if (!info || info->is_folder || limits.Leaves(folder_.get(), path_, {name, *info})) continue;
+    const std::string why = PlacesOf(context_).WhyNotFile(*folder_, name, Claim::kItem);
+    if (why.empty()) {
+      list.PendingFiles.Append(path_ + name);
+    } else {
+      Leave(name, why);
+    }
+  }
+  if (list.PendingFiles.size() == 0) return;
+  NotePlace(context_.state);
+  RemovePendingFiles(context_, list);
+}
+
+void ProfileCleaner::Files(std::span<const std::string_view> masks) {
+  for (const std::string_view mask : masks) {
+    if (context_.state.AbortRequested) return;
+    Remove(NamesIn(*folder_, mask, false));
+  }
+}
+
+void ProfileCleaner::WholeDatabase(std::string_view name) {
+  if (context_.state.AbortRequested) return;
+  const std::string database(name);
+  try {
+    if (folder_->Look(name, Detail::kKind)) folder_->RequireRemovable(name);
+    Remove({database});
+    // Without it, what lies beside it is never read; with it, it may be what makes it whole.
+    if (folder_->Look(name, Detail::kKind)) return;
+    Remove({database + "-journal", database + "-wal", database + "-shm"});
+  } catch (const Error& error) {
+    NoteStayed(context_.state, path_ + database, error.what(), error.kind());
+  }
+}
+
+void ProfileCleaner::CleanTree(std::shared_ptr<Folder> folder, const std::string& path) {
+  const std::string why = PlacesOf(context_).WhyNot(*folder, "*.*", true, Claim::kItem);
+  NotePlace(context_.state);
+  if (!why.empty()) {
+    context_.state.RunLog.append(path).append(" is not cleaned: ").append(why).append("\r\n");
+    return;
+  }
+  const FileList list = CollectFiles(context_, std::move(folder), path, "*.*");
+  RemovePendingFiles(context_, list);
+  if (!context_.state.AbortRequested) RemovePendingFolders(context_, list);
+}
+
+void ProfileCleaner::Below(std::string_view names) {
+  if (context_.state.AbortRequested) return;
+  try {
+    std::shared_ptr<Folder> folder = folder_->OpenFolder(names);
+    if (folder) CleanTree(std::move(folder), path_ + std::string(names) + "\\");
+  } catch (const Error& error) {
+    Leave(names, error.what());
+  }
+}
+
+void ProfileCleaner::Sites(std::string_view names,
+                           const std::function<std::string(Folder&, const std::string&)>& site_of) {
+  if (context_.state.AbortRequested) return;
+  try {
+    const std::unique_ptr<Folder> folder = folder_->OpenFolder(names);
+    if (!folder) return;
+    for (const std::string& name : FoldersIn(*folder, "*")) {
+      const std::string site = site_of(*folder, name);
+      if (site.empty()) continue;
+      const std::string below = std::string(names) + "\\" + name;
+      const std::string_view line = KeepOf(context_).ForSite(site);
+      if (!line.empty()) {
+        NoteKept(context_.state, {.kind = EntryKind::kFolder, .place = path_ + below}, line);
+        continue;
+      }
+      Below(below);
+      if (context_.state.AbortRequested) return;
+    }
+  } catch (const Error& error) {
+    Leave(names, error.what());
+  }
+}
+
+void ProfileCleaner::Rows(std::string_view names, const DatabaseJob& job) {
+  if (context_.state.AbortRequested) return;
+  const std::string_view below = FolderPart(names), name = NamePart(names);
+  try {
+    const auto folder = below.empty()
+                            ? folder_
+                            : std::shared_ptr<Folder>(folder_->OpenFolder(WithoutBackslash(below)));
+    if (folder) rows_ += CleanDatabase(context_, *folder, path_ + std::string(below), name, job);
+  } catch (const Error& error) {
+    Leave(names, error.what());
+  }
+}
+
+bool ProfileCleaner::IsKeptForSites(std::string_view name) {
+  if (!KeepOf(context_).has_sites()) return false;
+  if (folder_->Look(name, Detail::kKind))
+    NoteKept(context_.state, path_ + std::string(name), "site:");
+  return true;
+}
+
+void ProfileCleaner::Leave(std::string_view name, std::string_view why) {
+  NoteStayed(context_.state, path_ + std::string(name), why, Error::Kind::kOther);
+}
+
+}  // namespace quellix

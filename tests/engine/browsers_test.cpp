@@ -1,0 +1,551 @@
+// Profiles of today's browsers, their databases made by SQLite with the tables that those have:
+// what should go is gone from the bytes on the disk, and nothing else is.
+#include "app/cleaning_run.h"
+#include "app/preview_run.h"
+#include "app/undo_run.h"
+#include "browsers/browser_catalogue.h"
+#include "run/stayed.h"
+#include "support/browser_fixture.h"
+#include "support/scripted_prompts.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char* kCookies = R"(
+CREATE TABLE moz_cookies (id INTEGER PRIMARY KEY, originAttributes TEXT NOT NULL DEFAULT '',
+  name TEXT, value TEXT, host TEXT, path TEXT, expiry INTEGER, lastAccessed INTEGER,
+  creationTime INTEGER, isSecure INTEGER, isHttpOnly INTEGER, inBrowserElement INTEGER DEFAULT 0,
+  sameSite INTEGER DEFAULT 0, schemeMap INTEGER DEFAULT 0,
+  isPartitionedAttributeSet INTEGER DEFAULT 0, updateTime INTEGER,
+  CONSTRAINT moz_uniqueid UNIQUE (name, host, path, originAttributes));
+PRAGMA user_version=17;
+PRAGMA secure_delete=OFF;
+INSERT INTO moz_cookies(name, value, host, path) VALUES
+  ('a', 'secret-one', '.gone.example', '/'), ('b', 'secret-two', 'www.gone.example', '/'),
+  ('c', 'dear-one', '.sub.dear.example', '/'), ('d', 'dear-two', 'dear.example', '/x'),
+  ('o', 'secret-old', 'old.example', '/');
+DELETE FROM moz_cookies WHERE name = 'o';
+--cut
+DELETE FROM moz_cookies;)";
+
+constexpr const char* kForms = R"(
+CREATE TABLE moz_formhistory (id INTEGER PRIMARY KEY, fieldname TEXT NOT NULL, value TEXT NOT NULL,
+  timesUsed INTEGER, firstUsed INTEGER, lastUsed INTEGER, guid TEXT);
+CREATE TABLE moz_deleted_formhistory (id INTEGER PRIMARY KEY, timeDeleted INTEGER, guid TEXT);
+CREATE TABLE moz_sources (id INTEGER PRIMARY KEY, source TEXT NOT NULL);
+CREATE TABLE moz_history_to_sources (history_id INTEGER, source_id INTEGER,
+  PRIMARY KEY (history_id, source_id)) WITHOUT ROWID;
+INSERT INTO moz_formhistory(fieldname, value) VALUES ('searchbar-history', 'secret-typed');
+INSERT INTO moz_sources VALUES (1, 'secret-engine');
+INSERT INTO moz_history_to_sources VALUES (1, 1);)";
+
+constexpr const char* kPlaces = R"(
+CREATE TABLE moz_origins (id INTEGER PRIMARY KEY, prefix TEXT NOT NULL, host TEXT NOT NULL,
+  frecency INTEGER NOT NULL, recalc_frecency INTEGER NOT NULL DEFAULT 0, UNIQUE (prefix, host));
+CREATE TABLE moz_places (id INTEGER PRIMARY KEY, url LONGVARCHAR, title LONGVARCHAR,
+  rev_host LONGVARCHAR, visit_count INTEGER DEFAULT 0, hidden INTEGER DEFAULT 0 NOT NULL,
+  typed INTEGER DEFAULT 0 NOT NULL, frecency INTEGER DEFAULT -1 NOT NULL, last_visit_date INTEGER,
+  guid TEXT, foreign_count INTEGER DEFAULT 0 NOT NULL, url_hash INTEGER DEFAULT 0 NOT NULL,
+  description TEXT, preview_image_url TEXT, site_name TEXT,
+  origin_id INTEGER REFERENCES moz_origins(id), recalc_frecency INTEGER NOT NULL DEFAULT 0);
+CREATE INDEX moz_places_url_hashindex ON moz_places (url_hash);
+CREATE UNIQUE INDEX moz_places_guid_uniqueindex ON moz_places (guid);
+CREATE TABLE moz_historyvisits (id INTEGER PRIMARY KEY, from_visit INTEGER, place_id INTEGER,
+  visit_date INTEGER, visit_type INTEGER, session INTEGER, source INTEGER DEFAULT 0 NOT NULL,
+  triggeringPlaceId INTEGER);
+CREATE TABLE moz_inputhistory (place_id INTEGER NOT NULL, input LONGVARCHAR NOT NULL,
+  use_count INTEGER, PRIMARY KEY (place_id, input));
+CREATE TABLE moz_bookmarks (id INTEGER PRIMARY KEY, type INTEGER, fk INTEGER DEFAULT NULL,
+  parent INTEGER, position INTEGER, title LONGVARCHAR, keyword_id INTEGER, folder_type TEXT,
+  dateAdded INTEGER, lastModified INTEGER, guid TEXT, syncStatus INTEGER NOT NULL DEFAULT 0,
+  syncChangeCounter INTEGER NOT NULL DEFAULT 1);
+CREATE TABLE moz_keywords (id INTEGER PRIMARY KEY AUTOINCREMENT, keyword TEXT UNIQUE,
+  place_id INTEGER, post_data TEXT);
+CREATE TABLE moz_anno_attributes (id INTEGER PRIMARY KEY, name VARCHAR(32) UNIQUE NOT NULL);
+CREATE TABLE moz_annos (id INTEGER PRIMARY KEY, place_id INTEGER NOT NULL,
+  anno_attribute_id INTEGER, content LONGVARCHAR, flags INTEGER DEFAULT 0,
+  expiration INTEGER DEFAULT 0, type INTEGER DEFAULT 0, dateAdded INTEGER DEFAULT 0,
+  lastModified INTEGER DEFAULT 0);
+CREATE TABLE moz_meta (key TEXT PRIMARY KEY, value NOT NULL) WITHOUT ROWID;
+CREATE TABLE moz_places_metadata (id INTEGER PRIMARY KEY, place_id INTEGER NOT NULL,
+  referrer_place_id INTEGER, created_at INTEGER NOT NULL DEFAULT 0,
+  FOREIGN KEY (place_id) REFERENCES moz_places(id) ON DELETE CASCADE);
+CREATE TABLE moz_places_metadata_search_queries (id INTEGER PRIMARY KEY, terms TEXT NOT NULL UNIQUE);
+PRAGMA user_version=78;
+INSERT INTO moz_origins VALUES (1, 'https://', 'dear.example', 9, 0),
+  (2, 'https://', 'secret.example', 9, 0), (3, 'https://', 'loaded.example', 9, 0);
+INSERT INTO moz_places(id, url, title, visit_count, typed, last_visit_date, guid, foreign_count,
+  origin_id) VALUES
+  (1, 'https://dear.example/', 'Dear', 5, 1, 50, 'g1', 1, 1),
+  (2, 'https://secret.example/page', 'Secret', 7, 1, 60, 'g2', 0, 2),
+  (3, 'https://loaded.example/file.zip', NULL, 0, 0, 70, 'g3', 0, 3),
+  (4, 'https://dear.example/keyword', NULL, 1, 0, 40, 'g4', 1, 1);
+INSERT INTO moz_historyvisits(place_id, visit_date, visit_type) VALUES
+  (1, 50, 1), (2, 60, 2), (3, 70, 7), (4, 40, 1);
+INSERT INTO moz_inputhistory VALUES (2, 'secret-input', 1);
+INSERT INTO moz_bookmarks(id, type, fk, parent, title, guid) VALUES
+  (1, 2, NULL, 0, 'root', 'root________'), (2, 1, 1, 1, 'Dear bookmark', 'b2'),
+  (3, 2, NULL, 1, 'a tag', 't1'), (4, 1, 1, 3, NULL, 't2');
+INSERT INTO moz_keywords(keyword, place_id) VALUES ('k', 4);
+INSERT INTO moz_anno_attributes VALUES (1, 'downloads/destinationFileURI'), (2, 'bookmark/note');
+INSERT INTO moz_annos(place_id, anno_attribute_id, content) VALUES
+  (3, 1, 'file:///C:/loaded-here.zip'), (1, 2, 'dear note'), (2, 2, 'secret note');
+INSERT INTO moz_places_metadata(place_id) VALUES (2);
+INSERT INTO moz_places_metadata_search_queries(terms) VALUES ('secret-terms');)";
+
+constexpr const char* kIcons = R"(
+CREATE TABLE moz_icons (id INTEGER PRIMARY KEY, icon_url TEXT NOT NULL,
+  fixed_icon_url_hash INTEGER NOT NULL, width INTEGER NOT NULL DEFAULT 0,
+  root INTEGER NOT NULL DEFAULT 0, color INTEGER, expire_ms INTEGER NOT NULL DEFAULT 0,
+  flags INTEGER NOT NULL DEFAULT 0, data BLOB);
+CREATE TABLE moz_pages_w_icons (id INTEGER PRIMARY KEY, page_url TEXT NOT NULL,
+  page_url_hash INTEGER NOT NULL);
+CREATE TABLE moz_icons_to_pages (page_id INTEGER NOT NULL, icon_id INTEGER NOT NULL,
+  expire_ms INTEGER NOT NULL DEFAULT 0, PRIMARY KEY (page_id, icon_id)) WITHOUT ROWID;
+INSERT INTO moz_icons(id, icon_url, fixed_icon_url_hash, root, data) VALUES
+  (1, 'https://dear.example/i.png', 1, 0, 'dear-icon'), (2, 'https://secret.example/i.png', 2, 0,
+  'secret-icon'), (3, 'dear.example/favicon.ico', 3, 1, 'dear-root'),
+  (4, 'secret.example/favicon.ico', 4, 1, 'secret-root');
+INSERT INTO moz_pages_w_icons VALUES (1, 'https://dear.example/', 1),
+  (2, 'https://secret.example/page', 2);
+INSERT INTO moz_icons_to_pages VALUES (1, 1, 0), (2, 2, 0);)";
+
+class BrowsersTest : public BrowserFixture {
+ protected:
+  // "prefs.js" makes it a profile.
+  void MakeProfile(const std::string& path, Left left = Left::kWhole) {
+    machine->MakeFile(path + "\\prefs.js", "user_pref(1)");
+    for (const char* name : {"key4.db", "cert9.db", "permissions.sqlite", "extensions.json",
+                             "storage\\default\\moz-extension+++1\\idb\\1.sqlite"}) {
+      machine->MakeFile(path + "\\" + name, std::string("dear secret of ") + name);
+    }
+    machine->MakeFile(path + "\\logins.json", "{}");
+    machine->MakeFile(path + "\\cache2\\entries\\A", "x");
+    MakeDatabase(path + "\\cookies.sqlite", kCookies, left);
+    MakeDatabase(path + "\\formhistory.sqlite", kForms, left);
+    MakeDatabase(path + "\\places.sqlite", kPlaces, left);
+    MakeDatabase(path + "\\favicons.sqlite", kIcons, left);
+  }
+  void Run(std::initializer_list<const char*> keys) {
+    Tick(keys);
+    engine.RunCleaning();
+  }
+  Picture RunTwice(const std::string& folder, std::initializer_list<const char*> keys) {
+    Run(keys);
+    Picture after = PictureOf(folder);
+    const std::string log = view.report->log;
+    Run(keys);
+    EXPECT_EQ(PictureOf(folder), after) << "a second run changes nothing";
+    view.report->log = log;
+    return after;
+  }
+};
+
+TEST_F(BrowsersTest, CookiesGoButForThoseOfKeptSitesHoweverTheBrowserEnded) {
+  machine->MakeFile(ports.program_folder + "\\keep.txt", "site:dear.example\r\n");
+  const struct {
+    const char* name;
+    Left left;
+  } kRows[] = {{"whole", Left::kWhole}, {"log", Left::kLog}, {"journal", Left::kJournal}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    const std::string profile = firefox + "\\Profiles\\" + row.name;
+    MakeProfile(profile, row.left);
+    const std::string cookies = profile + "\\cookies.sqlite";
+    const Picture before = PictureOf(firefox);
+    EXPECT_NE(Holding(profile, "secret-old"), "") << "what the browser itself deleted";
+
+    PreviewRun preview(ports, view);
+    Tick({"CleanMozillaCookies"});
+    preview.Run(engine.selection());
+    EXPECT_EQ(PictureOf(firefox), before) << "a preview changes nothing";
+    const std::string found = Entries(preview.state(), EntryKind::kRows);
+    EXPECT_EQ(found,
+              "dear.example kept\nsub.dear.example kept\ngone.example removed\n"
+              "www.gone.example removed\n");
+
+    RunTwice(profile, {"CleanMozillaCookies"});
+    EXPECT_NE(view.report->log.find("Firefox, Cookies... Rows Deleted: 2 "), std::string::npos)
+        << view.report->log;
+    for (const char* gone : {"secret-one", "secret-two", "secret-old"}) {
+      EXPECT_EQ(Holding(profile, gone), "") << gone;
+    }
+    EXPECT_EQ(Query(cookies, "SELECT value FROM moz_cookies ORDER BY 1"), "dear-one\ndear-two\n");
+    EXPECT_EQ(Query(cookies, "PRAGMA integrity_check") + Query(cookies, "PRAGMA user_version"),
+              "ok\n17\n");
+    RemoveAll();
+  }
+}
+
+TEST_F(BrowsersTest, HistoryGoesAndBookmarksWithTheirIconsStay) {
+  const std::string profile = firefox + "\\Profiles\\p.default-release";
+  for (const Left left : {Left::kWhole, Left::kLog, Left::kJournal}) {
+    SCOPED_TRACE(static_cast<int>(left));
+    MakeProfile(profile, left);
+    const std::string places = profile + "\\places.sqlite", icons = profile + "\\favicons.sqlite";
+    const char* const kKept = "SELECT * FROM moz_bookmarks";
+    const std::string bookmarks = Query(places, kKept, 13);
+    const Picture before = PictureOf(profile);
+    Picture after = RunTwice(profile, {"CleanMozillaHistory"});
+    EXPECT_EQ(Query(places, kKept, 13), bookmarks);
+    EXPECT_EQ(Query(places,
+                    "SELECT url, title, visit_count, typed, last_visit_date, foreign_count "
+                    "FROM moz_places",
+                    6),
+              "https://dear.example/|Dear|0|0||1\nhttps://loaded.example/file.zip||0|0|70|0\n"
+              "https://dear.example/keyword||0|0||1\n");
+    EXPECT_EQ(Query(places, "SELECT host FROM moz_origins"), "dear.example\nloaded.example\n");
+    EXPECT_EQ(Query(places, "SELECT content FROM moz_annos"),
+              "file:///C:/loaded-here.zip\ndear note\n");
+    EXPECT_EQ(Query(places, "SELECT keyword FROM moz_keywords") +
+                  Query(places, "SELECT visit_type FROM moz_historyvisits"),
+              "k\n7\n");
+    EXPECT_EQ(Query(icons, "SELECT data FROM moz_icons") +
+                  Query(icons, "SELECT page_url FROM moz_pages_w_icons"),
+              "dear-icon\ndear-root\nhttps://dear.example/\n");
+    for (const char* gone : {"secret.example", "secret-input", "secret-terms", "Secret",
+                             "secret note", "secret-icon", "secret-root"}) {
+      EXPECT_EQ(Holding(profile, gone), "") << gone;
+    }
+    // The list of downloads is an item of its own.
+    after = RunTwice(profile, {"CleanMozillaDownloads"});
+    EXPECT_EQ(Holding(profile, "loaded"), "");
+    EXPECT_EQ(Query(places, kKept, 13), bookmarks);
+    EXPECT_EQ(Query(places, "PRAGMA integrity_check") + Query(icons, "PRAGMA integrity_check"),
+              "ok\nok\n");
+    for (const auto& [name, bytes] : before) {
+      if (name.starts_with("places.") || name.starts_with("favicons.")) continue;
+      EXPECT_EQ(after[name], bytes) << name;
+    }
+    RemoveAll();
+  }
+}
+
+TEST_F(BrowsersTest, ProfilesAreFoundWhereverTheyAre) {
+  machine->MakeFile(
+      firefox + "\\profiles.ini",
+      "[Profile0]\r\nName=a\r\nIsRelative=1\r\nPath=Profiles/Kl\xC3\xA9o \xE5\xBC\xA0\r\n"
+      "[Profile1]\r\nIsRelative=0\r\nPath=" +
+          scratch +
+          "far\\p\r\n[Profile2]\r\n"
+          "Path=\r\n[Profile3]\r\nPath=Z:\\nowhere\r\n[Install1]\r\nDefault=x\r\n");
+  const std::string package = local + "\\Packages\\Mozilla.Firefox_n80bbvh6b1yt2\\LocalCache\\";
+  const struct {
+    const char* name;
+    std::string path, cache;
+  } kRows[] = {
+      {"relative", firefox + "\\Profiles\\Kl\xC3\xA9o \xE5\xBC\xA0",
+       local + "\\Mozilla\\Firefox\\Profiles\\Kl\xC3\xA9o \xE5\xBC\xA0"},
+      {"absolute", scratch + "far\\p", ""},
+      {"not named", firefox + "\\Profiles\\other", local + "\\Mozilla\\Firefox\\Profiles\\other"},
+      {"of the Store", package + "Roaming\\Mozilla\\Firefox\\Profiles\\s",
+       package + "Local\\Mozilla\\Firefox\\Profiles\\s"}};
+  for (const auto& row : kRows) {
+    MakeProfile(row.path);
+    if (!row.cache.empty()) machine->MakeFile(row.cache + "\\cache2\\entries\\B", "x");
+  }
+  machine->MakeFile(firefox + "\\Profiles\\no profile\\logins.json", "dear");
+  Run({"CleanMozillaCache", "CleanMozillaForms", "CleanMozillaPasswords"});
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(Holding(row.path, "secret-typed") + Holding(row.path, "secret-engine"), "");
+    const std::vector<std::string> left = machine->Tree(row.path);
+    EXPECT_EQ(Joined(left),
+              "cache2\\ cert9.db cookies.sqlite extensions.json favicons.sqlite formhistory.sqlite "
+              "key4.db permissions.sqlite places.sqlite prefs.js storage\\ storage\\default\\ "
+              "storage\\default\\moz-extension+++1\\ storage\\default\\moz-extension+++1\\idb\\ "
+              "storage\\default\\moz-extension+++1\\idb\\1.sqlite");
+    EXPECT_EQ(Joined(machine->Tree(row.cache)), row.cache.empty() ? "" : "cache2\\");
+  }
+  EXPECT_TRUE(machine->Exists(firefox + "\\Profiles\\no profile\\logins.json"));
+  EXPECT_NE(view.report->log.find("Firefox, Saved passwords... Rows Deleted: 0 Files Deleted: 4"),
+            std::string::npos)
+      << view.report->log;
+}
+
+TEST_F(BrowsersTest, WhatCannotBeChangedWholeIsToldAndStaysToTheByte) {
+  const std::string profile = firefox + "\\Profiles\\p", cookies = profile + "\\cookies.sqlite";
+  std::shared_ptr<void> lock;
+  const auto change = [&](size_t at, std::string_view with) {
+    std::string bytes = *ports.files.ReadWholeFile(cookies);
+    bytes.replace(at, with.size(), with);
+    ports.files.WriteWholeFile(cookies, bytes);
+  };
+  const struct {
+    const char* name;
+    std::function<void()> spoil;
+    const char* told;
+  } kRows[] = {
+      {"running",
+       [&] {
+         machine->MakeFile(profile + "\\parent.lock", "");
+         lock = machine->LockFile(profile + "\\parent.lock");
+       },
+       "Profiles\\p"},
+      {"held", [&] { lock = machine->LockFile(cookies); }, "cookies.sqlite"},
+      {"no database", [&] { change(0, "not a database at all"); }, "it is damaged"},
+      {"damaged", [&] { change(4096 + 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF"); }, "it is damaged"},
+      {"cut short",
+       [&] {
+         ports.files.WriteWholeFile(cookies, ports.files.ReadWholeFile(cookies)->substr(0, 5000));
+       },
+       "it is damaged"},
+      {"empty", [&] { ports.files.WriteWholeFile(cookies, ""); }, "no such table: moz_cookies"},
+      {"of another form",
+       [&] {
+         ports.files.RemoveFile(cookies);
+         MakeDatabase(cookies, "CREATE TABLE moz_cookies(name, value, site)");
+       },
+       "no such column: host"},
+      {"read-only", [&] { ports.files.SetAttributes(cookies, kReadOnly); }, "it is read-only"},
+      {"with further names", [&] { machine->MakeHardLink(profile + "\\other", cookies); },
+       "it has further names"},
+      {"a journal that cannot be made", [&] { machine->MakeFolder(cookies + "-journal"); },
+       "cookies.sqlite"},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    MakeProfile(profile);
+    row.spoil();
+    const Picture before = PictureOf(profile);
+    Run({"CleanMozillaCookies"});
+    EXPECT_EQ(PictureOf(profile), before);
+    const std::string told = StayedNames(engine.state(), kNamesSaved);
+    EXPECT_NE(told.find(row.told), told.npos) << told;
+    EXPECT_EQ(Entries(engine.state(), EntryKind::kRows), "");
+    lock.reset();
+    if (machine->Exists(cookies)) ports.files.SetAttributes(cookies, kNormal);
+    RemoveAll();
+  }
+}
+
+TEST_F(BrowsersTest, WhatWasBackedUpComesBackWithItsLog) {
+  WriteSettings("[General]\r\nDelMethod=B\r\n");
+  const std::string profile = firefox + "\\Profiles\\p";
+  for (const Left left : {Left::kWhole, Left::kLog}) {
+    MakeProfile(profile, left);
+    const Picture before = PictureOf(profile);
+    Run({"CleanMozillaCookies", "CleanMozillaForms"});
+    EXPECT_EQ(Holding(profile, "secret-one") + Holding(profile, "secret-typed"), "");
+    ASSERT_TRUE(CanUndo(*engine.state().Entries));
+    ScriptedPrompts prompts;
+    prompts.overwrites.assign(4, OverwriteAnswer::kAll);
+    const RestoreResult result = UndoRun(ports, *engine.state().Entries, prompts, {});
+    EXPECT_TRUE(result.problems.empty());
+    EXPECT_EQ(PictureOf(profile), before);
+    RemoveAll();
+  }
+}
+
+TEST_F(BrowsersTest, OnlyWhatWasTickedInThePreviewGoes) {
+  const std::string profile = firefox + "\\Profiles\\p", cookies = profile + "\\cookies.sqlite";
+  MakeProfile(profile);
+  PreviewRun preview(ports, view);
+  Tick({"CleanMozillaCookies"});
+  preview.Run(engine.selection());
+  const RunEntries& entries = *preview.entries();
+  engine.RunCleaning(std::make_shared<RunChoice>(
+      entries, [&](size_t i) { return entries.all[i].part != "gone.example"; }));
+  EXPECT_EQ(Query(cookies, "SELECT value FROM moz_cookies"), "secret-one\n");
+  EXPECT_EQ(Holding(profile, "dear-two"), "");
+}
+
+constexpr const char* kChromeCookies = R"(
+CREATE TABLE meta(key LONGVARCHAR NOT NULL UNIQUE PRIMARY KEY, value LONGVARCHAR);
+CREATE TABLE cookies(creation_utc INTEGER NOT NULL, host_key TEXT NOT NULL,
+  top_frame_site_key TEXT NOT NULL, name TEXT NOT NULL, value TEXT NOT NULL,
+  encrypted_value BLOB NOT NULL, path TEXT NOT NULL, expires_utc INTEGER NOT NULL,
+  is_secure INTEGER NOT NULL, is_httponly INTEGER NOT NULL, last_access_utc INTEGER NOT NULL,
+  has_expires INTEGER NOT NULL, is_persistent INTEGER NOT NULL, priority INTEGER NOT NULL,
+  samesite INTEGER NOT NULL, source_scheme INTEGER NOT NULL, source_port INTEGER NOT NULL,
+  last_update_utc INTEGER NOT NULL, source_type INTEGER NOT NULL,
+  has_cross_site_ancestor INTEGER NOT NULL);
+CREATE UNIQUE INDEX cookies_unique_index ON cookies(host_key, top_frame_site_key,
+  has_cross_site_ancestor, name, path, source_scheme, source_port);
+INSERT INTO cookies SELECT 1, host, '', 'n', '', value, '/', 0,0,0,0,0,0,0,0,0,0,0,0,0 FROM
+  (SELECT '.gone.example' AS host, 'secret-one' AS value UNION SELECT 'dear.example', 'dear-one');
+--cut
+DELETE FROM cookies;)";
+
+constexpr const char* kWebData = R"(
+CREATE TABLE autofill (name VARCHAR, value VARCHAR, value_lower VARCHAR,
+  date_created INTEGER DEFAULT 0, date_last_used INTEGER DEFAULT 0, count INTEGER DEFAULT 1,
+  PRIMARY KEY (name, value));
+CREATE TABLE keywords (id INTEGER PRIMARY KEY, short_name VARCHAR NOT NULL, keyword VARCHAR);
+CREATE TABLE credit_cards (guid VARCHAR PRIMARY KEY, card_number_encrypted BLOB);
+CREATE TABLE token_service (service VARCHAR PRIMARY KEY NOT NULL, encrypted_token BLOB);
+CREATE TABLE addresses (guid VARCHAR PRIMARY KEY NOT NULL, use_count INTEGER);
+INSERT INTO autofill(name, value) VALUES ('email', 'secret-typed');
+INSERT INTO keywords VALUES (1, 'dear-engine', 'k');
+INSERT INTO credit_cards VALUES ('g', 'dear-card');
+INSERT INTO addresses VALUES ('dear-address', 1);)";
+
+constexpr const char* kChromeIcons = R"(
+CREATE TABLE favicons(id INTEGER PRIMARY KEY, url LONGVARCHAR NOT NULL, icon_type INTEGER);
+CREATE TABLE favicon_bitmaps(id INTEGER PRIMARY KEY, icon_id INTEGER NOT NULL,
+  last_updated INTEGER DEFAULT 0, image_data BLOB, width INTEGER DEFAULT 0);
+CREATE TABLE icon_mapping(id INTEGER PRIMARY KEY, page_url LONGVARCHAR NOT NULL, icon_id INTEGER);
+INSERT INTO favicons VALUES (1, 'https://dear.example/i', 1), (2, 'https://secret.example/i', 1);
+INSERT INTO favicon_bitmaps(icon_id, image_data) VALUES (1, 'dear-icon'), (2, 'secret-icon');
+INSERT INTO icon_mapping(page_url, icon_id) VALUES ('https://dear.example/', 1),
+  ('https://secret.example/', 2);)";
+
+class ChromiumTest : public BrowserFixture {
+ protected:
+  // What is never touched, whatever is cleaned.
+  static constexpr const char* kDear[] = {
+      "Bookmarks",
+      "Preferences",
+      "Secure Preferences",
+      "Extension State\\1.log",
+      "IndexedDB\\chrome-extension_abc_0.indexeddb.leveldb\\1.log",
+      "Sync Extension Settings\\abc\\1.log",
+      "Service Worker\\Database\\1.log",
+      "Service Worker\\CacheStorage\\aa\\1\\x"};
+
+  void MakeProfile(const std::string& profile) {
+    const auto make = [&](const char* name, const std::string& bytes) {
+      machine->MakeFile(profile + "\\" + name, bytes);
+    };
+    for (const char* name : kDear) make(name, std::string("dear secret of ") + name);
+    make("Bookmarks", R"({"roots":{"bookmark_bar":{"url": "https://dear.example/"}}})");
+    make("Service Worker\\CacheStorage\\aa\\index.txt", "\x0A chrome-extension://abc/");
+    make("Cache\\Cache_Data\\f_1", "secret-cache");
+    make("Code Cache\\js\\1", "secret-code");
+    make("Visited Links", "secret-links");
+    make("Sessions\\Tabs_1", "secret-tabs");
+    make("IndexedDB\\https_gone.example_0.indexeddb.leveldb\\1.log", "secret-idb");
+    make("IndexedDB\\https_dear.example_0.indexeddb.leveldb\\1.log", "dear-idb");
+    make("Service Worker\\CacheStorage\\bb\\index.txt", "\x0A https://gone.example/ secret-sw");
+    make("Service Worker\\CacheStorage\\cc\\index.txt", "\x0A https://dear.example/ dear-sw");
+    make("Local Storage\\leveldb\\1.log", "secret-ls");
+    MakeDatabase(profile + "\\Network\\Cookies", kChromeCookies, Left::kJournal);
+    MakeDatabase(profile + "\\Web Data", kWebData);
+    MakeDatabase(profile + "\\Favicons", kChromeIcons);
+    MakeDatabase(profile + "\\History",
+                 "CREATE TABLE urls(url); INSERT INTO urls VALUES('secret-url')");
+    MakeDatabase(profile + "\\Login Data",
+                 "CREATE TABLE logins(u); INSERT INTO logins VALUES('secret-pw')", Left::kLog);
+  }
+  void Clean(std::initializer_list<const char*> names) {
+    std::vector<BrowserChoice> choices;
+    const std::vector<FoundBrowser> browsers = FindBrowsers(ports);
+    std::string problem;
+    for (const char* name : names) {
+      for (const BrowserChoice& each : ParseBrowserChoice(browsers, name, problem))
+        choices.push_back(each);
+    }
+    EXPECT_EQ(problem, "");
+    RunBrowsers(engine.context(), choices);
+  }
+};
+
+TEST_F(ChromiumTest, EachKindTakesItsOwnInEveryProfileAndNothingElse) {
+  machine->MakeFile(ports.program_folder + "\\keep.txt", "site:dear.example\r\n");
+  const struct {
+    const char* kind;
+    std::vector<const char*> gone;  // texts
+  } kRows[] = {
+      {"chrome:cache", {"secret-cache", "secret-code"}},
+      {"chrome:cookies", {"secret-one"}},
+      {"chrome:history", {"secret-url", "secret-links", "secret-icon"}},
+      {"chrome:forms", {"secret-typed"}},
+      {"chrome:passwords", {"secret-pw"}},
+      {"chrome:sessions", {"secret-tabs"}},
+      {"chrome:sitedata", {"secret-idb", "secret-sw"}},
+  };
+  const std::vector<std::string> profiles = {chrome + "\\Default", chrome + "\\Profile 7"};
+  for (const std::string& profile : profiles) MakeProfile(profile);
+  machine->MakeFile(chrome + "\\System Profile\\Preferences", "dear");
+  machine->MakeFile(chrome + "\\System Profile\\Sessions\\x", "dear");
+  std::map<std::string, std::string> dear;
+  for (const char* name : kDear) dear[name] = *ports.files.ReadWholeFile(profiles[0] + "\\" + name);
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.kind);
+    std::vector<std::string> others;
+    for (const auto& other : kRows) {
+      for (const char* text : other.gone) {
+        if (other.kind != row.kind && Holding(chrome, text) != "") others.push_back(text);
+      }
+    }
+    Clean({row.kind});
+    for (const char* gone : row.gone) EXPECT_EQ(Holding(chrome, gone), "") << gone;
+    for (const std::string& stays : others) EXPECT_NE(Holding(chrome, stays), "") << stays;
+    const Picture after = PictureOf(chrome);
+    Clean({row.kind});
+    EXPECT_EQ(PictureOf(chrome), after) << "a second run changes nothing";
+  }
+  for (const std::string& profile : profiles) {
+    for (const auto& [name, bytes] : dear) {
+      EXPECT_EQ(ports.files.ReadWholeFile(profile + "\\" + name), bytes) << name;
+    }
+    EXPECT_EQ(Query(profile + "\\Network\\Cookies", "SELECT encrypted_value FROM cookies"),
+              "dear-one\n");
+    EXPECT_EQ(Query(profile + "\\Web Data",
+                    "SELECT short_name FROM keywords UNION SELECT "
+                    "card_number_encrypted FROM credit_cards UNION SELECT guid FROM addresses"),
+              "dear-address\ndear-card\ndear-engine\n");
+    EXPECT_EQ(Query(profile + "\\Favicons", "SELECT image_data FROM favicon_bitmaps"),
+              "dear-icon\n");
+    EXPECT_NE(Holding(profile, "dear-idb") + Holding(profile, "dear-sw"), "");
+    // One store holds those of all sites.
+    EXPECT_NE(Holding(profile, "secret-ls"), "");
+  }
+  EXPECT_TRUE(machine->Exists(chrome + "\\System Profile\\Sessions\\x"));
+}
+
+TEST_F(ChromiumTest, WhatAddOnsShareWithSitesStaysAsLongAsThereAreAddOns) {
+  const std::string profile = chrome + "\\Default";
+  MakeProfile(profile);
+  machine->MakeFile(profile + "\\Extensions\\abc\\1.0\\manifest.json", "{}");
+  Clean({"chrome:sitedata"});
+  EXPECT_NE(Holding(profile, "secret-ls"), "");
+  EXPECT_NE(StayedNames(engine.state(), kNamesSaved).find("add-ons"), std::string::npos);
+  ports.files.RemoveFile(profile + "\\Extensions\\abc\\1.0\\manifest.json");
+  for (const char* name : {"\\Extensions\\abc\\1.0", "\\Extensions\\abc"})
+    ports.files.RemoveFolder(profile + name);
+  Clean({"chrome:sitedata"});
+  EXPECT_EQ(Holding(profile, "secret-ls"), "");
+  EXPECT_EQ(engine.state().StayedCount, 0);
+}
+
+TEST_F(ChromiumTest, ARunningBrowserIsToldAndLeftWhole) {
+  MakeProfile(chrome + "\\Default");
+  machine->MakeFile(chrome + "\\lockfile", "");
+  const auto lock = machine->LockFile(chrome + "\\lockfile");
+  const Picture before = PictureOf(chrome);
+  Clean({"chrome", "chrome:cookies", "chrome:passwords"});
+  EXPECT_EQ(PictureOf(chrome), before);
+  EXPECT_EQ(engine.state().StayedCount, 4);  // the cache and the history cost nothing
+}
+
+TEST_F(ChromiumTest, BrowsersAreFoundWithTheirProfilesAndWhatTheyCost) {
+  EXPECT_TRUE(FindBrowsers(ports).empty());
+  for (const std::string& path :
+       {chrome + "\\Default", chrome + "\\Profile 2", chrome + "\\Guest Profile",
+        local + "\\Microsoft\\Edge\\User Data\\Default",
+        roaming + "\\Opera Software\\Opera Stable\\Default", firefox + "\\Profiles\\x"}) {
+    machine->MakeFile(path + "\\Preferences", "{}");
+    machine->MakeFile(path + "\\prefs.js", "");
+  }
+  std::string found;
+  const std::vector<FoundBrowser> browsers = FindBrowsers(ports);
+  for (const FoundBrowser& browser : browsers) {
+    found += std::string(browser.label) + " " + std::to_string(browser.profiles) + " " +
+             std::to_string(browser.kinds.size()) + "\n";
+  }
+  EXPECT_EQ(found, "Firefox 1 8\nGoogle Chrome 2 7\nMicrosoft Edge 1 7\nOpera 1 7\n");
+  const auto parse = [&](const char* name) {
+    std::string text, problem;
+    for (const BrowserChoice& choice : ParseBrowserChoice(browsers, name, problem))
+      text += NameOf(choice) + " ";
+    return text + problem;
+  };
+  EXPECT_EQ(parse("chrome"), "chrome:cache chrome:history ");
+  EXPECT_EQ(parse("Firefox:SiteData"), "firefox:sitedata ");
+  EXPECT_EQ(parse("vivaldi:cache"), "there is no browser \"vivaldi\" here.");
+  EXPECT_EQ(parse("edge:downloads"), "Microsoft Edge has nothing that is called \"downloads\".");
+}
+
+}  // namespace
+}  // namespace quellix
