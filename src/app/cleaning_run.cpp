@@ -177,11 +177,12 @@ void RunCleaning(CleaningContext& context, const Selection& selection) {
 
 void RunBrowsers(CleaningContext& context, std::span<const BrowserChoice> choices) {
   if (!BeginRun(context, static_cast<int>(choices.size()))) return RefuseRun(context);
+  FreeSpaceCheck free_space(context);
   for (const BrowserChoice& choice : choices) {
     CleanBrowser(context, choice);
     if (context.state.AbortRequested) return AbortRun(context, "Aborted by user");
   }
-  FinishRun(context);
+  FinishRun(context, free_space);
 }
 
 void RunOneItem(CleaningContext& context, const Item& item) {

@@ -72,14 +72,16 @@ class BrowserFixture : public RunFixture {
     }
     return picture;
   }
-  // The files below a folder whose bytes hold a text, with blanks between.
-  std::string Holding(const std::string& folder, const std::string& text) {
-    std::string names;
+  // The bytes of all files below a folder, one behind the other.
+  std::string AllBytes(const std::string& folder) {
+    std::string all;
     for (const std::string& name : machine->Tree(folder)) {
-      if (name.ends_with('\\')) continue;
-      if (Bytes(folder + "\\" + name).find(text) != std::string::npos) names += name + " ";
+      if (!name.ends_with('\\')) all += Bytes(folder + "\\" + name) + "\n";
     }
-    return names;
+    return all;
+  }
+  static bool Holds(const std::string& bytes, const std::string& text) {
+    return bytes.find(text) != bytes.npos;
   }
   // "part fate" of each entry of a kind, in order.
   static std::string Entries(const RunState& state, EntryKind kind) {
