@@ -45,17 +45,6 @@ void NoteItemsCleaned(CleaningContext& context) {
   }
 }
 
-// For later reading.
-void KeepRun(CleaningContext& context) {
-  if (!context.settings.IsReadable()) return;  // how many are wanted nobody can tell
-  try {
-    RunLogs(context.machine).Keep(context.state, context.settings.Load().kept_logs);
-  } catch (const Error& error) {
-    context.state.RunLog.append("\r\nThis run could not be kept for later reading. ");
-    context.state.RunLog.append(error.what()).append("\r\n");
-  }
-}
-
 // The line of the keep list that keeps a file, or a folder that it lies in.
 std::string_view KeptBy(const KeepList& keep, Folder& folder, const std::string& path) {
   if (keep.empty()) return {};
@@ -161,6 +150,16 @@ std::string_view AbortMessage(const Item& item) {
 }
 
 }  // namespace
+
+void KeepRun(CleaningContext& context) {
+  if (!context.settings.IsReadable()) return;  // how many are wanted nobody can tell
+  try {
+    RunLogs(context.machine).Keep(context.state, context.settings.Load().kept_logs);
+  } catch (const Error& error) {
+    context.state.RunLog.append("\r\nThis run could not be kept for later reading. ");
+    context.state.RunLog.append(error.what()).append("\r\n");
+  }
+}
 
 void RunCleaning(CleaningContext& context, const Selection& selection) {
   if (!BeginRun(context, selection.CountChecked())) return RefuseRun(context);

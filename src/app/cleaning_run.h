@@ -13,6 +13,10 @@ namespace quellix {
 // report (not in a hidden run).
 void RunCleaning(CleaningContext& context, const Selection& selection);
 
+// Keeps a run that is over for later reading, as the settings say. RunCleaning and RunOneItem do
+// that themselves.
+void KeepRun(CleaningContext& context);
+
 // Runs one item, whatever the state of its box, with the same log and report.
 void RunOneItem(CleaningContext& context, const Item& item);
 

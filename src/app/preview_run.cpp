@@ -33,6 +33,11 @@ void PreviewRun::RunOneItem(const Item& item) {
   state_.RunLog += view_.told;
 }
 
+void PreviewRun::RunByHand(const std::function<void(CleaningContext&)>& work) {
+  work(context_);
+  state_.RunLog += view_.told;
+}
+
 std::string QuestionBefore(const RunEntries& preview, const Locale& locale,
                            const std::function<bool(size_t index)>& is_ticked) {
   uint64_t files = 0, others = 0;

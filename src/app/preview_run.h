@@ -23,6 +23,8 @@ class PreviewRun {
   // Returns when all is found, or stopped.
   void Run(const Selection& selection);
   void RunOneItem(const Item& item);
+  // Work that is no item, such as plug-ins chosen by hand.
+  void RunByHand(const std::function<void(CleaningContext&)>& work);
 
   // Grows while it runs.
   std::shared_ptr<const RunEntries> entries() const { return state_.Entries; }

@@ -166,7 +166,7 @@ void PluginManager::Process(CleaningContext& context, std::span<const size_t> ro
              " Space Gained: " + (state.SpaceGained > 0 ? Kilobytes(context) + " KB" : "none");
   show();
   const std::string problems = Problems(state);
-  if (!problems.empty()) prompts_.Inform(status_ + problems);
+  if (!problems.empty() && !state.IsPreview) prompts_.Inform(status_ + problems);
 }
 
 std::string ProcessTickedPlugins(CleaningContext& context) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "app/cleaning_run.h"
 #include "app/entry_list.h"
 #include "app/mod_shut_down.h"
 #include "app/preview_run.h"
@@ -205,7 +206,7 @@ void FrmMain::OnCommand(int id, int code) {
   switch (id) {
     case cmdPreview:
     case mnuPreview:
-      return ShowPreview(LookAhead(nullptr));
+      return ShowPreview(LookAhead(LookAt(nullptr)));
     case cmdClean:
     case mnuClean:
       return Clean(nullptr);
@@ -240,7 +241,7 @@ void FrmMain::Clean(const Item* item) {
     item != nullptr ? engine_.RunOneItem(*item) : engine_.RunCleaning();
   };
   if (!engine_.preferences().ask) return Run(clean);
-  const std::shared_ptr<const RunEntries> found = LookAhead(item);
+  const std::shared_ptr<const RunEntries> found = LookAhead(LookAt(item));
   if (!found) return;
   const std::string question = EntryList(machine_.system, found, true).Question();
   if (question.empty()) return Run(clean);
@@ -254,14 +255,20 @@ void FrmMain::Clean(const Item* item) {
   }
 }
 
+FrmMain::Look FrmMain::LookAt(const Item* item) {
+  return [this, item](PreviewRun& preview) {
+    item != nullptr ? preview.RunOneItem(*item) : preview.Run(engine_.selection());
+  };
+}
+
 // What a run would come by now; null when the look was stopped, or the window has gone.
-std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Item* item) {
+std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Look& look) {
   PreviewRun preview(machine_, display_);
   bool is_whole = false;
   items_.list().BeginLook(preview.state());
   look_ = &preview;
   Work([&] {
-    item != nullptr ? preview.RunOneItem(*item) : preview.Run(engine_.selection());
+    look(preview);
     is_whole = true;
   });
   if (window()) FollowLook();
@@ -325,7 +332,17 @@ void FrmMain::Work(const std::function<void()>& work) {
 
 void FrmMain::ProcessPlugins() {
   std::string told;
-  Run([&] { told = modPlugin::ProcessTickedPlugins(engine_.context()); });
+  const auto process = [&told](CleaningContext& context) {
+    told = modPlugin::ProcessTickedPlugins(context);
+  };
+  if (engine_.preferences().ask) {
+    const auto found = LookAhead([&](PreviewRun& preview) { preview.RunByHand(process); });
+    if (!found || !MayGo(window(), EntryList(machine_.system, found, true).Question())) return;
+  }
+  Run([&] {
+    process(engine_.context());
+    KeepRun(engine_.context());
+  });
   if (!told.empty() && window()) prompts_.Inform(told);
 }
 

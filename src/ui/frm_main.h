@@ -69,7 +69,9 @@ class FrmMain : public Dialog {
   void ComeForward() const;
   void ShowTrayMenu(POINT screen);
   void Clean(const Item* item);
-  std::shared_ptr<const RunEntries> LookAhead(const Item* item);
+  using Look = std::function<void(PreviewRun&)>;
+  std::shared_ptr<const RunEntries> LookAhead(const Look& look);
+  Look LookAt(const Item* item);
   void FollowLook();
   void ForgetLook();
   void ShowPreview(std::shared_ptr<const RunEntries> found);

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "app/cleaning_run.h"
+#include "app/entry_list.h"
+#include "app/preview_run.h"
 #include "engine.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
@@ -148,25 +151,47 @@ void FrmPluginManager::Edit() {
   if (!rows.empty()) editor_.Edit(window(), manager_.rows()[rows[0]].file);
 }
 
-void FrmPluginManager::Process() {
-  const std::vector<size_t> rows = list_.SelectedRows();
-  CleaningContext context{machine_, engine_.settings(), engine_.state(), display_,
-                          engine_.context().backup};
-  const auto process = [&](const Pause& pause) {
+LongWork::End FrmPluginManager::Work(const std::function<void()>& work) {
+  const auto run = [&](const Pause& pause) {
     EnableCommands();
     display_.BreatheBy(pause);
+    work();
+  };
+  return work_.Run({.idle = kIdle,
+                    .stop = cmdStop,
+                    .rest = lstvPlugin,
+                    .show = [this](const Progress&) { display_.Flush(); }},
+                   run);
+}
+
+void FrmPluginManager::Process() {
+  const std::vector<size_t> rows = list_.SelectedRows();
+  const auto process = [&](CleaningContext& context) {
     manager_.Process(context, rows, [this] {
       display_.SetStatus(manager_.status());
       display_.Flush();
     });
   };
-  const LongWork::End end = work_.Run({.idle = kIdle,
-                                       .stop = cmdStop,
-                                       .rest = lstvPlugin,
-                                       .show = [this](const Progress&) { display_.Flush(); }},
-                                      process);
-  if (end == LongWork::End::kGone) return;
+  LongWork::End end = LongWork::End::kDone;
+  bool may_go = true;
+  if (engine_.preferences().ask) {
+    PreviewRun preview(machine_, display_);
+    end = Work([&] { preview.RunByHand(process); });
+    may_go = end == LongWork::End::kDone && !preview.state().AbortRequested &&
+             MayGo(window(), EntryList(machine_.system, preview.entries(), true).Question());
+  }
+  if (!may_go && window()) display_.SetStatus("Nothing was removed");
+  if (may_go) {
+    CleaningContext context{machine_, engine_.settings(), engine_.state(), display_,
+                            engine_.context().backup};
+    end = Work([&] {
+      process(context);
+      KeepRun(context);
+    });
+  }
+  if (end == LongWork::End::kGone || !window()) return;
   if (end == LongWork::End::kCloses) return OnClose();
+  display_.Flush();
   EnableCommands();
   SetFocus(Control(lstvPlugin));
 }

@@ -39,6 +39,7 @@ class FrmPluginManager : public OwnedWindow {
   void EnableCommands();
   void TickAll(bool ticked);
   void Edit();
+  LongWork::End Work(const std::function<void()>& work);
   void Process();
 
   Engine& engine_;

@@ -52,7 +52,7 @@ void FrmPreview::TickAll(bool ticked) {
 void FrmPreview::Clean() {
   const EntryList& list = *entries_.list();
   const std::string question = asks() ? list.Question() : "";
-  if (!question.empty() && AskForGood(window(), question, false) != AskedForGood::kYes) return;
+  if (!MayGo(window(), question)) return;
   const std::shared_ptr<RunChoice> choice = list.Choice();
   OnClose();
   on_clean(choice);

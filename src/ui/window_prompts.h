@@ -35,6 +35,10 @@ std::optional<SavePlace> AskWhereToSave(HWND owner, std::span<const FileFilter> 
 enum class AskedForGood { kYes, kShow, kCancel };
 // `question` begins with the verb of the first button; `shows` adds one that shows what goes.
 AskedForGood AskForGood(HWND owner, std::string_view question, bool shows);
+// The same where nothing can be shown; without a question nothing is asked.
+inline bool MayGo(HWND owner, std::string_view question) {
+  return question.empty() || AskForGood(owner, question, false) == AskedForGood::kYes;
+}
 
 // Opens a file, folder or address with the program Windows has for it; false when it has none.
 bool OpenByShell(HWND owner, std::string_view target);

@@ -231,6 +231,13 @@ TEST_F(PluginWindowsTest, TicksAndSelectionDecideWhatIsProcessedEditedAndDeleted
   WriteBytes(Recipe("qx one.cdp"), Text("F|No|No|C:\\quellix-tests\\plugins\\in\\*.log\r\n"));
   WriteBytes(Recipe("qx two.cdp"), Text("F|No|No|C:\\quellix-tests\\plugins\\in\\*.txt\r\n"));
   WriteBytes(List(), Text("0|qx one.cdp|first\r\n1|qx two.cdp|second\r\n1|gone.cdp|\r\n"));
+  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nAsk=1\r\nKeepLogs=5\r\n");
+  const std::filesystem::path logs = ProgramFolder() / "Logs";
+  std::filesystem::remove_all(logs);
+  const auto count_kept = [&] {
+    return std::distance(std::filesystem::directory_iterator(logs), {});
+  };
+  constexpr int kYes = 100;
   const QuellixWindow window;
   HWND manager = OpenManager(window);
   EXPECT_TRUE(AwaitText(manager, lblStatus, L"2 plugin(s) listed"));
@@ -242,6 +249,11 @@ TEST_F(PluginWindowsTest, TicksAndSelectionDecideWhatIsProcessedEditedAndDeleted
   ASSERT_TRUE(AwaitGone(manager));
   EXPECT_EQ(ReadBytes(List()), Text("1|qx one.cdp|first\r\n0|qx two.cdp|second\r\n"));
   window.Choose(mnuProcessPlugin);
+  ASSERT_TRUE(window.Answer(L"Delete 1 file (2.00 KB) for good?", IDCANCEL));
+  EXPECT_TRUE(std::filesystem::exists(kFolder / "in" / "a.log"));
+  EXPECT_FALSE(std::filesystem::exists(logs));
+  window.Choose(mnuProcessPlugin);
+  ASSERT_TRUE(window.Answer(L"Delete 1 file (2.00 KB) for good?", kYes));
   EXPECT_TRUE(
       window.Answer(L"Files Deleted: 1\r\nSpace Gained: 2.00  KB\r\nBacked Up: 0 file(s)", IDOK));
   EXPECT_FALSE(fs::exists(kFolder / "in" / "a.log"));
@@ -261,6 +273,11 @@ TEST_F(PluginWindowsTest, TicksAndSelectionDecideWhatIsProcessedEditedAndDeleted
   PressIn(manager, mnuSelectAll);
   ASSERT_TRUE(AwaitEnabled(manager, mnuProcess));
   PressIn(manager, mnuProcess);
+  ASSERT_TRUE(window.Answer(L"Delete 1 file (0 Bytes) for good?", IDCANCEL));
+  EXPECT_TRUE(AwaitText(manager, lblStatus, L"Nothing was removed"));
+  EXPECT_TRUE(std::filesystem::exists(kFolder / "in" / "kept.txt"));
+  PressIn(manager, mnuProcess);
+  ASSERT_TRUE(window.Answer(L"Delete 1 file (0 Bytes) for good?", kYes));
   EXPECT_TRUE(AwaitText(manager, lblStatus,
                         L"Processed selected plugin(s) Total Files Deleted: 1 Space Gained: none"))
       << testing::PrintToString(Shown(manager, lblStatus));
@@ -268,6 +285,8 @@ TEST_F(PluginWindowsTest, TicksAndSelectionDecideWhatIsProcessedEditedAndDeleted
   PressIn(manager, mnuExit);
   ASSERT_TRUE(AwaitGone(manager));
   EXPECT_EQ(ReadBytes(List()), Text("0|qx two.cdp|second\r\n"));
+  EXPECT_EQ(count_kept(), 2);
+  std::filesystem::remove_all(logs);
 }
 
 }  // namespace
