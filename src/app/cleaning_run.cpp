@@ -34,11 +34,13 @@ void EndChoice(CleaningContext& context) {
 
 // A failure is told by EndRun, which stores the time of the run in the same file.
 void NoteItemsCleaned(CleaningContext& context) {
+  if (context.state.IsPreview) return;
   std::vector<std::string_view> keys;
   for (const Item& item : AllItems()) {
     const Outcome outcome = context.state.Outcomes[item.run_order - 1];
     if (outcome == Outcome::kCleaned) keys.emplace_back(item.key);
   }
+  if (context.state.AbortRequested && !keys.empty()) keys.pop_back();  // the one in work
   try {
     context.settings.StoreItemsCleaned(keys);
   } catch (const Error&) {
@@ -79,13 +81,14 @@ void RemoveOldBackups(CleaningContext& context) {
 
 // Stop has taken effect: no totals, no log window. What is then deleted by hand has a backup of its
 // own.
-void AbortRun(CleaningContext& context, std::string_view message) {
+void AbortRun(CleaningContext& context, std::string_view message, FreeSpaceCheck& free_space) {
   DropArchive(context);
-  NamePrograms(context);
+  NoteItemsCleaned(context);
   EndChoice(context);
   FinishResults(context);
   CloseBackup(context);
   context.state.RunLog.append(message).append("\r\n");
+  free_space.Tell();
   KeepRun(context);
   context.view.KeepReport(ReportOf(context));
   EndRun(context, message);
@@ -152,6 +155,7 @@ std::string_view AbortMessage(const Item& item) {
 }  // namespace
 
 void KeepRun(CleaningContext& context) {
+  if (context.state.IsPreview) return;
   if (!context.settings.IsReadable()) return;  // how many are wanted nobody can tell
   try {
     RunLogs(context.machine).Keep(context.state, context.settings.Load().kept_logs);
@@ -167,7 +171,7 @@ void RunCleaning(CleaningContext& context, const Selection& selection) {
   for (const Item& item : AllItems()) {
     if (selection.IsChecked(item)) RunItem(context, item);
     if (item.run_order >= kFirstItemWithStop && context.state.AbortRequested) {
-      AbortRun(context, AbortMessage(item));
+      AbortRun(context, AbortMessage(item), free_space);
       return;
     }
   }
@@ -189,7 +193,7 @@ void RunOneItem(CleaningContext& context, const Item& item) {
   FreeSpaceCheck free_space(context);
   RunItem(context, item);
   if (context.state.AbortRequested) {
-    AbortRun(context, AbortMessage(item));
+    AbortRun(context, AbortMessage(item), free_space);
   } else {
     FinishRun(context, free_space);
   }

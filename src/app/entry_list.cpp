@@ -41,18 +41,14 @@ std::string NoteText(const RunEntries& entries, const RunEntry& entry, bool is_p
 }
 
 // What an entry lies in: its folder, its key, or of what lies in none its kind.
-RunEntry PlaceAround(const RunEntry& entry) {
+std::pair<EntryKind, std::string_view> PlaceAround(const RunEntry& entry) {
   const bool is_value = entry.kind == EntryKind::kRegistryValue;
   const bool is_key = is_value || entry.kind == EntryKind::kRegistryKey;
   const size_t end = is_value ? entry.place.size() : entry.place.rfind('\\');
-  RunEntry around{.kind = is_key ? EntryKind::kRegistryKey : EntryKind::kFolder};
-  if (end == std::string::npos || entry.kind == EntryKind::kCacheEntry) {
-    around.kind = EntryKind::kCacheEntry;
-    around.place = KindText(entry.kind);
-  } else {
-    around.place = entry.place.substr(0, end);
-  }
-  return around;
+  if (end == std::string::npos || entry.kind == EntryKind::kCacheEntry)
+    return {EntryKind::kCacheEntry, KindText(entry.kind)};
+  return {is_key ? EntryKind::kRegistryKey : EntryKind::kFolder,
+          std::string_view(entry.place).substr(0, end)};
 }
 
 }  // namespace
@@ -62,43 +58,71 @@ EntryList::EntryList(System& system, std::shared_ptr<const RunEntries> entries, 
       entries_(std::move(entries)),
       is_preview_(is_preview),
       unticked_(entries_->all.size()) {
+  CountAll();
   List();
 }
 
 void EntryList::Grow() {
   const Index known = static_cast<Index>(unticked_.size());
   unticked_.resize(entries_->all.size());
-  if (is_grouped_) return List();
-  const size_t shown = view_.size();
-  for (Index entry = known; entry < unticked_.size(); ++entry) {
+  for (Index entry = known; entry < unticked_.size(); ++entry) Count(entry, 1);
+  AddAll(known);
+}
+
+void EntryList::Settle() {
+  if (order_ || is_grouped_) List();
+}
+
+void EntryList::AddAll(Index from) {
+  for (Index entry = from; entry < unticked_.size(); ++entry) {
     if (PassesFilter(entry)) view_.push_back(entry);
   }
-  if (order_) SortView(shown);
 }
 
 void EntryList::List() {
   view_.clear();
   headings_.clear();
-  for (Index entry = 0; entry < unticked_.size(); ++entry) {
-    if (PassesFilter(entry)) view_.push_back(entry);
-  }
-  if (order_) SortView(0);
+  AddAll(0);
+  if (order_) Order();
   if (is_grouped_) AddHeadings();
 }
 
-void EntryList::SortView(size_t sorted) {
-  SortRows(view_, sorted, order_->descending,
+void EntryList::Order() {
+  SortRows(view_, 0, order_->descending,
            [this](Index a, Index b) { return Compare(entries_->all[a], entries_->all[b]); });
+}
+
+void EntryList::CountAll() {
+  totals_ = {};
+  for (Index entry = 0; entry < unticked_.size(); ++entry) Count(entry, 1);
+}
+
+// Adds an entry to the totals, or with -1 takes it away.
+void EntryList::Count(Index index, int sign) {
+  const RunEntry& entry = entries_->all[index];
+  if (!IsOfItems(entry)) return;
+  const auto step = static_cast<uint64_t>(int64_t{sign});
+  if (entry.fate == Fate::kStayed) totals_.stayed += step;
+  if (entry.fate == Fate::kKept) totals_.kept += step;
+  if (entry.fate != Fate::kRemoved || unticked_[index]) return;
+  totals_.going += step;
+  totals_.bytes += step * entry.bytes;
 }
 
 // By name; those of one heading stay in their order.
 void EntryList::AddHeadings() {
   std::map<std::string, std::pair<Heading, std::vector<Index>>> groups;
+  decltype(groups)::iterator last = groups.end();
+  std::string_view last_place;  // most entries lie where the one before does
   for (const Index index : view_) {
     const RunEntry& entry = entries_->all[index];
-    const RunEntry around = PlaceAround(entry);
-    auto& [heading, members] = groups[UpCase(around.place)];
-    if (members.empty()) heading.place = around;
+    const auto [kind, place] = PlaceAround(entry);
+    if (last == groups.end() || place != last_place) {
+      last = groups.try_emplace(UpCase(place)).first;
+      last_place = place;
+    }
+    auto& [heading, members] = last->second;
+    if (members.empty()) heading.place = {.kind = kind, .place = std::string(place)};
     ++heading.count;
     if (entry.fate == Fate::kRemoved) heading.place.bytes += entry.bytes;
     members.push_back(index);
@@ -118,6 +142,7 @@ void EntryList::SetGrouped(bool grouped) {
 
 void EntryList::ShowItems(const std::optional<std::array<bool, 30>>& items) {
   items_ = items;
+  CountAll();
   List();
 }
 
@@ -188,7 +213,7 @@ int EntryList::Compare(const RunEntry& a, const RunEntry& b) const {
 void EntryList::Sort(RunColumn column) {
   TurnOrder(order_, column);
   if (is_grouped_) return List();
-  SortView(0);
+  Order();
 }
 
 bool EntryList::IsOfItems(const RunEntry& entry) const {
@@ -231,7 +256,10 @@ void EntryList::SetTicked(size_t row, bool ticked) {
     for (size_t below = first; below < end; ++below) SetTicked(below, ticked);
     return;
   }
-  if (is_preview_ && At(row).fate == Fate::kRemoved) unticked_[view_[row]] = !ticked;
+  if (!is_preview_ || At(row).fate != Fate::kRemoved || ticked == IsTicked(row)) return;
+  if (!ticked) Count(view_[row], -1);
+  unticked_[view_[row]] = !ticked;
+  if (ticked) Count(view_[row], 1);
 }
 
 void EntryList::TickAll(bool ticked) {
@@ -248,24 +276,14 @@ std::string EntryList::Question() const {
 }
 
 std::string EntryList::Summary() const {
-  uint64_t going = 0, stayed = 0, kept = 0;
-  double bytes = 0;
-  for (Index i = 0; i < unticked_.size(); ++i) {
-    const RunEntry& entry = entries_->all[i];
-    if (!IsOfItems(entry)) continue;
-    if (entry.fate == Fate::kStayed) ++stayed;
-    if (entry.fate == Fate::kKept) ++kept;
-    if (entry.fate != Fate::kRemoved || unticked_[i]) continue;
-    ++going;
-    bytes += static_cast<double>(entry.bytes);
-  }
+  const auto [going, bytes, stayed, kept] = totals_;
   const Locale locale = system_.UserLocale();
   const auto count = [&](uint64_t number) {
     return FormatNumber(static_cast<double>(number), 0, locale);
   };
   std::string text = count(going) + (going == 1 ? " entry" : " entries") +
                      (is_preview_ ? " to be removed, " : " removed, ") +
-                     FormatSize(bytes, 2, true, locale);
+                     FormatSize(static_cast<double>(bytes), 2, true, locale);
   if (stayed > 0) text += "; " + count(stayed) + (is_preview_ ? " will stay" : " stayed");
   if (kept > 0) text += "; " + count(kept) + " kept";
   if (entries_->left_out > 0) text += "; " + count(entries_->left_out) + " not listed";

@@ -44,8 +44,10 @@ class EntryList {
   // ticks them all.
   void SetGrouped(bool grouped);
   bool is_grouped() const { return is_grouped_; }
-  // Takes in what the run has come by since.
+  // Takes in what the run has come by since; until Settle that stands at the end, whatever the
+  // order.
   void Grow();
+  void Settle();
 
   // Of what would be removed: whether it is to be. All are at first.
   bool IsTicked(size_t row) const;
@@ -72,7 +74,10 @@ class EntryList {
   };
 
   void List();
-  void SortView(size_t sorted);
+  void AddAll(Index from);
+  void CountAll();
+  void Count(Index entry, int sign);
+  void Order();
   void AddHeadings();
   std::string HeadingText(size_t row, RunColumn column) const;
   // The rows below a heading: from the first to one behind the last.
@@ -92,6 +97,10 @@ class EntryList {
   std::optional<std::array<bool, 30>> items_;
   bool is_grouped_ = false;
   std::vector<Heading> headings_;
+  // Of all that the items name.
+  struct Totals {
+    uint64_t going = 0, bytes = 0, stayed = 0, kept = 0;
+  } totals_;
 };
 
 }  // namespace quellix

@@ -144,7 +144,6 @@ void ItemList::SetFolded(Group group, bool folded) {
 void ItemList::BeginLook(const RunState& state) {
   Forget();
   look_ = &state;
-  has_looked_ = true;
 }
 
 void ItemList::Follow() {
@@ -162,20 +161,24 @@ void ItemList::Follow() {
   }
   for (size_t i = 0; i < found_.size(); ++i) {
     found_[i].outcome = look_->Outcomes[i];
-    if (found_[i].outcome != Outcome::kNotChosen) found_[i].looked = true;
+    found_[i].done = found_[i].outcome != Outcome::kNotChosen;
+    found_[i].looked = found_[i].looked || found_[i].done;
   }
+  if (!look_->AbortRequested) return;
+  // The last one was not looked at to its end.
+  const auto last =
+      std::find_if(found_.rbegin(), found_.rend(), [](const Found& found) { return found.done; });
+  if (last != found_.rend()) last->done = false;
 }
 
 void ItemList::EndLook() {
   Follow();
   look_ = nullptr;
-  if (order_) Refresh();
 }
 
 void ItemList::Forget() {
   look_ = nullptr;
   taken_in_ = 0;
-  has_looked_ = false;
   found_ = {};
 }
 
@@ -183,7 +186,8 @@ std::array<bool, 30> ItemList::ItemsOf(size_t row) const {
   std::array<bool, 30> items{};
   for (const Item& item : AllItems()) {
     const Row& at = rows_[row];
-    items[IndexOf(item)] = at.item ? at.item == &item : at.group == item.group;
+    const bool is_below = at.group == item.group && (at.IsHeading() || IsFoldedAway(item));
+    items[IndexOf(item)] = at.item ? at.item == &item : is_below;
   }
   return items;
 }
@@ -252,9 +256,9 @@ std::string ItemList::Details(size_t row) const {
   const Row& at = rows_[row];
   if (at.folded > 0) return "What only older Windows have. Space shows it.";
   if (at.item == nullptr) {
-    return NoteOf(at.group) +
-           ". A click on the name, or Space, ticks the whole group but for what "
-           "cannot be had back, and clears it when all is ticked.";
+    return NoteOf(at.group) + ". A click on the name, or Space, ticks the whole group" +
+           (selection_.selects_risky() ? "" : " but for what cannot be had back") +
+           ", and clears it when all is ticked.";
   }
   const ItemGuide& guide = at.item->guide;
   std::string text = guide.removes;
@@ -269,14 +273,16 @@ std::string ItemList::Summary() const {
   const auto ticked = static_cast<uint64_t>(selection_.CountChecked());
   if (ticked == 0) return "Nothing is ticked";
   std::string text = CountText(ticked) + (ticked == 1 ? " item" : " items");
-  if (!has_looked_) return text;
   double bytes = 0;
-  bool is_whole = true;
+  bool is_whole = true, has_looked = false;
   for (const Item& item : AllItems()) {
     if (!selection_.IsChecked(item)) continue;
-    bytes += found_[IndexOf(item)].bytes;
-    is_whole = is_whole && found_[IndexOf(item)].looked;
+    const Found& found = found_[IndexOf(item)];
+    bytes += found.bytes;
+    is_whole = is_whole && found.done;
+    has_looked = has_looked || found.looked;
   }
+  if (!has_looked) return text;
   text += ", " + FormatSize(bytes, 2, true, machine_.system.UserLocale());
   return is_whole ? text : text + " found so far";
 }

@@ -63,6 +63,7 @@ class ItemList {
   void BeginLook(const RunState& state);
   // Takes in what has come since.
   void Follow();
+  // What is found by now stays, in the rows as they stand: Refresh sorts by it.
   void EndLook();
   void Forget();
   // Of the entries that a row stands for, the items, by run order from 0.
@@ -75,7 +76,8 @@ class ItemList {
 
  private:
   struct Found {
-    bool looked = false;
+    bool looked = false;  // something was found, or it is done
+    bool done = false;
     Outcome outcome = Outcome::kNotChosen;
     double bytes = 0;
     uint64_t count = 0, stays = 0;
@@ -101,7 +103,6 @@ class ItemList {
   std::array<Found, 30> found_{};  // by run order, from 0
   const RunState* look_ = nullptr;
   size_t taken_in_ = 0;  // of its entries
-  bool has_looked_ = false;
 };
 
 // How what is chosen goes: "deleted for good".

@@ -46,10 +46,13 @@ void FreeSpaceCheck::Tell() {
 }
 
 void NamePrograms(CleaningContext& context) {
-  // Beyond the most that are noted there is no entry.
+  if (context.state.AbortRequested) return;
+  // Each takes a while. Beyond the most that are noted there is no entry.
   for (const size_t index : context.state.MaybeHeld) {
     if (index >= context.state.Entries->all.size()) break;
     RunEntry& entry = context.state.Entries->all[index];
+    if (entry.kind != EntryKind::kFile) continue;
+    if (context.view.Breathe()) break;
     const std::string programs = Joined(context.machine.session.ProgramsUsing(entry.place));
     if (!programs.empty()) entry.note += " In use by: " + programs + ".";
   }

@@ -23,7 +23,8 @@ class FreeSpaceCheck {
   std::map<char, uint64_t> before_;  // bytes, by drive letter
 };
 
-// Adds to the first entries that stay because they are held which programs hold them.
+// Adds to the first files that stay because they are held which programs hold them, where nobody
+// waits for a stop.
 void NamePrograms(CleaningContext& context);
 
 }  // namespace quellix

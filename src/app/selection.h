@@ -34,6 +34,7 @@ class Selection {
   // A click on Check3: every box that can be clicked takes its state; of risky ones likewise.
   void SelectAll(bool checked);
   int CountChecked() const;
+  bool selects_risky() const { return select_risky_; }
   // Of a group's boxes, how many can be clicked or are checked, and how many are checked.
   struct Count {
     int all = 0, checked = 0;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "backup/backups.h"
+#include "backup/recycled.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -16,6 +17,11 @@ namespace {
 
 bool IsIn(const RunEntry& entry, size_t archive) {
   return entry.archive == archive && entry.fate == Fate::kRemoved;
+}
+
+bool IsRecycled(const RunEntry& entry) {
+  return entry.way == Way::kRecycled && entry.kind == EntryKind::kFile &&
+         entry.fate == Fate::kRemoved;
 }
 
 // As an archive names a file: below "C:\", or below the "\\" of a server.
@@ -46,7 +52,7 @@ void Add(RestoreResult& sum, RestoreResult part) {
 
 bool CanUndo(const RunEntries& run) {
   return std::ranges::any_of(run.all, [](const RunEntry& entry) {
-    return entry.archive != 0 && entry.fate == Fate::kRemoved;
+    return (entry.archive != 0 || IsRecycled(entry)) && entry.fate == Fate::kRemoved;
   });
 }
 
@@ -73,6 +79,11 @@ RestoreResult UndoRun(const Machine& machine, const RunEntries& run, Prompts& pr
       sum.problems.push_back(error.what());
     }
   }
+  std::vector<RecycledFile> recycled;
+  for (const RunEntry& entry : run.all) {
+    if (IsRecycled(entry)) recycled.push_back({entry.place, entry.bytes});
+  }
+  if (!recycled.empty() && !sum.cancelled) Add(sum, RestoreRecycled(machine, recycled, pause));
   return sum;
 }
 

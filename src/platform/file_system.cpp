@@ -4,6 +4,10 @@
 #include "platform/path.h"
 
 namespace quellix {
+
+void Folder::MoveTo(std::string_view from, Folder&, std::string_view) {
+  throw NotAvailable("Nothing can be moved here: " + std::string(from));
+}
 namespace {
 
 // A folder's own name, whether or not a "\\" follows it.

@@ -167,6 +167,9 @@ class Folder {
   // Within this folder, in one step; kExists when `to` is taken and is to stay. A folder is never
   // replaced, nor by one. With kReplace `from` is first brought onto the disk.
   virtual void Rename(std::string_view from, std::string_view to, IfThere if_there) = 0;
+  // Moves a file into another open folder of the same drive, in one step; kExists when `to` is
+  // taken.
+  virtual void MoveTo(std::string_view from, Folder& folder, std::string_view to);
   // Returns when the names as they are now are on the disk, where the system can promise it.
   virtual void Flush() = 0;
 

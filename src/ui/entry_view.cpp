@@ -105,8 +105,13 @@ void EntryView::Grow() {
   list_->Grow();
   if (list_->RowCount() == before) return;
   view_.GrowTo(static_cast<int>(list_->RowCount()));
-  if (list_->order() || list_->is_grouped() || before < kScreenful) view_.Refresh();
+  if (before < kScreenful) view_.Refresh();
   ShowSummary();
+}
+
+void EntryView::Settle() {
+  list_->Settle();
+  view_.Refresh();
 }
 
 void EntryView::ShowSummary() const {
@@ -186,6 +191,7 @@ void EntryView::KeepSelected() {
   }
   Refresh();
   ShowSummary();
+  if (on_kept) on_kept();
   if (!told.empty()) Tell(told);  // meanwhile the window may show another run
 }
 
@@ -217,11 +223,12 @@ bool EntryView::OnCommand(int id, int code) {
 
 bool EntryView::OnNotify(NMHDR& header, LRESULT& result) {
   if (header.idFrom != lstvRun) return false;
-  view_.OnNotify(header, &result);
+  const bool is_answered = view_.OnNotify(header, &result);
   if (!list_) return true;
-  if (header.code == NM_CLICK || header.code == LVN_KEYDOWN) ShowSummary();  // a box may differ
+  const bool is_click = header.code == NM_CLICK || header.code == NM_DBLCLK;
+  if (is_click || header.code == LVN_KEYDOWN) ShowSummary();  // a box may differ
   if (header.code == LVN_COLUMNCLICK) Sort(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem);
-  if (header.code == NM_DBLCLK) OpenFolder();
+  if (header.code == NM_DBLCLK && !is_answered) OpenFolder();
   if (header.code == LVN_KEYDOWN && GetKeyState(VK_CONTROL) < 0) {
     const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
     if (key == 'A') view_.SelectAll();

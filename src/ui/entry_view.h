@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,14 +20,18 @@ class EntryView {
 
   explicit EntryView(const Machine& machine) : machine_(machine) {}
 
+  // Called when entries were added to the keep list.
+  std::function<void()> on_kept;
+
   // `place_width`: of the first column, in 96-DPI units.
   void Attach(HWND window, int place_width = kPlaceWidth);
   void OnResolution(int dpi);
   void Show(std::shared_ptr<const RunEntries> entries, Kind kind);
   // See EntryList.
   void ShowItems(const std::optional<std::array<bool, 30>>& items);
-  // Takes in what the run has come by since.
+  // Takes in what the run has come by since; in the chosen order when it is over.
   void Grow();
+  void Settle();
   // Null before the first Show.
   EntryList* list() { return list_ ? &*list_ : nullptr; }
   void ShowSummary() const;

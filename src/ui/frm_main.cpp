@@ -110,7 +110,7 @@ void FrmMain::OnInit() {
   };
   preview_.asks = [this] { return engine_.preferences().ask; };
   FollowSettings();
-  display_.Attach(window(), [this](const Item* item) { PlaceCurrentItem(item); });
+  display_.Attach(window(), [this](const Item* item) { ShowCurrentItem(item); });
   display_.ReviewFinds(machine_);
   display_.Flush();
 }
@@ -119,6 +119,8 @@ void FrmMain::BindItems() {
   items_.may_change = [this] { return !work_.working(); };
   items_.on_ticks = [this] { ShowSummary(); };
   items_.on_selected = [this] { ShowSelected(); };
+  items_.on_moved = [this] { PlaceCurrentItem(); };
+  pane_.on_kept = [this] { ForgetLook(); };
   items_.Attach(window());
   pane_.Attach();
 }
@@ -141,14 +143,15 @@ void FrmMain::ShowSelected() { pane_.Show(items_.list(), items_.Selected()); }
 void FrmMain::ShowSummary() {
   const std::string what = items_.list().Summary();
   const std::string how(RemovalText(engine_.preferences().RemovalMode));
-  SetText(lnkRemoval, what + ", <a>" + how + "</a>");
+  std::string summary = what + ", <a>" + how + "</a>";
+  if (summary == summary_) return;  // a link that is set anew paints itself
+  summary_ = std::move(summary);
+  SetText(lnkRemoval, summary_);
 }
 
-// Settings that were read anew. A tip that is shown stays.
+// Settings that were read anew: a look may find other things by them. A tip that is shown stays.
 void FrmMain::FollowSettings() {
-  items_.Refresh();
-  ShowSelected();
-  ShowSummary();
+  ForgetLook();
   const bool wants_tip = engine_.preferences().tip_box;
   if (wants_tip != pane_.ShowsTip()) pane_.NextTip(wants_tip);
   if (engine_.auto_clean().IsOn()) {
@@ -180,7 +183,7 @@ void FrmMain::OnTimer(UINT_PTR id) {
 
 void FrmMain::OnSized() {
   items_.OnSized(dpi());
-  PlaceCurrentItem(current_item_);
+  PlaceCurrentItem();
   InvalidateRect(window(), nullptr, TRUE);
 }
 
@@ -274,6 +277,10 @@ std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Look& look) {
   if (window()) FollowLook();
   look_ = nullptr;
   items_.list().EndLook();
+  if (window()) {
+    pane_.Settle();
+    items_.Refresh();
+  }
   if (!window() || !is_whole || preview.state().AbortRequested) return nullptr;
   if (preview.state().SomeErrors) Warn(preview.state().RunLog);
   const bool is_refused = preview.state().SomeErrors && preview.entries()->all.empty();
@@ -299,7 +306,6 @@ void FrmMain::ForgetLook() {
   items_.list().Forget();
   pane_.ShowEntries(nullptr);
   items_.Refresh();
-  ShowSelected();
   ShowSummary();
 }
 
@@ -396,11 +402,16 @@ void FrmMain::ShowOneItemMenu(const Item& item, POINT screen) {
   if (chosen == mnuPopup) Clean(&item);
 }
 
-// The picture stands in the margin, to the left of the item's row.
-void FrmMain::PlaceCurrentItem(const Item* item) {
+void FrmMain::ShowCurrentItem(const Item* item) {
   current_item_ = item;
+  if (item != nullptr) items_.BringIntoView(*item);
+  PlaceCurrentItem();
+}
+
+// The picture stands in the margin, to the left of the item's row.
+void FrmMain::PlaceCurrentItem() {
   const HWND picture = Control(imgCurrent);
-  const RECT row = item ? items_.Show(*item) : RECT{};
+  const RECT row = current_item_ ? items_.PlaceOf(*current_item_) : RECT{};
   if (IsRectEmpty(&row)) {
     ShowWindow(picture, SW_HIDE);
     return;
@@ -423,8 +434,17 @@ void FrmMain::GoToTray() {
   ShowWindow(window(), has_icon ? SW_HIDE : SW_MINIMIZE);
 }
 
+// Esc in a field of several lines would close the window.
+bool FrmMain::OnKey(MSG& message) {
+  if (message.message != WM_KEYDOWN || message.wParam != VK_ESCAPE)
+    return IsLetterForButton(message);
+  OnCommand(IDCANCEL, BN_CLICKED);
+  return true;
+}
+
 bool FrmMain::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
   tray_.Follow(message);
+  if (message == WM_THEMECHANGED || message == WM_SYSCOLORCHANGE) OnResolution();
   if (message == WM_SHOWWINDOW && wparam) tray_.Hide();
   if (message != TrayIcon::kMessage) return false;
   switch (LOWORD(lparam)) {

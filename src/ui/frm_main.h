@@ -75,7 +75,7 @@ class FrmMain : public Dialog {
   void FollowLook();
   void ForgetLook();
   void ShowPreview(std::shared_ptr<const RunEntries> found);
-  bool OnKey(MSG& message) override { return IsLetterForButton(message); }
+  bool OnKey(MSG& message) override;
   void Run(const std::function<void()>& work);
   void Work(const std::function<void()>& work);
   void AfterRun(LongWork::End end);
@@ -83,7 +83,8 @@ class FrmMain : public Dialog {
   void ShowLastLog();
   void ProcessPlugins();
   void ShowOneItemMenu(const Item& item, POINT screen);
-  void PlaceCurrentItem(const Item* item);
+  void ShowCurrentItem(const Item* item);
+  void PlaceCurrentItem();
   void ShowPicture();
   int FooterTop() const;
   void Warn(const std::string& text) const;
@@ -103,6 +104,7 @@ class FrmMain : public Dialog {
   TrayIcon tray_;
   UniqueIcon picture_;  // beside the current item
   const Item* current_item_ = nullptr;
+  std::string summary_;               // as shown
   const PreviewRun* look_ = nullptr;  // that is in work
   std::optional<RunReport> last_report_;
   LongWork work_{*this};

@@ -11,7 +11,7 @@ namespace {
 constexpr Anchor kAnchors[] = {
     {lblRunSummary, 0, 0, 1, 0}, {lblFilter, 1, 0, 1, 0},      {txtFilter, 1, 0, 1, 0},
     {lstvRun, 0, 0, 1, 1},       {cmdSelectAll, 0, 1, 0, 1},   {cmdDeselectAll, 0, 1, 0, 1},
-    {chkByFolder, 0, 0, 0, 0},   {cmdKeepEntry, 0, 1, 0, 1},   {cmdOpenFolder, 0, 1, 0, 1},
+    {chkByFolder, 1, 0, 1, 0},   {cmdKeepEntry, 0, 1, 0, 1},   {cmdOpenFolder, 0, 1, 0, 1},
     {cmdCopy, 0, 1, 0, 1},       {cmdCleanTicked, 1, 1, 1, 1}, {IDCANCEL, 1, 1, 1, 1},
 };
 

@@ -9,11 +9,16 @@ constexpr int kPlaceWidth = 190;  // 96-DPI units
 
 }  // namespace
 
-void ItemPane::Attach() { entries_.Attach(window_.window(), kPlaceWidth); }
+void ItemPane::Attach() {
+  entries_.on_kept = [this] { on_kept(); };
+  entries_.Attach(window_.window(), kPlaceWidth);
+}
 
 void ItemPane::Reveal(std::initializer_list<int> controls, bool shown) const {
   for (const int control : controls) {
-    ShowWindow(window_.Control(control), shown ? SW_SHOWNA : SW_HIDE);
+    const HWND handle = window_.Control(control);
+    if (!shown && GetFocus() == handle) window_.FocusOn(window_.Control(lstvItems));
+    ShowWindow(handle, shown ? SW_SHOWNA : SW_HIDE);
   }
 }
 
@@ -25,7 +30,9 @@ void ItemPane::NextTip(bool wanted) {
 
 void ItemPane::Show(const ItemList& list, std::optional<size_t> row) {
   has_row_ = row.has_value();
-  items_ = row ? std::optional(list.ItemsOf(*row)) : std::nullopt;
+  const auto items = row ? std::optional(list.ItemsOf(*row)) : std::nullopt;
+  const bool is_other = items != items_;
+  items_ = items;
   if (row) {
     window_.SetText(lblItem, list.Text(*row, ItemColumn::kName));
     window_.SetText(txtItem, list.Details(*row));
@@ -33,7 +40,7 @@ void ItemPane::Show(const ItemList& list, std::optional<size_t> row) {
   }
   Reveal({lblItem, txtItem}, has_row_);
   Reveal({lblTip, txtTip, cmdNextTip}, !has_row_ && !tip_.empty());
-  if (found_) entries_.ShowItems(items_);
+  if (found_ && is_other) entries_.ShowItems(items_);
 }
 
 void ItemPane::ShowEntries(std::shared_ptr<const RunEntries> found) {
@@ -44,6 +51,10 @@ void ItemPane::ShowEntries(std::shared_ptr<const RunEntries> found) {
     entries_.ShowItems(items_);
   }
   Reveal({lblRunSummary, lstvRun}, found_ != nullptr);
+}
+
+void ItemPane::Settle() {
+  if (found_) entries_.Settle();
 }
 
 }  // namespace quellix

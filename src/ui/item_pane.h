@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -18,6 +19,9 @@ class ItemPane {
   ItemPane(const Machine& machine, const Dialog& window, Tips& tips)
       : window_(window), tips_(tips), entries_(machine) {}
 
+  // Called when an entry was added to the keep list.
+  std::function<void()> on_kept;
+
   void Attach();
   void OnResolution(int dpi) { entries_.OnResolution(dpi); }
   // Another tip; without `wanted` none.
@@ -26,6 +30,8 @@ class ItemPane {
   void Show(const ItemList& list, std::optional<size_t> row);
   // The entries of a look, which may go on: again with those that have come since. Null for none.
   void ShowEntries(std::shared_ptr<const RunEntries> found);
+  // The look is over.
+  void Settle();
 
   bool OnCommand(int id, int code) { return found_ && entries_.OnCommand(id, code); }
   bool OnNotify(NMHDR& header, LRESULT& result) { return entries_.OnNotify(header, result); }

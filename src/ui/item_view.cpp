@@ -29,7 +29,6 @@ void ItemView::Attach(HWND window) {
   view_.SetTips(
       [this](int row) { return Wide(list_->Text(static_cast<size_t>(row), ItemColumn::kNote)); });
   view_.SetRows(static_cast<int>(list_->RowCount()));
-  ListView_SetItemState(control_, 0, LVIS_FOCUSED, LVIS_FOCUSED);
 }
 
 void ItemView::OnResolution(int dpi) { view_.SetResolution(dpi, kColumns, {}); }
@@ -55,17 +54,20 @@ RowLook ItemView::LookOf(int row) const {
 
 // The row that was selected stays so wherever it goes.
 void ItemView::Refresh() {
-  const std::optional<size_t> selected = Selected();
-  const std::optional<ItemList::Row> row =
-      selected ? std::optional(list_->At(*selected)) : std::nullopt;
+  is_moving_ = true;
   list_->Refresh();
   view_.SetRows(static_cast<int>(list_->RowCount()));
-  for (size_t i = 0; row && i < list_->RowCount(); ++i) {
+  for (size_t i = 0; selected_ && i < list_->RowCount(); ++i) {
     const ItemList::Row& at = list_->At(i);
-    if (at.group == row->group && at.item == row->item && at.IsHeading() == row->IsHeading()) {
-      return view_.Select(i);
-    }
+    if (at.group != selected_->group || at.item != selected_->item) continue;
+    if (at.IsHeading() != selected_->IsHeading()) continue;
+    view_.Select(i);
+    break;
   }
+  is_moving_ = false;
+  if (!Selected()) selected_.reset();
+  on_selected();
+  on_moved();
 }
 
 std::optional<size_t> ItemView::Selected() const {
@@ -74,12 +76,19 @@ std::optional<size_t> ItemView::Selected() const {
   return static_cast<size_t>(row);
 }
 
-RECT ItemView::Show(const Item& item) {
+void ItemView::BringIntoView(const Item& item) const {
   const std::optional<size_t> row = list_->RowOf(item);
-  RECT place{};
+  if (row) ListView_EnsureVisible(control_, static_cast<int>(*row), FALSE);
+}
+
+RECT ItemView::PlaceOf(const Item& item) const {
+  const std::optional<size_t> row = list_->RowOf(item);
+  RECT place{}, client{}, head{};
   if (!row) return place;
-  ListView_EnsureVisible(control_, static_cast<int>(*row), FALSE);
   ListView_GetItemRect(control_, static_cast<int>(*row), &place, LVIR_BOUNDS);
+  GetClientRect(control_, &client);
+  GetClientRect(ListView_GetHeader(control_), &head);
+  if (place.top < head.bottom || place.bottom > client.bottom) return {};
   MapWindowPoints(control_, window_, reinterpret_cast<POINT*>(&place), 2);
   return place;
 }
@@ -101,8 +110,10 @@ void ItemView::ToggleAll() {
 
 // The name of a group toggles it, and a fold opens wherever it is clicked.
 void ItemView::OnClick(const NMITEMACTIVATE& click) {
-  if (click.iItem < 0 || list_->At(static_cast<size_t>(click.iItem)).item != nullptr) return;
-  Toggle(click.iItem);
+  if (click.iItem < 0) return;
+  const ItemList::Row& row = list_->At(static_cast<size_t>(click.iItem));
+  const bool is_name = click.iSubItem == 0;
+  if (row.folded > 0 || (row.IsHeading() && is_name)) Toggle(click.iItem);
 }
 
 // As in a tree: to the right what is folded away appears, to the left it goes.
@@ -113,11 +124,19 @@ void ItemView::Fold(WORD key) {
   Refresh();
 }
 
+void ItemView::OnChanged(const NMLISTVIEW& change) {
+  if (is_moving_ || ((change.uNewState ^ change.uOldState) & LVIS_SELECTED) == 0) return;
+  const std::optional<size_t> row = Selected();
+  selected_ = row ? std::optional(list_->At(*row)) : std::nullopt;
+  on_selected();
+}
+
 bool ItemView::OnNotify(NMHDR& header, LRESULT& result) {
   if (header.idFrom != lstvItems || !list_) return false;
   const bool is_answered = view_.OnNotify(header, &result);
   switch (header.code) {
     case NM_CLICK:
+    case NM_DBLCLK:
       if (!is_answered) OnClick(reinterpret_cast<const NMITEMACTIVATE&>(header));
       return true;
     case LVN_COLUMNCLICK: {
@@ -133,7 +152,10 @@ bool ItemView::OnNotify(NMHDR& header, LRESULT& result) {
       return true;
     }
     case LVN_ITEMCHANGED:
-      on_selected();
+      OnChanged(reinterpret_cast<const NMLISTVIEW&>(header));
+      return true;
+    case LVN_ENDSCROLL:
+      on_moved();
       return true;
     default:
       return true;
@@ -144,7 +166,8 @@ const Item* ItemView::ItemForMenu(HWND control, POINT& screen) const {
   if (control != control_) return nullptr;
   const std::optional<size_t> row = Selected();
   screen = view_.MenuPlace(screen);
-  return row ? list_->At(*row).item : nullptr;
+  const Item* const item = row ? list_->At(*row).item : nullptr;
+  return item != nullptr && selection_.IsEnabled(*item) ? item : nullptr;
 }
 
 }  // namespace quellix

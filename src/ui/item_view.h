@@ -17,8 +17,8 @@ class ItemView {
 
   // Whether a click may change anything now.
   std::function<bool()> may_change;
-  // Called when ticks have changed, and when another row is selected.
-  std::function<void()> on_ticks, on_selected;
+  // Called when ticks have changed, when another row is selected, and when rows have moved.
+  std::function<void()> on_ticks, on_selected, on_moved;
 
   void Attach(HWND window);
   void OnResolution(int dpi);
@@ -30,14 +30,14 @@ class ItemView {
   void Repaint() const { view_.Refresh(); }
   // The row that the pane tells of; nothing without one.
   std::optional<size_t> Selected() const;
-  // Brings an item into view; where its row then stands in the window. Empty for one that is folded
-  // away.
-  RECT Show(const Item& item);
+  void BringIntoView(const Item& item) const;
+  // Where an item's row stands in the window; empty for one that is not in view.
+  RECT PlaceOf(const Item& item) const;
 
   void ToggleAll();
   bool OnNotify(NMHDR& header, LRESULT& result);
   // The item whose menu is asked for at `screen`, which is moved to the row when the keyboard
-  // asks; null for none.
+  // asks; null for none, and for one that is switched off.
   const Item* ItemForMenu(HWND control, POINT& screen) const;
 
  private:
@@ -45,6 +45,7 @@ class ItemView {
   RowLook LookOf(int row) const;
   void Toggle(int row);
   void OnClick(const NMITEMACTIVATE& click);
+  void OnChanged(const NMLISTVIEW& change);
   void Fold(WORD key);
 
   Machine machine_;
@@ -52,6 +53,8 @@ class ItemView {
   HWND window_ = nullptr, control_ = nullptr;
   std::optional<ItemList> list_;
   ListView view_;
+  std::optional<ItemList::Row> selected_;
+  bool is_moving_ = false;  // rows are being listed anew
 };
 
 }  // namespace quellix

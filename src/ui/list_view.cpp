@@ -22,6 +22,9 @@ constexpr struct {
               {CBS_UNCHECKEDDISABLED, DFCS_BUTTONCHECK | DFCS_INACTIVE},
               {CBS_CHECKEDDISABLED, DFCS_BUTTONCHECK | DFCS_CHECKED | DFCS_INACTIVE}};
 
+// As long as the list itself goes on with a name that is typed.
+constexpr ULONGLONG kMillisecondsOfTyping = 1000;
+
 }  // namespace
 
 UniqueImages MakeBoxImages(HWND window, int dpi) {
@@ -216,14 +219,18 @@ bool ListView::OnNotify(NMHDR& header, LRESULT* result) {
       return true;
     case LVN_ODFINDITEMW: {
       const auto& find = reinterpret_cast<const NMLVFINDITEMW&>(header);
-      if (!finder_ || !result || !(find.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL))) return false;
-      *result = finder_(find.lvfi.psz, find.iStart);
+      if (!result) return false;
+      const bool is_text = (find.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) != 0;
+      typed_at_ = GetTickCount64();
+      *result = finder_ && is_text ? finder_(find.lvfi.psz, find.iStart) : -1;
       return true;
     }
     case NM_CLICK:
+    case NM_DBLCLK:  // the second of two
       return OnClick(reinterpret_cast<const NMITEMACTIVATE&>(header));
     case LVN_KEYDOWN:
       if (!toggle_ || reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey != VK_SPACE) return false;
+      if (GetTickCount64() - typed_at_ < kMillisecondsOfTyping) return false;  // within a name
       ToggleSelected();
       return true;
     default:
@@ -270,22 +277,28 @@ bool ListView::OnClick(const NMITEMACTIVATE& click) {
   hit.pt = click.ptAction;
   const int row = ListView_HitTest(list_, &hit);
   if (row < 0 || hit.flags != LVHT_ONITEMSTATEICON) return false;
-  toggle_(row);
+  ToggleRow(row);
   Refresh();
   return true;
+}
+
+// Screen readers learn of a box by an event of its own.
+void ListView::ToggleRow(int row) {
+  toggle_(row);
+  NotifyWinEvent(EVENT_OBJECT_STATECHANGE, list_, OBJID_CLIENT, row + 1);
 }
 
 void ListView::ToggleSelected() {
   const int focused = ListView_GetNextItem(list_, -1, LVNI_FOCUSED);
   if (focused < 0) return;
   if (box_of_) {
-    toggle_(focused);
+    ToggleRow(focused);
     return Refresh();
   }
   const bool ticked = is_ticked_(focused);
   for (const size_t row : SelectedRows()) {
     const int index = static_cast<int>(row);
-    if (is_ticked_(index) == ticked) toggle_(index);
+    if (is_ticked_(index) == ticked) ToggleRow(index);
   }
   Refresh();
 }

@@ -94,6 +94,7 @@ class ListView {
   void Answer(LVITEMW& item) const;
   LRESULT Paint(NMLVCUSTOMDRAW& draw);
   bool OnClick(const NMITEMACTIVATE& click);
+  void ToggleRow(int row);
   void ToggleSelected();
 
   HWND list_ = nullptr;
@@ -106,6 +107,7 @@ class ListView {
   Tip tip_;
   UniqueImages images_, boxes_;
   UniqueFont heading_font_;
+  ULONGLONG typed_at_ = 0;  // milliseconds, of the tick count
 };
 
 }  // namespace quellix

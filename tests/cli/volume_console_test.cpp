@@ -1,7 +1,12 @@
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
 
 #include "cli/console_fixture.h"
 #include "support/hive_file.h"
@@ -40,6 +45,55 @@ TEST_F(VolumeConsoleTest, BadVolumesAndUsersAreToldAndNothingIsTouched) {
     EXPECT_EQ(result.exit_code, 1);
     EXPECT_TRUE(Holds(result.output, row.told));
     EXPECT_TRUE(machine->Exists(temp + "a.tmp"));
+  }
+}
+
+// Every file and folder with its times and bytes: hives, logs of hives, archives, settings.
+TEST_F(VolumeConsoleTest, ListsAndPreviewsChangeNothingOnTheWholeVolume) {
+  const std::string own = ports.program_folder + "\\";
+  for (const std::string& path : {temp + "a.tmp", scratch + "junk.tmp", own + "Backup\\C_1.zip"})
+    machine->MakeFile(path, "12345");
+  machine->MakeFile(own + "UNFI.txt",
+                    "*.tmp\x01"
+                    "1\x01"
+                    "Temporary\r\n");
+  machine->MakeFile(own + "Plugins\\qx.cdp",
+                    "D\x01Qx\r\nF\x01No\x01No\x01" + scratch + "*.tmp\r\n" +
+                        "R\x01Yes\x01No\x01HKEY_CURRENT_USER\\Software\\Qx\x01\r\n");
+  machine->SetText(kUser, kRunMruKey, "a", "cmd");
+  machine->SetText(kUser, "Software\\Qx", "a", "1");
+  StoreMachine(*machine);
+  const auto picture = [this] {
+    std::map<std::string, std::string> files;
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(volume().options().volume)) {
+      std::string bytes;
+      if (entry.is_regular_file()) {
+        std::ifstream file(entry.path(), std::ios::binary);
+        bytes.assign(std::istreambuf_iterator<char>(file), {});
+      }
+      struct stat status {};
+      lstat(entry.path().c_str(), &status);
+      files[entry.path()] = std::to_string(status.st_mtim.tv_sec) + "." +
+                            std::to_string(status.st_mtim.tv_nsec) + " " + bytes;
+    }
+    return files;
+  };
+  const auto before = picture();
+  ASSERT_GT(before.size(), 15u);
+  for (const char* method : {"delete", "recycle", "wipe", "backup"})
+    Run({"clean", "--all", "--preview", "--method", method});
+  const std::vector<std::string> kCommands[] = {{"search", "unnecessary"},
+                                                {"search", "unnecessary", "--delete", "--preview"},
+                                                {"registry", "file-references"},
+                                                {"registry", "app-paths", "--delete", "--preview"},
+                                                {"plugins", "preview", "qx"},
+                                                {"plugins", "list"},
+                                                {"backup", "list"},
+                                                {"keep", "list"}};
+  for (const auto& command : kCommands) {
+    const ProgramResult result = Run(command);
+    EXPECT_TRUE(picture() == before) << ::testing::PrintToString(command) << result.output;
   }
 }
 

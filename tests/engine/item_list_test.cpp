@@ -5,6 +5,7 @@
 
 #include "app/item_catalogue.h"
 #include "app/preview_run.h"
+#include "support/recording_session.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -125,6 +126,43 @@ TEST_F(ItemListTest, ALookFillsInWhatItFindsAndAWordBeginsTheSearchForAName) {
   EXPECT_FALSE(list.Find("no such item", 0));
 }
 
+TEST_F(ItemListTest, ALookThatWasStoppedIsToldAsAPartAndAFoldAsWhatItHides) {
+  for (const char* name : {"a.tmp", "b.tmp"}) machine->MakeFile(temp + name, "12345");
+  machine->MakeFile(scratch + "listed.txt", "123");
+  machine->MakeFile(ports.program_folder + "\\UDFI.txt", scratch + "listed.txt\r\n");
+  Tick({"CleanTempFiles", "CleanUserFiles"});
+  {
+    PreviewRun preview(ports, view);
+    list.BeginLook(preview.state());
+    view.on_status = [&](const std::string&) {
+      list.Follow();
+      EXPECT_NE(list.Summary(), "2 items, 3 Bytes") << "the other one was not looked at";
+      if (preview.entries()->all.size() > 1) view.stops = true;
+    };
+    preview.Run(engine.selection());
+    list.EndLook();
+    view.on_status = nullptr;
+    EXPECT_EQ(list.Summary(), "2 items, 8 Bytes found so far");
+  }
+  const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 2});
+  const std::array<bool, 30> hidden = list.ItemsOf(fold), all = list.ItemsOf(fold - 5);
+  EXPECT_EQ(std::ranges::count(hidden, true), 2);
+  EXPECT_TRUE(hidden[FindItem("CleanFindHistory")->run_order - 1]);
+  EXPECT_EQ(std::ranges::count(all, true), 6);
+}
+
+TEST_F(ItemListTest, WhoHasNoRightsIsToldWhatNeedsThem) {
+  RecordingSession session;
+  session.is_administrator = false;
+  const Machine user{ports.files,   ports.registry, ports.shell, ports.url_cache,
+                     ports.profile, ports.system,   session,     ports.program_folder};
+  ItemList plain(user, engine.selection());
+  const size_t row = plain.RowOf(*FindItem("CleanMemDump")).value();
+  EXPECT_EQ(plain.Text(row, ItemColumn::kNote), "needs administrator rights");
+  EXPECT_NE(plain.Details(row).find("Note: needs administrator rights."), std::string::npos);
+  EXPECT_EQ(Note("CleanMemDump"), "");
+}
+
 TEST_F(ItemListTest, SortingStaysWithinTheGroupsAndTellsWhenAnItemWasCleaned) {
   machine->MakeFile(temp + "a.tmp", "12345");
   Tick({"CleanTempFiles"});
@@ -132,7 +170,10 @@ TEST_F(ItemListTest, SortingStaysWithinTheGroupsAndTellsWhenAnItemWasCleaned) {
   const std::vector<std::string> by_name = NamesOf(Group::kFolderFiles);
   EXPECT_TRUE(std::ranges::is_sorted(by_name.begin() + 1, by_name.end() - 1));
   EXPECT_EQ(Name(0), "Folders and Files");
+  list.SetFolded(Group::kInternet, false);
+  EXPECT_EQ(NamesOf(Group::kInternet).back(), "Offline web pages") << "what cannot be is last";
   Look();
+  list.Refresh();
   list.Sort(ItemColumn::kBytes);
   list.Sort(ItemColumn::kBytes);
   EXPECT_EQ(Name(1), "Temporary files");

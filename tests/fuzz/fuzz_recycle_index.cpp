@@ -1,7 +1,7 @@
 // The records of a recycle bin, as a volume has them.
 #include "fuzz/check.h"
 #include "platform/error.h"
-#include "platform/volume/recycle_index.h"
+#include "platform/recycle_index.h"
 
 using namespace quellix;
 

@@ -53,6 +53,9 @@ class ForwardingFolder : public Folder {
   void Rename(std::string_view from, std::string_view to, IfThere if_there) override {
     folder_->Rename(from, to, if_there);
   }
+  void MoveTo(std::string_view from, Folder& folder, std::string_view to) override {
+    folder_->MoveTo(from, folder, to);
+  }
   void Flush() override { folder_->Flush(); }
   void RemoveFile(std::string_view name) override { folder_->RemoveFile(name); }
   void RemoveFolder(std::string_view name) override { folder_->RemoveFolder(name); }

@@ -10,6 +10,7 @@ namespace quellix {
 struct RecordingSession : Session {
   Names calls;
   bool fails = false;
+  bool is_administrator = true;
   std::string used_path;  // that two programs have open
 
   bool ClaimInstance(std::string_view name) override {
@@ -17,7 +18,7 @@ struct RecordingSession : Session {
     return true;
   }
   void EnablePrivilege(std::string_view name) override { Record("enable " + std::string(name)); }
-  bool HasAdministratorRights() override { return true; }
+  bool HasAdministratorRights() override { return is_administrator; }
   std::vector<std::string> ProgramsUsing(const std::string& path) override {
     return path == used_path ? std::vector<std::string>{"Writer", "Viewer"}
                              : std::vector<std::string>{};

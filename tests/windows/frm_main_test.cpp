@@ -58,6 +58,13 @@ TEST_F(FrmMainTest, AHeadingTogglesItsGroupByKeyAndClickAndTheBoxBelowEveryItem)
   EXPECT_EQ(window.BoxOf(chkEmptyFiles), 4);
   window.Click(chkEmptyFiles);
   EXPECT_EQ(window.BoxOf(chkEmptyFiles), 4);
+  EXPECT_TRUE(window.RightClick(chkEmptyFiles)) << "no menu for what is switched off";
+  window.Select(chkTemp);
+  const RECT row = window.PlaceOf(chkTemp);
+  for (const int ticked : {2, 1}) {
+    ClickAt(list, {row.left - 10, (row.top + row.bottom) / 2});
+    EXPECT_TRUE(Await([&] { return window.BoxOf(chkTemp) == ticked; })) << "a click on its box";
+  }
   for (const bool checked : {true, false}) {
     window.Click(Check3);
     EXPECT_EQ(window.IsChecked(Check3), checked);
@@ -73,8 +80,8 @@ TEST_F(FrmMainTest, ThePaneTellsOfTheRowAndAfterALookWhatWasFound) {
   const HWND list = window.Control(lstvItems), found = window.Control(lstvRun);
   EXPECT_TRUE(IsWindowVisible(window.Control(txtTip)));
   EXPECT_FALSE(IsWindowVisible(window.Control(txtItem)));
-  PressKeys(window.main(), {L'T', L'E'});
-  EXPECT_TRUE(AwaitText(window.main(), lblItem, L"Temporary files")) << "typing finds a row";
+  window.Select(chkTemp);
+  EXPECT_TRUE(AwaitText(window.main(), lblItem, L"Temporary files"));
   EXPECT_TRUE(AwaitPart(window.main(), txtItem, L"Everything in your temporary folder"));
   EXPECT_FALSE(IsWindowVisible(window.Control(txtTip)));
   EXPECT_FALSE(IsWindowVisible(found));
@@ -99,6 +106,22 @@ TEST_F(FrmMainTest, ThePaneTellsOfTheRowAndAfterALookWhatWasFound) {
   EXPECT_EQ(window.RowText(list, window.RowOf(chkTemp), 1), L"") << "what was found is gone";
   EXPECT_FALSE(IsWindowVisible(found));
   EXPECT_TRUE(AwaitPart(window.main(), txtItem, L"Cleaned last: "));
+  // A row stays selected wherever it goes; a letter finds one, and a space within a name no box.
+  SendMessageW(list, WM_NULL, 0, 0);
+  for (const WPARAM key : {VK_RIGHT, VK_LEFT}) {
+    window.PressKey(list, key);
+    EXPECT_EQ(Shown(window.main(), lblItem), L"Temporary files");
+    EXPECT_EQ(SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED),
+              window.RowOf(chkTemp));
+  }
+  for (const WPARAM letter : {L'r', L'e', L'c'}) PostMessageW(list, WM_CHAR, letter, 1);
+  window.PressKey(list, VK_SPACE);
+  EXPECT_TRUE(AwaitText(window.main(), lblItem, L"Recycle Bin"));
+  EXPECT_FALSE(window.IsChecked(chkRecycleBin));
+  // Esc closes nothing, wherever the keyboard is.
+  PostMessageW(window.Control(txtItem), WM_KEYDOWN, VK_ESCAPE, 1);
+  window.PressKey(window.Control(txtItem), VK_ESCAPE);
+  EXPECT_FALSE(window.HasEnded());
 }
 
 // A file lies where the backup folder should be.

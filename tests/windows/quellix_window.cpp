@@ -266,8 +266,10 @@ int QuellixWindow::RowOf(int id) const {
     }
     return -1;
   };
-  if (id >= lblFolderFiles) return find(kHeadings, id, 0);
-  return find(kItems, id, find(kHeadings, HeadingOf(id), 0));
+  const int row = id >= lblFolderFiles ? find(kHeadings, id, 0)
+                                       : find(kItems, id, find(kHeadings, HeadingOf(id), 0));
+  EXPECT_GE(row, 0) << "no such row: " << id;
+  return row;
 }
 
 int QuellixWindow::BoxOf(int id) const {

@@ -7,7 +7,7 @@
 #include <random>
 
 #include "platform/path.h"
-#include "platform/volume/recycle_index.h"
+#include "platform/recycle_index.h"
 #include "platform/volume/volume_error.h"
 
 namespace quellix {

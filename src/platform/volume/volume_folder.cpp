@@ -248,6 +248,21 @@ void VolumeFolder::Rename(std::string_view from, std::string_view to, IfThere if
   drive_.names().Add(fd(), target.name);
 }
 
+// Where the driver knows no renaming that replaces nothing, the look before must do.
+void VolumeFolder::MoveTo(std::string_view from, Folder& folder, std::string_view to) {
+  auto& target = static_cast<VolumeFolder&>(folder);
+  const Located source = Need(from);
+  Located taken;
+  if (target.FindPlace(to, taken)) target.Fail(EEXIST, to);
+  const std::string name(to);
+  const auto rename = [&](unsigned flags) {
+    return renameat2(fd(), source.name.c_str(), target.fd(), name.c_str(), flags) == 0;
+  };
+  if (!rename(RENAME_NOREPLACE) && (errno != EINVAL || !rename(0)))
+    target.Fail(errno, errno == EEXIST ? to : from);
+  target.drive_.names().Add(target.fd(), name);
+}
+
 void VolumeFolder::Flush() {
   const UniqueFd readable = OpenReadable(fd());
   if (!readable || fsync(readable.get()) != 0) ThrowErrno(errno, path_);

@@ -30,6 +30,7 @@ class VolumeFolder : public Folder {
   void CreateFolder(std::string_view name) override;
   // Where the driver knows no renaming that keeps what is there, the look before it must do.
   void Rename(std::string_view from, std::string_view to, IfThere if_there) override;
+  void MoveTo(std::string_view from, Folder& folder, std::string_view to) override;
   void Flush() override;
   void RemoveFile(std::string_view name) override;
   void RemoveFolder(std::string_view name) override;

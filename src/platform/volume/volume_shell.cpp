@@ -4,8 +4,8 @@
 
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/recycle_index.h"
 #include "platform/text.h"
-#include "platform/volume/recycle_index.h"
 #include "platform/volume/volume_shortcuts.h"
 
 namespace quellix {

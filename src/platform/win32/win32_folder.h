@@ -26,6 +26,7 @@ class Win32Folder : public Folder {
   std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override;
   void CreateFolder(std::string_view name) override;
   void Rename(std::string_view from, std::string_view to, IfThere if_there) override;
+  void MoveTo(std::string_view from, Folder& folder, std::string_view to) override;
   void Flush() override;
   void RemoveFile(std::string_view name) override;
   void RemoveFolder(std::string_view name) override;
@@ -62,6 +63,7 @@ class Win32Folder : public Folder {
   // Rename, with an action and a path for messages.
   void GiveName(std::string_view action, const std::string& shown, std::string_view from,
                 std::string_view to, IfThere if_there);
+  // Gives an open file a name in this folder, wherever it was.
   NTSTATUS SetName(const UniqueFile& file, std::wstring_view to, bool replace);
   NTSTATUS ReplaceReadOnly(const UniqueFile& file, std::wstring_view to);
   NTSTATUS FlushFile(std::wstring_view name);

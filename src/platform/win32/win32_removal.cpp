@@ -191,6 +191,18 @@ void Win32Folder::Rename(std::string_view from, std::string_view to, IfThere if_
   GiveName("rename", At(from), from, to, if_there);
 }
 
+void Win32Folder::MoveTo(std::string_view from, Folder& folder, std::string_view to) {
+  auto& target = static_cast<Win32Folder&>(folder);
+  const std::wstring wide_to = target.NameFor("move", to);
+  RefuseMovedFolder(folder_, FinalPathHere(), "move", At(from));
+  RefuseMovedFolder(target.folder_, target.FinalPathHere(), "move", target.At(to));
+  const UniqueFile file = OpenEntry("move", from,
+                                    {.access = DELETE | FILE_READ_ATTRIBUTES,
+                                     .options = FILE_NON_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT});
+  const NTSTATUS status = target.SetName(file, wide_to, false);
+  if (status < 0) throw NtError(status, "move", target.At(to));
+}
+
 void Win32Folder::GiveName(std::string_view action, const std::string& shown, std::string_view from,
                            std::string_view to, IfThere if_there) {
   const std::wstring wide_from = NameFor(action, from), wide_to = NameFor(action, to);

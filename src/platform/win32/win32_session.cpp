@@ -2,6 +2,9 @@
 
 #include <restartmanager.h>
 
+#include <algorithm>
+#include <span>
+
 #include "platform/error.h"
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_error.h"
@@ -17,8 +20,15 @@ Function FindRm(const char* name) {
   return restart_manager.Find<Function>(name);
 }
 
-// At most so many programs are named.
-constexpr UINT kMostPrograms = 10;
+// Without those named twice, as the processes of a browser are.
+std::vector<std::string> NamesOf(std::span<const RM_PROCESS_INFO> programs) {
+  std::vector<std::string> names;
+  for (const RM_PROCESS_INFO& program : programs) {
+    std::string name = Narrow(program.strAppName);
+    if (std::ranges::count(names, name) == 0) names.push_back(std::move(name));
+  }
+  return names;
+}
 
 std::vector<std::string> AskRestartManager(const std::wstring& path) {
   const auto start = FindRm<decltype(&RmStartSession)>("RmStartSession");
@@ -28,17 +38,18 @@ std::vector<std::string> AskRestartManager(const std::wstring& path) {
   DWORD session = 0;
   WCHAR key[CCH_RM_SESSION_KEY + 1] = {};
   if (start(&session, 0, key) != ERROR_SUCCESS) return {};
-  std::vector<std::string> names;
+  std::vector<RM_PROCESS_INFO> programs(10);
   LPCWSTR file = path.c_str();
-  RM_PROCESS_INFO programs[kMostPrograms] = {};
-  UINT needed = 0, count = kMostPrograms;
-  DWORD reasons = 0;
-  if (add(session, 1, &file, 0, nullptr, 0, nullptr) == ERROR_SUCCESS &&
-      list(session, &needed, &count, programs, &reasons) == ERROR_SUCCESS) {
-    for (UINT i = 0; i < count; ++i) names.push_back(Narrow(programs[i].strAppName));
+  UINT needed = 0, count = 0;
+  DWORD code = add(session, 1, &file, 0, nullptr, 0, nullptr), reasons = 0;
+  for (int tries = 0; tries < 3 && (tries == 0 || code == ERROR_MORE_DATA); ++tries) {
+    programs.resize(std::max<size_t>(programs.size(), needed));
+    count = static_cast<UINT>(programs.size());
+    if (code == ERROR_SUCCESS || code == ERROR_MORE_DATA)
+      code = list(session, &needed, &count, programs.data(), &reasons);
   }
   end(session);
-  return names;
+  return code == ERROR_SUCCESS ? NamesOf({programs.data(), count}) : std::vector<std::string>();
 }
 
 }  // namespace

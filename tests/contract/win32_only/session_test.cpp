@@ -34,6 +34,8 @@ TEST(Win32SessionTest, OneOfSeveralIsTheRunningInstanceUntilItEnds) {
     Win32Session first;
     EXPECT_TRUE(first.ClaimInstance("Quellix test"));
     EXPECT_FALSE(second.ClaimInstance("Quellix test") || second.ClaimInstance("Quellix test"));
+    EXPECT_TRUE(first.HasAdministratorRights());  // as every user of a sandbox has
+    EXPECT_NO_THROW(first.ProgramsUsing("C:\\windows\\system32\\kernel32.dll"));
     EXPECT_TRUE(second.ClaimInstance("Quellix other test"));
   }
   EXPECT_TRUE(second.ClaimInstance("Quellix test"));

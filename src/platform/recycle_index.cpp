@@ -1,4 +1,4 @@
-#include "platform/volume/recycle_index.h"
+#include "platform/recycle_index.h"
 
 #include <algorithm>
 

@@ -1,0 +1,99 @@
+#include "backup/recycled.h"
+
+#include <map>
+#include <set>
+
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/recycle_index.h"
+#include "platform/text.h"
+
+namespace quellix {
+namespace {
+
+constexpr size_t kLargestRecord = 70'000;  // bytes; a path has at most 32,767 characters
+
+struct InBin {
+  std::string bin;   // the folder, without trailing "\"
+  std::string name;  // what follows "$R" and "$I"
+  int64_t deleted = 0;
+};
+
+// By the path where each was, in upper case, and its size.
+using Bins = std::map<std::pair<std::string, uint64_t>, InBin>;
+
+// Of one path the last counts; what cannot be read is nobody's.
+void AddRecord(const Machine& machine, const std::string& bin, std::string_view name, Bins& found) {
+  const std::string record = bin + "\\" + std::string(name);
+  try {
+    const auto bytes = machine.files.ReadWholeFile(record, kLargestRecord);
+    const RecycleIndex index = ReadRecycleIndex(bytes.value_or(""));
+    InBin& last = found[{UpCase(index.path), index.size}];
+    if (last.name.empty() || index.deleted > last.deleted)
+      last = {bin, std::string(name.substr(2)), index.deleted};
+  } catch (const Error&) {
+  }
+}
+
+Bins ReadBins(const Machine& machine, const std::set<char>& drives, const Pause& pause) {
+  Bins found;
+  for (const char drive : drives) {
+    const std::string root = std::string(1, drive) + ":\\$Recycle.Bin";
+    std::vector<std::string> users;
+    machine.files.Enumerate(root, Detail::kKind, [&](const Entry& entry) {
+      if (entry.info.is_folder && !entry.info.is_link)
+        users.push_back(root + "\\" + std::string(entry.name));
+      return true;
+    });
+    for (const std::string& bin : users) {
+      std::vector<std::string> records;
+      machine.files.Enumerate(bin, Detail::kKind, [&](const Entry& entry) {
+        if (entry.name.starts_with("$I") && !entry.info.is_folder) records.emplace_back(entry.name);
+        return !pause();
+      });
+      for (const std::string& record : records) AddRecord(machine, bin, record, found);
+    }
+  }
+  return found;
+}
+
+// The record goes last: without it nobody would know what the file is.
+void MoveBack(const Machine& machine, const InBin& from, const std::string& path) {
+  const auto bin = machine.files.OpenFolder(from.bin);
+  if (!bin) throw Error(Error::Kind::kMissing, "The recycle bin is not there: " + from.bin);
+  MakeFolders(machine.files, FolderPart(path));
+  const auto to = OpenFolderOf(machine.files, path);
+  bin->MoveTo("$R" + from.name, *to, NamePart(path));
+  bin->RemoveFile("$I" + from.name);
+}
+
+}  // namespace
+
+RestoreResult RestoreRecycled(const Machine& machine, const std::vector<RecycledFile>& files,
+                              const Pause& pause) {
+  RestoreResult result;
+  std::set<char> drives;
+  for (const RecycledFile& file : files) {
+    if (file.path.size() > 2 && file.path[1] == ':') drives.insert(file.path[0]);
+  }
+  const Bins bins = ReadBins(machine, drives, pause);
+  for (const RecycledFile& file : files) {
+    if (pause()) {
+      result.cancelled = true;
+      break;
+    }
+    const auto from = bins.find({UpCase(file.path), file.bytes});
+    try {
+      if (from == bins.end())
+        throw Error(Error::Kind::kMissing, "It is not in the recycle bin: " + file.path);
+      MoveBack(machine, from->second, file.path);
+      ++result.restored;
+    } catch (const Error& error) {
+      if (error.kind() == Error::Kind::kExists) ++result.skipped;
+      result.problems.push_back(error.what());
+    }
+  }
+  return result;
+}
+
+}  // namespace quellix
