@@ -183,7 +183,7 @@ void RunBrowsers(CleaningContext& context, std::span<const BrowserChoice> choice
   FreeSpaceCheck free_space(context);
   for (const BrowserChoice& choice : choices) {
     CleanBrowser(context, choice);
-    if (context.state.AbortRequested) return AbortRun(context, "Aborted by user");
+    if (context.state.AbortRequested) return AbortRun(context, "Aborted by user", free_space);
   }
   FinishRun(context, free_space);
 }
