@@ -47,10 +47,14 @@ class Bench : BenchMachine {
     MakeTree(Tree(), kFolders);
     Scan("scan 200,000 files / find -type f", kFolders);
     PendingMemory();
-    Preview();
     JunkSearches();
     Removal("scan and remove 200,000 files / rm -rf", 1.1, kFolders);
     Growth();
+  }
+
+  void Previews() {
+    MakeTree(Tree(), kFolders);
+    Preview();
   }
 
   void NtfsTrees() {
@@ -232,8 +236,8 @@ void InFolder(const char* name, const std::function<void(const std::filesystem::
 // Both folders are the benchmark's own and are emptied: one for trees of many files, best in
 // memory, where the programs are measured rather than the disk; one on a disk, for what is written
 // to it. NTFS is a folder on a volume that ntfs-3g mounted, or "" where there is none. With ONE of
-// "trees", "ntfs", "results", "wipe", "backups", "restores" and "registry" that part alone is
-// measured.
+// "trees", "previews", "ntfs", "results", "wipe", "backups", "restores" and "registry" that part
+// alone is measured.
 int main(int argc, char** argv) {
   if (argc != 4 && argc != 5) {
     std::fprintf(stderr, "usage: quellix_bench TREES DISK NTFS [ONE]\n");
@@ -246,6 +250,7 @@ int main(int argc, char** argv) {
       if (only.empty() || only == part) quellix::InFolder(folder, measure);
     };
     run("trees", argv[1], [&](const auto& home) { quellix::Bench(home, table).Trees(); });
+    run("previews", argv[1], [&](const auto& home) { quellix::Bench(home, table).Previews(); });
     if (*argv[3] != '\0') {
       run("ntfs", argv[3], [&](const auto& home) { quellix::Bench(home, table).NtfsTrees(); });
     }

@@ -135,9 +135,11 @@ std::string ToUtf16Bytes(std::string_view utf8) {
 }
 
 std::string UpCase(std::string_view utf8) {
-  std::string result;
-  result.reserve(utf8.size());
-  for (size_t at = 0; at < utf8.size();) {
+  std::string result(utf8);
+  size_t at = 0;  // of the first that is not ASCII; most texts have none
+  for (; at < utf8.size() && (utf8[at] & 0x80) == 0; ++at) result[at] = UpAscii(utf8[at]);
+  result.resize(at);
+  while (at < utf8.size()) {
     const size_t start = at;
     const char32_t c = NextCharacter(utf8, at);
     if (c == kMalformed) {

@@ -159,6 +159,12 @@ bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::strin
   return false;
 }
 
+// For a few it would be made again and again.
+void MakeRoom(std::vector<RunEntry>& entries, size_t more) {
+  const size_t size = std::min(entries.size() + more, RunEntries::kMost);
+  if (more > entries.size() && size > entries.size()) entries.reserve(size);
+}
+
 void StartProgress(CleaningContext& context, size_t files) {
   RunState& state = context.state;
   ++state.ProgressCounter;
@@ -219,6 +225,7 @@ bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim, st
 void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim claim) {
   RunState& state = context.state;
   StartProgress(context, list.PendingFiles.size());
+  MakeRoom(state.Entries->all, list.PendingFiles.size());
   WorkingFolder working(context, list, claim);
   BackupBatch batch(context);
   std::string status;

@@ -66,8 +66,4 @@ void PreviewFileSystem::WriteWholeFile(std::string_view path, std::string_view b
   OpenParent(*this, path)->Write(NamePart(path), bytes);
 }
 
-void PreviewFileSystem::Forget(std::string_view path) {
-  OpenParent(*this, path)->Take(NamePart(path), std::nullopt);
-}
-
 }  // namespace quellix

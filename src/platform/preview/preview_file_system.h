@@ -1,21 +1,19 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/file_system.h"
-#include "platform/preview/change_log.h"
 #include "platform/shell.h"
 
 namespace quellix {
 
-// The files of another file system, every change recorded instead of made: what was removed is no
+// The files of another file system, every change remembered instead of made: what was removed is no
 // longer seen, what was written is kept in memory. `inner` is never asked to change anything, nor
 // to open a file for writing. What could not be removed, because it is in use or denied, is asked
 // of it, as far as it can tell.
@@ -26,8 +24,7 @@ namespace quellix {
 class PreviewFileSystem : public FileSystem {
  public:
   // `shell` is that of the inner machine.
-  PreviewFileSystem(FileSystem& inner, Shell& shell, ChangeLog& log)
-      : inner_(inner), shell_(shell), log_(log) {}
+  PreviewFileSystem(FileSystem& inner, Shell& shell) : inner_(inner), shell_(shell) {}
 
   std::unique_ptr<Folder> OpenFolder(std::string_view path) override;
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
@@ -36,8 +33,6 @@ class PreviewFileSystem : public FileSystem {
                                            uint64_t limit = 16u << 20) override;
   void WriteWholeFile(std::string_view path, std::string_view bytes) override;
 
-  // A file goes with something that is recorded itself.
-  void Forget(std::string_view path);
   // What was moved into the recycle bin since ForgetRecycled.
   const RecycleBinContent& recycled() const { return recycled_; }
   void ForgetRecycled() { recycled_ = {}; }
@@ -45,14 +40,24 @@ class PreviewFileSystem : public FileSystem {
  private:
   friend class PreviewFolder;
 
-  // What a name became.
-  struct Node {
-    enum class Kind { kGone, kFolder, kFile, kMoved } kind = Kind::kGone;
+  // What is seen under a name instead of what was there.
+  struct Made {
+    enum class Kind { kFolder, kFile, kMoved } kind;
     std::string name{};                    // as it is to be seen
     std::string real{};                    // kMoved: the file's name on the inner file system
     std::shared_ptr<std::string> bytes{};  // kFile
     FileId folder{};                       // kFolder: a number of its own
-    std::vector<FileId> gone{};  // what went: on a volume names may differ in their case alone
+  };
+  // What a name became: hundreds of thousands of them are held.
+  struct Node {
+    std::string gone{};                    // what went, as it was named; "" for nothing
+    std::vector<std::string> also_gone{};  // on a volume names may differ in their case alone
+    std::unique_ptr<Made> made{};          // null for nothing
+  };
+  struct HashOfId {
+    size_t operator()(const FileId& id) const {
+      return id.number[0] * 0x9E3779B97F4A7C15 ^ id.number[1] ^ id.volume;
+    }
   };
   using Nodes = std::unordered_map<std::string, Node>;  // by name in upper case
 
@@ -60,9 +65,9 @@ class PreviewFileSystem : public FileSystem {
 
   FileSystem& inner_;
   Shell& shell_;
-  ChangeLog& log_;
-  std::map<FileId, Nodes> nodes_;  // by folder
-  std::set<FileId> gone_folders_;
+  std::unordered_map<FileId, Nodes, HashOfId> nodes_;  // by folder
+  std::unordered_set<FileId, HashOfId> gone_folders_;
+  uint64_t changes_ = 0;  // so far
   uint64_t folders_made_ = 0;
   RecycleBinContent recycled_;
 };

@@ -80,46 +80,64 @@ DiskRoom PreviewFolder::Room() {
 PreviewFolder::Node* PreviewFolder::Find(std::string_view name) {
   const auto here = files_.nodes_.find(id_);
   if (here == files_.nodes_.end()) return nullptr;
-  const auto node = here->second.find(UpCase(name));
+  if (looked_ != name) looked_.clear();
+  upper_ = UpCase(name);
+  const auto node = here->second.find(upper_);
   if (node == here->second.end()) return nullptr;
-  if (node->second.kind != Node::Kind::kGone || !inner_) return &node->second;
-  // On a volume another file may have the same name in another case.
+  return node->second.made || HasGone(node->second, name) ? &node->second : nullptr;
+}
+
+// On a volume another file may have the same name in another case.
+bool PreviewFolder::HasGone(const Node& node, std::string_view name) {
+  if (!inner_ || node.gone == name) return true;
   const std::optional<FileId> there = inner_->IdOf(name);
-  const bool is_other =
-      there && std::ranges::find(node->second.gone, *there) == node->second.gone.end();
-  return is_other ? nullptr : &node->second;
+  if (!there) return true;
+  const auto is_it = [&](const std::string& gone) {
+    return !gone.empty() && (gone == name || inner_->IdOf(gone) == there);
+  };
+  return is_it(node.gone) || std::ranges::any_of(node.also_gone, is_it);
 }
 
 bool PreviewFolder::IsChanged(std::string_view name, bool& is_there) {
   const Node* const node = Find(name);
-  is_there = node != nullptr && node->kind != Node::Kind::kGone;
+  is_there = node != nullptr && node->made;
   return node != nullptr;
 }
 
 std::string PreviewFolder::RealName(std::string_view name) {
   const Node* const node = Find(name);
-  return node == nullptr ? std::string(name) : node->real;
+  if (node == nullptr) return std::string(name);
+  return node->made ? node->made->real : std::string();
 }
 
 std::optional<FileInfo> PreviewFolder::Look(std::string_view name, Detail detail) {
+  looked_.clear();
+  upper_.clear();
   const Node* const node = Find(name);
-  if (node == nullptr) return inner_ ? inner_->Look(name, detail) : std::nullopt;
-  switch (node->kind) {
-    case Node::Kind::kGone:
-      return std::nullopt;
-    case Node::Kind::kMoved:
-      return inner_->Look(node->real, detail);
-    default:
-      return InfoOf(node->bytes.get());
+  if (node == nullptr) {
+    const std::optional<FileInfo> info = inner_ ? inner_->Look(name, detail) : std::nullopt;
+    if (info && detail != Detail::kKind) {
+      looked_ = name;
+      info_looked_ = *info;
+      changes_looked_ = files_.changes_;
+    }
+    return info;
   }
+  if (!node->made) return std::nullopt;
+  const bool is_moved = node->made->kind == Made::Kind::kMoved;
+  return is_moved ? inner_->Look(node->made->real, detail) : InfoOf(node->made->bytes.get());
+}
+
+bool PreviewFolder::IsAsLooked(std::string_view name) const {
+  return !name.empty() && looked_ == name && changes_looked_ == files_.changes_;
 }
 
 std::optional<FileId> PreviewFolder::IdOf(std::string_view name) {
   const Node* const node = Find(name);
-  if (node != nullptr && node->kind == Node::Kind::kFolder) return node->folder;
-  const std::string real = RealName(name);
-  if (node != nullptr && node->kind == Node::Kind::kFile) return FileId{};
-  return inner_ && !real.empty() ? inner_->IdOf(real) : std::nullopt;
+  if (node == nullptr) return inner_ ? inner_->IdOf(name) : std::nullopt;
+  if (!node->made) return std::nullopt;
+  return node->made->kind == Made::Kind::kMoved ? inner_->IdOf(node->made->real)
+                                                : node->made->folder;
 }
 
 void PreviewFolder::Enumerate(Detail detail, const EntryVisitor& visit) {
@@ -137,7 +155,7 @@ void PreviewFolder::Enumerate(Detail detail, const EntryVisitor& visit) {
   }
   std::vector<std::string> added;
   for (const auto& [key, node] : here->second) {
-    if (node.kind != Node::Kind::kGone) added.push_back(node.name);
+    if (node.made) added.push_back(node.made->name);
   }
   std::ranges::sort(added);
   for (size_t i = 0; i < added.size() && more; ++i) {
@@ -148,18 +166,28 @@ void PreviewFolder::Enumerate(Detail detail, const EntryVisitor& visit) {
 std::unique_ptr<PreviewFolder> PreviewFolder::OpenOne(std::string_view name) {
   const Node* const node = Find(name);
   const std::string path = PathOf(name) + "\\";
-  if (node != nullptr && node->kind == Node::Kind::kFolder) {
-    return std::make_unique<PreviewFolder>(files_, nullptr, node->folder, path);
+  if (node != nullptr && !node->made) return nullptr;
+  if (node != nullptr && node->made->kind == Made::Kind::kFolder) {
+    return std::make_unique<PreviewFolder>(files_, nullptr, node->made->folder, path);
   }
-  if (node != nullptr && node->kind == Node::Kind::kGone) return nullptr;
   if (node != nullptr) Fail(Error::Kind::kOther, "This is a file, not a folder", path);
-  std::unique_ptr<Folder> inner = inner_ ? inner_->OpenFolder(name) : nullptr;
-  if (!inner) return nullptr;
-  const FileId id = inner->Id();
-  return std::make_unique<PreviewFolder>(files_, std::move(inner), id, path);
+  return OpenUnchanged(name, OpenFor::kWork);
 }
 
-std::unique_ptr<Folder> PreviewFolder::OpenFolder(std::string_view names, OpenFor) {
+// As the inner file system does; null as well for one that has gone here.
+std::unique_ptr<PreviewFolder> PreviewFolder::OpenUnchanged(std::string_view names, OpenFor use) {
+  std::unique_ptr<Folder> inner = inner_ ? inner_->OpenFolder(names, use) : nullptr;
+  const FileId id = inner ? inner->Id() : FileId{};
+  if (!inner || files_.gone_folders_.contains(id)) return nullptr;
+  return std::make_unique<PreviewFolder>(files_, std::move(inner), id, PathOf(names) + "\\");
+}
+
+// Step by step only where something was changed on the way, or cannot be opened.
+std::unique_ptr<Folder> PreviewFolder::OpenFolder(std::string_view names, OpenFor use) {
+  try {
+    if (auto unchanged = OpenUnchanged(names, use)) return unchanged;
+  } catch (const Error&) {  // told below, unless it went
+  }
   std::unique_ptr<PreviewFolder> folder;
   PreviewFolder* from = this;
   for (const std::string& name : Split(names, '\\')) {
@@ -183,32 +211,36 @@ FileInfo PreviewFolder::NeedFile(std::string_view name) {
   return info;
 }
 
-PreviewFolder::Node& PreviewFolder::Put(std::string_view name, Node node) {
-  Node& slot = files_.nodes_[id_][UpCase(name)];
-  std::vector<FileId> gone = std::move(slot.gone);
-  if (const auto there = inner_ ? inner_->IdOf(name) : std::nullopt) gone.push_back(*there);
-  slot = std::move(node);
-  slot.name = name;
-  slot.gone = std::move(gone);
-  return slot;
-}
-
-void PreviewFolder::Record(ChangeKind kind, std::string_view name, uint64_t bytes) {
-  files_.log_.push_back({kind, PathOf(name), "", bytes});
-}
-
-void PreviewFolder::Take(std::string_view name, std::optional<ChangeKind> kind) {
-  const FileInfo info = NeedFile(name);
-  const std::string real = RealName(name);
-  if (inner_ && !real.empty()) inner_->RequireRemovable(real);
-  // One renamed before is told by the name it has on the disk; one made here leaves no trace.
-  if (!real.empty()) {
-    if (kind) Record(*kind, real, info.size);
-  } else if (const auto old = inner_ ? inner_->Look(name, Detail::kSize) : std::nullopt;
-             old && !old->is_folder && kind) {
-    Record(*kind, name, old->size);
+void PreviewFolder::Put(std::string_view name, bool is_there, std::optional<Made> made) {
+  const bool is_upper_known = IsAsLooked(name) && !upper_.empty();
+  Node& node = files_.nodes_[id_][is_upper_known ? std::move(upper_) : UpCase(name)];
+  looked_.clear();
+  ++files_.changes_;
+  if (is_there) {
+    if (!node.gone.empty()) node.also_gone.push_back(std::move(node.gone));
+    node.gone = name;
   }
-  Put(name, {});
+  node.made.reset();
+  if (!made) return;
+  node.made = std::make_unique<Made>(std::move(*made));
+  node.made->name = name;
+}
+
+void PreviewFolder::Put(std::string_view name, std::optional<Made> made) {
+  Put(name, inner_ && inner_->IdOf(name), std::move(made));
+}
+
+void PreviewFolder::RemoveFile(std::string_view name) {
+  const bool is_as_looked = IsAsLooked(name);
+  if (is_as_looked ? info_looked_.is_folder : Need(name, Detail::kKind).is_folder) {
+    Fail(Error::Kind::kDenied, "This is a folder, not a file", PathOf(name));
+  }
+  if (is_as_looked) {
+    inner_->RequireRemovable(name);
+    return Put(name, true, std::nullopt);
+  }
+  RequireRemovable(name);
+  Put(name, std::nullopt);
 }
 
 void PreviewFolder::RequireRemovable(std::string_view name) {
@@ -219,7 +251,7 @@ void PreviewFolder::RequireRemovable(std::string_view name) {
 void PreviewFolder::Recycle(std::string_view name) {
   files_.shell_.Require(ShellFeature::kRecycleBin);
   const FileInfo info = NeedFile(name);
-  Take(name, ChangeKind::kRecycleFile);
+  RemoveFile(name);
   ++files_.recycled_.items;
   files_.recycled_.bytes += info.size;
 }
@@ -233,18 +265,15 @@ void PreviewFolder::RemoveFolder(std::string_view name) {
     if (folder) folder->Enumerate(Detail::kKind, [&](const Entry&) { return is_empty = false; });
   }
   if (!is_empty) Fail(Error::Kind::kNotEmpty, "The folder is not empty", PathOf(name));
-  if (const auto there = inner_ ? inner_->IdOf(name) : std::nullopt) {
+  const auto there = inner_ ? inner_->IdOf(name) : std::nullopt;
+  if (there) {
     inner_->RequireRemovable(name);
-    Record(ChangeKind::kRemoveFolder, name);
     if (!info.is_link) files_.gone_folders_.insert(*there);
   }
-  Put(name, {});
+  Put(name, there.has_value(), std::nullopt);
 }
 
-void PreviewFolder::SetAttributes(std::string_view name, uint32_t) {
-  Need(name, Detail::kKind);
-  Record(ChangeKind::kSetAttributes, name);
-}
+void PreviewFolder::SetAttributes(std::string_view name, uint32_t) { Need(name, Detail::kKind); }
 
 void PreviewFolder::Rename(std::string_view from, std::string_view to, IfThere if_there) {
   const FileInfo info = Need(from, Detail::kKind);
@@ -255,10 +284,9 @@ void PreviewFolder::Rename(std::string_view from, std::string_view to, IfThere i
     Fail(Error::Kind::kExists, "There is already a file or folder of this name", PathOf(to));
   }
   const Node* const node = Find(from);
-  Node moved{.kind = Node::Kind::kMoved, .real = RealName(from)};
-  if (node != nullptr && node->kind == Node::Kind::kFile) moved = *node;
-  if (there) Record(ChangeKind::kWriteFile, to);
-  Put(from, {});
+  Made moved{.kind = Made::Kind::kMoved, .real = RealName(from)};
+  if (node != nullptr && node->made->kind == Made::Kind::kFile) moved = *node->made;
+  Put(from, std::nullopt);
   Put(to, std::move(moved));
 }
 
@@ -283,7 +311,7 @@ std::unique_ptr<RandomFile> PreviewFolder::Open(std::string_view name, OpenMode 
   }
   if (mode == OpenMode::kRead && is_real) return inner_->Open(real, mode);
   if (!info || is_real) Write(name, info ? Read(name, ~uint64_t{0}) : "");
-  return std::make_unique<MemoryFile>(Find(name)->bytes);
+  return std::make_unique<MemoryFile>(Find(name)->made->bytes);
 }
 
 void PreviewFolder::CreateFolder(std::string_view name) {
@@ -291,17 +319,16 @@ void PreviewFolder::CreateFolder(std::string_view name) {
     if (info->is_folder) return;
     Fail(Error::Kind::kExists, "There is already a file or folder of this name", PathOf(name));
   }
-  Record(ChangeKind::kMakeFolder, name);
-  Put(name, {.kind = Node::Kind::kFolder}).folder = {kMadeHere, {++files_.folders_made_, 0}};
+  Put(name, Made{.kind = Made::Kind::kFolder, .folder = {kMadeHere, {++files_.folders_made_, 0}}});
 }
 
 std::string PreviewFolder::Read(std::string_view name, uint64_t limit) {
   NeedFile(name);
   const Node* const node = Find(name);
-  if (node != nullptr && node->bytes) {
-    if (node->bytes->size() > limit)
+  if (node != nullptr && node->made->bytes) {
+    if (node->made->bytes->size() > limit)
       Fail(Error::Kind::kOther, "The file is too large", PathOf(name));
-    return *node->bytes;
+    return *node->made->bytes;
   }
   const std::unique_ptr<RandomFile> file = inner_->Open(RealName(name), OpenMode::kRead);
   if (file->Size() > limit) Fail(Error::Kind::kOther, "The file is too large", PathOf(name));
@@ -315,8 +342,7 @@ void PreviewFolder::Write(std::string_view name, std::string_view bytes) {
   if (info && (info->is_folder || info->is_link)) {
     Fail(Error::Kind::kDenied, "This is no file that can be written", PathOf(name));
   }
-  Record(ChangeKind::kWriteFile, name, bytes.size());
-  Put(name, {.kind = Node::Kind::kFile, .bytes = std::make_shared<std::string>(bytes)});
+  Put(name, Made{.kind = Made::Kind::kFile, .bytes = std::make_shared<std::string>(bytes)});
 }
 
 }  // namespace quellix

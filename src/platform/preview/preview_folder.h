@@ -10,7 +10,7 @@
 
 namespace quellix {
 
-// A folder as it would be after the changes that were recorded.
+// A folder as it would be after the changes that are remembered.
 class PreviewFolder : public Folder {
  public:
   // `path` ends in "\"; `inner` is null for a folder that was made here, with a number of its own.
@@ -29,7 +29,7 @@ class PreviewFolder : public Folder {
   void CreateFolder(std::string_view name) override;
   void Rename(std::string_view from, std::string_view to, IfThere if_there) override;
   void Flush() override {}
-  void RemoveFile(std::string_view name) override { Take(name, ChangeKind::kRemoveFile); }
+  void RemoveFile(std::string_view name) override;
   void RemoveFolder(std::string_view name) override;
   void RequireRemovable(std::string_view name) override;
   void Recycle(std::string_view name) override;
@@ -38,13 +38,12 @@ class PreviewFolder : public Folder {
   // A whole file's bytes, or its new ones.
   std::string Read(std::string_view name, uint64_t limit);
   void Write(std::string_view name, std::string_view bytes);
-  // Like RemoveFile, recorded as something else or, without a kind, not at all.
-  void Take(std::string_view name, std::optional<ChangeKind> kind);
   // Whether a name became something else here; `is_there` is then set.
   bool IsChanged(std::string_view name, bool& is_there);
 
  private:
   using Node = PreviewFileSystem::Node;
+  using Made = PreviewFileSystem::Made;
 
   // What a name became; null for what is still as it is on the inner file system.
   Node* Find(std::string_view name);
@@ -52,15 +51,24 @@ class PreviewFolder : public Folder {
   std::string RealName(std::string_view name);
   FileInfo Need(std::string_view name, Detail detail);
   FileInfo NeedFile(std::string_view name);
-  Node& Put(std::string_view name, Node node);
+  bool HasGone(const Node& node, std::string_view name);
+  // A name becomes something else, or nothing; the inner folder has something of that name or not.
+  void Put(std::string_view name, bool is_there, std::optional<Made> made);
+  void Put(std::string_view name, std::optional<Made> made);
+  bool IsAsLooked(std::string_view name) const;
   std::unique_ptr<PreviewFolder> OpenOne(std::string_view name);
+  std::unique_ptr<PreviewFolder> OpenUnchanged(std::string_view names, OpenFor use);
   std::string PathOf(std::string_view name) const { return path_ + std::string(name); }
-  void Record(ChangeKind kind, std::string_view name, uint64_t bytes = 0);
 
   PreviewFileSystem& files_;
   std::unique_ptr<Folder> inner_;
   FileId id_;
   std::string path_;
+  // The unchanged file looked at last, and when: who removes it next need not look again.
+  std::string looked_;
+  std::string upper_;  // of what was found last; of looked_, or "", while that is set
+  FileInfo info_looked_;
+  uint64_t changes_looked_ = 0;
 };
 
 }  // namespace quellix

@@ -22,13 +22,12 @@ std::string Below(const std::string& place, std::string_view path) {
 class PreviewKey : public RegistryKey {
  public:
   PreviewKey(std::unique_ptr<RegistryKey> inner, std::string place, std::string id,
-             RegistryAccess access, RegistryChanges& changes, ChangeLog& log)
+             RegistryAccess access, RegistryChanges& changes)
       : inner_(std::move(inner)),
         place_(std::move(place)),
         id_(std::move(id)),
         access_(access),
-        changes_(changes),
-        log_(log) {}
+        changes_(changes) {}
 
   std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) override;
   std::optional<RegistryValue> QueryValue(std::string_view name) override;
@@ -60,7 +59,6 @@ class PreviewKey : public RegistryKey {
   std::string id_;                      // comparable
   RegistryAccess access_;
   RegistryChanges& changes_;
-  ChangeLog& log_;
   std::optional<uint64_t> values_generation_;  // for which the values were read
   std::vector<RegistryValueInfo> values_;
   bool names_are_read_ = false;
@@ -82,8 +80,7 @@ std::unique_ptr<RegistryKey> PreviewKey::Open(std::string_view path, RegistryAcc
     if (inner_) inner = inner_->Open(path, access);
     if (!inner) return nullptr;
   }
-  return std::make_unique<PreviewKey>(std::move(inner), Below(place_, path), id, access, changes_,
-                                      log_);
+  return std::make_unique<PreviewKey>(std::move(inner), Below(place_, path), id, access, changes_);
 }
 
 // Behind those that are gone the next one whose name differs in case alone; null when there is
@@ -103,8 +100,7 @@ std::unique_ptr<RegistryKey> PreviewKey::OpenTwin(std::string_view name, size_t 
     auto inner = inner_->Open(*sub_key, access);
     if (!inner) return nullptr;
     return std::make_unique<PreviewKey>(std::move(inner), Below(place_, *sub_key),
-                                        IdBelow(name) + std::string(gone, kTwin), access, changes_,
-                                        log_);
+                                        IdBelow(name) + std::string(gone, kTwin), access, changes_);
   }
   return nullptr;
 }
@@ -201,7 +197,6 @@ void PreviewKey::SetValue(std::string_view name, const RegistryValue& value) {
   RequireWrite();
   changes_.values[id_].set[UpCase(name)] = {std::string(name), value};
   ++changes_.generation;
-  log_.push_back({ChangeKind::kSetValue, place_, std::string(name), value.bytes.size()});
 }
 
 bool PreviewKey::DeleteValue(std::string_view name) {
@@ -212,7 +207,6 @@ bool PreviewKey::DeleteValue(std::string_view name) {
   const bool was_set = changes.set.erase(upper) != 0;
   if (!was_set || (inner_ && inner_->QueryValue(name))) ++changes.gone[upper];
   ++changes_.generation;
-  log_.push_back({ChangeKind::kDeleteValue, place_, std::string(name), 0});
   return true;
 }
 
@@ -227,12 +221,10 @@ bool PreviewKey::DeleteSubKey(std::string_view path) {
   if (child == nullptr) return false;
   if (IsLink(path)) throw Error(Error::Kind::kDenied, "The registry key is a link.");
   if (child->SubKeyAt(0)) throw Error(Error::Kind::kNotEmpty, "The registry key has sub-keys.");
-  const std::string place = Below(place_, path), id = IdBelow(path);
-  const bool was_made = changes_.made_keys.erase(id) != 0;
-  if (!was_made) ++changes_.gone_keys[id];
+  const std::string id = IdBelow(path);
+  if (changes_.made_keys.erase(id) == 0) ++changes_.gone_keys[id];
   changes_.values.erase(id);
   ++changes_.generation;
-  if (!was_made) log_.push_back({ChangeKind::kDeleteKey, place, "", 0});
   return true;
 }
 
@@ -248,7 +240,6 @@ std::unique_ptr<RegistryKey> PreviewRegistry::Create(RegistryRoot root, std::str
     changes_.made_keys[UpCase(place)] = name;
     ++changes_.generation;
   }
-  log_.push_back({ChangeKind::kMakeKey, place, "", 0});
   return Open(root, path, RegistryAccess::kWrite);
 }
 
@@ -263,7 +254,7 @@ std::unique_ptr<RegistryKey> PreviewRegistry::Open(RegistryRoot root, std::strin
   }
   std::unique_ptr<RegistryKey> key = is_made ? nullptr : inner_.Open(root, path, access);
   if (key == nullptr && !is_made) return nullptr;
-  return std::make_unique<PreviewKey>(std::move(key), place, id, access, changes_, log_);
+  return std::make_unique<PreviewKey>(std::move(key), place, id, access, changes_);
 }
 
 }  // namespace quellix

@@ -5,7 +5,6 @@
 #include <string>
 #include <unordered_map>
 
-#include "platform/preview/change_log.h"
 #include "platform/registry.h"
 
 namespace quellix {
@@ -29,11 +28,11 @@ struct RegistryChanges {
   uint64_t generation = 0;                            // counts the changes
 };
 
-// The registry of another machine, every change recorded instead of made. Keys are opened with the
-// access that is asked for, so that a denied one is denied here as well.
+// The registry of another machine, every change remembered instead of made. Keys are opened with
+// the access that is asked for, so that a denied one is denied here as well.
 class PreviewRegistry : public Registry {
  public:
-  PreviewRegistry(Registry& inner, ChangeLog& log) : inner_(inner), log_(log) {}
+  explicit PreviewRegistry(Registry& inner) : inner_(inner) {}
 
   std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
                                     RegistryAccess access) override;
@@ -42,7 +41,6 @@ class PreviewRegistry : public Registry {
 
  private:
   Registry& inner_;
-  ChangeLog& log_;
   RegistryChanges changes_;
 };
 

@@ -13,24 +13,13 @@ RecycleBinContent PreviewShell::QueryRecycleBin() {
 }
 
 void PreviewShell::EmptyRecycleBin() {
-  const RecycleBinContent content = QueryRecycleBin();
   is_emptied_ = true;
   files_.ForgetRecycled();
-  if (content.items == 0) return;
-  const std::string items =
-      std::to_string(content.items) + (content.items == 1 ? " item" : " items");
-  log_.push_back({ChangeKind::kEmptyRecycleBin, "", items, content.bytes});
 }
 
-void PreviewShell::ClearAddressHistory() {
-  inner_.Require(ShellFeature::kAddressHistory);
-  log_.push_back({ChangeKind::kClearAddressHistory, "", "", 0});
-}
+void PreviewShell::ClearAddressHistory() { inner_.Require(ShellFeature::kAddressHistory); }
 
-void PreviewShell::EmptyClipboard() {
-  inner_.Require(ShellFeature::kClipboard);
-  log_.push_back({ChangeKind::kEmptyClipboard, "", "", 0});
-}
+void PreviewShell::EmptyClipboard() { inner_.Require(ShellFeature::kClipboard); }
 
 std::unique_ptr<ShortcutReader> PreviewShell::OpenShortcuts() { return inner_.OpenShortcuts(); }
 
@@ -46,9 +35,7 @@ bool PreviewUrlCache::Delete(std::string_view source) {
   if (local_files_.empty()) Entries();
   if (!local_files_.contains(name) || !gone_.insert(name).second) return false;
   const std::string& file = local_files_[name];
-  const std::optional<FileInfo> info = file.empty() ? std::nullopt : files_.Look(file);
-  log_.push_back({ChangeKind::kDeleteCacheEntry, name, "", info ? info->size : 0});
-  if (info) files_.Forget(file);
+  if (!file.empty() && files_.Look(file)) files_.RemoveFile(file);
   return true;
 }
 

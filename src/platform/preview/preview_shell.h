@@ -10,11 +10,10 @@
 
 namespace quellix {
 
-// The shell of another machine, every change recorded instead of made.
+// The shell of another machine, every change remembered instead of made.
 class PreviewShell : public Shell {
  public:
-  PreviewShell(Shell& inner, PreviewFileSystem& files, ChangeLog& log)
-      : inner_(inner), files_(files), log_(log) {}
+  PreviewShell(Shell& inner, PreviewFileSystem& files) : inner_(inner), files_(files) {}
 
   RecycleBinContent QueryRecycleBin() override;
   void EmptyRecycleBin() override;
@@ -28,15 +27,13 @@ class PreviewShell : public Shell {
  private:
   Shell& inner_;
   PreviewFileSystem& files_;
-  ChangeLog& log_;
   bool is_emptied_ = false;
 };
 
 // The browser cache of another machine, likewise.
 class PreviewUrlCache : public UrlCache {
  public:
-  PreviewUrlCache(UrlCache& inner, PreviewFileSystem& files, ChangeLog& log)
-      : inner_(inner), files_(files), log_(log) {}
+  PreviewUrlCache(UrlCache& inner, PreviewFileSystem& files) : inner_(inner), files_(files) {}
 
   void Enumerate(const UrlCacheVisitor& visit) override;
   bool Delete(std::string_view source) override;
@@ -44,7 +41,6 @@ class PreviewUrlCache : public UrlCache {
  private:
   UrlCache& inner_;
   PreviewFileSystem& files_;
-  ChangeLog& log_;
   std::unordered_map<std::string, std::string> local_files_;  // by source, as listed last
   std::unordered_set<std::string> gone_;
 };

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 
 #include <algorithm>
 #include <array>
@@ -76,9 +77,31 @@ bool IsAtOrBelow(std::string_view path, std::string_view folder) {
   return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
+timespec ToTimespec(const struct statx_timestamp& time) { return {time.tv_sec, time.tv_nsec}; }
+
+// All that lstat tells, and what it does not.
 bool LookAt(Located& entry) {
-  return fstatat(entry.folder, entry.name.c_str(), &entry.status,
-                 AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) == 0;
+  struct statx seen;
+  if (statx(entry.folder, entry.name.c_str(), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
+            STATX_BASIC_STATS, &seen) != 0) {
+    return false;
+  }
+  struct stat& status = entry.status;
+  status.st_dev = makedev(seen.stx_dev_major, seen.stx_dev_minor);
+  status.st_rdev = makedev(seen.stx_rdev_major, seen.stx_rdev_minor);
+  status.st_ino = seen.stx_ino;
+  status.st_mode = seen.stx_mode;
+  status.st_nlink = seen.stx_nlink;
+  status.st_uid = seen.stx_uid;
+  status.st_gid = seen.stx_gid;
+  status.st_size = static_cast<off_t>(seen.stx_size);
+  status.st_blksize = seen.stx_blksize;
+  status.st_blocks = static_cast<blkcnt_t>(seen.stx_blocks);
+  status.st_atim = ToTimespec(seen.stx_atime);
+  status.st_mtim = ToTimespec(seen.stx_mtime);
+  status.st_ctim = ToTimespec(seen.stx_ctime);
+  entry.is_immutable = (seen.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0;
+  return true;
 }
 
 constexpr std::array<bool, 256> MakeForbidden() {

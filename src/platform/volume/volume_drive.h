@@ -27,6 +27,7 @@ struct Located {
   int folder = -1;
   std::string name;  // as spelled on the disk; "." is the folder itself
   struct stat status = {};
+  bool is_immutable = false;  // kept from removal by an attribute of its own
 };
 
 // A folder of this system that stands for one drive. Names are looked up as they are spelled, and,

@@ -34,11 +34,10 @@ std::string NameOfFd(int fd) {
   return size <= 0 || size == sizeof name ? "" : std::string(name, static_cast<size_t>(size));
 }
 
-// Of a name, or with "" of the folder itself: kept from removal by an attribute of its own.
-bool IsImmutable(int fd, const std::string& name) {
+// Kept from changes in it by an attribute of its own.
+bool IsImmutable(int folder) {
   struct statx state {};
-  const int flags = AT_SYMLINK_NOFOLLOW | (name.empty() ? AT_EMPTY_PATH : 0);
-  return statx(fd, name.c_str(), flags, 0, &state) == 0 &&
+  return statx(folder, "", AT_EMPTY_PATH, 0, &state) == 0 &&
          (state.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0;
 }
 
@@ -129,11 +128,11 @@ void VolumeFolder::Enumerate(Detail detail, const EntryVisitor& visit) {
 }
 
 std::optional<FileInfo> VolumeFolder::Look(std::string_view name, Detail detail) {
-  looked_.clear();
-  Located entry;
+  Located entry = std::move(looked_);  // for the room that its name has
+  looked_.name.clear();
   if (!Find(name, entry)) return std::nullopt;
   const FileInfo info = MakeInfo(entry, drive_.attribute_support(), detail);
-  if (!info.is_folder && entry.name == name) looked_ = name;
+  if (!info.is_folder) looked_ = std::move(entry);
   return info;
 }
 
@@ -176,6 +175,7 @@ UniqueFd VolumeFolder::OpenForRead(std::string_view name) {
 }
 
 void VolumeFolder::Replace(std::string_view name, const std::function<void(int fd)>& fill) {
+  looked_.name.clear();
   Located entry;
   const bool exists = FindPlace(name, entry);
   if (exists && (S_ISDIR(entry.status.st_mode) || IsFolderLink(entry))) Fail(EISDIR, name);
@@ -216,6 +216,7 @@ void VolumeFolder::CreateFolder(std::string_view name) {
 }
 
 void VolumeFolder::Rename(std::string_view from, std::string_view to, IfThere if_there) {
+  looked_.name.clear();
   const Located source = Need(from);
   Located target;
   const bool exists = FindPlace(to, target);
@@ -269,8 +270,8 @@ void VolumeFolder::Flush() {
 }
 
 void VolumeFolder::RemoveFile(std::string_view name) {
-  if (!looked_.empty() && looked_ == name && unlinkat(fd(), looked_.c_str(), 0) == 0) return;
-  looked_.clear();
+  const std::string looked = std::exchange(looked_.name, {});
+  if (!name.empty() && looked == name && unlinkat(fd(), looked.c_str(), 0) == 0) return;
   const Located entry = Need(name);
   if (IsFolderLink(entry)) Fail(EISDIR, name);
   if (unlinkat(fd(), entry.name.c_str(), 0) != 0) Fail(errno, name);
@@ -290,11 +291,12 @@ void VolumeFolder::RemoveFolder(std::string_view name) {
 void VolumeFolder::RequireRemovable(std::string_view name) {
   if (!holds_names_) {
     holds_names_ = faccessat(fd(), ".", W_OK | X_OK, AT_EACCESS) != 0 ? errno
-                   : IsImmutable(fd(), "")                            ? EPERM
+                   : IsImmutable(fd())                                ? EPERM
                                                                       : 0;
   }
-  const std::string exact = looked_ == name ? looked_ : Need(name).name;
-  const int code = *holds_names_ == 0 && IsImmutable(fd(), exact) ? EPERM : *holds_names_;
+  const bool is_known = !name.empty() && looked_.name == name;
+  const bool is_immutable = is_known ? looked_.is_immutable : Need(name).is_immutable;
+  const int code = *holds_names_ == 0 && is_immutable ? EPERM : *holds_names_;
   if (code != 0) Fail(code, name);
 }
 

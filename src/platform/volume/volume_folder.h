@@ -64,7 +64,7 @@ class VolumeFolder : public Folder {
   bool is_unread_ = false;  // fd_ may be for reading, and stands at its beginning
   std::string path_;
   // The file looked at last: who removes it next need not look again.
-  std::string looked_;
+  Located looked_;
   std::optional<int> holds_names_;  // errno of whoever removes something here; 0 for none
 };
 
