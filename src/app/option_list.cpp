@@ -92,7 +92,7 @@ std::string WhyNoUserFile(const Machine& machine, std::string_view path) {
   }
   const auto folder = OpenForList(machine, FolderPart(path));
   if (!folder) return {};
-  why = LoadPlaces(machine).WhyNotFile(*folder, NamePart(path), Claim::kOwnList);
+  why = LoadPlaces(machine).WhyNotFile(*folder, path, Claim::kOwnList);
   return why.empty() ? why : std::string(path) + " cannot be cleaned: " + why;
 }
 

@@ -158,7 +158,7 @@ bool Restorer::MayWrite(const ZipEntry& entry, const std::string& name, const Fi
   if (there.is_folder) {
     throw Error(Error::Kind::kOther, path + " is not restored: there is a folder of this name.");
   }
-  const std::string reason = target_.places.WhyNotFile(*folder_, name, Claim::kOwnList);
+  const std::string reason = target_.places.WhyNotFile(*folder_, path, Claim::kOwnList);
   if (!reason.empty()) {
     throw Error(Error::Kind::kDenied, path + " is not restored, as " + reason);
   }

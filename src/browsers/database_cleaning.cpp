@@ -66,7 +66,7 @@ class Cleaning {
     ProtectedPlaces& places = PlacesOf(context_);
     const std::string_view line = places.keep().ForFile(folder_, folder_.Id(), shown_);
     if (!line.empty()) throw Error(Error::Kind::kKept, std::string(line));
-    const std::string why = places.WhyNotEdit(folder_, name_);
+    const std::string why = places.WhyNotEdit(folder_, shown_);
     if (!why.empty()) throw Error(Error::Kind::kDenied, shown_ + " was left as it is: " + why);
   }
 

@@ -76,7 +76,7 @@ void ProfileCleaner::Remove(const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     const auto info = folder_->Look(name, limits.Needs(Detail::kSize));
     if (!info || info->is_folder || limits.Leaves(folder_.get(), path_, {name, *info})) continue;
-    const std::string why = PlacesOf(context_).WhyNotFile(*folder_, name, Claim::kItem);
+    const std::string why = PlacesOf(context_).WhyNotFile(*folder_, path_ + name, Claim::kItem);
     if (why.empty()) {
       list.PendingFiles.Append(path_ + name);
     } else {

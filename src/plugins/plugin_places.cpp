@@ -98,7 +98,7 @@ std::string WhyNotOpened(const Machine& machine, ProtectedPlaces& places, const 
 
 std::string WhyNotEdited(const Machine& machine, ProtectedPlaces& places, const std::string& path) {
   try {
-    return places.WhyNotEdit(*OpenFolderOf(machine.files, path), NamePart(path));
+    return places.WhyNotEdit(*OpenFolderOf(machine.files, path), path);
   } catch (const Error& error) {
     return error.kind() == Error::Kind::kMissing ? "" : error.what();
   }

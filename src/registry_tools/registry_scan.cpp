@@ -119,8 +119,7 @@ void RegistryScan::Erase(const std::vector<size_t>& chosen, const KeepList& keep
 void RegistryScan::RemoveFileOf(const ScanRow& row, ProtectedPlaces& places) {
   try {
     const auto folder = OpenFolderOf(machine_.files, row.file);
-    if (!places.WhyNotFile(*folder, NamePart(row.file), Claim::kItem).empty()) return;
-    if (!places.keep().ForPath(row.file).empty()) return;
+    if (!places.WhyNotFile(*folder, row.file, Claim::kItem).empty()) return;
     folder->RemoveFile(NamePart(row.file));
   } catch (const Error&) {
     return;

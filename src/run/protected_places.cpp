@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/error.h"
+#include "platform/path.h"
 #include "run/precious_finder.h"
 #include "run/precious_names.h"
 
@@ -96,14 +97,15 @@ std::string ProtectedPlaces::WhyNot(Folder& folder, std::string_view mask, bool 
   }
 }
 
-std::string ProtectedPlaces::WhyNotFile(Folder& folder, std::string_view name, Claim claim) {
+std::string ProtectedPlaces::WhyNotFile(Folder& folder, std::string_view path, Claim claim) {
+  const std::string_view name = NamePart(path);
   if (std::string why = WhyNot(folder, name, false, claim); !why.empty()) return why;
   const FileId id = folder.Id();
-  if (const auto line = keep_.ForFile(folder, id, name); !line.empty()) return Kept(line);
+  if (const auto line = keep_.ForFile(folder, id, path); !line.empty()) return Kept(line);
   return IsSparedFile(folder, id, name) ? kPreciousFile : "";
 }
 
-std::string ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view name) {
+std::string ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view path) {
   try {
     const FileId self = folder.Id();
     const std::vector<FileId> above = folder.Above();
@@ -111,9 +113,9 @@ std::string ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view name) {
     if (rule == Kind::kOwn) return kOwnPlace;
     if (rule == Kind::kTree) return kTreePlace;
     std::string_view line = keep_.ForFolder(self, above);
-    if (line.empty()) line = keep_.ForFile(folder, self, name);
+    if (line.empty()) line = keep_.ForFile(folder, self, path);
     if (!line.empty()) return Kept(line);
-    return IsSparedFile(folder, self, name) ? kPreciousFile : "";
+    return IsSparedFile(folder, self, NamePart(path)) ? kPreciousFile : "";
   } catch (const Error&) {
     return kUnknownPlace;
   }

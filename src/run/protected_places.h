@@ -37,11 +37,11 @@ class ProtectedPlaces {
   // it: a clause that ends a sentence, "" when they may.
   std::string WhyNot(Folder& folder, std::string_view mask, bool below, Claim claim);
 
-  // The same for one file that was named by itself.
-  std::string WhyNotFile(Folder& folder, std::string_view name, Claim claim);
+  // The same for one file that was named by itself, by the path that the keep list's masks are for.
+  std::string WhyNotFile(Folder& folder, std::string_view path, Claim claim);
 
   // The same for a file that is to lose some of its lines.
-  std::string WhyNotEdit(Folder& folder, std::string_view name);
+  std::string WhyNotEdit(Folder& folder, std::string_view path);
 
   // For a walk that may go: whether it leaves alone a folder that it meets, with all that is in it,
   // or a file.
@@ -71,8 +71,6 @@ class ProtectedPlaces {
   Kind RuleFor(const FileId& self, const std::vector<FileId>& above) const;
   std::string WhyNotOpened(const FileId& self, const std::vector<FileId>& above,
                            std::string_view mask, bool below, Claim claim) const;
-
-  // The line that keeps a folder or one above it.
 
   KeepList keep_;
   std::map<FileId, Kind> folders_;

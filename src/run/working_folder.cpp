@@ -64,7 +64,7 @@ Folder& WorkingFolder::Of(std::string_view path) {
     if (places.IsSparedFile(folder, id_, name)) {
       Refuse(path, "it is a file that Windows or this program needs.");
     }
-  } else if (const std::string why = places.WhyNotFile(folder, name, claim_); !why.empty()) {
+  } else if (const std::string why = places.WhyNotFile(folder, path, claim_); !why.empty()) {
     Refuse(path, why);
   }
   return folder;

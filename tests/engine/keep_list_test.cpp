@@ -97,25 +97,34 @@ TEST_F(KeepListTest, LinesThatKeepNothingAndMasksThatKeepAllAreTold) {
 TEST_F(KeepListTest, ListsSearchesAndPlugInsHonourIt) {
   for (const char* file : {"f\\a", "f\\b", "f\\s\\c", "g\\d"})
     machine->MakeFile(scratch + file, "");
-  machine->MakeFile(scratch + "i\\x.ini", "[a]\r\nk=1\r\n");
+  for (const char* file : {"i\\x.ini", "i\\by mask.ini", "i\\in a.ini", "i\\goes.ini"})
+    machine->MakeFile(scratch + file, "[a]\r\nk=1\r\n");
   for (const char* key : {"v", "t\\s", "t2\\s", "k"}) {
     for (const char* name : {"", "v", "w"}) {
       machine->SetText(kUser, std::string(kKey) + "\\" + key, name, "x");
     }
   }
   const std::string key = std::string("HKEY_CURRENT_USER\\") + kKey;
-  Keep(scratch + "f\\s\r\n" + scratch + "f\\b\r\n" + scratch + "i\\x.ini\r\n" + key + "\\v|v\r\n" +
-       key + "\\t\\s|W\r\n" + UpCase(key) + "\\K\r\n" + key + "\\v|\r\n");
-  WriteRecipe("all.cdp", "F|Yes|Yes|" + scratch + "f\\*.*\r\nF|No|No|" + scratch +
-                             "f\\b\r\nI|x.ini|a|Yes||" + scratch + "i\\\r\nR|No|No|" + key +
-                             "\\v|v\r\nR|No|No|" + key + "\\v|w\r\nR|Yes|No|" + key +
+  Keep(scratch + "f\\s\r\n" + scratch + "f\\b\r\n" + scratch + "i\\x.ini\r\n" + scratch +
+       "i\\by*.ini\r\nin ?.ini\r\n" + key + "\\v|v\r\n" + key + "\\t\\s|W\r\n" + UpCase(key) +
+       "\\K\r\n" + key + "\\v|\r\n");
+  const auto ini = [this](std::string name) {
+    return "I|" + name + ".ini|a|Yes||" + scratch + "i\\\r\n";
+  };
+  WriteRecipe("all.cdp", "F|Yes|Yes|" + scratch + "f\\*.*\r\nF|No|No|" + scratch + "f\\b\r\n" +
+                             ini("x") + ini("by mask") + ini("in a") + ini("goes") + "R|No|No|" +
+                             key + "\\v|v\r\nR|No|No|" + key + "\\v|w\r\nR|Yes|No|" + key +
                              "\\t|v\r\nR|Yes|No|" + key + "\\t2|v\r\nR|No|No|" + key + "\\k|v\r\n");
   WriteList("1|all.cdp|\r\n");
   WriteOwn("UDFI.txt", scratch + "f\\b\r\n" + scratch + "g\\d\r\n");
   Tick({"CleanPlugins", "CleanUserFiles"});
   engine.RunCleaning();
-  EXPECT_EQ(Files(scratch), (Names{"f\\b", "f\\s\\c", "i\\x.ini"}));
-  EXPECT_EQ(Read(scratch + "i\\x.ini"), "[a]\r\nk=1\r\n");
+  EXPECT_EQ(Files(scratch),
+            (Names{"f\\b", "f\\s\\c", "i\\by mask.ini", "i\\goes.ini", "i\\in a.ini", "i\\x.ini"}));
+  for (const std::string name : {"x", "by mask", "in a", "goes"}) {
+    EXPECT_EQ(ports.files.ReadWholeFile(scratch + "i\\" + name + ".ini"),
+              name == "goes" ? "" : "[a]\r\nk=1\r\n");
+  }
   EXPECT_EQ(machine->ValueNames(kUser, std::string(kKey) + "\\v"), (Names{"", "v"}));
   EXPECT_EQ(machine->ValueNames(kUser, std::string(kKey) + "\\t\\s").size(), 3u);
   EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\t2"));
