@@ -36,7 +36,10 @@ class Engine {
   // begins a new interval. While they cannot be read, everything goes on as it was.
   void ApplyGeneralSettings();
   // Stores the check states. Throws Error.
-  void Save() const { selection_.SaveCheckStates(machine_); }
+  void Save() {
+    selection_.SaveCheckStates(machine_);
+    selection_.browsers().Save(machine_);
+  }
 
   const Preferences& preferences() const { return preferences_; }
   Selection& selection() { return selection_; }

@@ -147,6 +147,29 @@ void RunItem(CleaningContext& context, const Item& item) {
   context.state.ItemInWork = 0;
 }
 
+// Those that are here; looking for them is left out where none is ticked.
+std::vector<BrowserChoice> TickedBrowsers(const Machine& machine, const BrowserTicks& ticks) {
+  std::vector<BrowserChoice> choices;
+  if (ticks.empty()) return choices;
+  for (const FoundBrowser& browser : FindBrowsers(machine)) {
+    for (const BrowserKind kind : browser.kinds) {
+      const BrowserChoice choice{browser.key, kind};
+      if (ticks.IsTicked(NameOf(choice))) choices.push_back(choice);
+    }
+  }
+  return choices;
+}
+
+// What ends a run.
+void CleanBrowsers(CleaningContext& context, std::span<const BrowserChoice> choices,
+                   FreeSpaceCheck& free_space) {
+  for (const BrowserChoice& choice : choices) {
+    CleanBrowser(context, choice);
+    if (context.state.AbortRequested) return AbortRun(context, "Aborted by user", free_space);
+  }
+  FinishRun(context, free_space);
+}
+
 // After the offline pages the status has always been spelled with a capital U.
 std::string_view AbortMessage(const Item& item) {
   return item.key == std::string_view("CleanOffline") ? "Aborted by User" : "Aborted by user";
@@ -166,7 +189,9 @@ void KeepRun(CleaningContext& context) {
 }
 
 void RunCleaning(CleaningContext& context, const Selection& selection) {
-  if (!BeginRun(context, selection.CountChecked())) return RefuseRun(context);
+  const std::vector<BrowserChoice> browsers = TickedBrowsers(context.machine, selection.browsers());
+  const int count = selection.CountChecked() + static_cast<int>(browsers.size());
+  if (!BeginRun(context, count)) return RefuseRun(context);
   FreeSpaceCheck free_space(context);
   for (const Item& item : AllItems()) {
     if (selection.IsChecked(item)) RunItem(context, item);
@@ -175,17 +200,13 @@ void RunCleaning(CleaningContext& context, const Selection& selection) {
       return;
     }
   }
-  FinishRun(context, free_space);
+  CleanBrowsers(context, browsers, free_space);
 }
 
 void RunBrowsers(CleaningContext& context, std::span<const BrowserChoice> choices) {
   if (!BeginRun(context, static_cast<int>(choices.size()))) return RefuseRun(context);
   FreeSpaceCheck free_space(context);
-  for (const BrowserChoice& choice : choices) {
-    CleanBrowser(context, choice);
-    if (context.state.AbortRequested) return AbortRun(context, "Aborted by user", free_space);
-  }
-  FinishRun(context, free_space);
+  CleanBrowsers(context, choices, free_space);
 }
 
 void RunOneItem(CleaningContext& context, const Item& item) {

@@ -100,7 +100,7 @@ void EntryList::CountAll() {
 // Adds an entry to the totals, or with -1 takes it away.
 void EntryList::Count(Index index, int sign) {
   const RunEntry& entry = entries_->all[index];
-  if (!IsOfItems(entry)) return;
+  if (!IsInScope(entry)) return;
   const auto step = static_cast<uint64_t>(int64_t{sign});
   if (entry.fate == Fate::kStayed) totals_.stayed += step;
   if (entry.fate == Fate::kKept) totals_.kept += step;
@@ -140,8 +140,8 @@ void EntryList::SetGrouped(bool grouped) {
   List();
 }
 
-void EntryList::ShowItems(const std::optional<std::array<bool, 30>>& items) {
-  items_ = items;
+void EntryList::ShowScope(const std::optional<EntryScope>& scope) {
+  scope_ = scope;
   CountAll();
   List();
 }
@@ -216,13 +216,15 @@ void EntryList::Sort(RunColumn column) {
   Order();
 }
 
-bool EntryList::IsOfItems(const RunEntry& entry) const {
-  return !items_ || (entry.item != 0 && (*items_)[entry.item - 1u]);
+bool EntryList::IsInScope(const RunEntry& entry) const {
+  if (!scope_) return true;
+  if (entry.item != 0) return scope_->items[entry.item - 1u];
+  return entry.rule != 0 && std::ranges::count(scope_->rules, entries_->rules[entry.rule]) > 0;
 }
 
 bool EntryList::PassesFilter(Index index) const {
   const RunEntry& entry = entries_->all[index];
-  if (!IsOfItems(entry)) return false;
+  if (!IsInScope(entry)) return false;
   if (filter_.empty()) return true;
   const auto holds = [this](std::string_view text) {
     return UpCase(text).find(filter_) != std::string::npos;

@@ -14,6 +14,14 @@
 
 namespace quellix {
 
+// Which entries are shown: those that these items name, by run order from 0, and those of rules,
+// which no item names.
+struct EntryScope {
+  std::array<bool, 30> items{};
+  std::vector<std::string> rules;
+  bool operator==(const EntryScope&) const = default;
+};
+
 enum class RunColumn { kPlace, kKind, kBytes, kModified, kItem, kFate, kNote };
 inline constexpr size_t kRunColumns = 7;
 
@@ -38,8 +46,8 @@ class EntryList {
   const std::optional<RowOrder<RunColumn>>& order() const { return order_; }
   // Shows the rows whose place, rule or note holds `text` in any case; "" all.
   void SetFilter(std::string_view text);
-  // Shows only what these items name, by run order from 0; nothing: whatever names it.
-  void ShowItems(const std::optional<std::array<bool, 30>>& items);
+  // Without a scope shows whatever names it.
+  void ShowScope(const std::optional<EntryScope>& scope);
   // Puts those of one folder, or one key, together below a heading that tells how much they are and
   // ticks them all.
   void SetGrouped(bool grouped);
@@ -57,8 +65,8 @@ class EntryList {
   std::shared_ptr<RunChoice> Choice() const;
   // What to ask before it; "" for nothing. See QuestionBefore.
   std::string Question() const;
-  // "1,204 entries, 54.20 MB; 12 stay, 3 are kept": of all that
-  // the items name, whatever the filter shows.
+  // "1,204 entries, 54.20 MB; 12 stay, 3 are kept": of all in
+  // the scope, whatever the filter shows.
   std::string Summary() const;
   // The rows that are shown, a line each with tabs between the columns, behind the columns' names.
   std::string ToText() const;
@@ -82,7 +90,7 @@ class EntryList {
   std::string HeadingText(size_t row, RunColumn column) const;
   // The rows below a heading: from the first to one behind the last.
   std::pair<size_t, size_t> Below(size_t row) const;
-  bool IsOfItems(const RunEntry& entry) const;
+  bool IsInScope(const RunEntry& entry) const;
   bool PassesFilter(Index entry) const;
   int Compare(const RunEntry& a, const RunEntry& b) const;
   std::string_view ItemText(const RunEntry& entry) const;
@@ -94,10 +102,10 @@ class EntryList {
   std::vector<Index> view_;
   std::optional<RowOrder<RunColumn>> order_;
   std::string filter_;  // in upper case
-  std::optional<std::array<bool, 30>> items_;
+  std::optional<EntryScope> scope_;
   bool is_grouped_ = false;
   std::vector<Heading> headings_;
-  // Of all that the items name.
+  // Of all that is in the scope.
   struct Totals {
     uint64_t going = 0, bytes = 0, stayed = 0, kept = 0;
   } totals_;

@@ -68,6 +68,20 @@ void ItemList::Refresh() {
     for (const Item* const item : shown) rows_.push_back({group, item});
     if (folded > 0) rows_.push_back({group, nullptr, folded});
   }
+  for (size_t i = 0; i < browsers_.size(); ++i) {
+    Row row{.group = Group::kInternet, .browser = static_cast<int>(i)};
+    rows_.push_back(row);
+    for (size_t kind = 0; kind < browsers_[i].kinds.size(); ++kind) {
+      row.kind = static_cast<int>(kind);
+      rows_.push_back(row);
+    }
+  }
+}
+
+void ItemList::SetBrowsers(std::vector<FoundBrowser> browsers) {
+  browsers_ = std::move(browsers);
+  std::erase_if(browsers_, [](const FoundBrowser& each) { return each.key == kFirefox; });
+  Refresh();
 }
 
 bool ItemList::Precedes(const Item* a, const Item* b) const {
@@ -118,8 +132,10 @@ bool ItemList::IsDimmed(size_t row) const {
 std::optional<Ticks> ItemList::TicksOf(size_t row) const {
   const Row& at = rows_[row];
   if (at.item != nullptr) return selection_.IsChecked(*at.item) ? Ticks::kAll : Ticks::kNone;
+  if (at.kind >= 0)
+    return selection_.browsers().IsTicked(BrowserName(at)) ? Ticks::kAll : Ticks::kNone;
   if (!at.IsHeading()) return std::nullopt;
-  const Selection::Count count = selection_.CountIn(at.group);
+  const Selection::Count count = CountIn(at);
   if (count.checked == 0) return Ticks::kNone;
   return count.checked == count.all ? Ticks::kAll : Ticks::kSome;
 }
@@ -127,6 +143,7 @@ std::optional<Ticks> ItemList::TicksOf(size_t row) const {
 void ItemList::Toggle(size_t row) {
   const Row at = rows_[row];
   if (at.folded > 0) return SetFolded(at.group, false);
+  if (at.browser >= 0) return ToggleBrowser(at);
   if (at.item == nullptr) {
     selection_.ToggleGroup(at.group);
     return Refresh();  // what is folded away may be ticked now
@@ -151,8 +168,9 @@ void ItemList::Follow() {
   const std::vector<RunEntry>& entries = look_->Entries->all;
   for (; taken_in_ < entries.size(); ++taken_in_) {
     const RunEntry& entry = entries[taken_in_];
-    if (entry.item == 0) continue;
-    Found& found = found_[entry.item - 1u];
+    if (entry.item == 0 && entry.rule == 0) continue;
+    Found& found =
+        entry.item != 0 ? found_[entry.item - 1u] : of_browsers_[look_->Entries->rules[entry.rule]];
     found.looked = true;
     if (entry.fate == Fate::kStayed) ++found.stays;
     if (entry.fate != Fate::kRemoved) continue;
@@ -172,7 +190,14 @@ void ItemList::Follow() {
 }
 
 void ItemList::EndLook() {
+  if (look_ == nullptr) return;
   Follow();
+  for (const Row& row : rows_) {  // they come last, so a stop leaves none of them whole
+    if (row.kind < 0 || look_->AbortRequested) continue;
+    Found& found = of_browsers_[BrowserName(row)];
+    found.done = selection_.browsers().IsTicked(BrowserName(row));
+    found.looked = found.looked || found.done;
+  }
   look_ = nullptr;
 }
 
@@ -180,28 +205,43 @@ void ItemList::Forget() {
   look_ = nullptr;
   taken_in_ = 0;
   found_ = {};
+  of_browsers_.clear();
 }
 
-std::array<bool, 30> ItemList::ItemsOf(size_t row) const {
-  std::array<bool, 30> items{};
-  for (const Item& item : AllItems()) {
-    const Row& at = rows_[row];
-    const bool is_below = at.group == item.group && (at.IsHeading() || IsFoldedAway(item));
-    items[IndexOf(item)] = at.item ? at.item == &item : is_below;
+EntryScope ItemList::ScopeOf(size_t row) const {
+  EntryScope scope;
+  const Row& at = rows_[row];
+  for (const Row& below : rows_) {
+    if (below.kind < 0 || below.browser != at.browser) continue;
+    if (at.kind < 0 || at.kind == below.kind) scope.rules.push_back(BrowserName(below));
   }
-  return items;
+  if (at.browser >= 0) return scope;
+  for (const Item& item : AllItems()) {
+    const bool is_below = at.group == item.group && (at.IsHeading() || IsFoldedAway(item));
+    scope.items[IndexOf(item)] = at.item ? at.item == &item : is_below;
+  }
+  return scope;
 }
 
 ItemList::Found ItemList::FoundIn(const Row& row) const {
   if (row.item != nullptr) return found_[IndexOf(*row.item)];
+  if (row.kind >= 0) return FoundOf(BrowserName(row));
   Found sum;
-  for (const Item& item : AllItems()) {
-    const Found& found = found_[IndexOf(item)];
-    if (!row.IsHeading() || item.group != row.group || !found.looked) continue;
-    sum.looked = true;
+  const auto add = [&sum](const Found& found) {
+    sum.looked = sum.looked || found.looked;
     sum.bytes += found.bytes;
     sum.count += found.count;
     sum.stays += found.stays;
+  };
+  if (row.browser >= 0) {
+    for (const Row& below : rows_) {
+      if (below.browser == row.browser && below.kind >= 0) add(FoundOf(BrowserName(below)));
+    }
+    return sum;
+  }
+  for (const Item& item : AllItems()) {
+    const Found& found = found_[IndexOf(item)];
+    if (row.IsHeading() && item.group == row.group) add(found);
   }
   return sum;
 }
@@ -226,8 +266,8 @@ std::string ItemList::NoteOf(const Item& item) const {
   return notes;
 }
 
-std::string ItemList::NoteOf(Group group) const {
-  const Selection::Count count = selection_.CountIn(group);
+std::string ItemList::NoteOf(const Row& heading) const {
+  const Selection::Count count = CountIn(heading);
   return CountText(static_cast<uint64_t>(count.checked)) + " of " +
          CountText(static_cast<uint64_t>(count.all)) + " ticked";
 }
@@ -238,6 +278,7 @@ std::string ItemList::Text(size_t row, ItemColumn column) const {
   switch (column) {
     case ItemColumn::kName:
       if (at.item != nullptr) return NameOf(*at.item);
+      if (at.browser >= 0) return BrowserText(at);
       if (at.IsHeading()) return std::string(GroupTitle(at.group));
       return CountText(static_cast<uint64_t>(at.folded)) + " more...";
     case ItemColumn::kBytes:
@@ -249,14 +290,22 @@ std::string ItemList::Text(size_t row, ItemColumn column) const {
       break;
   }
   if (at.item != nullptr) return NoteOf(*at.item);
-  return at.IsHeading() ? NoteOf(at.group) : "nothing of it on this Windows";
+  if (at.kind >= 0) return BrowserNote(at);
+  return at.IsHeading() ? NoteOf(at) : "nothing of it on this Windows";
 }
 
 std::string ItemList::Details(size_t row) const {
   const Row& at = rows_[row];
   if (at.folded > 0) return "What only older Windows have. Space shows it.";
+  if (at.kind >= 0) {
+    const FoundBrowser& browser = browsers_[static_cast<size_t>(at.browser)];
+    const std::string note = BrowserNote(at);
+    return BrowserText(at) + " of " + std::string(browser.label) + ", in " +
+           (browser.profiles == 1 ? "its profile." : "all its profiles.") +
+           (note.empty() ? "" : "\r\n\r\nNote: " + note + ".");
+  }
   if (at.item == nullptr) {
-    return NoteOf(at.group) + ". A click on the name, or Space, ticks the whole group" +
+    return NoteOf(at) + ". A click on the name, or Space, ticks the whole group" +
            (selection_.selects_risky() ? "" : " but for what cannot be had back") +
            ", and clears it when all is ticked.";
   }
@@ -270,18 +319,24 @@ std::string ItemList::Details(size_t row) const {
 }
 
 std::string ItemList::Summary() const {
-  const auto ticked = static_cast<uint64_t>(selection_.CountChecked());
-  if (ticked == 0) return "Nothing is ticked";
-  std::string text = CountText(ticked) + (ticked == 1 ? " item" : " items");
+  auto ticked = static_cast<uint64_t>(selection_.CountChecked());
   double bytes = 0;
   bool is_whole = true, has_looked = false;
-  for (const Item& item : AllItems()) {
-    if (!selection_.IsChecked(item)) continue;
-    const Found& found = found_[IndexOf(item)];
+  const auto add = [&](const Found& found) {
     bytes += found.bytes;
     is_whole = is_whole && found.done;
     has_looked = has_looked || found.looked;
+  };
+  for (const Item& item : AllItems()) {
+    if (selection_.IsChecked(item)) add(found_[IndexOf(item)]);
   }
+  for (const Row& row : rows_) {
+    if (row.kind < 0 || !selection_.browsers().IsTicked(BrowserName(row))) continue;
+    ++ticked;
+    add(FoundOf(BrowserName(row)));
+  }
+  if (ticked == 0) return "Nothing is ticked";
+  std::string text = CountText(ticked) + (ticked == 1 ? " item" : " items");
   if (!has_looked) return text;
   text += ", " + FormatSize(bytes, 2, true, machine_.system.UserLocale());
   return is_whole ? text : text + " found so far";

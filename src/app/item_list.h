@@ -2,12 +2,15 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "app/entry_list.h"
 #include "app/selection.h"
+#include "browsers/browser_catalogue.h"
 #include "platform/machine.h"
 #include "run/item.h"
 #include "run/run_state.h"
@@ -29,12 +32,21 @@ class ItemList {
     Group group;
     const Item* item = nullptr;  // null for a heading and for a fold
     int folded = 0;              // of a fold: how many items it stands for
-    bool IsHeading() const { return item == nullptr && folded == 0; }
+    int browser = -1;            // of a browser or what goes of it: an index of browsers()
+    int kind = -1;               // of what goes of it: an index of its kinds
+    bool IsHeading() const { return item == nullptr && folded == 0 && kind < 0; }
     bool operator==(const Row&) const = default;
   };
 
   // The machine's ports and the selection must outlive it.
   ItemList(const Machine& machine, Selection& selection);
+
+  // The browsers that were found here; below a heading each, what goes of it. Firefox has its
+  // items.
+  void SetBrowsers(std::vector<FoundBrowser> browsers);
+  const std::vector<FoundBrowser>& browsers() const { return browsers_; }
+  // Every box that may be, whatever it is of.
+  void TickAll(bool ticked);
 
   // Lists anew: the ticks or the settings have changed.
   void Refresh();
@@ -66,8 +78,8 @@ class ItemList {
   // What is found by now stays, in the rows as they stand: Refresh sorts by it.
   void EndLook();
   void Forget();
-  // Of the entries that a row stands for, the items, by run order from 0.
-  std::array<bool, 30> ItemsOf(size_t row) const;
+  // Which entries a row stands for.
+  EntryScope ScopeOf(size_t row) const;
 
   // What a user should know of a row, in several lines.
   std::string Details(size_t row) const;
@@ -84,12 +96,19 @@ class ItemList {
   };
 
   static size_t IndexOf(const Item& item) { return static_cast<size_t>(item.run_order) - 1; }
+  std::string BrowserName(const Row& row) const;  // "chrome:cookies"
+  const Found& FoundOf(const std::string& browser_name) const;
+  void TickBrowser(size_t browser, bool ticked);
+  Selection::Count CountIn(const Row& heading) const;
+  void ToggleBrowser(const Row& row);
+  std::string BrowserText(const Row& row) const;
+  std::string BrowserNote(const Row& row) const;
   bool IsAbsent(const Item& item) const;
   bool IsFoldedAway(const Item& item) const;
   Found FoundIn(const Row& row) const;
   bool Precedes(const Item* a, const Item* b) const;
   std::string NoteOf(const Item& item) const;
-  std::string NoteOf(Group group) const;
+  std::string NoteOf(const Row& heading) const;
   std::string CountText(uint64_t count) const;
 
   Machine machine_;
@@ -101,6 +120,8 @@ class ItemList {
   std::optional<ItemColumn> order_;
   bool descending_ = false;
   std::array<Found, 30> found_{};  // by run order, from 0
+  std::vector<FoundBrowser> browsers_;
+  std::map<std::string, Found> of_browsers_;  // by name
   const RunState* look_ = nullptr;
   size_t taken_in_ = 0;  // of its entries
 };

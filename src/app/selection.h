@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/browser_ticks.h"
 #include "platform/machine.h"
 #include "run/item.h"
 #include "settings/preferences.h"
@@ -41,6 +42,10 @@ class Selection {
   };
   Count CountIn(Group group) const;
 
+  // What of the browsers found here is cleaned with the items.
+  BrowserTicks& browsers() { return browsers_; }
+  const BrowserTicks& browsers() const { return browsers_; }
+
   // chkItems.txt, one line of 30 values. Loading: a missing file changes nothing, a field that is
   // no number leaves its box, missing fields leave theirs, further ones are ignored. Both throw
   // Error when the file cannot be read or written; a failed save keeps the old file. A file that
@@ -54,6 +59,7 @@ class Selection {
 
   using Checks = std::array<bool, 30>;  // by run order, from 0
   Checks checked_{};
+  BrowserTicks browsers_;
   std::optional<Checks> unread_;  // as they were when the file could not be read
   bool protect1_ = false;
   bool protect2_ = false;

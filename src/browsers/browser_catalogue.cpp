@@ -12,7 +12,6 @@
 namespace quellix {
 namespace {
 
-constexpr std::string_view kFirefox = "firefox";
 
 std::vector<BrowserKind> KindsOf(bool is_firefox) {
   std::vector<BrowserKind> kinds;

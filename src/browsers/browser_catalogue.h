@@ -9,6 +9,8 @@
 
 namespace quellix {
 
+inline constexpr std::string_view kFirefox = "firefox";  // its key
+
 // A browser that this machine's user has, or had, with what of it can be cleaned.
 struct FoundBrowser {
   std::string_view key;    // "chrome-beta": on the console and in lists

@@ -66,6 +66,7 @@ std::string NoSuchItem(const std::string& name) {
 std::string SelectItems(const CleanOptions& options, Selection& selection) {
   if (!options.ticked) {
     for (const Item& item : AllItems()) selection.SetChecked(item, false);
+    selection.browsers() = {};
   }
   if (options.all) selection.SelectAll(true);
   for (const std::string& group : options.groups) selection.CheckGroup(kGroups.at(group));
@@ -75,7 +76,7 @@ std::string SelectItems(const CleanOptions& options, Selection& selection) {
     if (item->cleaner == nullptr) return "the item \"" + name + "\" is not available yet.";
     selection.SetChecked(*item, true);
   }
-  return selection.CountChecked() == 0 ? "nothing is chosen." : "";
+  return selection.CountChecked() == 0 && selection.browsers().empty() ? "nothing is chosen." : "";
 }
 
 int Clean(const CleanOptions& options, const ReportOptions& report_options,

@@ -93,8 +93,8 @@ void EntryView::Show(std::shared_ptr<const RunEntries> entries, Kind kind) {
 
 void EntryView::ListAnew() { view_.SetRows(static_cast<int>(list_->RowCount())); }
 
-void EntryView::ShowItems(const std::optional<std::array<bool, 30>>& items) {
-  list_->ShowItems(items);
+void EntryView::ShowScope(const std::optional<EntryScope>& scope) {
+  list_->ShowScope(scope);
   ListAnew();
   ShowSummary();
 }

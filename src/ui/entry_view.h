@@ -28,7 +28,7 @@ class EntryView {
   void OnResolution(int dpi);
   void Show(std::shared_ptr<const RunEntries> entries, Kind kind);
   // See EntryList.
-  void ShowItems(const std::optional<std::array<bool, 30>>& items);
+  void ShowScope(const std::optional<EntryScope>& scope);
   // Takes in what the run has come by since; in the chosen order when it is over.
   void Grow();
   void Settle();

@@ -110,6 +110,7 @@ void FrmMain::OnInit() {
   };
   preview_.asks = [this] { return engine_.preferences().ask; };
   FollowSettings();
+  SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
   display_.Attach(window(), [this](const Item* item) { ShowCurrentItem(item); });
   display_.ReviewFinds(machine_);
   display_.Flush();
@@ -170,8 +171,17 @@ bool FrmMain::CanClean() const {
   return !work_.working() && IsWindowEnabled(window()) && !(thread.flags & GUI_INMENUMODE);
 }
 
+// What nobody misses until the window has been painted: timers come last.
+void FrmMain::FindPrograms() {
+  KillTimer(window(), tmrSettle);
+  items_.list().SetBrowsers(FindBrowsers(machine_));
+  items_.Refresh();
+  ShowSummary();
+}
+
 // Of a run that begins by itself while no window is shown, nobody is told anything.
 void FrmMain::OnTimer(UINT_PTR id) {
+  if (id == tmrSettle) return FindPrograms();
   if (id != tmrClean) return;
   engine_.auto_clean().Tick([this] { return CanClean(); },
                             [this] {

@@ -65,6 +65,7 @@ class FrmMain : public Dialog {
   bool TurnOff(int id);
   bool CanClean() const;
   void FollowSettings();
+  void FindPrograms();
   void GoToTray();
   void ComeForward() const;
   void ShowTrayMenu(POINT screen);

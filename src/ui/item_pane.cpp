@@ -30,9 +30,10 @@ void ItemPane::NextTip(bool wanted) {
 
 void ItemPane::Show(const ItemList& list, std::optional<size_t> row) {
   has_row_ = row.has_value();
-  const auto items = row ? std::optional(list.ItemsOf(*row)) : std::nullopt;
-  const bool is_other = items != items_;
-  items_ = items;
+  std::optional<EntryScope> scope;
+  if (row) scope = list.ScopeOf(*row);
+  const bool is_other = scope != scope_;
+  scope_ = std::move(scope);
   if (row) {
     window_.SetText(lblItem, list.Text(*row, ItemColumn::kName));
     window_.SetText(txtItem, list.Details(*row));
@@ -40,7 +41,7 @@ void ItemPane::Show(const ItemList& list, std::optional<size_t> row) {
   }
   Reveal({lblItem, txtItem}, has_row_);
   Reveal({lblTip, txtTip, cmdNextTip}, !has_row_ && !tip_.empty());
-  if (found_ && is_other) entries_.ShowItems(items_);
+  if (found_ && is_other) entries_.ShowScope(scope_);
 }
 
 void ItemPane::ShowEntries(std::shared_ptr<const RunEntries> found) {
@@ -48,7 +49,7 @@ void ItemPane::ShowEntries(std::shared_ptr<const RunEntries> found) {
   found_ = std::move(found);
   if (found_) {
     entries_.Show(found_, EntryView::Kind::kFound);
-    entries_.ShowItems(items_);
+    entries_.ShowScope(scope_);
   }
   Reveal({lblRunSummary, lstvRun}, found_ != nullptr);
 }

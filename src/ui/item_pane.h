@@ -44,7 +44,7 @@ class ItemPane {
   Tips& tips_;
   EntryView entries_;
   std::string tip_;
-  std::optional<std::array<bool, 30>> items_;  // of the selected row
+  std::optional<EntryScope> scope_;  // of the selected row
   bool has_row_ = false;
   std::shared_ptr<const RunEntries> found_;
 };

@@ -60,6 +60,7 @@ void ItemView::Refresh() {
   for (size_t i = 0; selected_ && i < list_->RowCount(); ++i) {
     const ItemList::Row& at = list_->At(i);
     if (at.group != selected_->group || at.item != selected_->item) continue;
+    if (at.browser != selected_->browser || at.kind != selected_->kind) continue;
     if (at.IsHeading() != selected_->IsHeading()) continue;
     view_.Select(i);
     break;
@@ -103,7 +104,7 @@ void ItemView::Toggle(int row) {
 void ItemView::ToggleAll() {
   const bool checked = IsDlgButtonChecked(window_, Check3) != BST_CHECKED;
   CheckDlgButton(window_, Check3, checked ? BST_CHECKED : BST_UNCHECKED);
-  selection_.SelectAll(checked);
+  list_->TickAll(checked);
   Refresh();
   on_ticks();
 }
@@ -119,7 +120,7 @@ void ItemView::OnClick(const NMITEMACTIVATE& click) {
 // As in a tree: to the right what is folded away appears, to the left it goes.
 void ItemView::Fold(WORD key) {
   const int row = view_.FocusedRow();
-  if (row < 0) return;
+  if (row < 0 || list_->At(static_cast<size_t>(row)).browser >= 0) return;
   list_->SetFolded(list_->At(static_cast<size_t>(row)).group, key == VK_LEFT);
   Refresh();
 }

@@ -173,6 +173,7 @@
 #define cmdStop 1114
 #define cmdNextTip 1115
 #define tmrClean 1116
+#define tmrSettle 1117
 #define cmdPreview 1118
 #define lblItems 1119
 #define lstvItems 1120

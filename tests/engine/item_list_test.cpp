@@ -5,8 +5,8 @@
 
 #include "app/item_catalogue.h"
 #include "app/preview_run.h"
+#include "support/browser_fixture.h"
 #include "support/recording_session.h"
-#include "support/run_fixture.h"
 
 namespace quellix {
 namespace {
@@ -145,10 +145,74 @@ TEST_F(ItemListTest, ALookThatWasStoppedIsToldAsAPartAndAFoldAsWhatItHides) {
     EXPECT_EQ(list.Summary(), "2 items, 8 Bytes found so far");
   }
   const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 2});
-  const std::array<bool, 30> hidden = list.ItemsOf(fold), all = list.ItemsOf(fold - 5);
+  const std::array<bool, 30> hidden = list.ScopeOf(fold).items, all = list.ScopeOf(fold - 5).items;
   EXPECT_EQ(std::ranges::count(hidden, true), 2);
   EXPECT_TRUE(hidden[FindItem("CleanFindHistory")->run_order - 1]);
   EXPECT_EQ(std::ranges::count(all, true), 6);
+}
+
+// A cache, which needs no database.
+class ItemListBrowserTest : public BrowserFixture {
+ protected:
+  static size_t RowOf(const ItemList& list, int kind) {
+    size_t row = 0;
+    while (list.At(row).browser != 0 || list.At(row).kind != kind) ++row;
+    return row;
+  }
+  const std::string cached = chrome + "\\Default\\Cache\\Cache_Data\\f_000001";
+};
+
+TEST_F(ItemListBrowserTest, BrowsersStandBehindTheItemsAndGoWithARun) {
+  machine->MakeFile(chrome + "\\Default\\Preferences", "{}");
+  machine->MakeFile(chrome + "\\Local State", "{}");
+  machine->MakeFile(cached, "12345");
+  machine->MakeFile(firefox + "\\Profiles\\x\\prefs.js", "");
+  Preferences preferences;
+  preferences.select_risky = false;
+  engine.selection().ApplyProtection(preferences);
+  ItemList list(ports, engine.selection());
+  const size_t items = list.RowCount();
+  list.SetBrowsers(FindBrowsers(ports));
+  ASSERT_EQ(list.browsers().size(), 1u) << "Firefox has its items";
+  const size_t heading = items, cache = RowOf(list, 0);
+  EXPECT_EQ(list.Text(heading, ItemColumn::kName), "Google Chrome");
+  EXPECT_EQ(list.Text(cache, ItemColumn::kName), "Cache");
+  EXPECT_TRUE(list.At(heading).IsHeading());
+  EXPECT_FALSE(list.At(cache).IsHeading());
+
+  list.Toggle(heading);
+  EXPECT_EQ(list.TicksOf(heading), Ticks::kSome) << "passwords and the like are not along";
+  EXPECT_EQ(list.TicksOf(cache), Ticks::kAll);
+  EXPECT_EQ(list.Text(heading, ItemColumn::kNote), "3 of 7 ticked");
+  list.Toggle(heading);
+  EXPECT_EQ(list.TicksOf(heading), Ticks::kNone);
+  list.TickAll(true);
+  EXPECT_EQ(list.Text(heading, ItemColumn::kNote), "3 of 7 ticked");
+  list.TickAll(false);
+  list.Toggle(cache);
+  EXPECT_EQ(list.Summary(), "1 item");
+
+  PreviewRun preview(ports, view);
+  list.BeginLook(preview.state());
+  preview.Run(engine.selection());
+  list.EndLook();
+  EXPECT_EQ(list.Text(cache, ItemColumn::kBytes), "5 Bytes");
+  EXPECT_EQ(list.Text(heading, ItemColumn::kCount), "1");
+  EXPECT_EQ(list.Summary(), "1 item, 5 Bytes");
+  EntryList entries(ports.system, preview.entries(), true);
+  for (const size_t row : {heading, cache, size_t{0}}) {
+    entries.ShowScope(list.ScopeOf(row));
+    EXPECT_EQ(entries.RowCount(), row == 0 ? 0u : 1u);
+  }
+
+  engine.Save();
+  EXPECT_EQ(ReadProgramFile("Browsers.txt"), "chrome:cache\r\n");
+  Engine other(ports, view);
+  EXPECT_EQ(other.Load(), "");
+  other.RunCleaning();
+  EXPECT_FALSE(machine->Exists(cached));
+  EXPECT_TRUE(machine->Exists(chrome + "\\Default\\Preferences"));
+  EXPECT_NE(other.state().RunLog.find("Google Chrome"), std::string::npos);
 }
 
 TEST_F(ItemListTest, WhoHasNoRightsIsToldWhatNeedsThem) {

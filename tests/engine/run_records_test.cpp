@@ -328,9 +328,9 @@ TEST_F(RunRecordsTest, TheListGrowsGroupsByFolderAndShowsWhatItemsName) {
   EXPECT_EQ(list.Summary(), "2 entries to be removed, 9 Bytes; 1 will stay.");
   list.SetTicked(3, true);
   EXPECT_TRUE(list.IsTicked(2));
-  std::array<bool, 30> items{};
-  items[9] = true;
-  list.ShowItems(items);
+  EntryScope scope;
+  scope.items[9] = true;
+  list.ShowScope(scope);
   EXPECT_EQ(rows(), "[C:\\T, 3 entries] 3 5 7 ");
   EXPECT_EQ(list.Summary(), "1 entry to be removed, 3 Bytes; 1 will stay.");
   list.SetFilter("c.tmp");
@@ -342,7 +342,7 @@ TEST_F(RunRecordsTest, TheListGrowsGroupsByFolderAndShowsWhatItemsName) {
   list.Settle();
   EXPECT_EQ(rows(), "[C:\\T, 2 entries] 2 7 ");
   list.SetGrouped(false);
-  list.ShowItems({});
+  list.ShowScope({});
   list.SetFilter("");
   EXPECT_EQ(rows(), "9 2 3 5 7 0 ");
 }

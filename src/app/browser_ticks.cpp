@@ -1,0 +1,35 @@
+#include "app/browser_ticks.h"
+
+#include "platform/text.h"
+#include "settings/list_files.h"
+
+namespace quellix {
+namespace {
+
+constexpr std::string_view kFile = "Browsers.txt";
+
+}  // namespace
+
+void BrowserTicks::SetTicked(std::string_view name, bool ticked) {
+  if (ticked) {
+    ticked_.emplace(name);
+  } else if (const auto found = ticked_.find(name); found != ticked_.end()) {
+    ticked_.erase(found);
+  }
+}
+
+void BrowserTicks::Load(const Machine& machine) {
+  for (const std::string& line : ReadListFile(machine, kFile)) {
+    const std::string_view name = TrimBlanks(line);
+    if (!name.empty()) ticked_.emplace(name);
+  }
+  stored_ = ticked_;
+}
+
+void BrowserTicks::Save(const Machine& machine) {
+  if (ticked_ == stored_) return;
+  WriteListFile(machine, kFile, {ticked_.begin(), ticked_.end()});
+  stored_ = ticked_;
+}
+
+}  // namespace quellix
