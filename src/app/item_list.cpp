@@ -80,7 +80,7 @@ void ItemList::Refresh() {
 
 void ItemList::SetBrowsers(std::vector<FoundBrowser> browsers) {
   browsers_ = std::move(browsers);
-  std::erase_if(browsers_, [](const FoundBrowser& each) { return each.key == kFirefox; });
+  std::erase_if(browsers_, [](const FoundBrowser& each) { return each.key == kFirefoxKey; });
   Refresh();
 }
 

@@ -51,7 +51,7 @@ std::vector<FoundBrowser> FindBrowsers(const Machine& machine) {
     if (profiles > 0) found.push_back({browser.key, browser.label, profiles, KindsOf(false)});
   }
   if (const size_t profiles = FindFirefoxProfiles(machine).size())
-    found.push_back({kFirefox, "Firefox", profiles, KindsOf(true)});
+    found.push_back({kFirefoxKey, "Firefox", profiles, KindsOf(true)});
   std::ranges::sort(found, {}, &FoundBrowser::label);
   return found;
 }

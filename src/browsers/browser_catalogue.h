@@ -9,7 +9,7 @@
 
 namespace quellix {
 
-inline constexpr std::string_view kFirefox = "firefox";  // its key
+inline constexpr std::string_view kFirefoxKey = "firefox";  // its key
 
 // A browser that this machine's user has, or had, with what of it can be cleaned.
 struct FoundBrowser {

@@ -50,7 +50,6 @@ TEST_F(VolumeConsoleTest, BadVolumesAndUsersAreToldAndNothingIsTouched) {
 
 // Every file and folder with its times and bytes: hives, logs of hives, archives, settings.
 TEST_F(VolumeConsoleTest, ListsAndPreviewsChangeNothingOnTheWholeVolume) {
-  const std::string own = ports.program_folder + "\\";
   for (const std::string& path : {temp + "a.tmp", scratch + "junk.tmp", own + "Backup\\C_1.zip"})
     machine->MakeFile(path, "12345");
   machine->MakeFile(own + "UNFI.txt",

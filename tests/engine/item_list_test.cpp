@@ -137,12 +137,14 @@ TEST_F(ItemListTest, ALookThatWasStoppedIsToldAsAPartAndAFoldAsWhatItHides) {
     view.on_status = [&](const std::string&) {
       list.Follow();
       EXPECT_NE(list.Summary(), "2 items, 3 Bytes") << "the other one was not looked at";
-      if (preview.entries()->all.size() > 1) view.stops = true;
+      if (!preview.entries()->all.empty()) view.stops = true;
     };
     preview.Run(engine.selection());
     list.EndLook();
     view.on_status = nullptr;
-    EXPECT_EQ(list.Summary(), "2 items, 8 Bytes found so far");
+    view.stops = false;
+    ASSERT_TRUE(preview.state().AbortRequested);
+    EXPECT_TRUE(list.Summary().ends_with(" found so far")) << list.Summary();
   }
   const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 2});
   const std::array<bool, 30> hidden = list.ScopeOf(fold).items, all = list.ScopeOf(fold - 5).items;
@@ -197,16 +199,16 @@ TEST_F(ItemListBrowserTest, BrowsersStandBehindTheItemsAndGoWithARun) {
   preview.Run(engine.selection());
   list.EndLook();
   EXPECT_EQ(list.Text(cache, ItemColumn::kBytes), "5 Bytes");
-  EXPECT_EQ(list.Text(heading, ItemColumn::kCount), "1");
+  EXPECT_EQ(list.Text(heading, ItemColumn::kCount), "2") << "a file and its folder";
   EXPECT_EQ(list.Summary(), "1 item, 5 Bytes");
   EntryList entries(ports.system, preview.entries(), true);
   for (const size_t row : {heading, cache, size_t{0}}) {
     entries.ShowScope(list.ScopeOf(row));
-    EXPECT_EQ(entries.RowCount(), row == 0 ? 0u : 1u);
+    EXPECT_EQ(entries.RowCount(), row == 0 ? 0u : 2u);
   }
 
   engine.Save();
-  EXPECT_EQ(ReadProgramFile("Browsers.txt"), "chrome:cache\r\n");
+  EXPECT_EQ(ReadOwn("Browsers.txt"), "chrome:cache\r\n");
   Engine other(ports, view);
   EXPECT_EQ(other.Load(), "");
   other.RunCleaning();
