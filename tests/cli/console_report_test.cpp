@@ -8,13 +8,14 @@
 
 #include "cli/console_fixture.h"
 #include "console_schema.h"
+#include "support/browser_fixture.h"
 
 namespace quellix {
 namespace {
 
 namespace fs = std::filesystem;
 
-struct ConsoleReportTest : ConsoleTest {
+struct ConsoleReportTest : Console<BrowserFixture> {
   ConsoleReportTest() {
     schema_text_.Parse(kConsoleSchema);
     EXPECT_FALSE(schema_text_.HasParseError());
@@ -52,6 +53,11 @@ struct ConsoleReportTest : ConsoleTest {
     machine->SetText(RegistryRoot::kLocalMachine,
                      "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\qx.exe", "",
                      scratch + "none.exe");
+    machine->MakeFile(firefox + "\\Profiles\\p\\prefs.js", "");
+    machine->MakeFile(firefox + "\\Profiles\\p\\cache2\\entries\\1", "1");
+    MakeDatabase(firefox + "\\Profiles\\p\\formhistory.sqlite",
+                 "CREATE TABLE moz_formhistory(fieldname, value);"
+                 "INSERT INTO moz_formhistory VALUES('a', 'b')");
     machine->MakeFile(own + "keep.txt", "*.bak\r\nname without a path\r\n");
     machine->MakeFile(own + "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
     machine->MakeFile(own + "Plugins\\qx.cdp",
@@ -75,6 +81,10 @@ TEST_F(ConsoleReportTest, EveryReportIsAsPublishedAndThePrintedOneIsTheSame) {
                {"plugins list", {"plugins", "list"}, 1},
                {"plugins check", {"plugins", "check", "qx"}, 2, 1},
                {"keep list", {"keep", "list"}, 2, 1},
+               {"browsers list", {"browsers", "list"}, 8},
+               {"browsers clean", {"browsers", "clean", "firefox:forms", "--preview"}, 1},
+               {"browsers clean", {"browsers", "clean", "firefox", "firefox:forms"}, 2},
+               {"browsers clean", {"browsers", "clean", "firefox", "firefox:forms"}, 0},
                {"search", {"search", "unnecessary"}, 1},
                {"search", {"search", "unnecessary", "--delete", "--preview"}, 1},
                {"registry", {"registry", "app-paths"}, 1},

@@ -21,6 +21,7 @@ CREATE TABLE moz_cookies (id INTEGER PRIMARY KEY, originAttributes TEXT NOT NULL
   sameSite INTEGER DEFAULT 0, schemeMap INTEGER DEFAULT 0,
   isPartitionedAttributeSet INTEGER DEFAULT 0, updateTime INTEGER,
   CONSTRAINT moz_uniqueid UNIQUE (name, host, path, originAttributes));
+CREATE TABLE of_a_later_version (x);
 PRAGMA user_version=17;
 PRAGMA secure_delete=OFF;
 INSERT INTO moz_cookies(name, value, host, path) VALUES
@@ -156,7 +157,7 @@ TEST_F(BrowsersTest, CookiesGoButForThoseOfKeptSitesHoweverTheBrowserEnded) {
     MakeProfile(profile, row.left);
     const std::string cookies = profile + "\\cookies.sqlite";
     const Picture before = PictureOf(firefox);
-    EXPECT_TRUE(Holds(AllBytes(profile), "secret-old")) << "what the browser itself deleted";
+    EXPECT_TRUE(IsIn(AllBytes(profile), "secret-old")) << "what the browser itself deleted";
 
     PreviewRun preview(ports, view);
     Tick({"CleanMozillaCookies"});
@@ -172,7 +173,7 @@ TEST_F(BrowsersTest, CookiesGoButForThoseOfKeptSitesHoweverTheBrowserEnded) {
         << view.report->log;
     const std::string left = AllBytes(profile);
     for (const char* gone : {"secret-one", "secret-two", "secret-old"}) {
-      EXPECT_FALSE(Holds(left, gone)) << gone;
+      EXPECT_FALSE(IsIn(left, gone)) << gone;
     }
     EXPECT_EQ(Query(cookies, "SELECT value FROM moz_cookies ORDER BY 1"), "dear-one\ndear-two\n");
     EXPECT_EQ(Query(cookies, "PRAGMA integrity_check") + Query(cookies, "PRAGMA user_version"),
@@ -210,11 +211,11 @@ TEST_F(BrowsersTest, HistoryGoesAndBookmarksWithTheirIconsStay) {
     const std::string bytes_left = AllBytes(profile);
     for (const char* gone : {"secret.example", "secret-input", "secret-terms", "Secret",
                              "secret note", "secret-icon", "secret-root"}) {
-      EXPECT_FALSE(Holds(bytes_left, gone)) << gone;
+      EXPECT_FALSE(IsIn(bytes_left, gone)) << gone;
     }
     // The list of downloads is an item of its own.
     after = RunTwice(profile, {"CleanMozillaDownloads"});
-    EXPECT_FALSE(Holds(AllBytes(profile), "loaded"));
+    EXPECT_FALSE(IsIn(AllBytes(profile), "loaded"));
     EXPECT_EQ(Query(places, kKept, 13), bookmarks);
     EXPECT_EQ(Query(places, "PRAGMA integrity_check") + Query(icons, "PRAGMA integrity_check"),
               "ok\nok\n");
@@ -253,7 +254,7 @@ TEST_F(BrowsersTest, ProfilesAreFoundWhereverTheyAre) {
   Run({"CleanMozillaCache", "CleanMozillaForms", "CleanMozillaPasswords"});
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
-    EXPECT_FALSE(Holds(AllBytes(row.path), "secret-typed"));
+    EXPECT_FALSE(IsIn(AllBytes(row.path), "secret-typed"));
     const std::vector<std::string> left = machine->Tree(row.path);
     EXPECT_EQ(Joined(left),
               "cache2\\ cert9.db cookies.sqlite extensions.json favicons.sqlite formhistory.sqlite "
@@ -290,6 +291,8 @@ TEST_F(BrowsersTest, WhatCannotBeChangedWholeIsToldAndStaysToTheByte) {
       {"held", [&] { lock = machine->LockFile(cookies); }, "cookies.sqlite"},
       {"no database", [&] { change(0, "not a database at all"); }, "it is damaged"},
       {"damaged", [&] { change(4096 + 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF"); }, "it is damaged"},
+      {"damaged where nothing goes", [&] { change(3 * 4096 + 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF"); },
+       "it is damaged"},
       {"cut short",
        [&] {
          ports.files.WriteWholeFile(cookies, ports.files.ReadWholeFile(cookies)->substr(0, 5000));
@@ -331,7 +334,7 @@ TEST_F(BrowsersTest, WhatWasBackedUpComesBackWithItsLog) {
     MakeProfile(profile, left);
     const Picture before = PictureOf(profile);
     Run({"CleanMozillaCookies", "CleanMozillaForms"});
-    EXPECT_FALSE(Holds(AllBytes(profile), "secret-typed"));
+    EXPECT_FALSE(IsIn(AllBytes(profile), "secret-typed"));
     ASSERT_TRUE(CanUndo(*engine.state().Entries));
     ScriptedPrompts prompts;
     prompts.overwrites.assign(4, OverwriteAnswer::kAll);
@@ -352,7 +355,7 @@ TEST_F(BrowsersTest, OnlyWhatWasTickedInThePreviewGoes) {
   engine.RunCleaning(std::make_shared<RunChoice>(
       entries, [&](size_t i) { return entries.all[i].part != "gone.example"; }));
   EXPECT_EQ(Query(cookies, "SELECT value FROM moz_cookies"), "secret-one\n");
-  EXPECT_FALSE(Holds(AllBytes(profile), "dear-two"));
+  EXPECT_FALSE(IsIn(AllBytes(profile), "dear-two"));
 }
 
 // A disk that takes no more after some changes, the last of them half done: as a kill leaves it.
@@ -553,12 +556,12 @@ TEST_F(ChromiumTest, EachKindTakesItsOwnInEveryProfileAndNothingElse) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.kind);
     const std::string before = AllBytes(chrome);
-    for (const char* text : row.gone) EXPECT_TRUE(Holds(before, text)) << text;
+    for (const char* text : row.gone) EXPECT_TRUE(IsIn(before, text)) << text;
     Clean({row.kind});
     const std::string left = AllBytes(chrome);
     for (const auto& other : kRows) {
       for (const char* text : other.gone) {
-        EXPECT_EQ(Holds(left, text), other.kind != row.kind && Holds(before, text)) << text;
+        EXPECT_EQ(IsIn(left, text), other.kind != row.kind && IsIn(before, text)) << text;
       }
     }
     const Picture after = PictureOf(chrome);
@@ -579,7 +582,7 @@ TEST_F(ChromiumTest, EachKindTakesItsOwnInEveryProfileAndNothingElse) {
               "dear-icon\n");
     // One store holds those of all sites.
     const std::string left = AllBytes(profile);
-    for (const char* stays : {"dear-idb", "dear-sw", "secret-ls"}) EXPECT_TRUE(Holds(left, stays));
+    for (const char* stays : {"dear-idb", "dear-sw", "secret-ls"}) EXPECT_TRUE(IsIn(left, stays));
   }
   EXPECT_TRUE(machine->Exists(chrome + "\\System Profile\\Sessions\\x"));
 }
@@ -589,13 +592,13 @@ TEST_F(ChromiumTest, WhatAddOnsShareWithSitesStaysAsLongAsThereAreAddOns) {
   MakeProfile(profile);
   machine->MakeFile(profile + "\\Extensions\\abc\\1.0\\manifest.json", "{}");
   Clean({"chrome:sitedata"});
-  EXPECT_TRUE(Holds(AllBytes(profile), "secret-ls"));
+  EXPECT_TRUE(IsIn(AllBytes(profile), "secret-ls"));
   EXPECT_NE(StayedNames(engine.state(), kNamesSaved).find("add-ons"), std::string::npos);
   ports.files.RemoveFile(profile + "\\Extensions\\abc\\1.0\\manifest.json");
   for (const char* name : {"\\Extensions\\abc\\1.0", "\\Extensions\\abc"})
     ports.files.RemoveFolder(profile + name);
   Clean({"chrome:sitedata"});
-  EXPECT_FALSE(Holds(AllBytes(profile), "secret-ls"));
+  EXPECT_FALSE(IsIn(AllBytes(profile), "secret-ls"));
   EXPECT_EQ(engine.state().StayedCount, 0);
 }
 

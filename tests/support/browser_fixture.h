@@ -80,7 +80,7 @@ class BrowserFixture : public RunFixture {
     }
     return all;
   }
-  static bool Holds(const std::string& bytes, const std::string& text) {
+  static bool IsIn(const std::string& bytes, const std::string& text) {
     return bytes.find(text) != bytes.npos;
   }
   // "part fate" of each entry of a kind, in order.
