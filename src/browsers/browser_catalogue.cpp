@@ -12,7 +12,6 @@
 namespace quellix {
 namespace {
 
-
 std::vector<BrowserKind> KindsOf(bool is_firefox) {
   std::vector<BrowserKind> kinds;
   for (const BrowserKindText& row : kBrowserKinds) {
