@@ -96,10 +96,11 @@ TEST_F(ItemListTest, AHeadingShowsAndTogglesItsGroupAndABoxThatIsOffStaysSo) {
 }
 
 TEST_F(ItemListTest, ALookFillsInWhatItFindsAndAWordBeginsTheSearchForAName) {
+  machine->RemoveRegistryTree(kUser, kRunMruKey);
   machine->MakeFile(temp + "a.tmp", std::string(3000, 'x'));
   machine->MakeFile(temp + "locked.tmp", "1");
   const auto lock = machine->LockFile(temp + "locked.tmp");
-  Tick({"CleanTempFiles", "CleanRunMRU", "CleanMozillaCache"});
+  Tick({"CleanTempFiles", "CleanRunMRU", "CleanUserFiles"});
   list.Refresh();
   const Item& item = *FindItem("CleanTempFiles");
   const size_t row = *list.RowOf(item);
@@ -109,7 +110,7 @@ TEST_F(ItemListTest, ALookFillsInWhatItFindsAndAWordBeginsTheSearchForAName) {
   EXPECT_EQ(list.Text(row, ItemColumn::kBytes), "2.93 KB");
   EXPECT_EQ(list.Text(row, ItemColumn::kCount), "1");
   EXPECT_EQ(Note("CleanTempFiles"), "1 will stay");
-  EXPECT_EQ(Note("CleanMozillaCache"), "nothing found");
+  EXPECT_EQ(Note("CleanUserFiles"), "nothing found");
   EXPECT_EQ(list.Text(Heading(Group::kFolderFiles), ItemColumn::kBytes), "2.93 KB");
   EXPECT_EQ(list.Text(Heading(Group::kMiscellaneous), ItemColumn::kCount), "0");
   EXPECT_EQ(list.Summary(), "3 items, 2.93 KB");

@@ -151,6 +151,7 @@ TEST_F(RunRecordsTest, WhatARunRecycledComesBackAndNothingIsReplaced) {
                    "$RCCCCCC.txt", "$RDDDDDD.txt"}));
   for (const std::string& name : machine->Tree(bin)) ports.files.RemoveFile(bin + name);
   ports.files.RemoveFolder(bin);
+  ports.files.RemoveFolder("C:\\$Recycle.Bin");
 
   machine->MakeFile(temp + "a.tmp", "12345");
   CleanTemp("[General]\r\nDelMethod=R\r\n");
