@@ -13,6 +13,11 @@ namespace {
 
 class ItemListTest : public RunFixture {
  protected:
+  void TearDown() override {
+    for (const char* name : {"a.tmp", "b.tmp", "locked.tmp"}) {
+      if (machine->Exists(temp + name)) ports.files.RemoveFile(temp + name);
+    }
+  }
   std::string Name(size_t row) const { return list.Text(row, ItemColumn::kName); }
   std::string Note(const char* item) const {
     return list.Text(list.RowOf(*FindItem(item)).value(), ItemColumn::kNote);
@@ -99,7 +104,7 @@ TEST_F(ItemListTest, ALookFillsInWhatItFindsAndAWordBeginsTheSearchForAName) {
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   machine->MakeFile(temp + "a.tmp", std::string(3000, 'x'));
   machine->MakeFile(temp + "locked.tmp", "1");
-  const auto lock = machine->LockFile(temp + "locked.tmp");
+  auto lock = machine->LockFile(temp + "locked.tmp");
   Tick({"CleanTempFiles", "CleanRunMRU", "CleanUserFiles"});
   list.Refresh();
   const Item& item = *FindItem("CleanTempFiles");
@@ -118,6 +123,7 @@ TEST_F(ItemListTest, ALookFillsInWhatItFindsAndAWordBeginsTheSearchForAName) {
   EXPECT_EQ(list.Summary(), "2 items, 2.93 KB found so far");
   list.Forget();
   EXPECT_EQ(list.Text(row, ItemColumn::kBytes), "");
+  lock.reset();
 
   EXPECT_EQ(list.Find("TEMPORARY F", 0), row);
   const size_t cookies = list.Find("cookies", 0).value(),

@@ -373,6 +373,7 @@ TEST_F(RunRecordsTest, WhoUsesAFileAndWhatTheDrivesSayIsTold) {
     machine->MakeFile(temp + (is_preview ? "1.tmp" : "2.tmp"), std::string(24 << 20, 'x'));
     check.Tell();
     EXPECT_EQ(context.state.RunLog.empty(), is_preview) << context.state.RunLog;
+    ports.files.RemoveFile(temp + (is_preview ? "1.tmp" : "2.tmp"));
   }
   context.state.IsPreview = false;
   FreeSpaceCheck same(context);
