@@ -290,6 +290,7 @@ std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Look& look) {
   if (window()) {
     pane_.Settle();
     items_.Refresh();
+    ShowSummary();
   }
   if (!window() || !is_whole || preview.state().AbortRequested) return nullptr;
   if (preview.state().SomeErrors) Warn(preview.state().RunLog);
