@@ -1,0 +1,171 @@
+// The runs that the main window starts, and looks ahead at.
+#include "app/cleaning_run.h"
+#include "app/entry_list.h"
+#include "app/preview_run.h"
+#include "app/run_report.h"
+#include "platform/win32/win32_text.h"
+#include "plugins/plugin_manager.h"
+#include "run/run_steps.h"
+#include "ui/frm_main.h"
+#include "ui/resource.h"
+
+namespace quellix {
+
+// Nobody is told anything; so where settings or ticked items could not be read, nothing is removed.
+void FrmMain::RunHidden() {
+  RunState& state = engine_.state();
+  state.Hidden = true;
+  exit_code_ = kFailed;
+  if (engine_.is_loaded()) {
+    Run([this] { engine_.RunCleaning(); });
+    exit_code_ = ExitCodeOf(state);
+  }
+  state.Hidden = false;
+  // Who has started the program meanwhile has got this window and keeps it.
+  if (IsWindowVisible(window())) {
+    exit_code_ = kDone;
+  } else {
+    Close();
+  }
+}
+
+// A run that the user starts. Without anything that cannot be had back nothing is asked.
+void FrmMain::Clean(const Item* item) {
+  const auto clean = [this, item] {
+    item != nullptr ? engine_.RunOneItem(*item) : engine_.RunCleaning();
+  };
+  if (!engine_.preferences().ask) return Run(clean);
+  const std::shared_ptr<const RunEntries> found = LookAhead(LookAt(item));
+  if (!found) return;
+  const std::string question = EntryList(machine_.system, found, true).Question();
+  if (question.empty()) return Run(clean);
+  switch (AskForGood(window(), question, item == nullptr)) {
+    case AskedForGood::kYes:
+      return Run(clean);
+    case AskedForGood::kShow:
+      return ShowPreview(found);
+    case AskedForGood::kCancel:
+      break;
+  }
+}
+
+FrmMain::Look FrmMain::LookAt(const Item* item) {
+  return [this, item](PreviewRun& preview) {
+    item != nullptr ? preview.RunOneItem(*item) : preview.Run(engine_.selection());
+  };
+}
+
+// What a run would come by now; null when the look was stopped, or the window has gone.
+std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Look& look) {
+  PreviewRun preview(machine_, display_);
+  bool is_whole = false;
+  items_.list().BeginLook(preview.state());
+  look_ = &preview;
+  Work([&] {
+    look(preview);
+    is_whole = true;
+  });
+  if (window()) FollowLook();
+  look_ = nullptr;
+  items_.list().EndLook();
+  if (window()) {
+    pane_.Settle();
+    items_.Refresh();
+    ShowSummary();
+  }
+  if (!window() || !is_whole || preview.state().AbortRequested) return nullptr;
+  if (preview.state().SomeErrors) Warn(preview.state().RunLog);
+  const bool is_refused = preview.state().SomeErrors && preview.entries()->all.empty();
+  return is_refused ? nullptr : preview.entries();
+}
+
+void FrmMain::ShowPreview(std::shared_ptr<const RunEntries> found) {
+  if (!found) return;
+  if (found->all.empty()) return prompts_.Inform("There is nothing to remove.");
+  preview_.Show(window(), std::move(found));
+}
+
+// Rows come and figures grow while it goes on.
+void FrmMain::FollowLook() {
+  items_.list().Follow();
+  items_.Repaint();
+  pane_.ShowEntries(look_->entries());
+  ShowSummary();
+}
+
+// What a look found is not so any more.
+void FrmMain::ForgetLook() {
+  items_.list().Forget();
+  pane_.ShowEntries(nullptr);
+  items_.Refresh();
+  ShowSummary();
+}
+
+void FrmMain::Run(const std::function<void()>& work) {
+  if (work_.working()) return;
+  ForgetLook();
+  Work(work);
+  if (window()) ShowSelected();  // it tells when it was cleaned last
+}
+
+void FrmMain::Work(const std::function<void()>& work) {
+  if (work_.working()) return;
+  if (!engine_.state().Hidden) log_.Close();  // a hidden run has none to put in its place
+  const auto run = [&](const Pause& pause) {
+    display_.BreatheBy(pause);
+    try {
+      work();
+    } catch (const std::exception& error) {
+      ReportCritical(engine_.context(), error.what());
+    }
+    display_.Flush();
+  };
+  AfterRun(work_.Run({.show =
+                          [this](const Progress&) {
+                            display_.Flush();
+                            if (look_ != nullptr) FollowLook();
+                          }},
+                     run));
+}
+
+void FrmMain::ProcessPlugins() {
+  std::string told;
+  const auto process = [&told](CleaningContext& context) {
+    told = modPlugin::ProcessTickedPlugins(context);
+  };
+  if (engine_.preferences().ask) {
+    const auto found = LookAhead([&](PreviewRun& preview) { preview.RunByHand(process); });
+    if (!found || !MayGo(window(), EntryList(machine_.system, found, true).Question())) return;
+  }
+  Run([&] {
+    process(engine_.context());
+    KeepRun(engine_.context());
+  });
+  if (!told.empty() && window()) prompts_.Inform(told);
+}
+
+void FrmMain::AfterRun(LongWork::End end) {
+  const bool has_report = KeepReport();
+  if (end == LongWork::End::kCloses) return Exit();
+  if (!has_report) return;
+  if (!engine_.state().Hidden) return display_.is_kept_only() ? void() : ShowLastLog();
+  const std::string told = BriefReport(engine_.context());
+  tray_.SetText(Wide(std::string(kApplicationTitle) + "\n" + told).c_str());
+  display_.SetStatus(told);
+  display_.Flush();
+}
+
+void FrmMain::ShowLastLog() {
+  if (last_report_) log_.Show(window(), *last_report_);
+}
+
+// The report of the run that has just ended, if it has one, for Last log.
+bool FrmMain::KeepReport() {
+  std::optional<RunReport> report = display_.TakeReport();
+  if (!report) return false;
+  last_report_ = std::move(report);
+  EnableMenuItem(GetMenu(window()), mnuLastLog, MF_BYCOMMAND | MF_ENABLED);
+  return true;
+}
+
+}  // namespace quellix

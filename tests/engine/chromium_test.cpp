@@ -1,0 +1,207 @@
+// The browsers built on Chromium, with databases made by SQLite itself.
+#include "browsers/browser_catalogue.h"
+#include "run/stayed.h"
+#include "support/browser_fixture.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char* kChromeCookies = R"(
+CREATE TABLE meta(key LONGVARCHAR NOT NULL UNIQUE PRIMARY KEY, value LONGVARCHAR);
+CREATE TABLE cookies(creation_utc INTEGER NOT NULL, host_key TEXT NOT NULL,
+  top_frame_site_key TEXT NOT NULL, name TEXT NOT NULL, value TEXT NOT NULL,
+  encrypted_value BLOB NOT NULL, path TEXT NOT NULL, expires_utc INTEGER NOT NULL,
+  is_secure INTEGER NOT NULL, is_httponly INTEGER NOT NULL, last_access_utc INTEGER NOT NULL,
+  has_expires INTEGER NOT NULL, is_persistent INTEGER NOT NULL, priority INTEGER NOT NULL,
+  samesite INTEGER NOT NULL, source_scheme INTEGER NOT NULL, source_port INTEGER NOT NULL,
+  last_update_utc INTEGER NOT NULL, source_type INTEGER NOT NULL,
+  has_cross_site_ancestor INTEGER NOT NULL);
+CREATE UNIQUE INDEX cookies_unique_index ON cookies(host_key, top_frame_site_key,
+  has_cross_site_ancestor, name, path, source_scheme, source_port);
+INSERT INTO cookies SELECT 1, host, '', 'n', '', value, '/', 0,0,0,0,0,0,0,0,0,0,0,0,0 FROM
+  (SELECT '.gone.example' AS host, 'secret-one' AS value UNION SELECT 'dear.example', 'dear-one');
+--cut
+DELETE FROM cookies;)";
+
+constexpr const char* kWebData = R"(
+CREATE TABLE autofill (name VARCHAR, value VARCHAR, value_lower VARCHAR,
+  date_created INTEGER DEFAULT 0, date_last_used INTEGER DEFAULT 0, count INTEGER DEFAULT 1,
+  PRIMARY KEY (name, value));
+CREATE TABLE keywords (id INTEGER PRIMARY KEY, short_name VARCHAR NOT NULL, keyword VARCHAR);
+CREATE TABLE credit_cards (guid VARCHAR PRIMARY KEY, card_number_encrypted BLOB);
+CREATE TABLE token_service (service VARCHAR PRIMARY KEY NOT NULL, encrypted_token BLOB);
+CREATE TABLE addresses (guid VARCHAR PRIMARY KEY NOT NULL, use_count INTEGER);
+INSERT INTO autofill(name, value) VALUES ('email', 'secret-typed');
+INSERT INTO keywords VALUES (1, 'dear-engine', 'k');
+INSERT INTO credit_cards VALUES ('g', 'dear-card');
+INSERT INTO addresses VALUES ('dear-address', 1);)";
+
+constexpr const char* kChromeIcons = R"(
+CREATE TABLE favicons(id INTEGER PRIMARY KEY, url LONGVARCHAR NOT NULL, icon_type INTEGER);
+CREATE TABLE favicon_bitmaps(id INTEGER PRIMARY KEY, icon_id INTEGER NOT NULL,
+  last_updated INTEGER DEFAULT 0, image_data BLOB, width INTEGER DEFAULT 0);
+CREATE TABLE icon_mapping(id INTEGER PRIMARY KEY, page_url LONGVARCHAR NOT NULL, icon_id INTEGER);
+INSERT INTO favicons VALUES (1, 'https://dear.example/i', 1), (2, 'https://secret.example/i', 1);
+INSERT INTO favicon_bitmaps(icon_id, image_data) VALUES (1, 'dear-icon'), (2, 'secret-icon');
+INSERT INTO icon_mapping(page_url, icon_id) VALUES ('https://dear.example/', 1),
+  ('https://secret.example/', 2);)";
+
+class ChromiumTest : public BrowserFixture {
+ protected:
+  // What is never touched, whatever is cleaned.
+  static constexpr const char* kDear[] = {
+      "Bookmarks",
+      "Preferences",
+      "Secure Preferences",
+      "Extension State\\1.log",
+      "IndexedDB\\chrome-extension_abc_0.indexeddb.leveldb\\1.log",
+      "Sync Extension Settings\\abc\\1.log",
+      "Service Worker\\Database\\1.log",
+      "Service Worker\\CacheStorage\\aa\\1\\x"};
+
+  void MakeProfile(const std::string& profile) {
+    const auto make = [&](const char* name, const std::string& bytes) {
+      machine->MakeFile(profile + "\\" + name, bytes);
+    };
+    for (const char* name : kDear) make(name, std::string("dear secret of ") + name);
+    make("Bookmarks", R"({"roots":{"bookmark_bar":{"url": "https://dear.example/"}}})");
+    make("Service Worker\\CacheStorage\\aa\\index.txt", "\x0A chrome-extension://abc/");
+    make("Cache\\Cache_Data\\f_1", "secret-cache");
+    make("Code Cache\\js\\1", "secret-code");
+    make("Visited Links", "secret-links");
+    make("Sessions\\Tabs_1", "secret-tabs");
+    make("IndexedDB\\https_gone.example_0.indexeddb.leveldb\\1.log", "secret-idb");
+    make("IndexedDB\\https_dear.example_0.indexeddb.leveldb\\1.log", "dear-idb");
+    make("Service Worker\\CacheStorage\\bb\\index.txt", "\x0A https://gone.example/ secret-sw");
+    make("Service Worker\\CacheStorage\\cc\\index.txt", "\x0A https://dear.example/ dear-sw");
+    make("Local Storage\\leveldb\\1.log", "secret-ls");
+    MakeDatabase(profile + "\\Network\\Cookies", kChromeCookies, Left::kJournal);
+    MakeDatabase(profile + "\\Web Data", kWebData);
+    MakeDatabase(profile + "\\Favicons", kChromeIcons);
+    MakeDatabase(profile + "\\History",
+                 "CREATE TABLE urls(url); INSERT INTO urls VALUES('secret-url')");
+    MakeDatabase(profile + "\\Login Data",
+                 "CREATE TABLE logins(u); INSERT INTO logins VALUES('secret-pw')", Left::kLog);
+  }
+  void Clean(std::initializer_list<const char*> names) {
+    std::vector<BrowserChoice> choices;
+    const std::vector<FoundBrowser> browsers = FindBrowsers(ports);
+    std::string problem;
+    for (const char* name : names) {
+      for (const BrowserChoice& each : ParseBrowserChoice(browsers, name, problem))
+        choices.push_back(each);
+    }
+    EXPECT_EQ(problem, "");
+    RunBrowsers(engine.context(), choices);
+  }
+};
+
+TEST_F(ChromiumTest, EachKindTakesItsOwnInEveryProfileAndNothingElse) {
+  machine->MakeFile(ports.program_folder + "\\keep.txt", "site:dear.example\r\n");
+  const struct {
+    const char* kind;
+    std::vector<const char*> gone;  // texts
+  } kRows[] = {
+      {"chrome:cache", {"secret-cache", "secret-code"}},
+      {"chrome:cookies", {"secret-one"}},
+      {"chrome:history", {"secret-url", "secret-links", "secret-icon"}},
+      {"chrome:forms", {"secret-typed"}},
+      {"chrome:passwords", {"secret-pw"}},
+      {"chrome:sessions", {"secret-tabs"}},
+      {"chrome:sitedata", {"secret-idb", "secret-sw"}},
+  };
+  const std::vector<std::string> profiles = {chrome + "\\Default", chrome + "\\Profile 7"};
+  for (const std::string& profile : profiles) MakeProfile(profile);
+  machine->MakeFile(chrome + "\\System Profile\\Preferences", "dear");
+  machine->MakeFile(chrome + "\\System Profile\\Sessions\\x", "dear");
+  std::map<std::string, std::string> dear;
+  for (const char* name : kDear) dear[name] = *ports.files.ReadWholeFile(profiles[0] + "\\" + name);
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.kind);
+    const std::string before = AllBytes(chrome);
+    for (const char* text : row.gone) EXPECT_TRUE(IsIn(before, text)) << text;
+    Clean({row.kind});
+    const std::string left = AllBytes(chrome);
+    for (const auto& other : kRows) {
+      for (const char* text : other.gone) {
+        EXPECT_EQ(IsIn(left, text), other.kind != row.kind && IsIn(before, text)) << text;
+      }
+    }
+    const Picture after = PictureOf(chrome);
+    Clean({row.kind});
+    EXPECT_EQ(PictureOf(chrome), after) << "a second run changes nothing";
+  }
+  for (const std::string& profile : profiles) {
+    for (const auto& [name, bytes] : dear) {
+      EXPECT_EQ(ports.files.ReadWholeFile(profile + "\\" + name), bytes) << name;
+    }
+    EXPECT_EQ(Query(profile + "\\Network\\Cookies", "SELECT encrypted_value FROM cookies"),
+              "dear-one\n");
+    EXPECT_EQ(Query(profile + "\\Web Data",
+                    "SELECT short_name FROM keywords UNION SELECT "
+                    "card_number_encrypted FROM credit_cards UNION SELECT guid FROM addresses"),
+              "dear-address\ndear-card\ndear-engine\n");
+    EXPECT_EQ(Query(profile + "\\Favicons", "SELECT image_data FROM favicon_bitmaps"),
+              "dear-icon\n");
+    // One store holds those of all sites.
+    const std::string left = AllBytes(profile);
+    for (const char* stays : {"dear-idb", "dear-sw", "secret-ls"}) EXPECT_TRUE(IsIn(left, stays));
+  }
+  EXPECT_TRUE(machine->Exists(chrome + "\\System Profile\\Sessions\\x"));
+}
+
+TEST_F(ChromiumTest, WhatAddOnsShareWithSitesStaysAsLongAsThereAreAddOns) {
+  const std::string profile = chrome + "\\Default";
+  MakeProfile(profile);
+  machine->MakeFile(profile + "\\Extensions\\abc\\1.0\\manifest.json", "{}");
+  Clean({"chrome:sitedata"});
+  EXPECT_TRUE(IsIn(AllBytes(profile), "secret-ls"));
+  EXPECT_NE(StayedNames(engine.state(), kNamesSaved).find("add-ons"), std::string::npos);
+  ports.files.RemoveFile(profile + "\\Extensions\\abc\\1.0\\manifest.json");
+  for (const char* name : {"\\Extensions\\abc\\1.0", "\\Extensions\\abc"})
+    ports.files.RemoveFolder(profile + name);
+  Clean({"chrome:sitedata"});
+  EXPECT_FALSE(IsIn(AllBytes(profile), "secret-ls"));
+  EXPECT_EQ(engine.state().StayedCount, 0);
+}
+
+TEST_F(ChromiumTest, ARunningBrowserIsToldAndLeftWhole) {
+  MakeProfile(chrome + "\\Default");
+  machine->MakeFile(chrome + "\\lockfile", "");
+  const auto lock = machine->LockFile(chrome + "\\lockfile");
+  const Picture before = PictureOf(chrome);
+  Clean({"chrome", "chrome:cookies", "chrome:passwords"});
+  EXPECT_EQ(PictureOf(chrome), before);
+  EXPECT_EQ(engine.state().StayedCount, 4);  // the cache and the history cost nothing
+}
+
+TEST_F(ChromiumTest, BrowsersAreFoundWithTheirProfilesAndWhatTheyCost) {
+  EXPECT_TRUE(FindBrowsers(ports).empty());
+  for (const std::string& path :
+       {chrome + "\\Default", chrome + "\\Profile 2", chrome + "\\Guest Profile",
+        local + "\\Microsoft\\Edge\\User Data\\Default",
+        roaming + "\\Opera Software\\Opera Stable\\Default", firefox + "\\Profiles\\x"}) {
+    machine->MakeFile(path + "\\Preferences", "{}");
+    machine->MakeFile(path + "\\prefs.js", "");
+  }
+  std::string found;
+  const std::vector<FoundBrowser> browsers = FindBrowsers(ports);
+  for (const FoundBrowser& browser : browsers) {
+    found += std::string(browser.label) + " " + std::to_string(browser.profiles) + " " +
+             std::to_string(browser.kinds.size()) + "\n";
+  }
+  EXPECT_EQ(found, "Firefox 1 8\nGoogle Chrome 2 7\nMicrosoft Edge 1 7\nOpera 1 7\n");
+  const auto parse = [&](const char* name) {
+    std::string text, problem;
+    for (const BrowserChoice& choice : ParseBrowserChoice(browsers, name, problem))
+      text += NameOf(choice) + " ";
+    return text + problem;
+  };
+  EXPECT_EQ(parse("chrome"), "chrome:cache chrome:history ");
+  EXPECT_EQ(parse("Firefox:SiteData"), "firefox:sitedata ");
+  EXPECT_EQ(parse("vivaldi:cache"), "there is no browser \"vivaldi\" here.");
+  EXPECT_EQ(parse("edge:downloads"), "Microsoft Edge has nothing that is called \"downloads\".");
+}
+
+}  // namespace
+}  // namespace quellix
