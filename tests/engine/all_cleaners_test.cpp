@@ -67,6 +67,7 @@ class AllCleanersTest : public RunFixture {
   }
 
   void SeedRegistry() {
+    machine->RemoveRegistryTree(kUser, kRunMruKey);
     for (const char* key :
          {"Doc Find Spec MRU", "FindComputerMRU", "PrnPortsMRU",
           "MenuOrder\\Start Menu\\Find\\Menu\\deeper", "MenuOrder\\Start Menu\\Find", "RecentDocs",
