@@ -53,7 +53,7 @@ std::string LineBreakAfter(std::string_view text) {
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 
 bool IsUtf16(std::string_view bytes) {
-  return bytes.starts_with(kUtf16Mark);
+  return bytes.starts_with(kUtf16Mark) && bytes.size() % 2 == 0;
 }
 
 // The bytes without those lines of the sections of a name that `goes` names, the header line among
