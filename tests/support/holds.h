@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <regex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -25,6 +26,11 @@ inline testing::AssertionResult Holds(std::string_view text, std::string_view pa
   const bool holds = text.find(part) != text.npos;
   return testing::AssertionResult(holds)
          << "\"" << part << "\" is " << (holds ? "" : "not ") << "in: " << text;
+}
+
+// A log without what drives tell of their free space: others write on them meanwhile.
+inline std::string WithoutFreeSpace(const std::string& log) {
+  return std::regex_replace(log, std::regex("\r?\nFree on .:[^\r\n]*"), "");
 }
 
 }  // namespace quellix

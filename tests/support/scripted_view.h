@@ -48,7 +48,10 @@ struct ScriptedView : RunView, ResultsView {
     questions.emplace_back(question);
     return goes_on;
   }
-  void ShowReport(const RunReport& shown) override { report = shown; }
+  void ShowReport(const RunReport& shown) override {
+    report = shown;
+    report->log = WithoutFreeSpace(shown.log);
+  }
   void KeepReport(const RunReport& hidden) override { kept = hidden; }
   bool OpenResults(SearchResults& opened) override {
     results = &opened;
