@@ -1,8 +1,8 @@
 #include "backup/recycled.h"
 
 #include <map>
-#include <set>
 
+#include "backup/restore.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/recycle_index.h"
@@ -35,35 +35,29 @@ void AddRecord(const Machine& machine, const std::string& bin, std::string_view 
   }
 }
 
-Bins ReadBins(const Machine& machine, const std::set<char>& drives, const Pause& pause) {
+Bins ReadBins(const Machine& machine, const Pause& pause) {
   Bins found;
-  for (const char drive : drives) {
-    const std::string root = std::string(1, drive) + ":\\$Recycle.Bin";
-    std::vector<std::string> users;
-    machine.files.Enumerate(root, Detail::kKind, [&](const Entry& entry) {
-      if (entry.info.is_folder && !entry.info.is_link)
-        users.push_back(root + "\\" + std::string(entry.name));
-      return true;
+  for (const std::string& bin : machine.shell.RecycleBins()) {
+    std::vector<std::string> records;
+    machine.files.Enumerate(bin, Detail::kKind, [&](const Entry& entry) {
+      if (entry.name.starts_with("$I") && !entry.info.is_folder) records.emplace_back(entry.name);
+      return !pause();
     });
-    for (const std::string& bin : users) {
-      std::vector<std::string> records;
-      machine.files.Enumerate(bin, Detail::kKind, [&](const Entry& entry) {
-        if (entry.name.starts_with("$I") && !entry.info.is_folder) records.emplace_back(entry.name);
-        return !pause();
-      });
-      for (const std::string& record : records) AddRecord(machine, bin, record, found);
-    }
+    for (const std::string& record : records) AddRecord(machine, bin, record, found);
   }
   return found;
 }
 
-// The record goes last: without it nobody would know what the file is.
+// The record goes last: without it nobody would know what the file is. A link that stands by now
+// where a folder was leads nowhere.
 void MoveBack(const Machine& machine, const InBin& from, const std::string& path) {
-  const auto bin = machine.files.OpenFolder(from.bin);
-  if (!bin) throw Error(Error::Kind::kMissing, "The recycle bin is not there: " + from.bin);
-  MakeFolders(machine.files, FolderPart(path));
-  const auto to = OpenFolderOf(machine.files, path);
-  bin->MoveTo("$R" + from.name, *to, NamePart(path));
+  const std::string root_path = path.substr(0, 3);
+  const auto bin = machine.files.OpenFolder(from.bin), root = machine.files.OpenFolder(root_path);
+  if (!bin || !root)
+    throw Error(Error::Kind::kMissing, "The recycle bin is not there: " + from.bin);
+  const std::string_view folder = FolderPart(path).substr(root_path.size());
+  const auto made = folder.empty() ? nullptr : OpenOrMake(*root, WithoutBackslash(folder));
+  bin->MoveTo("$R" + from.name, made ? *made : *root, NamePart(path));
   bin->RemoveFile("$I" + from.name);
 }
 
@@ -72,19 +66,16 @@ void MoveBack(const Machine& machine, const InBin& from, const std::string& path
 RestoreResult RestoreRecycled(const Machine& machine, const std::vector<RecycledFile>& files,
                               const Pause& pause) {
   RestoreResult result;
-  std::set<char> drives;
-  for (const RecycledFile& file : files) {
-    if (file.path.size() > 2 && file.path[1] == ':') drives.insert(file.path[0]);
-  }
-  const Bins bins = ReadBins(machine, drives, pause);
+  const Bins bins = ReadBins(machine, pause);
   for (const RecycledFile& file : files) {
     if (pause()) {
       result.cancelled = true;
       break;
     }
     const auto from = bins.find({UpCase(file.path), file.bytes});
+    const bool is_full = file.path.find(":\\") == 1;
     try {
-      if (from == bins.end())
+      if (from == bins.end() || !is_full)
         throw Error(Error::Kind::kMissing, "It is not in the recycle bin: " + file.path);
       MoveBack(machine, from->second, file.path);
       ++result.restored;

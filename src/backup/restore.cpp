@@ -26,7 +26,18 @@ std::string BaseOf(const std::string& root, std::string_view path) {
   return root + std::string(path.substr(0, share + 1));
 }
 
-// Makes what is missing, and is never led through a link.
+bool IsZero(std::string_view bytes) { return bytes.find_first_not_of('\0') == bytes.npos; }
+
+// Of a sparse file what is zero takes no room.
+void WriteSparse(RandomFile& file, uint64_t at, std::string_view bytes) {
+  for (size_t done = 0; done < bytes.size(); done += kHole) {
+    const std::string_view part = bytes.substr(done, kHole);
+    if (!IsZero(part)) file.Write(at + done, part);
+  }
+}
+
+}  // namespace
+
 std::unique_ptr<Folder> OpenOrMake(Folder& base, std::string_view names) {
   if (auto folder = base.OpenFolder(names)) return folder;
   std::unique_ptr<Folder> last;
@@ -43,18 +54,6 @@ std::unique_ptr<Folder> OpenOrMake(Folder& base, std::string_view names) {
   }
   return last;
 }
-
-bool IsZero(std::string_view bytes) { return bytes.find_first_not_of('\0') == bytes.npos; }
-
-// Of a sparse file what is zero takes no room.
-void WriteSparse(RandomFile& file, uint64_t at, std::string_view bytes) {
-  for (size_t done = 0; done < bytes.size(); done += kHole) {
-    const std::string_view part = bytes.substr(done, kHole);
-    if (!IsZero(part)) file.Write(at + done, part);
-  }
-}
-
-}  // namespace
 
 int64_t LastWriteOf(const ZipEntry& entry, System& system) {
   return entry.times.last_write != 0 ? entry.times.last_write

@@ -21,6 +21,10 @@ int64_t LastWriteOf(const ZipEntry& entry, System& system);
 // What an entry counts for in a restore's progress: its bytes, and what making a file costs.
 uint64_t StepsOf(const ZipEntry& entry);
 
+// Opens a folder below `base`, "a\b", making what is missing of it; never led through a link.
+// Throws Error.
+std::unique_ptr<Folder> OpenOrMake(Folder& base, std::string_view names);
+
 // Puts entries of one open archive back below a folder. It works in folders that it holds open, and
 // goes through no link below the one that was named. A file is made under a random name; some
 // hundred of a folder are brought onto the disk together before they take their names, each in one

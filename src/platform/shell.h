@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quellix {
 
@@ -39,6 +40,10 @@ class Shell {
 
   // Empties them without asking. An empty bin is no error. Throws Error when something is left.
   virtual void EmptyRecycleBin() = 0;
+
+  // The folders of this user's bins, "X:\$Recycle.Bin\<SID>" as Windows Vista and later name them,
+  // of each fixed drive, also where there is none yet. Empty when it is not known who the user is.
+  virtual std::vector<std::string> RecycleBins() = 0;
 
   // Forgets the addresses visited with Internet Explorer. Throws Error (NotAvailable for a volume).
   virtual void ClearAddressHistory() = 0;

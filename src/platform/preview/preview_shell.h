@@ -17,6 +17,7 @@ class PreviewShell : public Shell {
 
   RecycleBinContent QueryRecycleBin() override;
   void EmptyRecycleBin() override;
+  std::vector<std::string> RecycleBins() override { return inner_.RecycleBins(); }
   void ClearAddressHistory() override;
   void EmptyClipboard() override;
   void Require(ShellFeature feature) override { inner_.Require(feature); }

@@ -51,6 +51,15 @@ std::vector<VolumeShell::Bin> VolumeShell::Bins() {
   return bins;
 }
 
+std::vector<std::string> VolumeShell::RecycleBins() {
+  std::vector<std::string> folders;
+  if (user_.sid.empty()) return folders;
+  for (const Bin& bin : Bins()) {
+    if (bin.is_new) folders.push_back(bin.folder);
+  }
+  return folders;
+}
+
 // In the newer bins "$R" files alone or "$I" files alone are leftovers, which Windows does not
 // show.
 std::vector<VolumeShell::Item> VolumeShell::Items(const Bin& bin) {

@@ -24,6 +24,7 @@ class VolumeShell : public Shell {
 
   RecycleBinContent QueryRecycleBin() override;
   void EmptyRecycleBin() override;
+  std::vector<std::string> RecycleBins() override;
   void ClearAddressHistory() override;
   void EmptyClipboard() override;
   void Require(ShellFeature feature) override;

@@ -3,6 +3,7 @@
 #include <windows.h>
 // After windows.h, whose types they use.
 #include <objbase.h>
+#include <sddl.h>
 #include <shellapi.h>
 #include <shlobj.h>
 #include <urlhist.h>
@@ -27,6 +28,8 @@ constexpr GUID kUrlHistoryClass = {
 using UniqueHistory = Unique<
     NullHandleTraits<IUrlHistoryStg2*, [](IUrlHistoryStg2* history) { history->Release(); }>>;
 
+using UniqueLocalText = Unique<NullHandleTraits<wchar_t*, LocalFree>>;
+
 bool OpenClipboardPatiently() {
   for (int attempt = 0; attempt < 10; ++attempt) {
     if (OpenClipboard(nullptr)) return true;
@@ -35,7 +38,31 @@ bool OpenClipboardPatiently() {
   return false;
 }
 
+// "S-1-5-21-..." of the user whom this program runs as; "" when Windows does not tell.
+std::wstring UserSid() {
+  UniqueHandle token;
+  alignas(TOKEN_USER) BYTE user[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
+  DWORD size = sizeof user;
+  UniqueLocalText text;
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()) ||
+      !GetTokenInformation(token.Get(), TokenUser, user, size, &size) ||
+      !ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user)->User.Sid, text.Put()))
+    return {};
+  return text.Get();
+}
+
 }  // namespace
+
+std::vector<std::string> Win32Shell::RecycleBins() {
+  std::vector<std::string> folders;
+  const std::string sid = Narrow(UserSid());
+  for (char letter = 'A'; letter <= 'Z' && !sid.empty(); ++letter) {
+    const std::string root = {letter, ':', '\\'};
+    if (GetDriveTypeW(Wide(root).c_str()) == DRIVE_FIXED)
+      folders.push_back(root + "$Recycle.Bin\\" + sid);
+  }
+  return folders;
+}
 
 RecycleBinContent Win32Shell::QueryRecycleBin() {
   SHQUERYRBINFO info{};

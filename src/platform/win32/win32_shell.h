@@ -13,6 +13,7 @@ class Win32Shell : public Shell {
 
   RecycleBinContent QueryRecycleBin() override;
   void EmptyRecycleBin() override;
+  std::vector<std::string> RecycleBins() override;
   void ClearAddressHistory() override;
   void EmptyClipboard() override;
   // Whether this Windows keeps an address history, only clearing it tells.
