@@ -71,7 +71,8 @@ constexpr std::array<Item, 30> kItems = {{
     {9, 12, "chkDump", "Clean Memory dump files", "CleanMemDump", kFolderFiles, kNone,
      "Memory dump files... ", "There was an error in cleaning Memory Dump Files. ", false,
      CleanMemoryDumps,
-     {"The memory dump that Windows writes after a crash, and the small dumps.",
+     {"The memory dump that Windows writes after a crash, the small dumps, reports of drivers "
+      "that hung (LiveKernelReports) and the dumps of your programs (CrashDumps).",
       "", kHarmless, kNeedsRights}},
     {10, 22, "chkTemp", "Clean Temporary files", "CleanTempFiles", kFolderFiles, kNone,
      "Temporary files... ", "There was an error in cleaning Temporary Files. ", false,

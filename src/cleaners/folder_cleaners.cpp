@@ -44,10 +44,7 @@ std::string WindowsDrive(CleaningContext& context) {
 
 // The dump file goes whatever the removal mode says, unarchived and uncounted: it is far larger
 // than what an archive or the bin is meant for.
-void DeleteDumpFile(CleaningContext& context) {
-  const std::string path =
-      modRegistry::ReadRegString(RegistryOf(context), kLocalMachine, kCrashControl, "DumpFile");
-  const std::string full = ExpandSystemRoot(context.machine.system, path);
+void DeleteDumpFile(CleaningContext& context, const std::string& full) {
   const std::optional<FileInfo> dump = context.machine.files.Look(full, Detail::kSize);
   if (!dump) return;
   NotePlace(context.state);
@@ -62,6 +59,18 @@ void DeleteDumpFile(CleaningContext& context) {
   }
 }
 
+// Of small dumps: Windows' own, those of drivers that hung, and those of programs.
+std::vector<std::string> DumpFolders(CleaningContext& context) {
+  System& system = context.machine.system;
+  std::vector<std::string> folders =
+      FoldersFromRegistry(context, kLocalMachine, kCrashControl, "MinidumpDir");
+  folders.push_back(system.WindowsFolder() + "\\LiveKernelReports\\");
+  if (const auto local = system.Environment("LOCALAPPDATA")) {
+    folders.push_back(*local + "\\CrashDumps\\");
+  }
+  return folders;
+}
+
 }  // namespace
 
 void CleanTempFiles(CleaningContext& context, const Item& item) {
@@ -70,9 +79,14 @@ void CleanTempFiles(CleaningContext& context, const Item& item) {
 
 void CleanMemoryDumps(CleaningContext& context, const Item& item) {
   BeginFiles(context, item);
-  DeleteDumpFile(context);
-  CleanFolder(context, FolderFromRegistry(context, kLocalMachine, kCrashControl, "MinidumpDir"),
-              "*.dmp", FoldersPass::kNo);
+  const std::string file =
+      modRegistry::ReadRegString(RegistryOf(context), kLocalMachine, kCrashControl, "DumpFile");
+  for (const std::string& path : ExpandSystemRootBothWays(context.machine.system, file)) {
+    DeleteDumpFile(context, path);
+  }
+  for (const std::string& folder : DumpFolders(context)) {
+    CleanFolder(context, folder, "*.dmp", FoldersPass::kNo);
+  }
   EndFiles(context, item);
 }
 

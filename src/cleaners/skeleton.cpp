@@ -20,6 +20,13 @@ void AppendCount(std::string& log, size_t count) {
   log += "Files Deleted: " + std::to_string(count);
 }
 
+std::string FolderText(const Machine& machine, RegistryRoot root, std::string_view key,
+                       std::string_view name) {
+  std::string folder =
+      modRegistry::ReadRegString({machine.registry, machine.system}, root, key, name);
+  return folder.size() > 1 ? WithBackslash(folder) : folder;
+}
+
 }  // namespace
 
 std::string ExpandSystemRoot(System& system, std::string_view path) {
@@ -29,12 +36,23 @@ std::string ExpandSystemRoot(System& system, std::string_view path) {
   return ReplaceNoCase(path, kSystemRoot, system_folder);
 }
 
+std::vector<std::string> ExpandSystemRootBothWays(System& system, std::string_view path) {
+  std::vector<std::string> paths = {ExpandSystemRoot(system, path)};
+  if (ContainsNoCase(path, kSystemRoot)) {
+    paths.push_back(ReplaceNoCase(path, kSystemRoot, system.WindowsFolder()));
+  }
+  return paths;
+}
+
 std::string FolderFromRegistry(const Machine& machine, RegistryRoot root, std::string_view key,
                                std::string_view name) {
-  std::string folder =
-      modRegistry::ReadRegString({machine.registry, machine.system}, root, key, name);
-  if (folder.size() > 1) folder = WithBackslash(folder);
-  return ExpandSystemRoot(machine.system, folder);
+  return ExpandSystemRoot(machine.system, FolderText(machine, root, key, name));
+}
+
+std::vector<std::string> FoldersFromRegistry(CleaningContext& context, RegistryRoot root,
+                                             std::string_view key, std::string_view name) {
+  const Machine& machine = context.machine;
+  return ExpandSystemRootBothWays(machine.system, FolderText(machine, root, key, name));
 }
 
 std::string ListUserValues(CleaningContext& context, std::string_view key) {

@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "registry_tools/mod_registry.h"
 #include "run/context.h"
@@ -22,6 +23,10 @@ inline modRegistry::Access RegistryOf(CleaningContext& context) {
 // written for this program count on it.
 std::string ExpandSystemRoot(System& system, std::string_view path);
 
+// The same and, where "%SYSTEMROOT%" is in it, the path as Windows itself takes it: in the Windows
+// folder.
+std::vector<std::string> ExpandSystemRootBothWays(System& system, std::string_view path);
+
 inline constexpr const char* kShellFolders =
     "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders\\";
 
@@ -33,6 +38,10 @@ inline std::string FolderFromRegistry(CleaningContext& context, RegistryRoot roo
                                       std::string_view key, std::string_view name) {
   return FolderFromRegistry(context.machine, root, key, name);
 }
+
+// The same for a folder of Windows' own settings, expanded both ways.
+std::vector<std::string> FoldersFromRegistry(CleaningContext& context, RegistryRoot root,
+                                             std::string_view key, std::string_view name);
 
 // The value names of a key of the user, as ListRegValues gives them: as far as the settings say.
 std::string ListUserValues(CleaningContext& context, std::string_view key);

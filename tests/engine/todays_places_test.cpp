@@ -1,0 +1,106 @@
+// Where Windows and Office of today keep what the items clean, beside what must stay there.
+#include "app/preview_run.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+constexpr bool kGoes = true, kStays = false;
+constexpr const char* kCrash = "System\\CurrentControlSet\\Control\\CrashControl";
+
+// What a run came by, without what only a preview or only a run can know.
+std::vector<std::string> Told(const RunEntries& entries) {
+  std::vector<std::string> told;
+  for (const RunEntry& entry : entries.all) {
+    told.push_back(std::to_string(static_cast<int>(entry.fate)) + " " + PlaceText(entry));
+  }
+  std::ranges::sort(told);
+  return told;
+}
+
+class TodaysPlacesTest : public RunFixture {
+ protected:
+  // A file, or a value of the user's registry as "KEY|NAME".
+  struct Place {
+    std::string place;
+    bool goes;
+    std::string bytes = "12";
+  };
+
+  TodaysPlacesTest()
+      : windows(ports.system.WindowsFolder() + "\\"),
+        local(ports.system.Environment("LOCALAPPDATA").value() + "\\") {}
+
+  static bool IsValue(const Place& place) { return place.place.find('|') != std::string::npos; }
+  static std::string KeyOf(const Place& place) {
+    return place.place.substr(0, place.place.find('|'));
+  }
+  static std::string NameOf(const Place& place) {
+    return place.place.substr(place.place.find('|') + 1);
+  }
+
+  bool IsThere(const Place& place) {
+    if (!IsValue(place)) return machine->Exists(place.place);
+    const auto key = ports.registry.Open(kUser, KeyOf(place), RegistryAccess::kRead);
+    return key && key->QueryValue(NameOf(place));
+  }
+
+  void Seed(const std::vector<Place>& places) {
+    for (const Place& place : places) {
+      if (IsValue(place)) machine->RemoveRegistryTree(kUser, KeyOf(place));
+    }
+    for (const Place& place : places) {
+      if (IsValue(place)) {
+        machine->SetText(kUser, KeyOf(place), NameOf(place), place.bytes);
+      } else {
+        machine->MakeFile(place.place, place.bytes);
+      }
+    }
+  }
+
+  // Seeds, previews, runs and runs again.
+  void Check(const char* item, const std::vector<Place>& places) {
+    SCOPED_TRACE(item);
+    Seed(places);
+    PreviewRun preview(ports, view);
+    preview.RunOneItem(*FindItem(item));
+    for (const Place& place : places) EXPECT_TRUE(IsThere(place)) << place.place;
+    Clean(item);
+    EXPECT_EQ(Told(*preview.entries()), Told(*engine.state().Entries));
+    log = view.report->log;
+    for (const Place& place : places) EXPECT_EQ(IsThere(place), !place.goes) << place.place;
+    Clean(item);
+    for (const std::string& told : Told(*engine.state().Entries)) {
+      EXPECT_FALSE(told.starts_with('0')) << "goes in a second run: " << told;
+    }
+    for (const Place& place : places) {
+      EXPECT_EQ(IsThere(place), !place.goes) << place.place;
+      if (!IsValue(place) && !place.goes) ports.files.RemoveFile(place.place);
+    }
+  }
+
+  std::string windows, local;
+  std::string log;  // of the first run
+};
+
+TEST_F(TodaysPlacesTest, DumpsOfWindowsItsDriversAndPrograms) {
+  for (const char* name : {"DumpFile", "MinidumpDir"}) {
+    const std::string text = std::string("%SystemRoot%\\") + (*name == 'D' ? "QX.DMP" : "qxmini");
+    machine->SetRegistryValue(RegistryRoot::kLocalMachine, kCrash, name,
+                              {kRegExpandSz, ToUtf16Bytes(text + '\0')});
+  }
+  Check("CleanMemDump", {{windows + "QX.DMP", kGoes},
+                         {ports.system.SystemFolder() + "\\QX.DMP", kGoes},
+                         {windows + "qxmini\\a.dmp", kGoes},
+                         {ports.system.SystemFolder() + "\\qxmini\\a.dmp", kGoes},
+                         {windows + "LiveKernelReports\\WATCHDOG\\w.dmp", kGoes},
+                         {windows + "LiveKernelReports\\w.txt", kStays},
+                         {local + "CrashDumps\\app.exe.1.dmp", kGoes},
+                         {local + "CrashDumps\\notes.txt", kStays},
+                         {windows + "qx2.dmp", kStays}});
+  EXPECT_TRUE(log.starts_with("Memory dump files... Files Deleted: 4 Space Gained: 8 Bytes\r\n"))
+      << log;
+}
+
+}  // namespace
+}  // namespace quellix
