@@ -95,7 +95,8 @@ constexpr std::array<Item, 30> kItems = {{
     {14, 20, "chkOffice", "Clean MS Office history", "CleanOfficeHistory", kMiscellaneous, kNone,
      "MS Office history...", "There was an error in cleaning the MS OfficeRegistry History Lists. ",
      true, CleanOfficeHistory,
-     {"The lists of recent files of Microsoft Office in the registry."}},
+     {"The lists of recent files and folders of Microsoft Office in the registry, pinned ones "
+      "included, and where Word was left off reading."}},
     {15, 19, "chkClipBoard", "Clean Windows clipboard", "CleanClipboard", kMiscellaneous, kNone,
      "Windows Clipboard...", "There was an error in cleaning the Clipboard", false,
      CleanClipboard,

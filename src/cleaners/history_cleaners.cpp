@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cleaners/skeleton.h"
+#include "cleaners/user_lists.h"
 #include "platform/text.h"
 #include "registry_tools/registry_eraser.h"
 #include "run/run_steps.h"
@@ -39,19 +40,6 @@ void CleanCountedKey(CleaningContext& context, const Item& item, const char* key
   AppendCountLine(context, item, count);
 }
 
-// Clears several lists at once: a volume's hive is written as a whole each time.
-void EraseLists(CleaningContext& context, const auto& keys) {
-  std::vector<RegistryTarget> values;
-  for (const auto& key : keys) {
-    const std::string names = ListUserValues(context, key);
-    if (names.empty()) continue;
-    for (std::string& name : Split(names, '\0')) {
-      values.push_back({RegistryTarget::Kind::kValue, kUser, std::string(key), std::move(name)});
-    }
-  }
-  RegistryEraser::OfRun(context).Erase(values);
-}
-
 // The file lists of one Office application below "Software\Microsoft\Office\" and the version.
 struct OfficeApplication {
   const char* name;     // in the key of its dialogs
@@ -75,6 +63,12 @@ constexpr OfficeApplication kOfficeApplications[] = {
 // This one name is a key of its own, with nothing behind it; earlier versions cleared just that.
 constexpr const char* kPublishLocation = "New Publish Location & strtemp1";
 
+// Applications that a user signed in to keep his lists by his account.
+constexpr int kFirstOfToday = 11, kLastOfToday = 16;
+constexpr const char* kTodaysOfficeLists[] = {
+    "*\\File MRU", "*\\Place MRU", "*\\User MRU\\*\\File MRU", "*\\User MRU\\*\\Place MRU",
+    "Word\\Reading Locations\\*"};
+
 }  // namespace
 
 void CleanRunHistory(CleaningContext& context, const Item& item) {
@@ -88,7 +82,9 @@ void CleanTypedURLs(CleaningContext& context, const Item& item) {
 // Writes no line of its own.
 void CleanFindHistory(CleaningContext& context, const Item& item) {
   BeginItem(context, item);
-  EraseLists(context, kFindLists);
+  UserLists lists(context);
+  for (const char* key : kFindLists) lists.AddValues(key);
+  lists.Erase();
   std::vector<RegistryTarget> trees;
   for (const char* key : std::span(kFindLists).subspan(kFindListsThatStay)) {
     trees.push_back({RegistryTarget::Kind::kTree, kUser, key});
@@ -129,19 +125,35 @@ std::vector<std::string> OfficeLists(std::string_view version) {
 }
 
 void CleanOfficeVersionHistory(CleaningContext& context, std::string_view version) {
-  EraseLists(context, OfficeLists(version));
+  UserLists lists(context);
+  for (const std::string& key : OfficeLists(version)) lists.AddValues(key);
+  lists.Erase();
+}
+
+// Of Office 2003 and later, whose applications share one form.
+void CleanTodaysOfficeHistory(CleaningContext& context) {
+  UserLists lists(context);
+  for (int version = kFirstOfToday; version <= kLastOfToday; ++version) {
+    const std::string office = "Software\\Microsoft\\Office\\" + std::to_string(version) + ".0\\";
+    for (const char* list : kTodaysOfficeLists) lists.AddToday(office + list);
+  }
+  lists.Erase();
 }
 
 void CleanOfficeHistory(CleaningContext& context, const Item& item) {
   CleanByAction(context, item, [&] {
     std::optional<Error> problem;  // one version does not keep the others
-    for (const char* version : {"10.0", "9.0", "8.0"}) {
+    const auto attempt = [&problem](const auto& clean) {
       try {
-        CleanOfficeVersionHistory(context, version);
+        clean();
       } catch (const Error& error) {
         problem = error;
       }
+    };
+    for (const char* version : {"10.0", "9.0", "8.0"}) {
+      attempt([&] { CleanOfficeVersionHistory(context, version); });
     }
+    attempt([&] { CleanTodaysOfficeHistory(context); });
     if (problem) throw Error(*problem);
   });
 }

@@ -25,6 +25,7 @@ class TodaysPlacesTest : public RunFixture {
     std::string place;
     bool goes;
     std::string bytes = "12";
+    uint32_t type = kRegSz;  // of a value
   };
 
   TodaysPlacesTest()
@@ -51,7 +52,10 @@ class TodaysPlacesTest : public RunFixture {
     }
     for (const Place& place : places) {
       if (IsValue(place)) {
-        machine->SetText(kUser, KeyOf(place), NameOf(place), place.bytes);
+        const bool is_text = place.type == kRegSz;
+        machine->SetRegistryValue(
+            kUser, KeyOf(place), NameOf(place),
+            {place.type, is_text ? ToUtf16Bytes(place.bytes + '\0') : place.bytes});
       } else {
         machine->MakeFile(place.place, place.bytes);
       }
@@ -100,6 +104,32 @@ TEST_F(TodaysPlacesTest, DumpsOfWindowsItsDriversAndPrograms) {
                          {windows + "qx2.dmp", kStays}});
   EXPECT_TRUE(log.starts_with("Memory dump files... Files Deleted: 4 Space Gained: 8 Bytes\r\n"))
       << log;
+}
+
+TEST_F(TodaysPlacesTest, ListsOfOfficeOfEveryVersionAndAccount) {
+  const std::string office = "Software\\Microsoft\\Office\\";
+  const std::string long_path(2000, 'p');
+  std::vector<Place> places;
+  for (const std::string version : {"11.0\\", "12.0\\", "14.0\\", "15.0\\", "16.0\\"}) {
+    const std::string now = office + version;
+    places.insert(
+        places.end(),
+        {{now + "Word\\File MRU|Item 1", kGoes, long_path},
+         {now + "Word\\File MRU|Item 2", kGoes},
+         {now + "Word\\File MRU|Max Display", kStays, std::string(4, '\1'), kRegDword},
+         {now + "Publisher\\Place MRU|Item 1", kGoes},
+         {now + "Excel\\User MRU\\ADAL_1\\File MRU|Item 1", kGoes},
+         {now + "Excel\\User MRU\\LiveId_2\\Place MRU|Item 1", kGoes},
+         {now + "Excel\\User MRU\\LiveId_2\\Settings|Item 1", kStays},
+         {now + "Word\\Reading Locations\\Document 0|File Path", kGoes},
+         {now + "Word\\Reading Locations|Version", kStays},
+         {now + "Word\\Options|Item 1", kStays},
+         {now + "Word\\Recent Files|File1", kStays},
+         {now + "Common\\Open Find\\Microsoft Word\\Settings\\Open\\File Name MRU|Value", kStays}});
+  }
+  places.push_back({office + "17.0\\Word\\File MRU|Item 1", kStays});
+  Check("CleanOfficeHistory", places);
+  EXPECT_TRUE(log.starts_with("MS Office history...\r\n\r\n")) << log;
 }
 
 }  // namespace
