@@ -16,7 +16,11 @@ namespace {
 constexpr RegistryRoot kUser = RegistryRoot::kCurrentUser;
 constexpr const char* kRunHistory =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU\\";
+// What was typed into Explorer's address bar.
+constexpr const char* kTypedPaths =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\TypedPaths";
 constexpr const char* kTypedURLs = "Software\\Microsoft\\Internet Explorer\\TypedURLs\\";
+constexpr const char* kTypedURLsTime = "Software\\Microsoft\\Internet Explorer\\TypedURLsTime";
 
 constexpr const char* kFindLists[] = {
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Doc Find Spec MRU",
@@ -31,11 +35,22 @@ constexpr const char* kFindLists[] = {
     "Software\\Microsoft\\Search Assistant\\ACMru"};
 constexpr size_t kFindListsThatStay = 3;  // emptied, but their keys are kept
 
-// Clears a list and counts its values, the one that holds the list's order included: the count has
-// always been told so.
-void CleanCountedKey(CleaningContext& context, const Item& item, const char* key) {
+// Since Windows 7 and 8: Explorer's search box, and the search beside Start.
+constexpr const char* kTodaysFindLists[] = {
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\WordWheelQuery",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\WordWheelQuery\\*",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\SearchHistory",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\SearchHistory\\*"};
+
+// Clears a list with its like of today and counts their values, those that hold a list's order
+// included: the count has always been told so.
+void CleanCountedKeys(CleaningContext& context, const Item& item, const char* key,
+                      const char* todays_key) {
   BeginItem(context, item);
-  const size_t count = ClearUserKey(context, key);
+  UserLists lists(context);
+  lists.AddValues(key);
+  lists.AddToday(todays_key);
+  const size_t count = lists.Erase().gone;
   EndRun(context, "");
   AppendCountLine(context, item, count);
 }
@@ -72,11 +87,11 @@ constexpr const char* kTodaysOfficeLists[] = {
 }  // namespace
 
 void CleanRunHistory(CleaningContext& context, const Item& item) {
-  CleanCountedKey(context, item, kRunHistory);
+  CleanCountedKeys(context, item, kRunHistory, kTypedPaths);
 }
 
 void CleanTypedURLs(CleaningContext& context, const Item& item) {
-  CleanCountedKey(context, item, kTypedURLs);
+  CleanCountedKeys(context, item, kTypedURLs, kTypedURLsTime);
 }
 
 // Writes no line of its own.
@@ -84,6 +99,7 @@ void CleanFindHistory(CleaningContext& context, const Item& item) {
   BeginItem(context, item);
   UserLists lists(context);
   for (const char* key : kFindLists) lists.AddValues(key);
+  for (const char* key : kTodaysFindLists) lists.AddToday(key);
   lists.Erase();
   std::vector<RegistryTarget> trees;
   for (const char* key : std::span(kFindLists).subspan(kFindListsThatStay)) {

@@ -51,24 +51,28 @@ class ItemListTest : public RunFixture {
 TEST_F(ItemListTest, GroupsFoldAwayWhatThisWindowsCannotHaveUnlessItIsTicked) {
   const Item& absent = *FindItem("CleanInstallMRU");
   ASSERT_TRUE(HasOlderWindowsOnly(absent));
-  const std::vector<std::string> folded = {"Miscellaneous",       "Plugins",
-                                           "MS Office history",   "Windows clipboard",
-                                           "Windows run history", "2 more..."};
+  const std::vector<std::string> folded = {"Miscellaneous",
+                                           "Plugins",
+                                           "MS Office history",
+                                           "Windows clipboard",
+                                           "Windows run history",
+                                           "Windows find history",
+                                           "1 more..."};
   EXPECT_EQ(NamesOf(Group::kMiscellaneous), folded);
   EXPECT_FALSE(list.RowOf(absent));
-  const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 2});
+  const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 1});
   EXPECT_FALSE(list.TicksOf(fold));
   EXPECT_TRUE(list.IsDimmed(fold));
   list.Toggle(fold);
   ASSERT_TRUE(list.RowOf(absent));
   EXPECT_TRUE(list.IsDimmed(*list.RowOf(absent)));
   EXPECT_EQ(Note("CleanInstallMRU"), "nothing of it on this Windows");
-  EXPECT_EQ(NamesOf(Group::kMiscellaneous).back(), "Windows find history");
+  EXPECT_EQ(NamesOf(Group::kMiscellaneous).back(), "Install from history");
   list.Toggle(*list.RowOf(absent));
   list.SetFolded(Group::kMiscellaneous, true);
   EXPECT_TRUE(engine.selection().IsChecked(absent));
   EXPECT_TRUE(list.RowOf(absent)) << "what a run would take is always seen";
-  EXPECT_EQ(NamesOf(Group::kMiscellaneous).back(), "1 more...");
+  EXPECT_EQ(NamesOf(Group::kMiscellaneous).back(), "Install from history");
 }
 
 TEST_F(ItemListTest, AHeadingShowsAndTogglesItsGroupAndABoxThatIsOffStaysSo) {
@@ -153,10 +157,10 @@ TEST_F(ItemListTest, ALookThatWasStoppedIsToldAsAPartAndAFoldAsWhatItHides) {
     ASSERT_TRUE(preview.state().AbortRequested);
     EXPECT_TRUE(list.Summary().ends_with(" found so far")) << list.Summary();
   }
-  const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 2});
-  const std::array<bool, 30> hidden = list.ScopeOf(fold).items, all = list.ScopeOf(fold - 5).items;
-  EXPECT_EQ(std::ranges::count(hidden, true), 2);
-  EXPECT_TRUE(hidden[FindItem("CleanFindHistory")->run_order - 1]);
+  const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 1});
+  const std::array<bool, 30> hidden = list.ScopeOf(fold).items, all = list.ScopeOf(fold - 6).items;
+  EXPECT_EQ(std::ranges::count(hidden, true), 1);
+  EXPECT_TRUE(hidden[FindItem("CleanInstallMRU")->run_order - 1]);
   EXPECT_EQ(std::ranges::count(all, true), 6);
 }
 

@@ -132,5 +132,28 @@ TEST_F(TodaysPlacesTest, ListsOfOfficeOfEveryVersionAndAccount) {
   EXPECT_TRUE(log.starts_with("MS Office history...\r\n\r\n")) << log;
 }
 
+TEST_F(TodaysPlacesTest, WhatWasTypedAndSearchedForInExplorer) {
+  const std::string explorer = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
+  const std::string internet = "Software\\Microsoft\\Internet Explorer\\";
+  const std::string order(300, '\1');
+  Check("CleanRunMRU", {{explorer + "RunMRU|a", kGoes},
+                        {explorer + "TypedPaths|url1", kGoes},
+                        {explorer + "TypedPaths|url2", kGoes, std::string(500, 'p')},
+                        {explorer + "WordWheelQuery|0", kStays}});
+  EXPECT_TRUE(log.starts_with("Windows run history... Files Deleted: 3\r\n")) << log;
+  Check("CleanTypedURL", {{internet + "TypedURLs|url1", kGoes},
+                          {internet + "TypedURLsTime|url1", kGoes, "8 bytes.", kRegBinary},
+                          {internet + "Main|Start Page", kStays},
+                          {explorer + "TypedPaths|url1", kStays}});
+  EXPECT_TRUE(log.starts_with("Typed URLs... Files Deleted: 2\r\n")) << log;
+  Check("CleanFindHistory",
+        {{explorer + "Doc Find Spec MRU|a", kGoes},
+         {explorer + "WordWheelQuery|MRUListEx", kGoes, order, kRegBinary},
+         {explorer + "WordWheelQuery|0", kGoes, "w\0o\0r\0d\0", kRegBinary},
+         {explorer + "WordWheelQuery\\{1}|0", kGoes},
+         {explorer + "SearchHistory\\Microsoft.Windows.FileSearchApp|item", kGoes},
+         {explorer + "TypedPaths|url1", kStays}});
+}
+
 }  // namespace
 }  // namespace quellix
