@@ -66,7 +66,8 @@ constexpr std::array<Item, 30> kItems = {{
     {8, 11, "chkPrinter", "Clean Residual printer files", "CleanPrinter", kFolderFiles, kNone,
      "Residual printer files... ", "There was an error in cleaning Residual Printer Files. ",
      false, CleanPrinterFiles,
-     {"Print jobs that were left over (*.spl) in the folder of the print spooler.",
+     {"Print jobs that were left over (*.spl) in the folder of the print spooler, with what was "
+      "noted of each (*.shd).",
       "", kHarmless, kNeedsRights}},
     {9, 12, "chkDump", "Clean Memory dump files", "CleanMemDump", kFolderFiles, kNone,
      "Memory dump files... ", "There was an error in cleaning Memory Dump Files. ", false,
@@ -121,7 +122,8 @@ constexpr std::array<Item, 30> kItems = {{
       "have stored."}},
     {20, 15, "chkCookies", "Clean Cookies", "CleanCookies", kInternet, kNone, "Cookies... ",
      "There was an error in cleaning Cookies. ", false, CleanCookies,
-     {"Cookies of Internet Explorer, but for those of the sites that you keep.",
+     {"Cookies of Internet Explorer and of programs built on it, but for those of the sites that "
+      "you keep.",
       "signs you out of web sites", kHarmless}},
     // Typed URLs share the history's message.
     {21, 16, "chkURLHistory", "Clean Typed URLs", "CleanTypedURL", kInternet, kNone,

@@ -16,13 +16,18 @@ constexpr char kSeparator = '\x01';
 
 std::string ListPath(const Machine& machine) { return machine.program_folder + "\\ck.txt"; }
 
+bool IsCookieFile(std::string_view name) {
+  return std::ranges::any_of(Split(kCookieFiles, ';'),
+                             [name](const std::string& mask) { return MatchesMask(name, mask); });
+}
+
 // The cookie files below a folder, which ends in "\"; links are not entered.
 void Collect(FileSystem& files, const std::string& folder, std::vector<std::string>& paths) {
   std::vector<std::string> folders;
   files.Enumerate(folder, Detail::kKind, [&](const Entry& entry) {
     const std::string path = folder + std::string(entry.name);
     if (!entry.info.is_folder) {
-      if (MatchesMask(entry.name, "*.txt")) paths.push_back(path);
+      if (IsCookieFile(entry.name)) paths.push_back(path);
     } else if (!entry.info.is_link) {
       folders.push_back(path + "\\");
     }

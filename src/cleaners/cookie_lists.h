@@ -2,11 +2,15 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/machine.h"
 
 namespace quellix {
+
+// How cookie files are named: until Windows 8, and since.
+inline constexpr std::string_view kCookieFiles = "*.txt;*.cookie";
 
 // The text of ck.txt, "" without one: paths with \x01 between. Throws Error.
 std::string ReadKeptCookies(const Machine& machine);

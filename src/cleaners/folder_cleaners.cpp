@@ -4,6 +4,8 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/removal.h"
+#include "run/run_limits.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
 
@@ -59,6 +61,26 @@ void DeleteDumpFile(CleaningContext& context, const std::string& full) {
   }
 }
 
+// What the spooler noted of the print jobs whose files are gone, each beside its job: 00002.SHD of
+// 00002.SPL. Of a job that stays they are needed, and those of others belong to jobs that wait.
+FileList SettingsOfGone(CleaningContext& context, const FileList& jobs) {
+  FileList settings{jobs.folder, jobs.folder_path, {}, {}};
+  RunLimits limits(context);
+  for (size_t i = 0; i < jobs.PendingFiles.size() && !StopsRun(context); ++i) {
+    std::string path(jobs.PendingFiles[i]);
+    if (context.machine.files.Look(path, Detail::kKind)) continue;
+    const bool is_lower = path.back() == 'l';
+    path.replace(path.size() - 2, 2, is_lower ? "hd" : "HD");
+    const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kSize);
+    if (!info || info->is_folder) continue;
+    const std::string folder(FolderPart(path));
+    if (!limits.Leaves(nullptr, folder, {NamePart(path), *info})) {
+      settings.PendingFiles.Append(path);
+    }
+  }
+  return settings;
+}
+
 // Of small dumps: Windows' own, those of drivers that hung, and those of programs.
 std::vector<std::string> DumpFolders(CleaningContext& context) {
   System& system = context.machine.system;
@@ -91,9 +113,14 @@ void CleanMemoryDumps(CleaningContext& context, const Item& item) {
 }
 
 void CleanPrinterFiles(CleaningContext& context, const Item& item) {
-  CleanOneFolder(context, item,
-                 FolderFromRegistry(context, kLocalMachine, kPrinters, "DefaultspoolDirectory"),
-                 "*.spl", FoldersPass::kNo);
+  BeginFiles(context, item);
+  const FileList jobs = CollectAllowed(
+      context, FolderFromRegistry(context, kLocalMachine, kPrinters, "DefaultspoolDirectory"),
+      "*.spl");
+  if (jobs.folder) RemovePendingFiles(context, jobs);
+  const FileList settings = SettingsOfGone(context, jobs);
+  if (!settings.PendingFiles.empty()) RemovePendingFiles(context, settings);
+  EndFiles(context, item);
 }
 
 void CleanRecentDocuments(CleaningContext& context, const Item& item) {

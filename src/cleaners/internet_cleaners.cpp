@@ -7,6 +7,7 @@
 #include "cleaners/cookie_lists.h"
 #include "cleaners/skeleton.h"
 #include "platform/error.h"
+#include "platform/path.h"
 #include "platform/text.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
@@ -19,6 +20,8 @@ namespace {
 
 // Lines of a cookie file.
 constexpr size_t kHostLine = 2, kLinesACookie = 9;
+constexpr const char* kNoSite =
+    "Its site cannot be told, so it may be one that your keep list names.";
 
 // The host of "Cookie:user@host/path".
 std::string_view CookieHost(std::string_view source) {
@@ -67,17 +70,22 @@ bool IsKept(std::string_view file, std::string_view keep_list) {
 }
 
 // The line that keeps the site of a cookie file: its lines are name, value, host and path, flags
-// and times, "*", again and again.
+// and times, "*", again and again. Throws Error for a file of today that does not tell its sites:
+// of old ones the names do.
 std::string_view SiteLine(CleaningContext& context, std::string_view file) {
   const KeepList& keep = KeepOf(context);
   if (!keep.has_sites()) return {};
   const std::optional<std::string> bytes = context.machine.files.ReadWholeFile(file);
   if (!bytes) return {};
   const std::vector<std::string> lines = Split(*bytes, '\n');
+  bool is_clear = lines.size() > kHostLine;
   for (size_t i = kHostLine; i < lines.size(); i += kLinesACookie) {
     const std::string_view host = std::string_view(lines[i]).substr(0, lines[i].find('/'));
     if (const auto line = keep.ForSite(host); !line.empty()) return line;
+    const size_t end = i + kLinesACookie - kHostLine - 1;
+    is_clear = is_clear && !host.empty() && end < lines.size() && lines[end].starts_with('*');
   }
+  if (!is_clear && !MatchesMask(NamePart(file), "*.txt")) throw Error(Error::Kind::kOther, kNoSite);
   return {};
 }
 
@@ -91,14 +99,6 @@ bool IsOfKeptSite(CleaningContext& context, std::string_view file) {
     NoteStayed(context.state, file, error.what(), error.kind());
     return true;
   }
-}
-
-void DropKeptFiles(CleaningContext& context, PathList& files, std::string_view keep_list) {
-  PathList going;
-  for (size_t i = 0; i < files.size(); ++i) {
-    if (!IsKept(files[i], keep_list) && !IsOfKeptSite(context, files[i])) going.Append(files[i]);
-  }
-  files = std::move(going);
 }
 
 void DeleteCookieEntries(CleaningContext& context, std::string_view keep_list) {
@@ -127,8 +127,10 @@ void CleanCookies(CleaningContext& context, const Item& item) {
   const std::string keep_list = UpCase(ReadKeptCookies(context.machine));
   const std::string folder =
       FolderFromRegistry(context, RegistryRoot::kCurrentUser, kShellFolders, "Cookies");
-  FileList list = CollectAllowed(context, folder, "*.txt");
-  DropKeptFiles(context, list.PendingFiles, keep_list);
+  FileList list = CollectAllowed(context, folder, kCookieFiles);
+  DropFiles(list.PendingFiles, [&](std::string_view file) {
+    return IsKept(file, keep_list) || IsOfKeptSite(context, file);
+  });
   if (list.folder) RemovePendingFiles(context, list);
   if (!context.state.AbortRequested) DeleteCookieEntries(context, keep_list);
   EndRun(context, "");

@@ -88,6 +88,14 @@ FileList CollectAllowed(CleaningContext& context, std::string_view path, std::st
   return {};
 }
 
+void DropFiles(PathList& files, const Stays& stays) {
+  PathList going;
+  for (size_t i = 0; i < files.size(); ++i) {
+    if (!stays(files[i])) going.Append(files[i]);
+  }
+  files = std::move(going);
+}
+
 void CleanFolder(CleaningContext& context, std::string_view path, std::string_view mask,
                  FoldersPass folders_pass, Claim claim) {
   const FileList list = CollectAllowed(context, path, mask, claim);

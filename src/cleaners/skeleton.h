@@ -48,11 +48,15 @@ std::string ListUserValues(CleaningContext& context, std::string_view key);
 // Deletes them and returns how many went. Throws Error when some stayed.
 size_t ClearUserKey(CleaningContext& context, std::string_view key);
 
-// Collects the files below `path` (ends in "\\") that fit `mask`. Nothing, with an empty list, when
-// the folder is missing, which is no error, or when it is refused or cannot be opened, with a line
-// in RunLog.
+// Collects the files below `path` (ends in "\\") that fit `mask`, or one of several with ";"
+// between. Nothing, with an empty list, when the folder is missing, which is no error, or when it
+// is refused or cannot be opened, with a line in RunLog.
 FileList CollectAllowed(CleaningContext& context, std::string_view path, std::string_view mask,
                         Claim claim = Claim::kItem);
+
+// Takes out of a list the files that stay.
+using Stays = std::function<bool(std::string_view path)>;
+void DropFiles(PathList& files, const Stays& stays);
 
 enum class FoldersPass { kNo, kYes };
 

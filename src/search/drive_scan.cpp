@@ -1,6 +1,8 @@
 #include "search/drive_scan.h"
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "platform/path.h"
 #include "platform/text.h"
@@ -17,7 +19,7 @@ namespace {
 class ScanVisitor : public FolderVisitor {
  public:
   ScanVisitor(CleaningContext& context, std::string_view mask)
-      : context_(context), mask_(mask), every_name_(mask == "*.*") {}
+      : context_(context), masks_(Split(mask, ';')), every_name_(mask == "*.*") {}
 
   void Stopped(bool) override { context_.view.SetStatus("Aborted by User"); }
   void Begin(const std::string& path) override {
@@ -25,12 +27,16 @@ class ScanVisitor : public FolderVisitor {
   }
 
  protected:
-  bool Fits(std::string_view name) const { return every_name_ || MatchesMask(name, mask_); }
+  bool Fits(std::string_view name) const {
+    return every_name_ || std::ranges::any_of(masks_, [name](const std::string& mask) {
+             return MatchesMask(name, mask);
+           });
+  }
   CleaningContext& context() { return context_; }
 
  private:
   CleaningContext& context_;
-  std::string mask_;
+  std::vector<std::string> masks_;
   std::string status_;
   bool every_name_;
 };

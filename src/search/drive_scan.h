@@ -10,11 +10,11 @@ namespace quellix {
 
 enum class ScanMode { kEveryFile = 0 };
 
-// Collects below an open folder, `path` (ends in "\\"): every file that fits `mask` into
-// PendingFiles and every sub-folder into PendingFolders, a folder before what is in it. A link to a
-// folder is collected but never entered; precious folders are left out. A folder that cannot be
-// opened counts as stayed. Ends early, keeping what it has, when the user stops. The folder may be
-// null: nothing is found then.
+// Collects below an open folder, `path` (ends in "\\"): every file that fits `mask`, or one of
+// several with ";" between, into PendingFiles and every sub-folder into PendingFolders, a folder
+// before what is in it. A link to a folder is collected but never entered; precious folders are
+// left out. A folder that cannot be opened counts as stayed. Ends early, keeping what it has, when
+// the user stops. The folder may be null: nothing is found then.
 FileList ScanFolder(CleaningContext& context, std::shared_ptr<Folder> folder, std::string_view path,
                     std::string_view mask, ScanMode mode);
 

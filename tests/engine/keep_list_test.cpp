@@ -172,9 +172,20 @@ TEST_F(KeepListTest, CookiesOfASiteStay) {
   machine->MakeFile(scratch + "cookies\\u@b[1].txt", cookie("badexample.com"));
   machine->MakeFile(scratch + "cookies\\u@c[1].txt", cookie("example.com"));
   machine->MakeFile(scratch + "cookies\\u@d[1].txt", "example.com");
+  machine->MakeFile(scratch + "cookies\\kept.cookie", cookie("x.org") + cookie("a.example.com"));
+  machine->MakeFile(scratch + "cookies\\gone.cookie", cookie("x.org") + cookie("server"));
+  // Whose they are nobody can tell.
+  machine->MakeFile(scratch + "cookies\\cut.cookie", cookie("x.org") + "n\nv\nexam");
+  machine->MakeFile(scratch + "cookies\\empty.cookie", "");
+  machine->MakeFile(scratch + "cookies\\none.cookie", cookie(""));
   Keep("SITE: Example.com\r\n");
   Clean("CleanCookies");
-  EXPECT_EQ(Files(scratch + "cookies"), (Names{"u@a[1].txt", "u@c[1].txt"}));
+  EXPECT_EQ(Files(scratch + "cookies"), (Names{"cut.cookie", "empty.cookie", "kept.cookie",
+                                               "none.cookie", "u@a[1].txt", "u@c[1].txt"}));
+  EXPECT_TRUE(Holds(view.report->log, "none.cookie: Its site cannot be told"));
+  Keep("C:\\none\r\n");
+  Clean("CleanCookies");
+  EXPECT_EQ(Files(scratch + "cookies"), Names{});
 }
 
 TEST_F(KeepListTest, FilesWrittenInTheLastDaysStay) {

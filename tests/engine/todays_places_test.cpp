@@ -1,5 +1,6 @@
 // Where Windows and Office of today keep what the items clean, beside what must stay there.
 #include "app/preview_run.h"
+#include "cleaners/cookie_lists.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -153,6 +154,40 @@ TEST_F(TodaysPlacesTest, WhatWasTypedAndSearchedForInExplorer) {
          {explorer + "WordWheelQuery\\{1}|0", kGoes},
          {explorer + "SearchHistory\\Microsoft.Windows.FileSearchApp|item", kGoes},
          {explorer + "TypedPaths|url1", kStays}});
+}
+
+TEST_F(TodaysPlacesTest, PrintJobsGoWithWhatWasNotedOfThemAlone) {
+  machine->SetText(RegistryRoot::kLocalMachine,
+                   "System\\CurrentControlSet\\Control\\Print\\Printers", "DefaultspoolDirectory",
+                   scratch + "spool");
+  const std::vector<Place> places = {
+      {scratch + "spool\\00001.SPL", kGoes},  {scratch + "spool\\00001.SHD", kGoes},
+      {scratch + "spool\\sub\\2.spl", kGoes}, {scratch + "spool\\sub\\2.shd", kGoes},
+      {scratch + "spool\\2.shd", kStays},     {scratch + "spool\\00003.SHD", kStays},
+      {scratch + "spool\\00001.SHDX", kStays}};
+  Check("CleanPrinter", places);
+  EXPECT_TRUE(Holds(log, "printer files... Files Deleted: 4 Space Gained: 8 Bytes"));
+  Seed(places);
+  const auto lock = machine->LockFile(scratch + "spool\\00001.SPL");
+  Clean("CleanPrinter");
+  EXPECT_TRUE(machine->Exists(scratch + "spool\\00001.SHD")) << "its job waits";
+  EXPECT_FALSE(machine->Exists(scratch + "spool\\sub\\2.shd"));
+}
+
+TEST_F(TodaysPlacesTest, CookiesButThoseThatAreKept) {
+  machine->SetText(kUser, "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
+                   "Cookies", scratch + "cookies");
+  WriteOwn("ck.txt", UpCase(scratch) + "COOKIES\\kept.cookie\x01\r\n");
+  Check("CleanCookies", {{scratch + "cookies\\old.txt", kGoes},
+                         {scratch + "cookies\\ABC.cookie", kGoes},
+                         {scratch + "cookies\\Low\\DEF.cookie", kGoes},
+                         {scratch + "cookies\\kept.cookie", kStays},
+                         {scratch + "cookies\\ABC.cookie2", kStays},
+                         {scratch + "cookies\\deprecated.cookie.dat", kStays}});
+  EXPECT_TRUE(Holds(log, "Cookies... Files Deleted: 3 Space Gained: 6 Bytes"));
+  EXPECT_EQ(CookieLists(ports).kept().size(), 1u);
+  machine->MakeFile(scratch + "cookies\\ABC.cookie", "");
+  EXPECT_EQ(CookieLists(ports).on_machine(), Names{scratch + "cookies\\ABC.cookie"});
 }
 
 }  // namespace
