@@ -89,7 +89,7 @@ class QuellixWindow : public QuellixProcess {
   // Clicks a control, or the box of an item or of a group's heading, and returns when its effect is
   // there.
   void Click(int id) const;
-  // The row of an item or of a heading in the list of items; -1 when it is folded away.
+  // The row of an item or of a heading in the list of items; throws when it is not there.
   int RowOf(int id) const;
   // Selects that row.
   void Select(int id) const;
