@@ -13,6 +13,25 @@ namespace quellix {
 // it, or in the middle of a change.
 enum class Left { kWhole, kLog, kJournal };
 
+// The table of today, and behind "--cut" what a browser was about to do when it was killed.
+inline constexpr const char* kFirefoxCookies = R"(
+CREATE TABLE moz_cookies (id INTEGER PRIMARY KEY, originAttributes TEXT NOT NULL DEFAULT '',
+  name TEXT, value TEXT, host TEXT, path TEXT, expiry INTEGER, lastAccessed INTEGER,
+  creationTime INTEGER, isSecure INTEGER, isHttpOnly INTEGER, inBrowserElement INTEGER DEFAULT 0,
+  sameSite INTEGER DEFAULT 0, schemeMap INTEGER DEFAULT 0,
+  isPartitionedAttributeSet INTEGER DEFAULT 0, updateTime INTEGER,
+  CONSTRAINT moz_uniqueid UNIQUE (name, host, path, originAttributes));
+CREATE TABLE of_a_later_version (x);
+PRAGMA user_version=17;
+PRAGMA secure_delete=OFF;
+INSERT INTO moz_cookies(name, value, host, path) VALUES
+  ('a', 'secret-one', '.gone.example', '/'), ('b', 'secret-two', 'www.gone.example', '/'),
+  ('c', 'dear-one', '.sub.dear.example', '/'), ('d', 'dear-two', 'dear.example', '/x'),
+  ('o', 'secret-old', 'old.example', '/');
+DELETE FROM moz_cookies WHERE name = 'o';
+--cut
+DELETE FROM moz_cookies;)";
+
 // A machine with browsers' profiles, whose databases are made by SQLite itself.
 class BrowserFixture : public RunFixture {
  protected:
