@@ -84,19 +84,6 @@ DatabaseJob IconJob(const std::string& bookmarks) {
       }};
 }
 
-// Caches lie beside the profile, or by the same name elsewhere.
-void CleanCaches(CleaningContext& context, const std::string& path,
-                 std::span<const std::string_view> names) {
-  try {
-    std::shared_ptr<Folder> folder = context.machine.files.OpenFolder(path);
-    if (!folder) return;
-    ProfileCleaner cleaner(context, std::move(folder), path);
-    for (const std::string_view name : names) cleaner.Below(name);
-  } catch (const Error& error) {
-    NoteStayed(context.state, path, error.what(), error.kind());
-  }
-}
-
 // In the profile itself until version 95.
 void CleanCookies(ProfileCleaner& profile) {
   const DatabaseJob job{.list = kCookieList, .is_by_site = true, .steps = kCookieSteps};
@@ -158,8 +145,7 @@ uint64_t CleanProfile(CleaningContext& context, const BrowserProfile& where, Bro
   ProfileCleaner profile(context, where.folder, where.path);
   switch (kind) {
     case BrowserKind::kCache:
-      CleanCaches(context, where.cache_path, kProfileCaches);
-      if (where.cache_path != where.path) CleanCaches(context, where.path, kProfileCaches);
+      CleanCaches(context, where, kProfileCaches);
       break;
     case BrowserKind::kCookies:
       CleanCookies(profile);
@@ -199,7 +185,8 @@ uint64_t CleanChromium(CleaningContext& context, const ChromiumBrowser& browser,
     if (StopsRun(context)) return rows;
     rows += CleanProfile(context, profile, kind);
   }
-  if (kind == BrowserKind::kCache) CleanCaches(context, place.path, kSharedCaches);
+  if (kind != BrowserKind::kCache) return rows;
+  for (const std::string_view name : kSharedCaches) all.Below(name);
   return rows;
 }
 

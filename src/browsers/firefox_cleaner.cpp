@@ -47,20 +47,6 @@ std::string SiteOfStorage(Folder&, const std::string& name) {
   return host.substr(0, host.find_first_of("+^"));
 }
 
-void CleanCaches(CleaningContext& context, ProfileCleaner& profile, const BrowserProfile& where) {
-  for (const std::string_view name : kCaches) profile.Below(name);
-  if (where.cache_path == where.path) return;
-  std::shared_ptr<Folder> folder;
-  try {
-    folder = context.machine.files.OpenFolder(where.cache_path);
-  } catch (const Error& error) {
-    NoteStayed(context.state, where.cache_path, error.what(), error.kind());
-  }
-  if (!folder) return;
-  ProfileCleaner caches(context, std::move(folder), where.cache_path);
-  for (const std::string_view name : kCaches) caches.Below(name);
-}
-
 // Which icons stay can be told only while the places can be read.
 void CleanIcons(ProfileCleaner& profile, const std::string& path) {
   if (!profile.folder().Look("favicons.sqlite", Detail::kKind)) return;
@@ -76,7 +62,7 @@ void Clean(CleaningContext& context, ProfileCleaner& profile, const BrowserProfi
            BrowserKind kind) {
   switch (kind) {
     case BrowserKind::kCache:
-      return CleanCaches(context, profile, where);
+      return CleanCaches(context, where, kCaches);
     case BrowserKind::kCookies:
       profile.Rows("cookies.sqlite", FirefoxCookies());
       if (!KeepOf(context).has_sites()) profile.Files(kOldCookies);

@@ -34,6 +34,21 @@ std::vector<std::string> FoldersIn(Folder& folder, std::string_view mask) {
   return NamesIn(folder, mask, true);
 }
 
+void CleanCaches(CleaningContext& context, const BrowserProfile& profile,
+                 std::span<const std::string_view> names) {
+  ProfileCleaner own(context, profile.folder, profile.path);
+  for (const std::string_view name : names) own.Below(name);
+  if (profile.cache_path == profile.path) return;
+  try {
+    std::shared_ptr<Folder> folder = context.machine.files.OpenFolder(profile.cache_path);
+    if (!folder) return;
+    ProfileCleaner caches(context, std::move(folder), profile.cache_path);
+    for (const std::string_view name : names) caches.Below(name);
+  } catch (const Error& error) {
+    NoteStayed(context.state, profile.cache_path, error.what(), error.kind());
+  }
+}
+
 void AppendBrowserLine(CleaningContext& context, std::string_view browser, std::string_view label,
                        uint64_t rows) {
   RunState& state = context.state;

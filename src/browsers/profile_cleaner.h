@@ -27,6 +27,11 @@ std::vector<std::string> FoldersIn(Folder& folder, std::string_view mask);
 void AppendBrowserLine(CleaningContext& context, std::string_view browser, std::string_view label,
                        uint64_t rows);
 
+// Empties the folders of those names, of what can be fetched again, in a profile and where its
+// caches lie besides.
+void CleanCaches(CleaningContext& context, const BrowserProfile& profile,
+                 std::span<const std::string_view> names);
+
 // Cleans in one folder of a browser, held open, and in those below it. Whole files and folders go
 // by the removal mode; everything asks the guard, the keep list and what was chosen in a preview.
 // What stays is noted. Nothing more is done once the user has stopped.
