@@ -32,15 +32,15 @@ void EndChoice(CleaningContext& context) {
   if (choice && !state.AbortRequested) state.RunLog += choice->Remarks();
 }
 
-// A failure is told by EndRun, which stores the time of the run in the same file.
-void NoteItemsCleaned(CleaningContext& context) {
+// That they could not be stored is told of a whole run, whose time EndRun stores in the same file.
+// `in_work` is the item that a stop has cut short; null for none.
+void NoteItemsCleaned(CleaningContext& context, const Item* in_work) {
   if (context.state.IsPreview) return;
   std::vector<std::string_view> keys;
   for (const Item& item : AllItems()) {
     const Outcome outcome = context.state.Outcomes[item.run_order - 1];
-    if (outcome == Outcome::kCleaned) keys.emplace_back(item.key);
+    if (outcome == Outcome::kCleaned && &item != in_work) keys.emplace_back(item.key);
   }
-  if (context.state.AbortRequested && !keys.empty()) keys.pop_back();  // the one in work
   try {
     context.settings.StoreItemsCleaned(keys);
   } catch (const Error&) {
@@ -79,11 +79,18 @@ void RemoveOldBackups(CleaningContext& context) {
                   " day(s) removed: " + std::to_string(count) + "\r\n";
 }
 
+// After the offline pages the status has always been spelled with a capital U.
+std::string_view AbortMessage(const Item* item) {
+  const bool offline = item != nullptr && item->key == std::string_view("CleanOffline");
+  return offline ? "Aborted by User" : "Aborted by user";
+}
+
 // Stop has taken effect: no totals, no log window. What is then deleted by hand has a backup of its
 // own.
-void AbortRun(CleaningContext& context, std::string_view message, FreeSpaceCheck& free_space) {
+void AbortRun(CleaningContext& context, const Item* in_work, FreeSpaceCheck& free_space) {
+  const std::string_view message = AbortMessage(in_work);
   DropArchive(context);
-  NoteItemsCleaned(context);
+  NoteItemsCleaned(context, in_work);
   EndChoice(context);
   FinishResults(context);
   CloseBackup(context);
@@ -111,7 +118,7 @@ void FinishRun(CleaningContext& context, FreeSpaceCheck& free_space) {
   context.view.ShowCurrentItem(nullptr);
   context.view.SetCommands({});
   if (!context.state.AbortRequested) {
-    NoteItemsCleaned(context);
+    NoteItemsCleaned(context, nullptr);
     AppendSummary(context);
     free_space.Tell();
     KeepRun(context);
@@ -165,14 +172,9 @@ void CleanBrowsers(CleaningContext& context, std::span<const BrowserChoice> choi
                    FreeSpaceCheck& free_space) {
   for (const BrowserChoice& choice : choices) {
     CleanBrowser(context, choice);
-    if (context.state.AbortRequested) return AbortRun(context, "Aborted by user", free_space);
+    if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
   }
   FinishRun(context, free_space);
-}
-
-// After the offline pages the status has always been spelled with a capital U.
-std::string_view AbortMessage(const Item& item) {
-  return item.key == std::string_view("CleanOffline") ? "Aborted by User" : "Aborted by user";
 }
 
 }  // namespace
@@ -196,7 +198,7 @@ void RunCleaning(CleaningContext& context, const Selection& selection) {
   for (const Item& item : AllItems()) {
     if (selection.IsChecked(item)) RunItem(context, item);
     if (item.run_order >= kFirstItemWithStop && context.state.AbortRequested) {
-      AbortRun(context, AbortMessage(item), free_space);
+      AbortRun(context, &item, free_space);
       return;
     }
   }
@@ -214,7 +216,7 @@ void RunOneItem(CleaningContext& context, const Item& item) {
   FreeSpaceCheck free_space(context);
   RunItem(context, item);
   if (context.state.AbortRequested) {
-    AbortRun(context, AbortMessage(item), free_space);
+    AbortRun(context, &item, free_space);
   } else {
     FinishRun(context, free_space);
   }
