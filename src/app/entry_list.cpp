@@ -154,7 +154,7 @@ std::string EntryList::HeadingText(size_t row, RunColumn column) const {
     return FormatSize(static_cast<double>(heading.place.bytes), 2, true, locale);
   }
   if (column != RunColumn::kKind) return {};
-  return FormatNumber(heading.count, 0, locale) + (heading.count == 1 ? " entry" : " entries");
+  return FormatCount(heading.count, locale) + (heading.count == 1 ? " entry" : " entries");
 }
 
 std::string_view EntryList::ItemText(const RunEntry& entry) const {
@@ -280,9 +280,7 @@ std::string EntryList::Question() const {
 std::string EntryList::Summary() const {
   const auto [going, bytes, stayed, kept] = totals_;
   const Locale locale = system_.UserLocale();
-  const auto count = [&](uint64_t number) {
-    return FormatNumber(static_cast<double>(number), 0, locale);
-  };
+  const auto count = [&](uint64_t number) { return FormatCount(number, locale); };
   std::string text = count(going) + (going == 1 ? " entry" : " entries") +
                      (is_preview_ ? " to be removed, " : " removed, ") +
                      FormatSize(static_cast<double>(bytes), 2, true, locale);

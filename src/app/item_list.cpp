@@ -64,7 +64,7 @@ void ItemList::Refresh() {
       IsFoldedAway(item) ? void(++folded) : shown.push_back(&item);
     }
     std::ranges::stable_sort(shown,
-                             [this](const Item* a, const Item* b) { return Precedes(a, b); });
+                             [this](const Item* a, const Item* b) { return Precedes(*a, *b); });
     for (const Item* const item : shown) rows_.push_back({group, item});
     if (folded > 0) rows_.push_back({group, nullptr, folded});
   }
@@ -84,34 +84,45 @@ void ItemList::SetBrowsers(std::vector<FoundBrowser> browsers) {
   Refresh();
 }
 
-bool ItemList::Precedes(const Item* a, const Item* b) const {
-  if (IsAbsent(*a) != IsAbsent(*b)) return IsAbsent(*b);
-  if (!order_) return false;
-  if (descending_) std::swap(a, b);
-  const Found &in_a = found_[IndexOf(*a)], &in_b = found_[IndexOf(*b)];
-  switch (*order_) {
+// Below, above or 0, by what the column in order means.
+int ItemList::Compare(const Item& a, const Item& b) const {
+  const Found &in_a = found_[IndexOf(a)], &in_b = found_[IndexOf(b)];
+  switch (order_->column) {
     case ItemColumn::kName:
-      return CompareNoCase(a->Label(), b->Label()) < 0;
+      return CompareNoCase(a.Label(), b.Label());
     case ItemColumn::kBytes:
-      return in_a.bytes < in_b.bytes;
+      return CompareNumbers(in_a.bytes, in_b.bytes);
     case ItemColumn::kCount:
-      return in_a.count < in_b.count;
+      return CompareNumbers(in_a.count, in_b.count);
     case ItemColumn::kNote:
       break;
   }
-  return CompareNoCase(NoteOf(*a), NoteOf(*b)) < 0;
+  return CompareNoCase(NoteOf(a), NoteOf(b));
+}
+
+bool ItemList::Precedes(const Item& a, const Item& b) const {
+  if (IsAbsent(a) != IsAbsent(b)) return IsAbsent(b);
+  if (!order_) return false;
+  return order_->descending ? Compare(b, a) < 0 : Compare(a, b) < 0;
 }
 
 void ItemList::Sort(ItemColumn column) {
-  descending_ = order_ == column && !descending_;
-  order_ = column;
+  TurnOrder(order_, column);
   Refresh();
 }
 
 std::optional<size_t> ItemList::RowOf(const Item& item) const {
-  const auto row = std::ranges::find(rows_, &item, &Row::item);
-  if (row == rows_.end()) return std::nullopt;
-  return static_cast<size_t>(row - rows_.begin());
+  return RowLike({.group = item.group, .item = &item});
+}
+
+std::optional<size_t> ItemList::RowLike(const Row& row) const {
+  const auto is_like = [&row](Row each) {
+    if (each.folded > 0 && row.folded > 0) each.folded = row.folded;
+    return each == row;
+  };
+  const auto found = std::ranges::find_if(rows_, is_like);
+  if (found == rows_.end()) return std::nullopt;
+  return static_cast<size_t>(found - rows_.begin());
 }
 
 std::optional<size_t> ItemList::Find(std::string_view text, size_t from) const {
@@ -247,7 +258,7 @@ ItemList::Found ItemList::FoundIn(const Row& row) const {
 }
 
 std::string ItemList::CountText(uint64_t count) const {
-  return FormatNumber(static_cast<double>(count), 0, machine_.system.UserLocale());
+  return FormatCount(count, machine_.system.UserLocale());
 }
 
 std::string ItemList::NoteOf(const Item& item) const {

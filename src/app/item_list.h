@@ -13,6 +13,7 @@
 #include "browsers/browser_catalogue.h"
 #include "platform/machine.h"
 #include "run/item.h"
+#include "run/row_order.h"
 #include "run/run_state.h"
 #include "settings/settings.h"
 
@@ -53,6 +54,8 @@ class ItemList {
   size_t RowCount() const { return rows_.size(); }
   const Row& At(size_t row) const { return rows_[row]; }
   std::optional<size_t> RowOf(const Item& item) const;
+  // The row that stands for the same, wherever it is by now; of a fold, for however many.
+  std::optional<size_t> RowLike(const Row& row) const;
   std::string Text(size_t row, ItemColumn column) const;
   // What nothing is to be expected of: it cannot be ticked, or this Windows cannot have it.
   bool IsDimmed(size_t row) const;
@@ -64,8 +67,7 @@ class ItemList {
 
   // Within the groups, by what the column means; the same column again turns it around.
   void Sort(ItemColumn column);
-  std::optional<ItemColumn> order() const { return order_; }
-  bool is_descending() const { return descending_; }
+  bool is_descending() const { return order_ && order_->descending; }
   // The first row at or behind `from`, then from the top, whose name begins with `text` in any
   // case.
   std::optional<size_t> Find(std::string_view text, size_t from) const;
@@ -106,7 +108,8 @@ class ItemList {
   bool IsAbsent(const Item& item) const;
   bool IsFoldedAway(const Item& item) const;
   Found FoundIn(const Row& row) const;
-  bool Precedes(const Item* a, const Item* b) const;
+  int Compare(const Item& a, const Item& b) const;
+  bool Precedes(const Item& a, const Item& b) const;
   std::string NoteOf(const Item& item) const;
   std::string NoteOf(const Row& heading) const;
   std::string CountText(uint64_t count) const;
@@ -117,8 +120,7 @@ class ItemList {
   bool is_administrator_;
   std::vector<Row> rows_;
   std::array<bool, 4> is_open_{};  // by group: what is folded away is shown
-  std::optional<ItemColumn> order_;
-  bool descending_ = false;
+  std::optional<RowOrder<ItemColumn>> order_;
   std::array<Found, 30> found_{};  // by run order, from 0
   std::vector<FoundBrowser> browsers_;
   std::map<std::string, Found> of_browsers_;  // by name

@@ -52,7 +52,7 @@ std::string QuestionBefore(const RunEntries& preview, const Locale& locale,
   }
   if (files + others == 0) return {};
   const auto count = [&](uint64_t number, const char* one, const char* more) {
-    return FormatNumber(static_cast<double>(number), 0, locale) + (number == 1 ? one : more);
+    return FormatCount(number, locale) + (number == 1 ? one : more);
   };
   std::string text = wipes ? "Wipe " : "Delete ";
   if (files > 0) {

@@ -54,10 +54,6 @@ std::string BackupBrowser::DateText(int64_t filetime) const {
   return filetime == 0 ? "" : FormatDateTime(machine_.system.ToLocalTime(filetime), locale_);
 }
 
-std::string BackupBrowser::Number(uint64_t number) const {
-  return FormatNumber(static_cast<double>(number), 0, locale_);
-}
-
 void BackupBrowser::Refresh(const Pause& pause) {
   archives_.clear();
   chosen_ = 0;
@@ -109,7 +105,7 @@ void BackupBrowser::AppendLines(const std::vector<std::string>& lines) {
   const size_t shown = std::min(lines.size(), kMostLines);
   for (size_t i = 0; i < shown; ++i) outcome_ += lines[i] + "\n";
   if (const size_t more = lines.size() - shown) {
-    outcome_ += "The same goes for " + Number(more) + " more.\n";
+    outcome_ += "The same goes for " + FormatCount(more, locale_) + " more.\n";
   }
 }
 
@@ -127,9 +123,9 @@ std::string BackupBrowser::ArchiveText(size_t row, ArchiveColumn column) const {
     case ArchiveColumn::kDate:
       return FormatDateTime(info.date, locale_);
     case ArchiveColumn::kFiles:
-      return info.problem.empty() ? Number(info.entries) : "";
+      return info.problem.empty() ? FormatCount(info.entries, locale_) : "";
     case ArchiveColumn::kSize:
-      return Number(info.size);
+      return FormatCount(info.size, locale_);
     case ArchiveColumn::kState:
       return StateOf(info);
   }
@@ -142,7 +138,7 @@ std::string BackupBrowser::EntryText(size_t row, EntryColumn column) const {
     case EntryColumn::kPath:
       return entry.path;
     case EntryColumn::kSize:
-      return Number(entry.size);
+      return FormatCount(entry.size, locale_);
     case EntryColumn::kDate:
       return DateText(entry.last_write);
     case EntryColumn::kAttributes:
@@ -242,9 +238,10 @@ void BackupBrowser::Restore(std::span<const size_t> rows, std::string_view folde
   for (const size_t row : rows) order.entry_paths.push_back(entries_[row].path);
   try {
     const RestoreResult result = backups_.Restore(info->name, order, prompts, pause);
-    outcome_ = Counted(Number(result.restored), info->kind) + " restored to " +
+    outcome_ = Counted(FormatCount(result.restored, locale_), info->kind) + " restored to " +
                (folder.empty() ? info->root : order.to);
-    if (result.skipped > 0) outcome_ += ", " + Number(result.skipped) + " left as they were";
+    if (result.skipped > 0)
+      outcome_ += ", " + FormatCount(result.skipped, locale_) + " left as they were";
     outcome_ += result.cancelled ? "; stopped at your wish.\n" : ".\n";
     AppendLines(result.problems);
   } catch (const Error& error) {

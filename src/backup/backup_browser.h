@@ -96,7 +96,6 @@ class BackupBrowser {
   void OrderEntries();
   void Restore(std::span<const size_t> rows, std::string_view folder, Prompts& prompts,
                const Pause& pause);
-  std::string Number(uint64_t number) const;
   std::string DateText(int64_t filetime) const;
   void RemoveViewed();
 

@@ -192,4 +192,8 @@ std::string FormatNumber(double value, int decimals, const Locale& locale) {
   return result;
 }
 
+std::string FormatCount(uint64_t count, const Locale& locale) {
+  return GroupDigits(std::to_string(count), locale);
+}
+
 }  // namespace quellix

@@ -37,4 +37,7 @@ bool IsDateTime(std::string_view text, const Locale& locale);
 // with digit grouping.
 std::string FormatNumber(double value, int decimals, const Locale& locale);
 
+// How many there are, "1,204".
+std::string FormatCount(uint64_t count, const Locale& locale);
+
 }  // namespace quellix

@@ -57,14 +57,7 @@ void ItemView::Refresh() {
   is_moving_ = true;
   list_->Refresh();
   view_.SetRows(static_cast<int>(list_->RowCount()));
-  for (size_t i = 0; selected_ && i < list_->RowCount(); ++i) {
-    const ItemList::Row& at = list_->At(i);
-    if (at.group != selected_->group || at.item != selected_->item) continue;
-    if (at.browser != selected_->browser || at.kind != selected_->kind) continue;
-    if (at.IsHeading() != selected_->IsHeading()) continue;
-    view_.Select(i);
-    break;
-  }
+  if (const auto row = selected_ ? list_->RowLike(*selected_) : std::nullopt) view_.Select(*row);
   is_moving_ = false;
   if (!Selected()) selected_.reset();
   on_selected();

@@ -68,15 +68,18 @@ void ListView::Attach(HWND list, std::span<const Column> columns, Provider provi
 }
 
 void ListView::SetCheckBoxes(IsTicked is_ticked, Toggle toggle) {
-  is_ticked_ = std::move(is_ticked);
+  box_of_ = [is_ticked = std::move(is_ticked)](int row) {
+    return is_ticked(row) ? Box::kOn : Box::kOff;
+  };
   toggle_ = std::move(toggle);
   ListView_SetExtendedListViewStyleEx(list_, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);
   ListView_SetCallbackMask(list_, LVIS_STATEIMAGEMASK);
 }
 
 void ListView::SetBoxes(BoxOf box_of, Toggle toggle) {
-  SetCheckBoxes([](int) { return false; }, std::move(toggle));
+  SetCheckBoxes({}, std::move(toggle));
   box_of_ = std::move(box_of);
+  has_own_boxes_ = true;
 }
 
 void ListView::SetMarks(IsMarked is_marked) {
@@ -95,7 +98,7 @@ void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span
     ListView_SetColumnWidth(list_, i, Scale(columns[i].width, dpi));
   }
   heading_font_.Reset();
-  if (box_of_) {
+  if (has_own_boxes_) {
     UniqueImages boxes = MakeBoxImages(list_, dpi);
     ListView_SetImageList(list_, boxes.Get(), LVSIL_STATE);
     boxes_ = std::move(boxes);
@@ -244,9 +247,8 @@ void ListView::Answer(LVITEMW& item) const {
     if (item.mask & LVIF_TEXT) lstrcpynW(item.pszText, cell.text.c_str(), item.cchTextMax);
     if (item.mask & LVIF_IMAGE) item.iImage = cell.image;
   }
-  if ((item.mask & LVIF_STATE) && is_ticked_) {
-    const Box box = box_of_ ? box_of_(item.iItem) : is_ticked_(item.iItem) ? Box::kOn : Box::kOff;
-    item.state = INDEXTOSTATEIMAGEMASK(static_cast<UINT>(box));
+  if ((item.mask & LVIF_STATE) && box_of_) {
+    item.state = INDEXTOSTATEIMAGEMASK(static_cast<UINT>(box_of_(item.iItem)));
     item.stateMask = LVIS_STATEIMAGEMASK;
   }
 }
@@ -291,14 +293,11 @@ void ListView::ToggleRow(int row) {
 void ListView::ToggleSelected() {
   const int focused = ListView_GetNextItem(list_, -1, LVNI_FOCUSED);
   if (focused < 0) return;
-  if (box_of_) {
-    ToggleRow(focused);
-    return Refresh();
-  }
-  const bool ticked = is_ticked_(focused);
+  const Box box = box_of_(focused);
+  if (CountSelected() == 0) ToggleRow(focused);
   for (const size_t row : SelectedRows()) {
     const int index = static_cast<int>(row);
-    if (is_ticked_(index) == ticked) ToggleRow(index);
+    if (box_of_(index) == box) ToggleRow(index);
   }
   Refresh();
 }

@@ -47,9 +47,10 @@ class ListView {
 
   // `list` is an owner-data list view and outlives its use here.
   void Attach(HWND list, std::span<const Column> columns, Provider provider);
-  // Each row gets a check box. The space bar toggles all selected rows, as their focused one says.
+  // Each row gets a check box. The space bar toggles those of the selected rows that are as the
+  // focused one is.
   void SetCheckBoxes(IsTicked is_ticked, Toggle toggle);
-  // Boxes of all kinds. A row is toggled by itself, whatever else is selected.
+  // Boxes of all kinds, likewise.
   void SetBoxes(BoxOf box_of, Toggle toggle);
   // Rows whose text is painted in kMarkedRow.
   void SetMarks(IsMarked is_marked);
@@ -99,9 +100,9 @@ class ListView {
 
   HWND list_ = nullptr;
   Provider provider_;
-  IsTicked is_ticked_;
-  BoxOf box_of_;  // null for a list whose boxes are ticked or not
+  BoxOf box_of_;  // null for a list without boxes
   Toggle toggle_;
+  bool has_own_boxes_ = false;  // of all kinds, not of the list's own images
   LookOf look_of_;
   Finder finder_;
   Tip tip_;
