@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/system.h"
+#include "run/item.h"
 #include "run/row_order.h"
 #include "run/run_choice.h"
 #include "run/run_entries.h"
@@ -17,7 +18,7 @@ namespace quellix {
 // Which entries are shown: those that these items name, by run order from 0, and those of rules,
 // which no item names.
 struct EntryScope {
-  std::array<bool, 30> items{};
+  std::array<bool, kItemCount> items{};
   std::vector<std::string> rules;
   bool operator==(const EntryScope&) const = default;
 };

@@ -27,7 +27,7 @@ constexpr const char* kFirefoxError = "There was an error in cleaning the Firefo
 
 // The odd spellings of captions and messages are what users and their scripts know.
 // clang-format off
-constexpr std::array<Item, 30> kItems = {{
+constexpr std::array<Item, kItemCount> kItems = {{
     {1, 1, "chkRecycleBin", "Clean Recycle Bin", "CleanRecycleBin", kFolderFiles, kNone,
      "Recycle Bin... ", "There was an error in cleaning the Recycle Bin. ", false,
      CleanRecycleBin,

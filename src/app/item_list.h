@@ -121,7 +121,7 @@ class ItemList {
   std::vector<Row> rows_;
   std::array<bool, 4> is_open_{};  // by group: what is folded away is shown
   std::optional<RowOrder<ItemColumn>> order_;
-  std::array<Found, 30> found_{};  // by run order, from 0
+  std::array<Found, kItemCount> found_{};  // by run order, from 0
   std::vector<FoundBrowser> browsers_;
   std::map<std::string, Found> of_browsers_;  // by name
   const RunState* look_ = nullptr;

@@ -13,8 +13,8 @@ namespace {
 constexpr std::string_view kCheckStates = "chkItems.txt";
 
 // The items in the order of chkItems.txt.
-std::array<const Item*, 30> ByCheckStatePlace() {
-  std::array<const Item*, 30> result{};
+std::array<const Item*, kItemCount> ByCheckStatePlace() {
+  std::array<const Item*, kItemCount> result{};
   for (const Item& item : AllItems()) result[item.check_state_place - 1] = &item;
   return result;
 }
@@ -87,7 +87,7 @@ void Selection::LoadCheckStates(const Machine& machine) {
   unread_.reset();
   if (lines.empty()) return;
   const std::vector<std::string> fields = Split(lines.front(), ',');
-  const std::array<const Item*, 30> items = ByCheckStatePlace();
+  const std::array<const Item*, kItemCount> items = ByCheckStatePlace();
   for (size_t i = 0; i < std::min(fields.size(), items.size()); ++i) {
     const std::optional<int16_t> value = ToInt16(fields[i]);
     if (value && *value >= 0 && *value <= 2) SetChecked(*items[i], *value == 1);

@@ -57,7 +57,7 @@ class Selection {
   // Whether it is checked together with others.
   bool GoesAlong(const Item& item) const { return select_risky_ || !item.guide.is_risky; }
 
-  using Checks = std::array<bool, 30>;  // by run order, from 0
+  using Checks = std::array<bool, kItemCount>;  // by run order, from 0
   Checks checked_{};
   BrowserTicks browsers_;
   std::optional<Checks> unread_;  // as they were when the file could not be read

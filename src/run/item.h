@@ -26,7 +26,10 @@ struct ItemGuide {
   int last_windows = 0;  // the last major version that has something of it; 0: all have
 };
 
-// One of the 30 cleaning items. Texts are UTF-8 and live as long as the program.
+// Of the cleaning items: as many as chkItems.txt has always had values.
+inline constexpr size_t kItemCount = 30;
+
+// One of the cleaning items. Texts are UTF-8 and live as long as the program.
 struct Item {
   int run_order;          // 1 to 30
   int check_state_place;  // 1 to 30, place in chkItems.txt

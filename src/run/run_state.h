@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "run/item.h"
 #include "run/run_choice.h"
 #include "run/run_entries.h"
 #include "run/run_parts.h"
@@ -48,9 +49,9 @@ struct RunTotals : ItemTotals {
   double MozillaFilesDeleted = 0;
   double MozillaSpaceGained = 0;  // bytes
 
-  std::array<Outcome, 30> Outcomes{};  // by run order, from 0
-  std::string SettingsProblem;         // why LastCleaned could not be stored, said once
-  std::string BackupDrive;             // letter of the archive that is open, "" for none
+  std::array<Outcome, kItemCount> Outcomes{};  // by run order, from 0
+  std::string SettingsProblem;                 // why LastCleaned could not be stored, said once
+  std::string BackupDrive;                     // letter of the archive that is open, "" for none
   std::string RunLog;
 };
 

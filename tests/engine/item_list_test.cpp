@@ -158,7 +158,8 @@ TEST_F(ItemListTest, ALookThatWasStoppedIsToldAsAPartAndAFoldAsWhatItHides) {
     EXPECT_TRUE(list.Summary().ends_with(" found so far")) << list.Summary();
   }
   const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 1});
-  const std::array<bool, 30> hidden = list.ScopeOf(fold).items, all = list.ScopeOf(fold - 6).items;
+  const std::array<bool, kItemCount> hidden = list.ScopeOf(fold).items,
+                                     all = list.ScopeOf(fold - 6).items;
   EXPECT_EQ(std::ranges::count(hidden, true), 1);
   EXPECT_TRUE(hidden[FindItem("CleanInstallMRU")->run_order - 1]);
   EXPECT_EQ(std::ranges::count(all, true), 6);
