@@ -203,6 +203,9 @@ class FileSystem {
   // Null when it is missing; throws Error (kDenied) when it is a link or may not be opened,
   // (kOther) for a file. A trailing "\" is accepted.
   virtual std::unique_ptr<Folder> OpenFolder(std::string_view path) = 0;
+  // The same, but of a link to a folder what it leads to, where this machine can follow it: to know
+  // what that is, not to work in it.
+  virtual std::unique_ptr<Folder> OpenLinked(std::string_view path) { return OpenFolder(path); }
 
   // The entry itself, a link not followed; nothing when it is missing or unreachable. A trailing
   // "\" is accepted for folders.

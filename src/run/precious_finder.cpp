@@ -60,8 +60,13 @@ std::unique_ptr<Folder> PreciousFinder::Open(std::string_view path) {
   }
 }
 
+// Of a link what it leads to: someone may come there by another path.
 void PreciousFinder::Note(std::string_view path, Kind kind) {
-  if (const auto folder = Open(path)) places_.Note(*folder, kind);
+  try {
+    const auto folder = path.empty() ? nullptr : machine_.files.OpenLinked(path);
+    if (folder) places_.Note(*folder, kind);
+  } catch (const Error&) {  // nothing else can open it either
+  }
 }
 
 void PreciousFinder::NoteIn(Folder* folder, std::initializer_list<const char*> names, Kind kind) {

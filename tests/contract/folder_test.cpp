@@ -74,6 +74,14 @@ TEST_F(FolderContract, AnIdentityIsTheSameByEveryWayToIt) {
       inner->Id(), *folder->IdOf("inner"), folder_->OpenFolder("A long folder name\\Inner")->Id(),
       files_.OpenFolder(At("a long folder NAME\\inner\\"))->Id(),
       files_.OpenFolder(test_->ShortName(At("A long folder name\\Inner")))->Id()};
+  test_->MakeFolderLink(At("link"), At("A long folder name\\Inner"));
+  for (const char* name : {"LINK", "link\\", "A long folder name\\inner"}) {
+    const auto linked = files_.OpenLinked(At(name));
+    EXPECT_EQ(linked->Id(), kWays[0]) << name;
+    EXPECT_EQ(linked->Above()[0], folder->Id()) << name;
+  }
+  EXPECT_FALSE(files_.OpenLinked(At("missing")));
+  EXPECT_TRUE(KindOf([&] { files_.OpenLinked(At("second.txt")); }));
   for (const FileId& id : kWays) {
     EXPECT_TRUE(id.is_known());
     EXPECT_EQ(id, kWays[0]) << &id - kWays;

@@ -87,6 +87,7 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
   const std::string profile = ports.system.Environment("USERPROFILE").value();
   const std::string listed = scratch + "listed", moved = profile + "\\Qx moved";
   const std::string cloud = profile + "\\OneDrive - Qx", games = profile + "\\Saved Games";
+  const std::string link = profile + "\\Qx link", aside = scratch + "Qx\\videos";
   const std::string other = std::string(FolderPart(profile)) + "Somebody Else";
   const std::pair<const char*, Names> kRows[] = {
       {"",
@@ -96,7 +97,9 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
         profile + "|ntuser.dat{1}.TM.blf", other + "||*.*", listed + "||*.*",
         ports.program_folder + "|qx.log", scratch + "|UsrClass.dat"}},
       {"I", {system + "\\Qx||*.spl"}},
-      {"O", {games + "||*.*", games + "||*.log", cloud + "||*.*", moved + "||*.*"}},
+      {"O",
+       {games + "||*.*", games + "||*.log", cloud + "||*.*", moved + "||*.*", aside + "||*.*",
+        scratch + "Qx||*.*"}},
       {"IRO",
        {windows + "|MEMORY.DMP", windows + "|*.log", windows + "|qx.zzz",
         system + "\\LogFiles\\Qx||*.*", root + "|qx.zzz", profile + "|qx.dat", other + "\\Qx||*.*",
@@ -104,6 +107,9 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
   const std::string list = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-9";
   machine->SetText(RegistryRoot::kLocalMachine, list, "ProfileImagePath", listed);
   machine->SetText(kUser, kShellFolders, kDownloads, "%USERPROFILE%\\Qx moved");
+  machine->MakeFolder(aside);
+  machine->MakeFolderLink(link, aside);
+  machine->SetText(RegistryRoot::kLocalMachine, kShellFolders, "CommonVideo", link);
   const bool had_boot_file = machine->Exists(root + "bootmgr");
   if (!had_boot_file) machine->MakeFile(root + "bootmgr", "1");
   for (const std::string& folder : {system + "\\Qx", config + "\\Qx", system + "\\LogFiles\\Qx",
@@ -117,7 +123,7 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
       const std::string at = row.substr(0, row.find('|'));
       const auto folder = ports.files.OpenFolder(at);
       EXPECT_EQ(WhoMay(places, *folder, row.substr(at.size() + 1)), who);
-      const bool is_personal = at == games || at == cloud || at == moved;
+      const bool is_personal = at == games || at == cloud || at == moved || at == aside;
       EXPECT_EQ(places.IsPersonal(*folder), is_personal);
       EXPECT_EQ(places.IsSpared(folder->Id()),
                 !is_personal && at != scratch && !at.ends_with("\\Qx"));
@@ -127,6 +133,9 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
   }
   machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, list);
   ports.registry.Open(kUser, kShellFolders, RegistryAccess::kWrite)->DeleteValue(kDownloads);
+  ports.registry.Open(RegistryRoot::kLocalMachine, kShellFolders, RegistryAccess::kWrite)
+      ->DeleteValue("CommonVideo");
+  ports.files.RemoveFolder(link);
   if (!had_boot_file) ports.files.RemoveFile(root + "bootmgr");
 }
 

@@ -27,6 +27,9 @@ class PreviewFileSystem : public FileSystem {
   PreviewFileSystem(FileSystem& inner, Shell& shell) : inner_(inner), shell_(shell) {}
 
   std::unique_ptr<Folder> OpenFolder(std::string_view path) override;
+  std::unique_ptr<Folder> OpenLinked(std::string_view path) override {
+    return inner_.OpenLinked(path);
+  }
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
   bool IsGone(std::string_view path) override;
   std::optional<std::string> ReadWholeFile(std::string_view path,

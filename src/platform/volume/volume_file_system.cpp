@@ -52,6 +52,16 @@ std::unique_ptr<Folder> VolumeFileSystem::OpenFolder(std::string_view path) {
   return nullptr;
 }
 
+std::unique_ptr<Folder> VolumeFileSystem::OpenLinked(std::string_view path) {
+  UniqueFd folder;
+  Located entry;
+  if (!Find(path, folder, entry)) return nullptr;
+  UniqueFd linked(openat(folder.get(), entry.name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!linked) ThrowErrno(errno, path);
+  return std::make_unique<VolumeFolder>(*this, *Parse(path)->drive, std::move(linked),
+                                        std::string(WithoutBackslash(path)));
+}
+
 // False with the reason in errno. The folder is the one the entry was found in.
 bool VolumeFileSystem::Find(std::string_view path, UniqueFd& folder, Located& entry) {
   const auto parts = Parse(path);

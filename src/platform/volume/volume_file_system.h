@@ -18,13 +18,15 @@ namespace quellix {
 inline constexpr char kSettingsDrive = '@';
 
 // The files of a mounted Windows volume: each drive letter is a folder of this system. Nothing is
-// reached through a link or a mount point, wherever it stands.
+// reached through a link or a mount point, wherever it stands, but for OpenLinked.
 class VolumeFileSystem : public FileSystem {
  public:
   // Upper-case letters and their folders. Throws Error when one cannot be opened.
   explicit VolumeFileSystem(const std::map<char, std::string>& drives);
 
   std::unique_ptr<Folder> OpenFolder(std::string_view path) override;
+  // May lead out of the volume, as the driver shows the link.
+  std::unique_ptr<Folder> OpenLinked(std::string_view path) override;
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
   // Only the running Windows knows other drives, the network, what stands behind a link, variables
   // and short names.

@@ -22,6 +22,14 @@ std::unique_ptr<Folder> Win32FileSystem::OpenFolder(std::string_view path) {
   return std::make_unique<Win32Folder>(std::move(folder), std::string(path), com_);
 }
 
+std::unique_ptr<Folder> Win32FileSystem::OpenLinked(std::string_view path) {
+  const auto wide = ToWidePath(path);
+  if (!wide) return nullptr;
+  UniqueFile folder = OpenFolderIn({}, NtPath(*wide), path, {.options = 0});
+  if (!folder) return nullptr;
+  return std::make_unique<Win32Folder>(std::move(folder), std::string(path), com_);
+}
+
 std::optional<Win32Folder> Win32FileSystem::OpenFolderAbove(std::string_view path) {
   const std::string_view above = FolderPart(path);
   const auto wide = ToWidePath(above);

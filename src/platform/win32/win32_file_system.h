@@ -15,6 +15,7 @@ class Win32FileSystem : public FileSystem {
   explicit Win32FileSystem(Win32Com& com) : com_(com) {}
 
   std::unique_ptr<Folder> OpenFolder(std::string_view path) override;
+  std::unique_ptr<Folder> OpenLinked(std::string_view path) override;
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
   bool IsGone(std::string_view path) override;
   std::optional<std::string> ReadWholeFile(std::string_view path, uint64_t limit) override;
