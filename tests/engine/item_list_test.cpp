@@ -173,22 +173,25 @@ class ItemListBrowserTest : public BrowserFixture {
     while (list.At(row).browser != 0 || list.At(row).kind != kind) ++row;
     return row;
   }
+  void SetUp() override {
+    machine->MakeFile(chrome + "\\Default\\Preferences", "{}");
+    machine->MakeFile(chrome + "\\Local State", "{}");
+    machine->MakeFile(cached, "12345");
+    machine->MakeFile(firefox + "\\Profiles\\x\\prefs.js", "");
+    Preferences preferences;
+    preferences.select_risky = false;
+    engine.selection().ApplyProtection(preferences);
+    heading = list.RowCount();
+    list.SetBrowsers(FindBrowsers(ports));
+    cache = RowOf(list, 0);
+  }
   const std::string cached = chrome + "\\Default\\Cache\\Cache_Data\\f_000001";
+  ItemList list{ports, engine.selection()};
+  size_t heading = 0, cache = 0;  // rows
 };
 
-TEST_F(ItemListBrowserTest, BrowsersStandBehindTheItemsAndGoWithARun) {
-  machine->MakeFile(chrome + "\\Default\\Preferences", "{}");
-  machine->MakeFile(chrome + "\\Local State", "{}");
-  machine->MakeFile(cached, "12345");
-  machine->MakeFile(firefox + "\\Profiles\\x\\prefs.js", "");
-  Preferences preferences;
-  preferences.select_risky = false;
-  engine.selection().ApplyProtection(preferences);
-  ItemList list(ports, engine.selection());
-  const size_t items = list.RowCount();
-  list.SetBrowsers(FindBrowsers(ports));
+TEST_F(ItemListBrowserTest, BrowsersStandBehindTheItemsAndAreTickedLikeThem) {
   ASSERT_EQ(list.browsers().size(), 1u) << "Firefox has its items";
-  const size_t heading = items, cache = RowOf(list, 0);
   EXPECT_EQ(list.Text(heading, ItemColumn::kName), "Google Chrome");
   EXPECT_EQ(list.Text(cache, ItemColumn::kName), "Cache");
   EXPECT_TRUE(list.At(heading).IsHeading());
@@ -203,9 +206,12 @@ TEST_F(ItemListBrowserTest, BrowsersStandBehindTheItemsAndGoWithARun) {
   list.TickAll(true);
   EXPECT_EQ(list.Text(heading, ItemColumn::kNote), "3 of 7 ticked");
   list.TickAll(false);
+  EXPECT_EQ(list.Summary(), "Nothing is ticked");
+}
+
+TEST_F(ItemListBrowserTest, WhatIsTickedOfABrowserGoesWithARun) {
   list.Toggle(cache);
   EXPECT_EQ(list.Summary(), "1 item");
-
   PreviewRun preview(ports, view);
   list.BeginLook(preview.state());
   preview.Run(engine.selection());

@@ -169,12 +169,15 @@ TEST_F(RunRecordsTest, WhatARunRecycledComesBackAndNothingIsReplaced) {
     ports.files.RemoveFolder(folder);
   }
   ports.files.RemoveFolder("C:\\$Recycle.Bin");
+}
 
+TEST_F(RunRecordsTest, ARunThatRecycledIsUndone) {
   machine->MakeFile(temp + "a.tmp", "12345");
   CleanTemp("[General]\r\nDelMethod=R\r\n");
   EXPECT_FALSE(machine->Exists(temp + "a.tmp"));
   // The bin of a system that stands in for Windows is of another kind.
   if (!machine->Exists("C:\\$Recycle.Bin")) return;
+  NoPrompts prompts;
   EXPECT_EQ(UndoRun(ports, *engine.state().Entries, prompts, {}).restored, 1u);
   EXPECT_EQ(ports.files.ReadWholeFile(temp + "a.tmp"), "12345");
 }
@@ -311,6 +314,17 @@ TEST_F(EntryListTest, SortsAndFiltersByWhatItsColumnsMean) {
   EXPECT_EQ(list.Summary(), "0 entries to be removed, 0 Bytes; 1 will stay; 1 kept.");
 }
 
+// "[folder, count] " of a heading, of others their bytes.
+std::string RowTexts(const EntryList& list) {
+  std::string text;
+  for (size_t row = 0; row < list.RowCount(); ++row) {
+    text += (list.IsHeading(row) ? "[" + list.Text(row, RunColumn::kPlace) + ", " +
+                                       list.Text(row, RunColumn::kKind) + "] "
+                                 : std::to_string(list.At(row).bytes) + " ");
+  }
+  return text;
+}
+
 TEST_F(RunRecordsTest, TheListGrowsGroupsByFolderAndShowsWhatItemsName) {
   const auto entries = std::make_shared<RunEntries>();
   const auto add = [&](int item, uint64_t bytes, const char* place, Fate fate = Fate::kRemoved) {
@@ -319,15 +333,7 @@ TEST_F(RunRecordsTest, TheListGrowsGroupsByFolderAndShowsWhatItemsName) {
   };
   add(10, 5, "C:\\t\\b.tmp");
   EntryList list(ports.system, entries, true);
-  const auto rows = [&list] {
-    std::string text;
-    for (size_t row = 0; row < list.RowCount(); ++row) {
-      text += (list.IsHeading(row) ? "[" + list.Text(row, RunColumn::kPlace) + ", " +
-                                         list.Text(row, RunColumn::kKind) + "] "
-                                   : std::to_string(list.At(row).bytes) + " ");
-    }
-    return text;
-  };
+  const auto rows = [&list] { return RowTexts(list); };
   list.Sort(RunColumn::kPlace);
   add(10, 3, "C:\\T\\a.tmp");
   add(1, 9, "C:\\other\\z.tmp");
