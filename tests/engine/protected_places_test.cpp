@@ -87,7 +87,7 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
   const std::string profile = ports.system.Environment("USERPROFILE").value();
   const std::string listed = scratch + "listed", moved = profile + "\\Qx moved";
   const std::string cloud = profile + "\\OneDrive - Qx", games = profile + "\\Saved Games";
-  const std::string link = profile + "\\Qx link", aside = scratch + "Qx\\videos";
+  const std::string link = scratch + "way", aside = scratch + "Qx\\videos";
   const std::string other = std::string(FolderPart(profile)) + "Somebody Else";
   const std::pair<const char*, Names> kRows[] = {
       {"",
