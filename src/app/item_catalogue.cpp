@@ -61,8 +61,9 @@ constexpr std::array<Item, kItemCount> kItems = {{
     {7, 10, "chkRecentDocument", "Clean Recent documents", "CleanRecentDocs", kFolderFiles, kNone,
      "Recent documents... ", "There was an error in cleaning Recent Documents. ", false,
      CleanRecentDocuments,
-     {"The shortcuts in the folder of recent documents, and their list in the registry. "
-      "The documents stay."}},
+     {"The shortcuts in the folder of recent documents, jump lists, and the lists of recent "
+      "documents and of the dialogs that open and save files in the registry. The documents stay, "
+      "and so do jump lists with pinned entries where KeepPins=1 of Settings.ini says so."}},
     {8, 11, "chkPrinter", "Clean Residual printer files", "CleanPrinter", kFolderFiles, kNone,
      "Residual printer files... ", "There was an error in cleaning Residual Printer Files. ",
      false, CleanPrinterFiles,

@@ -1,6 +1,10 @@
 #include "cleaners/folder_cleaners.h"
 
+#include <utility>
+
+#include "cleaners/jump_list.h"
 #include "cleaners/skeleton.h"
+#include "cleaners/user_lists.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -8,6 +12,7 @@
 #include "run/run_limits.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
+#include "settings/numbers.h"
 
 namespace quellix {
 namespace {
@@ -20,6 +25,20 @@ constexpr const char* kActiveXCache =
     "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ActiveX Cache\\";
 constexpr const char* kRecentDocs =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs\\";
+constexpr const char* kKeepPins = "KeepPins=1 of Settings.ini";
+
+// The lists by kind of file, and those of the dialogs that open and save files. Before Windows 8
+// they stay, as users of older versions know it.
+constexpr std::pair kWindows8(6, 2);
+constexpr const char* kTodaysRecentLists[] = {
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs\\*",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\OpenSavePidlMRU",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\OpenSavePidlMRU\\*",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\LastVisitedPidlMRU",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\LastVisitedPidlMRULegacy",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\CIDSizeMRU",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\FirstFolder",
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StreamMRU"};
 
 void BeginFiles(CleaningContext& context, const Item& item) {
   BeginItem(context, item);
@@ -31,12 +50,38 @@ void EndFiles(CleaningContext& context, const Item& item) {
   AppendFilesLine(context, item);
 }
 
-// An item that is one folder.
+// An item that is one folder with all that is in it.
 void CleanOneFolder(CleaningContext& context, const Item& item, std::string_view folder,
-                    std::string_view mask, FoldersPass folders_pass) {
+                    const Stays& stays = {}) {
   BeginFiles(context, item);
-  CleanFolder(context, folder, mask, folders_pass);
+  CleanFolder(context, folder, "*.*", FoldersPass::kYes, Claim::kItem, stays);
   EndFiles(context, item);
+}
+
+// Says how Windows shows the folder, and is no trace.
+bool IsDesktopIni(std::string_view path) { return EqualsNoCase(NamePart(path), "desktop.ini"); }
+
+// Whether a jump list stays for its pinned entries, which then is noted. What does not tell, or
+// cannot be read, may have some.
+bool StaysForItsPins(CleaningContext& context, std::string_view path) {
+  if (!IsJumpList(NamePart(path))) return false;
+  try {
+    const std::optional<std::string> bytes = context.machine.files.ReadWholeFile(path);
+    if (!bytes || PinsOf(NamePart(path), *bytes) == Pins::kNone) return false;
+  } catch (const Error&) {  // then it is not removed either
+  }
+  NoteEntry(context.state, {.fate = Fate::kKept, .place = std::string(path), .note = kKeepPins});
+  return true;
+}
+
+void ClearRecentLists(CleaningContext& context) {
+  UserLists lists(context);
+  lists.AddValues(kRecentDocs);
+  const WindowsVersion version = context.machine.system.Version();
+  if (std::pair(version.major, version.minor) >= kWindows8) {
+    for (const char* key : kTodaysRecentLists) lists.AddToday(key);
+  }
+  lists.Erase();
 }
 
 std::string WindowsDrive(CleaningContext& context) {
@@ -96,7 +141,7 @@ std::vector<std::string> DumpFolders(CleaningContext& context) {
 }  // namespace
 
 void CleanTempFiles(CleaningContext& context, const Item& item) {
-  CleanOneFolder(context, item, context.machine.system.TempFolder(), "*.*", FoldersPass::kYes);
+  CleanOneFolder(context, item, context.machine.system.TempFolder());
 }
 
 void CleanMemoryDumps(CleaningContext& context, const Item& item) {
@@ -125,20 +170,32 @@ void CleanPrinterFiles(CleaningContext& context, const Item& item) {
 
 void CleanRecentDocuments(CleaningContext& context, const Item& item) {
   BeginFiles(context, item);
+  const bool keeps_pins = ToNumber(context.settings.ReadIniValue("General", "KeepPins", "0")) == 1;
+  size_t pinned = 0;
+  const auto stays = [&](std::string_view path) {
+    if (IsDesktopIni(path)) return true;
+    const bool has_pins = keeps_pins && StaysForItsPins(context, path);
+    pinned += has_pins ? 1 : 0;
+    return has_pins;
+  };
   CleanFolder(context, FolderFromRegistry(context, kCurrentUser, kShellFolders, "Recent"), "*.*",
-              FoldersPass::kNo);
-  ClearUserKey(context, kRecentDocs);
+              FoldersPass::kNo, Claim::kItem, stays);
+  ClearRecentLists(context);
   EndFiles(context, item);
+  if (pinned > 0) {
+    context.state.RunLog +=
+        "Jump lists that stay with their pinned entries: " + std::to_string(pinned) + "\r\n";
+  }
 }
 
 void CleanActiveX(CleaningContext& context, const Item& item) {
   CleanOneFolder(context, item, FolderFromRegistry(context, kLocalMachine, kActiveXCache, "0"),
-                 "*.*", FoldersPass::kYes);
+                 IsDesktopIni);
 }
 
 void CleanOfflinePages(CleaningContext& context, const Item& item) {
   CleanOneFolder(context, item, context.machine.system.WindowsFolder() + "\\Offline Web Pages\\",
-                 "*.*", FoldersPass::kYes);
+                 IsDesktopIni);
 }
 
 // There is no search drive by drive, as in the recycle bin and the indexer: it was tied to a drive

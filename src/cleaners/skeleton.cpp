@@ -97,9 +97,10 @@ void DropFiles(PathList& files, const Stays& stays) {
 }
 
 void CleanFolder(CleaningContext& context, std::string_view path, std::string_view mask,
-                 FoldersPass folders_pass, Claim claim) {
-  const FileList list = CollectAllowed(context, path, mask, claim);
+                 FoldersPass folders_pass, Claim claim, const Stays& stays) {
+  FileList list = CollectAllowed(context, path, mask, claim);
   if (!list.folder) return;
+  if (stays) DropFiles(list.PendingFiles, stays);
   RemovePendingFiles(context, list);
   if (folders_pass == FoldersPass::kYes) RemovePendingFolders(context, list);
 }

@@ -60,10 +60,10 @@ void DropFiles(PathList& files, const Stays& stays);
 
 enum class FoldersPass { kNo, kYes };
 
-// Collects so and removes what was collected; with the folders pass also the sub-folders left
-// empty.
+// Collects so and removes what was collected, but for what `stays`; with the folders pass also the
+// sub-folders left empty.
 void CleanFolder(CleaningContext& context, std::string_view path, std::string_view mask,
-                 FoldersPass folders_pass, Claim claim = Claim::kItem);
+                 FoldersPass folders_pass, Claim claim = Claim::kItem, const Stays& stays = {});
 
 // Removes the folder itself when nothing is left in it; a failure is no error.
 void RemoveEmptyFolder(CleaningContext& context, std::string_view folder);

@@ -1,6 +1,8 @@
 // Where Windows and Office of today keep what the items clean, beside what must stay there.
 #include "app/preview_run.h"
 #include "cleaners/cookie_lists.h"
+#include "cleaners/jump_list.h"
+#include "support/jump_list_bytes.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -41,16 +43,25 @@ class TodaysPlacesTest : public RunFixture {
     return place.place.substr(place.place.find('|') + 1);
   }
 
+  bool IsSinceWindows8() {
+    const WindowsVersion version = ports.system.Version();
+    return std::pair(version.major, version.minor) >= std::pair(6, 2);
+  }
+
   bool IsThere(const Place& place) {
     if (!IsValue(place)) return machine->Exists(place.place);
     const auto key = ports.registry.Open(kUser, KeyOf(place), RegistryAccess::kRead);
     return key && key->QueryValue(NameOf(place));
   }
 
-  void Seed(const std::vector<Place>& places) {
+  void RemoveKeys(const std::vector<Place>& places) {
     for (const Place& place : places) {
       if (IsValue(place)) machine->RemoveRegistryTree(kUser, KeyOf(place));
     }
+  }
+
+  void Seed(const std::vector<Place>& places) {
+    RemoveKeys(places);
     for (const Place& place : places) {
       if (IsValue(place)) {
         const bool is_text = place.type == kRegSz;
@@ -82,6 +93,7 @@ class TodaysPlacesTest : public RunFixture {
       EXPECT_EQ(IsThere(place), !place.goes) << place.place;
       if (!IsValue(place) && !place.goes) ports.files.RemoveFile(place.place);
     }
+    RemoveKeys(places);  // other tests count what is in them
   }
 
   std::string windows, local;
@@ -188,6 +200,139 @@ TEST_F(TodaysPlacesTest, CookiesButThoseThatAreKept) {
   EXPECT_EQ(CookieLists(ports).kept().size(), 1u);
   machine->MakeFile(scratch + "cookies\\ABC.cookie", "");
   EXPECT_EQ(CookieLists(ports).on_machine(), Names{scratch + "cookies\\ABC.cookie"});
+}
+
+constexpr uint32_t kFree = 0xFFFFFFFF;
+constexpr const char* kAutomatic = "a.automaticDestinations-ms";
+constexpr const char* kCustom = "c.customDestinations-ms";
+
+std::string AutomaticList(uint32_t version, std::vector<uint32_t> pins, uint32_t pinned = 0) {
+  return CompoundBytes("DestList", DestinationList(version, pins, pinned));
+}
+
+// With categories behind the header, each with its end.
+std::string CustomList(std::initializer_list<std::string> categories) {
+  std::string bytes = Little(2, 4) + Little(categories.size(), 4) + Little(0, 4);
+  for (const std::string& category : categories) bytes += category + Little(0xBABFFBAB, 4);
+  return bytes;
+}
+
+TEST(JumpListTest, APinIsSeenWhereverItStandsAndWhatDoesNotTellIsUnknown) {
+  const std::string plain = AutomaticList(4, {kFree, kFree});
+  const auto changed = [&plain](size_t at, const std::string& bytes) {
+    return std::string(plain).replace(at, bytes.size(), bytes);
+  };
+  const std::string frequent = Little(1, 4) + Little(1, 4), tasks = Little(2, 4) + Little(0, 4),
+                    named = Little(0, 4) + Little(2, 2) + ToUtf16Bytes("ab");
+  const struct {
+    const char* what;
+    const char* name;
+    std::string file;
+    Pins pins;
+  } kRows[] = {
+      {"an empty file", kAutomatic, "", Pins::kNone},
+      {"an empty list", kAutomatic, CompoundBytes("DestList", ""), Pins::kNone},
+      {"no entries", kAutomatic, AutomaticList(4, {}), Pins::kNone},
+      {"of today", kAutomatic, plain, Pins::kNone},
+      {"of Windows 7", kAutomatic, AutomaticList(1, {kFree, kFree, kFree}), Pins::kNone},
+      {"a long one", kAutomatic, AutomaticList(3, std::vector(60, kFree)), Pins::kNone},
+      {"the first is pinned", kAutomatic, AutomaticList(4, {0, kFree}, 1), Pins::kSome},
+      {"the last of Windows 7", kAutomatic, AutomaticList(1, {kFree, 1}), Pins::kSome},
+      {"the last of a long one", kAutomatic,
+       [] {
+         std::vector<uint32_t> pins(60, kFree);
+         pins.back() = 7;
+         return AutomaticList(4, pins);
+       }(),
+       Pins::kSome},
+      {"only the header tells", kAutomatic, AutomaticList(4, {kFree}, 1), Pins::kSome},
+      {"no list", kAutomatic, CompoundBytes("Dest", "x"), Pins::kUnknown},
+      {"text", kAutomatic, std::string(2000, 'x'), Pins::kUnknown},
+      {"cut off", kAutomatic, plain.substr(0, 2048), Pins::kUnknown},
+      {"only a header", kAutomatic, plain.substr(0, 512), Pins::kUnknown},
+      {"the table leads around", kAutomatic, changed(512 + 4, Little(1, 4)), Pins::kUnknown},
+      {"short pieces lead around", kAutomatic, changed(1536 + 4, Little(0, 4)), Pins::kUnknown},
+      {"tables lead around", kAutomatic, changed(68, Little(3, 4)), Pins::kUnknown},
+      {"a sector far behind", kAutomatic, changed(48, Little(0xFFFFFF00, 4)), Pins::kUnknown},
+      {"huge sectors", kAutomatic, changed(30, Little(31, 2)), Pins::kUnknown},
+      {"a longer stream", kAutomatic, changed(1024 + 248, Little(4000, 4)), Pins::kUnknown},
+      {"more entries than there are", kAutomatic,
+       CompoundBytes("DestList", DestinationList(4, std::vector(1, kFree), 0).substr(0, 160)),
+       Pins::kUnknown},
+      {"something behind the entries", kAutomatic,
+       CompoundBytes("DestList", DestinationList(4, std::vector(1, kFree), 0) + "x"),
+       Pins::kUnknown},
+      {"an empty custom file", kCustom, "", Pins::kNone},
+      {"no categories", kCustom, CustomList({}), Pins::kNone},
+      {"none with entries", kCustom, CustomList({frequent, tasks, named + Little(0, 4)}),
+       Pins::kNone},
+      {"with entries", kCustom, CustomList({frequent, named + Little(1, 4) + "link"}),
+       Pins::kUnknown},
+      {"with tasks", kCustom, CustomList({Little(2, 4) + Little(1, 4) + "link"}), Pins::kUnknown},
+      {"fewer categories", kCustom, Little(2, 4) + Little(9, 4) + Little(0, 4), Pins::kUnknown},
+      {"another form", kCustom, Little(3, 4) + Little(0, 8), Pins::kUnknown},
+  };
+  for (const auto& row : kRows) EXPECT_EQ(PinsOf(row.name, row.file), row.pins) << row.what;
+  EXPECT_TRUE(IsJumpList("5F7B.AutomaticDestinations-ms"));
+  EXPECT_FALSE(IsJumpList("automaticDestinations-ms.lnk"));
+}
+
+TEST_F(TodaysPlacesTest, RecentDocumentsWithTheirListsAndJumpListsButPinnedOnes) {
+  const std::string explorer = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
+  machine->SetText(kUser, explorer + "Shell Folders", "Recent", scratch + "recent");
+  const std::string recent = scratch + "recent\\", lists = recent + "AutomaticDestinations\\",
+                    custom = recent + "CustomDestinations\\", dialogs = explorer + "ComDlg32\\";
+  const bool is_new = IsSinceWindows8();
+  for (const bool keeps : {false, true}) {
+    SCOPED_TRACE(keeps);
+    WriteSettings(std::string("[General]\r\nKeepPins=") + (keeps ? "1" : "0") + "\r\n");
+    Check("CleanRecentDocs",
+          {{recent + "letter.lnk", kGoes},
+           {recent + "Desktop.ini", kStays},
+           {lists + "1.automaticDestinations-ms", kGoes, AutomaticList(4, {kFree})},
+           {lists + "2.automaticDestinations-ms", !keeps, AutomaticList(4, {kFree, 0}, 1)},
+           {lists + "3.automaticDestinations-ms", !keeps, "damaged"},
+           {lists + "desktop.ini", kStays},
+           {custom + "4.customDestinations-ms", kGoes, CustomList({})},
+           {custom + "5.customDestinations-ms", !keeps, CustomList({Little(2, 4) + Little(1, 4)})},
+           {explorer + "RecentDocs|0", kGoes},
+           {explorer + "RecentDocs\\.txt|0", is_new, std::string(700, 'd'), kRegBinary},
+           {explorer + "RecentDocs\\Folder|MRUListEx", is_new},
+           {dialogs + "OpenSavePidlMRU|0", is_new, std::string(700, 'd'), kRegBinary},
+           {dialogs + "OpenSavePidlMRU\\txt|0", is_new},
+           {dialogs + "LastVisitedPidlMRU|0", is_new},
+           {dialogs + "CIDSizeMRU|0", is_new},
+           {dialogs + "Settings|0", kStays},
+           {explorer + "StreamMRU|0", is_new},
+           {explorer + "Streams|0", kStays}});
+    const bool tells =
+        log.find("Jump lists that stay with their pinned entries: 3\r\n") != log.npos;
+    EXPECT_EQ(tells, keeps) << log;
+    EXPECT_TRUE(
+        Holds(log, std::string("Recent documents... Files Deleted: ") + (keeps ? "3" : "6")));
+  }
+}
+
+TEST_F(TodaysPlacesTest, BeforeWindows8TheListsByKindOfFileStay) {
+  // A volume takes its version from the registry; a running Windows has the one it has.
+  constexpr const char* kVersion = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+  for (const auto& [name, number] : {std::pair("Major", '\6'), std::pair("Minor", '\1')}) {
+    machine->SetRegistryValue(RegistryRoot::kLocalMachine, kVersion,
+                              std::string("Current") + name + "VersionNumber",
+                              {kRegDword, {number, 0, 0, 0}});
+  }
+  const std::string recent = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs";
+  Check("CleanRecentDocs", {{recent + "|0", kGoes}, {recent + "\\.txt|0", IsSinceWindows8()}});
+}
+
+TEST_F(TodaysPlacesTest, HowAFolderLooksIsNoTrace) {
+  machine->SetText(RegistryRoot::kLocalMachine,
+                   "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ActiveX Cache",
+                   "0", scratch + "ocx");
+  Check("CleanActiveX", {{scratch + "ocx\\DESKTOP.INI", kStays}, {scratch + "ocx\\x.ocx", kGoes}});
+  const std::string pages = windows + "Offline Web Pages\\";
+  Check("CleanOffline", {{pages + "desktop.ini", kStays}, {pages + "sub\\page.htm", kGoes}});
+  Check("CleanTempFiles", {{temp + "desktop.ini", kGoes}});
 }
 
 }  // namespace
