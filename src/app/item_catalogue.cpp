@@ -102,7 +102,7 @@ constexpr std::array<Item, kItemCount> kItems = {{
     {15, 19, "chkClipBoard", "Clean Windows clipboard", "CleanClipboard", kMiscellaneous, kNone,
      "Windows Clipboard...", "There was an error in cleaning the Clipboard", false,
      CleanClipboard,
-     {"What was copied last."}},
+     {"What was copied last, and the clipboard's history but for what is pinned there."}},
     {16, 5, "chkRunMRU", "Clean Windows run history", "CleanRunMRU", kMiscellaneous, kNone,
      "Windows run history... ", "There was an error in cleaning the Run MRU. ", true,
      CleanRunHistory,

@@ -48,7 +48,7 @@ class Shell {
   // Forgets the addresses visited with Internet Explorer. Throws Error (NotAvailable for a volume).
   virtual void ClearAddressHistory() = 0;
 
-  // Empties the clipboard of all formats. Throws Error (NotAvailable for a volume).
+  // Empties the clipboard and, where it can be, its history. Throws Error (NotAvailable: a volume).
   virtual void EmptyClipboard() = 0;
 
   // Throws NotAvailable, as Folder::Recycle, ClearAddressHistory and EmptyClipboard would, when

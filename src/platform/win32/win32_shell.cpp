@@ -10,6 +10,7 @@
 
 #include <string>
 
+#include "platform/win32/clipboard_history.h"
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
@@ -105,6 +106,8 @@ void Win32Shell::EmptyClipboard() {
   const DWORD code = GetLastError();
   CloseClipboard();
   if (!emptied) throw WindowsError(code, "empty", "the clipboard");
+  com_.Start();
+  ClearClipboardHistory();
 }
 
 void Win32Shell::ShowProperties(std::string_view path) {
