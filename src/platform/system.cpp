@@ -23,17 +23,21 @@ int64_t FromLocalTime(System& system, const LocalTime& time) {
   return result;
 }
 
-std::string ExpandEnvironment(System& system, std::string_view text) {
+std::string ExpandVariables(std::string_view text, const VariableValue& value_of) {
   std::string result;
   for (;;) {
     const size_t start = text.find('%');
     const size_t end = start == text.npos ? text.npos : text.find('%', start + 1);
     if (end == text.npos) return result.append(text);
-    const auto value = system.Environment(text.substr(start + 1, end - start - 1));
+    const auto value = value_of(text.substr(start + 1, end - start - 1));
     if (!value || value->empty()) return {};
     result.append(text.substr(0, start)).append(*value);
     text.remove_prefix(end + 1);
   }
+}
+
+std::string ExpandEnvironment(System& system, std::string_view text) {
+  return ExpandVariables(text, [&](std::string_view name) { return system.Environment(name); });
 }
 
 }  // namespace quellix

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,6 +36,9 @@ class System {
   virtual WindowsVersion Version() = 0;
   // Whether a Windows service runs at the moment; false when it is not installed.
   virtual bool IsServiceRunning(std::string_view name) = 0;
+  // Whether a program runs in this user's session, by its file's name ("notepad.exe"); false when
+  // that cannot be told.
+  virtual bool IsProgramRunning(std::string_view name) = 0;
   virtual std::vector<Drive> Drives() = 0;  // by letter
   virtual LocalTime Now() = 0;
   virtual int64_t UtcNow() = 0;  // FILETIME
@@ -48,7 +52,10 @@ class System {
 // The FILETIME of a time in the user's zone, by the rules of its own day; 0 when it is no date.
 int64_t FromLocalTime(System& system, const LocalTime& time);
 
-// The text with every %NAME% replaced; "" when one is not set.
+// The text with every %NAME% replaced by its value; "" when one has none, or an empty one.
+using VariableValue = std::function<std::optional<std::string>(std::string_view name)>;
+std::string ExpandVariables(std::string_view text, const VariableValue& value_of);
+// The same by the environment.
 std::string ExpandEnvironment(System& system, std::string_view text);
 
 }  // namespace quellix

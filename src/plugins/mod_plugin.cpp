@@ -1,5 +1,7 @@
 #include "plugins/mod_plugin.h"
 
+#include <algorithm>
+#include <functional>
 #include <unordered_set>
 #include <utility>
 
@@ -10,6 +12,9 @@
 #include "plugins/plugin_collector.h"
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
+#include "plugins/recipe_detection.h"
+#include "plugins/recipe_exclusions.h"
+#include "plugins/recipe_keys.h"
 #include "registry_tools/registry_eraser.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
@@ -49,7 +54,7 @@ void ProcessIni(CleaningContext& context, const IniEntry& entry) {
 
 // What one folder adds; nothing when it is missing or refused by now.
 void CollectFolder(CleaningContext& context, const std::string& path, const FileEntry& entry,
-                   std::string_view mask, std::vector<FileList>& collected) {
+                   std::string_view mask, const Exclusions& exclusions, Collected& collected) {
   ProtectedPlaces& places = PlacesOf(context);
   try {
     std::shared_ptr<Folder> folder = context.machine.files.OpenFolder(path);
@@ -57,19 +62,23 @@ void CollectFolder(CleaningContext& context, const std::string& path, const File
     NotePlace(context.state);
     const std::string why = places.WhyNot(*folder, mask, entry.recurse, Claim::kRecipe);
     if (!why.empty()) return Log(context, path + " is not cleaned: " + why);
-    collected.push_back(CollectPluginFiles(context, std::move(folder), path,
-                                           entry.delete_subfolders, entry.recurse, mask));
+    if (entry.remove_self && !places.IsPersonal(*folder)) {
+      collected.emptied.push_back({path, folder->Id()});
+    }
+    collected.lists.push_back(CollectPluginFiles(context, std::move(folder), path,
+                                                 entry.delete_subfolders, entry.recurse, mask,
+                                                 &exclusions));
   } catch (const Error& error) {
     if (error.kind() != Error::Kind::kMissing) Log(context, path + ": " + error.what());
   }
 }
 
-void CollectFolders(CleaningContext& context, const FileEntry& entry,
-                    std::vector<FileList>& collected) {
+void CollectFolders(CleaningContext& context, const FileEntry& entry, const Exclusions& exclusions,
+                    Collected& collected) {
   const FilesPlace place = FindFolders(context.machine, PlacesOf(context), entry, PauseOf(context));
   for (const std::string& refusal : place.refusals) Log(context, refusal);
   for (const std::string& folder : place.folders) {
-    CollectFolder(context, folder, entry, place.mask, collected);
+    CollectFolder(context, folder, entry, place.mask, exclusions, collected);
     if (context.state.AbortRequested) return;
   }
 }
@@ -80,16 +89,23 @@ RegistryTarget TargetOf(const RegistryEntry& entry, const KeyPlace& place) {
           entry.delete_subkey ? "" : entry.value_name};
 }
 
-void ProcessKey(CleaningContext& context, const RegistryEntry& entry) {
-  const KeyPlace place = FindKey(context.machine.registry, entry);
+void EraseKey(CleaningContext& context, const RegistryEntry& entry, const KeyPlace& place,
+              const Exclusions& exclusions) {
   if (!place.root) return Log(context, place.refusal);
   RegistryEraser eraser = RegistryEraser::OfRun(context);
   eraser.Guard();
   try {
-    eraser.Erase(TargetOf(entry, place));
+    eraser.Erase(exclusions.Without(context.machine.registry, TargetOf(entry, place)));
   } catch (const Error& error) {
     context.state.SomeErrors = true;
     Log(context, entry.key + ": " + error.what());
+  }
+}
+
+void ProcessKeys(CleaningContext& context, const RegistryEntry& entry,
+                 const Exclusions& exclusions) {
+  for (const KeyPlace& place : FindKeys(context.machine.registry, entry, PauseOf(context))) {
+    EraseKey(context, entry, place, exclusions);
   }
 }
 
@@ -102,46 +118,83 @@ void DropSeen(PathList& files, std::unordered_set<std::string>& seen) {
   files = std::move(fresh);
 }
 
+// Whether a recipe may be carried out now; why not is told.
+bool MayRun(CleaningContext& context, const Plugin& plugin, const Exclusions& exclusions) {
+  if (!IsFound(context.machine, plugin)) return false;
+  for (const std::string& refusal : exclusions.refusals()) Log(context, refusal);
+  const std::string program = RunningProgram(context.machine, plugin);
+  const std::string& what = plugin.description.empty() ? "This plug-in" : plugin.description;
+  if (!program.empty()) {
+    Log(context, what + " is not cleaned: " + program + " runs; close it first.");
+  } else if (!exclusions.refusals().empty()) {
+    Log(context, what + " is not cleaned: what it is to leave is not known.");
+  }
+  const bool may = program.empty() && exclusions.refusals().empty();
+  context.state.SomeErrors = context.state.SomeErrors || !may;
+  return may;
+}
+
+// Through the folder that it lies in, as a folder cannot go while it is held open.
+void RemoveEmptied(CleaningContext& context, const EmptiedFolder& emptied) {
+  try {
+    FileList list{OpenFolderOf(context.machine.files, emptied.path),
+                  std::string(FolderPart(emptied.path)),
+                  {},
+                  {}};
+    if (list.folder->IdOf(NamePart(emptied.path)) != emptied.id) return;
+    list.PendingFolders.Append(emptied.path + "\\");
+    RemovePendingFolders(context, list);
+  } catch (const Error&) {  // it has gone, or lies in nothing that can be opened
+  }
+}
+
 }  // namespace
 
-std::vector<FileList> ProcessRecords(CleaningContext& context, const Plugin& plugin) {
-  std::vector<FileList> collected;
+Collected ProcessRecords(CleaningContext& context, const Plugin& plugin) {
+  Collected collected;
+  const Exclusions exclusions(context.machine, plugin.exclusions, PauseOf(context));
+  if (!MayRun(context, plugin, exclusions)) return collected;
   for (const IniEntry& entry : plugin.ini) ProcessIni(context, entry);
   for (const FileEntry& entry : plugin.files) {
-    CollectFolders(context, entry, collected);
+    CollectFolders(context, entry, exclusions, collected);
     if (context.state.AbortRequested) return collected;
   }
-  for (const RegistryEntry& entry : plugin.registry) ProcessKey(context, entry);
+  for (const RegistryEntry& entry : plugin.registry) ProcessKeys(context, entry, exclusions);
   return collected;
 }
 
-bool ProcessPlugin(CleaningContext& context, std::string_view path,
-                   std::vector<FileList>& collected) {
+bool ProcessPlugin(CleaningContext& context, std::string_view path, Collected& collected) {
   const std::optional<Plugin> plugin = LoadPluginFile(context.machine, path);
   if (!plugin) return false;
   collected = ProcessRecords(context, *plugin);
   return true;
 }
 
-void RemoveCollected(CleaningContext& context, std::vector<FileList> collected) {
+void RemoveCollected(CleaningContext& context, Collected collected) {
   std::unordered_set<std::string> seen;
-  for (FileList& list : collected) {
+  for (FileList& list : collected.lists) {
     DropSeen(list.PendingFiles, seen);
     RemovePendingFiles(context, list);
     if (context.state.AbortRequested) return;
   }
-  for (const FileList& list : collected) {
+  for (const FileList& list : collected.lists) {
     RemovePendingFolders(context, list);
     if (context.state.AbortRequested) return;
   }
+  collected.lists.clear();
+  std::ranges::stable_sort(collected.emptied, std::greater(), [](const EmptiedFolder& emptied) {
+    return std::ranges::count(emptied.path, '\\');
+  });
+  for (const EmptiedFolder& emptied : collected.emptied) RemoveEmptied(context, emptied);
 }
 
 void RunRecords(CleaningContext& context, const Plugin& plugin) {
+  if (!IsFound(context.machine, plugin)) Log(context, "What it cleans was not found here.");
   RemoveCollected(context, ProcessRecords(context, plugin));
 }
 
 bool RunPlugin(CleaningContext& context, std::string_view path) {
-  std::vector<FileList> collected;
+  Collected collected;
   context.state.Entries->BeginRule(NamePart(path));
   try {
     if (!ProcessPlugin(context, path, collected)) return false;

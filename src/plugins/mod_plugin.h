@@ -16,19 +16,32 @@ void CleanPlugins(CleaningContext& context, const Item& item);
 
 namespace modPlugin {
 
+// A folder that goes itself once it is empty.
+struct EmptiedFolder {
+  std::string path;
+  FileId id;
+};
+
+struct Collected {
+  std::vector<FileList> lists;  // folder by folder
+  std::vector<EmptiedFolder> emptied;
+};
+
 // Carries out a recipe in three passes: erases the INI entries, collects the files and folders,
-// deletes the registry entries. What may not be cleaned, and what failed, gets a line in RunLog and
-// keeps nothing else. Returns what was collected, folder by folder.
-std::vector<FileList> ProcessRecords(CleaningContext& context, const Plugin& plugin);
+// deletes the registry entries. Nothing is done where the recipe finds nothing to do (IsFound),
+// and, which is told, while one of its programs runs or an exclusion of it means nothing. What may
+// not be cleaned, and what failed, gets a line in RunLog and keeps nothing else. Returns what was
+// collected.
+Collected ProcessRecords(CleaningContext& context, const Plugin& plugin);
 
 // The same for a file; false when it is missing. Throws Error when it cannot be read.
-bool ProcessPlugin(CleaningContext& context, std::string_view path,
-                   std::vector<FileList>& collected);
+bool ProcessPlugin(CleaningContext& context, std::string_view path, Collected& collected);
 
 // Removes what was collected, a path listed twice once.
-void RemoveCollected(CleaningContext& context, std::vector<FileList> collected);
+void RemoveCollected(CleaningContext& context, Collected collected);
 
-// Processes a recipe and removes what it collected.
+// Processes a recipe that was asked for by itself and removes what it collected; that there is
+// nothing to do here is told.
 void RunRecords(CleaningContext& context, const Plugin& plugin);
 
 // Processes one plug-in's file and removes what it collected; one that cannot be read gets a line

@@ -1,9 +1,14 @@
 #include "plugins/plugin_check.h"
 
+#include <algorithm>
+
 #include "platform/path.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 #include "plugins/plugin_places.h"
+#include "plugins/recipe_detection.h"
+#include "plugins/recipe_exclusions.h"
+#include "plugins/recipe_keys.h"
 #include "run/working_folder.h"
 
 namespace quellix::modPlugin {
@@ -19,7 +24,8 @@ class Checker {
     line_ = record.line;
     const std::string& kind = record.fields[0];
     if (FieldsOf(kind) == 0) {
-      Fault("\"" + kind + "\" is no kind of record; a line begins with D, F, R or I.");
+      Fault("\"" + kind +
+            "\" is no kind of record; a line begins with D, F, R, I, X, T, G, W or P.");
     } else if (!IsComplete(record)) {
       CheckLength(record);
     } else {
@@ -52,12 +58,15 @@ class Checker {
   }
 
   void CheckFlags(const Record& record) {
-    const std::string& kind = record.fields[0];
-    if (kind == "I") CheckFlag(record.fields[3]);
-    if (kind == "F" || kind == "R") {
-      CheckFlag(record.fields[1]);
-      CheckFlag(record.fields[2]);
+    for (size_t field = 1; field < record.fields.size(); ++field) {
+      if (IsFlag(record.fields[0], field)) CheckFlag(record.fields[field]);
     }
+  }
+
+  static bool IsFlag(const std::string& kind, size_t field) {
+    if (kind == "F") return field != 3 && field <= 5;
+    if (kind == "R") return field <= 2 || field == 5;
+    return (kind == "I" && field == 3) || (kind == "W" && field == 1);
   }
 
   void CheckFlag(const std::string& flag) {
@@ -72,6 +81,57 @@ class Checker {
     if (kind == "F") ExplainFiles(ToFileEntry(record));
     if (kind == "R") ExplainKey(ToRegistryEntry(record));
     if (kind == "I") ExplainIni(ToIniEntry(record));
+    if (kind == "X") ExplainExclusion(record);
+    if (kind == "T") ExplainDetection(record);
+    if (kind == "G") Say("Stands in the group " + record.fields[1] + ".");
+    if (kind == "P") ExplainProgram(record.fields[1]);
+    if (kind == "W") {
+      Say((record.fields[1] == "Yes" ? "Costs what cannot be had again: " : "Costs: ") +
+          record.fields[2] + ".");
+    }
+  }
+
+  void ExplainExclusion(const Record& record) {
+    const std::optional<Exclusion> exclusion = ToExclusion(record);
+    if (!exclusion) return FaultOfKind(record, "File, Path or Key");
+    const Exclusions exclusions(machine_, {*exclusion});
+    for (const std::string& refusal : exclusions.refusals()) Fault(refusal);
+    if (!exclusions.refusals().empty()) return;
+    if (exclusion->kind == Exclusion::Kind::kKey) {
+      return Say("Leaves the registry key " + exclusion->place + " with everything below it.");
+    }
+    const bool is_path = exclusion->kind == Exclusion::Kind::kPath;
+    Say("Leaves the files " + std::string(NamePart(exclusion->place)) + " in " +
+        std::string(WithoutBackslash(FolderPart(exclusion->place))) +
+        (is_path ? " and in all folders below it." : "."));
+  }
+
+  void ExplainDetection(const Record& record) {
+    const std::optional<Detection> detection = ToDetection(record);
+    if (!detection) return FaultOfKind(record, "File, Key or Version");
+    if (std::string why = FaultOf(machine_, *detection); !why.empty()) return Fault(std::move(why));
+    std::string what = detection->place;
+    if (detection->kind == Detection::Kind::kVersion) {
+      what = "Windows " + (what.empty() ? "up" : what) + " to " +
+             (detection->last.empty() ? "any later one" : detection->last);
+    } else if (!detection->last.empty()) {
+      what += " with the value \"" + detection->last + "\"";
+    }
+    Say("Is carried out where this is found: " + what + ". It is " +
+        (Holds(machine_, *detection) ? "found here." : "not found here."));
+  }
+
+  void ExplainProgram(const std::string& name) {
+    if (name.empty() || HasNameWildcards(name) || !MayBeFileName(name) ||
+        name.find('\\') != std::string::npos) {
+      Fault("\"" + name + "\" is not the name of a program's file.");
+    } else {
+      Say("Is not carried out while " + name + " runs.");
+    }
+  }
+
+  void FaultOfKind(const Record& record, const char* kinds) {
+    Fault("\"" + record.fields[1] + "\" is none of " + kinds + ", so it is ignored.");
   }
 
   void ExplainFiles(const FileEntry& entry) {
@@ -85,18 +145,30 @@ class Checker {
     text += entry.recurse ? " and in all folders below it" : "";
     text +=
         entry.recurse && entry.delete_subfolders ? ", and those folders once they are empty" : "";
-    Say(text + ".");
+    text += entry.remove_self ? ", and the folder itself once it is empty" : "";
+    Say(text + (entry.both_sides ? ", for programs of 32 and of 64 bits." : "."));
   }
 
   void ExplainKey(const RegistryEntry& entry) {
-    const KeyPlace place = FindKey(machine_.registry, entry);
-    if (!place.root) {
-      Fault(place.refusal);
-    } else if (entry.delete_subkey) {
-      Say("Removes the registry key " + entry.key + " with everything below it.");
-    } else {
-      Say("Removes the value \"" + entry.value_name + "\" of the registry key " + entry.key + ".");
+    if (HasStarInName(entry.key)) Fault("A \"*\" in a key stands for a whole name only.");
+    const std::vector<KeyPlace> places = FindKeys(machine_.registry, entry);
+    bool is_refused = !places.empty();
+    for (const KeyPlace& place : places) {
+      is_refused = is_refused && !place.root;
+      if (!place.root) Fault(place.refusal);
     }
+    if (is_refused) return;
+    std::string text = entry.delete_subkey
+                           ? "Removes the registry key "
+                           : "Removes the value \"" + entry.value_name + "\" of the registry key ";
+    text += entry.key + (entry.delete_subkey ? " with everything below it" : "");
+    Say(text + (entry.both_views ? ", for programs of 32 and of 64 bits." : "."));
+  }
+
+  static bool HasStarInName(const std::string& key) {
+    return std::ranges::any_of(Split(key, '\\'), [](const std::string& name) {
+      return name.size() > 1 && name.find('*') != std::string::npos;
+    });
   }
 
   void ExplainIni(const IniEntry& entry) {

@@ -1,6 +1,7 @@
 #include "plugins/plugin_collector.h"
 
 #include <string>
+#include <utility>
 
 #include "platform/path.h"
 #include "platform/text.h"
@@ -16,12 +17,13 @@ namespace {
 class Collector : public FolderVisitor {
  public:
   Collector(CleaningContext& context, bool delete_subfolders, bool recurse, std::string_view mask,
-            FileList& list)
+            WalkExclusions exclusions, FileList& list)
       : context_(context),
         limits_(context),
         mask_(mask),
         delete_subfolders_(delete_subfolders),
         recurse_(recurse),
+        exclusions_(std::move(exclusions)),
         list_(list) {}
 
   // The two places that ask have always spelled their status differently.
@@ -30,10 +32,13 @@ class Collector : public FolderVisitor {
   }
   Detail Needs() const override { return limits_.Needs(Detail::kKind); }
   void File(Folder&, const std::string& path, const Entry& entry) override {
-    if (!MatchesMask(entry.name, mask_) || limits_.Leaves(nullptr, path, entry)) return;
+    if (!MatchesMask(entry.name, mask_) || exclusions_.LeavesFile(path, entry.name)) return;
+    if (limits_.Leaves(nullptr, path, entry)) return;
     list_.PendingFiles.Append(path, entry.name);
   }
-  bool Wants(const std::string&) override { return recurse_; }
+  bool Wants(const std::string& path) override {
+    return recurse_ && !exclusions_.LeavesFolder(path);
+  }
   void End(const std::string& path) override {
     if (delete_subfolders_) list_.PendingFolders.Append(path);
   }
@@ -52,6 +57,7 @@ class Collector : public FolderVisitor {
   std::string mask_;
   bool delete_subfolders_;
   bool recurse_;
+  WalkExclusions exclusions_;
   FileList& list_;
 };
 
@@ -59,9 +65,10 @@ class Collector : public FolderVisitor {
 
 FileList CollectPluginFiles(CleaningContext& context, std::shared_ptr<Folder> folder,
                             std::string_view path, bool delete_subfolders, bool recurse,
-                            std::string_view mask) {
+                            std::string_view mask, const Exclusions* exclusions) {
   FileList list{std::move(folder), WithBackslash(path), {}, {}};
-  Collector collector(context, delete_subfolders, recurse, mask, list);
+  WalkExclusions left = exclusions ? exclusions->In(*list.folder, path) : WalkExclusions();
+  Collector collector(context, delete_subfolders, recurse, mask, std::move(left), list);
   WalkFolder(*list.folder, path, WalkOrder::kAsListed, &PlacesOf(context), collector,
              PauseOf(context));
   return list;

@@ -7,6 +7,7 @@
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 #include "plugins/plugin_places.h"
+#include "plugins/recipe_keys.h"
 #include "run/working_folder.h"
 
 namespace quellix::modPlugin {
@@ -18,8 +19,12 @@ constexpr std::string_view kNewName = "NoName";
 constexpr std::string_view kNoSuchCharacter =
     "It holds a line break or another character that no line of a plugin can have";
 
-// Folders that are listed to judge a location with "*".
+// Folders or keys that are listed to judge a place with "*".
 constexpr size_t kMostListed = 1000;
+
+Pause AtMost(size_t times) {
+  return [left = times](const Progress&) mutable { return left == 0 || left-- == 0; };
+}
 
 constexpr std::string_view kLineEnds("\0\r\n", 3);
 
@@ -90,9 +95,7 @@ bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
   ProtectedPlaces places = LoadPlaces(machine_);
   for (const FileEntry& entry : entries) {
     if (!FitsOnLine({entry.location})) return Refuse(kNoSuchCharacter);
-    const FilesPlace place = FindFolders(
-        machine_, places, entry,
-        [listed = size_t{0}](const Progress&) mutable { return ++listed > kMostListed; });
+    const FilesPlace place = FindFolders(machine_, places, entry, AtMost(kMostListed));
     if (place.folders.empty() && !place.refusals.empty()) return Refuse(place.refusals.front());
   }
   Append(plugin_.files, entries);
@@ -102,8 +105,11 @@ bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
 bool PluginEditor::AddAll(const std::vector<RegistryEntry>& entries) {
   for (const RegistryEntry& entry : entries) {
     if (!FitsOnLine({entry.key, entry.value_name})) return Refuse(kNoSuchCharacter);
-    const KeyPlace place = FindKey(machine_.registry, entry);
-    if (!place.root) return Refuse(place.refusal);
+    const std::vector<KeyPlace> places = FindKeys(machine_.registry, entry, AtMost(kMostListed));
+    const auto is_taken = [](const KeyPlace& place) { return place.root.has_value(); };
+    if (!places.empty() && std::ranges::none_of(places, is_taken)) {
+      return Refuse(places.front().refusal);
+    }
   }
   Append(plugin_.registry, entries);
   return true;

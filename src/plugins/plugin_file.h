@@ -18,7 +18,9 @@ inline constexpr char kSeparator = '\x01';
 struct FileEntry {  // F: files that go
   bool recurse = false;
   bool delete_subfolders = false;
-  std::string location;  // folder, "\" and mask
+  std::string location;      // folder, "\" and mask
+  bool remove_self = false;  // the folder itself goes too once it is empty
+  bool both_sides = false;   // %ProgramFiles% is each of the folders for programs
 };
 
 struct RegistryEntry {  // R: a key or a value that goes
@@ -26,6 +28,7 @@ struct RegistryEntry {  // R: a key or a value that goes
   bool recurse_delete = false;  // kept for the editor; a key always goes with all below it
   std::string key;              // root name, "\" and sub-key
   std::string value_name;
+  bool both_views = false;  // also what programs of 32 bits see there
 };
 
 struct IniEntry {  // I: a section or a key of an INI file that goes
@@ -36,22 +39,51 @@ struct IniEntry {  // I: a section or a key of an INI file that goes
   std::string folder;  // ends in "\"
 };
 
+struct Exclusion {  // X: what stays of that which files and registry entries name
+  enum class Kind {
+    kFile,  // files of a folder
+    kPath,  // the same and all folders below it
+    kKey    // a key with all below it
+  };
+  Kind kind = Kind::kFile;
+  std::string place;  // folder, "\" and mask; or root name, "\" and sub-key
+};
+
+struct Detection {  // T: what tells that the recipe has something to do here
+  enum class Kind { kFile, kKey, kVersion };
+  Kind kind = Kind::kFile;
+  std::string place;  // path of a file or folder; key; or the first version of Windows, "10.0"
+  std::string last;   // value name, "" for any; or the last version
+};
+
 struct Plugin {
   std::string description;
   std::vector<FileEntry> files;
   std::vector<RegistryEntry> registry;
   std::vector<IniEntry> ini;
+
+  // What older readers ignore.
+  std::vector<Exclusion> exclusions;
+  std::vector<Detection> detections;
+  std::string group;                  // G: what stands together
+  std::string cost;                   // W: what its user loses besides traces, a clause
+  bool loses_data = false;            // W: which cannot be had again
+  std::vector<std::string> programs;  // P: file names of programs that must not run meanwhile
+  // The lines of all records but D, F, R and I as they stand, of kinds that nobody knows among
+  // them.
+  std::vector<std::string> others;
 };
 
 // One line of a recipe, parted at its separators.
 struct Record {
   size_t line = 0;                  // from 1
   std::vector<std::string> fields;  // the last one holds all that no kind of record has
+  std::string_view text = {};       // the line itself, during the visit
 };
 
 // Visits all lines of a recipe's text. They end in CR LF, LF or CR.
 void ReadLines(std::string_view text, const std::function<void(const Record&)>& visit);
-// Fields a kind of record has, its letter among them; 0 for a kind that nobody knows.
+// Fields a kind of record needs, its letter among them; 0 for a kind that nobody knows.
 size_t FieldsOf(std::string_view kind);
 // Whether readers take the record: of a known kind, with all its fields, free of NUL characters.
 bool IsComplete(const Record& record);
@@ -59,10 +91,14 @@ bool IsComplete(const Record& record);
 FileEntry ToFileEntry(const Record& record);
 RegistryEntry ToRegistryEntry(const Record& record);
 IniEntry ToIniEntry(const Record& record);
+// Nothing when the kind is none.
+std::optional<Exclusion> ToExclusion(const Record& record);
+std::optional<Detection> ToDetection(const Record& record);
 
 // Never fails: lines that are no complete record are skipped, flags other than "Yes" are No.
 Plugin ParsePlugin(std::string_view text);
-// The bytes of a recipe: D, then every F, R and I record, each line ended by CR LF.
+// The bytes of a recipe: D, then every F, R and I record, then the others; each line ended by CR
+// LF.
 std::string FormatPlugin(const Plugin& plugin);
 
 // Nothing when the file is missing. Throws Error when it cannot be read.

@@ -3,6 +3,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/known_folders.h"
 
 namespace quellix {
 namespace {
@@ -13,19 +14,6 @@ constexpr const char* kProfileList = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVe
 constexpr const char* kShellKeys[] = {
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders"};
-
-// A text value, variables replaced; "" when there is none.
-std::string ReadPath(const Machine& machine, RegistryKey& key, std::string_view name) {
-  const auto value = key.QueryValue(name);
-  if (!value || (value->type != kRegSz && value->type != kRegExpandSz)) return {};
-  std::string text = FromUtf16Bytes(value->bytes);
-  text.resize(std::min(text.find('\0'), text.size()));
-  const size_t start = text.find('%');
-  const size_t end = start == text.npos ? text.npos : text.find('%', start + 1);
-  if (end == text.npos) return text;
-  const auto variable = machine.system.Environment(text.substr(start + 1, end - start - 1));
-  return variable ? text.substr(0, start) + *variable + text.substr(end + 1) : "";
-}
 
 template <class Visit>
 void ForEachFolder(Folder& folder, const Visit& visit) {
@@ -184,7 +172,7 @@ void PreciousFinder::FindListedProfiles() {
     const auto list = machine_.registry.Open(kLocalMachine, kProfileList, RegistryAccess::kRead);
     for (uint32_t i = 0; const auto name = list ? list->SubKeyAt(i) : std::nullopt; ++i) {
       const auto key = list->Open(*name, RegistryAccess::kRead);
-      const auto user = key ? Open(ReadPath(machine_, *key, "ProfileImagePath")) : nullptr;
+      const auto user = key ? Open(ReadFolderValue(machine_, *key, "ProfileImagePath")) : nullptr;
       if (user) FindProfile(*user);
     }
   } catch (const Error&) {  // a registry that cannot be read names no profile
@@ -269,7 +257,7 @@ void PreciousFinder::NoteFolderValues(RegistryRoot root, const char* key,
   try {
     const auto opened = machine_.registry.Open(root, key, RegistryAccess::kRead);
     if (!opened) return;
-    for (const char* name : names) Note(ReadPath(machine_, *opened, name), kind);
+    for (const char* name : names) Note(ReadFolderValue(machine_, *opened, name), kind);
   } catch (const Error&) {  // a registry that cannot be read names no folder
   }
 }

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::string_view kHarmless[] = {"log", "dmp", "mdmp", "hdmp", "tmp", "temp", "bak",
                                           "old", "etl", "chk",  "gid",  "wer", "trace"};
+constexpr std::string_view kPrograms[] = {"exe", "dll", "sys", "drv", "cat", "mui"};
 constexpr std::string_view kOfWindows[] = {
     "exe", "dll", "sys", "drv",  "ocx",  "cpl", "mui", "com", "bin", "efi", "dat",    "ini",
     "inf", "pnf", "cat", "nls",  "msc",  "scr", "sdb", "mof", "ttf", "ttc", "fon",    "tlb",
@@ -70,6 +71,12 @@ bool BeginsLikeAHive(Folder& folder, std::string_view name) {
 bool HasHarmlessExtension(std::string_view name_or_mask) {
   return Contains(kHarmless, ExtensionOf(name_or_mask));
 }
+
+bool IsText(std::string_view name_or_mask) {
+  return EqualsNoCase(ExtensionOf(name_or_mask), "txt");
+}
+
+bool IsProgram(std::string_view name) { return Contains(kPrograms, ExtensionOf(name)); }
 
 bool MayBelongToWindows(std::string_view name) {
   const std::string_view extension = ExtensionOf(name);

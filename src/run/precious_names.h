@@ -11,6 +11,13 @@ namespace quellix {
 // Logs, dumps and left-over temporary files: what a mask may take from a folder of Windows.
 bool HasHarmlessExtension(std::string_view name_or_mask);
 
+// A text: what a mask may take from a folder for programs, from a drive or from Windows' own, but
+// not from the folders below that.
+bool IsText(std::string_view name_or_mask);
+
+// What programs and drivers consist of.
+bool IsProgram(std::string_view name);
+
 // Programs, drivers, settings and what starts Windows, by extension or by having none.
 bool MayBelongToWindows(std::string_view name);
 

@@ -35,6 +35,13 @@ constexpr const char* kRoots[] = {
     "USER\\*\\Software\\Classes",
 };
 
+// Keys that stay as a whole, with those that they lie in; what is in them may go by its name.
+constexpr const char* kBranches[] = {
+    "MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion",
+    "MACHINE\\SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion",
+    "USER\\*\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders",
+};
+
 std::vector<std::string> PartsOf(std::string_view path) {
   std::vector<std::string> parts;
   for (std::string& part : Split(path, '\\')) {
@@ -89,7 +96,9 @@ bool KeepsName(std::string_view true_name, Part part) {
     return part == Part::kTree && place.relation == Relation::kAbove;
   };
   return std::ranges::any_of(kWhole, [&](const char* tree) { return keeps(tree, SIZE_MAX); }) ||
-         std::ranges::any_of(kRoots, [&](const char* root) { return keeps(root, 1); });
+         std::ranges::any_of(kRoots, [&](const char* root) { return keeps(root, 1); }) ||
+         (part == Part::kTree &&
+          std::ranges::any_of(kBranches, [&](const char* branch) { return keeps(branch, 0); }));
 }
 
 bool Keeps(RegistryKey& key, Part part) { return KeepsName(key.TrueName(), part); }

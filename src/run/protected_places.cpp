@@ -71,8 +71,9 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
   if (rule == Kind::kTree) return kTreePlace;
   if (const auto line = keep_.ForFolder(self, above); !line.empty()) return Kept(line);
   const bool names_one = !HasWildcards(mask), is_harmless = HasHarmlessExtension(mask);
-  const bool may_go =
-      is_harmless || (names_one && (rule == Kind::kHome || !MayBelongToWindows(mask)));
+  const bool is_home = rule == Kind::kHome && !(claim == Claim::kRecipe && IsProgram(mask));
+  const bool may_go = is_harmless || (rule <= Kind::kRoot && IsText(mask)) ||
+                      (names_one && (is_home || !MayBelongToWindows(mask)));
   // The program's own items go where Windows keeps what they are made for.
   const bool is_made_for =
       claim == Claim::kItem && rule == Kind::kSystem && mask != "*.*" && !folders_.contains(self);

@@ -47,6 +47,7 @@ TEST_F(SystemContract, DrivesHoldTheOneOfWindows) {
 TEST_F(SystemContract, VersionTimeAndLocaleArePlausible) {
   EXPECT_EQ(system_.Version().platform, 2);
   EXPECT_GE(system_.Version().major, 5);
+  EXPECT_FALSE(system_.IsProgramRunning("qx-none.exe") || system_.IsProgramRunning(""));
   const LocalTime now = system_.Now();
   EXPECT_GE(now.year, 2024);
   EXPECT_TRUE(now.month >= 1 && now.month <= 12 && now.day >= 1 && now.day <= 31);

@@ -5,6 +5,7 @@
 #include "plugins/plugin_collector.h"
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
+#include "plugins/recipe_keys.h"
 #include "shipped_files.h"
 #include "support/plugin_fixture.h"
 
@@ -133,7 +134,7 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
       {"%windir%", "%PROGDIR%", "%USERPROFILE%", users + "Somebody Else",
        machine->ShortName(programs)});
   add("full path", "F|No|No|",
-      {drive + "\\\\.", profile + "\\..", "Temp", "*:\\Temp", drive + "\\Te*",
+      {drive + "\\\\.", profile + "\\..", "Temp", "*:\\Temp", "\\\\*\\share\\a", drive + "\\T>",
        "\"" + drive + "\\Temp", "\\\\?\\C:", "\\\\.\\C:"});
   add("has no value", "F|No|No|", {"%NO_SUCH%\\a"});
   add("full path", "", {"F|No|No|qx-none", "I|a.ini|s|Yes||"}, "");
@@ -172,7 +173,7 @@ TEST_F(PluginRunTest, ARootKeyIsKnownByAllItsNames) {
                                   "HKEY_USERS\\S-1\\Software",
                                   "HKEY_USERS\\S-1\\Software\\Classes\\CLSID"};
   for (const std::string& key : kRefused) {
-    const modPlugin::KeyPlace place = modPlugin::FindKey(ports.registry, {true, true, key, ""});
+    const auto place = modPlugin::FindKeys(ports.registry, {true, true, key, ""}).at(0);
     EXPECT_FALSE(place.root) << key;
     EXPECT_TRUE(Holds(place.refusal, "is not cleaned")) << key;
   }
@@ -187,7 +188,7 @@ TEST_F(PluginRunTest, ARootKeyIsKnownByAllItsNames) {
       {"HKEY_CURRENT_CONFIG\\Software\\Qx",
        "SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\Software\\Qx"}};
   for (const auto& row : kTaken) {
-    const modPlugin::KeyPlace place = modPlugin::FindKey(ports.registry, {true, true, row.key, ""});
+    const auto place = modPlugin::FindKeys(ports.registry, {true, true, row.key, ""}).at(0);
     EXPECT_TRUE(place.root) << row.key;
     EXPECT_EQ(place.subkey, row.subkey);
   }
@@ -206,7 +207,7 @@ TEST_F(PluginRunTest, VariablesAreReplacedInTheirOrder) {
       {"%NO_SUCH%\\%WINDIR%", ""},
       {"%QxEmpty%\\x", ""}};
   for (const auto& [text, expected] : kRows) {
-    EXPECT_EQ(modPlugin::ExpandPluginPath(system, text), expected) << text;
+    EXPECT_EQ(modPlugin::ExpandPluginPath(ports, text), expected) << text;
   }
 }
 

@@ -16,8 +16,11 @@ std::string Recipe(std::string text) {
 TEST(PluginFile, AWholeRecipeComesBackByteForByte) {
   const std::string text = Recipe(
       "D|Größe\r\nF|Yes|No|C:\\Temp\\*.*\r\nF|No|Yes|%WINDIR%\\Temp\\*.log\r\n"
+      "F|Yes|Yes|C:\\a\\*.*|Yes\r\nF|No|No|C:\\b\\*.*|No|Yes\r\n"
       "R|No|Yes|HKEY_CURRENT_USER\\Software\\MyEditor|File1\r\nR|Yes|No|HKEY_USERS\\a\\b|\r\n"
-      "I|my.ini|Recent|No|File1|C:\\My\\\r\nI|my.ini|All|Yes||C:\\My\\\r\n");
+      "R|Yes|No|HKEY_USERS\\c|v|Yes\r\nI|my.ini|Recent|No|File1|C:\\My\\\r\n"
+      "I|my.ini|All|Yes||C:\\My\\\r\nW|Yes|lost\r\nX|File|C:\\My\\a|more\r\nT|Key|a\\b|v\r\n"
+      "Q|of tomorrow||\r\nG|Grün\r\nP|a.exe\r\nX|\r\n");
   EXPECT_EQ(FormatPlugin(ParsePlugin(text)), text);
   EXPECT_EQ(FormatPlugin({}), Recipe("D|\r\n"));
   // Any order and any line end are read, in one order they are written.
@@ -37,7 +40,8 @@ TEST(PluginFile, WhatIsNoRecordIsSkipped) {
       Recipe("I|a.ini|s|Yes|k"),
       Recipe("f|No|No|C:\\a"),
       Recipe(" F|No|No|C:\\a"),
-      Recipe("X|No|No|C:\\a\r\nDD|x"),
+      Recipe("x|No|No|C:\\a\r\nDD|x"),
+      Recipe("X|") + std::string(1, '\0'),
       Recipe("F|No|No|C:\\Temp") + std::string(1, '\0') + "\\*.*",
       std::string("\377\376F\0\1\0N\0o\0\1\0N\0o\0\1\0C\0:\0\\\0*\0\r\0\n\0", 28)};
   for (const std::string& row : kRows) {

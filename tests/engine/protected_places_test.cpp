@@ -92,18 +92,19 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
   const std::pair<const char*, Names> kRows[] = {
       {"",
        {windows + "|qx.exe", windows + "|qx", windows + "|q?.zzz", windows + "||*.log",
-        system + "|qx.dll", system + "|*.spl", system + "\\Qx||*.*", config + "|*.log",
-        config + "\\Qx|qx.log", root + "|BOOTMGR", profile + "|NTUSER.DAT.LOG1",
-        profile + "|ntuser.dat{1}.TM.blf", other + "||*.*", listed + "||*.*",
-        ports.program_folder + "|qx.log", scratch + "|UsrClass.dat"}},
+        windows + "||*.txt", system + "|*.txt", system + "|qx.dll", system + "|*.spl",
+        system + "\\Qx||*.*", config + "|*.log", config + "\\Qx|qx.log", root + "|BOOTMGR",
+        profile + "|NTUSER.DAT.LOG1", profile + "|ntuser.dat{1}.TM.blf", other + "||*.*",
+        listed + "||*.*", ports.program_folder + "|qx.log", scratch + "|UsrClass.dat"}},
       {"I", {system + "\\Qx||*.spl"}},
+      {"IO", {root + "|qx.exe", profile + "|qx.MUI"}},
       {"O",
        {games + "||*.*", games + "||*.log", cloud + "||*.*", moved + "||*.*", aside + "||*.*",
         scratch + "Qx||*.*"}},
       {"IRO",
-       {windows + "|MEMORY.DMP", windows + "|*.log", windows + "|qx.zzz",
-        system + "\\LogFiles\\Qx||*.*", root + "|qx.zzz", profile + "|qx.dat", other + "\\Qx||*.*",
-        games + "|*.log", scratch + "|notes.dat"}}};
+       {windows + "|MEMORY.DMP", windows + "|*.log", windows + "|*.txt", root + "|qx*.TXT",
+        windows + "|qx.zzz", system + "\\LogFiles\\Qx||*.*", root + "|qx.zzz", profile + "|qx.dat",
+        other + "\\Qx||*.*", games + "|*.log", scratch + "|notes.dat"}}};
   const std::string list = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-9";
   machine->SetText(RegistryRoot::kLocalMachine, list, "ProfileImagePath", listed);
   machine->SetText(kUser, kShellFolders, kDownloads, "%USERPROFILE%\\Qx moved");

@@ -7,6 +7,7 @@
 #include "plugins/plugin_check.h"
 #include "plugins/plugin_file.h"
 #include "plugins/plugin_places.h"
+#include "plugins/recipe_keys.h"
 #include "run/working_folder.h"
 #include "support/volume_seed.h"
 
@@ -24,9 +25,10 @@ void CheckPlaces(const Machine& machine, const modPlugin::Plugin& plugin) {
     }
   }
   for (const modPlugin::RegistryEntry& entry : plugin.registry) {
-    const modPlugin::KeyPlace place = modPlugin::FindKey(machine.registry, entry);
-    Check(place.root.has_value() == place.refusal.empty());
-    if (place.root) Check(place.subkey.find('\\') != std::string::npos);
+    for (const modPlugin::KeyPlace& place : modPlugin::FindKeys(machine.registry, entry)) {
+      Check(place.root.has_value() == place.refusal.empty());
+      if (place.root) Check(place.subkey.find('\\') != std::string::npos);
+    }
   }
   for (const modPlugin::IniEntry& entry : plugin.ini) {
     const modPlugin::IniPlace place = modPlugin::FindIni(machine, places, entry);

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <ctime>
 #include <memory>
+#include <utility>
 
 #include "platform/error.h"
 #include "platform/path.h"
@@ -18,6 +19,14 @@ constexpr std::string_view kCurrentVersion = "SOFTWARE\\Microsoft\\Windows NT\\C
 constexpr std::string_view kMachineEnvironment =
     "SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment";
 constexpr std::string_view kCodePages = "SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage";
+// As a Windows of 64 bits has them; one of 32 bits lacks the folders, not their names.
+constexpr std::pair<std::string_view, const char*> kProgramFolders[] = {
+    {"ProgramFiles", "\\Program Files"},
+    {"ProgramW6432", "\\Program Files"},
+    {"ProgramFiles(x86)", "\\Program Files (x86)"},
+    {"CommonProgramFiles", "\\Program Files\\Common Files"},
+    {"CommonProgramW6432", "\\Program Files\\Common Files"},
+    {"CommonProgramFiles(x86)", "\\Program Files (x86)\\Common Files"}};
 // Variables that name themselves, however far round or often, end here.
 constexpr int kDeepest = 8, kMost = 256;
 
@@ -128,7 +137,9 @@ std::optional<std::string> VolumeSystem::WellKnownVariable(std::string_view name
   if (is("LOCALAPPDATA")) {
     return LocalFolder("\\AppData\\Local", "\\Local Settings\\Application Data");
   }
-  if (is("ProgramFiles")) return drive + "\\Program Files";
+  for (const auto& [variable, folder] : kProgramFolders) {
+    if (is(variable)) return drive + folder;
+  }
   if (is("ProgramData")) return drive + "\\ProgramData";
   if (is("ALLUSERSPROFILE")) {
     return drive + (Version().major >= 6 ? "\\ProgramData" : "\\Documents and Settings\\All Users");

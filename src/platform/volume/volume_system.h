@@ -23,6 +23,7 @@ class VolumeSystem : public System {
   std::optional<std::string> Environment(std::string_view name) override;
   WindowsVersion Version() override;
   bool IsServiceRunning(std::string_view) override { return false; }  // nothing runs on a volume
+  bool IsProgramRunning(std::string_view) override { return false; }
   std::vector<Drive> Drives() override;
   LocalTime Now() override;
   int64_t UtcNow() override;

@@ -13,6 +13,7 @@ class Win32System : public System {
   std::optional<std::string> Environment(std::string_view name) override;
   WindowsVersion Version() override;
   bool IsServiceRunning(std::string_view name) override;
+  bool IsProgramRunning(std::string_view name) override;
   std::vector<Drive> Drives() override;
   LocalTime Now() override;
   int64_t UtcNow() override;

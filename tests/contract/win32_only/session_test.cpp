@@ -27,6 +27,11 @@ std::optional<DWORD> PrivilegeAttributes(const wchar_t* name) {
   return std::nullopt;
 }
 
+TEST(Win32SessionTest, AProgramThatRunsIsKnownByTheNameOfItsFile) {
+  const auto machine = TestMachine::Create();
+  EXPECT_TRUE(machine->machine().system.IsProgramRunning("Contract_Tests.EXE"));
+}
+
 TEST(Win32SessionTest, OneOfSeveralIsTheRunningInstanceUntilItEnds) {
   const auto machine = TestMachine::Create();
   Win32Session second;

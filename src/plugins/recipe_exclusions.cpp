@@ -1,0 +1,158 @@
+#include "plugins/recipe_exclusions.h"
+
+#include <algorithm>
+
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "plugins/plugin_places.h"
+#include "plugins/recipe_folders.h"
+#include "plugins/recipe_keys.h"
+
+namespace quellix::modPlugin {
+namespace {
+
+using Kind = RegistryTarget::Kind;
+
+bool FitsAll(std::string_view mask) { return mask == "*.*" || mask == "*"; }
+
+std::string TrueNameOf(RegistryKey& key) { return UpCase(key.TrueName()) + "\\"; }
+
+}  // namespace
+
+void WalkExclusions::Add(std::string folder, bool below, std::string mask) {
+  rows_.push_back({UpCase(WithBackslash(folder)), below, std::move(mask)});
+}
+
+bool WalkExclusions::Fits(const Row& row, std::string_view upper) const {
+  return row.below ? upper.starts_with(row.folder) : upper == row.folder;
+}
+
+bool WalkExclusions::LeavesFile(std::string_view folder, std::string_view name) const {
+  if (rows_.empty()) return false;
+  const std::string upper = UpCase(folder);
+  return std::ranges::any_of(
+      rows_, [&](const Row& row) { return Fits(row, upper) && MatchesMask(name, row.mask); });
+}
+
+bool WalkExclusions::LeavesFolder(std::string_view folder) const {
+  if (rows_.empty()) return false;
+  const std::string upper = UpCase(folder);
+  return std::ranges::any_of(
+      rows_, [&](const Row& row) { return row.below && FitsAll(row.mask) && Fits(row, upper); });
+}
+
+Exclusions::Exclusions(const Machine& machine, const std::vector<Exclusion>& exclusions,
+                       const Pause& pause) {
+  for (const Exclusion& exclusion : exclusions) {
+    if (exclusion.kind == Exclusion::Kind::kKey) {
+      AddKeys(machine, exclusion, pause);
+    } else {
+      AddFiles(machine, exclusion, pause);
+    }
+  }
+}
+
+void Exclusions::AddFiles(const Machine& machine, const Exclusion& exclusion, const Pause& pause) {
+  const std::string mask(NamePart(exclusion.place));
+  const auto sides = ExpandFolder(machine, FolderPart(exclusion.place), true);
+  const auto refuse = [&](const char* why) {
+    refusals_.push_back("The exclusion of " + exclusion.place + why);
+  };
+  if (sides.empty()) return refuse(" has a variable without a value on this machine.");
+  if (mask.empty() || !MayBeFileName(mask))
+    return refuse(" names nothing that a file can be called.");
+  for (const std::string& side : sides) {
+    const std::optional<PathPattern> pattern = ParsePattern(side);
+    if (!pattern) return refuse(" does not begin with the full path of a folder.");
+    for (const std::string& folder : FindMatches(machine.files, *pattern, pause)) {
+      AddFolder(machine, folder, exclusion.kind == Exclusion::Kind::kPath, mask);
+    }
+  }
+}
+
+void Exclusions::AddFolder(const Machine& machine, const std::string& path, bool below,
+                           const std::string& mask) {
+  try {
+    const auto folder = machine.files.OpenFolder(path.size() == 2 ? path + "\\" : path);
+    if (folder) {
+      places_.push_back({folder->Id(), folder->Above(), Split(path, '\\'), below, mask});
+    }
+  } catch (const Error& error) {
+    refusals_.push_back("The exclusion of " + path + " cannot be looked up: " + error.what());
+  }
+}
+
+void Exclusions::AddKeys(const Machine& machine, const Exclusion& exclusion, const Pause& pause) {
+  const RegistryEntry entry{
+      .delete_subkey = true, .key = exclusion.place, .value_name = "", .both_views = true};
+  for (const KeyPlace& place : FindAnyKeys(machine.registry, entry, pause)) {
+    try {
+      const auto key = place.root
+                           ? machine.registry.Open(*place.root, place.subkey, RegistryAccess::kRead)
+                           : nullptr;
+      if (key) keys_.push_back(TrueNameOf(*key));
+      if (!place.root) refusals_.push_back(place.refusal);
+    } catch (const Error& error) {
+      refusals_.push_back("The exclusion of " + exclusion.place +
+                          " cannot be looked up: " + error.what());
+    }
+  }
+}
+
+// An excluded folder is the walk's own, lies above it, or so many levels below it.
+WalkExclusions Exclusions::In(Folder& folder, std::string_view path) const {
+  WalkExclusions here;
+  if (places_.empty()) return here;
+  const FileId id = folder.Id();
+  const std::vector<FileId> above = folder.Above();
+  for (const Place& place : places_) {
+    const auto level = std::ranges::find(place.above, id);
+    if (place.id == id || (place.below && std::ranges::find(above, place.id) != above.end())) {
+      here.Add(std::string(path), place.below, place.mask);
+    } else if (level != place.above.end()) {
+      const auto levels = static_cast<size_t>(level - place.above.begin()) + 1;
+      std::string below = WithBackslash(path);
+      for (size_t i = place.names.size() - std::min(levels, place.names.size());
+           i < place.names.size(); ++i) {
+        below += place.names[i] + "\\";
+      }
+      here.Add(std::move(below), place.below, place.mask);
+    }
+  }
+  return here;
+}
+
+std::vector<RegistryTarget> Exclusions::Without(Registry& registry,
+                                                const RegistryTarget& target) const {
+  if (keys_.empty()) return {target};
+  std::vector<RegistryTarget> targets;
+  for (const KeyHome& home : KeyHomes(target.root, target.key)) {
+    const auto key = registry.Open(home.root, home.key, RegistryAccess::kRead);
+    if (key) Divide(*key, {target.kind, home.root, home.key, target.name}, targets);
+  }
+  return targets;
+}
+
+void Exclusions::Divide(RegistryKey& key, const RegistryTarget& target,
+                        std::vector<RegistryTarget>& targets) const {
+  const std::string name = TrueNameOf(key);
+  const auto holds = [](const std::string& text, const std::string& start) {
+    return text.starts_with(start);
+  };
+  if (std::ranges::any_of(keys_, [&](const std::string& left) { return holds(name, left); }))
+    return;
+  const bool is_whole =
+      target.kind == Kind::kValue ||
+      std::ranges::none_of(keys_, [&](const std::string& left) { return holds(left, name); });
+  if (is_whole) return targets.push_back(target);
+  for (uint32_t i = 0; const auto value = key.ValueAt(i); ++i) {
+    targets.push_back({Kind::kValue, target.root, target.key, value->name});
+  }
+  for (const std::string& below : SubKeyNames(key)) {
+    const auto opened = key.IsLink(below) ? nullptr : key.Open(below, RegistryAccess::kRead);
+    if (opened) Divide(*opened, {Kind::kTree, target.root, target.key + "\\" + below}, targets);
+  }
+}
+
+}  // namespace quellix::modPlugin
