@@ -75,19 +75,26 @@ void PrintTotals(std::ostream& out, CleaningContext& context) {
 int List(const ReportOptions& options, const Machine& machine) {
   Report report(options);
   const std::vector<InstalledPlugin> plugins = modPlugin::ReadPluginList(machine);
+  std::vector<modPlugin::PluginGuide> guides;
   for (const InstalledPlugin& plugin : plugins) {
+    const auto& guide = guides.emplace_back(modPlugin::ReadGuide(machine, plugin.file));
     report.text() << (plugin.ticked ? "[x] " : "[ ] ") << plugin.file << "  " << plugin.description
-                  << "\n";
+                  << (guide.group.empty() ? "" : "; " + guide.group)
+                  << (guide.cost.empty() ? "" : "; costs: " + guide.cost)
+                  << (guide.is_found ? "\n" : "; not found here\n");
   }
   const auto row = [&](size_t i) -> std::vector<ReportCell> {
-    return {plugins[i].file, TextCell(plugins[i].description), plugins[i].ticked};
+    return {plugins[i].file,           TextCell(plugins[i].description), plugins[i].ticked,
+            TextCell(guides[i].group), TextCell(guides[i].cost),         guides[i].loses_data,
+            guides[i].is_found};
   };
-  return report.Finish({.command = "plugins list",
-                        .columns = {"file", "description", "ticked"},
-                        .count = plugins.size(),
-                        .row = row,
-                        .summary = {}},
-                       kDone);
+  return report.Finish(
+      {.command = "plugins list",
+       .columns = {"file", "description", "ticked", "group", "cost", "losesData", "found"},
+       .count = plugins.size(),
+       .row = row,
+       .summary = {}},
+      kDone);
 }
 
 int Check(const Names& names, const ReportOptions& options, const Machine& machine) {

@@ -1,10 +1,12 @@
 #include "plugins/plugin_list.h"
 
 #include <algorithm>
+#include <map>
 
 #include "platform/error.h"
 #include "platform/text.h"
 #include "plugins/plugin_file.h"
+#include "plugins/recipe_detection.h"
 #include "settings/list_files.h"
 #include "settings/numbers.h"
 
@@ -32,11 +34,12 @@ bool IsFile(const Machine& machine, const std::string& path) {
   return info && !info->is_folder;
 }
 
-std::string DescriptionOf(const Machine& machine, const std::string& file) {
+// What is wrong with it is told when it is used.
+Plugin LoadOrNothing(const Machine& machine, std::string_view file) {
   try {
-    return ReadDescription(machine, PluginPath(machine, file));
+    return LoadPluginFile(machine, PluginPath(machine, file)).value_or(Plugin{});
   } catch (const Error&) {
-    return {};  // what is wrong with it is told when it is used
+    return {};
   }
 }
 
@@ -49,8 +52,14 @@ std::vector<InstalledPlugin> ListFolder(const Machine& machine) {
                             }
                             return true;
                           });
-  std::ranges::sort(plugins, {}, [](const InstalledPlugin& plugin) { return UpCase(plugin.file); });
-  for (InstalledPlugin& plugin : plugins) plugin.description = DescriptionOf(machine, plugin.file);
+  std::map<std::pair<std::string, std::string>, InstalledPlugin> sorted;
+  for (InstalledPlugin& plugin : plugins) {
+    const Plugin loaded = LoadOrNothing(machine, plugin.file);
+    plugin.description = loaded.description;
+    sorted[{UpCase(loaded.group), UpCase(plugin.file)}] = plugin;
+  }
+  plugins.clear();
+  for (auto& [key, plugin] : sorted) plugins.push_back(std::move(plugin));
   return plugins;
 }
 
@@ -59,6 +68,11 @@ std::vector<InstalledPlugin> ListFolder(const Machine& machine) {
 std::string PluginPath(const Machine& machine, std::string_view file) {
   if (!StaysInFolder(file)) return {};
   return machine.program_folder + "\\Plugins\\" + std::string(file);
+}
+
+PluginGuide ReadGuide(const Machine& machine, std::string_view file) {
+  const Plugin plugin = LoadOrNothing(machine, file);
+  return {plugin.group, plugin.cost, plugin.loses_data, IsFound(machine, plugin)};
 }
 
 bool HasPluginList(const Machine& machine) { return IsFile(machine, ListPath(machine)); }

@@ -10,6 +10,7 @@
 #include "plugins/plugin_file.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
+#include "settings/settings.h"
 
 namespace quellix::modPlugin {
 namespace {
@@ -61,6 +62,7 @@ std::string Problems(const RunState& state) {
 
 void PluginManager::Load() {
   rows_.clear();
+  guides_.clear();
   is_read_ = false;
   try {
     rows_ = ReadPluginList(machine_);
@@ -94,8 +96,25 @@ void PluginManager::AddUnread() {
 // The editor's count line has "plug-in(s)"; people know both spellings.
 void PluginManager::ShowCount() { status_ = std::to_string(rows_.size()) + " plugin(s) listed"; }
 
+const PluginGuide& PluginManager::GuideOf(size_t row) {
+  const auto [guide, is_new] = guides_.try_emplace(rows_[row].file);
+  if (is_new) guide->second = ReadGuide(machine_, rows_[row].file);
+  return guide->second;
+}
+
+void PluginManager::Toggle(size_t row) {
+  rows_[row].ticked = !rows_[row].ticked;
+  ShowCount();
+  const PluginGuide& guide = GuideOf(row);
+  if (!rows_[row].ticked || guide.cost.empty()) return;
+  status_ = (guide.loses_data ? "This cannot be had again: " : "This has a cost: ") + guide.cost;
+}
+
 void PluginManager::TickAll(bool ticked) {
-  for (InstalledPlugin& row : rows_) row.ticked = ticked;
+  const bool ticks_all = !ticked || Settings(machine_).Load().select_risky;
+  for (size_t row = 0; row < rows_.size(); ++row) {
+    if (ticks_all || !GuideOf(row).loses_data) rows_[row].ticked = ticked;
+  }
 }
 
 void PluginManager::Add() {
@@ -134,6 +153,7 @@ void PluginManager::Delete(std::span<const size_t> rows) {
 }
 
 void PluginManager::AddSaved(std::string_view file, std::string_view description) {
+  guides_.erase(std::string(file));
   const auto row = FindRow(rows_, file);
   if (row == rows_.end()) {
     rows_.push_back({true, std::string(file), std::string(description)});

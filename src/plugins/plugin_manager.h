@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <span>
 #include <string>
 #include <vector>
@@ -25,7 +26,11 @@ class PluginManager {
   const std::string& status() const { return status_; }  // lblStatus
   void SetStatus(std::string_view text) { status_ = text; }
 
-  void Toggle(size_t row) { rows_[row].ticked = !rows_[row].ticked; }
+  // What a row tells of itself, read when it is first asked.
+  const PluginGuide& GuideOf(size_t row);
+  // The cost of what is ticked becomes the status.
+  void Toggle(size_t row);
+  // What loses data for good is not ticked along unless SelectRisky is set.
   void TickAll(bool ticked);
   // Asks for a plug-in file in the folder Plugins and adds it, unticked. One that is listed already
   // is listed again, as it always was; reading the list drops the second.
@@ -49,6 +54,7 @@ class PluginManager {
   Machine machine_;
   Prompts& prompts_;
   std::vector<InstalledPlugin> rows_;
+  std::map<std::string, PluginGuide> guides_;  // by file
   std::string status_;
   bool is_read_ = false;
 };

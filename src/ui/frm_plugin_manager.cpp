@@ -12,7 +12,8 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {{L"Plug-in", 190}, {L"Description", 330}};
+constexpr Column kColumns[] = {
+    {L"Plug-in", 190}, {L"Description", 330}, {L"Group", 110}, {L"Costs", 160}};
 
 constexpr Anchor kAnchors[] = {
     {lstvPlugin, 0, 0, 1, 1}, {lblStatus, 0, 1, 1, 1},  {mnuCreate, 0, 1, 0, 1},
@@ -39,11 +40,18 @@ void FrmPluginManager::OnInit() {
   display_.Attach(window());
   layout().Add(kAnchors);
   list_.Attach(Control(lstvPlugin), kColumns, [this](int row, int column) {
-    const modPlugin::InstalledPlugin& plugin = manager_.rows()[static_cast<size_t>(row)];
-    return Cell{Wide(column == 0 ? plugin.file : plugin.description)};
+    return Cell{Wide(TextOf(static_cast<size_t>(row), column))};
+  });
+  list_.SetLooks([this](int row) {
+    const bool is_found = manager_.GuideOf(static_cast<size_t>(row)).is_found;
+    return is_found ? RowLook::kPlain : RowLook::kDimmed;
   });
   list_.SetCheckBoxes([this](int row) { return manager_.rows()[static_cast<size_t>(row)].ticked; },
-                      [this](int row) { manager_.Toggle(static_cast<size_t>(row)); });
+                      [this](int row) {
+                        manager_.Toggle(static_cast<size_t>(row));
+                        display_.SetStatus(manager_.status());
+                        display_.Flush();
+                      });
   manager_.Load();
   ShowRows();
   if (!manager_.rows().empty()) list_.Select(0);
@@ -52,6 +60,13 @@ void FrmPluginManager::OnInit() {
 void FrmPluginManager::OnResolution() { list_.SetResolution(dpi(), kColumns, {}); }
 
 void FrmPluginManager::OnSized() { list_.FillWith(1, Scale(120, dpi())); }
+
+std::string FrmPluginManager::TextOf(size_t row, int column) {
+  const modPlugin::InstalledPlugin& plugin = manager_.rows()[row];
+  if (column < 2) return column == 0 ? plugin.file : plugin.description;
+  const modPlugin::PluginGuide& guide = manager_.GuideOf(row);
+  return column == 2 ? guide.group : guide.cost;
+}
 
 void FrmPluginManager::ShowRows() {
   list_.SetRows(static_cast<int>(manager_.rows().size()));

@@ -34,6 +34,7 @@ class FrmPluginManager : public OwnedWindow {
 
  private:
   void OnListNotify(const NMHDR& header);
+  std::string TextOf(size_t row, int column);
   void ShowRows();
   void ShowAdded();
   void EnableCommands();

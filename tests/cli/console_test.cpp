@@ -131,10 +131,12 @@ TEST_F(ConsoleTest, FindsArePrintedAndRemovedOnlyWhenAsked) {
 TEST_F(ConsoleTest, APluginIsCheckedEnabledListedAndProcessed) {
   const std::string folder = own + "Plugins\\", log = scratch + "logs\\a.log";
   machine->MakeFile(log, "123");
-  machine->MakeFile(folder + "qx.cdp",
-                    "D\x01My logs\r\nF\x01No\x01No\x01" + scratch + "logs\\*.log\r\n");
+  machine->MakeFile(folder + "qx.cdp", "D\x01My logs\r\nF\x01No\x01No\x01" + scratch +
+                                           "logs\\*.log\r\nG\x01Mine\r\nW\x01No\x01 nothing\r\n");
   machine->MakeFile(folder + "bad.cdp",
-                    "nothing\nF\x01Maybe\x01No\x01%WINDIR%\\*.*\nR\x01Yes\nQ\x01\n");
+                    "nothing\nF\x01Maybe\x01No\x01%WINDIR%\\*.*\nR\x01Yes\nQ\x01\nT\x01"
+                    "File\x01" +
+                        scratch + "none\n");
   Expect(
       {"plugins", "check", "qx.cdp"}, 0,
       {"line 1: Description: My logs\nline 2: Removes the files *.log in " + scratch + "logs.\n"});
@@ -143,8 +145,9 @@ TEST_F(ConsoleTest, APluginIsCheckedEnabledListedAndProcessed) {
           "line 3: fault: It has 2 fields of 5", "line 4: fault: \"Q\" is no kind"});
   for (const auto& [command, tick] : {std::pair("enable", "x"), std::pair("disable", " ")}) {
     Expect({"plugins", command, "QX"}, 0);
-    EXPECT_EQ(Run({"plugins", "list"}).output,
-              std::string("[ ] bad.cdp  \n[") + tick + "] qx.cdp  My logs\n");
+    EXPECT_EQ(Run({"plugins", "list"}).output, std::string("[ ] bad.cdp  ; not found here\n[") +
+                                                   tick +
+                                                   "] qx.cdp  My logs; Mine; costs:  nothing\n");
   }
   Expect({"clean", "--item", "CleanPlugins"}, 0);
   Expect({"plugins", "process", "qx", "none"}, 1);

@@ -89,6 +89,34 @@ TEST_F(PluginWindowsTest, BeforeTheFirstStartTheFolderIsListed) {
   EXPECT_EQ(prompts.presets.back(), "b") << "saved under its own name, not as b.CDP.cdp";
 }
 
+TEST_F(PluginWindowsTest, RecipesStandByGroupsTellTheirCostAndKeepWhatTheEditorDoesNotShow) {
+  const std::string others =
+      "W|Yes|work is lost\r\nQ|of tomorrow|\r\nT|File|C:\\qx none\r\nG|Ark\r\n";
+  WriteRecipe("a.cdp", "D|a\r\nG|Zoo\r\n");
+  WriteRecipe("b.cdp", "D|b\r\nF|No|No|C:\\Temp\\*.qx|Yes\r\n" + others);
+  WriteRecipe("c.cdp", "D|c\r\n");
+  manager.Load();
+  manager.Toggle(1);
+  EXPECT_EQ(manager.status(), "This cannot be had again: work is lost");
+  manager.Toggle(1);
+  EXPECT_EQ(manager.status(), "3 plugin(s) listed");
+  WriteSettings("[General]\r\nSelectRisky=0\r\n");
+  manager.TickAll(true);
+  manager.Save();
+  EXPECT_EQ(ReadOwn("plg.txt"), Text("1|c.cdp|c\r\n0|b.cdp|b\r\n1|a.cdp|a\r\n"));
+  EXPECT_TRUE(manager.GuideOf(0).is_found && !manager.GuideOf(1).is_found);
+  WriteSettings("");
+  manager.TickAll(true);
+  EXPECT_TRUE(manager.rows()[1].ticked);
+  ASSERT_TRUE(editor.Load("b.cdp"));
+  editor.SetDescription("new");
+  prompts.texts = {"b"};
+  prompts.yes_no = {true};
+  editor.Save();
+  EXPECT_EQ(Read(plugins_folder + "b.cdp"),
+            Text("D|new\r\nF|No|No|C:\\Temp\\*.qx|Yes\r\n" + others));
+}
+
 TEST_F(PluginWindowsTest, AListThatCannotBeReadIsNotOverwritten) {
   machine->MakeFolder(own + "plg.txt");
   manager.Load();
