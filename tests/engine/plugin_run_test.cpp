@@ -6,14 +6,10 @@
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
 #include "plugins/recipe_keys.h"
-#include "shipped_files.h"
 #include "support/plugin_fixture.h"
 
 namespace quellix {
 namespace {
-
-constexpr const char* kAppletsKey =
-    "Software\\Microsoft\\Windows\\CurrentVersion\\Applets\\Paint\\Recent File List";
 
 struct PluginRunTest : PluginFixture {
   std::string CleanPluginsLog() {
@@ -313,50 +309,6 @@ TEST_F(PluginRunTest, IniFilesThatResistAreToldAndKept) {
   }
   EXPECT_EQ(CleanBy("I|none.ini|s|Yes|k|" + scratch + "none\\"),
             "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
-}
-
-TEST_F(PluginRunTest, TheShippedExamplesCleanASeededUser) {
-  const std::string local = ports.system.Environment("LOCALAPPDATA").value() + "\\";
-  const std::string roaming = ports.system.Environment("APPDATA").value() + "\\";
-  const std::string wer = local + "Microsoft\\Windows\\WER\\";
-  const Names gone = {local + "Microsoft\\Windows\\Explorer\\thumbcache_32.db",
-                      wer + "ReportArchive\\AppCrash_1\\Report.wer",
-                      wer + "ReportQueue\\r\\x.mdmp",
-                      local + "CrashDumps\\editor.exe.1.dmp",
-                      local + "QxVendor\\Logs\\a.log",
-                      local + "QxVendor\\Editor\\logs\\b.log"};
-  const Names kept = {local + "Microsoft\\Windows\\Explorer\\qx.db", wer + "qx.txt",
-                      local + "CrashDumps\\qx.txt", local + "QxVendor\\Logs\\qx.txt",
-                      local + "QxVendor\\store\\000003.log"};
-  for (const std::string& path : gone) machine->MakeFile(path, "12");
-  for (const std::string& path : kept) machine->MakeFile(path, "12");
-  machine->MakeFile(roaming + "vlc\\vlc-qt-interface.ini",
-                    "[Main]\r\na=1\r\n[RecentsMRL]\r\nlist=x\r\n");
-  machine->SetText(kUser, kAppletsKey, "File1", "C:\\a.png");
-  std::string list;
-  for (const auto& [name, bytes] : kShippedPlugins) {
-    const std::string recipe = bytes;
-    EXPECT_EQ(modPlugin::FormatPlugin(modPlugin::ParsePlugin(recipe)), recipe) << name;
-    for (const auto& remark : modPlugin::CheckPlugin(ports, recipe)) {
-      EXPECT_FALSE(remark.is_fault) << name << ": " << remark.text;
-    }
-    machine->MakeFile(plugins_folder + name, recipe);
-    list += std::string("1\x01") + name + "\x01\r\n";
-  }
-  EXPECT_EQ(std::size(kShippedPlugins), 6u);
-  WriteList(list);
-  for (const bool again : {false, true}) {
-    EXPECT_EQ(CleanPluginsLog(), std::string("Plugins... Files Deleted: ") +
-                                     (again ? "0 Space Gained: 0" : "6 Space Gained: 12") +
-                                     " Bytes");
-    for (const std::string& path : gone) EXPECT_FALSE(machine->Exists(path)) << path;
-    for (const std::string& path : kept) EXPECT_TRUE(machine->Exists(path)) << path;
-    EXPECT_FALSE(machine->Exists(wer + "ReportArchive\\AppCrash_1"));
-    EXPECT_TRUE(machine->Exists(wer + "ReportArchive"));
-    EXPECT_EQ(ports.files.ReadWholeFile(roaming + "vlc\\vlc-qt-interface.ini"),
-              "[Main]\r\na=1\r\n");
-    EXPECT_FALSE(machine->KeyExists(kUser, kAppletsKey));
-  }
 }
 
 }  // namespace
