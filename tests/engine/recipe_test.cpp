@@ -290,7 +290,7 @@ TEST_F(RecipeTest, APatternReachesNothingPrecious) {
                                "F|Yes|No|%Documents%\\*.*|Yes",
                                start + "*|",
                                start + "Microsoft\\Windows\\CurrentVersion\\Explorer|",
-                               start + "Microsoft\\*\\CurrentVersion|",
+                               "R|Yes|No|HKEY_CURRENT_USER\\*\\Microsoft\\Windows|",
                                "R|Yes|No|HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft|",
                                "R|Yes|No|HKEY_LOCAL_MACHINE\\*\\Microsoft\\Windows|"};
   machine->MakeFolder(ExpandPluginPath(ports, "%Documents%"));
