@@ -119,7 +119,7 @@ TEST_F(RunRecordsTest, ARunThatBackedUpIsUndoneAlsoFromItsRecord) {
   EXPECT_FALSE(CanUndo(*engine.state().Entries));
 }
 
-// The bin holds an older file of the same place, one that was recycled by hand with another size,
+// The bin holds older files of the same place, one that was recycled by hand with another size,
 // and records that tell nothing; another user's bin a later one of the same place and size. Where
 // one folder was there is a link by now.
 TEST_F(RunRecordsTest, WhatARunRecycledComesBackAndNothingIsReplaced) {
@@ -138,6 +138,7 @@ TEST_F(RunRecordsTest, WhatARunRecycledComesBackAndNothingIsReplaced) {
   put("AAAAAA.txt", 10, gone, "old..");
   put("BBBBBB.txt", 20, UpCase(gone), "right");
   put("CCCCCC.txt", 30, gone, "by hand");
+  put("HHHHHH.txt", 15, gone, "older");
   put("DDDDDD.txt", 20, there, "12345");
   const std::string beyond = scratch + "link\\a.txt";
   put("GGGGGG.txt", 20, beyond, "12345");
@@ -163,7 +164,8 @@ TEST_F(RunRecordsTest, WhatARunRecycledComesBackAndNothingIsReplaced) {
   EXPECT_EQ(ports.files.ReadWholeFile(there), "newer");
   EXPECT_EQ(machine->Tree(bin),
             (Names{"$IAAAAAA.txt", "$ICCCCCC.txt", "$IDDDDDD.txt", "$IEEEEEE.txt", "$IGGGGGG.txt",
-                   "$RAAAAAA.txt", "$RCCCCCC.txt", "$RDDDDDD.txt", "$RGGGGGG.txt"}));
+                   "$IHHHHHH.txt", "$RAAAAAA.txt", "$RCCCCCC.txt", "$RDDDDDD.txt", "$RGGGGGG.txt",
+                   "$RHHHHHH.txt"}));
   for (const std::string& folder : {bin, foreign}) {
     for (const std::string& name : machine->Tree(folder)) ports.files.RemoveFile(folder + name);
     ports.files.RemoveFolder(folder);
