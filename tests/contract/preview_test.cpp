@@ -39,6 +39,17 @@ TEST_F(PreviewContract, WhatWasRemovedIsNoLongerSeenAndStillThere) {
   EXPECT_EQ(Tree(), before);
 }
 
+// Where names may differ in case alone.
+TEST_F(PreviewContract, AnotherSpellingIsGoneOnlyWhereItIsTheSameFile) {
+  Make("in\\a.txt", "1");
+  Make("in\\A.TXT", "12");
+  const bool are_two = Tree().size() == 3;
+  seen_.RemoveFile(At("in\\a.txt"));
+  EXPECT_EQ(NamesOf(At("in")), are_two ? Names{"A.TXT"} : Names{});
+  EXPECT_EQ(seen_.Look(At("in\\A.TXT")).has_value(), are_two);
+  EXPECT_FALSE(seen_.Look(At("in\\a.txt")));
+}
+
 // A look, what happens to that or another name, and the removal of what was looked at.
 TEST_F(PreviewContract, WhatWasLookedAtGoesAsItIsByThen) {
   const struct {
