@@ -63,7 +63,7 @@ constexpr std::array<Item, kItemCount> kItems = {{
      CleanRecentDocuments,
      {"The shortcuts in the folder of recent documents, jump lists, and the lists of recent "
       "documents and of the dialogs that open and save files in the registry. The documents stay, "
-      "and so do jump lists with pinned entries where KeepPins=1 of Settings.ini says so."}},
+      "and so do jump lists with pinned entries where the Options say so."}},
     {8, 11, "chkPrinter", "Clean Residual printer files", "CleanPrinter", kFolderFiles, kNone,
      "Residual printer files... ", "There was an error in cleaning Residual Printer Files. ",
      false, CleanPrinterFiles,

@@ -12,7 +12,6 @@
 #include "run/run_limits.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
-#include "settings/numbers.h"
 
 namespace quellix {
 namespace {
@@ -25,7 +24,7 @@ constexpr const char* kActiveXCache =
     "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ActiveX Cache\\";
 constexpr const char* kRecentDocs =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs\\";
-constexpr const char* kKeepPins = "KeepPins=1 of Settings.ini";
+constexpr const char* kKeepPins = "Jump lists with pinned entries stay (Options)";
 
 // The lists by kind of file, and those of the dialogs that open and save files. Before Windows 8
 // they stay, as users of older versions know it.
@@ -170,11 +169,10 @@ void CleanPrinterFiles(CleaningContext& context, const Item& item) {
 
 void CleanRecentDocuments(CleaningContext& context, const Item& item) {
   BeginFiles(context, item);
-  const bool keeps_pins = ToNumber(context.settings.ReadIniValue("General", "KeepPins", "0")) == 1;
   size_t pinned = 0;
   const auto stays = [&](std::string_view path) {
     if (IsDesktopIni(path)) return true;
-    const bool has_pins = keeps_pins && StaysForItsPins(context, path);
+    const bool has_pins = context.state.KeepPins && StaysForItsPins(context, path);
     pinned += has_pins ? 1 : 0;
     return has_pins;
   };

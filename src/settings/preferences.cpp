@@ -95,6 +95,7 @@ constexpr Row kRows[] = {
     {"General", "TrayIcon", kBox<&Preferences::tray_icon>},
     {"General", "WipeStep", kStep},
     {"General", "AllValues", kBox<&Preferences::AllValues>},
+    {"General", "KeepPins", kBox<&Preferences::KeepPins>},
     {"General", "OlderThanDays", kCount<&Preferences::OlderThanDays>},
     {"General", "Ask", kBox<&Preferences::ask>},
     {"General", "SelectRisky", kBox<&Preferences::select_risky>},

@@ -18,6 +18,7 @@ struct RemovalOptions {
   bool KeepOnAbort = false;        // a stopped run leaves its archive
   bool BackupRegistry = true;      // registry entries are kept too, before they go
   bool AllValues = false;          // registry lists are cleared to their end
+  bool KeepPins = false;           // jump lists that may hold pinned entries stay
   int16_t KeepDays = 0;            // how long backups are kept; 0: for ever
   int16_t OlderThanDays = 0;       // what was written in so many days stays; 0: nothing does
 };

@@ -459,6 +459,7 @@
 #define fraBefore 2241
 #define chkAsk 2242
 #define chkSelectRisky 2243
+#define chkKeepPins 2257
 #define lblOlderThan 2244
 #define txtOlderThan 2245
 #define lblOlderThanUnit 2246

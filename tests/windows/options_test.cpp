@@ -92,7 +92,7 @@ void FillPages(const OptionsWindow& options) {
   options.Choose(cmbWipeStep, 1);
   options.Type(txtBackup, L"C:\\Saf\u00E9");
   options.GoTo(OptionsPage::kRuns);
-  click({chkAsk, chkSelectRisky});
+  click({chkAsk, chkSelectRisky, chkKeepPins});
   options.Type(txtOlderThan, L"7");
   options.Type(txtKeepLogs, L"20");
   options.Type(txtKeepDays, L"30");
@@ -110,12 +110,13 @@ TEST_F(FrmOptionsTest, GeneralAndDeletionAreWrittenToTheByteAndApplied) {
   EXPECT_FALSE(options.IsEnabled(cmdApply) || options.IsEnabled(cmbAutoClean1));
   FillPages(options);
   Apply(options);
-  EXPECT_EQ(ReadFile("Settings.ini"),
-            "[General]\r\nStartupClean=1\r\nAutoClean=1\r\nHM=0\r\nDuration=45\r\nDelMethod=B\r\n"
-            "ExtraS=1\r\nRename=1\r\nProtect1=1\r\nProtect2=1\r\nTipBox=0\r\nTrayIcon=1\r\n"
-            "WipeStep=65536\r\nOlderThanDays=7\r\nAsk=1\r\nSelectRisky=0\r\nKeepLogs=20\r\n"
-            "[Backup]\r\nPath=C:\\Saf\xC3\xA9\\\r\nStrict=1\r\nKeepOnAbort=1\r\n"
-            "Registry=0\r\nKeepDays=30\r\n");
+  EXPECT_EQ(
+      ReadFile("Settings.ini"),
+      "[General]\r\nStartupClean=1\r\nAutoClean=1\r\nHM=0\r\nDuration=45\r\nDelMethod=B\r\n"
+      "ExtraS=1\r\nRename=1\r\nProtect1=1\r\nProtect2=1\r\nTipBox=0\r\nTrayIcon=1\r\n"
+      "WipeStep=65536\r\nKeepPins=1\r\nOlderThanDays=7\r\nAsk=1\r\nSelectRisky=0\r\nKeepLogs=20\r\n"
+      "[Backup]\r\nPath=C:\\Saf\xC3\xA9\\\r\nStrict=1\r\nKeepOnAbort=1\r\n"
+      "Registry=0\r\nKeepDays=30\r\n");
   EXPECT_EQ(RunEntry(), L"\"" + (ProgramFolder() / "quellix.exe").wstring() + L"\" -S");
   EXPECT_TRUE(is_applied(true));
   options.GoTo(OptionsPage::kDeletion);
