@@ -62,12 +62,14 @@ void CollectFolder(CleaningContext& context, const std::string& path, const File
     NotePlace(context.state);
     const std::string why = places.WhyNot(*folder, mask, entry.recurse, Claim::kRecipe);
     if (!why.empty()) return Log(context, path + " is not cleaned: " + why);
-    if (entry.remove_self && !places.IsPersonal(*folder)) {
-      collected.emptied.push_back({path, folder->Id()});
-    }
-    collected.lists.push_back(CollectPluginFiles(context, std::move(folder), path,
-                                                 entry.delete_subfolders, entry.recurse, mask,
-                                                 &exclusions));
+    const bool goes_itself = entry.remove_self && !places.IsNoted(*folder) &&
+                             !exclusions.In(*folder, path).LeavesFolder(WithBackslash(path));
+    const EmptiedFolder itself{path, folder->Id()};
+    FileList list = CollectPluginFiles(context, std::move(folder), path, entry.delete_subfolders,
+                                       entry.recurse, mask, &exclusions);
+    const bool is_empty = list.PendingFiles.empty() && list.PendingFolders.empty();
+    if (!is_empty) collected.lists.push_back(std::move(list));
+    if (goes_itself) collected.emptied.push_back(itself);
   } catch (const Error& error) {
     if (error.kind() != Error::Kind::kMissing) Log(context, path + ": " + error.what());
   }
@@ -105,6 +107,7 @@ void EraseKey(CleaningContext& context, const RegistryEntry& entry, const KeyPla
 void ProcessKeys(CleaningContext& context, const RegistryEntry& entry,
                  const Exclusions& exclusions) {
   for (const KeyPlace& place : FindKeys(context.machine.registry, entry, PauseOf(context))) {
+    if (context.state.AbortRequested) return;
     EraseKey(context, entry, place, exclusions);
   }
 }
@@ -124,12 +127,13 @@ bool MayRun(CleaningContext& context, const Plugin& plugin, const Exclusions& ex
   for (const std::string& refusal : exclusions.refusals()) Log(context, refusal);
   const std::string program = RunningProgram(context.machine, plugin);
   const std::string& what = plugin.description.empty() ? "This plug-in" : plugin.description;
+  const bool is_clear = exclusions.refusals().empty() && !plugin.has_unknown_exclusion;
   if (!program.empty()) {
     Log(context, what + " is not cleaned: " + program + " runs; close it first.");
-  } else if (!exclusions.refusals().empty()) {
+  } else if (!is_clear) {
     Log(context, what + " is not cleaned: what it is to leave is not known.");
   }
-  const bool may = program.empty() && exclusions.refusals().empty();
+  const bool may = program.empty() && is_clear;
   context.state.SomeErrors = context.state.SomeErrors || !may;
   return may;
 }
@@ -153,7 +157,7 @@ void RemoveEmptied(CleaningContext& context, const EmptiedFolder& emptied) {
 Collected ProcessRecords(CleaningContext& context, const Plugin& plugin) {
   Collected collected;
   const Exclusions exclusions(context.machine, plugin.exclusions, PauseOf(context));
-  if (!MayRun(context, plugin, exclusions)) return collected;
+  if (!MayRun(context, plugin, exclusions) || context.state.AbortRequested) return collected;
   for (const IniEntry& entry : plugin.ini) ProcessIni(context, entry);
   for (const FileEntry& entry : plugin.files) {
     CollectFolders(context, entry, exclusions, collected);

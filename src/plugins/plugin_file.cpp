@@ -146,7 +146,10 @@ Plugin ParsePlugin(std::string_view text) {
   Plugin plugin;
   ReadLines(text, [&plugin](const Record& record) {
     if (IsOther(record)) plugin.others.emplace_back(record.text);
-    if (IsComplete(record)) Take(record, plugin);
+    const bool is_complete = IsComplete(record);
+    if (is_complete) Take(record, plugin);
+    if (record.fields[0] == "X" && (!is_complete || !ToExclusion(record)))
+      plugin.has_unknown_exclusion = true;
   });
   return plugin;
 }

@@ -65,10 +65,11 @@ struct Plugin {
   // What older readers ignore.
   std::vector<Exclusion> exclusions;
   std::vector<Detection> detections;
-  std::string group;                  // G: what stands together
-  std::string cost;                   // W: what its user loses besides traces, a clause
-  bool loses_data = false;            // W: which cannot be had again
-  std::vector<std::string> programs;  // P: file names of programs that must not run meanwhile
+  std::string group;                   // G: what stands together
+  std::string cost;                    // W: what its user loses besides traces, a clause
+  bool has_unknown_exclusion = false;  // an X that cannot be read: it may name anything
+  bool loses_data = false;             // W: which cannot be had again
+  std::vector<std::string> programs;   // P: file names of programs that must not run meanwhile
   // The lines of all records but D, F, R and I as they stand, of kinds that nobody knows among
   // them.
   std::vector<std::string> others;

@@ -47,21 +47,28 @@ std::string WhyNotEdited(const Machine& machine, ProtectedPlaces& places, const 
   }
 }
 
-// Each folder of a folder with all that is in it would be that folder by another name.
-bool IsAllOf(const PathPattern& path, const FileEntry& entry, std::string_view mask) {
-  const bool takes_all = entry.recurse && MatchesMask("a", mask) && MatchesMask("a.b", mask);
-  return takes_all && !path.names.empty() && MatchesMask("a", path.names.back());
+bool FitsAnything(std::string_view mask) {
+  return HasNameWildcards(mask) && mask.find_first_not_of("*?.") == mask.npos;
+}
+
+// Each folder of a folder with all that is in it would be that folder by another name, and so would
+// each folder of those.
+std::string WhyNotAll(const Machine& machine, ProtectedPlaces& places, const FileEntry& entry,
+                      const PathPattern& path, std::string_view folder) {
+  std::string why;
+  if (!entry.recurse || !FitsAnything(NamePart(entry.location))) return why;
+  for (size_t i = path.names.size(); i-- > 0 && FitsAnything(path.names[i]) && why.empty();) {
+    folder = WithoutBackslash(FolderPart(folder));
+    if (!WhyNotFolder(machine, places, std::string(folder), entry).empty()) why = kEverything;
+  }
+  return why;
 }
 
 void AddFolders(const Machine& machine, ProtectedPlaces& places, const FileEntry& entry,
                 const PathPattern& path, const Pause& pause, FilesPlace& place) {
-  const bool is_all = IsAllOf(path, entry, place.mask);
   for (std::string& folder : FindMatches(machine.files, path, pause)) {
     std::string why = WhyNotFolder(machine, places, folder, entry);
-    const std::string above(WithoutBackslash(FolderPart(folder)));
-    if (why.empty() && is_all && !WhyNotFolder(machine, places, above, entry).empty()) {
-      why = kEverything;
-    }
+    if (why.empty()) why = WhyNotAll(machine, places, entry, path, folder);
     if (why.empty()) {
       place.folders.push_back(std::move(folder));
     } else {

@@ -18,6 +18,27 @@ bool FitsAll(std::string_view mask) { return mask == "*.*" || mask == "*"; }
 
 std::string TrueNameOf(RegistryKey& key) { return UpCase(key.TrueName()) + "\\"; }
 
+// The names of folders below one, as a walk comes by them: `ids` from the innermost on. Throws
+// Error where they are not there.
+std::string NamesOf(Folder& folder, const std::vector<FileId>& ids) {
+  std::string names;
+  std::unique_ptr<Folder> held;
+  for (auto id = ids.rbegin(); id != ids.rend(); ++id) {
+    Folder& at = held ? *held : folder;
+    std::string name;
+    at.Enumerate(Detail::kKind, [&](const Entry& entry) {
+      const bool may_be = entry.info.is_folder && !entry.info.is_link;
+      if (may_be && at.IdOf(entry.name) == *id) name = entry.name;
+      return name.empty();
+    });
+    auto next = name.empty() ? nullptr : at.OpenFolder(name);
+    if (!next) throw Error(Error::Kind::kOther, "What is to be left cannot be found there.");
+    names += name + "\\";
+    held = std::move(next);
+  }
+  return names;
+}
+
 }  // namespace
 
 void WalkExclusions::Add(std::string folder, bool below, std::string mask) {
@@ -60,13 +81,19 @@ void Exclusions::AddFiles(const Machine& machine, const Exclusion& exclusion, co
     refusals_.push_back("The exclusion of " + exclusion.place + why);
   };
   if (sides.empty()) return refuse(" has a variable without a value on this machine.");
-  if (mask.empty() || !MayBeFileName(mask))
+  const bool is_cut_off = mask.ends_with('.') && !HasNameWildcards(mask);
+  if (mask.empty() || is_cut_off || !MayBeFileName(mask))
     return refuse(" names nothing that a file can be called.");
   for (const std::string& side : sides) {
     const std::optional<PathPattern> pattern = ParsePattern(side);
     if (!pattern) return refuse(" does not begin with the full path of a folder.");
     for (const std::string& folder : FindMatches(machine.files, *pattern, pause)) {
-      AddFolder(machine, folder, exclusion.kind == Exclusion::Kind::kPath, mask);
+      const bool below = exclusion.kind == Exclusion::Kind::kPath;
+      AddFolder(machine, folder, below, mask);
+      // A folder named by itself is meant with all that is in it.
+      const std::string named = folder + "\\" + mask;
+      const auto info = HasNameWildcards(mask) ? std::nullopt : machine.files.Look(named);
+      if (below && info && info->is_folder) AddFolder(machine, named, below, "*.*");
     }
   }
 }
@@ -76,7 +103,7 @@ void Exclusions::AddFolder(const Machine& machine, const std::string& path, bool
   try {
     const auto folder = machine.files.OpenFolder(path.size() == 2 ? path + "\\" : path);
     if (folder) {
-      places_.push_back({folder->Id(), folder->Above(), Split(path, '\\'), below, mask});
+      places_.push_back({folder->Id(), folder->Above(), below, mask});
     }
   } catch (const Error& error) {
     refusals_.push_back("The exclusion of " + path + " cannot be looked up: " + error.what());
@@ -88,11 +115,14 @@ void Exclusions::AddKeys(const Machine& machine, const Exclusion& exclusion, con
       .delete_subkey = true, .key = exclusion.place, .value_name = "", .both_views = true};
   for (const KeyPlace& place : FindAnyKeys(machine.registry, entry, pause)) {
     try {
-      const auto key = place.root
-                           ? machine.registry.Open(*place.root, place.subkey, RegistryAccess::kRead)
-                           : nullptr;
-      if (key) keys_.push_back(TrueNameOf(*key));
-      if (!place.root) refusals_.push_back(place.refusal);
+      if (!place.root) {
+        refusals_.push_back(place.refusal);
+        continue;
+      }
+      for (const KeyHome& home : KeyHomes(*place.root, place.subkey)) {
+        const auto key = machine.registry.Open(home.root, home.key, RegistryAccess::kRead);
+        if (key) keys_.push_back(TrueNameOf(*key));
+      }
     } catch (const Error& error) {
       refusals_.push_back("The exclusion of " + exclusion.place +
                           " cannot be looked up: " + error.what());
@@ -111,13 +141,9 @@ WalkExclusions Exclusions::In(Folder& folder, std::string_view path) const {
     if (place.id == id || (place.below && std::ranges::find(above, place.id) != above.end())) {
       here.Add(std::string(path), place.below, place.mask);
     } else if (level != place.above.end()) {
-      const auto levels = static_cast<size_t>(level - place.above.begin()) + 1;
-      std::string below = WithBackslash(path);
-      for (size_t i = place.names.size() - std::min(levels, place.names.size());
-           i < place.names.size(); ++i) {
-        below += place.names[i] + "\\";
-      }
-      here.Add(std::move(below), place.below, place.mask);
+      std::vector<FileId> ids = {place.id};
+      ids.insert(ids.end(), place.above.begin(), level);
+      here.Add(WithBackslash(path) + NamesOf(folder, ids), place.below, place.mask);
     }
   }
   return here;
@@ -129,7 +155,12 @@ std::vector<RegistryTarget> Exclusions::Without(Registry& registry,
   std::vector<RegistryTarget> targets;
   for (const KeyHome& home : KeyHomes(target.root, target.key)) {
     const auto key = registry.Open(home.root, home.key, RegistryAccess::kRead);
-    if (key) Divide(*key, {target.kind, home.root, home.key, target.name}, targets);
+    const std::string above(WithoutBackslash(FolderPart(home.key)));
+    const auto holder = registry.Open(home.root, above, RegistryAccess::kRead);
+    if (target.kind == Kind::kTree && holder && holder->IsLink(NamePart(home.key))) {
+      targets.push_back({target.kind, home.root, home.key, target.name});  // refused as it is
+    } else if (key)
+      Divide(*key, {target.kind, home.root, home.key, target.name}, targets);
   }
   return targets;
 }

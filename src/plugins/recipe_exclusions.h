@@ -50,7 +50,6 @@ class Exclusions {
   struct Place {
     FileId id;
     std::vector<FileId> above;
-    std::vector<std::string> names;  // of the path, the last one being the folder's
     bool below;
     std::string mask;
   };

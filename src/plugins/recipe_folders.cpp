@@ -30,8 +30,8 @@ constexpr std::pair<std::string_view, std::string_view> kElsewhere[] = {
 };
 
 std::optional<std::string> ValueOf(const Machine& machine, std::string_view name) {
-  if (auto folder = KnownFolder(machine, name)) return folder;
   if (auto value = machine.system.Environment(name)) return value;
+  if (auto folder = KnownFolder(machine, name)) return folder;
   for (const auto& [variable, text] : kElsewhere) {
     if (EqualsNoCase(variable, name)) return ExpandPluginPath(machine, text);
   }

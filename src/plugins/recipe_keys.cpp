@@ -14,6 +14,7 @@ namespace {
 using ProtectedKeys::Part;
 
 constexpr std::string_view kSoftware = "SOFTWARE";
+constexpr std::ptrdiff_t kDeepest = 512;  // levels of keys that Windows allows
 constexpr const char* kCurrentConfig = "SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\";
 
 std::string WithoutEmptyParts(std::string_view subkey) {
@@ -36,14 +37,17 @@ bool IsProtected(Registry& registry, RegistryRoot root, const std::string& subke
   }
 }
 
-// Each key of a key would be that key by another name.
+// Each key of a key would be that key by another name, and so would each key of those.
 bool IsRefused(Registry& registry, const RegistryEntry& entry, const KeyPlace& place) {
   const Part part = entry.delete_subkey ? Part::kTree : Part::kValue;
   if (IsProtected(registry, *place.root, place.subkey, part)) return true;
-  const bool is_all = entry.delete_subkey && WithoutBackslash(entry.key).ends_with("\\*");
-  const std::string above(WithoutBackslash(FolderPart(place.subkey)));
-  return is_all && !place.subkey.ends_with("\\*") &&
-         IsProtected(registry, *place.root, above, Part::kTree);
+  if (!entry.delete_subkey || place.subkey.ends_with("\\*")) return false;
+  std::vector<std::string> written = Split(WithoutEmptyParts(entry.key), '\\');
+  for (std::string above = place.subkey; written.back() == "*"; written.pop_back()) {
+    above = WithoutBackslash(FolderPart(above));
+    if (IsProtected(registry, *place.root, above, Part::kTree)) return true;
+  }
+  return false;
 }
 
 bool IsIn(std::string_view subkey, std::string_view branch) {
@@ -132,6 +136,8 @@ std::vector<KeyPlace> FindAnyKeys(Registry& registry, const RegistryEntry& entry
   if (handle == 0) return {{{}, "", Refusal(entry.key, "it begins with no known root key.")}};
   RegistryRoot root = RegistryRoot::kLocalMachine;
   std::string subkey = WithoutEmptyParts(std::string_view(entry.key).substr(end));
+  if (std::ranges::count(subkey, '\\') >= kDeepest)
+    return {{{}, "", Refusal(entry.key.substr(0, 80), "no key lies so deep.")}};
   if (handle <= RootKeyFromName("HKEY_USERS")) {
     root = static_cast<RegistryRoot>(handle - RootKeyFromName("HKEY_CLASSES_ROOT"));
   } else if (handle == RootKeyFromName("HKEY_CURRENT_CONFIG")) {

@@ -236,7 +236,9 @@ void PreciousFinder::FindProfile(Folder& profile) {
 // Where the user's folders are when they were moved.
 void PreciousFinder::FindKnownFolders() {
   for (const char* key : kShellKeys) {
-    NoteFolderValues(kCurrentUser, key, {"AppData", "Local AppData"}, Kind::kHome);
+    NoteFolderValues(kCurrentUser, key,
+                     {"AppData", "Local AppData", "{A520A1A4-1780-4FF6-BD18-167343C5AF16}"},
+                     Kind::kHome);
     NoteFolderValues(kCurrentUser, key,
                      {"Desktop", "Personal", "My Pictures", "My Music", "My Video", "Favorites",
                       "Start Menu", "{374DE290-123F-4565-9164-39C4925E467B}"},

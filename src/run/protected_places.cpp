@@ -72,7 +72,7 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
   if (const auto line = keep_.ForFolder(self, above); !line.empty()) return Kept(line);
   const bool names_one = !HasWildcards(mask), is_harmless = HasHarmlessExtension(mask);
   const bool is_home = rule == Kind::kHome && !(claim == Claim::kRecipe && IsProgram(mask));
-  const bool may_go = is_harmless || (rule <= Kind::kRoot && IsText(mask)) ||
+  const bool may_go = is_harmless || (rule == Kind::kRoot && IsText(mask)) ||
                       (names_one && (is_home || !MayBelongToWindows(mask)));
   // The program's own items go where Windows keeps what they are made for.
   const bool is_made_for =
@@ -136,6 +136,8 @@ bool ProtectedPlaces::IsSpared(const FileId& folder) const {
   return (noted != folders_.end() && noted->second > Kind::kPersonal) ||
          !keep_.ForFolder(folder).empty();
 }
+
+bool ProtectedPlaces::IsNoted(Folder& folder) const { return folders_.contains(folder.Id()); }
 
 bool ProtectedPlaces::IsPersonal(Folder& folder) const {
   const auto noted = folders_.find(folder.Id());

@@ -50,6 +50,8 @@ class ProtectedPlaces {
 
   // Whether it is one of the folders that users know, as Downloads, which their own list may name.
   bool IsPersonal(Folder& folder) const;
+  // Whether it is one of the places that are known here, also one that may be emptied.
+  bool IsNoted(Folder& folder) const;
 
  private:
   friend class PreciousFinder;

@@ -91,20 +91,35 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
   const std::string other = std::string(FolderPart(profile)) + "Somebody Else";
   const std::pair<const char*, Names> kRows[] = {
       {"",
-       {windows + "|qx.exe", windows + "|qx", windows + "|q?.zzz", windows + "||*.log",
-        windows + "||*.txt", system + "|*.txt", system + "|qx.dll", system + "|*.spl",
-        system + "\\Qx||*.*", config + "|*.log", config + "\\Qx|qx.log", root + "|BOOTMGR",
-        profile + "|NTUSER.DAT.LOG1", profile + "|ntuser.dat{1}.TM.blf", other + "||*.*",
-        listed + "||*.*", ports.program_folder + "|qx.log", scratch + "|UsrClass.dat"}},
+       {windows + "|qx.exe",
+        windows + "|qx",
+        windows + "|q?.zzz",
+        windows + "||*.log",
+        windows + "||*.txt",
+        system + "|*.txt",
+        system + "|qx.dll",
+        system + "|*.spl",
+        system + "\\Qx||*.*",
+        config + "|*.log",
+        config + "\\Qx|qx.log",
+        root + "|BOOTMGR",
+        profile + "|NTUSER.DAT.LOG1",
+        profile + "|ntuser.dat{1}.TM.blf",
+        other + "||*.*",
+        listed + "||*.*",
+        ports.program_folder + "|qx.log",
+        scratch + "|UsrClass.dat",
+        root + "|qx*.TXT",
+        profile + "|*.txt"}},
       {"I", {system + "\\Qx||*.spl"}},
       {"IO", {root + "|qx.exe", profile + "|qx.MUI"}},
       {"O",
        {games + "||*.*", games + "||*.log", cloud + "||*.*", moved + "||*.*", aside + "||*.*",
         scratch + "Qx||*.*"}},
       {"IRO",
-       {windows + "|MEMORY.DMP", windows + "|*.log", windows + "|*.txt", root + "|qx*.TXT",
-        windows + "|qx.zzz", system + "\\LogFiles\\Qx||*.*", root + "|qx.zzz", profile + "|qx.dat",
-        other + "\\Qx||*.*", games + "|*.log", scratch + "|notes.dat"}}};
+       {windows + "|MEMORY.DMP", windows + "|*.log", windows + "|*.txt", windows + "|qx.zzz",
+        system + "\\LogFiles\\Qx||*.*", root + "|qx.zzz", profile + "|qx.dat", other + "\\Qx||*.*",
+        games + "|*.log", scratch + "|notes.dat"}}};
   const std::string list = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-9";
   machine->SetText(RegistryRoot::kLocalMachine, list, "ProfileImagePath", listed);
   machine->SetText(kUser, kShellFolders, kDownloads, "%USERPROFILE%\\Qx moved");
@@ -136,7 +151,6 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
   ports.registry.Open(kUser, kShellFolders, RegistryAccess::kWrite)->DeleteValue(kDownloads);
   ports.registry.Open(RegistryRoot::kLocalMachine, kShellFolders, RegistryAccess::kWrite)
       ->DeleteValue("CommonVideo");
-  ports.files.RemoveFolder(link);
   if (!had_boot_file) ports.files.RemoveFile(root + "bootmgr");
 }
 

@@ -12,6 +12,12 @@ namespace {
 constexpr const char* kShellFolders =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
 
+std::string Repeated(std::string_view part, int times) {
+  std::string text;
+  while (times-- > 0) text += part;
+  return text;
+}
+
 struct RecipeTest : PluginFixture {
   // "~\" is the scratch folder, "^\" the test's key.
   std::string Written(std::string recipe) const {
@@ -93,9 +99,21 @@ TEST_F(RecipeTest, FilesAndFoldersGoAsTheirRecordsSay) {
        {"in\\sub\\k", "on\\a"},
        {"on\\a"}},
       {"a record that older and newer readers may have",
-       "Z|x\r\nX|Folder|~\\in\r\nT|Disk|C:\r\nF|No|No|~\\in\\*.*",
+       "Z|x\r\nT|Disk|C:\r\nF|No|No|~\\in\\*.*",
        {"in\\a"},
        {"in\\a"}},
+      {"an exclusion that nobody can read",
+       "X|path|~\\in\\*.*\r\nF|No|No|~\\on\\*.*",
+       {"on\\a"},
+       {}},
+      {"a folder that is left by its name",
+       "X|Path|~\\in\\keep\r\nF|Yes|Yes|~\\in\\*.*",
+       {"in\\a", "in\\keep\\b\\c"},
+       {"in\\a"}},
+      {"a folder that is left, and goes itself when empty",
+       "X|Path|~\\in\\*.*\r\nF|No|No|~\\in\\*.*|Yes",
+       {"in\\a"},
+       {}},
       {"an exclusion that means nothing", "F|No|No|~\\in\\*.*\r\nX|File|in\\a", {"in\\a"}, {}},
       {"found by one of its places",
        "T|File|~\\no*\r\nT|File|~\\i?\\a*\r\nF|No|No|~\\in\\*.*",
@@ -280,6 +298,18 @@ TEST_F(RecipeTest, WhatCannotMatchIsAFault) {
 }
 
 // Each expansion is judged as if it had been written, and all of a folder as the folder.
+TEST_F(RecipeTest, WhatIsLeftByAnotherSpellingStays) {
+  const std::string kept = scratch + "in\\A long folder name";
+  machine->MakeFile(kept + "\\b", "1");
+  machine->MakeFolderLink(scratch + "way", scratch + "in");
+  for (const std::string& spelled :
+       {machine->ShortName(kept), UpCase(kept), scratch + "way\\a long folder name"}) {
+    machine->MakeFile(scratch + "in\\a", "1");
+    Run("X|Path|" + spelled + "\\*.*\r\nF|Yes|Yes|~\\in\\*.*");
+    EXPECT_TRUE(machine->Exists(kept + "\\b")) << spelled;
+  }
+}
+
 TEST_F(RecipeTest, APatternReachesNothingPrecious) {
   const std::string windows = ports.system.WindowsFolder(), drive = windows.substr(0, 2);
   const std::string start = "R|Yes|No|HKEY_CURRENT_USER\\Software\\";
@@ -288,6 +318,11 @@ TEST_F(RecipeTest, APatternReachesNothingPrecious) {
                                "F|Yes|Yes|%LOCALAPPDATA%\\*\\*.*",
                                "F|Yes|Yes|%USERPROFILE%\\AppData\\?*\\*",
                                "F|Yes|No|%Documents%\\*.*|Yes",
+                               "F|Yes|Yes|%LOCALAPPDATA%\\??*\\*.*",
+                               "F|Yes|Yes|%LOCALAPPDATA%\\*\\*\\*.?*",
+                               start + "*\\\\|",
+                               start + "*\\*|",
+                               start + "Classes" + Repeated("\\Classes\\*", 300) + "|",
                                start + "*|",
                                start + "Microsoft\\Windows\\CurrentVersion\\Explorer|",
                                "R|Yes|No|HKEY_CURRENT_USER\\*\\Microsoft\\Windows|",
@@ -295,7 +330,7 @@ TEST_F(RecipeTest, APatternReachesNothingPrecious) {
                                "R|Yes|No|HKEY_LOCAL_MACHINE\\*\\Microsoft\\Windows|"};
   machine->MakeFolder(ExpandPluginPath(ports, "%Documents%"));
   machine->MakeFolder(windows + "\\System32");
-  machine->MakeFile(ExpandPluginPath(ports, "%LOCALAPPDATA%\\Qx kept\\a"), "1");
+  machine->MakeFile(ExpandPluginPath(ports, "%LOCALAPPDATA%\\Qx kept\\sub\\a"), "1");
   machine->SetText(kUser, kShellFolders, "Qx", "1");
   machine->SetText(kUser, std::string(kKey) + "\\a", "v", "1");
   machine->SetText(RegistryRoot::kLocalMachine, "SOFTWARE\\Microsoft\\Windows\\CurrentVersion",
