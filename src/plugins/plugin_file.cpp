@@ -148,8 +148,8 @@ Plugin ParsePlugin(std::string_view text) {
     if (IsOther(record)) plugin.others.emplace_back(record.text);
     const bool is_complete = IsComplete(record);
     if (is_complete) Take(record, plugin);
-    if (record.fields[0] == "X" && (!is_complete || !ToExclusion(record)))
-      plugin.has_unknown_exclusion = true;
+    const bool is_exclusion = record.fields[0] == "X" && record.fields.size() > 1;
+    if (is_exclusion && (!is_complete || !ToExclusion(record))) plugin.has_unknown_exclusion = true;
   });
   return plugin;
 }
