@@ -298,6 +298,29 @@ TEST_F(RecipeTest, WhatCannotMatchIsAFault) {
 }
 
 // Each expansion is judged as if it had been written, and all of a folder as the folder.
+TEST_F(RecipeTest, AFolderThatWindowsNeedsIsEmptiedAndStays) {
+  const std::string logs = ports.system.SystemFolder() + "\\LogFiles";
+  machine->MakeFile(logs + "\\Qx\\a", "1");
+  Run("F|Yes|Yes|%SYSDIR%\\LogFiles\\*.*|Yes");
+  EXPECT_FALSE(machine->Exists(logs + "\\Qx"));
+  EXPECT_TRUE(machine->Exists(logs));
+}
+
+TEST_F(RecipeTest, AKeyOfClassesIsLeftInBothOfItsHomes) {
+  using enum RegistryRoot;
+  const std::string classes = "Software\\Classes\\QxRecipe\\in";
+  for (const RegistryRoot root : {kCurrentUser, kLocalMachine}) {
+    machine->SetText(root, classes + "\\keep", "v", "1");
+    machine->SetText(root, classes + "\\other", "v", "1");
+  }
+  Run("X|Key|HKEY_CLASSES_ROOT\\QxRecipe\\in\\keep\r\nR|Yes|No|HKEY_CLASSES_ROOT\\QxRecipe\\in|");
+  for (const RegistryRoot root : {kCurrentUser, kLocalMachine}) {
+    EXPECT_TRUE(ports.registry.Open(root, classes + "\\keep", RegistryAccess::kRead));
+    EXPECT_FALSE(ports.registry.Open(root, classes + "\\other", RegistryAccess::kRead));
+    machine->RemoveRegistryTree(root, "Software\\Classes\\QxRecipe");
+  }
+}
+
 TEST_F(RecipeTest, WhatIsLeftByAnotherSpellingStays) {
   const std::string kept = scratch + "in\\A long folder name";
   machine->MakeFile(kept + "\\b", "1");
