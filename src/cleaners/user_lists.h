@@ -18,9 +18,9 @@ class UserLists {
   void AddValues(std::string_view key);
 
   // Lists of today's Windows and Office, always whole. In the pattern of a key "*" as a name stands
-  // for each sub-key. Of the keys that fit, all values go but numbers, which say how a list is
-  // shown; where "*" comes last, the keys themselves with all in them. Links are passed over, and
-  // so is what cannot be read.
+  // for each sub-key, also where one is named so itself, as in the lists of dialogs. Of the keys
+  // that fit, all values go but numbers, which say how a list is shown; where "*" comes last, the
+  // keys themselves with all in them. Links are passed over, and so is what cannot be read.
   void AddToday(std::string_view pattern);
 
   // Throws Error when some stayed.

@@ -123,7 +123,6 @@ void DropSeen(PathList& files, std::unordered_set<std::string>& seen) {
 
 // Whether a recipe may be carried out now; why not is told.
 bool MayRun(CleaningContext& context, const Plugin& plugin, const Exclusions& exclusions) {
-  if (!IsFound(context.machine, plugin)) return false;
   for (const std::string& refusal : exclusions.refusals()) Log(context, refusal);
   const std::string program = RunningProgram(context.machine, plugin);
   const std::string& what = plugin.description.empty() ? "This plug-in" : plugin.description;
@@ -156,6 +155,8 @@ void RemoveEmptied(CleaningContext& context, const EmptiedFolder& emptied) {
 
 Collected ProcessRecords(CleaningContext& context, const Plugin& plugin) {
   Collected collected;
+  collected.is_found = IsFound(context.machine, plugin);
+  if (!collected.is_found) return collected;
   const Exclusions exclusions(context.machine, plugin.exclusions, PauseOf(context));
   if (!MayRun(context, plugin, exclusions) || context.state.AbortRequested) return collected;
   for (const IniEntry& entry : plugin.ini) ProcessIni(context, entry);
@@ -193,8 +194,9 @@ void RemoveCollected(CleaningContext& context, Collected collected) {
 }
 
 void RunRecords(CleaningContext& context, const Plugin& plugin) {
-  if (!IsFound(context.machine, plugin)) Log(context, "What it cleans was not found here.");
-  RemoveCollected(context, ProcessRecords(context, plugin));
+  Collected collected = ProcessRecords(context, plugin);
+  if (!collected.is_found) Log(context, "What it cleans was not found here.");
+  RemoveCollected(context, std::move(collected));
 }
 
 bool RunPlugin(CleaningContext& context, std::string_view path) {

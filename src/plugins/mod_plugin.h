@@ -23,6 +23,7 @@ struct EmptiedFolder {
 };
 
 struct Collected {
+  bool is_found = true;         // whether the recipe has something to do here
   std::vector<FileList> lists;  // folder by folder
   std::vector<EmptiedFolder> emptied;
 };

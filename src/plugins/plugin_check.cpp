@@ -93,7 +93,7 @@ class Checker {
 
   void ExplainExclusion(const Record& record) {
     const std::optional<Exclusion> exclusion = ToExclusion(record);
-    if (!exclusion) return FaultOfKind(record, "File, Path or Key");
+    if (!exclusion) return FaultOfKind(record, "File, Path or Key, so nothing is cleaned");
     const Exclusions exclusions(machine_, {*exclusion});
     for (const std::string& refusal : exclusions.refusals()) Fault(refusal);
     if (!exclusions.refusals().empty()) return;
@@ -108,7 +108,7 @@ class Checker {
 
   void ExplainDetection(const Record& record) {
     const std::optional<Detection> detection = ToDetection(record);
-    if (!detection) return FaultOfKind(record, "File, Key or Version");
+    if (!detection) return FaultOfKind(record, "File, Key or Version, so it is ignored");
     if (std::string why = FaultOf(machine_, *detection); !why.empty()) return Fault(std::move(why));
     std::string what = detection->place;
     if (detection->kind == Detection::Kind::kVersion) {
@@ -131,7 +131,7 @@ class Checker {
   }
 
   void FaultOfKind(const Record& record, const char* kinds) {
-    Fault("\"" + record.fields[1] + "\" is none of " + kinds + ", so it is ignored.");
+    Fault("\"" + record.fields[1] + "\" is none of " + kinds + ".");
   }
 
   void ExplainFiles(const FileEntry& entry) {

@@ -42,7 +42,7 @@ struct IniEntry {  // I: a section or a key of an INI file that goes
 struct Exclusion {  // X: what stays of that which files and registry entries name
   enum class Kind {
     kFile,  // files of a folder
-    kPath,  // the same and all folders below it
+    kPath,  // the same and all folders below it; or a folder, with all that is in it
     kKey    // a key with all below it
   };
   Kind kind = Kind::kFile;
@@ -96,7 +96,8 @@ IniEntry ToIniEntry(const Record& record);
 std::optional<Exclusion> ToExclusion(const Record& record);
 std::optional<Detection> ToDetection(const Record& record);
 
-// Never fails: lines that are no complete record are skipped, flags other than "Yes" are No.
+// Never fails: lines that are no complete record are skipped, but for has_unknown_exclusion; flags
+// other than "Yes" are No.
 Plugin ParsePlugin(std::string_view text);
 // The bytes of a recipe: D, then every F, R and I record, then the others; each line ended by CR
 // LF.

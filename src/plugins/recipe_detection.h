@@ -7,8 +7,9 @@
 
 namespace quellix::modPlugin {
 
-// Whether a detection holds on this machine; what cannot be read counts as there. %ProgramFiles%
-// is each folder for programs, and HKEY_LOCAL_MACHINE\Software also what programs of 32 bits see.
+// Whether a detection holds on this machine; what is named without a wildcard and cannot be
+// read counts as there. %ProgramFiles% is each folder for programs, and HKEY_LOCAL_MACHINE\Software
+// also what programs of 32 bits see.
 bool Holds(const Machine& machine, const Detection& detection);
 
 // What is wrong with one that can hold nowhere, a sentence; "" for a good one.

@@ -154,13 +154,15 @@ std::vector<RegistryTarget> Exclusions::Without(Registry& registry,
   if (keys_.empty()) return {target};
   std::vector<RegistryTarget> targets;
   for (const KeyHome& home : KeyHomes(target.root, target.key)) {
-    const auto key = registry.Open(home.root, home.key, RegistryAccess::kRead);
+    const RegistryTarget here{target.kind, home.root, home.key, target.name};
     const std::string above(WithoutBackslash(FolderPart(home.key)));
     const auto holder = registry.Open(home.root, above, RegistryAccess::kRead);
-    if (target.kind == Kind::kTree && holder && holder->IsLink(NamePart(home.key))) {
-      targets.push_back({target.kind, home.root, home.key, target.name});  // refused as it is
-    } else if (key)
-      Divide(*key, {target.kind, home.root, home.key, target.name}, targets);
+    const bool is_link = holder && holder->IsLink(NamePart(home.key));
+    if (target.kind == Kind::kTree && is_link) {
+      targets.push_back(here);  // which then is refused
+    } else if (const auto key = registry.Open(home.root, home.key, RegistryAccess::kRead)) {
+      Divide(*key, here, targets);
+    }
   }
   return targets;
 }

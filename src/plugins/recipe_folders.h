@@ -11,9 +11,9 @@ namespace quellix::modPlugin {
 
 // Folders as a recipe writes them: with variables and wildcards.
 
-// `text` with its variables replaced: %PROGDIR%, %SYSDIR% and %WINDIR% first; the folders that
-// Windows knows by name (KnownFolder), the machine's environment, and for what an older Windows
-// lacks there its own place. "" when one of them has no value. A single "%" stays.
+// `text` with its variables replaced: %PROGDIR%, %SYSDIR% and %WINDIR% first; then by the
+// machine's environment, the folders that Windows knows by name (KnownFolder), and for what an
+// older Windows lacks its own place. "" when one of them has no value. A single "%" stays.
 std::string ExpandPluginPath(const Machine& machine, std::string_view text);
 
 // The same for each folder for programs that %ProgramFiles% or %CommonProgramFiles% may be, with

@@ -11,8 +11,8 @@ namespace quellix {
 // Logs, dumps and left-over temporary files: what a mask may take from a folder of Windows.
 bool HasHarmlessExtension(std::string_view name_or_mask);
 
-// A text: what a mask may take from a folder for programs, from a drive or from Windows' own, but
-// not from the folders below that.
+// A text: what a mask may take from the folder of Windows itself, but from no other folder that is
+// precious.
 bool IsText(std::string_view name_or_mask);
 
 // What programs and drivers consist of.

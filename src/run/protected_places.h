@@ -22,8 +22,9 @@ enum class Claim { kItem, kOwnList, kRecipe };
 // Whole trees: the program's own folder and the backup folder; the parts of Windows that are not
 // made to be emptied; boot and recovery folders; other recycle bins. Folders that may not be
 // emptied, while their sub-folders may: drives, Windows, Program Files, profiles and the folders
-// that users know. From those a file named by itself, or logs, dumps and texts by a mask that does
-// not recurse, may go. Files: registry hives and their logs, page and boot files.
+// that users know. From those a file named by itself, or logs and dumps by a mask that does not
+// recurse, may go, and from Windows texts likewise. Files: registry hives and their logs, page and
+// boot files.
 class ProtectedPlaces {
  public:
   // Opens and notes what is precious on the machine. What is missing or cannot be opened is passed

@@ -68,18 +68,22 @@ void ListView::Attach(HWND list, std::span<const Column> columns, Provider provi
 }
 
 void ListView::SetCheckBoxes(IsTicked is_ticked, Toggle toggle) {
-  box_of_ = [is_ticked = std::move(is_ticked)](int row) {
+  const auto box_of = [is_ticked = std::move(is_ticked)](int row) {
     return is_ticked(row) ? Box::kOn : Box::kOff;
   };
-  toggle_ = std::move(toggle);
-  ListView_SetExtendedListViewStyleEx(list_, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);
-  ListView_SetCallbackMask(list_, LVIS_STATEIMAGEMASK);
+  ShowBoxes(box_of, std::move(toggle));
 }
 
 void ListView::SetBoxes(BoxOf box_of, Toggle toggle) {
-  SetCheckBoxes({}, std::move(toggle));
-  box_of_ = std::move(box_of);
   has_own_boxes_ = true;
+  ShowBoxes(std::move(box_of), std::move(toggle));
+}
+
+void ListView::ShowBoxes(BoxOf box_of, Toggle toggle) {
+  box_of_ = std::move(box_of);
+  toggle_ = std::move(toggle);
+  ListView_SetExtendedListViewStyleEx(list_, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);
+  ListView_SetCallbackMask(list_, LVIS_STATEIMAGEMASK);
 }
 
 void ListView::SetMarks(IsMarked is_marked) {

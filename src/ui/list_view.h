@@ -92,6 +92,7 @@ class ListView {
   bool OnNotify(NMHDR& header, LRESULT* result = nullptr);
 
  private:
+  void ShowBoxes(BoxOf box_of, Toggle toggle);
   void Answer(LVITEMW& item) const;
   LRESULT Paint(NMLVCUSTOMDRAW& draw);
   bool OnClick(const NMITEMACTIVATE& click);
