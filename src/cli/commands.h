@@ -75,6 +75,7 @@ void AddCleanCommands(ConsoleCommands& commands);    // items, clean
 void AddBrowserCommands(ConsoleCommands& commands);  // browsers list, clean
 void AddBackupCommands(ConsoleCommands& commands);   // backup list, restore, repair
 void AddPluginCommands(ConsoleCommands& commands);   // plugins list, check, preview, process...
+void AddRecipeCommands(ConsoleCommands& commands);   // recipes list, check, preview, process...
 void AddCacheCommands(ConsoleCommands& commands);    // cache list, delete
 void AddSearchCommand(ConsoleCommands& commands);    // search
 void AddKeepCommands(ConsoleCommands& commands);     // keep list, add, remove

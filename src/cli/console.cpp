@@ -38,9 +38,9 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   app.set_version_flag("--version", "quellixctl " QUELLIX_VERSION, "Print the version");
   ConsoleView::ShowProgress(platform.shows_progress);
   ConsoleCommands commands(app, platform);
-  for (const auto& add :
-       {AddCleanCommands, AddBrowserCommands, AddBackupCommands, AddPluginCommands,
-        AddCacheCommands, AddSearchCommand, AddRegistryCommand, AddKeepCommands}) {
+  for (const auto& add : {AddCleanCommands, AddBrowserCommands, AddBackupCommands,
+                          AddPluginCommands, AddRecipeCommands, AddCacheCommands, AddSearchCommand,
+                          AddRegistryCommand, AddKeepCommands}) {
     add(commands);
   }
   try {

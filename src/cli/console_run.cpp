@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "platform/error.h"
+#include "plugins/recipe_run.h"
 #include "run/removal.h"
 #include "run/stayed.h"
 
@@ -59,7 +60,8 @@ void LoadEngine(Engine& engine, bool removes) {
   throw Error(Error::Kind::kDenied, "Nothing is removed while the settings cannot be read.");
 }
 
-ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind, std::ostream& out) : out_(out) {
+ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind, std::ostream& out)
+    : machine_(machine), out_(out) {
   if (kind == RunKind::kPreview) {
     view_ = std::make_unique<PreviewView>();
     preview_.emplace(machine);
@@ -89,6 +91,8 @@ void ConsoleRun::PrintPreview() {
   std::erase(log, '\r');
   if (!log.empty()) out_ << "The log of such a run:\n" << log << (log.ends_with('\n') ? "" : "\n");
   PrintTotals(out_, *state.Entries, engine_->context().machine.system.UserLocale());
+  const bool a_person_reads = out_.rdbuf() != nullptr;
+  if (a_person_reads) modPlugin::KeepShown(machine_, state.Parts.Find<modPlugin::ShownRecipes>());
 }
 
 }  // namespace quellix

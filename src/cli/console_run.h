@@ -28,12 +28,14 @@ class ConsoleRun {
 
   Engine& engine() { return *engine_; }
   const ConsoleView& view() const { return *view_; }
-  // What a preview found, a line each, with the log of the run.
+  // What a preview found, a line each, with the log of the run. Where a person reads it, recipes of
+  // lists count as seen from now on.
   void PrintPreview();
   // How the run ends.
   ExitCode Outcome();
 
  private:
+  Machine machine_;
   std::ostream& out_;
   std::unique_ptr<ConsoleView> view_;
   std::optional<PreviewMachine> preview_;

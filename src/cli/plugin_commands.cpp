@@ -1,20 +1,13 @@
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iostream>
 
-#include "app/run_table.h"
 #include "cli/commands.h"
-#include "cli/console_run.h"
+#include "cli/recipe_process.h"
 #include "platform/error.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 #include "plugins/mod_plugin.h"
 #include "plugins/plugin_check.h"
 #include "plugins/plugin_list.h"
-#include "run/removal.h"
-#include "run/run_steps.h"
-#include "run/stayed.h"
 
 namespace quellix {
 namespace {
@@ -23,25 +16,11 @@ using modPlugin::InstalledPlugin;
 using Names = std::vector<std::string>;
 
 constexpr std::string_view kExtension = ".cdp";
-constexpr uintmax_t kLargestFile = 16u << 20;  // bytes, as a machine's ReadWholeFile allows
 
 std::string WithExtension(const std::string& name) {
   const bool has = name.size() > kExtension.size() &&
                    EqualsNoCase(std::string_view(name).substr(name.size() - 4), kExtension);
   return has ? name : name + std::string(kExtension);
-}
-
-// A file of the console's own system.
-std::string ReadOwnFile(const std::string& name) {
-  const std::filesystem::path path(std::u8string(name.begin(), name.end()));
-  std::error_code error;
-  const uintmax_t size = std::filesystem::file_size(path, error);
-  std::ifstream file(path, std::ios::binary);
-  if (error || !file) {
-    throw Error(Error::Kind::kMissing, "there is no plug-in \"" + name + "\".");
-  }
-  if (size > kLargestFile) throw Error(Error::Kind::kOther, "\"" + name + "\" is too large.");
-  return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 std::string ReadPlugin(const Machine& machine, const std::string& name) {
@@ -52,24 +31,12 @@ std::string ReadPlugin(const Machine& machine, const std::string& name) {
       if (auto bytes = machine.files.ReadWholeFile(path)) return *bytes;
     }
   }
-  return ReadOwnFile(name);
+  return ReadOwnFile(name, "plug-in");
 }
 
 auto FindPlugin(std::vector<InstalledPlugin>& plugins, const std::string& file) {
   return std::ranges::find_if(
       plugins, [&file](const InstalledPlugin& plugin) { return EqualsNoCase(plugin.file, file); });
-}
-
-void PrintTotals(std::ostream& out, CleaningContext& context) {
-  const Locale locale = context.machine.system.UserLocale();
-  out << ReplaceNoCase(context.state.RunLog, "\r", "")
-      << "Files Deleted: " << context.state.FilesDeleted
-      << " Space Gained: " << FormatSize(context.state.SpaceGained, 2, true, locale) << std::endl;
-  for (const std::string_view sentence : StayedSentences(context.state)) {
-    out << sentence << std::endl;
-  }
-  const std::string names = StayedNames(context.state, kNamesSaved);
-  if (!names.empty()) out << ReplaceNoCase(names, "\r", "") << std::endl;
 }
 
 int List(const ReportOptions& options, const Machine& machine) {
@@ -124,32 +91,14 @@ int Check(const Names& names, const ReportOptions& options, const Machine& machi
 
 int Process(const Names& names, const ReportOptions& options, const Machine& machine,
             RunKind kind) {
-  Report report(options);
-  ConsoleRun run(machine, kind, report.text());
-  Engine& engine = run.engine();
-  std::vector<modPlugin::Plugin> plugins;  // all are read before the first one cleans
+  std::vector<NamedRecipe> recipes;
   for (const std::string& name : names) {
-    plugins.push_back(
-        modPlugin::ParsePlugin(DecodeText(ReadPlugin(machine, name), machine.system)));
+    const std::string text = DecodeText(ReadPlugin(machine, name), machine.system);
+    recipes.push_back({name, [plugin = modPlugin::ParsePlugin(text)](CleaningContext& context) {
+                         modPlugin::RunRecords(context, plugin);
+                       }});
   }
-  for (size_t i = 0; i < plugins.size(); ++i) {
-    engine.state().Entries->BeginRule(names[i]);
-    modPlugin::RunRecords(engine.context(), plugins[i]);
-    if (engine.state().AbortRequested) {
-      std::cerr << "Aborted by user" << std::endl;
-      break;
-    }
-  }
-  if (kind == RunKind::kPreview) {
-    run.PrintPreview();
-  } else {
-    CloseBackup(engine.context());
-    PrintTotals(report.text(), engine.context());
-    // What the log says stands in a message of the window.
-    engine.state().SomeErrors |= !engine.state().RunLog.empty();
-  }
-  const bool preview = kind == RunKind::kPreview;
-  return report.Finish(TableOfRun("plugins process", engine.state(), preview), run.Outcome());
+  return ProcessRecipes("plugins process", recipes, options, machine, kind);
 }
 
 int Switch(const Names& names, const Machine& machine, bool on) {

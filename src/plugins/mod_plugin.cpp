@@ -15,6 +15,7 @@
 #include "plugins/recipe_detection.h"
 #include "plugins/recipe_exclusions.h"
 #include "plugins/recipe_keys.h"
+#include "plugins/recipe_run.h"
 #include "registry_tools/registry_eraser.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
@@ -195,7 +196,7 @@ void RemoveCollected(CleaningContext& context, Collected collected) {
 
 void RunRecords(CleaningContext& context, const Plugin& plugin) {
   Collected collected = ProcessRecords(context, plugin);
-  if (!collected.is_found) Log(context, "What it cleans was not found here.");
+  if (!collected.is_found) context.state.RunLog += kNotFoundHere;
   RemoveCollected(context, std::move(collected));
 }
 
@@ -227,10 +228,13 @@ void DeleteRegistryKeyTree(Registry& registry, RegistryRoot root, std::string_vi
 
 void CleanPlugins(CleaningContext& context, const Item& item) {
   context.state.WhyNothing = "No plug-in is ticked.";
-  if (!modPlugin::HasPluginList(context.machine)) return;
+  const bool has_list = modPlugin::HasPluginList(context.machine);
+  if (!has_list && !modPlugin::HasTickedRecipes(context.machine)) return;
   BeginItem(context, item);
   ResetItemCounters(context.state);
-  for (const auto& plugin : modPlugin::ReadPluginList(context.machine)) {
+  const auto plugins = has_list ? modPlugin::ReadPluginList(context.machine)
+                                : std::vector<modPlugin::InstalledPlugin>();
+  for (const modPlugin::InstalledPlugin& plugin : plugins) {
     if (!plugin.ticked) continue;
     NotePlace(context.state);
     // Looked for in "\Plugins\" and processed from "\plugins\": both name the same folder, and the
@@ -238,6 +242,8 @@ void CleanPlugins(CleaningContext& context, const Item& item) {
     modPlugin::RunPlugin(context, context.machine.program_folder + "\\plugins\\" + plugin.file);
     if (context.state.AbortRequested) return EndRun(context, "Aborted by user");
   }
+  modPlugin::RunTickedRecipes(context);
+  if (context.state.AbortRequested) return EndRun(context, "Aborted by user");
   EndRun(context, "");
   AppendFilesLine(context, item);
 }

@@ -11,7 +11,8 @@
 
 namespace quellix {
 
-// The item: carries out the plug-ins ticked in plg.txt. See Cleaner for its contract.
+// The item: carries out the plug-ins ticked in plg.txt, then the ticked recipes of the user's
+// lists. See Cleaner for its contract.
 void CleanPlugins(CleaningContext& context, const Item& item);
 
 namespace modPlugin {
@@ -40,6 +41,9 @@ bool ProcessPlugin(CleaningContext& context, std::string_view path, Collected& c
 
 // Removes what was collected, a path listed twice once.
 void RemoveCollected(CleaningContext& context, Collected collected);
+
+// What is told of a recipe that has nothing to do here.
+inline constexpr const char* kNotFoundHere = "What it cleans was not found here.\r\n";
 
 // Processes a recipe that was asked for by itself and removes what it collected; that there is
 // nothing to do here is told.

@@ -6,6 +6,7 @@
 #include "app/startup.h"
 #include "app/tips.h"
 #include "engine.h"
+#include "plugins/recipe_run.h"
 #include "run/exit_code.h"
 #include "ui/dialog.h"
 #include "ui/frm_log.h"
@@ -105,8 +106,9 @@ class FrmMain : public Dialog {
   TrayIcon tray_;
   UniqueIcon picture_;  // beside the current item
   const Item* current_item_ = nullptr;
-  std::string summary_;               // as shown
-  const PreviewRun* look_ = nullptr;  // that is in work
+  std::string summary_;                             // as shown
+  const PreviewRun* look_ = nullptr;                // that is in work
+  std::shared_ptr<modPlugin::ShownRecipes> shown_;  // of the last look
   std::optional<RunReport> last_report_;
   LongWork work_{*this};
   int exit_code_ = kDone;

@@ -67,6 +67,7 @@ std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Look& look) {
   });
   if (window()) FollowLook();
   look_ = nullptr;
+  shown_ = preview.state().Parts.Find<modPlugin::ShownRecipes>();
   items_.list().EndLook();
   if (window()) {
     pane_.Settle();
@@ -81,6 +82,11 @@ std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Look& look) {
 
 void FrmMain::ShowPreview(std::shared_ptr<const RunEntries> found) {
   if (!found) return;
+  try {
+    modPlugin::KeepShown(machine_, shown_);
+  } catch (const Error& error) {
+    Warn(std::string("Which recipes you have seen could not be stored. ") + error.what());
+  }
   if (found->all.empty()) return prompts_.Inform("There is nothing to remove.");
   preview_.Show(window(), std::move(found));
 }

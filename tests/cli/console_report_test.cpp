@@ -63,6 +63,10 @@ struct ConsoleReportTest : Console<BrowserFixture> {
     machine->MakeFile(own + "Plugins\\qx.cdp",
                       "D\x01My logs\r\nF\x01No\x01No\x01" + scratch + "logs\\*.log\r\nX\r\n");
     machine->MakeFile(own + "plg.txt", "1\x01qx.cdp\x01My logs\r\n");
+    machine->MakeFile(own + "Winapp2.ini", "[Qx *]\r\nFileKey1=" + scratch + "list|*.*\r\n" +
+                                               "[Bad *]\r\nFileKey1=C:|*.*\r\n");
+    machine->MakeFile(own + "recipes.txt", "1\x01Gone\x01\r\n");
+    machine->MakeFile(scratch + "list\\a", "1");
     WriteSettings("[General]\r\nDelMethod=B\r\n");
   }
 
@@ -80,6 +84,10 @@ TEST_F(ConsoleReportTest, EveryReportIsAsPublishedAndThePrintedOneIsTheSame) {
   } kRows[] = {{"items", {"items"}, 30},
                {"plugins list", {"plugins", "list"}, 1},
                {"plugins check", {"plugins", "check", "qx"}, 2, 1},
+               {"recipes list", {"recipes", "list", "--all"}, 2},
+               {"recipes check", {"recipes", "check"}, 2, 1},
+               {"recipes process", {"recipes", "preview", "qx"}, 1},
+               {"recipes process", {"recipes", "process", "Qx"}, 1},
                {"keep list", {"keep", "list"}, 2, 1},
                {"browsers list", {"browsers", "list"}, 8},
                {"browsers clean", {"browsers", "clean", "firefox:forms", "--preview"}, 1},

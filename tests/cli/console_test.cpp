@@ -38,6 +38,9 @@ TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
                {{"registry", "everything"}, 2, "everything"},
                {{"plugins", "enable", "none"}, 2, "none"},
                {{"plugins", "enable", "..\\Settings.ini"}, 2, "Settings.ini"},
+               {{"recipes", "check"}, 1, "there is no list"},
+               {{"recipes", "check", "none.ini"}, 1, "there is no list \"none.ini\""},
+               {{"recipes", "process", "none"}, 2, "no list has a recipe \"none\""},
                {{"backup"}, 2, "subcommand"},
                {{"backup", "restore"}, 2, "ARCHIVE"},
                {{"backup", "restore", "C_010120200000.zip", "--overwrite", "maybe"}, 2, "maybe"},
@@ -159,6 +162,57 @@ TEST_F(ConsoleTest, APluginIsCheckedEnabledListedAndProcessed) {
   EXPECT_TRUE(machine->Exists(log)) << "a preview removes nothing";
   for (const char* outcome : {"1 Space Gained: 3", "0 Space Gained: 0"}) {
     EXPECT_EQ(Run({"plugins", "process", "qx"}).output,
+              std::string("Files Deleted: ") + outcome + " Bytes\n");
+  }
+}
+
+// Only what a person has seen the preview of, and as it was then, is carried out by the item.
+TEST_F(ConsoleTest, AListsRecipeIsSeenTickedAndProcessed) {
+  const std::string file = scratch + "list\\a.log";
+  const std::string one = "[One *]\r\nSection=Games\r\nDetectFile=" + scratch +
+                          "list\r\nFileKey1=" + scratch + "list|*.log\r\n";
+  const auto keep = [&](const std::string& list) { machine->MakeFile(own + "Winapp2.ini", list); };
+  const auto cleans = [&](bool is_cleaned) {
+    machine->MakeFile(file, "123");
+    const ProgramResult result = Run({"clean", "--item", "CleanPlugins"});
+    EXPECT_EQ(machine->Exists(file), !is_cleaned) << result.output;
+    EXPECT_EQ(result.exit_code, is_cleaned ? 0 : 1) << result.output;
+  };
+  machine->MakeFile(file, "123");
+  keep(one + "[Two *]\r\nDetectFile=" + scratch + "none\r\nFileKey1=%AppData%\\Qx|key4.db\r\n" +
+       "Warning=Careful\r\n[Bad *]\r\nFileKey1=C:|*.*\r\nAuthor=x\r\n[Odd *]\r\n");
+  Expect(
+      {"recipes", "check"}, 1,
+      {"line 9: Bad: refused\n  Author is no key of such a list.\n  C:\\*.* is not cleaned: it is "
+       "a whole drive.\n",
+       "\n4 entries: 2 carried out whole, 0 in part, 1 refused, 1 not understood.\n"});
+  EXPECT_EQ(Run({"recipes", "list"}).output, "[ ] One; Games\n[ ] Bad; Others\n[ ] Odd; Others\n");
+  Expect({"recipes", "list", "--all"}, 0,
+         {"\n[ ] Two; Others; costs: keys and certificates are lost, with what they protect; its "
+          "author warns: Careful; not found here\n"});
+  Expect({"recipes", "enable", "onee"}, 2, {"Did you mean \"One\"?"});
+  Expect({"recipes", "enable", "one", "Two"}, 0,
+         {"Two: this cannot be had again: keys and certificates", "Two: its author warns: Careful",
+          "One is carried out once its preview was seen"});
+  cleans(false);
+  Expect({"recipes", "preview", "one", "--json"}, 0);
+  cleans(false);
+  Expect({"recipes", "preview", "one"}, 0, {"File            " + file + "\n"});
+  EXPECT_TRUE(machine->Exists(file)) << "a preview removes nothing";
+  Expect({"recipes", "disable", "Two"}, 0);
+  cleans(true);
+  keep(one + "FileKey2=" + scratch + "list|*.txt\r\n");
+  cleans(false);
+  EXPECT_EQ(Run({"recipes", "list"}).output, "[x] One; Games; not seen yet\n");
+  Expect({"clean", "--item", "CleanPlugins", "--preview"}, 0, {file});
+  cleans(true);
+  keep("");
+  Expect({"recipes", "list"}, 0, {"One is ticked and in no list any more.\n"});
+  Expect({"recipes", "disable", "One"}, 0);
+  keep(one);
+  machine->MakeFile(file, "123");
+  for (const char* outcome : {"1 Space Gained: 3", "0 Space Gained: 0"}) {
+    EXPECT_EQ(Run({"recipes", "process", "One"}).output,
               std::string("Files Deleted: ") + outcome + " Bytes\n");
   }
 }

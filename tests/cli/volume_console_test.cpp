@@ -88,6 +88,8 @@ TEST_F(VolumeConsoleTest, ListsAndPreviewsChangeNothingOnTheWholeVolume) {
                                                 {"registry", "app-paths", "--delete", "--preview"},
                                                 {"plugins", "preview", "qx"},
                                                 {"plugins", "list"},
+                                                {"recipes", "list", "--all"},
+                                                {"recipes", "check"},
                                                 {"backup", "list"},
                                                 {"keep", "list"}};
   for (const auto& command : kCommands) {

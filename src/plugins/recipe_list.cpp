@@ -1,0 +1,405 @@
+#include "plugins/recipe_list.h"
+
+#include <algorithm>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/profile_strings.h"
+#include "platform/text.h"
+#include "plugins/fingerprint.h"
+#include "plugins/recipe_cost.h"
+#include "plugins/recipe_folders.h"
+#include "settings/settings.h"
+
+namespace quellix::modPlugin {
+namespace {
+
+using Fields = std::vector<std::string>;
+
+constexpr const char* kUsualName = "Winapp2.ini";
+constexpr size_t kLongestSetting = 32768;
+
+constexpr std::pair<std::string_view, std::string_view> kRoots[] = {
+    {"HKCR", "HKEY_CLASSES_ROOT"},
+    {"HKCU", "HKEY_CURRENT_USER"},
+    {"HKLM", "HKEY_LOCAL_MACHINE"},
+    {"HKU", "HKEY_USERS"},
+    {"HKCC", "HKEY_CURRENT_CONFIG"}};
+
+constexpr std::pair<std::string_view, std::string_view> kGroups[] = {{"3001", "Internet Explorer"},
+                                                                     {"3002", "Windows Explorer"},
+                                                                     {"3003", "System"},
+                                                                     {"3004", "Advanced"},
+                                                                     {"3005", "Microsoft Edge"},
+                                                                     {"3006", "Microsoft Edge"},
+                                                                     {"3021", "Applications"},
+                                                                     {"3022", "Internet"},
+                                                                     {"3023", "Multimedia"},
+                                                                     {"3024", "Utilities"},
+                                                                     {"3025", "Windows"},
+                                                                     {"3026", "Firefox"},
+                                                                     {"3027", "Opera"},
+                                                                     {"3028", "Safari"},
+                                                                     {"3029", "Google Chrome"},
+                                                                     {"3030", "Thunderbird"},
+                                                                     {"3031", "Windows Store"},
+                                                                     {"3033", "Vivaldi"},
+                                                                     {"3034", "Brave"}};
+
+constexpr std::pair<std::string_view, std::string_view> kBrowsers[] = {
+    {"DET_CHROME", "%LocalAppData%\\Google\\Chrome*"},
+    {"DET_MOZILLA", "%AppData%\\Mozilla\\Firefox"},
+    {"DET_THUNDERBIRD", "%AppData%\\Thunderbird"},
+    {"DET_OPERA", "%AppData%\\Opera*"}};
+
+// Names that the list has for what every machine knows by another one.
+constexpr std::pair<std::string_view, std::string_view> kVariables[] = {
+    {"%Video%", "%Videos%"}, {"%CommonAppData%", "%ProgramData%"}};
+
+constexpr std::string_view kBothSides[] = {"%ProgramFiles%", "%CommonProgramFiles%"};
+
+template <size_t kCount>
+std::string_view Translated(const std::pair<std::string_view, std::string_view> (&words)[kCount],
+                            std::string_view word) {
+  const auto found = std::ranges::find_if(
+      words, [word](const auto& row) { return EqualsNoCase(row.first, word); });
+  return found == std::end(words) ? std::string_view() : found->second;
+}
+
+std::string_view YesNo(bool flag) { return flag ? "Yes" : "No"; }
+
+Fields FieldsOf(std::string_view value, char separator) {
+  Fields fields = Split(value, separator);
+  for (std::string& field : fields) field = TrimBlanks(field);
+  return fields;
+}
+
+// "" when it begins with no root key, or names nothing below it.
+std::string LongKey(const std::string& key) {
+  const size_t end = std::min(key.find('\\'), key.size());
+  const std::string root = UpCase(std::string_view(key).substr(0, end));
+  std::string_view name = Translated(kRoots, root);
+  if (name.empty() && RootKeyFromName(root) != 0) name = root;
+  if (name.empty() || end + 1 >= key.size()) return {};
+  return std::string(name) + key.substr(end);
+}
+
+// A key has no wildcards; only classes have a key of that name.
+bool HasWildcard(std::string_view key) {
+  for (const std::string_view classes : {"HKEY_CLASSES_ROOT\\*", "\\Classes\\*"}) {
+    if (ContainsNoCase(key, classes)) return false;
+  }
+  return key.find('*') != key.npos;
+}
+
+// Reads the keys of one entry, each as records of a plug-in.
+class EntryReader {
+ public:
+  EntryReader(std::string name, size_t list, size_t line) {
+    recipe_.name = std::move(name);
+    recipe_.list = list;
+    recipe_.line = line;
+  }
+
+  void Read(const IniLine& key, size_t line) {
+    line_ = line;
+    const std::string_view kind = key.name.substr(0, key.name.find_last_not_of("0123456789") + 1);
+    const auto known = std::ranges::find_if(
+        kKinds, [kind](const auto& row) { return EqualsNoCase(row.first, kind); });
+    if (known == std::end(kKinds)) return Unknown(key.name);
+    std::string why;
+    if (key.value.empty()) {
+      why = "it says nothing";
+    } else if (std::ranges::any_of(key.value, [](unsigned char c) { return c < ' '; })) {
+      why = "it holds a control character";
+    } else {
+      why = (this->*known->second)(std::string(key.value));
+    }
+    if (why.empty()) return;
+    if (known->second == &EntryReader::ReadExclude) Add({"X", "?", "?"});
+    Remark(true, std::string(key.name).append("=").append(key.value) + ": " + why + ".");
+  }
+
+  // A line that is no key at all.
+  void ReadOther(std::string_view raw, size_t line) {
+    line_ = line;
+    raw = raw.substr(0, raw.find_first_of("\r\n"));
+    const size_t start = raw.find_first_not_of(" \t");
+    if (start == raw.npos || raw[start] == ';') return;
+    Unknown(raw.substr(start, 80));
+  }
+
+  ListedRecipe Take() {
+    recipe_.contents = contents_;
+    const std::string group = group_.empty() ? "Others" : group_;
+    Add({"D", recipe_.name});
+    Add({"G", group});
+    for (const Cost& cost : CostsOf(ParsePlugin(contents_))) {
+      Add({"W", YesNo(cost.loses_data), cost.text});
+    }
+    recipe_.plugin = ParsePlugin(contents_);
+    return std::move(recipe_);
+  }
+
+ private:
+  // Each adds records, or says why it adds none: a clause.
+  using Reading = std::string (EntryReader::*)(const std::string& value);
+  static const std::pair<std::string_view, Reading> kKinds[11];
+
+  void Add(std::initializer_list<std::string_view> fields) {
+    std::string line;
+    for (const std::string_view field : fields) {
+      if (!line.empty()) line += kSeparator;
+      line += field;
+    }
+    contents_ += line + "\r\n";
+  }
+
+  void Remark(bool is_fault, std::string text) {
+    recipe_.remarks.push_back({line_, is_fault, std::move(text)});
+  }
+
+  // What it is to leave nobody knows.
+  void Unknown(std::string_view name) {
+    const bool excludes = EqualsNoCase(name.substr(0, 7), "Exclude");
+    if (excludes) Add({"X", "?", "?"});
+    Remark(excludes, std::string(name) + " is no key of such a list.");
+  }
+
+  std::string Ignore(const std::string&) { return {}; }
+
+  std::string ReadGroup(const std::string& value) {
+    group_ = value;
+    return {};
+  }
+  std::string ReadGroupNumber(const std::string& value) {
+    if (group_.empty()) group_ = Translated(kGroups, value);
+    return {};
+  }
+  std::string ReadWarning(const std::string& value) {
+    recipe_.warning = value;
+    return {};
+  }
+
+  std::string ReadDetect(const std::string& value) {
+    const Fields fields = FieldsOf(value, '|');
+    const std::string key = LongKey(fields[0]);
+    if (key.empty() || fields.size() > 2) return "it is no registry key";
+    Add({"T", "Key", key, fields.size() > 1 ? fields[1] : ""});
+    return {};
+  }
+  std::string ReadDetectFile(const std::string& value) {
+    Add({"T", "File", PathOf(value)});
+    return {};
+  }
+  std::string ReadDetectVersion(const std::string& value) {
+    const Fields fields = FieldsOf(value, '|');
+    if (fields.size() > 2) return "it is no range of versions";
+    Add({"T", "Version", fields.front(), fields.back()});
+    return {};
+  }
+  std::string ReadDetectBrowser(const std::string& value) {
+    const std::string_view place = Translated(kBrowsers, value);
+    if (place.empty()) return "nobody knows such a program";
+    Add({"T", "File", place});
+    return {};
+  }
+
+  std::string ReadFiles(const std::string& value) {
+    const Fields fields = FieldsOf(value, '|');
+    const std::string folder = PathOf(fields[0]), flag = fields.size() > 2 ? fields[2] : "";
+    const Fields masks = fields.size() > 1 ? MasksOf(fields[1]) : Fields();
+    const bool removes_self = EqualsNoCase(flag, "REMOVESELF");
+    const bool recurses = removes_self || EqualsNoCase(flag, "RECURSE");
+    if (folder.empty() || masks.empty()) return "it names no files of a folder";
+    if (fields.size() > 3 || (!recurses && !flag.empty())) return "its flag is unknown";
+    const bool both = std::ranges::any_of(
+        kBothSides, [&](std::string_view side) { return ContainsNoCase(folder, side); });
+    for (const std::string& mask : masks) {
+      const bool takes_folders = removes_self || (recurses && (mask == "*.*" || mask == "*"));
+      Add({"F", YesNo(recurses), YesNo(takes_folders), WithBackslash(folder) + mask,
+           YesNo(removes_self), YesNo(both)});
+    }
+    return {};
+  }
+
+  std::string ReadKey(const std::string& value) {
+    const size_t end = std::min(value.find('|'), value.size());
+    const std::string key = LongKey(std::string(TrimBlanks(value.substr(0, end))));
+    const bool is_value = end < value.size();
+    if (key.empty()) return "it is no registry key";
+    if (HasWildcard(key)) return "a key has no wildcards";
+    if (is_value && end + 1 == value.size()) return "it names no value";
+    const std::string name = is_value ? value.substr(end + 1) : "";
+    Add({"R", YesNo(!is_value), "No", key, name, YesNo(key.starts_with("HKEY_LOCAL_MACHINE"))});
+    return {};
+  }
+
+  std::string ReadExclude(const std::string& value) {
+    const Fields fields = FieldsOf(value, '|');
+    if (fields.size() < 2 || fields[1].empty()) return "it names nothing";
+    const auto is = [&](std::string_view kind) { return EqualsNoCase(fields[0], kind); };
+    if (is("REG")) {
+      const std::string key = LongKey(fields[1]);
+      if (key.empty() || HasWildcard(key)) return "it is no registry key";
+      Add({"X", "Key", key});
+      return {};
+    }
+    if (!is("FILE") && !is("PATH")) return "it is none of FILE, PATH and REG";
+    return ExcludeFiles(is("PATH"), fields);
+  }
+
+  std::string ExcludeFiles(bool below, const Fields& fields) {
+    const std::string_view kind = below ? "Path" : "File";
+    const std::string folder = PathOf(fields[1]);
+    if (fields.size() == 2 && !below && !folder.ends_with('\\')) {
+      Add({"X", kind, folder});
+      return {};
+    }
+    const Fields masks = fields.size() > 2 ? MasksOf(fields[2]) : Fields{below ? "*.*" : ""};
+    if (masks.empty() || masks[0].empty()) return "it names no file";
+    for (const std::string& mask : masks) Add({"X", kind, WithBackslash(folder) + mask});
+    return {};
+  }
+
+  // None when one of them cannot be that of a file.
+  static Fields MasksOf(std::string_view text) {
+    Fields masks = FieldsOf(text, ';');
+    std::erase(masks, "");
+    const auto is_bad = [](const std::string& mask) {
+      return !MayBeFileName(mask) || mask.find('\\') != mask.npos;
+    };
+    return std::ranges::any_of(masks, is_bad) ? Fields() : masks;
+  }
+
+  static std::string PathOf(std::string path) {
+    for (const auto& [name, known] : kVariables) path = ReplaceNoCase(path, name, known);
+    return path;
+  }
+
+  ListedRecipe recipe_;
+  std::string contents_, group_;
+  size_t line_ = 0;
+};
+
+const std::pair<std::string_view, EntryReader::Reading> EntryReader::kKinds[11] = {
+    {"FileKey", &EntryReader::ReadFiles},
+    {"RegKey", &EntryReader::ReadKey},
+    {"ExcludeKey", &EntryReader::ReadExclude},
+    {"Detect", &EntryReader::ReadDetect},
+    {"DetectFile", &EntryReader::ReadDetectFile},
+    {"DetectOS", &EntryReader::ReadDetectVersion},
+    {"SpecialDetect", &EntryReader::ReadDetectBrowser},
+    {"LangSecRef", &EntryReader::ReadGroupNumber},
+    {"Section", &EntryReader::ReadGroup},
+    {"Warning", &EntryReader::ReadWarning},
+    {"Default", &EntryReader::Ignore}};
+
+// Of "[A [b] *]".
+std::string NameOfHead(std::string_view line) {
+  line = line.substr(line.find('[') + 1);
+  std::string_view name = TrimBlanks(line.substr(0, line.rfind(']')));
+  if (name.ends_with('*')) name = TrimBlanks(name.substr(0, name.size() - 1));
+  std::string text(name);
+  std::ranges::replace_if(
+      text, [](unsigned char c) { return c < ' '; }, ' ');
+  return text.empty() ? "Without a name" : text;
+}
+
+// How often a name came, in any case.
+class Names {
+ public:
+  std::string Unique(const std::string& name) {
+    size_t& times = times_[UpCase(name)];
+    if (++times == 1) return name;
+    std::string other = name + " (" + std::to_string(times) + ")";
+    return times_.contains(UpCase(other)) ? Unique(name) : (++times_[UpCase(other)], other);
+  }
+
+ private:
+  std::unordered_map<std::string, size_t> times_;
+};
+
+class ListReader {
+ public:
+  void Read(std::string_view text) {
+    for (size_t number = 1; !text.empty(); ++number) {
+      const std::string_view raw = TakeLine(text);
+      const IniLine line = ParseIniLine(raw);
+      if (line.kind == IniLine::kSection) {
+        End();
+        entry_.emplace(names_.Unique(NameOfHead(raw)), list_, number);
+      } else if (entry_ && line.kind == IniLine::kKey) {
+        entry_->Read(line, number);
+      } else if (entry_) {
+        entry_->ReadOther(raw, number);
+      }
+    }
+    End();
+    ++list_;
+  }
+  std::vector<ListedRecipe> Take() { return std::move(recipes_); }
+
+ private:
+  void End() {
+    if (entry_) recipes_.push_back(entry_->Take());
+    entry_.reset();
+  }
+
+  Names names_;
+  size_t list_ = 0;
+  std::optional<EntryReader> entry_;
+  std::vector<ListedRecipe> recipes_;
+};
+
+std::string PathOfList(const Machine& machine, const std::string& name) {
+  const std::string path = name.find('%') == name.npos ? name : ExpandPluginPath(machine, name);
+  return ParsePattern(path) ? path : machine.program_folder + "\\" + path;
+}
+
+}  // namespace
+
+std::vector<ListedRecipe> ParseRecipeLists(const std::vector<std::string>& texts) {
+  ListReader reader;
+  for (const std::string& text : texts) reader.Read(text);
+  return reader.Take();
+}
+
+std::string FingerprintOf(const ListedRecipe& recipe) {
+  return Fingerprint(recipe.contents + recipe.warning);
+}
+
+const ListedRecipe* RecipeLists::Find(std::string_view name) const {
+  const auto found = by_name.find(UpCase(name));
+  return found == by_name.end() ? nullptr : &recipes[found->second];
+}
+
+RecipeLists LoadRecipeLists(const Machine& machine) {
+  RecipeLists lists;
+  const std::string named = Settings(machine).ReadIniValue("Recipes", "File", "", kLongestSetting);
+  std::vector<std::string> texts;
+  for (const std::string& name : FieldsOf(named.empty() ? kUsualName : named, '|')) {
+    if (name.empty()) continue;
+    const std::string path = PathOfList(machine, name);
+    try {
+      if (const auto bytes = machine.files.ReadWholeFile(path)) {
+        texts.push_back(DecodeIni(*bytes, machine.system));
+        lists.paths.push_back(path);
+      } else if (!named.empty()) {
+        lists.problems.push_back("There is no list of recipes " + path + ".");
+      }
+    } catch (const Error& error) {
+      lists.problems.push_back(path + ": " + error.what());
+    }
+  }
+  lists.recipes = ParseRecipeLists(texts);
+  for (const ListedRecipe& recipe : lists.recipes) {
+    lists.by_name.emplace(UpCase(recipe.name), lists.by_name.size());
+  }
+  return lists;
+}
+
+}  // namespace quellix::modPlugin

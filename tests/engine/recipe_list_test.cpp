@@ -1,0 +1,392 @@
+// Entries of a list that the user keeps: read, judged, priced, ticked, carried out.
+#include "app/preview_run.h"
+#include "platform/path.h"
+#include "plugins/fingerprint.h"
+#include "plugins/mod_plugin.h"
+#include "plugins/recipe_folders.h"
+#include "plugins/recipe_judgement.h"
+#include "plugins/recipe_run.h"
+#include "plugins/recipe_ticks.h"
+#include "run/working_folder.h"
+#include "support/plugin_fixture.h"
+
+namespace quellix::modPlugin {
+namespace {
+
+struct RecipeListTest : PluginFixture {
+  // "~\" is the scratch folder, "^\" the test's key. A list is written with "/" for its line ends.
+  std::string Written(std::string list) const {
+    list = ReplaceNoCase(list, "~\\", scratch);
+    list = ReplaceNoCase(list, "^\\", std::string("HKCU\\") + kKey + "\\");
+    return ReplaceNoCase(list, "/", "\r\n");
+  }
+  std::vector<ListedRecipe> Parse(const std::string& list) const {
+    return ParseRecipeLists({Written(list)});
+  }
+  void Keep(const std::string& list) { WriteOwn("Winapp2.ini", Written(list)); }
+  Judgement Judged(const std::string& entry) {
+    ProtectedPlaces places = LoadPlaces(ports);
+    return Judge(ports, places, Parse(entry).at(0));
+  }
+  // The item's log.
+  std::string RunItem() {
+    machine->MakeFile(own + "plg.txt", "");
+    engine.state().RunLog.clear();
+    engine.state().SomeErrors = false;
+    Clean("CleanPlugins");
+    return engine.state().RunLog;
+  }
+  // A person looks at the named entries.
+  void Look(const Names& names) {
+    PreviewRun preview(ports, view);
+    preview.RunByHand([&](CleaningContext& looking) {
+      const RecipeLists lists = LoadRecipeLists(looking.machine);
+      for (const std::string& name : names) RunListed(looking, *lists.Find(name));
+    });
+    KeepShown(ports, preview.state().Parts.Find<ShownRecipes>());
+  }
+  void Tick(const Names& names, bool ticked = true) {
+    RecipeTicks ticks;
+    ticks.Load(ports);
+    for (const std::string& name : names) ticks.SetTicked(name, ticked);
+    ticks.Save(ports);
+  }
+  Names Keys() {
+    Names found;
+    const auto top = ports.registry.Open(kUser, kKey, RegistryAccess::kRead);
+    if (!top) return found;
+    WalkKeys(*top, RegistryAccess::kRead, {.enter = [&](RegistryKey& key, const std::string& path) {
+      for (uint32_t i = 0; const auto value = key.ValueAt(i); ++i) {
+        found.push_back((path.empty() ? "" : path.substr(1)) + ":" + value->name);
+      }
+    }});
+    std::ranges::sort(found);
+    return found;
+  }
+};
+
+// Files that are made, and those of them, or their folders, that go; all else stays, also the
+// second time.
+TEST_F(RecipeListTest, EachKindOfKeyDoesWhatItSays) {
+  const Names in = {"in\\a.log", "in\\b.TMP", "in\\c", "in\\s\\a.log", "in\\s\\t\\d", "ink\\a.log"};
+  const struct {
+    const char *name, *keys;
+    Names made, gone;
+  } kRows[] = {
+      {"masks of one folder", "FileKey1=~\\in|*.log; *.tmp", in, {"in\\a.log", "in\\b.TMP"}},
+      {"all folders below", "FileKey=~\\in\\|*.LOG|recurse", in, {"in\\a.log", "in\\s\\a.log"}},
+      {"with the empty ones",
+       "FileKey12=~\\in\\s|*.*|RECURSE",
+       in,
+       {"in\\s\\a.log", "in\\s\\t\\d", "in\\s\\t\\"}},
+      {"with itself",
+       "FileKey1=~\\in|*|REMOVESELF",
+       in,
+       {"in\\a.log", "in\\b.TMP", "in\\c", "in\\s\\a.log", "in\\s\\t\\d", "in\\s\\t\\", "in\\s\\",
+        "in\\"}},
+      {"with itself when it is empty",
+       "FileKey1=~\\in|*.log|REMOVESELF/FileKey2=~\\ink|*.log|REMOVESELF",
+       in,
+       {"in\\a.log", "in\\s\\a.log", "ink\\a.log", "ink\\"}},
+      {"any folder", "FileKey1=~\\*\\s|*.log", in, {"in\\s\\a.log"}},
+      {"a part of a folder's name", "FileKey1=~\\i*|a.*", in, {"in\\a.log", "ink\\a.log"}},
+      {"an excluded name",
+       "FileKey1=~\\in|*.*|REMOVESELF/ExcludeKey1=FILE|~\\in|c",
+       in,
+       {"in\\a.log", "in\\b.TMP", "in\\s\\a.log", "in\\s\\t\\d", "in\\s\\t\\", "in\\s\\"}},
+      {"an excluded file",
+       "FileKey1=~\\in|*.log|RECURSE/ExcludeKey1=FILE|~\\in\\a.log",
+       in,
+       {"in\\s\\a.log"}},
+      {"excluded masks",
+       "FileKey1=~\\in|*.*|RECURSE/ExcludeKey1=PATH|~\\in\\s\\|*.log;*.x/ExcludeKey2=path|~\\in|c",
+       in,
+       {"in\\a.log", "in\\b.TMP", "in\\s\\t\\d", "in\\s\\t\\"}},
+      {"an excluded folder",
+       "FileKey1=~\\in|*.*|RECURSE/ExcludeKey1=PATH|~\\in\\s",
+       in,
+       {"in\\a.log", "in\\b.TMP", "in\\c"}},
+      {"an exclusion of another kind", "FileKey1=~\\in|*.log/ExcludeKey1=DIR|~\\in|a", in, {}},
+      {"a misspelt exclusion", "FileKey1=~\\in|*.log/ExcludeFile1=~\\in|a", in, {}},
+      {"an exclusion without its sign", "FileKey1=~\\in|*.log/ExcludeKey1 FILE|~\\in|a", in, {}},
+      {"one of its places",
+       "Detect1=^\\none/Detect2=HKEY_CURRENT_USER\\Software/DetectFile=~\\no/FileKey1=~\\in|c",
+       in,
+       {"in\\c"}},
+      {"a file by a pattern", "DetectFile1=~\\i?\\a*/FileKey1=~\\in|c", in, {"in\\c"}},
+      {"none of its places", "Detect=^\\none/DetectFile=~\\in\\x*/FileKey1=~\\in|c", in, {}},
+      {"of this Windows", "DetectOS=5.1|99.0/FileKey1=~\\in|c", in, {"in\\c"}},
+      {"of a later Windows", "DetectOS=99.0|/DetectFile=~\\in/FileKey1=~\\in|c", in, {}},
+      {"of an older Windows", "DetectOS=|4.0/FileKey1=~\\in|c", in, {}},
+      {"no browser here", "SpecialDetect=DET_OPERA/FileKey1=~\\in|c", in, {}},
+      {"a flag that nobody knows",
+       "FileKey1=~\\in|c|REMOVE/FileKey2=~\\in|a.log",
+       in,
+       {"in\\a.log"}},
+      {"a mask that leads elsewhere", "FileKey1=~\\in|s\\*.*/FileKey2=~\\in|..", in, {}},
+      {"a separator of plug-ins", "FileKey1=~\\in|c\x01Yes", in, {}},
+      {"what it says besides",
+       "LangSecRef=3021/Default=True/Warning=All of it/Author=x/; "
+       "FileKey2=~\\in|c/FileKey1=~\\in|x",
+       in,
+       {}}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    for (const std::string& file : row.made) machine->MakeFile(scratch + file, "1");
+    Names expected = machine->Tree(scratch);
+    for (const std::string& gone : row.gone) {
+      EXPECT_EQ(std::erase_if(expected, [&](auto& path) { return EqualsNoCase(path, gone); }), 1u)
+          << gone;
+    }
+    const auto recipes = Parse(std::string("[Qx *]/") + row.keys);
+    ASSERT_EQ(recipes.size(), 1u);
+    EXPECT_EQ(recipes[0].name, "Qx");
+    for (int i = 0; i < 2; ++i) {
+      RunListed(context, recipes[0]);
+      EXPECT_EQ(machine->Tree(scratch), expected) << engine.state().RunLog;
+    }
+    // As a plug-in, which a user may copy it to, it is the same.
+    EXPECT_EQ(FormatPlugin(ParsePlugin(FormatPlugin(recipes[0].plugin))),
+              FormatPlugin(recipes[0].plugin));
+    RunListed(context, Parse("[All]/FileKey1=~\\|*.*|RECURSE")[0]);
+    ASSERT_TRUE(machine->Tree(scratch).empty());
+  }
+}
+
+TEST_F(RecipeListTest, KeysAndValuesGo) {
+  const Names made = {"a:v", "a:w", "a\\b:v", "a\\b\\c:v", "d:x|y"};
+  const struct {
+    const char *name, *keys;
+    Names gone;
+  } kRows[] = {
+      {"a value", "RegKey1=^\\a|v", {"a:v"}},
+      {"a key", "RegKey1=hkey_current_user\\Software\\Quellix Test\\a\\b", {"a\\b:v", "a\\b\\c:v"}},
+      {"a value with a sign", "RegKey1=^\\d|x|y", {"d:x|y"}},
+      {"an excluded key", "RegKey1=^\\a/ExcludeKey1=REG|^\\a\\b", {"a:v", "a:w"}},
+      {"no value", "RegKey1=^\\a|", {}},
+      {"no wildcard", "RegKey1=^\\*|v/RegKey2=^\\a\\*", {}},
+      {"no root", "RegKey1=HKEY\\a/RegKey2=HKCU/RegKey3=Software\\a", {}}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    machine->RemoveRegistryTree(kUser, kKey);
+    for (const std::string& place : made) {
+      const size_t end = place.find(':');
+      machine->SetText(kUser, std::string(kKey) + "\\" + place.substr(0, end),
+                       place.substr(end + 1), "x");
+    }
+    Names expected = Keys();
+    for (const std::string& gone : row.gone) EXPECT_EQ(std::erase(expected, gone), 1u) << gone;
+    for (int i = 0; i < 2; ++i) {
+      RunListed(context, Parse(std::string("[Qx]/") + row.keys)[0]);
+      EXPECT_EQ(Keys(), expected) << engine.state().RunLog;
+    }
+  }
+}
+
+TEST_F(RecipeListTest, BothSidesAndEachVariable) {
+  for (const char* side : {"%ProgramFiles%", "%ProgramFiles(x86)%", "%CommonProgramFiles%",
+                           "%CommonProgramFiles(x86)%"}) {
+    machine->MakeFile(ExpandPluginPath(ports, side) + "\\Qx\\a.log", "1");
+  }
+  for (const char* key : {"Software\\Qx", "Software\\Wow6432Node\\Qx"}) {
+    machine->SetText(RegistryRoot::kLocalMachine, key, "v", "1");
+  }
+  RunListed(context, Parse("[Qx]/Detect=HKLM\\Software\\Qx/FileKey1=%ProgramFiles%\\Qx|*.log|"
+                           "REMOVESELF/FileKey2=%CommonProgramFiles%\\Qx|*.*|REMOVESELF/"
+                           "RegKey1=HKLM\\Software\\Qx")[0]);
+  for (const char* side : {"%ProgramFiles%", "%ProgramFiles(x86)%", "%CommonProgramFiles%",
+                           "%CommonProgramFiles(x86)%"}) {
+    EXPECT_FALSE(machine->Exists(ExpandPluginPath(ports, side) + "\\Qx")) << side;
+  }
+  for (const char* key : {"Software\\Qx", "Software\\Wow6432Node\\Qx"}) {
+    EXPECT_FALSE(machine->KeyExists(RegistryRoot::kLocalMachine, key)) << key;
+  }
+  for (const char* name : {"AppData", "CommonAppData", "Documents", "LocalAppData",
+                           "LocalLowAppData", "Music", "Pictures", "ProgramData", "Public",
+                           "SystemDrive", "Temp", "UserProfile", "Video", "WinDir"}) {
+    const std::string folder = std::string("%") + name + "%\\Qx list";
+    const auto recipe = Parse("[Qx]/FileKey1=" + folder + "|a.*|REMOVESELF")[0];
+    const std::string path =
+        ExpandPluginPath(ports, FolderPart(recipe.plugin.files.at(0).location));
+    ASSERT_FALSE(path.empty()) << name;
+    machine->MakeFile(path + "a.x", "1");
+    RunListed(context, recipe);
+    EXPECT_FALSE(machine->Exists(WithoutBackslash(path))) << name;
+  }
+}
+
+TEST_F(RecipeListTest, HowMuchIsCarriedOutIsTold) {
+  using enum Standing;
+  const std::string windows = ports.system.WindowsFolder();
+  machine->MakeFile(windows + "\\WinSxS\\a", "1");
+  machine->MakeFile(ExpandPluginPath(ports, "%LOCALAPPDATA%\\Qx\\a"), "1");
+  const struct {
+    const char* keys;
+    Standing standing;
+    const char* remark;
+  } kRows[] = {
+      {"FileKey1=%AppData%\\Qx|*.*|REMOVESELF", kWhole, ""},
+      {"FileKey1=%AppData%\\Qx|*.*/Author=x", kWhole, "Author is no key of such a list."},
+      {"FileKey1=%AppData%\\Qx|*.*/FileKey2=%AppData%\\Qx|*.x|ALL", kPart,
+       "FileKey2=%AppData%\\Qx|*.x|ALL: its flag is unknown."},
+      {"FileKey1=%AppData%\\Qx|*.*/FileKey2=%WinDir%\\WinSxS|*.*|RECURSE", kPart, "WinSxS\\*.*"},
+      {"FileKey1=%AppData%\\Qx|*.*/RegKey1=HKLM\\Software\\Microsoft\\Windows NT", kPart,
+       "Windows NT is not cleaned"},
+      {"FileKey1=%AppData%\\Qx|*.*/SpecialDetect=DET_QX", kPart, "nobody knows such a program."},
+      {"FileKey1=%AppData%\\Qx|*.*/DetectOS=ten|", kPart, "A version of Windows is two numbers"},
+      {"FileKey1=%LocalAppData%|*.*|RECURSE", kRefused, "is not cleaned: it"},
+      {"FileKey1=%LocalAppData%\\*|*.*|REMOVESELF", kRefused, "is not cleaned: it"},
+      {"FileKey1=%UserProfile%\\*|*.*|RECURSE", kRefused, "is not cleaned: it"},
+      {"FileKey1=%SystemDrive%|*.*|REMOVESELF", kRefused, "it is a whole drive."},
+      {"RegKey1=HKCU\\Software", kRefused, "one of its main branches"},
+      {"RegKey1=HKLM\\SYSTEM\\CurrentControlSet\\Services\\x|y", kRefused, "is not cleaned"},
+      {"FileKey1=%NoSuch%\\Qx|*.*", kNotUnderstood, "has no value on this machine."},
+      {"FileKey1=Qx|*.*", kNotUnderstood, "it is not the full path of a folder."},
+      {"FileKey1=%AppData%\\Qx", kNotUnderstood, "it names no files of a folder."},
+      {"FileKey1=%AppData%\\Qx|*.*/ExcludeKey1=FILE|", kNotUnderstood, "it names nothing."},
+      {"FileKey1=%AppData%\\Qx|*.*/ExcludeKey1=PATH|%NoSuch%\\x|*.*", kNotUnderstood,
+       "has a variable without a value on this machine."},
+      {"FileKey1=%AppData%\\Qx|*.*/ExcludeKey1=REG|HKCU\\*", kNotUnderstood,
+       "it is no registry key."},
+      {"Section=Games", kNotUnderstood, "It names nothing that goes."}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.keys);
+    const Judgement judged = Judged(std::string("[Qx *]/") + row.keys);
+    EXPECT_EQ(judged.standing, row.standing);
+    EXPECT_EQ(judged.remarks.empty(), *row.remark == '\0');
+    const std::string first = judged.remarks.empty() ? "" : judged.remarks[0];
+    EXPECT_TRUE(quellix::Holds(first, row.remark));
+    const Names before = machine->Tree(ExpandPluginPath(ports, "%USERPROFILE%"));
+    if (row.standing < kRefused) continue;
+    RunListed(context, Parse(std::string("[Qx *]/") + row.keys)[0]);
+    EXPECT_EQ(machine->Tree(ExpandPluginPath(ports, "%USERPROFILE%")), before);
+  }
+  EXPECT_TRUE(machine->Exists(windows + "\\WinSxS\\a"));
+}
+
+TEST_F(RecipeListTest, NamesGroupsAndWarningsAreRead) {
+  const auto recipes = Parse(
+      "FileKey0=~\\a|b/[A *]/LangSecRef=3023/[a]/Section=Own  one/LangSecRef=3021/[a *]/"
+      "LangSecRef=9/Warning=x = y/[B [64] *]/[ *]/[A (2) *]");
+  Names told;
+  for (const auto& recipe : recipes) {
+    told.push_back(std::to_string(recipe.line) + " " + recipe.name + ": " + recipe.plugin.group +
+                   (recipe.warning.empty() ? "" : "; ") + recipe.warning);
+  }
+  EXPECT_EQ(told,
+            (Names{"2 A: Multimedia", "4 a (2): Own  one", "7 a (3): Others; x = y",
+                   "10 B [64]: Others", "11 Without a name: Others", "12 A (2) (2): Others"}));
+  const std::string utf16 = "\xFF\xFE" + ToUtf16Bytes("[\u00c4 *]\nFileKey1=C:\\a|b");
+  WriteOwn("one.ini", utf16);
+  machine->MakeFile(scratch + "two.ini", "[\xc4 *]\nWarning=\xe4");
+  WriteSettings("[Recipes]\r\nFile=one.ini | " + scratch + "two.ini|none.ini\r\n");
+  const RecipeLists lists = LoadRecipeLists(ports);
+  ASSERT_EQ(lists.recipes.size(), 2u);
+  EXPECT_EQ(lists.recipes[1].name + lists.recipes[1].warning, "\u00c4 (2)\u00e4");
+  EXPECT_EQ(lists.Find("\u00e4 (2)"), &lists.recipes[1]);
+  EXPECT_EQ(lists.problems, Names{"There is no list of recipes " + own + "none.ini."});
+}
+
+TEST_F(RecipeListTest, TheCostIsDerivedFromWhatIsNamed) {
+  const struct {
+    const char *keys, *cost;
+    bool loses_data = true;
+  } kRows[] = {
+      {"FileKey1=%AppData%\\Qx\\Cache|*.*|REMOVESELF", "", false},
+      {"FileKey1=%AppData%\\Mozilla\\Firefox\\Profiles\\*\\cache2|*.*|RECURSE", "", false},
+      {"FileKey1=%LocalAppData%\\Google\\Chrome\\User Data\\*|*.log;*.tmp", "", false},
+      {"FileKey1=%AppData%\\Mozilla\\Firefox\\Profiles\\*|KEY4.db", "keys and certificates"},
+      {"FileKey1=%AppData%\\Qx|cert*.db", "keys and certificates"},
+      {"FileKey1=%AppData%\\Qx|*.vcrd", "keys and certificates"},
+      {"FileKey1=%LocalAppData%\\Microsoft\\Vault|*.*|RECURSE", "saved passwords"},
+      {"FileKey1=%LocalAppData%\\Qx\\User Data\\*|Login Data*", "saved passwords"},
+      {"FileKey1=%LocalAppData%\\Qx\\User Data\\*|Current *", "open tabs and sessions"},
+      {"FileKey1=%AppData%\\Qx|sessionstore*.*", "open tabs and sessions"},
+      {"FileKey1=%LocalAppData%\\Qx\\User Data\\*\\Sessions|*", "open tabs and sessions"},
+      {"FileKey1=%LocalAppData%\\Qx\\*\\IndexedDB\\x|*.*|REMOVESELF", "sites and programs"},
+      {"FileKey1=%AppData%\\Qx\\Local Storage\\leveldb|*.*", "sites and programs"},
+      {"FileKey1=%AppData%\\Qx\\Extension State|*.*", "sites and programs"},
+      {"FileKey1=%AppData%\\Qx\\storage\\default|*.*", "sites and programs"},
+      {"FileKey1=%AppData%\\Qx\\storage\\other|*.*", "", false},
+      {"FileKey1=%LocalAppData%\\Packages\\Qx\\LocalState\\TabState|*.bin", "not saved"},
+      {"FileKey1=%LocalAppData%\\Microsoft\\Office\\16.0\\OfficeFileCache|*.*", "not saved"},
+      {"FileKey1=%AppData%\\Qx|*.asd", "not saved"},
+      {"FileKey1=%AppData%\\Qx\\Backups|*.*", "not saved"},
+      {"FileKey1=%AppData%\\Mozilla\\Firefox\\Profiles\\*\\bookmarkbackups|*.*", "bookmarks"},
+      {"FileKey1=%AppData%\\Qx\\Profiles\\*|places.sqlite", "bookmarks"},
+      {"FileKey1=%UserProfile%\\Documents\\Qx|*.log", "your own folders"},
+      {"FileKey1=%Documents%\\Qx|*.log", "your own folders"},
+      {"FileKey1=C:\\Users\\a\\Downloads\\Qx|*.log", "your own folders"},
+      {"FileKey1=%AppData%\\Qx\\Desktop|*.log", "", false},
+      {"FileKey1=%AppData%\\Qx|cookies.sqlite", "sign you out", false},
+      {"FileKey1=%AppData%\\Mozilla\\Firefox\\Profiles\\*|*.db", "keys and certificates"},
+      {"FileKey1=%LocalAppData%\\Google\\Chrome\\User Data|*.*|RECURSE", "saved passwords"},
+      {"FileKey1=%AppData%\\Mozilla|*|RECURSE", "bookmarks"},
+      {"RegKey1=HKCU\\Software\\Qx\\Sessions", "saved sessions"},
+      {"RegKey1=HKCU\\Software\\Qx|LastPassword", "saved passwords"},
+      {"RegKey1=HKCU\\Software\\Qx\\MRU", "", false},
+      {"Warning=It costs all you have/FileKey1=%AppData%\\Qx|a.log", "", false}};
+  for (const auto& row : kRows) {
+    const Plugin plugin = Parse(std::string("[Qx *]/") + row.keys)[0].plugin;
+    EXPECT_EQ(plugin.cost.empty(), *row.cost == '\0') << row.keys << plugin.cost;
+    EXPECT_TRUE(quellix::Holds(plugin.cost, row.cost)) << row.keys;
+    EXPECT_EQ(plugin.loses_data, row.loses_data) << row.keys;
+  }
+}
+
+// What is new, changed or gone from the list; the item's log and what is left.
+TEST_F(RecipeListTest, NothingRunsUnseen) {
+  const std::string one = "[One *]/DetectFile=~\\in/FileKey1=~\\in|a",
+                    two = "/[Two]/FileKey1=~\\in|b";
+  const auto make = [&] {
+    for (const char* name : {"in\\a", "in\\b", "in\\c"}) machine->MakeFile(scratch + name, "12");
+  };
+  const auto left = [&] { return Joined(machine->Tree(scratch)); };
+  make();
+  Keep(one + two);
+  EXPECT_TRUE(quellix::Holds(RunItem(), "No plug-in is ticked."));
+  Tick({"one", "Two"});
+  EXPECT_TRUE(quellix::Holds(RunItem(), "One is not cleaned: it is new or has changed"));
+  EXPECT_TRUE(engine.state().SomeErrors);
+  EXPECT_EQ(left(), "in\\ in\\a in\\b in\\c");
+  Look({"ONE", "Two"});
+  EXPECT_EQ(left(), "in\\ in\\a in\\b in\\c");
+  Tick({"Two"}, false);
+  for (const char* files : {"1 Space Gained: 2 Bytes", "0 Space Gained: 0 Bytes"}) {
+    EXPECT_TRUE(quellix::Holds(RunItem(), std::string("One: Files Deleted: ") + files));
+    EXPECT_FALSE(engine.state().SomeErrors);
+    EXPECT_EQ(left(), "in\\ in\\b in\\c");
+  }
+  make();
+  const std::string changed[] = {ReplaceNoCase(one, "in|a", "in|*"), one + "/FileKey2=~\\in|c",
+                                 one + "/Warning=x", "[One *]/FileKey1=~\\in|a"};
+  for (const std::string& list : changed) {
+    Keep(list + two);
+    EXPECT_TRUE(quellix::Holds(RunItem(), "One is not cleaned: it is new or has changed")) << list;
+  }
+  Keep("; a newer list/[None *]/" + one + two);
+  EXPECT_TRUE(quellix::Holds(RunItem(), "One: Files Deleted: 1")) << "only what it says counts";
+  make();
+  Keep(two);
+  EXPECT_TRUE(quellix::Holds(RunItem(), "One is in no list of recipes any more.\r\n"));
+  machine->MakeFile(scratch + "in\\a", "");
+  Keep(ReplaceNoCase(one, "~\\in/", "~\\none/"));
+  Look({"One"});
+  Keep(ReplaceNoCase(one, "~\\in/", "~\\none/"));
+  machine->MakeFile(scratch + "none", "");
+  EXPECT_TRUE(quellix::Holds(RunItem(), "One is not cleaned")) << "nothing of it was seen";
+  ports.files.RemoveFile(own + "recipes.txt");
+  MakeUnreadable(own + "recipes.txt");
+  EXPECT_TRUE(quellix::Holds(RunItem(), "The ticked recipes cannot be read."));
+  EXPECT_EQ(left(), "in\\ in\\a in\\b in\\c none");
+}
+
+TEST_F(RecipeListTest, AFingerprintIsAStandardOne) {
+  EXPECT_EQ(Fingerprint("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+  EXPECT_EQ(Fingerprint(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+  EXPECT_EQ(Fingerprint("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
+            "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
+}
+
+}  // namespace
+}  // namespace quellix::modPlugin
