@@ -9,11 +9,113 @@ namespace quellix {
 namespace {
 
 using enum RegistryRoot;
+using NameList = std::initializer_list<const char*>;
 
 constexpr const char* kProfileList = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList";
 constexpr const char* kShellKeys[] = {
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders"};
+
+// Below the Windows folder.
+constexpr NameList kWindowsFolders = {"System32",
+                                      "SysWOW64",
+                                      "SysArm32",
+                                      "System",
+                                      "assembly",
+                                      "Fonts",
+                                      "inf",
+                                      "Microsoft.NET",
+                                      "SystemApps",
+                                      "ImmersiveControlPanel",
+                                      "SystemResources",
+                                      "Resources",
+                                      "security",
+                                      "PolicyDefinitions",
+                                      "Globalization",
+                                      "registration",
+                                      "AppPatch",
+                                      "IME",
+                                      "Media",
+                                      "Provisioning"};
+constexpr NameList kWindowsTrees = {"WinSxS",
+                                    "Installer",
+                                    "servicing",
+                                    "Boot",
+                                    "System32\\config",
+                                    "System32\\drivers",
+                                    "System32\\DriverStore",
+                                    "System32\\Boot",
+                                    "System32\\Recovery",
+                                    "SysWOW64\\config",
+                                    "SysWOW64\\drivers",
+                                    "System32\\wbem\\Repository",
+                                    "System32\\Tasks"};
+constexpr NameList kFreeInWindows = {
+    "System32\\LogFiles",
+    "System32\\winevt\\Logs",
+    "System32\\spool\\PRINTERS",
+    "System32\\wbem\\Logs",
+    "System32\\wdi\\LogFiles",
+    "System32\\sru",
+    "security\\logs",
+    "System32\\config\\systemprofile\\AppData\\Local\\Temp",
+    "System32\\config\\systemprofile\\AppData\\Local\\Microsoft\\Windows\\INetCache",
+    "SysWOW64\\config\\systemprofile\\AppData\\Local\\Temp",
+    "SysWOW64\\config\\systemprofile\\AppData\\Local\\Microsoft\\Windows\\INetCache"};
+
+// Below a profile.
+constexpr NameList kProfileHomes = {"AppData",
+                                    "AppData\\Roaming",
+                                    "AppData\\Roaming\\Microsoft",
+                                    "AppData\\Roaming\\Microsoft\\Windows",
+                                    "AppData\\Local",
+                                    "AppData\\Local\\Microsoft",
+                                    "AppData\\Local\\Microsoft\\Windows",
+                                    "AppData\\Local\\Packages",
+                                    "AppData\\LocalLow",
+                                    "Application Data",
+                                    "Application Data\\Microsoft",
+                                    "Local Settings",
+                                    "Local Settings\\Application Data",
+                                    "Local Settings\\Application Data\\Microsoft"};
+constexpr NameList kProfileTrees = {"AppData\\Roaming\\Microsoft\\Protect",
+                                    "AppData\\Roaming\\Microsoft\\Crypto",
+                                    "AppData\\Roaming\\Microsoft\\Credentials",
+                                    "AppData\\Roaming\\Microsoft\\Vault",
+                                    "AppData\\Roaming\\Microsoft\\SystemCertificates",
+                                    "AppData\\Local\\Microsoft\\Vault",
+                                    "AppData\\Local\\Microsoft\\Credentials",
+                                    "Application Data\\Microsoft\\Protect",
+                                    "Application Data\\Microsoft\\Crypto",
+                                    "Application Data\\Microsoft\\Credentials",
+                                    ".ssh",
+                                    ".gnupg"};
+constexpr NameList kPersonalFolders = {"Desktop",
+                                       "Documents",
+                                       "My Documents",
+                                       "Downloads",
+                                       "Pictures",
+                                       "My Pictures",
+                                       "Music",
+                                       "My Music",
+                                       "Videos",
+                                       "My Videos",
+                                       "Favorites",
+                                       "Links",
+                                       "Contacts",
+                                       "Saved Games",
+                                       "Searches",
+                                       "Start Menu",
+                                       "AppData\\Roaming\\Microsoft\\Windows\\Start Menu",
+                                       "Dropbox",
+                                       "Google Drive",
+                                       "iCloudDrive",
+                                       "Nextcloud",
+                                       "Creative Cloud Files",
+                                       "Box",
+                                       "My Documents\\My Pictures",
+                                       "My Documents\\My Music",
+                                       "My Documents\\My Videos"};
 
 template <class Visit>
 void ForEachFolder(Folder& folder, const Visit& visit) {
@@ -90,41 +192,9 @@ void PreciousFinder::FindWindows() {
   const auto windows = Open(machine_.system.WindowsFolder());
   if (!windows) return;
   places_.Note(*windows, Kind::kRoot);
-  NoteIn(windows.get(),
-         {"System32",
-          "SysWOW64",
-          "SysArm32",
-          "System",
-          "assembly",
-          "Fonts",
-          "inf",
-          "Microsoft.NET",
-          "SystemApps",
-          "ImmersiveControlPanel",
-          "SystemResources",
-          "Resources",
-          "security",
-          "PolicyDefinitions",
-          "Globalization",
-          "registration",
-          "AppPatch",
-          "IME",
-          "Media",
-          "Provisioning"},
-         Kind::kSystem);
-  NoteIn(windows.get(),
-         {"WinSxS", "Installer", "servicing", "Boot", "System32\\config", "System32\\drivers",
-          "System32\\DriverStore", "System32\\Boot", "System32\\Recovery", "SysWOW64\\config",
-          "SysWOW64\\drivers", "System32\\wbem\\Repository", "System32\\Tasks"},
-         Kind::kTree);
-  NoteIn(windows.get(),
-         {"System32\\LogFiles", "System32\\winevt\\Logs", "System32\\spool\\PRINTERS",
-          "System32\\wbem\\Logs", "System32\\wdi\\LogFiles", "System32\\sru", "security\\logs",
-          "System32\\config\\systemprofile\\AppData\\Local\\Temp",
-          "System32\\config\\systemprofile\\AppData\\Local\\Microsoft\\Windows\\INetCache",
-          "SysWOW64\\config\\systemprofile\\AppData\\Local\\Temp",
-          "SysWOW64\\config\\systemprofile\\AppData\\Local\\Microsoft\\Windows\\INetCache"},
-         Kind::kFree);
+  NoteIn(windows.get(), kWindowsFolders, Kind::kSystem);
+  NoteIn(windows.get(), kWindowsTrees, Kind::kTree);
+  NoteIn(windows.get(), kFreeInWindows, Kind::kFree);
   if (const auto system = Open(machine_.system.SystemFolder())) {
     places_.Note(*system, Kind::kSystem);
     NoteIn(system.get(), {"config", "drivers"}, Kind::kTree);
@@ -183,49 +253,9 @@ void PreciousFinder::FindProfile(Folder& profile) {
   const auto noted = places_.folders_.find(profile.Id());
   if (noted != places_.folders_.end() && noted->second >= Kind::kHome) return;
   places_.Note(profile, Kind::kHome);
-  NoteIn(&profile,
-         {"AppData", "AppData\\Roaming", "AppData\\Roaming\\Microsoft",
-          "AppData\\Roaming\\Microsoft\\Windows", "AppData\\Local", "AppData\\Local\\Microsoft",
-          "AppData\\Local\\Microsoft\\Windows", "AppData\\Local\\Packages", "AppData\\LocalLow",
-          "Application Data", "Application Data\\Microsoft", "Local Settings",
-          "Local Settings\\Application Data", "Local Settings\\Application Data\\Microsoft"},
-         Kind::kHome);
-  NoteIn(&profile,
-         {"AppData\\Roaming\\Microsoft\\Protect", "AppData\\Roaming\\Microsoft\\Crypto",
-          "AppData\\Roaming\\Microsoft\\Credentials", "AppData\\Roaming\\Microsoft\\Vault",
-          "AppData\\Roaming\\Microsoft\\SystemCertificates", "AppData\\Local\\Microsoft\\Vault",
-          "AppData\\Local\\Microsoft\\Credentials", "Application Data\\Microsoft\\Protect",
-          "Application Data\\Microsoft\\Crypto", "Application Data\\Microsoft\\Credentials", ".ssh",
-          ".gnupg"},
-         Kind::kTree);
-  NoteIn(&profile,
-         {"Desktop",
-          "Documents",
-          "My Documents",
-          "Downloads",
-          "Pictures",
-          "My Pictures",
-          "Music",
-          "My Music",
-          "Videos",
-          "My Videos",
-          "Favorites",
-          "Links",
-          "Contacts",
-          "Saved Games",
-          "Searches",
-          "Start Menu",
-          "AppData\\Roaming\\Microsoft\\Windows\\Start Menu",
-          "Dropbox",
-          "Google Drive",
-          "iCloudDrive",
-          "Nextcloud",
-          "Creative Cloud Files",
-          "Box",
-          "My Documents\\My Pictures",
-          "My Documents\\My Music",
-          "My Documents\\My Videos"},
-         Kind::kPersonal);
+  NoteIn(&profile, kProfileHomes, Kind::kHome);
+  NoteIn(&profile, kProfileTrees, Kind::kTree);
+  NoteIn(&profile, kPersonalFolders, Kind::kPersonal);
   ForEachFolder(profile, [&](const std::string& name) {
     if (EqualsNoCase(std::string_view(name).substr(0, 8), "OneDrive")) {
       NoteIn(&profile, {name.c_str()}, Kind::kPersonal);

@@ -137,6 +137,13 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_DPICHANGED:
       ChangeResolution(HIWORD(wparam), *reinterpret_cast<const RECT*>(lparam));
       return TRUE;
+    default:
+      return HandleInput(message, wparam, lparam);
+  }
+}
+
+INT_PTR Dialog::HandleInput(UINT message, WPARAM wparam, LPARAM lparam) {
+  switch (message) {
     case WM_COMMAND:
       OnCommand(LOWORD(wparam), HIWORD(wparam));
       return TRUE;

@@ -80,6 +80,7 @@ class Dialog {
   static Dialog* Of(HWND window);
   static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR Handle(UINT message, WPARAM wparam, LPARAM lparam);
+  INT_PTR HandleInput(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR Init(HWND window);
   void SetIcons();

@@ -74,39 +74,41 @@ struct ConsoleReportTest : Console<BrowserFixture> {
   std::string stem_ = OutputFile() + "-report";
 };
 
+const struct {
+  std::string command;
+  std::vector<std::string> arguments;
+  size_t rows;  // at least
+  int exit_code = 0;
+} kCommandRows[] = {
+    {"items", {"items"}, 30},
+    {"plugins list", {"plugins", "list"}, 1},
+    {"plugins check", {"plugins", "check", "qx"}, 2, 1},
+    {"recipes list", {"recipes", "list", "--all"}, 2},
+    {"recipes check", {"recipes", "check"}, 2, 1},
+    {"recipes process", {"recipes", "preview", "qx"}, 1},
+    {"recipes process", {"recipes", "process", "Qx"}, 1},
+    {"keep list", {"keep", "list"}, 2, 1},
+    {"browsers list", {"browsers", "list"}, 8},
+    {"browsers clean", {"browsers", "clean", "firefox:forms", "--preview"}, 1},
+    {"browsers clean", {"browsers", "clean", "firefox", "firefox:forms"}, 2},
+    {"browsers clean", {"browsers", "clean", "firefox", "firefox:forms"}, 0},
+    {"search", {"search", "unnecessary"}, 1},
+    {"search", {"search", "unnecessary", "--delete", "--preview"}, 1},
+    {"registry", {"registry", "app-paths"}, 1},
+    {"registry", {"registry", "app-paths", "--delete", "--preview"}, 1},
+    {"plugins process", {"plugins", "preview", "qx"}, 1},
+    {"plugins process", {"plugins", "process", "qx", "--preview"}, 1},
+    {"clean", {"clean", "--all", "--preview"}, 5},
+    {"clean", {"clean", "--group", "files", "--item", "CleanRunMRU", "--preview"}, 5},
+    {"search", {"search", "unnecessary", "--delete"}, 1},
+    {"plugins process", {"plugins", "process", "qx"}, 1},
+    {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 5},
+    {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 1},
+    {"backup list", {"backup", "list"}, 2}};
+
 TEST_F(ConsoleReportTest, EveryReportIsAsPublishedAndThePrintedOneIsTheSame) {
   Seed();
-  const struct {
-    std::string command;
-    std::vector<std::string> arguments;
-    size_t rows;  // at least
-    int exit_code = 0;
-  } kRows[] = {{"items", {"items"}, 30},
-               {"plugins list", {"plugins", "list"}, 1},
-               {"plugins check", {"plugins", "check", "qx"}, 2, 1},
-               {"recipes list", {"recipes", "list", "--all"}, 2},
-               {"recipes check", {"recipes", "check"}, 2, 1},
-               {"recipes process", {"recipes", "preview", "qx"}, 1},
-               {"recipes process", {"recipes", "process", "Qx"}, 1},
-               {"keep list", {"keep", "list"}, 2, 1},
-               {"browsers list", {"browsers", "list"}, 8},
-               {"browsers clean", {"browsers", "clean", "firefox:forms", "--preview"}, 1},
-               {"browsers clean", {"browsers", "clean", "firefox", "firefox:forms"}, 2},
-               {"browsers clean", {"browsers", "clean", "firefox", "firefox:forms"}, 0},
-               {"search", {"search", "unnecessary"}, 1},
-               {"search", {"search", "unnecessary", "--delete", "--preview"}, 1},
-               {"registry", {"registry", "app-paths"}, 1},
-               {"registry", {"registry", "app-paths", "--delete", "--preview"}, 1},
-               {"plugins process", {"plugins", "preview", "qx"}, 1},
-               {"plugins process", {"plugins", "process", "qx", "--preview"}, 1},
-               {"clean", {"clean", "--all", "--preview"}, 5},
-               {"clean", {"clean", "--group", "files", "--item", "CleanRunMRU", "--preview"}, 5},
-               {"search", {"search", "unnecessary", "--delete"}, 1},
-               {"plugins process", {"plugins", "process", "qx"}, 1},
-               {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 5},
-               {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 1},
-               {"backup list", {"backup", "list"}, 2}};
-  for (const auto& row : kRows) {
+  for (const auto& row : kCommandRows) {
     const std::string file = ReportFile(".json");
     const auto arguments = With(row.arguments, {"--json", "--report", file});
     const bool needs_machine = row.command != "items";

@@ -49,6 +49,23 @@ TEST_F(VolumeConsoleTest, BadVolumesAndUsersAreToldAndNothingIsTouched) {
 }
 
 // Every file and folder with its times and bytes: hives, logs of hives, archives, settings.
+// Each file of the volume with its time and bytes.
+std::map<std::string, std::string> PictureOf(const std::filesystem::path& volume) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(volume)) {
+    std::string bytes;
+    if (entry.is_regular_file()) {
+      std::ifstream file(entry.path(), std::ios::binary);
+      bytes.assign(std::istreambuf_iterator<char>(file), {});
+    }
+    struct stat status {};
+    lstat(entry.path().c_str(), &status);
+    files[entry.path()] = std::to_string(status.st_mtim.tv_sec) + "." +
+                          std::to_string(status.st_mtim.tv_nsec) + " " + bytes;
+  }
+  return files;
+}
+
 TEST_F(VolumeConsoleTest, ListsAndPreviewsChangeNothingOnTheWholeVolume) {
   for (const std::string& path : {temp + "a.tmp", scratch + "junk.tmp", own + "Backup\\C_1.zip"})
     machine->MakeFile(path, "12345");
@@ -62,22 +79,7 @@ TEST_F(VolumeConsoleTest, ListsAndPreviewsChangeNothingOnTheWholeVolume) {
   machine->SetText(kUser, kRunMruKey, "a", "cmd");
   machine->SetText(kUser, "Software\\Qx", "a", "1");
   StoreMachine(*machine);
-  const auto picture = [this] {
-    std::map<std::string, std::string> files;
-    for (const auto& entry :
-         std::filesystem::recursive_directory_iterator(volume().options().volume)) {
-      std::string bytes;
-      if (entry.is_regular_file()) {
-        std::ifstream file(entry.path(), std::ios::binary);
-        bytes.assign(std::istreambuf_iterator<char>(file), {});
-      }
-      struct stat status {};
-      lstat(entry.path().c_str(), &status);
-      files[entry.path()] = std::to_string(status.st_mtim.tv_sec) + "." +
-                            std::to_string(status.st_mtim.tv_nsec) + " " + bytes;
-    }
-    return files;
-  };
+  const auto picture = [this] { return PictureOf(volume().options().volume); };
   const auto before = picture();
   ASSERT_GT(before.size(), 15u);
   for (const char* method : {"delete", "recycle", "wipe", "backup"})

@@ -142,6 +142,13 @@ TEST_F(PreviewContract, WhatWasWrittenMadeOrRenamedIsSeen) {
   EXPECT_EQ(files_.ReadWholeFile(At("old.txt")), "old");
 }
 
+Names SortedValueNames(RegistryKey& key) {
+  Names names;
+  for (uint32_t i = 0; const auto value = key.ValueAt(i); ++i) names.push_back(value->name);
+  std::ranges::sort(names);
+  return names;
+}
+
 TEST_F(PreviewContract, TheRegistryIsReadAsChangedAndStaysAsItIs) {
   for (const char* name : {"", "a", "b"}) test_->SetText(kUser, key_, name, "x");
   for (const char* sub : {"\\One\\Deep", "\\Two", "\\Three"}) {
@@ -153,10 +160,7 @@ TEST_F(PreviewContract, TheRegistryIsReadAsChangedAndStaysAsItIs) {
   EXPECT_FALSE(key->DeleteValue("a") || key->QueryValue("a"));
   key->SetValue("new", {kRegNone, "12"});
   EXPECT_EQ(key->QueryValue("NEW")->bytes, "12");
-  Names names;
-  for (uint32_t i = 0; const auto value = key->ValueAt(i); ++i) names.push_back(value->name);
-  std::sort(names.begin(), names.end());
-  EXPECT_EQ(names, (Names{"", "b", "new"}));
+  EXPECT_EQ(SortedValueNames(*key), (Names{"", "b", "new"}));
   EXPECT_EQ(KindOf([&] { key->DeleteSubKey("One"); }), Error::Kind::kNotEmpty);
   EXPECT_TRUE(key->DeleteSubKey("one\\DEEP\\"));
   EXPECT_FALSE(registry.Open(kUser, key_ + "\\One\\Deep", RegistryAccess::kRead));

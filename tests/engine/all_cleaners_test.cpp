@@ -45,6 +45,33 @@ class AllCleanersTest : public RunFixture {
     machine->MakeFile(scratch + "catalog.wci\\0001.ci", "12345678");
   }
 
+  // The log of the file areas, with a count of files and bytes for each line; "" where nothing is
+  // left.
+  std::string FilesLog(const std::array<const char*, 9>& counts, const char* total) {
+    const std::string none = "0 Space Gained: 0", nothing = ": nothing of this kind was found.";
+    const std::string before[] = {
+        "Active setup temporary folders... ",
+        "Content indexer folder... ",
+        drive +
+            " is not cleaned: it is a whole drive, Windows, its system folder, Program Files or "
+            "a user's profile.\r\nUser-defined folders... ",
+        "User-defined files... ",
+        "Recent documents... ",
+        "Residual printer files... ",
+        "Memory dump files... ",
+        "Offline web pages... ",
+        "Downloaded ActiveX & OCX..."};
+    std::string text;
+    for (size_t i = 0; i < counts.size(); ++i) {
+      const bool gone = *counts[i] == '\0';
+      text += before[i] + "Files Deleted: " + (gone ? none : counts[i]) + " Bytes\r\n";
+      if (gone && i == 0) text += "Active setup temporary folders" + nothing + "\r\n";
+      if (!gone || i != 3) continue;
+      text += "User-defined files" + nothing + " None of the listed files is there.\r\n";
+    }
+    return text + "\r\n" + kLine + "\r\nFiles Deleted:  " + total + " Bytes";
+  }
+
   void SeedUserFiles() {
     SetFolder(kUser, kShellFoldersKey, "Recent", scratch + "recent");
     SetFolder(kUser, kShellFoldersKey, "Cookies", scratch + "cookies");
@@ -133,36 +160,12 @@ TEST_F(AllCleanersTest, EveryFileAreaIsCleanedAndItsNeighboursStay) {
   machine->MakeFile(windows + "\\temp\\t", "123");
   Tick({"ActiveSetupClean", "CleanIndexer", "CleanUserFolders", "CleanUserFiles", "CleanRecentDocs",
         "CleanPrinter", "CleanMemDump", "CleanOffline", "CleanActiveX"});
-  // A count of files and bytes for each line; "" where nothing is left.
-  const auto log = [&](const std::array<const char*, 9>& counts, const char* total) {
-    const std::string none = "0 Space Gained: 0", nothing = ": nothing of this kind was found.";
-    const std::string before[] = {
-        "Active setup temporary folders... ",
-        "Content indexer folder... ",
-        drive +
-            " is not cleaned: it is a whole drive, Windows, its system folder, Program Files or "
-            "a user's profile.\r\nUser-defined folders... ",
-        "User-defined files... ",
-        "Recent documents... ",
-        "Residual printer files... ",
-        "Memory dump files... ",
-        "Offline web pages... ",
-        "Downloaded ActiveX & OCX..."};
-    std::string text;
-    for (size_t i = 0; i < counts.size(); ++i) {
-      const bool gone = *counts[i] == '\0';
-      text += before[i] + "Files Deleted: " + (gone ? none : counts[i]) + " Bytes\r\n";
-      if (gone && i == 0) text += "Active setup temporary folders" + nothing + "\r\n";
-      if (!gone || i != 3) continue;
-      text += "User-defined files" + nothing + " None of the listed files is there.\r\n";
-    }
-    return text + "\r\n" + kLine + "\r\nFiles Deleted:  " + total + " Bytes";
-  };
   engine.RunCleaning();
-  EXPECT_EQ(view.report->log, log({"1 Space Gained: 7", "1 Space Gained: 8", "3 Space Gained: 6",
-                                   "1 Space Gained: 7", "1 Space Gained: 3", "1 Space Gained: 4",
-                                   "2 Space Gained: 5", "1 Space Gained: 6", "1 Space Gained: 5"},
-                                  "12   Space Gained:  51"));
+  EXPECT_EQ(view.report->log,
+            FilesLog({"1 Space Gained: 7", "1 Space Gained: 8", "3 Space Gained: 6",
+                      "1 Space Gained: 7", "1 Space Gained: 3", "1 Space Gained: 4",
+                      "2 Space Gained: 5", "1 Space Gained: 6", "1 Space Gained: 5"},
+                     "12   Space Gained:  51"));
   const std::string kLeft =
       "appdata\\ appdata\\Microsoft\\ appdata\\Microsoft\\Office\\ "
       "appdata\\Microsoft\\Office\\Recent\\ catalog.wci\\ cookies\\ cookies\\index.dat "
@@ -174,7 +177,8 @@ TEST_F(AllCleanersTest, EveryFileAreaIsCleanedAndItsNeighboursStay) {
   EXPECT_FALSE(machine->Exists(drive + "msdownld.tmp"));
   EXPECT_TRUE(machine->Tree(windows + "\\Offline Web Pages").empty());
   engine.RunCleaning();
-  EXPECT_EQ(view.report->log, log({"", "", "", "", "", "", "", "", ""}, "0   Space Gained:  0"));
+  EXPECT_EQ(view.report->log,
+            FilesLog({"", "", "", "", "", "", "", "", ""}, "0   Space Gained:  0"));
   EXPECT_EQ(Joined(machine->Tree(scratch)), kLeft);
 }
 

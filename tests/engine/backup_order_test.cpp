@@ -57,7 +57,14 @@ struct WatchedFolder : ForwardingFolder {
   DiskOrder& order_;
 };
 
-using BackupOrderTest = BackupFixture;
+struct BackupOrderTest : BackupFixture {
+  void KeepAnEntry(const Machine& watched) {
+    machine->SetText(kUser, kRunMruKey, "a", "x");
+    RegistryUndo undo;
+    undo.AddValue(ports.registry, kUser, kRunMruKey, "a");
+    undo.Store(watched, safe);
+  }
+};
 
 TEST_F(BackupOrderTest, WhatIsWrittenIsOnTheDiskBeforeNamesChangeAndFilesGo) {
   DiskOrder order;
@@ -86,14 +93,7 @@ TEST_F(BackupOrderTest, WhatIsWrittenIsOnTheDiskBeforeNamesChangeAndFilesGo) {
          EXPECT_NE(there.Repair(OnlyArchive()), "");
        },
        1},
-      {"keep a registry entry",
-       [&] {
-         machine->SetText(kUser, kRunMruKey, "a", "x");
-         RegistryUndo undo;
-         undo.AddValue(ports.registry, kUser, kRunMruKey, "a");
-         undo.Store(watched, safe);
-       },
-       1}};
+      {"keep a registry entry", [&] { KeepAnEntry(watched); }, 1}};
   for (const auto& [what, work, least] : kRows) {
     SCOPED_TRACE(what);
     order = {};

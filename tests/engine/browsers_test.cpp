@@ -122,6 +122,23 @@ class BrowsersTest : public BrowserFixture {
     view.report->log = log;
     return after;
   }
+  void ExpectOnlyBookmarksAndDownloads(const std::string& places, const std::string& icons) {
+    EXPECT_EQ(Query(places,
+                    "SELECT url, title, visit_count, typed, last_visit_date, foreign_count "
+                    "FROM moz_places",
+                    6),
+              "https://dear.example/|Dear|0|0||1\nhttps://loaded.example/file.zip||0|0|70|0\n"
+              "https://dear.example/keyword||0|0||1\n");
+    EXPECT_EQ(Query(places, "SELECT host FROM moz_origins"), "dear.example\nloaded.example\n");
+    EXPECT_EQ(Query(places, "SELECT content FROM moz_annos"),
+              "file:///C:/loaded-here.zip\ndear note\n");
+    EXPECT_EQ(Query(places, "SELECT keyword FROM moz_keywords") +
+                  Query(places, "SELECT visit_type FROM moz_historyvisits"),
+              "k\n7\n");
+    EXPECT_EQ(Query(icons, "SELECT data FROM moz_icons") +
+                  Query(icons, "SELECT page_url FROM moz_pages_w_icons"),
+              "dear-icon\ndear-root\nhttps://dear.example/\n");
+  }
 };
 
 TEST_F(BrowsersTest, CookiesGoButForThoseOfKeptSitesHoweverTheBrowserEnded) {
@@ -172,21 +189,7 @@ TEST_F(BrowsersTest, HistoryGoesAndBookmarksWithTheirIconsStay) {
     const Picture before = PictureOf(profile);
     Picture after = RunTwice(profile, {"CleanMozillaHistory"});
     EXPECT_EQ(Query(places, kKept, 13), bookmarks);
-    EXPECT_EQ(Query(places,
-                    "SELECT url, title, visit_count, typed, last_visit_date, foreign_count "
-                    "FROM moz_places",
-                    6),
-              "https://dear.example/|Dear|0|0||1\nhttps://loaded.example/file.zip||0|0|70|0\n"
-              "https://dear.example/keyword||0|0||1\n");
-    EXPECT_EQ(Query(places, "SELECT host FROM moz_origins"), "dear.example\nloaded.example\n");
-    EXPECT_EQ(Query(places, "SELECT content FROM moz_annos"),
-              "file:///C:/loaded-here.zip\ndear note\n");
-    EXPECT_EQ(Query(places, "SELECT keyword FROM moz_keywords") +
-                  Query(places, "SELECT visit_type FROM moz_historyvisits"),
-              "k\n7\n");
-    EXPECT_EQ(Query(icons, "SELECT data FROM moz_icons") +
-                  Query(icons, "SELECT page_url FROM moz_pages_w_icons"),
-              "dear-icon\ndear-root\nhttps://dear.example/\n");
+    ExpectOnlyBookmarksAndDownloads(places, icons);
     const std::string bytes_left = AllBytes(profile);
     for (const char* gone : {"secret.example", "secret-input", "secret-terms", "Secret",
                              "secret note", "secret-icon", "secret-root"}) {
@@ -234,8 +237,7 @@ TEST_F(BrowsersTest, ProfilesAreFoundWhereverTheyAre) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
     EXPECT_FALSE(IsIn(AllBytes(row.path), "secret-typed"));
-    const std::vector<std::string> left = machine->Tree(row.path);
-    EXPECT_EQ(Joined(left),
+    EXPECT_EQ(Joined(machine->Tree(row.path)),
               "cache2\\ cert9.db cookies.sqlite extensions.json favicons.sqlite formhistory.sqlite "
               "key4.db permissions.sqlite places.sqlite prefs.js storage\\ storage\\default\\ "
               "storage\\default\\moz-extension+++1\\ storage\\default\\moz-extension+++1\\idb\\ "
@@ -248,49 +250,58 @@ TEST_F(BrowsersTest, ProfilesAreFoundWhereverTheyAre) {
       << view.report->log;
 }
 
-TEST_F(BrowsersTest, WhatCannotBeChangedWholeIsToldAndStaysToTheByte) {
-  const std::string profile = firefox + "\\Profiles\\p", cookies = profile + "\\cookies.sqlite";
-  std::shared_ptr<void> lock;
-  const auto change = [&](size_t at, std::string_view with) {
-    std::string bytes = *ports.files.ReadWholeFile(cookies);
-    bytes.replace(at, with.size(), with);
-    ports.files.WriteWholeFile(cookies, bytes);
-  };
-  const struct {
+struct SpoiledBrowsersTest : BrowsersTest {
+  struct Spoiler {
     const char* name;
     std::function<void()> spoil;
     const char* told;
-  } kRows[] = {
-      {"running",
-       [&] {
-         machine->MakeFile(profile + "\\parent.lock", "");
-         lock = machine->LockFile(profile + "\\parent.lock");
-       },
-       "Profiles\\p"},
-      {"held", [&] { lock = machine->LockFile(cookies); }, "cookies.sqlite"},
-      {"no database", [&] { change(0, "not a database at all"); }, "it is damaged"},
-      {"damaged", [&] { change(4096 + 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF"); }, "it is damaged"},
-      {"damaged where nothing goes", [&] { change(3 * 4096 + 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF"); },
-       "it is damaged"},
-      {"cut short",
-       [&] {
-         ports.files.WriteWholeFile(cookies, ports.files.ReadWholeFile(cookies)->substr(0, 5000));
-       },
-       "it is damaged"},
-      {"empty", [&] { ports.files.WriteWholeFile(cookies, ""); }, "no such table: moz_cookies"},
-      {"of another form",
-       [&] {
-         ports.files.RemoveFile(cookies);
-         MakeDatabase(cookies, "CREATE TABLE moz_cookies(name, value, site)");
-       },
-       "no such column: host"},
-      {"read-only", [&] { ports.files.SetAttributes(cookies, kReadOnly); }, "it is read-only"},
-      {"with further names", [&] { machine->MakeHardLink(profile + "\\other", cookies); },
-       "it has further names"},
-      {"a journal that cannot be made", [&] { machine->MakeFolder(cookies + "-journal"); },
-       "cookies.sqlite"},
   };
-  for (const auto& row : kRows) {
+  std::vector<Spoiler> Spoilers(const std::string& profile, const std::string& cookies,
+                                std::shared_ptr<void>& lock) {
+    const auto change = [this, cookies](size_t at, std::string_view with) {
+      std::string bytes = *ports.files.ReadWholeFile(cookies);
+      bytes.replace(at, with.size(), with);
+      ports.files.WriteWholeFile(cookies, bytes);
+    };
+    return {
+        {"running",
+         [&, this] {
+           machine->MakeFile(profile + "\\parent.lock", "");
+           lock = machine->LockFile(profile + "\\parent.lock");
+         },
+         "Profiles\\p"},
+        {"held", [&, this] { lock = machine->LockFile(cookies); }, "cookies.sqlite"},
+        {"no database", [=] { change(0, "not a database at all"); }, "it is damaged"},
+        {"damaged", [=] { change(4096 + 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF"); }, "it is damaged"},
+        {"damaged where nothing goes",
+         [=] { change(3 * 4096 + 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF"); }, "it is damaged"},
+        {"cut short",
+         [&, this] {
+           ports.files.WriteWholeFile(cookies, ports.files.ReadWholeFile(cookies)->substr(0, 5000));
+         },
+         "it is damaged"},
+        {"empty", [&, this] { ports.files.WriteWholeFile(cookies, ""); },
+         "no such table: moz_cookies"},
+        {"of another form",
+         [&, this] {
+           ports.files.RemoveFile(cookies);
+           MakeDatabase(cookies, "CREATE TABLE moz_cookies(name, value, site)");
+         },
+         "no such column: host"},
+        {"read-only", [&, this] { ports.files.SetAttributes(cookies, kReadOnly); },
+         "it is read-only"},
+        {"with further names", [&, this] { machine->MakeHardLink(profile + "\\other", cookies); },
+         "it has further names"},
+        {"a journal that cannot be made", [&, this] { machine->MakeFolder(cookies + "-journal"); },
+         "cookies.sqlite"},
+    };
+  }
+};
+
+TEST_F(SpoiledBrowsersTest, WhatCannotBeChangedWholeIsToldAndStaysToTheByte) {
+  const std::string profile = firefox + "\\Profiles\\p", cookies = profile + "\\cookies.sqlite";
+  std::shared_ptr<void> lock;
+  for (const auto& row : Spoilers(profile, cookies, lock)) {
     SCOPED_TRACE(row.name);
     MakeProfile(profile);
     row.spoil();

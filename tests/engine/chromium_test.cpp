@@ -96,33 +96,34 @@ class ChromiumTest : public BrowserFixture {
   }
 };
 
+const struct {
+  const char* kind;
+  std::vector<const char*> gone;  // texts
+} kKindRows[] = {
+    {"chrome:cache", {"secret-cache", "secret-code"}},
+    {"chrome:cookies", {"secret-one"}},
+    {"chrome:history", {"secret-url", "secret-links", "secret-icon"}},
+    {"chrome:forms", {"secret-typed"}},
+    {"chrome:passwords", {"secret-pw"}},
+    {"chrome:sessions", {"secret-tabs"}},
+    {"chrome:sitedata", {"secret-idb", "secret-sw"}},
+};
+
 TEST_F(ChromiumTest, EachKindTakesItsOwnInEveryProfileAndNothingElse) {
   machine->MakeFile(ports.program_folder + "\\keep.txt", "site:dear.example\r\n");
-  const struct {
-    const char* kind;
-    std::vector<const char*> gone;  // texts
-  } kRows[] = {
-      {"chrome:cache", {"secret-cache", "secret-code"}},
-      {"chrome:cookies", {"secret-one"}},
-      {"chrome:history", {"secret-url", "secret-links", "secret-icon"}},
-      {"chrome:forms", {"secret-typed"}},
-      {"chrome:passwords", {"secret-pw"}},
-      {"chrome:sessions", {"secret-tabs"}},
-      {"chrome:sitedata", {"secret-idb", "secret-sw"}},
-  };
   const std::vector<std::string> profiles = {chrome + "\\Default", chrome + "\\Profile 7"};
   for (const std::string& profile : profiles) MakeProfile(profile);
   machine->MakeFile(chrome + "\\System Profile\\Preferences", "dear");
   machine->MakeFile(chrome + "\\System Profile\\Sessions\\x", "dear");
   std::map<std::string, std::string> dear;
   for (const char* name : kDear) dear[name] = *ports.files.ReadWholeFile(profiles[0] + "\\" + name);
-  for (const auto& row : kRows) {
+  for (const auto& row : kKindRows) {
     SCOPED_TRACE(row.kind);
     const std::string before = AllBytes(chrome);
     for (const char* text : row.gone) EXPECT_TRUE(IsIn(before, text)) << text;
     Clean({row.kind});
     const std::string left = AllBytes(chrome);
-    for (const auto& other : kRows) {
+    for (const auto& other : kKindRows) {
       for (const char* text : other.gone) {
         EXPECT_EQ(IsIn(left, text), other.kind != row.kind && IsIn(before, text)) << text;
       }

@@ -120,23 +120,24 @@ TEST_F(CleaningRunTest, WhatFindsNothingOfItsKindSaysSoAndCountsAsSuch) {
   }
 }
 
+const struct {
+  const char* name;
+  const char* strict;
+  bool hidden, answer;
+  ExitCode exit_code;
+  bool is_preview = false;
+} kFolderRows[] = {{"strict", "1", false, true, kFailed},
+                   {"strict and hidden", "1", true, true, kFailed},
+                   {"refused", "0", false, false, kFailed},
+                   {"agreed", "0", false, true, kSomeFilesStayed},
+                   {"hidden", "0", true, false, kSomeFilesStayed},
+                   {"previewed", "0", false, true, kSomeFilesStayed, true},
+                   {"previewed, strict", "1", false, true, kFailed, true}};
+
 // A file lies where the backup folder should be.
 TEST_F(CleaningRunTest, WithoutAUsableBackupFolderOnlyWhoAgreesCleans) {
   machine->MakeFile(scratch + "no folder", "x");
-  const struct {
-    const char* name;
-    const char* strict;
-    bool hidden, answer;
-    ExitCode exit_code;
-    bool is_preview = false;
-  } kRows[] = {{"strict", "1", false, true, kFailed},
-               {"strict and hidden", "1", true, true, kFailed},
-               {"refused", "0", false, false, kFailed},
-               {"agreed", "0", false, true, kSomeFilesStayed},
-               {"hidden", "0", true, false, kSomeFilesStayed},
-               {"previewed", "0", false, true, kSomeFilesStayed, true},
-               {"previewed, strict", "1", false, true, kFailed, true}};
-  for (const auto& row : kRows) {
+  for (const auto& row : kFolderRows) {
     SCOPED_TRACE(row.name);
     WriteSettings("");
     SeedUser();

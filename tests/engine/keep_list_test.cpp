@@ -99,10 +99,8 @@ TEST_F(KeepListTest, ListsSearchesAndPlugInsHonourIt) {
     machine->MakeFile(scratch + file, "");
   for (const char* file : {"i\\x.ini", "i\\by mask.ini", "i\\in a.ini", "i\\goes.ini"})
     machine->MakeFile(scratch + file, "[a]\r\nk=1\r\n");
-  for (const char* key : {"v", "t\\s", "t2\\s", "k"}) {
-    for (const char* name : {"", "v", "w"}) {
-      machine->SetText(kUser, std::string(kKey) + "\\" + key, name, "x");
-    }
+  for (const std::string key : {"v", "t\\s", "t2\\s", "k"}) {
+    for (const char* name : {"", "v", "w"}) machine->SetText(kUser, kKey + ("\\" + key), name, "x");
   }
   const std::string key = std::string("HKEY_CURRENT_USER\\") + kKey;
   Keep(scratch + "f\\s\r\n" + scratch + "f\\b\r\n" + scratch + "i\\x.ini\r\n" + scratch +

@@ -110,6 +110,15 @@ TEST_F(PluginRunTest, TheCollectorKeepsItsTwoOrdersAndEntersNoLink) {
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
 }
 
+// Records, each with a part of the reason why it is refused.
+struct Refusals {
+  void Add(const std::string& why, const std::string& begin, const Names& places,
+           const std::string& end = "\\qx-none") {
+    for (const std::string& place : places) records.emplace_back(begin + place + end, why);
+  }
+  std::vector<std::pair<std::string, std::string>> records;
+};
+
 TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
   System& system = ports.system;
   const std::string windows = system.WindowsFolder(), drive = windows.substr(0, 2);
@@ -117,41 +126,42 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
   const std::string users(FolderPart(profile)),
       programs = system.Environment("ProgramFiles").value();
   const std::string shared = "\\\\localhost\\" + drive.substr(0, 1) + "$" + windows.substr(2);
-  std::vector<std::pair<std::string, std::string>> records;  // with part of the reason
-  const auto add = [&](const std::string& why, const std::string& begin, const Names& places,
-                       const std::string& end = "\\qx-none") {
-    for (const std::string& place : places) records.emplace_back(begin + place + end, why);
-  };
-  add("whole drive", "F|No|No|",
-      {drive, "%windir%", "%WINDIR%\\", "%WINDIR%. ", "%SYSDIR%", "%WINDIR%\\syswow64",
-       "\\\\localhost\\C$", shared, "\\\\127.0.0.1\\admin$\\system32", "\\\\server\\share",
-       machine->ShortName(windows)});
-  add("whole drive", "F|Yes|No|",
-      {"%windir%", "%PROGDIR%", "%USERPROFILE%", users + "Somebody Else",
-       machine->ShortName(programs)});
-  add("full path", "F|No|No|",
-      {drive + "\\\\.", profile + "\\..", "Temp", "*:\\Temp", "\\\\*\\share\\a", drive + "\\T>",
-       "\"" + drive + "\\Temp", "\\\\?\\C:", "\\\\.\\C:"});
-  add("has no value", "F|No|No|", {"%NO_SUCH%\\a"});
-  add("full path", "", {"F|No|No|qx-none", "I|a.ini|s|Yes||"}, "");
-  add("has no value", "I|a.ini|s|Yes||", {"%NO_SUCH%\\"}, "");
-  add("main branches", "R|Yes|No|HKEY_",
-      {"CURRENT_USER", "CURRENT_USER\\", "CURRENT_USER\\\\Quellix Branch\\",
-       "USERS\\S-1-5-18\\Software"},
-      "|");
-  add("main branches", "R|No|No|", {"HKEY_CURRENT_USER\\Quellix Branch"}, "|v");
-  add("no known root", "R|Yes|No|", {"HKCU\\Software\\x", "hkey_users\\a\\b", ""}, "|");
-  add("below that root", "R|Yes|No|", {"HKEY_DYN_DATA\\a\\b"}, "|");
-  machine->SetText(kUser, "Quellix Branch", "v", "x");
+  Refusals refusals;
+  refusals.Add("whole drive", "F|No|No|",
+               {drive, "%windir%", "%WINDIR%\\", "%WINDIR%. ", "%SYSDIR%", "%WINDIR%\\syswow64",
+                "\\\\localhost\\C$", shared, "\\\\127.0.0.1\\admin$\\system32", "\\\\server\\share",
+                machine->ShortName(windows)});
+  refusals.Add("whole drive", "F|Yes|No|",
+               {"%windir%", "%PROGDIR%", "%USERPROFILE%", users + "Somebody Else",
+                machine->ShortName(programs)});
+  refusals.Add("full path", "F|No|No|",
+               {drive + "\\\\.", profile + "\\..", "Temp", "*:\\Temp", "\\\\*\\share\\a",
+                drive + "\\T>", "\"" + drive + "\\Temp", "\\\\?\\C:", "\\\\.\\C:"});
+  refusals.Add("has no value", "F|No|No|", {"%NO_SUCH%\\a"});
+  refusals.Add("full path", "", {"F|No|No|qx-none", "I|a.ini|s|Yes||"}, "");
+  refusals.Add("has no value", "I|a.ini|s|Yes||", {"%NO_SUCH%\\"}, "");
   for (const std::string& folder :
        {users + "Somebody Else", windows + "\\SysWOW64", windows + "\\System32", programs}) {
     machine->MakeFolder(folder);
   }
-  ExpectRefused(records);
-  EXPECT_EQ(machine->ValueNames(kUser, "Quellix Branch").size(), 1u);
-  machine->RemoveRegistryTree(kUser, "Quellix Branch");
+  ExpectRefused(refusals.records);
   EXPECT_EQ(CleanBy("F|No|No|%USERPROFILE%\\qx-none\r\n"),
             "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
+}
+
+TEST_F(PluginRunTest, RootsAndTheirBranchesAreRefusedWithALine) {
+  Refusals refusals;
+  refusals.Add("main branches", "R|Yes|No|HKEY_",
+               {"CURRENT_USER", "CURRENT_USER\\", "CURRENT_USER\\\\Quellix Branch\\",
+                "USERS\\S-1-5-18\\Software"},
+               "|");
+  refusals.Add("main branches", "R|No|No|", {"HKEY_CURRENT_USER\\Quellix Branch"}, "|v");
+  refusals.Add("no known root", "R|Yes|No|", {"HKCU\\Software\\x", "hkey_users\\a\\b", ""}, "|");
+  refusals.Add("below that root", "R|Yes|No|", {"HKEY_DYN_DATA\\a\\b"}, "|");
+  machine->SetText(kUser, "Quellix Branch", "v", "x");
+  ExpectRefused(refusals.records);
+  EXPECT_EQ(machine->ValueNames(kUser, "Quellix Branch").size(), 1u);
+  machine->RemoveRegistryTree(kUser, "Quellix Branch");
 }
 
 TEST_F(PluginRunTest, ARootKeyIsKnownByAllItsNames) {

@@ -81,14 +81,39 @@ TEST_F(ProtectedPlacesTest, NoSpellingOfAPreciousFolderEmptiesIt) {
 
 // What is asked of a folder: its files of a mask, behind "||" with those below it; and those who
 // may: the items (I), recipes (R), the user's own list (O).
-TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
+struct WhoMayTest : ProtectedPlacesTest {
+  void SetUp() override {
+    machine->SetText(RegistryRoot::kLocalMachine, list, "ProfileImagePath", listed);
+    machine->SetText(kUser, kShellFolders, kDownloads, "%USERPROFILE%\\Qx moved");
+    machine->MakeFolder(aside);
+    machine->MakeFolderLink(scratch + "way", aside);
+    machine->SetText(RegistryRoot::kLocalMachine, kShellFolders, "CommonVideo", scratch + "way");
+    if (!had_boot_file) machine->MakeFile(root + "bootmgr", "1");
+    for (const std::string& folder : {system + "\\Qx", config + "\\Qx", system + "\\LogFiles\\Qx",
+                                      other + "\\Qx", listed, games, cloud, moved}) {
+      machine->MakeFolder(folder);
+    }
+  }
+  void TearDown() override {
+    machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, list);
+    ports.registry.Open(kUser, kShellFolders, RegistryAccess::kWrite)->DeleteValue(kDownloads);
+    ports.registry.Open(RegistryRoot::kLocalMachine, kShellFolders, RegistryAccess::kWrite)
+        ->DeleteValue("CommonVideo");
+    if (!had_boot_file) ports.files.RemoveFile(root + "bootmgr");
+  }
+
+  const std::string list = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-9";
   const std::string windows = ports.system.WindowsFolder(), root = windows.substr(0, 3);
   const std::string system = ports.system.SystemFolder(), config = system + "\\config";
   const std::string profile = ports.system.Environment("USERPROFILE").value();
   const std::string listed = scratch + "listed", moved = profile + "\\Qx moved";
   const std::string cloud = profile + "\\OneDrive - Qx", games = profile + "\\Saved Games";
-  const std::string link = scratch + "way", aside = scratch + "Qx\\videos";
+  const std::string aside = scratch + "Qx\\videos";
   const std::string other = std::string(FolderPart(profile)) + "Somebody Else";
+  const bool had_boot_file = machine->Exists(root + "bootmgr");
+};
+
+TEST_F(WhoMayTest, DependsOnThePlaceTheMaskAndWhoAsks) {
   const std::pair<const char*, Names> kRows[] = {
       {"",
        {windows + "|qx.exe",
@@ -120,18 +145,6 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
        {windows + "|MEMORY.DMP", windows + "|*.log", windows + "|*.txt", windows + "|qx.zzz",
         system + "\\LogFiles\\Qx||*.*", root + "|qx.zzz", profile + "|qx.dat", other + "\\Qx||*.*",
         games + "|*.log", scratch + "|notes.dat"}}};
-  const std::string list = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-9";
-  machine->SetText(RegistryRoot::kLocalMachine, list, "ProfileImagePath", listed);
-  machine->SetText(kUser, kShellFolders, kDownloads, "%USERPROFILE%\\Qx moved");
-  machine->MakeFolder(aside);
-  machine->MakeFolderLink(link, aside);
-  machine->SetText(RegistryRoot::kLocalMachine, kShellFolders, "CommonVideo", link);
-  const bool had_boot_file = machine->Exists(root + "bootmgr");
-  if (!had_boot_file) machine->MakeFile(root + "bootmgr", "1");
-  for (const std::string& folder : {system + "\\Qx", config + "\\Qx", system + "\\LogFiles\\Qx",
-                                    other + "\\Qx", listed, games, cloud, moved}) {
-    machine->MakeFolder(folder);
-  }
   ProtectedPlaces places(ports, "");
   for (const auto& [who, asked] : kRows) {
     for (const std::string& row : asked) {
@@ -147,11 +160,6 @@ TEST_F(ProtectedPlacesTest, WhatMayGoDependsOnThePlaceTheMaskAndWhoAsks) {
                 !at.starts_with(config) && at != ports.program_folder);
     }
   }
-  machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, list);
-  ports.registry.Open(kUser, kShellFolders, RegistryAccess::kWrite)->DeleteValue(kDownloads);
-  ports.registry.Open(RegistryRoot::kLocalMachine, kShellFolders, RegistryAccess::kWrite)
-      ->DeleteValue("CommonVideo");
-  if (!had_boot_file) ports.files.RemoveFile(root + "bootmgr");
 }
 
 TEST_F(ProtectedPlacesTest, AHiveIsKnownByItsNameAndWhatIsInIt) {

@@ -64,6 +64,13 @@ struct RegistryScanTest : RegistryFixture {
   }
 };
 
+template <class Scan>
+void CheckFirst(Scan& scan, RowMark mark) {
+  size_t row = 0;
+  while (scan.row(row).mark != mark) ++row;
+  scan.SetChecked(row, true);
+}
+
 TEST_F(RegistryScanTest, SharedDlls) {
   std::map<std::string, std::pair<uint32_t, bool>> dlls;  // count, and whether the file is there
   for (uint32_t i = 0; i < 300; ++i) {
@@ -91,11 +98,7 @@ TEST_F(RegistryScanTest, SharedDlls) {
 
   scan->SetChecked(0, false);
   const std::string kept = scan->row(0).name;
-  for (size_t i = 0; i < scan->RowCount(); ++i) {
-    if (scan->row(i).mark != RowMark::kValid) continue;
-    scan->SetChecked(i, true);  // its file is deleted with it
-    break;
-  }
+  CheckFirst(*scan, RowMark::kValid);  // its file is deleted with it
   const size_t rows = scan->RowCount();
   scan->DeleteChecked(true);
   EXPECT_EQ(scan->failure(), "");

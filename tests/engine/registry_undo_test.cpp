@@ -26,35 +26,36 @@ struct RegistryUndoTest : RegistryFixture {
   }
 };
 
+const std::string kNul(1, '\0');
+const std::pair<const char*, RegistryValue> kEntryRows[] = {
+    {"", Text("the default value")},
+    {"a \"quoted\" \\ name", Text("a \"quoted\" \\ text")},
+    {"ends in \\", Text("ends in \\")},
+    {"@", Text("an at")},
+    {"lines", Text("one\r\ntwo\tthree")},
+    {"no end", {kRegSz, ToUtf16Bytes("abc")}},
+    {"two ends", {kRegSz, ToUtf16Bytes("abc" + kNul + kNul)}},
+    {"nul inside", {kRegSz, ToUtf16Bytes("a" + kNul + "b" + kNul)}},
+    {"odd bytes", {kRegSz, ToUtf16Bytes("abc" + kNul) + "x"}},
+    {"one byte", {kRegSz, "x"}},
+    {"no bytes", {kRegSz, ""}},
+    {"surrogate alone", {kRegSz, std::string("\x00\xD8\x00\x00", 4)}},
+    {"expand", Text("%PATH%", kRegExpandSz)},
+    {"texts", {kRegMultiSz, ToUtf16Bytes("a" + kNul + "b" + kNul + kNul)}},
+    {"number", Number(0xFEDCBA98)},
+    {"short number", {kRegDword, "xyz"}},
+    {"long", {kRegBinary, std::string(3000, '\xAB')}},
+    {"empty", {kRegBinary, ""}},
+    {"none", {kRegNone, "x"}},
+    {"big number", {11, std::string("12345678")}},
+    {"odd type", {0x12345, "abc"}},
+    {"\xC3\xA4\xE6\xBC\xA2\xF0\x9F\x98\x80", Text("\xC3\xA4\xE6\xBC\xA2\xF0\x9F\x98\x80")},
+    {"=", Text("]")},
+    {"; no remark", Text("; none either")}};
+
 TEST_F(RegistryUndoTest, EveryKindOfEntryComesBackAsItWas) {
-  const std::string nul(1, '\0');
-  const std::pair<const char*, RegistryValue> kRows[] = {
-      {"", Text("the default value")},
-      {"a \"quoted\" \\ name", Text("a \"quoted\" \\ text")},
-      {"ends in \\", Text("ends in \\")},
-      {"@", Text("an at")},
-      {"lines", Text("one\r\ntwo\tthree")},
-      {"no end", {kRegSz, ToUtf16Bytes("abc")}},
-      {"two ends", {kRegSz, ToUtf16Bytes("abc" + nul + nul)}},
-      {"nul inside", {kRegSz, ToUtf16Bytes("a" + nul + "b" + nul)}},
-      {"odd bytes", {kRegSz, ToUtf16Bytes("abc" + nul) + "x"}},
-      {"one byte", {kRegSz, "x"}},
-      {"no bytes", {kRegSz, ""}},
-      {"surrogate alone", {kRegSz, std::string("\x00\xD8\x00\x00", 4)}},
-      {"expand", Text("%PATH%", kRegExpandSz)},
-      {"texts", {kRegMultiSz, ToUtf16Bytes("a" + nul + "b" + nul + nul)}},
-      {"number", Number(0xFEDCBA98)},
-      {"short number", {kRegDword, "xyz"}},
-      {"long", {kRegBinary, std::string(3000, '\xAB')}},
-      {"empty", {kRegBinary, ""}},
-      {"none", {kRegNone, "x"}},
-      {"big number", {11, std::string("12345678")}},
-      {"odd type", {0x12345, "abc"}},
-      {"\xC3\xA4\xE6\xBC\xA2\xF0\x9F\x98\x80", Text("\xC3\xA4\xE6\xBC\xA2\xF0\x9F\x98\x80")},
-      {"=", Text("]")},
-      {"; no remark", Text("; none either")}};
-  for (const auto& [name, value] : kRows) Set(kUser, "Qx1\\a]b\\[c", name, value);
-  for (const auto& [name, value] : kRows) Set(kUser, "Qx1\\\xC3\xA4", name, value);
+  for (const auto& [name, value] : kEntryRows) Set(kUser, "Qx1\\a]b\\[c", name, value);
+  for (const auto& [name, value] : kEntryRows) Set(kUser, "Qx1\\\xC3\xA4", name, value);
   const RegistryPicture before = UserPicture();
   KeepTree("Qx1");
   EXPECT_TRUE(UserPicture().empty());

@@ -25,6 +25,19 @@ struct RunRecordsTest : RunFixture {
     Tick({"CleanTempFiles"});
     engine.RunCleaning();
   }
+  // A pair of a recycle bin's files.
+  void PutInBin(const std::string& bin, const std::string& name, int64_t deleted,
+                const std::string& path, const std::string& bytes) {
+    machine->MakeFile(bin + "$I" + name, WriteRecycleIndex(2, {bytes.size(), deleted, path}));
+    machine->MakeFile(bin + "$R" + name, bytes);
+  }
+  void RemoveBins(std::initializer_list<std::string> bins) {
+    for (const std::string& bin : bins) {
+      for (const std::string& name : machine->Tree(bin)) ports.files.RemoveFile(bin + name);
+      ports.files.RemoveFolder(bin);
+    }
+    ports.files.RemoveFolder("C:\\$Recycle.Bin");
+  }
   const std::string logs = own + "Logs\\";
 };
 
@@ -127,24 +140,17 @@ TEST_F(RunRecordsTest, WhatARunRecycledComesBackAndNothingIsReplaced) {
   const auto of_c = std::ranges::find(bins, 'C', [](const std::string& bin) { return bin[0]; });
   ASSERT_NE(of_c, bins.end());
   const std::string bin = *of_c + "\\", foreign = "C:\\$Recycle.Bin\\S-1-5-21-7-8-9-1009\\";
-  const auto put_in = [&](const std::string& folder, const std::string& name, int64_t deleted,
-                          const std::string& path, const std::string& bytes) {
-    machine->MakeFile(folder + "$I" + name, WriteRecycleIndex(2, {bytes.size(), deleted, path}));
-    machine->MakeFile(folder + "$R" + name, bytes);
-  };
-  const auto put = [&](const std::string& name, int64_t deleted, const std::string& path,
-                       const std::string& bytes) { put_in(bin, name, deleted, path, bytes); };
   const std::string gone = scratch + "gone\\sub\\a.txt", there = scratch + "b.txt";
-  put("AAAAAA.txt", 10, gone, "old..");
-  put("BBBBBB.txt", 20, UpCase(gone), "right");
-  put("CCCCCC.txt", 30, gone, "by hand");
-  put("HHHHHH.txt", 15, gone, "older");
-  put("DDDDDD.txt", 20, there, "12345");
+  PutInBin(bin, "AAAAAA.txt", 10, gone, "old..");
+  PutInBin(bin, "BBBBBB.txt", 20, UpCase(gone), "right");
+  PutInBin(bin, "CCCCCC.txt", 30, gone, "by hand");
+  PutInBin(bin, "HHHHHH.txt", 15, gone, "older");
+  PutInBin(bin, "DDDDDD.txt", 20, there, "12345");
   const std::string beyond = scratch + "link\\a.txt";
-  put("GGGGGG.txt", 20, beyond, "12345");
+  PutInBin(bin, "GGGGGG.txt", 20, beyond, "12345");
   machine->MakeFile(scratch + "else\\b.txt", "");
   machine->MakeFolderLink(scratch + "link", scratch + "else");
-  put_in(foreign, "FFFFFF.txt", 40, gone, "wrong");
+  PutInBin(foreign, "FFFFFF.txt", 40, gone, "wrong");
   machine->MakeFile(bin + "$IEEEEEE.txt", "rubbish");
   machine->MakeFile(there, "newer");
   RunEntries run;
@@ -166,11 +172,7 @@ TEST_F(RunRecordsTest, WhatARunRecycledComesBackAndNothingIsReplaced) {
             (Names{"$IAAAAAA.txt", "$ICCCCCC.txt", "$IDDDDDD.txt", "$IEEEEEE.txt", "$IGGGGGG.txt",
                    "$IHHHHHH.txt", "$RAAAAAA.txt", "$RCCCCCC.txt", "$RDDDDDD.txt", "$RGGGGGG.txt",
                    "$RHHHHHH.txt"}));
-  for (const std::string& folder : {bin, foreign}) {
-    for (const std::string& name : machine->Tree(folder)) ports.files.RemoveFile(folder + name);
-    ports.files.RemoveFolder(folder);
-  }
-  ports.files.RemoveFolder("C:\\$Recycle.Bin");
+  RemoveBins({bin, foreign});
 }
 
 TEST_F(RunRecordsTest, ARunThatRecycledIsUndone) {
@@ -327,11 +329,17 @@ std::string RowTexts(const EntryList& list) {
   return text;
 }
 
+EntryScope ScopeOf(size_t item) {
+  EntryScope scope;
+  scope.items[item] = true;
+  return scope;
+}
+
 TEST_F(RunRecordsTest, TheListGrowsGroupsByFolderAndShowsWhatItemsName) {
   const auto entries = std::make_shared<RunEntries>();
-  const auto add = [&](int item, uint64_t bytes, const char* place, Fate fate = Fate::kRemoved) {
-    entries->Add(
-        {.fate = fate, .item = static_cast<uint8_t>(item), .bytes = bytes, .place = place});
+  const auto add = [&](uint8_t item, uint64_t bytes, const char* place,
+                       Fate fate = Fate::kRemoved) {
+    entries->Add({.fate = fate, .item = item, .bytes = bytes, .place = place});
   };
   add(10, 5, "C:\\t\\b.tmp");
   EntryList list(ports.system, entries, true);
@@ -354,9 +362,7 @@ TEST_F(RunRecordsTest, TheListGrowsGroupsByFolderAndShowsWhatItemsName) {
   EXPECT_EQ(list.Summary(), "2 entries to be removed, 9 Bytes; 1 will stay.");
   list.SetTicked(3, true);
   EXPECT_TRUE(list.IsTicked(2));
-  EntryScope scope;
-  scope.items[9] = true;
-  list.ShowScope(scope);
+  list.ShowScope(ScopeOf(9));
   EXPECT_EQ(rows(), "[C:\\T, 3 entries] 3 5 7 ");
   EXPECT_EQ(list.Summary(), "1 entry to be removed, 3 Bytes; 1 will stay.");
   list.SetFilter("c.tmp");

@@ -55,6 +55,14 @@ struct SearchResultsTest : RunFixture {
   SearchResults results;
 };
 
+const std::pair<ResultColumn, Names> kSorted[] = {
+    {kName, {"A.bak", "b.TXT", "c", "\xC3\x84.txt"}},
+    {kBytes, {"0", "9", "10", "5000000000"}},
+    {kAttribute, {"", "A", "H", "R"}},
+    {kPath, {"C:\\a\\", "C:\\A\\", "C:\\b\\", "C:\\c\\"}},
+    {kFileType, {"", "BAK", "TXT", "TXT"}},
+    {kCategory, {"Dead Shortcuts", "Empty Files", "Empty Files", "Unnecessary Files"}}};
+
 TEST_F(SearchResultsTest, RowsAreSortedByWhatAColumnMeans) {
   const auto add = [this](const char* name, uint64_t bytes, int64_t time, uint32_t attributes,
                           const char* folder, JunkKind kind) {
@@ -72,14 +80,7 @@ TEST_F(SearchResultsTest, RowsAreSortedByWhatAColumnMeans) {
   add("c", 0, 1, 0, "C:\\a\\", JunkKind::kEmptyFiles);
   EXPECT_TRUE(results.TakeNew());
   EXPECT_EQ(Column(), (Names{"b.TXT", "A.bak", "\xC3\x84.txt", "c"})) << "as they came";
-  const std::pair<ResultColumn, Names> rows[] = {
-      {kName, {"A.bak", "b.TXT", "c", "\xC3\x84.txt"}},
-      {kBytes, {"0", "9", "10", "5000000000"}},
-      {kAttribute, {"", "A", "H", "R"}},
-      {kPath, {"C:\\a\\", "C:\\A\\", "C:\\b\\", "C:\\c\\"}},
-      {kFileType, {"", "BAK", "TXT", "TXT"}},
-      {kCategory, {"Dead Shortcuts", "Empty Files", "Empty Files", "Unnecessary Files"}}};
-  for (const auto& [column, up] : rows) {
+  for (const auto& [column, up] : kSorted) {
     results.Sort(kBytes);
     results.Sort(column == kBytes ? kName : column);
     if (column == kBytes) results.Sort(kBytes);

@@ -217,62 +217,64 @@ std::string CustomList(std::initializer_list<std::string> categories) {
   return bytes;
 }
 
+const std::string kPlain = AutomaticList(4, {kFree, kFree});
+const std::string kFrequent = Little(1, 4) + Little(1, 4), kTasks = Little(2, 4) + Little(0, 4),
+                  kNamed = Little(0, 4) + Little(2, 2) + ToUtf16Bytes("ab");
+
+std::string Changed(size_t at, const std::string& bytes) {
+  return std::string(kPlain).replace(at, bytes.size(), bytes);
+}
+
+const struct {
+  const char* what;
+  const char* name;
+  std::string file;
+  Pins pins;
+} kListRows[] = {
+    {"an empty file", kAutomatic, "", Pins::kNone},
+    {"an empty list", kAutomatic, CompoundBytes("DestList", ""), Pins::kNone},
+    {"no entries", kAutomatic, AutomaticList(4, {}), Pins::kNone},
+    {"of today", kAutomatic, kPlain, Pins::kNone},
+    {"of Windows 7", kAutomatic, AutomaticList(1, {kFree, kFree, kFree}), Pins::kNone},
+    {"a long one", kAutomatic, AutomaticList(3, std::vector(60, kFree)), Pins::kNone},
+    {"the first is pinned", kAutomatic, AutomaticList(4, {0, kFree}, 1), Pins::kSome},
+    {"the last of Windows 7", kAutomatic, AutomaticList(1, {kFree, 1}), Pins::kSome},
+    {"the last of a long one", kAutomatic,
+     [] {
+       std::vector<uint32_t> pins(60, kFree);
+       pins.back() = 7;
+       return AutomaticList(4, pins);
+     }(),
+     Pins::kSome},
+    {"only the header tells", kAutomatic, AutomaticList(4, {kFree}, 1), Pins::kSome},
+    {"no list", kAutomatic, CompoundBytes("Dest", "x"), Pins::kUnknown},
+    {"text", kAutomatic, std::string(2000, 'x'), Pins::kUnknown},
+    {"cut off", kAutomatic, kPlain.substr(0, 2048), Pins::kUnknown},
+    {"only a header", kAutomatic, kPlain.substr(0, 512), Pins::kUnknown},
+    {"the table leads around", kAutomatic, Changed(512 + 4, Little(1, 4)), Pins::kUnknown},
+    {"short pieces lead around", kAutomatic, Changed(1536 + 4, Little(0, 4)), Pins::kUnknown},
+    {"tables lead around", kAutomatic, Changed(68, Little(3, 4)), Pins::kUnknown},
+    {"a sector far behind", kAutomatic, Changed(48, Little(0xFFFFFF00, 4)), Pins::kUnknown},
+    {"huge sectors", kAutomatic, Changed(30, Little(31, 2)), Pins::kUnknown},
+    {"a longer stream", kAutomatic, Changed(1024 + 248, Little(4000, 4)), Pins::kUnknown},
+    {"more entries than there are", kAutomatic,
+     CompoundBytes("DestList", DestinationList(4, std::vector(1, kFree), 0).substr(0, 160)),
+     Pins::kUnknown},
+    {"something behind the entries", kAutomatic,
+     CompoundBytes("DestList", DestinationList(4, std::vector(1, kFree), 0) + "x"), Pins::kUnknown},
+    {"an empty custom file", kCustom, "", Pins::kNone},
+    {"no categories", kCustom, CustomList({}), Pins::kNone},
+    {"none with entries", kCustom, CustomList({kFrequent, kTasks, kNamed + Little(0, 4)}),
+     Pins::kNone},
+    {"with entries", kCustom, CustomList({kFrequent, kNamed + Little(1, 4) + "link"}),
+     Pins::kUnknown},
+    {"with kTasks", kCustom, CustomList({Little(2, 4) + Little(1, 4) + "link"}), Pins::kUnknown},
+    {"fewer categories", kCustom, Little(2, 4) + Little(9, 4) + Little(0, 4), Pins::kUnknown},
+    {"another form", kCustom, Little(3, 4) + Little(0, 8), Pins::kUnknown},
+};
+
 TEST(JumpListTest, APinIsSeenWhereverItStandsAndWhatDoesNotTellIsUnknown) {
-  const std::string plain = AutomaticList(4, {kFree, kFree});
-  const auto changed = [&plain](size_t at, const std::string& bytes) {
-    return std::string(plain).replace(at, bytes.size(), bytes);
-  };
-  const std::string frequent = Little(1, 4) + Little(1, 4), tasks = Little(2, 4) + Little(0, 4),
-                    named = Little(0, 4) + Little(2, 2) + ToUtf16Bytes("ab");
-  const struct {
-    const char* what;
-    const char* name;
-    std::string file;
-    Pins pins;
-  } kRows[] = {
-      {"an empty file", kAutomatic, "", Pins::kNone},
-      {"an empty list", kAutomatic, CompoundBytes("DestList", ""), Pins::kNone},
-      {"no entries", kAutomatic, AutomaticList(4, {}), Pins::kNone},
-      {"of today", kAutomatic, plain, Pins::kNone},
-      {"of Windows 7", kAutomatic, AutomaticList(1, {kFree, kFree, kFree}), Pins::kNone},
-      {"a long one", kAutomatic, AutomaticList(3, std::vector(60, kFree)), Pins::kNone},
-      {"the first is pinned", kAutomatic, AutomaticList(4, {0, kFree}, 1), Pins::kSome},
-      {"the last of Windows 7", kAutomatic, AutomaticList(1, {kFree, 1}), Pins::kSome},
-      {"the last of a long one", kAutomatic,
-       [] {
-         std::vector<uint32_t> pins(60, kFree);
-         pins.back() = 7;
-         return AutomaticList(4, pins);
-       }(),
-       Pins::kSome},
-      {"only the header tells", kAutomatic, AutomaticList(4, {kFree}, 1), Pins::kSome},
-      {"no list", kAutomatic, CompoundBytes("Dest", "x"), Pins::kUnknown},
-      {"text", kAutomatic, std::string(2000, 'x'), Pins::kUnknown},
-      {"cut off", kAutomatic, plain.substr(0, 2048), Pins::kUnknown},
-      {"only a header", kAutomatic, plain.substr(0, 512), Pins::kUnknown},
-      {"the table leads around", kAutomatic, changed(512 + 4, Little(1, 4)), Pins::kUnknown},
-      {"short pieces lead around", kAutomatic, changed(1536 + 4, Little(0, 4)), Pins::kUnknown},
-      {"tables lead around", kAutomatic, changed(68, Little(3, 4)), Pins::kUnknown},
-      {"a sector far behind", kAutomatic, changed(48, Little(0xFFFFFF00, 4)), Pins::kUnknown},
-      {"huge sectors", kAutomatic, changed(30, Little(31, 2)), Pins::kUnknown},
-      {"a longer stream", kAutomatic, changed(1024 + 248, Little(4000, 4)), Pins::kUnknown},
-      {"more entries than there are", kAutomatic,
-       CompoundBytes("DestList", DestinationList(4, std::vector(1, kFree), 0).substr(0, 160)),
-       Pins::kUnknown},
-      {"something behind the entries", kAutomatic,
-       CompoundBytes("DestList", DestinationList(4, std::vector(1, kFree), 0) + "x"),
-       Pins::kUnknown},
-      {"an empty custom file", kCustom, "", Pins::kNone},
-      {"no categories", kCustom, CustomList({}), Pins::kNone},
-      {"none with entries", kCustom, CustomList({frequent, tasks, named + Little(0, 4)}),
-       Pins::kNone},
-      {"with entries", kCustom, CustomList({frequent, named + Little(1, 4) + "link"}),
-       Pins::kUnknown},
-      {"with tasks", kCustom, CustomList({Little(2, 4) + Little(1, 4) + "link"}), Pins::kUnknown},
-      {"fewer categories", kCustom, Little(2, 4) + Little(9, 4) + Little(0, 4), Pins::kUnknown},
-      {"another form", kCustom, Little(3, 4) + Little(0, 8), Pins::kUnknown},
-  };
-  for (const auto& row : kRows) EXPECT_EQ(PinsOf(row.name, row.file), row.pins) << row.what;
+  for (const auto& row : kListRows) EXPECT_EQ(PinsOf(row.name, row.file), row.pins) << row.what;
   EXPECT_TRUE(IsJumpList("5F7B.AutomaticDestinations-ms"));
   EXPECT_FALSE(IsJumpList("automaticDestinations-ms.lnk"));
 }

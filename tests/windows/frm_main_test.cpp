@@ -73,6 +73,26 @@ TEST_F(FrmMainTest, AHeadingTogglesItsGroupByKeyAndClickAndTheBoxBelowEveryItem)
   }
 }
 
+void ExpectKeysMoveRowsOnly(const QuellixWindow& window) {
+  const HWND list = window.Control(lstvItems);
+  // A row stays selected wherever it goes; a letter finds one, and a space within a name no box.
+  SendMessageW(list, WM_NULL, 0, 0);
+  for (const WPARAM key : {VK_RIGHT, VK_LEFT}) {
+    window.PressKey(list, key);
+    EXPECT_EQ(Shown(window.main(), lblItem), L"Temporary files");
+    EXPECT_EQ(SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED),
+              window.RowOf(chkTemp));
+  }
+  for (const WPARAM letter : {L'r', L'e', L'c'}) PostMessageW(list, WM_CHAR, letter, 1);
+  window.PressKey(list, VK_SPACE);
+  EXPECT_TRUE(AwaitText(window.main(), lblItem, L"Recycle Bin"));
+  EXPECT_FALSE(window.IsChecked(chkRecycleBin));
+  // Esc closes nothing, wherever the keyboard is.
+  PostMessageW(window.Control(txtItem), WM_KEYDOWN, VK_ESCAPE, 1);
+  window.PressKey(window.Control(txtItem), VK_ESCAPE);
+  EXPECT_FALSE(window.HasEnded());
+}
+
 TEST_F(FrmMainTest, ThePaneTellsOfTheRowAndAfterALookWhatWasFound) {
   WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nDelMethod=R\r\n");
   WriteBytes(TempFolder() / "a.tmp", "12345");
@@ -106,22 +126,7 @@ TEST_F(FrmMainTest, ThePaneTellsOfTheRowAndAfterALookWhatWasFound) {
   EXPECT_EQ(window.RowText(list, window.RowOf(chkTemp), 1), L"") << "what was found is gone";
   EXPECT_FALSE(IsWindowVisible(found));
   EXPECT_TRUE(AwaitPart(window.main(), txtItem, L"Cleaned last: "));
-  // A row stays selected wherever it goes; a letter finds one, and a space within a name no box.
-  SendMessageW(list, WM_NULL, 0, 0);
-  for (const WPARAM key : {VK_RIGHT, VK_LEFT}) {
-    window.PressKey(list, key);
-    EXPECT_EQ(Shown(window.main(), lblItem), L"Temporary files");
-    EXPECT_EQ(SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED),
-              window.RowOf(chkTemp));
-  }
-  for (const WPARAM letter : {L'r', L'e', L'c'}) PostMessageW(list, WM_CHAR, letter, 1);
-  window.PressKey(list, VK_SPACE);
-  EXPECT_TRUE(AwaitText(window.main(), lblItem, L"Recycle Bin"));
-  EXPECT_FALSE(window.IsChecked(chkRecycleBin));
-  // Esc closes nothing, wherever the keyboard is.
-  PostMessageW(window.Control(txtItem), WM_KEYDOWN, VK_ESCAPE, 1);
-  window.PressKey(window.Control(txtItem), VK_ESCAPE);
-  EXPECT_FALSE(window.HasEnded());
+  ExpectKeysMoveRowsOnly(window);
 }
 
 // A file lies where the backup folder should be.

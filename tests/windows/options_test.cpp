@@ -320,9 +320,23 @@ TEST_F(FrmOptionsTest, AFailedWriteIsToldAndTheWindowStays) {
   EXPECT_NE(RunEntry().find(L"quellix.exe\" -S"), std::wstring::npos);
 }
 
+constexpr wchar_t kChosen[] = L"C:\\quellix-tests\\br\u00F6wse";
+constexpr wchar_t kOwn[] = L"C:\\quellix-tests\\own";  // no backups are kept where cleaned
+const struct {
+  const char* name;
+  OptionsPage page;
+  int button, field;
+  std::wstring want;
+} kBrowsed[] = {
+    {"backups", OptionsPage::kDeletion, cmdBrowseBackup, txtBackup, kChosen},
+    {"ignored folders", OptionsPage::kIgnoredFolders, cmdBrowse, txtEntry,
+     std::wstring(kChosen) + L"\\"},
+    {"own files", OptionsPage::kUserFiles, cmdBrowse, txtEntry,
+     std::wstring(kChosen) + L"\\chosen.txt"},
+    {"own folders", OptionsPage::kUserFolders, cmdBrowse, txtEntry, std::wstring(kOwn) + L"\\"}};
+
 TEST_F(FrmOptionsTest, WhatIsChosenInADialogArrivesInItsField) {
-  const fs::path chosen = L"C:\\quellix-tests\\br\u00F6wse",
-                 own = L"C:\\quellix-tests\\own";  // no backups are kept where cleaned
+  const fs::path chosen = kChosen, own = kOwn;
   WriteBytes(chosen / "chosen.txt", "1");
   fs::create_directories(own);
   const QuellixWindow program;
@@ -333,18 +347,7 @@ TEST_F(FrmOptionsTest, WhatIsChosenInADialogArrivesInItsField) {
     Type(dialog, GetDlgItem(dialog, kFileName) ? kFileName : kFileNameWithoutList,
          chosen / L"chosen.txt");
   };
-  const struct {
-    const char* name;
-    OptionsPage page;
-    int button, field;
-    std::wstring want;
-  } kRows[] = {
-      {"backups", OptionsPage::kDeletion, cmdBrowseBackup, txtBackup, chosen},
-      {"ignored folders", OptionsPage::kIgnoredFolders, cmdBrowse, txtEntry,
-       chosen.wstring() + L"\\"},
-      {"own files", OptionsPage::kUserFiles, cmdBrowse, txtEntry, chosen / L"chosen.txt"},
-      {"own folders", OptionsPage::kUserFolders, cmdBrowse, txtEntry, own.wstring() + L"\\"}};
-  for (const auto& row : kRows) {
+  for (const auto& row : kBrowsed) {
     SCOPED_TRACE(row.name);
     options.GoTo(row.page);
     const std::wstring before = TextOf(options.Control(row.field));

@@ -75,6 +75,28 @@ struct PluginWindowsTest : testing::Test {
   void FillFiles(const QuellixWindow& window, HWND editor) const;
   static void FillRegistry(const QuellixWindow& window, HWND editor);
   void FillIni(const QuellixWindow& window, HWND editor) const;
+  // By the keyboard: the first row is selected, and the space bar turns its tick.
+  static void TurnTicksByKeys(const QuellixWindow& window, HWND manager) {
+    const HWND list = GetDlgItem(manager, lstvPlugin);
+    for (const WPARAM key : {VK_SPACE, VK_DOWN, VK_SPACE}) window.PressKey(list, key);
+    EXPECT_TRUE(Await([&] { return IsRowTicked(list, 0) && !IsRowTicked(list, 1); }));
+    PressIn(manager, IDCANCEL);
+    ASSERT_TRUE(AwaitGone(manager));
+    EXPECT_EQ(ReadBytes(List()), Text("1|qx one.cdp|first\r\n0|qx two.cdp|second\r\n"));
+  }
+
+  // By the command, and by the key that deletes a row.
+  static void EditAndDeleteTheFirst(const QuellixWindow& window, HWND manager) {
+    PressIn(manager, mnuEdit);
+    const HWND editor = window.AwaitWindow(L"Plugin: qx one.cdp");
+    EXPECT_TRUE(AwaitRows(editor, lstvFiles, 1));
+    PressIn(editor, IDCANCEL);
+    ASSERT_TRUE(AwaitGone(editor));
+    window.PressKey(GetDlgItem(manager, lstvPlugin), VK_DELETE);
+    EXPECT_TRUE(window.Answer(L"Are you sure you want to delete selected Plugin(s)?", IDYES));
+    EXPECT_TRUE(AwaitText(manager, lblStatus, L"1 plugin(s) listed"));
+    EXPECT_FALSE(fs::exists(Recipe("qx one.cdp")));
+  }
 };
 
 void PluginWindowsTest::FillFiles(const QuellixWindow& window, HWND editor) const {
@@ -241,13 +263,7 @@ TEST_F(PluginWindowsTest, TicksAndSelectionDecideWhatIsProcessedEditedAndDeleted
   const QuellixWindow window;
   HWND manager = OpenManager(window);
   EXPECT_TRUE(AwaitText(manager, lblStatus, L"2 plugin(s) listed"));
-  const HWND list = GetDlgItem(manager, lstvPlugin);
-  // By the keyboard: the first row is selected, and the space bar turns its tick.
-  for (const WPARAM key : {VK_SPACE, VK_DOWN, VK_SPACE}) window.PressKey(list, key);
-  EXPECT_TRUE(Await([&] { return IsRowTicked(list, 0) && !IsRowTicked(list, 1); }));
-  PressIn(manager, IDCANCEL);
-  ASSERT_TRUE(AwaitGone(manager));
-  EXPECT_EQ(ReadBytes(List()), Text("1|qx one.cdp|first\r\n0|qx two.cdp|second\r\n"));
+  TurnTicksByKeys(window, manager);
   window.Choose(mnuProcessPlugin);
   ASSERT_TRUE(window.Answer(L"Delete 1 file (2.00 KB) for good?", IDCANCEL));
   EXPECT_TRUE(std::filesystem::exists(kFolder / "in" / "a.log"));
@@ -259,17 +275,8 @@ TEST_F(PluginWindowsTest, TicksAndSelectionDecideWhatIsProcessedEditedAndDeleted
   EXPECT_FALSE(fs::exists(kFolder / "in" / "a.log"));
   EXPECT_TRUE(fs::exists(kFolder / "in" / "kept.txt"));
 
-  // The window is opened again; a row is edited by Enter and deleted by its key.
   manager = OpenManager(window);
-  PressIn(manager, mnuEdit);
-  const HWND editor = window.AwaitWindow(L"Plugin: qx one.cdp");
-  EXPECT_TRUE(AwaitRows(editor, lstvFiles, 1));
-  PressIn(editor, IDCANCEL);
-  ASSERT_TRUE(AwaitGone(editor));
-  window.PressKey(GetDlgItem(manager, lstvPlugin), VK_DELETE);
-  EXPECT_TRUE(window.Answer(L"Are you sure you want to delete selected Plugin(s)?", IDYES));
-  EXPECT_TRUE(AwaitText(manager, lblStatus, L"1 plugin(s) listed"));
-  EXPECT_FALSE(fs::exists(Recipe("qx one.cdp")));
+  EditAndDeleteTheFirst(window, manager);
   PressIn(manager, mnuSelectAll);
   ASSERT_TRUE(AwaitEnabled(manager, mnuProcess));
   PressIn(manager, mnuProcess);

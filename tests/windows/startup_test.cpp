@@ -273,11 +273,7 @@ TEST_F(StartupTest, TheIconOpensCleansAndExits) {
   };
   const std::function<void()> kWaysToOpen[] = {
       [&] { PostMessageW(main, kTrayMessage, 0, MAKELPARAM(WM_USER, 1)); },  // NIN_SELECT
-      [&] { choose(L'o'); },
-      [&] {
-        const QuellixProcess second;
-        EXPECT_EQ(second.AwaitExitCode(), DWORD{0});
-      }};
+      [&] { choose(L'o'); }, [&] { EXPECT_EQ(QuellixProcess().AwaitExitCode(), DWORD{0}); }};
   for (const auto& open : kWaysToOpen) {
     SCOPED_TRACE(&open - kWaysToOpen);
     EXPECT_FALSE(HasTrayIcon(main));

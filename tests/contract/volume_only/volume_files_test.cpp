@@ -162,17 +162,21 @@ TEST_F(VolumeFiles, PipesAreRemovedButNeverOpened) {
   EXPECT_TRUE(NamesIn("C:\\").empty());
 }
 
+bool SetAttribute(const std::string& file, const std::string& bytes) {
+  return setxattr(file.c_str(), "user.DOSATTRIB", bytes.data(), bytes.size(), 0) == 0;
+}
+
+std::string GetAttribute(const std::string& file) {
+  char buffer[64];
+  const ssize_t size = getxattr(file.c_str(), "user.DOSATTRIB", buffer, sizeof buffer);
+  return size < 0 ? "(none)" : std::string(buffer, static_cast<size_t>(size));
+}
+
 TEST_F(VolumeFiles, AttributesComeFromWhereTheyAreKept) {
   Put("file");
   const std::string file = Native("file");
-  const auto set = [&file](const std::string& bytes) {
-    return setxattr(file.c_str(), "user.DOSATTRIB", bytes.data(), bytes.size(), 0) == 0;
-  };
-  const auto get = [&file] {
-    char buffer[64];
-    const ssize_t size = getxattr(file.c_str(), "user.DOSATTRIB", buffer, sizeof buffer);
-    return size < 0 ? "(none)" : std::string(buffer, static_cast<size_t>(size));
-  };
+  const auto set = [&file](const std::string& bytes) { return SetAttribute(file, bytes); };
+  const auto get = [&file] { return GetAttribute(file); };
   if (!set("0x22")) GTEST_SKIP() << "the disk of the temporary folder has no extended attributes";
   std::string binary(20, '\0');
   binary[2] = binary[4] = 3;

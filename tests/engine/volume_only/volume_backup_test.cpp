@@ -34,6 +34,14 @@ struct VolumeBackupTest : BackupFixture {
   static int Shell(const std::string& command) {
     return WEXITSTATUS(std::system(("(" + command + ") > /dev/null 2>&1").c_str()));
   }
+  // The native folder of a disk of its own that stands as "disk" in the scratch folder; "" where
+  // none can be mounted.
+  std::string MountDisk(const std::string& options) {
+    const std::string mount = Native(scratch + "disk");
+    fs::create_directories(mount);
+    if (geteuid() != 0) return "";
+    return Shell("mount -t tmpfs " + options + " tmpfs '" + mount + "'") == 0 ? mount : "";
+  }
 };
 
 TEST_F(VolumeBackupTest, AnotherProgramTestsAndUnpacksTheArchive) {
@@ -146,11 +154,8 @@ TEST_F(VolumeBackupTest, TimesOfDosAreThoseOfTheMachinesZone) {
 }
 
 TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
-  const std::string mount = Native(scratch + "disk");
-  fs::create_directories(mount);
-  if (geteuid() != 0 || Shell("mount -t tmpfs -o size=2m tmpfs '" + mount + "'") != 0) {
-    GTEST_SKIP() << "no small disk can be mounted";
-  }
+  const std::string mount = MountDisk("-o size=2m");
+  if (mount.empty()) GTEST_SKIP() << "no small disk can be mounted";
   state.BackupFolder = safe = scratch + "disk\\safe\\";
   Backups backups_there(ports, safe);
   state.Strict = true;
@@ -191,11 +196,8 @@ TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
 }
 
 TEST_F(VolumeBackupTest, AWriteProtectedDiskIsReadAndTakesNothing) {
-  const std::string mount = Native(scratch + "disk");
-  fs::create_directories(mount);
-  if (geteuid() != 0 || Shell("mount -t tmpfs tmpfs '" + mount + "'") != 0) {
-    GTEST_SKIP() << "no disk can be mounted";
-  }
+  const std::string mount = MountDisk("");
+  if (mount.empty()) GTEST_SKIP() << "no disk can be mounted";
   state.BackupFolder = safe = scratch + "disk\\";
   machine->MakeFile(tree + "a", "backup");
   machine->MakeFile(tree + "b", "backup");
