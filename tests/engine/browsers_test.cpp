@@ -250,7 +250,7 @@ TEST_F(BrowsersTest, ProfilesAreFoundWhereverTheyAre) {
       << view.report->log;
 }
 
-struct SpoiledBrowsersTest : BrowsersTest {
+struct BrowsersSpoiledTest : BrowsersTest {
   struct Spoiler {
     const char* name;
     std::function<void()> spoil;
@@ -298,7 +298,7 @@ struct SpoiledBrowsersTest : BrowsersTest {
   }
 };
 
-TEST_F(SpoiledBrowsersTest, WhatCannotBeChangedWholeIsToldAndStaysToTheByte) {
+TEST_F(BrowsersSpoiledTest, WhatCannotBeChangedWholeIsToldAndStaysToTheByte) {
   const std::string profile = firefox + "\\Profiles\\p", cookies = profile + "\\cookies.sqlite";
   std::shared_ptr<void> lock;
   for (const auto& row : Spoilers(profile, cookies, lock)) {

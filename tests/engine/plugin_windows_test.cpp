@@ -1,5 +1,4 @@
-// The rules of the plug-in manager, the editor, its name generator and its trial.
-#include "plugins/file_picker.h"
+// The rules of the plug-in manager, the editor and its name generator.
 #include "plugins/mod_plugin.h"
 #include "plugins/plugin_editor.h"
 #include "plugins/plugin_trial.h"
@@ -368,66 +367,6 @@ TEST_F(ComposedRecipeTest, IsReadAgainAndSavedUnderItsName) {
   EXPECT_TRUE(machine->Exists(plugins_folder + "mine.cdp.cdp")) << "typed with its extension";
   EXPECT_FALSE(editor.Load("none.cdp"));
   EXPECT_EQ(editor.Title(), "Plugin: mine.cdp.cdp");
-}
-
-TEST_F(PluginWindowsTest, TheTrialListsWhatProcessingRemoves) {
-  for (const char* file : {"in\\a", "in\\sub\\b"}) machine->MakeFile(scratch + file, "123");
-  machine->MakeFile(scratch + "a.ini", "[s]\r\nk=1\r\n");
-  machine->SetText(kUser, std::string(kKey) + "\\x", "v", "1");
-  const Plugin plugin = ParsePlugin(
-      Text("F|Yes|Yes|" + scratch + "in\\*.*\r\nF|No|No|%WINDIR%\\*.*\r\nI|a.ini|s|Yes||" +
-           scratch + "\r\nR|Yes|No|HKEY_CURRENT_USER\\" + kKey + "\\x|\r\n"));
-  const auto before = machine->Tree(scratch);
-  PluginTrial trial(ports);
-  trial.Run(plugin, view);
-  ASSERT_EQ(trial.count(), 5u);
-  EXPECT_EQ(trial.What(0) + " " + trial.Where(0), "INI section " + scratch + "a.ini, [s]");
-  EXPECT_EQ(trial.What(1), "Registry key");
-  EXPECT_EQ(trial.What(4) + " " + trial.Where(4), "Folder " + scratch + "in\\sub");
-  EXPECT_EQ(trial.Summary(),
-            "Would remove 2 files (6 Bytes) and 3 other things. Nothing was removed.");
-  EXPECT_TRUE(Holds(trial.notes(), "is not cleaned"));
-  EXPECT_EQ(machine->Tree(scratch), before);
-  EXPECT_TRUE(machine->KeyExists(kUser, std::string(kKey) + "\\x"));
-  RunRecords(context, plugin);
-  EXPECT_EQ(machine->Tree(scratch), (Names{"a.ini", "in\\"}));
-  EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\x"));
-  PluginTrial again(ports);
-  again.Run(plugin, view);
-  EXPECT_EQ(again.count(), 0u);
-  machine->MakeFile(scratch + "in\\a", "123");
-  PluginTrial stopped(ports);
-  view.stops = true;
-  stopped.Run(plugin, view);
-  EXPECT_TRUE(stopped.Summary().starts_with("Stopped; found so far: 0 files")) << stopped.Summary();
-}
-
-TEST_F(PluginWindowsTest, ThePickerLeadsThroughFolders) {
-  for (const char* file : {"B\\x.txt", "B\\A.txt", "B\\sub\\y", "a\\z"}) {
-    machine->MakeFile(scratch + file, "");
-  }
-  machine->MakeFolderLink(scratch + "link", scratch + "B");
-  FilePicker picker(ports);
-  EXPECT_TRUE(EqualsNoCase(picker.drives()[picker.drive()], scratch.substr(0, 2)));
-  const auto enter = [&](const std::string& name) {
-    for (size_t row = picker.open_row(); row < picker.folders().size(); ++row) {
-      if (EqualsNoCase(picker.folders()[row].name, name)) return picker.OpenFolder(row);
-    }
-    ADD_FAILURE() << "no folder " << name;
-  };
-  for (const std::string& part : Split(scratch.substr(3, scratch.size() - 4), '\\')) enter(part);
-  EXPECT_TRUE(EqualsNoCase(picker.Folder() + "\\", scratch));
-  const size_t here = picker.open_row();
-  ASSERT_EQ(picker.folders().size(), here + 3) << "links are left out";
-  EXPECT_EQ(picker.folders()[here + 1].name, "a");
-  enter("b");
-  EXPECT_EQ(picker.files(), (Names{"A.txt", "x.txt"}));
-  EXPECT_EQ(picker.folders().back().name, "sub");
-  picker.OpenFolder(0);
-  EXPECT_EQ(picker.Folder(), scratch.substr(0, 3));
-  picker.OpenFolder(999);
-  picker.ChooseDrive(999);
-  EXPECT_EQ(picker.Folder(), scratch.substr(0, 3));
 }
 
 }  // namespace

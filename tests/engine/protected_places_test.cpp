@@ -81,7 +81,7 @@ TEST_F(ProtectedPlacesTest, NoSpellingOfAPreciousFolderEmptiesIt) {
 
 // What is asked of a folder: its files of a mask, behind "||" with those below it; and those who
 // may: the items (I), recipes (R), the user's own list (O).
-struct WhoMayTest : ProtectedPlacesTest {
+struct ProtectedPlacesWhoTest : ProtectedPlacesTest {
   void SetUp() override {
     machine->SetText(RegistryRoot::kLocalMachine, list, "ProfileImagePath", listed);
     machine->SetText(kUser, kShellFolders, kDownloads, "%USERPROFILE%\\Qx moved");
@@ -113,7 +113,7 @@ struct WhoMayTest : ProtectedPlacesTest {
   const bool had_boot_file = machine->Exists(root + "bootmgr");
 };
 
-TEST_F(WhoMayTest, DependsOnThePlaceTheMaskAndWhoAsks) {
+TEST_F(ProtectedPlacesWhoTest, DependsOnThePlaceTheMaskAndWhoAsks) {
   const std::pair<const char*, Names> kRows[] = {
       {"",
        {windows + "|qx.exe",

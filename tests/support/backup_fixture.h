@@ -93,4 +93,15 @@ struct BackupFixture : RunFixture {
   Backups backups;
 };
 
+struct RestoreFixture : BackupFixture {
+  RestoreResult Restore(const Names& entries = {}, std::string_view to = "",
+                        OverwriteMode mode = OverwriteMode::kAsk) {
+    return backups.Restore(OnlyArchive(), {entries, std::string(to), mode}, prompts, pause);
+  }
+  FileInfo Look(const std::string& path) { return ports.files.Look(path).value(); }
+
+  ScriptedPrompts prompts;
+  Pause pause;
+};
+
 }  // namespace quellix
