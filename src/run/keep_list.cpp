@@ -41,11 +41,24 @@ std::string ValueName(std::string_view key, std::string_view value) {
 
 }  // namespace
 
-KeepList::KeepList(const Machine& machine) {
-  for (const std::string& line : ReadKeepFile(machine)) Add(machine, line);
+KeepList::Holder KeepList::Hold(FileSystem& files, std::string_view path) {
+  Holder holder{std::string(path)};
+  try {
+    if (!path.empty()) holder.folder = files.OpenFolder(path);
+    // What a share lies in cannot be opened.
+    holder.is_missing = !holder.folder && path.substr(1, 1) == ":";
+  } catch (const Error& error) {
+    holder.problem = error.what();
+  }
+  return holder;
 }
 
-void KeepList::Add(const Machine& machine, const std::string& text) {
+KeepList::KeepList(const Machine& machine) {
+  Holder holder;
+  for (const std::string& line : ReadKeepFile(machine)) Add(machine, line, holder);
+}
+
+void KeepList::Add(const Machine& machine, const std::string& text, Holder& holder) {
   const KeepLine line = ParseKeepLine(machine.system, text);
   switch (line.kind) {
     case KeepLine::kRemark:
@@ -54,7 +67,7 @@ void KeepList::Add(const Machine& machine, const std::string& text) {
       Remark(line.text, "keeps nothing: " + line.fault);
       return;
     case KeepLine::kPath:
-      AddPath(machine, line.name, line.text);
+      AddPath(machine, line.name, line.text, holder);
       break;
     case KeepLine::kNameMask:
     case KeepLine::kPathMask:
@@ -79,9 +92,12 @@ void KeepList::Remark(const std::string& line, const std::string& what) {
   remarks_ += "The keep list's line \"" + line + "\" " + what + "\r\n";
 }
 
-void KeepList::AddPath(const Machine& machine, const std::string& path, const std::string& text) {
-  const std::string_view plain = WithoutBackslash(path);
+void KeepList::AddPath(const Machine& machine, const std::string& path, const std::string& text,
+                       Holder& holder) {
+  const std::string_view plain = WithoutBackslash(path), above = FolderPart(plain);
   paths_[UpCase(plain)] = text;
+  if (holder.path != above) holder = Hold(machine.files, above);
+  if (holder.is_missing) return;
   try {
     if (const auto folder = machine.files.OpenFolder(path)) {
       if (folder->Id().is_known()) folders_[folder->Id()] = text;
@@ -89,14 +105,15 @@ void KeepList::AddPath(const Machine& machine, const std::string& path, const st
     }
   } catch (const Error&) {  // no folder, or one that nothing can open either
   }
+  std::string problem = holder.problem;
   try {
-    const auto folder = machine.files.OpenFolder(FolderPart(plain));
-    const auto id = folder ? folder->IdOf(NamePart(plain)) : std::nullopt;
-    if (id) files_[folder->Id()][*id] = text;
+    const auto id = holder.folder ? holder.folder->IdOf(NamePart(plain)) : std::nullopt;
+    if (id) files_[holder.folder->Id()][*id] = text;
   } catch (const Error& error) {
-    Remark(text, std::string("keeps what is named like that alone, as it cannot be opened: ") +
-                     error.what());
+    problem = error.what();
   }
+  if (problem.empty()) return;
+  Remark(text, "keeps what is named like that alone, as it cannot be opened: " + problem);
 }
 
 void KeepList::AddKey(const Machine& machine, const KeepLine& line) {

@@ -43,8 +43,18 @@ class KeepList {
  private:
   using Lines = std::map<std::string, std::string, std::less<>>;  // by name in upper case
 
-  void Add(const Machine& machine, const std::string& text);
-  void AddPath(const Machine& machine, const std::string& path, const std::string& text);
+  // A folder that lines name something in; lines in a row that name the same one open it once.
+  struct Holder {
+    std::string path;
+    std::unique_ptr<Folder> folder = nullptr;
+    std::string problem = {};  // why it cannot be opened
+    bool is_missing = false;   // nothing is in it
+  };
+
+  static Holder Hold(FileSystem& files, std::string_view path);
+  void Add(const Machine& machine, const std::string& text, Holder& holder);
+  void AddPath(const Machine& machine, const std::string& path, const std::string& text,
+               Holder& holder);
   void Remark(const std::string& line, const std::string& what);
   void AddKey(const Machine& machine, const KeepLine& line);
 

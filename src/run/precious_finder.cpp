@@ -159,13 +159,11 @@ void PreciousFinder::Note(std::string_view path, Kind kind) {
   }
 }
 
-void PreciousFinder::NoteIn(Folder* folder, std::initializer_list<const char*> names, Kind kind) {
-  if (folder == nullptr) return;
+void PreciousFinder::NoteIn(FolderBranch& branch, std::initializer_list<const char*> names,
+                            Kind kind) {
   for (const char* name : names) {
-    try {
-      if (const auto inner = folder->OpenFolder(name)) places_.Note(*inner, kind);
-    } catch (const Error&) {  // a link, or a file of this name
-    }
+    const FolderBranch::Place& place = branch.Find(name);
+    if (place.folder) places_.Note(*place.folder, kind, &place.above);
   }
 }
 
@@ -176,7 +174,8 @@ void PreciousFinder::FindDrives() {
     const auto root = Open(std::string(1, drive.letter) + ":\\");
     if (!root) continue;
     places_.Note(*root, Kind::kHome);
-    NoteIn(root.get(),
+    FolderBranch below(*root);
+    NoteIn(below,
            {"Boot", "EFI", "Recovery", "System Volume Information", "$Recycle.Bin", "RECYCLER",
             "RECYCLED", "$WinREAgent", "Config.Msi"},
            Kind::kTree);
@@ -192,12 +191,14 @@ void PreciousFinder::FindWindows() {
   const auto windows = Open(machine_.system.WindowsFolder());
   if (!windows) return;
   places_.Note(*windows, Kind::kRoot);
-  NoteIn(windows.get(), kWindowsFolders, Kind::kSystem);
-  NoteIn(windows.get(), kWindowsTrees, Kind::kTree);
-  NoteIn(windows.get(), kFreeInWindows, Kind::kFree);
+  FolderBranch below(*windows);
+  NoteIn(below, kWindowsFolders, Kind::kSystem);
+  NoteIn(below, kWindowsTrees, Kind::kTree);
+  NoteIn(below, kFreeInWindows, Kind::kFree);
   if (const auto system = Open(machine_.system.SystemFolder())) {
     places_.Note(*system, Kind::kSystem);
-    NoteIn(system.get(), {"config", "drivers"}, Kind::kTree);
+    FolderBranch in_system(*system);
+    NoteIn(in_system, {"config", "drivers"}, Kind::kTree);
   }
 }
 
@@ -214,9 +215,11 @@ void PreciousFinder::FindPrograms() {
     Note(machine_.system.Environment(name).value_or(""), Kind::kHome);
   }
   const auto data = Open(drive + "ProgramData");
-  if (data) places_.Note(*data, Kind::kHome);
-  NoteIn(data.get(), {"Microsoft", "Microsoft\\Windows", "Packages"}, Kind::kHome);
-  NoteIn(data.get(), {"Microsoft\\Crypto", "Microsoft\\Vault", "Package Cache"}, Kind::kTree);
+  if (!data) return;
+  places_.Note(*data, Kind::kHome);
+  FolderBranch below(*data);
+  NoteIn(below, {"Microsoft", "Microsoft\\Windows", "Packages"}, Kind::kHome);
+  NoteIn(below, {"Microsoft\\Crypto", "Microsoft\\Vault", "Package Cache"}, Kind::kTree);
 }
 
 void PreciousFinder::FindProfiles() {
@@ -253,12 +256,13 @@ void PreciousFinder::FindProfile(Folder& profile) {
   const auto noted = places_.folders_.find(profile.Id());
   if (noted != places_.folders_.end() && noted->second >= Kind::kHome) return;
   places_.Note(profile, Kind::kHome);
-  NoteIn(&profile, kProfileHomes, Kind::kHome);
-  NoteIn(&profile, kProfileTrees, Kind::kTree);
-  NoteIn(&profile, kPersonalFolders, Kind::kPersonal);
+  FolderBranch below(profile);
+  NoteIn(below, kProfileHomes, Kind::kHome);
+  NoteIn(below, kProfileTrees, Kind::kTree);
+  NoteIn(below, kPersonalFolders, Kind::kPersonal);
   ForEachFolder(profile, [&](const std::string& name) {
     if (EqualsNoCase(std::string_view(name).substr(0, 8), "OneDrive")) {
-      NoteIn(&profile, {name.c_str()}, Kind::kPersonal);
+      NoteIn(below, {name.c_str()}, Kind::kPersonal);
     }
   });
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "run/folder_branch.h"
 #include "run/protected_places.h"
 
 namespace quellix {
@@ -24,7 +25,7 @@ class PreciousFinder {
 
   std::unique_ptr<Folder> Open(std::string_view path);
   void Note(std::string_view path, Kind kind);
-  void NoteIn(Folder* folder, std::initializer_list<const char*> names, Kind kind);
+  void NoteIn(FolderBranch& branch, std::initializer_list<const char*> names, Kind kind);
   void FindDrives();
   void FindWindows();
   void FindPrograms();

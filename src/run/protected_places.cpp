@@ -31,15 +31,15 @@ ProtectedPlaces::ProtectedPlaces(const Machine& machine, std::string_view backup
   PreciousFinder(machine, *this).Find(backup_folder);
 }
 
-void ProtectedPlaces::Note(Folder& folder, Kind kind) {
+void ProtectedPlaces::Note(Folder& folder, Kind kind, const std::vector<FileId>* above) {
   const FileId id = folder.Id();
   if (!id.is_known()) return;
   Kind& noted = folders_.try_emplace(id, kind).first->second;
   noted = std::max(noted, kind);
   // A walk goes around what is the program's own, so that its holders may be cleaned.
   if (kind == Kind::kOwn || kind == Kind::kFree) return;
-  for (const FileId& above : folder.Above()) {
-    Kind& held = holders_.try_emplace(above, kind).first->second;
+  for (const FileId& holder : above ? *above : folder.Above()) {
+    Kind& held = holders_.try_emplace(holder, kind).first->second;
     held = std::max(held, kind);
   }
 }

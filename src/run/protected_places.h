@@ -68,7 +68,8 @@ class ProtectedPlaces {
     kOwn        // the program's, likewise; a walk passes it by
   };
 
-  void Note(Folder& folder, Kind kind);
+  // `above`: what it lies in, where that is known already.
+  void Note(Folder& folder, Kind kind, const std::vector<FileId>* above = nullptr);
   void NoteFile(Folder& folder, std::string_view name);
   // The strongest rule for a folder, by those that it lies in.
   Kind RuleFor(const FileId& self, const std::vector<FileId>& above) const;
