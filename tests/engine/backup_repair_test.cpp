@@ -28,7 +28,8 @@ TEST_F(BackupRepairTest, CutOffAnywhereEveryCompleteEntryIsReadAndKept) {
   const std::string whole = Read(archive);
   const std::map<std::string, std::string> all = Content(archive);
   const std::vector<uint64_t> ends = Ends(archive);
-  for (size_t size = 0; size < whole.size(); ++size) {
+  const size_t step = machine->Can(Ability::kManyRounds) ? 1 : 11;
+  for (size_t size = 0; size < whole.size(); size += step) {
     SCOPED_TRACE(size);
     ports.files.WriteWholeFile(archive, whole.substr(0, size));
     const auto complete = static_cast<size_t>(

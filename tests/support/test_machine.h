@@ -12,6 +12,7 @@ enum class Ability {
   kRenameCaseAlone,
   kEmptyReadOnlyFiles,
   kDenyNewSubKeys,
+  kManyRounds,         // thousands of files written and read again in seconds
   kChangeMovedFolders  // remove and rename in a folder that was moved while it was held
 };
 

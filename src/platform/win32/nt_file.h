@@ -34,6 +34,7 @@ UNICODE_STRING Counted(std::wstring_view text);
 NTSTATUS NtOpen(HANDLE folder, std::wstring_view name, const NtAsk& ask, UniqueFile& file);
 
 // The statuses with a meaning of their own here.
+constexpr NTSTATUS kNameNotFound = static_cast<NTSTATUS>(0xC0000034);
 constexpr NTSTATUS kNoSuchFile = static_cast<NTSTATUS>(0xC000000F);
 constexpr NTSTATUS kNoMoreFiles = static_cast<NTSTATUS>(0x80000006);
 constexpr NTSTATUS kAccessDenied = static_cast<NTSTATUS>(0xC0000022);

@@ -208,22 +208,24 @@ std::optional<FileId> Win32Folder::IdOf(std::string_view name) {
 }
 
 // In one step where the system promises to follow no link, or shows that it did not.
-UniqueFile Win32Folder::OpenThrough(std::wstring_view names) {
-  UniqueFile folder;
-  OpenWithWhatIsGranted(folder_.Get(), names, {.object = OBJ_CASE_INSENSITIVE | kDontReparse},
-                        folder);
-  if (!folder || IsOpenLink(folder)) return {};
-  if (IsStandIn() && !SamePath(FinalPath(folder), FinalPathHere() + L"\\" + std::wstring(names))) {
-    return {};
-  }
-  return folder;
+NTSTATUS Win32Folder::OpenThrough(std::wstring_view names, UniqueFile& folder) {
+  const NTSTATUS status = OpenWithWhatIsGranted(
+      folder_.Get(), names, {.object = OBJ_CASE_INSENSITIVE | kDontReparse}, folder);
+  if (!folder) return status;
+  const bool is_elsewhere =
+      IsOpenLink(folder) ||
+      (IsStandIn() && !SamePath(FinalPath(folder), FinalPathHere() + L"\\" + std::wstring(names)));
+  if (is_elsewhere) folder.Reset();
+  return status;
 }
 
 // One by one where that fails, to tell which of the names is in the way.
 std::unique_ptr<Folder> Win32Folder::OpenFolder(std::string_view names, OpenFor) {
   const std::vector<std::string> steps = Split(names, '\\');
   if (!std::all_of(steps.begin(), steps.end(), IsName)) return nullptr;
-  UniqueFile reached = OpenThrough(Wide(names));
+  UniqueFile reached;
+  const NTSTATUS status = OpenThrough(Wide(names), reached);
+  if (status == kNameNotFound && steps.size() == 1) return nullptr;
   if (reached) return std::make_unique<Win32Folder>(std::move(reached), At(names), com_);
   std::string shown = shown_;
   for (const std::string& step : steps) {

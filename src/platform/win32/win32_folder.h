@@ -50,7 +50,7 @@ class Win32Folder : public Folder {
   UniqueFile OpenListing(ULONG share = kShareAll) const;
   std::optional<FileInfo> LookAt(std::wstring_view name);
   std::optional<NtEntry> Find(std::wstring_view name) const;  // without its name
-  UniqueFile OpenThrough(std::wstring_view names);
+  NTSTATUS OpenThrough(std::wstring_view names, UniqueFile& folder);
   const std::wstring& FinalPathHere();  // asked for once; for what Wine does otherwise
 
   void Remove(std::string_view name, ULONG kind);
