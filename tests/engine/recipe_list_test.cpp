@@ -51,18 +51,6 @@ struct RecipeListTest : PluginFixture {
     for (const std::string& name : names) ticks.SetTicked(name, ticked);
     ticks.Save(ports);
   }
-  Names Keys() {
-    Names found;
-    const auto top = ports.registry.Open(kUser, kKey, RegistryAccess::kRead);
-    if (!top) return found;
-    WalkKeys(*top, RegistryAccess::kRead, {.enter = [&](RegistryKey& key, const std::string& path) {
-      for (uint32_t i = 0; const auto value = key.ValueAt(i); ++i) {
-        found.push_back((path.empty() ? "" : path.substr(1)) + ":" + value->name);
-      }
-    }});
-    std::ranges::sort(found);
-    return found;
-  }
 };
 
 // Files that are made, and those of them, or their folders, that go; all else stays, also the
@@ -158,22 +146,18 @@ TEST_F(RecipeListTest, KeysAndValuesGo) {
   const struct {
     const char *name, *keys;
     Names gone;
-  } kRows[] = {
-      {"a value", "RegKey1=^\\a|v", {"a:v"}},
-      {"a key", "RegKey1=hkey_current_user\\Software\\Quellix Test\\a\\b", {"a\\b:v", "a\\b\\c:v"}},
-      {"a value with a sign", "RegKey1=^\\d|x|y", {"d:x|y"}},
-      {"an excluded key", "RegKey1=^\\a/ExcludeKey1=REG|^\\a\\b", {"a:v", "a:w"}},
-      {"no value", "RegKey1=^\\a|", {}},
-      {"no wildcard", "RegKey1=^\\*|v/RegKey2=^\\a\\*", {}},
-      {"no root", "RegKey1=HKEY\\a/RegKey2=HKCU/RegKey3=Software\\a", {}}};
+  } kRows[] = {{"a value", "RegKey1=^\\a|v", {"a:v"}},
+               {"a key",
+                "RegKey1=hkey_current_user\\Software\\Quellix Test\\a\\b",
+                {"a\\b", "a\\b:v", "a\\b\\c", "a\\b\\c:v"}},
+               {"a value with a sign", "RegKey1=^\\d|x|y", {"d:x|y"}},
+               {"an excluded key", "RegKey1=^\\a/ExcludeKey1=REG|^\\a\\b", {"a:v", "a:w"}},
+               {"no value", "RegKey1=^\\a|", {}},
+               {"no wildcard", "RegKey1=^\\*|v/RegKey2=^\\a\\*", {}},
+               {"no root", "RegKey1=HKEY\\a/RegKey2=HKCU/RegKey3=Software\\a", {}}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
-    machine->RemoveRegistryTree(kUser, kKey);
-    for (const std::string& place : made) {
-      const size_t end = place.find(':');
-      machine->SetText(kUser, std::string(kKey) + "\\" + place.substr(0, end),
-                       place.substr(end + 1), "x");
-    }
+    MakeKeys(made);
     Names expected = Keys();
     for (const std::string& gone : row.gone) EXPECT_EQ(std::erase(expected, gone), 1u) << gone;
     for (int i = 0; i < 2; ++i) {
@@ -379,6 +363,23 @@ TEST_F(RecipeListTest, NothingRunsUnseen) {
   MakeUnreadable(own + "recipes.txt");
   EXPECT_TRUE(quellix::Holds(RunItem(), "The ticked recipes cannot be read."));
   EXPECT_EQ(left(), "in\\ in\\a in\\b in\\c none");
+}
+
+TEST_F(RecipeListTest, AListOfFiveMegabytesIsRead) {
+  std::string list, keys;
+  for (int i = 0; i < 40; ++i) keys += "FileKey" + std::to_string(i) + "=~\\in|*.log/";
+  const std::string entry = Written("[Same *]/" + keys + "Author=x/");
+  size_t entries = 0;
+  for (; list.size() < 5u << 20; ++entries) list += entry;
+  WriteOwn("Winapp2.ini", list);
+  const RecipeLists lists = LoadRecipeLists(ports);
+  ASSERT_EQ(lists.recipes.size(), entries);
+  EXPECT_EQ(lists.by_name.size(), entries);
+  EXPECT_EQ(lists.recipes.back().name, "Same (" + std::to_string(entries) + ")");
+  EXPECT_EQ(lists.recipes.back().plugin.files.size(), 40u);
+  EXPECT_EQ(lists.recipes.back().remarks.size(), 1u);
+  machine->MakeFile(own + "Winapp2.ini", std::string((16u << 20) + 1, 'x'));
+  EXPECT_EQ(LoadRecipeLists(ports).problems.size(), 1u);
 }
 
 TEST_F(RecipeListTest, AFingerprintIsAStandardOne) {

@@ -35,20 +35,6 @@ struct RecipeTest : PluginFixture {
     }
     return faults;
   }
-  // All keys below the test's own, with the values in them ("key:value"), sorted.
-  Names Keys() {
-    Names found;
-    const auto top = ports.registry.Open(kUser, kKey, RegistryAccess::kRead);
-    if (!top) return found;
-    WalkKeys(*top, RegistryAccess::kRead, {.enter = [&](RegistryKey& key, const std::string& path) {
-      if (!path.empty()) found.push_back(path.substr(1));
-      for (uint32_t i = 0; const auto value = key.ValueAt(i); ++i) {
-        found.push_back((path.empty() ? "" : path.substr(1)) + ":" + value->name);
-      }
-    }});
-    std::ranges::sort(found);
-    return found;
-  }
 };
 
 const struct {
@@ -180,12 +166,7 @@ TEST_F(RecipeTest, KeysGoAsTheirRecordsSay) {
       {"found by no value", "T|Key|^\\d|w\r\nT|Key|^\\a\\*\\x\r\nR|No|No|^\\d\\go|v", {}}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
-    machine->RemoveRegistryTree(kUser, kKey);
-    for (const std::string& place : made) {
-      const size_t end = place.find(':');
-      machine->SetText(kUser, std::string(kKey) + "\\" + place.substr(0, end),
-                       place.substr(end + 1), "x");
-    }
+    MakeKeys(made);
     Names expected = Keys();
     for (const std::string& gone : row.gone) EXPECT_EQ(std::erase(expected, gone), 1u) << gone;
     for (int i = 0; i < 2; ++i) {

@@ -24,6 +24,29 @@ struct PluginFixture : RunFixture {
     machine->MakeFile(plugins_folder + name, Text(text));
   }
   void WriteList(const std::string& text) { WriteOwn("plg.txt", Text(text)); }
+  // The test's keys anew, a value each ("key:value").
+  void MakeKeys(const Names& places) {
+    machine->RemoveRegistryTree(kUser, kKey);
+    for (const std::string& place : places) {
+      const size_t end = place.find(':');
+      machine->SetText(kUser, std::string(kKey) + "\\" + place.substr(0, end),
+                       place.substr(end + 1), "x");
+    }
+  }
+  // All keys below the test's own, with the values in them ("key:value"), sorted.
+  Names Keys() {
+    Names found;
+    const auto top = ports.registry.Open(kUser, kKey, RegistryAccess::kRead);
+    if (!top) return found;
+    WalkKeys(*top, RegistryAccess::kRead, {.enter = [&](RegistryKey& key, const std::string& path) {
+      if (!path.empty()) found.push_back(path.substr(1));
+      for (uint32_t i = 0; const auto value = key.ValueAt(i); ++i) {
+        found.push_back((path.empty() ? "" : path.substr(1)) + ":" + value->name);
+      }
+    }});
+    std::ranges::sort(found);
+    return found;
+  }
 
   const std::string plugins_folder;
 };
