@@ -280,6 +280,9 @@ TEST_F(BackupRestoreTest, NothingBesideTheFilesThemselvesIsTouched) {
 TEST_F(BackupRestoreTest, WhatAKillLeftIsClearedAwayUnlessItIsHeld) {
   const std::string notes = "Quellix restores into\n" + tree + "\n" + scratch + "gone\\\n";
   machine->MakeFile(safe + "~qx00000000000000aa.tmp", notes);
+  machine->MakeFile(safe + "~qx00000000000000ee.tmp",
+                    "Another restored into\n" + scratch + "other\\");
+  machine->MakeFile(scratch + "other\\~qx00000000000000ff.tmp", "not named by notes");
   machine->MakeFile(safe + "quellix-12-0.tmp", "half");
   machine->MakeFile(safe + "~qxmine.tmp", "theirs");
   machine->MakeFile(tree + "~qx00000000000000bb.tmp", "half");
@@ -289,10 +292,11 @@ TEST_F(BackupRestoreTest, WhatAKillLeftIsClearedAwayUnlessItIsHeld) {
   const std::string folders[] = {safe, scratch + "missing\\"};
   {
     const auto held = ports.files.Open(tree + "~qx00000000000000cc.tmp", OpenMode::kReadAndCreate);
-    EXPECT_EQ(ClearLeftovers(ports.files, folders), 3u);
+    EXPECT_EQ(ClearLeftovers(ports.files, folders), 4u);
   }
   EXPECT_EQ(ClearLeftovers(ports.files, folders), 0u);
   EXPECT_EQ(Archives(), Names{"~qxmine.tmp"});
+  EXPECT_EQ(machine->Tree(scratch + "other"), Names{"~qx00000000000000ff.tmp"});
   EXPECT_EQ(machine->Tree(tree), (Names{"~quellix-replaced.tmp", "~qx00000000000000cc.tmp",
                                         "~qx00000000000000dd.tmp\\"}));
 }

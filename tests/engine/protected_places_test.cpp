@@ -205,6 +205,8 @@ TEST_F(ProtectedPlacesTest, ARemovalAsksAgain) {
   for (const std::string& path : {library, part}) machine->MakeFile(path, "1");
   machine->MakeFile(own + "UDFI.txt", library + "\r\n");
   machine->MakeFolder(windows + "\\Installer");
+  machine->MakeFolder(scratch + "safe");
+  WriteSettings("[Backup]\r\nPath=" + scratch + "safe\\\r\n");
   Clean("CleanUserFiles");
   FileList list{ports.files.OpenFolder(root), root, {}, {}};
   list.PendingFiles.Append(part);
@@ -212,6 +214,10 @@ TEST_F(ProtectedPlacesTest, ARemovalAsksAgain) {
   RemovePendingFiles(context, list);
   RemovePendingFolders(context, list);
   EXPECT_TRUE(machine->Exists(windows + "\\Installer"));
+  list = {ports.files.OpenFolder(scratch), scratch, {}, {}};
+  list.PendingFolders.Append(scratch + "safe\\");
+  RemovePendingFolders(context, list);
+  EXPECT_TRUE(machine->Exists(scratch + "safe")) << "where backups are kept";
   for (const std::string& path : {library, part}) {
     EXPECT_TRUE(machine->Exists(path)) << path;
     ports.files.RemoveFile(path);
