@@ -140,7 +140,11 @@ TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
 
 TEST_F(BackupBrowserTest, WhatMayRunIsShownInItsFolderInstead) {
   AddArchive("D_141120009057.zip", {"a.exe", "b.PS1", "c.lnk", "d.unheardof", "e", "f.txt.scr"});
-  machine->SetText(RegistryRoot::kLocalMachine, "Software\\Classes\\.known", "", "x");
+  for (const char* type : {".known", ".jnlp"}) {
+    machine->SetText(RegistryRoot::kLocalMachine, std::string("Software\\Classes\\") + type, "",
+                     "x");
+  }
+  EXPECT_TRUE(CanRun(ports, "a.JNLP")) << "whoever knows it";
   for (const char* name : {"a.b.known", "a.known. "}) EXPECT_FALSE(CanRun(ports, name)) << name;
   EXPECT_TRUE(CanRun(ports, "C:\\x\\a.exe. "));
   BackupBrowser browser(ports);
@@ -152,7 +156,10 @@ TEST_F(BackupBrowserTest, WhatMayRunIsShownInItsFolderInstead) {
     EXPECT_EQ(machine->Tree(folder).size(), row + 1) << folder;
     EXPECT_TRUE(Holds(browser.outcome(), "is not opened"));
   }
-  machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, "Software\\Classes\\.known");
+  for (const char* type : {".known", ".jnlp"}) {
+    machine->RemoveRegistryTree(RegistryRoot::kLocalMachine,
+                                std::string("Software\\Classes\\") + type);
+  }
 }
 
 TEST_F(BackupBrowserTest, DeletesTheChosenArchive) {

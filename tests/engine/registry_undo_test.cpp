@@ -82,6 +82,10 @@ TEST_F(RegistryUndoTest, OfAValueDeletedTwiceTheLastComesBack) {
   const RestoreResult result = RestoreFile(UndoFiles().at(0));
   EXPECT_EQ(result.restored, 1u);
   EXPECT_EQ(modRegistry::ReadRegString({ports.registry, ports.system}, kUser, "Qx1", "v"), "last");
+  RegistryUndo other;
+  other.AddValue(ports.registry, kUser, "Qx1", "v");
+  other.Store(ports, BackupFolder());
+  EXPECT_EQ(UndoFiles().size(), 2u) << "each has a file of its own";
 }
 
 TEST_F(RegistryUndoTest, ClassesComeBackToTheUserAndTheMachine) {
