@@ -35,15 +35,16 @@ function(quellix_find name library header)
   endif()
 endfunction()
 
-# Without hivex there is no registry of a volume, and so no volume machine: what is left natively is
-# the engine library and its tests that need no machine. The console program needs CLI11 and
-# nlohmann/json as well.
+# Without hivex there is no registry of a volume, without nettle no checksum, and so no volume
+# machine: what is left natively is the engine library and its tests that need no machine. The
+# console program needs CLI11 and nlohmann/json as well.
 set(QUELLIX_MACHINE ON)
 if(NOT WIN32)
   quellix_find(hivex hivex hivex.h)
-  if(NOT hivex_FOUND)
+  quellix_find(nettle nettle nettle/sha2.h)
+  if(NOT hivex_FOUND OR NOT nettle_FOUND)
     set(QUELLIX_MACHINE OFF)
-    message(STATUS "No hivex: only the engine and its portable tests are built")
+    message(STATUS "No hivex or nettle: only the engine and its portable tests are built")
   endif()
 endif()
 

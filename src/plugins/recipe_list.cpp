@@ -8,8 +8,8 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/profile_strings.h"
+#include "platform/sha256.h"
 #include "platform/text.h"
-#include "plugins/fingerprint.h"
 #include "plugins/recipe_cost.h"
 #include "plugins/recipe_folders.h"
 #include "settings/settings.h"
@@ -369,7 +369,7 @@ std::vector<ListedRecipe> ParseRecipeLists(const std::vector<std::string>& texts
 }
 
 std::string FingerprintOf(const ListedRecipe& recipe) {
-  return Fingerprint(recipe.contents + recipe.warning);
+  return Sha256(recipe.contents + recipe.warning);
 }
 
 const ListedRecipe* RecipeLists::Find(std::string_view name) const {

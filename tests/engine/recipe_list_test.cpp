@@ -1,7 +1,7 @@
 // Entries of a list that the user keeps: read, judged, priced, ticked, carried out.
 #include "app/preview_run.h"
 #include "platform/path.h"
-#include "plugins/fingerprint.h"
+#include "platform/sha256.h"
 #include "plugins/mod_plugin.h"
 #include "plugins/recipe_folders.h"
 #include "plugins/recipe_judgement.h"
@@ -383,9 +383,9 @@ TEST_F(RecipeListTest, AListOfFiveMegabytesIsRead) {
 }
 
 TEST_F(RecipeListTest, AFingerprintIsAStandardOne) {
-  EXPECT_EQ(Fingerprint("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-  EXPECT_EQ(Fingerprint(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
-  EXPECT_EQ(Fingerprint("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
+  EXPECT_EQ(Sha256("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+  EXPECT_EQ(Sha256(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+  EXPECT_EQ(Sha256("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
             "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
 }
 
