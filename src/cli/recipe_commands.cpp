@@ -8,7 +8,7 @@
 #include "platform/error.h"
 #include "platform/profile_strings.h"
 #include "plugins/mod_plugin.h"
-#include "plugins/recipe_detection.h"
+#include "plugins/recipe_finder.h"
 #include "plugins/recipe_judgement.h"
 #include "plugins/recipe_run.h"
 #include "plugins/recipe_ticks.h"
@@ -51,10 +51,12 @@ struct ListedRow {
 std::vector<ListedRow> RowsOf(const RecipeLists& lists, const Machine& machine, bool all) {
   const RecipeTicks ticks = LoadTicks(machine);
   std::vector<ListedRow> rows;
-  for (const ListedRecipe& recipe : lists.recipes) {
+  const std::vector<bool> found = modPlugin::FindRecipes(machine, lists.recipes);
+  for (size_t i = 0; i < found.size(); ++i) {
+    const ListedRecipe& recipe = lists.recipes[i];
     const bool ticked = ticks.IsTicked(recipe.name);
-    const bool found = modPlugin::IsFound(machine, recipe.plugin);
-    if (all || found || ticked) rows.push_back({&recipe, ticked, ticks.IsSeen(recipe), found});
+    if (all || found[i] || ticked)
+      rows.push_back({&recipe, ticked, ticks.IsSeen(recipe), found[i]});
   }
   return rows;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <functional>
+#include <span>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -53,21 +55,32 @@ void ProcessIni(CleaningContext& context, const IniEntry& entry) {
   }
 }
 
+// Which of the masks may be taken from a folder; why others may not is told.
+std::vector<std::string> MasksFor(CleaningContext& context, Folder& folder, const std::string& path,
+                                  bool recurse, std::vector<std::string> masks) {
+  std::erase_if(masks, [&](const std::string& mask) {
+    const std::string why = PlacesOf(context).WhyNot(folder, mask, recurse, Claim::kRecipe);
+    if (!why.empty()) Log(context, path + " is not cleaned: " + why);
+    return !why.empty();
+  });
+  return masks;
+}
+
 // What one folder adds; nothing when it is missing or refused by now.
 void CollectFolder(CleaningContext& context, const std::string& path, const FileEntry& entry,
-                   std::string_view mask, const Exclusions& exclusions, Collected& collected) {
-  ProtectedPlaces& places = PlacesOf(context);
+                   const std::vector<std::string>& wanted, const Exclusions& exclusions,
+                   Collected& collected) {
   try {
     std::shared_ptr<Folder> folder = context.machine.files.OpenFolder(path);
     if (!folder) return;
     NotePlace(context.state);
-    const std::string why = places.WhyNot(*folder, mask, entry.recurse, Claim::kRecipe);
-    if (!why.empty()) return Log(context, path + " is not cleaned: " + why);
-    const bool goes_itself = entry.remove_self && !places.IsNoted(*folder) &&
+    const auto masks = MasksFor(context, *folder, path, entry.recurse, wanted);
+    if (masks.empty()) return;
+    const bool goes_itself = entry.remove_self && !PlacesOf(context).IsNoted(*folder) &&
                              !exclusions.In(*folder, path).LeavesFolder(WithBackslash(path));
     const EmptiedFolder itself{path, folder->Id()};
     FileList list = CollectPluginFiles(context, std::move(folder), path, entry.delete_subfolders,
-                                       entry.recurse, mask, &exclusions);
+                                       entry.recurse, masks, &exclusions);
     const bool is_empty = list.PendingFiles.empty() && list.PendingFolders.empty();
     if (!is_empty) collected.lists.push_back(std::move(list));
     if (goes_itself) collected.emptied.push_back(itself);
@@ -76,12 +89,30 @@ void CollectFolder(CleaningContext& context, const std::string& path, const File
   }
 }
 
-void CollectFolders(CleaningContext& context, const FileEntry& entry, const Exclusions& exclusions,
-                    Collected& collected) {
-  const FilesPlace place = FindFolders(context.machine, PlacesOf(context), entry, PauseOf(context));
-  for (const std::string& refusal : place.refusals) Log(context, refusal);
-  for (const std::string& folder : place.folders) {
-    CollectFolder(context, folder, entry, place.mask, exclusions, collected);
+// Whether two records differ in nothing but their masks.
+bool AreOfSameFolders(const FileEntry& a, const FileEntry& b) {
+  return a.recurse == b.recurse && a.delete_subfolders == b.delete_subfolders &&
+         a.remove_self == b.remove_self && a.both_sides == b.both_sides &&
+         FolderPart(a.location) == FolderPart(b.location);
+}
+
+// Records of the same folders, which are read once.
+void CollectFolders(CleaningContext& context, std::span<const FileEntry> entries,
+                    const Exclusions& exclusions, Collected& collected) {
+  std::vector<std::pair<std::string, std::vector<std::string>>> folders;
+  std::unordered_map<std::string, size_t> rows;
+  for (const FileEntry& entry : entries) {
+    const FilesPlace place =
+        FindFolders(context.machine, PlacesOf(context), entry, PauseOf(context));
+    for (const std::string& refusal : place.refusals) Log(context, refusal);
+    for (const std::string& folder : place.folders) {
+      const auto [row, is_new] = rows.try_emplace(folder, folders.size());
+      if (is_new) folders.push_back({folder, {}});
+      folders[row->second].second.push_back(place.mask);
+    }
+  }
+  for (const auto& [folder, masks] : folders) {
+    CollectFolder(context, folder, entries.front(), masks, exclusions, collected);
     if (context.state.AbortRequested) return;
   }
 }
@@ -111,6 +142,20 @@ void ProcessKeys(CleaningContext& context, const RegistryEntry& entry,
     if (context.state.AbortRequested) return;
     EraseKey(context, entry, place, exclusions);
   }
+}
+
+// Whether one of two folders lies in the other, or is the same.
+bool Overlap(std::string_view a, std::string_view b) {
+  const size_t size = std::min(a.size(), b.size());
+  return EqualsNoCase(a.substr(0, size), b.substr(0, size));
+}
+
+// Of few lists whether one may hold what another has; of many that is not asked.
+bool MayRepeat(const std::vector<FileList>& lists, const FileList& list) {
+  constexpr size_t kFew = 64;
+  return lists.size() > kFew || std::ranges::any_of(lists, [&list](const FileList& other) {
+           return &other != &list && Overlap(other.folder_path, list.folder_path);
+         });
 }
 
 // The list without what was seen before, in any case.
@@ -161,9 +206,13 @@ Collected ProcessRecords(CleaningContext& context, const Plugin& plugin) {
   const Exclusions exclusions(context.machine, plugin.exclusions, PauseOf(context));
   if (!MayRun(context, plugin, exclusions) || context.state.AbortRequested) return collected;
   for (const IniEntry& entry : plugin.ini) ProcessIni(context, entry);
-  for (const FileEntry& entry : plugin.files) {
-    CollectFolders(context, entry, exclusions, collected);
+  for (std::span<const FileEntry> rest = plugin.files; !rest.empty();) {
+    const auto other = std::ranges::find_if_not(
+        rest, [&](const FileEntry& entry) { return AreOfSameFolders(entry, rest.front()); });
+    const auto count = static_cast<size_t>(other - rest.begin());
+    CollectFolders(context, rest.first(count), exclusions, collected);
     if (context.state.AbortRequested) return collected;
+    rest = rest.subspan(count);
   }
   for (const RegistryEntry& entry : plugin.registry) ProcessKeys(context, entry, exclusions);
   return collected;
@@ -179,7 +228,7 @@ bool ProcessPlugin(CleaningContext& context, std::string_view path, Collected& c
 void RemoveCollected(CleaningContext& context, Collected collected) {
   std::unordered_set<std::string> seen;
   for (FileList& list : collected.lists) {
-    DropSeen(list.PendingFiles, seen);
+    if (MayRepeat(collected.lists, list)) DropSeen(list.PendingFiles, seen);
     RemovePendingFiles(context, list);
     if (context.state.AbortRequested) return;
   }

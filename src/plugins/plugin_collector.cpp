@@ -1,5 +1,6 @@
 #include "plugins/plugin_collector.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -16,11 +17,11 @@ namespace {
 
 class Collector : public FolderVisitor {
  public:
-  Collector(CleaningContext& context, bool delete_subfolders, bool recurse, std::string_view mask,
-            WalkExclusions exclusions, FileList& list)
+  Collector(CleaningContext& context, bool delete_subfolders, bool recurse,
+            std::span<const std::string> masks, WalkExclusions exclusions, FileList& list)
       : context_(context),
         limits_(context),
-        mask_(mask),
+        masks_(masks),
         delete_subfolders_(delete_subfolders),
         recurse_(recurse),
         exclusions_(std::move(exclusions)),
@@ -32,7 +33,8 @@ class Collector : public FolderVisitor {
   }
   Detail Needs() const override { return limits_.Needs(Detail::kKind); }
   void File(Folder&, const std::string& path, const Entry& entry) override {
-    if (!MatchesMask(entry.name, mask_) || exclusions_.LeavesFile(path, entry.name)) return;
+    const auto fits = [&](const std::string& mask) { return MatchesMask(entry.name, mask); };
+    if (std::ranges::none_of(masks_, fits) || exclusions_.LeavesFile(path, entry.name)) return;
     if (limits_.Leaves(nullptr, path, entry)) return;
     list_.PendingFiles.Append(path, entry.name);
   }
@@ -54,7 +56,7 @@ class Collector : public FolderVisitor {
  private:
   CleaningContext& context_;
   RunLimits limits_;
-  std::string mask_;
+  std::span<const std::string> masks_;
   bool delete_subfolders_;
   bool recurse_;
   WalkExclusions exclusions_;
@@ -65,10 +67,10 @@ class Collector : public FolderVisitor {
 
 FileList CollectPluginFiles(CleaningContext& context, std::shared_ptr<Folder> folder,
                             std::string_view path, bool delete_subfolders, bool recurse,
-                            std::string_view mask, const Exclusions* exclusions) {
+                            std::span<const std::string> masks, const Exclusions* exclusions) {
   FileList list{std::move(folder), WithBackslash(path), {}, {}};
   WalkExclusions left = exclusions ? exclusions->In(*list.folder, path) : WalkExclusions();
-  Collector collector(context, delete_subfolders, recurse, mask, std::move(left), list);
+  Collector collector(context, delete_subfolders, recurse, masks, std::move(left), list);
   WalkFolder(*list.folder, path, WalkOrder::kAsListed, &PlacesOf(context), collector,
              PauseOf(context));
   return list;

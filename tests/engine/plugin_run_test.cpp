@@ -91,7 +91,7 @@ TEST_F(PluginRunTest, TheCollectorKeepsItsTwoOrdersAndEntersNoLink) {
   const auto collect = [&] {
     const std::string path = scratch + "in";
     return modPlugin::CollectPluginFiles(context, ports.files.OpenFolder(path), path, true, true,
-                                         "*.*");
+                                         Names{"*.*"});
   };
   const FileList list = collect();
   const PathList& folders = list.PendingFolders;
