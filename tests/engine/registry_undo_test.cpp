@@ -88,6 +88,17 @@ TEST_F(RegistryUndoTest, OfAValueDeletedTwiceTheLastComesBack) {
   EXPECT_EQ(UndoFiles().size(), 2u) << "each has a file of its own";
 }
 
+TEST_F(RegistryUndoTest, AnEmptyFileIsListedWithoutAProblem) {
+  machine->MakeFile(own + "Backup\\R_010120200000.reg", "");
+  const std::vector<BackupInfo> files = backups.List();
+  ASSERT_EQ(files.size(), 1u);
+  EXPECT_EQ(files[0].problem, "");
+  EXPECT_EQ(files[0].entries, 0u);
+  const RestoreResult result = RestoreFile(files[0].name);
+  EXPECT_EQ(result.restored, 0u);
+  EXPECT_EQ(result.problems, Names());
+}
+
 TEST_F(RegistryUndoTest, ClassesComeBackToTheUserAndTheMachine) {
   const std::string classes = "Software\\Classes\\", type = "Qx\\Type";
   for (const RegistryRoot root : {kUser, kMachine}) Set(root, classes + type, "v", Text("x"));
