@@ -238,8 +238,9 @@ void BackupBrowser::Restore(std::span<const size_t> rows, std::string_view folde
   for (const size_t row : rows) order.entry_paths.push_back(entries_[row].path);
   try {
     const RestoreResult result = backups_.Restore(info->name, order, prompts, pause);
+    const std::string home = info->kind == BackupKind::kRegistry ? "the registry" : info->root;
     outcome_ = Counted(FormatCount(result.restored, locale_), info->kind) + " restored to " +
-               (folder.empty() ? info->root : order.to);
+               (folder.empty() ? home : order.to);
     if (result.skipped > 0)
       outcome_ += ", " + FormatCount(result.skipped, locale_) + " left as they were";
     outcome_ += result.cancelled ? "; stopped at your wish.\n" : ".\n";

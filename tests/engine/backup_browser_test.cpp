@@ -1,7 +1,7 @@
 #include "backup/backup_browser.h"
 
 #include "backup/can_run.h"
-
+#include "backup/registry_undo.h"
 #include "support/backup_fixture.h"
 
 namespace quellix {
@@ -136,6 +136,26 @@ TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
     EXPECT_TRUE(copy.starts_with(temp)) << copy;
   }
   EXPECT_FALSE(machine->Exists(copy) || machine->Exists(temp + "Quellix"));
+}
+
+TEST_F(BackupBrowserTest, WhatIsRestoredOfTheRegistryIsToldAsKeys) {
+  constexpr RegistryRoot kUser = RegistryRoot::kCurrentUser;
+  RegistryUndo undo;
+  for (const char* key : {"Software\\QxBrowser\\a", "Software\\QxBrowser\\b"}) {
+    machine->SetText(kUser, key, "v", "1");
+    undo.AddKey(ports.registry, kUser, key);
+  }
+  undo.Store(ports, safe);
+  machine->RemoveRegistryTree(kUser, "Software\\QxBrowser");
+  BackupBrowser browser(ports);
+  browser.Refresh();
+  for (size_t row = 0; row < browser.ArchiveCount(); ++row) {
+    if (browser.ArchiveText(row, ArchiveColumn::kDrive) == "Registry") browser.ChooseArchive(row);
+  }
+  browser.RestoreAll(prompts);
+  EXPECT_EQ(browser.outcome(), "2 registry keys restored to the registry.\n");
+  EXPECT_EQ(machine->ValueNames(kUser, "Software\\QxBrowser\\b"), Names{"v"});
+  machine->RemoveRegistryTree(kUser, "Software\\QxBrowser");
 }
 
 TEST_F(BackupBrowserTest, WhatMayRunIsShownInItsFolderInstead) {
