@@ -35,6 +35,7 @@ std::string Engine::Load(Tips* tips) {
   try {
     selection_.LoadCheckStates(machine_);
     selection_.browsers().Load(machine_);
+    selection_.cleaners().Load(machine_);
   } catch (const Error& error) {
     is_loaded_ = false;
     problems += std::string("The ticked items could not be read. ") + error.what() + "\n";

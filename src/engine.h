@@ -39,6 +39,7 @@ class Engine {
   void Save() {
     selection_.SaveCheckStates(machine_);
     selection_.browsers().Save(machine_);
+    selection_.cleaners().Save(machine_);
   }
 
   const Preferences& preferences() const { return preferences_; }

@@ -6,6 +6,7 @@
 #include "app/run_checks.h"
 #include "app/run_logs.h"
 #include "app/run_report.h"
+#include "app/system_cleaning.h"
 #include "backup/expiry.h"
 #include "cleaners/junk_cleaners.h"
 #include "platform/error.h"
@@ -155,7 +156,7 @@ void RunItem(CleaningContext& context, const Item& item) {
 }
 
 // Those that are here; looking for them is left out where none is ticked.
-std::vector<BrowserChoice> TickedBrowsers(const Machine& machine, const BrowserTicks& ticks) {
+std::vector<BrowserChoice> TickedBrowsers(const Machine& machine, const NameTicks& ticks) {
   std::vector<BrowserChoice> choices;
   if (ticks.empty()) return choices;
   for (const FoundBrowser& browser : FindBrowsers(machine)) {
@@ -167,11 +168,20 @@ std::vector<BrowserChoice> TickedBrowsers(const Machine& machine, const BrowserT
   return choices;
 }
 
+std::vector<SystemCleaner> TickedCleaners(const Machine& machine, const NameTicks& ticks) {
+  if (ticks.empty()) return {};
+  return TickedCleaners(machine, [&](std::string_view key) { return ticks.IsTicked(key); });
+}
+
 // What ends a run.
-void CleanBrowsers(CleaningContext& context, std::span<const BrowserChoice> choices,
-                   FreeSpaceCheck& free_space) {
-  for (const BrowserChoice& choice : choices) {
+void CleanOthers(CleaningContext& context, const OtherChoices& choices,
+                 FreeSpaceCheck& free_space) {
+  for (const BrowserChoice& choice : choices.browsers) {
     CleanBrowser(context, choice);
+    if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
+  }
+  for (const SystemCleaner& cleaner : choices.cleaners) {
+    CleanBySystem(context, cleaner);
     if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
   }
   FinishRun(context, free_space);
@@ -191,9 +201,9 @@ void KeepRun(CleaningContext& context) {
 }
 
 void RunCleaning(CleaningContext& context, const Selection& selection) {
-  const std::vector<BrowserChoice> browsers = TickedBrowsers(context.machine, selection.browsers());
-  const int count = selection.CountChecked() + static_cast<int>(browsers.size());
-  if (!BeginRun(context, count)) return RefuseRun(context);
+  const OtherChoices others{TickedBrowsers(context.machine, selection.browsers()),
+                            TickedCleaners(context.machine, selection.cleaners())};
+  if (!BeginRun(context, selection.CountChecked() + others.Count())) return RefuseRun(context);
   FreeSpaceCheck free_space(context);
   for (const Item& item : AllItems()) {
     if (selection.IsChecked(item)) RunItem(context, item);
@@ -202,13 +212,13 @@ void RunCleaning(CleaningContext& context, const Selection& selection) {
       return;
     }
   }
-  CleanBrowsers(context, browsers, free_space);
+  CleanOthers(context, others, free_space);
 }
 
-void RunBrowsers(CleaningContext& context, std::span<const BrowserChoice> choices) {
-  if (!BeginRun(context, static_cast<int>(choices.size()))) return RefuseRun(context);
+void RunOthers(CleaningContext& context, const OtherChoices& choices) {
+  if (!BeginRun(context, choices.Count())) return RefuseRun(context);
   FreeSpaceCheck free_space(context);
-  CleanBrowsers(context, choices, free_space);
+  CleanOthers(context, choices, free_space);
 }
 
 void RunOneItem(CleaningContext& context, const Item& item) {

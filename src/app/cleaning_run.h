@@ -1,9 +1,10 @@
 #pragma once
 
-#include <span>
+#include <vector>
 
 #include "app/selection.h"
 #include "browsers/browser_catalogue.h"
+#include "platform/system_cleaners.h"
 #include "run/context.h"
 #include "run/item.h"
 
@@ -20,7 +21,13 @@ void KeepRun(CleaningContext& context);
 // Runs one item, whatever the state of its box, with the same log and report.
 void RunOneItem(CleaningContext& context, const Item& item);
 
-// Cleans kinds of browsers, likewise.
-void RunBrowsers(CleaningContext& context, std::span<const BrowserChoice> choices);
+// What is cleaned beside the items.
+struct OtherChoices {
+  std::vector<BrowserChoice> browsers = {};
+  std::vector<SystemCleaner> cleaners = {};
+  int Count() const { return static_cast<int>(browsers.size() + cleaners.size()); }
+};
+// Cleans that alone, likewise.
+void RunOthers(CleaningContext& context, const OtherChoices& choices);
 
 }  // namespace quellix

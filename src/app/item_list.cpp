@@ -68,20 +68,14 @@ void ItemList::Refresh() {
     for (const Item* const item : shown) rows_.push_back({group, item});
     if (folded > 0) rows_.push_back({group, nullptr, folded});
   }
-  for (size_t i = 0; i < browsers_.size(); ++i) {
-    Row row{.group = Group::kInternet, .browser = static_cast<int>(i)};
+  for (size_t i = 0; i < sections_.size(); ++i) {
+    Row row{.group = Group::kInternet, .section = static_cast<int>(i)};
     rows_.push_back(row);
-    for (size_t kind = 0; kind < browsers_[i].kinds.size(); ++kind) {
-      row.kind = static_cast<int>(kind);
+    for (size_t line = 0; line < sections_[i].rows.size(); ++line) {
+      row.line = static_cast<int>(line);
       rows_.push_back(row);
     }
   }
-}
-
-void ItemList::SetBrowsers(std::vector<FoundBrowser> browsers) {
-  browsers_ = std::move(browsers);
-  std::erase_if(browsers_, [](const FoundBrowser& each) { return each.key == kFirefoxKey; });
-  Refresh();
 }
 
 // Below, above or 0, by what the column in order means.
@@ -143,8 +137,7 @@ bool ItemList::IsDimmed(size_t row) const {
 std::optional<Ticks> ItemList::TicksOf(size_t row) const {
   const Row& at = rows_[row];
   if (at.item != nullptr) return selection_.IsChecked(*at.item) ? Ticks::kAll : Ticks::kNone;
-  if (at.kind >= 0)
-    return selection_.browsers().IsTicked(BrowserName(at)) ? Ticks::kAll : Ticks::kNone;
+  if (at.line >= 0) return IsTicked(at) ? Ticks::kAll : Ticks::kNone;
   if (!at.IsHeading()) return std::nullopt;
   const Selection::Count count = CountIn(at);
   if (count.checked == 0) return Ticks::kNone;
@@ -154,7 +147,7 @@ std::optional<Ticks> ItemList::TicksOf(size_t row) const {
 void ItemList::Toggle(size_t row) {
   const Row at = rows_[row];
   if (at.folded > 0) return SetFolded(at.group, false);
-  if (at.browser >= 0) return ToggleBrowser(at);
+  if (at.section >= 0) return ToggleInSection(at);
   if (at.item == nullptr) {
     selection_.ToggleGroup(at.group);
     return Refresh();  // what is folded away may be ticked now
@@ -181,7 +174,7 @@ void ItemList::Follow() {
     const RunEntry& entry = entries[taken_in_];
     if (entry.item == 0 && entry.rule == 0) continue;
     Found& found =
-        entry.item != 0 ? found_[entry.item - 1u] : of_browsers_[look_->Entries->rules[entry.rule]];
+        entry.item != 0 ? found_[entry.item - 1u] : of_rules_[look_->Entries->rules[entry.rule]];
     found.looked = true;
     if (entry.fate == Fate::kStayed) ++found.stays;
     if (entry.fate != Fate::kRemoved) continue;
@@ -204,9 +197,9 @@ void ItemList::EndLook() {
   if (look_ == nullptr) return;
   Follow();
   for (const Row& row : rows_) {  // they come last, so a stop leaves none of them whole
-    if (row.kind < 0 || look_->AbortRequested) continue;
-    Found& found = of_browsers_[BrowserName(row)];
-    found.done = selection_.browsers().IsTicked(BrowserName(row));
+    if (row.line < 0 || look_->AbortRequested) continue;
+    Found& found = of_rules_[LineAt(row).rule];
+    found.done = IsTicked(row);
     found.looked = found.looked || found.done;
   }
   look_ = nullptr;
@@ -216,17 +209,17 @@ void ItemList::Forget() {
   look_ = nullptr;
   taken_in_ = 0;
   found_ = {};
-  of_browsers_.clear();
+  of_rules_.clear();
 }
 
 EntryScope ItemList::ScopeOf(size_t row) const {
   EntryScope scope;
   const Row& at = rows_[row];
   for (const Row& below : rows_) {
-    if (below.kind < 0 || below.browser != at.browser) continue;
-    if (at.kind < 0 || at.kind == below.kind) scope.rules.push_back(BrowserName(below));
+    if (below.line < 0 || below.section != at.section) continue;
+    if (at.line < 0 || at.line == below.line) scope.rules.push_back(LineAt(below).rule);
   }
-  if (at.browser >= 0) return scope;
+  if (at.section >= 0) return scope;
   for (const Item& item : AllItems()) {
     const bool is_below = at.group == item.group && (at.IsHeading() || IsFoldedAway(item));
     scope.items[IndexOf(item)] = at.item ? at.item == &item : is_below;
@@ -236,7 +229,7 @@ EntryScope ItemList::ScopeOf(size_t row) const {
 
 ItemList::Found ItemList::FoundIn(const Row& row) const {
   if (row.item != nullptr) return found_[IndexOf(*row.item)];
-  if (row.kind >= 0) return FoundOf(BrowserName(row));
+  if (row.line >= 0) return FoundOf(LineAt(row).rule);
   Found sum;
   const auto add = [&sum](const Found& found) {
     sum.looked = sum.looked || found.looked;
@@ -244,10 +237,8 @@ ItemList::Found ItemList::FoundIn(const Row& row) const {
     sum.count += found.count;
     sum.stays += found.stays;
   };
-  if (row.browser >= 0) {
-    for (const Row& below : rows_) {
-      if (below.browser == row.browser && below.kind >= 0) add(FoundOf(BrowserName(below)));
-    }
+  if (row.section >= 0) {
+    for (const ListSection::Row& line : SectionAt(row).rows) add(FoundOf(line.rule));
     return sum;
   }
   for (const Item& item : AllItems()) {
@@ -289,7 +280,7 @@ std::string ItemList::Text(size_t row, ItemColumn column) const {
   switch (column) {
     case ItemColumn::kName:
       if (at.item != nullptr) return NameOf(*at.item);
-      if (at.browser >= 0) return BrowserText(at);
+      if (at.section >= 0) return SectionText(at);
       if (at.IsHeading()) return std::string(GroupTitle(at.group));
       return CountText(static_cast<uint64_t>(at.folded)) + " more...";
     case ItemColumn::kBytes:
@@ -301,19 +292,16 @@ std::string ItemList::Text(size_t row, ItemColumn column) const {
       break;
   }
   if (at.item != nullptr) return NoteOf(*at.item);
-  if (at.kind >= 0) return BrowserNote(at);
+  if (at.line >= 0) return LineNote(at);
   return at.IsHeading() ? NoteOf(at) : "nothing of it on this Windows";
 }
 
 std::string ItemList::Details(size_t row) const {
   const Row& at = rows_[row];
   if (at.folded > 0) return "What only older Windows have. Space shows it.";
-  if (at.kind >= 0) {
-    const FoundBrowser& browser = browsers_[static_cast<size_t>(at.browser)];
-    const std::string note = BrowserNote(at);
-    return BrowserText(at) + " of " + std::string(browser.label) + ", in " +
-           (browser.profiles == 1 ? "its profile." : "all its profiles.") +
-           (note.empty() ? "" : "\r\n\r\nNote: " + note + ".");
+  if (at.line >= 0) {
+    const std::string note = LineNote(at);
+    return LineAt(at).details + (note.empty() ? "" : "\r\n\r\nNote: " + note + ".");
   }
   if (at.item == nullptr) {
     return NoteOf(at) + ". A click on the name, or Space, ticks the whole group" +
@@ -342,9 +330,9 @@ std::string ItemList::Summary() const {
     if (selection_.IsChecked(item)) add(found_[IndexOf(item)]);
   }
   for (const Row& row : rows_) {
-    if (row.kind < 0 || !selection_.browsers().IsTicked(BrowserName(row))) continue;
+    if (row.line < 0 || !IsTicked(row)) continue;
     ++ticked;
-    add(FoundOf(BrowserName(row)));
+    add(FoundOf(LineAt(row).rule));
   }
   if (ticked == 0) return "Nothing is ticked";
   std::string text = CountText(ticked) + (ticked == 1 ? " item" : " items");

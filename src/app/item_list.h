@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "app/entry_list.h"
+#include "app/list_section.h"
 #include "app/selection.h"
-#include "browsers/browser_catalogue.h"
 #include "platform/machine.h"
 #include "run/item.h"
 #include "run/row_order.h"
@@ -33,20 +33,19 @@ class ItemList {
     Group group;
     const Item* item = nullptr;  // null for a heading and for a fold
     int folded = 0;              // of a fold: how many items it stands for
-    int browser = -1;            // of a browser or what goes of it: an index of browsers()
-    int kind = -1;               // of what goes of it: an index of its kinds
-    bool IsHeading() const { return item == nullptr && folded == 0 && kind < 0; }
+    int section = -1;            // of what is no item: an index of sections()
+    int line = -1;               // below its heading: an index of its rows
+    bool IsHeading() const { return item == nullptr && folded == 0 && line < 0; }
     bool operator==(const Row&) const = default;
   };
 
   // The machine's ports and the selection must outlive it.
   ItemList(const Machine& machine, Selection& selection);
 
-  // The browsers that were found here; below a heading each, what goes of it. Firefox has its
-  // items.
-  void SetBrowsers(std::vector<FoundBrowser> browsers);
-  const std::vector<FoundBrowser>& browsers() const { return browsers_; }
-  // Every box that may be, whatever it is of.
+  // What was found here beside the items, which stands behind them.
+  void SetSections(std::vector<ListSection> sections);
+  const std::vector<ListSection>& sections() const { return sections_; }
+  // Every box that may be, whatever it is of; those of Windows' own cleaners are only cleared.
   void TickAll(bool ticked);
 
   // Lists anew: the ticks or the settings have changed.
@@ -98,13 +97,20 @@ class ItemList {
   };
 
   static size_t IndexOf(const Item& item) { return static_cast<size_t>(item.run_order) - 1; }
-  std::string BrowserName(const Row& row) const;  // "chrome:cookies"
-  const Found& FoundOf(const std::string& browser_name) const;
-  void TickBrowser(size_t browser, bool ticked);
+  const ListSection& SectionAt(const Row& row) const {
+    return sections_[static_cast<size_t>(row.section)];
+  }
+  const ListSection::Row& LineAt(const Row& row) const {
+    return SectionAt(row).rows[static_cast<size_t>(row.line)];
+  }
+  NameTicks& TicksIn(const ListSection& section) const;
+  bool IsTicked(const Row& row) const;  // of a row in a section
+  const Found& FoundOf(const std::string& rule) const;
+  void TickSection(const ListSection& section, bool ticked);
   Selection::Count CountIn(const Row& heading) const;
-  void ToggleBrowser(const Row& row);
-  std::string BrowserText(const Row& row) const;
-  std::string BrowserNote(const Row& row) const;
+  void ToggleInSection(const Row& row);
+  std::string SectionText(const Row& row) const;
+  std::string LineNote(const Row& row) const;
   bool IsAbsent(const Item& item) const;
   bool IsFoldedAway(const Item& item) const;
   Found FoundIn(const Row& row) const;
@@ -122,8 +128,8 @@ class ItemList {
   std::array<bool, 4> is_open_{};  // by group: what is folded away is shown
   std::optional<RowOrder<ItemColumn>> order_;
   std::array<Found, kItemCount> found_{};  // by run order, from 0
-  std::vector<FoundBrowser> browsers_;
-  std::map<std::string, Found> of_browsers_;  // by name
+  std::vector<ListSection> sections_;
+  std::map<std::string, Found> of_rules_;  // of their rows
   const RunState* look_ = nullptr;
   size_t taken_in_ = 0;  // of its entries
 };

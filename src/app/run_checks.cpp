@@ -14,21 +14,24 @@ std::string Joined(const std::vector<std::string>& names) {
 
 }  // namespace
 
-FreeSpaceCheck::FreeSpaceCheck(CleaningContext& context) : context_(context), before_(Ask()) {}
-
-// Of fixed drives: others may be asleep, or have nothing in them.
-std::map<char, uint64_t> FreeSpaceCheck::Ask() const {
+// Others may be asleep, or have nothing in them.
+std::map<char, uint64_t> FreeSpace(const Machine& machine) {
   std::map<char, uint64_t> free;
-  if (context_.state.IsPreview) return free;
-  for (const Drive& drive : context_.machine.system.Drives()) {
+  for (const Drive& drive : machine.system.Drives()) {
     if (drive.type != DriveType::kFixed) continue;
     try {
-      const auto root = context_.machine.files.OpenFolder(std::string(1, drive.letter) + ":\\");
+      const auto root = machine.files.OpenFolder(std::string(1, drive.letter) + ":\\");
       if (root) free[drive.letter] = root->Room().free;
     } catch (const Error&) {  // it does not tell
     }
   }
   return free;
+}
+
+FreeSpaceCheck::FreeSpaceCheck(CleaningContext& context) : context_(context), before_(Ask()) {}
+
+std::map<char, uint64_t> FreeSpaceCheck::Ask() const {
+  return context_.state.IsPreview ? std::map<char, uint64_t>() : FreeSpace(context_.machine);
 }
 
 void FreeSpaceCheck::Tell() {

@@ -7,6 +7,9 @@
 
 namespace quellix {
 
+// Bytes, by drive letter, of the fixed drives that tell.
+std::map<char, uint64_t> FreeSpace(const Machine& machine);
+
 // What the drives say of a run, besides what the run says itself.
 class FreeSpaceCheck {
  public:

@@ -10,8 +10,8 @@ namespace quellix {
 namespace {
 
 constexpr std::string_view kKinds[] = {
-    "file",       "folder",     "registryValue",  "registryKey", "iniKey",      "iniSection",
-    "cacheEntry", "recycleBin", "addressHistory", "clipboard",   "databaseRows"};
+    "file",       "folder",     "registryValue",  "registryKey", "iniKey",       "iniSection",
+    "cacheEntry", "recycleBin", "addressHistory", "clipboard",   "databaseRows", "windowsCleaner"};
 constexpr std::string_view kFates[] = {"removed", "stayed", "kept"};
 constexpr std::string_view kWays[] = {"deleted", "recycled", "wiped", "backedUp"};
 constexpr std::string_view kOutcomes[] = {"notChosen", "nothingFound", "notPossible", "cleaned",

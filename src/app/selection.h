@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/browser_ticks.h"
+#include "app/name_ticks.h"
 #include "platform/machine.h"
 #include "run/item.h"
 #include "settings/preferences.h"
@@ -43,8 +43,11 @@ class Selection {
   Count CountIn(Group group) const;
 
   // What of the browsers found here is cleaned with the items.
-  BrowserTicks& browsers() { return browsers_; }
-  const BrowserTicks& browsers() const { return browsers_; }
+  NameTicks& browsers() { return browsers_; }
+  const NameTicks& browsers() const { return browsers_; }
+  // Which of Windows' own cleaners work then as well.
+  NameTicks& cleaners() { return cleaners_; }
+  const NameTicks& cleaners() const { return cleaners_; }
 
   // chkItems.txt, one line of 30 values. Loading: a missing file changes nothing, a field that is
   // no number leaves its box, missing fields leave theirs, further ones are ignored. Both throw
@@ -59,7 +62,7 @@ class Selection {
 
   using Checks = std::array<bool, kItemCount>;  // by run order, from 0
   Checks checked_{};
-  BrowserTicks browsers_;
+  NameTicks browsers_{"Browsers.txt"}, cleaners_{"Cleaners.txt"};
   std::optional<Checks> unread_;  // as they were when the file could not be read
   bool protect1_ = false;
   bool protect2_ = false;

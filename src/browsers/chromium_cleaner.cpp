@@ -179,7 +179,7 @@ uint64_t CleanChromium(CleaningContext& context, const ChromiumBrowser& browser,
   if (!place.folder) return 0;
   NotePlace(context.state);
   ProfileCleaner all(context, place.folder, place.path);
-  if (all.IsInUse(kLocks, browser.label)) return 0;
+  if (all.IsInUse(kLocks, browser.label, TextOf(kind).label)) return 0;
   uint64_t rows = 0;
   for (const BrowserProfile& profile : place.profiles) {
     if (StopsRun(context)) return rows;

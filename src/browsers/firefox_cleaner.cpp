@@ -94,7 +94,7 @@ uint64_t CleanFirefoxProfile(CleaningContext& context, const BrowserProfile& pro
                              BrowserKind kind) {
   ProfileCleaner cleaner(context, profile.folder, profile.path);
   NotePlace(context.state);
-  if (cleaner.IsInUse(kLocks, "Firefox")) return 0;
+  if (cleaner.IsInUse(kLocks, "Firefox", TextOf(kind).label)) return 0;
   Clean(context, cleaner, profile, kind);
   return cleaner.rows();
 }

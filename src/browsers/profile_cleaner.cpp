@@ -5,6 +5,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "run/programs_in_use.h"
 #include "run/removal.h"
 #include "run/run_limits.h"
 #include "run/run_steps.h"
@@ -59,29 +60,39 @@ void AppendBrowserLine(CleaningContext& context, std::string_view browser, std::
                   "\r\n";
 }
 
-bool ProfileCleaner::IsInUse(std::span<const std::string_view> lock_files,
-                             std::string_view browser) {
-  const std::string sentence = path_ + " was left as it is: " + std::string(browser) +
-                               " is running. Close it and clean again.";
+// The first sign that a browser works with the folder.
+std::optional<ProfileCleaner::Lock> ProfileCleaner::FindLock(
+    std::span<const std::string_view> lock_files) {
   for (const std::string_view name : lock_files) {
+    const std::string path = path_ + std::string(name);
     try {
       const auto info = folder_->Look(name, Detail::kKind);
       if (!info) continue;
-      if (!info->is_link) {
-        folder_->RequireRemovable(name);
-        continue;
-      }
+      if (info->is_link) return Lock{path, "", Error::Kind::kInUse, true};
+      folder_->RequireRemovable(name);
     } catch (const Error& error) {
-      if (error.kind() == Error::Kind::kMissing) continue;
-      if (error.kind() != Error::Kind::kInUse) {
-        NoteStayed(context_.state, path_ + std::string(name), error.what(), error.kind());
-        return true;
-      }
+      if (error.kind() != Error::Kind::kMissing) return Lock{path, error.what(), error.kind()};
     }
-    NoteStayed(context_.state, path_ + std::string(name), sentence, Error::Kind::kInUse);
+  }
+  return {};
+}
+
+bool ProfileCleaner::IsInUse(std::span<const std::string_view> lock_files, std::string_view browser,
+                             std::string_view what) {
+  const auto lock = FindLock(lock_files);
+  if (!lock) return false;
+  if (lock->kind != Error::Kind::kInUse) {
+    NoteStayed(context_.state, lock->path, lock->why, lock->kind);
     return true;
   }
-  return false;
+  const std::string name(browser);
+  const ProgramInUse program{name, name + ", " + std::string(what), {.held = lock->path}};
+  const auto runs = [&] { return FindLock(lock_files).has_value(); };
+  if (!lock->is_link && IsOutOfTheWay(context_, program, runs)) return false;
+  NoteStayed(context_.state, lock->path,
+             path_ + " was left as it is: " + name + " is running. Close it and clean again.",
+             lock->kind);
+  return true;
 }
 
 // Below the folder that is held: what its path has come to mean is nothing to us.

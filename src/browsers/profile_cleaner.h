@@ -2,12 +2,14 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "browsers/database_cleaning.h"
+#include "platform/error.h"
 #include "run/context.h"
 
 namespace quellix {
@@ -42,8 +44,10 @@ class ProfileCleaner {
       : context_(context), folder_(std::move(folder)), path_(std::move(path)) {}
 
   // Whether a browser works with the folder, by the files that it then holds, or leaves as links on
-  // other systems. It is then noted as in use, in the name of `browser`.
-  bool IsInUse(std::span<const std::string_view> lock_files, std::string_view browser);
+  // other systems. Its user may close it now (see IsOutOfTheWay), before `what` is cleaned; else it
+  // is noted as in use.
+  bool IsInUse(std::span<const std::string_view> lock_files, std::string_view browser,
+               std::string_view what);
 
   // The files of the folder that fit one of the masks, in their order.
   void Files(std::span<const std::string_view> masks);
@@ -66,6 +70,13 @@ class ProfileCleaner {
   uint64_t rows() const { return rows_; }
 
  private:
+  struct Lock {
+    std::string path, why;
+    Error::Kind kind;
+    bool is_link = false;
+  };
+
+  std::optional<Lock> FindLock(std::span<const std::string_view> lock_files);
   void CleanTree(std::shared_ptr<Folder> folder, const std::string& path);
   void Remove(const std::vector<std::string>& names);
 

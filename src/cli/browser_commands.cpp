@@ -69,7 +69,7 @@ int Clean(const BrowserOptions& options, const ReportOptions& report_options,
   }
   ConsoleRun run(machine, options.preview ? RunKind::kPreview : RunKind::kReal, report.text());
   Engine& engine = run.engine();
-  RunBrowsers(engine.context(), choices);
+  RunOthers(engine.context(), {.browsers = choices});
   if (options.preview) run.PrintPreview();
   if (engine.state().AbortRequested) std::cerr << run.view().status() << std::endl;
   return report.Finish(TableOfRun("browsers clean", engine.state(), options.preview),

@@ -66,7 +66,8 @@ std::string NoSuchItem(const std::string& name) {
 std::string SelectItems(const CleanOptions& options, Selection& selection) {
   if (!options.ticked) {
     for (const Item& item : AllItems()) selection.SetChecked(item, false);
-    selection.browsers() = {};
+    selection.browsers().Clear();
+    selection.cleaners().Clear();
   }
   if (options.all) selection.SelectAll(true);
   for (const std::string& group : options.groups) selection.CheckGroup(kGroups.at(group));
@@ -76,7 +77,9 @@ std::string SelectItems(const CleanOptions& options, Selection& selection) {
     if (item->cleaner == nullptr) return "the item \"" + name + "\" is not available yet.";
     selection.SetChecked(*item, true);
   }
-  return selection.CountChecked() == 0 && selection.browsers().empty() ? "nothing is chosen." : "";
+  const bool is_empty =
+      selection.CountChecked() == 0 && selection.browsers().empty() && selection.cleaners().empty();
+  return is_empty ? "nothing is chosen." : "";
 }
 
 int Clean(const CleanOptions& options, const ReportOptions& report_options,

@@ -79,6 +79,7 @@ void AddRecipeCommands(ConsoleCommands& commands);   // recipes list, check, pre
 void AddCacheCommands(ConsoleCommands& commands);    // cache list, delete
 void AddSearchCommand(ConsoleCommands& commands);    // search
 void AddKeepCommands(ConsoleCommands& commands);     // keep list, add, remove
+void AddWindowsCommands(ConsoleCommands& commands);  // windows list, preview, process
 void AddRegistryCommand(ConsoleCommands& commands);  // registry
 
 }  // namespace quellix

@@ -37,10 +37,11 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   app.require_subcommand(1);
   app.set_version_flag("--version", "quellixctl " QUELLIX_VERSION, "Print the version");
   ConsoleView::ShowProgress(platform.shows_progress);
+  ConsoleView::Asks(platform.can_ask);
   ConsoleCommands commands(app, platform);
   for (const auto& add : {AddCleanCommands, AddBrowserCommands, AddBackupCommands,
                           AddPluginCommands, AddRecipeCommands, AddCacheCommands, AddSearchCommand,
-                          AddRegistryCommand, AddKeepCommands}) {
+                          AddRegistryCommand, AddKeepCommands, AddWindowsCommands}) {
     add(commands);
   }
   try {

@@ -30,6 +30,7 @@ class OpenMachine {
 struct ConsolePlatform {
   bool works_on_volumes = false;
   bool shows_progress = false;  // standard error is a terminal
+  bool can_ask = false;         // standard input and standard error are
   // Throws Error with a sentence for the user.
   std::function<std::unique_ptr<OpenMachine>(const MachineOptions&)> open;
 };

@@ -73,6 +73,7 @@ ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind, std::ostream& out)
     engine_.emplace(machine, *view_);
   }
   view_->Follow(engine_->state());
+  engine_->state().BySelf = !ConsoleView::asks();
   LoadEngine(*engine_, kind == RunKind::kReal);
 }
 

@@ -79,6 +79,24 @@ bool ConsoleView::AskToGoOn(std::string_view question) {
   return true;
 }
 
+ProgramAnswer ConsoleView::AskAboutProgram(const ProgramQuestion& question) {
+  ClearLine();
+  if (!question.told.empty()) std::cerr << question.told << "\n";
+  std::cerr << question.program
+            << " is running. Before this is cleaned it has to be closed: " << question.what
+            << ". [c]lose it, [s]kip, [r]etry: " << std::flush;
+  std::string line;
+  std::getline(std::cin, line);
+  switch (line.empty() ? 's' : line.front() | 0x20) {
+    case 'c':
+      return ProgramAnswer::kClose;
+    case 'r':
+      return ProgramAnswer::kRetry;
+    default:
+      return ProgramAnswer::kSkip;
+  }
+}
+
 void ConsoleView::ShowReport(const RunReport& report) {
   std::string text = report.full_log;
   std::erase(text, '\r');

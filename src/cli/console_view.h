@@ -18,6 +18,9 @@ class ConsoleView : public RunView {
 
   // Whether standard error is a terminal; for all views.
   static void ShowProgress(bool shows) { shows_progress_ = shows; }
+  // Whether somebody sits at a terminal who can be asked; for all views.
+  static void Asks(bool asks) { asks_ = asks; }
+  static bool asks() { return asks_; }
   // The run whose totals are told meanwhile; it must outlive this.
   void Follow(const RunState& run) { run_ = &run; }
 
@@ -29,6 +32,8 @@ class ConsoleView : public RunView {
   void ShowLastCleaned(std::string_view) override {}
   void ShowCritical(std::string_view text) override;
   bool AskToGoOn(std::string_view question) override;
+  // Whoever does not answer skips.
+  ProgramAnswer AskAboutProgram(const ProgramQuestion& question) override;
   void ShowReport(const RunReport& report) override;
 
   const std::string& status() const { return status_; }
@@ -39,7 +44,7 @@ class ConsoleView : public RunView {
   void ShowLine();
   void ClearLine();
 
-  inline static bool shows_progress_ = false;
+  inline static bool shows_progress_ = false, asks_ = false;
   std::ostream& out_;
   std::string status_;
   const RunState* run_ = nullptr;

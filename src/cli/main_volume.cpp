@@ -69,6 +69,7 @@ int main(int argc, char** argv) {
   const int code = quellix::RunConsole(
       {argv + 1, argv + argc}, {.works_on_volumes = true,
                                 .shows_progress = isatty(STDERR_FILENO) == 1,
+                                .can_ask = isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1,
                                 .open = [&is_stored](const quellix::MachineOptions& options) {
                                   return std::make_unique<MountedMachine>(options, is_stored);
                                 }});

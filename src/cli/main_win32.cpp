@@ -20,6 +20,12 @@ std::vector<std::string> Arguments() {
   return arguments;
 }
 
+// A device that is no console, such as NUL, answers nobody.
+bool IsTerminal(DWORD handle) {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(handle), &mode) != FALSE;
+}
+
 class LiveMachine : public quellix::OpenMachine {
  public:
   explicit LiveMachine(const std::string& settings) : live_(settings) {}
@@ -37,6 +43,7 @@ int main() {
   return quellix::RunConsole(
       Arguments(), {.works_on_volumes = false,
                     .shows_progress = GetFileType(GetStdHandle(STD_ERROR_HANDLE)) == FILE_TYPE_CHAR,
+                    .can_ask = IsTerminal(STD_INPUT_HANDLE) && IsTerminal(STD_ERROR_HANDLE),
                     .open = [](const quellix::MachineOptions& options) {
                       return std::make_unique<LiveMachine>(options.settings);
                     }});

@@ -8,6 +8,7 @@
 #include "platform/session.h"
 #include "platform/shell.h"
 #include "platform/system.h"
+#include "platform/system_cleaners.h"
 #include "platform/url_cache.h"
 
 namespace quellix {
@@ -22,6 +23,7 @@ struct Machine {
   ProfileStrings& profile;
   System& system;
   Session& session;
+  SystemCleaners& cleaners;
   std::string program_folder;  // holds Settings.ini and the lists; without trailing "\"
 };
 

@@ -19,6 +19,7 @@
 #include "plugins/recipe_keys.h"
 #include "plugins/recipe_run.h"
 #include "registry_tools/registry_eraser.h"
+#include "run/programs_in_use.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
@@ -167,12 +168,22 @@ void DropSeen(PathList& files, std::unordered_set<std::string>& seen) {
   files = std::move(fresh);
 }
 
+// The first of a recipe's programs that runs and goes on running; "" for none.
+std::string RunningProgram(CleaningContext& context, const Plugin& plugin,
+                           const std::string& what) {
+  for (const std::string& name : plugin.programs) {
+    const auto runs = [&] { return context.machine.system.IsProgramRunning(name); };
+    if (!IsOutOfTheWay(context, {name, what, {.file_name = name}}, runs)) return name;
+  }
+  return {};
+}
+
 // Whether a recipe may be carried out now; why not is told.
 bool MayRun(CleaningContext& context, const Plugin& plugin, const Exclusions& exclusions) {
   for (const std::string& refusal : exclusions.refusals()) Log(context, refusal);
-  const std::string program = RunningProgram(context.machine, plugin);
-  const std::string& what = plugin.description.empty() ? "This plug-in" : plugin.description;
+  const std::string what = plugin.description.empty() ? "This plug-in" : plugin.description;
   const bool is_clear = exclusions.refusals().empty() && !plugin.has_unknown_exclusion;
+  const std::string program = is_clear ? RunningProgram(context, plugin, what) : "";
   if (!program.empty()) {
     Log(context, what + " is not cleaned: " + program + " runs; close it first.");
   } else if (!is_clear) {

@@ -100,11 +100,4 @@ bool IsFound(const Machine& machine, const Plugin& plugin) {
   return (!asks_version || is_version) && (!asks_place || is_there);
 }
 
-std::string RunningProgram(const Machine& machine, const Plugin& plugin) {
-  const auto running = std::ranges::find_if(plugin.programs, [&](const std::string& name) {
-    return machine.system.IsProgramRunning(name);
-  });
-  return running == plugin.programs.end() ? "" : *running;
-}
-
 }  // namespace quellix::modPlugin

@@ -20,7 +20,4 @@ std::string FaultOf(const Machine& machine, const Detection& detection);
 // named.
 bool IsFound(const Machine& machine, const Plugin& plugin);
 
-// The first of a recipe's programs that runs at the moment; "" for none.
-std::string RunningProgram(const Machine& machine, const Plugin& plugin);
-
 }  // namespace quellix::modPlugin

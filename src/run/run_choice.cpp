@@ -52,6 +52,7 @@ RunChoice::RunChoice(const RunEntries& preview,
   for (size_t i = 0; i < preview.all.size(); ++i) {
     const RunEntry& entry = preview.all[i];
     const bool ticked = entry.fate == Fate::kRemoved && is_ticked(i);
+    if (ticked) sources_.emplace(entry.item, preview.rules[entry.rule]);
     const auto [seen, is_new] = seen_.try_emplace(KeyOf(entry));
     const bool stays_unticked = !is_new && entry.fate == Fate::kRemoved && !seen->second.ticked;
     if (is_new || (entry.fate == Fate::kRemoved && !stays_unticked)) {
@@ -85,6 +86,10 @@ bool RunChoice::Takes(const RunEntry& entry) {
   }
   if (differs && HasOwnTime(entry.kind)) ++changed_;
   return true;
+}
+
+bool RunChoice::HasAnyOf(uint8_t item, std::string_view rule) const {
+  return sources_.contains({item, std::string(rule)});
 }
 
 std::string RunChoice::Remarks() const {

@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "run/run_entries.h"
 
@@ -21,6 +23,8 @@ class RunChoice {
   // Whether the run may remove it. What was not in the preview, or has another size or time since,
   // is counted.
   bool Takes(const RunEntry& entry);
+  // Whether anything was ticked of what an item came by, or of it by a rule.
+  bool HasAnyOf(uint8_t item, std::string_view rule) const;
   // What differs from the preview, a line each with CR LF; "" when nothing does. For the end of the
   // run.
   std::string Remarks() const;
@@ -33,7 +37,8 @@ class RunChoice {
     int64_t last_write = 0;
   };
 
-  std::unordered_map<std::string, Seen> seen_;  // by kind, place and part in upper case
+  std::unordered_map<std::string, Seen> seen_;         // by kind, place and part in upper case
+  std::set<std::pair<uint8_t, std::string>> sources_;  // item and rule of what was ticked
   uint64_t new_ = 0, changed_ = 0;
 };
 

@@ -31,10 +31,10 @@ uint16_t RunEntries::ArchiveNumber(std::string_view path) {
 }
 
 std::string_view KindText(EntryKind kind) {
-  static constexpr std::string_view kTexts[] = {"File",         "Folder",       "Registry value",
-                                                "Registry key", "INI key",      "INI section",
-                                                "Cache entry",  "Recycle bin",  "Address history",
-                                                "Clipboard",    "Database rows"};
+  static constexpr std::string_view kTexts[] = {"File",         "Folder",        "Registry value",
+                                                "Registry key", "INI key",       "INI section",
+                                                "Cache entry",  "Recycle bin",   "Address history",
+                                                "Clipboard",    "Database rows", "Windows cleaner"};
   return kTexts[static_cast<size_t>(kind)];
 }
 

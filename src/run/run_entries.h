@@ -18,7 +18,8 @@ enum class EntryKind : uint8_t {
   kRecycleBin,  // all that is in it
   kAddressHistory,
   kClipboard,
-  kRows  // of a database that stays, as those of one site
+  kRows,          // of a database that stays, as those of one site
+  kSystemCleaner  // what one of Windows' own cleaners takes
 };
 
 // What became of it; in a preview, what would.
@@ -56,6 +57,7 @@ struct RunEntries {
   // What follows is named by that rule; "" ends it.
   void BeginRule(std::string_view name);
   void Add(RunEntry entry);
+  const std::string& RuleInWork() const { return rules[rule_]; }
   // Of the archive in `archives`, for entries; 0 of "".
   uint16_t ArchiveNumber(std::string_view path);
 

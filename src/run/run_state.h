@@ -63,6 +63,7 @@ struct RunState : RemovalOptions, RunTotals {
   std::shared_ptr<RunChoice> Choice;          // what the next run may remove; null: everything
   bool IsPreview = false;                     // nothing is really removed
   bool Hidden = false;                        // nobody is watching: nothing waits for a person
+  bool BySelf = false;                        // it began by itself: somebody need not be there
   double MozillaSpaceFound = 0;               // bytes, since the program started
 
   ProgressBar Progress;                     // as shown last
@@ -70,5 +71,8 @@ struct RunState : RemovalOptions, RunTotals {
   std::shared_ptr<ProtectedPlaces> Places;  // see PlacesOf; likewise
   RunParts Parts;
 };
+
+// Whether somebody watches the run, who can be asked.
+inline bool IsAttended(const RunState& state) { return !state.Hidden && !state.BySelf; }
 
 }  // namespace quellix

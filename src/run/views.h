@@ -51,6 +51,14 @@ struct Commands {
   bool operator==(const Commands&) const = default;
 };
 
+// A program that holds open what a run is about to clean.
+struct ProgramQuestion {
+  std::string program;  // "Google Chrome", or its file's name
+  std::string what;     // is cleaned once it does not run: "Google Chrome, Cookies"
+  std::string told;     // what came of the answer before, a sentence; "" at first
+};
+enum class ProgramAnswer { kClose, kSkip, kRetry };
+
 // What a run shows while it works. Calls are frequent: an implementation keeps them cheap and
 // paints at its own pace, at the latest in Breathe when it is due.
 class RunView {
@@ -69,6 +77,11 @@ class RunView {
   // A question before anything is done, with Yes and No. Never called in a hidden run. Where nobody
   // can answer, as in one, it is Yes.
   virtual bool AskToGoOn(std::string_view question) = 0;
+  // What is to become of a program in the way: it is asked to close, or what it holds stays as it
+  // is, or it is looked for anew. Only asked of a run that somebody watches.
+  virtual ProgramAnswer AskAboutProgram(const ProgramQuestion& /*question*/) {
+    return ProgramAnswer::kSkip;
+  }
   virtual void ShowReport(const RunReport& report) = 0;  // the log window
   // The same of a hidden run, or of one that was stopped: nothing is shown now.
   virtual void KeepReport(const RunReport& /*report*/) {}

@@ -72,7 +72,9 @@ void FrmMain::Open(HWND owner, StartMode mode) {
   if (!problems.empty()) Warn(problems);
   if (mode != StartMode::kNormal) display_.SetStatus("");
   if (engine_.is_loaded() && CleansAtStart(mode, engine_.preferences().startup_clean)) {
+    engine_.state().BySelf = mode == StartMode::kWithWindows;
     Run([this] { engine_.RunCleaning(); });
+    engine_.state().BySelf = false;
   }
 }
 
@@ -150,7 +152,7 @@ bool FrmMain::CanClean() const {
 // What nobody misses until the window has been painted: timers come last.
 void FrmMain::FindPrograms() {
   KillTimer(window(), tmrSettle);
-  items_.list().SetBrowsers(FindBrowsers(machine_));
+  items_.list().SetSections(FindSections(machine_));
   items_.Refresh();
   ShowSummary();
 }
@@ -161,9 +163,10 @@ void FrmMain::OnTimer(UINT_PTR id) {
   if (id != tmrClean) return;
   engine_.auto_clean().Tick([this] { return CanClean(); },
                             [this] {
+                              engine_.state().BySelf = true;
                               engine_.state().Hidden = !IsWindowVisible(window());
                               Run([this] { engine_.RunCleaning(); });
-                              engine_.state().Hidden = false;
+                              engine_.state().Hidden = engine_.state().BySelf = false;
                             });
 }
 

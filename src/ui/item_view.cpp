@@ -113,7 +113,7 @@ void ItemView::OnClick(const NMITEMACTIVATE& click) {
 // As in a tree: to the right what is folded away appears, to the left it goes.
 void ItemView::Fold(WORD key) {
   const int row = view_.FocusedRow();
-  if (row < 0 || list_->At(static_cast<size_t>(row)).browser >= 0) return;
+  if (row < 0 || list_->At(static_cast<size_t>(row)).section >= 0) return;
   list_->SetFolded(list_->At(static_cast<size_t>(row)).group, key == VK_LEFT);
   Refresh();
 }

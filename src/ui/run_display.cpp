@@ -6,6 +6,7 @@
 #include "platform/win32/win32_text.h"
 #include "ui/dialog.h"
 #include "ui/resource.h"
+#include "ui/window_prompts.h"
 
 namespace quellix {
 
@@ -64,6 +65,11 @@ bool RunDisplay::AskBeforeRun(HWND owner, std::string_view question) {
 bool RunDisplay::AskToGoOn(std::string_view question) {
   Flush();
   return AskBeforeRun(Front(), question);
+}
+
+ProgramAnswer RunDisplay::AskAboutProgram(const ProgramQuestion& question) {
+  Flush();
+  return AskAboutProgramBefore(Front(), question);
 }
 
 void RunDisplay::Flush() {

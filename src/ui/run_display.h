@@ -40,6 +40,7 @@ class RunDisplay : public RunView, public ResultsView {
   void ShowLastCleaned(std::string_view text) override { last_cleaned_.assign(text); }
   void ShowCritical(std::string_view text) override;
   bool AskToGoOn(std::string_view question) override;
+  ProgramAnswer AskAboutProgram(const ProgramQuestion& question) override;
   void ShowReport(const RunReport& report) override {
     report_ = report;
     is_kept_only_ = false;

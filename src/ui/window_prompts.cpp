@@ -171,27 +171,65 @@ std::optional<SavePlace> AskWhereToSave(HWND owner, std::span<const FileFilter> 
   return place;
 }
 
-AskedForGood AskForGood(HWND owner, std::string_view question, bool shows) {
-  constexpr int kYes = 100, kShow = 101;
-  const std::wstring text = Wide(question), title = Wide(kApplicationTitle),
-                     verb = L"&" + text.substr(0, text.find(L' '));
-  const TASKDIALOG_BUTTON buttons[] = {{kYes, verb.c_str()}, {kShow, L"&Show what goes..."}};
+namespace {
+
+// The texts must outlive it.
+TASKDIALOGCONFIG TaskDialogOf(HWND owner, std::span<const TASKDIALOG_BUTTON> buttons) {
+  static const std::wstring title = Wide(kApplicationTitle);
   TASKDIALOGCONFIG dialog{};
   dialog.cbSize = sizeof(dialog);
   dialog.hwndParent = owner;
   dialog.dwFlags = TDF_ALLOW_DIALOG_CANCELLATION | TDF_POSITION_RELATIVE_TO_WINDOW;
-  dialog.dwCommonButtons = TDCBF_CANCEL_BUTTON;
   dialog.pszWindowTitle = title.c_str();
   dialog.pszMainIcon = TD_WARNING_ICON;
-  dialog.pszMainInstruction = text.c_str();
-  dialog.cButtons = shows ? 2 : 1;
-  dialog.pButtons = buttons;
-  dialog.nDefaultButton = IDCANCEL;
+  dialog.cButtons = static_cast<UINT>(buttons.size());
+  dialog.pButtons = buttons.data();
+  return dialog;
+}
+
+// The button that was pressed; IDCANCEL also where the dialog cannot be shown.
+int Pressed(const TASKDIALOGCONFIG& dialog) {
   int pressed = IDCANCEL;
-  if (FAILED(TaskDialogIndirect(&dialog, &pressed, nullptr, nullptr))) return AskedForGood::kCancel;
+  return FAILED(TaskDialogIndirect(&dialog, &pressed, nullptr, nullptr)) ? IDCANCEL : pressed;
+}
+
+}  // namespace
+
+AskedForGood AskForGood(HWND owner, std::string_view question, bool shows) {
+  constexpr int kYes = 100, kShow = 101;
+  const std::wstring text = Wide(question), verb = L"&" + text.substr(0, text.find(L' '));
+  const TASKDIALOG_BUTTON buttons[] = {{kYes, verb.c_str()}, {kShow, L"&Show what goes..."}};
+  TASKDIALOGCONFIG dialog = TaskDialogOf(owner, std::span(buttons).first(shows ? 2 : 1));
+  dialog.dwCommonButtons = TDCBF_CANCEL_BUTTON;
+  dialog.pszMainInstruction = text.c_str();
+  dialog.nDefaultButton = IDCANCEL;
+  const int pressed = Pressed(dialog);
   return pressed == kYes    ? AskedForGood::kYes
          : pressed == kShow ? AskedForGood::kShow
                             : AskedForGood::kCancel;
+}
+
+ProgramAnswer AskAboutProgramBefore(HWND owner, const ProgramQuestion& question) {
+  constexpr int kClose = 100, kSkip = 101, kRetry = 102;
+  constexpr TASKDIALOG_BUTTON kButtons[] = {
+      {kClose, L"&Close it"}, {kSkip, L"&Skip"}, {kRetry, L"&Retry"}};
+  const std::wstring heading = Wide(question.program + " is running"),
+                     text = Wide((question.told.empty() ? "" : question.told + "\n\n") +
+                                 "It has to be closed before this is cleaned: " + question.what +
+                                 ".\n\nClose it asks the program to close, as its own close "
+                                 "button does. Skip leaves what it holds as it is.");
+  TASKDIALOGCONFIG dialog = TaskDialogOf(owner, kButtons);
+  dialog.pszMainInstruction = heading.c_str();
+  dialog.pszContent = text.c_str();
+  dialog.nDefaultButton = kSkip;
+  switch (Pressed(dialog)) {
+    case kClose:
+      return ProgramAnswer::kClose;
+    case kRetry:
+      return ProgramAnswer::kRetry;
+    default:
+      return ProgramAnswer::kSkip;
+  }
 }
 
 bool OpenByShell(HWND owner, std::string_view target) {

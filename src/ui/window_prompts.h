@@ -40,6 +40,9 @@ inline bool MayGo(HWND owner, std::string_view question) {
   return question.empty() || AskForGood(owner, question, false) == AskedForGood::kYes;
 }
 
+// A program in the way of a run; Skip is the default, and what closing the box means.
+ProgramAnswer AskAboutProgramBefore(HWND owner, const ProgramQuestion& question);
+
 // Opens a file, folder or address with the program Windows has for it; false when it has none.
 bool OpenByShell(HWND owner, std::string_view target);
 

@@ -37,6 +37,7 @@ TEST_F(VolumeConsoleTest, BadVolumesAndUsersAreToldAndNothingIsTouched) {
       {"no such user", {"--volume", root, "--user", "Nobody"}, kTesterName},
       {"bad drive", {"--volume", root, "--drive", "D=/x"}, "D:=DIR"},
       {"missing drive", {"--volume", root, "--drive", "D:=/no/such/folder"}, "/no/such/folder"}};
+  Expect({"windows", "list"}, 1, {"work only on a running Windows"});
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     StoreMachine(*machine);

@@ -92,7 +92,7 @@ class ChromiumTest : public BrowserFixture {
         choices.push_back(each);
     }
     EXPECT_EQ(problem, "");
-    RunBrowsers(engine.context(), choices);
+    RunOthers(engine.context(), {.browsers = choices});
   }
 };
 

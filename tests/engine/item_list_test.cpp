@@ -170,7 +170,7 @@ class ItemListBrowserTest : public BrowserFixture {
  protected:
   static size_t RowOf(const ItemList& list, int kind) {
     size_t row = 0;
-    while (list.At(row).browser != 0 || list.At(row).kind != kind) ++row;
+    while (list.At(row).section != 0 || list.At(row).line != kind) ++row;
     return row;
   }
   void SetUp() override {
@@ -182,7 +182,7 @@ class ItemListBrowserTest : public BrowserFixture {
     preferences.select_risky = false;
     engine.selection().ApplyProtection(preferences);
     heading = list.RowCount();
-    list.SetBrowsers(FindBrowsers(ports));
+    list.SetSections(FindSections(ports));
     cache = RowOf(list, 0);
   }
   const std::string cached = chrome + "\\Default\\Cache\\Cache_Data\\f_000001";
@@ -191,7 +191,7 @@ class ItemListBrowserTest : public BrowserFixture {
 };
 
 TEST_F(ItemListBrowserTest, BrowsersStandBehindTheItemsAndAreTickedLikeThem) {
-  ASSERT_EQ(list.browsers().size(), 1u) << "Firefox has its items";
+  ASSERT_EQ(list.sections().size(), 1u) << "Firefox has its items";
   EXPECT_EQ(list.Text(heading, ItemColumn::kName), "Google Chrome");
   EXPECT_EQ(list.Text(cache, ItemColumn::kName), "Cache");
   EXPECT_TRUE(list.At(heading).IsHeading());
@@ -238,8 +238,9 @@ TEST_F(ItemListBrowserTest, WhatIsTickedOfABrowserGoesWithARun) {
 TEST_F(ItemListTest, WhoHasNoRightsIsToldWhatNeedsThem) {
   RecordingSession session;
   session.is_administrator = false;
-  const Machine user{ports.files,   ports.registry, ports.shell, ports.url_cache,
-                     ports.profile, ports.system,   session,     ports.program_folder};
+  const Machine user{ports.files,     ports.registry, ports.shell,
+                     ports.url_cache, ports.profile,  ports.system,
+                     session,         ports.cleaners, ports.program_folder};
   ItemList plain(user, engine.selection());
   const size_t row = plain.RowOf(*FindItem("CleanMemDump")).value();
   EXPECT_EQ(plain.Text(row, ItemColumn::kNote), "needs administrator rights");

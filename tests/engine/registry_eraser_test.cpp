@@ -83,8 +83,9 @@ TEST_F(RegistryEraserTest, ATreeAsDeepAsTheyComeIsKeptAndGoes) {
 
 TEST_F(RegistryEraserTest, WhatIsNotStoredCountsAsNotDeleted) {
   UnstoredRegistry unstored(ports.registry);
-  const Machine full{ports.files,   unstored,     ports.shell,   ports.url_cache,
-                     ports.profile, ports.system, ports.session, ports.program_folder};
+  const Machine full{ports.files,     unstored,       ports.shell,
+                     ports.url_cache, ports.profile,  ports.system,
+                     ports.session,   ports.cleaners, ports.program_folder};
   Engine run(full, view);
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   for (const char* name : {"a", "b"}) machine->SetText(kUser, kRunMruKey, name, "x");

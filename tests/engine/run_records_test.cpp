@@ -271,8 +271,9 @@ TEST_F(RunRecordsTest, WithoutReadableSettingsNoRecordGoesAndAStopTakesBackItsCl
 TEST_F(RunRecordsTest, WhoUsesAFileAndWhatTheDrivesSayIsTold) {
   RecordingSession session;
   session.used_path = temp + "locked.tmp";
-  Machine machine_of_user{ports.files,   ports.registry, ports.shell, ports.url_cache,
-                          ports.profile, ports.system,   session,     ports.program_folder};
+  Machine machine_of_user{ports.files,     ports.registry, ports.shell,
+                          ports.url_cache, ports.profile,  ports.system,
+                          session,         ports.cleaners, ports.program_folder};
   Engine other(machine_of_user, view);
   other.selection().SetChecked(*FindItem("CleanTempFiles"), true);
   machine->MakeFile(temp + "locked.tmp", "1");

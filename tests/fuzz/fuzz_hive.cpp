@@ -28,8 +28,9 @@ ScanOutcome Scan(const VolumeFile& file, bool remove) {
   paths.software = file.path();
   VolumeRegistry registry(static_cast<VolumeFileSystem&>(machine.files), paths);
   QuietView view;
-  const Machine fuzzed{machine.files,   registry,       machine.shell,   machine.url_cache,
-                       machine.profile, machine.system, machine.session, machine.program_folder};
+  const Machine fuzzed{machine.files,     registry,         machine.shell,
+                       machine.url_cache, machine.profile,  machine.system,
+                       machine.session,   machine.cleaners, machine.program_folder};
   const auto scan = MakeScan(ScanTool::kFileReferences, fuzzed, view);
   scan->SetThorough(true);
   scan->StartScan();

@@ -27,8 +27,9 @@ class BranchRegistry : public Registry {
   }
   // The machine with this registry.
   Machine On(const Machine& machine) {
-    return {machine.files,   *this,          machine.shell,   machine.url_cache,
-            machine.profile, machine.system, machine.session, machine.program_folder};
+    return {machine.files,         *this,          machine.shell,   machine.url_cache,
+            machine.profile,       machine.system, machine.session, machine.cleaners,
+            machine.program_folder};
   }
 
  private:

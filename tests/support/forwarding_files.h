@@ -140,8 +140,9 @@ class ForwardingFiles : public FileSystem {
 
 // A machine with other files.
 inline Machine WithFiles(const Machine& machine, FileSystem& files) {
-  return {files,           machine.registry, machine.shell,   machine.url_cache,
-          machine.profile, machine.system,   machine.session, machine.program_folder};
+  return {
+      files,          machine.registry, machine.shell,    machine.url_cache,     machine.profile,
+      machine.system, machine.session,  machine.cleaners, machine.program_folder};
 }
 
 }  // namespace quellix

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "platform/error.h"
 #include "platform/session.h"
 #include "support/holds.h"
@@ -12,6 +14,8 @@ struct RecordingSession : Session {
   bool fails = false;
   bool is_administrator = true;
   std::string used_path;  // that two programs have open
+  bool runs_programs = true;
+  std::function<bool()> on_await;  // what a program that was asked to close does; none can be asked
 
   bool ClaimInstance(std::string_view name) override {
     Record("claim " + std::string(name));
@@ -22,6 +26,17 @@ struct RecordingSession : Session {
   std::vector<std::string> ProgramsUsing(const std::string& path) override {
     return path == used_path ? std::vector<std::string>{"Writer", "Viewer"}
                              : std::vector<std::string>{};
+  }
+  bool RunsPrograms() override { return runs_programs; }
+  std::unique_ptr<ClosingPrograms> AskToClose(const ProgramUse& use) override {
+    calls.push_back("close " + std::string(use.file_name.empty() ? use.held : use.file_name));
+    if (!on_await) return nullptr;
+    struct Closing : ClosingPrograms {
+      explicit Closing(RecordingSession& session) : session_(session) {}
+      bool Await() override { return session_.on_await(); }
+      RecordingSession& session_;
+    };
+    return std::make_unique<Closing>(*this);
   }
   void Exit(uint32_t flags, uint32_t reason) override {
     Record("exit " + std::to_string(flags) + " " + std::to_string(reason));

@@ -20,7 +20,9 @@ struct ScriptedView : RunView, ResultsView {
   Names statuses;
   Names criticals, questions;
   bool goes_on = true;  // the answer to each
-  Names items;          // keys, in the order shown
+  std::vector<ProgramQuestion> programs;
+  std::function<ProgramAnswer()> on_program;  // without it they are skipped
+  Names items;                                // keys, in the order shown
   std::vector<ProgressBar> bars;
   Commands commands;
   bool current_item_shown = false;
@@ -47,6 +49,10 @@ struct ScriptedView : RunView, ResultsView {
   bool AskToGoOn(std::string_view question) override {
     questions.emplace_back(question);
     return goes_on;
+  }
+  ProgramAnswer AskAboutProgram(const ProgramQuestion& question) override {
+    programs.push_back(question);
+    return on_program ? on_program() : ProgramAnswer::kSkip;
   }
   void ShowReport(const RunReport& shown) override {
     report = shown;

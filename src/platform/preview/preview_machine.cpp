@@ -9,7 +9,8 @@ PreviewMachine::PreviewMachine(const Machine& inner)
       url_cache_(inner.url_cache, files_),
       profile_(files_, inner.system),
       session_(inner.session),
-      machine_{files_,   registry_,    shell_,   url_cache_,
-               profile_, inner.system, session_, inner.program_folder} {}
+      cleaners_(inner.cleaners),
+      machine_{files_,       registry_, shell_,    url_cache_,          profile_,
+               inner.system, session_,  cleaners_, inner.program_folder} {}
 
 }  // namespace quellix

@@ -19,10 +19,26 @@ class PreviewSession : public Session {
     return inner_.ProgramsUsing(path);
   }
   bool HasAdministratorRights() override { return inner_.HasAdministratorRights(); }
+  bool RunsPrograms() override { return inner_.RunsPrograms(); }
+  std::unique_ptr<ClosingPrograms> AskToClose(const ProgramUse&) override { return nullptr; }
   void Exit(uint32_t, uint32_t) override {}
 
  private:
   Session& inner_;
+};
+
+// Windows' own cleaners, which only look.
+class PreviewSystemCleaners : public SystemCleaners {
+ public:
+  explicit PreviewSystemCleaners(SystemCleaners& inner) : inner_(inner) {}
+
+  std::vector<SystemCleaner> List() override { return inner_.List(); }
+  CleanerFind Use(std::string_view key, CleanerUse, bool is_attended, const Pause& pause) override {
+    return inner_.Use(key, CleanerUse::kLook, is_attended, pause);
+  }
+
+ private:
+  SystemCleaners& inner_;
 };
 
 // Wraps a machine: every read passes through, every change is remembered instead of made, and later
@@ -41,6 +57,7 @@ class PreviewMachine {
   PreviewUrlCache url_cache_;
   IniFiles profile_;
   PreviewSession session_;
+  PreviewSystemCleaners cleaners_;
   Machine machine_;
 };
 

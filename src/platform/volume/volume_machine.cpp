@@ -61,7 +61,8 @@ void VolumeMachine::OpenDrives(const VolumeOptions& options) {
 
 Machine VolumeMachine::machine() {
   const std::string program_folder = std::string(1, kSettingsDrive) + ":";
-  return {*files_, *registry_, *shell_, url_cache_, *profile_, *system_, session_, program_folder};
+  return {*files_,  *registry_, *shell_,   url_cache_,    *profile_,
+          *system_, session_,   cleaners_, program_folder};
 }
 
 }  // namespace quellix

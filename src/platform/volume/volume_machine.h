@@ -9,6 +9,7 @@
 #include "platform/volume/volume_session.h"
 #include "platform/volume/volume_shell.h"
 #include "platform/volume/volume_system.h"
+#include "platform/volume/volume_system_cleaners.h"
 #include "platform/volume/volume_url_cache.h"
 
 namespace quellix {
@@ -41,6 +42,7 @@ class VolumeMachine {
   std::optional<VolumeShell> shell_;
   VolumeUrlCache url_cache_;
   VolumeSession session_;
+  VolumeSystemCleaners cleaners_;
   std::optional<IniFiles> profile_;
 };
 

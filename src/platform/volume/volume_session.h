@@ -13,6 +13,8 @@ class VolumeSession : public Session {
   // Of a volume its mount decides.
   bool HasAdministratorRights() override { return true; }
   std::vector<std::string> ProgramsUsing(const std::string&) override { return {}; }
+  bool RunsPrograms() override { return false; }
+  std::unique_ptr<ClosingPrograms> AskToClose(const ProgramUse&) override { return nullptr; }
   void Exit(uint32_t, uint32_t) override { Refuse(); }
 
  private:

@@ -8,6 +8,7 @@
 #include "platform/win32/win32_session.h"
 #include "platform/win32/win32_shell.h"
 #include "platform/win32/win32_system.h"
+#include "platform/win32/win32_system_cleaners.h"
 #include "platform/win32/win32_url_cache.h"
 
 namespace quellix {
@@ -21,7 +22,8 @@ class Win32Machine {
   Win32Machine& operator=(const Win32Machine&) = delete;
 
   Machine machine() {
-    return {files_, registry_, shell_, url_cache_, profile_, system_, session_, program_folder_};
+    return {files_,  registry_, shell_,    url_cache_,     profile_,
+            system_, session_,  cleaners_, program_folder_};
   }
 
  private:
@@ -33,6 +35,7 @@ class Win32Machine {
   Win32UrlCache url_cache_;
   Win32System system_;
   Win32Session session_;
+  Win32SystemCleaners cleaners_;
   IniFiles profile_{files_, system_};
 };
 

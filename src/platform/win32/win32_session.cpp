@@ -1,58 +1,13 @@
 #include "platform/win32/win32_session.h"
 
-#include <restartmanager.h>
-
 #include <algorithm>
-#include <span>
 
 #include "platform/error.h"
-#include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_error.h"
+#include "platform/win32/win32_programs.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
-namespace {
-
-LazyLibrary restart_manager(L"rstrtmgr.dll");
-
-template <typename Function>
-Function FindRm(const char* name) {
-  return restart_manager.Find<Function>(name);
-}
-
-// Without those named twice, as the processes of a browser are.
-std::vector<std::string> NamesOf(std::span<const RM_PROCESS_INFO> programs) {
-  std::vector<std::string> names;
-  for (const RM_PROCESS_INFO& program : programs) {
-    std::string name = Narrow(program.strAppName);
-    if (std::ranges::count(names, name) == 0) names.push_back(std::move(name));
-  }
-  return names;
-}
-
-std::vector<std::string> AskRestartManager(const std::wstring& path) {
-  const auto start = FindRm<decltype(&RmStartSession)>("RmStartSession");
-  const auto add = FindRm<decltype(&RmRegisterResources)>("RmRegisterResources");
-  const auto list = FindRm<decltype(&RmGetList)>("RmGetList");
-  const auto end = FindRm<decltype(&RmEndSession)>("RmEndSession");
-  DWORD session = 0;
-  WCHAR key[CCH_RM_SESSION_KEY + 1] = {};
-  if (start(&session, 0, key) != ERROR_SUCCESS) return {};
-  std::vector<RM_PROCESS_INFO> programs(10);
-  LPCWSTR file = path.c_str();
-  UINT needed = 0, count = 0;
-  DWORD code = add(session, 1, &file, 0, nullptr, 0, nullptr), reasons = 0;
-  for (int tries = 0; tries < 3 && (tries == 0 || code == ERROR_MORE_DATA); ++tries) {
-    programs.resize(std::max<size_t>(programs.size(), needed));
-    count = static_cast<UINT>(programs.size());
-    if (code == ERROR_SUCCESS || code == ERROR_MORE_DATA)
-      code = list(session, &needed, &count, programs.data(), &reasons);
-  }
-  end(session);
-  return code == ERROR_SUCCESS ? NamesOf({programs.data(), count}) : std::vector<std::string>();
-}
-
-}  // namespace
 
 // Names below Local\ belong to one session. One that another user's process made there may not be
 // opened, but it is there.
@@ -94,12 +49,17 @@ bool Win32Session::HasAdministratorRights() {
          CheckTokenMembership(nullptr, administrators, &is_member) && is_member;
 }
 
+// Without those named twice, as the processes of a browser are.
 std::vector<std::string> Win32Session::ProgramsUsing(const std::string& path) {
-  try {
-    return AskRestartManager(Wide(path));
-  } catch (const Error&) {  // a Windows without it
-    return {};
+  std::vector<std::string> names;
+  for (const ProcessUsing& process : ProcessesUsing(path)) {
+    if (std::ranges::count(names, process.name) == 0) names.push_back(process.name);
   }
+  return names;
+}
+
+std::unique_ptr<ClosingPrograms> Win32Session::AskToClose(const ProgramUse& use) {
+  return AskProgramsToClose(use);
 }
 
 void Win32Session::Exit(uint32_t flags, uint32_t reason) {

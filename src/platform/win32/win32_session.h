@@ -10,8 +10,10 @@ class Win32Session : public Session {
   bool ClaimInstance(std::string_view name) override;
   void EnablePrivilege(std::string_view name) override;
   bool HasAdministratorRights() override;
-  // Asks the Restart Manager, which came with Windows Vista.
+  // Both ask the Restart Manager, which came with Windows Vista, who has a file open.
   std::vector<std::string> ProgramsUsing(const std::string& path) override;
+  std::unique_ptr<ClosingPrograms> AskToClose(const ProgramUse& use) override;
+  bool RunsPrograms() override { return true; }
   void Exit(uint32_t flags, uint32_t reason) override;
 
  private:

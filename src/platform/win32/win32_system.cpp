@@ -1,12 +1,11 @@
 #include "platform/win32/win32_system.h"
 
 #include <windows.h>
-// Needs the types of windows.h.
-#include <tlhelp32.h>
 
 #include "platform/path.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_file_time.h"
+#include "platform/win32/win32_programs.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
@@ -98,22 +97,7 @@ bool Win32System::IsServiceRunning(std::string_view name) {
          status.dwCurrentState == SERVICE_RUNNING;
 }
 
-bool Win32System::IsProgramRunning(std::string_view name) {
-  const std::wstring wide = Wide(name);
-  DWORD session = 0;
-  ProcessIdToSessionId(GetCurrentProcessId(), &session);
-  const UniqueFile processes(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-  PROCESSENTRY32W process{};
-  process.dwSize = sizeof process;
-  for (BOOL more = Process32FirstW(processes.Get(), &process); more;
-       more = Process32NextW(processes.Get(), &process)) {
-    if (lstrcmpiW(process.szExeFile, wide.c_str()) != 0) continue;
-    DWORD its_session = session;  // one that is not told may be this one
-    ProcessIdToSessionId(process.th32ProcessID, &its_session);
-    if (its_session == session) return true;
-  }
-  return false;
-}
+bool Win32System::IsProgramRunning(std::string_view name) { return !ProcessesNamed(name).empty(); }
 
 std::vector<Drive> Win32System::Drives() {
   std::vector<Drive> drives;

@@ -2,6 +2,8 @@
 
 #include "platform/error.h"
 #include "platform/win32/win32_session.h"
+#include "platform/win32/win32_text.h"
+#include "support/embedded_win32.h"
 #include "support/test_machine.h"
 
 namespace quellix {
@@ -30,6 +32,28 @@ std::optional<DWORD> PrivilegeAttributes(const wchar_t* name) {
 TEST(Win32SessionTest, AProgramThatRunsIsKnownByTheNameOfItsFile) {
   const auto machine = TestMachine::Create();
   EXPECT_TRUE(machine->machine().system.IsProgramRunning("Contract_Tests.EXE"));
+}
+
+TEST(Win32SessionTest, AProgramIsAskedToCloseAndMayRefuse) {
+  const auto machine = TestMachine::Create();
+  Win32Session session;
+  const std::string path = machine->Scratch() + "qxprogram.exe";
+  Unpack(L"window_program", Wide(path));
+  EXPECT_FALSE(session.AskToClose({.file_name = "qxprogram.exe"})) << "it does not run yet";
+  EXPECT_FALSE(session.AskToClose({.file_name = "contract_tests.exe"})) << "nor ourselves";
+  EXPECT_FALSE(session.AskToClose({.held = path}));
+  {
+    const UnpackedProgram refusing(Wide(path), L"refuses");
+    const auto closing = session.AskToClose({.file_name = "QxProgram.exe"});
+    ASSERT_TRUE(closing);
+    EXPECT_FALSE(closing->Await() || closing->Await() || refusing.HasEnded());
+  }
+  const UnpackedProgram polite(Wide(path));
+  const auto closing = session.AskToClose({.file_name = "QxProgram.exe"});
+  ASSERT_TRUE(closing);
+  while (!closing->Await()) {
+  }
+  EXPECT_TRUE(polite.HasEnded());
 }
 
 TEST(Win32SessionTest, OneOfSeveralIsTheRunningInstanceUntilItEnds) {

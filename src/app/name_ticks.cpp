@@ -1,16 +1,10 @@
-#include "app/browser_ticks.h"
+#include "app/name_ticks.h"
 
 #include "platform/text.h"
 #include "settings/list_files.h"
 
 namespace quellix {
-namespace {
-
-constexpr std::string_view kFile = "Browsers.txt";
-
-}  // namespace
-
-void BrowserTicks::SetTicked(std::string_view name, bool ticked) {
+void NameTicks::SetTicked(std::string_view name, bool ticked) {
   if (ticked) {
     ticked_.emplace(name);
   } else if (const auto found = ticked_.find(name); found != ticked_.end()) {
@@ -18,17 +12,17 @@ void BrowserTicks::SetTicked(std::string_view name, bool ticked) {
   }
 }
 
-void BrowserTicks::Load(const Machine& machine) {
-  for (const std::string& line : ReadListFile(machine, kFile)) {
+void NameTicks::Load(const Machine& machine) {
+  for (const std::string& line : ReadListFile(machine, file_)) {
     const std::string_view name = TrimBlanks(line);
     if (!name.empty()) ticked_.emplace(name);
   }
   stored_ = ticked_;
 }
 
-void BrowserTicks::Save(const Machine& machine) {
+void NameTicks::Save(const Machine& machine) {
   if (ticked_ == stored_) return;
-  WriteListFile(machine, kFile, {ticked_.begin(), ticked_.end()});
+  WriteListFile(machine, file_, {ticked_.begin(), ticked_.end()});
   stored_ = ticked_;
 }
 
