@@ -172,17 +172,25 @@ std::string WhyUnknown(const RecipeLists& lists, const std::string& name) {
   Names names;
   for (const ListedRecipe& recipe : lists.recipes) names.push_back(recipe.name);
   const std::string nearest = Nearest(name, names);
+  if (!lists.problems.empty()) return lists.problems[0];
   return "no list has a recipe \"" + name + "\"." +
          (nearest.empty() ? "" : " Did you mean \"" + nearest + "\"?");
+}
+
+std::string WhyUnseen(const ListedRecipe& recipe) {
+  return recipe.name + " is carried out once its preview was seen: quellixctl recipes preview \"" +
+         recipe.name + "\"";
 }
 
 int Process(const Names& names, const ReportOptions& options, const Machine& machine,
             RunKind kind) {
   const RecipeLists lists = modPlugin::LoadRecipeLists(machine);
+  const RecipeTicks ticks = LoadTicks(machine);
   std::vector<NamedRecipe> recipes;
   for (const std::string& name : names) {
     const ListedRecipe* recipe = lists.Find(name);
     if (recipe == nullptr) return Fail(WhyUnknown(lists, name), kWrongUsage);
+    if (kind == RunKind::kReal && !ticks.IsSeen(*recipe)) return Fail(WhyUnseen(*recipe), kFailed);
     recipes.push_back({recipe->name, [recipe](CleaningContext& context) {
                          if (modPlugin::RunListed(context, *recipe)) return;
                          context.state.RunLog += modPlugin::kNotFoundHere;
@@ -200,10 +208,7 @@ void Tell(const ListedRecipe& recipe, const RecipeTicks& ticks) {
   if (!recipe.warning.empty()) {
     std::cout << recipe.name << ": its author warns: " << recipe.warning << "\n";
   }
-  if (!ticks.IsSeen(recipe)) {
-    std::cout << recipe.name << " is carried out once its preview was seen: quellixctl recipes "
-              << "preview \"" << recipe.name << "\"\n";
-  }
+  if (!ticks.IsSeen(recipe)) std::cout << WhyUnseen(recipe) << "\n";
 }
 
 int Switch(const Names& names, const Machine& machine, bool on) {

@@ -216,6 +216,7 @@ Collected ProcessRecords(CleaningContext& context, const Plugin& plugin) {
   if (!collected.is_found) return collected;
   const Exclusions exclusions(context.machine, plugin.exclusions, PauseOf(context));
   if (!MayRun(context, plugin, exclusions) || context.state.AbortRequested) return collected;
+  collected.is_carried_out = true;
   for (const IniEntry& entry : plugin.ini) ProcessIni(context, entry);
   for (std::span<const FileEntry> rest = plugin.files; !rest.empty();) {
     const auto other = std::ranges::find_if_not(

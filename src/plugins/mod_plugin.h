@@ -25,6 +25,7 @@ struct EmptiedFolder {
 
 struct Collected {
   bool is_found = true;         // whether the recipe has something to do here
+  bool is_carried_out = false;  // and nothing kept it from that
   std::vector<FileList> lists;  // folder by folder
   std::vector<EmptiedFolder> emptied;
 };

@@ -66,7 +66,7 @@ const std::vector<Row>& Rows() {
        {"Cookies", "INetCookies"}}};
   return rows;
 }
-constexpr size_t kPasswordsRow = 1, kOwnFoldersRow = 6;
+constexpr size_t kPasswordsRow = 1, kStoresRow = 3, kOwnFoldersRow = 6;
 
 // What lies in a profile of a user, or in that of all.
 constexpr std::string_view kOwnFolders[] = {
@@ -75,7 +75,10 @@ constexpr std::string_view kOwnFolders[] = {
     "ONEDRIVE",    "DOWNLOADS",    "CONTACTS",  "SAVED GAMES", "3D OBJECTS"};
 
 // Folders that hold profiles of browsers, and those that hold such folders.
-constexpr std::string_view kHoldsProfiles[] = {"USER DATA", "PROFILES"};
+constexpr std::string_view kHoldsProfiles[] = {"USER DATA", "PROFILES", "OPERA SOFTWARE"};
+// How the folders of their channels begin.
+constexpr std::string_view kChannels[] = {"CHROME",        "CHROMIUM", "EDGE",
+                                          "BRAVE-BROWSER", "OPERA",    "VIVALDI"};
 constexpr std::string_view kHoldsBrowsers[] = {
     "USER DATA", "PROFILES",  "FIREFOX",      "MOZILLA",       "THUNDERBIRD",   "CHROME",
     "GOOGLE",    "EDGE",      "CHROMIUM",     "BRAVE-BROWSER", "VIVALDI",       "BRAVESOFTWARE",
@@ -120,6 +123,11 @@ Bits Find(const Index& index, const std::string& upper) {
   return bits;
 }
 
+bool IsOwn(const std::string& name) {
+  return std::ranges::any_of(kOwnFolders,
+                             [&](std::string_view own) { return MatchesMask(own, name); });
+}
+
 Bits BitsOfFolders(const std::vector<std::string>& folders) {
   static const Index index = IndexOf(&Row::folders);
   Bits bits = 0;
@@ -131,17 +139,47 @@ Bits BitsOfFolders(const std::vector<std::string>& folders) {
       !folders.empty() && (folders[0] == "%USERPROFILE%" || folders[0] == "%PUBLIC%");
   const bool in_users = folders.size() > 3 && folders[1] == "USERS";
   const size_t own = in_home ? 1 : 3;
-  if ((in_home || in_users) && folders.size() > own && IsOneOf(kOwnFolders, folders[own])) {
-    bits |= 1u << kOwnFoldersRow;
-  }
+  const bool is_own = (in_home || in_users) && folders.size() > own && IsOwn(folders[own]);
+  if (is_own || (!folders.empty() && folders[0] == "%ONEDRIVE%")) bits |= 1u << kOwnFoldersRow;
   return bits;
 }
 
+bool IsOnlyWild(std::string_view name) { return name.find_first_not_of("*?.") == name.npos; }
+
 // Whether files are taken from profiles of browsers, whatever those are called.
 bool IsProfile(const std::vector<std::string>& folders, bool recurse) {
-  const size_t count = folders.size();
-  return (count > 1 && IsOneOf(kHoldsProfiles, folders[count - 2])) ||
-         (count > 0 && recurse && IsOneOf(kHoldsBrowsers, folders[count - 1]));
+  if (folders.empty()) return false;
+  const std::string& last = folders.back();
+  const auto begins = [&last](std::string_view channel) {
+    return last.starts_with(channel) || (HasNameWildcards(last) && MatchesMask(channel, last));
+  };
+  if (recurse && (IsOneOf(kHoldsBrowsers, last) || std::ranges::any_of(kChannels, begins))) {
+    return true;
+  }
+  size_t at = folders.size() - 1;  // of the profile itself
+  while (at > 1 && IsOnlyWild(folders[at]) && !IsOneOf(kHoldsProfiles, folders[at - 1])) --at;
+  if (at > 1 && folders[at] == "DEFAULT") return IsOneOf(kHoldsProfiles, folders[at - 1]);
+  return at > 0 && IsOneOf(kHoldsProfiles, folders[at - 1]);
+}
+
+// What holds stores of sites or programs and is taken with all below.
+Bits BitsOfWhole(const std::vector<std::string>& folders, const FileEntry& entry) {
+  const bool is_all = entry.recurse && IsOnlyWild(NamePart(entry.location));
+  const bool is_store =
+      !folders.empty() && (folders.back() == "STORAGE" || folders.back() == "LOCALSTATE");
+  return is_all && is_store ? 1u << kStoresRow : 0;
+}
+
+// The names of a path as it is carried out, in upper case.
+std::vector<std::string> NamesOf(std::string_view folder) {
+  std::string path = UpCase(folder);
+  std::ranges::replace(path, '/', '\\');
+  std::vector<std::string> names = Split(path, '\\');
+  for (std::string& name : names) {
+    if (!HasNameWildcards(name)) name.erase(name.find_last_not_of(". ") + 1);
+  }
+  std::erase(names, "");
+  return names;
 }
 
 Bits BitsOfMask(const std::string& mask, bool in_profile) {
@@ -163,10 +201,11 @@ Bits BitsOf(const std::vector<FileEntry>& files) {
   for (const FileEntry& entry : files) {
     if (FolderPart(entry.location) != folder) {
       folder = FolderPart(entry.location);
-      folders = Split(UpCase(WithoutBackslash(folder)), '\\');
+      folders = NamesOf(folder);
       bits |= BitsOfFolders(folders);
     }
     bits |= BitsOfMask(UpCase(NamePart(entry.location)), IsProfile(folders, entry.recurse));
+    bits |= BitsOfWhole(folders, entry);
   }
   return bits;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <unordered_set>
 
 #include "platform/path.h"
 #include "plugins/plugin_places.h"
@@ -21,10 +22,7 @@ class RecipeJudge {
   Judgement Run() {
     for (const Remark& remark : recipe_.remarks) Note(remark.text, remark.is_fault);
     LookAtExclusions();
-    for (const Detection& detection : recipe_.plugin.detections) {
-      const std::string fault = FaultOf(machine_, detection);
-      if (!fault.empty()) Note(fault, true);
-    }
+    LookAtDetections();
     for (const FileEntry& entry : recipe_.plugin.files) LookAtFiles(entry);
     for (const RegistryEntry& entry : recipe_.plugin.registry) LookAtKey(entry);
     return {Standing(), std::move(remarks_)};
@@ -34,8 +32,7 @@ class RecipeJudge {
   modPlugin::Standing Standing() {
     using enum modPlugin::Standing;
     if (is_unclear_) return kNotUnderstood;
-    if (carried_ == 0 && refused_ == 0 && remarks_.empty())
-      Note("It names nothing that goes.", true);
+    if (carried_ + refused_ + not_understood_ == 0) Note("It names nothing that goes.", true);
     if (carried_ == 0) return refused_ > 0 ? kRefused : kNotUnderstood;
     return refused_ + not_understood_ > 0 ? kPart : kWhole;
   }
@@ -46,7 +43,7 @@ class RecipeJudge {
   }
   // Masks of one key that are refused together are told once.
   void Say(std::string text) {
-    if (std::ranges::find(remarks_, text) == remarks_.end()) remarks_.push_back(std::move(text));
+    if (said_.insert(text).second) remarks_.push_back(std::move(text));
   }
 
   void LookAtExclusions() {
@@ -55,6 +52,20 @@ class RecipeJudge {
     const Exclusions exclusions(machine_, recipe_.plugin.exclusions);
     for (const std::string& refusal : exclusions.refusals()) Say(refusal);
     is_unclear_ = is_unclear_ || !exclusions.refusals().empty();
+  }
+
+  // It never runs where none of its places can be looked for, or its versions mean nothing.
+  void LookAtDetections() {
+    size_t places = 0, faulty = 0;
+    for (const Detection& detection : recipe_.plugin.detections) {
+      const std::string fault = FaultOf(machine_, detection);
+      const bool is_version = detection.kind == Detection::Kind::kVersion;
+      if (!fault.empty()) Note(fault, true);
+      is_unclear_ = is_unclear_ || (is_version && !fault.empty());
+      places += !is_version;
+      faulty += !is_version && !fault.empty();
+    }
+    is_unclear_ = is_unclear_ || (places > 0 && places == faulty);
   }
 
   bool MeansFolders(const FileEntry& entry) const {
@@ -85,6 +96,7 @@ class RecipeJudge {
   ProtectedPlaces& places_;
   const ListedRecipe& recipe_;
   std::vector<std::string> remarks_;
+  std::unordered_set<std::string> said_;
   size_t carried_ = 0, refused_ = 0, not_understood_ = 0;
   bool is_unclear_ = false;  // what is to be left is not known
 };

@@ -87,13 +87,22 @@ std::string LongKey(const std::string& key) {
   return std::string(name) + key.substr(end);
 }
 
-// A key has no wildcards; only classes have a key of that name.
+// A key has no wildcards; only directly below the classes there is one of that name.
 bool HasWildcard(std::string_view key) {
-  for (const std::string_view classes : {"HKEY_CLASSES_ROOT\\*", "\\Classes\\*"}) {
-    if (ContainsNoCase(key, classes)) return false;
+  size_t star = key.find('*');
+  if (star == key.npos) return false;
+  const std::string above = UpCase(key.substr(0, star)) + "|";
+  const bool is_name = star + 1 == key.size() || key[star + 1] == '\\';
+  if (is_name && (above == "HKEY_CLASSES_ROOT\\|" || above.ends_with("\\CLASSES\\|"))) {
+    star = key.find('*', star + 1);
   }
-  return key.find('*') != key.npos;
+  return star != key.npos;
 }
+
+// A variable that no name of a file has; one would be taken as it stands.
+bool HasVariable(std::string_view name) { return std::ranges::count(name, '%') > 1; }
+
+bool IsControl(unsigned char c) { return c < ' '; }
 
 // Reads the keys of one entry, each as records of a plug-in.
 class EntryReader {
@@ -110,17 +119,20 @@ class EntryReader {
     const auto known = std::ranges::find_if(
         kKinds, [kind](const auto& row) { return EqualsNoCase(row.first, kind); });
     if (known == std::end(kKinds)) return Unknown(key.name);
-    std::string why;
-    if (key.value.empty()) {
+    std::string value(key.value), why;
+    const bool has_control = std::ranges::any_of(value, IsControl);
+    std::ranges::replace_if(value, IsControl, ' ');
+    const bool only_tells = known - kKinds >= kFirstThatTells;
+    if (value.empty()) {
       why = "it says nothing";
-    } else if (std::ranges::any_of(key.value, [](unsigned char c) { return c < ' '; })) {
+    } else if (has_control && !only_tells) {
       why = "it holds a control character";
     } else {
-      why = (this->*known->second)(std::string(key.value));
+      why = (this->*known->second)(value);
     }
     if (why.empty()) return;
-    if (known->second == &EntryReader::ReadExclude) Add({"X", "?", "?"});
-    Remark(true, std::string(key.name).append("=").append(key.value) + ": " + why + ".");
+    Block(known->first);
+    Remark(!only_tells, std::string(key.name) + "=" + value + ": " + why + ".");
   }
 
   // A line that is no key at all.
@@ -148,6 +160,7 @@ class EntryReader {
   // Each adds records, or says why it adds none: a clause.
   using Reading = std::string (EntryReader::*)(const std::string& value);
   static const std::pair<std::string_view, Reading> kKinds[11];
+  static constexpr ptrdiff_t kFirstThatTells = 7;  // the others name what goes, stays or is there
 
   void Add(std::initializer_list<std::string_view> fields) {
     std::string line;
@@ -162,11 +175,19 @@ class EntryReader {
     recipe_.remarks.push_back({line_, is_fault, std::move(text)});
   }
 
-  // What it is to leave nobody knows.
-  void Unknown(std::string_view name) {
-    const bool excludes = EqualsNoCase(name.substr(0, 7), "Exclude");
+  // What it is to leave, or whether it is to run here, nobody knows: a record that never holds.
+  // Whether there was something to block.
+  bool Block(std::string_view kind) {
+    const bool excludes = EqualsNoCase(kind.substr(0, 7), "Exclude");
+    const bool detects = ContainsNoCase(kind, "Detect");
     if (excludes) Add({"X", "?", "?"});
-    Remark(excludes, std::string(name) + " is no key of such a list.");
+    if (detects && EqualsNoCase(kind, "DetectOS")) Add({"T", "Version", "?", "?"});
+    if (detects && !EqualsNoCase(kind, "DetectOS")) Add({"T", "File", "?"});
+    return excludes || detects;
+  }
+
+  void Unknown(std::string_view name) {
+    Remark(Block(name), std::string(name) + " is no key of such a list.");
   }
 
   std::string Ignore(const std::string&) { return {}; }
@@ -244,7 +265,7 @@ class EntryReader {
     const auto is = [&](std::string_view kind) { return EqualsNoCase(fields[0], kind); };
     if (is("REG")) {
       const std::string key = LongKey(fields[1]);
-      if (key.empty() || HasWildcard(key)) return "it is no registry key";
+      if (key.empty() || HasWildcard(key) || fields.size() > 2) return "it is no registry key";
       Add({"X", "Key", key});
       return {};
     }
@@ -255,7 +276,9 @@ class EntryReader {
   std::string ExcludeFiles(bool below, const Fields& fields) {
     const std::string_view kind = below ? "Path" : "File";
     const std::string folder = PathOf(fields[1]);
+    if (fields.size() > 3) return "it says more than is known";
     if (fields.size() == 2 && !below && !folder.ends_with('\\')) {
+      if (HasVariable(NamePart(folder))) return "it names no file";
       Add({"X", kind, folder});
       return {};
     }
@@ -270,7 +293,7 @@ class EntryReader {
     Fields masks = FieldsOf(text, ';');
     std::erase(masks, "");
     const auto is_bad = [](const std::string& mask) {
-      return !MayBeFileName(mask) || mask.find('\\') != mask.npos;
+      return !MayBeFileName(mask) || mask.find('\\') != mask.npos || HasVariable(mask);
     };
     return std::ranges::any_of(masks, is_bad) ? Fields() : masks;
   }
@@ -304,8 +327,7 @@ std::string NameOfHead(std::string_view line) {
   std::string_view name = TrimBlanks(line.substr(0, line.rfind(']')));
   if (name.ends_with('*')) name = TrimBlanks(name.substr(0, name.size() - 1));
   std::string text(name);
-  std::ranges::replace_if(
-      text, [](unsigned char c) { return c < ' '; }, ' ');
+  std::ranges::replace_if(text, IsControl, ' ');
   return text.empty() ? "Without a name" : text;
 }
 
@@ -315,8 +337,13 @@ class Names {
   std::string Unique(const std::string& name) {
     size_t& times = times_[UpCase(name)];
     if (++times == 1) return name;
-    std::string other = name + " (" + std::to_string(times) + ")";
-    return times_.contains(UpCase(other)) ? Unique(name) : (++times_[UpCase(other)], other);
+    std::string other;
+    do {
+      other = name + " (" + std::to_string(times++) + ")";
+    } while (times_.contains(UpCase(other)));
+    --times;
+    times_[UpCase(other)] = 1;
+    return other;
   }
 
  private:

@@ -38,9 +38,9 @@ void RunTicked(CleaningContext& context, const ListedRecipe& recipe, const Recip
 bool RunListed(CleaningContext& context, const ListedRecipe& recipe) {
   context.state.Entries->BeginRule(recipe.name);
   Collected collected = ProcessRecords(context, recipe.plugin);
-  const bool is_found = collected.is_found;
+  const bool is_found = collected.is_found, is_carried_out = collected.is_carried_out;
   RemoveCollected(context, std::move(collected));
-  if (is_found && context.state.IsPreview && !context.state.AbortRequested) {
+  if (is_carried_out && context.state.IsPreview && !context.state.AbortRequested) {
     context.state.Parts.Get<ShownRecipes>().all.emplace_back(recipe.name, FingerprintOf(recipe));
   }
   return is_found;
@@ -57,10 +57,11 @@ void RunTickedRecipes(CleaningContext& context) {
   if (ticks.Ticked().empty()) return;
   const RecipeLists lists = LoadRecipeLists(context.machine);
   for (const std::string& problem : lists.problems) Log(context, problem);
+  context.state.SomeErrors = context.state.SomeErrors || !lists.problems.empty();
   for (const std::string& name : ticks.Ticked()) {
     if (const ListedRecipe* recipe = lists.Find(name)) {
       RunTicked(context, *recipe, ticks);
-    } else {
+    } else if (lists.problems.empty()) {
       Log(context, name + " is in no list of recipes any more.");
     }
     if (context.state.AbortRequested) return;

