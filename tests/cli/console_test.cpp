@@ -211,6 +211,10 @@ TEST_F(ConsoleTest, AListsRecipeIsSeenTickedAndProcessed) {
   Expect({"recipes", "disable", "One"}, 0);
   keep(one);
   machine->MakeFile(file, "123");
+  Expect({"recipes", "preview", "One"}, 0);
+  keep(one + "Warning=\tNew\r\n");
+  Expect({"recipes", "process", "One"}, 1, {"One is carried out once its preview was seen"});
+  keep(one);
   for (const char* outcome : {"1 Space Gained: 3", "0 Space Gained: 0"}) {
     EXPECT_EQ(Run({"recipes", "process", "One"}).output,
               std::string("Files Deleted: ") + outcome + " Bytes\n");

@@ -236,7 +236,7 @@ TEST_F(RecipeListTest, HowMuchIsCarriedOutIsTold) {
        "it is no registry key."},
       {"FileKey1=%AppData%\\Qx|*.*/Detect=HKXX\\a", kNotUnderstood, "it is no registry key."},
       {"FileKey1=%AppData%\\Qx|*.*/DetectFile=", kNotUnderstood, "it says nothing."},
-      {"FileKey1=%AppData%\\Qx|*.*/DetectX=1/Detect=HKCU\\Software", kWhole,
+      {"FileKey1=%AppData%\\Qx|*.*/DetectX=1/Detect=HKCU\\Software", kPart,
        "DetectX is no key of such a list."},
       {"FileKey1=%AppData%\\Qx|*.*/ExcludeKey1=PATH|%AppData%\\Qx|a|b", kNotUnderstood,
        "it says more than is known."},
