@@ -53,14 +53,15 @@ class ListedFiles : public FileSystem {
 
   const Listing& ListingOf(std::string_view folder) {
     const auto [place, is_new] = listings_.try_emplace(UpCase(folder));
-    if (!is_new) return place->second;
-    place->second.emplace();
-    const bool is_listed = inner_.Enumerate(folder, Detail::kKind, [&](const Entry& entry) {
-      place->second->try_emplace(UpCase(entry.name), entry.info);
+    Listing& listing = place->second;
+    if (!is_new) return listing;
+    listing.emplace();
+    const bool is_listed = inner_.Enumerate(folder, Detail::kKind, [&listing](const Entry& entry) {
+      listing->try_emplace(UpCase(entry.name), entry.info);
       return true;
     });
-    if (!is_listed) place->second.reset();
-    return place->second;
+    if (!is_listed) listing.reset();
+    return listing;
   }
 
   FileSystem& inner_;
