@@ -47,10 +47,6 @@ std::string WhyNotEdited(const Machine& machine, ProtectedPlaces& places, const 
   }
 }
 
-bool FitsAnything(std::string_view mask) {
-  return HasNameWildcards(mask) && mask.find_first_not_of("*?.") == mask.npos;
-}
-
 // Each folder of a folder with all that is in it would be that folder by another name, and so would
 // each folder of those.
 std::string WhyNotAll(const Machine& machine, ProtectedPlaces& places, const FileEntry& entry,

@@ -144,8 +144,6 @@ Bits BitsOfFolders(const std::vector<std::string>& folders) {
   return bits;
 }
 
-bool IsOnlyWild(std::string_view name) { return name.find_first_not_of("*?.") == name.npos; }
-
 // Whether files are taken from profiles of browsers, whatever those are called.
 bool IsProfile(const std::vector<std::string>& folders, bool recurse) {
   if (folders.empty()) return false;
@@ -157,28 +155,26 @@ bool IsProfile(const std::vector<std::string>& folders, bool recurse) {
     return true;
   }
   size_t at = folders.size() - 1;  // of the profile itself
-  while (at > 1 && IsOnlyWild(folders[at]) && !IsOneOf(kHoldsProfiles, folders[at - 1])) --at;
-  if (at > 1 && folders[at] == "DEFAULT") return IsOneOf(kHoldsProfiles, folders[at - 1]);
+  while (at > 1 && FitsAnything(folders[at]) && !IsOneOf(kHoldsProfiles, folders[at - 1])) --at;
   return at > 0 && IsOneOf(kHoldsProfiles, folders[at - 1]);
 }
 
 // What holds stores of sites or programs and is taken with all below.
 Bits BitsOfWhole(const std::vector<std::string>& folders, const FileEntry& entry) {
-  const bool is_all = entry.recurse && IsOnlyWild(NamePart(entry.location));
+  const bool is_all = entry.recurse && FitsAnything(NamePart(entry.location));
   const bool is_store =
       !folders.empty() && (folders.back() == "STORAGE" || folders.back() == "LOCALSTATE");
   return is_all && is_store ? 1u << kStoresRow : 0;
 }
 
-// The names of a path as it is carried out, in upper case.
+// The names of a path in upper case, as it is carried out; none where it never is.
 std::vector<std::string> NamesOf(std::string_view folder) {
   std::string path = UpCase(folder);
   std::ranges::replace(path, '/', '\\');
-  std::vector<std::string> names = Split(path, '\\');
-  for (std::string& name : names) {
-    if (!HasNameWildcards(name)) name.erase(name.find_last_not_of(". ") + 1);
-  }
-  std::erase(names, "");
+  const auto full = ParsePattern(path);
+  std::vector<std::string> names =
+      full ? full->names : NamesOfPath(path).value_or(std::vector<std::string>());
+  if (full) names.insert(names.begin(), full->start);
   return names;
 }
 

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "platform/forwarding_system.h"
 #include "platform/text.h"
 #include "plugins/recipe_detection.h"
 
@@ -69,30 +70,20 @@ class ListedFiles : public FileSystem {
 };
 
 // A system whose variables are asked for once.
-class RememberedSystem : public System {
+class RememberedSystem : public ForwardingSystem {
  public:
-  explicit RememberedSystem(System& inner) : inner_(inner) {}
+  using ForwardingSystem::ForwardingSystem;
 
   std::string WindowsFolder() override { return windows_; }
   std::string SystemFolder() override { return system_; }
+  WindowsVersion Version() override { return version_; }
   std::optional<std::string> Environment(std::string_view name) override {
     const auto [place, is_new] = variables_.try_emplace(UpCase(name));
     if (is_new) place->second = inner_.Environment(name);
     return place->second;
   }
-  WindowsVersion Version() override { return version_; }
-  std::string TempFolder() override { return inner_.TempFolder(); }
-  bool IsServiceRunning(std::string_view name) override { return inner_.IsServiceRunning(name); }
-  bool IsProgramRunning(std::string_view name) override { return inner_.IsProgramRunning(name); }
-  std::vector<Drive> Drives() override { return inner_.Drives(); }
-  LocalTime Now() override { return inner_.Now(); }
-  int64_t UtcNow() override { return inner_.UtcNow(); }
-  LocalTime ToLocalTime(int64_t filetime) override { return inner_.ToLocalTime(filetime); }
-  Locale UserLocale() override { return inner_.UserLocale(); }
-  std::string FromAnsi(std::string_view bytes) override { return inner_.FromAnsi(bytes); }
 
  private:
-  System& inner_;
   const std::string windows_ = inner_.WindowsFolder(), system_ = inner_.SystemFolder();
   const WindowsVersion version_ = inner_.Version();
   std::unordered_map<std::string, std::optional<std::string>> variables_;  // in upper case

@@ -58,21 +58,6 @@ std::vector<std::string> Sides(std::string_view text) {
   return {std::string(text)};
 }
 
-// A path's names as Windows reads them: without empty ones, and without blanks and dots at their
-// ends.
-std::optional<std::vector<std::string>> NamesOf(std::string_view path) {
-  std::vector<std::string> names;
-  for (std::string& name : Split(path, '\\')) {
-    if (name.empty()) continue;
-    const size_t last = name.find_last_not_of(" .");
-    if (last == std::string::npos) return std::nullopt;
-    if (name.find_first_of("\"<>|:") != std::string::npos) return std::nullopt;
-    if (!HasNameWildcards(name)) name.resize(last + 1);
-    names.push_back(std::move(name));
-  }
-  return names;
-}
-
 bool IsDrive(std::string_view text) {
   const char upper = text.empty() ? '\0' : static_cast<char>(text[0] & ~0x20);
   return text.size() == 2 && upper >= 'A' && upper <= 'Z' && text[1] == ':';
@@ -165,6 +150,23 @@ bool MayBeFileName(std::string_view mask) {
   return mask.find_first_of("\"<>|:/") == mask.npos && !mask.ends_with(' ');
 }
 
+bool FitsAnything(std::string_view mask) {
+  return HasNameWildcards(mask) && mask.find_first_not_of("*?.") == mask.npos;
+}
+
+std::optional<std::vector<std::string>> NamesOfPath(std::string_view path) {
+  std::vector<std::string> names;
+  for (std::string& name : Split(path, '\\')) {
+    if (name.empty()) continue;
+    const size_t last = name.find_last_not_of(" .");
+    if (last == std::string::npos) return std::nullopt;
+    if (name.find_first_of("\"<>|:") != std::string::npos) return std::nullopt;
+    if (!HasNameWildcards(name)) name.resize(last + 1);
+    names.push_back(std::move(name));
+  }
+  return names;
+}
+
 bool HasNameWildcards(std::string_view name) { return name.find_first_of("*?") != name.npos; }
 
 bool PathPattern::HasWildcards() const { return std::ranges::any_of(names, HasNameWildcards); }
@@ -176,7 +178,7 @@ std::optional<PathPattern> ParsePattern(std::string path) {
   const bool has_drive =
       IsDrive(pattern.start) && path.substr(2, 1).find_first_not_of('\\') == std::string::npos;
   if (!is_share && !has_drive) return std::nullopt;
-  auto names = NamesOf(path.substr(2));
+  auto names = NamesOfPath(path.substr(2));
   if (!names) return std::nullopt;
   if (is_share) {
     if (names->size() < 2 || std::any_of(names->begin(), names->begin() + 2, HasNameWildcards)) {

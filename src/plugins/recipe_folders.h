@@ -29,7 +29,13 @@ struct PathPattern {
   bool HasWildcards() const;
 };
 
+// A path's names as Windows reads them: without empty ones, and without blanks and dots at their
+// ends. Nothing where one has a step ("..") or a character that no name can have.
+std::optional<std::vector<std::string>> NamesOfPath(std::string_view path);
+
 bool HasNameWildcards(std::string_view name);
+// Whether every name fits the mask.
+bool FitsAnything(std::string_view mask);
 // Whether a file can have such a name, or one that fits the mask.
 bool MayBeFileName(std::string_view mask);
 

@@ -5,22 +5,17 @@
 #include <unordered_map>
 #include <utility>
 
-#include "platform/error.h"
 #include "platform/path.h"
 #include "platform/profile_strings.h"
 #include "platform/sha256.h"
 #include "platform/text.h"
 #include "plugins/recipe_cost.h"
 #include "plugins/recipe_folders.h"
-#include "settings/settings.h"
 
 namespace quellix::modPlugin {
 namespace {
 
 using Fields = std::vector<std::string>;
-
-constexpr const char* kUsualName = "Winapp2.ini";
-constexpr size_t kLongestSetting = 32768;
 
 constexpr std::pair<std::string_view, std::string_view> kRoots[] = {
     {"HKCR", "HKEY_CLASSES_ROOT"},
@@ -382,11 +377,6 @@ class ListReader {
   std::vector<ListedRecipe> recipes_;
 };
 
-std::string PathOfList(const Machine& machine, const std::string& name) {
-  const std::string path = name.find('%') == name.npos ? name : ExpandPluginPath(machine, name);
-  return ParsePattern(path) ? path : machine.program_folder + "\\" + path;
-}
-
 }  // namespace
 
 std::vector<ListedRecipe> ParseRecipeLists(const std::vector<std::string>& texts) {
@@ -397,36 +387,6 @@ std::vector<ListedRecipe> ParseRecipeLists(const std::vector<std::string>& texts
 
 std::string FingerprintOf(const ListedRecipe& recipe) {
   return Sha256(recipe.contents + recipe.warning);
-}
-
-const ListedRecipe* RecipeLists::Find(std::string_view name) const {
-  const auto found = by_name.find(UpCase(name));
-  return found == by_name.end() ? nullptr : &recipes[found->second];
-}
-
-RecipeLists LoadRecipeLists(const Machine& machine) {
-  RecipeLists lists;
-  const std::string named = Settings(machine).ReadIniValue("Recipes", "File", "", kLongestSetting);
-  std::vector<std::string> texts;
-  for (const std::string& name : FieldsOf(named.empty() ? kUsualName : named, '|')) {
-    if (name.empty()) continue;
-    const std::string path = PathOfList(machine, name);
-    try {
-      if (const auto bytes = machine.files.ReadWholeFile(path)) {
-        texts.push_back(DecodeIni(*bytes, machine.system));
-        lists.paths.push_back(path);
-      } else if (!named.empty()) {
-        lists.problems.push_back("There is no list of recipes " + path + ".");
-      }
-    } catch (const Error& error) {
-      lists.problems.push_back(path + ": " + error.what());
-    }
-  }
-  lists.recipes = ParseRecipeLists(texts);
-  for (const ListedRecipe& recipe : lists.recipes) {
-    lists.by_name.emplace(UpCase(recipe.name), lists.by_name.size());
-  }
-  return lists;
 }
 
 }  // namespace quellix::modPlugin

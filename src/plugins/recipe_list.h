@@ -36,7 +36,9 @@ struct ListedRecipe {
   std::string warning;
   std::string contents;  // what it means, as records of a plug-in
   Plugin plugin;
-  std::vector<Remark> remarks;  // a fault: a key that is not carried out; else one nobody knows
+  // A fault: a key that is not carried out; else one that tells nothing. Where it would say what
+  // stays or what is looked for, the whole entry is not carried out.
+  std::vector<Remark> remarks;
 };
 
 // All entries of some lists, in their order. Never fails.

@@ -47,6 +47,16 @@ struct PluginFixture : RunFixture {
     std::ranges::sort(found);
     return found;
   }
+  // Of the keys made, just those go; what runs a second time changes nothing.
+  void ExpectKeysGo(const Names& made, const Names& gone, const std::function<void()>& run) {
+    MakeKeys(made);
+    Names expected = Keys();
+    for (const std::string& each : gone) EXPECT_EQ(std::erase(expected, each), 1u) << each;
+    for (int i = 0; i < 2; ++i) {
+      run();
+      EXPECT_EQ(Keys(), expected) << engine.state().RunLog;
+    }
+  }
 
   const std::string plugins_folder;
 };
