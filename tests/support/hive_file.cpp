@@ -1,10 +1,13 @@
 #include "support/hive_file.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+
+#include "platform/volume/marvin32.h"
 
 namespace quellix {
 namespace {
@@ -14,6 +17,8 @@ constexpr size_t kFirstSequence = 4, kSecondSequence = 8, kChecksum = 508;
 // Offsets of cells count from the first page behind the header.
 constexpr uint32_t kRootCell = 0x20, kRootSize = 96, kSecurityCell = kRootCell + kRootSize;
 constexpr uint32_t kNone = 0xFFFFFFFF;
+constexpr size_t kSector = 512, kEntryHeader = 40;
+constexpr uint64_t kLogSeed = 14219357686671994754u;  // as documented
 
 void Put16(std::string& bytes, size_t at, uint16_t value) { std::memcpy(&bytes[at], &value, 2); }
 void Put32(std::string& bytes, size_t at, uint32_t value) { std::memcpy(&bytes[at], &value, 4); }
@@ -30,6 +35,26 @@ void PutChecksum(std::string& hive) {
   uint32_t sum = 0;
   for (size_t at = 0; at < kChecksum; at += 4) sum ^= Get32(hive, at);
   Put32(hive, kChecksum, sum);
+}
+
+std::string Number32(size_t value) {
+  std::string bytes(4, '\0');
+  Put32(bytes, 0, static_cast<uint32_t>(value));
+  return bytes;
+}
+
+void PutHash(std::string& entry, size_t at, const std::string& hashed) {
+  const uint64_t hash = Marvin32(hashed, kLogSeed);
+  std::memcpy(&entry[at], &hash, 8);
+}
+
+// The first sector of a log beside a hive.
+std::string LogHeader(const std::string& hive, uint32_t type) {
+  std::string header = hive.substr(0, kSector);
+  Put32(header, kFirstSequence, Get32(header, kSecondSequence));
+  Put32(header, 28, type);
+  PutChecksum(header);
+  return header;
 }
 
 void PutHeader(std::string& hive) {
@@ -94,13 +119,38 @@ void SetHiveDirty(const std::string& file, bool dirty) {
   WriteNative(file, hive);
 }
 
-std::string HiveLog(unsigned sequence) {
-  std::string log(1024, '\0');
-  PutText(log, 0, "regf");
-  PutText(log, 512, "HvLE");
-  Put32(log, 516, 512);
-  Put32(log, 524, sequence);
-  return log;
+std::string HiveLogEntry(unsigned sequence, const std::string& before, const std::string& after) {
+  std::string references, pages;
+  for (size_t at = kPage; at < after.size(); at += kPage) {
+    if (after.substr(at, kPage) == before.substr(std::min(at, before.size()), kPage)) continue;
+    references += Number32(at - kPage) + Number32(kPage);
+    pages += after.substr(at, kPage);
+  }
+  std::string entry = "HvLE" + std::string(kEntryHeader - 4, '\0') + references + pages;
+  entry.resize((entry.size() + kSector - 1) / kSector * kSector);
+  Put32(entry, 4, static_cast<uint32_t>(entry.size()));
+  Put32(entry, 12, sequence);
+  Put32(entry, 16, static_cast<uint32_t>(after.size() - kPage));
+  Put32(entry, 20, static_cast<uint32_t>(references.size() / 8));
+  PutHash(entry, 24, entry.substr(kEntryHeader));
+  PutHash(entry, 32, entry.substr(0, 32));
+  return entry;
+}
+
+std::string HiveLog(const std::string& hive, const std::string& entries) {
+  return LogHeader(hive, 6) + entries;
+}
+
+std::string HiveVectorLog(const std::string& before, const std::string& after) {
+  std::string vector = "DIRT", pages;
+  for (size_t at = kPage; at < after.size(); at += kPage) {
+    const bool changed =
+        after.substr(at, kPage) != before.substr(std::min(at, before.size()), kPage);
+    vector += changed ? '\xFF' : '\0';
+    if (changed) pages += after.substr(at, kPage);
+  }
+  vector.resize((vector.size() + kSector - 1) / kSector * kSector);
+  return LogHeader(after, 1) + vector + pages;
 }
 
 unsigned HiveSequence(const std::string& file) { return Get32(ReadNative(file), kSecondSequence); }

@@ -13,8 +13,12 @@ std::string EmptyHive();
 // `file` is a path of this system.
 void SetHiveDirty(const std::string& file, bool dirty);
 
-// The bytes of a transaction log with one entry of a sequence number.
-std::string HiveLog(unsigned sequence);
+// One entry of a transaction log: what makes a hive `after` out of `before`, both whole files.
+std::string HiveLogEntry(unsigned sequence, const std::string& before, const std::string& after);
+// A log of such entries that stands beside a hive, whose bytes are given.
+std::string HiveLog(const std::string& hive, const std::string& entries);
+// The same as Windows 8 and before wrote it.
+std::string HiveVectorLog(const std::string& before, const std::string& after);
 
 // The sequence number a hive file was last stored with.
 unsigned HiveSequence(const std::string& file);

@@ -9,7 +9,9 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/volume/hive_check.h"
+#include "platform/volume/hive_format.h"
 #include "platform/volume/volume_error.h"
+#include "platform/volume/volume_random_file.h"
 
 namespace quellix {
 namespace {
@@ -20,16 +22,12 @@ struct Freeer {
 template <class T>
 using Allocated = std::unique_ptr<T, Freeer>;
 
-// The format's numbers reach no farther.
-constexpr uint64_t kLargestHive = UINT32_MAX;
-
 // Deeper than Windows allows.
 constexpr size_t kMostLevels = 520;
 
-// Since version 1.4 data beyond the first limit is stored in pieces, which hivex reads but does not
-// write; beyond the second it writes none at all.
-constexpr uint32_t kFirstVersionWithPieces = 4;
-constexpr size_t kMostInOnePiece = 16344, kMostWritten = 999'000;  // bytes
+// Data beyond the first limit may be stored in pieces, which hivex reads but does not write; beyond
+// the second it writes none at all.
+constexpr size_t kMostInOnePiece = hive_format::kMostInPiece, kMostWritten = 999'000;  // bytes
 
 std::string ProcPath(int fd) { return "/proc/self/fd/" + std::to_string(fd); }
 
@@ -53,25 +51,23 @@ hive_set_value MakeSetValue(const Hive::Value& value) {
 }  // namespace
 
 std::shared_ptr<Hive> Hive::Open(VolumeFileSystem& files, const std::string& path) {
-  const UniqueFd fd = files.OpenForRead(path);
-  if (!fd) return nullptr;
-  std::string reason = ReadOnlyReason(files, path, fd.get());
-  const int flags = reason.empty() ? HIVEX_OPEN_WRITE : 0;
-  std::unique_ptr<hive_h, Closer> hive(hivex_open(ProcPath(fd.get()).c_str(), flags));
+  HiveState state = OpenHiveState(files, path);
+  if (!state.fd) return nullptr;
+  const int flags = state.read_only_reason.empty() ? HIVEX_OPEN_WRITE : 0;
+  std::unique_ptr<hive_h, Closer> hive(hivex_open(ProcPath(state.fd.get()).c_str(), flags));
   if (!hive && errno == ENOMEM) ThrowErrno(errno, path);
   if (!hive) throw Damaged("The registry hive is damaged: " + path);
-  return std::shared_ptr<Hive>(
-      new Hive(files, path, std::move(reason), HiveMinorVersion(fd.get()), std::move(hive)));
+  return std::shared_ptr<Hive>(new Hive(files, path, std::move(state), std::move(hive)));
 }
 
-Hive::Hive(VolumeFileSystem& files, std::string path, std::string read_only_reason,
-           uint32_t minor_version, std::unique_ptr<hive_h, Closer> hive)
+Hive::Hive(VolumeFileSystem& files, std::string path, HiveState state,
+           std::unique_ptr<hive_h, Closer> hive)
     : files_(files),
       path_(std::move(path)),
-      read_only_reason_(std::move(read_only_reason)),
+      state_(std::move(state)),
       hive_(std::move(hive)),
       root_(hivex_root(hive_.get())),
-      minor_version_(minor_version) {
+      minor_version_(ReadNumber(state_.fd.get(), hive_format::kMinorVersion)) {
   if (root_ == 0) ThrowDamaged();
 }
 
@@ -102,17 +98,17 @@ void Hive::LookThrough() {
 }
 
 void Hive::RequireWritable() {
-  if (!is_looked_through_ && read_only_reason_.empty()) {
+  if (!is_looked_through_ && state_.read_only_reason.empty()) {
     is_looked_through_ = true;
     files_.RequireWritable(path_);
     try {
       LookThrough();
-      if (!IsSoundHive(files_.ReadWholeFile(path_, kLargestHive).value_or(""))) ThrowDamaged();
+      if (!IsSoundHive(ReadAll(state_.fd.get(), kLargestHive, path_))) ThrowDamaged();
     } catch (const Error&) {
-      read_only_reason_ = "The registry hive is damaged, so it is only read: " + path_;
+      state_.read_only_reason = "The registry hive is damaged, so it is only read: " + path_;
     }
   }
-  if (!read_only_reason_.empty()) throw Error(Error::Kind::kDenied, read_only_reason_);
+  if (!state_.read_only_reason.empty()) throw Error(Error::Kind::kDenied, state_.read_only_reason);
 }
 
 Hive::Content& Hive::Cached(HiveNode node) {
@@ -271,7 +267,8 @@ void Hive::ReadBytes(const Value& value, std::string& bytes) const {
 }
 
 void Hive::RequireStorable(const Content& content, const Value* but) const {
-  const size_t limit = minor_version_ < kFirstVersionWithPieces ? kMostWritten : kMostInOnePiece;
+  const size_t limit =
+      minor_version_ < hive_format::kFirstVersionWithPieces ? kMostWritten : kMostInOnePiece;
   for (const Value& value : content.values) {
     if (&value == but || value.size <= limit) continue;
     throw Error(

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "platform/registry.h"
-#include "platform/volume/volume_file_system.h"
+#include "platform/volume/hive_state.h"
 
 namespace quellix {
 
@@ -21,8 +21,9 @@ using HiveNode = hive_node_h;
 // One hive file. Changes stay in memory until Commit, which replaces the file in one step. Names
 // are UTF-8 and compare as Windows compares them.
 //
-// A hive Windows had no time to close, or whose transaction log holds changes not yet in it, can
-// only be read: writing it would lose or mix them. Neither is a damaged one written.
+// A hive that Windows had no time to close is what its transaction logs make of it. One that they
+// do not bring up to date can only be read: writing it would lose or mix changes. Neither is a
+// damaged one written.
 class Hive {
  public:
   struct Value {
@@ -91,8 +92,8 @@ class Hive {
     uint64_t reading = 0;
   };
 
-  Hive(VolumeFileSystem& files, std::string path, std::string read_only_reason,
-       uint32_t minor_version, std::unique_ptr<hive_h, Closer> hive);
+  Hive(VolumeFileSystem& files, std::string path, HiveState state,
+       std::unique_ptr<hive_h, Closer> hive);
 
   [[noreturn]] void ThrowDamaged() const;
   Content& Cached(HiveNode node);
@@ -109,7 +110,7 @@ class Hive {
 
   VolumeFileSystem& files_;
   std::string path_;
-  std::string read_only_reason_;
+  HiveState state_;
   std::unique_ptr<hive_h, Closer> hive_;
   HiveNode root_ = 0;
   // Contents kept before those without changes are dropped.
@@ -124,11 +125,5 @@ class Hive {
   bool changed_ = false;
   uint64_t generation_ = 0;
 };
-
-// Why a hive may only be read, as a sentence; "" when it may be written. `fd` is the open hive.
-std::string ReadOnlyReason(VolumeFileSystem& files, const std::string& path, int fd);
-
-// The minor number of the format's version, as in 1.5.
-uint32_t HiveMinorVersion(int fd);
 
 }  // namespace quellix

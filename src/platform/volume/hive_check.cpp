@@ -1,72 +1,59 @@
 #include "platform/volume/hive_check.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <unordered_set>
-#include <vector>
+
+#include "platform/volume/hive_format.h"
 
 namespace quellix {
 namespace {
 
-// The file format: a header of one page, then bins of pages with a header of 32 bytes and cells.
-// A cell begins with its size, negative while it is in use; other cells name it by its place behind
-// the file's header. All numbers have their lowest byte first.
-constexpr size_t kPage = 0x1000, kBinsLength = 0x28, kBinSize = 8, kBinHeader = 0x20;
-constexpr size_t kAlignment = 4;
-constexpr uint32_t kNone = 0xFFFFFFFF;
-constexpr size_t kRootKey = 0x24;
+using namespace hive_format;
 
-// Places in a cell, from its size on.
-constexpr size_t kKeySubKeyCount = 24, kKeySubKeys = 32, kKeyValueCount = 40, kKeyValues = 44,
-                 kKeySecurity = 48, kKeyLength = 80;
-constexpr size_t kValueDataSize = 8, kValueData = 12, kValueLength = 24;
-constexpr size_t kListCount = 6, kListEntries = 8;
-constexpr size_t kSecurityBefore = 8, kSecurityAfter = 12, kSecurityLength = 24;
-constexpr uint32_t kDataInline = 0x80000000;
-
-struct Unsound {};
+constexpr size_t kAlignment = 4;  // of what is found, though Windows makes all cells wider
 
 void Require(bool sound) {
-  if (!sound) throw Unsound();
+  if (!sound) throw UnsoundHive();
+}
+
+// Calls `visit` with the place and the end of each bin.
+template <class Visit>
+void ForEachBin(std::string_view bytes, const Visit& visit) {
+  Require(bytes.size() >= kPage);
+  const size_t length = NumberAt(bytes, kBinsLength);
+  Require(length <= bytes.size() - kPage);
+  for (size_t at = kPage; at < kPage + length;) {
+    const size_t size = NumberAt(bytes, at + kBinSize);
+    Require(bytes.substr(at, 4) == "hbin" && size >= kPage && size % kPage == 0 &&
+            size <= kPage + length - at);
+    visit(at, at + size);
+    at += size;
+  }
 }
 
 class Check {
  public:
   explicit Check(std::string_view bytes) : bytes_(bytes), cells_(bytes.size() / kAlignment) {}
 
-  void Run() {
-    Require(bytes_.size() >= kPage);
-    ReadBins();
+  std::vector<HiveCell> Run() {
+    ForEachBin(bytes_, [this](size_t at, size_t end) { ReadCells(at + kBinHeader, end); });
     open_.push_back(Number(kRootKey));
     while (!open_.empty()) {
       const uint32_t key = open_.back();
       open_.pop_back();
       TakeKey(key);
     }
+    std::ranges::sort(reached_, {}, &HiveCell::at);
+    return std::move(reached_);
   }
 
  private:
   enum class Cell : uint8_t { kFree, kUsed, kTaken };
 
-  uint32_t Number(size_t at, size_t bytes = 4) const {
-    Require(at <= bytes_.size() && bytes_.size() - at >= bytes);
-    uint32_t number = 0;
-    for (size_t i = bytes; i-- > 0;) number = number << 8 | static_cast<uint8_t>(bytes_[at + i]);
-    return number;
-  }
-  std::string_view Mark(size_t at) const { return bytes_.substr(at + 4, 2); }
-
-  void ReadBins() {
-    const size_t length = Number(kBinsLength);
-    Require(length <= bytes_.size() - kPage);
-    for (size_t at = kPage; at < kPage + length;) {
-      const size_t size = Number(at + kBinSize);
-      Require(bytes_.substr(at, 4) == "hbin" && size >= kPage && size % kPage == 0 &&
-              size <= kPage + length - at);
-      ReadCells(at + kBinHeader, at + size);
-      at += size;
-    }
-  }
+  uint32_t Number(size_t at, size_t bytes = 4) const { return NumberAt(bytes_, at, bytes); }
+  std::string_view Mark(size_t at) const { return bytes_.substr(at + kMark, 2); }
 
   void ReadCells(size_t at, size_t end) {
     while (at < end) {
@@ -82,25 +69,35 @@ class Check {
   size_t CellAt(uint32_t place, size_t length) const {
     const size_t at = kPage + size_t{place};
     Require(at % kAlignment == 0 && at / kAlignment < cells_.size());
-    Require(cells_[at / kAlignment] != Cell::kFree && kNone - Number(at) + 1 >= length);
+    Require(cells_[at / kAlignment] != Cell::kFree && SizeOf(at) >= length);
     return at;
   }
+  size_t SizeOf(size_t cell) const { return kNone - Number(cell) + 1; }
 
   // The same of a cell that nothing else has taken.
   size_t Take(uint32_t place, size_t length) {
     const size_t at = CellAt(place, length);
     Require(cells_[at / kAlignment] == Cell::kUsed);
     cells_[at / kAlignment] = Cell::kTaken;
+    reached_.push_back({at, SizeOf(at), length});
     return at;
+  }
+  // More of the cell taken last is in use than was known.
+  void Use(size_t length) {
+    Require(reached_.back().size >= length);
+    reached_.back().used = length;
   }
 
   void TakeKey(uint32_t place) {
-    const size_t key = Take(place, kKeyLength);
+    const size_t key = Take(place, kKeyName);
     Require(Mark(key) == "nk");
+    Use(kKeyName + Number(key + kKeyNameLength, 2));
     if (Number(key + kKeySubKeyCount) != 0) TakeSubKeys(Number(key + kKeySubKeys), true);
     if (Number(key + kKeyValueCount) != 0) {
       TakeValues(Number(key + kKeyValues), Number(key + kKeyValueCount));
     }
+    const uint32_t name = Number(key + kKeyClass), length = Number(key + kKeyClassLength, 2);
+    if (name != kNone && length != 0) Take(name, kMark + length);
     TakeSecurity(Number(key + kKeySecurity));
   }
 
@@ -111,7 +108,7 @@ class Check {
     const bool holds_lists = mark == "ri";
     Require(mark == "lf" || mark == "lh" || mark == "li" || (holds_lists && may_hold_lists));
     const size_t count = Number(list + kListCount, 2), step = mark[1] == 'i' ? 4 : 8;
-    CellAt(place, kListEntries + count * step);
+    Use(kListEntries + count * step);
     for (size_t i = 0; i < count; ++i) {
       const uint32_t entry = Number(list + kListEntries + i * step);
       holds_lists ? TakeSubKeys(entry, false) : open_.push_back(entry);
@@ -119,23 +116,44 @@ class Check {
   }
 
   void TakeValues(uint32_t place, uint32_t count) {
-    const size_t list = Take(place, 4 + size_t{count} * 4);
-    for (size_t i = 1; i <= count; ++i) TakeValue(Number(list + i * 4));
+    const size_t list = Take(place, kMark + size_t{count} * 4);
+    for (size_t i = 0; i < count; ++i) TakeValue(Number(list + kMark + i * 4));
   }
 
   void TakeValue(uint32_t place) {
-    const size_t value = Take(place, kValueLength);
+    const size_t value = Take(place, kValueName);
     Require(Mark(value) == "vk");
-    if ((Number(value + kValueDataSize) & kDataInline) == 0) Take(Number(value + kValueData), 4);
+    Use(kValueName + Number(value + kValueNameLength, 2));
+    const uint32_t size = Number(value + kValueDataSize);
+    if ((size & kDataInline) != 0) return;
+    const uint32_t data = Number(value + kValueData);
+    const bool has_pieces = size > kMostInPiece && Number(kMinorVersion) >= kFirstVersionWithPieces;
+    has_pieces ? TakePieces(data, size) : void(Take(data, kMark + size_t{size}));
+  }
+
+  void TakePieces(uint32_t place, size_t size) {
+    const size_t record = Take(place, kPiecesLength);
+    Require(Mark(record) == "db");
+    const size_t count = Number(record + kPieceCount, 2);
+    const size_t list = Take(Number(record + kPieceList), kMark + 4 * count);
+    for (size_t i = 0; i < count; ++i) {
+      const size_t piece = std::min(size, kMostInPiece);
+      Take(Number(list + kMark + 4 * i), kMark + piece);
+      size -= piece;
+    }
+    Require(size == 0);
   }
 
   // A descriptor serves many keys; all of them are in a ring.
   void TakeSecurity(uint32_t place) {
-    if (place == kNone || !security_.insert(place).second) return;
-    const size_t descriptor = Take(place, kSecurityLength);
-    Require(Mark(descriptor) == "sk");
-    for (const size_t neighbor : {kSecurityBefore, kSecurityAfter}) {
-      Require(Mark(CellAt(Number(descriptor + neighbor), kSecurityLength)) == "sk");
+    while (place != kNone && security_.insert(place).second) {
+      const size_t descriptor = Take(place, kSecurityDescriptor);
+      Require(Mark(descriptor) == "sk");
+      Use(kSecurityDescriptor + size_t{Number(descriptor + kSecuritySize)});
+      for (const size_t neighbor : {kSecurityBefore, kSecurityAfter}) {
+        Require(Mark(CellAt(Number(descriptor + neighbor), kSecurityDescriptor)) == "sk");
+      }
+      place = Number(descriptor + kSecurityAfter);
     }
   }
 
@@ -143,15 +161,29 @@ class Check {
   std::vector<Cell> cells_;     // by place in the file, in steps of the alignment
   std::vector<uint32_t> open_;  // keys that are still to be looked at
   std::unordered_set<uint32_t> security_;
+  std::vector<HiveCell> reached_;
 };
 
 }  // namespace
 
+std::vector<HiveCell> ReachedCells(std::string_view bytes) { return Check(bytes).Run(); }
+
 bool IsSoundHive(std::string_view bytes) {
   try {
-    Check(bytes).Run();
+    ReachedCells(bytes);
     return true;
-  } catch (const Unsound&) {
+  } catch (const UnsoundHive&) {
+    return false;
+  }
+}
+
+bool HasSoundBins(std::string_view bytes) {
+  try {
+    ForEachBin(bytes, [&bytes](size_t at, size_t) {
+      Require(NumberAt(bytes, at + kBinPlace) == at - kPage);
+    });
+    return true;
+  } catch (const UnsoundHive&) {
     return false;
   }
 }

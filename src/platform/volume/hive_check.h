@@ -1,12 +1,27 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
+#include <vector>
 
 namespace quellix {
 
-// Whether a registry hive is put together as one must be before it is written: every cell lies in
-// its bin, is in use and belongs to one place only. hivex looks where it goes while it reads, but
-// takes all that for granted while it writes. `bytes` is the whole file.
+// A cell in use that a key or the ring of descriptors reaches.
+struct HiveCell {
+  size_t at;    // of its size, in the file
+  size_t size;  // whole
+  size_t used;  // of it, from its beginning; what follows means nothing
+};
+
+// All cells that are reached, in the order of the file. Throws UnsoundHive unless the hive is put
+// together as one must be before it is written: every cell lies in its bin, is in use and belongs
+// to one place only. `bytes` is the whole file.
+std::vector<HiveCell> ReachedCells(std::string_view bytes);
+
+// Whether the above throws nothing.
 bool IsSoundHive(std::string_view bytes);
+
+// Whether bins follow one another to the end that the header names, each where it says it is.
+bool HasSoundBins(std::string_view bytes);
 
 }  // namespace quellix

@@ -1,42 +1,62 @@
-// Whether Windows closed a hive properly.
-#include "platform/path.h"
-#include "platform/volume/hive.h"
+// Whether Windows closed a hive properly, and what its logs make of one that it did not.
+#include "platform/volume/hive_state.h"
+
+#include <sys/mman.h>
+
+#include <cerrno>
+
+#include "platform/volume/hive_format.h"
+#include "platform/volume/hive_log.h"
+#include "platform/volume/volume_error.h"
+#include "platform/volume/volume_random_file.h"
 
 namespace quellix {
 namespace {
 
-constexpr off_t kFirstSequence = 4, kSecondSequence = 8, kMinorVersion = 24;
-constexpr off_t kFirstLogEntry = 512;
+constexpr uint64_t kLargestLog = 1u << 30;
 
-// Whether a log of Windows 8.1 and later holds an entry the hive has not got yet: their sequence
-// numbers go on from the hive's own.
-bool HasPendingEntry(int log, uint32_t hive_sequence) {
-  constexpr uint32_t kEntryMark = 0x454C7648;  // "HvLE"
-  constexpr uint32_t kSmallestEntry = 40;
-  for (off_t at = kFirstLogEntry; ReadNumber(log, at) == kEntryMark;) {
-    const uint32_t size = ReadNumber(log, at + 4), sequence = ReadNumber(log, at + 12);
-    if (sequence >= hive_sequence) return true;
-    if (size < kSmallestEntry) return false;
-    at += size;
+std::string ReadSector(int fd) {
+  std::string sector(hive_format::kSector, '\0');
+  const ssize_t got = pread(fd, sector.data(), sector.size(), 0);
+  sector.resize(got < 0 ? 0 : static_cast<size_t>(got));
+  return sector;
+}
+
+// The first of two logs, and the only one of older systems, which is empty on newer ones.
+std::vector<std::string> ReadLogs(VolumeFileSystem& files, const std::string& path) {
+  std::vector<std::string> logs;
+  for (const char* extension : {".LOG1", ".LOG2", ".LOG"}) {
+    auto log = files.ReadWholeFile(path + extension, kLargestLog);
+    if (log && !log->empty()) logs.push_back(std::move(*log));
   }
-  return false;
+  return logs;
 }
 
 }  // namespace
 
-std::string ReadOnlyReason(VolumeFileSystem& files, const std::string& path, int fd) {
-  const uint32_t sequence = ReadNumber(fd, kSecondSequence);
-  bool clean = ReadNumber(fd, kFirstSequence) == sequence;
-  for (const char* extension : {".LOG", ".LOG1", ".LOG2"}) {
-    const UniqueFd log = clean ? files.OpenForRead(path + extension) : UniqueFd();
-    if (log && HasPendingEntry(log.get(), sequence)) clean = false;
+HiveState OpenHiveState(VolumeFileSystem& files, const std::string& path) {
+  HiveState state{files.OpenForRead(path), {}, false};
+  if (!state.fd) return state;
+  const std::vector<std::string> logs = ReadLogs(files, path);
+  if (!MayConcern(ReadSector(state.fd.get()), logs)) return state;
+  std::string bytes = ReadAll(state.fd.get(), kLargestHive, path);
+  const HiveLogs fate = ReplayLogs(bytes, logs);
+  if (fate == HiveLogs::kReplayed) {
+    state.fd = MemoryFile(bytes, path);
+    state.is_replayed = true;
+  } else if (fate == HiveLogs::kUnfit) {
+    state.read_only_reason = "Windows was not shut down cleanly: the registry hive " + path +
+                             " has changes that are not stored yet and that its logs do not give "
+                             "back, so it is only read. Start Windows once and shut it down.";
   }
-  if (clean) return {};
-  return "Windows was not shut down cleanly: the registry hive " + path +
-         " has changes that are not stored yet, so it is only read. Start Windows once and shut it "
-         "down.";
+  return state;
 }
 
-uint32_t HiveMinorVersion(int fd) { return ReadNumber(fd, kMinorVersion); }
+UniqueFd MemoryFile(std::string_view bytes, std::string_view path) {
+  UniqueFd fd(memfd_create("quellix-hive", MFD_CLOEXEC));
+  const int code = fd ? WriteAll(fd.get(), bytes, 0) : errno;
+  if (code != 0) ThrowErrno(code, path);
+  return fd;
+}
 
 }  // namespace quellix

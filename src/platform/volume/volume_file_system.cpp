@@ -112,21 +112,7 @@ UniqueFd VolumeFileSystem::OpenForRead(std::string_view path) {
 std::optional<std::string> VolumeFileSystem::ReadWholeFile(std::string_view path, uint64_t limit) {
   const UniqueFd fd = OpenForRead(path);
   if (!fd) return std::nullopt;
-  struct stat status;
-  if (fstat(fd.get(), &status) != 0) ThrowErrno(errno, path);
-  std::string bytes(static_cast<size_t>(std::min<uint64_t>(status.st_size, limit)) + 1, '\0');
-  size_t used = 0;
-  for (;;) {
-    const ssize_t got = read(fd.get(), bytes.data() + used, bytes.size() - used);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) ThrowErrno(errno, path);
-    used += static_cast<size_t>(got);
-    if (used > limit) ThrowErrno(EFBIG, path);
-    if (got == 0) break;
-    if (used == bytes.size()) bytes.resize(2 * used);
-  }
-  bytes.resize(used);
-  return bytes;
+  return ReadAll(fd.get(), limit, path);
 }
 
 void VolumeFileSystem::WriteWholeFile(std::string_view path, std::string_view bytes) {

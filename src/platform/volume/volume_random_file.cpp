@@ -239,6 +239,25 @@ int WriteAll(int fd, std::string_view bytes, off_t offset) {
   return 0;
 }
 
+std::string ReadAll(int fd, uint64_t limit, std::string_view path) {
+  struct stat status;
+  if (fstat(fd, &status) != 0) ThrowErrno(errno, path);
+  std::string bytes(static_cast<size_t>(std::min<uint64_t>(status.st_size, limit)) + 1, '\0');
+  for (size_t used = 0;;) {
+    const ssize_t got =
+        pread(fd, bytes.data() + used, bytes.size() - used, static_cast<off_t>(used));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) ThrowErrno(errno, path);
+    used += static_cast<size_t>(got);
+    if (used > limit) ThrowErrno(EFBIG, path);
+    if (got == 0) {
+      bytes.resize(used);
+      return bytes;
+    }
+    if (used == bytes.size()) bytes.resize(2 * used);
+  }
+}
+
 // Looked at first by a descriptor that opens nothing: opening a device may do something already.
 UniqueFd OpenRegular(const Located& entry, int flags, std::string_view path, struct stat& status) {
   const UniqueFd place(openat(entry.folder, entry.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "platform/volume/volume_drive.h"
@@ -20,5 +21,8 @@ std::unique_ptr<RandomFile> CreateVolumeFile(const Located& entry, OpenMode mode
 
 // Writes all of it: an errno value, or 0.
 int WriteAll(int fd, std::string_view bytes, off_t offset);
+
+// A whole file. Throws Error that names `path`, kOther when there is more than `limit`.
+std::string ReadAll(int fd, uint64_t limit, std::string_view path);
 
 }  // namespace quellix

@@ -1,0 +1,220 @@
+#include "platform/volume/hive_log.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <optional>
+
+#include "platform/volume/hive_check.h"
+#include "platform/volume/hive_format.h"
+#include "platform/volume/marvin32.h"
+
+namespace quellix {
+namespace {
+
+using namespace hive_format;
+
+// The header of a log differs from its hive's in the type.
+constexpr uint32_t kOfHive = 0, kOfVectorLog = 1, kOfOldVectorLog = 2, kOfEntryLog = 6;
+
+// Places in an entry.
+constexpr size_t kEntrySize = 4, kEntryFlags = 8, kEntrySequence = 12, kEntryBinsLength = 16,
+                 kEntryPages = 20, kEntryHash = 24, kEntryHeadHash = 32, kEntryHeader = 40;
+constexpr uint64_t kSeed = 0xC5554E7A884DEF82;
+
+struct Entry {
+  uint32_t sequence = 0, flags = 0, bins_length = 0;
+  std::string_view bytes;
+};
+using Entries = std::map<uint32_t, Entry>;
+
+uint64_t LongNumberAt(std::string_view bytes, size_t at) {
+  return uint64_t{NumberAt(bytes, at + 4)} << 32 | NumberAt(bytes, at);
+}
+
+// A bin that was added was logged, so no hive grows by more than its logs hold.
+void Grow(std::string& hive, uint32_t bins_length, size_t most) {
+  if (bins_length > most) throw UnsoundHive();
+  if (hive.size() < kPage + bins_length) hive.resize(kPage + bins_length);
+}
+
+size_t MostBins(std::string_view hive, const std::vector<std::string>& logs) {
+  size_t most = hive.size();
+  for (const std::string& log : logs) most += log.size();
+  return most;
+}
+
+// Copies the pages of an entry, or without a hive only looks whether they fit.
+void CopyPages(const Entry& entry, std::string* hive) {
+  const size_t count = NumberAt(entry.bytes, kEntryPages);
+  size_t from = kEntryHeader + 8 * count;
+  if (from > entry.bytes.size()) throw UnsoundHive();
+  for (size_t i = 0; i < count; ++i) {
+    const size_t place = NumberAt(entry.bytes, kEntryHeader + 8 * i);
+    const size_t size = NumberAt(entry.bytes, kEntryHeader + 8 * i + 4);
+    const bool fits = size <= entry.bytes.size() - from && place <= entry.bins_length &&
+                      size <= entry.bins_length - place;
+    if (!fits) throw UnsoundHive();
+    if (hive) hive->replace(kPage + place, size, entry.bytes.substr(from, size));
+    from += size;
+  }
+}
+
+// The entry that stands at the beginning of some bytes; nothing when it is none or is broken.
+std::optional<Entry> ReadEntry(std::string_view bytes) {
+  if (bytes.size() < kSector || !bytes.starts_with("HvLE")) return std::nullopt;
+  const size_t size = NumberAt(bytes, kEntrySize);
+  if (size < kSector || size % kSector != 0 || size > bytes.size()) return std::nullopt;
+  bytes = bytes.substr(0, size);
+  const bool is_whole =
+      LongNumberAt(bytes, kEntryHash) == Marvin32(bytes.substr(kEntryHeader), kSeed) &&
+      LongNumberAt(bytes, kEntryHeadHash) == Marvin32(bytes.substr(0, kEntryHeadHash), kSeed);
+  const Entry entry{NumberAt(bytes, kEntrySequence), NumberAt(bytes, kEntryFlags),
+                    NumberAt(bytes, kEntryBinsLength), bytes};
+  if (!is_whole || entry.bins_length % kPage != 0) return std::nullopt;
+  CopyPages(entry, nullptr);
+  return entry;
+}
+
+bool IsLog(std::string_view log, uint32_t type) {
+  return HasSoundHeader(log) && NumberAt(log, kFileType) == type;
+}
+
+// The entries of a log from its beginning on, up to what is none: behind it stands what was left of
+// earlier ones.
+void ReadEntries(std::string_view log, uint32_t first, Entries& entries) {
+  if (!IsLog(log, kOfEntryLog)) return;
+  for (log.remove_prefix(kSector);;) {
+    const std::optional<Entry> entry = ReadEntry(log);
+    if (!entry) return;
+    if (entry->sequence >= first) entries.try_emplace(entry->sequence, *entry);
+    log.remove_prefix(entry->bytes.size());
+  }
+}
+
+Entries ReadAllEntries(const std::vector<std::string>& logs, uint32_t first) {
+  Entries entries;
+  for (const std::string& log : logs) {
+    try {
+      ReadEntries(log, first, entries);
+    } catch (const UnsoundHive&) {  // its last one does not fit
+    }
+  }
+  return entries;
+}
+
+bool IsClosed(std::string_view header) {
+  return HasSoundHeader(header) &&
+         NumberAt(header, kFirstSequence) == NumberAt(header, kSecondSequence);
+}
+
+void SetHeader(std::string& hive, uint32_t sequence, uint32_t bins_length) {
+  PutNumber(hive, kFirstSequence, sequence);
+  PutNumber(hive, kSecondSequence, sequence);
+  PutNumber(hive, kFileType, kOfHive);
+  PutNumber(hive, kBinsLength, bins_length);
+  PutNumber(hive, kChecksum, HeaderChecksum(hive));
+}
+
+void ApplyEntry(std::string& hive, const Entry& entry, size_t most_bins) {
+  Grow(hive, entry.bins_length, most_bins);
+  CopyPages(entry, &hive);
+  PutNumber(hive, kFlags, entry.flags);
+  SetHeader(hive, entry.sequence, entry.bins_length);
+}
+
+// The entries from the hive's own number on, each with the number behind the one before. A header
+// that comes from a log only tells which are too old.
+void ApplyEntries(std::string& hive, const std::vector<std::string>& logs, bool has_own_header) {
+  uint32_t sequence = NumberAt(hive, kFirstSequence);
+  const size_t most_bins = MostBins(hive, logs);
+  const Entries entries = ReadAllEntries(logs, sequence);
+  if (!has_own_header && !entries.empty()) sequence = entries.begin()->first;
+  for (auto at = entries.find(sequence); at != entries.end() && at->first == sequence; ++at) {
+    ApplyEntry(hive, at->second, most_bins);
+    ++sequence;
+  }
+}
+
+uint64_t WrittenAt(std::string_view hive) {
+  return LongNumberAt(hive, HasSoundHeader(hive) ? kWritten : kPage + kBinWritten);
+}
+
+// Whether a log holds the pages of just the writing that the hive did not end.
+bool IsVectorLogOf(std::string_view log, std::string_view hive) {
+  const bool is_log = IsLog(log, kOfVectorLog) || IsLog(log, kOfOldVectorLog);
+  return is_log && IsClosed(log) && LongNumberAt(log, kWritten) == WrittenAt(hive) &&
+         log.substr(kSector, 4) == "DIRT";
+}
+
+// A bit tells of each sector behind the header whether the log has it; they follow in order.
+void ApplyVector(std::string& hive, std::string_view log) {
+  const uint32_t bins_length = NumberAt(log, kBinsLength);
+  const size_t vector = kSector + 4, sectors = bins_length / kSector;
+  size_t from = (vector + sectors / 8 + kSector - 1) / kSector * kSector;
+  Grow(hive, bins_length, hive.size() + log.size());
+  for (size_t sector = 0; sector < sectors; ++sector) {
+    if ((NumberAt(log, vector + sector / 8, 1) >> sector % 8 & 1) == 0) continue;
+    if (from + kSector > log.size()) throw UnsoundHive();
+    hive.replace(kPage + sector * kSector, kSector, log.substr(from, kSector));
+    from += kSector;
+  }
+  hive.replace(0, kSector, log.substr(0, kSector));
+  SetHeader(hive, NumberAt(log, kSecondSequence), bins_length);
+}
+
+// The hive with a sound header, its own or a log's.
+std::string WithHeader(const std::string& hive, const std::vector<std::string>& logs) {
+  std::string repaired = hive;
+  if (HasSoundHeader(hive)) return repaired;
+  const auto log = std::ranges::find_if(logs, [](const auto& l) { return IsLog(l, kOfEntryLog); });
+  if (log == logs.end()) throw UnsoundHive();
+  repaired.replace(0, kSector, *log, 0, kSector);
+  PutNumber(repaired, kFileType, kOfHive);
+  return repaired;
+}
+
+std::string Replayed(const std::string& hive, const std::vector<std::string>& logs) {
+  for (const std::string& log : logs) {
+    if (!IsVectorLogOf(log, hive)) continue;
+    std::string replayed = hive;
+    ApplyVector(replayed, log);
+    return replayed;
+  }
+  std::string replayed = WithHeader(hive, logs);
+  ApplyEntries(replayed, logs, HasSoundHeader(hive));
+  return replayed;
+}
+
+// Whether the logs of a hive that was closed properly hold nothing that it has not got.
+bool HasAll(const std::string& hive, const std::vector<std::string>& logs) {
+  const uint32_t sequence = NumberAt(hive, kSecondSequence);
+  std::string replayed = hive;
+  const size_t most_bins = MostBins(hive, logs);
+  for (const auto& [number, entry] : ReadAllEntries(logs, sequence)) {
+    ApplyEntry(replayed, entry, most_bins);
+  }
+  return std::string_view(replayed).substr(kPage) == std::string_view(hive).substr(kPage);
+}
+
+}  // namespace
+
+HiveLogs ReplayLogs(std::string& hive, const std::vector<std::string>& logs) {
+  try {
+    if (hive.size() < kPage) return HiveLogs::kUnfit;
+    if (IsClosed(hive)) return HasAll(hive, logs) ? HiveLogs::kNothingNew : HiveLogs::kUnfit;
+    std::string replayed = Replayed(hive, logs);
+    if (!IsClosed(replayed) || !HasSoundBins(replayed)) return HiveLogs::kUnfit;
+    hive = std::move(replayed);
+    return HiveLogs::kReplayed;
+  } catch (const UnsoundHive&) {
+    return HiveLogs::kUnfit;
+  }
+}
+
+bool MayConcern(std::string_view header, const std::vector<std::string>& logs) {
+  if (!IsClosed(header)) return true;
+  return !ReadAllEntries(logs, NumberAt(header, kSecondSequence)).empty();
+}
+
+}  // namespace quellix

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quellix {
+
+// What the logs beside a hive mean for it.
+enum class HiveLogs {
+  kNothingNew,  // the hive is up to date
+  kReplayed,    // it was brought up to date
+  kUnfit,       // it is not up to date, and they do not bring it there
+};
+
+// Brings the bytes of a whole hive file up to date from those of its logs, in their order, as
+// Windows does at its next start: from the entries that follow the hive's sequence number, up to
+// the first that is missing or broken, or from a log of Windows 8 and before, which holds all pages
+// of one writing. A header that is broken comes from a log. Unless it replays, the hive stays as it
+// is. A hive that was closed properly is never changed: what a log holds beyond it, Windows drops.
+HiveLogs ReplayLogs(std::string& hive, const std::vector<std::string>& logs);
+
+// Whether logs may concern a hive, by the first sector of it alone: else it is up to date.
+bool MayConcern(std::string_view header, const std::vector<std::string>& logs);
+
+}  // namespace quellix
