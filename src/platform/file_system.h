@@ -153,6 +153,10 @@ class Folder {
   // The entry itself; nothing when it is missing. With Detail::kKind attributes and last_write are
   // not asked for.
   virtual std::optional<FileInfo> Look(std::string_view name, Detail detail = Detail::kFull) = 0;
+  // Files below this folder that will soon be looked at (kSize) in the folders which are opened
+  // from it, in about this order: `paths` behind the first `start` bytes of each. What Look then
+  // tells may have been seen a moment before. They must last until it is called with none.
+  virtual void ExpectLooks(std::span<const std::string_view> /*paths*/, size_t /*start*/) {}
   // What the entry is; nothing when it is missing.
   virtual std::optional<FileId> IdOf(std::string_view name) = 0;
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -14,6 +15,8 @@ class PathList {
   void Append(std::string_view folder, std::string_view name = {}, std::string_view end = {});
   std::string_view operator[](size_t index) const { return paths_[index]; }
   size_t size() const { return paths_.size(); }
+  // Valid until a path is added.
+  std::span<const std::string_view> All() const { return paths_; }
   bool empty() const { return paths_.empty(); }
   // Empties the list and gives its memory back.
   void Clear();

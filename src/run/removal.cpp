@@ -165,6 +165,26 @@ void MakeRoom(std::vector<RunEntry>& entries, size_t more) {
   if (more > entries.size() && size > entries.size()) entries.reserve(size);
 }
 
+// While the object lives, the machine may look at a list's files before their turn comes: where
+// each goes in a moment, and where there are enough of them to be worth it.
+class ExpectedLooks {
+ public:
+  ExpectedLooks(const FileList& list, int mode) {
+    if (mode != kDelete || list.PendingFiles.size() < kEnough || !list.folder) return;
+    folder_ = list.folder.get();
+    folder_->ExpectLooks(list.PendingFiles.All(), list.folder_path.size());
+  }
+  ~ExpectedLooks() {
+    if (folder_ != nullptr) folder_->ExpectLooks({}, 0);
+  }
+  ExpectedLooks(const ExpectedLooks&) = delete;
+  ExpectedLooks& operator=(const ExpectedLooks&) = delete;
+
+ private:
+  static constexpr size_t kEnough = 256;
+  Folder* folder_ = nullptr;
+};
+
 void StartProgress(CleaningContext& context, size_t files) {
   RunState& state = context.state;
   ++state.ProgressCounter;
@@ -227,6 +247,7 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
   StartProgress(context, list.PendingFiles.size());
   MakeRoom(state.Entries->all, list.PendingFiles.size());
   WorkingFolder working(context, list, claim);
+  const ExpectedLooks expected(list, state.RemovalMode);
   BackupBatch batch(context);
   std::string status;
   for (size_t i = 0; i < list.PendingFiles.size(); ++i) {

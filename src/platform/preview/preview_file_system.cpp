@@ -1,5 +1,7 @@
 #include "platform/preview/preview_file_system.h"
 
+#include <algorithm>
+
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/preview/preview_folder.h"
@@ -30,6 +32,12 @@ std::unique_ptr<Folder> PreviewFileSystem::OpenFolder(std::string_view path) {
   if (folders_made_ == 0 || IsDriveRoot(path)) return nullptr;
   const std::unique_ptr<Folder> parent = OpenFolder(FolderPart(WithoutBackslash(path)));
   return parent ? parent->OpenFolder(NameOf(path)) : nullptr;
+}
+
+std::string_view PreviewFileSystem::Hold(std::string_view text) {
+  char* const held = static_cast<char*>(memory_.allocate(text.size(), 1));
+  std::ranges::copy(text, held);
+  return {held, text.size()};
 }
 
 std::optional<FileInfo> PreviewFileSystem::Look(std::string_view path, Detail detail) {

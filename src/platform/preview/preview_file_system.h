@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <memory_resource>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -53,22 +54,26 @@ class PreviewFileSystem : public FileSystem {
   };
   // What a name became: hundreds of thousands of them are held.
   struct Node {
-    std::string gone{};                    // what went, as it was named; "" for nothing
-    std::vector<std::string> also_gone{};  // on a volume names may differ in their case alone
-    std::unique_ptr<Made> made{};          // null for nothing
+    std::string_view gone{};                    // what went, as it was named; "" for nothing
+    std::vector<std::string_view> also_gone{};  // on a volume names may differ in their case alone
+    std::unique_ptr<Made> made{};               // null for nothing
   };
   struct HashOfId {
     size_t operator()(const FileId& id) const {
       return id.number[0] * 0x9E3779B97F4A7C15 ^ id.number[1] ^ id.volume;
     }
   };
-  using Nodes = std::unordered_map<std::string, Node>;  // by name in upper case
+  using Nodes = std::pmr::unordered_map<std::string_view, Node>;  // by name in upper case
 
   bool is_changed() const { return !nodes_.empty(); }
+  // The text, for as long as this object lives.
+  std::string_view Hold(std::string_view text);
 
   FileSystem& inner_;
   Shell& shell_;
-  std::unordered_map<FileId, Nodes, HashOfId> nodes_;  // by folder
+  // For what is never given back before the end: names and nodes.
+  std::pmr::monotonic_buffer_resource memory_;
+  std::pmr::unordered_map<FileId, Nodes, HashOfId> nodes_{&memory_};  // by folder
   std::unordered_set<FileId, HashOfId> gone_folders_;
   uint64_t changes_ = 0;  // so far
   uint64_t folders_made_ = 0;

@@ -78,12 +78,15 @@ DiskRoom PreviewFolder::Room() {
 }
 
 PreviewFolder::Node* PreviewFolder::Find(std::string_view name) {
-  const auto here = files_.nodes_.find(id_);
-  if (here == files_.nodes_.end()) return nullptr;
+  if (nodes_ == nullptr) {
+    const auto here = files_.nodes_.find(id_);
+    if (here == files_.nodes_.end()) return nullptr;
+    nodes_ = &here->second;
+  }
   if (looked_ != name) looked_.clear();
   upper_ = UpCase(name);
-  const auto node = here->second.find(upper_);
-  if (node == here->second.end()) return nullptr;
+  const auto node = nodes_->find(upper_);
+  if (node == nodes_->end()) return nullptr;
   return node->second.made || HasGone(node->second, name) ? &node->second : nullptr;
 }
 
@@ -92,7 +95,7 @@ bool PreviewFolder::HasGone(const Node& node, std::string_view name) {
   if (!inner_ || node.gone == name) return true;
   const std::optional<FileId> there = inner_->IdOf(name);
   if (!there) return true;
-  const auto is_it = [&](const std::string& gone) {
+  const auto is_it = [&](std::string_view gone) {
     return !gone.empty() && (gone == name || inner_->IdOf(gone) == there);
   };
   return is_it(node.gone) || std::ranges::any_of(node.also_gone, is_it);
@@ -213,12 +216,16 @@ FileInfo PreviewFolder::NeedFile(std::string_view name) {
 
 void PreviewFolder::Put(std::string_view name, bool is_there, std::optional<Made> made) {
   const bool is_upper_known = IsAsLooked(name) && !upper_.empty();
-  Node& node = files_.nodes_[id_][is_upper_known ? std::move(upper_) : UpCase(name)];
+  if (!is_upper_known) upper_ = UpCase(name);
+  if (nodes_ == nullptr) nodes_ = &files_.nodes_[id_];
+  auto found = nodes_->find(upper_);
+  if (found == nodes_->end()) found = nodes_->try_emplace(files_.Hold(upper_)).first;
+  Node& node = found->second;
   looked_.clear();
   ++files_.changes_;
   if (is_there) {
-    if (!node.gone.empty()) node.also_gone.push_back(std::move(node.gone));
-    node.gone = name;
+    if (!node.gone.empty()) node.also_gone.push_back(node.gone);
+    node.gone = files_.Hold(name);
   }
   node.made.reset();
   if (!made) return;

@@ -24,6 +24,9 @@ class PreviewFolder : public Folder {
   void Enumerate(Detail detail, const EntryVisitor& visit) override;
   std::optional<FileInfo> Look(std::string_view name, Detail detail) override;
   std::optional<FileId> IdOf(std::string_view name) override;
+  void ExpectLooks(std::span<const std::string_view> paths, size_t start) override {
+    if (inner_) inner_->ExpectLooks(paths, start);
+  }
   std::unique_ptr<Folder> OpenFolder(std::string_view names, OpenFor use) override;
   std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override;
   void CreateFolder(std::string_view name) override;
@@ -64,6 +67,7 @@ class PreviewFolder : public Folder {
   std::unique_ptr<Folder> inner_;
   FileId id_;
   std::string path_;
+  PreviewFileSystem::Nodes* nodes_ = nullptr;  // of this folder, once there are any
   // The unchanged file looked at last, and when: who removes it next need not look again.
   std::string looked_;
   std::string upper_;  // of what was found last; of looked_, or "", while that is set

@@ -8,12 +8,18 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace quellix {
 
 // Reads an open folder in large pieces, without the library's own copying and checks.
 class FolderReader {
  public:
+  FolderReader() = default;
+  FolderReader(const FolderReader&) = delete;
+  FolderReader& operator=(const FolderReader&) = delete;
+  ~FolderReader() { Spare() = std::move(buffer_); }
+
   // Reads the next piece, as much as fits; false at the end or on an error.
   bool Fill(int folder) {
     used_ = 0;
@@ -49,8 +55,18 @@ class FolderReader {
   static constexpr size_t kLengthOffset = 16, kTypeOffset = 18, kNameOffset = 19,
                           kLargestRecord = 1024;
   static constexpr size_t kSize = 64 << 10;
-  // Not initialised: only the pages that are used cost memory, also in deep recursions.
-  std::unique_ptr<char[]> buffer_{new char[kSize]};
+  // The one used last, if any is to spare: freeing so large a piece makes the heap look at all of
+  // its small ones. Not initialised: only the pages that are used cost memory.
+  static std::unique_ptr<char[]>& Spare() {
+    static thread_local std::unique_ptr<char[]> spare;
+    return spare;
+  }
+  static std::unique_ptr<char[]> Take() {
+    std::unique_ptr<char[]> buffer = std::move(Spare());
+    return buffer ? std::move(buffer) : std::unique_ptr<char[]>(new char[kSize]);
+  }
+
+  std::unique_ptr<char[]> buffer_ = Take();
   size_t used_ = 0;
   bool at_end_ = false;
   int error_ = 0;

@@ -21,18 +21,6 @@ constexpr int kFolderFlags = O_PATH | kFolder;
 // What one system call may be given; longer paths are walked in pieces.
 constexpr size_t kPieceSize = 4000;
 
-// `access`: O_PATH or O_RDONLY.
-UniqueFd OpenBeneath(int from, const char* path, Mounts mounts, int access) {
-  open_how how = {};
-  how.flags = static_cast<unsigned>(access | kFolder);
-  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
-  if (mounts == Mounts::kStay) how.resolve |= RESOLVE_NO_XDEV;
-  for (;;) {
-    const long fd = syscall(SYS_openat2, from, path, &how, sizeof how);
-    if (fd >= 0 || errno != EAGAIN) return UniqueFd(static_cast<int>(fd));
-  }
-}
-
 // The kernel says ENOTDIR for a link where a folder was asked for; told apart for the message.
 UniqueFd OpenOneFolder(int from, const char* name, Mounts mounts) {
   UniqueFd fd(openat(from, name, kFolderFlags | O_NOFOLLOW));
@@ -79,11 +67,27 @@ bool IsAtOrBelow(std::string_view path, std::string_view folder) {
 
 timespec ToTimespec(const struct statx_timestamp& time) { return {time.tv_sec, time.tv_nsec}; }
 
-// All that lstat tells, and what it does not.
-bool LookAt(Located& entry) {
+constexpr std::array<bool, 256> MakeForbidden() {
+  std::array<bool, 256> forbidden = {};
+  for (size_t c = 0; c < 32; ++c) forbidden[c] = true;
+  for (const char c : std::string_view("\\/:*?\"<>|"))
+    forbidden[static_cast<unsigned char>(c)] = true;
+  return forbidden;
+}
+
+}  // namespace
+
+bool IsUsableName(std::string_view name) {
+  static constexpr std::array<bool, 256> kForbidden = MakeForbidden();
+  const auto is_forbidden = [](char c) { return kForbidden[static_cast<unsigned char>(c)]; };
+  return !name.empty() && name != "." && name != ".." && std::ranges::none_of(name, is_forbidden);
+}
+
+FileId IdFrom(const struct stat& status) { return {status.st_dev, {status.st_ino, 0}}; }
+
+bool See(int folder, const char* name, Seen& entry) {
   struct statx seen;
-  if (statx(entry.folder, entry.name.c_str(), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
-            STATX_BASIC_STATS, &seen) != 0) {
+  if (statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, STATX_BASIC_STATS, &seen) != 0) {
     return false;
   }
   struct stat& status = entry.status;
@@ -104,23 +108,16 @@ bool LookAt(Located& entry) {
   return true;
 }
 
-constexpr std::array<bool, 256> MakeForbidden() {
-  std::array<bool, 256> forbidden = {};
-  for (size_t c = 0; c < 32; ++c) forbidden[c] = true;
-  for (const char c : std::string_view("\\/:*?\"<>|"))
-    forbidden[static_cast<unsigned char>(c)] = true;
-  return forbidden;
+UniqueFd OpenBeneath(int from, const char* path, Mounts mounts, int access) {
+  open_how how = {};
+  how.flags = static_cast<unsigned>(access | kFolder);
+  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
+  if (mounts == Mounts::kStay) how.resolve |= RESOLVE_NO_XDEV;
+  for (;;) {
+    const long fd = syscall(SYS_openat2, from, path, &how, sizeof how);
+    if (fd >= 0 || errno != EAGAIN) return UniqueFd(static_cast<int>(fd));
+  }
 }
-
-}  // namespace
-
-bool IsUsableName(std::string_view name) {
-  static constexpr std::array<bool, 256> kForbidden = MakeForbidden();
-  const auto is_forbidden = [](char c) { return kForbidden[static_cast<unsigned char>(c)]; };
-  return !name.empty() && name != "." && name != ".." && std::ranges::none_of(name, is_forbidden);
-}
-
-FileId IdFrom(const struct stat& status) { return {status.st_dev, {status.st_ino, 0}}; }
 
 VolumeDrive::VolumeDrive(const std::string& folder) : root_(open(folder.c_str(), kFolderFlags)) {
   if (!root_) ThrowErrno(errno, folder);
@@ -197,13 +194,13 @@ bool VolumeDrive::Locate(int folder, std::string_view name, Located& entry) {
   entry.name = name;
   errno = ENOENT;
   if (!IsUsableName(name)) return false;
-  if (LookAt(entry)) return true;
+  if (See(folder, entry.name.c_str(), entry)) return true;
   if (errno != ENOENT) return false;
   for (const bool anew : {false, true}) {
     const std::optional<std::string> found = names_.Find(folder, name, anew);
     if (!found) break;
     entry.name = *found;
-    if (LookAt(entry)) return true;
+    if (See(folder, entry.name.c_str(), entry)) return true;
   }
   entry.name = name;
   errno = ENOENT;

@@ -21,13 +21,16 @@ struct AttributeSupport {
 // Whether a disk that is mounted in a folder on the way is entered.
 enum class Mounts { kStay, kEnter };
 
-// One entry of an open folder, which whoever holds this keeps open: its name there, and what lstat
-// tells.
-struct Located {
+// What lstat tells, and whether an entry is kept from removal by an attribute of its own.
+struct Seen {
+  struct stat status = {};
+  bool is_immutable = false;
+};
+
+// One entry of an open folder, which whoever holds this keeps open.
+struct Located : Seen {
   int folder = -1;
   std::string name;  // as spelled on the disk; "." is the folder itself
-  struct stat status = {};
-  bool is_immutable = false;  // kept from removal by an attribute of its own
 };
 
 // A folder of this system that stands for one drive. Names are looked up as they are spelled, and,
@@ -77,5 +80,12 @@ class VolumeDrive {
 bool IsUsableName(std::string_view name);
 
 FileId IdFrom(const struct stat& status);
+
+// A link is not followed; false with errno set.
+bool See(int folder, const char* name, Seen& seen);
+
+// A folder below an open one, through no link, by names joined with "/"; ENOSYS where the system
+// has no such call. `access`: O_PATH or O_RDONLY.
+UniqueFd OpenBeneath(int from, const char* path, Mounts mounts, int access);
 
 }  // namespace quellix

@@ -70,7 +70,9 @@ bool VolumeFileSystem::Find(std::string_view path, UniqueFd& folder, Located& en
   if (!folder || !parts->name.empty()) {
     return folder && parts->drive->Locate(folder.get(), parts->name, entry);
   }
-  entry = {folder.get(), ".", {}};
+  entry = {};
+  entry.folder = folder.get();
+  entry.name = ".";
   return fstat(folder.get(), &entry.status) == 0;
 }
 

@@ -11,6 +11,7 @@
 
 #include "platform/path.h"
 #include "platform/volume/entry_info.h"
+#include "platform/volume/look_ahead.h"
 #include "platform/volume/replaced_file.h"
 #include "platform/volume/volume_attributes.h"
 #include "platform/volume/volume_enumeration.h"
@@ -87,9 +88,10 @@ bool VolumeFolder::IsFolderLink(const Located& entry) {
 }
 
 FileId VolumeFolder::Id() {
+  if (id_) return *id_;
   struct stat status;
   if (fstat(fd(), &status) != 0) ThrowErrno(errno, path_);
-  return IdFrom(status);
+  return *(id_ = IdFrom(status));
 }
 
 std::vector<FileId> VolumeFolder::Above() {
@@ -127,10 +129,25 @@ void VolumeFolder::Enumerate(Detail detail, const EntryVisitor& visit) {
   if (code != 0) ThrowErrno(code, path_);
 }
 
+void VolumeFolder::ExpectLooks(std::span<const std::string_view> paths, size_t start) {
+  if (ahead_) ahead_->End();
+  ahead_ = paths.empty() ? nullptr : std::make_shared<LookAhead>(fd(), paths, start);
+}
+
+bool VolumeFolder::TakeExpected(std::string_view name, Located& entry) {
+  const std::optional<Seen> seen = ahead_ ? ahead_->Take(Id(), name) : std::nullopt;
+  if (!seen) return false;
+  static_cast<Seen&>(entry) = *seen;
+  entry.folder = fd();
+  entry.name = name;
+  return true;
+}
+
 std::optional<FileInfo> VolumeFolder::Look(std::string_view name, Detail detail) {
   Located entry = std::move(looked_);  // for the room that its name has
   looked_.name.clear();
-  if (!Find(name, entry)) return std::nullopt;
+  const bool is_expected = detail == Detail::kSize && TakeExpected(name, entry);
+  if (!is_expected && !Find(name, entry)) return std::nullopt;
   const FileInfo info = MakeInfo(entry, drive_.attribute_support(), detail);
   if (!info.is_folder) looked_ = std::move(entry);
   return info;
@@ -147,6 +164,7 @@ std::unique_ptr<Folder> VolumeFolder::OpenFolder(std::string_view names, OpenFor
   if (below) {
     auto folder = std::make_unique<VolumeFolder>(files_, drive_, std::move(below), PathOf(names));
     folder->is_unread_ = use == OpenFor::kListing;
+    folder->ahead_ = ahead_;
     return folder;
   }
   RequireMissing(errno, PathOf(names));

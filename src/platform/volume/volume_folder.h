@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -7,6 +8,7 @@
 
 namespace quellix {
 
+class LookAhead;
 class VolumeFileSystem;
 
 // A folder of a mounted volume, held by a descriptor that no rename or replacement moves. Below it
@@ -38,6 +40,9 @@ class VolumeFolder : public Folder {
   void Recycle(std::string_view name) override;
   void SetAttributes(std::string_view name, uint32_t attributes) override;
 
+  // On a thread of its own, where the system has the calls for it.
+  void ExpectLooks(std::span<const std::string_view> paths, size_t start) override;
+
   // Beyond the port.
   int fd() const { return fd_.get(); }
   // Creates or replaces a file in one step, as FileSystem::WriteWholeFile; `fill` writes the new
@@ -56,6 +61,7 @@ class VolumeFolder : public Folder {
   Located Need(std::string_view name);
   bool FindPlace(std::string_view name, Located& entry);
   bool IsFolderLink(const Located& entry);
+  bool TakeExpected(std::string_view name, Located& entry);
   std::string PathNow() const;
 
   VolumeFileSystem& files_;
@@ -63,6 +69,8 @@ class VolumeFolder : public Folder {
   UniqueFd fd_;
   bool is_unread_ = false;  // fd_ may be for reading, and stands at its beginning
   std::string path_;
+  std::optional<FileId> id_;          // once it was asked for
+  std::shared_ptr<LookAhead> ahead_;  // of a folder above, or of this one
   // The file looked at last: who removes it next need not look again.
   Located looked_;
   std::optional<int> holds_names_;  // errno of whoever removes something here; 0 for none

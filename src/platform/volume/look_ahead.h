@@ -1,0 +1,52 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <thread>
+
+#include "platform/volume/volume_drive.h"
+
+namespace quellix {
+
+// Looks at files that will soon be asked for, on a thread of its own, and is never far ahead of
+// whoever asks. Follows no link below the folder and enters no other disk. What it cannot tell is
+// left to who asks; what it tells was so a moment ago.
+class LookAhead {
+ public:
+  // `paths` lie below the open folder, behind the first `start` bytes of each, in the order in
+  // which they will be asked for; they must last until End.
+  LookAhead(int folder, std::span<const std::string_view> paths, size_t start);
+  ~LookAhead() { End(); }
+
+  // What was seen of a file in the folder `id`; nothing when it is not known or not its turn.
+  std::optional<Seen> Take(const FileId& id, std::string_view name);
+  // Nothing is known any more.
+  void End();
+
+ private:
+  static constexpr size_t kMostAhead = 1024;
+  struct Slot {
+    std::atomic<size_t> number{0};  // of the path that is seen here, from 1 on
+    FileId folder;
+    Seen seen;
+  };
+  struct Place;
+
+  void Run();
+  void LookAt(size_t number, Place& place);
+  bool Advance(size_t& number);
+  void MoveOnTo(size_t number);
+  bool IsIn(size_t number, const FileId& id, std::string_view name) const;
+
+  UniqueFd base_;
+  std::span<const std::string_view> paths_;
+  size_t start_;
+  std::array<Slot, kMostAhead> slots_;
+  std::atomic<size_t> behind_{0};  // how many paths who asks has left behind
+  std::thread thread_;             // the last, because it uses all the others
+};
+
+}  // namespace quellix
