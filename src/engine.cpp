@@ -47,6 +47,7 @@ std::string Engine::Load(Tips* tips) {
 void Engine::ClearLeftovers() {
   const std::string folders[] = {machine_.program_folder, state_.BackupFolder};
   quellix::ClearLeftovers(machine_.files, folders);
+  machine_.registry.ClearLeftovers();
 }
 
 void Engine::ApplyGeneralSettings() {

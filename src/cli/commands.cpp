@@ -64,6 +64,10 @@ void ConsoleCommands::AddMachineOptions(CLI::App& command) {
   command.add_option("--user", options.user, "Whose traces to clean")
       ->type_name("NAME")
       ->group(kMachine);
+  command
+      .add_flag("--keep-hives", options.keep_hives,
+                "Leave the originals of changed registry hives beside them, as NAME.quellix-old")
+      ->group(kMachine);
 }
 
 int Fail(std::string_view sentence, ExitCode code) {

@@ -81,5 +81,6 @@ void AddSearchCommand(ConsoleCommands& commands);    // search
 void AddKeepCommands(ConsoleCommands& commands);     // keep list, add, remove
 void AddWindowsCommands(ConsoleCommands& commands);  // windows list, preview, process
 void AddRegistryCommand(ConsoleCommands& commands);  // registry
+void AddVolumesCommand(ConsoleCommands& commands);   // volumes, where they are worked on
 
 }  // namespace quellix

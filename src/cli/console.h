@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/machine.h"
+#include "platform/surveyed_volume.h"
 #include "run/exit_code.h"
 
 namespace quellix {
@@ -17,6 +18,7 @@ struct MachineOptions {
   std::vector<std::string> drives;  // "D:=DIR"
   std::string user;                 // "" for the only one
   std::string settings;             // folder of Settings.ini, "" for the usual place
+  bool keep_hives = false;          // leave the originals of changed registry hives beside them
 };
 
 // A machine with the ports it owns.
@@ -33,6 +35,9 @@ struct ConsolePlatform {
   bool can_ask = false;         // standard input and standard error are
   // Throws Error with a sentence for the user.
   std::function<std::unique_ptr<OpenMachine>(const MachineOptions&)> open;
+  // Where it works on volumes: what is in a place, by Error when there is none, and where to look.
+  std::function<SurveyedVolume(const std::string& place)> survey = {};
+  std::function<std::vector<std::string>()> mounted_places = {};
 };
 
 // quellixctl: parses the arguments, does the command, prints to standard output and error. Ctrl-C

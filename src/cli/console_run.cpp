@@ -23,13 +23,6 @@ class PreviewView : public ConsoleView {
   void ShowReport(const RunReport&) override {}
 };
 
-// Names in a hive may hold what a terminal would obey.
-std::string Printable(std::string text) {
-  std::ranges::replace_if(
-      text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
-  return text;
-}
-
 std::string Count(size_t count, const std::string& one) {
   return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
 }
@@ -51,6 +44,12 @@ void PrintTotals(std::ostream& out, const RunEntries& entries, const Locale& loc
 }
 
 }  // namespace
+
+std::string Printable(std::string text) {
+  std::ranges::replace_if(
+      text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+  return text;
+}
 
 void LoadEngine(Engine& engine, bool removes) {
   std::cerr << engine.Load();

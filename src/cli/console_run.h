@@ -10,6 +10,9 @@
 
 namespace quellix {
 
+// Without what a terminal would obey, which names in a hive may hold.
+std::string Printable(std::string text);
+
 enum class RunKind {
   kReal,
   kPreview,

@@ -7,6 +7,7 @@
 #include "cli/console.h"
 #include "platform/error.h"
 #include "platform/volume/volume_machine.h"
+#include "platform/volume/volume_survey.h"
 
 namespace {
 
@@ -40,11 +41,11 @@ class MountedMachine : public quellix::OpenMachine {
  public:
   MountedMachine(const quellix::MachineOptions& options, bool& is_stored)
       : is_stored_(is_stored),
-        mounted_(
-            {.volume = options.volume,
-             .drives = ParseDrives(options.drives),
-             .user = options.user,
-             .settings = options.settings.empty() ? UsualSettingsFolder() : options.settings}) {}
+        mounted_({.volume = options.volume,
+                  .drives = ParseDrives(options.drives),
+                  .user = options.user,
+                  .settings = options.settings.empty() ? UsualSettingsFolder() : options.settings,
+                  .keep_hives = options.keep_hives}) {}
   // Whoever changed the registry has seen to it that it is stored; what nobody did is not lost
   // without a word.
   ~MountedMachine() override {
@@ -70,8 +71,11 @@ int main(int argc, char** argv) {
       {argv + 1, argv + argc}, {.works_on_volumes = true,
                                 .shows_progress = isatty(STDERR_FILENO) == 1,
                                 .can_ask = isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1,
-                                .open = [&is_stored](const quellix::MachineOptions& options) {
-                                  return std::make_unique<MountedMachine>(options, is_stored);
-                                }});
+                                .open =
+                                    [&is_stored](const quellix::MachineOptions& options) {
+                                      return std::make_unique<MountedMachine>(options, is_stored);
+                                    },
+                                .survey = quellix::SurveyVolume,
+                                .mounted_places = quellix::MountedPlaces});
   return is_stored ? code : int{quellix::kFailed};
 }

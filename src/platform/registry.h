@@ -115,6 +115,10 @@ class Registry {
  public:
   virtual ~Registry() = default;
 
+  // Clears away what killed runs left beside that which the registry stores, for a run that is to
+  // change something. Throws Error.
+  virtual void ClearLeftovers() {}
+
   // Null when the key is missing; throws Error as RegistryKey::Open does, also when a hive is
   // damaged.
   virtual std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,

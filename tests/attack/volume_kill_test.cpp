@@ -3,6 +3,8 @@
 #include "attack/volume_traced_run.h"
 #include "cli/console_fixture.h"
 #include "platform/path.h"
+#include "platform/text.h"
+#include "platform/volume/hive_check.h"
 #include "support/hive_file.h"
 #include "support/volume_seed.h"
 
@@ -27,6 +29,10 @@ struct Kill : testing::Test {
     test_->SetText(RegistryRoot::kCurrentUser, kMru, "MRUList", "a");
     test_->SetText(RegistryRoot::kCurrentUser, kMru, "a", "cmd\\1");
     test_->CloseHives();
+    // A log as a running Windows leaves it, with what the hive holds already.
+    const std::string hive = ReadNative(user_hive_);
+    WriteNative(user_hive_ + ".LOG1",
+                HiveLog(hive, HiveLogEntry(HiveSequence(user_hive_), "", hive)));
   }
   std::vector<std::string> Arguments(const std::vector<std::string>& command) {
     return With(command, MachineArguments(*test_));
@@ -67,12 +73,15 @@ struct Kill : testing::Test {
     for (const std::string& root : {test_->options().volume, test_->options().settings}) {
       for (const auto& entry : fs::recursive_directory_iterator(root)) {
         EXPECT_FALSE(IsTemporaryName(entry.path().filename().string())) << entry.path();
+        EXPECT_NE(entry.path().extension(), ".quellix-old") << entry.path();
       }
     }
   }
 
   std::unique_ptr<VolumeTestMachine> test_ = VolumeTestMachine::CreateVolume();
   const std::string temp_ = std::string("C:\\Users\\") + kTesterName + "\\AppData\\Local\\Temp\\";
+  const std::string user_hive_ =
+      test_->Native(std::string("C:\\Users\\") + kTesterName + "\\NTUSER.DAT");
   const std::string mine_ = test_->Scratch() + "mine";
   std::map<std::string, std::string> contents_;
 };
@@ -92,6 +101,7 @@ TEST_F(Kill, EveryFileIsOnTheDiskOrInTheArchiveAndTheNextRunFinishes) {
     fs::remove_all(Backups());
     Seed();
     killed += CleanKilledAt(change, "backup").killed;
+    EXPECT_TRUE(IsSoundHive(ReadNative(user_hive_)));
     ExpectNothingLost();
     EXPECT_EQ(CleanKilledAt(SIZE_MAX, "backup").exit_code, 0);
     EXPECT_TRUE(test_->Tree(temp_).empty() && test_->Tree(mine_).empty());
@@ -99,6 +109,9 @@ TEST_F(Kill, EveryFileIsOnTheDiskOrInTheArchiveAndTheNextRunFinishes) {
     test_->CloseHives();
     ExpectNothingLost();
     ExpectNothingLyingAbout();
+    for (const char* file : {"", ".LOG1"}) {
+      EXPECT_EQ(ReadNative(user_hive_ + file).find(ToUtf16Bytes("cmd\\1")), std::string::npos);
+    }
     if (HasFailure()) break;
   }
   EXPECT_GE(killed * 4, rounds * 3);

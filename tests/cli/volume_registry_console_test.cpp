@@ -14,6 +14,10 @@ constexpr const char* kServices = "SYSTEM\\ControlSet001\\Services\\Qx Probe";
 struct VolumeRegistryConsoleTest : Console<RegistryFixture> {
   VolumeTestMachine& volume() { return dynamic_cast<VolumeTestMachine&>(*machine); }
   std::string UserHive() { return volume().Native("C:\\Users\\Quellix Tester\\NTUSER.DAT"); }
+  std::string ClassesHive() {
+    return volume().Native(
+        "C:\\Users\\Quellix Tester\\AppData\\Local\\Microsoft\\Windows\\UsrClass.dat");
+  }
   // Writes `to` over each `from` of the same length in a hive file.
   void Bend(const std::string& file, const std::string& from, const std::string& to) {
     StoreMachine(*machine);
@@ -71,17 +75,19 @@ TEST_F(VolumeRegistryConsoleTest, AnItemWhoseChangesDoNotReachTheDiskFails) {
 
 TEST_F(VolumeRegistryConsoleTest, ReferencesThatStayAreCountedAndEndInOne) {
   machine->SetText(kUser, "Qx1", "goes", scratch + "none");
-  machine->SetText(kUser, "Qx2", "stays", scratch + "none");
-  // A value of its key cannot be kept by a writer, so the key is only read.
-  machine->SetText(kUser, "Qx2", "QxNameWithNul", "x");
+  machine->SetText(kUser, "Qx1", "QxNameWithNul", "x");
   Bend(UserHive(), "QxNameWithNul", std::string("QxName\0ithNul", 13));
+  const std::string stays = "Software\\Classes\\Qx2";  // in a hive of its own
+  machine->SetText(kUser, stays, "stays", scratch + "none");
   Set(kMachine, kServices, "ImagePath", Text(scratch + "none.sys"));
+  StoreMachine(*machine);
+  SetHiveDirty(ClassesHive(), true);
   Expect({"registry", "file-references", "--thorough", "--delete"}, 1,
          {"2 reference(s) in keys that Windows depends on are left\n", ", 1 could not be deleted\n",
           "1 reference(s) could not be deleted: "});
-  EXPECT_TRUE(machine->ValueNames(kUser, "Qx1").empty());
-  const auto names = machine->ValueNames(kUser, "Qx2");
-  EXPECT_TRUE(std::ranges::count(names, "stays"));
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), (Names{std::string("QxName\0ithNul", 13)}))
+      << "what no other name could be given is no obstacle";
+  EXPECT_EQ(machine->ValueNames(kUser, stays), Names{"stays"});
   EXPECT_EQ(machine->ValueNames(kMachine, kServices), std::vector<std::string>{"ImagePath"});
 }
 

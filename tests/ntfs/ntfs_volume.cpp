@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "platform/text.h"
+#include "support/hive_file.h"
 
 namespace quellix {
 namespace {
@@ -62,6 +63,11 @@ void NtfsVolume::Mount(const std::string& options) {
 void NtfsVolume::Remount(const std::string& options) {
   if (umount2(path().c_str(), 0) != 0) throw std::runtime_error("the volume is in use");
   Mount(options);
+}
+
+std::string NtfsVolume::Bytes() {
+  Remount("rw");
+  return ReadNative(Image());
 }
 
 std::string NtfsAttribute(const std::string& file, const char* name) {

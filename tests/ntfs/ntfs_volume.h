@@ -23,10 +23,13 @@ class NtfsVolume {
   std::string Beside(const std::string& name) const { return home_->path() + "/" + name; }
   // Mounts it anew, with options of ntfs-3g.
   void Remount(const std::string& options);
+  // The file that holds it.
+  std::string Image() const { return image_folder_->path() + "/image"; }
+  // Every byte of it, as the disk holds it.
+  std::string Bytes();
 
  private:
   void Mount(const std::string& options);
-  std::string Image() const { return image_folder_->path() + "/image"; }
 
   std::optional<TemporaryFolder> home_, image_folder_;
   std::string old_tmpdir_;

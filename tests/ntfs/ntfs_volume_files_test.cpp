@@ -61,6 +61,8 @@ TEST_F(NtfsFiles, AReplacedFileKeepsWhatNtfsKeepsOfIt) {
          paths.user = "C:\\NTUSER.DAT";
          VolumeRegistry registry(*files_, paths);
          registry.Create(RegistryRoot::kCurrentUser, "Key")->Flush();
+         registry.Create(RegistryRoot::kCurrentUser, "Another key")->Flush();
+         registry.CloseHives();
        }}};
   for (const auto& [what, replace] : kRows) {
     SCOPED_TRACE(what);

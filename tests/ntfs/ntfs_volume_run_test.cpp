@@ -32,7 +32,7 @@ struct NtfsRun : testing::Test {
     const auto key = machine.machine().registry.Create(RegistryRoot::kCurrentUser, kMru);
     key->SetValue("MRUList", {kRegSz, ToUtf16Bytes("a") + std::string(2, '\0')});
     key->SetValue("a", {kRegSz, ToUtf16Bytes("cmd\\1") + std::string(2, '\0')});
-    key->Flush();
+    machine.registry().CloseHives();
   }
   VolumeOptions options() { return {volume_->path(), {}, "", volume_->Beside("settings")}; }
   std::string Temp(const std::string& name) {
@@ -94,6 +94,27 @@ TEST_F(NtfsRun, AWholeRunCleansAndKeepsTheHivesAccessList) {
   EXPECT_EQ(ReadNative(volume_->path() + "/outside/kept"), "kept");
 }
 
+// In the bytes of the whole disk: hive, logs, the hive before, and what was written meanwhile.
+TEST_F(NtfsRun, WhatIsDeletedFromTheRegistryIsNowhereOnTheDisk) {
+  const std::string secret = "QxSecretCommand", wide = ToUtf16Bytes(secret);
+  const std::string hive = volume_->path() + "/Users/" + kTesterName + "/NTUSER.DAT";
+  {
+    VolumeMachine machine(options());
+    const auto key = machine.machine().registry.Create(RegistryRoot::kCurrentUser, kMru);
+    key->SetValue("b", {kRegSz, wide + std::string(2, '\0')});
+    machine.registry().CloseHives();
+  }
+  const std::string bytes = ReadNative(hive);
+  WriteNative(hive + ".LOG1", HiveLog(bytes, HiveLogEntry(HiveSequence(hive), "", bytes)));
+  ASSERT_NE(volume_->Bytes().find(wide), std::string::npos);
+  const ProgramResult result = Run({"clean", "--item", "CleanRunMRU"});
+  EXPECT_EQ(result.exit_code, 0) << result.output;
+  EXPECT_FALSE(HasMru());
+  const std::string disk = volume_->Bytes();
+  EXPECT_EQ(disk.find(wide), std::string::npos);
+  EXPECT_EQ(disk.find(secret), std::string::npos);
+}
+
 TEST_F(NtfsRun, WhatTheDiskDoesNotTakeIsSaidAndNothingGoes) {
   const std::tuple<const char*, const char*, std::function<void()>, std::vector<std::string>>
       kRows[] = {{"read-only",
@@ -128,6 +149,37 @@ TEST_F(NtfsRun, WhatTheDiskDoesNotTakeIsSaidAndNothingGoes) {
     EXPECT_TRUE(Holds(result.output, told));
     EXPECT_TRUE(HasMru());
     EXPECT_EQ(Snapshot(!is_full), before);
+  }
+}
+
+TEST_F(NtfsRun, WhatStandsInTheWayOfCleaningIsTold) {
+  const auto fix = [this](const std::string& options) {
+    volume_->Remount("ro");
+    ASSERT_EQ(std::system(("PATH=$PATH:/usr/sbin ntfsfix " + options + " '" + volume_->Image() +
+                           "' > /dev/null 2>&1")
+                              .c_str()),
+              0);
+    volume_->Remount("rw");
+  };
+  const std::tuple<const char*, std::function<void()>, const char*> kRows[] = {
+      {"nothing", [&] { fix("-d"); }, ""},
+      {"not closed", [&] { fix(""); }, "not closed properly"},
+      {"read-only", [this] { volume_->Remount("ro"); }, "mounted read-only"},
+      {"hibernated",
+       [this] {
+         volume_->Remount("rw");
+         WriteNative(volume_->path() + "/hiberfil.sys", "hibr" + std::string(8188, '\0'));
+         volume_->Remount("rw");
+       },
+       "as ntfs-3g does by itself"}};
+  for (const auto& [row, prepare, told] : kRows) {
+    SCOPED_TRACE(row);
+    prepare();
+    const ProgramResult result = RunQuellixctl({"volumes", volume_->path()});
+    EXPECT_EQ(result.exit_code, 0) << result.output;
+    EXPECT_TRUE(Holds(result.output, told));
+    EXPECT_TRUE(*told != '\0' || result.output.find("hindrance") == std::string::npos)
+        << result.output;
   }
 }
 

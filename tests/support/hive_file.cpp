@@ -150,7 +150,10 @@ std::string HiveVectorLog(const std::string& before, const std::string& after) {
     if (changed) pages += after.substr(at, kPage);
   }
   vector.resize((vector.size() + kSector - 1) / kSector * kSector);
-  return LogHeader(after, 1) + vector + pages;
+  std::string header = LogHeader(after, 1);
+  header.replace(12, 8, before, 12, 8);  // the time that both were last written, of this writing
+  PutChecksum(header);
+  return header + vector + pages;
 }
 
 unsigned HiveSequence(const std::string& file) { return Get32(ReadNative(file), kSecondSequence); }

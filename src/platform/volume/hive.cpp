@@ -4,12 +4,16 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <utility>
 
 #include "platform/damaged.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/volume/entry_info.h"
 #include "platform/volume/hive_check.h"
 #include "platform/volume/hive_format.h"
+#include "platform/volume/hive_store.h"
 #include "platform/volume/volume_error.h"
 #include "platform/volume/volume_random_file.h"
 
@@ -22,12 +26,8 @@ struct Freeer {
 template <class T>
 using Allocated = std::unique_ptr<T, Freeer>;
 
-// Deeper than Windows allows.
-constexpr size_t kMostLevels = 520;
-
-// Data beyond the first limit may be stored in pieces, which hivex reads but does not write; beyond
-// the second it writes none at all.
-constexpr size_t kMostInOnePiece = hive_format::kMostInPiece, kMostWritten = 999'000;  // bytes
+// Deeper than Windows allows, and what it allows in UTF-16.
+constexpr size_t kMostLevels = 520, kLongestKeyName = 255, kLongestValueName = 16383;
 
 std::string ProcPath(int fd) { return "/proc/self/fd/" + std::to_string(fd); }
 
@@ -39,13 +39,36 @@ uint32_t FromHiveType(const hive_type& type) {
   return number;
 }
 
-hive_set_value MakeSetValue(const Hive::Value& value) {
-  hive_set_value result = {};
-  result.key = const_cast<char*>(value.name.c_str());
-  std::memcpy(&result.t, &value.type, sizeof value.type);
-  result.len = value.bytes.size();
-  result.value = const_cast<char*>(value.bytes.data());
-  return result;
+// Whether hivex reads every key, value and datum of a hive that is put together as one must be.
+bool ReadsWhole(hive_h* hive) {
+  struct Step {
+    HiveNode node;
+    size_t level;
+  };
+  std::vector<Step> open = {{hivex_root(hive), 1}};
+  while (!open.empty()) {
+    const Step step = open.back();
+    open.pop_back();
+    const Allocated<hive_value_h> values(hivex_node_values(hive, step.node));
+    const Allocated<hive_node_h> nodes(hivex_node_children(hive, step.node));
+    if (step.level > kMostLevels || !values || !nodes) return false;
+    for (const hive_value_h* value = values.get(); *value != 0; ++value) {
+      hive_type type;
+      size_t size = 0;
+      const Allocated<char> bytes(hivex_value_value(hive, *value, &type, &size));
+      if (!bytes) return false;
+    }
+    for (const hive_node_h* node = nodes.get(); *node != 0; ++node) {
+      open.push_back({*node, step.level + 1});
+    }
+  }
+  return true;
+}
+
+int64_t Now() {
+  timespec now;
+  clock_gettime(CLOCK_REALTIME, &now);
+  return ToFileTime(now);
 }
 
 }  // namespace
@@ -53,8 +76,7 @@ hive_set_value MakeSetValue(const Hive::Value& value) {
 std::shared_ptr<Hive> Hive::Open(VolumeFileSystem& files, const std::string& path) {
   HiveState state = OpenHiveState(files, path);
   if (!state.fd) return nullptr;
-  const int flags = state.read_only_reason.empty() ? HIVEX_OPEN_WRITE : 0;
-  std::unique_ptr<hive_h, Closer> hive(hivex_open(ProcPath(state.fd.get()).c_str(), flags));
+  std::unique_ptr<hive_h, Closer> hive(hivex_open(ProcPath(state.fd.get()).c_str(), 0));
   if (!hive && errno == ENOMEM) ThrowErrno(errno, path);
   if (!hive) throw Damaged("The registry hive is damaged: " + path);
   return std::shared_ptr<Hive>(new Hive(files, path, std::move(state), std::move(hive)));
@@ -66,8 +88,7 @@ Hive::Hive(VolumeFileSystem& files, std::string path, HiveState state,
       path_(std::move(path)),
       state_(std::move(state)),
       hive_(std::move(hive)),
-      root_(hivex_root(hive_.get())),
-      minor_version_(ReadNumber(state_.fd.get(), hive_format::kMinorVersion)) {
+      root_(hivex_root(hive_.get())) {
   if (root_ == 0) ThrowDamaged();
 }
 
@@ -80,35 +101,19 @@ Hive::~Hive() {
 
 void Hive::ThrowDamaged() const { throw Damaged("The registry hive is damaged: " + path_); }
 
-// Every key, value and datum is read once: hivex writes what it holds, sound or not.
-void Hive::LookThrough() {
-  struct Step {
-    HiveNode node;
-    size_t level;
-  };
-  std::string bytes;
-  std::vector<Step> open = {{root_, 1}};
-  while (!open.empty()) {
-    const Step step = open.back();
-    open.pop_back();
-    if (step.level > kMostLevels) ThrowDamaged();
-    for (const Value& value : Values(step.node)) ReadBytes(value, bytes);
-    for (const HiveNode child : Children(step.node).nodes) open.push_back({child, step.level + 1});
-  }
-}
-
 void Hive::RequireWritable() {
-  if (!is_looked_through_ && state_.read_only_reason.empty()) {
-    is_looked_through_ = true;
+  if (!editor_ && state_.read_only_reason.empty()) {
     files_.RequireWritable(path_);
-    try {
-      LookThrough();
-      if (!IsSoundHive(ReadAll(state_.fd.get(), kLargestHive, path_))) ThrowDamaged();
-    } catch (const Error&) {
+    std::string bytes = ReadAll(state_.fd.get(), kLargestHive, path_);
+    if (IsSoundHive(bytes) && ReadsWhole(hive_.get())) {
+      editor_.emplace(std::move(bytes));
+    } else {
       state_.read_only_reason = "The registry hive is damaged, so it is only read: " + path_;
     }
   }
-  if (!state_.read_only_reason.empty()) throw Error(Error::Kind::kDenied, state_.read_only_reason);
+  if (!state_.read_only_reason.empty()) {
+    throw Error(Error::Kind::kDenied, state_.read_only_reason);
+  }
 }
 
 Hive::Content& Hive::Cached(HiveNode node) {
@@ -168,15 +173,13 @@ const HiveNode* Hive::FindChild(HiveNode node, const std::string& name) {
   return &content.nodes[found->second];
 }
 
-void Hive::ForgetChildren(HiveNode node) {
-  Content& content = Cached(node);
-  content.has_children = false;
-  content.names.clear();
-  content.nodes.clear();
+Hive::Content& Hive::ChangedChildren(HiveNode parent) {
+  Content& content = Children(parent);
+  content.changed = true;
   content.by_upper_name.clear();
   content.last_found = 0;
-  changed_ = true;
   ++generation_;
+  return content;
 }
 
 std::optional<HiveNode> Hive::Descend(HiveNode from, std::string_view path) {
@@ -192,10 +195,13 @@ std::optional<HiveNode> Hive::Descend(HiveNode from, std::string_view path) {
 std::string Hive::PathOf(HiveNode node) const {
   std::string path;
   for (size_t level = 0; node != root_; ++level) {
-    const Allocated<char> name(hivex_node_name(hive_.get(), node));
-    node = hivex_node_parent(hive_.get(), node);
-    if (!name || node == 0 || level > kMostLevels) ThrowDamaged();
-    path.insert(0, name.get()).insert(0, "\\");
+    const auto made = made_.find(node);
+    const bool is_made = made != made_.end();
+    const Allocated<char> name(is_made ? nullptr : hivex_node_name(hive_.get(), node));
+    if ((!is_made && !name) || level > kMostLevels) ThrowDamaged();
+    path.insert(0, is_made ? made->second.name : std::string(name.get())).insert(0, "\\");
+    node = is_made ? made->second.parent : hivex_node_parent(hive_.get(), node);
+    if (node == 0) ThrowDamaged();
   }
   return path;
 }
@@ -208,7 +214,8 @@ Hive::Value Hive::LoadValue(hive_value_h handle) const {
   hive_type type;
   if (hivex_value_type(hive_.get(), handle, &type, &value.size) != 0) ThrowDamaged();
   value.type = FromHiveType(type);
-  value.stored = handle;
+  value.cell = handle;
+  value.is_stored = true;
   if (name) value.name.assign(name.get(), hivex_value_key_len(hive_.get(), handle));
   return value;
 }
@@ -258,68 +265,57 @@ std::string Hive::Bytes(const Value& value) const {
 
 void Hive::ReadBytes(const Value& value, std::string& bytes) const {
   bytes = value.bytes;
-  if (value.stored == 0 || value.size == 0) return;
+  if (!value.is_stored || value.size == 0) return;
   hive_type type;
   size_t size = 0;
-  const Allocated<char> stored(hivex_value_value(hive_.get(), value.stored, &type, &size));
+  const Allocated<char> stored(hivex_value_value(hive_.get(), value.cell, &type, &size));
   if (!stored) ThrowDamaged();
   bytes.assign(stored.get(), size);
 }
 
-void Hive::RequireStorable(const Content& content, const Value* but) const {
-  const size_t limit =
-      minor_version_ < hive_format::kFirstVersionWithPieces ? kMostWritten : kMostInOnePiece;
-  for (const Value& value : content.values) {
-    if (&value == but || value.size <= limit) continue;
-    throw Error(
-        Error::Kind::kOther,
-        "A value of this key is too large to be written, so the key is only read: " + path_);
+// What an edit left half done is never stored, nor is anything after it.
+template <class Change>
+auto Hive::Edit(const Change& change) {
+  RequireWritable();
+  try {
+    changed_ = true;
+    return change(*editor_);
+  } catch (const UnsoundHive&) {
+    state_.read_only_reason = "The registry hive is damaged, so it is only read: " + path_;
+  } catch (const Error& error) {
+    state_.read_only_reason = error.what() + (": " + path_);
   }
+  throw Error(Error::Kind::kOther, state_.read_only_reason);
 }
 
-// hivex sets all values of a key at once, so the unchanged ones are held ready too, all but the one
-// that goes. A name it cannot give back whole would be lost by that.
-Hive::Content& Hive::ChangeableValues(HiveNode node, const Value* but) {
-  RequireWritable();
-  Content& content = LoadedValues(node);
-  RequireStorable(content, but);
-  if (content.changed) return content;
-  std::vector<Value> values = content.values;
-  for (Value& value : values) {
-    const Allocated<char> name(hivex_value_key(hive_.get(), value.stored));
-    if (!name || value.name.find('\0') != std::string::npos) {
-      throw Error(Error::Kind::kOther,
-                  "A value name of this key cannot be kept, so the key is only read: " + path_);
-    }
-    value.bytes = Bytes(value);
-    value.stored = 0;
-  }
-  content.values = std::move(values);
-  content.changed = changed_ = true;
-  return content;
+// As Windows would refuse it.
+void Hive::RequireUsableName(std::string_view name, size_t most) const {
+  if (name.find('\0') == name.npos && ToUtf16(name).size() <= most) return;
+  throw Error(Error::Kind::kOther, "Such a name cannot be written to the registry: " + path_);
 }
 
 void Hive::SetValue(HiveNode node, std::string_view name, const RegistryValue& value) {
   RequireWritable();
-  Content probe;
-  probe.values.push_back({std::string(name), value.type, value.bytes.size(), 0, {}});
-  RequireStorable(probe, nullptr);
-  if (name.find('\0') != name.npos) {
-    throw Error(Error::Kind::kOther, "A value name with a NUL inside cannot be written: " + path_);
-  }
-  const Value* found = FindValue(node, name);
-  Content& content = ChangeableValues(node, found);
-  found = FindValue(node, name);
+  RequireUsableName(name, kLongestValueName);
+  const Value* const found = FindValue(node, name);
+  Content& content = LoadedValues(node);
   const size_t at =
       found ? static_cast<size_t>(found - content.values.data()) : content.values.size();
+  const size_t cell = Edit([&](HiveEditor& editor) {
+    if (!found) return editor.AddValue(node, name, value);
+    editor.ChangeValue(node, found->cell, value);
+    return found->cell;
+  });
   if (!found) {
-    content.values.push_back({std::string(name), 0, 0, 0, {}});
+    content.values.push_back({std::string(name), 0, 0, cell, false, {}});
     content.name_hashes.clear();
   }
   Value& target = content.values[at];
   target.type = value.type;
   target.bytes = value.bytes;
   target.size = value.bytes.size();
+  target.is_stored = false;
+  content.changed = true;
   ++generation_;
 }
 
@@ -327,10 +323,12 @@ bool Hive::DeleteValue(HiveNode node, std::string_view name) {
   RequireWritable();
   const Value* const found = name.find('\0') == name.npos ? FindValue(node, name) : nullptr;
   if (!found) return false;
-  const auto at = found - LoadedValues(node).values.data();
-  Content& content = ChangeableValues(node, found);
+  Content& content = LoadedValues(node);
+  const auto at = found - content.values.data();
+  Edit([&](HiveEditor& editor) { editor.DeleteValue(node, found->cell); });
   content.values.erase(content.values.begin() + at);
   content.name_hashes.erase(content.name_hashes.begin() + at);
+  content.changed = true;
   ++generation_;
   return true;
 }
@@ -338,48 +336,73 @@ bool Hive::DeleteValue(HiveNode node, std::string_view name) {
 HiveNode Hive::CreateSubKey(HiveNode parent, std::string_view name) {
   RequireWritable();
   if (const auto found = Descend(parent, name)) return *found;
-  const HiveNode node = hivex_node_add_child(hive_.get(), parent, std::string(name).c_str());
-  if (node == 0) ThrowErrno(errno, path_);
-  ForgetChildren(parent);
+  RequireUsableName(name, kLongestKeyName);
+  const HiveNode node =
+      Edit([&](HiveEditor& editor) { return editor.CreateSubKey(parent, name, Now()); });
+  Content& content = ChangedChildren(parent);
+  const auto behind = std::ranges::find_if(
+      content.names, [&name](const std::string& other) { return CompareNoCase(other, name) > 0; });
+  content.nodes.insert(content.nodes.begin() + (behind - content.names.begin()), node);
+  content.names.insert(behind, std::string(name));
+  made_[node] = {parent, std::string(name)};
+  Content& empty = Cached(node);
+  empty.has_children = empty.has_values = empty.changed = true;
   return node;
 }
 
 void Hive::DeleteKey(HiveNode node) {
   RequireWritable();
-  if (!Children(node).names.empty() || hivex_node_nr_children(hive_.get(), node) != 0) {
+  const bool is_made = made_.contains(node);
+  if (!Children(node).names.empty() || editor_->HasSubKeys(node)) {
     throw Error(Error::Kind::kNotEmpty, "The registry key has sub-keys.");
   }
   if (node == root_) {
     throw Error(Error::Kind::kDenied, "The top key of a registry hive is not deleted: " + path_);
   }
-  const HiveNode parent = hivex_node_parent(hive_.get(), node);
+  const HiveNode parent = is_made ? made_.at(node).parent : hivex_node_parent(hive_.get(), node);
   if (parent == 0) ThrowDamaged();
-  if (hivex_node_delete_child(hive_.get(), node) != 0) ThrowErrno(errno, path_);
+  Content& content = ChangedChildren(parent);
+  Edit([node](HiveEditor& editor) { editor.DeleteKey(node); });
+  const auto at = std::ranges::find(content.nodes, node) - content.nodes.begin();
+  content.nodes.erase(content.nodes.begin() + at);
+  content.names.erase(content.names.begin() + at);
   contents_.erase(node);
   places_.erase(node);
+  made_.erase(node);
   removed_.insert(node);
-  ForgetChildren(parent);
 }
 
-void Hive::StoreValues(HiveNode node, const Content& content) {
-  std::vector<hive_set_value> values;
-  for (const Value& value : content.values) values.push_back(MakeSetValue(value));
-  if (hivex_node_set_values(hive_.get(), node, values.size(), values.data(), 0) != 0) {
-    ThrowErrno(errno, path_);
-  }
-}
-
+// The new file is looked at before it takes the old one's place: whether all of it is put together
+// as it must be, and whether hivex reads it.
 void Hive::Commit() {
   if (!changed_) return;
-  for (auto& [node, content] : contents_) {
-    if (!content.changed) continue;
-    StoreValues(node, content);
-    content.changed = content.has_values = false;
-  }
-  files_.Replace(path_, [this](int fd) {
-    if (hivex_commit(hive_.get(), ProcPath(fd).c_str(), 0) != 0) ThrowErrno(errno, path_);
+  RequireWritable();
+  const auto replaced = StoreHive(files_, path_, !is_replaced_, [&](int fd) {
+    if (const int code = WriteAll(fd, Edited(), 0)) ThrowErrno(code, path_);
+    std::unique_ptr<hive_h, Closer> written(hivex_open(ProcPath(fd).c_str(), 0));
+    if (!written || !ReadsWhole(written.get())) ThrowDamaged();
+    // Nothing holds the old file open: ntfs-3g would give it one more name when it is removed.
+    hive_ = std::move(written);
+    state_.fd = UniqueFd();
   });
+  root_ = hivex_root(hive_.get());
+  contents_.clear();
+  made_.clear();
   changed_ = false;
+  is_replaced_ = true;
+  if (replaced) Overwrite(*replaced);
+}
+
+const std::string& Hive::Edited() {
+  try {
+    return editor_->Finish(Now());
+  } catch (const UnsoundHive&) {
+    ThrowDamaged();
+  }
+}
+
+void Hive::Finish(bool kept) {
+  if (std::exchange(is_replaced_, false)) FinishHive(files_, path_, kept);
 }
 
 }  // namespace quellix

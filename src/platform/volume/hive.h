@@ -12,14 +12,15 @@
 #include <vector>
 
 #include "platform/registry.h"
+#include "platform/volume/hive_editor.h"
 #include "platform/volume/hive_state.h"
 
 namespace quellix {
 
 using HiveNode = hive_node_h;
 
-// One hive file. Changes stay in memory until Commit, which replaces the file in one step. Names
-// are UTF-8 and compare as Windows compares them.
+// One hive file, which hivex reads. Changes are made to a copy of its bytes in memory until Commit,
+// which replaces the file in one step. Names are UTF-8 and compare as Windows compares them.
 //
 // A hive that Windows had no time to close is what its transaction logs make of it. One that they
 // do not bring up to date can only be read: writing it would lose or mix changes. Neither is a
@@ -30,7 +31,8 @@ class Hive {
     std::string name;
     uint32_t type = kRegNone;
     size_t size = 0;
-    hive_value_h stored = 0;  // where the bytes are, or 0 when they are in `bytes`
+    size_t cell = 0;         // its place in the file
+    bool is_stored = false;  // the bytes are there, else in `bytes`
     std::string bytes;
   };
 
@@ -67,15 +69,20 @@ class Hive {
   void DeleteKey(HiveNode node);  // kNotEmpty when it has sub-keys
 
   // Stores all changes. Throws Error; the old file then stays, and the changes wait for the next
-  // call, which throws again while the disk does not take them.
+  // call, which throws again while the disk does not take them. Before the first of them the
+  // original is kept beside the hive (OriginalName); what later ones replace is overwritten.
   void Commit();
+  // Once nothing more will change: overwrites the logs, which hold what the hive was, and the
+  // original, which then goes unless it is to be `kept`. Does nothing where nothing was changed.
+  // Throws Error.
+  void Finish(bool kept);
 
  private:
   struct Closer {
     void operator()(hive_h* hive) const { hivex_close(hive); }
   };
 
-  // What one key holds, read when first asked for.
+  // What one key holds, read when first asked for; once changed, kept until it is stored.
   struct Content {
     bool has_children = false, has_values = false, changed = false;
     std::vector<std::string> names;
@@ -84,6 +91,12 @@ class Hive {
     size_t last_found = 0;
     std::vector<Value> values;
     std::vector<size_t> name_hashes;  // of the values' upper names, or empty
+  };
+
+  // A key that hivex does not know yet.
+  struct Made {
+    HiveNode parent = 0;
+    std::string name;
   };
 
   // Where a key was seen. A second place for it means a loop, or a list that names it twice.
@@ -100,13 +113,13 @@ class Hive {
   Content& Children(HiveNode node);
   void NoteParent(HiveNode child, HiveNode parent);
   const HiveNode* FindChild(HiveNode node, const std::string& name);
-  void LookThrough();
-  void RequireStorable(const Content& content, const Value* but) const;
   Content& LoadedValues(HiveNode node);
   Value LoadValue(hive_value_h handle) const;
-  Content& ChangeableValues(HiveNode node, const Value* but);
-  void StoreValues(HiveNode node, const Content& content);
-  void ForgetChildren(HiveNode node);
+  template <class Change>
+  auto Edit(const Change& change);
+  void RequireUsableName(std::string_view name, size_t most) const;
+  const std::string& Edited();
+  Content& ChangedChildren(HiveNode parent);
 
   VolumeFileSystem& files_;
   std::string path_;
@@ -118,11 +131,12 @@ class Hive {
   size_t most_contents_ = kMostContents;
   std::unordered_map<HiveNode, Content> contents_;
   std::unordered_set<HiveNode> removed_;
+  std::unordered_map<HiveNode, Made> made_;
   std::unordered_map<HiveNode, Place> places_;
-  uint64_t reading_ = 0;  // of a list of sub-keys
-  uint32_t minor_version_;
-  bool is_looked_through_ = false;
+  uint64_t reading_ = 0;              // of a list of sub-keys
+  std::optional<HiveEditor> editor_;  // once it is known that the hive may be written
   bool changed_ = false;
+  bool is_replaced_ = false;  // on the disk
   uint64_t generation_ = 0;
 };
 

@@ -119,6 +119,22 @@ std::optional<char> OwnDriveLetter(Registry& registry) {
   return static_cast<char>(letter);
 }
 
+// Looks with a drive letter of its own before the real one is known.
+FoundWindows LookForWindows(const std::string& volume) {
+  VolumeFileSystem files({{'C', volume}});
+  const auto name = FindWindowsFolder(files, 'C');
+  if (!name) {
+    throw Error(Error::Kind::kMissing,
+                "There is no Windows on this volume: no folder in " + volume +
+                    " holds System32\\config\\SOFTWARE. (Windows 95, 98 and Me have no such "
+                    "registry.)");
+  }
+  HivePaths paths;
+  paths.software = MachineHive("C:\\" + *name, "SOFTWARE");
+  VolumeRegistry registry(files, paths);
+  return {*name, OwnDriveLetter(registry).value_or('C')};
+}
+
 std::vector<VolumeUser> FindUsers(VolumeFileSystem& files, Registry& registry,
                                   const std::string& windows_folder) {
   std::vector<VolumeUser> users = UsersOfProfileList(files, registry, windows_folder);

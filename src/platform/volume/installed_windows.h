@@ -25,6 +25,15 @@ struct InstalledWindows {
 // The name of the root folder of a drive that holds a Windows; nothing when there is none.
 std::optional<std::string> FindWindowsFolder(VolumeFileSystem& files, char drive);
 
+// Where a Windows is: its root folder, and the letter it gives to its own drive ("C" when it does
+// not tell).
+struct FoundWindows {
+  std::string folder_name;
+  char letter;
+};
+// In a folder of this system. Throws Error (kMissing) that tells what was looked for.
+FoundWindows LookForWindows(const std::string& volume);
+
 // Path of a hive of the machine ("SOFTWARE", "SYSTEM", "DEFAULT") in a Windows folder.
 std::string MachineHive(const std::string& windows_folder, std::string_view name);
 

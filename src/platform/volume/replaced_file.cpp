@@ -86,7 +86,8 @@ class TemporaryFile {
 }  // namespace
 
 void ReplaceFile(const Located& target, bool exists, std::string_view path,
-                 const std::function<void(int fd)>& fill) {
+                 const std::function<void(int fd)>& fill,
+                 const std::function<void()>& before_placing) {
   TemporaryFile file(target);
   if (file.fd() < 0) ThrowErrno(errno, path);
   fill(file.fd());
@@ -99,6 +100,7 @@ void ReplaceFile(const Located& target, bool exists, std::string_view path,
   std::vector<std::optional<std::string>> last;
   for (const char* name : kSetLast) last.push_back(ReadAttribute(old.get(), name));
   old = UniqueFd();
+  if (before_placing) before_placing();
   if (!file.Place()) ThrowErrno(errno, path);
   for (size_t i = 0; i < last.size(); ++i) {
     if (last[i]) fsetxattr(file.fd(), kSetLast[i], last[i]->data(), last[i]->size(), 0);

@@ -92,7 +92,6 @@ std::optional<FileInfo> VolumeFileSystem::Look(std::string_view path, Detail det
   return MakeInfo(entry, Parse(path)->drive->attribute_support(), detail);
 }
 
-// Throws Error (kMissing) when it is missing, as for a file that is to be made in it.
 std::unique_ptr<VolumeFolder> VolumeFileSystem::OpenFolderOf(std::string_view path) {
   const auto parts = Parse(path);
   if (!parts) ThrowErrno(errno, path);
@@ -119,10 +118,6 @@ std::optional<std::string> VolumeFileSystem::ReadWholeFile(std::string_view path
 
 void VolumeFileSystem::WriteWholeFile(std::string_view path, std::string_view bytes) {
   OpenFolderOf(path)->Replace(NamePart(path), bytes);
-}
-
-void VolumeFileSystem::Replace(std::string_view path, const std::function<void(int fd)>& fill) {
-  OpenFolderOf(path)->Replace(NamePart(path), fill);
 }
 
 void VolumeFileSystem::RequireWritable(std::string_view path) {

@@ -42,8 +42,8 @@ class VolumeFileSystem : public FileSystem {
 
   // An open file, not through a link; none when it is missing.
   UniqueFd OpenForRead(std::string_view path);
-  // Creates or replaces a file in one step, as WriteWholeFile: `fill` writes the new one.
-  void Replace(std::string_view path, const std::function<void(int fd)>& fill);
+  // The folder a file is in, kMissing when there is none.
+  std::unique_ptr<VolumeFolder> OpenFolderOf(std::string_view path);
   // Throws when the disk does not let the file be replaced, as a write-protected one. Clears away
   // what killed runs left in its folder.
   void RequireWritable(std::string_view path);
@@ -63,7 +63,6 @@ class VolumeFileSystem : public FileSystem {
 
   std::optional<Parts> Parse(std::string_view path);
   bool Find(std::string_view path, UniqueFd& folder, Located& entry);
-  std::unique_ptr<VolumeFolder> OpenFolderOf(std::string_view path);
 
   std::map<char, std::unique_ptr<VolumeDrive>> drives_;
   Recycler recycler_;

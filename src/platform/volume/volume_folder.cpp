@@ -192,13 +192,25 @@ UniqueFd VolumeFolder::OpenForRead(std::string_view name) {
   return OpenRegular(entry, O_RDONLY, PathOf(name), status);
 }
 
-void VolumeFolder::Replace(std::string_view name, const std::function<void(int fd)>& fill) {
+void VolumeFolder::Replace(std::string_view name, const std::function<void(int fd)>& fill,
+                           const std::function<void()>& before_placing) {
   looked_.name.clear();
   Located entry;
   const bool exists = FindPlace(name, entry);
   if (exists && (S_ISDIR(entry.status.st_mode) || IsFolderLink(entry))) Fail(EISDIR, name);
-  ReplaceFile(entry, exists, PathOf(name), fill);
+  ReplaceFile(entry, exists, PathOf(name), fill, before_placing);
   drive_.names().Add(fd(), entry.name);
+}
+
+bool VolumeFolder::Link(std::string_view name, std::string_view second) {
+  const Located entry = Need(name);
+  const std::string added(second);
+  if (linkat(fd(), entry.name.c_str(), fd(), added.c_str(), 0) != 0) {
+    if (errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS || errno == EMLINK) return false;
+    Fail(errno, second);
+  }
+  drive_.names().Add(fd(), added);
+  return true;
 }
 
 void VolumeFolder::Replace(std::string_view name, std::string_view bytes) {

@@ -46,9 +46,12 @@ class VolumeFolder : public Folder {
   // Beyond the port.
   int fd() const { return fd_.get(); }
   // Creates or replaces a file in one step, as FileSystem::WriteWholeFile; `fill` writes the new
-  // one.
-  void Replace(std::string_view name, const std::function<void(int fd)>& fill);
+  // one, and `before_placing` is called when nothing but the renaming is left to do.
+  void Replace(std::string_view name, const std::function<void(int fd)>& fill,
+               const std::function<void()>& before_placing = {});
   void Replace(std::string_view name, std::string_view bytes);
+  // Gives a file a second name; false where the disk knows no such thing.
+  bool Link(std::string_view name, std::string_view second);
   // Removes what killed runs left of Replace, where it can; not what another run works on.
   void ClearTemporaryFiles();
   // The file, open for reading; none when it is missing. Throws Error.

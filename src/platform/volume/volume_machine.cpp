@@ -8,22 +8,6 @@
 namespace quellix {
 namespace {
 
-struct FoundWindows {
-  std::string folder_name;
-  char letter;
-};
-
-// Looks with a drive letter of its own before the real one is known.
-FoundWindows LookForWindows(const std::string& volume) {
-  VolumeFileSystem files({{'C', volume}});
-  const auto name = FindWindowsFolder(files, 'C');
-  if (!name) throw Error(Error::Kind::kMissing, "There is no Windows on this volume: " + volume);
-  HivePaths paths;
-  paths.software = MachineHive("C:\\" + *name, "SOFTWARE");
-  VolumeRegistry registry(files, paths);
-  return {*name, OwnDriveLetter(registry).value_or('C')};
-}
-
 void MakeSettingsFolder(const std::string& folder) {
   std::error_code failure;
   std::filesystem::create_directories(folder, failure);
@@ -40,6 +24,7 @@ VolumeMachine::VolumeMachine(const VolumeOptions& options) {
     user = ChooseUser(FindUsers(*files_, registry, windows_folder_), options.user);
   }
   registry_.emplace(*files_, FindHives(*files_, windows_folder_, user));
+  registry_->KeepHives(options.keep_hives);
   system_.emplace(*files_, *registry_, windows_folder_, user);
   shell_.emplace(*files_, *system_, user);
   profile_.emplace(*files_, *system_);

@@ -20,6 +20,7 @@ struct VolumeOptions {
   std::map<char, std::string> drives;  // further drives, by upper-case letter
   std::string user;                    // "" for the only one
   std::string settings;                // the program's own folder; made when it is missing
+  bool keep_hives = false;             // the originals of those that are changed
 };
 
 // A mounted Windows volume as the machine the engine works on.

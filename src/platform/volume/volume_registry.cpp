@@ -6,6 +6,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/volume/hive_store.h"
 #include "platform/volume/volume_key.h"
 
 namespace quellix {
@@ -192,9 +193,17 @@ void VolumeRegistry::CreateKey(RegistryRoot root, std::string_view path) {
   }
 }
 
+void VolumeRegistry::ClearLeftovers() {
+  if (keeps_hives_) return;
+  for (const Mount& mount : mounts_) ClearOriginal(files_, mount.path);
+}
+
 void VolumeRegistry::CloseHives() {
   for (const auto& [path, hive] : hives_) {
     if (hive) hive->Commit();
+  }
+  for (const auto& [path, hive] : hives_) {
+    if (hive) hive->Finish(keeps_hives_);
   }
   hives_.clear();
 }

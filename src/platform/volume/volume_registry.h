@@ -29,11 +29,16 @@ class VolumeRegistry : public Registry {
                                     RegistryAccess access) override;
   std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override;
 
+  // Originals of hives that a killed run has replaced, and those that an earlier one was to keep,
+  // unless this one is to keep them as well.
+  void ClearLeftovers() override;
+
   void CreateKey(RegistryRoot root, std::string_view path);
 
   // Beyond the port. Stores all changes and closes the hive files; open keys must not be used any
-  // more, others are opened anew. Throws Error.
+  // more, others are opened anew. Their originals go, unless they are to be kept. Throws Error.
   void CloseHives();
+  void KeepHives(bool kept) { keeps_hives_ = kept; }
 
  private:
   friend class VolumeKey;
@@ -65,6 +70,7 @@ class VolumeRegistry : public Registry {
   std::vector<Mount> mounts_;
   std::map<std::string, std::string> true_names_;  // of hive files and roots
   std::map<std::string, std::shared_ptr<Hive>> hives_;
+  bool keeps_hives_ = false;
 };
 
 }  // namespace quellix

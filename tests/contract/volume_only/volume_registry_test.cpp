@@ -150,20 +150,6 @@ TEST_F(VolumeHives, BrokenBytesInsideDoNoHarm) {
   WriteNative(user_hive_, whole);
 }
 
-// What hivex would write in a form that later hives do not have.
-TEST_F(VolumeHives, ALargeValueIsOnlyWrittenWhereItStaysInOnePiece) {
-  test_->SetText(kUser, "A", "v", "1");
-  test_->CloseHives();
-  std::string bytes = ReadNative(user_hive_);
-  bytes[24] = 5;  // version 1.5
-  WriteNative(user_hive_, bytes);
-  SetHiveDirty(user_hive_, false);
-  const auto key = registry_.Open(kUser, "A", kWrite);
-  EXPECT_TRUE(KindOf([&] { key->SetValue("large", {kRegBinary, std::string(20'000, 'x')}); }));
-  key->SetValue("fits", {kRegBinary, std::string(16'000, 'x')});
-  EXPECT_EQ(test_->ValueNames(kUser, "A"), (Names{"fits", "v"}));
-}
-
 TEST_F(VolumeHives, CurrentControlSetIsTheSelectedOne) {
   test_->SetText(kMachine, "SYSTEM\\ControlSet001\\Services\\X", "v", "one");
   test_->SetText(kMachine, "SYSTEM\\ControlSet002\\Services\\X", "v", "two");

@@ -1,0 +1,124 @@
+#include "platform/volume/hive_store.h"
+
+#include "platform/path.h"
+#include "platform/volume/hive_check.h"
+#include "platform/volume/hive_format.h"
+#include "platform/volume/hive_state.h"
+#include "platform/volume/volume_error.h"
+#include "platform/volume/volume_random_file.h"
+
+namespace quellix {
+namespace {
+
+using namespace hive_format;
+
+constexpr uint32_t kOfEntryLog = 6;
+
+void CopyTo(RandomFile& file, int fd, std::string_view path) {
+  std::string piece(1 << 20, '\0');
+  for (uint64_t at = 0; const size_t got = file.Read(at, piece); at += got) {
+    const int code = WriteAll(fd, std::string_view(piece).substr(0, got), static_cast<off_t>(at));
+    if (code != 0) ThrowErrno(code, path);
+  }
+}
+
+// A file with further names loses only this one.
+void WipeOriginal(VolumeFolder& folder, const std::string& name) {
+  if (!folder.Look(name, Detail::kKind)) return;
+  {
+    const auto file = folder.Open(name, OpenMode::kReadAndCreate);
+    if (file->LinkCount() == 1) Overwrite(*file);
+  }
+  folder.RemoveFile(name);
+}
+
+// As a second name of it, or as a copy where the disk knows no such names.
+void KeepOriginal(VolumeFolder& folder, const std::string& name) {
+  const std::string original = OriginalName(name);
+  WipeOriginal(folder, original);
+  if (folder.Link(name, original)) return;
+  const auto file = folder.Open(name, OpenMode::kRead);
+  folder.Replace(original, [&](int fd) { CopyTo(*file, fd, original); });
+  folder.Flush();
+}
+
+// A log of a hive that was closed: its header alone.
+std::string CleanLog(const std::string& hive_header, const std::string& log) {
+  std::string clean(log.size(), '\0');
+  if (log.size() < kSector) return clean;
+  clean.replace(0, kSector, hive_header);
+  PutNumber(clean, kFileType, HasSoundHeader(log) ? NumberAt(log, kFileType) : kOfEntryLog);
+  PutNumber(clean, kChecksum, HeaderChecksum(clean));
+  return clean;
+}
+
+void CleanLogBeside(VolumeFolder& folder, const std::string& hive_header, const std::string& name,
+                    bool kept) {
+  if (!kept) WipeOriginal(folder, OriginalName(name));  // of an earlier run
+  if (!folder.Look(name, Detail::kKind)) return;
+  const auto file = folder.Open(name, OpenMode::kReadAndCreate);
+  std::string log(file->Size(), '\0');
+  log.resize(file->Read(0, log));
+  if (log.empty()) return;
+  if (kept) folder.Replace(OriginalName(name), log);
+  const std::string clean = CleanLog(hive_header, log);
+  if (file->LinkCount() > 1) return folder.Replace(name, clean);
+  file->Write(0, clean);
+  file->Flush();
+}
+
+}  // namespace
+
+std::string OriginalName(std::string_view path) { return std::string(path) + ".quellix-old"; }
+
+std::unique_ptr<RandomFile> StoreHive(VolumeFileSystem& files, const std::string& path,
+                                      bool keeps_original,
+                                      const std::function<void(int fd)>& fill) {
+  const std::string name(NamePart(path));
+  const auto folder = files.OpenFolderOf(path);
+  auto old = folder->Open(name, keeps_original ? OpenMode::kRead : OpenMode::kReadAndCreate);
+  const FileTimes times = old->Times();
+  const bool is_alone = old->LinkCount() == 1;
+  if (keeps_original || !is_alone) old.reset();
+  folder->Replace(name, fill, [&] {
+    if (keeps_original) KeepOriginal(*folder, name);
+  });
+  folder->Open(name, OpenMode::kRead)->SetTimes(times);
+  return old;
+}
+
+void Overwrite(RandomFile& file) {
+  static const std::string kZeros(1 << 20, '\0');
+  for (uint64_t at = 0; at < file.Size(); at += kZeros.size()) {
+    file.Write(at, std::string_view(kZeros).substr(0, file.Size() - at));
+  }
+  file.Flush();
+}
+
+void FinishHive(VolumeFileSystem& files, const std::string& path, bool kept) {
+  const std::string name(NamePart(path));
+  const auto folder = files.OpenFolderOf(path);
+  std::string header(kSector, '\0');
+  folder->Open(name, OpenMode::kRead)->Read(0, header);
+  for (const char* extension : {".LOG1", ".LOG2", ".LOG"}) {
+    CleanLogBeside(*folder, header, name + extension, kept);
+  }
+  if (!kept) WipeOriginal(*folder, OriginalName(name));
+  folder->Flush();
+}
+
+// Logs that the hive still needs stay, and with a hive that is not sound the original does.
+void ClearOriginal(VolumeFileSystem& files, const std::string& path) {
+  if (!files.Look(OriginalName(path), Detail::kKind)) return;
+  try {
+    const HiveState state = OpenHiveState(files, path);
+    if (!state.fd || !state.read_only_reason.empty()) return;
+    if (!IsSoundHive(ReadAll(state.fd.get(), kLargestHive, path))) return;
+    if (!state.is_replayed) return FinishHive(files, path, false);
+    WipeOriginal(*files.OpenFolderOf(path), OriginalName(std::string(NamePart(path))));
+  } catch (const Error& error) {
+    if (error.kind() != Error::Kind::kDenied) throw;
+  }
+}
+
+}  // namespace quellix

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace quellix {
+
+// What the first bytes of a disk, a partition or an image of one tell.
+struct DiskState {
+  enum class Kind { kUnknown, kNtfs, kBitLocker, kPartitioned };
+  Kind kind = Kind::kUnknown;
+  bool is_dirty = false;  // an NTFS that Windows wants to check at its next start
+};
+
+// Of a device or an image file; kUnknown where it cannot be read. Nothing is written.
+DiskState LookAtDisk(const std::string& file);
+
+}  // namespace quellix

@@ -1,0 +1,129 @@
+// What is told of places that may hold a Windows.
+#include <filesystem>
+
+#include "cli/console_fixture.h"
+#include "support/hive_file.h"
+#include "support/volume_seed.h"
+
+namespace quellix {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kVersionKey = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+
+struct VolumeSurvey : ConsoleTest {
+  std::string Root() { return dynamic_cast<VolumeTestMachine&>(*machine).options().volume; }
+  void Set(const std::string& key, const std::string& name, const RegistryValue& value) {
+    machine->SetRegistryValue(RegistryRoot::kLocalMachine, key, name, value);
+  }
+  void SetText(const std::string& name, const std::string& text) {
+    machine->SetText(RegistryRoot::kLocalMachine, kVersionKey, name, text);
+  }
+  ProgramResult Survey(const std::vector<std::string>& more) {
+    StoreMachine(*machine);
+    return RunQuellixctl(With({"volumes"}, more));
+  }
+};
+
+bool Has(const ProgramResult& result, const std::string& text) {
+  return result.output.find(text) != std::string::npos;
+}
+
+TEST_F(VolumeSurvey, AWindowsIsToldWithUsersAndDrives) {
+  SetText("ProductName", "Windows 10 Pro");
+  SetText("EditionID", "Professional");
+  SetText("CurrentBuildNumber", "22631");
+  SetText("DisplayVersion", "23H2");
+  Set(kVersionKey, "UBR", {kRegDword, std::string("\x10\x0B\0\0", 4)});
+  Set(kVersionKey, "InstallDate", {kRegDword, std::string("\x00\x7C\x6E\x69", 4)});
+  const std::string devices = "SYSTEM\\MountedDevices";
+  Set(devices,
+      "\\DosDevices\\C:", {kRegBinary, std::string("\xEF\xBE\xAD\xDE\0\0\x10\0\0\0\0\0", 12)});
+  Set(devices, "\\DosDevices\\D:", {kRegBinary, "DMIO:ID:" + std::string(16, '\x1F')});
+  Set(devices, "\\??\\Volume{1}", {kRegBinary, "none"});
+  const ProgramResult result = Survey({Root()});
+  EXPECT_EQ(result.exit_code, 0);
+  for (const char* told :
+       {"windows     C:\\Windows\n", "Windows 11 Pro (Professional)\n", "10.0.22631.2832 (23H2)\n",
+        "2026-01-19T18:46:24Z\n", "Quellix Tester  C:\\Users\\Quellix Tester\n",
+        "C:  disk DEADBEEF, byte 1048576\n", "D:  partition 1F1F1F1F1F1F1F1F1F1F1F1F1F1F1F1F\n"}) {
+    EXPECT_TRUE(Holds(result.output, told));
+  }
+  EXPECT_FALSE(Has(result, "hindrance")) << result.output;
+  const ProgramResult json = Survey({Root(), "--json"});
+  EXPECT_TRUE(Has(json, "\"command\"") && Has(json, "DEADBEEF") && Has(json, "\"windows\""))
+      << json.output;
+}
+
+TEST_F(VolumeSurvey, WhatStandsInTheWayIsToldAndNothingIsChanged) {
+  StoreMachine(*machine);
+  const std::string user_hive = Root() + "/Users/" + kTesterName + "/NTUSER.DAT";
+  const std::string image = Root() + "/Scratch/image";
+  const std::string sector(512, '\0');
+  const std::tuple<const char*, std::function<void()>, std::vector<std::string>, int, const char*>
+      kRows[] = {{"no Windows", [] {}, {Root() + "/Scratch"}, 1, "System32\\config\\SOFTWARE"},
+                 {"no such place", [] {}, {Root() + "/none"}, 1, "no such file or folder"},
+                 {"hibernated",
+                  [&] { WriteNative(Root() + "/hiberfil.sys", "HIBR" + sector); },
+                  {Root()},
+                  0,
+                  "hibernated, or was shut down with fast start-up"},
+                 {"resumed",
+                  [&] { WriteNative(Root() + "/hiberfil.sys", "wake" + sector); },
+                  {Root()},
+                  0,
+                  ""},
+                 {"a dirty hive",
+                  [&] { SetHiveDirty(user_hive, true); },
+                  {Root()},
+                  0,
+                  "NTUSER.DAT  Windows was not shut down cleanly"},
+                 {"BitLocker",
+                  [&] { WriteNative(image, "\xEB\x58\x90-FVE-FS-" + sector); },
+                  {image},
+                  1,
+                  "encrypted with BitLocker"},
+                 {"an NTFS",
+                  [&] { WriteNative(image, "\xEB\x52\x90NTFS    " + sector); },
+                  {image},
+                  1,
+                  "mount -t ntfs-3g -o loop,ro"},
+                 {"a disk",
+                  [&] { WriteNative(image, std::string(510, '\0') + "\x55\xAA"); },
+                  {image},
+                  1,
+                  "losetup"},
+                 {"something else",
+                  [&] { WriteNative(image, "text"); },
+                  {image},
+                  1,
+                  "no disk that is known"}};
+  for (const auto& [row, prepare, places, exit_code, told] : kRows) {
+    SCOPED_TRACE(row);
+    prepare();
+    const std::string before = ReadNative(user_hive);
+    const ProgramResult result = RunQuellixctl(With({"volumes"}, places));
+    EXPECT_EQ(result.exit_code, exit_code) << result.output;
+    EXPECT_TRUE(Holds(result.output, told));
+    EXPECT_TRUE(*told != '\0' || !Has(result, "hindrance")) << result.output;
+    EXPECT_TRUE(ReadNative(user_hive) == before);
+  }
+  SetHiveDirty(user_hive, false);
+}
+
+// Without Error in any case, and without a loop: anyone can make an image.
+TEST_F(VolumeSurvey, ImagesOfNonsenseAreRead) {
+  const std::string image = Root() + "/Scratch/image";
+  for (int seed = 0; seed < 40; ++seed) {
+    std::string bytes(8192, static_cast<char>(seed * 7));
+    bytes.replace(3, 8, "NTFS    ");
+    for (size_t at = 11; at < 80; ++at) bytes[at] = static_cast<char>(at * 31 * seed % 251);
+    bytes.replace(static_cast<size_t>(seed) * 64, 4, "FILE");
+    WriteNative(image, bytes);
+    EXPECT_EQ(RunQuellixctl({"volumes", image}).exit_code, 1);
+  }
+}
+
+}  // namespace
+}  // namespace quellix

@@ -1,0 +1,224 @@
+// Changes to hives: what they leave in the file, and what stands beside it meanwhile.
+#include <filesystem>
+#include <random>
+
+#include "contract/error_kind.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "platform/volume/hive_check.h"
+#include "platform/volume/hive_store.h"
+#include "support/hive_file.h"
+#include "support/volume_seed.h"
+
+namespace quellix {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto kUser = RegistryRoot::kCurrentUser;
+constexpr auto kWrite = RegistryAccess::kWrite;
+
+// Keys and values by path, as one reader sees them.
+using Model = std::map<std::string, std::map<std::string, std::string>>;
+
+struct HiveChanges : testing::Test {
+  std::unique_ptr<RegistryKey> Key(const std::string& path) {
+    return registry_.Open(kUser, path, kWrite);
+  }
+  void Set(const std::string& key, const std::string& name, const std::string& bytes) {
+    registry_.Create(kUser, key)->SetValue(name, {kRegBinary, bytes});
+  }
+  // As stored: what is in memory is closed first.
+  void Read(const std::string& path, Model& model) {
+    const auto key = registry_.Open(kUser, path, RegistryAccess::kRead);
+    auto& values = model[path];
+    std::string name;
+    RegistryValue value;
+    for (uint32_t i = 0; key->ReadValueAt(i, name, value); ++i) values[name] = value.bytes;
+    for (uint32_t i = 0; const auto sub_key = key->SubKeyAt(i); ++i) {
+      Read(path + "\\" + *sub_key, model);
+    }
+  }
+  Model Stored(const std::string& path) {
+    test_->CloseHives();
+    Model model;
+    Read(path, model);
+    return model;
+  }
+  // Which of some files beside the hive hold a text.
+  std::string Holders(const std::string& text) {
+    std::string holders;
+    for (const auto& entry : fs::directory_iterator(fs::path(hive_).parent_path())) {
+      if (!entry.is_regular_file()) continue;
+      const std::string bytes = ReadNative(entry.path().string());
+      for (const std::string& form : {text, ToUtf16Bytes(text)}) {
+        if (bytes.find(form) == bytes.npos) continue;
+        holders += entry.path().filename().string() + " ";
+        break;
+      }
+    }
+    return holders;
+  }
+  bool Exists(const std::string& ending) { return fs::exists(hive_ + ending); }
+  void SetVersion(int minor) {
+    test_->CloseHives();
+    std::string bytes = ReadNative(hive_);
+    bytes[24] = static_cast<char>(minor);
+    WriteNative(hive_, bytes);
+    SetHiveDirty(hive_, false);
+  }
+
+  std::unique_ptr<VolumeTestMachine> test_ = VolumeTestMachine::CreateVolume();
+  Registry& registry_ = test_->machine().registry;
+  const std::string hive_ =
+      test_->Native(std::string("C:\\Users\\") + kTesterName + "\\NTUSER.DAT");
+};
+
+TEST_F(HiveChanges, DataOfAnySizeComesBackAndGoesWithoutATrace) {
+  for (const int version : {3, 5}) {
+    SetVersion(version);
+    for (const size_t size : {0, 1, 4, 5, 16344, 16345, 40000, 2000000}) {
+      SCOPED_TRACE(std::to_string(version) + " " + std::to_string(size));
+      const std::string bytes(size, 'q');
+      Set("A", "neighbor", "stays");
+      Set("A", "large", bytes);
+      EXPECT_TRUE(Stored("A")["A"]["large"] == bytes);
+      Set("A", "large", "now small");
+      EXPECT_EQ(Stored("A")["A"]["large"], "now small");
+      Set("A", "large", bytes);
+      test_->CloseHives();
+      EXPECT_TRUE(Key("A")->DeleteValue("LARGE"));
+      EXPECT_EQ(Stored("A"), (Model{{"A", {{"neighbor", "stays"}}}}));
+      EXPECT_EQ(Holders("qqqqq"), "");
+    }
+  }
+  EXPECT_LT(fs::file_size(hive_), 3u << 20) << "room that was freed is used again";
+}
+
+TEST_F(HiveChanges, WhatIsDeletedIsInNoByteBesideTheHive) {
+  const std::pair<const char*, std::function<void()>> kRows[] = {
+      {"a value's data", [&] { Key("Deep\\Secret")->DeleteValue("name 7"); }},
+      {"all values",
+       [&] {
+         for (const auto& name : test_->ValueNames(kUser, "Deep\\Secret")) {
+           Key("Deep\\Secret")->DeleteValue(name);
+         }
+       }},
+      {"a key",
+       [&] {
+         Key("Deep\\Secret")->DeleteSubKey("secret7 key");
+         Key("Deep")->DeleteSubKey("Secret");
+       }},
+      {"data that was replaced", [&] { Set("Deep\\Secret", "name 7", "other"); }},
+      {"data that became shorter", [&] { Set("Deep\\Secret", "name 7", "secret"); }}};
+  for (const auto& [row, change] : kRows) {
+    SCOPED_TRACE(row);
+    for (int i = 0; i < 9; ++i) {
+      const std::string number = std::to_string(i);
+      Set("Deep\\Secret", "name " + number, "secret" + number + std::string(50, 's'));
+    }
+    Set("Deep\\Secret\\secret7 key", "", "x");
+    test_->CloseHives();
+    const std::string before = ReadNative(hive_);
+    WriteNative(hive_ + ".LOG1", HiveLog(before, HiveLogEntry(HiveSequence(hive_), "", before)));
+    WriteNative(hive_ + ".LOG2", std::string(700, 'x') + "secret7");
+    if (std::string_view(row) != "a key") Key("Deep\\Secret")->DeleteSubKey("secret7 key");
+    change();
+    test_->CloseHives();
+    EXPECT_EQ(Holders("secret7"), "");
+    EXPECT_TRUE(IsSoundHive(ReadNative(hive_)));
+    EXPECT_EQ(fs::file_size(hive_ + ".LOG2"), 707u);
+    const std::string after = ReadNative(hive_);
+    test_->CloseHives();
+    EXPECT_TRUE(ReadNative(hive_) == after) << "a second time changes nothing";
+  }
+}
+
+TEST_F(HiveChanges, TheOriginalStaysUntilTheEndAndOnRequestBeyond) {
+  auto& registry = static_cast<VolumeRegistry&>(registry_);
+  Set("A", "v", "secret");
+  test_->CloseHives();
+  const std::string original = ReadNative(hive_), log = HiveLog(original, "");
+  for (const bool kept : {true, false}) {
+    SCOPED_TRACE(kept);
+    WriteNative(hive_, original);
+    WriteNative(hive_ + ".LOG1", log);
+    registry.KeepHives(kept);
+    for (const char* step : {"first", "second"}) {
+      Key("A")->SetValue("v", {kRegBinary, step});
+      Key("A")->Flush();
+      EXPECT_TRUE(ReadNative(hive_ + ".quellix-old") == original);
+      EXPECT_TRUE(ReadNative(hive_ + ".LOG1") == log);
+    }
+    test_->CloseHives();
+    EXPECT_EQ(Exists(".quellix-old"), kept);
+    EXPECT_EQ(Exists(".LOG1.quellix-old"), kept);
+    if (kept) {
+      EXPECT_TRUE(ReadNative(hive_ + ".quellix-old") == original);
+      EXPECT_TRUE(ReadNative(hive_ + ".LOG1.quellix-old") == log);
+    }
+    EXPECT_EQ(Stored("A")["A"]["v"], "second");
+  }
+}
+
+// Random work is the same in memory, in the file and to a model, whatever was freed before.
+TEST_F(HiveChanges, AnyOrderOfChangesIsStoredAsItWasMade) {
+  std::mt19937 random(7);
+  Model model = {{"T", {}}};
+  registry_.Create(kUser, "T");
+  for (int step = 0; step < 3000; ++step) {
+    const std::string key = "T\\Key " + std::to_string(random() % 40);
+    const std::string name = (random() % 2 ? "v" : "w\u0436") + std::to_string(random() % 12);
+    if (random() % 10 == 0 && model.contains(key)) {
+      EXPECT_TRUE(Key("T")->DeleteSubKey(NamePart(key)));
+      model.erase(key);
+    } else if (random() % 3 == 0 && model.contains(key)) {
+      EXPECT_EQ(Key(key)->DeleteValue(name), model[key].erase(name) == 1);
+    } else {
+      const std::string bytes(random() % 20 == 0 ? random() % 40000 : random() % 60, 'b');
+      Set(key, name, bytes);
+      model[key][name] = bytes;
+    }
+    if (step % 200 == 0) Key("T")->Flush();
+    ASSERT_TRUE(step % 500 != 0 || Stored("T") == model) << step;
+  }
+  EXPECT_TRUE(Stored("T") == model);
+  EXPECT_TRUE(IsSoundHive(ReadNative(hive_)));
+}
+
+TEST_F(HiveChanges, SubKeysAreStoredInOrderWhateverTheVersion) {
+  for (const int version : {3, 5}) {
+    SCOPED_TRACE(version);
+    const std::string top = "Many" + std::to_string(version);
+    SetVersion(version);
+    Names names;
+    for (int i = 0; i < 300; ++i) {
+      names.push_back((i % 2 ? "k" : "K\u00E9") + std::to_string(i * 7919 % 1000));
+      registry_.Create(kUser, top + "\\" + names.back());
+    }
+    std::ranges::sort(names, [](const auto& a, const auto& b) { return CompareNoCase(a, b) < 0; });
+    for (const char* state : {"in memory", "stored"}) {
+      SCOPED_TRACE(state);
+      const auto key = registry_.Open(kUser, top, RegistryAccess::kRead);
+      for (uint32_t i = 0; i < names.size(); ++i) ASSERT_EQ(key->SubKeyAt(i), names[i]);
+      test_->CloseHives();
+    }
+  }
+}
+
+TEST_F(HiveChanges, NamesThatWindowsCannotHaveAreRefusedAndChangeNothing) {
+  Set("A", "v", "1");
+  test_->CloseHives();
+  const std::string before = ReadNative(hive_);
+  EXPECT_TRUE(KindOf([&] { Set("A", std::string("a\0b", 3), "x"); }));
+  EXPECT_TRUE(KindOf([&] { Set("A", std::string(16384, 'x'), "x"); }));
+  EXPECT_TRUE(KindOf([&] { registry_.Create(kUser, "A\\" + std::string(256, 'x')); }));
+  test_->CloseHives();
+  EXPECT_TRUE(ReadNative(hive_) == before);
+  registry_.Create(kUser, "A\\" + std::string(255, 'x'));
+  Set("A", std::string(16383, 'y'), "x");
+  EXPECT_EQ(Stored("A").size(), 2u);
+}
+
+}  // namespace
+}  // namespace quellix
