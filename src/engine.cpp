@@ -36,6 +36,7 @@ std::string Engine::Load(Tips* tips) {
     selection_.LoadCheckStates(machine_);
     selection_.browsers().Load(machine_);
     selection_.cleaners().Load(machine_);
+    selection_.recipes().Load(machine_);
   } catch (const Error& error) {
     is_loaded_ = false;
     problems += std::string("The ticked items could not be read. ") + error.what() + "\n";
@@ -58,16 +59,24 @@ void Engine::ApplyGeneralSettings() {
 }
 
 // Whatever becomes of the run, no later one is bound by its choice.
-void Engine::RunCleaning(std::shared_ptr<RunChoice> choice) {
+void Engine::RunBy(std::shared_ptr<RunChoice> choice, const std::function<void()>& run) {
   state_.Choice = std::move(choice);
   try {
-    quellix::RunCleaning(context_, selection_);
+    run();
   } catch (...) {
     state_.Choice.reset();
     throw;
   }
 }
 
+void Engine::RunCleaning(std::shared_ptr<RunChoice> choice) {
+  RunBy(std::move(choice), [this] { quellix::RunCleaning(context_, selection_); });
+}
+
 void Engine::RunOneItem(const Item& item) { quellix::RunOneItem(context_, item); }
+
+void Engine::RunOthers(const OtherChoices& choices, std::shared_ptr<RunChoice> choice) {
+  RunBy(std::move(choice), [&] { quellix::RunOthers(context_, choices); });
+}
 
 }  // namespace quellix

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -40,6 +41,7 @@ class Engine {
     selection_.SaveCheckStates(machine_);
     selection_.browsers().Save(machine_);
     selection_.cleaners().Save(machine_);
+    selection_.recipes().Save(machine_);
   }
 
   const Preferences& preferences() const { return preferences_; }
@@ -53,6 +55,8 @@ class Engine {
   // StopCleaning: takes effect at the run's next check.
   void RunCleaning(std::shared_ptr<RunChoice> choice = nullptr);
   void RunOneItem(const Item& item);
+  // Of what stands beside the items the chosen alone.
+  void RunOthers(const OtherChoices& choices, std::shared_ptr<RunChoice> choice = nullptr);
   // Hands each find to `sink`; nothing is changed. Throws Error. A stop ends it early.
   void FindJunk(JunkKind kind, ResultSink& sink) { SearchJunk(context_, kind, sink); }
   // Removes a find; see there.
@@ -62,6 +66,8 @@ class Engine {
   void StopCleaning() { state_.AbortRequested = true; }
 
  private:
+  void RunBy(std::shared_ptr<RunChoice> choice, const std::function<void()>& run);
+
   Machine machine_;
   Settings settings_;
   RunState state_;

@@ -11,6 +11,7 @@
 #include "cleaners/junk_cleaners.h"
 #include "platform/error.h"
 #include "platform/text.h"
+#include "plugins/recipe_run.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
 #include "run/working_folder.h"
@@ -150,7 +151,17 @@ Outcome Clean(CleaningContext& context, const Item& item) {
   }
 }
 
+bool LacksRights(const CleaningContext& context, const Item& item) {
+  return item.guide.rights == Rights::kAll && !context.machine.session.HasAdministratorRights();
+}
+
 void RunItem(CleaningContext& context, const Item& item) {
+  if (LacksRights(context, item)) {
+    context.state.Outcomes[item.run_order - 1] = Outcome::kNotPossible;
+    context.state.RunLog +=
+        ReplaceNoCase(item.Label(), "&&", "&") + " is skipped: it needs administrator rights.\r\n";
+    return;
+  }
   if (item.cleaner) context.state.Outcomes[item.run_order - 1] = Clean(context, item);
   context.state.ItemInWork = 0;
 }
@@ -180,6 +191,8 @@ void CleanOthers(CleaningContext& context, const OtherChoices& choices,
     CleanBrowser(context, choice);
     if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
   }
+  modPlugin::RunRecipes(context, choices.recipes);
+  if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
   for (const SystemCleaner& cleaner : choices.cleaners) {
     CleanBySystem(context, cleaner);
     if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
@@ -202,6 +215,7 @@ void KeepRun(CleaningContext& context) {
 
 void RunCleaning(CleaningContext& context, const Selection& selection) {
   const OtherChoices others{TickedBrowsers(context.machine, selection.browsers()),
+                            selection.recipes().Choices(),
                             TickedCleaners(context.machine, selection.cleaners())};
   if (!BeginRun(context, selection.CountChecked() + others.Count())) return RefuseRun(context);
   FreeSpaceCheck free_space(context);

@@ -5,6 +5,7 @@
 #include "app/selection.h"
 #include "browsers/browser_catalogue.h"
 #include "platform/system_cleaners.h"
+#include "plugins/recipe_ticks.h"
 #include "run/context.h"
 #include "run/item.h"
 
@@ -24,8 +25,9 @@ void RunOneItem(CleaningContext& context, const Item& item);
 // What is cleaned beside the items.
 struct OtherChoices {
   std::vector<BrowserChoice> browsers = {};
+  std::vector<modPlugin::RecipeChoice> recipes = {};
   std::vector<SystemCleaner> cleaners = {};
-  int Count() const { return static_cast<int>(browsers.size() + cleaners.size()); }
+  int Count() const { return static_cast<int>(browsers.size() + recipes.size() + cleaners.size()); }
 };
 // Cleans that alone, likewise.
 void RunOthers(CleaningContext& context, const OtherChoices& choices);

@@ -142,6 +142,7 @@ void EntryList::SetGrouped(bool grouped) {
 
 void EntryList::ShowScope(const std::optional<EntryScope>& scope) {
   scope_ = scope;
+  in_scope_.clear();
   CountAll();
   List();
 }
@@ -219,7 +220,15 @@ void EntryList::Sort(RunColumn column) {
 bool EntryList::IsInScope(const RunEntry& entry) const {
   if (!scope_) return true;
   if (entry.item != 0) return scope_->items[entry.item - 1u];
-  return entry.rule != 0 && std::ranges::count(scope_->rules, entries_->rules[entry.rule]) > 0;
+  return entry.rule != 0 && IsRuleInScope(entry.rule);
+}
+
+// Thousands of rules name a million entries.
+bool EntryList::IsRuleInScope(size_t rule) const {
+  if (in_scope_.size() <= rule) in_scope_.resize(entries_->rules.size());
+  std::optional<bool>& is_in = in_scope_[rule];
+  if (!is_in) is_in = scope_->rules.contains(entries_->rules[rule]);
+  return *is_in;
 }
 
 bool EntryList::PassesFilter(Index index) const {

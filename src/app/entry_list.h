@@ -3,6 +3,7 @@
 #include <array>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,7 +20,7 @@ namespace quellix {
 // which no item names.
 struct EntryScope {
   std::array<bool, kItemCount> items{};
-  std::vector<std::string> rules;
+  std::set<std::string> rules;
   bool operator==(const EntryScope&) const = default;
 };
 
@@ -64,6 +65,9 @@ class EntryList {
   void TickAll(bool ticked);  // those that are shown
   // What a run is to remove of these.
   std::shared_ptr<RunChoice> Choice() const;
+  // All there are, by index, and whether a run is to remove one of those that can go.
+  const RunEntries& entries() const { return *entries_; }
+  bool IsTaken(size_t entry) const { return !unticked_[entry]; }
   // What to ask before it; "" for nothing. See QuestionBefore.
   std::string Question() const;
   // "1,204 entries, 54.20 MB; 12 stay, 3 are kept": of all in
@@ -92,6 +96,7 @@ class EntryList {
   // The rows below a heading: from the first to one behind the last.
   std::pair<size_t, size_t> Below(size_t row) const;
   bool IsInScope(const RunEntry& entry) const;
+  bool IsRuleInScope(size_t rule) const;
   bool PassesFilter(Index entry) const;
   int Compare(const RunEntry& a, const RunEntry& b) const;
   std::string_view ItemText(const RunEntry& entry) const;
@@ -104,6 +109,7 @@ class EntryList {
   std::optional<RowOrder<RunColumn>> order_;
   std::string filter_;  // in upper case
   std::optional<EntryScope> scope_;
+  mutable std::vector<std::optional<bool>> in_scope_;  // by rule, once it was asked for
   bool is_grouped_ = false;
   std::vector<Heading> headings_;
   // Of all that is in the scope.

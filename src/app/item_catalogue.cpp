@@ -19,7 +19,7 @@ using enum Group;
 using enum Protection;
 
 constexpr bool kRisky = true, kHarmless = false;
-constexpr bool kNeedsRights = true, kAnyone = false;
+constexpr Rights kNeedsRights = Rights::kAll, kNeedsSome = Rights::kSome, kAnyone = Rights::kNone;
 constexpr int kUntilXp = 5;
 
 constexpr const char* kHistoryError = "There was an error in cleaning the History. ";
@@ -75,7 +75,7 @@ constexpr std::array<Item, kItemCount> kItems = {{
      CleanMemoryDumps,
      {"The memory dump that Windows writes after a crash, the small dumps, reports of drivers "
       "that hung (LiveKernelReports) and the dumps of your programs (CrashDumps).",
-      "", kHarmless, kNeedsRights}},
+      "", kHarmless, kNeedsSome}},
     {10, 22, "chkTemp", "Clean Temporary files", "CleanTempFiles", kFolderFiles, kNone,
      "Temporary files... ", "There was an error in cleaning Temporary Files. ", false,
      CleanTempFiles,

@@ -138,7 +138,7 @@ std::optional<Ticks> ItemList::TicksOf(size_t row) const {
   const Row& at = rows_[row];
   if (at.item != nullptr) return selection_.IsChecked(*at.item) ? Ticks::kAll : Ticks::kNone;
   if (at.line >= 0) return IsTicked(at) ? Ticks::kAll : Ticks::kNone;
-  if (!at.IsHeading()) return std::nullopt;
+  if (!at.IsHeading() || IsToldOnly(at)) return std::nullopt;
   const Selection::Count count = CountIn(at);
   if (count.checked == 0) return Ticks::kNone;
   return count.checked == count.all ? Ticks::kAll : Ticks::kSome;
@@ -217,7 +217,7 @@ EntryScope ItemList::ScopeOf(size_t row) const {
   const Row& at = rows_[row];
   for (const Row& below : rows_) {
     if (below.line < 0 || below.section != at.section) continue;
-    if (at.line < 0 || at.line == below.line) scope.rules.push_back(LineAt(below).rule);
+    if (at.line < 0 || at.line == below.line) scope.rules.insert(LineAt(below).rule);
   }
   if (at.section >= 0) return scope;
   for (const Item& item : AllItems()) {
@@ -261,7 +261,7 @@ std::string ItemList::NoteOf(const Item& item) const {
   if (found.stays > 0) Append(notes, CountText(found.stays) + " will stay");
   if (found.outcome == Outcome::kNothingFound && !IsAbsent(item)) Append(notes, "nothing found");
   if (IsAbsent(item)) Append(notes, "nothing of it on this Windows");
-  if (item.guide.needs_administrator && !is_administrator_ && !IsAbsent(item)) {
+  if (item.guide.rights != Rights::kNone && !is_administrator_ && !IsAbsent(item)) {
     Append(notes, "needs administrator rights");
   }
   Append(notes, item.guide.cost);
@@ -293,6 +293,7 @@ std::string ItemList::Text(size_t row, ItemColumn column) const {
   }
   if (at.item != nullptr) return NoteOf(*at.item);
   if (at.line >= 0) return LineNote(at);
+  if (IsToldOnly(at)) return SectionAt(at).told;
   return at.IsHeading() ? NoteOf(at) : "nothing of it on this Windows";
 }
 
@@ -303,6 +304,7 @@ std::string ItemList::Details(size_t row) const {
     const std::string note = LineNote(at);
     return LineAt(at).details + (note.empty() ? "" : "\r\n\r\nNote: " + note + ".");
   }
+  if (IsToldOnly(at)) return SectionAt(at).told;
   if (at.item == nullptr) {
     return NoteOf(at) + ". A click on the name, or Space, ticks the whole group" +
            (selection_.selects_risky() ? "" : " but for what cannot be had back") +

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/cleaning_run.h"
 #include "app/entry_list.h"
 #include "app/list_section.h"
 #include "app/selection.h"
@@ -45,7 +46,8 @@ class ItemList {
   // What was found here beside the items, which stands behind them.
   void SetSections(std::vector<ListSection> sections);
   const std::vector<ListSection>& sections() const { return sections_; }
-  // Every box that may be, whatever it is of; those of Windows' own cleaners are only cleared.
+  // Every box that may be, whatever it is of; those of Windows' own cleaners, and of recipes that
+  // cost something, are only cleared.
   void TickAll(bool ticked);
 
   // Lists anew: the ticks or the settings have changed.
@@ -81,6 +83,17 @@ class ItemList {
   void Forget();
   // Which entries a row stands for.
   EntryScope ScopeOf(size_t row) const;
+  // "Clean Cookies of Chrome": what a menu says of the row, "&" as two; "" for one that cleans
+  // nothing by itself.
+  std::string CommandAt(size_t row) const;
+  // What a row below a heading of a section cleans by itself; nothing for another.
+  std::optional<OtherChoices> ChoiceAt(size_t row) const;
+  // Whether the rows are of recipes as a look has found them.
+  bool Knows(const modPlugin::ShownRecipes& shown) const;
+  // Whether something is ticked that cannot be had again, of the recipes.
+  bool HasRiskyRecipes() const;
+  // Whether something is ticked that needs administrator rights, which are not there.
+  bool LacksRights() const;
 
   // What a user should know of a row, in several lines.
   std::string Details(size_t row) const;
@@ -103,13 +116,19 @@ class ItemList {
   const ListSection::Row& LineAt(const Row& row) const {
     return SectionAt(row).rows[static_cast<size_t>(row.line)];
   }
-  NameTicks& TicksIn(const ListSection& section) const;
-  bool IsTicked(const Row& row) const;  // of a row in a section
+  bool IsTicked(const ListSection& section, const ListSection::Row& line) const;
+  bool IsTicked(const Row& row) const {  // of a row in a section
+    return IsTicked(SectionAt(row), LineAt(row));
+  }
+  void SetTicked(const ListSection& section, const ListSection::Row& line, bool ticked);
   const Found& FoundOf(const std::string& rule) const;
   void TickSection(const ListSection& section, bool ticked);
   Selection::Count CountIn(const Row& heading) const;
   void ToggleInSection(const Row& row);
   std::string SectionText(const Row& row) const;
+  // A ticked recipe that does not run before a person has seen what it removes.
+  bool IsUnseen(const Row& row) const;
+  bool HasTicked(const std::function<bool(const ListSection::Row&)>& is_such) const;
   std::string LineNote(const Row& row) const;
   bool IsAbsent(const Item& item) const;
   bool IsFoldedAway(const Item& item) const;
@@ -118,6 +137,9 @@ class ItemList {
   bool Precedes(const Item& a, const Item& b) const;
   std::string NoteOf(const Item& item) const;
   std::string NoteOf(const Row& heading) const;
+  bool IsToldOnly(const Row& row) const {
+    return row.IsHeading() && row.section >= 0 && SectionAt(row).rows.empty();
+  }
   std::string CountText(uint64_t count) const;
 
   Machine machine_;

@@ -1,6 +1,13 @@
 // The rows beside the items in the list of all that can be cleaned.
 #include "app/item_list.h"
 
+#include <algorithm>
+#include <unordered_set>
+
+#include "app/item_catalogue.h"
+#include "app/system_cleaning.h"
+#include "platform/text.h"
+
 namespace quellix {
 
 void ItemList::SetSections(std::vector<ListSection> sections) {
@@ -8,13 +15,27 @@ void ItemList::SetSections(std::vector<ListSection> sections) {
   Refresh();
 }
 
-NameTicks& ItemList::TicksIn(const ListSection& section) const {
-  return section.kind == ListSection::Kind::kBrowser ? selection_.browsers()
-                                                     : selection_.cleaners();
+bool ItemList::IsTicked(const ListSection& section, const ListSection::Row& line) const {
+  switch (section.kind) {
+    case ListSection::Kind::kBrowser:
+      return selection_.browsers().IsTicked(line.name);
+    case ListSection::Kind::kCleaners:
+      return selection_.cleaners().IsTicked(line.name);
+    case ListSection::Kind::kRecipes:
+      break;
+  }
+  return selection_.recipes().IsTicked(line.name);
 }
 
-bool ItemList::IsTicked(const Row& row) const {
-  return TicksIn(SectionAt(row)).IsTicked(LineAt(row).name);
+void ItemList::SetTicked(const ListSection& section, const ListSection::Row& line, bool ticked) {
+  switch (section.kind) {
+    case ListSection::Kind::kBrowser:
+      return selection_.browsers().SetTicked(line.name, ticked);
+    case ListSection::Kind::kCleaners:
+      return selection_.cleaners().SetTicked(line.name, ticked);
+    case ListSection::Kind::kRecipes:
+      return selection_.recipes().SetTicked(line.name, ticked);
+  }
 }
 
 const ItemList::Found& ItemList::FoundOf(const std::string& rule) const {
@@ -29,12 +50,85 @@ std::string ItemList::SectionText(const Row& row) const {
 
 std::string ItemList::LineNote(const Row& row) const {
   const Found& found = FoundOf(LineAt(row).rule);
+  const ListSection::Row& line = LineAt(row);
   const bool is_cleaner = SectionAt(row).kind == ListSection::Kind::kCleaners;
-  std::string note;
-  if (found.stays > 0) note = is_cleaner ? "failed" : CountText(found.stays) + " will stay";
-  if (found.done && found.count + found.stays == 0) note = "nothing found";
-  const std::string& cost = LineAt(row).cost;
-  return note + (note.empty() || cost.empty() ? "" : "; ") + cost;
+  std::string notes;
+  const auto append = [&notes](std::string_view note) {
+    if (!note.empty()) notes.append(notes.empty() ? "" : "; ").append(note);
+  };
+  if (IsUnseen(row)) append("new or changed: runs once you have seen its preview");
+  if (found.done && found.count + found.stays == 0) append("nothing found");
+  if (found.stays > 0) append(is_cleaner ? "failed" : CountText(found.stays) + " will stay");
+  if (line.needs_administrator && !is_administrator_) append("needs administrator rights");
+  append(line.cost);
+  return notes;
+}
+
+bool ItemList::IsUnseen(const Row& row) const {
+  if (SectionAt(row).kind != ListSection::Kind::kRecipes || !IsTicked(row)) return false;
+  const ListSection::Row& line = LineAt(row);
+  return !line.fingerprints.Has(selection_.recipes().ChoiceOf(line.name).seen);
+}
+
+std::optional<OtherChoices> ItemList::ChoiceAt(size_t row) const {
+  const Row& at = rows_[row];
+  if (at.line < 0) return std::nullopt;
+  const std::string& name = LineAt(at).name;
+  switch (SectionAt(at).kind) {
+    case ListSection::Kind::kBrowser: {
+      std::string problem;
+      return OtherChoices{.browsers = ParseBrowserChoice(FindBrowsers(machine_), name, problem)};
+    }
+    case ListSection::Kind::kCleaners:
+      return OtherChoices{.cleaners = TickedCleaners(
+                              machine_, [&name](std::string_view key) { return key == name; })};
+    case ListSection::Kind::kRecipes:
+      break;
+  }
+  return OtherChoices{.recipes = {selection_.recipes().ChoiceOf(name)}};
+}
+
+std::string ItemList::CommandAt(size_t row) const {
+  const Row& at = rows_[row];
+  if (at.item != nullptr) return at.item->command;
+  if (at.line < 0) return {};
+  const bool is_browser = SectionAt(at).kind == ListSection::Kind::kBrowser;
+  const std::string what =
+      LineAt(at).label + (is_browser ? " of " + SectionAt(at).title : std::string());
+  return "Clean " + ReplaceNoCase(what, "&", "&&");
+}
+
+bool ItemList::HasTicked(const std::function<bool(const ListSection::Row&)>& is_such) const {
+  return std::ranges::any_of(sections_, [&](const ListSection& section) {
+    return std::ranges::any_of(section.rows, [&](const ListSection::Row& line) {
+      return IsTicked(section, line) && is_such(line);
+    });
+  });
+}
+
+bool ItemList::Knows(const modPlugin::ShownRecipes& shown) const {
+  std::unordered_set<std::string_view> known;
+  for (const ListSection& section : sections_) {
+    for (const ListSection::Row& line : section.rows) known.insert(line.fingerprints.whole);
+  }
+  return std::ranges::all_of(shown.all, [&known](const modPlugin::ShownRecipe& recipe) {
+    return known.contains(recipe.fingerprints.whole);
+  });
+}
+
+bool ItemList::HasRiskyRecipes() const {
+  return HasTicked([](const ListSection::Row& line) {
+    return line.is_risky && !line.fingerprints.whole.empty();
+  });
+}
+
+bool ItemList::LacksRights() const {
+  if (is_administrator_) return false;
+  const auto is_such = [this](const Item& item) {
+    return selection_.IsChecked(item) && item.guide.rights != Rights::kNone && !IsAbsent(item);
+  };
+  return std::ranges::any_of(AllItems(), is_such) ||
+         HasTicked([](const ListSection::Row& line) { return line.needs_administrator; });
 }
 
 Selection::Count ItemList::CountIn(const Row& heading) const {
@@ -43,7 +137,7 @@ Selection::Count ItemList::CountIn(const Row& heading) const {
   const ListSection& section = SectionAt(heading);
   for (const ListSection::Row& line : section.rows) {
     ++count.all;
-    if (TicksIn(section).IsTicked(line.name)) ++count.checked;
+    if (IsTicked(section, line)) ++count.checked;
   }
   return count;
 }
@@ -51,14 +145,14 @@ Selection::Count ItemList::CountIn(const Row& heading) const {
 // As of a group's boxes: what is risky goes along only when the settings say so.
 void ItemList::TickSection(const ListSection& section, bool ticked) {
   for (const ListSection::Row& line : section.rows) {
-    const bool goes_along = selection_.selects_risky() || !line.is_risky;
-    if (!ticked || goes_along) TicksIn(section).SetTicked(line.name, ticked);
+    const bool goes_along = line.goes_along && (selection_.selects_risky() || !line.is_risky);
+    if (!ticked || goes_along) SetTicked(section, line, ticked);
   }
 }
 
 void ItemList::ToggleInSection(const Row& row) {
   const ListSection& section = SectionAt(row);
-  if (row.line >= 0) return TicksIn(section).SetTicked(LineAt(row).name, !IsTicked(row));
+  if (row.line >= 0) return SetTicked(section, LineAt(row), !IsTicked(row));
   const Selection::Count before = CountIn(row);
   TickSection(section, true);
   if (CountIn(row).checked == before.checked) TickSection(section, false);
@@ -68,7 +162,7 @@ void ItemList::ToggleInSection(const Row& row) {
 void ItemList::TickAll(bool ticked) {
   selection_.SelectAll(ticked);
   for (const ListSection& section : sections_) {
-    if (!ticked || section.kind == ListSection::Kind::kBrowser) TickSection(section, ticked);
+    if (!ticked || section.kind != ListSection::Kind::kCleaners) TickSection(section, ticked);
   }
 }
 

@@ -1,6 +1,5 @@
 #include "app/preview_run.h"
 
-#include "app/cleaning_run.h"
 #include "run/removal.h"
 
 namespace quellix {
@@ -30,6 +29,11 @@ void PreviewRun::Run(const Selection& selection) {
 
 void PreviewRun::RunOneItem(const Item& item) {
   quellix::RunOneItem(context_, item);
+  state_.RunLog += view_.told;
+}
+
+void PreviewRun::RunOthers(const OtherChoices& choices) {
+  quellix::RunOthers(context_, choices);
   state_.RunLog += view_.told;
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "app/cleaning_run.h"
 #include "app/selection.h"
 #include "backup/preview_archive.h"
 #include "platform/preview/preview_machine.h"
@@ -23,6 +24,7 @@ class PreviewRun {
   // Returns when all is found, or stopped.
   void Run(const Selection& selection);
   void RunOneItem(const Item& item);
+  void RunOthers(const OtherChoices& choices);
   // Work that is no item, such as plug-ins chosen by hand.
   void RunByHand(const std::function<void(CleaningContext&)>& work);
 

@@ -7,6 +7,7 @@
 
 #include "app/name_ticks.h"
 #include "platform/machine.h"
+#include "plugins/recipe_ticks.h"
 #include "run/item.h"
 #include "settings/preferences.h"
 
@@ -48,6 +49,9 @@ class Selection {
   // Which of Windows' own cleaners work then as well.
   NameTicks& cleaners() { return cleaners_; }
   const NameTicks& cleaners() const { return cleaners_; }
+  // Which recipes of the user's own lists are carried out then, and as what they were seen.
+  modPlugin::RecipeTicks& recipes() { return recipes_; }
+  const modPlugin::RecipeTicks& recipes() const { return recipes_; }
 
   // chkItems.txt, one line of 30 values. Loading: a missing file changes nothing, a field that is
   // no number leaves its box, missing fields leave theirs, further ones are ignored. Both throw
@@ -63,6 +67,7 @@ class Selection {
   using Checks = std::array<bool, kItemCount>;  // by run order, from 0
   Checks checked_{};
   NameTicks browsers_{"Browsers.txt"}, cleaners_{"Cleaners.txt"};
+  modPlugin::RecipeTicks recipes_;
   std::optional<Checks> unread_;  // as they were when the file could not be read
   bool protect1_ = false;
   bool protect2_ = false;

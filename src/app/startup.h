@@ -12,6 +12,7 @@ enum class StartMode {
   kWithWindows,  // "-s": a run starts when the settings say so
   kCleanNow,     // "-c": a run starts at once
   kHidden,       // "-h": a run starts at once, without a window, and then the program ends
+  kWithRights,   // what needs administrator rights is cleaned, see RightsArguments
 };
 
 // How a command line starts the program: the arguments as they stand behind the program's name, in

@@ -68,6 +68,7 @@ std::string SelectItems(const CleanOptions& options, Selection& selection) {
     for (const Item& item : AllItems()) selection.SetChecked(item, false);
     selection.browsers().Clear();
     selection.cleaners().Clear();
+    selection.recipes().Clear();
   }
   if (options.all) selection.SelectAll(true);
   for (const std::string& group : options.groups) selection.CheckGroup(kGroups.at(group));
@@ -77,8 +78,8 @@ std::string SelectItems(const CleanOptions& options, Selection& selection) {
     if (item->cleaner == nullptr) return "the item \"" + name + "\" is not available yet.";
     selection.SetChecked(*item, true);
   }
-  const bool is_empty =
-      selection.CountChecked() == 0 && selection.browsers().empty() && selection.cleaners().empty();
+  const bool is_empty = selection.CountChecked() == 0 && selection.browsers().empty() &&
+                        selection.cleaners().empty() && selection.recipes().empty();
   return is_empty ? "nothing is chosen." : "";
 }
 

@@ -43,6 +43,10 @@ RecipeTicks LoadTicks(const Machine& machine) {
   return ticks;
 }
 
+bool IsSeen(const Machine& machine, const RecipeTicks& ticks, const ListedRecipe& recipe) {
+  return modPlugin::FingerprintsOf(machine, recipe).Has(ticks.ChoiceOf(recipe.name).seen);
+}
+
 struct ListedRow {
   const ListedRecipe* recipe;
   bool ticked, seen, found;
@@ -56,7 +60,7 @@ std::vector<ListedRow> RowsOf(const RecipeLists& lists, const Machine& machine, 
     const ListedRecipe& recipe = lists.recipes[i];
     const bool ticked = ticks.IsTicked(recipe.name);
     if (all || found[i] || ticked)
-      rows.push_back({&recipe, ticked, ticks.IsSeen(recipe), found[i]});
+      rows.push_back({&recipe, ticked, IsSeen(machine, ticks, recipe), found[i]});
   }
   return rows;
 }
@@ -190,7 +194,8 @@ int Process(const Names& names, const ReportOptions& options, const Machine& mac
   for (const std::string& name : names) {
     const ListedRecipe* recipe = lists.Find(name);
     if (recipe == nullptr) return Fail(WhyUnknown(lists, name), kWrongUsage);
-    if (kind == RunKind::kReal && !ticks.IsSeen(*recipe)) return Fail(WhyUnseen(*recipe), kFailed);
+    if (kind == RunKind::kReal && !IsSeen(machine, ticks, *recipe))
+      return Fail(WhyUnseen(*recipe), kFailed);
     recipes.push_back({recipe->name, [recipe](CleaningContext& context) {
                          if (modPlugin::RunListed(context, *recipe)) return;
                          context.state.RunLog += modPlugin::kNotFoundHere;
@@ -199,7 +204,7 @@ int Process(const Names& names, const ReportOptions& options, const Machine& mac
   return ProcessRecipes("recipes process", recipes, options, machine, kind);
 }
 
-void Tell(const ListedRecipe& recipe, const RecipeTicks& ticks) {
+void Tell(const ListedRecipe& recipe, bool is_seen) {
   const modPlugin::Plugin& plugin = recipe.plugin;
   if (!plugin.cost.empty()) {
     std::cout << recipe.name << (plugin.loses_data ? ": this cannot be had again: " : ": costs: ")
@@ -208,7 +213,7 @@ void Tell(const ListedRecipe& recipe, const RecipeTicks& ticks) {
   if (!recipe.warning.empty()) {
     std::cout << recipe.name << ": its author warns: " << recipe.warning << "\n";
   }
-  if (!ticks.IsSeen(recipe)) std::cout << WhyUnseen(recipe) << "\n";
+  if (!is_seen) std::cout << WhyUnseen(recipe) << "\n";
 }
 
 int Switch(const Names& names, const Machine& machine, bool on) {
@@ -219,7 +224,7 @@ int Switch(const Names& names, const Machine& machine, bool on) {
     const bool is_known = recipe != nullptr || (!on && ticks.IsTicked(name));
     if (!is_known) return Fail(WhyUnknown(lists, name), kWrongUsage);
     ticks.SetTicked(recipe != nullptr ? recipe->name : name, on);
-    if (on) Tell(*recipe, ticks);
+    if (on) Tell(*recipe, IsSeen(machine, ticks, *recipe));
   }
   ticks.Save(machine);
   return kDone;
@@ -263,9 +268,9 @@ void AddRecipeCommands(ConsoleCommands& commands) {
       });
   run.add_flag("--preview", options->preview, "List what would go; change nothing");
   commands.AddReport(run);
-  add("enable", "Let the item CleanPlugins use a recipe",
+  add("enable", "Tick a recipe, as the window does: runs carry it out",
       [options](const Machine& machine) { return Switch(options->names, machine, true); });
-  add("disable", "Keep the item CleanPlugins from using it",
+  add("disable", "Take its tick away",
       [options](const Machine& machine) { return Switch(options->names, machine, false); });
 }
 

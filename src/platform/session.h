@@ -40,6 +40,10 @@ class Session {
   // Whether what only administrators may change can be changed.
   virtual bool HasAdministratorRights() = 0;
 
+  // The security identifier of the user in whose name the process runs ("S-1-5-21-..."); "" where
+  // there is none. Never throws.
+  virtual std::string UserId() = 0;
+
   // The programs that have a file open, by the names that their users know; none where that cannot
   // be told. Never throws.
   virtual std::vector<std::string> ProgramsUsing(const std::string& path) = 0;

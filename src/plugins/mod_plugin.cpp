@@ -17,7 +17,6 @@
 #include "plugins/recipe_detection.h"
 #include "plugins/recipe_exclusions.h"
 #include "plugins/recipe_keys.h"
-#include "plugins/recipe_run.h"
 #include "registry_tools/registry_eraser.h"
 #include "run/programs_in_use.h"
 #include "run/removal.h"
@@ -289,13 +288,10 @@ void DeleteRegistryKeyTree(Registry& registry, RegistryRoot root, std::string_vi
 
 void CleanPlugins(CleaningContext& context, const Item& item) {
   context.state.WhyNothing = "No plug-in is ticked.";
-  const bool has_list = modPlugin::HasPluginList(context.machine);
-  if (!has_list && !modPlugin::HasTickedRecipes(context.machine)) return;
+  if (!modPlugin::HasPluginList(context.machine)) return;
   BeginItem(context, item);
   ResetItemCounters(context.state);
-  const auto plugins = has_list ? modPlugin::ReadPluginList(context.machine)
-                                : std::vector<modPlugin::InstalledPlugin>();
-  for (const modPlugin::InstalledPlugin& plugin : plugins) {
+  for (const auto& plugin : modPlugin::ReadPluginList(context.machine)) {
     if (!plugin.ticked) continue;
     NotePlace(context.state);
     // Looked for in "\Plugins\" and processed from "\plugins\": both name the same folder, and the
@@ -303,8 +299,6 @@ void CleanPlugins(CleaningContext& context, const Item& item) {
     modPlugin::RunPlugin(context, context.machine.program_folder + "\\plugins\\" + plugin.file);
     if (context.state.AbortRequested) return EndRun(context, "Aborted by user");
   }
-  modPlugin::RunTickedRecipes(context);
-  if (context.state.AbortRequested) return EndRun(context, "Aborted by user");
   EndRun(context, "");
   AppendFilesLine(context, item);
 }

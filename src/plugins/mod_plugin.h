@@ -11,8 +11,7 @@
 
 namespace quellix {
 
-// The item: carries out the plug-ins ticked in plg.txt, then the ticked recipes of the user's
-// lists. See Cleaner for its contract.
+// The item: carries out the plug-ins ticked in plg.txt. See Cleaner for its contract.
 void CleanPlugins(CleaningContext& context, const Item& item);
 
 namespace modPlugin {

@@ -347,8 +347,8 @@ class Names {
 
 class ListReader {
  public:
-  void Read(std::string_view text) {
-    for (size_t number = 1; !text.empty(); ++number) {
+  void Read(std::string_view text, const Pause& pause) {
+    for (size_t number = 1; !text.empty() && !pause(); ++number) {
       const std::string_view raw = TakeLine(text);
       const IniLine line = ParseIniLine(raw);
       if (line.kind == IniLine::kSection) {
@@ -379,9 +379,10 @@ class ListReader {
 
 }  // namespace
 
-std::vector<ListedRecipe> ParseRecipeLists(const std::vector<std::string>& texts) {
+std::vector<ListedRecipe> ParseRecipeLists(const std::vector<std::string>& texts,
+                                           const Pause& pause) {
   ListReader reader;
-  for (const std::string& text : texts) reader.Read(text);
+  for (const std::string& text : texts) reader.Read(text, pause);
   return reader.Take();
 }
 

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/pause.h"
 #include "plugins/plugin_check.h"
 #include "plugins/plugin_file.h"
 
@@ -41,8 +42,9 @@ struct ListedRecipe {
   std::vector<Remark> remarks;
 };
 
-// All entries of some lists, in their order. Never fails.
-std::vector<ListedRecipe> ParseRecipeLists(const std::vector<std::string>& texts);
+// All entries of some lists, in their order. Never fails; a stop leaves the rest out.
+std::vector<ListedRecipe> ParseRecipeLists(const std::vector<std::string>& texts,
+                                           const Pause& pause = {});
 
 // What tells an entry from one that does something else: 64 hexadecimal digits.
 std::string FingerprintOf(const ListedRecipe& recipe);
@@ -58,7 +60,8 @@ struct RecipeLists {
 };
 
 // Winapp2.ini beside the program or, where Settings.ini names some ([Recipes], File), the files
-// there, with "|" between them, beside the program or with full paths. Never fails.
-RecipeLists LoadRecipeLists(const Machine& machine);
+// there, with "|" between them, beside the program or with full paths. Never fails; a stop leaves
+// the rest out.
+RecipeLists LoadRecipeLists(const Machine& machine, const Pause& pause = {});
 
 }  // namespace quellix::modPlugin

@@ -25,12 +25,12 @@ const ListedRecipe* RecipeLists::Find(std::string_view name) const {
   return found == by_name.end() ? nullptr : &recipes[found->second];
 }
 
-RecipeLists LoadRecipeLists(const Machine& machine) {
+RecipeLists LoadRecipeLists(const Machine& machine, const Pause& pause) {
   RecipeLists lists;
   const std::string named = Settings(machine).ReadIniValue("Recipes", "File", "", kLongestSetting);
   std::vector<std::string> texts;
   for (const std::string& name : Split(named.empty() ? kUsualName : named, '|')) {
-    if (TrimBlanks(name).empty()) continue;
+    if (TrimBlanks(name).empty() || pause()) continue;
     const std::string path = PathOfList(machine, std::string(TrimBlanks(name)));
     try {
       if (const auto bytes = machine.files.ReadWholeFile(path)) {
@@ -43,7 +43,7 @@ RecipeLists LoadRecipeLists(const Machine& machine) {
       lists.problems.push_back(path + ": " + error.what());
     }
   }
-  lists.recipes = ParseRecipeLists(texts);
+  lists.recipes = ParseRecipeLists(texts, pause);
   for (const ListedRecipe& recipe : lists.recipes) {
     lists.by_name.emplace(UpCase(recipe.name), lists.by_name.size());
   }

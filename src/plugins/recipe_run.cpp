@@ -1,8 +1,10 @@
 #include "plugins/recipe_run.h"
 
-#include "platform/error.h"
+#include "cleaners/skeleton.h"
+#include "platform/sha256.h"
 #include "plugins/mod_plugin.h"
-#include "plugins/recipe_ticks.h"
+#include "plugins/recipe_detection.h"
+#include "plugins/recipe_rights.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
 
@@ -13,76 +15,102 @@ void Log(CleaningContext& context, std::string_view sentence) {
   context.state.RunLog.append(sentence).append("\r\n");
 }
 
-void LogCount(CleaningContext& context, const std::string& name, int files, double bytes) {
-  Log(context, name + ": Files Deleted: " + std::to_string(files) + " Space Gained: " +
-                   FormatSize(bytes, 2, true, context.machine.system.UserLocale()));
+bool LacksRights(const Machine& machine, const ListedRecipe& recipe) {
+  return NeedsAdministrator(recipe.plugin) && !machine.session.HasAdministratorRights();
 }
 
-void RunTicked(CleaningContext& context, const ListedRecipe& recipe, const RecipeTicks& ticks) {
-  if (!context.state.IsPreview && !ticks.IsSeen(recipe)) {
+bool MayAnything(const Machine& machine, const ListedRecipe& recipe) {
+  return !LacksRights(machine, recipe) || NamesAnything(WithoutAdministrator(recipe.plugin));
+}
+
+void LogCount(CleaningContext& context, const std::string& name) {
+  const RunState& state = context.state;
+  Log(context, name + ": Files Deleted: " + std::to_string(state.FilesDeleted) + " Space Gained: " +
+                   FormatSize(state.SpaceGained, 2, true, context.machine.system.UserLocale()));
+}
+
+void RunChosen(CleaningContext& context, const ListedRecipe& recipe, const RecipeChoice& choice) {
+  ResetItemCounters(context.state);
+  const bool is_seen = FingerprintsOf(context.machine, recipe).Has(choice.seen);
+  const bool may_anything = MayAnything(context.machine, recipe);
+  if (may_anything && !is_seen && !context.state.IsPreview) {
     context.state.SomeErrors = true;
     return Log(
         context,
         recipe.name + " is not cleaned: it is new or has changed; look at its preview first.");
   }
-  const int files = context.state.FilesDeleted;
-  const double bytes = context.state.SpaceGained;
-  if (!RunListed(context, recipe)) return;
-  NotePlace(context.state);
-  LogCount(context, recipe.name, context.state.FilesDeleted - files,
-           context.state.SpaceGained - bytes);
+  context.view.SetStatus(recipe.name + "...");
+  if (RunListed(context, recipe) && may_anything) LogCount(context, recipe.name);
+}
+
+// What of it may be carried out; nothing where that is none of it.
+std::optional<Plugin> AllowedPart(CleaningContext& context, const ListedRecipe& recipe) {
+  if (!LacksRights(context.machine, recipe)) return recipe.plugin;
+  Plugin rest = WithoutAdministrator(recipe.plugin);
+  const bool is_any = NamesAnything(rest);
+  Log(context, recipe.name + (is_any ? ": what needs administrator rights was left."
+                                     : " is skipped: it needs administrator rights."));
+  if (!is_any) return std::nullopt;
+  return rest;
+}
+
+void NoteCarriedOut(CleaningContext& context, const ListedRecipe& recipe) {
+  context.state.Parts.Get<ShownRecipes>().all.push_back(
+      {recipe.name, FingerprintsOf(context.machine, recipe),
+       recipe.plugin.loses_data ? recipe.plugin.cost : ""});
 }
 
 }  // namespace
 
+std::string RuleOf(std::string_view name) { return "recipe:" + std::string(name); }
+
 bool RunListed(CleaningContext& context, const ListedRecipe& recipe) {
-  context.state.Entries->BeginRule(recipe.name);
-  Collected collected = ProcessRecords(context, recipe.plugin);
+  if (LacksRights(context.machine, recipe) && !IsFound(context.machine, recipe.plugin))
+    return false;
+  const std::optional<Plugin> allowed = AllowedPart(context, recipe);
+  if (!allowed) return true;
+  context.state.Entries->BeginRule(RuleOf(recipe.name));
+  Collected collected = ProcessRecords(context, *allowed);
   const bool is_found = collected.is_found, is_carried_out = collected.is_carried_out;
   RemoveCollected(context, std::move(collected));
-  if (is_carried_out && context.state.IsPreview && !context.state.AbortRequested) {
-    context.state.Parts.Get<ShownRecipes>().all.emplace_back(recipe.name, FingerprintOf(recipe));
-  }
+  context.state.Entries->BeginRule("");
+  if (is_carried_out && context.state.IsPreview && !context.state.AbortRequested)
+    NoteCarriedOut(context, recipe);
   return is_found;
 }
 
-void RunTickedRecipes(CleaningContext& context) {
-  RecipeTicks ticks;
-  try {
-    ticks.Load(context.machine);
-  } catch (const Error& error) {
-    context.state.SomeErrors = true;
-    return Log(context, std::string("The ticked recipes cannot be read. ") + error.what());
-  }
-  if (ticks.Ticked().empty()) return;
-  const RecipeLists lists = LoadRecipeLists(context.machine);
+Fingerprints FingerprintsOf(const Machine& machine, const ListedRecipe& recipe) {
+  const std::string whole = FingerprintOf(recipe);
+  return {whole, LacksRights(machine, recipe) ? Sha256(whole + " without rights") : whole};
+}
+
+void RunRecipes(CleaningContext& context, std::span<const RecipeChoice> choices) {
+  if (choices.empty()) return;
+  const RecipeLists lists = LoadRecipeLists(context.machine, PauseOf(context));
   for (const std::string& problem : lists.problems) Log(context, problem);
   context.state.SomeErrors = context.state.SomeErrors || !lists.problems.empty();
-  for (const std::string& name : ticks.Ticked()) {
-    if (const ListedRecipe* recipe = lists.Find(name)) {
-      RunTicked(context, *recipe, ticks);
+  for (const RecipeChoice& choice : choices) {
+    if (StopsRun(context)) return;
+    if (const ListedRecipe* recipe = lists.Find(choice.name)) {
+      RunChosen(context, *recipe, choice);
     } else if (lists.problems.empty()) {
-      Log(context, name + " is in no list of recipes any more.");
+      Log(context, choice.name + " is in no list of recipes any more.");
     }
-    if (context.state.AbortRequested) return;
   }
 }
 
-bool HasTickedRecipes(const Machine& machine) {
-  try {
-    RecipeTicks ticks;
-    ticks.Load(machine);
-    return !ticks.Ticked().empty();
-  } catch (const Error&) {
-    return true;
+void NoteShown(RecipeTicks& ticks, const std::shared_ptr<ShownRecipes>& shown) {
+  if (!shown) return;
+  for (const ShownRecipe& recipe : shown->all) {
+    const auto& [whole, here] = recipe.fingerprints;
+    if (ticks.ChoiceOf(recipe.name).seen != whole) ticks.SetSeen(recipe.name, here);
   }
 }
 
 void KeepShown(const Machine& machine, const std::shared_ptr<ShownRecipes>& shown) {
-  if (!shown) return;
   RecipeTicks ticks;
   ticks.Load(machine);
-  for (const auto& [name, fingerprint] : shown->all) ticks.SetSeen(name, fingerprint);
+  NoteShown(ticks, shown);
   ticks.Save(machine);
 }
 

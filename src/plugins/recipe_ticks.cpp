@@ -14,27 +14,38 @@ RecipeTicks::Row& RecipeTicks::RowOf(std::string_view name) {
   return rows_.try_emplace(UpCase(name), Row{std::string(name)}).first->second;
 }
 
-void RecipeTicks::Load(const Machine& machine) {
-  rows_.clear();
+RecipeTicks::Rows RecipeTicks::Read(const Machine& machine) {
+  Rows rows;
   for (const std::string& line : ReadListFile(machine, kFile)) {
     const ListRow read = ParseListRow(line);
     if (read.text.empty()) continue;
-    Row& row = RowOf(read.text);
+    Row& row = rows.try_emplace(UpCase(read.text), Row{read.text}).first->second;
     row.ticked = row.ticked || read.ticked;
     row.seen = read.description;
   }
-  stored_ = rows_;
+  return rows;
+}
+
+void RecipeTicks::Load(const Machine& machine) {
+  rows_.clear();
+  stored_.clear();
+  rows_ = stored_ = Read(machine);
 }
 
 void RecipeTicks::Save(const Machine& machine) {
   if (rows_ == stored_) return;
-  std::vector<std::string> lines;
+  Rows rows = Read(machine);
   for (const auto& [key, row] : rows_) {
+    const auto before = stored_.find(key);
+    if (before == stored_.end() || before->second != row) rows[key] = row;
+  }
+  std::vector<std::string> lines;
+  for (const auto& [key, row] : rows) {
     if (row.ticked || !row.seen.empty())
       lines.push_back(FormatListRow({row.ticked, row.name, row.seen}));
   }
   WriteListFile(machine, kFile, lines);
-  stored_ = rows_;
+  rows_ = stored_ = std::move(rows);
 }
 
 bool RecipeTicks::IsTicked(std::string_view name) const {
@@ -44,17 +55,27 @@ bool RecipeTicks::IsTicked(std::string_view name) const {
 
 void RecipeTicks::SetTicked(std::string_view name, bool ticked) { RowOf(name).ticked = ticked; }
 
+void RecipeTicks::Clear() {
+  for (auto& [key, row] : rows_) row.ticked = false;
+}
+
 std::vector<std::string> RecipeTicks::Ticked() const {
   std::vector<std::string> names;
-  for (const auto& [key, row] : rows_) {
-    if (row.ticked) names.push_back(row.name);
-  }
+  for (const RecipeChoice& choice : Choices()) names.push_back(choice.name);
   return names;
 }
 
-bool RecipeTicks::IsSeen(const ListedRecipe& recipe) const {
-  const auto row = rows_.find(UpCase(recipe.name));
-  return row != rows_.end() && row->second.seen == FingerprintOf(recipe);
+std::vector<RecipeChoice> RecipeTicks::Choices() const {
+  std::vector<RecipeChoice> choices;
+  for (const auto& [key, row] : rows_) {
+    if (row.ticked) choices.push_back({row.name, row.seen});
+  }
+  return choices;
+}
+
+RecipeChoice RecipeTicks::ChoiceOf(std::string_view name) const {
+  const auto row = rows_.find(UpCase(name));
+  return {std::string(name), row == rows_.end() ? "" : row->second.seen};
 }
 
 void RecipeTicks::SetSeen(std::string_view name, std::string fingerprint) {

@@ -17,13 +17,16 @@ enum class Protection { kNone, kProtect1, kProtect2 };
 // the item's message and goes on.
 using Cleaner = void (*)(CleaningContext&, const Item&);
 
+// What an item needs administrator rights for.
+enum class Rights { kNone, kSome, kAll };
+
 // What a user should know of an item before ticking it.
 struct ItemGuide {
-  const char* removes;    // what goes, and from where; one sentence or more
-  const char* cost = "";  // what its user loses besides traces
-  bool is_risky = false;  // that cannot be had again by any means
-  bool needs_administrator = false;
-  int last_windows = 0;  // the last major version that has something of it; 0: all have
+  const char* removes;            // what goes, and from where; one sentence or more
+  const char* cost = "";          // what its user loses besides traces
+  bool is_risky = false;          // that cannot be had again by any means
+  Rights rights = Rights::kNone;  // without them one that needs them for all of it is skipped
+  int last_windows = 0;           // the last major version that has something of it; 0: all have
 };
 
 // Of the cleaning items: as many as chkItems.txt has always had values.

@@ -6,6 +6,8 @@
 #include <algorithm>
 
 #include "app/mod_shut_down.h"
+#include "app/recipe_sections.h"
+#include "app/rights.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
@@ -29,6 +31,7 @@ constexpr Anchor kAnchors[] = {
     {lstvRun, kListShare, 0, 1, 1},
     {cmdNextTip, kListShare, 0, kListShare, 0},
     {lnkRemoval, 0, 1, 1, 1},
+    {cmdRights, 1, 1, 1, 1},
     {lblStatus, 0, 1, 1, 1},
     {pgClean, 0, 1, 1, 1},
     {lblCleanCaption, 0, 1, 0, 1},
@@ -39,8 +42,9 @@ constexpr Anchor kAnchors[] = {
     {cmdStop, 1, 1, 1, 1},
 };
 
-constexpr int kFooterControls[] = {lnkRemoval, lblStatus,  lblCleanCaption, lblCleanDate, pgClean,
-                                   cmdBackups, cmdPreview, cmdClean,        cmdStop};
+constexpr int kFooterControls[] = {lnkRemoval,   cmdRights, lblStatus,  lblCleanCaption,
+                                   lblCleanDate, pgClean,   cmdBackups, cmdPreview,
+                                   cmdClean,     cmdStop};
 
 // Where the screen has room for it, in 96-DPI units.
 constexpr int kWidthAtFirst = 980, kHeightAtFirst = 700;
@@ -65,12 +69,19 @@ void FrmMain::Open(HWND owner, StartMode mode) {
   const bool is_hidden = mode == StartMode::kHidden;
   const std::string problems = engine_.Load(is_hidden ? nullptr : &tips_);
   engine_.ClearLeftovers();
+  with_rights_ = mode == StartMode::kWithRights;
+  if (with_rights_) {
+    KeepOnlyRights(machine_, engine_.selection());
+    engine_.auto_clean().Start(std::nullopt);
+  }
   Create(frmMain, owner);
   if (is_hidden) return RunHidden();
+  if (with_rights_) SetWindowTextW(window(), L"Quellix (Administrator)");
   Enlarge();
   ShowWindow(window(), SW_SHOW);
   if (!problems.empty()) Warn(problems);
   if (mode != StartMode::kNormal) display_.SetStatus("");
+  if (with_rights_ && engine_.is_loaded()) return Clean({});
   if (engine_.is_loaded() && CleansAtStart(mode, engine_.preferences().startup_clean)) {
     engine_.state().BySelf = mode == StartMode::kWithWindows;
     Run([this] { engine_.RunCleaning(); });
@@ -84,9 +95,9 @@ void FrmMain::OnInit() {
   BindItems();
   windows_.on_options = [this] { FollowSettings(); };
   preview_.on_clean = [this](std::shared_ptr<RunChoice> choice) {
-    Run([this, choice] { engine_.RunCleaning(choice); });
+    Run([this, choice] { RunTarget(previewed_, choice); });
   };
-  preview_.asks = [this] { return engine_.preferences().ask; };
+  preview_.question_of = [this](const EntryList& list) { return Question(list); };
   FollowSettings();
   SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
   display_.Attach(window(), [this](const Item* item) { ShowCurrentItem(item); });
@@ -123,9 +134,22 @@ void FrmMain::ShowSummary() {
   const std::string what = items_.list().Summary();
   const std::string how(RemovalText(engine_.preferences().RemovalMode));
   std::string summary = what + ", <a>" + how + "</a>";
+  ShowRights();
   if (summary == summary_) return;  // a link that is set anew paints itself
   summary_ = std::move(summary);
   SetText(lnkRemoval, summary_);
+}
+
+// The button by which what needs administrator rights is cleaned, while something of that is
+// ticked.
+void FrmMain::ShowRights() {
+  const bool wants = items_.list().LacksRights();
+  const HWND button = Control(cmdRights);
+  const bool is_shown = (GetWindowLongW(button, GWL_STYLE) & WS_VISIBLE) != 0;
+  if (wants == is_shown) return;
+  if (!wants && GetFocus() == button) FocusOn(Control(lstvItems));
+  SendMessageW(button, BCM_SETSHIELD, 0, TRUE);
+  ShowWindow(button, wants ? SW_SHOWNA : SW_HIDE);
 }
 
 // Settings that were read anew: a look may find other things by them. A tip that is shown stays.
@@ -152,14 +176,43 @@ bool FrmMain::CanClean() const {
 // What nobody misses until the window has been painted: timers come last.
 void FrmMain::FindPrograms() {
   KillTimer(window(), tmrSettle);
-  items_.list().SetSections(FindSections(machine_));
+  sections_ = FindSections(machine_);
+  ShowSections();
+  LookForRecipes();
+}
+
+void FrmMain::ShowSections() {
+  std::vector<ListSection> all = sections_;
+  all.insert(all.end(), recipes_.begin(), recipes_.end());
+  items_.list().SetSections(std::move(all));
   items_.Refresh();
   ShowSummary();
+}
+
+void FrmMain::LookForRecipes() {
+  knows_recipes_ = false;
+  SetTimer(window(), tmrRecipes, USER_TIMER_MINIMUM, nullptr);
+}
+
+// A list of thousands takes a while. Everything can be used meanwhile; a run stops the search,
+// which begins anew when it is over.
+void FrmMain::FindRecipes() {
+  KillTimer(window(), tmrRecipes);
+  if (work_.working() || search_.working()) return;
+  FoundRecipes found;
+  const auto end =
+      search_.Run({}, [&](const Pause& pause) { found = FindRecipeSections(machine_, pause); });
+  if (end == LongWork::End::kGone) return;
+  if (!found.is_whole) return LookForRecipes();
+  knows_recipes_ = true;
+  std::swap(recipes_, found.sections);
+  if (!recipes_.empty() || !found.sections.empty()) ShowSections();
 }
 
 // Of a run that begins by itself while no window is shown, nobody is told anything.
 void FrmMain::OnTimer(UINT_PTR id) {
   if (id == tmrSettle) return FindPrograms();
+  if (id == tmrRecipes) return FindRecipes();
   if (id != tmrClean) return;
   engine_.auto_clean().Tick([this] { return CanClean(); },
                             [this] {
@@ -198,10 +251,12 @@ void FrmMain::OnCommand(int id, int code) {
   switch (id) {
     case cmdPreview:
     case mnuPreview:
-      return ShowPreview(LookAhead(LookAt(nullptr)));
+      return Preview({});
     case cmdClean:
     case mnuClean:
-      return Clean(nullptr);
+      return Clean({});
+    case cmdRights:
+      return CleanWithRights();
     case mnuLastLog:
       return ShowLastLog();
     case mnuProcessPlugin:
@@ -229,8 +284,8 @@ bool FrmMain::TurnOff(int id) {
 
 void FrmMain::OnContextMenu(HWND control, POINT screen) {
   if (work_.working() || pane_.OnContextMenu(control, screen)) return;
-  const Item* const item = items_.ItemForMenu(control, screen);
-  if (item != nullptr) ShowOneItemMenu(*item, screen);
+  const std::optional<size_t> row = items_.RowForMenu(control, screen);
+  if (row) ShowRowMenu(*row, screen);
 }
 
 LRESULT FrmMain::OnNotify(NMHDR& header) {
@@ -244,13 +299,17 @@ LRESULT FrmMain::OnNotify(NMHDR& header) {
   return result;
 }
 
-void FrmMain::ShowOneItemMenu(const Item& item, POINT screen) {
+void FrmMain::ShowRowMenu(size_t row, POINT screen) {
   const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuDummy)));
   const HMENU entries = GetSubMenu(menu.Get(), 0);
-  ModifyMenuW(entries, mnuPopup, MF_BYCOMMAND, mnuPopup, Wide(item.command).c_str());
+  const Target target{items_.list().At(row).item, items_.list().ChoiceAt(row)};
+  const std::string command = items_.list().CommandAt(row);
+  ModifyMenuW(entries, mnuPopup, MF_BYCOMMAND, mnuPopup, Wide(command).c_str());
+  if (target.item != nullptr) DeleteMenu(entries, mnuPreviewRow, MF_BYCOMMAND);
   const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
                                     window(), nullptr);
-  if (chosen == mnuPopup) Clean(&item);
+  if (chosen == mnuPopup) Clean(target);
+  if (chosen == mnuPreviewRow) Preview(target);
 }
 
 void FrmMain::ShowCurrentItem(const Item* item) {
@@ -329,7 +388,7 @@ void FrmMain::ShowTrayMenu(POINT screen) {
   PostMessageW(window(), WM_NULL, 0, 0);
   if (chosen == mnuTrayLog) ShowLastLog();
   if (chosen == mnuTrayOpen) ComeForward();
-  if (chosen == mnuTrayClean) Clean(nullptr);
+  if (chosen == mnuTrayClean) Clean({});
   if (chosen == mnuTrayExit) Exit();
 }
 
@@ -350,7 +409,7 @@ void FrmMain::Warn(const std::string& text) const {
 std::string FrmMain::Save() const {
   tips_.Save();
   try {
-    engine_.Save();
+    if (!with_rights_) engine_.Save();
     return "";
   } catch (const Error& error) {
     return std::string("The ticked items could not be saved. ") + error.what();

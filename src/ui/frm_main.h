@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "app/preview_run.h"
+#include "app/run_question.h"
 #include "app/startup.h"
 #include "app/tips.h"
 #include "engine.h"
@@ -63,20 +64,33 @@ class FrmMain : public Dialog {
   void BindItems();
   void ShowSelected();
   void ShowSummary();
+  void ShowRights();
   bool TurnOff(int id);
   bool CanClean() const;
   void FollowSettings();
   void FindPrograms();
+  void ShowSections();
+  void LookForRecipes();
+  void FindRecipes();
   void GoToTray();
   void ComeForward() const;
   void ShowTrayMenu(POINT screen);
-  void Clean(const Item* item);
+  // What a command cleans: one item, some of what stands beside the items, or all that is ticked.
+  struct Target {
+    const Item* item = nullptr;
+    std::optional<OtherChoices> others = {};
+  };
+  void Clean(const Target& target);
+  void Preview(const Target& target);
+  void RunTarget(Target target, std::shared_ptr<RunChoice> choice = nullptr);
+  RunQuestion Question(const EntryList& list) const;
+  void CleanWithRights();
   using Look = std::function<void(PreviewRun&)>;
   std::shared_ptr<const RunEntries> LookAhead(const Look& look);
-  Look LookAt(const Item* item);
+  Look LookAt(const Target& target);
   void FollowLook();
   void ForgetLook();
-  void ShowPreview(std::shared_ptr<const RunEntries> found);
+  void ShowPreview(std::shared_ptr<const RunEntries> found, const Target& target);
   bool OnKey(MSG& message) override;
   void Run(const std::function<void()>& work);
   void Work(const std::function<void()>& work);
@@ -84,7 +98,7 @@ class FrmMain : public Dialog {
   bool KeepReport();
   void ShowLastLog();
   void ProcessPlugins();
-  void ShowOneItemMenu(const Item& item, POINT screen);
+  void ShowRowMenu(size_t row, POINT screen);
   void ShowCurrentItem(const Item* item);
   void PlaceCurrentItem();
   void ShowPicture();
@@ -110,7 +124,11 @@ class FrmMain : public Dialog {
   const PreviewRun* look_ = nullptr;                // that is in work
   std::shared_ptr<modPlugin::ShownRecipes> shown_;  // of the last look
   std::optional<RunReport> last_report_;
-  LongWork work_{*this};
+  Target previewed_;                             // in the preview's window
+  std::vector<ListSection> sections_, recipes_;  // as found beside the items
+  bool knows_recipes_ = false;                   // they were looked for to the end
+  bool with_rights_ = false;                     // started for what needs them, that once
+  LongWork work_{*this}, search_{*this};
   int exit_code_ = kDone;
 };
 

@@ -2,6 +2,7 @@
 #include "app/cleaning_run.h"
 #include "app/entry_list.h"
 #include "app/preview_run.h"
+#include "app/rights.h"
 #include "app/run_report.h"
 #include "platform/win32/win32_text.h"
 #include "plugins/plugin_manager.h"
@@ -30,28 +31,54 @@ void FrmMain::RunHidden() {
 }
 
 // A run that the user starts. Without anything that cannot be had back nothing is asked.
-void FrmMain::Clean(const Item* item) {
-  const auto clean = [this, item] {
-    item != nullptr ? engine_.RunOneItem(*item) : engine_.RunCleaning();
-  };
-  if (!engine_.preferences().ask) return Run(clean);
-  const std::shared_ptr<const RunEntries> found = LookAhead(LookAt(item));
+void FrmMain::Clean(const Target& target) {
+  if (work_.working()) return;
+  const auto clean = [this, target] { RunTarget(target); };
+  const bool may_lose =
+      items_.list().HasRiskyRecipes() || (target.others && !target.others->recipes.empty());
+  if (!engine_.preferences().ask && !may_lose) return Run(clean);
+  const std::shared_ptr<const RunEntries> found = LookAhead(LookAt(target));
   if (!found) return;
-  const std::string question = EntryList(machine_.system, found, true).Question();
+  const auto [question, text] = Question(EntryList(machine_.system, found, true));
   if (question.empty()) return Run(clean);
-  switch (AskForGood(window(), question, item == nullptr)) {
+  switch (AskForGood(window(), question, text, target.item == nullptr)) {
     case AskedForGood::kYes:
       return Run(clean);
     case AskedForGood::kShow:
-      return ShowPreview(found);
+      return ShowPreview(found, target);
     case AskedForGood::kCancel:
       break;
   }
 }
 
-FrmMain::Look FrmMain::LookAt(const Item* item) {
-  return [this, item](PreviewRun& preview) {
-    item != nullptr ? preview.RunOneItem(*item) : preview.Run(engine_.selection());
+void FrmMain::Preview(const Target& target) { ShowPreview(LookAhead(LookAt(target)), target); }
+
+// Recipes may have been seen since they were chosen.
+void FrmMain::RunTarget(Target target, std::shared_ptr<RunChoice> choice) {
+  if (target.item != nullptr) return engine_.RunOneItem(*target.item);
+  if (!target.others) return engine_.RunCleaning(std::move(choice));
+  for (modPlugin::RecipeChoice& recipe : target.others->recipes) {
+    recipe = engine_.selection().recipes().ChoiceOf(recipe.name);
+  }
+  engine_.RunOthers(*target.others, std::move(choice));
+}
+
+RunQuestion FrmMain::Question(const EntryList& list) const {
+  return QuestionOf(list, shown_.get(), engine_.selection().recipes(), machine_.system.UserLocale(),
+                    engine_.preferences().ask);
+}
+
+// A second start of the program, whose ticks are those of this one.
+void FrmMain::CleanWithRights() {
+  const std::string problem = Save();
+  if (!problem.empty()) return Warn(problem);
+  StartWithRights(window(), RightsArguments(ProfileOf(machine_)));
+}
+
+FrmMain::Look FrmMain::LookAt(const Target& target) {
+  return [this, target](PreviewRun& preview) {
+    if (target.item != nullptr) return preview.RunOneItem(*target.item);
+    target.others ? preview.RunOthers(*target.others) : preview.Run(engine_.selection());
   };
 }
 
@@ -73,6 +100,7 @@ std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Look& look) {
     pane_.Settle();
     items_.Refresh();
     ShowSummary();
+    if (shown_ && !items_.list().Knows(*shown_)) LookForRecipes();  // a list has changed
   }
   if (!window() || !is_whole || preview.state().AbortRequested) return nullptr;
   if (preview.state().SomeErrors) Warn(preview.state().RunLog);
@@ -80,8 +108,11 @@ std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Look& look) {
   return is_refused ? nullptr : preview.entries();
 }
 
-void FrmMain::ShowPreview(std::shared_ptr<const RunEntries> found) {
+void FrmMain::ShowPreview(std::shared_ptr<const RunEntries> found, const Target& target) {
   if (!found) return;
+  previewed_ = target;
+  modPlugin::NoteShown(engine_.selection().recipes(), shown_);
+  items_.Refresh();
   try {
     modPlugin::KeepShown(machine_, shown_);
   } catch (const Error& error) {
@@ -116,6 +147,7 @@ void FrmMain::Run(const std::function<void()>& work) {
 
 void FrmMain::Work(const std::function<void()>& work) {
   if (work_.working()) return;
+  if (search_.working()) search_.Stop();  // it is below this on the stack, and goes on to its end
   if (!engine_.state().Hidden) log_.Close();  // a hidden run has none to put in its place
   const auto run = [&](const Pause& pause) {
     display_.BreatheBy(pause);
@@ -132,6 +164,7 @@ void FrmMain::Work(const std::function<void()>& work) {
                             if (look_ != nullptr) FollowLook();
                           }},
                      run));
+  if (window() && !knows_recipes_) LookForRecipes();
 }
 
 void FrmMain::ProcessPlugins() {

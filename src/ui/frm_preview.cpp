@@ -51,8 +51,8 @@ void FrmPreview::TickAll(bool ticked) {
 
 void FrmPreview::Clean() {
   const EntryList& list = *entries_.list();
-  const std::string question = asks() ? list.Question() : "";
-  if (!MayGo(window(), question)) return;
+  const RunQuestion question = question_of(list);
+  if (!MayGo(window(), question.heading, question.text)) return;
   const std::shared_ptr<RunChoice> choice = list.Choice();
   OnClose();
   on_clean(choice);

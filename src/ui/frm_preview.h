@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 
+#include "app/run_question.h"
 #include "platform/machine.h"
 #include "run/run_choice.h"
 #include "run/run_entries.h"
@@ -18,8 +19,8 @@ class FrmPreview : public OwnedWindow {
 
   // Called when the window has closed to clean what is ticked.
   std::function<void(std::shared_ptr<RunChoice> choice)> on_clean;
-  // Whether to ask before what cannot be undone.
-  std::function<bool()> asks;
+  // What to ask before that.
+  std::function<RunQuestion(const EntryList& list)> question_of;
 
   void Show(HWND owner, std::shared_ptr<const RunEntries> found);
 

@@ -156,12 +156,13 @@ bool ItemView::OnNotify(NMHDR& header, LRESULT& result) {
   }
 }
 
-const Item* ItemView::ItemForMenu(HWND control, POINT& screen) const {
-  if (control != control_) return nullptr;
+std::optional<size_t> ItemView::RowForMenu(HWND control, POINT& screen) const {
+  if (control != control_) return std::nullopt;
   const std::optional<size_t> row = Selected();
   screen = view_.MenuPlace(screen);
-  const Item* const item = row ? list_->At(*row).item : nullptr;
-  return item != nullptr && selection_.IsEnabled(*item) ? item : nullptr;
+  if (!row || list_->CommandAt(*row).empty()) return std::nullopt;
+  const Item* const item = list_->At(*row).item;
+  return item == nullptr || selection_.IsEnabled(*item) ? row : std::nullopt;
 }
 
 }  // namespace quellix

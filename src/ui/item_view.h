@@ -36,9 +36,9 @@ class ItemView {
 
   void ToggleAll();
   bool OnNotify(NMHDR& header, LRESULT& result);
-  // The item whose menu is asked for at `screen`, which is moved to the row when the keyboard
-  // asks; null for none, and for one that is switched off.
-  const Item* ItemForMenu(HWND control, POINT& screen) const;
+  // The row whose menu is asked for at `screen`, which is moved to it when the keyboard asks;
+  // nothing for one that cleans nothing by itself, or is switched off.
+  std::optional<size_t> RowForMenu(HWND control, POINT& screen) const;
 
  private:
   Box BoxOf(int row) const;

@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "app/rights.h"
 #include "app/startup.h"
 #include "engine.h"
 #include "platform/win32/lazy_library.h"
@@ -25,10 +26,23 @@ void LoadControlClasses() {
   InitCommonControlsEx(&classes);
 }
 
-int RunProgram(StartMode mode) {
+void Tell(const std::string& problem) {
+  MessageBoxW(nullptr, quellix::Wide(problem).c_str(),
+              quellix::Wide(quellix::kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
+}
+
+// `profile`: for whom a start with rights is to clean.
+int RunProgram(StartMode mode, const std::optional<quellix::Profile>& profile) {
   quellix::Win32Machine live;
   const quellix::Machine machine = live.machine();
-  if (!machine.session.ClaimInstance(quellix::kApplicationTitle)) {
+  const std::string why = profile ? WhyNotSame(*profile, ProfileOf(machine)) : "";
+  if (!why.empty()) {
+    Tell(why);
+    return quellix::kFailed;
+  }
+  const std::string name =
+      std::string(quellix::kApplicationTitle) + (profile ? " with rights" : "");
+  if (!machine.session.ClaimInstance(name)) {
     if (mode != StartMode::kHidden) quellix::clsPrevInstance::ActivatePrevInstance();
     return quellix::kDone;
   }
@@ -47,13 +61,13 @@ int RunProgram(StartMode mode) {
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR arguments, int) {
   quellix::SearchSystemFolderOnly();
-  const StartMode mode = quellix::ParseCommandLine(arguments);
+  const auto profile = quellix::ParseRightsArguments(arguments);
+  const StartMode mode = profile ? StartMode::kWithRights : quellix::ParseCommandLine(arguments);
   try {
-    return RunProgram(mode);
+    return RunProgram(mode, profile);
   } catch (const std::exception& error) {
     if (mode == StartMode::kHidden) return quellix::kFailed;
-    MessageBoxW(nullptr, quellix::Wide(error.what()).c_str(),
-                quellix::Wide(quellix::kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
+    Tell(error.what());
     return quellix::kFailed;
   }
 }

@@ -180,6 +180,9 @@
 #define lblItem 1121
 #define txtItem 1122
 #define lnkRemoval 1123
+#define tmrRecipes 1124
+#define cmdRights 1125
+#define mnuPreviewRow 1126
 
 // The log window
 #define txtLog 1201

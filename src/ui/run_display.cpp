@@ -99,7 +99,7 @@ void RunDisplay::FlushProgress() {
 void RunDisplay::FlushCommands() {
   const HWND stop = GetDlgItem(window_, cmdStop), focus = GetFocus();
   if (commands_.stop) EnableWindow(stop, TRUE);
-  for (const int command : {cmdBackups, cmdPreview, cmdClean}) {
+  for (const int command : {cmdBackups, cmdPreview, cmdClean, cmdRights}) {
     const HWND button = GetDlgItem(window_, command);
     if (!commands_.clean && focus == button) {
       pressed_ = button;

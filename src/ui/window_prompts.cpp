@@ -195,13 +195,15 @@ int Pressed(const TASKDIALOGCONFIG& dialog) {
 
 }  // namespace
 
-AskedForGood AskForGood(HWND owner, std::string_view question, bool shows) {
+AskedForGood AskForGood(HWND owner, std::string_view question, std::string_view text, bool shows) {
   constexpr int kYes = 100, kShow = 101;
-  const std::wstring text = Wide(question), verb = L"&" + text.substr(0, text.find(L' '));
+  const std::wstring heading = Wide(question), below = Wide(text),
+                     verb = L"&" + heading.substr(0, heading.find(L' '));
   const TASKDIALOG_BUTTON buttons[] = {{kYes, verb.c_str()}, {kShow, L"&Show what goes..."}};
   TASKDIALOGCONFIG dialog = TaskDialogOf(owner, std::span(buttons).first(shows ? 2 : 1));
   dialog.dwCommonButtons = TDCBF_CANCEL_BUTTON;
-  dialog.pszMainInstruction = text.c_str();
+  dialog.pszMainInstruction = heading.c_str();
+  dialog.pszContent = below.empty() ? nullptr : below.c_str();
   dialog.nDefaultButton = IDCANCEL;
   const int pressed = Pressed(dialog);
   return pressed == kYes    ? AskedForGood::kYes
@@ -230,6 +232,22 @@ ProgramAnswer AskAboutProgramBefore(HWND owner, const ProgramQuestion& question)
     default:
       return ProgramAnswer::kSkip;
   }
+}
+
+bool StartWithRights(HWND owner, std::string_view arguments) {
+  static LazyLibrary shell32(L"shell32.dll");
+  const auto execute = shell32.Find<decltype(&ShellExecuteExW)>("ShellExecuteExW");
+  std::vector<wchar_t> program(kLongestPath);
+  GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
+  const std::wstring parameters = Wide(arguments);
+  SHELLEXECUTEINFOW start{};
+  start.cbSize = sizeof(start);
+  start.hwnd = owner;
+  start.lpVerb = L"runas";
+  start.lpFile = program.data();
+  start.lpParameters = parameters.c_str();
+  start.nShow = SW_SHOWNORMAL;
+  return execute(&start) != FALSE;
 }
 
 bool OpenByShell(HWND owner, std::string_view target) {

@@ -33,15 +33,20 @@ std::optional<SavePlace> AskWhereToSave(HWND owner, std::span<const FileFilter> 
 
 // A question before what cannot be undone: its buttons say what they do, and Cancel is the default.
 enum class AskedForGood { kYes, kShow, kCancel };
-// `question` begins with the verb of the first button; `shows` adds one that shows what goes.
-AskedForGood AskForGood(HWND owner, std::string_view question, bool shows);
+// `question` begins with the verb of the first button, and `text` stands below it; `shows` adds one
+// that shows what goes.
+AskedForGood AskForGood(HWND owner, std::string_view question, std::string_view text, bool shows);
 // The same where nothing can be shown; without a question nothing is asked.
-inline bool MayGo(HWND owner, std::string_view question) {
-  return question.empty() || AskForGood(owner, question, false) == AskedForGood::kYes;
+inline bool MayGo(HWND owner, std::string_view question, std::string_view text = {}) {
+  return question.empty() || AskForGood(owner, question, text, false) == AskedForGood::kYes;
 }
 
 // A program in the way of a run; Skip is the default, and what closing the box means.
 ProgramAnswer AskAboutProgramBefore(HWND owner, const ProgramQuestion& question);
+
+// Starts this program anew with administrator rights, which Windows asks its user for; false when
+// they were not given.
+bool StartWithRights(HWND owner, std::string_view arguments);
 
 // Opens a file, folder or address with the program Windows has for it; false when it has none.
 bool OpenByShell(HWND owner, std::string_view target);

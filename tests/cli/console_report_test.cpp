@@ -161,6 +161,7 @@ TEST_F(ConsoleReportTest, WithoutItsReportACommandDoesNothing) {
 
 TEST_F(ConsoleReportTest, WhatIsTickedInTheWindowIsCleaned) {
   Seed();
+  ports.files.RemoveFile(own + "recipes.txt");
   for (const Item& item : AllItems()) engine.selection().SetChecked(item, false);
   Expect({"clean", "--ticked"}, 2, {"nothing is chosen"});
   engine.selection().SetChecked(*FindItem("CleanRunMRU"), true);

@@ -166,7 +166,7 @@ TEST_F(ConsoleTest, APluginIsCheckedEnabledListedAndProcessed) {
   }
 }
 
-// Only what a person has seen the preview of, and as it was then, is carried out by the item.
+// Only what a person has seen the preview of, and as it was then, is carried out by a run.
 TEST_F(ConsoleTest, AListsRecipeIsSeenTickedAndProcessed) {
   const std::string file = scratch + "list\\a.log";
   const std::string one = "[One *]\r\nSection=Games\r\nDetectFile=" + scratch +
@@ -174,7 +174,7 @@ TEST_F(ConsoleTest, AListsRecipeIsSeenTickedAndProcessed) {
   const auto keep = [&](const std::string& list) { machine->MakeFile(own + "Winapp2.ini", list); };
   const auto cleans = [&](bool is_cleaned) {
     machine->MakeFile(file, "123");
-    const ProgramResult result = Run({"clean", "--item", "CleanPlugins"});
+    const ProgramResult result = Run({"clean", "--ticked"});
     EXPECT_EQ(machine->Exists(file), !is_cleaned) << result.output;
     EXPECT_EQ(result.exit_code, is_cleaned ? 0 : 1) << result.output;
   };
@@ -204,7 +204,7 @@ TEST_F(ConsoleTest, AListsRecipeIsSeenTickedAndProcessed) {
   keep(one + "FileKey2=" + scratch + "list|*.txt\r\n");
   cleans(false);
   EXPECT_EQ(Run({"recipes", "list"}).output, "[x] One; Games; not seen yet\n");
-  Expect({"clean", "--item", "CleanPlugins", "--preview"}, 0, {file});
+  Expect({"clean", "--ticked", "--preview"}, 0, {file});
   cleans(true);
   keep("");
   Expect({"recipes", "list"}, 0, {"One is ticked and in no list any more.\n"});

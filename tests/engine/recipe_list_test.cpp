@@ -28,12 +28,10 @@ struct RecipeListTest : PluginFixture {
     ProtectedPlaces places = LoadPlaces(ports);
     return Judge(ports, places, Parse(entry).at(0));
   }
-  // The item's log.
-  std::string RunItem() {
-    machine->MakeFile(own + "plg.txt", "");
-    engine.state().RunLog.clear();
-    engine.state().SomeErrors = false;
-    Clean("CleanPlugins");
+  // The log of a run of what is ticked.
+  std::string RunTicked() {
+    engine.selection().recipes().Load(ports);
+    engine.RunCleaning();
     return engine.state().RunLog;
   }
   // A person looks at the named entries.
@@ -327,7 +325,7 @@ TEST_F(RecipeListTest, TheCostIsDerivedFromWhatIsNamed) {
   }
 }
 
-// What is new, changed or gone from the list; the item's log and what is left.
+// What is new, changed or gone from the list; the run's log and what is left.
 TEST_F(RecipeListTest, NothingRunsUnseen) {
   const std::string one = "[One *]/DetectFile=~\\in/FileKey1=~\\in|a",
                     two = "/[Two]/FileKey1=~\\in|b";
@@ -337,16 +335,16 @@ TEST_F(RecipeListTest, NothingRunsUnseen) {
   const auto left = [&] { return Joined(machine->Tree(scratch)); };
   make();
   Keep(one + two);
-  EXPECT_TRUE(quellix::Holds(RunItem(), "No plug-in is ticked."));
+  EXPECT_FALSE(quellix::Holds(RunTicked(), "One"));
   Tick({"one", "Two"});
-  EXPECT_TRUE(quellix::Holds(RunItem(), "One is not cleaned: it is new or has changed"));
+  EXPECT_TRUE(quellix::Holds(RunTicked(), "One is not cleaned: it is new or has changed"));
   EXPECT_TRUE(engine.state().SomeErrors);
   EXPECT_EQ(left(), "in\\ in\\a in\\b in\\c");
   Look({"ONE", "Two"});
   EXPECT_EQ(left(), "in\\ in\\a in\\b in\\c");
   Tick({"Two"}, false);
   for (const char* files : {"1 Space Gained: 2 Bytes", "0 Space Gained: 0 Bytes"}) {
-    EXPECT_TRUE(quellix::Holds(RunItem(), std::string("One: Files Deleted: ") + files));
+    EXPECT_TRUE(quellix::Holds(RunTicked(), std::string("One: Files Deleted: ") + files));
     EXPECT_FALSE(engine.state().SomeErrors);
     EXPECT_EQ(left(), "in\\ in\\b in\\c");
   }
@@ -355,22 +353,24 @@ TEST_F(RecipeListTest, NothingRunsUnseen) {
                                  one + "/Warning=x", "[One *]/FileKey1=~\\in|a"};
   for (const std::string& list : changed) {
     Keep(list + two);
-    EXPECT_TRUE(quellix::Holds(RunItem(), "One is not cleaned: it is new or has changed")) << list;
+    EXPECT_TRUE(quellix::Holds(RunTicked(), "One is not cleaned: it is new or has changed"))
+        << list;
   }
   Keep("; a newer list/[None *]/" + one + two);
-  EXPECT_TRUE(quellix::Holds(RunItem(), "One: Files Deleted: 1")) << "only what it says counts";
+  EXPECT_TRUE(quellix::Holds(RunTicked(), "One: Files Deleted: 1")) << "only what it says counts";
   make();
   Keep(two);
-  EXPECT_TRUE(quellix::Holds(RunItem(), "One is in no list of recipes any more.\r\n"));
+  EXPECT_TRUE(quellix::Holds(RunTicked(), "One is in no list of recipes any more.\r\n"));
   machine->MakeFile(scratch + "in\\a", "");
   Keep(ReplaceNoCase(one, "~\\in/", "~\\none/"));
   Look({"One"});
   Keep(ReplaceNoCase(one, "~\\in/", "~\\none/"));
   machine->MakeFile(scratch + "none", "");
-  EXPECT_TRUE(quellix::Holds(RunItem(), "One is not cleaned")) << "nothing of it was seen";
+  EXPECT_TRUE(quellix::Holds(RunTicked(), "One is not cleaned")) << "nothing of it was seen";
   ports.files.RemoveFile(own + "recipes.txt");
   MakeUnreadable(own + "recipes.txt");
-  EXPECT_TRUE(quellix::Holds(RunItem(), "The ticked recipes cannot be read."));
+  EXPECT_TRUE(quellix::Holds(engine.Load(), "The ticked items could not be read."));
+  EXPECT_FALSE(engine.is_loaded());
   EXPECT_EQ(left(), "in\\ in\\a in\\b in\\c none");
 }
 

@@ -13,6 +13,7 @@ struct RecordingSession : Session {
   Names calls;
   bool fails = false;
   bool is_administrator = true;
+  std::string user = "S-1-5-21-1";
   std::string used_path;  // that two programs have open
   bool runs_programs = true;
   std::function<bool()> on_await;  // what a program that was asked to close does; none can be asked
@@ -23,6 +24,7 @@ struct RecordingSession : Session {
   }
   void EnablePrivilege(std::string_view name) override { Record("enable " + std::string(name)); }
   bool HasAdministratorRights() override { return is_administrator; }
+  std::string UserId() override { return user; }
   std::vector<std::string> ProgramsUsing(const std::string& path) override {
     return path == used_path ? std::vector<std::string>{"Writer", "Viewer"}
                              : std::vector<std::string>{};

@@ -19,6 +19,7 @@ class PreviewSession : public Session {
     return inner_.ProgramsUsing(path);
   }
   bool HasAdministratorRights() override { return inner_.HasAdministratorRights(); }
+  std::string UserId() override { return inner_.UserId(); }
   bool RunsPrograms() override { return inner_.RunsPrograms(); }
   std::unique_ptr<ClosingPrograms> AskToClose(const ProgramUse&) override { return nullptr; }
   void Exit(uint32_t, uint32_t) override {}

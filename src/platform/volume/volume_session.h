@@ -12,6 +12,7 @@ class VolumeSession : public Session {
   void EnablePrivilege(std::string_view) override { Refuse(); }
   // Of a volume its mount decides.
   bool HasAdministratorRights() override { return true; }
+  std::string UserId() override { return {}; }
   std::vector<std::string> ProgramsUsing(const std::string&) override { return {}; }
   bool RunsPrograms() override { return false; }
   std::unique_ptr<ClosingPrograms> AskToClose(const ProgramUse&) override { return nullptr; }

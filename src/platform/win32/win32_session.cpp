@@ -1,5 +1,7 @@
 #include "platform/win32/win32_session.h"
 
+#include <sddl.h>
+
 #include <algorithm>
 
 #include "platform/error.h"
@@ -47,6 +49,21 @@ bool Win32Session::HasAdministratorRights() {
   BOOL is_member = FALSE;
   return CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators, &size) &&
          CheckTokenMembership(nullptr, administrators, &is_member) && is_member;
+}
+
+std::string Win32Session::UserId() {
+  UniqueHandle token;
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put())) return {};
+  alignas(TOKEN_USER) BYTE user[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
+  DWORD size = 0;
+  wchar_t* text = nullptr;
+  if (!GetTokenInformation(token.Get(), TokenUser, user, sizeof(user), &size) ||
+      !ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user)->User.Sid, &text)) {
+    return {};
+  }
+  const std::string id = Narrow(text);
+  LocalFree(text);
+  return id;
 }
 
 // Without those named twice, as the processes of a browser are.

@@ -10,6 +10,7 @@ class Win32Session : public Session {
   bool ClaimInstance(std::string_view name) override;
   void EnablePrivilege(std::string_view name) override;
   bool HasAdministratorRights() override;
+  std::string UserId() override;
   // Both ask the Restart Manager, which came with Windows Vista, who has a file open.
   std::vector<std::string> ProgramsUsing(const std::string& path) override;
   std::unique_ptr<ClosingPrograms> AskToClose(const ProgramUse& use) override;

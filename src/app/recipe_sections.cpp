@@ -1,0 +1,146 @@
+#include "app/recipe_sections.h"
+
+#include <algorithm>
+#include <map>
+
+#include "platform/text.h"
+#include "plugins/recipe_finder.h"
+#include "plugins/recipe_rights.h"
+#include "plugins/recipe_run.h"
+
+namespace quellix {
+namespace {
+
+using modPlugin::ListedRecipe;
+using modPlugin::Plugin;
+using modPlugin::RecipeLists;
+
+constexpr size_t kLongestLabel = 120, kLongestLine = 300;  // bytes
+constexpr size_t kMostLines = 40;
+
+// The beginning of a text, of whole characters.
+std::string Shortened(std::string_view text, size_t most) {
+  if (text.size() <= most) return std::string(text);
+  while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80) --most;
+  return std::string(text.substr(0, most)) + "...";
+}
+
+// Paragraphs of a pane, none of them endless.
+class Paragraphs {
+ public:
+  void Begin(std::string_view heading) {
+    text_.append(text_.empty() ? "" : "\r\n\r\n").append(heading);
+    lines_ = left_out_ = 0;
+  }
+  void Add(std::string_view line) {
+    if (++lines_ <= kMostLines) {
+      text_.append("\r\n").append(Shortened(line, kLongestLine));
+    } else {
+      ++left_out_;
+    }
+  }
+  void End() {
+    if (left_out_ > 0) text_ += "\r\nand " + std::to_string(left_out_) + " more";
+  }
+  std::string Take() { return std::move(text_); }
+
+ private:
+  std::string text_;
+  size_t lines_ = 0, left_out_ = 0;
+};
+
+std::string TextOf(const modPlugin::FileEntry& entry) {
+  return entry.location + (entry.remove_self ? ", with all folders below and the folder itself"
+                           : entry.recurse   ? ", in all folders below too"
+                                             : "");
+}
+
+std::string TextOf(const modPlugin::RegistryEntry& entry) {
+  if (entry.delete_subkey) return entry.key + ", with all below";
+  return entry.key + ", the value " + entry.value_name;
+}
+
+std::string DetailsOf(const ListedRecipe& recipe) {
+  const Plugin& plugin = recipe.plugin;
+  Paragraphs text;
+  text.Begin("Removes:");
+  for (const auto& entry : plugin.files) text.Add(TextOf(entry));
+  for (const auto& entry : plugin.registry) text.Add(TextOf(entry));
+  text.End();
+  if (!plugin.exclusions.empty()) {
+    text.Begin("Leaves:");
+    for (const auto& exclusion : plugin.exclusions) text.Add(exclusion.place);
+    text.End();
+  }
+  if (!recipe.warning.empty()) text.Begin("Its author warns: " + Shortened(recipe.warning, 1000));
+  if (!recipe.remarks.empty()) {
+    text.Begin("In the list:");
+    for (const auto& remark : recipe.remarks) text.Add(remark.text);
+    text.End();
+  }
+  return text.Take();
+}
+
+// What is found of the lists, or why nothing is.
+std::string Told(const RecipeLists& lists, size_t found) {
+  std::string told;
+  for (const std::string& problem : lists.problems) told += problem + " ";
+  const std::string count = std::to_string(lists.recipes.size());
+  if (lists.paths.empty()) {
+    if (!told.empty()) told.pop_back();
+    return told;
+  }
+  if (lists.recipes.empty()) return told + "There is no entry in " + lists.paths[0] + ".";
+  if (found == 0) return told + "None of " + count + " in the list finds anything here.";
+  return told + std::to_string(found) + " of " + count + " in the list";
+}
+
+struct LessNoCase {
+  bool operator()(const std::string& a, const std::string& b) const {
+    return CompareNoCase(a, b) < 0;
+  }
+};
+
+}  // namespace
+
+ListSection::Row RowOf(const Machine& machine, const ListedRecipe& recipe) {
+  const Plugin& plugin = recipe.plugin;
+  return {.name = recipe.name,
+          .rule = modPlugin::RuleOf(recipe.name),
+          .label = Shortened(recipe.name, kLongestLabel),
+          .cost = plugin.cost,
+          .details = DetailsOf(recipe),
+          .is_risky = plugin.loses_data,
+          .goes_along = plugin.cost.empty(),
+          .needs_administrator = modPlugin::NeedsAdministrator(plugin),
+          .fingerprints = modPlugin::FingerprintsOf(machine, recipe)};
+}
+
+FoundRecipes FindRecipeSections(const Machine& machine, const Pause& pause) {
+  bool is_stopped = false;
+  const Pause noted = [&](const Progress& progress) { return is_stopped |= pause(progress); };
+  const RecipeLists lists = modPlugin::LoadRecipeLists(machine, noted);
+  const std::vector<bool> found = modPlugin::FindRecipes(machine, lists.recipes, noted);
+  std::map<std::string, std::vector<ListSection::Row>, LessNoCase> groups;
+  for (size_t i = 0; i < found.size() && !noted(); ++i) {
+    const ListedRecipe& recipe = lists.recipes[i];
+    if (found[i])
+      groups[Shortened(recipe.plugin.group, kLongestLabel)].push_back(RowOf(machine, recipe));
+  }
+  if (is_stopped) return {{}, false};
+  size_t count = 0;
+  for (const auto& [group, rows] : groups) count += rows.size();
+  const std::string told = Told(lists, count);
+  FoundRecipes result;
+  if (told.empty()) return result;
+  result.sections.push_back(
+      {.kind = ListSection::Kind::kRecipes, .title = "Programs found here", .told = told});
+  for (auto& [group, rows] : groups) {
+    std::ranges::stable_sort(rows, LessNoCase(), &ListSection::Row::name);
+    result.sections.push_back(
+        {.kind = ListSection::Kind::kRecipes, .title = group, .rows = std::move(rows)});
+  }
+  return result;
+}
+
+}  // namespace quellix

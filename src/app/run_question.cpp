@@ -1,0 +1,84 @@
+#include "app/run_question.h"
+
+#include <set>
+
+#include "app/preview_run.h"
+
+namespace quellix {
+namespace {
+
+constexpr size_t kMostNames = 8, kLongestName = 80;
+
+// One below the other, the first few.
+class Names {
+ public:
+  void Add(std::string_view line) {
+    if (++count_ <= kMostNames) text_.append("\n").append(line);
+  }
+  std::string Below(std::string_view heading) const {
+    if (count_ == 0) return {};
+    const size_t more = count_ > kMostNames ? count_ - kMostNames : 0;
+    return std::string(heading) + text_ +
+           (more > 0 ? "\nand " + std::to_string(more) + " more" : "");
+  }
+
+ private:
+  std::string text_;
+  size_t count_ = 0;
+};
+
+// The rules of what would go.
+std::set<std::string_view> RulesThatTake(const EntryList& found) {
+  std::set<uint32_t> numbers;
+  const RunEntries& entries = found.entries();
+  for (size_t i = 0; i < entries.all.size(); ++i) {
+    const RunEntry& entry = entries.all[i];
+    if (entry.fate == Fate::kRemoved && found.IsTaken(i)) numbers.insert(entry.rule);
+  }
+  std::set<std::string_view> rules;
+  for (const uint32_t number : numbers) rules.insert(entries.rules[number]);
+  return rules;
+}
+
+std::string Short(const std::string& name) {
+  size_t end = std::min(name.size(), kLongestName);
+  while (end < name.size() && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
+  return name.substr(0, end) + (end < name.size() ? "..." : "");
+}
+
+}  // namespace
+
+RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* shown,
+                       const modPlugin::RecipeTicks& ticks, const Locale& locale, bool asks) {
+  const RunEntries& entries = found.entries();
+  Names costs, unseen;
+  std::vector<bool> is_left(entries.rules.size());
+  const std::set<std::string_view> takes = shown ? RulesThatTake(found) : decltype(takes)();
+  for (const modPlugin::ShownRecipe& recipe : shown ? shown->all : decltype(shown->all)()) {
+    const std::string rule = modPlugin::RuleOf(recipe.name);
+    if (!takes.contains(rule)) continue;
+    if (!recipe.fingerprints.Has(ticks.ChoiceOf(recipe.name).seen)) {
+      unseen.Add(Short(recipe.name));
+      is_left[static_cast<size_t>(std::ranges::find(entries.rules, rule) - entries.rules.begin())] =
+          true;
+    } else if (!recipe.loses.empty()) {
+      costs.Add(Short(recipe.name) + ": " + recipe.loses);
+    }
+  }
+  const std::string lost = costs.Below("This cannot be had again:"),
+                    left = asks ? unseen.Below(
+                                      "New or changed, so left until you have looked "
+                                      "at what goes:")
+                                : "";
+  RunQuestion question{
+      asks ? QuestionBefore(
+                 entries, locale,
+                 [&](size_t i) { return found.IsTaken(i) && !is_left[entries.all[i].rule]; })
+           : "",
+      lost + (lost.empty() || left.empty() ? "" : "\n\n") + left};
+  if (question.heading.empty() && !question.text.empty())
+    question.heading = lost.empty() ? "Clean the rest?" : "Clean all the same?";
+  return question;
+}
+
+}  // namespace quellix

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "app/entry_list.h"
+#include "platform/locale.h"
+#include "plugins/recipe_run.h"
+
+namespace quellix {
+
+// What a person is asked before a run that does what a look has found.
+struct RunQuestion {
+  std::string heading;  // "Delete 20,000 files (54.00 MB) for good?", a verb first; "" for nothing
+  std::string text;     // what cannot be had again, and what is left; lines
+};
+
+// Of what is ticked in `found`. What recipes take that cannot be had again is asked about once for
+// all of them, whatever the settings say; the rest where `asks`, and then also what is left out as
+// nobody has seen it by `ticks`. `shown`: what the look carried out; null for no recipes.
+RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* shown,
+                       const modPlugin::RecipeTicks& ticks, const Locale& locale, bool asks);
+
+}  // namespace quellix
