@@ -1,6 +1,7 @@
 // Long operations let their surface breathe, and end where it says so.
 #include "platform/pause.h"
 
+#include "app/recipe_sections.h"
 #include "registry_tools/registry_eraser.h"
 #include "run/time_left.h"
 #include "support/backup_fixture.h"
@@ -54,8 +55,12 @@ TEST_F(PauseTest, EveryEntryOfALongOperationHasItsPause) {
       {"listing a registry backup", [&] { backups.ListEntries(Archives().back(), count_); },
        3 * kMany},
       {"restoring a registry backup",
-       [&] { backups.Restore(Archives().back(), {}, prompts, count_); }, 6 * kMany}};
+       [&] { backups.Restore(Archives().back(), {}, prompts, count_); }, 6 * kMany},
+      {"looking for recipes", [&] { FindRecipeSections(ports, count_); }, 3 * kMany}};
   MakeFiles();
+  std::string recipes;
+  for (size_t i = 0; i < kMany; ++i) recipes += "[" + std::to_string(i) + "]\r\n";
+  WriteOwn("Winapp2.ini", recipes);
   MakeKey();
   for (const auto& [what, work, least] : kRows) {
     SCOPED_TRACE(what);

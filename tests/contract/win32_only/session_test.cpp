@@ -64,6 +64,8 @@ TEST(Win32SessionTest, OneOfSeveralIsTheRunningInstanceUntilItEnds) {
     EXPECT_TRUE(first.ClaimInstance("Quellix test"));
     EXPECT_FALSE(second.ClaimInstance("Quellix test") || second.ClaimInstance("Quellix test"));
     EXPECT_TRUE(first.HasAdministratorRights());  // as every user of a sandbox has
+    EXPECT_TRUE(first.UserId().starts_with("S-1-5-"));
+    EXPECT_EQ(first.UserId(), second.UserId());
     EXPECT_NO_THROW(first.ProgramsUsing("C:\\windows\\system32\\kernel32.dll"));
     EXPECT_TRUE(second.ClaimInstance("Quellix other test"));
   }
