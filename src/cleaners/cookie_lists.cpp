@@ -21,15 +21,15 @@ bool IsCookieFile(std::string_view name) {
                              [name](const std::string& mask) { return MatchesMask(name, mask); });
 }
 
-// The cookie files below a folder, which ends in "\"; links are not entered.
+// The cookie files below a folder, which ends in "\"; no link lists any.
 void Collect(FileSystem& files, const std::string& folder, std::vector<std::string>& paths) {
   std::vector<std::string> folders;
   files.Enumerate(folder, Detail::kKind, [&](const Entry& entry) {
     const std::string path = folder + std::string(entry.name);
-    if (!entry.info.is_folder) {
-      if (IsCookieFile(entry.name)) paths.push_back(path);
-    } else if (!entry.info.is_link) {
+    if (entry.info.is_folder) {
       folders.push_back(path + "\\");
+    } else if (IsCookieFile(entry.name)) {
+      paths.push_back(path);
     }
     return true;
   });

@@ -230,12 +230,9 @@ int Switch(const Names& names, const Machine& machine, bool on) {
   return kDone;
 }
 
-}  // namespace
-
-void AddRecipeCommands(ConsoleCommands& commands) {
-  CLI::App& recipes =
-      commands.AddGroup("recipes", "Work with the entries of a recipe list that you keep");
-  const auto options = std::make_shared<RecipeOptions>();
+// What only reads the lists.
+void AddReaders(ConsoleCommands& commands, CLI::App& recipes,
+                const std::shared_ptr<RecipeOptions>& options) {
   CLI::App& list = commands.AddTo(recipes, "list",
                                   "List the recipes that find something here, and the ticked ones",
                                   [options, &commands](const Machine& machine) {
@@ -250,6 +247,15 @@ void AddRecipeCommands(ConsoleCommands& commands) {
       });
   check.add_option("file", options->file, "A list, of the console's own files")->type_name("FILE");
   commands.AddReport(check);
+}
+
+}  // namespace
+
+void AddRecipeCommands(ConsoleCommands& commands) {
+  CLI::App& recipes =
+      commands.AddGroup("recipes", "Work with the entries of a recipe list that you keep");
+  const auto options = std::make_shared<RecipeOptions>();
+  AddReaders(commands, recipes, options);
   const auto add = [&](const char* name, const char* what,
                        const std::function<int(const Machine&)>& action) -> CLI::App& {
     CLI::App& command = commands.AddTo(recipes, name, what, action);

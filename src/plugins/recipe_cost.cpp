@@ -21,51 +21,48 @@ struct Row {
 };
 
 // A name in a profile of a browser goes by a mask for anything too.
-const std::vector<Row>& Rows() {
-  static const std::vector<Row> rows = {
-      {"keys and certificates are lost, with what they protect",
-       true,
-       {"key3.db", "key4.db", "cert8.db", "cert9.db", "*.kdbx", "*.vcrd", "*.pfx", "*.p12",
-        "*.keystore", "Local State"},
-       {"Protect", "Crypto", "SystemCertificates", ".ssh", ".gnupg"}},
-      {"saved passwords are lost",
-       true,
-       {"logins.json", "logins-backup.json", "Login Data", "Login Data For Account",
-        "signons.sqlite", "passwords.txt", "wand.dat"},
-       {"Vault", "Credentials", "Passwords"}},
-      {"open tabs and sessions are lost",
-       true,
-       {"sessionstore.js", "sessionstore.jsonlz4", "sessionstore.bak", "Current Session",
-        "Last Session", "Current Tabs", "Last Tabs", "recovery.jsonlz4", "session.json",
-        "autosave.win"},
-       {"sessionstore-backups", "Sessions"}},
-      {"what sites and programs have stored here is lost",
-       true,
-       {"webappsstore.sqlite", "storage.sqlite", "storage-sync-v2.sqlite", "Web Data"},
-       {"IndexedDB", "Local Storage", "Session Storage", "WebStorage", "databases", "File System",
-        "Extension State", "Local Extension Settings", "Sync Extension Settings",
-        "Managed Extension Settings", "Extension Rules", "Extension Scripts", "Storage\\ext",
-        "storage\\default", "storage\\permanent", "browser-extension-data", "DOMStore"}},
-      {"work that was not saved, or its backups, may be lost",
-       true,
-       {"*.asd", "*.autosave", "*.wbk", "*.xar", "*.recovery"},
-       {"TabState", "WindowState", "UnsavedFiles", "AutoRecover", "AutoRecovery", "AutoSave",
-        "AutoSaves", "AutoBackup", "AutoBackups", "Backup", "Backups", "Recovery", "Drafts",
-        "Crash Recovery", "OfficeFileCache", "LocalHistory"}},
-      {"bookmarks or their backups are lost",
-       true,
-       {"places.sqlite", "Bookmarks", "Bookmarks.bak", "bookmarks.html"},
-       {"bookmarkbackups", "Favorites"}},
-      {"files in your own folders go",
-       true,
-       {},
-       {"%Documents%", "%Music%", "%Pictures%", "%Videos%", "%Desktop%", "%Downloads%"}},
-      {"sites sign you out",
-       false,
-       {"cookies.sqlite", "Cookies", "Extension Cookies", "*.cookie"},
-       {"Cookies", "INetCookies"}}};
-  return rows;
-}
+const std::vector<Row> kRows = {
+    {"keys and certificates are lost, with what they protect",
+     true,
+     {"key3.db", "key4.db", "cert8.db", "cert9.db", "*.kdbx", "*.vcrd", "*.pfx", "*.p12",
+      "*.keystore", "Local State"},
+     {"Protect", "Crypto", "SystemCertificates", ".ssh", ".gnupg"}},
+    {"saved passwords are lost",
+     true,
+     {"logins.json", "logins-backup.json", "Login Data", "Login Data For Account", "signons.sqlite",
+      "passwords.txt", "wand.dat"},
+     {"Vault", "Credentials", "Passwords"}},
+    {"open tabs and sessions are lost",
+     true,
+     {"sessionstore.js", "sessionstore.jsonlz4", "sessionstore.bak", "Current Session",
+      "Last Session", "Current Tabs", "Last Tabs", "recovery.jsonlz4", "session.json",
+      "autosave.win"},
+     {"sessionstore-backups", "Sessions"}},
+    {"what sites and programs have stored here is lost",
+     true,
+     {"webappsstore.sqlite", "storage.sqlite", "storage-sync-v2.sqlite", "Web Data"},
+     {"IndexedDB", "Local Storage", "Session Storage", "WebStorage", "databases", "File System",
+      "Extension State", "Local Extension Settings", "Sync Extension Settings",
+      "Managed Extension Settings", "Extension Rules", "Extension Scripts", "Storage\\ext",
+      "storage\\default", "storage\\permanent", "browser-extension-data", "DOMStore"}},
+    {"work that was not saved, or its backups, may be lost",
+     true,
+     {"*.asd", "*.autosave", "*.wbk", "*.xar", "*.recovery"},
+     {"TabState", "WindowState", "UnsavedFiles", "AutoRecover", "AutoRecovery", "AutoSave",
+      "AutoSaves", "AutoBackup", "AutoBackups", "Backup", "Backups", "Recovery", "Drafts",
+      "Crash Recovery", "OfficeFileCache", "LocalHistory"}},
+    {"bookmarks or their backups are lost",
+     true,
+     {"places.sqlite", "Bookmarks", "Bookmarks.bak", "bookmarks.html"},
+     {"bookmarkbackups", "Favorites"}},
+    {"files in your own folders go",
+     true,
+     {},
+     {"%Documents%", "%Music%", "%Pictures%", "%Videos%", "%Desktop%", "%Downloads%"}},
+    {"sites sign you out",
+     false,
+     {"cookies.sqlite", "Cookies", "Extension Cookies", "*.cookie"},
+     {"Cookies", "INetCookies"}}};
 constexpr size_t kPasswordsRow = 1, kStoresRow = 3, kOwnFoldersRow = 6;
 
 // What lies in a profile of a user, or in that of all.
@@ -91,8 +88,8 @@ using Index = std::unordered_map<std::string, Bits>;
 
 Index IndexOf(std::vector<std::string_view> Row::*names) {
   Index index;
-  for (size_t row = 0; row < Rows().size(); ++row) {
-    for (const std::string_view name : Rows()[row].*names) index[UpCase(name)] |= 1u << row;
+  for (size_t row = 0; row < kRows.size(); ++row) {
+    for (const std::string_view name : kRows[row].*names) index[UpCase(name)] |= 1u << row;
   }
   return index;
 }
@@ -210,7 +207,7 @@ Bits BitsOf(const std::vector<FileEntry>& files) {
 std::string_view CostOfKey(const RegistryEntry& entry) {
   const std::string upper = UpCase(entry.key + "\\" + entry.value_name);
   for (const std::string_view word : {"PASSWORD", "CREDENTIAL", "SSHHOSTKEYS"}) {
-    if (upper.find(word) != upper.npos) return Rows()[kPasswordsRow].text;
+    if (upper.find(word) != upper.npos) return kRows[kPasswordsRow].text;
   }
   return upper.find("\\SESSIONS\\") != upper.npos ? "saved sessions are lost" : "";
 }
@@ -220,8 +217,8 @@ std::string_view CostOfKey(const RegistryEntry& entry) {
 std::vector<Cost> CostsOf(const Plugin& plugin) {
   std::vector<Cost> costs;
   const Bits bits = BitsOf(plugin.files);
-  for (size_t row = 0; row < Rows().size(); ++row) {
-    if (bits >> row & 1) costs.push_back({Rows()[row].loses_data, std::string(Rows()[row].text)});
+  for (size_t row = 0; row < kRows.size(); ++row) {
+    if (bits >> row & 1) costs.push_back({kRows[row].loses_data, std::string(kRows[row].text)});
   }
   for (const RegistryEntry& entry : plugin.registry) {
     const std::string_view text = CostOfKey(entry);

@@ -5,7 +5,6 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/volume/hive_check.h"
-#include "support/hive_file.h"
 #include "support/volume_seed.h"
 
 namespace quellix {

@@ -8,7 +8,6 @@
 
 #include "attack/volume_traced_run.h"
 #include "cli/console_fixture.h"
-#include "support/hive_file.h"
 #include "support/volume_seed.h"
 
 namespace quellix {
@@ -49,9 +48,8 @@ struct Swap : testing::Test {
   }
   void ExpectVictimsWhole() {
     for (int folder = 0; folder < kFolders; ++folder) {
-      for (int file = 0; file < kFiles; ++file) {
+      for (int file = 0; file < kFiles; ++file)
         ASSERT_EQ(ReadNative(Victim(folder) + File(file)), "kept");
-      }
     }
   }
 

@@ -50,22 +50,21 @@ struct ConsoleReportTest : Console<BrowserFixture> {
     machine->MakeFile(scratch + "logs\\x.log", "1");
     machine->SetText(kUser, kRunMruKey, "a", "x");
     machine->SetText(kUser, kRunMruKey, "", "default");
-    machine->SetText(RegistryRoot::kLocalMachine,
-                     "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\qx.exe", "",
-                     scratch + "none.exe");
+    machine->SetText(kMachine, "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\qx.exe",
+                     "", scratch + "none.exe");
     machine->MakeFile(firefox + "\\Profiles\\p\\prefs.js", "");
     machine->MakeFile(firefox + "\\Profiles\\p\\cache2\\entries\\1", "1");
     MakeDatabase(firefox + "\\Profiles\\p\\formhistory.sqlite",
                  "CREATE TABLE moz_formhistory(fieldname, value);"
                  "INSERT INTO moz_formhistory VALUES('a', 'b')");
-    machine->MakeFile(own + "keep.txt", "*.bak\r\nname without a path\r\n");
-    machine->MakeFile(own + "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
+    WriteOwn("keep.txt", "*.bak\r\nname without a path\r\n");
+    WriteOwn("UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
     machine->MakeFile(own + "Plugins\\qx.cdp",
                       "D\x01My logs\r\nF\x01No\x01No\x01" + scratch + "logs\\*.log\r\nX\r\n");
-    machine->MakeFile(own + "plg.txt", "1\x01qx.cdp\x01My logs\r\n");
-    machine->MakeFile(own + "Winapp2.ini", "[Qx *]\r\nFileKey1=" + scratch + "list|*.*\r\n" +
-                                               "[Bad *]\r\nFileKey1=C:|*.*\r\n");
-    machine->MakeFile(own + "recipes.txt", "1\x01Gone\x01\r\n");
+    WriteOwn("plg.txt", "1\x01qx.cdp\x01My logs\r\n");
+    WriteOwn("Winapp2.ini",
+             "[Qx *]\r\nFileKey1=" + scratch + "list|*.*\r\n" + "[Bad *]\r\nFileKey1=C:|*.*\r\n");
+    WriteOwn("recipes.txt", "1\x01Gone\x01\r\n");
     machine->MakeFile(scratch + "list\\a", "1");
     WriteSettings("[General]\r\nDelMethod=B\r\n");
   }
@@ -76,7 +75,7 @@ struct ConsoleReportTest : Console<BrowserFixture> {
 
 const struct {
   std::string command;
-  std::vector<std::string> arguments;
+  Names arguments;
   size_t rows;  // at least
   int exit_code = 0;
 } kCommandRows[] = {
@@ -121,7 +120,7 @@ TEST_F(ConsoleReportTest, EveryReportIsAsPublishedAndThePrintedOneIsTheSame) {
     EXPECT_NE(result.output.find(text.substr(0, text.find('\r'))), std::string::npos);
     EXPECT_GE(static_cast<size_t>(std::ranges::count(text, '\n')), row.rows + 3);
   }
-  EXPECT_EQ(machine->Tree(temp), std::vector<std::string>{"kept.bak"});
+  EXPECT_EQ(machine->Tree(temp), Names{"kept.bak"});
   EXPECT_NE(WhyInvalid("{\"schema\":\"quellixctl\"}", "clean"), "") << "the schema refuses nothing";
 }
 
@@ -141,9 +140,9 @@ TEST_F(ConsoleReportTest, CsvQuotesWhatWouldBreakARow) {
 TEST_F(ConsoleReportTest, WithoutItsReportACommandDoesNothing) {
   Seed();
   const std::string nowhere = (fs::path(ReportFile("")) / "none" / "report.json").string();
-  for (const auto& arguments : {std::vector<std::string>{"clean", "--item", "CleanTempFiles"},
-                                std::vector<std::string>{"search", "unnecessary", "--delete"},
-                                std::vector<std::string>{"plugins", "process", "qx"}}) {
+  for (const auto& arguments :
+       {Names{"clean", "--item", "CleanTempFiles"}, Names{"search", "unnecessary", "--delete"},
+        Names{"plugins", "process", "qx"}}) {
     Expect(With(arguments, {"--report", nowhere}), 1,
            {"nothing was done, because the report cannot be written to"});
   }
@@ -175,7 +174,7 @@ TEST_F(ConsoleReportTest, WhatIsTickedInTheWindowIsCleaned) {
 }
 
 TEST_F(ConsoleReportTest, AMistypedNameIsAnsweredWithTheRightOne) {
-  const std::pair<std::vector<std::string>, const char*> kRows[] = {
+  const std::pair<Names, const char*> kRows[] = {
       {{"claen"}, "Did you mean \"quellixctl clean\"?"},
       {{"plugins", "prevew"}, "Did you mean \"quellixctl plugins preview\"?"},
       {{"backup", "lsit"}, "Did you mean \"quellixctl backup list\"?"},

@@ -1,4 +1,6 @@
 #include "cli/console_fixture.h"
+#include "support/browser_fixture.h"
+#include "support/registry_fixture.h"
 
 namespace quellix {
 namespace {
@@ -18,7 +20,7 @@ TEST_F(ConsoleTest, ItemsAreListedByKey) {
 }
 
 TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
-  const std::vector<std::string> kWithoutMachine[] = {{}, {"polish"}, {"clean"}};
+  const Names kWithoutMachine[] = {{}, {"polish"}, {"clean"}};
   for (const auto& arguments : kWithoutMachine) {
     const ProgramResult result = RunQuellixctl(arguments);
     EXPECT_EQ(result.exit_code, 2);
@@ -26,7 +28,7 @@ TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
   }
   EXPECT_EQ(RunQuellixctl({"--help"}).exit_code, 0);
   const struct {
-    std::vector<std::string> arguments;
+    Names arguments;
     int exit_code;
     const char* told;
   } kRows[] = {{{"clean", "--item", "CleanTempFiles", "--method", "burn"}, 2, "burn"},
@@ -50,13 +52,13 @@ TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
                {{"backup", "list"}, 1, "is not a zip archive."}};
   const std::string archive = own + "Backup\\C_010120200000.zip";
   machine->MakeFile(archive, "MZ no archive");
-  machine->MakeFile(own + "UNFI.txt", "0\x01*.qxj\x01Ours\r\n");
+  WriteOwn("UNFI.txt", "0\x01*.qxj\x01Ours\r\n");
   for (const auto& row : kRows) Expect(row.arguments, row.exit_code, {row.told});
   EXPECT_EQ(Read(archive), "MZ no archive");
 }
 
 TEST_F(ConsoleTest, ACleanRunPrintsItsLogAndRemovesWhatItsPreviewLists) {
-  const std::vector<std::string> clean = {"clean", "--item", "CleanRunMRU", "chkTemp"};
+  const Names clean = {"clean", "--item", "CleanRunMRU", "chkTemp"};
   Clean("CleanTempFiles");
   machine->MakeFile(temp + "sub\\\xC3\xA9t\xC3\xA9.tmp", "12345");
   machine->RemoveRegistryTree(kUser, kRunMruKey);
@@ -94,7 +96,7 @@ TEST_F(ConsoleTest, ACleanRunPrintsItsLogAndRemovesWhatItsPreviewLists) {
 TEST_F(ConsoleTest, NothingIsRemovedWhileTheSettingsCannotBeRead) {
   machine->MakeFile(temp + "a.tmp", "1");
   machine->MakeFile(scratch + "one.qxj", "1");
-  machine->MakeFile(own + "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
+  WriteOwn("UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
   const std::string ini = own + "Settings.ini";
   machine->MakeFolder(ini);
   Expect({"clean", "--item", "CleanTempFiles"}, 1, {"Nothing is removed"});
@@ -121,14 +123,14 @@ TEST_F(ConsoleTest, FilesThatStayAreSaidByTheExitCode) {
 TEST_F(ConsoleTest, FindsArePrintedAndRemovedOnlyWhenAsked) {
   machine->MakeFile(scratch + "one.qxj", "12345");
   machine->MakeFile(scratch + "two.QXJ", "");
-  machine->MakeFile(own + "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
+  WriteOwn("UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
   Expect({"search", "unnecessary"}, 0, {scratch + "one.qxj\t5\t", "\tQXJ\tUnnecessary Files\n"});
   EXPECT_TRUE(machine->Exists(scratch + "one.qxj"));
   const auto lock = machine->LockFile(scratch + "two.QXJ");
   Expect({"search", "unnecessary", "--delete", "--json"}, 3,
          {"\"bytes\":5,", "\"removed\":true", "not deleted: " + scratch + "two.QXJ",
           "Files Deleted: 1 Space Gained: 5 Bytes"});
-  EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>{"two.QXJ"});
+  EXPECT_EQ(machine->Tree(scratch), Names{"two.QXJ"});
 }
 
 TEST_F(ConsoleTest, APluginIsCheckedEnabledListedAndProcessed) {
@@ -166,20 +168,22 @@ TEST_F(ConsoleTest, APluginIsCheckedEnabledListedAndProcessed) {
   }
 }
 
-// Only what a person has seen the preview of, and as it was then, is carried out by a run.
-TEST_F(ConsoleTest, AListsRecipeIsSeenTickedAndProcessed) {
-  const std::string file = scratch + "list\\a.log";
-  const std::string one = "[One *]\r\nSection=Games\r\nDetectFile=" + scratch +
-                          "list\r\nFileKey1=" + scratch + "list|*.log\r\n";
-  const auto keep = [&](const std::string& list) { machine->MakeFile(own + "Winapp2.ini", list); };
-  const auto cleans = [&](bool is_cleaned) {
+// A list with an entry that finds a file here.
+struct RecipeConsoleTest : ConsoleTest {
+  void Keep(const std::string& list) { WriteOwn("Winapp2.ini", list); }
+  void ExpectCleans(bool is_cleaned) {
     machine->MakeFile(file, "123");
-    const ProgramResult result = Run({"clean", "--ticked"});
-    EXPECT_EQ(machine->Exists(file), !is_cleaned) << result.output;
-    EXPECT_EQ(result.exit_code, is_cleaned ? 0 : 1) << result.output;
-  };
+    Expect({"clean", "--ticked"}, is_cleaned ? 0 : 1);
+    EXPECT_EQ(machine->Exists(file), !is_cleaned);
+  }
+  const std::string file = scratch + "list\\a.log",
+                    one = "[One *]\r\nSection=Games\r\nDetectFile=" + scratch +
+                          "list\r\nFileKey1=" + scratch + "list|*.log\r\n";
+};
+
+TEST_F(RecipeConsoleTest, EntriesAreJudgedListedAndTicked) {
   machine->MakeFile(file, "123");
-  keep(one + "[Two *]\r\nDetectFile=" + scratch + "none\r\nFileKey1=%AppData%\\Qx|key4.db\r\n" +
+  Keep(one + "[Two *]\r\nDetectFile=" + scratch + "none\r\nFileKey1=%AppData%\\Qx|key4.db\r\n" +
        "Warning=Careful\r\n[Bad *]\r\nFileKey1=C:|*.*\r\nAuthor=x\r\n[Odd *]\r\n");
   Expect(
       {"recipes", "check"}, 1,
@@ -194,31 +198,135 @@ TEST_F(ConsoleTest, AListsRecipeIsSeenTickedAndProcessed) {
   Expect({"recipes", "enable", "one", "Two"}, 0,
          {"Two: this cannot be had again: keys and certificates", "Two: its author warns: Careful",
           "One is carried out once its preview was seen"});
-  cleans(false);
+  ExpectCleans(false);
+  Keep("");
+  Expect({"recipes", "list"}, 0, {"One is ticked and in no list any more.\n"});
+}
+
+TEST_F(RecipeConsoleTest, OnlyWhatWasSeenAndAsItWasThenIsCarriedOut) {
+  machine->MakeFile(file, "123");
+  Keep(one);
+  Expect({"recipes", "enable", "One"}, 0);
   Expect({"recipes", "preview", "one", "--json"}, 0);
-  cleans(false);
+  ExpectCleans(false);
   Expect({"recipes", "preview", "one"}, 0, {"File            " + file + "\n"});
   EXPECT_TRUE(machine->Exists(file)) << "a preview removes nothing";
-  Expect({"recipes", "disable", "Two"}, 0);
-  cleans(true);
-  keep(one + "FileKey2=" + scratch + "list|*.txt\r\n");
-  cleans(false);
+  ExpectCleans(true);
+  Keep(one + "FileKey2=" + scratch + "list|*.txt\r\n");
+  ExpectCleans(false);
   EXPECT_EQ(Run({"recipes", "list"}).output, "[x] One; Games; not seen yet\n");
   Expect({"clean", "--ticked", "--preview"}, 0, {file});
-  cleans(true);
-  keep("");
-  Expect({"recipes", "list"}, 0, {"One is ticked and in no list any more.\n"});
+  ExpectCleans(true);
   Expect({"recipes", "disable", "One"}, 0);
-  keep(one);
+  Keep(one);
   machine->MakeFile(file, "123");
   Expect({"recipes", "preview", "One"}, 0);
-  keep(one + "Warning=\tNew\r\n");
+  Keep(one + "Warning=\tNew\r\n");
   Expect({"recipes", "process", "One"}, 1, {"One is carried out once its preview was seen"});
-  keep(one);
+  Keep(one);
   for (const char* outcome : {"1 Space Gained: 3", "0 Space Gained: 0"}) {
     EXPECT_EQ(Run({"recipes", "process", "One"}).output,
               std::string("Files Deleted: ") + outcome + " Bytes\n");
   }
+}
+
+struct BackupConsoleTest : ConsoleTest {
+  // Cleans two files with a backup; the archive's name.
+  std::string CleanTwo() {
+    machine->MakeFile(file, "bytes");
+    machine->MakeFile(temp + "b.tmp", "more");
+    Expect({"clean", "--item", "CleanTempFiles", "--method", "backup"}, 0, {"Backed Up 2 file(s)"});
+    EXPECT_FALSE(machine->Exists(file));
+    const Names archives = machine->Tree(safe);
+    EXPECT_EQ(archives.size(), 1u);
+    return archives.empty() ? "none" : archives[0];
+  }
+  const std::string safe = own + "Backup\\", file = temp + "deep\\a b.tmp";
+};
+
+TEST_F(BackupConsoleTest, CleanedFilesAreListedAndRepaired) {
+  Expect({"backup", "list"}, 0);  // no backups yet
+  const std::string archive = CleanTwo();
+  Expect({"backup", "list"}, 0, {archive, "2 file(s)"});
+  Expect({"backup", "list", archive}, 0, {file.substr(3)});
+  Expect({"backup", "repair", archive}, 0, {"nothing to repair"});
+  const std::string bytes = Read(safe + archive);
+  ports.files.WriteWholeFile(safe + archive, bytes.substr(0, bytes.size() - 9));
+  Expect({"backup", "list"}, 3, {"incomplete: 2 file(s) whole"});
+  Expect({"backup", "list", archive}, 3, {"incomplete: 2 file(s) whole"});
+  EXPECT_EQ(Read(safe + archive).size(), bytes.size() - 9) << "reading writes nothing";
+  Expect({"backup", "repair", archive}, 0, {"2 file(s) whole"});
+  EXPECT_EQ(Read(safe + archive).size(), bytes.size());
+}
+
+TEST_F(BackupConsoleTest, CleanedFilesAreRestored) {
+  const std::string archive = CleanTwo();
+  Expect({"backup", "restore", archive, file.substr(3)}, 0);
+  EXPECT_EQ(Read(file), "bytes");
+  EXPECT_FALSE(machine->Exists(temp + "b.tmp"));
+  machine->MakeFile(file, "changed");
+  Expect({"backup", "restore", archive, file.substr(3)}, 1, {"nobody could be asked"});
+  Expect({"backup", "restore", archive}, 3, {"nobody could be asked"});
+  Expect({"backup", "restore", archive, "--overwrite", "never"}, 0);
+  EXPECT_EQ(Read(file) + Read(temp + "b.tmp"), "changedmore");
+  Expect({"backup", "restore", archive, "--overwrite", "Always"}, 0);
+  EXPECT_EQ(Read(file), "bytes");
+  Expect({"backup", "restore", archive, "--to", scratch + "new"}, 0);
+  EXPECT_EQ(Read(scratch + "new\\" + file.substr(3)), "bytes");
+}
+
+using RegistryConsoleTest = Console<RegistryFixture>;
+
+TEST_F(RegistryConsoleTest, ReferencesAreListedDeletedWhenAskedAndRestored) {
+  const std::string key = std::string(kComponents) + "\\";
+  Set(kMachine, key + "{1}", "", Text("gone"));
+  Set(kMachine, key + "{2}", "", Text("here"));
+  Set(kMachine, key + "{2}", "IsInstalled", Number(1));
+  const RegistryPicture before = PictureOfAll();
+  EXPECT_EQ(Run({"registry", "components"}).output,
+            "orphaned\tgone\tFalse\t\t{1}\nvalid\there\tTrue\t\t{2}\n2 entries, 1 orphaned\n");
+  Expect({"registry", "components", "--json", "--delete"}, 0,
+         {"SubKey: {1}\"", "1 entries, 0 orphaned"});
+  EXPECT_FALSE(machine->KeyExists(kMachine, key + "{1}"));
+  ASSERT_EQ(UndoFiles().size(), 1u);
+  Expect({"backup", "list"}, 0, {"1 key(s)"});
+  Expect({"backup", "restore", UndoFiles()[0]}, 0);
+  EXPECT_EQ(PictureOfAll(), before);
+
+  Set(kUser, "Qx1\\deep", "QxGone", Text(scratch + "gone.txt"));
+  const ProgramResult plain = Run({"registry", "file-references"});
+  EXPECT_FALSE(Holds(plain.output, "QxGone"));
+  Expect({"registry", "file-references", "--thorough"}, 0,
+         {"orphaned\tHKEY_CURRENT_USER:Qx1\\deep\\\tQxGone\t" + scratch + "gone.txt\n"});
+}
+
+using BrowserConsoleTest = Console<BrowserFixture>;
+
+TEST_F(BrowserConsoleTest, BrowsersAreListedWithTheirCostsAndCleanedByName) {
+  Expect({"browsers", "list"}, 0);
+  const std::string profile = chrome + "\\Default", data = profile + "\\Web Data";
+  machine->MakeFile(profile + "\\Preferences", "{}");
+  machine->MakeFile(profile + "\\Cache\\f_1", "x");
+  MakeDatabase(data,
+               "CREATE TABLE autofill(name, value); INSERT INTO autofill VALUES('a', 'typed')");
+  Expect({"browsers", "list"}, 0, {"chrome:cache", "Google Chrome", "saved passwords are lost"});
+  Expect({"browsers", "clean", "chrome:fo"}, 2, {"Did you mean \"chrome:forms\"?"});
+  Expect({"browsers", "clean", "opera"}, 2, {"there is no browser \"opera\" here."});
+  const Picture before = PictureOf(chrome);
+  Expect(
+      {"browsers", "clean", "chrome", "chrome:forms", "--preview"}, 0,
+      {"Database rows   " + data + ", form entries", "f_1", "1 file (1 Bytes)", "1 other thing"});
+  EXPECT_EQ(PictureOf(chrome), before);
+  Expect({"browsers", "clean", "chrome"}, 0,
+         {"Google Chrome, Cache... Rows Deleted: 0 Files Deleted: 1"});
+  EXPECT_TRUE(!machine->Exists(profile + "\\Cache\\f_1") && IsIn(AllBytes(profile), "typed"));
+  {
+    machine->MakeFile(chrome + "\\lockfile", "");
+    const auto lock = machine->LockFile(chrome + "\\lockfile");
+    Expect({"browsers", "clean", "chrome:forms"}, 3, {"lockfile"});
+  }
+  Expect({"browsers", "clean", "Chrome:Forms"}, 0, {"Saved form information... Rows Deleted: 1"});
+  EXPECT_FALSE(IsIn(AllBytes(profile), "typed"));
 }
 
 }  // namespace

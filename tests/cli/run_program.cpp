@@ -13,7 +13,7 @@ std::string QuellixctlPath();
 std::string ShellCommand(const std::string& command);
 int ExitCodeOf(int status);
 
-ProgramResult RunQuellixctl(const std::vector<std::string>& arguments) {
+ProgramResult RunQuellixctl(const Names& arguments) {
   std::string command = "\"" + QuellixctlPath() + "\"";
   for (const std::string& argument : arguments) command += " \"" + argument + "\"";
   // Into a file rather than a pipe: what Windows starts in the background keeps a pipe open.

@@ -18,7 +18,7 @@ std::string OutputFile() {
   return std::filesystem::temp_directory_path() / ("quellixctl-" + std::to_string(getpid()));
 }
 
-std::vector<std::string> MachineArguments(TestMachine& machine) {
+Names MachineArguments(TestMachine& machine) {
   const VolumeOptions options = dynamic_cast<VolumeTestMachine&>(machine).options();
   return {"--volume", options.volume, "--settings", options.settings};
 }

@@ -15,7 +15,7 @@ std::string OutputFile() {
   return "C:\\QxOutput" + std::to_string(++number) + ".txt";
 }
 
-std::vector<std::string> MachineArguments(TestMachine& machine) {
+Names MachineArguments(TestMachine& machine) {
   return {"--settings", machine.machine().program_folder};
 }
 

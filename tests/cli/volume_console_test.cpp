@@ -9,7 +9,6 @@
 #include <map>
 
 #include "cli/console_fixture.h"
-#include "support/hive_file.h"
 #include "support/volume_seed.h"
 
 namespace quellix {
@@ -17,7 +16,7 @@ namespace {
 
 struct VolumeConsoleTest : ConsoleTest {
   VolumeTestMachine& volume() { return dynamic_cast<VolumeTestMachine&>(*machine); }
-  ProgramResult CleanTemp(const std::vector<std::string>& more = {}) {
+  ProgramResult CleanTemp(const Names& more = {}) {
     return Run(With({"clean", "--item", "CleanTempFiles"}, more));
   }
 };
@@ -26,30 +25,24 @@ TEST_F(VolumeConsoleTest, BadVolumesAndUsersAreToldAndNothingIsTouched) {
   machine->MakeFile(temp + "a.tmp", "1");
   const std::string root = volume().options().volume;
   const std::string no_windows = root + "/Scratch";
-  struct Row {
-    const char* name;
-    std::vector<std::string> arguments;
-    const char* told;
-  };
-  const Row rows[] = {
-      {"no Windows", {"--volume", no_windows}, no_windows.c_str()},
+  const std::tuple<const char*, Names, std::string> kRows[] = {
+      {"no Windows", {"--volume", no_windows}, no_windows},
       {"no folder", {"--volume", root + "/none"}, "none"},
       {"no such user", {"--volume", root, "--user", "Nobody"}, kTesterName},
       {"bad drive", {"--volume", root, "--drive", "D=/x"}, "D:=DIR"},
       {"missing drive", {"--volume", root, "--drive", "D:=/no/such/folder"}, "/no/such/folder"}};
   Expect({"windows", "list"}, 1, {"work only on a running Windows"});
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, arguments, told] : kRows) {
+    SCOPED_TRACE(name);
     StoreMachine(*machine);
     const ProgramResult result =
-        RunQuellixctl(With({"clean", "--item", "CleanTempFiles"}, row.arguments));
+        RunQuellixctl(With({"clean", "--item", "CleanTempFiles"}, arguments));
     EXPECT_EQ(result.exit_code, 1);
-    EXPECT_TRUE(Holds(result.output, row.told));
+    EXPECT_TRUE(Holds(result.output, told));
     EXPECT_TRUE(machine->Exists(temp + "a.tmp"));
   }
 }
 
-// Every file and folder with its times and bytes: hives, logs of hives, archives, settings.
 // Each file of the volume with its time and bytes.
 std::map<std::string, std::string> PictureOf(const std::filesystem::path& volume) {
   std::map<std::string, std::string> files;
@@ -85,19 +78,14 @@ TEST_F(VolumeConsoleTest, ListsAndPreviewsChangeNothingOnTheWholeVolume) {
   ASSERT_GT(before.size(), 15u);
   for (const char* method : {"delete", "recycle", "wipe", "backup"})
     Run({"clean", "--all", "--preview", "--method", method});
-  const std::vector<std::string> kCommands[] = {{"search", "unnecessary"},
-                                                {"search", "unnecessary", "--delete", "--preview"},
-                                                {"registry", "file-references"},
-                                                {"registry", "app-paths", "--delete", "--preview"},
-                                                {"plugins", "preview", "qx"},
-                                                {"plugins", "list"},
-                                                {"recipes", "list", "--all"},
-                                                {"recipes", "check"},
-                                                {"backup", "list"},
-                                                {"keep", "list"}};
-  for (const auto& command : kCommands) {
-    const ProgramResult result = Run(command);
-    EXPECT_TRUE(picture() == before) << ::testing::PrintToString(command) << result.output;
+  const Names commands = Split(
+      "search unnecessary/search unnecessary --delete --preview/registry file-references/"
+      "registry app-paths --delete --preview/plugins preview qx/plugins list/recipes list --all/"
+      "recipes check/backup list/keep list",
+      '/');
+  for (const std::string& command : commands) {
+    const ProgramResult result = Run(Words(command));
+    EXPECT_TRUE(picture() == before) << command << result.output;
   }
 }
 
@@ -113,7 +101,7 @@ TEST_F(VolumeConsoleTest, OneOfSeveralUsersMustBeNamed) {
 }
 
 TEST_F(VolumeConsoleTest, ADamagedHiveIsSaidAndDoesNotHideTheReferencesOfTheOthers) {
-  machine->SetText(RegistryRoot::kLocalMachine, "Software\\Qx", "QxGone", "C:\\qx none\\a.txt");
+  machine->SetText(kMachine, "Software\\Qx", "QxGone", "C:\\qx none\\a.txt");
   StoreMachine(*machine);
   const std::string hive = volume().Native("C:\\Users\\Quellix Tester\\NTUSER.DAT");
   for (const std::string& bytes : {std::string(), std::string(5000, '\x5A')}) {
@@ -144,8 +132,7 @@ TEST_F(VolumeConsoleTest, WhatBelongsToARunningWindowsIsSaidAndTheRunGoesOn) {
 // A quellixctl that is asking something, and what it has said.
 class AskingProgram {
  public:
-  AskingProgram(std::vector<std::string> arguments, std::string output)
-      : output_(std::move(output)) {
+  AskingProgram(Names arguments, std::string output) : output_(std::move(output)) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     arguments.insert(arguments.begin(), QUELLIXCTL);
@@ -200,9 +187,7 @@ TEST_F(VolumeConsoleTest, CtrlCEndsARestore) {
   program.Interrupt();
   EXPECT_EQ(program.Answer("a\n"), 1);
   EXPECT_TRUE(Holds(program.Said(), "0 files restored, 0 left as they were; stopped at your wish"));
-  for (const char* name : {"a.tmp", "b.tmp"}) {
-    EXPECT_EQ(Read(temp + name), "there");
-  }
+  for (const char* name : {"a.tmp", "b.tmp"}) EXPECT_EQ(Read(temp + name), "there");
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 #include <fstream>
 
 #include "cli/console_fixture.h"
-#include "support/hive_file.h"
 #include "support/registry_fixture.h"
 #include "support/volume_seed.h"
 
@@ -22,16 +21,11 @@ struct VolumeRegistryConsoleTest : Console<RegistryFixture> {
   void Bend(const std::string& file, const std::string& from, const std::string& to) {
     StoreMachine(*machine);
     std::string bytes = ReadNative(file);
-    for (size_t at = bytes.find(from); at != bytes.npos; at = bytes.find(from, at + 1)) {
+    for (size_t at = bytes.find(from); at != bytes.npos; at = bytes.find(from, at + 1))
       bytes.replace(at, from.size(), to);
-    }
     WriteNative(file, bytes);
   }
 };
-
-bool Has(const ProgramResult& result, std::string_view text) {
-  return result.output.find(text) != std::string::npos;
-}
 
 TEST_F(VolumeRegistryConsoleTest, AnItemWhoseChangesDoNotReachTheDiskFails) {
   const std::string explorer = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
@@ -51,7 +45,7 @@ TEST_F(VolumeRegistryConsoleTest, AnItemWhoseChangesDoNotReachTheDiskFails) {
        "\\Open\\File Name MRU",
        "There was an error in cleaning the MS OfficeRegistry History Lists. ",
        "MS Office history..."}};
-  std::vector<std::string> arguments = {"clean", "--item"};
+  Names arguments = {"clean", "--item"};
   for (const auto& [item, key, message, line] : kRows) {
     for (const char* name : {"a", "b"}) machine->SetText(kUser, key, name, "x");
     arguments.push_back(item);
@@ -63,8 +57,8 @@ TEST_F(VolumeRegistryConsoleTest, AnItemWhoseChangesDoNotReachTheDiskFails) {
     const ProgramResult result = Run(arguments);
     EXPECT_EQ(result.exit_code, 1);
     for (const auto& [item, key, message, line] : kRows) {
-      EXPECT_TRUE(Has(result, message)) << item << ": " << result.output;
-      EXPECT_TRUE(*line == '\0' || !Has(result, line)) << result.output;
+      EXPECT_TRUE(Holds(result.output, message)) << item << ": " << result.output;
+      EXPECT_TRUE(*line == '\0' || !Holds(result.output, line)) << result.output;
     }
   }
   EXPECT_EQ(ReadNative(UserHive()), before);
@@ -88,7 +82,7 @@ TEST_F(VolumeRegistryConsoleTest, ReferencesThatStayAreCountedAndEndInOne) {
   EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), (Names{std::string("QxName\0ithNul", 13)}))
       << "what no other name could be given is no obstacle";
   EXPECT_EQ(machine->ValueNames(kUser, stays), Names{"stays"});
-  EXPECT_EQ(machine->ValueNames(kMachine, kServices), std::vector<std::string>{"ImagePath"});
+  EXPECT_EQ(machine->ValueNames(kMachine, kServices), Names{"ImagePath"});
 }
 
 TEST_F(VolumeRegistryConsoleTest, WhatAVolumeCannotJudgeIsToldApart) {
@@ -110,21 +104,20 @@ TEST_F(VolumeRegistryConsoleTest, WhatAVolumeCannotJudgeIsToldApart) {
   const ProgramResult apps = Run({"registry", "app-paths"}),
                       dlls = Run({"registry", "shared-dlls"});
   for (const auto& row : kRows) {
-    EXPECT_TRUE(Has(apps, std::string(row.state) + "\t" + row.name + "\t")) << apps.output;
-    EXPECT_TRUE(Has(dlls, std::string(row.state) + "\t1\t" + row.path + "\n")) << dlls.output;
+    EXPECT_TRUE(Holds(apps.output, std::string(row.state) + "\t" + row.name + "\t"));
+    EXPECT_TRUE(Holds(dlls.output, std::string(row.state) + "\t1\t" + row.path + "\n"));
   }
-  EXPECT_TRUE(Has(apps, "6 entries, 1 orphaned, 4 not judged\n")) << apps.output;
-  EXPECT_TRUE(Has(dlls, "5 entries, 1 with missing files, 0 with zero usage count, 4 not judged\n"))
-      << dlls.output;
+  EXPECT_TRUE(Holds(apps.output, "6 entries, 1 orphaned, 4 not judged\n"));
+  EXPECT_TRUE(Holds(dlls.output,
+                    "5 entries, 1 with missing files, 0 with zero usage count, 4 not judged\n"));
   Expect({"registry", "app-paths", "--delete"}, 0, {"5 entries, 0 orphaned, 4 not judged\n"});
 }
 
 TEST_F(VolumeRegistryConsoleTest, NamesThatDifferInCaseAloneGoAsThePreviewSays) {
   machine->SetText(kUser, kRunMruKey, "QxTwin", "1");
   machine->SetText(kUser, kRunMruKey, "QxTwix", "2");
-  for (const char* key : {"QxKey", "QxKez"}) {
+  for (const char* key : {"QxKey", "QxKez"})
     machine->SetText(kUser, std::string("Software\\Qx\\") + key, "v", key);
-  }
   Bend(UserHive(), "QxTwix", "qXtWiN");
   Bend(UserHive(), "QxKez", "qXkEY");
   machine->MakeFile(own + "Plugins\\qx.cdp",
@@ -132,16 +125,17 @@ TEST_F(VolumeRegistryConsoleTest, NamesThatDifferInCaseAloneGoAsThePreviewSays) 
   for (const char* command : {"preview", "process"}) {
     const ProgramResult result = Run({"plugins", command, "qx"});
     EXPECT_EQ(result.exit_code, 0) << result.output;
-    EXPECT_EQ(Has(result, "1 other thing."), std::string_view(command) == "preview")
+    EXPECT_EQ(Holds(result.output, "1 other thing."), std::string_view(command) == "preview")
         << result.output;
   }
   const ProgramResult preview = Run({"clean", "--item", "CleanRunMRU", "--preview"});
   const ProgramResult run = Run({"clean", "--item", "CleanRunMRU"});
   for (const ProgramResult& result : {preview, run}) {
     EXPECT_EQ(result.exit_code, 0) << result.output;
-    EXPECT_TRUE(Has(result, "Windows run history... Files Deleted: 2\n")) << result.output;
+    EXPECT_TRUE(Holds(result.output, "Windows run history... Files Deleted: 2\n"));
   }
-  EXPECT_TRUE(Has(preview, "RunMRU, QxTwin\n") && Has(preview, "RunMRU, qXtWiN\n"))
+  EXPECT_TRUE(Holds(preview.output, "RunMRU, QxTwin\n") &&
+              Holds(preview.output, "RunMRU, qXtWiN\n"))
       << preview.output;
   EXPECT_TRUE(machine->ValueNames(kUser, kRunMruKey).empty());
   EXPECT_FALSE(machine->KeyExists(kUser, "Software\\Qx"));
@@ -159,7 +153,7 @@ TEST_F(VolumeRegistryConsoleTest, APluginReachesNoServiceByAnyControlSet) {
                                                      "\x01No\x01HKEY_LOCAL_MACHINE\\" + key +
                                                      "\x01ImagePath\r\n");
       Run({"plugins", "process", "qx"});
-      EXPECT_EQ(machine->ValueNames(kMachine, kServices), std::vector<std::string>{"ImagePath"});
+      EXPECT_EQ(machine->ValueNames(kMachine, kServices), Names{"ImagePath"});
     }
   }
 }
@@ -169,7 +163,7 @@ TEST_F(VolumeRegistryConsoleTest, ASearchLeavesTheHalvesOfTheRecycleBinTogether)
   for (const char* half : {"$RABCDEF.txt", "$IABCDEF.txt"}) machine->MakeFile(bin + half, "");
   machine->MakeFile("C:\\RECYCLER\\S-1-5-21-1\\Dc1.txt", "");
   machine->MakeFile(scratch + "empty.txt", "");
-  Run({"search", "empty", "--delete"});
+  EXPECT_FALSE(Holds(Run({"search", "empty", "--delete"}).output, "$RABCDEF")) << "not even found";
   EXPECT_FALSE(machine->Exists(scratch + "empty.txt"));
   EXPECT_EQ(machine->Tree("C:\\$Recycle.Bin").size(), 3u);
   EXPECT_EQ(machine->Tree("C:\\RECYCLER").size(), 2u);

@@ -36,13 +36,11 @@ TEST_F(FolderContract, WhatIsNoNameIsMissing) {
         [&] { folder_->RemoveFolder(name); },
         [&] { folder_->Recycle(name); },
         [&] { folder_->SetAttributes(name, kHidden); }};
-    for (const auto& change : kChanges) {
+    for (const auto& change : kChanges)
       EXPECT_EQ(KindOf(change), Kind::kMissing) << &change - kChanges;
-    }
   }
-  for (const char* names : {"", ".", "..", "a\\..", "a\\\\b", "a\\.", "\\a", "a/b", "a:b"}) {
+  for (const char* names : {"", ".", "..", "a\\..", "a\\\\b", "a\\.", "\\a", "a/b", "a:b"})
     EXPECT_FALSE(folder_->OpenFolder(names)) << names;
-  }
   EXPECT_EQ(Tree(), (Names{"a\\", "a\\b"}));
 }
 
@@ -137,17 +135,15 @@ TEST_F(FolderContract, OnlyFoldersAreOpenedAndNoneThroughALink) {
     EXPECT_EQ(KindOf([&] { opens = files_.OpenFolder(At(row.names)) != nullptr; }), row.kind);
     EXPECT_EQ(opens, row.opens);
   }
-  for (const char* path : {"", "nonsense", "9:\\", "C:\\a\\..\\b", "\\\\?\\C:\\", "\\\\.\\C:\\"}) {
+  for (const char* path : {"", "nonsense", "9:\\", "C:\\a\\..\\b", "\\\\?\\C:\\", "\\\\.\\C:\\"})
     EXPECT_FALSE(files_.OpenFolder(path)) << path;
-  }
 }
 
 // While a folder is held, its path comes to mean a link, or another folder, with the same in it.
 struct HeldFolderContract : FolderContract, testing::WithParamInterface<bool> {
   void MakeTree(const std::string& folder, const std::string& bytes) {
-    for (const char* name : {"\\a.txt", "\\b.txt", "\\c.txt", "\\deep\\a.txt"}) {
+    for (const char* name : {"\\a.txt", "\\b.txt", "\\c.txt", "\\deep\\a.txt"})
       Make(folder + name, bytes);
-    }
     test_->MakeFolder(At(folder + "\\empty"));
   }
 };
@@ -238,9 +234,8 @@ TEST_F(FolderContract, WhatIsTakenStays) {
     EXPECT_EQ(KindOf([&] { folder_->Open(name, OpenMode::kCreateNew); }), Kind::kExists);
     EXPECT_EQ(KindOf([&] { folder_->Rename("a.txt", name, IfThere::kFail); }), Kind::kExists);
     const bool is_itself = name == full || (name == link && !test_->Can(Ability::kRemoveLinks));
-    for (const IfThere if_there : {IfThere::kFail, IfThere::kReplace}) {
+    for (const IfThere if_there : {IfThere::kFail, IfThere::kReplace})
       EXPECT_TRUE(is_itself || KindOf([&] { folder_->Rename("full", name, if_there); }));
-    }
     const bool is_file = EqualsNoCase(name, "b.txt");
     EXPECT_TRUE(is_file || KindOf([&] { folder_->Rename("a.txt", name, IfThere::kReplace); }));
     EXPECT_TRUE(!is_file || KindOf([&] { folder_->CreateFolder(name); }));
@@ -276,9 +271,7 @@ TEST_F(FolderContract, WhatIsInUseStaysAsItWas) {
         [&] { folder->Rename("file.txt", "b", IfThere::kFail); },
         [&] { folder->Rename("other.txt", "file.txt", IfThere::kReplace); },
         [&] { files_.WriteWholeFile(At("locked\\file.txt"), "new"); }};
-    for (const auto& change : kChanges) {
-      EXPECT_TRUE(refused(KindOf(change))) << &change - kChanges;
-    }
+    for (const auto& change : kChanges) EXPECT_TRUE(refused(KindOf(change))) << &change - kChanges;
   }
   EXPECT_EQ(Content("locked\\file.txt"), "kept");
   EXPECT_EQ(Attributes("locked\\file.txt"), before);

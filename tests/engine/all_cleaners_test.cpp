@@ -1,10 +1,10 @@
 #include "cleaners/mod_mozilla.h"
+#include "run/stayed.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
 namespace {
 
-constexpr RegistryRoot kHklm = RegistryRoot::kLocalMachine;
 constexpr const char* kShellFoldersKey =
     "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
 constexpr const char* kExplorer = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
@@ -25,18 +25,18 @@ class AllCleanersTest : public RunFixture {
   void SeedFileAreas() {
     constexpr const char* kCrash = "System\\CurrentControlSet\\Control\\CrashControl";
     machine->SetRegistryValue(
-        kHklm, kCrash, "DumpFile",
+        kMachine, kCrash, "DumpFile",
         {kRegExpandSz, ToUtf16Bytes(std::string("%SystemRoot%\\QX.DMP") + '\0')});
-    SetFolder(kHklm, kCrash, "MinidumpDir", scratch + "mini\\");
+    SetFolder(kMachine, kCrash, "MinidumpDir", scratch + "mini\\");
     machine->MakeFile(ports.system.SystemFolder() + "\\QX.DMP", "dump");
     machine->MakeFile(scratch + "mini\\a.dmp", "12");
     machine->MakeFile(scratch + "mini\\sub\\b.DMP", "345");
     machine->MakeFile(scratch + "mini\\kept.txt", "");
-    SetFolder(kHklm, "System\\CurrentControlSet\\Control\\Print\\Printers", "DefaultspoolDirectory",
-              scratch + "spool");
+    SetFolder(kMachine, "System\\CurrentControlSet\\Control\\Print\\Printers",
+              "DefaultspoolDirectory", scratch + "spool");
     machine->MakeFile(scratch + "spool\\1.spl", "1234");
     machine->MakeFile(scratch + "spool\\kept.shd", "");
-    SetFolder(kHklm,
+    SetFolder(kMachine,
               "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ActiveX Cache", "0",
               scratch + "ocx");
     machine->MakeFile(scratch + "ocx\\sub\\x.ocx", "12345");
@@ -77,9 +77,7 @@ class AllCleanersTest : public RunFixture {
     SetFolder(kUser, kShellFoldersKey, "Cookies", scratch + "cookies");
     SetFolder(kUser, kShellFoldersKey, "AppData", scratch + "appdata");
     machine->MakeFile(scratch + "recent\\letter.lnk", "123");
-    machine->MakeFile(scratch + "cookies\\me@go.txt", "12");
-    machine->MakeFile(scratch + "cookies\\me@stay.txt", "12");
-    machine->MakeFile(scratch + "cookies\\index.dat", "12");
+    MakeFiles(scratch, "cookies\\me@go.txt cookies\\me@stay.txt cookies\\index.dat", "12");
     WriteOwn("ck.txt", "x:\\none.txt\x01" + UpCase(scratch) + "COOKIES\\me@STAY.txt\x01\r\n");
     machine->MakeFile(scratch + "user.log", "1234567");
     machine->MakeFile(scratch + "mine\\sub\\a", "1");
@@ -102,9 +100,8 @@ class AllCleanersTest : public RunFixture {
       machine->SetText(kUser, std::string(kExplorer) + key, "a", "x");
       machine->SetText(kUser, std::string(kExplorer) + key, "MRUList", "a");
     }
-    for (const char* key : {"ContainingTextMRU", "FilesNamedMRU"}) {
+    for (const char* key : {"ContainingTextMRU", "FilesNamedMRU"})
       machine->SetText(kUser, std::string(kBars) + key, "000", "x");
-    }
     machine->SetText(kUser, "Software\\Microsoft\\Search Assistant\\ACMru\\5603", "000", "x");
     machine->SetText(kUser, "InstallLocationsMRU", "a", "D:\\");
     machine->SetText(kUser, kTypedUrlsKey, "url1", "http://example.org/");
@@ -122,9 +119,7 @@ class AllCleanersTest : public RunFixture {
     }
   }
 
-  std::vector<std::string> Values(const std::string& key) {
-    return machine->ValueNames(kUser, key);
-  }
+  Names Values(const std::string& key) { return machine->ValueNames(kUser, key); }
   size_t OfficeValues(const std::string& version, const std::string& key) {
     return Values("Software\\Microsoft\\Office\\" + version + "\\" + key).size();
   }
@@ -134,10 +129,10 @@ class AllCleanersTest : public RunFixture {
   void CleanFirefox() {
     const std::string profiles = ports.system.Environment("USERPROFILE").value() +
                                  "\\Application Data\\Mozilla\\Firefox\\Profiles\\";
-    for (const char* file : {"1.default\\Cache\\A", "1.default\\Cache\\sub\\B", "3.lower\\cache\\C",
-                             "2.x\\history.dat", "2.x\\sub\\cookies.txt", "2.x\\cookperm.txt"}) {
-      machine->MakeFile(profiles + file, "1234");
-    }
+    MakeFiles(profiles,
+              "1.default\\Cache\\A 1.default\\Cache\\sub\\B 3.lower\\cache\\C 2.x\\history.dat "
+              "2.x\\sub\\cookies.txt 2.x\\cookperm.txt",
+              "1234");
     Tick({"CleanMozillaCache", "CleanMozillaCookies", "CleanMozillaHistory"});
     engine.RunCleaning();
     const bool known = !modMozilla::GetWindowsVersionName(ports.system.Version()).empty();
@@ -185,11 +180,8 @@ TEST_F(AllCleanersTest, EveryFileAreaIsCleanedAndItsNeighboursStay) {
 TEST_F(AllCleanersTest, CookiesOnTheKeepListStay) {
   SeedUserFiles();
   Clean("CleanCookies");
-  EXPECT_NE(view.report->log.find("Cookies... Files Deleted: 1 Space Gained: 2 Bytes\r\n"),
-            std::string::npos)
-      << view.report->log;
-  EXPECT_EQ(machine->Tree(scratch + "cookies"),
-            (std::vector<std::string>{"index.dat", "me@stay.txt"}));
+  EXPECT_TRUE(Holds(view.report->log, "Cookies... Files Deleted: 1 Space Gained: 2 Bytes\r\n"));
+  EXPECT_EQ(machine->Tree(scratch + "cookies"), (Names{"index.dat", "me@stay.txt"}));
 }
 
 TEST_F(AllCleanersTest, EveryRegistryListIsClearedAndItsNeighboursStay) {
@@ -258,13 +250,12 @@ TEST_F(AllCleanersTest, OddRegistryFoldersHarmNothing) {
       {"a file", scratch + "real\\a.spl", kRegSz, 0, true},
       {"two backslashes", scratch + "real\\", kRegSz, 1, false},
       {"the first of several texts", scratch + "real" + '\0' + scratch, kRegMultiSz, 1, false},
-      {"system root is the system folder", "%SYSTEMROOT%\\qxspool", kRegExpandSz, 1, false},
-  };
+      {"system root is the system folder", "%SYSTEMROOT%\\qxspool", kRegExpandSz, 1, false}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     machine->MakeFile(scratch + "real\\a.spl", "1");
     machine->SetRegistryValue(
-        kHklm, "System\\CurrentControlSet\\Control\\Print\\Printers", "DefaultspoolDirectory",
+        kMachine, "System\\CurrentControlSet\\Control\\Print\\Printers", "DefaultspoolDirectory",
         {row.type, row.type == kRegDword ? row.value : ToUtf16Bytes(row.value + '\0')});
     Clean("CleanPrinter");
     EXPECT_EQ(engine.state().RunFilesDeleted, row.removed);
@@ -282,18 +273,127 @@ TEST_F(AllCleanersTest, FirefoxIsCleanedOnlyOnTheWindowsVersionsItKnows) {
                                   {{2, 5, 0}, "2K"},    {{2, 5, 1}, "XP"},   {{2, 5, 2}, ""},
                                   {{2, 6, 0}, "Vista"}, {{2, 6, 1}, "Win7"}, {{2, 6, 2}, ""},
                                   {{2, 10, 0}, ""}};
-  for (const Row& row : kRows) {
-    EXPECT_EQ(modMozilla::GetWindowsVersionName(row.version), row.name);
-  }
+  for (const Row& row : kRows) EXPECT_EQ(modMozilla::GetWindowsVersionName(row.version), row.name);
   // A volume takes its version from the registry; a running Windows has the one it has.
   constexpr const char* kVersionKey = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
   for (const auto& [major, minor] : {std::pair{'\5', '\1'}, {'\6', '\1'}, {'\6', '\2'}}) {
-    machine->SetRegistryValue(kHklm, kVersionKey, "CurrentMajorVersionNumber",
+    machine->SetRegistryValue(kMachine, kVersionKey, "CurrentMajorVersionNumber",
                               {kRegDword, {major, 0, 0, 0}});
-    machine->SetRegistryValue(kHklm, kVersionKey, "CurrentMinorVersionNumber",
+    machine->SetRegistryValue(kMachine, kVersionKey, "CurrentMinorVersionNumber",
                               {kRegDword, {minor, 0, 0, 0}});
     CleanFirefox();
   }
+}
+
+struct CleanerFaultsTest : RunFixture {
+  std::string Profiles() const {
+    return ports.system.Environment("USERPROFILE").value() +
+           "\\Application Data\\Mozilla\\Firefox\\Profiles\\";
+  }
+  bool KnowsFirefox() const {
+    return !modMozilla::GetWindowsVersionName(ports.system.Version()).empty();
+  }
+};
+
+TEST_F(CleanerFaultsTest, AFailingItemShowsItsMessageWritesNoLineAndTheNextOneRuns) {
+  struct Row {
+    const char* key;
+    const char* in_the_way;  // a folder where the item's list should be
+    const char* message;
+    const char* caption;
+  };
+  const Row rows[] = {
+      {"CleanUserFolders", "UDFO.txt", "There was an error in cleaning the User defined folders",
+       "User-defined folders"},
+      {"CleanUserFiles", "UDFI.txt", "There was an error in cleaning User Defined Files",
+       "User-defined files"},
+      {"CleanCookies", "ck.txt", "There was an error in cleaning Cookies. ", "Cookies"}};
+  for (const Row& row : rows) machine->MakeFolder(own + row.in_the_way);
+  Tick({"CleanUserFolders", "CleanUserFiles", "CleanCookies", "CleanTempFiles", "CleanTypedURL"});
+  engine.RunCleaning();
+  ASSERT_EQ(view.criticals.size(), std::size(rows));
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    SCOPED_TRACE(rows[i].key);
+    EXPECT_TRUE(view.criticals[i].starts_with(rows[i].message)) << view.criticals[i];
+    EXPECT_TRUE(Holds(view.criticals[i], rows[i].in_the_way));
+    EXPECT_FALSE(Holds(view.report->log, rows[i].caption));
+  }
+  EXPECT_TRUE(Holds(view.report->log, "Temporary files... "));
+  EXPECT_TRUE(Holds(view.report->log, "Typed URLs... "));
+  EXPECT_EQ(view.commands, Commands{});
+  EXPECT_TRUE(!view.current_item_shown && engine.state().SomeErrors);
+  EXPECT_EQ(view.report->outcomes[2], Outcome::kFailed);
+}
+
+TEST_F(CleanerFaultsTest, AListGoesToItsEndWhenTheSettingsSaySo) {
+  const struct {
+    const char* settings;
+    int left;
+  } kRows[] = {
+      {"", 301}, {"[General]\r\nAllValues=0\r\n", 301}, {"[General]\r\nAllValues=1\r\n", 0}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.settings);
+    machine->RemoveRegistryTree(kUser, kRunMruKey);
+    machine->SetRegistryValue(kUser, kRunMruKey, " long ", {kRegBinary, std::string(256, 'x')});
+    for (int i = 0; i < 300; ++i)
+      machine->SetText(kUser, kRunMruKey, "v" + std::to_string(i), "cmd");
+    WriteSettings(row.settings);
+    Clean("CleanRunMRU");
+    EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), row.left);
+    EXPECT_TRUE(view.report->log.starts_with(
+        "Windows run history... Files Deleted: " + std::to_string(301 - row.left) + "\r\n"))
+        << view.report->log;
+  }
+}
+
+TEST_F(CleanerFaultsTest, AFirefoxProfileIsNotLeftThroughALink) {
+  machine->MakeFile(scratch + "outside\\history.dat", "dear");
+  machine->MakeFile(scratch + "profile\\history.dat", "junk");
+  machine->MakeFolderLink(scratch + "profile\\link", scratch + "outside");
+  {
+    const auto lock = machine->LockFile(scratch + "profile\\history.dat");
+    modMozilla::FindMozillaFiles(context, scratch + "profile", "history.dat");
+    EXPECT_TRUE(Holds(StayedNames(engine.state(), 9), "history.dat"));
+  }
+  EXPECT_EQ(modMozilla::FindMozillaFiles(context, scratch + "profile", "history.dat"), 4);
+  EXPECT_EQ(machine->Exists(scratch + "profile\\history.dat"), false);
+  EXPECT_EQ(Read(scratch + "outside\\history.dat"), "dear");
+}
+
+TEST_F(CleanerFaultsTest, AFirefoxProfileInASystemFolderIsNotCleaned) {
+  const std::string folder = ports.system.SystemFolder() + "\\Qx";
+  machine->MakeFile(folder + "\\history.dat", "dear");
+  EXPECT_EQ(modMozilla::FindMozillaFiles(context, folder, "*.*"), 0);
+  EXPECT_TRUE(machine->Exists(folder + "\\history.dat"));
+  ports.files.RemoveFile(folder + "\\history.dat");
+  ports.files.RemoveFolder(folder);
+}
+
+TEST_F(CleanerFaultsTest, StopLeavesTheRestOfFirefoxAlone) {
+  if (!KnowsFirefox()) GTEST_SKIP() << "this Windows version leaves Firefox alone";
+  for (const char* name : {"1\\cookies.txt", "2\\cookies.txt", "3\\cookies.txt"})
+    machine->MakeFile(Profiles() + name, "1234");
+  view.on_pause = [this] {
+    if (engine.state().MozillaFilesDeleted == 1) engine.StopCleaning();
+  };
+  Tick({"CleanMozillaCookies"});
+  engine.RunCleaning();
+  EXPECT_EQ(engine.state().MozillaFilesDeleted, 1);
+  EXPECT_EQ(view.statuses.back(), "Aborted by user");
+  view.on_pause = nullptr;
+  engine.RunCleaning();
+  EXPECT_EQ(engine.state().MozillaFilesDeleted, 2);
+}
+
+TEST_F(CleanerFaultsTest, ListsWithFoldersInsideFoldersCountEachFileOnce) {
+  MakeFiles(scratch, "a\\b\\1 a\\2");
+  machine->SetText(kUser, kShellFoldersKey, "AppData", scratch + "none");
+  Clean("CleanTempFiles");
+  WriteOwn("UDFO.txt", scratch + "a\r\n" + scratch + "a\\b\r\n" + scratch + "a\r\n");
+  Clean("CleanUserFolders");
+  EXPECT_EQ(engine.state().RunFilesDeleted, 2);
+  EXPECT_FALSE(engine.state().SomeFilesLocked);
+  EXPECT_EQ(machine->Tree(scratch), (Names{"a\\", "a\\b\\"}));
 }
 
 }  // namespace

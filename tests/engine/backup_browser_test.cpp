@@ -19,9 +19,8 @@ struct BackupBrowserTest : BackupFixture {
   // The names in an order of the list.
   static std::string Order(const BackupBrowser& browser) {
     std::string names;
-    for (size_t row = 0; row < browser.EntryCount(); ++row) {
+    for (size_t row = 0; row < browser.EntryCount(); ++row)
       names += NamePart(browser.EntryText(row, EntryColumn::kPath)).substr(0, 1);
-    }
     return names;
   }
 
@@ -64,8 +63,7 @@ TEST_F(BackupBrowserTest, ShowsAndSortsRows) {
   browser.ChooseArchive(1);
   EXPECT_EQ(browser.EntryCount(), 0u);
   EXPECT_TRUE(Holds(browser.outcome(), "cannot be read"));
-  EXPECT_FALSE(browser.Available(0).restore_all);
-  EXPECT_TRUE(browser.Available(0).delete_archive);
+  EXPECT_TRUE(!browser.Available(0).restore_all && browser.Available(0).delete_archive);
 }
 
 TEST_F(BackupBrowserTest, RestoresWhatIsSelected) {
@@ -124,7 +122,7 @@ TEST_F(BackupBrowserTest, SaysWhatIsRefusedAndRepairsOnRequest) {
 }
 
 TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
-  machine->SetText(RegistryRoot::kLocalMachine, "Software\\Classes\\.txt", "", "txtfile");
+  machine->SetText(kMachine, "Software\\Classes\\.txt", "", "txtfile");
   engine.state().FixedRemovalMode = kDelete;  // of earlier copies
   Clean("CleanTempFiles");
   std::string copy;
@@ -139,7 +137,6 @@ TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
 }
 
 TEST_F(BackupBrowserTest, WhatIsRestoredOfTheRegistryIsToldAsKeys) {
-  constexpr RegistryRoot kUser = RegistryRoot::kCurrentUser;
   RegistryUndo undo;
   for (const char* key : {"Software\\QxBrowser\\a", "Software\\QxBrowser\\b"}) {
     machine->SetText(kUser, key, "v", "1");
@@ -160,10 +157,8 @@ TEST_F(BackupBrowserTest, WhatIsRestoredOfTheRegistryIsToldAsKeys) {
 
 TEST_F(BackupBrowserTest, WhatMayRunIsShownInItsFolderInstead) {
   AddArchive("D_141120009057.zip", {"a.exe", "b.PS1", "c.lnk", "d.unheardof", "e", "f.txt.scr"});
-  for (const char* type : {".known", ".jnlp"}) {
-    machine->SetText(RegistryRoot::kLocalMachine, std::string("Software\\Classes\\") + type, "",
-                     "x");
-  }
+  for (const char* type : {".known", ".jnlp"})
+    machine->SetText(kMachine, std::string("Software\\Classes\\") + type, "", "x");
   EXPECT_TRUE(CanRun(ports, "a.JNLP")) << "whoever knows it";
   for (const char* name : {"a.b.known", "a.known. "}) EXPECT_FALSE(CanRun(ports, name)) << name;
   EXPECT_TRUE(CanRun(ports, "C:\\x\\a.exe. "));
@@ -176,10 +171,8 @@ TEST_F(BackupBrowserTest, WhatMayRunIsShownInItsFolderInstead) {
     EXPECT_EQ(machine->Tree(folder).size(), row + 1) << folder;
     EXPECT_TRUE(Holds(browser.outcome(), "is not opened"));
   }
-  for (const char* type : {".known", ".jnlp"}) {
-    machine->RemoveRegistryTree(RegistryRoot::kLocalMachine,
-                                std::string("Software\\Classes\\") + type);
-  }
+  for (const char* type : {".known", ".jnlp"})
+    machine->RemoveRegistryTree(kMachine, std::string("Software\\Classes\\") + type);
 }
 
 TEST_F(BackupBrowserTest, DeletesTheChosenArchive) {

@@ -15,9 +15,8 @@ struct BackupRepairTest : BackupFixture {
   std::vector<uint64_t> Ends(const std::string& archive) {
     const std::string whole = Read(archive);
     std::vector<uint64_t> ends;
-    for (size_t at = 0; (at = whole.find(kLocalSignature, at + 1)) != std::string::npos;) {
+    for (size_t at = 0; (at = whole.find(kLocalSignature, at + 1)) != std::string::npos;)
       ends.push_back(at);
-    }
     ends.push_back(whole.find("PK\1\2"));
     return ends;
   }

@@ -16,16 +16,13 @@ TEST(EntryPathTest, PathsThatLeaveTheirFolderAreRefusedByName) {
     ASSERT_TRUE(refusal) << name;
     EXPECT_NE(refusal->find(std::string("\"") + name + "\" is not restored"), std::string::npos);
   }
-  for (const char* name : {"NUL", "a/con", "aux .h", "a.", "a/b "}) {
+  for (const char* name : {"NUL", "a/con", "aux .h", "a.", "a/b "})
     EXPECT_FALSE(RefusalOf(name, true)) << name << " of an archive of ours";
-  }
-  for (const char* name : {"../a", "a\\b", "a:b", "a//b", "a\x01"}) {
+  for (const char* name : {"../a", "a\\b", "a:b", "a//b", "a\x01"})
     EXPECT_TRUE(RefusalOf(name, true)) << name;
-  }
   for (const char* name : {"a", "Users/Me/a.txt", "..a", "a..b/c", "console", "com", "COM10",
-                           "nul_", "\xE6\x97\xA5/\xD0\x96", "folder/"}) {
+                           "nul_", "\xE6\x97\xA5/\xD0\x96", "folder/"})
     EXPECT_FALSE(RefusalOf(name)) << name;
-  }
 }
 
 // As the archives of older programs have them.
@@ -76,6 +73,20 @@ TEST_F(BackupRestoreTest, BytesNamesTimesAndAttributesComeBack) {
   }
 }
 
+TEST_F(BackupRestoreTest, ASparseFileHasTheZerosOfItsEndAgain) {
+  const std::string bytes = "x" + std::string(3 << 20, '\0'), archive = "C_010120200000.zip";
+  machine->MakeFile(scratch + "source", bytes);
+  machine->MakeFolder(safe);
+  ZipWriter writer(ports.files.Open(safe + archive, OpenMode::kReadAndCreate), 0);
+  ZipEntry entry;
+  entry.name = Stored(tree + "sparse");
+  entry.attributes = kSparse;
+  writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), {});
+  writer.Finish();
+  EXPECT_EQ(Restore().restored, 1u);
+  EXPECT_TRUE(Read(tree + "sparse") == bytes);
+}
+
 TEST_F(BackupRestoreTest, FilesThatAreThereAreTreatedAsChosen) {
   constexpr int64_t kOld = 131000000000000000, kBackedUp = 132000000000000000,
                     kYoung = 133000000000000000;
@@ -119,8 +130,7 @@ TEST_F(BackupRestoreTest, FilesThatAreThereAreTreatedAsChosen) {
 }
 
 TEST_F(BackupRestoreTest, NothingIsWrittenThroughLinksOrOverFolders) {
-  machine->MakeFile(tree + "sub\\dear", "backup");
-  machine->MakeFile(tree + "plain", "backup");
+  MakeFiles(tree, "sub\\dear plain", "backup");
   Clean(tree);
   const std::string outside = scratch + "outside\\";
   machine->MakeFile(outside + "dear", "outside");
@@ -139,8 +149,7 @@ TEST_F(BackupRestoreTest, ArchivesAndEntriesAreListedViewedAndDeleted) {
   machine->MakeFile(tree + "a.txt", "12345");
   machine->SetLastWrite(tree + "a.txt", 132539328001234567);
   Clean(tree);
-  machine->MakeFile(safe + "D_010120200000.zip", "no archive");
-  machine->MakeFile(safe + "note.txt", "no archive");
+  MakeFiles(safe, "D_010120200000.zip note.txt", "no archive");
   const std::vector<BackupInfo> archives = backups.List();
   ASSERT_EQ(archives.size(), 2u);
   EXPECT_EQ(archives[0].root, scratch.substr(0, 3));
@@ -164,9 +173,8 @@ TEST_F(BackupRestoreTest, ArchivesAndEntriesAreListedViewedAndDeleted) {
   EXPECT_THROW(backups.ExtractTemporary(archives[0].name, "not there"), Error);
   backups.Delete(archives[0].name);
   EXPECT_EQ(Archives(), (Names{"D_010120200000.zip", "note.txt"}));
-  for (const char* name : {"..\\Settings.ini", "a/b", "", "C:x", "missing.zip"}) {
+  for (const char* name : {"..\\Settings.ini", "a/b", "", "C:x", "missing.zip"})
     EXPECT_THROW(backups.Delete(name), Error) << name;
-  }
 }
 
 TEST_F(BackupRestoreTest, AStopLeavesWhatIsNotRestoredYetAsItWas) {
@@ -208,9 +216,8 @@ TEST_F(BackupRestoreTest, AStopLeavesWhatIsNotRestoredYetAsItWas) {
 TEST_F(BackupRestoreTest, WhatCanBeBackedUpComesBackWhateverItsName) {
   const Names names = {"CON.txt", "NUL", "aux .h", "blank ", "dot."};
   machine->MakeFolder(tree);
-  for (const std::string& name : names) {
+  for (const std::string& name : names)
     ports.files.Open(tree + name, OpenMode::kCreateNew)->Write(0, name);
-  }
   Clean(tree);
   ASSERT_EQ(machine->Tree(tree), Names());
   const RestoreResult result = Restore();

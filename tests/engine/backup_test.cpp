@@ -26,16 +26,13 @@ TEST(BackupNamesTest, HourAndSecondHaveNoLeadingZero) {
       EXPECT_EQ(BackupArchiveName("C_", *date), what);
     }
   }
-  for (const char* name : {"C_.zip", "C_14112026.zip", "C_99992026111.zip", "C_14112026905x.zip"}) {
+  for (const char* name : {"C_.zip", "C_14112026.zip", "C_99992026111.zip", "C_14112026905x.zip"})
     EXPECT_FALSE(DateOfArchive(name)) << name;
-  }
-  for (const char* name : {"C_141120269057.zip", "@_1411202611111.ZIP", "__020120260000.zip"}) {
+  for (const char* name : {"C_141120269057.zip", "@_1411202611111.ZIP", "__020120260000.zip"})
     EXPECT_TRUE(IsArchiveName(name)) << name;
-  }
   for (const char* name :
-       {"C_.zip", "C-141120269057.zip", "C_14112026905x.zip", "R_141120269057.reg"}) {
+       {"C_.zip", "C-141120269057.zip", "C_14112026905x.zip", "R_141120269057.reg"})
     EXPECT_FALSE(IsArchiveName(name)) << name;
-  }
   EXPECT_EQ(RootOfArchive("D_1.zip"), "D:\\");
   EXPECT_EQ(RootOfArchive("@_1.zip"), "@:\\");
   EXPECT_EQ(RootOfArchive("__1.zip"), "\\\\");
@@ -141,8 +138,7 @@ TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
     static_cast<RunTotals&>(state) = {};
     state.Strict = row.strict;
     state.BackupFolder = row.folder;
-    machine->MakeFile(tree + "a", "1");
-    machine->MakeFile(tree + "b", "1");
+    MakeFiles(tree, "a b");
     CleanInOrder({"a", "b"});
     EXPECT_EQ(machine->Tree(tree).size(), row.strict ? 2u : 0u);
     EXPECT_EQ(state.RunFilesDeleted, row.strict ? 0 : 2);
@@ -292,6 +288,37 @@ TEST_F(BackupTest, FilesThatChangeWhileTheyAreReadAreTakenAsTheyAre) {
                                                    {"grown large", large},
                                                    {"shrunk to nothing", ""},
                                                    {"after", "a"}};
+  EXPECT_EQ(Content(archive), want);
+}
+
+TEST_F(BackupTest, WhatAFlushDoesNotBringToTheDiskIsTakenBack) {
+  struct FullFile : ForwardingFile {
+    FullFile(std::unique_ptr<RandomFile> file, const bool& full)
+        : ForwardingFile(std::move(file)), is_full(full) {}
+    void Flush() override {
+      if (is_full) throw Error(Error::Kind::kFull, "The disk is full.");
+    }
+    const bool& is_full;
+  };
+  bool is_full = false;
+  const std::string archive = scratch + "a.zip";
+  ZipWriter writer(
+      std::make_unique<FullFile>(ports.files.Open(archive, OpenMode::kReadAndCreate), is_full), 0);
+  for (const std::string name : {"first", "lost", "last"}) {
+    ZipEntry entry;
+    entry.name = name;
+    ChangingFile file(1, "x");
+    writer.Add(entry, file, {});
+    is_full = name == "lost";
+    if (is_full) {
+      EXPECT_THROW(writer.Flush(), Error);
+    } else {
+      writer.Flush();
+    }
+  }
+  is_full = false;
+  writer.Finish();
+  const std::map<std::string, std::string> want = {{"first", "x"}, {"last", "x"}};
   EXPECT_EQ(Content(archive), want);
 }
 

@@ -99,9 +99,8 @@ class BrowsersTest : public BrowserFixture {
   void MakeProfile(const std::string& path, Left left = Left::kWhole) {
     machine->MakeFile(path + "\\prefs.js", "user_pref(1)");
     for (const char* name : {"key4.db", "cert9.db", "permissions.sqlite", "extensions.json",
-                             "storage\\default\\moz-extension+++1\\idb\\1.sqlite"}) {
+                             "storage\\default\\moz-extension+++1\\idb\\1.sqlite"})
       machine->MakeFile(path + "\\" + name, std::string("dear secret of ") + name);
-    }
     machine->MakeFile(path + "\\logins.json", "{}");
     machine->MakeFile(path + "\\cache2\\entries\\A", "x");
     MakeDatabase(path + "\\cookies.sqlite", kFirefoxCookies, left);
@@ -165,12 +164,10 @@ TEST_F(BrowsersTest, CookiesGoButForThoseOfKeptSitesHoweverTheBrowserEnded) {
               "www.gone.example removed\n");
 
     RunTwice(profile, {"CleanMozillaCookies"});
-    EXPECT_NE(view.report->log.find("Firefox, Cookies... Rows Deleted: 2 "), std::string::npos)
-        << view.report->log;
+    EXPECT_TRUE(Holds(view.report->log, "Firefox, Cookies... Rows Deleted: 2 "));
     const std::string left = AllBytes(profile);
-    for (const char* gone : {"secret-one", "secret-two", "secret-old"}) {
+    for (const char* gone : {"secret-one", "secret-two", "secret-old"})
       EXPECT_FALSE(IsIn(left, gone)) << gone;
-    }
     EXPECT_EQ(Query(cookies, "SELECT value FROM moz_cookies ORDER BY 1"), "dear-one\ndear-two\n");
     EXPECT_EQ(Query(cookies, "PRAGMA integrity_check") + Query(cookies, "PRAGMA user_version"),
               "ok\n17\n");
@@ -192,9 +189,8 @@ TEST_F(BrowsersTest, HistoryGoesAndBookmarksWithTheirIconsStay) {
     ExpectOnlyBookmarksAndDownloads(places, icons);
     const std::string bytes_left = AllBytes(profile);
     for (const char* gone : {"secret.example", "secret-input", "secret-terms", "Secret",
-                             "secret note", "secret-icon", "secret-root"}) {
+                             "secret note", "secret-icon", "secret-root"})
       EXPECT_FALSE(IsIn(bytes_left, gone)) << gone;
-    }
     // The list of downloads is an item of its own.
     after = RunTwice(profile, {"CleanMozillaDownloads"});
     EXPECT_FALSE(IsIn(AllBytes(profile), "loaded"));
@@ -245,9 +241,8 @@ TEST_F(BrowsersTest, ProfilesAreFoundWhereverTheyAre) {
     EXPECT_EQ(Joined(machine->Tree(row.cache)), row.cache.empty() ? "" : "cache2\\");
   }
   EXPECT_TRUE(machine->Exists(firefox + "\\Profiles\\no profile\\logins.json"));
-  EXPECT_NE(view.report->log.find("Firefox, Saved passwords... Rows Deleted: 0 Files Deleted: 4"),
-            std::string::npos)
-      << view.report->log;
+  EXPECT_TRUE(
+      Holds(view.report->log, "Firefox, Saved passwords... Rows Deleted: 0 Files Deleted: 4"));
 }
 
 struct BrowsersSpoiledTest : BrowsersTest {
@@ -258,10 +253,12 @@ struct BrowsersSpoiledTest : BrowsersTest {
   };
   std::vector<Spoiler> Spoilers(const std::string& profile, const std::string& cookies,
                                 std::shared_ptr<void>& lock) {
-    const auto change = [this, cookies](size_t at, std::string_view with) {
-      std::string bytes = *ports.files.ReadWholeFile(cookies);
-      bytes.replace(at, with.size(), with);
-      ports.files.WriteWholeFile(cookies, bytes);
+    const auto write = [this, cookies](const std::string& bytes) {
+      return [=, this] { ports.files.WriteWholeFile(cookies, bytes); };
+    };
+    const std::string whole = Read(cookies), garbage(7, '\xFF');
+    const auto changed = [&](size_t at, const std::string& with) {
+      return write(std::string(whole).replace(at, with.size(), with));
     };
     return {
         {"running",
@@ -271,17 +268,11 @@ struct BrowsersSpoiledTest : BrowsersTest {
          },
          "Profiles\\p"},
         {"held", [&, this] { lock = machine->LockFile(cookies); }, "cookies.sqlite"},
-        {"no database", [=] { change(0, "not a database at all"); }, "it is damaged"},
-        {"damaged", [=] { change(4096 + 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF"); }, "it is damaged"},
-        {"damaged where nothing goes",
-         [=] { change(3 * 4096 + 1, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF"); }, "it is damaged"},
-        {"cut short",
-         [&, this] {
-           ports.files.WriteWholeFile(cookies, ports.files.ReadWholeFile(cookies)->substr(0, 5000));
-         },
-         "it is damaged"},
-        {"empty", [&, this] { ports.files.WriteWholeFile(cookies, ""); },
-         "no such table: moz_cookies"},
+        {"no database", changed(0, "not a database at all"), "it is damaged"},
+        {"damaged", changed(4096 + 1, garbage), "it is damaged"},
+        {"damaged where nothing goes", changed(3 * 4096 + 1, garbage), "it is damaged"},
+        {"cut short", write(whole.substr(0, 5000)), "it is damaged"},
+        {"empty", write(""), "no such table: moz_cookies"},
         {"of another form",
          [&, this] {
            ports.files.RemoveFile(cookies);
@@ -293,14 +284,14 @@ struct BrowsersSpoiledTest : BrowsersTest {
         {"with further names", [&, this] { machine->MakeHardLink(profile + "\\other", cookies); },
          "it has further names"},
         {"a journal that cannot be made", [&, this] { machine->MakeFolder(cookies + "-journal"); },
-         "cookies.sqlite"},
-    };
+         "cookies.sqlite"}};
   }
 };
 
 TEST_F(BrowsersSpoiledTest, WhatCannotBeChangedWholeIsToldAndStaysToTheByte) {
   const std::string profile = firefox + "\\Profiles\\p", cookies = profile + "\\cookies.sqlite";
   std::shared_ptr<void> lock;
+  MakeProfile(profile);
   for (const auto& row : Spoilers(profile, cookies, lock)) {
     SCOPED_TRACE(row.name);
     MakeProfile(profile);
@@ -309,7 +300,7 @@ TEST_F(BrowsersSpoiledTest, WhatCannotBeChangedWholeIsToldAndStaysToTheByte) {
     Run({"CleanMozillaCookies"});
     EXPECT_EQ(PictureOf(profile), before);
     const std::string told = StayedNames(engine.state(), kNamesSaved);
-    EXPECT_NE(told.find(row.told), told.npos) << told;
+    EXPECT_TRUE(Holds(told, row.told));
     EXPECT_EQ(Entries(engine.state(), EntryKind::kRows), "");
     lock.reset();
     if (machine->Exists(cookies)) ports.files.SetAttributes(cookies, kNormal);

@@ -1,7 +1,10 @@
 // The browsers built on Chromium, with databases made by SQLite itself.
 #include "browsers/browser_catalogue.h"
+#include "browsers/firefox_cleaner.h"
+#include "browsers/firefox_profiles.h"
 #include "run/stayed.h"
 #include "support/browser_fixture.h"
+#include "support/forwarding_files.h"
 
 namespace quellix {
 namespace {
@@ -49,21 +52,18 @@ INSERT INTO icon_mapping(page_url, icon_id) VALUES ('https://dear.example/', 1),
 class ChromiumTest : public BrowserFixture {
  protected:
   // What is never touched, whatever is cleaned.
-  static constexpr const char* kDear[] = {
-      "Bookmarks",
-      "Preferences",
-      "Secure Preferences",
-      "Extension State\\1.log",
-      "IndexedDB\\chrome-extension_abc_0.indexeddb.leveldb\\1.log",
-      "Sync Extension Settings\\abc\\1.log",
-      "Service Worker\\Database\\1.log",
-      "Service Worker\\CacheStorage\\aa\\1\\x"};
+  const Names kDear = Split(
+      "Bookmarks/Preferences/Secure Preferences/Extension State\\1.log/"
+      "IndexedDB\\chrome-extension_abc_0.indexeddb.leveldb\\1.log/"
+      "Sync Extension Settings\\abc\\1.log/Service Worker\\Database\\1.log/"
+      "Service Worker\\CacheStorage\\aa\\1\\x",
+      '/');
 
   void MakeProfile(const std::string& profile) {
-    const auto make = [&](const char* name, const std::string& bytes) {
+    const auto make = [&](const std::string& name, const std::string& bytes) {
       machine->MakeFile(profile + "\\" + name, bytes);
     };
-    for (const char* name : kDear) make(name, std::string("dear secret of ") + name);
+    for (const std::string& name : kDear) make(name, "dear secret of " + name);
     make("Bookmarks", R"({"roots":{"bookmark_bar":{"url": "https://dear.example/"}}})");
     make("Service Worker\\CacheStorage\\aa\\index.txt", "\x0A chrome-extension://abc/");
     make("Cache\\Cache_Data\\f_1", "secret-cache");
@@ -99,24 +99,23 @@ class ChromiumTest : public BrowserFixture {
 const struct {
   const char* kind;
   std::vector<const char*> gone;  // texts
-} kKindRows[] = {
-    {"chrome:cache", {"secret-cache", "secret-code"}},
-    {"chrome:cookies", {"secret-one"}},
-    {"chrome:history", {"secret-url", "secret-links", "secret-icon"}},
-    {"chrome:forms", {"secret-typed"}},
-    {"chrome:passwords", {"secret-pw"}},
-    {"chrome:sessions", {"secret-tabs"}},
-    {"chrome:sitedata", {"secret-idb", "secret-sw"}},
-};
+} kKindRows[] = {{"chrome:cache", {"secret-cache", "secret-code"}},
+                 {"chrome:cookies", {"secret-one"}},
+                 {"chrome:history", {"secret-url", "secret-links", "secret-icon"}},
+                 {"chrome:forms", {"secret-typed"}},
+                 {"chrome:passwords", {"secret-pw"}},
+                 {"chrome:sessions", {"secret-tabs"}},
+                 {"chrome:sitedata", {"secret-idb", "secret-sw"}}};
 
 TEST_F(ChromiumTest, EachKindTakesItsOwnInEveryProfileAndNothingElse) {
   machine->MakeFile(ports.program_folder + "\\keep.txt", "site:dear.example\r\n");
-  const std::vector<std::string> profiles = {chrome + "\\Default", chrome + "\\Profile 7"};
+  const Names profiles = {chrome + "\\Default", chrome + "\\Profile 7"};
   for (const std::string& profile : profiles) MakeProfile(profile);
   machine->MakeFile(chrome + "\\System Profile\\Preferences", "dear");
   machine->MakeFile(chrome + "\\System Profile\\Sessions\\x", "dear");
   std::map<std::string, std::string> dear;
-  for (const char* name : kDear) dear[name] = *ports.files.ReadWholeFile(profiles[0] + "\\" + name);
+  for (const std::string& name : kDear)
+    dear[name] = *ports.files.ReadWholeFile(profiles[0] + "\\" + name);
   for (const auto& row : kKindRows) {
     SCOPED_TRACE(row.kind);
     const std::string before = AllBytes(chrome);
@@ -124,18 +123,16 @@ TEST_F(ChromiumTest, EachKindTakesItsOwnInEveryProfileAndNothingElse) {
     Clean({row.kind});
     const std::string left = AllBytes(chrome);
     for (const auto& other : kKindRows) {
-      for (const char* text : other.gone) {
+      for (const char* text : other.gone)
         EXPECT_EQ(IsIn(left, text), other.kind != row.kind && IsIn(before, text)) << text;
-      }
     }
     const Picture after = PictureOf(chrome);
     Clean({row.kind});
     EXPECT_EQ(PictureOf(chrome), after) << "a second run changes nothing";
   }
   for (const std::string& profile : profiles) {
-    for (const auto& [name, bytes] : dear) {
+    for (const auto& [name, bytes] : dear)
       EXPECT_EQ(ports.files.ReadWholeFile(profile + "\\" + name), bytes) << name;
-    }
     EXPECT_EQ(Query(profile + "\\Network\\Cookies", "SELECT encrypted_value FROM cookies"),
               "dear-one\n");
     EXPECT_EQ(Query(profile + "\\Web Data",
@@ -202,6 +199,93 @@ TEST_F(ChromiumTest, BrowsersAreFoundWithTheirProfilesAndWhatTheyCost) {
   EXPECT_EQ(parse("Firefox:SiteData"), "firefox:sitedata ");
   EXPECT_EQ(parse("vivaldi:cache"), "there is no browser \"vivaldi\" here.");
   EXPECT_EQ(parse("edge:downloads"), "Microsoft Edge has nothing that is called \"downloads\".");
+}
+
+using BrowserKillTest = BrowserFixture;
+
+// A disk that takes no more after some changes, the last of them half done: as a kill leaves it.
+struct Dying {
+  int changes_left = 0;
+  bool is_dead = false;
+  // Whether a change is still made, whole.
+  bool Lives() {
+    if (is_dead) Die();
+    return --changes_left > 0;
+  }
+  [[noreturn]] void Die() {
+    is_dead = true;
+    throw Error(Error::Kind::kOther, "killed");
+  }
+};
+
+class DyingFile : public ForwardingFile {
+ public:
+  DyingFile(std::unique_ptr<RandomFile> file, Dying& disk)
+      : ForwardingFile(std::move(file)), disk_(disk) {}
+  void Write(uint64_t offset, std::string_view bytes) override {
+    const bool is_whole = disk_.Lives();
+    ForwardingFile::Write(offset, is_whole ? bytes : bytes.substr(0, bytes.size() / 2));
+    if (!is_whole) disk_.Die();
+  }
+  void Resize(uint64_t size) override {
+    if (!disk_.Lives()) disk_.Die();
+    ForwardingFile::Resize(size);
+  }
+
+ private:
+  Dying& disk_;
+};
+
+class DyingFolder : public ForwardingFolder {
+ public:
+  DyingFolder(std::unique_ptr<Folder> folder, Dying& disk)
+      : ForwardingFolder(std::move(folder)), disk_(disk) {}
+  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
+    if (mode != OpenMode::kRead && disk_.is_dead) disk_.Die();
+    return std::make_unique<DyingFile>(ForwardingFolder::Open(name, mode), disk_);
+  }
+  void RemoveFile(std::string_view name) override {
+    if (!disk_.Lives()) disk_.Die();
+    ForwardingFolder::RemoveFile(name);
+  }
+
+ private:
+  Dying& disk_;
+};
+
+TEST_F(BrowserKillTest, AKillAtAnyChangeLeavesTheOldOrTheNewContent) {
+  const std::string profile = firefox + "\\Profiles\\p", cookies = profile + "\\cookies.sqlite";
+  machine->MakeFile(profile + "\\prefs.js", "");
+  for (const Left left : {Left::kWhole, Left::kLog, Left::kJournal}) {
+    bool is_done = false;
+    int kept_old = 0, became_new = 0;
+    for (int changes = 1; !is_done; ++changes) {
+      SCOPED_TRACE(std::to_string(static_cast<int>(left)) + " " + std::to_string(changes));
+      for (const char* ending : {"", "-wal", "-journal"}) {
+        if (machine->Exists(cookies + ending)) ports.files.RemoveFile(cookies + ending);
+      }
+      MakeDatabase(cookies, kFirefoxCookies, left);
+      Dying disk{.changes_left = changes};
+      ForwardingFiles files(ports.files, [&](const std::string&, std::unique_ptr<Folder> folder) {
+        return std::unique_ptr<Folder>(std::make_unique<DyingFolder>(std::move(folder), disk));
+      });
+      const Machine dying = WithFiles(ports, files);
+      CleaningContext killed{dying, settings, engine.state(), view, mod_zip};
+      CleanFirefoxProfile(killed, FindFirefoxProfiles(dying).at(0), BrowserKind::kCookies);
+      is_done = !disk.is_dead;
+      // As the browser opens it next.
+      const auto folder = ports.files.OpenFolder(profile);
+      Database database(*folder, "cookies.sqlite", cookies, Database::Use::kChange);
+      const int64_t rows = database.Number("SELECT count(*) FROM moz_cookies");
+      EXPECT_EQ(database.Number("SELECT count(*) FROM pragma_integrity_check WHERE "
+                                "integrity_check <> 'ok'"),
+                0);
+      ASSERT_TRUE(rows == 4 || rows == 0) << rows;
+      ++(rows == 4 ? kept_old : became_new);
+    }
+    EXPECT_GT(kept_old, 0);
+    EXPECT_GT(became_new, 1) << "compacting was killed too";
+  }
 }
 
 }  // namespace

@@ -115,9 +115,8 @@ TEST_F(CleaningRunTest, WhatFindsNothingOfItsKindSaysSoAndCountsAsSuch) {
                     "Typed URLs (Internet Explorer): nothing of this kind was found.\r\n"
                     "Cache (Firefox): nothing of this kind was found. "));
   EXPECT_EQ(OutcomeText(kCleaned), "Cleaned");
-  for (const Outcome outcome : {kNotChosen, kNothingFound, kNotPossible, kFailed}) {
+  for (const Outcome outcome : {kNotChosen, kNothingFound, kNotPossible, kFailed})
     EXPECT_TRUE(OutcomeText(outcome).starts_with("Not Cleaned: "));
-  }
 }
 
 const struct {

@@ -33,9 +33,8 @@ struct FileReferenceTest : RegistryFixture {
   // Of the values of Qx1\Qx1 those called QxGone and a number are listed, go and come back.
   void ExpectDeletedAndRestored(size_t gone, size_t stay) {
     Names expected;
-    for (size_t i = 0; i < gone; ++i) {
+    for (size_t i = 0; i < gone; ++i)
       expected.push_back("HKEY_CURRENT_USER:Qx1\\Qx1\\QxGone" + std::to_string(100 + i));
-    }
     const auto scan = Scan(true);
     EXPECT_EQ(OwnRows(*scan), expected);
     const RegistryPicture before = PictureOfAll();
@@ -164,9 +163,8 @@ TEST_F(FileReferenceTest, OddKeysAndValuesDoNoHarm) {
   Set(kUser, "Qx2", "", Text(gone_));
   Set(kUser, "Qx2", "Qx\xC3\xA4\xF0\x9F\x98\x80", Text(gone_));
   Set(kUser, "Qx2", "QxMegabyte", {kRegSz, std::string(999'000, 'C')});
-  for (uint32_t type = 0; type < 14; ++type) {
+  for (uint32_t type = 0; type < 14; ++type)
     Set(kUser, "Qx2", "Type" + std::to_string(type), {type, std::string(type, 'x')});
-  }
   const RegistryPicture before = PictureOfAll();
   const auto scan = Scan(true);
   EXPECT_EQ(OwnRows(*scan).size(), 3u);
@@ -181,9 +179,7 @@ TEST_F(FileReferenceTest, OddKeysAndValuesDoNoHarm) {
 }
 
 TEST_F(FileReferenceTest, AKeyDeletedMeanwhileEndsThereAndADeniedOneIsLeft) {
-  for (int i = 0; i < 50; ++i) {
-    Set(kUser, "Qx1\\k" + std::to_string(i), "QxGone", Text(gone_));
-  }
+  for (int i = 0; i < 50; ++i) Set(kUser, "Qx1\\k" + std::to_string(i), "QxGone", Text(gone_));
   const auto scan = MakeScan(ScanTool::kFileReferences, user_alone, scan_view);
   scan->SetThorough(true);
   bool removed = false;

@@ -3,10 +3,12 @@
 
 #include <algorithm>
 
+#include "app/entry_list.h"
 #include "app/item_catalogue.h"
 #include "app/preview_run.h"
 #include "support/browser_fixture.h"
 #include "support/recording_session.h"
+#include "support/run_fixture.h"
 
 namespace quellix {
 namespace {
@@ -22,8 +24,8 @@ class ItemListTest : public RunFixture {
   std::string Note(const char* item) const {
     return list.Text(list.RowOf(*FindItem(item)).value(), ItemColumn::kNote);
   }
-  std::vector<std::string> NamesOf(Group group) const {
-    std::vector<std::string> names;
+  Names NamesOf(Group group) const {
+    Names names;
     for (size_t row = 0; row < list.RowCount(); ++row) {
       if (list.At(row).group == group) names.push_back(Name(row));
     }
@@ -51,18 +53,14 @@ class ItemListTest : public RunFixture {
 TEST_F(ItemListTest, GroupsFoldAwayWhatThisWindowsCannotHaveUnlessItIsTicked) {
   const Item& absent = *FindItem("CleanInstallMRU");
   ASSERT_TRUE(HasOlderWindowsOnly(absent));
-  const std::vector<std::string> folded = {"Miscellaneous",
-                                           "Plugins",
-                                           "MS Office history",
-                                           "Windows clipboard",
-                                           "Windows run history",
-                                           "Windows find history",
-                                           "1 more..."};
+  const Names folded = Split(
+      "Miscellaneous/Plugins/MS Office history/Windows clipboard/"
+      "Windows run history/Windows find history/1 more...",
+      '/');
   EXPECT_EQ(NamesOf(Group::kMiscellaneous), folded);
   EXPECT_FALSE(list.RowOf(absent));
   const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 1});
-  EXPECT_FALSE(list.TicksOf(fold));
-  EXPECT_TRUE(list.IsDimmed(fold));
+  EXPECT_TRUE(!list.TicksOf(fold) && list.IsDimmed(fold));
   list.Toggle(fold);
   ASSERT_TRUE(list.RowOf(absent));
   EXPECT_TRUE(list.IsDimmed(*list.RowOf(absent)));
@@ -194,8 +192,7 @@ TEST_F(ItemListBrowserTest, BrowsersStandBehindTheItemsAndAreTickedLikeThem) {
   ASSERT_EQ(list.sections().size(), 1u) << "Firefox has its items";
   EXPECT_EQ(list.Text(heading, ItemColumn::kName), "Google Chrome");
   EXPECT_EQ(list.Text(cache, ItemColumn::kName), "Cache");
-  EXPECT_TRUE(list.At(heading).IsHeading());
-  EXPECT_FALSE(list.At(cache).IsHeading());
+  EXPECT_TRUE(list.At(heading).IsHeading() && !list.At(cache).IsHeading());
 
   list.Toggle(heading);
   EXPECT_EQ(list.TicksOf(heading), Ticks::kSome) << "passwords and the like are not along";
@@ -230,17 +227,14 @@ TEST_F(ItemListBrowserTest, WhatIsTickedOfABrowserGoesWithARun) {
   Engine other(ports, view);
   EXPECT_EQ(other.Load(), "");
   other.RunCleaning();
-  EXPECT_FALSE(machine->Exists(cached));
-  EXPECT_TRUE(machine->Exists(chrome + "\\Default\\Preferences"));
+  EXPECT_TRUE(!machine->Exists(cached) && machine->Exists(chrome + "\\Default\\Preferences"));
   EXPECT_NE(other.state().RunLog.find("Google Chrome"), std::string::npos);
 }
 
 TEST_F(ItemListTest, WhoHasNoRightsIsToldWhatNeedsThem) {
   RecordingSession session;
   session.is_administrator = false;
-  const Machine user{ports.files,     ports.registry, ports.shell,
-                     ports.url_cache, ports.profile,  ports.system,
-                     session,         ports.cleaners, ports.program_folder};
+  const Machine user = WithSession(ports, session);
   ItemList plain(user, engine.selection());
   const size_t row = plain.RowOf(*FindItem("CleanMemDump")).value();
   EXPECT_EQ(plain.Text(row, ItemColumn::kNote), "needs administrator rights");
@@ -252,7 +246,7 @@ TEST_F(ItemListTest, SortingStaysWithinTheGroupsAndTellsWhenAnItemWasCleaned) {
   machine->MakeFile(temp + "a.tmp", "12345");
   Tick({"CleanTempFiles"});
   list.Sort(ItemColumn::kName);
-  const std::vector<std::string> by_name = NamesOf(Group::kFolderFiles);
+  const Names by_name = NamesOf(Group::kFolderFiles);
   EXPECT_TRUE(std::ranges::is_sorted(by_name.begin() + 1, by_name.end() - 1));
   EXPECT_EQ(Name(0), "Folders and Files");
   list.SetFolded(Group::kInternet, false);
@@ -272,6 +266,121 @@ TEST_F(ItemListTest, SortingStaysWithinTheGroupsAndTellsWhenAnItemWasCleaned) {
             std::string::npos);
   const size_t other = *list.RowOf(*FindItem("CleanRecentDocs"));
   EXPECT_EQ(list.Details(other).find("Cleaned last"), std::string::npos);
+}
+
+struct EntryListTest : RunFixture {
+  EntryListTest() {
+    entries->Add({.bytes = 2000, .last_write = 5, .place = "C:\\b\\Zebra.txt"});
+    entries->BeginRule("tool.cdp");
+    entries->Add({.fate = Fate::kStayed,
+                  .bytes = 300,
+                  .last_write = 9,
+                  .place = "C:\\B\\apple.txt",
+                  .note = "It is in use."});
+    entries->Add({.kind = EntryKind::kRegistryValue,
+                  .fate = Fate::kKept,
+                  .place = "HKEY_CURRENT_USER\\K",
+                  .part = "été",
+                  .note = "HKEY_CURRENT_USER\\K"});
+  }
+  static std::string Sizes(const EntryList& list) {
+    std::string sizes;
+    for (size_t row = 0; row < list.RowCount(); ++row)
+      sizes += std::to_string(list.At(row).bytes) + " ";
+    return sizes;
+  }
+  const std::shared_ptr<RunEntries> entries = std::make_shared<RunEntries>();
+};
+
+TEST_F(EntryListTest, SortsAndFiltersByWhatItsColumnsMean) {
+  EntryList list(ports.system, entries, true);
+  const std::tuple<RunColumn, const char*, const char*> kOrders[] = {
+      {RunColumn::kPlace, "300 2000 0 ", "0 2000 300 "},
+      {RunColumn::kBytes, "0 300 2000 ", "2000 300 0 "},
+      {RunColumn::kModified, "0 2000 300 ", "300 2000 0 "},
+      {RunColumn::kKind, "300 2000 0 ", "0 300 2000 "},
+      {RunColumn::kNote, "2000 0 300 ", "300 0 2000 "}};
+  for (const auto& [column, first, again] : kOrders) {
+    for (const char* sizes : {first, again}) {
+      list.Sort(column);
+      EXPECT_EQ(Sizes(list), sizes) << static_cast<int>(column);
+    }
+  }
+  const std::pair<const char*, const char*> kFilters[] = {{"ZEBRA", "2000 "}, {"in USE", "300 "},
+                                                          {"tool", "300 0 "}, {"ÉTÉ", "0 "},
+                                                          {"none", ""},       {"", "300 0 2000 "}};
+  for (const auto& [filter, sizes] : kFilters) {
+    list.SetFilter(filter);
+    EXPECT_EQ(Sizes(list), sizes) << filter;
+  }
+  EXPECT_EQ(list.Summary(), "1 entry to be removed, 1.95 KB; 1 will stay; 1 kept.");
+  list.TickAll(false);
+  EXPECT_EQ(list.Summary(), "0 entries to be removed, 0 Bytes; 1 will stay; 1 kept.");
+}
+
+// "[folder, count] " of a heading, of others their bytes.
+std::string RowTexts(const EntryList& list) {
+  std::string text;
+  for (size_t row = 0; row < list.RowCount(); ++row) {
+    text += (list.IsHeading(row) ? "[" + list.Text(row, RunColumn::kPlace) + ", " +
+                                       list.Text(row, RunColumn::kKind) + "] "
+                                 : std::to_string(list.At(row).bytes) + " ");
+  }
+  return text;
+}
+
+EntryScope ScopeOf(size_t item) {
+  EntryScope scope;
+  scope.items[item] = true;
+  return scope;
+}
+
+// A list that grows while it is shown.
+struct EntryListGrowingTest : RunFixture {
+  EntryListGrowingTest() { list.Sort(RunColumn::kPlace); }
+  RunEntries* Add(uint8_t item, uint64_t bytes, const char* place, Fate fate = Fate::kRemoved) {
+    entries->Add({.fate = fate, .item = item, .bytes = bytes, .place = place});
+    return entries.get();
+  }
+  std::string Rows() { return RowTexts(list); }
+  const std::shared_ptr<RunEntries> entries = std::make_shared<RunEntries>();
+  const RunEntries* const first = Add(10, 5, "C:\\t\\b.tmp");  // before the list is made
+  EntryList list{ports.system, entries, true};
+};
+
+TEST_F(EntryListGrowingTest, GrowsGroupsByFolderAndShowsWhatItemsName) {
+  Add(10, 3, "C:\\T\\a.tmp");
+  Add(1, 9, "C:\\other\\z.tmp");
+  Add(10, 7, "C:\\t\\c.tmp", Fate::kStayed);
+  entries->Add({.kind = EntryKind::kRegistryValue, .item = 16, .place = "HKEY_X\\K", .part = "v"});
+  EXPECT_EQ(Rows(), "5 ");
+  list.Grow();
+  EXPECT_EQ(Rows(), "5 3 9 7 0 ") << "what comes stands at the end";
+  list.Settle();
+  EXPECT_EQ(Rows(), "9 3 5 7 0 ");
+  list.SetGrouped(true);
+  EXPECT_EQ(Rows(), "[C:\\other, 1 entry] 9 [C:\\T, 3 entries] 3 5 7 [HKEY_X\\K, 1 entry] 0 ");
+  EXPECT_EQ(list.Text(2, RunColumn::kBytes), "8 Bytes") << "what stays frees nothing";
+  list.SetTicked(2, false);
+  EXPECT_FALSE(list.IsTicked(2) || list.IsTicked(3) || list.IsTicked(4));
+  EXPECT_EQ(list.Summary(), "2 entries to be removed, 9 Bytes; 1 will stay.");
+  list.SetTicked(3, true);
+  EXPECT_TRUE(list.IsTicked(2));
+  list.ShowScope(ScopeOf(9));
+  EXPECT_EQ(Rows(), "[C:\\T, 3 entries] 3 5 7 ");
+  EXPECT_EQ(list.Summary(), "1 entry to be removed, 3 Bytes; 1 will stay.");
+  list.SetFilter("c.tmp");
+  EXPECT_EQ(Rows(), "[C:\\t, 1 entry] 7 ");
+  Add(10, 2, "C:\\T\\0c.tmp");
+  list.Grow();
+  EXPECT_EQ(Rows(), "[C:\\t, 1 entry] 7 2 ");
+  EXPECT_EQ(list.Summary(), "2 entries to be removed, 5 Bytes; 1 will stay.");
+  list.Settle();
+  EXPECT_EQ(Rows(), "[C:\\T, 2 entries] 2 7 ");
+  list.SetGrouped(false);
+  list.ShowScope({});
+  list.SetFilter("");
+  EXPECT_EQ(Rows(), "9 2 3 5 7 0 ");
 }
 
 }  // namespace

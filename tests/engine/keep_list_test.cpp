@@ -14,11 +14,7 @@ struct KeepListTest : PluginFixture {
     for (const std::string& name : Files(temp)) ports.files.RemoveFile(temp + name);
   }
   void Keep(const std::string& lines) { WriteOwn("keep.txt", lines); }
-  void FillTree() {
-    for (const char* file : {"a.txt", "b.doc", "sub\\c.txt", "sub\\deep\\d.doc", "other\\e.txt"}) {
-      machine->MakeFile(tree + file, "12");
-    }
-  }
+  void FillTree() { MakeFiles(tree, "a.txt b.doc sub\\c.txt sub\\deep\\d.doc other\\e.txt", "12"); }
   // What is left of the tree; a second run changes nothing.
   Names LeftOfTree() {
     FillTree();
@@ -131,9 +127,8 @@ TEST_F(KeepListTest, ListsSearchesAndPlugInsHonourIt) {
   EXPECT_EQ(ExitCodeOf(engine.state()), kDone) << engine.state().RunLog;
   const std::string report = view.report ? view.report->full_log : "";
   for (const std::string& entry :
-       {scratch + "f\\b (by", scratch + "f\\s\\ (by", key + "\\v, v (by", key + "\\t (by"}) {
+       {scratch + "f\\b (by", scratch + "f\\s\\ (by", key + "\\v, v (by", key + "\\t (by"})
     EXPECT_TRUE(Holds(UpCase(report), UpCase(entry))) << entry << report;
-  }
 }
 
 TEST_F(KeepListTest, ARunWhoseListCannotBeReadRemovesNothing) {

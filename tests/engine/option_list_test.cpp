@@ -71,12 +71,10 @@ TEST_F(OptionListTest, AFolderThatItsUserKnowsIsAskedFor) {
   const std::string downloads = ports.system.Environment("USERPROFILE").value() + "\\Downloads";
   machine->MakeFolder(downloads + "\\Old");
   const OptionList folders(ports, PageNamed(OptionsPage::kUserFolders));
-  for (const std::string& path : {downloads, " " + UpCase(downloads) + "\\ "}) {
+  for (const std::string& path : {downloads, " " + UpCase(downloads) + "\\ "})
     EXPECT_TRUE(Holds(folders.Question(path), "one of your own folders")) << path;
-  }
-  for (const std::string& path : {downloads + "\\Old", downloads + "\\none", std::string("x")}) {
+  for (const std::string& path : {downloads + "\\Old", downloads + "\\none", std::string("x")})
     EXPECT_EQ(folders.Question(path), "") << path;
-  }
   EXPECT_EQ(OptionList(ports, PageNamed(OptionsPage::kUserFiles)).Question(downloads), "");
 }
 
@@ -136,9 +134,7 @@ TEST_F(OptionListTest, ListsKeepTheirEntriesAndDefaultsComeBack) {
 TEST_F(OptionListTest, CookiesMoveBetweenTheMachineAndTheKeepList) {
   const std::string folder = scratch + "Cookies\\";
   machine->SetText(kUser, kShellFolders, "Cookies", scratch + "Cookies");
-  for (const char* name : {"b@x.txt", "A@x.txt", "Low\\c@x.TXT", "index.dat"}) {
-    machine->MakeFile(folder + name, "cookie");
-  }
+  MakeFiles(folder, "b@x.txt A@x.txt Low\\c@x.TXT index.dat", "cookie");
   machine->MakeFile(scratch + "Outside\\d@x.txt", "cookie");
   machine->MakeFolderLink(folder + "Link", scratch + "Outside");
   WriteOwn("ck.txt", UpCase(folder) + "B@X.TXT\001C:\\gone\\old.txt\x01\r\n");

@@ -68,9 +68,8 @@ TEST_F(OptionsTest, ANewUsersFilesAreWrittenToTheByte) {
   engine.ApplyGeneralSettings();
   EXPECT_EQ(engine.preferences().IntervalMinutes(), 45);
   EXPECT_TRUE(engine.preferences().protect1 && !engine.preferences().tip_box);
-  for (const char* key : {"CleanEmptyFiles", "CleanShortcuts"}) {
+  for (const char* key : {"CleanEmptyFiles", "CleanShortcuts"})
     EXPECT_FALSE(Holds(engine.selection().WhyDisabled(*FindItem(key)), "Options"));
-  }
 }
 
 TEST_F(OptionsTest, KeysItDoesNotKnowAndTheirPlacesStay) {
@@ -268,9 +267,8 @@ TEST_F(OptionsTest, AFailedWriteIsToldAndLosesNothing) {
     const std::string problems = options.Save();
     for (const char* part :
          {"Starting with Windows could not be saved. ", "The settings could not be saved. ",
-          "User-defined files could not be saved. "}) {
+          "User-defined files could not be saved. "})
       EXPECT_TRUE(Holds(problems, part));
-    }
     EXPECT_EQ(std::ranges::count(problems, '\n'), 3) << problems;
   }
   EXPECT_EQ(ReadOwn("Settings.ini"), "[General]\r\nTipBox=0\r\n");
@@ -282,14 +280,12 @@ TEST_F(OptionsTest, AFailedWriteIsToldAndLosesNothing) {
 }
 
 TEST_F(OptionsTest, WhatCannotBeReadIsToldAndNotWritten) {
-  for (const char* name : {"Settings.ini", "srch.txt", "IE.txt", "UNFI.txt", "ck.txt"}) {
+  for (const char* name : {"Settings.ini", "srch.txt", "IE.txt", "UNFI.txt", "ck.txt"})
     machine->MakeFolder(own + name);
-  }
   Options options(ports);
   const std::string problems = options.Problems();
-  for (const char* part : {"The settings", "srch.txt", "IE.txt", "UNFI.txt", "ck.txt"}) {
+  for (const char* part : {"The settings", "srch.txt", "IE.txt", "UNFI.txt", "ck.txt"})
     EXPECT_TRUE(Holds(problems, std::string(part) + " could not be read"));
-  }
   EXPECT_NE(options.lists[1].Add("doc", ""), "");
   EXPECT_NE(options.lists[3].RestoreDefaults(), "");
   EXPECT_EQ(options.lists[0].Add("a.txt", ""), "");

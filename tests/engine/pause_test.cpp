@@ -15,7 +15,7 @@ constexpr const char* kKey = "Qx1";
 struct PauseTest : BackupFixture {
   ~PauseTest() override { machine->RemoveRegistryTree(kUser, kKey); }
 
-  void MakeFiles() {
+  void MakeMany() {
     for (size_t i = 0; i < kMany; ++i) machine->MakeFile(tree + std::to_string(i), "text");
   }
   // Half of it values, half sub-keys.
@@ -57,7 +57,7 @@ TEST_F(PauseTest, EveryEntryOfALongOperationHasItsPause) {
       {"restoring a registry backup",
        [&] { backups.Restore(Archives().back(), {}, prompts, count_); }, 6 * kMany},
       {"looking for recipes", [&] { FindRecipeSections(ports, count_); }, 3 * kMany}};
-  MakeFiles();
+  MakeMany();
   std::string recipes;
   for (size_t i = 0; i < kMany; ++i) recipes += "[" + std::to_string(i) + "]\r\n";
   WriteOwn("Winapp2.ini", recipes);
@@ -104,9 +104,8 @@ TEST(TimeLeftTest, IsToldInRoundTimes) {
       {50, 100, 61'000, "about 1 minute left"},
       {10, 100, 60'000, "about 9 minutes left"},
       {1, 100, 60'000, "about 2 hours left"}};
-  for (const auto& [done, total, milliseconds, text] : kRows) {
+  for (const auto& [done, total, milliseconds, text] : kRows)
     EXPECT_EQ(TimeLeftText({done, total}, milliseconds), text) << milliseconds;
-  }
 }
 
 }  // namespace

@@ -44,11 +44,11 @@ struct PluginRunTest : PluginFixture {
 };
 
 TEST_F(PluginRunTest, SixKindsOfRecordsRemoveExactlyWhatTheyName) {
-  for (const char* file : {"all\\a.txt", "all\\sub\\b", "all\\sub\\deep\\c", "logs\\d.LOG",
-                           "logs\\kept.txt", "logs\\sub\\kept.log", "tree\\sub\\e.tmp",
-                           "tree\\sub\\kept.txt", "tree\\emptied\\f.tmp", "unticked\\kept"}) {
-    machine->MakeFile(scratch + file, "12");
-  }
+  MakeFiles(
+      scratch,
+      "all\\a.txt all\\sub\\b all\\sub\\deep\\c logs\\d.LOG logs\\kept.txt logs\\sub\\kept.log "
+      "tree\\sub\\e.tmp tree\\sub\\kept.txt tree\\emptied\\f.tmp unticked\\kept",
+      "12");
   machine->MakeFile(scratch + "ini\\a.ini",
                     "[Keep]\r\nk=1\r\n[Gone]\r\nx=1\r\n;n\r\n[Other]\r\n"
                     "; k\r\nK = 2\r\nl=3\r\n");
@@ -84,9 +84,7 @@ TEST_F(PluginRunTest, SixKindsOfRecordsRemoveExactlyWhatTheyName) {
 
 TEST_F(PluginRunTest, TheCollectorKeepsItsTwoOrdersAndEntersNoLink) {
   machine->MakeFile(scratch + "outside\\kept", "1");
-  for (const char* file : {"in\\a\\b\\1", "in\\a\\2", "in\\c\\3", "in\\4"}) {
-    machine->MakeFile(scratch + file, "1");
-  }
+  MakeFiles(scratch, "in\\a\\b\\1 in\\a\\2 in\\c\\3 in\\4");
   machine->MakeFolderLink(scratch + "in\\link", scratch + "outside");
   const auto collect = [&] {
     const std::string path = scratch + "in";
@@ -141,9 +139,8 @@ TEST_F(PluginRunTest, WhatNobodyMayCleanIsRefusedWithALine) {
   refusals.Add("full path", "", {"F|No|No|qx-none", "I|a.ini|s|Yes||"}, "");
   refusals.Add("has no value", "I|a.ini|s|Yes||", {"%NO_SUCH%\\"}, "");
   for (const std::string& folder :
-       {users + "Somebody Else", windows + "\\SysWOW64", windows + "\\System32", programs}) {
+       {users + "Somebody Else", windows + "\\SysWOW64", windows + "\\System32", programs})
     machine->MakeFolder(folder);
-  }
   ExpectRefused(refusals.records);
   EXPECT_EQ(CleanBy("F|No|No|%USERPROFILE%\\qx-none\r\n"),
             "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
@@ -165,19 +162,16 @@ TEST_F(PluginRunTest, RootsAndTheirBranchesAreRefusedWithALine) {
 }
 
 TEST_F(PluginRunTest, ARootKeyIsKnownByAllItsNames) {
-  const std::string kRefused[] = {"HKEY_CURRENT_USER\\SOFTWARE\\classes",
-                                  "HKEY_CURRENT_USER\\Software\\\\Classes\\.txt\\",
-                                  "HKEY_LOCAL_MACHINE\\Software\\Classes",
-                                  "HKEY_LOCAL_MACHINE\\Software\\Classes\\CLSID",
-                                  "HKEY_LOCAL_MACHINE\\Software\\Wow6432Node",
-                                  "HKEY_LOCAL_MACHINE\\Software\\Wow6432Node\\Classes\\CLSID",
-                                  "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet",
-                                  "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Hardware Profiles"
-                                  "\\Current\\Software",
-                                  "HKEY_CURRENT_CONFIG\\Software",
-                                  "HKEY_USERS\\S-1_Classes\\CLSID",
-                                  "HKEY_USERS\\S-1\\Software",
-                                  "HKEY_USERS\\S-1\\Software\\Classes\\CLSID"};
+  const Names kRefused = Split(
+      "HKEY_CURRENT_USER\\SOFTWARE\\classes/HKEY_CURRENT_USER\\Software\\\\Classes\\.txt\\/"
+      "HKEY_LOCAL_MACHINE\\Software\\Classes/HKEY_LOCAL_MACHINE\\Software\\Classes\\CLSID/"
+      "HKEY_LOCAL_MACHINE\\Software\\Wow6432Node/"
+      "HKEY_LOCAL_MACHINE\\Software\\Wow6432Node\\Classes\\CLSID/"
+      "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet/"
+      "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\Software/"
+      "HKEY_CURRENT_CONFIG\\Software/HKEY_USERS\\S-1_Classes\\CLSID/HKEY_USERS\\S-1\\Software/"
+      "HKEY_USERS\\S-1\\Software\\Classes\\CLSID",
+      '/');
   for (const std::string& key : kRefused) {
     const auto place = modPlugin::FindKeys(ports.registry, {true, true, key, ""}).at(0);
     EXPECT_FALSE(place.root) << key;
@@ -212,16 +206,13 @@ TEST_F(PluginRunTest, VariablesAreReplacedInTheirOrder) {
       {"50% off", "50% off"},
       {"%NO_SUCH%\\%WINDIR%", ""},
       {"%QxEmpty%\\x", ""}};
-  for (const auto& [text, expected] : kRows) {
+  for (const auto& [text, expected] : kRows)
     EXPECT_EQ(modPlugin::ExpandPluginPath(ports, text), expected) << text;
-  }
 }
 
 TEST_F(PluginRunTest, AStarStandsForEachFolderThere) {
-  for (const char* file : {"p\\one\\cache\\a", "p\\two\\cache\\b", "p\\two\\kept",
-                           "out\\cache\\kept", "p\\three\\kept"}) {
-    machine->MakeFile(scratch + file, "1");
-  }
+  MakeFiles(scratch,
+            "p\\one\\cache\\a p\\two\\cache\\b p\\two\\kept out\\cache\\kept p\\three\\kept");
   machine->MakeFolderLink(scratch + "p\\link", scratch + "out");
   machine->MakeFolderLink(scratch + "p\\three\\cache", scratch + "out\\cache");
   machine->MakeFolderLink(scratch + "p\\three\\middle", scratch + "out");
@@ -240,11 +231,11 @@ TEST_F(PluginRunTest, AStarStandsForEachFolderThere) {
 TEST_F(PluginRunTest, TheListDropsWhatIsNotInTheFolder) {
   WriteRecipe("a.cdp", "D|x\r\n");
   WriteRecipe("b.cdp", "D|x\r\n");
-  machine->MakeFile(own + "out.cdp", Text("D|x\r\n"));
+  WriteOwn("out.cdp", Text("D|x\r\n"));
   machine->MakeFolder(plugins_folder + "folder.cdp");
   WriteList(
       "\r\nno separator\r\n0|a.cdp|first|more\r\n 1.0|A.CDP|again\r\n1|..\\out.cdp|\r\n"
-      "1|.. \\out.cdp|\r\n1|folder.cdp|\r\n1|gone.cdp|\r\n1||\r\nyes|b.cdp\r\n");
+      "1|.. \\out.cdp|\r\n1|\\b.cdp|\r\n1|folder.cdp|\r\n1|gone.cdp|\r\n1||\r\nyes|b.cdp\r\n");
   const auto plugins = modPlugin::ReadPluginList(ports);
   modPlugin::WritePluginList(ports, plugins);
   EXPECT_EQ(ReadOwn("plg.txt"), Text("1|a.cdp|first\r\n0|b.cdp|\r\n"));

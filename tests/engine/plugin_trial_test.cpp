@@ -43,9 +43,7 @@ TEST_F(PluginTrialTest, TheTrialListsWhatProcessingRemoves) {
 }
 
 TEST_F(PluginTrialTest, ThePickerLeadsThroughFolders) {
-  for (const char* file : {"B\\x.txt", "B\\A.txt", "B\\sub\\y", "a\\z"}) {
-    machine->MakeFile(scratch + file, "");
-  }
+  MakeFiles(scratch, "B\\x.txt B\\A.txt B\\sub\\y a\\z", "");
   machine->MakeFolderLink(scratch + "link", scratch + "B");
   FilePicker picker(ports);
   EXPECT_TRUE(EqualsNoCase(picker.drives()[picker.drive()], scratch.substr(0, 2)));

@@ -28,7 +28,7 @@ struct PluginWindowsTest : PluginFixture {
     const std::string backups = engine.state().BackupFolder;
     const Names archives = machine->Tree(backups);
     ASSERT_EQ(archives.size(), 1u);
-    EXPECT_TRUE(Holds(ports.files.ReadWholeFile(backups + archives[0]).value(), "PK\5\6"));
+    EXPECT_TRUE(Holds(Read(backups + archives[0]), "PK\5\6"));
   }
 
   ScriptedPrompts prompts;
@@ -68,9 +68,8 @@ TEST_F(PluginWindowsTest, TheManagerDeletesWhatIsAgreedTo) {
   manager.Load();
   manager.TickAll(true);
   prompts.yes_no = {false, true, true};
-  for (const std::vector<size_t>& rows : {std::vector<size_t>{}, {0, 1}, {0, 1}}) {
+  for (const std::vector<size_t>& rows : {std::vector<size_t>{}, {0, 1}, {0, 1}})
     manager.Delete(rows);
-  }
   EXPECT_EQ(prompts.asked.back(), "Are you sure you want to delete selected Plugin(s)?");
   EXPECT_FALSE(machine->Exists(plugins_folder + "a.cdp"));
   EXPECT_EQ(manager.status(), "1 plugin(s) listed");
@@ -157,9 +156,7 @@ TEST_F(PluginWindowsTest, AListThatCannotBeReadIsNotOverwritten) {
 }
 
 TEST_F(PluginWindowsTest, ProcessingTellsWhatItDid) {
-  for (const char* file : {"one\\a", "one\\b", "two\\c"}) {
-    machine->MakeFile(scratch + file, std::string(1024, 'x'));
-  }
+  MakeFiles(scratch, "one\\a one\\b two\\c", std::string(1024, 'x'));
   WriteRecipe("one.cdp", "F|No|No|" + scratch + "one\\*.*\r\nF|No|No|%WINDIR%\\qx-none\r\n");
   WriteRecipe("two.cdp", "F|No|No|" + scratch + "two\\*.*\r\n");
   WriteList("1|one.cdp|\r\n0|two.cdp|\r\n");

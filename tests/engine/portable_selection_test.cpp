@@ -10,9 +10,7 @@ namespace {
 
 int CountIn(const Selection& selection, Group group) {
   int count = 0;
-  for (const Item& item : AllItems()) {
-    count += item.group == group && selection.IsChecked(item);
-  }
+  for (const Item& item : AllItems()) count += item.group == group && selection.IsChecked(item);
   return count;
 }
 
@@ -107,9 +105,8 @@ TEST(Selection, BoxesThatCannotBeClickedKeepTheirState) {
 TEST(Selection, ABoxThatIsProtectedLosesItsTick) {
   Selection selection;
   Preferences general;
-  for (const char* key : {"CleanEmptyFiles", "CleanShortcuts", "CleanTempFiles"}) {
+  for (const char* key : {"CleanEmptyFiles", "CleanShortcuts", "CleanTempFiles"})
     selection.SetChecked(*FindItem(key), true);
-  }
   general.protect1 = general.protect2 = true;  // lifted
   selection.ApplyProtection(general);
   EXPECT_EQ(selection.CountChecked(), 3);

@@ -31,9 +31,8 @@ TEST(Text, Utf16CarriesEveryNameThereAndBack) {
   }
   EXPECT_EQ(ToUtf8(ToUtf16(lone_surrogate)), lone_surrogate);
   for (const std::string bad :
-       {"\xFF", "\xC0\x80", "\xE2\x82", "a\xED\xA0\x80z", "\xF5\x80\x80\x80"}) {
+       {"\xFF", "\xC0\x80", "\xE2\x82", "a\xED\xA0\x80z", "\xF5\x80\x80\x80"})
     EXPECT_FALSE(IsUtf8(bad));
-  }
 }
 
 TEST(Text, CaseIsFoldedBeyondAscii) {
@@ -47,9 +46,8 @@ TEST(Numbers, OnlyWholeNumbersCount) {
   EXPECT_EQ(ToInt16("2.5"), 2);
   EXPECT_EQ(ToInt16("3.5"), 4);
   EXPECT_EQ(ToInt16("-32768"), -32768);
-  for (const char* none : {"", " ", "x", "1x", "32768", "1e99", "0x10", "nan", "inf"}) {
+  for (const char* none : {"", " ", "x", "1x", "32768", "1e99", "0x10", "nan", "inf"})
     EXPECT_FALSE(ToInt16(none)) << none;
-  }
 }
 
 TEST(Sizes, FormatSizeChangesUnitAtTheLimits) {
@@ -83,9 +81,8 @@ TEST(Dates, TheLocaleDecidesFormAndValidity) {
   EXPECT_TRUE(IsDateTime("11/4/2026 9:05:07 AM", {}) && IsDateTime("11/4/2026", {}));
   for (const char* bad :
        {"", "yesterday", "13/1/2026", "11/4/2026 25:00:00 AM", "11/4/2026 9:05:07",
-        "2026-11-04 09:05:07", "11/4/2026 9:05:07 AM trailing"}) {
+        "2026-11-04 09:05:07", "11/4/2026 9:05:07 AM trailing"})
     EXPECT_FALSE(IsDateTime(bad, {})) << bad;
-  }
 }
 
 TEST(PathList, HoldsALittleMoreThanTheCharacters) {
@@ -111,14 +108,12 @@ TEST(TemporaryNames, OursAreKnownAndOthersAreNot) {
   EXPECT_EQ(TemporaryName().size(), 23u);
   EXPECT_NE(TemporaryName(), TemporaryName());
   for (const char* name : {"~QX00ffAA.TMP", "~qx123.tmp", "quellix-1-0.tmp", "Quellix-99-1.tmp",
-                           "~quellix-restore.tmp"}) {
+                           "~quellix-restore.tmp"})
     EXPECT_TRUE(IsTemporaryName(name)) << name;
-  }
   for (const char* name :
        {"", ".tmp", "~qx.tmp", "~qxyz.tmp", "qx12.tmp", "~qx12.tm", "quellix-.tmp", "quellix-1.tmp",
-        "quellix--1.tmp", "quellix-1-.tmp", "quellix-a-1.tmp", "~quellix-replaced.tmp"}) {
+        "quellix--1.tmp", "quellix-1-.tmp", "quellix-a-1.tmp", "~quellix-replaced.tmp"})
     EXPECT_FALSE(IsTemporaryName(name)) << name;
-  }
 }
 
 }  // namespace

@@ -93,14 +93,14 @@ struct PreviewRunTest : RegistryFixture {
       }
     }
     if (Below(3) == 0) kept_ += std::string("HKEY_CURRENT_USER\\") + kTypedUrlsKey + "|v1\r\n";
-    machine->MakeFile(own + "keep.txt", kept_);
-    machine->MakeFile(own + "UDFI.txt", scratch + "listed.txt\r\n" + scratch + "none.txt\r\n");
-    machine->MakeFile(own + "UDFO.txt", scratch + "mine\r\n");
+    WriteOwn("keep.txt", kept_);
+    WriteOwn("UDFI.txt", scratch + "listed.txt\r\n" + scratch + "none.txt\r\n");
+    WriteOwn("UDFO.txt", scratch + "mine\r\n");
     machine->MakeFile(own + "Plugins\\" + kPlugin,
                       std::string("F\x01Yes\x01Yes\x01") + scratch + "recipe\\*.tmp\r\n" + "I\x01" +
                           "app.ini\x01Recent\x01No\x01" + "B\x01" + scratch + "\r\n" +
                           "R\x01Yes\x01No\x01HKEY_CURRENT_USER\\" + kPluginKey + "\x01\r\n");
-    machine->MakeFile(own + "plg.txt", std::string("1\x01") + kPlugin + "\x01Qx\r\n");
+    WriteOwn("plg.txt", std::string("1\x01") + kPlugin + "\x01Qx\r\n");
     WriteSettings("[General]\r\nDelMethod=" + std::string(1, "DRWB"[Below(4)]) +
                   "\r\nWipeStep=4096\r\n[Backup]\r\nStrict=" + std::to_string(Below(2)) + "\r\n");
     Tick({"CleanTempFiles", "CleanRunMRU", "CleanTypedURL", "CleanUserFiles", "CleanUserFolders",
@@ -246,7 +246,7 @@ TEST_F(PreviewRunTest, TheQuestionCountsWhatCannotBeHadBack) {
       {"[General]\r\nDelMethod=B\r\n", ""}};
   machine->MakeFile(scratch + "mine\\a", "1234");
   machine->MakeFile(scratch + "mine\\b", "123");
-  machine->MakeFile(own + "UDFO.txt", scratch + "mine\r\n");
+  WriteOwn("UDFO.txt", scratch + "mine\r\n");
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   machine->SetText(kUser, kRunMruKey, "a", "x");
   for (const auto& row : kRows) {

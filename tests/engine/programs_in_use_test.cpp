@@ -28,10 +28,11 @@ struct ProgramsInUseTest : BrowserFixture {
   ProgramsInUseTest() {
     for (const char* name : {"one", "two"}) {
       machine->MakeFile(own + "Plugins\\" + name + ".cdp",
-                        Line({"D", std::string("Traces of ") + name}) + Line({"P", kProgram}) +
-                            Line({"F", "No", "No", scratch + name + "\\*.*"}));
+                        Line(std::string("D|Traces of ") + name) +
+                            Line(std::string("P|") + kProgram) +
+                            Line("F|No|No|" + scratch + name + "\\*.*"));
     }
-    WriteOwn("plg.txt", Line({"1", "one.cdp", "one"}) + Line({"1", "two.cdp", "two"}));
+    WriteOwn("plg.txt", Line("1|one.cdp|one") + Line("1|two.cdp|two"));
     machine->MakeFile(chrome + "\\Local State", "{}");
     machine->MakeFile(chrome + "\\Default\\Preferences", "{}");
     machine->MakeFile(chrome + "\\lockfile", "");
@@ -39,11 +40,8 @@ struct ProgramsInUseTest : BrowserFixture {
     for (const char* kind : {"chrome:cache", "chrome:sessions"})
       run.selection().browsers().SetTicked(kind, true);
   }
-  static std::string Line(const Names& fields) {
-    std::string line;
-    for (const std::string& field : fields)
-      line += (line.empty() ? "" : std::string(1, modPlugin::kSeparator)) + field;
-    return line + "\r\n";
+  static std::string Line(std::string text) {
+    return ReplaceNoCase(text, "|", std::string(1, modPlugin::kSeparator)) + "\r\n";
   }
 
   // As they stand before each row: everything there, and both programs run.
@@ -64,7 +62,7 @@ struct ProgramsInUseTest : BrowserFixture {
     system.running.clear();
     browser_runs = false;
   }
-  std::vector<std::string> Paths() const {
+  Names Paths() const {
     return {scratch + "one\\a", scratch + "two\\a", chrome + "\\Default\\Cache\\Cache_Data\\f",
             chrome + "\\Default\\Sessions\\s"};
   }
@@ -72,16 +70,23 @@ struct ProgramsInUseTest : BrowserFixture {
     return static_cast<size_t>(std::ranges::count_if(
         Paths(), [this](const std::string& path) { return machine->Exists(path); }));
   }
-  bool IsLogged(std::string_view text) {
-    return run.state().RunLog.find(text) != std::string::npos;
+  // The user's answers, one after the other; then what is asked about is skipped.
+  void Answer(std::vector<ProgramAnswer> answers, bool closes_by_hand) {
+    view.on_program = [this, answers, closes_by_hand, at = size_t{0}]() mutable {
+      if (at == answers.size()) return ProgramAnswer::kSkip;
+      if (closes_by_hand) End();
+      return answers[at++];
+    };
   }
-  std::function<ProgramAnswer()> Answers(std::initializer_list<ProgramAnswer> answers) {
-    return [left = std::vector(answers), this]() mutable {
-      if (left.empty()) return ProgramAnswer::kSkip;
-      const ProgramAnswer answer = left.front();
-      left.erase(left.begin());
-      if (answer == ProgramAnswer::kRetry && closes_by_hand) End();
-      return answer;
+  // What a program does that was asked to close.
+  enum class Closing { kHasNoWindow, kEnds, kStays, kRefuses, kIsStopped };
+  void Await(Closing closing) {
+    if (closing == Closing::kHasNoWindow) return;
+    session.on_await = [this, closing] {
+      if (closing == Closing::kEnds) End();
+      if (closing == Closing::kRefuses) ++waits;
+      view.stops = closing == Closing::kIsStopped;
+      return closing <= Closing::kStays;
     };
   }
 
@@ -94,87 +99,66 @@ struct ProgramsInUseTest : BrowserFixture {
   Machine user{files,  ports.registry, ports.shell,    ports.url_cache,     ports.profile,
                system, session,        ports.cleaners, ports.program_folder};
   Engine run{user, view};
-  bool closes_by_hand = false;
+  size_t waits = 0;
 };
 
 TEST_F(ProgramsInUseTest, WhoWatchesIsAskedOncePerProgramAndWhatStillRunsIsLeftWhole) {
   using enum ProgramAnswer;
-  const auto ends = [this] {
-    End();
-    return true;
-  };
-  size_t waits = 0;
+  using enum Closing;
   const struct {
     const char* name;
-    std::function<void()> change;
-    size_t asked;      // questions in all
-    const char* told;  // by the last of them
-    size_t left;       // of the four
-    const char* logged;
+    std::vector<ProgramAnswer> answers;
+    Closing closing;
+    size_t asked, left;              // questions in all; of the four files
+    const char *logged, *told = "";  // told by the last question
+    bool by_hand = false;
   } kRows[] = {
-      {"skipped", [&] {}, 2, "", 4, "Traces of two is not cleaned: qx-chat.exe runs"},
-      {"closed by hand",
-       [&] {
-         view.on_program = Answers({kRetry});
-         closes_by_hand = true;
-       },
-       1, "", 0, "qx-chat.exe was closed before it was cleaned."},
-      {"looked for again in vain",
-       [&] {
-         view.on_program = Answers({kRetry, kRetry});
-       },
-       4, "", 4, "runs; close it first"},
-      {"closed",
-       [&] {
-         view.on_program = Answers({kClose});
-         session.on_await = ends;
-       },
-       1, "", 0, "qx-chat.exe was closed"},
-      {"without a window", [&] { view.on_program = Answers({kClose}); }, 3, "", 4, "runs"},
-      {"closes a window and stays",
-       [&] {
-         view.on_program = Answers({kClose});
-         session.on_await = [] { return true; };
-       },
-       3, "", 4, "runs"},
+      {"skipped", {}, kStays, 2, 4, "Traces of two is not cleaned: qx-chat.exe runs"},
+      {"closed by hand", {kRetry}, kStays, 1, 0, "was closed before it was cleaned.", "", true},
+      {"looked for again in vain", {kRetry, kRetry}, kStays, 4, 4, "runs; close it first"},
+      {"closed", {kClose}, kEnds, 1, 0, "qx-chat.exe was closed"},
+      {"without a window", {kClose}, kHasNoWindow, 3, 4, "runs"},
+      {"closes a window and stays", {kClose}, kStays, 3, 4, "runs"},
       {"refuses",
-       [&] {
-         view.on_program = Answers({kClose, kSkip, kClose, kSkip});
-         waits = 0;
-         session.on_await = [&] { return ++waits == 0; };
-       },
-       4, "It has not closed yet. It may be asking something.", 4, "runs"},
-      {"stopped while it is awaited",
-       [&] {
-         view.on_program = Answers({kClose});
-         session.on_await = [&] { return !(view.stops = true); };
-       },
-       1, "", 4, "Aborted by user"},
-      {"hidden", [&] { run.state().Hidden = true; }, 0, "", 4, "runs; close it first"},
-      {"begun by itself", [&] { run.state().BySelf = true; }, 0, "", 4, "runs; close it first"},
-      {"where nothing can run", [&] { session.runs_programs = false; }, 0, "", 4, "runs"},
-  };
+       {kClose, kSkip, kClose, kSkip},
+       kRefuses,
+       4,
+       4,
+       "runs",
+       "It has not closed yet. It may be asking something."},
+      {"stopped while it is awaited", {kClose}, kIsStopped, 1, 4, "Aborted by user"}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
     Begin();
-    row.change();
+    Answer(row.answers, row.by_hand);
+    Await(row.closing);
     run.RunCleaning();
-    EXPECT_EQ(view.programs.size(), row.asked);
+    ASSERT_EQ(view.programs.size(), row.asked);
     EXPECT_EQ(CountLeft(), row.left);
-    EXPECT_TRUE(IsLogged(row.logged)) << run.state().RunLog;
-    if (!view.programs.empty()) {
-      EXPECT_EQ(view.programs.front().what, "Traces of one");
-      EXPECT_TRUE(view.programs.back().told.starts_with(row.told)) << view.programs.back().told;
-    }
-    closes_by_hand = false;
-    End();
+    EXPECT_TRUE(Holds(run.state().RunLog, row.logged));
+    EXPECT_EQ(view.programs.front().what, "Traces of one");
+    EXPECT_TRUE(view.programs.back().told.starts_with(row.told)) << view.programs.back().told;
   }
   EXPECT_EQ(waits, 600u) << "each of them a moment";
-  Begin();
-  End();
-  view.programs.clear();
-  run.RunCleaning();
-  EXPECT_TRUE(CountLeft() == 0 && view.programs.empty()) << "nothing runs";
+}
+
+TEST_F(ProgramsInUseTest, NobodyIsAskedWhereNobodyWatchesOrNothingRuns) {
+  const std::pair<const char*, bool*> kRows[] = {{"hidden", &run.state().Hidden},
+                                                 {"by itself", &run.state().BySelf},
+                                                 {"nothing can run", nullptr},
+                                                 {"nothing runs", &browser_runs}};
+  for (const auto& [name, set] : kRows) {
+    SCOPED_TRACE(name);
+    Begin();
+    const bool runs = set != &browser_runs;
+    session.runs_programs = set != nullptr;
+    if (!runs) End();
+    if (runs && set) *set = true;
+    run.RunCleaning();
+    EXPECT_TRUE(view.programs.empty());
+    EXPECT_EQ(CountLeft(), runs ? 4u : 0u);
+    EXPECT_EQ(run.state().RunLog.find("runs; close it first") != std::string::npos, runs);
+  }
 }
 
 TEST_F(ProgramsInUseTest, APreviewOnlyLooksAndARunAfterItAsksForWhatWasTickedThere) {
@@ -182,8 +166,7 @@ TEST_F(ProgramsInUseTest, APreviewOnlyLooksAndARunAfterItAsksForWhatWasTickedThe
   PreviewRun preview(user, view);
   preview.Run(run.selection());
   EXPECT_TRUE(view.programs.empty());
-  EXPECT_TRUE(Joined(Names{preview.state().RunLog}).find("runs; close it first") !=
-              std::string::npos);
+  EXPECT_TRUE(Holds(preview.state().RunLog, "runs; close it first"));
 
   run.state().IsPreview = true;  // as the console does it
   run.RunCleaning();
@@ -205,10 +188,7 @@ TEST_F(ProgramsInUseTest, APreviewOnlyLooksAndARunAfterItAsksForWhatWasTickedThe
   EXPECT_EQ(CountLeft(), 4u);
 
   view.on_program = [] { return ProgramAnswer::kClose; };
-  session.on_await = [this] {
-    End();
-    return true;
-  };
+  Await(Closing::kEnds);
   run.RunCleaning(std::make_shared<RunChoice>(*later.entries(), all));
   EXPECT_EQ(CountLeft(), 0u);
   EXPECT_EQ(session.calls.back(), std::string("close ") + kProgram);

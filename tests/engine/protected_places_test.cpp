@@ -12,25 +12,18 @@ constexpr const char* kShellFolders =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
 constexpr const char* kDownloads = "{374DE290-123F-4565-9164-39C4925E467B}";
 
+// Short to write.
+Names List(const auto&... texts) { return {std::string(texts)...}; }
+
 // Every precious place, by every way of spelling it: nothing in it goes, and the log says why.
 struct ProtectedPlacesTest : RunFixture {
   static Names Spellings(const std::string& path) {
-    std::string doubled, slashes = path;
-    for (const char c : path) doubled += c == '\\' ? "\\\\" : std::string(1, c);
-    std::replace(slashes.begin(), slashes.end(), '\\', '/');
-    return {path,
-            path + "\\",
-            path + "\\\\",
-            doubled,
-            slashes,
-            path + ".",
-            path + " ",
-            "\\\\?\\" + path,
-            UpCase(path),
-            "\\\\.\\" + path,
-            path + "\\Sub\\..",
-            path + "\\.",
-            "\\\\localhost\\" + path.substr(0, 1) + "$" + path.substr(2)};
+    const std::string share = "\\\\localhost\\" + path.substr(0, 1) + "$" + path.substr(2);
+    Names all = {path + " ", share, UpCase(path), ReplaceNoCase(path, "\\", "\\\\"),
+                 ReplaceNoCase(path, "\\", "/")};
+    for (const std::string& way : Words("~ ~\\ ~\\\\ ~. \\\\?\\~ \\\\.\\~ ~\\Sub\\.. ~\\."))
+      all.push_back(ReplaceNoCase(way, "~", path));
+    return all;
   }
   static std::string WhoMay(ProtectedPlaces& places, Folder& folder, std::string_view mask) {
     const bool below = mask.starts_with('|');
@@ -49,26 +42,18 @@ struct ProtectedPlacesTest : RunFixture {
 TEST_F(ProtectedPlacesTest, NoSpellingOfAPreciousFolderEmptiesIt) {
   const std::string windows = ports.system.WindowsFolder(), system = ports.system.SystemFolder();
   const std::string profile = ports.system.Environment("USERPROFILE").value();
-  const std::string places[] = {windows.substr(0, 2),
-                                windows,
-                                system,
-                                windows + "\\WinSxS",
-                                system + "\\config",
-                                system + "\\drivers\\etc",
-                                std::string(WithoutBackslash(FolderPart(profile))),
-                                profile,
-                                profile + "\\AppData",
-                                ports.system.Environment("ProgramFiles").value(),
-                                ports.program_folder,
-                                own + "Backup",
-                                own + "Plugins\\Deep"};
+  const Names places =
+      List(windows.substr(0, 2), windows, system, windows + "\\WinSxS", system + "\\config",
+           system + "\\drivers\\etc", std::string(WithoutBackslash(FolderPart(profile))), profile,
+           profile + "\\AppData", ports.system.Environment("ProgramFiles").value(),
+           ports.program_folder, own + "Backup", own + "Plugins\\Deep");
   std::string lines;
   for (const std::string& place : places) {
     machine->MakeFile(place + "\\Qx kept\\dear.tmp", "dear");
     for (const std::string& line : Spellings(place)) lines += line + "\r\n";
     lines += machine->ShortName(place) + "\r\n";
   }
-  machine->MakeFile(own + "UDFO.txt", lines);
+  WriteOwn("UDFO.txt", lines);
   Clean("CleanUserFolders");
   for (const std::string& place : places) {
     const std::string& log = engine.state().RunLog;
@@ -83,21 +68,20 @@ TEST_F(ProtectedPlacesTest, NoSpellingOfAPreciousFolderEmptiesIt) {
 // may: the items (I), recipes (R), the user's own list (O).
 struct ProtectedPlacesWhoTest : ProtectedPlacesTest {
   void SetUp() override {
-    machine->SetText(RegistryRoot::kLocalMachine, list, "ProfileImagePath", listed);
+    machine->SetText(kMachine, list, "ProfileImagePath", listed);
     machine->SetText(kUser, kShellFolders, kDownloads, "%USERPROFILE%\\Qx moved");
     machine->MakeFolder(aside);
     machine->MakeFolderLink(scratch + "way", aside);
-    machine->SetText(RegistryRoot::kLocalMachine, kShellFolders, "CommonVideo", scratch + "way");
+    machine->SetText(kMachine, kShellFolders, "CommonVideo", scratch + "way");
     if (!had_boot_file) machine->MakeFile(root + "bootmgr", "1");
     for (const std::string& folder : {system + "\\Qx", config + "\\Qx", system + "\\LogFiles\\Qx",
-                                      other + "\\Qx", listed, games, cloud, moved}) {
+                                      other + "\\Qx", listed, games, cloud, moved})
       machine->MakeFolder(folder);
-    }
   }
   void TearDown() override {
-    machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, list);
+    machine->RemoveRegistryTree(kMachine, list);
     ports.registry.Open(kUser, kShellFolders, RegistryAccess::kWrite)->DeleteValue(kDownloads);
-    ports.registry.Open(RegistryRoot::kLocalMachine, kShellFolders, RegistryAccess::kWrite)
+    ports.registry.Open(kMachine, kShellFolders, RegistryAccess::kWrite)
         ->DeleteValue("CommonVideo");
     if (!had_boot_file) ports.files.RemoveFile(root + "bootmgr");
   }
@@ -111,45 +95,38 @@ struct ProtectedPlacesWhoTest : ProtectedPlacesTest {
   const std::string aside = scratch + "Qx\\videos";
   const std::string other = std::string(FolderPart(profile)) + "Somebody Else";
   const bool had_boot_file = machine->Exists(root + "bootmgr");
+
+  // A row's text, which begins with the name of a place.
+  std::string Full(const std::string& word) const {
+    const size_t end = word.find_first_of("\\|");
+    return *(std::ranges::find(named, word.substr(0, end)) + 1) + word.substr(end);
+  }
+  // Each name with its place behind it.
+  const Names named = List("windows", windows, "root", root, "system", system, "config", config,
+                           "profile", profile, "listed", listed, "moved", moved, "cloud", cloud,
+                           "games", games, "aside", aside, "shelf", scratch + "Qx", "other", other,
+                           "own", ports.program_folder, "scratch", scratch);
 };
 
+const std::pair<const char*, const char*> kWhoRows[] = {
+    {"",
+     "windows|qx.exe windows|qx windows|q?.zzz windows||*.log windows||*.txt system|*.txt "
+     "system|qx.dll system|*.spl system\\Qx||*.* config|*.log config\\Qx|qx.log root|BOOTMGR "
+     "profile|NTUSER.DAT.LOG1 profile|ntuser.dat{1}.TM.blf other||*.* listed||*.* own|qx.log "
+     "scratch|UsrClass.dat root|qx*.TXT profile|*.txt"},
+    {"I", "system\\Qx||*.spl"},
+    {"IO", "root|qx.exe profile|qx.MUI"},
+    {"O", "games||*.* games||*.log cloud||*.* moved||*.* aside||*.* shelf||*.*"},
+    {"IRO",
+     "windows|MEMORY.DMP windows|*.log windows|*.txt windows|qx.zzz system\\LogFiles\\Qx||*.* "
+     "root|qx.zzz profile|qx.dat other\\Qx||*.* games|*.log scratch|notes.dat"}};
+
 TEST_F(ProtectedPlacesWhoTest, DependsOnThePlaceTheMaskAndWhoAsks) {
-  const std::pair<const char*, Names> kRows[] = {
-      {"",
-       {windows + "|qx.exe",
-        windows + "|qx",
-        windows + "|q?.zzz",
-        windows + "||*.log",
-        windows + "||*.txt",
-        system + "|*.txt",
-        system + "|qx.dll",
-        system + "|*.spl",
-        system + "\\Qx||*.*",
-        config + "|*.log",
-        config + "\\Qx|qx.log",
-        root + "|BOOTMGR",
-        profile + "|NTUSER.DAT.LOG1",
-        profile + "|ntuser.dat{1}.TM.blf",
-        other + "||*.*",
-        listed + "||*.*",
-        ports.program_folder + "|qx.log",
-        scratch + "|UsrClass.dat",
-        root + "|qx*.TXT",
-        profile + "|*.txt"}},
-      {"I", {system + "\\Qx||*.spl"}},
-      {"IO", {root + "|qx.exe", profile + "|qx.MUI"}},
-      {"O",
-       {games + "||*.*", games + "||*.log", cloud + "||*.*", moved + "||*.*", aside + "||*.*",
-        scratch + "Qx||*.*"}},
-      {"IRO",
-       {windows + "|MEMORY.DMP", windows + "|*.log", windows + "|*.txt", windows + "|qx.zzz",
-        system + "\\LogFiles\\Qx||*.*", root + "|qx.zzz", profile + "|qx.dat", other + "\\Qx||*.*",
-        games + "|*.log", scratch + "|notes.dat"}}};
   ProtectedPlaces places(ports, "");
-  for (const auto& [who, asked] : kRows) {
-    for (const std::string& row : asked) {
-      SCOPED_TRACE(row);
-      const std::string at = row.substr(0, row.find('|'));
+  for (const auto& [who, asked] : kWhoRows) {
+    for (const std::string& word : Words(asked)) {
+      SCOPED_TRACE(word);
+      const std::string row = Full(word), at = row.substr(0, row.find('|'));
       const auto folder = ports.files.OpenFolder(at);
       EXPECT_EQ(WhoMay(places, *folder, row.substr(at.size() + 1)), who);
       const bool is_personal = at == games || at == cloud || at == moved || at == aside;
@@ -203,7 +180,7 @@ TEST_F(ProtectedPlacesTest, ARemovalAsksAgain) {
   const std::string windows = ports.system.WindowsFolder(), root = windows.substr(0, 3);
   const std::string library = windows + "\\qx.dll", part = windows + "\\WinSxS\\qx.tmp";
   for (const std::string& path : {library, part}) machine->MakeFile(path, "1");
-  machine->MakeFile(own + "UDFI.txt", library + "\r\n");
+  WriteOwn("UDFI.txt", library + "\r\n");
   machine->MakeFolder(windows + "\\Installer");
   machine->MakeFolder(scratch + "safe");
   WriteSettings("[Backup]\r\nPath=" + scratch + "safe\\\r\n");
@@ -227,8 +204,7 @@ TEST_F(ProtectedPlacesTest, ARemovalAsksAgain) {
 TEST_F(ProtectedPlacesTest, AWalkGoesAroundTheProgramAndItsBackups) {
   WriteSettings("[Backup]\r\nPath=" + temp + "safe\\\r\n");
   machine->MakeFile(temp + "safe\\C_010120200000.zip", "mine");
-  machine->MakeFile(temp + "junk\\a.tmp", "1");
-  machine->MakeFile(temp + "hive\\UsrClass.dat", "1");
+  MakeFiles(temp, "junk\\a.tmp hive\\UsrClass.dat");
   Clean("CleanTempFiles");
   EXPECT_TRUE(!machine->Exists(temp + "junk") && machine->Exists(temp + "hive\\UsrClass.dat"));
   ports.files.RemoveFile(temp + "hive\\UsrClass.dat");

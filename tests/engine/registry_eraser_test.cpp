@@ -1,9 +1,12 @@
 // The one way to delete from the registry: what goes, what stays and is told, what is refused.
 #include "registry_tools/registry_eraser.h"
 
+#include "cleaners/skeleton.h"
 #include "plugins/mod_plugin.h"
+#include "registry_tools/mod_registry.h"
 #include "run/protected_keys.h"
 #include "support/registry_fixture.h"
+#include "support/run_fixture.h"
 #include "support/unstored_registry.h"
 
 namespace quellix {
@@ -81,11 +84,19 @@ TEST_F(RegistryEraserTest, ATreeAsDeepAsTheyComeIsKeptAndGoes) {
   EXPECT_EQ(UserPicture(), before);
 }
 
+TEST_F(RegistryEraserTest, ALinkStaysWithAllThatItLeadsTo) {
+  UnstoredRegistry linked(ports.registry, Fault::kLinked);
+  Set(kUser, "Qx1\\link", "v", Text("x"));
+  const Erasure erasure = RegistryEraser(linked, RegistryEraser::OnError::kSilent)
+                              .Erase({Kind::kTree, kUser, "Qx1\\link", ""});
+  EXPECT_EQ(erasure.stayed, 1u);
+  EXPECT_EQ(erasure.problem, "Qx1\\link leads to another key.");
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1\\link"), Names{"v"});
+}
+
 TEST_F(RegistryEraserTest, WhatIsNotStoredCountsAsNotDeleted) {
   UnstoredRegistry unstored(ports.registry);
-  const Machine full{ports.files,     unstored,       ports.shell,
-                     ports.url_cache, ports.profile,  ports.system,
-                     ports.session,   ports.cleaners, ports.program_folder};
+  const Machine full = WithRegistry(ports, unstored);
   Engine run(full, view);
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   for (const char* name : {"a", "b"}) machine->SetText(kUser, kRunMruKey, name, "x");
@@ -139,33 +150,28 @@ TEST_F(RegistryEraserTest, ASubKeyThatStaysKeepsItsHolderAndNoNeighbour) {
   EXPECT_TRUE(machine->KeyExists(kUser, "Qx1\\denied") && !machine->KeyExists(kUser, "Qx1\\other"));
 }
 
-// Behind "\REGISTRY\".
+// "~\" is "\REGISTRY\MACHINE\", "^\" a user's key; behind each a "/".
 TEST(ProtectedKeys, PreciousKeysAreKeptWithWhatHoldsThem) {
-  const std::tuple<bool, bool, Names> kRows[] = {
+  const std::tuple<bool, bool, const char*> kRows[] = {
       // values, trees
-      {true,
-       true,
-       {"MACHINE", "MACHINE\\SOFTWARE", "USER", "USER\\S-1-5-21-1", "USER\\S-1-5-21-1\\Software",
-        "USER\\S-1-5-21-1\\Software\\Classes\\.txt", "USER\\S-1-5-21-1_Classes\\CLSID",
-        "machine\\system\\Select", "MACHINE\\SYSTEM\\ControlSet002",
-        "MACHINE\\SYSTEM\\ControlSet002\\Services",
-        "Machine\\System\\CurrentControlSet\\services\\Tcpip\\Parameters",
-        "MACHINE\\SYSTEM\\ControlSet001\\Control\\Lsa", "MACHINE\\SAM\\SAM\\Domains\\Account",
-        "MACHINE\\SECURITY\\Policy", "MACHINE\\SOFTWARE\\Microsoft\\Windows NT",
-        "MACHINE\\SOFTWARE\\Microsoft\\WINDOWS nt\\CurrentVersion\\Winlogon",
-        "MACHINE\\SOFTWARE\\Classes\\CLSID",
-        "MACHINE\\SYSTEM\\ControlSet001\\Hardware Profiles\\0001\\Software"}},
-      {false, true, {"MACHINE\\SOFTWARE\\Microsoft", "MACHINE\\SOFTWARE\\Wow6432Node"}},
-      {false,
-       false,
-       {"MACHINE\\SOFTWARE\\Microsoft\\Windows NTx",
-        "MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run",
-        "MACHINE\\SYSTEM\\ControlSet001\\Qx", "USER\\S-1-5-21-1\\Software\\Qx",
-        "USER\\S-1-5-21-1\\Software\\Microsoft\\Windows NT\\CurrentVersion",
-        "MACHINE\\SOFTWARE\\Classes\\CLSID\\{1}"}}};
+      {true, true,
+       "\\REGISTRY\\MACHINE/~\\SOFTWARE/\\REGISTRY\\USER/\\REGISTRY\\USER\\S-1-5-21-1/^\\Software/"
+       "^\\Software\\Classes\\.txt/\\REGISTRY\\USER\\S-1-5-21-1_Classes\\CLSID/~\\system\\Select/"
+       "~\\SYSTEM\\ControlSet002/~\\SYSTEM\\ControlSet002\\Services/"
+       "\\Registry\\Machine\\System\\CurrentControlSet\\services\\Tcpip\\Parameters/"
+       "~\\SYSTEM\\ControlSet001\\Control\\Lsa/~\\SAM\\SAM\\Domains\\Account/~\\SECURITY\\Policy/"
+       "~\\SOFTWARE\\Microsoft\\Windows NT/~\\SOFTWARE\\Microsoft\\WINDOWS "
+       "nt\\CurrentVersion\\Winlogon/"
+       "~\\SOFTWARE\\Classes\\CLSID/~\\SYSTEM\\ControlSet001\\Hardware Profiles\\0001\\Software"},
+      {false, true, "~\\SOFTWARE\\Microsoft/~\\SOFTWARE\\Wow6432Node"},
+      {false, false,
+       "~\\SOFTWARE\\Microsoft\\Windows NTx/~\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run/"
+       "~\\SYSTEM\\ControlSet001\\Qx/^\\Software\\Qx/"
+       "^\\Software\\Microsoft\\Windows NT\\CurrentVersion/~\\SOFTWARE\\Classes\\CLSID\\{1}"}};
   for (const auto& [keeps_value, keeps_tree, keys] : kRows) {
-    for (const std::string& key : keys) {
-      const std::string name = "\\REGISTRY\\" + key;
+    for (std::string name : Split(keys, '/')) {
+      name = ReplaceNoCase(name, "~\\", "\\REGISTRY\\MACHINE\\");
+      name = ReplaceNoCase(name, "^\\", "\\REGISTRY\\USER\\S-1-5-21-1\\");
       EXPECT_EQ(ProtectedKeys::KeepsName(name, ProtectedKeys::Part::kValue), keeps_value) << name;
       EXPECT_EQ(ProtectedKeys::KeepsName(name, ProtectedKeys::Part::kTree), keeps_tree) << name;
     }
@@ -180,9 +186,8 @@ TEST_F(RegistryEraserTest, TheGuardKnowsAKeyByWhatItIs) {
   guarded.Guard();
   for (const char* set : {"SYSTEM\\ControlSet001", "system\\currentControlSet"}) {
     Set(kMachine, set + probe, "v", Text("1"));  // Wine keeps two sets where Windows has a link
-    for (const Kind kind : {Kind::kValue, Kind::kKey, Kind::kTree}) {
+    for (const Kind kind : {Kind::kValue, Kind::kKey, Kind::kTree})
       EXPECT_EQ(guarded.Erase({kind, kMachine, set + probe, "v"}).stayed, 1u) << set;
-    }
     EXPECT_EQ(machine->ValueNames(kMachine, set + probe), Names{"v"});
   }
   const auto system = ports.registry.Open(kMachine, "SYSTEM", RegistryAccess::kRead);
@@ -192,9 +197,86 @@ TEST_F(RegistryEraserTest, TheGuardKnowsAKeyByWhatItIs) {
     EXPECT_TRUE(Holds(erasure.problem, " leads to another key."));
     EXPECT_TRUE(machine->KeyExists(kMachine, "SYSTEM\\ControlSet001" + probe)) << "unguarded";
   }
-  for (const char* set : {"SYSTEM\\ControlSet001", "SYSTEM\\CurrentControlSet"}) {
+  for (const char* set : {"SYSTEM\\ControlSet001", "SYSTEM\\CurrentControlSet"})
     machine->RemoveRegistryTree(kMachine, set + probe);
+}
+
+constexpr const char* kKey = "Software\\QuellixTest";
+
+struct RegistryHelpersTest : RunFixture {
+  RegistryHelpersTest() : access{ports.registry, ports.system} {
+    machine->RemoveRegistryTree(kUser, kKey);
   }
+  void Set(const char* name, uint32_t type, const std::string& bytes) {
+    machine->SetRegistryValue(kUser, kKey, name, {type, bytes});
+  }
+  std::string Read(const char* name) {
+    return modRegistry::ReadRegString(access, kUser, std::string(kKey) + "\\", name);
+  }
+  std::string List() { return modRegistry::ListRegValues(access, kUser, kKey); }
+
+  modRegistry::Access access;
+};
+
+TEST_F(RegistryHelpersTest, AnyValueReadsAsText) {
+  const std::string nul(1, '\0');
+  Set("text", kRegSz, ToUtf16Bytes("\xC3\xA4 text" + nul + "rest" + nul));
+  Set("open", kRegSz, ToUtf16Bytes("no end"));
+  Set("expand", kRegExpandSz, ToUtf16Bytes("%X%" + nul));
+  Set("zero", kRegDword, std::string(4, '\0'));
+  Set("48", kRegDword, std::string("0\0\0\0", 4));
+  Set("fits", kRegSz, ToUtf16Bytes(std::string(259, 'f') + nul));
+  Set("too long", kRegSz, ToUtf16Bytes(std::string(260, 'f') + nul));
+  Set("", kRegSz, ToUtf16Bytes("unnamed" + nul));
+  EXPECT_EQ(Read("text"), "\xC3\xA4 text");
+  EXPECT_EQ(Read("open"), "no end");
+  EXPECT_EQ(Read("expand"), "%X%");
+  EXPECT_EQ(Read("zero"), "");
+  EXPECT_EQ(Read("48"), "0");
+  EXPECT_EQ(Read("fits"), std::string(259, 'f'));
+  EXPECT_EQ(Read("too long"), "");
+  EXPECT_EQ(Read(""), "unnamed");
+  EXPECT_EQ(Read("missing"), "");
+  EXPECT_EQ(modRegistry::ReadRegString(access, kUser, "No\\Such", "x"), "");
+}
+
+TEST_F(RegistryHelpersTest, ListsEndWhereTheyAlwaysEnded) {
+  EXPECT_EQ(List(), "");
+  Set(" blanks ", kRegBinary, std::string(255, 'b'));
+  EXPECT_EQ(List(), "blanks");
+  Set("one", kRegSz, ToUtf16Bytes("x"));
+  EXPECT_EQ(List(), std::string("blanks\0one", 10));
+  Set("too large", kRegBinary, std::string(256, 'b'));
+  Set("under", kRegSz, "");
+  EXPECT_EQ(List(), std::string("blanks\0one", 10));
+  machine->RemoveRegistryTree(kUser, kKey);
+  for (int i = 0; i < 300; ++i) Set(("v" + std::to_string(i)).c_str(), kRegSz, "");
+  const std::string capped = List();
+  EXPECT_EQ(std::count(capped.begin(), capped.end(), '\0'), 255);
+}
+
+TEST_F(RegistryHelpersTest, DeletingTakesOneNameOrAList) {
+  for (const char* name : {"a", "b", "c", "", "\xC3\xA9"}) Set(name, kRegSz, "");
+  modRegistry::DeleteRegValues(access, kUser, "A", kKey);
+  EXPECT_EQ(machine->ValueNames(kUser, kKey), (Names{"", "b", "c", "\xC3\xA9"}));
+  modRegistry::DeleteRegValues(access, kUser, std::string("b\0none\0\xC3\x89\0", 10), kKey);
+  EXPECT_EQ(machine->ValueNames(kUser, kKey), Names{"c"});
+  modRegistry::DeleteRegValues(access, kUser, "c", "No\\Such");
+  modRegistry::RegSetString(access, kUser, kKey, "new", "\xC3\xA9t\xC3\xA9");
+  EXPECT_EQ(Read("new"), "\xC3\xA9t\xC3\xA9");
+  modRegistry::ClearRegKeyValues(access, std::string(kKey) + "\\");
+  EXPECT_TRUE(machine->ValueNames(kUser, kKey).empty() && machine->KeyExists(kUser, kKey));
+}
+
+TEST_F(RegistryHelpersTest, OnlyTheTreeDeletionTakesKeysWithSubKeys) {
+  machine->SetText(kUser, std::string(kKey) + "\\a\\b", "v", "x");
+  machine->SetText(kUser, std::string(kKey) + "\\c", "v", "x");
+  modRegistry::RegDeleteSubKey(access, kUser, kKey);
+  EXPECT_TRUE(machine->KeyExists(kUser, std::string(kKey) + "\\a\\b"));
+  modRegistry::RegDeleteSubKey(access, kUser, std::string(kKey) + "\\c\\");
+  EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\c"));
+  modRegistry::DeleteRegKeyTree(access, kUser, kKey);
+  EXPECT_TRUE(!machine->KeyExists(kUser, kKey) && machine->KeyExists(kUser, "Software"));
 }
 
 }  // namespace

@@ -73,9 +73,8 @@ void CheckFirst(Scan& scan, RowMark mark) {
 
 TEST_F(RegistryScanTest, SharedDlls) {
   std::map<std::string, std::pair<uint32_t, bool>> dlls;  // count, and whether the file is there
-  for (uint32_t i = 0; i < 300; ++i) {
+  for (uint32_t i = 0; i < 300; ++i)
     dlls[File("lib" + std::to_string(i) + ".dll", i % 3 == 0)] = {i, i % 3 == 0};
-  }
   for (const auto& [path, dll] : dlls) Set(kMachine, kDlls, path, Number(dll.first));
   const std::string text_count = File("a text.dll", false), long_text = File("text.dll", false);
   Set(kMachine, kDlls, text_count, Text("7"));
@@ -193,9 +192,8 @@ TEST_F(RegistryScanTest, ApplicationPaths) {
 
 TEST_F(RegistryScanTest, AnApplicationPathIsEdited) {
   const std::string there = File("there.exe", true), gone = File("gone.exe", false);
-  for (const char* name : {"a gone.exe", "b there.exe", "c gone"}) {
+  for (const char* name : {"a gone.exe", "b there.exe", "c gone"})
     Set(kMachine, std::string(kApps) + "\\" + name, "", Text(name[0] == 'b' ? there : gone));
-  }
   const auto scan = Scan(ScanTool::kAppPaths);
   ScriptedPrompts prompts;
   prompts.files = {there, std::nullopt};

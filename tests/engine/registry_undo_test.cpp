@@ -105,9 +105,8 @@ TEST_F(RegistryUndoTest, ClassesComeBackToTheUserAndTheMachine) {
   RegistryUndo undo;
   undo.AddTree(ports.registry, RegistryRoot::kClassesRoot, type);
   undo.Store(ports, BackupFolder());
-  for (const RegistryRoot root : {kUser, kMachine}) {
+  for (const RegistryRoot root : {kUser, kMachine})
     machine->RemoveRegistryTree(root, classes + "Qx");
-  }
   EXPECT_TRUE(RestoreFile(UndoFiles().at(0)).problems.empty());
   for (const RegistryRoot root : {kUser, kMachine}) {
     EXPECT_EQ(machine->ValueNames(root, classes + type), Names{"v"});
@@ -229,7 +228,7 @@ TEST_F(RegistryUndoTest, WhatCannotBeKeptIsNotDeleted) {
   EXPECT_EQ(UserPicture(), before);
   EXPECT_TRUE(UndoFiles().empty());
 
-  machine->MakeFile(own + "Backup", "no folder");
+  WriteOwn("Backup", "no folder");
   tick("plain");
   scan->DeleteChecked(false);
   ASSERT_EQ(scan_view.problems.size(), 2u);
@@ -268,7 +267,7 @@ TEST_F(RegistryUndoTest, CleanersKeepOnlyInTheModeThatBacksUp) {
   // Where it cannot be kept it stays, with a message.
   ports.files.RemoveFile(BackupFolder() + UndoFiles()[0]);
   ports.files.RemoveFolder(own + "Backup");
-  machine->MakeFile(own + "Backup", "no folder");
+  WriteOwn("Backup", "no folder");
   Tick({"CleanRunMRU"});
   engine.RunCleaning();
   ASSERT_EQ(view.criticals.size(), 1u);

@@ -23,7 +23,7 @@ class RemovalTest : public RunFixture {
 // Keeps what it is given; fails on request.
 class RecordingArchive : public BackupArchive {
  public:
-  std::vector<std::string> archives, files;
+  Names archives, files;
   bool fails = false;
   int deleted = 0;
 
@@ -51,8 +51,7 @@ TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes)
     machine->MakeFile(file, "data");
     ports.files.SetAttributes(file, kReadOnly | kHidden | kSystem);
     EXPECT_TRUE(Remove(file, mode));
-    EXPECT_FALSE(machine->Exists(file));
-    EXPECT_FALSE(state.SomeFilesLocked);
+    EXPECT_FALSE(machine->Exists(file) || state.SomeFilesLocked);
     EXPECT_EQ(ports.shell.QueryRecycleBin().bytes, mode == kRecycle ? 4u : 0u);
 
     EXPECT_FALSE(Remove(file, mode));  // it is gone
@@ -97,11 +96,10 @@ TEST_F(RemovalTest, WipingOverwritesOnceByteByByteOrByStep) {
     EXPECT_FALSE(Remove(file, kWipe) && row.step == 1);
     view.on_pause = nullptr;
     if (row.step == 1) {
-      const std::string left = ports.files.ReadWholeFile(file).value();
+      const std::string left = Read(file);
       EXPECT_EQ(left.substr(5), secret.substr(5));
-      for (const char c : left.substr(0, 5)) {
+      for (const char c : left.substr(0, 5))
         EXPECT_TRUE(row.extra != 0 ? c >= 0 && c <= 100 : c == 0);
-      }
       state.AbortRequested = false;
       EXPECT_TRUE(Remove(file, kWipe));
     }
@@ -174,7 +172,7 @@ TEST_F(RemovalTest, OfAFileWithFurtherNamesOnlyTheNameGoes) {
   machine->MakeHardLink(scratch + "two", scratch + "one");
   EXPECT_TRUE(Remove(scratch + "one", kWipe));
   EXPECT_EQ(Read(scratch + "two"), "data");
-  EXPECT_NE(state.RunLog.find("one has further names"), std::string::npos) << state.RunLog;
+  EXPECT_TRUE(Holds(state.RunLog, "one has further names"));
   EXPECT_EQ(state.Entries->all.back().way, Way::kDeleted) << "it was not wiped";
 }
 
@@ -189,7 +187,7 @@ TEST_F(RemovalTest, BackupArchivesPerDriveAndDeletesEvenWhenArchivingFails) {
   EXPECT_TRUE(RemoveFile(with_archive, other_case + "2", Claim::kItem));
   archive.fails = true;
   EXPECT_TRUE(RemoveFile(with_archive, scratch + "3", Claim::kItem));
-  EXPECT_EQ(archive.archives, std::vector<std::string>{"C:\\Safe\\" + scratch.substr(0, 1) + "_"});
+  EXPECT_EQ(archive.archives, Names{"C:\\Safe\\" + scratch.substr(0, 1) + "_"});
   EXPECT_EQ(archive.files.size(), 3u);
   EXPECT_EQ(state.FilesBackedUp, 2);
   EXPECT_TRUE(machine->Tree(scratch).empty());
@@ -202,7 +200,7 @@ TEST_F(RemovalTest, PendingFilesAreShownCountedAndStopped) {
   StopWhenStatusBegins("Deleting file: " + scratch + "c");
   state.RemovalMode = kDelete;
   RemovePendingFiles(context, list);
-  EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>{"d"});
+  EXPECT_EQ(machine->Tree(scratch), Names{"d"});
   EXPECT_EQ(state.RunFilesDeleted, 3);
   EXPECT_EQ(state.FilesDeleted, 3);
   EXPECT_EQ(state.RunSpaceGained, 15);
@@ -212,16 +210,16 @@ TEST_F(RemovalTest, PendingFilesAreShownCountedAndStopped) {
 }
 
 TEST_F(RemovalTest, FoldersGoChildrenFirstWhicheverWayTheListWasFilled) {
-  const std::vector<std::string> parents_first = {"p\\", "p\\q\\", "p\\q\\r\\", "s\\"};
+  const Names parents_first = {"p\\", "p\\q\\", "p\\q\\r\\", "s\\"};
   for (const bool reversed : {false, true}) {
     machine->MakeFolder(scratch + "p\\q\\r");
     machine->MakeFile(scratch + "s\\kept", "");
-    std::vector<std::string> order = parents_first;
+    Names order = parents_first;
     if (reversed) std::reverse(order.begin(), order.end());
     FileList list{ports.files.OpenFolder(scratch), scratch, {}, {}};
     for (const std::string& folder : order) list.PendingFolders.Append(scratch, folder);
     RemovePendingFolders(context, list);
-    EXPECT_EQ(machine->Tree(scratch), (std::vector<std::string>{"s\\", "s\\kept"}));
+    EXPECT_EQ(machine->Tree(scratch), (Names{"s\\", "s\\kept"}));
   }
 }
 
@@ -239,7 +237,7 @@ TEST_F(RemovalTest, LinksAreCollectedButNeverEntered) {
     RemovePendingFiles(context, list);
     RemovePendingFolders(context, list);
     if (machine->Can(Ability::kRemoveLinks)) {
-      EXPECT_EQ(machine->Tree(cleaned), std::vector<std::string>());
+      EXPECT_EQ(machine->Tree(cleaned), Names());
     }
     EXPECT_EQ(Read(outside + "dear.txt"), "dear") << file_link;
     EXPECT_EQ(StayedNames(state, 9), "") << "a link is not gone into and so does not fail";
@@ -278,7 +276,7 @@ TEST_F(RemovalTest, AFolderSwappedForALinkAfterTheScanChangesNothingOutside) {
 }
 
 TEST_F(RemovalTest, NamesOfEveryKindAreScannedAndRemoved) {
-  const std::vector<std::string> names = {
+  const Names names = {
       "hard\xC2\xA0name",   "\xD0\x96\xD0\xB8", "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E",
       "\xF0\x9F\x98\x80",   "%TEMP%",           "a;b,c=d",
       std::string(255, 'n')};
@@ -291,7 +289,7 @@ TEST_F(RemovalTest, NamesOfEveryKindAreScannedAndRemoved) {
   EXPECT_EQ(list.PendingFiles.size(), names.size() + 1);
   RemovePendingFiles(context, list);
   RemovePendingFolders(context, list);
-  EXPECT_EQ(machine->Tree(scratch), std::vector<std::string>());
+  EXPECT_EQ(machine->Tree(scratch), Names());
   EXPECT_FALSE(state.SomeFilesLocked);
 }
 

@@ -44,8 +44,7 @@ struct RunRecordsTest : RunFixture {
 TEST_F(RunRecordsTest, ARunIsKeptAndReadAgainAsItWas) {
   machine->MakeFile(temp + "\xC3\xA9t\xC3\xA9, 1.tmp", "");
   machine->MakeFile(temp + "a.tmp", "12345");
-  machine->MakeFile(temp + "locked.tmp", "1");
-  machine->MakeFile(temp + "mine.doc", "1");
+  MakeFiles(temp, "locked.tmp mine.doc");
   WriteOwn("keep.txt", "*.doc\r\n");
   {
     const auto lock = machine->LockFile(temp + "locked.tmp");
@@ -78,17 +77,16 @@ TEST_F(RunRecordsTest, TheLastRunsAreKeptAndNothingElseOfTheFolderGoes) {
   EXPECT_EQ(machine->Tree(logs).size(), 5u);
   machine->MakeFile(logs + "2099-01-01 10.00.00.json", "{\"summary\":3}");
   EXPECT_THROW(RunLogs(ports).Read("2099-01-01 10.00.00.json"), Error);
-  machine->MakeFile(logs + "notes.json", ports.files.ReadWholeFile(logs + names[0]).value());
-  for (const char* name : {"..\\Settings.ini", "notes.json"}) {
+  machine->MakeFile(logs + "notes.json", Read(logs + names[0]));
+  for (const char* name : {"..\\Settings.ini", "notes.json"})
     EXPECT_THROW(RunLogs(ports).Read(name), Error) << name;
-  }
   // A privacy program keeps none where none are wanted.
   CleanTemp("[General]\r\nKeepLogs=0\r\n");
   EXPECT_EQ(machine->Tree(logs), (Names{"2020-01-01 10.00.00.json.bak", "notes.json"}));
 }
 
 TEST_F(RunRecordsTest, ARunThatCannotBeKeptSaysSoAndOneThatWasStoppedIsKept) {
-  machine->MakeFile(own + "Logs", "no folder");
+  WriteOwn("Logs", "no folder");
   CleanTemp("[General]\r\nKeepLogs=3\r\n");
   ASSERT_TRUE(view.report);
   EXPECT_TRUE(Holds(view.report->log, "could not be kept for later reading"));
@@ -109,7 +107,7 @@ TEST_F(RunRecordsTest, ARunThatBackedUpIsUndoneAlsoFromItsRecord) {
     machine->RemoveRegistryTree(kUser, kRunMruKey);
     machine->SetText(kUser, kRunMruKey, "a", "cmd");
     WriteSettings("[General]\r\nDelMethod=B\r\nKeepLogs=9\r\n");
-    machine->MakeFile(own + "UDFO.txt", scratch + "mine\r\n");
+    WriteOwn("UDFO.txt", scratch + "mine\r\n");
     Tick({"CleanUserFolders", "CleanRunMRU"});
     engine.RunCleaning();
     EXPECT_TRUE(!machine->Exists(file) && machine->ValueNames(kUser, kRunMruKey).empty());
@@ -146,7 +144,7 @@ TEST_F(RunRecordsTest, WhatARunRecycledComesBackAndNothingIsReplaced) {
   PutInBin(bin, "CCCCCC.txt", 30, gone, "by hand");
   PutInBin(bin, "HHHHHH.txt", 15, gone, "older");
   PutInBin(bin, "DDDDDD.txt", 20, there, "12345");
-  const std::string beyond = scratch + "link\\a.txt";
+  const std::string beyond = scratch + "link\\sub\\a.txt";
   PutInBin(bin, "GGGGGG.txt", 20, beyond, "12345");
   machine->MakeFile(scratch + "else\\b.txt", "");
   machine->MakeFolderLink(scratch + "link", scratch + "else");
@@ -164,7 +162,7 @@ TEST_F(RunRecordsTest, WhatARunRecycledComesBackAndNothingIsReplaced) {
   EXPECT_EQ(result.skipped, 1u);
   ASSERT_EQ(result.problems.size(), 3u);
   EXPECT_EQ(machine->Tree(scratch + "else"), Names{"b.txt"});
-  EXPECT_NE(result.problems[0].find("b.txt"), std::string::npos);
+  EXPECT_TRUE(Holds(result.problems[0], "b.txt"));
   EXPECT_EQ(result.problems[1], "It is not in the recycle bin: " + scratch + "lost.txt");
   EXPECT_EQ(ports.files.ReadWholeFile(gone), "right");
   EXPECT_EQ(ports.files.ReadWholeFile(there), "newer");
@@ -253,7 +251,7 @@ TEST_F(RunRecordsTest, WithoutReadableSettingsNoRecordGoesAndAStopTakesBackItsCl
 
   for (const bool keeps : {false, true}) {
     machine->MakeFile(scratch + "mine\\a.txt", "1");
-    machine->MakeFile(own + "UDFI.txt", scratch + "mine\\a.txt\r\n");
+    WriteOwn("UDFI.txt", scratch + "mine\\a.txt\r\n");
     machine->MakeFile(temp + "b.tmp", "1");
     WriteSettings("[General]\r\nDelMethod=B\r\n[Backup]\r\nKeepOnAbort=" + std::to_string(keeps) +
                   "\r\n");
@@ -271,9 +269,7 @@ TEST_F(RunRecordsTest, WithoutReadableSettingsNoRecordGoesAndAStopTakesBackItsCl
 TEST_F(RunRecordsTest, WhoUsesAFileAndWhatTheDrivesSayIsTold) {
   RecordingSession session;
   session.used_path = temp + "locked.tmp";
-  Machine machine_of_user{ports.files,     ports.registry, ports.shell,
-                          ports.url_cache, ports.profile,  ports.system,
-                          session,         ports.cleaners, ports.program_folder};
+  const Machine machine_of_user = WithSession(ports, session);
   Engine other(machine_of_user, view);
   other.selection().SetChecked(*FindItem("CleanTempFiles"), true);
   machine->MakeFile(temp + "locked.tmp", "1");

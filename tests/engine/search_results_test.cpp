@@ -34,9 +34,8 @@ struct SearchResultsTest : RunFixture {
   }
   Names Column(ResultColumn column = kName) {
     Names texts;
-    for (size_t row = 0; row < results.RowCount(); ++row) {
+    for (size_t row = 0; row < results.RowCount(); ++row)
       texts.push_back(results.Text(row, column));
-    }
     return texts;
   }
   void Tick(const Names& names, SearchResults& in) {
@@ -249,8 +248,7 @@ TEST_F(SearchResultsTest, AnAbortedSearchLeavesItsFindsToReview) {
     EXPECT_EQ(found.RowCount(), 0u);
   };
   engine.RunCleaning();
-  EXPECT_TRUE(engine.state().AbortRequested);
-  EXPECT_FALSE(view.report.has_value());
+  EXPECT_TRUE(engine.state().AbortRequested && !view.report.has_value());
   EXPECT_EQ(view.statuses.back(), "Aborted by user");
   EXPECT_EQ(machine->Tree(scratch).size(), 1u);
   EXPECT_NE(machine->ValueNames(kUser, kRunMruKey), Names()) << "the run went on";

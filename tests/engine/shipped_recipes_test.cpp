@@ -116,9 +116,8 @@ struct ShippedRecipesTest : PluginFixture {
       } catch (const Error&) {  // another neighbour is still in it
       }
     }
-    for (const auto& [root, key, value] : tree.kept_values) {
+    for (const auto& [root, key, value] : tree.kept_values)
       ports.registry.Open(root, key, RegistryAccess::kWrite)->DeleteValue(value);
-    }
   }
 };
 
@@ -145,9 +144,7 @@ TEST_F(ShippedRecipesTest, EachRemovesAllThatItNamesAndNothingBeside) {
     }
     RemoveNeighbours(tree);
   }
-  for (const Remark& remark : CheckPlugin(ports, all)) {
-    EXPECT_FALSE(remark.is_fault) << remark.text;
-  }
+  for (const Remark& remark : CheckPlugin(ports, all)) EXPECT_FALSE(remark.is_fault) << remark.text;
   EXPECT_GE(std::size(kShippedPlugins), 120u);
   EXPECT_LE(groups.size(), 12u) << "few enough to be looked through";
 }

@@ -98,9 +98,8 @@ TEST_F(SystemCleaningTest, TickedOnesWorkInARunAndOnlyLookInAPreview) {
        {"The Update Cleanup (Windows)... Freed: 1.95 KB by its own count, ",
         "The Quiet (Windows)... Freed: it does not say how much, ",
         "The Broken (Windows)... It failed. It is broken.\r\n",
-        "The Empty (Windows)... Nothing to remove, ", " more free on the drives\r\n"}) {
+        "The Empty (Windows)... Nothing to remove, ", " more free on the drives\r\n"})
     EXPECT_NE(log.find(line), log.npos) << line << log;
-  }
   EXPECT_TRUE(run.state().SomeErrors);
   EXPECT_EQ(run.state().RunSpaceGained, 3000) << "where it does not say, what it found";
 }

@@ -12,11 +12,10 @@ constexpr bool kGoes = true, kStays = false;
 constexpr const char* kCrash = "System\\CurrentControlSet\\Control\\CrashControl";
 
 // What a run came by, without what only a preview or only a run can know.
-std::vector<std::string> Told(const RunEntries& entries) {
-  std::vector<std::string> told;
-  for (const RunEntry& entry : entries.all) {
+Names Told(const RunEntries& entries) {
+  Names told;
+  for (const RunEntry& entry : entries.all)
     told.push_back(std::to_string(static_cast<int>(entry.fate)) + " " + PlaceText(entry));
-  }
   std::ranges::sort(told);
   return told;
 }
@@ -86,9 +85,8 @@ class TodaysPlacesTest : public RunFixture {
     log = view.report->log;
     for (const Place& place : places) EXPECT_EQ(IsThere(place), !place.goes) << place.place;
     Clean(item);
-    for (const std::string& told : Told(*engine.state().Entries)) {
+    for (const std::string& told : Told(*engine.state().Entries))
       EXPECT_FALSE(told.starts_with('0')) << "goes in a second run: " << told;
-    }
     for (const Place& place : places) {
       EXPECT_EQ(IsThere(place), !place.goes) << place.place;
       if (!IsValue(place) && !place.goes) ports.files.RemoveFile(place.place);
@@ -103,8 +101,7 @@ class TodaysPlacesTest : public RunFixture {
 TEST_F(TodaysPlacesTest, DumpsOfWindowsItsDriversAndPrograms) {
   for (const char* name : {"DumpFile", "MinidumpDir"}) {
     const std::string text = std::string("%SystemRoot%\\") + (*name == 'D' ? "QX.DMP" : "qxmini");
-    machine->SetRegistryValue(RegistryRoot::kLocalMachine, kCrash, name,
-                              {kRegExpandSz, ToUtf16Bytes(text + '\0')});
+    machine->SetRegistryValue(kMachine, kCrash, name, {kRegExpandSz, ToUtf16Bytes(text + '\0')});
   }
   Check("CleanMemDump", {{windows + "QX.DMP", kGoes},
                          {ports.system.SystemFolder() + "\\QX.DMP", kGoes},
@@ -169,9 +166,8 @@ TEST_F(TodaysPlacesTest, WhatWasTypedAndSearchedForInExplorer) {
 }
 
 TEST_F(TodaysPlacesTest, PrintJobsGoWithWhatWasNotedOfThemAlone) {
-  machine->SetText(RegistryRoot::kLocalMachine,
-                   "System\\CurrentControlSet\\Control\\Print\\Printers", "DefaultspoolDirectory",
-                   scratch + "spool");
+  machine->SetText(kMachine, "System\\CurrentControlSet\\Control\\Print\\Printers",
+                   "DefaultspoolDirectory", scratch + "spool");
   const std::vector<Place> places = {
       {scratch + "spool\\00001.SPL", kGoes},  {scratch + "spool\\00001.SHD", kGoes},
       {scratch + "spool\\sub\\2.spl", kGoes}, {scratch + "spool\\sub\\2.shd", kGoes},
@@ -270,8 +266,7 @@ const struct {
      Pins::kUnknown},
     {"with kTasks", kCustom, CustomList({Little(2, 4) + Little(1, 4) + "link"}), Pins::kUnknown},
     {"fewer categories", kCustom, Little(2, 4) + Little(9, 4) + Little(0, 4), Pins::kUnknown},
-    {"another form", kCustom, Little(3, 4) + Little(0, 8), Pins::kUnknown},
-};
+    {"another form", kCustom, Little(3, 4) + Little(0, 8), Pins::kUnknown}};
 
 TEST(JumpListTest, APinIsSeenWhereverItStandsAndWhatDoesNotTellIsUnknown) {
   for (const auto& row : kListRows) EXPECT_EQ(PinsOf(row.name, row.file), row.pins) << row.what;
@@ -319,8 +314,7 @@ TEST_F(TodaysPlacesTest, BeforeWindows8TheListsByKindOfFileStay) {
   // A volume takes its version from the registry; a running Windows has the one it has.
   constexpr const char* kVersion = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
   for (const auto& [name, number] : {std::pair("Major", '\6'), std::pair("Minor", '\1')}) {
-    machine->SetRegistryValue(RegistryRoot::kLocalMachine, kVersion,
-                              std::string("Current") + name + "VersionNumber",
+    machine->SetRegistryValue(kMachine, kVersion, std::string("Current") + name + "VersionNumber",
                               {kRegDword, {number, 0, 0, 0}});
   }
   const std::string recent = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs";
@@ -328,7 +322,7 @@ TEST_F(TodaysPlacesTest, BeforeWindows8TheListsByKindOfFileStay) {
 }
 
 TEST_F(TodaysPlacesTest, HowAFolderLooksIsNoTrace) {
-  machine->SetText(RegistryRoot::kLocalMachine,
+  machine->SetText(kMachine,
                    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ActiveX Cache",
                    "0", scratch + "ocx");
   Check("CleanActiveX", {{scratch + "ocx\\DESKTOP.INI", kStays}, {scratch + "ocx\\x.ocx", kGoes}});

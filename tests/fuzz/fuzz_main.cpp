@@ -109,56 +109,33 @@ class Mutator {
   // A few bytes mostly, seldom many.
   size_t Length(size_t limit) { return Below(1 + Below(Below(4) == 0 ? limit : 16)) % (limit + 1); }
 
+  // Part of one of the corpus or of the input itself, or one byte many times.
+  Input Piece(const Input& input) {
+    if (Below(3) == 0) return Input(1 + Length(256), static_cast<uint8_t>(Below(256)));
+    const Input& from = Below(2) == 0 ? Any() : input;
+    const size_t start = Below(from.size()), count = Length(from.size() - start);
+    return Input(from.begin() + start, from.begin() + start + count);
+  }
+
   void Change(Input& input) {
-    switch (Below(input.empty() ? 2 : 8)) {
-      case 0:
-        return InsertBytes(input);
-      case 1:
-        return Splice(input, Any());
-      case 2:
-        return Splice(input, Input(input));
-      case 3:
-        return Delete(input);
-      case 4:
-        return WriteNumber(input);
-      case 5:
-        input.resize(Below(input.size() + 1));
-        return;
-      case 6:
-        input[Below(input.size())] = static_cast<uint8_t>(Below(256));
-        return;
-      default:
-        input[Below(input.size())] ^= static_cast<uint8_t>(1u << Below(8));
+    const Input piece = Piece(input);
+    const size_t at = Below(input.size() + 1), count = Length(input.size() - at);
+    const auto place = input.begin() + at;
+    const size_t kind = Below(input.empty() ? 2 : 8);
+    if (kind < 2) {
+      input.insert(place, piece.begin(), piece.end());
+    } else if (kind == 2) {
+      input.resize(std::max(input.size(), at + piece.size()));
+      std::ranges::copy(piece, input.begin() + at);
+    } else if (kind == 3) {
+      input.erase(place, place + count);
+    } else if (kind == 4) {
+      WriteNumber(input);
+    } else if (kind == 5) {
+      input.resize(at);
+    } else {
+      input[Below(input.size())] ^= static_cast<uint8_t>(kind == 6 ? Below(256) : 1u << Below(8));
     }
-  }
-
-  void InsertBytes(Input& input) {
-    const uint8_t byte = static_cast<uint8_t>(Below(256));
-    const bool is_run = Below(2) == 0;
-    const size_t count = 1 + Length(256);
-    Input bytes(count, byte);
-    if (!is_run) std::ranges::generate(bytes, [this] { return static_cast<uint8_t>(Below(256)); });
-    Insert(input, Below(input.size() + 1), bytes);
-  }
-
-  // Part of another input, put between or over what is there.
-  void Splice(Input& input, const Input& other) {
-    const size_t start = Below(other.size()), count = Length(other.size() - start);
-    const Input part(other.begin() + start, other.begin() + start + count);
-    const size_t at = Below(input.size() + 1);
-    if (Below(2) == 0) return Insert(input, at, part);
-    input.resize(std::max(input.size(), at + count));
-    std::ranges::copy(part, input.begin() + at);
-  }
-
-  static void Insert(Input& input, size_t at, const Input& bytes) {
-    input.insert(input.begin() + at, bytes.begin(), bytes.end());
-  }
-
-  void Delete(Input& input) {
-    const size_t at = Below(input.size());
-    const size_t count = std::min(1 + Length(input.size() - at), input.size() - at);
-    input.erase(input.begin() + at, input.begin() + at + count);
   }
 
   // Sizes and offsets at their limits, little-endian; or one that is there, a little changed.

@@ -16,10 +16,8 @@ struct ListFile : VolumeFile {
     const std::string folder = machine().program_folder;
     machine().files.CreateFolder(folder + "\\Plugins");
     machine().files.CreateFolder(folder + "\\Plugins\\sub");
-    for (const char* name :
-         {"Plugins\\a.cdp", "Plugins\\B.cdp", "Plugins\\sub\\c.cdp", "out.cdp"}) {
+    for (const char* name : {"Plugins\\a.cdp", "Plugins\\B.cdp", "Plugins\\sub\\c.cdp", "out.cdp"})
       machine().files.WriteWholeFile(folder + "\\" + name, "");
-    }
   }
 };
 

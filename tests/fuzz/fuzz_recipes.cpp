@@ -28,14 +28,12 @@ void CheckRecipe(const Machine& machine, ProtectedPlaces& places,
   for (const modPlugin::FileEntry& entry : plugin.files) {
     const modPlugin::FilesPlace place = modPlugin::FindFolders(machine, places, entry);
     Check(!is_whole || place.refusals.empty());
-    for (const std::string& folder : place.folders) {
+    for (const std::string& folder : place.folders)
       Check(!entry.recurse || !EqualsNoCase(windows, folder));
-    }
   }
   for (const modPlugin::RegistryEntry& entry : plugin.registry) {
-    for (const modPlugin::KeyPlace& place : modPlugin::FindKeys(machine.registry, entry)) {
+    for (const modPlugin::KeyPlace& place : modPlugin::FindKeys(machine.registry, entry))
       Check(place.root.has_value() || !is_whole);
-    }
   }
 }
 

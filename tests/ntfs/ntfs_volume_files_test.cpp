@@ -5,7 +5,6 @@
 
 #include "contract/error_kind.h"
 #include "ntfs/ntfs_volume.h"
-#include "support/hive_file.h"
 
 namespace quellix {
 namespace {
@@ -180,9 +179,8 @@ TEST_F(NtfsFiles, OnlyWhatIsAllocatedOfASparseFileIsTold) {
   uint64_t told = 0, held = 0;
   for (const Extent& extent : file->Allocated()) {
     told += extent.size;
-    for (const uint64_t at : {kFirst, kSecond, kSecond + 9'999}) {
+    for (const uint64_t at : {kFirst, kSecond, kSecond + 9'999})
       held += at >= extent.offset && at < extent.offset + extent.size;
-    }
   }
   EXPECT_EQ(held, 3u) << "nothing that was written is missing";
   EXPECT_LE(told, 64u << 10);

@@ -7,7 +7,6 @@
 #include "cli/console_fixture.h"
 #include "ntfs/ntfs_volume.h"
 #include "platform/volume/unique_fd.h"
-#include "support/hive_file.h"
 
 namespace quellix {
 namespace {
@@ -116,35 +115,28 @@ TEST_F(NtfsRun, WhatIsDeletedFromTheRegistryIsNowhereOnTheDisk) {
 }
 
 TEST_F(NtfsRun, WhatTheDiskDoesNotTakeIsSaidAndNothingGoes) {
-  const std::tuple<const char*, const char*, std::function<void()>, std::vector<std::string>>
-      kRows[] = {{"read-only",
-                  "write-protected",
-                  [this] { volume_->Remount("ro"); },
-                  {"CleanTempFiles", "CleanRunMRU"}},
-                 {"read-only, registry alone", "write-protected", [] {}, {"CleanRunMRU"}},
-                 {"read-only, files alone", "", [] {}, {"CleanTempFiles"}},
-                 {"hibernated",
-                  "write-protected",
-                  [this] {
-                    volume_->Remount("rw");
-                    WriteNative(volume_->path() + "/hiberfil.sys",
-                                "hibr" + std::string(8188, '\0'));
-                    volume_->Remount("rw");  // it falls back to reading by itself
-                  },
-                  {"CleanTempFiles", "CleanRunMRU"}},
-                 {"full",
-                  "not enough space",
-                  [this] {
-                    volume_->Remount("remove_hiberfile,big_writes");
-                    Fill();
-                  },
-                  {"CleanRunMRU"}}};
+  const auto hibernate = [this] {
+    volume_->Remount("rw");
+    WriteNative(volume_->path() + "/hiberfil.sys", "hibr" + std::string(8188, '\0'));
+    volume_->Remount("rw");  // it falls back to reading by itself
+  };
+  const auto fill = [this] {
+    volume_->Remount("remove_hiberfile,big_writes");
+    Fill();
+  };
+  const char *const kBoth = "CleanTempFiles CleanRunMRU", *const kProtected = "write-protected";
+  const std::tuple<const char*, const char*, std::function<void()>, const char*> kRows[] = {
+      {"read-only", kProtected, [this] { volume_->Remount("ro"); }, kBoth},
+      {"read-only, registry alone", kProtected, [] {}, "CleanRunMRU"},
+      {"read-only, files alone", "", [] {}, "CleanTempFiles"},
+      {"hibernated", kProtected, hibernate, kBoth},
+      {"full", "not enough space", fill, "CleanRunMRU"}};
   for (const auto& [what, told, prepare, items] : kRows) {
     SCOPED_TRACE(what);
     prepare();
     const bool is_full = std::string_view(what) == "full";
     const auto before = Snapshot(!is_full);
-    const ProgramResult result = Run(With({"clean", "--item"}, items));
+    const ProgramResult result = Run(With({"clean", "--item"}, Words(items)));
     EXPECT_TRUE(result.exit_code == 1 || result.exit_code == 3) << result.output;
     EXPECT_TRUE(Holds(result.output, told));
     EXPECT_TRUE(HasMru());
@@ -185,17 +177,12 @@ TEST_F(NtfsRun, WhatStandsInTheWayOfCleaningIsTold) {
 
 TEST_F(NtfsRun, ReadingNeverWrites) {
   const auto before = Snapshot();
-  const std::vector<std::vector<std::string>> kCommands = {
-      {"clean", "--preview", "--item", "CleanTempFiles", "CleanRunMRU"},
-      {"search", "unnecessary"},
-      {"search", "empty"},
-      {"registry", "shared-dlls"},
-      {"registry", "file-references", "--thorough"},
-      {"backup", "list"},
-      {"plugins", "list"}};
-  for (const auto& command : kCommands) {
-    SCOPED_TRACE(command[0] + " " + command[1]);
-    const ProgramResult result = Run(command);
+  for (const char* command :
+       {"clean --preview --item CleanTempFiles CleanRunMRU", "search unnecessary", "search empty",
+        "registry shared-dlls", "registry file-references --thorough", "backup list",
+        "plugins list"}) {
+    SCOPED_TRACE(command);
+    const ProgramResult result = Run(Words(command));
     EXPECT_NE(result.exit_code, 2) << result.output;
     EXPECT_EQ(Snapshot(), before);
   }

@@ -11,11 +11,7 @@ namespace quellix {
 
 // A machine whose files are removed with a backup, and its backups.
 struct BackupFixture : RunFixture {
-  BackupFixture()
-      : state(engine.state()),
-        safe(own + "Backup\\"),
-        tree(scratch + "tree\\"),
-        backups(ports, safe) {
+  BackupFixture() {
     state.BackupFolder = safe;
     state.RemovalMode = kBackUp;
   }
@@ -88,9 +84,9 @@ struct BackupFixture : RunFixture {
     return path.substr(3);
   }
 
-  RunState& state;
-  std::string safe, tree;
-  Backups backups;
+  RunState& state = engine.state();
+  std::string safe = own + "Backup\\", tree = scratch + "tree\\";
+  Backups backups{ports, safe};
 };
 
 struct RestoreFixture : BackupFixture {

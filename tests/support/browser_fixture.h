@@ -123,7 +123,7 @@ class BrowserFixture : public RunFixture {
     for (const std::string& folder :
          {roaming + "\\Mozilla", local + "\\Mozilla", local + "\\Google", local + "\\Packages",
           local + "\\Microsoft\\Edge", roaming + "\\Opera Software", local + "\\Opera Software"}) {
-      std::vector<std::string> names = machine->Tree(folder);
+      Names names = machine->Tree(folder);
       std::ranges::reverse(names);
       for (const std::string& name : names) {
         const std::string path = folder + "\\" + std::string(WithoutBackslash(name));

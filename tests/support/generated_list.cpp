@@ -15,18 +15,15 @@ enum Flag { kNone, kRecurse, kRemoveSelf };
 enum Wildcard { kNo, kWhole, kPart, kLastPart };
 
 using Counts = std::vector<std::pair<std::string, size_t>>;
-const Counts kVariables = {{"%LocalAppData%", 7991},
-                           {"%AppData%", 2926},
-                           {"%ProgramFiles%", 1204},
-                           {"%ProgramData%", 808},
-                           {"%UserProfile%", 680},
-                           {"%WinDir%", 264},
-                           {"%SystemDrive%", 184},
-                           {"%CommonProgramFiles%", 29},
-                           {"%Public%", 27},
-                           {"%LocalLowAppData%", 2},
-                           {"%Temp%", 2},
-                           {"%Documents%", 1}};
+const Counts kVariables = [] {
+  std::istringstream text(
+      "%LocalAppData% 7991 %AppData% 2926 %ProgramFiles% 1204 %ProgramData% 808 %UserProfile% 680 "
+      "%WinDir% 264 %SystemDrive% 184 %CommonProgramFiles% 29 %Public% 27 %LocalLowAppData% 2 "
+      "%Temp% 2 %Documents% 1");
+  Counts counts(12);
+  for (auto& [name, count] : counts) text >> name >> count;
+  return counts;
+}();
 
 // Each value as often as it is to come, in an order that is always the same.
 template <class Value>

@@ -5,11 +5,13 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -20,6 +22,12 @@ namespace quellix {
 
 // What lists are compared with.
 using Names = std::vector<std::string>;
+
+// The parts of a text between blanks.
+inline Names Words(const std::string& text) {
+  std::istringstream words(text);
+  return {std::istream_iterator<std::string>(words), {}};
+}
 
 // Whether a text holds a part; a failure shows both.
 inline testing::AssertionResult Holds(std::string_view text, std::string_view part) {

@@ -25,9 +25,9 @@ struct PluginFixture : RunFixture {
   }
   void WriteList(const std::string& text) { WriteOwn("plg.txt", Text(text)); }
   // The test's keys anew, a value each ("key:value").
-  void MakeKeys(const Names& places) {
+  void MakeKeys(const std::string& places) {
     machine->RemoveRegistryTree(kUser, kKey);
-    for (const std::string& place : places) {
+    for (const std::string& place : Words(places)) {
       const size_t end = place.find(':');
       machine->SetText(kUser, std::string(kKey) + "\\" + place.substr(0, end),
                        place.substr(end + 1), "x");
@@ -40,18 +40,18 @@ struct PluginFixture : RunFixture {
     if (!top) return found;
     WalkKeys(*top, RegistryAccess::kRead, {.enter = [&](RegistryKey& key, const std::string& path) {
       if (!path.empty()) found.push_back(path.substr(1));
-      for (uint32_t i = 0; const auto value = key.ValueAt(i); ++i) {
+      for (uint32_t i = 0; const auto value = key.ValueAt(i); ++i)
         found.push_back((path.empty() ? "" : path.substr(1)) + ":" + value->name);
-      }
     }});
     std::ranges::sort(found);
     return found;
   }
   // Of the keys made, just those go; what runs a second time changes nothing.
-  void ExpectKeysGo(const Names& made, const Names& gone, const std::function<void()>& run) {
+  void ExpectKeysGo(const std::string& made, const std::string& gone,
+                    const std::function<void()>& run) {
     MakeKeys(made);
     Names expected = Keys();
-    for (const std::string& each : gone) EXPECT_EQ(std::erase(expected, each), 1u) << each;
+    for (const std::string& each : Words(gone)) EXPECT_EQ(std::erase(expected, each), 1u) << each;
     for (int i = 0; i < 2; ++i) {
       run();
       EXPECT_EQ(Keys(), expected) << engine.state().RunLog;

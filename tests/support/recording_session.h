@@ -3,7 +3,7 @@
 #include <functional>
 
 #include "platform/error.h"
-#include "platform/session.h"
+#include "platform/machine.h"
 #include "support/holds.h"
 
 namespace quellix {
@@ -49,5 +49,12 @@ struct RecordingSession : Session {
     if (fails) throw Error(Error::Kind::kDenied, "refused");
   }
 };
+
+// The same machine with another session.
+inline Machine WithSession(const Machine& machine, Session& session) {
+  return {machine.files,     machine.registry, machine.shell,
+          machine.url_cache, machine.profile,  machine.system,
+          session,           machine.cleaners, machine.program_folder};
+}
 
 }  // namespace quellix

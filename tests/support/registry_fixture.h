@@ -6,8 +6,6 @@
 
 namespace quellix {
 
-inline constexpr RegistryRoot kMachine = RegistryRoot::kLocalMachine;
-
 // Records what a scan shows.
 struct ScriptedScanView : ScanView {
   Names problems;
@@ -44,12 +42,10 @@ struct RegistryFixture : RunFixture {
     picture[path] = "";
     std::string name;
     RegistryValue value;
-    for (uint32_t i = 0; open->ReadValueAt(i, name, value); ++i) {
+    for (uint32_t i = 0; open->ReadValueAt(i, name, value); ++i)
       picture[path + ":" + name] = std::to_string(value.type) + "," + value.bytes;
-    }
-    for (uint32_t i = 0; const auto sub_key = open->SubKeyAt(i); ++i) {
+    for (uint32_t i = 0; const auto sub_key = open->SubKeyAt(i); ++i)
       Picture(root, key + "\\" + *sub_key, picture);
-    }
   }
   RegistryPicture PictureOfAll() {
     RegistryPicture picture;

@@ -9,6 +9,7 @@
 namespace quellix {
 
 inline constexpr RegistryRoot kUser = RegistryRoot::kCurrentUser;
+inline constexpr RegistryRoot kMachine = RegistryRoot::kLocalMachine;
 inline constexpr const char* kRunMruKey =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU";
 inline constexpr const char* kTypedUrlsKey = "Software\\Microsoft\\Internet Explorer\\TypedURLs";
@@ -22,17 +23,6 @@ inline std::string Joined(const Names& names) {
 
 // A fresh real machine with the whole engine on it.
 struct RunFixture : ::testing::Test {
-  RunFixture()
-      : machine(TestMachine::Create()),
-        ports(machine->machine()),
-        own(ports.program_folder + "\\"),
-        scratch(machine->Scratch()),
-        temp(ports.system.TempFolder()),
-        engine(ports, view),
-        settings(ports),
-        mod_zip(ports, engine.state()),
-        context{ports, settings, engine.state(), view, mod_zip} {}
-
   std::string Read(const std::string& path) {
     return ports.files.ReadWholeFile(path).value_or("<missing>");
   }
@@ -41,6 +31,20 @@ struct RunFixture : ::testing::Test {
     ports.files.WriteWholeFile(own + name, bytes);
   }
   std::string ReadOwn(const std::string& name) { return Read(own + name); }
+  // Files of a folder, their names between blanks.
+  void MakeFiles(const std::string& folder, const std::string& names,
+                 const std::string& bytes = "1") {
+    for (const std::string& name : Words(names)) machine->MakeFile(folder + name, bytes);
+  }
+  // What the scratch folder holds once these, written in any case, are gone.
+  Names TreeWithout(const std::string& gone) {
+    Names tree = machine->Tree(scratch);
+    for (const std::string& name : Words(gone)) {
+      EXPECT_EQ(std::erase_if(tree, [&](auto& path) { return EqualsNoCase(path, name); }), 1u)
+          << name;
+    }
+    return tree;
+  }
   void WriteSettings(const std::string& text) { WriteOwn("Settings.ini", text); }
   // Puts a folder in the place of a file, which can then be neither read nor written.
   void MakeUnreadable(const std::string& path) {
@@ -68,16 +72,16 @@ struct RunFixture : ::testing::Test {
     return CollectFiles(context, ports.files.OpenFolder(folder), folder, mask);
   }
 
-  std::unique_ptr<TestMachine> machine;
-  Machine ports;
-  std::string own;  // the program's folder, with "\\" at its end
-  std::string scratch;
-  std::string temp;
+  std::unique_ptr<TestMachine> machine = TestMachine::Create();
+  Machine ports = machine->machine();
+  std::string own = ports.program_folder + "\\";
+  std::string scratch = machine->Scratch();
+  std::string temp = ports.system.TempFolder();
   ScriptedView view;
-  Engine engine;
-  Settings settings;
-  ModZip mod_zip;
-  CleaningContext context;
+  Engine engine{ports, view};
+  Settings settings{ports};
+  ModZip mod_zip{ports, engine.state()};
+  CleaningContext context{ports, settings, engine.state(), view, mod_zip};
 };
 
 }  // namespace quellix

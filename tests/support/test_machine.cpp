@@ -14,9 +14,8 @@ void AddTree(FileSystem& files, const std::string& folder, const std::string& pr
     if (entry.info.is_folder && !entry.info.is_link) folders.emplace_back(entry.name);
     return true;
   });
-  for (const std::string& name : folders) {
+  for (const std::string& name : folders)
     AddTree(files, folder + "\\" + name, prefix + name + "\\", names);
-  }
 }
 
 }  // namespace

@@ -57,16 +57,10 @@ void RequireStatus(LSTATUS status, std::string_view what, std::string_view objec
 }
 
 HKEY Predefined(RegistryRoot root) {
-  switch (root) {
-    case RegistryRoot::kClassesRoot:
-      return HKEY_CLASSES_ROOT;
-    case RegistryRoot::kCurrentUser:
-      return HKEY_CURRENT_USER;
-    case RegistryRoot::kLocalMachine:
-      return HKEY_LOCAL_MACHINE;
-    default:
-      return HKEY_USERS;
-  }
+  return root == RegistryRoot::kClassesRoot    ? HKEY_CLASSES_ROOT
+         : root == RegistryRoot::kCurrentUser  ? HKEY_CURRENT_USER
+         : root == RegistryRoot::kLocalMachine ? HKEY_LOCAL_MACHINE
+                                               : HKEY_USERS;
 }
 
 void RemoveTree(FileSystem& files, const std::string& folder) {

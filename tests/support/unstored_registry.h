@@ -4,13 +4,14 @@
 #include <string>
 #include <utility>
 
+#include "platform/error.h"
 #include "platform/machine.h"
 
 namespace quellix {
 
 // What becomes of changes: they are made, and storing them fails; or they are undone at once; or
-// keys called "denied" stay.
-enum class Fault { kNotStored, kUndone, kDenied };
+// keys called "denied" stay, or those called "link" are links.
+enum class Fault { kNotStored, kUndone, kDenied, kLinked };
 
 // A real key of such a registry.
 class UnstoredKey : public RegistryKey {
@@ -29,7 +30,9 @@ class UnstoredKey : public RegistryKey {
   }
   std::optional<RegistryValueInfo> ValueAt(uint32_t index) override { return key_->ValueAt(index); }
   std::optional<std::string> SubKeyAt(uint32_t index) override { return key_->SubKeyAt(index); }
-  bool IsLink(std::string_view path) override { return key_->IsLink(path); }
+  bool IsLink(std::string_view path) override {
+    return (fault_ == Fault::kLinked && path == "link") || key_->IsLink(path);
+  }
   std::string TrueName() override { return key_->TrueName(); }
   void SetValue(std::string_view name, const RegistryValue& value) override {
     key_->SetValue(name, value);
@@ -69,5 +72,11 @@ class UnstoredRegistry : public Registry {
   Registry& registry_;
   Fault fault_;
 };
+
+// The same machine with another registry.
+inline Machine WithRegistry(const Machine& machine, Registry& registry) {
+  return {machine.files,  registry,        machine.shell,    machine.url_cache,     machine.profile,
+          machine.system, machine.session, machine.cleaners, machine.program_folder};
+}
 
 }  // namespace quellix

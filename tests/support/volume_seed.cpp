@@ -4,7 +4,6 @@
 #include <stdexcept>
 
 #include "platform/text.h"
-#include "support/hive_file.h"
 
 namespace quellix {
 namespace {

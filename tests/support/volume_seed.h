@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/volume/volume_machine.h"
+#include "support/hive_file.h"
 #include "support/test_machine.h"
 
 namespace quellix {

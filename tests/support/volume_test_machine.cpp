@@ -10,7 +10,6 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/volume/unique_fd.h"
-#include "support/hive_file.h"
 #include "support/volume_seed.h"
 
 namespace quellix {
@@ -142,9 +141,7 @@ void NativeTestMachine::RemoveRegistryTree(RegistryRoot root, std::string_view k
   if (!open) return;
   Names names;
   for (uint32_t i = 0; const auto name = open->SubKeyAt(i); ++i) names.push_back(*name);
-  for (const std::string& name : names) {
-    RemoveRegistryTree(root, std::string(key) + "\\" + name);
-  }
+  for (const std::string& name : names) RemoveRegistryTree(root, std::string(key) + "\\" + name);
   const auto parent = machine().registry.Open(root, FolderPart(key), RegistryAccess::kWrite);
   parent->DeleteSubKey(NamePart(key));
 }

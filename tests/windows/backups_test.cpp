@@ -58,9 +58,8 @@ TEST_F(FrmBackupsTest, WhatWasCleanedIsListedAndComesBack) {
   const HWND entries = GetDlgItem(backups, lstvEntries);
   ASSERT_EQ(CountRows(archives), 1);
   const wchar_t* const kColumns[] = {L"C:", nullptr, L"4", nullptr, L"Whole"};
-  for (const int column : {0, 2, 4}) {
+  for (const int column : {0, 2, 4})
     EXPECT_EQ(window.RowText(archives, 0, column), kColumns[column]);
-  }
   ASSERT_EQ(CountRows(entries), 4);
   const std::wstring first = TempFolder() / "a.view";
   EXPECT_EQ(window.RowText(entries, 0, 0), first.substr(3));
@@ -86,9 +85,8 @@ TEST_F(FrmBackupsTest, WhatWasCleanedIsListedAndComesBack) {
 
 // The window answers while it restores; Esc, and closing it, end that before the next file.
 TEST_F(FrmBackupsTest, ARestoreIsStopped) {
-  for (const char* name : {"1", "2", "3", "4", "5"}) {
+  for (const char* name : {"1", "2", "3", "4", "5"})
     WriteBytes(TempFolder() / "large" / name, std::string(32 << 20, 'n'));
-  }
   WriteBytes(ProgramFolder() / "Settings.ini",
              "[General]\r\nDelMethod=B\r\n[Backup]\r\nOverwrite=Always\r\n");
   const QuellixWindow window;
@@ -108,9 +106,8 @@ TEST_F(FrmBackupsTest, ARestoreIsStopped) {
     EXPECT_TRUE(IsEnabled(backups, lstvArchives) && IsEnabled(backups, cmdRestoreAll));
     if (!by_key) break;
     size_t whole = 0;
-    for (const auto& file : fs::recursive_directory_iterator(TempFolder())) {
+    for (const auto& file : fs::recursive_directory_iterator(TempFolder()))
       whole += file.is_regular_file();
-    }
     EXPECT_LT(whole, files_.size() + 5);
     EXPECT_TRUE(Shown(backups, txtOutcome).starts_with(std::to_wstring(whole) + L" file"));
   }

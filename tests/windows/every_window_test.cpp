@@ -91,9 +91,8 @@ TEST_F(HelpTest, TheDialogsOfAToolOpenItsPage) {
     window.Choose(row.entry);
     const HWND tool = window.AwaitWindow(row.title);
     ASSERT_TRUE(AwaitPart(tool, lblStatus, L"orphaned"));
-    for (const WPARAM key : {VK_END, VK_HOME, VK_RETURN}) {
+    for (const WPARAM key : {VK_END, VK_HOME, VK_RETURN})
       window.PressKey(GetDlgItem(tool, lstvInvalid), key);
-    }
     const HWND dialog = window.AwaitWindow(row.dialog);
     PressKeys(dialog, {VK_F1});
     EXPECT_EQ(AwaitTopic(), row.topic);
@@ -118,9 +117,8 @@ TEST_F(HelpTest, AMissingManualIsToldAndAboutTellsVersionAndLicences) {
   const HWND about = window.AwaitWindow(L"About Quellix");
   EXPECT_TRUE(Shown(about, lblVersion).starts_with(L"Version "));
   const std::wstring licences = Shown(about, txtLicences);
-  for (const wchar_t* part : {L"zlib", L"minizip", L"winpthreads", L"CLI11", L"MIT License"}) {
+  for (const wchar_t* part : {L"zlib", L"minizip", L"winpthreads", L"CLI11", L"MIT License"})
     EXPECT_NE(licences.find(part), std::wstring::npos) << testing::PrintToString(part);
-  }
 }
 
 }  // namespace

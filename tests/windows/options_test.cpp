@@ -148,9 +148,8 @@ TEST_F(FrmOptionsTest, TheSearchPageIsWrittenInItsFiveLines) {
   program.PressKey(options.Control(lstSearch), VK_SPACE);
   EXPECT_TRUE(Await([&] { return !IsRowTicked(options.Control(lstSearch), 1); }));
   for (const int box :
-       {chkSearchFileReference, chkSearchReadOnly, chkSearchHidden, optSearchSizeAtMost}) {
+       {chkSearchFileReference, chkSearchReadOnly, chkSearchHidden, optSearchSizeAtMost})
     options.Click(box);
-  }
   options.Type(txtSearchSize, L"2147483647");
   const HWND date = options.Control(dtpSearchFirst);
   SendMessageW(date, WM_SETFOCUS, 0, 0);
@@ -223,9 +222,7 @@ TEST_F(FrmOptionsTest, CookiesMoveEitherWay) {
   EXPECT_EQ(ReadFile("ck.txt"), "\r\n");
   EXPECT_EQ(OptionsWindow(program).Page(), OptionsPage::kCookies) << "as it was left";
   RegDeleteKeyValueW(HKEY_CURRENT_USER, kShellFolders, L"Cookies");
-  if (before != L"<missing>") {
-    SetRegistryText(HKEY_CURRENT_USER, kShellFolders, L"Cookies", before);
-  }
+  if (before != L"<missing>") SetRegistryText(HKEY_CURRENT_USER, kShellFolders, L"Cookies", before);
 }
 
 TEST_F(FrmOptionsTest, CancelChangesNothingOnTheDisk) {

@@ -1,18 +1,6 @@
 #include "options_window.h"
 
 namespace quellix::test {
-namespace {
-
-constexpr wchar_t kDialogClass[] = L"#32770";
-
-bool IsPage(HWND window) {
-  wchar_t name[16] = {};
-  GetClassNameW(window, name, 16);
-  return std::wstring_view(name) == kDialogClass;
-}
-
-}  // namespace
-
 OptionsWindow::OptionsWindow(const QuellixWindow& program) : program_(program) {
   program.Choose(mnuOptions);
   window_ = program.AwaitWindow(L"Options");
@@ -32,7 +20,7 @@ OptionsPage OptionsWindow::Page() const {
 HWND OptionsWindow::Control(int id) const {
   if (const HWND own = GetDlgItem(window_, id)) return own;
   for (HWND child = GetWindow(window_, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
-    if (IsWindowVisible(child) && IsPage(child)) return GetDlgItem(child, id);
+    if (IsWindowVisible(child) && IsOfClass(child, L"#32770")) return GetDlgItem(child, id);
   }
   return nullptr;
 }

@@ -1,15 +1,12 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <optional>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "ui/windows_api.h"
+#include "window_input.h"
 
 namespace quellix::test {
 
@@ -22,22 +19,6 @@ void ResetSandbox();
 // Waits while another program has the file open.
 void WriteBytes(const fs::path& path, std::string_view bytes);
 std::string ReadBytes(const fs::path& path);
-
-// Waits until the condition holds; false when it never does.
-bool Await(const std::function<bool()>& condition);
-
-// The tests only press what their user could: these wait until a control is there, and it and its
-// window are enabled; it is a failure of the test when that never happens.
-void AwaitInput(HWND control);
-HWND AwaitControl(HWND window, int id);
-// Presses a button of a window that starts something longer, or answers a message box; returns when
-// the program has taken that up. An id without control is a menu entry, or Esc.
-void PressIn(HWND window, int id);
-void Press(HWND button);
-// Waits until a control has the keyboard.
-bool AwaitFocus(HWND window, int control);
-// Presses keys one after another and lets them go together, in the window before all others.
-void PressKeys(HWND window, const std::vector<WORD>& keys);
 
 // One running quellix.exe. Ends with the object.
 class QuellixProcess {
@@ -131,31 +112,5 @@ class HeldFile {
  private:
   HANDLE file_;
 };
-
-std::wstring TextOf(HWND control);
-// What has the keyboard in the program of a window; null for nothing.
-HWND FocusOf(HWND window);
-
-// By the number of a control in a window.
-std::wstring Shown(HWND window, int id);
-bool IsEnabled(HWND window, int id);
-bool AwaitEnabled(HWND window, int id);
-bool AwaitText(HWND window, int id, std::wstring_view text);
-bool AwaitPart(HWND window, int id, std::wstring_view part);
-void Type(HWND window, int id, const std::wstring& text);
-void Click(HWND window, int id);
-
-bool AwaitGone(HWND window);
-bool CloseAndAwait(HWND window);
-int CountRows(HWND list);
-// A text of the user's part of the registry, or of the machine's; "<missing>" without one.
-std::wstring RegistryText(HKEY root, const std::wstring& key, const wchar_t* name);
-void SetRegistryText(HKEY root, const std::wstring& key, const wchar_t* name,
-                     const std::wstring& text);
-// Every control that takes input is reached by Tab, and no two have the same letter; `letters` are
-// those of the menus. Returns how many letters there are then.
-size_t ExpectKeys(HWND window, std::set<wchar_t> letters = {});
-// Whether a row of a list with check boxes is ticked.
-bool IsRowTicked(HWND list, int row);
 
 }  // namespace quellix::test

@@ -146,9 +146,8 @@ TEST_F(RegistryScanWindowTest, AnApplicationPathIsEditedAndItsKeyDeleted) {
 }
 
 TEST_F(RegistryScanWindowTest, ThoroughReferencesAreShownInFullAndSorted) {
-  for (const wchar_t* name : {L"b", L"a"}) {
+  for (const wchar_t* name : {L"b", L"a"})
     SetRegistryText(HKEY_CURRENT_USER, kOwn, name, std::wstring(L"C:\\qx none\\") + name);
-  }
   const QuellixWindow quellix;
   const HWND window = Open(quellix, mnuOrphanedFilePath, L"Orphaned File/Path Reference");
   const HWND list = GetDlgItem(window, lstvInvalid);

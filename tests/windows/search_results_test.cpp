@@ -60,9 +60,7 @@ TEST_F(SearchResultsTest, AChosenHalfIsDeletedButForWhatIsLocked) {
   ASSERT_EQ(CountRows(list), 1);
   EXPECT_EQ(window.RowText(list, 0, 0), File(6).filename().wstring());
   EXPECT_FALSE(IsRowTicked(list, 0));
-  for (int i = 0; i < kFiles; ++i) {
-    ASSERT_EQ(fs::exists(File(i)), i % 2 != 0 || i == 6) << i;
-  }
+  for (int i = 0; i < kFiles; ++i) ASSERT_EQ(fs::exists(File(i)), i % 2 != 0 || i == 6) << i;
   // The reason stands below the list for the row with the focus.
   SetForegroundWindow(results);
   window.PressKey(list, VK_END);

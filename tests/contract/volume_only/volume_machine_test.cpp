@@ -2,7 +2,6 @@
 
 #include "contract/error_kind.h"
 #include "platform/preview/preview_machine.h"
-#include "support/hive_file.h"
 #include "support/volume_seed.h"
 
 namespace quellix {

@@ -2,7 +2,6 @@
 
 #include "contract/error_kind.h"
 #include "platform/text.h"
-#include "support/hive_file.h"
 #include "support/volume_seed.h"
 
 namespace quellix {
@@ -135,9 +134,8 @@ TEST_F(VolumeHives, BrokenBytesInsideDoNoHarm) {
   const std::string whole = ReadNative(user_hive_);
   for (size_t at = 4096; at < whole.size(); at += 61) {
     std::string broken = whole;
-    for (size_t i = at; i < std::min(at + 7, broken.size()); ++i) {
+    for (size_t i = at; i < std::min(at + 7, broken.size()); ++i)
       broken[i] = static_cast<char>(broken[i] ^ 0x5A);
-    }
     WriteNative(user_hive_, broken);
     KindOf([this] {
       SubKeys(kUser, "");

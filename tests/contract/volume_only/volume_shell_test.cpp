@@ -1,6 +1,7 @@
 #include "contract/error_kind.h"
 #include "platform/text.h"
-#include "support/hive_file.h"
+#include "support/shortcut_bytes.h"
+#include "support/test_machine.h"
 #include "support/volume_seed.h"
 
 namespace quellix {
@@ -91,6 +92,39 @@ TEST_F(VolumeBin, WhatNeedsARunningWindowsIsRefused) {
   EXPECT_EQ(KindOf([&] { shell_.EmptyClipboard(); }), Error::Kind::kNotAvailable);
   EXPECT_EQ(KindOf([&] { shell_.ClearAddressHistory(); }), Error::Kind::kNotAvailable);
   EXPECT_EQ(KindOf([&] { machine.url_cache.Entries(); }), Error::Kind::kNotAvailable);
+}
+
+TEST(VolumeShortcuts, OnlyWhatAVolumeCanKnowIsGone) {
+  const auto test = TestMachine::Create();
+  const std::string scratch = test->Scratch();
+  test->MakeFolder(scratch + "real");
+  test->MakeFolderLink(scratch + "link", scratch + "real");
+  FileSystem& files = test->machine().files;
+  const std::pair<std::string, bool> rows[] = {{scratch + "real", false},
+                                               {scratch + "REAL\\", false},
+                                               {scratch + "none", true},
+                                               {scratch + "none\\deeper", true},
+                                               {scratch + "link\\none", false},
+                                               {scratch + "link", false},
+                                               {scratch + "NOSUCH~1\\x", false},
+                                               {"%ProgramFiles%\\none", false},
+                                               {"Q:\\none", false},
+                                               {"\\\\server\\share\\none", false},
+                                               {"", true}};
+  for (const auto& [path, gone] : rows) EXPECT_EQ(files.IsGone(path), gone) << path;
+}
+
+TEST(VolumeShortcuts, WhatOnlyWindowsCanResolveHasNoAnswer) {
+  const auto test = TestMachine::Create();
+  const std::string path = test->Scratch() + "a.lnk";
+  test->MakeFile(path, ShortcutBytes("", "C:\\x", "\x1F\x50"));
+  const auto reader = test->machine().shell.OpenShortcuts();
+  EXPECT_FALSE(reader->Read(path));
+  test->MakeFile(path, ShortcutBytes("C:\\a\\b.exe", "C:\\x"));
+  const auto read = reader->Read(path);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->target, "C:\\a\\b.exe");
+  EXPECT_EQ(read->working_folder, "C:\\x");
 }
 
 }  // namespace

@@ -51,8 +51,7 @@ TEST_F(SystemCleanersTest, ACleanerLooksAndCleansByItsOwnCodeAndAFailureIsTold) 
       {"asks", false, std::string("10 unknown") + kNew, "Qx asked something, and nobody was there.",
        2},
       {"hangs", false, std::string("10 unknown") + kNew,
-       "Qx was stopped and did not come to an end. It may still be at work.", 2},
-  };
+       "Qx was stopped and did not come to an end. It may still be at work.", 2}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(std::string(row.behaviour) + (row.is_old ? ", old" : ""));
     Fill();

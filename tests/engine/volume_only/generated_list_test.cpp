@@ -10,9 +10,13 @@ namespace quellix::modPlugin {
 namespace {
 
 constexpr size_t kEntries = 4067;
-// Each entry is judged; one of so many is carried out, as each writes the volume's hive. 1 carries
-// out all.
-constexpr size_t kStep = 19;
+#ifdef __SANITIZE_ADDRESS__
+constexpr size_t kJudged = 11, kStep = 209;
+#else
+// One of so many entries is judged, and one carried out, as each writes the volume's hive. 1 and 1
+// take all.
+constexpr size_t kJudged = 1, kStep = 19;
+#endif
 
 struct GeneratedListTest : PluginFixture {
   std::string Path(const std::string& text) {
@@ -28,8 +32,7 @@ struct GeneratedListTest : PluginFixture {
   static Value ValueOf(const std::string& text) {
     const size_t end = text.find('|');
     const bool is_machine = text.starts_with("HKLM\\");
-    return {is_machine ? RegistryRoot::kLocalMachine : kUser, text.substr(5, end - 5),
-            text.substr(end + 1)};
+    return {is_machine ? kMachine : kUser, text.substr(5, end - 5), text.substr(end + 1)};
   }
   void Make(const std::vector<GeneratedEntry>& list) {
     for (size_t i = 0; i < list.size(); i += kStep) {
@@ -80,16 +83,18 @@ TEST_F(GeneratedListTest, EachEntryRemovesAllThatItNamesAndNothingBeside) {
     ProtectedPlaces places = LoadPlaces(ports);
     for (size_t i = 0; i < kEntries; ++i) {
       const ListedRecipe& recipe = lists.recipes[i];
+      files += recipe.plugin.files.size();
+      keys += recipe.plugin.registry.size();
+      exclusions += recipe.plugin.exclusions.size();
+      if (i % kJudged != 0 && !list[i].is_refused) continue;
       const Judgement judged = Judge(ports, places, recipe);
       ++standings[judged.standing];
       const std::string first = judged.remarks.empty() ? "" : judged.remarks[0];
       EXPECT_EQ(first.empty(), !list[i].is_refused) << first;
-      files += recipe.plugin.files.size();
-      keys += recipe.plugin.registry.size();
-      exclusions += recipe.plugin.exclusions.size();
     }
   }
-  EXPECT_EQ(standings[Standing::kWhole], kEntries - 3);
+  EXPECT_GE(standings[Standing::kWhole], kEntries / kJudged - 3);
+  EXPECT_EQ(standings.size(), 2u);
   EXPECT_EQ(standings[Standing::kRefused], 3u);
   EXPECT_EQ(files, 17681u + 2);
   EXPECT_EQ(keys, 3677u + 1);

@@ -10,7 +10,6 @@
 #include "run/stayed.h"
 #include "support/backup_fixture.h"
 #include "support/forwarding_files.h"
-#include "support/hive_file.h"
 #include "support/volume_seed.h"
 
 namespace quellix {
@@ -199,8 +198,7 @@ TEST_F(VolumeBackupTest, AWriteProtectedDiskIsReadAndTakesNothing) {
   const std::string mount = MountDisk("");
   if (mount.empty()) GTEST_SKIP() << "no disk can be mounted";
   state.BackupFolder = safe = scratch + "disk\\";
-  machine->MakeFile(tree + "a", "backup");
-  machine->MakeFile(tree + "b", "backup");
+  MakeFiles(tree, "a b", "backup");
   Clean(tree);
   const std::string archive = OnlyArchive(), path = Native(safe + archive);
   fs::resize_file(path, fs::file_size(path) - 5);

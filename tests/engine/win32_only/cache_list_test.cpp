@@ -1,5 +1,6 @@
 #include "browser_tools/cache_list.h"
 
+#include "platform/win32/win32_text.h"
 #include "support/cache_entry_win32.h"
 #include "support/run_fixture.h"
 
@@ -14,18 +15,16 @@ struct CacheListTest : RunFixture {
   ~CacheListTest() override { DeleteEverything(); }
 
   void DeleteEverything() {
-    for (const UrlCacheEntry& entry : ports.url_cache.Entries()) {
+    for (const UrlCacheEntry& entry : ports.url_cache.Entries())
       ports.url_cache.Delete(entry.source);
-    }
   }
   static void Seed(const std::wstring& source, DWORD type = 0, const std::string& bytes = "data") {
     MakeCacheEntry({.source = source, .type = type, .bytes = bytes});
   }
   Names Sources() const {
     Names sources;
-    for (size_t row = 0; row < list.RowCount(); ++row) {
+    for (size_t row = 0; row < list.RowCount(); ++row)
       sources.push_back(list.Text(row, CacheColumn::kSource));
-    }
     return sources;
   }
   Names SortedSources() const {
@@ -132,9 +131,8 @@ TEST_F(CacheListTest, WhatIsInUseStaysInTheList) {
 
 TEST_F(CacheListTest, DeletionGoesFromTheLastRowUpAndCanBeStopped) {
   for (const wchar_t* source :
-       {L"http://1.example/", L"http://2.example/", L"http://3.example/", L"http://4.example/"}) {
+       {L"http://1.example/", L"http://2.example/", L"http://3.example/", L"http://4.example/"})
     Seed(source);
-  }
   list.LoadCacheEntries(CacheKind::kAll);
   list.Sort(CacheColumn::kSource);
   list.Sort(CacheColumn::kSource);
@@ -165,6 +163,44 @@ TEST_F(CacheListTest, ColumnsSortByWhatTheyMean) {
   EXPECT_EQ(list.Text(1, CacheColumn::kSize), "10");
   list.LoadCacheEntries(CacheKind::kAll);
   EXPECT_EQ(list.Text(2, CacheColumn::kSize), "100") << "reading anew keeps the order";
+}
+
+struct UrlCacheTest : RunFixture {
+  // Returns the entry's file.
+  std::string Cache(const std::wstring& source, DWORD type = 0) {
+    return Narrow(MakeCacheEntry({.source = source, .type = type}).wstring());
+  }
+
+  // The sources of this test that are in the cache, sorted.
+  Names Sources() {
+    Names sources;
+    for (const UrlCacheEntry& entry : ports.url_cache.Entries()) {
+      if (entry.source.find("qxtest") != std::string::npos) sources.push_back(entry.source);
+    }
+    std::sort(sources.begin(), sources.end());
+    return sources;
+  }
+};
+
+TEST_F(UrlCacheTest, CacheAndCookiesGoApartAndKeptCookiesStay) {
+  const std::string page = Cache(L"http://qxtest.example/page");
+  const std::string kept = Cache(L"Cookie:tester@qxtest.example/kept", COOKIE_CACHE_ENTRY);
+  Cache(L"Cookie:tester@qxtest.example/", COOKIE_CACHE_ENTRY);
+  Cache(L"Visited: tester@http://qxtest.example/", URLHISTORY_CACHE_ENTRY);
+  ASSERT_EQ(Sources().size(), 4u);
+
+  Clean("CleanCache");
+  EXPECT_TRUE(view.report->log.starts_with("Temporary Internet Files (Cache)...\r\n"));
+  EXPECT_FALSE(machine->Exists(page));
+  EXPECT_EQ(Sources(), (Names{"Cookie:tester@qxtest.example/", "Cookie:tester@qxtest.example/kept",
+                              "Visited: tester@http://qxtest.example/"}));
+
+  WriteOwn("ck.txt", UpCase(kept) + "\x01\r\n");
+  Clean("CleanCookies");
+  EXPECT_EQ(Sources(),
+            (Names{"Cookie:tester@qxtest.example/kept", "Visited: tester@http://qxtest.example/"}));
+  EXPECT_TRUE(machine->Exists(kept) && view.criticals.empty());
+  for (const std::string& source : Sources()) ports.url_cache.Delete(source);
 }
 
 }  // namespace

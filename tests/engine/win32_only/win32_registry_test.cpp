@@ -1,3 +1,5 @@
+#include <cstdlib>
+
 #include "backup/registry_undo.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
@@ -14,8 +16,7 @@ using Win32RegistryTest = RunFixture;
 
 TEST_F(Win32RegistryTest, KeysThatStandForPerformanceDataAreNoError) {
   constexpr const char* kPerflib = "Software\\Microsoft\\Windows NT\\CurrentVersion\\Perflib";
-  const auto perflib =
-      ports.registry.Open(RegistryRoot::kLocalMachine, kPerflib, RegistryAccess::kRead);
+  const auto perflib = ports.registry.Open(kMachine, kPerflib, RegistryAccess::kRead);
   ASSERT_TRUE(perflib);
   for (uint32_t i = 0; const auto name = perflib->SubKeyAt(i); ++i) {
     const auto language = perflib->Open(*name, RegistryAccess::kRead);
@@ -92,10 +93,10 @@ TEST_F(NulNameTest, AValueWithANulInItsNameTakesNoOtherWithIt) {
 TEST_F(Win32RegistryTest, WhatALinkLeadsToIsNeitherDeletedNorKept) {
   const std::string tree = "Software\\QxLinks", target = "Software\\QxLinked";
   machine->SetText(kUser, tree + "\\plain\\deep", "v", "x");
-  machine->SetText(RegistryRoot::kLocalMachine, target + "\\below", "v", "x");
+  machine->SetText(kMachine, target + "\\below", "v", "x");
   const modRegistry::Access access{ports.registry, ports.system};
   const auto target_stands = [&] {
-    return machine->ValueNames(RegistryRoot::kLocalMachine, target + "\\below").size() == 1;
+    return machine->ValueNames(kMachine, target + "\\below").size() == 1;
   };
   for (const char* place : {"\\link", ""}) {
     SCOPED_TRACE(place);
@@ -116,12 +117,12 @@ TEST_F(Win32RegistryTest, WhatALinkLeadsToIsNeitherDeletedNorKept) {
     modRegistry::DeleteRegKeyTree(access, kUser, top);
     EXPECT_FALSE(machine->KeyExists(kUser, top));
   }
-  machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, target);
+  machine->RemoveRegistryTree(kMachine, target);
 }
 
 TEST_F(Win32RegistryTest, NoLinkLeadsPastTheGuard) {
   const std::string services = "SYSTEM\\ControlSet001\\Services";
-  machine->SetText(RegistryRoot::kLocalMachine, services + "\\QxProbe", "v", "x");
+  machine->SetText(kMachine, services + "\\QxProbe", "v", "x");
   machine->SetText(kUser, "Software\\QxLinks", "v", "x");
   const KeyLink link(L"Software\\QxLinks\\link", Wide(services));
   ASSERT_TRUE(link.made() && machine->KeyExists(kUser, "Software\\QxLinks\\link\\QxProbe"));
@@ -133,9 +134,36 @@ TEST_F(Win32RegistryTest, NoLinkLeadsPastTheGuard) {
     engine.state().RunLog.clear();
     modPlugin::RunRecords(context, plugin);
     EXPECT_TRUE(Holds(engine.state().RunLog, "is not cleaned"));
-    EXPECT_EQ(machine->ValueNames(RegistryRoot::kLocalMachine, services + "\\QxProbe").size(), 1u);
+    EXPECT_EQ(machine->ValueNames(kMachine, services + "\\QxProbe").size(), 1u);
   }
-  machine->RemoveRegistryTree(RegistryRoot::kLocalMachine, services + "\\QxProbe");
+  machine->RemoveRegistryTree(kMachine, services + "\\QxProbe");
+}
+
+class RegImportTest : public RegistryFixture {};
+
+TEST_F(RegImportTest, TheSystemImportsOurFiles) {
+  const std::string nul(1, '\0');
+  const std::pair<const char*, RegistryValue> kRows[] = {
+      {"", Text("default")},
+      {"a \"quoted\" \\ name", Text("a \"quoted\" \\ text")},
+      {"expand", Text("%PATH%", kRegExpandSz)},
+      {"texts", {kRegMultiSz, ToUtf16Bytes("a" + nul + "b" + nul + nul)}},
+      {"number", Number(0xFEDCBA98)},
+      {"long", {kRegBinary, std::string(3000, '\xAB')}},
+      {"none", {kRegNone, "x"}},
+      {"big number", {11, std::string("12345678")}},
+      {"\xC3\xA4\xE6\xBC\xA2", Text("\xC3\xA4\xE6\xBC\xA2")}};
+  for (const auto& [name, value] : kRows) Set(kUser, "Qx1\\a]b", name, value);
+  Set(kUser, "Qx1\\\xC3\xA4", "v", Text("x"));
+  RegistryPicture before, after;
+  Picture(kUser, "Qx1", before);
+  RegistryUndo undo;
+  undo.AddTree(ports.registry, kUser, "Qx1");
+  undo.Store(ports, own + "Backup\\");
+  machine->RemoveRegistryTree(kUser, "Qx1");
+  ASSERT_EQ(std::system(("reg import " + undo.path()).c_str()), 0);
+  Picture(kUser, "Qx1", after);
+  EXPECT_EQ(after, before);
 }
 
 }  // namespace

@@ -69,9 +69,8 @@ struct Win32SwapTest : RunFixture {
 TEST_F(Win32SwapTest, NothingOutsideGoesWhileFoldersAreSwappedForLinks) {
   SeedFiles();
   const Names outside = machine->Tree(scratch + "outside");
-  for (int folder = 0; folder < kFolders; ++folder) {
+  for (int folder = 0; folder < kFolders; ++folder)
     machine->MakeFolderLink(planted_ + Sub(folder), Victim(folder));
-  }
   for (const RemovalModes mode : {kDelete, kWipe, kRecycle}) {
     // The bin takes paths: Wine lets a folder be moved although something is open below it.
     if (mode == kRecycle && !machine->Can(Ability::kChangeMovedFolders)) continue;
