@@ -40,6 +40,7 @@ TEST_F(VolumeHives, ChangesAreInTheFileAfterFlush) {
   test_->CloseHives();
   const auto key = registry_.Open(kUser, "Software\\A", kWrite);
   EXPECT_TRUE(key->DeleteValue("V"));
+  EXPECT_TRUE(KindOf([&] { key->SetValue(std::string("a\0b", 3), {kRegNone, ""}); }));
   const std::string before = ReadNative(user_hive_);
   key->Flush();
   const std::string after = ReadNative(user_hive_);
