@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 
 #include "platform/path.h"
@@ -157,6 +158,7 @@ class Win32TestMachine : public TestMachine {
   Win32TestMachine() : windows_(kProgramFolder) {
     for (const char* folder : {kScratchFolder, kProgramFolder}) MakeFolder(folder);
     Clear();
+    ClearTemp();
   }
   ~Win32TestMachine() override {
     if (made_links_) Clear();
@@ -197,6 +199,7 @@ class Win32TestMachine : public TestMachine {
  private:
   FileSystem& files() { return machine_.files; }
   void Clear();
+  void ClearTemp();
 
   Win32Machine windows_;
   Machine machine_ = windows_.machine();
@@ -207,6 +210,14 @@ void Win32TestMachine::Clear() {
   if (std::exchange(made_links_, false) && RunsUnderWine()) RemoveUnixLinks(Wide(kScratchFolder));
   RemoveTree(files(), kScratchFolder);
   RemoveTree(files(), kProgramFolder);
+}
+
+// What an earlier test left; what a program still holds stays.
+void Win32TestMachine::ClearTemp() {
+  std::error_code ignored;
+  const std::filesystem::path temp = Wide(machine_.system.TempFolder());
+  for (const auto& entry : std::filesystem::directory_iterator(temp, ignored))
+    std::filesystem::remove_all(entry, ignored);
 }
 
 void Win32TestMachine::MakeFolder(std::string_view path) {
