@@ -208,15 +208,17 @@ std::string Hive::PathOf(HiveNode node) const {
 
 const std::vector<std::string>& Hive::SubKeys(HiveNode node) { return Children(node).names; }
 
-Hive::Value Hive::LoadValue(hive_value_h handle) const {
+// Nothing for one whose name cannot be told: it is left alone, as nothing could name it either.
+std::optional<Hive::Value> Hive::LoadValue(hive_value_h handle) const {
   Value value;
   const Allocated<char> name(hivex_value_key(hive_.get(), handle));
+  if (!name) return std::nullopt;
   hive_type type;
   if (hivex_value_type(hive_.get(), handle, &type, &value.size) != 0) ThrowDamaged();
   value.type = FromHiveType(type);
   value.cell = handle;
   value.is_stored = true;
-  if (name) value.name.assign(name.get(), hivex_value_key_len(hive_.get(), handle));
+  value.name.assign(name.get(), hivex_value_key_len(hive_.get(), handle));
   return value;
 }
 
@@ -227,7 +229,7 @@ Hive::Content& Hive::LoadedValues(HiveNode node) {
   if (!handles) ThrowDamaged();
   std::vector<Value> values;
   for (const hive_value_h* handle = handles.get(); *handle != 0; ++handle) {
-    values.push_back(LoadValue(*handle));
+    if (auto value = LoadValue(*handle)) values.push_back(std::move(*value));
   }
   content.values = std::move(values);
   content.name_hashes.clear();
@@ -377,7 +379,7 @@ void Hive::DeleteKey(HiveNode node) {
 void Hive::Commit() {
   if (!changed_) return;
   RequireWritable();
-  const auto replaced = StoreHive(files_, path_, !is_replaced_, [&](int fd) {
+  const auto replaced = StoreHive(files_, path_, original_is_due_, [&](int fd) {
     if (const int code = WriteAll(fd, Edited(), 0)) ThrowErrno(code, path_);
     std::unique_ptr<hive_h, Closer> written(hivex_open(ProcPath(fd).c_str(), 0));
     if (!written || !ReadsWhole(written.get())) ThrowDamaged();

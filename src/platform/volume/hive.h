@@ -114,7 +114,7 @@ class Hive {
   void NoteParent(HiveNode child, HiveNode parent);
   const HiveNode* FindChild(HiveNode node, const std::string& name);
   Content& LoadedValues(HiveNode node);
-  Value LoadValue(hive_value_h handle) const;
+  std::optional<Value> LoadValue(hive_value_h handle) const;
   template <class Change>
   auto Edit(const Change& change);
   void RequireUsableName(std::string_view name, size_t most) const;
@@ -136,7 +136,8 @@ class Hive {
   uint64_t reading_ = 0;              // of a list of sub-keys
   std::optional<HiveEditor> editor_;  // once it is known that the hive may be written
   bool changed_ = false;
-  bool is_replaced_ = false;  // on the disk
+  bool is_replaced_ = false;     // on the disk
+  bool original_is_due_ = true;  // to be kept before the first replacement
   uint64_t generation_ = 0;
 };
 

@@ -92,7 +92,8 @@ class Check {
     const size_t key = Take(place, kKeyName);
     Require(Mark(key) == "nk");
     Use(kKeyName + Number(key + kKeyNameLength, 2));
-    if (Number(key + kKeySubKeyCount) != 0) TakeSubKeys(Number(key + kKeySubKeys), true);
+    const uint32_t sub_keys = Number(key + kKeySubKeyCount);
+    if (sub_keys != 0) Require(TakeSubKeys(Number(key + kKeySubKeys), true) == sub_keys);
     if (Number(key + kKeyValueCount) != 0) {
       TakeValues(Number(key + kKeyValues), Number(key + kKeyValueCount));
     }
@@ -101,18 +102,24 @@ class Check {
     TakeSecurity(Number(key + kKeySecurity));
   }
 
-  // A list of keys, or of such lists.
-  void TakeSubKeys(uint32_t place, bool may_hold_lists) {
+  // A list of keys, or of such lists; how many keys those are.
+  size_t TakeSubKeys(uint32_t place, bool may_hold_lists) {
     const size_t list = Take(place, kListEntries);
     const std::string_view mark = Mark(list);
     const bool holds_lists = mark == "ri";
     Require(mark == "lf" || mark == "lh" || mark == "li" || (holds_lists && may_hold_lists));
     const size_t count = Number(list + kListCount, 2), step = mark[1] == 'i' ? 4 : 8;
     Use(kListEntries + count * step);
+    size_t keys = holds_lists ? 0 : count;
     for (size_t i = 0; i < count; ++i) {
       const uint32_t entry = Number(list + kListEntries + i * step);
-      holds_lists ? TakeSubKeys(entry, false) : open_.push_back(entry);
+      if (holds_lists) {
+        keys += TakeSubKeys(entry, false);
+      } else {
+        open_.push_back(entry);
+      }
     }
+    return keys;
   }
 
   void TakeValues(uint32_t place, uint32_t count) {

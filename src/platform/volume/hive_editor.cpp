@@ -49,7 +49,10 @@ uint32_t Hint(std::string_view mark, std::string_view name) {
     for (const char16_t c : Upper(wide)) hint = 37 * hint + c;
     return hint;
   }
-  for (size_t i = 0; i < 4 && i < wide.size(); ++i) hint |= (wide[i] & 0xFFu) << (8 * i);
+  for (size_t i = 0; i < 4 && i < wide.size(); ++i) {
+    if (wide[i] > 0xFF) return 0;  // none
+    hint |= uint32_t{wide[i]} << (8 * i);
+  }
   return hint;
 }
 
@@ -63,8 +66,8 @@ uint32_t HiveEditor::Number(size_t at, size_t size) const { return NumberAt(byte
 void HiveEditor::Put(size_t at, uint64_t number, size_t size) {
   PutNumber(bytes_, at, number, size);
 }
-void HiveEditor::Raise(size_t at, size_t number) {
-  if (Number(at) < number) Put(at, number);
+void HiveEditor::Raise(size_t at, size_t number, size_t size) {
+  if (Number(at, size) < number) Put(at, number, size);
 }
 std::string_view HiveEditor::Mark(size_t cell) const {
   return std::string_view(bytes_).substr(cell + kMark, 2);
@@ -88,10 +91,13 @@ void HiveEditor::ReadFreeCells() {
   }
 }
 
+// Of neighbors, which are zero, only the size is overwritten.
 void HiveEditor::NoteFree(size_t cell, size_t size) {
+  std::fill_n(bytes_.begin() + static_cast<ptrdiff_t>(cell), size, '\0');
   const auto next = free_.lower_bound(cell);
   if (next != free_.end() && cell + size == next->first) {
     size += next->second;
+    Put(next->first, 0);
     ForgetFree(next->first, next->second);
   }
   const auto behind = free_.lower_bound(cell);
@@ -105,7 +111,6 @@ void HiveEditor::NoteFree(size_t cell, size_t size) {
   }
   free_[cell] = size;
   free_by_size_.insert({size, cell});
-  std::fill_n(bytes_.begin() + static_cast<ptrdiff_t>(cell), size, '\0');
   Put(cell, size);
 }
 
@@ -345,7 +350,7 @@ size_t HiveEditor::CreateSubKey(size_t parent, std::string_view name, int64_t no
   const size_t users = kPage + size_t{security} + kSecurityUsers;
   if (security != kNone) Put(users, Number(users) + 1);
   AddToList(parent, key, name);
-  Raise(parent + kKeyLongestSubKey, 2 * ToUtf16(name).size());
+  Raise(parent + kKeyLongestSubKey, 2 * ToUtf16(name).size(), 2);  // flags stand above
   return key;
 }
 

@@ -48,7 +48,7 @@ class HiveEditor {
 
   uint32_t Number(size_t at, size_t size = 4) const;
   void Put(size_t at, uint64_t number, size_t size = 4);
-  void Raise(size_t at, size_t number);
+  void Raise(size_t at, size_t number, size_t size = 4);
   std::string_view Mark(size_t cell) const;
   size_t CellOf(size_t at) const;
   size_t SizeOf(size_t cell) const;

@@ -22,10 +22,12 @@ void CopyTo(RandomFile& file, int fd, std::string_view path) {
   }
 }
 
-// A file with further names loses only this one.
-void WipeOriginal(VolumeFolder& folder, const std::string& name) {
+// A file with further names loses only this one; so does the live one, whatever its driver says of
+// its names.
+void WipeOriginal(VolumeFolder& folder, const std::string& live) {
+  const std::string name = OriginalName(live);
   if (!folder.Look(name, Detail::kKind)) return;
-  {
+  if (folder.IdOf(name) != folder.IdOf(live)) {
     const auto file = folder.Open(name, OpenMode::kReadAndCreate);
     if (file->LinkCount() == 1) Overwrite(*file);
   }
@@ -35,7 +37,7 @@ void WipeOriginal(VolumeFolder& folder, const std::string& name) {
 // As a second name of it, or as a copy where the disk knows no such names.
 void KeepOriginal(VolumeFolder& folder, const std::string& name) {
   const std::string original = OriginalName(name);
-  WipeOriginal(folder, original);
+  WipeOriginal(folder, name);
   if (folder.Link(name, original)) return;
   const auto file = folder.Open(name, OpenMode::kRead);
   folder.Replace(original, [&](int fd) { CopyTo(*file, fd, original); });
@@ -54,7 +56,7 @@ std::string CleanLog(const std::string& hive_header, const std::string& log) {
 
 void CleanLogBeside(VolumeFolder& folder, const std::string& hive_header, const std::string& name,
                     bool kept) {
-  if (!kept) WipeOriginal(folder, OriginalName(name));  // of an earlier run
+  if (!kept) WipeOriginal(folder, name);  // of an earlier run
   if (!folder.Look(name, Detail::kKind)) return;
   const auto file = folder.Open(name, OpenMode::kReadAndCreate);
   std::string log(file->Size(), '\0');
@@ -72,18 +74,22 @@ void CleanLogBeside(VolumeFolder& folder, const std::string& hive_header, const 
 std::string OriginalName(std::string_view path) { return std::string(path) + ".quellix-old"; }
 
 std::unique_ptr<RandomFile> StoreHive(VolumeFileSystem& files, const std::string& path,
-                                      bool keeps_original,
+                                      bool& original_is_due,
                                       const std::function<void(int fd)>& fill) {
   const std::string name(NamePart(path));
   const auto folder = files.OpenFolderOf(path);
-  auto old = folder->Open(name, keeps_original ? OpenMode::kRead : OpenMode::kReadAndCreate);
+  auto old = folder->Open(name, original_is_due ? OpenMode::kRead : OpenMode::kReadAndCreate);
   const FileTimes times = old->Times();
   const bool is_alone = old->LinkCount() == 1;
-  if (keeps_original || !is_alone) old.reset();
+  if (original_is_due || !is_alone) old.reset();
   folder->Replace(name, fill, [&] {
-    if (keeps_original) KeepOriginal(*folder, name);
+    if (original_is_due) KeepOriginal(*folder, name);
+    original_is_due = false;
   });
-  folder->Open(name, OpenMode::kRead)->SetTimes(times);
+  try {
+    folder->Open(name, OpenMode::kRead)->SetTimes(times);
+  } catch (const Error&) {  // some mounts let nobody set them; the hive is in its place
+  }
   return old;
 }
 
@@ -103,7 +109,7 @@ void FinishHive(VolumeFileSystem& files, const std::string& path, bool kept) {
   for (const char* extension : {".LOG1", ".LOG2", ".LOG"}) {
     CleanLogBeside(*folder, header, name + extension, kept);
   }
-  if (!kept) WipeOriginal(*folder, OriginalName(name));
+  if (!kept) WipeOriginal(*folder, name);
   folder->Flush();
 }
 
@@ -115,7 +121,7 @@ void ClearOriginal(VolumeFileSystem& files, const std::string& path) {
     if (!state.fd || !state.read_only_reason.empty()) return;
     if (!IsSoundHive(ReadAll(state.fd.get(), kLargestHive, path))) return;
     if (!state.is_replayed) return FinishHive(files, path, false);
-    WipeOriginal(*files.OpenFolderOf(path), OriginalName(std::string(NamePart(path))));
+    WipeOriginal(*files.OpenFolderOf(path), std::string(NamePart(path)));
   } catch (const Error& error) {
     if (error.kind() != Error::Kind::kDenied) throw;
   }

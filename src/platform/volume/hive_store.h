@@ -12,11 +12,13 @@ namespace quellix {
 std::string OriginalName(std::string_view path);
 
 // Replaces a hive file in one step by what `fill` writes; it keeps what the disk keeps of the old
-// one, its times included. With `keeps_original` the old one stays beside it, in the place of one
-// that an earlier run left, which is overwritten. Else it is returned, to be overwritten, unless it
-// has further names. Throws Error; the old file then is in its place.
+// one, its times included. While `original_is_due` the old one stays beside it, in the place of one
+// that an earlier run left, which is overwritten, and it is due no more. Else it is returned, to be
+// overwritten, unless it has further names. Throws Error; the old file then is in its place, or the
+// new one where only bringing that onto the disk failed.
 std::unique_ptr<RandomFile> StoreHive(VolumeFileSystem& files, const std::string& path,
-                                      bool keeps_original, const std::function<void(int fd)>& fill);
+                                      bool& original_is_due,
+                                      const std::function<void(int fd)>& fill);
 
 // Writes zeros over all of a file. Throws Error.
 void Overwrite(RandomFile& file);

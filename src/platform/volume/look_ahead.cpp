@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <csignal>
 #include <string>
+#include <system_error>
 
 #include "platform/path.h"
 
@@ -18,6 +19,8 @@ constexpr size_t kLead = 64;
 constexpr size_t kPiece = 256;
 // So many that were not asked for are passed over.
 constexpr size_t kMostPassed = 64;
+// After so many in vain it is of no use.
+constexpr size_t kMostMisses = 4096;
 
 // While the object lives, signals wait for the threads that are there already.
 class SignalsBlocked {
@@ -47,7 +50,10 @@ struct LookAhead::Place {
 LookAhead::LookAhead(int folder, std::span<const std::string_view> paths, size_t start)
     : base_(fcntl(folder, F_DUPFD_CLOEXEC, 0)), paths_(paths), start_(start) {
   const SignalsBlocked blocked;
-  if (base_) thread_ = std::thread([this] { Run(); });
+  try {
+    if (base_) thread_ = std::thread([this] { Run(); });
+  } catch (const std::system_error&) {  // there may be no more threads: whoever asks looks himself
+  }
 }
 
 void LookAhead::End() {
@@ -78,8 +84,10 @@ std::optional<Seen> LookAhead::Take(const FileId& id, std::string_view name) {
   }
   if (number > last || !IsIn(number, id, name)) {
     MoveOnTo(next);
+    if (++misses_ > kMostMisses) End();
     return std::nullopt;
   }
+  misses_ = 0;
   const Seen seen = slots_[number % kMostAhead].seen;
   MoveOnTo(number);
   return seen;
@@ -123,7 +131,10 @@ void LookAhead::LookAt(size_t number, Place& place) {
 
 void LookAhead::Run() {
   Place place;
-  for (size_t number = 0; Advance(number);) LookAt(number, place);
+  try {
+    for (size_t number = 0; Advance(number);) LookAt(number, place);
+  } catch (const std::exception&) {  // no memory
+  }
 }
 
 }  // namespace quellix

@@ -46,6 +46,7 @@ class LookAhead {
   size_t start_;
   std::array<Slot, kMostAhead> slots_;
   std::atomic<size_t> behind_{0};  // how many paths who asks has left behind
+  size_t misses_ = 0;              // in a row
   std::thread thread_;             // the last, because it uses all the others
 };
 

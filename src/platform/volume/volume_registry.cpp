@@ -199,13 +199,20 @@ void VolumeRegistry::ClearLeftovers() {
 }
 
 void VolumeRegistry::CloseHives() {
-  for (const auto& [path, hive] : hives_) {
-    if (hive) hive->Commit();
-  }
-  for (const auto& [path, hive] : hives_) {
-    if (hive) hive->Finish(keeps_hives_);
-  }
+  std::optional<Error> first;
+  const auto each = [&](const auto& step) {
+    for (const auto& [path, hive] : hives_) {
+      try {
+        if (hive) step(*hive);
+      } catch (const Error& error) {
+        if (!first) first = error;
+      }
+    }
+  };
+  each([](Hive& hive) { hive.Commit(); });
+  each([this](Hive& hive) { hive.Finish(keeps_hives_); });
   hives_.clear();
+  if (first) throw *first;
 }
 
 }  // namespace quellix
