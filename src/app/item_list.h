@@ -90,8 +90,6 @@ class ItemList {
   std::optional<OtherChoices> ChoiceAt(size_t row) const;
   // Whether the rows are of recipes as a look has found them.
   bool Knows(const modPlugin::ShownRecipes& shown) const;
-  // Whether something is ticked that cannot be had again, of the recipes.
-  bool HasRiskyRecipes() const;
   // Whether something is ticked that needs administrator rights, which are not there.
   bool LacksRights() const;
 

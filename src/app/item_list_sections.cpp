@@ -116,12 +116,6 @@ bool ItemList::Knows(const modPlugin::ShownRecipes& shown) const {
   });
 }
 
-bool ItemList::HasRiskyRecipes() const {
-  return HasTicked([](const ListSection::Row& line) {
-    return line.is_risky && !line.fingerprints.whole.empty();
-  });
-}
-
 bool ItemList::LacksRights() const {
   if (is_administrator_) return false;
   const auto is_such = [this](const Item& item) {

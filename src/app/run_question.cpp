@@ -1,5 +1,6 @@
 #include "app/run_question.h"
 
+#include <algorithm>
 #include <set>
 
 #include "app/preview_run.h"
@@ -54,14 +55,24 @@ RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* sh
   Names costs, unseen;
   std::vector<bool> is_left(entries.rules.size());
   const std::set<std::string_view> takes = shown ? RulesThatTake(found) : decltype(takes)();
-  for (const modPlugin::ShownRecipe& recipe : shown ? shown->all : decltype(shown->all)()) {
+  const auto all = shown ? shown->all : decltype(shown->all)();
+  const auto is_seen = [&ticks](const modPlugin::ShownRecipe& recipe) {
+    return recipe.fingerprints.Has(ticks.ChoiceOf(recipe.name).seen);
+  };
+  // What one that is left took in the look, the run may find by another.
+  const bool may_take_more =
+      entries.left_out > 0 || std::ranges::any_of(all, [&](const auto& recipe) {
+        return !is_seen(recipe) && takes.contains(modPlugin::RuleOf(recipe.name));
+      });
+  for (const modPlugin::ShownRecipe& recipe : all) {
     const std::string rule = modPlugin::RuleOf(recipe.name);
-    if (!takes.contains(rule)) continue;
-    if (!recipe.fingerprints.Has(ticks.ChoiceOf(recipe.name).seen)) {
+    const bool takes_some = takes.contains(rule);
+    if (!is_seen(recipe)) {
+      if (!takes_some) continue;
       unseen.Add(Short(recipe.name));
       is_left[static_cast<size_t>(std::ranges::find(entries.rules, rule) - entries.rules.begin())] =
           true;
-    } else if (!recipe.loses.empty()) {
+    } else if (!recipe.loses.empty() && (takes_some || may_take_more)) {
       costs.Add(Short(recipe.name) + ": " + recipe.loses);
     }
   }

@@ -89,6 +89,7 @@ void RunRecipes(CleaningContext& context, std::span<const RecipeChoice> choices)
   const RecipeLists lists = LoadRecipeLists(context.machine, PauseOf(context));
   for (const std::string& problem : lists.problems) Log(context, problem);
   context.state.SomeErrors = context.state.SomeErrors || !lists.problems.empty();
+  const size_t before = context.state.Entries->all.size();
   for (const RecipeChoice& choice : choices) {
     if (StopsRun(context)) return;
     if (const ListedRecipe* recipe = lists.Find(choice.name)) {
@@ -97,6 +98,8 @@ void RunRecipes(CleaningContext& context, std::span<const RecipeChoice> choices)
       Log(context, choice.name + " is in no list of recipes any more.");
     }
   }
+  // As items do, with the time of this cleaning stored.
+  if (context.state.Entries->all.size() != before) EndRun(context, "");
 }
 
 void NoteShown(RecipeTicks& ticks, const std::shared_ptr<ShownRecipes>& shown) {

@@ -37,7 +37,11 @@ void RecipeTicks::Save(const Machine& machine) {
   Rows rows = Read(machine);
   for (const auto& [key, row] : rows_) {
     const auto before = stored_.find(key);
-    if (before == stored_.end() || before->second != row) rows[key] = row;
+    const Row old = before == stored_.end() ? Row{row.name} : before->second;
+    if (row == old) continue;
+    Row& now = rows.try_emplace(key, Row{row.name}).first->second;
+    if (row.ticked != old.ticked) now.ticked = row.ticked;
+    if (row.seen != old.seen) now.seen = row.seen;
   }
   std::vector<std::string> lines;
   for (const auto& [key, row] : rows) {

@@ -61,7 +61,7 @@ constexpr TurnOffEntry kTurnOff[] = {
     {mnuForceShutDOwn, modShutDown::ForceShutDown},
 };
 
-constexpr UINT kMillisecondsPerTick = 5000;
+constexpr UINT kMillisecondsPerTick = 5000, kLookAgain = 500;
 
 }  // namespace
 
@@ -70,10 +70,7 @@ void FrmMain::Open(HWND owner, StartMode mode) {
   const std::string problems = engine_.Load(is_hidden ? nullptr : &tips_);
   engine_.ClearLeftovers();
   with_rights_ = mode == StartMode::kWithRights;
-  if (with_rights_) {
-    KeepOnlyRights(machine_, engine_.selection());
-    engine_.auto_clean().Start(std::nullopt);
-  }
+  if (with_rights_) KeepOnlyRights(machine_, engine_.selection());
   Create(frmMain, owner);
   if (is_hidden) return RunHidden();
   if (with_rights_) SetWindowTextW(window(), L"Quellix (Administrator)");
@@ -157,6 +154,7 @@ void FrmMain::FollowSettings() {
   ForgetLook();
   const bool wants_tip = engine_.preferences().tip_box;
   if (wants_tip != pane_.ShowsTip()) pane_.NextTip(wants_tip);
+  if (with_rights_) engine_.auto_clean().Start(std::nullopt);
   if (engine_.auto_clean().IsOn()) {
     SetTimer(window(), tmrClean, kMillisecondsPerTick, nullptr);
   } else {
@@ -199,6 +197,10 @@ void FrmMain::LookForRecipes() {
 void FrmMain::FindRecipes() {
   KillTimer(window(), tmrRecipes);
   if (work_.working() || search_.working()) return;
+  if (!CanClean()) {  // on the loop of a dialog or menu this would keep its buttons waiting
+    SetTimer(window(), tmrRecipes, kLookAgain, nullptr);
+    return;
+  }
   FoundRecipes found;
   const auto end =
       search_.Run({}, [&](const Pause& pause) { found = FindRecipeSections(machine_, pause); });

@@ -34,8 +34,10 @@ void FrmMain::RunHidden() {
 void FrmMain::Clean(const Target& target) {
   if (work_.working()) return;
   const auto clean = [this, target] { RunTarget(target); };
+  // Not by the rows: ticked ones run whether or not they are listed yet.
   const bool may_lose =
-      items_.list().HasRiskyRecipes() || (target.others && !target.others->recipes.empty());
+      target.item == nullptr &&
+      !(target.others ? target.others->recipes.empty() : engine_.selection().recipes().empty());
   if (!engine_.preferences().ask && !may_lose) return Run(clean);
   const std::shared_ptr<const RunEntries> found = LookAhead(LookAt(target));
   if (!found) return;

@@ -43,7 +43,11 @@ int RunProgram(StartMode mode, const std::optional<quellix::Profile>& profile) {
   const std::string name =
       std::string(quellix::kApplicationTitle) + (profile ? " with rights" : "");
   if (!machine.session.ClaimInstance(name)) {
-    if (mode != StartMode::kHidden) quellix::clsPrevInstance::ActivatePrevInstance();
+    if (profile) {
+      Tell("Quellix is open with administrator rights already. Close that window first.");
+    } else if (mode != StartMode::kHidden) {
+      quellix::clsPrevInstance::ActivatePrevInstance();
+    }
     return quellix::kDone;
   }
   LoadControlClasses();

@@ -177,9 +177,40 @@ TEST_F(RecipeSectionsTest, WhatCostsSomethingIsTickedOnlyByItself) {
   list.Toggle(RowOf("Keys & more"));
   list.Toggle(RowOf("Multimedia"));
   EXPECT_EQ(Joined(ticks.Ticked()), "Keys & more");
-  EXPECT_TRUE(list.HasRiskyRecipes());
   list.TickAll(false);
-  EXPECT_TRUE(ticks.empty() && !list.HasRiskyRecipes());
+  EXPECT_TRUE(ticks.empty());
+}
+
+// What one takes in the look that the run leaves, another takes in the run.
+TEST_F(RecipeSectionsTest, AnUnseenOneHidesNoCost) {
+  const std::string keys = "[Keys *]/FileKey1=~\\|key4.db";
+  Keep(keys);
+  MakeAll();
+  Find();
+  list.Toggle(RowOf("Keys"));
+  See();
+  Keep("[All *]/FileKey1=~\\|*.*/" + keys);
+  Find();
+  list.Toggle(RowOf("All"));
+  const RunQuestion question = Ask(Look(), false);
+  EXPECT_EQ(question.heading, "Clean all the same?");
+  EXPECT_TRUE(Holds(question.text, "Keys: keys and certificates are lost"));
+  engine.RunCleaning();
+  EXPECT_EQ(Joined(machine->Tree(scratch)), "a.log b.log c.log");
+}
+
+TEST_F(RecipeSectionsTest, WhatTwoProgramsStoreIsJoined) {
+  modPlugin::RecipeTicks first, second;
+  first.SetTicked("Qx", true);
+  first.Save(ports);
+  first.SetSeen("Qx", "1");
+  second.Load(ports);
+  second.SetTicked("Qx", false);
+  second.Save(ports);
+  first.Save(ports);
+  second.Load(ports);
+  EXPECT_FALSE(second.IsTicked("Qx")) << "what was taken away stays away";
+  EXPECT_EQ(second.ChoiceOf("Qx").seen, "1");
 }
 
 TEST_F(RecipeSectionsTest, RunsAndLooksTakeTheTickedOnesOnceTheyWereSeen) {
