@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "app/short_text.h"
 #include "platform/text.h"
 #include "plugins/recipe_finder.h"
 #include "plugins/recipe_rights.h"
@@ -17,13 +18,6 @@ using modPlugin::RecipeLists;
 
 constexpr size_t kLongestLabel = 120, kLongestLine = 300;  // bytes
 constexpr size_t kMostLines = 40;
-
-// The beginning of a text, of whole characters.
-std::string Shortened(std::string_view text, size_t most) {
-  if (text.size() <= most) return std::string(text);
-  while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80) --most;
-  return std::string(text.substr(0, most)) + "...";
-}
 
 // Paragraphs of a pane, none of them endless.
 class Paragraphs {

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "app/preview_run.h"
+#include "app/short_text.h"
 
 namespace quellix {
 namespace {
@@ -41,12 +42,6 @@ std::set<std::string_view> RulesThatTake(const EntryList& found) {
   return rules;
 }
 
-std::string Short(const std::string& name) {
-  size_t end = std::min(name.size(), kLongestName);
-  while (end < name.size() && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
-  return name.substr(0, end) + (end < name.size() ? "..." : "");
-}
-
 }  // namespace
 
 RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* shown,
@@ -69,11 +64,11 @@ RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* sh
     const bool takes_some = takes.contains(rule);
     if (!is_seen(recipe)) {
       if (!takes_some) continue;
-      unseen.Add(Short(recipe.name));
+      unseen.Add(Shortened(recipe.name, kLongestName));
       is_left[static_cast<size_t>(std::ranges::find(entries.rules, rule) - entries.rules.begin())] =
           true;
     } else if (!recipe.loses.empty() && (takes_some || may_take_more)) {
-      costs.Add(Short(recipe.name) + ": " + recipe.loses);
+      costs.Add(Shortened(recipe.name, kLongestName) + ": " + recipe.loses);
     }
   }
   const std::string lost = costs.Below("This cannot be had again:"),

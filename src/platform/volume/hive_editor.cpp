@@ -159,8 +159,9 @@ void HiveEditor::Clear(size_t cell) {
 }
 
 void HiveEditor::Free(size_t cell) {
-  Clear(cell);
-  NoteFree(cell, SizeOf(cell));
+  const size_t size = SizeOf(cell);
+  if (size > bytes_.size() - cell) throw UnsoundHive();
+  NoteFree(cell, size);
 }
 
 // A cell of `length` bytes that begins with `used` bytes of another, which is freed.

@@ -6,6 +6,8 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/volume/hive_check.h"
+#include "platform/volume/hive_editor.h"
+#include "platform/volume/hive_format.h"
 #include "platform/volume/hive_store.h"
 #include "support/hive_file.h"
 #include "support/volume_seed.h"
@@ -218,6 +220,35 @@ TEST_F(HiveChanges, NamesThatWindowsCannotHaveAreRefusedAndChangeNothing) {
   registry_.Create(kUser, "A\\" + std::string(255, 'x'));
   Set("A", std::string(16383, 'y'), "x");
   EXPECT_EQ(Stored("A").size(), 2u);
+}
+
+// The upper half of the longest name's length holds flags of the key.
+TEST_F(HiveChanges, FlagsBesideALengthStayAndCountsAreThoseOfTheLists) {
+  using namespace hive_format;
+  test_->CloseHives();
+  std::string bytes = ReadNative(hive_);
+  const size_t root = kPage + NumberAt(bytes, kRootKey);
+  PutNumber(bytes, root + kKeyLongestSubKey, 0x10002);
+  HiveEditor editor(bytes);
+  editor.CreateSubKey(root, std::string(40, 'k'), 0);
+  EXPECT_EQ(NumberAt(editor.Finish(0), root + kKeyLongestSubKey), 0x10050u);
+  for (const int by : {-1, 1}) {
+    std::string wrong = bytes;
+    PutNumber(wrong, root + kKeySubKeyCount, NumberAt(bytes, root + kKeySubKeyCount) + by);
+    EXPECT_FALSE(IsSoundHive(wrong)) << by;
+  }
+}
+
+TEST_F(HiveChanges, OneHiveThatCannotBeFinishedStopsNoOther) {
+  Set("A", "v", "1");
+  registry_.Create(RegistryRoot::kLocalMachine, "Software\\Qx")->SetValue("v", {kRegBinary, "1"});
+  fs::create_directory(hive_ + ".LOG1");
+  EXPECT_TRUE(KindOf([&] { test_->CloseHives(); }));
+  std::string left;
+  for (const auto& entry : fs::recursive_directory_iterator(test_->options().volume)) {
+    if (entry.path().extension() == ".quellix-old") left += entry.path().filename().string() + " ";
+  }
+  EXPECT_EQ(left, "NTUSER.DAT.quellix-old ");
 }
 
 }  // namespace
