@@ -12,7 +12,7 @@
 namespace quellix {
 namespace {
 
-using namespace hive_format;
+using namespace hive_format;  // NOLINT(google-build-using-namespace): the places of one format
 
 constexpr size_t kSmallestCell = 8, kLargestBins = INT32_MAX;
 constexpr size_t kMostInList = UINT16_MAX;
