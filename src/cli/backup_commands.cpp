@@ -17,6 +17,7 @@ constexpr int kDateWidth = 24;
 struct BackupOptions {
   std::string archive, to, overwrite;
   std::vector<std::string> entries;
+  bool is_own_folder = false;  // `to` is one of the console's own system
 };
 
 class ConsolePrompts : public NoPrompts {
@@ -76,7 +77,6 @@ bool IsWindowsPath(std::string_view path) {
 
 // A folder of the console's own system is a drive of its own on a machine that is not this one.
 std::string TargetFolder(const std::string& to, ConsoleCommands& commands) {
-  if (to.empty() || IsWindowsPath(to)) return to;
   const std::u8string utf8(to.begin(), to.end());
   const std::filesystem::path folder = std::filesystem::absolute(utf8).lexically_normal();
   if (!commands.platform().works_on_volumes) {
@@ -220,7 +220,11 @@ void AddBackupCommands(ConsoleCommands& commands) {
       ->type_name("DIR");
   restore.add_option("--overwrite", options->overwrite, "What happens to files that are there")
       ->check(CLI::IsMember({"Always", "Newer", "Never", "Ask"}, CLI::ignore_case));
-  restore.callback([options, &commands] { options->to = TargetFolder(options->to, commands); });
+  commands.Changes(restore, [options] { return options->is_own_folder; });
+  restore.callback([options, &commands] {
+    options->is_own_folder = !options->to.empty() && !IsWindowsPath(options->to);
+    if (options->is_own_folder) options->to = TargetFolder(options->to, commands);
+  });
 }
 
 }  // namespace quellix

@@ -90,6 +90,7 @@ void AddBrowserCommands(ConsoleCommands& commands) {
       [options, &commands](const Machine& machine) {
         return Clean(*options, commands.report_options(), machine);
       });
+  commands.Changes(clean);
   clean.add_option("names", options->names, "Browsers and kinds")
       ->required()
       ->type_name("NAME[:KIND]");

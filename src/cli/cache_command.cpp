@@ -92,8 +92,9 @@ void AddCacheCommands(ConsoleCommands& commands) {
     return command;
   };
   add("list", "List entries: source, file, size, hit rate and dates", List);
-  add("delete", "Delete entries with their files", Delete)
-      .add_flag("--preview", options->preview, "List what would go; change nothing");
+  CLI::App& remove = add("delete", "Delete entries with their files", Delete);
+  commands.Changes(remove);
+  remove.add_flag("--preview", options->preview, "List what would go; change nothing");
 }
 
 }  // namespace quellix

@@ -122,6 +122,7 @@ void AddCleanCommands(ConsoleCommands& commands) {
       commands.Add("clean", "Clean the named items", [options, &commands](const Machine& machine) {
         return Clean(*options, commands.report_options(), machine);
       });
+  commands.Changes(clean);
   AddChoice(clean, *options);
   commands.AddReport(clean);
   clean.add_option("--method", options->method, "How files are removed (else as the settings say)")

@@ -20,10 +20,36 @@ CLI::App& ConsoleCommands::AddTo(CLI::App& group, const char* name, const char* 
                                  Action action) {
   CLI::App& command = *group.add_subcommand(name, what);
   AddMachineOptions(command);
-  rows_.push_back({&command, [this, action = std::move(action)] {
-                     return action(platform_.open(machine_options_)->machine());
+  rows_.push_back({&command, [this, &command, action = std::move(action)] {
+                     return RunOnMachine(command, action);
                    }});
   return command;
+}
+
+void ConsoleCommands::Changes(CLI::App& command, std::function<bool()> is_elsewhere) {
+  changing_[&command] = std::move(is_elsewhere);
+}
+
+MachineUse ConsoleCommands::UseOf(const CLI::App& command) const {
+  const auto known = changing_.find(&command);
+  if (known == changing_.end() || (known->second && known->second())) return MachineUse::kLook;
+  const auto has = [&command](const char* name, bool given) {
+    const CLI::Option* const option = command.get_option_no_throw(name);
+    return option != nullptr && (option->count() > 0) == given;
+  };
+  const bool is_preview =
+      command.get_name() == "preview" || has("--preview", true) || has("--delete", false);
+  return is_preview ? MachineUse::kPreview : MachineUse::kChange;
+}
+
+int ConsoleCommands::RunOnMachine(const CLI::App& command, const Action& action) {
+  machine_options_.use = UseOf(command);
+  const std::unique_ptr<OpenMachine> open = platform_.open(machine_options_);
+  if (machine_options_.use == MachineUse::kPreview) {
+    for (const std::string& hindrance : open->Hindrances())
+      std::cerr << "A run would be refused: " << hindrance << std::endl;
+  }
+  return action(open->machine());
 }
 
 CLI::App& ConsoleCommands::AddPlain(const char* name, const char* what,

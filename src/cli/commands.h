@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,10 @@ class ConsoleCommands {
   // One that needs no machine.
   CLI::App& AddPlain(const char* name, const char* what, std::function<int()> action);
 
+  // A command that changes what is on the machine: unless it is called "preview", its --preview is
+  // given or its --delete is not, or `is_elsewhere` tells that it changes something else.
+  void Changes(CLI::App& command, std::function<bool()> is_elsewhere = {});
+
   // Lets a command tell its results to other programs as well.
   void AddReport(CLI::App& command);
   // Of the command that was parsed.
@@ -51,12 +56,15 @@ class ConsoleCommands {
   };
 
   void AddMachineOptions(CLI::App& command);
+  MachineUse UseOf(const CLI::App& command) const;
+  int RunOnMachine(const CLI::App& command, const Action& action);
 
   CLI::App& app_;
   const ConsolePlatform& platform_;
   MachineOptions machine_options_;
   ReportOptions report_options_;
   std::vector<Row> rows_;
+  std::map<const CLI::App*, std::function<bool()>> changing_;
 };
 
 // Prints a sentence on standard error; returns the code.

@@ -11,6 +11,13 @@
 
 namespace quellix {
 
+// What a command does with what is on a machine.
+enum class MachineUse {
+  kLook,
+  kPreview,  // tells what a change would do
+  kChange,
+};
+
 // What the arguments say about the machine to work on. Texts are UTF-8; folders are the console's
 // own, not the machine's.
 struct MachineOptions {
@@ -19,6 +26,7 @@ struct MachineOptions {
   std::string user;                 // "" for the only one
   std::string settings;             // folder of Settings.ini, "" for the usual place
   bool keep_hives = false;          // leave the originals of changed registry hives beside them
+  MachineUse use = MachineUse::kLook;
 };
 
 // A machine with the ports it owns.
@@ -26,6 +34,8 @@ class OpenMachine {
  public:
   virtual ~OpenMachine() = default;
   virtual Machine machine() = 0;
+  // Why a change would be refused: a sentence each. For whoever previews one.
+  virtual std::vector<std::string> Hindrances() { return {}; }
 };
 
 // What differs between a console on Windows and one on another system.
@@ -33,7 +43,7 @@ struct ConsolePlatform {
   bool works_on_volumes = false;
   bool shows_progress = false;  // standard error is a terminal
   bool can_ask = false;         // standard input and standard error are
-  // Throws Error with a sentence for the user.
+  // Throws Error with a sentence for the user, also where a change is refused.
   std::function<std::unique_ptr<OpenMachine>(const MachineOptions&)> open;
   // Where it works on volumes: what is in a place, by Error when there is none, and where to look.
   std::function<SurveyedVolume(const std::string& place)> survey = {};

@@ -6,6 +6,7 @@
 
 #include "cli/console.h"
 #include "platform/error.h"
+#include "platform/volume/volume_claim.h"
 #include "platform/volume/volume_machine.h"
 #include "platform/volume/volume_survey.h"
 
@@ -37,10 +38,29 @@ std::map<char, std::string> ParseDrives(const std::vector<std::string>& drives) 
   return folders;
 }
 
+// A run that changes something is alone on its drives, and refused before it has touched anything
+// where they should not be changed now.
+quellix::FolderLocks Claim(const quellix::MachineOptions& options) {
+  if (options.use != quellix::MachineUse::kChange) return {};
+  const std::map<char, std::string> drives = ParseDrives(options.drives);
+  std::string refusal;
+  for (const std::string& hindrance : quellix::HindrancesOf(options.volume, drives))
+    refusal += "\n  " + hindrance;
+  if (!refusal.empty()) {
+    throw quellix::Error(quellix::Error::Kind::kDenied,
+                         "nothing is changed on " + options.volume + ":" + refusal);
+  }
+  std::vector<std::string> folders = {options.volume};
+  for (const auto& [letter, folder] : drives) folders.push_back(folder);
+  return quellix::FolderLocks(folders);
+}
+
 class MountedMachine : public quellix::OpenMachine {
  public:
   MountedMachine(const quellix::MachineOptions& options, bool& is_stored)
       : is_stored_(is_stored),
+        options_(options),
+        locks_(Claim(options)),
         mounted_({.volume = options.volume,
                   .drives = ParseDrives(options.drives),
                   .user = options.user,
@@ -57,9 +77,14 @@ class MountedMachine : public quellix::OpenMachine {
     }
   }
   quellix::Machine machine() override { return mounted_.machine(); }
+  std::vector<std::string> Hindrances() override {
+    return quellix::HindrancesOf(options_.volume, ParseDrives(options_.drives));
+  }
 
  private:
   bool& is_stored_;
+  const quellix::MachineOptions options_;
+  quellix::FolderLocks locks_;  // until the hives are stored
   quellix::VolumeMachine mounted_;
 };
 

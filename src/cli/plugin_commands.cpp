@@ -141,13 +141,16 @@ void AddPluginCommands(ConsoleCommands& commands) {
                          [names, &commands](const Machine& machine) {
                            return Check(*names, commands.report_options(), machine);
                          }));
-  commands.AddReport(
+  CLI::App& preview_run =
       add("preview", "FILE", "List what the named plug-ins would remove",
-          [process](const Machine& machine) { return process(machine, RunKind::kPreview); }));
+          [process](const Machine& machine) { return process(machine, RunKind::kPreview); });
+  commands.Changes(preview_run);
+  commands.AddReport(preview_run);
   CLI::App& run = add("process", "FILE", "Clean by the named plug-ins",
                       [process, preview](const Machine& machine) {
                         return process(machine, *preview ? RunKind::kPreview : RunKind::kReal);
                       });
+  commands.Changes(run);
   run.add_flag("--preview", *preview, "List what would go; change nothing");
   commands.AddReport(run);
   add("enable", "NAME", "Let the item CleanPlugins use a plug-in",

@@ -265,13 +265,16 @@ void AddRecipeCommands(ConsoleCommands& commands) {
   const auto process = [options, &commands](const Machine& machine, RunKind kind) {
     return Process(options->names, commands.report_options(), machine, kind);
   };
-  commands.AddReport(
+  CLI::App& preview_run =
       add("preview", "List what the named recipes would remove",
-          [process](const Machine& machine) { return process(machine, RunKind::kPreview); }));
+          [process](const Machine& machine) { return process(machine, RunKind::kPreview); });
+  commands.Changes(preview_run);
+  commands.AddReport(preview_run);
   CLI::App& run =
       add("process", "Clean by the named recipes", [process, options](const Machine& machine) {
         return process(machine, options->preview ? RunKind::kPreview : RunKind::kReal);
       });
+  commands.Changes(run);
   run.add_flag("--preview", options->preview, "List what would go; change nothing");
   commands.AddReport(run);
   add("enable", "Tick a recipe, as the window does: runs carry it out",

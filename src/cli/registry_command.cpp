@@ -165,6 +165,7 @@ void AddRegistryCommand(ConsoleCommands& commands) {
                                       const auto scan = options->preview ? PreviewScan : Scan;
                                       return scan(*options, commands.report_options(), machine);
                                     });
+  commands.Changes(registry);
   registry.add_option("tool", options->tool, "Which references")
       ->required()
       ->check(CLI::IsMember(ToolNames()));

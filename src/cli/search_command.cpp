@@ -120,6 +120,7 @@ void AddSearchCommand(ConsoleCommands& commands) {
                                   [options, &commands](const Machine& machine) {
                                     return Search(*options, commands.report_options(), machine);
                                   });
+  commands.Changes(search);
   search.add_option("kind", options->kind, "What to search for")->required()->check(OneOf(kKinds));
   search.add_flag("--delete", options->remove, "Delete what is found (else nothing is changed)");
   search.add_flag("--preview", options->preview, "With --delete: change nothing");

@@ -124,6 +124,7 @@ void AddRun(ConsoleCommands& commands, CLI::App& group, const char* name, const 
       commands.AddTo(group, name, what, [names, kind, &commands](const Machine& machine) {
         return Run(*names, kind, commands.report_options(), machine);
       });
+  commands.Changes(command);
   command.add_option("names", *names, "Cleaners")->required()->type_name("NAME");
   commands.AddReport(command);
 }

@@ -1,12 +1,9 @@
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <map>
 
 #include "cli/console_fixture.h"
 #include "support/volume_seed.h"
@@ -41,23 +38,6 @@ TEST_F(VolumeConsoleTest, BadVolumesAndUsersAreToldAndNothingIsTouched) {
     EXPECT_TRUE(Holds(result.output, told));
     EXPECT_TRUE(machine->Exists(temp + "a.tmp"));
   }
-}
-
-// Each file of the volume with its time and bytes.
-std::map<std::string, std::string> PictureOf(const std::filesystem::path& volume) {
-  std::map<std::string, std::string> files;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(volume)) {
-    std::string bytes;
-    if (entry.is_regular_file()) {
-      std::ifstream file(entry.path(), std::ios::binary);
-      bytes.assign(std::istreambuf_iterator<char>(file), {});
-    }
-    struct stat status {};
-    lstat(entry.path().c_str(), &status);
-    files[entry.path()] = std::to_string(status.st_mtim.tv_sec) + "." +
-                          std::to_string(status.st_mtim.tv_nsec) + " " + bytes;
-  }
-  return files;
 }
 
 TEST_F(VolumeConsoleTest, ListsAndPreviewsChangeNothingOnTheWholeVolume) {

@@ -1,4 +1,10 @@
 // What is told of places that may hold a Windows.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 #include <filesystem>
 
 #include "cli/console_fixture.h"
@@ -110,6 +116,86 @@ TEST_F(VolumeSurvey, WhatStandsInTheWayIsToldAndNothingIsChanged) {
     EXPECT_TRUE(ReadNative(user_hive) == before);
   }
   SetHiveDirty(user_hive, false);
+}
+
+// By a descriptor of its own: the system asks about programs, not about descriptors of one.
+struct HeldByAnother {
+  HeldByAnother(const std::string& file, short kind) {
+    int ready[2];
+    if (pipe(ready) != 0) throw std::runtime_error("pipe");
+    child_ = fork();
+    if (child_ == 0) {
+      const int fd = open(file.c_str(), kind == F_WRLCK ? O_RDWR : O_RDONLY);
+      struct flock bytes = {};
+      bytes.l_type = kind;
+      bytes.l_start = 100;
+      bytes.l_len = 1;
+      const int code = kind == F_UNLCK ? flock(fd, LOCK_EX) : fcntl(fd, F_OFD_SETLK, &bytes);
+      _exit(write(ready[1], &code, sizeof code) < 0 || pause());
+    }
+    int code = -1;
+    if (read(ready[0], &code, sizeof code) < 0 || code != 0) throw std::runtime_error("lock");
+    for (const int fd : ready) close(fd);
+  }
+  ~HeldByAnother() {
+    kill(child_, SIGKILL);
+    waitpid(child_, nullptr, 0);
+  }
+  HeldByAnother(const HeldByAnother&) = delete;
+  HeldByAnother& operator=(const HeldByAnother&) = delete;
+
+ private:
+  pid_t child_;
+};
+
+// Whatever writes is refused before it has touched anything; whatever only looks goes on.
+TEST_F(VolumeSurvey, WhatStandsInTheWayOfARunRefusesIt) {
+  const std::string temp_file = temp + "a.tmp";
+  for (const std::string& path : {temp_file, own + "UDFO.txt"}) machine->MakeFile(path, "1");
+  machine->MakeFile(own + "Plugins\\qx.cdp", "D\x01Qx\r\nF\x01No\x01No\x01" + temp + "*.tmp\r\n");
+  StoreMachine(*machine);
+  const std::string root = Root(), sleep = root + "/hiberfil.sys", other = root + "/Scratch/d";
+  fs::create_directory(other);
+  const auto hold = [](const std::string& file, short kind) {
+    return [=] { return std::make_shared<HeldByAnother>(file, kind); };
+  };
+  const auto hibernate = [](const std::string& file) {
+    return [=] {
+      WriteNative(file, "hibr" + std::string(512, '\0'));
+      return std::shared_ptr<void>(nullptr, [=](void*) { fs::remove(file); });
+    };
+  };
+  const std::tuple<const char*, std::function<std::shared_ptr<void>()>, std::string> kRows[] = {
+      {"hibernated", hibernate(sleep), "shut it down whole"},
+      {"a further drive", hibernate(other + "/hiberfil.sys"), "D: This Windows is hibernated"},
+      {"a hive in use", hold(root + "/Windows/System32/config/SYSTEM", F_WRLCK), "virtual machine"},
+      {"another run", hold(root, F_UNLCK), "Another run of Quellix works on " + root},
+      {"another run on a further drive", hold(other, F_UNLCK), "Another run"}};
+  const Names drive = {"--drive", "D:=" + other};
+  for (const auto& [row, hinder, told] : kRows) {
+    SCOPED_TRACE(row);
+    const auto held = hinder();
+    const auto before = PictureOf(root);
+    for (const char* command :
+         {"clean --item CleanTempFiles", "search empty --delete", "registry app-paths --delete",
+          "plugins process qx", "browsers clean Firefox", "backup restore C_1.zip"}) {
+      Expect(With(Words(command), drive), 1, {told});
+    }
+    const bool is_locked = Holds(told, "Another run");
+    for (const char* command : {"clean --item CleanTempFiles --preview", "search empty"}) {
+      const ProgramResult looked = Run(With(Words(command), drive));
+      EXPECT_EQ(looked.exit_code, 0) << looked.output;
+      EXPECT_EQ(Has(looked, "A run would be refused: ") && Has(looked, told), !is_locked)
+          << looked.output;
+    }
+    Expect(With({"plugins", "list"}, drive), 0);
+    EXPECT_TRUE(PictureOf(root) == before);
+  }
+  const std::string image = root + "/Scratch/image";
+  WriteNative(image, "\xEB\x58\x90-FVE-FS-" + std::string(512, '\0'));
+  EXPECT_TRUE(Has(RunQuellixctl({"clean", "--all", "--volume", image}), "BitLocker"));
+  Expect(With({"clean", "--item", "CleanTempFiles"}, drive), 0);
+  EXPECT_FALSE(machine->Exists(temp_file));
 }
 
 // Without Error in any case, and without a loop: anyone can make an image.

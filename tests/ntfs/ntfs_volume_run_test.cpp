@@ -114,37 +114,17 @@ TEST_F(NtfsRun, WhatIsDeletedFromTheRegistryIsNowhereOnTheDisk) {
   EXPECT_EQ(disk.find(secret), std::string::npos);
 }
 
-TEST_F(NtfsRun, WhatTheDiskDoesNotTakeIsSaidAndNothingGoes) {
-  const auto hibernate = [this] {
-    volume_->Remount("rw");
-    WriteNative(volume_->path() + "/hiberfil.sys", "hibr" + std::string(8188, '\0'));
-    volume_->Remount("rw");  // it falls back to reading by itself
-  };
-  const auto fill = [this] {
-    volume_->Remount("remove_hiberfile,big_writes");
-    Fill();
-  };
-  const char *const kBoth = "CleanTempFiles CleanRunMRU", *const kProtected = "write-protected";
-  const std::tuple<const char*, const char*, std::function<void()>, const char*> kRows[] = {
-      {"read-only", kProtected, [this] { volume_->Remount("ro"); }, kBoth},
-      {"read-only, registry alone", kProtected, [] {}, "CleanRunMRU"},
-      {"read-only, files alone", "", [] {}, "CleanTempFiles"},
-      {"hibernated", kProtected, hibernate, kBoth},
-      {"full", "not enough space", fill, "CleanRunMRU"}};
-  for (const auto& [what, told, prepare, items] : kRows) {
-    SCOPED_TRACE(what);
-    prepare();
-    const bool is_full = std::string_view(what) == "full";
-    const auto before = Snapshot(!is_full);
-    const ProgramResult result = Run(With({"clean", "--item"}, Words(items)));
-    EXPECT_TRUE(result.exit_code == 1 || result.exit_code == 3) << result.output;
-    EXPECT_TRUE(Holds(result.output, told));
-    EXPECT_TRUE(HasMru());
-    EXPECT_EQ(Snapshot(!is_full), before);
-  }
+TEST_F(NtfsRun, AFullDiskIsSaidAndTheRegistryStays) {
+  Fill();
+  const auto before = Snapshot(false);
+  const ProgramResult result = Run({"clean", "--item", "CleanRunMRU"});
+  EXPECT_EQ(result.exit_code, 1) << result.output;
+  EXPECT_TRUE(Holds(result.output, "not enough space"));
+  EXPECT_TRUE(HasMru());
+  EXPECT_EQ(Snapshot(false), before);
 }
 
-TEST_F(NtfsRun, WhatStandsInTheWayOfCleaningIsTold) {
+TEST_F(NtfsRun, WhatStandsInTheWayIsToldAndRefusesARun) {
   const auto fix = [this](const std::string& options) {
     volume_->Remount("ro");
     ASSERT_EQ(std::system(("PATH=$PATH:/usr/sbin ntfsfix " + options + " '" + volume_->Image() +
@@ -153,26 +133,50 @@ TEST_F(NtfsRun, WhatStandsInTheWayOfCleaningIsTold) {
               0);
     volume_->Remount("rw");
   };
+  const auto hibernate = [this] {
+    volume_->Remount("rw");
+    WriteNative(volume_->path() + "/hiberfil.sys", "hibr" + std::string(8188, '\0'));
+    volume_->Remount("rw");  // it falls back to reading by itself
+  };
+  UniqueFd image;
+  const auto lock_image = [&] {  // as a virtual machine does
+    image = UniqueFd(open(volume_->Image().c_str(), O_RDWR | O_CLOEXEC));
+    struct flock bytes = {};
+    bytes.l_type = F_RDLCK;
+    bytes.l_start = 100;
+    bytes.l_len = 1;
+    ASSERT_EQ(fcntl(image.get(), F_OFD_SETLK, &bytes), 0);
+  };
+  const auto let_go = [&] {
+    image = UniqueFd();
+    fix("-d");
+  };
   const std::tuple<const char*, std::function<void()>, const char*> kRows[] = {
-      {"nothing", [&] { fix("-d"); }, ""},
       {"not closed", [&] { fix(""); }, "not closed properly"},
-      {"read-only", [this] { volume_->Remount("ro"); }, "mounted read-only"},
-      {"hibernated",
-       [this] {
-         volume_->Remount("rw");
-         WriteNative(volume_->path() + "/hiberfil.sys", "hibr" + std::string(8188, '\0'));
-         volume_->Remount("rw");
-       },
-       "as ntfs-3g does by itself"}};
+      {"a running machine", [&] { fix("-d"), lock_image(); }, "running virtual machine"},
+      {"read-only", [&] { let_go(), volume_->Remount("ro"); }, "mount -o remount,rw"},
+      {"hibernated", hibernate, "as ntfs-3g does by itself"}};
   for (const auto& [row, prepare, told] : kRows) {
     SCOPED_TRACE(row);
     prepare();
-    const ProgramResult result = RunQuellixctl({"volumes", volume_->path()});
-    EXPECT_EQ(result.exit_code, 0) << result.output;
-    EXPECT_TRUE(Holds(result.output, told));
-    EXPECT_TRUE(*told != '\0' || result.output.find("hindrance") == std::string::npos)
-        << result.output;
+    const auto before = Snapshot();
+    const ProgramResult surveyed = RunQuellixctl({"volumes", volume_->path()});
+    EXPECT_EQ(surveyed.exit_code, 0) << surveyed.output;
+    EXPECT_TRUE(Holds(surveyed.output, told));
+    for (const char* items : {"CleanTempFiles", "CleanRunMRU"}) {
+      const ProgramResult result = Run({"clean", "--item", items});
+      EXPECT_EQ(result.exit_code, 1) << result.output;
+      EXPECT_TRUE(Holds(result.output, told));
+      EXPECT_TRUE(Holds(Run({"clean", "--preview", "--item", items}).output, told));
+    }
+    EXPECT_TRUE(HasMru());
+    EXPECT_EQ(Snapshot(), before);
   }
+  volume_->Remount("remove_hiberfile");
+  const ProgramResult nothing = RunQuellixctl({"volumes", volume_->path()});
+  EXPECT_TRUE(nothing.output.find("hindrance") == std::string::npos) << nothing.output;
+  EXPECT_EQ(Run({"clean", "--item", "CleanRunMRU"}).exit_code, 0);
+  EXPECT_FALSE(HasMru());
 }
 
 TEST_F(NtfsRun, ReadingNeverWrites) {

@@ -1,6 +1,9 @@
 #include "support/volume_seed.h"
 
+#include <sys/stat.h>
+
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 #include "platform/text.h"
@@ -85,6 +88,22 @@ void SeedWindows(const std::string& volume) {
   SeedMachine(registry);
   registry.CloseHives();
   SeedUser(volume, kTesterName, kTesterSid);
+}
+
+std::map<std::string, std::string> PictureOf(const std::string& volume) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(volume)) {
+    std::string bytes;
+    if (entry.is_regular_file()) {
+      std::ifstream file(entry.path(), std::ios::binary);
+      bytes.assign(std::istreambuf_iterator<char>(file), {});
+    }
+    struct stat status {};
+    lstat(entry.path().c_str(), &status);
+    files[entry.path()] = std::to_string(status.st_mtim.tv_sec) + "." +
+                          std::to_string(status.st_mtim.tv_nsec) + " " + bytes;
+  }
+  return files;
 }
 
 void SeedUser(const std::string& volume, const std::string& name, const std::string& sid) {

@@ -25,6 +25,8 @@ class TemporaryFolder {
 
 // Lays out a Windows 10 in a folder: hives, one user with profile, temporary folder and classes.
 void SeedWindows(const std::string& volume);
+// Each file below a folder with its time and bytes.
+std::map<std::string, std::string> PictureOf(const std::string& volume);
 // A further profile with a hive of its own, listed in the registry.
 void SeedUser(const std::string& volume, const std::string& name, const std::string& sid);
 

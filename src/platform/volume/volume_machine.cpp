@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "platform/error.h"
+#include "platform/volume/volume_claim.h"
 #include "platform/volume/volume_error.h"
 
 namespace quellix {
@@ -31,6 +32,8 @@ VolumeMachine::VolumeMachine(const VolumeOptions& options) {
 }
 
 void VolumeMachine::OpenDrives(const VolumeOptions& options) {
+  const std::string why_none = WhyNoFolder(options.volume);
+  if (!why_none.empty()) throw Error(Error::Kind::kOther, options.volume + ": " + why_none);
   const FoundWindows windows = LookForWindows(options.volume);
   std::map<char, std::string> drives = options.drives;
   if (drives.contains(windows.letter)) {

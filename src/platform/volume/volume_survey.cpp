@@ -1,26 +1,18 @@
 #include "platform/volume/volume_survey.h"
 
-#include <mntent.h>
-#include <sys/stat.h>
-#include <sys/statvfs.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdio>
-#include <filesystem>
-#include <memory>
+#include <ctime>
 #include <optional>
 #include <string_view>
 
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
-#include "platform/volume/entry_info.h"
 #include "platform/volume/hive_format.h"
 #include "platform/volume/hive_state.h"
 #include "platform/volume/installed_windows.h"
-#include "platform/volume/ntfs_state.h"
-#include "platform/volume/volume_error.h"
+#include "platform/volume/mounted_disk.h"
+#include "platform/volume/volume_claim.h"
 
 namespace quellix {
 namespace {
@@ -30,37 +22,10 @@ using Survey = SurveyedVolume;
 constexpr const char* kCurrentVersion = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
 constexpr uint32_t kFirstBuildOf11 = 22000;
 
-struct MountedDisk {
-  std::string device, folder, type;
-};
-
-std::vector<MountedDisk> MountedDisks() {
-  std::vector<MountedDisk> disks;
-  const std::unique_ptr<FILE, int (*)(FILE*)> table(setmntent("/proc/self/mounts", "r"), endmntent);
-  if (!table) return disks;
-  while (const mntent* const row = getmntent(table.get())) {
-    disks.push_back({row->mnt_fsname, row->mnt_dir, row->mnt_type});
-  }
-  return disks;
-}
-
 // What Windows can be on, and what shows an image.
 bool MayHoldWindows(const MountedDisk& disk) {
   return disk.type.starts_with("ntfs") || disk.type.starts_with("fuse") || disk.type == "ufsd" ||
          disk.type == "exfat" || disk.type == "vfat";
-}
-
-std::optional<MountedDisk> DiskUnder(const std::string& folder) {
-  std::error_code none;
-  std::filesystem::path real = std::filesystem::canonical(folder, none);
-  const std::vector<MountedDisk> disks = MountedDisks();
-  for (; !none; real = real.parent_path()) {
-    for (auto disk = disks.rbegin(); disk != disks.rend(); ++disk) {
-      if (disk->folder == real) return *disk;
-    }
-    if (real == real.parent_path()) break;
-  }
-  return std::nullopt;
 }
 
 std::optional<RegistryValue> Query(Registry& registry, const char* key, const char* name) {
@@ -179,40 +144,6 @@ void AddWindows(VolumeFileSystem& files, const std::string& folder, Survey& surv
   AddDrives(registry, survey);
 }
 
-// A Windows that sleeps has written what it goes on with there; what it holds of the disk would not
-// fit any more.
-bool IsHibernated(VolumeFileSystem& files) {
-  const UniqueFd fd = files.OpenForRead(files.Letters() + ":\\hiberfil.sys");
-  char mark[4] = {};
-  if (!fd || pread(fd.get(), mark, sizeof mark, 0) != sizeof mark) return false;
-  return EqualsNoCase({mark, sizeof mark}, "hibr");
-}
-
-void AddHindrances(VolumeFileSystem& files, const std::string& folder, Survey& survey) {
-  const auto add = [&survey](const std::string& sentence) {
-    survey.Add(Survey::kHindrance, "", sentence);
-  };
-  struct statvfs disk;
-  const bool is_read_only = statvfs(folder.c_str(), &disk) == 0 && (disk.f_flag & ST_RDONLY) != 0;
-  const bool is_hibernated = IsHibernated(files);
-  const std::optional<MountedDisk> mounted = DiskUnder(folder);
-  if (is_hibernated) {
-    add("This Windows is hibernated, or was shut down with fast start-up. Start it and shut it "
-        "down "
-        "whole: shutdown /s /f /t 0");
-  }
-  if (is_read_only) {
-    add(is_hibernated
-            ? "It is mounted read-only, as ntfs-3g does by itself then."
-            : "It is mounted read-only. Mount it for writing: mount -o remount,rw " + folder);
-  } else if (access(folder.c_str(), W_OK) != 0) {
-    add("You have no right to write to it.");
-  }
-  if (mounted && LookAtDisk(mounted->device).is_dirty) {
-    add("Its NTFS is marked as not closed properly. Let Windows check it: chkdsk /f");
-  }
-}
-
 void SurveyFolder(const std::string& folder, Survey& survey) {
   std::optional<FoundWindows> windows;
   try {
@@ -222,35 +153,8 @@ void SurveyFolder(const std::string& folder, Survey& survey) {
   }
   VolumeFileSystem files({{windows->letter, folder}});
   AddWindows(files, std::string(1, windows->letter) + ":\\" + windows->folder_name, survey);
-  AddHindrances(files, folder, survey);
-}
-
-std::string HowToMount(const std::string& place, bool is_file, DiskState state) {
-  const std::string loop = is_file ? "loop," : "";
-  switch (state.kind) {
-    case DiskState::Kind::kBitLocker:
-      return "It is encrypted with BitLocker. Unlock it first: cryptsetup open --type bitlk " +
-             place + " NAME";
-    case DiskState::Kind::kNtfs:
-      return "It is an NTFS that is not mounted. To look: mount -t ntfs-3g -o " + loop + "ro " +
-             place + " DIR, and without ro to clean.";
-    case DiskState::Kind::kPartitioned:
-      return "It is a disk with partitions. Show them as devices: losetup --find --show "
-             "--partscan " +
-             place;
-    case DiskState::Kind::kUnknown:
-      break;
-  }
-  return "It is no folder, and no disk that is known here.";
-}
-
-void SurveyDisk(const std::string& place, bool is_file, Survey& survey) {
-  const DiskState state = LookAtDisk(place);
-  survey.Add(Survey::kHindrance, "", HowToMount(place, is_file, state));
-  if (state.is_dirty) {
-    survey.Add(Survey::kHindrance, "",
-               "Its NTFS is marked as not closed properly. Let Windows check it: chkdsk /f");
-  }
+  for (const std::string& hindrance : HindrancesOf(folder, windows->folder_name))
+    survey.Add(Survey::kHindrance, "", hindrance);
 }
 
 }  // namespace
@@ -258,13 +162,8 @@ void SurveyDisk(const std::string& place, bool is_file, Survey& survey) {
 SurveyedVolume SurveyVolume(const std::string& place) {
   SurveyedVolume survey;
   survey.place = place;
-  struct stat status;
-  if (stat(place.c_str(), &status) != 0) ThrowErrno(errno, place);
-  if (S_ISDIR(status.st_mode)) {
-    SurveyFolder(place, survey);
-  } else {
-    SurveyDisk(place, S_ISREG(status.st_mode), survey);
-  }
+  const std::string why_none = WhyNoFolder(place);
+  why_none.empty() ? SurveyFolder(place, survey) : survey.Add(Survey::kHindrance, "", why_none);
   return survey;
 }
 

@@ -1,0 +1,144 @@
+#include "platform/volume/volume_claim.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <set>
+
+#include "platform/text.h"
+#include "platform/volume/installed_windows.h"
+#include "platform/volume/mounted_disk.h"
+#include "platform/volume/ntfs_state.h"
+#include "platform/volume/volume_error.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char
+    *kHibernated =
+        "This Windows is hibernated, or was shut down with fast start-up. Start it and "
+        "shut it down whole: shutdown /s /f /t 0",
+    *kFellBack = "It is mounted read-only, as ntfs-3g does by itself then.",
+    *kMountedReadOnly = "It is mounted read-only. Mount it for writing: mount -o remount,rw ",
+    *kNoRight = "You have no right to write to it. Mount it for yourself, or do this as root.",
+    *kDirty = "Its NTFS is marked as not closed properly. Let Windows check it: chkdsk /f",
+    *kInUse =
+        "Another program, such as a running virtual machine, holds a lock on it. Shut that "
+        "down first.";
+
+// A Windows that sleeps has written what it goes on with there; what it holds of the disk would not
+// fit any more.
+bool IsHibernated(VolumeFileSystem& files) {
+  const UniqueFd fd = files.OpenForRead("C:\\hiberfil.sys");
+  char mark[4] = {};
+  if (!fd || pread(fd.get(), mark, sizeof mark, 0) != sizeof mark) return false;
+  return EqualsNoCase({mark, sizeof mark}, "hibr");
+}
+
+bool IsReadOnly(const std::string& folder) {
+  struct statvfs disk;
+  return statvfs(folder.c_str(), &disk) == 0 && (disk.f_flag & ST_RDONLY) != 0;
+}
+
+// The kernel's own driver marks the disk as soon as something is written, and lets nobody write to
+// one that was marked before unless it is forced.
+bool IsDirty(const MountedDisk& disk) {
+  const bool is_own_mark = disk.type == "ntfs3" && !disk.is_forced;
+  return !is_own_mark && LookAtDisk(disk.device).is_dirty;
+}
+
+// By whoever runs a machine on the disk, or has its folders shared.
+bool IsInUse(VolumeFileSystem& files, const std::string& windows_folder,
+             const std::optional<MountedDisk>& disk) {
+  std::vector<LockedFile> locked;
+  if (disk) locked = FilesBehind(disk->device);
+  for (const char* hive : {"SOFTWARE", "SYSTEM"}) {
+    if (windows_folder.empty()) break;
+    const UniqueFd fd = files.OpenForRead(MachineHive("C:\\" + windows_folder, hive));
+    struct stat status;
+    if (fd && fstat(fd.get(), &status) == 0) locked.emplace_back(status.st_dev, status.st_ino);
+  }
+  return AreLocked(locked);
+}
+
+std::string HowToMount(const std::string& place, bool is_file, DiskState state) {
+  const std::string loop = is_file ? "loop," : "";
+  switch (state.kind) {
+    case DiskState::Kind::kBitLocker:
+      return "It is encrypted with BitLocker. Unlock it first: cryptsetup open --type bitlk " +
+             place + " NAME";
+    case DiskState::Kind::kNtfs:
+      return "It is an NTFS that is not mounted. To look: mount -t ntfs-3g -o " + loop + "ro " +
+             place + " DIR, and without ro to clean.";
+    case DiskState::Kind::kPartitioned:
+      return "It is a disk with partitions. Show them as devices: losetup --find --show "
+             "--partscan " +
+             place;
+    case DiskState::Kind::kUnknown:
+      break;
+  }
+  return "It is no folder, and no disk that is known here.";
+}
+
+}  // namespace
+
+std::vector<std::string> HindrancesOf(const std::string& folder,
+                                      const std::string& windows_folder) {
+  std::vector<std::string> hindrances;
+  VolumeFileSystem files({{'C', folder}});
+  const std::optional<MountedDisk> disk = DiskUnder(folder);
+  const bool is_hibernated = IsHibernated(files);
+  if (is_hibernated) hindrances.emplace_back(kHibernated);
+  if (!windows_folder.empty()) {
+    if (IsReadOnly(folder)) {
+      hindrances.push_back(is_hibernated ? kFellBack : kMountedReadOnly + folder);
+    } else if (access(folder.c_str(), W_OK) != 0) {
+      hindrances.emplace_back(kNoRight);
+    }
+  }
+  if (disk && IsDirty(*disk)) hindrances.emplace_back(kDirty);
+  if (IsInUse(files, windows_folder, disk)) hindrances.emplace_back(kInUse);
+  return hindrances;
+}
+
+std::vector<std::string> HindrancesOf(const std::string& volume,
+                                      const std::map<char, std::string>& drives) {
+  if (std::string why = WhyNoFolder(volume); !why.empty()) return {std::move(why)};
+  std::vector<std::string> all = HindrancesOf(volume, LookForWindows(volume).folder_name);
+  for (const auto& [letter, folder] : drives) {
+    for (const std::string& hindrance : HindrancesOf(folder, ""))
+      all.push_back(std::string(1, letter) + ": " + hindrance);
+  }
+  return all;
+}
+
+std::string WhyNoFolder(const std::string& place) {
+  struct stat status;
+  if (stat(place.c_str(), &status) != 0) ThrowErrno(errno, place);
+  if (S_ISDIR(status.st_mode)) return "";
+  const DiskState state = LookAtDisk(place);
+  const std::string why = HowToMount(place, S_ISREG(status.st_mode), state);
+  return state.is_dirty ? why + " " + kDirty : why;
+}
+
+// A disk that knows no locks lets everybody work.
+FolderLocks::FolderLocks(const std::vector<std::string>& folders) {
+  std::set<std::pair<dev_t, ino_t>> known;
+  for (const std::string& folder : folders) {
+    UniqueFd fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    struct stat status;
+    if (!fd || fstat(fd.get(), &status) != 0) ThrowErrno(errno, folder);
+    if (!known.emplace(status.st_dev, status.st_ino).second) continue;
+    if (flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+      throw Error(Error::Kind::kInUse,
+                  "Another run of Quellix works on " + folder + ". Wait until it has ended.");
+    }
+    held_.push_back(std::move(fd));
+  }
+}
+
+}  // namespace quellix

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/volume/unique_fd.h"
+
+namespace quellix {
+
+// What stands in the way of changing what is in a mounted folder, and what to do about it: a
+// sentence each. `windows_folder` is the name of the one there with Windows, or "".
+std::vector<std::string> HindrancesOf(const std::string& folder, const std::string& windows_folder);
+
+// The same for all drives of a Windows: a further one that can only be read hinders nobody. Throws
+// Error where there is no Windows, which tells what was looked for.
+std::vector<std::string> HindrancesOf(const std::string& volume,
+                                      const std::map<char, std::string>& drives);
+
+// Why a place that is no folder is none, and how to make one of it: a disk or its image is to be
+// mounted, one that is encrypted unlocked. "" for a folder. Throws Error when it is not there.
+std::string WhyNoFolder(const std::string& place);
+
+// Keeps all other runs from some folders while this lives; the system lets go of what a killed run
+// held, and nothing is written for it.
+class FolderLocks {
+ public:
+  FolderLocks() = default;
+  // Throws Error (kInUse) when another run works on one of them.
+  explicit FolderLocks(const std::vector<std::string>& folders);
+
+ private:
+  std::vector<UniqueFd> held_;
+};
+
+}  // namespace quellix
