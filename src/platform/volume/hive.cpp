@@ -379,20 +379,31 @@ void Hive::DeleteKey(HiveNode node) {
 void Hive::Commit() {
   if (!changed_) return;
   RequireWritable();
-  const auto replaced = StoreHive(files_, path_, original_is_due_, [&](int fd) {
+  const auto fill = [&](int fd) {
     if (const int code = WriteAll(fd, Edited(), 0)) ThrowErrno(code, path_);
     std::unique_ptr<hive_h, Closer> written(hivex_open(ProcPath(fd).c_str(), 0));
     if (!written || !ReadsWhole(written.get())) ThrowDamaged();
     // Nothing holds the old file open: ntfs-3g would give it one more name when it is removed.
     hive_ = std::move(written);
     state_.fd = UniqueFd();
-  });
+  };
+  const auto replaced =
+      StoreHive(files_, path_, original_is_due_, fill, [this] { RequireUnchanged(); });
+  Restamp();
   root_ = hivex_root(hive_.get());
   contents_.clear();
   made_.clear();
   changed_ = false;
   is_replaced_ = true;
   if (replaced) Overwrite(*replaced);
+}
+
+void Hive::RequireUnchanged() {
+  if (StampsOf(files_, path_) == state_.stamps) return;
+  throw Error(Error::Kind::kInUse,
+              "Another program changed this registry hive or its logs meanwhile, so it is not "
+              "written: " +
+                  path_);
 }
 
 const std::string& Hive::Edited() {

@@ -76,6 +76,9 @@ class Hive {
   // original, which then goes unless it is to be `kept`. Does nothing where nothing was changed.
   // Throws Error.
   void Finish(bool kept);
+  // The hive and its logs count as unchanged from now on: this program itself changed what is
+  // beside it. Else a hive that others changed since it was opened is not replaced.
+  void Restamp() { state_.stamps = StampsOf(files_, path_); }
 
  private:
   struct Closer {
@@ -119,6 +122,7 @@ class Hive {
   auto Edit(const Change& change);
   void RequireUsableName(std::string_view name, size_t most) const;
   const std::string& Edited();
+  void RequireUnchanged();
   Content& ChangedChildren(HiveNode parent);
 
   VolumeFileSystem& files_;

@@ -10,7 +10,7 @@
 namespace quellix {
 namespace {
 
-using namespace hive_format;
+using namespace hive_format;  // NOLINT(google-build-using-namespace): the places of one format
 
 constexpr size_t kAlignment = 4;  // of what is found, though Windows makes all cells wider
 

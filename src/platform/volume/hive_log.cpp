@@ -12,7 +12,7 @@
 namespace quellix {
 namespace {
 
-using namespace hive_format;
+using namespace hive_format;  // NOLINT(google-build-using-namespace): the places of one format
 
 // The header of a log differs from its hive's in the type.
 constexpr uint32_t kOfHive = 0, kOfVectorLog = 1, kOfOldVectorLog = 2, kOfEntryLog = 6;

@@ -2,6 +2,7 @@
 #include "platform/volume/hive_state.h"
 
 #include <sys/mman.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 
@@ -34,8 +35,23 @@ std::vector<std::string> ReadLogs(VolumeFileSystem& files, const std::string& pa
 
 }  // namespace
 
+HiveStamps StampsOf(VolumeFileSystem& files, const std::string& path) {
+  HiveStamps stamps;
+  for (const char* extension : {"", ".LOG1", ".LOG2", ".LOG"}) {
+    const UniqueFd fd = files.OpenForRead(path + extension);
+    struct stat status;
+    std::optional<FileStamp>& stamp = stamps.emplace_back();
+    if (!fd || fstat(fd.get(), &status) != 0) continue;
+    stamp = {IdFrom(status), static_cast<uint64_t>(status.st_size),
+             status.st_mtim.tv_sec * INT64_C(1'000'000'000) + status.st_mtim.tv_nsec};
+  }
+  return stamps;
+}
+
 HiveState OpenHiveState(VolumeFileSystem& files, const std::string& path) {
-  HiveState state{files.OpenForRead(path), {}, false};
+  HiveState state;
+  state.stamps = StampsOf(files, path);
+  state.fd = files.OpenForRead(path);
   if (!state.fd) return state;
   const std::vector<std::string> logs = ReadLogs(files, path);
   if (!MayConcern(ReadSector(state.fd.get()), logs)) return state;

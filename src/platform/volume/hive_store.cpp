@@ -10,7 +10,7 @@
 namespace quellix {
 namespace {
 
-using namespace hive_format;
+using namespace hive_format;  // NOLINT(google-build-using-namespace): the places of one format
 
 constexpr uint32_t kOfEntryLog = 6;
 
@@ -75,7 +75,8 @@ std::string OriginalName(std::string_view path) { return std::string(path) + ".q
 
 std::unique_ptr<RandomFile> StoreHive(VolumeFileSystem& files, const std::string& path,
                                       bool& original_is_due,
-                                      const std::function<void(int fd)>& fill) {
+                                      const std::function<void(int fd)>& fill,
+                                      const std::function<void()>& check) {
   const std::string name(NamePart(path));
   const auto folder = files.OpenFolderOf(path);
   auto old = folder->Open(name, original_is_due ? OpenMode::kRead : OpenMode::kReadAndCreate);
@@ -83,6 +84,7 @@ std::unique_ptr<RandomFile> StoreHive(VolumeFileSystem& files, const std::string
   const bool is_alone = old->LinkCount() == 1;
   if (original_is_due || !is_alone) old.reset();
   folder->Replace(name, fill, [&] {
+    check();
     if (original_is_due) KeepOriginal(*folder, name);
     original_is_due = false;
   });
@@ -114,17 +116,21 @@ void FinishHive(VolumeFileSystem& files, const std::string& path, bool kept) {
 }
 
 // Logs that the hive still needs stay, and with a hive that is not sound the original does.
-void ClearOriginal(VolumeFileSystem& files, const std::string& path) {
-  if (!files.Look(OriginalName(path), Detail::kKind)) return;
+bool ClearOriginal(VolumeFileSystem& files, const std::string& path) {
+  if (!files.Look(OriginalName(path), Detail::kKind)) return false;
   try {
     const HiveState state = OpenHiveState(files, path);
-    if (!state.fd || !state.read_only_reason.empty()) return;
-    if (!IsSoundHive(ReadAll(state.fd.get(), kLargestHive, path))) return;
-    if (!state.is_replayed) return FinishHive(files, path, false);
-    WipeOriginal(*files.OpenFolderOf(path), std::string(NamePart(path)));
+    if (!state.fd || !state.read_only_reason.empty()) return true;
+    if (!IsSoundHive(ReadAll(state.fd.get(), kLargestHive, path))) return true;
+    if (state.is_replayed) {
+      WipeOriginal(*files.OpenFolderOf(path), std::string(NamePart(path)));
+    } else {
+      FinishHive(files, path, false);
+    }
   } catch (const Error& error) {
     if (error.kind() != Error::Kind::kDenied) throw;
   }
+  return true;
 }
 
 }  // namespace quellix

@@ -195,7 +195,11 @@ void VolumeRegistry::CreateKey(RegistryRoot root, std::string_view path) {
 
 void VolumeRegistry::ClearLeftovers() {
   if (keeps_hives_) return;
-  for (const Mount& mount : mounts_) ClearOriginal(files_, mount.path);
+  for (const Mount& mount : mounts_) {
+    const auto open = hives_.find(mount.path);
+    if (ClearOriginal(files_, mount.path) && open != hives_.end() && open->second)
+      open->second->Restamp();
+  }
 }
 
 void VolumeRegistry::CloseHives() {

@@ -143,6 +143,7 @@ TEST_F(HiveChanges, TheOriginalStaysUntilTheEndAndOnRequestBeyond) {
   const std::string original = ReadNative(hive_), log = HiveLog(original, "");
   for (const bool kept : {true, false}) {
     SCOPED_TRACE(kept);
+    test_->CloseHives();
     WriteNative(hive_, original);
     WriteNative(hive_ + ".LOG1", log);
     registry.KeepHives(kept);
@@ -236,6 +237,37 @@ TEST_F(HiveChanges, FlagsBesideALengthStayAndCountsAreThoseOfTheLists) {
     std::string wrong = bytes;
     PutNumber(wrong, root + kKeySubKeyCount, NumberAt(bytes, root + kKeySubKeyCount) + by);
     EXPECT_FALSE(IsSoundHive(wrong)) << by;
+  }
+}
+
+TEST_F(HiveChanges, AHiveThatOthersChangedMeanwhileIsNotReplaced) {
+  Set("A", "v", "1");
+  test_->CloseHives();
+  const std::string original = ReadNative(hive_);
+  const std::pair<const char*, std::function<void()>> kRows[] = {
+      {"written", [&] { WriteNative(hive_, original); }},
+      {"grown", [&] { WriteNative(hive_, original + std::string(4096, '\0')); }},
+      {"replaced",
+       [&] {
+         fs::copy_file(hive_, hive_ + ".new");
+         fs::last_write_time(hive_ + ".new", fs::last_write_time(hive_));
+         fs::rename(hive_ + ".new", hive_);
+       }},
+      {"a log", [&] { WriteNative(hive_ + ".LOG1", HiveLog(original, "")); }}};
+  for (const auto& [row, change] : kRows) {
+    SCOPED_TRACE(row);
+    WriteNative(hive_, original);
+    for (const bool is_stored_before : {false, true}) {
+      Key("A")->SetValue("v", {kRegBinary, "2"});
+      if (is_stored_before) Key("A")->Flush();
+      const std::string stored = ReadNative(hive_);
+      Key("A")->SetValue("v", {kRegBinary, "3"});
+      change();
+      const std::string changed = ReadNative(hive_);
+      EXPECT_EQ(KindOf([&] { test_->CloseHives(); }), Error::Kind::kInUse);
+      EXPECT_TRUE(ReadNative(hive_) == changed);
+      fs::remove(hive_ + ".LOG1");
+    }
   }
 }
 
