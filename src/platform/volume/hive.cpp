@@ -1,10 +1,14 @@
 #include "platform/volume/hive.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <new>
 #include <utility>
 
 #include "platform/damaged.h"
@@ -39,8 +43,23 @@ uint32_t FromHiveType(const hive_type& type) {
   return number;
 }
 
-// Whether hivex reads every key, value and datum of a hive that is put together as one must be.
-bool ReadsWhole(hive_h* hive) {
+// Whether a key leads elsewhere, so that hivex takes what is no count of values for one.
+bool IsPredefined(int fd, HiveNode node) {
+  using namespace hive_format;  // NOLINT(google-build-using-namespace): the places of one format
+  return (ReadNumber(fd, static_cast<off_t>(node + kKeyFlags), 2) & kKeyIsPredefined) != 0;
+}
+
+// One without data may name no cell, which hivex does not expect.
+bool ReadsValue(hive_h* hive, hive_value_h value) {
+  hive_type type;
+  size_t size = 0;
+  if (hivex_value_type(hive, value, &type, &size) != 0) return false;
+  return size == 0 || Allocated<char>(hivex_value_value(hive, value, &type, &size)) != nullptr;
+}
+
+// Whether hivex reads every key, value and datum of a hive that is put together as one must be;
+// `fd` is the same file.
+bool ReadsWhole(hive_h* hive, int fd) {
   struct Step {
     HiveNode node;
     size_t level;
@@ -51,12 +70,10 @@ bool ReadsWhole(hive_h* hive) {
     open.pop_back();
     const Allocated<hive_value_h> values(hivex_node_values(hive, step.node));
     const Allocated<hive_node_h> nodes(hivex_node_children(hive, step.node));
-    if (step.level > kMostLevels || !values || !nodes) return false;
-    for (const hive_value_h* value = values.get(); *value != 0; ++value) {
-      hive_type type;
-      size_t size = 0;
-      const Allocated<char> bytes(hivex_value_value(hive, *value, &type, &size));
-      if (!bytes) return false;
+    const bool has_values = values != nullptr || IsPredefined(fd, step.node);
+    if (step.level > kMostLevels || !has_values || !nodes) return false;
+    for (const hive_value_h* value = values.get(); value && *value != 0; ++value) {
+      if (!ReadsValue(hive, *value)) return false;
     }
     for (const hive_node_h* node = nodes.get(); *node != 0; ++node) {
       open.push_back({*node, step.level + 1});
@@ -71,11 +88,24 @@ int64_t Now() {
   return ToFileTime(now);
 }
 
+// One that needs more memory than there is fails alone.
+template <class Work>
+auto InMemory(const std::string& path, const Work& work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    ThrowErrno(ENOMEM, path);
+  }
+}
+
 }  // namespace
 
 std::shared_ptr<Hive> Hive::Open(VolumeFileSystem& files, const std::string& path) {
-  HiveState state = OpenHiveState(files, path);
+  HiveState state = InMemory(path, [&] { return OpenHiveState(files, path); });
   if (!state.fd) return nullptr;
+  struct stat status;
+  if (fstat(state.fd.get(), &status) != 0) ThrowErrno(errno, path);
+  if (static_cast<uint64_t>(status.st_size) > kLargestHive) ThrowErrno(EFBIG, path);
   std::unique_ptr<hive_h, Closer> hive(hivex_open(ProcPath(state.fd.get()).c_str(), 0));
   if (!hive && errno == ENOMEM) ThrowErrno(errno, path);
   if (!hive) throw Damaged("The registry hive is damaged: " + path);
@@ -104,15 +134,22 @@ void Hive::ThrowDamaged() const { throw Damaged("The registry hive is damaged: "
 void Hive::RequireWritable() {
   if (!editor_ && state_.read_only_reason.empty()) {
     files_.RequireWritable(path_);
-    std::string bytes = ReadAll(state_.fd.get(), kLargestHive, path_);
-    if (IsSoundHive(bytes) && ReadsWhole(hive_.get())) {
-      editor_.emplace(std::move(bytes));
-    } else {
+    if (!InMemory(path_, [this] { return OpenEditor(); }))
       state_.read_only_reason = "The registry hive is damaged, so it is only read: " + path_;
-    }
   }
   if (!state_.read_only_reason.empty()) {
     throw Error(Error::Kind::kDenied, state_.read_only_reason);
+  }
+}
+
+// False where the hive is not put together as one must be.
+bool Hive::OpenEditor() {
+  try {
+    if (!ReadsWhole(hive_.get(), state_.fd.get())) return false;
+    editor_.emplace(ReadAll(state_.fd.get(), kLargestHive, path_));
+    return true;
+  } catch (const UnsoundHive&) {
+    return false;
   }
 }
 
@@ -139,7 +176,7 @@ Hive::Content& Hive::Children(HiveNode node) {
     const Allocated<char> name(hivex_node_name(hive_.get(), *child));
     // A name that cannot be told is left alone: nothing could name it either.
     if (!name) continue;
-    content.names.emplace_back(name.get());
+    content.names.emplace_back(name.get(), hivex_node_name_len(hive_.get(), *child));
     content.nodes.push_back(*child);
   }
   content.has_children = true;
@@ -199,7 +236,10 @@ std::string Hive::PathOf(HiveNode node) const {
     const bool is_made = made != made_.end();
     const Allocated<char> name(is_made ? nullptr : hivex_node_name(hive_.get(), node));
     if ((!is_made && !name) || level > kMostLevels) ThrowDamaged();
-    path.insert(0, is_made ? made->second.name : std::string(name.get())).insert(0, "\\");
+    const auto stored = [&] {
+      return std::string(name.get(), hivex_node_name_len(hive_.get(), node));
+    };
+    path.insert(0, is_made ? made->second.name : stored()).insert(0, "\\");
     node = is_made ? made->second.parent : hivex_node_parent(hive_.get(), node);
     if (node == 0) ThrowDamaged();
   }
@@ -226,9 +266,9 @@ Hive::Content& Hive::LoadedValues(HiveNode node) {
   Content& content = Cached(node);
   if (content.has_values) return content;
   const Allocated<hive_value_h> handles(hivex_node_values(hive_.get(), node));
-  if (!handles) ThrowDamaged();
+  if (!handles && !IsPredefined(state_.fd.get(), node)) ThrowDamaged();
   std::vector<Value> values;
-  for (const hive_value_h* handle = handles.get(); *handle != 0; ++handle) {
+  for (const hive_value_h* handle = handles.get(); handle && *handle != 0; ++handle) {
     if (auto value = LoadValue(*handle)) values.push_back(std::move(*value));
   }
   content.values = std::move(values);
@@ -284,6 +324,8 @@ auto Hive::Edit(const Change& change) {
     return change(*editor_);
   } catch (const UnsoundHive&) {
     state_.read_only_reason = "The registry hive is damaged, so it is only read: " + path_;
+  } catch (const std::bad_alloc&) {
+    state_.read_only_reason = "There is not enough memory to change the registry hive: " + path_;
   } catch (const Error& error) {
     state_.read_only_reason = error.what() + (": " + path_);
   }
@@ -300,6 +342,9 @@ void Hive::SetValue(HiveNode node, std::string_view name, const RegistryValue& v
   RequireWritable();
   RequireUsableName(name, kLongestValueName);
   const Value* const found = FindValue(node, name);
+  if (!made_.contains(node) && IsPredefined(state_.fd.get(), node)) {
+    throw Error(Error::Kind::kDenied, "This registry key leads to another one: " + path_);
+  }
   Content& content = LoadedValues(node);
   const size_t at =
       found ? static_cast<size_t>(found - content.values.data()) : content.values.size();
@@ -382,10 +427,10 @@ void Hive::Commit() {
   const auto fill = [&](int fd) {
     if (const int code = WriteAll(fd, Edited(), 0)) ThrowErrno(code, path_);
     std::unique_ptr<hive_h, Closer> written(hivex_open(ProcPath(fd).c_str(), 0));
-    if (!written || !ReadsWhole(written.get())) ThrowDamaged();
+    if (!written || !ReadsWhole(written.get(), fd)) ThrowDamaged();
     // Nothing holds the old file open: ntfs-3g would give it one more name when it is removed.
     hive_ = std::move(written);
-    state_.fd = UniqueFd();
+    state_.fd = UniqueFd(open(ProcPath(fd).c_str(), O_RDONLY | O_CLOEXEC));
   };
   const auto replaced =
       StoreHive(files_, path_, original_is_due_, fill, [this] { RequireUnchanged(); });
@@ -408,7 +453,7 @@ void Hive::RequireUnchanged() {
 
 const std::string& Hive::Edited() {
   try {
-    return editor_->Finish(Now());
+    return *InMemory(path_, [this] { return &editor_->Finish(Now()); });
   } catch (const UnsoundHive&) {
     ThrowDamaged();
   }

@@ -121,6 +121,7 @@ class Hive {
   template <class Change>
   auto Edit(const Change& change);
   void RequireUsableName(std::string_view name, size_t most) const;
+  bool OpenEditor();
   const std::string& Edited();
   void RequireUnchanged();
   Content& ChangedChildren(HiveNode parent);

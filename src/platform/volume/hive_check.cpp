@@ -37,20 +37,27 @@ class Check {
  public:
   explicit Check(std::string_view bytes) : bytes_(bytes), cells_(bytes.size() / kAlignment) {}
 
-  std::vector<HiveCell> Run() {
+  void Run() {
     ForEachBin(bytes_, [this](size_t at, size_t end) { ReadCells(at + kBinHeader, end); });
-    open_.push_back(Number(kRootKey));
+    open_.push_back({Number(kRootKey), kNone});
     while (!open_.empty()) {
-      const uint32_t key = open_.back();
+      const OpenKey key = open_.back();
       open_.pop_back();
       TakeKey(key);
     }
     std::ranges::sort(reached_, {}, &HiveCell::at);
-    return std::move(reached_);
+  }
+  std::vector<HiveCell> reached() { return std::move(reached_); }
+  std::vector<HiveStray> Strays() {
+    for (HiveStray& stray : strays_) stray.cell = TakeLeftOver(Number(stray.owner));
+    return std::move(strays_);
   }
 
  private:
   enum class Cell : uint8_t { kFree, kUsed, kTaken };
+  struct OpenKey {
+    uint32_t place, parent;
+  };
 
   uint32_t Number(size_t at, size_t bytes = 4) const { return NumberAt(bytes_, at, bytes); }
   std::string_view Mark(size_t at) const { return bytes_.substr(at + kMark, 2); }
@@ -88,22 +95,41 @@ class Check {
     reached_.back().used = length;
   }
 
-  void TakeKey(uint32_t place) {
-    const size_t key = Take(place, kKeyName);
+  // The cell that a stray number names, when nothing has taken it; else 0.
+  size_t TakeLeftOver(uint32_t place) {
+    const size_t at = kPage + size_t{place};
+    const bool is_cell = at % kAlignment == 0 && at / kAlignment < cells_.size();
+    if (!is_cell || cells_[at / kAlignment] != Cell::kUsed) return 0;
+    cells_[at / kAlignment] = Cell::kTaken;
+    return at;
+  }
+  void NoteStray(size_t owner) {
+    if (Number(owner) != kNone) strays_.push_back({owner, 0});
+  }
+
+  void TakeKey(const OpenKey& open) {
+    const size_t key = Take(open.place, kKeyName);
     Require(Mark(key) == "nk");
+    Require(open.parent == kNone || Number(key + kKeyParent) == open.parent);
     Use(kKeyName + Number(key + kKeyNameLength, 2));
     const uint32_t sub_keys = Number(key + kKeySubKeyCount);
-    if (sub_keys != 0) Require(TakeSubKeys(Number(key + kKeySubKeys), true) == sub_keys);
-    if (Number(key + kKeyValueCount) != 0) {
-      TakeValues(Number(key + kKeyValues), Number(key + kKeyValueCount));
+    if (sub_keys == 0) {
+      NoteStray(key + kKeySubKeys);
+    } else {
+      Require(TakeSubKeys(Number(key + kKeySubKeys), open.place, true) == sub_keys);
     }
+    TakeValues(key);
     const uint32_t name = Number(key + kKeyClass), length = Number(key + kKeyClassLength, 2);
-    if (name != kNone && length != 0) Take(name, kMark + length);
+    if (length == 0) {
+      NoteStray(key + kKeyClass);
+    } else if (name != kNone) {
+      Take(name, kMark + length);
+    }
     TakeSecurity(Number(key + kKeySecurity));
   }
 
   // A list of keys, or of such lists; how many keys those are.
-  size_t TakeSubKeys(uint32_t place, bool may_hold_lists) {
+  size_t TakeSubKeys(uint32_t place, uint32_t parent, bool may_hold_lists) {
     const size_t list = Take(place, kListEntries);
     const std::string_view mark = Mark(list);
     const bool holds_lists = mark == "ri";
@@ -114,16 +140,19 @@ class Check {
     for (size_t i = 0; i < count; ++i) {
       const uint32_t entry = Number(list + kListEntries + i * step);
       if (holds_lists) {
-        keys += TakeSubKeys(entry, false);
+        keys += TakeSubKeys(entry, parent, false);
       } else {
-        open_.push_back(entry);
+        open_.push_back({entry, parent});
       }
     }
     return keys;
   }
 
-  void TakeValues(uint32_t place, uint32_t count) {
-    const size_t list = Take(place, kMark + size_t{count} * 4);
+  void TakeValues(size_t key) {
+    const size_t count = ValueCountAt(bytes_, key);
+    const bool is_predefined = (Number(key + kKeyFlags, 2) & kKeyIsPredefined) != 0;
+    if (count == 0) return is_predefined ? void() : NoteStray(key + kKeyValues);
+    const size_t list = Take(Number(key + kKeyValues), kMark + count * 4);
     for (size_t i = 0; i < count; ++i) TakeValue(Number(list + kMark + i * 4));
   }
 
@@ -133,6 +162,7 @@ class Check {
     Use(kValueName + Number(value + kValueNameLength, 2));
     const uint32_t size = Number(value + kValueDataSize);
     if ((size & kDataInline) != 0) return;
+    if (size == 0) return NoteStray(value + kValueData);
     const uint32_t data = Number(value + kValueData);
     const bool has_pieces = size > kMostInPiece && Number(kMinorVersion) >= kFirstVersionWithPieces;
     has_pieces ? TakePieces(data, size) : void(Take(data, kMark + size_t{size}));
@@ -165,15 +195,26 @@ class Check {
   }
 
   std::string_view bytes_;
-  std::vector<Cell> cells_;     // by place in the file, in steps of the alignment
-  std::vector<uint32_t> open_;  // keys that are still to be looked at
+  std::vector<Cell> cells_;    // by place in the file, in steps of the alignment
+  std::vector<OpenKey> open_;  // keys that are still to be looked at
   std::unordered_set<uint32_t> security_;
   std::vector<HiveCell> reached_;
+  std::vector<HiveStray> strays_;
 };
 
 }  // namespace
 
-std::vector<HiveCell> ReachedCells(std::string_view bytes) { return Check(bytes).Run(); }
+std::vector<HiveCell> ReachedCells(std::string_view bytes) {
+  Check check(bytes);
+  check.Run();
+  return check.reached();
+}
+
+std::vector<HiveStray> StraysOf(std::string_view bytes) {
+  Check check(bytes);
+  check.Run();
+  return check.Strays();
+}
 
 bool IsSoundHive(std::string_view bytes) {
   try {

@@ -18,7 +18,16 @@ struct HiveCell {
 // to one place only. `bytes` is the whole file.
 std::vector<HiveCell> ReachedCells(std::string_view bytes);
 
-// Whether the above throws nothing.
+// A number in the file that should name no cell, as what it belongs to is said to be empty.
+struct HiveStray {
+  size_t owner;  // its place
+  size_t cell;   // what it names all the same and nothing else does; 0 for no cell in use
+};
+
+// All of them; throws as above.
+std::vector<HiveStray> StraysOf(std::string_view bytes);
+
+// Whether the above throw nothing.
 bool IsSoundHive(std::string_view bytes);
 
 // Whether bins follow one another to the end that the header names, each where it says it is.

@@ -60,7 +60,14 @@ size_t StepOf(std::string_view mark) { return mark[1] == 'i' ? 4 : 8; }
 
 }  // namespace
 
-HiveEditor::HiveEditor(std::string bytes) : bytes_(std::move(bytes)) { ReadFreeCells(); }
+HiveEditor::HiveEditor(std::string bytes) : bytes_(std::move(bytes)) {
+  const std::vector<HiveStray> strays = StraysOf(bytes_);
+  ReadFreeCells();
+  for (const HiveStray& stray : strays) {
+    if (stray.cell != 0) Free(stray.cell);
+    Put(stray.owner, kNone);
+  }
+}
 
 uint32_t HiveEditor::Number(size_t at, size_t size) const { return NumberAt(bytes_, at, size); }
 void HiveEditor::Put(size_t at, uint64_t number, size_t size) {
@@ -267,7 +274,7 @@ size_t HiveEditor::StorePieces(std::string_view bytes) {
 
 void HiveEditor::FreeData(size_t value) {
   const uint32_t size = Number(value + kValueDataSize);
-  if ((size & kDataInline) != 0) return;
+  if ((size & kDataInline) != 0 || size == 0) return;
   const size_t data = CellOf(value + kValueData);
   if (size > kMostInPiece && Number(kMinorVersion) >= kFirstVersionWithPieces) {
     const size_t count = Number(data + kPieceCount, 2), list = CellOf(data + kPieceList);
@@ -408,13 +415,22 @@ void HiveEditor::ReleaseSecurity(size_t key) {
   Free(security);
 }
 
+void HiveEditor::FreeValues(size_t key) {
+  const size_t count = ValueCountAt(bytes_, key);
+  if (count == 0) return;
+  const size_t list = CellOf(key + kKeyValues);
+  for (size_t i = 0; i < count; ++i) {
+    const size_t value = CellOf(list + kMark + 4 * i);
+    FreeData(value);
+    Free(value);
+  }
+  Free(list);
+}
+
 void HiveEditor::DeleteKey(size_t key) {
   const size_t parent = CellOf(key + kKeyParent);
   RemoveFromList(parent, key);
-  while (Number(key + kKeyValueCount) != 0) {
-    const size_t last = CellOf(key + kKeyValues) + 4 * size_t{Number(key + kKeyValueCount)};
-    DeleteValue(key, CellOf(last));
-  }
+  FreeValues(key);
   const bool has_class = Number(key + kKeyClass) != kNone && Number(key + kKeyClassLength, 2) != 0;
   if (has_class) Free(CellOf(key + kKeyClass));
   ReleaseSecurity(key);

@@ -19,7 +19,8 @@ namespace quellix {
 // it would grow beyond what the format can hold; what was changed by then is half done.
 class HiveEditor {
  public:
-  // `bytes` is a whole file for which ReachedCells throws nothing.
+  // `bytes` is a whole file. Throws UnsoundHive where ReachedCells does. What a key or value that
+  // says it is empty names all the same goes.
   explicit HiveEditor(std::string bytes);
 
   // Behind the key's other values. Returns its place.
@@ -68,6 +69,7 @@ class HiveEditor {
   size_t StorePieces(std::string_view bytes);
   size_t StoreInCell(std::string_view bytes, size_t spare = 0);
   void FreeData(size_t value);
+  void FreeValues(size_t key);
 
   std::u16string UpperNameOf(size_t key) const;
   ListPlace PlaceFor(size_t parent, const std::u16string& upper_name) const;

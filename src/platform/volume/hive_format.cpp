@@ -28,5 +28,10 @@ bool HasSoundHeader(std::string_view bytes) {
          NumberAt(bytes, kChecksum) == HeaderChecksum(bytes);
 }
 
+size_t ValueCountAt(std::string_view bytes, size_t key) {
+  const bool has_none = (NumberAt(bytes, key + kKeyFlags, 2) & kKeyIsPredefined) != 0;
+  return has_none ? 0 : NumberAt(bytes, key + kKeyValueCount);
+}
+
 }  // namespace hive_format
 }  // namespace quellix

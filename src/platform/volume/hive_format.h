@@ -38,6 +38,7 @@ constexpr size_t kKeyFlags = 6, kKeyWritten = 8, kKeyParent = 20, kKeySubKeyCoun
                  kKeySecurity = 48, kKeyClass = 52, kKeyLongestSubKey = 56, kKeyLongestValue = 64,
                  kKeyLargestData = 68, kKeyNameLength = 76, kKeyClassLength = 78, kKeyName = 80;
 constexpr uint32_t kKeyHasPlainName = 0x20;
+constexpr uint32_t kKeyIsPredefined = 0x40;  // leads elsewhere; its count of values is none
 constexpr size_t kValueNameLength = 6, kValueDataSize = 8, kValueData = 12, kValueType = 16,
                  kValueFlags = 20, kValueName = 24;
 constexpr uint32_t kValueHasPlainName = 1, kDataInline = 0x80000000;
@@ -51,6 +52,9 @@ constexpr uint32_t kFirstVersionWithPieces = 4;
 // The exclusive or of all numbers before it; 0 and its complement are not used.
 uint32_t HeaderChecksum(std::string_view header);
 bool HasSoundHeader(std::string_view bytes);
+
+// Of the key whose cell stands at a place in the file.
+size_t ValueCountAt(std::string_view bytes, size_t key);
 
 }  // namespace hive_format
 }  // namespace quellix

@@ -103,11 +103,6 @@ Entries ReadAllEntries(const std::vector<std::string>& logs, uint32_t first) {
   return entries;
 }
 
-bool IsClosed(std::string_view header) {
-  return HasSoundHeader(header) &&
-         NumberAt(header, kFirstSequence) == NumberAt(header, kSecondSequence);
-}
-
 void SetHeader(std::string& hive, uint32_t sequence, uint32_t bins_length) {
   PutNumber(hive, kFirstSequence, sequence);
   PutNumber(hive, kSecondSequence, sequence);
@@ -129,7 +124,11 @@ void ApplyEntries(std::string& hive, const std::vector<std::string>& logs, bool 
   uint32_t sequence = NumberAt(hive, kFirstSequence);
   const size_t most_bins = MostBins(hive, logs);
   const Entries entries = ReadAllEntries(logs, sequence);
-  if (!has_own_header && !entries.empty()) sequence = entries.begin()->first;
+  if (!has_own_header && !entries.empty()) {
+    const uint32_t first = entries.begin()->first;
+    if (first > sequence + 1) throw UnsoundHive();  // what was between is lost
+    sequence = first;
+  }
   for (auto at = entries.find(sequence); at != entries.end() && at->first == sequence; ++at) {
     ApplyEntry(hive, at->second, most_bins);
     ++sequence;
@@ -143,7 +142,7 @@ uint64_t WrittenAt(std::string_view hive) {
 // Whether a log holds the pages of just the writing that the hive did not end.
 bool IsVectorLogOf(std::string_view log, std::string_view hive) {
   const bool is_log = IsLog(log, kOfVectorLog) || IsLog(log, kOfOldVectorLog);
-  return is_log && IsClosed(log) && LongNumberAt(log, kWritten) == WrittenAt(hive) &&
+  return is_log && IsClosedHive(log) && LongNumberAt(log, kWritten) == WrittenAt(hive) &&
          log.substr(kSector, 4) == "DIRT";
 }
 
@@ -202,9 +201,9 @@ bool HasAll(const std::string& hive, const std::vector<std::string>& logs) {
 HiveLogs ReplayLogs(std::string& hive, const std::vector<std::string>& logs) {
   try {
     if (hive.size() < kPage) return HiveLogs::kUnfit;
-    if (IsClosed(hive)) return HasAll(hive, logs) ? HiveLogs::kNothingNew : HiveLogs::kUnfit;
+    if (IsClosedHive(hive)) return HasAll(hive, logs) ? HiveLogs::kNothingNew : HiveLogs::kUnfit;
     std::string replayed = Replayed(hive, logs);
-    if (!IsClosed(replayed) || !HasSoundBins(replayed)) return HiveLogs::kUnfit;
+    if (!IsClosedHive(replayed) || !HasSoundBins(replayed)) return HiveLogs::kUnfit;
     hive = std::move(replayed);
     return HiveLogs::kReplayed;
   } catch (const UnsoundHive&) {
@@ -212,9 +211,25 @@ HiveLogs ReplayLogs(std::string& hive, const std::vector<std::string>& logs) {
   }
 }
 
-bool MayConcern(std::string_view header, const std::vector<std::string>& logs) {
-  if (!IsClosed(header)) return true;
-  return !ReadAllEntries(logs, NumberAt(header, kSecondSequence)).empty();
+bool IsClosedHive(std::string_view header) {
+  return HasSoundHeader(header) &&
+         NumberAt(header, kFirstSequence) == NumberAt(header, kSecondSequence);
+}
+
+bool MayConcern(std::string_view hive_header, const std::function<std::string(uint64_t)>& read) {
+  const std::string header = read(0);
+  if (!HasSoundHeader(header)) return false;  // no log
+  if (!IsClosedHive(hive_header)) return true;
+  if (!IsLog(header, kOfEntryLog)) return false;
+  const uint32_t first = NumberAt(hive_header, kSecondSequence);
+  for (uint64_t at = kSector;;) {
+    const std::string entry = read(at);
+    if (entry.size() < kSector || !entry.starts_with("HvLE")) return false;
+    if (NumberAt(entry, kEntrySequence) >= first) return true;
+    const size_t size = NumberAt(entry, kEntrySize);
+    if (size < kSector || size % kSector != 0) return false;
+    at += size;
+  }
 }
 
 }  // namespace quellix

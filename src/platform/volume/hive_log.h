@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,7 +22,11 @@ enum class HiveLogs {
 // is. A hive that was closed properly is never changed: what a log holds beyond it, Windows drops.
 HiveLogs ReplayLogs(std::string& hive, const std::vector<std::string>& logs);
 
-// Whether logs may concern a hive, by the first sector of it alone: else it is up to date.
-bool MayConcern(std::string_view header, const std::vector<std::string>& logs);
+// Whether the first sector of a hive is that of one that was closed properly.
+bool IsClosedHive(std::string_view header);
+
+// Whether a log may hold something for a hive, without reading all of it: `read` returns the sector
+// at a place of the log, less or nothing behind its end.
+bool MayConcern(std::string_view hive_header, const std::function<std::string(uint64_t at)>& read);
 
 }  // namespace quellix

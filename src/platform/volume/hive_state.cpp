@@ -16,19 +16,23 @@ namespace {
 
 constexpr uint64_t kLargestLog = 1u << 30;
 
-std::string ReadSector(int fd) {
+std::string ReadSector(int fd, uint64_t at = 0) {
   std::string sector(hive_format::kSector, '\0');
-  const ssize_t got = pread(fd, sector.data(), sector.size(), 0);
+  const ssize_t got = pread(fd, sector.data(), sector.size(), static_cast<off_t>(at));
   sector.resize(got < 0 ? 0 : static_cast<size_t>(got));
   return sector;
 }
 
-// The first of two logs, and the only one of older systems, which is empty on newer ones.
-std::vector<std::string> ReadLogs(VolumeFileSystem& files, const std::string& path) {
+// Those that may have something for the hive: the first of two logs, and the only one of older
+// systems, which is empty on newer ones.
+std::vector<std::string> ReadLogs(VolumeFileSystem& files, const std::string& path,
+                                  std::string_view header) {
   std::vector<std::string> logs;
   for (const char* extension : {".LOG1", ".LOG2", ".LOG"}) {
-    auto log = files.ReadWholeFile(path + extension, kLargestLog);
-    if (log && !log->empty()) logs.push_back(std::move(*log));
+    const UniqueFd log = files.OpenForRead(path + extension);
+    const auto read = [&log](uint64_t at) { return ReadSector(log.get(), at); };
+    if (log && MayConcern(header, read))
+      logs.push_back(ReadAll(log.get(), kLargestLog, path + extension));
   }
   return logs;
 }
@@ -53,8 +57,9 @@ HiveState OpenHiveState(VolumeFileSystem& files, const std::string& path) {
   state.stamps = StampsOf(files, path);
   state.fd = files.OpenForRead(path);
   if (!state.fd) return state;
-  const std::vector<std::string> logs = ReadLogs(files, path);
-  if (!MayConcern(ReadSector(state.fd.get()), logs)) return state;
+  const std::string header = ReadSector(state.fd.get());
+  const std::vector<std::string> logs = ReadLogs(files, path, header);
+  if (IsClosedHive(header) && logs.empty()) return state;
   std::string bytes = ReadAll(state.fd.get(), kLargestHive, path);
   const HiveLogs fate = ReplayLogs(bytes, logs);
   if (fate == HiveLogs::kReplayed) {

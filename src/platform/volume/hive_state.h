@@ -11,8 +11,8 @@
 
 namespace quellix {
 
-// The format's numbers reach no farther.
-inline constexpr uint64_t kLargestHive = UINT32_MAX;
+// Windows loads no larger one.
+inline constexpr uint64_t kLargestHive = INT32_MAX;
 
 // What a file is known by again: it is another one when it was replaced or written meanwhile.
 struct FileStamp {

@@ -1,5 +1,9 @@
 #include "platform/volume/hive_store.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+
 #include "platform/path.h"
 #include "platform/volume/hive_check.h"
 #include "platform/volume/hive_format.h"
@@ -44,11 +48,10 @@ void KeepOriginal(VolumeFolder& folder, const std::string& name) {
   folder.Flush();
 }
 
-// A log of a hive that was closed: its header alone.
-std::string CleanLog(const std::string& hive_header, const std::string& log) {
-  std::string clean(log.size(), '\0');
-  if (log.size() < kSector) return clean;
-  clean.replace(0, kSector, hive_header);
+// All that a log of a hive that was closed holds, from what its first sector was.
+std::string CleanHeader(const std::string& hive_header, const std::string& log) {
+  if (log.size() < kSector) return std::string(log.size(), '\0');
+  std::string clean = hive_header;
   PutNumber(clean, kFileType, HasSoundHeader(log) ? NumberAt(log, kFileType) : kOfEntryLog);
   PutNumber(clean, kChecksum, HeaderChecksum(clean));
   return clean;
@@ -59,12 +62,19 @@ void CleanLogBeside(VolumeFolder& folder, const std::string& hive_header, const 
   if (!kept) WipeOriginal(folder, name);  // of an earlier run
   if (!folder.Look(name, Detail::kKind)) return;
   const auto file = folder.Open(name, OpenMode::kReadAndCreate);
-  std::string log(file->Size(), '\0');
-  log.resize(file->Read(0, log));
-  if (log.empty()) return;
-  if (kept) folder.Replace(OriginalName(name), log);
-  const std::string clean = CleanLog(hive_header, log);
-  if (file->LinkCount() > 1) return folder.Replace(name, clean);
+  std::string header(kSector, '\0');
+  header.resize(file->Read(0, header));
+  if (header.empty()) return;
+  if (kept) folder.Replace(OriginalName(name), [&](int fd) { CopyTo(*file, fd, name); });
+  const std::string clean = CleanHeader(hive_header, header);
+  if (file->LinkCount() > 1) {
+    const auto size = static_cast<off_t>(file->Size());
+    return folder.Replace(name, [&](int fd) {
+      const int code = WriteAll(fd, clean, 0);
+      if (code != 0 || ftruncate(fd, size) != 0) ThrowErrno(code != 0 ? code : errno, name);
+    });
+  }
+  Overwrite(*file);
   file->Write(0, clean);
   file->Flush();
 }
@@ -93,14 +103,6 @@ std::unique_ptr<RandomFile> StoreHive(VolumeFileSystem& files, const std::string
   } catch (const Error&) {  // some mounts let nobody set them; the hive is in its place
   }
   return old;
-}
-
-void Overwrite(RandomFile& file) {
-  static const std::string kZeros(1 << 20, '\0');
-  for (uint64_t at = 0; at < file.Size(); at += kZeros.size()) {
-    file.Write(at, std::string_view(kZeros).substr(0, file.Size() - at));
-  }
-  file.Flush();
 }
 
 void FinishHive(VolumeFileSystem& files, const std::string& path, bool kept) {

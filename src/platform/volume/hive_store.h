@@ -22,9 +22,6 @@ std::unique_ptr<RandomFile> StoreHive(VolumeFileSystem& files, const std::string
                                       const std::function<void(int fd)>& fill,
                                       const std::function<void()>& check);
 
-// Writes zeros over all of a file. Throws Error.
-void Overwrite(RandomFile& file);
-
 // Overwrites the logs beside a hive that was replaced, with the state that belongs to it, and the
 // original, which then is removed. When they are to be `kept`, the original stays, and the logs
 // stay beside it under such names. Throws Error.

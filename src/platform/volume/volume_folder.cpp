@@ -227,7 +227,8 @@ void VolumeFolder::ClearTemporaryFiles() {
   });
   for (const std::string& name : names) {
     try {
-      Open(name, OpenMode::kReadAndCreate);  // by one at a time
+      const auto file = Open(name, OpenMode::kReadAndCreate);  // by one at a time
+      if (file->LinkCount() == 1) Overwrite(*file);
       RemoveFile(name);
     } catch (const Error&) {
       continue;

@@ -52,7 +52,8 @@ class VolumeFolder : public Folder {
   void Replace(std::string_view name, std::string_view bytes);
   // Gives a file a second name; false where the disk knows no such thing.
   bool Link(std::string_view name, std::string_view second);
-  // Removes what killed runs left of Replace, where it can; not what another run works on.
+  // Overwrites and removes what killed runs left of Replace, where it can; not what another run
+  // works on.
   void ClearTemporaryFiles();
   // The file, open for reading; none when it is missing. Throws Error.
   UniqueFd OpenForRead(std::string_view name);

@@ -293,4 +293,14 @@ std::unique_ptr<RandomFile> CreateVolumeFile(const Located& entry, OpenMode mode
   return std::make_unique<VolumeRandomFile>(std::move(fd), status, support, path);
 }
 
+void Overwrite(RandomFile& file) {
+  static const std::string kZeros(1 << 20, '\0');
+  for (const Extent& extent : file.Allocated()) {
+    const uint64_t end = extent.offset + extent.size;
+    for (uint64_t at = extent.offset; at < end; at += kZeros.size())
+      file.Write(at, std::string_view(kZeros).substr(0, end - at));
+  }
+  file.Flush();
+}
+
 }  // namespace quellix

@@ -19,6 +19,9 @@ std::unique_ptr<RandomFile> OpenVolumeFile(const Located& entry, int flags,
 std::unique_ptr<RandomFile> CreateVolumeFile(const Located& entry, OpenMode mode,
                                              AttributeSupport& support, std::string_view path);
 
+// Writes zeros over all of a file that takes room on the disk. Throws Error.
+void Overwrite(RandomFile& file);
+
 // Writes all of it: an errno value, or 0.
 int WriteAll(int fd, std::string_view bytes, off_t offset);
 

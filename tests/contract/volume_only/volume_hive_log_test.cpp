@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <fstream>
 
 #include "contract/error_kind.h"
 #include "platform/volume/hive_log.h"
@@ -132,6 +133,26 @@ TEST_F(DirtyHive, AHeaderThatWasTornComesFromTheLog) {
     test_->CloseHives();
     EXPECT_EQ(Values(), 3u);
   }
+  test_->CloseHives();
+  WriteNative(hive_, Broken(states_[0], 508));
+  PutLogs({HiveLog(states_[0], Entry(1))});
+  EXPECT_TRUE(KindOf([this] { Values(); })) << "what was between the log's header and it is lost";
+}
+
+TEST_F(DirtyHive, WhatIsTooLargeConcernsNoOther) {
+  constexpr uintmax_t kHuge = uintmax_t{3} << 30;
+  WriteNative(hive_ + ".LOG1", "none");
+  fs::resize_file(hive_ + ".LOG1", kHuge);
+  EXPECT_FALSE(Change()) << "what is no log is not read";
+  test_->CloseHives();
+  EXPECT_EQ(fs::file_size(hive_ + ".LOG1"), kHuge);
+  char left[4];
+  std::ifstream(hive_ + ".LOG1").read(left, sizeof left);
+  EXPECT_EQ(std::string(left, sizeof left), "regf") << "it is one now";
+  fs::resize_file(hive_, kHuge);
+  EXPECT_TRUE(KindOf([this] { Values(); }));
+  EXPECT_TRUE(test_->machine().registry.Open(RegistryRoot::kLocalMachine, "Software",
+                                             RegistryAccess::kWrite));
 }
 
 TEST_F(DirtyHive, AHiveThatWasClosedIsWrittenUnlessALogHasMore) {

@@ -1,4 +1,6 @@
 // Changes to hives: what they leave in the file, and what stands beside it meanwhile.
+#include <fcntl.h>
+
 #include <filesystem>
 #include <random>
 
@@ -9,6 +11,8 @@
 #include "platform/volume/hive_editor.h"
 #include "platform/volume/hive_format.h"
 #include "platform/volume/hive_store.h"
+#include "platform/volume/unique_fd.h"
+#include "platform/volume/volume_random_file.h"
 #include "support/hive_file.h"
 #include "support/volume_seed.h"
 
@@ -238,6 +242,112 @@ TEST_F(HiveChanges, FlagsBesideALengthStayAndCountsAreThoseOfTheLists) {
     PutNumber(wrong, root + kKeySubKeyCount, NumberAt(bytes, root + kKeySubKeyCount) + by);
     EXPECT_FALSE(IsSoundHive(wrong)) << by;
   }
+}
+
+// What Windows and other programs leave in hives, though few do.
+struct OddHives : HiveChanges {
+  OddHives() {
+    using namespace hive_format;
+    Set("Odd key", "odd value", std::string(40, 'd'));
+    Set("Other", "v", "1");
+    test_->CloseHives();
+    bytes_ = ReadNative(hive_);
+    key_ = bytes_.find("Odd key") - kKeyName;
+    value_ = bytes_.find("odd value") - kValueName;
+    list_ = kPage + NumberAt(bytes_, key_ + kKeyValues);
+  }
+  void Put(size_t at, uint64_t number, size_t size = 4) { PutNumber(bytes_, at, number, size); }
+  // Writes the hive so; whether a change to another key of it is taken.
+  bool TakesChanges() {
+    test_->CloseHives();
+    WriteNative(hive_, bytes_);
+    const auto refused = KindOf([&] { Set("Other", "v", "2"); });
+    test_->CloseHives();
+    EXPECT_TRUE(refused || IsSoundHive(ReadNative(hive_)));
+    return !refused;
+  }
+
+  std::string bytes_;
+  size_t key_, value_, list_;
+};
+
+TEST_F(OddHives, AKeyThatLeadsElsewhereHoldsNoValues) {
+  using namespace hive_format;
+  Put(key_ + kKeyFlags, NumberAt(bytes_, key_ + kKeyFlags, 2) | 0x40, 2);
+  Put(key_ + kKeyValueCount, 0x80000004);
+  for (const bool is_stored : {false, true}) {
+    ASSERT_TRUE(TakesChanges()) << is_stored;
+    EXPECT_TRUE(test_->ValueNames(kUser, "Odd key").empty());
+    EXPECT_EQ(KindOf([&] { Set("Odd key", "v", "1"); }), Error::Kind::kDenied);
+    Set("Other", "v", "3");
+    Key("Other")->Flush();
+    EXPECT_TRUE(test_->ValueNames(kUser, "Odd key").empty());
+  }
+  registry_.Open(kUser, "", kWrite)->DeleteSubKey("Odd key");
+  test_->CloseHives();
+  EXPECT_TRUE(IsSoundHive(ReadNative(hive_)) && !test_->KeyExists(kUser, "Odd key"));
+}
+
+TEST_F(OddHives, WhatIsEmptyNamesNothing) {
+  using namespace hive_format;
+  const size_t data = kPage + NumberAt(bytes_, value_ + kValueData);
+  const std::string original = bytes_;
+  const auto is_free = [&](size_t cell) {
+    const std::string stored = ReadNative(hive_);
+    return static_cast<int32_t>(NumberAt(stored, cell)) >= 0;
+  };
+  for (const uint32_t place : {kNone, 0u, 0x12345678u, NumberAt(original, value_ + kValueData)}) {
+    SCOPED_TRACE(place);
+    bytes_ = original;
+    Put(value_ + kValueDataSize, 0);
+    Put(value_ + kValueData, place);
+    ASSERT_TRUE(TakesChanges());
+    EXPECT_EQ(is_free(data), data == kPage + size_t{place});
+    EXPECT_EQ(Stored("Odd key")["Odd key"]["odd value"], "");
+    EXPECT_TRUE(Key("Odd key")->DeleteValue("odd value"));
+    EXPECT_TRUE(Stored("Odd key")["Odd key"].empty());
+  }
+  bytes_ = original;
+  Put(key_ + kKeyValueCount, 0);
+  ASSERT_TRUE(TakesChanges());
+  EXPECT_TRUE(is_free(list_));
+  Set("Odd key", "new", "1");
+  EXPECT_EQ(Stored("Odd key"), (Model{{"Odd key", {{"new", "1"}}}}));
+  bytes_ = original;
+  Put(key_ + kKeySubKeys, list_ - kPage);
+  Put(key_ + kKeyClass, list_ - kPage);
+  ASSERT_TRUE(TakesChanges());
+  EXPECT_EQ(Stored("Odd key")["Odd key"]["odd value"], std::string(40, 'd')) << "it is another's";
+}
+
+TEST_F(OddHives, AKeyIsKnownByItsWholeNameAndItsParent) {
+  using namespace hive_format;
+  const std::string name("Odd\0key", 7), original = bytes_;
+  bytes_.replace(key_ + kKeyName, name.size(), name);
+  ASSERT_TRUE(TakesChanges());
+  EXPECT_FALSE(test_->KeyExists(kUser, "Odd"));
+  EXPECT_EQ(registry_.Open(kUser, "", kWrite)->SubKeyAt(1), name);
+  bytes_ = original;
+  Put(key_ + kKeyParent, NumberAt(original, key_ + kKeyParent) + 8);
+  EXPECT_FALSE(TakesChanges());
+}
+
+TEST_F(OddHives, WhatAKilledRunLeftIsOverwrittenBeforeItGoes) {
+  const std::string left = fs::path(hive_).parent_path().string() + "/" + TemporaryName();
+  const std::string secret(5000, 's');
+  WriteNative(left, secret);
+  const UniqueFd held(open(left.c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_TRUE(TakesChanges());
+  EXPECT_FALSE(fs::exists(left));
+  EXPECT_EQ(ReadAll(held.get(), 10000, left), std::string(5000, '\0'));
+}
+
+TEST_F(OddHives, AKeyGoesWithAllItsValues) {
+  for (int i = 0; i < 3000; ++i) Set("Odd key", "v" + std::to_string(i), std::string(8, 'z'));
+  EXPECT_EQ(Stored("Odd key")["Odd key"].size(), 3001u);
+  registry_.Open(kUser, "", kWrite)->DeleteSubKey("Odd key");
+  EXPECT_EQ(Stored("Other")["Other"].size(), 1u);
+  EXPECT_EQ(Holders("zzzzzzzz"), "");
 }
 
 TEST_F(HiveChanges, AHiveThatOthersChangedMeanwhileIsNotReplaced) {
