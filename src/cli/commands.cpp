@@ -44,12 +44,31 @@ MachineUse ConsoleCommands::UseOf(const CLI::App& command) const {
 
 int ConsoleCommands::RunOnMachine(const CLI::App& command, const Action& action) {
   machine_options_.use = UseOf(command);
+  if (!platform_.works_on_volumes) return RunOn({}, action);
+  const std::vector<RunTarget> targets = TargetsOf(choice_, platform_);
+  if (targets.empty()) return Fail("--volume is required.", kWrongUsage);
+  if (targets.size() == 1) return RunOn(targets[0], action);
+  const bool is_one_volume = std::ranges::all_of(
+      targets, [&](const RunTarget& target) { return target.volume == targets[0].volume; });
+  if (!changing_.contains(&command) || command.get_name() == "restore")
+    return Fail("this command works on one volume and one user at a time.", kWrongUsage);
+  if (!is_one_volume && !machine_options_.drives.empty())
+    return Fail("--drive belongs to one volume.", kWrongUsage);
+  return RunOnAll(targets, choice_, platform_, report_options_,
+                  [&](const RunTarget& target) { return RunOn(target, action); });
+}
+
+int ConsoleCommands::RunOn(const RunTarget& target, const Action& action) {
+  machine_options_.volume = target.volume;
+  machine_options_.user = target.user;
+  if (!target.settings.empty()) machine_options_.settings = target.settings;
   const std::unique_ptr<OpenMachine> open = platform_.open(machine_options_);
   if (machine_options_.use == MachineUse::kPreview) {
     for (const std::string& hindrance : open->Hindrances())
       std::cerr << "A run would be refused: " << hindrance << std::endl;
   }
-  return action(open->machine());
+  const int code = action(open->machine());
+  return open->Store() ? code : kFailed;
 }
 
 CLI::App& ConsoleCommands::AddPlain(const char* name, const char* what,
@@ -80,15 +99,22 @@ void ConsoleCommands::AddMachineOptions(CLI::App& command) {
       ->type_name("DIR")
       ->group(kMachine);
   if (!platform_.works_on_volumes) return;
-  command.add_option("--volume", options.volume, "Folder the Windows volume is mounted in")
-      ->required()
-      ->type_name("DIR")
-      ->group(kMachine);
-  command.add_option("--drive", options.drives, "A further drive of that Windows")
-      ->type_name("D:=DIR")
-      ->group(kMachine);
-  command.add_option("--user", options.user, "Whose traces to clean")
-      ->type_name("NAME")
+  TargetChoice& choice = choice_;
+  const auto add = [&command](const char* name, auto& target, const char* what) {
+    return command.add_option(name, target, what)->group(kMachine)->allow_extra_args(false);
+  };
+  add("--volume", choice.volumes,
+      "Folder a Windows volume is mounted in; several, one after another")
+      ->type_name("DIR");
+  add("--volumes-from", choice.volumes_from, "A file with such a folder in each line")
+      ->type_name("FILE");
+  add("--jobs", choice.jobs, "How many volumes to work on at a time")
+      ->check(CLI::Range(1, 1000))
+      ->type_name("N");
+  add("--drive", options.drives, "A further drive of that Windows")->type_name("D:=DIR");
+  add("--user", choice.users, "Whose traces to clean; several, one after another")
+      ->type_name("NAME");
+  command.add_flag("--all-users", choice.all_users, "Those of each person who has a profile")
       ->group(kMachine);
   command
       .add_flag("--keep-hives", options.keep_hives,

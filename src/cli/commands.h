@@ -9,6 +9,7 @@
 
 #include "cli/console.h"
 #include "cli/report.h"
+#include "cli/run_targets.h"
 
 namespace quellix {
 
@@ -34,7 +35,8 @@ class ConsoleCommands {
   CLI::App& AddPlain(const char* name, const char* what, std::function<int()> action);
 
   // A command that changes what is on the machine: unless it is called "preview", its --preview is
-  // given or its --delete is not, or `is_elsewhere` tells that it changes something else.
+  // given or its --delete is not, or `is_elsewhere` tells that it changes something else. Only such
+  // a one may be given several volumes or users.
   void Changes(CLI::App& command, std::function<bool()> is_elsewhere = {});
 
   // Lets a command tell its results to other programs as well.
@@ -58,10 +60,12 @@ class ConsoleCommands {
   void AddMachineOptions(CLI::App& command);
   MachineUse UseOf(const CLI::App& command) const;
   int RunOnMachine(const CLI::App& command, const Action& action);
+  int RunOn(const RunTarget& target, const Action& action);
 
   CLI::App& app_;
   const ConsolePlatform& platform_;
   MachineOptions machine_options_;
+  TargetChoice choice_;
   ReportOptions report_options_;
   std::vector<Row> rows_;
   std::map<const CLI::App*, std::function<bool()>> changing_;

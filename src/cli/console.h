@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/machine.h"
+#include "platform/processes.h"
 #include "platform/surveyed_volume.h"
 #include "run/exit_code.h"
 
@@ -34,6 +35,8 @@ class OpenMachine {
  public:
   virtual ~OpenMachine() = default;
   virtual Machine machine() = 0;
+  // Stores what is still to be stored; false when that failed, which was told then.
+  virtual bool Store() { return true; }
   // Why a change would be refused: a sentence each. For whoever previews one.
   virtual std::vector<std::string> Hindrances() { return {}; }
 };
@@ -48,6 +51,10 @@ struct ConsolePlatform {
   // Where it works on volumes: what is in a place, by Error when there is none, and where to look.
   std::function<SurveyedVolume(const std::string& place)> survey = {};
   std::function<std::vector<std::string>()> mounted_places = {};
+  // Does jobs, so many at a time; there as well.
+  std::function<void(const std::vector<ProcessJob>& jobs, size_t at_once,
+                     const std::function<void(size_t job, const ProcessResult& result)>& ended)>
+      run_processes = {};
 };
 
 // quellixctl: parses the arguments, does the command, prints to standard output and error. Ctrl-C

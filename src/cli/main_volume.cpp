@@ -6,6 +6,7 @@
 
 #include "cli/console.h"
 #include "platform/error.h"
+#include "platform/volume/processes.h"
 #include "platform/volume/volume_claim.h"
 #include "platform/volume/volume_machine.h"
 #include "platform/volume/volume_survey.h"
@@ -57,23 +58,23 @@ quellix::FolderLocks Claim(const quellix::MachineOptions& options) {
 
 class MountedMachine : public quellix::OpenMachine {
  public:
-  MountedMachine(const quellix::MachineOptions& options, bool& is_stored)
-      : is_stored_(is_stored),
-        options_(options),
+  explicit MountedMachine(const quellix::MachineOptions& options)
+      : options_(options),
         locks_(Claim(options)),
         mounted_({.volume = options.volume,
                   .drives = ParseDrives(options.drives),
                   .user = options.user,
                   .settings = options.settings.empty() ? UsualSettingsFolder() : options.settings,
                   .keep_hives = options.keep_hives}) {}
-  // Whoever changed the registry has seen to it that it is stored; what nobody did is not lost
-  // without a word.
-  ~MountedMachine() override {
+  // What nobody stored is not lost without a word.
+  ~MountedMachine() override { MountedMachine::Store(); }
+  bool Store() override {
     try {
       mounted_.registry().CloseHives();
+      return true;
     } catch (const quellix::Error& error) {
       std::cerr << error.what() << std::endl;
-      is_stored_ = false;
+      return false;
     }
   }
   quellix::Machine machine() override { return mounted_.machine(); }
@@ -82,7 +83,6 @@ class MountedMachine : public quellix::OpenMachine {
   }
 
  private:
-  bool& is_stored_;
   const quellix::MachineOptions options_;
   quellix::FolderLocks locks_;  // until the hives are stored
   quellix::VolumeMachine mounted_;
@@ -91,16 +91,15 @@ class MountedMachine : public quellix::OpenMachine {
 }  // namespace
 
 int main(int argc, char** argv) {
-  bool is_stored = true;
-  const int code = quellix::RunConsole(
-      {argv + 1, argv + argc}, {.works_on_volumes = true,
-                                .shows_progress = isatty(STDERR_FILENO) == 1,
-                                .can_ask = isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1,
-                                .open =
-                                    [&is_stored](const quellix::MachineOptions& options) {
-                                      return std::make_unique<MountedMachine>(options, is_stored);
-                                    },
-                                .survey = quellix::SurveyVolume,
-                                .mounted_places = quellix::MountedPlaces});
-  return is_stored ? code : int{quellix::kFailed};
+  return quellix::RunConsole({argv + 1, argv + argc},
+                             {.works_on_volumes = true,
+                              .shows_progress = isatty(STDERR_FILENO) == 1,
+                              .can_ask = isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1,
+                              .open =
+                                  [](const quellix::MachineOptions& options) {
+                                    return std::make_unique<MountedMachine>(options);
+                                  },
+                              .survey = quellix::SurveyVolume,
+                              .mounted_places = quellix::MountedPlaces,
+                              .run_processes = quellix::RunProcesses});
 }

@@ -41,6 +41,27 @@ std::ostream& Report::text() {
   return is_for_programs() ? nothing : std::cout;
 }
 
+void Report::WriteJson(std::ostream& out, const ReportTable& table, int exit_code) const {
+  ReportTable told = table;
+  if (!options_.volume.empty()) {
+    told.summary.emplace_back("volume", options_.volume);
+    told.summary.emplace_back("user", TextCell(options_.user));
+  }
+  quellix::WriteJson(out, told, exit_code);
+}
+
+void Report::WriteCsv(std::ostream& out, const ReportTable& table) const {
+  if (options_.volume.empty()) return quellix::WriteCsv(out, table);
+  ReportTable told = table;
+  told.columns.insert(told.columns.begin(), {"volume", "user"});
+  told.row = [this, &table](size_t i) {
+    std::vector<ReportCell> cells = table.row(i);
+    cells.insert(cells.begin(), {options_.volume, TextCell(options_.user)});
+    return cells;
+  };
+  quellix::WriteCsv(out, told);
+}
+
 int Report::Finish(const ReportTable& table, int exit_code) {
   if (options_.json) WriteJson(std::cout, table, exit_code);
   if (options_.csv) WriteCsv(std::cout, table);

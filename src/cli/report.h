@@ -12,6 +12,7 @@ namespace quellix {
 struct ReportOptions {
   bool json = false, csv = false;  // on standard output, instead of text
   std::string file;                // as well: a path of the console's own, "" for none
+  std::string volume, user;        // whose report it is, where there are several
 };
 
 // The output of one command.
@@ -34,6 +35,8 @@ class Report {
  private:
   bool is_for_programs() const { return options_.json || options_.csv; }
   int WriteFile(const ReportTable& table, int exit_code);
+  void WriteJson(std::ostream& out, const ReportTable& table, int exit_code) const;
+  void WriteCsv(std::ostream& out, const ReportTable& table) const;
 
   const ReportOptions& options_;
   std::filesystem::path path_;

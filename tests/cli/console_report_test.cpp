@@ -124,6 +124,17 @@ TEST_F(ConsoleReportTest, EveryReportIsAsPublishedAndThePrintedOneIsTheSame) {
   EXPECT_NE(WhyInvalid("{\"schema\":\"quellixctl\"}", "clean"), "") << "the schema refuses nothing";
 }
 
+TEST_F(ConsoleReportTest, SeveralRunsEndWithASummary) {
+  if (MachineArguments(*machine)[0] != "--volume") GTEST_SKIP() << "they are of volumes";
+  const std::string file = ReportFile(".json");
+  const Names users = {"--user", "Quellix Tester", "--user", "Nobody"};
+  Expect(With({"clean", "--item", "CleanTempFiles", "--report", file}, users), 1);
+  EXPECT_EQ(WhyInvalid(Read(file), "runs"), "");
+  const std::string own_report = ReportFile("-1.json");
+  EXPECT_EQ(WhyInvalid(Read(own_report), "clean"), "");
+  fs::remove(own_report);
+}
+
 TEST_F(ConsoleReportTest, CsvQuotesWhatWouldBreakARow) {
   Seed();
   const std::string file = ReportFile(".csv");

@@ -80,6 +80,100 @@ TEST_F(VolumeConsoleTest, OneOfSeveralUsersMustBeNamed) {
   EXPECT_FALSE(machine->Exists(temp + "a.tmp"));
 }
 
+// Several users of a volume, and several volumes, each with its own outcome.
+struct ManyRuns : VolumeConsoleTest {
+  ManyRuns() {
+    StoreMachine(*machine);
+    SeedUser(root_, "Other One", "S-1-5-21-1004336348-1177238915-682003330-1002");
+    SeedUser(root_, "LocalService", "S-1-5-19");
+    SeedUser(root_, "Default", "none");
+    for (const std::string& name : AllNames()) WriteNative(TempOf(root_, name), "1");
+    SeedWindows(second_.path());
+    WriteNative(TempOf(second_.path(), kTesterName), "1");
+  }
+  static Names AllNames() { return {kTesterName, "Other One", "LocalService", "Default"}; }
+  static std::string TempOf(const std::string& volume, const std::string& user) {
+    return volume + "/Users/" + user + "/AppData/Local/Temp/a.tmp";
+  }
+  Names Left() {
+    Names left;
+    for (const std::string& name : AllNames()) {
+      if (std::filesystem::exists(TempOf(root_, name))) left.push_back(name);
+    }
+    return left;
+  }
+  bool IsSecondLeft() { return std::filesystem::exists(TempOf(second_.path(), kTesterName)); }
+  ProgramResult CleanThese(const std::string& command, const Names& more) {
+    return RunQuellixctl(
+        With(With(Words(command), more), {"--settings", volume().options().settings}));
+  }
+
+  const std::string root_ = volume().options().volume;
+  const TemporaryFolder second_, none_;
+};
+
+TEST_F(ManyRuns, UsersThatAreNamedOrAllPersonsAreCleaned) {
+  const std::tuple<const char*, Names, Names, int> kRows[] = {
+      {"several", {"--user", "other one", "--user", kTesterName}, {kTesterName, "Other One"}, 0},
+      {"all", {"--all-users"}, {kTesterName, "Other One"}, 0},
+      {"all and one more", {"--all-users", "--user", "Default"}, {"Default"}, 0},
+      {"a service", {"--user", "localservice"}, {"LocalService"}, 0},
+      {"one that is none", {"--user", "Nobody", "--user", kTesterName}, {kTesterName}, 1}};
+  for (const auto& [row, users, cleaned, exit_code] : kRows) {
+    SCOPED_TRACE(row);
+    for (const std::string& name : AllNames()) WriteNative(TempOf(root_, name), "1");
+    const Names arguments = With({"--volume", root_}, users);
+    const auto before = PictureOf(root_);
+    CleanThese("clean --item CleanTempFiles --preview", arguments);
+    EXPECT_TRUE(PictureOf(root_) == before);
+    const ProgramResult result = CleanThese("clean --item CleanTempFiles", arguments);
+    EXPECT_EQ(result.exit_code, exit_code) << result.output;
+    const Names left = Left();
+    for (const std::string& name : cleaned)
+      EXPECT_EQ(std::ranges::count(left, name), 0) << name << result.output;
+    EXPECT_EQ(std::ranges::count(left, "LocalService"), std::string_view(row) != "a service");
+    EXPECT_EQ(std::ranges::count(left, "Default"), std::string_view(row) != "all and one more");
+  }
+}
+
+TEST_F(ManyRuns, VolumesHaveTheirOwnReportsAndOneSummary) {
+  const std::string list = none_.path() + "/list", report = none_.path() + "/r.json";
+  WriteNative(
+      list, "# ours\r\n" + second_.path() + "\t" + none_.path() + "/own\n\n" + none_.path() + "\n");
+  for (const char* jobs : {"1", "3"}) {
+    SCOPED_TRACE(jobs);
+    WriteNative(TempOf(root_, kTesterName), "1");
+    WriteNative(TempOf(second_.path(), kTesterName), "1");
+    const ProgramResult result =
+        CleanThese("clean --item CleanTempFiles --all-users",
+                   {"--volume", root_, "--volumes-from", list, "--jobs", jobs, "--report", report});
+    EXPECT_EQ(result.exit_code, 1) << result.output;
+    for (const std::string& told :
+         {"== " + root_ + ", " + kTesterName + "\n", root_ + ", Other One: done\n",
+          second_.path() + ", " + kTesterName + ": done\n",
+          none_.path() + ": failed, stopped or not begun\n", std::string("no folder in "),
+          std::string("== 4 runs\n")}) {
+      EXPECT_TRUE(Holds(result.output, told));
+    }
+    EXPECT_EQ(Left(), (Names{"LocalService", "Default"}));
+    EXPECT_FALSE(IsSecondLeft());
+    EXPECT_TRUE(std::filesystem::exists(none_.path() + "/own"));
+    EXPECT_TRUE(Holds(ReadNative(report), "\"user\":\"Other One\",\"exitCode\":0"));
+    EXPECT_TRUE(Holds(ReadNative(none_.path() + "/r-3.json"),
+                      "\"volume\":\"" + second_.path() + "\",\"user\":\"" + kTesterName));
+    EXPECT_FALSE(std::filesystem::exists(none_.path() + "/r-4.json"));
+  }
+  const Names both = {"--volume", root_, "--volume", second_.path(), "--all-users"};
+  const ProgramResult csv = CleanThese("clean --item CleanTempFiles --csv", both);
+  EXPECT_EQ(csv.output.find("volume,user,kind"), csv.output.rfind("volume,user,kind"));
+  const std::pair<const char*, Names> kRefused[] = {{"restore", Words("backup restore C_1.zip")},
+                                                    {"a list", Words("keep list")},
+                                                    {"a drive", Words("clean --all --drive D:=/")}};
+  for (const auto& [row, command] : kRefused)
+    EXPECT_EQ(RunQuellixctl(With(command, both)).exit_code, 2) << row;
+  EXPECT_EQ(RunQuellixctl({"clean", "--all"}).exit_code, 2);
+}
+
 TEST_F(VolumeConsoleTest, ADamagedHiveIsSaidAndDoesNotHideTheReferencesOfTheOthers) {
   machine->SetText(kMachine, "Software\\Qx", "QxGone", "C:\\qx none\\a.txt");
   StoreMachine(*machine);

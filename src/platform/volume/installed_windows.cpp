@@ -35,15 +35,16 @@ bool IsPerson(std::string_view sid) {
   return known && sid.find('.') == std::string_view::npos;
 }
 
+// Of persons, or of the services.
 std::vector<VolumeUser> UsersOfProfileList(VolumeFileSystem& files, Registry& registry,
-                                           const std::string& windows_folder) {
+                                           const std::string& windows_folder, bool persons) {
   std::vector<VolumeUser> users;
   const std::string list = std::string(kCurrentVersion) + "\\ProfileList";
   const auto key = registry.Open(RegistryRoot::kLocalMachine, list, RegistryAccess::kRead);
   for (uint32_t i = 0; key; ++i) {
     const auto sid = key->SubKeyAt(i);
     if (!sid) break;
-    if (!IsPerson(*sid)) continue;
+    if (IsPerson(*sid) != persons) continue;
     auto path =
         ReadText(registry, RegistryRoot::kLocalMachine, list + "\\" + *sid, "ProfileImagePath");
     if (!path) continue;
@@ -137,15 +138,28 @@ FoundWindows LookForWindows(const std::string& volume) {
 
 std::vector<VolumeUser> FindUsers(VolumeFileSystem& files, Registry& registry,
                                   const std::string& windows_folder) {
-  std::vector<VolumeUser> users = UsersOfProfileList(files, registry, windows_folder);
+  std::vector<VolumeUser> users = UsersOfProfileList(files, registry, windows_folder, true);
   return users.empty() ? UsersOfFolders(files, DriveOf(windows_folder)) : users;
 }
 
-VolumeUser ChooseUser(const std::vector<VolumeUser>& users, const std::string& name) {
+std::vector<VolumeUser> FindOtherProfiles(VolumeFileSystem& files, Registry& registry,
+                                          const std::string& windows_folder) {
+  std::vector<VolumeUser> others = UsersOfProfileList(files, registry, windows_folder, false);
+  for (const char* folder : {"\\Users\\Default", "\\Documents and Settings\\Default User"}) {
+    if (auto profile = UserOfProfile(files, "", DriveOf(windows_folder) + folder))
+      others.push_back(std::move(*profile));
+  }
+  return others;
+}
+
+VolumeUser ChooseUser(const std::vector<VolumeUser>& users, const std::vector<VolumeUser>& others,
+                      const std::string& name) {
   const auto fits = [&name](const VolumeUser& user) {
     return name.empty() || EqualsNoCase(user.name, name);
   };
   const auto found = std::find_if(users.begin(), users.end(), fits);
+  const auto named = std::find_if(others.begin(), others.end(), fits);
+  if (found == users.end() && !name.empty() && named != others.end()) return *named;
   const std::string names = Names(users);
   if (users.empty()) throw Error(Error::Kind::kMissing, "There is no user on this volume.");
   if (found == users.end()) {

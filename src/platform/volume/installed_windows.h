@@ -44,8 +44,14 @@ std::optional<char> OwnDriveLetter(Registry& registry);
 std::vector<VolumeUser> FindUsers(VolumeFileSystem& files, Registry& registry,
                                   const std::string& windows_folder);
 
-// The user named, in any case, or the only one. Throws Error that lists the names otherwise.
-VolumeUser ChooseUser(const std::vector<VolumeUser>& users, const std::string& name);
+// The profiles of services, and the one that new users begin with.
+std::vector<VolumeUser> FindOtherProfiles(VolumeFileSystem& files, Registry& registry,
+                                          const std::string& windows_folder);
+
+// The user named, in any case, or the only one; of the others only one that is named. Throws Error
+// that lists the names of users otherwise.
+VolumeUser ChooseUser(const std::vector<VolumeUser>& users, const std::vector<VolumeUser>& others,
+                      const std::string& name);
 
 // All hives of the machine and of a user, those that exist.
 HivePaths FindHives(VolumeFileSystem& files, const std::string& windows_folder,

@@ -22,7 +22,8 @@ VolumeMachine::VolumeMachine(const VolumeOptions& options) {
   VolumeUser user;
   {
     VolumeRegistry registry(*files_, FindHives(*files_, windows_folder_, user));
-    user = ChooseUser(FindUsers(*files_, registry, windows_folder_), options.user);
+    user = ChooseUser(FindUsers(*files_, registry, windows_folder_),
+                      FindOtherProfiles(*files_, registry, windows_folder_), options.user);
   }
   registry_.emplace(*files_, FindHives(*files_, windows_folder_, user));
   registry_->KeepHives(options.keep_hives);
