@@ -44,16 +44,15 @@ std::map<char, std::string> ParseDrives(const std::vector<std::string>& drives) 
 quellix::FolderLocks Claim(const quellix::MachineOptions& options) {
   if (options.use != quellix::MachineUse::kChange) return {};
   const std::map<char, std::string> drives = ParseDrives(options.drives);
+  std::vector<std::string> folders = {options.volume};
+  for (const auto& [letter, folder] : drives) folders.push_back(folder);
+  quellix::FolderLocks locks(folders);
   std::string refusal;
   for (const std::string& hindrance : quellix::HindrancesOf(options.volume, drives))
     refusal += "\n  " + hindrance;
-  if (!refusal.empty()) {
-    throw quellix::Error(quellix::Error::Kind::kDenied,
-                         "nothing is changed on " + options.volume + ":" + refusal);
-  }
-  std::vector<std::string> folders = {options.volume};
-  for (const auto& [letter, folder] : drives) folders.push_back(folder);
-  return quellix::FolderLocks(folders);
+  if (refusal.empty()) return locks;
+  throw quellix::Error(quellix::Error::Kind::kDenied,
+                       "nothing is changed on " + options.volume + ":" + refusal);
 }
 
 class MountedMachine : public quellix::OpenMachine {

@@ -119,6 +119,17 @@ void SetHiveDirty(const std::string& file, bool dirty) {
   WriteNative(file, hive);
 }
 
+std::string WithHashes(std::string entries) {
+  for (size_t at = 0; entries.size() - at >= kSector && entries.compare(at, 4, "HvLE") == 0;) {
+    std::string entry = entries.substr(at, std::max(size_t{Get32(entries, at + 4)}, kSector));
+    PutHash(entry, 24, entry.substr(kEntryHeader));
+    PutHash(entry, 32, entry.substr(0, 32));
+    entries.replace(at, entry.size(), entry);
+    at += entry.size();
+  }
+  return entries;
+}
+
 std::string HiveLogEntry(unsigned sequence, const std::string& before, const std::string& after) {
   std::string references, pages;
   for (size_t at = kPage; at < after.size(); at += kPage) {
@@ -132,9 +143,7 @@ std::string HiveLogEntry(unsigned sequence, const std::string& before, const std
   Put32(entry, 12, sequence);
   Put32(entry, 16, static_cast<uint32_t>(after.size() - kPage));
   Put32(entry, 20, static_cast<uint32_t>(references.size() / 8));
-  PutHash(entry, 24, entry.substr(kEntryHeader));
-  PutHash(entry, 32, entry.substr(0, 32));
-  return entry;
+  return WithHashes(entry);
 }
 
 std::string HiveLog(const std::string& hive, const std::string& entries) {

@@ -15,6 +15,8 @@ void SetHiveDirty(const std::string& file, bool dirty);
 
 // One entry of a transaction log: what makes a hive `after` out of `before`, both whole files.
 std::string HiveLogEntry(unsigned sequence, const std::string& before, const std::string& after);
+// Entries with the hashes that belong to their bytes, up to what is none.
+std::string WithHashes(std::string entries);
 // A log of such entries that stands beside a hive, whose bytes are given.
 std::string HiveLog(const std::string& hive, const std::string& entries);
 // The same as Windows 8 and before wrote it.

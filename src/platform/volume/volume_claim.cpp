@@ -131,6 +131,7 @@ FolderLocks::FolderLocks(const std::vector<std::string>& folders) {
   for (const std::string& folder : folders) {
     UniqueFd fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     struct stat status;
+    if (!fd && errno == ENOTDIR) continue;
     if (!fd || fstat(fd.get(), &status) != 0) ThrowErrno(errno, folder);
     if (!known.emplace(status.st_dev, status.st_ino).second) continue;
     if (flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {

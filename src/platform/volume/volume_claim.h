@@ -26,7 +26,7 @@ std::string WhyNoFolder(const std::string& place);
 class FolderLocks {
  public:
   FolderLocks() = default;
-  // Throws Error (kInUse) when another run works on one of them.
+  // What is no folder is left out. Throws Error (kInUse) when another run works on one of them.
   explicit FolderLocks(const std::vector<std::string>& folders);
 
  private:
