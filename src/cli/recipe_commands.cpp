@@ -21,7 +21,6 @@ using modPlugin::Judgement;
 using modPlugin::ListedRecipe;
 using modPlugin::RecipeLists;
 using modPlugin::RecipeTicks;
-using modPlugin::Standing;
 using Names = std::vector<std::string>;
 
 constexpr struct {

@@ -216,7 +216,7 @@ void VolumeRegistry::CloseHives() {
   each([](Hive& hive) { hive.Commit(); });
   each([this](Hive& hive) { hive.Finish(keeps_hives_); });
   hives_.clear();
-  if (first) throw *first;
+  if (first) throw Error(*first);
 }
 
 }  // namespace quellix
