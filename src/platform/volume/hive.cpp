@@ -129,7 +129,11 @@ Hive::~Hive() {
   }
 }
 
-void Hive::ThrowDamaged() const { throw Damaged("The registry hive is damaged: " + path_); }
+// What hivex has no memory for is not damaged.
+void Hive::ThrowDamaged() const {
+  if (errno == ENOMEM) ThrowErrno(errno, path_);
+  throw Damaged("The registry hive is damaged: " + path_);
+}
 
 void Hive::RequireWritable() {
   if (!editor_ && state_.read_only_reason.empty()) {
@@ -145,7 +149,11 @@ void Hive::RequireWritable() {
 // False where the hive is not put together as one must be.
 bool Hive::OpenEditor() {
   try {
-    if (!ReadsWhole(hive_.get(), state_.fd.get())) return false;
+    errno = 0;
+    if (!ReadsWhole(hive_.get(), state_.fd.get())) {
+      if (errno == ENOMEM) ThrowErrno(errno, path_);
+      return false;
+    }
     editor_.emplace(ReadAll(state_.fd.get(), kLargestHive, path_));
     return true;
   } catch (const UnsoundHive&) {
