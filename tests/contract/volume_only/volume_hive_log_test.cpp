@@ -134,9 +134,10 @@ TEST_F(DirtyHive, AHeaderThatWasTornComesFromTheLog) {
     EXPECT_EQ(Values(), 3u);
   }
   std::string hive = Broken(states_[0], 508);
-  EXPECT_EQ(ReplayLogs(hive, {HiveLog(states_[0], Entry(1))}), HiveLogs::kUnfit)
+  const std::string later = HiveLogEntry(sequence_ + 2, "", states_[1]);
+  EXPECT_EQ(ReplayLogs(hive, {Log(later)}), HiveLogs::kUnfit)
       << "what was between the log's header and its entry is lost";
-  EXPECT_EQ(ReplayLogs(hive, {HiveLog(states_[0], Entry(0))}), HiveLogs::kReplayed);
+  EXPECT_EQ(ReplayLogs(hive, {Log(Entry(0))}), HiveLogs::kReplayed);
 }
 
 TEST_F(DirtyHive, WhatIsTooLargeConcernsNoOther) {
