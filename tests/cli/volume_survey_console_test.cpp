@@ -26,6 +26,27 @@ struct VolumeSurvey : ConsoleTest {
   void SetText(const std::string& name, const std::string& text) {
     machine->SetText(RegistryRoot::kLocalMachine, kVersionKey, name, text);
   }
+  // Whatever writes is refused before it has touched anything; whatever only looks goes on, and
+  // tells what does not pass by itself.
+  void ExpectRefused(const Names& drive, const std::string& told) {
+    const auto before = PictureOf(Root());
+    for (const char* command :
+         {"clean --item CleanTempFiles", "search empty --delete", "registry app-paths --delete",
+          "plugins process qx", "browsers clean Firefox", "backup restore C_1.zip"}) {
+      Expect(With(Words(command), drive), 1, {told});
+    }
+    const bool is_locked = told.find("Another run") != told.npos;
+    for (const char* command : {"clean --item CleanTempFiles --preview", "search empty"}) {
+      const ProgramResult looked = Run(With(Words(command), drive));
+      const std::string all = looked.output;
+      EXPECT_EQ(looked.exit_code, 0) << all;
+      EXPECT_EQ(all.find("A run would be refused: ") != all.npos && all.find(told) != all.npos,
+                !is_locked)
+          << all;
+    }
+    Expect(With({"plugins", "list"}, drive), 0);
+    EXPECT_TRUE(PictureOf(Root()) == before);
+  }
   ProgramResult Survey(const std::vector<std::string>& more) {
     StoreMachine(*machine);
     return RunQuellixctl(With({"volumes"}, more));
@@ -148,7 +169,6 @@ struct HeldByAnother {
   pid_t child_;
 };
 
-// Whatever writes is refused before it has touched anything; whatever only looks goes on.
 TEST_F(VolumeSurvey, WhatStandsInTheWayOfARunRefusesIt) {
   const std::string temp_file = temp + "a.tmp";
   for (const std::string& path : {temp_file, own + "UDFO.txt"}) machine->MakeFile(path, "1");
@@ -175,21 +195,7 @@ TEST_F(VolumeSurvey, WhatStandsInTheWayOfARunRefusesIt) {
   for (const auto& [row, hinder, told] : kRows) {
     SCOPED_TRACE(row);
     const auto held = hinder();
-    const auto before = PictureOf(root);
-    for (const char* command :
-         {"clean --item CleanTempFiles", "search empty --delete", "registry app-paths --delete",
-          "plugins process qx", "browsers clean Firefox", "backup restore C_1.zip"}) {
-      Expect(With(Words(command), drive), 1, {told});
-    }
-    const bool is_locked = Holds(told, "Another run");
-    for (const char* command : {"clean --item CleanTempFiles --preview", "search empty"}) {
-      const ProgramResult looked = Run(With(Words(command), drive));
-      EXPECT_EQ(looked.exit_code, 0) << looked.output;
-      EXPECT_EQ(Has(looked, "A run would be refused: ") && Has(looked, told), !is_locked)
-          << looked.output;
-    }
-    Expect(With({"plugins", "list"}, drive), 0);
-    EXPECT_TRUE(PictureOf(root) == before);
+    ExpectRefused(drive, told);
   }
   const std::string image = root + "/Scratch/image";
   WriteNative(image, "\xEB\x58\x90-FVE-FS-" + std::string(512, '\0'));

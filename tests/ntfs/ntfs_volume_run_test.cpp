@@ -47,6 +47,34 @@ struct NtfsRun : testing::Test {
     return RunQuellixctl(
         With(arguments, {"--volume", options().volume, "--settings", options().settings}));
   }
+  void Fix(const std::string& options) {
+    volume_->Remount("ro");
+    ASSERT_EQ(std::system(("PATH=$PATH:/usr/sbin ntfsfix " + options + " '" + volume_->Image() +
+                           "' > /dev/null 2>&1")
+                              .c_str()),
+              0);
+    volume_->Remount("rw");
+  }
+  void Hibernate() {
+    volume_->Remount("rw");
+    WriteNative(volume_->path() + "/hiberfil.sys", "hibr" + std::string(8188, '\0'));
+    volume_->Remount("rw");  // it falls back to reading by itself
+  }
+  // A survey and a preview tell it, a run does not begin.
+  void ExpectRefused(const std::string& told) {
+    const auto before = Snapshot();
+    const ProgramResult surveyed = RunQuellixctl({"volumes", volume_->path()});
+    EXPECT_EQ(surveyed.exit_code, 0) << surveyed.output;
+    EXPECT_TRUE(Holds(surveyed.output, told));
+    for (const char* items : {"CleanTempFiles", "CleanRunMRU"}) {
+      const ProgramResult result = Run({"clean", "--item", items});
+      EXPECT_EQ(result.exit_code, 1) << result.output;
+      EXPECT_TRUE(Holds(result.output, told));
+      EXPECT_TRUE(Holds(Run({"clean", "--preview", "--item", items}).output, told));
+    }
+    EXPECT_TRUE(HasMru());
+    EXPECT_EQ(Snapshot(), before);
+  }
   // Takes all room there is.
   void Fill() {
     const UniqueFd file(open((volume_->path() + "/fill").c_str(), O_WRONLY | O_CREAT, 0600));
@@ -125,19 +153,6 @@ TEST_F(NtfsRun, AFullDiskIsSaidAndTheRegistryStays) {
 }
 
 TEST_F(NtfsRun, WhatStandsInTheWayIsToldAndRefusesARun) {
-  const auto fix = [this](const std::string& options) {
-    volume_->Remount("ro");
-    ASSERT_EQ(std::system(("PATH=$PATH:/usr/sbin ntfsfix " + options + " '" + volume_->Image() +
-                           "' > /dev/null 2>&1")
-                              .c_str()),
-              0);
-    volume_->Remount("rw");
-  };
-  const auto hibernate = [this] {
-    volume_->Remount("rw");
-    WriteNative(volume_->path() + "/hiberfil.sys", "hibr" + std::string(8188, '\0'));
-    volume_->Remount("rw");  // it falls back to reading by itself
-  };
   UniqueFd image;
   const auto lock_image = [&] {  // as a virtual machine does
     image = UniqueFd(open(volume_->Image().c_str(), O_RDWR | O_CLOEXEC));
@@ -149,28 +164,17 @@ TEST_F(NtfsRun, WhatStandsInTheWayIsToldAndRefusesARun) {
   };
   const auto let_go = [&] {
     image = UniqueFd();
-    fix("-d");
+    Fix("-d");
   };
   const std::tuple<const char*, std::function<void()>, const char*> kRows[] = {
-      {"not closed", [&] { fix(""); }, "not closed properly"},
-      {"a running machine", [&] { fix("-d"), lock_image(); }, "running virtual machine"},
+      {"not closed", [&] { Fix(""); }, "not closed properly"},
+      {"a running machine", [&] { Fix("-d"), lock_image(); }, "running virtual machine"},
       {"read-only", [&] { let_go(), volume_->Remount("ro"); }, "mount -o remount,rw"},
-      {"hibernated", hibernate, "as ntfs-3g does by itself"}};
+      {"hibernated", [&] { Hibernate(); }, "as ntfs-3g does by itself"}};
   for (const auto& [row, prepare, told] : kRows) {
     SCOPED_TRACE(row);
     prepare();
-    const auto before = Snapshot();
-    const ProgramResult surveyed = RunQuellixctl({"volumes", volume_->path()});
-    EXPECT_EQ(surveyed.exit_code, 0) << surveyed.output;
-    EXPECT_TRUE(Holds(surveyed.output, told));
-    for (const char* items : {"CleanTempFiles", "CleanRunMRU"}) {
-      const ProgramResult result = Run({"clean", "--item", items});
-      EXPECT_EQ(result.exit_code, 1) << result.output;
-      EXPECT_TRUE(Holds(result.output, told));
-      EXPECT_TRUE(Holds(Run({"clean", "--preview", "--item", items}).output, told));
-    }
-    EXPECT_TRUE(HasMru());
-    EXPECT_EQ(Snapshot(), before);
+    ExpectRefused(told);
   }
   volume_->Remount("remove_hiberfile");
   const ProgramResult nothing = RunQuellixctl({"volumes", volume_->path()});
