@@ -111,7 +111,9 @@ void ConsoleCommands::AddMachineOptions(CLI::App& command) {
   add("--jobs", choice.jobs, "How many volumes to work on at a time")
       ->check(CLI::Range(1, 1000))
       ->type_name("N");
-  add("--drive", options.drives, "A further drive of that Windows")->type_name("D:=DIR");
+  add("--drive", options.drives, "A further drive of that Windows")
+      ->allow_extra_args()
+      ->type_name("D:=DIR");
   add("--user", choice.users, "Whose traces to clean; several, one after another")
       ->type_name("NAME");
   command.add_flag("--all-users", choice.all_users, "Those of each person who has a profile")
