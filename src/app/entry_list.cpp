@@ -106,6 +106,8 @@ void EntryList::Count(Index index, int sign) {
   if (entry.fate == Fate::kKept) totals_.kept += step;
   if (entry.fate != Fate::kRemoved || unticked_[index]) return;
   totals_.going += step;
+  if (CountsAsFiles(entry)) totals_.files += step * entry.count;
+  totals_.not_listed += step * (entry.count - 1u);
   totals_.bytes += step * entry.bytes;
 }
 
@@ -287,11 +289,12 @@ std::string EntryList::Question() const {
 }
 
 std::string EntryList::Summary() const {
-  const auto [going, bytes, stayed, kept] = totals_;
+  const auto [going, files, not_listed, bytes, stayed, kept] = totals_;
   const Locale locale = system_.UserLocale();
   const auto count = [&](uint64_t number) { return FormatCount(number, locale); };
   std::string text = count(going) + (going == 1 ? " entry" : " entries") +
                      (is_preview_ ? " to be removed, " : " removed, ") +
+                     (not_listed > 0 ? count(files) + " files, " : "") +
                      FormatSize(static_cast<double>(bytes), 2, true, locale);
   if (stayed > 0) text += "; " + count(stayed) + (is_preview_ ? " will stay" : " stayed");
   if (kept > 0) text += "; " + count(kept) + " kept";

@@ -114,7 +114,7 @@ class EntryList {
   std::vector<Heading> headings_;
   // Of all that is in the scope.
   struct Totals {
-    uint64_t going = 0, bytes = 0, stayed = 0, kept = 0;
+    uint64_t going = 0, files = 0, not_listed = 0, bytes = 0, stayed = 0, kept = 0;
   } totals_;
 };
 

@@ -178,7 +178,7 @@ void ItemList::Follow() {
     found.looked = true;
     if (entry.fate == Fate::kStayed) ++found.stays;
     if (entry.fate != Fate::kRemoved) continue;
-    ++found.count;
+    found.count += entry.count;
     found.bytes += static_cast<double>(entry.bytes);
   }
   for (size_t i = 0; i < found_.size(); ++i) {

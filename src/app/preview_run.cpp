@@ -50,7 +50,7 @@ std::string QuestionBefore(const RunEntries& preview, const Locale& locale,
   for (size_t i = 0; i < preview.all.size(); ++i) {
     const RunEntry& entry = preview.all[i];
     if (!GoesForGood(entry) || !is_ticked(i)) continue;
-    ++(entry.kind == EntryKind::kFile ? files : others);
+    (CountsAsFiles(entry) ? files : others) += entry.count;
     bytes += static_cast<double>(entry.bytes);
     wipes = wipes || entry.way == Way::kWiped;
   }

@@ -9,7 +9,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
 
 constexpr int64_t kFiletimesASecond = 10'000'000, kFrom1601To1970 = 11'644'473'600;  // seconds
 

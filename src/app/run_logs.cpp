@@ -61,6 +61,7 @@ RunEntry ToEntry(const Json& row, RunEntries& entries) {
                  .fate = FateOf(TextOf(row, "fate")),
                  .way = WayOf(TextOf(row, "way")),
                  .archive = entries.ArchiveNumber(TextOf(row, "archive")),
+                 .count = std::max(NumberOf<uint32_t>(row, "count"), 1u),
                  .bytes = NumberOf<uint64_t>(row, "bytes"),
                  .last_write = FiletimeOf(TextOf(row, "modified")),
                  .place = TextOf(row, "place"),

@@ -45,7 +45,8 @@ std::vector<ReportCell> RowOf(const RunEntries& entries, const RunEntry& entry, 
           TextCell(entries.rules[entry.rule]),
           entry.fate == Fate::kRemoved ? Word(kWays, entry.way) : ReportCell(),
           TextCell(preview ? "" : entries.archives[entry.archive]),
-          TextCell(entry.note)};
+          TextCell(entry.note),
+          uint64_t{entry.count}};
 }
 
 template <class Number>
@@ -60,7 +61,7 @@ ReportTable TableOfEntries(std::string_view command, std::shared_ptr<const RunEn
   return {
       .command = command,
       .columns = {"kind", "fate", "place", "part", "bytes", "modified", "item", "rule", "way",
-                  "archive", "note"},
+                  "archive", "note", "count"},
       .count = count,
       .row = [entries, preview](size_t row) { return RowOf(*entries, entries->all[row], preview); },
       .summary = {}};

@@ -233,6 +233,7 @@ void CleanRecycleBin(CleaningContext& context, const Item& item) {
   BeginFiles(context, item);
   const RecycleBinContent content = context.machine.shell.QueryRecycleBin();
   RunEntry entry{.kind = EntryKind::kRecycleBin,
+                 .count = static_cast<uint32_t>(std::min<uint64_t>(content.items, INT32_MAX)),
                  .bytes = content.bytes,
                  .part = std::to_string(content.items) + (content.items == 1 ? " item" : " items")};
   if (content.items > 0 && !IsChosen(state, entry)) {

@@ -32,10 +32,10 @@ void PrintTotals(std::ostream& out, const RunEntries& entries, const Locale& loc
   uint64_t bytes = 0;
   for (const RunEntry& entry : entries.all) {
     if (entry.fate != Fate::kRemoved) continue;
-    bytes += entry.kind == EntryKind::kFile ? entry.bytes : 0;
-    ++(entry.kind == EntryKind::kFile     ? files
-       : entry.kind == EntryKind::kFolder ? folders
-                                          : others);
+    bytes += CountsAsFiles(entry) ? entry.bytes : 0;
+    (CountsAsFiles(entry)                 ? files
+     : entry.kind == EntryKind::kFolder ? folders
+                                        : others) += entry.count;
   }
   out << "Nothing was changed. A run would remove " << Count(files, "file") << " ("
       << FormatSize(static_cast<double>(bytes), 2, true, locale) << "), "

@@ -56,7 +56,7 @@ RunChoice::RunChoice(const RunEntries& preview,
     const auto [seen, is_new] = seen_.try_emplace(KeyOf(entry));
     const bool stays_unticked = !is_new && entry.fate == Fate::kRemoved && !seen->second.ticked;
     if (is_new || (entry.fate == Fate::kRemoved && !stays_unticked)) {
-      seen->second = {ticked, false, entry.bytes, entry.last_write};
+      seen->second = {ticked, false, entry.count, entry.bytes, entry.last_write};
     }
   }
 }
@@ -69,7 +69,8 @@ bool RunChoice::Takes(const RunEntry& entry) {
   }
   Seen& seen = found->second;
   seen.met = true;
-  const bool differs = seen.bytes != entry.bytes || seen.last_write != entry.last_write;
+  const bool differs = seen.count != entry.count || seen.bytes != entry.bytes ||
+                       seen.last_write != entry.last_write;
   // It goes as a whole, with what came since.
   if (entry.kind == EntryKind::kRecycleBin && differs) {
     ++new_;

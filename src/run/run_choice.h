@@ -33,6 +33,7 @@ class RunChoice {
   struct Seen {
     bool ticked = false;
     bool met = false;
+    uint32_t count = 1;
     uint64_t bytes = 0;
     int64_t last_write = 0;
   };

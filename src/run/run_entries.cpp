@@ -30,6 +30,10 @@ uint16_t RunEntries::ArchiveNumber(std::string_view path) {
   return static_cast<uint16_t>(number);
 }
 
+bool CountsAsFiles(const RunEntry& entry) {
+  return entry.kind == EntryKind::kFile || entry.kind == EntryKind::kRecycleBin;
+}
+
 std::string_view KindText(EntryKind kind) {
   static constexpr std::string_view kTexts[] = {"File",         "Folder",        "Registry value",
                                                 "Registry key", "INI key",       "INI section",

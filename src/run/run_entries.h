@@ -36,6 +36,7 @@ struct RunEntry {
   uint8_t item = 0;        // run order of the item that names it; 0 for what was chosen by hand
   uint16_t archive = 0;    // that it was backed up in; an index of RunEntries::archives
   uint32_t rule = 0;       // an index of RunEntries::rules
+  uint32_t count = 1;      // how many it stands for: of the recycle bin, all in it
   uint64_t bytes = 0;      // of a file, or of all in the recycle bin
   int64_t last_write = 0;  // FILETIME; 0 where it is not known
   std::string place = {};  // path, key with its root's name, or address; "" for one of a kind
@@ -65,6 +66,8 @@ struct RunEntries {
   uint32_t rule_ = 0;
 };
 
+// A file, or the files in the recycle bin.
+bool CountsAsFiles(const RunEntry& entry);
 // In one or two words: "File", "Registry value".
 std::string_view KindText(EntryKind kind);
 // Where it is, on one line: with the value or the key of an INI file.

@@ -139,8 +139,8 @@ TEST_F(ConsoleReportTest, CsvQuotesWhatWouldBreakARow) {
   Seed();
   const std::string file = ReportFile(".csv");
   Expect({"clean", "--item", "CleanTempFiles", "--preview", "--csv"}, 0,
-         {"kind,fate,place,part,bytes,modified,item,rule,way,archive,note\n",
-          "file,removed,\"" + temp + "sub\\with, comma.tmp\",,1,20", ",*.bak\n"});
+         {"kind,fate,place,part,bytes,modified,item,rule,way,archive,note,count\n",
+          "file,removed,\"" + temp + "sub\\with, comma.tmp\",,1,20", ",*.bak,1\n"});
   Expect({"clean", "--item", "CleanTempFiles", "--report", file}, 0, {"Files Deleted:  2"});
   const std::string text = Read(file);
   EXPECT_EQ(std::ranges::count(text, '\n'), 5) << text;

@@ -3,7 +3,9 @@
 #include <random>
 
 #include "app/entry_list.h"
+#include "app/item_list.h"
 #include "app/preview_run.h"
+#include "app/run_logs.h"
 #include "platform/path.h"
 #include "run/exit_code.h"
 #include "support/registry_fixture.h"
@@ -233,6 +235,43 @@ TEST_F(PreviewRunTest, WhatWasUntickedIsNotTakenByWhatHoldsItNorByTheBin) {
   EXPECT_TRUE(Holds(log, "Left, as they were not in the preview: 1"));
   ports.shell.EmptyRecycleBin();
   machine->RemoveRegistryTree(kUser, find);
+}
+
+// As many as are in the bin, wherever it is told how many files there are.
+TEST_F(PreviewRunTest, TheBinCountsForTheFilesInIt) {
+  ports.shell.EmptyRecycleBin();
+  for (const char* name : {"a", "b", "c"}) {
+    machine->MakeFile(scratch + name, "12");
+    ports.files.Recycle(scratch + name);
+  }
+  WriteSettings("[General]\r\nKeepLogs=1\r\n");
+  Tick({"CleanRecycleBin"});
+  ItemList items(ports, engine.selection());
+  PreviewRun previewed(ports, view);
+  items.BeginLook(previewed.state());
+  previewed.Run(engine.selection());
+  items.EndLook();
+  for (const size_t row : {size_t{0}, *items.RowOf(*FindItem("CleanRecycleBin"))})
+    EXPECT_EQ(items.Text(row, ItemColumn::kCount), "3");
+  EntryList list(ports.system, previewed.entries(), true);
+  EXPECT_EQ(list.Question(), "Delete 3 files (6 Bytes) for good?");
+  EXPECT_EQ(list.Summary(), "1 entry to be removed, 3 files, 6 Bytes.");
+  list.SetTicked(0, false);
+  EXPECT_EQ(list.Summary(), "0 entries to be removed, 0 Bytes.");
+  list.SetTicked(0, true);
+
+  // Another of the same size in the place of one.
+  ports.shell.EmptyRecycleBin();
+  machine->MakeFile(scratch + "d", "123456");
+  ports.files.Recycle(scratch + "d");
+  engine.RunCleaning(list.Choice());
+  EXPECT_EQ(ports.shell.QueryRecycleBin().items, 1u);
+
+  engine.RunCleaning();
+  EXPECT_EQ(engine.state().Entries->all.at(0).count, 1u);
+  RunLogs logs(ports);
+  logs.Keep(previewed.state(), 1);
+  EXPECT_EQ(logs.Read(logs.List().at(0)).Entries->all.at(0).count, 3u);
 }
 
 TEST_F(PreviewRunTest, TheQuestionCountsWhatCannotBeHadBack) {
