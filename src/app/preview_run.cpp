@@ -3,15 +3,11 @@
 #include "run/removal.h"
 
 namespace quellix {
-namespace {
 
-// An empty folder is no loss.
 bool GoesForGood(const RunEntry& entry) {
   const bool for_good = entry.way == Way::kDeleted || entry.way == Way::kWiped;
   return entry.fate == Fate::kRemoved && for_good && entry.kind != EntryKind::kFolder;
 }
-
-}  // namespace
 
 PreviewRun::PreviewRun(const Machine& machine, RunView& view)
     : preview_(machine),

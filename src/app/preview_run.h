@@ -61,6 +61,9 @@ class PreviewRun {
   CleaningContext context_;
 };
 
+// Whether it goes, or would, and cannot be had back. An empty folder is no loss.
+bool GoesForGood(const RunEntry& entry);
+
 // What to ask before a run that does what a preview found: "Delete 20,000 files (54.00 MB) for
 // good?"; "" where nothing would be lost that cannot be had back. `is_ticked` tells of each index
 // of `preview.all` that would be removed.

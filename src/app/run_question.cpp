@@ -29,18 +29,22 @@ class Names {
   size_t count_ = 0;
 };
 
-// The rules of what would go.
-std::set<std::string_view> RulesThatTake(const EntryList& found) {
+using Rules = std::set<std::string_view>;
+
+// The rules of what would go, and is such.
+Rules RulesThatTake(const EntryList& found, bool (*is_such)(const RunEntry&)) {
   std::set<uint32_t> numbers;
   const RunEntries& entries = found.entries();
   for (size_t i = 0; i < entries.all.size(); ++i) {
     const RunEntry& entry = entries.all[i];
-    if (entry.fate == Fate::kRemoved && found.IsTaken(i)) numbers.insert(entry.rule);
+    if (is_such(entry) && found.IsTaken(i)) numbers.insert(entry.rule);
   }
-  std::set<std::string_view> rules;
+  Rules rules;
   for (const uint32_t number : numbers) rules.insert(entries.rules[number]);
   return rules;
 }
+
+bool Goes(const RunEntry& entry) { return entry.fate == Fate::kRemoved; }
 
 }  // namespace
 
@@ -49,25 +53,25 @@ RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* sh
   const RunEntries& entries = found.entries();
   Names costs, unseen;
   std::vector<bool> is_left(entries.rules.size());
-  const std::set<std::string_view> takes = shown ? RulesThatTake(found) : decltype(takes)();
+  const Rules takes = shown ? RulesThatTake(found, Goes) : Rules(),
+              loses = shown ? RulesThatTake(found, GoesForGood) : Rules();
   const auto all = shown ? shown->all : decltype(shown->all)();
   const auto is_seen = [&ticks](const modPlugin::ShownRecipe& recipe) {
     return recipe.fingerprints.Has(ticks.ChoiceOf(recipe.name).seen);
   };
   // What one that is left took in the look, the run may find by another.
-  const bool may_take_more =
+  const bool may_lose_more =
       entries.left_out > 0 || std::ranges::any_of(all, [&](const auto& recipe) {
-        return !is_seen(recipe) && takes.contains(modPlugin::RuleOf(recipe.name));
+        return !is_seen(recipe) && loses.contains(modPlugin::RuleOf(recipe.name));
       });
   for (const modPlugin::ShownRecipe& recipe : all) {
     const std::string rule = modPlugin::RuleOf(recipe.name);
-    const bool takes_some = takes.contains(rule);
     if (!is_seen(recipe)) {
-      if (!takes_some) continue;
+      if (!takes.contains(rule)) continue;
       unseen.Add(Shortened(recipe.name, kLongestName));
       is_left[static_cast<size_t>(std::ranges::find(entries.rules, rule) - entries.rules.begin())] =
           true;
-    } else if (!recipe.loses.empty() && (takes_some || may_take_more)) {
+    } else if (!recipe.loses.empty() && (loses.contains(rule) || may_lose_more)) {
       costs.Add(Shortened(recipe.name, kLongestName) + ": " + recipe.loses);
     }
   }

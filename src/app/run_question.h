@@ -15,8 +15,8 @@ struct RunQuestion {
   std::string text;     // what cannot be had again, and what is left; lines
 };
 
-// Of what is ticked in `found`. What recipes take that cannot be had again is asked about once for
-// all of them, whatever the settings say; the rest where `asks`, and then also what is left out as
+// Of what is ticked in `found`. What recipes take that cannot be had again, neither from the recycle
+// bin nor from a backup, is asked about once for all of them, whatever the settings say; the rest where `asks`, and then also what is left out as
 // nobody has seen it by `ticks`. `shown`: what the look carried out; null for no recipes.
 RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* shown,
                        const modPlugin::RecipeTicks& ticks, const Locale& locale, bool asks);

@@ -290,6 +290,40 @@ TEST_F(RecipeSectionsTest, OneIsLookedAtAndCleanedByItself) {
   }
 }
 
+TEST_F(RecipeSectionsTest, WhatGoesToTheBinOrABackupCanBeHadAgain) {
+  const std::string costly = "[Keys *]/FileKey1=~\\|key4.db";
+  const struct {
+    const char *name, *settings, *list;
+    bool is_seen;
+    const char* heading;
+    bool has_cost;
+  } kRows[] = {
+      {"deleted", "DelMethod=D", "", true, "Clean all the same?", true},
+      {"wiped", "DelMethod=W", "", true, "Clean all the same?", true},
+      {"recycled", "DelMethod=R", "", true, "", false},
+      {"backed up", "DelMethod=B", "", true, "", false},
+      {"recycled, by another that nobody has seen", "DelMethod=R", "[All *]/FileKey1=~\\|*.*/",
+       false, "", false},
+      {"deleted, by another that nobody has seen", "DelMethod=D", "[All *]/FileKey1=~\\|*.*/",
+       false, "Clean all the same?", true}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    WriteSettings(std::string("[General]\r\n") + row.settings + "\r\n");
+    engine.selection().recipes().Clear();
+    Keep(costly);
+    MakeAll();
+    Find();
+    list.Toggle(RowOf("Keys"));
+    See();
+    Keep(row.list + costly);
+    Find();
+    if (!row.is_seen) list.Toggle(RowOf("All"));
+    const RunQuestion question = Ask(Look(), false);
+    EXPECT_EQ(question.heading, row.heading);
+    EXPECT_EQ(question.text.find("This cannot be had again:\nKeys: ") == 0, row.has_cost);
+  }
+}
+
 // Two programs with the same file: what one changes the other does not undo.
 TEST_F(RecipeSectionsTest, TicksAndSeenOnesOfOthersStayInTheFile) {
   Keep(three);
