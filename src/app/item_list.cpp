@@ -48,6 +48,11 @@ bool ItemList::IsAbsent(const Item& item) const {
   return item.guide.last_windows != 0 && version.major > item.guide.last_windows;
 }
 
+bool ItemList::NeedsRights(const Row& row) const {
+  if (row.item != nullptr) return NeedsRights(*row.item);
+  return row.line >= 0 && !is_administrator_ && LineAt(row).needs_administrator;
+}
+
 bool ItemList::IsFoldedAway(const Item& item) const {
   const bool is_open = is_open_[static_cast<size_t>(item.group)];
   return !is_open && IsAbsent(item) && !selection_.IsChecked(item);
@@ -106,17 +111,26 @@ void ItemList::Sort(ItemColumn column) {
 }
 
 std::optional<size_t> ItemList::RowOf(const Item& item) const {
-  return RowLike({.group = item.group, .item = &item});
-}
-
-std::optional<size_t> ItemList::RowLike(const Row& row) const {
-  const auto is_like = [&row](Row each) {
-    if (each.folded > 0 && row.folded > 0) each.folded = row.folded;
-    return each == row;
-  };
-  const auto found = std::ranges::find_if(rows_, is_like);
+  const auto found = std::ranges::find(rows_, &item, &Row::item);
   if (found == rows_.end()) return std::nullopt;
   return static_cast<size_t>(found - rows_.begin());
+}
+
+// The places of sections and of their rows are others in every list that is found.
+ItemList::Identity ItemList::IdentityOf(size_t row) const {
+  const Row& at = rows_[row];
+  Identity identity{at.group, at.item, at.folded > 0, std::nullopt, {}, at.line >= 0};
+  if (at.section < 0) return identity;
+  identity.kind = SectionAt(at).kind;
+  identity.name = at.line < 0 ? SectionAt(at).title : LineAt(at).name;
+  return identity;
+}
+
+std::optional<size_t> ItemList::RowOf(const Identity& identity) const {
+  for (size_t row = 0; row < rows_.size(); ++row) {
+    if (IdentityOf(row) == identity) return row;
+  }
+  return std::nullopt;
 }
 
 std::optional<size_t> ItemList::Find(std::string_view text, size_t from) const {
@@ -261,9 +275,7 @@ std::string ItemList::NoteOf(const Item& item) const {
   if (found.stays > 0) Append(notes, CountText(found.stays) + " will stay");
   if (found.outcome == Outcome::kNothingFound && !IsAbsent(item)) Append(notes, "nothing found");
   if (IsAbsent(item)) Append(notes, "nothing of it on this Windows");
-  if (item.guide.rights != Rights::kNone && !is_administrator_ && !IsAbsent(item)) {
-    Append(notes, "needs administrator rights");
-  }
+  if (NeedsRights(item)) Append(notes, "needs administrator rights");
   Append(notes, item.guide.cost);
   return notes;
 }

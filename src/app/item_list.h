@@ -37,7 +37,17 @@ class ItemList {
     int section = -1;            // of what is no item: an index of sections()
     int line = -1;               // below its heading: an index of its rows
     bool IsHeading() const { return item == nullptr && folded == 0 && line < 0; }
-    bool operator==(const Row&) const = default;
+  };
+
+  // What a row stands for, whatever is listed around it by now.
+  struct Identity {
+    Group group;
+    const Item* item;
+    bool is_fold;
+    std::optional<ListSection::Kind> kind;  // of what is no item
+    std::string name;                       // it is ticked by; of a section's heading its title
+    bool is_line;
+    bool operator==(const Identity&) const = default;
   };
 
   // The machine's ports and the selection must outlive it.
@@ -55,11 +65,16 @@ class ItemList {
   size_t RowCount() const { return rows_.size(); }
   const Row& At(size_t row) const { return rows_[row]; }
   std::optional<size_t> RowOf(const Item& item) const;
-  // The row that stands for the same, wherever it is by now; of a fold, for however many.
-  std::optional<size_t> RowLike(const Row& row) const;
+  Identity IdentityOf(size_t row) const;
+  // The row that stands for the same, wherever it is by now; nothing where it is not listed.
+  std::optional<size_t> RowOf(const Identity& identity) const;
   std::string Text(size_t row, ItemColumn column) const;
   // What nothing is to be expected of: it cannot be ticked, or this Windows cannot have it.
   bool IsDimmed(size_t row) const;
+  // Whether it needs administrator rights that are not there.
+  bool NeedsRights(size_t row) const { return NeedsRights(rows_[row]); }
+  // Whether a row may.
+  bool may_need_rights() const { return !is_administrator_; }
   // Nothing for a row without a box.
   std::optional<Ticks> TicksOf(size_t row) const;
   // What a click on a row's box does, or on a heading: ticks, or toggles the group; a fold opens.
@@ -129,6 +144,10 @@ class ItemList {
   bool HasTicked(const std::function<bool(const ListSection::Row&)>& is_such) const;
   std::string LineNote(const Row& row) const;
   bool IsAbsent(const Item& item) const;
+  bool NeedsRights(const Row& row) const;
+  bool NeedsRights(const Item& item) const {
+    return !is_administrator_ && item.guide.rights != Rights::kNone && !IsAbsent(item);
+  }
   bool IsFoldedAway(const Item& item) const;
   Found FoundIn(const Row& row) const;
   int Compare(const Item& a, const Item& b) const;

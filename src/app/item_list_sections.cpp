@@ -59,7 +59,7 @@ std::string ItemList::LineNote(const Row& row) const {
   if (IsUnseen(row)) append("new or changed: runs once you have seen its preview");
   if (found.done && found.count + found.stays == 0) append("nothing found");
   if (found.stays > 0) append(is_cleaner ? "failed" : CountText(found.stays) + " will stay");
-  if (line.needs_administrator && !is_administrator_) append("needs administrator rights");
+  if (NeedsRights(row)) append("needs administrator rights");
   append(line.cost);
   return notes;
 }
@@ -119,7 +119,7 @@ bool ItemList::Knows(const modPlugin::ShownRecipes& shown) const {
 bool ItemList::LacksRights() const {
   if (is_administrator_) return false;
   const auto is_such = [this](const Item& item) {
-    return selection_.IsChecked(item) && item.guide.rights != Rights::kNone && !IsAbsent(item);
+    return selection_.IsChecked(item) && NeedsRights(item);
   };
   return std::ranges::any_of(AllItems(), is_such) ||
          HasTicked([](const ListSection::Row& line) { return line.needs_administrator; });

@@ -182,8 +182,7 @@ void FrmMain::FindPrograms() {
 void FrmMain::ShowSections() {
   std::vector<ListSection> all = sections_;
   all.insert(all.end(), recipes_.begin(), recipes_.end());
-  items_.list().SetSections(std::move(all));
-  items_.Refresh();
+  items_.SetSections(std::move(all));
   ShowSummary();
 }
 

@@ -1,8 +1,11 @@
 #include "ui/item_view.h"
 
+#include <algorithm>
+
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
 #include "ui/resource.h"
+#include "ui/shield.h"
 
 namespace quellix {
 namespace {
@@ -18,7 +21,9 @@ void ItemView::Attach(HWND window) {
   control_ = GetDlgItem(window, lstvItems);
   list_.emplace(machine_, selection_);
   view_.Attach(control_, kColumns, [this](int row, int column) {
-    return Cell{Wide(list_->Text(static_cast<size_t>(row), ItemColumn(column)))};
+    const auto index = static_cast<size_t>(row);
+    const bool has_shield = column == 0 && list_->NeedsRights(index);
+    return Cell{Wide(list_->Text(index, ItemColumn(column))), has_shield ? kShieldImage : kNoShieldImage};
   });
   view_.SetBoxes([this](int row) { return BoxOf(row); }, [this](int row) { Toggle(row); });
   view_.SetLooks([this](int row) { return LookOf(row); });
@@ -31,7 +36,10 @@ void ItemView::Attach(HWND window) {
   view_.SetRows(static_cast<int>(list_->RowCount()));
 }
 
-void ItemView::OnResolution(int dpi) { view_.SetResolution(dpi, kColumns, {}); }
+void ItemView::OnResolution(int dpi) {
+  view_.SetResolution(dpi, kColumns, {});
+  if (list_->may_need_rights()) view_.SetImages(MakeShieldImages(Scale(16, dpi)));
+}
 
 void ItemView::OnSized(int dpi) { view_.FillWith(kNote, Scale(kColumns[kNote].width, dpi)); }
 
@@ -52,16 +60,49 @@ RowLook ItemView::LookOf(int row) const {
   return list_->IsDimmed(index) ? RowLook::kDimmed : RowLook::kPlain;
 }
 
-// The row that was selected stays so wherever it goes.
-void ItemView::Refresh() {
+std::vector<ItemList::Identity> ItemView::InView() const {
+  std::vector<ItemList::Identity> rows;
+  const auto top = static_cast<size_t>(ListView_GetTopIndex(control_)),
+             count = static_cast<size_t>(ListView_GetCountPerPage(control_));
+  for (size_t row = top; row < std::min(top + count, list_->RowCount()); ++row) {
+    rows.push_back(list_->IdentityOf(row));
+  }
+  return rows;
+}
+
+// The first of them that is still listed stands where it stood.
+void ItemView::ScrollTo(const std::vector<ItemList::Identity>& in_view) const {
+  for (size_t i = 0; i < in_view.size(); ++i) {
+    const std::optional<size_t> row = list_->RowOf(in_view[i]);
+    if (!row) continue;
+    RECT place{};
+    ListView_GetItemRect(control_, static_cast<int>(*row), &place, LVIR_BOUNDS);
+    const int rows = static_cast<int>(*row) - static_cast<int>(i) - ListView_GetTopIndex(control_);
+    ListView_Scroll(control_, 0, rows * (place.bottom - place.top));
+    return;
+  }
+}
+
+// The row that was selected stays so wherever it goes, and is still seen when it was.
+void ItemView::Change(const std::function<void()>& change) {
+  const std::vector<ItemList::Identity> in_view = InView();
+  const bool was_seen = selected_ && std::ranges::count(in_view, *selected_) > 0;
   is_moving_ = true;
+  change();
   list_->Refresh();
   view_.SetRows(static_cast<int>(list_->RowCount()));
-  if (const auto row = selected_ ? list_->RowLike(*selected_) : std::nullopt) view_.Select(*row);
+  ScrollTo(in_view);
+  if (const auto row = selected_ ? list_->RowOf(*selected_) : std::nullopt) {
+    view_.Select(*row, was_seen);
+  }
   is_moving_ = false;
   if (!Selected()) selected_.reset();
   on_selected();
   on_moved();
+}
+
+void ItemView::SetSections(std::vector<ListSection> sections) {
+  Change([&] { list_->SetSections(std::move(sections)); });
 }
 
 std::optional<size_t> ItemView::Selected() const {
@@ -89,16 +130,14 @@ RECT ItemView::PlaceOf(const Item& item) const {
 
 void ItemView::Toggle(int row) {
   if (!may_change()) return;
-  list_->Toggle(static_cast<size_t>(row));
-  Refresh();
+  Change([&] { list_->Toggle(static_cast<size_t>(row)); });
   on_ticks();
 }
 
 void ItemView::ToggleAll() {
   const bool checked = IsDlgButtonChecked(window_, Check3) != BST_CHECKED;
   CheckDlgButton(window_, Check3, checked ? BST_CHECKED : BST_UNCHECKED);
-  list_->TickAll(checked);
-  Refresh();
+  Change([&] { list_->TickAll(checked); });
   on_ticks();
 }
 
@@ -114,14 +153,14 @@ void ItemView::OnClick(const NMITEMACTIVATE& click) {
 void ItemView::Fold(WORD key) {
   const int row = view_.FocusedRow();
   if (row < 0 || list_->At(static_cast<size_t>(row)).section >= 0) return;
-  list_->SetFolded(list_->At(static_cast<size_t>(row)).group, key == VK_LEFT);
-  Refresh();
+  const Group group = list_->At(static_cast<size_t>(row)).group;
+  Change([&] { list_->SetFolded(group, key == VK_LEFT); });
 }
 
 void ItemView::OnChanged(const NMLISTVIEW& change) {
   if (is_moving_ || ((change.uNewState ^ change.uOldState) & LVIS_SELECTED) == 0) return;
   const std::optional<size_t> row = Selected();
-  selected_ = row ? std::optional(list_->At(*row)) : std::nullopt;
+  selected_ = row ? std::optional(list_->IdentityOf(*row)) : std::nullopt;
   on_selected();
 }
 

@@ -25,7 +25,11 @@ class ItemView {
   void OnSized(int dpi);
   ItemList& list() { return *list_; }
   // Shows ticks, settings and what was found anew; rows may have moved.
-  void Refresh();
+  void Refresh() {
+    Change([] {});
+  }
+  // The same with other rows beside the items.
+  void SetSections(std::vector<ListSection> sections);
   // The same while rows stay where they are.
   void Repaint() const { view_.Refresh(); }
   // The row that the pane tells of; nothing without one.
@@ -47,13 +51,17 @@ class ItemView {
   void OnClick(const NMITEMACTIVATE& click);
   void OnChanged(const NMLISTVIEW& change);
   void Fold(WORD key);
+  // The rows in view, from above.
+  std::vector<ItemList::Identity> InView() const;
+  void ScrollTo(const std::vector<ItemList::Identity>& in_view) const;
+  void Change(const std::function<void()>& change);
 
   Machine machine_;
   Selection& selection_;
   HWND window_ = nullptr, control_ = nullptr;
   std::optional<ItemList> list_;
   ListView view_;
-  std::optional<ItemList::Row> selected_;
+  std::optional<ItemList::Identity> selected_;
   bool is_moving_ = false;  // rows are being listed anew
 };
 

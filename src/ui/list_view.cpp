@@ -114,6 +114,10 @@ void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span
   for (const int id : icons) {
     ImageList_AddIcon(images.Get(), LoadProgramIcon(id, side, side).Get());
   }
+  SetImages(std::move(images));
+}
+
+void ListView::SetImages(UniqueImages images) {
   ListView_SetImageList(list_, images.Get(), LVSIL_SMALL);
   images_ = std::move(images);
 }
@@ -136,10 +140,10 @@ std::vector<size_t> ListView::SelectedRows() const {
   return rows;
 }
 
-void ListView::Select(size_t row) {
+void ListView::Select(size_t row, bool is_shown) {
   const int index = static_cast<int>(row);
   ListView_SetItemState(list_, index, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
-  ListView_EnsureVisible(list_, index, FALSE);
+  if (is_shown) ListView_EnsureVisible(list_, index, FALSE);
 }
 
 void ListView::FillWith(int column, int minimum) {

@@ -62,6 +62,8 @@ class ListView {
 
   // Images and column widths for a resolution. `icons` are resources of the program.
   void SetResolution(int dpi, std::span<const Column> columns, std::span<const int> icons);
+  // Images for a resolution that are not the program's; without any, rows have no room for one.
+  void SetImages(UniqueImages images);
   // Selects nothing.
   void SetRows(int count);
   // More rows behind those that are shown; selection and place are kept.
@@ -72,8 +74,8 @@ class ListView {
   int CountSelected() const { return ListView_GetSelectedCount(list_); }
   // The row with the focus, -1 for none.
   int FocusedRow() const { return ListView_GetNextItem(list_, -1, LVNI_FOCUSED); }
-  // Selects one row, with the focus, and brings it into view.
-  void Select(size_t row);
+  // Selects one row, with the focus, and brings it into view unless it is told otherwise.
+  void Select(size_t row, bool is_shown = true);
   void SelectAll() { ListView_SetItemState(list_, -1, LVIS_SELECTED, LVIS_SELECTED); }
   void SelectNone() { ListView_SetItemState(list_, -1, 0, LVIS_SELECTED); }
   // Gives a column, of at least that many pixels, the room that the others leave.

@@ -31,10 +31,13 @@ class ItemListTest : public RunFixture {
     }
     return names;
   }
-  size_t Heading(Group group) const { return RowOf({group}); }
-  size_t RowOf(const ItemList::Row& wanted) const {
+  size_t Heading(Group group) const { return RowOf(group, 0); }
+  size_t RowOf(Group group, int folded) const {
+    const auto is_it = [&](const ItemList::Row& row) {
+      return row.group == group && row.item == nullptr && row.folded == folded;
+    };
     size_t row = 0;
-    while (!(list.At(row) == wanted)) ++row;
+    while (!is_it(list.At(row))) ++row;
     return row;
   }
   void Look() {
@@ -59,7 +62,7 @@ TEST_F(ItemListTest, GroupsFoldAwayWhatThisWindowsCannotHaveUnlessItIsTicked) {
       '/');
   EXPECT_EQ(NamesOf(Group::kMiscellaneous), folded);
   EXPECT_FALSE(list.RowOf(absent));
-  const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 1});
+  const size_t fold = RowOf(Group::kMiscellaneous, 1);
   EXPECT_TRUE(!list.TicksOf(fold) && list.IsDimmed(fold));
   list.Toggle(fold);
   ASSERT_TRUE(list.RowOf(absent));
@@ -155,7 +158,7 @@ TEST_F(ItemListTest, ALookThatWasStoppedIsToldAsAPartAndAFoldAsWhatItHides) {
     ASSERT_TRUE(preview.state().AbortRequested);
     EXPECT_TRUE(list.Summary().ends_with(" found so far")) << list.Summary();
   }
-  const size_t fold = RowOf({Group::kMiscellaneous, nullptr, 1});
+  const size_t fold = RowOf(Group::kMiscellaneous, 1);
   const std::array<bool, kItemCount> hidden = list.ScopeOf(fold).items,
                                      all = list.ScopeOf(fold - 6).items;
   EXPECT_EQ(std::ranges::count(hidden, true), 1);
@@ -240,6 +243,12 @@ TEST_F(ItemListTest, WhoHasNoRightsIsToldWhatNeedsThem) {
   EXPECT_EQ(plain.Text(row, ItemColumn::kNote), "needs administrator rights");
   EXPECT_NE(plain.Details(row).find("Note: needs administrator rights."), std::string::npos);
   EXPECT_EQ(Note("CleanMemDump"), "");
+  for (const bool may : {false, true}) {
+    const ItemList& rows = may ? list : plain;
+    EXPECT_EQ(rows.may_need_rights(), !may);
+    EXPECT_EQ(rows.NeedsRights(row), !may);
+    EXPECT_FALSE(rows.NeedsRights(0) || rows.NeedsRights(*rows.RowOf(*FindItem("CleanTempFiles"))));
+  }
 }
 
 TEST_F(ItemListTest, SortingStaysWithinTheGroupsAndTellsWhenAnItemWasCleaned) {

@@ -324,6 +324,26 @@ TEST_F(RecipeSectionsTest, WhatGoesToTheBinOrABackupCanBeHadAgain) {
   }
 }
 
+TEST_F(RecipeSectionsTest, ARowIsKnownAgainInAnotherListThatIsFound) {
+  Keep(three);
+  Find();
+  const Names names = {"Zeta", "Multimedia", "Keys & more", "Programs found here"};
+  std::vector<ItemList::Identity> known;
+  for (const std::string& name : names) known.push_back(list.IdentityOf(RowOf(name)));
+  const size_t zeta = RowOf("Zeta");
+  Keep(std::string(three) + "/[Beta *]/Section=multimedia/FileKey1=~\\|b.log/" +
+       "[Earlier *]/Section=games/FileKey1=~\\|b.log");
+  Find();
+  EXPECT_NE(RowOf("Zeta"), zeta);
+  for (size_t i = 0; i < names.size(); ++i) EXPECT_EQ(list.RowOf(known[i]), RowOf(names[i]));
+  Keep("[alpha *]/LangSecRef=3023/FileKey1=~\\|a.log");
+  Find();
+  EXPECT_EQ(list.RowOf(known[0]), std::nullopt) << "no other takes its place";
+  EXPECT_EQ(list.RowOf(known[1]), RowOf("Multimedia"));
+  const Item& item = *FindItem("CleanTempFiles");
+  EXPECT_EQ(list.RowOf(list.IdentityOf(*list.RowOf(item))), list.RowOf(item));
+}
+
 // Two programs with the same file: what one changes the other does not undo.
 TEST_F(RecipeSectionsTest, TicksAndSeenOnesOfOthersStayInTheFile) {
   Keep(three);

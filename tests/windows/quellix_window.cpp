@@ -105,7 +105,7 @@ std::string ReadBytes(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-QuellixProcess::QuellixProcess(std::wstring_view arguments, DWORD flags) {
+QuellixProcess::QuellixProcess(std::wstring_view arguments, DWORD flags, HANDLE token) {
   const std::wstring program = ProgramFolder() / L"quellix.exe";
   std::wstring line = L"\"" + program + L"\" " + std::wstring(arguments);
   STARTUPINFOW start{};
@@ -114,6 +114,10 @@ QuellixProcess::QuellixProcess(std::wstring_view arguments, DWORD flags) {
     throw std::runtime_error("a copy of quellix.exe does not end");
   }
   if (!Await([&] {
+        if (token) {
+          return CreateProcessAsUserW(token, program.c_str(), line.data(), nullptr, nullptr, FALSE,
+                                      flags, nullptr, nullptr, &start, &process_) != FALSE;
+        }
         return CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, FALSE, flags, nullptr,
                               nullptr, &start, &process_) != FALSE;
       })) {
@@ -143,7 +147,8 @@ HWND QuellixProcess::AnyWindow() const {
   return search.found;
 }
 
-QuellixWindow::QuellixWindow(std::wstring_view arguments) : QuellixProcess(arguments) {
+QuellixWindow::QuellixWindow(std::wstring_view arguments, HANDLE token)
+    : QuellixProcess(arguments, 0, token) {
   main_ = AwaitWindow(L"Quellix");
   // A message that appears with it has the same title.
   const HWND owner = main_ ? GetWindow(main_, GW_OWNER) : nullptr;
@@ -199,6 +204,7 @@ constexpr RowName kItems[] = {{chkRecycleBin, L"Recycle Bin"},
                               {chkTemp, L"Temporary files"},
                               {chkEmptyFiles, L"Empty (zero-byte) files"},
                               {chkDeadShortcut, L"Dead (shortcut) links"},
+                              {chkDump, L"Memory dump files"},
                               {chkRunMRU, L"Windows run history"},
                               {chkCookies, L"Cookies"},
                               {chkCleanMozillaCookies, L"Cookies"}};
@@ -321,6 +327,14 @@ std::wstring QuellixWindow::RowText(HWND list, int row, int column) const {
   ReadProcessMemory(process, there + sizeof(item), text, sizeof(text), nullptr);
   VirtualFreeEx(process, there, 0, MEM_RELEASE);
   return text;
+}
+
+int QuellixWindow::ImageOf(HWND list, int row) const {
+  LVITEMW item{};
+  item.mask = LVIF_IMAGE;
+  item.iItem = row;
+  Exchange(list, LVM_GETITEMW, 0, &item, sizeof(item));
+  return item.iImage;
 }
 
 void QuellixWindow::SelectFolder(HWND browser, const std::wstring& path) const {

@@ -24,8 +24,9 @@ std::string ReadBytes(const fs::path& path);
 class QuellixProcess {
  public:
   // Starts the program, the first copy when the last one is gone; `flags` are those of
-  // CreateProcess.
-  explicit QuellixProcess(std::wstring_view arguments = {}, DWORD flags = 0);
+  // CreateProcess. `token`: with other rights than the tests have.
+  explicit QuellixProcess(std::wstring_view arguments = {}, DWORD flags = 0,
+                          HANDLE token = nullptr);
   ~QuellixProcess();
   QuellixProcess(const QuellixProcess&) = delete;
   QuellixProcess& operator=(const QuellixProcess&) = delete;
@@ -45,7 +46,7 @@ class QuellixProcess {
 class QuellixWindow : public QuellixProcess {
  public:
   // Starts the program and waits for its main window.
-  explicit QuellixWindow(std::wstring_view arguments = {});
+  explicit QuellixWindow(std::wstring_view arguments = {}, HANDLE token = nullptr);
 
   HWND main() const { return main_; }
   // A visible window of the program, by its title; throws when it does not appear.
@@ -86,6 +87,8 @@ class QuellixWindow : public QuellixProcess {
   // The right button over an item; false when the program does not answer, as with an open menu.
   bool RightClick(int id) const;
   std::wstring RowText(HWND list, int row, int column) const;
+  // The image of a row, from 0.
+  int ImageOf(HWND list, int row) const;
   // Chooses a folder in the system's dialog for folders.
   void SelectFolder(HWND browser, const std::wstring& path) const;
 

@@ -95,6 +95,39 @@ TEST_F(RecipesTest, WhatCannotBeHadAgainIsAskedAboutOnceAndASingleOneHasAMenu) {
   EXPECT_TRUE(fs::exists(kFolder / "a.log"));
 }
 
+TEST_F(RecipesTest, WhatIsSelectedStaysSoAndWhereItIsWhenTheListIsFoundAnew) {
+  // What is ticked comes last but one, and is another each time.
+  const auto list_of = [](int first, int without, const std::string& mask) {
+    std::string entries;
+    for (int i = first; i < 59; ++i) {
+      if (i != without) entries += Entry("Q" + std::to_string(i), "b.log");
+    }
+    return entries + Entry("Q59", mask) + Entry("Q60", "b.log");
+  };
+  Keep(list_of(20, 0, "a.log"));
+  const QuellixWindow window;
+  const HWND list = window.Control(lstvItems);
+  const int last = LastRow(window, L"Q60");
+  Keys(window, {VK_END, VK_UP, VK_SPACE, VK_UP, VK_UP});
+  const auto selected = [list] { return ListView_GetNextItem(list, -1, LVNI_SELECTED); };
+  const auto name_at = [&](int row) { return window.RowText(list, row, kName); };
+  const int place = selected() - ListView_GetTopIndex(list);
+  EXPECT_EQ(name_at(selected()), L"Q57");
+  const auto look = [&](int rows) {  // which finds that the list has changed
+    window.Press(cmdPreview);
+    EXPECT_TRUE(CloseAndAwait(window.AwaitWindow(L"Preview")));
+    EXPECT_TRUE(Await([&] { return CountRows(list) == rows; }));
+  };
+  Keep(list_of(12, 0, "a.*"));
+  look(last + 9);
+  EXPECT_EQ(name_at(selected()), L"Q57");
+  EXPECT_EQ(selected() - ListView_GetTopIndex(list), place);
+  Keep(list_of(10, 57, "?.log"));
+  look(last + 10);
+  EXPECT_EQ(selected(), -1) << "no other takes its place";
+  EXPECT_EQ(name_at(last + 7), L"Q58");
+}
+
 // A run that is begun while a long list is looked through comes first; the rows come after it.
 TEST_F(RecipesTest, AnEndlessListKeepsNobodyWaiting) {
   std::string list = Entry("zz", "a.log");

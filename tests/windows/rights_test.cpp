@@ -1,0 +1,122 @@
+// A program without administrator rights, and its second start with them.
+#include <gtest/gtest.h>
+
+#include "platform/win32/unique.h"
+#include "quellix_window.h"
+#include "ui/resource.h"
+
+#include <commctrl.h>
+#include <sddl.h>
+
+namespace quellix::test {
+namespace {
+
+constexpr int kNote = 3;
+const wchar_t* const kWithRights = L"Quellix (Administrator)";
+
+// This user's rights without those of an administrator, as a program has them before it asks.
+UniqueHandle PlainToken() {
+  UniqueHandle own, plain;
+  BYTE administrators[SECURITY_MAX_SID_SIZE];
+  DWORD size = sizeof(administrators);
+  CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators, &size);
+  SID_AND_ATTRIBUTES denied{administrators, 0};
+  EXPECT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_ALL_ACCESS, own.Put()));
+  EXPECT_TRUE(CreateRestrictedToken(own.Get(), 0, 1, &denied, 0, nullptr, 0, nullptr, plain.Put()));
+  return plain;
+}
+
+std::wstring OwnId() {
+  UniqueHandle token;
+  OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put());
+  alignas(TOKEN_USER) BYTE user[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
+  DWORD size = 0;
+  GetTokenInformation(token.Get(), TokenUser, user, sizeof(user), &size);
+  wchar_t* text = nullptr;
+  ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user)->User.Sid, &text);
+  const std::wstring id = text;
+  LocalFree(text);
+  return id;
+}
+
+std::wstring Digits(const std::wstring& folder) {
+  std::wstring digits;
+  for (const wchar_t character : folder) {  // of plain characters
+    wchar_t two[3];
+    swprintf(two, 3, L"%02X", static_cast<unsigned>(character));
+    digits += two;
+  }
+  return digits;
+}
+
+std::wstring OwnProfile() {
+  wchar_t folder[MAX_PATH] = {};
+  GetEnvironmentVariableW(L"USERPROFILE", folder, MAX_PATH);
+  return folder;
+}
+
+struct RightsTest : testing::Test {
+  void SetUp() override {
+    ResetSandbox();
+    fs::remove(ProgramFolder() / "chkItems.txt");
+    WriteBytes(dump_, "12345");
+    WriteBytes(junk_, "12345");
+  }
+  void TearDown() override { fs::remove(dump_); }
+
+  const fs::path dump_ = L"C:\\windows\\LiveKernelReports\\qx.dmp", junk_ = TempFolder() / "junk.tmp";
+};
+
+TEST_F(RightsTest, TheButtonStartsAnewForTheSameUserAndCleansThatAlone) {
+  const UniqueHandle plain = PlainToken();
+  const QuellixWindow window({}, plain.Get());
+  const HWND list = window.Control(lstvItems);
+  const int dump = window.RowOf(chkDump), junk = window.RowOf(chkTemp);
+  EXPECT_EQ(window.RowText(list, dump, kNote), L"needs administrator rights");
+  EXPECT_NE(SendMessageW(list, LVM_GETIMAGELIST, LVSIL_SMALL, 0), 0);
+  EXPECT_EQ(window.ImageOf(list, dump), 0);
+  EXPECT_EQ(window.ImageOf(list, junk), 1);
+  EXPECT_FALSE(IsWindowVisible(window.Control(cmdRights)));
+  for (const int item : {chkTemp, chkDump}) window.Click(item);
+  ASSERT_TRUE(Await([&] { return IsWindowVisible(window.Control(cmdRights)); }));
+  window.Press(cmdRights);
+  HWND second = nullptr;
+  ASSERT_TRUE(Await([&] { return (second = FindWindowW(nullptr, kWithRights)) != nullptr; }));
+  HWND log = nullptr;
+  ASSERT_TRUE(Await([&] { return (log = FindWindowW(nullptr, L"Cleaning log")) != nullptr; }));
+  EXPECT_TRUE(AwaitPart(log, txtLog, L"Memory dump files... Files Deleted: 1"));
+  EXPECT_FALSE(fs::exists(dump_));
+  EXPECT_EQ(Shown(log, txtLog).find(L"emporary files"), std::wstring::npos);
+  EXPECT_TRUE(fs::exists(junk_));
+  EXPECT_TRUE(CloseAndAwait(log) && CloseAndAwait(second));
+  EXPECT_EQ(window.BoxOf(chkTemp), 2);
+}
+
+TEST_F(RightsTest, AStartForAnotherIsRefused) {
+  const struct {
+    const char* name;
+    std::wstring user, folder;
+  } kRows[] = {{"another user", L"S-1-5-21-7-1001", OwnProfile()},
+               {"another folder", OwnId(), L"C:\\users\\another"}};
+  WriteBytes(ProgramFolder() / "chkItems.txt", [] {
+    std::string ticks;
+    for (int place = 1; place <= 30; ++place) ticks += "1,";
+    return ticks;
+  }());
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    const QuellixProcess process(L"-A " + row.user + L" " + Digits(row.folder));
+    HWND message = nullptr;
+    ASSERT_TRUE(Await([&] { return (message = process.AnyWindow()) != nullptr; }));
+    std::wstring text;
+    for (HWND part = nullptr; (part = FindWindowExW(message, part, L"Static", nullptr)) != nullptr;)
+      text += TextOf(part);
+    EXPECT_NE(text.find(L"Nothing was cleaned"), std::wstring::npos);
+    PressIn(message, IDOK);
+    EXPECT_EQ(process.AwaitExitCode(), 1u);
+    EXPECT_TRUE(fs::exists(dump_) && fs::exists(junk_));
+  }
+}
+
+}  // namespace
+}  // namespace quellix::test
