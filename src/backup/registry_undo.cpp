@@ -41,7 +41,8 @@ void RegistryUndo::AddValue(Registry& registry, RegistryRoot root, std::string_v
     const auto opened = registry.Open(home.root, home.key, RegistryAccess::kRead);
     const auto value = opened ? opened->QueryValue(name) : std::nullopt;
     if (!value) continue;
-    added_.AddKey(home.root, home.key);
+    const KeyHome lasting = registry.LastingName(home.root, home.key);
+    added_.AddKey(lasting.root, lasting.key);
     added_.AddValue(name, *value);
     return;
   }
@@ -51,7 +52,8 @@ void RegistryUndo::AddKey(Registry& registry, RegistryRoot root, std::string_vie
                           const Pause& pause) {
   for (const KeyHome& home : KeyHomes(root, key)) {
     const auto opened = registry.Open(home.root, home.key, RegistryAccess::kRead);
-    if (opened && !opened->SubKeyAt(0)) AddOpenKey(home.root, home.key, *opened, pause);
+    const KeyHome lasting = registry.LastingName(home.root, home.key);
+    if (opened && !opened->SubKeyAt(0)) AddOpenKey(lasting.root, lasting.key, *opened, pause);
   }
 }
 
@@ -61,10 +63,11 @@ void RegistryUndo::AddTree(Registry& registry, RegistryRoot root, std::string_vi
   for (const KeyHome& home : KeyHomes(root, key)) {
     const auto opened = registry.Open(home.root, home.key, RegistryAccess::kRead);
     if (opened == nullptr) continue;
+    const KeyHome lasting = registry.LastingName(home.root, home.key);
     WalkKeys(*opened, RegistryAccess::kRead,
              {.enter =
                   [&](RegistryKey& each, const std::string& path) {
-                    AddOpenKey(home.root, home.key + path, each, pause);
+                    AddOpenKey(lasting.root, lasting.key + path, each, pause);
                   }},
              pause);
   }

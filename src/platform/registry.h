@@ -111,9 +111,20 @@ struct KeyWalkSteps {
 bool WalkKeys(RegistryKey& top, RegistryAccess access, const KeyWalkSteps& steps,
               const Pause& pause = {});
 
+struct KeyHome {
+  RegistryRoot root;
+  std::string key;  // without "\" at its end
+};
+
 class Registry {
  public:
   virtual ~Registry() = default;
+
+  // What a key is called where it is kept for later, as in an undo file: as here, unless this
+  // registry is another user's, whose keys are not found in HKEY_CURRENT_USER then.
+  virtual KeyHome LastingName(RegistryRoot root, std::string_view key) {
+    return {root, std::string(key)};
+  }
 
   // Clears away what killed runs left beside that which the registry stores, for a run that is to
   // change something. Throws Error.
@@ -125,11 +136,6 @@ class Registry {
                                             RegistryAccess access) = 0;
   // Opens a key for writing, made with those above it where they are missing. Throws Error.
   virtual std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) = 0;
-};
-
-struct KeyHome {
-  RegistryRoot root;
-  std::string key;  // without "\" at its end
 };
 
 // Where a key is kept: HKEY_CLASSES_ROOT shows the user's classes over the machine's, and what is

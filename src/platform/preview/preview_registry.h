@@ -38,6 +38,9 @@ class PreviewRegistry : public Registry {
                                     RegistryAccess access) override;
   // Opens a key that is there. Throws Error for one that is not: what is previewed makes none.
   std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override;
+  KeyHome LastingName(RegistryRoot root, std::string_view key) override {
+    return inner_.LastingName(root, key);
+  }
 
  private:
   Registry& inner_;

@@ -22,38 +22,15 @@ bool Exists(VolumeFileSystem& files, const std::string& path) {
 
 std::string DriveOf(const std::string& windows_folder) { return windows_folder.substr(0, 2); }
 
-std::optional<VolumeUser> UserOfProfile(VolumeFileSystem& files, std::string sid,
-                                        std::string profile) {
-  if (!Exists(files, profile + std::string(kUserHive))) return std::nullopt;
-  std::string name(NamePart(profile));
-  return VolumeUser{std::move(name), std::move(sid), std::move(profile)};
-}
-
-// Accounts of persons, of a machine or domain and of the Microsoft cloud.
-bool IsPerson(std::string_view sid) {
-  const bool known = sid.starts_with("S-1-5-21-") || sid.starts_with("S-1-12-1-");
-  return known && sid.find('.') == std::string_view::npos;
+bool HasHive(VolumeFileSystem& files, const VolumeUser& user) {
+  return Exists(files, user.profile + std::string(kUserHive));
 }
 
 // Of persons, or of the services.
-std::vector<VolumeUser> UsersOfProfileList(VolumeFileSystem& files, Registry& registry,
-                                           const std::string& windows_folder, bool persons) {
-  std::vector<VolumeUser> users;
-  const std::string list = std::string(kCurrentVersion) + "\\ProfileList";
-  const auto key = registry.Open(RegistryRoot::kLocalMachine, list, RegistryAccess::kRead);
-  for (uint32_t i = 0; key; ++i) {
-    const auto sid = key->SubKeyAt(i);
-    if (!sid) break;
-    if (IsPerson(*sid) != persons) continue;
-    auto path =
-        ReadText(registry, RegistryRoot::kLocalMachine, list + "\\" + *sid, "ProfileImagePath");
-    if (!path) continue;
-    *path = ReplaceNoCase(*path, "%SystemDrive%", DriveOf(windows_folder));
-    *path = ReplaceNoCase(*path, "%SystemRoot%", windows_folder);
-    if (auto user = UserOfProfile(files, *sid, std::string(WithoutBackslash(*path)))) {
-      users.push_back(std::move(*user));
-    }
-  }
+std::vector<VolumeUser> UsersWithHive(VolumeFileSystem& files, Registry& registry,
+                                      const std::string& windows_folder, Persons persons) {
+  std::vector<VolumeUser> users = ListedProfiles(registry, windows_folder, persons);
+  std::erase_if(users, [&files](const VolumeUser& user) { return !HasHive(files, user); });
   return users;
 }
 
@@ -70,8 +47,8 @@ std::vector<VolumeUser> UsersOfFolders(VolumeFileSystem& files, const std::strin
     const std::string folder = drive + parent;
     files.Enumerate(folder, Detail::kKind, [&](const Entry& entry) {
       if (!entry.info.is_folder || entry.info.is_link || IsServiceProfile(entry.name)) return true;
-      auto user = UserOfProfile(files, "", folder + "\\" + std::string(entry.name));
-      if (user) users.push_back(std::move(*user));
+      VolumeUser user{std::string(entry.name), "", folder + "\\" + std::string(entry.name)};
+      if (HasHive(files, user)) users.push_back(std::move(user));
       return true;
     });
   }
@@ -85,14 +62,6 @@ std::string Names(const std::vector<VolumeUser>& users) {
 }
 
 }  // namespace
-
-std::optional<std::string> ReadText(Registry& registry, RegistryRoot root, std::string_view key,
-                                    std::string_view name) {
-  const auto open = registry.Open(root, key, RegistryAccess::kRead);
-  const auto value = open ? open->QueryValue(name) : std::nullopt;
-  if (!value || (value->type != kRegSz && value->type != kRegExpandSz)) return std::nullopt;
-  return std::string(TrimNull(FromUtf16Bytes(value->bytes)));
-}
 
 std::optional<std::string> FindWindowsFolder(VolumeFileSystem& files, char drive) {
   std::optional<std::string> found;
@@ -138,16 +107,16 @@ FoundWindows LookForWindows(const std::string& volume) {
 
 std::vector<VolumeUser> FindUsers(VolumeFileSystem& files, Registry& registry,
                                   const std::string& windows_folder) {
-  std::vector<VolumeUser> users = UsersOfProfileList(files, registry, windows_folder, true);
+  std::vector<VolumeUser> users = UsersWithHive(files, registry, windows_folder, Persons::kYes);
   return users.empty() ? UsersOfFolders(files, DriveOf(windows_folder)) : users;
 }
 
 std::vector<VolumeUser> FindOtherProfiles(VolumeFileSystem& files, Registry& registry,
                                           const std::string& windows_folder) {
-  std::vector<VolumeUser> others = UsersOfProfileList(files, registry, windows_folder, false);
+  std::vector<VolumeUser> others = UsersWithHive(files, registry, windows_folder, Persons::kNo);
   for (const char* folder : {"\\Users\\Default", "\\Documents and Settings\\Default User"}) {
-    if (auto profile = UserOfProfile(files, "", DriveOf(windows_folder) + folder))
-      others.push_back(std::move(*profile));
+    VolumeUser profile{std::string(NamePart(folder)), "", DriveOf(windows_folder) + folder};
+    if (HasHive(files, profile)) others.push_back(std::move(profile));
   }
   return others;
 }

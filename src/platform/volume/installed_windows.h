@@ -4,17 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "platform/user_profiles.h"
 #include "platform/volume/volume_file_system.h"
 #include "platform/volume/volume_registry.h"
 
 namespace quellix {
 
-// One interactive user of the Windows on a volume.
-struct VolumeUser {
-  std::string name;     // as the profile folder is named
-  std::string sid;      // "" when the registry does not tell
-  std::string profile;  // the profile folder, without trailing "\"
-};
+using VolumeUser = UserProfile;
 
 // The Windows on a volume.
 struct InstalledWindows {
@@ -56,9 +52,5 @@ VolumeUser ChooseUser(const std::vector<VolumeUser>& users, const std::vector<Vo
 // All hives of the machine and of a user, those that exist.
 HivePaths FindHives(VolumeFileSystem& files, const std::string& windows_folder,
                     const VolumeUser& user);
-
-// A text value, without what follows its NUL; nothing when key or value is missing.
-std::optional<std::string> ReadText(Registry& registry, RegistryRoot root, std::string_view key,
-                                    std::string_view name);
 
 }  // namespace quellix

@@ -4,13 +4,12 @@
 #include <optional>
 #include <string>
 
+#include "platform/absent_ports.h"
 #include "platform/machine.h"
 #include "platform/volume/volume_registry.h"
 #include "platform/volume/volume_session.h"
 #include "platform/volume/volume_shell.h"
 #include "platform/volume/volume_system.h"
-#include "platform/volume/volume_system_cleaners.h"
-#include "platform/volume/volume_url_cache.h"
 
 namespace quellix {
 
@@ -41,9 +40,10 @@ class VolumeMachine {
   std::optional<VolumeRegistry> registry_;
   std::optional<VolumeSystem> system_;
   std::optional<VolumeShell> shell_;
-  VolumeUrlCache url_cache_;
+  AbsentUrlCache url_cache_{"The browser cache belongs to a running Windows."};
   VolumeSession session_;
-  VolumeSystemCleaners cleaners_;
+  AbsentSystemCleaners cleaners_{
+      "The cleaners of Windows itself work only on a running Windows."};
   std::optional<IniFiles> profile_;
 };
 

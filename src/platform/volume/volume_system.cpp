@@ -16,8 +16,6 @@ namespace quellix {
 namespace {
 
 constexpr std::string_view kCurrentVersion = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
-constexpr std::string_view kMachineEnvironment =
-    "SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment";
 constexpr std::string_view kCodePages = "SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage";
 // As a Windows of 64 bits has them; one of 32 bits lacks the folders, not their names.
 constexpr std::pair<std::string_view, const char*> kProgramFolders[] = {
@@ -27,8 +25,6 @@ constexpr std::pair<std::string_view, const char*> kProgramFolders[] = {
     {"CommonProgramFiles", "\\Program Files\\Common Files"},
     {"CommonProgramW6432", "\\Program Files\\Common Files"},
     {"CommonProgramFiles(x86)", "\\Program Files (x86)\\Common Files"}};
-// Variables that name themselves, however far round or often, end here.
-constexpr int kDeepest = 8, kMost = 256;
 
 struct IconvCloser {
   void operator()(void* handle) const { iconv_close(handle); }
@@ -81,62 +77,22 @@ LocalTime ToLocal(std::time_t time) {
 
 }  // namespace
 
-std::string VolumeSystem::LocalFolder(std::string_view now, std::string_view before_vista) {
-  const bool is_new = files_.Look(user_.profile + "\\AppData").has_value() || Version().major >= 6;
-  return user_.profile + std::string(is_new ? now : before_vista);
-}
+VolumeSystem::VolumeSystem(VolumeFileSystem& files, Registry& registry, std::string windows_folder,
+                           const VolumeUser& user)
+    : files_(files),
+      registry_(registry),
+      windows_folder_(std::move(windows_folder)),
+      variables_(
+          registry, user, [this](std::string_view name) { return OfWindows(name); },
+          [this, app_data = user.profile + "\\AppData"] {
+            return files_.Look(app_data).has_value() || Version().major >= 6;
+          }) {}
 
-std::string VolumeSystem::TempFolder() {
-  for (const char* name : {"TMP", "TEMP"}) {
-    const auto folder = Environment(name);
-    if (folder && !folder->empty()) return WithBackslash(*folder);
-  }
-  return WithBackslash(LocalFolder("\\AppData\\Local\\Temp", "\\Local Settings\\Temp"));
-}
-
-std::optional<std::string> VolumeSystem::Environment(std::string_view name) {
-  Expansion expansion;
-  return Variable(name, expansion);
-}
-
-std::optional<std::string> VolumeSystem::Variable(std::string_view name, Expansion& expansion) {
-  const auto value = RawVariable(name);
-  if (!value) return std::nullopt;
-  ++expansion.depth;
-  ++expansion.count;
-  std::string expanded = Expand(*value, expansion);
-  --expansion.depth;
-  return expanded;
-}
-
-// A user's own variable comes before the machine's, but those Windows sets itself cannot be
-// replaced.
-std::optional<std::string> VolumeSystem::RawVariable(std::string_view name) {
-  if (auto value = WellKnownVariable(name)) return value;
-  if (auto value = ReadText(registry_, RegistryRoot::kCurrentUser, "Environment", name)) {
-    return value;
-  }
-  if (auto value = ReadText(registry_, RegistryRoot::kLocalMachine, kMachineEnvironment, name)) {
-    return value;
-  }
-  if (EqualsNoCase(name, "TEMP") || EqualsNoCase(name, "TMP")) {
-    return LocalFolder("\\AppData\\Local\\Temp", "\\Local Settings\\Temp");
-  }
-  return std::nullopt;
-}
-
-std::optional<std::string> VolumeSystem::WellKnownVariable(std::string_view name) {
+std::optional<std::string> VolumeSystem::OfWindows(std::string_view name) {
   const auto is = [name](std::string_view other) { return EqualsNoCase(name, other); };
   const std::string drive = windows_folder_.substr(0, 2);
   if (is("SystemRoot") || is("windir")) return windows_folder_;
-  if (is("SystemDrive") || is("HOMEDRIVE")) return drive;
-  if (is("USERPROFILE")) return user_.profile;
-  if (is("HOMEPATH")) return user_.profile.substr(2);
-  if (is("USERNAME")) return user_.name;
-  if (is("APPDATA")) return LocalFolder("\\AppData\\Roaming", "\\Application Data");
-  if (is("LOCALAPPDATA")) {
-    return LocalFolder("\\AppData\\Local", "\\Local Settings\\Application Data");
-  }
+  if (is("SystemDrive")) return drive;
   for (const auto& [variable, folder] : kProgramFolders) {
     if (is(variable)) return drive + folder;
   }
@@ -146,22 +102,6 @@ std::optional<std::string> VolumeSystem::WellKnownVariable(std::string_view name
   }
   if (is("PUBLIC")) return drive + "\\Users\\Public";
   return std::nullopt;
-}
-
-std::string VolumeSystem::Expand(std::string_view text, Expansion& expansion) {
-  std::string result;
-  for (;;) {
-    const size_t start = text.find('%');
-    const size_t end = start == text.npos ? text.npos : text.find('%', start + 1);
-    if (end == text.npos || expansion.depth >= kDeepest || expansion.count >= kMost) {
-      return result + std::string(text);
-    }
-    result += text.substr(0, start);
-    const auto value = Variable(text.substr(start + 1, end - start - 1), expansion);
-    // What is no variable stays, and its second sign may begin one.
-    result += value ? *value : std::string(text.substr(start, end - start));
-    text.remove_prefix(value ? end + 1 : end);
-  }
 }
 
 WindowsVersion VolumeSystem::Version() {

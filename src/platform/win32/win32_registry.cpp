@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/path.h"
+#include "platform/text.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_text.h"
@@ -229,16 +230,42 @@ bool Win32Key::DeleteSubKey(std::string_view path) {
 
 }  // namespace
 
+// A user's classes are a hive of their own, which only a link makes part of his key, and
+// HKEY_CLASSES_ROOT shows those of who runs the program.
+KeyHome Win32Registry::Place(RegistryRoot root, std::string_view path) const {
+  constexpr std::string_view kClasses = "Software\\Classes";
+  std::string plain(WithoutBackslash(path));
+  if (user_.empty()) return {root, std::move(plain)};
+  const auto below = [](const std::string& top, std::string_view rest) {
+    return top + (rest.empty() ? "" : "\\") + std::string(rest);
+  };
+  if (root == RegistryRoot::kClassesRoot)
+    return {RegistryRoot::kLocalMachine, below(std::string(kClasses), plain)};
+  if (root != RegistryRoot::kCurrentUser) return {root, std::move(plain)};
+  const bool is_class = EqualsNoCase(plain.substr(0, kClasses.size()), kClasses) &&
+                        (plain.size() == kClasses.size() || plain[kClasses.size()] == '\\');
+  if (!is_class || classes_.empty()) return {RegistryRoot::kUsers, below(user_, plain)};
+  const std::string rest = plain.size() > kClasses.size() ? plain.substr(kClasses.size() + 1) : "";
+  return {RegistryRoot::kUsers, below(classes_, rest)};
+}
+
+KeyHome Win32Registry::LastingName(RegistryRoot root, std::string_view key) {
+  if (user_.empty() || root != RegistryRoot::kCurrentUser) return {root, std::string(key)};
+  return {RegistryRoot::kUsers, lasting_ + "\\" + std::string(key)};
+}
+
 std::unique_ptr<RegistryKey> Win32Registry::Open(RegistryRoot root, std::string_view path,
                                                  RegistryAccess access) {
-  return OpenBelow(Predefined(root), path, Rights(access));
+  const KeyHome place = Place(root, path);
+  return OpenBelow(Predefined(place.root), place.key, Rights(access));
 }
 
 std::unique_ptr<RegistryKey> Win32Registry::Create(RegistryRoot root, std::string_view path) {
-  const std::string plain(WithoutBackslash(path));
+  const KeyHome place = Place(root, path);
+  const std::string& plain = place.key;
   UniqueKey key;
   const LSTATUS status =
-      RegCreateKeyExW(Predefined(root), Wide(plain).c_str(), 0, nullptr, 0,
+      RegCreateKeyExW(Predefined(place.root), Wide(plain).c_str(), 0, nullptr, 0,
                       Rights(RegistryAccess::kWrite), nullptr, key.Put(), nullptr);
   if (status != ERROR_SUCCESS) {
     throw WindowsError(static_cast<DWORD>(status), "make", "the registry key " + plain);

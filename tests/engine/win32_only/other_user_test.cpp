@@ -1,0 +1,148 @@
+// Another user of the running Windows, whose registry is loaded for the time.
+#include "platform/win32/other_user.h"
+
+#include <cstdlib>
+
+#include "app/preview_run.h"
+#include "backup/registry_undo.h"
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/win32/win32_text.h"
+#include "support/run_fixture.h"
+#include "ui/windows_api.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char* kProfiles =
+    "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\";
+constexpr const char* kSeed = "Software\\QxSeed";
+
+struct OtherUserTest : RunFixture {
+  OtherUserTest() {
+    Remove();
+    machine->SetText(kMachine, kProfiles + user.sid, "ProfileImagePath",
+                     "%SystemDrive%\\users\\qx2");
+    machine->SetText(kMachine, kProfiles + gone.sid, "ProfileImagePath", gone.profile);
+    machine->MakeFile(his_temp + "a.tmp", "12345");
+    machine->MakeFile(his_temp + "b.keep", "1");
+    machine->MakeFile(temp + "mine.tmp", "1");
+    machine->RemoveRegistryTree(kUser, kRunMruKey);
+    machine->SetText(kUser, kRunMruKey, "a", "mine");
+    WriteOwn("keep.txt", "*.keep\r\n");
+  }
+  ~OtherUserTest() override { Remove(); }
+
+  void Remove() {
+    for (const UserProfile& each : {user, gone})
+      machine->RemoveRegistryTree(kMachine, kProfiles + each.sid);
+    for (const std::string& name : machine->Tree(user.profile)) {
+      if (!name.ends_with('\\')) ports.files.RemoveFile(user.profile + "\\" + name);
+    }
+    machine->RemoveRegistryTree(kUser, kSeed);
+  }
+  // As he left it when he logged off.
+  void StoreHive() {
+    const std::string seed = std::string(kSeed) + "\\";
+    machine->SetText(kUser, seed + kRunMruKey, "a", "his");
+    machine->SetText(kUser, seed + "Environment", "TEMP", "%USERPROFILE%\\his temp");
+    Session& session = ports.session;
+    session.EnablePrivilege("SeBackupPrivilege");
+    UniqueKey key;
+    RegOpenKeyExW(HKEY_CURRENT_USER, Wide(kSeed).c_str(), 0, KEY_READ, key.Put());
+    const std::wstring file = Wide(user.profile + "\\NTUSER.DAT");
+    DeleteFileW(file.c_str());
+    ASSERT_EQ(RegSaveKeyW(key.Get(), file.c_str(), nullptr), ERROR_SUCCESS);
+  }
+  bool IsLoaded() {
+    return machine->KeyExists(RegistryRoot::kUsers, "Quellix " + user.sid);
+  }
+
+  const UserProfile user{"qx2", "S-1-5-21-7-7-7-1002", "C:\\users\\qx2"},
+      gone{"qx3", "S-1-5-21-7-7-7-1003", "C:\\users\\qx3"};
+  const std::string his_temp = "C:\\users\\qx2\\his temp\\";
+};
+
+TEST_F(OtherUserTest, WhatIsHisIsCleanedAndNothingOfAnybodyElse) {
+  StoreHive();
+  machine->MakeFile(scratch + "binned", "1");
+  ports.files.Recycle(scratch + "binned");
+  const uint64_t binned = ports.shell.QueryRecycleBin().items;
+  {
+    OtherUserMachine other(ports.program_folder, user);
+    const Machine his = other.machine();
+    EXPECT_TRUE(IsLoaded());
+    Engine run(his, view);
+    for (const Item& item : AllItems()) run.selection().SetChecked(item, false);
+    for (const char* key : {"CleanTempFiles", "CleanRunMRU", "CleanRecycleBin", "CleanClipboard"})
+      run.selection().SetChecked(*FindItem(key), true);
+    PreviewRun preview(his, view);
+    preview.Run(run.selection());
+    for (const char* files : {"1", "0"}) {
+      run.RunCleaning();
+      EXPECT_TRUE(Holds(run.state().RunLog, std::string("Files Deleted: ") + files));
+      EXPECT_EQ(machine->Tree(his_temp), Names{"b.keep"});
+    }
+    EXPECT_EQ(preview.entries()->all.size(), 3u) << "a file, what is kept, and a value";
+    const auto list = his.registry.Open(kUser, kRunMruKey, RegistryAccess::kRead);
+    EXPECT_TRUE(list && !list->ValueAt(0));
+    EXPECT_EQ(run.state().Outcomes[size_t(FindItem("CleanRecycleBin")->run_order) - 1],
+              Outcome::kNotPossible);
+  }
+  EXPECT_FALSE(IsLoaded());
+  EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey), Names{"a"});
+  EXPECT_TRUE(machine->Exists(temp + "mine.tmp"));
+  EXPECT_EQ(ports.shell.QueryRecycleBin().items, binned);
+}
+
+TEST_F(OtherUserTest, HisFoldersAndVariablesAreTold) {
+  StoreHive();
+  _putenv("QxOwn=mine");
+  OtherUserMachine other(ports.program_folder, user);
+  System& system = other.machine().system;
+  const std::string profile = user.profile;
+  const struct {
+    const char* name;
+    std::optional<std::string> value;
+  } kRows[] = {{"userprofile", profile},
+               {"APPDATA", profile + "\\AppData\\Roaming"},
+               {"LocalAppData", profile + "\\AppData\\Local"},
+               {"TEMP", profile + "\\his temp"},
+               {"USERNAME", "qx2"},
+               {"HOMEPATH", "\\users\\qx2"},
+               {"windir", ports.system.Environment("windir")},
+               {"ProgramFiles", ports.system.Environment("ProgramFiles")},
+               {"QxOwn", std::nullopt}};
+  for (const auto& row : kRows) EXPECT_EQ(system.Environment(row.name), row.value) << row.name;
+  EXPECT_EQ(system.TempFolder(), his_temp);
+  // Elsewhere his keys are not the current user's.
+  Registry& registry = other.machine().registry;
+  const PreviewMachine preview(other.machine());
+  for (Registry* const each : {&registry, &preview.machine().registry}) {
+    RegistryUndo undo;
+    undo.AddValue(*each, kUser, kRunMruKey, "a");
+    undo.AddTree(*each, kUser, "Environment");
+    undo.Store(ports, scratch);
+    const std::string text = FromUtf16Bytes(Read(undo.path()));
+    for (const std::string key : {"Environment]", kRunMruKey})
+      EXPECT_TRUE(Holds(text, "[HKEY_USERS\\" + user.sid + "\\" + key));
+    EXPECT_EQ(each->LastingName(kUser, "Software").key, user.sid + "\\Software");
+    EXPECT_EQ(each->LastingName(kMachine, "Software").key, "Software");
+  }
+  EXPECT_EQ(ports.registry.LastingName(kUser, "Software").root, kUser);
+}
+
+TEST_F(OtherUserTest, UsersAreThoseWithAProfileAndWithoutARegistryNothingIsOpened) {
+  Names names;
+  for (const UserProfile& each : UsersHere(ports)) names.push_back(each.name);
+  EXPECT_EQ(std::ranges::count(names, "qx2"), 1);
+  EXPECT_EQ(std::ranges::count(names, "qx3"), 0);
+  EXPECT_THROW(OtherUserMachine(ports.program_folder, user), Error) << "no NTUSER.DAT";
+  machine->MakeFolder(user.profile + "\\NTUSER.DAT");
+  EXPECT_THROW(OtherUserMachine(ports.program_folder, user), Error) << "a folder";
+  ports.files.RemoveFolder(user.profile + "\\NTUSER.DAT");
+  EXPECT_FALSE(IsLoaded());
+}
+
+}  // namespace
+}  // namespace quellix
