@@ -30,6 +30,7 @@ RunReport ReportOf(const CleaningContext& context) {
 void EndChoice(CleaningContext& context) {
   RunState& state = context.state;
   const auto choice = std::exchange(state.Choice, nullptr);
+  state.LeavesToStart = false;
   // Of a run that was stopped most was not come by.
   if (choice && !state.AbortRequested) state.RunLog += choice->Remarks();
 }
@@ -107,6 +108,7 @@ void AbortRun(CleaningContext& context, const Item* in_work, FreeSpaceCheck& fre
 // Nothing was begun. Who was not watching finds the reason in the last log.
 void RefuseRun(CleaningContext& context) {
   context.state.Choice.reset();
+  context.state.LeavesToStart = false;
   if (context.state.Hidden) context.view.KeepReport(ReportOf(context));
   ShowIdle(context, "Nothing was removed");
 }

@@ -85,10 +85,18 @@ RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* sh
                  entries, locale,
                  [&](size_t i) { return found.IsTaken(i) && !is_left[entries.all[i].rule]; })
            : "",
-      lost + (lost.empty() || left.empty() ? "" : "\n\n") + left};
+      lost + (lost.empty() || left.empty() ? "" : "\n\n") + left, ""};
   if (question.heading.empty() && !question.text.empty())
     question.heading = lost.empty() ? "Clean the rest?" : "Clean all the same?";
   return question;
+}
+
+std::string OfferOfStart(const RunState& look, const Machine& machine) {
+  const bool may = look.StayedLocked > 0 && look.RemovalMode == kDelete &&
+                   machine.session.RunsPrograms() && machine.session.HasAdministratorRights();
+  if (!may) return {};
+  return "Have Windows remove what is in use in its own folder at its next start (" +
+         FormatCount(look.StayedLocked, machine.system.UserLocale()) + " in use in all)";
 }
 
 }  // namespace quellix

@@ -5,7 +5,9 @@
 
 #include "app/entry_list.h"
 #include "platform/locale.h"
+#include "platform/machine.h"
 #include "plugins/recipe_run.h"
+#include "run/run_state.h"
 
 namespace quellix {
 
@@ -13,6 +15,7 @@ namespace quellix {
 struct RunQuestion {
   std::string heading;  // "Delete 20,000 files (54.00 MB) for good?", a verb first; "" for nothing
   std::string text;     // what cannot be had again, and what is left; lines
+  std::string further;  // what may be chosen besides; "" for nothing
 };
 
 // Of what is ticked in `found`. What recipes take that cannot be had again, neither from the recycle
@@ -20,5 +23,9 @@ struct RunQuestion {
 // nobody has seen it by `ticks`. `shown`: what the look carried out; null for no recipes.
 RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* shown,
                        const modPlugin::RecipeTicks& ticks, const Locale& locale, bool asks);
+
+// The choice to leave what a look has found in use to the next start of Windows; "" where there is
+// none such, or where that takes rights that are not there.
+std::string OfferOfStart(const RunState& look, const Machine& machine);
 
 }  // namespace quellix

@@ -80,6 +80,7 @@ void AppendSummary(CleaningContext& context) {
   }
   log += NotBackedUpLine(state);
   log += KeptLine(state);
+  log += LeftToStartLine(state);
   for (const std::string_view sentence : StayedSentences(state)) {
     log.append("\r\n\r\n").append(sentence);
   }

@@ -5,6 +5,10 @@
 
 namespace quellix {
 
+void Folder::RemoveAtStart(std::string_view) {
+  throw NotAvailable("Nothing can be left to the next start of this Windows.");
+}
+
 void Folder::MoveTo(std::string_view from, Folder&, std::string_view) {
   throw NotAvailable("Nothing can be moved here: " + std::string(from));
 }

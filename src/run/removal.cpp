@@ -136,6 +136,24 @@ bool RemoveByMode(CleaningContext& context, WorkingFolder& working, Folder& fold
   return way.has_value();
 }
 
+// Of what is in use also what becomes of it, where the user leaves that to the system's next start:
+// only what would have been deleted now, as nothing archives or wipes it then.
+std::string WhyItStays(CleaningContext& context, WorkingFolder& working, std::string_view path,
+                       const Error& error) {
+  RunState& state = context.state;
+  const std::string why = error.what();
+  const bool may_wait = state.LeavesToStart && !state.IsPreview &&
+                        state.RemovalMode == kDelete && error.kind() == Error::Kind::kInUse;
+  if (!may_wait) return why;
+  try {
+    working.Of(path).RemoveAtStart(NamePart(path));
+    ++state.LeftToStart;
+    return why + " Windows removes it at its next start.";
+  } catch (const Error& refused) {
+    return why + " " + refused.what();
+  }
+}
+
 // Removes a file of a list and counts it; what stays is noted. False when it stays.
 bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::string_view path,
                     std::string* reason = nullptr) {
@@ -151,7 +169,8 @@ bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::strin
     if (reason != nullptr) {
       *reason = error.kind() == Error::Kind::kKept ? KeptSentence(error.what()) : error.what();
     }
-    NoteStayed(context.state, path, error.what(), error.kind(), info.value_or(FileInfo{}));
+    NoteStayed(context.state, path, WhyItStays(context, working, path, error), error.kind(),
+               info.value_or(FileInfo{}));
   } catch (const std::exception& error) {
     if (reason != nullptr) *reason = error.what();
     NoteStayed(context.state, path, error.what(), Error::Kind::kOther, info.value_or(FileInfo{}));

@@ -40,6 +40,7 @@ struct RunTotals : ItemTotals {
   uint64_t StayedLocked = 0;      // those that were locked or in use
   std::vector<size_t> MaybeHeld;  // the first that a program may hold, as indexes of Entries
   uint64_t KeptCount = 0;         // what the user keeps (NoteKept)
+  uint64_t LeftToStart = 0;       // of those that were in use: the system's next start takes them
 
   int32_t RunFilesDeleted = 0;
   double RunSpaceGained = 0;  // bytes
@@ -61,6 +62,7 @@ struct RunState : RemovalOptions, RunTotals {
   int16_t FixedRemovalMode = 0;               // chosen for this program run; 0: as the settings say
   std::optional<int16_t> FixedOlderThanDays;  // likewise
   std::shared_ptr<RunChoice> Choice;          // what the next run may remove; null: everything
+  bool LeavesToStart = false;                 // the next run what is in use, where that is safe
   bool IsPreview = false;                     // nothing is really removed
   bool Hidden = false;                        // nobody is watching: nothing waits for a person
   bool BySelf = false;                        // it began by itself: somebody need not be there

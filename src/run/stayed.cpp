@@ -124,6 +124,11 @@ std::string KeptLine(const RunState& state) {
   return "\r\nKept by the keep list: " + std::to_string(state.KeptCount);
 }
 
+std::string LeftToStartLine(const RunState& state) {
+  if (state.LeftToStart == 0) return {};
+  return "\r\nLeft to the next start of Windows: " + std::to_string(state.LeftToStart) + " file(s)";
+}
+
 std::string StayedNames(const RunTotals& totals, size_t most) {
   return Names("Not deleted:", *totals.Entries, Fate::kStayed, totals.StayedCount, most) +
          Names("Kept:", *totals.Entries, Fate::kKept, totals.KeptCount, most);

@@ -46,6 +46,8 @@ std::vector<std::string_view> StayedSentences(const RunState& state);
 std::string NotBackedUpLine(const RunState& state);
 // The same of what was kept.
 std::string KeptLine(const RunState& state);
+// The same of what the next start of Windows takes.
+std::string LeftToStartLine(const RunState& state);
 // The names of what stayed, and of what was kept, with their reasons, a line each, `most` of them,
 // behind an empty line and a heading; "" when nothing did.
 std::string StayedNames(const RunTotals& totals, size_t most);

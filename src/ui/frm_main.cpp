@@ -91,7 +91,8 @@ void FrmMain::OnInit() {
   layout().Add(kAnchors);
   BindItems();
   windows_.on_options = [this] { FollowSettings(); };
-  preview_.on_clean = [this](std::shared_ptr<RunChoice> choice) {
+  preview_.on_clean = [this](std::shared_ptr<RunChoice> choice, bool leaves_to_start) {
+    engine_.state().LeavesToStart = leaves_to_start;
     Run([this, choice] { RunTarget(previewed_, choice); });
   };
   preview_.question_of = [this](const EntryList& list) { return Question(list); };

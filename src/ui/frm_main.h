@@ -123,6 +123,7 @@ class FrmMain : public Dialog {
   std::string summary_;                             // as shown
   const PreviewRun* look_ = nullptr;                // that is in work
   std::shared_ptr<modPlugin::ShownRecipes> shown_;  // of the last look
+  std::string start_offer_;                         // likewise, see OfferOfStart
   std::optional<RunReport> last_report_;
   Target previewed_;                             // in the preview's window
   std::vector<ListSection> sections_, recipes_;  // as found beside the items

@@ -41,10 +41,12 @@ void FrmMain::Clean(const Target& target) {
   if (!engine_.preferences().ask && !may_lose) return Run(clean);
   const std::shared_ptr<const RunEntries> found = LookAhead(LookAt(target));
   if (!found) return;
-  const auto [question, text] = Question(EntryList(machine_.system, found, true));
+  const auto [question, text, offer] = Question(EntryList(machine_.system, found, true));
   if (question.empty()) return Run(clean);
-  switch (AskForGood(window(), question, text, target.item == nullptr)) {
+  FurtherChoice further{offer};
+  switch (AskForGood(window(), question, text, target.item == nullptr, &further)) {
     case AskedForGood::kYes:
+      engine_.state().LeavesToStart = further.is_ticked;
       return Run(clean);
     case AskedForGood::kShow:
       return ShowPreview(found, target);
@@ -66,8 +68,10 @@ void FrmMain::RunTarget(Target target, std::shared_ptr<RunChoice> choice) {
 }
 
 RunQuestion FrmMain::Question(const EntryList& list) const {
-  return QuestionOf(list, shown_.get(), engine_.selection().recipes(), machine_.system.UserLocale(),
-                    engine_.preferences().ask);
+  RunQuestion question = QuestionOf(list, shown_.get(), engine_.selection().recipes(),
+                                    machine_.system.UserLocale(), engine_.preferences().ask);
+  question.further = start_offer_;
+  return question;
 }
 
 // A second start of the program, whose ticks are those of this one.
@@ -97,6 +101,7 @@ std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Look& look) {
   if (window()) FollowLook();
   look_ = nullptr;
   shown_ = preview.state().Parts.Find<modPlugin::ShownRecipes>();
+  start_offer_ = OfferOfStart(preview.state(), machine_);
   items_.list().EndLook();
   if (window()) {
     pane_.Settle();

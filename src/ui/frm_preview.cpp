@@ -52,10 +52,11 @@ void FrmPreview::TickAll(bool ticked) {
 void FrmPreview::Clean() {
   const EntryList& list = *entries_.list();
   const RunQuestion question = question_of(list);
-  if (!MayGo(window(), question.heading, question.text)) return;
+  FurtherChoice further{question.further};
+  if (!MayGo(window(), question.heading, question.text, &further)) return;
   const std::shared_ptr<RunChoice> choice = list.Choice();
   OnClose();
-  on_clean(choice);
+  on_clean(choice, further.is_ticked);
 }
 
 LRESULT FrmPreview::OnNotify(NMHDR& header) {

@@ -188,24 +188,29 @@ TASKDIALOGCONFIG TaskDialogOf(HWND owner, std::span<const TASKDIALOG_BUTTON> but
 }
 
 // The button that was pressed; IDCANCEL also where the dialog cannot be shown.
-int Pressed(const TASKDIALOGCONFIG& dialog) {
+int Pressed(const TASKDIALOGCONFIG& dialog, BOOL* is_ticked = nullptr) {
   int pressed = IDCANCEL;
-  return FAILED(TaskDialogIndirect(&dialog, &pressed, nullptr, nullptr)) ? IDCANCEL : pressed;
+  return FAILED(TaskDialogIndirect(&dialog, &pressed, nullptr, is_ticked)) ? IDCANCEL : pressed;
 }
 
 }  // namespace
 
-AskedForGood AskForGood(HWND owner, std::string_view question, std::string_view text, bool shows) {
+AskedForGood AskForGood(HWND owner, std::string_view question, std::string_view text, bool shows,
+                        FurtherChoice* further) {
   constexpr int kYes = 100, kShow = 101;
   const std::wstring heading = Wide(question), below = Wide(text),
+                     box = Wide(further ? further->text : ""),
                      verb = L"&" + heading.substr(0, heading.find(L' '));
   const TASKDIALOG_BUTTON buttons[] = {{kYes, verb.c_str()}, {kShow, L"&Show what goes..."}};
   TASKDIALOGCONFIG dialog = TaskDialogOf(owner, std::span(buttons).first(shows ? 2 : 1));
   dialog.dwCommonButtons = TDCBF_CANCEL_BUTTON;
   dialog.pszMainInstruction = heading.c_str();
   dialog.pszContent = below.empty() ? nullptr : below.c_str();
+  dialog.pszVerificationText = box.empty() ? nullptr : box.c_str();
   dialog.nDefaultButton = IDCANCEL;
-  const int pressed = Pressed(dialog);
+  BOOL is_ticked = FALSE;
+  const int pressed = Pressed(dialog, &is_ticked);
+  if (further) further->is_ticked = pressed == kYes && is_ticked;
   return pressed == kYes    ? AskedForGood::kYes
          : pressed == kShow ? AskedForGood::kShow
                             : AskedForGood::kCancel;

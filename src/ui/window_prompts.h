@@ -33,12 +33,20 @@ std::optional<SavePlace> AskWhereToSave(HWND owner, std::span<const FileFilter> 
 
 // A question before what cannot be undone: its buttons say what they do, and Cancel is the default.
 enum class AskedForGood { kYes, kShow, kCancel };
+// A box below the buttons, which is not ticked; "" for none.
+struct FurtherChoice {
+  std::string_view text;
+  bool is_ticked = false;  // when the first button was pressed
+};
 // `question` begins with the verb of the first button, and `text` stands below it; `shows` adds one
 // that shows what goes.
-AskedForGood AskForGood(HWND owner, std::string_view question, std::string_view text, bool shows);
+AskedForGood AskForGood(HWND owner, std::string_view question, std::string_view text, bool shows,
+                        FurtherChoice* further = nullptr);
 // The same where nothing can be shown; without a question nothing is asked.
-inline bool MayGo(HWND owner, std::string_view question, std::string_view text = {}) {
-  return question.empty() || AskForGood(owner, question, text, false) == AskedForGood::kYes;
+inline bool MayGo(HWND owner, std::string_view question, std::string_view text = {},
+                  FurtherChoice* further = nullptr) {
+  return question.empty() ||
+         AskForGood(owner, question, text, false, further) == AskedForGood::kYes;
 }
 
 // A program in the way of a run; Skip is the default, and what closing the box means.

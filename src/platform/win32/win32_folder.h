@@ -32,6 +32,7 @@ class Win32Folder : public Folder {
   void RemoveFolder(std::string_view name) override;
   void RequireRemovable(std::string_view name) override;
   void Recycle(std::string_view name) override;
+  void RemoveAtStart(std::string_view name) override;
   void SetAttributes(std::string_view name, uint32_t attributes) override;
 
   // Replaces or makes a file: the bytes go into a new one beside it, reach the disk, and then take
