@@ -44,7 +44,6 @@ MachineUse ConsoleCommands::UseOf(const CLI::App& command) const {
 
 int ConsoleCommands::RunOnMachine(const CLI::App& command, const Action& action) {
   machine_options_.use = UseOf(command);
-  if (!platform_.works_on_volumes) return RunOn({}, action);
   const std::vector<RunTarget> targets = TargetsOf(choice_, platform_);
   if (targets.empty()) return Fail("--volume is required.", kWrongUsage);
   if (targets.size() == 1) return RunOn(targets[0], action);
@@ -98,11 +97,15 @@ void ConsoleCommands::AddMachineOptions(CLI::App& command) {
   command.add_option("--settings", options.settings, "Folder of Settings.ini and the lists")
       ->type_name("DIR")
       ->group(kMachine);
-  if (!platform_.works_on_volumes) return;
   TargetChoice& choice = choice_;
   const auto add = [&command](const char* name, auto& target, const char* what) {
     return command.add_option(name, target, what)->group(kMachine)->allow_extra_args(false);
   };
+  add("--user", choice.users, "Whose traces to clean; several, one after another")
+      ->type_name("NAME");
+  command.add_flag("--all-users", choice.all_users, "Those of each person who has a profile")
+      ->group(kMachine);
+  if (!platform_.works_on_volumes) return;
   add("--volume", choice.volumes,
       "Folder a Windows volume is mounted in; several, one after another")
       ->type_name("DIR");
@@ -114,10 +117,6 @@ void ConsoleCommands::AddMachineOptions(CLI::App& command) {
   add("--drive", options.drives, "A further drive of that Windows")
       ->allow_extra_args()
       ->type_name("D:=DIR");
-  add("--user", choice.users, "Whose traces to clean; several, one after another")
-      ->type_name("NAME");
-  command.add_flag("--all-users", choice.all_users, "Those of each person who has a profile")
-      ->group(kMachine);
   command
       .add_flag("--keep-hives", options.keep_hives,
                 "Leave the originals of changed registry hives beside them, as NAME.quellix-old")

@@ -33,6 +33,8 @@ ConsoleView::~ConsoleView() {
   std::signal(SIGINT, SIG_DFL);
 }
 
+bool ConsoleView::WasInterrupted() { return interrupted; }
+
 bool ConsoleView::Breathe() {
   if (shows_progress_ && run_ != nullptr && Clock::now() - shown_ > kBetweenLines) ShowLine();
   return interrupted;

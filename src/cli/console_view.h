@@ -21,6 +21,8 @@ class ConsoleView : public RunView {
   // Whether somebody sits at a terminal who can be asked; for all views.
   static void Asks(bool asks) { asks_ = asks; }
   static bool asks() { return asks_; }
+  // Whether Ctrl-C was pressed while the last view was there.
+  static bool WasInterrupted();
   // The run whose totals are told meanwhile; it must outlive this.
   void Follow(const RunState& run) { run_ = &run; }
 

@@ -43,7 +43,7 @@ std::ostream& Report::text() {
 
 void Report::WriteJson(std::ostream& out, const ReportTable& table, int exit_code) const {
   ReportTable told = table;
-  if (!options_.volume.empty()) {
+  if (options_.IsOfSeveral()) {
     told.summary.emplace_back("volume", options_.volume);
     told.summary.emplace_back("user", TextCell(options_.user));
   }
@@ -51,7 +51,7 @@ void Report::WriteJson(std::ostream& out, const ReportTable& table, int exit_cod
 }
 
 void Report::WriteCsv(std::ostream& out, const ReportTable& table) const {
-  if (options_.volume.empty()) return quellix::WriteCsv(out, table);
+  if (!options_.IsOfSeveral()) return quellix::WriteCsv(out, table);
   ReportTable told = table;
   told.columns.insert(told.columns.begin(), {"volume", "user"});
   told.row = [this, &table](size_t i) {

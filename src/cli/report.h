@@ -13,6 +13,7 @@ struct ReportOptions {
   bool json = false, csv = false;  // on standard output, instead of text
   std::string file;                // as well: a path of the console's own, "" for none
   std::string volume, user;        // whose report it is, where there are several
+  bool IsOfSeveral() const { return !volume.empty() || !user.empty(); }
 };
 
 // The output of one command.

@@ -20,7 +20,8 @@ struct Ended {
 };
 
 // A line is a folder, and behind a tab the folder of its settings; "#" begins a remark.
-std::vector<RunTarget> VolumesOf(const TargetChoice& choice) {
+std::vector<RunTarget> VolumesOf(const TargetChoice& choice, const ConsolePlatform& platform) {
+  if (!platform.works_on_volumes) return {RunTarget{}};
   std::vector<RunTarget> volumes;
   for (const std::string& volume : choice.volumes) volumes.push_back({volume, ""});
   if (choice.volumes_from.empty()) return volumes;
@@ -35,6 +36,7 @@ std::vector<RunTarget> VolumesOf(const TargetChoice& choice) {
 
 // None where that cannot be told: the run then says why.
 std::vector<std::string> AllUsers(const std::string& volume, const ConsolePlatform& platform) {
+  if (platform.users) return platform.users();
   std::vector<std::string> users;
   try {
     for (const SurveyedVolume::Fact& fact : platform.survey(volume).facts) {
@@ -101,7 +103,7 @@ void PrintCsv(const std::string& csv, bool& is_first) {
 
 std::vector<RunTarget> TargetsOf(const TargetChoice& choice, const ConsolePlatform& platform) {
   std::vector<RunTarget> targets;
-  for (const RunTarget& volume : VolumesOf(choice)) {
+  for (const RunTarget& volume : VolumesOf(choice, platform)) {
     std::vector<std::string> users = choice.users;
     if (choice.all_users) users = AllUsers(volume.volume, platform);
     for (const std::string& name : choice.users) {

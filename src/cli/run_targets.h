@@ -22,11 +22,13 @@ struct RunTarget {
   std::string volume, user;
   std::string settings = {};  // "" for those of all
 
-  std::string Name() const { return user.empty() ? volume : volume + ", " + user; }
+  std::string Name() const {
+    return volume.empty() || user.empty() ? volume + user : volume + ", " + user;
+  }
 };
 
-// Each volume with each user; one without a user where none was named. Throws Error when the file
-// cannot be read.
+// Each volume, or the Windows that this runs on, with each user; one without a user where none was
+// named. Throws Error when the file cannot be read.
 std::vector<RunTarget> TargetsOf(const TargetChoice& choice, const ConsolePlatform& platform);
 
 // Does the same for each of several targets, in processes of their own: prints what each has to say

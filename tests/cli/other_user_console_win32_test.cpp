@@ -1,0 +1,40 @@
+// The users of a running Windows on the console, one after another.
+#include "cli/console_fixture.h"
+#include "support/other_user_fixture_win32.h"
+
+namespace quellix {
+namespace {
+
+struct OtherUserConsoleTest : Console<OtherUserFixture> {
+  OtherUserConsoleTest() { StoreHive(); }
+  const Names clean{"clean", "--item", "CleanTempFiles"};
+  const std::string his = his_temp + "a.tmp", mine = temp + "mine.tmp";
+};
+
+TEST_F(OtherUserConsoleTest, ANamedOneIsCleanedAloneAndAllOnesEachAsOnHisOwn) {
+  Expect(With(clean, {"--user", "QX2", "--preview"}), 0, {his, "would remove 1 file"});
+  EXPECT_TRUE(machine->Exists(his));
+  for (const char* files : {"1", "0"}) {
+    Expect(With(clean, {"--user", "qx2"}), 0, {std::string("Files Deleted:  ") + files});
+    EXPECT_FALSE(machine->Exists(his));
+    EXPECT_TRUE(machine->Exists(his_temp + "b.keep") && machine->Exists(mine));
+  }
+  machine->MakeFile(his, "12345");
+  Expect(With(clean, {"--all-users"}), 0, {"== qx2\n", " runs\n", "qx2: done\n"});
+  EXPECT_FALSE(machine->Exists(his) || machine->Exists(mine) || IsLoaded());
+  machine->MakeFile(his, "12345");
+  Expect(With(clean, {"--user", "qx2", "--user", "qx4", "--json"}), 1,
+         {"\"user\":\"qx2\"", "\"files\":1", "There is no user \"qx4\" on this Windows."});
+  EXPECT_FALSE(machine->Exists(his));
+  Expect({"keep", "list", "--all-users"}, 2, {"one user at a time"});
+}
+
+TEST_F(OtherUserConsoleTest, AtTheNextStartNothingGoesThatOthersMayChange) {
+  const auto lock = machine->LockFile(mine);
+  Expect(With(clean, {"--at-next-start"}), 3,
+         {mine, "is not left to the next start of Windows, as others"});
+  EXPECT_TRUE(machine->Exists(mine));
+}
+
+}  // namespace
+}  // namespace quellix
