@@ -95,7 +95,7 @@ std::string OfferOfStart(const RunState& look, const Machine& machine) {
   const bool may = look.StayedLocked > 0 && look.RemovalMode == kDelete &&
                    machine.session.RunsPrograms() && machine.session.HasAdministratorRights();
   if (!may) return {};
-  return "Have Windows remove what is in use in its own folder at its next start (" +
+  return "Have Windows remove at its next start what is in use in its own folder (" +
          FormatCount(look.StayedLocked, machine.system.UserLocale()) + " in use in all)";
 }
 

@@ -18,9 +18,10 @@ struct RunQuestion {
   std::string further;  // what may be chosen besides; "" for nothing
 };
 
-// Of what is ticked in `found`. What recipes take that cannot be had again, neither from the recycle
-// bin nor from a backup, is asked about once for all of them, whatever the settings say; the rest where `asks`, and then also what is left out as
-// nobody has seen it by `ticks`. `shown`: what the look carried out; null for no recipes.
+// Of what is ticked in `found`. What recipes take that cannot be had again, neither from the
+// recycle bin nor from a backup, is asked about once for all of them, whatever the settings say;
+// the rest where `asks`, and then also what is left out as nobody has seen it by `ticks`. `shown`:
+// what the look carried out; null for no recipes.
 RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* shown,
                        const modPlugin::RecipeTicks& ticks, const Locale& locale, bool asks);
 

@@ -17,7 +17,7 @@ struct CleanOptions {
   bool all = false, ticked = false;
   std::string method;
   int older_than = -1;  // days; -1: as the settings say
-  bool preview = false;
+  bool preview = false, at_next_start = false;
 };
 
 // As they are named on the console.
@@ -95,6 +95,7 @@ int Clean(const CleanOptions& options, const ReportOptions& report_options,
   if (!options.method.empty()) engine.state().FixedRemovalMode = kMethods.at(options.method);
   if (options.older_than >= 0)
     engine.state().FixedOlderThanDays = static_cast<int16_t>(options.older_than);
+  engine.state().LeavesToStart = options.at_next_start;
   engine.RunCleaning();
   if (options.preview) run.PrintPreview();
   if (engine.state().AbortRequested) std::cerr << run.view().status() << std::endl;
@@ -133,6 +134,9 @@ void AddCleanCommands(ConsoleCommands& commands) {
       ->check(CLI::Range(0, INT16_MAX))
       ->type_name("DAYS");
   clean.add_flag("--preview", options->preview, "List what would go; change nothing");
+  if (commands.platform().works_on_volumes) return;
+  clean.add_flag("--at-next-start", options->at_next_start,
+                 "Have Windows remove at its next start what is in use in its own folder");
 }
 
 }  // namespace quellix

@@ -33,7 +33,7 @@ void PrintTotals(std::ostream& out, const RunEntries& entries, const Locale& loc
   for (const RunEntry& entry : entries.all) {
     if (entry.fate != Fate::kRemoved) continue;
     bytes += CountsAsFiles(entry) ? entry.bytes : 0;
-    (CountsAsFiles(entry)                 ? files
+    (CountsAsFiles(entry)               ? files
      : entry.kind == EntryKind::kFolder ? folders
                                         : others) += entry.count;
   }

@@ -189,8 +189,8 @@ class Folder {
   // Moves a file into the recycle bin of its drive without asking, so that it can be restored.
   // Throws Error (kDenied) as well where this folder cannot be kept in its place meanwhile.
   virtual void Recycle(std::string_view name) = 0;
-  // Has the system remove a file at its next start, before anybody has it open. It will do so by the
-  // path and with all rights; so Error (kDenied) unless only administrators could make that path
+  // Has the system remove a file at its next start, before anybody has it open. It will do so by
+  // the path, with all rights; so Error (kDenied) unless only administrators could make that path
   // lead to anything else until then, and (kNotAvailable) on a machine that is not running.
   virtual void RemoveAtStart(std::string_view name);
   // Sets the FileAttribute bits of a file or folder (kNormal clears them all). May be silently

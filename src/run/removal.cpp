@@ -142,8 +142,8 @@ std::string WhyItStays(CleaningContext& context, WorkingFolder& working, std::st
                        const Error& error) {
   RunState& state = context.state;
   const std::string why = error.what();
-  const bool may_wait = state.LeavesToStart && !state.IsPreview &&
-                        state.RemovalMode == kDelete && error.kind() == Error::Kind::kInUse;
+  const bool may_wait = state.LeavesToStart && !state.IsPreview && state.RemovalMode == kDelete &&
+                        error.kind() == Error::Kind::kInUse;
   if (!may_wait) return why;
   try {
     working.Of(path).RemoveAtStart(NamePart(path));

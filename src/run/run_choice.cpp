@@ -69,8 +69,8 @@ bool RunChoice::Takes(const RunEntry& entry) {
   }
   Seen& seen = found->second;
   seen.met = true;
-  const bool differs = seen.count != entry.count || seen.bytes != entry.bytes ||
-                       seen.last_write != entry.last_write;
+  const bool differs =
+      seen.count != entry.count || seen.bytes != entry.bytes || seen.last_write != entry.last_write;
   // It goes as a whole, with what came since.
   if (entry.kind == EntryKind::kRecycleBin && differs) {
     ++new_;

@@ -17,8 +17,8 @@ class FrmPreview : public OwnedWindow {
  public:
   explicit FrmPreview(const Machine& machine) : entries_(machine) {}
 
-  // Called when the window has closed to clean what is ticked, and whether the further choice of the
-  // question was taken.
+  // Called when the window has closed to clean what is ticked, and whether the further choice of
+  // the question was taken.
   std::function<void(std::shared_ptr<RunChoice> choice, bool further)> on_clean;
   // What to ask before that.
   std::function<RunQuestion(const EntryList& list)> question_of;

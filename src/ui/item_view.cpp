@@ -23,7 +23,8 @@ void ItemView::Attach(HWND window) {
   view_.Attach(control_, kColumns, [this](int row, int column) {
     const auto index = static_cast<size_t>(row);
     const bool has_shield = column == 0 && list_->NeedsRights(index);
-    return Cell{Wide(list_->Text(index, ItemColumn(column))), has_shield ? kShieldImage : kNoShieldImage};
+    return Cell{Wide(list_->Text(index, ItemColumn(column))),
+                has_shield ? kShieldImage : kNoShieldImage};
   });
   view_.SetBoxes([this](int row) { return BoxOf(row); }, [this](int row) { Toggle(row); });
   view_.SetLooks([this](int row) { return LookOf(row); });

@@ -297,15 +297,14 @@ TEST_F(RecipeSectionsTest, WhatGoesToTheBinOrABackupCanBeHadAgain) {
     bool is_seen;
     const char* heading;
     bool has_cost;
-  } kRows[] = {
-      {"deleted", "DelMethod=D", "", true, "Clean all the same?", true},
-      {"wiped", "DelMethod=W", "", true, "Clean all the same?", true},
-      {"recycled", "DelMethod=R", "", true, "", false},
-      {"backed up", "DelMethod=B", "", true, "", false},
-      {"recycled, by another that nobody has seen", "DelMethod=R", "[All *]/FileKey1=~\\|*.*/",
-       false, "", false},
-      {"deleted, by another that nobody has seen", "DelMethod=D", "[All *]/FileKey1=~\\|*.*/",
-       false, "Clean all the same?", true}};
+  } kRows[] = {{"deleted", "DelMethod=D", "", true, "Clean all the same?", true},
+               {"wiped", "DelMethod=W", "", true, "Clean all the same?", true},
+               {"recycled", "DelMethod=R", "", true, "", false},
+               {"backed up", "DelMethod=B", "", true, "", false},
+               {"recycled, by another that nobody has seen", "DelMethod=R",
+                "[All *]/FileKey1=~\\|*.*/", false, "", false},
+               {"deleted, by another that nobody has seen", "DelMethod=D",
+                "[All *]/FileKey1=~\\|*.*/", false, "Clean all the same?", true}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
     WriteSettings(std::string("[General]\r\n") + row.settings + "\r\n");

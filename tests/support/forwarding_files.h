@@ -61,6 +61,7 @@ class ForwardingFolder : public Folder {
   void RemoveFolder(std::string_view name) override { folder_->RemoveFolder(name); }
   void RequireRemovable(std::string_view name) override { folder_->RequireRemovable(name); }
   void Recycle(std::string_view name) override { folder_->Recycle(name); }
+  void RemoveAtStart(std::string_view name) override { folder_->RemoveAtStart(name); }
   void SetAttributes(std::string_view name, uint32_t attributes) override {
     folder_->SetAttributes(name, attributes);
   }

@@ -64,7 +64,8 @@ struct RightsTest : testing::Test {
   }
   void TearDown() override { fs::remove(dump_); }
 
-  const fs::path dump_ = L"C:\\windows\\LiveKernelReports\\qx.dmp", junk_ = TempFolder() / "junk.tmp";
+  const fs::path dump_ = L"C:\\windows\\LiveKernelReports\\qx.dmp",
+                 junk_ = TempFolder() / "junk.tmp";
 };
 
 TEST_F(RightsTest, TheButtonStartsAnewForTheSameUserAndCleansThatAlone) {

@@ -42,8 +42,7 @@ class VolumeMachine {
   std::optional<VolumeShell> shell_;
   AbsentUrlCache url_cache_{"The browser cache belongs to a running Windows."};
   VolumeSession session_;
-  AbsentSystemCleaners cleaners_{
-      "The cleaners of Windows itself work only on a running Windows."};
+  AbsentSystemCleaners cleaners_{"The cleaners of Windows itself work only on a running Windows."};
   std::optional<IniFiles> profile_;
 };
 

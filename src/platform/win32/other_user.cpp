@@ -11,18 +11,10 @@ constexpr const char* kOnlyOwn = "Windows does this only for the user who runs t
 
 // Set by Windows itself, for everybody alike; of the other variables of this program's environment
 // nobody can tell whether they are its user's own.
-constexpr std::string_view kForEverybody[] = {"SystemRoot",
-                                              "windir",
-                                              "SystemDrive",
-                                              "ProgramFiles",
-                                              "ProgramFiles(x86)",
-                                              "ProgramW6432",
-                                              "CommonProgramFiles",
-                                              "CommonProgramFiles(x86)",
-                                              "CommonProgramW6432",
-                                              "ProgramData",
-                                              "ALLUSERSPROFILE",
-                                              "PUBLIC"};
+constexpr std::string_view kForEverybody[] = {
+    "SystemRoot",         "windir",       "SystemDrive",        "ProgramFiles",
+    "ProgramFiles(x86)",  "ProgramW6432", "CommonProgramFiles", "CommonProgramFiles(x86)",
+    "CommonProgramW6432", "ProgramData",  "ALLUSERSPROFILE",    "PUBLIC"};
 
 bool IsForEverybody(std::string_view name) {
   return std::ranges::any_of(kForEverybody,
@@ -57,8 +49,7 @@ Machine OtherUserMachine::machine() {
 }
 
 std::vector<UserProfile> UsersHere(const Machine& machine) {
-  std::vector<UserProfile> users =
-      ListedProfiles(machine.registry, machine.system.WindowsFolder());
+  std::vector<UserProfile> users = ListedProfiles(machine.registry, machine.system.WindowsFolder());
   std::erase_if(users, [&machine](const UserProfile& user) {
     const auto folder = machine.files.Look(user.profile, Detail::kKind);
     return !folder || !folder->is_folder || folder->is_link;

@@ -8,8 +8,8 @@
 namespace quellix {
 namespace {
 
-constexpr ACCESS_MASK kOfEach = FILE_WRITE_ATTRIBUTES | FILE_WRITE_EA | WRITE_DAC | WRITE_OWNER |
-                                GENERIC_WRITE | GENERIC_ALL;
+constexpr ACCESS_MASK kOfEach =
+    FILE_WRITE_ATTRIBUTES | FILE_WRITE_EA | WRITE_DAC | WRITE_OWNER | GENERIC_WRITE | GENERIC_ALL;
 constexpr ACCESS_MASK kFileRights = kOfEach | DELETE | FILE_WRITE_DATA | FILE_APPEND_DATA;
 constexpr ACCESS_MASK kFolderRights = kFileRights | FILE_DELETE_CHILD;
 constexpr ACCESS_MASK kRootRights = kOfEach | FILE_DELETE_CHILD;
@@ -53,9 +53,8 @@ bool OnlyAdministratorsChange(PSECURITY_DESCRIPTOR security, PathPart part) {
   PACL list = nullptr;
   BOOL is_default = FALSE, is_there = FALSE;
   if (!GetSecurityDescriptorOwner(security, &owner, &is_default) || owner == nullptr ||
-      !IsTrusted(owner) ||
-      !GetSecurityDescriptorDacl(security, &is_there, &list, &is_default) || !is_there ||
-      list == nullptr) {
+      !IsTrusted(owner) || !GetSecurityDescriptorDacl(security, &is_there, &list, &is_default) ||
+      !is_there || list == nullptr) {
     return false;
   }
   for (DWORD i = 0; i < list->AceCount; ++i) {

@@ -17,18 +17,15 @@ Error NotSafe(const std::string& shown) {
 
 UniqueFile OpenPath(const std::wstring& path) {
   UniqueFile folder;
-  const NTSTATUS status =
-      NtOpen(nullptr, NtPath(path) + L"\\",
-             {.access = READ_CONTROL | FILE_READ_ATTRIBUTES,
-              .options = FILE_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT},
-             folder);
+  const NTSTATUS status = NtOpen(nullptr, NtPath(path) + L"\\",
+                                 {.access = READ_CONTROL | FILE_READ_ATTRIBUTES,
+                                  .options = FILE_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT},
+                                 folder);
   if (status < 0) throw NtError(status, "open", Narrow(path));
   return folder;
 }
 
-std::wstring WindowsFolder() {
-  return L"\\\\?\\" + GrowingText(GetSystemWindowsDirectoryW);
-}
+std::wstring WindowsFolder() { return L"\\\\?\\" + GrowingText(GetSystemWindowsDirectoryW); }
 
 // From the file's folder up to that of Windows, which nobody removes, and its drive. A link is none
 // of them: opened by its own path, each must be at it.
@@ -59,10 +56,9 @@ void PutOnStartList(const std::wstring& path, std::string_view shown) {
 
 // The path that is handed over is that of the file which was found in this folder.
 void Win32Folder::RemoveAtStart(std::string_view name) {
-  const UniqueFile file =
-      OpenEntry("remove", name,
-                {.access = READ_CONTROL | FILE_READ_ATTRIBUTES,
-                 .options = FILE_NON_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT});
+  const UniqueFile file = OpenEntry("remove", name,
+                                    {.access = READ_CONTROL | FILE_READ_ATTRIBUTES,
+                                     .options = FILE_NON_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT});
   const std::wstring path = FinalPath(file);
   if (IsOpenLink(file) || path.empty()) throw NotSafe(At(name));
   RequireOnlyAdministrators(path);

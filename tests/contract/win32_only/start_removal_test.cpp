@@ -11,8 +11,7 @@ namespace quellix {
 namespace {
 
 // TrustedInstaller and packaged programs, as today's Windows has them in its lists.
-constexpr const char* kInstaller =
-    "S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464";
+constexpr const char* kInstaller = "S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464";
 
 bool IsSafe(std::string text, PathPart part) {
   text = ReplaceNoCase(text, "TI", kInstaller);
@@ -25,14 +24,15 @@ bool IsSafe(std::string text, PathPart part) {
   return is_safe;
 }
 
-TEST(StartRemovalTest, OnlyWhatAdministratorsAloneChangeIsSafe) {
+TEST(AccessListTest, OnlyWhatAdministratorsAloneChangeIsSafe) {
   constexpr auto kFile = PathPart::kFile, kFolder = PathPart::kFolder, kRoot = PathPart::kRoot;
   const struct {
     const char *name, *list;
     PathPart part;
     bool is_safe;
   } kRows[] = {
-      {"Windows", "O:TID:P(A;OICIIO;GA;;;CO)(A;;0x1301bf;;;SY)(A;;0x1301bf;;;BA)"
+      {"Windows",
+       "O:TID:P(A;OICIIO;GA;;;CO)(A;;0x1301bf;;;SY)(A;;0x1301bf;;;BA)"
        "(A;OICIIO;GXGR;;;BU)(A;;0x1200a9;;;BU)(A;;FA;;;TI)(A;;0x1200a9;;;S-1-15-2-1)",
        kFolder, true},
       {"its folder of logs", "O:SYD:(A;ID;FA;;;SY)(A;ID;FA;;;BA)(A;ID;0x1200a9;;;BU)", kFile, true},
@@ -56,9 +56,9 @@ struct StartListTest : ContractFixture {
   static std::wstring List() {
     std::wstring text(65536, L'\0');
     DWORD size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-    const LSTATUS status =
-        RegGetValueW(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Control\\Session Manager",
-                     L"PendingFileRenameOperations", RRF_RT_REG_MULTI_SZ, nullptr, text.data(), &size);
+    const LSTATUS status = RegGetValueW(
+        HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Control\\Session Manager",
+        L"PendingFileRenameOperations", RRF_RT_REG_MULTI_SZ, nullptr, text.data(), &size);
     text.resize(status == ERROR_SUCCESS ? size / sizeof(wchar_t) : 0);
     return text;
   }

@@ -1,0 +1,111 @@
+// What is in use and is left to the next start of Windows.
+#include "app/preview_run.h"
+#include "app/run_question.h"
+#include "run/stayed.h"
+#include "support/forwarding_files.h"
+#include "support/recording_session.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+// Somebody has the files called "used"; those of "safe" can be left to the next start.
+struct HeldFolder : ForwardingFolder {
+  HeldFolder(std::unique_ptr<Folder> folder, std::string path, Names& left)
+      : ForwardingFolder(std::move(folder)), path_(std::move(path)), left_(left) {}
+  void RequireFree(std::string_view name) const {
+    if (name.starts_with("used")) throw Error(Error::Kind::kInUse, "It is in use.");
+  }
+  void RemoveFile(std::string_view name) override {
+    RequireFree(name);
+    ForwardingFolder::RemoveFile(name);
+  }
+  void RequireRemovable(std::string_view name) override {
+    RequireFree(name);
+    ForwardingFolder::RequireRemovable(name);
+  }
+  void Recycle(std::string_view name) override {
+    RequireFree(name);
+    ForwardingFolder::Recycle(name);
+  }
+  void RemoveAtStart(std::string_view name) override {
+    if (!path_.ends_with("safe\\")) throw Error(Error::Kind::kDenied, "It is not safe.");
+    left_.push_back(std::string(name));
+  }
+
+  std::string path_;
+  Names& left_;
+};
+
+struct StartRemovalTest : RunFixture {
+  StartRemovalTest() {
+    for (const char* name :
+         {"safe\\used.log", "safe\\used.keep", "safe\\free.log", "own\\used.log"})
+      machine->MakeFile(scratch + name, "12345");
+    WriteOwn("UDFO.txt", scratch + "\r\n");
+    WriteOwn("keep.txt", "*.keep\r\n");
+    held.selection().SetChecked(*FindItem("CleanUserFolders"), true);
+  }
+
+  Names left;
+  ForwardingFiles files{ports.files, [this](const std::string& path, auto folder) {
+                          return std::make_unique<HeldFolder>(std::move(folder), path, left);
+                        }};
+  RecordingSession session;
+  Machine with_held{files,           ports.registry, ports.shell,
+                    ports.url_cache, ports.profile,  ports.system,
+                    session,         ports.cleaners, ports.program_folder};
+  Engine held{with_held, view};
+};
+
+TEST_F(StartRemovalTest, OnlyWhatIsSafeAndWouldBeDeletedIsLeftToIt) {
+  const struct {
+    const char *name, *settings;
+    bool leaves;
+    Names left;
+  } kRows[] = {{"not chosen", "DelMethod=D", false, {}},
+               {"chosen", "DelMethod=D", true, {"used.log"}},
+               {"wiped", "DelMethod=W", true, {}},
+               {"recycled", "DelMethod=R", true, {}}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    WriteSettings(std::string("[General]\r\n") + row.settings + "\r\n");
+    left.clear();
+    held.state().LeavesToStart = row.leaves;
+    held.RunCleaning();
+    EXPECT_EQ(left, row.left);
+    const std::string log = held.state().RunLog + StayedNames(held.state(), kNamesShown);
+    EXPECT_EQ(Holds(log, "Left to the next start of Windows: 1 file(s)"), !row.left.empty());
+    EXPECT_EQ(Holds(log, "It is in use. Windows removes it at its next start."), !row.left.empty());
+    EXPECT_EQ(Holds(log, "It is in use. It is not safe."), !row.left.empty());
+    EXPECT_EQ(held.state().StayedCount, 2u) << "nothing is claimed to be removed";
+    EXPECT_FALSE(held.state().LeavesToStart) << "it is chosen for one run";
+    EXPECT_EQ(Joined(machine->Tree(scratch + "safe")), "used.keep used.log");
+  }
+}
+
+TEST_F(StartRemovalTest, ItIsOfferedWhereItCanBe) {
+  const struct {
+    const char *name, *settings;
+    bool administrator, running, is_offered;
+  } kRows[] = {{"an administrator", "DelMethod=D", true, true, true},
+               {"without rights", "DelMethod=D", false, true, false},
+               {"on a volume", "DelMethod=D", true, false, false},
+               {"to the recycle bin", "DelMethod=R", true, true, false}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    WriteSettings(std::string("[General]\r\n") + row.settings + "\r\n");
+    session.is_administrator = row.administrator;
+    session.runs_programs = row.running;
+    PreviewRun preview(with_held, view);
+    preview.Run(held.selection());
+    EXPECT_EQ(OfferOfStart(preview.state(), with_held).empty(), !row.is_offered);
+    EXPECT_TRUE(left.empty());
+  }
+  PreviewRun nothing(with_held, view);
+  nothing.RunOneItem(*FindItem("CleanRunMRU"));
+  EXPECT_EQ(OfferOfStart(nothing.state(), with_held), "");
+}
+
+}  // namespace
+}  // namespace quellix
