@@ -37,11 +37,11 @@ struct OtherUserFixture : RunFixture {
     machine->RemoveRegistryTree(kUser, kSeed);
   }
   // As he left it when he logged off.
-  void StoreHive() {
+  void StoreHive(const std::string& temp_folder = "%USERPROFILE%\\his temp") {
     const std::string seed = std::string(kSeed) + "\\";
     machine->SetText(kUser, seed + kRunMruKey, "a", "his");
     for (const char* name : {"TEMP", "TMP"})
-      machine->SetText(kUser, seed + "Environment", name, "%USERPROFILE%\\his temp");
+      machine->SetText(kUser, seed + "Environment", name, temp_folder);
     Session& session = ports.session;
     session.EnablePrivilege("SeBackupPrivilege");
     UniqueKey key;

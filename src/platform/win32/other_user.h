@@ -8,18 +8,45 @@
 
 namespace quellix {
 
-// What the running Windows tells, with the folders and variables of another user.
+// What the running Windows tells, with the folders and variables of another user. He may set his
+// variables as he likes, and must have nothing removed that he could not remove himself; so one
+// that leads out of his profile is none.
 class OtherUserSystem : public ForwardingSystem {
  public:
   OtherUserSystem(System& inner, Registry& registry, const UserProfile& user);
 
-  std::string TempFolder() override { return variables_.TempFolder(); }
-  std::optional<std::string> Environment(std::string_view name) override {
-    return variables_.Value(name);
+  std::string TempFolder() override;
+  std::optional<std::string> Environment(std::string_view name) override;
+
+ private:
+  const std::string profile_;
+  UserVariables variables_;
+};
+
+// The files, where links in his profile lead nowhere, for the same reason.
+class OtherUserFiles : public FileSystem {
+ public:
+  OtherUserFiles(FileSystem& inner, std::string profile)
+      : inner_(inner), profile_(std::move(profile)) {}
+
+  std::unique_ptr<Folder> OpenFolder(std::string_view path) override;
+  std::unique_ptr<Folder> OpenLinked(std::string_view path) override {
+    return inner_.OpenLinked(path);
+  }
+  std::optional<FileInfo> Look(std::string_view path, Detail detail) override {
+    return inner_.Look(path, detail);
+  }
+  bool IsGone(std::string_view path) override { return inner_.IsGone(path); }
+  std::optional<std::string> ReadWholeFile(std::string_view path, uint64_t limit) override {
+    return inner_.ReadWholeFile(path, limit);
+  }
+  void WriteWholeFile(std::string_view path, std::string_view bytes) override {
+    inner_.WriteWholeFile(path, bytes);
   }
 
  private:
-  UserVariables variables_;
+  FileSystem& inner_;
+  const std::string profile_;
 };
 
 // The shell of one user does nothing for another.
@@ -59,6 +86,7 @@ class OtherUserMachine {
  private:
   Win32Machine own_;
   UserHive hive_;
+  OtherUserFiles files_;
   Win32Registry registry_;
   OtherUserSystem system_;
   OtherUserShell shell_;

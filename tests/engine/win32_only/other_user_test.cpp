@@ -82,6 +82,29 @@ TEST_F(OtherUserTest, HisFoldersAndVariablesAreTold) {
   EXPECT_EQ(ports.registry.LastingName(kUser, "Software").root, kUser);
 }
 
+// He must have nothing removed that is another's.
+TEST_F(OtherUserTest, WhatLeadsOutOfHisProfileIsNotFollowed) {
+  const std::string usual = user.profile + "\\AppData\\Local\\Temp\\";
+  for (const std::string& out :
+       {scratch + "x", std::string("%USERPROFILE%\\..\\qx3"), std::string("%USERPROFILE%x")}) {
+    StoreHive(out);
+    OtherUserMachine other(ports.program_folder, user);
+    EXPECT_EQ(other.machine().system.TempFolder(), usual) << out;
+    EXPECT_EQ(other.machine().system.Environment("TEMP"), std::nullopt) << out;
+  }
+  const std::string home = scratch + "home", elsewhere = scratch + "elsewhere\\Temp\\";
+  machine->MakeFile(elsewhere + "a.tmp", "1");
+  machine->MakeFile(home + "\\Temp\\b.tmp", "1");
+  machine->MakeFolderLink(home + "\\led", scratch + "elsewhere");
+  OtherUserFiles files(ports.files, home);
+  EXPECT_THROW(files.OpenFolder(home + "\\led\\Temp"), Error);
+  EXPECT_THROW(files.RemoveFile(home + "\\LED\\Temp\\a.tmp"), Error);
+  EXPECT_TRUE(machine->Exists(elsewhere + "a.tmp"));
+  for (const std::string& folder : {home, home + "\\Temp\\", elsewhere})
+    EXPECT_TRUE(files.OpenFolder(folder)) << folder;
+  files.RemoveFile(home + "\\Temp\\b.tmp");
+}
+
 TEST_F(OtherUserTest, UsersAreThoseWithAProfileAndWithoutARegistryNothingIsOpened) {
   Names names;
   for (const UserProfile& each : UsersHere(ports)) names.push_back(each.name);
