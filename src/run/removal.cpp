@@ -141,7 +141,7 @@ bool RemoveByMode(CleaningContext& context, WorkingFolder& working, Folder& fold
 std::string WhyItStays(CleaningContext& context, WorkingFolder& working, std::string_view path,
                        const Error& error) {
   RunState& state = context.state;
-  const std::string why = error.what();
+  std::string why = error.what();
   const bool may_wait = state.LeavesToStart && !state.IsPreview && state.RemovalMode == kDelete &&
                         error.kind() == Error::Kind::kInUse;
   if (!may_wait) return why;
