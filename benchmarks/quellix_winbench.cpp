@@ -26,7 +26,7 @@ class PumpingView : public ScriptedView {
  public:
   bool Breathe() override {
     const ULONGLONG now = GetTickCount64();
-    if (now == last_) return false;
+    if (now - last_ < kMillisecondsPerLook) return false;
     last_ = now;
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
@@ -36,6 +36,8 @@ class PumpingView : public ScriptedView {
   void SetProgress(const ProgressBar&) override {}
 
  private:
+  static constexpr ULONGLONG kMillisecondsPerLook = 20;
+
   ULONGLONG last_ = 0;
   std::string status_;
 };

@@ -82,7 +82,7 @@ Database::Database(Folder& folder, std::string_view name, std::string_view shown
 Database::~Database() { sqlite3_close(handle_); }
 
 void Database::Fail(int code) {
-  if (files_.failure()) throw *files_.failure();
+  if (files_.failure()) throw Error(*files_.failure());
   switch (code & 0xFF) {
     case SQLITE_INTERRUPT:
       throw Error(Error::Kind::kOther, shown_ + " was left as it is: the run was stopped.");

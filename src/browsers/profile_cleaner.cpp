@@ -109,7 +109,7 @@ void ProfileCleaner::Remove(const std::vector<std::string>& names) {
       Leave(name, why);
     }
   }
-  if (list.PendingFiles.size() == 0) return;
+  if (list.PendingFiles.empty()) return;
   NotePlace(context_.state);
   RemovePendingFiles(context_, list);
 }

@@ -180,6 +180,10 @@ class Folder {
   // Removes one file, or a link to a file itself, whatever its attributes (read-only, hidden,
   // system). When it returns the name is gone: kInUse when someone else's handle keeps it.
   virtual void RemoveFile(std::string_view name) = 0;
+  // Looks at a file (kSize, into `seen`) and removes it, where this machine can do so while another
+  // thread does the same here or in other folders, and where it is a plain file of just this
+  // spelling. False, with nothing changed, in all other cases; RemoveFile may tell why.
+  virtual bool RemoveAsSpelled(std::string_view /*name*/, FileInfo& /*seen*/) { return false; }
   // Removes one empty folder, or a link to a folder itself, whatever its attributes. Kind kNotEmpty
   // when something is left in it.
   virtual void RemoveFolder(std::string_view name) = 0;

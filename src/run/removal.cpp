@@ -12,6 +12,7 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "run/backup_step.h"
+#include "run/deletion_batch.h"
 #include "run/random_source.h"
 #include "run/run_steps.h"
 
@@ -184,12 +185,15 @@ void MakeRoom(std::vector<RunEntry>& entries, size_t more) {
   if (more > entries.size() && size > entries.size()) entries.reserve(size);
 }
 
+// Files from which on further threads are worth while.
+constexpr size_t kEnough = 256;
+
 // While the object lives, the machine may look at a list's files before their turn comes: where
 // each goes in a moment, and where there are enough of them to be worth it.
 class ExpectedLooks {
  public:
-  ExpectedLooks(const FileList& list, int mode) {
-    if (mode != kDelete || list.PendingFiles.size() < kEnough || !list.folder) return;
+  explicit ExpectedLooks(const FileList& list) {
+    if (list.PendingFiles.size() < kEnough || !list.folder) return;
     folder_ = list.folder.get();
     folder_->ExpectLooks(list.PendingFiles.All(), list.folder_path.size());
   }
@@ -200,7 +204,6 @@ class ExpectedLooks {
   ExpectedLooks& operator=(const ExpectedLooks&) = delete;
 
  private:
-  static constexpr size_t kEnough = 256;
   Folder* folder_ = nullptr;
 };
 
@@ -266,14 +269,26 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
   StartProgress(context, list.PendingFiles.size());
   MakeRoom(state.Entries->all, list.PendingFiles.size());
   WorkingFolder working(context, list, claim);
-  const ExpectedLooks expected(list, state.RemovalMode);
   BackupBatch batch(context);
+  DeletionBatch deletion(context, working,
+                         [&](std::string_view path) { RemoveAndCount(context, working, path); });
+  // What was chosen singly is looked at before.
+  bool together =
+      state.RemovalMode == kDelete && !state.Choice && list.PendingFiles.size() >= kEnough;
+  std::optional<ExpectedLooks> expected;
+  if (!together && state.RemovalMode == kDelete) expected.emplace(list);
   std::string status;
   for (size_t i = 0; i < list.PendingFiles.size(); ++i) {
-    if (StopsRun(context)) return Abandon(context);
+    if (StopsRun(context)) {
+      deletion.Finish();
+      return Abandon(context);
+    }
     const std::string_view path = list.PendingFiles[i];
     context.view.SetStatus(status.assign("Deleting file: ").append(path));
-    if (state.RemovalMode != kBackUp) {
+    if (together) {
+      together = deletion.Add(path);
+      if (!together) expected.emplace(list);
+    } else if (state.RemovalMode != kBackUp) {
       RemoveAndCount(context, working, path);
     } else {
       AddToBatch(context, working, batch, path);
@@ -281,6 +296,7 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
     }
     ShowProgress(context, i + 1);
   }
+  deletion.Finish();
   batch.Remove(working);
 }
 

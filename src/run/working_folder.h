@@ -30,7 +30,9 @@ class WorkingFolder {
   // The folder that a file lies in, to work on NamePart(path); valid until the next call. Throws
   // Error: kMissing, or kDenied when a link leads elsewhere or the file may not go.
   Folder& Of(std::string_view path);
-  // The same for a folder that is to go itself; `path` may end in "\".
+  // That folder, to be worked in beyond the next call.
+  std::shared_ptr<Folder> Shared() const { return opened_ ? opened_ : list_.folder; }
+  // As Of, for a folder that is to go itself; `path` may end in "\".
   Folder& OfFolder(std::string_view path);
 
  private:
@@ -41,7 +43,7 @@ class WorkingFolder {
   const FileList& list_;
   Claim claim_;
   std::string path_;  // of opened_
-  std::unique_ptr<Folder> opened_;
+  std::shared_ptr<Folder> opened_;
   FileId id_;
 };
 

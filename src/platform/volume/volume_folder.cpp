@@ -308,6 +308,16 @@ void VolumeFolder::RemoveFile(std::string_view name) {
   if (unlinkat(fd(), entry.name.c_str(), 0) != 0) Fail(errno, name);
 }
 
+// Uses nothing of this object that changes. A look is taken: unlink would take a link to a folder.
+bool VolumeFolder::RemoveAsSpelled(std::string_view name, FileInfo& seen) {
+  if (!IsUsableName(name)) return false;
+  const std::string spelled(name);
+  Located entry;
+  if (!See(fd(), spelled.c_str(), entry) || !S_ISREG(entry.status.st_mode)) return false;
+  seen = MakeInfo(entry, drive_.attribute_support(), Detail::kSize);
+  return unlinkat(fd(), spelled.c_str(), 0) == 0;
+}
+
 void VolumeFolder::RemoveFolder(std::string_view name) {
   // Tried at once: this takes neither a file nor a link.
   if (IsUsableName(name) && unlinkat(fd(), std::string(name).c_str(), AT_REMOVEDIR) == 0) return;

@@ -35,6 +35,7 @@ class VolumeFolder : public Folder {
   void MoveTo(std::string_view from, Folder& folder, std::string_view to) override;
   void Flush() override;
   void RemoveFile(std::string_view name) override;
+  bool RemoveAsSpelled(std::string_view name, FileInfo& seen) override;
   void RemoveFolder(std::string_view name) override;
   void RequireRemovable(std::string_view name) override;
   void Recycle(std::string_view name) override;
