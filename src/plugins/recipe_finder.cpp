@@ -5,6 +5,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "platform/forwarding_file_system.h"
 #include "platform/forwarding_system.h"
 #include "platform/text.h"
 #include "plugins/recipe_detection.h"
@@ -14,9 +15,9 @@ namespace {
 
 // Files as they are when they are first looked at. What a path names is told by the listings of the
 // folders on its way; where one of them is a link or cannot be listed, the path itself is asked.
-class ListedFiles : public FileSystem {
+class ListedFiles : public ForwardingFileSystem {
  public:
-  explicit ListedFiles(FileSystem& inner) : inner_(inner) {}
+  using ForwardingFileSystem::ForwardingFileSystem;
 
   std::optional<FileInfo> Look(std::string_view path, Detail detail) override {
     const bool may_know = detail == Detail::kKind && path.size() > 3 && path[1] == ':' &&
@@ -35,20 +36,6 @@ class ListedFiles : public FileSystem {
     }
   }
 
-  std::unique_ptr<Folder> OpenFolder(std::string_view path) override {
-    return inner_.OpenFolder(path);
-  }
-  std::unique_ptr<Folder> OpenLinked(std::string_view path) override {
-    return inner_.OpenLinked(path);
-  }
-  bool IsGone(std::string_view path) override { return inner_.IsGone(path); }
-  std::optional<std::string> ReadWholeFile(std::string_view path, uint64_t limit) override {
-    return inner_.ReadWholeFile(path, limit);
-  }
-  void WriteWholeFile(std::string_view path, std::string_view bytes) override {
-    inner_.WriteWholeFile(path, bytes);
-  }
-
  private:
   using Listing = std::optional<std::unordered_map<std::string, FileInfo>>;  // in upper case
 
@@ -65,7 +52,6 @@ class ListedFiles : public FileSystem {
     return listing;
   }
 
-  FileSystem& inner_;
   std::unordered_map<std::string, Listing> listings_;  // by path in upper case
 };
 

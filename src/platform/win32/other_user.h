@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/absent_ports.h"
+#include "platform/forwarding_file_system.h"
 #include "platform/forwarding_system.h"
 #include "platform/user_profiles.h"
 #include "platform/win32/win32_hive.h"
@@ -24,28 +25,14 @@ class OtherUserSystem : public ForwardingSystem {
 };
 
 // The files, where links in his profile lead nowhere, for the same reason.
-class OtherUserFiles : public FileSystem {
+class OtherUserFiles : public ForwardingFileSystem {
  public:
   OtherUserFiles(FileSystem& inner, std::string profile)
-      : inner_(inner), profile_(std::move(profile)) {}
+      : ForwardingFileSystem(inner), profile_(std::move(profile)) {}
 
   std::unique_ptr<Folder> OpenFolder(std::string_view path) override;
-  std::unique_ptr<Folder> OpenLinked(std::string_view path) override {
-    return inner_.OpenLinked(path);
-  }
-  std::optional<FileInfo> Look(std::string_view path, Detail detail) override {
-    return inner_.Look(path, detail);
-  }
-  bool IsGone(std::string_view path) override { return inner_.IsGone(path); }
-  std::optional<std::string> ReadWholeFile(std::string_view path, uint64_t limit) override {
-    return inner_.ReadWholeFile(path, limit);
-  }
-  void WriteWholeFile(std::string_view path, std::string_view bytes) override {
-    inner_.WriteWholeFile(path, bytes);
-  }
 
  private:
-  FileSystem& inner_;
   const std::string profile_;
 };
 
