@@ -67,6 +67,11 @@ void DeletionBatch::Settle() {
   begun_.clear();
 }
 
+void DeletionBatch::Stop() {
+  filling_.clear();
+  Settle();
+}
+
 void DeletionBatch::Finish() {
   HandOn();
   Settle();

@@ -29,6 +29,8 @@ class DeletionBatch {
   bool Add(std::string_view path);
   // Returns when everything that was added is gone or noted as stayed.
   void Finish();
+  // The user has stopped: what the threads are not at work on stays, untouched and untold.
+  void Stop();
 
  private:
   struct File {

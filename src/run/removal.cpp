@@ -280,7 +280,7 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
   std::string status;
   for (size_t i = 0; i < list.PendingFiles.size(); ++i) {
     if (StopsRun(context)) {
-      deletion.Finish();
+      deletion.Stop();
       return Abandon(context);
     }
     const std::string_view path = list.PendingFiles[i];

@@ -209,6 +209,79 @@ TEST_F(RemovalTest, PendingFilesAreShownCountedAndStopped) {
   EXPECT_EQ(view.bars.back(), (ProgressBar{.visible = false, .max = 5, .value = 0}));
 }
 
+// So many that a machine may take several at a time; the odd ones stand between them.
+class ManyFilesTest : public RemovalTest {
+ protected:
+  // Deletes what stands in a fresh folder; returns its path.
+  std::string RemoveMany(FileSystem& files) {
+    const std::string tree = scratch + std::to_string(++trees_) + "\\";
+    FileList list;
+    for (int i = 0; i < 80 * 5; ++i) {
+      const std::string path = tree + std::to_string(i / 5) + "\\f" + std::to_string(i % 5);
+      machine->MakeFile(path, std::string(static_cast<size_t>(i % 5), 'x'));
+      list.PendingFiles.Append(path);
+      if (i % 5 == 0 && i / 5 - 40 < static_cast<int>(std::size(kOdd)) && i >= 200) {
+        list.PendingFiles.Append(tree + kOdd[i / 5 - 40]);
+      }
+    }
+    MakeFiles(tree, "40\\kept.txt 41\\Case");
+    machine->MakeFolder(tree + "42\\folder");
+    machine->MakeFolderLink(tree + "43\\link", scratch + "outside");
+    WriteOwn("keep.txt", tree + "40\\kept.txt\r\n");
+    state.Keep = nullptr;
+    state.Places = nullptr;
+    list.folder = files.OpenFolder(tree);
+    list.folder_path = tree;
+    state.Entries = std::make_shared<RunEntries>();
+    RemovePendingFiles(context, list);
+    return tree;
+  }
+  // Of the run: fate, path, size and reason of each.
+  Names Told(const std::string& tree) const {
+    Names told;
+    for (const RunEntry& entry : state.Entries->all) {
+      std::string line = std::to_string(static_cast<int>(entry.fate)) + " " + entry.place + " " +
+                         std::to_string(entry.bytes) + " " + entry.note;
+      for (size_t at; (at = line.find(tree)) != std::string::npos;) line.erase(at, tree.size());
+      told.push_back(line);
+    }
+    return told;
+  }
+
+  static constexpr const char* kOdd[] = {"40\\kept.txt", "41\\cASE", "42\\folder", "43\\link",
+                                         "44\\gone"};
+  int trees_ = 0;
+};
+
+TEST_F(ManyFilesTest, GoAndAreToldAsIfOneByOne) {
+  machine->MakeFile(scratch + "outside\\dear.txt", "dear");
+  ForwardingFiles one_by_one(ports.files, [](auto&, auto folder) { return folder; });
+  state.RemovalMode = kDelete;
+  const std::string together = RemoveMany(ports.files);
+  const Names told = Told(together), left = machine->Tree(together);
+  EXPECT_EQ(told.size(), 405u);
+  EXPECT_EQ(std::ranges::count(left, "40\\kept.txt"), 1);
+  EXPECT_EQ(std::ranges::count(left, "40\\f1") + std::ranges::count(left, "79\\f4"), 0);
+  const std::string alone = RemoveMany(one_by_one);
+  EXPECT_EQ(told, Told(alone));
+  EXPECT_EQ(left, machine->Tree(alone));
+  EXPECT_EQ(Read(scratch + "outside\\dear.txt"), "dear");
+}
+
+TEST_F(ManyFilesTest, AfterAStopNothingFurtherGoesAndWhatWentIsTold) {
+  machine->MakeFolder(scratch + "outside");
+  StopWhenStatusBegins("Deleting file: " + scratch + "1\\70\\f3");
+  state.RemovalMode = kDelete;
+  const Names left = machine->Tree(RemoveMany(ports.files));
+  EXPECT_EQ(std::ranges::count(left, "70\\f3") + std::ranges::count(left, "79\\f4"), 2);
+  const auto is_one = [](const std::string& path) { return path[path.size() - 2] == 'f'; };
+  const auto gone = std::ranges::count_if(state.Entries->all, [&](const RunEntry& entry) {
+    return entry.fate == Fate::kRemoved && is_one(entry.place);
+  });
+  EXPECT_GT(gone, 0);
+  EXPECT_EQ(gone + std::ranges::count_if(left, is_one), 400);
+}
+
 TEST_F(RemovalTest, FoldersGoChildrenFirstWhicheverWayTheListWasFilled) {
   const Names parents_first = {"p\\", "p\\q\\", "p\\q\\r\\", "s\\"};
   for (const bool reversed : {false, true}) {
