@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iostream>
 
+#include "platform/error.h"
+
 namespace quellix {
 namespace {
 
@@ -44,7 +46,7 @@ MachineUse ConsoleCommands::UseOf(const CLI::App& command) const {
 
 int ConsoleCommands::RunOnMachine(const CLI::App& command, const Action& action) {
   machine_options_.use = UseOf(command);
-  const std::vector<RunTarget> targets = TargetsOf(choice_, platform_);
+  const std::vector<RunTarget> targets = TargetsOf(choice_, platform_, machine_options_);
   if (targets.empty()) return Fail("--volume is required.", kWrongUsage);
   if (targets.size() == 1) return RunOn(targets[0], action);
   const bool is_one_volume = std::ranges::all_of(
@@ -58,6 +60,7 @@ int ConsoleCommands::RunOnMachine(const CLI::App& command, const Action& action)
 }
 
 int ConsoleCommands::RunOn(const RunTarget& target, const Action& action) {
+  if (!target.problem.empty()) throw Error(Error::Kind::kOther, target.problem);
   machine_options_.volume = target.volume;
   machine_options_.user = target.user;
   if (!target.settings.empty()) machine_options_.settings = target.settings;

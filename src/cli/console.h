@@ -51,8 +51,10 @@ struct ConsolePlatform {
   // Where it works on volumes: what is in a place, by Error when there is none, and where to look.
   std::function<SurveyedVolume(const std::string& place)> survey = {};
   std::function<std::vector<std::string>()> mounted_places = {};
-  // Where it works on the Windows that it runs on: the names of its users. Throws Error.
-  std::function<std::vector<std::string>()> users = {};
+  // There, too: a text that is the same for all spellings of a place.
+  std::function<std::string(const std::string& place)> identity = {};
+  // The names of the persons with a profile on a machine, no two alike. Throws Error.
+  std::function<std::vector<std::string>(const MachineOptions&)> users = {};
   // Does jobs, so many at a time where it works on volumes, else one after another.
   std::function<void(const std::vector<ProcessJob>& jobs, size_t at_once,
                      const std::function<void(size_t job, const ProcessResult& result)>& ended)>

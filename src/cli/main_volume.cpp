@@ -55,16 +55,25 @@ quellix::FolderLocks Claim(const quellix::MachineOptions& options) {
                        "nothing is changed on " + options.volume + ":" + refusal);
 }
 
+quellix::VolumeOptions VolumeOptionsOf(const quellix::MachineOptions& options) {
+  return {.volume = options.volume,
+          .drives = ParseDrives(options.drives),
+          .user = options.user,
+          .settings = options.settings.empty() ? UsualSettingsFolder() : options.settings,
+          .keep_hives = options.keep_hives};
+}
+
+std::vector<std::string> UserNames(const quellix::MachineOptions& options) {
+  std::vector<std::string> names;
+  for (const quellix::VolumeUser& user : quellix::PersonsOn(VolumeOptionsOf(options)))
+    names.push_back(user.name);
+  return names;
+}
+
 class MountedMachine : public quellix::OpenMachine {
  public:
   explicit MountedMachine(const quellix::MachineOptions& options)
-      : options_(options),
-        locks_(Claim(options)),
-        mounted_({.volume = options.volume,
-                  .drives = ParseDrives(options.drives),
-                  .user = options.user,
-                  .settings = options.settings.empty() ? UsualSettingsFolder() : options.settings,
-                  .keep_hives = options.keep_hives}) {}
+      : options_(options), locks_(Claim(options)), mounted_(VolumeOptionsOf(options)) {}
   // What nobody stored is not lost without a word.
   ~MountedMachine() override { MountedMachine::Store(); }
   bool Store() override {
@@ -100,5 +109,7 @@ int main(int argc, char** argv) {
                                   },
                               .survey = quellix::SurveyVolume,
                               .mounted_places = quellix::MountedPlaces,
+                              .identity = quellix::IdentityOf,
+                              .users = UserNames,
                               .run_processes = quellix::RunProcesses});
 }

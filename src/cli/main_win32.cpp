@@ -77,7 +77,7 @@ std::unique_ptr<quellix::OpenMachine> Open(const quellix::MachineOptions& option
   return std::make_unique<OtherMachine>(options.settings, user);
 }
 
-std::vector<std::string> UserNames() {
+std::vector<std::string> UserNames(const quellix::MachineOptions&) {
   quellix::Win32Machine live;
   std::vector<std::string> names;
   for (const quellix::UserProfile& user : UsersHere(live.machine())) names.push_back(user.name);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <map>
 
 #include "cli/commands.h"
 #include "cli/console_run.h"
@@ -14,49 +15,88 @@
 namespace quellix {
 namespace {
 
+namespace fs = std::filesystem;
+
 struct Ended {
   int code = kFailed;
   std::string report;
 };
 
 // A line is a folder, and behind a tab the folder of its settings; "#" begins a remark.
-std::vector<RunTarget> VolumesOf(const TargetChoice& choice, const ConsolePlatform& platform) {
-  if (!platform.works_on_volumes) return {RunTarget{}};
-  std::vector<RunTarget> volumes;
-  for (const std::string& volume : choice.volumes) volumes.push_back({volume, ""});
-  if (choice.volumes_from.empty()) return volumes;
-  for (std::string line : Split(ReadOwnFile(choice.volumes_from, "list of volumes"), '\n')) {
+void AddListed(const std::string& file, std::vector<RunTarget>& volumes) {
+  for (std::string line : Split(ReadOwnFile(file, "list of volumes"), '\n')) {
     std::erase(line, '\r');
     if (line.empty() || line[0] == '#') continue;
     const size_t tab = std::min(line.find('\t'), line.size());
     volumes.push_back({line.substr(0, tab), "", line.substr(std::min(tab + 1, line.size()))});
   }
+}
+
+// Of several spellings of a place the first one is worked on.
+void KeepFirstOfEach(std::vector<RunTarget>& volumes, const ConsolePlatform& platform) {
+  std::map<std::string, std::string> known;
+  std::erase_if(volumes, [&](const RunTarget& volume) {
+    const auto [first, is_new] = known.emplace(platform.identity(volume.volume), volume.volume);
+    if (is_new) return false;
+    std::cerr << Printable(volume.volume) << " is the same folder as " << Printable(first->second)
+              << " and is worked on once." << std::endl;
+    return true;
+  });
+}
+
+std::vector<RunTarget> VolumesOf(const TargetChoice& choice, const ConsolePlatform& platform) {
+  if (!platform.works_on_volumes) return {RunTarget{}};
+  std::vector<RunTarget> volumes;
+  for (const std::string& volume : choice.volumes) volumes.push_back({volume, ""});
+  if (!choice.volumes_from.empty()) AddListed(choice.volumes_from, volumes);
+  KeepFirstOfEach(volumes, platform);
   return volumes;
 }
 
-// None where that cannot be told: the run then says why.
-std::vector<std::string> AllUsers(const std::string& volume, const ConsolePlatform& platform) {
-  if (platform.users) return platform.users();
+// All persons, then who was named besides.
+std::vector<std::string> UsersOf(const TargetChoice& choice, const ConsolePlatform& platform,
+                                 const MachineOptions& machine) {
   std::vector<std::string> users;
-  try {
-    for (const SurveyedVolume::Fact& fact : platform.survey(volume).facts) {
-      const bool is_new = std::ranges::find(users, fact.name) == users.end();
-      if (fact.kind == SurveyedVolume::kUser && is_new) users.push_back(fact.name);
-    }
-  } catch (const Error&) {
+  if (choice.all_users) users = platform.users(machine);
+  for (const std::string& name : choice.users) {
+    const bool is_there =
+        std::ranges::any_of(users, [&](const auto& user) { return EqualsNoCase(user, name); });
+    if (!is_there) users.push_back(name);
   }
+  if (users.empty()) users.emplace_back();
   return users;
 }
+
+fs::path PathOf(const std::string& file) { return std::u8string(file.begin(), file.end()); }
 
 // "runs.json" as "runs-2.json".
 std::string Numbered(const std::string& file, size_t number) {
   if (file.empty()) return file;
-  const std::filesystem::path path(std::u8string(file.begin(), file.end()));
-  std::filesystem::path name = path.stem();
+  const fs::path path = PathOf(file);
+  fs::path name = path.stem();
   name += "-" + std::to_string(number);
   name += path.extension();
   const std::u8string text = (path.parent_path() / name).u8string();
   return {text.begin(), text.end()};
+}
+
+// Of an earlier run: nobody is to take it for one of this. A link leads to it; a pipe stays.
+void RemoveOld(const std::string& report) {
+  std::error_code error;
+  const fs::path path = PathOf(report);
+  if (report.empty() || !fs::is_regular_file(path, error)) return;
+  fs::remove(fs::canonical(path, error), error);
+  if (!error) return;
+  throw Error(Error::Kind::kDenied,
+              "nothing was done, because " + report + " of an earlier run cannot be removed.");
+}
+
+// A run that was killed leaves an empty one, or none.
+bool IsWritten(const std::string& report) {
+  std::error_code none;
+  const fs::path path = PathOf(report);
+  if (report.empty() || !fs::exists(path, none)) return false;
+  return !fs::is_regular_file(path, none) || fs::file_size(path, none) > 0;
 }
 
 const char* WordFor(int code) {
@@ -101,18 +141,20 @@ void PrintCsv(const std::string& csv, bool& is_first) {
 
 }  // namespace
 
-std::vector<RunTarget> TargetsOf(const TargetChoice& choice, const ConsolePlatform& platform) {
+std::vector<RunTarget> TargetsOf(const TargetChoice& choice, const ConsolePlatform& platform,
+                                 const MachineOptions& machine) {
   std::vector<RunTarget> targets;
+  MachineOptions options = machine;
   for (const RunTarget& volume : VolumesOf(choice, platform)) {
-    std::vector<std::string> users = choice.users;
-    if (choice.all_users) users = AllUsers(volume.volume, platform);
-    for (const std::string& name : choice.users) {
-      const bool is_there =
-          std::ranges::any_of(users, [&](const auto& user) { return EqualsNoCase(user, name); });
-      if (!is_there) users.push_back(name);
+    options.volume = volume.volume;
+    try {
+      for (const std::string& user : UsersOf(choice, platform, options))
+        targets.push_back({volume.volume, user, volume.settings});
+    } catch (const Error& error) {
+      targets.push_back(
+          {volume.volume, "", volume.settings,
+           std::string("The users cannot be told, and nothing is done: ") + error.what()});
     }
-    if (users.empty()) users.emplace_back();
-    for (const std::string& user : users) targets.push_back({volume.volume, user, volume.settings});
   }
   return targets;
 }
@@ -125,6 +167,7 @@ int RunOnAll(const std::vector<RunTarget>& targets, const TargetChoice& choice,
   std::vector<ProcessJob> jobs;
   for (size_t i = 0; i < targets.size(); ++i) {
     all[i].report = Numbered(options.file, i + 1);
+    RemoveOld(all[i].report);
     jobs.push_back({targets[i].volume, [&, i] {
                       options.file = all[i].report;
                       return RunOne(targets[i], options, run);
@@ -143,7 +186,8 @@ int RunOnAll(const std::vector<RunTarget>& targets, const TargetChoice& choice,
     report.text() << Printable(targets[i].Name()) << ": " << WordFor(all[i].code) << "\n";
   const auto row = [&](size_t i) -> std::vector<ReportCell> {
     return {targets[i].volume, TextCell(targets[i].user),
-            uint64_t{static_cast<unsigned>(all[i].code)}, TextCell(all[i].report)};
+            uint64_t{static_cast<unsigned>(all[i].code)},
+            TextCell(IsWritten(all[i].report) ? all[i].report : "")};
   };
   options.csv = false;  // of rows of another kind
   return report.Finish({.command = "runs",

@@ -144,6 +144,7 @@ TEST_F(ManyRuns, VolumesHaveTheirOwnReportsAndOneSummary) {
     SCOPED_TRACE(jobs);
     WriteNative(TempOf(root_, kTesterName), "1");
     WriteNative(TempOf(second_.path(), kTesterName), "1");
+    WriteNative(none_.path() + "/r-4.json", "of an earlier run");
     const ProgramResult result =
         CleanThese("clean --item CleanTempFiles --all-users",
                    {"--volume", root_, "--volumes-from", list, "--jobs", jobs, "--report", report});
@@ -162,6 +163,8 @@ TEST_F(ManyRuns, VolumesHaveTheirOwnReportsAndOneSummary) {
     EXPECT_TRUE(Holds(ReadNative(none_.path() + "/r-3.json"),
                       "\"volume\":\"" + second_.path() + "\",\"user\":\"" + kTesterName));
     EXPECT_FALSE(std::filesystem::exists(none_.path() + "/r-4.json"));
+    EXPECT_TRUE(Holds(ReadNative(report), "\"exitCode\":1,\"report\":null"));
+    EXPECT_TRUE(Holds(ReadNative(report), "r-3.json\""));
   }
   const Names both = {"--volume", root_, "--volume", second_.path(), "--all-users"};
   const ProgramResult csv = CleanThese("clean --item CleanTempFiles --csv", both);
@@ -172,6 +175,52 @@ TEST_F(ManyRuns, VolumesHaveTheirOwnReportsAndOneSummary) {
   for (const auto& [row, command] : kRefused)
     EXPECT_EQ(RunQuellixctl(With(command, both)).exit_code, 2) << row;
   EXPECT_EQ(RunQuellixctl({"clean", "--all"}).exit_code, 2);
+}
+
+TEST_F(ManyRuns, AVolumeSpelledTwiceIsWorkedOnOnce) {
+  std::filesystem::create_directory_symlink(second_.path(), none_.path() + "/link");
+  for (const std::string& other : {second_.path() + "/", none_.path() + "/link", second_.path()}) {
+    SCOPED_TRACE(other);
+    const ProgramResult result =
+        CleanThese("clean --item CleanTempFiles --jobs 2",
+                   {"--volume", second_.path(), "--volume", other, "--volume", none_.path()});
+    EXPECT_TRUE(Holds(result.output, other + " is the same folder as " + second_.path()));
+    EXPECT_TRUE(Holds(result.output, "== 2 runs\n"));
+  }
+}
+
+TEST_F(ManyRuns, AllUsersAreThoseOfAllDrivesOrNone) {
+  SeedWindows(none_.path());
+  SeedUser(none_.path(), "Third", "S-1-5-21-1-2-3-1003");
+  const auto list = [&](const std::string& name, const std::string& number) {
+    machine->SetText(
+        RegistryRoot::kLocalMachine,
+        "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-5-21-1-2-3-" + number,
+        "ProfileImagePath", "D:\\Users\\" + name);
+    StoreMachine(*machine);
+  };
+  const auto clean = [&] {
+    for (const std::string& name : AllNames()) WriteNative(TempOf(root_, name), "1");
+    WriteNative(TempOf(none_.path(), "Third"), "1");
+    return CleanThese("clean --item CleanTempFiles --all-users",
+                      {"--volume", root_, "--drive", "D:=" + none_.path()});
+  };
+  list("Third", "1003");
+  list("third", "1004");
+  const ProgramResult all = clean();
+  EXPECT_EQ(all.exit_code, 0) << all.output;
+  EXPECT_TRUE(Holds(all.output, "== 3 runs\n"));
+  EXPECT_FALSE(std::filesystem::exists(TempOf(none_.path(), "Third")));
+  WriteNative(root_ + "/Users/Other One/NTUSER.DAT", "damaged");
+  clean();
+  EXPECT_EQ(std::ranges::count(Left(), kTesterName), 0);
+  EXPECT_FALSE(std::filesystem::exists(TempOf(none_.path(), "Third")));
+  list(kTesterName, "1005");
+  const ProgramResult alike = clean();
+  EXPECT_EQ(alike.exit_code, 1);
+  for (const char* drive : {"C:", "D:"})
+    EXPECT_TRUE(Holds(alike.output, std::string(drive) + "\\Users\\" + kTesterName));
+  EXPECT_EQ(Left(), AllNames());
 }
 
 TEST_F(VolumeConsoleTest, ADamagedHiveIsSaidAndDoesNotHideTheReferencesOfTheOthers) {

@@ -26,11 +26,22 @@ bool HasHive(VolumeFileSystem& files, const VolumeUser& user) {
   return Exists(files, user.profile + std::string(kUserHive));
 }
 
+// A profile may be listed twice, as after a repair of an account.
+void KeepFirstOfEachProfile(std::vector<VolumeUser>& users) {
+  for (auto user = users.begin(); user != users.end(); ++user) {
+    const auto is_same = [&](const VolumeUser& other) {
+      return EqualsNoCase(other.profile, user->profile);
+    };
+    users.erase(std::remove_if(user + 1, users.end(), is_same), users.end());
+  }
+}
+
 // Of persons, or of the services.
 std::vector<VolumeUser> UsersWithHive(VolumeFileSystem& files, Registry& registry,
                                       const std::string& windows_folder, Persons persons) {
   std::vector<VolumeUser> users = ListedProfiles(registry, windows_folder, persons);
   std::erase_if(users, [&files](const VolumeUser& user) { return !HasHive(files, user); });
+  KeepFirstOfEachProfile(users);
   return users;
 }
 
@@ -121,6 +132,19 @@ std::vector<VolumeUser> FindOtherProfiles(VolumeFileSystem& files, Registry& reg
   return others;
 }
 
+void RequireOneProfile(const std::vector<VolumeUser>& users, const std::string& name) {
+  std::string folders;
+  size_t count = 0;
+  for (const VolumeUser& user : users) {
+    if (!EqualsNoCase(user.name, name)) continue;
+    folders += (count++ == 0 ? "" : " and ") + user.profile;
+  }
+  if (count > 1) {
+    throw Error(Error::Kind::kOther,
+                "Several users on this volume have a profile named \"" + name + "\": " + folders);
+  }
+}
+
 VolumeUser ChooseUser(const std::vector<VolumeUser>& users, const std::vector<VolumeUser>& others,
                       const std::string& name) {
   const auto fits = [&name](const VolumeUser& user) {
@@ -139,6 +163,7 @@ VolumeUser ChooseUser(const std::vector<VolumeUser>& users, const std::vector<Vo
     throw Error(Error::Kind::kOther,
                 "There are several users on this volume, choose one of: " + names);
   }
+  RequireOneProfile(users, found->name);
   return *found;
 }
 

@@ -44,6 +44,9 @@ std::vector<VolumeUser> FindUsers(VolumeFileSystem& files, Registry& registry,
 std::vector<VolumeUser> FindOtherProfiles(VolumeFileSystem& files, Registry& registry,
                                           const std::string& windows_folder);
 
+// Throws Error that names the folders where several users have profiles of that name.
+void RequireOneProfile(const std::vector<VolumeUser>& users, const std::string& name);
+
 // The user named, in any case, or the only one; of the others only one that is named. Throws Error
 // that lists the names of users otherwise.
 VolumeUser ChooseUser(const std::vector<VolumeUser>& users, const std::vector<VolumeUser>& others,

@@ -116,6 +116,12 @@ std::vector<std::string> HindrancesOf(const std::string& volume,
   return all;
 }
 
+std::string IdentityOf(const std::string& place) {
+  struct stat status;
+  if (stat(place.c_str(), &status) != 0) return place;
+  return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
+}
+
 std::string WhyNoFolder(const std::string& place) {
   struct stat status;
   if (stat(place.c_str(), &status) != 0) ThrowErrno(errno, place);

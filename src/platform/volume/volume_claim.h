@@ -17,6 +17,10 @@ std::vector<std::string> HindrancesOf(const std::string& folder, const std::stri
 std::vector<std::string> HindrancesOf(const std::string& volume,
                                       const std::map<char, std::string>& drives);
 
+// A text that is the same for all spellings of a folder of this system; the path itself where
+// nothing is there.
+std::string IdentityOf(const std::string& place);
+
 // Why a place that is no folder is none, and how to make one of it: a disk or its image is to be
 // mounted, one that is encrypted unlocked. "" for a folder. Throws Error when it is not there.
 std::string WhyNoFolder(const std::string& place);

@@ -15,7 +15,35 @@ void MakeSettingsFolder(const std::string& folder) {
   if (failure) ThrowErrno(failure.value(), folder);
 }
 
+// What is where, by upper-case letters.
+struct MappedDrives {
+  std::map<char, std::string> folders;
+  std::string windows_folder;
+};
+
+MappedDrives MapDrives(const VolumeOptions& options) {
+  const std::string why_none = WhyNoFolder(options.volume);
+  if (!why_none.empty()) throw Error(Error::Kind::kOther, options.volume + ": " + why_none);
+  const FoundWindows windows = LookForWindows(options.volume);
+  MappedDrives drives{options.drives, std::string(1, windows.letter) + ":\\" + windows.folder_name};
+  if (drives.folders.contains(windows.letter)) {
+    throw Error(Error::Kind::kOther, std::string("Drive ") + windows.letter +
+                                         ": is the one with Windows and cannot be another folder.");
+  }
+  drives.folders[windows.letter] = options.volume;
+  return drives;
+}
+
 }  // namespace
+
+std::vector<VolumeUser> PersonsOn(const VolumeOptions& options) {
+  const MappedDrives drives = MapDrives(options);
+  VolumeFileSystem files(drives.folders);
+  VolumeRegistry registry(files, FindHives(files, drives.windows_folder, {}));
+  std::vector<VolumeUser> persons = FindUsers(files, registry, drives.windows_folder);
+  for (const VolumeUser& person : persons) RequireOneProfile(persons, person.name);
+  return persons;
+}
 
 VolumeMachine::VolumeMachine(const VolumeOptions& options) {
   OpenDrives(options);
@@ -33,19 +61,11 @@ VolumeMachine::VolumeMachine(const VolumeOptions& options) {
 }
 
 void VolumeMachine::OpenDrives(const VolumeOptions& options) {
-  const std::string why_none = WhyNoFolder(options.volume);
-  if (!why_none.empty()) throw Error(Error::Kind::kOther, options.volume + ": " + why_none);
-  const FoundWindows windows = LookForWindows(options.volume);
-  std::map<char, std::string> drives = options.drives;
-  if (drives.contains(windows.letter)) {
-    throw Error(Error::Kind::kOther, std::string("Drive ") + windows.letter +
-                                         ": is the one with Windows and cannot be another folder.");
-  }
+  MappedDrives drives = MapDrives(options);
   MakeSettingsFolder(options.settings);
-  drives[windows.letter] = options.volume;
-  drives[kSettingsDrive] = options.settings;
-  files_.emplace(drives);
-  windows_folder_ = std::string(1, windows.letter) + ":\\" + windows.folder_name;
+  drives.folders[kSettingsDrive] = options.settings;
+  files_.emplace(drives.folders);
+  windows_folder_ = drives.windows_folder;
 }
 
 Machine VolumeMachine::machine() {

@@ -3,9 +3,11 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/absent_ports.h"
 #include "platform/machine.h"
+#include "platform/volume/installed_windows.h"
 #include "platform/volume/volume_registry.h"
 #include "platform/volume/volume_session.h"
 #include "platform/volume/volume_shell.h"
@@ -21,6 +23,10 @@ struct VolumeOptions {
   std::string settings;                // the program's own folder; made when it is missing
   bool keep_hives = false;             // the originals of those that are changed
 };
+
+// The persons with a profile on the drives of a volume. Changes nothing. Throws Error as
+// VolumeMachine does, and where two have profiles of one name.
+std::vector<VolumeUser> PersonsOn(const VolumeOptions& options);
 
 // A mounted Windows volume as the machine the engine works on.
 class VolumeMachine {
