@@ -63,7 +63,7 @@ TEST_F(HelpTest, EachWindowHasItsKeysAndOpensItsOwnPage) {
     const HWND opened = window.AwaitWindow(row.title);
     EXPECT_FALSE(IsWindowEnabled(window.main()));
     EXPECT_TRUE(!GetDlgItem(opened, cmdStop) || Await([&] {
-      return !IsEnabled(opened, cmdStop) && Shown(opened, lblStatus) != L"";
+      return Shown(opened, lblStatus) != L"" && !IsEnabled(opened, cmdStop);
     })) << "its scan goes on";
     const size_t letters = ExpectKeys(opened);
     EXPECT_EQ(letters, row.letters == 0 ? letters : row.letters);
