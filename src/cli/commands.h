@@ -47,6 +47,8 @@ class ConsoleCommands {
   // Before the machine of the command is opened.
   MachineOptions& machine_options() { return machine_options_; }
   const ConsolePlatform& platform() const { return platform_; }
+  // With all commands, once one runs.
+  const CLI::App& app() const { return app_; }
 
   // Does the command that was parsed.
   int Run() const;
@@ -83,16 +85,18 @@ CLI::IsMember OneOf(const Table& table) {
 }
 
 // Each in a file of its own.
-void AddCleanCommands(ConsoleCommands& commands);    // items, clean
-void AddBrowserCommands(ConsoleCommands& commands);  // browsers list, clean
-void AddBackupCommands(ConsoleCommands& commands);   // backup list, restore, repair
-void AddPluginCommands(ConsoleCommands& commands);   // plugins list, check, preview, process...
-void AddRecipeCommands(ConsoleCommands& commands);   // recipes list, check, preview, process...
-void AddCacheCommands(ConsoleCommands& commands);    // cache list, delete
-void AddSearchCommand(ConsoleCommands& commands);    // search
-void AddKeepCommands(ConsoleCommands& commands);     // keep list, add, remove
-void AddWindowsCommands(ConsoleCommands& commands);  // windows list, preview, process
-void AddRegistryCommand(ConsoleCommands& commands);  // registry
-void AddVolumesCommand(ConsoleCommands& commands);   // volumes, where they are worked on
+void AddCleanCommands(ConsoleCommands& commands);      // items, clean
+void AddBrowserCommands(ConsoleCommands& commands);    // browsers list, clean
+void AddBackupCommands(ConsoleCommands& commands);     // backup list, restore, repair
+void AddPluginCommands(ConsoleCommands& commands);     // plugins list, check, preview, process...
+void AddRecipeCommands(ConsoleCommands& commands);     // recipes list, check, preview, process...
+void AddCacheCommands(ConsoleCommands& commands);      // cache list, delete
+void AddSearchCommand(ConsoleCommands& commands);      // search
+void AddKeepCommands(ConsoleCommands& commands);       // keep list, add, remove
+void AddWindowsCommands(ConsoleCommands& commands);    // windows list, preview, process
+void AddRegistryCommand(ConsoleCommands& commands);    // registry
+void AddManualCommand(ConsoleCommands& commands);      // manual
+void AddCompletionCommand(ConsoleCommands& commands);  // completion
+void AddVolumesCommand(ConsoleCommands& commands);     // volumes, where they are worked on
 
 }  // namespace quellix

@@ -42,7 +42,7 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   for (const auto& add :
        {AddCleanCommands, AddBrowserCommands, AddBackupCommands, AddPluginCommands,
         AddRecipeCommands, AddCacheCommands, AddSearchCommand, AddRegistryCommand, AddKeepCommands,
-        AddWindowsCommands, AddVolumesCommand}) {
+        AddWindowsCommands, AddVolumesCommand, AddManualCommand, AddCompletionCommand}) {
     add(commands);
   }
   try {
