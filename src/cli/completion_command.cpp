@@ -88,7 +88,7 @@ constexpr const char* kScript = R"sh(# Offers those of the lines it reads that b
 _quellixctl_offer() {
   local line
   while IFS= read -r line; do
-    [[ -z $line || $line != "$current"* ]] || COMPREPLY+=("$(printf %q "$line")")
+    [[ -z $line || $line != "${current//\\/}"* ]] || COMPREPLY+=("$(printf %q "$line")")
   done
 }
 

@@ -48,7 +48,7 @@ std::string Joined(const Names& words) {
   return line;
 }
 
-class ShellHelpTest : public ::testing::Test {
+class ShellHelpTest : public ConsoleTest {
  protected:
   ShellHelpTest() : file_(std::filesystem::temp_directory_path() / "quellix-shell-help") {}
   ~ShellHelpTest() override { std::filesystem::remove(file_); }
@@ -138,6 +138,21 @@ TEST_F(ShellHelpTest, BashCompletesValuesAndNothingForNonsense) {
       {"a number", {"clean", "--older-than", ""}, ""},
       {"no item", {"clean", "--item", "Nonsense"}, ""}};
   for (const auto& row : kRows) EXPECT_EQ(Complete(row.words), row.offered + "\n") << row.name;
+}
+
+TEST_F(ShellHelpTest, BashCompletesNamesThatTheMachineHas) {
+  Write(RunQuellixctl({"completion"}).output);
+  machine->MakeFile(own + "Plugins\\Qx one, two.cdp", "D\x01One\r\n");
+  machine->MakeFile(own + "Plugins\\Qx three.cdp", "D\x01Three\r\n");
+  StoreMachine(*machine);
+  const Names here = MachineArguments(*machine);
+  const auto offered = [&](const char* group, const char* command, const char* begin) {
+    return Complete(With(With({group, command}, here), {begin}));
+  };
+  EXPECT_EQ(offered("plugins", "enable", "Qx"), "Qx\\ one\\,\\ two.cdp Qx\\ three.cdp\n");
+  EXPECT_EQ(offered("plugins", "enable", "Qx t"), "Qx\\ three.cdp\n");
+  EXPECT_EQ(offered("plugins", "enable", "Qx\\\\ t"), "Qx\\ three.cdp\n");
+  EXPECT_EQ(offered("plugins", "enable", "none"), "\n");
 }
 
 }  // namespace
