@@ -95,6 +95,10 @@ int Clean(const CleanOptions& options, const ReportOptions& report_options,
   if (!options.method.empty()) engine.state().FixedRemovalMode = kMethods.at(options.method);
   if (options.older_than >= 0)
     engine.state().FixedOlderThanDays = static_cast<int16_t>(options.older_than);
+  const int16_t method =
+      options.method.empty() ? engine.preferences().RemovalMode : engine.state().FixedRemovalMode;
+  if (options.at_next_start && method != kDelete)
+    return Fail("--at-next-start goes with --method delete alone.", kWrongUsage);
   engine.state().LeavesToStart = options.at_next_start;
   engine.RunCleaning();
   if (options.preview) run.PrintPreview();

@@ -3,6 +3,7 @@
 // After windows.h, which it needs.
 #include <shellapi.h>
 
+#include <algorithm>
 #include <iostream>
 #include <sstream>
 
@@ -13,6 +14,7 @@
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/other_user.h"
 #include "platform/win32/win32_machine.h"
+#include "settings/settings.h"
 
 namespace {
 
@@ -44,23 +46,46 @@ class LiveMachine : public quellix::OpenMachine {
 
 class OtherMachine : public quellix::OpenMachine {
  public:
-  OtherMachine(const std::string& settings, const quellix::UserProfile& user)
-      : other_(settings, user) {}
+  OtherMachine(const quellix::MachineOptions& options, const quellix::UserProfile& user,
+               const std::string& backup_folder)
+      : name_(user.name), other_(options.settings, user, backup_folder) {}
+  ~OtherMachine() override { Store(); }
   quellix::Machine machine() override { return other_.machine(); }
+  bool Store() override {
+    if (other_.Unload()) return true;
+    if (!was_told_)
+      std::cerr << "quellixctl: the registry of " << name_ << kStaysLoaded << std::endl;
+    was_told_ = true;
+    return false;
+  }
 
  private:
+  static constexpr const char* kStaysLoaded =
+      " stays loaded, as another program uses it. Until it is unloaded, at the next start of"
+      " Windows at the latest, this user cannot log on with his own profile.";
+
+  std::string name_;
+  bool was_told_ = false;
   quellix::OtherUserMachine other_;
 };
 
+// By name or security identifier.
 quellix::UserProfile FindUser(const quellix::Machine& machine, const std::string& name) {
-  std::string names;
+  std::string names, folders;
+  std::vector<quellix::UserProfile> fitting;
   for (const quellix::UserProfile& user : UsersHere(machine)) {
-    if (quellix::EqualsNoCase(user.name, name)) return user;
+    if (quellix::EqualsNoCase(user.sid, name)) return user;
     names += (names.empty() ? "" : ", ") + user.name;
+    if (!quellix::EqualsNoCase(user.name, name)) continue;
+    fitting.push_back(user);
+    folders += (folders.empty() ? "" : ", ") + user.profile + " (" + user.sid + ")";
   }
+  if (fitting.size() == 1) return fitting[0];
   throw quellix::Error(
       quellix::Error::Kind::kMissing,
-      "There is no user \"" + name + "\" on this Windows. Its users are: " + names);
+      fitting.empty() ? "There is no user \"" + name + "\" on this Windows. Its users are: " + names
+                      : "More than one user is called \"" + name +
+                            "\"; name the identifier of one: " + folders);
 }
 
 // Of another user only an administrator may.
@@ -74,13 +99,21 @@ std::unique_ptr<quellix::OpenMachine> Open(const quellix::MachineOptions& option
     throw quellix::Error(quellix::Error::Kind::kDenied,
                          "Only an administrator may work on what is another user's.");
   }
-  return std::make_unique<OtherMachine>(options.settings, user);
+  return std::make_unique<OtherMachine>(options, user,
+                                        quellix::Settings(machine).Load().BackupFolder);
 }
 
+// By their identifiers where a name would not tell one from another.
 std::vector<std::string> UserNames(const quellix::MachineOptions&) {
   quellix::Win32Machine live;
+  const std::vector<quellix::UserProfile> users = UsersHere(live.machine());
   std::vector<std::string> names;
-  for (const quellix::UserProfile& user : UsersHere(live.machine())) names.push_back(user.name);
+  for (const quellix::UserProfile& user : users) {
+    const auto has_its_name = [&user](const auto& each) {
+      return quellix::EqualsNoCase(each.name, user.name);
+    };
+    names.push_back(std::ranges::count_if(users, has_its_name) == 1 ? user.name : user.sid);
+  }
   return names;
 }
 

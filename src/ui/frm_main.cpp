@@ -92,10 +92,12 @@ void FrmMain::OnInit() {
   BindItems();
   windows_.on_options = [this] { FollowSettings(); };
   preview_.on_clean = [this](std::shared_ptr<RunChoice> choice, bool leaves_to_start) {
-    engine_.state().LeavesToStart = leaves_to_start;
-    Run([this, choice] { RunTarget(previewed_, choice); });
+    Run([this, choice, leaves_to_start] {
+      engine_.state().LeavesToStart = leaves_to_start;
+      RunTarget(previewed_, choice);
+    });
   };
-  preview_.question_of = [this](const EntryList& list) { return Question(list); };
+  preview_.question_of = [this](const EntryList& list) { return Question(list, previewed_offer_); };
   FollowSettings();
   SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
   display_.Attach(window(), [this](const Item* item) { ShowCurrentItem(item); });

@@ -41,13 +41,16 @@ void FrmMain::Clean(const Target& target) {
   if (!engine_.preferences().ask && !may_lose) return Run(clean);
   const std::shared_ptr<const RunEntries> found = LookAhead(LookAt(target));
   if (!found) return;
-  const auto [question, text, offer] = Question(EntryList(machine_.system, found, true));
+  const auto [question, text, offer] =
+      Question(EntryList(machine_.system, found, true), start_offer_);
   if (question.empty()) return Run(clean);
   FurtherChoice further{offer};
   switch (AskForGood(window(), question, text, target.item == nullptr, &further)) {
     case AskedForGood::kYes:
-      engine_.state().LeavesToStart = further.is_ticked;
-      return Run(clean);
+      return Run([this, clean, leaves_to_start = further.is_ticked] {
+        engine_.state().LeavesToStart = leaves_to_start;
+        clean();
+      });
     case AskedForGood::kShow:
       return ShowPreview(found, target);
     case AskedForGood::kCancel:
@@ -67,10 +70,10 @@ void FrmMain::RunTarget(Target target, std::shared_ptr<RunChoice> choice) {
   engine_.RunOthers(*target.others, std::move(choice));
 }
 
-RunQuestion FrmMain::Question(const EntryList& list) const {
+RunQuestion FrmMain::Question(const EntryList& list, const std::string& offer) const {
   RunQuestion question = QuestionOf(list, shown_.get(), engine_.selection().recipes(),
                                     machine_.system.UserLocale(), engine_.preferences().ask);
-  question.further = start_offer_;
+  question.further = offer;
   return question;
 }
 
@@ -118,6 +121,7 @@ std::shared_ptr<const RunEntries> FrmMain::LookAhead(const Look& look) {
 void FrmMain::ShowPreview(std::shared_ptr<const RunEntries> found, const Target& target) {
   if (!found) return;
   previewed_ = target;
+  previewed_offer_ = start_offer_;
   modPlugin::NoteShown(engine_.selection().recipes(), shown_);
   items_.Refresh();
   try {

@@ -29,11 +29,27 @@ TEST_F(OtherUserConsoleTest, ANamedOneIsCleanedAloneAndAllOnesEachAsOnHisOwn) {
   Expect({"keep", "list", "--all-users"}, 2, {"one user at a time"});
 }
 
+TEST_F(OtherUserConsoleTest, ANameOfTwoIsNoneAndEachOfThemIsCleanedOnce) {
+  const std::string twin = "C:\\users\\other\\qx2";
+  machine->MakeFolder(twin);
+  machine->SetText(kMachine, kProfiles + gone.sid, "ProfileImagePath", twin);
+  Expect(With(clean, {"--user", "qx2"}), 1,
+         {"More than one user is called \"qx2\"", twin, user.profile + " (" + user.sid + ")"});
+  EXPECT_TRUE(machine->Exists(his));
+  Expect(With(clean, {"--user", user.sid}), 0, {"Files Deleted:  1"});
+  machine->MakeFile(his, "1");
+  Expect(With(clean, {"--all-users"}), 1, {"== " + user.sid + "\n", "== " + gone.sid + "\n"});
+  EXPECT_FALSE(machine->Exists(his));
+  ports.files.RemoveFolder(twin);
+  Expect({"search", "shortcuts", "--user", "qx2"}, 1, {"only for the user who runs"});
+}
+
 TEST_F(OtherUserConsoleTest, AtTheNextStartNothingGoesThatOthersMayChange) {
   const auto lock = machine->LockFile(mine);
   Expect(With(clean, {"--at-next-start"}), 3,
          {mine, "is not left to the next start of Windows, as others"});
   EXPECT_TRUE(machine->Exists(mine));
+  Expect(With(clean, {"--at-next-start", "--method", "wipe"}), 2, {"--method delete alone"});
 }
 
 }  // namespace

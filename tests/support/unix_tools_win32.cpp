@@ -30,7 +30,7 @@ std::wstring UnixName(const wchar_t* path) {
 // Only the scratch folder is asked for: below it, names stand as they were made, and asking Wine
 // for a link would answer with its target.
 std::wstring InScratch(const std::wstring& path) {
-  const bool inside = path.starts_with(kScratch) && path.find(L"..") == path.npos &&
+  const bool inside = path.starts_with(kScratch) && (path + L"\\").find(L"\\..\\") == path.npos &&
                       path.find_first_of(L"'\"") == path.npos &&
                       (path.size() == kScratch.size() || path[kScratch.size()] == L'\\');
   if (!inside) throw std::runtime_error("a test's link must stay in the scratch folder");

@@ -4,6 +4,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/win32/win32_programs.h"
 
 namespace quellix {
 namespace {
@@ -22,13 +23,6 @@ bool IsForEverybody(std::string_view name) {
                              [name](std::string_view each) { return EqualsNoCase(each, name); });
 }
 
-// A folder or what is in it, by names alone.
-bool IsBelow(std::string_view folder, std::string_view path) {
-  if (path.find("..") != path.npos || path.find('/') != path.npos) return false;
-  return EqualsNoCase(path.substr(0, folder.size()), folder) &&
-         (path.size() == folder.size() || path[folder.size()] == '\\');
-}
-
 }  // namespace
 
 OtherUserSystem::OtherUserSystem(System& inner, Registry& registry, const UserProfile& user)
@@ -45,7 +39,7 @@ std::optional<std::string> OtherUserSystem::Environment(std::string_view name) {
   std::optional<std::string> value = variables_.Value(name);
   if (!value || IsForEverybody(name)) return value;
   const bool is_path = value->find_first_of(":\\/") != value->npos;
-  return !is_path || IsBelow(profile_, *value) || EqualsNoCase(name, "HOMEDRIVE") ||
+  return !is_path || IsAtOrBelow(profile_, *value) || EqualsNoCase(name, "HOMEDRIVE") ||
                  EqualsNoCase(name, "HOMEPATH")
              ? value
              : std::nullopt;
@@ -53,33 +47,33 @@ std::optional<std::string> OtherUserSystem::Environment(std::string_view name) {
 
 std::string OtherUserSystem::TempFolder() {
   for (const char* name : {"TMP", "TEMP"}) {
-    if (const auto folder = Environment(name)) return WithBackslash(*folder);
+    const auto folder = Environment(name);
+    if (folder && IsAtOrBelow(profile_, *folder)) return WithBackslash(*folder);
   }
   return Environment("LOCALAPPDATA").value_or(profile_) + "\\Temp\\";
 }
 
-std::unique_ptr<Folder> OtherUserFiles::OpenFolder(std::string_view path) {
-  const std::string_view plain = WithoutBackslash(path);
-  if (!IsBelow(profile_, plain) || plain.size() == profile_.size()) return inner_.OpenFolder(path);
-  const std::unique_ptr<Folder> profile = inner_.OpenFolder(profile_);
-  return profile ? profile->OpenFolder(plain.substr(profile_.size() + 1)) : nullptr;
+bool OtherUserSystem::IsProgramRunning(std::string_view name) {
+  return !ProcessesNamed(name, Sessions::kAll).empty();
 }
 
-OtherUserMachine::OtherUserMachine(const std::string& program_folder, const UserProfile& user)
+OtherUserMachine::OtherUserMachine(const std::string& program_folder, const UserProfile& user,
+                                   const std::string& backup_folder)
     : own_(program_folder),
-      hive_(own_.machine().files, user),
-      files_(own_.machine().files, user.profile),
+      files_(own_.machine().files, user, {own_.machine().program_folder, backup_folder}),
+      hive_(files_, user),
       registry_(hive_.root(), hive_.classes(), user.sid),
       system_(own_.machine().system, registry_, user),
       shell_(own_.machine().shell),
+      session_(own_.machine().session),
       url_cache_(kOnlyOwn),
       cleaners_(kOnlyOwn),
       profile_(files_, system_) {}
 
 Machine OtherUserMachine::machine() {
   const Machine own = own_.machine();
-  return {files_,  registry_,   shell_,    url_cache_,        profile_,
-          system_, own.session, cleaners_, own.program_folder};
+  return {files_,  registry_, shell_,    url_cache_,        profile_,
+          system_, session_,  cleaners_, own.program_folder};
 }
 
 std::vector<UserProfile> UsersHere(const Machine& machine) {

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/absent_ports.h"
-#include "platform/forwarding_file_system.h"
 #include "platform/forwarding_system.h"
 #include "platform/user_profiles.h"
+#include "platform/win32/other_user_files.h"
 #include "platform/win32/win32_hive.h"
 #include "platform/win32/win32_machine.h"
 
@@ -18,22 +18,12 @@ class OtherUserSystem : public ForwardingSystem {
 
   std::string TempFolder() override;
   std::optional<std::string> Environment(std::string_view name) override;
+  // In his session or any other.
+  bool IsProgramRunning(std::string_view name) override;
 
  private:
   const std::string profile_;
   UserVariables variables_;
-};
-
-// The files, where links in his profile lead nowhere, for the same reason.
-class OtherUserFiles : public ForwardingFileSystem {
- public:
-  OtherUserFiles(FileSystem& inner, std::string profile)
-      : ForwardingFileSystem(inner), profile_(std::move(profile)) {}
-
-  std::unique_ptr<Folder> OpenFolder(std::string_view path) override;
-
- private:
-  const std::string profile_;
 };
 
 // The shell of one user does nothing for another.
@@ -52,7 +42,8 @@ class OtherUserShell : public Shell {
   }
   void ShowProperties(std::string_view path) override { inner_.ShowProperties(path); }
   void OpenFolderOf(std::string_view path) override { inner_.OpenFolderOf(path); }
-  std::unique_ptr<ShortcutReader> OpenShortcuts() override { return inner_.OpenShortcuts(); }
+  // Windows finds their targets by the folders and rights of who asks.
+  std::unique_ptr<ShortcutReader> OpenShortcuts() override { Refuse(); }
 
  private:
   [[noreturn]] static void Refuse() {
@@ -62,21 +53,45 @@ class OtherUserShell : public Shell {
   Shell& inner_;
 };
 
+// The session of who runs this, whose programs are not the other user's: none is asked to close.
+class OtherUserSession : public Session {
+ public:
+  explicit OtherUserSession(Session& inner) : inner_(inner) {}
+
+  bool ClaimInstance(std::string_view name) override { return inner_.ClaimInstance(name); }
+  void EnablePrivilege(std::string_view name) override { inner_.EnablePrivilege(name); }
+  bool HasAdministratorRights() override { return inner_.HasAdministratorRights(); }
+  std::string UserId() override { return inner_.UserId(); }
+  std::vector<std::string> ProgramsUsing(const std::string& path) override {
+    return inner_.ProgramsUsing(path);
+  }
+  bool RunsPrograms() override { return inner_.RunsPrograms(); }
+  std::unique_ptr<ClosingPrograms> AskToClose(const ProgramUse&) override { return nullptr; }
+  void Exit(uint32_t flags, uint32_t reason) override { inner_.Exit(flags, reason); }
+
+ private:
+  Session& inner_;
+};
+
 // The Windows that the program runs on, as it is for another of its users.
 class OtherUserMachine {
  public:
-  // Throws Error: see UserHive.
-  OtherUserMachine(const std::string& program_folder, const UserProfile& user);
+  // `backup_folder`: where the settings have files backed up. Throws Error: see UserHive.
+  OtherUserMachine(const std::string& program_folder, const UserProfile& user,
+                   const std::string& backup_folder = "");
 
   Machine machine();
+  // See UserHive; the machine is of no use behind it.
+  bool Unload() { return hive_.Unload(); }
 
  private:
   Win32Machine own_;
-  UserHive hive_;
   OtherUserFiles files_;
+  UserHive hive_;
   Win32Registry registry_;
   OtherUserSystem system_;
   OtherUserShell shell_;
+  OtherUserSession session_;
   AbsentUrlCache url_cache_;
   AbsentSystemCleaners cleaners_;
   IniFiles profile_;

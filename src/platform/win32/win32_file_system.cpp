@@ -55,16 +55,20 @@ bool Win32FileSystem::IsGone(std::string_view path) {
   return is_gone;
 }
 
-std::optional<std::string> Win32FileSystem::ReadWholeFile(std::string_view path, uint64_t limit) {
-  std::optional<Win32Folder> folder = OpenFolderAbove(path);
-  const auto info = folder ? folder->Look(NamePart(path)) : std::nullopt;
+std::optional<std::string> ReadWhole(Folder& folder, std::string_view path, uint64_t limit) {
+  const auto info = folder.Look(NamePart(path));
   if (!info) return std::nullopt;
   if (info->is_link || info->is_folder) throw WindowsError(ERROR_ACCESS_DENIED, "read", path);
-  const std::unique_ptr<RandomFile> file = folder->Open(NamePart(path), OpenMode::kRead);
+  const std::unique_ptr<RandomFile> file = folder.Open(NamePart(path), OpenMode::kRead);
   if (file->Size() > limit) throw WindowsError(ERROR_FILE_TOO_LARGE, "read", path);
   std::string bytes(file->Size(), '\0');
   bytes.resize(file->Read(0, bytes));
   return bytes;
+}
+
+std::optional<std::string> Win32FileSystem::ReadWholeFile(std::string_view path, uint64_t limit) {
+  std::optional<Win32Folder> folder = OpenFolderAbove(path);
+  return folder ? ReadWhole(*folder, path, limit) : std::nullopt;
 }
 
 void Win32FileSystem::WriteWholeFile(std::string_view path, std::string_view bytes) {

@@ -28,4 +28,7 @@ class Win32FileSystem : public FileSystem {
   Win32Com& com_;
 };
 
+// FileSystem::ReadWholeFile for a file whose folder is open.
+std::optional<std::string> ReadWhole(Folder& folder, std::string_view path, uint64_t limit);
+
 }  // namespace quellix

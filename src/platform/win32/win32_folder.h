@@ -40,6 +40,9 @@ class Win32Folder : public Folder {
   // Error; the old file then stays and the new one is gone.
   void WriteWhole(std::string_view name, std::string_view bytes);
 
+  // While `held` is open nobody renames, moves or removes the folder, nor one above it.
+  NTSTATUS Hold(UniqueFile& held) const;
+
  private:
   std::string At(std::string_view name) const;  // its path, for messages
   std::wstring NameFor(std::string_view action, std::string_view name) const;

@@ -3,8 +3,11 @@
 #include <windows.h>
 
 #include "platform/error.h"
+#include "platform/path.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
+#include "platform/win32/win32_folder.h"
+#include "platform/win32/win32_path.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
@@ -48,20 +51,42 @@ bool IsLoaded(const std::string& key) {
   return RegOpenKeyExW(HKEY_USERS, Wide(key).c_str(), 0, KEY_READ, open.Put()) == ERROR_SUCCESS;
 }
 
+UniqueHandle TakeTurn(const UserProfile& user) {
+  const std::wstring name = L"Global\\Quellix " + Wide(user.sid);
+  SetLastError(ERROR_SUCCESS);
+  UniqueHandle turn(CreateMutexW(nullptr, FALSE, name.c_str()));
+  if (turn && GetLastError() != ERROR_ALREADY_EXISTS) return turn;
+  throw Error(Error::Kind::kInUse, "Another Quellix works on what is the user " + user.name +
+                                       "'s. Try again when it has ended.");
+}
+
+// The path that is handed over stays that of the file which was looked at, as far as a folder held
+// in its place makes it so.
+LSTATUS Load(Win32Folder& folder, const std::string& key, const std::string& file) {
+  UniqueFile held;
+  const NTSTATUS status = folder.Hold(held);
+  if (status < 0) throw NtError(status, "keep the folder in its place of", file);
+  const std::wstring place = FinalPath(held);
+  const auto info = folder.Look(NamePart(file));
+  if (place.empty() || !info || info->is_link || info->is_folder) {
+    throw Error(Error::Kind::kDenied, "The registry " + file + " is not loaded: it is no file.");
+  }
+  const std::wstring path = place + L"\\" + Wide(NamePart(file));
+  const Privileges privileges;
+  return RegLoadKeyW(HKEY_USERS, Wide(key).c_str(), path.c_str());
+}
+
 }  // namespace
 
 // What a killed run has left loaded is taken as it is, and unloaded at the end.
 std::string UserHive::Find(FileSystem& files, const std::string& in_use, const std::string& file) {
   if (IsLoaded(in_use)) return in_use;
-  const std::optional<FileInfo> info = files.Look(file);
-  if (!info) return {};
-  if (info->is_link || info->is_folder) {
-    throw Error(Error::Kind::kDenied, "The registry " + file + " is not loaded: it is no file.");
-  }
+  const std::unique_ptr<Folder> folder = files.OpenFolder(FolderPart(file));
+  auto* const open = dynamic_cast<Win32Folder*>(folder.get());
+  if (open == nullptr || !open->Look(NamePart(file))) return {};
   std::string key = "Quellix " + in_use;
   if (!IsLoaded(key)) {
-    const Privileges privileges;
-    const LSTATUS status = RegLoadKeyW(HKEY_USERS, Wide(key).c_str(), Wide(file).c_str());
+    const LSTATUS status = Load(*open, key, file);
     if (status != ERROR_SUCCESS)
       throw WindowsError(static_cast<DWORD>(status), "load the registry", file);
   }
@@ -69,7 +94,7 @@ std::string UserHive::Find(FileSystem& files, const std::string& in_use, const s
   return key;
 }
 
-UserHive::UserHive(FileSystem& files, const UserProfile& user) {
+UserHive::UserHive(FileSystem& files, const UserProfile& user) : turn_(TakeTurn(user)) {
   root_ = Find(files, user.sid, user.profile + "\\NTUSER.DAT");
   if (root_.empty()) {
     throw Error(Error::Kind::kMissing,
@@ -82,13 +107,20 @@ UserHive::UserHive(FileSystem& files, const UserProfile& user) {
   }
 }
 
-UserHive::~UserHive() {
-  if (loaded_.empty()) return;
-  try {
-    const Privileges privileges;
-    for (const std::string& key : loaded_) RegUnLoadKeyW(HKEY_USERS, Wide(key).c_str());
-  } catch (const Error&) {
+bool UserHive::Unload() {
+  constexpr int kTries = 20;
+  constexpr DWORD kMilliseconds = 100;
+  for (int tries = 0; !loaded_.empty() && tries < kTries; ++tries) {
+    if (tries > 0) Sleep(kMilliseconds);
+    try {
+      const Privileges privileges;
+      std::erase_if(loaded_, [](const std::string& key) {
+        return RegUnLoadKeyW(HKEY_USERS, Wide(key).c_str()) == ERROR_SUCCESS;
+      });
+    } catch (const Error&) {
+    }
   }
+  return loaded_.empty();
 }
 
 }  // namespace quellix

@@ -4,6 +4,7 @@
 
 #include "platform/file_system.h"
 #include "platform/user_profiles.h"
+#include "platform/win32/unique.h"
 
 namespace quellix {
 
@@ -13,20 +14,24 @@ namespace quellix {
 class UserHive {
  public:
   // Throws Error: the files are missing, or a link, or may not be loaded, as by who is no
-  // administrator.
+  // administrator; kInUse: another process works on this user.
   UserHive(FileSystem& files, const UserProfile& user);
-  // All keys below must be closed by now.
-  ~UserHive();
+  ~UserHive() { Unload(); }
   UserHive(const UserHive&) = delete;
   UserHive& operator=(const UserHive&) = delete;
 
   // Keys below HKEY_USERS: of the user, and of his classes; "" where he has none of his own.
+  // All keys below must be closed by now. Tries for about two seconds; false when something stays
+  // loaded.
+  bool Unload();
+
   const std::string& root() const { return root_; }
   const std::string& classes() const { return classes_; }
 
  private:
   std::string Find(FileSystem& files, const std::string& in_use, const std::string& file);
 
+  UniqueHandle turn_;
   std::string root_, classes_;
   std::vector<std::string> loaded_;
 };

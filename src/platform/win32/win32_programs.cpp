@@ -102,7 +102,7 @@ class Closing : public ClosingPrograms {
 
 }  // namespace
 
-std::vector<DWORD> ProcessesNamed(std::string_view file_name) {
+std::vector<DWORD> ProcessesNamed(std::string_view file_name, Sessions sessions) {
   const std::wstring wide = Wide(file_name);
   DWORD session = 0;
   ProcessIdToSessionId(GetCurrentProcessId(), &session);
@@ -115,7 +115,7 @@ std::vector<DWORD> ProcessesNamed(std::string_view file_name) {
     if (lstrcmpiW(process.szExeFile, wide.c_str()) != 0) continue;
     DWORD its_session = session;  // one that is not told may be this one
     ProcessIdToSessionId(process.th32ProcessID, &its_session);
-    if (its_session == session) ids.push_back(process.th32ProcessID);
+    if (sessions == Sessions::kAll || its_session == session) ids.push_back(process.th32ProcessID);
   }
   return ids;
 }

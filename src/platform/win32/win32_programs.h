@@ -11,8 +11,9 @@
 
 namespace quellix {
 
-// The processes of this session with a file's name, in any case.
-std::vector<DWORD> ProcessesNamed(std::string_view file_name);
+// The processes of this session, or of all, with a file's name, in any case.
+enum class Sessions { kThis, kAll };
+std::vector<DWORD> ProcessesNamed(std::string_view file_name, Sessions sessions = Sessions::kThis);
 
 // Those that have a file open, as the Restart Manager tells; none where it does not. Never throws.
 struct ProcessUsing {

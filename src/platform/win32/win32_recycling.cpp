@@ -101,13 +101,17 @@ void Win32Folder::Recycle(std::string_view name) {
 
 // Whoever is granted its removal or renaming could exchange it, so that must be denied while the
 // shell works. A folder with something open in it cannot be moved with one above it either.
+NTSTATUS Win32Folder::Hold(UniqueFile& held) const {
+  return Try(L"",
+             {.access = FILE_LIST_DIRECTORY,
+              .share = FILE_SHARE_READ | FILE_SHARE_WRITE,
+              .options = FILE_DIRECTORY_FILE},
+             held);
+}
+
 UniqueFile Win32Folder::HoldInPlace(const std::string& shown) const {
   UniqueFile held;
-  const NTSTATUS status = Try(L"",
-                              {.access = FILE_LIST_DIRECTORY,
-                               .share = FILE_SHARE_READ | FILE_SHARE_WRITE,
-                               .options = FILE_DIRECTORY_FILE},
-                              held);
+  const NTSTATUS status = Hold(held);
   RefuseMovedFolder(folder_, FinalPath(folder_), kRecycle, shown);
   if (status >= 0) return held;
   throw CannotRecycle(Error::Kind::kDenied, shown,

@@ -192,7 +192,9 @@ void Win32Folder::Rename(std::string_view from, std::string_view to, IfThere if_
 }
 
 void Win32Folder::MoveTo(std::string_view from, Folder& folder, std::string_view to) {
-  auto& target = static_cast<Win32Folder&>(folder);
+  auto* const open = dynamic_cast<Win32Folder*>(&folder);
+  if (open == nullptr) return Folder::MoveTo(from, folder, to);
+  Win32Folder& target = *open;
   const std::wstring wide_to = target.NameFor("move", to);
   RefuseMovedFolder(folder_, FinalPathHere(), "move", At(from));
   RefuseMovedFolder(target.folder_, target.FinalPathHere(), "move", target.At(to));

@@ -1,4 +1,7 @@
 // What the system removes at its next start.
+#include <vector>
+
+#include "platform/win32/unique.h"
 #include "platform/win32/win32_access.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_folder.h"
@@ -47,9 +50,40 @@ void RequireOnlyAdministrators(std::wstring path) {
   }
 }
 
+// Of pairs of a path and what it becomes, "" for what is removed.
+std::vector<std::wstring> StartList() {
+  constexpr const wchar_t* kKey = L"SYSTEM\\CurrentControlSet\\Control\\Session Manager";
+  constexpr const wchar_t* kValue = L"PendingFileRenameOperations";
+  UniqueKey key;
+  DWORD size = 0;
+  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, KEY_QUERY_VALUE, key.Put()) != ERROR_SUCCESS ||
+      RegQueryValueExW(key.Get(), kValue, nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS) {
+    return {};
+  }
+  std::wstring text(size / sizeof(wchar_t), L'\0');
+  size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+  if (RegQueryValueExW(key.Get(), kValue, nullptr, nullptr, reinterpret_cast<BYTE*>(text.data()),
+                       &size) != ERROR_SUCCESS) {
+    return {};
+  }
+  std::vector<std::wstring> list;
+  for (size_t start = 0, end; (end = text.find(L'\0', start)) != text.npos; start = end + 1)
+    list.push_back(text.substr(start, end - start));
+  return list;
+}
+
+bool IsOnStartList(const std::wstring& path) {
+  const std::vector<std::wstring> list = StartList();
+  for (size_t i = 0; i + 1 < list.size(); i += 2) {
+    if (list[i + 1].empty() && SamePath(list[i], NtPath(path))) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 void PutOnStartList(const std::wstring& path, std::string_view shown) {
+  if (IsOnStartList(path)) return;
   if (!MoveFileExW(path.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT))
     ThrowLastError("leave to the next start of Windows", shown);
 }

@@ -52,16 +52,28 @@ TEST(AccessListTest, OnlyWhatAdministratorsAloneChangeIsSafe) {
   for (const auto& row : kRows) EXPECT_EQ(IsSafe(row.list, row.part), row.is_safe) << row.name;
 }
 
+constexpr const wchar_t* kListKey = L"SYSTEM\\CurrentControlSet\\Control\\Session Manager";
+constexpr const wchar_t* kListValue = L"PendingFileRenameOperations";
+
+// The list is as it was at the end.
 struct StartListTest : ContractFixture {
+  ~StartListTest() override {
+    if (before.empty()) {
+      RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kListKey, kListValue);
+    } else {
+      RegSetKeyValueW(HKEY_LOCAL_MACHINE, kListKey, kListValue, REG_MULTI_SZ, before.data(),
+                      static_cast<DWORD>(before.size() * sizeof(wchar_t)));
+    }
+  }
   static std::wstring List() {
     std::wstring text(65536, L'\0');
     DWORD size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-    const LSTATUS status = RegGetValueW(
-        HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Control\\Session Manager",
-        L"PendingFileRenameOperations", RRF_RT_REG_MULTI_SZ, nullptr, text.data(), &size);
+    const LSTATUS status = RegGetValueW(HKEY_LOCAL_MACHINE, kListKey, kListValue,
+                                        RRF_RT_REG_MULTI_SZ, nullptr, text.data(), &size);
     text.resize(status == ERROR_SUCCESS ? size / sizeof(wchar_t) : 0);
     return text;
   }
+  const std::wstring before = List();
 };
 
 TEST_F(StartListTest, WhatUsersMayChangeIsRefusedAndNotListed) {
@@ -69,7 +81,6 @@ TEST_F(StartListTest, WhatUsersMayChangeIsRefusedAndNotListed) {
   const std::string below = windows + "\\QxStart\\";
   Make("a.log", "1");
   test_->MakeFile(below + "a.log", "1");
-  const std::wstring before = List();
   for (const std::string& folder : {scratch_, below}) {
     EXPECT_EQ(KindOf([&] { files_.OpenFolder(folder)->RemoveAtStart("a.log"); }),
               Error::Kind::kDenied)
@@ -88,6 +99,9 @@ TEST_F(StartListTest, ThePathIsHandedOverToTheSystem) {
   PutOnStartList(L"\\\\?\\" + Wide(At("b.log")), "b.log");
   EXPECT_NE(List().find(L"\\??\\" + Wide(At("b.log"))), std::wstring::npos);
   EXPECT_TRUE(test_->Exists(At("b.log"))) << "it is still there";
+  const std::wstring listed = List();
+  PutOnStartList(L"\\\\?\\" + Wide(At("B.log")), "b.log");
+  EXPECT_EQ(List(), listed) << "once";
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "platform/win32/other_user.h"
 
 #include <cstdlib>
+#include <functional>
 
 #include "app/preview_run.h"
 #include "backup/registry_undo.h"
@@ -85,24 +86,131 @@ TEST_F(OtherUserTest, HisFoldersAndVariablesAreTold) {
 // He must have nothing removed that is another's.
 TEST_F(OtherUserTest, WhatLeadsOutOfHisProfileIsNotFollowed) {
   const std::string usual = user.profile + "\\AppData\\Local\\Temp\\";
-  for (const std::string& out :
-       {scratch + "x", std::string("%USERPROFILE%\\..\\qx3"), std::string("%USERPROFILE%x")}) {
+  for (const std::string& out : {scratch + "x", std::string("%USERPROFILE%\\..\\qx3"),
+                                 std::string("%USERPROFILE%x"), std::string("none")}) {
     StoreHive(out);
     OtherUserMachine other(ports.program_folder, user);
     EXPECT_EQ(other.machine().system.TempFolder(), usual) << out;
-    EXPECT_EQ(other.machine().system.Environment("TEMP"), std::nullopt) << out;
+    EXPECT_EQ(other.machine().system.Environment("TEMP").has_value(), out == "none") << out;
   }
-  const std::string home = scratch + "home", elsewhere = scratch + "elsewhere\\Temp\\";
-  machine->MakeFile(elsewhere + "a.tmp", "1");
-  machine->MakeFile(home + "\\Temp\\b.tmp", "1");
-  machine->MakeFolderLink(home + "\\led", scratch + "elsewhere");
-  OtherUserFiles files(ports.files, home);
-  EXPECT_THROW(files.OpenFolder(home + "\\led\\Temp"), Error);
-  EXPECT_THROW(files.RemoveFile(home + "\\LED\\Temp\\a.tmp"), Error);
-  EXPECT_TRUE(machine->Exists(elsewhere + "a.tmp"));
-  for (const std::string& folder : {home, home + "\\Temp\\", elsewhere})
+}
+
+// What he may name and lay as he likes, and what a run then does.
+TEST_F(OtherUserTest, WhatHeNamesOutsideStaysInEveryRun) {
+  const std::string recent = scratch + "recent\\a.lnk", cached = scratch + "ff\\cache2\\a";
+  for (const std::string& file : {recent, cached, scratch + "ff\\prefs.js"})
+    machine->MakeFile(file, "1");
+  machine->SetText(kUser,
+                   std::string(kSeed) +
+                       "\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
+                   "Recent", scratch + "recent");
+  machine->MakeFile(user.profile + "\\AppData\\Roaming\\Mozilla\\Firefox\\profiles.ini",
+                    "[Profile0]\r\nIsRelative=0\r\nPath=" + scratch + "ff\r\n");
+  StoreHive();
+  const Names before = machine->Tree(scratch);
+  OtherUserMachine other(ports.program_folder, user);
+  Engine run(other.machine(), view);
+  for (const char* key : {"CleanRecentDocs", "CleanMozillaCache"}) {
+    run.RunOneItem(*FindItem(key));
+    const auto& entries = run.state().Entries->all;
+    EXPECT_TRUE(std::ranges::any_of(entries, [](const RunEntry& entry) {
+      return Holds(entry.note, "lies outside the profile of qx2.");
+    })) << key;
+    EXPECT_EQ(machine->Tree(scratch), before) << key;
+  }
+  EXPECT_THROW(other.machine().shell.OpenShortcuts(), Error);
+}
+
+struct OtherUserFilesTest : OtherUserFixture {
+  OtherUserFilesTest() {
+    for (const std::string& file : {elsewhere + "Temp\\a.tmp", home + "\\Temp\\b.tmp",
+                                    home + "\\a..b\\c.tmp", own_folder + "\\log.txt"})
+      machine->MakeFile(file, "1");
+    machine->MakeFolderLink(home + "\\led", scratch + "elsewhere");
+    machine->MakeFolderLink(home + "\\a..b\\led", scratch + "elsewhere");
+  }
+  const std::string home = scratch + "home", elsewhere = scratch + "elsewhere\\",
+                    own_folder = scratch + "deep\\own";
+  OtherUserFiles files{ports.files, {"he", "S-1-5-21-7", home}, {own_folder, scratch, "C:\\"}};
+};
+
+TEST_F(OtherUserFilesTest, NothingOutsideIsChangedByAnyPath) {
+  const std::string in = elsewhere + "Temp";
+  const struct {
+    const char* name;
+    std::function<void()> change;
+  } kRows[] = {
+      {"by a link", [&] { files.RemoveFile(home + "\\LED\\Temp\\a.tmp"); }},
+      {"behind a..b", [&] { files.RemoveFile(home + "\\a..b\\led\\Temp\\a.tmp"); }},
+      {"upwards", [&] { files.RemoveFile(home + "\\..\\elsewhere\\Temp\\a.tmp"); }},
+      {"written by a link", [&] { files.WriteWholeFile(home + "\\led\\Temp\\a.tmp", "2"); }},
+      {"written upwards", [&] { files.WriteWholeFile(home + "\\..\\elsewhere\\x", "2"); }},
+      {"a file", [&] { files.RemoveFile(in + "\\a.tmp"); }},
+      {"a folder", [&] { files.RemoveFolder(in); }},
+      {"its own folder", [&] { files.RemoveFolder(home); }},
+      {"below one", [&] { files.OpenFolder(elsewhere)->OpenFolder("Temp")->RemoveFile("a.tmp"); }},
+      {"below the drive", [&] { files.OpenFolder("C:\\")->CreateFolder("qx none"); }},
+      {"written", [&] { files.WriteWholeFile(in + "\\a.tmp", "2"); }},
+      {"opened", [&] { files.Open(in + "\\a.tmp", OpenMode::kWrite); }},
+      {"made", [&] { files.Open(in + "\\c.tmp", OpenMode::kCreateNew); }},
+      {"a folder made", [&] { files.CreateFolder(in + "\\c"); }},
+      {"renamed", [&] { files.Rename(in + "\\a.tmp", in + "\\c.tmp"); }},
+      {"recycled", [&] { files.Recycle(in + "\\a.tmp"); }},
+      {"removable", [&] { files.OpenFolder(in)->RequireRemovable("a.tmp"); }},
+      {"attributes", [&] { files.SetAttributes(in + "\\a.tmp", kHidden); }},
+      {"moved out",
+       [&] { files.OpenFolder(home + "\\Temp")->MoveTo("b.tmp", *files.OpenFolder(in), "b"); }},
+      {"INI edit", [&] {
+         const IniEntry entry{"a", "b", "c"};
+         IniFiles(files, ports.system).Write(in + "\\a.tmp", std::span(&entry, 1));
+       }}};
+  const Names before = machine->Tree(scratch);
+  for (const auto& row : kRows) {
+    EXPECT_THROW(row.change(), Error) << row.name;
+    EXPECT_EQ(machine->Tree(scratch), before) << row.name;
+    EXPECT_EQ(Read(in + "\\a.tmp"), "1") << row.name;
+    EXPECT_EQ(ports.files.Look(in + "\\a.tmp")->attributes & kHidden, 0u) << row.name;
+  }
+}
+
+TEST_F(OtherUserFilesTest, HisOwnAndTheProgramsOwnAreAsEver) {
+  const std::string in = elsewhere + "Temp\\";
+  for (const std::string& folder : {home, home + "\\Temp\\", home + "\\a..b", in})
     EXPECT_TRUE(files.OpenFolder(folder)) << folder;
-  files.RemoveFile(home + "\\Temp\\b.tmp");
+  EXPECT_EQ(files.ReadWholeFile(in + "a.tmp", 9), "1") << "read";
+  EXPECT_EQ(files.ReadWholeFile(home + "\\a..b\\c.tmp", 9), "1");
+  EXPECT_TRUE(files.Look(home + "\\led")->is_link);
+  for (const std::string& path : {home + "\\led\\Temp", home + "\\led\\Temp\\a.tmp",
+                                  home + "\\..\\elsewhere", std::string("\\\\qx\\share")})
+    EXPECT_FALSE(files.Look(path)) << path;
+  EXPECT_FALSE(files.OpenFolder("\\\\localhost\\c$"));
+  files.WriteWholeFile(home + "\\Temp\\b.tmp", "22");
+  EXPECT_EQ(Read(home + "\\Temp\\b.tmp"), "22");
+  for (const std::string& file : {home + "\\Temp\\b.tmp", home + "\\a..b\\c.tmp"}) {
+    files.RemoveFile(file);
+    EXPECT_FALSE(machine->Exists(file));
+  }
+  files.RemoveFile(own_folder + "\\log.txt");
+  ports.files.RemoveFolder(own_folder);
+  ports.files.RemoveFolder(scratch + "deep");
+  MakeFolders(files, own_folder);
+  files.WriteWholeFile(own_folder + "\\log.txt", "3");
+  EXPECT_EQ(Read(own_folder + "\\log.txt"), "3");
+}
+
+TEST_F(OtherUserTest, OneRunAtATimeThatAsksNobodyToClose) {
+  StoreHive();
+  OtherUserMachine other(ports.program_folder, user);
+  EXPECT_THROW(OtherUserMachine(ports.program_folder, user), Error);
+  const Machine his = other.machine();
+  EXPECT_TRUE(his.system.IsProgramRunning("engine_tests.exe"));
+  EXPECT_FALSE(his.session.AskToClose({.file_name = "explorer.exe"}));
+  auto key = std::make_unique<UniqueKey>();
+  RegOpenKeyExW(HKEY_USERS, Wide("Quellix " + user.sid).c_str(), 0, KEY_READ, key->Put());
+  EXPECT_FALSE(other.Unload()) << "a key is open";
+  key.reset();
+  EXPECT_TRUE(other.Unload());
+  EXPECT_FALSE(IsLoaded());
 }
 
 TEST_F(OtherUserTest, UsersAreThoseWithAProfileAndWithoutARegistryNothingIsOpened) {
