@@ -83,9 +83,23 @@ std::string TargetFolder(const std::string& to, ConsoleCommands& commands) {
     const std::u8string text = folder.u8string();
     return std::string(text.begin(), text.end());
   }
-  std::filesystem::create_directories(folder);
-  commands.machine_options().drives.push_back("Z:=" + folder.string());
+  commands.machine_options().own_folder = folder.string();
   return "Z:\\";
+}
+
+// Whether a folder of the console's own system is none of the machine's.
+bool IsElsewhere(const std::string& folder, ConsoleCommands& commands) {
+  const ConsolePlatform& platform = commands.platform();
+  return !platform.works_on_volumes || !platform.is_on_machine(commands.machine_options(), folder);
+}
+
+bool AreBackupsElsewhere(ConsoleCommands& commands) {
+  if (!commands.platform().works_on_volumes) return true;
+  MachineOptions options = commands.machine_options();
+  options.use = MachineUse::kLook;
+  const std::unique_ptr<OpenMachine> open = commands.platform().open(options);
+  const Machine machine = open->machine();
+  return Backups(machine).folder().starts_with(machine.program_folder) && IsElsewhere("", commands);
 }
 
 int ListArchives(const Machine& machine, Report& report) {
@@ -220,7 +234,10 @@ void AddBackupCommands(ConsoleCommands& commands) {
       ->type_name("DIR");
   restore.add_option("--overwrite", options->overwrite, "What happens to files that are there")
       ->check(CLI::IsMember({"Always", "Newer", "Never", "Ask"}, CLI::ignore_case));
-  commands.Changes(restore, [options] { return options->is_own_folder; });
+  commands.Changes(restore, [options, &commands] {
+    return options->is_own_folder && IsElsewhere(commands.machine_options().own_folder, commands);
+  });
+  commands.Changes(repair, [&commands] { return AreBackupsElsewhere(commands); });
   restore.callback([options, &commands] {
     options->is_own_folder = !options->to.empty() && !IsWindowsPath(options->to);
     if (options->is_own_folder) options->to = TargetFolder(options->to, commands);

@@ -45,29 +45,33 @@ MachineUse ConsoleCommands::UseOf(const CLI::App& command) const {
 }
 
 int ConsoleCommands::RunOnMachine(const CLI::App& command, const Action& action) {
-  machine_options_.use = UseOf(command);
   const std::vector<RunTarget> targets = TargetsOf(choice_, platform_, machine_options_);
   if (targets.empty()) return Fail("--volume is required.", kWrongUsage);
-  if (targets.size() == 1) return RunOn(targets[0], action);
+  if (targets.size() == 1) return RunOn(command, targets[0], action);
   const bool is_one_volume = std::ranges::all_of(
       targets, [&](const RunTarget& target) { return target.volume == targets[0].volume; });
-  if (!changing_.contains(&command) || command.get_name() == "restore")
+  const bool is_of_backups = command.get_name() == "restore" || command.get_name() == "repair";
+  if (!changing_.contains(&command) || is_of_backups)
     return Fail("this command works on one volume and one user at a time.", kWrongUsage);
   if (!is_one_volume && !machine_options_.drives.empty())
     return Fail("--drive belongs to one volume.", kWrongUsage);
   return RunOnAll(targets, choice_, platform_, report_options_,
-                  [&](const RunTarget& target) { return RunOn(target, action); });
+                  [&](const RunTarget& target) { return RunOn(command, target, action); });
 }
 
-int ConsoleCommands::RunOn(const RunTarget& target, const Action& action) {
+int ConsoleCommands::RunOn(const CLI::App& command, const RunTarget& target, const Action& action) {
   if (!target.problem.empty()) throw Error(Error::Kind::kOther, target.problem);
   machine_options_.volume = target.volume;
   machine_options_.user = target.user;
   if (!target.settings.empty()) machine_options_.settings = target.settings;
+  machine_options_.use = UseOf(command);
   const std::unique_ptr<OpenMachine> open = platform_.open(machine_options_);
   if (machine_options_.use == MachineUse::kPreview) {
     for (const std::string& hindrance : open->Hindrances())
       std::cerr << "A run would be refused: " << hindrance << std::endl;
+  }
+  if (machine_options_.use != MachineUse::kLook) {
+    for (const std::string& unknown : open->Unknowns()) std::cerr << unknown << std::endl;
   }
   const int code = action(open->machine());
   return open->Store() ? code : kFailed;

@@ -35,8 +35,8 @@ class ConsoleCommands {
   CLI::App& AddPlain(const char* name, const char* what, std::function<int()> action);
 
   // A command that changes what is on the machine: unless it is called "preview", its --preview is
-  // given or its --delete is not, or `is_elsewhere` tells that it changes something else. Only such
-  // a one may be given several volumes or users.
+  // given or its --delete is not, or `is_elsewhere`, asked when the machine is known, tells that it
+  // changes something else. Only such a one may be given several volumes or users.
   void Changes(CLI::App& command, std::function<bool()> is_elsewhere = {});
 
   // Lets a command tell its results to other programs as well.
@@ -62,7 +62,7 @@ class ConsoleCommands {
   void AddMachineOptions(CLI::App& command);
   MachineUse UseOf(const CLI::App& command) const;
   int RunOnMachine(const CLI::App& command, const Action& action);
-  int RunOn(const RunTarget& target, const Action& action);
+  int RunOn(const CLI::App& command, const RunTarget& target, const Action& action);
 
   CLI::App& app_;
   const ConsolePlatform& platform_;

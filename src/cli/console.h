@@ -26,6 +26,7 @@ struct MachineOptions {
   std::vector<std::string> drives;  // "D:=DIR"
   std::string user;                 // "" for the only one
   std::string settings;             // folder of Settings.ini, "" for the usual place
+  std::string own_folder;           // becomes drive Z: and is made when it is missing; "" for none
   bool keep_hives = false;          // leave the originals of changed registry hives beside them
   MachineUse use = MachineUse::kLook;
 };
@@ -39,6 +40,8 @@ class OpenMachine {
   virtual bool Store() { return true; }
   // Why a change would be refused: a sentence each. For whoever previews one.
   virtual std::vector<std::string> Hindrances() { return {}; }
+  // What could not be found out before a change, and hinders none: a sentence each.
+  virtual std::vector<std::string> Unknowns() { return {}; }
 };
 
 // What differs between a console on Windows and one on another system.
@@ -53,6 +56,9 @@ struct ConsolePlatform {
   std::function<std::vector<std::string>()> mounted_places = {};
   // There, too: a text that is the same for all spellings of a place.
   std::function<std::string(const std::string& place)> identity = {};
+  // And whether a folder of the console's own system, "" for that of the settings, is or would be
+  // on a disk of the machine.
+  std::function<bool(const MachineOptions&, const std::string& folder)> is_on_machine = {};
   // The names of the persons with a profile on a machine, no two alike. Throws Error.
   std::function<std::vector<std::string>(const MachineOptions&)> users = {};
   // Does jobs, so many at a time where it works on volumes, else one after another.

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include <filesystem>
 #include <iostream>
 
 #include "cli/console.h"
@@ -39,16 +40,20 @@ std::map<char, std::string> ParseDrives(const std::vector<std::string>& drives) 
   return folders;
 }
 
+std::vector<std::string> FoldersOf(const quellix::MachineOptions& options) {
+  std::vector<std::string> folders = {options.volume};
+  for (const auto& [letter, folder] : ParseDrives(options.drives)) folders.push_back(folder);
+  return folders;
+}
+
 // A run that changes something is alone on its drives, and refused before it has touched anything
 // where they should not be changed now.
 quellix::FolderLocks Claim(const quellix::MachineOptions& options) {
   if (options.use != quellix::MachineUse::kChange) return {};
   const std::map<char, std::string> drives = ParseDrives(options.drives);
-  std::vector<std::string> folders = {options.volume};
-  for (const auto& [letter, folder] : drives) folders.push_back(folder);
-  quellix::FolderLocks locks(folders);
+  quellix::FolderLocks locks(FoldersOf(options));
   std::string refusal;
-  for (const std::string& hindrance : quellix::HindrancesOf(options.volume, drives))
+  for (const std::string& hindrance : quellix::HindrancesOf(options.volume, drives, options.user))
     refusal += "\n  " + hindrance;
   if (refusal.empty()) return locks;
   throw quellix::Error(quellix::Error::Kind::kDenied,
@@ -70,10 +75,24 @@ std::vector<std::string> UserNames(const quellix::MachineOptions& options) {
   return names;
 }
 
+// What is made for it on the volume is made by who has claimed it.
+quellix::VolumeOptions WithOwnFolder(const quellix::MachineOptions& options) {
+  quellix::VolumeOptions all = VolumeOptionsOf(options);
+  if (options.own_folder.empty()) return all;
+  std::filesystem::create_directories(options.own_folder);
+  all.drives['Z'] = options.own_folder;
+  return all;
+}
+
+bool IsOnMachine(const quellix::MachineOptions& options, const std::string& folder) {
+  return quellix::IsOnDiskOf(folder.empty() ? VolumeOptionsOf(options).settings : folder,
+                             FoldersOf(options));
+}
+
 class MountedMachine : public quellix::OpenMachine {
  public:
   explicit MountedMachine(const quellix::MachineOptions& options)
-      : options_(options), locks_(Claim(options)), mounted_(VolumeOptionsOf(options)) {}
+      : options_(options), locks_(Claim(options)), mounted_(WithOwnFolder(options)) {}
   // What nobody stored is not lost without a word.
   ~MountedMachine() override { MountedMachine::Store(); }
   bool Store() override {
@@ -87,8 +106,9 @@ class MountedMachine : public quellix::OpenMachine {
   }
   quellix::Machine machine() override { return mounted_.machine(); }
   std::vector<std::string> Hindrances() override {
-    return quellix::HindrancesOf(options_.volume, ParseDrives(options_.drives));
+    return quellix::HindrancesOf(options_.volume, ParseDrives(options_.drives), options_.user);
   }
+  std::vector<std::string> Unknowns() override { return quellix::UnknownsOf(FoldersOf(options_)); }
 
  private:
   const quellix::MachineOptions options_;
@@ -110,6 +130,7 @@ int main(int argc, char** argv) {
                               .survey = quellix::SurveyVolume,
                               .mounted_places = quellix::MountedPlaces,
                               .identity = quellix::IdentityOf,
+                              .is_on_machine = IsOnMachine,
                               .users = UserNames,
                               .run_processes = quellix::RunProcesses});
 }

@@ -3,6 +3,7 @@
 
 #include "cli/commands.h"
 #include "cli/console_run.h"
+#include "platform/error.h"
 
 namespace quellix {
 namespace {
@@ -18,6 +19,19 @@ void Print(std::ostream& out, const SurveyedVolume& volume) {
   }
 }
 
+// A place that cannot be looked at does not hide the others.
+SurveyedVolume Survey(const std::string& place, const ConsolePlatform& platform, int& code) {
+  try {
+    return platform.survey(place);
+  } catch (const Error& error) {
+    code = kFailed;
+    SurveyedVolume volume;
+    volume.place = place;
+    volume.Add(SurveyedVolume::kHindrance, "", error.what());
+    return volume;
+  }
+}
+
 struct Row {
   const SurveyedVolume* volume;
   const Fact* fact;
@@ -28,9 +42,10 @@ int ListVolumes(std::vector<std::string> places, const ConsolePlatform& platform
   Report report(options);
   const bool are_named = !places.empty();
   if (!are_named) places = platform.mounted_places();
+  int code = kDone;
   std::vector<SurveyedVolume> volumes;
   for (const std::string& place : places) {
-    SurveyedVolume volume = platform.survey(place);
+    SurveyedVolume volume = Survey(place, platform, code);
     if (are_named || volume.has_windows) volumes.push_back(std::move(volume));
   }
   std::vector<Row> rows;
@@ -50,7 +65,7 @@ int ListVolumes(std::vector<std::string> places, const ConsolePlatform& platform
                         .count = rows.size(),
                         .row = row,
                         .summary = {{"windows", found}}},
-                       found == 0 ? kFailed : kDone);
+                       found == 0 ? kFailed : code);
 }
 
 }  // namespace

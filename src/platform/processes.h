@@ -12,7 +12,7 @@ struct ProcessJob {
 };
 
 struct ProcessResult {
-  int code = -1;               // -1: it was killed, or not begun because of Ctrl-C
+  int code = -1;               // -1: it was killed, could not be begun, or was not for Ctrl-C
   std::string output, errors;  // what it wrote on standard output and error
 };
 

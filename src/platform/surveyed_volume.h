@@ -11,7 +11,7 @@ struct SurveyedVolume {
   // What the facts are about; each may be told several times.
   static constexpr const char *kWindows = "windows", *kProduct = "product", *kVersion = "version",
                               *kInstalled = "installed", *kUser = "user", *kDrive = "drive",
-                              *kHindrance = "hindrance";
+                              *kHindrance = "hindrance", *kUnknown = "unknown";
   struct Fact {
     std::string kind;
     std::string name;   // whose: a user's, a drive's letter; "" else

@@ -32,9 +32,13 @@ struct VolumeSurvey : ConsoleTest {
     const auto before = PictureOf(Root());
     for (const char* command :
          {"clean --item CleanTempFiles", "search empty --delete", "registry app-paths --delete",
-          "plugins process qx", "browsers clean Firefox", "backup restore C_1.zip"}) {
+          "plugins process qx", "browsers clean Firefox", "backup restore C_1.zip",
+          "backup repair C_1.zip"}) {
       Expect(With(Words(command), drive), 1, {told});
     }
+    const Names restore = {"backup", "restore", "C_1.zip", "--to"};
+    Expect(With(With(restore, {Root() + "/Scratch/new/one"}), drive), 1, {told});
+    Expect(With(With(restore, {"/proc/none"}), drive), 1, {"/proc/none"});
     const bool is_locked = told.find("Another run") != told.npos;
     for (const char* command : {"clean --item CleanTempFiles --preview", "search empty"}) {
       const ProgramResult looked = Run(With(Words(command), drive));
@@ -87,45 +91,53 @@ TEST_F(VolumeSurvey, WhatStandsInTheWayIsToldAndNothingIsChanged) {
   StoreMachine(*machine);
   const std::string user_hive = Root() + "/Users/" + kTesterName + "/NTUSER.DAT";
   const std::string image = Root() + "/Scratch/image";
-  const std::string sector(512, '\0');
+  const std::string sector(512, '\0'), sleep = Root() + "/hiberfil.sys";
   const std::tuple<const char*, std::function<void()>, std::vector<std::string>, int, const char*>
-      kRows[] = {{"no Windows", [] {}, {Root() + "/Scratch"}, 1, "System32\\config\\SOFTWARE"},
-                 {"no such place", [] {}, {Root() + "/none"}, 1, "no such file or folder"},
-                 {"hibernated",
-                  [&] { WriteNative(Root() + "/hiberfil.sys", "HIBR" + sector); },
-                  {Root()},
-                  0,
-                  "hibernated, or was shut down with fast start-up"},
-                 {"resumed",
-                  [&] { WriteNative(Root() + "/hiberfil.sys", "wake" + sector); },
-                  {Root()},
-                  0,
-                  ""},
-                 {"a dirty hive",
-                  [&] { SetHiveDirty(user_hive, true); },
-                  {Root()},
-                  0,
-                  "NTUSER.DAT  Windows was not shut down cleanly"},
-                 {"BitLocker",
-                  [&] { WriteNative(image, "\xEB\x58\x90-FVE-FS-" + sector); },
-                  {image},
-                  1,
-                  "encrypted with BitLocker"},
-                 {"an NTFS",
-                  [&] { WriteNative(image, "\xEB\x52\x90NTFS    " + sector); },
-                  {image},
-                  1,
-                  "mount -t ntfs-3g -o loop,ro"},
-                 {"a disk",
-                  [&] { WriteNative(image, std::string(510, '\0') + "\x55\xAA"); },
-                  {image},
-                  1,
-                  "losetup"},
-                 {"something else",
-                  [&] { WriteNative(image, "text"); },
-                  {image},
-                  1,
-                  "no disk that is known"}};
+      kRows[] = {
+          {"no Windows", [] {}, {Root() + "/Scratch"}, 1, "System32\\config\\SOFTWARE"},
+          {"no such place", [] {}, {Root() + "/none"}, 1, "no such file or folder"},
+          {"hibernated",
+           [&] { WriteNative(Root() + "/hiberfil.sys", "HIBR" + sector); },
+           {Root()},
+           0,
+           "hibernated, or was shut down with fast start-up"},
+          {"resumed",
+           [&] { WriteNative(Root() + "/hiberfil.sys", "wake" + sector); },
+           {Root()},
+           0,
+           ""},
+          {"a folder", [&] { fs::remove(sleep), fs::create_directory(sleep); }, {Root()}, 0, ""},
+          {"a link",
+           [&] { fs::remove(sleep), fs::create_symlink("none", sleep); },
+           {Root()},
+           0,
+           ""},
+          {"a place that is not there", [] {}, {Root() + "/none", Root()}, 1, "C:\\Windows"},
+          {"a dirty hive",
+           [&] { SetHiveDirty(user_hive, true); },
+           {Root()},
+           0,
+           "NTUSER.DAT  Windows was not shut down cleanly"},
+          {"BitLocker",
+           [&] { WriteNative(image, "\xEB\x58\x90-FVE-FS-" + sector); },
+           {image},
+           1,
+           "encrypted with BitLocker"},
+          {"an NTFS",
+           [&] { WriteNative(image, "\xEB\x52\x90NTFS    " + sector); },
+           {image},
+           1,
+           "mount -t ntfs-3g -o loop,ro"},
+          {"a disk",
+           [&] { WriteNative(image, std::string(510, '\0') + "\x55\xAA"); },
+           {image},
+           1,
+           "losetup"},
+          {"something else",
+           [&] { WriteNative(image, "text"); },
+           {image},
+           1,
+           "no disk that is known"}};
   for (const auto& [row, prepare, places, exit_code, told] : kRows) {
     SCOPED_TRACE(row);
     prepare();

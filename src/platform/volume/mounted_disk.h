@@ -4,7 +4,6 @@
 
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace quellix {
@@ -21,9 +20,23 @@ std::vector<MountedDisk> MountedDisks();
 std::optional<MountedDisk> DiskUnder(const std::string& folder);
 
 // A file of this system, as its table of locks knows it.
-using LockedFile = std::pair<dev_t, ino_t>;
+struct LockedFile {
+  dev_t disk;
+  ino_t number;
+  bool is_whole_disk = false;  // the system itself takes locks of the kind FLOCK on such a one
+};
 
-// The file or device itself, and the image behind a loop device; those that are there.
+// A device that one of this system is made of: the disk of a partition, what a device mapper maps.
+struct DeviceBelow {
+  std::string file;  // "/dev/sda"
+  bool is_whole_disk = false;
+};
+
+// Those of a block device, of those again and so on, as the system shows them in its folder `sys`.
+std::vector<DeviceBelow> DevicesBelow(dev_t device, const std::string& sys);
+
+// The file or device itself, what it is made of, and the images behind loop devices; those that are
+// there.
 std::vector<LockedFile> FilesBehind(const std::string& file_or_device);
 
 // Whether a program other than this one and a driver of NTFS holds a lock on one of some files.

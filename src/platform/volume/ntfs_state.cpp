@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <string_view>
 
@@ -59,7 +60,8 @@ bool IsDirty(std::string_view record) {
 DiskState LookAtDisk(const std::string& file) {
   using Kind = DiskState::Kind;
   const UniqueFd fd(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  const std::string boot = fd ? ReadAt(fd.get(), 0, kSector) : "";
+  if (!fd) return {.is_hidden = errno == EACCES || errno == EPERM};
+  const std::string boot = ReadAt(fd.get(), 0, kSector);
   if (boot.size() < kSector) return {};
   const std::string_view maker = std::string_view(boot).substr(3, 8);
   if (maker == "-FVE-FS-") return {Kind::kBitLocker, false};

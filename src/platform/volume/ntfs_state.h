@@ -8,7 +8,8 @@ namespace quellix {
 struct DiskState {
   enum class Kind { kUnknown, kNtfs, kBitLocker, kPartitioned };
   Kind kind = Kind::kUnknown;
-  bool is_dirty = false;  // an NTFS that Windows wants to check at its next start
+  bool is_dirty = false;   // an NTFS that Windows wants to check at its next start
+  bool is_hidden = false;  // it is there and may not be read, so that nothing is known of it
 };
 
 // Of a device or an image file; kUnknown where it cannot be read. Nothing is written.

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <iostream>
 #include <map>
@@ -21,9 +22,40 @@ namespace {
 
 constexpr const char* kWhat = "a process for a run";
 
-volatile std::sig_atomic_t interrupted = 0;
+// Ctrl-C and the end of a process as what is asked for, while this lives: nothing comes between a
+// look and the wait.
+class AwaitedSignals {
+ public:
+  AwaitedSignals() {
+    sigemptyset(&awaited_);
+    for (const int signal : {SIGINT, SIGCHLD}) sigaddset(&awaited_, signal);
+    std::signal(SIGCHLD, SIG_DFL);
+    sigprocmask(SIG_BLOCK, &awaited_, &before_);
+  }
+  // What was sent twice does not end this process now.
+  ~AwaitedSignals() {
+    while (TakeInterrupt()) {
+    }
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+  }
+  AwaitedSignals(const AwaitedSignals&) = delete;
+  AwaitedSignals& operator=(const AwaitedSignals&) = delete;
 
-void OnInterrupt(int) { interrupted = 1; }
+  int Await() const { return sigwaitinfo(&awaited_, nullptr); }
+  // Whether SIGINT waits to be taken, which it then is.
+  static bool TakeInterrupt() {
+    sigset_t one;
+    sigemptyset(&one);
+    sigaddset(&one, SIGINT);
+    const timespec now = {};
+    return sigtimedwait(&one, nullptr, &now) == SIGINT;
+  }
+  // As they were, for a process that was begun meanwhile.
+  void Restore() const { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t awaited_, before_;
+};
 
 struct Running {
   size_t job;
@@ -36,9 +68,14 @@ UniqueFd Memory(const char* name) {
   return fd;
 }
 
-[[noreturn]] void BecomeJob(const ProcessJob& job, const Running& running, pid_t parent) {
+[[noreturn]] void BecomeJob(const ProcessJob& job, const Running& running, pid_t parent,
+                            const AwaitedSignals& signals) {
+  // What is sent to this process is passed on: by the terminal too it would come twice, and the
+  // second one ends a run at once.
+  setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGINT);
   std::signal(SIGINT, SIG_DFL);
+  signals.Restore();
   if (getppid() != parent) _exit(1);
   const UniqueFd nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
   dup2(nothing.get(), STDIN_FILENO);
@@ -59,34 +96,37 @@ class Processes {
   bool has_any() const { return !running_.empty(); }
   const std::vector<size_t>& waiting() const { return waiting_; }
 
-  // The first one that may run beside those that do.
-  bool StartNext(size_t at_once) {
-    const auto next = std::ranges::find_if(waiting_, [this](size_t job) { return MayRun(job); });
+  // The first one that may run beside those that do. False when there is none; throws Error when it
+  // cannot be begun, and takes it for one that waits no more.
+  bool StartNext(size_t at_once, size_t& job) {
+    const auto next = std::ranges::find_if(waiting_, [this](size_t one) { return MayRun(one); });
     if (running_.size() >= at_once || next == waiting_.end()) return false;
-    Running running{*next, Memory("output"), Memory("errors")};
+    job = *next;
     waiting_.erase(next);
+    Running running{job, Memory("output"), Memory("errors")};
     std::cout << std::flush;
     const pid_t parent = getpid(), pid = fork();
     if (pid < 0) ThrowErrno(errno, kWhat);
-    if (pid == 0) BecomeJob(jobs_[running.job], running, parent);
+    if (pid == 0) BecomeJob(jobs_[job], running, parent, signals_);
     running_.emplace(pid, std::move(running));
     return true;
   }
 
   std::pair<size_t, ProcessResult> AwaitOne() {
     int status = 0;
-    pid_t pid = -1;
-    do {
-      pid = waitpid(-1, &status, 0);
-    } while (pid < 0 ? errno == EINTR : !running_.contains(pid));
-    if (pid < 0) ThrowErrno(errno, kWhat);
-    const Running& running = running_.at(pid);
-    std::pair<size_t, ProcessResult> ended = {running.job,
-                                              {WIFEXITED(status) ? WEXITSTATUS(status) : -1,
-                                               ReadAll(running.output.get(), UINT32_MAX, kWhat),
-                                               ReadAll(running.errors.get(), UINT32_MAX, kWhat)}};
+    pid_t pid = 0;
+    while ((pid = Ended(status)) == 0) {
+      if (signals_.Await() == SIGINT) PassOnInterrupt();
+    }
+    const Running running = std::move(running_.at(pid));
     running_.erase(pid);
-    return ended;
+    return {running.job, ResultOf(running, status)};
+  }
+
+  // None begins any more.
+  bool is_interrupted() {
+    if (AwaitedSignals::TakeInterrupt()) PassOnInterrupt();
+    return is_interrupted_;
   }
 
  private:
@@ -96,7 +136,39 @@ class Processes {
     });
   }
 
+  // 0 when none has.
+  pid_t Ended(int& status) const {
+    for (const auto& [pid, running] : running_) {
+      if (waitpid(pid, &status, WNOHANG) == pid) return pid;
+    }
+    return 0;
+  }
+
+  // What cannot be read fails that job alone.
+  static ProcessResult ResultOf(const Running& running, int status) {
+    try {
+      return {WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+              ReadAll(running.output.get(), UINT32_MAX, kWhat),
+              ReadAll(running.errors.get(), UINT32_MAX, kWhat)};
+    } catch (const std::exception& error) {
+      return {-1, "", std::string(error.what()) + "\n"};
+    }
+  }
+
+  // Who stops a program may send the same to it and to its group.
+  void PassOnInterrupt() {
+    constexpr std::chrono::seconds kAtOnce(1);
+    const auto now = std::chrono::steady_clock::now();
+    if (is_interrupted_ && now - interrupted_at_ < kAtOnce) return;
+    is_interrupted_ = true;
+    interrupted_at_ = now;
+    for (const auto& [pid, running] : running_) kill(pid, SIGINT);
+  }
+
   const std::vector<ProcessJob>& jobs_;
+  const AwaitedSignals signals_;
+  bool is_interrupted_ = false;
+  std::chrono::steady_clock::time_point interrupted_at_;
   std::vector<size_t> waiting_;
   std::map<pid_t, Running> running_;
 };
@@ -105,18 +177,24 @@ class Processes {
 
 void RunProcesses(const std::vector<ProcessJob>& jobs, size_t at_once,
                   const std::function<void(size_t, const ProcessResult&)>& ended) {
-  interrupted = 0;
-  const auto before = std::signal(SIGINT, OnInterrupt);
   Processes processes(jobs);
+  const auto start = [&] {
+    size_t job = 0;
+    try {
+      return processes.StartNext(at_once, job);
+    } catch (const std::exception& error) {
+      ended(job, {-1, "", std::string(error.what()) + "\n"});
+      return true;
+    }
+  };
   do {
-    while (interrupted == 0 && processes.StartNext(at_once)) {
+    while (!processes.is_interrupted() && start()) {
     }
     if (!processes.has_any()) break;
     const auto [job, result] = processes.AwaitOne();
     ended(job, result);
   } while (true);
   for (const size_t job : processes.waiting()) ended(job, {});
-  std::signal(SIGINT, before);
 }
 
 }  // namespace quellix

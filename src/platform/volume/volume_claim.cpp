@@ -6,7 +6,11 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <iterator>
 #include <set>
 
 #include "platform/text.h"
@@ -26,13 +30,24 @@ constexpr const char
     *kMountedReadOnly = "It is mounted read-only. Mount it for writing: mount -o remount,rw ",
     *kNoRight = "You have no right to write to it. Mount it for yourself, or do this as root.",
     *kDirty = "Its NTFS is marked as not closed properly. Let Windows check it: chkdsk /f",
+    *kForced =
+        " It is mounted by force, so that this may be the mark of a driver at work: unmount it, "
+        "and mount it without force, which succeeds where Windows asks for no check.",
     *kInUse =
         "Another program, such as a running virtual machine, holds a lock on it. Shut that "
-        "down first.";
+        "down first.",
+    *kHibernationUnknown = "Whether this Windows is hibernated cannot be told. ",
+    *kUseUnknown = "Whether another program works on it cannot be told. ",
+    *kHidden = "It cannot be read without more rights.",
+    *kDirtUnknown =
+        "The disk could not be looked at without more rights: whether Windows asks for a check of "
+        "it is not known.";
 
 // A Windows that sleeps has written what it goes on with there; what it holds of the disk would not
 // fit any more.
 bool IsHibernated(VolumeFileSystem& files) {
+  const auto info = files.Look("C:\\hiberfil.sys", Detail::kKind);
+  if (!info || info->is_folder || info->is_link) return false;
   const UniqueFd fd = files.OpenForRead("C:\\hiberfil.sys");
   char mark[4] = {};
   if (!fd || pread(fd.get(), mark, sizeof mark, 0) != sizeof mark) return false;
@@ -46,9 +61,13 @@ bool IsReadOnly(const std::string& folder) {
 
 // The kernel's own driver marks the disk as soon as something is written, and lets nobody write to
 // one that was marked before unless it is forced.
-bool IsDirty(const MountedDisk& disk) {
+DiskState StateOf(const MountedDisk& disk) {
   const bool is_own_mark = disk.type == "ntfs3" && !disk.is_forced;
-  return !is_own_mark && LookAtDisk(disk.device).is_dirty;
+  return is_own_mark ? DiskState{} : LookAtDisk(disk.device);
+}
+
+bool MayBeNtfs(const MountedDisk& disk) {
+  return disk.type.starts_with("ntfs") || disk.type.starts_with("fuse") || disk.type == "ufsd";
 }
 
 // By whoever runs a machine on the disk, or has its folders shared.
@@ -60,12 +79,13 @@ bool IsInUse(VolumeFileSystem& files, const std::string& windows_folder,
     if (windows_folder.empty()) break;
     const UniqueFd fd = files.OpenForRead(MachineHive("C:\\" + windows_folder, hive));
     struct stat status;
-    if (fd && fstat(fd.get(), &status) == 0) locked.emplace_back(status.st_dev, status.st_ino);
+    if (fd && fstat(fd.get(), &status) == 0) locked.push_back({status.st_dev, status.st_ino});
   }
   return AreLocked(locked);
 }
 
 std::string HowToMount(const std::string& place, bool is_file, DiskState state) {
+  if (state.is_hidden) return kHidden;
   const std::string loop = is_file ? "loop," : "";
   switch (state.kind) {
     case DiskState::Kind::kBitLocker:
@@ -84,36 +104,98 @@ std::string HowToMount(const std::string& place, bool is_file, DiskState state) 
   return "It is no folder, and no disk that is known here.";
 }
 
-}  // namespace
+bool MayWrite(VolumeFileSystem& files, const std::string& folder) {
+  try {
+    return faccessat(files.OpenFolderOf(folder + "\\NTUSER.DAT")->fd(), ".", W_OK, AT_EACCESS) == 0;
+  } catch (const Error&) {
+    return false;
+  }
+}
 
-std::vector<std::string> HindrancesOf(const std::string& folder,
-                                      const std::string& windows_folder) {
+// To the drive with Windows, or to the profile of someone whose traces are cleaned.
+bool MayWrite(const std::string& volume, const FoundWindows& windows,
+              std::map<char, std::string> drives, const std::string& user) {
+  if (faccessat(AT_FDCWD, volume.c_str(), W_OK, AT_EACCESS) == 0) return true;
+  drives[windows.letter] = volume;
+  VolumeFileSystem files(drives);
+  const std::string folder = std::string(1, windows.letter) + ":\\" + windows.folder_name;
+  VolumeRegistry registry(files, FindHives(files, folder, {}));
+  std::vector<VolumeUser> users = FindUsers(files, registry, folder);
+  if (!user.empty()) {
+    std::ranges::move(FindOtherProfiles(files, registry, folder), std::back_inserter(users));
+    std::erase_if(users, [&](const VolumeUser& one) { return !EqualsNoCase(one.name, user); });
+  }
+  return std::ranges::any_of(
+      users, [&files](const VolumeUser& one) { return MayWrite(files, one.profile); });
+}
+
+// What `look` finds, or else that it could not look.
+bool Finds(const std::function<bool()>& look, const char* unknown,
+           std::vector<std::string>& hindrances) {
+  try {
+    return look();
+  } catch (const Error& error) {
+    hindrances.push_back(std::string(unknown) + error.what());
+    return false;
+  }
+}
+
+// Of one drive; `windows_folder` is the name of the one there with Windows, or "".
+std::vector<std::string> HindrancesOn(const std::string& folder, const std::string& windows_folder,
+                                      const std::function<bool()>& may_write) {
   std::vector<std::string> hindrances;
   VolumeFileSystem files({{'C', folder}});
   const std::optional<MountedDisk> disk = DiskUnder(folder);
-  const bool is_hibernated = IsHibernated(files);
+  const bool is_hibernated =
+      Finds([&] { return IsHibernated(files); }, kHibernationUnknown, hindrances);
   if (is_hibernated) hindrances.emplace_back(kHibernated);
-  if (!windows_folder.empty()) {
-    if (IsReadOnly(folder)) {
-      hindrances.push_back(is_hibernated ? kFellBack : kMountedReadOnly + folder);
-    } else if (access(folder.c_str(), W_OK) != 0) {
-      hindrances.emplace_back(kNoRight);
-    }
+  if (!windows_folder.empty() && IsReadOnly(folder)) {
+    hindrances.push_back(is_hibernated ? kFellBack : kMountedReadOnly + folder);
+  } else if (!may_write()) {
+    hindrances.emplace_back(kNoRight);
   }
-  if (disk && IsDirty(*disk)) hindrances.emplace_back(kDirty);
-  if (IsInUse(files, windows_folder, disk)) hindrances.emplace_back(kInUse);
+  if (disk && StateOf(*disk).is_dirty)
+    hindrances.push_back(std::string(kDirty) + (disk->is_forced ? kForced : ""));
+  if (Finds([&] { return IsInUse(files, windows_folder, disk); }, kUseUnknown, hindrances))
+    hindrances.emplace_back(kInUse);
   return hindrances;
 }
 
+}  // namespace
+
 std::vector<std::string> HindrancesOf(const std::string& volume,
-                                      const std::map<char, std::string>& drives) {
+                                      const std::map<char, std::string>& drives,
+                                      const std::string& user) {
   if (std::string why = WhyNoFolder(volume); !why.empty()) return {std::move(why)};
-  std::vector<std::string> all = HindrancesOf(volume, LookForWindows(volume).folder_name);
+  const FoundWindows windows = LookForWindows(volume);
+  std::vector<std::string> all = HindrancesOn(
+      volume, windows.folder_name, [&] { return MayWrite(volume, windows, drives, user); });
   for (const auto& [letter, folder] : drives) {
-    for (const std::string& hindrance : HindrancesOf(folder, ""))
+    for (const std::string& hindrance : HindrancesOn(folder, "", [] { return true; }))
       all.push_back(std::string(1, letter) + ": " + hindrance);
   }
   return all;
+}
+
+std::vector<std::string> UnknownsOf(const std::vector<std::string>& folders) {
+  for (const std::string& folder : folders) {
+    const std::optional<MountedDisk> disk = DiskUnder(folder);
+    if (disk && MayBeNtfs(*disk) && StateOf(*disk).is_hidden) return {kDirtUnknown};
+  }
+  return {};
+}
+
+bool IsOnDiskOf(const std::string& folder, const std::vector<std::string>& places) {
+  std::filesystem::path nearest = folder;
+  struct stat status;
+  while (stat(nearest.c_str(), &status) != 0) {
+    if (nearest == nearest.parent_path()) return false;
+    nearest = nearest.parent_path();
+  }
+  return std::ranges::any_of(places, [&status](const std::string& place) {
+    struct stat other;
+    return stat(place.c_str(), &other) == 0 && other.st_dev == status.st_dev;
+  });
 }
 
 std::string IdentityOf(const std::string& place) {

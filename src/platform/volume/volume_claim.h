@@ -8,14 +8,19 @@
 
 namespace quellix {
 
-// What stands in the way of changing what is in a mounted folder, and what to do about it: a
-// sentence each. `windows_folder` is the name of the one there with Windows, or "".
-std::vector<std::string> HindrancesOf(const std::string& folder, const std::string& windows_folder);
-
-// The same for all drives of a Windows: a further one that can only be read hinders nobody. Throws
-// Error where there is no Windows, which tells what was looked for.
+// What stands in the way of changing what is on the drives of a Windows, as `user` ("" for any) has
+// it, and what to do about it: a sentence each. What cannot be looked at stands in the way; a
+// further drive that can only be read does not. Throws Error where there is no Windows, which tells
+// what was looked for.
 std::vector<std::string> HindrancesOf(const std::string& volume,
-                                      const std::map<char, std::string>& drives);
+                                      const std::map<char, std::string>& drives,
+                                      const std::string& user);
+
+// What hinders nobody but could not be found out about the disks that some folders are on.
+std::vector<std::string> UnknownsOf(const std::vector<std::string>& folders);
+
+// Whether a folder, or its nearest parent that is there, is on the disk of one of some places.
+bool IsOnDiskOf(const std::string& folder, const std::vector<std::string>& places);
 
 // A text that is the same for all spellings of a folder of this system; the path itself where
 // nothing is there.
@@ -25,8 +30,8 @@ std::string IdentityOf(const std::string& place);
 // mounted, one that is encrypted unlocked. "" for a folder. Throws Error when it is not there.
 std::string WhyNoFolder(const std::string& place);
 
-// Keeps all other runs from some folders while this lives; the system lets go of what a killed run
-// held, and nothing is written for it.
+// Keeps all other runs from some folders while this lives, where their disks know locks; the system
+// lets go of what a killed run held, and nothing is written for it.
 class FolderLocks {
  public:
   FolderLocks() = default;

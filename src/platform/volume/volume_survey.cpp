@@ -145,16 +145,17 @@ void AddWindows(VolumeFileSystem& files, const std::string& folder, Survey& surv
 }
 
 void SurveyFolder(const std::string& folder, Survey& survey) {
-  std::optional<FoundWindows> windows;
   try {
-    windows = LookForWindows(folder);
+    const FoundWindows windows = LookForWindows(folder);
+    VolumeFileSystem files({{windows.letter, folder}});
+    AddWindows(files, std::string(1, windows.letter) + ":\\" + windows.folder_name, survey);
   } catch (const Error& error) {
-    return survey.Add(Survey::kHindrance, "", error.what());
+    survey.Add(Survey::kHindrance, "", error.what());
   }
-  VolumeFileSystem files({{windows->letter, folder}});
-  AddWindows(files, std::string(1, windows->letter) + ":\\" + windows->folder_name, survey);
-  for (const std::string& hindrance : HindrancesOf(folder, windows->folder_name))
+  if (!survey.has_windows) return;
+  for (const std::string& hindrance : HindrancesOf(folder, {}, ""))
     survey.Add(Survey::kHindrance, "", hindrance);
+  for (const std::string& unknown : UnknownsOf({folder})) survey.Add(Survey::kUnknown, "", unknown);
 }
 
 }  // namespace
