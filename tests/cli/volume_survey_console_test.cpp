@@ -87,68 +87,57 @@ TEST_F(VolumeSurvey, AWindowsIsToldWithUsersAndDrives) {
       << json.output;
 }
 
-TEST_F(VolumeSurvey, WhatStandsInTheWayIsToldAndNothingIsChanged) {
-  StoreMachine(*machine);
-  const std::string user_hive = Root() + "/Users/" + kTesterName + "/NTUSER.DAT";
-  const std::string image = Root() + "/Scratch/image";
-  const std::string sector(512, '\0'), sleep = Root() + "/hiberfil.sys";
-  const std::tuple<const char*, std::function<void()>, std::vector<std::string>, int, const char*>
-      kRows[] = {
-          {"no Windows", [] {}, {Root() + "/Scratch"}, 1, "System32\\config\\SOFTWARE"},
-          {"no such place", [] {}, {Root() + "/none"}, 1, "no such file or folder"},
-          {"hibernated",
-           [&] { WriteNative(Root() + "/hiberfil.sys", "HIBR" + sector); },
-           {Root()},
-           0,
-           "hibernated, or was shut down with fast start-up"},
-          {"resumed",
-           [&] { WriteNative(Root() + "/hiberfil.sys", "wake" + sector); },
-           {Root()},
-           0,
-           ""},
-          {"a folder", [&] { fs::remove(sleep), fs::create_directory(sleep); }, {Root()}, 0, ""},
-          {"a link",
-           [&] { fs::remove(sleep), fs::create_symlink("none", sleep); },
-           {Root()},
-           0,
-           ""},
-          {"a place that is not there", [] {}, {Root() + "/none", Root()}, 1, "C:\\Windows"},
-          {"a dirty hive",
-           [&] { SetHiveDirty(user_hive, true); },
-           {Root()},
-           0,
-           "NTUSER.DAT  Windows was not shut down cleanly"},
-          {"BitLocker",
-           [&] { WriteNative(image, "\xEB\x58\x90-FVE-FS-" + sector); },
-           {image},
-           1,
-           "encrypted with BitLocker"},
-          {"an NTFS",
-           [&] { WriteNative(image, "\xEB\x52\x90NTFS    " + sector); },
-           {image},
-           1,
-           "mount -t ntfs-3g -o loop,ro"},
-          {"a disk",
-           [&] { WriteNative(image, std::string(510, '\0') + "\x55\xAA"); },
-           {image},
-           1,
-           "losetup"},
-          {"something else",
-           [&] { WriteNative(image, "text"); },
-           {image},
-           1,
-           "no disk that is known"}};
-  for (const auto& [row, prepare, places, exit_code, told] : kRows) {
-    SCOPED_TRACE(row);
-    prepare();
-    const std::string before = ReadNative(user_hive);
-    const ProgramResult result = RunQuellixctl(With({"volumes"}, places));
-    EXPECT_EQ(result.exit_code, exit_code) << result.output;
-    EXPECT_TRUE(Holds(result.output, told));
-    EXPECT_TRUE(*told != '\0' || !Has(result, "hindrance")) << result.output;
-    EXPECT_TRUE(ReadNative(user_hive) == before);
+// `volumes` for the places as they are prepared; told is nothing where all is well.
+struct VolumesCommand : VolumeSurvey {
+  struct Row {
+    const char* row;
+    std::function<void()> prepare;
+    std::string told;
+  };
+  void ExpectTold(const std::vector<Row>& rows, const Names& places, int exit_code) {
+    for (const auto& [row, prepare, told] : rows) {
+      SCOPED_TRACE(row);
+      if (prepare) prepare();
+      const std::string before = ReadNative(user_hive_);
+      const ProgramResult result = RunQuellixctl(With({"volumes"}, places));
+      EXPECT_EQ(result.exit_code, exit_code) << result.output;
+      EXPECT_TRUE(Holds(result.output, told));
+      EXPECT_TRUE(!told.empty() || !Has(result, "hindrance")) << result.output;
+      EXPECT_TRUE(ReadNative(user_hive_) == before);
+    }
   }
-  SetHiveDirty(user_hive, false);
+  std::string user_hive_ = Root() + "/Users/" + kTesterName + "/NTUSER.DAT";
+  std::string sector_ = std::string(512, '\0');
+};
+
+TEST_F(VolumesCommand, WhatStandsInTheWayIsToldAndNothingIsChanged) {
+  StoreMachine(*machine);
+  const std::string sleep = Root() + "/hiberfil.sys";
+  ExpectTold({{"hibernated", [&] { WriteNative(sleep, "HIBR" + sector_); },
+               "hibernated, or was shut down with fast start-up"},
+              {"resumed", [&] { WriteNative(sleep, "wake" + sector_); }, ""},
+              {"a folder", [&] { fs::remove(sleep), fs::create_directory(sleep); }, ""},
+              {"a link", [&] { fs::remove(sleep), fs::create_symlink("none", sleep); }, ""},
+              {"a dirty hive", [&] { SetHiveDirty(user_hive_, true); },
+               "NTUSER.DAT  Windows was not shut down cleanly"}},
+             {Root()}, 0);
+  SetHiveDirty(user_hive_, false);
+}
+
+TEST_F(VolumesCommand, PlacesWithoutWindowsAndDisksAreNamedForWhatTheyAre) {
+  StoreMachine(*machine);
+  ExpectTold({{"no Windows", {}, "System32\\config\\SOFTWARE"}}, {Root() + "/Scratch"}, 1);
+  ExpectTold({{"no such place", {}, "no such file or folder"}}, {Root() + "/none"}, 1);
+  ExpectTold({{"the next one is shown", {}, "C:\\Windows"}}, {Root() + "/none", Root()}, 1);
+  const std::string image = Root() + "/Scratch/image";
+  const auto holds = [&](const std::string& bytes) {
+    return [image, bytes] { WriteNative(image, bytes); };
+  };
+  ExpectTold({{"BitLocker", holds("\xEB\x58\x90-FVE-FS-" + sector_), "encrypted with BitLocker"},
+              {"an NTFS", holds("\xEB\x52\x90NTFS    " + sector_), "mount -t ntfs-3g -o loop,ro"},
+              {"a disk", holds(std::string(510, '\0') + "\x55\xAA"), "losetup"},
+              {"something else", holds("text"), "no disk that is known"}},
+             {image}, 1);
 }
 
 // By a descriptor of its own: the system asks about programs, not about descriptors of one.

@@ -29,7 +29,7 @@ std::string ReadAt(int fd, uint64_t at, size_t size) {
 
 // A negative power of two, or a number of `unit`s.
 uint64_t SizeIn(uint32_t stored, uint64_t unit) {
-  const int power = static_cast<int8_t>(stored);
+  const int power = static_cast<int>(stored) - (stored < 0x80 ? 0 : 0x100);
   return power > 0 ? static_cast<uint64_t>(power) * unit : uint64_t{1} << std::min(-power, 30);
 }
 
