@@ -273,7 +273,7 @@ TEST_F(ManyFilesTest, AfterAStopNothingFurtherGoesAndWhatWentIsTold) {
   StopWhenStatusBegins("Deleting file: " + scratch + "1\\70\\f3");
   state.RemovalMode = kDelete;
   const Names left = machine->Tree(RemoveMany(ports.files));
-  EXPECT_EQ(std::ranges::count(left, "70\\f3") + std::ranges::count(left, "79\\f4"), 2);
+  EXPECT_EQ(std::ranges::count(left, "70\\f4") + std::ranges::count(left, "79\\f4"), 2);
   const auto is_one = [](const std::string& path) { return path[path.size() - 2] == 'f'; };
   const auto gone = std::ranges::count_if(state.Entries->all, [&](const RunEntry& entry) {
     return entry.fate == Fate::kRemoved && is_one(entry.place);
