@@ -29,7 +29,8 @@ class DeletionBatch {
   bool Add(std::string_view path);
   // Returns when everything that was added is gone or noted as stayed.
   void Finish();
-  // The user has stopped: what the threads are not at work on stays, untouched and untold.
+  // The user has stopped: what the other thread has been given already, at most 512, goes and is
+  // told; the rest stays, untouched and untold.
   void Stop();
 
  private:

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/forwarding_file_system.h"
+#include "platform/forwarding_folder.h"
 #include "platform/machine.h"
 #include "platform/path.h"
 
@@ -29,49 +31,8 @@ class ForwardingFile : public RandomFile {
   std::unique_ptr<RandomFile> file_;
 };
 
-// A real folder, for decorators that change what one of its functions does.
-class ForwardingFolder : public Folder {
- public:
-  explicit ForwardingFolder(std::unique_ptr<Folder> folder) : folder_(std::move(folder)) {}
-  FileId Id() override { return folder_->Id(); }
-  std::vector<FileId> Above() override { return folder_->Above(); }
-  DiskRoom Room() override { return folder_->Room(); }
-  void Enumerate(Detail detail, const EntryVisitor& visit) override {
-    folder_->Enumerate(detail, visit);
-  }
-  std::optional<FileInfo> Look(std::string_view name, Detail detail) override {
-    return folder_->Look(name, detail);
-  }
-  std::optional<FileId> IdOf(std::string_view name) override { return folder_->IdOf(name); }
-  std::unique_ptr<Folder> OpenFolder(std::string_view names, OpenFor use) override {
-    return folder_->OpenFolder(names, use);
-  }
-  std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
-    return folder_->Open(name, mode);
-  }
-  void CreateFolder(std::string_view name) override { folder_->CreateFolder(name); }
-  void Rename(std::string_view from, std::string_view to, IfThere if_there) override {
-    folder_->Rename(from, to, if_there);
-  }
-  void MoveTo(std::string_view from, Folder& folder, std::string_view to) override {
-    folder_->MoveTo(from, folder, to);
-  }
-  void Flush() override { folder_->Flush(); }
-  void RemoveFile(std::string_view name) override { folder_->RemoveFile(name); }
-  void RemoveFolder(std::string_view name) override { folder_->RemoveFolder(name); }
-  void RequireRemovable(std::string_view name) override { folder_->RequireRemovable(name); }
-  void Recycle(std::string_view name) override { folder_->Recycle(name); }
-  void RemoveAtStart(std::string_view name) override { folder_->RemoveAtStart(name); }
-  void SetAttributes(std::string_view name, uint32_t attributes) override {
-    folder_->SetAttributes(name, attributes);
-  }
-
- private:
-  std::unique_ptr<Folder> folder_;
-};
-
 // The real file system, with every folder it opens handed through `decorate`, and so on below.
-class ForwardingFiles : public FileSystem {
+class ForwardingFiles : public ForwardingFileSystem {
  public:
   // `path` ends in "\".
   using Decorate =
@@ -80,25 +41,16 @@ class ForwardingFiles : public FileSystem {
   using DecorateFile = std::function<std::unique_ptr<RandomFile>(std::string_view path,
                                                                  std::unique_ptr<RandomFile> file)>;
   ForwardingFiles(FileSystem& files, Decorate decorate)
-      : files_(files), decorate_(std::move(decorate)) {}
+      : ForwardingFileSystem(files), decorate_(std::move(decorate)) {}
   ForwardingFiles(FileSystem& files, DecorateFile decorate)
       : ForwardingFiles(files, Decorate([decorate](const std::string& path, auto folder) {
                           return std::make_unique<FileDecorator>(std::move(folder), path, decorate);
                         })) {}
 
   std::unique_ptr<Folder> OpenFolder(std::string_view path) override {
-    return Wrap(WithBackslash(path), files_.OpenFolder(path));
+    return Wrap(WithBackslash(path), inner_.OpenFolder(path));
   }
-  std::optional<FileInfo> Look(std::string_view path, Detail detail) override {
-    return files_.Look(path, detail);
-  }
-  bool IsGone(std::string_view path) override { return files_.IsGone(path); }
-  std::optional<std::string> ReadWholeFile(std::string_view path, uint64_t limit) override {
-    return files_.ReadWholeFile(path, limit);
-  }
-  void WriteWholeFile(std::string_view path, std::string_view bytes) override {
-    files_.WriteWholeFile(path, bytes);
-  }
+  std::unique_ptr<Folder> OpenLinked(std::string_view path) override { return OpenFolder(path); }
 
  private:
   // Hands the folders below to the same decorator.
@@ -135,7 +87,6 @@ class ForwardingFiles : public FileSystem {
     return decorate_(path, std::make_unique<Descending>(*this, path, std::move(folder)));
   }
 
-  FileSystem& files_;
   Decorate decorate_;
 };
 

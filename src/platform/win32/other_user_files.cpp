@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/error.h"
+#include "platform/forwarding_folder.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/win32/win32_file_system.h"
@@ -17,36 +18,23 @@ bool Begins(std::string_view path, std::string_view folder) {
 }
 
 // A folder that is read, and whose content nobody changes.
-class OutsideFolder : public Folder {
+class OutsideFolder : public ForwardingFolder {
  public:
   OutsideFolder(const OtherUserFiles& files, std::string path, std::unique_ptr<Folder> folder)
-      : files_(files), path_(std::move(path)), folder_(std::move(folder)) {}
+      : ForwardingFolder(std::move(folder)), files_(files), path_(std::move(path)) {}
 
-  FileId Id() override { return folder_->Id(); }
-  std::vector<FileId> Above() override { return folder_->Above(); }
-  DiskRoom Room() override { return folder_->Room(); }
-  void Enumerate(Detail detail, const EntryVisitor& visit) override {
-    folder_->Enumerate(detail, visit);
-  }
-  std::optional<FileInfo> Look(std::string_view name, Detail detail) override {
-    return folder_->Look(name, detail);
-  }
-  void ExpectLooks(std::span<const std::string_view> paths, size_t start) override {
-    folder_->ExpectLooks(paths, start);
-  }
-  std::optional<FileId> IdOf(std::string_view name) override { return folder_->IdOf(name); }
   std::unique_ptr<Folder> OpenFolder(std::string_view names, OpenFor use) override {
-    auto folder = folder_->OpenFolder(names, use);
+    auto folder = ForwardingFolder::OpenFolder(names, use);
     if (!folder) return nullptr;
     return std::make_unique<OutsideFolder>(files_, At(names), std::move(folder));
   }
   std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
     if (mode != OpenMode::kRead) Refuse(name);
-    return folder_->Open(name, mode);
+    return ForwardingFolder::Open(name, mode);
   }
   void CreateFolder(std::string_view name) override {
     if (!files_.LeadsToOwn(At(name))) Refuse(name);
-    folder_->CreateFolder(name);
+    ForwardingFolder::CreateFolder(name);
   }
   void Rename(std::string_view from, std::string_view, IfThere) override { Refuse(from); }
   void MoveTo(std::string_view from, Folder&, std::string_view) override { Refuse(from); }
@@ -64,7 +52,6 @@ class OutsideFolder : public Folder {
 
   const OtherUserFiles& files_;
   std::string path_;
-  std::unique_ptr<Folder> folder_;
 };
 
 }  // namespace
