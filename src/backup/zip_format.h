@@ -26,11 +26,11 @@ struct ZipEntry {
   uint64_t size = 0;        // bytes of the file
   uint64_t offset = 0;      // of its header in the archive, where that is known
   uint32_t attributes = 0;  // FileAttribute bits
-  FileTimes times;          // each 0 when the archive does not tell
+  FileTimes times = {};     // each 0 when the archive does not tell
   bool wide = false;        // a size or the offset is beyond 4 GiB
   bool own = false;         // made by this program
   // Further data streams of the file: in its own header alone.
-  std::vector<std::pair<std::string, std::string>> streams;  // name, bytes
+  std::vector<std::pair<std::string, std::string>> streams = {};  // name, bytes
 };
 
 // What fits beside the rest into one header.

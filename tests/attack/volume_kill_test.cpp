@@ -1,9 +1,6 @@
-#include <filesystem>
 
 #include "attack/volume_traced_run.h"
 #include "cli/console_fixture.h"
-#include "platform/path.h"
-#include "platform/text.h"
 #include "platform/volume/hive_check.h"
 #include "support/volume_seed.h"
 
@@ -11,8 +8,6 @@ namespace quellix {
 namespace {
 
 namespace fs = std::filesystem;
-
-const std::string kMru = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU";
 
 // Runs that are killed somewhere between their changes.
 struct Kill : testing::Test {
@@ -25,8 +20,8 @@ struct Kill : testing::Test {
       test_->MakeFile(folder + "\\" + name, contents_[name]);
     }
     test_->MakeFile(test_->machine().program_folder + "\\UDFO.txt", mine_);
-    test_->SetText(RegistryRoot::kCurrentUser, kMru, "MRUList", "a");
-    test_->SetText(RegistryRoot::kCurrentUser, kMru, "a", "cmd\\1");
+    test_->SetText(kUser, kRunMruKey, "MRUList", "a");
+    test_->SetText(kUser, kRunMruKey, "a", "cmd\\1");
     test_->CloseHives();
     // A log as a running Windows leaves it, with what the hive holds already.
     const std::string hive = ReadNative(user_hive_);
@@ -104,7 +99,7 @@ TEST_F(Kill, EveryFileIsOnTheDiskOrInTheArchiveAndTheNextRunFinishes) {
     ExpectNothingLost();
     EXPECT_EQ(CleanKilledAt(SIZE_MAX, "backup").exit_code, 0);
     EXPECT_TRUE(test_->Tree(temp_).empty() && test_->Tree(mine_).empty());
-    EXPECT_TRUE(test_->ValueNames(RegistryRoot::kCurrentUser, kMru).empty());
+    EXPECT_TRUE(test_->ValueNames(kUser, kRunMruKey).empty());
     test_->CloseHives();
     ExpectNothingLost();
     ExpectNothingLyingAbout();

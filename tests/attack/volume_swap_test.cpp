@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <filesystem>
 #include <thread>
 
 #include "attack/volume_traced_run.h"

@@ -27,33 +27,30 @@ TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
     EXPECT_TRUE(Holds(result.output, "required"));
   }
   EXPECT_EQ(RunQuellixctl({"--help"}).exit_code, 0);
-  const struct {
-    Names arguments;
-    int exit_code;
-    const char* told;
-  } kRows[] = {{{"clean", "--item", "CleanTempFiles", "--method", "burn"}, 2, "burn"},
-               {{"clean", "--item", "CleanEverything"}, 2, "there is no item \"CleanEverything\""},
-               {{"search", "everything"}, 2, "everything"},
-               {{"search"}, 2, "required"},
-               {{"search", "unnecessary"}, 1, "no type of unnecessary files is ticked"},
-               {{"registry", "shared-dlls", "--thorough"}, 2, "thorough"},
-               {{"registry", "everything"}, 2, "everything"},
-               {{"plugins", "enable", "none"}, 2, "none"},
-               {{"plugins", "enable", "..\\Settings.ini"}, 2, "Settings.ini"},
-               {{"recipes", "check"}, 1, "there is no list"},
-               {{"recipes", "check", "none.ini"}, 1, "there is no list \"none.ini\""},
-               {{"recipes", "process", "none"}, 2, "no list has a recipe \"none\""},
-               {{"backup"}, 2, "subcommand"},
-               {{"backup", "restore"}, 2, "ARCHIVE"},
-               {{"backup", "restore", "C_010120200000.zip", "--overwrite", "maybe"}, 2, "maybe"},
-               {{"backup", "restore", "none.zip"}, 1, "none.zip"},
-               {{"backup", "repair", "C_010120200000.zip"}, 1, "is not a zip archive."},
-               {{"backup", "list", "..\\Settings.ini"}, 1, "is no archive of the backup folder."},
-               {{"backup", "list"}, 1, "is not a zip archive."}};
+  const std::tuple<Names, int, const char*> kRows[] = {
+      {{"clean", "--item", "CleanTempFiles", "--method", "burn"}, 2, "burn"},
+      {{"clean", "--item", "CleanEverything"}, 2, "there is no item \"CleanEverything\""},
+      {{"search", "everything"}, 2, "everything"},
+      {{"search"}, 2, "required"},
+      {{"search", "unnecessary"}, 1, "no type of unnecessary files is ticked"},
+      {{"registry", "shared-dlls", "--thorough"}, 2, "thorough"},
+      {{"registry", "everything"}, 2, "everything"},
+      {{"plugins", "enable", "none"}, 2, "none"},
+      {{"plugins", "enable", "..\\Settings.ini"}, 2, "Settings.ini"},
+      {{"recipes", "check"}, 1, "there is no list"},
+      {{"recipes", "check", "none.ini"}, 1, "there is no list \"none.ini\""},
+      {{"recipes", "process", "none"}, 2, "no list has a recipe \"none\""},
+      {{"backup"}, 2, "subcommand"},
+      {{"backup", "restore"}, 2, "ARCHIVE"},
+      {{"backup", "restore", "C_010120200000.zip", "--overwrite", "maybe"}, 2, "maybe"},
+      {{"backup", "restore", "none.zip"}, 1, "none.zip"},
+      {{"backup", "repair", "C_010120200000.zip"}, 1, "is not a zip archive."},
+      {{"backup", "list", "..\\Settings.ini"}, 1, "is no archive of the backup folder."},
+      {{"backup", "list"}, 1, "is not a zip archive."}};
   const std::string archive = own + "Backup\\C_010120200000.zip";
   machine->MakeFile(archive, "MZ no archive");
   WriteOwn("UNFI.txt", "0\x01*.qxj\x01Ours\r\n");
-  for (const auto& row : kRows) Expect(row.arguments, row.exit_code, {row.told});
+  for (const auto& [arguments, exit_code, told] : kRows) Expect(arguments, exit_code, {told});
   EXPECT_EQ(Read(archive), "MZ no archive");
 }
 

@@ -1,7 +1,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 
 #include "cli/console_fixture.h"
 

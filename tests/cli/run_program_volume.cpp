@@ -1,8 +1,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <filesystem>
-
 #include "cli/console_fixture.h"
 #include "support/volume_seed.h"
 

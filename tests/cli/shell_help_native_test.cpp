@@ -1,7 +1,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "cli/console_fixture.h"
 
@@ -40,12 +39,6 @@ std::vector<Told> AllHelp(const Names& command = {}) {
   for (const std::string& inner : told.commands)
     for (Told& more : AllHelp(With(command, {inner}))) all.push_back(std::move(more));
   return all;
-}
-
-std::string Joined(const Names& words) {
-  std::string line;
-  for (const std::string& word : words) line += (line.empty() ? "" : " ") + word;
-  return line;
 }
 
 class ShellHelpTest : public ConsoleTest {
@@ -117,11 +110,7 @@ TEST_F(ShellHelpTest, BashCompletesAllThatTheHelpTells) {
 TEST_F(ShellHelpTest, BashCompletesValuesAndNothingForNonsense) {
   Write(RunQuellixctl({"completion"}).output);
   const std::string folder = std::filesystem::path(file_).parent_path();
-  const struct {
-    const char* name;
-    Names words;
-    std::string offered;
-  } kRows[] = {
+  const std::tuple<const char*, Names, std::string> kRows[] = {
       {"a command", {"cle"}, "clean"},
       {"a command of a group", {"keep", "re"}, "remove"},
       {"an item", {"clean", "--item", "CleanTempF"}, "CleanTempFiles"},
@@ -137,7 +126,8 @@ TEST_F(ShellHelpTest, BashCompletesValuesAndNothingForNonsense) {
       {"no option", {"clean", "--polish"}, ""},
       {"a number", {"clean", "--older-than", ""}, ""},
       {"no item", {"clean", "--item", "Nonsense"}, ""}};
-  for (const auto& row : kRows) EXPECT_EQ(Complete(row.words), row.offered + "\n") << row.name;
+  for (const auto& [name, words, offered] : kRows)
+    EXPECT_EQ(Complete(words), offered + "\n") << name;
 }
 
 TEST_F(ShellHelpTest, BashCompletesNamesThatTheMachineHas) {

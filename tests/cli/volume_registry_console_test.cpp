@@ -86,26 +86,23 @@ TEST_F(VolumeRegistryConsoleTest, ReferencesThatStayAreCountedAndEndInOne) {
 }
 
 TEST_F(VolumeRegistryConsoleTest, WhatAVolumeCannotJudgeIsToldApart) {
-  const struct {
-    const char* name;
-    std::string path;
-    const char* state;
-  } kRows[] = {{"a.exe", scratch + "none.exe", "orphaned"},
-               {"b.exe", scratch + "there.exe", "valid"},
-               {"c.exe", scratch + "none.exe /switch", "not judged"},
-               {"d.exe", "relative.exe", "not judged"},
-               {"e.exe", "Q:\\not mapped.exe", "not judged"},
-               {"f.exe", "\\\\server\\share\\far.exe", "not judged"}};
+  const std::tuple<const char*, std::string, const char*> kRows[] = {
+      {"a.exe", scratch + "none.exe", "orphaned"},
+      {"b.exe", scratch + "there.exe", "valid"},
+      {"c.exe", scratch + "none.exe /switch", "not judged"},
+      {"d.exe", "relative.exe", "not judged"},
+      {"e.exe", "Q:\\not mapped.exe", "not judged"},
+      {"f.exe", "\\\\server\\share\\far.exe", "not judged"}};
   machine->MakeFile(scratch + "there.exe", "x");
-  for (const auto& row : kRows) {
-    Set(kMachine, std::string(kApps) + "\\" + row.name, "", Text(row.path));
-    Set(kMachine, kDlls, row.path, Number(1));
+  for (const auto& [name, path, state] : kRows) {
+    Set(kMachine, std::string(kApps) + "\\" + name, "", Text(path));
+    Set(kMachine, kDlls, path, Number(1));
   }
   const ProgramResult apps = Run({"registry", "app-paths"}),
                       dlls = Run({"registry", "shared-dlls"});
-  for (const auto& row : kRows) {
-    EXPECT_TRUE(Holds(apps.output, std::string(row.state) + "\t" + row.name + "\t"));
-    EXPECT_TRUE(Holds(dlls.output, std::string(row.state) + "\t1\t" + row.path + "\n"));
+  for (const auto& [name, path, state] : kRows) {
+    EXPECT_TRUE(Holds(apps.output, std::string(state) + "\t" + name + "\t"));
+    EXPECT_TRUE(Holds(dlls.output, std::string(state) + "\t1\t" + path + "\n"));
   }
   EXPECT_TRUE(Holds(apps.output, "6 entries, 1 orphaned, 4 not judged\n"));
   EXPECT_TRUE(Holds(dlls.output,

@@ -2,7 +2,6 @@
 #include <thread>
 
 #include "contract/contract_fixture.h"
-#include "platform/path.h"
 #include "platform/text.h"
 
 namespace quellix {
@@ -112,28 +111,27 @@ TEST_F(FolderContract, OnlyFoldersAreOpenedAndNoneThroughALink) {
   Make("folder\\deep\\file", "x");
   test_->MakeFolderLink(At("link"), At("folder"));
   test_->MakeFolderLink(At("folder\\inner link"), At("folder\\deep"));
-  const struct {
-    const char* names;
-    std::optional<Kind> kind;  // nothing when it opens or is missing
-    bool opens;
-  } kRows[] = {{"folder", {}, true},
-               {"FOLDER\\Deep", {}, true},
-               {"missing", {}, false},
-               {"missing\\deep", {}, false},
-               {"folder\\missing", {}, false},
-               {"link", Kind::kDenied, false},
-               {"link\\deep", Kind::kDenied, false},
-               {"folder\\inner link", Kind::kDenied, false},
-               {"folder\\deep\\file", Kind::kOther, false}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.names);
+  const std::tuple<const char*, std::optional<Kind>, bool> kRows[] = {
+      {"folder", {}, true},
+      {"FOLDER\\Deep", {}, true},
+      {"missing", {}, false},
+      {"missing\\deep", {}, false},
+      {"folder\\missing", {}, false},
+      {"link", Kind::kDenied, false},
+      {"link\\deep", Kind::kDenied, false},
+      {"folder\\inner link", Kind::kDenied, false},
+      {"folder\\deep\\file", Kind::kOther, false}};
+  // Nothing is thrown when it opens or is missing.
+  for (const auto& [row, kind, is_open] : kRows) {
+    const std::string names = row;
+    SCOPED_TRACE(names);
     bool opens = false;
-    EXPECT_EQ(KindOf([&] { opens = folder_->OpenFolder(row.names) != nullptr; }), row.kind);
-    EXPECT_EQ(opens, row.opens);
-    if (std::string_view(row.names) == "link\\deep") continue;  // above the last a path follows
+    EXPECT_EQ(KindOf([&] { opens = folder_->OpenFolder(names) != nullptr; }), kind);
+    EXPECT_EQ(opens, is_open);
+    if (names == "link\\deep") continue;  // above the last a path follows
     opens = false;
-    EXPECT_EQ(KindOf([&] { opens = files_.OpenFolder(At(row.names)) != nullptr; }), row.kind);
-    EXPECT_EQ(opens, row.opens);
+    EXPECT_EQ(KindOf([&] { opens = files_.OpenFolder(At(names)) != nullptr; }), kind);
+    EXPECT_EQ(opens, is_open);
   }
   for (const char* path : {"", "nonsense", "9:\\", "C:\\a\\..\\b", "\\\\?\\C:\\", "\\\\.\\C:\\"})
     EXPECT_FALSE(files_.OpenFolder(path)) << path;

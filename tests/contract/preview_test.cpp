@@ -88,10 +88,7 @@ TEST_F(PreviewContract, MistakesFailAsTheyDoWithoutAPreview) {
   Make("file", "x");
   Make("folder\\inner", "x");
   test_->MakeFolderLink(At("junction"), At("folder"));
-  const struct {
-    const char* row;
-    std::function<void(FileSystem&)> call;
-  } kRows[] = {
+  const std::pair<const char*, std::function<void(FileSystem&)>> kRows[] = {
       {"remove a missing file", [&](FileSystem& f) { f.RemoveFile(At("no")); }},
       {"remove a folder as a file", [&](FileSystem& f) { f.RemoveFile(At("folder")); }},
       {"remove a full folder", [&](FileSystem& f) { f.RemoveFolder(At("folder")); }},
@@ -107,10 +104,10 @@ TEST_F(PreviewContract, MistakesFailAsTheyDoWithoutAPreview) {
       {"make a folder in none", [&](FileSystem& f) { f.CreateFolder(At("no\\x")); }}};
   FileSystem& real = files_;
   for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
-    const auto expected = KindOf([&] { row.call(real); });
+    SCOPED_TRACE(row.first);
+    const auto expected = KindOf([&] { row.second(real); });
     ASSERT_TRUE(expected);
-    EXPECT_EQ(KindOf([&] { row.call(seen_); }), expected);
+    EXPECT_EQ(KindOf([&] { row.second(seen_); }), expected);
   }
   EXPECT_TRUE(KindOf([&] { seen_.RemoveFolder(At("file")); }));
   EXPECT_TRUE(KindOf([&] { seen_.RemoveFile(At("junction")); }));
@@ -213,14 +210,10 @@ TEST_F(PreviewContract, IniFilesAndTheShellAreChangedOnPaperOnly) {
   EXPECT_EQ(machine_.shell.QueryRecycleBin().items, 1u);
   machine_.shell.EmptyRecycleBin();
   // What this machine cannot do at all is told, not listed.
-  struct Row {
-    ShellFeature feature;
-    void (Shell::*action)();
-  };
-  for (const Row& row : {Row{ShellFeature::kAddressHistory, &Shell::ClearAddressHistory},
-                         Row{ShellFeature::kClipboard, &Shell::EmptyClipboard}}) {
-    const auto never = KindOf([&] { machine_.shell.Require(row.feature); });
-    EXPECT_EQ(KindOf([&] { (machine.shell.*row.action)(); }), never);
+  for (const auto& row : {std::pair(ShellFeature::kAddressHistory, &Shell::ClearAddressHistory),
+                          std::pair(ShellFeature::kClipboard, &Shell::EmptyClipboard)}) {
+    const auto never = KindOf([&] { machine_.shell.Require(row.first); });
+    EXPECT_EQ(KindOf([&] { (machine.shell.*row.second)(); }), never);
   }
 }
 

@@ -17,33 +17,30 @@ struct RegistryContract : ContractFixture {
 std::string Text(std::string_view text) { return ToUtf16Bytes(text) + std::string(2, '\0'); }
 
 TEST_F(RegistryContract, ValuesOfEveryTypeAndNameComeBackAsStored) {
-  const struct {
-    const char* row;
-    std::string name;
-    RegistryValue value;
-  } kRows[] = {{"text", "Text", {kRegSz, Text("C:\\Temp")}},
-               {"text without its NUL", "Open", {kRegSz, ToUtf16Bytes("abc")}},
-               {"expandable", "Expand", {kRegExpandSz, Text("%TEMP%\\x")}},
-               {"binary", "Binary", {kRegBinary, std::string("\0\1\xFF\0", 4)}},
-               {"number", "Number", {kRegDword, std::string("\4\3\2\1", 4)}},
-               {"texts", "Texts", {kRegMultiSz, Text("a") + Text("b") + std::string(2, '\0')}},
-               {"no type", "None", {kRegNone, "x"}},
-               {"no data", "Empty", {kRegBinary, ""}},
-               {"large", "Large", {kRegBinary, std::string(40000, 'L')}},
-               {"other type", "Qword", {11, std::string("12345678")}},
-               {"default value", "", {kRegSz, Text("default")}},
-               {"umlauts", "Größe", {kRegSz, Text("Grün")}},
-               {"Cyrillic", "Привет", {kRegSz, Text("Мир")}},
-               {"beyond the first plane", "😀", {kRegSz, Text("😀")}}};
-  for (const auto& row : kRows) test_->SetRegistryValue(kUser, key_, row.name, row.value);
+  const std::tuple<const char*, std::string, RegistryValue> kRows[] = {
+      {"text", "Text", {kRegSz, Text("C:\\Temp")}},
+      {"text without its NUL", "Open", {kRegSz, ToUtf16Bytes("abc")}},
+      {"expandable", "Expand", {kRegExpandSz, Text("%TEMP%\\x")}},
+      {"binary", "Binary", {kRegBinary, std::string("\0\1\xFF\0", 4)}},
+      {"number", "Number", {kRegDword, std::string("\4\3\2\1", 4)}},
+      {"texts", "Texts", {kRegMultiSz, Text("a") + Text("b") + std::string(2, '\0')}},
+      {"no type", "None", {kRegNone, "x"}},
+      {"no data", "Empty", {kRegBinary, ""}},
+      {"large", "Large", {kRegBinary, std::string(40000, 'L')}},
+      {"other type", "Qword", {11, std::string("12345678")}},
+      {"default value", "", {kRegSz, Text("default")}},
+      {"umlauts", "Größe", {kRegSz, Text("Grün")}},
+      {"Cyrillic", "Привет", {kRegSz, Text("Мир")}},
+      {"beyond the first plane", "😀", {kRegSz, Text("😀")}}};
+  for (const auto& [row, name, value] : kRows) test_->SetRegistryValue(kUser, key_, name, value);
   const auto key = Open(key_, kRead);
   ASSERT_TRUE(key);
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
-    const auto value = key->QueryValue(row.name);
-    ASSERT_TRUE(value);
-    EXPECT_EQ(value->type, row.value.type);
-    EXPECT_EQ(value->bytes, row.value.bytes);
+  for (const auto& [row, name, value] : kRows) {
+    SCOPED_TRACE(row);
+    const auto stored = key->QueryValue(name);
+    ASSERT_TRUE(stored);
+    EXPECT_EQ(stored->type, value.type);
+    EXPECT_EQ(stored->bytes, value.bytes);
   }
   Names seen;
   for (uint32_t i = 0; const auto info = key->ValueAt(i); ++i) {

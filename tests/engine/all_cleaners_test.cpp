@@ -1,5 +1,4 @@
 #include "cleaners/mod_mozilla.h"
-#include "run/stayed.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -228,14 +227,7 @@ TEST_F(AllCleanersTest, EveryRegistryListIsClearedAndItsNeighboursStay) {
 TEST_F(AllCleanersTest, OddRegistryFoldersHarmNothing) {
   const std::string system = ports.system.SystemFolder();
   machine->MakeFile(system + "\\qxspool\\b.spl", "1");
-  struct Row {
-    const char* name;
-    std::string value;
-    uint32_t type;
-    int removed;
-    bool refused;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, std::string, uint32_t, int, bool> rows[] = {
       {"empty", "", kRegSz, 0, false},
       {"one character", "C", kRegSz, 0, false},
       {"relative", "Scratch\\real", kRegSz, 0, false},
@@ -251,29 +243,26 @@ TEST_F(AllCleanersTest, OddRegistryFoldersHarmNothing) {
       {"two backslashes", scratch + "real\\", kRegSz, 1, false},
       {"the first of several texts", scratch + "real" + '\0' + scratch, kRegMultiSz, 1, false},
       {"system root is the system folder", "%SYSTEMROOT%\\qxspool", kRegExpandSz, 1, false}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, value, type, removed, refused] : rows) {
+    SCOPED_TRACE(name);
     machine->MakeFile(scratch + "real\\a.spl", "1");
-    machine->SetRegistryValue(
-        kMachine, "System\\CurrentControlSet\\Control\\Print\\Printers", "DefaultspoolDirectory",
-        {row.type, row.type == kRegDword ? row.value : ToUtf16Bytes(row.value + '\0')});
+    machine->SetRegistryValue(kMachine, "System\\CurrentControlSet\\Control\\Print\\Printers",
+                              "DefaultspoolDirectory",
+                              {type, type == kRegDword ? value : ToUtf16Bytes(value + '\0')});
     Clean("CleanPrinter");
-    EXPECT_EQ(engine.state().RunFilesDeleted, row.removed);
-    EXPECT_EQ(view.report->log.find("is not cleaned") != std::string::npos, row.refused);
+    EXPECT_EQ(engine.state().RunFilesDeleted, removed);
+    EXPECT_EQ(view.report->log.find("is not cleaned") != std::string::npos, refused);
     EXPECT_TRUE(view.criticals.empty());
   }
 }
 
 TEST_F(AllCleanersTest, FirefoxIsCleanedOnlyOnTheWindowsVersionsItKnows) {
-  struct Row {
-    WindowsVersion version;
-    const char* name;
-  };
-  static constexpr Row kRows[] = {{{1, 4, 0}, "95"},    {{1, 4, 10}, "98"},  {{2, 4, 0}, "NT"},
-                                  {{2, 5, 0}, "2K"},    {{2, 5, 1}, "XP"},   {{2, 5, 2}, ""},
-                                  {{2, 6, 0}, "Vista"}, {{2, 6, 1}, "Win7"}, {{2, 6, 2}, ""},
-                                  {{2, 10, 0}, ""}};
-  for (const Row& row : kRows) EXPECT_EQ(modMozilla::GetWindowsVersionName(row.version), row.name);
+  static constexpr std::pair<WindowsVersion, const char*> kRows[] = {
+      {{1, 4, 0}, "95"}, {{1, 4, 10}, "98"}, {{2, 4, 0}, "NT"},    {{2, 5, 0}, "2K"},
+      {{2, 5, 1}, "XP"}, {{2, 5, 2}, ""},    {{2, 6, 0}, "Vista"}, {{2, 6, 1}, "Win7"},
+      {{2, 6, 2}, ""},   {{2, 10, 0}, ""}};
+  for (const auto& [version, name] : kRows)
+    EXPECT_EQ(modMozilla::GetWindowsVersionName(version), name);
   // A volume takes its version from the registry; a running Windows has the one it has.
   constexpr const char* kVersionKey = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
   for (const auto& [major, minor] : {std::pair{'\5', '\1'}, {'\6', '\1'}, {'\6', '\2'}}) {
@@ -296,27 +285,21 @@ struct CleanerFaultsTest : RunFixture {
 };
 
 TEST_F(CleanerFaultsTest, AFailingItemShowsItsMessageWritesNoLineAndTheNextOneRuns) {
-  struct Row {
-    const char* key;
-    const char* in_the_way;  // a folder where the item's list should be
-    const char* message;
-    const char* caption;
-  };
-  const Row rows[] = {
-      {"CleanUserFolders", "UDFO.txt", "There was an error in cleaning the User defined folders",
+  // A folder is where the item's list should be.
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      {"UDFO.txt", "There was an error in cleaning the User defined folders",
        "User-defined folders"},
-      {"CleanUserFiles", "UDFI.txt", "There was an error in cleaning User Defined Files",
-       "User-defined files"},
-      {"CleanCookies", "ck.txt", "There was an error in cleaning Cookies. ", "Cookies"}};
-  for (const Row& row : rows) machine->MakeFolder(own + row.in_the_way);
+      {"UDFI.txt", "There was an error in cleaning User Defined Files", "User-defined files"},
+      {"ck.txt", "There was an error in cleaning Cookies. ", "Cookies"}};
+  for (const auto& [in_the_way, message, caption] : rows) machine->MakeFolder(own + in_the_way);
   Tick({"CleanUserFolders", "CleanUserFiles", "CleanCookies", "CleanTempFiles", "CleanTypedURL"});
   engine.RunCleaning();
   ASSERT_EQ(view.criticals.size(), std::size(rows));
   for (size_t i = 0; i < std::size(rows); ++i) {
-    SCOPED_TRACE(rows[i].key);
-    EXPECT_TRUE(view.criticals[i].starts_with(rows[i].message)) << view.criticals[i];
-    EXPECT_TRUE(Holds(view.criticals[i], rows[i].in_the_way));
-    EXPECT_FALSE(Holds(view.report->log, rows[i].caption));
+    const auto& [in_the_way, message, caption] = rows[i];
+    EXPECT_TRUE(view.criticals[i].starts_with(message)) << view.criticals[i];
+    EXPECT_TRUE(Holds(view.criticals[i], in_the_way));
+    EXPECT_FALSE(Holds(view.report->log, caption));
   }
   EXPECT_TRUE(Holds(view.report->log, "Temporary files... "));
   EXPECT_TRUE(Holds(view.report->log, "Typed URLs... "));
@@ -326,22 +309,19 @@ TEST_F(CleanerFaultsTest, AFailingItemShowsItsMessageWritesNoLineAndTheNextOneRu
 }
 
 TEST_F(CleanerFaultsTest, AListGoesToItsEndWhenTheSettingsSaySo) {
-  const struct {
-    const char* settings;
-    int left;
-  } kRows[] = {
+  const std::pair<const char*, int> kRows[] = {
       {"", 301}, {"[General]\r\nAllValues=0\r\n", 301}, {"[General]\r\nAllValues=1\r\n", 0}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.settings);
+  for (const auto& [ini, left] : kRows) {
+    SCOPED_TRACE(ini);
     machine->RemoveRegistryTree(kUser, kRunMruKey);
     machine->SetRegistryValue(kUser, kRunMruKey, " long ", {kRegBinary, std::string(256, 'x')});
     for (int i = 0; i < 300; ++i)
       machine->SetText(kUser, kRunMruKey, "v" + std::to_string(i), "cmd");
-    WriteSettings(row.settings);
+    WriteSettings(ini);
     Clean("CleanRunMRU");
-    EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), row.left);
+    EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey).size(), left);
     EXPECT_TRUE(view.report->log.starts_with(
-        "Windows run history... Files Deleted: " + std::to_string(301 - row.left) + "\r\n"))
+        "Windows run history... Files Deleted: " + std::to_string(301 - left) + "\r\n"))
         << view.report->log;
   }
 }

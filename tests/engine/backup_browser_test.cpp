@@ -17,13 +17,14 @@ struct BackupBrowserTest : BackupFixture {
   }
 
   // The names in an order of the list.
-  static std::string Order(const BackupBrowser& browser) {
+  std::string Order() {
     std::string names;
     for (size_t row = 0; row < browser.EntryCount(); ++row)
       names += NamePart(browser.EntryText(row, EntryColumn::kPath)).substr(0, 1);
     return names;
   }
 
+  BackupBrowser browser{ports};
   std::string archive;
   ScriptedPrompts prompts;
 };
@@ -31,7 +32,6 @@ struct BackupBrowserTest : BackupFixture {
 TEST_F(BackupBrowserTest, ShowsAndSortsRows) {
   AddArchive("D_141120009057.zip", {"x"});
   machine->MakeFile(safe + "E_141120019057.zip", "no archive");
-  BackupBrowser browser(ports);
   browser.Refresh();
   ASSERT_EQ(browser.ArchiveCount(), 3u);
   EXPECT_EQ(browser.Chosen()->name, archive);  // the newest
@@ -45,18 +45,15 @@ TEST_F(BackupBrowserTest, ShowsAndSortsRows) {
   EXPECT_EQ(browser.Chosen()->name, archive);  // follows its archive
   EXPECT_EQ(browser.ChosenRow(), 2u);
 
-  EXPECT_EQ(Order(browser), "Abc");
-  const struct {
-    EntryColumn column;
-    const char* names;
-  } kOrders[] = {{EntryColumn::kPath, "cbA"},
-                 {EntryColumn::kSize, "cbA"},
-                 {EntryColumn::kSize, "Abc"},
-                 {EntryColumn::kState, "Abc"},
-                 {EntryColumn::kPath, "Abc"}};
-  for (const auto& order : kOrders) {
-    browser.SortEntries(order.column);
-    EXPECT_EQ(Order(browser), order.names);
+  EXPECT_EQ(Order(), "Abc");
+  const std::pair<EntryColumn, const char*> kOrders[] = {{EntryColumn::kPath, "cbA"},
+                                                         {EntryColumn::kSize, "cbA"},
+                                                         {EntryColumn::kSize, "Abc"},
+                                                         {EntryColumn::kState, "Abc"},
+                                                         {EntryColumn::kPath, "Abc"}};
+  for (const auto& [column, names] : kOrders) {
+    browser.SortEntries(column);
+    EXPECT_EQ(Order(), names);
   }
   EXPECT_EQ(browser.EntryText(0, EntryColumn::kSize), "2,000");
 
@@ -67,7 +64,6 @@ TEST_F(BackupBrowserTest, ShowsAndSortsRows) {
 }
 
 TEST_F(BackupBrowserTest, RestoresWhatIsSelected) {
-  BackupBrowser browser(ports);
   browser.Refresh();
   browser.RestoreSelected({}, prompts);
   EXPECT_EQ(browser.outcome(), "Nothing is selected.");
@@ -96,7 +92,6 @@ TEST_F(BackupBrowserTest, SaysWhatIsRefusedAndRepairsOnRequest) {
   AddArchive("C_141120109057.zip", {"../climbs", "fine", "zz/con.txt"});
   const std::string bytes = *ports.files.ReadWholeFile(safe + archive);
   ports.files.WriteWholeFile(safe + archive, bytes.substr(0, bytes.size() - 5));
-  BackupBrowser browser(ports);
   browser.Refresh();
   EXPECT_EQ(browser.ArchiveText(0, ArchiveColumn::kState), "Incomplete");
   EXPECT_TRUE(Holds(browser.outcome(), archive + ": "));
@@ -127,9 +122,9 @@ TEST_F(BackupBrowserTest, ACopyToViewGoesWithTheWindow) {
   Clean("CleanTempFiles");
   std::string copy;
   {
-    BackupBrowser browser(ports);
-    browser.Refresh();
-    copy = browser.View(1);
+    BackupBrowser shown(ports);
+    shown.Refresh();
+    copy = shown.View(1);
     EXPECT_EQ(Read(copy), "12345");
     EXPECT_TRUE(copy.starts_with(temp)) << copy;
   }
@@ -144,7 +139,6 @@ TEST_F(BackupBrowserTest, WhatIsRestoredOfTheRegistryIsToldAsKeys) {
   }
   undo.Store(ports, safe);
   machine->RemoveRegistryTree(kUser, "Software\\QxBrowser");
-  BackupBrowser browser(ports);
   browser.Refresh();
   for (size_t row = 0; row < browser.ArchiveCount(); ++row) {
     if (browser.ArchiveText(row, ArchiveColumn::kDrive) == "Registry") browser.ChooseArchive(row);
@@ -162,7 +156,6 @@ TEST_F(BackupBrowserTest, WhatMayRunIsShownInItsFolderInstead) {
   EXPECT_TRUE(CanRun(ports, "a.JNLP")) << "whoever knows it";
   for (const char* name : {"a.b.known", "a.known. "}) EXPECT_FALSE(CanRun(ports, name)) << name;
   EXPECT_TRUE(CanRun(ports, "C:\\x\\a.exe. "));
-  BackupBrowser browser(ports);
   browser.Refresh();
   browser.ChooseArchive(1);
   ASSERT_EQ(browser.EntryCount(), 6u);
@@ -177,7 +170,6 @@ TEST_F(BackupBrowserTest, WhatMayRunIsShownInItsFolderInstead) {
 
 TEST_F(BackupBrowserTest, DeletesTheChosenArchive) {
   AddArchive("D_141120009057.zip", {"x"});
-  BackupBrowser browser(ports);
   browser.Refresh();
   browser.ChooseArchive(1);
   browser.DeleteArchive();

@@ -35,23 +35,18 @@ TEST_F(BackupRestoreTest, NamesThatAreNotUtf8AreReadInTheirCodePage) {
 }
 
 TEST_F(BackupRestoreTest, BytesNamesTimesAndAttributesComeBack) {
-  struct File {
-    std::string name, bytes;
-    uint32_t attributes;
-    int64_t time;
-  };
-  const File files[] = {
+  const std::tuple<std::string, std::string, uint32_t, int64_t> files[] = {
       {"read only.txt", "kept", kReadOnly | kHidden, 132539328001234567},
       {"deep\\\xD0\x96\\\xE6\x97\xA5\xE6\x9C\xAC.bin", std::string(100000, 'b'), kArchive,
        131000000000000000},
       {"empty", "", kNormal, 125911584000000000},
       {"large", std::string(2500000, 'L') + "end", kSystem | kArchive, 133000000007654321}};
   std::map<std::string, FileInfo> before;
-  for (const File& file : files) {
-    machine->MakeFile(tree + file.name, file.bytes);
-    machine->SetLastWrite(tree + file.name, file.time);
-    ports.files.SetAttributes(tree + file.name, file.attributes);
-    before[file.name] = Look(tree + file.name);
+  for (const auto& [name, bytes, attributes, time] : files) {
+    machine->MakeFile(tree + name, bytes);
+    machine->SetLastWrite(tree + name, time);
+    ports.files.SetAttributes(tree + name, attributes);
+    before[name] = Look(tree + name);
   }
   const Names names = machine->Tree(tree);
   Clean(tree);
@@ -64,11 +59,11 @@ TEST_F(BackupRestoreTest, BytesNamesTimesAndAttributesComeBack) {
     EXPECT_EQ(result.problems, Names());
     const std::string root = to.empty() ? tree : to + "\\" + tree.substr(3);
     EXPECT_EQ(machine->Tree(root), names);
-    for (const File& file : files) {
-      SCOPED_TRACE(file.name);
-      EXPECT_EQ(Read(root + file.name), file.bytes);
-      EXPECT_EQ(Look(root + file.name).last_write, before[file.name].last_write);
-      EXPECT_EQ(Look(root + file.name).attributes, before[file.name].attributes);
+    for (const auto& [name, bytes, attributes, time] : files) {
+      SCOPED_TRACE(name);
+      EXPECT_EQ(Read(root + name), bytes);
+      EXPECT_EQ(Look(root + name).last_write, before[name].last_write);
+      EXPECT_EQ(Look(root + name).attributes, before[name].attributes);
     }
   }
 }
@@ -78,10 +73,8 @@ TEST_F(BackupRestoreTest, ASparseFileHasTheZerosOfItsEndAgain) {
   machine->MakeFile(scratch + "source", bytes);
   machine->MakeFolder(safe);
   ZipWriter writer(ports.files.Open(safe + archive, OpenMode::kReadAndCreate), 0);
-  ZipEntry entry;
-  entry.name = Stored(tree + "sparse");
-  entry.attributes = kSparse;
-  writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), {});
+  writer.Add({.name = Stored(tree + "sparse"), .attributes = kSparse},
+             *ports.files.Open(scratch + "source", OpenMode::kRead), {});
   writer.Finish();
   EXPECT_EQ(Restore().restored, 1u);
   EXPECT_TRUE(Read(tree + "sparse") == bytes);
@@ -181,14 +174,12 @@ TEST_F(BackupRestoreTest, AStopLeavesWhatIsNotRestoredYetAsItWas) {
   for (const char* name : {"a", "b", "c"}) machine->MakeFile(tree + name, "backup");
   machine->MakeFile(tree + "large", std::string(3 << 20, 'x'));
   CleanInOrder({"a", "b", "large", "c"});
-  struct Row {
-    const char* at;
-    uint64_t from;  // steps done
-    uint64_t restored;
-  };
-  for (const Row& row :
-       {Row{"a", 0, 0}, Row{"large", 0, 2}, Row{"large", 1 << 20, 2}, Row{"c", 0, 3}}) {
-    SCOPED_TRACE(row.at);
+  // At which file, how many steps into it, and what was restored by then.
+  const std::tuple<std::string, uint64_t, uint64_t> kRows[] = {
+      {"a", 0, 0}, {"large", 0, 2}, {"large", 1 << 20, 2}, {"c", 0, 3}};
+  for (const auto& row : kRows) {
+    const auto [at, from, restored] = row;
+    SCOPED_TRACE(at);
     for (const char* name : {"a", "b", "c", "large"}) machine->MakeFile(tree + name, "there");
     uint64_t begun = 0, last = 0;
     std::string path;
@@ -199,14 +190,15 @@ TEST_F(BackupRestoreTest, AStopLeavesWhatIsNotRestoredYetAsItWas) {
       last = progress.done;
       if (progress.path != path) begun = progress.done;
       path = progress.path;
-      return NamePart(progress.path) == row.at && progress.done - begun >= row.from;
+      return NamePart(progress.path) == std::get<0>(row) &&
+             progress.done - begun >= std::get<1>(row);
     };
     const RestoreResult result = Restore({}, "", OverwriteMode::kAlways);
     EXPECT_TRUE(result.cancelled);
-    EXPECT_EQ(result.restored, row.restored);
+    EXPECT_EQ(result.restored, restored);
     EXPECT_EQ(result.problems, Names());
-    EXPECT_EQ(Read(tree + "a"), row.restored > 0 ? "backup" : "there");
-    EXPECT_EQ(Read(tree + "large").size(), row.restored > 2 ? 3u << 20 : 5u);
+    EXPECT_EQ(Read(tree + "a"), restored > 0 ? "backup" : "there");
+    EXPECT_EQ(Read(tree + "large").size(), restored > 2 ? 3u << 20 : 5u);
     EXPECT_EQ(Read(tree + "c"), "there");
     EXPECT_EQ(machine->Tree(tree).size(), 4u);
   }

@@ -1,6 +1,5 @@
 #include "backup/backup_folder.h"
 #include "backup/backup_names.h"
-#include "run/stayed.h"
 #include "support/backup_fixture.h"
 #include "support/forwarding_files.h"
 
@@ -64,6 +63,17 @@ TEST_F(BackupTest, EveryKindOfFileIsInTheArchiveAndGone) {
   EXPECT_EQ(Content(safe + OnlyArchive()), want);
 }
 
+TEST_F(BackupTest, SingleFilesOfADriveInAnyCaseGoIntoOneArchive) {
+  MakeFiles(tree, "1 2");
+  const std::string other_case = static_cast<char>(tree[0] + 32) + tree.substr(1);
+  for (const std::string& file : {tree + "1", other_case + "2"})
+    EXPECT_TRUE(RemoveFile(context, file, Claim::kItem));
+  mod_zip.Close();
+  EXPECT_TRUE(OnlyArchive().starts_with(tree.substr(0, 1) + "_"));
+  EXPECT_EQ(Content(safe + OnlyArchive()).size(), 2u);
+  EXPECT_TRUE(state.FilesBackedUp == 2 && machine->Tree(tree).empty());
+}
+
 TEST_F(BackupTest, AnArchiveOfTheSameNameIsAddedTo) {
   machine->MakeFile(tree + "first", "1");
   Clean(tree);
@@ -71,11 +81,8 @@ TEST_F(BackupTest, AnArchiveOfTheSameNameIsAddedTo) {
   machine->MakeFile(tree + "second", "22");
   {
     ZipWriter writer(ports.files.Open(archive, OpenMode::kReadAndCreate), 1);
-    ZipEntry entry;
-    entry.name = "second";
-    writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), {});
-    entry.name = "taken back";
-    writer.Add(entry, *ports.files.Open(tree + "second", OpenMode::kRead), {});
+    for (const char* name : {"second", "taken back"})
+      writer.Add({.name = name}, *ports.files.Open(tree + "second", OpenMode::kRead), {});
     // An archive in use is neither repaired nor filled by anyone else.
     EXPECT_THROW(ports.files.Open(archive, OpenMode::kReadAndCreate), Error);
     EXPECT_THROW(backups.Repair(NamePart(archive)), Error);
@@ -125,57 +132,48 @@ TEST_F(BackupTest, ABackupFolderIsProvenBeforeItIsUsed) {
 
 TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
   machine->MakeFile(scratch + "no folder", "a file where the backup folder should be");
-  struct Row {
-    const char* what;
-    std::string folder;
-    bool strict;
-  };
-  for (const Row& row : {Row{"a file, by default", scratch + "no folder\\", false},
-                         Row{"a file, strictly", scratch + "no folder\\", true},
-                         Row{"a missing drive, by default", "Q:\\safe\\", false},
-                         Row{"a missing drive, strictly", "Q:\\safe\\", true}}) {
-    SCOPED_TRACE(row.what);
+  const std::string no_folder = scratch + "no folder\\", no_drive = "Q:\\safe\\";
+  for (const auto& [folder, strict] : {std::pair(no_folder, false), std::pair(no_folder, true),
+                                       std::pair(no_drive, false), std::pair(no_drive, true)}) {
+    SCOPED_TRACE(folder + (strict ? ", strictly" : ", by default"));
     static_cast<RunTotals&>(state) = {};
-    state.Strict = row.strict;
-    state.BackupFolder = row.folder;
+    state.Strict = strict;
+    state.BackupFolder = folder;
     MakeFiles(tree, "a b");
     CleanInOrder({"a", "b"});
-    EXPECT_EQ(machine->Tree(tree).size(), row.strict ? 2u : 0u);
-    EXPECT_EQ(state.RunFilesDeleted, row.strict ? 0 : 2);
+    EXPECT_EQ(machine->Tree(tree).size(), strict ? 2u : 0u);
+    EXPECT_EQ(state.RunFilesDeleted, strict ? 0 : 2);
     EXPECT_EQ(state.FilesBackedUp, 0);
-    EXPECT_EQ(state.SomeFilesLocked, row.strict);
-    EXPECT_EQ(state.FilesNotBackedUp, row.strict ? 0 : 2);
+    EXPECT_EQ(state.SomeFilesLocked, strict);
+    EXPECT_EQ(state.FilesNotBackedUp, strict ? 0 : 2);
     EXPECT_EQ(StayedNames(state, 9).find("a: It could not be backed up") != std::string::npos,
-              row.strict);
-    if (row.strict) {
+              strict);
+    if (strict) {
       EXPECT_FALSE(RemoveFile(context, tree + "b", Claim::kItem));
     }
-    EXPECT_TRUE(Backups(ports, row.folder).List().empty());
+    EXPECT_TRUE(Backups(ports, folder).List().empty());
   }
 }
 
 TEST_F(BackupTest, StrictlyAFileThatChangesAfterItWasArchivedStays) {
   constexpr int64_t kTime = 132'000'000'000'000'000, kLater = kTime + 10'000'000;
-  const struct {
-    const char* bytes;
-    int64_t time;
-  } kRows[] = {{"newer", kTime}, {"b", kLater}};
+  const std::pair<const char*, int64_t> kRows[] = {{"newer", kTime}, {"b", kLater}};
   state.Strict = true;
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.bytes);
+  for (const auto& [bytes, time] : kRows) {
+    SCOPED_TRACE(bytes);
     for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
     machine->SetLastWrite(tree + "a", kTime);
     view.on_status = [&](const std::string& status) {
       if (status != "Deleting file: " + tree + "b") return;
-      machine->MakeFile(tree + "a", row.bytes);
-      machine->SetLastWrite(tree + "a", row.time);
+      machine->MakeFile(tree + "a", bytes);
+      machine->SetLastWrite(tree + "a", time);
     };
     const std::string drive = state.BackupDrive;
     static_cast<RunTotals&>(state) = {};
     state.BackupDrive = drive;
     CleanInOrder({"a", "b"});
     EXPECT_EQ(machine->Tree(tree), Names{"a"});
-    EXPECT_EQ(Read(tree + "a"), row.bytes);
+    EXPECT_EQ(Read(tree + "a"), bytes);
     EXPECT_TRUE(Holds(StayedNames(state, 9), "it changed after it was archived"));
     EXPECT_TRUE(state.SomeFilesLocked);
     EXPECT_EQ(state.FilesBackedUp, 1);
@@ -269,9 +267,7 @@ TEST_F(BackupTest, FilesThatChangeWhileTheyAreReadAreTakenAsTheyAre) {
   const std::string archive = scratch + "a.zip";
   ZipWriter writer(ports.files.Open(archive, OpenMode::kReadAndCreate), 0);
   const auto add = [&](const char* name, ChangingFile file) {
-    ZipEntry entry;
-    entry.name = name;
-    writer.Add(entry, file, {});
+    writer.Add({.name = name}, file, {});
   };
   const std::string large(2 << 20, 'l');
   add("shrunk", ChangingFile(100, "short"));
@@ -305,10 +301,8 @@ TEST_F(BackupTest, WhatAFlushDoesNotBringToTheDiskIsTakenBack) {
   ZipWriter writer(
       std::make_unique<FullFile>(ports.files.Open(archive, OpenMode::kReadAndCreate), is_full), 0);
   for (const std::string name : {"first", "lost", "last"}) {
-    ZipEntry entry;
-    entry.name = name;
     ChangingFile file(1, "x");
-    writer.Add(entry, file, {});
+    writer.Add({.name = name}, file, {});
     is_full = name == "lost";
     if (is_full) {
       EXPECT_THROW(writer.Flush(), Error);

@@ -1,10 +1,8 @@
 // Profiles of today's browsers, their databases made by SQLite with the tables that those have:
 // what should go is gone from the bytes on the disk, and nothing else is.
 #include "app/cleaning_run.h"
-#include "app/preview_run.h"
 #include "app/undo_run.h"
 #include "browsers/browser_catalogue.h"
-#include "run/stayed.h"
 #include "support/browser_fixture.h"
 #include "support/scripted_prompts.h"
 
@@ -142,14 +140,12 @@ class BrowsersTest : public BrowserFixture {
 
 TEST_F(BrowsersTest, CookiesGoButForThoseOfKeptSitesHoweverTheBrowserEnded) {
   machine->MakeFile(ports.program_folder + "\\keep.txt", "site:dear.example\r\n");
-  const struct {
-    const char* name;
-    Left left;
-  } kRows[] = {{"whole", Left::kWhole}, {"log", Left::kLog}, {"journal", Left::kJournal}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    const std::string profile = firefox + "\\Profiles\\" + row.name;
-    MakeProfile(profile, row.left);
+  const std::pair<const char*, Left> kRows[] = {
+      {"whole", Left::kWhole}, {"log", Left::kLog}, {"journal", Left::kJournal}};
+  for (const auto& [name, state] : kRows) {
+    SCOPED_TRACE(name);
+    const std::string profile = firefox + "\\Profiles\\" + name;
+    MakeProfile(profile, state);
     const std::string cookies = profile + "\\cookies.sqlite";
     const Picture before = PictureOf(firefox);
     EXPECT_TRUE(IsIn(AllBytes(profile), "secret-old")) << "what the browser itself deleted";
@@ -214,31 +210,28 @@ TEST_F(BrowsersTest, ProfilesAreFoundWhereverTheyAre) {
           "far\\p\r\n[Profile2]\r\n"
           "Path=\r\n[Profile3]\r\nPath=Z:\\nowhere\r\n[Install1]\r\nDefault=x\r\n");
   const std::string package = local + "\\Packages\\Mozilla.Firefox_n80bbvh6b1yt2\\LocalCache\\";
-  const struct {
-    const char* name;
-    std::string path, cache;
-  } kRows[] = {
+  const std::tuple<const char*, std::string, std::string> kRows[] = {
       {"relative", firefox + "\\Profiles\\Kl\xC3\xA9o \xE5\xBC\xA0",
        local + "\\Mozilla\\Firefox\\Profiles\\Kl\xC3\xA9o \xE5\xBC\xA0"},
       {"absolute", scratch + "far\\p", ""},
       {"not named", firefox + "\\Profiles\\other", local + "\\Mozilla\\Firefox\\Profiles\\other"},
       {"of the Store", package + "Roaming\\Mozilla\\Firefox\\Profiles\\s",
        package + "Local\\Mozilla\\Firefox\\Profiles\\s"}};
-  for (const auto& row : kRows) {
-    MakeProfile(row.path);
-    if (!row.cache.empty()) machine->MakeFile(row.cache + "\\cache2\\entries\\B", "x");
+  for (const auto& [name, path, cache] : kRows) {
+    MakeProfile(path);
+    if (!cache.empty()) machine->MakeFile(cache + "\\cache2\\entries\\B", "x");
   }
   machine->MakeFile(firefox + "\\Profiles\\no profile\\logins.json", "dear");
   Run({"CleanMozillaCache", "CleanMozillaForms", "CleanMozillaPasswords"});
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_FALSE(IsIn(AllBytes(row.path), "secret-typed"));
-    EXPECT_EQ(Joined(machine->Tree(row.path)),
+  for (const auto& [name, path, cache] : kRows) {
+    SCOPED_TRACE(name);
+    EXPECT_FALSE(IsIn(AllBytes(path), "secret-typed"));
+    EXPECT_EQ(Joined(machine->Tree(path)),
               "cache2\\ cert9.db cookies.sqlite extensions.json favicons.sqlite formhistory.sqlite "
               "key4.db permissions.sqlite places.sqlite prefs.js storage\\ storage\\default\\ "
               "storage\\default\\moz-extension+++1\\ storage\\default\\moz-extension+++1\\idb\\ "
               "storage\\default\\moz-extension+++1\\idb\\1.sqlite");
-    EXPECT_EQ(Joined(machine->Tree(row.cache)), row.cache.empty() ? "" : "cache2\\");
+    EXPECT_EQ(Joined(machine->Tree(cache)), cache.empty() ? "" : "cache2\\");
   }
   EXPECT_TRUE(machine->Exists(firefox + "\\Profiles\\no profile\\logins.json"));
   EXPECT_TRUE(

@@ -14,32 +14,28 @@ struct CachePreviewTest : RunFixture {
 
 TEST_F(CachePreviewTest, AFileIsShownAsWhatItIs) {
   const std::string long_text = std::string((64 << 10) - 1, 'a') + "\xC3\xA4 and more";
-  struct Row {
-    const char* name;
-    std::string bytes;
-    std::string text;
-    bool picture = false;
-  };
-  const std::string kNeither = "The file of this entry is neither a text nor a picture.";
-  const Row kRows[] = {{"page.htm", "<p>\r\none\rtwo\n", "<p>\none\ntwo\n"},
-                       {"empty.htm", "", ""},
-                       {"utf8.txt", "﻿Größe", "Größe"},
-                       {"ansi.txt", "Gr\366\337e", "Größe"},
-                       {"wide.txt", std::string("\377\376a\0\xE4\0b", 7), "a\xC3\xA4"},
-                       {"long.txt", long_text, long_text.substr(0, (64 << 10) - 1)},
-                       {"photo.txt", "\xFF\xD8\xFF\xE0....", "", true},
-                       {"dot.gif", "GIF89a\1", "", true},
-                       {"dot.png", std::string("\x89PNG\r\n\x1A\n\0", 9), "", true},
-                       {"dot.bmp", std::string("BM\x3A\0\0\0\0\0\0\0\x36\0\0\0", 14), "", true},
-                       {"letters.txt", "BMX wheels", "BMX wheels"},
-                       {"tool.exe", std::string("MZ\0\0", 4), kNeither}};
-  for (const Row& row : kRows) {
-    SCOPED_TRACE(row.name);
-    machine->MakeFile(scratch + row.name, row.bytes);
-    const CacheContent content = Content(row.name);
-    EXPECT_EQ(content.text, row.text);
-    EXPECT_EQ(content.picture, row.picture ? scratch + row.name : "");
-    EXPECT_EQ(ports.files.ReadWholeFile(scratch + row.name), row.bytes);
+  const std::string kPicture = "(a picture)",
+                    kNeither = "The file of this entry is neither a text nor a picture.";
+  const std::tuple<const char*, std::string, std::string> kRows[] = {
+      {"page.htm", "<p>\r\none\rtwo\n", "<p>\none\ntwo\n"},
+      {"empty.htm", "", ""},
+      {"utf8.txt", "﻿Größe", "Größe"},
+      {"ansi.txt", "Gr\366\337e", "Größe"},
+      {"wide.txt", std::string("\377\376a\0\xE4\0b", 7), "a\xC3\xA4"},
+      {"long.txt", long_text, long_text.substr(0, (64 << 10) - 1)},
+      {"photo.txt", "\xFF\xD8\xFF\xE0....", kPicture},
+      {"dot.gif", "GIF89a\1", kPicture},
+      {"dot.png", std::string("\x89PNG\r\n\x1A\n\0", 9), kPicture},
+      {"dot.bmp", std::string("BM\x3A\0\0\0\0\0\0\0\x36\0\0\0", 14), kPicture},
+      {"letters.txt", "BMX wheels", "BMX wheels"},
+      {"tool.exe", std::string("MZ\0\0", 4), kNeither}};
+  for (const auto& [name, bytes, text] : kRows) {
+    SCOPED_TRACE(name);
+    machine->MakeFile(scratch + name, bytes);
+    const CacheContent content = Content(name);
+    EXPECT_EQ(content.text, text == kPicture ? "" : text);
+    EXPECT_EQ(content.picture, text == kPicture ? scratch + name : "");
+    EXPECT_EQ(ports.files.ReadWholeFile(scratch + name), bytes);
   }
 }
 

@@ -2,7 +2,6 @@
 #include "browsers/browser_catalogue.h"
 #include "browsers/firefox_cleaner.h"
 #include "browsers/firefox_profiles.h"
-#include "run/stayed.h"
 #include "support/browser_fixture.h"
 #include "support/forwarding_files.h"
 
@@ -96,16 +95,14 @@ class ChromiumTest : public BrowserFixture {
   }
 };
 
-const struct {
-  const char* kind;
-  std::vector<const char*> gone;  // texts
-} kKindRows[] = {{"chrome:cache", {"secret-cache", "secret-code"}},
-                 {"chrome:cookies", {"secret-one"}},
-                 {"chrome:history", {"secret-url", "secret-links", "secret-icon"}},
-                 {"chrome:forms", {"secret-typed"}},
-                 {"chrome:passwords", {"secret-pw"}},
-                 {"chrome:sessions", {"secret-tabs"}},
-                 {"chrome:sitedata", {"secret-idb", "secret-sw"}}};
+const std::pair<const char*, std::vector<const char*>> kKindRows[] = {
+    {"chrome:cache", {"secret-cache", "secret-code"}},
+    {"chrome:cookies", {"secret-one"}},
+    {"chrome:history", {"secret-url", "secret-links", "secret-icon"}},
+    {"chrome:forms", {"secret-typed"}},
+    {"chrome:passwords", {"secret-pw"}},
+    {"chrome:sessions", {"secret-tabs"}},
+    {"chrome:sitedata", {"secret-idb", "secret-sw"}}};
 
 TEST_F(ChromiumTest, EachKindTakesItsOwnInEveryProfileAndNothingElse) {
   machine->MakeFile(ports.program_folder + "\\keep.txt", "site:dear.example\r\n");
@@ -116,18 +113,18 @@ TEST_F(ChromiumTest, EachKindTakesItsOwnInEveryProfileAndNothingElse) {
   std::map<std::string, std::string> dear;
   for (const std::string& name : kDear)
     dear[name] = *ports.files.ReadWholeFile(profiles[0] + "\\" + name);
-  for (const auto& row : kKindRows) {
-    SCOPED_TRACE(row.kind);
+  for (const auto& [kind, gone] : kKindRows) {
+    SCOPED_TRACE(kind);
     const std::string before = AllBytes(chrome);
-    for (const char* text : row.gone) EXPECT_TRUE(IsIn(before, text)) << text;
-    Clean({row.kind});
+    for (const char* text : gone) EXPECT_TRUE(IsIn(before, text)) << text;
+    Clean({kind});
     const std::string left = AllBytes(chrome);
-    for (const auto& other : kKindRows) {
-      for (const char* text : other.gone)
-        EXPECT_EQ(IsIn(left, text), other.kind != row.kind && IsIn(before, text)) << text;
+    for (const auto& [other, texts] : kKindRows) {
+      for (const char* text : texts)
+        EXPECT_EQ(IsIn(left, text), other != kind && IsIn(before, text)) << text;
     }
     const Picture after = PictureOf(chrome);
-    Clean({row.kind});
+    Clean({kind});
     EXPECT_EQ(PictureOf(chrome), after) << "a second run changes nothing";
   }
   for (const std::string& profile : profiles) {

@@ -1,7 +1,6 @@
 #include "run/keep_list.h"
 
 #include "platform/filetime.h"
-#include "platform/path.h"
 #include "run/exit_code.h"
 #include "settings/keep_file.h"
 #include "support/plugin_fixture.h"
@@ -40,12 +39,7 @@ struct KeepListTest : PluginFixture {
 TEST_F(KeepListTest, ALineKeepsWhatItNamesHoweverItIsSpelled) {
   FillTree();
   machine->MakeFolderLink(scratch + "link", WithoutBackslash(tree));
-  struct Row {
-    const char* name;
-    std::string lines;
-    Names left;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, std::string, Names> rows[] = {
       {"nothing", "; " + tree + "a.txt\r\n\r\n  \r\n", {}},
       {"a file", tree + "a.txt", {"a.txt"}},
       {"in another case", "  " + UpCase(tree) + "A.TXT  \r\n", {"a.txt"}},
@@ -63,19 +57,19 @@ TEST_F(KeepListTest, ALineKeepsWhatItNamesHoweverItIsSpelled) {
       {"a folder with all below it", tree + "SUB\\", {"sub\\c.txt", "sub\\deep\\d.doc"}},
       {"several", "*.doc\n" + tree + "a.txt\n", {"a.txt", "b.doc", "sub\\deep\\d.doc"}}};
   bool backs_up = false;
-  for (const Row& row : rows) {
+  for (const auto& [name, lines, stays] : rows) {
     backs_up = !backs_up;
-    SCOPED_TRACE(row.name);
+    SCOPED_TRACE(name);
     WriteSettings(backs_up ? "[General]\nDelMethod=B" : "[General]\nDelMethod=D");
-    Keep(row.lines);
+    Keep(lines);
     const Names left = LeftOfTree();
     const std::string& log = engine.state().RunLog;
     // Links of a volume are not followed; then that is told.
     if (left.empty() && log.find("cannot be opened: ") != log.npos) continue;
-    EXPECT_EQ(left, row.left);
+    EXPECT_EQ(left, stays);
     const bool is_told = log.find("Kept by the keep list: ") != log.npos ||
                          log.find("it is kept by your line") != log.npos;
-    EXPECT_EQ(is_told, !row.left.empty()) << log;
+    EXPECT_EQ(is_told, !stays.empty()) << log;
   }
 }
 

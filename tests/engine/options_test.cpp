@@ -1,6 +1,5 @@
 #include "app/options.h"
 
-#include "platform/path.h"
 #include "support/run_fixture.h"
 
 namespace quellix {

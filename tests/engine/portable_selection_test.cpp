@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 
 #include "app/item_catalogue.h"
@@ -65,24 +66,17 @@ TEST(Selection, WhatLosesDataForGoodGoesAlongOnlyWhenTheSettingsSaySo) {
 }
 
 TEST(Selection, AGroupsHeadingFillsItFirstAndClearsItWhenFull) {
-  struct Row {
-    Group group;
-    int boxes;
-  };
-  for (const Row row : {Row{Group::kFolderFiles, 10}, Row{Group::kMiscellaneous, 6},
-                        Row{Group::kInternet, 6}, Row{Group::kFirefox, 6}}) {
+  for (const auto& [group, boxes] :
+       {std::pair(Group::kFolderFiles, 10), std::pair(Group::kMiscellaneous, 6),
+        std::pair(Group::kInternet, 6), std::pair(Group::kFirefox, 6)}) {
     Selection selection;
-    selection.ToggleGroup(row.group);
-    EXPECT_EQ(CountIn(selection, row.group), row.boxes);
-    for (const Item& item : AllItems()) {
-      if (item.group == row.group) {
-        selection.SetChecked(item, false);
-        break;
-      }
-    }
-    selection.ToggleGroup(row.group);
-    EXPECT_EQ(CountIn(selection, row.group), row.boxes);
-    selection.ToggleGroup(row.group);
+    selection.ToggleGroup(group);
+    EXPECT_EQ(CountIn(selection, group), boxes);
+    const auto& items = AllItems();
+    selection.SetChecked(*std::ranges::find(items, group, &Item::group), false);
+    selection.ToggleGroup(group);
+    EXPECT_EQ(CountIn(selection, group), boxes);
+    selection.ToggleGroup(group);
     EXPECT_EQ(selection.CountChecked(), 0);
   }
 }

@@ -4,9 +4,7 @@
 
 #include "app/entry_list.h"
 #include "app/item_list.h"
-#include "app/preview_run.h"
 #include "app/run_logs.h"
-#include "platform/path.h"
 #include "run/exit_code.h"
 #include "support/registry_fixture.h"
 

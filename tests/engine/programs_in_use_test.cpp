@@ -1,6 +1,5 @@
 // Programs that hold open what a run is about to clean, and what becomes of them.
 #include "app/preview_run.h"
-#include "platform/error.h"
 #include "plugins/plugin_file.h"
 #include "support/browser_fixture.h"
 #include "support/forwarding_files.h"

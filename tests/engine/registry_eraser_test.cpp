@@ -6,7 +6,6 @@
 #include "registry_tools/mod_registry.h"
 #include "run/protected_keys.h"
 #include "support/registry_fixture.h"
-#include "support/run_fixture.h"
 #include "support/unstored_registry.h"
 
 namespace quellix {

@@ -41,11 +41,7 @@ struct RegistryScanTest : RegistryFixture {
   Names NamesInOrder(const std::string& key) {
     Names names;
     const auto open = ports.registry.Open(kMachine, key, RegistryAccess::kRead);
-    for (uint32_t i = 0; open; ++i) {
-      const auto value = open->ValueAt(i);
-      if (!value) break;
-      names.push_back(value->name);
-    }
+    for (uint32_t i = 0; const auto value = open->ValueAt(i); ++i) names.push_back(value->name);
     return names;
   }
   std::string File(const std::string& name, bool there) {
@@ -156,20 +152,19 @@ TEST_F(RegistryScanTest, StopLeavesTheRowsFoundSoFar) {
 
 TEST_F(RegistryScanTest, ApplicationPaths) {
   const std::string there = File("there.exe", true), gone = File("gone.exe", false);
-  const struct {
-    std::string name, value, row;
-  } kRows[] = {{"a gone.exe", gone, "!x|a gone.exe|" + gone},
-               {"b quoted.exe", "\"" + there + "\"", "+-|b quoted.exe|" + there},
-               {"c variable.exe", "%ProgramFiles%\\gone.exe", ""},
-               {"d there.exe", there, "+-|d there.exe|" + there},
-               {"e empty", "", ""},
-               {"f nested.exe", gone, "!x|f nested.exe|" + gone},
-               {"g folder", scratch, "+-|g folder|" + scratch},
-               {"h half quoted", "\"" + gone, "!x|h half quoted|" + gone}};
+  const std::tuple<std::string, std::string, std::string> kRows[] = {
+      {"a gone.exe", gone, "!x|a gone.exe|" + gone},
+      {"b quoted.exe", "\"" + there + "\"", "+-|b quoted.exe|" + there},
+      {"c variable.exe", "%ProgramFiles%\\gone.exe", ""},
+      {"d there.exe", there, "+-|d there.exe|" + there},
+      {"e empty", "", ""},
+      {"f nested.exe", gone, "!x|f nested.exe|" + gone},
+      {"g folder", scratch, "+-|g folder|" + scratch},
+      {"h half quoted", "\"" + gone, "!x|h half quoted|" + gone}};
   Names found;
-  for (const auto& row : kRows) {
-    Set(kMachine, std::string(kApps) + "\\" + row.name, "", Text(row.value));
-    if (!row.row.empty()) found.push_back(row.row);
+  for (const auto& [name, value, shown] : kRows) {
+    Set(kMachine, std::string(kApps) + "\\" + name, "", Text(value));
+    if (!shown.empty()) found.push_back(shown);
   }
   Set(kMachine, std::string(kApps) + "\\a gone.exe", "Path", Text("C:\\x"));
   Set(kMachine, std::string(kApps) + "\\f nested.exe\\sub", "v", Number(1));

@@ -1,7 +1,5 @@
 #include "run/removal.h"
 
-#include "run/stayed.h"
-#include "search/drive_scan.h"
 #include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 
@@ -18,27 +16,6 @@ class RemovalTest : public RunFixture {
   }
 
   RunState& state;
-};
-
-// Keeps what it is given; fails on request.
-class RecordingArchive : public BackupArchive {
- public:
-  Names archives, files;
-  bool fails = false;
-  int deleted = 0;
-
-  std::string WhyUnusable(std::string_view) override { return ""; }
-  void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override {
-    archives.push_back(std::string(folder).append(prefix));
-  }
-  std::string BackupFile(Folder&, std::string_view path) override {
-    files.emplace_back(path);
-    if (fails) throw Error(Error::Kind::kOther, "no room");
-    return {};
-  }
-  void Flush() override {}
-  void DeleteBackupArchive() override { ++deleted; }
-  void Close() override {}
 };
 
 TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes) {
@@ -76,30 +53,27 @@ TEST_F(RemovalTest, EveryModeRemovesReadOnlyFilesAndFailsOnLockedAndMissingOnes)
 }
 
 TEST_F(RemovalTest, WipingOverwritesOnceByteByByteOrByStep) {
-  struct Row {
-    const char* name;
-    uint64_t step;
-    uint8_t extra;
-  };
-  for (const Row& row : {Row{"zeros, bytes", 1, 0}, Row{"random, bytes", 1, 2},
-                         Row{"zeros, steps", 4, 0}, Row{"random, steps", 4, 1}}) {
-    SCOPED_TRACE(row.name);
+  const std::tuple<const char*, uint64_t, uint8_t> kRows[] = {{"zeros, bytes", 1, 0},
+                                                              {"random, bytes", 1, 2},
+                                                              {"zeros, steps", 4, 0},
+                                                              {"random, steps", 4, 1}};
+  for (const auto& [name, step, extra] : kRows) {
+    SCOPED_TRACE(name);
     const std::string file = scratch + "secret.bin";
     const std::string secret(10, '\xEE');
     machine->MakeFile(file, secret);
-    state.WipeStep = row.step;
-    state.ExtraSecurity = row.extra;
+    state.WipeStep = step;
+    state.ExtraSecurity = extra;
     state.AbortRequested = false;
     // Stop at a pause in the middle: what was overwritten stays so, the rest and the file too.
     int pauses = 0;
     view.on_pause = [&] { state.AbortRequested = ++pauses > 5; };
-    EXPECT_FALSE(Remove(file, kWipe) && row.step == 1);
+    EXPECT_FALSE(Remove(file, kWipe) && step == 1);
     view.on_pause = nullptr;
-    if (row.step == 1) {
+    if (step == 1) {
       const std::string left = Read(file);
       EXPECT_EQ(left.substr(5), secret.substr(5));
-      for (const char c : left.substr(0, 5))
-        EXPECT_TRUE(row.extra != 0 ? c >= 0 && c <= 100 : c == 0);
+      for (const char c : left.substr(0, 5)) EXPECT_TRUE(extra != 0 ? c >= 0 && c <= 100 : c == 0);
       state.AbortRequested = false;
       EXPECT_TRUE(Remove(file, kWipe));
     }
@@ -174,23 +148,6 @@ TEST_F(RemovalTest, OfAFileWithFurtherNamesOnlyTheNameGoes) {
   EXPECT_EQ(Read(scratch + "two"), "data");
   EXPECT_TRUE(Holds(state.RunLog, "one has further names"));
   EXPECT_EQ(state.Entries->all.back().way, Way::kDeleted) << "it was not wiped";
-}
-
-TEST_F(RemovalTest, BackupArchivesPerDriveAndDeletesEvenWhenArchivingFails) {
-  RecordingArchive archive;
-  CleaningContext with_archive{ports, settings, state, view, archive};
-  state.RemovalMode = kBackUp;
-  state.BackupFolder = "C:\\Safe\\";
-  for (const char* name : {"1", "2", "3"}) machine->MakeFile(scratch + name, "x");
-  const std::string other_case = static_cast<char>(scratch[0] + 32) + scratch.substr(1);
-  EXPECT_TRUE(RemoveFile(with_archive, scratch + "1", Claim::kItem));
-  EXPECT_TRUE(RemoveFile(with_archive, other_case + "2", Claim::kItem));
-  archive.fails = true;
-  EXPECT_TRUE(RemoveFile(with_archive, scratch + "3", Claim::kItem));
-  EXPECT_EQ(archive.archives, Names{"C:\\Safe\\" + scratch.substr(0, 1) + "_"});
-  EXPECT_EQ(archive.files.size(), 3u);
-  EXPECT_EQ(state.FilesBackedUp, 2);
-  EXPECT_TRUE(machine->Tree(scratch).empty());
 }
 
 TEST_F(RemovalTest, PendingFilesAreShownCountedAndStopped) {

@@ -1,7 +1,6 @@
 // A restore among files and folders that do not do as they are told.
 #include "backup/leftovers.h"
 #include "backup/registry_undo.h"
-#include "run/stayed.h"
 #include "support/backup_fixture.h"
 #include "support/forwarding_files.h"
 

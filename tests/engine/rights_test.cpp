@@ -2,7 +2,6 @@
 #include "app/rights.h"
 
 #include "app/item_list.h"
-#include "app/preview_run.h"
 #include "app/recipe_sections.h"
 #include "plugins/recipe_rights.h"
 #include "plugins/recipe_run.h"

@@ -1,10 +1,8 @@
 // What is left of a run for later reading: its record, its list, and the backups that expire.
 
-#include <algorithm>
 #include <ranges>
 
 #include "app/entry_list.h"
-#include "app/preview_run.h"
 #include "app/run_checks.h"
 #include "app/run_logs.h"
 #include "app/run_report.h"
@@ -12,7 +10,6 @@
 #include "backup/backups.h"
 #include "platform/filetime.h"
 #include "platform/recycle_index.h"
-#include "run/stayed.h"
 #include "support/recording_session.h"
 #include "support/run_fixture.h"
 

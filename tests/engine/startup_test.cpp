@@ -201,21 +201,18 @@ TEST_F(LoadTest, AMissingTipsFileIsToldOnlyWhereTipsAreShown) {
 }
 
 TEST(ShutDownTest, EachCommandPassesItsFlags) {
-  const struct {
-    const char* name;
-    void (*command)(Session&);
-    const char* exit;
-  } kRows[] = {{"Power Off", modShutDown::PowerOff, "exit 8 4294967295"},
-               {"Restart", modShutDown::Restart, "exit 4 4294967295"},
-               {"Log Off", modShutDown::LogOff, "exit 0 4294967295"},
-               {"Shutdown", modShutDown::ShutDown, "exit 1 4294967295"},
-               {"Force Shutdown", modShutDown::ForceShutDown, "exit 4 4294967295"}};
-  for (const auto& row : kRows) {
+  const std::tuple<const char*, void (*)(Session&), const char*> kRows[] = {
+      {"Power Off", modShutDown::PowerOff, "exit 8 4294967295"},
+      {"Restart", modShutDown::Restart, "exit 4 4294967295"},
+      {"Log Off", modShutDown::LogOff, "exit 0 4294967295"},
+      {"Shutdown", modShutDown::ShutDown, "exit 1 4294967295"},
+      {"Force Shutdown", modShutDown::ForceShutDown, "exit 4 4294967295"}};
+  for (const auto& [name, command, exit_call] : kRows) {
     for (const bool fails : {false, true}) {
       RecordingSession session;
       session.fails = fails;
-      row.command(session);
-      EXPECT_EQ(session.calls, (Names{"enable SeShutdownPrivilege", row.exit})) << row.name;
+      command(session);
+      EXPECT_EQ(session.calls, (Names{"enable SeShutdownPrivilege", exit_call})) << name;
     }
   }
 }

@@ -2,8 +2,6 @@
 #include "app/system_cleaning.h"
 
 #include "app/item_list.h"
-#include "app/preview_run.h"
-#include "platform/error.h"
 #include "support/run_fixture.h"
 
 namespace quellix {

@@ -221,12 +221,7 @@ std::string Changed(size_t at, const std::string& bytes) {
   return std::string(kPlain).replace(at, bytes.size(), bytes);
 }
 
-const struct {
-  const char* what;
-  const char* name;
-  std::string file;
-  Pins pins;
-} kListRows[] = {
+const std::tuple<const char*, const char*, std::string, Pins> kListRows[] = {
     {"an empty file", kAutomatic, "", Pins::kNone},
     {"an empty list", kAutomatic, CompoundBytes("DestList", ""), Pins::kNone},
     {"no entries", kAutomatic, AutomaticList(4, {}), Pins::kNone},
@@ -269,7 +264,8 @@ const struct {
     {"another form", kCustom, Little(3, 4) + Little(0, 8), Pins::kUnknown}};
 
 TEST(JumpListTest, APinIsSeenWhereverItStandsAndWhatDoesNotTellIsUnknown) {
-  for (const auto& row : kListRows) EXPECT_EQ(PinsOf(row.name, row.file), row.pins) << row.what;
+  for (const auto& [what, name, file, pins] : kListRows)
+    EXPECT_EQ(PinsOf(name, file), pins) << what;
   EXPECT_TRUE(IsJumpList("5F7B.AutomaticDestinations-ms"));
   EXPECT_FALSE(IsJumpList("automaticDestinations-ms.lnk"));
 }

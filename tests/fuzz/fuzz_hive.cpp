@@ -2,9 +2,7 @@
 // what is written is a hive that is sound.
 #include "fuzz/check.h"
 #include "fuzz/volume_file.h"
-#include "platform/error.h"
 #include "registry_tools/scan_tools.h"
-#include "support/hive_file.h"
 
 using namespace quellix;
 

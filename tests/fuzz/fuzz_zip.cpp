@@ -82,10 +82,8 @@ void ReadAll(ZipReader& reader) {
 
 void Add(const std::shared_ptr<std::string>& bytes, uint64_t count) {
   Bytes source(std::make_shared<std::string>("added"));
-  ZipEntry entry;
-  entry.name = "added";
   ZipWriter writer(std::make_unique<Bytes>(bytes), count);
-  writer.Add(entry, source, {});
+  writer.Add({.name = "added"}, source, {});
   writer.Finish();
   const auto reader = Open(bytes);
   Check(reader && reader->count() == count + 1);

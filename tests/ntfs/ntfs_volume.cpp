@@ -5,11 +5,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
 
 #include "platform/text.h"
-#include "support/hive_file.h"
 
 namespace quellix {
 namespace {

@@ -1,8 +1,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-
 #include "contract/error_kind.h"
 #include "ntfs/ntfs_volume.h"
 

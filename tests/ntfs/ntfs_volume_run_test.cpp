@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
-#include <filesystem>
 
 #include "cli/console_fixture.h"
 #include "ntfs/ntfs_volume.h"
@@ -12,8 +11,6 @@ namespace quellix {
 namespace {
 
 namespace fs = std::filesystem;
-
-const std::string kMru = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU";
 
 // A Windows on an NTFS, cleaned by the console.
 struct NtfsRun : testing::Test {
@@ -28,7 +25,7 @@ struct NtfsRun : testing::Test {
     fs::create_directory(Temp("Sub"));
     WriteNative(Temp("Sub/b.tmp"), "12345");
     VolumeMachine machine(options());
-    const auto key = machine.machine().registry.Create(RegistryRoot::kCurrentUser, kMru);
+    const auto key = machine.machine().registry.Create(kUser, kRunMruKey);
     key->SetValue("MRUList", {kRegSz, ToUtf16Bytes("a") + std::string(2, '\0')});
     key->SetValue("a", {kRegSz, ToUtf16Bytes("cmd\\1") + std::string(2, '\0')});
     machine.registry().CloseHives();
@@ -39,8 +36,7 @@ struct NtfsRun : testing::Test {
   }
   bool HasMru() {
     VolumeMachine machine(options());
-    const auto key =
-        machine.machine().registry.Open(RegistryRoot::kCurrentUser, kMru, RegistryAccess::kRead);
+    const auto key = machine.machine().registry.Open(kUser, kRunMruKey, RegistryAccess::kRead);
     return key && key->ValueAt(0).has_value();
   }
   ProgramResult Run(const std::vector<std::string>& arguments) {
@@ -127,7 +123,7 @@ TEST_F(NtfsRun, WhatIsDeletedFromTheRegistryIsNowhereOnTheDisk) {
   const std::string hive = volume_->path() + "/Users/" + kTesterName + "/NTUSER.DAT";
   {
     VolumeMachine machine(options());
-    const auto key = machine.machine().registry.Create(RegistryRoot::kCurrentUser, kMru);
+    const auto key = machine.machine().registry.Create(kUser, kRunMruKey);
     key->SetValue("b", {kRegSz, wide + std::string(2, '\0')});
     machine.registry().CloseHives();
   }

@@ -46,10 +46,8 @@ struct BackupFixture : RunFixture {
     ZipWriter writer(ports.files.Open(safe + name, OpenMode::kReadAndCreate), 0);
     for (const char* stored : entries) {
       machine->MakeFile(scratch + "source", stored);
-      ZipEntry entry;
-      entry.name = stored;
-      entry.flags = flags;
-      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), {});
+      writer.Add({.name = stored, .flags = flags},
+                 *ports.files.Open(scratch + "source", OpenMode::kRead), {});
     }
     writer.Finish();
     ports.files.RemoveFile(scratch + "source");

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "app/preview_run.h"
 #include "engine.h"
 #include "platform/text.h"
+#include "run/stayed.h"
 #include "search/drive_scan.h"
 #include "support/scripted_view.h"
 #include "support/test_machine.h"

@@ -36,11 +36,8 @@ Names TestMachine::Tree(std::string_view folder) {
 Names TestMachine::ValueNames(RegistryRoot root, std::string_view key) {
   Names names;
   const auto open = machine().registry.Open(root, key, RegistryAccess::kRead);
-  for (uint32_t i = 0; open; ++i) {
-    const auto value = open->ValueAt(i);
-    if (!value) break;
-    names.push_back(value->name);
-  }
+  if (!open) return names;
+  for (uint32_t i = 0; const auto value = open->ValueAt(i); ++i) names.push_back(value->name);
   std::sort(names.begin(), names.end());
   return names;
 }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "platform/error.h"
 #include "platform/machine.h"
+#include "platform/path.h"
 #include "support/holds.h"
 
 namespace quellix {

@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "platform/path.h"
 #include "platform/win32/win32_machine.h"
 #include "platform/win32/win32_path.h"
 #include "platform/win32/win32_text.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <filesystem>
+
 #include "platform/volume/volume_machine.h"
 #include "support/hive_file.h"
 #include "support/test_machine.h"

@@ -4,10 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
 #include <stdexcept>
 
-#include "platform/path.h"
 #include "platform/text.h"
 #include "platform/volume/unique_fd.h"
 #include "support/volume_seed.h"

@@ -1,15 +1,10 @@
-#include <gtest/gtest.h>
 
 #include <map>
 
 #include "opener.h"
-#include "quellix_window.h"
-#include "ui/resource.h"
 
 namespace quellix::test {
 namespace {
-
-fs::path BackupFolder() { return ProgramFolder() / "Backup"; }
 
 struct FrmBackupsTest : testing::Test {
   void SetUp() override {

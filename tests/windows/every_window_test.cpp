@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
 
 #include <regex>
 
 #include "opener.h"
-#include "quellix_window.h"
-#include "ui/resource.h"
 
 namespace quellix::test {
 namespace {

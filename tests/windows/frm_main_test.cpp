@@ -1,20 +1,9 @@
-#include <gtest/gtest.h>
 
-#include <set>
 
 #include "quellix_window.h"
-#include "ui/resource.h"
 
 namespace quellix::test {
 namespace {
-
-// The 1st to 30th value of chkItems.txt that are set; the rest are not.
-std::string CheckStates(const std::set<int>& set) {
-  std::string line;
-  for (int place = 1; place <= 30; ++place)
-    line += (place > 1 ? "," : "") + std::string(set.contains(place) ? "1" : "0");
-  return line + "\r\n";
-}
 
 class FrmMainTest : public ::testing::Test {
  protected:

@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
 
-#include <vector>
 
 #include "quellix_window.h"
 #include "support/cache_entry_win32.h"
-#include "ui/resource.h"
 
 namespace quellix::test {
 namespace {

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 
 #include <map>
 
@@ -319,12 +318,7 @@ TEST_F(FrmOptionsTest, AFailedWriteIsToldAndTheWindowStays) {
 
 constexpr wchar_t kChosen[] = L"C:\\quellix-tests\\br\u00F6wse";
 constexpr wchar_t kOwn[] = L"C:\\quellix-tests\\own";  // no backups are kept where cleaned
-const struct {
-  const char* name;
-  OptionsPage page;
-  int button, field;
-  std::wstring want;
-} kBrowsed[] = {
+const std::tuple<const char*, OptionsPage, int, int, std::wstring> kBrowsed[] = {
     {"backups", OptionsPage::kDeletion, cmdBrowseBackup, txtBackup, kChosen},
     {"ignored folders", OptionsPage::kIgnoredFolders, cmdBrowse, txtEntry,
      std::wstring(kChosen) + L"\\"},
@@ -344,21 +338,23 @@ TEST_F(FrmOptionsTest, WhatIsChosenInADialogArrivesInItsField) {
     Type(dialog, GetDlgItem(dialog, kFileName) ? kFileName : kFileNameWithoutList,
          chosen / L"chosen.txt");
   };
-  for (const auto& row : kBrowsed) {
-    SCOPED_TRACE(row.name);
-    options.GoTo(row.page);
-    const std::wstring before = TextOf(options.Control(row.field));
+  for (const auto& [name, page, button, field, want] : kBrowsed) {
+    SCOPED_TRACE(name);
+    options.GoTo(page);
+    const bool is_file = page == OptionsPage::kUserFiles;
+    const fs::path folder = page == OptionsPage::kUserFolders ? own : chosen;
+    const std::wstring before = TextOf(options.Control(field));
     for (const int answer : {IDCANCEL, IDOK}) {
       ASSERT_TRUE(Browse(
-          options.Control(row.button),
+          options.Control(button),
           [&](HWND dialog) {
-            if (row.page == OptionsPage::kUserFiles) return file(dialog);
-            program.SelectFolder(dialog, row.page == OptionsPage::kUserFolders ? own : chosen);
+            if (is_file) return file(dialog);
+            program.SelectFolder(dialog, folder);
           },
           answer));
-      EXPECT_EQ(TextOf(options.Control(row.field)), answer == IDOK ? row.want : before);
+      EXPECT_EQ(TextOf(options.Control(field)), answer == IDOK ? want : before);
     }
-    if (row.field == txtEntry) options.Type(txtEntry, L"");
+    if (field == txtEntry) options.Type(txtEntry, L"");
   }
   Apply(options);
   options.GoTo(OptionsPage::kBackups);

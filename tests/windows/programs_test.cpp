@@ -1,9 +1,7 @@
 // A program that runs while what it holds is to be cleaned.
-#include <gtest/gtest.h>
 
 #include "quellix_window.h"
 #include "support/embedded_win32.h"
-#include "ui/resource.h"
 
 namespace quellix::test {
 namespace {
@@ -20,9 +18,7 @@ struct ProgramsTest : testing::Test {
     const std::string recipe = "D|Traces of a program\r\nP|qxprogram.exe\r\nF|No|No|" +
                                kTrace.parent_path().string() + "\\*.*\r\n";
     WriteBytes(ProgramFolder() / "Plugins" / "qx.cdp", WithSeparators(recipe));
-    std::string ticks;
-    for (int place = 1; place <= 30; ++place) ticks += place == 21 ? "1," : "0,";  // Plugins
-    WriteBytes(ProgramFolder() / "chkItems.txt", ticks);
+    WriteBytes(ProgramFolder() / "chkItems.txt", CheckStates({21}));  // Plugins
     WriteBytes(ProgramFolder() / "plg.txt", WithSeparators("1|qx.cdp|Traces\r\n"));
   }
   void TearDown() override {

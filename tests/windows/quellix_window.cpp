@@ -1,7 +1,5 @@
 #include "quellix_window.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +11,6 @@
 #include <shlobj.h>
 
 #include "failure_pictures.h"
-#include "ui/resource.h"
 
 namespace quellix::test {
 namespace {
@@ -87,6 +84,15 @@ fs::path TempFolder() {
 void ResetSandbox() {
   for (const char* name : {"Settings.ini", "chkItems.txt"}) fs::remove(ProgramFolder() / name);
   for (const auto& entry : fs::directory_iterator(TempFolder())) fs::remove_all(entry.path());
+}
+
+fs::path BackupFolder() { return ProgramFolder() / "Backup"; }
+
+std::string CheckStates(const std::set<int>& set) {
+  std::string line;
+  for (int place = 1; place <= 30; ++place)
+    line += (place > 1 ? "," : "") + std::string(set.contains(place) ? "1" : "0");
+  return line + "\r\n";
 }
 
 void WriteBytes(const fs::path& path, std::string_view bytes) {

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "ui/resource.h"
 #include "window_input.h"
 
 namespace quellix::test {
@@ -16,6 +19,10 @@ namespace fs = std::filesystem;
 fs::path ProgramFolder();
 fs::path TempFolder();
 void ResetSandbox();
+// Where archives are kept.
+fs::path BackupFolder();
+// The 1st to 30th value of chkItems.txt that are set; the rest are not.
+std::string CheckStates(const std::set<int>& set);
 // Waits while another program has the file open.
 void WriteBytes(const fs::path& path, std::string_view bytes);
 std::string ReadBytes(const fs::path& path);

@@ -1,7 +1,5 @@
-#include <gtest/gtest.h>
 
 #include "quellix_window.h"
-#include "ui/resource.h"
 
 namespace quellix::test {
 namespace {
@@ -14,8 +12,6 @@ bool HasDll(const std::wstring& name) {
   return RegGetValueW(HKEY_LOCAL_MACHINE, kDlls, name.c_str(), RRF_RT_ANY, nullptr, nullptr,
                       nullptr) == ERROR_SUCCESS;
 }
-
-fs::path BackupFolder() { return ProgramFolder() / "Backup"; }
 
 struct RegistryScanWindowTest : testing::Test {
   void SetUp() override {

@@ -1,9 +1,7 @@
 // A program without administrator rights, and its second start with them.
-#include <gtest/gtest.h>
 
 #include "platform/win32/unique.h"
 #include "quellix_window.h"
-#include "ui/resource.h"
 
 #include <commctrl.h>
 #include <sddl.h>
@@ -94,19 +92,15 @@ TEST_F(RightsTest, TheButtonStartsAnewForTheSameUserAndCleansThatAlone) {
 }
 
 TEST_F(RightsTest, AStartForAnotherIsRefused) {
-  const struct {
-    const char* name;
-    std::wstring user, folder;
-  } kRows[] = {{"another user", L"S-1-5-21-7-1001", OwnProfile()},
-               {"another folder", OwnId(), L"C:\\users\\another"}};
-  WriteBytes(ProgramFolder() / "chkItems.txt", [] {
-    std::string ticks;
-    for (int place = 1; place <= 30; ++place) ticks += "1,";
-    return ticks;
-  }());
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    const QuellixProcess process(L"-A " + row.user + L" " + Digits(row.folder));
+  const std::tuple<const char*, std::wstring, std::wstring> kRows[] = {
+      {"another user", L"S-1-5-21-7-1001", OwnProfile()},
+      {"another folder", OwnId(), L"C:\\users\\another"}};
+  std::set<int> all;
+  for (int place = 1; place <= 30; ++place) all.insert(place);
+  WriteBytes(ProgramFolder() / "chkItems.txt", CheckStates(all));
+  for (const auto& [name, user, folder] : kRows) {
+    SCOPED_TRACE(name);
+    const QuellixProcess process(L"-A " + user + L" " + Digits(folder));
     HWND message = nullptr;
     ASSERT_TRUE(Await([&] { return (message = process.AnyWindow()) != nullptr; }));
     std::wstring text;

@@ -5,13 +5,11 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
 
 #include "platform/volume/mounted_disk.h"
 #include "platform/volume/ntfs_state.h"
 #include "platform/volume/processes.h"
 #include "platform/volume/volume_claim.h"
-#include "support/holds.h"
 #include "support/volume_seed.h"
 
 namespace quellix {

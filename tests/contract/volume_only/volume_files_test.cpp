@@ -3,8 +3,6 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <filesystem>
-
 #include "contract/error_kind.h"
 #include "support/volume_seed.h"
 

@@ -1,10 +1,8 @@
-#include <filesystem>
 #include <fstream>
 
 #include "contract/error_kind.h"
 #include "platform/volume/hive_log.h"
 #include "platform/volume/marvin32.h"
-#include "support/hive_file.h"
 #include "support/volume_seed.h"
 
 namespace quellix {

@@ -1,11 +1,9 @@
 // Changes to hives: what they leave in the file, and what stands beside it meanwhile.
 #include <fcntl.h>
 
-#include <filesystem>
 #include <random>
 
 #include "contract/error_kind.h"
-#include "platform/path.h"
 #include "platform/text.h"
 #include "platform/volume/hive_check.h"
 #include "platform/volume/hive_editor.h"
@@ -13,7 +11,6 @@
 #include "platform/volume/hive_store.h"
 #include "platform/volume/unique_fd.h"
 #include "platform/volume/volume_random_file.h"
-#include "support/hive_file.h"
 #include "support/volume_seed.h"
 
 namespace quellix {

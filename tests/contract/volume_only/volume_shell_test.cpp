@@ -1,7 +1,6 @@
 #include "contract/error_kind.h"
 #include "platform/text.h"
 #include "support/shortcut_bytes.h"
-#include "support/test_machine.h"
 #include "support/volume_seed.h"
 
 namespace quellix {

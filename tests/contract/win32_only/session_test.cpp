@@ -1,6 +1,4 @@
-#include <windows.h>
 
-#include "platform/error.h"
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_session.h"
 #include "platform/win32/win32_text.h"

@@ -26,11 +26,7 @@ bool IsSafe(std::string text, PathPart part) {
 
 TEST(AccessListTest, OnlyWhatAdministratorsAloneChangeIsSafe) {
   constexpr auto kFile = PathPart::kFile, kFolder = PathPart::kFolder, kRoot = PathPart::kRoot;
-  const struct {
-    const char *name, *list;
-    PathPart part;
-    bool is_safe;
-  } kRows[] = {
+  const std::tuple<const char*, const char*, PathPart, bool> kRows[] = {
       {"Windows",
        "O:TID:P(A;OICIIO;GA;;;CO)(A;;0x1301bf;;;SY)(A;;0x1301bf;;;BA)"
        "(A;OICIIO;GXGR;;;BU)(A;;0x1200a9;;;BU)(A;;FA;;;TI)(A;;0x1200a9;;;S-1-15-2-1)",
@@ -49,7 +45,8 @@ TEST(AccessListTest, OnlyWhatAdministratorsAloneChangeIsSafe) {
       {"denied besides", "O:BAD:(D;;FA;;;BU)(A;;FA;;;BA)", kFolder, true},
       {"without a list", "O:BA", kFolder, false},
       {"without an owner", "D:(A;;FA;;;BA)", kFolder, false}};
-  for (const auto& row : kRows) EXPECT_EQ(IsSafe(row.list, row.part), row.is_safe) << row.name;
+  for (const auto& [name, list, part, is_safe] : kRows)
+    EXPECT_EQ(IsSafe(list, part), is_safe) << name;
 }
 
 constexpr const wchar_t* kListKey = L"SYSTEM\\CurrentControlSet\\Control\\Session Manager";

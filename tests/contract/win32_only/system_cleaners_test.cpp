@@ -1,7 +1,5 @@
 // Windows' own disk cleanup, by a handler of the tests.
-#include <algorithm>
 
-#include "platform/error.h"
 #include "platform/win32/win32_system_cleaners.h"
 #include "platform/win32/win32_text.h"
 #include "support/registered_cleaner_win32.h"
@@ -38,12 +36,7 @@ struct SystemCleanersTest : ::testing::Test {
 TEST_F(SystemCleanersTest, ACleanerLooksAndCleansByItsOwnCodeAndAFailureIsTold) {
   constexpr const char* kNew = " Qx by itself|It is new.|usual";
   constexpr const char* kOld = " Qx, as it is registered|";
-  const struct {
-    const char* behaviour;
-    bool is_old;
-    std::string looked, cleaned;
-    size_t left;
-  } kRows[] = {
+  const std::tuple<const char*, bool, std::string, std::string, size_t> kRows[] = {
       {"", false, std::string("10 unknown") + kNew, std::string("10 10") + kNew, 0},
       {"", true, std::string("10 unknown") + kOld, std::string("10 10") + kOld, 0},
       {"silent", false, std::string("10 unknown") + kNew, std::string("10 unknown") + kNew, 0},
@@ -52,19 +45,19 @@ TEST_F(SystemCleanersTest, ACleanerLooksAndCleansByItsOwnCodeAndAFailureIsTold) 
        2},
       {"hangs", false, std::string("10 unknown") + kNew,
        "Qx was stopped and did not come to an end. It may still be at work.", 2}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(std::string(row.behaviour) + (row.is_old ? ", old" : ""));
+  for (const auto& [behaviour, is_old, looked, cleans, left] : kRows) {
+    SCOPED_TRACE(std::string(behaviour) + (is_old ? ", old" : ""));
     Fill();
-    const RegisteredCleaner registered(L"Qx", Wide(scratch), Wide(row.behaviour), row.is_old);
-    EXPECT_TRUE(Told(CleanerUse::kLook).starts_with(row.looked)) << Told(CleanerUse::kLook);
+    const RegisteredCleaner registered(L"Qx", Wide(scratch), Wide(behaviour), is_old);
+    EXPECT_TRUE(Told(CleanerUse::kLook).starts_with(looked)) << Told(CleanerUse::kLook);
     EXPECT_EQ(CountLeft(), 2u) << "a look changes nothing";
-    patience = row.behaviour == std::string("hangs") ? 100 : 10'000;
+    patience = behaviour == std::string("hangs") ? 100 : 10'000;
     const std::string cleaned = Told(CleanerUse::kClean, [](const Progress& progress) {
       return progress.path.ends_with(": hanging");
     });
-    EXPECT_TRUE(cleaned.starts_with(row.cleaned)) << cleaned;
-    EXPECT_EQ(CountLeft(), row.left);
-    if (row.left > 0) continue;
+    EXPECT_TRUE(cleaned.starts_with(cleans)) << cleaned;
+    EXPECT_EQ(CountLeft(), left);
+    if (left > 0) continue;
     EXPECT_TRUE(Told(CleanerUse::kClean).starts_with("0 ")) << "a second time";
   }
 }

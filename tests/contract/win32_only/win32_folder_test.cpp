@@ -22,35 +22,32 @@ struct Win32FolderTest : ContractFixture {
 
 // Where the name goes at once whoever has the file open, nobody who shares its removal hinders.
 TEST_F(Win32FolderTest, WhatSomeoneElseHoldsIsSaidToBeInUseOrIsGone) {
-  const struct {
-    const char* row;
-    DWORD access, share;
-    bool always_refused;
-  } kRows[] = {
+  const std::tuple<const char*, DWORD, DWORD, bool> kRows[] = {
       {"shares nothing", GENERIC_READ, 0, true},
       {"shares reading", GENERIC_READ, FILE_SHARE_READ, true},
       {"shares all but removal", GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
       {"shares all", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, false}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.row);
+  for (const auto& [row, access, share, refused] : kRows) {
+    const bool always_refused = refused;
+    SCOPED_TRACE(row);
     test_->MakeFile(At("file"), "x");
     test_->MakeFolder(At("folder"));
     folder_->SetAttributes("file", kReadOnly);
-    if (row.access == GENERIC_WRITE) folder_->SetAttributes("file", kNormal);
+    if (access == GENERIC_WRITE) folder_->SetAttributes("file", kNormal);
     const uint32_t before = files_.Look(At("file"))->attributes;
     const auto remove = [&](const char* name, auto step) {
       const auto kind = KindOf(step);
-      EXPECT_TRUE(kind == Kind::kInUse || (!kind && !row.always_refused)) << name;
+      EXPECT_TRUE(kind == Kind::kInUse || (!kind && !always_refused)) << name;
       EXPECT_EQ(test_->Exists(At(name)), kind.has_value()) << name;
     };
     {
-      const UniqueFile file = Hold("file", row.access, row.share),
-                       held = Hold("folder", FILE_LIST_DIRECTORY, row.share);
+      const UniqueFile file = Hold("file", access, share),
+                       held = Hold("folder", FILE_LIST_DIRECTORY, share);
       ASSERT_TRUE(file && held);
       remove("file", [&] { folder_->RemoveFile("file"); });
       remove("folder", [&] { folder_->RemoveFolder("folder"); });
     }
-    if (!row.always_refused && !test_->Exists(At("file"))) continue;
+    if (!always_refused && !test_->Exists(At("file"))) continue;
     EXPECT_EQ(files_.Look(At("file"))->attributes, before);
     folder_->RemoveFile("file");
     folder_->RemoveFolder("folder");
@@ -66,13 +63,9 @@ TEST_F(Win32FolderTest, WhatTheRecycleBinWouldMistakeIsRefusedAndStays) {
   const auto refuses = [&](Folder& folder, const std::string& name, Kind kind, const char* reason) {
     SCOPED_TRACE(name);
     folder.SetAttributes(name, kReadOnly | kHidden);
-    try {
-      folder.Recycle(name);
-      ADD_FAILURE();
-    } catch (const Error& error) {
-      EXPECT_EQ(error.kind(), kind) << error.what();
-      EXPECT_TRUE(Holds(std::string(error.what()), reason)) << error.what();
-    }
+    const auto recycle = [&] { folder.Recycle(name); };
+    EXPECT_EQ(KindOf(recycle), kind);
+    EXPECT_TRUE(Holds(SaidBy(recycle), reason));
     EXPECT_EQ(folder.Look(name)->attributes & (kReadOnly | kHidden), kReadOnly | kHidden);
   };
   for (const char* name : {"a.", "a ", "NUL", "COM1.txt"}) {

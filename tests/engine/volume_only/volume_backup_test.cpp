@@ -3,11 +3,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <random>
 
 #include "backup/backup_folder.h"
-#include "run/stayed.h"
 #include "support/backup_fixture.h"
 #include "support/forwarding_files.h"
 #include "support/volume_seed.h"
@@ -103,12 +101,9 @@ TEST_F(VolumeBackupTest, AFileBeyondFourGibibytesIsArchived) {
     machine->MakeFile(safe + archive, "");
     {
       ZipWriter writer(ports.files.Open(safe + archive, OpenMode::kReadAndCreate), 0);
-      ZipEntry entry;
-      entry.name = Stored(tree + "large");
       ZeroFile zeros(source(), kSize, given);
-      writer.Add(entry, zeros, {});
-      entry.name = Stored(tree + "small");
-      writer.Add(entry, *source(), {});
+      writer.Add({.name = Stored(tree + "large")}, zeros, {});
+      writer.Add({.name = Stored(tree + "small")}, *source(), {});
       writer.Finish();
     }
     EXPECT_LT(fs::file_size(path), 64u << 20);
@@ -133,10 +128,9 @@ TEST_F(VolumeBackupTest, TimesOfDosAreThoseOfTheMachinesZone) {
     ZipWriter writer(ports.files.Open(safe + "C_010120200000.zip", OpenMode::kReadAndCreate), 0);
     machine->MakeFile(scratch + "source", "bytes");
     for (const int month : {1, 7}) {
-      ZipEntry entry;
-      entry.name = Stored(tree + std::to_string(month));
-      entry.dos_time = ToDosTime({2020, month, 1, 12, 0, 0});
-      writer.Add(entry, *ports.files.Open(scratch + "source", OpenMode::kRead), {});
+      writer.Add({.name = Stored(tree + std::to_string(month)),
+                  .dos_time = ToDosTime({2020, month, 1, 12, 0, 0})},
+                 *ports.files.Open(scratch + "source", OpenMode::kRead), {});
     }
     writer.Finish();
   }

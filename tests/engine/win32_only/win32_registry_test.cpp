@@ -1,7 +1,6 @@
 #include <cstdlib>
 
 #include "backup/registry_undo.h"
-#include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "plugins/mod_plugin.h"
 #include "registry_tools/mod_registry.h"
