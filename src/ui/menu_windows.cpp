@@ -1,5 +1,10 @@
 #include "ui/menu_windows.h"
 
+#include "ui/frm_about.h"
+#include "ui/frm_backups.h"
+#include "ui/frm_ie_cache.h"
+#include "ui/frm_plugin_manager.h"
+#include "ui/frm_registry_scan.h"
 #include "ui/help.h"
 #include "ui/resource.h"
 
@@ -13,50 +18,38 @@ constexpr std::pair<int, ScanTool> kScanEntries[] = {
     {mnuOrphanedHelpFile, ScanTool::kHelpFiles},
     {mnuOrphanedActivex, ScanTool::kComponents}};
 
+// Shows a window that is made of `parts`, the same each time.
+template <typename Window, typename... Parts>
+std::function<void(HWND)> Opens(Parts&... parts) {
+  return [window = std::make_shared<Window>(parts...)](HWND owner) { window->Show(owner); };
+}
+
 }  // namespace
 
 MenuWindows::MenuWindows(Engine& engine, const Machine& machine)
-    : engine_(engine),
-      backups_(machine),
-      options_(machine),
-      plugin_manager_(engine, machine),
-      cache_(machine),
-      registry_scan_(machine) {
-  options_.show_backups = [this](HWND owner) { backups_.Show(owner); };
-  options_.on_accepted = [this] {
-    engine_.ApplyGeneralSettings();
+    : options_(machine),
+      entries_{{mnuAbout, Opens<FrmAbout>()},
+               {mnuBackups, Opens<FrmBackups>(machine)},
+               {mnuContents, [](HWND owner) { ShowHelp(owner, "contents"); }},
+               {mnuIECache, Opens<FrmIECache>(machine)},
+               {mnuManagePlugin, Opens<FrmPluginManager>(engine, machine)},
+               {mnuOptions, [this](HWND owner) { options_.Show(owner); }}} {
+  const auto scan = std::make_shared<FrmRegistryScan>(machine);
+  for (const auto& row : kScanEntries) {
+    entries_[row.first] = [scan, tool = row.second](HWND owner) { scan->Show(tool, owner); };
+  }
+  options_.show_backups = entries_.at(mnuBackups);
+  options_.on_accepted = [this, &engine] {
+    engine.ApplyGeneralSettings();
     if (on_options) on_options();
   };
 }
 
 bool MenuWindows::Open(int entry, HWND owner) {
-  for (const auto& [scan_entry, tool] : kScanEntries) {
-    if (scan_entry != entry) continue;
-    registry_scan_.Show(tool, owner);
-    return true;
-  }
-  switch (entry) {
-    case mnuBackups:
-      backups_.Show(owner);
-      return true;
-    case mnuOptions:
-      options_.Show(owner);
-      return true;
-    case mnuManagePlugin:
-      plugin_manager_.Show(owner);
-      return true;
-    case mnuAbout:
-      about_.Show(owner);
-      return true;
-    case mnuContents:
-      ShowHelp(owner, "contents");
-      return true;
-    case mnuIECache:
-      cache_.Show(owner);
-      return true;
-    default:
-      return false;
-  }
+  const auto found = entries_.find(entry);
+  if (found == entries_.end()) return false;
+  found->second(owner);
+  return true;
 }
 
 }  // namespace quellix

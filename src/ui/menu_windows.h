@@ -1,17 +1,16 @@
 #pragma once
 
+#include <functional>
+#include <map>
+#include <memory>
+
 #include "engine.h"
 #include "platform/machine.h"
-#include "ui/frm_about.h"
-#include "ui/frm_backups.h"
-#include "ui/frm_ie_cache.h"
 #include "ui/frm_options.h"
-#include "ui/frm_plugin_manager.h"
-#include "ui/frm_registry_scan.h"
 
 namespace quellix {
 
-// The windows that the main window's menus open.
+// The windows that the main window's menus open. A new one is a row in menu_windows.cpp.
 class MenuWindows {
  public:
   MenuWindows(Engine& engine, const Machine& machine);
@@ -25,13 +24,9 @@ class MenuWindows {
   void OpenRemovalOptions(HWND owner) { options_.Show(owner, OptionsPage::kDeletion); }
 
  private:
-  Engine& engine_;
-  FrmBackups backups_;
   FrmOptions options_;
-  FrmPluginManager plugin_manager_;
-  FrmIECache cache_;
-  FrmRegistryScan registry_scan_;
-  FrmAbout about_;
+  // What entries of the menus do; the windows live in these.
+  std::map<int, std::function<void(HWND owner)>> entries_;
 };
 
 }  // namespace quellix

@@ -1,7 +1,9 @@
 #pragma once
 
 // Identifiers in the resource script. Controls go by their own names. This file is read by the
-// resource compiler too, so it holds nothing else.
+// resource compiler too, so it holds nothing else. A name that stands in a template and not here
+// gets a number in the build: a new one is written here only where its place among others counts.
+#include "resource_names.h"
 
 // Windows
 #define frmMain 100
