@@ -137,7 +137,7 @@ Outcome Clean(CleaningContext& context, const Item& item) {
   state.PlaceFound = false;
   state.WhyNothing.clear();
   state.ItemInWork = static_cast<uint8_t>(item.run_order);
-  state.Entries->BeginRule("");
+  state.Entries->BeginRule(item.run_order == 0 ? item.key : "");
   try {
     item.cleaner(context, item);
     if (state.PlaceFound || state.AbortRequested) return Outcome::kCleaned;
@@ -155,6 +155,12 @@ Outcome Clean(CleaningContext& context, const Item& item) {
 
 bool LacksRights(const CleaningContext& context, const Item& item) {
   return item.guide.rights == Rights::kAll && !context.machine.session.HasAdministratorRights();
+}
+
+// Of a Windows that does not run: the report names it by its key.
+void RunVolumeItem(CleaningContext& context, const Item& item) {
+  Clean(context, item);
+  context.state.Entries->BeginRule("");
 }
 
 void RunItem(CleaningContext& context, const Item& item) {
@@ -189,6 +195,10 @@ std::vector<SystemCleaner> TickedCleaners(const Machine& machine, const NameTick
 // What ends a run.
 void CleanOthers(CleaningContext& context, const OtherChoices& choices,
                  FreeSpaceCheck& free_space) {
+  for (const Item* item : choices.volume_items) {
+    RunVolumeItem(context, *item);
+    if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
+  }
   for (const BrowserChoice& choice : choices.browsers) {
     CleanBrowser(context, choice);
     if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
@@ -216,9 +226,9 @@ void KeepRun(CleaningContext& context) {
 }
 
 void RunCleaning(CleaningContext& context, const Selection& selection) {
-  const OtherChoices others{TickedBrowsers(context.machine, selection.browsers()),
-                            selection.recipes().Choices(),
-                            TickedCleaners(context.machine, selection.cleaners())};
+  const OtherChoices others{
+      TickedBrowsers(context.machine, selection.browsers()), selection.recipes().Choices(),
+      TickedCleaners(context.machine, selection.cleaners()), selection.volume_items()};
   if (!BeginRun(context, selection.CountChecked() + others.Count())) return RefuseRun(context);
   FreeSpaceCheck free_space(context);
   for (const Item& item : AllItems()) {

@@ -27,7 +27,11 @@ struct OtherChoices {
   std::vector<BrowserChoice> browsers = {};
   std::vector<modPlugin::RecipeChoice> recipes = {};
   std::vector<SystemCleaner> cleaners = {};
-  int Count() const { return static_cast<int>(browsers.size() + recipes.size() + cleaners.size()); }
+  std::vector<const Item*> volume_items = {};
+  int Count() const {
+    return static_cast<int>(browsers.size() + recipes.size() + cleaners.size() +
+                            volume_items.size());
+  }
 };
 // Cleans that alone, likewise.
 void RunOthers(CleaningContext& context, const OtherChoices& choices);

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "app/name_ticks.h"
 #include "platform/machine.h"
@@ -49,6 +50,9 @@ class Selection {
   // Which of Windows' own cleaners work then as well.
   NameTicks& cleaners() { return cleaners_; }
   const NameTicks& cleaners() const { return cleaners_; }
+  // What of a Windows that does not run is cleaned besides (see VolumeItems); nothing by itself.
+  std::vector<const Item*>& volume_items() { return volume_items_; }
+  const std::vector<const Item*>& volume_items() const { return volume_items_; }
   // Which recipes of the user's own lists are carried out then, and as what they were seen.
   modPlugin::RecipeTicks& recipes() { return recipes_; }
   const modPlugin::RecipeTicks& recipes() const { return recipes_; }
@@ -68,6 +72,7 @@ class Selection {
   Checks checked_{};
   NameTicks browsers_{"Browsers.txt"}, cleaners_{"Cleaners.txt"};
   modPlugin::RecipeTicks recipes_;
+  std::vector<const Item*> volume_items_;
   std::optional<Checks> unread_;  // as they were when the file could not be read
   bool protect1_ = false;
   bool protect2_ = false;

@@ -101,7 +101,7 @@ void CleanFolder(CleaningContext& context, std::string_view path, std::string_vi
   FileList list = CollectAllowed(context, path, mask, claim);
   if (!list.folder) return;
   if (stays) DropFiles(list.PendingFiles, stays);
-  RemovePendingFiles(context, list);
+  RemovePendingFiles(context, list, claim);
   if (folders_pass == FoldersPass::kYes) RemovePendingFolders(context, list);
 }
 

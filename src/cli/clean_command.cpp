@@ -4,6 +4,7 @@
 #include <map>
 
 #include "app/run_table.h"
+#include "cleaners/volume_items.h"
 #include "cli/commands.h"
 #include "cli/console_run.h"
 #include "cli/nearest.h"
@@ -33,37 +34,74 @@ std::string NameOf(Group group) {
   return std::ranges::find(kGroups, group, [](const auto& row) { return row.second; })->first;
 }
 
-int ListItems(const ReportOptions& options) {
+bool IsVolumeItem(const Item& item) { return FindVolumeItem(item.key) != nullptr; }
+
+// All that `clean --item` takes here.
+std::vector<const Item*> ItemsHere(const ConsolePlatform& platform) {
+  std::vector<const Item*> items;
+  for (const Item& item : AllItems()) items.push_back(&item);
+  if (!platform.works_on_volumes) return items;
+  for (const Item& item : VolumeItems()) items.push_back(&item);
+  return items;
+}
+
+int ListItems(const ReportOptions& options, const ConsolePlatform& platform) {
   Report report(options);
-  for (const Item& item : AllItems()) {
-    report.text() << std::left << std::setw(24) << item.key << std::setw(20)
-                  << GroupTitle(item.group) << ReplaceNoCase(item.Label(), "&&", "&")
-                  << (item.cleaner != nullptr ? "" : " (not available yet)") << "\n";
+  const std::vector<const Item*> items = ItemsHere(platform);
+  for (const Item* const item : items) {
+    const std::string_view group = IsVolumeItem(*item) ? "Volume" : GroupTitle(item->group);
+    report.text() << std::left << std::setw(24) << item->key << std::setw(20) << group
+                  << ReplaceNoCase(item->Label(), "&&", "&")
+                  << (item->cleaner != nullptr ? "" : " (not available yet)") << "\n";
   }
-  const auto row = [](size_t i) -> std::vector<ReportCell> {
-    const Item& item = AllItems()[i];
-    return {item.key, NameOf(item.group), ReplaceNoCase(item.Label(), "&&", "&")};
+  const auto row = [&items](size_t i) -> std::vector<ReportCell> {
+    const Item& item = *items[i];
+    const ReportCell cost = *item.guide.cost ? ReportCell(item.guide.cost) : ReportCell();
+    return {item.key, IsVolumeItem(item) ? "volume" : NameOf(item.group),
+            ReplaceNoCase(item.Label(), "&&", "&"), item.guide.removes, cost};
   };
   return report.Finish({.command = "items",
-                        .columns = {"item", "group", "label"},
-                        .count = AllItems().size(),
+                        .columns = {"item", "group", "label", "removes", "cost"},
+                        .count = items.size(),
                         .row = row,
                         .summary = {}},
                        kDone);
 }
 
-std::string NoSuchItem(const std::string& name) {
+std::string NoSuchItem(const std::string& name, const ConsolePlatform& platform) {
+  if (FindVolumeItem(name)) {
+    return "the item \"" + name + "\" is cleaned on a volume, of a Windows that does not run.";
+  }
   std::vector<std::string> keys;
-  for (const Item& item : AllItems()) keys.emplace_back(item.key);
+  for (const Item* const item : ItemsHere(platform)) keys.emplace_back(item->key);
   const std::string nearest = Nearest(name, keys);
   return "there is no item \"" + name + "\"; " +
          (nearest.empty() ? "" : "did you mean \"" + nearest + "\"? ") +
          "\"quellixctl items\" lists them.";
 }
 
+// Takes each item by its name; a sentence when one cannot be cleaned, else "".
+std::string SelectByName(const std::vector<std::string>& names, const ConsolePlatform& platform,
+                         Selection& selection) {
+  std::vector<const Item*>& volume_items = selection.volume_items();
+  for (const std::string& name : names) {
+    const Item* const of_volume = platform.works_on_volumes ? FindVolumeItem(name) : nullptr;
+    const Item* const item = of_volume ? of_volume : FindItem(name);
+    if (item == nullptr) return NoSuchItem(name, platform);
+    if (item->cleaner == nullptr) return "the item \"" + name + "\" is not available yet.";
+    if (!of_volume) {
+      selection.SetChecked(*item, true);
+    } else if (std::ranges::find(volume_items, item) == volume_items.end()) {
+      volume_items.push_back(item);
+    }
+  }
+  return "";
+}
+
 // Ticks what the options name; a sentence when one cannot be cleaned, else "". By --all and --group
 // goes what the window's boxes would tick, which leaves out what is under protection.
-std::string SelectItems(const CleanOptions& options, Selection& selection) {
+std::string SelectItems(const CleanOptions& options, const ConsolePlatform& platform,
+                        Selection& selection) {
   if (!options.ticked) {
     for (const Item& item : AllItems()) selection.SetChecked(item, false);
     selection.browsers().Clear();
@@ -72,25 +110,34 @@ std::string SelectItems(const CleanOptions& options, Selection& selection) {
   }
   if (options.all) selection.SelectAll(true);
   for (const std::string& group : options.groups) selection.CheckGroup(kGroups.at(group));
-  for (const std::string& name : options.items) {
-    const Item* const item = FindItem(name);
-    if (item == nullptr) return NoSuchItem(name);
-    if (item->cleaner == nullptr) return "the item \"" + name + "\" is not available yet.";
-    selection.SetChecked(*item, true);
-  }
+  const std::string problem = SelectByName(options.items, platform, selection);
+  if (!problem.empty()) return problem;
   const bool is_empty = selection.CountChecked() == 0 && selection.browsers().empty() &&
-                        selection.cleaners().empty() && selection.recipes().empty();
+                        selection.cleaners().empty() && selection.recipes().empty() &&
+                        selection.volume_items().empty();
   return is_empty ? "nothing is chosen." : "";
 }
 
+// No driver lets a file's record and its folder's index be overwritten for certain.
+constexpr const char* kNamesStay =
+    "The contents of wiped files are overwritten; their names may stay readable in the file table "
+    "and "
+    "in folder indexes until something else is written there.\n";
+
+bool HasWiped(const RunState& state) {
+  return std::ranges::any_of(state.Entries->all, [](const RunEntry& entry) {
+    return entry.fate == Fate::kRemoved && entry.way == Way::kWiped;
+  });
+}
+
 int Clean(const CleanOptions& options, const ReportOptions& report_options,
-          const Machine& machine) {
+          const ConsolePlatform& platform, const Machine& machine) {
   Report report(report_options);
   ConsoleRun run(machine, options.preview ? RunKind::kPreview : RunKind::kReal, report.text());
   Engine& engine = run.engine();
   if (options.ticked && !engine.is_loaded())
     return Fail("it cannot be read what is ticked in the window.", kFailed);
-  const std::string problem = SelectItems(options, engine.selection());
+  const std::string problem = SelectItems(options, platform, engine.selection());
   if (!problem.empty()) return Fail(problem, kWrongUsage);
   if (!options.method.empty()) engine.state().FixedRemovalMode = kMethods.at(options.method);
   if (options.older_than >= 0)
@@ -102,6 +149,8 @@ int Clean(const CleanOptions& options, const ReportOptions& report_options,
   engine.state().LeavesToStart = options.at_next_start;
   engine.RunCleaning();
   if (options.preview) run.PrintPreview();
+  const bool tells_of_names = platform.works_on_volumes && !options.preview;
+  if (tells_of_names && HasWiped(engine.state())) report.text() << kNamesStay;
   if (engine.state().AbortRequested) std::cerr << run.view().status() << std::endl;
   return report.Finish(TableOfRun("clean", engine.state(), options.preview), run.Outcome());
 }
@@ -119,13 +168,14 @@ void AddChoice(CLI::App& clean, CleanOptions& options) {
 }  // namespace
 
 void AddCleanCommands(ConsoleCommands& commands) {
-  CLI::App& items = commands.AddPlain("items", "List the items that can be cleaned",
-                                      [&commands] { return ListItems(commands.report_options()); });
+  CLI::App& items = commands.AddPlain("items", "List the items that can be cleaned", [&commands] {
+    return ListItems(commands.report_options(), commands.platform());
+  });
   commands.AddReport(items);
   const auto options = std::make_shared<CleanOptions>();
   CLI::App& clean =
       commands.Add("clean", "Clean the named items", [options, &commands](const Machine& machine) {
-        return Clean(*options, commands.report_options(), machine);
+        return Clean(*options, commands.report_options(), commands.platform(), machine);
       });
   commands.Changes(clean);
   AddChoice(clean, *options);

@@ -3,6 +3,7 @@
 
 #include "app/item_catalogue.h"
 #include "browsers/browser_kind.h"
+#include "cleaners/volume_items.h"
 #include "cli/command_table.h"
 #include "cli/commands.h"
 
@@ -35,6 +36,7 @@ std::string HowToComplete(const CommandRow& command, const OptionRow& option) {
   if (option.value == "KEY") {
     std::vector<std::string> keys;
     for (const Item& item : AllItems()) keys.emplace_back(item.key);
+    for (const Item& item : VolumeItems()) keys.emplace_back(item.key);
     return "words='" + Joined(keys) + "'";
   }
   for (const auto& source : kSources) {

@@ -34,8 +34,8 @@ inline constexpr size_t kItemCount = 30;
 
 // One of the cleaning items. Texts are UTF-8 and live as long as the program.
 struct Item {
-  int run_order;          // 1 to 30
-  int check_state_place;  // 1 to 30, place in chkItems.txt
+  int run_order;          // 1 to 30; 0 for what is no box of the window
+  int check_state_place;  // 1 to 30, place in chkItems.txt; likewise
   const char* control;    // its check box, and its identifier in resource scripts
   const char* command;    // caption of its one-item clean command ("&&" shows one ampersand)
   const char* key;        // names it on the console and in the one-item menu

@@ -4,6 +4,7 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "run/known_folders.h"
+#include "run/precious_names.h"
 
 namespace quellix {
 namespace {
@@ -184,6 +185,29 @@ void PreciousFinder::FindDrives() {
           "ntldr", "NTDETECT.COM", "boot.ini", "io.sys", "msdos.sys", "command.com"}) {
       places_.NoteFile(*root, name);
     }
+    FindWhatToSpare(*root, below);
+  }
+}
+
+void PreciousFinder::FindWhatToSpare(Folder& root, FolderBranch& below) {
+  for (const char* name : {"$Recycle.Bin", "RECYCLER", "RECYCLED"}) {
+    if (const auto& place = below.Find(name); place.folder) places_.NoteToSpare(*place.folder);
+  }
+  for (const char* name : {"pagefile.sys", "hiberfil.sys", "swapfile.sys"}) {
+    places_.NoteFileToSpare(root, name);
+  }
+  ForEachFolder(root, [&](const std::string& name) {
+    if (!IsPreviousWindows(name)) return;
+    if (const auto old = root.OpenFolder(name)) places_.NoteToSpare(*old);
+  });
+}
+
+// Event logs of before Windows Vista lie between the hives.
+void PreciousFinder::FindOldEventLogs(Folder& system) {
+  const auto config = system.OpenFolder("config");
+  if (!config) return;
+  for (const char* name : {"AppEvent.Evt", "SecEvent.Evt", "SysEvent.Evt", "Internet.evt"}) {
+    places_.NoteFileToSpare(*config, name);
   }
 }
 
@@ -199,6 +223,7 @@ void PreciousFinder::FindWindows() {
     places_.Note(*system, Kind::kSystem);
     FolderBranch in_system(*system);
     NoteIn(in_system, {"config", "drivers"}, Kind::kTree);
+    FindOldEventLogs(*system);
   }
 }
 

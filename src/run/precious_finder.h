@@ -27,6 +27,8 @@ class PreciousFinder {
   void Note(std::string_view path, Kind kind);
   void NoteIn(FolderBranch& branch, std::initializer_list<const char*> names, Kind kind);
   void FindDrives();
+  void FindWhatToSpare(Folder& root, FolderBranch& below);
+  void FindOldEventLogs(Folder& system);
   void FindWindows();
   void FindPrograms();
   void FindProfiles();

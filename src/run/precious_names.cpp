@@ -68,6 +68,15 @@ bool BeginsLikeAHive(Folder& folder, std::string_view name) {
 
 }  // namespace
 
+bool IsPreviousWindows(std::string_view name) {
+  constexpr std::string_view kOld = "Windows.old", kOfUpgrades[] = {"$Windows.~BT", "$Windows.~WS"};
+  if (Contains(kOfUpgrades, name)) return true;
+  if (!StartsWithNoCase(name, kOld)) return false;
+  const std::string_view rest = name.substr(kOld.size());
+  return rest.empty() || (rest.size() == 4 && rest[0] == '.' &&
+                          rest.find_first_not_of("0123456789", 1) == rest.npos);
+}
+
 bool HasHarmlessExtension(std::string_view name_or_mask) {
   return Contains(kHarmless, ExtensionOf(name_or_mask));
 }

@@ -21,6 +21,10 @@ bool IsProgram(std::string_view name);
 // Programs, drivers, settings and what starts Windows, by extension or by having none.
 bool MayBelongToWindows(std::string_view name);
 
+// What an upgrade of Windows keeps of the Windows before and of its own work, folders in the root
+// of a drive: "Windows.old", "Windows.old.000", "$Windows.~BT".
+bool IsPreviousWindows(std::string_view name);
+
 // Whether a mask has wildcards, and so names more than one file.
 bool HasWildcards(std::string_view mask);
 

@@ -48,6 +48,16 @@ void ProtectedPlaces::NoteFile(Folder& folder, std::string_view name) {
   if (const auto id = folder.IdOf(name)) files_[folder.Id()].insert(*id);
 }
 
+void ProtectedPlaces::NoteFileToSpare(Folder& folder, std::string_view name) {
+  if (const auto id = folder.IdOf(name)) to_spare_.insert(*id);
+}
+
+bool ProtectedPlaces::LiesInWhatToSpare(const FileId& self,
+                                        const std::vector<FileId>& above) const {
+  return to_spare_.contains(self) ||
+         std::ranges::any_of(above, [this](const FileId& id) { return to_spare_.contains(id); });
+}
+
 ProtectedPlaces::Kind ProtectedPlaces::RuleFor(const FileId& self,
                                                const std::vector<FileId>& above) const {
   const auto noted = folders_.find(self);
@@ -68,15 +78,16 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
                                           std::string_view mask, bool below, Claim claim) const {
   const Kind rule = RuleFor(self, above);
   if (rule == Kind::kOwn) return kOwnPlace;
-  if (rule == Kind::kTree) return kTreePlace;
+  const bool is_to_spare = claim == Claim::kVolumeItem && LiesInWhatToSpare(self, above);
+  if (rule == Kind::kTree && !is_to_spare) return kTreePlace;
   if (const auto line = keep_.ForFolder(self, above); !line.empty()) return Kept(line);
   const bool names_one = !HasWildcards(mask), is_harmless = HasHarmlessExtension(mask);
   const bool is_home = rule == Kind::kHome && !(claim == Claim::kRecipe && IsProgram(mask));
   const bool may_go = is_harmless || (rule == Kind::kRoot && IsText(mask)) ||
                       (names_one && (is_home || !MayBelongToWindows(mask)));
   // The program's own items go where Windows keeps what they are made for.
-  const bool is_made_for =
-      claim == Claim::kItem && rule == Kind::kSystem && mask != "*.*" && !folders_.contains(self);
+  const bool is_made_for = is_to_spare || (claim == Claim::kItem && rule == Kind::kSystem &&
+                                           mask != "*.*" && !folders_.contains(self));
   if (rule >= Kind::kHome && !is_made_for && (below || !may_go)) return kRootPlace;
   const bool is_own = claim == Claim::kOwnList;
   if (rule == Kind::kPersonal && !is_own && (below || !is_harmless)) {
@@ -100,10 +111,12 @@ std::string ProtectedPlaces::WhyNot(Folder& folder, std::string_view mask, bool 
 
 std::string ProtectedPlaces::WhyNotFile(Folder& folder, std::string_view path, Claim claim) {
   const std::string_view name = NamePart(path);
-  if (std::string why = WhyNot(folder, name, false, claim); !why.empty()) return why;
   const FileId id = folder.Id();
+  const bool is_to_spare = claim == Claim::kVolumeItem && IsFileToSpare(folder, name);
+  std::string why = is_to_spare ? "" : WhyNot(folder, name, false, claim);
+  if (!why.empty()) return why;
   if (const auto line = keep_.ForFile(folder, id, path); !line.empty()) return Kept(line);
-  return IsSparedFile(folder, id, name) ? kPreciousFile : "";
+  return IsSparedFile(folder, id, name, claim) ? kPreciousFile : "";
 }
 
 std::string ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view path) {
@@ -122,13 +135,21 @@ std::string ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view path) {
   }
 }
 
-bool ProtectedPlaces::IsSparedFile(Folder& folder, const FileId& folder_id,
-                                   std::string_view name) const {
+bool ProtectedPlaces::IsFileToSpare(Folder& folder, std::string_view name) const {
+  const auto id = folder.IdOf(name);
+  return id && to_spare_.contains(*id);
+}
+
+bool ProtectedPlaces::IsSparedFile(Folder& folder, const FileId& folder_id, std::string_view name,
+                                   Claim claim) const {
   if (const auto files = files_.find(folder_id); files != files_.end()) {
     const auto id = folder.IdOf(name);
-    if (id && files->second.contains(*id)) return true;
+    if (id && files->second.contains(*id)) {
+      return claim != Claim::kVolumeItem || !to_spare_.contains(*id);
+    }
   }
-  return IsHiveOrItsLog(folder, name);
+  if (!IsHiveOrItsLog(folder, name)) return false;
+  return claim != Claim::kVolumeItem || !LiesInWhatToSpare(folder_id, folder.Above());
 }
 
 bool ProtectedPlaces::IsSpared(const FileId& folder) const {

@@ -13,8 +13,9 @@
 namespace quellix {
 
 // Who asks for something to go: an item of the program, a list that the user wrote, a recipe that
-// somebody wrote. The user's own list may name his own folders, such as Downloads.
-enum class Claim { kItem, kOwnList, kRecipe };
+// somebody wrote; or an item for a Windows that does not run. The user's own list may name his own
+// folders, such as Downloads.
+enum class Claim { kItem, kOwnList, kRecipe, kVolumeItem };
 
 // What must never go, known by what it is and not by how it is spelled: folders are compared by
 // identity, so that doubled separators, short names, variables, links and shares lead nowhere else.
@@ -25,6 +26,10 @@ enum class Claim { kItem, kOwnList, kRecipe };
 // that users know. From those a file named by itself, or logs and dumps by a mask that does not
 // recurse, may go, and from Windows texts likewise. Files: registry hives and their logs, page and
 // boot files.
+//
+// What a Windows that does not run can spare may go by the claim of an item that is made for it:
+// its page and hibernation files, event logs, the recycle bins of all users, and what an upgrade
+// has kept of the Windows before, hives included.
 class ProtectedPlaces {
  public:
   // Opens and notes what is precious on the machine. What is missing or cannot be opened is passed
@@ -47,7 +52,8 @@ class ProtectedPlaces {
   // For a walk that may go: whether it leaves alone a folder that it meets, with all that is in it,
   // or a file.
   bool IsSpared(const FileId& folder) const;
-  bool IsSparedFile(Folder& folder, const FileId& folder_id, std::string_view name) const;
+  bool IsSparedFile(Folder& folder, const FileId& folder_id, std::string_view name,
+                    Claim claim = Claim::kItem) const;
 
   // Whether it is one of the folders that users know, as Downloads, which their own list may name.
   bool IsPersonal(Folder& folder) const;
@@ -71,6 +77,11 @@ class ProtectedPlaces {
   // `above`: what it lies in, where that is known already.
   void Note(Folder& folder, Kind kind, const std::vector<FileId>* above = nullptr);
   void NoteFile(Folder& folder, std::string_view name);
+  // What Claim::kVolumeItem may take, whatever else is noted of it.
+  void NoteToSpare(Folder& folder) { to_spare_.insert(folder.Id()); }
+  void NoteFileToSpare(Folder& folder, std::string_view name);
+  bool IsFileToSpare(Folder& folder, std::string_view name) const;
+  bool LiesInWhatToSpare(const FileId& self, const std::vector<FileId>& above) const;
   // The strongest rule for a folder, by those that it lies in.
   Kind RuleFor(const FileId& self, const std::vector<FileId>& above) const;
   std::string WhyNotOpened(const FileId& self, const std::vector<FileId>& above,
@@ -80,6 +91,7 @@ class ProtectedPlaces {
   std::map<FileId, Kind> folders_;
   std::map<FileId, Kind> holders_;  // what lies above them, with the strongest that they hold
   std::map<FileId, std::set<FileId>> files_;  // by folder
+  std::set<FileId> to_spare_;                 // folders and files
 };
 
 }  // namespace quellix

@@ -15,7 +15,7 @@ bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim,
                 std::string* reason = nullptr);
 
 // Removes every path of PendingFiles in order, showing and counting each; what stays is noted. Ends
-// the run's item early when the user stops. `claim` counts for lists without a folder.
+// the run's item early when the user stops. `claim`: who asks for it.
 void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim claim = Claim::kItem);
 
 // Removes the folders of PendingFolders that are empty by now, children first whichever way the

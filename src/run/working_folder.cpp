@@ -61,7 +61,7 @@ Folder& WorkingFolder::Of(std::string_view path) {
   const std::string_view line = places.keep().ForFile(folder, id_, path);
   if (!line.empty()) throw Error(Error::Kind::kKept, std::string(line));
   if (list_.folder) {
-    if (places.IsSparedFile(folder, id_, name)) {
+    if (places.IsSparedFile(folder, id_, name, claim_)) {
       Refuse(path, "it is a file that Windows or this program needs.");
     }
   } else if (const std::string why = places.WhyNotFile(folder, path, claim_); !why.empty()) {

@@ -23,7 +23,7 @@ ProtectedPlaces LoadPlaces(const Machine& machine);
 // its walk began and through no link. What is precious is refused.
 class WorkingFolder {
  public:
-  // `claim` counts for paths that were named by themselves. All must outlive the object.
+  // `claim`: who asks. All must outlive the object.
   WorkingFolder(CleaningContext& context, const FileList& list, Claim claim)
       : context_(context), list_(list), claim_(claim) {}
 

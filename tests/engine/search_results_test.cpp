@@ -204,9 +204,7 @@ TEST_F(SearchResultsTest, ARunWaitsForItsUserAndThenLogsWhatWasDeleted) {
                 std::string(67, '-') + "\r\nFiles Deleted:  1   Space Gained:  5 Bytes");
   EXPECT_EQ(machine->Tree(scratch), Names{"b.qxj"});
   RunFixture::Tick({kKey, "CleanShortcuts"});
-  view.on_results = [this](SearchResults& found) {
-    EXPECT_EQ(found.CountLine(), "Total Files: 1");
-  };
+  view.on_results = [](SearchResults& found) { EXPECT_EQ(found.CountLine(), "Total Files: 1"); };
   engine.RunCleaning();
   EXPECT_EQ(view.results_opened, 2) << "one window for both items";
   EXPECT_EQ(machine->Tree(scratch), Names{"b.qxj"}) << "nothing goes by itself";

@@ -138,6 +138,26 @@ TEST_F(NtfsRun, WhatIsDeletedFromTheRegistryIsNowhereOnTheDisk) {
   EXPECT_EQ(disk.find(secret), std::string::npos);
 }
 
+// Small files lie in the file table itself, large ones outside of it. Names are for no driver to
+// promise, which is said.
+TEST_F(NtfsRun, WhatIsWipedIsNowhereOnTheDisk) {
+  const std::string secrets[] = {"QxSmallSecret", "QxLargeSecret", "QxPagedSecret"};
+  WriteNative(volume_->Beside("settings/Settings.ini"), "[General]\r\nWipeStep=65536\r\n");
+  WriteNative(Temp("small.tmp"), secrets[0]);
+  WriteNative(Temp("large.tmp"), std::string(5000, 'x') + secrets[1] + std::string(3 << 20, 'x'));
+  WriteNative(volume_->path() + "/pagefile.sys", std::string(2 << 20, 'x') + secrets[2]);
+  volume_->Remount("rw");
+  const std::string before = volume_->Bytes();
+  for (const std::string& secret : secrets) ASSERT_NE(before.find(secret), std::string::npos);
+  const ProgramResult result =
+      Run({"clean", "--item", "CleanTempFiles", "VolumePageFile", "--method", "wipe"});
+  EXPECT_EQ(result.exit_code, 0) << result.output;
+  EXPECT_TRUE(Holds(result.output, "their names may stay readable"));
+  volume_->Remount("rw");
+  const std::string disk = volume_->Bytes();
+  for (const std::string& secret : secrets) EXPECT_EQ(disk.find(secret), std::string::npos);
+}
+
 TEST_F(NtfsRun, AFullDiskIsSaidAndTheRegistryStays) {
   Fill();
   const auto before = Snapshot(false);
