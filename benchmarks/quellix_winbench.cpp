@@ -6,6 +6,7 @@
 
 #include "engine.h"
 #include "platform/win32/win32_machine.h"
+#include "preview_winbench.h"
 #include "registry_data.h"
 #include "results_winbench.h"
 #include "run/removal.h"
@@ -143,7 +144,7 @@ void MeasureStartUp(SideBySide& table) {
 }  // namespace
 }  // namespace quellix
 
-// With ONE of "removal", "registry", "results" and "start" that part alone is measured.
+// With ONE of "removal", "registry", "results", "preview" and "start" that part alone is measured.
 int main(int argc, char** argv) {
   try {
     const std::unique_ptr<quellix::TestMachine> machine = quellix::TestMachine::Create();
@@ -153,6 +154,7 @@ int main(int argc, char** argv) {
     if (asked("removal")) quellix::MeasureRemoval(table, *machine);
     if (asked("registry")) quellix::MeasureReferences(table, *machine);
     if (asked("results")) quellix::MeasureResultsWindow(table);
+    if (asked("preview")) quellix::MeasurePreviewWindow(table);
     if (asked("start")) quellix::MeasureStartUp(table);
     return table.ExitCode();
   } catch (const std::exception& error) {

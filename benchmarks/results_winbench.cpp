@@ -3,30 +3,18 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "many_files.h"
 #include "ui/resource.h"
 #include "windows/quellix_window.h"
 
 namespace quellix {
 namespace {
 
-constexpr int kFiles = 200'000, kFilesAFolder = 1000;
 constexpr int kPages = 200;
 // What nobody takes for a pause, in seconds.
 constexpr double kPage = 0.1, kAnswer = 0.3, kFirstRow = 0.5;
 
 std::filesystem::path Junk() { return L"C:\\QxScratch\\junk"; }
-
-void MakeJunk() {
-  for (int i = 0; i < kFiles; ++i) {
-    const std::filesystem::path folder = Junk() / std::to_wstring(i / kFilesAFolder);
-    if (i % kFilesAFolder == 0) std::filesystem::create_directories(folder);
-    const std::wstring file = (folder / (std::to_wstring(i * 7919LL % kFiles) + L".qxj")).wstring();
-    const HANDLE handle =
-        CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) throw std::runtime_error("a file could not be made");
-    CloseHandle(handle);
-  }
-}
 
 // What the user sees of the list, and how long it takes to answer.
 class ResultsWindow {
@@ -58,7 +46,7 @@ void MeasureSearch(SideBySide& table, const ResultsWindow& results, double secon
     longest = std::max(longest, results.SecondsToAnswer());
     Sleep(5);
   }
-  if (results.Rows() < kFiles) throw std::runtime_error("junk files were not found");
+  if (results.Rows() < kManyFiles) throw std::runtime_error("junk files were not found");
   table.Report("first row after Clean / what may be waited for", first, kFirstRow, "s", 1.0);
   table.Report("longest wait for an answer while rows arrive", longest, kAnswer, "s", 1.0);
 }
@@ -79,7 +67,7 @@ void MeasureRows(SideBySide& table, const ResultsWindow& results) {
 void MeasureResultsWindow(SideBySide& table) {
   test::ResetSandbox();
   std::filesystem::remove_all(Junk());
-  MakeJunk();
+  MakeManyFiles(Junk(), L".qxj");
   test::WriteBytes(test::ProgramFolder() / "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
   {
     const test::QuellixWindow program;

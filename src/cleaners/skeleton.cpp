@@ -9,7 +9,6 @@
 #include "run/removal.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
-#include "search/drive_scan.h"
 
 namespace quellix {
 namespace {
@@ -71,7 +70,7 @@ size_t ClearUserKey(CleaningContext& context, std::string_view key) {
 }
 
 FileList CollectAllowed(CleaningContext& context, std::string_view path, std::string_view mask,
-                        Claim claim) {
+                        Claim claim, const FirstFound& first) {
   if (path.empty()) return {};
   std::string why;
   try {
@@ -79,7 +78,7 @@ FileList CollectAllowed(CleaningContext& context, std::string_view path, std::st
     if (!folder) return {};
     NotePlace(context.state);
     why = PlacesOf(context).WhyNot(*folder, mask, true, claim);
-    if (why.empty()) return CollectFiles(context, std::move(folder), path, mask);
+    if (why.empty()) return CollectFiles(context, std::move(folder), path, mask, first);
   } catch (const Error& error) {
     if (error.kind() == Error::Kind::kMissing) return {};
     why = error.what();
@@ -98,10 +97,16 @@ void DropFiles(PathList& files, const Stays& stays) {
 
 void CleanFolder(CleaningContext& context, std::string_view path, std::string_view mask,
                  FoldersPass folders_pass, Claim claim, const Stays& stays) {
-  FileList list = CollectAllowed(context, path, mask, claim);
+  const auto remove = [&](FileList& found) {
+    if (stays) DropFiles(found.PendingFiles, stays);
+    RemovePendingFiles(context, found, claim);
+  };
+  // A look changes nothing, so that its first rows need not await the end of the scan.
+  FirstFound first;
+  if (context.state.IsPreview) first = [&](FileList found) { remove(found); };
+  FileList list = CollectAllowed(context, path, mask, claim, first);
   if (!list.folder) return;
-  if (stays) DropFiles(list.PendingFiles, stays);
-  RemovePendingFiles(context, list, claim);
+  remove(list);
   if (folders_pass == FoldersPass::kYes) RemovePendingFolders(context, list);
 }
 

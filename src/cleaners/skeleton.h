@@ -10,6 +10,7 @@
 #include "run/file_list.h"
 #include "run/item.h"
 #include "run/protected_places.h"
+#include "search/drive_scan.h"
 
 namespace quellix {
 
@@ -50,9 +51,9 @@ size_t ClearUserKey(CleaningContext& context, std::string_view key);
 
 // Collects the files below `path` (ends in "\\") that fit `mask`, or one of several with ";"
 // between. Nothing, with an empty list, when the folder is missing, which is no error, or when it
-// is refused or cannot be opened, with a line in RunLog.
+// is refused or cannot be opened, with a line in RunLog. `first`: see ScanFolder.
 FileList CollectAllowed(CleaningContext& context, std::string_view path, std::string_view mask,
-                        Claim claim = Claim::kItem);
+                        Claim claim = Claim::kItem, const FirstFound& first = nullptr);
 
 // Takes out of a list the files that stay.
 using Stays = std::function<bool(std::string_view path)>;

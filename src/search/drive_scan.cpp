@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/path.h"
@@ -14,6 +15,9 @@
 
 namespace quellix {
 namespace {
+
+// More than a window shows at once.
+constexpr size_t kFirstFound = 200;
 
 // What both kinds of scan share: mask and status.
 class ScanVisitor : public FolderVisitor {
@@ -43,8 +47,9 @@ class ScanVisitor : public FolderVisitor {
 
 class CollectingVisitor : public ScanVisitor {
  public:
-  CollectingVisitor(CleaningContext& context, std::string_view mask, FileList& list)
-      : ScanVisitor(context, mask), limits_(context), list_(list) {}
+  CollectingVisitor(CleaningContext& context, std::string_view mask, FileList& list,
+                    const FirstFound& first)
+      : ScanVisitor(context, mask), limits_(context), list_(list), first_(first) {}
 
   Detail Needs() const override { return limits_.Needs(Detail::kKind); }
   void File(Folder& folder, const std::string& path, const Entry& entry) override {
@@ -53,6 +58,7 @@ class CollectingVisitor : public ScanVisitor {
   }
   bool Wants(const std::string&) override { return true; }
   void Begin(const std::string& path) override {
+    HandOutFirst();
     list_.PendingFolders.Append(path);
     ScanVisitor::Begin(path);
   }
@@ -66,8 +72,16 @@ class CollectingVisitor : public ScanVisitor {
   }
 
  private:
+  void HandOutFirst() {
+    if (!first_ || is_handed_out_ || list_.PendingFiles.size() < kFirstFound) return;
+    is_handed_out_ = true;
+    first_({list_.folder, list_.folder_path, std::exchange(list_.PendingFiles, {}), {}});
+  }
+
   RunLimits limits_;
   FileList& list_;
+  const FirstFound& first_;
+  bool is_handed_out_ = false;
 };
 
 class SearchingVisitor : public ScanVisitor {
@@ -93,10 +107,10 @@ class SearchingVisitor : public ScanVisitor {
 }  // namespace
 
 FileList ScanFolder(CleaningContext& context, std::shared_ptr<Folder> folder, std::string_view path,
-                    std::string_view mask, ScanMode) {
+                    std::string_view mask, ScanMode, const FirstFound& first) {
   FileList list{std::move(folder), WithBackslash(path), {}, {}};
   if (!list.folder) return list;
-  CollectingVisitor visitor(context, mask, list);
+  CollectingVisitor visitor(context, mask, list, first);
   WalkFolder(*list.folder, path, WalkOrder::kWhileListing, &PlacesOf(context), visitor,
              PauseOf(context));
   return list;

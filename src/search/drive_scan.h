@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 #include "run/context.h"
@@ -14,9 +15,12 @@ enum class ScanMode { kEveryFile = 0 };
 // several with ";" between, into PendingFiles and every sub-folder into PendingFolders, a folder
 // before what is in it. A link to a folder is collected but never entered; precious folders are
 // left out. A folder that cannot be opened counts as stayed. Ends early, keeping what it has, when
-// the user stops. The folder may be null: nothing is found then.
+// the user stops. The folder may be null: nothing is found then. `first`, unless null, is given the
+// files that were found first, some hundred, between two folders and long before a long scan ends;
+// they are not in the result.
+using FirstFound = std::function<void(FileList first)>;
 FileList ScanFolder(CleaningContext& context, std::shared_ptr<Folder> folder, std::string_view path,
-                    std::string_view mask, ScanMode mode);
+                    std::string_view mask, ScanMode mode, const FirstFound& first = nullptr);
 
 // Judges the files of a filtered scan, one by one.
 class FileTest {
@@ -37,8 +41,9 @@ void SearchFolder(CleaningContext& context, std::string_view path, std::string_v
 
 // The collector of the cleaners.
 inline FileList CollectFiles(CleaningContext& context, std::shared_ptr<Folder> folder,
-                             std::string_view path, std::string_view mask) {
-  return ScanFolder(context, std::move(folder), path, mask, ScanMode::kEveryFile);
+                             std::string_view path, std::string_view mask,
+                             const FirstFound& first = nullptr) {
+  return ScanFolder(context, std::move(folder), path, mask, ScanMode::kEveryFile, first);
 }
 
 }  // namespace quellix

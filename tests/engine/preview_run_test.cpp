@@ -272,6 +272,29 @@ TEST_F(PreviewRunTest, TheBinCountsForTheFilesInIt) {
   EXPECT_EQ(logs.Read(logs.List().at(0)).Entries->all.at(0).count, 3u);
 }
 
+TEST_F(PreviewRunTest, ItsFirstRowsDoNotAwaitTheEndOfTheScan) {
+  constexpr size_t kFiles = 300;
+  for (const char* folder : {"a\\", "b\\", "c\\"}) {
+    for (size_t i = 0; i < kFiles; ++i) machine->MakeFile(temp + folder + std::to_string(i), "1");
+  }
+  WriteSettings("[General]\r\nDelMethod=D\r\n");
+  PreviewRun preview(ports, view);
+  std::set<size_t> while_scanning;
+  view.on_status = [&](const std::string& status) {
+    if (status.starts_with("Scanning system")) while_scanning.insert(preview.entries()->all.size());
+  };
+  preview.RunOneItem(*FindItem("CleanTempFiles"));
+  EXPECT_EQ(while_scanning, (std::set<size_t>{0, kFiles}));
+  std::set<std::string> places;
+  for (const RunEntry& entry : preview.entries()->all) places.insert(entry.place);
+  EXPECT_EQ(places.size(), 3 * kFiles + 3) << "each once, and the folders";
+  EXPECT_EQ(places.size(), preview.entries()->all.size());
+  view.on_status = nullptr;
+  engine.RunOneItem(*FindItem("CleanTempFiles"));
+  EXPECT_EQ(engine.state().Entries->all.size(), places.size());
+  EXPECT_TRUE(machine->Tree(temp).empty());
+}
+
 TEST_F(PreviewRunTest, TheQuestionCountsWhatCannotBeHadBack) {
   const struct {
     const char* settings;
