@@ -279,8 +279,12 @@ void EntryList::TickAll(bool ticked) {
   for (size_t row = 0; row < RowCount(); ++row) SetTicked(row, ticked);
 }
 
-std::shared_ptr<RunChoice> EntryList::Choice() const {
-  return std::make_shared<RunChoice>(*entries_, [this](size_t entry) { return !unticked_[entry]; });
+std::shared_ptr<RunChoice> EntryList::Choice(std::span<const size_t> besides) const {
+  const auto is_ticked = [this](size_t entry) { return !unticked_[entry]; };
+  if (besides.empty()) return std::make_shared<RunChoice>(*entries_, is_ticked);
+  RunEntries all = *entries_;
+  for (const size_t entry : besides) all.all[entry].fate = Fate::kRemoved;
+  return std::make_shared<RunChoice>(all, is_ticked);
 }
 
 std::string EntryList::Question() const {

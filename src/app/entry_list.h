@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -63,8 +64,9 @@ class EntryList {
   bool IsTicked(size_t row) const;
   void SetTicked(size_t row, bool ticked);
   void TickAll(bool ticked);  // those that are shown
-  // What a run is to remove of these.
-  std::shared_ptr<RunChoice> Choice() const;
+  // What a run is to remove of these; also those of `besides`, indexes of entries, which nobody can
+  // tick as they would stay.
+  std::shared_ptr<RunChoice> Choice(std::span<const size_t> besides = {}) const;
   // All there are, by index, and whether a run is to remove one of those that can go.
   const RunEntries& entries() const { return *entries_; }
   bool IsTaken(size_t entry) const { return !unticked_[entry]; }

@@ -5,6 +5,7 @@
 
 #include "app/preview_run.h"
 #include "app/short_text.h"
+#include "run/in_use.h"
 
 namespace quellix {
 namespace {
@@ -85,18 +86,21 @@ RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* sh
                  entries, locale,
                  [&](size_t i) { return found.IsTaken(i) && !is_left[entries.all[i].rule]; })
            : "",
-      lost + (lost.empty() || left.empty() ? "" : "\n\n") + left, ""};
+      lost + (lost.empty() || left.empty() ? "" : "\n\n") + left,
+      {}};
   if (question.heading.empty() && !question.text.empty())
     question.heading = lost.empty() ? "Clean the rest?" : "Clean all the same?";
   return question;
 }
 
-std::string OfferOfStart(const RunState& look, const Machine& machine) {
+StartOffer OfferOfStart(const RunState& look, const Machine& machine) {
   const bool may = look.StayedLocked > 0 && look.RemovalMode == kDelete &&
                    machine.session.RunsPrograms() && machine.session.HasAdministratorRights();
   if (!may) return {};
-  return "Have Windows remove at its next start what is in use in its own folder (" +
-         FormatCount(look.StayedLocked, machine.system.UserLocale()) + " in use in all)";
+  const std::shared_ptr<const InUse> in_use = look.Parts.Find<InUse>();
+  return {"Have Windows remove at its next start what is in use in its own folder (" +
+              FormatCount(look.StayedLocked, machine.system.UserLocale()) + " in use in all)",
+          in_use ? in_use->entries : std::vector<size_t>()};
 }
 
 }  // namespace quellix

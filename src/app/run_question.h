@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "app/entry_list.h"
 #include "platform/locale.h"
@@ -11,11 +12,17 @@
 
 namespace quellix {
 
+// The choice to leave what a look has found in use to the next start of Windows.
+struct StartOffer {
+  std::string text;             // "" for none
+  std::vector<size_t> entries;  // of the look, by index: what it is about
+};
+
 // What a person is asked before a run that does what a look has found.
 struct RunQuestion {
   std::string heading;  // "Delete 20,000 files (54.00 MB) for good?", a verb first; "" for nothing
   std::string text;     // what cannot be had again, and what is left; lines
-  std::string further;  // what may be chosen besides; "" for nothing
+  StartOffer further;   // what may be chosen besides
 };
 
 // Of what is ticked in `found`. What recipes take that cannot be had again, neither from the
@@ -25,8 +32,7 @@ struct RunQuestion {
 RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* shown,
                        const modPlugin::RecipeTicks& ticks, const Locale& locale, bool asks);
 
-// The choice to leave what a look has found in use to the next start of Windows; "" where there is
-// none such, or where that takes rights that are not there.
-std::string OfferOfStart(const RunState& look, const Machine& machine);
+// None where nothing is in use, or where that takes rights that are not there.
+StartOffer OfferOfStart(const RunState& look, const Machine& machine);
 
 }  // namespace quellix

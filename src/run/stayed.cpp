@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/text.h"
+#include "run/in_use.h"
 
 namespace quellix {
 namespace {
@@ -84,7 +85,10 @@ void NoteStayed(RunState& state, std::string_view path, std::string_view reason,
   RunEntry entry = FileEntry(path, seen);
   entry.fate = Fate::kStayed;
   entry.note = reason;
+  const size_t index = state.Entries->all.size();
   NoteEntry(state, std::move(entry));
+  const bool is_listed = state.Entries->all.size() > index;
+  if (kind == Error::Kind::kInUse && is_listed) state.Parts.Get<InUse>().entries.push_back(index);
 }
 
 void NoteKept(RunState& state, RunEntry entry, std::string_view line) {

@@ -83,7 +83,7 @@ class FrmMain : public Dialog {
   void Clean(const Target& target);
   void Preview(const Target& target);
   void RunTarget(Target target, std::shared_ptr<RunChoice> choice = nullptr);
-  RunQuestion Question(const EntryList& list, const std::string& offer) const;
+  RunQuestion Question(const EntryList& list, const StartOffer& offer) const;
   void CleanWithRights();
   using Look = std::function<void(PreviewRun&)>;
   std::shared_ptr<const RunEntries> LookAhead(const Look& look);
@@ -123,10 +123,10 @@ class FrmMain : public Dialog {
   std::string summary_;                             // as shown
   const PreviewRun* look_ = nullptr;                // that is in work
   std::shared_ptr<modPlugin::ShownRecipes> shown_;  // of the last look
-  std::string start_offer_;                         // likewise, see OfferOfStart
+  StartOffer start_offer_;                          // likewise
   std::optional<RunReport> last_report_;
   Target previewed_;                             // in the preview's window
-  std::string previewed_offer_;                  // likewise, see OfferOfStart
+  StartOffer previewed_offer_;                   // likewise
   std::vector<ListSection> sections_, recipes_;  // as found beside the items
   bool knows_recipes_ = false;                   // they were looked for to the end
   bool with_rights_ = false;                     // started for what needs them, that once

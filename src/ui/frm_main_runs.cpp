@@ -44,7 +44,7 @@ void FrmMain::Clean(const Target& target) {
   const auto [question, text, offer] =
       Question(EntryList(machine_.system, found, true), start_offer_);
   if (question.empty()) return Run(clean);
-  FurtherChoice further{offer};
+  FurtherChoice further{offer.text};
   switch (AskForGood(window(), question, text, target.item == nullptr, &further)) {
     case AskedForGood::kYes:
       return Run([this, clean, leaves_to_start = further.is_ticked] {
@@ -70,7 +70,7 @@ void FrmMain::RunTarget(Target target, std::shared_ptr<RunChoice> choice) {
   engine_.RunOthers(*target.others, std::move(choice));
 }
 
-RunQuestion FrmMain::Question(const EntryList& list, const std::string& offer) const {
+RunQuestion FrmMain::Question(const EntryList& list, const StartOffer& offer) const {
   RunQuestion question = QuestionOf(list, shown_.get(), engine_.selection().recipes(),
                                     machine_.system.UserLocale(), engine_.preferences().ask);
   question.further = offer;

@@ -52,9 +52,10 @@ void FrmPreview::TickAll(bool ticked) {
 void FrmPreview::Clean() {
   const EntryList& list = *entries_.list();
   const RunQuestion question = question_of(list);
-  FurtherChoice further{question.further};
+  FurtherChoice further{question.further.text};
   if (!MayGo(window(), question.heading, question.text, &further)) return;
-  const std::shared_ptr<RunChoice> choice = list.Choice();
+  const std::shared_ptr<RunChoice> choice =
+      further.is_ticked ? list.Choice(question.further.entries) : list.Choice();
   OnClose();
   on_clean(choice, further.is_ticked);
 }

@@ -99,12 +99,28 @@ TEST_F(StartRemovalTest, ItIsOfferedWhereItCanBe) {
     session.runs_programs = row.running;
     PreviewRun preview(with_held, view);
     preview.Run(held.selection());
-    EXPECT_EQ(OfferOfStart(preview.state(), with_held).empty(), !row.is_offered);
+    EXPECT_EQ(OfferOfStart(preview.state(), with_held).text.empty(), !row.is_offered);
     EXPECT_TRUE(left.empty());
   }
   PreviewRun nothing(with_held, view);
   nothing.RunOneItem(*FindItem("CleanRunMRU"));
-  EXPECT_EQ(OfferOfStart(nothing.state(), with_held), "");
+  EXPECT_EQ(OfferOfStart(nothing.state(), with_held).text, "");
+}
+
+TEST_F(StartRemovalTest, OfAPreviewItIsLeftOnlyWhereThatWasChosen) {
+  WriteSettings("[General]\r\nDelMethod=D\r\n");
+  for (const bool is_chosen : {false, true}) {
+    SCOPED_TRACE(is_chosen);
+    PreviewRun preview(with_held, view);
+    preview.Run(held.selection());
+    const StartOffer offer = OfferOfStart(preview.state(), with_held);
+    EXPECT_EQ(offer.entries.size(), 2u);
+    const EntryList list(ports.system, preview.entries(), true);
+    held.state().LeavesToStart = is_chosen;
+    held.RunCleaning(is_chosen ? list.Choice(offer.entries) : list.Choice());
+    EXPECT_EQ(left, is_chosen ? Names{"used.log"} : Names{});
+    machine->MakeFile(scratch + "safe\\free.log", "12345");
+  }
 }
 
 }  // namespace

@@ -147,6 +147,24 @@ std::optional<DWORD> QuellixProcess::AwaitExitCode() const {
   return code;
 }
 
+// The system's libraries lie at the same places in every program.
+void QuellixProcess::Load(const fs::path& library) const {
+  const std::wstring path = library.wstring();
+  const size_t size = (path.size() + 1) * sizeof(wchar_t);
+  void* const there =
+      VirtualAllocEx(process_.hProcess, nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+  WriteProcessMemory(process_.hProcess, there, path.c_str(), size, nullptr);
+  const auto load = reinterpret_cast<LPTHREAD_START_ROUTINE>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "LoadLibraryW")));
+  const HANDLE thread = CreateRemoteThread(process_.hProcess, nullptr, 0, load, there, 0, nullptr);
+  DWORD loaded = 0;
+  WaitForSingleObject(thread, INFINITE);
+  GetExitCodeThread(thread, &loaded);
+  CloseHandle(thread);
+  VirtualFreeEx(process_.hProcess, there, 0, MEM_RELEASE);
+  if (loaded == 0) throw std::runtime_error("quellix.exe does not load " + library.string());
+}
+
 HWND QuellixProcess::AnyWindow() const {
   Search search{process_.dwProcessId, {}, {}, {}, nullptr};
   EnumWindows(Compare, reinterpret_cast<LPARAM>(&search));

@@ -42,6 +42,8 @@ class QuellixProcess {
   // Nothing when it does not end.
   std::optional<DWORD> AwaitExitCode() const;
   void Resume() const { ResumeThread(process_.hThread); }
+  // Has the program load a library; throws when it cannot.
+  void Load(const fs::path& library) const;
   // A visible window of the program that is no control, whatever it is; null for none.
   HWND AnyWindow() const;
 
