@@ -1,5 +1,6 @@
 #include "app/cleaning_run.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "app/item_catalogue.h"
@@ -9,6 +10,7 @@
 #include "app/system_cleaning.h"
 #include "backup/expiry.h"
 #include "cleaners/junk_cleaners.h"
+#include "cleaners/volume_items.h"
 #include "platform/error.h"
 #include "platform/text.h"
 #include "plugins/recipe_run.h"
@@ -157,10 +159,16 @@ bool LacksRights(const CleaningContext& context, const Item& item) {
   return item.guide.rights == Rights::kAll && !context.machine.session.HasAdministratorRights();
 }
 
-// Of a Windows that does not run: the report names it by its key.
-void RunVolumeItem(CleaningContext& context, const Item& item) {
-  Clean(context, item);
-  context.state.Entries->BeginRule("");
+// Of a Windows that does not run, in their own order; the report names each by its key. False when
+// the user has stopped.
+bool RunVolumeItems(CleaningContext& context, const std::vector<const Item*>& items) {
+  for (const Item& item : VolumeItems()) {
+    if (std::ranges::find(items, &item) == items.end()) continue;
+    Clean(context, item);
+    context.state.Entries->BeginRule("");
+    if (context.state.AbortRequested) return false;
+  }
+  return true;
 }
 
 void RunItem(CleaningContext& context, const Item& item) {
@@ -195,10 +203,6 @@ std::vector<SystemCleaner> TickedCleaners(const Machine& machine, const NameTick
 // What ends a run.
 void CleanOthers(CleaningContext& context, const OtherChoices& choices,
                  FreeSpaceCheck& free_space) {
-  for (const Item* item : choices.volume_items) {
-    RunVolumeItem(context, *item);
-    if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
-  }
   for (const BrowserChoice& choice : choices.browsers) {
     CleanBrowser(context, choice);
     if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
@@ -226,11 +230,15 @@ void KeepRun(CleaningContext& context) {
 }
 
 void RunCleaning(CleaningContext& context, const Selection& selection) {
-  const OtherChoices others{
-      TickedBrowsers(context.machine, selection.browsers()), selection.recipes().Choices(),
-      TickedCleaners(context.machine, selection.cleaners()), selection.volume_items()};
-  if (!BeginRun(context, selection.CountChecked() + others.Count())) return RefuseRun(context);
+  const OtherChoices others{TickedBrowsers(context.machine, selection.browsers()),
+                            selection.recipes().Choices(),
+                            TickedCleaners(context.machine, selection.cleaners())};
+  const int items = selection.CountChecked() + static_cast<int>(selection.volume_items().size());
+  if (!BeginRun(context, items + others.Count())) return RefuseRun(context);
   FreeSpaceCheck free_space(context);
+  if (!RunVolumeItems(context, selection.volume_items())) {
+    return AbortRun(context, nullptr, free_space);
+  }
   for (const Item& item : AllItems()) {
     if (selection.IsChecked(item)) RunItem(context, item);
     if (item.run_order >= kFirstItemWithStop && context.state.AbortRequested) {

@@ -27,11 +27,7 @@ struct OtherChoices {
   std::vector<BrowserChoice> browsers = {};
   std::vector<modPlugin::RecipeChoice> recipes = {};
   std::vector<SystemCleaner> cleaners = {};
-  std::vector<const Item*> volume_items = {};
-  int Count() const {
-    return static_cast<int>(browsers.size() + recipes.size() + cleaners.size() +
-                            volume_items.size());
-  }
+  int Count() const { return static_cast<int>(browsers.size() + recipes.size() + cleaners.size()); }
 };
 // Cleans that alone, likewise.
 void RunOthers(CleaningContext& context, const OtherChoices& choices);

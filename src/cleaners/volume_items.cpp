@@ -112,12 +112,12 @@ void CleanPageFile(CleaningContext& context, const Item& item) {
   CleanInRoots(context, item, {"pagefile.sys", "swapfile.sys"});
 }
 
-// A bin's own desktop.ini says how Windows shows it.
+// A bin's own desktop.ini says how Windows shows it; one that was thrown away lies deeper.
 void CleanAllBins(CleaningContext& context, const Item& item) {
   BeginFiles(context, item);
   const RemovedForGood for_good(context.state);
   const auto stays = [](std::string_view path) {
-    return EqualsNoCase(NamePart(path), "desktop.ini");
+    return EqualsNoCase(NamePart(path), "desktop.ini") && std::ranges::count(path, '\\') <= 3;
   };
   for (const std::string& root : DriveRoots(context)) {
     for (const char* bin : {"$Recycle.Bin\\", "RECYCLER\\", "RECYCLED\\"}) {
@@ -133,7 +133,7 @@ void CleanOldWindows(CleaningContext& context, const Item& item) {
     for (const std::string& name : PreviousWindowsIn(context, root)) {
       const std::string folder = root + name + "\\";
       CleanBelow(context, folder);
-      RemoveEmptyFolder(context, folder);
+      if (!StopsRun(context)) RemoveEmptyFolder(context, folder);
     }
   }
   EndFiles(context, item);
@@ -168,6 +168,11 @@ constexpr Item Make(const char* key, const char* command, const char* caption, c
 }
 
 constexpr std::array kVolumeItems = {
+    // The first, so that what others recycle in the same run can be had again.
+    Make("VolumeRecycleBins", "Clean Recycle bins of all users", "Recycle bins of all users... ",
+         "There was an error in cleaning the recycle bins. ", CleanAllBins,
+         {"All that any user has thrown away, on each drive.",
+          "what was deleted cannot be restored any more", kRisky}),
     Make("VolumeEventLogs", "Clean Event logs", "Event logs... ",
          "There was an error in cleaning the event logs. ", CleanEventLogs,
          {"The logs of Windows and its programs (*.evtx; before Windows Vista *.evt).",
@@ -186,10 +191,6 @@ constexpr std::array kVolumeItems = {
          {"pagefile.sys and swapfile.sys of each drive, with what programs had in memory. Windows "
           "makes them anew at its next start.",
           "never archived or recycled"}),
-    Make("VolumeRecycleBins", "Clean Recycle bins of all users", "Recycle bins of all users... ",
-         "There was an error in cleaning the recycle bins. ", CleanAllBins,
-         {"All that any user has thrown away, on each drive.",
-          "what was deleted cannot be restored any more", kRisky}),
     Make("VolumeOldWindows", "Clean Previous Windows", "Previous Windows... ",
          "There was an error in cleaning the previous Windows. ", CleanOldWindows,
          {"What an upgrade has kept of the Windows before and of its own work: Windows.old and "

@@ -194,20 +194,29 @@ void PreciousFinder::FindWhatToSpare(Folder& root, FolderBranch& below) {
     if (const auto& place = below.Find(name); place.folder) places_.NoteToSpare(*place.folder);
   }
   for (const char* name : {"pagefile.sys", "hiberfil.sys", "swapfile.sys"}) {
-    places_.NoteFileToSpare(root, name);
+    NoteFileToSpare(root, name);
   }
   ForEachFolder(root, [&](const std::string& name) {
     if (!IsPreviousWindows(name)) return;
-    if (const auto old = root.OpenFolder(name)) places_.NoteToSpare(*old);
+    if (const FolderBranch::Place& old = below.Find(name); old.folder) {
+      places_.NoteToSpare(*old.folder);
+    }
   });
 }
 
 // Event logs of before Windows Vista lie between the hives.
-void PreciousFinder::FindOldEventLogs(Folder& system) {
-  const auto config = system.OpenFolder("config");
-  if (!config) return;
+void PreciousFinder::FindOldEventLogs(FolderBranch& in_system) {
+  const FolderBranch::Place& config = in_system.Find("config");
+  if (!config.folder) return;
   for (const char* name : {"AppEvent.Evt", "SecEvent.Evt", "SysEvent.Evt", "Internet.evt"}) {
-    places_.NoteFileToSpare(*config, name);
+    NoteFileToSpare(*config.folder, name);
+  }
+}
+
+void PreciousFinder::NoteFileToSpare(Folder& folder, std::string_view name) {
+  try {
+    places_.NoteFileToSpare(folder, name);
+  } catch (const Error&) {  // nothing else can look at it either
   }
 }
 
@@ -223,7 +232,7 @@ void PreciousFinder::FindWindows() {
     places_.Note(*system, Kind::kSystem);
     FolderBranch in_system(*system);
     NoteIn(in_system, {"config", "drivers"}, Kind::kTree);
-    FindOldEventLogs(*system);
+    FindOldEventLogs(in_system);
   }
 }
 

@@ -28,7 +28,8 @@ class PreciousFinder {
   void NoteIn(FolderBranch& branch, std::initializer_list<const char*> names, Kind kind);
   void FindDrives();
   void FindWhatToSpare(Folder& root, FolderBranch& below);
-  void FindOldEventLogs(Folder& system);
+  void FindOldEventLogs(FolderBranch& in_system);
+  void NoteFileToSpare(Folder& folder, std::string_view name);
   void FindWindows();
   void FindPrograms();
   void FindProfiles();

@@ -75,10 +75,10 @@ ProtectedPlaces::Kind ProtectedPlaces::RuleFor(const FileId& self,
 }
 
 std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<FileId>& above,
-                                          std::string_view mask, bool below, Claim claim) const {
+                                          std::string_view mask, bool below, Claim claim,
+                                          bool is_to_spare) const {
   const Kind rule = RuleFor(self, above);
   if (rule == Kind::kOwn) return kOwnPlace;
-  const bool is_to_spare = claim == Claim::kVolumeItem && LiesInWhatToSpare(self, above);
   if (rule == Kind::kTree && !is_to_spare) return kTreePlace;
   if (const auto line = keep_.ForFolder(self, above); !line.empty()) return Kept(line);
   const bool names_one = !HasWildcards(mask), is_harmless = HasHarmlessExtension(mask);
@@ -86,9 +86,13 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
   const bool may_go = is_harmless || (rule == Kind::kRoot && IsText(mask)) ||
                       (names_one && (is_home || !MayBelongToWindows(mask)));
   // The program's own items go where Windows keeps what they are made for.
-  const bool is_made_for = is_to_spare || (claim == Claim::kItem && rule == Kind::kSystem &&
-                                           mask != "*.*" && !folders_.contains(self));
-  if (rule >= Kind::kHome && !is_made_for && (below || !may_go)) return kRootPlace;
+  const bool is_made_for =
+      claim == Claim::kItem && rule == Kind::kSystem && mask != "*.*" && !folders_.contains(self);
+  // A drive or a home that lies in what can be spared is none.
+  const bool can_be_spared =
+      is_to_spare && (!below || rule == Kind::kTree || !folders_.contains(self));
+  if (rule >= Kind::kHome && !is_made_for && !can_be_spared && (below || !may_go))
+    return kRootPlace;
   const bool is_own = claim == Claim::kOwnList;
   if (rule == Kind::kPersonal && !is_own && (below || !is_harmless)) {
     return kPersonalPlace;
@@ -98,22 +102,30 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
   return is_own && held->second == Kind::kPersonal ? "" : kHoldsPlace;
 }
 
-std::string ProtectedPlaces::WhyNot(Folder& folder, std::string_view mask, bool below,
-                                    Claim claim) {
+std::string ProtectedPlaces::WhyNotOpened(Folder& folder, std::string_view mask, bool below,
+                                          Claim claim, bool is_file_to_spare) const {
   try {
     const FileId self = folder.Id();
     if (!self.is_known()) return kUnknownPlace;
-    return WhyNotOpened(self, folder.Above(), mask, below, claim);
+    const std::vector<FileId> above = folder.Above();
+    const bool is_to_spare =
+        is_file_to_spare || (claim == Claim::kVolumeItem && LiesInWhatToSpare(self, above));
+    return WhyNotOpened(self, above, mask, below, claim, is_to_spare);
   } catch (const Error&) {
     return kUnknownPlace;
   }
+}
+
+std::string ProtectedPlaces::WhyNot(Folder& folder, std::string_view mask, bool below,
+                                    Claim claim) {
+  return WhyNotOpened(folder, mask, below, claim, false);
 }
 
 std::string ProtectedPlaces::WhyNotFile(Folder& folder, std::string_view path, Claim claim) {
   const std::string_view name = NamePart(path);
   const FileId id = folder.Id();
   const bool is_to_spare = claim == Claim::kVolumeItem && IsFileToSpare(folder, name);
-  std::string why = is_to_spare ? "" : WhyNot(folder, name, false, claim);
+  std::string why = WhyNotOpened(folder, name, false, claim, is_to_spare);
   if (!why.empty()) return why;
   if (const auto line = keep_.ForFile(folder, id, path); !line.empty()) return Kept(line);
   return IsSparedFile(folder, id, name, claim) ? kPreciousFile : "";

@@ -85,7 +85,9 @@ class ProtectedPlaces {
   // The strongest rule for a folder, by those that it lies in.
   Kind RuleFor(const FileId& self, const std::vector<FileId>& above) const;
   std::string WhyNotOpened(const FileId& self, const std::vector<FileId>& above,
-                           std::string_view mask, bool below, Claim claim) const;
+                           std::string_view mask, bool below, Claim claim, bool is_to_spare) const;
+  std::string WhyNotOpened(Folder& folder, std::string_view mask, bool below, Claim claim,
+                           bool is_file_to_spare) const;
 
   KeepList keep_;
   std::map<FileId, Kind> folders_;
