@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 
+#include "detection_bench.h"
 #include "engine.h"
 #include "platform/win32/win32_machine.h"
 #include "preview_winbench.h"
@@ -153,6 +154,7 @@ int main(int argc, char** argv) {
     const auto asked = [only](std::string_view part) { return only.empty() || only == part; };
     if (asked("removal")) quellix::MeasureRemoval(table, *machine);
     if (asked("registry")) quellix::MeasureReferences(table, *machine);
+    if (asked("recipes")) quellix::MeasureDetection(*machine, 1.5, table);
     if (asked("results")) quellix::MeasureResultsWindow(table);
     if (asked("preview")) quellix::MeasurePreviewWindow(table);
     if (asked("start")) quellix::MeasureStartUp(table);

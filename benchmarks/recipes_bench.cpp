@@ -1,62 +1,57 @@
 #include "recipes_bench.h"
 
 #include <fstream>
+#include <functional>
 
 #include "app/preview_run.h"
 #include "bench_machine.h"
-#include "plugins/recipe_finder.h"
-#include "plugins/recipe_folders.h"
+#include "detection_bench.h"
 #include "plugins/recipe_list.h"
 #include "plugins/recipe_run.h"
-#include "run/removal.h"
-#include "support/generated_list.h"
 
 namespace quellix {
 namespace {
 
 namespace fs = std::filesystem;
 
-// One entry in ten finds something on a computer in use.
 constexpr size_t kFound = 407, kFilesAFolder = 492;
 
 class RecipesBench : BenchMachine {
  public:
   RecipesBench(const fs::path& home, SideBySide& table) : BenchMachine(home, table) {}
 
-  void Detection() {
-    const std::vector<GeneratedEntry> list = GenerateList();
-    for (size_t i = 0; i < list.size(); i += 10) {
-      for (const std::string& file : list[i].kept) {
-        machine_->MakeFile(modPlugin::ExpandPluginPath(ports_, file), "1");
+  void Detection() { MeasureDetection(*machine_, 0.3, table_); }
+
+  void Previews() {
+    for (size_t i = 0; i < kFound; ++i) MakeFolder(i);
+    Preview("preview of 407 recipes, 200,000 files / find", [this](size_t entry) {
+      return "FileKey1=" + Folder(entry) + "|*.a*;*.b*|RECURSE\r\nFileKey2=" + Folder(entry + 1) +
+             "|*.c*|REMOVESELF\r\nFileKey3=" + Folder(entry + 2) + "|*.*|REMOVESELF\r\n";
+    });
+    Preview("the same where twelve recipes name each folder / find", [this](size_t entry) {
+      std::string keys;
+      for (size_t i = 0; i < kKinds; ++i) {
+        keys += "FileKey" + std::to_string(i + 1) + "=" + Folder(entry + i) + "|*" + Kind(i) +
+                "|RECURSE\r\n";
       }
-    }
-    const auto recipes = modPlugin::ParseRecipeLists({TextOf(list)});
-    std::vector<double> seconds;
-    size_t found = 0;
-    for (int round = 0; round < 5; ++round) {
-      found = 0;
-      seconds.push_back(SideBySide::Seconds([&] {
-        for (const bool is_found : modPlugin::FindRecipes(ports_, recipes)) found += is_found;
-      }));
-    }
-    if (found < list.size() / 20 || found > list.size() / 2) throw std::runtime_error("count");
-    table_.Report("detection of 4,067 recipes / its limit", Median(seconds), 0.3, "s", 1.0);
+      return keys;
+    });
   }
 
-  // Each folder is named by three entries, for other files in it.
-  void Preview() {
+ private:
+  static constexpr size_t kKinds = 12;
+
+  // Of entries that take all the files, some of those in a folder each.
+  void Preview(const char* row, const std::function<std::string(size_t entry)>& keys_of) {
     std::string text;
     for (size_t i = 0; i < kFound; ++i) {
-      MakeFolder(i);
       text += "[Qx " + std::to_string(i) + " *]\r\nDetectFile=" + folder_ + "group*\r\n";
-      text += "FileKey1=" + Folder(i) + "|*.tmp;*.bak|RECURSE\r\n";
-      text += "FileKey2=" + Folder(i + 1) + "|*.log|REMOVESELF\r\n";
-      text += "FileKey3=" + Folder(i + 2) + "|*.*|REMOVESELF\r\n";
+      text += keys_of(i);
     }
     const auto recipes = modPlugin::ParseRecipeLists({text});
     size_t found = 0;
     table_.Compare(
-        "preview of 407 recipes, 200,000 files / find", 1.5, 5, [] {},
+        row, 1.5, 5, [] {},
         [&] {
           PreviewRun preview(ports_, view_);
           preview.RunByHand([&](CleaningContext& context) {
@@ -67,8 +62,10 @@ class RecipesBench : BenchMachine {
         [this] { RunShell("find '" + Tree().string() + "' -printf '%s %T@ %p\\n' > /dev/null"); });
     if (found != kFound * kFilesAFolder) throw std::runtime_error("count");
   }
-
- private:
+  // ".aa", ".bb", ".cc", ".dd", ".ae" and so on.
+  static std::string Kind(size_t file) {
+    return {'.', static_cast<char>('a' + file % 4), static_cast<char>('a' + file % kKinds)};
+  }
   static std::string Name(size_t number) {
     number %= kFound;
     return "group " + std::to_string(number / 100) + "/folder " + std::to_string(number);
@@ -82,8 +79,7 @@ class RecipesBench : BenchMachine {
     const fs::path folder = Tree() / Name(number);
     fs::create_directories(folder);
     for (size_t file = 0; file < kFilesAFolder; ++file) {
-      constexpr const char* kKinds[] = {".tmp", ".log", ".bak", ".txt"};
-      std::ofstream(folder / ("file " + std::to_string(file) + kKinds[file % 4])) << "data";
+      std::ofstream(folder / ("file " + std::to_string(file) + Kind(file))) << "data";
     }
   }
 };
@@ -93,7 +89,7 @@ class RecipesBench : BenchMachine {
 void MeasureRecipes(const fs::path& home, SideBySide& table) {
   RecipesBench bench(home, table);
   bench.Detection();
-  bench.Preview();
+  bench.Previews();
 }
 
 }  // namespace quellix

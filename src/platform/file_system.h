@@ -153,10 +153,6 @@ class Folder {
   // The entry itself; nothing when it is missing. With Detail::kKind attributes and last_write are
   // not asked for.
   virtual std::optional<FileInfo> Look(std::string_view name, Detail detail = Detail::kFull) = 0;
-  // Files below this folder that will soon be looked at (kSize) in the folders which are opened
-  // from it, in about this order: `paths` behind the first `start` bytes of each. What Look then
-  // tells may have been seen a moment before. They must last until it is called with none.
-  virtual void ExpectLooks(std::span<const std::string_view> /*paths*/, size_t /*start*/) {}
   // What the entry is; nothing when it is missing.
   virtual std::optional<FileId> IdOf(std::string_view name) = 0;
 
@@ -202,6 +198,13 @@ class Folder {
   virtual void SetAttributes(std::string_view name, uint32_t attributes) = 0;
 };
 
+// Files below an open folder, each behind the first `start` bytes of its path.
+struct FilesBelow {
+  Folder* folder = nullptr;
+  std::span<const std::string_view> paths{};
+  size_t start = 0;
+};
+
 // The files of one machine. Paths are full Windows paths in UTF-8 ("C:\Temp\a.txt"), of any length.
 // What is to be removed is looked for and removed through a Folder; the functions that take a path
 // are for the program's own files and for single ones.
@@ -223,6 +226,11 @@ class FileSystem {
   // "\" is accepted for folders.
   // With Detail::kKind attributes and last_write are not asked for.
   virtual std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) = 0;
+  // Files that will soon be looked at (kSize), in about this order, in those folders and in others
+  // that are opened from them. What Look then tells may have been seen a moment before, for as long
+  // as the returned object lives, which folders and paths must outlast. Null where they are
+  // expected already, or nothing is done ahead.
+  virtual std::shared_ptr<void> ExpectLooks(std::span<const FilesBelow> /*files*/) { return {}; }
 
   // Whether nothing is at `path`, a link followed; false where this machine cannot know, such as
   // for a drive that a volume does not map. Never throws.

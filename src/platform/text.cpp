@@ -56,25 +56,43 @@ bool IsAscii(std::string_view text) {
 
 char UpAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
 
-// FindFirstFile's matching over upper-cased UTF-16, in linear time and memory: on a mismatch only
-// the last star is tried again.
-bool MatchesPattern(std::u16string_view name, std::u16string_view mask) {
-  size_t n = 0, m = 0, star = std::u16string_view::npos, resume = 0;
+// Of UTF-16 both are in upper case already.
+bool AreSame(char16_t a, char16_t b) { return a == b; }
+bool AreSame(char a, char b) { return UpAscii(a) == UpAscii(b); }
+
+// FindFirstFile's matching over characters of one unit each, in linear time and without memory: on
+// a mismatch only the last star is tried again.
+template <typename Text>
+bool MatchesPattern(Text name, Text mask) {
+  size_t n = 0, m = 0, star = Text::npos, resume = 0;
   while (n < name.size()) {
-    if (m < mask.size() && mask[m] == u'*') {
+    if (m < mask.size() && mask[m] == '*') {
       star = m++;
       resume = n;
-    } else if (m < mask.size() && (mask[m] == u'?' || mask[m] == name[n])) {
+    } else if (m < mask.size() && (mask[m] == '?' || AreSame(mask[m], name[n]))) {
       ++m;
       ++n;
-    } else if (star != std::u16string_view::npos) {
+    } else if (star != Text::npos) {
       m = star + 1;
       n = ++resume;
     } else {
       return false;
     }
   }
-  return mask.find_first_not_of(u'*', m) == std::u16string_view::npos;
+  return mask.find_first_not_of('*', m) == Text::npos;
+}
+
+template <typename Text>
+bool FitsMask(Text name, Text mask) {
+  const bool has_extension = name.find('.') != Text::npos;
+  if (mask.size() > 1 && mask.back() == '.') {
+    return !has_extension && MatchesPattern(name, mask.substr(0, mask.size() - 1));
+  }
+  // "a.*" fits "a" as well: a name without an extension is taken as if it ended in a dot.
+  const size_t stem = mask.size() > 1 && mask.back() == '*' ? mask.size() - 2 : Text::npos;
+  const bool is_any = stem != Text::npos && mask[stem] == '.';
+  if (is_any && !has_extension && MatchesPattern(name, mask.substr(0, stem))) return true;
+  return MatchesPattern(name, mask);
 }
 
 }  // namespace
@@ -214,18 +232,9 @@ std::vector<std::string> Split(std::string_view text, char separator) {
 
 bool MatchesMask(std::string_view name, std::string_view mask) {
   if (mask == "*.*" || mask == "*") return true;
-  std::u16string pattern = ToUtf16(UpCase(mask));
-  const std::u16string upper = ToUtf16(UpCase(name));
-  if (pattern.size() > 1 && pattern.back() == u'.') {
-    pattern.pop_back();
-    return upper.find(u'.') == std::u16string::npos && MatchesPattern(upper, pattern);
-  }
-  // "a.*" fits "a" as well: a name without an extension is taken as if it ended in a dot.
-  if (pattern.ends_with(u".*") && MatchesPattern(upper, pattern.substr(0, pattern.size() - 2)) &&
-      upper.find(u'.') == std::u16string::npos) {
-    return true;
-  }
-  return MatchesPattern(upper, pattern);
+  if (IsAscii(name) && IsAscii(mask)) return FitsMask(name, mask);
+  const std::u16string wide_name = ToUtf16(UpCase(name)), wide_mask = ToUtf16(UpCase(mask));
+  return FitsMask<std::u16string_view>(wide_name, wide_mask);
 }
 
 }  // namespace quellix

@@ -240,9 +240,14 @@ void RemoveCollected(CleaningContext& context, Collected collected) {
   std::unordered_set<std::string> seen;
   for (FileList& list : collected.lists) {
     if (MayRepeat(collected.lists, list)) DropSeen(list.PendingFiles, seen);
+  }
+  std::shared_ptr<void> expected;
+  if (context.state.IsPreview) expected = ExpectLooks(context, collected.lists);
+  for (const FileList& list : collected.lists) {
     RemovePendingFiles(context, list);
     if (context.state.AbortRequested) return;
   }
+  expected.reset();
   for (const FileList& list : collected.lists) {
     RemovePendingFolders(context, list);
     if (context.state.AbortRequested) return;

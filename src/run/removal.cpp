@@ -188,25 +188,6 @@ void MakeRoom(std::vector<RunEntry>& entries, size_t more) {
 // Files from which on further threads are worth while.
 constexpr size_t kEnough = 256;
 
-// While the object lives, the machine may look at a list's files before their turn comes: where
-// each goes in a moment, and where there are enough of them to be worth it.
-class ExpectedLooks {
- public:
-  explicit ExpectedLooks(const FileList& list) {
-    if (list.PendingFiles.size() < kEnough || !list.folder) return;
-    folder_ = list.folder.get();
-    folder_->ExpectLooks(list.PendingFiles.All(), list.folder_path.size());
-  }
-  ~ExpectedLooks() {
-    if (folder_ != nullptr) folder_->ExpectLooks({}, 0);
-  }
-  ExpectedLooks(const ExpectedLooks&) = delete;
-  ExpectedLooks& operator=(const ExpectedLooks&) = delete;
-
- private:
-  Folder* folder_ = nullptr;
-};
-
 void StartProgress(CleaningContext& context, size_t files) {
   RunState& state = context.state;
   ++state.ProgressCounter;
@@ -264,6 +245,17 @@ bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim, st
   return RemoveAndCount(context, working, path, reason);
 }
 
+std::shared_ptr<void> ExpectLooks(CleaningContext& context, std::span<const FileList> lists) {
+  std::vector<FilesBelow> coming;
+  size_t files = 0;
+  for (const FileList& list : lists) {
+    if (list.PendingFiles.empty() || !list.folder) continue;
+    coming.push_back({list.folder.get(), list.PendingFiles.All(), list.folder_path.size()});
+    files += list.PendingFiles.size();
+  }
+  return files < kEnough ? nullptr : context.machine.files.ExpectLooks(coming);
+}
+
 void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim claim) {
   RunState& state = context.state;
   StartProgress(context, list.PendingFiles.size());
@@ -275,8 +267,8 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
   // What was chosen singly is looked at before.
   bool together =
       state.RemovalMode == kDelete && !state.Choice && list.PendingFiles.size() >= kEnough;
-  std::optional<ExpectedLooks> expected;
-  if (!together && state.RemovalMode == kDelete) expected.emplace(list);
+  std::shared_ptr<void> expected;
+  if (!together && state.RemovalMode == kDelete) expected = ExpectLooks(context, {&list, 1});
   std::string status;
   for (size_t i = 0; i < list.PendingFiles.size(); ++i) {
     if (StopsRun(context)) {
@@ -287,7 +279,7 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
     context.view.SetStatus(status.assign("Deleting file: ").append(path));
     if (together) {
       together = deletion.Add(path);
-      if (!together) expected.emplace(list);
+      if (!together) expected = ExpectLooks(context, {&list, 1});
     } else if (state.RemovalMode != kBackUp) {
       RemoveAndCount(context, working, path);
     } else {

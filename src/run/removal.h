@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -13,6 +15,10 @@ namespace quellix {
 // that says why. What is precious is refused.
 bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim,
                 std::string* reason = nullptr);
+
+// While the returned object lives, the machine may look at the lists' files before their turn
+// comes: for where each of them goes in a moment. The lists must outlast it.
+std::shared_ptr<void> ExpectLooks(CleaningContext& context, std::span<const FileList> lists);
 
 // Removes every path of PendingFiles in order, showing and counting each; what stays is noted. Ends
 // the run's item early when the user stops. `claim`: who asks for it.

@@ -3,32 +3,11 @@
 #include <memory>
 #include <vector>
 
+#include "platform/listing.h"
 #include "platform/path.h"
 
 namespace quellix {
 namespace {
-
-// The entries of one folder, their names told apart by their ends in one text.
-class Listing {
- public:
-  void Add(const Entry& entry) {
-    names_ += entry.name;
-    infos_.push_back({names_.size(), entry.info});
-  }
-  size_t size() const { return infos_.size(); }
-  Entry operator[](size_t i) const {
-    const size_t start = i == 0 ? 0 : infos_[i - 1].end;
-    return {std::string_view(names_).substr(start, infos_[i].end - start), infos_[i].info};
-  }
-
- private:
-  struct Place {
-    size_t end;
-    FileInfo info;
-  };
-  std::string names_;
-  std::vector<Place> infos_;
-};
 
 class Walk {
  public:

@@ -1,4 +1,5 @@
 #include "contract/contract_fixture.h"
+#include "platform/preview/known_listings.h"
 #include "platform/preview/preview_machine.h"
 #include "support/unstored_registry.h"
 
@@ -36,6 +37,60 @@ TEST_F(PreviewContract, WhatWasRemovedIsNoLongerSeenAndStillThere) {
   EXPECT_TRUE(NamesOf(At("in")).empty());
   EXPECT_FALSE(seen_.OpenFolder(scratch_)->OpenFolder("in\\sub\\deep"));
   EXPECT_EQ(Tree(), before);
+}
+
+// What many entries name is read once.
+TEST_F(PreviewContract, AFolderIsAsFirstReadButForWhatWasChangedSince) {
+  for (const char* name : {"in\\a", "in\\b", "in\\c", "in\\d", "in\\sub\\e"}) Make(name, "123");
+  const auto held = seen_.OpenFolder(At("in"));
+  EXPECT_EQ(NamesIn(*held), (Names{"a", "b", "c", "d", "sub"}));
+  Make("in\\later", "1");
+  const struct {
+    const char* row;
+    std::function<void()> change;
+    Names left;
+  } kRows[] = {
+      {"nothing", [] {}, {"a", "b", "c", "d", "sub"}},
+      {"as listed", [&] { held->RemoveFile("b"); }, {"a", "c", "d", "sub"}},
+      {"by another folder", [&] { seen_.RemoveFile(At("in\\c")); }, {"a", "d", "sub"}},
+      {"in another case", [&] { seen_.RemoveFile(At("IN\\A")); }, {"d", "sub"}},
+      {"renamed", [&] { held->Rename("d", "a", IfThere::kFail); }, {"a", "sub"}},
+      {"made", [&] { seen_.WriteWholeFile(At("in\\b"), "1"); }, {"a", "b", "sub"}},
+      {"what lay in it", [&] { seen_.RemoveFile(At("in\\sub\\e")); }, {"a", "b", "sub"}},
+      {"a folder", [&] { held->RemoveFolder("sub"); }, {"a", "b"}},
+      {"what came later", [&] { held->RemoveFile("later"); }, {"a", "b"}},
+  };
+  for (const auto& [row, change, left] : kRows) {
+    change();
+    EXPECT_EQ(NamesIn(*held), left) << row;
+    EXPECT_EQ(NamesOf(At("In\\")), left) << row;
+  }
+  EXPECT_EQ(Tree().size(), 8u) << "as it was";
+}
+
+TEST(KnownListingsTest, OnlyTheLastOnesAreHeld) {
+  const auto listing = std::make_shared<Listing>();
+  for (int i = 0; i < 100; ++i) listing->Add({"a name of some length", {}});
+  const size_t most = 10 * (listing->bytes() + 100);
+  KnownListings known(most);
+  const auto id = [](uint64_t number) { return FileId{1, {number, 0}}; };
+  const auto holds = [&](uint64_t number, Detail detail = Detail::kKind) {
+    return known.Find(id(number), detail).listing != nullptr;
+  };
+  size_t held = 0;
+  for (uint64_t i = 0; i < 100; ++i) {
+    known.Keep(id(i), {Detail::kSize, listing});
+    EXPECT_TRUE(holds(0) && holds(i)) << i << ": what is asked for is not forgotten";
+  }
+  for (uint64_t i = 0; i < 100; ++i) held += holds(i);
+  EXPECT_TRUE(held > 2 && held < 12) << held;
+  EXPECT_TRUE(holds(0, Detail::kSize) && !holds(0, Detail::kFull));
+  known.Keep(id(0), {Detail::kFull, listing});
+  EXPECT_TRUE(holds(0, Detail::kFull));
+  const auto large = std::make_shared<Listing>();
+  for (int i = 0; i < 1000; ++i) large->Add({"a name of some length", {}});
+  known.Keep(id(0), {Detail::kFull, large});
+  EXPECT_FALSE(holds(0)) << "too large, and the old one is not so any more";
 }
 
 // Where names may differ in case alone.

@@ -50,6 +50,16 @@ std::optional<FileInfo> PreviewFileSystem::Look(std::string_view path, Detail de
   }
 }
 
+std::shared_ptr<void> PreviewFileSystem::ExpectLooks(std::span<const FilesBelow> files) {
+  std::vector<FilesBelow> real;
+  for (const FilesBelow& part : files) {
+    const auto* const folder = dynamic_cast<PreviewFolder*>(part.folder);
+    Folder* const inner = folder == nullptr ? nullptr : folder->inner();
+    if (inner != nullptr) real.push_back({inner, part.paths, part.start});
+  }
+  return inner_.ExpectLooks(real);
+}
+
 bool PreviewFileSystem::IsGone(std::string_view path) {
   if (!is_changed() || IsDriveRoot(path)) return inner_.IsGone(path);
   try {

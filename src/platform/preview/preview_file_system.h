@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/file_system.h"
+#include "platform/preview/known_listings.h"
 #include "platform/shell.h"
 
 namespace quellix {
@@ -20,8 +21,9 @@ namespace quellix {
 // of it, as far as it can tell.
 //
 // What became of a name is kept by the identity of its folder, so that every path to it tells the
-// same. A file opened with OpenMode::kWrite has no bytes, so that wiping a large one takes no time.
-// Only files can be renamed.
+// same. A folder's entries are those of the first time that it is read, but for these changes,
+// until many others were read. A file opened with OpenMode::kWrite has no bytes, so that wiping a
+// large one takes no time. Only files can be renamed.
 class PreviewFileSystem : public FileSystem {
  public:
   // `shell` is that of the inner machine.
@@ -32,6 +34,7 @@ class PreviewFileSystem : public FileSystem {
     return inner_.OpenLinked(path);
   }
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
+  std::shared_ptr<void> ExpectLooks(std::span<const FilesBelow> files) override;
   bool IsGone(std::string_view path) override;
   std::optional<std::string> ReadWholeFile(std::string_view path,
                                            uint64_t limit = 16u << 20) override;
@@ -58,11 +61,6 @@ class PreviewFileSystem : public FileSystem {
     std::vector<std::string_view> also_gone{};  // on a volume names may differ in their case alone
     std::unique_ptr<Made> made{};               // null for nothing
   };
-  struct HashOfId {
-    size_t operator()(const FileId& id) const {
-      return id.number[0] * 0x9E3779B97F4A7C15 ^ id.number[1] ^ id.volume;
-    }
-  };
   using Nodes = std::pmr::unordered_map<std::string_view, Node>;  // by name in upper case
 
   bool is_changed() const { return !nodes_.empty(); }
@@ -76,6 +74,7 @@ class PreviewFileSystem : public FileSystem {
   std::pmr::unordered_map<FileId, Nodes, HashOfId> nodes_{&memory_};  // by folder
   std::unordered_set<FileId, HashOfId> gone_folders_;
   uint64_t changes_ = 0;  // so far
+  KnownListings listings_;
   uint64_t folders_made_ = 0;
   RecycleBinContent recycled_;
 };

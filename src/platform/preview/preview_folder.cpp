@@ -1,6 +1,7 @@
 #include "platform/preview/preview_folder.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include "platform/error.h"
@@ -143,19 +144,53 @@ std::optional<FileId> PreviewFolder::IdOf(std::string_view name) {
                                                 : node->made->folder;
 }
 
-void PreviewFolder::Enumerate(Detail detail, const EntryVisitor& visit) {
-  const auto here = files_.nodes_.find(id_);
-  if (here == files_.nodes_.end()) {
-    if (inner_) inner_->Enumerate(detail, visit);
-    return;
+// What went is mostly named as it is listed.
+Listing PreviewFolder::LeftOf(const KnownListings::Known& known) {
+  const std::unordered_set<std::string_view> gone(known.gone.begin(), known.gone.end());
+  Listing left, changed;
+  size_t seen = 0;
+  for (size_t i = 0; i < known.listing->size(); ++i) {
+    const Entry entry = (*known.listing)[i];
+    gone.contains(entry.name) ? void(++seen) : left.Add(entry);
   }
+  if (seen == gone.size()) return left;
+  for (size_t i = 0; i < left.size(); ++i) {
+    if (Find(left[i].name) == nullptr) changed.Add(left[i]);
+  }
+  return changed;
+}
+
+bool PreviewFolder::EnumerateKnown(KnownListings::Known known, const EntryVisitor& visit) {
+  if (!known.gone.empty()) {
+    known = {known.detail, std::make_shared<const Listing>(LeftOf(known))};
+    files_.listings_.Keep(id_, known);
+  }
+  size_t i = 0;
+  while (i < known.listing->size() && visit((*known.listing)[i])) ++i;
+  return i == known.listing->size();
+}
+
+bool PreviewFolder::EnumerateReal(Detail detail, const EntryVisitor& visit) {
+  KnownListings::Known known = files_.listings_.Find(id_, detail);
+  if (known.listing) return EnumerateKnown(std::move(known), visit);
+  const uint64_t changes = files_.changes_;
+  const bool has_nodes = nodes_ != nullptr || files_.nodes_.contains(id_);
+  const auto listing = std::make_shared<Listing>();
   bool more = true;
-  if (inner_) {
-    inner_->Enumerate(detail, [&](const Entry& entry) {
-      if (Find(entry.name) != nullptr) return true;
-      return more = visit(entry);
-    });
-  }
+  inner_->Enumerate(detail, [&](const Entry& entry) {
+    if (has_nodes && Find(entry.name) != nullptr) return true;
+    listing->Add(entry);
+    return more = visit(entry);
+  });
+  const bool is_whole = more && files_.changes_ == changes && id_.is_known();
+  if (is_whole) files_.listings_.Keep(id_, {detail, listing});
+  return more;
+}
+
+void PreviewFolder::Enumerate(Detail detail, const EntryVisitor& visit) {
+  bool more = !inner_ || EnumerateReal(detail, visit);
+  const auto here = files_.nodes_.find(id_);
+  if (here == files_.nodes_.end()) return;
   std::vector<std::string> added;
   for (const auto& [key, node] : here->second) {
     if (node.made) added.push_back(node.made->name);
@@ -226,6 +261,7 @@ void PreviewFolder::Put(std::string_view name, bool is_there, std::optional<Made
   if (is_there) {
     if (!node.gone.empty()) node.also_gone.push_back(node.gone);
     node.gone = files_.Hold(name);
+    files_.listings_.NoteGone(id_, node.gone);
   }
   node.made.reset();
   if (!made) return;

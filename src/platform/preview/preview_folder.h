@@ -24,9 +24,6 @@ class PreviewFolder : public Folder {
   void Enumerate(Detail detail, const EntryVisitor& visit) override;
   std::optional<FileInfo> Look(std::string_view name, Detail detail) override;
   std::optional<FileId> IdOf(std::string_view name) override;
-  void ExpectLooks(std::span<const std::string_view> paths, size_t start) override {
-    if (inner_) inner_->ExpectLooks(paths, start);
-  }
   std::unique_ptr<Folder> OpenFolder(std::string_view names, OpenFor use) override;
   std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override;
   void CreateFolder(std::string_view name) override;
@@ -41,6 +38,8 @@ class PreviewFolder : public Folder {
   // A whole file's bytes, or its new ones.
   std::string Read(std::string_view name, uint64_t limit);
   void Write(std::string_view name, std::string_view bytes);
+  // What lies under it; null for one that was made here.
+  Folder* inner() const { return inner_.get(); }
   // Whether a name became something else here; `is_there` is then set.
   bool IsChanged(std::string_view name, bool& is_there);
 
@@ -50,6 +49,11 @@ class PreviewFolder : public Folder {
 
   // What a name became; null for what is still as it is on the inner file system.
   Node* Find(std::string_view name);
+  // Those of the inner folder that are still so; false when the visitor has ended it.
+  bool EnumerateReal(Detail detail, const EntryVisitor& visit);
+  bool EnumerateKnown(KnownListings::Known known, const EntryVisitor& visit);
+  // What of it has not gone by now.
+  Listing LeftOf(const KnownListings::Known& known);
   // The name of an unchanged or renamed file on the inner file system, "" for another.
   std::string RealName(std::string_view name);
   FileInfo Need(std::string_view name, Detail detail);

@@ -40,27 +40,44 @@ class SignalsBlocked {
 
 // The folder that the thread has open.
 struct LookAhead::Place {
-  std::optional<std::string_view> path;  // behind `start_`, with "\" at its end
-  UniqueFd opened;                       // none when it cannot be opened
+  const Part* part = nullptr;
+  std::string_view path;  // behind the part's folder, with "\\" at its end
+  UniqueFd opened;        // none when it cannot be opened
   int folder = -1;
   FileId id;
   std::string name;  // for the room it has
 };
 
-LookAhead::LookAhead(int folder, std::span<const std::string_view> paths, size_t start)
-    : base_(fcntl(folder, F_DUPFD_CLOEXEC, 0)), paths_(paths), start_(start) {
+LookAhead::LookAhead(std::vector<Part> parts)
+    : parts_([&] {
+        for (size_t i = 1; i < parts.size(); ++i) {
+          parts[i].before = parts[i - 1].before + parts[i - 1].paths.size();
+        }
+        return std::move(parts);
+      }()),
+      count_(parts_.empty() ? 0 : parts_.back().before + parts_.back().paths.size()),
+      slots_(std::min(kMostAhead, count_)) {
   const SignalsBlocked blocked;
   try {
-    if (base_) thread_ = std::thread([this] { Run(); });
+    if (count_ > 0) thread_ = std::thread([this] { Run(); });
   } catch (const std::system_error&) {  // there may be no more threads: whoever asks looks himself
   }
 }
 
 void LookAhead::End() {
-  MoveOnTo(paths_.size());
+  MoveOnTo(count_);
   behind_.notify_one();
   if (thread_.joinable()) thread_.join();
-  paths_ = {};
+}
+
+const LookAhead::Part& LookAhead::PartOf(size_t number) const {
+  const auto next = std::ranges::upper_bound(parts_, number - 1, {}, &Part::before);
+  return *std::prev(next);
+}
+
+std::string_view LookAhead::NameOf(size_t number) const {
+  const Part& part = PartOf(number);
+  return NamePart(part.paths[number - 1 - part.before]);
 }
 
 void LookAhead::MoveOnTo(size_t number) {
@@ -69,17 +86,17 @@ void LookAhead::MoveOnTo(size_t number) {
 }
 
 bool LookAhead::IsIn(size_t number, const FileId& id, std::string_view name) const {
-  const Slot& slot = slots_[number % kMostAhead];
+  const Slot& slot = slots_[number % slots_.size()];
   return slot.number.load(std::memory_order_acquire) == number && slot.folder == id &&
-         NamePart(paths_[number - 1]) == name;
+         NameOf(number) == name;
 }
 
 std::optional<Seen> LookAhead::Take(const FileId& id, std::string_view name) {
   const size_t next = behind_.load(std::memory_order_relaxed) + 1;
-  if (next > paths_.size()) return std::nullopt;
-  const size_t last = std::min(paths_.size(), next + kMostPassed);
+  if (next > count_) return std::nullopt;
+  const size_t last = std::min(count_, next + kMostPassed);
   size_t number = next;
-  if (NamePart(paths_[next - 1]) != name) {
+  if (NameOf(next) != name) {
     while (number <= last && !IsIn(number, id, name)) ++number;
   }
   if (number > last || !IsIn(number, id, name)) {
@@ -88,7 +105,7 @@ std::optional<Seen> LookAhead::Take(const FileId& id, std::string_view name) {
     return std::nullopt;
   }
   misses_ = 0;
-  const Seen seen = slots_[number % kMostAhead].seen;
+  const Seen seen = slots_[number % slots_.size()].seen;
   MoveOnTo(number);
   return seen;
 }
@@ -98,8 +115,8 @@ bool LookAhead::Advance(size_t& number) {
   for (;;) {
     const size_t behind = behind_.load(std::memory_order_acquire);
     const size_t next = std::max(number + 1, behind + kLead);
-    if (next > paths_.size()) return false;
-    if (next <= behind + kMostAhead) {
+    if (next > count_) return false;
+    if (next <= behind + slots_.size()) {
       number = next;
       return true;
     }
@@ -108,20 +125,22 @@ bool LookAhead::Advance(size_t& number) {
 }
 
 void LookAhead::LookAt(size_t number, Place& place) {
-  const std::string_view path = paths_[number - 1].substr(start_);
+  const Part& part = PartOf(number);
+  const std::string_view path = part.paths[number - 1 - part.before].substr(part.start);
   const std::string_view folder = FolderPart(path);
-  if (folder != place.path) {
+  if (&part != place.part || folder != place.path) {
     std::string spelled(folder);
     std::ranges::replace(spelled, '\\', '/');
     place.opened =
-        OpenBeneath(base_.get(), spelled.empty() ? "." : spelled.c_str(), Mounts::kStay, O_PATH);
+        OpenBeneath(part.folder, spelled.empty() ? "." : spelled.c_str(), Mounts::kStay, O_PATH);
     place.folder = place.opened.get();
+    place.part = &part;
     place.path = folder;
     struct stat status = {};
     if (place.folder >= 0) fstat(place.folder, &status);
     place.id = IdFrom(status);
   }
-  Slot& slot = slots_[number % kMostAhead];
+  Slot& slot = slots_[number % slots_.size()];
   place.name = NamePart(path);
   if (place.folder < 0 || !IsUsableName(place.name)) return;
   if (!See(place.folder, place.name.c_str(), slot.seen)) return;

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <optional>
 #include <span>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "platform/volume/volume_drive.h"
 
@@ -16,9 +16,17 @@ namespace quellix {
 // left to who asks; what it tells was so a moment ago.
 class LookAhead {
  public:
-  // `paths` lie below the open folder, behind the first `start` bytes of each, in the order in
-  // which they will be asked for; they must last until End.
-  LookAhead(int folder, std::span<const std::string_view> paths, size_t start);
+  // Files below an open folder, as FilesBelow.
+  struct Part {
+    int folder;
+    std::span<const std::string_view> paths;
+    size_t start;
+    size_t before = 0;  // how many there are in the parts before
+  };
+
+  // In the order in which they will be asked for; folders and paths must outlast
+  // the object.
+  explicit LookAhead(std::vector<Part> parts);
   ~LookAhead() { End(); }
 
   // What was seen of a file in the folder `id`; nothing when it is not known or not its turn.
@@ -37,14 +45,15 @@ class LookAhead {
 
   void Run();
   void LookAt(size_t number, Place& place);
+  const Part& PartOf(size_t number) const;
+  std::string_view NameOf(size_t number) const;
   bool Advance(size_t& number);
   void MoveOnTo(size_t number);
   bool IsIn(size_t number, const FileId& id, std::string_view name) const;
 
-  UniqueFd base_;
-  std::span<const std::string_view> paths_;
-  size_t start_;
-  std::array<Slot, kMostAhead> slots_;
+  const std::vector<Part> parts_;
+  const size_t count_;  // of all their files
+  std::vector<Slot> slots_;
   std::atomic<size_t> behind_{0};  // how many paths who asks has left behind
   size_t misses_ = 0;              // in a row
   std::thread thread_;             // the last, because it uses all the others

@@ -76,6 +76,10 @@ bool VolumeFileSystem::Find(std::string_view path, UniqueFd& folder, Located& en
   return fstat(folder.get(), &entry.status) == 0;
 }
 
+std::shared_ptr<void> VolumeFileSystem::ExpectLooks(std::span<const FilesBelow> files) {
+  return VolumeFolder::ExpectLooks(files);
+}
+
 bool VolumeFileSystem::IsGone(std::string_view path) {
   const bool is_known = path.size() < 2 || (path[1] == ':' && path.find('/') == path.npos &&
                                             path.find_first_of("~%") == path.npos);

@@ -28,6 +28,7 @@ class VolumeFileSystem : public FileSystem {
   // May lead out of the volume, as the driver shows the link.
   std::unique_ptr<Folder> OpenLinked(std::string_view path) override;
   std::optional<FileInfo> Look(std::string_view path, Detail detail = Detail::kFull) override;
+  std::shared_ptr<void> ExpectLooks(std::span<const FilesBelow> files) override;
   // Only the running Windows knows other drives, the network, what stands behind a link, variables
   // and short names.
   bool IsGone(std::string_view path) override;

@@ -129,13 +129,23 @@ void VolumeFolder::Enumerate(Detail detail, const EntryVisitor& visit) {
   if (code != 0) ThrowErrno(code, path_);
 }
 
-void VolumeFolder::ExpectLooks(std::span<const std::string_view> paths, size_t start) {
-  if (ahead_) ahead_->End();
-  ahead_ = paths.empty() ? nullptr : std::make_shared<LookAhead>(fd(), paths, start);
+std::shared_ptr<void> VolumeFolder::ExpectLooks(std::span<const FilesBelow> files) {
+  std::vector<VolumeFolder*> folders;
+  std::vector<LookAhead::Part> parts;
+  for (const auto& [of, paths, start] : files) {
+    auto* const folder = dynamic_cast<VolumeFolder*>(of);
+    if (folder == nullptr || !folder->ahead_.expired()) return nullptr;
+    folders.push_back(folder);
+    parts.push_back({folder->fd(), paths, start});
+  }
+  const auto ahead = std::make_shared<LookAhead>(std::move(parts));
+  for (VolumeFolder* const folder : folders) folder->ahead_ = ahead;
+  return ahead;
 }
 
 bool VolumeFolder::TakeExpected(std::string_view name, Located& entry) {
-  const std::optional<Seen> seen = ahead_ ? ahead_->Take(Id(), name) : std::nullopt;
+  const std::shared_ptr<LookAhead> ahead = ahead_.lock();
+  const std::optional<Seen> seen = ahead ? ahead->Take(Id(), name) : std::nullopt;
   if (!seen) return false;
   static_cast<Seen&>(entry) = *seen;
   entry.folder = fd();

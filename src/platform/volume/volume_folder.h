@@ -41,11 +41,10 @@ class VolumeFolder : public Folder {
   void Recycle(std::string_view name) override;
   void SetAttributes(std::string_view name, uint32_t attributes) override;
 
-  // On a thread of its own, where the system has the calls for it.
-  void ExpectLooks(std::span<const std::string_view> paths, size_t start) override;
-
   // Beyond the port.
   int fd() const { return fd_.get(); }
+  // As FileSystem's: looked at on a thread of its own.
+  static std::shared_ptr<void> ExpectLooks(std::span<const FilesBelow> files);
   // Creates or replaces a file in one step, as FileSystem::WriteWholeFile; `fill` writes the new
   // one, and `before_placing` is called when nothing but the renaming is left to do.
   void Replace(std::string_view name, const std::function<void(int fd)>& fill,
@@ -74,8 +73,8 @@ class VolumeFolder : public Folder {
   UniqueFd fd_;
   bool is_unread_ = false;  // fd_ may be for reading, and stands at its beginning
   std::string path_;
-  std::optional<FileId> id_;          // once it was asked for
-  std::shared_ptr<LookAhead> ahead_;  // of a folder above, or of this one
+  std::optional<FileId> id_;        // once it was asked for
+  std::weak_ptr<LookAhead> ahead_;  // of a folder above, or of this one
   // The file looked at last: who removes it next need not look again.
   Located looked_;
   std::optional<int> holds_names_;  // errno of whoever removes something here; 0 for none

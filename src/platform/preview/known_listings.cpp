@@ -1,0 +1,50 @@
+#include "platform/preview/known_listings.h"
+
+#include <utility>
+
+namespace quellix {
+
+KnownListings::Known KnownListings::Find(const FileId& folder, Detail detail) {
+  if (const auto young = young_.find(folder); young != young_.end()) {
+    return young->second.detail >= detail ? young->second : Known{};
+  }
+  const auto old = old_.find(folder);
+  if (old == old_.end() || old->second.detail < detail) return {};
+  Known known = old->second;
+  Keep(folder, known);
+  return known;
+}
+
+void KnownListings::Keep(const FileId& folder, Known known) {
+  const size_t bytes = SizeOf(known);
+  Forget(folder);
+  if (bytes > most_ / 2) return;
+  if (bytes_ + bytes > most_ / 2) {
+    old_ = std::exchange(young_, {});
+    bytes_ = 0;
+  }
+  bytes_ += bytes;
+  young_.emplace(folder, std::move(known));
+}
+
+void KnownListings::Forget(const FileId& folder) {
+  old_.erase(folder);
+  const auto young = young_.find(folder);
+  if (young == young_.end()) return;
+  bytes_ -= SizeOf(young->second);
+  young_.erase(young);
+}
+
+size_t KnownListings::SizeOf(const Known& known) {
+  return sizeof(Generation::value_type) + known.listing->bytes();
+}
+
+void KnownListings::NoteGone(const FileId& folder, std::string_view name) {
+  for (Generation* generation : {&young_, &old_}) {
+    if (const auto place = generation->find(folder); place != generation->end()) {
+      return place->second.gone.push_back(name);
+    }
+  }
+}
+
+}  // namespace quellix
