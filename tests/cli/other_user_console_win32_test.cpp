@@ -44,6 +44,18 @@ TEST_F(OtherUserConsoleTest, ANameOfTwoIsNoneAndEachOfThemIsCleanedOnce) {
   Expect({"search", "shortcuts", "--user", "qx2"}, 1, {"only for the user who runs"});
 }
 
+// The machine's keys are the administrator's to clean, under his own name.
+TEST_F(OtherUserConsoleTest, OfTheRegistryOnlyHisOwnKeysAreChanged) {
+  const std::string path = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\qx gone.exe";
+  machine->SetText(kMachine, path, "", "C:\\qx gone\\gone.exe");
+  const Names scan{"registry", "app-paths", "--delete"};
+  Expect(With(scan, {"--user", "qx2", "--preview"}), 1, {"not this user's own"});
+  Expect(With(scan, {"--user", "qx2"}), 1, {"qx gone.exe", "not this user's own"});
+  EXPECT_TRUE(machine->KeyExists(kMachine, path));
+  Expect(scan, 0, {"qx gone.exe"});
+  EXPECT_FALSE(machine->KeyExists(kMachine, path));
+}
+
 TEST_F(OtherUserConsoleTest, AtTheNextStartNothingGoesThatOthersMayChange) {
   const auto lock = machine->LockFile(mine);
   Expect(With(clean, {"--at-next-start"}), 3,

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/win32/unique.h"
@@ -82,9 +83,20 @@ std::string TrueNameOf(HKEY key) {
   return Narrow({name, buffer[0] / sizeof(wchar_t)});
 }
 
+// Of the machine of another user only what is his own may be changed.
+enum class Whose { kOwn, kOthers };
+
+[[noreturn]] void RefuseOthers(std::string_view path) {
+  throw Error(Error::Kind::kDenied,
+              std::string(path).append(
+                  " is not this user's own: for another user nothing else in the registry is "
+                  "changed."));
+}
+
 class Win32Key : public RegistryKey {
  public:
-  Win32Key(UniqueKey key, std::string path) : key_(std::move(key)), path_(std::move(path)) {}
+  Win32Key(UniqueKey key, std::string path, Whose whose)
+      : key_(std::move(key)), path_(std::move(path)), whose_(whose) {}
 
   std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) override;
   std::optional<RegistryValue> QueryValue(std::string_view name) override;
@@ -109,10 +121,12 @@ class Win32Key : public RegistryKey {
 
   UniqueKey key_;
   std::string path_;  // for messages
+  Whose whose_;
   std::vector<wchar_t> name_;
 };
 
-std::unique_ptr<Win32Key> OpenBelow(HKEY parent, std::string_view path, REGSAM rights) {
+std::unique_ptr<Win32Key> OpenBelow(HKEY parent, std::string_view path, REGSAM rights,
+                                    Whose whose) {
   const std::string_view plain = WithoutBackslash(path);
   UniqueKey key;
   const LSTATUS status = RegOpenKeyExW(parent, Wide(plain).c_str(), 0, rights, key.Put());
@@ -121,11 +135,12 @@ std::unique_ptr<Win32Key> OpenBelow(HKEY parent, std::string_view path, REGSAM r
     throw WindowsError(static_cast<DWORD>(status), "open",
                        "the registry key " + std::string(plain));
   }
-  return std::make_unique<Win32Key>(std::move(key), std::string(plain));
+  return std::make_unique<Win32Key>(std::move(key), std::string(plain), whose);
 }
 
 std::unique_ptr<RegistryKey> Win32Key::Open(std::string_view path, RegistryAccess access) {
-  return OpenBelow(key_.Get(), path, Rights(access));
+  if (whose_ == Whose::kOthers && access == RegistryAccess::kWrite) RefuseOthers(path);
+  return OpenBelow(key_.Get(), path, Rights(access), whose_);
 }
 
 std::optional<RegistryValue> Win32Key::QueryValue(std::string_view name) {
@@ -219,7 +234,8 @@ bool Win32Key::DeleteSubKey(std::string_view path) {
   const std::string_view plain = WithoutBackslash(path);
   if (plain.empty()) throw WindowsError(ERROR_ACCESS_DENIED, "remove", path_);
   if (IsLink(plain)) throw WindowsError(ERROR_ACCESS_DENIED, "remove the link", plain);
-  const auto child = OpenBelow(key_.Get(), plain, KEY_READ | DELETE);
+  if (whose_ == Whose::kOthers) RefuseOthers(plain);
+  const auto child = OpenBelow(key_.Get(), plain, KEY_READ | DELETE, whose_);
   if (!child) return false;
   if (child->SubKeyAt(0)) throw WindowsError(ERROR_DIR_NOT_EMPTY, "remove", plain);
   const LSTATUS status = RegDeleteKeyW(key_.Get(), Wide(plain).c_str());
@@ -249,6 +265,15 @@ KeyHome Win32Registry::Place(RegistryRoot root, std::string_view path) const {
   return {RegistryRoot::kUsers, below(classes_, rest)};
 }
 
+bool Win32Registry::IsOwn(const KeyHome& place) const {
+  if (user_.empty()) return true;
+  const auto holds = [&place](std::string_view top) {
+    return !top.empty() && EqualsNoCase(place.key.substr(0, top.size()), top) &&
+           (place.key.size() == top.size() || place.key[top.size()] == '\\');
+  };
+  return place.root == RegistryRoot::kUsers && (holds(user_) || holds(classes_) || holds(lasting_));
+}
+
 KeyHome Win32Registry::LastingName(RegistryRoot root, std::string_view key) {
   if (user_.empty() || root != RegistryRoot::kCurrentUser) return {root, std::string(key)};
   return {RegistryRoot::kUsers, lasting_ + "\\" + std::string(key)};
@@ -257,12 +282,16 @@ KeyHome Win32Registry::LastingName(RegistryRoot root, std::string_view key) {
 std::unique_ptr<RegistryKey> Win32Registry::Open(RegistryRoot root, std::string_view path,
                                                  RegistryAccess access) {
   const KeyHome place = Place(root, path);
-  return OpenBelow(Predefined(place.root), place.key, Rights(access));
+  const bool is_own = IsOwn(place);
+  if (access == RegistryAccess::kWrite && !is_own) RefuseOthers(place.key);
+  return OpenBelow(Predefined(place.root), place.key, Rights(access),
+                   is_own ? Whose::kOwn : Whose::kOthers);
 }
 
 std::unique_ptr<RegistryKey> Win32Registry::Create(RegistryRoot root, std::string_view path) {
   const KeyHome place = Place(root, path);
   const std::string& plain = place.key;
+  if (!IsOwn(place)) RefuseOthers(plain);
   UniqueKey key;
   const LSTATUS status =
       RegCreateKeyExW(Predefined(place.root), Wide(plain).c_str(), 0, nullptr, 0,
@@ -270,7 +299,7 @@ std::unique_ptr<RegistryKey> Win32Registry::Create(RegistryRoot root, std::strin
   if (status != ERROR_SUCCESS) {
     throw WindowsError(static_cast<DWORD>(status), "make", "the registry key " + plain);
   }
-  return std::make_unique<Win32Key>(std::move(key), plain);
+  return std::make_unique<Win32Key>(std::move(key), plain, Whose::kOwn);
 }
 
 }  // namespace quellix
