@@ -25,6 +25,8 @@ constexpr std::pair<std::string_view, std::string_view> kCosts[] = {
     {"Windows ESD installation files", "resetting Windows then needs a medium or a download"},
 };
 
+constexpr const char* kOffTheList = ". It was for this one time and is off Windows' list now";
+
 // What a cleaner that works is to be told by, and tells.
 class Cleaning {
  public:
@@ -44,8 +46,9 @@ class Cleaning {
                                         return StopsRun(context_);
                                       });
     Note(find);
-    Log(context_.state.IsPreview ? "Found: " + Size(find.bytes)
-                                 : Freed(find) + ", " + OnDrives(before));
+    Log(context_.state.IsPreview
+            ? "Found: " + Size(find.bytes)
+            : Freed(find) + ", " + OnDrives(before) + (find.is_off_the_list ? kOffTheList : ""));
   }
 
   void Log(const std::string& what) {

@@ -23,6 +23,7 @@ struct CleanerFind {
   uint64_t bytes = 0;                  // what it found that can go
   std::optional<uint64_t> freed = {};  // what it says it freed; nothing when it only looked
   bool is_stopped = false;             // it was stopped before its end
+  bool is_off_the_list = false;        // it was for this one time, and is not registered any more
 };
 
 enum class CleanerUse { kLook, kClean };

@@ -103,7 +103,7 @@ class Handler : public Counted<IEmptyVolumeCache2> {
 
   HRESULT WINAPI ShowProperties(HWND) override { return E_NOTIMPL; }
   HRESULT WINAPI Deactivate(DWORD* flags) override {
-    *flags = 0;
+    *flags = behaviour_ == L"once" ? EVCF_REMOVEFROMLIST : 0;
     return S_OK;
   }
 

@@ -133,6 +133,7 @@ HRESULT WorkOn(CleanerWork& work, const std::wstring& volume, Callback* callback
   result = LookAndClean(work, handler.Get(), callback);
   DWORD flags = 0;
   handler.Get()->Deactivate(&flags);
+  work.was_the_last_time = work.was_the_last_time || (flags & EVCF_REMOVEFROMLIST) != 0;
   return result;
 }
 

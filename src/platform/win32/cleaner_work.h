@@ -32,6 +32,7 @@ struct CleanerWork {
   // After the thread's end.
   std::wstring name, description;  // "" where it gives none
   bool is_usual = false;
+  bool was_the_last_time = false;  // it asks to be taken off Windows' list
   bool tells_freed = false;
   bool is_stopped = false;
   HRESULT failure = S_OK;  // the first

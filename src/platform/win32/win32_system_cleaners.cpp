@@ -131,6 +131,13 @@ class RunningCleaner {
   bool asked_nobody_ = false;
 };
 
+// One that asks for it is taken off the list, once it has cleaned; a look changes nothing.
+bool TakeOffTheList(const CleanerWork& work, const UniqueKey& handlers) {
+  const bool is_done = work.cleans && !work.is_stopped && SUCCEEDED(work.failure);
+  return is_done && work.was_the_last_time && !work.key_name.empty() &&
+         RegDeleteKeyW(handlers.Get(), work.key_name.c_str()) == ERROR_SUCCESS;
+}
+
 CleanerFind FindOf(const CleanerWork& work, SystemCleaner registered) {
   CleanerFind find{.cleaner = std::move(registered), .bytes = work.found};
   if (!work.name.empty()) find.cleaner.name = Narrow(work.name);
@@ -177,7 +184,9 @@ CleanerFind Win32SystemCleaners::Use(std::string_view key, CleanerUse use, bool 
   RunningCleaner(work, registered.name).Await(is_attended, patience_, pause);
   if (FAILED(work->failure) && !work->is_stopped)
     throw WindowsError(static_cast<DWORD>(work->failure), "finish", registered.name);
-  return FindOf(*work, registered);
+  CleanerFind find = FindOf(*work, registered);
+  find.is_off_the_list = TakeOffTheList(*work, handlers);
+  return find;
 }
 
 }  // namespace quellix

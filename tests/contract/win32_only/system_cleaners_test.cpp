@@ -73,6 +73,19 @@ TEST_F(SystemCleanersTest, AStopIsHandedOnAndWhatItDoesIsToldMeanwhile) {
   EXPECT_EQ(CountLeft(), 2u);
 }
 
+TEST_F(SystemCleanersTest, OneThatAsksForItIsOffTheListOnceItHasCleaned) {
+  const RegisteredCleaner registered(L"Qx", Wide(scratch), L"once");
+  EXPECT_TRUE(Told(CleanerUse::kLook).starts_with("10 unknown"));
+  const CleanerFind stopped =
+      cleaners.Use("Qx", CleanerUse::kClean, false, [](const Progress&) { return true; });
+  EXPECT_TRUE(stopped.is_off_the_list == !stopped.is_stopped);
+  if (stopped.is_off_the_list) return;  // it was done before it could be stopped
+  EXPECT_TRUE(Told(CleanerUse::kLook).ends_with("|usual")) << "a look, or a stop, changes nothing";
+  EXPECT_TRUE(cleaners.Use("Qx", CleanerUse::kClean, false, {}).is_off_the_list);
+  EXPECT_EQ(CountLeft(), 0u);
+  EXPECT_EQ(Told(CleanerUse::kClean), "Qx is not registered with Windows.");
+}
+
 TEST_F(SystemCleanersTest, ThoseThatAreRegisteredAreListedWithoutBeingLoaded) {
   EXPECT_EQ(Told(CleanerUse::kLook), "Qx is not registered with Windows.");
   const size_t before = cleaners.List().size();
