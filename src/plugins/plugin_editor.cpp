@@ -6,6 +6,7 @@
 #include "platform/path.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
+#include "plugins/plugin_check.h"
 #include "plugins/plugin_places.h"
 #include "plugins/recipe_keys.h"
 #include "run/working_folder.h"
@@ -38,12 +39,34 @@ bool FitsOnLine(std::initializer_list<std::string_view> fields) {
 
 FileEntry ToEntry(const FilesForm& form) {
   return {form.recurse, form.delete_subfolders && form.file == "*.*",
-          WithBackslash(form.path) + form.file};
+          WithBackslash(form.path) + form.file, form.remove_self, form.both_sides};
 }
 
 RegistryEntry ToEntry(const RegistryForm& form) {
   return {form.entire_subkey, form.all_subkeys,
-          std::string(kRootKeys[form.root]) + "\\" + form.subkey, form.value};
+          std::string(kRootKeys[form.root]) + "\\" + form.subkey, form.value, form.both_views};
+}
+
+constexpr FurtherKind kFurtherKinds[] = {
+    {"Leave files of a folder", "F&older and file:", nullptr, 'X', "File"},
+    {"Leave files, folders below too", "F&older and file:", nullptr, 'X', "Path"},
+    {"Leave a registry key", "&Key:", nullptr, 'X', "Key"},
+    {"Only where a file or folder is", "Pat&h:", nullptr, 'T', "File"},
+    {"Only where a registry key is", "&Key:", "With the &value:", 'T', "Key"},
+    {"Only on some Windows", "&From version:", "&Until version:", 'T', "Version"},
+    {"Stands in the group", "&Group:", nullptr, 'G', ""},
+    {"Costs its user", "&Cost:", nullptr, 'W', "No"},
+    {"Loses what cannot be had again", "L&ost:", nullptr, 'W', "Yes"},
+    {"Close a program first", "F&ile:", nullptr, 'P', ""},
+};
+
+std::string LineOf(const FurtherForm& form) {
+  const FurtherKind& kind = kFurtherKinds[form.kind];
+  std::string line(1, kind.letter);
+  if (*kind.mark != '\0') line.append(1, kSeparator).append(kind.mark);
+  line.append(1, kSeparator).append(form.place);
+  if (kind.last != nullptr && !form.last.empty()) line.append(1, kSeparator).append(form.last);
+  return line;
 }
 
 std::string WithoutExtension(const std::string& file) {
@@ -187,6 +210,51 @@ bool PluginEditor::AddIni(const IniForm& form) {
   if (!place.refusal.empty()) return Refuse(place.refusal);
   Append(plugin_.ini, {entry});
   return true;
+}
+
+std::span<const FurtherKind> FurtherKinds() { return kFurtherKinds; }
+
+PluginEditor::FurtherRow PluginEditor::Further(size_t row) const {
+  const std::vector<std::string> fields = Split(plugin_.others[row], kSeparator);
+  for (const FurtherKind& kind : kFurtherKinds) {
+    const size_t first = *kind.mark == '\0' ? 1 : 2;
+    const bool is_it = fields[0] == std::string(1, kind.letter) && fields.size() > first &&
+                       (first == 1 || fields[1] == kind.mark);
+    if (!is_it) continue;
+    const bool has_last = kind.last != nullptr && fields.size() > first + 1;
+    return {kind.caption, fields[first], has_last ? fields[first + 1] : ""};
+  }
+  std::string rest = plugin_.others[row].substr(fields[0].size() + 1);
+  std::ranges::replace(rest, kSeparator, ' ');
+  return {fields[0], std::move(rest), ""};
+}
+
+// What older readers ignore is told by these lines alone.
+void PluginEditor::SetFurther(std::vector<std::string> lines) {
+  plugin_.others = std::move(lines);
+  plugin_ = ParsePlugin(FormatPlugin(plugin_));
+  is_changed_ = true;
+}
+
+bool PluginEditor::AddFurther(const FurtherForm& form) {
+  if (form.place.empty()) return Refuse("Please fill in the field");
+  if (!FitsOnLine({form.place, form.last})) return Refuse(kNoSuchCharacter);
+  const std::string line = LineOf(form);
+  for (const Remark& remark : CheckPlugin(machine_, line + "\r\n")) {
+    if (remark.is_fault && remark.line == 1) return Refuse(remark.text);
+  }
+  std::vector<std::string> lines = plugin_.others;
+  if (line[0] == 'G') std::erase_if(lines, [](const std::string& each) { return each[0] == 'G'; });
+  lines.push_back(line);
+  SetFurther(std::move(lines));
+  return true;
+}
+
+void PluginEditor::RemoveFurther(size_t row) {
+  std::vector<std::string> lines = plugin_.others;
+  if (row >= lines.size()) return;
+  lines.erase(lines.begin() + static_cast<long>(row));
+  SetFurther(std::move(lines));
 }
 
 template <typename Entry>

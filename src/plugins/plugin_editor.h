@@ -19,6 +19,8 @@ struct FilesForm {
   std::string file;  // a name or a mask
   bool recurse = false;
   bool delete_subfolders = false;
+  bool remove_self = false;
+  bool both_sides = false;
 };
 
 struct RegistryForm {
@@ -27,6 +29,7 @@ struct RegistryForm {
   std::string value;
   bool entire_subkey = false;
   bool all_subkeys = false;
+  bool both_views = false;
 };
 
 struct IniForm {
@@ -34,6 +37,21 @@ struct IniForm {
   std::string section;
   std::string value;
   bool erase_section = false;
+};
+
+// What stands beside files, keys and INI entries: a kind of record, with the words of its window.
+struct FurtherKind {
+  const char* caption;
+  const char* place;  // what its first field holds, with a mnemonic
+  const char* last;   // and its second one; null for none
+  char letter;
+  const char* mark;  // its first field in a file; "" for none
+};
+std::span<const FurtherKind> FurtherKinds();
+
+struct FurtherForm {
+  size_t kind = 0;  // of FurtherKinds
+  std::string place, last;
 };
 
 enum class Generated { kSubkeys, kValues };
@@ -70,9 +88,20 @@ class PluginEditor {
   std::vector<IniSection> ReadIni(const std::string& path);
   bool AddIni(const IniForm& form);
 
+  // A group takes the place of the one before.
+  bool AddFurther(const FurtherForm& form);
+
+  // A row of the page Further; of a kind that nobody knows, its letter and the line as it stands.
+  struct FurtherRow {
+    std::string what, place, last;
+  };
+  size_t further_count() const { return plugin_.others.size(); }
+  FurtherRow Further(size_t row) const;
+
   void RemoveFile(size_t row);
   void RemoveKey(size_t row);
   void RemoveIni(size_t row);
+  void RemoveFurther(size_t row);
 
   // Asks for a name, writes the file and tells the manager.
   void Save();
@@ -81,6 +110,7 @@ class PluginEditor {
 
  private:
   bool Refuse(std::string_view sentence);
+  void SetFurther(std::vector<std::string> lines);
   bool AddAll(const std::vector<FileEntry>& entries);
   bool AddAll(const std::vector<RegistryEntry>& entries);
   template <typename Entry>

@@ -13,8 +13,8 @@ constexpr Anchor kAnchors[] = {
     {cmdTry, 0, 1, 0, 1},         {IDCANCEL, 1, 1, 1, 1},
 };
 
-constexpr const wchar_t* kTabs[] = {L"Files", L"Registry", L"INI files"};
-constexpr int kPages[] = {pagFiles, pagRegistry, pagINI, pagEnd};
+constexpr const wchar_t* kTabs[] = {L"Files", L"Registry", L"INI files", L"Further"};
+constexpr int kPages[] = {pagFiles, pagRegistry, pagINI, pagFurther, pagEnd};
 
 }  // namespace
 
@@ -25,6 +25,7 @@ FrmPlugin::FrmPlugin(const Machine& machine, modPlugin::PluginManager& manager,
       files_(machine, editor_, prompts_),
       registry_(editor_),
       ini_(editor_),
+      further_(editor_),
       try_(machine) {}
 
 void FrmPlugin::Create(HWND owner) {
@@ -50,6 +51,7 @@ void FrmPlugin::OnInit() {
   layout().Add(files_.Attach(window()));
   layout().Add(registry_.Attach(window()));
   layout().Add(ini_.Attach(window()));
+  layout().Add(further_.Attach(window()));
   ShowPage();
   ShowTitle();
 }
@@ -58,12 +60,14 @@ void FrmPlugin::OnResolution() {
   files_.SetResolution(dpi());
   registry_.SetResolution(dpi());
   ini_.SetResolution(dpi());
+  further_.SetResolution(dpi());
 }
 
 void FrmPlugin::OnSized() {
   files_.FillLastColumn(dpi());
   registry_.FillLastColumn(dpi());
   ini_.FillLastColumn(dpi());
+  further_.FillLastColumn(dpi());
 }
 
 // Ctrl+Tab turns the pages, as in any window that has some.
@@ -109,6 +113,7 @@ void FrmPlugin::OnCommand(int id, int code) {
   files_.OnCommand(id, code);
   registry_.OnCommand(id, code);
   ini_.OnCommand(id, code);
+  further_.OnCommand(id, code);
 }
 
 // No button is the default one: Enter in a field adds what stands on its page.
@@ -117,7 +122,7 @@ void FrmPlugin::OnEnter() {
   if (GetParent(field) != window()) field = GetParent(field);  // the text of a combo box
   const int id = GetDlgCtrlID(field);
   const int page = TabCtrl_GetCurSel(Control(sstPlugin));
-  PluginPage* const pages[] = {&files_, &registry_, &ini_};
+  PluginPage* const pages[] = {&files_, &registry_, &ini_, &further_};
   if (id >= kPages[page] && id < kPages[page + 1]) pages[page]->OnEnter();
 }
 
@@ -126,6 +131,7 @@ LRESULT FrmPlugin::OnNotify(NMHDR& header) {
   files_.OnNotify(header);
   registry_.OnNotify(header);
   ini_.OnNotify(header);
+  further_.OnNotify(header);
   return 0;
 }
 

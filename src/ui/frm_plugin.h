@@ -12,7 +12,7 @@
 
 namespace quellix {
 
-// The plug-in editor's window: a description and three pages of records.
+// The plug-in editor's window: a description and four pages of records.
 class FrmPlugin : public OwnedWindow {
  public:
   // `on_saved` is called when the manager's list has changed.
@@ -45,6 +45,7 @@ class FrmPlugin : public OwnedWindow {
   PluginFilesPage files_;
   PluginRegistryPage registry_;
   PluginIniPage ini_;
+  PluginFurtherPage further_;
   FrmTry try_;
 };
 

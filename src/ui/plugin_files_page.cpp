@@ -6,7 +6,11 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {{L"Recurse", 80}, {L"Delete Subfolders", 120}, {L"Location", 370}};
+constexpr Column kColumns[] = {{L"Recurse", 70},
+                               {L"Delete Subfolders", 110},
+                               {L"Itself", 55},
+                               {L"32 and 64 bit", 90},
+                               {L"Location", 245}};
 
 constexpr Anchor kAnchors[] = {
     {lstvFiles, 0, 0, 1, 0.6},
@@ -17,6 +21,8 @@ constexpr Anchor kAnchors[] = {
     {txtFileExt, 1, 0.6, 1, 0.6},
     {chkFileRecurse, 0, 0.6, 0, 0.6},
     {chkFileDeletesubFolders, 0, 0.6, 0, 0.6},
+    {chkFileSelf, 0, 0.6, 0, 0.6},
+    {chkFileBothSides, 0, 0.6, 0, 0.6},
     {cmdFilesAdd, 1, 0.6, 1, 0.6},
     {cmdFileRemove, 1, 0.6, 1, 0.6},
     {lblFileAlternate, 0, 0.6, 0, 0.6},
@@ -43,13 +49,19 @@ std::span<const Anchor> PluginFilesPage::Init() {
 
 std::string PluginFilesPage::TextOf(size_t row, int column) const {
   const modPlugin::FileEntry& entry = editor().plugin().files[row];
-  if (column == 2) return entry.location;
-  return (column == 0 ? entry.recurse : entry.delete_subfolders) ? "Yes" : "No";
+  const bool flags[] = {entry.recurse, entry.delete_subfolders, entry.remove_self,
+                        entry.both_sides};
+  if (column == 4) return entry.location;
+  return flags[column] ? "Yes" : "No";
 }
 
 modPlugin::FilesForm PluginFilesPage::Form() const {
-  return {Text(txtFilePath), Text(txtFileExt), IsTicked(window(), chkFileRecurse),
-          IsTicked(window(), chkFileDeletesubFolders)};
+  return {Text(txtFilePath),
+          Text(txtFileExt),
+          IsTicked(window(), chkFileRecurse),
+          IsTicked(window(), chkFileDeletesubFolders),
+          IsTicked(window(), chkFileSelf),
+          IsTicked(window(), chkFileBothSides)};
 }
 
 void PluginFilesPage::OnCommand(int id, int code) {

@@ -10,8 +10,11 @@ namespace {
 
 std::string YesNo(bool flag) { return flag ? "Yes" : "No"; }
 
-constexpr Column kRegistryColumns[] = {
-    {L"Del subkey", 80}, {L"Recurse delete", 100}, {L"key", 270}, {L"value", 120}};
+constexpr Column kRegistryColumns[] = {{L"Del subkey", 80},
+                                       {L"Recurse delete", 100},
+                                       {L"32 bit too", 70},
+                                       {L"key", 220},
+                                       {L"value", 100}};
 constexpr Anchor kRegistryAnchors[] = {
     {lstvRegistry, 0, 0, 1, 1},
     {optClassesRoot, 0, 1, 0, 1},
@@ -28,6 +31,7 @@ constexpr Anchor kRegistryAnchors[] = {
     {optEntireSubkey, 0, 1, 0, 1},
     {optDeleteValue, 0, 1, 0, 1},
     {chkDeleteAllSubkeys, 0, 1, 0, 1},
+    {chkBothViews, 0, 1, 0, 1},
     {cmdGeneratesubkeys, 0, 1, 0, 1},
     {cmdGenerateValues, 0, 1, 0, 1},
     {cmdRegistryAdd, 1, 1, 1, 1},
@@ -44,6 +48,13 @@ constexpr Anchor kIniAnchors[] = {
     {cmdINIBrowse, 1, 1, 1, 1}, {lblINISections, 0, 1, 0, 1}, {cmbINISections, 0, 1, 1, 1},
     {lblINIValues, 0, 1, 0, 1}, {cmbINIValues, 0, 1, 1, 1},   {chkINIEraseSection, 0, 1, 0, 1},
     {cmdINIAdd, 1, 1, 1, 1},    {cmdINIRemove, 1, 1, 1, 1},
+};
+
+constexpr Column kFurtherColumns[] = {{L"What", 190}, {L"Where or which", 250}, {L"And", 130}};
+constexpr Anchor kFurtherAnchors[] = {
+    {lstvFurther, 0, 0, 1, 1},     {lblFurtherKind, 0, 1, 0, 1},  {cmbFurtherKind, 0, 1, 0, 1},
+    {lblFurtherPlace, 0, 1, 0, 1}, {txtFurtherPlace, 0, 1, 1, 1}, {lblFurtherLast, 0, 1, 0, 1},
+    {txtFurtherLast, 0, 1, 0, 1},  {cmdFurtherAdd, 1, 1, 1, 1},   {cmdFurtherRemove, 1, 1, 1, 1},
 };
 
 }  // namespace
@@ -100,7 +111,8 @@ std::string PluginRegistryPage::TextOf(size_t row, int column) const {
   const modPlugin::RegistryEntry& entry = editor().plugin().registry[row];
   if (column == 0) return YesNo(entry.delete_subkey);
   if (column == 1) return YesNo(entry.recurse_delete);
-  return column == 2 ? entry.key : entry.value_name;
+  if (column == 2) return YesNo(entry.both_views);
+  return column == 3 ? entry.key : entry.value_name;
 }
 
 modPlugin::RegistryForm PluginRegistryPage::Form() const {
@@ -112,6 +124,7 @@ modPlugin::RegistryForm PluginRegistryPage::Form() const {
   form.value = Text(txtRegistryValue);
   form.entire_subkey = IsTicked(window(), optEntireSubkey);
   form.all_subkeys = IsTicked(window(), chkDeleteAllSubkeys);
+  form.both_views = IsTicked(window(), chkBothViews);
   return form;
 }
 
@@ -190,6 +203,50 @@ void PluginIniPage::Add() {
   const modPlugin::IniForm form{Text(txtINIFileName), Text(cmbINISections), Text(cmbINIValues),
                                 IsTicked(window(), chkINIEraseSection)};
   if (editor().AddIni(form)) ShowRows();
+}
+
+PluginFurtherPage::PluginFurtherPage(modPlugin::PluginEditor& editor)
+    : PluginPage(editor, lstvFurther, kFurtherColumns) {}
+
+std::span<const Anchor> PluginFurtherPage::Init() {
+  std::vector<std::string> kinds;
+  for (const modPlugin::FurtherKind& kind : modPlugin::FurtherKinds()) {
+    kinds.emplace_back(kind.caption);
+  }
+  FillCombo(Control(cmbFurtherKind), kinds);
+  SendMessageW(Control(cmbFurtherKind), CB_SETCURSEL, 0, 0);
+  ShowKind();
+  return kFurtherAnchors;
+}
+
+std::string PluginFurtherPage::TextOf(size_t row, int column) const {
+  const auto [what, place, last] = editor().Further(row);
+  return column == 0 ? what : column == 1 ? place : last;
+}
+
+size_t PluginFurtherPage::Kind() const {
+  const LRESULT kind = SendMessageW(Control(cmbFurtherKind), CB_GETCURSEL, 0, 0);
+  return kind < 0 ? 0 : static_cast<size_t>(kind);
+}
+
+void PluginFurtherPage::ShowKind() {
+  const modPlugin::FurtherKind& kind = modPlugin::FurtherKinds()[Kind()];
+  SetDlgItemTextW(window(), lblFurtherPlace, Wide(kind.place).c_str());
+  SetDlgItemTextW(window(), lblFurtherLast, kind.last == nullptr ? L"" : Wide(kind.last).c_str());
+  if (kind.last == nullptr) SetDlgItemTextW(window(), txtFurtherLast, L"");
+  EnableWindow(Control(txtFurtherLast), kind.last != nullptr);
+}
+
+void PluginFurtherPage::OnCommand(int id, int code) {
+  if (id == cmbFurtherKind && code == CBN_SELCHANGE) ShowKind();
+  if (id == cmdFurtherAdd) Add();
+  if (id == cmdFurtherRemove) Remove();
+}
+
+void PluginFurtherPage::Add() {
+  if (!editor().AddFurther({Kind(), Text(txtFurtherPlace), Text(txtFurtherLast)})) return;
+  ShowRows();
+  Empty({txtFurtherPlace, txtFurtherLast});
 }
 
 }  // namespace quellix

@@ -121,4 +121,23 @@ class PluginIniPage : public PluginPage {
   std::vector<modPlugin::IniSection> sections_;
 };
 
+// What stays, what must be there, what it costs, and the programs to close first.
+class PluginFurtherPage : public PluginPage {
+ public:
+  explicit PluginFurtherPage(modPlugin::PluginEditor& editor);
+  void OnCommand(int id, int code) override;
+  void OnEnter() override { Add(); }
+
+ protected:
+  std::span<const Anchor> Init() override;
+  void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveFurther); }
+  int Count() const override { return static_cast<int>(editor().further_count()); }
+  std::string TextOf(size_t row, int column) const override;
+
+ private:
+  size_t Kind() const;
+  void ShowKind();
+  void Add();
+};
+
 }  // namespace quellix

@@ -263,10 +263,11 @@
 // The plug-in editor
 #define sstPlugin 1612
 #define cmdTry 1613
-// Its pages: Files, Registry, INI files
+// Its pages: Files, Registry, INI files, Further
 #define pagFiles 1620
 #define pagRegistry 1640
 #define pagINI 1670
+#define pagFurther 1685
 #define pagEnd 1700
 #define lstvFiles 1620
 #define lblFilePath 1621
@@ -283,6 +284,8 @@
 #define dirFileAlternate 1632
 #define flFileAlternate 1633
 #define cmdFileAddAlternate 1634
+#define chkFileSelf 1635
+#define chkFileBothSides 1636
 #define lstvRegistry 1640
 #define optClassesRoot 1641
 #define optCurrentUser 1642
@@ -302,6 +305,7 @@
 #define cmdGenerateValues 1656
 #define cmdRegistryAdd 1657
 #define cmdRegistryRemove 1658
+#define chkBothViews 1659
 #define lstvINI 1670
 #define lblINIFileName 1671
 #define txtINIFileName 1672
@@ -313,6 +317,15 @@
 #define chkINIEraseSection 1678
 #define cmdINIAdd 1679
 #define cmdINIRemove 1680
+#define lstvFurther 1685
+#define lblFurtherKind 1686
+#define cmbFurtherKind 1687
+#define lblFurtherPlace 1688
+#define txtFurtherPlace 1689
+#define lblFurtherLast 1690
+#define txtFurtherLast 1691
+#define cmdFurtherAdd 1692
+#define cmdFurtherRemove 1693
 
 // The name generator
 #define lblFrom 1700

@@ -127,6 +127,56 @@ TEST_F(PluginWindowsTest, RecipesStandByGroupsTellTheirCostAndKeepWhatTheEditorD
             Text("D|new\r\nF|No|No|C:\\Temp\\*.qx|Yes\r\n" + others));
 }
 
+TEST_F(PluginWindowsTest, TheEditorAddsShowsAndRemovesWhatStandsBesideTheEntries) {
+  const struct {
+    size_t kind;
+    const char *place, *last, *line, *refusal;
+  } kRows[] = {
+      {0, "C:\\qx\\keep.*", "", "X|File|C:\\qx\\keep.*", ""},
+      {1, "C:\\qx\\kept", "ignored", "X|Path|C:\\qx\\kept", ""},
+      {2, "HKEY_CURRENT_USER\\Software\\Qx", "", "X|Key|HKEY_CURRENT_USER\\Software\\Qx", ""},
+      {3, "C:\\qx*\\a.exe", "", "T|File|C:\\qx*\\a.exe", ""},
+      {4, "HKEY_CURRENT_USER\\Software\\Qx", "v", "T|Key|HKEY_CURRENT_USER\\Software\\Qx|v", ""},
+      {5, "10.0", "", "T|Version|10.0", ""},
+      {5, "6.1", "10.0", "T|Version|6.1|10.0", ""},
+      {6, "Old", "", "", ""},
+      {6, "New", "", "G|New", ""},
+      {7, "a list is gone", "", "W|No|a list is gone", ""},
+      {8, "work", "", "W|Yes|work", ""},
+      {9, "qx.exe", "", "P|qx.exe", ""},
+      {0, "", "", "", "Please fill in the field"},
+      {0, "keep.txt", "", "", "The exclusion of keep.txt"},
+      {3, "C:\\a\nb", "", "", "It holds a line break"},
+      {5, "ten", "", "", "A version of Windows is two numbers"},
+      {9, "C:\\qx\\qx.exe", "", "", "\"C:\\qx\\qx.exe\" is not the name"},
+  };
+  WriteRecipe("a.cdp", "D|a\r\nQ|of tomorrow|\r\n");
+  ASSERT_TRUE(editor.Load("a.cdp"));
+  std::string lines = "Q|of tomorrow|\r\n";
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.place);
+    const bool added = editor.AddFurther({row.kind, row.place, row.last});
+    EXPECT_EQ(added, *row.refusal == '\0');
+    if (!added) ExpectRefused(added, row.refusal);
+    if (*row.line != '\0') lines.append(row.line).append("\r\n");
+  }
+  EXPECT_EQ(FormatPlugin(editor.plugin()), Text("D|a\r\n" + lines));
+  EXPECT_EQ(editor.plugin().cost + editor.plugin().group, "a list is gone; workNew");
+  EXPECT_FALSE(editor.MayClose()) << "changes to lose";
+  const auto [what, place, last] = editor.Further(0);
+  EXPECT_EQ(what + "|" + place + "|" + last, "Q|of tomorrow |");
+  EXPECT_EQ(editor.Further(5).what + editor.Further(5).last, "Only where a registry key isv");
+  FilesForm files{"%PROGDIR%\\qx", "*.log", true, false, true, true};
+  EXPECT_TRUE(editor.AddFiles(files) &&
+              editor.AddKey({1, "Software\\Qx\\x", "v", false, false, true}));
+  while (editor.further_count() > 1) editor.RemoveFurther(1);
+  editor.RemoveFurther(7);
+  EXPECT_EQ(FormatPlugin(editor.plugin()),
+            Text("D|a\r\nF|Yes|No|%PROGDIR%\\qx\\*.log|Yes|Yes\r\n"
+                 "R|No|No|HKEY_CURRENT_USER\\Software\\Qx\\x|v|Yes\r\nQ|of tomorrow|\r\n"));
+  EXPECT_TRUE(editor.plugin().cost.empty() && editor.plugin().programs.empty());
+}
+
 TEST_F(PluginWindowsTest, AListThatCannotBeReadIsNotOverwritten) {
   machine->MakeFolder(own + "plg.txt");
   manager.Load();

@@ -74,6 +74,7 @@ struct PluginWindowsTest : testing::Test {
   void FillFiles(const QuellixWindow& window, HWND editor) const;
   static void FillRegistry(const QuellixWindow& window, HWND editor);
   void FillIni(const QuellixWindow& window, HWND editor) const;
+  static void FillFurther(const QuellixWindow& window, HWND editor);
   // By the keyboard: the first row is selected, and the space bar turns its tick.
   static void TurnTicksByKeys(const QuellixWindow& window, HWND manager) {
     const HWND list = GetDlgItem(manager, lstvPlugin);
@@ -125,7 +126,7 @@ void PluginWindowsTest::FillRegistry(const QuellixWindow& window, HWND editor) {
   Type(generator, cmbFrom, L"1");
   PressIn(generator, IDOK);
   ASSERT_TRUE(AwaitRows(editor, lstvRegistry, 2));
-  EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvRegistry), 1, 3), L"File2");
+  EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvRegistry), 1, 4), L"File2");
 }
 
 void PluginWindowsTest::FillIni(const QuellixWindow& window, HWND editor) const {
@@ -138,6 +139,27 @@ void PluginWindowsTest::FillIni(const QuellixWindow& window, HWND editor) const 
   ASSERT_TRUE(AwaitRows(editor, lstvINI, 1));
 }
 
+void PluginWindowsTest::FillFurther(const QuellixWindow& window, HWND editor) {
+  ChoosePage(window, editor, lstvFurther);
+  Refused(window, editor, cmdFurtherAdd, L"Please fill in the field");
+  const HWND kinds = GetDlgItem(editor, cmbFurtherKind);
+  for (int i = 0; i < 4; ++i) window.PressKey(kinds, VK_DOWN);
+  EXPECT_TRUE(AwaitText(editor, lblFurtherLast, L"With the &value:"));
+  for (int i = 0; i < 2; ++i) window.PressKey(kinds, VK_DOWN);
+  EXPECT_TRUE(AwaitText(editor, lblFurtherPlace, L"&Group:"));
+  EXPECT_FALSE(IsEnabled(editor, txtFurtherLast));
+  for (const wchar_t* group : {L"Ark", L"Bow"}) {
+    Type(editor, txtFurtherPlace, group);
+    PressIn(editor, cmdFurtherAdd);
+    EXPECT_TRUE(AwaitText(editor, txtFurtherPlace, L""));
+  }
+  for (int i = 0; i < 3; ++i) window.PressKey(kinds, VK_DOWN);
+  Type(editor, txtFurtherPlace, L"qx none.exe");
+  PressIn(editor, cmdFurtherAdd);
+  ASSERT_TRUE(AwaitRows(editor, lstvFurther, 2));
+  EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvFurther), 0, 1), L"Bow");
+}
+
 TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedAndSaved) {
   const QuellixWindow window;
   const HWND manager = OpenManager(window), editor = OpenEditor(window, manager);
@@ -145,6 +167,7 @@ TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedAndSaved) {
   FillFiles(window, editor);
   FillRegistry(window, editor);
   FillIni(window, editor);
+  FillFurther(window, editor);
   PressIn(editor, cmdTry);
   const HWND trial = window.AwaitWindow(L"Try it");
   EXPECT_TRUE(AwaitRows(trial, lstvTry, 5));
@@ -167,7 +190,7 @@ TEST_F(PluginWindowsTest, ARecipeIsWrittenTriedAndSaved) {
             Text("D|Meine Größen\r\nF|Yes|No|C:\\quellix-tests\\plugins\\in\\*.log\r\n"
                  "R|No|No|HKEY_CURRENT_USER\\Software\\Quellix Window Test|File1\r\n"
                  "R|No|No|HKEY_CURRENT_USER\\Software\\Quellix Window Test|File2\r\n"
-                 "I|x.ini|Recent|Yes||C:\\quellix-tests\\plugins\\\r\n"));
+                 "I|x.ini|Recent|Yes||C:\\quellix-tests\\plugins\\\r\nG|Bow\r\nP|qx none.exe\r\n"));
   PressIn(editor, IDCANCEL);
   ASSERT_TRUE(AwaitGone(editor));
   EXPECT_TRUE(AwaitText(manager, lblStatus, L"1 plug-in(s) listed"));
@@ -211,7 +234,7 @@ TEST_F(PluginWindowsTest, DialogsAndThePickerFillTheEditor) {
   SendMessageW(files, LB_SETSEL, TRUE, 0);
   window.PressKey(files, VK_RETURN);
   ASSERT_TRUE(AwaitRows(editor, lstvFiles, 1));
-  EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvFiles), 0, 2),
+  EXPECT_EQ(window.RowText(GetDlgItem(editor, lstvFiles), 0, 4),
             (kFolder / "in" / "a.log").wstring());
 }
 
