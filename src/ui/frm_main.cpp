@@ -102,6 +102,9 @@ void FrmMain::OnInit() {
   SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
   display_.Attach(window(), [this](const Item* item) { ShowCurrentItem(item); });
   display_.ReviewFinds(machine_);
+  if (!machine_.session.HasAdministratorRights()) {
+    EnableMenuItem(GetMenu(window()), mnuUsers, MF_BYCOMMAND | MF_GRAYED);
+  }
   display_.Flush();
 }
 
@@ -269,6 +272,8 @@ void FrmMain::OnCommand(int id, int code) {
       return pane_.NextTip(true);
     case Check3:
       return items_.ToggleAll();
+    case mnuUsers:
+      return CleanForOthers();
     case cmdBackups:
       windows_.Open(mnuBackups, window());
       return;

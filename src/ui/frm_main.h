@@ -24,13 +24,13 @@ namespace quellix {
 // The main window. While a run is in progress, Stop is all that acts.
 class FrmMain : public Dialog {
  public:
-  FrmMain(Engine& engine, RunDisplay& display, const Machine& machine)
+  FrmMain(Engine& engine, RunDisplay& display, const Machine& machine, OtherUsers users)
       : engine_(engine),
         display_(display),
         machine_(machine),
         log_(machine),
         preview_(machine),
-        windows_(engine, machine),
+        windows_(engine, machine, std::move(users)),
         tips_(machine),
         items_(machine, engine.selection()),
         pane_(machine, *this, tips_) {}
@@ -85,6 +85,7 @@ class FrmMain : public Dialog {
   void RunTarget(Target target, std::shared_ptr<RunChoice> choice = nullptr);
   RunQuestion Question(const EntryList& list, const StartOffer& offer) const;
   void CleanWithRights();
+  void CleanForOthers();
   using Look = std::function<void(PreviewRun&)>;
   std::shared_ptr<const RunEntries> LookAhead(const Look& look);
   Look LookAt(const Target& target);

@@ -84,6 +84,13 @@ void FrmMain::CleanWithRights() {
   StartWithRights(window(), RightsArguments(ProfileOf(machine_)));
 }
 
+// By the ticks of this window.
+void FrmMain::CleanForOthers() {
+  const std::string problem = Save();
+  if (!problem.empty()) return Warn(problem);
+  windows_.Open(mnuUsers, window());
+}
+
 FrmMain::Look FrmMain::LookAt(const Target& target) {
   return [this, target](PreviewRun& preview) {
     if (target.item != nullptr) return preview.RunOneItem(*target.item);

@@ -6,9 +6,11 @@
 #include "app/startup.h"
 #include "engine.h"
 #include "platform/win32/lazy_library.h"
+#include "platform/win32/other_user.h"
 #include "platform/win32/win32_machine.h"
 #include "platform/win32/win32_text.h"
 #include "run/exit_code.h"
+#include "settings/settings.h"
 #include "ui/cls_prev_instance.h"
 #include "ui/dialog.h"
 #include "ui/frm_main.h"
@@ -29,6 +31,23 @@ void LoadControlClasses() {
 void Tell(const std::string& problem) {
   MessageBoxW(nullptr, quellix::Wide(problem).c_str(),
               quellix::Wide(quellix::kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
+}
+
+constexpr const char* kStaysLoaded =
+    "His registry stays loaded, as another program uses it. Until it is unloaded, at the next "
+    "start "
+    "of Windows at the latest, this user cannot log on with his own profile.";
+
+quellix::OtherUsers UsersOf(const quellix::Machine& machine) {
+  return {.list = [machine] { return quellix::UsersHere(machine); },
+          .open =
+              [machine](const quellix::UserProfile& user,
+                        const std::function<void(const quellix::Machine&)>& work) {
+                quellix::OtherUserMachine his(machine.program_folder, user,
+                                              quellix::Settings(machine).Load().BackupFolder);
+                work(his.machine());
+                return std::string(his.Unload() ? "" : kStaysLoaded);
+              }};
 }
 
 // `profile`: for whom a start with rights is to clean.
@@ -54,7 +73,7 @@ int RunProgram(StartMode mode, const std::optional<quellix::Profile>& profile) {
   const quellix::HiddenOwner owner;
   quellix::RunDisplay display;
   quellix::Engine engine(machine, display);
-  quellix::FrmMain main_window(engine, display, machine);
+  quellix::FrmMain main_window(engine, display, machine, UsersOf(machine));
   main_window.Open(owner.window(), mode);
   MSG message{};
   while (GetMessageW(&message, nullptr, 0, 0) > 0) quellix::Dialog::Dispatch(message);

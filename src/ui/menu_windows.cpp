@@ -5,6 +5,7 @@
 #include "ui/frm_ie_cache.h"
 #include "ui/frm_plugin_manager.h"
 #include "ui/frm_registry_scan.h"
+#include "ui/frm_users.h"
 #include "ui/help.h"
 #include "ui/resource.h"
 
@@ -26,14 +27,15 @@ std::function<void(HWND)> Opens(Parts&... parts) {
 
 }  // namespace
 
-MenuWindows::MenuWindows(Engine& engine, const Machine& machine)
+MenuWindows::MenuWindows(Engine& engine, const Machine& machine, const OtherUsers& users)
     : options_(machine),
       entries_{{mnuAbout, Opens<FrmAbout>()},
                {mnuBackups, Opens<FrmBackups>(machine)},
                {mnuContents, [](HWND owner) { ShowHelp(owner, "contents"); }},
                {mnuIECache, Opens<FrmIECache>(machine)},
                {mnuManagePlugin, Opens<FrmPluginManager>(engine, machine)},
-               {mnuOptions, [this](HWND owner) { options_.Show(owner); }}} {
+               {mnuOptions, [this](HWND owner) { options_.Show(owner); }},
+               {mnuUsers, Opens<FrmUsers>(machine, users)}} {
   const auto scan = std::make_shared<FrmRegistryScan>(machine);
   for (const auto& row : kScanEntries) {
     entries_[row.first] = [scan, tool = row.second](HWND owner) { scan->Show(tool, owner); };

@@ -7,13 +7,14 @@
 #include "engine.h"
 #include "platform/machine.h"
 #include "ui/frm_options.h"
+#include "ui/user_runs.h"
 
 namespace quellix {
 
 // The windows that the main window's menus open. A new one is a row in menu_windows.cpp.
 class MenuWindows {
  public:
-  MenuWindows(Engine& engine, const Machine& machine);
+  MenuWindows(Engine& engine, const Machine& machine, const OtherUsers& users);
 
   // Called when the user has accepted new options and the engine follows them.
   std::function<void()> on_options;

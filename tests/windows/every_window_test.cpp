@@ -45,6 +45,7 @@ TEST_F(HelpTest, EachWindowHasItsKeysAndOpensItsOwnPage) {
     size_t letters;
   } kRows[] = {
       {mnuBackups, L"Backups", "backups", 12},
+      {mnuUsers, L"Other users", "users", 0},
       {mnuIECache, L"Temporary Internet Files (Cache)", "cache", 0},
       {mnuAbout, L"About Quellix", "about", 0},
       {mnuOptions, L"Options", "options", 0},

@@ -1,0 +1,130 @@
+#include "ui/frm_users.h"
+
+#include "platform/error.h"
+#include "platform/win32/win32_text.h"
+#include "ui/dpi.h"
+#include "ui/window_prompts.h"
+
+namespace quellix {
+namespace {
+
+constexpr Column kUserColumns[] = {{L"User", 150}, {L"Profile", 380}};
+constexpr Column kFoundColumns[] = {{L"User", 110}, {L"What", 130}, {L"Where", 300}};
+
+constexpr Anchor kAnchors[] = {
+    {lblUsers, 0, 0, 1, 0},           {lstvUsers, 0, 0, 1, 0.3},   {lblUsersFound, 0, 0.3, 0, 0.3},
+    {lstvUsersFound, 0, 0.3, 1, 0.8}, {txtUsers, 0, 0.8, 1, 1},    {lblStatus, 0, 1, 1, 1},
+    {cmdUsersLook, 0, 1, 0, 1},       {cmdUsersClean, 0, 1, 0, 1}, {cmdStop, 0, 1, 0, 1},
+    {IDCANCEL, 1, 1, 1, 1},
+};
+
+constexpr int kIdle[] = {lstvUsers, cmdUsersLook, cmdUsersClean};
+
+}  // namespace
+
+void FrmUsers::Show(HWND owner) {
+  try {
+    runs_.List();
+  } catch (const Error& error) {
+    WindowPrompts prompts;
+    prompts.Attach(owner);
+    return prompts.Inform(error.what());
+  }
+  Open(frmUsers, owner);
+}
+
+void FrmUsers::OnInit() {
+  layout().Add(kAnchors);
+  display_.Attach(window());
+  users_.Attach(Control(lstvUsers), kUserColumns, [this](int row, int column) {
+    const UserProfile& user = runs_.user(static_cast<size_t>(row));
+    return Cell{Wide(column == 0 ? user.name : user.profile)};
+  });
+  users_.SetCheckBoxes([this](int row) { return runs_.IsTicked(static_cast<size_t>(row)); },
+                       [this](int row) {
+                         runs_.Toggle(static_cast<size_t>(row));
+                         ShowTicks();
+                       });
+  found_.Attach(Control(lstvUsersFound), kFoundColumns, [this](int row, int column) {
+    const UserRuns::Row& found = runs_.rows()[static_cast<size_t>(row)];
+    return Cell{Wide(column == 0 ? found.user : column == 1 ? found.what : found.where)};
+  });
+  users_.SetRows(static_cast<int>(runs_.count()));
+  if (runs_.count() > 0) users_.Select(0);
+  display_.SetStatus(runs_.count() > 0 ? "" : "Nobody else has a profile on this computer.");
+  display_.Flush();
+  ShowTicks();
+}
+
+void FrmUsers::ShowTicks() {
+  for (const int button : {cmdUsersLook, cmdUsersClean}) {
+    EnableWindow(Control(button), runs_.HasTicks());
+  }
+}
+
+void FrmUsers::OnResolution() {
+  users_.SetResolution(dpi(), kUserColumns, {});
+  found_.SetResolution(dpi(), kFoundColumns, {});
+}
+
+void FrmUsers::OnSized() {
+  users_.FillWith(1, Scale(200, dpi()));
+  found_.FillWith(2, Scale(200, dpi()));
+}
+
+// False when the window is gone or goes.
+bool FrmUsers::Work(const char* status, void (UserRuns::*work)(const Pause& pause)) {
+  found_.SetRows(0);
+  const LongWork::End end = work_.Run({.idle = kIdle,
+                                       .stop = cmdStop,
+                                       .rest = lstvUsersFound,
+                                       .show = [this](const Progress&) { display_.Flush(); }},
+                                      [&](const Pause& pause) {
+                                        display_.BreatheBy(pause);
+                                        display_.SetStatus(status);
+                                        display_.Flush();
+                                        (runs_.*work)(pause);
+                                      });
+  if (end == LongWork::End::kGone) return false;
+  if (end == LongWork::End::kCloses) {
+    OwnedWindow::OnClose();
+    return false;
+  }
+  found_.SetRows(static_cast<int>(runs_.rows().size()));
+  SetText(txtUsers, runs_.text());
+  display_.SetStatus(runs_.Summary());
+  display_.Flush();
+  return true;
+}
+
+// What cannot be undone is asked before, user by user, but at once.
+void FrmUsers::Clean() {
+  if (!Work("Looking...", &UserRuns::Look)) return;
+  if (!MayGo(window(), runs_.question().empty() ? "" : "Clean for the ticked users?",
+             runs_.question()))
+    return;
+  Work("Cleaning...", &UserRuns::Clean);
+}
+
+void FrmUsers::OnCommand(int id, int /*code*/) {
+  if (id == cmdStop) work_.Stop();
+  if (id == IDCANCEL) return OnClose();
+  if (work_.working()) return;
+  if (id == cmdUsersLook) Work("Looking...", &UserRuns::Look);
+  if (id == cmdUsersClean) Clean();
+}
+
+LRESULT FrmUsers::OnNotify(NMHDR& header) {
+  LRESULT result = 0;
+  if (!users_.OnNotify(header, &result)) found_.OnNotify(header, &result);
+  return result;
+}
+
+// While it works, closing stops it first.
+void FrmUsers::OnClose() { work_.working() ? work_.StopAndClose() : OwnedWindow::OnClose(); }
+
+HBRUSH FrmUsers::OnControlColor(HDC target, HWND control) {
+  return control == Control(txtUsers) ? Paper(target) : nullptr;
+}
+
+}  // namespace quellix

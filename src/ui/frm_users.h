@@ -1,0 +1,44 @@
+#pragma once
+
+#include <utility>
+
+#include "platform/machine.h"
+#include "ui/list_view.h"
+#include "ui/long_work.h"
+#include "ui/owned_window.h"
+#include "ui/resource.h"
+#include "ui/status_view.h"
+#include "ui/user_runs.h"
+
+namespace quellix {
+
+// Cleans for other users of this Windows, one after the other. For administrators.
+class FrmUsers : public OwnedWindow {
+ public:
+  FrmUsers(const Machine& machine, OtherUsers here) : runs_(machine, display_, std::move(here)) {}
+
+  void Show(HWND owner);
+
+ protected:
+  void OnInit() override;
+  HWND FirstFocus() override { return Control(lstvUsers); }
+  void OnSized() override;
+  void OnResolution() override;
+  void OnCommand(int id, int code) override;
+  const char* HelpTopic() const override { return "users"; }
+  LRESULT OnNotify(NMHDR& header) override;
+  void OnClose() override;
+  HBRUSH OnControlColor(HDC target, HWND control) override;
+
+ private:
+  bool Work(const char* status, void (UserRuns::*work)(const Pause& pause));
+  void Clean();
+  void ShowTicks();
+
+  StatusView display_;
+  UserRuns runs_;
+  ListView users_, found_;
+  LongWork work_{*this};
+};
+
+}  // namespace quellix

@@ -1,0 +1,91 @@
+// Cleaning for other users of this Windows.
+#include <gtest/gtest.h>
+
+#include "quellix_window.h"
+#include "ui/resource.h"
+
+namespace quellix::test {
+namespace {
+
+constexpr int kYes = 100;
+constexpr wchar_t kSid[] = L"S-1-5-21-7-7-7-1002", kSeed[] = L"Software\\QxSeed";
+const std::wstring kProfile =
+    std::wstring(L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\") + kSid;
+const fs::path kHome = L"C:\\users\\qx2";
+
+struct UsersTest : testing::Test {
+  void SetUp() override {
+    ResetSandbox();
+    CleanUp();
+    const std::wstring home = kHome.wstring();
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, kProfile.c_str(), L"ProfileImagePath", REG_EXPAND_SZ,
+                    home.c_str(), static_cast<DWORD>((home.size() + 1) * sizeof(wchar_t)));
+    WriteBytes(kHis, "12345");
+    WriteBytes(TempFolder() / "mine.tmp", "1");
+    StoreHive();
+    WriteBytes(ProgramFolder() / "chkItems.txt", kTemporaryFiles);
+  }
+  void TearDown() override { CleanUp(); }
+
+  // As he left it when he logged off.
+  static void StoreHive() {
+    RegSetKeyValueW(HKEY_CURRENT_USER, (std::wstring(kSeed) + L"\\Environment").c_str(), L"TEMP",
+                    REG_SZ, L"%USERPROFILE%\\his temp", 48);
+    HANDLE token = nullptr;
+    OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES, &token);
+    TOKEN_PRIVILEGES wanted{1, {{{}, SE_PRIVILEGE_ENABLED}}};
+    LookupPrivilegeValueW(nullptr, L"SeBackupPrivilege", &wanted.Privileges[0].Luid);
+    AdjustTokenPrivileges(token, FALSE, &wanted, 0, nullptr, nullptr);
+    CloseHandle(token);
+    HKEY key = nullptr;
+    RegOpenKeyExW(HKEY_CURRENT_USER, kSeed, 0, KEY_READ, &key);
+    EXPECT_EQ(RegSaveKeyW(key, (kHome / "NTUSER.DAT").c_str(), nullptr), ERROR_SUCCESS);
+    RegCloseKey(key);
+  }
+  static void CleanUp() {
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProfile.c_str());
+    RegDeleteTreeW(HKEY_CURRENT_USER, kSeed);
+    fs::remove_all(kHome);
+  }
+
+  static inline const fs::path kHis = kHome / "his temp" / "a.tmp";
+  static constexpr const char* kTemporaryFiles =
+      "0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1,0,0,0,0,0,0,0,0\r\n";
+};
+
+TEST_F(UsersTest, WhoIsTickedIsCleanedAndNobodyElse) {
+  const QuellixWindow window;
+  window.Choose(mnuUsers);
+  const HWND users = window.AwaitWindow(L"Other users"), list = GetDlgItem(users, lstvUsers);
+  ASSERT_TRUE(Await([&] { return CountRows(list) == 1; }));
+  EXPECT_EQ(window.RowText(list, 0, 0), L"qx2");
+  EXPECT_FALSE(IsEnabled(users, cmdUsersLook) || IsEnabled(users, cmdUsersClean));
+  window.PressKey(list, VK_SPACE);
+  EXPECT_TRUE(Await([&] { return IsEnabled(users, cmdUsersLook); }));
+  PressIn(users, cmdUsersLook);
+  const std::wstring path = (kHome / "his temp" / "a.tmp").wstring();
+  ASSERT_TRUE(AwaitText(users, lblStatus, L"1 entry of 1 user"));
+  const HWND found = GetDlgItem(users, lstvUsersFound);
+  EXPECT_EQ(window.RowText(found, 0, 0) + L"|" + window.RowText(found, 0, 2), L"qx2|" + path);
+  EXPECT_TRUE(fs::exists(kHis));
+
+  PressIn(users, cmdUsersClean);
+  EXPECT_TRUE(window.Answer(L"qx2: Delete 1 file (5 Bytes) for good?", IDCANCEL));
+  EXPECT_TRUE(fs::exists(kHis));
+  for (const wchar_t* files : {L"1", L"0"}) {
+    EXPECT_TRUE(Await([&] { return IsEnabled(users, cmdUsersClean); }));
+    PressIn(users, cmdUsersClean);
+    if (*files == L'1') {
+      EXPECT_TRUE(window.Answer(L"qx2: Delete 1 file (5 Bytes) for good?", kYes));
+    }
+    EXPECT_TRUE(AwaitPart(users, txtUsers, L"== qx2\r\n"));
+    EXPECT_TRUE(AwaitPart(users, txtUsers, std::wstring(L"Files Deleted:  ") + files));
+    EXPECT_FALSE(fs::exists(kHis));
+  }
+  EXPECT_TRUE(fs::exists(TempFolder() / "mine.tmp"));
+  PressIn(users, IDCANCEL);
+  EXPECT_TRUE(AwaitGone(users) && IsWindowEnabled(window.main()));
+}
+
+}  // namespace
+}  // namespace quellix::test
