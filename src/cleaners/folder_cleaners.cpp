@@ -39,16 +39,6 @@ constexpr const char* kTodaysRecentLists[] = {
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\FirstFolder",
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StreamMRU"};
 
-void BeginFiles(CleaningContext& context, const Item& item) {
-  BeginItem(context, item);
-  ResetItemCounters(context.state);
-}
-
-void EndFiles(CleaningContext& context, const Item& item) {
-  EndRun(context, "");
-  AppendFilesLine(context, item);
-}
-
 // An item that is one folder with all that is in it.
 void CleanOneFolder(CleaningContext& context, const Item& item, std::string_view folder,
                     const Stays& stays = {}) {

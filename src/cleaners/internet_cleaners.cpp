@@ -122,8 +122,7 @@ void CleanInternetCache(CleaningContext& context, const Item& item) {
 }
 
 void CleanCookies(CleaningContext& context, const Item& item) {
-  BeginItem(context, item);
-  ResetItemCounters(context.state);
+  BeginFiles(context, item);
   const std::string keep_list = UpCase(ReadKeptCookies(context.machine));
   const std::string folder =
       FolderFromRegistry(context, RegistryRoot::kCurrentUser, kShellFolders, "Cookies");
@@ -133,8 +132,7 @@ void CleanCookies(CleaningContext& context, const Item& item) {
   });
   if (list.folder) RemovePendingFiles(context, list);
   if (!context.state.AbortRequested) DeleteCookieEntries(context, keep_list);
-  EndRun(context, "");
-  AppendFilesLine(context, item);
+  EndFiles(context, item);
 }
 
 void CleanAddressHistory(CleaningContext& context, const Item& item) {

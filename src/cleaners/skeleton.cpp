@@ -127,6 +127,16 @@ void ResetItemCounters(RunState& state) {
   state.SpaceGained = 0;
 }
 
+void BeginFiles(CleaningContext& context, const Item& item) {
+  BeginItem(context, item);
+  ResetItemCounters(context.state);
+}
+
+void EndFiles(CleaningContext& context, const Item& item) {
+  EndRun(context, "");
+  AppendFilesLine(context, item);
+}
+
 void CleanByAction(CleaningContext& context, const Item& item,
                    const std::function<void()>& action) {
   BeginItem(context, item);

@@ -71,6 +71,10 @@ void RemoveEmptyFolder(CleaningContext& context, std::string_view folder);
 
 void ResetItemCounters(RunState& state);
 
+// Around an item that removes files: shown as in work, counted from nothing, told by its line.
+void BeginFiles(CleaningContext& context, const Item& item);
+void EndFiles(CleaningContext& context, const Item& item);
+
 // An item that is one action: shown as in work, done, and told by its caption.
 void CleanByAction(CleaningContext& context, const Item& item, const std::function<void()>& action);
 

@@ -43,8 +43,7 @@ bool IsIgnored(std::string_view folder, const std::vector<std::string>& ignored)
 }  // namespace
 
 void CleanUserFiles(CleaningContext& context, const Item& item) {
-  BeginItem(context, item);
-  ResetItemCounters(context.state);
+  BeginFiles(context, item);
   context.state.WhyNothing = "None of the listed files is there.";
   FileList list;
   for (const std::string& path : TrimmedEntries(context, "UDFI.txt", "DefUDFI.txt")) {
@@ -53,21 +52,18 @@ void CleanUserFiles(CleaningContext& context, const Item& item) {
   }
   if (!list.PendingFiles.empty()) NotePlace(context.state);
   RemovePendingFiles(context, list, Claim::kOwnList);
-  EndRun(context, "");
-  AppendFilesLine(context, item);
+  EndFiles(context, item);
 }
 
 void CleanUserFolders(CleaningContext& context, const Item& item) {
-  BeginItem(context, item);
-  ResetItemCounters(context.state);
+  BeginFiles(context, item);
   const std::vector<std::string> ignored = TrimmedEntries(context, "UDIFO.txt", "");
   for (const std::string& folder : FoldersToClean(context)) {
     if (IsIgnored(folder, ignored)) continue;
     context.state.Entries->BeginRule(folder);
     CleanFolder(context, folder, "*.*", FoldersPass::kNo, Claim::kOwnList);
   }
-  EndRun(context, "");
-  AppendFilesLine(context, item);
+  EndFiles(context, item);
 }
 
 }  // namespace quellix

@@ -33,16 +33,6 @@ class RemovedForGood {
   const decltype(RunState::RemovalMode) mode_;
 };
 
-void BeginFiles(CleaningContext& context, const Item& item) {
-  BeginItem(context, item);
-  ResetItemCounters(context.state);
-}
-
-void EndFiles(CleaningContext& context, const Item& item) {
-  EndRun(context, "");
-  AppendFilesLine(context, item);
-}
-
 void CleanBelow(CleaningContext& context, const std::string& folder, std::string_view mask = "*.*",
                 FoldersPass folders_pass = FoldersPass::kYes, const Stays& stays = {}) {
   if (StopsRun(context)) return;

@@ -110,7 +110,7 @@ std::string SelectItems(const CleanOptions& options, const ConsolePlatform& plat
   }
   if (options.all) selection.SelectAll(true);
   for (const std::string& group : options.groups) selection.CheckGroup(kGroups.at(group));
-  const std::string problem = SelectByName(options.items, platform, selection);
+  std::string problem = SelectByName(options.items, platform, selection);
   if (!problem.empty()) return problem;
   const bool is_empty = selection.CountChecked() == 0 && selection.browsers().empty() &&
                         selection.cleaners().empty() && selection.recipes().empty() &&
