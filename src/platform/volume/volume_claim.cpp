@@ -43,8 +43,8 @@ constexpr const char
         "The disk could not be looked at without more rights: whether Windows asks for a check of "
         "it is not known.";
 
-// A Windows that sleeps has written what it goes on with there, or has begun to read it ("RSTR"); what
-// it holds of the disk would not fit any more.
+// A Windows that sleeps has written what it goes on with there, or has begun to read it ("RSTR");
+// what it holds of the disk would not fit any more.
 bool IsHibernated(VolumeFileSystem& files) {
   const auto info = files.Look("C:\\hiberfil.sys", Detail::kKind);
   if (!info || info->is_folder || info->is_link) return false;
