@@ -132,6 +132,15 @@ std::string BackupBrowser::ArchiveText(size_t row, ArchiveColumn column) const {
   return "";
 }
 
+std::string BackupBrowser::ArchivePath(size_t row) const {
+  return backups_.folder() + archives_[row].name;
+}
+
+std::string BackupBrowser::EntryPlace(size_t row) const {
+  const BackupInfo* const info = Chosen();
+  return info ? info->root + entries_[row].path : "";
+}
+
 std::string BackupBrowser::EntryText(size_t row, EntryColumn column) const {
   const BackupEntry& entry = entries_[row];
   switch (column) {

@@ -47,6 +47,7 @@ class BackupBrowser {
 
   size_t ArchiveCount() const { return archives_.size(); }
   std::string ArchiveText(size_t row, ArchiveColumn column) const;
+  std::string ArchivePath(size_t row) const;  // full
   void SortArchives(ArchiveColumn column);
   const SortOrder<ArchiveColumn>& archive_order() const { return archive_order_; }
   // Reads its entries.
@@ -59,6 +60,7 @@ class BackupBrowser {
 
   size_t EntryCount() const { return entries_.size(); }
   std::string EntryText(size_t row, EntryColumn column) const;
+  std::string EntryPlace(size_t row) const;  // where it belongs: a full path or a registry key
   void SortEntries(EntryColumn column);
   const SortOrder<EntryColumn>& entry_order() const { return entry_order_; }
 

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <set>
 
+#include "platform/locale.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "settings/settings.h"
 
 namespace quellix {
 namespace {
@@ -139,13 +142,35 @@ void CacheList::Order() {
   rows_ = std::move(sorted);
 }
 
-void CacheList::Delete(const Pause& pause, bool all) {
+void CacheList::DeleteSelected(const Pause& pause) {
+  Delete(pause, [this](size_t row) { return rows_[row].checked; });
+}
+
+void CacheList::DeleteAllListed(const Pause& pause) {
+  Delete(pause, [](size_t) { return true; });
+}
+
+void CacheList::DeleteRows(std::span<const size_t> rows, const Pause& pause) {
+  const std::set<size_t> chosen(rows.begin(), rows.end());
+  Delete(pause, [&chosen](size_t row) { return chosen.contains(row); });
+}
+
+size_t CacheList::CheckedCount() const {
+  return static_cast<size_t>(std::ranges::count_if(rows_, &CacheRow::checked));
+}
+
+std::string CacheList::QuestionFor(size_t count) const {
+  if (count == 0 || !Settings(machine_).Load().ask) return {};
+  return "Delete " + FormatCount(count, machine_.system.UserLocale()) +
+         (count == 1 ? " entry" : " entries") + " of the Internet cache for good?";
+}
+
+void CacheList::Delete(const Pause& pause, const std::function<bool(size_t row)>& goes) {
   std::vector<CacheRow> left;
   const size_t total = rows_.size();
   while (!rows_.empty() && !pause({total - rows_.size(), total})) {
     CacheRow& row = rows_.back();
-    const bool goes = all || row.checked;
-    if (!goes || !TryDelete(row)) left.push_back(std::move(row));
+    if (!goes(rows_.size() - 1) || !TryDelete(row)) left.push_back(std::move(row));
     rows_.pop_back();
   }
   std::move(left.rbegin(), left.rend(), std::back_inserter(rows_));

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -62,8 +64,14 @@ class CacheList {
 
   // Delete the checked rows or all of them, from the last to the first, with a pause before each.
   // Rows whose entries could not be deleted stay.
-  void DeleteSelected(const Pause& pause) { Delete(pause, false); }
-  void DeleteAllListed(const Pause& pause) { Delete(pause, true); }
+  void DeleteSelected(const Pause& pause);
+  void DeleteAllListed(const Pause& pause);
+  // The same for rows of a user's choice, whether checked or not.
+  void DeleteRows(std::span<const size_t> rows, const Pause& pause);
+  size_t CheckedCount() const;
+  // What to ask before that many entries are deleted, a verb first; "" where the settings ask for
+  // no question, and for none.
+  std::string QuestionFor(size_t count) const;
 
   std::string Status() const { return std::to_string(rows_.size()) + " entries"; }
   // Why the list is not complete; "" when it is.
@@ -71,7 +79,7 @@ class CacheList {
 
  private:
   void Order();
-  void Delete(const Pause& pause, bool all);
+  void Delete(const Pause& pause, const std::function<bool(size_t row)>& goes);
   bool TryDelete(const CacheRow& row);
 
   Machine machine_;

@@ -96,6 +96,10 @@ void PluginManager::AddUnread() {
 // The editor's count line has "plug-in(s)"; people know both spellings.
 void PluginManager::ShowCount() { status_ = std::to_string(rows_.size()) + " plugin(s) listed"; }
 
+std::string PluginManager::PathOf(size_t row) const {
+  return PluginPath(machine_, rows_[row].file);
+}
+
 const PluginGuide& PluginManager::GuideOf(size_t row) {
   const auto [guide, is_new] = guides_.try_emplace(rows_[row].file);
   if (is_new) guide->second = ReadGuide(machine_, rows_[row].file);

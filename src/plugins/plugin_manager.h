@@ -23,6 +23,7 @@ class PluginManager {
   void Save();
 
   const std::vector<InstalledPlugin>& rows() const { return rows_; }
+  std::string PathOf(size_t row) const;                  // of its file, full
   const std::string& status() const { return status_; }  // lblStatus
   void SetStatus(std::string_view text) { status_ = text; }
 

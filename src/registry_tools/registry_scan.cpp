@@ -1,10 +1,12 @@
 #include "registry_tools/registry_scan.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 #include <vector>
 
 #include "platform/damaged.h"
+#include "platform/locale.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "run/working_folder.h"
@@ -153,11 +155,32 @@ std::vector<ScanRow> RegistryScan::TakeErased(const std::vector<size_t>& chosen)
   return gone;
 }
 
-void RegistryScan::DeleteChecked(bool files_also, const Pause& pause) {
-  std::vector<size_t> chosen;  // now: what is ticked meanwhile has its own turn
-  for (size_t row = rows_.size(); row-- > 0;) {
-    if (rows_[row].checked) chosen.push_back(row);
+std::vector<size_t> RegistryScan::CheckedRows() const {
+  std::vector<size_t> rows;
+  for (size_t row = 0; row < rows_.size(); ++row) {
+    if (rows_[row].checked) rows.push_back(row);
   }
+  return rows;
+}
+
+std::string RegistryScan::QuestionFor(size_t count, bool files_also) const {
+  if (count == 0 || !Settings(machine_).Load().ask) return {};
+  const bool one = count == 1;
+  return "Delete " + FormatCount(count, machine_.system.UserLocale()) +
+         (one ? " reference" : " references") + " from the registry" +
+         (!files_also ? ""
+          : one       ? ", and the file that it names"
+                      : ", and the files that they name") +
+         "?";
+}
+
+// The rows as they are ticked now: what is ticked meanwhile has its own turn.
+void RegistryScan::DeleteChecked(bool files_also, const Pause& pause) {
+  DeleteRows(CheckedRows(), files_also, pause);
+}
+
+void RegistryScan::DeleteRows(std::vector<size_t> chosen, bool files_also, const Pause& pause) {
+  std::ranges::sort(chosen, std::greater());
   erased_ = {};
   try {
     const KeepList keep(machine_);

@@ -107,6 +107,12 @@ class RegistryScan {
   // deletion fails; stayed() and failure() then tell how many stayed, and why the first one did.
   // Those that a stop kept from their turn stay, checked.
   void DeleteChecked(bool files_also, const Pause& pause = {});
+  // The same for rows of a user's choice, whether checked or not.
+  void DeleteRows(std::vector<size_t> rows, bool files_also, const Pause& pause = {});
+  std::vector<size_t> CheckedRows() const;
+  // What to ask before that many references are deleted, a verb first; "" where the settings ask
+  // for no question, and for none.
+  std::string QuestionFor(size_t count, bool files_also) const;
   size_t stayed() const { return erased_.stayed; }
   const std::string& failure() const { return erased_.problem; }
   // The .reg file of this window's deletions, "" when there is none.

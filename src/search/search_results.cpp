@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "platform/locale.h"
 #include "platform/text.h"
 #include "run/removal.h"
 #include "search/search_options.h"
@@ -157,11 +158,48 @@ void SearchResults::SetFilter(std::string_view text) {
   if (order_) SortView(0);
 }
 
-void SearchResults::DeleteTicked() {
+std::vector<SearchResults::Index> SearchResults::Ticked() const {
   std::vector<Index> finds;
   std::ranges::copy_if(view_, std::back_inserter(finds),
                        [this](Index find) { return finds_[find].ticked; });
-  Delete(finds);
+  return finds;
+}
+
+std::vector<SearchResults::Index> SearchResults::FindsOf(const std::vector<size_t>& rows) const {
+  std::vector<Index> finds;
+  for (const size_t row : rows) finds.push_back(view_[row]);
+  return finds;
+}
+
+std::string SearchResults::QuestionForTicked() const { return QuestionFor(Ticked()); }
+std::string SearchResults::QuestionForAll() const { return QuestionFor(view_); }
+std::string SearchResults::QuestionForRows(const std::vector<size_t>& rows) const {
+  return QuestionFor(FindsOf(rows));
+}
+
+std::string SearchResults::QuestionFor(const std::vector<Index>& finds) const {
+  if (finds.empty() || !context_.settings.Load().ask) return {};
+  const Locale& locale = context_.machine.system.UserLocale();
+  double bytes = 0;
+  for (const Index find : finds) bytes += static_cast<double>(finds_[find].bytes);
+  const int16_t mode = context_.state.RemovalMode;
+  const std::string_view verb = mode == kRecycle  ? "Recycle "
+                                : mode == kWipe   ? "Wipe "
+                                : mode == kBackUp ? "Remove "
+                                                  : "Delete ";
+  return std::string(verb) + FormatCount(finds.size(), locale) +
+         (finds.size() == 1 ? " file (" : " files (") + FormatSize(bytes, 2, true, locale) + ")" +
+         (mode == kRecycle  ? "?"
+          : mode == kBackUp ? " after a backup?"
+                            : " for good?");
+}
+
+void SearchResults::DeleteTicked() { Delete(Ticked()); }
+
+void SearchResults::DeleteRows(const std::vector<size_t>& rows) {
+  if (searching_ || deleting_) return;
+  for (const size_t row : rows) SetTicked(row, true);
+  Delete(FindsOf(rows));
 }
 
 void SearchResults::DeleteAll() {

@@ -59,6 +59,13 @@ class SearchResults : public ResultSink {
   // meanwhile is fine; a row that is unticked before its turn stays.
   void DeleteTicked();
   void DeleteAll();
+  // The same for rows of a user's choice, which are ticked for it.
+  void DeleteRows(const std::vector<size_t>& rows);
+  // What to ask before that many finds are deleted: "Delete 3 files (1.20 KB)?", a verb first; ""
+  // where the settings ask for no question, and for no find.
+  std::string QuestionForTicked() const;
+  std::string QuestionForAll() const;
+  std::string QuestionForRows(const std::vector<size_t>& rows) const;
 
   // "Total Files: 12", after a deletion "Files Found: 12": what is left, hidden rows included.
   std::string CountLine() const;
@@ -93,6 +100,9 @@ class SearchResults : public ResultSink {
   void SortView(size_t sorted);
   void RankFolders();
   bool PassesFilter(Index find);
+  std::vector<Index> Ticked() const;
+  std::vector<Index> FindsOf(const std::vector<size_t>& rows) const;
+  std::string QuestionFor(const std::vector<Index>& finds) const;
   void Delete(const std::vector<Index>& finds);
   bool DeleteOne(Index find);
 

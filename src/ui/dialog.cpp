@@ -104,14 +104,19 @@ INT_PTR Dialog::Init(HWND window) {
   dpi_ = DpiOf(window);
   LayOutByOurselves(window);
   layout_.Start(window, dpi_);
+  keeper_.reset();
   OnInit();
   OnResolution();
+  RestorePlace();
   OnSized();
+  BeginRemembering();
   const HWND focus = FirstFocus();
   if (focus) SetFocus(focus);
   // The keyboard is called for when a window is shown; that then chooses the first control.
   return focus == nullptr && (GetWindowLongW(window, GWL_STYLE) & WS_CHILD) != 0;
 }
+
+void Dialog::RestorePlace() { is_remembered_ = keeper_ && keeper_->Restore(window_, dpi_); }
 
 void Dialog::SetIcons() {
   icon_ = SetWindowIcon(window_, ICON_BIG, SM_CXICON, SM_CYICON);
@@ -165,6 +170,9 @@ INT_PTR Dialog::HandleInput(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_ENDSESSION:
       if (wparam) OnEndSession();
       return TRUE;
+    case WM_DESTROY:
+      if (keeper_) keeper_->Keep(window_, dpi_);
+      return FALSE;
     case WM_NCDESTROY:
       window_ = nullptr;
       icon_.Reset();  // the next window is given its own
@@ -200,11 +208,12 @@ INT_PTR Dialog::Result(LRESULT result) const {
 void Dialog::ChangeResolution(int dpi, const RECT& place) {
   const auto old_font = reinterpret_cast<HFONT>(SendMessageW(window_, WM_GETFONT, 0, 0));
   UniqueFont font(ScaledFont(old_font, dpi_, dpi));
+  const int old_dpi = dpi_;
   dpi_ = dpi;
   SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font.Get()), FALSE);
   EnumChildWindows(window_, SetChildFont, reinterpret_cast<LPARAM>(font.Get()));
   font_ = std::move(font);
-  OnResolution();
+  keeper_ ? keeper_->CarryWidths(old_dpi, dpi, [this] { OnResolution(); }) : OnResolution();
   SetWindowPos(window_, nullptr, place.left, place.top, place.right - place.left,
                place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
 }

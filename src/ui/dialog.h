@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "ui/handles.h"
 #include "ui/layout.h"
+#include "ui/window_keeper.h"
 #include "ui/windows_api.h"
 
 namespace quellix {
@@ -37,6 +39,17 @@ class Dialog {
   void Create(int template_id, HWND owner);
 
   virtual void OnInit() {}
+  // For OnInit: what the window is remembered by, and its lists.
+  void Remember(const Machine& machine, std::string name, std::vector<ListView*> lists = {}) {
+    keeper_.emplace(machine, std::move(name), std::move(lists));
+  }
+  // For a window that is brought into form after it was made: what differs from then on is its
+  // user's doing.
+  void BeginRemembering() {
+    if (keeper_) keeper_->Begin(window_, dpi_);
+  }
+  // Whether the window was given the place where its user left it.
+  bool is_remembered() const { return is_remembered_; }
   // The control that has the focus at first; null for the first one that can.
   virtual HWND FirstFocus() { return nullptr; }
   virtual void OnSized() {}
@@ -84,12 +97,15 @@ class Dialog {
   INT_PTR HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR Init(HWND window);
   void SetIcons();
+  void RestorePlace();
   void ChangeResolution(int dpi, const RECT& place);
   INT_PTR Result(LRESULT result) const;
 
   HWND window_ = nullptr;
   int dpi_ = 96;
   Layout layout_;
+  std::optional<WindowKeeper> keeper_;
+  bool is_remembered_ = false;
   UniqueIcon icon_, small_icon_;
   UniqueFont font_;  // none while the template's font fits
 };

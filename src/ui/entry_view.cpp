@@ -1,12 +1,12 @@
 #include "ui/entry_view.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "settings/keep_file.h"
+#include "ui/clipboard.h"
 #include "ui/control_text.h"
 #include "ui/resource.h"
 
@@ -25,6 +25,11 @@ std::array<Column, kRunColumns> Columns(int place_width) {
 // More rows than any window shows at once.
 constexpr size_t kScreenful = 200;
 
+bool IsOnDisk(const RunEntry& entry) {
+  return entry.kind == EntryKind::kFile || entry.kind == EntryKind::kFolder ||
+         entry.kind == EntryKind::kIniKey || entry.kind == EntryKind::kIniSection;
+}
+
 // A line of the keep list for it; "" for what has no name of its own.
 std::string KeepLineFor(const RunEntry& entry) {
   switch (entry.kind) {
@@ -41,18 +46,6 @@ std::string KeepLineFor(const RunEntry& entry) {
   }
 }
 
-void PutIntoClipboard(HWND owner, const std::wstring& text) {
-  if (!OpenClipboard(owner)) return;
-  EmptyClipboard();
-  const size_t bytes = (text.size() + 1) * sizeof(wchar_t);
-  if (const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes)) {
-    std::memcpy(GlobalLock(memory), text.c_str(), bytes);
-    GlobalUnlock(memory);
-    if (!SetClipboardData(CF_UNICODETEXT, memory)) GlobalFree(memory);
-  }
-  CloseClipboard();
-}
-
 }  // namespace
 
 void EntryView::Attach(HWND window, int place_width) {
@@ -62,6 +55,9 @@ void EntryView::Attach(HWND window, int place_width) {
   view_ = ListView();
   view_.Attach(GetDlgItem(window, lstvRun), Columns(place_width),
                [this](int row, int column) { return CellAt(row, column); });
+  view_.SetSorter([this](int column) {
+    if (list_) Sort(column);
+  });
   view_.SetLooks([this](int row) {
     const auto index = static_cast<size_t>(row);
     if (!Has(row)) return RowLook::kPlain;
@@ -88,6 +84,7 @@ void EntryView::Show(std::shared_ptr<const RunEntries> entries, Kind kind) {
   CheckDlgButton(window_, chkByFolder, BST_UNCHECKED);
   ListAnew();
   view_.ShowOrder(-1, false);
+  if (const auto order = view_.chosen_order()) view_.Order(order->column, order->descending);
   ShowSummary();
 }
 
@@ -150,9 +147,7 @@ void EntryView::OpenFolder() const {
   const int row = view_.FocusedRow();
   if (!Has(row)) return Tell("Select an entry first.");
   const RunEntry& entry = list_->At(static_cast<size_t>(row));
-  const bool is_on_disk = entry.kind == EntryKind::kFile || entry.kind == EntryKind::kFolder ||
-                          entry.kind == EntryKind::kIniKey || entry.kind == EntryKind::kIniSection;
-  if (!is_on_disk) return Tell("This entry lies in no folder.");
+  if (!IsOnDisk(entry)) return Tell("This entry lies in no folder.");
   try {
     machine_.shell.OpenFolderOf(entry.place);
   } catch (const Error& error) {
@@ -163,14 +158,8 @@ void EntryView::OpenFolder() const {
 // The selected rows; without any, all that are shown.
 void EntryView::Copy() const {
   if (!list_) return;
-  const std::vector<size_t> rows = view_.SelectedRows();
-  std::string text = rows.empty() ? list_->ToText() : "";
-  for (const size_t row : rows) {
-    for (size_t column = 0; column < kRunColumns; ++column)
-      text += (column == 0 ? "" : "\t") + list_->Text(row, RunColumn(column));
-    text += "\r\n";
-  }
-  PutIntoClipboard(window_, Wide(text));
+  view_.CountSelected() > 0 ? view_.CopySelected()
+                            : PutIntoClipboard(window_, Wide(list_->ToText()));
 }
 
 // What is never to go is not to go now either.
@@ -223,33 +212,29 @@ bool EntryView::OnCommand(int id, int code) {
 
 bool EntryView::OnNotify(NMHDR& header, LRESULT& result) {
   if (header.idFrom != lstvRun) return false;
-  const bool is_answered = view_.OnNotify(header, &result);
+  const bool is_answered = view_.OnNotify(header, result);
   if (!list_) return true;
   const bool is_click = header.code == NM_CLICK || header.code == NM_DBLCLK;
   if (is_click || header.code == LVN_KEYDOWN) ShowSummary();  // a box may differ
-  if (header.code == LVN_COLUMNCLICK) Sort(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem);
   if (header.code == NM_DBLCLK && !is_answered) OpenFolder();
-  if (header.code == LVN_KEYDOWN && GetKeyState(VK_CONTROL) < 0) {
-    const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
-    if (key == 'A') view_.SelectAll();
-    if (key == 'C') Copy();
-  }
   return true;
+}
+
+RowPlace EntryView::PlaceOf(size_t row) const {
+  if (row >= list_->RowCount()) return {};
+  const RunEntry& entry = list_->At(row);
+  if (IsOnDisk(entry)) return {.path = entry.place};
+  const bool is_key =
+      entry.kind == EntryKind::kRegistryKey || entry.kind == EntryKind::kRegistryValue;
+  return is_key ? RowPlace{.key = entry.place} : RowPlace{};
 }
 
 bool EntryView::OnContextMenu(HWND control, POINT screen) {
   if (control != GetDlgItem(window_, lstvRun) || !list_) return false;
-  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuEntry)));
-  const HMENU entries = GetSubMenu(menu.Get(), 0);
-  const POINT place = view_.MenuPlace(screen);
-  const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, place.x, place.y, 0,
-                                    window_, nullptr);
-  if (chosen != mnuSortBy) {
-    OnCommand(chosen, 0);
-    return true;
-  }
-  const int column = view_.AskForOrder(window_, screen);
-  if (column >= 0) Sort(column);
+  const RowMenu menu{view_, machine_.shell, [this](size_t row) { return PlaceOf(row); }, mnuEntry};
+  const int chosen = menu.Show(window_, screen);
+  ShowSummary();  // boxes may differ
+  if (chosen != 0) OnCommand(chosen, 0);
   return true;
 }
 

@@ -8,6 +8,7 @@
 #include "app/entry_list.h"
 #include "platform/machine.h"
 #include "ui/list_view.h"
+#include "ui/row_menu.h"
 
 namespace quellix {
 
@@ -32,6 +33,7 @@ class EntryView {
   // Takes in what the run has come by since; in the chosen order when it is over.
   void Grow();
   void Settle();
+  ListView& view() { return view_; }
   // Null before the first Show.
   EntryList* list() { return list_ ? &*list_ : nullptr; }
   void ShowSummary() const;
@@ -48,6 +50,7 @@ class EntryView {
   static constexpr int kPlaceWidth = 300;
 
   void ListAnew();
+  RowPlace PlaceOf(size_t row) const;
   bool Has(int row) const { return list_ && static_cast<size_t>(row) < list_->RowCount(); }
   Cell CellAt(int row, int column) const;
   void Toggle(int row);

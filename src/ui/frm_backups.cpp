@@ -6,6 +6,7 @@
 #include "platform/text.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
+#include "ui/row_menu.h"
 
 namespace quellix {
 namespace {
@@ -63,12 +64,17 @@ void FrmBackups::Show(HWND owner) {
 void FrmBackups::OnInit() {
   prompts_.Attach(window());
   layout().Add(kAnchors);
+  Remember(machine_, "frmBackups", {&archives_, &entries_});
   archives_.Attach(Control(lstvArchives), kOfArchives, [this](int row, int column) {
     return Cell{Wide(browser_->ArchiveText(static_cast<size_t>(row), ArchiveColumn(column)))};
   });
   entries_.Attach(Control(lstvEntries), kOfEntries, [this](int row, int column) {
     return Cell{Wide(browser_->EntryText(static_cast<size_t>(row), EntryColumn(column)))};
   });
+  const auto idle = [this] { return !filling_ && !work_.working(); };
+  archives_.SetSorter([this, idle](int column) { idle() ? SortArchives(column) : void(); });
+  archives_.SetEraser([this, idle] { idle() ? DeleteArchive() : void(); });
+  entries_.SetSorter([this, idle](int column) { idle() ? SortEntries(column) : void(); });
   for (const ModeText& row : kModeTexts) {
     SendDlgItemMessageW(window(), cboOverwrite, CB_ADDSTRING, 0,
                         reinterpret_cast<LPARAM>(row.text));
@@ -145,9 +151,9 @@ void FrmBackups::OnCommand(int id, int code) {
 }
 
 LRESULT FrmBackups::OnNotify(NMHDR& header) {
-  if (archives_.OnNotify(header) || entries_.OnNotify(header) || filling_ || work_.working()) {
-    return 0;
-  }
+  LRESULT result = 0;
+  if (archives_.OnNotify(header, result) || entries_.OnNotify(header, result)) return result;
+  if (filling_ || work_.working()) return 0;
   if (header.idFrom == lstvArchives) OnArchivesNotify(header);
   if (header.idFrom == lstvEntries) OnEntriesNotify(header);
   return 0;
@@ -155,11 +161,6 @@ LRESULT FrmBackups::OnNotify(NMHDR& header) {
 
 void FrmBackups::OnArchivesNotify(const NMHDR& header) {
   const auto& item = reinterpret_cast<const NMLISTVIEW&>(header);
-  if (header.code == LVN_COLUMNCLICK) SortArchives(item.iSubItem);
-  if (header.code == LVN_KEYDOWN &&
-      reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey == VK_DELETE) {
-    DeleteArchive();
-  }
   if (header.code != LVN_ITEMCHANGED || item.iItem < 0 || !(item.uNewState & LVIS_SELECTED)) return;
   const auto row = static_cast<size_t>(item.iItem);
   if (Work([&](const Pause& pause) { browser_->ChooseArchive(row, pause); })) ShowEntries();
@@ -167,12 +168,6 @@ void FrmBackups::OnArchivesNotify(const NMHDR& header) {
 
 void FrmBackups::OnEntriesNotify(const NMHDR& header) {
   switch (header.code) {
-    case LVN_COLUMNCLICK:
-      return SortEntries(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem);
-    case LVN_KEYDOWN:
-      if (reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey == 'A' && GetKeyState(VK_CONTROL) < 0)
-        entries_.SelectAll();
-      return;
     case NM_DBLCLK:
       if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) View();
       return;
@@ -192,13 +187,13 @@ void FrmBackups::SortEntries(int column) {
   ShowEntries();
 }
 
-// What the headings do by mouse, for the keyboard.
 void FrmBackups::OnContextMenu(HWND control, POINT screen) {
   const bool archives = control == Control(lstvArchives);
-  if (!archives && control != Control(lstvEntries)) return;
-  const int chosen = (archives ? archives_ : entries_).AskForOrder(window(), screen);
-  if (chosen < 0) return;
-  archives ? SortArchives(chosen) : SortEntries(chosen);
+  if (work_.working() || (!archives && control != Control(lstvEntries))) return;
+  const auto place_of = [this, archives](size_t row) {
+    return PlaceNamedBy(archives ? browser_->ArchivePath(row) : browser_->EntryPlace(row));
+  };
+  RowMenu{archives ? archives_ : entries_, machine_.shell, place_of}.Show(window(), screen);
 }
 
 void FrmBackups::ChangeMode() {

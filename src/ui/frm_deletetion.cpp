@@ -3,14 +3,14 @@
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
-#include "ui/column_widths.h"
 #include "ui/control_text.h"
 #include "ui/resource.h"
+#include "ui/row_menu.h"
+#include "ui/window_prompts.h"
 
 namespace quellix {
 namespace {
 
-constexpr std::string_view kWidthsKey = "frmDeletetion";
 constexpr UINT_PTR kTimer = 1;
 constexpr UINT kMillisecondsPerLook = 100;
 
@@ -35,6 +35,7 @@ void FrmDeletetion::Show(HWND owner, SearchResults& results) {
 
 void FrmDeletetion::OnInit() {
   layout().Add(kAnchors);
+  Remember(machine_, "frmDeletetion", {&list_});
   list_.Attach(Control(lstvDeletion), kColumns,
                [this](int row, int column) { return CellText(row, column); });
   list_.SetCheckBoxes([this](int row) { return Shows(row) && results_->IsTicked(Index(row)); },
@@ -42,6 +43,8 @@ void FrmDeletetion::OnInit() {
                         if (Shows(row))
                           results_->SetTicked(Index(row), !results_->IsTicked(Index(row)));
                       });
+  list_.SetSorter([this](int column) { Sort(column); });
+  list_.SetEraser([this] { Delete(Which::kSelected); });
   list_.SetMarks([this](int row) { return Shows(row) && results_->HasFailed(Index(row)); });
   list_.SetTips([this](int row) { return Wide(ReasonOf(row)); });
   SetTimer(window(), kTimer, kMillisecondsPerLook, nullptr);
@@ -50,10 +53,7 @@ void FrmDeletetion::OnInit() {
 
 HWND FrmDeletetion::FirstFocus() { return Control(lstvDeletion); }
 
-void FrmDeletetion::OnResolution() {
-  list_.SetResolution(dpi(), kColumns, kIcons);
-  RestoreColumnWidths(settings_, kWidthsKey, list_, dpi());
-}
+void FrmDeletetion::OnResolution() { list_.SetResolution(dpi(), kColumns, kIcons); }
 
 std::string FrmDeletetion::ReasonOf(int row) const {
   return Shows(row) ? results_->FailureReason(Index(row)) : std::string();
@@ -144,7 +144,7 @@ void FrmDeletetion::OnCommand(int id, int code) {
     case cmdDeleteSelected:
     case mnuDeleteSelected:
     case mnuDeleteAll:
-      return Delete(id == mnuDeleteAll);
+      return Delete(id == mnuDeleteAll ? Which::kAll : Which::kTicked);
     case cmdAbort:
     case mnuAbort:
       return results_->Abort();
@@ -178,7 +178,7 @@ void FrmDeletetion::PressKey(WORD key) {
 LRESULT FrmDeletetion::OnNotify(NMHDR& header) {
   LRESULT result = 0;
   if (!results_) return 0;
-  const bool answered = list_.OnNotify(header, &result);
+  const bool answered = list_.OnNotify(header, result);
   if (header.hwndFrom != Control(lstvDeletion)) return result;
   switch (header.code) {
     case NM_CLICK:
@@ -187,37 +187,32 @@ LRESULT FrmDeletetion::OnNotify(NMHDR& header) {
       ShowTexts();
       EnableCommands();
       break;
-    case LVN_COLUMNCLICK:
-      Sort(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem);
-      break;
     case NM_DBLCLK:
       if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) {
         AskShell(&Shell::ShowProperties);
       }
       break;
-    case LVN_KEYDOWN: {
-      const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
-      if (key == VK_DELETE) Delete(false);
-      if (key == 'A' && GetKeyState(VK_CONTROL) < 0) list_.SelectAll();
-      if (key == VK_SPACE) ShowTexts();
+    case LVN_KEYDOWN:
+      ShowTexts();  // boxes may differ
       break;
-    }
   }
   return answered ? result : 0;
 }
 
 void FrmDeletetion::OnContextMenu(HWND control, POINT screen) {
   if (control != Control(lstvDeletion)) return;
-  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuResultRow)));
-  const HMENU entries = GetSubMenu(menu.Get(), 0);
-  for (int i = 0; i < GetMenuItemCount(entries); ++i) {
-    const UINT id = GetMenuItemID(entries, i);
-    if (id == 0) continue;
-    EnableMenuItem(entries, id, GetMenuState(GetMenu(window()), id, MF_BYCOMMAND) & MF_GRAYED);
-  }
-  const POINT place = list_.MenuPlace(screen);
-  const int chosen = TrackPopupMenu(entries, TPM_RETURNCMD | TPM_RIGHTBUTTON, place.x, place.y, 0,
-                                    window(), nullptr);
+  const RowMenu menu{list_, machine_.shell,
+                     [this](size_t row) {
+                       const bool is_there = row < results_->RowCount();
+                       return RowPlace{.path = is_there ? results_->PathOf(row) : ""};
+                     },
+                     mnuResultRow,
+                     [this](int id) {
+                       const UINT state =
+                           GetMenuState(GetMenu(window()), static_cast<UINT>(id), MF_BYCOMMAND);
+                       return (state & MF_GRAYED) == 0;
+                     }};
+  const int chosen = menu.Show(window(), screen);
   if (chosen != 0) OnCommand(chosen, 0);
 }
 
@@ -232,11 +227,19 @@ void FrmDeletetion::Filter() {
 }
 
 // The window stays alive meanwhile: the deletion pauses for it.
-void FrmDeletetion::Delete(bool all) {
+void FrmDeletetion::Delete(Which which) {
   if (results_->searching() || results_->deleting()) return;
+  const std::vector<size_t> rows = list_.SelectedRows();
+  const std::string question = which == Which::kAll      ? results_->QuestionForAll()
+                               : which == Which::kTicked ? results_->QuestionForTicked()
+                                                         : results_->QuestionForRows(rows);
+  if (!MayGo(window(), question)) return;
   Enable(cmdAbort, mnuAbort, true);
-  const LongWork::End end =
-      work_.Run({}, [&](const Pause&) { all ? results_->DeleteAll() : results_->DeleteTicked(); });
+  const LongWork::End end = work_.Run({}, [&](const Pause&) {
+    if (which == Which::kAll) results_->DeleteAll();
+    if (which == Which::kTicked) results_->DeleteTicked();
+    if (which == Which::kSelected) results_->DeleteRows(rows);
+  });
   if (end == LongWork::End::kGone) return;
   if (end == LongWork::End::kCloses) return OnClose();
   Refresh();
@@ -251,7 +254,7 @@ void FrmDeletetion::AskShell(void (Shell::*show)(std::string_view)) const {
   const std::string path = FocusedPath();
   if (path.empty()) return;
   try {
-    (shell_.*show)(path);
+    (machine_.shell.*show)(path);
   } catch (const Error& error) {
     MessageBoxW(window(), Wide(error.what()).c_str(), Wide(kApplicationTitle).c_str(),
                 MB_OK | MB_ICONERROR);
@@ -269,7 +272,6 @@ HBRUSH FrmDeletetion::OnControlColor(HDC target, HWND control) {
 void FrmDeletetion::OnClose() {
   results_->Abort();
   if (work_.working()) return work_.StopAndClose();
-  KeepColumnWidths(settings_, kWidthsKey, list_, dpi());
   OwnedWindow::OnClose();
 }
 

@@ -2,7 +2,6 @@
 
 #include "platform/machine.h"
 #include "search/search_results.h"
-#include "settings/settings.h"
 #include "ui/list_view.h"
 #include "ui/long_work.h"
 #include "ui/owned_window.h"
@@ -13,7 +12,7 @@ namespace quellix {
 // as they come.
 class FrmDeletetion : public OwnedWindow {
  public:
-  explicit FrmDeletetion(const Machine& machine) : shell_(machine.shell), settings_(machine) {}
+  explicit FrmDeletetion(const Machine& machine) : machine_(machine) {}
 
   // The results must live as long as the window is open.
   void Show(HWND owner, SearchResults& results);
@@ -40,7 +39,8 @@ class FrmDeletetion : public OwnedWindow {
   void Enable(int button, int entry, bool enabled);
   void Sort(int column);
   void Filter();
-  void Delete(bool all);
+  enum class Which { kTicked, kSelected, kAll };
+  void Delete(Which which);
   void PressKey(WORD key);
   // What the shell shows of the row with the focus.
   void AskShell(void (Shell::*show)(std::string_view)) const;
@@ -53,8 +53,7 @@ class FrmDeletetion : public OwnedWindow {
   std::string StateText() const;
   Cell CellText(int row, int column) const;
 
-  Shell& shell_;
-  Settings settings_;
+  Machine machine_;
   SearchResults* results_ = nullptr;
   ListView list_;
   LongWork work_{*this};  // a deletion; searches are the work of the run

@@ -2,6 +2,8 @@
 
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
+#include "ui/row_menu.h"
+#include "ui/window_prompts.h"
 
 namespace quellix {
 namespace {
@@ -51,6 +53,7 @@ void FrmIECache::Show(HWND owner) {
 
 void FrmIECache::OnInit() {
   layout().Add(kAnchors);
+  Remember(machine_, "frmIECache", {&list_});
   cache_.emplace(machine_);
   display_.emplace(Control(wbCache), Control(txtCache));
   list_.Attach(Control(lstvCache), kColumns,
@@ -58,6 +61,8 @@ void FrmIECache::OnInit() {
   list_.SetCheckBoxes(
       [this](int row) { return IsListed(row) && cache_->Row(static_cast<size_t>(row)).checked; },
       [this](int row) { Toggle(row); });
+  list_.SetSorter([this](int column) { work_.working() ? void() : Sort(column); });
+  list_.SetEraser([this] { work_.working() ? void() : Delete(Which::kSelected); });
   CheckRadioButton(window(), optAll, optURL, optAll);
 }
 
@@ -130,16 +135,15 @@ void FrmIECache::OnCommand(int id, int code) {
       return View();
     case cmdDelete:
     case cmdClear:
-      return Delete(id == cmdClear);
+      return Delete(id == cmdClear ? Which::kAll : Which::kTicked);
   }
 }
 
 LRESULT FrmIECache::OnNotify(NMHDR& header) {
   LRESULT result = 0;
-  if (list_.OnNotify(header, &result)) return result;
+  if (list_.OnNotify(header, result)) return result;
   if (work_.working() || header.idFrom != lstvCache) return 0;
   const auto& item = reinterpret_cast<const NMLISTVIEW&>(header);
-  if (header.code == LVN_COLUMNCLICK) Sort(item.iSubItem);
   if (header.code == NM_DBLCLK && item.iItem >= 0) View();
   if (header.code == LVN_ITEMCHANGED && item.iItem >= 0 && (item.uNewState & LVIS_SELECTED)) {
     ShowCacheEntry(static_cast<size_t>(item.iItem));
@@ -149,13 +153,13 @@ LRESULT FrmIECache::OnNotify(NMHDR& header) {
 
 void FrmIECache::OnContextMenu(HWND control, POINT screen) {
   if (control != Control(lstvCache) || work_.working()) return;
-  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuOptions)));
-  const POINT place = list_.MenuPlace(screen);
-  const int chosen = TrackPopupMenu(GetSubMenu(menu.Get(), 0), TPM_RETURNCMD | TPM_RIGHTBUTTON,
-                                    place.x, place.y, 0, window(), nullptr);
-  if (chosen != mnuSortBy) return OnCommand(ButtonOf(chosen), BN_CLICKED);
-  const int column = list_.AskForOrder(window(), screen);
-  if (column >= 0) Sort(column);
+  const auto place_of = [this](size_t row) {
+    const bool is_there = row < cache_->RowCount();
+    const std::string name = is_there ? cache_->Row(row).file_name : "";
+    return name.empty() ? RowPlace{} : RowPlace{.path = cache_->Row(row).folder + name};
+  };
+  const RowMenu menu{list_, machine_.shell, place_of, mnuOptions};
+  OnCommand(ButtonOf(menu.Show(window(), screen)), BN_CLICKED);
 }
 
 void FrmIECache::CheckAll(bool checked) {
@@ -182,11 +186,18 @@ void FrmIECache::Sort(int column) {
   ShowRows();
 }
 
-void FrmIECache::Delete(bool all) {
+void FrmIECache::Delete(Which which) {
+  const std::vector<size_t> rows = list_.SelectedRows();
+  const size_t count = which == Which::kAll      ? cache_->RowCount()
+                       : which == Which::kTicked ? cache_->CheckedCount()
+                                                 : rows.size();
+  if (!MayGo(window(), cache_->QuestionFor(count))) return;
   ShowNothing();  // what is shown is in use
   SetText(lblStatus, "Deleting, please wait");
   const auto work = [&](const Pause& pause) {
-    all ? cache_->DeleteAllListed(pause) : cache_->DeleteSelected(pause);
+    if (which == Which::kAll) cache_->DeleteAllListed(pause);
+    if (which == Which::kTicked) cache_->DeleteSelected(pause);
+    if (which == Which::kSelected) cache_->DeleteRows(rows, pause);
   };
   if (Work(work)) ShowRows();
 }

@@ -47,7 +47,8 @@ class FrmIECache : public OwnedWindow {
   void Toggle(int row);
   void View();
   void Sort(int column);
-  void Delete(bool all);
+  enum class Which { kTicked, kSelected, kAll };
+  void Delete(Which which);
   bool Work(const LongWork::Work& work);
 
   Machine machine_;

@@ -59,6 +59,7 @@ HWND FrmLog::FirstFocus() { return Control(IDCANCEL); }
 void FrmLog::OnInit() {
   prompts_.Attach(window());
   layout().Add(kAnchors);
+  Remember(machine_, "frmLog", {&categories_, &entries_.view()});
   categories_.Attach(Control(lstvCategories), kColumns,
                      [this](int row, int column) { return CategoryCell(row, column); });
   entries_.Attach(window());
@@ -122,11 +123,14 @@ void FrmLog::OnCommand(int id, int code) {
 
 LRESULT FrmLog::OnNotify(NMHDR& header) {
   LRESULT result = 0;
-  if (!entries_.OnNotify(header, result)) categories_.OnNotify(header);
+  if (!entries_.OnNotify(header, result)) categories_.OnNotify(header, result);
   return result;
 }
 
-void FrmLog::OnContextMenu(HWND control, POINT screen) { entries_.OnContextMenu(control, screen); }
+void FrmLog::OnContextMenu(HWND control, POINT screen) {
+  if (entries_.OnContextMenu(control, screen) || control != Control(lstvCategories)) return;
+  RowMenu{categories_, machine_.shell, [](size_t) { return RowPlace{}; }}.Show(window(), screen);
+}
 
 HBRUSH FrmLog::OnControlColor(HDC target, HWND control) {
   return control == Control(txtLog) ? Paper(target) : nullptr;

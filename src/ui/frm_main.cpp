@@ -74,7 +74,8 @@ void FrmMain::Open(HWND owner, StartMode mode) {
   Create(frmMain, owner);
   if (is_hidden) return RunHidden();
   if (with_rights_) SetWindowTextW(window(), L"Quellix (Administrator)");
-  Enlarge();
+  if (!is_remembered()) Enlarge();
+  BeginRemembering();
   ShowWindow(window(), SW_SHOW);
   if (!problems.empty()) Warn(problems);
   if (mode != StartMode::kNormal) display_.SetStatus("");
@@ -89,6 +90,7 @@ void FrmMain::Open(HWND owner, StartMode mode) {
 void FrmMain::OnInit() {
   prompts_.Attach(window());
   layout().Add(kAnchors);
+  Remember(machine_, "frmMain");
   BindItems();
   windows_.on_options = [this] { FollowSettings(); };
   preview_.on_clean = [this](std::shared_ptr<RunChoice> choice, bool leaves_to_start) {

@@ -68,6 +68,7 @@ void FrmOptions::Show(HWND owner, std::optional<OptionsPage> page) {
 }
 
 void FrmOptions::OnInit() {
+  Remember(machine_, "frmOptions");
   prompts_.Attach(window());
   layout().Add(kAnchors);
   MakePages();

@@ -20,7 +20,8 @@ constexpr int kPages[] = {pagFiles, pagRegistry, pagINI, pagFurther, pagEnd};
 
 FrmPlugin::FrmPlugin(const Machine& machine, modPlugin::PluginManager& manager,
                      std::function<void()> on_saved)
-    : on_saved_(std::move(on_saved)),
+    : machine_(machine),
+      on_saved_(std::move(on_saved)),
       editor_(machine, prompts_, manager),
       files_(machine, editor_, prompts_),
       registry_(editor_),
@@ -41,6 +42,8 @@ void FrmPlugin::Edit(HWND owner, const std::string& file) {
 void FrmPlugin::OnInit() {
   prompts_.Attach(window());
   layout().Add(kAnchors);
+  Remember(machine_, "frmPlugin",
+           {&files_.list(), &registry_.list(), &ini_.list(), &further_.list()});
   for (int i = 0; i < static_cast<int>(std::size(kTabs)); ++i) {
     TCITEMW item{};
     item.mask = TCIF_TEXT;
@@ -128,11 +131,15 @@ void FrmPlugin::OnEnter() {
 
 LRESULT FrmPlugin::OnNotify(NMHDR& header) {
   if (header.idFrom == sstPlugin && header.code == TCN_SELCHANGE) ShowPage();
-  files_.OnNotify(header);
-  registry_.OnNotify(header);
-  ini_.OnNotify(header);
-  further_.OnNotify(header);
-  return 0;
+  LRESULT result = 0;
+  for (PluginPage* const page : Pages()) {
+    if (page->OnNotify(header, result)) break;
+  }
+  return result;
+}
+
+void FrmPlugin::OnContextMenu(HWND control, POINT screen) {
+  for (PluginPage* const page : Pages()) page->OnContextMenu(machine_.shell, control, screen);
 }
 
 void FrmPlugin::Save() {

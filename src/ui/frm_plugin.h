@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <string>
 
@@ -30,15 +31,18 @@ class FrmPlugin : public OwnedWindow {
   void OnCommand(int id, int code) override;
   const char* HelpTopic() const override { return "plugin-editor"; }
   LRESULT OnNotify(NMHDR& header) override;
+  void OnContextMenu(HWND control, POINT screen) override;
   bool OnKey(MSG& message) override;
   void OnClose() override;
 
  private:
+  std::array<PluginPage*, 4> Pages() { return {&files_, &registry_, &ini_, &further_}; }
   void OnEnter();
   void ShowPage();
   void ShowTitle();
   void Save();
 
+  Machine machine_;
   std::function<void()> on_saved_;
   WindowPrompts prompts_;
   modPlugin::PluginEditor editor_;

@@ -8,6 +8,7 @@
 #include "engine.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
+#include "ui/row_menu.h"
 
 namespace quellix {
 namespace {
@@ -39,6 +40,7 @@ void FrmPluginManager::OnInit() {
   prompts_.Attach(window());
   display_.Attach(window());
   layout().Add(kAnchors);
+  Remember(machine_, "frmPluginManager", {&list_});
   list_.Attach(Control(lstvPlugin), kColumns, [this](int row, int column) {
     return Cell{Wide(TextOf(static_cast<size_t>(row), column))};
   });
@@ -52,6 +54,7 @@ void FrmPluginManager::OnInit() {
                         display_.SetStatus(manager_.status());
                         display_.Flush();
                       });
+  list_.SetEraser([this] { OnCommand(mnuDelete, 0); });
   manager_.Load();
   ShowRows();
   if (!manager_.rows().empty()) list_.Select(0);
@@ -120,7 +123,9 @@ void FrmPluginManager::OnCommand(int id, int /*code*/) {
 }
 
 LRESULT FrmPluginManager::OnNotify(NMHDR& header) {
-  if (list_.OnNotify(header) || work_.working()) return 0;
+  LRESULT result = 0;
+  if (list_.OnNotify(header, result)) return result;
+  if (work_.working()) return 0;
   if (header.idFrom == lstvPlugin) OnListNotify(header);
   return 0;
 }
@@ -129,10 +134,7 @@ void FrmPluginManager::OnListNotify(const NMHDR& header) {
   switch (header.code) {
     case LVN_KEYDOWN: {
       const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
-      const bool control = GetKeyState(VK_CONTROL) < 0;
-      if (key == VK_DELETE) OnCommand(mnuDelete, 0);
-      if (key == 'A' && control) list_.SelectAll();
-      if (key == 'N' && control) OnCommand(mnuCreate, 0);
+      if (key == 'N' && GetKeyState(VK_CONTROL) < 0) OnCommand(mnuCreate, 0);
       return;
     }
     case NM_DBLCLK:
@@ -146,14 +148,14 @@ void FrmPluginManager::OnListNotify(const NMHDR& header) {
 
 void FrmPluginManager::OnContextMenu(HWND control, POINT screen) {
   if (control != Control(lstvPlugin) || work_.working()) return;
-  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuPluginRows)));
-  const HMENU entries = GetSubMenu(menu.Get(), 0);
-  for (const int id : kOfSelection) {
-    EnableMenuItem(entries, static_cast<UINT>(id),
-                   list_.CountSelected() > 0 ? MF_ENABLED : MF_GRAYED);
-  }
-  const POINT place = list_.MenuPlace(screen);
-  TrackPopupMenu(entries, TPM_RIGHTBUTTON, place.x, place.y, 0, window(), nullptr);
+  const RowMenu menu{
+      list_, machine_.shell, [this](size_t row) { return RowPlace{.path = manager_.PathOf(row)}; },
+      mnuPluginRows,
+      [this](int id) {
+        return list_.CountSelected() > 0 || std::ranges::count(kOfSelection, id) == 0;
+      }};
+  const int chosen = menu.Show(window(), screen);
+  if (chosen != 0) OnCommand(chosen, 0);
 }
 
 void FrmPluginManager::TickAll(bool ticked) {

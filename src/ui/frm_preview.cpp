@@ -24,6 +24,7 @@ void FrmPreview::Show(HWND owner, std::shared_ptr<const RunEntries> found) {
 
 void FrmPreview::OnInit() {
   layout().Add(kAnchors);
+  Remember(machine_, "frmPreview", {&entries_.view()});
   entries_.Attach(window());
   entries_.Show(found_, EntryView::Kind::kChoice);
 }

@@ -15,7 +15,7 @@ namespace quellix {
 // What a run would remove, entry by entry: what is unticked stays.
 class FrmPreview : public OwnedWindow {
  public:
-  explicit FrmPreview(const Machine& machine) : entries_(machine) {}
+  explicit FrmPreview(const Machine& machine) : machine_(machine), entries_(machine) {}
 
   // Called when the window has closed to clean what is ticked, and whether the further choice of
   // the question was taken.
@@ -39,6 +39,7 @@ class FrmPreview : public OwnedWindow {
   void TickAll(bool ticked);
   void Clean();
 
+  Machine machine_;
   std::shared_ptr<const RunEntries> found_;
   EntryView entries_;
 };

@@ -4,6 +4,7 @@
 #include "ui/control_text.h"
 #include "ui/dpi.h"
 #include "ui/resource.h"
+#include "ui/row_menu.h"
 
 namespace quellix {
 namespace {
@@ -31,17 +32,17 @@ constexpr Anchor kAnchors[] = {
 FrmRegistryScan::Parts FrmRegistryScan::PartsOf(ScanTool tool) {
   switch (tool) {
     case ScanTool::kSharedDlls:
-      return {frmOrphanedDLL, lstvOrphanedDLL, {120, 450}, 1};
+      return {"OrphanedDLL", frmOrphanedDLL, lstvOrphanedDLL, {120, 450}, 1};
     case ScanTool::kFileReferences:
-      return {frmInvalidFile, lstvInvalid, {280, 120, 200}, 2};
+      return {"InvalidFile", frmInvalidFile, lstvInvalid, {280, 120, 200}, 2};
     case ScanTool::kAppPaths:
-      return {frmInvalidAppPath, lstvInvalid, {180, 400}, 1};
+      return {"InvalidAppPath", frmInvalidAppPath, lstvInvalid, {180, 400}, 1};
     case ScanTool::kHelpFiles:
-      return {frmInvalidHelp, lstvInvalid, {180, 400}, 1};
+      return {"InvalidHelp", frmInvalidHelp, lstvInvalid, {180, 400}, 1};
     case ScanTool::kComponents:
       break;
   }
-  return {frmInvalidActivex, lstvInvalid, {160, 85, 95, 250}, 2};
+  return {"InvalidActivex", frmInvalidActivex, lstvInvalid, {160, 85, 95, 250}, 2};
 }
 
 void FrmRegistryScan::Show(ScanTool tool, HWND owner) {
@@ -56,6 +57,7 @@ void FrmRegistryScan::Show(ScanTool tool, HWND owner) {
 void FrmRegistryScan::OnInit() {
   prompts_.Attach(window());
   layout().Add(kAnchors);
+  Remember(machine_, std::string("frm") + parts_.name, {&list_});
   titles_.clear();
   columns_.clear();
   const auto columns = scan_->traits().columns;
@@ -70,6 +72,11 @@ void FrmRegistryScan::OnInit() {
     const ScanRow& shown = scan_->row(static_cast<size_t>(row));
     return Cell{Wide(shown.texts[static_cast<size_t>(column)]), static_cast<int>(shown.mark) - 1};
   });
+  list_.SetEraser([this] {
+    const std::vector<size_t> rows = list_.SelectedRows();
+    if (!work_.working()) Delete(rows);
+  });
+  if (scan_->traits().sorts) list_.SetSorter([this](int column) { SortBy(column); });
   const auto is_checked = [this](int row) {
     return HasRow(row) && scan_->row(static_cast<size_t>(row)).checked;
   };
@@ -103,7 +110,9 @@ void FrmRegistryScan::StartScan() {
   list_.SetRows(0);
   ShowDetails();
   if (scan_->traits().freezes) LockWindowUpdate(list_window());
-  Work([this](const Pause& pause) { scan_->StartScan(pause); });
+  if (!Work([this](const Pause& pause) { scan_->StartScan(pause); })) return;
+  const auto order = list_.chosen_order();
+  if (order && scan_->traits().sorts) list_.Order(order->column, order->descending);
 }
 
 // The window may be closed meanwhile, even with the program: false then.
@@ -164,7 +173,7 @@ void FrmRegistryScan::OnCommand(int id, int code) {
   if (work_.working() || code != BN_CLICKED) return;
   switch (id) {
     case cmdDelete:
-      return DeleteChecked();
+      return Delete(scan_->CheckedRows());
     case cmdEdit:
       return EditReference();
     case chkThorough:
@@ -174,9 +183,10 @@ void FrmRegistryScan::OnCommand(int id, int code) {
   }
 }
 
-void FrmRegistryScan::DeleteChecked() {
+void FrmRegistryScan::Delete(const std::vector<size_t>& rows) {
   const bool files_also = Control(chkDelete) && IsTicked(window(), chkDelete);
-  const auto work = [&](const Pause& pause) { scan_->DeleteChecked(files_also, pause); };
+  if (!MayGo(window(), scan_->QuestionFor(rows.size(), files_also))) return;
+  const auto work = [&](const Pause& pause) { scan_->DeleteRows(rows, files_also, pause); };
   if (Work(work)) ArmTimer();
 }
 
@@ -189,25 +199,16 @@ void FrmRegistryScan::EditReference() {
 }
 
 LRESULT FrmRegistryScan::OnNotify(NMHDR& header) {
-  if (!scan_ || list_.OnNotify(header) || header.idFrom != static_cast<UINT_PTR>(parts_.list)) {
-    return 0;
-  }
+  LRESULT result = 0;
+  if (!scan_ || list_.OnNotify(header, result)) return result;
+  if (header.idFrom != static_cast<UINT_PTR>(parts_.list)) return 0;
   switch (header.code) {
-    case LVN_COLUMNCLICK:
-      SortBy(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem);
-      return 0;
     case LVN_ITEMCHANGED:
     case LVN_ODSTATECHANGED:
       ShowDetails();
       return 0;
     case LVN_BEGINLABELEDITW:
       return TRUE;  // a row's text is not changed in place
-    case LVN_KEYDOWN:
-      if (reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey == 'A' &&
-          GetKeyState(VK_CONTROL) < 0) {
-        list_.SelectAll();
-      }
-      return 0;
     case NM_DBLCLK:
       if (scan_->traits().edits && !work_.working()) EditReference();
       return 0;
@@ -223,8 +224,14 @@ void FrmRegistryScan::SortBy(int column) {
 }
 
 void FrmRegistryScan::OnContextMenu(HWND control, POINT screen) {
-  if (control != list_window() || !scan_->traits().sorts) return;
-  SortBy(list_.AskForOrder(window(), screen));
+  if (control != list_window() || work_.working()) return;
+  const auto place_of = [this](size_t row) {
+    if (row >= scan_->RowCount()) return RowPlace{};
+    const ScanRow& shown = scan_->row(row);
+    const std::string root(RootName(shown.root));
+    return RowPlace{.path = shown.file, .key = root + "\\" + shown.key};
+  };
+  RowMenu{list_, machine_.shell, place_of}.Show(window(), screen);
 }
 
 void FrmRegistryScan::OnClose() { work_.working() ? work_.StopAndClose() : OwnedWindow::OnClose(); }

@@ -37,6 +37,7 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
  private:
   // Of a tool's window.
   struct Parts {
+    const char* name;
     int window, list;
     std::vector<int> widths;  // of the columns, 96-DPI units
     size_t widest;            // the column that takes the room the others leave
@@ -49,7 +50,7 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
   HWND list_window() const { return Control(parts_.list); }
   void ArmTimer();
   void StartScan();
-  void DeleteChecked();
+  void Delete(const std::vector<size_t>& rows);
   void EditReference();
   void ShowRows();
   void ShowOrder();

@@ -2,6 +2,7 @@
 
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
+#include "ui/row_menu.h"
 
 namespace quellix {
 namespace {
@@ -38,6 +39,7 @@ void FrmTry::Show(HWND owner, const modPlugin::Plugin& plugin) {
 
 void FrmTry::OnInit() {
   layout().Add(kAnchors);
+  Remember(machine_, "frmTry", {&list_});
   display_.Attach(window());
   list_.Attach(Control(lstvTry), kColumns, [this](int row, int column) {
     const auto index = static_cast<size_t>(row);
@@ -55,8 +57,15 @@ void FrmTry::OnCommand(int id, int /*code*/) {
 }
 
 LRESULT FrmTry::OnNotify(NMHDR& header) {
-  list_.OnNotify(header);
-  return 0;
+  LRESULT result = 0;
+  list_.OnNotify(header, result);
+  return result;
+}
+
+void FrmTry::OnContextMenu(HWND control, POINT screen) {
+  if (control != Control(lstvTry) || work_.working()) return;
+  const auto place_of = [this](size_t row) { return PlaceNamedBy(trial_->Where(row)); };
+  RowMenu{list_, machine_.shell, place_of}.Show(window(), screen);
 }
 
 // While it looks, closing stops it first.

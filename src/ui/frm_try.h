@@ -27,6 +27,7 @@ class FrmTry : public OwnedWindow {
   void OnCommand(int id, int code) override;
   const char* HelpTopic() const override { return "plugin-editor"; }
   LRESULT OnNotify(NMHDR& header) override;
+  void OnContextMenu(HWND control, POINT screen) override;
   void OnClose() override;
   HBRUSH OnControlColor(HDC target, HWND control) override;
 

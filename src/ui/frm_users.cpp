@@ -3,6 +3,7 @@
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
+#include "ui/row_menu.h"
 #include "ui/window_prompts.h"
 
 namespace quellix {
@@ -35,6 +36,7 @@ void FrmUsers::Show(HWND owner) {
 
 void FrmUsers::OnInit() {
   layout().Add(kAnchors);
+  Remember(machine_, "frmUsers", {&users_, &found_});
   display_.Attach(window());
   users_.Attach(Control(lstvUsers), kUserColumns, [this](int row, int column) {
     const UserProfile& user = runs_.user(static_cast<size_t>(row));
@@ -116,8 +118,17 @@ void FrmUsers::OnCommand(int id, int /*code*/) {
 
 LRESULT FrmUsers::OnNotify(NMHDR& header) {
   LRESULT result = 0;
-  if (!users_.OnNotify(header, &result)) found_.OnNotify(header, &result);
+  if (!users_.OnNotify(header, result)) found_.OnNotify(header, result);
   return result;
+}
+
+void FrmUsers::OnContextMenu(HWND control, POINT screen) {
+  const bool users = control == Control(lstvUsers);
+  if (work_.working() || (!users && control != Control(lstvUsersFound))) return;
+  const auto place_of = [this, users](size_t row) {
+    return PlaceNamedBy(users ? runs_.user(row).profile : runs_.rows()[row].where);
+  };
+  RowMenu{users ? users_ : found_, machine_.shell, place_of}.Show(window(), screen);
 }
 
 // While it works, closing stops it first.

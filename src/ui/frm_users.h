@@ -15,7 +15,8 @@ namespace quellix {
 // Cleans for other users of this Windows, one after the other. For administrators.
 class FrmUsers : public OwnedWindow {
  public:
-  FrmUsers(const Machine& machine, OtherUsers here) : runs_(machine, display_, std::move(here)) {}
+  FrmUsers(const Machine& machine, OtherUsers here)
+      : machine_(machine), runs_(machine, display_, std::move(here)) {}
 
   void Show(HWND owner);
 
@@ -27,6 +28,7 @@ class FrmUsers : public OwnedWindow {
   void OnCommand(int id, int code) override;
   const char* HelpTopic() const override { return "users"; }
   LRESULT OnNotify(NMHDR& header) override;
+  void OnContextMenu(HWND control, POINT screen) override;
   void OnClose() override;
   HBRUSH OnControlColor(HDC target, HWND control) override;
 
@@ -35,6 +37,7 @@ class FrmUsers : public OwnedWindow {
   void Clean();
   void ShowTicks();
 
+  Machine machine_;
   StatusView display_;
   UserRuns runs_;
   ListView users_, found_;

@@ -27,6 +27,11 @@ void ItemView::Attach(HWND window) {
                 has_shield ? kShieldImage : kNoShieldImage};
   });
   view_.SetBoxes([this](int row) { return BoxOf(row); }, [this](int row) { Toggle(row); });
+  view_.SetSorter([this](int column) {
+    list_->Sort(ItemColumn(column));
+    Refresh();
+    view_.ShowOrder(column, list_->is_descending());
+  });
   view_.SetLooks([this](int row) { return LookOf(row); });
   view_.SetFinder([this](const wchar_t* begins, int from) {
     const std::optional<size_t> row = list_->Find(Narrow(begins), static_cast<size_t>(from));
@@ -167,19 +172,12 @@ void ItemView::OnChanged(const NMLISTVIEW& change) {
 
 bool ItemView::OnNotify(NMHDR& header, LRESULT& result) {
   if (header.idFrom != lstvItems || !list_) return false;
-  const bool is_answered = view_.OnNotify(header, &result);
+  const bool is_answered = view_.OnNotify(header, result);
   switch (header.code) {
     case NM_CLICK:
     case NM_DBLCLK:
       if (!is_answered) OnClick(reinterpret_cast<const NMITEMACTIVATE&>(header));
       return true;
-    case LVN_COLUMNCLICK: {
-      const int column = reinterpret_cast<const NMLISTVIEW&>(header).iSubItem;
-      list_->Sort(ItemColumn(column));
-      Refresh();
-      view_.ShowOrder(column, list_->is_descending());
-      return true;
-    }
     case LVN_KEYDOWN: {
       const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
       if (key == VK_LEFT || key == VK_RIGHT) Fold(key);

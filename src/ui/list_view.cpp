@@ -5,6 +5,7 @@
 #include <uxtheme.h>
 #include <vssym32.h>
 
+#include "ui/clipboard.h"
 #include "ui/dpi.h"
 
 namespace quellix {
@@ -24,6 +25,9 @@ constexpr struct {
 
 // As long as the list itself goes on with a name that is typed.
 constexpr ULONGLONG kMillisecondsOfTyping = 1000;
+
+bool IsOn(Box box) { return box == Box::kOn || box == Box::kSome; }
+bool IsOff(Box box) { return box == Box::kOff || box == Box::kSome; }
 
 }  // namespace
 
@@ -56,6 +60,9 @@ UniqueImages MakeBoxImages(HWND window, int dpi) {
 void ListView::Attach(HWND list, std::span<const Column> columns, Provider provider) {
   list_ = list;
   provider_ = std::move(provider);
+  order_.reset();
+  chosen_.reset();
+  OrderRows(0);
   ListView_SetExtendedListViewStyle(list, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
   for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
     LVCOLUMNW column{};
@@ -123,25 +130,33 @@ void ListView::SetImages(UniqueImages images) {
 }
 
 void ListView::SetRows(int count) {
+  OrderRows(static_cast<size_t>(count));
   ListView_SetItemCountEx(list_, count, LVSICF_NOSCROLL);
   ListView_SetItemState(list_, -1, 0, LVIS_SELECTED);
   InvalidateRect(list_, nullptr, TRUE);
 }
 
+// Where the list sorts itself, what comes stands at the end until it is sorted anew.
 void ListView::GrowTo(int count) {
+  for (auto row = static_cast<uint32_t>(rows_.size()); order_ && row < static_cast<uint32_t>(count);
+       ++row) {
+    rows_.push_back(row);
+    places_.push_back(row);
+  }
   ListView_SetItemCountEx(list_, count, LVSICF_NOSCROLL | LVSICF_NOINVALIDATEALL);
 }
 
 std::vector<size_t> ListView::SelectedRows() const {
   std::vector<size_t> rows;
-  for (int row = -1; (row = ListView_GetNextItem(list_, row, LVNI_SELECTED)) >= 0;) {
-    rows.push_back(static_cast<size_t>(row));
+  for (int place = -1; (place = ListView_GetNextItem(list_, place, LVNI_SELECTED)) >= 0;) {
+    rows.push_back(static_cast<size_t>(RowAt(place)));
   }
+  if (order_) std::ranges::sort(rows);
   return rows;
 }
 
 void ListView::Select(size_t row, bool is_shown) {
-  const int index = static_cast<int>(row);
+  const int index = PlaceOf(row);
   ListView_SetItemState(list_, index, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
   if (is_shown) ListView_EnsureVisible(list_, index, FALSE);
 }
@@ -180,9 +195,9 @@ POINT ListView::MenuPlace(POINT screen) const {
   return corner;
 }
 
-int ListView::AskForOrder(HWND window, POINT screen) const {
+std::vector<std::wstring> ListView::Titles() const {
   const HWND header = ListView_GetHeader(list_);
-  const UniqueMenu menu(CreatePopupMenu());
+  std::vector<std::wstring> titles;
   for (int i = 0; i < Header_GetItemCount(header); ++i) {
     wchar_t title[128] = {};
     HDITEMW item{};
@@ -190,13 +205,41 @@ int ListView::AskForOrder(HWND window, POINT screen) const {
     item.pszText = title;
     item.cchTextMax = static_cast<int>(std::size(title));
     Header_GetItem(header, i, &item);
-    AppendMenuW(menu.Get(), MF_STRING, static_cast<UINT>(i) + 1,
-                (std::wstring(L"Sort by ") + title).c_str());
+    titles.emplace_back(title);
   }
-  const POINT place = MenuPlace(screen);
-  return TrackPopupMenu(menu.Get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, place.x, place.y, 0, window,
-                        nullptr) -
-         1;
+  return titles;
+}
+
+void ListView::CopySelected() const {
+  const int columns = Header_GetItemCount(ListView_GetHeader(list_));
+  std::wstring text;
+  for (int place = -1; (place = ListView_GetNextItem(list_, place, LVNI_SELECTED)) >= 0;) {
+    for (int column = 0; column < columns; ++column) {
+      text += (column == 0 ? L"" : L"\t") + provider_(RowAt(place), column).text;
+    }
+    text += L"\r\n";
+  }
+  if (!text.empty()) PutIntoClipboard(GetParent(list_), text);
+}
+
+bool ListView::CanTick(bool ticked) const {
+  if (!toggle_) return false;
+  return std::ranges::any_of(SelectedRows(), [&](size_t row) {
+    const Box box = box_of_(static_cast<int>(row));
+    return ticked ? IsOff(box) : IsOn(box);
+  });
+}
+
+void ListView::TickSelected(bool ticked) {
+  for (const size_t row : SelectedRows()) {
+    const Box box = box_of_(static_cast<int>(row));
+    if (ticked ? IsOff(box) : IsOn(box)) ToggleRow(static_cast<int>(row));
+  }
+  Refresh();
+}
+
+void ListView::Erase() {
+  if (CanErase()) erase_();
 }
 
 std::vector<int> ListView::Widths(int dpi) const {
@@ -213,7 +256,7 @@ void ListView::SetWidths(std::span<const int> widths, int dpi) {
   }
 }
 
-bool ListView::OnNotify(NMHDR& header, LRESULT* result) {
+bool ListView::OnNotify(NMHDR& header, LRESULT& result) {
   if (header.hwndFrom != list_) return false;
   switch (header.code) {
     case LVN_GETDISPINFOW:
@@ -221,42 +264,58 @@ bool ListView::OnNotify(NMHDR& header, LRESULT* result) {
       return true;
     case LVN_GETINFOTIPW: {
       auto& tip = reinterpret_cast<NMLVGETINFOTIPW&>(header);
-      if (tip_) lstrcpynW(tip.pszText, tip_(tip.iItem).c_str(), tip.cchTextMax);
+      if (tip_) lstrcpynW(tip.pszText, tip_(RowAt(tip.iItem)).c_str(), tip.cchTextMax);
       return true;
     }
     case NM_CUSTOMDRAW:
-      if (!look_of_ || !result) return false;
-      *result = Paint(reinterpret_cast<NMLVCUSTOMDRAW&>(header));
+      if (!look_of_) return false;
+      result = Paint(reinterpret_cast<NMLVCUSTOMDRAW&>(header));
       return true;
     case LVN_ODFINDITEMW: {
       const auto& find = reinterpret_cast<const NMLVFINDITEMW&>(header);
-      if (!result) return false;
       const bool is_text = (find.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) != 0;
       typed_at_ = GetTickCount64();
-      *result = finder_ && is_text ? finder_(find.lvfi.psz, find.iStart) : -1;
+      result = is_text ? Find(find.lvfi.psz, find.iStart) : -1;
       return true;
     }
+    case LVN_COLUMNCLICK:
+      SortBy(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem);
+      return true;
     case NM_CLICK:
     case NM_DBLCLK:  // the second of two
       return OnClick(reinterpret_cast<const NMITEMACTIVATE&>(header));
     case LVN_KEYDOWN:
-      if (!toggle_ || reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey != VK_SPACE) return false;
-      if (GetTickCount64() - typed_at_ < kMillisecondsOfTyping) return false;  // within a name
-      ToggleSelected();
-      return true;
+      return OnKey(reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
     default:
       return false;
   }
 }
 
+bool ListView::OnKey(WORD key) {
+  const bool control = GetKeyState(VK_CONTROL) < 0;
+  if (key == VK_SPACE && toggle_) {
+    if (GetTickCount64() - typed_at_ < kMillisecondsOfTyping) return false;  // within a name
+    ToggleSelected();
+  } else if (key == VK_DELETE && erase_) {
+    Erase();
+  } else if (key == 'A' && control) {
+    SelectAll();
+  } else if (key == 'C' && control) {
+    CopySelected();
+  } else {
+    return false;
+  }
+  return true;
+}
+
 void ListView::Answer(LVITEMW& item) const {
   if (item.mask & (LVIF_TEXT | LVIF_IMAGE)) {
-    const Cell cell = provider_(item.iItem, item.iSubItem);
+    const Cell cell = provider_(RowAt(item.iItem), item.iSubItem);
     if (item.mask & LVIF_TEXT) lstrcpynW(item.pszText, cell.text.c_str(), item.cchTextMax);
     if (item.mask & LVIF_IMAGE) item.iImage = cell.image;
   }
   if ((item.mask & LVIF_STATE) && box_of_) {
-    item.state = INDEXTOSTATEIMAGEMASK(static_cast<UINT>(box_of_(item.iItem)));
+    item.state = INDEXTOSTATEIMAGEMASK(static_cast<UINT>(box_of_(RowAt(item.iItem))));
     item.stateMask = LVIS_STATEIMAGEMASK;
   }
 }
@@ -264,7 +323,7 @@ void ListView::Answer(LVITEMW& item) const {
 LRESULT ListView::Paint(NMLVCUSTOMDRAW& draw) {
   if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
   if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT) return CDRF_DODEFAULT;
-  switch (look_of_(static_cast<int>(draw.nmcd.dwItemSpec))) {
+  switch (look_of_(RowAt(static_cast<int>(draw.nmcd.dwItemSpec)))) {
     case RowLook::kMarked:
       draw.clrText = kMarkedRow;
       break;
@@ -287,7 +346,7 @@ bool ListView::OnClick(const NMITEMACTIVATE& click) {
   hit.pt = click.ptAction;
   const int row = ListView_HitTest(list_, &hit);
   if (row < 0 || hit.flags != LVHT_ONITEMSTATEICON) return false;
-  ToggleRow(row);
+  ToggleRow(RowAt(row));
   Refresh();
   return true;
 }
@@ -295,11 +354,12 @@ bool ListView::OnClick(const NMITEMACTIVATE& click) {
 // Screen readers learn of a box by an event of its own.
 void ListView::ToggleRow(int row) {
   toggle_(row);
-  NotifyWinEvent(EVENT_OBJECT_STATECHANGE, list_, OBJID_CLIENT, row + 1);
+  NotifyWinEvent(EVENT_OBJECT_STATECHANGE, list_, OBJID_CLIENT,
+                 PlaceOf(static_cast<size_t>(row)) + 1);
 }
 
 void ListView::ToggleSelected() {
-  const int focused = ListView_GetNextItem(list_, -1, LVNI_FOCUSED);
+  const int focused = FocusedRow();
   if (focused < 0) return;
   const Box box = box_of_(focused);
   if (CountSelected() == 0) ToggleRow(focused);

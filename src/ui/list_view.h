@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "run/row_order.h"
 #include "ui/handles.h"
 #include "ui/windows_api.h"
 
@@ -31,7 +34,10 @@ UniqueImages MakeBoxImages(HWND window, int dpi);
 
 inline constexpr COLORREF kMarkedRow = RGB(255, 0, 0);
 
-// A list in report form whose rows live elsewhere and are asked for when they are shown.
+// A list in report form whose rows live elsewhere and are asked for when they are shown. Every list
+// behaves alike: a click on a heading sorts by it, again turns it around; typing selects the row
+// that begins so; Ctrl+A selects all, Ctrl+C copies the selected rows, Space ticks them, Del
+// deletes them where that can be. A row is one of its owner's, wherever it is shown.
 class ListView {
  public:
   using Provider = std::function<Cell(int row, int column)>;
@@ -44,6 +50,7 @@ class ListView {
   // The row that a typed beginning means, from a row on; -1 for none.
   using Finder = std::function<int(const wchar_t* begins, int from)>;
   using Tip = std::function<std::wstring(int row)>;
+  using Sorter = std::function<void(int column)>;
 
   // `list` is an owner-data list view and outlives its use here.
   void Attach(HWND list, std::span<const Column> columns, Provider provider);
@@ -55,7 +62,11 @@ class ListView {
   // Rows whose text is painted in kMarkedRow.
   void SetMarks(IsMarked is_marked);
   void SetLooks(LookOf look_of) { look_of_ = std::move(look_of); }
-  // Typing selects the row that begins so.
+  // For an owner that sorts its rows by itself; else the list does, by the texts that it shows.
+  void SetSorter(Sorter sorter) { sorter_ = std::move(sorter); }
+  // What Del does with the selected rows.
+  void SetEraser(std::function<void()> erase) { erase_ = std::move(erase); }
+  // For an owner that knows better what is typed.
   void SetFinder(Finder finder) { finder_ = std::move(finder); }
   // A text shown while the mouse rests on a row; "" for none.
   void SetTips(Tip tip);
@@ -70,10 +81,11 @@ class ListView {
   void GrowTo(int count);
   // Paints again what is seen.
   void Refresh() const { InvalidateRect(list_, nullptr, FALSE); }
+  // From the lowest on.
   std::vector<size_t> SelectedRows() const;
   int CountSelected() const { return ListView_GetSelectedCount(list_); }
   // The row with the focus, -1 for none.
-  int FocusedRow() const { return ListView_GetNextItem(list_, -1, LVNI_FOCUSED); }
+  int FocusedRow() const { return RowAt(ListView_GetNextItem(list_, -1, LVNI_FOCUSED)); }
   // Selects one row, with the focus, and brings it into view unless it is told otherwise.
   void Select(size_t row, bool is_shown = true);
   void SelectAll() { ListView_SetItemState(list_, -1, LVIS_SELECTED, LVIS_SELECTED); }
@@ -82,22 +94,41 @@ class ListView {
   void FillWith(int column, int minimum);
   // The arrow on the heading of the column that sorts.
   void ShowOrder(int column, bool descending);
-  // A menu of the columns at `screen`, for the keyboard (there -1, -1) what the headings are for
-  // the mouse; the chosen column, or -1.
-  int AskForOrder(HWND window, POINT screen) const;
+  // As a click on its heading.
+  void SortBy(int column);
+  // As clicks that lead to that order.
+  void Order(int column, bool descending);
+  // What SortBy led to last; none before.
+  const std::optional<RowOrder<int>>& chosen_order() const { return chosen_; }
+  std::vector<std::wstring> Titles() const;
+  // The selected rows as text: tabs between columns, CR LF behind each row.
+  void CopySelected() const;
+  // Whether some selected row has a box that is not as wanted, and sets them so.
+  bool CanTick(bool ticked) const;
+  void TickSelected(bool ticked);
+  bool CanErase() const { return erase_ && CountSelected() > 0; }
+  void Erase();
   // Widths of the columns in 96-DPI units, and how the user left them.
   std::vector<int> Widths(int dpi) const;
   void SetWidths(std::span<const int> widths, int dpi);
   // The place of a context menu: `screen`, or for the keyboard the focused row.
   POINT MenuPlace(POINT screen) const;
   // True when the notification was this list's and is answered; `result` is then what to return.
-  bool OnNotify(NMHDR& header, LRESULT* result = nullptr);
+  bool OnNotify(NMHDR& header, LRESULT& result);
 
  private:
   void ShowBoxes(BoxOf box_of, Toggle toggle);
   void Answer(LVITEMW& item) const;
   LRESULT Paint(NMLVCUSTOMDRAW& draw);
   bool OnClick(const NMITEMACTIVATE& click);
+  bool OnKey(WORD key);
+  int Find(const wchar_t* begins, int from) const;
+  // The row that is shown at a place, and back.
+  int RowAt(int place) const;
+  int PlaceOf(size_t row) const;
+  void OrderRows(size_t count);
+  void SortItself(int column);
+  bool IsDescending(int column) const;
   void ToggleRow(int row);
   void ToggleSelected();
 
@@ -108,6 +139,11 @@ class ListView {
   bool has_own_boxes_ = false;  // of all kinds, not of the list's own images
   LookOf look_of_;
   Finder finder_;
+  Sorter sorter_;
+  std::function<void()> erase_;
+  std::optional<RowOrder<int>> chosen_;
+  std::optional<RowOrder<int>> order_;   // of a list that sorts itself
+  std::vector<uint32_t> rows_, places_;  // then by place its row, and the other way round
   Tip tip_;
   UniqueImages images_, boxes_;
   UniqueFont heading_font_;

@@ -78,7 +78,8 @@ void OptionsCookiesPage::Move(int command) {
 }
 
 LRESULT OptionsCookiesPage::OnNotify(NMHDR& header) {
-  if (on_machine_.OnNotify(header) || kept_.OnNotify(header)) return 0;
+  LRESULT result = 0;
+  if (on_machine_.OnNotify(header, result) || kept_.OnNotify(header, result)) return result;
   const bool list = header.idFrom == lstvCookies || header.idFrom == lstvKept;
   if (list && (header.code == LVN_ITEMCHANGED || header.code == LVN_ODSTATECHANGED)) {
     EnableCommands();

@@ -3,6 +3,7 @@
 #include "platform/text.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
+#include "ui/row_menu.h"
 
 namespace quellix {
 namespace {
@@ -53,6 +54,7 @@ void OptionsListPage::FillColumns() {
                  const ListRow& shown = rows[static_cast<size_t>(row)];
                  return Cell{Wide(column == 0 ? shown.text : shown.description)};
                });
+  rows_.SetEraser([this] { Remove(); });
   if (!list_.page().has_ticks) return;
   rows_.SetCheckBoxes([&rows](int row) { return rows[static_cast<size_t>(row)].ticked; },
                       [this](int row) {
@@ -115,20 +117,21 @@ void OptionsListPage::OnControl(int id, int /*code*/) {
 
 LRESULT OptionsListPage::OnNotify(NMHDR& header) {
   LRESULT result = 0;
-  if (rows_.OnNotify(header, &result)) return result;
+  if (rows_.OnNotify(header, result)) return result;
   if (header.idFrom == lstvList && !filling_) OnListNotify(header);
   return 0;
 }
 
 void OptionsListPage::OnListNotify(const NMHDR& header) {
-  if (header.code == LVN_KEYDOWN) {
-    const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
-    if (key == VK_DELETE) Remove();
-    if (key == 'A' && GetKeyState(VK_CONTROL) < 0) rows_.SelectAll();
-  }
   if (header.code != LVN_ITEMCHANGED && header.code != LVN_ODSTATECHANGED) return;
   if (const std::optional<size_t> row = OnlyRow()) ShowEntry(list_.rows()[*row]);
   EnableCommands();
+}
+
+void OptionsListPage::OnContextMenu(HWND control, POINT screen) {
+  if (control != Control(lstvList)) return;
+  const auto place_of = [this](size_t row) { return PlaceNamedBy(list_.rows()[row].text); };
+  RowMenu{rows_, context().machine.shell, place_of}.Show(window(), screen);
 }
 
 // Adds the entry of the fields, or changes the selected row to it.

@@ -22,6 +22,7 @@ class OptionsListPage : public OptionsPageWindow {
   void OnControl(int id, int code) override;
   const char* HelpTopic() const override { return "options-lists"; }
   LRESULT OnNotify(NMHDR& header) override;
+  void OnContextMenu(HWND control, POINT screen) override;
 
  private:
   void FillLabels();

@@ -122,7 +122,7 @@ bool OptionsSearchPage::Take(int id, int code) {
 
 LRESULT OptionsSearchPage::OnNotify(NMHDR& header) {
   LRESULT result = 0;
-  if (drives_.OnNotify(header, &result)) return result;
+  if (drives_.OnNotify(header, result)) return result;
   if (header.code != DTN_DATETIMECHANGE) return 0;
   const SYSTEMTIME& time = reinterpret_cast<const NMDATETIMECHANGE&>(header).st;
   SearchOptions& search = options().search.options;

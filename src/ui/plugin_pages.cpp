@@ -4,6 +4,7 @@
 #include "ui/control_text.h"
 #include "ui/dpi.h"
 #include "ui/resource.h"
+#include "ui/row_menu.h"
 
 namespace quellix {
 namespace {
@@ -64,14 +65,15 @@ std::span<const Anchor> PluginPage::Attach(HWND window) {
   list_.Attach(Control(list_id_), columns_, [this](int row, int column) {
     return Cell{Wide(TextOf(static_cast<size_t>(row), column))};
   });
+  list_.SetEraser([this] { Remove(); });
   list_.SetRows(Count());
   return Init();
 }
 
-void PluginPage::OnNotify(NMHDR& header) {
-  if (list_.OnNotify(header) || header.hwndFrom != Control(list_id_)) return;
-  const bool is_key = header.code == LVN_KEYDOWN;
-  if (is_key && reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey == VK_DELETE) Remove();
+void PluginPage::OnContextMenu(Shell& shell, HWND control, POINT screen) {
+  if (control != Control(list_id_)) return;
+  const auto place_of = [this](size_t row) { return PlaceNamedBy(PlaceOf(row)); };
+  RowMenu{list_, shell, place_of}.Show(window_, screen);
 }
 
 void PluginPage::FillLastColumn(int dpi) {
@@ -94,7 +96,7 @@ void PluginPage::ShowRows() {
 void PluginPage::RemoveSelected(void (modPlugin::PluginEditor::*remove)(size_t row)) {
   const std::vector<size_t> rows = list_.SelectedRows();
   if (rows.empty()) return;
-  (editor_.*remove)(rows[0]);
+  for (size_t i = rows.size(); i-- > 0;) (editor_.*remove)(rows[i]);
   ShowRows();
 }
 

@@ -27,7 +27,10 @@ class PluginPage {
   virtual void OnCommand(int id, int code) = 0;
   // Enter in a field of the page.
   virtual void OnEnter() = 0;
-  void OnNotify(NMHDR& header);
+  // True when the notification was that of its list; `result` is then what to return.
+  bool OnNotify(NMHDR& header, LRESULT& result) { return list_.OnNotify(header, result); }
+  void OnContextMenu(Shell& shell, HWND control, POINT screen);
+  ListView& list() { return list_; }
   void SetResolution(int dpi) { list_.SetResolution(dpi, columns_, {}); }
   void FillLastColumn(int dpi);
 
@@ -36,6 +39,8 @@ class PluginPage {
   virtual void Remove() = 0;
   virtual int Count() const = 0;
   virtual std::string TextOf(size_t row, int column) const = 0;
+  // What the record names, a path or a key.
+  virtual std::string PlaceOf(size_t row) const = 0;
 
   HWND window() const { return window_; }
   HWND Control(int id) const { return GetDlgItem(window_, id); }
@@ -66,6 +71,7 @@ class PluginFilesPage : public PluginPage {
   void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveFile); }
   int Count() const override { return static_cast<int>(editor().plugin().files.size()); }
   std::string TextOf(size_t row, int column) const override;
+  std::string PlaceOf(size_t row) const override { return editor().plugin().files[row].location; }
 
  private:
   modPlugin::FilesForm Form() const;
@@ -92,6 +98,7 @@ class PluginRegistryPage : public PluginPage {
   void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveKey); }
   int Count() const override { return static_cast<int>(editor().plugin().registry.size()); }
   std::string TextOf(size_t row, int column) const override;
+  std::string PlaceOf(size_t row) const override { return editor().plugin().registry[row].key; }
 
  private:
   modPlugin::RegistryForm Form() const;
@@ -112,6 +119,10 @@ class PluginIniPage : public PluginPage {
   void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveIni); }
   int Count() const override { return static_cast<int>(editor().plugin().ini.size()); }
   std::string TextOf(size_t row, int column) const override;
+  std::string PlaceOf(size_t row) const override {
+    const modPlugin::IniEntry& entry = editor().plugin().ini[row];
+    return entry.folder + "\\" + entry.file_name;
+  }
 
  private:
   void Browse();
@@ -133,6 +144,7 @@ class PluginFurtherPage : public PluginPage {
   void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveFurther); }
   int Count() const override { return static_cast<int>(editor().further_count()); }
   std::string TextOf(size_t row, int column) const override;
+  std::string PlaceOf(size_t row) const override { return TextOf(row, 1); }
 
  private:
   size_t Kind() const;

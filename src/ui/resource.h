@@ -112,9 +112,6 @@
 
 // 360 to 379: the menus of registry tools
 
-// 380 to 399: the menus of the Internet cache
-#define mnuSortBy 380
-
 // 400 to 409: entries of the menus of several lists
 #define mnuSelectAll 400
 #define mnuDeselectAll 401

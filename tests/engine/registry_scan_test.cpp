@@ -122,6 +122,25 @@ TEST_F(RegistryScanTest, AKeyWithOneSharedDllCountsAsEmpty) {
   EXPECT_EQ(three->status(), "2 entries, 2 with missing files, 1 with zero usage count");
 }
 
+TEST_F(RegistryScanTest, ChosenRowsGoWhetherCheckedOrNotAndTheQuestionCountsThem) {
+  for (const char* name : {"1.dll", "2.dll", "3.dll"})
+    Set(kMachine, kDlls, File(name, false), Number(1));
+  const auto scan = Scan(ScanTool::kSharedDlls);
+  ASSERT_EQ(scan->CheckedRows(), (std::vector<size_t>{0, 1, 2}));
+  scan->SetChecked(1, false);
+  EXPECT_EQ(scan->QuestionFor(3, false), "") << "without the setting";
+  WriteOwn("Settings.ini", "[General]\r\nAsk=1\r\n");
+  EXPECT_EQ(scan->QuestionFor(0, true), "");
+  EXPECT_EQ(scan->QuestionFor(1, true),
+            "Delete 1 reference from the registry, and the file that it names?");
+  EXPECT_EQ(scan->QuestionFor(2, false), "Delete 2 references from the registry?");
+  const std::string checked = scan->row(2).texts[1];
+  scan->DeleteRows({0, 1}, false);
+  EXPECT_EQ(NamesInOrder(kDlls), Names{checked});
+  ASSERT_EQ(scan->RowCount(), 1u);
+  EXPECT_TRUE(scan->row(0).checked);
+}
+
 TEST_F(RegistryScanTest, StopLeavesTheRowsFoundSoFar) {
   for (int i = 0; i < 20; ++i) {
     Set(kMachine, kDlls, File(std::to_string(i), false), Number(1));

@@ -159,6 +159,34 @@ TEST_F(SearchResultsTest, FailedRowsStayUntickedAndAreTriedAgainWhenTicked) {
   EXPECT_EQ(engine.state().RunFilesDeleted, 3);
 }
 
+TEST_F(SearchResultsTest, ChosenRowsGoWithoutTheTickedOnesAndTheQuestionCountsThem) {
+  Find({"a.qxj", "b.qxj", "c.qxj", "d.qxj"});
+  results.DeleteRows({0});
+  EXPECT_EQ(results.RowCount(), 4u) << "not while the search runs";
+  results.EndSearch();
+  Tick({"a.qxj"}, results);
+  EXPECT_EQ(results.QuestionForTicked(), "") << "without the setting";
+  WriteOwn("Settings.ini", "[General]\r\nAsk=1\r\n");
+  EXPECT_EQ(results.QuestionForRows({}), "");
+  const std::pair<int16_t, std::string_view> kModes[] = {{kDelete, "Delete # for good?"},
+                                                         {kRecycle, "Recycle #?"},
+                                                         {kWipe, "Wipe # for good?"},
+                                                         {kBackUp, "Remove # after a backup?"}};
+  for (const auto& [mode, question] : kModes) {
+    engine.state().RemovalMode = mode;
+    std::string told(question);
+    told.replace(told.find('#'), 1, "1 file (0 Bytes)");
+    EXPECT_EQ(results.QuestionForTicked(), told);
+  }
+  engine.state().RemovalMode = kDelete;
+  EXPECT_TRUE(results.QuestionForRows({1, 3}).starts_with("Delete 2 files ("));
+  EXPECT_TRUE(results.QuestionForAll().starts_with("Delete 4 files ("));
+  results.DeleteRows({1, 3});
+  EXPECT_EQ(machine->Tree(scratch), (Names{"a.qxj", "c.qxj"}));
+  EXPECT_EQ(Column(), (Names{"a.qxj", "c.qxj"}));
+  EXPECT_EQ(Ticked(results), Names{"a.qxj"});
+}
+
 TEST_F(SearchResultsTest, ADeletionMayBeStoppedAndTheRowsSortedMeanwhile) {
   Find({"a.qxj", "b.qxj", "c.qxj", "d.qxj"});
   results.EndSearch();

@@ -201,8 +201,10 @@ HWND QuellixWindow::AwaitMessage(std::wstring_view part) const {
   return search.found;
 }
 
+bool QuellixWindow::HasMenu() const { return Find({}, kMenuClass) != nullptr; }
+
 bool QuellixWindow::AwaitMenu() const {
-  return Await([&] { return Find({}, kMenuClass) != nullptr; });
+  return Await([&] { return HasMenu(); });
 }
 
 bool QuellixWindow::AwaitEnd() const { return AwaitExitCode() == DWORD{0}; }
@@ -359,6 +361,14 @@ int QuellixWindow::ImageOf(HWND list, int row) const {
   item.iItem = row;
   Exchange(list, LVM_GETITEMW, 0, &item, sizeof(item));
   return item.iImage;
+}
+
+int QuellixWindow::ArrowOf(HWND list, int column) const {
+  HDITEMW item{};
+  item.mask = HDI_FORMAT;
+  Exchange(reinterpret_cast<HWND>(SendMessageW(list, LVM_GETHEADER, 0, 0)), HDM_GETITEMW,
+           static_cast<WPARAM>(column), &item, sizeof(item));
+  return (item.fmt & HDF_SORTUP) ? 1 : (item.fmt & HDF_SORTDOWN) ? -1 : 0;
 }
 
 void QuellixWindow::SelectFolder(HWND browser, const std::wstring& path) const {

@@ -65,6 +65,7 @@ class QuellixWindow : public QuellixProcess {
   HWND AwaitMessage(std::wstring_view part) const;
   bool HasWindow(std::wstring_view title) const { return Find(title, {}) != nullptr; }
   bool AwaitMenu() const;
+  bool HasMenu() const;
   bool AwaitEnd() const;  // false when it ends with an error
   // Asks the main window to close and waits for the program's end.
   bool Close() const;
@@ -98,6 +99,8 @@ class QuellixWindow : public QuellixProcess {
   std::wstring RowText(HWND list, int row, int column) const;
   // The image of a row, from 0.
   int ImageOf(HWND list, int row) const;
+  // On the heading of a column: 1 for up, -1 for down, 0 without an arrow.
+  int ArrowOf(HWND list, int column) const;
   // Chooses a folder in the system's dialog for folders.
   void SelectFolder(HWND browser, const std::wstring& path) const;
 

@@ -98,6 +98,21 @@ TEST_F(CacheListTest, EntriesOfEveryShapeAreListedAndDeleted) {
   EXPECT_TRUE(ports.url_cache.Entries().empty());
 }
 
+TEST_F(CacheListTest, ChosenRowsAreDeletedWhetherCheckedOrNotAndTheQuestionCountsThem) {
+  SeedOneOfEachKind();
+  list.LoadCacheEntries(CacheKind::kAll);
+  list.SetChecked(0, true);
+  const size_t count = list.RowCount();
+  const std::string left = list.Text(0, CacheColumn::kSource);
+  std::vector<size_t> chosen;
+  for (size_t row = 1; row < count; ++row) chosen.push_back(row);
+  EXPECT_EQ(list.CheckedCount(), 1u);
+  EXPECT_EQ(list.QuestionFor(1), "") << "without the setting";
+  list.DeleteRows(chosen, kGoOn);
+  EXPECT_EQ(Sources(), Names{left});
+  EXPECT_EQ(list.CheckedCount(), 1u);
+}
+
 TEST_F(CacheListTest, OnlyCheckedRowsAreDeleted) {
   SeedOneOfEachKind();
   list.LoadCacheEntries(CacheKind::kAll);

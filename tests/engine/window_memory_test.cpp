@@ -1,0 +1,62 @@
+#include "settings/window_memory.h"
+
+#include <gtest/gtest.h>
+
+namespace quellix {
+namespace {
+
+using Place = WindowMemory::Place;
+using Order = WindowMemory::Order;
+using List = WindowMemory::List;
+
+TEST(WindowMemoryTest, WhatIsRememberedIsReadAsItWasAndNonsenseIsLeftOut) {
+  const struct {
+    const char* text;
+    WindowMemory memory;
+    bool is_as_written;
+  } kRows[] = {
+      {"120,-80,700,500,0|130,190;1,1|60",
+       {Place{120, -80, 700, 500, false}, {{{130, 190}, Order{1, true}}, {{60}, std::nullopt}}},
+       true},
+      {"0,0,300,200,1", {Place{0, 0, 300, 200, true}, {}}, true},
+      {"", {}, true},
+      {"1,2,3", {}, false},
+      {"1,2,30,400,0|10", {std::nullopt, {{{10}, std::nullopt}}}, false},
+      {"1,2,x,400,0", {}, false},
+      {"99999,2,300,400,0", {}, false},
+      {"|10,-1;0,0|5000;0|7;-1,0",
+       {std::nullopt, {{{}, Order{0, false}}, {{}, std::nullopt}, {{7}, std::nullopt}}},
+       false},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.text);
+    EXPECT_EQ(WindowMemory::Parse(row.text), row.memory);
+    if (row.is_as_written) {
+      EXPECT_EQ(row.memory.Format(), row.text);
+    }
+    EXPECT_EQ(WindowMemory::Parse(row.memory.Format()), row.memory);
+  }
+}
+
+TEST(WindowMemoryTest, APlaceBeyondTheScreenIsBroughtOntoIt) {
+  constexpr ScreenArea kScreen{0, 0, 1024, 740};
+  const struct {
+    const char* name;
+    ScreenPoint place;
+    int width, height;
+    ScreenPoint mended;
+  } kRows[] = {{"on it", {100, 50}, 400, 300, {100, 50}},
+               {"right and below", {5000, 3000}, 400, 300, {624, 440}},
+               {"left and above", {-5000, -3000}, 400, 300, {0, 0}},
+               {"half beyond", {900, -10}, 400, 300, {624, 0}},
+               {"larger than the screen", {20, 20}, 2000, 1000, {0, 0}}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    const ScreenPoint mended = MendedPlace(row.place, row.width, row.height, kScreen);
+    EXPECT_EQ(mended.left, row.mended.left);
+    EXPECT_EQ(mended.top, row.mended.top);
+  }
+}
+
+}  // namespace
+}  // namespace quellix
