@@ -40,7 +40,7 @@ void EndChoice(CleaningContext& context) {
 // That they could not be stored is told of a whole run, whose time EndRun stores in the same file.
 // `in_work` is the item that a stop has cut short; null for none.
 void NoteItemsCleaned(CleaningContext& context, const Item* in_work) {
-  if (context.state.IsPreview) return;
+  if (context.state.IsPreview || context.state.IsForAnother) return;
   std::vector<std::string_view> keys;
   for (const Item& item : AllItems()) {
     const Outcome outcome = context.state.Outcomes[item.run_order - 1];

@@ -281,10 +281,7 @@ void EntryList::TickAll(bool ticked) {
 
 std::shared_ptr<RunChoice> EntryList::Choice(std::span<const size_t> besides) const {
   const auto is_ticked = [this](size_t entry) { return !unticked_[entry]; };
-  if (besides.empty()) return std::make_shared<RunChoice>(*entries_, is_ticked);
-  RunEntries all = *entries_;
-  for (const size_t entry : besides) all.all[entry].fate = Fate::kRemoved;
-  return std::make_shared<RunChoice>(all, is_ticked);
+  return std::make_shared<RunChoice>(*entries_, is_ticked, besides);
 }
 
 std::string EntryList::Question() const {

@@ -64,8 +64,8 @@ class EntryList {
   bool IsTicked(size_t row) const;
   void SetTicked(size_t row, bool ticked);
   void TickAll(bool ticked);  // those that are shown
-  // What a run is to remove of these; also those of `besides`, indexes of entries, which nobody can
-  // tick as they would stay.
+  // What a run is to remove of these; those of `besides`, indexes of entries in use, are to be left
+  // to the system's next start (see RunChoice).
   std::shared_ptr<RunChoice> Choice(std::span<const size_t> besides = {}) const;
   // All there are, by index, and whether a run is to remove one of those that can go.
   const RunEntries& entries() const { return *entries_; }

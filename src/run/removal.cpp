@@ -155,6 +155,14 @@ std::string WhyItStays(CleaningContext& context, WorkingFolder& working, std::st
   }
 }
 
+// What is taken for the system's next start alone has been asked about as in use, and is not
+// removed where it no longer is: throws Error either way.
+void LeaveWhatWaits(RunState& state, Folder& folder, std::string_view path, const FileInfo& info) {
+  if (!state.Choice || !state.Choice->OnlyWaits(FileEntry(path, info))) return;
+  folder.RequireRemovable(NamePart(path));
+  throw Error(Error::Kind::kOther, "It is no longer in use: clean again to remove it.");
+}
+
 // Removes a file of a list and counts it; what stays is noted. False when it stays.
 bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::string_view path,
                     std::string* reason = nullptr) {
@@ -164,6 +172,7 @@ bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::strin
     info = folder.Look(NamePart(path), Detail::kSize);
     if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
     if (!IsChosenFile(context.state, path, *info)) return false;
+    LeaveWhatWaits(context.state, folder, path, *info);
     if (RemoveByMode(context, working, folder, path, *info)) return true;
     context.state.SomeFilesLocked = true;
   } catch (const Error& error) {

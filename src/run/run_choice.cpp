@@ -47,8 +47,8 @@ bool Holds(const RunEntry& entry, std::string_view other) {
 }  // namespace
 
 // On a volume names may differ in their case alone: all of them must be ticked for one to go.
-RunChoice::RunChoice(const RunEntries& preview,
-                     const std::function<bool(size_t index)>& is_ticked) {
+RunChoice::RunChoice(const RunEntries& preview, const std::function<bool(size_t index)>& is_ticked,
+                     std::span<const size_t> waiting) {
   for (size_t i = 0; i < preview.all.size(); ++i) {
     const RunEntry& entry = preview.all[i];
     const bool ticked = entry.fate == Fate::kRemoved && is_ticked(i);
@@ -56,9 +56,31 @@ RunChoice::RunChoice(const RunEntries& preview,
     const auto [seen, is_new] = seen_.try_emplace(KeyOf(entry));
     const bool stays_unticked = !is_new && entry.fate == Fate::kRemoved && !seen->second.ticked;
     if (is_new || (entry.fate == Fate::kRemoved && !stays_unticked)) {
-      seen->second = {ticked, false, entry.count, entry.bytes, entry.last_write};
+      seen->second = {ticked, false, false, entry.count, entry.bytes, entry.last_write};
     }
   }
+  TakeWaiting(preview, waiting);
+}
+
+void RunChoice::TakeWaiting(const RunEntries& preview, std::span<const size_t> waiting) {
+  if (waiting.empty()) return;
+  std::set<std::pair<uint8_t, std::string>> offered;
+  for (const RunEntry& entry : preview.all) {
+    if (entry.fate == Fate::kRemoved) offered.emplace(entry.item, preview.rules[entry.rule]);
+  }
+  for (const size_t index : waiting) {
+    const RunEntry& entry = preview.all[index];
+    const std::pair source(entry.item, preview.rules[entry.rule]);
+    if (offered.contains(source) && !sources_.contains(source)) continue;
+    Seen& seen = seen_[KeyOf(entry)];
+    if (!seen.ticked) seen = {true, false, true, entry.count, entry.bytes, entry.last_write};
+    sources_.insert(source);
+  }
+}
+
+bool RunChoice::OnlyWaits(const RunEntry& entry) const {
+  const auto found = seen_.find(KeyOf(entry));
+  return found != seen_.end() && found->second.waits;
 }
 
 bool RunChoice::Takes(const RunEntry& entry) {

@@ -62,6 +62,7 @@ struct RunState : RemovalOptions, RunTotals {
   int16_t FixedRemovalMode = 0;               // chosen for this program run; 0: as the settings say
   std::optional<int16_t> FixedOlderThanDays;  // likewise
   std::shared_ptr<RunChoice> Choice;          // what the next run may remove; null: everything
+  bool IsForAnother = false;                  // its user's: nothing of it is noted as one's own
   bool LeavesToStart = false;                 // the next run what is in use, where that is safe
   bool IsPreview = false;                     // nothing is really removed
   bool Hidden = false;                        // nobody is watching: nothing waits for a person

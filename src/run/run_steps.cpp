@@ -108,7 +108,7 @@ void BeginItem(CleaningContext& context, const Item& item) {
 }
 
 void EndRun(CleaningContext& context, std::string_view message) {
-  if (message.empty()) {
+  if (message.empty() && !context.state.IsForAnother) {
     try {
       context.view.ShowLastCleaned(context.settings.StoreLastCleaned());
     } catch (const Error& error) {

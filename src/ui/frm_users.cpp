@@ -101,7 +101,7 @@ bool FrmUsers::Work(const char* status, void (UserRuns::*work)(const Pause& paus
 
 // What cannot be undone is asked before, user by user, but at once.
 void FrmUsers::Clean() {
-  if (!Work("Looking...", &UserRuns::Look)) return;
+  if (!Work("Looking...", &UserRuns::Look) || !runs_.WasLookedAt()) return;
   if (!MayGo(window(), runs_.question().empty() ? "" : "Clean for the ticked users?",
              runs_.question()))
     return;

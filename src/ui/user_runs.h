@@ -36,9 +36,12 @@ class UserRuns {
   bool HasTicks() const;
 
   // By the ticks and settings that are stored. A stop keeps what was done until then. Neither
-  // throws: what failed for one user is told, and the next one's turn comes.
+  // throws: what failed for one user is told, and the next one's turn comes. Cleaned are those
+  // alone for whom the last look has come to its end.
   void Look(const Pause& pause);
   void Clean(const Pause& pause);
+  // Whether the last look has come to its end for everybody whom it was for, or failed for him.
+  bool WasLookedAt() const { return !is_stopped_; }
 
   // What came of it, in that order: an entry each, or with Clean what went and what stayed.
   struct Row {
@@ -56,14 +59,14 @@ class UserRuns {
   struct User {
     UserProfile profile;
     bool is_ticked = false;
+    bool was_looked_at = false;
   };
-  using Work = std::function<std::shared_ptr<const RunEntries>(const std::string& user,
-                                                               Engine& engine, const Machine& his)>;
+  using Work = std::function<std::shared_ptr<const RunEntries>(User& user, Engine& engine,
+                                                               const Machine& his)>;
 
   void ForEach(const Pause& pause, const Work& work);
-  void WorkFor(const UserProfile& user, const Work& work);
-  std::shared_ptr<const RunEntries> LookFor(const std::string& user, Engine& engine,
-                                            const Machine& his);
+  void WorkFor(User& user, const Work& work);
+  std::shared_ptr<const RunEntries> LookFor(User& user, Engine& engine, const Machine& his);
 
   Machine own_;
   RunView& view_;
@@ -72,6 +75,7 @@ class UserRuns {
   std::vector<Row> rows_;
   std::string text_, question_;
   size_t done_ = 0;
+  bool is_stopped_ = false;
 };
 
 }  // namespace quellix

@@ -11,10 +11,13 @@ namespace {
 
 // Somebody has the files called "used"; those of "safe" can be left to the next start.
 struct HeldFolder : ForwardingFolder {
-  HeldFolder(std::unique_ptr<Folder> folder, std::string path, Names& left)
-      : ForwardingFolder(std::move(folder)), path_(std::move(path)), left_(left) {}
+  HeldFolder(std::unique_ptr<Folder> folder, std::string path, Names& left, const bool& is_held)
+      : ForwardingFolder(std::move(folder)),
+        path_(std::move(path)),
+        left_(left),
+        is_held_(is_held) {}
   void RequireFree(std::string_view name) const {
-    if (name.starts_with("used")) throw Error(Error::Kind::kInUse, "It is in use.");
+    if (is_held_ && name.starts_with("used")) throw Error(Error::Kind::kInUse, "It is in use.");
   }
   void RemoveFile(std::string_view name) override {
     RequireFree(name);
@@ -35,6 +38,7 @@ struct HeldFolder : ForwardingFolder {
 
   std::string path_;
   Names& left_;
+  const bool& is_held_;
 };
 
 struct StartRemovalTest : RunFixture {
@@ -48,8 +52,10 @@ struct StartRemovalTest : RunFixture {
   }
 
   Names left;
+  bool is_held = true;
   ForwardingFiles files{ports.files, [this](const std::string& path, auto folder) {
-                          return std::make_unique<HeldFolder>(std::move(folder), path, left);
+                          return std::make_unique<HeldFolder>(std::move(folder), path, left,
+                                                              is_held);
                         }};
   RecordingSession session;
   Machine with_held{files,           ports.registry, ports.shell,
@@ -109,17 +115,31 @@ TEST_F(StartRemovalTest, ItIsOfferedWhereItCanBe) {
 
 TEST_F(StartRemovalTest, OfAPreviewItIsLeftOnlyWhereThatWasChosen) {
   WriteSettings("[General]\r\nDelMethod=D\r\n");
-  for (const bool is_chosen : {false, true}) {
-    SCOPED_TRACE(is_chosen);
+  const struct {
+    const char* name;
+    bool is_chosen, is_ticked, is_freed;
+    Names left, stay;
+  } kRows[] = {
+      {"not chosen", false, true, false, {}, {"used.keep", "used.log"}},
+      {"chosen", true, true, false, {"used.log"}, {"used.keep", "used.log"}},
+      {"free by then", true, true, true, {}, {"used.keep", "used.log"}},
+      {"all else unticked", true, false, false, {}, {"free.log", "used.keep", "used.log"}}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    machine->MakeFile(scratch + "safe\\free.log", "12345");
+    left.clear();
+    is_held = true;
     PreviewRun preview(with_held, view);
     preview.Run(held.selection());
     const StartOffer offer = OfferOfStart(preview.state(), with_held);
     EXPECT_EQ(offer.entries.size(), 2u);
-    const EntryList list(ports.system, preview.entries(), true);
-    held.state().LeavesToStart = is_chosen;
-    held.RunCleaning(is_chosen ? list.Choice(offer.entries) : list.Choice());
-    EXPECT_EQ(left, is_chosen ? Names{"used.log"} : Names{});
-    machine->MakeFile(scratch + "safe\\free.log", "12345");
+    EntryList list(ports.system, preview.entries(), true);
+    list.TickAll(row.is_ticked);
+    held.state().LeavesToStart = row.is_chosen;
+    is_held = !row.is_freed;
+    held.RunCleaning(row.is_chosen ? list.Choice(offer.entries) : list.Choice());
+    EXPECT_EQ(left, row.left);
+    EXPECT_EQ(machine->Tree(scratch + "safe"), row.stay);
   }
 }
 

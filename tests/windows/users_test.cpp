@@ -8,25 +8,30 @@ namespace quellix::test {
 namespace {
 
 constexpr int kYes = 100;
-constexpr wchar_t kSid[] = L"S-1-5-21-7-7-7-1002", kSeed[] = L"Software\\QxSeed";
-const std::wstring kProfile =
-    std::wstring(L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\") + kSid;
-const fs::path kHome = L"C:\\users\\qx2";
+constexpr wchar_t kSeed[] = L"Software\\QxSeed";
+const std::wstring kProfiles =
+    L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-5-21-7-7-7-";
+const fs::path kHome = L"C:\\users\\qx2", kNobodys = L"C:\\users\\qx3";
 
 struct UsersTest : testing::Test {
   void SetUp() override {
     ResetSandbox();
     CleanUp();
-    const std::wstring home = kHome.wstring();
-    RegSetKeyValueW(HKEY_LOCAL_MACHINE, kProfile.c_str(), L"ProfileImagePath", REG_EXPAND_SZ,
-                    home.c_str(), static_cast<DWORD>((home.size() + 1) * sizeof(wchar_t)));
-    WriteBytes(kHis, "12345");
+    AddProfile(kProfiles + L"1002", kHome);
+    AddProfile(kProfiles + L"1003", kNobodys);
     WriteBytes(TempFolder() / "mine.tmp", "1");
     StoreHive();
+    fs::copy_file(kHome / "NTUSER.DAT", kNobodys / "NTUSER.DAT");
     WriteBytes(ProgramFolder() / "chkItems.txt", kTemporaryFiles);
   }
   void TearDown() override { CleanUp(); }
 
+  static void AddProfile(const std::wstring& key, const fs::path& home) {
+    const std::wstring path = home.wstring();
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"ProfileImagePath", REG_EXPAND_SZ,
+                    path.c_str(), static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
+    WriteBytes(home / "his temp" / "a.tmp", "12345");
+  }
   // As he left it when he logged off.
   static void StoreHive() {
     RegSetKeyValueW(HKEY_CURRENT_USER, (std::wstring(kSeed) + L"\\Environment").c_str(), L"TEMP",
@@ -43,9 +48,10 @@ struct UsersTest : testing::Test {
     RegCloseKey(key);
   }
   static void CleanUp() {
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProfile.c_str());
+    for (const wchar_t* user : {L"1002", L"1003"})
+      RegDeleteTreeW(HKEY_LOCAL_MACHINE, (kProfiles + user).c_str());
     RegDeleteTreeW(HKEY_CURRENT_USER, kSeed);
-    fs::remove_all(kHome);
+    for (const fs::path& home : {kHome, kNobodys}) fs::remove_all(home);
   }
 
   static inline const fs::path kHis = kHome / "his temp" / "a.tmp";
@@ -57,7 +63,7 @@ TEST_F(UsersTest, WhoIsTickedIsCleanedAndNobodyElse) {
   const QuellixWindow window;
   window.Choose(mnuUsers);
   const HWND users = window.AwaitWindow(L"Other users"), list = GetDlgItem(users, lstvUsers);
-  ASSERT_TRUE(Await([&] { return CountRows(list) == 1; }));
+  ASSERT_TRUE(Await([&] { return CountRows(list) == 2; }));
   EXPECT_EQ(window.RowText(list, 0, 0), L"qx2");
   EXPECT_FALSE(IsEnabled(users, cmdUsersLook) || IsEnabled(users, cmdUsersClean));
   window.PressKey(list, VK_SPACE);
@@ -83,6 +89,8 @@ TEST_F(UsersTest, WhoIsTickedIsCleanedAndNobodyElse) {
     EXPECT_FALSE(fs::exists(kHis));
   }
   EXPECT_TRUE(fs::exists(TempFolder() / "mine.tmp"));
+  EXPECT_TRUE(fs::exists(kNobodys / "his temp" / "a.tmp"));
+  EXPECT_EQ(ReadBytes(ProgramFolder() / "Settings.ini").find("LastCleaned"), std::string::npos);
   PressIn(users, IDCANCEL);
   EXPECT_TRUE(AwaitGone(users) && IsWindowEnabled(window.main()));
 }

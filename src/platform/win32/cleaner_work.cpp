@@ -113,12 +113,15 @@ HRESULT Initialize(CleanerWork& work, IEmptyVolumeCache* handler, const std::wst
   return result;
 }
 
-HRESULT LookAndClean(CleanerWork& work, IEmptyVolumeCache* handler, Callback* callback) {
+HRESULT LookAndClean(CleanerWork& work, IEmptyVolumeCache* handler, Callback* callback,
+                     bool& has_cleaned) {
   DWORDLONG bytes = 0;
   HRESULT result = handler->GetSpaceUsed(&bytes, callback);
   if (FAILED(result)) return result;
   work.found = callback->found_before + bytes;
-  if (work.cleans && bytes > 0 && !work.stops) result = handler->Purge(bytes, callback);
+  if (!work.cleans || bytes == 0 || work.stops) return result;
+  result = handler->Purge(bytes, callback);
+  has_cleaned = SUCCEEDED(result);
   return result;
 }
 
@@ -130,10 +133,12 @@ HRESULT WorkOn(CleanerWork& work, const std::wstring& volume, Callback* callback
                                          reinterpret_cast<void**>(handler.Put()));
   if (SUCCEEDED(result)) result = Initialize(work, handler.Get(), volume);
   if (result != S_OK) return result;  // S_FALSE: it has nothing to remove there
-  result = LookAndClean(work, handler.Get(), callback);
+  bool has_cleaned = false;
+  result = LookAndClean(work, handler.Get(), callback, has_cleaned);
   DWORD flags = 0;
   handler.Get()->Deactivate(&flags);
-  work.was_the_last_time = work.was_the_last_time || (flags & EVCF_REMOVEFROMLIST) != 0;
+  work.was_the_last_time =
+      work.was_the_last_time || (has_cleaned && (flags & EVCF_REMOVEFROMLIST) != 0);
   return result;
 }
 
