@@ -1,15 +1,16 @@
 ; The installer, for one user and without administrator rights: makensis with VERSION, PROGRAMS (the
 ; folder of what is installed), LISTS (file lists made of it) and OUTPUT.
-Unicode true
+; As 64-bit as what it installs.
+Target amd64-unicode
 SetCompressor /SOLID lzma
 !include "LogicLib.nsh"
 !include "MUI2.nsh"
-!include "x64.nsh"
 
 !define KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Quellix"
 !define RUN_KEY "Software\Microsoft\Windows\CurrentVersion\Run"
 
 Name "Quellix"
+BrandingText "Quellix ${VERSION}"
 OutFile "${OUTPUT}"
 RequestExecutionLevel user
 InstallDir "$LOCALAPPDATA\Programs\Quellix"
@@ -58,11 +59,6 @@ FunctionEnd
 !insertmacro CloseRunning "un."
 
 Function .onInit
-  ${IfNot} ${RunningX64}
-    MessageBox MB_OK|MB_ICONSTOP "Quellix is for 64-bit Windows." /SD IDOK
-    SetErrorLevel 1
-    Abort
-  ${EndIf}
   Call CloseRunning
 FunctionEnd
 
