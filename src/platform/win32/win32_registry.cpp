@@ -1,6 +1,7 @@
 #include "platform/win32/win32_registry.h"
 
 #include <windows.h>
+#include <winternl.h>
 
 #include <algorithm>
 #include <vector>
@@ -50,6 +51,18 @@ bool IsPerformanceData(HKEY key) {
 // The calls by name end at a NUL and would reach another value.
 bool HasNul(std::string_view name) { return name.find('\0') != std::string_view::npos; }
 
+bool IsAtOrBelow(std::string_view top, std::string_view key) {
+  return key.size() >= top.size() && EqualsNoCase(key.substr(0, top.size()), top) &&
+         (key.size() == top.size() || key[top.size()] == '\\');
+}
+
+// A call of the kernel for which there is no import.
+template <typename Call>
+Call KernelCall(const char* name) {
+  return reinterpret_cast<Call>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
+}
+
 // What the kernel calls a predefined key, which is no handle of its own.
 std::string TrueNameOf(HKEY key);
 std::string TrueNameOfPredefined(HKEY key) {
@@ -69,9 +82,8 @@ std::string TrueNameOf(HKEY key) {
       key == HKEY_CURRENT_USER) {
     return TrueNameOfPredefined(key);
   }
-  using QueryKey = LONG(WINAPI*)(HANDLE, int, void*, ULONG, ULONG*);
-  static const auto query = reinterpret_cast<QueryKey>(
-      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryKey")));
+  static const auto query =
+      KernelCall<LONG(WINAPI*)(HANDLE, int, void*, ULONG, ULONG*)>("NtQueryKey");
   constexpr int kNameInformation = 3;
   std::vector<ULONG> buffer(16384);  // first the bytes of the name, which follows
   ULONG used = 0;
@@ -83,8 +95,37 @@ std::string TrueNameOf(HKEY key) {
   return Narrow({name, buffer[0] / sizeof(wchar_t)});
 }
 
-// Of the machine of another user only what is his own may be changed.
-enum class Whose { kOwn, kOthers };
+// Who runs the program may change what Windows lets him. Of the machine of another user only what
+// is that user's own is changed, wherever the links lead that he may have made.
+enum class Whose { kUnchecked, kOwn, kOthers };
+
+struct Ownership {
+  Whose whose = Whose::kUnchecked;
+  std::vector<std::string> tops = {};  // for kOwn: true names, all at or below which is his own
+};
+
+// That of a key below HKEY_USERS, or elsewhere, by its name alone. `own`: his keys below
+// HKEY_USERS, "" for none; the first is "" for who runs the program.
+Ownership OwnershipOf(const KeyHome& place, std::initializer_list<std::string_view> own) {
+  if (own.begin()->empty()) return {};
+  Ownership owner{Whose::kOthers};
+  for (const std::string_view top : own) {
+    if (top.empty()) continue;
+    owner.tops.push_back(TrueNameOf(HKEY_USERS).append("\\").append(top));
+    if (place.root == RegistryRoot::kUsers && IsAtOrBelow(top, place.key))
+      owner.whose = Whose::kOwn;
+  }
+  return owner;
+}
+
+// That of an open key, which was opened below one of that ownership.
+Ownership OwnershipOf(HKEY key, const Ownership& above) {
+  if (above.whose != Whose::kOwn) return {above.whose};
+  const std::string name = TrueNameOf(key);
+  const bool is_own = std::ranges::any_of(
+      above.tops, [&name](const std::string& top) { return IsAtOrBelow(top, name); });
+  return is_own ? Ownership{Whose::kOwn, {name}} : Ownership{Whose::kOthers};
+}
 
 [[noreturn]] void RefuseOthers(std::string_view path) {
   throw Error(Error::Kind::kDenied,
@@ -95,8 +136,8 @@ enum class Whose { kOwn, kOthers };
 
 class Win32Key : public RegistryKey {
  public:
-  Win32Key(UniqueKey key, std::string path, Whose whose)
-      : key_(std::move(key)), path_(std::move(path)), whose_(whose) {}
+  Win32Key(UniqueKey key, std::string path, Ownership owner)
+      : key_(std::move(key)), path_(std::move(path)), owner_(std::move(owner)) {}
 
   std::unique_ptr<RegistryKey> Open(std::string_view path, RegistryAccess access) override;
   std::optional<RegistryValue> QueryValue(std::string_view name) override;
@@ -112,7 +153,13 @@ class Win32Key : public RegistryKey {
   // here would stop the whole system for a moment at each key.
   void Flush() override {}
 
+  std::unique_ptr<RegistryKey> CreateBelow(std::string_view path);
+
  private:
+  void RequireOwn(std::string_view path) const {
+    if (owner_.whose == Whose::kOthers) RefuseOthers(path);
+  }
+  LSTATUS Remove(std::string_view path, Win32Key& child);
   void Check(LSTATUS status, std::string_view action) const {
     if (status != ERROR_SUCCESS) {
       throw WindowsError(static_cast<DWORD>(status), action, "the registry key " + path_);
@@ -121,12 +168,12 @@ class Win32Key : public RegistryKey {
 
   UniqueKey key_;
   std::string path_;  // for messages
-  Whose whose_;
+  Ownership owner_;
   std::vector<wchar_t> name_;
 };
 
 std::unique_ptr<Win32Key> OpenBelow(HKEY parent, std::string_view path, REGSAM rights,
-                                    Whose whose) {
+                                    const Ownership& above) {
   const std::string_view plain = WithoutBackslash(path);
   UniqueKey key;
   const LSTATUS status = RegOpenKeyExW(parent, Wide(plain).c_str(), 0, rights, key.Put());
@@ -135,12 +182,27 @@ std::unique_ptr<Win32Key> OpenBelow(HKEY parent, std::string_view path, REGSAM r
     throw WindowsError(static_cast<DWORD>(status), "open",
                        "the registry key " + std::string(plain));
   }
-  return std::make_unique<Win32Key>(std::move(key), std::string(plain), whose);
+  Ownership owner = OwnershipOf(key.Get(), above);
+  if (owner.whose == Whose::kOthers && rights != KEY_READ) RefuseOthers(plain);
+  return std::make_unique<Win32Key>(std::move(key), std::string(plain), std::move(owner));
+}
+
+std::unique_ptr<Win32Key> MakeBelow(HKEY parent, std::string_view path, const Ownership& above) {
+  UniqueKey key;
+  const LSTATUS status =
+      RegCreateKeyExW(parent, Wide(path).c_str(), 0, nullptr, 0, Rights(RegistryAccess::kWrite),
+                      nullptr, key.Put(), nullptr);
+  if (status != ERROR_SUCCESS) {
+    throw WindowsError(static_cast<DWORD>(status), "make", "the registry key " + std::string(path));
+  }
+  Ownership owner = OwnershipOf(key.Get(), above);
+  if (owner.whose == Whose::kOthers) RefuseOthers(path);
+  return std::make_unique<Win32Key>(std::move(key), std::string(path), std::move(owner));
 }
 
 std::unique_ptr<RegistryKey> Win32Key::Open(std::string_view path, RegistryAccess access) {
-  if (whose_ == Whose::kOthers && access == RegistryAccess::kWrite) RefuseOthers(path);
-  return OpenBelow(key_.Get(), path, Rights(access), whose_);
+  if (access == RegistryAccess::kWrite) RequireOwn(path);
+  return OpenBelow(key_.Get(), path, Rights(access), owner_);
 }
 
 std::optional<RegistryValue> Win32Key::QueryValue(std::string_view name) {
@@ -212,6 +274,7 @@ std::string Win32Key::TrueName() { return TrueNameOf(key_.Get()); }
 
 // Windows counts a NUL that happens to stand behind a text in memory to the text; so none does.
 void Win32Key::SetValue(std::string_view name, const RegistryValue& value) {
+  RequireOwn(path_);
   if (HasNul(name)) throw WindowsError(ERROR_INVALID_PARAMETER, "write", path_);
   const std::string bytes = value.bytes + "\xFF\xFF";
   Check(RegSetValueExW(key_.Get(), Wide(name).c_str(), 0, value.type,
@@ -221,6 +284,7 @@ void Win32Key::SetValue(std::string_view name, const RegistryValue& value) {
 }
 
 bool Win32Key::DeleteValue(std::string_view name) {
+  RequireOwn(path_);
   if (HasNul(name)) return false;
   const LSTATUS status = RegDeleteValueW(key_.Get(), Wide(name).c_str());
   if (MeansMissing(status)) return false;
@@ -234,14 +298,28 @@ bool Win32Key::DeleteSubKey(std::string_view path) {
   const std::string_view plain = WithoutBackslash(path);
   if (plain.empty()) throw WindowsError(ERROR_ACCESS_DENIED, "remove", path_);
   if (IsLink(plain)) throw WindowsError(ERROR_ACCESS_DENIED, "remove the link", plain);
-  if (whose_ == Whose::kOthers) RefuseOthers(plain);
-  const auto child = OpenBelow(key_.Get(), plain, KEY_READ | DELETE, whose_);
+  RequireOwn(plain);
+  const auto child = OpenBelow(key_.Get(), plain, KEY_READ | DELETE, owner_);
   if (!child) return false;
   if (child->SubKeyAt(0)) throw WindowsError(ERROR_DIR_NOT_EMPTY, "remove", plain);
-  const LSTATUS status = RegDeleteKeyW(key_.Get(), Wide(plain).c_str());
+  const LSTATUS status = Remove(plain, *child);
   if (MeansMissing(status)) return false;
   Check(status, "change");
   return true;
+}
+
+// By its name another user could have it lead elsewhere by now.
+LSTATUS Win32Key::Remove(std::string_view path, Win32Key& child) {
+  if (owner_.whose != Whose::kOwn) return RegDeleteKeyW(key_.Get(), Wide(path).c_str());
+  static const auto remove = KernelCall<LONG(WINAPI*)(HANDLE)>("NtDeleteKey");
+  const LONG status = remove(child.key_.Get());
+  return static_cast<LSTATUS>(RtlNtStatusToDosError(status));
+}
+
+// A link to nothing would have its target made.
+std::unique_ptr<RegistryKey> Win32Key::CreateBelow(std::string_view path) {
+  if (IsLink(path.substr(0, path.find('\\')))) RefuseOthers(path);
+  return MakeBelow(key_.Get(), path, owner_);
 }
 
 }  // namespace
@@ -258,20 +336,10 @@ KeyHome Win32Registry::Place(RegistryRoot root, std::string_view path) const {
   if (root == RegistryRoot::kClassesRoot)
     return {RegistryRoot::kLocalMachine, below(std::string(kClasses), plain)};
   if (root != RegistryRoot::kCurrentUser) return {root, std::move(plain)};
-  const bool is_class = EqualsNoCase(plain.substr(0, kClasses.size()), kClasses) &&
-                        (plain.size() == kClasses.size() || plain[kClasses.size()] == '\\');
+  const bool is_class = IsAtOrBelow(kClasses, plain);
   if (!is_class || classes_.empty()) return {RegistryRoot::kUsers, below(user_, plain)};
   const std::string rest = plain.size() > kClasses.size() ? plain.substr(kClasses.size() + 1) : "";
   return {RegistryRoot::kUsers, below(classes_, rest)};
-}
-
-bool Win32Registry::IsOwn(const KeyHome& place) const {
-  if (user_.empty()) return true;
-  const auto holds = [&place](std::string_view top) {
-    return !top.empty() && EqualsNoCase(place.key.substr(0, top.size()), top) &&
-           (place.key.size() == top.size() || place.key[top.size()] == '\\');
-  };
-  return place.root == RegistryRoot::kUsers && (holds(user_) || holds(classes_) || holds(lasting_));
 }
 
 KeyHome Win32Registry::LastingName(RegistryRoot root, std::string_view key) {
@@ -282,24 +350,26 @@ KeyHome Win32Registry::LastingName(RegistryRoot root, std::string_view key) {
 std::unique_ptr<RegistryKey> Win32Registry::Open(RegistryRoot root, std::string_view path,
                                                  RegistryAccess access) {
   const KeyHome place = Place(root, path);
-  const bool is_own = IsOwn(place);
-  if (access == RegistryAccess::kWrite && !is_own) RefuseOthers(place.key);
-  return OpenBelow(Predefined(place.root), place.key, Rights(access),
-                   is_own ? Whose::kOwn : Whose::kOthers);
+  const Ownership owner = OwnershipOf(place, {user_, classes_, lasting_});
+  if (access == RegistryAccess::kWrite && owner.whose == Whose::kOthers) RefuseOthers(place.key);
+  return OpenBelow(Predefined(place.root), place.key, Rights(access), owner);
 }
 
+// For another user it is made below the nearest key that is there, once that was seen to be his,
+// which HKEY_USERS itself never is.
 std::unique_ptr<RegistryKey> Win32Registry::Create(RegistryRoot root, std::string_view path) {
   const KeyHome place = Place(root, path);
-  const std::string& plain = place.key;
-  if (!IsOwn(place)) RefuseOthers(plain);
-  UniqueKey key;
-  const LSTATUS status =
-      RegCreateKeyExW(Predefined(place.root), Wide(plain).c_str(), 0, nullptr, 0,
-                      Rights(RegistryAccess::kWrite), nullptr, key.Put(), nullptr);
-  if (status != ERROR_SUCCESS) {
-    throw WindowsError(static_cast<DWORD>(status), "make", "the registry key " + plain);
+  const HKEY top = Predefined(place.root);
+  const Ownership owner = OwnershipOf(place, {user_, classes_, lasting_});
+  if (owner.whose == Whose::kUnchecked) return MakeBelow(top, place.key, owner);
+  if (auto key = Open(root, path, RegistryAccess::kWrite)) return key;
+  std::string_view above = place.key;
+  std::unique_ptr<Win32Key> nearest;
+  while (!nearest) {
+    above = WithoutBackslash(FolderPart(above));
+    nearest = OpenBelow(top, above, KEY_READ | KEY_CREATE_SUB_KEY, owner);
   }
-  return std::make_unique<Win32Key>(std::move(key), plain, Whose::kOwn);
+  return nearest->CreateBelow(std::string_view(place.key).substr(above.size() + 1));
 }
 
 }  // namespace quellix

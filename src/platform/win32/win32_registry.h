@@ -9,7 +9,7 @@ class Win32Registry : public Registry {
  public:
   Win32Registry() = default;
   // With HKEY_CURRENT_USER as another user has it, and everything else for reading alone (else
-  // kDenied): keys below HKEY_USERS, `classes` "" for none.
+  // kDenied), also where his links lead to it: keys below HKEY_USERS, `classes` "" for none.
   // `lasting`: the key that is his own whenever he is logged on.
   Win32Registry(std::string user, std::string classes, std::string lasting)
       : user_(std::move(user)), classes_(std::move(classes)), lasting_(std::move(lasting)) {}
@@ -22,8 +22,6 @@ class Win32Registry : public Registry {
  private:
   // Where that is in the registry as the system has it.
   KeyHome Place(RegistryRoot root, std::string_view path) const;
-  // Whether it may be changed.
-  bool IsOwn(const KeyHome& place) const;
 
   std::string user_, classes_, lasting_;  // "" for who runs the program
 };

@@ -1,6 +1,9 @@
 #include <cstdlib>
+#include <cstring>
+#include <functional>
 
 #include "backup/registry_undo.h"
+#include "platform/win32/win32_registry.h"
 #include "platform/win32/win32_text.h"
 #include "plugins/mod_plugin.h"
 #include "registry_tools/mod_registry.h"
@@ -25,16 +28,16 @@ TEST_F(Win32RegistryTest, KeysThatStandForPerformanceDataAreNoError) {
   }
 }
 
-// Makes a key of the user a link to one of the machine; its removal needs the system's own call.
+// Makes a key of the user a link to another by its true name; its removal needs the system's own
+// call.
 class KeyLink {
  public:
   KeyLink(const std::wstring& path, const std::wstring& target) {
     RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, REG_OPTION_CREATE_LINK,
                     KEY_ALL_ACCESS, nullptr, &key_, nullptr);
-    const std::wstring full = L"\\Registry\\Machine\\" + target;
     status_ = RegSetValueExW(key_, L"SymbolicLinkValue", 0, REG_LINK,
-                             reinterpret_cast<const BYTE*>(full.data()),
-                             static_cast<DWORD>(full.size() * sizeof(wchar_t)));
+                             reinterpret_cast<const BYTE*>(target.data()),
+                             static_cast<DWORD>(target.size() * sizeof(wchar_t)));
   }
   ~KeyLink() {
     const auto remove = reinterpret_cast<LONG(NTAPI*)(HANDLE)>(
@@ -50,6 +53,8 @@ class KeyLink {
   HKEY key_ = nullptr;
   LSTATUS status_ = ERROR_GEN_FAILURE;
 };
+
+const std::string kMachineName = "\\Registry\\Machine\\";
 
 // Sets a value whose name has a NUL in it, which only the system's own call can.
 void SetNulValue(const std::wstring& path, std::wstring name, const std::wstring& text) {
@@ -101,7 +106,7 @@ TEST_F(Win32RegistryTest, WhatALinkLeadsToIsNeitherDeletedNorKept) {
     SCOPED_TRACE(place);
     const std::string top = tree + (*place ? "" : "\\itself");
     {
-      const KeyLink link(Wide(top + place), Wide(target));
+      const KeyLink link(Wide(top + place), Wide(kMachineName + target));
       ASSERT_TRUE(link.made() && machine->KeyExists(kUser, top + place + "\\below"));
       RegistryUndo undo;
       undo.AddTree(ports.registry, kUser, tree);
@@ -123,7 +128,7 @@ TEST_F(Win32RegistryTest, NoLinkLeadsPastTheGuard) {
   const std::string services = "SYSTEM\\ControlSet001\\Services";
   machine->SetText(kMachine, services + "\\QxProbe", "v", "x");
   machine->SetText(kUser, "Software\\QxLinks", "v", "x");
-  const KeyLink link(L"Software\\QxLinks\\link", Wide(services));
+  const KeyLink link(L"Software\\QxLinks\\link", Wide(kMachineName + services));
   ASSERT_TRUE(link.made() && machine->KeyExists(kUser, "Software\\QxLinks\\link\\QxProbe"));
   for (const bool whole : {false, true}) {
     modPlugin::Plugin plugin;
@@ -136,6 +141,99 @@ TEST_F(Win32RegistryTest, NoLinkLeadsPastTheGuard) {
     EXPECT_EQ(machine->ValueNames(kMachine, services + "\\QxProbe").size(), 1u);
   }
   machine->RemoveRegistryTree(kMachine, services + "\\QxProbe");
+}
+
+// Keys of another user, some of which he has made links, and of one whose name begins with his.
+struct OtherUserLinkTest : RegistryFixture {
+  OtherUserLinkTest() {
+    for (const std::string& key : {users + "-1002", users + "-100\\plain", users + "-100"})
+      machine->SetText(kUser, key + "\\RunMRU", "v", "x");
+    machine->SetText(kMachine, "Software\\QxOthers\\RunMRU", "v", "x");
+    const auto key = ports.registry.Open(kUser, users + "-100", RegistryAccess::kRead);
+    name = key->TrueName();
+  }
+  ~OtherUserLinkTest() override {
+    machine->RemoveRegistryTree(kUser, "Software\\QxUsers");
+    machine->RemoveRegistryTree(kMachine, "Software\\QxOthers");
+  }
+  Win32Registry His() { return {name.substr(std::strlen("\\REGISTRY\\USER\\")), "", ""}; }
+  std::unique_ptr<KeyLink> Link(const std::string& key, const std::string& target) {
+    return std::make_unique<KeyLink>(Wide(users + "-100\\" + key), Wide(target));
+  }
+  RegistryPicture OfOthers() {
+    RegistryPicture picture;
+    Picture(kUser, users + "-1002", picture);
+    Picture(kMachine, "Software\\QxOthers", picture);
+    return picture;
+  }
+
+  const std::string users = "Software\\QxUsers\\S-1-5-21-7-7-7";
+  std::string name;  // of his key
+};
+
+constexpr RegistryAccess kRead = RegistryAccess::kRead, kWrite = RegistryAccess::kWrite;
+
+TEST_F(OtherUserLinkTest, WhatHisLinksLeadToIsReadAndNotChanged) {
+  const struct {
+    const char* name;
+    std::function<void(Registry&)> change;
+  } kRows[] = {
+      {"a value below a link",
+       [](Registry& his) { his.Open(kUser, "above\\RunMRU", kWrite)->DeleteValue("v"); }},
+      {"a value of a link",
+       [](Registry& his) { his.Open(kUser, "list", kWrite)->DeleteValue("v"); }},
+      {"from a key of his",
+       [](Registry& his) { his.Open(kUser, "", kWrite)->Open("list", kWrite)->DeleteValue("v"); }},
+      {"from a link that was read",
+       [](Registry& his) {
+         his.Open(kUser, "above", kRead)->Open("RunMRU", kWrite)->SetValue("v", Text("y"));
+       }},
+      {"a key below a link",
+       [](Registry& his) { his.Open(kUser, "", kWrite)->DeleteSubKey("above\\RunMRU"); }},
+      {"a key of a link that was read",
+       [](Registry& his) { his.Open(kUser, "above", kRead)->DeleteSubKey("RunMRU"); }},
+      {"made below a link", [](Registry& his) { his.Create(kUser, "above\\new\\deep"); }},
+      {"made in a link",
+       [](Registry& his) { his.Create(kUser, "list")->SetValue("w", Text("y")); }},
+      {"made by a link to nothing", [](Registry& his) { his.Create(kUser, "none"); }},
+      {"made below a link to nothing", [](Registry& his) { his.Create(kUser, "none\\new"); }}};
+  Win32Registry his = His();
+  for (const std::string& target : {name + "2", kMachineName + "Software\\QxOthers"}) {
+    const auto above = Link("above", target), list = Link("list", target + "\\RunMRU"),
+               none = Link("none", target + "\\made");
+    const RegistryPicture before = OfOthers();
+    for (const char* key : {"above\\RunMRU", "list"})
+      ASSERT_TRUE(his.Open(kUser, key, kRead)->QueryValue("v")) << key;
+    for (const auto& row : kRows) {
+      EXPECT_THROW(row.change(his), Error) << row.name << " " << target;
+      EXPECT_EQ(OfOthers(), before) << row.name << " " << target;
+    }
+  }
+}
+
+TEST_F(OtherUserLinkTest, HisOwnKeysAreChangedAlsoByLinksAmongThem) {
+  Win32Registry his = His();
+  const auto inner = Link("inner", name + "\\plain");
+  for (const char* key : {"RunMRU", "inner\\RunMRU"}) {
+    EXPECT_TRUE(his.Open(kUser, key, kWrite)->DeleteValue("v")) << key;
+    EXPECT_FALSE(his.Open(kUser, key, kRead)->QueryValue("v")) << key;
+    his.Create(kUser, std::string(key) + "\\new\\deep")->SetValue("w", Text("y"));
+  }
+  const auto list = his.Open(kUser, "RunMRU\\new", kWrite);
+  EXPECT_TRUE(list->DeleteSubKey("deep"));
+  EXPECT_FALSE(list->DeleteSubKey("deep"));
+  EXPECT_TRUE(machine->KeyExists(kUser, users + "-100\\plain\\RunMRU\\new\\deep"));
+  EXPECT_THROW(His().Create(kMachine, "Software\\QxOthers\\new"), Error);
+}
+
+// The links of who runs the program are his own affair.
+TEST_F(OtherUserLinkTest, WhoRunsTheProgramChangesWhatHisLinksLeadTo) {
+  const auto above = Link("above", name + "2");
+  const std::string key = users + "-100\\above\\";
+  ports.registry.Create(kUser, key + "new");
+  EXPECT_TRUE(ports.registry.Open(kUser, key + "RunMRU", kWrite)->DeleteValue("v"));
+  EXPECT_TRUE(machine->KeyExists(kUser, users + "-1002\\new"));
+  EXPECT_TRUE(machine->ValueNames(kUser, users + "-1002\\RunMRU").empty());
 }
 
 class RegImportTest : public RegistryFixture {};
