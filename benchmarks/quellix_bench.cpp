@@ -16,6 +16,7 @@
 #include "registry_bench.h"
 #include "run/removal.h"
 #include "search/search_results.h"
+#include "volumes_bench.h"
 
 namespace quellix {
 namespace {
@@ -240,8 +241,8 @@ void InFolder(const char* name, const std::function<void(const std::filesystem::
 // Both folders are the benchmark's own and are emptied: one for trees of many files, best in
 // memory, where the programs are measured rather than the disk; one on a disk, for what is written
 // to it. NTFS is a folder on a volume that ntfs-3g mounted, or "" where there is none. With ONE of
-// "trees", "previews", "ntfs", "results", "wipe", "backups", "restores", "registry" and "recipes"
-// that part alone is measured.
+// "trees", "previews", "ntfs", "results", "wipe", "backups", "restores", "registry", "volumes" and
+// "recipes" that part alone is measured.
 int main(int argc, char** argv) {
   if (argc != 4 && argc != 5) {
     std::fprintf(stderr, "usage: quellix_bench TREES DISK NTFS [ONE]\n");
@@ -263,6 +264,7 @@ int main(int argc, char** argv) {
     run("backups", argv[2], [&](const auto& home) { quellix::MeasureBackups(home, table); });
     run("restores", argv[1], [&](const auto& home) { quellix::MeasureRestores(home, table); });
     run("registry", argv[1], [&](const auto& home) { quellix::MeasureRegistry(home, table); });
+    run("volumes", argv[1], [&](const auto& home) { quellix::MeasureVolumes(home, table); });
     run("recipes", argv[1], [&](const auto& home) { quellix::MeasureRecipes(home, table); });
     return table.ExitCode();
   } catch (const std::exception& error) {
