@@ -131,6 +131,9 @@ TEST_F(VolumesCommand, PlacesWithoutWindowsAndDisksAreNamedForWhatTheyAre) {
   ExpectTold({{"BitLocker", holds("\xEB\x58\x90-FVE-FS-" + sector_), "encrypted with BitLocker"},
               {"an NTFS", holds("\xEB\x52\x90NTFS    " + sector_), "mount -t ntfs-3g -o loop,ro"},
               {"a disk", holds(std::string(510, '\0') + "\x55\xAA"), "losetup"},
+              {"a qcow2", holds("QFI\xFB" + sector_), "qemu-nbd --format=qcow2 " + image},
+              {"a VHDX", holds("vhdxfile" + sector_), "qemu-nbd --format=vhdx "},
+              {"a VDI", holds(std::string(64, 'x') + "\x7F\x10\xDA\xBE" + sector_), "=vdi "},
               {"something else", holds("text"), "no disk that is known"}},
              {image}, 1);
 }

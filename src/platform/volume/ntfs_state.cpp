@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 #include "platform/volume/hive_format.h"
 #include "platform/volume/unique_fd.h"
@@ -55,6 +56,22 @@ bool IsDirty(std::string_view record) {
   return false;
 }
 
+// By the marks that the published formats begin with; a VDI's follows its free text.
+std::string VirtualFormat(std::string_view start) {
+  struct Mark {
+    size_t at;
+    std::string_view text;
+    const char* format;
+  };
+  static constexpr Mark kMarks[] = {{0, "QFI\xFB", "qcow2"}, {0, "vhdxfile", "vhdx"},
+                                    {0, "KDMV", "vmdk"},     {0, "# Disk Descriptor", "vmdk"},
+                                    {0, "conectix", "vpc"},  {64, "\x7F\x10\xDA\xBE", "vdi"}};
+  for (const Mark& mark : kMarks) {
+    if (start.substr(mark.at).starts_with(mark.text)) return mark.format;
+  }
+  return {};
+}
+
 }  // namespace
 
 DiskState LookAtDisk(const std::string& file) {
@@ -63,6 +80,8 @@ DiskState LookAtDisk(const std::string& file) {
   if (!fd) return {.is_hidden = errno == EACCES || errno == EPERM};
   const std::string boot = ReadAt(fd.get(), 0, kSector);
   if (boot.size() < kSector) return {};
+  if (std::string format = VirtualFormat(boot); !format.empty())
+    return {.kind = Kind::kVirtual, .format = std::move(format)};
   const std::string_view maker = std::string_view(boot).substr(3, 8);
   if (maker == "-FVE-FS-") return {Kind::kBitLocker, false};
   try {

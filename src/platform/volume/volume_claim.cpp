@@ -85,7 +85,7 @@ bool IsInUse(VolumeFileSystem& files, const std::string& windows_folder,
   return AreLocked(locked);
 }
 
-std::string HowToMount(const std::string& place, bool is_file, DiskState state) {
+std::string HowToMount(const std::string& place, bool is_file, const DiskState& state) {
   if (state.is_hidden) return kHidden;
   const std::string loop = is_file ? "loop," : "";
   switch (state.kind) {
@@ -99,6 +99,10 @@ std::string HowToMount(const std::string& place, bool is_file, DiskState state) 
       return "It is a disk with partitions. Show them as devices: losetup --find --show "
              "--partscan " +
              place;
+    case DiskState::Kind::kVirtual:
+      return "It is a virtual machine's disk. Show it as a plain one, DIR/nbd: nbdfuse DIR "
+             "--socket-activation qemu-nbd --format=" +
+             state.format + " " + place;
     case DiskState::Kind::kUnknown:
       break;
   }
