@@ -201,6 +201,18 @@ TEST_F(BrowsersTest, HistoryGoesAndBookmarksWithTheirIconsStay) {
   }
 }
 
+TEST_F(BrowsersTest, PagesThatWereVisitedAsWellOutliveTheListOfDownloads) {
+  const std::string profile = firefox + "\\Profiles\\p.default-release";
+  MakeProfile(profile);
+  MakeDatabase(profile + "\\places.sqlite",
+               std::string(kPlaces) +
+                   "INSERT INTO moz_historyvisits(place_id, visit_date, "
+                   "visit_type) VALUES (2, 65, 7);");
+  RunTwice(profile, {"CleanMozillaDownloads"});
+  EXPECT_EQ(Query(profile + "\\places.sqlite", "SELECT id, last_visit_date FROM moz_places", 2),
+            "1|50\n2|60\n4|40\n");
+}
+
 TEST_F(BrowsersTest, ProfilesAreFoundWhereverTheyAre) {
   machine->MakeFile(
       firefox + "\\profiles.ini",

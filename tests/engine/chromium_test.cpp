@@ -160,6 +160,16 @@ TEST_F(ChromiumTest, WhatAddOnsShareWithSitesStaysAsLongAsThereAreAddOns) {
   EXPECT_EQ(engine.state().StayedCount, 0);
 }
 
+TEST_F(ChromiumTest, ADatabaseThatIsKeptKeepsWhatItsBrowserHadNotWrittenYet) {
+  const std::string profile = chrome + "\\Default";
+  MakeProfile(profile);
+  WriteOwn("keep.txt", profile + "\\Login Data\r\n");
+  const Picture before = PictureOf(chrome);
+  EXPECT_TRUE(machine->Exists(profile + "\\Login Data-wal"));
+  Clean({"chrome:passwords"});
+  EXPECT_EQ(PictureOf(chrome), before);
+}
+
 TEST_F(ChromiumTest, ARunningBrowserIsToldAndLeftWhole) {
   MakeProfile(chrome + "\\Default");
   machine->MakeFile(chrome + "\\lockfile", "");

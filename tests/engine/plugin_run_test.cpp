@@ -6,6 +6,7 @@
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
 #include "plugins/recipe_keys.h"
+#include "support/forwarding_files.h"
 #include "support/plugin_fixture.h"
 
 namespace quellix {
@@ -42,6 +43,24 @@ struct PluginRunTest : PluginFixture {
     EXPECT_FALSE(Holds(log, " is not cleaned: "));
   }
 };
+
+// By whoever may rename what lies above it.
+TEST_F(PluginRunTest, AFolderThatHasBecomeAnotherByTheTimeItIsOpenedIsJudgedAgain) {
+  MakeFiles(scratch, "harmless\\kept");
+  int opened = 0;
+  ForwardingFiles files(ports.files, [&](const std::string& path, std::unique_ptr<Folder> folder) {
+    const bool is_other = path == scratch + "harmless\\" && ++opened > 1;
+    return is_other ? ports.files.OpenFolder(plugins_folder) : std::move(folder);
+  });
+  const Machine swapped = WithFiles(ports, files);
+  CleaningContext swapped_context{swapped, settings, engine.state(), view, mod_zip};
+  WriteRecipe("dear.cdp", "the program's own");
+  modPlugin::RunRecords(swapped_context, modPlugin::ParsePlugin(Text("\r\nF|Yes|Yes|" + scratch +
+                                                                     "harmless\\*.*\r\n")));
+  EXPECT_GT(opened, 1);
+  EXPECT_TRUE(machine->Exists(plugins_folder + "dear.cdp"));
+  EXPECT_TRUE(Holds(engine.state().RunLog, "it belongs to this program"));
+}
 
 TEST_F(PluginRunTest, SixKindsOfRecordsRemoveExactlyWhatTheyName) {
   MakeFiles(

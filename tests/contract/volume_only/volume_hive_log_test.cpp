@@ -166,6 +166,7 @@ TEST_F(DirtyHive, AHiveThatWasClosedIsWrittenUnlessALogHasMore) {
   const std::tuple<const char*, std::vector<std::string>, bool> kRows[] = {
       {"no logs", {}, true},
       {"what it has already", {Log(Entry(0, sequence_))}, true},
+      {"of its own number, with more", {Log(Entry(0, sequence_))}, false},
       {"a broken entry", {Log(Broken(Entry(0), 600))}, true},
       {"a later entry", {Log(Entry(0))}, false},
       {"a later entry in the second log", {"", Log(Entry(0))}, false}};
