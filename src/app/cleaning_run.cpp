@@ -10,6 +10,7 @@
 #include "app/system_cleaning.h"
 #include "backup/expiry.h"
 #include "cleaners/junk_cleaners.h"
+#include "cleaners/named_places.h"
 #include "cleaners/volume_items.h"
 #include "platform/error.h"
 #include "platform/text.h"
@@ -203,6 +204,8 @@ std::vector<SystemCleaner> TickedCleaners(const Machine& machine, const NameTick
 // What ends a run.
 void CleanOthers(CleaningContext& context, const OtherChoices& choices,
                  FreeSpaceCheck& free_space) {
+  if (!choices.paths.empty()) CleanNamed(context, choices.paths);
+  if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
   for (const BrowserChoice& choice : choices.browsers) {
     CleanBrowser(context, choice);
     if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "app/selection.h"
@@ -27,7 +28,10 @@ struct OtherChoices {
   std::vector<BrowserChoice> browsers = {};
   std::vector<modPlugin::RecipeChoice> recipes = {};
   std::vector<SystemCleaner> cleaners = {};
-  int Count() const { return static_cast<int>(browsers.size() + recipes.size() + cleaners.size()); }
+  std::vector<std::string> paths = {};  // of files and folders that somebody named
+  int Count() const {
+    return static_cast<int>(browsers.size() + recipes.size() + cleaners.size() + paths.size());
+  }
 };
 // Cleans that alone, likewise.
 void RunOthers(CleaningContext& context, const OtherChoices& choices);

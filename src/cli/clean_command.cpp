@@ -27,9 +27,6 @@ const std::map<std::string, Group> kGroups = {{"files", Group::kFolderFiles},
                                               {"internet", Group::kInternet},
                                               {"firefox", Group::kFirefox}};
 
-const std::map<std::string, int16_t> kMethods = {
-    {"backup", kBackUp}, {"delete", kDelete}, {"recycle", kRecycle}, {"wipe", kWipe}};
-
 std::string NameOf(Group group) {
   return std::ranges::find(kGroups, group, [](const auto& row) { return row.second; })->first;
 }
@@ -139,7 +136,7 @@ int Clean(const CleanOptions& options, const ReportOptions& report_options,
     return Fail("it cannot be read what is ticked in the window.", kFailed);
   const std::string problem = SelectItems(options, platform, engine.selection());
   if (!problem.empty()) return Fail(problem, kWrongUsage);
-  if (!options.method.empty()) engine.state().FixedRemovalMode = kMethods.at(options.method);
+  if (!options.method.empty()) engine.state().FixedRemovalMode = MethodOf(options.method);
   if (options.older_than >= 0)
     engine.state().FixedOlderThanDays = static_cast<int16_t>(options.older_than);
   const int16_t method =
@@ -180,8 +177,7 @@ void AddCleanCommands(ConsoleCommands& commands) {
   commands.Changes(clean);
   AddChoice(clean, *options);
   commands.AddReport(clean);
-  clean.add_option("--method", options->method, "How files are removed (else as the settings say)")
-      ->check(OneOf(kMethods));
+  AddMethod(clean, options->method);
   clean
       .add_option("--older-than", options->older_than,
                   "Leave files of folders that were written in so many days")

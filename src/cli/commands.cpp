@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "platform/error.h"
+#include "settings/removal_options.h"
 
 namespace quellix {
 namespace {
@@ -11,6 +12,9 @@ namespace {
 // Headings in the help.
 constexpr const char* kMachine = "The machine";
 constexpr const char* kOutput = "The output";
+
+const std::map<std::string, int16_t> kMethods = {
+    {"backup", kBackUp}, {"delete", kDelete}, {"recycle", kRecycle}, {"wipe", kWipe}};
 
 }  // namespace
 
@@ -129,6 +133,13 @@ void ConsoleCommands::AddMachineOptions(CLI::App& command) {
                 "Leave the originals of changed registry hives beside them, as NAME.quellix-old")
       ->group(kMachine);
 }
+
+void AddMethod(CLI::App& command, std::string& method) {
+  command.add_option("--method", method, "How files are removed (else as the settings say)")
+      ->check(OneOf(kMethods));
+}
+
+int16_t MethodOf(const std::string& method) { return kMethods.at(method); }
 
 int Fail(std::string_view sentence, ExitCode code) {
   std::cerr << "quellixctl: " << sentence << std::endl;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
@@ -84,6 +85,10 @@ CLI::IsMember OneOf(const Table& table) {
   return CLI::IsMember(names);
 }
 
+// --method, how files are removed; and what its word means.
+void AddMethod(CLI::App& command, std::string& method);
+int16_t MethodOf(const std::string& method);
+
 // Each in a file of its own.
 void AddCleanCommands(ConsoleCommands& commands);      // items, clean
 void AddBrowserCommands(ConsoleCommands& commands);    // browsers list, clean
@@ -92,6 +97,7 @@ void AddPluginCommands(ConsoleCommands& commands);     // plugins list, check, p
 void AddRecipeCommands(ConsoleCommands& commands);     // recipes list, check, preview, process...
 void AddCacheCommands(ConsoleCommands& commands);      // cache list, delete
 void AddSearchCommand(ConsoleCommands& commands);      // search
+void AddRemoveCommand(ConsoleCommands& commands);      // remove
 void AddKeepCommands(ConsoleCommands& commands);       // keep list, add, remove
 void AddWindowsCommands(ConsoleCommands& commands);    // windows list, preview, process
 void AddRegistryCommand(ConsoleCommands& commands);    // registry

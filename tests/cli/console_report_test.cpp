@@ -103,6 +103,8 @@ const struct {
     {"plugins process", {"plugins", "process", "qx"}, 1},
     {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 5},
     {"clean", {"clean", "--item", "CleanTempFiles", "CleanRunMRU"}, 1},
+    {"remove", {"remove", "LIST", "--preview"}, 1},
+    {"remove", {"remove", "LIST", "--method", "wipe"}, 1},
     {"backup list", {"backup", "list"}, 2}};
 
 TEST_F(ConsoleReportTest, EveryReportIsAsPublishedAndThePrintedOneIsTheSame) {
@@ -110,7 +112,8 @@ TEST_F(ConsoleReportTest, EveryReportIsAsPublishedAndThePrintedOneIsTheSame) {
   Run({"recipes", "preview", "qx"});  // a person sees it
   for (const auto& row : kCommandRows) {
     const std::string file = ReportFile(".json");
-    const auto arguments = With(row.arguments, {"--json", "--report", file});
+    auto arguments = With(row.arguments, {"--json", "--report", file});
+    std::ranges::replace(arguments, "LIST", scratch + "list");
     const bool needs_machine = row.command != "items";
     const ProgramResult result = needs_machine ? Run(arguments) : RunQuellixctl(arguments);
     SCOPED_TRACE(::testing::PrintToString(arguments) + result.output);
