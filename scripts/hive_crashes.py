@@ -157,7 +157,7 @@ class Crash:
             runs.append((at, size))
         return runs
 
-    def entry(self, step, sequence=None):
+    def entry(self, step, sequence=None, bins=None):
         """The log entry that makes a step out of the one before."""
         after = self.steps[step]
         places = self.cut(self.steps[step - 1], after)
@@ -166,7 +166,7 @@ class Crash:
         parts += bytes(-(40 + len(parts)) % SECTOR)
         sequence = self.begin + step - 1 if sequence is None else sequence
         head = struct.pack("<4s5IQ", b"HvLE", 40 + len(parts), self.dice.randrange(2), sequence,
-                           len(after), len(places), marvin32(parts))
+                           bins or len(after), len(places), marvin32(parts))
         return head + struct.pack("<Q", marvin32(head)) + parts
 
     def log_base(self, sequence, **fields):
@@ -174,7 +174,7 @@ class Crash:
 
     def log(self, first, end):
         """A log of the steps from `first` to before `end`."""
-        base = self.log_base(self.begin + first - 1, type=NEW_LOG, size=len(self.steps[first]))
+        base = self.log_base(self.begin + first - 1, type=NEW_LOG, size=len(self.steps[first - 1]))
         return base + b"".join(self.entry(step) for step in range(first, end))
 
     def vector_log(self, before=0):
@@ -186,7 +186,8 @@ class Crash:
         bits = sum(1 << at // SECTOR for at in dirty)
         vector = b"DIRT" + bits.to_bytes(len(after) // SECTOR // 8, "little")
         vector += bytes(-len(vector) % SECTOR)
-        base = self.log_base(field(self.base, "first"), type=OLD_LOG, size=len(after))
+        sequence = self.begin - self.dice.randrange(2)  # since Windows Vista, and before
+        base = self.log_base(sequence, type=OLD_LOG, size=len(after))
         return base + vector + b"".join(after[at:at + SECTOR] for at in dirty)
 
     def old_log(self):
@@ -195,9 +196,10 @@ class Crash:
         return self.log_base(sequence, type=NEW_LOG) + self.entry(1, sequence)
 
     def names(self, *logs):
-        """Puts the logs beside the hive in either order."""
-        names = self.dice.sample(["LOG1", "LOG2"], 2)
-        self.logs = {name: log for name, log in zip(names, logs) if log is not None}
+        """Puts the logs beside the hive in either order, named as one Windows or another does."""
+        names = self.dice.sample([1, 2], 2)
+        stem = self.dice.choice(["NTUSER.DAT.LOG", "ntuser.dat.LOG"])
+        self.logs = {stem + str(name): log for name, log in zip(names, logs) if log is not None}
 
     def write_half(self):
         """Some of the pages have reached the hive itself."""
@@ -249,6 +251,13 @@ def wrong_hash(crash):
     entry = bytearray(crash.entry(step))
     entry[crash.dice.randrange(8, len(entry))] ^= 1 << crash.dice.randrange(8)
     crash.names(crash.log(1, step) + bytes(entry) + crash.log(step, crash.last + 1)[SECTOR:], beside(crash))
+    return step - 1
+
+
+def odd_size(crash):
+    step = crash.dice.randrange(2, crash.last + 1)
+    odd = crash.entry(step, bins=len(crash.steps[step]) + SECTOR)
+    crash.names(crash.log(1, step) + odd + crash.log(step + 1, crash.last + 1)[SECTOR:], beside(crash))
     return step - 1
 
 
@@ -315,6 +324,12 @@ def vector(crash):
     return crash.last
 
 
+def single_vector_log(crash):
+    crash.logs = {"NTUSER.DAT.LOG": crash.vector_log()}
+    crash.write_half()
+    return crash.last
+
+
 def vector_and_older(crash):
     older = bytearray(crash.vector_log(crash.last - 1))
     older[TIME] ^= 1
@@ -373,6 +388,7 @@ KINDS = {
     "two logs": (two_logs, False),
     "torn entry": (torn_entry, False),
     "wrong hash": (wrong_hash, False),
+    "size of no whole pages": (odd_size, False),
     "entry missing": (entry_missing, False),
     "gap between logs": (gap_between_logs, False),
     "log begins at second number": (begins_at_second_number, False),
@@ -383,6 +399,7 @@ KINDS = {
     "in order, logs carried out": (logs_carried_out, False),
     "in order, newer log": (newer_log, True),
     "dirty vector": (vector, False),
+    "dirty vector in the only log": (single_vector_log, False),
     "dirty vector and older": (vector_and_older, False),
     "dirty vector, broken base block": (vector_and_broken_base, False),
     "no log": (no_log, False),
