@@ -129,10 +129,10 @@ class Crash:
         if dice.random() < 0.2:
             self.add_passing_bin(dice.randrange(1, len(self.steps)))
         self.last = len(self.steps) - 1
-        stored = dice.choice([7, 0x7FFFFFFE, dice.randrange(9, 1 << 31)])
-        self.begin = stored + 1  # the number of the first entry
+        self.stored = dice.choice([7, 0x7FFFFFFE, dice.randrange(9, 1 << 31)])
+        self.begin = self.stored + 1  # the number of the first entry
         self.cut = dice.choice([self.pages, self.runs, self.sectors])
-        self.base = with_fields(read(path)[:PAGE], first=self.begin, second=stored,
+        self.base = with_fields(read(path)[:PAGE], first=self.begin, second=self.stored,
                                 size=len(self.steps[0]))
         self.whole, self.bins, self.logs = self.base, self.steps[0], {}
 
@@ -192,7 +192,7 @@ class Crash:
 
     def old_log(self):
         """A log that was carried out long ago."""
-        sequence = self.begin - self.dice.randrange(4, 7)
+        sequence = self.stored - self.dice.randrange(3, 7)
         return self.log_base(sequence, type=NEW_LOG) + self.entry(1, sequence)
 
     def names(self, *logs):
