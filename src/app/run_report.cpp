@@ -81,6 +81,7 @@ void AppendSummary(CleaningContext& context) {
   log += NotBackedUpLine(state);
   log += KeptLine(state);
   log += LeftToStartLine(state);
+  log += WipedLine(state);
   for (const std::string_view sentence : StayedSentences(state)) {
     log.append("\r\n\r\n").append(sentence);
   }

@@ -115,18 +115,6 @@ std::string SelectItems(const CleanOptions& options, const ConsolePlatform& plat
   return is_empty ? "nothing is chosen." : "";
 }
 
-// No driver lets a file's record and its folder's index be overwritten for certain.
-constexpr const char* kNamesStay =
-    "The contents of wiped files are overwritten; their names may stay readable in the file table "
-    "and "
-    "in folder indexes until something else is written there.\n";
-
-bool HasWiped(const RunState& state) {
-  return std::ranges::any_of(state.Entries->all, [](const RunEntry& entry) {
-    return entry.fate == Fate::kRemoved && entry.way == Way::kWiped;
-  });
-}
-
 int Clean(const CleanOptions& options, const ReportOptions& report_options,
           const ConsolePlatform& platform, const Machine& machine) {
   Report report(report_options);
@@ -146,8 +134,6 @@ int Clean(const CleanOptions& options, const ReportOptions& report_options,
   engine.state().LeavesToStart = options.at_next_start;
   engine.RunCleaning();
   if (options.preview) run.PrintPreview();
-  const bool tells_of_names = platform.works_on_volumes && !options.preview;
-  if (tells_of_names && HasWiped(engine.state())) report.text() << kNamesStay;
   if (engine.state().AbortRequested) std::cerr << run.view().status() << std::endl;
   return report.Finish(TableOfRun("clean", engine.state(), options.preview), run.Outcome());
 }

@@ -24,6 +24,8 @@ void PrintTotals(std::ostream& out, CleaningContext& context) {
   for (const std::string_view sentence : StayedSentences(context.state)) {
     out << sentence << std::endl;
   }
+  const std::string wiped = WipedLine(context.state);
+  if (!wiped.empty()) out << ReplaceNoCase(wiped.substr(4), "\r", "") << std::endl;
   const std::string names = StayedNames(context.state, kNamesSaved);
   if (!names.empty()) out << ReplaceNoCase(names, "\r", "") << std::endl;
 }

@@ -7,6 +7,7 @@
 #include "platform/text.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
+#include "run/stayed.h"
 
 namespace quellix {
 namespace {
@@ -64,7 +65,7 @@ size_t RemoveAll(Engine& engine, std::vector<Find>& finds) {
             << " Space Gained: "
             << FormatSize(state.RunSpaceGained, 2, true,
                           engine.context().machine.system.UserLocale())
-            << std::endl;
+            << ReplaceNoCase(WipedLine(state), "\r", "") << std::endl;
   return stayed;
 }
 

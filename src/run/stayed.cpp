@@ -1,9 +1,11 @@
 #include "run/stayed.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
 #include "platform/text.h"
+#include "platform/wiping_note.h"
 #include "run/in_use.h"
 
 namespace quellix {
@@ -126,6 +128,14 @@ std::string NotBackedUpLine(const RunState& state) {
 std::string KeptLine(const RunState& state) {
   if (state.KeptCount == 0) return {};
   return "\r\nKept by the keep list: " + std::to_string(state.KeptCount);
+}
+
+std::string WipedLine(const RunState& state) {
+  const bool has_wiped = std::ranges::any_of(state.Entries->all, [](const RunEntry& entry) {
+    return entry.fate == Fate::kRemoved && entry.way == Way::kWiped;
+  });
+  const std::string_view note = WipingNote();
+  return !has_wiped || note.empty() ? "" : "\r\n\r\n" + std::string(note);
 }
 
 std::string LeftToStartLine(const RunState& state) {
