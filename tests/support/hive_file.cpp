@@ -18,7 +18,7 @@ constexpr size_t kFirstSequence = 4, kSecondSequence = 8, kChecksum = 508;
 constexpr uint32_t kRootCell = 0x20, kRootSize = 96, kSecurityCell = kRootCell + kRootSize;
 constexpr uint32_t kNone = 0xFFFFFFFF;
 constexpr size_t kSector = 512, kEntryHeader = 40;
-constexpr uint64_t kLogSeed = 14219357686671994754u;  // as documented
+constexpr uint64_t kLogSeed = 0x82EF4D887A4E55C5;
 
 void Put16(std::string& bytes, size_t at, uint16_t value) { std::memcpy(&bytes[at], &value, 2); }
 void Put32(std::string& bytes, size_t at, uint32_t value) { std::memcpy(&bytes[at], &value, 4); }
@@ -146,8 +146,14 @@ std::string HiveLogEntry(unsigned sequence, const std::string& before, const std
   return WithHashes(entry);
 }
 
-std::string HiveLog(const std::string& hive, const std::string& entries) {
-  return LogHeader(hive, 6) + entries;
+std::string HiveLog(const std::string& hive, const std::string& entries, unsigned behind) {
+  std::string header = LogHeader(hive, 6);
+  if (entries.starts_with("HvLE")) {
+    Put32(header, kFirstSequence, Get32(entries, 12));
+    Put32(header, kSecondSequence, Get32(entries, 12) - behind);
+    PutChecksum(header);
+  }
+  return header + entries;
 }
 
 std::string HiveVectorLog(const std::string& before, const std::string& after) {

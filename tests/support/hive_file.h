@@ -17,8 +17,9 @@ void SetHiveDirty(const std::string& file, bool dirty);
 std::string HiveLogEntry(unsigned sequence, const std::string& before, const std::string& after);
 // Entries with the hashes that belong to their bytes, up to what is none.
 std::string WithHashes(std::string entries);
-// A log of such entries that stands beside a hive, whose bytes are given.
-std::string HiveLog(const std::string& hive, const std::string& entries);
+// A log that was begun with the first of such entries and stands beside a hive, whose bytes are
+// given; its writing is as many steps behind its end.
+std::string HiveLog(const std::string& hive, const std::string& entries, unsigned behind = 0);
 // The same as Windows 8 and before wrote it.
 std::string HiveVectorLog(const std::string& before, const std::string& after);
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <map>
 #include <optional>
+#include <span>
 
 #include "platform/volume/hive_check.h"
 #include "platform/volume/hive_format.h"
@@ -20,13 +20,12 @@ constexpr uint32_t kOfHive = 0, kOfVectorLog = 1, kOfOldVectorLog = 2, kOfEntryL
 // Places in an entry.
 constexpr size_t kEntrySize = 4, kEntryFlags = 8, kEntrySequence = 12, kEntryBinsLength = 16,
                  kEntryPages = 20, kEntryHash = 24, kEntryHeadHash = 32, kEntryHeader = 40;
-constexpr uint64_t kSeed = 0xC5554E7A884DEF82;
+constexpr uint64_t kSeed = 0x82EF4D887A4E55C5;
 
 struct Entry {
   uint32_t sequence = 0, flags = 0, bins_length = 0;
   std::string_view bytes;
 };
-using Entries = std::map<uint32_t, Entry>;
 
 uint64_t LongNumberAt(std::string_view bytes, size_t at) {
   return uint64_t{NumberAt(bytes, at + 4)} << 32 | NumberAt(bytes, at);
@@ -76,31 +75,29 @@ std::optional<Entry> ReadEntry(std::string_view bytes) {
   return entry;
 }
 
+// One whose own writing was ended.
 bool IsLog(std::string_view log, uint32_t type) {
-  return HasSoundHeader(log) && NumberAt(log, kFileType) == type;
+  return IsClosedHive(log) && NumberAt(log, kFileType) == type;
 }
 
-// The entries of a log from its beginning on, up to what is none: behind it stands what was left of
-// earlier ones.
-void ReadEntries(std::string_view log, uint32_t first, Entries& entries) {
-  if (!IsLog(log, kOfEntryLog)) return;
-  for (log.remove_prefix(kSector);;) {
-    const std::optional<Entry> entry = ReadEntry(log);
-    if (!entry) return;
-    if (entry->sequence >= first) entries.try_emplace(entry->sequence, *entry);
-    log.remove_prefix(entry->bytes.size());
-  }
-}
+// The number of the first entry that belongs to what a log was begun for; what is left of earlier
+// ones has lower numbers, or stands behind.
+uint32_t FirstOf(std::string_view log) { return NumberAt(log, kFirstSequence); }
 
-Entries ReadAllEntries(const std::vector<std::string>& logs, uint32_t first) {
-  Entries entries;
-  for (const std::string& log : logs) {
-    try {
-      ReadEntries(log, first, entries);
-    } catch (const UnsoundHive&) {  // its last one does not fit
+// The whole entries of a log from its beginning on, up to what is none or does not fit.
+std::vector<Entry> EntriesOf(std::string_view log) {
+  std::vector<Entry> entries;
+  if (!IsLog(log, kOfEntryLog)) return entries;
+  try {
+    for (log.remove_prefix(kSector);;) {
+      const std::optional<Entry> entry = ReadEntry(log);
+      if (!entry) return entries;
+      entries.push_back(*entry);
+      log.remove_prefix(entry->bytes.size());
     }
+  } catch (const UnsoundHive&) {
+    return entries;
   }
-  return entries;
 }
 
 void SetHeader(std::string& hive, uint32_t sequence, uint32_t bins_length) {
@@ -118,20 +115,29 @@ void ApplyEntry(std::string& hive, const Entry& entry, size_t most_bins) {
   SetHeader(hive, entry.sequence, entry.bins_length);
 }
 
-// The entries from the hive's own number on, each with the number behind the one before. A header
-// that comes from a log only tells which are too old.
-void ApplyEntries(std::string& hive, const std::vector<std::string>& logs, bool has_own_header) {
-  uint32_t sequence = NumberAt(hive, kFirstSequence);
-  const size_t most_bins = MostBins(hive, logs);
-  const Entries entries = ReadAllEntries(logs, sequence);
-  if (!has_own_header && !entries.empty()) {
-    const uint32_t first = entries.begin()->first;
-    if (first > sequence + 1) throw UnsoundHive();  // what was between is lost
-    sequence = first;
+// The logs of entries, the one that was begun first before the other.
+std::vector<std::string_view> EntryLogs(const std::vector<std::string>& logs) {
+  std::vector<std::string_view> sorted;
+  for (const std::string& log : logs) {
+    if (IsLog(log, kOfEntryLog)) sorted.push_back(log);
   }
-  for (auto at = entries.find(sequence); at != entries.end() && at->first == sequence; ++at) {
-    ApplyEntry(hive, at->second, most_bins);
-    ++sequence;
+  std::ranges::stable_sort(sorted, {}, FirstOf);
+  return sorted;
+}
+
+// From the number that the first log was begun with on, unless the hive has been stored with a
+// later one since, each with the number behind the one before, over both logs.
+void ApplyEntries(std::string& hive, std::span<const std::string_view> logs, size_t most_bins) {
+  const uint32_t stored = NumberAt(hive, kSecondSequence);
+  std::optional<uint32_t> next;
+  for (const std::string_view log : logs) {
+    uint32_t expected = next.value_or(FirstOf(log));
+    if (expected < stored) continue;
+    for (const Entry& entry : EntriesOf(log)) {
+      if (entry.sequence != expected) break;
+      ApplyEntry(hive, entry, most_bins);
+      next = ++expected;
+    }
   }
 }
 
@@ -142,7 +148,7 @@ uint64_t WrittenAt(std::string_view hive) {
 // Whether a log holds the pages of just the writing that the hive did not end.
 bool IsVectorLogOf(std::string_view log, std::string_view hive) {
   const bool is_log = IsLog(log, kOfVectorLog) || IsLog(log, kOfOldVectorLog);
-  return is_log && IsClosedHive(log) && LongNumberAt(log, kWritten) == WrittenAt(hive) &&
+  return is_log && LongNumberAt(log, kWritten) == WrittenAt(hive) &&
          log.substr(kSector, 4) == "DIRT";
 }
 
@@ -162,13 +168,10 @@ void ApplyVector(std::string& hive, std::string_view log) {
   SetHeader(hive, NumberAt(log, kSecondSequence), bins_length);
 }
 
-// The hive with a sound header, its own or a log's.
-std::string WithHeader(const std::string& hive, const std::vector<std::string>& logs) {
+// A broken header comes from the log that was begun last, which alone counts then.
+std::string WithHeaderOf(const std::string& hive, std::string_view log) {
   std::string repaired = hive;
-  if (HasSoundHeader(hive)) return repaired;
-  const auto log = std::ranges::find_if(logs, [](const auto& l) { return IsLog(l, kOfEntryLog); });
-  if (log == logs.end()) throw UnsoundHive();
-  repaired.replace(0, kSector, *log, 0, kSector);
+  repaired.replace(0, kSector, log, 0, kSector);
   PutNumber(repaired, kFileType, kOfHive);
   return repaired;
 }
@@ -180,18 +183,24 @@ std::string Replayed(const std::string& hive, const std::vector<std::string>& lo
     ApplyVector(replayed, log);
     return replayed;
   }
-  std::string replayed = WithHeader(hive, logs);
-  ApplyEntries(replayed, logs, HasSoundHeader(hive));
+  const std::vector<std::string_view> sorted = EntryLogs(logs);
+  if (sorted.empty()) throw UnsoundHive();
+  const bool has_header = HasSoundHeader(hive);
+  std::string replayed = has_header ? hive : WithHeaderOf(hive, sorted.back());
+  const std::span<const std::string_view> all(sorted);
+  ApplyEntries(replayed, has_header ? all : all.last(1), MostBins(hive, logs));
   return replayed;
 }
 
 // Whether the logs of a hive that was closed properly hold nothing that it has not got.
 bool HasAll(const std::string& hive, const std::vector<std::string>& logs) {
-  const uint32_t sequence = NumberAt(hive, kSecondSequence);
+  const uint32_t stored = NumberAt(hive, kSecondSequence);
   std::string replayed = hive;
   const size_t most_bins = MostBins(hive, logs);
-  for (const auto& [number, entry] : ReadAllEntries(logs, sequence)) {
-    ApplyEntry(replayed, entry, most_bins);
+  for (const std::string_view log : EntryLogs(logs)) {
+    for (const Entry& entry : EntriesOf(log)) {
+      if (entry.sequence >= stored) ApplyEntry(replayed, entry, most_bins);
+    }
   }
   return std::string_view(replayed).substr(kPage) == std::string_view(hive).substr(kPage);
 }

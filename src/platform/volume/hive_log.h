@@ -15,11 +15,12 @@ enum class HiveLogs {
   kUnfit,       // it is not up to date, and they do not bring it there
 };
 
-// Brings the bytes of a whole hive file up to date from those of its logs, in their order, as
-// Windows does at its next start: from the entries that follow the hive's sequence number, up to
-// the first that is missing or broken, or from a log of Windows 8 and before, which holds all pages
-// of one writing. A header that is broken comes from a log. Unless it replays, the hive stays as it
-// is. A hive that was closed properly is never changed: what a log holds beyond it, Windows drops.
+// Brings the bytes of a whole hive file up to date from those of its logs as Windows does at its
+// next start: from the entries of the logs that were begun since the hive was stored, the earlier
+// log first, up to the first that is missing or broken, or from a log of Windows 8 and before,
+// which holds all pages of one writing. A header that is broken comes from the log that was begun
+// last. Unless it replays, the hive stays as it is. A hive that was closed properly is never
+// changed: what a log holds beyond it, Windows drops.
 HiveLogs ReplayLogs(std::string& hive, const std::vector<std::string>& logs);
 
 // Whether the first sector of a hive is that of one that was closed properly.

@@ -18,6 +18,14 @@ TEST(Marvin32, HashesAsPublished) {
   EXPECT_EQ(Marvin32("abcdefghijklmnopqrstuvwxyz", 0xDDDDEEEEFFFF000), 0xA128EB7E7260ACA2u);
 }
 
+// The head of an entry that a Windows wrote, and the hash that stands behind it, as published with
+// the format.
+TEST(Marvin32, HashesAnEntryAsWindowsDoes) {
+  constexpr char kHead[] =
+      "HvLE\x00\x4E\0\0\0\0\0\0\x03\0\0\0\x00\x40\x02\0\x04\0\0\0\x56\xD5\x29\xCE\xC6\x32\x4B\x36";
+  EXPECT_EQ(Marvin32({kHead, sizeof kHead - 1}, 0x82EF4D887A4E55C5), 0xD71FF4150787EF0Cu);
+}
+
 // A user's hive of three states, each a change after the one before, and logs that lead from one to
 // the next.
 struct DirtyHive : testing::Test {
@@ -39,7 +47,11 @@ struct DirtyHive : testing::Test {
     return HiveLogEntry(sequence, states_[step], states_[step + 1]);
   }
   std::string Entry(unsigned step) const { return Entry(step, sequence_ + step + 1); }
-  std::string Log(const std::string& entries) const { return HiveLog(states_[0], entries); }
+  std::string Log(const std::string& entries, unsigned behind = 0) const {
+    return HiveLog(states_[0], entries, behind);
+  }
+  // A log that was begun with an entry, without it.
+  std::string Begun(const std::string& entry) const { return Log(entry).substr(0, 512); }
   void PutLogs(const std::vector<std::string>& logs) {
     static constexpr const char* kNames[] = {".LOG1", ".LOG2"};
     for (size_t i = 0; i < 2; ++i) {
@@ -95,7 +107,7 @@ struct DirtyHiveLogs : DirtyHive {
 };
 
 TEST_F(DirtyHiveLogs, ADirtyHiveIsWhatItsLogsMakeOfIt) {
-  const std::string first = Entry(0), second = Entry(1), older = Entry(0, sequence_);
+  const std::string first = Entry(0), second = Entry(1), older = Entry(0, sequence_ - 1);
   const std::string vector = HiveVectorLog(states_[0], states_[1]);
   const std::string other_time = HiveVectorLog(Broken(states_[0], 12), states_[1]);
   ExpectReplayed(
@@ -103,7 +115,11 @@ TEST_F(DirtyHiveLogs, ADirtyHiveIsWhatItsLogsMakeOfIt) {
        {"two entries", {Log(first + second)}, 3},
        {"in two logs", {Log(first), Log(second)}, 3},
        {"in two logs, the later one first", {Log(second), Log(first)}, 3},
-       {"behind an older entry", {Log(older + first)}, 2},
+       {"begun with the number that the hive was stored with",
+        {Log(Entry(0, sequence_) + Entry(1, sequence_ + 1))},
+        3},
+       {"behind an older entry", {Log(older + first)}, 1},
+       {"with a log of before", {Log(first), Log(older)}, 2},
        {"before what was left of older ones", {Log(first + older + "HvLE")}, 2},
        {"the second one's hash is broken", {Log(first + Broken(second, 24))}, 2},
        {"the second one's data is broken", {Log(first + Broken(second, 600))}, 2},
@@ -111,7 +127,8 @@ TEST_F(DirtyHiveLogs, ADirtyHiveIsWhatItsLogsMakeOfIt) {
        {"the second one is cut", {Log(first + second.substr(0, second.size() - 512))}, 2},
        {"the second one is missing", {Log(first + Entry(1, sequence_ + 3))}, 2},
        {"the first one is broken", {Log(Broken(first, 600) + second)}, 1},
-       {"the first one is missing", {Log(second)}, 1},
+       {"the first one is missing", {Begun(first) + second}, 1},
+       {"a log that was not ended", {Log(first, 1)}, 1},
        {"old entries only", {Log(older)}, 1},
        {"another hive's header", {Broken(Log(first), 100)}, 1},
        {"a log that is cut in its header", {Log(first).substr(0, 300)}, 1},
@@ -141,7 +158,7 @@ TEST_F(DirtyHive, AHeaderThatWasTornComesFromTheLog) {
   }
   std::string hive = Broken(states_[0], 508);
   const std::string later = HiveLogEntry(sequence_ + 2, "", states_[1]);
-  EXPECT_EQ(ReplayLogs(hive, {Log(later)}), HiveLogs::kUnfit)
+  EXPECT_EQ(ReplayLogs(hive, {Begun(Entry(0)) + later}), HiveLogs::kUnfit)
       << "what was between the log's header and its entry is lost";
   EXPECT_EQ(ReplayLogs(hive, {Log(Entry(0))}), HiveLogs::kReplayed);
 }
