@@ -55,6 +55,13 @@ size_t ClearFolder(FileSystem& files, const std::string& path,
   return 0;
 }
 
+// One that was made for such files alone, once it is empty.
+void RemoveOwnFolder(FileSystem& files, const std::string& path) try {
+  if (IsTemporaryName(NamePart(path))) files.RemoveFolder(path);
+} catch (const Error&) {
+  return;
+}
+
 }  // namespace
 
 RestoreNotes::~RestoreNotes() {
@@ -93,7 +100,9 @@ size_t ClearLeftovers(FileSystem& files, std::span<const std::string> folders) {
   size_t removed = 0;
   for (const std::string& folder : folders) removed += ClearFolder(files, folder, noted);
   for (const std::string& folder : noted) {
-    if (!folder.empty()) removed += ClearFolder(files, folder, more);
+    if (folder.empty()) continue;
+    removed += ClearFolder(files, folder, more);
+    RemoveOwnFolder(files, folder);
   }
   return removed;
 }

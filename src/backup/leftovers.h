@@ -9,9 +9,9 @@
 
 namespace quellix {
 
-// In which folders a restore makes temporary files, noted in a temporary file of its own: after a
-// kill the next start knows where to look. Where it cannot be made, nothing is noted. No function
-// throws.
+// In which folders a restore, or another work, makes temporary files, noted in a temporary file of
+// its own: after a kill the next start knows where to look. Where it cannot be made, nothing is
+// noted. No function throws.
 class RestoreNotes {
  public:
   RestoreNotes(FileSystem& files, std::string_view folder) : files_(files), folder_(folder) {}
@@ -34,8 +34,9 @@ class RestoreNotes {
 };
 
 // Removes the temporary files that killed runs left in these folders, and in those where a killed
-// restore was at work. What a living process holds stays, and so does what cannot be removed. The
-// number of files removed; never throws.
+// restore was at work; such a folder that has a temporary name itself goes too. What a living
+// process holds stays, and so does what cannot be removed. The number of files removed; never
+// throws.
 size_t ClearLeftovers(FileSystem& files, std::span<const std::string> folders);
 
 }  // namespace quellix

@@ -98,6 +98,7 @@ void AddRecipeCommands(ConsoleCommands& commands);     // recipes list, check, p
 void AddCacheCommands(ConsoleCommands& commands);      // cache list, delete
 void AddSearchCommand(ConsoleCommands& commands);      // search
 void AddRemoveCommand(ConsoleCommands& commands);      // remove
+void AddWipeFreeCommand(ConsoleCommands& commands);    // wipe-free
 void AddKeepCommands(ConsoleCommands& commands);       // keep list, add, remove
 void AddWindowsCommands(ConsoleCommands& commands);    // windows list, preview, process
 void AddRegistryCommand(ConsoleCommands& commands);    // registry

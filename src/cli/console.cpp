@@ -39,10 +39,11 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   ConsoleView::ShowProgress(platform.shows_progress);
   ConsoleView::Asks(platform.can_ask);
   ConsoleCommands commands(app, platform);
-  for (const auto& add : {AddCleanCommands, AddBrowserCommands, AddBackupCommands,
-                          AddPluginCommands, AddRecipeCommands, AddCacheCommands, AddSearchCommand,
-                          AddRemoveCommand, AddRegistryCommand, AddKeepCommands, AddWindowsCommands,
-                          AddVolumesCommand, AddManualCommand, AddCompletionCommand}) {
+  for (const auto& add :
+       {AddCleanCommands, AddBrowserCommands, AddBackupCommands, AddPluginCommands,
+        AddRecipeCommands, AddCacheCommands, AddSearchCommand, AddRemoveCommand, AddWipeFreeCommand,
+        AddRegistryCommand, AddKeepCommands, AddWindowsCommands, AddVolumesCommand,
+        AddManualCommand, AddCompletionCommand}) {
     add(commands);
   }
   try {

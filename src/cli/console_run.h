@@ -30,7 +30,7 @@ class ConsoleRun {
   ConsoleRun(const Machine& machine, RunKind kind, std::ostream& out);
 
   Engine& engine() { return *engine_; }
-  const ConsoleView& view() const { return *view_; }
+  ConsoleView& view() { return *view_; }
   // What a preview found, a line each, with the log of the run. Where a person reads it, recipes of
   // lists count as seen from now on.
   void PrintPreview();

@@ -35,6 +35,8 @@ TEST_F(ConsoleTest, WrongUsageIsToldWithItsOwnExitCode) {
       {{"clean", "--item", "CleanEverything"}, 2, "there is no item \"CleanEverything\""},
       {{"search", "everything"}, 2, "everything"},
       {{"remove"}, 2, "paths is required"},
+      {{"wipe-free", "Scratch"}, 2, "is no drive"},
+      {{"wipe-free", "Q:"}, 1, "there is no drive"},
       {{"remove", scratch + "*.txt"}, 2, "there are no wildcards here"},
       {{"remove", "C:"}, 2, "names no file or folder"},
       {{"remove", scratch + "none"}, 3, "There is no such file or folder."},

@@ -138,6 +138,29 @@ TEST_F(NtfsRun, WhatIsDeletedFromTheRegistryIsNowhereOnTheDisk) {
   EXPECT_EQ(disk.find(secret), std::string::npos);
 }
 
+TEST_F(NtfsRun, WhatWasDeletedBeforeIsNowhereOnceTheFreeSpaceIsWiped) {
+  const std::string small = "QxSmallSecret", large = "QxLargeSecret";
+  WriteNative(Temp("stays.tmp"), "dear");
+  for (int i = 0; i < 40; ++i) WriteNative(Temp(std::to_string(i) + ".tmp"), small);
+  WriteNative(Temp("large.tmp"), std::string(5000, 'x') + large + std::string(3 << 20, 'x'));
+  volume_->Remount("rw");
+  for (int i = 0; i < 40; ++i) fs::remove(Temp(std::to_string(i) + ".tmp"));
+  fs::remove(Temp("large.tmp"));
+  volume_->Remount("rw");
+  const std::string before = volume_->Bytes();
+  for (const std::string& secret : {small, large})
+    ASSERT_NE(before.find(secret), std::string::npos) << "deleting overwrites nothing";
+  const auto files = PictureOf(volume_->path());
+  const ProgramResult result = Run({"wipe-free", "C:", "--reserve", "1"});
+  EXPECT_EQ(result.exit_code, 0) << result.output;
+  EXPECT_TRUE(Holds(result.output, "no program reaches this way"));
+  EXPECT_TRUE(PictureOf(volume_->path()) == files);
+  volume_->Remount("rw");
+  const std::string disk = volume_->Bytes();
+  for (const std::string& secret : {small, large})
+    EXPECT_EQ(disk.find(secret), std::string::npos) << secret << result.output;
+}
+
 // Small files lie in the file table itself, large ones outside of it. Names are for no driver to
 // promise, which is said.
 TEST_F(NtfsRun, WhatIsWipedIsNowhereOnTheDisk) {

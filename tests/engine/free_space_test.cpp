@@ -1,0 +1,81 @@
+#include "app/free_space_wiper.h"
+
+#include "backup/leftovers.h"
+#include "support/forwarding_files.h"
+#include "support/run_fixture.h"
+
+namespace quellix {
+namespace {
+
+constexpr uint64_t kRoom = 5u << 20, kReserve = 1u << 20;
+
+// A disk on which little is free, as far as those who ask it are told.
+struct FreeSpaceTest : RunFixture {
+  struct SmallDisk : ForwardingFolder {
+    SmallDisk(std::unique_ptr<Folder> folder, const uint64_t& free)
+        : ForwardingFolder(std::move(folder)), free_(free) {}
+    DiskRoom Room() override { return {false, free_}; }
+    const uint64_t& free_;
+  };
+  struct Counted : ForwardingFile {
+    Counted(std::unique_ptr<RandomFile> file, FreeSpaceTest& test)
+        : ForwardingFile(std::move(file)), test_(test) {}
+    void Write(uint64_t offset, std::string_view bytes) override {
+      if (bytes.size() > test_.free) throw Error(Error::Kind::kFull, "The disk is full.");
+      if (bytes.size() >= 4096) test_.free -= bytes.size();
+      if (test_.is_random) test_.is_random = std::ranges::count(bytes, '\0') < 200'000;
+      ForwardingFile::Write(offset, bytes);
+    }
+    FreeSpaceTest& test_;
+  };
+
+  FreeSpaceWiped Wipe(FreeSpaceOptions options, const Pause& pause = {}) {
+    ForwardingFiles small(ports.files, [this](const std::string&, std::unique_ptr<Folder> folder) {
+      return std::unique_ptr<Folder>(new SmallDisk(std::move(folder), free));
+    });
+    ForwardingFiles counted(small, [this](std::string_view, std::unique_ptr<RandomFile> file) {
+      return std::unique_ptr<RandomFile>(new Counted(std::move(file), *this));
+    });
+    free = kRoom;
+    is_random = true;
+    options.reserve = kReserve;
+    return WipeFreeSpace(WithFiles(ports, counted), scratch, options, pause);
+  }
+
+  uint64_t free = kRoom;
+  bool is_random = true;
+};
+
+TEST_F(FreeSpaceTest, AllButTheReserveIsOverwrittenAndNothingIsLeftBehindHoweverItEnds) {
+  MakeFiles(scratch, "dear");
+  const Names before = machine->Tree(scratch), own_before = machine->Tree(own);
+  FreeSpaceWiped wiped = Wipe({.most_records = 7});
+  EXPECT_EQ(wiped.bytes, kRoom - kReserve);
+  EXPECT_EQ(wiped.records, 7u);
+  EXPECT_EQ(wiped.problem, "");
+  EXPECT_TRUE(is_random && !wiped.is_stopped);
+  EXPECT_EQ(Wipe({.zeros = true, .most_records = 1}).bytes, kRoom - kReserve);
+  EXPECT_FALSE(is_random);
+  uint64_t done = 0, total = 0;
+  wiped = Wipe({}, [&](const Progress& progress) {
+    total = progress.total;
+    return (done = progress.done) >= (2u << 20);
+  });
+  EXPECT_TRUE(wiped.is_stopped);
+  EXPECT_EQ(total, kRoom - kReserve);
+  EXPECT_EQ(wiped.bytes, 2u << 20);
+  EXPECT_EQ(machine->Tree(scratch), before);
+  EXPECT_EQ(machine->Tree(own), own_before) << "nor a note";
+}
+
+TEST_F(FreeSpaceTest, WhatAKillLeftIsClearedAwayAtTheNextStart) {
+  const Names before = machine->Tree(scratch);
+  const std::string folder = scratch + TemporaryName();
+  MakeFiles(folder + "\\", TemporaryName() + " " + TemporaryName());
+  WriteOwn(TemporaryName(), "Quellix restores into\n" + folder + "\n");
+  engine.ClearLeftovers();
+  EXPECT_EQ(machine->Tree(scratch), before);
+}
+
+}  // namespace
+}  // namespace quellix
