@@ -15,6 +15,11 @@ class Listing {
     names_ += entry.name;
     infos_.push_back({names_.size(), entry.info});
   }
+  // Room for as much as another one holds.
+  void Reserve(const Listing& other) {
+    names_.reserve(other.names_.size());
+    infos_.reserve(other.infos_.size());
+  }
   size_t size() const { return infos_.size(); }
   Entry operator[](size_t i) const {
     const size_t start = i == 0 ? 0 : infos_[i - 1].end;

@@ -60,13 +60,13 @@ std::vector<std::string> MasksFor(CleaningContext& context, Folder& folder, cons
                                   bool recurse, std::vector<std::string> masks) {
   std::erase_if(masks, [&](const std::string& mask) {
     const std::string why = PlacesOf(context).WhyNot(folder, mask, recurse, Claim::kRecipe);
-    if (!why.empty()) Log(context, path + " is not cleaned: " + why);
+    if (!why.empty()) Log(context, Refusal(path + "\\" + mask, why));
     return !why.empty();
   });
   return masks;
 }
 
-// What one folder adds; nothing when it is missing or refused by now.
+// What one folder adds; nothing when it is missing. It is judged as it is held open.
 void CollectFolder(CleaningContext& context, const std::string& path, const FileEntry& entry,
                    const std::vector<std::string>& wanted, const Exclusions& exclusions,
                    Collected& collected) {
@@ -85,7 +85,8 @@ void CollectFolder(CleaningContext& context, const std::string& path, const File
     if (!is_empty) collected.lists.push_back(std::move(list));
     if (goes_itself) collected.emptied.push_back(itself);
   } catch (const Error& error) {
-    if (error.kind() != Error::Kind::kMissing) Log(context, path + ": " + error.what());
+    if (error.kind() == Error::Kind::kMissing) return;
+    for (const std::string& mask : wanted) Log(context, Refusal(path + "\\" + mask, error.what()));
   }
 }
 
@@ -102,8 +103,8 @@ void CollectFolders(CleaningContext& context, std::span<const FileEntry> entries
   std::vector<std::pair<std::string, std::vector<std::string>>> folders;
   std::unordered_map<std::string, size_t> rows;
   for (const FileEntry& entry : entries) {
-    const FilesPlace place =
-        FindFolders(context.machine, PlacesOf(context), entry, PauseOf(context));
+    const FilesPlace place = FindFolders(context.machine, PlacesOf(context), entry,
+                                         PauseOf(context), Judging::kWhenOpened);
     for (const std::string& refusal : place.refusals) Log(context, refusal);
     for (const std::string& folder : place.folders) {
       const auto [row, is_new] = rows.try_emplace(folder, folders.size());
@@ -158,10 +159,10 @@ bool MayRepeat(const std::vector<FileList>& lists, const FileList& list) {
          });
 }
 
-// The list without what was seen before, in any case.
-void DropSeen(PathList& files, std::unordered_set<std::string>& seen) {
+// The list without what was seen before, in any case. A stop leaves out the rest.
+void DropSeen(PathList& files, std::unordered_set<std::string>& seen, const Pause& pause) {
   PathList fresh;
-  for (size_t i = 0; i < files.size(); ++i) {
+  for (size_t i = 0; i < files.size() && !pause(); ++i) {
     if (seen.insert(UpCase(files[i])).second) fresh.Append(files[i]);
   }
   files = std::move(fresh);
@@ -239,7 +240,7 @@ bool ProcessPlugin(CleaningContext& context, std::string_view path, Collected& c
 void RemoveCollected(CleaningContext& context, Collected collected) {
   std::unordered_set<std::string> seen;
   for (FileList& list : collected.lists) {
-    if (MayRepeat(collected.lists, list)) DropSeen(list.PendingFiles, seen);
+    if (MayRepeat(collected.lists, list)) DropSeen(list.PendingFiles, seen, PauseOf(context));
   }
   std::shared_ptr<void> expected;
   if (context.state.IsPreview) expected = ExpectLooks(context, collected.lists);

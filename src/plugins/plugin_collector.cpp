@@ -32,9 +32,11 @@ class Collector : public FolderVisitor {
     context_.view.SetStatus(before_folder ? "Aborted by user" : "Aborted by User");
   }
   Detail Needs() const override { return limits_.Needs(Detail::kKind); }
-  void File(Folder&, const std::string& path, const Entry& entry) override {
+  bool HasTurn(const std::string& path, const Entry& entry) override {
     const auto fits = [&](const std::string& mask) { return MatchesMask(entry.name, mask); };
-    if (std::ranges::none_of(masks_, fits) || exclusions_.LeavesFile(path, entry.name)) return;
+    return std::ranges::any_of(masks_, fits) && !exclusions_.LeavesFile(path, entry.name);
+  }
+  void File(Folder&, const std::string& path, const Entry& entry) override {
     if (limits_.Leaves(nullptr, path, entry)) return;
     list_.PendingFiles.Append(path, entry.name);
   }

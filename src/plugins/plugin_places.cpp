@@ -47,6 +47,13 @@ std::string WhyNotEdited(const Machine& machine, ProtectedPlaces& places, const 
   }
 }
 
+// What a share of this machine is here.
+std::string WhyNotByServer(const Machine& machine, ProtectedPlaces& places,
+                           const std::string& folder, const FileEntry& entry) {
+  const std::string local = WithoutServer(machine.system, folder);
+  return local == folder ? "" : WhyNotOpened(machine, places, local, entry);
+}
+
 // Each folder of a folder with all that is in it would be that folder by another name, and so would
 // each folder of those.
 std::string WhyNotAll(const Machine& machine, ProtectedPlaces& places, const FileEntry& entry,
@@ -61,9 +68,10 @@ std::string WhyNotAll(const Machine& machine, ProtectedPlaces& places, const Fil
 }
 
 void AddFolders(const Machine& machine, ProtectedPlaces& places, const FileEntry& entry,
-                const PathPattern& path, const Pause& pause, FilesPlace& place) {
+                const PathPattern& path, const Pause& pause, Judging judging, FilesPlace& place) {
   for (std::string& folder : FindMatches(machine.files, path, pause)) {
-    std::string why = WhyNotFolder(machine, places, folder, entry);
+    std::string why = judging == Judging::kHere ? WhyNotFolder(machine, places, folder, entry)
+                                                : WhyNotByServer(machine, places, folder, entry);
     if (why.empty()) why = WhyNotAll(machine, places, entry, path, folder);
     if (why.empty()) {
       place.folders.push_back(std::move(folder));
@@ -80,7 +88,7 @@ std::string Refusal(std::string_view what, std::string_view why) {
 }
 
 FilesPlace FindFolders(const Machine& machine, ProtectedPlaces& places, const FileEntry& entry,
-                       const Pause& pause) {
+                       const Pause& pause, Judging judging) {
   FilesPlace place;
   place.mask = NamePart(entry.location);
   const auto refuse = [&](std::string_view what, std::string_view why) {
@@ -99,7 +107,7 @@ FilesPlace FindFolders(const Machine& machine, ProtectedPlaces& places, const Fi
     } else if (path->names.empty() && (entry.recurse || !HasHarmlessExtension(place.mask))) {
       refuse(entry.location, "it is a whole drive.");  // known without a look, which may be denied
     } else {
-      AddFolders(machine, places, entry, *path, pause, place);
+      AddFolders(machine, places, entry, *path, pause, judging, place);
     }
   }
   return place;
@@ -108,8 +116,7 @@ FilesPlace FindFolders(const Machine& machine, ProtectedPlaces& places, const Fi
 std::string WhyNotFolder(const Machine& machine, ProtectedPlaces& places, const std::string& folder,
                          const FileEntry& entry) {
   std::string why = WhyNotOpened(machine, places, folder, entry);
-  const std::string local = WithoutServer(machine.system, folder);
-  return why.empty() && local != folder ? WhyNotOpened(machine, places, local, entry) : why;
+  return why.empty() ? WhyNotByServer(machine, places, folder, entry) : why;
 }
 
 IniPlace FindIni(const Machine& machine, ProtectedPlaces& places, const IniEntry& entry) {

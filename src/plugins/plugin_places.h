@@ -25,10 +25,13 @@ struct FilesPlace {
   std::vector<std::string> refusals;  // sentences that say what is not cleaned, and why
 };
 
+// Whether the folders that are found are opened to be judged, or whoever opens them judges them.
+enum class Judging { kHere, kWhenOpened };
+
 // The folders a files entry stands for, see FindMatches. Each is judged as if it had been written
 // so: what is precious is refused; a folder that is missing is not. A stop ends the search.
 FilesPlace FindFolders(const Machine& machine, ProtectedPlaces& places, const FileEntry& entry,
-                       const Pause& pause = {});
+                       const Pause& pause = {}, Judging judging = Judging::kHere);
 
 // Why a recipe may not take files from a folder, a clause; "" when it may, and for a missing one.
 std::string WhyNotFolder(const Machine& machine, ProtectedPlaces& places, const std::string& folder,

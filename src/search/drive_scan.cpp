@@ -16,8 +16,8 @@
 namespace quellix {
 namespace {
 
-// More than a window shows at once.
-constexpr size_t kFirstFound = 200;
+// More than a window shows at once; then so many times more each time.
+constexpr size_t kFirstFound = 200, kGrowth = 8;
 
 // What both kinds of scan share: mask and status.
 class ScanVisitor : public FolderVisitor {
@@ -55,10 +55,10 @@ class CollectingVisitor : public ScanVisitor {
   void File(Folder& folder, const std::string& path, const Entry& entry) override {
     if (!Fits(entry.name) || limits_.Leaves(&folder, path, entry)) return;
     list_.PendingFiles.Append(path, entry.name);
+    if (first_ && list_.PendingFiles.size() >= enough_) HandOut();
   }
   bool Wants(const std::string&) override { return true; }
   void Begin(const std::string& path) override {
-    HandOutFirst();
     list_.PendingFolders.Append(path);
     ScanVisitor::Begin(path);
   }
@@ -72,16 +72,15 @@ class CollectingVisitor : public ScanVisitor {
   }
 
  private:
-  void HandOutFirst() {
-    if (!first_ || is_handed_out_ || list_.PendingFiles.size() < kFirstFound) return;
-    is_handed_out_ = true;
+  void HandOut() {
+    enough_ *= kGrowth;
     first_({list_.folder, list_.folder_path, std::exchange(list_.PendingFiles, {}), {}});
   }
 
   RunLimits limits_;
   FileList& list_;
   const FirstFound& first_;
-  bool is_handed_out_ = false;
+  size_t enough_ = kFirstFound;
 };
 
 class SearchingVisitor : public ScanVisitor {

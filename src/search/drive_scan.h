@@ -15,9 +15,9 @@ enum class ScanMode { kEveryFile = 0 };
 // several with ";" between, into PendingFiles and every sub-folder into PendingFolders, a folder
 // before what is in it. A link to a folder is collected but never entered; precious folders are
 // left out. A folder that cannot be opened counts as stayed. Ends early, keeping what it has, when
-// the user stops. The folder may be null: nothing is found then. `first`, unless null, is given the
-// files that were found first, some hundred, between two folders and long before a long scan ends;
-// they are not in the result.
+// the user stops. The folder may be null: nothing is found then. `first`, unless null, is given
+// what was found so far while the scan goes on, some hundred files the first time and several times
+// more each further time; they are not in the result.
 using FirstFound = std::function<void(FileList first)>;
 FileList ScanFolder(CleaningContext& context, std::shared_ptr<Folder> folder, std::string_view path,
                     std::string_view mask, ScanMode mode, const FirstFound& first = nullptr);

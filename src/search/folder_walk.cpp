@@ -65,8 +65,10 @@ class Walk {
   void List(Folder& folder, Listing& entries) {
     Listing files;
     folder.Enumerate(visitor_.Needs(), [&](const Entry& entry) {
-      if (entry.info.is_folder || order_ == WalkOrder::kAsListed) {
+      if (entry.info.is_folder) {
         entries.Add(entry);
+      } else if (order_ == WalkOrder::kAsListed) {
+        if (visitor_.HasTurn(path_, entry)) entries.Add(entry);
       } else if (order_ == WalkOrder::kFilesFirst) {
         files.Add(entry);
       } else {

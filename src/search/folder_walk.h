@@ -20,6 +20,8 @@ class FolderVisitor {
 
   virtual Detail Needs() const { return Detail::kKind; }  // of each file
   virtual void File(Folder& folder, const std::string& path, const Entry& entry) = 0;
+  // Whether a file has a turn at all; asked while its folder is listed, before it is held for that.
+  virtual bool HasTurn(const std::string& /*path*/, const Entry& /*entry*/) { return true; }
   // Whether a sub-folder is to be gone through; asked before it is opened.
   virtual bool Wants(const std::string& path) = 0;
   // A sub-folder's turn has come, or that of a link to one, which is never entered.

@@ -68,29 +68,85 @@ TEST_F(PreviewContract, AFolderIsAsFirstReadButForWhatWasChangedSince) {
   EXPECT_EQ(Tree().size(), 8u) << "as it was";
 }
 
-TEST(KnownListingsTest, OnlyTheLastOnesAreHeld) {
-  const auto listing = std::make_shared<Listing>();
-  for (int i = 0; i < 100; ++i) listing->Add({"a name of some length", {}});
-  const size_t most = 10 * (listing->bytes() + 100);
-  KnownListings known(most);
-  const auto id = [](uint64_t number) { return FileId{1, {number, 0}}; };
-  const auto holds = [&](uint64_t number, Detail detail = Detail::kKind) {
-    return known.Find(id(number), detail).listing != nullptr;
-  };
+// As where the first rows of a large folder are wanted before its last name is read.
+TEST_F(PreviewContract, WhatIsChangedWhileAFolderIsReadIsChangedTheNextTime) {
+  for (const bool by_itself : {true, false}) {
+    for (const char* name : {"in\\a", "in\\b", "in\\c"}) Make(name, "123");
+    PreviewMachine preview(machine_);
+    FileSystem& files = preview.machine().files;
+    const auto held = files.OpenFolder(At("in")), other = files.OpenFolder(At("in"));
+    Names seen;
+    held->Enumerate(Detail::kKind, [&](const Entry& entry) {
+      seen.emplace_back(entry.name);
+      if (seen.size() == 2) (by_itself ? held : other)->RemoveFile(seen[0]);
+      return true;
+    });
+    EXPECT_EQ(seen.size(), 3u);
+    seen.erase(seen.begin());
+    std::ranges::sort(seen);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(NamesIn(*held), seen) << by_itself;
+    EXPECT_EQ(NamesIn(*files.OpenFolder(At("in"))), seen);
+    EXPECT_EQ(Tree().size(), 4u);
+  }
+}
+
+// Some of them were asked for long ago, and are held as long as those that are new.
+struct KnownListingsTest : testing::Test {
+  static FileId Id(uint64_t number) { return {1, {number, 0}}; }
+  bool Holds(uint64_t number, Detail detail = Detail::kKind) {
+    return known.Find(Id(number), detail).listing != nullptr;
+  }
+  static std::shared_ptr<const Listing> ListingOf(int names) {
+    const auto listing = std::make_shared<Listing>();
+    for (int i = 0; i < names; ++i) listing->Add({"a name of some length", {}});
+    return listing;
+  }
+  void Keep(uint64_t number) { known.Keep(Id(number), {Detail::kSize, listing}); }
+
+  const std::shared_ptr<const Listing> listing = ListingOf(100);
+  // Five in each half.
+  KnownListings known{10 * (listing->bytes() + 120)};
+};
+
+TEST_F(KnownListingsTest, WhatGoesIsNotedHoweverLongAgoAListingWasKept) {
+  const std::string gone[] = {"x", "y"};
+  for (const bool is_old : {false, true}) {
+    Keep(0);
+    for (uint64_t i = 1; is_old && i < 6; ++i) Keep(i);
+    for (const std::string& name : gone) known.NoteGone(Id(0), name);
+    known.NoteGone(Id(77), "z");
+    EXPECT_EQ(known.Find(Id(0), Detail::kKind).gone.size(), 2u) << is_old;
+    Keep(0);
+    EXPECT_TRUE(known.Find(Id(0), Detail::kKind).gone.empty()) << "a new listing lacks it anyway";
+  }
+}
+
+TEST_F(KnownListingsTest, OneThatIsKeptAnewTakesNoMoreRoom) {
+  for (uint64_t i = 0; i < 3; ++i) Keep(i);
+  for (int i = 0; i < 100; ++i) Keep(3);
+  for (uint64_t i = 0; i < 4; ++i) EXPECT_TRUE(Holds(i)) << i;
+  // What is old must know as much as is asked for, and goes when what replaces it is too large.
+  for (uint64_t i = 4; i < 8; ++i) Keep(i);
+  EXPECT_FALSE(Holds(0, Detail::kFull));
+  EXPECT_TRUE(Holds(0, Detail::kSize));
+  EXPECT_TRUE(known.Takes(*listing) && !known.Takes(*ListingOf(1000)));
+  known.Keep(Id(1), {Detail::kFull, ListingOf(1000)});
+  EXPECT_FALSE(Holds(1));
+}
+
+TEST_F(KnownListingsTest, OnlyTheLastOnesAreHeld) {
   size_t held = 0;
   for (uint64_t i = 0; i < 100; ++i) {
-    known.Keep(id(i), {Detail::kSize, listing});
-    EXPECT_TRUE(holds(0) && holds(i)) << i << ": what is asked for is not forgotten";
+    Keep(i);
+    EXPECT_TRUE(Holds(0) && Holds(i)) << i << ": what is asked for is not forgotten";
   }
-  for (uint64_t i = 0; i < 100; ++i) held += holds(i);
+  for (uint64_t i = 0; i < 100; ++i) held += Holds(i);
   EXPECT_TRUE(held > 2 && held < 12) << held;
-  EXPECT_TRUE(holds(0, Detail::kSize) && !holds(0, Detail::kFull));
-  known.Keep(id(0), {Detail::kFull, listing});
-  EXPECT_TRUE(holds(0, Detail::kFull));
-  const auto large = std::make_shared<Listing>();
-  for (int i = 0; i < 1000; ++i) large->Add({"a name of some length", {}});
-  known.Keep(id(0), {Detail::kFull, large});
-  EXPECT_FALSE(holds(0)) << "too large, and the old one is not so any more";
+  EXPECT_TRUE(Holds(0, Detail::kSize) && !Holds(0, Detail::kFull));
+  known.Keep(Id(0), {Detail::kFull, listing});
+  EXPECT_TRUE(Holds(0, Detail::kFull));
+  known.Keep(Id(0), {Detail::kFull, ListingOf(1000)});
+  EXPECT_FALSE(Holds(0)) << "too large, and the old one is not so any more";
 }
 
 // Where names may differ in case alone.

@@ -30,6 +30,8 @@ class KnownListings {
   };
   // Nothing as well where less is known than the detail asks for.
   Known Find(const FileId& folder, Detail detail);
+  // Whether it is small enough to be kept.
+  bool Takes(const Listing& listing) const { return listing.bytes() <= most_ / 2; }
   // Those that were not asked for longest may be forgotten for it.
   void Keep(const FileId& folder, Known known);
   void NoteGone(const FileId& folder, std::string_view name);

@@ -1,7 +1,6 @@
 #include "platform/preview/preview_folder.h"
 
 #include <algorithm>
-#include <unordered_set>
 #include <utility>
 
 #include "platform/error.h"
@@ -144,16 +143,17 @@ std::optional<FileId> PreviewFolder::IdOf(std::string_view name) {
                                                 : node->made->folder;
 }
 
-// What went is mostly named as it is listed.
+// What went is mostly named as it is listed, and went in that order.
 Listing PreviewFolder::LeftOf(const KnownListings::Known& known) {
-  const std::unordered_set<std::string_view> gone(known.gone.begin(), known.gone.end());
+  const Listing& listing = *known.listing;
   Listing left, changed;
-  size_t seen = 0;
-  for (size_t i = 0; i < known.listing->size(); ++i) {
-    const Entry entry = (*known.listing)[i];
-    gone.contains(entry.name) ? void(++seen) : left.Add(entry);
+  left.Reserve(listing);
+  auto gone = known.gone.begin();
+  for (size_t i = 0; i < listing.size(); ++i) {
+    const Entry entry = listing[i];
+    gone != known.gone.end() && *gone == entry.name ? void(++gone) : left.Add(entry);
   }
-  if (seen == gone.size()) return left;
+  if (gone == known.gone.end()) return left;
   for (size_t i = 0; i < left.size(); ++i) {
     if (Find(left[i].name) == nullptr) changed.Add(left[i]);
   }
@@ -175,15 +175,17 @@ bool PreviewFolder::EnumerateReal(Detail detail, const EntryVisitor& visit) {
   if (known.listing) return EnumerateKnown(std::move(known), visit);
   const uint64_t changes = files_.changes_;
   const bool has_nodes = nodes_ != nullptr || files_.nodes_.contains(id_);
-  const auto listing = std::make_shared<Listing>();
+  auto listing = std::make_shared<Listing>();  // null once it is not to be kept
   bool more = true;
   inner_->Enumerate(detail, [&](const Entry& entry) {
     if (has_nodes && Find(entry.name) != nullptr) return true;
-    listing->Add(entry);
-    return more = visit(entry);
+    if (listing) listing->Add(entry);
+    more = visit(entry);
+    if (files_.changes_ != changes || (listing && !files_.listings_.Takes(*listing)))
+      listing.reset();
+    return more;
   });
-  const bool is_whole = more && files_.changes_ == changes && id_.is_known();
-  if (is_whole) files_.listings_.Keep(id_, {detail, listing});
+  if (more && listing && id_.is_known()) files_.listings_.Keep(id_, {detail, listing});
   return more;
 }
 
