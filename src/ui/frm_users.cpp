@@ -48,7 +48,7 @@ void FrmUsers::OnInit() {
                          ShowTicks();
                        });
   found_.Attach(Control(lstvUsersFound), kFoundColumns, [this](int row, int column) {
-    const UserRuns::Row& found = runs_.rows()[static_cast<size_t>(row)];
+    const UserRuns::Row found = runs_.RowAt(static_cast<size_t>(row));
     return Cell{Wide(column == 0 ? found.user : column == 1 ? found.what : found.where)};
   });
   users_.SetRows(static_cast<int>(runs_.count()));
@@ -92,11 +92,20 @@ bool FrmUsers::Work(const char* status, void (UserRuns::*work)(const Pause& paus
     OwnedWindow::OnClose();
     return false;
   }
-  found_.SetRows(static_cast<int>(runs_.rows().size()));
+  found_.SetRows(static_cast<int>(runs_.row_count()));
   SetText(txtUsers, runs_.text());
   display_.SetStatus(runs_.Summary());
   display_.Flush();
   return true;
+}
+
+// What it lists counts as seen.
+void FrmUsers::Look() {
+  if (!Work("Looking...", &UserRuns::Look) || !runs_.WasLookedAt()) return;
+  runs_.NoteShown();
+  modPlugin::NoteShown(engine_.selection().recipes(), runs_.shown());
+  SetText(txtUsers, runs_.text());
+  RedrawWindow(GetWindow(window(), GW_OWNER), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
 }
 
 // What cannot be undone is asked before, user by user, but at once.
@@ -112,7 +121,7 @@ void FrmUsers::OnCommand(int id, int /*code*/) {
   if (id == cmdStop) work_.Stop();
   if (id == IDCANCEL) return OnClose();
   if (work_.working()) return;
-  if (id == cmdUsersLook) Work("Looking...", &UserRuns::Look);
+  if (id == cmdUsersLook) Look();
   if (id == cmdUsersClean) Clean();
 }
 
@@ -126,7 +135,7 @@ void FrmUsers::OnContextMenu(HWND control, POINT screen) {
   const bool users = control == Control(lstvUsers);
   if (work_.working() || (!users && control != Control(lstvUsersFound))) return;
   const auto place_of = [this, users](size_t row) {
-    return PlaceNamedBy(users ? runs_.user(row).profile : runs_.rows()[row].where);
+    return PlaceNamedBy(users ? runs_.user(row).profile : runs_.RowAt(row).where);
   };
   RowMenu{users ? users_ : found_, machine_.shell, place_of}.Show(window(), screen);
 }

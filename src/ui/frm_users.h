@@ -15,8 +15,9 @@ namespace quellix {
 // Cleans for other users of this Windows, one after the other. For administrators.
 class FrmUsers : public OwnedWindow {
  public:
-  FrmUsers(const Machine& machine, OtherUsers here)
-      : machine_(machine), runs_(machine, display_, std::move(here)) {}
+  // `engine`: that of the main window, by whose ticks is cleaned.
+  FrmUsers(Engine& engine, const Machine& machine, OtherUsers here)
+      : engine_(engine), machine_(machine), runs_(machine, display_, std::move(here)) {}
 
   void Show(HWND owner);
 
@@ -34,9 +35,11 @@ class FrmUsers : public OwnedWindow {
 
  private:
   bool Work(const char* status, void (UserRuns::*work)(const Pause& pause));
+  void Look();
   void Clean();
   void ShowTicks();
 
+  Engine& engine_;
   Machine machine_;
   StatusView display_;
   UserRuns runs_;

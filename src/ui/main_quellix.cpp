@@ -42,11 +42,13 @@ quellix::OtherUsers UsersOf(const quellix::Machine& machine) {
   return {.list = [machine] { return quellix::UsersHere(machine); },
           .open =
               [machine](const quellix::UserProfile& user,
-                        const std::function<void(const quellix::Machine&)>& work) {
+                        const std::function<void(const quellix::Machine&)>& work,
+                        const std::function<void()>& breathe) {
                 quellix::OtherUserMachine his(machine.program_folder, user,
-                                              quellix::Settings(machine).Load().BackupFolder);
+                                              quellix::Settings(machine).Load().BackupFolder,
+                                              breathe);
                 work(his.machine());
-                return std::string(his.Unload() ? "" : kStaysLoaded);
+                return std::string(his.Unload(breathe) ? "" : kStaysLoaded);
               }};
 }
 

@@ -35,7 +35,7 @@ MenuWindows::MenuWindows(Engine& engine, const Machine& machine, const OtherUser
                {mnuIECache, Opens<FrmIECache>(machine)},
                {mnuManagePlugin, Opens<FrmPluginManager>(engine, machine)},
                {mnuOptions, [this](HWND owner) { options_.Show(owner); }},
-               {mnuUsers, Opens<FrmUsers>(machine, users)}} {
+               {mnuUsers, Opens<FrmUsers>(engine, machine, users)}} {
   const auto scan = std::make_shared<FrmRegistryScan>(machine);
   for (const auto& row : kScanEntries) {
     entries_[row.first] = [scan, tool = row.second](HWND owner) { scan->Show(tool, owner); };

@@ -16,12 +16,12 @@ constexpr const char* kNotLookedAt =
 
 }  // namespace
 
-UserRuns::UserRuns(const Machine& own, RunView& view, OtherUsers here)
-    : own_(own), view_(view), here_(std::move(here)) {}
+UserRuns::UserRuns(const Machine& own, RunView& view, OtherUsers here, size_t most_rows)
+    : own_(own), view_(view), here_(std::move(here)), most_rows_(most_rows) {}
 
 void UserRuns::List() {
   users_.clear();
-  rows_.clear();
+  found_.clear();
   const std::string self = own_.session.UserId();
   for (UserProfile& user : here_.list()) {
     if (!EqualsNoCase(user.sid, self)) users_.push_back({std::move(user)});
@@ -33,31 +33,44 @@ void UserRuns::List() {
 
 bool UserRuns::HasTicks() const { return std::ranges::any_of(users_, &User::is_ticked); }
 
-void UserRuns::WorkFor(User& user, const Work& work) {
-  const std::string& name = user.profile.name;
-  text_ += "== " + name + "\r\n";
+void UserRuns::WorkWith(const Machine& his, User& user, const Work& work) {
+  Engine engine(his, view_);
+  const std::string problems = engine.Load();
+  if (!engine.is_loaded()) throw Error(Error::Kind::kOther, problems);
+  engine.state().IsForAnother = true;
+  const std::shared_ptr<const RunEntries> entries = work(user, engine, his);
+  const size_t rows = row_count() + entries->all.size();
+  not_listed_ += entries->left_out;
+  if (rows <= most_rows_) {
+    found_.push_back({user.profile.name, entries, rows});
+  } else {
+    not_listed_ += entries->all.size();
+  }
+}
+
+// Whatever fails, the next one's turn comes.
+void UserRuns::WorkFor(User& user, const Pause& pause, const Work& work) {
+  Tell("== " + user.profile.name);
   const auto with_his = [&](const Machine& his) {
-    Engine engine(his, view_);
-    const std::string problems = engine.Load();
-    if (!engine.is_loaded()) throw Error(Error::Kind::kOther, problems);
-    engine.state().IsForAnother = true;
-    const std::shared_ptr<const RunEntries> found = work(user, engine, his);
-    for (const RunEntry& entry : found->all) {
-      const std::string stayed = entry.fate == Fate::kRemoved ? "" : "Stays: ";
-      rows_.push_back({name, stayed + std::string(KindText(entry.kind)), PlaceText(entry)});
+    try {
+      WorkWith(his, user, work);
+    } catch (const std::exception& error) {
+      Tell(error.what());
     }
   };
   try {
-    const std::string left = here_.open(user.profile, with_his);
-    if (!left.empty()) text_ += left + "\r\n";
-  } catch (const std::exception& error) {  // the next one's turn comes all the same
-    text_ += std::string(error.what()) + "\r\n";
+    const std::string left = here_.open(user.profile, with_his, [&pause] { pause({}); });
+    if (!left.empty()) Tell(left);
+  } catch (const std::exception& error) {
+    Tell(error.what());
   }
   ++done_;
 }
 
 void UserRuns::ForEach(const Pause& pause, const Work& work) {
-  rows_.clear();
+  found_.clear();
+  not_listed_ = 0;
+  shown_.reset();
   text_.clear();
   question_.clear();
   done_ = 0;
@@ -65,8 +78,16 @@ void UserRuns::ForEach(const Pause& pause, const Work& work) {
   for (User& user : users_) {
     is_stopped_ = is_stopped_ || pause({});
     if (is_stopped_) return;
-    if (user.is_ticked) WorkFor(user, work);
+    if (user.is_ticked) WorkFor(user, pause, work);
   }
+}
+
+UserRuns::Row UserRuns::RowAt(size_t row) const {
+  const auto found = std::ranges::upper_bound(found_, row, {}, &Found::end);
+  const auto& all = found->entries->all;
+  const RunEntry& entry = all[row - (found->end - all.size())];
+  const std::string stayed = entry.fate == Fate::kRemoved ? "" : "Stays: ";
+  return {found->user, stayed + std::string(KindText(entry.kind)), PlaceText(entry)};
 }
 
 std::shared_ptr<const RunEntries> UserRuns::LookFor(User& user, Engine& engine,
@@ -78,6 +99,10 @@ std::shared_ptr<const RunEntries> UserRuns::LookFor(User& user, Engine& engine,
   user.was_looked_at = !is_refused && !is_stopped_;
   text_ += preview.state().SomeErrors ? preview.state().RunLog : "";
   const auto shown = preview.state().Parts.Find<modPlugin::ShownRecipes>();
+  if (shown) {
+    if (!shown_) shown_ = std::make_shared<modPlugin::ShownRecipes>();
+    shown_->all.insert(shown_->all.end(), shown->all.begin(), shown->all.end());
+  }
   const RunQuestion question =
       QuestionOf(EntryList(his.system, preview.entries(), true), shown.get(),
                  engine.selection().recipes(), his.system.UserLocale(), true);
@@ -105,9 +130,20 @@ void UserRuns::Clean(const Pause& pause) {
   });
 }
 
+void UserRuns::NoteShown() {
+  try {
+    modPlugin::KeepShown(own_, shown_);
+  } catch (const Error& error) {
+    Tell(std::string("Which recipes you have seen could not be stored. ") + error.what());
+  }
+}
+
 std::string UserRuns::Summary() const {
-  return std::to_string(rows_.size()) + (rows_.size() == 1 ? " entry of " : " entries of ") +
-         std::to_string(done_) + (done_ == 1 ? " user" : " users");
+  const size_t rows = row_count();
+  std::string text = std::to_string(rows) + (rows == 1 ? " entry of " : " entries of ") +
+                     std::to_string(done_) + (done_ == 1 ? " user" : " users");
+  if (not_listed_ > 0) text += "; " + std::to_string(not_listed_) + " not listed";
+  return text;
 }
 
 }  // namespace quellix

@@ -7,6 +7,7 @@
 
 #include "engine.h"
 #include "platform/user_profiles.h"
+#include "plugins/recipe_run.h"
 
 namespace quellix {
 
@@ -14,10 +15,12 @@ namespace quellix {
 struct OtherUsers {
   // All who have a profile, whoever runs the program among them.
   std::function<std::vector<UserProfile>()> list;
-  // Hands the machine of a user to `work` and lets go of it behind it. Returns what could not be
-  // undone, a sentence; "" for nothing.
+  // Hands the machine of a user to `work`, which does not throw, and lets go of it behind it; calls
+  // `breathe` while that takes a while. Returns what could not be undone, a sentence; "" for
+  // nothing.
   std::function<std::string(const UserProfile& user,
-                            const std::function<void(const Machine&)>& work)>
+                            const std::function<void(const Machine&)>& work,
+                            const std::function<void()>& breathe)>
       open;
 };
 
@@ -25,7 +28,9 @@ struct OtherUsers {
 class UserRuns {
  public:
   // `own` is the machine of who runs the program; its ports and `view` must outlive this.
-  UserRuns(const Machine& own, RunView& view, OtherUsers here);
+  // `most_rows`: see row_count.
+  UserRuns(const Machine& own, RunView& view, OtherUsers here,
+           size_t most_rows = RunEntries::kMost);
 
   // Those but who runs the program, by name, none ticked. Throws Error.
   void List();
@@ -43,16 +48,23 @@ class UserRuns {
   // Whether the last look has come to its end for everybody whom it was for, or failed for him.
   bool WasLookedAt() const { return !is_stopped_; }
 
-  // What came of it, in that order: an entry each, or with Clean what went and what stayed.
+  // From now on the recipes that the last look carried out to its end may run: its rows have been
+  // shown to a person. What hinders it is told.
+  void NoteShown();
+  const std::shared_ptr<modPlugin::ShownRecipes>& shown() const { return shown_; }
+
+  // What came of it, in that order: an entry each, or with Clean what went and what stayed. Beyond
+  // the most they are only counted, user by user.
   struct Row {
     std::string user, what, where;
   };
-  const std::vector<Row>& rows() const { return rows_; }
+  size_t row_count() const { return found_.empty() ? 0 : found_.back().end; }
+  Row RowAt(size_t row) const;
   // Under each user's name what was told of him, lines.
   const std::string& text() const { return text_; }
   // What to ask before what a look has found is cleaned, a line for each of them; "" for nothing.
   const std::string& question() const { return question_; }
-  // "12 entries of 2 users"
+  // "12 entries of 2 users; 3 not listed"
   std::string Summary() const;
 
  private:
@@ -64,15 +76,27 @@ class UserRuns {
   using Work = std::function<std::shared_ptr<const RunEntries>(User& user, Engine& engine,
                                                                const Machine& his)>;
 
+  // Of one user.
+  struct Found {
+    std::string user;
+    std::shared_ptr<const RunEntries> entries;
+    size_t end;  // of its rows
+  };
+
   void ForEach(const Pause& pause, const Work& work);
-  void WorkFor(User& user, const Work& work);
+  void WorkFor(User& user, const Pause& pause, const Work& work);
+  void WorkWith(const Machine& his, User& user, const Work& work);
+  void Tell(const std::string& what) { text_ += what + "\r\n"; }
   std::shared_ptr<const RunEntries> LookFor(User& user, Engine& engine, const Machine& his);
 
   Machine own_;
   RunView& view_;
   OtherUsers here_;
   std::vector<User> users_;
-  std::vector<Row> rows_;
+  const size_t most_rows_;
+  std::vector<Found> found_;
+  uint64_t not_listed_ = 0;
+  std::shared_ptr<modPlugin::ShownRecipes> shown_;
   std::string text_, question_;
   size_t done_ = 0;
   bool is_stopped_ = false;

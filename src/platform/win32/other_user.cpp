@@ -58,10 +58,11 @@ bool OtherUserSystem::IsProgramRunning(std::string_view name) {
 }
 
 OtherUserMachine::OtherUserMachine(const std::string& program_folder, const UserProfile& user,
-                                   const std::string& backup_folder)
+                                   const std::string& backup_folder,
+                                   const std::function<void()>& breathe)
     : own_(program_folder),
       files_(own_.machine().files, user, {own_.machine().program_folder, backup_folder}),
-      hive_(files_, user),
+      hive_(files_, user, breathe),
       registry_(hive_.root(), hive_.classes(), user.sid),
       system_(own_.machine().system, registry_, user),
       shell_(own_.machine().shell),

@@ -76,13 +76,15 @@ class OtherUserSession : public Session {
 // The Windows that the program runs on, as it is for another of its users.
 class OtherUserMachine {
  public:
-  // `backup_folder`: where the settings have files backed up. Throws Error: see UserHive.
+  // `backup_folder`: where the settings have files backed up. `breathe` is called while his
+  // registry is being loaded. Throws Error: see UserHive.
   OtherUserMachine(const std::string& program_folder, const UserProfile& user,
-                   const std::string& backup_folder = "");
+                   const std::string& backup_folder = "",
+                   const std::function<void()>& breathe = {});
 
   Machine machine();
   // See UserHive; the machine is of no use behind it.
-  bool Unload() { return hive_.Unload(); }
+  bool Unload(const std::function<void()>& breathe = {}) { return hive_.Unload(breathe); }
 
  private:
   Win32Machine own_;

@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <chrono>
+#include <future>
+
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/win32/unique.h"
@@ -76,6 +79,16 @@ LSTATUS Load(Win32Folder& folder, const std::string& key, const std::string& fil
   return RegLoadKeyW(HKEY_USERS, Wide(key).c_str(), path.c_str());
 }
 
+constexpr std::chrono::milliseconds kBreath{20};
+
+// Throws what the work throws.
+void WhileBreathing(const std::function<void()>& breathe, const std::function<void()>& work) {
+  if (!breathe) return work();
+  std::future<void> done = std::async(std::launch::async, work);
+  while (done.wait_for(kBreath) != std::future_status::ready) breathe();
+  done.get();
+}
+
 }  // namespace
 
 // What a killed run has left loaded is taken as it is, and unloaded at the end.
@@ -94,7 +107,17 @@ std::string UserHive::Find(FileSystem& files, const std::string& in_use, const s
   return key;
 }
 
-UserHive::UserHive(FileSystem& files, const UserProfile& user) : turn_(TakeTurn(user)) {
+UserHive::UserHive(FileSystem& files, const UserProfile& user, const std::function<void()>& breathe)
+    : turn_(TakeTurn(user)) {
+  try {
+    WhileBreathing(breathe, [&] { LoadBoth(files, user); });
+  } catch (...) {
+    Unload(breathe);
+    throw;
+  }
+}
+
+void UserHive::LoadBoth(FileSystem& files, const UserProfile& user) {
   root_ = Find(files, user.sid, user.profile + "\\NTUSER.DAT");
   if (root_.empty()) {
     throw Error(Error::Kind::kMissing,
@@ -107,19 +130,24 @@ UserHive::UserHive(FileSystem& files, const UserProfile& user) : turn_(TakeTurn(
   }
 }
 
-bool UserHive::Unload() {
+bool UserHive::TryToUnload() {
+  try {
+    const Privileges privileges;
+    std::erase_if(loaded_, [](const std::string& key) {
+      return RegUnLoadKeyW(HKEY_USERS, Wide(key).c_str()) == ERROR_SUCCESS;
+    });
+  } catch (const Error&) {
+  }
+  return loaded_.empty();
+}
+
+bool UserHive::Unload(const std::function<void()>& breathe) {
   constexpr int kTries = 20;
   constexpr DWORD kMilliseconds = 100;
-  for (int tries = 0; !loaded_.empty() && tries < kTries; ++tries) {
-    if (tries > 0) Sleep(kMilliseconds);
-    try {
-      const Privileges privileges;
-      std::erase_if(loaded_, [](const std::string& key) {
-        return RegUnLoadKeyW(HKEY_USERS, Wide(key).c_str()) == ERROR_SUCCESS;
-      });
-    } catch (const Error&) {
-    }
-  }
+  WhileBreathing(breathe, [this] {
+    for (int tries = 1; !TryToUnload() && tries < kTries; ++tries) Sleep(kMilliseconds);
+  });
+  has_given_up_ = !loaded_.empty();
   return loaded_.empty();
 }
 

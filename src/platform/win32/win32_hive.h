@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "platform/file_system.h"
 #include "platform/user_profiles.h"
@@ -14,26 +16,31 @@ namespace quellix {
 class UserHive {
  public:
   // Throws Error: the files are missing, or a link, or may not be loaded, as by who is no
-  // administrator; kInUse: another process works on this user.
-  UserHive(FileSystem& files, const UserProfile& user);
-  ~UserHive() { Unload(); }
+  // administrator; kInUse: another process works on this user. Large files take seconds: with
+  // `breathe` they are loaded by another thread, and this one calls it some fifty times a second.
+  UserHive(FileSystem& files, const UserProfile& user, const std::function<void()>& breathe = {});
+  // Tries for as long as Unload, unless that has given up.
+  ~UserHive() { has_given_up_ ? TryToUnload() : Unload(); }
   UserHive(const UserHive&) = delete;
   UserHive& operator=(const UserHive&) = delete;
 
   // Keys below HKEY_USERS: of the user, and of his classes; "" where he has none of his own.
-  // All keys below must be closed by now. Tries for about two seconds; false when something stays
-  // loaded.
-  bool Unload();
+  // All keys below must be closed by now. Tries for about two seconds, calling `breathe` likewise;
+  // false when something stays loaded.
+  bool Unload(const std::function<void()>& breathe = {});
 
   const std::string& root() const { return root_; }
   const std::string& classes() const { return classes_; }
 
  private:
+  void LoadBoth(FileSystem& files, const UserProfile& user);
+  bool TryToUnload();
   std::string Find(FileSystem& files, const std::string& in_use, const std::string& file);
 
   UniqueHandle turn_;
   std::string root_, classes_;
   std::vector<std::string> loaded_;
+  bool has_given_up_ = false;
 };
 
 }  // namespace quellix
