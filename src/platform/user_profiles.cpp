@@ -13,13 +13,13 @@ constexpr std::string_view kMachineEnvironment =
 // Variables that name themselves, however far round or often, end here.
 constexpr int kDeepest = 8, kMost = 256;
 
+}  // namespace
+
 // A ".bak" behind an identifier is what Windows leaves of a profile that it could not load.
 bool IsPerson(std::string_view sid) {
   const bool known = sid.starts_with("S-1-5-21-") || sid.starts_with("S-1-12-1-");
   return known && sid.find('.') == std::string_view::npos;
 }
-
-}  // namespace
 
 std::optional<std::string> ReadText(Registry& registry, RegistryRoot root, std::string_view key,
                                     std::string_view name) {

@@ -17,6 +17,9 @@ struct UserProfile {
   std::string profile;  // the profile folder, without trailing "\"
 };
 
+// Whether an identifier is that of an account of a machine or domain or of the Microsoft cloud.
+bool IsPerson(std::string_view sid);
+
 // Those that the registry lists, whether or not their folders are there: of persons, with accounts
 // of a machine or domain or of the Microsoft cloud, or of the services.
 enum class Persons { kNo, kYes };

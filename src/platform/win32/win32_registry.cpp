@@ -9,6 +9,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/user_profiles.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_text.h"
@@ -104,13 +105,11 @@ struct Ownership {
   std::vector<std::string> tops = {};  // for kOwn: true names, all at or below which is his own
 };
 
-// That of a key below HKEY_USERS, or elsewhere, by its name alone. `own`: his keys below
-// HKEY_USERS, "" for none; the first is "" for who runs the program.
-Ownership OwnershipOf(const KeyHome& place, std::initializer_list<std::string_view> own) {
-  if (own.begin()->empty()) return {};
+// That of a key below HKEY_USERS, or elsewhere, by its name alone. `own`: see OwnAt.
+Ownership OwnershipOf(const KeyHome& place, const std::vector<std::string>& own) {
+  if (own.empty()) return {};
   Ownership owner{Whose::kOthers};
-  for (const std::string_view top : own) {
-    if (top.empty()) continue;
+  for (const std::string& top : own) {
     owner.tops.push_back(TrueNameOf(HKEY_USERS).append("\\").append(top));
     if (place.root == RegistryRoot::kUsers && IsAtOrBelow(top, place.key))
       owner.whose = Whose::kOwn;
@@ -330,6 +329,10 @@ KeyHome Win32Registry::Place(RegistryRoot root, std::string_view path) const {
   constexpr std::string_view kClasses = "Software\\Classes";
   std::string plain(WithoutBackslash(path));
   if (user_.empty()) return {root, std::move(plain)};
+  if (root == RegistryRoot::kUsers && !lasting_.empty() && IsAtOrBelow(lasting_, plain)) {
+    return Place(RegistryRoot::kCurrentUser,
+                 std::string_view(plain).substr(std::min(lasting_.size() + 1, plain.size())));
+  }
   const auto below = [](const std::string& top, std::string_view rest) {
     return top + (rest.empty() ? "" : "\\") + std::string(rest);
   };
@@ -342,6 +345,21 @@ KeyHome Win32Registry::Place(RegistryRoot root, std::string_view path) const {
   return {RegistryRoot::kUsers, below(classes_, rest)};
 }
 
+std::vector<std::string> Win32Registry::OwnAt(const KeyHome& place) const {
+  if (!user_.empty()) {
+    std::vector<std::string> own = {user_, classes_, lasting_};
+    std::erase(own, "");
+    return own;
+  }
+  if (place.root != RegistryRoot::kUsers) return {};
+  constexpr std::string_view kClasses = "_CLASSES";
+  std::string user = UpCase(place.key.substr(0, place.key.find('\\')));
+  if (user.ends_with(kClasses)) user.resize(user.size() - kClasses.size());
+  const std::string self = TrueNameOf(HKEY_CURRENT_USER);
+  if (!IsPerson(user) || EqualsNoCase(NamePart(self), user)) return {};
+  return {user, user.append(kClasses)};
+}
+
 KeyHome Win32Registry::LastingName(RegistryRoot root, std::string_view key) {
   if (user_.empty() || root != RegistryRoot::kCurrentUser) return {root, std::string(key)};
   return {RegistryRoot::kUsers, lasting_ + "\\" + std::string(key)};
@@ -350,7 +368,7 @@ KeyHome Win32Registry::LastingName(RegistryRoot root, std::string_view key) {
 std::unique_ptr<RegistryKey> Win32Registry::Open(RegistryRoot root, std::string_view path,
                                                  RegistryAccess access) {
   const KeyHome place = Place(root, path);
-  const Ownership owner = OwnershipOf(place, {user_, classes_, lasting_});
+  const Ownership owner = OwnershipOf(place, OwnAt(place));
   if (access == RegistryAccess::kWrite && owner.whose == Whose::kOthers) RefuseOthers(place.key);
   return OpenBelow(Predefined(place.root), place.key, Rights(access), owner);
 }
@@ -360,13 +378,17 @@ std::unique_ptr<RegistryKey> Win32Registry::Open(RegistryRoot root, std::string_
 std::unique_ptr<RegistryKey> Win32Registry::Create(RegistryRoot root, std::string_view path) {
   const KeyHome place = Place(root, path);
   const HKEY top = Predefined(place.root);
-  const Ownership owner = OwnershipOf(place, {user_, classes_, lasting_});
+  const Ownership owner = OwnershipOf(place, OwnAt(place));
   if (owner.whose == Whose::kUnchecked) return MakeBelow(top, place.key, owner);
   if (auto key = Open(root, path, RegistryAccess::kWrite)) return key;
   std::string_view above = place.key;
   std::unique_ptr<Win32Key> nearest;
   while (!nearest) {
     above = WithoutBackslash(FolderPart(above));
+    if (above.empty()) {
+      throw Error(Error::Kind::kMissing,
+                  "The registry of that user is not loaded, as he is not logged on: " + place.key);
+    }
     nearest = OpenBelow(top, above, KEY_READ | KEY_CREATE_SUB_KEY, owner);
   }
   return nearest->CreateBelow(std::string_view(place.key).substr(above.size() + 1));

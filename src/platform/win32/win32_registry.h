@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "platform/registry.h"
 
 namespace quellix {
@@ -7,6 +10,8 @@ namespace quellix {
 // The registry of the running Windows, in the view of a 64-bit program.
 class Win32Registry : public Registry {
  public:
+  // As who runs the program; below HKEY_USERS what is another person's is changed only where it is
+  // truly his, as below.
   Win32Registry() = default;
   // With HKEY_CURRENT_USER as another user has it, and everything else for reading alone (else
   // kDenied), also where his links lead to it: keys below HKEY_USERS, `classes` "" for none.
@@ -22,6 +27,9 @@ class Win32Registry : public Registry {
  private:
   // Where that is in the registry as the system has it.
   KeyHome Place(RegistryRoot root, std::string_view path) const;
+  // The keys below HKEY_USERS that are the user's own to whom the place belongs; none where
+  // Windows alone judges.
+  std::vector<std::string> OwnAt(const KeyHome& place) const;
 
   std::string user_, classes_, lasting_;  // "" for who runs the program
 };

@@ -5,8 +5,10 @@
 #include <functional>
 
 #include "app/preview_run.h"
+#include "app/undo_run.h"
 #include "backup/registry_undo.h"
 #include "platform/error.h"
+#include "support/key_link_win32.h"
 #include "support/other_user_fixture_win32.h"
 
 namespace quellix {
@@ -121,6 +123,68 @@ TEST_F(OtherUserTest, WhatHeNamesOutsideStaysInEveryRun) {
   EXPECT_THROW(other.machine().shell.OpenShortcuts(), Error);
 }
 
+// What was his is put back as his, and nowhere else.
+struct OtherUserUndoTest : OtherUserFixture {
+  OtherUserUndoTest() {
+    StoreHive();
+    WriteSettings("[General]\r\nDelMethod=B\r\n");
+    OtherUserMachine other(ports.program_folder, user);
+    Engine his(other.machine(), view);
+    for (const char* key : {"CleanTempFiles", "CleanRunMRU"})
+      his.selection().SetChecked(*FindItem(key), true);
+    his.RunCleaning();
+    run = his.state().Entries;
+    EXPECT_EQ(machine->Tree(his_temp), Names{"b.keep"});
+  }
+  ~OtherUserUndoTest() override {
+    RegUnLoadKeyW(HKEY_USERS, Wide(user.sid).c_str());
+    machine->RemoveRegistryTree(kMachine, "Software\\QxOthers");
+  }
+  std::string Undo(const Machine& on) {
+    NoPrompts prompts;
+    return Joined(UndoRun(on, *run, prompts, {}).problems);
+  }
+  // As when he logs on.
+  void LogOn() {
+    for (const char* name : {"SeBackupPrivilege", "SeRestorePrivilege"})
+      ports.session.EnablePrivilege(name);
+    const std::wstring file = Wide(user.profile + "\\NTUSER.DAT");
+    ASSERT_EQ(RegLoadKeyW(HKEY_USERS, Wide(user.sid).c_str(), file.c_str()), ERROR_SUCCESS);
+    ports.registry.Open(RegistryRoot::kUsers, his_list, RegistryAccess::kWrite)->DeleteValue("a");
+  }
+  Names HisValues() { return machine->ValueNames(RegistryRoot::kUsers, his_list); }
+
+  const std::string his_list = user.sid + "\\" + kRunMruKey;
+  std::shared_ptr<RunEntries> run;
+};
+
+TEST_F(OtherUserUndoTest, HisKeysAreHisOwnAlsoWhereHisLinksLeadElsewhere) {
+  EXPECT_TRUE(Holds(Undo(ports), "he is not logged on"));
+  EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey), Names{"a"}) << "mine";
+  {
+    OtherUserMachine other(ports.program_folder, user);
+    const auto open = [&] {
+      return other.machine().registry.Open(kUser, kRunMruKey, RegistryAccess::kWrite);
+    };
+    open()->DeleteValue("a");
+    EXPECT_EQ(Undo(other.machine()), "");
+    EXPECT_TRUE(open()->QueryValue("a"));
+  }
+  LogOn();
+  machine->SetText(kMachine, "Software\\QxOthers", "v", "x");
+  machine->RemoveRegistryTree(RegistryRoot::kUsers, his_list);
+  {
+    const KeyLink link(Wide(his_list), L"\\Registry\\Machine\\Software\\QxOthers", HKEY_USERS);
+    ASSERT_TRUE(link.made());
+    EXPECT_TRUE(Holds(Undo(ports), "is not this user's own"));
+    for (const std::string& spelled : {his_list, "s" + his_list.substr(1)})
+      EXPECT_THROW(ports.registry.Create(RegistryRoot::kUsers, spelled), Error) << spelled;
+    EXPECT_EQ(machine->ValueNames(kMachine, "Software\\QxOthers"), Names{"v"});
+  }
+  EXPECT_EQ(Undo(ports), "");
+  EXPECT_EQ(HisValues(), Names{"a"});
+}
+
 struct OtherUserFilesTest : OtherUserFixture {
   OtherUserFilesTest() {
     for (const std::string& file : {elsewhere + "Temp\\a.tmp", home + "\\Temp\\b.tmp",
@@ -207,7 +271,9 @@ TEST_F(OtherUserTest, OneRunAtATimeThatAsksNobodyToClose) {
   EXPECT_FALSE(his.session.AskToClose({.file_name = "explorer.exe"}));
   auto key = std::make_unique<UniqueKey>();
   RegOpenKeyExW(HKEY_USERS, Wide("Quellix " + user.sid).c_str(), 0, KEY_READ, key->Put());
-  EXPECT_FALSE(other.Unload()) << "a key is open";
+  int breaths = 0;
+  EXPECT_FALSE(other.Unload([&breaths] { ++breaths; })) << "a key is open";
+  EXPECT_GT(breaths, 0) << "whoever waits can do something else";
   key.reset();
   EXPECT_TRUE(other.Unload());
   EXPECT_FALSE(IsLoaded());
