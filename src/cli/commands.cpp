@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
+#include "cli/console_view.h"
 #include "platform/error.h"
 #include "settings/removal_options.h"
 
@@ -77,6 +78,7 @@ int ConsoleCommands::RunOn(const CLI::App& command, const RunTarget& target, con
   if (machine_options_.use != MachineUse::kLook) {
     for (const std::string& unknown : open->Unknowns()) std::cerr << unknown << std::endl;
   }
+  ConsoleView::WorksForAnother(open->IsForAnother());
   const int code = action(open->machine());
   return open->Store() ? code : kFailed;
 }

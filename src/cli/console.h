@@ -36,6 +36,8 @@ class OpenMachine {
  public:
   virtual ~OpenMachine() = default;
   virtual Machine machine() = 0;
+  // Whether it is that of another user than who runs this.
+  virtual bool IsForAnother() { return false; }
   // Stores what is still to be stored; false when that failed, which was told then.
   virtual bool Store() { return true; }
   // Why a change would be refused: a sentence each. For whoever previews one.

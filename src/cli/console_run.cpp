@@ -73,6 +73,7 @@ ConsoleRun::ConsoleRun(const Machine& machine, RunKind kind, std::ostream& out)
   }
   view_->Follow(engine_->state());
   engine_->state().BySelf = !ConsoleView::asks();
+  engine_->state().IsForAnother = ConsoleView::works_for_another();
   LoadEngine(*engine_, kind == RunKind::kReal);
 }
 

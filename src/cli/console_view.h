@@ -21,6 +21,9 @@ class ConsoleView : public RunView {
   // Whether somebody sits at a terminal who can be asked; for all views.
   static void Asks(bool asks) { asks_ = asks; }
   static bool asks() { return asks_; }
+  // Whether what is cleaned is another user's than who runs this; for all views.
+  static void WorksForAnother(bool works) { works_for_another_ = works; }
+  static bool works_for_another() { return works_for_another_; }
   // Whether Ctrl-C was pressed while the last view was there.
   static bool WasInterrupted();
   // The run whose totals are told meanwhile; it must outlive this.
@@ -46,7 +49,7 @@ class ConsoleView : public RunView {
   void ShowLine();
   void ClearLine();
 
-  inline static bool shows_progress_ = false, asks_ = false;
+  inline static bool shows_progress_ = false, asks_ = false, works_for_another_ = false;
   std::ostream& out_;
   std::string status_;
   const RunState* run_ = nullptr;

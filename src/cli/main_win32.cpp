@@ -51,6 +51,7 @@ class OtherMachine : public quellix::OpenMachine {
       : name_(user.name), other_(options.settings, user, backup_folder) {}
   ~OtherMachine() override { Store(); }
   quellix::Machine machine() override { return other_.machine(); }
+  bool IsForAnother() override { return true; }
   bool Store() override {
     if (other_.Unload()) return true;
     if (!was_told_)

@@ -18,9 +18,12 @@ TEST_F(OtherUserConsoleTest, ANamedOneIsCleanedAloneAndAllOnesEachAsOnHisOwn) {
     Expect(With(clean, {"--user", "qx2"}), 0, {std::string("Files Deleted:  ") + files});
     EXPECT_FALSE(machine->Exists(his));
     EXPECT_TRUE(machine->Exists(his_temp + "b.keep") && machine->Exists(mine));
+    EXPECT_FALSE(Holds(ReadOwn("Settings.ini"), "LastCleaned")) << "it was not one's own";
   }
   machine->MakeFile(his, "12345");
   Expect(With(clean, {"--all-users"}), 0, {"== qx2\n", " runs\n", "qx2: done\n"});
+  EXPECT_TRUE(Holds(ReadOwn("Settings.ini"), "LastCleaned") &&
+              Holds(ReadOwn("Settings.ini"), "CleanTempFiles="));
   EXPECT_FALSE(machine->Exists(his) || machine->Exists(mine) || IsLoaded());
   machine->MakeFile(his, "12345");
   Expect(With(clean, {"--user", "qx2", "--user", "qx4", "--json"}), 1,
