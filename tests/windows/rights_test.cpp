@@ -91,6 +91,26 @@ TEST_F(RightsTest, TheButtonStartsAnewForTheSameUserAndCleansThatAlone) {
   EXPECT_EQ(window.BoxOf(chkTemp), 2);
 }
 
+TEST_F(RightsTest, OnlyAnAdministratorIsLedToOtherUsers) {
+  const UniqueHandle plain = PlainToken();
+  for (const HANDLE token : {static_cast<HANDLE>(nullptr), plain.Get()}) {
+    const bool may = token == nullptr;
+    SCOPED_TRACE(may);
+    const QuellixWindow window({}, token);
+    PressKeys(window.main(), {VK_MENU, L'T'});
+    ASSERT_TRUE(window.AwaitMenu());
+    PressKeys(window.main(), {L'U'});
+    if (may) {
+      EXPECT_TRUE(CloseAndAwait(window.AwaitWindow(L"Other users")));
+      continue;
+    }
+    for (int i = 0; i < 2 && window.HasMenu(); ++i) PressKeys(window.main(), {VK_ESCAPE});
+    EXPECT_TRUE(Await([&] { return !window.HasMenu(); }));
+    PostAndAwait(window.main(), WM_NULL, 0, 0);
+    EXPECT_FALSE(window.HasWindow(L"Other users"));
+  }
+}
+
 TEST_F(RightsTest, AStartForAnotherIsRefused) {
   const std::tuple<const char*, std::wstring, std::wstring> kRows[] = {
       {"another user", L"S-1-5-21-7-1001", OwnProfile()},
