@@ -76,6 +76,10 @@ class RegistryKey {
   // to case. Of a key of HKEY_CLASSES_ROOT the one that stands in front. Throws Error.
   virtual std::string TrueName() = 0;
 
+  // When a value of this key was last written, or a sub-key made or deleted: a FILETIME, 0 where
+  // that is not known. Which of them it was nobody keeps.
+  virtual int64_t LastWrite() { return 0; }
+
   // Changes. Each throws Error when denied and leaves the key as it was. On a volume they are only
   // in memory until Flush: what nobody flushes is stored at the end, and told nobody when that
   // fails. So whoever says that something is gone from the registry has called Flush before.

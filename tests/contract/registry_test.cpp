@@ -51,6 +51,15 @@ TEST_F(RegistryContract, ValuesOfEveryTypeAndNameComeBackAsStored) {
   EXPECT_EQ(seen.size(), std::size(kRows));
 }
 
+TEST_F(RegistryContract, AKeyTellsWhenItWasMade) {
+  const int64_t before = machine_.system.UtcNow() - 600'000'000;  // its clock may be another
+  test_->SetText(kUser, key_ + "\\made", "a", "1");
+  const auto key = Open(key_ + "\\made", kRead);
+  ASSERT_TRUE(key);
+  EXPECT_GT(key->LastWrite(), before);
+  EXPECT_LT(key->LastWrite(), machine_.system.UtcNow() + 600'000'000);
+}
+
 TEST_F(RegistryContract, NamesCompareWithoutCaseInEveryScript) {
   test_->SetText(kUser, key_ + "\\Ärger\\Ключ", "Größe", "1");
   const auto key = Open("SOFTWARE\\QUELLIX CONTRACT\\ÄRGER\\КЛЮЧ\\", kWrite);

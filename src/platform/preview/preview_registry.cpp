@@ -36,6 +36,7 @@ class PreviewKey : public RegistryKey {
   bool IsLink(std::string_view path) override;
   // One that was made leads nowhere else.
   std::string TrueName() override { return inner_ ? inner_->TrueName() : place_; }
+  int64_t LastWrite() override { return inner_ ? inner_->LastWrite() : 0; }
   void SetValue(std::string_view name, const RegistryValue& value) override;
   bool DeleteValue(std::string_view name) override;
   bool DeleteSubKey(std::string_view path) override;

@@ -254,6 +254,11 @@ std::string Hive::PathOf(HiveNode node) const {
   return path;
 }
 
+int64_t Hive::LastWrite(HiveNode node) const {
+  if (editor_) return editor_->LastWrite(node);
+  return std::max<int64_t>(hivex_node_timestamp(hive_.get(), node), 0);
+}
+
 const std::vector<std::string>& Hive::SubKeys(HiveNode node) { return Children(node).names; }
 
 // Nothing for one whose name cannot be told: it is left alone, as nothing could name it either.

@@ -60,6 +60,8 @@ class Hive {
   const std::vector<Value>& Values(HiveNode node);
   const Value* FindValue(HiveNode node, std::string_view name);
   std::string Bytes(const Value& value) const;
+  // A FILETIME; 0 where the hive holds none.
+  int64_t LastWrite(HiveNode node) const;
   void ReadBytes(const Value& value, std::string& bytes) const;
 
   // Changes; all throw Error and then have changed nothing.

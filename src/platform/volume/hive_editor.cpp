@@ -341,6 +341,11 @@ void HiveEditor::AddToList(size_t parent, size_t key, std::string_view name) {
   Put(parent + kKeySubKeyCount, count + 1);
 }
 
+int64_t HiveEditor::LastWrite(size_t key) const {
+  const uint64_t high = Number(key + kKeyWritten + 4);
+  return static_cast<int64_t>(high << 32 | Number(key + kKeyWritten));
+}
+
 size_t HiveEditor::CreateSubKey(size_t parent, std::string_view name, int64_t now) {
   const StoredName stored = Store(name);
   const size_t key = Allocate(kKeyName + stored.bytes.size());

@@ -31,6 +31,7 @@ class HiveEditor {
   // A sub-key that is not there yet, with the parent's access list. Returns its place.
   size_t CreateSubKey(size_t parent, std::string_view name, int64_t now);
   bool HasSubKeys(size_t key) const;
+  int64_t LastWrite(size_t key) const;  // a FILETIME
   // One without sub-keys that is not the root, with all its values.
   void DeleteKey(size_t key);
 

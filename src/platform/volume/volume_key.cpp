@@ -114,6 +114,10 @@ std::string VolumeKey::TrueName() {
   return registry_.TrueNameOf(layer.hive->path(), layer.hive->PathOf(layer.node));
 }
 
+int64_t VolumeKey::LastWrite() {
+  return layers_.empty() ? 0 : layers_.front().hive->LastWrite(layers_.front().node);
+}
+
 void VolumeKey::RequireWrite() const {
   if (access_ != RegistryAccess::kWrite) {
     throw Error(Error::Kind::kDenied, "The registry key is open for reading only: " + place_);

@@ -27,6 +27,7 @@ class VolumeKey : public RegistryKey {
   bool ReadValueAt(uint32_t index, std::string& name, RegistryValue& value) override;
   std::optional<std::string> SubKeyAt(uint32_t index) override;
   std::string TrueName() override;
+  int64_t LastWrite() override;
   void SetValue(std::string_view name, const RegistryValue& value) override;
   bool DeleteValue(std::string_view name) override;
   bool DeleteSubKey(std::string_view path) override;

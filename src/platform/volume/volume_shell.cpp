@@ -152,6 +152,10 @@ void VolumeShell::OpenFolderOf(std::string_view) {
   throw NotAvailable("Folders are opened by a running Windows only.");
 }
 
+void VolumeShell::StartProgram(std::string_view, std::string_view) {
+  throw NotAvailable("Programs are started by a running Windows only.");
+}
+
 std::unique_ptr<ShortcutReader> VolumeShell::OpenShortcuts() { return OpenVolumeShortcuts(files_); }
 
 }  // namespace quellix

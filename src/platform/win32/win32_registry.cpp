@@ -12,6 +12,7 @@
 #include "platform/user_profiles.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
+#include "platform/win32/win32_file_time.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
@@ -145,6 +146,7 @@ class Win32Key : public RegistryKey {
   std::optional<std::string> SubKeyAt(uint32_t index) override;
   bool IsLink(std::string_view path) override;
   std::string TrueName() override;
+  int64_t LastWrite() override;
   void SetValue(std::string_view name, const RegistryValue& value) override;
   bool DeleteValue(std::string_view name) override;
   bool DeleteSubKey(std::string_view path) override;
@@ -270,6 +272,13 @@ bool Win32Key::IsLink(std::string_view path) {
 }
 
 std::string Win32Key::TrueName() { return TrueNameOf(key_.Get()); }
+
+int64_t Win32Key::LastWrite() {
+  FILETIME time{};
+  const LSTATUS status = RegQueryInfoKeyW(key_.Get(), nullptr, nullptr, nullptr, nullptr, nullptr,
+                                          nullptr, nullptr, nullptr, nullptr, nullptr, &time);
+  return status == ERROR_SUCCESS ? FromFileTime(time) : 0;
+}
 
 // Windows counts a NUL that happens to stand behind a text in memory to the text; so none does.
 void Win32Key::SetValue(std::string_view name, const RegistryValue& value) {

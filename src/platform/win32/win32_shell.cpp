@@ -136,6 +136,19 @@ void Win32Shell::OpenFolderOf(std::string_view path) {
   if (FAILED(result)) throw WindowsError(static_cast<DWORD>(result), "open the folder of", path);
 }
 
+void Win32Shell::StartProgram(std::string_view path, std::string_view arguments) {
+  com_.Start();
+  const std::wstring file = Wide(path), rest = Wide(arguments);
+  SHELLEXECUTEINFOW info{};
+  info.cbSize = sizeof info;
+  info.fMask = SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC;
+  info.lpFile = file.c_str();
+  info.lpParameters = rest.c_str();
+  info.nShow = SW_SHOWNORMAL;
+  static const auto execute = shell32.Find<decltype(&ShellExecuteExW)>("ShellExecuteExW");
+  if (!execute(&info) && GetLastError() != ERROR_CANCELLED) ThrowLastError("start", path);
+}
+
 std::unique_ptr<ShortcutReader> Win32Shell::OpenShortcuts() {
   com_.Start();
   return OpenWin32Shortcuts();
