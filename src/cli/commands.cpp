@@ -44,8 +44,8 @@ MachineUse ConsoleCommands::UseOf(const CLI::App& command) const {
     const CLI::Option* const option = command.get_option_no_throw(name);
     return option != nullptr && (option->count() > 0) == given;
   };
-  const bool is_preview =
-      command.get_name() == "preview" || has("--preview", true) || has("--delete", false);
+  const bool looks = has("--delete", false) && !has("--enable", true) && !has("--disable", true);
+  const bool is_preview = command.get_name() == "preview" || has("--preview", true) || looks;
   return is_preview ? MachineUse::kPreview : MachineUse::kChange;
 }
 

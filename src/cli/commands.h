@@ -36,8 +36,9 @@ class ConsoleCommands {
   CLI::App& AddPlain(const char* name, const char* what, std::function<int()> action);
 
   // A command that changes what is on the machine: unless it is called "preview", its --preview is
-  // given or its --delete is not, or `is_elsewhere`, asked when the machine is known, tells that it
-  // changes something else. Only such a one may be given several volumes or users.
+  // given or of --delete, --enable and --disable none is, or `is_elsewhere`, asked when the machine
+  // is known, tells that it changes something else. Only such a one may be given several volumes or
+  // users.
   void Changes(CLI::App& command, std::function<bool()> is_elsewhere = {});
 
   // Lets a command tell its results to other programs as well.

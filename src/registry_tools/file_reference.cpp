@@ -55,6 +55,12 @@ ReferenceJudge::ReferenceJudge(const Machine& machine) : machine_(machine) {
       drives_ += drive.letter;
     }
   }
+  const std::string windows = machine.system.WindowsFolder();
+  seen_by_32_bit_ = {{machine.system.SystemFolder() + "\\", windows + "\\SysWOW64\\"},
+                     {windows + "\\Sysnative\\", machine.system.SystemFolder() + "\\"}};
+  const auto programs = machine.system.Environment("ProgramW6432"),
+             programs_32 = machine.system.Environment("ProgramFiles(x86)");
+  if (programs && programs_32) seen_by_32_bit_.emplace_back(*programs + "\\", *programs_32 + "\\");
 }
 
 std::optional<std::string> ReferenceJudge::FindGone(const RegistryValue& value) {

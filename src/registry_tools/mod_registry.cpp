@@ -65,6 +65,20 @@ std::string ReadRegString(Access access, RegistryKey& key, std::string_view name
   return access.system.FromAnsi(TrimNull(value->bytes));
 }
 
+std::string ReadText(RegistryKey& key, std::string_view name) {
+  const std::optional<RegistryValue> value = key.QueryValue(name);
+  if (!value || (value->type != kRegSz && value->type != kRegExpandSz)) return {};
+  return std::string(TrimNull(FromUtf16Bytes(value->bytes)));
+}
+
+std::optional<uint32_t> ReadNumber(RegistryKey& key, std::string_view name) {
+  const std::optional<RegistryValue> value = key.QueryValue(name);
+  if (!value || value->type != kRegDword || value->bytes.size() < 4) return std::nullopt;
+  uint32_t number = 0;
+  for (size_t i = 4; i-- > 0;) number = number << 8 | static_cast<unsigned char>(value->bytes[i]);
+  return number;
+}
+
 std::string ReadRegString(Access access, RegistryRoot root, std::string_view key,
                           std::string_view name) {
   std::string result;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,6 +37,11 @@ std::string ReadRegString(Access access, RegistryRoot root, std::string_view key
 
 // The same of an open key.
 std::string ReadRegString(Access access, RegistryKey& key, std::string_view name);
+
+// A text value, of any length and with variables as they are; "" where it is missing or of another
+// type. A number; nothing likewise. Both throw Error.
+std::string ReadText(RegistryKey& key, std::string_view name);
+std::optional<uint32_t> ReadNumber(RegistryKey& key, std::string_view name);
 
 // The value names of a key, each but the last followed by a NUL; "" for none. Blanks around a name
 // are lost, except where all are asked for. A stop leaves out the rest.

@@ -75,7 +75,7 @@ bool RegistryScan::NextEntry() {
 void RegistryScan::AddJudged(ScanRow row, RowMark mark) {
   const bool is_orphaned = mark == RowMark::kOrphaned;
   row.mark = mark;
-  row.checked = is_orphaned;
+  row.checked = is_orphaned && traits_.ticks;
   if (is_orphaned) orphaned_.Add();
   rows_.insert(is_orphaned ? rows_.begin() : rows_.end(), std::move(row));
 }
@@ -105,16 +105,90 @@ void RegistryScan::TellDamage(RegistryRoot root, std::string_view key) {
   }
 }
 
+void RegistryScan::NoteStayed(size_t index, const std::string& why) {
+  erased_.stays[index] = true;
+  ++erased_.stayed;
+  if (erased_.problem.empty()) erased_.problem = why;
+}
+
 void RegistryScan::Erase(const std::vector<size_t>& chosen, const KeepList& keep,
                          const Pause& pause) {
+  erased_.stays.resize(chosen.size());
+  EraseTargets(chosen, keep, pause);
+  RecycleOwnFiles(chosen, keep, pause);
+  for (size_t i = 0; i < chosen.size(); ++i) {
+    const ScanRow& row = rows_[chosen[i]];
+    if (!row.why_stays.empty()) NoteStayed(i, row.why_stays);
+  }
+}
+
+void RegistryScan::EraseTargets(const std::vector<size_t>& chosen, const KeepList& keep,
+                                const Pause& pause) {
   const Preferences options = Settings(machine_).Load();
   RegistryEraser eraser(machine_.registry, RegistryEraser::OnError::kSilent);
   if (options.BackupRegistry) eraser.KeepIn(undo_, machine_, options.BackupFolder);
   eraser.Leave(keep);
   eraser.OnPause(pause);
   std::vector<RegistryTarget> targets;
-  for (const size_t row : chosen) targets.push_back(TargetOf(rows_[row]));
-  erased_ = eraser.Erase(targets);
+  std::vector<size_t> places;  // of the targets among the chosen
+  for (size_t i = 0; i < chosen.size(); ++i) {
+    const ScanRow& row = rows_[chosen[i]];
+    if (!row.own_file.empty() || !row.why_stays.empty()) continue;
+    targets.push_back(TargetOf(row));
+    places.push_back(i);
+  }
+  Erasure erased = eraser.Erase(targets);
+  for (size_t i = 0; i < places.size(); ++i) erased_.stays[places[i]] = erased.stays[i];
+  erased.stays = std::move(erased_.stays);
+  erased_ = std::move(erased);
+}
+
+void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const KeepList& keep,
+                                   const Pause& pause) {
+  std::optional<ProtectedPlaces> places;
+  for (size_t i = 0; i < chosen.size(); ++i) {
+    const ScanRow& row = rows_[chosen[i]];
+    if (row.own_file.empty()) continue;
+    if (!places) places.emplace(machine_, Settings(machine_).Load().BackupFolder, keep);
+    erased_.stopped = erased_.stopped || pause();
+    try {
+      if (erased_.stopped) throw Error(Error::Kind::kOther, "The deletion was stopped.");
+      const auto folder = OpenFolderOf(machine_.files, row.own_file);
+      const std::string why = places->WhyNotFile(*folder, row.own_file, row.own_claim);
+      if (!why.empty()) throw Error(Error::Kind::kDenied, row.own_file + why);
+      folder->Recycle(NamePart(row.own_file));
+      ++erased_.gone;
+    } catch (const Error& error) {
+      if (error.kind() != Error::Kind::kMissing) NoteStayed(i, error.what());
+    }
+  }
+}
+
+void RegistryScan::KeepValue(RegistryRoot root, std::string_view key, std::string_view name) {
+  const Preferences options = Settings(machine_).Load();
+  if (!options.BackupRegistry) return;
+  try {
+    undo_.AddValue(machine_.registry, root, key, name);
+    undo_.Store(machine_, options.BackupFolder);
+  } catch (const Error& error) {
+    undo_.Forget();
+    throw NotKept(error);
+  }
+}
+
+void RegistryScan::Act(ScanAction action, const std::vector<size_t>& rows, const Pause& pause) {
+  erased_ = {};
+  erased_.stays.resize(rows.size());
+  for (size_t i = 0; i < rows.size() && !pause(); ++i) {
+    if (!Offers(action, rows[i])) continue;
+    try {
+      Do(action, rows_[rows[i]]);
+      ++erased_.gone;
+    } catch (const Error& error) {
+      NoteStayed(i, error.what());
+    }
+  }
+  SetStatus(Recounted() + (erased_.stayed == 0 ? "" : ", " + erased_.problem));
 }
 
 // Most are missing, that is why their rows are here.
@@ -143,7 +217,7 @@ std::vector<ScanRow> RegistryScan::TakeErased(const std::vector<size_t>& chosen)
   std::vector<ScanRow> gone;
   std::vector<bool> is_gone(rows_.size());
   for (size_t i = 0; i < chosen.size(); ++i) {
-    if (erased_.stopped && erased_.stays[i]) continue;
+    if ((erased_.stopped || traits_.keeps_stayed) && erased_.stays[i]) continue;
     is_gone[chosen[i]] = true;
     gone.push_back(std::move(rows_[chosen[i]]));
   }
@@ -167,7 +241,7 @@ std::string RegistryScan::QuestionFor(size_t count, bool files_also) const {
   if (count == 0 || !Settings(machine_).Load().ask) return {};
   const bool one = count == 1;
   return "Delete " + FormatCount(count, machine_.system.UserLocale()) +
-         (one ? " reference" : " references") + " from the registry" +
+         (one ? traits_.one : traits_.many) +
          (!files_also ? ""
           : one       ? ", and the file that it names"
                       : ", and the files that they name") +

@@ -12,6 +12,7 @@
 #include "platform/machine.h"
 #include "registry_tools/mod_registry.h"
 #include "registry_tools/registry_eraser.h"
+#include "run/protected_places.h"
 #include "run/views.h"
 #include "settings/settings.h"
 
@@ -20,7 +21,7 @@ namespace quellix {
 // Not judged is what this machine cannot know of: of a volume a drive that is not mapped, a
 // relative name, a path with switches behind it.
 enum class RowMark { kNone, kOrphaned, kValid, kNotJudged };
-inline constexpr size_t kMostScanColumns = 4;
+inline constexpr size_t kMostScanColumns = 7;
 
 // One reference, as its list shows it and as the registry holds it.
 struct ScanRow {
@@ -30,7 +31,15 @@ struct ScanRow {
   RegistryRoot root = RegistryRoot::kLocalMachine;
   std::string key, name;  // the key, and the value where the reference is one
   std::string file;       // full path, where the file can be deleted too
+  // A file that the row itself is, which goes to the recycle bin; "" for what is in the registry.
+  std::string own_file = {};
+  Claim own_claim = Claim::kOwnList;  // by which it goes
+  std::string why_stays = {};         // why it cannot be deleted, a sentence; "" where it can
+  size_t entry = 0;                   // the tool's own number of it
 };
+
+// What else can be done with a row than to delete it.
+enum class ScanAction { kEnable, kDisable, kStart, kChoose };
 
 struct ScanColumn {
   const char* title;
@@ -61,6 +70,12 @@ struct ScanTraits {
   bool has_thorough = false;   // the box "Thorough"
   bool freezes = true;         // painting of the list while it scans
   bool rescans = false;        // after a deletion
+  bool ticks = true;           // orphaned rows at first
+  bool keeps_stayed = false;   // what could not be deleted stays in the list
+  std::span<const ScanAction> actions = {};
+  // What a deletion asks about, one and more of them.
+  const char* one = " reference from the registry";
+  const char* many = " references from the registry";
 };
 
 // Shows what a scan does. Calls are frequent: an implementation paints at its own pace.
@@ -113,6 +128,16 @@ class RegistryScan {
   // What to ask before that many references are deleted, a verb first; "" where the settings ask
   // for no question, and for none.
   std::string QuestionFor(size_t count, bool files_also) const;
+  // Whether something of traits().actions can be done with a row as it is.
+  virtual bool Offers(ScanAction, size_t) const { return false; }
+  // What to ask before it is done with a row; "" for nothing.
+  virtual std::string QuestionForAction(ScanAction, size_t) const { return {}; }
+  // What could stand where a row's reference does (kChoose), and putting it there; the next scan
+  // shows it. Throws Error.
+  virtual std::vector<std::string> ChoicesFor(size_t) const { return {}; }
+  virtual void Choose(size_t, const std::string& /*choice*/) {}
+  // Does it with those rows that it can be done with; stayed() and failure() tell of the others.
+  void Act(ScanAction action, const std::vector<size_t>& rows, const Pause& pause = {});
   size_t stayed() const { return erased_.stayed; }
   const std::string& failure() const { return erased_.problem; }
   // The .reg file of this window's deletions, "" when there is none.
@@ -135,6 +160,10 @@ class RegistryScan {
   virtual void ScanRegistry() = 0;
   // What goes from the registry with a row.
   virtual RegistryTarget TargetOf(const ScanRow& row) const = 0;
+  // Of what Offers says: changes the row as well. Throws Error.
+  virtual void Do(ScanAction, ScanRow&) {}
+  // Keeps a value that is about to be changed, where the settings want that. Throws NotKept.
+  void KeepValue(RegistryRoot root, std::string_view key, std::string_view name);
   // The status from the rows that are left, where no scan follows.
   virtual std::string Recounted() const { return status_; }
 
@@ -160,7 +189,8 @@ class RegistryScan {
   void BeginEntries(size_t count);
   // Before each entry; false when the user has stopped, with the stop path gone.
   bool NextEntry();
-  // Orphaned rows stand at the top, checked, and are counted; others at the end.
+  // Orphaned rows stand at the top, checked where the tool ticks, and are counted; others at the
+  // end.
   void AddJudged(ScanRow row, RowMark mark);
   // Orphaned is a row whose file is gone.
   void AddJudgedByFile(ScanRow row);
@@ -173,6 +203,9 @@ class RegistryScan {
 
  private:
   void Erase(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
+  void EraseTargets(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
+  void RecycleOwnFiles(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
+  void NoteStayed(size_t index, const std::string& why);
   void RemoveFileOf(const ScanRow& row, ProtectedPlaces& places);
   std::vector<ScanRow> TakeErased(const std::vector<size_t>& chosen);
   void DeleteFiles(std::span<const ScanRow> going, const KeepList& keep, const Pause& pause);

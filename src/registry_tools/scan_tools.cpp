@@ -15,9 +15,15 @@ const ScanTraits& TraitsOf(ScanTool tool) {
     case ScanTool::kHelpFiles:
       return kHelpFileTraits;
     case ScanTool::kComponents:
+      return kComponentTraits;
+    case ScanTool::kStartup:
+      return kStartupTraits;
+    case ScanTool::kUninstall:
+      return kUninstallTraits;
+    case ScanTool::kAssociations:
       break;
   }
-  return kComponentTraits;
+  return kAssociationTraits;
 }
 
 std::unique_ptr<RegistryScan> MakeScan(ScanTool tool, const Machine& machine, ScanView& view) {
@@ -31,9 +37,15 @@ std::unique_ptr<RegistryScan> MakeScan(ScanTool tool, const Machine& machine, Sc
     case ScanTool::kHelpFiles:
       return MakeHelpFiles(machine, view);
     case ScanTool::kComponents:
+      return MakeComponents(machine, view);
+    case ScanTool::kStartup:
+      return MakeStartupPrograms(machine, view);
+    case ScanTool::kUninstall:
+      return MakeUninstallEntries(machine, view);
+    case ScanTool::kAssociations:
       break;
   }
-  return MakeComponents(machine, view);
+  return MakeFileAssociations(machine, view);
 }
 
 }  // namespace quellix

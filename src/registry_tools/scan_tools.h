@@ -8,10 +8,20 @@
 namespace quellix {
 
 // The tools that share the shape of RegistryScan.
-enum class ScanTool { kSharedDlls, kFileReferences, kAppPaths, kHelpFiles, kComponents };
+enum class ScanTool {
+  kSharedDlls,
+  kFileReferences,
+  kAppPaths,
+  kHelpFiles,
+  kComponents,
+  kStartup,
+  kUninstall,
+  kAssociations
+};
 inline constexpr ScanTool kScanTools[] = {ScanTool::kSharedDlls, ScanTool::kFileReferences,
-                                          ScanTool::kAppPaths, ScanTool::kHelpFiles,
-                                          ScanTool::kComponents};
+                                          ScanTool::kAppPaths,   ScanTool::kHelpFiles,
+                                          ScanTool::kComponents, ScanTool::kStartup,
+                                          ScanTool::kUninstall,  ScanTool::kAssociations};
 
 const ScanTraits& TraitsOf(ScanTool tool);
 // `view` and the ports must outlive it.

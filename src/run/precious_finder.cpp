@@ -227,6 +227,8 @@ void PreciousFinder::FindWindows() {
   FolderBranch below(*windows);
   NoteIn(below, kWindowsFolders, Kind::kSystem);
   NoteIn(below, kWindowsTrees, Kind::kTree);
+  if (const auto& place = below.Find("Installer"); place.folder)
+    places_.NotePackages(*place.folder);
   NoteIn(below, kFreeInWindows, Kind::kFree);
   if (const auto system = Open(machine_.system.SystemFolder())) {
     places_.Note(*system, Kind::kSystem);

@@ -4,6 +4,7 @@
 
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/text.h"
 #include "run/precious_finder.h"
 #include "run/precious_names.h"
 
@@ -124,7 +125,8 @@ std::string ProtectedPlaces::WhyNot(Folder& folder, std::string_view mask, bool 
 std::string ProtectedPlaces::WhyNotFile(Folder& folder, std::string_view path, Claim claim) {
   const std::string_view name = NamePart(path);
   const FileId id = folder.Id();
-  const bool is_to_spare = claim == Claim::kVolumeItem && IsFileToSpare(folder, name);
+  const bool is_to_spare = (claim == Claim::kVolumeItem && IsFileToSpare(folder, name)) ||
+                           (claim == Claim::kPackage && IsPackage(id, name));
   std::string why = WhyNotOpened(folder, name, false, claim, is_to_spare);
   if (!why.empty()) return why;
   if (const auto line = keep_.ForFile(folder, id, path); !line.empty()) return Kept(line);
@@ -145,6 +147,11 @@ std::string ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view path) {
   } catch (const Error&) {
     return kUnknownPlace;
   }
+}
+
+bool ProtectedPlaces::IsPackage(const FileId& folder, std::string_view name) const {
+  return packages_.is_known() && folder == packages_ &&
+         (MatchesMask(name, "*.msi") || MatchesMask(name, "*.msp"));
 }
 
 bool ProtectedPlaces::IsFileToSpare(Folder& folder, std::string_view name) const {

@@ -13,9 +13,10 @@
 namespace quellix {
 
 // Who asks for something to go: an item of the program, a list that the user wrote, a recipe that
-// somebody wrote; or an item for a Windows that does not run. The user's own list may name his own
-// folders, such as Downloads.
-enum class Claim { kItem, kOwnList, kRecipe, kVolumeItem };
+// somebody wrote; or an item for a Windows that does not run; or the user, of a package of the
+// Windows Installer that no product names. The user's own list may name his own folders, such as
+// Downloads.
+enum class Claim { kItem, kOwnList, kRecipe, kVolumeItem, kPackage };
 
 // What must never go, known by what it is and not by how it is spelled: folders are compared by
 // identity, so that doubled separators, short names, variables, links and shares lead nowhere else.
@@ -80,6 +81,9 @@ class ProtectedPlaces {
   // What Claim::kVolumeItem may take, whatever else is noted of it.
   void NoteToSpare(Folder& folder) { to_spare_.insert(folder.Id()); }
   void NoteFileToSpare(Folder& folder, std::string_view name);
+  // Where Claim::kPackage may take packages one by one.
+  void NotePackages(Folder& folder) { packages_ = folder.Id(); }
+  bool IsPackage(const FileId& folder, std::string_view name) const;
   bool IsFileToSpare(Folder& folder, std::string_view name) const;
   bool LiesInWhatToSpare(const FileId& self, const std::vector<FileId>& above) const;
   // The strongest rule for a folder, by those that it lies in.
@@ -94,6 +98,7 @@ class ProtectedPlaces {
   std::map<FileId, Kind> holders_;  // what lies above them, with the strongest that they hold
   std::map<FileId, std::set<FileId>> files_;  // by folder
   std::set<FileId> to_spare_;                 // folders and files
+  FileId packages_;
 };
 
 }  // namespace quellix

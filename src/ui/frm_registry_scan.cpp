@@ -1,5 +1,7 @@
 #include "ui/frm_registry_scan.h"
 
+#include <algorithm>
+
 #include "platform/win32/win32_text.h"
 #include "ui/control_text.h"
 #include "ui/dpi.h"
@@ -16,7 +18,8 @@ constexpr UINT kUntilSeen = 50;  // milliseconds
 constexpr int kIcons[] = {icoCross, icoTick, icoTick};
 
 // What waits while the registry is read or changed.
-constexpr int kIdle[] = {cmdDelete, cmdEdit, chkDelete, chkThorough};
+constexpr int kIdle[] = {cmdDelete,    cmdEdit,   cmdEnable, cmdDisable,
+                         cmdUninstall, cmdChoose, chkDelete, chkThorough};
 
 constexpr Anchor kAnchors[] = {
     {lstvOrphanedDLL, 0, 0, 1, 1}, {lstvInvalid, 0, 0, 1, 1}, {pgKeys, 0, 1, 1, 1},
@@ -24,8 +27,15 @@ constexpr Anchor kAnchors[] = {
     {fmResize, 0, 1, 1, 1},        {lblKey, 0, 1, 0, 1},      {lblValue, 0, 1, 0, 1},
     {lblPath, 0, 1, 0, 1},         {txtKey, 0, 1, 1, 1},      {txtValue, 0, 1, 1, 1},
     {txtPath, 0, 1, 1, 1},         {cmdDelete, 0, 1, 0, 1},   {cmdEdit, 0, 1, 0, 1},
-    {cmdStop, 0, 1, 0, 1},         {IDCANCEL, 1, 1, 1, 1},
+    {cmdEnable, 0, 1, 0, 1},       {cmdDisable, 0, 1, 0, 1},  {cmdUninstall, 0, 1, 0, 1},
+    {cmdChoose, 0, 1, 0, 1},       {cmdStop, 0, 1, 0, 1},     {IDCANCEL, 1, 1, 1, 1},
 };
+
+// Buttons and entries of the context menu alike.
+constexpr std::pair<int, ScanAction> kActions[] = {{cmdEnable, ScanAction::kEnable},
+                                                   {cmdDisable, ScanAction::kDisable},
+                                                   {cmdUninstall, ScanAction::kStart},
+                                                   {cmdChoose, ScanAction::kChoose}};
 
 }  // namespace
 
@@ -40,9 +50,17 @@ FrmRegistryScan::Parts FrmRegistryScan::PartsOf(ScanTool tool) {
     case ScanTool::kHelpFiles:
       return {"InvalidHelp", frmInvalidHelp, lstvInvalid, {180, 400}, 1};
     case ScanTool::kComponents:
+      return {"InvalidActivex", frmInvalidActivex, lstvInvalid, {160, 85, 95, 250}, 2};
+    case ScanTool::kStartup:
+      return {"Startup", frmStartup, lstvInvalid, {130, 230, 110, 150, 90, 130, 110},
+              1,         mnuStartup};
+    case ScanTool::kUninstall:
+      return {"Uninstall", frmUninstall, lstvInvalid, {200, 80, 140, 80, 80, 140, 230},
+              6,           mnuUninstall};
+    case ScanTool::kAssociations:
       break;
   }
-  return {"InvalidActivex", frmInvalidActivex, lstvInvalid, {160, 85, 95, 250}, 2};
+  return {"Associations", frmAssociations, lstvInvalid, {160, 130, 260, 110}, 2, mnuAssociations};
 }
 
 void FrmRegistryScan::Show(ScanTool tool, HWND owner) {
@@ -171,6 +189,9 @@ void FrmRegistryScan::OnCommand(int id, int code) {
   if (id == IDCANCEL) return OnClose();
   if (id == cmdStop) return work_.Stop();
   if (work_.working() || code != BN_CLICKED) return;
+  for (const auto& [button, action] : kActions) {
+    if (id == button) return Act(action);
+  }
   switch (id) {
     case cmdDelete:
       return Delete(scan_->CheckedRows());
@@ -188,6 +209,44 @@ void FrmRegistryScan::Delete(const std::vector<size_t>& rows) {
   if (!MayGo(window(), scan_->QuestionFor(rows.size(), files_also))) return;
   const auto work = [&](const Pause& pause) { scan_->DeleteRows(rows, files_also, pause); };
   if (Work(work)) ArmTimer();
+}
+
+bool FrmRegistryScan::IsOffered(ScanAction action) const {
+  const std::vector<size_t> rows = list_.SelectedRows();
+  return std::ranges::any_of(
+      rows, [&](size_t row) { return row < scan_->RowCount() && scan_->Offers(action, row); });
+}
+
+void FrmRegistryScan::Act(ScanAction action) {
+  const std::vector<size_t> rows = list_.SelectedRows();
+  if (rows.empty()) return prompts_.Inform("Select the entries first.");
+  if (!IsOffered(action)) return prompts_.Inform("None of the selected entries can be changed so.");
+  const bool is_of_one = action == ScanAction::kStart || action == ScanAction::kChoose;
+  if (is_of_one && rows.size() > 1) return prompts_.Inform("Select one entry alone.");
+  if (action == ScanAction::kChoose) return Choose(rows[0]);
+  const std::string question = scan_->QuestionForAction(action, rows[0]);
+  if (!question.empty() && !prompts_.AskYesNo(question)) return;
+  if (!Work([&](const Pause& pause) { scan_->Act(action, rows, pause); })) return;
+  for (const size_t row : rows) list_.Select(row);
+}
+
+// What stands there then is seen by a new scan.
+void FrmRegistryScan::Choose(size_t row) {
+  const std::vector<std::string> choices = scan_->ChoicesFor(row);
+  const UniqueMenu menu(CreatePopupMenu());
+  for (size_t i = 0; i < choices.size(); ++i)
+    AppendMenuW(menu.Get(), MF_STRING, i + 1, Wide(choices[i]).c_str());
+  RECT place{};
+  GetWindowRect(Control(cmdChoose), &place);
+  const int chosen = TrackPopupMenu(menu.Get(), TPM_RETURNCMD | TPM_BOTTOMALIGN, place.left,
+                                    place.top, 0, window(), nullptr);
+  if (chosen <= 0) return;
+  try {
+    scan_->Choose(row, choices[static_cast<size_t>(chosen) - 1]);
+  } catch (const Error& error) {
+    return ShowProblem(error.what());
+  }
+  StartScan();
 }
 
 void FrmRegistryScan::EditReference() {
@@ -228,10 +287,15 @@ void FrmRegistryScan::OnContextMenu(HWND control, POINT screen) {
   const auto place_of = [this](size_t row) {
     if (row >= scan_->RowCount()) return RowPlace{};
     const ScanRow& shown = scan_->row(row);
-    const std::string root(RootName(shown.root));
-    return RowPlace{.path = shown.file, .key = root + "\\" + shown.key};
+    const std::string key = std::string(RootName(shown.root)) + "\\" + shown.key;
+    return RowPlace{.path = shown.file, .key = shown.key.empty() ? "" : key};
   };
-  RowMenu{list_, machine_.shell, place_of}.Show(window(), screen);
+  const auto is_enabled = [this](int id) {
+    return std::ranges::any_of(
+        kActions, [this, id](const auto& row) { return row.first == id && IsOffered(row.second); });
+  };
+  const RowMenu menu{list_, machine_.shell, place_of, parts_.menu, is_enabled};
+  if (const int chosen = menu.Show(window(), screen)) OnCommand(chosen, BN_CLICKED);
 }
 
 void FrmRegistryScan::OnClose() { work_.working() ? work_.StopAndClose() : OwnedWindow::OnClose(); }

@@ -41,6 +41,7 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
     int window, list;
     std::vector<int> widths;  // of the columns, 96-DPI units
     size_t widest;            // the column that takes the room the others leave
+    int menu = 0;             // of its rows, beside what every list can do
   };
   static Parts PartsOf(ScanTool tool);
 
@@ -52,6 +53,9 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
   void StartScan();
   void Delete(const std::vector<size_t>& rows);
   void EditReference();
+  bool IsOffered(ScanAction action) const;
+  void Act(ScanAction action);
+  void Choose(size_t row);
   void ShowRows();
   void ShowOrder();
   void ShowDetails();

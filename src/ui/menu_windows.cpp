@@ -17,7 +17,10 @@ constexpr std::pair<int, ScanTool> kScanEntries[] = {
     {mnuOrphanedFilePath, ScanTool::kFileReferences},
     {mnuOrphanedApplicationPath, ScanTool::kAppPaths},
     {mnuOrphanedHelpFile, ScanTool::kHelpFiles},
-    {mnuOrphanedActivex, ScanTool::kComponents}};
+    {mnuOrphanedActivex, ScanTool::kComponents},
+    {mnuStartupPrograms, ScanTool::kStartup},
+    {mnuInstalledPrograms, ScanTool::kUninstall},
+    {mnuAssociationTool, ScanTool::kAssociations}};
 
 // Shows a window that is made of `parts`, the same each time.
 template <typename Window, typename... Parts>

@@ -95,6 +95,7 @@ const struct {
     {"search", {"search", "unnecessary", "--delete", "--preview"}, 1},
     {"registry", {"registry", "app-paths"}, 1},
     {"registry", {"registry", "app-paths", "--delete", "--preview"}, 1},
+    {"registry", {"registry", "startup"}, 0},
     {"plugins process", {"plugins", "preview", "qx"}, 1},
     {"plugins process", {"plugins", "process", "qx", "--preview"}, 1},
     {"clean", {"clean", "--all", "--preview"}, 5},

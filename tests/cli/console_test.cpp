@@ -306,6 +306,46 @@ TEST_F(RegistryConsoleTest, ReferencesAreListedDeletedWhenAskedAndRestored) {
          {"orphaned\tHKEY_CURRENT_USER:Qx1\\deep\\\tQxGone\t" + scratch + "gone.txt\n"});
 }
 
+TEST_F(RegistryConsoleTest, StartUpProgramsAreSwitchedAndDeletedByName) {
+  constexpr const char* kRun = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+  const std::string approved =
+      "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved\\Run";
+  const auto off = [&](RegistryRoot root) {
+    const auto key = ports.registry.Open(root, approved, RegistryAccess::kRead);
+    const auto value = key ? key->QueryValue("Qx") : std::nullopt;
+    return value && value->bytes[0] == 3;
+  };
+  for (const RegistryRoot root : {kUser, kMachine}) Set(root, kRun, "Qx", Text("C:\\qx\\gone.exe"));
+  Expect({"registry", "startup"}, 0,
+         {"orphaned\tQx\tC:\\qx\\gone.exe\t\t\tOn, program missing\tRun (user)\t"});
+  const std::string full = "HKEY_LOCAL_MACHINE\\" + std::string(kRun) + "\\Qx";
+  const std::tuple<Names, int, const char*> kRows[] = {
+      {{"--disable"}, 2, "names"},
+      {{"--delete"}, 2, "names"},
+      {{"Qx"}, 2, "names"},
+      {{"--disable", "--delete", "Qx"}, 2, "exclude"},
+      {{"--disable", "Qx nowhere"}, 1, "Nothing that is listed is called Qx nowhere."},
+      {{"--disable", "qx"}, 1, "is there more than once"},
+      {{"--disable", full, "--preview"}, 0, "1 switched off"}};
+  for (const auto& [rest, code, told] : kRows) {
+    Names arguments{"registry", "startup"};
+    arguments.insert(arguments.end(), rest.begin(), rest.end());
+    Expect(arguments, code, {told});
+    EXPECT_FALSE(off(kMachine) || off(kUser));
+  }
+  Expect({"registry", "startup", "--disable", full}, 0, {"1 switched off"});
+  EXPECT_TRUE(off(kMachine) && !off(kUser));
+  Expect({"registry", "startup", "--disable", full}, 0, {"Qx is so already"});
+  Expect({"registry", "startup", "--enable", full, "--json"}, 0, {"\"state\": \"orphaned\""});
+  EXPECT_FALSE(off(kMachine));
+  Expect({"registry", "startup", "--delete", full}, 0, {"kept in "});
+  EXPECT_TRUE(machine->ValueNames(kMachine, kRun).empty() ||
+              !std::ranges::count(machine->ValueNames(kMachine, kRun), "Qx"));
+  const auto user = ports.registry.Open(kUser, kRun, RegistryAccess::kWrite);
+  EXPECT_TRUE(user->DeleteValue("Qx"));
+  ports.registry.Open(kMachine, approved, RegistryAccess::kWrite)->DeleteValue("Qx");
+}
+
 using BrowserConsoleTest = Console<BrowserFixture>;
 
 TEST_F(BrowserConsoleTest, BrowsersAreListedWithTheirCostsAndCleanedByName) {

@@ -54,7 +54,10 @@ TEST_F(HelpTest, EachWindowHasItsKeysAndOpensItsOwnPage) {
       {mnuOrphanedFilePath, L"Orphaned File/Path Reference", "file-references", 8},
       {mnuOrphanedApplicationPath, L"Orphaned application path references", "app-paths", 6},
       {mnuOrphanedHelpFile, L"Orphaned help file references", "help-files", 6},
-      {mnuOrphanedActivex, L"Orphaned ActiveX control references", "components", 4}};
+      {mnuOrphanedActivex, L"Orphaned ActiveX control references", "components", 4},
+      {mnuStartupPrograms, L"Start-up programs", "startup", 6},
+      {mnuInstalledPrograms, L"Installed programs", "uninstall", 5},
+      {mnuAssociationTool, L"File associations", "associations", 5}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.topic);
     window.Choose(row.entry);

@@ -14,6 +14,9 @@ namespace {
 constexpr int kYes = 100;  // of a question before what cannot be undone
 constexpr wchar_t kKeys[] = L"Software\\Microsoft\\Windows\\";
 constexpr wchar_t kOwn[] = L"Qx lists";
+constexpr wchar_t kExtension[] = L"Software\\Classes\\.";
+constexpr wchar_t kPrograms[] = L"CurrentVersion\\Uninstall\\";
+constexpr wchar_t kRun[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Run";
 constexpr wchar_t kComponents[] = L"Software\\Microsoft\\Active Setup\\Installed Components\\";
 constexpr wchar_t kOfReference[] = L"Delete 1 reference from the registry?";
 const fs::path kJunk = L"C:\\quellix-tests\\lists";
@@ -52,7 +55,10 @@ constexpr std::pair<int, const wchar_t*> kTools[] = {
     {mnuOrphanedFilePath, L"Orphaned File/Path Reference"},
     {mnuOrphanedApplicationPath, L"Orphaned application path references"},
     {mnuOrphanedHelpFile, L"Orphaned help file references"},
-    {mnuOrphanedActivex, L"Orphaned ActiveX control references"}};
+    {mnuOrphanedActivex, L"Orphaned ActiveX control references"},
+    {mnuStartupPrograms, L"Start-up programs"},
+    {mnuInstalledPrograms, L"Installed programs"},
+    {mnuAssociationTool, L"File associations"}};
 
 template <int kEntry>
 HWND Tool(const QuellixWindow& window) {
@@ -135,6 +141,9 @@ const ListCase kRows[] = {
     {"AppPaths", Tool<mnuOrphanedApplicationPath>, lstvInvalid, L"C:\\qx none\\qx", kOfReference},
     {"HelpFiles", Tool<mnuOrphanedHelpFile>, lstvInvalid, L"C:\\qx none\\qx", kOfReference},
     {"Components", Tool<mnuOrphanedActivex>, lstvInvalid, L"HKEY_LOCAL_MACHINE\\", kOfReference},
+    {"Startup", Tool<mnuStartupPrograms>, lstvInvalid, L"C:\\", L"Delete 1 start-up entry?"},
+    {"Uninstall", Tool<mnuInstalledPrograms>, lstvInvalid, L"C:\\", L"Delete 1 uninstall entry?"},
+    {"Associations", Tool<mnuAssociationTool>, lstvInvalid, L"HKEY_", kOfReference},
     {"Cache",
      [](const QuellixWindow& window) {
        return Choose(window, mnuIECache, L"Temporary Internet Files (Cache)");
@@ -174,6 +183,10 @@ struct EveryListTest : testing::TestWithParam<ListCase> {
       SetRegistryText(HKEY_LOCAL_MACHINE, windows + L"Help", (name + std::wstring(L".hlp")).c_str(),
                       L"C:\\qx none");
       SetRegistryText(HKEY_CURRENT_USER, kOwn, name, file);
+      SetRegistryText(HKEY_CURRENT_USER, kRun, name, file);
+      SetRegistryText(HKEY_CURRENT_USER, std::wstring(kExtension) + name, nullptr, L"Qx none");
+      SetRegistryText(HKEY_CURRENT_USER, windows + kPrograms + name, L"DisplayName", name);
+      SetRegistryText(HKEY_CURRENT_USER, windows + kPrograms + name, L"UninstallString", file);
       SetRegistryText(HKEY_LOCAL_MACHINE, std::wstring(kComponents) + name, nullptr, name);
     }
   }
@@ -183,8 +196,12 @@ struct EveryListTest : testing::TestWithParam<ListCase> {
          {L"CurrentVersion\\SharedDLLs", L"CurrentVersion\\App Paths", L"Help"})
       RegDeleteTreeW(HKEY_LOCAL_MACHINE, (windows + key).c_str());
     RegDeleteTreeW(HKEY_CURRENT_USER, kOwn);
-    for (const wchar_t* name : {L"qx1", L"qx2", L"qx3"})
+    for (const wchar_t* name : {L"qx1", L"qx2", L"qx3"}) {
       RegDeleteTreeW(HKEY_LOCAL_MACHINE, (std::wstring(kComponents) + name).c_str());
+      RegDeleteKeyValueW(HKEY_CURRENT_USER, kRun, name);
+      RegDeleteTreeW(HKEY_CURRENT_USER, (windows + kPrograms + name).c_str());
+      RegDeleteTreeW(HKEY_CURRENT_USER, (std::wstring(kExtension) + name).c_str());
+    }
     for (const char* name : {"UNFI.txt", "keep.txt", "plg.txt"}) fs::remove(ProgramFolder() / name);
     for (const char* name : {"qx1.cdp", "qx2.cdp"}) fs::remove(ProgramFolder() / "Plugins" / name);
     fs::remove_all(kJunk);

@@ -7,6 +7,18 @@ namespace {
 constexpr const wchar_t* kDlls = L"Software\\Microsoft\\Windows\\CurrentVersion\\SharedDLLs";
 constexpr const wchar_t* kApps = L"Software\\Microsoft\\Windows\\CurrentVersion\\App Paths";
 constexpr const wchar_t* kOwn = L"Qx window test";
+constexpr const wchar_t* kRun = L"Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+constexpr const wchar_t* kApproved =
+    L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved\\Run";
+
+// The byte that tells whether an entry is switched off; -1 for none.
+int ApprovalOf(const wchar_t* name) {
+  BYTE bytes[12];
+  DWORD size = sizeof bytes;
+  const LSTATUS status =
+      RegGetValueW(HKEY_CURRENT_USER, kApproved, name, RRF_RT_REG_BINARY, nullptr, bytes, &size);
+  return status == ERROR_SUCCESS && size == sizeof bytes ? bytes[0] : -1;
+}
 
 bool HasDll(const std::wstring& name) {
   return RegGetValueW(HKEY_LOCAL_MACHINE, kDlls, name.c_str(), RRF_RT_ANY, nullptr, nullptr,
@@ -23,6 +35,10 @@ struct RegistryScanWindowTest : testing::Test {
   static void Clear() {
     for (const wchar_t* key : {kDlls, kApps}) RegDeleteTreeW(HKEY_LOCAL_MACHINE, key);
     RegDeleteTreeW(HKEY_CURRENT_USER, kOwn);
+    for (const wchar_t* name : {L"Qx a", L"Qx b"}) {
+      RegDeleteKeyValueW(HKEY_CURRENT_USER, kRun, name);
+      RegDeleteKeyValueW(HKEY_CURRENT_USER, kApproved, name);
+    }
     fs::remove_all(BackupFolder());
   }
   static void SeedDlls(int count) {
@@ -169,6 +185,37 @@ TEST_F(RegistryScanWindowTest, ThoroughReferencesAreShownInFullAndSorted) {
   SendMessageW(header, WM_LBUTTONUP, 0, at);
   EXPECT_TRUE(
       Await([&] { return quellix.RowText(list, 0, 0) >= quellix.RowText(list, rows - 1, 0); }));
+}
+
+TEST_F(RegistryScanWindowTest, StartUpProgramsAreSwitchedOffAndDeleted) {
+  for (const wchar_t* name : {L"Qx a", L"Qx b"})
+    SetRegistryText(HKEY_CURRENT_USER, kRun, name, L"\"C:\\qx none\\a.exe\" /x");
+  const QuellixWindow quellix;
+  const HWND window = Open(quellix, mnuStartupPrograms, L"Start-up programs");
+  const HWND list = GetDlgItem(window, lstvInvalid);
+  ASSERT_TRUE(AwaitPart(window, lblStatus, L" without their program"));
+  PressIn(window, cmdDisable);
+  ASSERT_TRUE(quellix.Answer(L"Select the entries first", IDOK));
+  int own = 0;
+  while (own < CountRows(list) && quellix.RowText(list, own, 0) != L"Qx a") ++own;
+  ASSERT_LT(own, CountRows(list));
+  EXPECT_FALSE(IsRowTicked(list, own));
+  for (int i = 0; i <= own; ++i) quellix.PressKey(list, i == 0 ? VK_HOME : VK_DOWN);
+  for (const auto& [button, state, first] : {std::tuple(cmdDisable, L"Off, program missing", 3),
+                                             std::tuple(cmdEnable, L"On, program missing", 2)}) {
+    SCOPED_TRACE(state);
+    PressIn(window, button);
+    ASSERT_TRUE(Await([&] { return quellix.RowText(list, own, 4) == state; }));
+    EXPECT_EQ(ApprovalOf(L"Qx a"), first);
+  }
+  PressIn(window, cmdEnable);
+  ASSERT_TRUE(quellix.Answer(L"None of the selected", IDOK));
+  quellix.PressKey(list, VK_SPACE);
+  ASSERT_TRUE(Await([&] { return IsRowTicked(list, own); }));
+  PressIn(window, cmdDelete);
+  ASSERT_TRUE(Await([] { return RegistryText(HKEY_CURRENT_USER, kRun, L"Qx a") == L"<missing>"; }));
+  EXPECT_NE(RegistryText(HKEY_CURRENT_USER, kRun, L"Qx b"), L"<missing>");
+  EXPECT_FALSE(fs::is_empty(BackupFolder()));
 }
 
 }  // namespace

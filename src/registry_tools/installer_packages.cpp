@@ -1,0 +1,93 @@
+#include "registry_tools/installer_packages.h"
+
+#include <algorithm>
+
+#include "platform/error.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "registry_tools/mod_registry.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char* kUserData =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Installer\\UserData";
+constexpr std::string_view kCodeForm = "{00000000-0000-0000-0000-000000000000}";
+
+class Reader {
+ public:
+  explicit Reader(const Pause& pause) : pause_(pause) {}
+
+  InstallerPackages Read(RegistryKey& users) {
+    for (const std::string& user : SubKeyNames(users, pause_)) {
+      const auto key = users.Open(user, RegistryAccess::kRead);
+      if (key) ReadUser(*key);
+    }
+    packages_.is_whole = !pause_() && !packages_.names.empty();
+    return std::move(packages_);
+  }
+
+ private:
+  void ReadUser(RegistryKey& user) {
+    ForEach(user, "Products", [this](RegistryKey& key, const std::string& code) {
+      const auto properties = key.Open("InstallProperties", RegistryAccess::kRead);
+      packages_.products[UpCase(std::string_view(code))] = properties ? Note(*properties) : "";
+    });
+    ForEach(user, "Patches", [this](RegistryKey& key, const std::string&) { Note(key); });
+  }
+
+  template <typename Use>
+  void ForEach(RegistryKey& above, const char* name, const Use& use) {
+    const auto list = above.Open(name, RegistryAccess::kRead);
+    if (!list) return;
+    for (const std::string& each : SubKeyNames(*list, pause_)) {
+      if (pause_()) return;
+      const auto key = list->Open(each, RegistryAccess::kRead);
+      if (key) use(*key, each);
+    }
+  }
+
+  // The package that a key names.
+  std::string Note(RegistryKey& key) {
+    std::string path = modRegistry::ReadText(key, "LocalPackage");
+    if (!path.empty()) packages_.names.insert(UpCase(NamePart(path)));
+    return path;
+  }
+
+  const Pause& pause_;
+  InstallerPackages packages_;
+};
+
+}  // namespace
+
+InstallerPackages ReadInstallerPackages(const Machine& machine, const Pause& pause) {
+  try {
+    const auto users =
+        machine.registry.Open(RegistryRoot::kLocalMachine, kUserData, RegistryAccess::kRead);
+    return users ? Reader(pause).Read(*users) : InstallerPackages();
+  } catch (const Error&) {  // then nothing may be said to be known to nobody
+    return {};
+  }
+}
+
+std::string PackedCode(std::string_view code) {
+  const bool fits = std::ranges::equal(code, kCodeForm, [](char c, char form) {
+    return form == '0' ? std::string_view("0123456789ABCDEFabcdef").find(c) != std::string::npos
+                       : c == form;
+  });
+  if (!fits) return {};
+  // The first three numbers are turned around, of the rest each pair of digits.
+  std::string digits;
+  for (const char c : code) {
+    if (std::string_view("{-}").find(c) == std::string_view::npos) digits += c;
+  }
+  constexpr size_t kGroups[] = {8, 4, 4, 2, 2, 2, 2, 2, 2, 2, 2};
+  auto start = digits.begin();
+  for (const size_t group : kGroups) {
+    std::reverse(start, start + static_cast<std::ptrdiff_t>(group));
+    start += static_cast<std::ptrdiff_t>(group);
+  }
+  return UpCase(std::string_view(digits));
+}
+
+}  // namespace quellix

@@ -1,0 +1,240 @@
+// What is listed as installed, and packages that the Windows Installer keeps of nothing.
+#include <algorithm>
+
+#include "platform/filetime.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "registry_tools/file_reference.h"
+#include "registry_tools/installer_packages.h"
+#include "registry_tools/tool_parts.h"
+#include "run/known_folders.h"
+
+namespace quellix {
+namespace {
+
+using modRegistry::ReadNumber;
+using modRegistry::ReadText;
+using State = CommandTarget::State;
+
+constexpr const char* kViews[] = {
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall",
+    "Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall"};
+constexpr ScanColumn kColumns[] = {
+    {"Name"},  {"Version"},          {"Publisher"}, {"Installed"}, {"Size in KB", true},
+    {"State"}, {"Uninstall command"}};
+constexpr size_t kCommand = 6;
+constexpr ScanAction kActions[] = {ScanAction::kStart};
+
+constexpr const char* kNoUninstaller = "uninstaller missing";
+constexpr const char* kNoPackage = "installer package missing";
+constexpr const char* kNoFolder = "folder missing";
+constexpr const char* kNoProduct = "package of no product";
+
+// "20240131" as "2024-01-31".
+std::string DateText(const std::string& text) {
+  const bool is_date =
+      text.size() == 8 && text.find_first_not_of("0123456789") == std::string::npos;
+  return !is_date ? "" : text.substr(0, 4) + "-" + text.substr(4, 2) + "-" + text.substr(6);
+}
+
+// The product that a command of the Windows Installer names.
+std::string ProductIn(const CommandTarget& target) {
+  if (!EqualsNoCase(NamePart(target.program), "msiexec.exe")) return {};
+  const size_t start = target.arguments.find('{');
+  return start == std::string::npos ? "" : target.arguments.substr(start, 38);
+}
+
+class UninstallEntries : public RegistryScan {
+ public:
+  UninstallEntries(const Machine& machine, ScanView& view)
+      : RegistryScan(machine, view, kUninstallTraits) {}
+
+  bool Offers(ScanAction, size_t index) const override {
+    return machine().session.RunsPrograms() && targets_[row(index).entry].state == State::kThere;
+  }
+  std::string QuestionForAction(ScanAction, size_t index) const override {
+    return "Start the uninstaller of " + row(index).texts[0] + "?\n\n" + row(index).texts[kCommand];
+  }
+
+ protected:
+  void ScanRegistry() override;
+  RegistryTarget TargetOf(const ScanRow& row) const override {
+    return {RegistryTarget::Kind::kTree, row.root, row.key, ""};
+  }
+  void Do(ScanAction, ScanRow& row) override {
+    const CommandTarget& target = targets_[row.entry];
+    machine().shell.StartProgram(target.program, target.arguments);
+  }
+  std::string Recounted() const override;
+
+ private:
+  struct Place {
+    RegistryRoot root;
+    std::string key;
+    CommandOf whose;
+  };
+
+  std::vector<Place> Entries();
+  void AddEntry(const Place& place);
+  std::string WhatIsMissing(RegistryKey& key, const std::string& name, const CommandTarget& target);
+  void AddPackages();
+  void AddPackage(const std::string& path, const FileInfo& file);
+  std::string DayText(int64_t time) const;
+  std::string SizeText(uint64_t kilobytes) const;
+
+  std::vector<CommandTarget> targets_;
+  InstallerPackages packages_;
+  std::optional<ReferenceJudge> judge_;
+  size_t unread_ = 0;
+};
+
+void UninstallEntries::ScanRegistry() {
+  SetStatus("Scanning registry...");
+  judge_.emplace(machine());
+  targets_.clear();
+  unread_ = 0;
+  packages_ = ReadInstallerPackages(machine(), [this](const Progress&) { return Stops(); });
+  const std::vector<Place> places = Entries();
+  BeginEntries(places.size());
+  for (const Place& place : places) {
+    if (!NextEntry()) return;
+    try {
+      AddEntry(place);
+    } catch (const Error&) {
+      ++unread_;
+    }
+  }
+  AddPackages();
+  SetStatus(is_stopped() ? "" : Recounted());
+}
+
+std::vector<UninstallEntries::Place> UninstallEntries::Entries() {
+  std::vector<Place> places;
+  for (const RegistryRoot root : {RegistryRoot::kCurrentUser, RegistryRoot::kLocalMachine}) {
+    for (const char* const view : kViews) {
+      TellDamage(root, view);
+      const CommandOf whose = view == kViews[0] ? CommandOf::kAnyProgram : CommandOf::k32BitProgram;
+      for (const std::string& name : modRegistry::ListSubKeys(access(), root, view, PauseForList()))
+        places.push_back({root, std::string(view) + "\\" + name, whose});
+    }
+  }
+  return places;
+}
+
+// Those without a name, and parts of Windows, are in no list of Windows' either.
+void UninstallEntries::AddEntry(const Place& place) {
+  const auto key = machine().registry.Open(place.root, place.key, RegistryAccess::kRead);
+  if (!key) return;
+  const auto text = [&key](const char* name) { return ReadText(*key, name); };
+  const std::string shown = text("DisplayName"), command = text("UninstallString");
+  if (shown.empty() || ReadNumber(*key, "SystemComponent") == 1) return;
+  CommandTarget target = judge_->Judge(command, place.whose);
+  const std::string missing = WhatIsMissing(*key, std::string(NamePart(place.key)), target);
+  const std::string date = DateText(text("InstallDate"));
+  ScanRow row;
+  row.texts = {shown,
+               text("DisplayVersion"),
+               text("Publisher"),
+               date.empty() ? DayText(key->LastWrite()) : date,
+               SizeText(ReadNumber(*key, "EstimatedSize").value_or(0)),
+               missing,
+               command};
+  row.root = place.root;
+  row.key = place.key;
+  row.file = target.file;
+  row.entry = targets_.size();
+  const RowMark mark = !missing.empty()                ? RowMark::kOrphaned
+                       : target.state == State::kThere ? RowMark::kValid
+                                                       : RowMark::kNotJudged;
+  targets_.push_back(std::move(target));
+  AddJudged(std::move(row), mark);
+}
+
+std::string UninstallEntries::WhatIsMissing(RegistryKey& key, const std::string& name,
+                                            const CommandTarget& target) {
+  if (target.state == State::kGone) return kNoUninstaller;
+  std::string code = ProductIn(target);
+  if (code.empty() && ReadNumber(key, "WindowsInstaller") == 1) code = name;
+  if (const std::string packed = PackedCode(code); !packed.empty() && packages_.is_whole) {
+    const auto product = packages_.products.find(packed);
+    const bool is_there = product != packages_.products.end() && !product->second.empty() &&
+                          !machine().files.IsGone(product->second);
+    if (!is_there) return kNoPackage;
+  }
+  std::string folder = ReadFolderValue(machine(), key, "InstallLocation");
+  std::erase(folder, '"');
+  if (folder.empty()) return {};
+  const std::string quoted = "\"" + std::string(WithoutBackslash(folder)) + "\"";
+  return judge_->Judge(quoted).state == State::kGone ? kNoFolder : "";
+}
+
+void UninstallEntries::AddPackages() {
+  if (!packages_.is_whole || is_stopped()) return;
+  const std::string folder = machine().system.WindowsFolder() + "\\Installer\\";
+  machine().files.Enumerate(folder, Detail::kSize, [&](const Entry& file) {
+    const bool is_package = MatchesMask(file.name, "*.msi") || MatchesMask(file.name, "*.msp");
+    if (is_package && !file.info.is_folder && !file.info.is_link)
+      AddPackage(folder + std::string(file.name), file.info);
+    return !Stops();
+  });
+}
+
+// One of today may belong to an installation that goes on.
+void UninstallEntries::AddPackage(const std::string& path, const FileInfo& file) {
+  const std::string name(NamePart(path));
+  if (packages_.names.contains(UpCase(std::string_view(name))) ||
+      file.last_write > machine().system.UtcNow() - kFiletimesADay)
+    return;
+  ScanRow row;
+  row.texts = {name,       "", "", DayText(file.last_write), SizeText((file.size + 1023) / 1024),
+               kNoProduct, ""};
+  row.root = RegistryRoot::kLocalMachine;
+  row.file = row.own_file = path;
+  row.own_claim = Claim::kPackage;
+  row.entry = targets_.size();
+  targets_.emplace_back();
+  AddJudged(std::move(row), RowMark::kOrphaned);
+}
+
+std::string UninstallEntries::DayText(int64_t time) const {
+  if (time == 0) return {};
+  const LocalTime day = machine().system.ToLocalTime(time);
+  static const Locale kSorting{.short_date = "yyyy-MM-dd"};
+  return FormatDateTime({.year = day.year, .month = day.month, .day = day.day}, kSorting);
+}
+
+std::string UninstallEntries::SizeText(uint64_t kilobytes) const {
+  return kilobytes == 0 ? "" : FormatCount(kilobytes, machine().system.UserLocale());
+}
+
+std::string UninstallEntries::Recounted() const {
+  const auto count = [this](const auto& is) {
+    return static_cast<size_t>(std::ranges::count_if(rows(), is));
+  };
+  const size_t packages = count([](const ScanRow& row) { return !row.own_file.empty(); });
+  const size_t dead = count([](const ScanRow& row) { return row.mark == RowMark::kOrphaned; });
+  const auto part = [](size_t number, const char* what) {
+    return number == 0 ? "" : ", " + std::to_string(number) + what;
+  };
+  return std::to_string(rows().size() - packages) + " programs" +
+         part(dead - packages, " that cannot be removed any more") +
+         part(packages, " packages of no product") + NotJudged() +
+         part(unread_, " could not be read");
+}
+
+}  // namespace
+
+const ScanTraits kUninstallTraits = {.name = "uninstall",
+                                     .title = "Installed programs",
+                                     .columns = kColumns,
+                                     .ticks = false,
+                                     .keeps_stayed = true,
+                                     .actions = kActions,
+                                     .one = " uninstall entry",
+                                     .many = " uninstall entries"};
+
+std::unique_ptr<RegistryScan> MakeUninstallEntries(const Machine& machine, ScanView& view) {
+  return std::make_unique<UninstallEntries>(machine, view);
+}
+
+}  // namespace quellix

@@ -1,0 +1,128 @@
+// What commands of the registry start, in every form that they are written in.
+
+#include "registry_tools/file_reference.h"
+#include "support/registry_fixture.h"
+
+namespace quellix {
+namespace {
+
+using State = CommandTarget::State;
+
+struct CommandReferenceTest : RegistryFixture {
+  CommandReferenceTest() {
+    for (const char* name : {"a b\\run me.exe", "a b\\plain.exe", "a b\\lib.dll", "a.bat"})
+      machine->MakeFile(scratch + name, "x");
+    // In the folder of Windows, where some are looked for; those of the system stay.
+    for (const std::string& name : own_names) MakeOwn(system + "\\" + name);
+    MakeOwn(windows + "\\SysWOW64\\qx32.exe");
+  }
+  ~CommandReferenceTest() override {
+    for (const std::string& path : made) ports.files.RemoveFile(path);
+  }
+  void MakeOwn(const std::string& path) {
+    if (machine->Exists(path)) return;
+    machine->MakeFile(path, "x");
+    made.push_back(path);
+  }
+
+  const std::string windows = ports.system.WindowsFolder(), system = ports.system.SystemFolder();
+  const std::string drive = windows.substr(0, 2);
+  const Names own_names = {"qxtool.exe", "rundll32.exe", "msiexec.exe"};
+  Names made;
+};
+
+struct CommandRow {
+  const char* row;
+  std::string command;
+  State state;
+  std::string file;  // in any case
+  std::string arguments = "";
+};
+
+TEST_F(CommandReferenceTest, EveryFormOfACommandIsFoundAsWindowsFindsIt) {
+  const std::string there = scratch + "a b\\run me.exe", gone = scratch + "a b\\gone me.exe";
+  const std::string dll = scratch + "a b\\lib.dll", tool = system + "\\qxtool.exe";
+  const std::string rundll = system + "\\rundll32.exe", msi = system + "\\msiexec.exe";
+  const CommandRow kRows[] = {
+      {"quoted", "\"" + there + "\" /quiet -x", State::kThere, there, "/quiet -x"},
+      {"quoted without an end", "\"" + there, State::kThere, there},
+      {"quoted, without its ending", "\"" + scratch + "a b\\plain\"", State::kThere,
+       scratch + "a b\\plain.exe"},
+      {"quoted and gone", "\"" + gone + "\" /quiet", State::kGone, gone, "/quiet"},
+      {"unquoted with blanks", there + " /quiet", State::kThere, there, "/quiet"},
+      {"unquoted without its ending", scratch + "a b\\plain -q", State::kThere,
+       scratch + "a b\\plain.exe", "-q"},
+      {"unquoted, gone, called like a program", gone + " /x there.exe", State::kGone, gone,
+       "/x there.exe"},
+      {"a path behind it", gone + " " + there, State::kGone, gone, there},
+      {"blanks around it", "  " + there + "  ", State::kThere, there},
+      {"forward slashes", "\"" + ReplaceNoCase(there, "\\", "/") + "\"", State::kThere, there},
+      {"another case", UpCase(std::string_view(there)), State::kThere, there},
+      {"a folder", scratch + "a b", State::kThere, scratch + "a b"},
+      {"a batch file by its stem", scratch + "a", State::kThere, scratch + "a.bat"},
+      {"a variable", "%SystemRoot%\\" + system.substr(windows.size() + 1) + "\\qxtool.exe -k net",
+       State::kThere, tool, "-k net"},
+      {"a variable that nobody knows", "%QX_NONE%\\a.exe", State::kNotJudged, ""},
+      {"a service's path", "system32\\qxtool.exe", State::kThere, tool},
+      {"a service's path that is gone", "System32\\drivers\\qxgone.exe", State::kGone,
+       windows + "\\System32\\drivers\\qxgone.exe"},
+      {"the root of the system", "\\SystemRoot\\System32\\qxtool.exe", State::kThere, tool},
+      {"a path of the kernel", "\\??\\" + there, State::kThere, there},
+      {"a long path", "\"\\\\?\\" + there + "\"", State::kThere, there},
+      {"on the drive of Windows", there.substr(2), State::kThere, drive + there.substr(2)},
+      {"a name alone", "qxtool", State::kThere, tool},
+      {"a name with arguments", "qxtool.exe /start", State::kThere, tool, "/start"},
+      {"a name that is nowhere", "qxnowhere.exe /start", State::kGone, "", "/start"},
+      {"a library", "rundll32 \"" + dll + "\",Start", State::kThere, dll, "\"" + dll + "\",Start"},
+      {"a library, unquoted", rundll + " " + dll + ",Start 1", State::kThere, dll,
+       dll + ",Start 1"},
+      {"a library without its ending", "rundll32.exe " + scratch + "a b\\lib,Start", State::kThere,
+       dll, scratch + "a b\\lib,Start"},
+      {"a library that is gone", "rundll32.exe " + scratch + "gone.dll,Start", State::kGone,
+       scratch + "gone.dll", scratch + "gone.dll,Start"},
+      {"an installer's product", "MsiExec.exe /X{1-2}", State::kThere, msi, "/X{1-2}"},
+      {"a server", "\"\\\\server\\share\\a.exe\" -x", State::kNotJudged, "", "-x"},
+      {"an address", "https://example.com/a.exe", State::kNotJudged, ""},
+      {"another drive", "Q:\\a.exe", State::kNotJudged, ""},
+      {"relative to some folder", "folder\\a.exe", State::kNotJudged, ""},
+      {"on a drive, relative", "C:a.exe", State::kNotJudged, ""},
+      {"arguments alone", "/background -x", State::kNotJudged, ""},
+      {"nothing", "", State::kNotJudged, ""},
+      {"quotes alone", "\"\" -x", State::kNotJudged, "", "-x"},
+      {"signs that no name has", "a<b>.exe", State::kNotJudged, ""},
+      {"thousands of blanks", scratch + "none" + std::string(5000, ' ') + "x", State::kGone,
+       scratch + "none", "x"}};
+  ReferenceJudge judge(ports);
+  for (const CommandRow& row : kRows) {
+    SCOPED_TRACE(row.row);
+    const CommandTarget target = judge.Judge(row.command);
+    EXPECT_EQ(static_cast<int>(target.state), static_cast<int>(row.state));
+    EXPECT_TRUE(EqualsNoCase(target.file, row.file)) << target.file;
+    EXPECT_EQ(target.arguments, row.arguments);
+  }
+}
+
+TEST_F(CommandReferenceTest, NamesAreLookedForWhereProgramsAreRegistered) {
+  const std::string there = scratch + "a b\\run me.exe";
+  Set(kMachine, std::string(kApps) + "\\qxapp.exe", "", Text("\"" + there + "\""));
+  Set(kMachine, std::string(kApps) + "\\qxgone.exe", "", Text(scratch + "gone.exe"));
+  ReferenceJudge judge(ports);
+  for (const char* command : {"qxapp.exe -x", "QxApp -x"}) {
+    const CommandTarget target = judge.Judge(command);
+    EXPECT_TRUE(target.state == State::kThere && target.file == there) << command;
+    EXPECT_EQ(target.arguments, "-x");
+  }
+  EXPECT_EQ(static_cast<int>(judge.Judge("qxgone.exe").state), static_cast<int>(State::kGone));
+}
+
+TEST_F(CommandReferenceTest, ProgramsOf32BitsSeeFoldersOfTheirOwn) {
+  ReferenceJudge judge(ports);
+  const std::string command = system + "\\qx32.exe";
+  EXPECT_EQ(static_cast<int>(judge.Judge(command).state), static_cast<int>(State::kGone));
+  const CommandTarget target = judge.Judge(command, CommandOf::k32BitProgram);
+  EXPECT_EQ(static_cast<int>(target.state), static_cast<int>(State::kThere));
+  EXPECT_EQ(target.file, windows + "\\SysWOW64\\qx32.exe");
+}
+
+}  // namespace
+}  // namespace quellix

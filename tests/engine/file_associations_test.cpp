@@ -1,0 +1,146 @@
+// Kinds of files whose programs are gone: what is listed, deleted, repaired and left.
+
+#include "support/registry_fixture.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char* kClasses = "Software\\Classes\\";
+constexpr const char* kExplorer =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\FileExts\\";
+
+// Extensions and classes of the test's own, whose names begin with "Qx".
+struct FileAssociationsTest : RegistryFixture {
+  FileAssociationsTest() { machine->MakeFile(there, "x"); }
+  ~FileAssociationsTest() override {
+    for (const auto& [root, key] : keys) machine->RemoveRegistryTree(root, key);
+  }
+  // Sets a text, and notes the class or extension that it is in.
+  void Put(RegistryRoot root, const std::string& below, const std::string& key,
+           const std::string& name, const RegistryValue& value) {
+    keys.emplace_back(root, below + key.substr(0, key.find('\\')));
+    Set(root, below + key, name, value);
+  }
+  void Put(RegistryRoot root, const std::string& key, const std::string& text) {
+    Put(root, kClasses, key, "", Text(text));
+  }
+  std::unique_ptr<RegistryScan> Scan() {
+    auto scan = MakeScan(ScanTool::kAssociations, ports, scan_view);
+    scan->StartScan();
+    return scan;
+  }
+  static Names Rows(const RegistryScan& scan) {
+    Names rows;
+    for (size_t i = 0; i < scan.RowCount(); ++i) {
+      const ScanRow& row = scan.row(i);
+      EXPECT_TRUE(!row.checked && row.mark == RowMark::kOrphaned);
+      if (ContainsNoCase(row.texts[0], "qx"))
+        rows.push_back(row.texts[0] + "|" + row.texts[1] + "|" + row.texts[2] + "|" + row.texts[3]);
+    }
+    std::ranges::sort(rows);
+    return rows;
+  }
+  static size_t RowOf(const RegistryScan& scan, const std::string& name) {
+    for (size_t i = 0; i < scan.RowCount(); ++i) {
+      if (scan.row(i).texts[0] == name) return i;
+    }
+    throw std::runtime_error(name + " is not listed");
+  }
+  RegistryPicture PictureOfKeys() {
+    RegistryPicture picture;
+    for (const auto& [root, key] : keys) Picture(root, key, picture);
+    return picture;
+  }
+  void Seed();
+
+  const std::string there = scratch + "program\\show me.exe", gone = scratch + "program\\gone.exe";
+  std::vector<std::pair<RegistryRoot, std::string>> keys;
+};
+
+void FileAssociationsTest::Seed() {
+  const auto list = [](const std::string& extension) { return extension + "\\OpenWithProgids"; };
+  Put(kMachine, ".qxok", "QxOk");
+  Put(kMachine, "QxOk\\shell\\open\\command", "\"" + there + "\" \"%1\"");
+  Put(kMachine, "QxOk\\shell", "none");
+  Put(kMachine, "QxOk\\DefaultIcon", "\"" + there + "\",0");
+  Put(kMachine, ".qxnone", "QxNowhere");
+  Put(kUser, ".qxuser", "QxNowhere");
+  Put(kUser, kClasses, list(".qxuser"), "QxOk", {kRegNone, ""});
+  Put(kUser, kClasses, list(".qxuser"), "QxOther", {kRegNone, ""});
+  Put(kUser, ".qxdead", "QxDead");
+  Put(kUser, "QxDead\\shell", "show");
+  Put(kUser, "QxDead\\shell\\open\\command", "\"" + gone + "\" \"%1\"");
+  Put(kUser, "QxDead\\shell\\print\\command", there + " /p %1");
+  Put(kUser, "QxDead\\shell\\handled\\command", gone);
+  Put(kUser, kClasses, "QxDead\\shell\\handled\\command", "DelegateExecute", Text("{1}"));
+  Put(kUser, "QxDead\\DefaultIcon", gone + ",-3");
+  Put(kMachine, ".qxown\\shell\\open\\command", gone);
+  Put(kMachine, ".qxlist\\OpenWithList\\qxgone.exe", "");
+  Put(kMachine, ".qxlist\\OpenWithList\\qxregistered.exe", "");
+  Put(kMachine, "Applications\\qxregistered.exe", "");
+  keys.back().second = std::string(kClasses) + "Applications\\qxregistered.exe";
+  Put(kUser, kExplorer, ".qxchosen\\UserChoice", "ProgId", Text("QxNowhere"));
+  Put(kUser, kExplorer, ".qxchosen\\OpenWithList", "a", Text("qxgone.exe"));
+  Put(kUser, kExplorer, ".qxchosen\\OpenWithList", "MRUList", Text("a"));
+  Put(kUser, kExplorer, ".qxfine\\UserChoice", "ProgId", Text("QxOk"));
+}
+
+TEST_F(FileAssociationsTest, WhatLeadsNowhereIsListed) {
+  Seed();
+  const auto scan = Scan();
+  EXPECT_EQ(Rows(*scan),
+            (Names{".qxchosen|chosen class|QxNowhere|User, protected",
+                   ".qxchosen|open with|qxgone.exe|User", ".qxlist|open with|qxgone.exe|Machine",
+                   ".qxnone|class|QxNowhere|Machine", ".qxown|command open|" + gone + "|Machine",
+                   ".qxuser|class|QxNowhere|User", ".qxuser|open with class|QxOther|User",
+                   "QxDead|command open|\"" + gone + "\" \"%1\"|User",
+                   "QxDead|icon|" + gone + ",-3|User", "QxDead|verb|show|User"}));
+  EXPECT_TRUE(Holds(scan->status(), " references that lead nowhere"));
+}
+
+TEST_F(FileAssociationsTest, WhatIsDeletedComesBackAndWhatIsProtectedStays) {
+  Seed();
+  const RegistryPicture before = PictureOfKeys();
+  const auto scan = Scan();
+  std::vector<size_t> chosen;
+  for (size_t i = 0; i < scan->RowCount(); ++i) {
+    if (ContainsNoCase(scan->row(i).texts[0], "qx")) chosen.push_back(i);
+  }
+  scan->DeleteRows(chosen, false);
+  EXPECT_EQ(scan->stayed(), 1u);
+  EXPECT_TRUE(Holds(scan->failure(), "Windows protects what its user has chosen"));
+  EXPECT_EQ(Rows(*Scan()), (Names{".qxchosen|chosen class|QxNowhere|User, protected"}));
+  EXPECT_TRUE(machine->KeyExists(kUser, std::string(kClasses) + "QxDead\\shell\\print\\command"));
+  ASSERT_EQ(UndoFiles().size(), 1u);
+  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  EXPECT_EQ(PictureOfKeys(), before);
+}
+
+TEST_F(FileAssociationsTest, AnotherProgramOfThoseOfferedTakesThePlace) {
+  Seed();
+  const RegistryPicture before = PictureOfKeys();
+  const auto scan = Scan();
+  EXPECT_FALSE(scan->Offers(ScanAction::kChoose, RowOf(*scan, ".qxnone"))) << "none is offered";
+  size_t row = 0;
+  while (scan->row(row).texts[0] != ".qxuser" || scan->row(row).texts[1] != "class") ++row;
+  EXPECT_EQ(scan->ChoicesFor(row), Names{"QxOk"});
+  scan->Choose(row, "QxOk");
+  const auto key =
+      ports.registry.Open(kUser, std::string(kClasses) + ".qxuser", RegistryAccess::kRead);
+  EXPECT_EQ(modRegistry::ReadText(*key, ""), "QxOk");
+  for (const std::string& line : Rows(*Scan())) EXPECT_FALSE(line.starts_with(".qxuser|class"));
+  ASSERT_EQ(UndoFiles().size(), 1u);
+  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  EXPECT_EQ(PictureOfKeys(), before);
+}
+
+TEST_F(FileAssociationsTest, AStopLeavesWhatWasFound) {
+  Seed();
+  auto scan = MakeScan(ScanTool::kAssociations, ports, scan_view);
+  scan->StartScan([](const Progress&) { return true; });
+  EXPECT_EQ(scan->RowCount(), 0u);
+  EXPECT_EQ(scan->status(), "");
+}
+
+}  // namespace
+}  // namespace quellix

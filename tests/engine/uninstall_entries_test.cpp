@@ -1,0 +1,197 @@
+// What is listed as installed: each entry with what it still has, removed and restored, and the
+// packages of the Windows Installer that belong to nothing.
+
+#include "platform/filetime.h"
+#include "registry_tools/installer_packages.h"
+#include "support/registry_fixture.h"
+
+namespace quellix {
+namespace {
+
+constexpr const char* kPrograms = "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
+constexpr const char* kPrograms32 =
+    "Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
+constexpr const char* kUserData =
+    "Software\\Microsoft\\Windows\\CurrentVersion\\Installer\\UserData\\Qx-1";
+constexpr const char* kCode = "{01234567-89AB-CDEF-0123-456789ABCDEF}";
+constexpr const char* kOther = "{11234567-89AB-CDEF-0123-456789ABCDEF}";
+
+// Entries and packages of the test's own, whose names begin with "Qx".
+struct UninstallEntriesTest : RegistryFixture {
+  UninstallEntriesTest() {
+    machine->MakeFile(there, "x");
+    if (machine->Exists(msiexec)) return;
+    machine->MakeFile(msiexec, "x");
+    made.push_back(msiexec);
+  }
+  ~UninstallEntriesTest() override {
+    for (const auto& [root, key] : keys) machine->RemoveRegistryTree(root, key);
+    machine->RemoveRegistryTree(kMachine, kUserData);
+    for (const std::string& path : made) {
+      if (machine->Exists(path)) ports.files.RemoveFile(path);
+    }
+  }
+  struct Entry {
+    std::string command;
+    std::string folder = "";
+    bool of_installer = false;
+    std::string name = "";  // as it is shown, else that of the key
+  };
+  void Add(RegistryRoot root, const std::string& key, const Entry& entry) {
+    keys.emplace_back(root, key);
+    const std::string name = key.substr(key.rfind('\\') + 1);
+    Set(root, key, "DisplayName", Text(entry.name.empty() ? name : entry.name));
+    Set(root, key, "UninstallString", Text(entry.command, kRegExpandSz));
+    if (!entry.folder.empty()) Set(root, key, "InstallLocation", Text(entry.folder));
+    if (entry.of_installer) Set(root, key, "WindowsInstaller", Number(1));
+  }
+  // A product of the Windows Installer with that package.
+  void AddProduct(const std::string& code, const std::string& package) {
+    Set(kMachine, kUserData + ("\\Products\\" + PackedCode(code)) + "\\InstallProperties",
+        "LocalPackage", Text(package));
+  }
+  std::string MakePackage(const std::string& name, bool is_new = false) {
+    const std::string path = ports.system.WindowsFolder() + "\\Installer\\" + name;
+    machine->MakeFile(path, std::string(3000, 'p'));
+    const int64_t now = ports.system.UtcNow();
+    machine->SetLastWrite(path, is_new ? now : now - 10 * kFiletimesADay);
+    made.push_back(path);
+    return path;
+  }
+  std::unique_ptr<RegistryScan> Scan() {
+    auto scan = MakeScan(ScanTool::kUninstall, ports, scan_view);
+    scan->StartScan();
+    return scan;
+  }
+  // The test's rows: mark, name, and what is missing.
+  static Names Rows(const RegistryScan& scan) {
+    Names rows;
+    for (size_t i = 0; i < scan.RowCount(); ++i) {
+      const ScanRow& row = scan.row(i);
+      EXPECT_FALSE(row.checked) << "nothing is ticked for the user";
+      if (row.texts[0].starts_with("Qx"))
+        rows.push_back(" !+?"[static_cast<int>(row.mark)] + row.texts[0] + "|" + row.texts[5]);
+    }
+    std::ranges::sort(rows);
+    return rows;
+  }
+  static size_t RowOf(const RegistryScan& scan, const std::string& name) {
+    for (size_t i = 0; i < scan.RowCount(); ++i) {
+      if (scan.row(i).texts[0] == name) return i;
+    }
+    throw std::runtime_error(name + " is not listed");
+  }
+
+  const std::string there = scratch + "program\\uninstall me.exe";
+  const std::string gone = scratch + "program\\gone.exe";
+  const std::string msiexec = ports.system.SystemFolder() + "\\msiexec.exe";
+  std::vector<std::pair<RegistryRoot, std::string>> keys;
+  Names made;
+};
+
+TEST_F(UninstallEntriesTest, EachEntryIsListedWithWhatIsMissing) {
+  const std::string package = MakePackage("qx1.msi");
+  AddProduct(kCode, package);
+  AddProduct(kOther, package + ".gone.msi");
+  const std::string machines(kPrograms), machines32(kPrograms32);
+  Add(kMachine, machines + "Qx there", {"\"" + there + "\" /u", scratch + "program\\"});
+  Add(kMachine, machines + "Qx unquoted", {there + " /u"});
+  Add(kMachine, machines32 + "Qx gone", {"\"" + gone + "\""});
+  Add(kUser, machines + "Qx folder gone", {"\"" + there + "\"", "\"" + scratch + "none\""});
+  Add(kUser, machines + "Qx nothing", {""});
+  Add(kUser, machines + "Qx nothing, folder gone", {"", scratch + "none"});
+  Add(kUser, machines + "Qx on a server", {"\\\\server\\share\\setup.exe /x"});
+  Add(kMachine, machines + "Qx a product", {"MsiExec.exe /X" + std::string(kCode)});
+  Add(kMachine, machines + kOther,
+      {"MsiExec.exe /I" + std::string(kOther), "", true, "Qx a product without its package"});
+  Add(kMachine, machines + "Qx no product",
+      {"msiexec /x {21234567-89AB-CDEF-0123-456789ABCDEF} /qn"});
+  Add(kMachine, machines + "Qx part of Windows", {gone});
+  Set(kMachine, machines + "Qx part of Windows", "SystemComponent", Number(1));
+  const auto scan = Scan();
+  EXPECT_EQ(
+      Rows(*scan),
+      (Names{"!Qx a product without its package|installer package missing",
+             "!Qx folder gone|folder missing", "!Qx gone|uninstaller missing",
+             "!Qx no product|installer package missing", "!Qx nothing, folder gone|folder missing",
+             "+Qx a product|", "+Qx there|", "+Qx unquoted|", "?Qx nothing|", "?Qx on a server|"}));
+  EXPECT_TRUE(Holds(scan->status(), " that cannot be removed any more"));
+  const size_t row = RowOf(*scan, "Qx there");
+  EXPECT_EQ(scan->Offers(ScanAction::kStart, row), ports.session.RunsPrograms());
+  EXPECT_FALSE(scan->Offers(ScanAction::kStart, RowOf(*scan, "Qx gone")));
+  EXPECT_TRUE(Holds(scan->QuestionForAction(ScanAction::kStart, row), "uninstall me.exe\" /u"));
+}
+
+TEST_F(UninstallEntriesTest, TheTextsAreThoseOfTheEntry) {
+  const std::string key = kPrograms + std::string("Qx");
+  Add(kMachine, key, {"\"" + there + "\""});
+  Set(kMachine, key, "DisplayVersion", Text("1.2"));
+  Set(kMachine, key, "Publisher", Text("Größe & Söhne"));
+  Set(kMachine, key, "InstallDate", Text("20240131"));
+  Set(kMachine, key, "EstimatedSize", Number(204800));
+  const auto scan = Scan();
+  const auto& texts = scan->row(RowOf(*scan, "Qx")).texts;
+  EXPECT_EQ((Names{texts.begin() + 1, texts.end()}),
+            (Names{"1.2", "Größe & Söhne", "2024-01-31", "204,800", "", "\"" + there + "\""}));
+  Set(kMachine, key, "InstallDate", Text("yesterday"));
+  const auto again = Scan();
+  EXPECT_EQ(again->row(RowOf(*again, "Qx")).texts[3].size(), 10u) << "when its key was written";
+}
+
+TEST_F(UninstallEntriesTest, AnEntryGoesAsAWholeAndComesBack) {
+  const std::string key = kPrograms + std::string("Qx");
+  Add(kUser, key, {gone});
+  Set(kUser, key + "\\below\\deep", "a", Number(7));
+  Add(kUser, key + "2", {gone});
+  RegistryPicture before, after;
+  Picture(kUser, kPrograms + std::string("Qx"), before);
+  const auto scan = Scan();
+  scan->DeleteRows({RowOf(*scan, "Qx")}, false);
+  EXPECT_EQ(scan->failure(), "");
+  EXPECT_FALSE(machine->KeyExists(kUser, key));
+  EXPECT_EQ(Rows(*Scan()), Names{"!Qx2|uninstaller missing"});
+  ASSERT_EQ(UndoFiles().size(), 1u);
+  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  Picture(kUser, kPrograms + std::string("Qx"), after);
+  EXPECT_EQ(after, before);
+}
+
+TEST_F(UninstallEntriesTest, PackagesOfNoProductGoToTheRecycleBin) {
+  AddProduct(kCode, MakePackage("qx1.msi"));
+  Set(kMachine, kUserData + std::string("\\Patches\\") + PackedCode(kOther), "LocalPackage",
+      Text("C:\\WINDOWS\\Installer\\QX2.MSP"));
+  const std::string patch = MakePackage("qx2.msp"), old = MakePackage("Qx3.msi");
+  const std::string of_today = MakePackage("Qx4.msi", true), kept = MakePackage("Qx5.msp");
+  MakePackage("Qx6.txt");
+  WriteOwn("keep.txt", kept + "\r\n");
+  const auto scan = Scan();
+  EXPECT_EQ(Rows(*scan),
+            (Names{"!Qx3.msi|package of no product", "!Qx5.msp|package of no product"}));
+  const size_t row = RowOf(*scan, "Qx3.msi");
+  EXPECT_EQ(scan->row(row).texts[4], "3");
+  scan->DeleteRows({row, RowOf(*scan, "Qx5.msp")}, false);
+  EXPECT_EQ(scan->stayed(), 1u);
+  EXPECT_TRUE(!machine->Exists(old) && machine->Exists(kept) && machine->Exists(patch));
+  EXPECT_TRUE(machine->Exists(of_today));
+  EXPECT_EQ(Rows(*Scan()), Names{"!Qx5.msp|package of no product"});
+}
+
+TEST_F(UninstallEntriesTest, WithoutAWordOfTheInstallerNoPackageIsCalledOrphaned) {
+  MakePackage("Qx3.msi");
+  Add(kMachine, kPrograms + std::string("Qx"), {"MsiExec.exe /X" + std::string(kCode)});
+  if (ReadInstallerPackages(ports, {}).is_whole) GTEST_SKIP() << "products of its own";
+  EXPECT_EQ(Rows(*Scan()), Names{"+Qx|"});
+}
+
+TEST(PackedCodeTest, ItIsTheCodeInTheInstallersOrder) {
+  EXPECT_EQ(PackedCode(kCode), "76543210BA98FEDC1032547698BADCFE");
+  EXPECT_EQ(PackedCode("{abcdef01-89AB-CDEF-0123-456789ABCDEF}"),
+            "10FEDCBABA98FEDC1032547698BADCFE");
+  for (const char* code :
+       {"", "{}", "{01234567-89AB-CDEF-0123-456789ABCDE}",
+        "{0123456789ABCDEF0123-456789ABCDEF----}", "[01234567-89AB-CDEF-0123-456789ABCDEF]"})
+    EXPECT_EQ(PackedCode(code), "") << code;
+}
+
+}  // namespace
+}  // namespace quellix
