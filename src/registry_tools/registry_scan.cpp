@@ -188,7 +188,7 @@ void RegistryScan::Act(ScanAction action, const std::vector<size_t>& rows, const
       NoteStayed(i, error.what());
     }
   }
-  SetStatus(Recounted() + (erased_.stayed == 0 ? "" : ", " + erased_.problem));
+  SetStatus(Recounted() + (erased_.stayed == 0 ? "" : ". " + erased_.problem));
 }
 
 // Most are missing, that is why their rows are here.
@@ -266,7 +266,8 @@ void RegistryScan::DeleteRows(std::vector<size_t> chosen, bool files_also, const
   }
   timer_enabled_ = traits_.rescans && !erased_.stopped;
   if (timer_enabled_) return;
-  const std::string stayed = std::to_string(erased_.stayed) + " could not be deleted";
+  const std::string why = traits_.keeps_stayed ? ": " + erased_.problem : "";
+  const std::string stayed = std::to_string(erased_.stayed) + " could not be deleted" + why;
   SetStatus(Recounted() + (erased_.stopped       ? ", the deletion was stopped"
                            : erased_.stayed == 0 ? ""
                                                  : ", " + stayed));

@@ -105,8 +105,7 @@ std::string StartupPrograms::TimeText(int64_t time) const {
 }
 
 std::string StartupPrograms::StateText(const StartupEntry& entry, RowMark mark) {
-  return std::string(entry.is_on ? "On" : "Off") +
-         (mark == RowMark::kOrphaned ? ", program missing" : "");
+  return std::string(entry.is_on ? "On" : "Off") + (mark == RowMark::kOrphaned ? ", missing" : "");
 }
 
 void StartupPrograms::AddEntry(size_t number) {

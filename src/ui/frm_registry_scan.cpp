@@ -52,15 +52,14 @@ FrmRegistryScan::Parts FrmRegistryScan::PartsOf(ScanTool tool) {
     case ScanTool::kComponents:
       return {"InvalidActivex", frmInvalidActivex, lstvInvalid, {160, 85, 95, 250}, 2};
     case ScanTool::kStartup:
-      return {"Startup", frmStartup, lstvInvalid, {130, 230, 110, 150, 90, 130, 110},
-              1,         mnuStartup};
+      return {"Startup", frmStartup, lstvInvalid, {120, 230, 90, 100, 80, 120, 112}, 1, mnuStartup};
     case ScanTool::kUninstall:
-      return {"Uninstall", frmUninstall, lstvInvalid, {200, 80, 140, 80, 80, 140, 230},
+      return {"Uninstall", frmUninstall, lstvInvalid, {160, 60, 100, 75, 70, 120, 230},
               6,           mnuUninstall};
     case ScanTool::kAssociations:
       break;
   }
-  return {"Associations", frmAssociations, lstvInvalid, {160, 130, 260, 110}, 2, mnuAssociations};
+  return {"Associations", frmAssociations, lstvInvalid, {155, 110, 260, 100}, 2, mnuAssociations};
 }
 
 void FrmRegistryScan::Show(ScanTool tool, HWND owner) {

@@ -1,6 +1,7 @@
 // What starts with Windows: listed from every place with its marks, switched off and on, deleted
 // and restored.
 
+#include "platform/forwarding_system.h"
 #include "registry_tools/startup_approval.h"
 #include "registry_tools/startup_tasks.h"
 #include "support/program_bytes.h"
@@ -9,6 +10,15 @@
 
 namespace quellix {
 namespace {
+
+// Says that it is another version of Windows.
+struct VersionSystem : ForwardingSystem {
+  using ForwardingSystem::ForwardingSystem;
+
+  WindowsVersion Version() override { return version; }
+
+  WindowsVersion version{2, 10, 0};
+};
 
 // A start-up folder of the test's own, and its values apart from those of the machine.
 struct StartupProgramsTest : RegistryFixture {
@@ -60,7 +70,7 @@ struct StartupProgramsTest : RegistryFixture {
     Set(kMachine, key, "ImagePath", Text(image, kRegExpandSz));
   }
   std::unique_ptr<RegistryScan> Scan() {
-    auto scan = MakeScan(ScanTool::kStartup, ports, scan_view);
+    auto scan = MakeScan(ScanTool::kStartup, today, scan_view);
     scan->StartScan();
     return scan;
   }
@@ -115,6 +125,10 @@ struct StartupProgramsTest : RegistryFixture {
   static constexpr const char* kServices = "SYSTEM\\CurrentControlSet\\Services\\";
   static constexpr const char* kServiceNames[] = {"QxAuto", "QxGone", "QxByHand", "QxDriver",
                                                   "QxShared"};
+  VersionSystem system{ports.system};
+  const Machine today{ports.files,     ports.registry, ports.shell,
+                      ports.url_cache, ports.profile,  system,
+                      ports.session,   ports.cleaners, ports.program_folder};
   std::vector<std::optional<RegistryValue>> folders_before;
   Names tasks;
   const std::string there = scratch + "programs\\a b.exe", gone = scratch + "programs\\gone.exe";
@@ -142,16 +156,16 @@ TEST_F(StartupProgramsTest, EachPlaceIsListedWithItsMarks) {
   machine->MakeFile(FolderOf(kMachine) + "\\Qx all.bat", "echo");
   machine->MakeFile(FolderOf(kMachine) + "\\Qx none.lnk", "no shortcut");
   const auto scan = Scan();
-  EXPECT_EQ(Rows(*scan), (Names{"!|Qx gone.lnk|||On, program missing|Start-up folder (user)",
-                                "!|QxGone|||On, program missing|Run (user)",
-                                "!|QxOld|||On, program missing|Run, 32 bits (machine)",
-                                "+|Qx all.bat|||On|Start-up folder (all users)",
-                                "+|Qx there.lnk|Maker|A program|On|Start-up folder (user)",
-                                "+|QxAll|Maker|A program|On|Run (machine)",
-                                "+|QxOnce|Maker|A program|On|RunOnce (user)",
-                                "+|QxThere|Maker|A program|Off|Run (user)",
-                                "?|Qx none.lnk|||On|Start-up folder (all users)",
-                                "?|QxServer|||On|Run (user)"}));
+  EXPECT_EQ(
+      Rows(*scan),
+      (Names{"!|Qx gone.lnk|||On, missing|Start-up folder (user)",
+             "!|QxGone|||On, missing|Run (user)", "!|QxOld|||On, missing|Run, 32 bits (machine)",
+             "+|Qx all.bat|||On|Start-up folder (all users)",
+             "+|Qx there.lnk|Maker|A program|On|Start-up folder (user)",
+             "+|QxAll|Maker|A program|On|Run (machine)",
+             "+|QxOnce|Maker|A program|On|RunOnce (user)",
+             "+|QxThere|Maker|A program|Off|Run (user)",
+             "?|Qx none.lnk|||On|Start-up folder (all users)", "?|QxServer|||On|Run (user)"}));
   EXPECT_TRUE(Holds(scan->status(), " without their program, 1 switched off"));
   EXPECT_EQ(scan->row(RowOf(*scan, "QxThere")).file, there);
   EXPECT_NE(scan->row(RowOf(*scan, "QxAll")).texts[6], "") << "since when";
@@ -181,12 +195,11 @@ TEST_F(StartupProgramsTest, TasksAndServicesAreReadAndWindowsOwnAreLeftOut) {
   Set(kMachine, std::string(kServices) + "QxShared\\Parameters", "ServiceDll", Text(there));
   Set(kMachine, std::string(kServices) + "QxAuto", "DisplayName", Text("Qx service"));
   const auto scan = Scan();
-  EXPECT_EQ(
-      Rows(*scan),
-      (Names{"!|QxGone|||On, program missing|Service", "!|\\Qx\\Off|||Off, program missing|Task",
-             "+|Qx service (QxAuto)|Maker|A program|On|Service",
-             "+|QxShared|Maker|A program|On|Service", "+|\\Qx\\Logon|Maker|A program|On|Task",
-             "?|\\Qx\\Handler|||On|Task"}));
+  EXPECT_EQ(Rows(*scan),
+            (Names{"!|QxGone|||On, missing|Service", "!|\\Qx\\Off|||Off, missing|Task",
+                   "+|Qx service (QxAuto)|Maker|A program|On|Service",
+                   "+|QxShared|Maker|A program|On|Service", "+|\\Qx\\Logon|Maker|A program|On|Task",
+                   "?|\\Qx\\Handler|||On|Task"}));
   EXPECT_EQ(scan->row(RowOf(*scan, "\\Qx\\Logon")).texts[1], "\"" + there + "\" -a & B");
   EXPECT_TRUE(Holds(scan->status(), "1 could not be read: ") && Holds(scan->status(), "Broken"));
   ports.files.WriteWholeFile(there, ProgramBytes("Microsoft Corporation", "Not in its folder"));
@@ -241,6 +254,7 @@ TEST_F(StartupProgramsTest, WhatIsDeletedComesBackAndWhatIsOnlyReadStays) {
   scan->DeleteRows(chosen, false);
   EXPECT_EQ(scan->stayed(), 1u);
   EXPECT_TRUE(Holds(scan->failure(), "Services are only read here"));
+  EXPECT_TRUE(scan->status().ends_with(", 1 could not be deleted: " + scan->failure()));
   EXPECT_EQ(scan->RowCount(), rows - 3) << "what stayed is still listed";
   EXPECT_TRUE(machine->KeyExists(kMachine, std::string(kServices) + "QxAuto"));
   EXPECT_FALSE(machine->Exists(FolderOf(kUser) + "\\Qx.lnk"));
@@ -251,6 +265,50 @@ TEST_F(StartupProgramsTest, WhatIsDeletedComesBackAndWhatIsOnlyReadStays) {
   EXPECT_EQ(scan->QuestionFor(2, false), "");
   WriteSettings("[General]\r\nAsk=1\r\n");
   EXPECT_EQ(scan->QuestionFor(2, false), "Delete 2 start-up entries?");
+}
+
+TEST_F(StartupProgramsTest, WhatCannotBeSwitchedIsToldAndStaysAsItIs) {
+  Set(kUser, kRun, "QxUser", Text(there));
+  Set(kUser, std::string(kApprovedKey) + "Run", "QxOther", {kRegBinary, "\2"});
+  const auto scan = Scan();
+  const size_t row = RowOf(*scan, "QxUser");
+  {
+    const auto denied = machine->DenyRegistryWrites(kUser, std::string(kApprovedKey) + "Run");
+    scan->Act(ScanAction::kDisable, {row});
+  }
+  EXPECT_EQ(scan->stayed(), 1u);
+  EXPECT_NE(scan->failure(), "");
+  EXPECT_TRUE(scan->status().ends_with(scan->failure()));
+  EXPECT_EQ(scan->row(row).texts[4], "On");
+  EXPECT_EQ(Approval(kUser, "Run", "QxUser"), "<none>");
+}
+
+TEST_F(StartupProgramsTest, WindowsBefore8KnowsNoSwitching) {
+  Set(kUser, kRun, "QxUser", Text(there));
+  const auto scan = Scan();
+  for (const WindowsVersion version : {WindowsVersion{2, 6, 1}, WindowsVersion{2, 5, 1}}) {
+    system.version = version;
+    scan->Act(ScanAction::kDisable, {RowOf(*scan, "QxUser")});
+    EXPECT_TRUE(Holds(scan->failure(), "that came with Windows 8"));
+    EXPECT_EQ(Approval(kUser, "Run", "QxUser"), "<none>");
+  }
+}
+
+TEST_F(StartupProgramsTest, ThousandsOfEntriesAreListedAndDeletedAtOnce) {
+  constexpr size_t kMany = 2000;
+  for (size_t i = 0; i < kMany; ++i)
+    Set(kUser, kRun, "Qx" + std::to_string(i), Text(i % 2 == 0 ? there : gone));
+  const auto scan = Scan();
+  EXPECT_EQ(Rows(*scan).size(), kMany);
+  std::vector<size_t> chosen;
+  for (size_t i = 0; i < scan->RowCount(); ++i) {
+    if (scan->row(i).mark == RowMark::kOrphaned && scan->row(i).name.starts_with("Qx"))
+      chosen.push_back(i);
+  }
+  EXPECT_EQ(chosen.size(), kMany / 2);
+  scan->DeleteRows(chosen, false);
+  EXPECT_EQ(scan->stayed(), 0u);
+  EXPECT_EQ(Rows(*Scan()).size(), kMany / 2);
 }
 
 TEST_F(StartupProgramsTest, WhatIsKeptStaysAndAStopLeavesTheRest) {

@@ -176,6 +176,24 @@ TEST_F(UninstallEntriesTest, PackagesOfNoProductGoToTheRecycleBin) {
   EXPECT_EQ(Rows(*Scan()), Names{"!Qx5.msp|package of no product"});
 }
 
+TEST_F(UninstallEntriesTest, OnlyPackagesInTheirFolderMayGo) {
+  MakePackage("Qx3.msi");
+  const std::string windows = ports.system.WindowsFolder() + "\\";
+  const std::tuple<const char*, std::string, Claim, bool> kRows[] = {
+      {"a package", windows + "Installer\\Qx3.msi", Claim::kPackage, true},
+      {"a patch, in any case", windows + "Installer\\Qx3.MSP", Claim::kPackage, true},
+      {"anything else there", windows + "Installer\\Qx3.dll", Claim::kPackage, false},
+      {"for anybody else", windows + "Installer\\Qx3.msi", Claim::kItem, false},
+      {"for a user's list", windows + "Installer\\Qx3.msi", Claim::kOwnList, false},
+      {"elsewhere in Windows", windows + "inf\\Qx3.msi", Claim::kPackage, false}};
+  ports.files.CreateFolder(windows + "inf");
+  ProtectedPlaces places(ports, own + "Backup\\");
+  for (const auto& [row, path, claim, may_go] : kRows) {
+    const auto folder = ports.files.OpenFolder(FolderPart(path));
+    EXPECT_EQ(places.WhyNotFile(*folder, path, claim).empty(), may_go) << row;
+  }
+}
+
 TEST_F(UninstallEntriesTest, WithoutAWordOfTheInstallerNoPackageIsCalledOrphaned) {
   MakePackage("Qx3.msi");
   Add(kMachine, kPrograms + std::string("Qx"), {"MsiExec.exe /X" + std::string(kCode)});

@@ -11,6 +11,9 @@ constexpr const wchar_t* kRun = L"Software\\Microsoft\\Windows\\CurrentVersion\\
 constexpr const wchar_t* kApproved =
     L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved\\Run";
 
+// Which Windows the program is told to be on.
+constexpr const wchar_t* kVersionKey = L"Software\\Wine\\AppDefaults\\quellix.exe";
+
 // The byte that tells whether an entry is switched off; -1 for none.
 int ApprovalOf(const wchar_t* name) {
   BYTE bytes[12];
@@ -35,6 +38,7 @@ struct RegistryScanWindowTest : testing::Test {
   static void Clear() {
     for (const wchar_t* key : {kDlls, kApps}) RegDeleteTreeW(HKEY_LOCAL_MACHINE, key);
     RegDeleteTreeW(HKEY_CURRENT_USER, kOwn);
+    RegDeleteTreeW(HKEY_CURRENT_USER, kVersionKey);
     for (const wchar_t* name : {L"Qx a", L"Qx b"}) {
       RegDeleteKeyValueW(HKEY_CURRENT_USER, kRun, name);
       RegDeleteKeyValueW(HKEY_CURRENT_USER, kApproved, name);
@@ -188,6 +192,7 @@ TEST_F(RegistryScanWindowTest, ThoroughReferencesAreShownInFullAndSorted) {
 }
 
 TEST_F(RegistryScanWindowTest, StartUpProgramsAreSwitchedOffAndDeleted) {
+  SetRegistryText(HKEY_CURRENT_USER, kVersionKey, L"Version", L"win10");
   for (const wchar_t* name : {L"Qx a", L"Qx b"})
     SetRegistryText(HKEY_CURRENT_USER, kRun, name, L"\"C:\\qx none\\a.exe\" /x");
   const QuellixWindow quellix;
@@ -201,8 +206,8 @@ TEST_F(RegistryScanWindowTest, StartUpProgramsAreSwitchedOffAndDeleted) {
   ASSERT_LT(own, CountRows(list));
   EXPECT_FALSE(IsRowTicked(list, own));
   for (int i = 0; i <= own; ++i) quellix.PressKey(list, i == 0 ? VK_HOME : VK_DOWN);
-  for (const auto& [button, state, first] : {std::tuple(cmdDisable, L"Off, program missing", 3),
-                                             std::tuple(cmdEnable, L"On, program missing", 2)}) {
+  for (const auto& [button, state, first] :
+       {std::tuple(cmdDisable, L"Off, missing", 3), std::tuple(cmdEnable, L"On, missing", 2)}) {
     SCOPED_TRACE(state);
     PressIn(window, button);
     ASSERT_TRUE(Await([&] { return quellix.RowText(list, own, 4) == state; }));
