@@ -24,27 +24,13 @@ struct FileAssociationsTest : RegistryFixture {
   void Put(RegistryRoot root, const std::string& key, const std::string& text) {
     Put(root, kClasses, key, "", Text(text));
   }
-  std::unique_ptr<RegistryScan> Scan() {
-    auto scan = MakeScan(ScanTool::kAssociations, ports, scan_view);
-    scan->StartScan();
-    return scan;
-  }
+  std::unique_ptr<RegistryScan> Scan() { return ScanOf(ScanTool::kAssociations, ports); }
   static Names Rows(const RegistryScan& scan) {
-    Names rows;
-    for (size_t i = 0; i < scan.RowCount(); ++i) {
-      const ScanRow& row = scan.row(i);
-      EXPECT_TRUE(!row.checked && row.mark == RowMark::kOrphaned);
-      if (ContainsNoCase(row.texts[0], "qx"))
-        rows.push_back(row.texts[0] + "|" + row.texts[1] + "|" + row.texts[2] + "|" + row.texts[3]);
-    }
-    std::ranges::sort(rows);
-    return rows;
-  }
-  static size_t RowOf(const RegistryScan& scan, const std::string& name) {
-    for (size_t i = 0; i < scan.RowCount(); ++i) {
-      if (scan.row(i).texts[0] == name) return i;
-    }
-    throw std::runtime_error(name + " is not listed");
+    return RowsOf(
+        scan, [](const std::string& name) { return ContainsNoCase(name, "qx"); },
+        [](const ScanRow& row) {
+          return row.texts[0] + "|" + row.texts[1] + "|" + row.texts[2] + "|" + row.texts[3];
+        });
   }
   RegistryPicture PictureOfKeys() {
     RegistryPicture picture;
@@ -89,12 +75,12 @@ TEST_F(FileAssociationsTest, WhatLeadsNowhereIsListed) {
   Seed();
   const auto scan = Scan();
   EXPECT_EQ(Rows(*scan),
-            (Names{".qxchosen|chosen class|QxNowhere|User, protected",
-                   ".qxchosen|open with|qxgone.exe|User", ".qxlist|open with|qxgone.exe|Machine",
-                   ".qxnone|class|QxNowhere|Machine", ".qxown|command open|" + gone + "|Machine",
-                   ".qxuser|class|QxNowhere|User", ".qxuser|open with class|QxOther|User",
-                   "QxDead|command open|\"" + gone + "\" \"%1\"|User",
-                   "QxDead|icon|" + gone + ",-3|User", "QxDead|verb|show|User"}));
+            (Names{"!.qxchosen|chosen class|QxNowhere|User, protected",
+                   "!.qxchosen|open with|qxgone.exe|User", "!.qxlist|open with|qxgone.exe|Machine",
+                   "!.qxnone|class|QxNowhere|Machine", "!.qxown|command open|" + gone + "|Machine",
+                   "!.qxuser|class|QxNowhere|User", "!.qxuser|open with class|QxOther|User",
+                   "!QxDead|command open|\"" + gone + "\" \"%1\"|User",
+                   "!QxDead|icon|" + gone + ",-3|User", "!QxDead|verb|show|User"}));
   EXPECT_TRUE(Holds(scan->status(), " references that lead nowhere"));
 }
 
@@ -109,7 +95,7 @@ TEST_F(FileAssociationsTest, WhatIsDeletedComesBackAndWhatIsProtectedStays) {
   scan->DeleteRows(chosen, false);
   EXPECT_EQ(scan->stayed(), 1u);
   EXPECT_TRUE(Holds(scan->failure(), "Windows protects what its user has chosen"));
-  EXPECT_EQ(Rows(*Scan()), (Names{".qxchosen|chosen class|QxNowhere|User, protected"}));
+  EXPECT_EQ(Rows(*Scan()), (Names{"!.qxchosen|chosen class|QxNowhere|User, protected"}));
   EXPECT_TRUE(machine->KeyExists(kUser, std::string(kClasses) + "QxDead\\shell\\print\\command"));
   ASSERT_EQ(UndoFiles().size(), 1u);
   EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
@@ -128,7 +114,7 @@ TEST_F(FileAssociationsTest, AnotherProgramOfThoseOfferedTakesThePlace) {
   const auto key =
       ports.registry.Open(kUser, std::string(kClasses) + ".qxuser", RegistryAccess::kRead);
   EXPECT_EQ(modRegistry::ReadText(*key, ""), "QxOk");
-  for (const std::string& line : Rows(*Scan())) EXPECT_FALSE(line.starts_with(".qxuser|class"));
+  for (const std::string& line : Rows(*Scan())) EXPECT_FALSE(line.starts_with("!.qxuser|class"));
   ASSERT_EQ(UndoFiles().size(), 1u);
   EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
   EXPECT_EQ(PictureOfKeys(), before);

@@ -69,30 +69,16 @@ struct StartupProgramsTest : RegistryFixture {
     Set(kMachine, key, "Type", Number(type));
     Set(kMachine, key, "ImagePath", Text(image, kRegExpandSz));
   }
-  std::unique_ptr<RegistryScan> Scan() {
-    auto scan = MakeScan(ScanTool::kStartup, today, scan_view);
-    scan->StartScan();
-    return scan;
-  }
-  // Rows of the test's own: mark, name, publisher, description, state and place.
+  std::unique_ptr<RegistryScan> Scan() { return ScanOf(ScanTool::kStartup, today); }
+  // Mark, name, publisher, description, state and place.
   static Names Rows(const RegistryScan& scan) {
-    Names rows;
-    for (size_t i = 0; i < scan.RowCount(); ++i) {
-      const ScanRow& row = scan.row(i);
-      EXPECT_FALSE(row.checked) << "nothing is ticked for the user";
-      if (!Holds(row.texts[0], "Qx")) continue;
-      std::string line(1, " !+?"[static_cast<int>(row.mark)]);
-      for (const size_t column : {0, 2, 3, 4, 5}) line += "|" + row.texts[column];
-      rows.push_back(line);
-    }
-    std::ranges::sort(rows);
-    return rows;
-  }
-  static size_t RowOf(const RegistryScan& scan, const std::string& name) {
-    for (size_t i = 0; i < scan.RowCount(); ++i) {
-      if (scan.row(i).texts[0] == name) return i;
-    }
-    throw std::runtime_error(name + " is not listed");
+    return RowsOf(
+        scan, [](const std::string& name) { return Holds(name, "Qx"); },
+        [](const ScanRow& row) {
+          std::string line;
+          for (const size_t column : {0, 2, 3, 4, 5}) line += "|" + row.texts[column];
+          return line;
+        });
   }
   RegistryPicture PictureOfKeys() {
     RegistryPicture picture;

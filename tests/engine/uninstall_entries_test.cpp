@@ -58,28 +58,12 @@ struct UninstallEntriesTest : RegistryFixture {
     made.push_back(path);
     return path;
   }
-  std::unique_ptr<RegistryScan> Scan() {
-    auto scan = MakeScan(ScanTool::kUninstall, ports, scan_view);
-    scan->StartScan();
-    return scan;
-  }
-  // The test's rows: mark, name, and what is missing.
+  std::unique_ptr<RegistryScan> Scan() { return ScanOf(ScanTool::kUninstall, ports); }
+  // Mark, name, and what is missing.
   static Names Rows(const RegistryScan& scan) {
-    Names rows;
-    for (size_t i = 0; i < scan.RowCount(); ++i) {
-      const ScanRow& row = scan.row(i);
-      EXPECT_FALSE(row.checked) << "nothing is ticked for the user";
-      if (row.texts[0].starts_with("Qx"))
-        rows.push_back(" !+?"[static_cast<int>(row.mark)] + row.texts[0] + "|" + row.texts[5]);
-    }
-    std::ranges::sort(rows);
-    return rows;
-  }
-  static size_t RowOf(const RegistryScan& scan, const std::string& name) {
-    for (size_t i = 0; i < scan.RowCount(); ++i) {
-      if (scan.row(i).texts[0] == name) return i;
-    }
-    throw std::runtime_error(name + " is not listed");
+    return RowsOf(
+        scan, [](const std::string& name) { return name.starts_with("Qx"); },
+        [](const ScanRow& row) { return row.texts[0] + "|" + row.texts[5]; });
   }
 
   const std::string there = scratch + "program\\uninstall me.exe";

@@ -65,6 +65,33 @@ struct RegistryFixture : RunFixture {
                            prompts);
   }
 
+  std::unique_ptr<RegistryScan> ScanOf(ScanTool tool, const Machine& of) {
+    auto scan = MakeScan(tool, of, scan_view);
+    scan->StartScan();
+    return scan;
+  }
+  // Of a tool that ticks nothing, the rows whose first text `is_own` takes: the sign of each mark
+  // and what `text_of` says.
+  static Names RowsOf(const RegistryScan& scan,
+                      const std::function<bool(const std::string&)>& is_own,
+                      const std::function<std::string(const ScanRow&)>& text_of) {
+    Names rows;
+    for (size_t i = 0; i < scan.RowCount(); ++i) {
+      const ScanRow& row = scan.row(i);
+      EXPECT_FALSE(row.checked) << "nothing is ticked for the user";
+      if (is_own(row.texts[0])) rows.push_back(" !+?"[static_cast<int>(row.mark)] + text_of(row));
+    }
+    std::ranges::sort(rows);
+    return rows;
+  }
+  // The first row of that name.
+  static size_t RowOf(const RegistryScan& scan, const std::string& name) {
+    for (size_t i = 0; i < scan.RowCount(); ++i) {
+      if (scan.row(i).texts[0] == name) return i;
+    }
+    throw std::runtime_error(name + " is not listed");
+  }
+
   static constexpr const char* kWindowsKey = "Software\\Microsoft\\Windows\\CurrentVersion";
   static constexpr const char* kDlls = "Software\\Microsoft\\Windows\\CurrentVersion\\SharedDLLs";
   static constexpr const char* kApps = "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths";
