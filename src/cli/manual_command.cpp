@@ -3,6 +3,7 @@
 
 #include "cli/command_table.h"
 #include "cli/commands.h"
+#include "platform/text.h"
 
 namespace quellix {
 namespace {
@@ -40,12 +41,19 @@ void PrintRow(const std::string& tag, const std::string& what) {
   std::cout << ".TP\n" << tag << "\n" << Roff(what) << "\n";
 }
 
+// A choice that is longer than a line may end between its words.
+std::string ValueOf(const OptionRow& option) {
+  constexpr size_t kLine = 60;
+  const bool fits = option.value.size() <= kLine;
+  return Roff(fits ? option.value : ReplaceNoCase(option.value, "|", " | "));
+}
+
 std::string TagOf(const OptionRow& option) {
   std::string tag;
   for (const std::string& name : option.names)
     tag += (tag.empty() ? "\\fB" : ", \\fB") + Roff(name) + "\\fR";
   if (option.value.empty()) return tag;
-  return tag + (tag.empty() ? "" : " ") + "\\fI" + Roff(option.value) + "\\fR" +
+  return tag + (tag.empty() ? "" : " ") + "\\fI" + ValueOf(option) + "\\fR" +
          (option.takes_several ? "..." : "");
 }
 
