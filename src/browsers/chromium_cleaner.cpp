@@ -34,8 +34,7 @@ constexpr std::string_view kSessionFiles[] = {"Current Session", "Current Tabs",
                                               "Last Tabs"};
 
 constexpr DatabaseStep kCookieList[] = {
-    {"SELECT ltrim(host_key, '.'), count(*), sum(length(name) + length(value)) "
-     "FROM cookies GROUP BY 1"}};
+    {"SELECT ltrim(host_key, '.'), 1, length(name) + length(value) FROM cookies"}};
 constexpr DatabaseStep kCookieSteps[] = {{"DELETE FROM cookies WHERE goes(ltrim(host_key, '.'))"}};
 
 // Addresses and cards were saved on purpose.

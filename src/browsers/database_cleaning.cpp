@@ -18,6 +18,9 @@ namespace {
 constexpr const char* kBeside[] = {"-wal", "-journal"};
 // Compacting takes memory for what is left; beyond that, what was deleted is only overwritten.
 constexpr uint64_t kMostCompacted = 512u << 20;
+// A preview changes a copy in memory, so that what follows sees what would be left; of a larger one
+// it only lists what would go.
+constexpr uint64_t kMostInMemory = 128u << 20;
 
 // The name of some rows, with how many and how large they are.
 struct Group {
@@ -165,6 +168,7 @@ class Cleaning {
   }
 
   void Change() {
+    if (context_.state.IsPreview && BytesNow() > kMostInMemory) return;
     Database database(folder_, name_, shown_, Database::Use::kChange, PauseOf(context_));
     AddFunctions(database);
     database.Begin();

@@ -21,7 +21,7 @@ struct DatabaseStep {
 // needed, is a database of another form, and is left as it is.
 struct DatabaseJob {
   // Statements that tell what would go: in each row what it is called, how many rows it is, and
-  // their bytes. Those of one name go together.
+  // their bytes. Those of one name go together; SQLite would hold all of them to group them.
   std::span<const DatabaseStep> list;
   bool is_by_site = false;  // the names are sites, which the keep list may name
   // What then deletes, in one transaction; goes(NAME) tells what was not kept, nor left out.

@@ -6,8 +6,7 @@ namespace quellix {
 namespace {
 
 constexpr DatabaseStep kCookieList[] = {
-    {"SELECT ltrim(host, '.'), count(*), sum(length(name) + length(value)) "
-     "FROM moz_cookies GROUP BY 1"}};
+    {"SELECT ltrim(host, '.'), 1, length(name) + length(value) FROM moz_cookies"}};
 constexpr DatabaseStep kCookieSteps[] = {{"DELETE FROM moz_cookies WHERE goes(ltrim(host, '.'))"}};
 
 constexpr DatabaseStep kFormList[] = {
@@ -88,8 +87,8 @@ constexpr DatabaseStep kIconSteps[] = {
 
 // "moc.elpmaxe.:https:443"
 constexpr DatabaseStep kStorageList[] = {
-    {"SELECT site_of(originKey), count(*), sum(length(value)) FROM webappsstore2 "
-     "WHERE originKey LIKE '%:http%' GROUP BY 1"}};
+    {"SELECT site_of(originKey), 1, length(value) FROM webappsstore2 "
+     "WHERE originKey LIKE '%:http%'"}};
 constexpr DatabaseStep kStorageSteps[] = {
     {"DELETE FROM webappsstore2 WHERE originKey LIKE '%:http%' AND goes(site_of(originKey))"}};
 
