@@ -206,12 +206,15 @@ TEST_F(RegistryScanWindowTest, StartUpProgramsAreSwitchedOffAndDeleted) {
   ASSERT_LT(own, CountRows(list));
   EXPECT_FALSE(IsRowTicked(list, own));
   for (int i = 0; i <= own; ++i) quellix.PressKey(list, i == 0 ? VK_HOME : VK_DOWN);
-  for (const auto& [button, state, first] :
-       {std::tuple(cmdDisable, L"Off, missing", 3), std::tuple(cmdEnable, L"On, missing", 2)}) {
-    SCOPED_TRACE(state);
-    PressIn(window, button);
-    ASSERT_TRUE(Await([&] { return quellix.RowText(list, own, 4) == state; }));
-    EXPECT_EQ(ApprovalOf(L"Qx a"), first);
+  const struct {
+    int button, first;
+    const wchar_t* state;
+  } kRows[] = {{cmdDisable, 3, L"Off, missing"}, {cmdEnable, 2, L"On, missing"}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.state);
+    PressIn(window, row.button);
+    ASSERT_TRUE(Await([&] { return quellix.RowText(list, own, 4) == row.state; }));
+    EXPECT_EQ(ApprovalOf(L"Qx a"), row.first);
   }
   PressIn(window, cmdEnable);
   ASSERT_TRUE(quellix.Answer(L"None of the selected", IDOK));
