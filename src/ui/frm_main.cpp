@@ -11,6 +11,7 @@
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
+#include "ui/dropped_files.h"
 #include "ui/group_heading.h"
 #include "ui/resource.h"
 
@@ -276,6 +277,8 @@ void FrmMain::OnCommand(int id, int code) {
       return items_.ToggleAll();
     case mnuUsers:
       return CleanForOthers();
+    case mnuRemoveCopied:
+      return RemoveByHand(CopiedFiles(window()));
     case cmdBackups:
       windows_.Open(mnuBackups, window());
       return;
@@ -355,8 +358,15 @@ void FrmMain::GoToTray() {
   ShowWindow(window(), has_icon ? SW_HIDE : SW_MINIMIZE);
 }
 
-// Esc in a field of several lines would close the window.
+// Esc in a field of several lines would close the window; what is typed into none is a command.
 bool FrmMain::OnKey(MSG& message) {
+  const bool is_paste = message.message == WM_KEYDOWN && message.wParam == 'V' &&
+                        GetKeyState(VK_CONTROL) < 0 && GetKeyState(VK_SHIFT) >= 0 &&
+                        GetKeyState(VK_MENU) >= 0;
+  if (is_paste) {
+    OnCommand(mnuRemoveCopied, BN_CLICKED);
+    return true;
+  }
   if (message.message != WM_KEYDOWN || message.wParam != VK_ESCAPE)
     return IsLetterForButton(message);
   OnCommand(IDCANCEL, BN_CLICKED);
@@ -367,6 +377,10 @@ bool FrmMain::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
   tray_.Follow(message);
   if (message == WM_THEMECHANGED || message == WM_SYSCOLORCHANGE) OnResolution();
   if (message == WM_SHOWWINDOW && wparam) tray_.Hide();
+  if (message == WM_DROPFILES) {
+    RemoveByHand(TakeDropped(wparam));
+    return true;
+  }
   if (message != TrayIcon::kMessage) return false;
   switch (LOWORD(lparam)) {
     case NIN_SELECT:

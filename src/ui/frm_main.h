@@ -86,6 +86,7 @@ class FrmMain : public Dialog {
   RunQuestion Question(const EntryList& list, const StartOffer& offer) const;
   void CleanWithRights();
   void CleanForOthers();
+  void RemoveByHand(std::vector<std::string> paths);
   using Look = std::function<void(PreviewRun&)>;
   std::shared_ptr<const RunEntries> LookAhead(const Look& look);
   Look LookAt(const Target& target);

@@ -91,6 +91,15 @@ void FrmMain::CleanForOthers() {
   windows_.Open(mnuUsers, window());
 }
 
+// What was dropped or copied by mistake is seen before it goes.
+void FrmMain::RemoveByHand(std::vector<std::string> paths) {
+  if (work_.working()) return;
+  if (paths.empty()) {
+    return prompts_.Inform("Copy files or folders in Explorer first, or drop them on this window.");
+  }
+  Preview({.others = OtherChoices{.paths = std::move(paths)}});
+}
+
 FrmMain::Look FrmMain::LookAt(const Target& target) {
   return [this, target](PreviewRun& preview) {
     if (target.item != nullptr) return preview.RunOneItem(*target.item);

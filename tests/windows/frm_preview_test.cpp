@@ -1,5 +1,6 @@
 // Seeing before cleaning: the preview, the question, the list of a run, and the runs before it.
 #include <gtest/gtest.h>
+#include <shlobj.h>
 
 #include "quellix_window.h"
 #include "support/holds.h"
@@ -99,6 +100,39 @@ TEST_F(FrmPreviewTest, CleanAsksFirstAndShowsWhatGoes) {
   const QuellixWindow recycling;
   recycling.Press(cmdClean);
   EXPECT_TRUE(recycling.AwaitWindow(L"Cleaning log") && !Exists("a.tmp"));
+}
+
+// As a file manager does.
+void CopyFiles(const std::wstring& names) {
+  const size_t bytes = sizeof(DROPFILES) + (names.size() + 2) * sizeof(wchar_t);
+  const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, bytes);
+  auto* const drop = static_cast<DROPFILES*>(GlobalLock(memory));
+  drop->pFiles = sizeof(DROPFILES);
+  drop->fWide = TRUE;
+  names.copy(reinterpret_cast<wchar_t*>(drop + 1), names.size());
+  GlobalUnlock(memory);
+  OpenClipboard(nullptr);
+  EmptyClipboard();
+  if (!names.empty()) SetClipboardData(CF_HDROP, memory);
+  CloseClipboard();
+}
+
+TEST_F(FrmPreviewTest, CopiedFilesAndFoldersAreSeenBeforeTheyGo) {
+  WriteBytes(TempFolder() / "named" / "deep" / "d.txt", "12345");
+  const QuellixWindow window;
+  CopyFiles(L"");
+  window.Choose(mnuRemoveCopied);
+  EXPECT_TRUE(window.Answer(L"Copy files or folders in Explorer first", IDOK));
+  CopyFiles((TempFolder() / "named").wstring() + L'\0' + (TempFolder() / "a.tmp").wstring());
+  window.Choose(mnuRemoveCopied);
+  const HWND preview = window.AwaitWindow(L"Preview");
+  EXPECT_EQ(Shown(preview, lblRunSummary), L"4 entries to be removed, 10 Bytes.");
+  PressIn(preview, cmdCleanTicked);
+  ASSERT_TRUE(window.Answer(L"Delete 2 files (10 Bytes) for good?", 100));
+  EXPECT_TRUE(AwaitPart(window.AwaitWindow(L"Cleaning log"), txtLog,
+                        L"Named by hand... Files Deleted: 2 Space Gained: 10 Bytes"));
+  EXPECT_FALSE(Exists("named") || Exists("a.tmp"));
+  EXPECT_TRUE(Exists("b.tmp"));
 }
 
 TEST_F(FrmPreviewTest, TheLogListsTheEntriesAndTheRunsBefore) {
