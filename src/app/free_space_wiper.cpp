@@ -18,8 +18,12 @@ constexpr size_t kPiece = 1 << 20, kSmallestPiece = 4096;
 constexpr uint64_t kLargestFile = (uint64_t{4} << 30) - kPiece;
 // What a record of 1,024 bytes has room for beside the file's name and times.
 constexpr size_t kInRecord = 600;
-// The file table grows by more than that.
-constexpr uint64_t kGrown = 128 << 10;
+// Small files are made so many at a time. Where they take records that are there, their names alone
+// take room, less than so much; where the table grows for them, a record each.
+constexpr size_t kBatch = 256;
+constexpr uint64_t kNames = kBatch * 700;
+// Freed again for the small files' names: what was overwritten.
+constexpr uint64_t kForNames = 64u << 20;
 
 class Wiper {
  public:
@@ -27,22 +31,20 @@ class Wiper {
         const Pause& pause)
       : files_(machine.files),
         notes_(machine.files, machine.program_folder),
+        root_(WithBackslash(root)),
+        temp_(WithBackslash(machine.system.TempFolder())),
         options_(options),
         pause_(pause),
-        piece_(kPiece, '\0') {
-    MakeFolder(root, machine.system.TempFolder());
-    const uint64_t free = folder_->Room().free;
-    total_ = free > options.reserve ? free - options.reserve : 0;
-  }
+        piece_(kPiece, '\0') {}
   Wiper(const Wiper&) = delete;
   Wiper& operator=(const Wiper&) = delete;
 
   FreeSpaceWiped Run() {
     try {
+      Begin();
       while (!wiped_.is_stopped && FillOne()) {
       }
-      while (!wiped_.is_stopped && wiped_.records < options_.most_records && TakeRecord()) {
-      }
+      if (!wiped_.is_stopped) TakeRecords();
     } catch (const Error& error) {
       wiped_.problem = error.what();
     }
@@ -51,31 +53,42 @@ class Wiper {
   }
 
  private:
-  // Where nobody may write to the root, in the temporary folder, if that is on the same drive.
-  void MakeFolder(const std::string& root, const std::string& temp) {
+  void Begin() {
+    // Where nobody may write to the root.
+    if (!MakeFolder(root_) && (!EqualsNoCase(temp_.substr(0, 3), root_) || !MakeFolder(temp_)))
+      throw Error(Error::Kind::kDenied, "No folder can be made on " + root_);
+    const uint64_t free = folder_->Room().free;
+    total_ = free > options_.reserve ? free - options_.reserve : 0;
+    if (total_ == 0) throw Error(Error::Kind::kFull, "No more is free than the reserve.");
+  }
+
+  // Noted before it is there; false where it is denied.
+  bool MakeFolder(const std::string& parent) {
+    parent_ = files_.OpenFolder(parent);
+    if (!parent_) throw Error(Error::Kind::kMissing, parent + " is not there.");
     name_ = TemporaryName();
-    parent_path_ = WithBackslash(root);
+    parent_path_ = parent;
+    notes_.Add(parent + name_);
+    if (!notes_.IsKept())
+      throw Error(Error::Kind::kDenied,
+                  "Nothing is wiped while the program's folder cannot be written: after a kill "
+                  "nobody would know what to clear away.");
     try {
-      parent_ = files_.OpenFolder(parent_path_);
-      if (!parent_) throw Error(Error::Kind::kMissing, "There is no drive " + root);
       parent_->CreateFolder(name_);
     } catch (const Error& error) {
-      if (error.kind() != Error::Kind::kDenied ||
-          !EqualsNoCase(temp.substr(0, 2), root.substr(0, 2)))
-        throw;
-      parent_path_ = WithBackslash(temp);
-      parent_ = files_.OpenFolder(parent_path_);
-      if (!parent_) throw;
-      parent_->CreateFolder(name_);
+      if (error.kind() != Error::Kind::kDenied) throw;
+      return false;
     }
-    notes_.Add(parent_path_ + name_);
     folder_ = parent_->OpenFolder(name_);
-    if (!folder_) throw Error(Error::Kind::kMissing, parent_path_ + name_ + " is not there.");
+    if (!folder_) throw Error(Error::Kind::kMissing, parent + name_ + " is not there.");
+    return true;
   }
 
   std::unique_ptr<RandomFile> MakeFile() {
     names_.push_back(TemporaryName());
-    return folder_->Open(names_.back(), OpenMode::kCreateNew);
+    std::unique_ptr<RandomFile> file = folder_->Open(names_.back(), OpenMode::kCreateNew);
+    file->SetAttributes(kNormal);  // in a compressed folder nothing would be overwritten
+    return file;
   }
 
   std::string_view Content(size_t size) {
@@ -104,6 +117,7 @@ class Wiper {
     const std::unique_ptr<RandomFile> file = MakeFile();
     size_t most = kPiece;
     for (uint64_t at = 0; at < kLargestFile && !Stops();) {
+      RequireEnd();
       const size_t size = std::min(most, Room());
       if (size == 0) return Flushed(*file);
       try {
@@ -130,27 +144,62 @@ class Wiper {
     return Flushed(file);
   }
 
-  // False when there is no room for one, or the table has grown for it.
-  bool TakeRecord() {
-    if (Stops()) return false;
-    const uint64_t free = folder_->Room().free;
-    if (free_at_first_ == 0) free_at_first_ = free;
-    if (free + kGrown < free_at_first_) return false;
+  // Some disks store what is written smaller than it is, and are never full.
+  void RequireEnd() const {
+    if (wiped_.bytes <= 2 * total_ + kForNames) return;
+    throw Error(
+        Error::Kind::kOther,
+        "The drive takes more than was free on it: it stores what is written smaller than it "
+        "is, so that not all is overwritten.");
+  }
+
+  // Until the table has grown for them twice.
+  void TakeRecords() {
+    Shorten();
+    int grown = 0;
+    while (grown < 2 && wiped_.records < options_.most_records && !Stops()) {
+      const uint64_t before = folder_->Room().free;
+      if (before < options_.reserve / 2 || !TakeBatch()) {
+        wiped_.problem = "The drive was full before all free records of its file table were taken.";
+        return;
+      }
+      const uint64_t after = folder_->Room().free;
+      grown = after + kNames < before ? grown + 1 : 0;
+    }
+  }
+
+  void Shorten() {
+    const std::unique_ptr<RandomFile> file = folder_->Open(names_.back(), OpenMode::kReadAndCreate);
+    file->Resize(file->Size() - std::min(file->Size(), kForNames));
+  }
+
+  // On the disk before they go, or their records would never be written. False when it is full.
+  bool TakeBatch() {
+    std::vector<std::unique_ptr<RandomFile>> batch;
+    const uint64_t count = std::min<uint64_t>(kBatch, options_.most_records - wiped_.records);
     try {
-      MakeFile()->Write(0, Content(kInRecord));
+      for (uint64_t i = 0; i < count; ++i) {
+        batch.push_back(MakeFile());
+        batch.back()->Write(0, Content(kInRecord));
+        batch.back()->BeginFlush();
+      }
+      for (const auto& file : batch) file->Flush();
     } catch (const Error& error) {
       if (error.kind() != Error::Kind::kFull) throw;
       return false;
     }
-    ++wiped_.records;
+    wiped_.records += count;
     return true;
   }
 
   // However it ended; what was made here alone.
   void ClearAway() {
+    if (!folder_) return;
     for (const std::string& name : names_) Remove([&] { folder_->RemoveFile(name); });
     folder_.reset();
     Remove([&] { parent_->RemoveFolder(name_); });
+    if (left_.empty()) return;
+    wiped_.problem += (wiped_.problem.empty() ? "" : " ") + left_;
   }
 
   template <typename Action>
@@ -158,20 +207,21 @@ class Wiper {
     try {
       action();
     } catch (const Error& error) {
-      if (error.kind() == Error::Kind::kMissing || !wiped_.problem.empty()) return;
-      wiped_.problem = parent_path_ + name_ + " could not be removed. " + error.what();
+      if (error.kind() == Error::Kind::kMissing || !left_.empty()) return;
+      left_ = parent_path_ + name_ + " could not be removed. " + error.what();
     }
   }
 
   FileSystem& files_;
   RestoreNotes notes_;
+  const std::string root_, temp_;
   const FreeSpaceOptions options_;
   const Pause& pause_;
   RandomSource random_;
-  std::string piece_, name_, parent_path_;
+  std::string piece_, name_, parent_path_, left_;
   std::unique_ptr<Folder> parent_, folder_;
   std::vector<std::string> names_;
-  uint64_t total_ = 0, free_at_first_ = 0;
+  uint64_t total_ = 0;
   FreeSpaceWiped wiped_;
 };
 

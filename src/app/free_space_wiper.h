@@ -25,9 +25,9 @@ struct FreeSpaceWiped {
 // Overwrites what is free on the drive of `root` ("C:\"), by files in a folder of their own which
 // are removed again whatever ends it; a kill's are cleared away at the next start. First large ones
 // until but the reserve is left, then small ones, which take the free records of NTFS' file table,
-// until that would have to grow. Progress is in bytes, an estimate while others write too. What
+// until that grows for them. Progress is in bytes, an estimate while others write too. What
 // solid-state disks and snapshots keep, and the ends of files' last clusters, no program reaches
-// so. Throws Error where no folder can be made there.
+// so. Never throws Error.
 FreeSpaceWiped WipeFreeSpace(const Machine& machine, const std::string& root,
                              const FreeSpaceOptions& options, const Pause& pause);
 

@@ -1,5 +1,6 @@
 #include "backup/leftovers.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "platform/error.h"
@@ -31,11 +32,21 @@ std::vector<std::string> TemporaryNamesIn(Folder& folder) {
   return names;
 }
 
+// A folder made for temporary files alone that is on another disk than those that are here now: its
+// note is for the start that finds it.
+bool IsOutOfReach(FileSystem& files, const std::string& path) {
+  return IsTemporaryName(NamePart(path)) && !files.Look(path, Detail::kKind);
+}
+
 // Who can be opened for writing alone is held by nobody.
-bool ClearOne(Folder& folder, const std::string& name, std::vector<std::string>& noted) try {
+bool ClearOne(FileSystem& files, Folder& folder, const std::string& name,
+              std::vector<std::string>& noted) try {
   auto file = folder.Open(name, OpenMode::kReadAndCreate);
-  for (std::string& path : ReadNotes(*file)) noted.push_back(std::move(path));
+  const std::vector<std::string> paths = ReadNotes(*file);
   file.reset();  // Windows removes nothing that is open
+  noted.insert(noted.end(), paths.begin(), paths.end());
+  if (std::ranges::any_of(paths, [&](const auto& path) { return IsOutOfReach(files, path); }))
+    return false;
   folder.RemoveFile(name);
   return true;
 } catch (const Error&) {
@@ -48,7 +59,7 @@ size_t ClearFolder(FileSystem& files, const std::string& path,
   size_t removed = 0;
   if (!folder) return 0;
   for (const std::string& name : TemporaryNamesIn(*folder)) {
-    removed += ClearOne(*folder, name, noted);
+    removed += ClearOne(files, *folder, name, noted);
   }
   return removed;
 } catch (const Error&) {

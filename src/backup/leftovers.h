@@ -20,6 +20,8 @@ class RestoreNotes {
   RestoreNotes& operator=(const RestoreNotes&) = delete;
 
   void Add(std::string_view path);
+  // Whether a kill's next start would know.
+  bool IsKept() const { return file_ != nullptr; }
 
  private:
   void Begin();
@@ -34,7 +36,8 @@ class RestoreNotes {
 };
 
 // Removes the temporary files that killed runs left in these folders, and in those where a killed
-// restore was at work; such a folder that has a temporary name itself goes too. What a living
+// restore was at work; such a folder that has a temporary name itself
+// goes too, and its note stays as long as it is not there to be cleared. What a living
 // process holds stays, and so does what cannot be removed. The number of files removed; never
 // throws.
 size_t ClearLeftovers(FileSystem& files, std::span<const std::string> folders);

@@ -1,11 +1,15 @@
 #include "cleaners/named_places.h"
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 #include <string_view>
+#include <vector>
 
 #include "cleaners/skeleton.h"
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/text.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
@@ -30,18 +34,12 @@ class OfAnyAge {
   const decltype(RunState::OlderThanDays) days_;
 };
 
-// A link, or a folder that is empty by now; one that is not keeps what is noted as stayed.
 void RemoveItself(CleaningContext& context, const std::string& path) {
   const FileList alone;
   RunEntry entry{.kind = EntryKind::kFolder, .place = path};
   if (!IsChosen(context.state, entry)) return;
-  try {
-    WorkingFolder(context, alone, Claim::kOwnList).OfFolder(path).RemoveFolder(NamePart(path));
-    NoteEntry(context.state, std::move(entry));
-  } catch (const Error& error) {
-    if (error.kind() == Error::Kind::kNotEmpty) return;
-    NoteStayed(context.state, path, error.what(), error.kind());
-  }
+  WorkingFolder(context, alone, Claim::kOwnList).OfFolder(path).RemoveFolder(NamePart(path));
+  NoteEntry(context.state, std::move(entry));
 }
 
 bool IsTemporary(const Machine& machine, Folder& folder) {
@@ -70,20 +68,84 @@ void RemoveWhole(CleaningContext& context, const std::string& path) {
   RemovePendingFolders(context, list);
 }
 
-void RemoveNamed(CleaningContext& context, const std::string& path) {
+// Why a link may not go; "" when it may. Windows marks its own, which old programs go by, and what
+// leads to a folder that users know is as good as that folder.
+std::string WhyNotLink(CleaningContext& context, const std::string& path) {
+  const auto info = context.machine.files.Look(path);
+  if (info && (info->attributes & kSystem) != 0) return "it is a link that Windows needs.";
+  ProtectedPlaces& places = PlacesOf(context);
+  const auto parent = OpenFolderOf(context.machine.files, path);
+  const std::string why = places.WhyNotFile(*parent, path, Claim::kOwnList);
+  if (!why.empty()) return why;
   try {
-    const auto info = context.machine.files.Look(path, Detail::kKind);
+    const auto target = context.machine.files.OpenLinked(path);
+    return target && places.IsNoted(*target) ? "it leads to a folder that Windows or its programs "
+                                               "expect."
+                                             : "";
+  } catch (const Error&) {  // a dead one
+    return {};
+  }
+}
+
+void RemoveLink(CleaningContext& context, const std::string& path) {
+  const std::string why = WhyNotLink(context, path);
+  if (!why.empty()) throw Error(Error::Kind::kDenied, path + " was not removed: " + why);
+  RemoveItself(context, path);
+}
+
+// What is left in it was told, unless nobody saw it, or it was left out of the choice.
+void RemoveEmptied(CleaningContext& context, const std::string& path, uint64_t told_before) {
+  RunState& state = context.state;
+  try {
+    RemoveItself(context, path);
+  } catch (const Error& error) {
+    const bool is_told = state.Choice || state.StayedCount + state.KeptCount > told_before;
+    if (error.kind() != Error::Kind::kNotEmpty || !is_told) throw;
+  }
+}
+
+void RemoveFound(CleaningContext& context, const std::string& path, const FileInfo& info) {
+  const uint64_t told = context.state.StayedCount + context.state.KeptCount;
+  if (info.is_link && info.is_folder) return RemoveLink(context, path);
+  if (!info.is_folder) return void(RemoveFile(context, path, Claim::kOwnList));
+  RemoveWhole(context, path);
+  if (!context.state.AbortRequested) RemoveEmptied(context, path, told);
+}
+
+// By its true name, whatever was typed; a colon would name a part of a file.
+void RemoveNamed(CleaningContext& context, const std::string& typed) {
+  try {
+    if (FolderPart(typed).empty())
+      throw Error(Error::Kind::kDenied, typed + " was not removed: it is a whole drive.");
+    const auto parent =
+        typed.find(':', 2) == typed.npos ? OpenFolderOf(context.machine.files, typed) : nullptr;
+    const std::string path =
+        parent ? std::string(FolderPart(typed)) + TrueName(*parent, NamePart(typed)) : typed;
+    const auto info = parent ? context.machine.files.Look(path, Detail::kKind) : std::nullopt;
     if (!info) throw Error(Error::Kind::kMissing, "There is no such file or folder.");
     NotePlace(context.state);
-    if (!info->is_folder) {
-      RemoveFile(context, path, Claim::kOwnList);
-      return;
-    }
-    if (!info->is_link) RemoveWhole(context, path);
-    if (!context.state.AbortRequested) RemoveItself(context, path);
+    RemoveFound(context, path, *info);
   } catch (const Error& error) {
-    NoteStayed(context.state, path, error.what(), error.kind());
+    NoteStayed(context.state, typed, error.what(), error.kind());
   }
+}
+
+bool IsBelow(std::string_view path, const std::vector<std::string>& others) {
+  return std::ranges::any_of(others, [path](const std::string& other) {
+    return path.size() > other.size() && EqualsNoCase(path.substr(0, other.size()), other) &&
+           path[other.size()] == '\\';
+  });
+}
+
+// Without those that go with another of them.
+std::vector<std::string> Outermost(std::span<const std::string> paths) {
+  std::vector<std::string> all, outermost;
+  for (const std::string& path : paths) all.emplace_back(WithoutBackslash(path));
+  for (const std::string& path : all) {
+    if (!IsBelow(path, all) && std::ranges::find(outermost, path) == outermost.end())
+      outermost.push_back(path);
+  }
+  return outermost;
 }
 
 }  // namespace
@@ -93,9 +155,9 @@ void CleanNamed(CleaningContext& context, std::span<const std::string> paths) {
   const OfAnyAge of_any_age(state);
   ResetItemCounters(state);
   state.Entries->BeginRule("Named by hand");
-  for (const std::string& path : paths) {
+  for (const std::string& path : Outermost(paths)) {
     if (StopsRun(context)) break;
-    RemoveNamed(context, std::string(WithoutBackslash(path)));
+    RemoveNamed(context, path);
   }
   state.Entries->BeginRule("");
   if (state.AbortRequested) return;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <set>
 
 #include "cli/console_view.h"
 #include "platform/error.h"
@@ -13,6 +14,9 @@ namespace {
 // Headings in the help.
 constexpr const char* kMachine = "The machine";
 constexpr const char* kOutput = "The output";
+
+// Changes that are not meant for each of several users or volumes.
+const std::set<std::string> kOnOneAlone = {"remove", "repair", "restore", "wipe-free"};
 
 const std::map<std::string, int16_t> kMethods = {
     {"backup", kBackUp}, {"delete", kDelete}, {"recycle", kRecycle}, {"wipe", kWipe}};
@@ -55,8 +59,7 @@ int ConsoleCommands::RunOnMachine(const CLI::App& command, const Action& action)
   if (targets.size() == 1) return RunOn(command, targets[0], action);
   const bool is_one_volume = std::ranges::all_of(
       targets, [&](const RunTarget& target) { return target.volume == targets[0].volume; });
-  const bool is_of_backups = command.get_name() == "restore" || command.get_name() == "repair";
-  if (!changing_.contains(&command) || is_of_backups)
+  if (!changing_.contains(&command) || kOnOneAlone.contains(command.get_name()))
     return Fail("this command works on one volume and one user at a time.", kWrongUsage);
   if (!is_one_volume && !machine_options_.drives.empty())
     return Fail("--drive belongs to one volume.", kWrongUsage);

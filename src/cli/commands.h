@@ -48,6 +48,7 @@ class ConsoleCommands {
 
   // Before the machine of the command is opened.
   MachineOptions& machine_options() { return machine_options_; }
+  const MachineOptions& machine_options() const { return machine_options_; }
   const ConsolePlatform& platform() const { return platform_; }
   // With all commands, once one runs.
   const CLI::App& app() const { return app_; }

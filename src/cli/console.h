@@ -61,6 +61,8 @@ struct ConsolePlatform {
   // And whether a folder of the console's own system, "" for that of the settings, is or would be
   // on a disk of the machine.
   std::function<bool(const MachineOptions&, const std::string& folder)> is_on_machine = {};
+  // There, too: whether a drive is a disk that was mounted, and no folder of another one.
+  std::function<bool(const MachineOptions&, char drive)> is_whole_disk = {};
   // The names of the persons with a profile on a machine, no two alike. Throws Error.
   std::function<std::vector<std::string>(const MachineOptions&)> users = {};
   // Does jobs, so many at a time where it works on volumes, else one after another.

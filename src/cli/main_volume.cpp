@@ -1,3 +1,4 @@
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -89,6 +90,15 @@ bool IsOnMachine(const quellix::MachineOptions& options, const std::string& fold
                              FoldersOf(options));
 }
 
+bool IsWholeDisk(const quellix::MachineOptions& options, char drive) {
+  const std::map<char, std::string> drives = ParseDrives(options.drives);
+  const auto further = drives.find(drive);
+  const std::string folder = further == drives.end() ? options.volume : further->second;
+  struct stat own, above;
+  return stat(folder.c_str(), &own) == 0 && stat((folder + "/..").c_str(), &above) == 0 &&
+         (own.st_dev != above.st_dev || own.st_ino == above.st_ino);
+}
+
 class MountedMachine : public quellix::OpenMachine {
  public:
   explicit MountedMachine(const quellix::MachineOptions& options)
@@ -131,6 +141,7 @@ int main(int argc, char** argv) {
                               .mounted_places = quellix::MountedPlaces,
                               .identity = quellix::IdentityOf,
                               .is_on_machine = IsOnMachine,
+                              .is_whole_disk = IsWholeDisk,
                               .users = UserNames,
                               .run_processes = quellix::RunProcesses});
 }

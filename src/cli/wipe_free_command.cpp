@@ -37,11 +37,15 @@ std::string RootOf(const std::string& name) {
   return {static_cast<char>(std::toupper(static_cast<unsigned char>(name[0]))), ':', '\\'};
 }
 
-// Other computers' disks are theirs to wipe.
-void RequireLocal(const Machine& machine, const std::string& root) {
+// Other computers' disks are theirs to wipe, and what a folder lies on is for others, too.
+void RequireLocal(const ConsoleCommands& commands, const Machine& machine,
+                  const std::string& root) {
   const auto drives = machine.system.Drives();
   const auto drive = std::ranges::find(drives, root[0], &Drive::letter);
   if (drive == drives.end()) throw Error(Error::Kind::kMissing, "there is no drive " + root);
+  const bool is_whole = !commands.platform().is_whole_disk ||
+                        commands.platform().is_whole_disk(commands.machine_options(), root[0]);
+  if (!is_whole) throw Error(Error::Kind::kDenied, root + " is a folder, no mounted disk.");
   if (drive->type == DriveType::kFixed || drive->type == DriveType::kRemovable) return;
   throw Error(Error::Kind::kDenied, root + " is no disk of this machine.");
 }
@@ -56,13 +60,9 @@ WipedDrive WipeOne(const WipeOptions& options, const std::string& root, const Ma
           {true, kSteps, static_cast<int32_t>(progress.done * kSteps / progress.total)});
     return view.Breathe();
   };
-  try {
-    return {root,
-            WipeFreeSpace(machine, root,
-                          {.zeros = options.zeros, .reserve = options.reserve * kMegabyte}, pause)};
-  } catch (const Error& error) {
-    return {root, {.problem = error.what()}};
-  }
+  return {root,
+          WipeFreeSpace(machine, root,
+                        {.zeros = options.zeros, .reserve = options.reserve * kMegabyte}, pause)};
 }
 
 ExitCode Tell(const WipedDrive& drive, const Machine& machine, std::ostream& out) {
@@ -71,20 +71,20 @@ ExitCode Tell(const WipedDrive& drive, const Machine& machine, std::ostream& out
       << FormatSize(static_cast<double>(wiped.bytes), 2, true, machine.system.UserLocale())
       << " overwritten, " << wiped.records << " small files made and removed." << std::endl;
   if (!wiped.problem.empty()) std::cerr << wiped.problem << std::endl;
+  if (wiped.is_stopped) std::cerr << "Aborted by user" << std::endl;
   return wiped.is_stopped || !wiped.problem.empty() ? kFailed : kDone;
 }
 
-int WipeFree(const WipeOptions& options, const ReportOptions& report_options,
-             const Machine& machine) {
+int WipeFree(const WipeOptions& options, const ConsoleCommands& commands, const Machine& machine) {
   std::vector<std::string> roots;
   for (const std::string& name : options.drives) {
     const std::string root = RootOf(name);
-    RequireLocal(machine, root);
+    RequireLocal(commands, machine, root);
     if (std::ranges::find(roots, root) == roots.end()) roots.push_back(root);
   }
-  Report report(report_options);
+  Report report(commands.report_options());
   ConsoleRun run(machine, RunKind::kReal, report.text());
-  report.text() << kWhatStays << std::endl;
+  report.text() << kWhatStays << " " << options.reserve << " MB stay free." << std::endl;
   std::vector<WipedDrive> drives;
   ExitCode code = kDone;
   for (const std::string& root : roots) {
@@ -110,7 +110,7 @@ void AddWipeFreeCommand(ConsoleCommands& commands) {
   const auto options = std::make_shared<WipeOptions>();
   CLI::App& wipe = commands.Add("wipe-free", "Overwrite what is free on drives",
                                 [options, &commands](const Machine& machine) {
-                                  return WipeFree(*options, commands.report_options(), machine);
+                                  return WipeFree(*options, commands, machine);
                                 });
   commands.Changes(wipe);
   wipe.add_option("drives", options->drives, "Drives, as C:")

@@ -1,7 +1,11 @@
 #include "run/working_folder.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/text.h"
 
 namespace quellix {
 namespace {
@@ -31,6 +35,21 @@ ProtectedPlaces LoadPlaces(const Machine& machine) {
   return {machine, Settings(machine).Load().BackupFolder};
 }
 
+std::string TrueName(Folder& folder, std::string_view name) {
+  std::vector<std::string> others;
+  std::string found;
+  folder.Enumerate(Detail::kKind, [&](const Entry& entry) {
+    if (EqualsNoCase(entry.name, name)) found = entry.name;
+    others.emplace_back(entry.name);
+    return found.empty();
+  });
+  if (!found.empty()) return found;
+  const auto id = folder.IdOf(name);
+  const auto is_it = [&](const std::string& other) { return folder.IdOf(other) == id; };
+  const auto other = id ? std::ranges::find_if(others, is_it) : others.end();
+  return other == others.end() ? std::string(name) : *other;
+}
+
 std::unique_ptr<Folder> WorkingFolder::OpenBelow(std::string_view parent) const {
   if (!list_.folder) return context_.machine.files.OpenFolder(parent);
   return list_.folder->OpenFolder(WithoutBackslash(parent.substr(list_.folder_path.size())));
@@ -54,9 +73,17 @@ Folder& WorkingFolder::Open(std::string_view parent) {
   return *opened_;
 }
 
-Folder& WorkingFolder::Of(std::string_view path) {
-  Folder& folder = Open(FolderPart(path));
+std::string WorkingFolder::TruePath(Folder& folder, std::string_view path) const {
+  const std::string_view name = NamePart(path);
+  const bool may_be_short = claim_ == Claim::kOwnList || name.find('~') != name.npos;
+  if (list_.folder || !may_be_short) return std::string(path);
+  return std::string(FolderPart(path)) + TrueName(folder, name);
+}
+
+Folder& WorkingFolder::Of(std::string_view typed) {
+  Folder& folder = Open(FolderPart(typed));
   ProtectedPlaces& places = PlacesOf(context_);
+  const std::string path = TruePath(folder, typed);
   const std::string_view name = NamePart(path);
   const std::string_view line = places.keep().ForFile(folder, id_, path);
   if (!line.empty()) throw Error(Error::Kind::kKept, std::string(line));

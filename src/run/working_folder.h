@@ -19,6 +19,10 @@ ProtectedPlaces& PlacesOf(CleaningContext& context);
 // The same where nothing runs: by what the settings say now.
 ProtectedPlaces LoadPlaces(const Machine& machine);
 
+// The name that an entry is listed by: a short name leads to a long one. The name itself where
+// there is no such entry. Throws Error when the folder may not be listed.
+std::string TrueName(Folder& folder, std::string_view name);
+
 // Opens the folders that the paths of a list lie in, one after the other: below the folder where
 // its walk began and through no link. What is precious is refused.
 class WorkingFolder {
@@ -36,6 +40,8 @@ class WorkingFolder {
   Folder& OfFolder(std::string_view path);
 
  private:
+  // Judged is what a name stands for.
+  std::string TruePath(Folder& folder, std::string_view path) const;
   Folder& Open(std::string_view parent);
   std::unique_ptr<Folder> OpenBelow(std::string_view parent) const;
 

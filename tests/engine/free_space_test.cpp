@@ -21,28 +21,31 @@ struct FreeSpaceTest : RunFixture {
     Counted(std::unique_ptr<RandomFile> file, FreeSpaceTest& test)
         : ForwardingFile(std::move(file)), test_(test) {}
     void Write(uint64_t offset, std::string_view bytes) override {
-      if (bytes.size() > test_.free) throw Error(Error::Kind::kFull, "The disk is full.");
-      if (bytes.size() >= 4096) test_.free -= bytes.size();
+      const uint64_t stored = bytes.size() < 4096 ? test_.record : bytes.size() / test_.pressed;
+      if (stored > test_.free) throw Error(Error::Kind::kFull, "The disk is full.");
+      test_.free -= stored;
       if (test_.is_random) test_.is_random = std::ranges::count(bytes, '\0') < 200'000;
       ForwardingFile::Write(offset, bytes);
     }
     FreeSpaceTest& test_;
   };
 
-  FreeSpaceWiped Wipe(FreeSpaceOptions options, const Pause& pause = {}) {
+  FreeSpaceWiped Wipe(FreeSpaceOptions options, const Pause& pause = {}, uint64_t room = kRoom) {
     ForwardingFiles small(ports.files, [this](const std::string&, std::unique_ptr<Folder> folder) {
       return std::unique_ptr<Folder>(new SmallDisk(std::move(folder), free));
     });
     ForwardingFiles counted(small, [this](std::string_view, std::unique_ptr<RandomFile> file) {
       return std::unique_ptr<RandomFile>(new Counted(std::move(file), *this));
     });
-    free = kRoom;
+    free = room;
     is_random = true;
     options.reserve = kReserve;
     return WipeFreeSpace(WithFiles(ports, counted), scratch, options, pause);
   }
 
   uint64_t free = kRoom;
+  uint64_t record = 100;  // what a small file takes: its name alone, or a record too
+  uint64_t pressed = 1;   // how many bytes are stored in one
   bool is_random = true;
 };
 
@@ -64,8 +67,29 @@ TEST_F(FreeSpaceTest, AllButTheReserveIsOverwrittenAndNothingIsLeftBehindHowever
   EXPECT_TRUE(wiped.is_stopped);
   EXPECT_EQ(total, kRoom - kReserve);
   EXPECT_EQ(wiped.bytes, 2u << 20);
+  EXPECT_EQ(Wipe({}, {}, kReserve).problem, "No more is free than the reserve.");
   EXPECT_EQ(machine->Tree(scratch), before);
   EXPECT_EQ(machine->Tree(own), own_before) << "nor a note";
+}
+
+TEST_F(FreeSpaceTest, SmallFilesAreMadeUntilTheTableGrowsForThem) {
+  record = 1100;
+  FreeSpaceWiped wiped = Wipe({.most_records = 5000});
+  EXPECT_EQ(wiped.records, 512u);
+  EXPECT_EQ(wiped.problem, "");
+  record = 690;  // nothing tells that the table grows
+  wiped = Wipe({.most_records = 5000});
+  EXPECT_TRUE(wiped.records < 5000 && Holds(wiped.problem, "The drive was full before"));
+}
+
+TEST_F(FreeSpaceTest, ADiskThatIsNeverFullAndAFolderThatTakesNoNoteAreTold) {
+  pressed = 1'000'000;
+  EXPECT_TRUE(Holds(Wipe({}).problem, "it stores what is written smaller"));
+  pressed = 1;
+  const Names before = machine->Tree(scratch);
+  ports.program_folder = scratch + "missing";
+  EXPECT_TRUE(Holds(Wipe({}).problem, "Nothing is wiped"));
+  EXPECT_EQ(machine->Tree(scratch), before);
 }
 
 TEST_F(FreeSpaceTest, WhatAKillLeftIsClearedAwayAtTheNextStart) {
@@ -73,8 +97,11 @@ TEST_F(FreeSpaceTest, WhatAKillLeftIsClearedAwayAtTheNextStart) {
   const std::string folder = scratch + TemporaryName();
   MakeFiles(folder + "\\", TemporaryName() + " " + TemporaryName());
   WriteOwn(TemporaryName(), "Quellix restores into\n" + folder + "\n");
+  const std::string other = TemporaryName();
+  WriteOwn(other, "Quellix restores into\n" + scratch + TemporaryName() + "\n");
   engine.ClearLeftovers();
   EXPECT_EQ(machine->Tree(scratch), before);
+  EXPECT_TRUE(machine->Exists(own + other)) << "the disk may be another one than now";
 }
 
 }  // namespace

@@ -16,9 +16,12 @@ TEST_F(NamedPlacesTest, WhatIsNamedGoesWholeHoweverYoungAndNothingElse) {
   engine.ApplyGeneralSettings();
   MakeFiles(scratch, "one.txt tree\\a tree\\sub\\b tree\\sub\\deep\\c outside\\dear stays");
   machine->MakeFolder(scratch + "tree\\empty");
-  machine->MakeFolderLink(scratch + "tree\\link", scratch + "outside");
-  machine->MakeFolderLink(scratch + "other link", scratch + "outside");
-  const Names named = {scratch + "one.txt", scratch + "tree\\", scratch + "other link"};
+  Names named = {scratch + "one.txt", scratch + "tree\\", scratch + "tree\\sub\\b"};
+  if (machine->Can(Ability::kRemoveLinks)) {
+    machine->MakeFolderLink(scratch + "tree\\link", scratch + "outside");
+    machine->MakeFolderLink(scratch + "other link", scratch + "outside");
+    named.push_back(scratch + "other link");
+  }
   const Names before = machine->Tree(scratch);
   PreviewRun preview(ports, view);
   preview.RunOthers({.paths = named});
@@ -37,6 +40,44 @@ TEST_F(NamedPlacesTest, WhatIsNamedGoesWholeHoweverYoungAndNothingElse) {
   Remove(named);
   EXPECT_EQ(ExitCodeOf(engine.state()), kSomeFilesStayed);
   EXPECT_TRUE(Holds(Log(), "There is no such file or folder."));
+}
+
+TEST_F(NamedPlacesTest, LinksThatLeadToWhatIsPreciousOrAreKeptStay) {
+  const std::string profile = ports.system.Environment("USERPROFILE").value();
+  WriteOwn("keep.txt", scratch + "kept\r\n" + scratch + "by name\r\n");
+  MakeFiles(scratch, "outside\\dear kept\\x");
+  machine->MakeFolder(profile + "\\Documents");
+  const std::pair<std::string, std::string> kLinks[] = {
+      {scratch + "kept\\link", scratch + "outside"},
+      {scratch + "by name", scratch + "outside"},
+      {scratch + "moved documents", profile + "\\Documents"},
+      {own + "link", scratch + "outside"},
+      {ports.system.WindowsFolder() + "\\WinSxS\\qx link", scratch + "outside"}};
+  for (const auto& [link, target] : kLinks) {
+    SCOPED_TRACE(link);
+    machine->MakeFolderLink(link, target);
+    Remove({link});
+    EXPECT_TRUE(machine->Exists(link)) << Log();
+    EXPECT_NE(ExitCodeOf(engine.state()), kFailed);
+    if (machine->Can(Ability::kRemoveLinks)) ports.files.RemoveFolder(link);
+  }
+}
+
+TEST_F(NamedPlacesTest, AShortNameIsJudgedByTheLongOne) {
+  WriteOwn("keep.txt", "*.longbackup\r\n");
+  MakeFiles(scratch, "letter.longbackup");
+  const std::string name = machine->ShortName(scratch + "letter.longbackup");
+  Remove({name, scratch + "letter.longbackup::$DATA", scratch + "LETTER.LONGBACKUP"});
+  EXPECT_TRUE(machine->Exists(scratch + "letter.longbackup")) << name << Log();
+}
+
+TEST_F(NamedPlacesTest, AFolderThatStaysIsToldOf) {
+  WriteSettings("[Backup]\r\nPath=" + scratch + "holds\\Bak\r\n");
+  engine.ApplyGeneralSettings();
+  MakeFiles(scratch, "holds\\a holds\\Bak\\dear");
+  Remove({scratch + "holds"});
+  EXPECT_TRUE(machine->Exists(scratch + "holds\\Bak\\dear"));
+  EXPECT_EQ(ExitCodeOf(engine.state()), kSomeFilesStayed) << Log();
 }
 
 TEST_F(NamedPlacesTest, WhatIsPreciousOrKeptStays) {

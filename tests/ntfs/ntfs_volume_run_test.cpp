@@ -141,10 +141,10 @@ TEST_F(NtfsRun, WhatIsDeletedFromTheRegistryIsNowhereOnTheDisk) {
 TEST_F(NtfsRun, WhatWasDeletedBeforeIsNowhereOnceTheFreeSpaceIsWiped) {
   const std::string small = "QxSmallSecret", large = "QxLargeSecret";
   WriteNative(Temp("stays.tmp"), "dear");
-  for (int i = 0; i < 40; ++i) WriteNative(Temp(std::to_string(i) + ".tmp"), small);
+  for (int i = 0; i < 3000; ++i) WriteNative(Temp(std::to_string(i) + ".tmp"), small);
   WriteNative(Temp("large.tmp"), std::string(5000, 'x') + large + std::string(3 << 20, 'x'));
   volume_->Remount("rw");
-  for (int i = 0; i < 40; ++i) fs::remove(Temp(std::to_string(i) + ".tmp"));
+  for (int i = 0; i < 3000; ++i) fs::remove(Temp(std::to_string(i) + ".tmp"));
   fs::remove(Temp("large.tmp"));
   volume_->Remount("rw");
   const std::string before = volume_->Bytes();

@@ -126,6 +126,7 @@ TEST_F(DirtyHiveLogs, ADirtyHiveIsWhatItsLogsMakeOfIt) {
        {"the second one's head is broken", {Log(first + Broken(second, 8))}, 2},
        {"the second one is cut", {Log(first + second.substr(0, second.size() - 512))}, 2},
        {"the second one is missing", {Log(first + Entry(1, sequence_ + 3))}, 2},
+       {"in two logs, with one missing between", {Log(first), Log(Entry(1, sequence_ + 3))}, 2},
        {"the first one is broken", {Log(Broken(first, 600) + second)}, 1},
        {"the first one is missing", {Begun(first) + second}, 1},
        {"a log that was not ended", {Log(first, 1)}, 1},
