@@ -347,7 +347,8 @@ TEST_F(RegistryConsoleTest, StartUpProgramsAreSwitchedAndDeletedByName) {
               !std::ranges::count(machine->ValueNames(kMachine, kRun), "Qx"));
   const auto user = ports.registry.Open(kUser, kRun, RegistryAccess::kWrite);
   EXPECT_TRUE(user->DeleteValue("Qx"));
-  ports.registry.Open(kMachine, approved, RegistryAccess::kWrite)->DeleteValue("Qx");
+  if (const auto key = ports.registry.Open(kMachine, approved, RegistryAccess::kWrite))
+    key->DeleteValue("Qx");
 }
 
 using BrowserConsoleTest = Console<BrowserFixture>;
