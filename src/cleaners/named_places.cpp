@@ -112,11 +112,17 @@ void RemoveFound(CleaningContext& context, const std::string& path, const FileIn
   if (!context.state.AbortRequested) RemoveEmptied(context, path, told);
 }
 
+[[noreturn]] void RefuseDrive(CleaningContext& context, const std::string& root) {
+  const auto folder = context.machine.files.OpenFolder(root);
+  const std::string why = folder ? WhyNotWhole(context, *folder) : "";
+  throw Error(Error::Kind::kDenied,
+              root + " was not removed: " + (why.empty() ? "it is a whole drive." : why));
+}
+
 // By its true name, whatever was typed; a colon would name a part of a file.
 void RemoveNamed(CleaningContext& context, const std::string& typed) {
   try {
-    if (FolderPart(typed).empty())
-      throw Error(Error::Kind::kDenied, typed + " was not removed: it is a whole drive.");
+    if (FolderPart(typed).empty()) RefuseDrive(context, WithBackslash(typed));
     const auto parent =
         typed.find(':', 2) == typed.npos ? OpenFolderOf(context.machine.files, typed) : nullptr;
     const std::string path =
