@@ -40,6 +40,7 @@ class PreviewRun {
     bool Breathe() override { return view_.Breathe(); }
     void SetStatus(std::string_view text) override { view_.SetStatus(text); }
     void SetProgress(const ProgressBar& bar) override { view_.SetProgress(bar); }
+    void ShowFiles(const FileProgress& files) override { view_.ShowFiles(files); }
     void SetCommands(const Commands& commands) override { view_.SetCommands(commands); }
     void ShowCurrentItem(const Item* item) override { view_.ShowCurrentItem(item); }
     void ShowLastCleaned(std::string_view) override {}

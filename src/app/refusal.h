@@ -9,6 +9,7 @@ enum class OptionsPage {
   kGeneral,
   kDeletion,
   kRuns,
+  kSchedule,
   kSearch,
   kIgnoredFiles,
   kIgnoredExtensions,
@@ -20,7 +21,7 @@ enum class OptionsPage {
   kCookies,
   kBackups
 };
-inline constexpr int kOptionsPages = 13;
+inline constexpr int kOptionsPages = 14;
 
 // The fields that can be refused.
 enum class OptionsField { kDuration, kBackupFolder, kDates, kSize };

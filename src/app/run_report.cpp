@@ -101,6 +101,15 @@ std::string BriefReport(const CleaningContext& context) {
                                        : "");
 }
 
+std::string StoppedReport(const CleaningContext& context) {
+  const RunState& state = context.state;
+  if (!state.AbortRequested) return {};
+  const Locale& locale = context.machine.system.UserLocale();
+  const auto files = static_cast<uint64_t>(std::max(state.RunFilesDeleted, 0));
+  return "Stopped: " + FormatCount(files, locale) + (files == 1 ? " file" : " files") +
+         " removed so far, " + FormatSize(state.RunSpaceGained, 1, true, locale) + ".";
+}
+
 RunReport MakeReport(const RunTotals& totals, const Locale& locale) {
   RunReport report{.log = totals.RunLog + StayedNames(totals, kNamesShown),
                    .full_log = totals.RunLog + StayedNames(totals, kNamesSaved),

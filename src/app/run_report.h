@@ -21,6 +21,9 @@ void AppendSummary(CleaningContext& context);
 // One sentence on a run that nobody watched.
 std::string BriefReport(const CleaningContext& context);
 
+// What a run had done when it was stopped; "" of one that was not.
+std::string StoppedReport(const CleaningContext& context);
+
 // What the log window shows of a run.
 RunReport MakeReport(const RunTotals& totals, const Locale& locale);
 

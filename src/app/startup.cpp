@@ -25,6 +25,18 @@ StartMode ParseCommandLine(std::string_view arguments) {
   return StartMode::kNormal;
 }
 
+modShutDown::Ending TakeEnding(std::string& arguments) {
+  const std::vector<std::string> words = Split(TrimBlanks(arguments), ' ');
+  if (words.size() < 2 || !EqualsNoCase(words[words.size() - 2], "--then")) {
+    return modShutDown::Ending::kNone;
+  }
+  const auto ending = modShutDown::EndingNamed(words.back());
+  if (!ending) return modShutDown::Ending::kNone;
+  arguments.clear();
+  for (size_t i = 0; i + 2 < words.size(); ++i) arguments += (i > 0 ? " " : "") + words[i];
+  return *ending;
+}
+
 bool CleansAtStart(StartMode mode, bool startup_clean) {
   return mode == StartMode::kWithWindows ? startup_clean : mode != StartMode::kNormal;
 }

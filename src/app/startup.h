@@ -3,7 +3,10 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
+
+#include "app/mod_shut_down.h"
 
 namespace quellix {
 
@@ -18,6 +21,10 @@ enum class StartMode {
 // How a command line starts the program: the arguments as they stand behind the program's name, in
 // any case. Only a switch by itself counts, so one with anything beside it starts it normally.
 StartMode ParseCommandLine(std::string_view arguments);
+
+// Takes "--then shutdown" (or restart, or logoff) off the end of the arguments: how the computer
+// ends when the cleaning has ended. kNone where they do not end so.
+modShutDown::Ending TakeEnding(std::string& arguments);
 
 // Whether a cleaning run follows the start.
 bool CleansAtStart(StartMode mode, bool startup_clean);

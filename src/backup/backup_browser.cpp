@@ -136,6 +136,26 @@ std::string BackupBrowser::ArchivePath(size_t row) const {
   return backups_.folder() + archives_[row].name;
 }
 
+std::optional<double> BackupBrowser::ArchiveSize(size_t row) const {
+  if (row >= archives_.size()) return std::nullopt;
+  return static_cast<double>(archives_[row].size);
+}
+
+std::string BackupBrowser::WhyNoArchives() const {
+  return "There are no backups in " + backups_.folder() +
+         ". They are made when the page Deletion of the options says so.";
+}
+
+std::optional<double> BackupBrowser::EntrySize(size_t row) const {
+  if (row >= entries_.size()) return std::nullopt;
+  return static_cast<double>(entries_[row].size);
+}
+
+std::string BackupBrowser::WhyNoEntries() const {
+  return Chosen() ? "Nothing can be read of this archive; the outcome below says why."
+                  : "Choose an archive above to see what is in it.";
+}
+
 std::string BackupBrowser::EntryPlace(size_t row) const {
   const BackupInfo* const info = Chosen();
   return info ? info->root + entries_[row].path : "";

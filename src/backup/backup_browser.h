@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -48,6 +49,10 @@ class BackupBrowser {
   size_t ArchiveCount() const { return archives_.size(); }
   std::string ArchiveText(size_t row, ArchiveColumn column) const;
   std::string ArchivePath(size_t row) const;  // full
+  // In bytes, as its text tells; nothing for what has none, and behind the last row.
+  std::optional<double> ArchiveSize(size_t row) const;
+  // Why there are none, and what to do.
+  std::string WhyNoArchives() const;
   void SortArchives(ArchiveColumn column);
   const SortOrder<ArchiveColumn>& archive_order() const { return archive_order_; }
   // Reads its entries.
@@ -61,6 +66,8 @@ class BackupBrowser {
   size_t EntryCount() const { return entries_.size(); }
   std::string EntryText(size_t row, EntryColumn column) const;
   std::string EntryPlace(size_t row) const;  // where it belongs: a full path or a registry key
+  std::optional<double> EntrySize(size_t row) const;
+  std::string WhyNoEntries() const;
   void SortEntries(EntryColumn column);
   const SortOrder<EntryColumn>& entry_order() const { return entry_order_; }
 

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <map>
 
+#include "app/mod_shut_down.h"
 #include "app/run_table.h"
 #include "cleaners/volume_items.h"
 #include "cli/commands.h"
@@ -19,6 +20,7 @@ struct CleanOptions {
   std::string method;
   int older_than = -1;  // days; -1: as the settings say
   bool preview = false, at_next_start = false;
+  std::string then;
 };
 
 // As they are named on the console.
@@ -115,8 +117,14 @@ std::string SelectItems(const CleanOptions& options, const ConsolePlatform& plat
   return is_empty ? "nothing is chosen." : "";
 }
 
+modShutDown::Ending EndingOf(const CleanOptions& options) {
+  return modShutDown::EndingNamed(options.then).value_or(modShutDown::Ending::kNone);
+}
+
 int Clean(const CleanOptions& options, const ReportOptions& report_options,
           const ConsolePlatform& platform, const Machine& machine) {
+  if (options.preview && !options.then.empty())
+    return Fail("--then goes with a cleaning, not with --preview.", kWrongUsage);
   Report report(report_options);
   ConsoleRun run(machine, options.preview ? RunKind::kPreview : RunKind::kReal, report.text());
   Engine& engine = run.engine();
@@ -135,7 +143,11 @@ int Clean(const CleanOptions& options, const ReportOptions& report_options,
   engine.RunCleaning();
   if (options.preview) run.PrintPreview();
   if (engine.state().AbortRequested) std::cerr << run.view().status() << std::endl;
-  return report.Finish(TableOfRun("clean", engine.state(), options.preview), run.Outcome());
+  const int code =
+      report.Finish(TableOfRun("clean", engine.state(), options.preview), run.Outcome());
+  const bool is_over = code == kDone || code == kSomeFilesStayed;
+  if (is_over) modShutDown::End(machine.session, EndingOf(options));
+  return code;
 }
 
 void AddChoice(CLI::App& clean, CleanOptions& options) {
@@ -173,6 +185,8 @@ void AddCleanCommands(ConsoleCommands& commands) {
   if (commands.platform().works_on_volumes) return;
   clean.add_flag("--at-next-start", options->at_next_start,
                  "Have Windows remove at its next start what is in use in its own folder");
+  clean.add_option("--then", options->then, "End the session when the cleaning has ended well")
+      ->check(CLI::IsMember({"shutdown", "restart", "logoff"}));
 }
 
 }  // namespace quellix

@@ -18,7 +18,8 @@ constexpr FileFilter kIniFilter = {"INI FIles ( *.ini )", "*.ini"};
 constexpr std::string_view kExtension = ".cdp";
 constexpr std::string_view kNewName = "NoName";
 constexpr std::string_view kNoSuchCharacter =
-    "It holds a line break or another character that no line of a plugin can have";
+    "It holds a line break or another character that no line of a plug-in can have";
+constexpr std::string_view kIsListed = "This is listed already.";
 
 // Folders or keys that are listed to judge a place with "*".
 constexpr size_t kMostListed = 1000;
@@ -91,7 +92,7 @@ void PluginEditor::Create() {
 bool PluginEditor::Load(const std::string& file) {
   try {
     const std::optional<Plugin> plugin = LoadPluginFile(machine_, PluginPath(machine_, file));
-    if (!plugin) return Refuse("There is no plugin " + file + " any longer.");
+    if (!plugin) return Refuse("There is no plug-in " + file + " any longer.");
     plugin_ = *plugin;
   } catch (const Error& error) {
     return Refuse(error.what());
@@ -109,9 +110,80 @@ void PluginEditor::SetDescription(std::string_view text) {
 }
 
 template <typename Entry>
-void PluginEditor::Append(std::vector<Entry>& list, const std::vector<Entry>& entries) {
+bool PluginEditor::Append(std::vector<Entry>& list, const std::vector<Entry>& entries) {
+  for (const Entry& entry : entries) {
+    if (std::ranges::count(list, entry) + std::ranges::count(entries, entry) > 1) {
+      return Refuse(kIsListed);
+    }
+  }
   list.insert(list.end(), entries.begin(), entries.end());
   is_changed_ = true;
+  return true;
+}
+
+// It is added behind the others, which lets it be judged like any new one, and then moved.
+template <typename Entry>
+bool PluginEditor::Change(std::vector<Entry> Plugin::*list, size_t row,
+                          const std::function<bool()>& add) {
+  if (row >= (plugin_.*list).size()) return false;
+  const Plugin before = plugin_;
+  (plugin_.*list).erase((plugin_.*list).begin() + static_cast<long>(row));
+  if (!add()) {
+    plugin_ = before;
+    return false;
+  }
+  std::vector<Entry>& changed = plugin_.*list;
+  const size_t place = std::min(row, changed.size() - 1);  // another may have made way for it
+  std::rotate(changed.begin() + static_cast<long>(place), changed.end() - 1, changed.end());
+  return true;
+}
+
+bool PluginEditor::ChangeFile(size_t row, FilesForm& form) {
+  return Change(&Plugin::files, row, [&] { return AddFiles(form); });
+}
+
+bool PluginEditor::ChangeKey(size_t row, const RegistryForm& form) {
+  return Change(&Plugin::registry, row, [&] { return AddKey(form); });
+}
+
+bool PluginEditor::ChangeIni(size_t row, const IniForm& form) {
+  return Change(&Plugin::ini, row, [&] { return AddIni(form); });
+}
+
+bool PluginEditor::ChangeFurther(size_t row, const FurtherForm& form) {
+  if (!Change(&Plugin::others, row, [&] { return AddFurther(form); })) return false;
+  SetFurther(plugin_.others);
+  return true;
+}
+
+FilesForm PluginEditor::FilesFormOf(size_t row) const {
+  const FileEntry& entry = plugin_.files[row];
+  return {std::string(WithoutBackslash(FolderPart(entry.location))),
+          std::string(NamePart(entry.location)),
+          entry.recurse,
+          entry.delete_subfolders,
+          entry.remove_self,
+          entry.both_sides};
+}
+
+RegistryForm PluginEditor::KeyFormOf(size_t row) const {
+  const RegistryEntry& entry = plugin_.registry[row];
+  const size_t end = std::min(entry.key.find('\\'), entry.key.size());
+  RegistryForm form;
+  for (size_t root = 0; root < std::size(kRootKeys); ++root) {
+    if (EqualsNoCase(kRootKeys[root], entry.key.substr(0, end))) form.root = root;
+  }
+  form.subkey = entry.key.substr(std::min(end + 1, entry.key.size()));
+  form.value = entry.value_name;
+  form.entire_subkey = entry.delete_subkey;
+  form.all_subkeys = entry.recurse_delete;
+  form.both_views = entry.both_views;
+  return form;
+}
+
+IniForm PluginEditor::IniFormOf(size_t row) const {
+  const IniEntry& entry = plugin_.ini[row];
+  return {entry.folder + entry.file_name, entry.section, entry.key, entry.delete_section};
 }
 
 bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
@@ -121,8 +193,7 @@ bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
     const FilesPlace place = FindFolders(machine_, places, entry, AtMost(kMostListed));
     if (place.folders.empty() && !place.refusals.empty()) return Refuse(place.refusals.front());
   }
-  Append(plugin_.files, entries);
-  return true;
+  return Append(plugin_.files, entries);
 }
 
 bool PluginEditor::AddAll(const std::vector<RegistryEntry>& entries) {
@@ -134,8 +205,7 @@ bool PluginEditor::AddAll(const std::vector<RegistryEntry>& entries) {
       return Refuse(places.front().refusal);
     }
   }
-  Append(plugin_.registry, entries);
-  return true;
+  return Append(plugin_.registry, entries);
 }
 
 bool PluginEditor::AddFiles(FilesForm& form) {
@@ -208,22 +278,30 @@ bool PluginEditor::AddIni(const IniForm& form) {
   ProtectedPlaces places = LoadPlaces(machine_);
   const IniPlace place = FindIni(machine_, places, entry);
   if (!place.refusal.empty()) return Refuse(place.refusal);
-  Append(plugin_.ini, {entry});
-  return true;
+  return Append(plugin_.ini, {entry});
 }
 
 std::span<const FurtherKind> FurtherKinds() { return kFurtherKinds; }
 
-PluginEditor::FurtherRow PluginEditor::Further(size_t row) const {
+std::optional<FurtherForm> PluginEditor::FurtherFormOf(size_t row) const {
   const std::vector<std::string> fields = Split(plugin_.others[row], kSeparator);
-  for (const FurtherKind& kind : kFurtherKinds) {
+  for (size_t i = 0; i < std::size(kFurtherKinds); ++i) {
+    const FurtherKind& kind = kFurtherKinds[i];
     const size_t first = *kind.mark == '\0' ? 1 : 2;
     const bool is_it = fields[0] == std::string(1, kind.letter) && fields.size() > first &&
                        (first == 1 || fields[1] == kind.mark);
     if (!is_it) continue;
     const bool has_last = kind.last != nullptr && fields.size() > first + 1;
-    return {kind.caption, fields[first], has_last ? fields[first + 1] : ""};
+    return FurtherForm{i, fields[first], has_last ? fields[first + 1] : ""};
   }
+  return std::nullopt;
+}
+
+PluginEditor::FurtherRow PluginEditor::Further(size_t row) const {
+  if (const auto form = FurtherFormOf(row)) {
+    return {kFurtherKinds[form->kind].caption, form->place, form->last};
+  }
+  const std::vector<std::string> fields = Split(plugin_.others[row], kSeparator);
   std::string rest = plugin_.others[row].substr(fields[0].size() + 1);
   std::ranges::replace(rest, kSeparator, ' ');
   return {fields[0], std::move(rest), ""};
@@ -244,6 +322,7 @@ bool PluginEditor::AddFurther(const FurtherForm& form) {
     if (remark.is_fault && remark.line == 1) return Refuse(remark.text);
   }
   std::vector<std::string> lines = plugin_.others;
+  if (std::ranges::count(lines, line) > 0) return Refuse(kIsListed);
   if (line[0] == 'G') std::erase_if(lines, [](const std::string& each) { return each[0] == 'G'; });
   lines.push_back(line);
   SetFurther(std::move(lines));
@@ -295,7 +374,7 @@ void PluginEditor::Save() {
 
 bool PluginEditor::MayClose() {
   return !is_changed_ ||
-         prompts_.AskYesNo("The plugin has changes that were not saved. Close without saving?");
+         prompts_.AskYesNo("The plug-in has changes that were not saved. Close without saving?");
 }
 
 }  // namespace quellix::modPlugin

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -72,6 +73,7 @@ class PluginEditor {
   std::string Title() const { return "Plugin: " + name_; }
   void SetDescription(std::string_view text);
 
+  // What is listed already, or twice, is refused.
   // Clears the flag for sub-folders unless all files go.
   bool AddFiles(FilesForm& form);
   // The chosen ones of the picker's files, an entry each, all or none.
@@ -98,6 +100,17 @@ class PluginEditor {
   size_t further_count() const { return plugin_.others.size(); }
   FurtherRow Further(size_t row) const;
 
+  // A row as the fields of its page show it. Of a kind that nobody knows there is no form.
+  FilesForm FilesFormOf(size_t row) const;
+  RegistryForm KeyFormOf(size_t row) const;
+  IniForm IniFormOf(size_t row) const;
+  std::optional<FurtherForm> FurtherFormOf(size_t row) const;
+  // Puts what the fields hold in the place of a row; where that is refused the row stays as it is.
+  bool ChangeFile(size_t row, FilesForm& form);
+  bool ChangeKey(size_t row, const RegistryForm& form);
+  bool ChangeIni(size_t row, const IniForm& form);
+  bool ChangeFurther(size_t row, const FurtherForm& form);
+
   void RemoveFile(size_t row);
   void RemoveKey(size_t row);
   void RemoveIni(size_t row);
@@ -114,7 +127,9 @@ class PluginEditor {
   bool AddAll(const std::vector<FileEntry>& entries);
   bool AddAll(const std::vector<RegistryEntry>& entries);
   template <typename Entry>
-  void Append(std::vector<Entry>& list, const std::vector<Entry>& entries);
+  bool Append(std::vector<Entry>& list, const std::vector<Entry>& entries);
+  template <typename Entry>
+  bool Change(std::vector<Entry> Plugin::*list, size_t row, const std::function<bool()>& add);
   template <typename Entry>
   void Remove(std::vector<Entry>& list, size_t row);
 

@@ -21,6 +21,7 @@ struct FileEntry {  // F: files that go
   std::string location;      // folder, "\" and mask
   bool remove_self = false;  // the folder itself goes too once it is empty
   bool both_sides = false;   // %ProgramFiles% is each of the folders for programs
+  bool operator==(const FileEntry&) const = default;
 };
 
 struct RegistryEntry {  // R: a key or a value that goes
@@ -29,6 +30,7 @@ struct RegistryEntry {  // R: a key or a value that goes
   std::string key;              // root name, "\" and sub-key
   std::string value_name;
   bool both_views = false;  // also what programs of 32 bits see there
+  bool operator==(const RegistryEntry&) const = default;
 };
 
 struct IniEntry {  // I: a section or a key of an INI file that goes
@@ -37,6 +39,7 @@ struct IniEntry {  // I: a section or a key of an INI file that goes
   bool delete_section = false;
   std::string key;
   std::string folder;  // ends in "\"
+  bool operator==(const IniEntry&) const = default;
 };
 
 struct Exclusion {  // X: what stays of that which files and registry entries name

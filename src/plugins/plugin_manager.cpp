@@ -68,7 +68,7 @@ void PluginManager::Load() {
     rows_ = ReadPluginList(machine_);
     is_read_ = true;
   } catch (const Error& error) {
-    prompts_.Inform(std::string("The list of plugins could not be read. ") + error.what());
+    prompts_.Inform(std::string("The list of plug-ins could not be read. ") + error.what());
   }
   ShowCount();
 }
@@ -79,7 +79,7 @@ void PluginManager::Save() {
     if (!is_read_) AddUnread();
     WritePluginList(machine_, rows_);
   } catch (const Error& error) {
-    prompts_.Inform(std::string("The list of plugins could not be saved. ") + error.what());
+    prompts_.Inform(std::string("The list of plug-ins could not be saved. ") + error.what());
   }
 }
 
@@ -136,9 +136,18 @@ void PluginManager::Add() {
   }
 }
 
-void PluginManager::Delete(std::span<const size_t> rows) {
-  if (rows.empty()) return;
-  if (!prompts_.AskYesNo("Are you sure you want to delete selected Plugin(s)?")) return;
+// The question that has always been asked, and what it is about.
+std::string PluginManager::QuestionFor(std::span<const size_t> rows) const {
+  std::string text = "Are you sure you want to delete selected Plugin(s)?\r\n";
+  for (size_t i = 0; i < std::min(rows.size(), kMostLines); ++i) {
+    text.append("\r\n").append(rows_[rows[i]].file);
+  }
+  if (rows.size() <= kMostLines) return text;
+  return text + "\r\nand " + std::to_string(rows.size() - kMostLines) + " more";
+}
+
+bool PluginManager::Delete(std::span<const size_t> rows) {
+  if (rows.empty() || !prompts_.AskYesNo(QuestionFor(rows))) return false;
   std::string problems;
   std::vector<size_t> gone;
   for (const size_t row : rows) {
@@ -154,6 +163,7 @@ void PluginManager::Delete(std::span<const size_t> rows) {
   for (const size_t row : gone) rows_.erase(rows_.begin() + static_cast<long>(row));
   ShowCount();
   if (!problems.empty()) prompts_.Inform(problems);
+  return true;
 }
 
 void PluginManager::AddSaved(std::string_view file, std::string_view description) {

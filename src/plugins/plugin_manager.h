@@ -36,9 +36,9 @@ class PluginManager {
   // Asks for a plug-in file in the folder Plugins and adds it, unticked. One that is listed already
   // is listed again, as it always was; reading the list drops the second.
   void Add();
-  // After a question, deletes the files of the rows and the rows. A file that cannot be deleted
-  // keeps its row.
-  void Delete(std::span<const size_t> rows);
+  // After a question that names them, deletes the files of the rows and the rows. A file that
+  // cannot be deleted keeps its row. False when the answer was No.
+  bool Delete(std::span<const size_t> rows);
   // A plug-in that the editor saved: a row of that name gets the description, else there is a new
   // one, ticked.
   void AddSaved(std::string_view file, std::string_view description);
@@ -49,6 +49,7 @@ class PluginManager {
                const std::function<void()>& show);
 
  private:
+  std::string QuestionFor(std::span<const size_t> rows) const;
   void AddUnread();
   void ShowCount();
 

@@ -68,7 +68,11 @@ class Erasing {
     }
   }
 
+  // Looking for each target, deleting it and looking once more take about the same.
+  void Expect(size_t targets) { progress_.total = 3 * targets; }
+
   void Find(size_t index, const RegistryTarget& target, bool guarded) {
+    progress_.done = index;
     if (target.key.starts_with('\\')) return;
     for (KeyHome& home : KeyHomes(target.root, target.key)) {
       Found found{index, target.kind, std::move(home), target.name};
@@ -94,12 +98,16 @@ class Erasing {
   }
 
   void Delete() {
+    progress_.done = progress_.total / 3;
     for (Found& found : found_) {
+      Step();
       if (found.problem.empty() && Stops()) found.problem = kStopped;
       if (found.problem.empty()) Try(found, [&] { DeleteOne(found); });
     }
     Store();
+    progress_.done = progress_.total / 3 * 2;
     for (Found& found : found_) {
+      Step();
       Stops();  // too late to keep anything, but it may breathe
       if (found.problem.empty()) Try(found, [&] { RequireGone(found); });
     }
@@ -125,9 +133,11 @@ class Erasing {
 
  private:
   bool Stops() {
-    stopped_ = stopped_ || pause_();
+    stopped_ = stopped_ || pause_(progress_);
     return stopped_;
   }
+
+  void Step() { progress_.done = std::min(progress_.done + 1, progress_.total); }
 
   // What went together with the key that held it is gone.
   template <typename Action>
@@ -254,6 +264,7 @@ class Erasing {
   const Pause& pause_;
   const Pause own_pause_ = [this](const Progress&) { return Stops(); };
   bool stopped_ = false;
+  Progress progress_;
   std::vector<Found> found_;
   std::map<std::pair<RegistryRoot, std::string>, std::shared_ptr<RegistryKey>> writable_;
   KeyHome last_place_{RegistryRoot::kCurrentUser, ""};
@@ -287,6 +298,7 @@ RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
 
 Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
   Erasing erasing(registry_, pause_);
+  erasing.Expect(targets.size());
   for (size_t i = 0; i < targets.size(); ++i) erasing.Find(i, targets[i], guarded_);
   if (is_chosen_) erasing.PassOver(is_chosen_);
   const size_t kept = keep_ == nullptr || keep_->empty() ? 0 : erasing.LeaveKept(*keep_, note_);

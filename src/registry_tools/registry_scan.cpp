@@ -229,6 +229,11 @@ std::vector<ScanRow> RegistryScan::TakeErased(const std::vector<size_t>& chosen)
   return gone;
 }
 
+std::string RegistryScan::KeyOfRow(size_t index) const {
+  const RegistryTarget target = TargetOf(rows_[index]);
+  return std::string(RootName(target.root)).append("\\").append(WithoutBackslash(target.key));
+}
+
 std::vector<size_t> RegistryScan::CheckedRows() const {
   std::vector<size_t> rows;
   for (size_t row = 0; row < rows_.size(); ++row) {

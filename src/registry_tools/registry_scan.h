@@ -115,6 +115,8 @@ class RegistryScan {
 
   size_t RowCount() const { return rows_.size(); }
   const ScanRow& row(size_t index) const { return rows_[index]; }
+  // The key of its reference, or that which holds its value: "HKEY_LOCAL_MACHINE\\Software".
+  std::string KeyOfRow(size_t index) const;
   void SetChecked(size_t index, bool checked) { rows_[index].checked = checked; }
 
   // Deletes the references of the checked rows, from the last to the first, without a question;

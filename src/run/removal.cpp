@@ -24,8 +24,11 @@ RandomSource& Random() {
   return source;
 }
 
-// Overwrites a part of a file once; false when stopped.
+// Overwrites a part of a file once; false when stopped. The file takes its time: how much of it is
+// overwritten shows meanwhile.
 bool Overwrite(CleaningContext& context, RandomFile& file, const Extent& part) {
+  FileProgress& shown = context.state.Files;
+  const double before = shown.bytes;
   const uint64_t step = context.state.WipeStep, end = part.offset + part.size;
   const bool flush_each = step == 1;
   std::string bytes(std::min(step, part.size), '\0');
@@ -35,6 +38,8 @@ bool Overwrite(CleaningContext& context, RandomFile& file, const Extent& part) {
     if (context.state.ExtraSecurity != 0) Random().FillWithPercents(bytes);
     file.Write(at, bytes);
     if (flush_each) file.Flush();
+    shown.bytes = before + static_cast<double>(at - part.offset + bytes.size());
+    context.view.ShowFiles(shown);
   }
   return true;
 }
@@ -197,19 +202,61 @@ void MakeRoom(std::vector<RunEntry>& entries, size_t more) {
 // Files from which on further threads are worth while.
 constexpr size_t kEnough = 256;
 
-void StartProgress(CleaningContext& context, size_t files) {
+// Archives and overwritten files take their time by their bytes. Those that cannot be looked at
+// stay.
+double BytesOf(CleaningContext& context, WorkingFolder& working, const FileList& list) {
   RunState& state = context.state;
-  ++state.ProgressCounter;
-  // One more than the counter, but never less than the files, so that the bar ends with them.
-  state.Progress.max = std::max(state.ProgressCounter + 1, static_cast<int32_t>(files));
-  state.Progress.value = 0;
-  context.view.SetProgress(state.Progress);
+  const bool counts = state.RemovalMode == kWipe || state.RemovalMode == kBackUp;
+  double bytes = 0;
+  for (size_t i = 0; counts && !state.IsPreview && i < list.PendingFiles.size(); ++i) {
+    if (StopsRun(context)) return 0;
+    const std::string_view path = list.PendingFiles[i];
+    try {
+      const std::optional<FileInfo> info = working.Of(path).Look(NamePart(path), Detail::kSize);
+      const bool goes = info && (!state.Choice || state.Choice->WouldTake(FileEntry(path, *info)));
+      if (goes) bytes += static_cast<double>(info->size);
+    } catch (const Error&) {
+      continue;  // its own turn tells
+    }
+  }
+  return bytes;
 }
 
-void ShowProgress(CleaningContext& context, size_t done) {
-  context.state.Progress.value = static_cast<int32_t>(done);
-  context.view.SetProgress(context.state.Progress);
-}
+// How far a list is, on the bar and in figures.
+class ListProgress {
+ public:
+  ListProgress(CleaningContext& context, WorkingFolder& working, const FileList& list)
+      : context_(context), before_(context.state.RunSpaceGained) {
+    RunState& state = context.state;
+    ++state.ProgressCounter;
+    // One more than the counter, but never less than the files, so that the bar ends with them.
+    state.Progress.max =
+        std::max(state.ProgressCounter + 1, static_cast<int32_t>(list.PendingFiles.size()));
+    state.Progress.value = 0;
+    context.view.SetProgress(state.Progress);
+    state.Files = {.total = list.PendingFiles.size(), .all_bytes = BytesOf(context, working, list)};
+    context.view.ShowFiles(state.Files);
+  }
+  ~ListProgress() {
+    context_.state.Files = {};
+    context_.view.ShowFiles({});
+  }
+  ListProgress(const ListProgress&) = delete;
+  ListProgress& operator=(const ListProgress&) = delete;
+
+  void Show(size_t done) const {
+    RunState& state = context_.state;
+    state.Progress.value = static_cast<int32_t>(done);
+    context_.view.SetProgress(state.Progress);
+    state.Files.done = done;
+    state.Files.bytes = state.RunSpaceGained - before_;
+    context_.view.ShowFiles(state.Files);
+  }
+
+ private:
+  CleaningContext& context_;
+  double before_;
+};
 
 // The user has stopped: what was archived and is still there stays.
 void Abandon(CleaningContext& context) {
@@ -267,9 +314,9 @@ std::shared_ptr<void> ExpectLooks(CleaningContext& context, std::span<const File
 
 void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim claim) {
   RunState& state = context.state;
-  StartProgress(context, list.PendingFiles.size());
   MakeRoom(state.Entries->all, list.PendingFiles.size());
   WorkingFolder working(context, list, claim);
+  const ListProgress progress(context, working, list);
   BackupBatch batch(context);
   DeletionBatch deletion(context, working,
                          [&](std::string_view path) { RemoveAndCount(context, working, path); });
@@ -295,7 +342,7 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
       AddToBatch(context, working, batch, path);
       if (state.AbortRequested) return Abandon(context);
     }
-    ShowProgress(context, i + 1);
+    progress.Show(i + 1);
   }
   deletion.Finish();
   batch.Remove(working);

@@ -111,6 +111,11 @@ bool RunChoice::Takes(const RunEntry& entry) {
   return true;
 }
 
+bool RunChoice::WouldTake(const RunEntry& entry) const {
+  const auto found = seen_.find(KeyOf(entry));
+  return found != seen_.end() && found->second.ticked;
+}
+
 bool RunChoice::HasAnyOf(uint8_t item, std::string_view rule) const {
   return sources_.contains({item, std::string(rule)});
 }

@@ -27,6 +27,8 @@ class RunChoice {
   // Whether the run may remove it. What was not in the preview, or has another size or time since,
   // is counted.
   bool Takes(const RunEntry& entry);
+  // Whether that is ticked, without any note of it.
+  bool WouldTake(const RunEntry& entry) const;
   // Whether what it takes is to be left to the system's next start, and never removed at once.
   bool OnlyWaits(const RunEntry& entry) const;
   // Whether anything was ticked of what an item came by, or of it by a rule.

@@ -70,6 +70,7 @@ struct RunState : RemovalOptions, RunTotals {
   double MozillaSpaceFound = 0;               // bytes, since the program started
 
   ProgressBar Progress;                     // as shown last
+  FileProgress Files;                       // likewise
   std::shared_ptr<const KeepList> Keep;     // see KeepOf; null until somebody asks
   std::shared_ptr<ProtectedPlaces> Places;  // see PlacesOf; likewise
   RunParts Parts;

@@ -43,6 +43,14 @@ struct ProgressBar {
   bool operator==(const ProgressBar&) const = default;
 };
 
+// How far the list of files in work is.
+struct FileProgress {
+  uint64_t done = 0, total = 0;  // files; no total: there is no list in work
+  double bytes = 0;              // of those that are gone, and of the one in work
+  double all_bytes = 0;          // of all, where it is bytes that take the time, else 0
+  bool operator==(const FileProgress&) const = default;
+};
+
 // Which commands the user has at the moment.
 struct Commands {
   bool clean = true;
@@ -69,6 +77,7 @@ class RunView {
   virtual bool Breathe() = 0;
   virtual void SetStatus(std::string_view text) = 0;        // lblStatus
   virtual void SetProgress(const ProgressBar& bar) = 0;     // pgClean
+  virtual void ShowFiles(const FileProgress& /*files*/) {}  // beside pgClean
   virtual void SetCommands(const Commands& commands) = 0;   // cmdClean, cmdStop, the four menus
   virtual void ShowCurrentItem(const Item* item) = 0;       // imgCurrent; null hides it
   virtual void ShowLastCleaned(std::string_view text) = 0;  // lblCleanDate

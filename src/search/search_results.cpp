@@ -180,8 +180,7 @@ std::string SearchResults::QuestionForRows(const std::vector<size_t>& rows) cons
 std::string SearchResults::QuestionFor(const std::vector<Index>& finds) const {
   if (finds.empty() || !context_.settings.Load().ask) return {};
   const Locale& locale = context_.machine.system.UserLocale();
-  double bytes = 0;
-  for (const Index find : finds) bytes += static_cast<double>(finds_[find].bytes);
+  const double bytes = BytesOf(finds);
   const int16_t mode = context_.state.RemovalMode;
   const std::string_view verb = mode == kRecycle  ? "Recycle "
                                 : mode == kWipe   ? "Wipe "
@@ -214,10 +213,7 @@ void SearchResults::Delete(const std::vector<Index>& finds) {
   context_.state.AbortRequested = false;
   some_failed_ = false;
   gone_.resize(finds_.size());
-  for (const Index find : finds) {
-    if (StopsRun(context_)) break;
-    if (finds_[find].ticked) gone_[find] = DeleteOne(find);
-  }
+  DeleteEach(finds);
   std::erase_if(view_, [this](Index find) { return gone_[find]; });
   left_ = finds_.size() - static_cast<size_t>(std::ranges::count(gone_, true));
   // The stop was meant for the deletion alone.
@@ -225,6 +221,37 @@ void SearchResults::Delete(const std::vector<Index>& finds) {
   context_.view.SetStatus("");
   has_deleted_ = true;
   deleting_ = false;
+}
+
+double SearchResults::BytesOf(const std::vector<Index>& finds) const {
+  double bytes = 0;
+  for (const Index find : finds) bytes += static_cast<double>(finds_[find].bytes);
+  return bytes;
+}
+
+void SearchResults::DeleteEach(const std::vector<Index>& finds) {
+  RunState& state = context_.state;
+  const bool by_bytes = state.RemovalMode == kWipe || state.RemovalMode == kBackUp;
+  const double before = state.RunSpaceGained;
+  state.Files = {.total = finds.size(), .all_bytes = by_bytes ? BytesOf(finds) : 0};
+  uint64_t gone = 0;
+  stopped_.clear();
+  for (const Index find : finds) {
+    context_.view.ShowFiles(state.Files);
+    if (StopsRun(context_)) break;
+    if (finds_[find].ticked) gone_[find] = DeleteOne(find);
+    gone += gone_[find] ? 1 : 0;
+    ++state.Files.done;
+    state.Files.bytes = state.RunSpaceGained - before;
+  }
+  if (state.AbortRequested) {
+    const Locale& locale = context_.machine.system.UserLocale();
+    stopped_ = "Stopped: " + FormatCount(gone, locale) + " of " +
+               FormatCount(finds.size(), locale) + " deleted, " +
+               FormatSize(state.RunSpaceGained - before, 1, true, locale) + ".";
+  }
+  state.Files = {};
+  context_.view.ShowFiles({});
 }
 
 // True when the file is gone; a failure is noted.
@@ -252,10 +279,12 @@ std::string SearchResults::CountLine() const {
   return (has_deleted_ ? "Files Found: " : "Total Files: ") + std::to_string(left_);
 }
 
-std::string SearchResults::ShownLine() const {
-  const auto ticked =
-      std::ranges::count_if(view_, [this](Index find) { return finds_[find].ticked; });
-  return std::to_string(ticked) + " ticked, " + std::to_string(view_.size()) + " shown";
+std::string SearchResults::WhyEmpty() const {
+  if (searching_) return "Searching...";
+  if (left_ > 0) return "No file has this in its path. Empty the filter to see them all.";
+  if (has_deleted_) return "Nothing is left of what was found.";
+  return "Nothing was found. What is searched for, and on which drives, stands on the pages Search "
+         "and Unnecessary files of the options.";
 }
 
 std::string SearchResults::LogLines() const {

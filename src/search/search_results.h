@@ -34,12 +34,18 @@ class SearchResults : public ResultSink {
   void EndSearch();
   bool searching() const { return searching_; }
   bool deleting() const { return deleting_; }
+  // How far the deletion in work is.
+  const FileProgress& progress() const { return context_.state.Files; }
+  // What a stop left of the last deletion: "Stopped: 120 of 30,000 deleted, 3.4 MB."; "" without
+  // one.
+  const std::string& stopped() const { return stopped_; }
   // Ends the search or the deletion that is in work, at its next pause.
   void Abort();
 
   size_t RowCount() const { return view_.size(); }
   std::string Text(size_t row, ResultColumn column) const;
   std::string PathOf(size_t row) const;
+  uint64_t SizeOf(size_t row) const { return finds_[view_[row]].bytes; }
   bool IsTicked(size_t row) const { return finds_[view_[row]].ticked; }
   void SetTicked(size_t row, bool ticked);
   void TickAll(bool ticked);
@@ -69,11 +75,11 @@ class SearchResults : public ResultSink {
 
   // "Total Files: 12", after a deletion "Files Found: 12": what is left, hidden rows included.
   std::string CountLine() const;
-  // What the count line does not tell: "3 ticked, 12 shown".
-  std::string ShownLine() const;
   // Whether some file could not be removed by the last deletion.
   bool SomeFailed() const { return some_failed_; }
 
+  // Why no row is shown, and what to do.
+  std::string WhyEmpty() const;
   // A line for each category, with what was deleted of it.
   std::string LogLines() const;
 
@@ -104,6 +110,8 @@ class SearchResults : public ResultSink {
   std::vector<Index> FindsOf(const std::vector<size_t>& rows) const;
   std::string QuestionFor(const std::vector<Index>& finds) const;
   void Delete(const std::vector<Index>& finds);
+  void DeleteEach(const std::vector<Index>& finds);
+  double BytesOf(const std::vector<Index>& finds) const;
   bool DeleteOne(Index find);
 
   CleaningContext& context_;
@@ -116,6 +124,7 @@ class SearchResults : public ResultSink {
   std::map<Index, std::string> failures_;
   std::vector<bool> gone_;
   std::optional<RowOrder<ResultColumn>> order_;
+  std::string stopped_;
   std::string filter_;      // in upper case
   std::string upper_path_;  // of the find that was filtered last
   std::array<Total, 3> totals_;

@@ -37,14 +37,14 @@ std::optional<WindowMemory::Place> ParsePlace(std::string_view text) {
 
 WindowMemory::List ParseList(std::string_view text) {
   WindowMemory::List list;
-  const size_t semicolon = std::min(text.find(';'), text.size());
-  const auto widths = Numbers(text.substr(0, semicolon));
+  std::vector<std::string> parts = Split(text, ';');
+  parts.resize(3);
+  const auto widths = Numbers(parts[0]), order = Numbers(parts[1]), columns = Numbers(parts[2]);
   const auto makes_sense = [](int width) { return width >= 0 && width <= kWidest; };
   if (widths && std::ranges::all_of(*widths, makes_sense)) list.widths = *widths;
-  if (semicolon == text.size()) return list;
-  const auto order = Numbers(text.substr(semicolon + 1));
   if (order && order->size() == 2 && (*order)[0] >= 0)
     list.order = WindowMemory::Order{(*order)[0], (*order)[1] == 1};
+  if (columns) list.columns = *columns;
   return list;
 }
 
@@ -67,6 +67,7 @@ std::string WindowMemory::Format() const {
   for (const List& list : lists) {
     text += "|" + Join(list.widths);
     if (list.order) text += ";" + Join({list.order->column, list.order->descending ? 1 : 0});
+    if (!list.columns.empty()) text += (list.order ? ";" : ";;") + Join(list.columns);
   }
   return text;
 }

@@ -8,8 +8,9 @@
 namespace quellix {
 
 // How a window was left: a key of the section "Windows" of Settings.ini, named after it, as
-// "left,top,width,height,maximized|widths of the columns;sorted by,descending|...", with a part for
-// each of its lists. Sizes and widths are in 96-DPI units, places in pixels.
+// "left,top,width,height,maximized|widths of the columns;sorted by,descending;columns from left to
+// right|...", with a part for each of its lists; what its user left as it was is left out. Sizes
+// and widths are in 96-DPI units, places in pixels.
 struct WindowMemory {
   struct Place {
     int left = 0, top = 0, width = 0, height = 0;
@@ -24,6 +25,7 @@ struct WindowMemory {
   struct List {
     std::vector<int> widths;
     std::optional<Order> order;  // none where the user chose none
+    std::vector<int> columns;    // their order, likewise
     bool operator==(const List&) const = default;
   };
   std::optional<Place> place;  // none where the text tells none

@@ -24,6 +24,10 @@ std::string ControlText(HWND control) {
   return Narrow(text);
 }
 
+void ShowControlText(HWND control, std::string_view text) {
+  if (ControlText(control) != text) SetWindowTextW(control, Wide(text).c_str());
+}
+
 void FillCombo(HWND combo, const std::vector<std::string>& texts) {
   Fill(combo, CB_RESETCONTENT, CB_ADDSTRING, texts);
 }
@@ -33,5 +37,14 @@ void FillList(HWND list, const std::vector<std::string>& texts) {
 }
 
 bool IsTicked(HWND dialog, int box) { return IsDlgButtonChecked(dialog, box) == BST_CHECKED; }
+
+// As Tab does, with the look of the default button.
+void EnableWithFocus(HWND control, bool enabled, HWND other) {
+  if (!control || (IsWindowEnabled(control) != FALSE) == enabled) return;
+  if (!enabled && GetFocus() == control) {
+    SendMessageW(GetParent(control), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(other), TRUE);
+  }
+  EnableWindow(control, enabled);
+}
 
 }  // namespace quellix

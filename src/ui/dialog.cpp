@@ -1,8 +1,14 @@
 #include "ui/dialog.h"
 
+#include <algorithm>
+
 #include "platform/win32/win32_text.h"
+#include "settings/window_memory.h"
+#include "ui/control_text.h"
+#include "ui/dialog_template.h"
 #include "ui/dpi.h"
 #include "ui/help.h"
+#include "ui/looks.h"
 #include "ui/resource.h"
 
 namespace quellix {
@@ -20,6 +26,20 @@ BOOL CALLBACK SetChildFont(HWND child, LPARAM font) {
   return TRUE;
 }
 
+void FitToScreen(HWND window) {
+  RECT place;
+  GetWindowRect(window, &place);
+  MONITORINFO screen{};
+  screen.cbSize = sizeof(screen);
+  GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &screen);
+  const RECT& work = screen.rcWork;
+  const LONG width = std::min(place.right - place.left, work.right - work.left);
+  const LONG height = std::min(place.bottom - place.top, work.bottom - work.top);
+  const ScreenPoint at = MendedPlace({place.left, place.top}, width, height,
+                                     {work.left, work.top, work.right, work.bottom});
+  SetWindowPos(window, nullptr, at.left, at.top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 UniqueIcon SetWindowIcon(HWND window, WPARAM kind, int width_metric, int height_metric) {
   UniqueIcon icon =
       LoadProgramIcon(icoQuellix, GetSystemMetrics(width_metric), GetSystemMetrics(height_metric));
@@ -33,8 +53,10 @@ Dialog::~Dialog() { Close(); }
 
 void Dialog::Create(int template_id, HWND owner) {
   Close();
-  CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(template_id), owner, Procedure,
-                     reinterpret_cast<LPARAM>(this));
+  const DialogTemplate made(template_id);
+  template_size_ = made.Size();
+  CreateDialogIndirectParamW(GetModuleHandleW(nullptr), made.Get(), owner, Procedure,
+                             reinterpret_cast<LPARAM>(this));
 }
 
 void Dialog::Close() {
@@ -64,11 +86,7 @@ Dialog* Dialog::Of(HWND window) {
   return reinterpret_cast<Dialog*>(GetWindowLongPtrW(window, DWLP_USER));
 }
 
-HBRUSH Dialog::Paper(HDC target) {
-  SetBkColor(target, GetSysColor(COLOR_WINDOW));
-  SetTextColor(target, GetSysColor(COLOR_WINDOWTEXT));
-  return GetSysColorBrush(COLOR_WINDOW);
-}
+HBRUSH Dialog::Paper(HDC target) { return PaintOn(target, Paint::kPaper); }
 
 void Dialog::SetText(int id, std::string_view utf8) const {
   SetWindowTextW(Control(id), Wide(utf8).c_str());
@@ -84,10 +102,7 @@ void Dialog::FocusOn(HWND control) const {
 }
 
 void Dialog::EnableControl(int id, bool enabled, int other) const {
-  const HWND control = Control(id);
-  if (!control || (IsWindowEnabled(control) != FALSE) == enabled) return;
-  if (!enabled && GetFocus() == control) FocusOn(Control(other));
-  EnableWindow(control, enabled);
+  EnableWithFocus(Control(id), enabled, Control(other));
 }
 
 INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -103,9 +118,13 @@ INT_PTR Dialog::Init(HWND window) {
   window_ = window;
   dpi_ = DpiOf(window);
   LayOutByOurselves(window);
-  layout_.Start(window, dpi_);
+  // A window that is larger than the screen is cut by Windows; its controls are not.
+  RECT whole{0, 0, template_size_.cx, template_size_.cy};
+  MapDialogRect(window, &whole);
+  layout_.Start(window, dpi_, {whole.right, whole.bottom});
   keeper_.reset();
   OnInit();
+  ApplyLooks(window);
   OnResolution();
   RestorePlace();
   OnSized();
@@ -116,7 +135,12 @@ INT_PTR Dialog::Init(HWND window) {
   return focus == nullptr && (GetWindowLongW(window, GWL_STYLE) & WS_CHILD) != 0;
 }
 
-void Dialog::RestorePlace() { is_remembered_ = keeper_ && keeper_->Restore(window_, dpi_); }
+// Where its user left it, else as its template says, as far as the screen has room for that.
+void Dialog::RestorePlace() {
+  is_remembered_ = keeper_ && keeper_->Restore(window_, dpi_);
+  const bool is_child = (GetWindowLongW(window_, GWL_STYLE) & WS_CHILD) != 0;
+  if (!is_remembered_ && !is_child) FitToScreen(window_);
+}
 
 void Dialog::SetIcons() {
   icon_ = SetWindowIcon(window_, ICON_BIG, SM_CXICON, SM_CYICON);
@@ -191,13 +215,46 @@ INT_PTR Dialog::HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam) {
       return TRUE;
     case WM_CTLCOLORSTATIC:
     case WM_CTLCOLORBTN:
+    case WM_CTLCOLOREDIT:
+    case WM_CTLCOLORLISTBOX:
+    case WM_CTLCOLORDLG:
       return reinterpret_cast<INT_PTR>(
-          OnControlColor(reinterpret_cast<HDC>(wparam), reinterpret_cast<HWND>(lparam)));
+          ColorControl(message, reinterpret_cast<HDC>(wparam), reinterpret_cast<HWND>(lparam)));
+    case WM_SETTINGCHANGE:
+    case WM_SYSCOLORCHANGE:
+    case WM_THEMECHANGED:
+      if (RefreshLooks() || message != WM_SETTINGCHANGE) FollowLooks();
+      return OnMessage(message, wparam, lparam) ? TRUE : FALSE;
     case WM_ERASEBKGND:
-      return OnEraseBackground(reinterpret_cast<HDC>(wparam)) ? Result(1) : FALSE;
+      return EraseBackground(reinterpret_cast<HDC>(wparam)) ? Result(1) : FALSE;
     default:
       return OnMessage(message, wparam, lparam) ? TRUE : FALSE;
   }
+}
+
+// What a window does not choose itself is left to Windows, unless that would be light in the dark.
+HBRUSH Dialog::ColorControl(UINT message, HDC target, HWND control) {
+  const bool asks = message == WM_CTLCOLORSTATIC || message == WM_CTLCOLORBTN;
+  const HBRUSH own = asks ? OnControlColor(target, control) : nullptr;
+  if (own || !IsDark()) return own;
+  const bool is_paper = message == WM_CTLCOLOREDIT || message == WM_CTLCOLORLISTBOX;
+  return PaintOn(target, is_paper ? Paint::kPaper : Paint::kFace);
+}
+
+// A theme would make it light.
+bool Dialog::EraseBackground(HDC target) {
+  if (OnEraseBackground(target)) return true;
+  if (!IsDark()) return false;
+  RECT all;
+  GetClientRect(window_, &all);
+  FillRect(target, &all, BrushOf(Paint::kFace));
+  return true;
+}
+
+// Lists take their colours with their images.
+void Dialog::FollowLooks() {
+  ApplyLooks(window_);
+  OnResolution();
 }
 
 INT_PTR Dialog::Result(LRESULT result) const {

@@ -95,6 +95,9 @@ class Dialog {
   INT_PTR Handle(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR HandleInput(UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR HandleDrawing(UINT message, WPARAM wparam, LPARAM lparam);
+  HBRUSH ColorControl(UINT message, HDC target, HWND control);
+  bool EraseBackground(HDC target);
+  void FollowLooks();
   INT_PTR Init(HWND window);
   void SetIcons();
   void RestorePlace();
@@ -103,6 +106,7 @@ class Dialog {
 
   HWND window_ = nullptr;
   int dpi_ = 96;
+  SIZE template_size_{};  // in units of its font
   Layout layout_;
   std::optional<WindowKeeper> keeper_;
   bool is_remembered_ = false;

@@ -66,6 +66,23 @@ void EntryView::Attach(HWND window, int place_width) {
   });
 }
 
+// What a run would do or did as a whole stands in its summary; this is of the rows.
+void EntryView::ShowTotals() {
+  view_.SetTotals(
+      machine_.system.UserLocale(),
+      [this](int row) {
+        return Has(row)
+                   ? std::optional(static_cast<double>(list_->At(static_cast<size_t>(row)).bytes))
+                   : std::nullopt;
+      },
+      [this](int row) { return !Has(row) || !list_->IsHeading(static_cast<size_t>(row)); });
+  view_.SetEmpty([this]() -> std::string {
+    if (list_ && !list_->entries().all.empty())
+      return "No entry has this in it. Empty the filter to see them all.";
+    return "This run came by nothing that could go: what was ticked was clean.";
+  });
+}
+
 void EntryView::OnResolution(int dpi) { view_.SetResolution(dpi, Columns(place_width_), {}); }
 
 void EntryView::Show(std::shared_ptr<const RunEntries> entries, Kind kind) {
@@ -113,6 +130,18 @@ void EntryView::Settle() {
 
 void EntryView::ShowSummary() const {
   SetDlgItemTextW(window_, lblRunSummary, Wide(list_->Summary()).c_str());
+  EnableCommands();
+}
+
+void EntryView::EnableCommands() const {
+  const int row = view_.FocusedRow();
+  const bool is_there = Has(row) && view_.CountSelected() > 0;
+  const bool is_on_disk = is_there && IsOnDisk(list_->At(static_cast<size_t>(row)));
+  const std::pair<int, bool> kCommands[] = {
+      {cmdOpenFolder, is_on_disk}, {cmdKeepEntry, is_there}, {cmdCopy, list_->RowCount() > 0}};
+  for (const auto& [id, can] : kCommands) {
+    EnableWithFocus(GetDlgItem(window_, id), can, GetDlgItem(window_, lstvRun));
+  }
 }
 
 Cell EntryView::CellAt(int row, int column) const {
@@ -216,6 +245,7 @@ bool EntryView::OnNotify(NMHDR& header, LRESULT& result) {
   if (!list_) return true;
   const bool is_click = header.code == NM_CLICK || header.code == NM_DBLCLK;
   if (is_click || header.code == LVN_KEYDOWN) ShowSummary();  // a box may differ
+  if (header.code == LVN_ITEMCHANGED || header.code == LVN_ODSTATECHANGED) EnableCommands();
   if (header.code == NM_DBLCLK && !is_answered) OpenFolder();
   return true;
 }

@@ -26,6 +26,8 @@ class EntryView {
 
   // `place_width`: of the first column, in 96-DPI units.
   void Attach(HWND window, int place_width = kPlaceWidth);
+  // The totals of its rows stand below the list.
+  void ShowTotals();
   void OnResolution(int dpi);
   void Show(std::shared_ptr<const RunEntries> entries, Kind kind);
   // See EntryList.
@@ -50,6 +52,7 @@ class EntryView {
   static constexpr int kPlaceWidth = 300;
 
   void ListAnew();
+  void EnableCommands() const;
   RowPlace PlaceOf(size_t row) const;
   bool Has(int row) const { return list_ && static_cast<size_t>(row) < list_->RowCount(); }
   Cell CellAt(int row, int column) const;

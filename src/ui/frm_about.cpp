@@ -1,5 +1,7 @@
 #include "ui/frm_about.h"
 
+#include "ui/looks.h"
+
 #include "platform/win32/win32_text.h"
 #include "ui/dpi.h"
 #include "version.h"
@@ -32,7 +34,7 @@ void FrmAbout::OnResolution() {
 }
 
 void FrmAbout::OnDrawItem(const DRAWITEMSTRUCT& item) {
-  FillRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_3DFACE));
+  FillRect(item.hDC, &item.rcItem, BrushOf(Paint::kFace));
   DrawIconEx(item.hDC, 0, 0, picture_.Get(), 0, 0, 0, nullptr, DI_NORMAL);
 }
 

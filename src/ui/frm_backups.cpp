@@ -71,6 +71,11 @@ void FrmBackups::OnInit() {
   entries_.Attach(Control(lstvEntries), kOfEntries, [this](int row, int column) {
     return Cell{Wide(browser_->EntryText(static_cast<size_t>(row), EntryColumn(column)))};
   });
+  const Locale locale = machine_.system.UserLocale();
+  archives_.SetTotals(locale, [this](int row) { return browser_->ArchiveSize(At(row)); });
+  archives_.SetEmpty([this] { return browser_->WhyNoArchives(); });
+  entries_.SetTotals(locale, [this](int row) { return browser_->EntrySize(At(row)); });
+  entries_.SetEmpty([this] { return browser_->WhyNoEntries(); });
   const auto idle = [this] { return !filling_ && !work_.working(); };
   archives_.SetSorter([this, idle](int column) { idle() ? SortArchives(column) : void(); });
   archives_.SetEraser([this, idle] { idle() ? DeleteArchive() : void(); });

@@ -33,6 +33,7 @@ class FrmBackups : public OwnedWindow {
   HBRUSH OnControlColor(HDC target, HWND control) override;
 
  private:
+  static size_t At(int row) { return static_cast<size_t>(row); }
   void OnArchivesNotify(const NMHDR& header);
   void OnEntriesNotify(const NMHDR& header);
   void SortArchives(int column);

@@ -3,7 +3,9 @@
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "run/time_left.h"
 #include "ui/control_text.h"
+#include "ui/looks.h"
 #include "ui/resource.h"
 #include "ui/row_menu.h"
 #include "ui/window_prompts.h"
@@ -20,9 +22,9 @@ constexpr Column kColumns[kResultColumns] = {
 constexpr int kIcons[] = {icoCross};
 
 constexpr Anchor kAnchors[] = {
-    {lblTotalFiles, 0, 0, 0, 0},     {lblShown, 0, 0, 1, 0},     {lblFilter, 1, 0, 1, 0},
-    {txtFilter, 1, 0, 1, 0},         {lstvDeletion, 0, 0, 1, 1}, {lblRed, 0, 1, 1, 1},
-    {lblDeletionState, 0, 1, 1, 1},  {cmdSelectAll, 0, 1, 0, 1}, {cmdDeselectAll, 0, 1, 0, 1},
+    {lblTotalFiles, 0, 0, 0, 0},     {lblFilter, 1, 0, 1, 0},    {txtFilter, 1, 0, 1, 0},
+    {lstvDeletion, 0, 0, 1, 1},      {lblRed, 0, 1, 1, 1},       {lblDeletionState, 0, 1, 1, 1},
+    {pgDeletion, 0, 1, 1, 1},        {cmdSelectAll, 0, 1, 0, 1}, {cmdDeselectAll, 0, 1, 0, 1},
     {cmdDeleteSelected, 0, 1, 0, 1}, {cmdAbort, 1, 1, 1, 1},     {cmdExit, 1, 1, 1, 1},
 };
 
@@ -47,6 +49,12 @@ void FrmDeletetion::OnInit() {
   list_.SetEraser([this] { Delete(Which::kSelected); });
   list_.SetMarks([this](int row) { return Shows(row) && results_->HasFailed(Index(row)); });
   list_.SetTips([this](int row) { return Wide(ReasonOf(row)); });
+  list_.SetTotals(machine_.system.UserLocale(), [this](int row) {
+    return Shows(row) ? std::optional(static_cast<double>(results_->SizeOf(Index(row))))
+                      : std::nullopt;
+  });
+  list_.SetEmpty([this] { return results_->WhyEmpty(); });
+  list_.SetTickedButton(Control(cmdDeleteSelected), [this] { return !IsWorking(); });
   SetTimer(window(), kTimer, kMillisecondsPerLook, nullptr);
   Refresh();
 }
@@ -82,28 +90,31 @@ void FrmDeletetion::ShowRows() {
 
 void FrmDeletetion::ShowTexts() {
   ShowText(lblTotalFiles, results_->CountLine());
-  ShowText(lblShown, results_->ShownLine());
   ShowText(lblDeletionState, StateText());
   ShowWindow(Control(lblRed), results_->SomeFailed() ? SW_SHOWNA : SW_HIDE);
 }
 
-// Only what has changed, so that nothing flickers.
 void FrmDeletetion::ShowText(int id, const std::string& text) {
-  if (ControlText(Control(id)) != text) SetText(id, text);
+  ShowControlText(Control(id), text);
 }
 
 std::string FrmDeletetion::StateText() const {
   if (results_->searching()) return "Searching... Abort ends the search and keeps what was found.";
-  if (results_->deleting()) return "Deleting...";
-  return ReasonOf(list_.FocusedRow());
+  if (results_->deleting()) {
+    const std::string text = ProgressText(results_->progress(), machine_.system.UserLocale(),
+                                          GetTickCount64() - deleting_since_);
+    return text.empty() ? "Deleting..." : text;
+  }
+  const std::string reason = ReasonOf(list_.FocusedRow());
+  return reason.empty() ? results_->stopped() : reason;
 }
 
 void FrmDeletetion::EnableCommands() {
-  const bool working = results_->searching() || results_->deleting();
+  const bool working = IsWorking();
   const bool any = results_->RowCount() > 0;
   Enable(cmdSelectAll, mnuSelectAll, any);
   Enable(cmdDeselectAll, mnuDeselectAll, any);
-  Enable(cmdDeleteSelected, mnuDeleteSelected, any && !working);
+  Enable(0, mnuDeleteSelected, IsWindowEnabled(Control(cmdDeleteSelected)) != FALSE);
   Enable(0, mnuDeleteAll, any && !working);
   Enable(cmdAbort, mnuAbort, working);
   const bool focused = !FocusedPath().empty();
@@ -124,7 +135,15 @@ void FrmDeletetion::OnTimer(UINT_PTR) {
     if (results_->order()) list_.Refresh();
   }
   ShowTexts();
+  ShowBar();
   EnableCommands();
+}
+
+void FrmDeletetion::ShowBar() const {
+  const Progress steps = StepsOf(results_->progress());
+  const HWND bar = Control(pgDeletion);
+  if (steps.total != 0) ShowSteps(bar, steps);
+  ShowWindow(bar, results_->deleting() && steps.total != 0 ? SW_SHOWNA : SW_HIDE);
 }
 
 void FrmDeletetion::OnCommand(int id, int code) {
@@ -165,8 +184,7 @@ void FrmDeletetion::OnCommand(int id, int code) {
 // it closes the window.
 void FrmDeletetion::PressKey(WORD key) {
   if (key == VK_ESCAPE) {
-    const bool working = results_->searching() || results_->deleting();
-    return working ? results_->Abort() : OnClose();
+    return IsWorking() ? results_->Abort() : OnClose();
   }
   if (GetFocus() == Control(txtFilter)) {
     FocusOn(Control(lstvDeletion));
@@ -228,13 +246,14 @@ void FrmDeletetion::Filter() {
 
 // The window stays alive meanwhile: the deletion pauses for it.
 void FrmDeletetion::Delete(Which which) {
-  if (results_->searching() || results_->deleting()) return;
+  if (IsWorking()) return;
   const std::vector<size_t> rows = list_.SelectedRows();
   const std::string question = which == Which::kAll      ? results_->QuestionForAll()
                                : which == Which::kTicked ? results_->QuestionForTicked()
                                                          : results_->QuestionForRows(rows);
   if (!MayGo(window(), question)) return;
   Enable(cmdAbort, mnuAbort, true);
+  deleting_since_ = GetTickCount64();
   const LongWork::End end = work_.Run({}, [&](const Pause&) {
     if (which == Which::kAll) results_->DeleteAll();
     if (which == Which::kTicked) results_->DeleteTicked();
@@ -243,6 +262,7 @@ void FrmDeletetion::Delete(Which which) {
   if (end == LongWork::End::kGone) return;
   if (end == LongWork::End::kCloses) return OnClose();
   Refresh();
+  ShowBar();
 }
 
 std::string FrmDeletetion::FocusedPath() const {
@@ -263,9 +283,9 @@ void FrmDeletetion::AskShell(void (Shell::*show)(std::string_view)) const {
 
 HBRUSH FrmDeletetion::OnControlColor(HDC target, HWND control) {
   if (control != Control(lblRed)) return nullptr;
-  SetTextColor(target, kMarkedRow);
-  SetBkColor(target, GetSysColor(COLOR_3DFACE));
-  return GetSysColorBrush(COLOR_3DFACE);
+  const HBRUSH brush = PaintOn(target, Paint::kFace);
+  SetTextColor(target, ColorOf(Paint::kMarked));
+  return brush;
 }
 
 // Closing ends what is in work; a deletion ends first, between two files.

@@ -34,6 +34,7 @@ class FrmDeletetion : public OwnedWindow {
  private:
   void ShowRows();
   void ShowTexts();
+  void ShowBar() const;
   void ShowText(int id, const std::string& text);
   void EnableCommands();
   void Enable(int button, int entry, bool enabled);
@@ -46,6 +47,7 @@ class FrmDeletetion : public OwnedWindow {
   void AskShell(void (Shell::*show)(std::string_view)) const;
   // Whether there is such a row: a list may still ask for one that has just gone.
   bool Shows(int row) const { return row >= 0 && Index(row) < results_->RowCount(); }
+  bool IsWorking() const { return results_->searching() || results_->deleting(); }
   static size_t Index(int row) { return static_cast<size_t>(row); }
   std::string ReasonOf(int row) const;
   // The path of the row with the focus, "" for none.
@@ -56,7 +58,8 @@ class FrmDeletetion : public OwnedWindow {
   Machine machine_;
   SearchResults* results_ = nullptr;
   ListView list_;
-  LongWork work_{*this};  // a deletion; searches are the work of the run
+  ULONGLONG deleting_since_ = 0;  // milliseconds, of the tick count
+  LongWork work_{*this};          // a deletion; searches are the work of the run
 };
 
 }  // namespace quellix

@@ -63,6 +63,17 @@ void FrmIECache::OnInit() {
       [this](int row) { Toggle(row); });
   list_.SetSorter([this](int column) { work_.working() ? void() : Sort(column); });
   list_.SetEraser([this] { work_.working() ? void() : Delete(Which::kSelected); });
+  list_.SetTotals(machine_.system.UserLocale(), [this](int row) {
+    return IsListed(row) ? std::optional(static_cast<double>(
+                               cache_->Row(static_cast<size_t>(row)).entry.size))
+                         : std::nullopt;
+  });
+  list_.SetEmpty([this]() -> std::string {
+    if (work_.working()) return "Reading the cache...";
+    return "The Internet cache of Windows holds no entry of this kind. Today's browsers keep their "
+           "own caches: they are items of the main window.";
+  });
+  list_.SetTickedButton(Control(cmdDelete), [this] { return !work_.working(); });
   CheckRadioButton(window(), optAll, optURL, optAll);
 }
 
@@ -105,6 +116,14 @@ void FrmIECache::ShowRows() {
   list_.ShowOrder(column ? static_cast<int>(*column) : kUnsorted, cache_->descending());
   const std::string& problem = cache_->problem();
   SetText(lblStatus, cache_->Status() + (problem.empty() ? "" : ". " + problem));
+  EnableCommands();
+}
+
+void FrmIECache::EnableCommands() const {
+  if (work_.working()) return;
+  const bool any = cache_->RowCount() > 0;
+  for (const int id : {cmdSelectAll, cmdDeselectAll, cmdClear}) EnableControl(id, any, lstvCache);
+  EnableControl(cmdView, list_.CountSelected() > 0, lstvCache);
 }
 
 void FrmIECache::ShowNothing() {
@@ -144,6 +163,7 @@ LRESULT FrmIECache::OnNotify(NMHDR& header) {
   if (list_.OnNotify(header, result)) return result;
   if (work_.working() || header.idFrom != lstvCache) return 0;
   const auto& item = reinterpret_cast<const NMLISTVIEW&>(header);
+  if (header.code == LVN_ITEMCHANGED || header.code == LVN_ODSTATECHANGED) EnableCommands();
   if (header.code == NM_DBLCLK && item.iItem >= 0) View();
   if (header.code == LVN_ITEMCHANGED && item.iItem >= 0 && (item.uNewState & LVIS_SELECTED)) {
     ShowCacheEntry(static_cast<size_t>(item.iItem));
@@ -158,7 +178,8 @@ void FrmIECache::OnContextMenu(HWND control, POINT screen) {
     const std::string name = is_there ? cache_->Row(row).file_name : "";
     return name.empty() ? RowPlace{} : RowPlace{.path = cache_->Row(row).folder + name};
   };
-  const RowMenu menu{list_, machine_.shell, place_of, mnuOptions};
+  const RowMenu menu{list_, machine_.shell, place_of, mnuOptions,
+                     [this](int id) { return IsWindowEnabled(Control(ButtonOf(id))) != FALSE; }};
   OnCommand(ButtonOf(menu.Show(window(), screen)), BN_CLICKED);
 }
 

@@ -41,6 +41,7 @@ class FrmIECache : public OwnedWindow {
   Cell CellAt(int row, int column) const;
   void Load();
   void ShowRows();
+  void EnableCommands() const;
   void ShowNothing();
   void ShowCacheEntry(size_t row);
   void CheckAll(bool checked);

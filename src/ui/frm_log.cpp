@@ -62,7 +62,9 @@ void FrmLog::OnInit() {
   Remember(machine_, "frmLog", {&categories_, &entries_.view()});
   categories_.Attach(Control(lstvCategories), kColumns,
                      [this](int row, int column) { return CategoryCell(row, column); });
+  categories_.SetTotals(machine_.system.UserLocale());
   entries_.Attach(window());
+  entries_.ShowTotals();
   FillRuns();
   ShowReport();
 }

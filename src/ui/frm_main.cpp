@@ -10,9 +10,11 @@
 #include "app/rights.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "ui/control_text.h"
 #include "ui/dpi.h"
 #include "ui/dropped_files.h"
 #include "ui/group_heading.h"
+#include "ui/looks.h"
 #include "ui/resource.h"
 
 namespace quellix {
@@ -37,36 +39,41 @@ constexpr Anchor kAnchors[] = {
     {pgClean, 0, 1, 1, 1},
     {lblCleanCaption, 0, 1, 0, 1},
     {lblCleanDate, 0, 1, 1, 1},
+    {lblProgress, 0, 1, 1, 1},
     {cmdBackups, 1, 1, 1, 1},
     {cmdPreview, 1, 1, 1, 1},
     {cmdClean, 1, 1, 1, 1},
     {cmdStop, 1, 1, 1, 1},
+    {chkThenShutDown, 1, 1, 1, 1},
 };
 
-constexpr int kFooterControls[] = {lnkRemoval,   cmdRights, lblStatus,  lblCleanCaption,
-                                   lblCleanDate, pgClean,   cmdBackups, cmdPreview,
-                                   cmdClean,     cmdStop};
+constexpr int kFooterControls[] = {lnkRemoval,   cmdRights,   lblStatus, lblCleanCaption,
+                                   lblCleanDate, lblProgress, pgClean,   cmdBackups,
+                                   cmdPreview,   cmdClean,    cmdStop,   chkThenShutDown};
 
 // Where the screen has room for it, in 96-DPI units.
 constexpr int kWidthAtFirst = 980, kHeightAtFirst = 700;
 
+// What each command does, as the countdown before it tells.
 struct TurnOffEntry {
   int entry;
   void (*end_session)(Session&);
+  std::string_view does;
 };
 constexpr TurnOffEntry kTurnOff[] = {
-    {mnuPowrOff, modShutDown::PowerOff},
-    {mnu_Restart, modShutDown::Restart},
-    {mnuLogOff, modShutDown::LogOff},
-    {mnuShutDown, modShutDown::ShutDown},
-    {mnuForceShutDOwn, modShutDown::ForceShutDown},
+    {mnuPowrOff, modShutDown::PowerOff, "The computer is turned off"},
+    {mnu_Restart, modShutDown::Restart, "You are logged off by force"},
+    {mnuLogOff, modShutDown::LogOff, "You are logged off"},
+    {mnuShutDown, modShutDown::ShutDown, "Windows is shut down"},
+    {mnuForceShutDOwn, modShutDown::ForceShutDown, "You are logged off by force"},
 };
 
 constexpr UINT kMillisecondsPerTick = 5000, kLookAgain = 500;
 
 }  // namespace
 
-void FrmMain::Open(HWND owner, StartMode mode) {
+void FrmMain::Open(HWND owner, StartMode mode, modShutDown::Ending ending) {
+  with_end_ = ending;
   const bool is_hidden = mode == StartMode::kHidden;
   const std::string problems = engine_.Load(is_hidden ? nullptr : &tips_);
   engine_.ClearLeftovers();
@@ -81,9 +88,15 @@ void FrmMain::Open(HWND owner, StartMode mode) {
   if (!problems.empty()) Warn(problems);
   if (mode != StartMode::kNormal) display_.SetStatus("");
   if (with_rights_ && engine_.is_loaded()) return Clean({});
+  if (mode == StartMode::kNormal && engine_.is_loaded()) {
+    welcome_.ShowOnce(window(), [this] {
+      engine_.ApplyGeneralSettings();
+      FollowSettings();
+    });
+  }
   if (engine_.is_loaded() && CleansAtStart(mode, engine_.preferences().startup_clean)) {
     engine_.state().BySelf = mode == StartMode::kWithWindows;
-    Run([this] { engine_.RunCleaning(); });
+    RunAndEnd([this] { engine_.RunCleaning(); });
     engine_.state().BySelf = false;
   }
 }
@@ -95,7 +108,7 @@ void FrmMain::OnInit() {
   BindItems();
   windows_.on_options = [this] { FollowSettings(); };
   preview_.on_clean = [this](std::shared_ptr<RunChoice> choice, bool leaves_to_start) {
-    Run([this, choice, leaves_to_start] {
+    RunAndEnd([this, choice, leaves_to_start] {
       engine_.state().LeavesToStart = leaves_to_start;
       RunTarget(previewed_, choice);
     });
@@ -139,7 +152,9 @@ void FrmMain::ShowSelected() { pane_.Show(items_.list(), items_.Selected()); }
 void FrmMain::ShowSummary() {
   const std::string what = items_.list().Summary();
   const std::string how(RemovalText(engine_.preferences().RemovalMode));
-  std::string summary = what + ", <a>" + how + "</a>";
+  // What is no link stays as it is in the light.
+  std::string summary =
+      IsDark() ? "<a>" + what + ", " + how + "</a>" : what + ", <a>" + how + "</a>";
   ShowRights();
   if (summary == summary_) return;  // a link that is set anew paints itself
   summary_ = std::move(summary);
@@ -292,8 +307,26 @@ void FrmMain::OnCommand(int id, int code) {
 bool FrmMain::TurnOff(int id) {
   const auto command = std::ranges::find(kTurnOff, id, &TurnOffEntry::entry);
   if (command == std::end(kTurnOff)) return false;
-  command->end_session(machine_.session);
+  const auto end = [this, command] { command->end_session(machine_.session); };
+  engine_.preferences().ask ? countdown_.Show(window(), command->does, end) : end();
   return true;
+}
+
+// What was chosen for the end of a cleaning, once it has ended well. Who is there may still keep
+// the session; of a run that nobody watches none is asked.
+void FrmMain::EndAsChosen() {
+  const modShutDown::Ending ending =
+      with_end_ == modShutDown::Ending::kNone && IsTicked(window(), chkThenShutDown)
+          ? modShutDown::Ending::kShutDown
+          : with_end_;
+  const RunState& state = engine_.state();
+  if (ending == modShutDown::Ending::kNone || state.AbortRequested || state.SomeErrors) return;
+  with_end_ = modShutDown::Ending::kNone;
+  CheckDlgButton(window(), chkThenShutDown, BST_UNCHECKED);
+  const auto end = [this, ending] { modShutDown::End(machine_.session, ending); };
+  state.Hidden && !IsWindowVisible(window())
+      ? end()
+      : countdown_.Show(window(), modShutDown::TextOf(ending), end);
 }
 
 void FrmMain::OnContextMenu(HWND control, POINT screen) {
@@ -375,7 +408,6 @@ bool FrmMain::OnKey(MSG& message) {
 
 bool FrmMain::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
   tray_.Follow(message);
-  if (message == WM_THEMECHANGED || message == WM_SYSCOLORCHANGE) OnResolution();
   if (message == WM_SHOWWINDOW && wparam) tray_.Hide();
   if (message == WM_DROPFILES) {
     RemoveByHand(TakeDropped(wparam));
@@ -442,7 +474,7 @@ std::string FrmMain::Save() const {
 }
 
 void FrmMain::OnDrawItem(const DRAWITEMSTRUCT& item) {
-  DrawGroupHeading(item, GetSysColorBrush(COLOR_WINDOW));
+  DrawGroupHeading(item, BrushOf(Paint::kPaper));
 }
 
 // The list and the pane stand on paper, the commands on a bar below.
@@ -460,10 +492,10 @@ bool FrmMain::OnEraseBackground(HDC target) {
   GetClientRect(window(), &paper);
   footer = paper;
   paper.bottom = footer.top = FooterTop();
-  FillRect(target, &paper, GetSysColorBrush(COLOR_WINDOW));
-  FillRect(target, &footer, GetSysColorBrush(COLOR_3DFACE));
+  FillRect(target, &paper, BrushOf(Paint::kPaper));
+  FillRect(target, &footer, BrushOf(Paint::kFace));
   footer.bottom = footer.top + 1;
-  FillRect(target, &footer, GetSysColorBrush(COLOR_3DSHADOW));
+  FillRect(target, &footer, BrushOf(Paint::kLine));
   return true;
 }
 

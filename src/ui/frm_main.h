@@ -10,8 +10,10 @@
 #include "plugins/recipe_run.h"
 #include "run/exit_code.h"
 #include "ui/dialog.h"
+#include "ui/frm_countdown.h"
 #include "ui/frm_log.h"
 #include "ui/frm_preview.h"
+#include "ui/frm_welcome.h"
 #include "ui/item_pane.h"
 #include "ui/item_view.h"
 #include "ui/long_work.h"
@@ -24,13 +26,15 @@ namespace quellix {
 // The main window. While a run is in progress, Stop is all that acts.
 class FrmMain : public Dialog {
  public:
-  FrmMain(Engine& engine, RunDisplay& display, const Machine& machine, OtherUsers users)
+  FrmMain(Engine& engine, RunDisplay& display, const Machine& machine, OtherUsers users,
+          Scheduler& scheduler)
       : engine_(engine),
         display_(display),
         machine_(machine),
         log_(machine),
         preview_(machine),
-        windows_(engine, machine, std::move(users)),
+        welcome_(machine),
+        windows_(engine, machine, std::move(users), scheduler),
         tips_(machine),
         items_(machine, engine.selection()),
         pane_(machine, *this, tips_) {}
@@ -38,7 +42,8 @@ class FrmMain : public Dialog {
   // Loads the engine and starts as `mode` says: shows the window, with a message when something
   // could not be loaded, or runs hidden. The end of the window ends the thread's message loop, with
   // the program's exit code.
-  void Open(HWND owner, StartMode mode);
+  // `ending`: of a run that it starts with.
+  void Open(HWND owner, StartMode mode, modShutDown::Ending ending);
 
  protected:
   void OnInit() override;
@@ -66,6 +71,7 @@ class FrmMain : public Dialog {
   void ShowSummary();
   void ShowRights();
   bool TurnOff(int id);
+  void EndAsChosen();
   bool CanClean() const;
   void FollowSettings();
   void FindPrograms();
@@ -95,6 +101,8 @@ class FrmMain : public Dialog {
   void ShowPreview(std::shared_ptr<const RunEntries> found, const Target& target);
   bool OnKey(MSG& message) override;
   void Run(const std::function<void()>& work);
+  // A run that the user started, with what was chosen for its end.
+  void RunAndEnd(const std::function<void()>& clean);
   void Work(const std::function<void()>& work);
   void AfterRun(LongWork::End end);
   bool KeepReport();
@@ -114,6 +122,8 @@ class FrmMain : public Dialog {
   Machine machine_;
   FrmLog log_;
   FrmPreview preview_;
+  FrmCountdown countdown_;
+  FrmWelcome welcome_;
   MenuWindows windows_;
   WindowPrompts prompts_;
   Tips tips_;
@@ -127,11 +137,12 @@ class FrmMain : public Dialog {
   std::shared_ptr<modPlugin::ShownRecipes> shown_;  // of the last look
   StartOffer start_offer_;                          // likewise
   std::optional<RunReport> last_report_;
-  Target previewed_;                             // in the preview's window
-  StartOffer previewed_offer_;                   // likewise
-  std::vector<ListSection> sections_, recipes_;  // as found beside the items
-  bool knows_recipes_ = false;                   // they were looked for to the end
-  bool with_rights_ = false;                     // started for what needs them, that once
+  Target previewed_;                                           // in the preview's window
+  StartOffer previewed_offer_;                                 // likewise
+  std::vector<ListSection> sections_, recipes_;                // as found beside the items
+  bool knows_recipes_ = false;                                 // they were looked for to the end
+  modShutDown::Ending with_end_ = modShutDown::Ending::kNone;  // of the next run
+  bool with_rights_ = false;  // started for what needs them, that once
   LongWork work_{*this}, search_{*this};
   int exit_code_ = kDone;
 };

@@ -20,6 +20,7 @@ void FrmMain::RunHidden() {
   if (engine_.is_loaded()) {
     Run([this] { engine_.RunCleaning(); });
     exit_code_ = ExitCodeOf(state);
+    EndAsChosen();
   }
   state.Hidden = false;
   // Who has started the program meanwhile has got this window and keeps it.
@@ -38,16 +39,16 @@ void FrmMain::Clean(const Target& target) {
   const bool may_lose =
       target.item == nullptr &&
       !(target.others ? target.others->recipes.empty() : engine_.selection().recipes().empty());
-  if (!engine_.preferences().ask && !may_lose) return Run(clean);
+  if (!engine_.preferences().ask && !may_lose) return RunAndEnd(clean);
   const std::shared_ptr<const RunEntries> found = LookAhead(LookAt(target));
   if (!found) return;
   const auto [question, text, offer] =
       Question(EntryList(machine_.system, found, true), start_offer_);
-  if (question.empty()) return Run(clean);
+  if (question.empty()) return RunAndEnd(clean);
   FurtherChoice further{offer.text};
   switch (AskForGood(window(), question, text, target.item == nullptr, &further)) {
     case AskedForGood::kYes:
-      return Run([this, clean, leaves_to_start = further.is_ticked] {
+      return RunAndEnd([this, clean, leaves_to_start = further.is_ticked] {
         engine_.state().LeavesToStart = leaves_to_start;
         clean();
       });
@@ -169,7 +170,14 @@ void FrmMain::Run(const std::function<void()>& work) {
   if (work_.working()) return;
   ForgetLook();
   Work(work);
-  if (window()) ShowSelected();  // it tells when it was cleaned last
+  if (!window()) return;
+  display_.ShowStopped(StoppedReport(engine_.context()));
+  ShowSelected();  // it tells when it was cleaned last
+}
+
+void FrmMain::RunAndEnd(const std::function<void()>& clean) {
+  Run(clean);
+  if (window()) EndAsChosen();
 }
 
 void FrmMain::Work(const std::function<void()>& work) {
@@ -184,10 +192,13 @@ void FrmMain::Work(const std::function<void()>& work) {
       ReportCritical(engine_.context(), error.what());
     }
     display_.Flush();
+    display_.ShowStopped("");
   };
+  const Locale locale = machine_.system.UserLocale();
   AfterRun(work_.Run({.show =
-                          [this](const Progress&) {
+                          [this, &locale](const Progress&) {
                             display_.Flush();
+                            display_.ShowFigures(locale, work_.Elapsed());
                             if (look_ != nullptr) FollowLook();
                           }},
                      run));

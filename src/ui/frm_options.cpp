@@ -1,9 +1,12 @@
 #include "ui/frm_options.h"
 
+#include <algorithm>
+
 #include "platform/win32/win32_text.h"
 #include "ui/options_cookies_page.h"
 #include "ui/options_general_page.h"
 #include "ui/options_list_page.h"
+#include "ui/options_schedule_page.h"
 #include "ui/options_search_page.h"
 
 namespace quellix {
@@ -42,6 +45,8 @@ std::string TitleOf(int page) {
       return "Deletion";
     case OptionsPage::kRuns:
       return "Runs";
+    case OptionsPage::kSchedule:
+      return "Schedule";
     case OptionsPage::kSearch:
       return "Search";
     case OptionsPage::kCookies:
@@ -60,7 +65,8 @@ void FrmOptions::Show(HWND owner, std::optional<OptionsPage> page) {
   pages_.clear();
   options_.emplace(machine_);
   context_.emplace(OptionsContext{machine_, *options_, prompts_,
-                                  [this] { EnableWindow(Control(cmdApply), TRUE); }, show_backups});
+                                  [this] { EnableWindow(Control(cmdApply), TRUE); }, show_backups,
+                                  schedule_});
   Open(frmOptions, owner);
   SetCursor(arrow);
   const std::string problems = options_->Problems();
@@ -83,6 +89,7 @@ void FrmOptions::MakePages() {
   pages_.push_back(std::make_unique<OptionsGeneralPage>(*context_));
   pages_.push_back(std::make_unique<OptionsDeletionPage>(*context_));
   pages_.push_back(std::make_unique<OptionsRunsPage>(*context_));
+  pages_.push_back(std::make_unique<OptionsSchedulePage>(*context_));
   pages_.push_back(std::make_unique<OptionsSearchPage>(*context_));
   for (OptionList& list : options_->lists) {
     pages_.push_back(std::make_unique<OptionsListPage>(*context_, list));
@@ -95,6 +102,17 @@ void FrmOptions::MakePages() {
     SetWindowPos(page->window(), before, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     before = page->window();
   }
+  RequireRoom();
+}
+
+// For the page that needs most.
+void FrmOptions::RequireRoom() {
+  SIZE most{};
+  for (const auto& page : pages_) {
+    const SIZE size = page->LeastSize();
+    most = {std::max(most.cx, size.cx), std::max(most.cy, size.cy)};
+  }
+  layout().Require(picPage, most.cx * 96.0 / dpi(), most.cy * 96.0 / dpi());
 }
 
 void FrmOptions::OnSized() {
@@ -160,8 +178,12 @@ bool FrmOptions::Check() {
 
 bool FrmOptions::Accept() {
   if (FindUnfinished() || !Check()) return false;
-  const std::string problems = options_->Save();
-  for (const auto& page : pages_) page->ShowSaved();
+  std::string problems = options_->Save();
+  for (const auto& page : pages_) {
+    const std::string problem = page->Store();
+    if (!problem.empty()) problems += (problems.empty() ? "" : "\r\n") + problem;
+    page->ShowSaved();
+  }
   if (on_accepted) on_accepted();
   if (!problems.empty()) prompts_.Inform(problems);
   return problems.empty();

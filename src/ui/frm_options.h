@@ -15,7 +15,9 @@ namespace quellix {
 // the disk with OK or Apply, all pages at once.
 class FrmOptions : public OwnedWindow {
  public:
-  explicit FrmOptions(const Machine& machine) : machine_(machine) {}
+  FrmOptions(const Machine& machine, Scheduler& scheduler)
+      : machine_(machine),
+        schedule_(scheduler, machine.program_folder + "\\quellix.exe", machine.session.UserId()) {}
 
   // Called after each OK and Apply, when the files are written.
   std::function<void()> on_accepted;
@@ -34,12 +36,14 @@ class FrmOptions : public OwnedWindow {
 
  private:
   void MakePages();
+  void RequireRoom();
   void ChoosePage(int page);
   bool FindUnfinished();
   bool Check();
   bool Accept();
 
   Machine machine_;
+  ScheduledCleaning schedule_;
   WindowPrompts prompts_;
   std::optional<Options> options_;
   std::optional<OptionsContext> context_;

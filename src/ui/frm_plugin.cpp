@@ -51,10 +51,8 @@ void FrmPlugin::OnInit() {
     TabCtrl_InsertItem(Control(sstPlugin), i, &item);
   }
   SetText(txtDescription, editor_.plugin().description);
-  layout().Add(files_.Attach(window()));
-  layout().Add(registry_.Attach(window()));
-  layout().Add(ini_.Attach(window()));
-  layout().Add(further_.Attach(window()));
+  const Locale locale = machine_.system.UserLocale();
+  for (PluginPage* const page : Pages()) layout().Add(page->Attach(window(), locale));
   ShowPage();
   ShowTitle();
 }
@@ -93,6 +91,11 @@ void FrmPlugin::ShowPage() {
     const bool shown = id >= kPages[page] && id < kPages[page + 1];
     if (const HWND control = Control(id)) ShowWindow(control, shown ? SW_SHOW : SW_HIDE);
   }
+  // Another page may need more room.
+  RECT place;
+  GetWindowRect(window(), &place);
+  SetWindowPos(window(), nullptr, 0, 0, place.right - place.left, place.bottom - place.top,
+               SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
   // Or keys would go to a field that is not seen.
   if (IsChild(window(), focus) && !IsWindowVisible(focus)) SetFocus(Control(sstPlugin));
 }

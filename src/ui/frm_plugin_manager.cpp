@@ -55,6 +55,11 @@ void FrmPluginManager::OnInit() {
                         display_.Flush();
                       });
   list_.SetEraser([this] { OnCommand(mnuDelete, 0); });
+  list_.SetTotals(machine_.system.UserLocale());
+  list_.SetEmpty([]() -> std::string {
+    return "There are no plug-ins. Create one, or copy a .cdp file into the folder Plugins and add "
+           "it with File, Add.";
+  });
   manager_.Load();
   ShowRows();
   if (!manager_.rows().empty()) list_.Select(0);
@@ -108,8 +113,7 @@ void FrmPluginManager::OnCommand(int id, int /*code*/) {
       manager_.Add();
       return ShowAdded();
     case mnuDelete:
-      manager_.Delete(list_.SelectedRows());
-      return ShowRows();
+      return manager_.Delete(list_.SelectedRows()) ? ShowRows() : void();
     case mnuProcess:
       return Process();
     case mnuCheckAll:

@@ -26,6 +26,7 @@ void FrmPreview::OnInit() {
   layout().Add(kAnchors);
   Remember(machine_, "frmPreview", {&entries_.view()});
   entries_.Attach(window());
+  entries_.ShowTotals();
   entries_.Show(found_, EntryView::Kind::kChoice);
 }
 

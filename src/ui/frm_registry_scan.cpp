@@ -100,6 +100,12 @@ void FrmRegistryScan::OnInit() {
   list_.SetCheckBoxes(is_checked, [this, is_checked](int row) {
     if (HasRow(row)) scan_->SetChecked(static_cast<size_t>(row), !is_checked(row));
   });
+  list_.SetTotals(machine_.system.UserLocale(), {}, [this](int row) { return HasRow(row); });
+  list_.SetEmpty([this]() -> std::string {
+    if (work_.working()) return "Looking through the registry...";
+    return "There is nothing here to put in order.";
+  });
+  list_.SetTickedButton(Control(cmdDelete), [this] { return !work_.working(); });
 }
 
 // A tool that marks no row leaves no room for icons.
@@ -175,8 +181,9 @@ void FrmRegistryScan::ShowOrder() {
 
 // The row that is highlighted, in full.
 void FrmRegistryScan::ShowDetails() {
-  if (!Control(fmResize)) return;
   const std::vector<size_t> rows = list_.SelectedRows();
+  if (!work_.working()) EnableControl(cmdEdit, rows.size() == 1, parts_.list);
+  if (!Control(fmResize)) return;
   const bool has_row = !rows.empty() && rows[0] < scan_->RowCount();
   constexpr int kTexts[] = {txtKey, txtValue, txtPath};
   for (size_t i = 0; i < std::size(kTexts); ++i) {
@@ -286,8 +293,7 @@ void FrmRegistryScan::OnContextMenu(HWND control, POINT screen) {
   const auto place_of = [this](size_t row) {
     if (row >= scan_->RowCount()) return RowPlace{};
     const ScanRow& shown = scan_->row(row);
-    const std::string key = std::string(RootName(shown.root)) + "\\" + shown.key;
-    return RowPlace{.path = shown.file, .key = shown.key.empty() ? "" : key};
+    return RowPlace{.path = shown.file, .key = shown.key.empty() ? "" : scan_->KeyOfRow(row)};
   };
   const auto is_enabled = [this](int id) {
     return std::ranges::any_of(

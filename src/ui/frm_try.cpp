@@ -31,7 +31,7 @@ void FrmTry::Show(HWND owner, const modPlugin::Plugin& plugin) {
   if (end == LongWork::End::kCloses) return OwnedWindow::OnClose();
   display_.SetStatus(trial_->Summary());
   display_.Flush();
-  SetText(txtTry, trial_->notes().empty() ? "Everything the plugin names may be cleaned."
+  SetText(txtTry, trial_->notes().empty() ? "Everything the plug-in names may be cleaned."
                                           : trial_->notes());
   list_.SetRows(static_cast<int>(trial_->count()));
   SetFocus(Control(lstvTry));
@@ -45,6 +45,11 @@ void FrmTry::OnInit() {
     const auto index = static_cast<size_t>(row);
     return Cell{Wide(column == 0 ? trial_->What(index) : trial_->Where(index))};
   });
+  list_.SetTotals(machine_.system.UserLocale());
+  list_.SetEmpty([this]() -> std::string {
+    return work_.working() ? "Looking..." : "Nothing that this plug-in names is here now.";
+  });
+  list_.SetRows(0);
 }
 
 void FrmTry::OnResolution() { list_.SetResolution(dpi(), kColumns, {}); }

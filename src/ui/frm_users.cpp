@@ -51,6 +51,15 @@ void FrmUsers::OnInit() {
     const UserRuns::Row found = runs_.RowAt(static_cast<size_t>(row));
     return Cell{Wide(column == 0 ? found.user : column == 1 ? found.what : found.where)};
   });
+  const Locale locale = machine_.system.UserLocale();
+  users_.SetTotals(locale);
+  users_.SetEmpty([]() -> std::string { return "Nobody else has a profile on this computer."; });
+  found_.SetTotals(locale);
+  found_.SetEmpty([this]() -> std::string {
+    return runs_.HasTicks() ? "Preview shows here what would be cleaned for the ticked users."
+                            : "Tick users above; Preview then shows what would be cleaned.";
+  });
+  found_.SetRows(0);
   users_.SetRows(static_cast<int>(runs_.count()));
   if (runs_.count() > 0) users_.Select(0);
   display_.SetStatus(runs_.count() > 0 ? "" : "Nobody else has a profile on this computer.");
@@ -62,6 +71,7 @@ void FrmUsers::ShowTicks() {
   for (const int button : {cmdUsersLook, cmdUsersClean}) {
     EnableWindow(Control(button), runs_.HasTicks());
   }
+  found_.Recount();
 }
 
 void FrmUsers::OnResolution() {

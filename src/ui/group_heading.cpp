@@ -3,23 +3,15 @@
 #include <iterator>
 
 #include "ui/handles.h"
+#include "ui/looks.h"
 
 namespace quellix {
 namespace {
 
-// The program's own colour, unless the user needs high contrast.
-COLORREF HeadingColor() {
-  HIGHCONTRASTW contrast{};
-  contrast.cbSize = sizeof(contrast);
-  SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof(contrast), &contrast, 0);
-  const bool is_high = (contrast.dwFlags & HCF_HIGHCONTRASTON) != 0;
-  return is_high ? GetSysColor(COLOR_WINDOWTEXT) : RGB(0x0b, 0x6e, 0x75);
-}
-
 void DrawRule(HDC target, int left, const RECT& place) {
   const LONG middle = (place.top + place.bottom) / 2;
   const RECT rule{left, middle, place.right, middle + 1};
-  FillRect(target, &rule, GetSysColorBrush(COLOR_3DSHADOW));
+  FillRect(target, &rule, BrushOf(Paint::kLine));
 }
 
 }  // namespace
@@ -31,7 +23,7 @@ void DrawGroupHeading(const DRAWITEMSTRUCT& item, HBRUSH background) {
   const HGDIOBJ old_font = SelectObject(item.hDC, font.Get());
   FillRect(item.hDC, &item.rcItem, background);
   SetBkMode(item.hDC, TRANSPARENT);
-  SetTextColor(item.hDC, HeadingColor());
+  SetTextColor(item.hDC, ColorOf(Paint::kHeading));
   const UINT format = DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX;
   RECT words = item.rcItem;
   InflateRect(&words, -2, 0);

@@ -7,6 +7,7 @@
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_text.h"
+#include "ui/frm_help.h"
 #include "ui/window_prompts.h"
 
 namespace quellix {
@@ -73,7 +74,9 @@ void ShowHelp(HWND owner, const char* topic) {
   if (GetFileAttributesW(Wide(manual).c_str()) == INVALID_FILE_ATTRIBUTES) {
     return prompts.Inform("The manual is missing: " + manual);
   }
-  if (OpenAt(AddressOf(manual, topic)) || OpenByShell(owner, manual)) return;
+  static FrmHelp window;
+  const std::string address = AddressOf(manual, topic);
+  if (window.Show(Wide(address)) || OpenAt(address) || OpenByShell(owner, manual)) return;
   prompts.Inform("Windows has no program to open " + manual);
 }
 

@@ -18,9 +18,13 @@ struct Anchor {
 // every change of size and resolution without drifting.
 class Layout {
  public:
-  // Takes the dialog as it is laid out now as its smallest size.
-  void Start(HWND dialog, int dpi);
+  // Takes the dialog as it is laid out now. Smaller it becomes as far as what grows with it keeps
+  // some room, and nothing comes to lie upon another.
+  // `client`: of its template, in pixels, which the screen need not have room for.
+  void Start(HWND dialog, int dpi, SIZE client);
   void Add(std::span<const Anchor> anchors);
+  // A control that grows needs at least that size, in 96-DPI units.
+  void Require(int id, double width, double height);
   // Moves every control to its place in the present window, all in one go.
   void Apply(int dpi) const;
   // A control of the dialog, found without asking Windows; null for one that was made later.
@@ -33,11 +37,17 @@ class Layout {
     HWND control;
     int id;
     Anchor anchor;
-    double left, top, right, bottom;  // 96-DPI units in the smallest window
+    double left, top, right, bottom;   // 96-DPI units in the window of the template
+    double least_width, least_height;  // where it grows
   };
+  // How much smaller than its template the window may be, 96-DPI units.
+  struct Slack {
+    double width, height;
+  };
+  Slack SlackOf() const;
 
   HWND dialog_ = nullptr;
-  double width_ = 0, height_ = 0;  // of the smallest client area, 96-DPI units
+  double width_ = 0, height_ = 0;  // of the template's client area, 96-DPI units
   std::vector<Place> places_;
 };
 

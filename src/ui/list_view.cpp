@@ -7,6 +7,7 @@
 
 #include "ui/clipboard.h"
 #include "ui/dpi.h"
+#include "ui/looks.h"
 
 namespace quellix {
 namespace {
@@ -38,7 +39,7 @@ UniqueImages MakeBoxImages(HWND window, int dpi) {
   const HBITMAP bitmap = CreateCompatibleBitmap(screen, side * count, side);
   const HGDIOBJ old = SelectObject(memory, bitmap);
   RECT all{0, 0, side * count, side};
-  FillRect(memory, &all, GetSysColorBrush(COLOR_WINDOW));
+  FillRect(memory, &all, BrushOf(Paint::kPaper));
   for (int i = 0; i < count; ++i) {
     RECT place{i * side, 0, (i + 1) * side, side};
     InflateRect(&place, -Scale(1, dpi), -Scale(1, dpi));
@@ -62,8 +63,12 @@ void ListView::Attach(HWND list, std::span<const Column> columns, Provider provi
   provider_ = std::move(provider);
   order_.reset();
   chosen_.reset();
+  footer_ = {};
+  SetWindowSubclass(list, PaintHeadings, 2, 0);
+  TakeLooks();
   OrderRows(0);
-  ListView_SetExtendedListViewStyle(list, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
+  ListView_SetExtendedListViewStyle(
+      list, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_HEADERDRAGDROP);
   for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
     LVCOLUMNW column{};
     column.mask = LVCF_TEXT | LVCF_SUBITEM | LVCF_FMT;
@@ -109,6 +114,7 @@ void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span
     ListView_SetColumnWidth(list_, i, Scale(columns[i].width, dpi));
   }
   heading_font_.Reset();
+  TakeLooks();
   if (has_own_boxes_) {
     UniqueImages boxes = MakeBoxImages(list_, dpi);
     ListView_SetImageList(list_, boxes.Get(), LVSIL_STATE);
@@ -134,6 +140,7 @@ void ListView::SetRows(int count) {
   ListView_SetItemCountEx(list_, count, LVSICF_NOSCROLL);
   ListView_SetItemState(list_, -1, 0, LVIS_SELECTED);
   InvalidateRect(list_, nullptr, TRUE);
+  Recount();
 }
 
 // Where the list sorts itself, what comes stands at the end until it is sorted anew.
@@ -144,6 +151,7 @@ void ListView::GrowTo(int count) {
     places_.push_back(row);
   }
   ListView_SetItemCountEx(list_, count, LVSICF_NOSCROLL | LVSICF_NOINVALIDATEALL);
+  Recount();
 }
 
 std::vector<size_t> ListView::SelectedRows() const {
@@ -242,20 +250,6 @@ void ListView::Erase() {
   if (CanErase()) erase_();
 }
 
-std::vector<int> ListView::Widths(int dpi) const {
-  std::vector<int> widths;
-  for (int i = 0; i < Header_GetItemCount(ListView_GetHeader(list_)); ++i) {
-    widths.push_back(MulDiv(ListView_GetColumnWidth(list_, i), 96, dpi));
-  }
-  return widths;
-}
-
-void ListView::SetWidths(std::span<const int> widths, int dpi) {
-  for (int i = 0; i < static_cast<int>(widths.size()); ++i) {
-    ListView_SetColumnWidth(list_, i, Scale(widths[i], dpi));
-  }
-}
-
 bool ListView::OnNotify(NMHDR& header, LRESULT& result) {
   if (header.hwndFrom != list_) return false;
   switch (header.code) {
@@ -268,7 +262,6 @@ bool ListView::OnNotify(NMHDR& header, LRESULT& result) {
       return true;
     }
     case NM_CUSTOMDRAW:
-      if (!look_of_) return false;
       result = Paint(reinterpret_cast<NMLVCUSTOMDRAW&>(header));
       return true;
     case LVN_ODFINDITEMW: {
@@ -321,14 +314,27 @@ void ListView::Answer(LVITEMW& item) const {
 }
 
 LRESULT ListView::Paint(NMLVCUSTOMDRAW& draw) {
-  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
-  if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT) return CDRF_DODEFAULT;
+  switch (draw.nmcd.dwDrawStage) {
+    case CDDS_PREPAINT:
+      return (look_of_ ? CDRF_NOTIFYITEMDRAW : CDRF_DODEFAULT) |
+             (footer_.is_attached() ? CDRF_NOTIFYPOSTPAINT : CDRF_DODEFAULT);
+    case CDDS_ITEMPREPAINT:
+      return PaintRow(draw);
+    case CDDS_POSTPAINT:
+      footer_.PaintEmpty(draw.nmcd.hdc);
+      return CDRF_DODEFAULT;
+    default:
+      return CDRF_DODEFAULT;
+  }
+}
+
+LRESULT ListView::PaintRow(NMLVCUSTOMDRAW& draw) {
   switch (look_of_(RowAt(static_cast<int>(draw.nmcd.dwItemSpec)))) {
     case RowLook::kMarked:
-      draw.clrText = kMarkedRow;
+      draw.clrText = ColorOf(Paint::kMarked);
       break;
     case RowLook::kDimmed:
-      draw.clrText = GetSysColor(COLOR_GRAYTEXT);
+      draw.clrText = ColorOf(Paint::kDimmed);
       break;
     case RowLook::kHeading:
       if (!heading_font_) heading_font_ = BoldFontOf(list_);

@@ -9,6 +9,7 @@
 
 #include "run/row_order.h"
 #include "ui/handles.h"
+#include "ui/list_footer.h"
 #include "ui/windows_api.h"
 
 namespace quellix {
@@ -32,12 +33,11 @@ enum class RowLook { kPlain, kMarked, kDimmed, kHeading };
 // For the owner of a list with more boxes than ticked and not.
 UniqueImages MakeBoxImages(HWND window, int dpi);
 
-inline constexpr COLORREF kMarkedRow = RGB(255, 0, 0);
-
 // A list in report form whose rows live elsewhere and are asked for when they are shown. Every list
 // behaves alike: a click on a heading sorts by it, again turns it around; typing selects the row
 // that begins so; Ctrl+A selects all, Ctrl+C copies the selected rows, Space ticks them, Del
-// deletes them where that can be. A row is one of its owner's, wherever it is shown.
+// deletes them where that can be; headings are dragged to where their column is wanted. A row is
+// one of its owner's, wherever it is shown.
 class ListView {
  public:
   using Provider = std::function<Cell(int row, int column)>;
@@ -59,13 +59,25 @@ class ListView {
   void SetCheckBoxes(IsTicked is_ticked, Toggle toggle);
   // Boxes of all kinds, likewise.
   void SetBoxes(BoxOf box_of, Toggle toggle);
-  // Rows whose text is painted in kMarkedRow.
+  // Rows whose text is painted as marked.
   void SetMarks(IsMarked is_marked);
   void SetLooks(LookOf look_of) { look_of_ = std::move(look_of); }
   // For an owner that sorts its rows by itself; else the list does, by the texts that it shows.
   void SetSorter(Sorter sorter) { sorter_ = std::move(sorter); }
   // What Del does with the selected rows.
   void SetEraser(std::function<void()> erase) { erase_ = std::move(erase); }
+  // Below the list stands what its rows come to, and how large where `size_of` tells their size, in
+  // bytes; false of `counts` leaves out a row that is none, such as a heading.
+  using SizeOf = std::function<std::optional<double>(int row)>;
+  using Counts = std::function<bool(int row)>;
+  void SetTotals(const Locale& locale, SizeOf size_of = {}, Counts counts = {});
+  // For lists with totals: why there are no rows and what to do; a button that acts on the ticked
+  // rows, whose caption then tells how many, and which can be used where there are some and `may`
+  // says nothing else.
+  void SetEmpty(std::function<std::string()> why);
+  void SetTickedButton(HWND button, std::function<bool()> may = {});
+  // Ticks, sizes or what may be done have changed.
+  void Recount() const;
   // For an owner that knows better what is typed.
   void SetFinder(Finder finder) { finder_ = std::move(finder); }
   // A text shown while the mouse rests on a row; "" for none.
@@ -80,7 +92,7 @@ class ListView {
   // More rows behind those that are shown; selection and place are kept.
   void GrowTo(int count);
   // Paints again what is seen.
-  void Refresh() const { InvalidateRect(list_, nullptr, FALSE); }
+  void Refresh() const;
   // From the lowest on.
   std::vector<size_t> SelectedRows() const;
   int CountSelected() const { return ListView_GetSelectedCount(list_); }
@@ -111,6 +123,9 @@ class ListView {
   // Widths of the columns in 96-DPI units, and how the user left them.
   std::vector<int> Widths(int dpi) const;
   void SetWidths(std::span<const int> widths, int dpi);
+  // The columns from left to right; one that is no such order is not taken.
+  std::vector<int> ColumnOrder() const;
+  void SetColumnOrder(std::vector<int> columns);
   // The place of a context menu: `screen`, or for the keyboard the focused row.
   POINT MenuPlace(POINT screen) const;
   // True when the notification was this list's and is answered; `result` is then what to return.
@@ -119,7 +134,12 @@ class ListView {
  private:
   void ShowBoxes(BoxOf box_of, Toggle toggle);
   void Answer(LVITEMW& item) const;
+  ListTotals Totals() const;
+  void TakeLooks() const;
+  static LRESULT CALLBACK PaintHeadings(HWND list, UINT message, WPARAM wparam, LPARAM lparam,
+                                        UINT_PTR id, DWORD_PTR data);
   LRESULT Paint(NMLVCUSTOMDRAW& draw);
+  LRESULT PaintRow(NMLVCUSTOMDRAW& draw);
   bool OnClick(const NMITEMACTIVATE& click);
   bool OnKey(WORD key);
   int Find(const wchar_t* begins, int from) const;
@@ -145,6 +165,9 @@ class ListView {
   std::optional<RowOrder<int>> order_;   // of a list that sorts itself
   std::vector<uint32_t> rows_, places_;  // then by place its row, and the other way round
   Tip tip_;
+  SizeOf size_of_;
+  Counts counts_;
+  ListFooter footer_;
   UniqueImages images_, boxes_;
   UniqueFont heading_font_;
   ULONGLONG typed_at_ = 0;  // milliseconds, of the tick count

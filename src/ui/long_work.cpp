@@ -9,9 +9,18 @@ namespace quellix {
 namespace {
 
 constexpr ULONGLONG kMillisecondsUnnoticed = 80;
+constexpr ULONGLONG kMillisecondsUnsigned = 1000;  // what is over by then needs no sign elsewhere
 constexpr int kBarSteps = 1000;
 
 }  // namespace
+
+void ShowSteps(HWND bar, const Progress& progress) {
+  if (progress.total == 0) return;
+  const double part = static_cast<double>(std::min(progress.done, progress.total)) /
+                      static_cast<double>(progress.total);
+  SendMessageW(bar, PBM_SETRANGE32, 0, kBarSteps);
+  SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(part * kBarSteps), 0);
+}
 
 bool LongWork::IsThere() const { return handle_ != nullptr && window_.window() == handle_; }
 
@@ -25,7 +34,7 @@ LongWork::End LongWork::Run(Looks looks, const Work& work) {
   working_ = true;
   stopping_ = closing_ = shown_ = false;
   progress_ = {};
-  begun_at_ = GetTickCount64();
+  begun_at_ = worked_since_ = GetTickCount64();
   {
     const Ending ending{this};
     if (!looks_.often_short) Begin();
@@ -51,8 +60,7 @@ void LongWork::Begin() {
   focus_ = nullptr;
   enabled_.clear();
   if (looks_.bar != 0) {
-    SendDlgItemMessageW(handle_, looks_.bar, PBM_SETRANGE32, 0, kBarSteps);
-    SendDlgItemMessageW(handle_, looks_.bar, PBM_SETPOS, 0, 0);
+    ShowSteps(window_.Control(looks_.bar), {.done = 0, .total = 1});
   }
   if (looks_.stop != 0) EnableWindow(window_.Control(looks_.stop), TRUE);
   for (const int id : looks_.idle) {
@@ -66,6 +74,7 @@ void LongWork::Begin() {
 
 void LongWork::Finish() {
   working_ = false;
+  sign_.Clear();
   if (!shown_ || !IsThere()) return;
   if (looks_.bar != 0) ShowWindow(window_.Control(looks_.bar), SW_HIDE);
   for (const auto& [control, enabled] : enabled_) EnableWindow(control, enabled);
@@ -75,11 +84,15 @@ void LongWork::Finish() {
   if (looks_.stop != 0) window_.EnableControl(looks_.stop, false, looks_.rest);
 }
 
+// Another count begins anew, and so does its time.
 void LongWork::Show(const Progress& progress) {
+  if (progress.total != progress_.total || progress.done < progress_.done) {
+    begun_at_ = GetTickCount64();
+  }
   progress_ = {progress.done, progress.total, {}, progress.work};
+  if (GetTickCount64() - worked_since_ > kMillisecondsUnsigned) sign_.Show(handle_, progress);
   if (looks_.bar != 0 && progress.total != 0) {
-    const uint64_t at = std::min(progress.done, progress.total) * kBarSteps / progress.total;
-    SendDlgItemMessageW(handle_, looks_.bar, PBM_SETPOS, static_cast<WPARAM>(at), 0);
+    ShowSteps(window_.Control(looks_.bar), progress);
     ShowWindow(window_.Control(looks_.bar), SW_SHOWNA);
   }
   if (looks_.show) looks_.show(progress);

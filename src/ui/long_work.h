@@ -8,10 +8,14 @@
 
 #include "platform/pause.h"
 #include "ui/message_pump.h"
+#include "ui/progress_sign.h"
 
 namespace quellix {
 
 class Dialog;
+
+// Brings a progress bar to where the work is.
+void ShowSteps(HWND bar, const Progress& progress);
 
 // The long work of a window, on the interface thread, one at a time. The window answers meanwhile:
 // it can be moved, stopped and closed, but nothing else can be begun in it.
@@ -52,6 +56,8 @@ class LongWork {
   void StopAndClose() { stopping_ = closing_ = true; }
   // "about 2 minutes left", "" while nobody knows; of the work that runs.
   std::string TimeLeft() const;
+  // Since what is counted began, in milliseconds.
+  uint64_t Elapsed() const { return GetTickCount64() - begun_at_; }
 
  private:
   bool Breathe(const Progress& progress);
@@ -63,12 +69,14 @@ class LongWork {
   Dialog& window_;
   HWND handle_ = nullptr;  // of the window that works
   MessagePump pump_;
+  ProgressSign sign_;
   Looks looks_;
   Progress progress_;  // as shown last, without its path
   bool working_ = false, stopping_ = false, closing_ = false, shown_ = false;
   std::vector<std::pair<HWND, bool>> enabled_;  // the idle controls before
   HWND focus_ = nullptr;                        // where the keyboard was, if it was moved
-  ULONGLONG begun_at_ = 0;                      // milliseconds, of the tick count
+  // Milliseconds, of the tick count: what is counted now, and the work.
+  ULONGLONG begun_at_ = 0, worked_since_ = 0;
 };
 
 }  // namespace quellix

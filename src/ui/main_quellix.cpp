@@ -8,6 +8,7 @@
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/other_user.h"
 #include "platform/win32/win32_machine.h"
+#include "platform/win32/win32_scheduler.h"
 #include "platform/win32/win32_text.h"
 #include "run/exit_code.h"
 #include "settings/settings.h"
@@ -53,7 +54,8 @@ quellix::OtherUsers UsersOf(const quellix::Machine& machine) {
 }
 
 // `profile`: for whom a start with rights is to clean.
-int RunProgram(StartMode mode, const std::optional<quellix::Profile>& profile) {
+int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
+               const std::optional<quellix::Profile>& profile) {
   quellix::Win32Machine live;
   const quellix::Machine machine = live.machine();
   const std::string why = profile ? WhyNotSame(*profile, ProfileOf(machine)) : "";
@@ -75,8 +77,10 @@ int RunProgram(StartMode mode, const std::optional<quellix::Profile>& profile) {
   const quellix::HiddenOwner owner;
   quellix::RunDisplay display;
   quellix::Engine engine(machine, display);
-  quellix::FrmMain main_window(engine, display, machine, UsersOf(machine));
-  main_window.Open(owner.window(), mode);
+  quellix::Win32Com com;
+  quellix::Win32Scheduler scheduler(com);
+  quellix::FrmMain main_window(engine, display, machine, UsersOf(machine), scheduler);
+  main_window.Open(owner.window(), mode, ending);
   MSG message{};
   while (GetMessageW(&message, nullptr, 0, 0) > 0) quellix::Dialog::Dispatch(message);
   return static_cast<int>(message.wParam);
@@ -87,9 +91,11 @@ int RunProgram(StartMode mode, const std::optional<quellix::Profile>& profile) {
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR arguments, int) {
   quellix::SearchSystemFolderOnly();
   const auto profile = quellix::ParseRightsArguments(arguments);
-  const StartMode mode = profile ? StartMode::kWithRights : quellix::ParseCommandLine(arguments);
+  std::string rest = arguments;
+  const auto ending = quellix::TakeEnding(rest);
+  const StartMode mode = profile ? StartMode::kWithRights : quellix::ParseCommandLine(rest);
   try {
-    return RunProgram(mode, profile);
+    return RunProgram(mode, ending, profile);
   } catch (const std::exception& error) {
     if (mode == StartMode::kHidden) return quellix::kFailed;
     Tell(error.what());

@@ -30,8 +30,9 @@ std::function<void(HWND)> Opens(Parts&... parts) {
 
 }  // namespace
 
-MenuWindows::MenuWindows(Engine& engine, const Machine& machine, const OtherUsers& users)
-    : options_(machine),
+MenuWindows::MenuWindows(Engine& engine, const Machine& machine, const OtherUsers& users,
+                         Scheduler& scheduler)
+    : options_(machine, scheduler),
       entries_{{mnuAbout, Opens<FrmAbout>()},
                {mnuBackups, Opens<FrmBackups>(machine)},
                {mnuContents, [](HWND owner) { ShowHelp(owner, "contents"); }},

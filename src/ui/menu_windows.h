@@ -14,7 +14,8 @@ namespace quellix {
 // The windows that the main window's menus open. A new one is a row in menu_windows.cpp.
 class MenuWindows {
  public:
-  MenuWindows(Engine& engine, const Machine& machine, const OtherUsers& users);
+  MenuWindows(Engine& engine, const Machine& machine, const OtherUsers& users,
+              Scheduler& scheduler);
 
   // Called when the user has accepted new options and the engine follows them.
   std::function<void()> on_options;

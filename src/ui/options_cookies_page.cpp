@@ -39,6 +39,11 @@ void OptionsCookiesPage::Attach(ListView& view, int id, const std::vector<std::s
   view.Attach(Control(id), kColumns, [&cookies](int row, int) {
     return Cell{Wide(NamePart(cookies[static_cast<size_t>(row)]))};
   });
+  view.SetTotals(context().machine.system.UserLocale());
+  view.SetEmpty([id]() -> std::string {
+    return id == lstvKept ? "None are kept. Choose some on the left and press Keep."
+                          : "Internet Explorer has left none here.";
+  });
   view.SetTips([&cookies](int row) { return Wide(cookies[static_cast<size_t>(row)]); });
 }
 

@@ -6,6 +6,7 @@
 #include "platform/win32/win32_text.h"
 #include "settings/numbers.h"
 #include "settings/settings.h"
+#include "ui/removal_choice.h"
 
 namespace quellix {
 namespace {
@@ -47,13 +48,6 @@ constexpr struct {
 constexpr WPARAM kMostDigits = 4;
 
 constexpr WPARAM kFastStep = 65536;
-
-struct Method {
-  int control;
-  RemovalModes mode;
-};
-constexpr Method kMethods[] = {
-    {optRecyclebin, kRecycle}, {optDelete, kDelete}, {optWipe, kWipe}, {optZip, kBackUp}};
 
 void AddEntry(HWND list, const std::wstring& text, WPARAM data) {
   const LRESULT row = SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
@@ -110,7 +104,7 @@ void OptionsGeneralPage::OnControl(int id, int code) {
 void OptionsDeletionPage::Fill() {
   layout().Add(kDeletionAnchors);
   ShowBoxes(kDeletionBoxes);
-  for (const Method& method : kMethods) {
+  for (const RemovalChoice& method : kRemovalChoices) {
     Check(method.control, method.mode == options().general.RemovalMode);
   }
   FillWipeSteps();
@@ -146,8 +140,8 @@ bool OptionsDeletionPage::Take(int id, int code) {
         SendDlgItemMessageW(window(), id, CB_GETITEMDATA, static_cast<WPARAM>(row), 0));
     return code == CBN_SELCHANGE;
   }
-  const auto method = std::ranges::find(kMethods, id, &Method::control);
-  if (method == std::end(kMethods) || !IsChecked(id)) return false;
+  const auto method = std::ranges::find(kRemovalChoices, id, &RemovalChoice::control);
+  if (method == std::end(kRemovalChoices) || !IsChecked(id)) return false;
   general.RemovalMode = method->mode;
   return true;
 }

@@ -35,7 +35,9 @@ void OptionsListPage::WidenEntry() {
   SetWindowPos(Control(txtEntry), nullptr, 0, 0, entry.right - entry.left, entry.bottom - entry.top,
                SWP_NOMOVE | SWP_NOZORDER);
   for (const int id : {lblDescription, txtDescription}) DestroyWindow(Control(id));
-  layout().Start(window(), dpi());
+  RECT client;
+  GetClientRect(window(), &client);
+  layout().Start(window(), dpi(), {client.right, client.bottom});
 }
 
 void OptionsListPage::FillLabels() {
@@ -55,6 +57,10 @@ void OptionsListPage::FillColumns() {
                  return Cell{Wide(column == 0 ? shown.text : shown.description)};
                });
   rows_.SetEraser([this] { Remove(); });
+  rows_.SetTotals(context().machine.system.UserLocale());
+  rows_.SetEmpty([]() -> std::string {
+    return "Nothing is listed here yet. Type an entry below and press Add.";
+  });
   if (!list_.page().has_ticks) return;
   rows_.SetCheckBoxes([&rows](int row) { return rows[static_cast<size_t>(row)].ticked; },
                       [this](int row) {

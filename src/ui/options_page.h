@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/options.h"
+#include "app/schedule.h"
 #include "run/views.h"
 #include "ui/control_text.h"
 #include "ui/dialog.h"
@@ -20,6 +21,7 @@ struct OptionsContext {
   Prompts& prompts;
   std::function<void()> on_change;               // something differs from what is saved
   std::function<void(HWND owner)> show_backups;  // opens the Backups window
+  ScheduledCleaning& schedule;
 };
 
 // A check box and the setting it shows.
@@ -37,7 +39,7 @@ class OptionsPageWindow : public Dialog {
   // Makes the page, not yet visible.
   virtual void Make(HWND owner) = 0;
   void MoveTo(const RECT& place);
-  void Reveal(bool visible) { ShowWindow(window(), visible ? SW_SHOW : SW_HIDE); }
+  virtual void Reveal(bool visible) { ShowWindow(window(), visible ? SW_SHOW : SW_HIDE); }
   bool Has(int control) const { return Control(control) != nullptr; }
   // A command of a control of this page.
   void Command(int id, int code) { OnCommand(id, code); }
@@ -48,9 +50,13 @@ class OptionsPageWindow : public Dialog {
   virtual int UnfinishedField() const { return 0; }
   // Enter in a field of this page; false when it is for the whole window.
   virtual bool TakeEnter() { return false; }
+  // Stores what the draft does not hold; sentences when that failed.
+  virtual std::string Store() { return {}; }
   // Shows anew what comes from the disk and not from the draft.
   virtual void ShowSaved() {}
   void FollowResolution(int dpi) { SetDpi(dpi); }
+  // Pixels.
+  SIZE LeastSize() { return layout().MinimumSize(dpi()); }
 
  protected:
   virtual void Fill() = 0;

@@ -1,5 +1,7 @@
 #include "ui/picture.h"
 
+#include "ui/looks.h"
+
 #include <algorithm>
 
 // The headers below expect these in the global namespace.
@@ -56,7 +58,7 @@ bool Picture::Load(const std::wstring& path) {
 }
 
 void Picture::Draw(HDC target, const RECT& place) const {
-  FillRect(target, &place, GetSysColorBrush(COLOR_WINDOW));
+  FillRect(target, &place, BrushOf(Paint::kPaper));
   BITMAP size{};
   if (!bitmap_ || !GetObjectW(bitmap_.Get(), sizeof size, &size)) return;
   const int room_x = static_cast<int>(place.right - place.left);

@@ -13,30 +13,24 @@ constexpr Column kColumns[] = {{L"Recurse", 70},
                                {L"Location", 245}};
 
 constexpr Anchor kAnchors[] = {
-    {lstvFiles, 0, 0, 1, 0.6},
-    {lblFilePath, 0, 0.6, 0, 0.6},
-    {txtFilePath, 0, 0.6, 1, 0.6},
-    {cmdFileBrowse, 1, 0.6, 1, 0.6},
-    {lblFileExt, 1, 0.6, 1, 0.6},
-    {txtFileExt, 1, 0.6, 1, 0.6},
-    {chkFileRecurse, 0, 0.6, 0, 0.6},
-    {chkFileDeletesubFolders, 0, 0.6, 0, 0.6},
-    {chkFileSelf, 0, 0.6, 0, 0.6},
-    {chkFileBothSides, 0, 0.6, 0, 0.6},
-    {cmdFilesAdd, 1, 0.6, 1, 0.6},
-    {cmdFileRemove, 1, 0.6, 1, 0.6},
-    {lblFileAlternate, 0, 0.6, 0, 0.6},
-    {drvFileAlternate, 0, 0.6, 0, 0.6},
-    {dirFileAlternate, 0, 0.6, 0.5, 1},
-    {flFileAlternate, 0.5, 0.6, 1, 1},
-    {cmdFileAddAlternate, 1, 0.6, 1, 0.6},
+    {lstvFiles, 0, 0, 1, 0.6},          {lblFilePath, 0, 0.6, 0, 0.6},
+    {txtFilePath, 0, 0.6, 1, 0.6},      {cmdFileBrowse, 1, 0.6, 1, 0.6},
+    {lblFileExt, 1, 0.6, 1, 0.6},       {txtFileExt, 1, 0.6, 1, 0.6},
+    {chkFileRecurse, 0, 0.6, 0, 0.6},   {chkFileDeletesubFolders, 0, 0.6, 0, 0.6},
+    {chkFileSelf, 0, 0.6, 0, 0.6},      {chkFileBothSides, 0, 0.6, 0, 0.6},
+    {cmdFilesAdd, 1, 0.6, 1, 0.6},      {cmdFileChange, 1, 0.6, 1, 0.6},
+    {cmdFileRemove, 1, 0.6, 1, 0.6},    {lblFileAlternate, 0, 0.6, 0, 0.6},
+    {drvFileAlternate, 0, 0.6, 0, 0.6}, {dirFileAlternate, 0, 0.6, 0.5, 1},
+    {flFileAlternate, 0.5, 0.6, 1, 1},  {cmdFileAddAlternate, 1, 0.6, 1, 0.6},
 };
 
 }  // namespace
 
 PluginFilesPage::PluginFilesPage(const Machine& machine, modPlugin::PluginEditor& editor,
                                  Prompts& prompts)
-    : PluginPage(editor, lstvFiles, kColumns), machine_(machine), prompts_(prompts) {}
+    : PluginPage(editor, {lstvFiles, cmdFileChange, cmdFileRemove}, kColumns),
+      machine_(machine),
+      prompts_(prompts) {}
 
 std::span<const Anchor> PluginFilesPage::Init() {
   SetDlgItemTextW(window(), txtFileExt, L"*.*");
@@ -64,14 +58,27 @@ modPlugin::FilesForm PluginFilesPage::Form() const {
           IsTicked(window(), chkFileBothSides)};
 }
 
-void PluginFilesPage::OnCommand(int id, int code) {
+void PluginFilesPage::ShowForm(size_t row) {
+  const modPlugin::FilesForm form = editor().FilesFormOf(row);
+  SetText(txtFilePath, form.path);
+  SetText(txtFileExt, form.file);
+  Tick(chkFileRecurse, form.recurse);
+  Tick(chkFileDeletesubFolders, form.delete_subfolders);
+  Tick(chkFileSelf, form.remove_self);
+  Tick(chkFileBothSides, form.both_sides);
+}
+
+bool PluginFilesPage::Change(size_t row) {
+  modPlugin::FilesForm form = Form();
+  return editor().ChangeFile(row, form);
+}
+
+void PluginFilesPage::OnOwnCommand(int id, int code) {
   switch (id) {
     case cmdFileBrowse:
       return Browse();
     case cmdFilesAdd:
       return Add();
-    case cmdFileRemove:
-      return Remove();
     case cmdFileAddAlternate:
       return AddChosen();
     case drvFileAlternate:

@@ -1,5 +1,7 @@
 #include "ui/plugin_pages.h"
 
+#include <algorithm>
+
 #include "platform/win32/win32_text.h"
 #include "ui/control_text.h"
 #include "ui/dpi.h"
@@ -36,6 +38,7 @@ constexpr Anchor kRegistryAnchors[] = {
     {cmdGeneratesubkeys, 0, 1, 0, 1},
     {cmdGenerateValues, 0, 1, 0, 1},
     {cmdRegistryAdd, 1, 1, 1, 1},
+    {cmdRegistryChange, 1, 1, 1, 1},
     {cmdRegistryRemove, 1, 1, 1, 1},
 };
 
@@ -48,30 +51,35 @@ constexpr Anchor kIniAnchors[] = {
     {lstvINI, 0, 0, 1, 1},      {lblINIFileName, 0, 1, 0, 1}, {txtINIFileName, 0, 1, 1, 1},
     {cmdINIBrowse, 1, 1, 1, 1}, {lblINISections, 0, 1, 0, 1}, {cmbINISections, 0, 1, 1, 1},
     {lblINIValues, 0, 1, 0, 1}, {cmbINIValues, 0, 1, 1, 1},   {chkINIEraseSection, 0, 1, 0, 1},
-    {cmdINIAdd, 1, 1, 1, 1},    {cmdINIRemove, 1, 1, 1, 1},
+    {cmdINIAdd, 1, 1, 1, 1},    {cmdINIChange, 1, 1, 1, 1},   {cmdINIRemove, 1, 1, 1, 1},
 };
 
 constexpr Column kFurtherColumns[] = {{L"What", 190}, {L"Where or which", 250}, {L"And", 130}};
 constexpr Anchor kFurtherAnchors[] = {
-    {lstvFurther, 0, 0, 1, 1},     {lblFurtherKind, 0, 1, 0, 1},  {cmbFurtherKind, 0, 1, 0, 1},
-    {lblFurtherPlace, 0, 1, 0, 1}, {txtFurtherPlace, 0, 1, 1, 1}, {lblFurtherLast, 0, 1, 0, 1},
-    {txtFurtherLast, 0, 1, 0, 1},  {cmdFurtherAdd, 1, 1, 1, 1},   {cmdFurtherRemove, 1, 1, 1, 1},
+    {lstvFurther, 0, 0, 1, 1},      {lblFurtherKind, 0, 1, 0, 1},  {cmbFurtherKind, 0, 1, 0, 1},
+    {lblFurtherPlace, 0, 1, 0, 1},  {txtFurtherPlace, 0, 1, 1, 1}, {lblFurtherLast, 0, 1, 0, 1},
+    {txtFurtherLast, 0, 1, 0, 1},   {cmdFurtherAdd, 1, 1, 1, 1},   {cmdFurtherChange, 1, 1, 1, 1},
+    {cmdFurtherRemove, 1, 1, 1, 1},
 };
 
 }  // namespace
 
-std::span<const Anchor> PluginPage::Attach(HWND window) {
+std::span<const Anchor> PluginPage::Attach(HWND window, const Locale& locale) {
   window_ = window;
-  list_.Attach(Control(list_id_), columns_, [this](int row, int column) {
+  list_.Attach(Control(controls_.list), columns_, [this](int row, int column) {
     return Cell{Wide(TextOf(static_cast<size_t>(row), column))};
   });
   list_.SetEraser([this] { Remove(); });
+  list_.SetTotals(locale);
+  list_.SetEmpty([]() -> std::string {
+    return "Nothing is listed here yet. Fill in the fields below and press Add.";
+  });
   list_.SetRows(Count());
   return Init();
 }
 
 void PluginPage::OnContextMenu(Shell& shell, HWND control, POINT screen) {
-  if (control != Control(list_id_)) return;
+  if (control != Control(controls_.list)) return;
   const auto place_of = [this](size_t row) { return PlaceNamedBy(PlaceOf(row)); };
   RowMenu{list_, shell, place_of}.Show(window_, screen);
 }
@@ -79,6 +87,41 @@ void PluginPage::OnContextMenu(Shell& shell, HWND control, POINT screen) {
 void PluginPage::FillLastColumn(int dpi) {
   const int last = static_cast<int>(columns_.size()) - 1;
   list_.FillWith(last, Scale(columns_[static_cast<size_t>(last)].width, dpi));
+}
+
+std::optional<size_t> PluginPage::OnlyRow() const {
+  const std::vector<size_t> rows = list_.SelectedRows();
+  return rows.size() == 1 && rows[0] < static_cast<size_t>(Count()) ? std::optional(rows[0])
+                                                                    : std::nullopt;
+}
+
+// What is selected can be seen in the fields, to be changed there.
+void PluginPage::FollowSelection() {
+  const std::optional<size_t> row = OnlyRow();
+  const HWND list = Control(controls_.list);
+  EnableWithFocus(Control(controls_.change), row.has_value(), list);
+  EnableWithFocus(Control(controls_.remove), list_.CountSelected() > 0, list);
+  if (row) ShowForm(*row);
+}
+
+bool PluginPage::OnNotify(NMHDR& header, LRESULT& result) {
+  if (header.idFrom != static_cast<UINT_PTR>(controls_.list)) return false;
+  if (list_.OnNotify(header, result)) return true;
+  if (header.code == LVN_ITEMCHANGED || header.code == LVN_ODSTATECHANGED) FollowSelection();
+  return true;
+}
+
+void PluginPage::OnCommand(int id, int code) {
+  if (id == controls_.remove) return Remove();
+  if (id != controls_.change) return OnOwnCommand(id, code);
+  const std::optional<size_t> row = OnlyRow();
+  if (!row || !Change(*row)) return;
+  list_.SetRows(Count());
+  list_.Select(std::min(*row, static_cast<size_t>(Count()) - 1));
+}
+
+void PluginPage::SetText(int id, const std::string& text) const {
+  SetDlgItemTextW(window_, id, Wide(text).c_str());
 }
 
 std::string PluginPage::Text(int id) const { return ControlText(Control(id)); }
@@ -101,7 +144,7 @@ void PluginPage::RemoveSelected(void (modPlugin::PluginEditor::*remove)(size_t r
 }
 
 PluginRegistryPage::PluginRegistryPage(modPlugin::PluginEditor& editor)
-    : PluginPage(editor, lstvRegistry, kRegistryColumns) {}
+    : PluginPage(editor, {lstvRegistry, cmdRegistryChange, cmdRegistryRemove}, kRegistryColumns) {}
 
 std::span<const Anchor> PluginRegistryPage::Init() {
   CheckDlgButton(window(), optCurrentUser, BST_CHECKED);
@@ -130,9 +173,22 @@ modPlugin::RegistryForm PluginRegistryPage::Form() const {
   return form;
 }
 
-void PluginRegistryPage::OnCommand(int id, int /*code*/) {
+void PluginRegistryPage::ShowForm(size_t row) {
+  const modPlugin::RegistryForm form = editor().KeyFormOf(row);
+  CheckRadioButton(window(), optClassesRoot, optDynData,
+                   optClassesRoot + static_cast<int>(form.root));
+  SetText(txtRegistrySubkey, form.subkey);
+  SetText(txtRegistryValue, form.value);
+  CheckRadioButton(window(), optEntireSubkey, optDeleteValue,
+                   form.entire_subkey ? optEntireSubkey : optDeleteValue);
+  Tick(chkDeleteAllSubkeys, form.all_subkeys);
+  Tick(chkBothViews, form.both_views);
+}
+
+bool PluginRegistryPage::Change(size_t row) { return editor().ChangeKey(row, Form()); }
+
+void PluginRegistryPage::OnOwnCommand(int id, int /*code*/) {
   if (id == cmdRegistryAdd) Add();
-  if (id == cmdRegistryRemove) Remove();
   if (id == cmdGeneratesubkeys) Generate(modPlugin::Generated::kSubkeys);
   if (id == cmdGenerateValues) Generate(modPlugin::Generated::kValues);
 }
@@ -154,7 +210,7 @@ void PluginRegistryPage::Generate(modPlugin::Generated what) {
 }
 
 PluginIniPage::PluginIniPage(modPlugin::PluginEditor& editor)
-    : PluginPage(editor, lstvINI, kIniColumns) {}
+    : PluginPage(editor, {lstvINI, cmdINIChange, cmdINIRemove}, kIniColumns) {}
 
 std::span<const Anchor> PluginIniPage::Init() {
   sections_.clear();
@@ -177,11 +233,25 @@ std::string PluginIniPage::TextOf(size_t row, int column) const {
   }
 }
 
-void PluginIniPage::OnCommand(int id, int code) {
+modPlugin::IniForm PluginIniPage::Form() const {
+  return {Text(txtINIFileName), Text(cmbINISections), Text(cmbINIValues),
+          IsTicked(window(), chkINIEraseSection)};
+}
+
+void PluginIniPage::ShowForm(size_t row) {
+  const modPlugin::IniForm form = editor().IniFormOf(row);
+  SetText(txtINIFileName, form.file);
+  SetText(cmbINISections, form.section);
+  SetText(cmbINIValues, form.value);
+  Tick(chkINIEraseSection, form.erase_section);
+}
+
+bool PluginIniPage::Change(size_t row) { return editor().ChangeIni(row, Form()); }
+
+void PluginIniPage::OnOwnCommand(int id, int code) {
   if (id == cmdINIBrowse) Browse();
   if (id == cmbINISections && code == CBN_SELCHANGE) ChooseSection();
   if (id == cmdINIAdd) Add();
-  if (id == cmdINIRemove) Remove();
 }
 
 void PluginIniPage::Browse() {
@@ -202,13 +272,11 @@ void PluginIniPage::ChooseSection() {
 }
 
 void PluginIniPage::Add() {
-  const modPlugin::IniForm form{Text(txtINIFileName), Text(cmbINISections), Text(cmbINIValues),
-                                IsTicked(window(), chkINIEraseSection)};
-  if (editor().AddIni(form)) ShowRows();
+  if (editor().AddIni(Form())) ShowRows();
 }
 
 PluginFurtherPage::PluginFurtherPage(modPlugin::PluginEditor& editor)
-    : PluginPage(editor, lstvFurther, kFurtherColumns) {}
+    : PluginPage(editor, {lstvFurther, cmdFurtherChange, cmdFurtherRemove}, kFurtherColumns) {}
 
 std::span<const Anchor> PluginFurtherPage::Init() {
   std::vector<std::string> kinds;
@@ -231,6 +299,22 @@ size_t PluginFurtherPage::Kind() const {
   return kind < 0 ? 0 : static_cast<size_t>(kind);
 }
 
+modPlugin::FurtherForm PluginFurtherPage::Form() const {
+  return {Kind(), Text(txtFurtherPlace), Text(txtFurtherLast)};
+}
+
+// One of a kind that nobody knows cannot be told in the fields.
+void PluginFurtherPage::ShowForm(size_t row) {
+  const auto form = editor().FurtherFormOf(row);
+  if (!form) return EnableWithFocus(Control(cmdFurtherChange), false, Control(lstvFurther));
+  SendMessageW(Control(cmbFurtherKind), CB_SETCURSEL, form->kind, 0);
+  ShowKind();
+  SetText(txtFurtherPlace, form->place);
+  SetText(txtFurtherLast, form->last);
+}
+
+bool PluginFurtherPage::Change(size_t row) { return editor().ChangeFurther(row, Form()); }
+
 void PluginFurtherPage::ShowKind() {
   const modPlugin::FurtherKind& kind = modPlugin::FurtherKinds()[Kind()];
   SetDlgItemTextW(window(), lblFurtherPlace, Wide(kind.place).c_str());
@@ -239,14 +323,13 @@ void PluginFurtherPage::ShowKind() {
   EnableWindow(Control(txtFurtherLast), kind.last != nullptr);
 }
 
-void PluginFurtherPage::OnCommand(int id, int code) {
+void PluginFurtherPage::OnOwnCommand(int id, int code) {
   if (id == cmbFurtherKind && code == CBN_SELCHANGE) ShowKind();
   if (id == cmdFurtherAdd) Add();
-  if (id == cmdFurtherRemove) Remove();
 }
 
 void PluginFurtherPage::Add() {
-  if (!editor().AddFurther({Kind(), Text(txtFurtherPlace), Text(txtFurtherLast)})) return;
+  if (!editor().AddFurther(Form())) return;
   ShowRows();
   Empty({txtFurtherPlace, txtFurtherLast});
 }

@@ -12,23 +12,28 @@
 
 namespace quellix {
 
-// One page of the editor's window: a list of records, and the controls that add to it. A page
-// answers the commands of its own controls and lets the others pass.
+// One page of the editor's window: a list of records, and the controls that add to it or change it.
+// A page answers the commands of its own controls and lets the others pass.
 class PluginPage {
  public:
-  PluginPage(modPlugin::PluginEditor& editor, int list, std::span<const Column> columns)
-      : editor_(editor), list_id_(list), columns_(columns) {}
+  // Its list, and the buttons that act on its selected row.
+  struct Controls {
+    int list, change, remove;
+  };
+  PluginPage(modPlugin::PluginEditor& editor, const Controls& controls,
+             std::span<const Column> columns)
+      : editor_(editor), controls_(controls), columns_(columns) {}
   virtual ~PluginPage() = default;
   PluginPage(const PluginPage&) = delete;
   PluginPage& operator=(const PluginPage&) = delete;
 
   // Fills the controls of a new window; returns their anchors.
-  std::span<const Anchor> Attach(HWND window);
-  virtual void OnCommand(int id, int code) = 0;
+  std::span<const Anchor> Attach(HWND window, const Locale& locale);
+  void OnCommand(int id, int code);
   // Enter in a field of the page.
   virtual void OnEnter() = 0;
   // True when the notification was that of its list; `result` is then what to return.
-  bool OnNotify(NMHDR& header, LRESULT& result) { return list_.OnNotify(header, result); }
+  bool OnNotify(NMHDR& header, LRESULT& result);
   void OnContextMenu(Shell& shell, HWND control, POINT screen);
   ListView& list() { return list_; }
   void SetResolution(int dpi) { list_.SetResolution(dpi, columns_, {}); }
@@ -36,7 +41,13 @@ class PluginPage {
 
  protected:
   virtual std::span<const Anchor> Init() = 0;
+  // A command of a control that only this page has.
+  virtual void OnOwnCommand(int id, int code) = 0;
   virtual void Remove() = 0;
+  // Brings a record into the fields, and what stands in them into its place; false where that is
+  // refused.
+  virtual void ShowForm(size_t row) = 0;
+  virtual bool Change(size_t row) = 0;
   virtual int Count() const = 0;
   virtual std::string TextOf(size_t row, int column) const = 0;
   // What the record names, a path or a key.
@@ -50,11 +61,19 @@ class PluginPage {
   // Shows the records, the last one selected.
   void ShowRows();
   void RemoveSelected(void (modPlugin::PluginEditor::*remove)(size_t row));
+  void Tick(int id, bool ticked) const {
+    CheckDlgButton(window_, id, ticked ? BST_CHECKED : BST_UNCHECKED);
+  }
+  void SetText(int id, const std::string& text) const;
   modPlugin::PluginEditor& editor() const { return editor_; }
 
  private:
+  // The only row that is selected.
+  std::optional<size_t> OnlyRow() const;
+  void FollowSelection();
+
   modPlugin::PluginEditor& editor_;
-  int list_id_;
+  Controls controls_;
   std::span<const Column> columns_;
   HWND window_ = nullptr;
   ListView list_;
@@ -63,11 +82,13 @@ class PluginPage {
 class PluginFilesPage : public PluginPage {
  public:
   PluginFilesPage(const Machine& machine, modPlugin::PluginEditor& editor, Prompts& prompts);
-  void OnCommand(int id, int code) override;
   void OnEnter() override;
 
  protected:
   std::span<const Anchor> Init() override;
+  void OnOwnCommand(int id, int code) override;
+  void ShowForm(size_t row) override;
+  bool Change(size_t row) override;
   void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveFile); }
   int Count() const override { return static_cast<int>(editor().plugin().files.size()); }
   std::string TextOf(size_t row, int column) const override;
@@ -90,11 +111,13 @@ class PluginFilesPage : public PluginPage {
 class PluginRegistryPage : public PluginPage {
  public:
   explicit PluginRegistryPage(modPlugin::PluginEditor& editor);
-  void OnCommand(int id, int code) override;
   void OnEnter() override { Add(); }
 
  protected:
   std::span<const Anchor> Init() override;
+  void OnOwnCommand(int id, int code) override;
+  void ShowForm(size_t row) override;
+  bool Change(size_t row) override;
   void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveKey); }
   int Count() const override { return static_cast<int>(editor().plugin().registry.size()); }
   std::string TextOf(size_t row, int column) const override;
@@ -111,11 +134,13 @@ class PluginRegistryPage : public PluginPage {
 class PluginIniPage : public PluginPage {
  public:
   explicit PluginIniPage(modPlugin::PluginEditor& editor);
-  void OnCommand(int id, int code) override;
   void OnEnter() override { Add(); }
 
  protected:
   std::span<const Anchor> Init() override;
+  void OnOwnCommand(int id, int code) override;
+  void ShowForm(size_t row) override;
+  bool Change(size_t row) override;
   void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveIni); }
   int Count() const override { return static_cast<int>(editor().plugin().ini.size()); }
   std::string TextOf(size_t row, int column) const override;
@@ -125,6 +150,7 @@ class PluginIniPage : public PluginPage {
   }
 
  private:
+  modPlugin::IniForm Form() const;
   void Browse();
   void ChooseSection();
   void Add();
@@ -136,11 +162,13 @@ class PluginIniPage : public PluginPage {
 class PluginFurtherPage : public PluginPage {
  public:
   explicit PluginFurtherPage(modPlugin::PluginEditor& editor);
-  void OnCommand(int id, int code) override;
   void OnEnter() override { Add(); }
 
  protected:
   std::span<const Anchor> Init() override;
+  void OnOwnCommand(int id, int code) override;
+  void ShowForm(size_t row) override;
+  bool Change(size_t row) override;
   void Remove() override { RemoveSelected(&modPlugin::PluginEditor::RemoveFurther); }
   int Count() const override { return static_cast<int>(editor().further_count()); }
   std::string TextOf(size_t row, int column) const override;
@@ -148,6 +176,7 @@ class PluginFurtherPage : public PluginPage {
 
  private:
   size_t Kind() const;
+  modPlugin::FurtherForm Form() const;
   void ShowKind();
   void Add();
 };

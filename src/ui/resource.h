@@ -21,6 +21,7 @@
 #define frmOptionsCookies 115
 #define frmOptionsBackups 116
 #define frmOptionsRuns 117
+#define frmOptionsSchedule 118
 
 // 120 to 129: the results of a junk search
 #define frmDeletetion 120
@@ -45,6 +46,9 @@
 
 // 160 to 169: start-up, tray, About
 #define frmAbout 160
+
+// Added to the number of a list: that of the line below it
+#define lblTotals 20000
 
 // Icons
 #define icoQuellix 1
@@ -242,7 +246,6 @@
 
 // The results of a junk search: 1500 to 1599
 #define lblTotalFiles 1501
-#define lblShown 1502
 #define lblFilter 1503
 #define txtFilter 1504
 #define lstvDeletion 1505
@@ -283,6 +286,7 @@
 #define cmdFileAddAlternate 1634
 #define chkFileSelf 1635
 #define chkFileBothSides 1636
+#define cmdFileChange 1637
 #define lstvRegistry 1640
 #define optClassesRoot 1641
 #define optCurrentUser 1642
@@ -303,6 +307,7 @@
 #define cmdRegistryAdd 1657
 #define cmdRegistryRemove 1658
 #define chkBothViews 1659
+#define cmdRegistryChange 1660
 #define lstvINI 1670
 #define lblINIFileName 1671
 #define txtINIFileName 1672
@@ -314,6 +319,7 @@
 #define chkINIEraseSection 1678
 #define cmdINIAdd 1679
 #define cmdINIRemove 1680
+#define cmdINIChange 1681
 #define lstvFurther 1685
 #define lblFurtherKind 1686
 #define cmbFurtherKind 1687
@@ -323,6 +329,7 @@
 #define txtFurtherLast 1691
 #define cmdFurtherAdd 1692
 #define cmdFurtherRemove 1693
+#define cmdFurtherChange 1694
 
 // The name generator
 #define lblFrom 1700
@@ -401,6 +408,13 @@
 #define Check1 2031
 #define Check2 2032
 #define lblProtect 2033
+
+// Its page Schedule
+#define optNever 2041
+#define optDaily 2042
+#define optWeekly 2043
+#define optAtLogOn 2044
+#define optWhenIdle 2045
 
 // Its page Deletion
 #define fraMethod 2051

@@ -4,7 +4,9 @@
 
 #include "engine.h"
 #include "platform/win32/win32_text.h"
+#include "ui/control_text.h"
 #include "ui/dialog.h"
+#include "ui/long_work.h"
 #include "ui/resource.h"
 #include "ui/window_prompts.h"
 
@@ -89,10 +91,31 @@ void RunDisplay::FlushText(int control, const std::string& text, std::string& sh
 
 void RunDisplay::FlushProgress() {
   const HWND bar = GetDlgItem(window_, pgClean);
-  if (bar_.max != shown_bar_.max) SendMessageW(bar, PBM_SETRANGE32, 0, bar_.max);
-  SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(bar_.value), 0);
+  const Progress files = StepsOf(files_);
+  const Progress steps{.done = static_cast<uint64_t>(bar_.value),
+                       .total = static_cast<uint64_t>(bar_.max)};
+  ShowSteps(bar, files.total != 0 ? files : steps);
   ShowWindow(bar, bar_.visible ? SW_SHOWNA : SW_HIDE);
   shown_bar_ = bar_;
+}
+
+void RunDisplay::ShowFigures(const Locale& locale, uint64_t milliseconds) {
+  const std::string text = ProgressText(files_, locale, milliseconds);
+  if (text.empty()) return;
+  FlushProgress();
+  ShowLine(text);
+}
+
+void RunDisplay::ShowStopped(std::string_view text) { ShowLine(text); }
+
+// "" brings back when was cleaned last.
+void RunDisplay::ShowLine(std::string_view text) {
+  ShowControlText(GetDlgItem(window_, lblProgress), text);
+  const bool has_text = !text.empty();
+  ShowWindow(GetDlgItem(window_, lblProgress), has_text ? SW_SHOWNA : SW_HIDE);
+  for (const int id : {lblCleanCaption, lblCleanDate}) {
+    ShowWindow(GetDlgItem(window_, id), has_text ? SW_HIDE : SW_SHOWNA);
+  }
 }
 
 // The focus moves along: a disabled button would swallow the keyboard.

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/pause.h"
+#include "run/time_left.h"
 #include "run/views.h"
 #include "search/results_view.h"
 #include "ui/frm_deletetion.h"
@@ -27,14 +28,19 @@ class RunDisplay : public RunView, public ResultsView {
   void ReviewFinds(const Machine& machine);
   // Brings the window up to date.
   void Flush();
+  // The figures of the list in work, after so many milliseconds; and in their place, where the time
+  // of the last run stands, what a stopped run has done.
+  void ShowFigures(const Locale& locale, uint64_t milliseconds);
+  void ShowStopped(std::string_view text);
   // The report of the last finished run, once.
   std::optional<RunReport> TakeReport();
   // Whether it is not to be shown now.
   bool is_kept_only() const { return is_kept_only_; }
 
-  bool Breathe() override { return pause_(); }
+  bool Breathe() override { return pause_(StepsOf(files_)); }
   void SetStatus(std::string_view text) override { status_.assign(text); }
   void SetProgress(const ProgressBar& bar) override { bar_ = bar; }
+  void ShowFiles(const FileProgress& files) override { files_ = files; }
   void SetCommands(const Commands& commands) override { commands_ = commands; }
   void ShowCurrentItem(const Item* item) override;
   void ShowLastCleaned(std::string_view text) override { last_cleaned_.assign(text); }
@@ -58,6 +64,7 @@ class RunDisplay : public RunView, public ResultsView {
  private:
   void FlushText(int control, const std::string& text, std::string& shown) const;
   void FlushProgress();
+  void ShowLine(std::string_view text);
   void FlushCommands();
   void EnableMenus(bool enable) const;
 
@@ -71,6 +78,7 @@ class RunDisplay : public RunView, public ResultsView {
   std::string status_, shown_status_;
   std::string last_cleaned_, shown_last_cleaned_;
   ProgressBar bar_, shown_bar_;
+  FileProgress files_;
   Commands commands_, shown_commands_;
   const Item* item_ = nullptr;
   const Item* shown_item_ = nullptr;

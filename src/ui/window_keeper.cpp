@@ -54,6 +54,7 @@ bool WindowKeeper::Restore(HWND window, int dpi) {
     if (list.widths.size() == lists_[i]->Widths(dpi).size()) {
       lists_[i]->SetWidths(list.widths, dpi);
     }
+    lists_[i]->SetColumnOrder(list.columns);
     if (list.order) lists_[i]->Order(list.order->column, list.order->descending);
   }
   if (memory.place) Place(window, dpi, *memory.place);
@@ -73,7 +74,8 @@ WindowMemory WindowKeeper::Present(HWND window, int dpi) const {
   memory.place = {place.left, place.top, MulDiv(place.right - place.left, 96, dpi),
                   MulDiv(place.bottom - place.top, 96, dpi), IsZoomed(window) != FALSE};
   for (const ListView* const list : lists_) {
-    WindowMemory::List looks{list->Widths(dpi), {}};
+    WindowMemory::List looks{list->Widths(dpi), {}, list->ColumnOrder()};
+    if (std::ranges::is_sorted(looks.columns)) looks.columns.clear();  // as at first
     if (const auto& order = list->chosen_order()) looks.order = {order->column, order->descending};
     memory.lists.push_back(looks);
   }

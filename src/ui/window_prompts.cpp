@@ -11,6 +11,7 @@
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_text.h"
 #include "ui/control_text.h"
+#include "ui/dialog_template.h"
 #include "ui/help.h"
 #include "ui/resource.h"
 
@@ -59,8 +60,9 @@ INT_PTR CALLBACK TextProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM 
 }
 
 INT_PTR ShowDialog(HWND owner, int template_id, DLGPROC procedure, const void* parameter) {
-  return DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(template_id), owner, procedure,
-                         reinterpret_cast<LPARAM>(parameter));
+  const DialogTemplate made(template_id);
+  return DialogBoxIndirectParamW(GetModuleHandleW(nullptr), made.Get(), owner, procedure,
+                                 reinterpret_cast<LPARAM>(parameter));
 }
 
 // Titles and masks in turn, each ended by a NUL, as the file dialogs take them.

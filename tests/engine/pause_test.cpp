@@ -108,5 +108,25 @@ TEST(TimeLeftTest, IsToldInRoundTimes) {
     EXPECT_EQ(TimeLeftText({done, total}, milliseconds), text) << milliseconds;
 }
 
+TEST(ProgressTextTest, CountsFilesAndTellsTheTimeByWhatTakesIt) {
+  const struct {
+    const char* name;
+    FileProgress files;
+    uint64_t milliseconds;
+    const char* text;
+  } kRows[] = {
+      {"no list", {}, 9000, ""},
+      {"at first", {0, 20000, 0, 0}, 100, "0 of 20,000, 0 Bytes"},
+      {"by files", {5000, 20000, 10066330, 0}, 4000, "5,000 of 20,000, 9.6 MB, 12 s left"},
+      {"too early", {5000, 20000, 1, 0}, 900, "5,000 of 20,000, 1 Bytes"},
+      {"by bytes", {0, 1, 1048576, 4194304}, 60000, "0 of 1, 1.0 MB, 3 min left"},
+      {"long", {1, 100, 1048576, 104857600}, 600000, "1 of 100, 1.0 MB, 17 h left"},
+      {"grown meanwhile", {1, 2, 300, 200}, 5000, "1 of 2, 300 Bytes, 1 s left"},
+      {"done", {2, 2, 200, 200}, 5000, "2 of 2, 200 Bytes"},
+  };
+  for (const auto& row : kRows)
+    EXPECT_EQ(ProgressText(row.files, {}, row.milliseconds), row.text) << row.name;
+}
+
 }  // namespace
 }  // namespace quellix

@@ -68,9 +68,12 @@ TEST_F(PluginWindowsTest, TheManagerDeletesWhatIsAgreedTo) {
   manager.Load();
   manager.TickAll(true);
   prompts.yes_no = {false, true, true};
-  for (const std::vector<size_t>& rows : {std::vector<size_t>{}, {0, 1}, {0, 1}})
-    manager.Delete(rows);
-  EXPECT_EQ(prompts.asked.back(), "Are you sure you want to delete selected Plugin(s)?");
+  for (const std::vector<size_t>& rows : {std::vector<size_t>{}, {0, 1}, {0, 1}}) {
+    const bool has_deleted = manager.Delete(rows);
+    EXPECT_EQ(has_deleted, manager.rows().size() == 1);
+  }
+  EXPECT_EQ(prompts.asked.back(),
+            "Are you sure you want to delete selected Plugin(s)?\r\n\r\na.cdp\r\nb.cdp");
   EXPECT_FALSE(machine->Exists(plugins_folder + "a.cdp"));
   EXPECT_EQ(manager.status(), "1 plugin(s) listed");
   {
@@ -180,13 +183,13 @@ TEST_F(PluginWindowsTest, TheEditorAddsShowsAndRemovesWhatStandsBesideTheEntries
 TEST_F(PluginWindowsTest, AListThatCannotBeReadIsNotOverwritten) {
   machine->MakeFolder(own + "plg.txt");
   manager.Load();
-  EXPECT_TRUE(LastTold().starts_with("The list of plugins could not be read. ")) << LastTold();
+  EXPECT_TRUE(LastTold().starts_with("The list of plug-ins could not be read. ")) << LastTold();
   manager.Save();
   EXPECT_EQ(prompts.informed.size(), 1u);
   EXPECT_THROW(ProcessTickedPlugins(context), Error);
   manager.AddSaved("new.cdp", "made meanwhile");
   manager.Save();
-  EXPECT_TRUE(LastTold().starts_with("The list of plugins could not be saved. ")) << LastTold();
+  EXPECT_TRUE(LastTold().starts_with("The list of plug-ins could not be saved. ")) << LastTold();
   ports.files.RemoveFolder(own + "plg.txt");
   for (const char* name : {"old.cdp", "new.cdp"}) WriteRecipe(name, "");
   WriteList("1|old.cdp|old\r\n");
@@ -319,6 +322,72 @@ TEST_F(PluginWindowsTest, TheEditorRefusesKeysAndEntriesWithItsSentences) {
   ini("C:\\a.ini", "s", "v\r", "It holds a line break or another");
   EXPECT_EQ(FormatPlugin(editor.plugin()), Text("D|\r\n"));
   EXPECT_TRUE(generate("a", "", Generated::kSubkeys));
+}
+
+TEST_F(PluginWindowsTest, AnEntryIsChangedInItsPlaceAndNoneIsListedTwice) {
+  editor.Create();
+  for (const char* file : {"a.tmp", "b.tmp", "c.tmp"}) {
+    FilesForm form{.path = "C:\\D", .file = file};
+    EXPECT_TRUE(editor.AddFiles(form));
+  }
+  const auto locations = [this] {
+    Names names;
+    for (const FileEntry& entry : editor.plugin().files) names.push_back(entry.location);
+    return names;
+  };
+  FilesForm form = editor.FilesFormOf(1);
+  EXPECT_EQ(form.path + "|" + form.file, "C:\\D|b.tmp");
+  const struct {
+    const char *name, *path, *file;
+    const char* refusal;  // null where it is taken
+    Names left;
+  } kRows[] = {
+      {"another's",
+       "C:\\D",
+       "c.tmp",
+       "This is listed already.",
+       {"C:\\D\\a.tmp", "C:\\D\\b.tmp", "C:\\D\\c.tmp"}},
+      {"nothing",
+       "",
+       "x",
+       "You must provide a path",
+       {"C:\\D\\a.tmp", "C:\\D\\b.tmp", "C:\\D\\c.tmp"}},
+      {"itself", "C:\\D", "b.tmp", nullptr, {"C:\\D\\a.tmp", "C:\\D\\b.tmp", "C:\\D\\c.tmp"}},
+      {"another", "C:\\D\\", "z.tmp", nullptr, {"C:\\D\\a.tmp", "C:\\D\\z.tmp", "C:\\D\\c.tmp"}}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    prompts.informed.clear();
+    FilesForm changed{.path = row.path, .file = row.file};
+    EXPECT_EQ(editor.ChangeFile(1, changed), row.refusal == nullptr);
+    EXPECT_EQ(prompts.informed, row.refusal ? Names{row.refusal} : Names{});
+    EXPECT_EQ(locations(), row.left);
+  }
+  FilesForm twice{.path = "C:\\D", .file = "a.tmp"};
+  EXPECT_FALSE(editor.AddFiles(twice));
+
+  EXPECT_TRUE(editor.AddKey({.root = 1, .subkey = "Software\\Qx", .value = "v"}));
+  RegistryForm key = editor.KeyFormOf(0);
+  EXPECT_EQ(std::to_string(key.root) + key.subkey + "|" + key.value, "1Software\\Qx|v");
+  EXPECT_FALSE(editor.AddKey(key)) << "it is there";
+  key.value = "w";
+  EXPECT_TRUE(editor.ChangeKey(0, key));
+  EXPECT_EQ(editor.plugin().registry[0].value_name, "w");
+
+  EXPECT_TRUE(editor.AddIni({.file = "C:\\D\\a.ini", .section = "s", .value = "v"}));
+  IniForm ini = editor.IniFormOf(0);
+  EXPECT_EQ(ini.file + "|" + ini.section + "|" + ini.value, "C:\\D\\a.ini|s|v");
+  ini.value = "w";
+  EXPECT_TRUE(editor.ChangeIni(0, ini));
+  EXPECT_EQ(editor.plugin().ini[0].key, "w");
+
+  EXPECT_TRUE(editor.AddFurther({6, "Ours", ""}) && editor.AddFurther({7, "time", ""}));
+  EXPECT_FALSE(editor.AddFurther({7, "time", ""}));
+  FurtherForm further = editor.FurtherFormOf(0).value();
+  EXPECT_EQ(further.place, "Ours");
+  further.place = "Others";
+  EXPECT_TRUE(editor.ChangeFurther(0, further));
+  EXPECT_EQ(editor.plugin().group, "Others");
+  EXPECT_EQ(editor.Further(0).place + "|" + editor.Further(1).place, "Others|time");
 }
 
 TEST_F(PluginWindowsTest, AddingALocationDoesNotSearchAWholeDisk) {

@@ -166,6 +166,28 @@ TEST_F(RemovalTest, PendingFilesAreShownCountedAndStopped) {
   EXPECT_EQ(view.bars.back(), (ProgressBar{.visible = false, .max = 5, .value = 0}));
 }
 
+TEST_F(RemovalTest, AListShowsHowFarItIsByItsBytesWhereTheyTakeTheTime) {
+  for (const int16_t mode : {kDelete, kWipe, kBackUp}) {
+    SCOPED_TRACE(mode);
+    machine->MakeFile(scratch + "a", "0123456789");
+    machine->MakeFile(scratch + "b", std::string(20000, 'b'));
+    state.RemovalMode = mode;
+    state.WipeStep = 4096;
+    view.files.clear();
+    RemovePendingFiles(context, Pend({scratch + "a", scratch + "b", scratch + "gone"}));
+    ASSERT_FALSE(view.files.empty());
+    const double all = mode == kDelete ? 0 : 20010;
+    EXPECT_EQ(view.files.front(), (FileProgress{.total = 3, .all_bytes = all}));
+    EXPECT_EQ(view.files.back(), FileProgress{});
+    const FileProgress& last = view.files[view.files.size() - 2];
+    EXPECT_EQ(last.done, 3u);
+    const auto is_within = [](const FileProgress& shown) {
+      return shown.done == 1 && shown.bytes > 10 && shown.bytes < 20010;
+    };
+    EXPECT_EQ(std::ranges::any_of(view.files, is_within), mode == kWipe);
+  }
+}
+
 // So many that a machine may take several at a time; the odd ones stand between them.
 class ManyFilesTest : public RemovalTest {
  protected:

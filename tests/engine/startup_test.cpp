@@ -217,5 +217,32 @@ TEST(ShutDownTest, EachCommandPassesItsFlags) {
   }
 }
 
+TEST(ShutDownTest, ACleaningEndsAsItsCommandLineSays) {
+  using modShutDown::Ending;
+  const struct {
+    const char *arguments, *rest;
+    Ending ending;
+    Names calls;
+  } kRows[] = {{"-h --then shutdown", "-h", Ending::kShutDown, {"exit 8 4294967295"}},
+               {" -C  --THEN Restart ", "-C ", Ending::kRestart, {"exit 2 4294967295"}},
+               {"--then logoff", "", Ending::kLogOff, {"exit 0 4294967295"}},
+               {"-h --then sleep", "-h --then sleep", Ending::kNone, {}},
+               {"-h shutdown", "-h shutdown", Ending::kNone, {}},
+               {"--then shutdown -h", "--then shutdown -h", Ending::kNone, {}},
+               {"-h", "-h", Ending::kNone, {}},
+               {"", "", Ending::kNone, {}}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.arguments);
+    std::string arguments = row.arguments;
+    const Ending ending = TakeEnding(arguments);
+    EXPECT_EQ(ending, row.ending);
+    EXPECT_EQ(arguments, row.rest);
+    RecordingSession session;
+    modShutDown::End(session, ending);
+    std::erase(session.calls, "enable SeShutdownPrivilege");
+    EXPECT_EQ(session.calls, row.calls);
+  }
+}
+
 }  // namespace
 }  // namespace quellix

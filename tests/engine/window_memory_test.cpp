@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "run/list_totals.h"
+
 namespace quellix {
 namespace {
 
@@ -16,16 +18,21 @@ TEST(WindowMemoryTest, WhatIsRememberedIsReadAsItWasAndNonsenseIsLeftOut) {
     bool is_as_written;
   } kRows[] = {
       {"120,-80,700,500,0|130,190;1,1|60",
-       {Place{120, -80, 700, 500, false}, {{{130, 190}, Order{1, true}}, {{60}, std::nullopt}}},
+       {Place{120, -80, 700, 500, false},
+        {{{130, 190}, Order{1, true}, {}}, {{60}, std::nullopt, {}}}},
+       true},
+      {"1,2,300,400,0|60,70;0,0;1,0|60,70;;1,0",
+       {Place{1, 2, 300, 400, false},
+        {{{60, 70}, Order{0, false}, {1, 0}}, {{60, 70}, std::nullopt, {1, 0}}}},
        true},
       {"0,0,300,200,1", {Place{0, 0, 300, 200, true}, {}}, true},
       {"", {}, true},
       {"1,2,3", {}, false},
-      {"1,2,30,400,0|10", {std::nullopt, {{{10}, std::nullopt}}}, false},
+      {"1,2,30,400,0|10", {std::nullopt, {{{10}, std::nullopt, {}}}}, false},
       {"1,2,x,400,0", {}, false},
       {"99999,2,300,400,0", {}, false},
       {"|10,-1;0,0|5000;0|7;-1,0",
-       {std::nullopt, {{{}, Order{0, false}}, {{}, std::nullopt}, {{7}, std::nullopt}}},
+       {std::nullopt, {{{}, Order{0, false}, {}}, {{}, std::nullopt, {}}, {{7}, std::nullopt, {}}}},
        false},
   };
   for (const auto& row : kRows) {
@@ -35,6 +42,39 @@ TEST(WindowMemoryTest, WhatIsRememberedIsReadAsItWasAndNonsenseIsLeftOut) {
       EXPECT_EQ(row.memory.Format(), row.text);
     }
     EXPECT_EQ(WindowMemory::Parse(row.memory.Format()), row.memory);
+  }
+}
+
+TEST(ListTotalsTest, RowsAndTickedOnesAreCountedInTheUsersForm) {
+  using Rows = std::vector<std::pair<bool, std::optional<double>>>;
+  Locale german;
+  german.decimal = ",";
+  german.thousand = ".";
+  const struct {
+    const char* name;
+    bool has_ticks;
+    Rows rows;
+    const char *text, *caption;
+  } kRows[] = {
+      {"empty", true, {}, "No rows", "&Delete"},
+      {"one", false, {{false, std::nullopt}}, "1 row", "&Delete"},
+      {"unticked", true, {{false, 10.0}, {false, 2.0}}, "2 rows, 12 Bytes; none ticked", "&Delete"},
+      {"ticked",
+       true,
+       {{true, 1536.0}, {false, 1e6}},
+       "2 rows, 978,1 KB; 1 ticked, 1,5 KB",
+       "&Delete ticked (1, 1,5 KB)"},
+      {"without sizes", true, {{true, {}}, {true, {}}}, "2 rows; 2 ticked", "&Delete ticked (2)"},
+      {"many", true, Rows(1204, {true, 1e6}), "1.204 rows, 1,1 GB; 1.204 ticked, 1,1 GB",
+       "&Delete ticked (1.204, 1,1 GB)"},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    ListTotals totals;
+    totals.has_ticks = row.has_ticks;
+    for (const auto& [ticked, size] : row.rows) totals.Add(ticked, size);
+    EXPECT_EQ(TotalsText(totals, german), row.text);
+    EXPECT_EQ(TickedCaption("&Delete", totals, german), row.caption);
   }
 }
 

@@ -24,6 +24,7 @@ struct ScriptedView : RunView, ResultsView {
   std::function<ProgramAnswer()> on_program;  // without it they are skipped
   Names items;                                // keys, in the order shown
   std::vector<ProgressBar> bars;
+  std::vector<FileProgress> files;  // the first of them
   Commands commands;
   bool current_item_shown = false;
   std::string last_cleaned;
@@ -39,6 +40,9 @@ struct ScriptedView : RunView, ResultsView {
     if (on_status) on_status(statuses.back());
   }
   void SetProgress(const ProgressBar& bar) override { bars.push_back(bar); }
+  void ShowFiles(const FileProgress& shown) override {
+    if (files.size() < 10000) files.push_back(shown);
+  }
   void SetCommands(const Commands& now) override { commands = now; }
   void ShowCurrentItem(const Item* item) override {
     current_item_shown = item != nullptr;

@@ -127,8 +127,7 @@ TEST_F(FrmIECacheTest, TickedRowsAreDeletedAndLockedOnesStay) {
   EXPECT_TRUE(IsRowTicked(list, 0) && IsRowTicked(list, 2));
   PressIn(cache, cmdDeselectAll);
   EXPECT_TRUE(!IsRowTicked(list, 0) && !IsRowTicked(list, 2));
-  PressIn(cache, cmdDelete);
-  AwaitControl(cache, cmdDelete);
+  EXPECT_FALSE(IsEnabled(cache, cmdDelete)) << "it would do nothing";
   EXPECT_EQ(CachedSources().size(), 3u);
   {
     const UsedCacheEntry used(L"http://b.example/red");

@@ -367,5 +367,26 @@ TEST_F(FrmOptionsTest, WhatIsChosenInADialogArrivesInItsField) {
   EXPECT_TRUE(Await([&] { return IsWindowEnabled(options.window()) != FALSE; }));
 }
 
+// Of a task Wine's scheduler keeps that it is there, not when: that shows as daily.
+TEST_F(FrmOptionsTest, TheScheduleIsKeptByWindowsAndTakenAwayThere) {
+  const QuellixWindow window;
+  for (const int choice : {optWeekly, optAtLogOn, optNever}) {
+    SCOPED_TRACE(choice);
+    {
+      const OptionsWindow options(window);
+      options.GoTo(OptionsPage::kSchedule);
+      EXPECT_EQ(TextOf(options.Control(lblScheduleProblem)), L"");
+      options.Click(choice);
+      EXPECT_EQ(options.IsEnabled(cboWeekday), choice == optWeekly);
+      EXPECT_EQ(options.IsEnabled(dtpTime), choice == optWeekly);
+      ASSERT_TRUE(options.PressAndClose(IDOK));
+    }
+    const OptionsWindow again(window);
+    again.GoTo(OptionsPage::kSchedule);
+    EXPECT_EQ(again.IsChecked(optNever), choice == optNever);
+    ASSERT_TRUE(again.PressAndClose(IDCANCEL));
+  }
+}
+
 }  // namespace
 }  // namespace quellix::test

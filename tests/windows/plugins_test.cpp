@@ -85,15 +85,36 @@ struct PluginWindowsTest : testing::Test {
     EXPECT_EQ(ReadBytes(List()), Text("1|qx one.cdp|first\r\n0|qx two.cdp|second\r\n"));
   }
 
+  // What is selected stands in the fields, and what is put there takes its place.
+  static void ChangeTheOnlyFile(const QuellixWindow& window, HWND editor) {
+    const HWND list = GetDlgItem(editor, lstvFiles);
+    EXPECT_FALSE(IsEnabled(editor, cmdFileChange) || IsEnabled(editor, cmdFileRemove));
+    for (const WPARAM key : {VK_END, VK_HOME}) window.PressKey(list, key);
+    ASSERT_TRUE(AwaitEnabled(editor, cmdFileChange));
+    EXPECT_EQ(Shown(editor, txtFilePath) + L"\\" + Shown(editor, txtFileExt),
+              window.RowText(list, 0, 4));
+    Type(editor, txtFileExt, L"changed.tmp");
+    PressIn(editor, cmdFileChange);
+    EXPECT_TRUE(Await([&] { return window.RowText(list, 0, 4).ends_with(L"\\changed.tmp"); }));
+    EXPECT_EQ(CountRows(list), 1);
+  }
+
   // By the command, and by the key that deletes a row.
   static void EditAndDeleteTheFirst(const QuellixWindow& window, HWND manager) {
     PressIn(manager, mnuEdit);
     const HWND editor = window.AwaitWindow(L"Plugin: qx one.cdp");
     EXPECT_TRUE(AwaitRows(editor, lstvFiles, 1));
+    ChangeTheOnlyFile(window, editor);
     PressIn(editor, IDCANCEL);
+    EXPECT_TRUE(window.Answer(L"changes that were not saved", IDYES));
     ASSERT_TRUE(AwaitGone(editor));
-    window.PressKey(GetDlgItem(manager, lstvPlugin), VK_DELETE);
-    EXPECT_TRUE(window.Answer(L"Are you sure you want to delete selected Plugin(s)?", IDYES));
+    const HWND list = GetDlgItem(manager, lstvPlugin);
+    for (const int answer : {IDNO, IDYES}) {
+      EXPECT_EQ(SendMessageW(list, LVM_GETSELECTEDCOUNT, 0, 0), 1) << "declining keeps it";
+      window.PressKey(list, VK_DELETE);
+      EXPECT_TRUE(window.Answer(L"delete selected Plugin(s)?\r\n\r\nqx one.cdp", answer));
+      AwaitInput(list);
+    }
     EXPECT_TRUE(AwaitText(manager, lblStatus, L"1 plugin(s) listed"));
     EXPECT_FALSE(fs::exists(Recipe("qx one.cdp")));
   }

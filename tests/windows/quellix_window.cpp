@@ -49,13 +49,19 @@ bool Shows(HWND window, std::wstring_view text) {
   return text.empty() || !EnumChildWindows(window, CompareText, reinterpret_cast<LPARAM>(&text));
 }
 
+// A window that works tells in its title how far it is.
+bool IsTitled(HWND window, std::wstring_view title) {
+  const std::wstring text = TextOf(window);
+  return title.empty() || text == title || text.ends_with(L" % - " + std::wstring(title));
+}
+
 BOOL CALLBACK Compare(HWND window, LPARAM parameter) {
   Search& search = *reinterpret_cast<Search*>(parameter);
   DWORD process = 0;
   GetWindowThreadProcessId(window, &process);
   if (process != search.process || !IsWindowVisible(window)) return TRUE;
   if (!search.window_class.empty() && !IsOfClass(window, search.window_class)) return TRUE;
-  if (!search.title.empty() && search.title != TextOf(window)) return TRUE;
+  if (!IsTitled(window, search.title)) return TRUE;
   if (!Shows(window, search.text)) return TRUE;
   search.found = window;
   return FALSE;
@@ -369,6 +375,19 @@ int QuellixWindow::ArrowOf(HWND list, int column) const {
   Exchange(reinterpret_cast<HWND>(SendMessageW(list, LVM_GETHEADER, 0, 0)), HDM_GETITEMW,
            static_cast<WPARAM>(column), &item, sizeof(item));
   return (item.fmt & HDF_SORTUP) ? 1 : (item.fmt & HDF_SORTDOWN) ? -1 : 0;
+}
+
+std::vector<int> QuellixWindow::ColumnsOf(HWND list) const {
+  const auto header = reinterpret_cast<HWND>(SendMessageW(list, LVM_GETHEADER, 0, 0));
+  std::vector<int> columns(static_cast<size_t>(SendMessageW(header, HDM_GETITEMCOUNT, 0, 0)));
+  Exchange(list, LVM_GETCOLUMNORDERARRAY, columns.size(), columns.data(),
+           columns.size() * sizeof(int));
+  return columns;
+}
+
+void QuellixWindow::SetColumnsOf(HWND list, std::vector<int> columns) const {
+  Exchange(list, LVM_SETCOLUMNORDERARRAY, columns.size(), columns.data(),
+           columns.size() * sizeof(int));
 }
 
 void QuellixWindow::SelectFolder(HWND browser, const std::wstring& path) const {

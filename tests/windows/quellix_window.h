@@ -101,6 +101,9 @@ class QuellixWindow : public QuellixProcess {
   int ImageOf(HWND list, int row) const;
   // On the heading of a column: 1 for up, -1 for down, 0 without an arrow.
   int ArrowOf(HWND list, int column) const;
+  // Its columns from left to right.
+  std::vector<int> ColumnsOf(HWND list) const;
+  void SetColumnsOf(HWND list, std::vector<int> columns) const;
   // Chooses a folder in the system's dialog for folders.
   void SelectFolder(HWND browser, const std::wstring& path) const;
 

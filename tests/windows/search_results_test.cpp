@@ -53,7 +53,8 @@ TEST_F(SearchResultsTest, AChosenHalfIsDeletedButForWhatIsLocked) {
   Type(results, txtFilter, L"\\EVEN\\");
   ASSERT_TRUE(Await([&] { return CountRows(list) == kFiles / 2; }));
   Choose(results, cmdSelectAll);
-  EXPECT_EQ(Shown(results, lblShown), L"21 ticked, 21 shown");
+  EXPECT_EQ(Shown(results, lstvDeletion + lblTotals), L"21 rows, 2.1 KB; 21 ticked, 2.1 KB");
+  EXPECT_EQ(Shown(results, cmdDeleteSelected), L"&Delete ticked (21, 2.1 KB)");
   PressIn(results, cmdDeleteSelected);
   EXPECT_TRUE(AwaitText(results, lblTotalFiles, L"Files Found: 22"));
   EXPECT_TRUE(IsWindowVisible(GetDlgItem(results, lblRed)));
