@@ -105,7 +105,7 @@ std::string ResultText(int32_t code) {
 
 }  // namespace
 
-std::string TaskText(const Schedule& schedule, std::string_view program, std::string_view user) {
+std::string ScheduleText(const Schedule& schedule, std::string_view program, std::string_view user) {
   const std::string who = Escaped(user);
   return "<?xml version=\"1.0\"?>\n"
          "<Task version=\"1.2\" xmlns=\"http://schemas.microsoft.com/windows/2004/02/mit/task\">"
@@ -124,7 +124,7 @@ std::string TaskText(const Schedule& schedule, std::string_view program, std::st
          Escaped(program) + "\"</Command><Arguments>-h</Arguments></Exec></Actions></Task>";
 }
 
-std::optional<Schedule> ParseTask(std::string_view text) {
+std::optional<Schedule> ParseSchedule(std::string_view text) {
   const std::string_view triggers = Inside(text, "Triggers");
   if (triggers.empty() || !Has(text, "<Arguments>-h</Arguments>")) return std::nullopt;
   Schedule schedule{.when = When::kDaily};
@@ -155,7 +155,7 @@ ScheduleState ScheduledCleaning::Look(const Locale& locale) const {
   const std::optional<Scheduler::Task> task = scheduler_.Find(Name());
   ScheduleState state;
   if (!task) return state;
-  state.schedule = ParseTask(task->description).value_or(Schedule{.when = When::kDaily});
+  state.schedule = ParseSchedule(task->description).value_or(Schedule{.when = When::kDaily});
   if (task->next_run) state.next = "Next: " + FormatDateTime(*task->next_run, locale) + ".";
   if (!task->last_run) return state;
   state.last = "Last: " + FormatDateTime(*task->last_run, locale) +
@@ -170,9 +170,9 @@ void ScheduledCleaning::Set(const Schedule& wanted) {
     if (task) scheduler_.Remove(Name());
     return;
   }
-  const std::string text = TaskText(schedule, program_, user_);
+  const std::string text = ScheduleText(schedule, program_, user_);
   const bool is_so =
-      task && ParseTask(task->description) == schedule && Has(task->description, Escaped(program_));
+      task && ParseSchedule(task->description) == schedule && Has(task->description, Escaped(program_));
   if (!is_so) scheduler_.Register(Name(), text);
 }
 

@@ -47,7 +47,7 @@ class ScheduledCleaning {
 };
 
 // The scheduler's own form of it, and back: nothing for a text that is none of ours.
-std::string TaskText(const Schedule& schedule, std::string_view program, std::string_view user);
-std::optional<Schedule> ParseTask(std::string_view text);
+std::string ScheduleText(const Schedule& schedule, std::string_view program, std::string_view user);
+std::optional<Schedule> ParseSchedule(std::string_view text);
 
 }  // namespace quellix

@@ -47,15 +47,15 @@ TEST(ScheduleTest, EachIsReadBackAsItWasWritten) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
-    const std::string text = TaskText(row.schedule, "C:\\A & B\\quellix.exe", "S-1&2");
+    const std::string text = ScheduleText(row.schedule, "C:\\A & B\\quellix.exe", "S-1&2");
     EXPECT_TRUE(Holds(text, row.part));
     EXPECT_TRUE(Holds(text, "<Command>\"C:\\A &amp; B\\quellix.exe\"</Command>"));
     EXPECT_TRUE(Holds(text, "<Arguments>-h</Arguments>"));
-    EXPECT_EQ(ParseTask(text), row.schedule);
+    EXPECT_EQ(ParseSchedule(text), row.schedule);
   }
   for (const char* none : {"", "<Task/>", "<Triggers></Triggers>", "<Triggers>x</Triggers>",
                            "</Triggers><Triggers><Arguments>-h</Arguments>"})
-    EXPECT_EQ(ParseTask(none), std::nullopt) << none;
+    EXPECT_EQ(ParseSchedule(none), std::nullopt) << none;
 }
 
 TEST(ScheduleTest, TheOneTaskIsFoundChangedAndNeverDoubled) {
