@@ -105,7 +105,8 @@ std::string ResultText(int32_t code) {
 
 }  // namespace
 
-std::string ScheduleText(const Schedule& schedule, std::string_view program, std::string_view user) {
+std::string ScheduleText(const Schedule& schedule, std::string_view program,
+                         std::string_view user) {
   const std::string who = Escaped(user);
   return "<?xml version=\"1.0\"?>\n"
          "<Task version=\"1.2\" xmlns=\"http://schemas.microsoft.com/windows/2004/02/mit/task\">"
@@ -171,8 +172,8 @@ void ScheduledCleaning::Set(const Schedule& wanted) {
     return;
   }
   const std::string text = ScheduleText(schedule, program_, user_);
-  const bool is_so =
-      task && ParseSchedule(task->description) == schedule && Has(task->description, Escaped(program_));
+  const bool is_so = task && ParseSchedule(task->description) == schedule &&
+                     Has(task->description, Escaped(program_));
   if (!is_so) scheduler_.Register(Name(), text);
 }
 
