@@ -120,7 +120,11 @@ std::string ScheduleText(const Schedule& schedule, std::string_view program,
          "</UserId><LogonType>InteractiveToken</LogonType><RunLevel>LeastPrivilege</RunLevel>"
          "</Principal></Principals>"
          "<Settings><MultipleInstancesPolicy>IgnoreNew</MultipleInstancesPolicy>"
-         "<StartWhenAvailable>true</StartWhenAvailable><Enabled>true</Enabled></Settings>"
+         "<DisallowStartIfOnBatteries>false</DisallowStartIfOnBatteries>"
+         "<StopIfGoingOnBatteries>false</StopIfGoingOnBatteries>"
+         "<StartWhenAvailable>true</StartWhenAvailable>"
+         "<IdleSettings><StopOnIdleEnd>false</StopOnIdleEnd></IdleSettings>"
+         "<Enabled>true</Enabled></Settings>"
          "<Actions Context=\"Author\"><Exec><Command>\"" +
          Escaped(program) + "\"</Command><Arguments>-h</Arguments></Exec></Actions></Task>";
 }

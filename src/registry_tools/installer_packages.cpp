@@ -49,8 +49,14 @@ class Reader {
 
   // The package that a key names.
   std::string Note(RegistryKey& key) {
-    std::string path = modRegistry::ReadText(key, "LocalPackage");
-    if (!path.empty()) packages_.names.insert(UpCase(NamePart(path)));
+    std::string path;
+    // The second is that of a product which its administrator has given to the user.
+    for (const char* value : {"ManagedLocalPackage", "LocalPackage"}) {
+      const std::string named = modRegistry::ReadText(key, value);
+      if (named.empty()) continue;
+      packages_.names.insert(UpCase(NamePart(named)));
+      path = named;
+    }
     return path;
   }
 

@@ -175,7 +175,12 @@ class Reader {
 
   void AddTask(const std::string& name, const std::string& path, const FileInfo& file,
                const ScheduledTask& task) {
+    constexpr size_t kMostActions = 32;  // as many as Windows takes
     if (!task.starts_by_itself) return;
+    if (task.commands.size() + task.classes.size() > kMostActions) {
+      read_.unread.push_back(path);
+      return;
+    }
     StartupEntry entry{.kind = StartupKind::kTask,
                        .name = name,
                        .place = "Task",

@@ -320,9 +320,11 @@ void FrmMain::EndAsChosen() {
           ? modShutDown::Ending::kShutDown
           : with_end_;
   const RunState& state = engine_.state();
-  if (ending == modShutDown::Ending::kNone || state.AbortRequested || state.SomeErrors) return;
+  if (ending == modShutDown::Ending::kNone) return;
+  // It was for this run alone, however that ended.
   with_end_ = modShutDown::Ending::kNone;
   CheckDlgButton(window(), chkThenShutDown, BST_UNCHECKED);
+  if (state.AbortRequested || state.SomeErrors || !engine_.is_loaded()) return;
   const auto end = [this, ending] { modShutDown::End(machine_.session, ending); };
   state.Hidden && !IsWindowVisible(window())
       ? end()

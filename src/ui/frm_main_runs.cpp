@@ -20,7 +20,7 @@ void FrmMain::RunHidden() {
   if (engine_.is_loaded()) {
     Run([this] { engine_.RunCleaning(); });
     exit_code_ = ExitCodeOf(state);
-    EndAsChosen();
+    if (window()) EndAsChosen();
   }
   state.Hidden = false;
   // Who has started the program meanwhile has got this window and keeps it.

@@ -99,7 +99,9 @@ std::shared_ptr<const RunEntries> UserRuns::LookFor(User& user, Engine& engine,
   user.was_looked_at = !is_refused && !is_stopped_;
   text_ += preview.state().SomeErrors ? preview.state().RunLog : "";
   const auto shown = preview.state().Parts.Find<modPlugin::ShownRecipes>();
-  if (shown) {
+  // Only what is listed whole was seen.
+  if (shown && user.was_looked_at && preview.entries()->left_out == 0 &&
+      row_count() + preview.entries()->all.size() <= most_rows_) {
     if (!shown_) shown_ = std::make_shared<modPlugin::ShownRecipes>();
     shown_->all.insert(shown_->all.end(), shown->all.begin(), shown->all.end());
   }

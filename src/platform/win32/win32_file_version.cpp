@@ -37,7 +37,12 @@ std::wstring_view Part(const std::vector<BYTE>& bytes, const std::wstring& name)
   void* part = nullptr;
   UINT size = 0;
   if (!query(bytes.data(), name.c_str(), &part, &size) || part == nullptr) return {};
-  return {static_cast<const wchar_t*>(part), size};
+  // The size is the file's word.
+  const auto* const start = static_cast<const BYTE*>(part);
+  const BYTE* const end = bytes.data() + bytes.size();
+  if (start < bytes.data() || start >= end) return {};
+  const auto room = static_cast<size_t>(end - start) / sizeof(wchar_t);
+  return {static_cast<const wchar_t*>(part), std::min<size_t>(size, room)};
 }
 
 // The first of its languages; English where it names none.

@@ -76,7 +76,11 @@ UniqueFile OpenItself(const std::wstring& wide, DWORD access, DWORD share) {
                                 nullptr));
 }
 
-std::wstring NtPath(std::wstring_view wide) { return L"\\??\\" + std::wstring(wide.substr(4)); }
+// The path of what another thread has just moved may be none.
+std::wstring NtPath(std::wstring_view wide) {
+  wide.remove_prefix(std::min<size_t>(4, wide.size()));
+  return L"\\??\\" + std::wstring(wide);
+}
 
 std::wstring FinalPath(const UniqueFile& file) {
   std::wstring path = GrowingText([&](wchar_t* text, uint32_t size) {
