@@ -1,6 +1,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "cli/console_fixture.h"
 #include "support/volume_seed.h"
 
@@ -8,9 +10,10 @@ namespace quellix {
 
 std::string QuellixctlPath() { return QUELLIXCTL; }
 
-std::string ShellCommand(const std::string& command) { return command; }
-
-int ExitCodeOf(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : -1; }
+int RunInto(const std::string& command, const std::string& file) {
+  const int status = std::system((command + " > \"" + file + "\" 2>&1").c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
 
 std::string OutputFile() {
   return std::filesystem::temp_directory_path() / ("quellixctl-" + std::to_string(getpid()));
