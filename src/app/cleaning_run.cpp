@@ -91,6 +91,14 @@ std::string_view AbortMessage(const Item* item) {
   return offline ? "Aborted by User" : "Aborted by user";
 }
 
+// A key that was not found is not therefore gone.
+void TellOutdated(CleaningContext& context) {
+  for (const std::string& why : context.machine.registry.TakeOutdated()) {
+    context.state.SomeErrors = true;
+    context.state.RunLog += "\r\nNot all could be looked for. " + why + "\r\n";
+  }
+}
+
 // Stop has taken effect: no totals, no log window. What is then deleted by hand has a backup of its
 // own.
 void AbortRun(CleaningContext& context, const Item* in_work, FreeSpaceCheck& free_space) {
@@ -128,6 +136,7 @@ void FinishRun(CleaningContext& context, FreeSpaceCheck& free_space) {
     NoteItemsCleaned(context, nullptr);
     AppendSummary(context);
     free_space.Tell();
+    TellOutdated(context);
     KeepRun(context);
     const RunReport report = ReportOf(context);
     context.state.Hidden ? context.view.KeepReport(report) : context.view.ShowReport(report);

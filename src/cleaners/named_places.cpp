@@ -12,27 +12,13 @@
 #include "platform/text.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
+#include "run/set_for_now.h"
 #include "run/stayed.h"
 #include "run/working_folder.h"
 #include "search/drive_scan.h"
 
 namespace quellix {
 namespace {
-
-// Ages are for what nobody named.
-class OfAnyAge {
- public:
-  explicit OfAnyAge(RunState& state) : state_(state), days_(state.OlderThanDays) {
-    state_.OlderThanDays = 0;
-  }
-  ~OfAnyAge() { state_.OlderThanDays = days_; }
-  OfAnyAge(const OfAnyAge&) = delete;
-  OfAnyAge& operator=(const OfAnyAge&) = delete;
-
- private:
-  RunState& state_;
-  const decltype(RunState::OlderThanDays) days_;
-};
 
 void RemoveItself(CleaningContext& context, const std::string& path) {
   const FileList alone;
@@ -51,7 +37,7 @@ bool IsTemporary(const Machine& machine, Folder& folder) {
 // emptied by lists of his, and never taken away.
 std::string WhyNotWhole(CleaningContext& context, Folder& folder) {
   ProtectedPlaces& places = PlacesOf(context);
-  const std::string why = places.WhyNot(folder, "*.*", true, Claim::kRecipe);
+  std::string why = places.WhyNot(folder, "*.*", true, Claim::kRecipe);
   if (!why.empty() || !(places.IsNoted(folder) || IsTemporary(context.machine, folder))) return why;
   return "it is a folder that Windows or its programs expect; name what lies in it.";
 }
@@ -75,7 +61,7 @@ std::string WhyNotLink(CleaningContext& context, const std::string& path) {
   if (info && (info->attributes & kSystem) != 0) return "it is a link that Windows needs.";
   ProtectedPlaces& places = PlacesOf(context);
   const auto parent = OpenFolderOf(context.machine.files, path);
-  const std::string why = places.WhyNotFile(*parent, path, Claim::kOwnList);
+  std::string why = places.WhyNotFile(*parent, path, Claim::kOwnList);
   if (!why.empty()) return why;
   try {
     const auto target = context.machine.files.OpenLinked(path);
@@ -158,7 +144,7 @@ std::vector<std::string> Outermost(std::span<const std::string> paths) {
 
 void CleanNamed(CleaningContext& context, std::span<const std::string> paths) {
   RunState& state = context.state;
-  const OfAnyAge of_any_age(state);
+  const SetForNow of_any_age(state.OlderThanDays, 0);  // ages are for what nobody named
   ResetItemCounters(state);
   state.Entries->BeginRule("Named by hand");
   for (const std::string& path : Outermost(paths)) {

@@ -11,6 +11,7 @@
 #include "run/precious_names.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
+#include "run/set_for_now.h"
 
 namespace quellix {
 namespace {
@@ -19,19 +20,7 @@ constexpr bool kRisky = true;
 
 // Far larger than what an archive or a bin is meant for, or thrown away already: these are wiped
 // where the user wants that, and deleted else.
-class RemovedForGood {
- public:
-  explicit RemovedForGood(RunState& state) : state_(state), mode_(state.RemovalMode) {
-    if (mode_ != kWipe) state_.RemovalMode = kDelete;
-  }
-  ~RemovedForGood() { state_.RemovalMode = mode_; }
-  RemovedForGood(const RemovedForGood&) = delete;
-  RemovedForGood& operator=(const RemovedForGood&) = delete;
-
- private:
-  RunState& state_;
-  const decltype(RunState::RemovalMode) mode_;
-};
+RemovalModes ForGood(const RunState& state) { return state.RemovalMode == kWipe ? kWipe : kDelete; }
 
 void CleanBelow(CleaningContext& context, const std::string& folder, std::string_view mask = "*.*",
                 FoldersPass folders_pass = FoldersPass::kYes, const Stays& stays = {}) {
@@ -87,7 +76,7 @@ void CleanPrefetch(CleaningContext& context, const Item& item) {
 void CleanInRoots(CleaningContext& context, const Item& item,
                   std::initializer_list<const char*> names) {
   BeginFiles(context, item);
-  const RemovedForGood for_good(context.state);
+  const SetForNow for_good(context.state.RemovalMode, ForGood(context.state));
   for (const std::string& root : DriveRoots(context)) {
     for (const char* name : names) CleanFile(context, root + name);
   }
@@ -105,7 +94,7 @@ void CleanPageFile(CleaningContext& context, const Item& item) {
 // A bin's own desktop.ini says how Windows shows it; one that was thrown away lies deeper.
 void CleanAllBins(CleaningContext& context, const Item& item) {
   BeginFiles(context, item);
-  const RemovedForGood for_good(context.state);
+  const SetForNow for_good(context.state.RemovalMode, ForGood(context.state));
   const auto stays = [](std::string_view path) {
     return EqualsNoCase(NamePart(path), "desktop.ini") && std::ranges::count(path, '\\') <= 3;
   };

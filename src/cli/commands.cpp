@@ -83,6 +83,8 @@ int ConsoleCommands::RunOn(const CLI::App& command, const RunTarget& target, con
   }
   ConsoleView::WorksForAnother(open->IsForAnother());
   const int code = action(open->machine());
+  for (const std::string& why : open->machine().registry.TakeOutdated())
+    std::cerr << why << std::endl;
   return open->Store() ? code : kFailed;
 }
 

@@ -134,6 +134,10 @@ class Registry {
   // change something. Throws Error.
   virtual void ClearLeftovers() {}
 
+  // Of what was opened so far, the parts that show an older state than the true one, so that what
+  // is missing there may be there all the same: a sentence for each, told once.
+  virtual std::vector<std::string> TakeOutdated() { return {}; }
+
   // Null when the key is missing; throws Error as RegistryKey::Open does, also when a hive is
   // damaged.
   virtual std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,

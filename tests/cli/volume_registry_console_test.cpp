@@ -67,6 +67,26 @@ TEST_F(VolumeRegistryConsoleTest, AnItemWhoseChangesDoNotReachTheDiskFails) {
     EXPECT_TRUE(machine->ValueNames(kUser, key).empty());
 }
 
+TEST_F(VolumeRegistryConsoleTest, WhatAHiveWithLostChangesDoesNotShowIsNotTakenForGone) {
+  machine->SetText(kUser, "Software\\Qx", "v", "x");
+  const Names kRows[] = {{"clean", "--item", "CleanRunMRU"},
+                         {"clean", "--item", "CleanRunMRU", "--preview"}};
+  for (const bool dirty : {true, false}) {
+    StoreMachine(*machine);
+    SetHiveDirty(UserHive(), dirty);
+    const std::string before = ReadNative(UserHive());
+    for (const Names& row : kRows) {
+      const ProgramResult result = Run(row);
+      EXPECT_EQ(result.exit_code, dirty ? 1 : 0) << result.output;
+      EXPECT_EQ(Holds(result.output, "Not all could be looked for. Windows was not shut down"),
+                dirty)
+          << result.output;
+      EXPECT_TRUE(ReadNative(UserHive()) == before);
+    }
+    EXPECT_EQ(Holds(Run({"registry", "startup"}).output, "Windows was not shut down"), dirty);
+  }
+}
+
 TEST_F(VolumeRegistryConsoleTest, ReferencesThatStayAreCountedAndEndInOne) {
   machine->SetText(kUser, "Qx1", "goes", scratch + "none");
   machine->SetText(kUser, "Qx1", "QxNameWithNul", "x");

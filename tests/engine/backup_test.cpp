@@ -157,23 +157,26 @@ TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
 
 TEST_F(BackupTest, StrictlyAFileThatChangesAfterItWasArchivedStays) {
   constexpr int64_t kTime = 132'000'000'000'000'000, kLater = kTime + 10'000'000;
-  const std::pair<const char*, int64_t> kRows[] = {{"newer", kTime}, {"b", kLater}};
+  const struct {
+    const char* bytes;
+    int64_t time;
+  } kRows[] = {{"newer", kTime}, {"b", kLater}};
   state.Strict = true;
-  for (const auto& [bytes, time] : kRows) {
-    SCOPED_TRACE(bytes);
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.bytes);
     for (const char* name : {"a", "b"}) machine->MakeFile(tree + name, name);
     machine->SetLastWrite(tree + "a", kTime);
     view.on_status = [&](const std::string& status) {
       if (status != "Deleting file: " + tree + "b") return;
-      machine->MakeFile(tree + "a", bytes);
-      machine->SetLastWrite(tree + "a", time);
+      machine->MakeFile(tree + "a", row.bytes);
+      machine->SetLastWrite(tree + "a", row.time);
     };
     const std::string drive = state.BackupDrive;
     static_cast<RunTotals&>(state) = {};
     state.BackupDrive = drive;
     CleanInOrder({"a", "b"});
     EXPECT_EQ(machine->Tree(tree), Names{"a"});
-    EXPECT_EQ(Read(tree + "a"), bytes);
+    EXPECT_EQ(Read(tree + "a"), row.bytes);
     EXPECT_TRUE(Holds(StayedNames(state, 9), "it changed after it was archived"));
     EXPECT_TRUE(state.SomeFilesLocked);
     EXPECT_EQ(state.FilesBackedUp, 1);

@@ -41,6 +41,7 @@ class PreviewRegistry : public Registry {
   KeyHome LastingName(RegistryRoot root, std::string_view key) override {
     return inner_.LastingName(root, key);
   }
+  std::vector<std::string> TakeOutdated() override { return inner_.TakeOutdated(); }
 
  private:
   Registry& inner_;

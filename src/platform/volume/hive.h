@@ -46,6 +46,8 @@ class Hive {
 
   HiveNode root() const { return root_; }
   const std::string& path() const { return path_; }
+  // A sentence; "" while nothing is known that keeps it from being changed.
+  const std::string& read_only_reason() const { return state_.read_only_reason; }
   // Grows with every change.
   uint64_t generation() const { return generation_; }
   // Throws Error (kDenied) with the reason when the hive can only be read. Before the first change

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "platform/error.h"
 #include "platform/path.h"
@@ -81,7 +82,9 @@ std::string VolumeRegistry::TrueNameOf(std::string_view hive_or_place,
 
 std::shared_ptr<Hive> VolumeRegistry::HiveAt(const std::string& path) {
   std::shared_ptr<Hive>& hive = hives_[path];
-  if (!hive) hive = Hive::Open(files_, path);
+  if (hive) return hive;
+  hive = Hive::Open(files_, path);
+  if (hive && !hive->read_only_reason().empty()) outdated_.push_back(hive->read_only_reason());
   return hive;
 }
 
@@ -192,6 +195,8 @@ void VolumeRegistry::CreateKey(RegistryRoot root, std::string_view path) {
     if (!name.empty()) node = hive->CreateSubKey(node, name);
   }
 }
+
+std::vector<std::string> VolumeRegistry::TakeOutdated() { return std::exchange(outdated_, {}); }
 
 void VolumeRegistry::ClearLeftovers() {
   if (keeps_hives_) return;

@@ -32,6 +32,7 @@ class VolumeRegistry : public Registry {
   // Originals of hives that a killed run has replaced, and those that an earlier one was to keep,
   // unless this one is to keep them as well.
   void ClearLeftovers() override;
+  std::vector<std::string> TakeOutdated() override;
 
   void CreateKey(RegistryRoot root, std::string_view path);
 
@@ -70,6 +71,7 @@ class VolumeRegistry : public Registry {
   std::vector<Mount> mounts_;
   std::map<std::string, std::string> true_names_;  // of hive files and roots
   std::map<std::string, std::shared_ptr<Hive>> hives_;
+  std::vector<std::string> outdated_;  // not yet told
   bool keeps_hives_ = false;
 };
 
