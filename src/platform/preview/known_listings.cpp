@@ -17,6 +17,7 @@ KnownListings::Known KnownListings::Find(const FileId& folder, Detail detail) {
 
 void KnownListings::Keep(const FileId& folder, Known known) {
   const size_t bytes = SizeOf(known);
+  is_noted_ = false;
   Forget(folder);
   if (bytes > most_ / 2) return;
   if (bytes_ + bytes > most_ / 2) {
@@ -40,11 +41,16 @@ size_t KnownListings::SizeOf(const Known& known) {
 }
 
 void KnownListings::NoteGone(const FileId& folder, std::string_view name) {
-  for (Generation* generation : {&young_, &old_}) {
-    if (const auto place = generation->find(folder); place != generation->end()) {
-      return place->second.gone.push_back(name);
+  if (!is_noted_ || noted_folder_ != folder) {
+    noted_folder_ = folder;
+    noted_ = nullptr;
+    is_noted_ = true;
+    for (Generation* generation : {&old_, &young_}) {
+      if (const auto place = generation->find(folder); place != generation->end())
+        noted_ = &place->second;
     }
   }
+  if (noted_ != nullptr) noted_->gone.push_back(name);
 }
 
 }  // namespace quellix

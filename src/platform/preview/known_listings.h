@@ -45,6 +45,10 @@ class KnownListings {
   const size_t most_;
   size_t bytes_ = 0;  // of the young ones
   Generation young_, old_;
+  // Of the folder that NoteGone was last called for: most that goes is in the same one.
+  bool is_noted_ = false;
+  FileId noted_folder_;
+  Known* noted_ = nullptr;
 };
 
 }  // namespace quellix

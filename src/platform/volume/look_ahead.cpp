@@ -96,10 +96,8 @@ std::optional<Seen> LookAhead::Take(const FileId& id, std::string_view name) {
   if (next > count_) return std::nullopt;
   const size_t last = std::min(count_, next + kMostPassed);
   size_t number = next;
-  if (NameOf(next) != name) {
-    while (number <= last && !IsIn(number, id, name)) ++number;
-  }
-  if (number > last || !IsIn(number, id, name)) {
+  while (number <= last && !IsIn(number, id, name)) ++number;
+  if (number > last) {
     MoveOnTo(next);
     if (++misses_ > kMostMisses) End();
     return std::nullopt;
