@@ -95,18 +95,50 @@ void DropFiles(PathList& files, const Stays& stays) {
   files = std::move(going);
 }
 
+namespace {
+
+// What a folder's scan has found so far, while it goes on.
+class FoundSoFar {
+ public:
+  FoundSoFar(CleaningContext& context, Claim claim, const Stays& stays)
+      : context_(context), claim_(claim), stays_(stays) {}
+
+  // Where a machine looks at files ahead, they wait for that until the next ones are there.
+  void Take(FileList found) {
+    Remove();
+    waiting_ = std::move(found);
+    if (stays_) DropFiles(waiting_.PendingFiles, stays_);
+    expected_ = ExpectLooks(context_, {&waiting_, 1});
+    if (!expected_) Remove();
+  }
+  void Remove() {
+    if (!waiting_.folder) return;
+    RemovePendingFiles(context_, waiting_, claim_);
+    expected_.reset();
+    waiting_ = {};
+  }
+
+ private:
+  CleaningContext& context_;
+  const Claim claim_;
+  const Stays& stays_;
+  FileList waiting_;
+  std::shared_ptr<void> expected_;  // uses the list
+};
+
+}  // namespace
+
 void CleanFolder(CleaningContext& context, std::string_view path, std::string_view mask,
                  FoldersPass folders_pass, Claim claim, const Stays& stays) {
-  const auto remove = [&](FileList& found) {
-    if (stays) DropFiles(found.PendingFiles, stays);
-    RemovePendingFiles(context, found, claim);
-  };
+  FoundSoFar found(context, claim, stays);
   // A look changes nothing, so that its first rows need not await the end of the scan.
   FirstFound first;
-  if (context.state.IsPreview) first = [&](FileList found) { remove(found); };
+  if (context.state.IsPreview) first = [&](FileList part) { found.Take(std::move(part)); };
   FileList list = CollectAllowed(context, path, mask, claim, first);
+  found.Remove();
   if (!list.folder) return;
-  remove(list);
+  if (stays) DropFiles(list.PendingFiles, stays);
+  RemovePendingFiles(context, list, claim);
   if (folders_pass == FoldersPass::kYes) RemovePendingFolders(context, list);
 }
 

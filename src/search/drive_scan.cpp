@@ -16,8 +16,8 @@
 namespace quellix {
 namespace {
 
-// More than a window shows at once; then so many times more each time.
-constexpr size_t kFirstFound = 200, kGrowth = 8;
+// More than a window shows at once; then so many times more each time, up to a limit.
+constexpr size_t kFirstFound = 200, kGrowth = 8, kMostFound = 8192;
 
 // What both kinds of scan share: mask and status.
 class ScanVisitor : public FolderVisitor {
@@ -73,7 +73,7 @@ class CollectingVisitor : public ScanVisitor {
 
  private:
   void HandOut() {
-    enough_ *= kGrowth;
+    enough_ = std::min(enough_ * kGrowth, kMostFound);
     first_({list_.folder, list_.folder_path, std::exchange(list_.PendingFiles, {}), {}});
   }
 

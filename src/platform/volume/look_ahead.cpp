@@ -16,7 +16,7 @@ namespace {
 // Nearer to who asks it would be overtaken while it looks.
 constexpr size_t kLead = 64;
 // So often a thread that waits is woken.
-constexpr size_t kPiece = 256;
+constexpr size_t kPiece = 1024;
 // So many that were not asked for are passed over.
 constexpr size_t kMostPassed = 64;
 // After so many in vain it is of no use.

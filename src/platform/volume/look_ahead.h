@@ -35,7 +35,7 @@ class LookAhead {
   void End();
 
  private:
-  static constexpr size_t kMostAhead = 1024;
+  static constexpr size_t kMostAhead = 8192;
   struct Slot {
     std::atomic<size_t> number{0};  // of the path that is seen here, from 1 on
     FileId folder;
