@@ -88,9 +88,9 @@ int ConsoleCommands::RunOn(const CLI::App& command, const RunTarget& target, con
   return open->Store() ? code : kFailed;
 }
 
-CLI::App& ConsoleCommands::AddPlain(const char* name, const char* what,
-                                    std::function<int()> action) {
-  CLI::App& command = *app_.add_subcommand(name, what);
+CLI::App& ConsoleCommands::AddPlainTo(CLI::App& group, const char* name, const char* what,
+                                      std::function<int()> action) {
+  CLI::App& command = *group.add_subcommand(name, what);
   rows_.push_back({&command, std::move(action)});
   return command;
 }

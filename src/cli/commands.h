@@ -33,7 +33,11 @@ class ConsoleCommands {
   }
   CLI::App& AddTo(CLI::App& group, const char* name, const char* what, Action action);
   // One that needs no machine.
-  CLI::App& AddPlain(const char* name, const char* what, std::function<int()> action);
+  CLI::App& AddPlain(const char* name, const char* what, std::function<int()> action) {
+    return AddPlainTo(app_, name, what, std::move(action));
+  }
+  CLI::App& AddPlainTo(CLI::App& group, const char* name, const char* what,
+                       std::function<int()> action);
 
   // A command that changes what is on the machine: unless it is called "preview", its --preview is
   // given or of --delete, --enable and --disable none is, or `is_elsewhere`, asked when the machine
@@ -102,6 +106,8 @@ void AddSearchCommand(ConsoleCommands& commands);      // search
 void AddRemoveCommand(ConsoleCommands& commands);      // remove
 void AddWipeFreeCommand(ConsoleCommands& commands);    // wipe-free
 void AddKeepCommands(ConsoleCommands& commands);       // keep list, add, remove
+void AddFavoritesCommands(ConsoleCommands& commands);  // favorites list, check
+void AddUpdateCommand(ConsoleCommands& commands);      // update check
 void AddWindowsCommands(ConsoleCommands& commands);    // windows list, preview, process
 void AddRegistryCommand(ConsoleCommands& commands);    // registry
 void AddManualCommand(ConsoleCommands& commands);      // manual

@@ -42,8 +42,8 @@ int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platfo
   for (const auto& add :
        {AddCleanCommands, AddBrowserCommands, AddBackupCommands, AddPluginCommands,
         AddRecipeCommands, AddCacheCommands, AddSearchCommand, AddRemoveCommand, AddWipeFreeCommand,
-        AddRegistryCommand, AddKeepCommands, AddWindowsCommands, AddVolumesCommand,
-        AddManualCommand, AddCompletionCommand}) {
+        AddRegistryCommand, AddKeepCommands, AddFavoritesCommands, AddWindowsCommands,
+        AddVolumesCommand, AddUpdateCommand, AddManualCommand, AddCompletionCommand}) {
     add(commands);
   }
   try {

@@ -19,6 +19,7 @@ constexpr struct {
     {"Desktop", "Desktop", "\\Desktop"},
     {"Documents", "Personal", "\\Documents"},
     {"Downloads", "{374DE290-123F-4565-9164-39C4925E467B}", "\\Downloads"},
+    {"Favorites", "Favorites", "\\Favorites"},
     {"Music", "My Music", "\\Music"},
     {"Pictures", "My Pictures", "\\Pictures"},
     {"Videos", "My Video", "\\Videos"},

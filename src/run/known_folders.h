@@ -13,7 +13,7 @@ namespace quellix {
 // The path that a text value of the key holds, variables replaced; "" when there is none.
 std::string ReadFolderValue(const Machine& machine, RegistryKey& key, std::string_view name);
 
-// The path of "Desktop", "Documents", "Downloads", "Music", "Pictures", "Videos" or
+// The path of "Desktop", "Documents", "Downloads", "Favorites", "Music", "Pictures", "Videos" or
 // "LocalLowAppData", in any case; nothing for another name. The folder need not be there.
 std::optional<std::string> KnownFolder(const Machine& machine, std::string_view name);
 

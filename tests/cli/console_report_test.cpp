@@ -8,6 +8,7 @@
 
 #include "cli/console_fixture.h"
 #include "console_schema.h"
+#include "run/known_folders.h"
 #include "support/browser_fixture.h"
 
 namespace quellix {
@@ -48,6 +49,10 @@ struct ConsoleReportTest : Console<BrowserFixture> {
     machine->MakeFile(temp + "kept.bak", "1");
     machine->MakeFile(scratch + "one.qxj", "123");
     machine->MakeFile(scratch + "logs\\x.log", "1");
+    const std::string favorites = KnownFolder(ports, "Favorites").value() + "\\";
+    machine->MakeFile(favorites + "a.url", "[InternetShortcut]\r\nURL=http://a.invalid/\r\n");
+    machine->MakeFile(favorites + "b.url", "[InternetShortcut]\r\nURL=http://A.invalid\r\n");
+    machine->MakeFile(favorites + "c.url", "");
     machine->SetText(kUser, kRunMruKey, "a", "x");
     machine->SetText(kUser, kRunMruKey, "", "default");
     machine->SetText(kMachine, "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\qx.exe",
@@ -93,6 +98,10 @@ const struct {
     {"browsers clean", {"browsers", "clean", "firefox", "firefox:forms"}, 0},
     {"search", {"search", "unnecessary"}, 1},
     {"search", {"search", "unnecessary", "--delete", "--preview"}, 1},
+    {"favorites list", {"favorites", "list"}, 3},
+    {"favorites list", {"favorites", "list", "--delete", "--preview"}, 3},
+    {"favorites list", {"favorites", "list", "--delete"}, 3},
+    {"favorites check", {"favorites", "check", "--proxy", "http://127.0.0.1:1"}, 1},
     {"registry", {"registry", "app-paths"}, 1},
     {"registry", {"registry", "app-paths", "--delete", "--preview"}, 1},
     {"registry", {"registry", "startup"}, 0},

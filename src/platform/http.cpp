@@ -1,0 +1,47 @@
+#include "platform/http.h"
+
+namespace quellix {
+
+HttpAnswer Fetch(Http& http, const HttpRequest& request, const Pause& pause, uint64_t total) {
+  constexpr int kMilliseconds = 20;
+  constexpr size_t kId = 0;
+  http.Begin(kId, request);
+  while (!pause({.done = http.Received(kId), .total = total, .path = request.url})) {
+    auto ended = http.Wait(kMilliseconds);
+    if (!ended.empty()) return std::move(ended[0].second);
+  }
+  http.GiveUp();
+  return {};
+}
+
+const char* HttpEndText(HttpEnd end) {
+  switch (end) {
+    case HttpEnd::kAnswered:
+      return "";
+    case HttpEnd::kBadAddress:
+      return "the address is none of the web";
+    case HttpEnd::kNoName:
+      return "the server's name is not known";
+    case HttpEnd::kNoConnection:
+      return "the server cannot be reached";
+    case HttpEnd::kProxy:
+      return "the proxy does not let it through";
+    case HttpEnd::kNoTls:
+      return "the server speaks no encryption that is known here";
+    case HttpEnd::kCertificate:
+      return "the server's certificate is not valid";
+    case HttpEnd::kTimeout:
+      return "the server took too long";
+    case HttpEnd::kTooLarge:
+      return "the answer is too large";
+    case HttpEnd::kCutOff:
+      return "the connection broke off";
+    case HttpEnd::kNoHttp:
+      return "the answer is none of a web server";
+    case HttpEnd::kStopped:
+      break;
+  }
+  return "it was stopped";
+}
+
+}  // namespace quellix

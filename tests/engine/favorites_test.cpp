@@ -1,0 +1,292 @@
+// Internet shortcuts and bookmarks: listed, judged, asked for, and removed so that they come back.
+
+#include "browser_tools/favorites.h"
+#include "browser_tools/favorite_files.h"
+#include "platform/error.h"
+#include "run/known_folders.h"
+#include "run/run_steps.h"
+#include "support/run_fixture.h"
+#include "support/web_server.h"
+
+namespace quellix {
+namespace {
+
+std::string Shortcut(const std::string& address) {
+  return "[InternetShortcut]\r\nURL=" + address + "\r\n";
+}
+
+struct FavoritesTest : RunFixture {
+  FavoritesTest() : folder(KnownFolder(ports, "Favorites").value() + "\\") { Clear(); }
+  ~FavoritesTest() override { Clear(); }
+  void Clear() {
+    Names tree = machine->Exists(folder) ? machine->Tree(folder) : Names{};
+    for (auto path = tree.rbegin(); path != tree.rend(); ++path) {
+      path->ends_with("\\") ? ports.files.RemoveFolder(folder + path->substr(0, path->size() - 1))
+                            : ports.files.RemoveFile(folder + *path);
+    }
+  }
+  void Make(const std::string& name, const std::string& bytes) {
+    machine->MakeFile(folder + name, bytes);
+  }
+  // "Fault|place|name|address", a line each.
+  static Names Rows(const Favorites& favorites) {
+    Names rows;
+    for (size_t i = 0; i < favorites.RowCount(); ++i) {
+      const FavoriteRow& row = favorites.row(i);
+      rows.push_back(std::string(FaultName(row.fault)) + "|" + row.place + "|" + row.name + "|" +
+                     row.address);
+    }
+    return rows;
+  }
+  Names Listed() {
+    Favorites favorites(ports);
+    favorites.Load();
+    EXPECT_EQ(favorites.problem(), "");
+    return Rows(favorites);
+  }
+  // Two of each kind.
+  void Seed() {
+    Make("a.url", Shortcut("http://a.example/x"));
+    Make("b.url", Shortcut("HTTP://A.Example:80/x"));
+    Make("c.URL", "");
+    Make("News\\a.url", Shortcut("http://a.example/x"));
+    Make("News\\desktop.ini", "x");
+    Make("Old\\desktop.ini", "x");
+    machine->MakeFolder(folder + "Empty\\Below\\Deeper");
+  }
+  const std::string folder;
+};
+
+TEST_F(FavoritesTest, EachIsListedWithWhatIsTheMatter) {
+  Seed();
+  const Names tree = machine->Tree(folder);
+  const Names expected{"||a|http://a.example/x", "duplicate||b|HTTP://A.Example:80/x",
+                       "malformed||c|", "emptyFolder||Empty|",
+                       "duplicate|News|a|http://a.example/x"};
+  EXPECT_EQ(Listed(), expected);
+  EXPECT_EQ(Listed(), expected);
+  EXPECT_EQ(machine->Tree(folder), tree);
+}
+
+TEST_F(FavoritesTest, AFileIsReadWhateverItHolds) {
+  const struct {
+    const char* name;
+    std::string bytes;
+    const char *fault, *address;
+  } kRows[] = {
+      {"plain", Shortcut("http://a.example/1"), "", "http://a.example/1"},
+      {"quoted", Shortcut("\"http://a.example/2\""), "", "http://a.example/2"},
+      {"UTF-8", Shortcut("http://a.example/\xC3\xBC"), "", "http://a.example/\xC3\xBC"},
+      {"UTF-8 with its mark", "\xEF\xBB\xBF" + Shortcut("http://a.example/3"), "",
+       "http://a.example/3"},
+      {"code page", Shortcut("http://a.example/\xFC"), "", "http://a.example/\xC3\xBC"},
+      {"UTF-16", "\xFF\xFE" + ToUtf16Bytes(Shortcut("http://a.example/4")), "",
+       "http://a.example/4"},
+      {"lower case", "[internetshortcut]\nurl=http://a.example/5", "", "http://a.example/5"},
+      {"a file", Shortcut("file:///C:/x.htm"), "", "file:///C:/x.htm"},
+      {"a script", Shortcut("javascript:alert(1)"), "", "javascript:alert(1)"},
+      {"mail", Shortcut("mailto:a@b.example"), "", "mailto:a@b.example"},
+      {"nothing", "", "malformed", ""},
+      {"another section", "[DEFAULT]\r\nBASEURL=http://a.example/\r\n", "malformed", ""},
+      {"no address", Shortcut(""), "malformed", ""},
+      {"no scheme", Shortcut("www.a.example"), "malformed", "www.a.example"},
+      {"no host", Shortcut("http:///x"), "malformed", "http:///x"},
+      {"a bare scheme", Shortcut("http:"), "malformed", "http:"},
+      {"binary", std::string("\0\1\2\3\xFF\xFE\x80", 7) + std::string(500, '\0'), "malformed", ""},
+      {"a megabyte", Shortcut("http://a.example/6") + std::string(1 << 20, 'x'), "malformed", ""},
+  };
+  for (const auto& row : kRows) {
+    Make("x.url", row.bytes);
+    EXPECT_EQ(Listed(), Names{std::string(row.fault) + "||x|" + row.address}) << row.name;
+  }
+}
+
+TEST_F(FavoritesTest, OnlyWhatNoServerTellsApartIsADuplicate) {
+  const struct {
+    const char *a, *b;
+    bool same;
+  } kRows[] = {
+      {"http://a.example", "http://A.Example:80/", true},
+      {"https://a.example:443/x", "https://a.example/x", true},
+      {"http://a.example/%c3%bc", "http://a.example/%C3%BC", true},
+      {"http://a.example/x", "http://a.example/X", false},
+      {"http://a.example/x", "http://a.example/x/", false},
+      {"http://a.example/x", "https://a.example/x", false},
+      {"http://a.example/x", "http://www.a.example/x", false},
+      {"http://a.example/x#1", "http://a.example/x#2", false},
+      {"http://a.example/?a&b", "http://a.example/?b&a", false},
+      {"http://u@a.example/", "http://a.example/", false},
+      {"http://a.example/%41", "http://a.example/A", false},
+      {"mailto:a@b", "mailto:A@b", false},
+      {"file:///C:/x", "file:///C:/x", true},
+  };
+  for (const auto& row : kRows)
+    EXPECT_EQ(ComparedAddress(row.a) == ComparedAddress(row.b), row.same) << row.a << " " << row.b;
+}
+
+TEST_F(FavoritesTest, WhatIsMarkedGoesAndCanComeBack) {
+  for (const char* const mode : {"D", "B"}) {
+    Clear();
+    Seed();
+    WriteSettings(std::string("[General]\r\nDelMethod=") + mode + "\r\n");
+    Favorites favorites(ports);
+    favorites.Load();
+    favorites.CheckMarked();
+    EXPECT_EQ(favorites.CheckedRows(), (std::vector<size_t>{1, 2, 3, 4}));
+    EXPECT_TRUE(Holds(favorites.QuestionFor(4), *mode == 'B' ? "a backup?" : "recycle bin?"));
+    engine.Load();
+    engine.state().Entries = std::make_shared<RunEntries>();
+    favorites.Delete(engine.context(), favorites.CheckedRows());
+    EXPECT_EQ(favorites.stayed(), "");
+    EXPECT_EQ(Rows(favorites), Names{"||a|http://a.example/x"});
+    EXPECT_EQ(Listed(), Names{"||a|http://a.example/x"});
+    EXPECT_EQ(machine->Tree(folder),
+              (Names{"News\\", "News\\desktop.ini", "Old\\", "Old\\desktop.ini", "a.url"}));
+    for (const RunEntry& entry : engine.state().Entries->all) {
+      if (entry.kind != EntryKind::kFile) continue;
+      EXPECT_EQ(entry.way, *mode == 'B' ? Way::kBackedUp : Way::kRecycled) << entry.place;
+    }
+    EXPECT_EQ(engine.state().RunFilesDeleted, *mode == 'B' ? 6 : 3);
+  }
+}
+
+TEST_F(FavoritesTest, WhatHasChangedSinceStays) {
+  Seed();
+  Favorites favorites(ports);
+  favorites.Load();
+  favorites.CheckMarked();
+  Make("b.url", Shortcut("http://other.example/"));
+  Make("Empty\\Below\\Deeper\\new.url", Shortcut("http://new.example/"));
+  ports.files.RemoveFile(folder + "c.URL");
+  WriteOwn("keep.txt", folder + "News\\*\r\n");
+  const Names tree = machine->Tree(folder);
+  engine.Load();
+  favorites.Delete(engine.context(), favorites.CheckedRows());
+  EXPECT_EQ(machine->Tree(folder), tree);
+  for (const char* const why : {"b.url: It holds another address by now.", "It is no longer empty.",
+                                "c.URL: It is no longer there.", "News\\a.url: "})
+    EXPECT_TRUE(Holds(favorites.stayed(), why));
+}
+
+TEST_F(FavoritesTest, AStopKeepsWhatIsLeft) {
+  Seed();
+  Favorites favorites(ports);
+  favorites.Load();
+  favorites.CheckMarked();
+  engine.Load();
+  view.stops = true;
+  const Names tree = machine->Tree(folder);
+  favorites.Delete(engine.context(), favorites.CheckedRows());
+  EXPECT_EQ(machine->Tree(folder), tree);
+}
+
+constexpr const char* kBookmarks = R"(<!DOCTYPE NETSCAPE-Bookmark-file-1>
+<!-- a comment with <A HREF="http://no.example"> in it -->
+<META HTTP-EQUIV="Content-Type" CONTENT="text/html; charset=UTF-8">
+<TITLE>Bookmarks</TITLE><H1>Bookmarks</H1>
+<DL><p>
+<DT><H3 ADD_DATE="1">News &amp; more</H3>
+<DL><p>
+<DT><A HREF="http://a.example/?a=1&amp;b=2" ICON="data:x>y">A &lt;1&gt; &#252;&#x41;&none;</A>
+<DD>what somebody wrote of it
+<dt><a add_date=3 href=http://b.example/>B</a>
+</DL><p>
+<DT><H3>Empty</H3><DL><p></DL><p>
+<DT><A HREF='http://a.example/?a=1&b=2'>again</A>
+<DT><A>nothing</A>
+</DL><p>
+)";
+
+TEST_F(FavoritesTest, ExportedBookmarksAreListed) {
+  Favorites favorites(ports);
+  favorites.LoadBookmarks(kBookmarks, "bookmarks.html");
+  EXPECT_EQ(Rows(favorites),
+            (Names{"|News & more|A <1> \xC3\xBC"
+                   "A&none;|http://a.example/?a=1&b=2",
+                   "|News & more|B|http://b.example/", "emptyFolder||Empty|",
+                   "duplicate||again|http://a.example/?a=1&b=2", "malformed||nothing|"}));
+  EXPECT_FALSE(favorites.can_delete());
+  favorites.CheckMarked();
+  EXPECT_TRUE(favorites.CheckedRows().empty());
+}
+
+TEST_F(FavoritesTest, WhatAreNoBookmarksIsRefusedOrPassedOver) {
+  Favorites favorites(ports);
+  for (const std::string& bytes : {std::string(), std::string("<html>"), std::string(1000, '\0')})
+    EXPECT_THROW(favorites.LoadBookmarks(bytes, "x"), Error);
+  const std::string head = "<!DOCTYPE NETSCAPE-Bookmark-file-1>";
+  const std::pair<std::string, size_t> kRows[] = {
+      {"<A HREF=\"x", 1},
+      {"<A HREF=\"x>a</A><A HREF=y>b", 1},
+      {"</DL></DL><A HREF=y>", 1},
+      {"<DL><H3>a<H3>b<DL><A HREF=x>c", 1},
+      {"<", 0},
+      {"<A", 1},
+      {"&#", 0},
+      {"<!--", 0},
+  };
+  for (const auto& [text, count] : kRows)
+    EXPECT_EQ(ReadBookmarks(head + text, ports.system).size() > 0, count > 0) << text;
+  std::string deep = head;
+  for (int i = 0; i < 20'000; ++i) deep += "<DL><H3>folder</H3>";
+  deep += "<A HREF=http://a.example/>a</A>";
+  EXPECT_FALSE(ReadBookmarks(deep, ports.system).empty());
+}
+
+struct FavoritesAskedTest : WebServerTest {
+  // What came of each address, in their order.
+  Names Ask(const std::vector<std::string>& addresses) {
+    Names answers(addresses.size());
+    AskAddresses(*http, machine->machine().system, addresses,
+                 [&](size_t index, const AddressAnswer& answer) {
+                   answers[index] = std::string(AnswerName(answer.state)) + ": " + answer.text;
+                 },
+                 {});
+    return answers;
+  }
+  std::unique_ptr<TestMachine> machine = TestMachine::Create();
+};
+
+TEST_F(FavoritesAskedTest, EachAnswerIsToldFromTheOthers) {
+  const std::pair<std::string, std::string> kRows[] = {
+      {At("/ok"), "answers: it answers"},
+      {At("/get"), "answers: it answers"},
+      {At("/huge"), "answers: it answers"},
+      {At("/claim"), "answers: it answers"},
+      {At("/hops/3"), "answers: it answers"},
+      {At("/status/404"), "gone: the page is gone (404)"},
+      {At("/status/410"), "gone: the page is gone (410)"},
+      {At("/status/403"), "answers: it lets nobody in unknown (403)"},
+      {At("/status/500"), "unreachable: the server has an error (500)"},
+      {At("/loop"), "unreachable: it leads on and on"},
+      {At("/to/file:///etc/passwd"), "unreachable: it leads to what is not opened from here"},
+      {At("/to/javascript:alert(1)"), "unreachable: it leads to what is not opened from here"},
+      {At("/nothing"), "unreachable: " + TextHere(HttpEnd::kCutOff)},
+      {At("/noise"), "unreachable: the answer is none of a web server"},
+      {At("/hang"), "unreachable: the server took too long"},
+      {Address("QUELLIX_CLOSED_PORT", "/"), "unreachable: the server cannot be reached"},
+      {Address("QUELLIX_TLS_PORT", "/ok", "https"),
+       "unreachable: " + TextHere(HttpEnd::kCertificate)},
+      {"http://nobody.invalid/", "unreachable: the server's name is not known"},
+      {"file:///etc/hostname", ""},
+      {"javascript:alert(1)", ""},
+      {"", ""},
+  };
+  std::vector<std::string> addresses;
+  for (const auto& row : kRows) addresses.push_back(row.first);
+  const Names answers = Ask(addresses);
+  for (size_t i = 0; i < answers.size(); ++i)
+    EXPECT_EQ(answers[i], kRows[i].second) << addresses[i];
+}
+
+TEST_F(FavoritesAskedTest, AStopAsksForNoMore) {
+  std::vector<std::string> addresses(100, At("/hang"));
+  int found = 0;
+  AskAddresses(
+      *http, machine->machine().system, addresses, [&](size_t, const AddressAnswer&) { ++found; },
+      [](const Progress&) { return true; });
+  EXPECT_EQ(found, 0);
+}
+
+}  // namespace
+}  // namespace quellix

@@ -1,0 +1,187 @@
+// New versions: told by a server, fetched only as they were signed, and started.
+
+#include "app/updates.h"
+#include "platform/error.h"
+#include "support/noting_shell.h"
+#include "support/run_fixture.h"
+#include "support/web_server.h"
+
+namespace quellix {
+namespace {
+
+TEST(VersionTest, VersionsAreNumbers) {
+  const struct {
+    const char *a, *b;
+    std::optional<int> order;
+  } kRows[] = {
+      {"1.0", "1.0", 0},
+      {"1.0", "1.0.0.0", 0},
+      {"0.9.9", "0.10.0", -1},
+      {"2", "1.99.99.99", 1},
+      {"1.2.3", "1.2.4", -1},
+      {"1.2.3.5", "1.2.3.4", 1},
+      {"", "1", {}},
+      {"1", "", {}},
+      {"1.2.3.4.5", "1", {}},
+      {"1.", "1", {}},
+      {".1", "1", {}},
+      {"1.x", "1", {}},
+      {"-1", "1", {}},
+      {"1 ", "1", {}},
+      {"99999999999", "1", {}},
+      {"1.0.0\\..\\..", "1", {}},
+  };
+  for (const auto& row : kRows) EXPECT_EQ(CompareVersions(row.a, row.b), row.order) << row.a;
+}
+
+struct UpdatesTest : WebServerTest {
+  static UpdateSource Source(const std::string& name) {
+    return {.server = At("/" + name), .key = Variable("QUELLIX_UPDATE_TEST_KEY"), .version = "1.0"};
+  }
+  UpdateCheck Check(const std::string& name) { return CheckForUpdate(*http, Source(name)); }
+  // Why the installer is refused, or its size.
+  std::string Fetched(const UpdateSource& source, const std::string& version = "99.1.0") {
+    try {
+      return std::to_string(FetchInstaller(*http, source, version).size());
+    } catch (const Error& error) {
+      return error.what();
+    }
+  }
+};
+
+TEST_F(UpdatesTest, AServerTellsOfANewVersion) {
+  const UpdateCheck check = Check("new");
+  EXPECT_EQ(check.result, UpdateResult::kNew) << check.problem;
+  EXPECT_EQ(check.version, "99.1.0");
+  EXPECT_EQ(check.news, "\nSmaller, faster, kinder.\n[31mred\n");
+  EXPECT_TRUE(Holds(check.Text(), "There is a new version: 99.1.0."));
+  UpdateSource newest = Source("new");
+  newest.version = "99.1.0";
+  EXPECT_EQ(CheckForUpdate(*http, newest).result, UpdateResult::kNone);
+  EXPECT_EQ(Check("old").result, UpdateResult::kNone);
+}
+
+TEST_F(UpdatesTest, WhatIsNoAnswerIsTold) {
+  const std::pair<const char*, const char*> kRows[] = {
+      {"words", "what it tells is no version"},      {"empty", "what it tells is no version"},
+      {"binary", "what it tells is no version"},     {"many", "the answer is too large"},
+      {"missing", "it answers with an error (404)"}, {"moved-text", "it leads elsewhere (302)"},
+  };
+  for (const auto& [name, problem] : kRows) {
+    const UpdateCheck check = Check(name);
+    EXPECT_EQ(check.result, UpdateResult::kUnreachable) << name;
+    EXPECT_EQ(check.problem, problem) << name;
+    EXPECT_TRUE(Holds(check.Text(), problem));
+  }
+  const auto stop = [](const Progress&) { return true; };
+  EXPECT_EQ(CheckForUpdate(*http, Source("new"), stop).problem, "it was stopped");
+}
+
+TEST_F(UpdatesTest, OnlyAServerThatNobodyCanStandInForIsAsked) {
+  const std::pair<std::string, std::string> kRows[] = {
+      {"http://updates.example", "must begin with https://"},
+      {"http://127.0.0.1.example", "must begin with https://"},
+      {"ftp://127.0.0.1", "is no address"},
+      {"updates.example", "is no address"},
+      {"https://updates.example?x=", "is no address"},
+      {Address("QUELLIX_TLS_PORT", "/new", "https"), TextHere(HttpEnd::kCertificate)},
+      {Address("QUELLIX_CLOSED_PORT", ""), "cannot be reached"},
+  };
+  for (const auto& [server, problem] : kRows) {
+    const UpdateCheck check = CheckForUpdate(*http, {server, "", "1.0"});
+    EXPECT_EQ(check.result, UpdateResult::kUnreachable) << server;
+    EXPECT_TRUE(Holds(check.problem, problem));
+  }
+  const UpdateCheck none = CheckForUpdate(*http, {});
+  EXPECT_EQ(none.result, UpdateResult::kNoServer);
+  EXPECT_TRUE(Holds(none.Text(), "No server is set"));
+}
+
+TEST_F(UpdatesTest, OnlyWhatWasSignedIsFetched) {
+  EXPECT_EQ(Fetched(Source("new")), "102402");
+  const std::pair<const char*, const char*> kRows[] = {
+      {"missing", "it answers with an error (404)"},
+      {"unsigned", "what tells its checksum is not signed"},
+      {"no-facts", "the signature of its checksum is not that of its makers"},
+      {"other-key", "the signature of its checksum is not that of its makers"},
+      {"changed-facts", "the signature of its checksum is not that of its makers"},
+      {"other-version", "its checksum is that of something else"},
+      {"changed", "what came is not what its makers signed"},
+      {"shorter", "what came is not what its makers signed"},
+      {"longer", "the answer is too large"},
+      {"cut", "the connection broke off"},
+      {"moved", "it leads elsewhere (302)"},
+      {"moved-facts", "it leads elsewhere (302)"},
+  };
+  for (const auto& [name, why] : kRows)
+    EXPECT_EQ(Fetched(Source(name)), std::string("The new version was not installed: ") + why + ".")
+        << name;
+}
+
+TEST_F(UpdatesTest, ADowngradeIsNoUpdateAndWithoutAKeyNoneIsFetched) {
+  UpdateSource source = Source("new");
+  source.version = "99.1.0";
+  EXPECT_TRUE(Holds(Fetched(source), "it is no newer one"));
+  source.version = "99.2";
+  EXPECT_TRUE(Holds(Fetched(source), "it is no newer one"));
+  EXPECT_TRUE(Holds(Fetched(Source("new"), "..\\..\\x"), "it is no newer one"));
+  source.key.clear();
+  EXPECT_TRUE(Holds(Fetched(source), "without the key"));
+}
+
+TEST_F(UpdatesTest, ADownloadStops) {
+  const auto stop = [](const Progress& progress) { return progress.total > 0; };
+  EXPECT_THROW(FetchInstaller(*http, Source("new"), "99.1.0", stop), Error);
+}
+
+struct InstallerTest : RunFixture {
+  InstallerTest() { Forget(); }
+  ~InstallerTest() override { Forget(); }
+  Names Left() {
+    Names left;
+    for (const std::string& path : machine->Tree(temp))
+      if (path.starts_with("quellix-update-")) left.push_back(path);
+    return left;
+  }
+  void Forget() {
+    NotingShell refusing(ports.shell);
+    refusing.refuses = true;
+    EXPECT_THROW(StartInstaller(On(refusing), "2.0", "x"), Error);
+  }
+  Machine On(Shell& shell) const {
+    return {ports.files,  ports.registry, shell,          ports.url_cache,     ports.profile,
+            ports.system, ports.session,  ports.cleaners, ports.program_folder};
+  }
+};
+
+TEST_F(InstallerTest, ItIsStartedWhereNobodyElseHasPutAnything) {
+  NotingShell shell(ports.shell);
+  StartInstaller(On(shell), "2.0", "installer");
+  EXPECT_TRUE(shell.started.ends_with("\\quellix-2.0-setup.exe")) << shell.started;
+  EXPECT_TRUE(shell.started.starts_with(temp + "quellix-update-")) << shell.started;
+  EXPECT_EQ(Read(shell.started), "installer");
+  const std::string before = shell.started;
+  StartInstaller(On(shell), "2.1", "another");
+  EXPECT_NE(shell.started, before);
+  EXPECT_EQ(Left().size(), 2u);  // the folder and its file
+  Forget();
+  EXPECT_EQ(Left(), Names{});
+}
+
+TEST_F(InstallerTest, TheServerIsAskedOnceAWeek) {
+  EXPECT_TRUE(IsUpdateCheckDue(ports));
+  NoteUpdateCheck(ports);
+  EXPECT_FALSE(IsUpdateCheckDue(ports));
+  const int64_t now = ports.system.UtcNow(), hour = 36'000'000'000;
+  const std::pair<int64_t, bool> kRows[] = {
+      {now - 167 * hour, false}, {now - 169 * hour, true}, {now + hour, true}, {-1, true}};
+  for (const auto& [last, is_due] : kRows) {
+    settings.WriteIniValue("Updates", "LastCheck", std::to_string(last));
+    EXPECT_EQ(IsUpdateCheckDue(ports), is_due) << last;
+  }
+  settings.WriteIniValue("Updates", "LastCheck", "soon");
+  EXPECT_TRUE(IsUpdateCheckDue(ports));
+}
+
+}  // namespace
+}  // namespace quellix
