@@ -70,6 +70,7 @@ void CloseBackup(CleaningContext& context) {
   try {
     context.backup.Close();
   } catch (const std::exception& error) {
+    context.state.SomeErrors = true;
     context.state.RunLog.append("The backup archive could not be finished: ");
     context.state.RunLog.append(error.what()).append("\r\n");
   }

@@ -150,7 +150,7 @@ TEST_P(EveryListTest, BehavesAsAListDoes) {
 // The last column comes to stand first, as by a drag of its heading.
 std::vector<int> TurnColumns(const QuellixWindow& window, HWND list) {
   std::vector<int> columns = window.ColumnsOf(list);
-  std::ranges::rotate(columns, columns.end() - 1);
+  std::rotate(columns.begin(), columns.end() - 1, columns.end());
   window.SetColumnsOf(list, columns);
   EXPECT_EQ(window.ColumnsOf(list), columns);
   return columns;
