@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "platform/error.h"
 #include "platform/text.h"
 #include "run/exit_code.h"
 #include "settings/numbers.h"
@@ -90,8 +91,21 @@ Schedule Plain(Schedule schedule) {
   return is_weekly || schedule.when == When::kDaily ? schedule : empty;
 }
 
+// The program may have moved since.
+bool IsOurs(std::string_view description) {
+  return Has(description, "quellix.exe") && ParseSchedule(description);
+}
+
+void RequireOurs(const std::optional<Scheduler::Task>& task, const std::string& name) {
+  if (task && !IsOurs(task->description))
+    throw Error(Error::Kind::kOther,
+                "Windows' task scheduler has another task called " + name + ".");
+}
+
 std::string ResultText(int32_t code) {
   switch (code) {
+    case kHandedOn:
+      return "Quellix was open and was asked to clean; File, Last log tells what came of it";
     case kDone:
       return "all was done";
     case kSomeFilesStayed:
@@ -160,8 +174,13 @@ ScheduleState ScheduledCleaning::Look(const Locale& locale) const {
   const std::optional<Scheduler::Task> task = scheduler_.Find(Name());
   ScheduleState state;
   if (!task) return state;
+  RequireOurs(task, Name());
   state.schedule = ParseSchedule(task->description).value_or(Schedule{.when = When::kDaily});
-  if (task->next_run) state.next = "Next: " + FormatDateTime(*task->next_run, locale) + ".";
+  if (!task->is_enabled) {
+    state.next = "It is switched off in Windows' task scheduler; OK switches it on again.";
+  } else if (task->next_run) {
+    state.next = "Next: " + FormatDateTime(*task->next_run, locale) + ".";
+  }
   if (!task->last_run) return state;
   state.last = "Last: " + FormatDateTime(*task->last_run, locale) +
                (task->last_result ? ", " + ResultText(*task->last_result) : "") + ".";
@@ -171,12 +190,13 @@ ScheduleState ScheduledCleaning::Look(const Locale& locale) const {
 void ScheduledCleaning::Set(const Schedule& wanted) {
   const Schedule schedule = Plain(wanted);
   const std::optional<Scheduler::Task> task = scheduler_.Find(Name());
+  RequireOurs(task, Name());
   if (schedule.when == When::kNever) {
     if (task) scheduler_.Remove(Name());
     return;
   }
   const std::string text = ScheduleText(schedule, program_, user_);
-  const bool is_so = task && ParseSchedule(task->description) == schedule &&
+  const bool is_so = task && task->is_enabled && ParseSchedule(task->description) == schedule &&
                      Has(task->description, Escaped(program_));
   if (!is_so) scheduler_.Register(Name(), text);
 }

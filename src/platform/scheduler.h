@@ -15,6 +15,7 @@ class Scheduler {
  public:
   struct Task {
     std::string description;
+    bool is_enabled = true;
     std::optional<LocalTime> next_run, last_run;  // nothing where there is none, or nobody knows
     std::optional<int32_t> last_result;           // the exit code of the last run
   };

@@ -36,6 +36,11 @@ HWND MainWindowOf(HWND owner) {
   return search.found;
 }
 
+HWND PrevMainWindow() {
+  const HWND owner = FindWindowW(kClass, Wide(kApplicationTitle).c_str());
+  return owner ? MainWindowOf(owner) : nullptr;
+}
+
 // What ends programs from outside asks every top-level window; only the main one can answer.
 LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message != WM_CLOSE) return DefWindowProcW(window, message, wparam, lparam);
@@ -56,9 +61,23 @@ HiddenOwner::HiddenOwner() {
                                 nullptr, nullptr, description.hInstance, nullptr));
 }
 
+UINT clsPrevInstance::CleanMessage() {
+  static const UINT message = RegisterWindowMessageW(L"QuellixCleanNow");
+  return message;
+}
+
+bool clsPrevInstance::AskToClean() {
+  constexpr UINT kMilliseconds = 10'000;
+  const HWND main = PrevMainWindow();
+  DWORD_PTR answer = 0;
+  return main &&
+         SendMessageTimeoutW(main, CleanMessage(), 0, 0, SMTO_ABORTIFHUNG, kMilliseconds,
+                             &answer) != 0 &&
+         static_cast<LRESULT>(answer) == kTakenOn;
+}
+
 void clsPrevInstance::ActivatePrevInstance() {
-  const HWND owner = FindWindowW(kClass, Wide(kApplicationTitle).c_str());
-  const HWND main = owner ? MainWindowOf(owner) : nullptr;
+  const HWND main = PrevMainWindow();
   if (!main) return;
   ShowWindow(main, SW_SHOW);
   OpenIcon(main);

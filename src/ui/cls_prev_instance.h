@@ -22,6 +22,11 @@ class clsPrevInstance {
   // Brings its main window to the front: shown, restored when minimized. Nothing happens when there
   // is none. Ask before this copy has a window of its own to be found.
   static void ActivatePrevInstance();
+  // Asks its main window to clean as soon as it can; false when it does not take that on.
+  static bool AskToClean();
+  // The message that asks so, and the answer of a window that will.
+  static UINT CleanMessage();
+  static constexpr LRESULT kTakenOn = 0x5158;
 };
 
 }  // namespace quellix

@@ -10,6 +10,7 @@
 #include "app/rights.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "ui/cls_prev_instance.h"
 #include "ui/control_text.h"
 #include "ui/dpi.h"
 #include "ui/dropped_files.h"
@@ -235,17 +236,26 @@ void FrmMain::FindRecipes() {
 }
 
 // Of a run that begins by itself while no window is shown, nobody is told anything.
+void FrmMain::CleanByItself() {
+  engine_.state().BySelf = true;
+  engine_.state().Hidden = !IsWindowVisible(window());
+  Run([this] { engine_.RunCleaning(); });
+  engine_.state().Hidden = engine_.state().BySelf = false;
+}
+
+// By a start that was to run hidden, as that of the task scheduler.
+void FrmMain::CleanAsAsked() {
+  if (!CanClean()) return void(SetTimer(window(), tmrAsked, kLookAgain, nullptr));
+  KillTimer(window(), tmrAsked);
+  CleanByItself();
+}
+
 void FrmMain::OnTimer(UINT_PTR id) {
   if (id == tmrSettle) return FindPrograms();
   if (id == tmrRecipes) return FindRecipes();
+  if (id == tmrAsked) return CleanAsAsked();
   if (id != tmrClean) return;
-  engine_.auto_clean().Tick([this] { return CanClean(); },
-                            [this] {
-                              engine_.state().BySelf = true;
-                              engine_.state().Hidden = !IsWindowVisible(window());
-                              Run([this] { engine_.RunCleaning(); });
-                              engine_.state().Hidden = engine_.state().BySelf = false;
-                            });
+  engine_.auto_clean().Tick([this] { return CanClean(); }, [this] { CleanByItself(); });
 }
 
 void FrmMain::OnSized() {
@@ -413,6 +423,11 @@ bool FrmMain::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_SHOWWINDOW && wparam) tray_.Hide();
   if (message == WM_DROPFILES) {
     RemoveByHand(TakeDropped(wparam));
+    return true;
+  }
+  if (message == clsPrevInstance::CleanMessage() && engine_.is_loaded()) {
+    SetTimer(window(), tmrAsked, USER_TIMER_MINIMUM, nullptr);
+    SetWindowLongPtrW(window(), DWLP_MSGRESULT, clsPrevInstance::kTakenOn);
     return true;
   }
   if (message != TrayIcon::kMessage) return false;

@@ -78,6 +78,8 @@ class FrmMain : public Dialog {
   void ShowSections();
   void LookForRecipes();
   void FindRecipes();
+  void CleanByItself();
+  void CleanAsAsked();
   void GoToTray();
   void ComeForward() const;
   void ShowTrayMenu(POINT screen);

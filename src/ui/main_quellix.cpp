@@ -68,7 +68,9 @@ int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
   if (!machine.session.ClaimInstance(name)) {
     if (profile) {
       Tell("Quellix is open with administrator rights already. Close that window first.");
-    } else if (mode != StartMode::kHidden) {
+    } else if (mode == StartMode::kHidden) {
+      return quellix::clsPrevInstance::AskToClean() ? quellix::kHandedOn : quellix::kFailed;
+    } else {
       quellix::clsPrevInstance::ActivatePrevInstance();
     }
     return quellix::kDone;

@@ -177,6 +177,7 @@
 #define cmdNextTip 1115
 #define tmrClean 1116
 #define tmrSettle 1117
+#define tmrAsked 1127
 #define cmdPreview 1118
 #define lblItems 1119
 #define lstvItems 1120

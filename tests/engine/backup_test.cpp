@@ -1,5 +1,7 @@
 #include "backup/backup_folder.h"
 #include "backup/backup_names.h"
+#include "run/exit_code.h"
+#include "run/run_steps.h"
 #include "support/backup_fixture.h"
 #include "support/forwarding_files.h"
 
@@ -153,6 +155,21 @@ TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
     }
     EXPECT_TRUE(Backups(ports, folder).List().empty());
   }
+}
+
+TEST_F(BackupTest, ARunWhoseArchiveIsNotFinishedHasFailed) {
+  struct Unfinished : BackupArchive {
+    std::string WhyUnusable(std::string_view) override { return {}; }
+    void MakeBackupArchiveName(std::string_view, std::string_view) override {}
+    std::string BackupFile(Folder&, std::string_view) override { return {}; }
+    void Flush() override {}
+    void DeleteBackupArchive() override {}
+    void Close() override { throw Error(Error::Kind::kFull, "The disk is full."); }
+  } unfinished;
+  CleaningContext run{context.machine, context.settings, state, view, unfinished};
+  CloseBackup(run);
+  EXPECT_EQ(ExitCodeOf(state), kFailed);
+  EXPECT_EQ(state.RunLog, "The backup archive could not be finished: The disk is full.\r\n");
 }
 
 TEST_F(BackupTest, StrictlyAFileThatChangesAfterItWasArchivedStays) {

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "platform/error.h"
+#include "platform/text.h"
 #include "support/holds.h"
 
 namespace quellix {
@@ -98,6 +99,7 @@ TEST(ScheduleTest, NextAndLastTimesAreToldInTheUsersForm) {
       {0, ", all was done."},
       {3, ", some files stayed; File, Last log names them."},
       {1, ", something failed; File, Last log tells what."},
+      {4, ", Quellix was open and was asked to clean; File, Last log tells what came of it."},
       {267011, ", the scheduler tells the code 267011."},
       {std::nullopt, "."}};
   task.last_run = LocalTime{2026, 11, 23, 7, 30, 0};
@@ -105,6 +107,25 @@ TEST(ScheduleTest, NextAndLastTimesAreToldInTheUsersForm) {
     task.last_result = code;
     EXPECT_EQ(cleaning.Look({}).last, std::string("Last: 11/23/2026 7:30:00 AM") + text);
   }
+}
+
+TEST(ScheduleTest, WhatWasChangedInTheSchedulerItselfIsTold) {
+  KeepingScheduler scheduler;
+  ScheduledCleaning cleaning(scheduler, "C:\\quellix.exe", "");
+  cleaning.Set({When::kDaily, 7, 30});
+  Scheduler::Task& task = scheduler.tasks["Quellix"];
+  task.next_run = LocalTime{2026, 11, 24, 7, 30, 0};
+  task.is_enabled = false;
+  EXPECT_TRUE(Holds(cleaning.Look({}).next, "switched off"));
+  cleaning.Set({When::kDaily, 7, 30});
+  EXPECT_EQ(scheduler.registered, 2) << "it is wanted";
+  const std::string own = task.description;
+  for (const char* part : {"quellix.exe", "<Arguments>-h</Arguments>"}) {
+    task.description = ReplaceNoCase(own, part, "x");
+    EXPECT_THROW(cleaning.Look({}), Error) << part;
+    EXPECT_THROW(cleaning.Set({}), Error) << part;
+  }
+  EXPECT_EQ(scheduler.registered + scheduler.removed, 2) << "the task of others stays";
 }
 
 }  // namespace

@@ -96,6 +96,8 @@ std::optional<Scheduler::Task> Win32Scheduler::Find(std::string_view name) {
              .next_run = {},
              .last_run = {},
              .last_result = {}};
+  VARIANT_BOOL is_enabled = VARIANT_TRUE;
+  found.is_enabled = FAILED(task.Get()->get_Enabled(&is_enabled)) || is_enabled != VARIANT_FALSE;
   DATE date = 0;
   found.next_run = ToTime(task.Get()->get_NextRunTime(&date), date);
   found.last_run = ToTime(task.Get()->get_LastRunTime(&date), date);
