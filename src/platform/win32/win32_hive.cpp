@@ -18,35 +18,26 @@ namespace {
 
 constexpr const wchar_t* kPrivileges[] = {L"SeBackupPrivilege", L"SeRestorePrivilege"};
 
-// What loading and unloading a hive needs. Held no longer: with it access lists count for nothing.
+// What loading and unloading a hive needs. Held no longer, and by this thread alone: with it access
+// lists count for nothing.
 class Privileges {
  public:
   Privileges() {
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY,
-                          token_.Put())) {
-      ThrowLastError("open", "the program's own rights");
-    }
-    for (size_t i = 0; i < std::size(kPrivileges); ++i) {
+    UniqueHandle token;
+    if (!ImpersonateSelf(SecurityImpersonation)) ThrowLastError("take", "the program's own rights");
+    OpenThreadToken(GetCurrentThread(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, TRUE, token.Put());
+    // Without them what follows is refused by Windows.
+    for (const wchar_t* const name : kPrivileges) {
       TOKEN_PRIVILEGES wanted{};
       wanted.PrivilegeCount = 1;
       wanted.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
-      LookupPrivilegeValueW(nullptr, kPrivileges[i], &wanted.Privileges[0].Luid);
-      DWORD size = 0;
-      AdjustTokenPrivileges(token_.Get(), FALSE, &wanted, sizeof(before_[i]), &before_[i], &size);
+      LookupPrivilegeValueW(nullptr, name, &wanted.Privileges[0].Luid);
+      AdjustTokenPrivileges(token.Get(), FALSE, &wanted, 0, nullptr, nullptr);
     }
   }
-  ~Privileges() {
-    for (TOKEN_PRIVILEGES& before : before_) {
-      if (before.PrivilegeCount > 0)
-        AdjustTokenPrivileges(token_.Get(), FALSE, &before, 0, nullptr, nullptr);
-    }
-  }
+  ~Privileges() { RevertToSelf(); }
   Privileges(const Privileges&) = delete;
   Privileges& operator=(const Privileges&) = delete;
-
- private:
-  UniqueHandle token_;
-  TOKEN_PRIVILEGES before_[std::size(kPrivileges)]{};
 };
 
 bool IsLoaded(const std::string& key) {
