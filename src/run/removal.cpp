@@ -193,10 +193,11 @@ bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::strin
   return false;
 }
 
-// For a few it would be made again and again.
+// For a few it would be made again and again, and twice as much as there is would be too much.
 void MakeRoom(std::vector<RunEntry>& entries, size_t more) {
   const size_t size = std::min(entries.size() + more, RunEntries::kMost);
-  if (more > entries.size() && size > entries.size()) entries.reserve(size);
+  if (size > entries.capacity())
+    entries.reserve(std::max(size, entries.capacity() + entries.capacity() * 2 / 5));
 }
 
 // Files from which on further threads are worth while.

@@ -1,8 +1,15 @@
 #include "platform/preview/known_listings.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quellix {
+namespace {
+
+// Mostly all that a small folder holds goes.
+constexpr size_t kAFew = 64;
+
+}  // namespace
 
 KnownListings::Known KnownListings::Find(const FileId& folder, Detail detail) {
   if (const auto young = young_.find(folder); young != young_.end()) {
@@ -50,7 +57,9 @@ void KnownListings::NoteGone(const FileId& folder, std::string_view name) {
         noted_ = &place->second;
     }
   }
-  if (noted_ != nullptr) noted_->gone.push_back(name);
+  if (noted_ == nullptr) return;
+  if (noted_->gone.empty()) noted_->gone.reserve(std::min(noted_->listing->size(), kAFew));
+  noted_->gone.push_back(name);
 }
 
 }  // namespace quellix
