@@ -192,7 +192,8 @@ class Parser {
     if (!Take("=")) Fail("\"=\" is missing");
     SkipBlanks();
     const bool is_quoted = Peek() == '"';
-    RegistryValue value = ParseData();
+    std::optional<RegistryValue> value;
+    if (!Take("-")) value = ParseData();
     if (!is_quoted && IsCutOff()) Fail("the data of a value have no end");
     RequireLineEnd();
     keys_.back().values.emplace_back(std::move(name), std::move(value));
@@ -207,7 +208,7 @@ class Parser {
       if (!Take("):")) Fail("the type of a value cannot be read");
       return {type, ParseBytes()};
     }
-    Fail(Peek() == '-' ? "a value is to be deleted" : "the data of a value cannot be read");
+    Fail("the data of a value cannot be read");
   }
 
   uint32_t ParseNumber() {
@@ -268,10 +269,10 @@ void RegFileText::AddKey(RegistryRoot root, std::string_view path) {
   key_ = std::move(key);
 }
 
-void RegFileText::AddValue(std::string_view name, const RegistryValue& value) {
+void RegFileText::AddValue(std::string_view name, const std::optional<RegistryValue>& value) {
   RequireOneLine(name);
   text_ += name.empty() ? "@" : Quoted(name);
-  text_.append("=").append(ValueText(value)).append("\r\n");
+  text_.append("=").append(value ? ValueText(*value) : "-").append("\r\n");
 }
 
 std::string RegFileText::Bytes() const { return ToUtf16Bytes(text_); }

@@ -19,7 +19,8 @@ class RegFileText {
  public:
   // Begins a key: the values that follow are its own. Goes on with the key before when it is that.
   void AddKey(RegistryRoot root, std::string_view path);
-  void AddValue(std::string_view name, const RegistryValue& value);
+  // Without a value: that there is none of that name.
+  void AddValue(std::string_view name, const std::optional<RegistryValue>& value);
 
   bool IsEmpty() const { return text_.empty(); }
   // What was added, as UTF-16LE bytes.
@@ -35,7 +36,8 @@ std::string RegFileHeader();
 struct RegFileKey {
   RegistryRoot root;
   std::string path;
-  std::vector<std::pair<std::string, RegistryValue>> values;
+  std::vector<std::pair<std::string, std::optional<RegistryValue>>>
+      values;  // nothing: there is none
 };
 
 struct RegFile {
@@ -44,8 +46,8 @@ struct RegFile {
 };
 
 // A file, also one that ends in the middle of an entry, or before the first. Throws Error, with the
-// line, for what else the registry editor would not take; entries that delete are refused as well.
-// Also where `pause`, which is told of characters, ends it.
+// line, for what else the registry editor would not take; keys that are to be deleted are refused
+// as well. Also where `pause`, which is told of characters, ends it.
 RegFile ParseRegFile(std::string_view bytes, const Pause& pause = {});
 
 }  // namespace quellix

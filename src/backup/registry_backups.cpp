@@ -80,7 +80,12 @@ class RegRestore {
     progress_.path = key_name;
     if (Stops()) return;
     try {
-      std::shared_ptr<RegistryKey> opened = registry_.Create(key.root, key.path);
+      std::shared_ptr<RegistryKey> opened = Open(key);
+      if (!opened) {
+        progress_.done += key.values.size();
+        ++result.restored;
+        return;
+      }
       bool all = true;
       for (const auto& [name, value] : key.values) {
         if (Stops()) break;
@@ -121,9 +126,17 @@ class RegRestore {
     return std::string(RootName(key.root)) + "\\" + UpCase(key.path.substr(0, end));
   }
 
+  // Null where nothing was in it, and it is not there.
+  std::unique_ptr<RegistryKey> Open(const RegFileKey& key) {
+    const bool has_any =
+        std::ranges::any_of(key.values, [](const auto& value) { return value.second.has_value(); });
+    if (has_any || key.values.empty()) return registry_.Create(key.root, key.path);
+    return registry_.Open(key.root, key.path, RegistryAccess::kWrite);
+  }
+
   // One that cannot be written keeps none of the others back.
   bool TryRestoreValue(RegistryKey& key, const std::string& key_name, const std::string& name,
-                       const RegistryValue& value) {
+                       const std::optional<RegistryValue>& value) {
     try {
       return RestoreValue(key, key_name, name, value);
     } catch (const Error& error) {
@@ -133,11 +146,13 @@ class RegRestore {
   }
 
   bool RestoreValue(RegistryKey& key, const std::string& key_name, const std::string& name,
-                    const RegistryValue& value) {
+                    const std::optional<RegistryValue>& value) {
     const auto present = key.QueryValue(name);
-    if (present && present->type == value.type && present->bytes == value.bytes) return true;
+    if (!present && !value) return true;
+    if (present && value && present->type == value->type && present->bytes == value->bytes)
+      return true;
     if (present && !MayReplace(key_name + "\\" + name)) return false;
-    key.SetValue(name, value);
+    value ? key.SetValue(name, *value) : static_cast<void>(key.DeleteValue(name));
     return true;
   }
 

@@ -37,6 +37,20 @@ void Append(FileSystem& files, std::string_view path, const std::string& bytes) 
 
 void RegistryUndo::AddValue(Registry& registry, RegistryRoot root, std::string_view key,
                             std::string_view name) {
+  AddPresent(registry, root, key, name);
+}
+
+void RegistryUndo::AddState(Registry& registry, RegistryRoot root, std::string_view key,
+                            std::string_view name) {
+  if (AddPresent(registry, root, key, name)) return;
+  const KeyHome lasting = registry.LastingName(root, key);
+  added_.AddKey(lasting.root, lasting.key);
+  added_.AddValue(name, std::nullopt);
+}
+
+// False where there is none.
+bool RegistryUndo::AddPresent(Registry& registry, RegistryRoot root, std::string_view key,
+                              std::string_view name) {
   for (const KeyHome& home : KeyHomes(root, key)) {
     const auto opened = registry.Open(home.root, home.key, RegistryAccess::kRead);
     const auto value = opened ? opened->QueryValue(name) : std::nullopt;
@@ -44,8 +58,9 @@ void RegistryUndo::AddValue(Registry& registry, RegistryRoot root, std::string_v
     const KeyHome lasting = registry.LastingName(home.root, home.key);
     added_.AddKey(lasting.root, lasting.key);
     added_.AddValue(name, *value);
-    return;
+    return true;
   }
+  return false;
 }
 
 void RegistryUndo::AddKey(Registry& registry, RegistryRoot root, std::string_view key,

@@ -12,9 +12,11 @@ namespace quellix {
 // the archives with "R_" in front. Entries are added, then stored, and only then deleted.
 class RegistryUndo {
  public:
-  // What is not there adds nothing. Each throws Error when an entry cannot be read, or not be kept
+  // What is not there adds nothing, but for AddState: that there was none comes back as well. Each
+  // throws Error when an entry cannot be read, or not be kept
   // in such a file; Forget drops what was added by then, as it is to do behind a stop.
   void AddValue(Registry& registry, RegistryRoot root, std::string_view key, std::string_view name);
+  void AddState(Registry& registry, RegistryRoot root, std::string_view key, std::string_view name);
   // A key with its values, if it has no sub-keys: others cannot be deleted at once.
   void AddKey(Registry& registry, RegistryRoot root, std::string_view key, const Pause& pause = {});
   void AddTree(Registry& registry, RegistryRoot root, std::string_view key,
@@ -30,6 +32,8 @@ class RegistryUndo {
   const std::string& path() const { return path_; }
 
  private:
+  bool AddPresent(Registry& registry, RegistryRoot root, std::string_view key,
+                  std::string_view name);
   void AddOpenKey(RegistryRoot root, const std::string& path, RegistryKey& key, const Pause& pause);
 
   RegFileText added_;

@@ -55,12 +55,22 @@ CommandTarget ReferenceJudge::Judge(std::string_view command, CommandOf whose) {
   const std::string expanded = Expand(TrimBlanks(command));
   CommandTarget target = FindProgram(expanded, whose);
   target.program = target.file;
-  if (EqualsNoCase(NamePart(target.program), "rundll32.exe")) JudgeLibrary(target, whose);
+  if (!EqualsNoCase(NamePart(target.program), "rundll32.exe")) return target;
+  const std::string in_32_bit = machine_.system.WindowsFolder() + "\\SysWOW64\\";
+  const bool is_32_bit = StartsNoCase(target.program, in_32_bit);
+  JudgeLibrary(target, is_32_bit ? CommandOf::k32BitProcess : whose);
   return target;
 }
 
+CommandTarget ReferenceJudge::JudgePath(std::string_view text, CommandOf whose) {
+  const std::string expanded = Expand(TrimBlanks(text));
+  const bool has_drive = expanded.size() > 2 && expanded[1] == ':';
+  return has_drive ? JudgeProgram(expanded, Accept::kFolderToo, whose) : CommandTarget();
+}
+
 // Without quotes each blank may end the program. Where none is there, the first that is called like
-// a program was meant.
+// a program was meant. Where what follows cannot be judged, only such a one is known to be gone:
+// else the name may go on there.
 CommandTarget ReferenceJudge::FindProgram(std::string_view text, CommandOf whose) {
   if (text.starts_with('"')) {
     const size_t end = text.find('"', 1);
@@ -69,15 +79,17 @@ CommandTarget ReferenceJudge::FindProgram(std::string_view text, CommandOf whose
     return target;
   }
   CommandTarget best;
+  bool is_program = false;
   size_t end = 0;
   for (size_t tries = 0; tries < kMostTries && end != text.npos; ++tries) {
     end = text.find(' ', end + 1);
     const Accept accept = end == text.npos ? Accept::kFolderToo : Accept::kBeginning;
     CommandTarget target = JudgeProgram(text.substr(0, end), accept, whose);
-    if (target.state == State::kNotJudged) break;
+    if (target.state == State::kNotJudged) return is_program ? best : CommandTarget();
     if (end != text.npos) target.arguments = TrimBlanks(text.substr(end));
     if (target.state == State::kThere) return target;
-    if (tries == 0 || (IsProgramName(target.file) && !IsProgramName(best.file))) best = target;
+    if (tries == 0 || (IsProgramName(text.substr(0, end)) && !is_program)) best = target;
+    is_program = is_program || IsProgramName(text.substr(0, end));
   }
   return best;
 }
@@ -85,10 +97,10 @@ CommandTarget ReferenceJudge::FindProgram(std::string_view text, CommandOf whose
 CommandTarget ReferenceJudge::JudgeProgram(std::string_view name, Accept accept, CommandOf whose) {
   const std::string path = FullPath(TrimBlanks(name));
   if (path.empty()) return {};
-  const bool is_full = IsFullPath(path);
-  std::string found = is_full ? FindFile(path, accept, whose) : FindByName(path, whose);
+  if (!IsFullPath(path)) return FindByName(path, whose);
+  std::string found = FindFile(path, accept, whose);
   if (!found.empty()) return {.state = State::kThere, .file = std::move(found)};
-  return {.state = State::kGone, .file = is_full ? path : ""};
+  return {.state = State::kGone, .file = path};
 }
 
 // A full path on a drive that is here, or a name that is to be looked for; "" for what cannot be
@@ -120,9 +132,10 @@ std::string ReferenceJudge::FullPath(std::string_view name) {
 std::string ReferenceJudge::FindFile(const std::string& path, Accept accept, CommandOf whose) {
   std::vector<std::string> places{path};
   for (const auto& [folder, is] : seen_by_32_bit_) {
-    if (whose == CommandOf::k32BitProgram && StartsNoCase(path, folder))
+    if (whose != CommandOf::kAnyProgram && StartsNoCase(path, folder))
       places.push_back(is + path.substr(folder.size()));
   }
+  if (whose == CommandOf::k32BitProcess) std::ranges::reverse(places);
   const size_t endings = accept == Accept::kBeginning ? kOfBeginning : std::size(kEndings);
   bool is_folder = false;
   for (const std::string& place : places) {
@@ -137,36 +150,47 @@ std::string ReferenceJudge::FindFile(const std::string& path, Accept accept, Com
   return is_folder && accept == Accept::kFolderToo ? path : "";
 }
 
-std::string ReferenceJudge::FindByName(std::string_view name, CommandOf whose) {
+// One that is nowhere may be in a place that nobody can look into now.
+CommandTarget ReferenceJudge::FindByName(std::string_view name, CommandOf whose) {
   std::vector<std::string> folders{machine_.system.SystemFolder(), machine_.system.WindowsFolder()};
-  if (const auto path = machine_.system.Environment("PATH")) {
-    for (const std::string& folder : quellix::Split(*path, ';'))
-      folders.emplace_back(WithoutBackslash(FullPath(Unquoted(Expand(folder)))));
+  bool is_all = true;
+  for (const std::string& folder :
+       quellix::Split(machine_.system.Environment("PATH").value_or(""), ';')) {
+    const std::string_view text = TrimBlanks(folder);
+    if (text.empty()) continue;
+    folders.emplace_back(WithoutBackslash(FullPath(Unquoted(Expand(text)))));
+    is_all = is_all && folders.back().size() > 1 && folders.back()[1] == ':';
   }
   for (const std::string& folder : folders) {
     if (folder.size() < 2 || folder[1] != ':') continue;
     std::string found = FindFile(folder + "\\" + std::string(name), Accept::kProgram, whose);
-    if (!found.empty()) return found;
+    if (!found.empty()) return {.state = State::kThere, .file = std::move(found)};
   }
-  return RegisteredPath(name);
+  CommandTarget registered = RegisteredPath(name);
+  if (registered.state == State::kGone && !is_all) registered.state = State::kNotJudged;
+  return registered;
 }
 
-std::string ReferenceJudge::RegisteredPath(std::string_view name) {
+CommandTarget ReferenceJudge::RegisteredPath(std::string_view name) {
+  State state = State::kGone;
   for (const RegistryRoot root : {RegistryRoot::kCurrentUser, RegistryRoot::kLocalMachine}) {
     for (const std::string_view ending : {"", ".exe"}) {
       try {
         const auto key = machine_.registry.Open(
             root, std::string(kAppPaths).append(name).append(ending), RegistryAccess::kRead);
         const std::string text = key ? ReadFolderValue(machine_, *key, "") : "";
+        if (text.empty()) continue;
         const std::string path = FullPath(Unquoted(text));
-        std::string found =
-            IsFullPath(path) ? FindFile(path, Accept::kProgram, CommandOf::kAnyProgram) : "";
-        if (!found.empty()) return found;
-      } catch (const Error&) {  // reads as missing
+        const bool is_full = IsFullPath(path);
+        std::string found = is_full ? FindFile(path, Accept::kProgram, CommandOf::kAnyProgram) : "";
+        if (!found.empty()) return {.state = State::kThere, .file = std::move(found)};
+        if (!is_full) state = State::kNotJudged;
+      } catch (const Error&) {  // there is one that may not be read
+        state = State::kNotJudged;
       }
     }
   }
-  return {};
+  return {.state = state};
 }
 
 // "C:\a b.dll",Entry or C:\a b.dll,Entry: the library is what is started.
@@ -178,7 +202,7 @@ void ReferenceJudge::JudgeLibrary(CommandTarget& target, CommandOf whose) {
   CommandTarget library = JudgeProgram(name, Accept::kProgram, whose);
   if (library.state == State::kGone) {
     CommandTarget with_ending = JudgeProgram(std::string(name) + ".dll", Accept::kProgram, whose);
-    if (with_ending.state == State::kThere) library = std::move(with_ending);
+    if (with_ending.state != State::kGone) library = std::move(with_ending);
   }
   target.state = library.state;
   if (!library.file.empty()) target.file = library.file;

@@ -1,5 +1,6 @@
 // Kinds of files whose programs are gone: what extensions, and the classes that they name, lead to.
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <set>
 
@@ -37,7 +38,15 @@ struct Place {
 struct Target {
   Kind kind = Kind::kValue;
   std::vector<std::string> choices = {};  // other classes that could stand there
+  std::function<bool()> is_gone = {};     // whether it still leads nowhere
 };
+
+// Whether something else than its command carries a verb out.
+bool IsHandled(RegistryKey& verb, RegistryKey& command) {
+  return command.QueryValue("DelegateExecute") || verb.QueryValue("ExplorerCommandHandler") ||
+         verb.Open("DropTarget", RegistryAccess::kRead) ||
+         verb.Open("ddeexec", RegistryAccess::kRead);
+}
 
 constexpr std::pair<RegistryRoot, const char*> kRoots[] = {{kUser, "User"}, {kMachine, "Machine"}};
 
@@ -57,23 +66,29 @@ class FileAssociations : public RegistryScan {
   RegistryTarget TargetOf(const ScanRow& row) const override {
     return {targets_[row.entry].kind, row.root, row.key, row.name};
   }
+  std::string WhyChanged(const ScanRow& row) override;
   std::string Recounted() const override;
 
  private:
+  void ForgetWhatWasSeen();
   void ReadExtension(const Place& place, const std::string& extension);
   void ReadChoice(const Place& place, const std::string& extension);
   void ReadOffers(const Place& place, const std::string& extension, RegistryKey& key);
   void ReadPrograms(const Place& place, const std::string& extension);
   void ReadClass(const Place& place, const std::string& name);
   void ReadVerbs(const Place& place, const std::string& name, RegistryKey& verbs);
+  void ReadVerb(const Place& place, const std::string& name, const std::string& verb,
+                RegistryKey& verbs);
   std::vector<std::string> ChoicesOf(const std::string& extension);
   void AddChoices(RegistryRoot root, const std::string& key, std::vector<std::string>& choices);
   bool Opens(const std::string& name);
   bool HasClass(const std::string& name);
+  Target OfClass(const std::string& name, Target target = {});
+  Target OfProgram(const std::string& name, Target target = {});
   bool IsProgramGone(const std::string& name);
   void AddGone(const Place& place, const std::string& name, const std::string& reference,
                const std::string& leads_to, const std::string& key, const std::string& value,
-               Target target = {}, const char* why_stays = "");
+               Target target, const char* why_stays = "");
   template <typename Use>
   void ForEach(const std::vector<std::pair<Place, std::string>>& each, const Use& use);
 
@@ -100,8 +115,7 @@ void FileAssociations::ForEach(const std::vector<std::pair<Place, std::string>>&
 
 void FileAssociations::ScanRegistry() {
   SetStatus("Scanning registry...");
-  judge_.emplace(machine());
-  classes_.clear();
+  ForgetWhatWasSeen();
   named_.clear();
   targets_.clear();
   unread_ = 0;
@@ -133,7 +147,8 @@ void FileAssociations::ReadExtension(const Place& place, const std::string& exte
   const std::string name = ReadText(*key, "");
   if (!name.empty() && HasClass(name)) named_.insert(name);
   if (!name.empty() && !HasClass(name))
-    AddGone(place, extension, "class", name, path, "", {.choices = ChoicesOf(extension)});
+    AddGone(place, extension, "class", name, path, "",
+            OfClass(name, {.choices = ChoicesOf(extension)}));
   ReadOffers(place, extension, *key);
   ReadPrograms(place, extension);
   ReadClass(place, extension);
@@ -148,8 +163,8 @@ void FileAssociations::ReadChoice(const Place& place, const std::string& extensi
     const std::string name = ReadText(*choice, "ProgId");
     if (!name.empty() && HasClass(name)) named_.insert(name);
     if (!name.empty() && !HasClass(name))
-      AddGone(place, extension, "chosen class", name, path + "\\UserChoice", "ProgId", {},
-              kProtected);
+      AddGone(place, extension, "chosen class", name, path + "\\UserChoice", "ProgId",
+              OfClass(name), kProtected);
   }
   ReadOffers(place, extension, *key);
   const auto list = key->Open("OpenWithList", RegistryAccess::kRead);
@@ -160,7 +175,7 @@ void FileAssociations::ReadChoice(const Place& place, const std::string& extensi
     if (value.size() != 1 || program.type != kRegSz) continue;
     const std::string text = FromUtf16Bytes(program.bytes), name(TrimNull(text));
     if (IsProgramGone(name))
-      AddGone(place, extension, "open with", name, path + "\\OpenWithList", value);
+      AddGone(place, extension, "open with", name, path + "\\OpenWithList", value, OfProgram(name));
   }
 }
 
@@ -175,7 +190,7 @@ void FileAssociations::ReadOffers(const Place& place, const std::string& extensi
       named_.insert(offer->name);
     } else {
       AddGone(place, extension, "open with class", offer->name,
-              place.key + extension + "\\OpenWithProgids", offer->name);
+              place.key + extension + "\\OpenWithProgids", offer->name, OfClass(offer->name));
     }
   }
 }
@@ -184,7 +199,8 @@ void FileAssociations::ReadPrograms(const Place& place, const std::string& exten
   const std::string path = place.key + extension + "\\OpenWithList";
   for (const std::string& name : modRegistry::ListSubKeys(access(), place.root, path)) {
     if (IsProgramGone(name))
-      AddGone(place, extension, "open with", name, path + "\\" + name, "", {.kind = Kind::kTree});
+      AddGone(place, extension, "open with", name, path + "\\" + name, "",
+              OfProgram(name, {.kind = Kind::kTree}));
   }
 }
 
@@ -196,27 +212,64 @@ void FileAssociations::ReadClass(const Place& place, const std::string& name) {
   if (const auto icon = key->Open("DefaultIcon", RegistryAccess::kRead)) {
     const auto value = icon->QueryValue("");
     if (const auto gone = value ? judge_->FindGone(*value) : std::nullopt)
-      AddGone(place, name, "icon", *gone, path + "\\DefaultIcon", "");
+      AddGone(place, name, "icon", *gone, path + "\\DefaultIcon", "",
+              {.is_gone = [this, seen = *value] { return judge_->FindGone(seen).has_value(); }});
   }
   if (const auto verbs = key->Open("shell", RegistryAccess::kRead)) ReadVerbs(place, name, *verbs);
 }
 
 void FileAssociations::ReadVerbs(const Place& place, const std::string& name, RegistryKey& verbs) {
   const std::string path = place.key + name + "\\shell";
-  for (const std::string& verb : SubKeyNames(verbs)) {
-    const auto command = verbs.Open(verb + "\\command", RegistryAccess::kRead);
-    const CommandTarget target = command ? judge_->Judge(ReadText(*command, "")) : CommandTarget();
-    if (target.state == State::kGone && !command->QueryValue("DelegateExecute"))
-      AddGone(place, name, "command " + verb, ReadText(*command, ""), path + "\\" + verb, "",
-              {.kind = Kind::kTree});
-  }
+  for (const std::string& verb : SubKeyNames(verbs)) ReadVerb(place, name, verb, verbs);
   // Several of them stand between commas, and "none" says that there is none.
   const std::string first = ReadText(verbs, "");
   if (first.empty() || first.find(',') != first.npos || EqualsNoCase(first, "none")) return;
   const bool is_there = std::ranges::any_of(kRoots, [&](const auto& root) {
     return modRegistry::KeyExists(access(), root.first, path + "\\" + first);
   });
-  if (!is_there) AddGone(place, name, "verb", first, path, "");
+  if (is_there) return;
+  AddGone(place, name, "verb", first, path, "", {.is_gone = [this, key = path + "\\" + first] {
+            return std::ranges::none_of(kRoots, [&](const auto& root) {
+              return modRegistry::KeyExists(access(), root.first, key);
+            });
+          }});
+}
+
+// What an object or a conversation carries out needs no command.
+void FileAssociations::ReadVerb(const Place& place, const std::string& name,
+                                const std::string& verb, RegistryKey& verbs) {
+  const auto key = verbs.Open(verb, RegistryAccess::kRead);
+  const auto command = key ? key->Open("command", RegistryAccess::kRead) : nullptr;
+  if (!command || IsHandled(*key, *command)) return;
+  const std::string text = ReadText(*command, "");
+  if (judge_->Judge(text).state != State::kGone) return;
+  const auto is_gone = [this, text] { return judge_->Judge(text).state == State::kGone; };
+  AddGone(place, name, "command " + verb, text, place.key + name + "\\shell\\" + verb, "",
+          {.kind = Kind::kTree, .is_gone = is_gone});
+}
+
+Target FileAssociations::OfClass(const std::string& name, Target target) {
+  target.is_gone = [this, name] { return !HasClass(name); };
+  return target;
+}
+
+Target FileAssociations::OfProgram(const std::string& name, Target target) {
+  target.is_gone = [this, name] { return IsProgramGone(name); };
+  return target;
+}
+
+void FileAssociations::ForgetWhatWasSeen() {
+  judge_.emplace(machine());
+  classes_.clear();
+}
+
+// The reference may be another one by now, or lead somewhere again.
+std::string FileAssociations::WhyChanged(const ScanRow& row) {
+  std::string why = RegistryScan::WhyChanged(row);
+  if (!why.empty()) return why;
+  ForgetWhatWasSeen();
+  if (targets_[row.entry].is_gone()) return {};
+  return "What it leads to is there again: " + row.texts[0] + ", " + row.texts[2];
 }
 
 bool FileAssociations::HasClass(const std::string& name) {
@@ -254,13 +307,18 @@ bool FileAssociations::Opens(const std::string& name) {
   return std::ranges::any_of(kRoots, [&](const auto& root) {
     const auto command = machine().registry.Open(
         root.first, kClasses + name + "\\shell\\open\\command", RegistryAccess::kRead);
-    return command && judge_->Judge(ReadText(*command, "")).state == State::kThere;
+    if (!command) return false;
+    return command->QueryValue("DelegateExecute") ||
+           judge_->Judge(ReadText(*command, "")).state == State::kThere;
   });
 }
 
 // Where the class stood, as text; what is said to be chosen was read back.
 void FileAssociations::Choose(size_t index, const std::string& choice) {
   const ScanRow& chosen = row(index);
+  const std::string why = WhyChanged(chosen);
+  if (!why.empty()) throw Error(Error::Kind::kOther, why);
+  if (!Opens(choice)) throw Error(Error::Kind::kMissing, "It opens nothing any more: " + choice);
   KeepValue(chosen.root, chosen.key, chosen.name);
   const auto key = machine().registry.Open(chosen.root, chosen.key, RegistryAccess::kWrite);
   if (!key) throw Error(Error::Kind::kMissing, "It is gone meanwhile: " + chosen.key);
@@ -304,6 +362,7 @@ const ScanTraits kAssociationTraits = {.name = "associations",
                                        .columns = kColumns,
                                        .ticks = false,
                                        .keeps_stayed = true,
+                                       .looks_again = true,
                                        .actions = kActions};
 
 std::unique_ptr<RegistryScan> MakeFileAssociations(const Machine& machine, ScanView& view) {

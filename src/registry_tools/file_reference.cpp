@@ -132,17 +132,20 @@ bool ReferenceJudge::IsGoneText(std::string_view text) {
 // A path, perhaps with arguments behind it: as Windows starts commands, each blank may end the
 // path, and so may a comma (of an icon's number) and a semicolon (of a list).
 bool ReferenceJudge::IsGoneCommand(std::string_view text) {
-  bool judged = false;
+  bool judged = false, has_ending = false;
   size_t end = kShortest - 1;
   for (size_t tries = 0; tries < kMostTries && end != text.npos; ++tries) {
     end = text.find_first_of(kPathEnds, end + 1);
     const std::string path = *PathOf(TrimBlanks(text.substr(0, end)));
-    // From there on it is no path any more, but arguments may look so.
-    if (path.find_first_of(kArguments, 2) != path.npos) return judged;
+    // From there on it is no path any more, but arguments may look so; a variable that nobody
+    // knows may stand in a path as well.
+    if (const size_t at = path.find_first_of(kArguments, 2); at != path.npos)
+      return judged && (has_ending || path[at] != '%');
     if (HasUnnameable(path)) return false;
     const bool may_go_on = end != text.npos && text[end] == ' ';
     if (IsThere(path, may_go_on)) return false;
     judged = true;
+    has_ending = has_ending || NamePart(path).find('.') != path.npos;
   }
   return judged && end == text.npos;
 }

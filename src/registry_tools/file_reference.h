@@ -28,8 +28,8 @@ struct CommandTarget {
 };
 
 // Whose registry a command comes from: 32-bit programs see folders of their own under names that
-// are the system's.
-enum class CommandOf { kAnyProgram, k32BitProgram };
+// are the system's. Such a program once it runs looks into its own folders first.
+enum class CommandOf { kAnyProgram, k32BitProgram, k32BitProcess };
 
 // Tells which registry values name a file or folder that is gone. Made for one walk: what it has
 // learned about paths it does not ask again.
@@ -40,6 +40,10 @@ class ReferenceJudge {
   // Finds what a command starts, as Windows does: quoted or not, with variables, by a full path,
   // one that begins in the folder or on the drive of Windows, or a name that is looked for.
   CommandTarget Judge(std::string_view command, CommandOf whose = CommandOf::kAnyProgram);
+
+  // The same of a text that is a path and nothing else, perhaps that of a folder; not judged
+  // without a drive in front.
+  CommandTarget JudgePath(std::string_view text, CommandOf whose);
 
   // The text of a value that names something gone, as the value has it; nothing when there is no
   // such text, or when it cannot be judged: another drive, a server, an unknown variable, what is
@@ -55,8 +59,8 @@ class ReferenceJudge {
   void JudgeLibrary(CommandTarget& target, CommandOf whose);
   std::string FullPath(std::string_view name);
   std::string FindFile(const std::string& path, Accept accept, CommandOf whose);
-  std::string FindByName(std::string_view name, CommandOf whose);
-  std::string RegisteredPath(std::string_view name);
+  CommandTarget FindByName(std::string_view name, CommandOf whose);
+  CommandTarget RegisteredPath(std::string_view name);
   bool IsGoneText(std::string_view text);
   std::optional<std::string> PathOf(std::string_view text);
   bool IsGoneCommand(std::string_view text);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/error.h"
+#include "platform/filetime.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "registry_tools/mod_registry.h"
@@ -31,7 +32,8 @@ class Reader {
   void ReadUser(RegistryKey& user) {
     ForEach(user, "Products", [this](RegistryKey& key, const std::string& code) {
       const auto properties = key.Open("InstallProperties", RegistryAccess::kRead);
-      packages_.products[UpCase(std::string_view(code))] = properties ? Note(*properties) : "";
+      packages_.products.emplace(UpCase(std::string_view(code)),
+                                 properties ? Note(*properties) : "");
     });
     ForEach(user, "Patches", [this](RegistryKey& key, const std::string&) { Note(key); });
   }
@@ -73,6 +75,28 @@ InstallerPackages ReadInstallerPackages(const Machine& machine, const Pause& pau
     return users ? Reader(pause).Read(*users) : InstallerPackages();
   } catch (const Error&) {  // then nothing may be said to be known to nobody
     return {};
+  }
+}
+
+bool HasPackage(const Machine& machine, const InstallerPackages& packages,
+                const std::string& packed_code) {
+  const auto [first, last] = packages.products.equal_range(packed_code);
+  return std::any_of(first, last, [&machine](const auto& product) {
+    return !product.second.empty() && !machine.files.IsGone(product.second);
+  });
+}
+
+std::string WhyNeeded(const Machine& machine, const InstallerPackages& packages,
+                      const std::string& path) {
+  if (packages.names.contains(UpCase(NamePart(path))))
+    return "A product that is installed needs it: " + path;
+  try {
+    const FileTimes times = machine.files.Open(path, OpenMode::kRead)->Times();
+    const int64_t yesterday = machine.system.UtcNow() - kFiletimesADay;
+    if (times.created <= yesterday && times.last_write <= yesterday) return {};
+    return "It is of today, perhaps of an installation that goes on: " + path;
+  } catch (const Error& error) {
+    return std::string("How old it is cannot be told: ") + error.what();
   }
 }
 

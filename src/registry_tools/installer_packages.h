@@ -14,10 +14,21 @@ namespace quellix {
 // What the Windows Installer knows of the packages that it keeps in Windows\Installer, with which
 // it changes and removes products.
 struct InstallerPackages {
-  std::map<std::string, std::string> products;  // by packed code, the package of each; "" for none
-  std::set<std::string> names;                  // of packages and patches, in upper case
-  bool is_whole = false;                        // all that it knows was read, and it knows of some
+  // By packed code; of each user who has it, and of the machine, the package, "" for none.
+  std::multimap<std::string, std::string> products;
+  std::set<std::string> names;  // of packages and patches, in upper case
+  bool is_whole = false;        // all that it knows was read, and it knows of some
 };
+
+// Whether a product has one of its packages, or cannot be told to have none.
+bool HasPackage(const Machine& machine, const InstallerPackages& packages,
+                const std::string& packed_code);
+
+// Why a file of Windows\\Installer is not one that nothing needs, a sentence; "" where no product
+// and no patch names it and it lies there for a day or longer, which an installation that goes on
+// does not take. `packages` is whole.
+std::string WhyNeeded(const Machine& machine, const InstallerPackages& packages,
+                      const std::string& path);
 
 // A stop leaves it less than whole.
 InstallerPackages ReadInstallerPackages(const Machine& machine, const Pause& pause);

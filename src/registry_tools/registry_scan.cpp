@@ -77,6 +77,7 @@ void RegistryScan::AddJudged(ScanRow row, RowMark mark) {
   row.mark = mark;
   row.checked = is_orphaned && traits_.ticks;
   if (is_orphaned) orphaned_.Add();
+  if (traits_.looks_again) row.state = StateOf(row);
   rows_.insert(is_orphaned ? rows_.begin() : rows_.end(), std::move(row));
 }
 
@@ -105,6 +106,52 @@ void RegistryScan::TellDamage(RegistryRoot root, std::string_view key) {
   }
 }
 
+// All of its values, and whether its file is there; "" for what is gone.
+std::string RegistryScan::StateOf(const ScanRow& row) const {
+  std::string state;
+  try {
+    if (row.own_file.empty()) {
+      state = StateOfTarget(TargetOf(row));
+    } else if (const auto file = machine_.files.Look(row.own_file)) {
+      state = std::to_string(file->size) + "," + std::to_string(file->last_write) +
+              (file->is_link ? ",link" : "");
+    }
+  } catch (const Error&) {
+    return "unread";
+  }
+  if (state.empty() || row.file.empty()) return state;
+  return state + (machine_.files.IsGone(row.file) ? ",gone" : ",there");
+}
+
+std::string RegistryScan::StateOfTarget(const RegistryTarget& target) const {
+  const auto key = machine_.registry.Open(target.root, target.key, RegistryAccess::kRead);
+  if (!key) return {};
+  const auto text = [](const RegistryValue& value) {
+    return std::to_string(value.type) + ":" + std::to_string(std::hash<std::string>()(value.bytes));
+  };
+  if (target.kind == RegistryTarget::Kind::kValue) {
+    const auto value = key->QueryValue(target.name);
+    return value ? text(*value) : "";
+  }
+  std::string all;
+  const auto add = [&](RegistryKey& each, const std::string& path) {
+    all += path + "\n";
+    std::string name;
+    RegistryValue value;
+    for (uint32_t i = 0; each.ReadValueAt(i, name, value); ++i)
+      all.append(name).append("=").append(text(value)).append("\n");
+  };
+  WalkKeys(*key, RegistryAccess::kRead, {.enter = add, .skip = [](const auto&, const Error*) {}});
+  return std::to_string(std::hash<std::string>()(all));
+}
+
+std::string RegistryScan::WhyChanged(const ScanRow& row) {
+  if (!traits_.looks_again) return {};
+  const std::string now = StateOf(row);
+  if (now.empty() || now == row.state) return {};
+  return "It has changed since it was listed: " + (row.texts[0].empty() ? row.key : row.texts[0]);
+}
+
 void RegistryScan::NoteStayed(size_t index, const std::string& why) {
   erased_.stays[index] = true;
   ++erased_.stayed;
@@ -130,10 +177,15 @@ void RegistryScan::EraseTargets(const std::vector<size_t>& chosen, const KeepLis
   eraser.Leave(keep);
   eraser.OnPause(pause);
   std::vector<RegistryTarget> targets;
-  std::vector<size_t> places;  // of the targets among the chosen
+  std::vector<size_t> places;                           // of the targets among the chosen
+  std::vector<std::pair<size_t, std::string>> changed;  // likewise, and why they stay
   for (size_t i = 0; i < chosen.size(); ++i) {
     const ScanRow& row = rows_[chosen[i]];
     if (!row.own_file.empty() || !row.why_stays.empty()) continue;
+    if (std::string why = WhyChanged(row); !why.empty()) {
+      changed.emplace_back(i, std::move(why));
+      continue;
+    }
     targets.push_back(TargetOf(row));
     places.push_back(i);
   }
@@ -141,6 +193,7 @@ void RegistryScan::EraseTargets(const std::vector<size_t>& chosen, const KeepLis
   for (size_t i = 0; i < places.size(); ++i) erased_.stays[places[i]] = erased.stays[i];
   erased.stays = std::move(erased_.stays);
   erased_ = std::move(erased);
+  for (const auto& [place, why] : changed) NoteStayed(place, why);
 }
 
 void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const KeepList& keep,
@@ -153,6 +206,8 @@ void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const Keep
     erased_.stopped = erased_.stopped || pause();
     try {
       if (erased_.stopped) throw Error(Error::Kind::kOther, "The deletion was stopped.");
+      const std::string changed = WhyChanged(row);
+      if (!changed.empty()) throw Error(Error::Kind::kOther, changed);
       const auto folder = OpenFolderOf(machine_.files, row.own_file);
       const std::string why = places->WhyNotFile(*folder, row.own_file, row.own_claim);
       if (!why.empty()) throw Error(Error::Kind::kDenied, row.own_file + why);
@@ -166,14 +221,17 @@ void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const Keep
 
 void RegistryScan::KeepValue(RegistryRoot root, std::string_view key, std::string_view name) {
   const Preferences options = Settings(machine_).Load();
-  if (!options.BackupRegistry) return;
+  const std::string place = std::string(RootName(root)).append("\\").append(key) + "|";
+  const std::string known = UpCase(place + std::string(name));
+  if (!options.BackupRegistry || kept_values_.contains(known)) return;
   try {
-    undo_.AddValue(machine_.registry, root, key, name);
+    undo_.AddState(machine_.registry, root, key, name);
     undo_.Store(machine_, options.BackupFolder);
   } catch (const Error& error) {
     undo_.Forget();
     throw NotKept(error);
   }
+  kept_values_.insert(known);
 }
 
 void RegistryScan::Act(ScanAction action, const std::vector<size_t>& rows, const Pause& pause) {

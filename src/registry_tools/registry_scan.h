@@ -3,6 +3,7 @@
 #include <array>
 #include <deque>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -36,6 +37,8 @@ struct ScanRow {
   Claim own_claim = Claim::kOwnList;  // by which it goes
   std::string why_stays = {};         // why it cannot be deleted, a sentence; "" where it can
   size_t entry = 0;                   // the tool's own number of it
+  // What it was when it was listed, where the tool looks again.
+  std::string state = {};
 };
 
 // What else can be done with a row than to delete it.
@@ -72,6 +75,7 @@ struct ScanTraits {
   bool rescans = false;        // after a deletion
   bool ticks = true;           // orphaned rows at first
   bool keeps_stayed = false;   // what could not be deleted stays in the list
+  bool looks_again = false;    // before a deletion: what has changed since it was listed stays
   std::span<const ScanAction> actions = {};
   // What a deletion asks about, one and more of them.
   const char* one = " reference from the registry";
@@ -164,7 +168,11 @@ class RegistryScan {
   virtual RegistryTarget TargetOf(const ScanRow& row) const = 0;
   // Of what Offers says: changes the row as well. Throws Error.
   virtual void Do(ScanAction, ScanRow&) {}
-  // Keeps a value that is about to be changed, where the settings want that. Throws NotKept.
+  // Why a row must not go as it was listed, a sentence; "" where it is as it was then, and where it
+  // is gone.
+  virtual std::string WhyChanged(const ScanRow& row);
+  // Keeps a value that is about to be changed, or that there is none, where the settings want that:
+  // as it was before the first of this window's changes. Throws NotKept.
   void KeepValue(RegistryRoot root, std::string_view key, std::string_view name);
   // The status from the rows that are left, where no scan follows.
   virtual std::string Recounted() const { return status_; }
@@ -207,6 +215,8 @@ class RegistryScan {
   void Erase(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
   void EraseTargets(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
   void RecycleOwnFiles(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
+  std::string StateOf(const ScanRow& row) const;
+  std::string StateOfTarget(const RegistryTarget& target) const;
   void NoteStayed(size_t index, const std::string& why);
   void RemoveFileOf(const ScanRow& row, ProtectedPlaces& places);
   std::vector<ScanRow> TakeErased(const std::vector<size_t>& chosen);
@@ -216,6 +226,7 @@ class RegistryScan {
   ScanView& view_;
   const ScanTraits& traits_;
   RegistryUndo undo_;
+  std::set<std::string> kept_values_;  // by KeepValue
   std::deque<ScanRow> rows_;
   std::string status_, damage_;
   Erasure erased_;

@@ -180,6 +180,7 @@ const ScanTraits kStartupTraits = {.name = "startup",
                                    .columns = kColumns,
                                    .ticks = false,
                                    .keeps_stayed = true,
+                                   .looks_again = true,
                                    .actions = kActions,
                                    .one = " start-up entry",
                                    .many = " start-up entries"};

@@ -1,7 +1,6 @@
 // What is listed as installed, and packages that the Windows Installer keeps of nothing.
 #include <algorithm>
 
-#include "platform/filetime.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "registry_tools/file_reference.h"
@@ -37,6 +36,17 @@ std::string DateText(const std::string& text) {
   return !is_date ? "" : text.substr(0, 4) + "-" + text.substr(4, 2) + "-" + text.substr(6);
 }
 
+constexpr size_t kLongestShown = 600;
+
+std::string OneLine(std::string text) {
+  std::ranges::replace_if(
+      text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == '\x7f'; }, ' ');
+  if (text.size() <= kLongestShown) return text;
+  size_t most = kLongestShown;
+  while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80) --most;
+  return text.substr(0, most) + "...";
+}
+
 // The product that a command of the Windows Installer names.
 std::string ProductIn(const CommandTarget& target) {
   if (!EqualsNoCase(NamePart(target.program), "msiexec.exe")) return {};
@@ -52,9 +62,7 @@ class UninstallEntries : public RegistryScan {
   bool Offers(ScanAction, size_t index) const override {
     return machine().session.RunsPrograms() && targets_[row(index).entry].state == State::kThere;
   }
-  std::string QuestionForAction(ScanAction, size_t index) const override {
-    return "Start the uninstaller of " + row(index).texts[0] + "?\n\n" + row(index).texts[kCommand];
-  }
+  std::string QuestionForAction(ScanAction, size_t index) const override;
 
  protected:
   void ScanRegistry() override;
@@ -65,6 +73,7 @@ class UninstallEntries : public RegistryScan {
     const CommandTarget& target = targets_[row.entry];
     machine().shell.StartProgram(target.program, target.arguments);
   }
+  std::string WhyChanged(const ScanRow& row) override;
   std::string Recounted() const override;
 
  private:
@@ -76,7 +85,7 @@ class UninstallEntries : public RegistryScan {
 
   std::vector<Place> Entries();
   void AddEntry(const Place& place);
-  std::string WhatIsMissing(RegistryKey& key, const std::string& name, const CommandTarget& target);
+  std::string WhatIsMissing(RegistryKey& key, const Place& place, const CommandTarget& target);
   void AddPackages();
   void AddPackage(const std::string& path, const FileInfo& file);
   std::string DayText(int64_t time) const;
@@ -129,7 +138,7 @@ void UninstallEntries::AddEntry(const Place& place) {
   const std::string shown = text("DisplayName"), command = text("UninstallString");
   if (shown.empty() || ReadNumber(*key, "SystemComponent") == 1) return;
   CommandTarget target = judge_->Judge(command, place.whose);
-  const std::string missing = WhatIsMissing(*key, std::string(NamePart(place.key)), target);
+  const std::string missing = WhatIsMissing(*key, place, target);
   const std::string date = DateText(text("InstallDate"));
   ScanRow row;
   row.texts = {shown,
@@ -150,22 +159,18 @@ void UninstallEntries::AddEntry(const Place& place) {
   AddJudged(std::move(row), mark);
 }
 
-std::string UninstallEntries::WhatIsMissing(RegistryKey& key, const std::string& name,
+std::string UninstallEntries::WhatIsMissing(RegistryKey& key, const Place& place,
                                             const CommandTarget& target) {
   if (target.state == State::kGone) return kNoUninstaller;
   std::string code = ProductIn(target);
-  if (code.empty() && ReadNumber(key, "WindowsInstaller") == 1) code = name;
-  if (const std::string packed = PackedCode(code); !packed.empty() && packages_.is_whole) {
-    const auto product = packages_.products.find(packed);
-    const bool is_there = product != packages_.products.end() && !product->second.empty() &&
-                          !machine().files.IsGone(product->second);
-    if (!is_there) return kNoPackage;
-  }
+  if (code.empty() && ReadNumber(key, "WindowsInstaller") == 1) code = NamePart(place.key);
+  const std::string packed = PackedCode(code);
+  if (!packed.empty() && packages_.is_whole && !HasPackage(machine(), packages_, packed))
+    return kNoPackage;
   std::string folder = ReadFolderValue(machine(), key, "InstallLocation");
   std::erase(folder, '"');
-  if (folder.empty()) return {};
-  const std::string quoted = "\"" + std::string(WithoutBackslash(folder)) + "\"";
-  return judge_->Judge(quoted).state == State::kGone ? kNoFolder : "";
+  const CommandTarget there = judge_->JudgePath(WithoutBackslash(folder), place.whose);
+  return there.state == State::kGone ? kNoFolder : "";
 }
 
 void UninstallEntries::AddPackages() {
@@ -179,21 +184,42 @@ void UninstallEntries::AddPackages() {
   });
 }
 
-// One of today may belong to an installation that goes on.
 void UninstallEntries::AddPackage(const std::string& path, const FileInfo& file) {
-  const std::string name(NamePart(path));
-  if (packages_.names.contains(UpCase(std::string_view(name))) ||
-      file.last_write > machine().system.UtcNow() - kFiletimesADay)
-    return;
+  if (!WhyNeeded(machine(), packages_, path).empty()) return;
   ScanRow row;
-  row.texts = {name,       "", "", DayText(file.last_write), SizeText((file.size + 1023) / 1024),
-               kNoProduct, ""};
+  row.texts = {std::string(NamePart(path)),         "",         "", DayText(file.last_write),
+               SizeText((file.size + 1023) / 1024), kNoProduct, ""};
   row.root = RegistryRoot::kLocalMachine;
   row.file = row.own_file = path;
   row.own_claim = Claim::kPackage;
   row.entry = targets_.size();
   targets_.emplace_back();
   AddJudged(std::move(row), RowMark::kOrphaned);
+}
+
+// A product may have come since it was listed.
+std::string UninstallEntries::WhyChanged(const ScanRow& row) {
+  std::string why = RegistryScan::WhyChanged(row);
+  if (!why.empty() || row.own_file.empty()) return why;
+  const InstallerPackages now = ReadInstallerPackages(machine(), {});
+  if (!now.is_whole) return "What the Windows Installer knows could not be read.";
+  return WhyNeeded(machine(), now, row.own_file);
+}
+
+// Whoever wrote the entry chose its texts: each is one line of no great length here.
+std::string UninstallEntries::QuestionForAction(ScanAction, size_t index) const {
+  const CommandTarget& target = targets_[row(index).entry];
+  const std::string rights =
+      machine().session.HasAdministratorRights()
+          ? "It runs with administrator rights, as this program does now."
+          : "It runs with your rights; Windows asks you where it wants more.";
+  return "Start the uninstaller of " + OneLine(row(index).texts[0]) +
+         "?\n\nProgram: " + OneLine(target.program) + "\nCommand line: \"" +
+         OneLine(target.program) + "\" " + OneLine(target.arguments) + "\n" +
+         (EqualsNoCase(target.program, target.file)
+              ? ""
+              : "Carries out: " + OneLine(target.file) + "\n") +
+         "\n" + rights;
 }
 
 std::string UninstallEntries::DayText(int64_t time) const {
@@ -229,6 +255,7 @@ const ScanTraits kUninstallTraits = {.name = "uninstall",
                                      .columns = kColumns,
                                      .ticks = false,
                                      .keeps_stayed = true,
+                                     .looks_again = true,
                                      .actions = kActions,
                                      .one = " uninstall entry",
                                      .many = " uninstall entries"};

@@ -118,6 +118,13 @@ constexpr NameList kPersonalFolders = {"Desktop",
                                        "My Documents\\My Music",
                                        "My Documents\\My Videos"};
 
+// Values of a user's list of folders.
+constexpr NameList kMovedHomes = {"AppData", "Local AppData",
+                                  "{A520A1A4-1780-4FF6-BD18-167343C5AF16}"};
+constexpr NameList kMovedPersonal = {
+    "Desktop",  "Personal",  "My Pictures", "My Music",
+    "My Video", "Favorites", "Start Menu",  "{374DE290-123F-4565-9164-39C4925E467B}"};
+
 template <class Visit>
 void ForEachFolder(Folder& folder, const Visit& visit) {
   std::vector<std::string> names;
@@ -141,6 +148,7 @@ void PreciousFinder::Find(std::string_view backup_folder) {
   FindPrograms();
   FindProfiles();
   FindKnownFolders();
+  FindOthersFolders();
 }
 
 std::unique_ptr<Folder> PreciousFinder::Open(std::string_view path) {
@@ -306,13 +314,8 @@ void PreciousFinder::FindProfile(Folder& profile) {
 // Where the user's folders are when they were moved.
 void PreciousFinder::FindKnownFolders() {
   for (const char* key : kShellKeys) {
-    NoteFolderValues(kCurrentUser, key,
-                     {"AppData", "Local AppData", "{A520A1A4-1780-4FF6-BD18-167343C5AF16}"},
-                     Kind::kHome);
-    NoteFolderValues(kCurrentUser, key,
-                     {"Desktop", "Personal", "My Pictures", "My Music", "My Video", "Favorites",
-                      "Start Menu", "{374DE290-123F-4565-9164-39C4925E467B}"},
-                     Kind::kPersonal);
+    NoteFolderValues(kCurrentUser, key, kMovedHomes, Kind::kHome);
+    NoteFolderValues(kCurrentUser, key, kMovedPersonal, Kind::kPersonal);
     NoteFolderValues(kLocalMachine, key, {"Common AppData"}, Kind::kHome);
     NoteFolderValues(kLocalMachine, key,
                      {"Common Desktop", "Common Documents", "CommonMusic", "CommonPictures",
@@ -322,6 +325,49 @@ void PreciousFinder::FindKnownFolders() {
   for (const char* name : {"OneDrive", "OneDriveConsumer", "OneDriveCommercial"}) {
     Note(machine_.system.Environment(name).value_or(""), Kind::kPersonal);
   }
+}
+
+// Of users whose hives are loaded: where theirs are when they were moved.
+void PreciousFinder::FindOthersFolders() {
+  std::vector<std::string> users;
+  try {
+    const auto all = machine_.registry.Open(kUsers, "", RegistryAccess::kRead);
+    if (all) users = SubKeyNames(*all);
+  } catch (const Error&) {  // where they cannot be listed they are not known
+  }
+  for (const std::string& user : users) {
+    if (!user.starts_with("S-1-5-21-") && !user.starts_with("S-1-12-1-")) continue;  // a system's
+    for (const char* const key : kShellKeys) {
+      try {
+        const auto folders =
+            machine_.registry.Open(kUsers, user + "\\" + key, RegistryAccess::kRead);
+        if (folders) NoteMoved(*folders, ProfileOf(user));
+      } catch (const Error&) {  // not his: the others'
+      }
+    }
+  }
+}
+
+// "" where none is listed.
+std::string PreciousFinder::ProfileOf(const std::string& user) {
+  const auto key = machine_.registry.Open(kLocalMachine, std::string(kProfileList) + "\\" + user,
+                                          RegistryAccess::kRead);
+  return key ? ReadFolderValue(machine_, *key, "ProfileImagePath") : "";
+}
+
+// His variables are his own. Nobody is asked on a network for what another user has named.
+void PreciousFinder::NoteMoved(RegistryKey& folders, const std::string& profile) {
+  const auto note = [&](NameList names, Kind kind) {
+    for (const char* const name : names) {
+      const auto value = folders.QueryValue(name);
+      if (!value || (value->type != kRegSz && value->type != kRegExpandSz)) continue;
+      const std::string text = FromUtf16Bytes(value->bytes);
+      const std::string own = ReplaceNoCase(TrimNull(text), "%USERPROFILE%", profile);
+      if (!own.starts_with('\\')) Note(ExpandEnvironment(machine_.system, own), kind);
+    }
+  };
+  note(kMovedHomes, Kind::kHome);
+  note(kMovedPersonal, Kind::kPersonal);
 }
 
 void PreciousFinder::NoteFolderValues(RegistryRoot root, const char* key,

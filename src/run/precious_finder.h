@@ -36,6 +36,9 @@ class PreciousFinder {
   void FindListedProfiles();
   void FindProfile(Folder& profile);
   void FindKnownFolders();
+  void FindOthersFolders();
+  void NoteMoved(RegistryKey& folders, const std::string& profile);
+  std::string ProfileOf(const std::string& user);
   void NoteFolderValues(RegistryRoot root, const char* key,
                         std::initializer_list<const char*> names, Kind kind);
 

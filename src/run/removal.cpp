@@ -15,6 +15,7 @@
 #include "run/deletion_batch.h"
 #include "run/random_source.h"
 #include "run/run_steps.h"
+#include "run/stayed.h"
 
 namespace quellix {
 namespace {
@@ -78,6 +79,7 @@ std::optional<Way> OverwriteUnlessShared(CleaningContext& context, Folder& folde
         " has further names: it was not overwritten, and only this name was removed.\r\n");
     return Way::kDeleted;
   }
+  context.state.Parts.Get<HasOverwritten>();
   return Overwrite(context, *file) ? std::optional(Way::kWiped) : std::nullopt;
 }
 

@@ -135,7 +135,8 @@ std::string WipedLine(const RunState& state) {
     return entry.fate == Fate::kRemoved && entry.way == Way::kWiped;
   });
   const std::string_view note = WipingNote();
-  return !has_wiped || note.empty() ? "" : "\r\n\r\n" + std::string(note);
+  const bool has_any = has_wiped || state.Parts.Find<HasOverwritten>();
+  return !has_any || note.empty() ? "" : "\r\n\r\n" + std::string(note);
 }
 
 std::string LeftToStartLine(const RunState& state) {

@@ -48,8 +48,11 @@ std::string NotBackedUpLine(const RunState& state);
 std::string KeptLine(const RunState& state);
 // The same of what the next start of Windows takes.
 std::string LeftToStartLine(const RunState& state);
-// What stays readable of files that were wiped: a line behind an empty one; "" where none were, or
-// nothing has to be said.
+// Among a run's parts once it has written over a file, which may have stayed all the same.
+struct HasOverwritten {};
+
+// What stays readable of files that were wiped or written over: a line behind an empty one; ""
+// where none were, or nothing has to be said.
 std::string WipedLine(const RunState& state);
 // The names of what stayed, and of what was kept, with their reasons, a line each, `most` of them,
 // behind an empty line and a heading; "" when nothing did.

@@ -1,5 +1,6 @@
 // What commands of the registry start, in every form that they are written in.
 
+#include "platform/forwarding_system.h"
 #include "registry_tools/file_reference.h"
 #include "support/registry_fixture.h"
 
@@ -8,13 +9,23 @@ namespace {
 
 using State = CommandTarget::State;
 
+// Says that programs are looked for elsewhere.
+struct PathSystem : ForwardingSystem {
+  using ForwardingSystem::ForwardingSystem;
+  std::optional<std::string> Environment(std::string_view name) override {
+    return EqualsNoCase(name, "PATH") ? path : inner_.Environment(name);
+  }
+  std::string path;
+};
+
 struct CommandReferenceTest : RegistryFixture {
   CommandReferenceTest() {
     for (const char* name : {"a b\\run me.exe", "a b\\plain.exe", "a b\\lib.dll", "a.bat"})
       machine->MakeFile(scratch + name, "x");
     // In the folder of Windows, where some are looked for; those of the system stay.
     for (const std::string& name : own_names) MakeOwn(system + "\\" + name);
-    MakeOwn(windows + "\\SysWOW64\\qx32.exe");
+    for (const char* name : {"qx32.exe", "qx32.dll", "rundll32.exe"})
+      MakeOwn(windows + "\\SysWOW64\\" + name);
   }
   ~CommandReferenceTest() override {
     for (const std::string& path : made) ports.files.RemoveFile(path);
@@ -54,6 +65,12 @@ TEST_F(CommandReferenceTest, EveryFormOfACommandIsFoundAsWindowsFindsIt) {
        scratch + "a b\\plain.exe", "-q"},
       {"unquoted, gone, called like a program", gone + " /x there.exe", State::kGone, gone,
        "/x there.exe"},
+      {"unquoted, with a variable that nobody knows", scratch + "gone dir\\%QX_NONE%\\a.exe",
+       State::kNotJudged, ""},
+      {"unquoted, with a percent sign", scratch + "100 gone%\\a.exe", State::kNotJudged, ""},
+      {"unquoted, gone, a variable behind it", gone + " %1", State::kGone, gone, "%1"},
+      {"unquoted, gone, a quote behind it", gone + " \"%1\"", State::kGone, gone, "\"%1\""},
+      {"a name, a variable behind it", "qxnowhere %QX_NONE%\\a", State::kNotJudged, ""},
       {"a path behind it", gone + " " + there, State::kGone, gone, there},
       {"blanks around it", "  " + there + "  ", State::kThere, there},
       {"forward slashes", "\"" + ReplaceNoCase(there, "\\", "/") + "\"", State::kThere, there},
@@ -113,6 +130,56 @@ TEST_F(CommandReferenceTest, NamesAreLookedForWhereProgramsAreRegistered) {
     EXPECT_EQ(target.arguments, "-x");
   }
   EXPECT_EQ(static_cast<int>(judge.Judge("qxgone.exe").state), static_cast<int>(State::kGone));
+}
+
+TEST_F(CommandReferenceTest, WhatMayLieWhereNobodyCanLookIsNotCalledGone) {
+  PathSystem elsewhere(ports.system);
+  const Machine of{ports.files, ports.registry, ports.shell,    ports.url_cache,     ports.profile,
+                   elsewhere,   ports.session,  ports.cleaners, ports.program_folder};
+  Set(kMachine, std::string(kApps) + "\\qxnet.exe", "", Text("\\\\server\\share\\a.exe"));
+  Set(kMachine, std::string(kApps) + "\\qxdisk.exe", "", Text("Q:\\a.exe"));
+  const std::tuple<const char*, std::string, std::string, State> kRows[] = {
+      {"a folder that is here", scratch + "a b", "qxnowhere.exe", State::kGone},
+      {"nothing at all", " ;;", "qxnowhere.exe", State::kGone},
+      {"a server", scratch + ";\\\\server\\bin", "qxnowhere.exe", State::kNotJudged},
+      {"a drive that is not there", "\"Q:\\bin\"", "qxnowhere.exe", State::kNotJudged},
+      {"an unknown variable", "%QX_NONE%\\bin", "qxnowhere.exe", State::kNotJudged},
+      {"and yet it is found", "Q:\\bin", "qxtool.exe", State::kThere},
+      {"registered on a server", "", "qxnet.exe /x", State::kNotJudged},
+      {"registered on a drive that is not there", "", "qxdisk", State::kNotJudged}};
+  for (const auto& [row, path, command, state] : kRows) {
+    elsewhere.path = path;
+    ReferenceJudge judge(of);
+    EXPECT_EQ(static_cast<int>(judge.Judge(command).state), static_cast<int>(state)) << row;
+  }
+}
+
+TEST_F(CommandReferenceTest, TheRunningProgramOf32BitsLooksIntoItsOwnFolderFirst) {
+  const std::string program = windows + "\\SysWOW64\\rundll32.exe ";
+  const std::string mine = windows + "\\SysWOW64\\qx32.dll";
+  MakeOwn(system + "\\qx64.dll");
+  ReferenceJudge judge(ports);
+  EXPECT_EQ(judge.Judge(program + "qx32.dll,Start").file, mine);
+  EXPECT_EQ(judge.Judge(program + "\"" + system + "\\qx32.dll\",Start").file, mine);
+  EXPECT_EQ(judge.Judge(program + "qx64.dll,Start").file, system + "\\qx64.dll");
+  EXPECT_EQ(static_cast<int>(judge.Judge("rundll32.exe qx32.dll,Start").state),
+            static_cast<int>(State::kGone))
+      << "of 64 bits it sees the other folder";
+}
+
+TEST_F(CommandReferenceTest, APathAloneIsOneOnADrive) {
+  ReferenceJudge judge(ports);
+  const std::pair<std::string, State> kRows[] = {
+      {scratch + "a b", State::kThere},     {scratch + "none", State::kGone},
+      {"My program", State::kNotJudged},    {"\\gone", State::kNotJudged},
+      {"%QX_NONE%\\a", State::kNotJudged},  {"Q:\\a", State::kNotJudged},
+      {"\\\\server\\a", State::kNotJudged}, {"", State::kNotJudged}};
+  for (const auto& [path, state] : kRows) {
+    const CommandTarget target = judge.JudgePath(path, CommandOf::kAnyProgram);
+    EXPECT_EQ(static_cast<int>(target.state), static_cast<int>(state)) << path;
+  }
+  const std::string seen = system + "\\qx32.exe";
+  EXPECT_EQ(judge.JudgePath(seen, CommandOf::k32BitProgram).file, windows + "\\SysWOW64\\qx32.exe");
 }
 
 TEST_F(CommandReferenceTest, ProgramsOf32BitsSeeFoldersOfTheirOwn) {

@@ -59,6 +59,11 @@ void FileAssociationsTest::Seed() {
   Put(kUser, "QxDead\\shell\\print\\command", there + " /p %1");
   Put(kUser, "QxDead\\shell\\handled\\command", gone);
   Put(kUser, kClasses, "QxDead\\shell\\handled\\command", "DelegateExecute", Text("{1}"));
+  for (const char* verb : {"dropped", "asked", "talked"})
+    Put(kUser, std::string("QxDead\\shell\\") + verb + "\\command", gone);
+  Put(kUser, kClasses, "QxDead\\shell\\dropped\\DropTarget", "CLSID", Text("{1}"));
+  Put(kUser, kClasses, "QxDead\\shell\\asked", "ExplorerCommandHandler", Text("{1}"));
+  Put(kUser, "QxDead\\shell\\talked\\ddeexec", "[open(\"%1\")]");
   Put(kUser, "QxDead\\DefaultIcon", gone + ",-3");
   Put(kMachine, ".qxown\\shell\\open\\command", gone);
   Put(kMachine, ".qxlist\\OpenWithList\\qxgone.exe", "");
@@ -117,6 +122,44 @@ TEST_F(FileAssociationsTest, AnotherProgramOfThoseOfferedTakesThePlace) {
   for (const std::string& line : Rows(*Scan())) EXPECT_FALSE(line.starts_with("!.qxuser|class"));
   ASSERT_EQ(UndoFiles().size(), 1u);
   EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  EXPECT_EQ(PictureOfKeys(), before);
+}
+
+TEST_F(FileAssociationsTest, WhatHasChangedOrLeadsSomewhereAgainStays) {
+  Seed();
+  const auto scan = Scan();
+  std::vector<size_t> chosen;
+  for (size_t i = 0; i < scan->RowCount(); ++i) {
+    if (ContainsNoCase(scan->row(i).texts[0], "qx")) chosen.push_back(i);
+  }
+  const auto user_class = std::ranges::find_if(chosen, [&](size_t row) {
+    return scan->row(row).texts[0] == ".qxuser" && scan->row(row).texts[1] == "class";
+  });
+  ASSERT_NE(user_class, chosen.end());
+  Put(kUser, "QxDead\\shell\\open\\command", gone + " /new");
+  Put(kMachine, "QxNowhere", "");
+  Put(kMachine, "QxOther", "");
+  Put(kMachine, "Applications\\qxgone.exe", "");
+  keys.back().second = std::string(kClasses) + "Applications\\qxgone.exe";
+  const RegistryPicture before = PictureOfKeys();
+  EXPECT_THROW(scan->Choose(*user_class, "QxOk"), Error) << "its class is there again";
+  machine->MakeFile(gone, "x");
+  scan->DeleteRows(chosen, false);
+  EXPECT_EQ(scan->stayed(), chosen.size() - 1) << "but for a verb that is still nowhere";
+  Names rows = Rows(*Scan());
+  EXPECT_EQ(rows, Names()) << "and none of them is dead by now";
+  Set(kUser, std::string(kClasses) + "QxDead\\shell", "", Text("show"));
+  EXPECT_EQ(PictureOfKeys(), before);
+}
+
+TEST_F(FileAssociationsTest, AClassThatOpensNothingAnyMoreIsNotChosen) {
+  Seed();
+  const auto scan = Scan();
+  size_t row = 0;
+  while (scan->row(row).texts[0] != ".qxuser" || scan->row(row).texts[1] != "class") ++row;
+  ports.files.RemoveFile(there);
+  const RegistryPicture before = PictureOfKeys();
+  EXPECT_THROW(scan->Choose(row, "QxOk"), Error);
   EXPECT_EQ(PictureOfKeys(), before);
 }
 

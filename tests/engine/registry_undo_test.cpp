@@ -118,8 +118,9 @@ TEST_F(RegistryUndoTest, OneValueThatCannotBeWrittenKeepsNoneOfTheOthersBack) {
   RegFileText text;
   text.AddKey(kUser, "Qx1");
   text.AddValue("a", Number(1));
-  text.AddValue(std::string(20000, 'n'), Number(2));                     // too long for Windows
-  text.AddValue("large", {kRegBinary, std::string(1'100'000, '\xAB')});  // and for a volume
+  text.AddValue(std::string(20000, 'n'), Number(2));  // too long for Windows
+  text.AddValue("large",
+                RegistryValue{kRegBinary, std::string(1'100'000, '\xAB')});  // and for a volume
   text.AddValue("z", Number(3));
   machine->MakeFile(BackupFolder() + "R_0101202610000.reg", RegFileHeader() + text.Bytes());
   const RestoreResult result = RestoreFile(UndoFiles().at(0));
@@ -305,7 +306,8 @@ TEST(RegFile, ACutOffFileKeepsWhatIsWhole) {
   text.AddValue("plain", Text("ends in \\ \"quoted\""));
   text.AddKey(kUser, "Qx");
   text.AddValue("number", Number(0x12345678));
-  text.AddValue("long", {kRegBinary, std::string(60, '\xAB')});
+  text.AddValue("none", std::nullopt);
+  text.AddValue("long", RegistryValue{kRegBinary, std::string(60, '\xAB')});
   text.AddValue("", Text("%PATH%", kRegExpandSz));
   const std::string bytes = RegFileHeader() + text.Bytes();
   const RegFile whole = ParseRegFile(bytes);
@@ -320,13 +322,15 @@ TEST(RegFile, ACutOffFileKeepsWhatIsWhole) {
       ASSERT_EQ(cut.keys[i].path, whole.keys[i].path);
       for (size_t j = 0; j < cut.keys[i].values.size(); ++j, ++values) {
         ASSERT_EQ(cut.keys[i].values[j].first, whole.keys[i].values[j].first);
-        ASSERT_EQ(cut.keys[i].values[j].second.bytes, whole.keys[i].values[j].second.bytes);
+        const auto &read = cut.keys[i].values[j].second, &value = whole.keys[i].values[j].second;
+        ASSERT_EQ(read.has_value(), value.has_value());
+        ASSERT_EQ(read.value_or(RegistryValue()).bytes, value.value_or(RegistryValue()).bytes);
       }
     }
     ASSERT_GE(values, most);
     most = values;
   }
-  EXPECT_EQ(most, 4u);
+  EXPECT_EQ(most, 5u);
   EXPECT_TRUE(ParseRegFile(bytes.substr(0, bytes.size() - 7)).is_cut_off);
   EXPECT_TRUE(ParseRegFile(bytes.substr(0, bytes.size() - 20) + std::string(20, '\0')).is_cut_off);
   EXPECT_FALSE(whole.is_cut_off || ParseRegFile("").is_cut_off);
@@ -344,7 +348,8 @@ TEST(RegFile, OnlyWhatTheRegistryEditorTakesIsRead) {
       {"unknown root", start + "[HKEY_NONE\\a]\r\n", "line 3"},
       {"no bracket", start + "[HKEY_CURRENT_USER\\a\r\n", "line 3"},
       {"deletes a key", start + "[-HKEY_CURRENT_USER\\a]\r\n", "to be deleted"},
-      {"deletes a value", key + "\"a\"=-\r\n", "to be deleted"},
+      {"tells of no value", key + "\"a\"=- ; remark\r\n", nullptr},
+      {"tells of no value, and more", key + "\"a\"=-1\r\n", "follows"},
       {"value first", start + "\"a\"=\"b\"\r\n", "before the first key"},
       {"no data", key + "\"a\"\r\n", "line 4"},
       {"open text", key + "\"a\"=\"b\r\n", "no end"},

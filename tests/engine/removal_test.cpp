@@ -1,5 +1,6 @@
 #include "run/removal.h"
 
+#include "platform/wiping_note.h"
 #include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 
@@ -294,6 +295,24 @@ TEST_F(RemovalTest, LinksAreCollectedButNeverEntered) {
     EXPECT_EQ(Read(outside + "dear.txt"), "dear") << file_link;
     EXPECT_EQ(StayedNames(state, 9), "") << "a link is not gone into and so does not fail";
   }
+}
+
+// What wiping leaves readable is said wherever something was written over.
+TEST_F(RemovalTest, AnOverwrittenFileThatStaysIsToldAsWipedOnesAre) {
+  struct Holding : ForwardingFolder {
+    using ForwardingFolder::ForwardingFolder;
+    void RemoveFile(std::string_view) override { throw Error(Error::Kind::kInUse, "It is held."); }
+  };
+  ForwardingFiles files(
+      ports.files, [](auto&, auto folder) { return std::make_unique<Holding>(std::move(folder)); });
+  CleaningContext held{WithFiles(ports, files), settings, state, view, mod_zip};
+  machine->MakeFile(scratch + "held", "secret");
+  for (const int16_t mode : {kDelete, kWipe}) {
+    state.RemovalMode = mode;
+    EXPECT_FALSE(RemoveFile(held, scratch + "held", Claim::kOwnList));
+    EXPECT_EQ(WipedLine(state).empty(), mode == kDelete || WipingNote().empty()) << mode;
+  }
+  EXPECT_NE(Read(scratch + "held"), "secret");
 }
 
 TEST_F(RemovalTest, AFolderThatCannotBeOpenedIsTold) {

@@ -222,6 +222,12 @@ TEST_F(StartupProgramsTest, EntriesAreSwitchedOffAndOnAsTheTaskManagerDoes) {
     EXPECT_EQ(Approval(row.root, row.key, row.name), std::string("\2\0\0\0\0\0\0\0\0\0\0\0", 12));
     EXPECT_EQ(scan->row(index).texts[4], "On");
   }
+  ASSERT_EQ(UndoFiles().size(), 1u);
+  for (int time = 0; time < 2; ++time) {
+    EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+    for (const auto& row : kRows)
+      EXPECT_EQ(Approval(row.root, row.key, row.name), "<none>") << "as before the first change";
+  }
   const size_t once = RowOf(*scan, "QxOnce");
   EXPECT_FALSE(scan->Offers(ScanAction::kDisable, once) || scan->Offers(ScanAction::kEnable, once));
 }
@@ -267,6 +273,28 @@ TEST_F(StartupProgramsTest, WhatCannotBeSwitchedIsToldAndStaysAsItIs) {
   EXPECT_TRUE(scan->status().ends_with(scan->failure()));
   EXPECT_EQ(scan->row(row).texts[4], "On");
   EXPECT_EQ(Approval(kUser, "Run", "QxUser"), "<none>");
+}
+
+TEST_F(StartupProgramsTest, WhatHasChangedSinceItWasListedStays) {
+  for (const char* name : {"QxSame", "QxOther"}) Set(kUser, kRun, name, Text(gone));
+  const std::string link = FolderOf(kUser) + "\\Qx.lnk";
+  machine->MakeFile(link, ShortcutBytes(gone, ""));
+  auto scan = Scan();
+  Set(kUser, kRun, "QxOther", Text(gone + " /new"));
+  machine->MakeFile(link, ShortcutBytes(gone + "2", ""));
+  const auto delete_all = [&] {
+    scan->DeleteRows({RowOf(*scan, "QxSame"), RowOf(*scan, "QxOther"), RowOf(*scan, "Qx.lnk")},
+                     false);
+  };
+  delete_all();
+  EXPECT_EQ(scan->stayed(), 2u);
+  EXPECT_TRUE(Holds(scan->failure(), "It has changed since it was listed: Qx"));
+  EXPECT_EQ(Rows(*Scan()).size(), 2u);
+  Set(kUser, kRun, "QxSame", Text(gone));
+  scan = Scan();
+  machine->MakeFile(gone, "x");
+  delete_all();
+  EXPECT_EQ(scan->stayed(), 2u) << "the program of both is there again";
 }
 
 TEST_F(StartupProgramsTest, WindowsBefore8KnowsNoSwitching) {

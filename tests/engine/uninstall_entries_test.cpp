@@ -11,8 +11,11 @@ namespace {
 constexpr const char* kPrograms = "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
 constexpr const char* kPrograms32 =
     "Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
-constexpr const char* kUserData =
-    "Software\\Microsoft\\Windows\\CurrentVersion\\Installer\\UserData\\Qx-1";
+// Of a user of the test's own.
+std::string UserData(const char* user = "1") {
+  return std::string("Software\\Microsoft\\Windows\\CurrentVersion\\Installer\\UserData\\Qx-") +
+         user;
+}
 constexpr const char* kCode = "{01234567-89AB-CDEF-0123-456789ABCDEF}";
 constexpr const char* kOther = "{11234567-89AB-CDEF-0123-456789ABCDEF}";
 
@@ -26,7 +29,7 @@ struct UninstallEntriesTest : RegistryFixture {
   }
   ~UninstallEntriesTest() override {
     for (const auto& [root, key] : keys) machine->RemoveRegistryTree(root, key);
-    machine->RemoveRegistryTree(kMachine, kUserData);
+    for (const char* const user : {"1", "2"}) machine->RemoveRegistryTree(kMachine, UserData(user));
     for (const std::string& path : made) {
       if (machine->Exists(path)) ports.files.RemoveFile(path);
     }
@@ -46,15 +49,17 @@ struct UninstallEntriesTest : RegistryFixture {
     if (entry.of_installer) Set(root, key, "WindowsInstaller", Number(1));
   }
   // A product of the Windows Installer with that package.
-  void AddProduct(const std::string& code, const std::string& package) {
-    Set(kMachine, kUserData + ("\\Products\\" + PackedCode(code)) + "\\InstallProperties",
+  void AddProduct(const std::string& code, const std::string& package, const char* user = "1") {
+    Set(kMachine, UserData(user) + ("\\Products\\" + PackedCode(code)) + "\\InstallProperties",
         "LocalPackage", Text(package));
   }
   std::string MakePackage(const std::string& name, bool is_new = false) {
     const std::string path = ports.system.WindowsFolder() + "\\Installer\\" + name;
     machine->MakeFile(path, std::string(3000, 'p'));
-    const int64_t now = ports.system.UtcNow();
-    machine->SetLastWrite(path, is_new ? now : now - 10 * kFiletimesADay);
+    const int64_t now = ports.system.UtcNow(), then = now - 10 * kFiletimesADay;
+    const auto file = ports.files.Open(path, OpenMode::kReadAndCreate);
+    file->SetTimes({.created = is_new ? now : then, .last_write = then});
+    if (is_new && file->Times().created == 0) file->SetTimes({.last_write = now});
     made.push_back(path);
     return path;
   }
@@ -83,6 +88,8 @@ TEST_F(UninstallEntriesTest, EachEntryIsListedWithWhatIsMissing) {
   Add(kMachine, machines32 + "Qx gone", {"\"" + gone + "\""});
   Add(kUser, machines + "Qx folder gone", {"\"" + there + "\"", "\"" + scratch + "none\""});
   Add(kUser, machines + "Qx nothing", {""});
+  Add(kMachine, machines + "Qx a name for a folder", {there, "My program"});
+  Add(kMachine, machines + "Qx a variable", {scratch + "no program\\%QX_NONE%\\a.exe /x"});
   Add(kUser, machines + "Qx nothing, folder gone", {"", scratch + "none"});
   Add(kUser, machines + "Qx on a server", {"\\\\server\\share\\setup.exe /x"});
   Add(kMachine, machines + "Qx a product", {"MsiExec.exe /X" + std::string(kCode)});
@@ -98,12 +105,75 @@ TEST_F(UninstallEntriesTest, EachEntryIsListedWithWhatIsMissing) {
       (Names{"!Qx a product without its package|installer package missing",
              "!Qx folder gone|folder missing", "!Qx gone|uninstaller missing",
              "!Qx no product|installer package missing", "!Qx nothing, folder gone|folder missing",
-             "+Qx a product|", "+Qx there|", "+Qx unquoted|", "?Qx nothing|", "?Qx on a server|"}));
+             "+Qx a name for a folder|", "+Qx a product|", "+Qx there|", "+Qx unquoted|",
+             "?Qx a variable|", "?Qx nothing|", "?Qx on a server|"}));
   EXPECT_TRUE(Holds(scan->status(), " that cannot be removed any more"));
   const size_t row = RowOf(*scan, "Qx there");
   EXPECT_EQ(scan->Offers(ScanAction::kStart, row), ports.session.RunsPrograms());
   EXPECT_FALSE(scan->Offers(ScanAction::kStart, RowOf(*scan, "Qx gone")));
   EXPECT_TRUE(Holds(scan->QuestionForAction(ScanAction::kStart, row), "uninstall me.exe\" /u"));
+}
+
+// The texts are those of whoever wrote the entry.
+TEST_F(UninstallEntriesTest, TheQuestionShowsWhatIsStartedAndItsRights) {
+  const std::string key = kPrograms + std::string("Qx");
+  Add(kMachine, key, {there + " /u\r\n\r\nIt is harmless.", "", false, "Qx\r\nProgram: C:\\x.exe"});
+  const auto scan = Scan();
+  const std::string asked =
+      scan->QuestionForAction(ScanAction::kStart, RowOf(*scan, "Qx\r\nProgram: C:\\x.exe"));
+  const bool has_rights = ports.session.HasAdministratorRights();
+  EXPECT_EQ(asked, "Start the uninstaller of Qx  Program: C:\\x.exe?\n\nProgram: " + there +
+                       "\nCommand line: \"" + there + "\" /u    It is harmless.\n\nIt runs with " +
+                       (has_rights ? "administrator rights, as this program does now."
+                                   : "your rights; Windows asks you where it wants more."));
+  Set(kMachine, key, "UninstallString", Text(there + " " + std::string(5000, 'x')));
+  Set(kMachine, key, "DisplayName", Text("Qx"));
+  const auto again = Scan();
+  EXPECT_LT(again->QuestionForAction(ScanAction::kStart, RowOf(*again, "Qx")).size(), 1500u);
+}
+
+TEST_F(UninstallEntriesTest, WhatHasChangedSinceItWasListedStays) {
+  const std::string key = kPrograms + std::string("Qx");
+  for (const char* name : {"1", "2", "3"}) Add(kUser, key + name, {gone + name});
+  const auto scan = Scan();
+  Set(kUser, key + "1", "UninstallString", Text(there));
+  machine->MakeFile(gone + "2", "x");
+  scan->DeleteRows({RowOf(*scan, "Qx1"), RowOf(*scan, "Qx2"), RowOf(*scan, "Qx3")}, false);
+  EXPECT_EQ(scan->stayed(), 2u);
+  EXPECT_TRUE(Holds(scan->failure(), "It has changed since it was listed: Qx"));
+  EXPECT_EQ(Rows(*Scan()), (Names{"+Qx1|", "+Qx2|"}));
+}
+
+TEST_F(UninstallEntriesTest, EachUsersPackageOfAProductIsInUse) {
+  const std::string package = MakePackage("qx1.msi"), other = MakePackage("qx2.msi");
+  MakePackage("qx3.msi");
+  AddProduct(kCode, package);
+  AddProduct(kCode, other, "2");
+  AddProduct(kOther, MakePackage("qx4.msi"));
+  AddProduct(kOther, package + ".gone.msi", "2");
+  for (const char* code : {kCode, kOther})
+    Add(kMachine, kPrograms + std::string(code),
+        {"MsiExec.exe /X" + std::string(code), "", true, "Qx" + std::string(code)});
+  EXPECT_EQ(Rows(*Scan()),
+            (Names{"+Qx" + std::string(kCode) + "|", "+Qx" + std::string(kOther) + "|"}));
+  const InstallerPackages read = ReadInstallerPackages(ports, {});
+  for (const std::string& name : {package, other})
+    EXPECT_TRUE(Holds(WhyNeeded(ports, read, name), "A product that is installed needs it"));
+}
+
+TEST_F(UninstallEntriesTest, APackageIsJudgedAgainBeforeItGoes) {
+  AddProduct(kCode, MakePackage("qx1.msi"));
+  const std::string old = MakePackage("Qx3.msi"), touched = MakePackage("Qx4.msi");
+  const auto scan = Scan();
+  AddProduct(kOther, old, "2");
+  MakePackage("Qx4.msi", true);
+  scan->DeleteRows({RowOf(*scan, "Qx3.msi"), RowOf(*scan, "Qx4.msi")}, false);
+  EXPECT_EQ(scan->stayed(), 2u);
+  EXPECT_TRUE(machine->Exists(old) && machine->Exists(touched));
+  EXPECT_EQ(Rows(*Scan()), Names());
+  const InstallerPackages read = ReadInstallerPackages(ports, {});
+  EXPECT_TRUE(Holds(WhyNeeded(ports, read, touched), "It is of today"));
+  EXPECT_TRUE(Holds(WhyNeeded(ports, read, touched + "x"), "How old it is cannot be told"));
 }
 
 TEST_F(UninstallEntriesTest, TheTextsAreThoseOfTheEntry) {
@@ -142,7 +212,7 @@ TEST_F(UninstallEntriesTest, AnEntryGoesAsAWholeAndComesBack) {
 
 TEST_F(UninstallEntriesTest, PackagesOfNoProductGoToTheRecycleBin) {
   AddProduct(kCode, MakePackage("qx1.msi"));
-  Set(kMachine, kUserData + std::string("\\Patches\\") + PackedCode(kOther), "LocalPackage",
+  Set(kMachine, UserData() + std::string("\\Patches\\") + PackedCode(kOther), "LocalPackage",
       Text("C:\\WINDOWS\\Installer\\QX2.MSP"));
   const std::string patch = MakePackage("qx2.msp"), old = MakePackage("Qx3.msi");
   const std::string of_today = MakePackage("Qx4.msi", true), kept = MakePackage("Qx5.msp");

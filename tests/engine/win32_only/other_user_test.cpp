@@ -8,6 +8,7 @@
 #include "app/undo_run.h"
 #include "backup/registry_undo.h"
 #include "platform/error.h"
+#include "run/protected_places.h"
 #include "support/key_link_win32.h"
 #include "support/other_user_fixture_win32.h"
 
@@ -46,6 +47,25 @@ TEST_F(OtherUserTest, WhatIsHisIsCleanedAndNothingOfAnybodyElse) {
   EXPECT_EQ(machine->ValueNames(kUser, kRunMruKey), Names{"a"});
   EXPECT_TRUE(machine->Exists(temp + "mine.tmp"));
   EXPECT_EQ(ports.shell.QueryRecycleBin().items, binned);
+}
+
+TEST_F(OtherUserTest, FoldersThatHeMovedAreProtectedWhileHisRegistryIsLoaded) {
+  const std::string his = user.sid +
+                          "\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\"
+                          "User Shell Folders";
+  const std::string documents = scratch + "his documents", music = user.profile + "\\tunes";
+  const std::string free = scratch + "free";
+  for (const std::string& folder : {documents, music, free}) machine->MakeFolder(folder);
+  machine->SetText(RegistryRoot::kUsers, his, "Personal", documents);
+  machine->SetText(RegistryRoot::kUsers, his, "My Music", "%USERPROFILE%\\tunes");
+  machine->SetText(RegistryRoot::kUsers, his, "My Video", "\\\\server\\his");
+  ProtectedPlaces places(ports, own + "Backup\\");
+  for (const std::string& folder : {documents, music, free}) {
+    const auto open = ports.files.OpenFolder(folder);
+    const std::string why = places.WhyNot(*open, "*.*", true, Claim::kItem);
+    EXPECT_EQ(why.empty(), folder == free) << folder;
+  }
+  machine->RemoveRegistryTree(RegistryRoot::kUsers, user.sid);
 }
 
 TEST_F(OtherUserTest, HisFoldersAndVariablesAreTold) {
