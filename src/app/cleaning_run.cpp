@@ -215,6 +215,11 @@ void CleanOthers(CleaningContext& context, const OtherChoices& choices,
                  FreeSpaceCheck& free_space) {
   if (!choices.paths.empty()) CleanNamed(context, choices.paths);
   if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
+  for (const Item* const search : choices.searches) {
+    Clean(context, *search);
+    context.state.Entries->BeginRule("");
+    if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);
+  }
   for (const BrowserChoice& choice : choices.browsers) {
     CleanBrowser(context, choice);
     if (context.state.AbortRequested) return AbortRun(context, nullptr, free_space);

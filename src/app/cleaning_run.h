@@ -28,9 +28,11 @@ struct OtherChoices {
   std::vector<BrowserChoice> browsers = {};
   std::vector<modPlugin::RecipeChoice> recipes = {};
   std::vector<SystemCleaner> cleaners = {};
-  std::vector<std::string> paths = {};  // of files and folders that somebody named
+  std::vector<std::string> paths = {};     // of files and folders that somebody named
+  std::vector<const Item*> searches = {};  // that have no box among the items
   int Count() const {
-    return static_cast<int>(browsers.size() + recipes.size() + cleaners.size() + paths.size());
+    return static_cast<int>(browsers.size() + recipes.size() + cleaners.size() + paths.size() +
+                            searches.size());
   }
 };
 // Cleans that alone, likewise.

@@ -50,6 +50,26 @@ void CleanDeadShortcuts(CleaningContext& context, const Item& item) {
   Search(context, item, JunkKind::kDeadShortcuts);
 }
 
+const Item& EmptyFolderSearch() {
+  static constexpr Item kItem = {0,
+                                 0,
+                                 "",
+                                 "Clean Empty folders",
+                                 "CleanEmptyFolders",
+                                 Group::kFolderFiles,
+                                 Protection::kNone,
+                                 "Empty folders... ",
+                                 "There was an error in searching for empty folders. ",
+                                 false,
+                                 [](CleaningContext& context, const Item& item) {
+                                   Search(context, item, JunkKind::kEmptyFolders);
+                                 },
+                                 {"Searches the drives that are chosen in the Options for folders "
+                                  "in which nothing is. What is "
+                                  "found is shown, and nothing goes before you say so."}};
+  return kItem;
+}
+
 void FinishResults(CleaningContext& context) {
   RunState& state = context.state;
   const auto results = state.Parts.Take<SearchResults>();

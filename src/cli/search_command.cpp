@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 #include <map>
 
@@ -13,6 +14,7 @@ namespace quellix {
 namespace {
 
 const std::map<std::string, JunkKind> kKinds = {{"empty", JunkKind::kEmptyFiles},
+                                                {"empty-folders", JunkKind::kEmptyFolders},
                                                 {"shortcuts", JunkKind::kDeadShortcuts},
                                                 {"unnecessary", JunkKind::kUnnecessaryFiles}};
 
@@ -61,6 +63,10 @@ size_t RemoveAll(Engine& engine, std::vector<Find>& finds) {
   }
   CloseBackup(engine.context());
   const RunState& state = engine.state();
+  const auto folders = std::ranges::count_if(finds, [](const Find& find) {
+    return find.removed && find.row.kind == JunkKind::kEmptyFolders;
+  });
+  if (folders > 0) std::cerr << "Folders Deleted: " << folders << '\n';
   std::cerr << ReplaceNoCase(state.RunLog, "\r", "") << "Files Deleted: " << state.RunFilesDeleted
             << " Space Gained: "
             << FormatSize(state.RunSpaceGained, 2, true,

@@ -103,6 +103,52 @@ class SearchingVisitor : public ScanVisitor {
   std::string upper_name_;
 };
 
+class EmptyFolderVisitor : public ScanVisitor {
+ public:
+  EmptyFolderVisitor(CleaningContext& context, const IgnoreLists& ignore,
+                     const EmptyFolderSteps& steps)
+      : ScanVisitor(context, "*.*"), ignore_(ignore), steps_(steps) {}
+
+  void File(Folder&, const std::string&, const Entry&) override { NoteContent(); }
+  bool Wants(const std::string& path) override {
+    if (!ignore_.IsIgnoredFolder(path) && steps_.enters(path)) return true;
+    NoteContent();
+    return false;
+  }
+  void Begin(const std::string& path) override {
+    ScanVisitor::Begin(path);
+    has_content_.push_back(failed_ == path);
+  }
+  void End(const std::string& path) override {
+    const bool is_empty = !has_content_.back();
+    has_content_.pop_back();
+    if (!is_empty || !steps_.take(path)) NoteContent();
+  }
+  void Spared(const std::string&, std::string_view) override { NoteContent(); }
+  // Of a folder that has begun, or of one that begins next.
+  void Failed(const std::string& path, const Error&) override {
+    failed_ = path;
+    NoteContent();
+  }
+
+ private:
+  void NoteContent() { has_content_.back() = true; }
+
+  const IgnoreLists& ignore_;
+  const EmptyFolderSteps& steps_;
+  std::vector<bool> has_content_{false};  // of the folders that are gone through, outermost first
+  std::string failed_;
+};
+
+// What cannot be opened yields nothing.
+std::unique_ptr<Folder> OpenToSearch(CleaningContext& context, std::string_view path) {
+  try {
+    return context.machine.files.OpenFolder(path);
+  } catch (const Error&) {
+    return nullptr;
+  }
+}
+
 }  // namespace
 
 FileList ScanFolder(CleaningContext& context, std::shared_ptr<Folder> folder, std::string_view path,
@@ -117,14 +163,19 @@ FileList ScanFolder(CleaningContext& context, std::shared_ptr<Folder> folder, st
 
 void SearchFolder(CleaningContext& context, std::string_view path, std::string_view mask,
                   const IgnoreLists& ignore, FileTest& test) {
-  std::unique_ptr<Folder> folder;
-  try {
-    folder = context.machine.files.OpenFolder(path);
-  } catch (const Error&) {  // yields nothing
-  }
+  const auto folder = OpenToSearch(context, path);
   if (!folder) return;
   SearchingVisitor visitor(context, mask, ignore, test);
   WalkFolder(*folder, path, WalkOrder::kWhileListing, nullptr, visitor, PauseOf(context));
+}
+
+void SearchEmptyFolders(CleaningContext& context, std::string_view path, const IgnoreLists& ignore,
+                        const EmptyFolderSteps& steps) {
+  const auto folder = OpenToSearch(context, path);
+  if (!folder) return;
+  EmptyFolderVisitor visitor(context, ignore, steps);
+  WalkFolder(*folder, path, WalkOrder::kWhileListing, &PlacesOf(context), visitor,
+             PauseOf(context));
 }
 
 }  // namespace quellix

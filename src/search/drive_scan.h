@@ -39,6 +39,16 @@ class FileTest {
 void SearchFolder(CleaningContext& context, std::string_view path, std::string_view mask,
                   const IgnoreLists& ignore, FileTest& test);
 
+// Of the folders below one those that hold nothing, links and files included, but such as were
+// taken: each is handed to `take`, what is below it before, and counts as content where it is not.
+// Those that `enters` refuses, ignored and precious ones, and what cannot be listed count as
+// content; links are never entered. Paths end in "\\".
+struct EmptyFolderSteps {
+  std::function<bool(const std::string&path)> enters, take;
+};
+void SearchEmptyFolders(CleaningContext& context, std::string_view path, const IgnoreLists& ignore,
+                        const EmptyFolderSteps& steps);
+
 // The collector of the cleaners.
 inline FileList CollectFiles(CleaningContext& context, std::shared_ptr<Folder> folder,
                              std::string_view path, std::string_view mask,

@@ -5,11 +5,13 @@
 #include <vector>
 
 #include "platform/error.h"
+#include "platform/path.h"
 #include "platform/text.h"
 #include "run/removal.h"
 #include "run/run_limits.h"
 #include "search/drive_list.h"
 #include "search/drive_scan.h"
+#include "search/empty_folders.h"
 #include "search/search_options.h"
 #include "search/wildcard.h"
 #include "settings/list_files.h"
@@ -49,9 +51,10 @@ class JunkTest : public FileTest {
     return PassesDate(info) && PassesAttributes(info.attributes);
   }
 
-  void AddRow(std::string_view path, const Entry& entry, std::string_view upper_name,
+  // False for what the user keeps.
+  bool AddRow(std::string_view path, const Entry& entry, std::string_view upper_name,
               const FileInfo& info) {
-    if (limits_.IsKept(nullptr, std::string(path), entry.name)) return;
+    if (limits_.IsKept(nullptr, std::string(path), entry.name)) return false;
     const size_t dot = upper_name.rfind('.');
     sink_.Add({.name = std::string(entry.name),
                .bytes = info.size,
@@ -64,6 +67,7 @@ class JunkTest : public FileTest {
                .last_write = info.last_write,
                .attribute_bits = info.attributes,
                .kind = kind_});
+    return true;
   }
 
   const SearchOptions& options() const { return options_; }
@@ -164,6 +168,39 @@ class DeadShortcutTest : public JunkTest {
   std::unique_ptr<ShortcutReader> reader_;
 };
 
+// Folders by the same dates and attributes.
+class EmptyFolderTest : public JunkTest {
+ public:
+  EmptyFolderTest(CleaningContext& context, const SearchOptions& options, ResultSink& sink)
+      : JunkTest(context, options, JunkKind::kEmptyFolders, sink), guard_(context) {}
+
+  Detail Needs() const override { return Detail::kKind; }
+  void Test(Folder&, std::string_view, const Entry&, std::string_view) override {}
+
+  // Searches below a root.
+  void Search(CleaningContext& context, std::string_view root, const IgnoreLists& ignore) {
+    SearchEmptyFolders(context, root, ignore,
+                       {.enters = [this](const std::string& path) { return guard_.Enters(path); },
+                        .take = [this](const std::string& path) { return Take(path); }});
+  }
+
+ private:
+  bool Take(const std::string& path) {
+    const std::string plain(WithoutBackslash(path));
+    const std::string_view name = NamePart(plain);
+    try {
+      const auto info = machine().files.Look(plain);
+      return info && info->is_folder && !info->is_link && Passes(*info) &&
+             guard_.WhyNot(plain).empty() &&
+             AddRow(FolderPart(plain), {name, *info}, UpCase(name), *info);
+    } catch (const Error&) {  // it stays
+      return false;
+    }
+  }
+
+  EmptyFolderGuard guard_;
+};
+
 std::unique_ptr<FileTest> MakeTest(CleaningContext& context, const SearchOptions& options,
                                    JunkKind kind, ResultSink& sink) {
   switch (kind) {
@@ -172,6 +209,7 @@ std::unique_ptr<FileTest> MakeTest(CleaningContext& context, const SearchOptions
     case JunkKind::kEmptyFiles:
       return std::make_unique<EmptyFileTest>(context, options, sink);
     case JunkKind::kDeadShortcuts:
+    case JunkKind::kEmptyFolders:  // searched for by itself
       break;
   }
   return std::make_unique<DeadShortcutTest>(context, options, sink);
@@ -191,9 +229,11 @@ std::string_view CategoryText(JunkKind kind) {
     case JunkKind::kEmptyFiles:
       return "Empty Files";
     case JunkKind::kDeadShortcuts:
+      return "Dead Shortcuts";
+    case JunkKind::kEmptyFolders:
       break;
   }
-  return "Dead Shortcuts";
+  return "Empty Folders";
 }
 
 void RequireTypes(const Machine& machine, JunkKind kind) {
@@ -206,11 +246,18 @@ void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
   RequireTypes(context.machine, kind);
   const SearchOptions options = LoadSearchOptions(context.machine);
   const IgnoreLists ignore = LoadIgnoreLists(context.machine);
-  const std::unique_ptr<FileTest> test = MakeTest(context, options, kind, sink);
-  const char* const mask = kind == JunkKind::kDeadShortcuts ? "*.lnk" : "*.*";
+  std::function<void(const std::string& root)> search;
+  if (kind == JunkKind::kEmptyFolders) {
+    search = [&, test = std::make_shared<EmptyFolderTest>(context, options, sink)](
+                 const std::string& root) { test->Search(context, root, ignore); };
+  } else {
+    const char* const mask = kind == JunkKind::kDeadShortcuts ? "*.lnk" : "*.*";
+    search = [&, mask, test = std::shared_ptr(MakeTest(context, options, kind, sink))](
+                 const std::string& root) { SearchFolder(context, root, mask, ignore, *test); };
+  }
   for (const std::string& root : RootsToSearch(context.machine.system, options)) {
     if (StopsRun(context)) break;
-    SearchFolder(context, root, mask, ignore, *test);
+    search(root);
   }
   if (context.state.AbortRequested) context.view.SetStatus("Aborted by user");
 }
@@ -218,6 +265,7 @@ void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
 Removal RemoveFind(CleaningContext& context, const std::string& path, JunkKind kind) {
   Removal removal{Removal::kStays};
   context.state.Entries->BeginRule(CategoryText(kind));
+  if (kind == JunkKind::kEmptyFolders) return RemoveEmptyFolder(context, path);
   const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kSize);
   if (!info) return {Removal::kVanished};
   removal.bytes = info->size;

@@ -12,7 +12,12 @@ namespace quellix {
 inline constexpr const char* kFileTypesList = "UNFI.txt";
 inline constexpr const char* kFileTypesDefaults = "DefUNFI.txt";
 
-enum class JunkKind { kUnnecessaryFiles = 1, kEmptyFiles = 2, kDeadShortcuts = 3 };
+enum class JunkKind {
+  kUnnecessaryFiles = 1,
+  kEmptyFiles = 2,
+  kDeadShortcuts = 3,
+  kEmptyFolders = 4
+};
 
 // One find, as the results show it.
 struct ResultRow {
@@ -37,7 +42,7 @@ class ResultSink {
   virtual void Add(ResultRow row) = 0;
 };
 
-// "Unnecessary Files", "Empty Files", "Dead Shortcuts".
+// "Unnecessary Files", "Empty Files", "Dead Shortcuts", "Empty Folders".
 std::string_view CategoryText(JunkKind kind);
 
 // Throws NotAvailable when a search for that kind would know nothing to search for: no type of
@@ -58,7 +63,8 @@ struct Removal {
 };
 
 // Removes the find at `path` by the removal mode and counts it in the totals of the run. A file
-// that is no longer empty stays when it was found for that. Never throws Error.
+// or folder that is no longer empty stays when it was found for that; a folder goes as it is in
+// every mode. Never throws Error.
 Removal RemoveFind(CleaningContext& context, const std::string& path, JunkKind kind);
 
 // The letters of R, A, S, H that are set, in this order.

@@ -14,7 +14,7 @@ namespace {
 size_t PlaceOf(JunkKind kind) { return static_cast<size_t>(kind) - 1; }
 
 constexpr std::string_view kLogCaptions[] = {"Unnecessary files....", "Empty (zero-byte) files....",
-                                             "Dead (shortcut) links...."};
+                                             "Dead (shortcut) links....", "Empty folders...."};
 
 }  // namespace
 
@@ -29,6 +29,7 @@ void SearchResults::Add(ResultRow row) {
                     .kind = row.kind,
                     .ticked = false});
   ++left_;
+  folder_finds_ += row.kind == JunkKind::kEmptyFolders ? 1 : 0;
 }
 
 bool SearchResults::TakeNew() {
@@ -180,6 +181,9 @@ std::string SearchResults::QuestionForRows(const std::vector<size_t>& rows) cons
 std::string SearchResults::QuestionFor(const std::vector<Index>& finds) const {
   if (finds.empty() || !context_.settings.Load().ask) return {};
   const Locale& locale = context_.machine.system.UserLocale();
+  if (HasFoldersAlone())
+    return "Delete " + FormatCount(finds.size(), locale) +
+           (finds.size() == 1 ? " empty folder?" : " empty folders?");
   const double bytes = BytesOf(finds);
   const int16_t mode = context_.state.RemovalMode;
   const std::string_view verb = mode == kRecycle  ? "Recycle "
@@ -213,7 +217,7 @@ void SearchResults::Delete(const std::vector<Index>& finds) {
   context_.state.AbortRequested = false;
   some_failed_ = false;
   gone_.resize(finds_.size());
-  DeleteEach(finds);
+  DeleteEach(DeepestFirst(finds));
   std::erase_if(view_, [this](Index find) { return gone_[find]; });
   left_ = finds_.size() - static_cast<size_t>(std::ranges::count(gone_, true));
   // The stop was meant for the deletion alone.
@@ -221,6 +225,18 @@ void SearchResults::Delete(const std::vector<Index>& finds) {
   context_.view.SetStatus("");
   has_deleted_ = true;
   deleting_ = false;
+}
+
+// A folder is empty when those in it have gone.
+std::vector<SearchResults::Index> SearchResults::DeepestFirst(std::vector<Index> finds) const {
+  if (folder_finds_ == 0) return finds;
+  std::ranges::stable_sort(finds, [this](Index a, Index b) { return DepthOf(b) < DepthOf(a); });
+  return finds;
+}
+
+size_t SearchResults::DepthOf(Index find) const {
+  if (finds_[find].kind != JunkKind::kEmptyFolders) return 0;
+  return static_cast<size_t>(std::ranges::count(Folder(find), '\\'));
 }
 
 double SearchResults::BytesOf(const std::vector<Index>& finds) const {
@@ -258,7 +274,8 @@ void SearchResults::DeleteEach(const std::vector<Index>& finds) {
 bool SearchResults::DeleteOne(Index index) {
   Find& find = finds_[index];
   const std::string path = std::string(Folder(index)).append(names_[index]);
-  context_.view.SetStatus("Deleting file: " + path);
+  const bool is_folder = find.kind == JunkKind::kEmptyFolders;
+  context_.view.SetStatus((is_folder ? "Deleting folder: " : "Deleting file: ") + path);
   const Removal removal = RemoveFind(context_, path, find.kind);
   if (removal.outcome == Removal::kStays) {
     if (context_.state.AbortRequested) return false;  // stopped within a file: nothing failed
@@ -276,7 +293,8 @@ bool SearchResults::DeleteOne(Index index) {
 }
 
 std::string SearchResults::CountLine() const {
-  return (has_deleted_ ? "Files Found: " : "Total Files: ") + std::to_string(left_);
+  const std::string what = HasFoldersAlone() ? "Folders" : "Files";
+  return (has_deleted_ ? what + " Found: " : "Total " + what + ": ") + std::to_string(left_);
 }
 
 std::string SearchResults::WhyEmpty() const {
@@ -289,11 +307,15 @@ std::string SearchResults::WhyEmpty() const {
 
 std::string SearchResults::LogLines() const {
   std::string lines;
-  for (size_t i = 0; i < totals_.size(); ++i) {
+  constexpr size_t kFolders = std::size(kLogCaptions) - 1;
+  for (size_t i = 0; i < kFolders; ++i) {
     lines += std::string(kLogCaptions[i]) + "Files Deleted: " + std::to_string(totals_[i].files) +
              " Space Gained: " +
              FormatSize(totals_[i].bytes, 2, true, context_.machine.system.UserLocale()) + "\r\n";
   }
+  if (folder_finds_ > 0)
+    lines += std::string(kLogCaptions[kFolders]) +
+             "Folders Deleted: " + std::to_string(totals_[kFolders].files) + "\r\n";
   return lines;
 }
 

@@ -111,8 +111,11 @@ class SearchResults : public ResultSink {
   std::string QuestionFor(const std::vector<Index>& finds) const;
   void Delete(const std::vector<Index>& finds);
   void DeleteEach(const std::vector<Index>& finds);
+  std::vector<Index> DeepestFirst(std::vector<Index> finds) const;
   double BytesOf(const std::vector<Index>& finds) const;
   bool DeleteOne(Index find);
+  bool HasFoldersAlone() const { return !finds_.empty() && folder_finds_ == finds_.size(); }
+  size_t DepthOf(Index find) const;
 
   CleaningContext& context_;
   PathList folders_, names_;
@@ -121,13 +124,14 @@ class SearchResults : public ResultSink {
   std::vector<Index> view_;
   size_t taken_ = 0;  // finds that have been shown or filtered out
   size_t left_ = 0;   // finds that are not deleted
+  size_t folder_finds_ = 0;
   std::map<Index, std::string> failures_;
   std::vector<bool> gone_;
   std::optional<RowOrder<ResultColumn>> order_;
   std::string stopped_;
   std::string filter_;      // in upper case
   std::string upper_path_;  // of the find that was filtered last
-  std::array<Total, 3> totals_;
+  std::array<Total, 4> totals_;
   bool searching_ = true, deleting_ = false, has_deleted_ = false, some_failed_ = false;
 };
 

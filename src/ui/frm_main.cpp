@@ -8,6 +8,7 @@
 #include "app/mod_shut_down.h"
 #include "app/recipe_sections.h"
 #include "app/rights.h"
+#include "cleaners/junk_cleaners.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "ui/cls_prev_instance.h"
@@ -304,6 +305,8 @@ void FrmMain::OnCommand(int id, int code) {
       return CleanForOthers();
     case mnuRemoveCopied:
       return RemoveByHand(CopiedFiles(window()));
+    case mnuEmptyFolders:
+      return Run([this] { engine_.RunOthers({.searches = {&EmptyFolderSearch()}}); });
     case cmdBackups:
       windows_.Open(mnuBackups, window());
       return;

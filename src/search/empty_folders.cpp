@@ -1,0 +1,92 @@
+#include "search/empty_folders.h"
+
+#include <algorithm>
+
+#include "platform/path.h"
+#include "platform/text.h"
+#include "run/stayed.h"
+#include "run/working_folder.h"
+
+namespace quellix {
+namespace {
+
+constexpr std::string_view kOfVersionControl[] = {"\\.git\\", "\\.hg\\", "\\.svn\\", "\\.bzr\\"};
+constexpr const char* kPrograms[] = {"ProgramFiles", "ProgramFiles(x86)", "ProgramFiles(Arm)",
+                                     "ProgramW6432"};
+
+bool Has(const std::vector<FileId>& ids, const FileId& id) {
+  return std::ranges::find(ids, id) != ids.end();
+}
+
+void AddId(FileSystem& files, const std::string& path, std::vector<FileId>& ids) {
+  try {
+    if (const auto folder = files.OpenLinked(path)) ids.push_back(folder->Id());
+  } catch (const Error&) {  // nothing is found in it either
+  }
+}
+
+}  // namespace
+
+EmptyFolderGuard::EmptyFolderGuard(CleaningContext& context) : context_(context) {
+  System& system = context.machine.system;
+  const std::string drive = system.WindowsFolder().substr(0, 3);
+  installed_ = {system.WindowsFolder(), drive + "Program Files", drive + "Program Files (x86)"};
+  for (const char* const name : kPrograms) {
+    if (const auto path = system.Environment(name)) installed_.push_back(*path);
+  }
+  for (std::string& path : installed_) {
+    AddId(context.machine.files, path, installed_ids_);
+    path = WithBackslash(path);
+  }
+  AddId(context.machine.files, system.TempFolder(), temporary_);
+}
+
+bool EmptyFolderGuard::Enters(const std::string& path) const {
+  const auto is_it = [&path](const std::string& other) { return EqualsNoCase(path, other); };
+  return std::ranges::none_of(installed_, is_it) &&
+         std::ranges::none_of(kOfVersionControl, [&path](std::string_view name) {
+           return path.size() >= name.size() &&
+                  EqualsNoCase(std::string_view(path).substr(path.size() - name.size()), name);
+         });
+}
+
+std::string EmptyFolderGuard::WhyNot(const std::string& path) {
+  const auto folder = context_.machine.files.OpenFolder(path);
+  if (!folder) throw Error(Error::Kind::kMissing, "It is no longer there.");
+  ProtectedPlaces& places = PlacesOf(context_);
+  const std::string why = places.WhyNot(*folder, "*.*", true, Claim::kRecipe);
+  if (!why.empty()) return path + " is not removed: " + why;
+  const std::vector<FileId> above = folder->Above();
+  const auto is_in = [this](const FileId& id) { return Has(installed_ids_, id); };
+  if (is_in(folder->Id()) || std::ranges::any_of(above, is_in))
+    return "It lies where Windows or programs are installed: " + path;
+  if (places.IsNoted(*folder) || Has(temporary_, folder->Id()))
+    return "Windows or its programs expect this folder: " + path;
+  const std::string upper = UpCase(WithBackslash(path));
+  const bool is_versions = std::ranges::any_of(kOfVersionControl, [&](std::string_view name) {
+    return upper.find(UpCase(name)) != std::string::npos;
+  });
+  return is_versions ? "Version control needs this folder: " + path : "";
+}
+
+Removal RemoveEmptyFolder(CleaningContext& context, const std::string& path) {
+  Removal removal{Removal::kStays};
+  const std::string plain(WithoutBackslash(path));
+  try {
+    const std::string why = EmptyFolderGuard(context).WhyNot(plain);
+    if (!why.empty()) throw Error(Error::Kind::kDenied, why);
+    const FileList alone;
+    WorkingFolder working(context, alone, Claim::kItem);
+    working.OfFolder(plain).RemoveFolder(NamePart(plain));
+    NoteEntry(context.state, {.kind = EntryKind::kFolder, .place = plain});
+    removal.outcome = Removal::kRemoved;
+  } catch (const Error& error) {
+    if (error.kind() == Error::Kind::kMissing) return {Removal::kVanished};
+    const bool is_full = error.kind() == Error::Kind::kNotEmpty;
+    removal.reason = is_full ? "It is no longer empty." : error.what();
+    NoteStayed(context.state, plain, removal.reason, error.kind());
+  }
+  return removal;
+}
+
+}  // namespace quellix
