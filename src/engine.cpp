@@ -12,6 +12,7 @@ Engine::Engine(const Machine& machine, RunView& view, BackupArchive* archive)
     : machine_(machine),
       settings_(machine),
       auto_clean_([&system = machine.system] { return system.UtcNow(); }),
+      low_disk_(machine),
       backup_(machine, state_),
       context_{machine, settings_, state_, view, archive != nullptr ? *archive : backup_} {
   backup_.OnPause(PauseOf(context_));
@@ -55,6 +56,7 @@ void Engine::ApplyGeneralSettings() {
   if (!settings_.IsReadable()) return;
   preferences_ = settings_.Load();
   auto_clean_.Start(preferences_.IntervalMinutes());
+  low_disk_.Start(preferences_.LowDiskPercent());
   selection_.ApplyProtection(preferences_);
 }
 

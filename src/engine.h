@@ -7,6 +7,7 @@
 
 #include "app/cleaning_run.h"
 #include "app/item_catalogue.h"
+#include "app/low_disk.h"
 #include "app/selection.h"
 #include "app/startup.h"
 #include "app/tips.h"
@@ -47,6 +48,7 @@ class Engine {
   const Preferences& preferences() const { return preferences_; }
   Selection& selection() { return selection_; }
   AutoClean& auto_clean() { return auto_clean_; }
+  LowDiskClean& low_disk() { return low_disk_; }
   RunState& state() { return state_; }
   Settings& settings() { return settings_; }
   CleaningContext& context() { return context_; }
@@ -74,6 +76,7 @@ class Engine {
   Selection selection_;
   Preferences preferences_;
   AutoClean auto_clean_;
+  LowDiskClean low_disk_;
   ModZip backup_;
   CleaningContext context_;
   bool is_loaded_ = false;

@@ -155,6 +155,7 @@ std::string Options::SaveGeneral() {
 OptionsPage PageOf(OptionsField field) {
   switch (field) {
     case OptionsField::kDuration:
+    case OptionsField::kLowDisk:
       return OptionsPage::kGeneral;
     case OptionsField::kBackupFolder:
       return OptionsPage::kDeletion;

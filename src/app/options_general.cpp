@@ -33,6 +33,10 @@ std::optional<int> Duration(const GeneralOptions& options) {
   return WholeNumber(options.typed_duration, 1, LongestDuration(options.InHours()));
 }
 
+std::optional<int> LowDisk(const GeneralOptions& options) {
+  return WholeNumber(options.typed_low_disk, 0, kMostLowDisk);
+}
+
 bool HasDrive(System& system, char letter) {
   return std::ranges::any_of(system.Drives(), [upper = letter & ~0x20](const Drive& drive) {
     return drive.letter == upper;
@@ -79,6 +83,7 @@ Preferences ToBeStored(const GeneralOptions& options, const GeneralOptions& load
   Preferences preferences = static_cast<const Preferences&>(options);
   const std::optional<int> typed = Duration(options);
   preferences.duration = typed ? static_cast<int16_t>(*typed) : loaded.duration;
+  if (const auto percent = LowDisk(options)) preferences.low_disk = static_cast<int16_t>(*percent);
   preferences.ExtraSecurity = options.extra_security ? 1 : 0;
   preferences.RenameBeforeDelete = options.rename ? 1 : 0;
   preferences.BackupFolder = WithBackslash(TrimBlanks(options.BackupFolder));
@@ -116,6 +121,7 @@ GeneralOptions LoadGeneralOptions(const Machine& machine) {
   options.extra_security = options.ExtraSecurity != 0;
   options.rename = options.RenameBeforeDelete == 1;
   options.typed_duration = std::to_string(options.duration.value_or(1));
+  options.typed_low_disk = std::to_string(options.low_disk);
   if (TrimBlanks(options.BackupFolder).empty()) {
     options.BackupFolder = machine.program_folder + "\\Backup\\";
   }
@@ -128,6 +134,10 @@ std::optional<Refusal> CheckGeneralOptions(const Machine& machine, const General
                    "Please enter a whole number of " +
                        std::string(options.InHours() ? "hours" : "minutes") + " from 1 to " +
                        std::to_string(LongestDuration(options.InHours())) + "."};
+  }
+  if (!LowDisk(options)) {
+    return Refusal{OptionsField::kLowDisk, "Please enter a whole number of per cent from 0 to " +
+                                               std::to_string(kMostLowDisk) + "."};
   }
   const std::string why = WhyNotBackupFolder(machine, options);
   if (!why.empty()) return Refusal{OptionsField::kBackupFolder, why};

@@ -13,7 +13,7 @@ namespace quellix {
 struct GeneralOptions : Preferences {
   bool start_with_windows = false;
   bool extra_security = false, rename = false;
-  std::string typed_duration = "1";
+  std::string typed_duration = "1", typed_low_disk = "0";
 };
 
 // From Settings.ini and the Run value. What is missing, unreadable or makes no sense has its

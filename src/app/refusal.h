@@ -24,7 +24,7 @@ enum class OptionsPage {
 inline constexpr int kOptionsPages = 14;
 
 // The fields that can be refused.
-enum class OptionsField { kDuration, kBackupFolder, kDates, kSize };
+enum class OptionsField { kDuration, kLowDisk, kBackupFolder, kDates, kSize };
 
 // Why a field of the Options cannot be saved, in a sentence for its user.
 struct Refusal {

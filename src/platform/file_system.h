@@ -123,6 +123,7 @@ class RandomFile {
 struct DiskRoom {
   bool is_read_only = false;  // as it is mounted; access to the folder is another matter
   uint64_t free = 0;          // bytes this user may still fill
+  uint64_t size = 0;          // bytes in all, for this user
 };
 
 enum class IfThere { kFail, kReplace };

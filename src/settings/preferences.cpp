@@ -70,6 +70,13 @@ constexpr Form kCount = {[](Preferences& to, Text text) {
                          },
                          [](const Preferences& from) { return std::to_string(from.*Member); }};
 
+// Beyond the bounds the nearest counts.
+constexpr Form kPercent = {[](Preferences& to, Text text) {
+                             to.low_disk =
+                                 std::clamp<int16_t>(ToInt16(text).value_or(0), 0, kMostLowDisk);
+                           },
+                           [](const Preferences& from) { return std::to_string(from.low_disk); }};
+
 constexpr size_t kShort = 255, kLong = 512;  // characters that a value is read to, less one
 
 struct Row {
@@ -93,6 +100,7 @@ constexpr Row kRows[] = {
     {"General", "Protect2", kBox<&Preferences::protect2>, true},
     {"General", "TipBox", kBox<&Preferences::tip_box>, true},
     {"General", "TrayIcon", kBox<&Preferences::tray_icon>},
+    {"General", "LowDisk", kPercent},
     {"General", "WipeStep", kStep},
     {"General", "AllValues", kBox<&Preferences::AllValues>},
     {"General", "KeepPins", kBox<&Preferences::KeepPins>},

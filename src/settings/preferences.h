@@ -11,6 +11,8 @@
 
 namespace quellix {
 
+inline constexpr int16_t kMostLowDisk = 50;
+
 // What Settings.ini holds of the user's choices; as made, the defaults of absent keys. A new
 // setting is a member here, a row in preferences.cpp, a control and a line of README.
 struct Preferences : RemovalOptions {
@@ -27,9 +29,12 @@ struct Preferences : RemovalOptions {
   bool select_risky = true;       // what loses data for good is ticked together with the others
   int16_t kept_logs = 0;          // how many runs are kept for reading
   bool tray_icon = false;         // closing the window leaves an icon while cleaning is automatic
+  int16_t low_disk = 0;           // per cent of Windows' drive below which a run begins; 0: never
   std::string overwrite = "Ask";  // what a restore does where a file is there already
 
   bool InHours() const { return hours.value_or(1) == 1; }
+  // Those that count: only while the icon stays is the program there to look.
+  int16_t LowDiskPercent() const { return tray_icon ? low_disk : int16_t{0}; }
   // Nothing when cleaning is not automatic or the interval does not fit 16 bits.
   std::optional<int16_t> IntervalMinutes() const;
 };

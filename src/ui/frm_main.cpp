@@ -180,8 +180,11 @@ void FrmMain::FollowSettings() {
   ForgetLook();
   const bool wants_tip = engine_.preferences().tip_box;
   if (wants_tip != pane_.ShowsTip()) pane_.NextTip(wants_tip);
-  if (with_rights_) engine_.auto_clean().Start(std::nullopt);
-  if (engine_.auto_clean().IsOn()) {
+  if (with_rights_) {
+    engine_.auto_clean().Start(std::nullopt);
+    engine_.low_disk().Start(0);
+  }
+  if (BeginsRuns()) {
     SetTimer(window(), tmrClean, kMillisecondsPerTick, nullptr);
   } else {
     KillTimer(window(), tmrClean);
@@ -256,7 +259,13 @@ void FrmMain::OnTimer(UINT_PTR id) {
   if (id == tmrRecipes) return FindRecipes();
   if (id == tmrAsked) return CleanAsAsked();
   if (id != tmrClean) return;
+  const auto can_clean = [this] { return engine_.is_loaded() && CanClean(); };
   engine_.auto_clean().Tick([this] { return CanClean(); }, [this] { CleanByItself(); });
+  if (window()) engine_.low_disk().Tick(can_clean, [this] { CleanByItself(); });
+}
+
+bool FrmMain::BeginsRuns() const {
+  return engine_.auto_clean().IsOn() || engine_.low_disk().IsOn();
 }
 
 void FrmMain::OnSized() {
@@ -396,7 +405,7 @@ void FrmMain::PlaceCurrentItem() {
 }
 
 void FrmMain::OnClose() {
-  const bool stays = engine_.auto_clean().IsOn() && engine_.preferences().tray_icon;
+  const bool stays = BeginsRuns() && engine_.preferences().tray_icon;
   return stays && IsWindowVisible(window()) ? GoToTray() : Exit();
 }
 

@@ -66,6 +66,7 @@ class FrmMain : public Dialog {
  private:
   void Enlarge() const;
   void RunHidden();
+  bool BeginsRuns() const;
   void BindItems();
   void ShowSelected();
   void ShowSummary();

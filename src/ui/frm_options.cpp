@@ -25,6 +25,8 @@ int ControlOf(OptionsField field) {
   switch (field) {
     case OptionsField::kDuration:
       return cmbAutoClean1;
+    case OptionsField::kLowDisk:
+      return txtLowDisk;
     case OptionsField::kBackupFolder:
       return txtBackup;
     case OptionsField::kDates:

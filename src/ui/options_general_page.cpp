@@ -45,7 +45,7 @@ constexpr struct {
 } kRunsNumbers[] = {{txtOlderThan, &GeneralOptions::OlderThanDays},
                     {txtKeepLogs, &GeneralOptions::kept_logs},
                     {txtKeepDays, &GeneralOptions::KeepDays}};
-constexpr WPARAM kMostDigits = 4;
+constexpr WPARAM kMostDigits = 4, kMostPercentDigits = 2;
 
 constexpr WPARAM kFastStep = 65536;
 
@@ -64,6 +64,8 @@ void OptionsGeneralPage::Fill() {
   AddEntry(Control(cmbAutoClean), L"Hour(s)", 1);
   SendDlgItemMessageW(window(), cmbAutoClean, CB_SETCURSEL, general.InHours() ? 1 : 0, 0);
   SetText(cmbAutoClean1, general.typed_duration);
+  SendDlgItemMessageW(window(), txtLowDisk, EM_LIMITTEXT, kMostPercentDigits, 0);
+  SetText(txtLowDisk, general.typed_low_disk);
   ShowSaved();
   EnableFields();
 }
@@ -82,15 +84,17 @@ void OptionsGeneralPage::ShowSaved() {
 }
 
 void OptionsGeneralPage::EnableFields() const {
-  for (const int id : {cmbAutoClean1, cmbAutoClean, chkTrayIcon}) {
-    Enable(id, options().general.auto_clean);
-  }
+  const GeneralOptions& general = options().general;
+  for (const int id : {cmbAutoClean1, cmbAutoClean}) Enable(id, general.auto_clean);
+  Enable(chkTrayIcon, general.auto_clean || ToInt16(general.typed_low_disk).value_or(0) > 0);
 }
 
 void OptionsGeneralPage::OnControl(int id, int code) {
   GeneralOptions& general = options().general;
   if (id == cmbAutoClean1 && code == EN_CHANGE) {
     general.typed_duration = TextOf(cmbAutoClean1);
+  } else if (id == txtLowDisk && code == EN_CHANGE) {
+    general.typed_low_disk = TextOf(txtLowDisk);
   } else if (id == cmbAutoClean && code == CBN_SELCHANGE) {
     general.hours =
         static_cast<int16_t>(SendDlgItemMessageW(window(), cmbAutoClean, CB_GETCURSEL, 0, 0));

@@ -113,7 +113,8 @@ std::vector<FileId> VolumeFolder::Above() {
 DiskRoom VolumeFolder::Room() {
   struct statvfs disk;
   if (fstatvfs(fd(), &disk) != 0) ThrowErrno(errno, path_);
-  return {(disk.f_flag & ST_RDONLY) != 0, uint64_t{disk.f_bavail} * disk.f_frsize};
+  return {(disk.f_flag & ST_RDONLY) != 0, uint64_t{disk.f_bavail} * disk.f_frsize,
+          uint64_t{disk.f_blocks} * disk.f_frsize};
 }
 
 void VolumeFolder::Enumerate(Detail detail, const EntryVisitor& visit) {

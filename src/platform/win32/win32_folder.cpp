@@ -148,9 +148,10 @@ DiskRoom Win32Folder::Room() {
   status = NtQueryVolumeInformationFile(folder_.Get(), &io, buffer, sizeof buffer,
                                         FileFsAttributeInformation);
   const auto* const kind = reinterpret_cast<FILE_FS_ATTRIBUTE_INFORMATION*>(buffer);
+  const uint64_t unit = uint64_t{room.SectorsPerAllocationUnit} * room.BytesPerSector;
   return {status >= 0 && (kind->FileSystemAttributes & FILE_READ_ONLY_VOLUME) != 0,
-          static_cast<uint64_t>(room.CallerAvailableAllocationUnits.QuadPart) *
-              room.SectorsPerAllocationUnit * room.BytesPerSector};
+          static_cast<uint64_t>(room.CallerAvailableAllocationUnits.QuadPart) * unit,
+          static_cast<uint64_t>(room.TotalAllocationUnits.QuadPart) * unit};
 }
 
 void Win32Folder::Enumerate(Detail, const EntryVisitor& visit) {
