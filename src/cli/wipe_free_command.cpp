@@ -2,7 +2,7 @@
 #include <cctype>
 #include <iostream>
 
-#include "app/free_space_wiper.h"
+#include "app/free_space_drives.h"
 #include "cli/commands.h"
 #include "cli/console_run.h"
 #include "run/removal.h"
@@ -11,10 +11,6 @@ namespace quellix {
 namespace {
 
 constexpr uint64_t kMegabyte = 1 << 20;
-constexpr const char* kWhatStays =
-    "What solid-state disks have set aside, snapshots and earlier versions keep, and the ends of "
-    "the "
-    "files that stay, no program reaches this way.";
 
 struct WipeOptions {
   std::vector<std::string> drives;
@@ -37,17 +33,14 @@ std::string RootOf(const std::string& name) {
   return {static_cast<char>(std::toupper(static_cast<unsigned char>(name[0]))), ':', '\\'};
 }
 
-// Other computers' disks are theirs to wipe, and what a folder lies on is for others, too.
+// What a folder lies on is for others, too.
 void RequireLocal(const ConsoleCommands& commands, const Machine& machine,
                   const std::string& root) {
-  const auto drives = machine.system.Drives();
-  const auto drive = std::ranges::find(drives, root[0], &Drive::letter);
-  if (drive == drives.end()) throw Error(Error::Kind::kMissing, "there is no drive " + root);
+  const std::string why = WhyNotWiped(machine, root[0]);
+  if (!why.empty()) throw Error(Error::Kind::kDenied, why);
   const bool is_whole = !commands.platform().is_whole_disk ||
                         commands.platform().is_whole_disk(commands.machine_options(), root[0]);
   if (!is_whole) throw Error(Error::Kind::kDenied, root + " is a folder, no mounted disk.");
-  if (drive->type == DriveType::kFixed || drive->type == DriveType::kRemovable) return;
-  throw Error(Error::Kind::kDenied, root + " is no disk of this machine.");
 }
 
 WipedDrive WipeOne(const WipeOptions& options, const std::string& root, const Machine& machine,
@@ -84,7 +77,7 @@ int WipeFree(const WipeOptions& options, const ConsoleCommands& commands, const 
   }
   Report report(commands.report_options());
   ConsoleRun run(machine, RunKind::kReal, report.text());
-  report.text() << kWhatStays << " " << options.reserve << " MB stay free." << std::endl;
+  report.text() << kBeyondWiping << " " << options.reserve << " MB stay free." << std::endl;
   std::vector<WipedDrive> drives;
   ExitCode code = kDone;
   for (const std::string& root : roots) {

@@ -6,6 +6,7 @@
 #include "ui/frm_plugin_manager.h"
 #include "ui/frm_registry_scan.h"
 #include "ui/frm_users.h"
+#include "ui/frm_wipe_free.h"
 #include "ui/help.h"
 #include "ui/resource.h"
 
@@ -39,7 +40,8 @@ MenuWindows::MenuWindows(Engine& engine, const Machine& machine, const OtherUser
                {mnuIECache, Opens<FrmIECache>(machine)},
                {mnuManagePlugin, Opens<FrmPluginManager>(engine, machine)},
                {mnuOptions, [this](HWND owner) { options_.Show(owner); }},
-               {mnuUsers, Opens<FrmUsers>(engine, machine, users)}} {
+               {mnuUsers, Opens<FrmUsers>(engine, machine, users)},
+               {mnuWipeFree, Opens<FrmWipeFree>(machine)}} {
   const auto scan = std::make_shared<FrmRegistryScan>(machine);
   for (const auto& row : kScanEntries) {
     entries_[row.first] = [scan, tool = row.second](HWND owner) { scan->Show(tool, owner); };

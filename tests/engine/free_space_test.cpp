@@ -1,5 +1,6 @@
 #include "app/free_space_wiper.h"
 
+#include "app/free_space_drives.h"
 #include "backup/leftovers.h"
 #include "support/forwarding_files.h"
 #include "support/run_fixture.h"
@@ -14,7 +15,7 @@ struct FreeSpaceTest : RunFixture {
   struct SmallDisk : ForwardingFolder {
     SmallDisk(std::unique_ptr<Folder> folder, const uint64_t& free)
         : ForwardingFolder(std::move(folder)), free_(free) {}
-    DiskRoom Room() override { return {false, free_}; }
+    DiskRoom Room() override { return {.free = free_, .size = 1u << 30}; }
     const uint64_t& free_;
   };
   struct Counted : ForwardingFile {
@@ -91,6 +92,35 @@ TEST_F(FreeSpaceTest, ADiskThatIsNeverFullAndAFolderThatTakesNoNoteAreTold) {
   ports.program_folder = scratch + "missing";
   EXPECT_TRUE(Holds(Wipe({}).problem, "Nothing is wiped"));
   EXPECT_EQ(machine->Tree(scratch), before);
+}
+
+TEST_F(FreeSpaceTest, TheWindowsRowsTellWhatIsAskedAndWhatCameOfIt) {
+  const std::string root = scratch.substr(0, 3);
+  ForwardingFiles files(ports.files, [&](const std::string& path, std::unique_ptr<Folder> folder) {
+    if (!path.starts_with(root)) return folder;
+    return std::unique_ptr<Folder>(new SmallDisk(std::move(folder), free));
+  });
+  FreeSpaceDrives drives(WithFiles(ports, files));
+  drives.List();
+  size_t row = 0;
+  while (row < drives.count() && drives.row(row).root != root) ++row;
+  ASSERT_LT(row, drives.count());
+  EXPECT_TRUE(drives.row(row).free == kRoom && drives.row(row).size == 1u << 30);
+  EXPECT_FALSE(drives.HasTicks());
+  drives.Toggle(row);
+  const std::string asked = drives.Question(true);
+  EXPECT_TRUE(asked.starts_with("Overwrite what is free on " + root + " (5.00 MB) with zeros?"));
+  EXPECT_TRUE(asked.ends_with(kBeyondWiping));
+  const Names before = machine->Tree(own);
+  drives.Wipe(true, {});
+  EXPECT_TRUE(Holds(drives.row(row).result, "No more is free than the reserve."));
+  EXPECT_EQ(drives.summary(), "1 of 1 drive wiped");
+  free = (64u << 20) + kRoom;
+  drives.Wipe(false, [](const Progress&) { return true; });
+  EXPECT_TRUE(Holds(drives.row(row).result, ", stopped"));
+  EXPECT_EQ(drives.summary(), "0 of 1 drive wiped, stopped");
+  EXPECT_EQ(machine->Tree(own), before) << "no filler is noted any more";
+  EXPECT_NE(WhyNotWiped(ports, '1'), "");
 }
 
 TEST_F(FreeSpaceTest, WhatAKillLeftIsClearedAwayAtTheNextStart) {

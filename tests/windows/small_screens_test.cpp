@@ -61,6 +61,7 @@ const WindowCase kWindows[] = {
     {"Backups", ByMenu<mnuBackups>},
     {"Cache", ByMenu<mnuIECache>},
     {"Users", ByMenu<mnuUsers>},
+    {"WipeFree", ByMenu<mnuWipeFree>},
     {"About", ByMenu<mnuAbout>},
     {"Plugins", ByMenu<mnuManagePlugin>},
     {"Editor", Editor},
