@@ -103,6 +103,16 @@ Section "Uninstall"
   ${If} $0 == '"$INSTDIR\quellix.exe" -S'
     DeleteRegValue HKCU "${RUN_KEY}" "Quellix"
   ${EndIf}
+  ${ForEach} $1 1 2 + 1
+    StrCpy $2 "Software\Classes\*\shell"
+    ${If} $1 == 2
+      StrCpy $2 "Software\Classes\Directory\shell"
+    ${EndIf}
+    ReadRegStr $0 HKCU "$2\Quellix.Remove\command" ""
+    ${If} $0 == '"$INSTDIR\quellix.exe" --remove "%1"'
+      DeleteRegKey HKCU "$2\Quellix.Remove"
+    ${EndIf}
+  ${Next}
   DeleteRegKey HKCU "${KEY}"
   MessageBox MB_YESNO|MB_DEFBUTTON2 "Remove your settings, lists and logs of runs as well? Backups stay." /SD IDNO IDNO kept
   !include "${LISTS}\settings.nsh"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/explorer_menu.h"
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -78,6 +79,14 @@ bool StartsWithWindows(const Machine& machine) {
   }
 }
 
+bool HasExplorerMenu(const Machine& machine) {
+  try {
+    return LookAtExplorerMenu(machine) != ExplorerMenu::kMissing;
+  } catch (const Error&) {  // told when it is saved
+    return false;
+  }
+}
+
 // An unused field that makes no sense keeps what was there.
 Preferences ToBeStored(const GeneralOptions& options, const GeneralOptions& loaded) {
   Preferences preferences = static_cast<const Preferences&>(options);
@@ -118,6 +127,7 @@ RunValue LookAtRunValue(const Machine& machine) {
 GeneralOptions LoadGeneralOptions(const Machine& machine) {
   GeneralOptions options{Settings(machine).Load()};
   options.start_with_windows = StartsWithWindows(machine);
+  options.explorer_menu = HasExplorerMenu(machine);
   options.extra_security = options.ExtraSecurity != 0;
   options.rename = options.RenameBeforeDelete == 1;
   options.typed_duration = std::to_string(options.duration.value_or(1));
@@ -148,6 +158,8 @@ std::string SaveGeneralSettings(const Machine& machine, const GeneralOptions& op
                                 const GeneralOptions& loaded) {
   std::string problems =
       Attempt("Starting with Windows", [&] { SaveRunValue(machine, options.start_with_windows); });
+  problems += Attempt("The entry in Explorer's menu",
+                      [&] { SaveExplorerMenu(machine, options.explorer_menu); });
   problems += Attempt("The settings",
                       [&] { Settings(machine).Save(ToBeStored(options, loaded), loaded, true); });
   return problems;

@@ -12,6 +12,7 @@ namespace quellix {
 // The pages General, Deletion and Backups of the Options window. Texts are as typed.
 struct GeneralOptions : Preferences {
   bool start_with_windows = false;
+  bool explorer_menu = false;
   bool extra_security = false, rename = false;
   std::string typed_duration = "1", typed_low_disk = "0";
 };

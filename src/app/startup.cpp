@@ -25,6 +25,22 @@ StartMode ParseCommandLine(std::string_view arguments) {
   return StartMode::kNormal;
 }
 
+std::optional<std::string> ParseRemoval(std::string_view command_line) {
+  std::string_view rest = TrimBlanks(command_line);
+  const bool is_quoted = rest.starts_with('"');
+  const size_t name_end = rest.find(is_quoted ? '"' : ' ', 1);
+  if (name_end == rest.npos) return std::nullopt;
+  rest = TrimBlanks(rest.substr(name_end + 1));
+  if (!EqualsNoCase(rest.substr(0, kRemoveSwitch.size() + 1), std::string(kRemoveSwitch) + " "))
+    return std::nullopt;
+  rest = TrimBlanks(rest.substr(kRemoveSwitch.size()));
+  if (rest.size() < 2 || !rest.starts_with('"') || !rest.ends_with('"')) return std::nullopt;
+  rest = rest.substr(1, rest.size() - 2);
+  const bool is_full = rest.starts_with("\\\\") || rest.substr(0, 3).ends_with(":\\");
+  if (!is_full || rest.size() < 3 || rest.find('"') != rest.npos) return std::nullopt;
+  return std::string(rest);
+}
+
 modShutDown::Ending TakeEnding(std::string& arguments) {
   const std::vector<std::string> words = Split(TrimBlanks(arguments), ' ');
   if (words.size() < 2 || !EqualsNoCase(words[words.size() - 2], "--then")) {

@@ -22,6 +22,13 @@ enum class StartMode {
 // any case. Only a switch by itself counts, so one with anything beside it starts it normally.
 StartMode ParseCommandLine(std::string_view arguments);
 
+// What stands before the one path that Explorer's menu hands over.
+inline constexpr std::string_view kRemoveSwitch = "--remove";
+
+// The path behind it in a whole command line, the program's name in front: in quotes, which no name
+// has in it, and full ("C:\\a b" or a share's); nothing for any other command line.
+std::optional<std::string> ParseRemoval(std::string_view command_line);
+
 // Takes "--then shutdown" (or restart, or logoff) off the end of the arguments: how the computer
 // ends when the cleaning has ended. kNone where they do not end so.
 modShutDown::Ending TakeEnding(std::string& arguments);

@@ -49,6 +49,10 @@ LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM wparam, LPARAM
   return 0;
 }
 
+constexpr ULONG_PTR kPath = 0x51784E50;
+constexpr DWORD kLongestPath = 64 << 10;                 // bytes
+constexpr UINT kPatience = 10'000, kBetweenLooks = 100;  // milliseconds
+
 }  // namespace
 
 HiddenOwner::HiddenOwner() {
@@ -83,6 +87,27 @@ void clsPrevInstance::ActivatePrevInstance() {
   OpenIcon(main);
   // A window that it has opened, such as a question, takes the keyboard in its place.
   SetForegroundWindow(GetLastActivePopup(main));
+}
+
+bool clsPrevInstance::HandOver(const std::wstring& path) {
+  HWND main = nullptr;
+  const ULONGLONG until = GetTickCount64() + kPatience;
+  while ((main = PrevMainWindow()) == nullptr && GetTickCount64() < until) Sleep(kBetweenLooks);
+  if (!main) return false;
+  DWORD process = 0;
+  GetWindowThreadProcessId(main, &process);
+  AllowSetForegroundWindow(process);
+  COPYDATASTRUCT data{kPath, static_cast<DWORD>(path.size() * sizeof(wchar_t)),
+                      const_cast<wchar_t*>(path.data())};
+  DWORD_PTR result = 0;
+  return SendMessageTimeoutW(main, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data),
+                             SMTO_ABORTIFHUNG, kPatience, &result) != 0;
+}
+
+std::wstring clsPrevInstance::HandedOver(LPARAM message) {
+  const auto* const data = reinterpret_cast<const COPYDATASTRUCT*>(message);
+  if (!data || data->dwData != kPath || data->cbData > kLongestPath || !data->lpData) return {};
+  return {static_cast<const wchar_t*>(data->lpData), data->cbData / sizeof(wchar_t)};
 }
 
 }  // namespace quellix

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "ui/handles.h"
 #include "ui/windows_api.h"
 
@@ -27,6 +29,11 @@ class clsPrevInstance {
   // The message that asks so, and the answer of a window that will.
   static UINT CleanMessage();
   static constexpr LRESULT kTakenOn = 0x5158;
+  // Hands it the path of what is to be removed by hand; it may be starting just now. False when it
+  // does not take it.
+  static bool HandOver(const std::wstring& path);
+  // The path in a WM_COPYDATA, "" where it is none of HandOver's.
+  static std::wstring HandedOver(LPARAM message);
 };
 
 }  // namespace quellix

@@ -258,6 +258,7 @@ void FrmMain::OnTimer(UINT_PTR id) {
   if (id == tmrSettle) return FindPrograms();
   if (id == tmrRecipes) return FindRecipes();
   if (id == tmrAsked) return CleanAsAsked();
+  if (id == tmrNamed) return ShowNamed();
   if (id != tmrClean) return;
   const auto can_clean = [this] { return engine_.is_loaded() && CanClean(); };
   engine_.auto_clean().Tick([this] { return CanClean(); }, [this] { CleanByItself(); });
@@ -440,6 +441,10 @@ bool FrmMain::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == clsPrevInstance::CleanMessage() && engine_.is_loaded()) {
     SetTimer(window(), tmrAsked, USER_TIMER_MINIMUM, nullptr);
     SetWindowLongPtrW(window(), DWLP_MSGRESULT, clsPrevInstance::kTakenOn);
+    return true;
+  }
+  if (message == WM_COPYDATA) {
+    TakeNamed(clsPrevInstance::HandedOver(lparam));
     return true;
   }
   if (message != TrayIcon::kMessage) return false;

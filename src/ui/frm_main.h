@@ -44,6 +44,9 @@ class FrmMain : public Dialog {
   // the program's exit code.
   // `ending`: of a run that it starts with.
   void Open(HWND owner, StartMode mode, modShutDown::Ending ending);
+  // Shows what would go of a file or folder, as when it is dropped on the window, together with
+  // those that are named in the next moment; when what is in work, or asked, is over.
+  void RemoveNamed(const std::string& path);
 
  protected:
   void OnInit() override;
@@ -96,6 +99,8 @@ class FrmMain : public Dialog {
   void CleanWithRights();
   void CleanForOthers();
   void RemoveByHand(std::vector<std::string> paths);
+  void TakeNamed(const std::wstring& path);
+  void ShowNamed();
   using Look = std::function<void(PreviewRun&)>;
   std::shared_ptr<const RunEntries> LookAhead(const Look& look);
   Look LookAt(const Target& target);
@@ -140,6 +145,7 @@ class FrmMain : public Dialog {
   std::shared_ptr<modPlugin::ShownRecipes> shown_;  // of the last look
   StartOffer start_offer_;                          // likewise
   std::optional<RunReport> last_report_;
+  std::vector<std::string> named_;                             // by Explorer's menu
   Target previewed_;                                           // in the preview's window
   StartOffer previewed_offer_;                                 // likewise
   std::vector<ListSection> sections_, recipes_;                // as found beside the items

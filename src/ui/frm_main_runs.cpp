@@ -101,6 +101,28 @@ void FrmMain::RemoveByHand(std::vector<std::string> paths) {
   Preview({.others = OtherChoices{.paths = std::move(paths)}});
 }
 
+// Explorer starts the program for each that is selected.
+void FrmMain::RemoveNamed(const std::string& path) {
+  constexpr size_t kMost = 10'000;
+  constexpr UINT kMoment = 400;  // milliseconds
+  if (named_.size() < kMost) named_.push_back(path);
+  SetTimer(window(), tmrNamed, kMoment, nullptr);
+}
+
+// From another process: it may be anything.
+void FrmMain::TakeNamed(const std::wstring& path) {
+  const auto taken = ParseRemoval("q " + std::string(kRemoveSwitch) + " \"" + Narrow(path) + "\"");
+  if (!taken) return;
+  ComeForward();
+  RemoveNamed(*taken);
+}
+
+void FrmMain::ShowNamed() {
+  if (!CanClean()) return;  // at the next tick
+  KillTimer(window(), tmrNamed);
+  RemoveByHand(std::exchange(named_, {}));
+}
+
 FrmMain::Look FrmMain::LookAt(const Target& target) {
   return [this, target](PreviewRun& preview) {
     if (target.item != nullptr) return preview.RunOneItem(*target.item);

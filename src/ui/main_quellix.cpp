@@ -53,9 +53,23 @@ quellix::OtherUsers UsersOf(const quellix::Machine& machine) {
               }};
 }
 
-// `profile`: for whom a start with rights is to clean.
+// The program runs already: it comes forward, or takes what Explorer's menu names.
+int LeaveItToTheOther(StartMode mode, const std::optional<std::string>& named) {
+  if (mode == StartMode::kHidden)
+    return quellix::clsPrevInstance::AskToClean() ? quellix::kHandedOn : quellix::kFailed;
+  if (!named) {
+    quellix::clsPrevInstance::ActivatePrevInstance();
+  } else if (!quellix::clsPrevInstance::HandOver(quellix::Wide(*named))) {
+    Tell("Quellix is open and does not answer, or has other rights. Drop the files on its window.");
+    return quellix::kFailed;
+  }
+  return quellix::kDone;
+}
+
+// `profile`: for whom a start with rights is to clean. `named`: what is to be removed by hand.
 int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
-               const std::optional<quellix::Profile>& profile) {
+               const std::optional<quellix::Profile>& profile,
+               const std::optional<std::string>& named) {
   quellix::Win32Machine live;
   const quellix::Machine machine = live.machine();
   const std::string why = profile ? WhyNotSame(*profile, ProfileOf(machine)) : "";
@@ -66,13 +80,8 @@ int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
   const std::string name =
       std::string(quellix::kApplicationTitle) + (profile ? " with rights" : "");
   if (!machine.session.ClaimInstance(name)) {
-    if (profile) {
-      Tell("Quellix is open with administrator rights already. Close that window first.");
-    } else if (mode == StartMode::kHidden) {
-      return quellix::clsPrevInstance::AskToClean() ? quellix::kHandedOn : quellix::kFailed;
-    } else {
-      quellix::clsPrevInstance::ActivatePrevInstance();
-    }
+    if (!profile) return LeaveItToTheOther(mode, named);
+    Tell("Quellix is open with administrator rights already. Close that window first.");
     return quellix::kDone;
   }
   LoadControlClasses();
@@ -83,6 +92,7 @@ int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
   quellix::Win32Scheduler scheduler(com);
   quellix::FrmMain main_window(engine, display, machine, UsersOf(machine), scheduler);
   main_window.Open(owner.window(), mode, ending);
+  if (named) main_window.RemoveNamed(*named);
   MSG message{};
   while (GetMessageW(&message, nullptr, 0, 0) > 0) quellix::Dialog::Dispatch(message);
   return static_cast<int>(message.wParam);
@@ -97,7 +107,8 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR arguments, int) {
   const auto ending = quellix::TakeEnding(rest);
   const StartMode mode = profile ? StartMode::kWithRights : quellix::ParseCommandLine(rest);
   try {
-    return RunProgram(mode, ending, profile);
+    return RunProgram(mode, ending, profile,
+                      quellix::ParseRemoval(quellix::Narrow(GetCommandLineW())));
   } catch (const std::exception& error) {
     if (mode == StartMode::kHidden) return quellix::kFailed;
     Tell(error.what());

@@ -37,7 +37,8 @@ constexpr SettingBox kDeletionBoxes[] = {{chkExtraSecurity, &GeneralOptions::ext
 constexpr Anchor kRunsAnchors[] = {{fraBefore, 0, 0, 1, 0}, {fraAfter, 0, 0, 1, 0}};
 constexpr SettingBox kRunsBoxes[] = {{chkAsk, &GeneralOptions::ask},
                                      {chkSelectRisky, &GeneralOptions::select_risky},
-                                     {chkKeepPins, &GeneralOptions::KeepPins}};
+                                     {chkKeepPins, &GeneralOptions::KeepPins},
+                                     {chkExplorerMenu, &GeneralOptions::explorer_menu}};
 // Fields for whole numbers of up to four digits.
 constexpr struct {
   int control;

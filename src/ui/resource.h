@@ -185,6 +185,7 @@
 #define txtItem 1122
 #define lnkRemoval 1123
 #define tmrRecipes 1124
+#define tmrNamed 1199
 #define cmdRights 1125
 #define mnuPreviewRow 1126
 

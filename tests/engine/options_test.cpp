@@ -1,5 +1,7 @@
 #include "app/options.h"
 
+#include "app/explorer_menu.h"
+#include "registry_tools/mod_registry.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -187,6 +189,64 @@ TEST_F(OptionsTest, StartingWithWindowsRepairsAndRemovesTheEntry) {
     EXPECT_EQ(RunEntryText(), "<missing>");
   }
   EXPECT_EQ(Options(ports).Save(), "");  // deleting what is missing is no error
+}
+
+// The entry in Explorer's menus: what is there before, and whether that is ours.
+TEST_F(OptionsTest, ExplorersMenuIsMadeRepairedAndTakenAwayWithNothingLeft) {
+  const std::string classes = "Software\\Classes\\", verb = "\\shell\\Quellix.Remove";
+  const auto is_there = [&](const std::string& key) {
+    return machine->KeyExists(kUser, classes + key);
+  };
+  for (const char* key : {"*", "Directory"}) machine->RemoveRegistryTree(kUser, classes + key);
+  EXPECT_EQ(Options(ports).Save(), "");
+  EXPECT_FALSE(is_there("*")) << "nobody wanted it";
+  const std::pair<const char*, std::function<void()>> kRows[] = {
+      {"missing", [] {}},
+      {"of another folder",
+       [&] {
+         machine->SetText(kUser, classes + "*" + verb + "\\command", "", "\"C:\\q.exe\" \"%1\"");
+       }},
+      {"of files alone", [&] { machine->RemoveRegistryTree(kUser, classes + "Directory" + verb); }},
+      {"with more in it",
+       [&] { machine->SetText(kUser, classes + "*" + verb + "\\DropTarget", "CLSID", "{1}"); }}};
+  for (const auto& [row, change] : kRows) {
+    SCOPED_TRACE(row);
+    change();
+    Options options(ports);
+    EXPECT_EQ(options.general.explorer_menu, is_there("*" + verb));
+    options.general.explorer_menu = true;
+    EXPECT_EQ(options.Save(), "");
+    EXPECT_TRUE(LookAtExplorerMenu(ports) == ExplorerMenu::kOurs);
+    const auto key = ports.registry.Open(kUser, classes + "Directory" + verb + "\\command",
+                                         RegistryAccess::kRead);
+    EXPECT_EQ(modRegistry::ReadText(*key, ""), "\"" + own + "quellix.exe\" --remove \"%1\"");
+  }
+  machine->SetText(kUser, classes + "Directory\\shell\\Other", "", "stays");
+  for (int time = 0; time < 2; ++time) {
+    Options options(ports);
+    options.general.explorer_menu = false;
+    EXPECT_EQ(options.Save(), "");
+    EXPECT_FALSE(is_there("*") || is_there("Directory" + verb));
+    EXPECT_TRUE(is_there("Directory\\shell\\Other"));
+  }
+  machine->RemoveRegistryTree(kUser, classes + "Directory");
+}
+
+TEST_F(OptionsTest, ADiskIsLowWithinTheBoundsAlone) {
+  const std::tuple<const char*, bool, int16_t> kRows[] = {
+      {"0", true, 0}, {" 50 ", true, 50}, {"51", false, 0}, {"-1", false, 0}, {"", false, 0}};
+  for (const auto& [text, is_taken, stored] : kRows) {
+    Options options(ports);
+    options.general.typed_low_disk = text;
+    const std::optional<Refusal> refusal = options.Check();
+    EXPECT_EQ(!refusal, is_taken) << text;
+    if (refusal) {
+      EXPECT_TRUE(refusal->field == OptionsField::kLowDisk && Holds(refusal->sentence, "0 to 50"));
+      continue;
+    }
+    EXPECT_EQ(options.Save(), "");
+    EXPECT_EQ(settings.Load().low_disk, stored);
+  }
 }
 
 TEST_F(OptionsTest, TheSearchPageIsWrittenInItsFiveLines) {

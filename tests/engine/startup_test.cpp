@@ -26,6 +26,30 @@ TEST(CommandLineTest, OnlyOneSwitchByItselfCounts) {
   }
 }
 
+TEST(CommandLineTest, ExplorersMenuNamesOneFullPath) {
+  const std::tuple<const char*, std::string, std::string> kRows[] = {
+      {"quoted program", R"("C:\Pro grams\quellix.exe" --remove "C:\a b.txt")", R"(C:\a b.txt)"},
+      {"plain program", R"(quellix.exe   --REMOVE   "C:\a")", R"(C:\a)"},
+      {"a drive", R"(q --remove "D:\")", R"(D:\)"},
+      {"a share", R"(q --remove "\\server\share\a")", R"(\\server\share\a)"},
+      {"like switches", R"(q --remove "C:\-h --then shutdown")", R"(C:\-h --then shutdown)"},
+      {"outside ASCII", "q --remove \"C:\\\xD0\x96\"", "C:\\\xD0\x96"},
+      {"nothing", "", ""},
+      {"the program alone", R"("C:\q.exe")", ""},
+      {"no path", "q --remove", ""},
+      {"an empty one", R"(q --remove "")", ""},
+      {"without quotes", R"(q --remove C:\a)", ""},
+      {"relative", R"(q --remove "a\b")", ""},
+      {"relative on a drive", R"(q --remove "C:a")", ""},
+      {"a quote inside", R"(q --remove "C:\a" "C:\b")", ""},
+      {"an open quote", R"(q --remove "C:\a)", ""},
+      {"something before", R"(q -h --remove "C:\a")", ""},
+      {"another switch", R"(q --removed "C:\a")", ""}};
+  for (const auto& [row, line, path] : kRows) {
+    EXPECT_EQ(ParseRemoval(line).value_or(""), path) << row;
+  }
+}
+
 // A day of ticks every few seconds, with a clock that can be set.
 struct AutoCleanTest : ::testing::Test {
   static constexpr int64_t kSecond = 10'000'000;
