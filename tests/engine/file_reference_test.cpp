@@ -136,7 +136,9 @@ TEST_F(FileReferenceTest, TheThoroughWalkReadsAllValuesProperly) {
         "\\\\server\\share\\gone.txt", "Q:\\gone.txt", "C:\\", scratch + "*.none", "C: is a drive",
         "a text about " + gone_, "x" + nul + gone_, "C:\\" + std::string(40000, ' '),
         "C:\\qx none" + ReplaceNoCase(std::string(9000, 'a'), "a", " a")}},
-      {kRegExpandSz, {"%SystemRoot%", "%QxNone%\\gone.txt"}},
+      {kRegExpandSz,
+       {"%SystemRoot%", "%QxNone%\\gone.txt", scratch + "qx gone\\%QxNone%\\gone.txt",
+        scratch + "qx 100% gone\\gone"}},
       {kRegMultiSz, {app + nul + nul + gone_}},
       {kRegBinary, {gone_}}};
   std::vector<RegistryValue> gone = {{kRegSz, ToUtf16Bytes(gone_)},
