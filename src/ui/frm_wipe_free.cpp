@@ -13,7 +13,7 @@ constexpr Column kColumns[] = {
 constexpr int kResult = 4;
 
 constexpr Anchor kAnchors[] = {
-    {lblWipeFree, 0, 0, 1, 0},   {lstvWipeFree, 0, 0, 1, 1}, {fraWipeFree, 0, 1, 1, 1},
+    {lblWipeFree, 0, 0, 1, 0},   {lstvWipeFree, 0, 0, 1, 1}, {lblWipeWith, 0, 1, 0, 1},
     {optWipeRandom, 0, 1, 0, 1}, {optWipeZeros, 0, 1, 1, 1}, {lblBeyondWiping, 0, 1, 1, 1},
     {lblStatus, 0, 1, 1, 1},     {pgWipeFree, 0, 1, 1, 1},   {cmdWipeFree, 0, 1, 0, 1},
     {cmdStop, 0, 1, 0, 1},       {IDCANCEL, 1, 1, 1, 1},

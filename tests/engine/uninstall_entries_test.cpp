@@ -59,7 +59,8 @@ struct UninstallEntriesTest : RegistryFixture {
     const int64_t now = ports.system.UtcNow(), then = now - 10 * kFiletimesADay;
     const auto file = ports.files.Open(path, OpenMode::kReadAndCreate);
     file->SetTimes({.created = is_new ? now : then, .last_write = then});
-    if (is_new && file->Times().created == 0) file->SetTimes({.last_write = now});
+    const bool keeps_creation = file->Times().created > then;
+    if (is_new && !keeps_creation) file->SetTimes({.last_write = now});
     made.push_back(path);
     return path;
   }
