@@ -21,7 +21,6 @@ constexpr const char* kViews[] = {
 constexpr ScanColumn kColumns[] = {
     {"Name"},  {"Version"},          {"Publisher"}, {"Installed"}, {"Size in KB", true},
     {"State"}, {"Uninstall command"}};
-constexpr size_t kCommand = 6;
 constexpr ScanAction kActions[] = {ScanAction::kStart};
 
 constexpr const char* kNoUninstaller = "uninstaller missing";
