@@ -62,6 +62,8 @@ const WindowCase kWindows[] = {
     {"Cache", ByMenu<mnuIECache>},
     {"Users", ByMenu<mnuUsers>},
     {"About", ByMenu<mnuAbout>},
+    {"Favorites", ByMenu<mnuFavorites>},
+    {"Updates", ByMenu<mnuUpdates>},
     {"Plugins", ByMenu<mnuManagePlugin>},
     {"Editor", Editor},
     {"Generator", Generator},
