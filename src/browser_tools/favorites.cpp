@@ -46,7 +46,7 @@ std::vector<std::string> FavoriteFolders(const Machine& machine) {
 std::string WhyMalformed(std::string_view address) {
   if (address.empty()) return "it holds no address";
   const std::string scheme = SchemeOf(address);
-  if (scheme.empty()) return "its address has no beginning such as http:";
+  if (scheme.empty()) return "http: or the like is missing before it";
   const bool is_web = scheme == "http" || scheme == "https";
   if (is_web && !ParseUrl(address)) return "its address is none of the web";
   if (address.size() == scheme.size() + 1) return "its address ends behind its beginning";

@@ -108,6 +108,7 @@ constexpr Row kRows[] = {
     {"General", "Ask", kBox<&Preferences::ask>},
     {"General", "SelectRisky", kBox<&Preferences::select_risky>},
     {"General", "KeepLogs", kCount<&Preferences::kept_logs>},
+    {"General", "CheckUpdates", kBox<&Preferences::check_updates>},
     {"Backup", "Strict", kBox<&Preferences::Strict>},
     {"Backup", "KeepOnAbort", kBox<&Preferences::KeepOnAbort>},
     {"Backup", "Registry", kBox<&Preferences::BackupRegistry>},

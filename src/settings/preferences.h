@@ -30,6 +30,7 @@ struct Preferences : RemovalOptions {
   int16_t kept_logs = 0;          // how many runs are kept for reading
   bool tray_icon = false;         // closing the window leaves an icon while cleaning is automatic
   int16_t low_disk = 0;           // per cent of Windows' drive below which a run begins; 0: never
+  bool check_updates = false;     // a server is asked for new versions once a week
   std::string overwrite = "Ask";  // what a restore does where a file is there already
 
   bool InHours() const { return hours.value_or(1) == 1; }

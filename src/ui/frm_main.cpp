@@ -8,6 +8,7 @@
 #include "app/mod_shut_down.h"
 #include "app/recipe_sections.h"
 #include "app/rights.h"
+#include "app/updates.h"
 #include "cleaners/junk_cleaners.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
@@ -71,6 +72,8 @@ constexpr TurnOffEntry kTurnOff[] = {
 };
 
 constexpr UINT kMillisecondsPerTick = 5000, kLookAgain = 500;
+// Until the server may be asked for a new version, and between looks whether that is due.
+constexpr UINT kUntilUpdates = 60'000, kBetweenUpdates = 6 * 3'600'000;
 
 }  // namespace
 
@@ -118,6 +121,7 @@ void FrmMain::OnInit() {
   preview_.question_of = [this](const EntryList& list) { return Question(list, previewed_offer_); };
   FollowSettings();
   SetTimer(window(), tmrSettle, USER_TIMER_MINIMUM, nullptr);
+  SetTimer(window(), tmrUpdates, kUntilUpdates, nullptr);
   display_.Attach(window(), [this](const Item* item) { ShowCurrentItem(item); });
   display_.ReviewFinds(machine_);
   if (!machine_.session.HasAdministratorRights()) {
@@ -239,6 +243,26 @@ void FrmMain::FindRecipes() {
   if (!recipes_.empty() || !found.sections.empty()) ShowSections();
 }
 
+// Once a week, where the user wants it. Only a new version is told of; whoever is working, or sees
+// no window, is left alone.
+void FrmMain::AskForUpdates() {
+  SetTimer(window(), tmrUpdates, kBetweenUpdates, nullptr);
+  if (!engine_.preferences().check_updates || with_rights_ || !IsWindowVisible(window())) return;
+  if (search_.working() || !CanClean() || !IsUpdateCheckDue(machine_)) return;
+  UpdateCheck check;
+  const auto end = search_.Run({}, [&](const Pause& pause) {
+    try {
+      check = CheckForUpdate(*OpenHttp(), UpdateSourceOf(machine_), pause);
+    } catch (const Error&) {
+      return;  // then another time
+    }
+  });
+  const bool is_known = check.result == UpdateResult::kNew || check.result == UpdateResult::kNone;
+  if (end != LongWork::End::kDone || !is_known) return;
+  NoteUpdateCheck(machine_);
+  if (check.result == UpdateResult::kNew && CanClean()) windows_.ShowUpdate(window(), check);
+}
+
 // Of a run that begins by itself while no window is shown, nobody is told anything.
 void FrmMain::CleanByItself() {
   engine_.state().BySelf = true;
@@ -259,6 +283,7 @@ void FrmMain::OnTimer(UINT_PTR id) {
   if (id == tmrRecipes) return FindRecipes();
   if (id == tmrAsked) return CleanAsAsked();
   if (id == tmrNamed) return ShowNamed();
+  if (id == tmrUpdates) return AskForUpdates();
   if (id != tmrClean) return;
   const auto can_clean = [this] { return engine_.is_loaded() && CanClean(); };
   engine_.auto_clean().Tick([this] { return CanClean(); }, [this] { CleanByItself(); });

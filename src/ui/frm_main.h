@@ -84,6 +84,7 @@ class FrmMain : public Dialog {
   void FindRecipes();
   void CleanByItself();
   void CleanAsAsked();
+  void AskForUpdates();
   void GoToTray();
   void ComeForward() const;
   void ShowTrayMenu(POINT screen);

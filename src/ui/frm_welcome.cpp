@@ -26,6 +26,9 @@ void FrmWelcome::OnInit() {
   for (const RemovalChoice& way : kRemovalChoices) {
     CheckDlgButton(window(), way.control, way.mode == mode ? BST_CHECKED : BST_UNCHECKED);
   }
+  // Asked only where there is a server to ask.
+  if (!settings_.ReadIniValue("Updates", "Server", "").empty())
+    ShowWindow(Control(chkUpdates), SW_SHOWNA);
   try {
     settings_.WriteIniValue(kSection, kKey, "0");
   } catch (const Error&) {
@@ -39,7 +42,10 @@ void FrmWelcome::Choose() {
   for (const RemovalChoice& way : kRemovalChoices) {
     if (IsTicked(window(), way.control)) preferences.RemovalMode = way.mode;
   }
-  if (preferences.RemovalMode == stored.RemovalMode) return;
+  if (IsTicked(window(), chkUpdates)) preferences.check_updates = true;
+  const bool is_same = preferences.RemovalMode == stored.RemovalMode &&
+                       preferences.check_updates == stored.check_updates;
+  if (is_same) return;
   try {
     settings_.Save(preferences, stored, false);
     on_chosen_();

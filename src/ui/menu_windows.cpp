@@ -2,6 +2,7 @@
 
 #include "ui/frm_about.h"
 #include "ui/frm_backups.h"
+#include "ui/frm_favorites.h"
 #include "ui/frm_ie_cache.h"
 #include "ui/frm_plugin_manager.h"
 #include "ui/frm_registry_scan.h"
@@ -34,9 +35,12 @@ std::function<void(HWND)> Opens(Parts&... parts) {
 MenuWindows::MenuWindows(Engine& engine, const Machine& machine, const OtherUsers& users,
                          Scheduler& scheduler)
     : options_(machine, scheduler),
+      update_(std::make_shared<FrmUpdate>(machine)),
       entries_{{mnuAbout, Opens<FrmAbout>()},
                {mnuBackups, Opens<FrmBackups>(machine)},
                {mnuContents, [](HWND owner) { ShowHelp(owner, "contents"); }},
+               {mnuFavorites, Opens<FrmFavorites>(machine)},
+               {mnuUpdates, [this](HWND owner) { update_->Show(owner); }},
                {mnuIECache, Opens<FrmIECache>(machine)},
                {mnuManagePlugin, Opens<FrmPluginManager>(engine, machine)},
                {mnuOptions, [this](HWND owner) { options_.Show(owner); }},

@@ -7,6 +7,7 @@
 #include "engine.h"
 #include "platform/machine.h"
 #include "ui/frm_options.h"
+#include "ui/frm_update.h"
 #include "ui/user_runs.h"
 
 namespace quellix {
@@ -22,11 +23,14 @@ class MenuWindows {
 
   // Opens the window of a menu entry before `owner`; false when the entry opens none.
   bool Open(int entry, HWND owner);
+  // A new version that was found by itself.
+  void ShowUpdate(HWND owner, const UpdateCheck& check) { update_->Show(owner, check); }
   // The options that tell how files go.
   void OpenRemovalOptions(HWND owner) { options_.Show(owner, OptionsPage::kDeletion); }
 
  private:
   FrmOptions options_;
+  std::shared_ptr<FrmUpdate> update_;
   // What entries of the menus do; the windows live in these.
   std::map<int, std::function<void(HWND owner)>> entries_;
 };

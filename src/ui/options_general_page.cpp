@@ -27,7 +27,8 @@ constexpr SettingBox kGeneralBoxes[] = {{chkAutoClean, &GeneralOptions::auto_cle
                                         {chkCleanStartup, &GeneralOptions::startup_clean},
                                         {Check1, &GeneralOptions::protect1},
                                         {Check2, &GeneralOptions::protect2},
-                                        {Check3, &GeneralOptions::tip_box}};
+                                        {Check3, &GeneralOptions::tip_box},
+                                        {chkUpdates, &GeneralOptions::check_updates}};
 constexpr SettingBox kDeletionBoxes[] = {{chkExtraSecurity, &GeneralOptions::extra_security},
                                          {chkRename, &GeneralOptions::rename},
                                          {chkStrict, &GeneralOptions::Strict},

@@ -178,6 +178,7 @@
 #define tmrClean 1116
 #define tmrSettle 1117
 #define tmrAsked 1127
+#define tmrUpdates 1128
 #define cmdPreview 1118
 #define lblItems 1119
 #define lstvItems 1120

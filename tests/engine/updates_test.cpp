@@ -2,6 +2,7 @@
 
 #include "app/updates.h"
 #include "platform/error.h"
+#include "shipped_files.h"
 #include "support/noting_shell.h"
 #include "support/run_fixture.h"
 #include "support/web_server.h"
@@ -166,6 +167,18 @@ TEST_F(InstallerTest, ItIsStartedWhereNobodyElseHasPutAnything) {
   EXPECT_EQ(Left().size(), 2u);  // the folder and its file
   Forget();
   EXPECT_EQ(Left(), Names{});
+}
+
+TEST_F(InstallerTest, OnlyWhoWantsItIsAskedFor) {
+  for (const auto& [text, wanted] :
+       {std::pair("", false), std::pair("[General]\nCheckUpdates=1\n", true),
+        std::pair("[General]\nCheckUpdates=yes\n", false), std::pair(kShippedSettings, false)}) {
+    WriteSettings(text);
+    EXPECT_EQ(settings.Load().check_updates, wanted) << text;
+    EXPECT_EQ(UpdateSourceOf(ports).server, "");
+  }
+  WriteSettings("[Updates]\nServer=https://updates.example\n");
+  EXPECT_EQ(UpdateSourceOf(ports).server, "https://updates.example");
 }
 
 TEST_F(InstallerTest, TheServerIsAskedOnceAWeek) {

@@ -58,7 +58,9 @@ TEST_F(HelpTest, EachWindowHasItsKeysAndOpensItsOwnPage) {
       {mnuStartupPrograms, L"Start-up programs", "startup", 6},
       {mnuInstalledPrograms, L"Installed programs", "uninstall", 5},
       {mnuAssociationTool, L"File associations", "associations", 5},
-      {mnuWipeFree, L"Wipe free space", "wipe-free", 5}};
+      {mnuWipeFree, L"Wipe free space", "wipe-free", 5},
+      {mnuFavorites, L"Favorites", "favorites", 0},
+      {mnuUpdates, L"New versions", "updates", 0}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.topic);
     window.Choose(row.entry);

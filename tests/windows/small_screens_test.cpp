@@ -63,6 +63,8 @@ const WindowCase kWindows[] = {
     {"Users", ByMenu<mnuUsers>},
     {"WipeFree", ByMenu<mnuWipeFree>},
     {"About", ByMenu<mnuAbout>},
+    {"Favorites", ByMenu<mnuFavorites>},
+    {"Updates", ByMenu<mnuUpdates>},
     {"Plugins", ByMenu<mnuManagePlugin>},
     {"Editor", Editor},
     {"Generator", Generator},
