@@ -136,8 +136,8 @@ std::string Attribute(std::string_view rest, std::string_view wanted) {
 
 class BookmarkReader {
  public:
-  std::vector<Bookmark> Read(std::string_view text) {
-    while (!text.empty()) {
+  std::vector<Bookmark> Read(std::string_view text, const Pause& pause) {
+    while (!text.empty() && !pause()) {
       const size_t begin = std::min(text.find('<'), text.size());
       if (title_) title_->append(text.substr(0, begin));
       text.remove_prefix(begin);
@@ -232,10 +232,10 @@ std::string ReadUrlFile(std::string_view bytes, System& system) {
   return std::string(TrimBlanks(TrimNull(address.value_or(""))));
 }
 
-std::vector<Bookmark> ReadBookmarks(std::string_view bytes, System& system) {
+std::vector<Bookmark> ReadBookmarks(std::string_view bytes, System& system, const Pause& pause) {
   const std::string text = DecodeText(bytes, system);
   if (!ContainsNoCase(std::string_view(text).substr(0, 4096), "NETSCAPE-Bookmark-file")) return {};
-  return BookmarkReader().Read(text);
+  return BookmarkReader().Read(text, pause);
 }
 
 }  // namespace quellix

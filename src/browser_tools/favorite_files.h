@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/pause.h"
 #include "platform/system.h"
 
 namespace quellix {
@@ -23,6 +24,8 @@ struct Bookmark {
 
 // Bookmarks in the form that browsers export (the Netscape bookmark file), in its order. What is
 // none of it is passed over; of bytes that are no such file nothing is read.
-std::vector<Bookmark> ReadBookmarks(std::string_view bytes, System& system);
+// A stop ends it early.
+std::vector<Bookmark> ReadBookmarks(std::string_view bytes, System& system,
+                                    const Pause& pause = {});
 
 }  // namespace quellix

@@ -226,8 +226,8 @@ void Favorites::AddFile(const std::string& path, const std::string& place) {
   rows_.push_back(std::move(row));
 }
 
-void Favorites::LoadBookmarks(std::string_view bytes, std::string_view file) {
-  std::vector<Bookmark> bookmarks = ReadBookmarks(bytes, machine_.system);
+void Favorites::LoadBookmarks(std::string_view bytes, std::string_view file, const Pause& pause) {
+  std::vector<Bookmark> bookmarks = ReadBookmarks(bytes, machine_.system, pause);
   if (bookmarks.empty()) {
     throw Error(Error::Kind::kOther, std::string(file) +
                                          " holds no bookmarks in the form that browsers export "

@@ -60,7 +60,7 @@ class Favorites {
   // cannot be read is told by problem().
   void Load(const Pause& pause = {});
   // Reads an exported file instead, by its bytes. Throws Error where they are none.
-  void LoadBookmarks(std::string_view bytes, std::string_view file);
+  void LoadBookmarks(std::string_view bytes, std::string_view file, const Pause& pause = {});
   // Whether those listed are files, which can go.
   bool can_delete() const { return bookmarks_.empty(); }
 

@@ -11,7 +11,7 @@
 namespace quellix {
 namespace {
 
-constexpr std::uintmax_t kLargestBookmarks = 64u << 20;  // bytes
+constexpr std::uintmax_t kLargestBookmarks = 16u << 20;  // bytes
 
 struct FavoritesOptions {
   std::string bookmarks;  // a file of the console's own, "" for the favorites
@@ -89,7 +89,7 @@ int Run(const FavoritesOptions& options, const ReportOptions& report_options,
   if (options.bookmarks.empty()) {
     favorites.Load(pause);
   } else {
-    favorites.LoadBookmarks(ReadFile(options.bookmarks), options.bookmarks);
+    favorites.LoadBookmarks(ReadFile(options.bookmarks), options.bookmarks, pause);
   }
   if (options.asks) favorites.Ask(*OpenHttp({.proxy = options.proxy}), pause);
   std::vector<Listed> all;

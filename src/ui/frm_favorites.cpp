@@ -12,7 +12,7 @@ namespace {
 
 constexpr UINT_PTR kTimer = 1;
 constexpr UINT kUntilSeen = 50;                    // milliseconds
-constexpr uint64_t kLargestBookmarks = 64u << 20;  // bytes
+constexpr uint64_t kLargestBookmarks = 16u << 20;  // bytes
 
 constexpr Column kColumns[kFavoriteColumns] = {
     {L"Name", 130}, {L"Folder", 80}, {L"Address", 170}, {L"What is wrong", 220}};
@@ -121,9 +121,9 @@ void FrmFavorites::Ask() {
 void FrmFavorites::ChooseBookmarks() {
   const auto file = prompts_.AskFile(kFilters, "");
   if (!file) return;
-  Work([&](const Pause&) {
+  Work([&](const Pause& pause) {
     const auto bytes = machine_.files.ReadWholeFile(*file, kLargestBookmarks);
-    favorites_.LoadBookmarks(bytes.value_or(""), *file);
+    favorites_.LoadBookmarks(bytes.value_or(""), *file, pause);
   });
 }
 

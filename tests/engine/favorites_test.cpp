@@ -230,6 +230,9 @@ TEST_F(FavoritesTest, WhatAreNoBookmarksIsRefusedOrPassedOver) {
   std::string deep = head;
   for (int i = 0; i < 20'000; ++i) deep += "<DL><H3>folder</H3>";
   deep += "<A HREF=http://a.example/>a</A>";
+  size_t pauses = 0;
+  ReadBookmarks(deep, ports.system, [&pauses](const Progress&) { return ++pauses == 9; });
+  EXPECT_EQ(pauses, 9u);
   EXPECT_FALSE(ReadBookmarks(deep, ports.system).empty());
 }
 
