@@ -134,8 +134,10 @@ void RemoveFilesIn(const Machine& machine, const std::string& path) {
 void RemoveOld(const Machine& machine, std::string_view temp) {
   std::vector<std::string> old;
   machine.files.Enumerate(temp, Detail::kKind, [&](const Entry& entry) {
-    if (entry.info.is_folder && !entry.info.is_link && entry.name.starts_with(kOwnFolder))
-      old.emplace_back(entry.name);
+    const bool is_own = entry.info.is_folder && !entry.info.is_link &&
+                        entry.name.starts_with(kOwnFolder) &&
+                        IsTemporaryName(entry.name.substr(kOwnFolder.size()));
+    if (is_own) old.emplace_back(entry.name);
     return true;
   });
   for (const std::string& name : old) {

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <optional>
 
+#include "platform/error.h"
 #include "platform/profile_strings.h"
 #include "platform/text.h"
 
@@ -12,6 +13,7 @@ namespace {
 
 constexpr size_t kDeepest = 64;    // folders in each other
 constexpr size_t kLongest = 1000;  // bytes of a name, and about as many of a place
+constexpr size_t kMost = 100'000;  // bookmarks
 
 constexpr struct {
   std::string_view name, text;
@@ -176,6 +178,8 @@ class BookmarkReader {
 
   void Begin(Bookmark bookmark) {
     Finish();
+    if (all_.size() >= kMost)
+      throw Error(Error::Kind::kOther, "The file holds more bookmarks than can be listed.");
     bookmark.place = Place();
     all_.push_back(std::move(bookmark));
     title_.emplace();

@@ -24,7 +24,7 @@ struct Bookmark {
 
 // Bookmarks in the form that browsers export (the Netscape bookmark file), in its order. What is
 // none of it is passed over; of bytes that are no such file nothing is read.
-// A stop ends it early.
+// A stop ends it early. Throws Error where there are more than can be listed.
 std::vector<Bookmark> ReadBookmarks(std::string_view bytes, System& system,
                                     const Pause& pause = {});
 

@@ -8,9 +8,12 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/url.h"
+#include "run/keep_list.h"
 #include "run/known_folders.h"
+#include "run/protected_places.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
+#include "run/stayed.h"
 
 namespace quellix {
 namespace {
@@ -30,6 +33,12 @@ bool IsShortcut(std::string_view name) {
       kExtensions, [name](std::string_view each) { return EqualsNoCase(ExtensionOf(name), each); });
 }
 
+// A setting that names a drive or Windows itself names no favorites.
+bool MayHoldFavorites(const Machine& machine, const std::string& folder) {
+  const std::string_view plain = WithoutBackslash(folder);
+  return plain.size() > 2 && !EqualsNoCase(plain, WithoutBackslash(machine.system.WindowsFolder()));
+}
+
 // Those of the user and of all users that are there.
 std::vector<std::string> FavoriteFolders(const Machine& machine) {
   std::vector<std::string> folders;
@@ -39,7 +48,18 @@ std::vector<std::string> FavoriteFolders(const Machine& machine) {
   const std::string common = key ? ReadFolderValue(machine, *key, "Common Favorites") : "";
   if (!common.empty() && (folders.empty() || !EqualsNoCase(common, folders[0])))
     folders.push_back(common);
+  std::erase_if(folders, [&](const auto& folder) { return !MayHoldFavorites(machine, folder); });
   return folders;
+}
+
+// As browsers read it: blanks are escaped, "\\" is "/", and "//" may be missing.
+std::string AsBrowsersRead(std::string_view address, size_t scheme) {
+  std::string text(TrimBlanks(address));
+  std::ranges::replace(text, '\\', '/');
+  if (text.compare(scheme, 3, "://") != 0) text.insert(scheme + 1, "//");
+  for (size_t blank = 0; (blank = text.find(' ', blank)) != text.npos;)
+    text.replace(blank, 1, "%20");
+  return text;
 }
 
 // Why an address leads nowhere; "" for one that may, whatever opens it.
@@ -48,7 +68,8 @@ std::string WhyMalformed(std::string_view address) {
   const std::string scheme = SchemeOf(address);
   if (scheme.empty()) return "http: or the like is missing before it";
   const bool is_web = scheme == "http" || scheme == "https";
-  if (is_web && !ParseUrl(address)) return "its address is none of the web";
+  if (is_web && !ParseUrl(AsBrowsersRead(address, scheme.size())))
+    return "its address is none of the web";
   if (address.size() == scheme.size() + 1) return "its address ends behind its beginning";
   return {};
 }
@@ -78,8 +99,18 @@ std::vector<std::string> FoldersIn(FileSystem& files, const std::string& folder)
   return below;
 }
 
+void RequireMayGo(CleaningContext& context, const std::string& path) {
+  const std::unique_ptr<Folder> folder = context.machine.files.OpenFolder(path);
+  if (!folder) throw Error(Error::Kind::kMissing, "It is no longer there.");
+  const std::string_view line = KeepOf(context).ForFolder(folder->Id(), folder->Above());
+  if (!line.empty()) throw Error(Error::Kind::kKept, std::string(line));
+  const std::string why = PlacesOf(context).WhyNot(*folder, "*.*", true, Claim::kOwnList);
+  if (!why.empty()) throw Error(Error::Kind::kDenied, why);
+}
+
 // An empty folder with those in it. Throws Error.
 void RemoveEmptyFolder(CleaningContext& context, const std::string& path) {
+  RequireMayGo(context, path);
   FileList list;
   std::vector<std::string> folders{path};
   for (size_t i = 0; i < folders.size(); ++i) {
@@ -120,7 +151,7 @@ std::string RemoveRow(CleaningContext& context, const FavoriteRow& row) {
     if (RemoveFile(context, row.path, Claim::kOwnList, &reason)) return {};
     return reason.empty() ? "It stays." : reason;
   } catch (const Error& error) {
-    return error.what();
+    return error.kind() == Error::Kind::kKept ? KeptSentence(error.what()) : error.what();
   }
 }
 
@@ -151,10 +182,13 @@ void Favorites::Load(const Pause& pause) {
   rows_.clear();
   bookmarks_.clear();
   problem_.clear();
+  seen_.clear();
+  root_ = 0;
   try {
     for (const std::string& folder : FavoriteFolders(machine_)) {
       if (machine_.files.Look(folder, Detail::kKind))
         LoadFolder(std::string(WithoutBackslash(folder)), "", pause);
+      ++root_;
     }
   } catch (const Error& error) {
     TellProblem(error.what());
@@ -162,9 +196,21 @@ void Favorites::Load(const Pause& pause) {
   Judge();
 }
 
+// The folder of all users may lie in that of one, and a path be spelled in two ways.
+bool Favorites::IsToBeRead(const std::string& folder, const std::string& place) {
+  constexpr ptrdiff_t kDeepest = 64;
+  if (std::ranges::count(place, '\\') > kDeepest) {
+    TellProblem(folder + " lies too deep to be listed.");
+    return false;
+  }
+  const std::unique_ptr<Folder> open = machine_.files.OpenFolder(folder);
+  return open && (!open->Id().is_known() || seen_.insert(open->Id()).second);
+}
+
 // Depth by depth, its own files before those of its folders.
 bool Favorites::LoadFolder(const std::string& folder, const std::string& place,
                            const Pause& pause) {
+  if (!IsToBeRead(folder, place)) return true;
   std::vector<std::string> files, folders;
   bool has_files = false;
   const bool is_listed = machine_.files.Enumerate(folder, Detail::kKind, [&](const Entry& entry) {
@@ -207,14 +253,14 @@ bool Favorites::LoadFolder(const std::string& folder, const std::string& place,
 }
 
 void Favorites::AddFile(const std::string& path, const std::string& place) {
-  FavoriteRow row{.path = path, .place = place};
+  FavoriteRow row{.path = path, .place = place, .root = root_};
   row.name = NamePart(path);
   row.name.resize(row.name.size() - ExtensionOf(row.name).size());
   try {
     const auto info = machine_.files.Look(path, Detail::kSize);
     if (!info) return;
     if (info->size > kLargestShortcut) {
-      row.fault = FavoriteFault::kMalformed;
+      row.fault = FavoriteFault::kUnreadable;
       row.note = "its file is larger than any Internet shortcut";
     } else {
       row.address = AddressIn(machine_, path);
@@ -251,9 +297,10 @@ void Favorites::LoadBookmarks(std::string_view bytes, std::string_view file, con
   Judge();
 }
 
-// The first of those with the same address is the one that stays.
+// The first of those with the same address is the one that stays. What all users have is no
+// duplicate of what one of them has.
 void Favorites::Judge() {
-  std::map<std::string, size_t> first;
+  std::map<std::pair<size_t, std::string>, size_t> first;
   for (size_t i = 0; i < rows_.size(); ++i) {
     FavoriteRow& row = rows_[i];
     if (row.is_folder || row.fault != FavoriteFault::kNone) continue;
@@ -262,7 +309,7 @@ void Favorites::Judge() {
       row.fault = FavoriteFault::kMalformed;
       continue;
     }
-    const auto [found, is_first] = first.emplace(ComparedAddress(row.address), i);
+    const auto [found, is_first] = first.try_emplace({row.root, ComparedAddress(row.address)}, i);
     if (is_first) continue;
     const FavoriteRow& twin = rows_[found->second];
     row.fault = FavoriteFault::kDuplicate;
@@ -324,8 +371,11 @@ void Favorites::Ask(Http& http, const Pause& pause) {
 std::string Favorites::QuestionFor(size_t count) const {
   if (count == 0) return {};
   const bool backs_up = Settings(machine_).Load().RemovalMode == kBackUp;
+  const bool has_folders = std::ranges::any_of(
+      rows_, [](const FavoriteRow& row) { return row.checked && row.is_folder; });
   return "Move " + std::to_string(count) + (count == 1 ? " favorite" : " favorites") +
-         (backs_up ? " into a backup?" : " into the recycle bin?");
+         (backs_up ? " into a backup?" : " into the recycle bin?") +
+         (has_folders ? " Empty folders are removed for good." : "");
 }
 
 void Favorites::Delete(CleaningContext& context, const std::vector<size_t>& rows) {

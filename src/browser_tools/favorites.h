@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,7 @@ struct FavoriteRow {
   FavoriteFault fault = FavoriteFault::kNone;
   std::string note = {};      // why, as a part of a sentence
   AddressAnswer answer = {};  // once it was asked for
+  size_t root = 0;            // which of the folders that favorites are kept in
   bool is_folder = false;
   bool checked = false;
 
@@ -91,6 +93,8 @@ class Favorites {
  private:
   // Whether some file is in the folder or below.
   bool LoadFolder(const std::string& folder, const std::string& place, const Pause& pause);
+  // Whether it was not read before, by whichever path.
+  bool IsToBeRead(const std::string& folder, const std::string& place);
   void AddFile(const std::string& path, const std::string& place);
   void Judge();
   void TellProblem(const std::string& problem);
@@ -99,6 +103,8 @@ class Favorites {
   std::vector<FavoriteRow> rows_;
   std::string bookmarks_;  // the exported file; "" for the favorites
   std::string problem_, stayed_;
+  std::set<FileId> seen_;  // folders
+  size_t root_ = 0;
 };
 
 }  // namespace quellix

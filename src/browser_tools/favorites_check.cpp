@@ -31,8 +31,12 @@ AddressAnswer Judge(const Asked& asked, const HttpAnswer& answer) {
   const std::string status = " (" + std::to_string(answer.status) + ")";
   if (answer.end != HttpEnd::kAnswered)
     return {AddressAnswer::kUnreachable, HttpEndText(answer.end)};
-  if (answer.status == 404 || answer.status == 410)
+  const bool is_gone = answer.status == 404 || answer.status == 410;
+  // Of where it leads for the moment, as a page to log on, nothing follows for itself.
+  if (is_gone && (asked.hops == 0 || asked.has_moved))
     return {AddressAnswer::kGone, "the page is gone" + status};
+  if (is_gone)
+    return {AddressAnswer::kUnreachable, "it leads to a page that is not there" + status};
   if (answer.status == 401 || answer.status == 403)
     return {AddressAnswer::kAnswers, "it lets nobody in unknown" + status};
   if (!IsFine(answer.status))
@@ -106,9 +110,10 @@ class Asking {
     if (!next || !next->IsWeb())
       return Finish(asked,
                     {AddressAnswer::kUnreachable, "it leads to what is not opened from here"});
-    // What lies on this machine no other may have asked for.
-    if (IsThisMachine(*next) && !IsThisMachine(asked.url))
-      return Finish(asked, {AddressAnswer::kUnreachable, "it leads to this machine"});
+    // What lies on this machine or in its network no other may have asked for.
+    if (MayBeNear(*next) && !MayBeNear(asked.url))
+      return Finish(asked,
+                    {AddressAnswer::kUnreachable, "it leads to this machine or its network"});
     if (++asked.hops > kMostHops)
       return Finish(asked, {AddressAnswer::kUnreachable, "it leads on and on"});
     asked.has_moved = asked.has_moved && IsForGood(answer.status);

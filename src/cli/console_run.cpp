@@ -48,6 +48,11 @@ void PrintTotals(std::ostream& out, const RunEntries& entries, const Locale& loc
 std::string Printable(std::string text) {
   std::ranges::replace_if(
       text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+  // Some terminals obey U+0080 to U+009F as well.
+  for (size_t at = 0; (at = text.find('\xC2', at)) != text.npos; ++at) {
+    if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xA0)
+      text.replace(at, 2, "?");
+  }
   return text;
 }
 

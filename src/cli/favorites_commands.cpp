@@ -23,10 +23,12 @@ struct FavoritesOptions {
 std::string ReadFile(const std::string& name) {
   const std::filesystem::path path(std::u8string(name.begin(), name.end()));
   std::error_code error;
-  if (std::filesystem::file_size(path, error) > kLargestBookmarks && !error)
+  const uintmax_t size = std::filesystem::file_size(path, error);
+  if (!error && size > kLargestBookmarks)
     throw Error(Error::Kind::kOther, name + " is too large for a list of bookmarks.");
   std::ifstream file(path, std::ios::binary);
-  const std::string bytes(std::istreambuf_iterator<char>(file), {});
+  std::string bytes(error ? 0 : size, '\0');
+  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   if (error || !file) throw Error(Error::Kind::kMissing, name + " cannot be read.");
   return bytes;
 }

@@ -83,6 +83,20 @@ std::string HostText(const Url& url) {
   return text;
 }
 
+// Of four parts; what is no usual number counts as near.
+bool IsNearNumber(const std::vector<std::string>& parts) {
+  int numbers[4];
+  for (size_t i = 0; i < 4; ++i) {
+    const bool is_octal = parts[i].size() > 1 && parts[i][0] == '0';
+    const auto number = is_octal ? std::nullopt : NumberOf<uint8_t>(parts[i]);
+    if (!number) return true;
+    numbers[i] = *number;
+  }
+  const auto [a, b, c, d] = numbers;
+  return a == 0 || a == 10 || a == 127 || a >= 224 || (a == 100 && b >= 64 && b < 128) ||
+         (a == 169 && b == 254) || (a == 172 && b >= 16 && b < 32) || (a == 192 && b == 168);
+}
+
 }  // namespace
 
 std::string SchemeOf(std::string_view address) {
@@ -149,6 +163,17 @@ bool IsThisMachine(const Url& url) {
   return parts.size() == 4 && parts[0] == "127" && std::ranges::all_of(parts, [](const auto& part) {
            return NumberOf<uint8_t>(part).has_value();
          });
+}
+
+bool MayBeNear(const Url& url) {
+  std::string_view host = url.host;
+  while (host.ends_with('.')) host.remove_suffix(1);
+  if (host.find(':') != host.npos) return host[0] != '2' && host[0] != '3';  // of IPv6, all else
+  const std::vector<std::string> parts = Split(host, '.');
+  const bool is_number = !parts.empty() && !parts.back().empty() && IsDigit(parts.back()[0]);
+  if (is_number) return parts.size() != 4 || IsNearNumber(parts);
+  constexpr std::string_view kNearEnds[] = {"localhost", "local", "internal", "lan", "arpa"};
+  return parts.size() < 2 || std::ranges::find(kNearEnds, parts.back()) != std::end(kNearEnds);
 }
 
 }  // namespace quellix

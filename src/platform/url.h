@@ -40,4 +40,9 @@ std::optional<Url> Resolve(const Url& base, std::string_view reference);
 // localhost.
 bool IsThisMachine(const Url& url);
 
+// Whether it may be this machine or one of its own network, as far as its name or number tells:
+// also private numbers, those written in unusual ways, and names without a dot. What a name leads
+// to is not asked.
+bool MayBeNear(const Url& url);
+
 }  // namespace quellix

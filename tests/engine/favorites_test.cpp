@@ -93,7 +93,10 @@ TEST_F(FavoritesTest, AFileIsReadWhateverItHolds) {
       {"no host", Shortcut("http:///x"), "malformed", "http:///x"},
       {"a bare scheme", Shortcut("http:"), "malformed", "http:"},
       {"binary", std::string("\0\1\2\3\xFF\xFE\x80", 7) + std::string(500, '\0'), "malformed", ""},
-      {"a megabyte", Shortcut("http://a.example/6") + std::string(1 << 20, 'x'), "malformed", ""},
+      {"a megabyte", Shortcut("http://a.example/6") + std::string(1 << 20, 'x'), "unreadable", ""},
+      {"a blank inside", Shortcut("http://a.example/my file"), "", "http://a.example/my file"},
+      {"as some write it", Shortcut("http:\\\\a.example"), "", "http:\\\\a.example"},
+      {"without //", Shortcut("https:a.example"), "", "https:a.example"},
   };
   for (const auto& row : kRows) {
     Make("x.url", row.bytes);
@@ -166,6 +169,40 @@ TEST_F(FavoritesTest, WhatHasChangedSinceStays) {
   for (const char* const why : {"b.url: It holds another address by now.", "It is no longer empty.",
                                 "c.URL: It is no longer there.", "News\\a.url: "})
     EXPECT_TRUE(Holds(favorites.stayed(), why));
+}
+
+TEST_F(FavoritesTest, TheFolderOfAllUsersIsReadOnceAndJudgedByItself) {
+  const std::string key =
+      "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
+  const std::string shared = scratch + "All";
+  Make("a.url", Shortcut("http://a.example/"));
+  Make("Shared\\b.url", Shortcut("http://b.example/"));
+  machine->MakeFile(shared + "\\a.url", Shortcut("http://a.example/"));
+  machine->MakeFile(shared + "\\c.url", Shortcut("http://a.example/"));
+  const Names of_user{"||a|http://a.example/", "|Shared|b|http://b.example/"};
+  Names both = of_user;
+  both.insert(both.end(), {"||a|http://a.example/", "duplicate||c|http://a.example/"});
+  const std::pair<std::string, Names> kRows[] = {
+      {shared, both}, {folder, of_user}, {folder + "Shared", of_user}, {"C:\\", of_user}};
+  for (const auto& [path, rows] : kRows) {
+    machine->SetText(kMachine, key, "Common Favorites", path);
+    EXPECT_EQ(Listed(), rows) << path;
+  }
+  machine->SetText(kMachine, key, "Common Favorites", "");
+}
+
+TEST_F(FavoritesTest, AnEmptyFolderBelowOneThatIsKeptStays) {
+  machine->MakeFolder(folder + "Work\\Empty");
+  Make("Work\\a.url", Shortcut("http://a.example/"));
+  WriteOwn("keep.txt", folder + "Work\r\n");
+  Favorites favorites(ports);
+  favorites.Load();
+  favorites.CheckMarked();
+  EXPECT_TRUE(Holds(favorites.QuestionFor(1), "Empty folders are removed for good."));
+  engine.Load();
+  favorites.Delete(engine.context(), favorites.CheckedRows());
+  EXPECT_TRUE(machine->Exists(folder + "Work\\Empty"));
+  EXPECT_TRUE(Holds(favorites.stayed(), "Work\\Empty: ")) << favorites.stayed();
 }
 
 TEST_F(FavoritesTest, AStopKeepsWhatIsLeft) {
@@ -262,6 +299,7 @@ TEST_F(FavoritesAskedTest, EachAnswerIsToldFromTheOthers) {
       {At("/status/403"), "answers: it lets nobody in unknown (403)"},
       {At("/status/500"), "unreachable: the server has an error (500)"},
       {At("/loop"), "unreachable: it leads on and on"},
+      {At("/to//status/404"), "unreachable: it leads to a page that is not there (404)"},
       {At("/to/file:///etc/passwd"), "unreachable: it leads to what is not opened from here"},
       {At("/to/javascript:alert(1)"), "unreachable: it leads to what is not opened from here"},
       {At("/nothing"), "unreachable: " + TextHere(HttpEnd::kCutOff)},

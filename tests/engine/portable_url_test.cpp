@@ -63,6 +63,19 @@ TEST(UrlTest, AReferenceLeadsOnFromItsPage) {
   EXPECT_EQ(RequestText(*Resolve(*ParseUrl("http://a.example"), "e")), "http://a.example/e");
 }
 
+TEST(UrlTest, WhatMayBeNearIsKnownByAnySpelling) {
+  for (const char* const host :
+       {"127.0.0.1",   "127.1",      "2130706433", "0x7f000001",   "0.0.0.0",
+        "010.0.0.1",   "10.1.2.3",   "172.16.0.1", "172.31.255.1", "192.168.1.1",
+        "169.254.1.1", "100.64.0.1", "224.0.0.1",  "[::1]",        "[::ffff:127.0.0.1]",
+        "[fe80::1]",   "[fd00::1]",  "localhost",  "localhost.",   "a.localhost",
+        "printer",     "nas.local",  "router.lan", "1.2.3",        "1.2.3.256"})
+    EXPECT_TRUE(MayBeNear(*ParseUrl("http://" + std::string(host) + "/"))) << host;
+  for (const char* const host : {"a.example", "8.8.8.8", "172.15.0.1", "172.32.0.1", "192.167.1.1",
+                                 "100.63.0.1", "[2001:db8::1]", "1a.example", "10.example"})
+    EXPECT_FALSE(MayBeNear(*ParseUrl("http://" + std::string(host) + "/"))) << host;
+}
+
 TEST(UrlTest, ThisMachineIsKnownByItsNumbers) {
   for (const char* const host : {"127.0.0.1", "127.9.8.7", "[::1]", "localhost", "LOCALHOST"})
     EXPECT_TRUE(IsThisMachine(*ParseUrl("http://" + std::string(host) + "/"))) << host;
