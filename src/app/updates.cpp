@@ -219,7 +219,7 @@ std::string UpdateCheck::Text() const {
 }
 
 std::string WhyNotFetched(const UpdateSource& source) {
-  const std::string why = WhyNotServer(source.server);
+  std::string why = WhyNotServer(source.server);
   if (!why.empty()) return why;
   if (!source.key.empty()) return {};
   return "This edition was built without the key that new versions are signed with, and fetches "
