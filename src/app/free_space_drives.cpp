@@ -76,14 +76,13 @@ void FreeSpaceDrives::Wipe(bool zeros, const Pause& pause) {
   }
   for (Row& row : rows_) {
     if (!row.is_ticked || is_stopped_) continue;
-    WipeOne(row, zeros, pause);
-    done += is_stopped_ ? 0 : 1;
+    done += WipeOne(row, zeros, pause) ? 1 : 0;
   }
   summary_ = std::to_string(done) + " of " + std::to_string(wanted) +
              (wanted == 1 ? " drive" : " drives") + " wiped" + (is_stopped_ ? ", stopped" : "");
 }
 
-void FreeSpaceDrives::WipeOne(Row& row, bool zeros, const Pause& pause) {
+bool FreeSpaceDrives::WipeOne(Row& row, bool zeros, const Pause& pause) {
   const FreeSpaceWiped wiped = WipeFreeSpace(machine_, row.root, {.zeros = zeros}, pause);
   is_stopped_ = wiped.is_stopped;
   row.result = Sized(machine_, wiped.bytes) + " overwritten, " +
@@ -91,6 +90,7 @@ void FreeSpaceDrives::WipeOne(Row& row, bool zeros, const Pause& pause) {
                (wiped.is_stopped ? ", stopped" : "") +
                (wiped.problem.empty() ? "" : ". " + wiped.problem);
   ReadRoom(row);
+  return !wiped.is_stopped && wiped.problem.empty();
 }
 
 }  // namespace quellix

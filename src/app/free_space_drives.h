@@ -49,7 +49,8 @@ class FreeSpaceDrives {
   const std::string& summary() const { return summary_; }
 
  private:
-  void WipeOne(Row& row, bool zeros, const Pause& pause);
+  // Whether it was wiped to its end.
+  bool WipeOne(Row& row, bool zeros, const Pause& pause);
   void ReadRoom(Row& row);
 
   Machine machine_;

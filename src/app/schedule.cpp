@@ -91,13 +91,14 @@ Schedule Plain(Schedule schedule) {
   return is_weekly || schedule.when == When::kDaily ? schedule : empty;
 }
 
-// The program may have moved since.
-bool IsOurs(std::string_view description) {
-  return Has(description, "quellix.exe") && ParseSchedule(description);
+// The program may have moved since, and not each scheduler tells what a task starts.
+bool IsOfOthers(std::string_view description) {
+  const std::string_view command = Inside(description, "Command");
+  return !command.empty() && !ContainsNoCase(command, "quellix.exe");
 }
 
 void RequireOurs(const std::optional<Scheduler::Task>& task, const std::string& name) {
-  if (task && !IsOurs(task->description))
+  if (task && IsOfOthers(task->description))
     throw Error(Error::Kind::kOther,
                 "Windows' task scheduler has another task called " + name + ".");
 }

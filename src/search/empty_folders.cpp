@@ -25,6 +25,18 @@ void AddId(FileSystem& files, const std::string& path, std::vector<FileId>& ids)
   }
 }
 
+// Of every user, also of those whose registry is not loaded, and of the template for new ones.
+bool IsExpectedInProfiles(std::string_view upper) {
+  constexpr std::string_view kTemp = "\\APPDATA\\LOCAL\\TEMP\\";
+  constexpr std::string_view kOfShell[] = {"\\APPDATA\\ROAMING\\MICROSOFT\\WINDOWS\\",
+                                           "\\APPDATA\\LOCAL\\MICROSOFT\\WINDOWS\\"};
+  return upper.ends_with(kTemp) ||
+         upper.substr(std::min<size_t>(2, upper.size())) == "\\PERFLOGS\\" ||
+         std::ranges::any_of(kOfShell, [upper](std::string_view place) {
+           return upper.find(place) != std::string_view::npos;
+         });
+}
+
 }  // namespace
 
 EmptyFolderGuard::EmptyFolderGuard(CleaningContext& context) : context_(context) {
@@ -63,6 +75,7 @@ std::string EmptyFolderGuard::WhyNot(const std::string& path) {
   if (places.IsNoted(*folder) || Has(temporary_, folder->Id()))
     return "Windows or its programs expect this folder: " + path;
   const std::string upper = UpCase(WithBackslash(path));
+  if (IsExpectedInProfiles(upper)) return "Windows or its programs expect this folder: " + path;
   const bool is_versions = std::ranges::any_of(kOfVersionControl, [&](std::string_view name) {
     return upper.find(UpCase(name)) != std::string::npos;
   });

@@ -1,5 +1,7 @@
 #include "ui/cls_prev_instance.h"
 
+#include <algorithm>
+
 #include "engine.h"
 #include "platform/win32/win32_text.h"
 
@@ -55,14 +57,14 @@ constexpr UINT kPatience = 10'000, kBetweenLooks = 100;  // milliseconds
 
 }  // namespace
 
-HiddenOwner::HiddenOwner() {
+HiddenOwner::HiddenOwner(std::string_view title) {
   WNDCLASSW description{};
   description.lpfnWndProc = OwnerProcedure;
   description.hInstance = GetModuleHandleW(nullptr);
   description.lpszClassName = kClass;
   RegisterClassW(&description);
-  window_.Reset(CreateWindowExW(0, kClass, Wide(kApplicationTitle).c_str(), WS_POPUP, 0, 0, 0, 0,
-                                nullptr, nullptr, description.hInstance, nullptr));
+  window_.Reset(CreateWindowExW(0, kClass, Wide(title).c_str(), WS_POPUP, 0, 0, 0, 0, nullptr,
+                                nullptr, description.hInstance, nullptr));
 }
 
 UINT clsPrevInstance::CleanMessage() {
@@ -107,7 +109,11 @@ bool clsPrevInstance::HandOver(const std::wstring& path) {
 std::wstring clsPrevInstance::HandedOver(LPARAM message) {
   const auto* const data = reinterpret_cast<const COPYDATASTRUCT*>(message);
   if (!data || data->dwData != kPath || data->cbData > kLongestPath || !data->lpData) return {};
-  return {static_cast<const wchar_t*>(data->lpData), data->cbData / sizeof(wchar_t)};
+  const std::wstring path(static_cast<const wchar_t*>(data->lpData),
+                          data->cbData / sizeof(wchar_t));
+  const bool is_path = data->cbData % sizeof(wchar_t) == 0 &&
+                       std::ranges::none_of(path, [](wchar_t letter) { return letter < L' '; });
+  return is_path ? path : std::wstring();
 }
 
 }  // namespace quellix

@@ -11,7 +11,8 @@ namespace quellix {
 // that other copies of the program find the main window right above it.
 class HiddenOwner {
  public:
-  HiddenOwner();
+  // Only one whose title is the application's is found.
+  explicit HiddenOwner(std::string_view title);
   HWND window() const { return window_.Get(); }
 
  private:

@@ -85,7 +85,7 @@ int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
     return quellix::kDone;
   }
   LoadControlClasses();
-  const quellix::HiddenOwner owner;
+  const quellix::HiddenOwner owner(name);
   quellix::RunDisplay display;
   quellix::Engine engine(machine, display);
   quellix::Win32Com com;

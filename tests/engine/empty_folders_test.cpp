@@ -96,7 +96,12 @@ TEST_F(EmptyFoldersTest, WhatWindowsProgramsAndUsersExpectIsNeitherFoundNorRemov
   const std::string profile = ports.system.Environment("USERPROFILE").value();
   const Names places = {windows + "\\Qx empty",
                         ports.system.Environment("ProgramFiles").value() + "\\Qx empty",
-                        profile + "\\Saved Games", own + "Qx empty", scratch + "x\\.git\\objects"};
+                        profile + "\\Saved Games",
+                        own + "Qx empty",
+                        scratch + "x\\.git\\objects",
+                        scratch + "bob\\AppData\\Local\\Temp",
+                        "C:\\PerfLogs",
+                        scratch + "bob\\AppData\\Roaming\\Microsoft\\Windows\\Templates"};
   for (const std::string& place : places) machine->MakeFolder(place);
   Finds finds;
   SearchJunk(context, kKind, finds);

@@ -114,7 +114,7 @@ TEST_F(FreeSpaceTest, TheWindowsRowsTellWhatIsAskedAndWhatCameOfIt) {
   const Names before = machine->Tree(own);
   drives.Wipe(true, {});
   EXPECT_TRUE(Holds(drives.row(row).result, "No more is free than the reserve."));
-  EXPECT_EQ(drives.summary(), "1 of 1 drive wiped");
+  EXPECT_EQ(drives.summary(), "0 of 1 drive wiped");
   free = (64u << 20) + kRoom;
   drives.Wipe(false, [](const Progress&) { return true; });
   EXPECT_TRUE(Holds(drives.row(row).result, ", stopped"));
