@@ -21,6 +21,7 @@ struct ListCase {
   int yes = kYes, no = IDCANCEL;      // the answers to it
   bool single = false;                // one row at most is selected
   int button = 0;                     // acts on the ticked rows; 0 for none
+  const wchar_t* begins = nullptr;    // a row that Del deletes; null for the first
 };
 std::span<const ListCase> ListCases();
 const ListCase& ListNamed(std::string_view name);
