@@ -29,6 +29,8 @@ void ExpectSorting(const OpenList& list) {
   EXPECT_NE(arrow, 0) << "no arrow";
   const std::wstring first = list.First(), last = list.Last();
   list.ClickHeading();
+  // On a busy machine Wine's heading may miss a click that follows another at once.
+  if (list.window.ArrowOf(list.list, 0) == arrow) list.ClickHeading();
   EXPECT_EQ(list.window.ArrowOf(list.list, 0), -arrow);
   EXPECT_EQ(list.First(), last);
   EXPECT_EQ(list.Last(), first);
