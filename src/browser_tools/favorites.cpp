@@ -33,12 +33,6 @@ bool IsShortcut(std::string_view name) {
       kExtensions, [name](std::string_view each) { return EqualsNoCase(ExtensionOf(name), each); });
 }
 
-// A setting that names a drive or Windows itself names no favorites.
-bool MayHoldFavorites(const Machine& machine, const std::string& folder) {
-  const std::string_view plain = WithoutBackslash(folder);
-  return plain.size() > 2 && !EqualsNoCase(plain, WithoutBackslash(machine.system.WindowsFolder()));
-}
-
 // Those of the user and of all users that are there.
 std::vector<std::string> FavoriteFolders(const Machine& machine) {
   std::vector<std::string> folders;
@@ -46,9 +40,7 @@ std::vector<std::string> FavoriteFolders(const Machine& machine) {
   const auto key =
       machine.registry.Open(RegistryRoot::kLocalMachine, kMachineFolders, RegistryAccess::kRead);
   const std::string common = key ? ReadFolderValue(machine, *key, "Common Favorites") : "";
-  if (!common.empty() && (folders.empty() || !EqualsNoCase(common, folders[0])))
-    folders.push_back(common);
-  std::erase_if(folders, [&](const auto& folder) { return !MayHoldFavorites(machine, folder); });
+  if (!common.empty()) folders.push_back(common);
   return folders;
 }
 
@@ -185,6 +177,11 @@ void Favorites::Load(const Pause& pause) {
   seen_.clear();
   root_ = 0;
   try {
+    // A setting that names a drive or Windows itself names no favorites.
+    const std::string windows = machine_.system.WindowsFolder();
+    for (const std::string& none : {windows, windows.substr(0, 3)}) {
+      if (const auto folder = machine_.files.OpenFolder(none)) seen_.insert(folder->Id());
+    }
     for (const std::string& folder : FavoriteFolders(machine_)) {
       if (machine_.files.Look(folder, Detail::kKind))
         LoadFolder(std::string(WithoutBackslash(folder)), "", pause);

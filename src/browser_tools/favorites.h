@@ -91,7 +91,7 @@ class Favorites {
   const std::string& problem() const { return problem_; }
 
  private:
-  // Whether some file is in the folder or below.
+  // Whether some file is in the folder or below, or may be, as it is not read.
   bool LoadFolder(const std::string& folder, const std::string& place, const Pause& pause);
   // Whether it was not read before, by whichever path.
   bool IsToBeRead(const std::string& folder, const std::string& place);

@@ -19,6 +19,12 @@ enum class RunKind {
   kListing,  // removes nothing
 };
 
+// Of a command that lists, and removes what it lists where that is asked for.
+inline RunKind RunKindOf(bool removes, bool previews) {
+  if (!removes) return RunKind::kListing;
+  return previews ? RunKind::kPreview : RunKind::kReal;
+}
+
 // Prints on standard error what could not be read; such a run ends with kFailed. Throws Error when
 // something is to be removed and the settings cannot be read: they may ask for a backup of it.
 void LoadEngine(Engine& engine, bool removes);

@@ -82,10 +82,7 @@ int Delete(Favorites& favorites, ConsoleRun& run, std::vector<Listed>& all) {
 int Run(const FavoritesOptions& options, const ReportOptions& report_options,
         const Machine& machine) {
   Report report(report_options);
-  const RunKind kind = !options.remove   ? RunKind::kListing
-                       : options.preview ? RunKind::kPreview
-                                         : RunKind::kReal;
-  ConsoleRun run(machine, kind, report.text());
+  ConsoleRun run(machine, RunKindOf(options.remove, options.preview), report.text());
   const auto pause = [&run](const Progress&) { return run.view().Breathe(); };
   Favorites favorites(machine);
   if (options.bookmarks.empty()) {

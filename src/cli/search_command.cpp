@@ -99,10 +99,7 @@ ReportTable TableOf(const std::vector<Find>& finds, bool preview) {
 int Search(const SearchOptions& options, const ReportOptions& report_options,
            const Machine& machine) {
   Report report(report_options);
-  const RunKind kind = !options.remove   ? RunKind::kListing
-                       : options.preview ? RunKind::kPreview
-                                         : RunKind::kReal;
-  ConsoleRun run(machine, kind, report.text());
+  ConsoleRun run(machine, RunKindOf(options.remove, options.preview), report.text());
   Engine& engine = run.engine();
   Finds finds(report.text());
   engine.FindJunk(kKinds.at(options.kind), finds);
