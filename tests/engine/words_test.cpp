@@ -1,0 +1,87 @@
+#include "platform/words.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/error.h"
+
+namespace quellix {
+namespace {
+
+std::string Number(uint64_t number) {
+  std::string bytes;
+  for (int i = 0; i < 4; ++i) bytes += static_cast<char>(number >> 8 * i);
+  return bytes;
+}
+
+// A catalogue as msgfmt lays it out; the texts sorted by name.
+std::string Catalogue(const std::vector<std::pair<std::string, std::string>>& texts) {
+  const size_t count = texts.size(), names = 28, values = names + 8 * count;
+  std::string head = Number(0x950412de) + Number(0) + Number(count) + Number(names) +
+                     Number(values) + Number(0) + Number(0);
+  std::string name_table, value_table, strings;
+  const auto add = [&](std::string& table, const std::string& text) {
+    table += Number(text.size()) + Number(values + 8 * count + strings.size());
+    strings += text + '\0';
+  };
+  for (const auto& [name, text] : texts) add(name_table, name);
+  for (const auto& [name, text] : texts) add(value_table, text);
+  return head + name_table + value_table + strings;
+}
+
+std::string Head(const std::string& plural) {
+  return "Content-Type: text/plain; charset=UTF-8\nPlural-Forms: nplurals=3; plural=" + plural +
+         ";\n";
+}
+
+constexpr const char* kPolish =
+    "(n==1 ? 0 : n%10>=2 && n%10<=4 && (n%100<10 || n%100>=20) ? 1 : 2)";
+
+struct InEnglishAgain {
+  ~InEnglishAgain() { Speak(Words()); }
+};
+
+TEST(Words, AreOfTheLanguageThatIsSpoken) {
+  const InEnglishAgain after;
+  Speak(
+      Words(Catalogue({{"", Head(kPolish)},
+                       {"%1 of %2", "%2, z tego %1"},
+                       {"Stop", "Zatrzymaj"},
+                       {std::string("file\0files", 10), std::string("plik\0pliki\0plików", 18)}})));
+  EXPECT_EQ(Tr("Stop"), "Zatrzymaj");
+  EXPECT_EQ(Tr("Nobody has translated 100 %"), "Nobody has translated 100 %");
+  EXPECT_EQ(Tr(""), "");
+  EXPECT_EQ(Tr("%1 of %2", "3", "%1"), "%1, z tego 3");
+  const std::pair<uint64_t, const char*> counts[] = {{0, "plików"},  {1, "plik"},    {2, "pliki"},
+                                                     {5, "plików"},  {12, "plików"}, {22, "pliki"},
+                                                     {112, "plików"}};
+  for (const auto& [count, text] : counts) EXPECT_EQ(TrN("file", "files", count), text) << count;
+
+  const Error error(Error::Kind::kOther, Say("%1 of %2", "1", Say("Stop")));
+  EXPECT_STREQ(error.what(), "1 of Stop");
+  EXPECT_EQ(Shown(error), "Zatrzymaj, z tego 1");
+  EXPECT_EQ(Shown(std::runtime_error("odd")), "odd");
+}
+
+TEST(Words, AreEnglishWithoutACatalogue) {
+  EXPECT_EQ(TrN("%1 file", "%1 files", 1, "1"), "1 file");
+  EXPECT_EQ(TrN("%1 file", "%1 files", 0, "0"), "0 files");
+  EXPECT_EQ(Tr("50 % of %1 and %SystemRoot%, %2, %", "C:"), "50 % of C: and %SystemRoot%, %2, %");
+}
+
+TEST(Words, OfBrokenCataloguesAreRefused) {
+  const std::string whole = Catalogue({{"", Head("n != 1")}, {"Stop", "Halt"}});
+  for (size_t size = 0; size + 1 < whole.size(); ++size) {
+    EXPECT_THROW(Words(whole.substr(0, size)), Error) << size;
+  }
+  for (const char* rule :
+       {"n ?", "n ? 1", "(n", "n +", "n % 0", "n / 0", "m", "n n", "n == 1) + (2"}) {
+    EXPECT_THROW(Words(Catalogue({{"", Head(rule)}})), Error) << rule;
+  }
+}
+
+}  // namespace
+}  // namespace quellix
