@@ -13,7 +13,7 @@
 namespace quellix {
 
 // One language's catalogue: what msgfmt makes of a .po file, in UTF-8
-// (https://www.gnu.org/software/gettext/manual/html_node/MO-Files.html).
+// (the gettext manual, "The Format of GNU MO Files").
 class Words {
  public:
   Words() = default;  // English
