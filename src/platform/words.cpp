@@ -202,4 +202,6 @@ std::string Shown(const std::exception& error) {
   return ours ? ours->shown() : error.what();
 }
 
+Sentence SentenceOf(const std::exception& error) { return {error.what(), Shown(error)}; }
+
 }  // namespace quellix

@@ -63,6 +63,8 @@ constexpr const char* Mark(const char* english) { return english; }
 // A sentence that goes both into English files and onto the screen.
 struct Sentence {
   std::string english, shown;
+
+  bool empty() const { return english.empty(); }
 };
 
 inline std::string_view EnglishOf(const Sentence& sentence) { return sentence.english; }
@@ -84,5 +86,7 @@ Sentence SayN(std::string_view one, std::string_view many, uint64_t count,
 
 // What the user of a window reads of an error; what() is for logs.
 std::string Shown(const std::exception& error);
+// Both of them.
+Sentence SentenceOf(const std::exception& error);
 
 }  // namespace quellix
