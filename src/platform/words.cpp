@@ -108,14 +108,14 @@ std::string_view FieldOf(std::string_view head, std::string_view name) {
   return rest.substr(0, rest.find_first_of(";\n"));
 }
 
-Words& Now() {
-  static Words words;
+Catalogue& Now() {
+  static Catalogue words;
   return words;
 }
 
 }  // namespace
 
-Words::Words(std::string mo) : mo_(std::move(mo)) {
+Catalogue::Catalogue(std::string mo) : mo_(std::move(mo)) {
   if (mo_.size() < kHead || NumberAt(0) != kMagic) {
     throw Error(Error::Kind::kOther, "This is no catalogue of texts.");
   }
@@ -131,7 +131,7 @@ Words::Words(std::string mo) : mo_(std::move(mo)) {
   if (!rule.is_read()) throw Error(Error::Kind::kOther, "The rule for plurals goes on: " + plural_);
 }
 
-uint32_t Words::NumberAt(size_t at) const {
+uint32_t Catalogue::NumberAt(size_t at) const {
   if (at > mo_.size() || mo_.size() - at < 4) {
     throw Error(Error::Kind::kOther, "The catalogue of texts is cut off.");
   }
@@ -140,7 +140,7 @@ uint32_t Words::NumberAt(size_t at) const {
   return number;
 }
 
-std::string_view Words::TextAt(size_t table, size_t index) const {
+std::string_view Catalogue::TextAt(size_t table, size_t index) const {
   const size_t length = NumberAt(table + 8 * index), at = NumberAt(table + 8 * index + 4);
   if (at > mo_.size() || mo_.size() - at < length) {
     throw Error(Error::Kind::kOther, "The catalogue of texts is cut off.");
@@ -150,7 +150,7 @@ std::string_view Words::TextAt(size_t table, size_t index) const {
 
 // Names are sorted by their bytes; that of a text with plurals is its first form, behind which the
 // second stands after a NUL.
-std::string_view Words::Find(std::string_view name) const {
+std::string_view Catalogue::Find(std::string_view name) const {
   size_t first = 0, last = count_;
   while (first < last) {
     const size_t middle = first + (last - first) / 2;
@@ -162,13 +162,13 @@ std::string_view Words::Find(std::string_view name) const {
   return {};
 }
 
-std::string_view Words::Of(std::string_view english) const {
+std::string_view Catalogue::Of(std::string_view english) const {
   if (english.empty()) return english;  // names the catalogue's head
   const std::string_view text = Find(english);
   return text.empty() ? english : text.substr(0, text.find('\0'));
 }
 
-std::string_view Words::Of(std::string_view one, std::string_view many, uint64_t count) const {
+std::string_view Catalogue::Of(std::string_view one, std::string_view many, uint64_t count) const {
   std::string_view forms = Find(one);
   if (forms.empty()) return count == 1 ? one : many;
   for (uint64_t form = PluralExpression(plural_, count).Value(); form > 0; --form) {
@@ -179,9 +179,9 @@ std::string_view Words::Of(std::string_view one, std::string_view many, uint64_t
   return forms.substr(0, forms.find('\0'));
 }
 
-void Speak(Words words) { Now() = std::move(words); }
+void Speak(Catalogue words) { Now() = std::move(words); }
 
-const Words& Spoken() { return Now(); }
+const Catalogue& Spoken() { return Now(); }
 
 std::string Fill(std::string_view pattern, std::initializer_list<std::string_view> values) {
   std::string filled;

@@ -14,11 +14,11 @@ namespace quellix {
 
 // One language's catalogue: what msgfmt makes of a .po file, in UTF-8
 // (the gettext manual, "The Format of GNU MO Files").
-class Words {
+class Catalogue {
  public:
-  Words() = default;  // English
+  Catalogue() = default;  // English
   // Throws Error for bytes that are no such catalogue.
-  explicit Words(std::string mo);
+  explicit Catalogue(std::string mo);
 
   // The text in this language; as it stands where the catalogue has none.
   std::string_view Of(std::string_view english) const;
@@ -37,8 +37,8 @@ class Words {
 
 // What every window speaks from now on; English until then. To be called once, before any text is
 // asked for: the others may be called from every thread, and hold no lock.
-void Speak(Words words);
-const Words& Spoken();
+void Speak(Catalogue words);
+const Catalogue& Spoken();
 
 // `pattern` with %1 to %9 replaced by the values, in whatever order. Any other percent sign is one,
 // and so is a place that has no value.

@@ -18,7 +18,7 @@ std::string Number(uint64_t number) {
 }
 
 // A catalogue as msgfmt lays it out; the texts sorted by name.
-std::string Catalogue(const std::vector<std::pair<std::string, std::string>>& texts) {
+std::string MoOf(const std::vector<std::pair<std::string, std::string>>& texts) {
   const size_t count = texts.size(), names = 28, values = names + 8 * count;
   std::string head = Number(0x950412de) + Number(0) + Number(count) + Number(names) +
                      Number(values) + Number(0) + Number(0);
@@ -41,16 +41,16 @@ constexpr const char* kPolish =
     "(n==1 ? 0 : n%10>=2 && n%10<=4 && (n%100<10 || n%100>=20) ? 1 : 2)";
 
 struct InEnglishAgain {
-  ~InEnglishAgain() { Speak(Words()); }
+  ~InEnglishAgain() { Speak(Catalogue()); }
 };
 
 TEST(Words, AreOfTheLanguageThatIsSpoken) {
   const InEnglishAgain after;
   Speak(
-      Words(Catalogue({{"", Head(kPolish)},
-                       {"%1 of %2", "%2, z tego %1"},
-                       {"Stop", "Zatrzymaj"},
-                       {std::string("file\0files", 10), std::string("plik\0pliki\0plików", 18)}})));
+      Catalogue(MoOf({{"", Head(kPolish)},
+                      {"%1 of %2", "%2, z tego %1"},
+                      {"Stop", "Zatrzymaj"},
+                      {std::string("file\0files", 10), std::string("plik\0pliki\0plików", 18)}})));
   EXPECT_EQ(Tr("Stop"), "Zatrzymaj");
   EXPECT_EQ(Tr("Nobody has translated 100 %"), "Nobody has translated 100 %");
   EXPECT_EQ(Tr(""), "");
@@ -73,13 +73,13 @@ TEST(Words, AreEnglishWithoutACatalogue) {
 }
 
 TEST(Words, OfBrokenCataloguesAreRefused) {
-  const std::string whole = Catalogue({{"", Head("n != 1")}, {"Stop", "Halt"}});
+  const std::string whole = MoOf({{"", Head("n != 1")}, {"Stop", "Halt"}});
   for (size_t size = 0; size + 1 < whole.size(); ++size) {
-    EXPECT_THROW(Words(whole.substr(0, size)), Error) << size;
+    EXPECT_THROW(Catalogue(whole.substr(0, size)), Error) << size;
   }
   for (const char* rule :
        {"n ?", "n ? 1", "(n", "n +", "n % 0", "n / 0", "m", "n n", "n == 1) + (2"}) {
-    EXPECT_THROW(Words(Catalogue({{"", Head(rule)}})), Error) << rule;
+    EXPECT_THROW(Catalogue(MoOf({{"", Head(rule)}})), Error) << rule;
   }
 }
 
