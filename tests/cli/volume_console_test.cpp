@@ -62,7 +62,7 @@ TEST_F(VolumeConsoleTest, ListsAndPreviewsChangeNothingOnTheWholeVolume) {
       "recipes check/backup list/keep list",
       '/');
   for (const std::string& command : commands) {
-    const ProgramResult result = Run(Words(command));
+    const ProgramResult result = Run(WordsOf(command));
     EXPECT_TRUE(picture() == before) << command << result.output;
   }
 }
@@ -103,7 +103,7 @@ struct ManyRuns : VolumeConsoleTest {
   bool IsSecondLeft() { return std::filesystem::exists(TempOf(second_.path(), kTesterName)); }
   ProgramResult CleanThese(const std::string& command, const Names& more) {
     return RunQuellixctl(
-        With(With(Words(command), more), {"--settings", volume().options().settings}));
+        With(With(WordsOf(command), more), {"--settings", volume().options().settings}));
   }
 
   const std::string root_ = volume().options().volume;
@@ -167,9 +167,10 @@ TEST_F(ManyRuns, VolumesHaveTheirOwnReportsAndOneSummary) {
   const Names both = {"--volume", root_, "--volume", second_.path(), "--all-users"};
   const ProgramResult csv = CleanThese("clean --item CleanTempFiles --csv", both);
   EXPECT_EQ(csv.output.find("volume,user,kind"), csv.output.rfind("volume,user,kind"));
-  const std::pair<const char*, Names> kRefused[] = {{"restore", Words("backup restore C_1.zip")},
-                                                    {"a list", Words("keep list")},
-                                                    {"a drive", Words("clean --all --drive D:=/")}};
+  const std::pair<const char*, Names> kRefused[] = {
+      {"restore", WordsOf("backup restore C_1.zip")},
+      {"a list", WordsOf("keep list")},
+      {"a drive", WordsOf("clean --all --drive D:=/")}};
   for (const auto& [row, command] : kRefused)
     EXPECT_EQ(RunQuellixctl(With(command, both)).exit_code, 2) << row;
   EXPECT_EQ(RunQuellixctl({"clean", "--all"}).exit_code, 2);

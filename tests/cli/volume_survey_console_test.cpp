@@ -32,14 +32,14 @@ struct VolumeSurvey : ConsoleTest {
          {"clean --item CleanTempFiles", "search empty --delete", "registry app-paths --delete",
           "plugins process qx", "browsers clean Firefox", "backup restore C_1.zip",
           "backup repair C_1.zip"}) {
-      Expect(With(Words(command), drive), 1, {told});
+      Expect(With(WordsOf(command), drive), 1, {told});
     }
     const Names restore = {"backup", "restore", "C_1.zip", "--to"};
     Expect(With(With(restore, {Root() + "/Scratch/new/one"}), drive), 1, {told});
     Expect(With(With(restore, {"/proc/none"}), drive), 1, {"/proc/none"});
     const bool is_locked = told.find("Another run") != told.npos;
     for (const char* command : {"clean --item CleanTempFiles --preview", "search empty"}) {
-      const ProgramResult looked = Run(With(Words(command), drive));
+      const ProgramResult looked = Run(With(WordsOf(command), drive));
       const std::string all = looked.output;
       EXPECT_EQ(looked.exit_code, 0) << all;
       EXPECT_EQ(all.find("A run would be refused: ") != all.npos && all.find(told) != all.npos,

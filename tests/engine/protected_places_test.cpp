@@ -21,7 +21,7 @@ struct ProtectedPlacesTest : RunFixture {
     const std::string share = "\\\\localhost\\" + path.substr(0, 1) + "$" + path.substr(2);
     Names all = {path + " ", share, UpCase(path), ReplaceNoCase(path, "\\", "\\\\"),
                  ReplaceNoCase(path, "\\", "/")};
-    for (const std::string& way : Words("~ ~\\ ~\\\\ ~. \\\\?\\~ \\\\.\\~ ~\\Sub\\.. ~\\."))
+    for (const std::string& way : WordsOf("~ ~\\ ~\\\\ ~. \\\\?\\~ \\\\.\\~ ~\\Sub\\.. ~\\."))
       all.push_back(ReplaceNoCase(way, "~", path));
     return all;
   }
@@ -124,7 +124,7 @@ const std::pair<const char*, const char*> kWhoRows[] = {
 TEST_F(ProtectedPlacesWhoTest, DependsOnThePlaceTheMaskAndWhoAsks) {
   ProtectedPlaces places(ports, "");
   for (const auto& [who, asked] : kWhoRows) {
-    for (const std::string& word : Words(asked)) {
+    for (const std::string& word : WordsOf(asked)) {
       SCOPED_TRACE(word);
       const std::string row = Full(word), at = row.substr(0, row.find('|'));
       const auto folder = ports.files.OpenFolder(at);

@@ -89,7 +89,7 @@ TEST_F(RecipeTest, FilesAndFoldersGoAsTheirRecordsSay) {
     const Names all = machine->Tree(scratch), expected = TreeWithout(row.gone);
     PluginTrial trial(ports);
     trial.Run(ParsePlugin(Written(row.recipe)), view);
-    EXPECT_EQ(trial.count(), Words(row.gone).size()) << trial.notes();
+    EXPECT_EQ(trial.count(), WordsOf(row.gone).size()) << trial.notes();
     EXPECT_EQ(machine->Tree(scratch), all);
     for (int i = 0; i < 2; ++i) {
       Run(row.recipe);

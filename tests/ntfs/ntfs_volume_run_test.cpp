@@ -229,7 +229,7 @@ TEST_F(NtfsRun, ReadingNeverWrites) {
         "registry shared-dlls", "registry file-references --thorough", "backup list",
         "plugins list"}) {
     SCOPED_TRACE(command);
-    const ProgramResult result = Run(Words(command));
+    const ProgramResult result = Run(WordsOf(command));
     EXPECT_NE(result.exit_code, 2) << result.output;
     EXPECT_EQ(Snapshot(), before);
   }

@@ -24,7 +24,7 @@ namespace quellix {
 using Names = std::vector<std::string>;
 
 // The parts of a text between blanks.
-inline Names Words(const std::string& text) {
+inline Names WordsOf(const std::string& text) {
   std::istringstream words(text);
   return {std::istream_iterator<std::string>(words), {}};
 }

@@ -27,7 +27,7 @@ struct PluginFixture : RunFixture {
   // The test's keys anew, a value each ("key:value").
   void MakeKeys(const std::string& places) {
     machine->RemoveRegistryTree(kUser, kKey);
-    for (const std::string& place : Words(places)) {
+    for (const std::string& place : WordsOf(places)) {
       const size_t end = place.find(':');
       machine->SetText(kUser, std::string(kKey) + "\\" + place.substr(0, end),
                        place.substr(end + 1), "x");
@@ -51,7 +51,7 @@ struct PluginFixture : RunFixture {
                     const std::function<void()>& run) {
     MakeKeys(made);
     Names expected = Keys();
-    for (const std::string& each : Words(gone)) EXPECT_EQ(std::erase(expected, each), 1u) << each;
+    for (const std::string& each : WordsOf(gone)) EXPECT_EQ(std::erase(expected, each), 1u) << each;
     for (int i = 0; i < 2; ++i) {
       run();
       EXPECT_EQ(Keys(), expected) << engine.state().RunLog;

@@ -36,12 +36,12 @@ struct RunFixture : ::testing::Test {
   // Files of a folder, their names between blanks.
   void MakeFiles(const std::string& folder, const std::string& names,
                  const std::string& bytes = "1") {
-    for (const std::string& name : Words(names)) machine->MakeFile(folder + name, bytes);
+    for (const std::string& name : WordsOf(names)) machine->MakeFile(folder + name, bytes);
   }
   // What the scratch folder holds once these, written in any case, are gone.
   Names TreeWithout(const std::string& gone) {
     Names tree = machine->Tree(scratch);
-    for (const std::string& name : Words(gone)) {
+    for (const std::string& name : WordsOf(gone)) {
       EXPECT_EQ(std::erase_if(tree, [&](auto& path) { return EqualsNoCase(path, name); }), 1u)
           << name;
     }
