@@ -143,7 +143,7 @@ std::string RemoveRow(CleaningContext& context, const FavoriteRow& row) {
     if (RemoveFile(context, row.path, Claim::kOwnList, &reason)) return {};
     return reason.empty() ? "It stays." : reason;
   } catch (const Error& error) {
-    return error.kind() == Error::Kind::kKept ? KeptSentence(error.what()) : error.what();
+    return error.kind() == Error::Kind::kKept ? KeptSentence(error.what()).shown : Shown(error);
   }
 }
 

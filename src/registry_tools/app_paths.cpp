@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "platform/path.h"
+#include "platform/words.h"
 #include "registry_tools/tool_parts.h"
 
 namespace quellix {
@@ -9,7 +10,7 @@ namespace {
 
 constexpr RegistryRoot kRoot = RegistryRoot::kLocalMachine;
 constexpr const char* kKey = "Software\\Microsoft\\Windows\\CurrentVersion\\App Paths";
-constexpr ScanColumn kColumns[] = {{"File"}, {"Folder"}};
+constexpr ScanColumn kColumns[] = {{Mark("File")}, {Mark("Folder")}};
 
 std::string KeyOf(const std::string& application) { return std::string(kKey) + "\\" + application; }
 
@@ -47,7 +48,7 @@ class AppPaths : public RegistryScan {
 };
 
 void AppPaths::ScanRegistry() {
-  SetStatus("Scanning registry...");
+  SetStatus(Tr("Scanning registry..."));
   TellDamage(kRoot, kKey);
   const std::vector<std::string> names =
       modRegistry::ListSubKeys(access(), kRoot, kKey, PauseForList());
@@ -71,7 +72,7 @@ void AppPaths::ScanRegistry() {
 }  // namespace
 
 const ScanTraits kAppPathTraits = {.name = "app-paths",
-                                   .title = "Orphaned application path references",
+                                   .title = Mark("Orphaned application path references"),
                                    .columns = kColumns,
                                    .deletes_files = true,
                                    .edits = true,

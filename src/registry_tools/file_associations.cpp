@@ -6,6 +6,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "registry_tools/file_reference.h"
 #include "registry_tools/tool_parts.h"
 
@@ -21,11 +22,12 @@ constexpr RegistryRoot kMachine = RegistryRoot::kLocalMachine;
 constexpr const char* kClasses = "Software\\Classes\\";
 constexpr const char* kExplorer =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\FileExts\\";
-constexpr ScanColumn kColumns[] = {{"Extension or class"}, {"Reference"}, {"Leads to"}, {"Place"}};
+constexpr ScanColumn kColumns[] = {
+    {Mark("Extension or class")}, {Mark("Reference")}, {Mark("Leads to")}, {Mark("Place")}};
 constexpr ScanAction kActions[] = {ScanAction::kChoose};
 
-constexpr const char* kProtected =
-    "Windows protects what its user has chosen: choose a program for it in Windows' settings.";
+constexpr const char* kProtected = Mark(
+    "Windows protects what its user has chosen: choose a program for it in Windows' settings.");
 
 // A key of extensions or classes.
 struct Place {
@@ -48,7 +50,8 @@ bool IsHandled(RegistryKey& verb, RegistryKey& command) {
          verb.Open("ddeexec", RegistryAccess::kRead);
 }
 
-constexpr std::pair<RegistryRoot, const char*> kRoots[] = {{kUser, "User"}, {kMachine, "Machine"}};
+constexpr std::pair<RegistryRoot, const char*> kRoots[] = {{kUser, Mark("User")},
+                                                           {kMachine, Mark("Machine")}};
 
 class FileAssociations : public RegistryScan {
  public:
@@ -114,7 +117,7 @@ void FileAssociations::ForEach(const std::vector<std::pair<Place, std::string>>&
 }
 
 void FileAssociations::ScanRegistry() {
-  SetStatus("Scanning registry...");
+  SetStatus(Tr("Scanning registry..."));
   ForgetWhatWasSeen();
   named_.clear();
   targets_.clear();
@@ -128,7 +131,7 @@ void FileAssociations::ScanRegistry() {
     }
   };
   for (const auto& [root, shown] : kRoots) list({root, kClasses, shown}, extensions);
-  list({kUser, kExplorer, "User"}, chosen);
+  list({kUser, kExplorer, kRoots[0].second}, chosen);
   ForEach(extensions,
           [this](const Place& place, const std::string& name) { ReadExtension(place, name); });
   ForEach(chosen, [this](const Place& place, const std::string& name) { ReadChoice(place, name); });
@@ -147,7 +150,7 @@ void FileAssociations::ReadExtension(const Place& place, const std::string& exte
   const std::string name = ReadText(*key, "");
   if (!name.empty() && HasClass(name)) named_.insert(name);
   if (!name.empty() && !HasClass(name))
-    AddGone(place, extension, "class", name, path, "",
+    AddGone(place, extension, Tr("class"), name, path, "",
             OfClass(name, {.choices = ChoicesOf(extension)}));
   ReadOffers(place, extension, *key);
   ReadPrograms(place, extension);
@@ -163,7 +166,7 @@ void FileAssociations::ReadChoice(const Place& place, const std::string& extensi
     const std::string name = ReadText(*choice, "ProgId");
     if (!name.empty() && HasClass(name)) named_.insert(name);
     if (!name.empty() && !HasClass(name))
-      AddGone(place, extension, "chosen class", name, path + "\\UserChoice", "ProgId",
+      AddGone(place, extension, Tr("chosen class"), name, path + "\\UserChoice", "ProgId",
               OfClass(name), kProtected);
   }
   ReadOffers(place, extension, *key);
@@ -175,7 +178,8 @@ void FileAssociations::ReadChoice(const Place& place, const std::string& extensi
     if (value.size() != 1 || program.type != kRegSz) continue;
     const std::string text = FromUtf16Bytes(program.bytes), name(TrimNull(text));
     if (IsProgramGone(name))
-      AddGone(place, extension, "open with", name, path + "\\OpenWithList", value, OfProgram(name));
+      AddGone(place, extension, Tr("open with"), name, path + "\\OpenWithList", value,
+              OfProgram(name));
   }
 }
 
@@ -189,7 +193,7 @@ void FileAssociations::ReadOffers(const Place& place, const std::string& extensi
     if (HasClass(offer->name)) {
       named_.insert(offer->name);
     } else {
-      AddGone(place, extension, "open with class", offer->name,
+      AddGone(place, extension, Tr("open with class"), offer->name,
               place.key + extension + "\\OpenWithProgids", offer->name, OfClass(offer->name));
     }
   }
@@ -199,7 +203,7 @@ void FileAssociations::ReadPrograms(const Place& place, const std::string& exten
   const std::string path = place.key + extension + "\\OpenWithList";
   for (const std::string& name : modRegistry::ListSubKeys(access(), place.root, path)) {
     if (IsProgramGone(name))
-      AddGone(place, extension, "open with", name, path + "\\" + name, "",
+      AddGone(place, extension, Tr("open with"), name, path + "\\" + name, "",
               OfProgram(name, {.kind = Kind::kTree}));
   }
 }
@@ -212,7 +216,7 @@ void FileAssociations::ReadClass(const Place& place, const std::string& name) {
   if (const auto icon = key->Open("DefaultIcon", RegistryAccess::kRead)) {
     const auto value = icon->QueryValue("");
     if (const auto gone = value ? judge_->FindGone(*value) : std::nullopt)
-      AddGone(place, name, "icon", *gone, path + "\\DefaultIcon", "",
+      AddGone(place, name, Tr("icon"), *gone, path + "\\DefaultIcon", "",
               {.is_gone = [this, seen = *value] { return judge_->FindGone(seen).has_value(); }});
   }
   if (const auto verbs = key->Open("shell", RegistryAccess::kRead)) ReadVerbs(place, name, *verbs);
@@ -228,7 +232,7 @@ void FileAssociations::ReadVerbs(const Place& place, const std::string& name, Re
     return modRegistry::KeyExists(access(), root.first, path + "\\" + first);
   });
   if (is_there) return;
-  AddGone(place, name, "verb", first, path, "", {.is_gone = [this, key = path + "\\" + first] {
+  AddGone(place, name, Tr("verb"), first, path, "", {.is_gone = [this, key = path + "\\" + first] {
             return std::ranges::none_of(kRoots, [&](const auto& root) {
               return modRegistry::KeyExists(access(), root.first, key);
             });
@@ -244,7 +248,7 @@ void FileAssociations::ReadVerb(const Place& place, const std::string& name,
   const std::string text = ReadText(*command, "");
   if (judge_->Judge(text).state != State::kGone) return;
   const auto is_gone = [this, text] { return judge_->Judge(text).state == State::kGone; };
-  AddGone(place, name, "command " + verb, text, place.key + name + "\\shell\\" + verb, "",
+  AddGone(place, name, Tr("command %1", verb), text, place.key + name + "\\shell\\" + verb, "",
           {.kind = Kind::kTree, .is_gone = is_gone});
 }
 
@@ -269,7 +273,7 @@ std::string FileAssociations::WhyChanged(const ScanRow& row) {
   if (!why.empty()) return why;
   ForgetWhatWasSeen();
   if (targets_[row.entry].is_gone()) return {};
-  return "What it leads to is there again: " + row.texts[0] + ", " + row.texts[2];
+  return Tr("What it leads to is there again: %1, %2", row.texts[0], row.texts[2]);
 }
 
 bool FileAssociations::HasClass(const std::string& name) {
@@ -318,14 +322,15 @@ void FileAssociations::Choose(size_t index, const std::string& choice) {
   const ScanRow& chosen = row(index);
   const std::string why = WhyChanged(chosen);
   if (!why.empty()) throw Error(Error::Kind::kOther, why);
-  if (!Opens(choice)) throw Error(Error::Kind::kMissing, "It opens nothing any more: " + choice);
+  if (!Opens(choice))
+    throw Error(Error::Kind::kMissing, Say("It opens nothing any more: %1", choice));
   KeepValue(chosen.root, chosen.key, chosen.name);
   const auto key = machine().registry.Open(chosen.root, chosen.key, RegistryAccess::kWrite);
-  if (!key) throw Error(Error::Kind::kMissing, "It is gone meanwhile: " + chosen.key);
+  if (!key) throw Error(Error::Kind::kMissing, Say("It is gone meanwhile: %1", chosen.key));
   key->SetValue(chosen.name, {kRegSz, ToUtf16Bytes(choice) + std::string(2, '\0')});
   key->Flush();
   if (ReadText(*key, chosen.name) != choice)
-    throw Error(Error::Kind::kOther, "It was written and is as it was: " + chosen.key);
+    throw Error(Error::Kind::kOther, Say("It was written and is as it was: %1", chosen.key));
 }
 
 // One that is registered is judged by its own commands.
@@ -340,25 +345,27 @@ void FileAssociations::AddGone(const Place& place, const std::string& name,
                                const char* why_stays) {
   ScanRow row;
   row.texts = {name, reference, leads_to,
-               std::string(place.shown) + (*why_stays ? ", protected" : "")};
+               *why_stays ? Tr("%1, protected", Tr(place.shown)) : Tr(place.shown)};
   row.root = place.root;
   row.key = key;
   row.name = value;
-  row.why_stays = why_stays;
+  row.why_stays = Tr(why_stays);
   row.entry = targets_.size();
   targets_.push_back(std::move(target));
   AddJudged(std::move(row), RowMark::kOrphaned);
 }
 
 std::string FileAssociations::Recounted() const {
-  return std::to_string(rows().size()) + " references that lead nowhere" +
-         (unread_ == 0 ? "" : ", " + std::to_string(unread_) + " could not be read");
+  const size_t count = rows().size();
+  return JoinParts({TrN("%1 references that lead nowhere", "%1 references that lead nowhere", count,
+                        std::to_string(count)),
+                    PartOf(unread_, Unread(unread_))});
 }
 
 }  // namespace
 
 const ScanTraits kAssociationTraits = {.name = "associations",
-                                       .title = "File associations",
+                                       .title = Mark("File associations"),
                                        .columns = kColumns,
                                        .ticks = false,
                                        .keeps_stayed = true,

@@ -2,13 +2,15 @@
 #include "platform/damaged.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "registry_tools/file_reference.h"
 #include "registry_tools/tool_parts.h"
 
 namespace quellix {
 namespace {
 
-constexpr ScanColumn kColumns[] = {{"Registry Key"}, {"String Value"}, {"File/path reference"}};
+constexpr ScanColumn kColumns[] = {
+    {Mark("Registry Key")}, {Mark("String Value")}, {Mark("File/path reference")}};
 constexpr size_t kByValueName = 1;
 // Deeper than Windows allows.
 constexpr int kMostLevels = 520;
@@ -24,7 +26,8 @@ class FileReferences : public RegistryScan {
     return {RegistryTarget::Kind::kValue, row.root, row.key, row.name};
   }
   std::string Recounted() const override {
-    return std::to_string(rows().size()) + " invalid references";
+    const size_t count = rows().size();
+    return TrN("%1 invalid references", "%1 invalid references", count, std::to_string(count));
   }
 
  private:
@@ -69,7 +72,7 @@ void FileReferences::ScanRoot(RegistryRoot root) {
     const auto key = machine().registry.Open(root, "", RegistryAccess::kRead);
     if (key) AnalyzeKey(*key, "", 0);
   } catch (const Damaged& error) {
-    TellDamage(error.what());
+    TellDamage(Shown(error));
   } catch (const Error&) {  // passed over, as every key
   }
 }
@@ -78,7 +81,7 @@ void FileReferences::AnalyzeKey(RegistryKey& key, const std::string& name, int l
   if (is_stopped()) return;
   const size_t before = current_path_.size();
   current_path_ += name;
-  SetStatus("Analyzing: " + root_name_ + current_path_);
+  SetStatus(Tr("Analyzing: %1", root_name_ + current_path_));
   Stops();
   AnalyzeValues(key);
   if (level < kMostLevels) AnalyzeSubKeys(key, level);
@@ -108,12 +111,12 @@ void FileReferences::AnalyzeSubKeys(RegistryKey& key, int level) {
         const auto sub_key = key.Open(name, RegistryAccess::kRead);
         if (sub_key) AnalyzeKey(*sub_key, name + "\\", level + 1);
       } catch (const Damaged& error) {
-        TellDamage(error.what());
+        TellDamage(Shown(error));
       } catch (const Error&) {  // passed over
       }
     }
   } catch (const Damaged& error) {
-    TellDamage(error.what());
+    TellDamage(Shown(error));
   } catch (const Error&) {  // deleted meanwhile
   }
 }
@@ -126,7 +129,7 @@ void FileReferences::AnalyzeValues(RegistryKey& key) {
     const auto read = key.Open(WithoutBackslash(current_path_), RegistryAccess::kRead);
     if (read) ExamineValues(*read);
   } catch (const Damaged& error) {
-    TellDamage(error.what());
+    TellDamage(Shown(error));
   } catch (const Error&) {  // reads as empty
   }
 }
@@ -164,7 +167,7 @@ void FileReferences::AddReference(const std::string& name, std::string data) {
 }  // namespace
 
 const ScanTraits kFileReferenceTraits = {.name = "file-references",
-                                         .title = "Orphaned File/Path Reference",
+                                         .title = Mark("Orphaned File/Path Reference"),
                                          .columns = kColumns,
                                          .has_progress = false,
                                          .sorts = true,

@@ -1,6 +1,7 @@
 // The folders of help files, in two keys by the kind of help.
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "registry_tools/tool_parts.h"
 
 namespace quellix {
@@ -9,7 +10,7 @@ namespace {
 constexpr RegistryRoot kRoot = RegistryRoot::kLocalMachine;
 constexpr const char* kKeys[] = {"Software\\Microsoft\\Windows\\Help\\",
                                  "Software\\Microsoft\\Windows\\HTML Help\\"};
-constexpr ScanColumn kColumns[] = {{"File"}, {"Folder"}};
+constexpr ScanColumn kColumns[] = {{Mark("File")}, {Mark("Folder")}};
 
 class HelpFiles : public RegistryScan {
  public:
@@ -18,9 +19,9 @@ class HelpFiles : public RegistryScan {
 
   // A file is shown to choose, and its folder is meant.
   std::optional<std::string> Browse(size_t index, Prompts& prompts) override {
-    static constexpr FileFilter kFilters[] = {{"Help File (*.hlp)", "*.hlp"},
-                                              {"Content File (*.cnt)", "*.cnt"}};
-    const auto path = prompts.AskFile(kFilters, row(index).texts[1]);
+    const std::string help = Tr("Help File (*.hlp)"), content = Tr("Content File (*.cnt)");
+    const FileFilter filters[] = {{help, "*.hlp"}, {content, "*.cnt"}};
+    const auto path = prompts.AskFile(filters, row(index).texts[1]);
     return path ? std::optional(std::string(FolderPart(*path))) : std::nullopt;
   }
   // Into the key the entry came from: the folder alone.
@@ -58,7 +59,7 @@ std::vector<HelpFiles::Entry> HelpFiles::Entries() {
 }
 
 void HelpFiles::ScanRegistry() {
-  SetStatus("Scanning registry...");
+  SetStatus(Tr("Scanning registry..."));
   const std::vector<Entry> entries = Entries();
   BeginEntries(entries.size());
   for (const auto& [key, name] : entries) {
@@ -79,7 +80,7 @@ void HelpFiles::ScanRegistry() {
 }  // namespace
 
 const ScanTraits kHelpFileTraits = {.name = "help-files",
-                                    .title = "Orphaned help file references",
+                                    .title = Mark("Orphaned help file references"),
                                     .columns = kColumns,
                                     .deletes_files = true,
                                     .edits = true,

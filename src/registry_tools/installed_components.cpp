@@ -1,4 +1,5 @@
 // The components that Windows sets up for each user at his first logon.
+#include "platform/words.h"
 #include "registry_tools/tool_parts.h"
 
 namespace quellix {
@@ -6,7 +7,8 @@ namespace {
 
 constexpr RegistryRoot kRoot = RegistryRoot::kLocalMachine;
 constexpr const char* kKey = "Software\\Microsoft\\Active Setup\\Installed Components\\";
-constexpr ScanColumn kColumns[] = {{"ActiveX control"}, {"IsInstalled"}, {"StubPath"}, {"SubKey"}};
+constexpr ScanColumn kColumns[] = {
+    {Mark("ActiveX control")}, {"IsInstalled"}, {"StubPath"}, {Mark("SubKey")}};
 
 class Components : public RegistryScan {
  public:
@@ -21,7 +23,7 @@ class Components : public RegistryScan {
 };
 
 void Components::ScanRegistry() {
-  SetStatus("Scanning registry...");
+  SetStatus(Tr("Scanning registry..."));
   TellDamage(kRoot, kKey);
   const std::vector<std::string> names =
       modRegistry::ListSubKeys(access(), kRoot, kKey, PauseForList());
@@ -36,7 +38,7 @@ void Components::ScanRegistry() {
     // The number 1 read as a character; a text "1" has never counted as installed.
     const bool installed = read("IsInstalled").starts_with('\x01');
     ScanRow row;
-    row.texts = {title, installed ? "True" : "False", read("StubPath"), name};
+    row.texts = {title, installed ? Tr("True") : Tr("False"), read("StubPath"), name};
     row.root = kRoot;
     row.key = kKey;
     AddJudged(std::move(row), installed ? RowMark::kValid : RowMark::kOrphaned);
@@ -47,7 +49,7 @@ void Components::ScanRegistry() {
 }  // namespace
 
 const ScanTraits kComponentTraits = {.name = "components",
-                                     .title = "Orphaned ActiveX control references",
+                                     .title = Mark("Orphaned ActiveX control references"),
                                      .columns = kColumns,
                                      .rescans = true};
 

@@ -89,14 +89,14 @@ bool HasPackage(const Machine& machine, const InstallerPackages& packages,
 std::string WhyNeeded(const Machine& machine, const InstallerPackages& packages,
                       const std::string& path) {
   if (packages.names.contains(UpCase(NamePart(path))))
-    return "A product that is installed needs it: " + path;
+    return Tr("A product that is installed needs it: %1", path);
   try {
     const FileTimes times = machine.files.Open(path, OpenMode::kRead)->Times();
     const int64_t yesterday = machine.system.UtcNow() - kFiletimesADay;
     if (times.created <= yesterday && times.last_write <= yesterday) return {};
-    return "It is of today, perhaps of an installation that goes on: " + path;
+    return Tr("It is of today, perhaps of an installation that goes on: %1", path);
   } catch (const Error& error) {
-    return std::string("How old it is cannot be told: ") + error.what();
+    return Tr("How old it is cannot be told: %1", Shown(error));
   }
 }
 

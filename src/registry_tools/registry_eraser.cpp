@@ -7,6 +7,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/protected_keys.h"
 #include "run/stayed.h"
 #include "run/working_folder.h"
@@ -17,9 +18,10 @@ namespace {
 using Kind = RegistryTarget::Kind;
 using ProtectedKeys::Part;
 
-constexpr const char* kIsProtected = "Windows, or all of a user's settings, depends on this key.";
-constexpr const char* kLeadsAway = " leads to another key.";
-constexpr const char* kStopped = "The deletion was stopped.";
+constexpr const char* kIsProtected =
+    Mark("Windows, or all of a user's settings, depends on this key.");
+constexpr const char* kLeadsAway = Mark("%1 leads to another key.");
+constexpr const char* kStopped = Mark("The deletion was stopped.");
 
 // A target in one place where it is.
 struct Found {
@@ -28,7 +30,7 @@ struct Found {
   KeyHome place = {};                             // the key that goes or holds the value
   std::string name = {};                          // of the value, or the last one of the key
   std::shared_ptr<RegistryKey> holder = nullptr;  // open for writing: holds what goes
-  std::string problem = {};                       // why it stays
+  Sentence problem = {};                          // why it stays
 };
 
 class Erasing {
@@ -56,7 +58,7 @@ class Erasing {
   }
 
   // All of them stay.
-  void Refuse(const std::string& why) {
+  void Refuse(const Sentence& why) {
     for (Found& found : found_) {
       if (found.problem.empty()) found.problem = why;
     }
@@ -64,7 +66,8 @@ class Erasing {
 
   void NoteEach(const RegistryEraser::Note& note) const {
     for (const Found& found : found_) {
-      note(EntryOf(found, found.problem.empty() ? Fate::kRemoved : Fate::kStayed, found.problem));
+      note(EntryOf(found, found.problem.empty() ? Fate::kRemoved : Fate::kStayed,
+                   found.problem.english));
     }
   }
 
@@ -78,10 +81,10 @@ class Erasing {
       Found found{index, target.kind, std::move(home), target.name};
       if (found.kind != Kind::kValue) found.name = NamePart(found.place.key);
       try {
-        if (Stops()) throw Error(Error::Kind::kOther, kStopped);
+        if (Stops()) throw Error(Error::Kind::kOther, Say(kStopped));
         if (!Open(found, guarded)) continue;
       } catch (const Error& error) {
-        found.problem = error.what();
+        found.problem = SentenceOf(error);
       }
       found_.push_back(std::move(found));
     }
@@ -101,7 +104,7 @@ class Erasing {
     progress_.done = progress_.total / 3;
     for (Found& found : found_) {
       Step();
-      if (found.problem.empty() && Stops()) found.problem = kStopped;
+      if (found.problem.empty() && Stops()) found.problem = Say(kStopped);
       if (found.problem.empty()) Try(found, [&] { DeleteOne(found); });
     }
     Store();
@@ -123,7 +126,7 @@ class Erasing {
       is_found[found.target] = true;
       if (found.problem.empty()) continue;
       sum.stays[found.target] = true;
-      sum.stopped = sum.stopped || found.problem == kStopped;
+      sum.stopped = sum.stopped || found.problem.english == kStopped;
       if (sum.problem.empty()) sum.problem = found.problem;
     }
     sum.stayed = static_cast<size_t>(std::ranges::count(sum.stays, true));
@@ -145,7 +148,7 @@ class Erasing {
     try {
       action();
     } catch (const Error& error) {
-      if (error.kind() != Error::Kind::kMissing) found.problem = error.what();
+      if (error.kind() != Error::Kind::kMissing) found.problem = SentenceOf(error);
     }
   }
 
@@ -157,16 +160,16 @@ class Erasing {
     const auto itself = Opened(found.place, RegistryAccess::kRead);
     if (itself == nullptr) return false;
     if (is_value && found.name.find('\0') != std::string::npos) {
-      found.problem = "A value with a NUL in its name cannot be named: " + key;
+      found.problem = Say("A value with a NUL in its name cannot be named: %1", key);
     } else if (is_value && !itself->QueryValue(found.name)) {
       return false;
     } else if (guarded && ProtectedKeys::Keeps(*itself, is_value ? Part::kValue : Part::kTree)) {
-      found.problem = kIsProtected;
+      found.problem = Say(kIsProtected);
     } else {
       const std::string parent(WithoutBackslash(FolderPart(key)));
       found.holder = Opened({root, is_value ? key : parent}, RegistryAccess::kWrite);
       if (found.holder == nullptr) return false;
-      if (!is_value && found.holder->IsLink(found.name)) found.problem = key + kLeadsAway;
+      if (!is_value && found.holder->IsLink(found.name)) found.problem = Say(kLeadsAway, key);
     }
     return true;
   }
@@ -191,7 +194,7 @@ class Erasing {
       return std::string(found.kind == Kind::kValue ? keep.ForValue(name, found.name)
                                                     : keep.ForTree(name + "\\" + found.name));
     } catch (const Error& error) {  // what it is nobody can tell
-      found.problem = error.what();
+      found.problem = SentenceOf(error);
       return {};
     }
   }
@@ -219,26 +222,26 @@ class Erasing {
   void DeleteBelow(Found& found) {
     const auto top = found.holder->Open(found.name, RegistryAccess::kWrite);
     if (top == nullptr) return;
-    const auto stays = [&found](const std::string& why) {
+    const auto stays = [&found](const Sentence& why) {
       if (found.problem.empty()) found.problem = why;
     };
     const auto leave = [&](RegistryKey& parent, const std::string& name) {
       try {
         parent.DeleteSubKey(name);
       } catch (const Error& error) {
-        stays(error.what());
+        stays(SentenceOf(error));
       }
     };
     const auto skip = [&](const std::string& path, const Error* error) {
-      stays(error ? error->what() : found.place.key + path + kLeadsAway);
+      stays(error ? SentenceOf(*error) : Say(kLeadsAway, found.place.key + path));
     };
     const KeyWalkSteps steps{.leave = leave, .skip = skip};
-    if (!WalkKeys(*top, RegistryAccess::kWrite, steps, own_pause_)) stays(kStopped);
+    if (!WalkKeys(*top, RegistryAccess::kWrite, steps, own_pause_)) stays(Say(kStopped));
   }
 
   // What is deleted in memory alone stays.
   void Store() {
-    std::map<RegistryKey*, std::string> problems;
+    std::map<RegistryKey*, Sentence> problems;
     for (Found& found : found_) {
       if (!found.holder) continue;
       const auto [stored, is_new] = problems.try_emplace(found.holder.get());
@@ -246,7 +249,7 @@ class Erasing {
         try {
           found.holder->Flush();
         } catch (const Error& error) {
-          stored->second = error.what();
+          stored->second = SentenceOf(error);
         }
       }
       if (found.problem.empty()) found.problem = stored->second;
@@ -257,7 +260,7 @@ class Erasing {
     const bool is_there = found.kind == Kind::kValue
                               ? found.holder->QueryValue(found.name).has_value()
                               : found.holder->Open(found.name, RegistryAccess::kRead) != nullptr;
-    if (is_there) found.problem = "It was deleted and is there again: " + found.place.key;
+    if (is_there) found.problem = Say("It was deleted and is there again: %1", found.place.key);
   }
 
   Registry& registry_;
@@ -309,7 +312,7 @@ Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
       keeping_.undo->Store(*keeping_.machine, keeping_.folder);
     } catch (const Error& error) {
       keeping_.undo->Forget();
-      erasing.Refuse(NotKept(error).what());
+      erasing.Refuse(SentenceOf(NotKept(error)));
       if (note_) erasing.NoteEach(note_);
       throw NotKept(error);
     }
@@ -320,9 +323,10 @@ Erasure RegistryEraser::Erase(std::span<const RegistryTarget> targets) {
   sum.kept = kept;
   if (on_error_ == OnError::kSilent || sum.stayed == 0 || sum.stopped) return sum;
   if (sum.gone + sum.stayed == 1) throw Error(Error::Kind::kOther, sum.problem);
-  throw Error(Error::Kind::kOther, std::to_string(sum.stayed) + " of " +
-                                       std::to_string(sum.gone + sum.stayed) +
-                                       " registry entries stay. " + sum.problem);
+  const size_t all = sum.gone + sum.stayed;
+  throw Error(Error::Kind::kOther,
+              SayN("%1 of %2 registry entries stay. %3", "%1 of %2 registry entries stay. %3",
+                   sum.stayed, std::to_string(sum.stayed), std::to_string(all), sum.problem));
 }
 
 Erasure RegistryEraser::EraseValues(RegistryRoot root, std::string_view key,

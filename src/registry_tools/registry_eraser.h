@@ -33,7 +33,7 @@ struct Erasure {
   size_t gone = 0;
   size_t stayed = 0;
   size_t kept = 0;               // by the keep list; neither gone nor stayed
-  std::string problem = {};      // why the first one stayed, a sentence
+  Sentence problem = {};         // why the first one stayed
   std::vector<bool> stays = {};  // by target
   bool stopped = false;          // by a pause: what had no turn yet stays, and is told by no Error
 };
@@ -42,9 +42,8 @@ struct Erasure {
 class NotKept : public Error {
  public:
   explicit NotKept(const Error& why)
-      : Error(why.kind(),
-              std::string("Nothing is deleted, because it could not be backed up first. ") +
-                  why.what()) {}
+      : Error(why.kind(), Say("Nothing is deleted, because it could not be backed up first. %1",
+                              SentenceOf(why))) {}
 };
 
 // The one way to delete from the registry: what is there is kept first where that is wanted, then

@@ -9,9 +9,15 @@
 #include "platform/locale.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/working_folder.h"
 
 namespace quellix {
+
+std::string AskToDeleteReferences(uint64_t count, const std::string& shown) {
+  return TrN("Delete %1 reference from the registry?", "Delete %1 references from the registry?",
+             count, shown);
+}
 
 RegistryScan::RegistryScan(const Machine& machine, ScanView& view, const ScanTraits& traits)
     : machine_(machine), view_(view), traits_(traits) {}
@@ -30,7 +36,7 @@ void RegistryScan::StartScan(const Pause& pause) {
   try {
     ScanRegistry();
   } catch (const Damaged& error) {
-    TellDamage(error.what());
+    TellDamage(Shown(error));
   } catch (const Error&) {  // silent, as every failure of the registry
   }
   scanning_ = false;
@@ -45,13 +51,33 @@ void RegistryScan::SetStatus(std::string text) {
 }
 
 void RegistryScan::SetCountsAsStatus() {
-  SetStatus(std::to_string(rows_.size()) + " entries, " + std::to_string(orphaned()) + " orphaned" +
-            NotJudged());
+  const auto gone = static_cast<size_t>(orphaned());
+  SetStatus(
+      JoinParts({EntriesPart(rows_.size()),
+                 TrN("%1 orphaned", "%1 orphaned", gone, std::to_string(gone)), NotJudged()}));
 }
 
 std::string RegistryScan::NotJudged() const {
-  const auto count = std::ranges::count(rows_, RowMark::kNotJudged, &ScanRow::mark);
-  return count == 0 ? "" : ", " + std::to_string(count) + " not judged";
+  const auto count =
+      static_cast<size_t>(std::ranges::count(rows_, RowMark::kNotJudged, &ScanRow::mark));
+  return PartOf(count, TrN("%1 not judged", "%1 not judged", count, std::to_string(count)));
+}
+
+std::string RegistryScan::EntriesPart(size_t count) {
+  return TrN("%1 entries", "%1 entries", count, std::to_string(count));
+}
+
+std::string RegistryScan::Unread(size_t count) {
+  return TrN("%1 could not be read", "%1 could not be read", count, std::to_string(count));
+}
+
+std::string RegistryScan::JoinParts(std::initializer_list<std::string> parts) {
+  std::string joined;
+  for (const std::string& part : parts) {
+    // TRANSLATORS: Parts of a status line: "57 entries, 3 orphaned" and "2 not judged".
+    if (!part.empty()) joined = joined.empty() ? part : Tr("%1, %2", joined, part);
+  }
+  return joined;
 }
 
 void RegistryScan::BeginEntries(size_t count) {
@@ -101,7 +127,7 @@ void RegistryScan::TellDamage(RegistryRoot root, std::string_view key) {
     opened->ValueAt(0);
     opened->SubKeyAt(0);
   } catch (const Damaged& error) {
-    TellDamage(error.what());
+    TellDamage(Shown(error));
   } catch (const Error&) {  // reads as empty
   }
 }
@@ -149,10 +175,11 @@ std::string RegistryScan::WhyChanged(const ScanRow& row) {
   if (!traits_.looks_again) return {};
   const std::string now = StateOf(row);
   if (now.empty() || now == row.state) return {};
-  return "It has changed since it was listed: " + (row.texts[0].empty() ? row.key : row.texts[0]);
+  return Tr("It has changed since it was listed: %1",
+            row.texts[0].empty() ? row.key : row.texts[0]);
 }
 
-void RegistryScan::NoteStayed(size_t index, const std::string& why) {
+void RegistryScan::NoteStayed(size_t index, const Sentence& why) {
   erased_.stays[index] = true;
   ++erased_.stayed;
   if (erased_.problem.empty()) erased_.problem = why;
@@ -165,7 +192,7 @@ void RegistryScan::Erase(const std::vector<size_t>& chosen, const KeepList& keep
   RecycleOwnFiles(chosen, keep, pause);
   for (size_t i = 0; i < chosen.size(); ++i) {
     const ScanRow& row = rows_[chosen[i]];
-    if (!row.why_stays.empty()) NoteStayed(i, row.why_stays);
+    if (!row.why_stays.empty()) NoteStayed(i, {row.why_stays, row.why_stays});
   }
 }
 
@@ -193,7 +220,7 @@ void RegistryScan::EraseTargets(const std::vector<size_t>& chosen, const KeepLis
   for (size_t i = 0; i < places.size(); ++i) erased_.stays[places[i]] = erased.stays[i];
   erased.stays = std::move(erased_.stays);
   erased_ = std::move(erased);
-  for (const auto& [place, why] : changed) NoteStayed(place, why);
+  for (const auto& [place, why] : changed) NoteStayed(place, {why, why});
 }
 
 void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const KeepList& keep,
@@ -205,7 +232,7 @@ void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const Keep
     if (!places) places.emplace(machine_, Settings(machine_).Load().BackupFolder, keep);
     erased_.stopped = erased_.stopped || pause();
     try {
-      if (erased_.stopped) throw Error(Error::Kind::kOther, "The deletion was stopped.");
+      if (erased_.stopped) throw Error(Error::Kind::kOther, Say("The deletion was stopped."));
       const std::string changed = WhyChanged(row);
       if (!changed.empty()) throw Error(Error::Kind::kOther, changed);
       const auto folder = OpenFolderOf(machine_.files, row.own_file);
@@ -214,7 +241,7 @@ void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const Keep
       folder->Recycle(NamePart(row.own_file));
       ++erased_.gone;
     } catch (const Error& error) {
-      if (error.kind() != Error::Kind::kMissing) NoteStayed(i, error.what());
+      if (error.kind() != Error::Kind::kMissing) NoteStayed(i, SentenceOf(error));
     }
   }
 }
@@ -243,10 +270,11 @@ void RegistryScan::Act(ScanAction action, const std::vector<size_t>& rows, const
       Do(action, rows_[rows[i]]);
       ++erased_.gone;
     } catch (const Error& error) {
-      NoteStayed(i, error.what());
+      NoteStayed(i, SentenceOf(error));
     }
   }
-  SetStatus(Recounted() + (erased_.stayed == 0 ? "" : ". " + erased_.problem));
+  // TRANSLATORS: A count of what is listed, and why something of it could not be changed.
+  SetStatus(erased_.stayed == 0 ? Recounted() : Tr("%1. %2", Recounted(), failure()));
 }
 
 // Most are missing, that is why their rows are here.
@@ -302,13 +330,10 @@ std::vector<size_t> RegistryScan::CheckedRows() const {
 
 std::string RegistryScan::QuestionFor(size_t count, bool files_also) const {
   if (count == 0 || !Settings(machine_).Load().ask) return {};
-  const bool one = count == 1;
-  return "Delete " + FormatCount(count, machine_.system.UserLocale()) +
-         (one ? traits_.one : traits_.many) +
-         (!files_also ? ""
-          : one       ? ", and the file that it names"
-                      : ", and the files that they name") +
-         "?";
+  const std::string shown = FormatCount(count, machine_.system.UserLocale());
+  if (!files_also) return traits_.question(count, shown);
+  return TrN("Delete %1 reference from the registry, and the file that it names?",
+             "Delete %1 references from the registry, and the files that they name?", count, shown);
 }
 
 // The rows as they are ticked now: what is ticked meanwhile has its own turn.
@@ -325,15 +350,22 @@ void RegistryScan::DeleteRows(std::vector<size_t> chosen, bool files_also, const
     const std::vector<ScanRow> gone = TakeErased(chosen);
     if (files_also) DeleteFiles(gone, keep, pause);
   } catch (const Error& error) {
-    return view_.ShowProblem(error.what());
+    return view_.ShowProblem(Shown(error));
   }
   timer_enabled_ = traits_.rescans && !erased_.stopped;
   if (timer_enabled_) return;
-  const std::string why = traits_.keeps_stayed ? ": " + erased_.problem : "";
-  const std::string stayed = std::to_string(erased_.stayed) + " could not be deleted" + why;
-  SetStatus(Recounted() + (erased_.stopped       ? ", the deletion was stopped"
-                           : erased_.stayed == 0 ? ""
-                                                 : ", " + stayed));
+  const std::string stopped = erased_.stopped ? Tr("the deletion was stopped") : "";
+  SetStatus(JoinParts({Recounted(), erased_.stopped ? stopped : StayedPart()}));
+}
+
+std::string RegistryScan::StayedPart() const {
+  const size_t count = erased_.stayed;
+  if (count == 0) return {};
+  const std::string number = std::to_string(count);
+  if (traits_.keeps_stayed)
+    return TrN("%1 could not be deleted: %2", "%1 could not be deleted: %2", count, number,
+               failure());
+  return TrN("%1 could not be deleted", "%1 could not be deleted", count, number);
 }
 
 void RegistryScan::SortRows(size_t column, bool descending) {

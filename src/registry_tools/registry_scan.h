@@ -45,7 +45,7 @@ struct ScanRow {
 enum class ScanAction { kEnable, kDisable, kStart, kChoose };
 
 struct ScanColumn {
-  const char* title;
+  const char* title;  // named for the catalogues
   bool number = false;
 };
 
@@ -61,10 +61,13 @@ class SmallCount {
   int16_t count_ = 0;
 };
 
+// "Delete 3 references from the registry?", the number as its user writes it.
+std::string AskToDeleteReferences(uint64_t count, const std::string& shown);
+
 // What makes one tool differ from another to its user.
 struct ScanTraits {
-  const char* name;  // on the console
-  const char* title;
+  const char* name;   // on the console
+  const char* title;  // named for the catalogues
   std::span<const ScanColumn> columns;
   bool has_progress = true;    // it knows how many entries there are
   bool deletes_files = false;  // chkDelete
@@ -77,9 +80,7 @@ struct ScanTraits {
   bool keeps_stayed = false;   // what could not be deleted stays in the list
   bool looks_again = false;    // before a deletion: what has changed since it was listed stays
   std::span<const ScanAction> actions = {};
-  // What a deletion asks about, one and more of them.
-  const char* one = " reference from the registry";
-  const char* many = " references from the registry";
+  std::string (*question)(uint64_t count, const std::string& shown) = AskToDeleteReferences;
 };
 
 // Shows what a scan does. Calls are frequent: an implementation paints at its own pace.
@@ -145,7 +146,7 @@ class RegistryScan {
   // Does it with those rows that it can be done with; stayed() and failure() tell of the others.
   void Act(ScanAction action, const std::vector<size_t>& rows, const Pause& pause = {});
   size_t stayed() const { return erased_.stayed; }
-  const std::string& failure() const { return erased_.problem; }
+  const std::string& failure() const { return erased_.problem.shown; }
   // The .reg file of this window's deletions, "" when there is none.
   const std::string& undo_path() const { return undo_.path(); }
 
@@ -193,8 +194,13 @@ class RegistryScan {
   void SetStatus(std::string text);
   // "57 entries, 3 orphaned"
   void SetCountsAsStatus();
-  // ", 2 not judged", "" where there are none.
-  std::string NotJudged() const;
+  // The parts of a status with commas between them; those that are empty are left out.
+  static std::string JoinParts(std::initializer_list<std::string> parts);
+  // "" where there are none.
+  static std::string PartOf(size_t count, std::string part) { return count == 0 ? "" : part; }
+  static std::string EntriesPart(size_t count);  // "57 entries"
+  static std::string Unread(size_t count);       // "2 could not be read"
+  std::string NotJudged() const;                 // "2 not judged", "" where there are none
   // Begins a list of that many entries.
   void BeginEntries(size_t count);
   // Before each entry; false when the user has stopped, with the stop path gone.
@@ -217,7 +223,8 @@ class RegistryScan {
   void RecycleOwnFiles(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
   std::string StateOf(const ScanRow& row) const;
   std::string StateOfTarget(const RegistryTarget& target) const;
-  void NoteStayed(size_t index, const std::string& why);
+  std::string StayedPart() const;
+  void NoteStayed(size_t index, const Sentence& why);
   void RemoveFileOf(const ScanRow& row, ProtectedPlaces& places);
   std::vector<ScanRow> TakeErased(const std::vector<size_t>& chosen);
   void DeleteFiles(std::span<const ScanRow> going, const KeepList& keep, const Pause& pause);

@@ -10,14 +10,9 @@ namespace {
 
 constexpr RegistryRoot kRoot = RegistryRoot::kLocalMachine;
 constexpr const char* kKey = "Software\\Microsoft\\Windows\\CurrentVersion\\SharedDLLs\\";
-constexpr ScanColumn kColumns[] = {{"Use Count", true}, {"Shared DLL"}};
+constexpr ScanColumn kColumns[] = {{Mark("Use Count"), true}, {Mark("Shared DLL")}};
 // The digit, not the number 0: the status has always counted these, and a count of 0 is not listed.
 constexpr int kZeroCode = '0';
-
-std::string StatusOf(size_t entries, int missing, int zero) {
-  return std::to_string(entries) + " entries, " + std::to_string(missing) +
-         " with missing files, " + std::to_string(zero) + " with zero usage count";
-}
 
 class SharedDlls : public RegistryScan {
  public:
@@ -32,9 +27,20 @@ class SharedDlls : public RegistryScan {
   std::string Recounted() const override;
 
  private:
+  std::string StatusOf(size_t entries, int missing, int zero) const;
   int AnsiCode(const std::string& character);
   int CountOf(const std::string& name, const std::string& data);
 };
+
+std::string SharedDlls::StatusOf(size_t entries, int missing, int zero) const {
+  const auto number = [](int count) { return static_cast<uint64_t>(count); };
+  return JoinParts({EntriesPart(entries),
+                    TrN("%1 with missing files", "%1 with missing files", number(missing),
+                        std::to_string(missing)),
+                    TrN("%1 with zero usage count", "%1 with zero usage count", number(zero),
+                        std::to_string(zero)),
+                    NotJudged()});
+}
 
 // A character's code in the system's code page; 0 for one it does not have.
 int SharedDlls::AnsiCode(const std::string& character) {
@@ -59,7 +65,7 @@ int SharedDlls::CountOf(const std::string& name, const std::string& data) {
 }
 
 void SharedDlls::ScanRegistry() {
-  SetStatus("Scanning registry...");
+  SetStatus(Tr("Scanning registry..."));
   TellDamage(kRoot, kKey);
   const std::string list = modRegistry::ListRegValues(
       access(), kRoot, kKey, modRegistry::Reach::kUntilLong, PauseForList());
@@ -83,7 +89,8 @@ void SharedDlls::ScanRegistry() {
     AddJudgedByFile(std::move(row));
   }
   // The last index, so one less than there are; users' notes compare it so.
-  SetStatus(StatusOf(names.empty() ? 0 : names.size() - 1, orphaned(), zero.value()) + NotJudged());
+  const size_t last = names.empty() ? 0 : names.size() - 1;
+  SetStatus(StatusOf(last, orphaned(), zero.value()));
 }
 
 std::string SharedDlls::Recounted() const {
@@ -92,13 +99,13 @@ std::string SharedDlls::Recounted() const {
     if (row.mark == RowMark::kOrphaned) missing.Add();
     if (std::atoi(row.texts[0].c_str()) == 0) zero.Add();
   }
-  return StatusOf(rows().size(), missing.value(), zero.value()) + NotJudged();
+  return StatusOf(rows().size(), missing.value(), zero.value());
 }
 
 }  // namespace
 
 const ScanTraits kSharedDllTraits = {.name = "shared-dlls",
-                                     .title = "Orphaned Shared DLLs",
+                                     .title = Mark("Orphaned Shared DLLs"),
                                      .columns = kColumns,
                                      .deletes_files = true};
 

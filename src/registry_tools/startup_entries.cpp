@@ -3,6 +3,7 @@
 #include "platform/damaged.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "registry_tools/mod_registry.h"
 #include "registry_tools/startup_approval.h"
 #include "registry_tools/startup_tasks.h"
@@ -36,9 +37,15 @@ constexpr struct {
   const char* place;
 } kFolders[] = {
     {kUser, "Startup", "%APPDATA%\\Microsoft\\Windows\\Start Menu\\Programs\\Startup",
-     "Start-up folder (user)"},
+     Mark("Start-up folder (user)")},
     {kMachine, "Common Startup", "%ProgramData%\\Microsoft\\Windows\\Start Menu\\Programs\\Startup",
-     "Start-up folder (all users)"}};
+     Mark("Start-up folder (all users)")}};
+
+// Of a Run key: whose it is, and whether that of 32-bit programs.
+std::string PlaceOf(const char* run, RegistryRoot root, bool is_32_bit) {
+  if (root == kUser) return is_32_bit ? Tr("%1, 32 bits (user)", run) : Tr("%1 (user)", run);
+  return is_32_bit ? Tr("%1, 32 bits (machine)", run) : Tr("%1 (machine)", run);
+}
 
 // What Windows documents of a service's values.
 constexpr uint32_t kStartsItself = 2, kOwnProcess = 0x10, kSharedProcess = 0x20;
@@ -68,7 +75,7 @@ class Reader {
       const auto key = machine_.registry.Open(root, path, RegistryAccess::kRead);
       if (key) use(*key);
     } catch (const Damaged& error) {
-      if (read_.damage.empty()) read_.damage = error.what();
+      if (read_.damage.empty()) read_.damage = Shown(error);
     } catch (const Error&) {
       read_.unread.push_back(std::string(RootName(root)) + "\\" + path);
     }
@@ -77,8 +84,7 @@ class Reader {
   void ReadRunKeys(RegistryRoot root, const std::string& view) {
     const bool is_32_bit = view == kViews[1];
     for (const auto& run : kRunKeys) {
-      StartupEntry entry{.place = std::string(run.key) + (is_32_bit ? ", 32 bits" : "") +
-                                  (root == kUser ? " (user)" : " (machine)"),
+      StartupEntry entry{.place = PlaceOf(run.key, root, is_32_bit),
                          .root = root,
                          .key = view + run.key,
                          .whose = is_32_bit ? k32Bit : CommandOf::kAnyProgram};
@@ -93,7 +99,7 @@ class Reader {
     RegistryValue value;
     for (uint32_t i = 0; !pause_() && key.ReadValueAt(i, entry.value, value); ++i) {
       if (value.type != kRegSz && value.type != kRegExpandSz) continue;
-      entry.name = entry.value.empty() ? "(Default)" : entry.value;
+      entry.name = entry.value.empty() ? Tr("(Default)") : entry.value;
       const std::string text = FromUtf16Bytes(value.bytes);
       entry.command = TrimBlanks(TrimNull(text));
       entry.since = since;
@@ -131,7 +137,7 @@ class Reader {
         if (!file.info.is_folder && !is_hidden) {
           AddFile({.kind = StartupKind::kFile,
                    .name = std::string(file.name),
-                   .place = place,
+                   .place = Tr(place),
                    .root = root,
                    .file = WithBackslash(folder) + std::string(file.name),
                    .approval = std::string(kApprovedKey) + "StartupFolder",
@@ -183,7 +189,7 @@ class Reader {
     }
     StartupEntry entry{.kind = StartupKind::kTask,
                        .name = name,
-                       .place = "Task",
+                       .place = Tr("Task"),
                        .file = path,
                        .is_on = task.is_on,
                        .since = file.last_write,
@@ -218,7 +224,7 @@ class Reader {
     StartupEntry entry{.kind = StartupKind::kService,
                        .name = is_plain(shown) && !shown.empty() ? shown + " (" + name + ")" : name,
                        .command = ReadText(key, "ImagePath"),
-                       .place = "Service",
+                       .place = Tr("Service"),
                        .root = kMachine,
                        .key = path,
                        .since = key.LastWrite(),

@@ -22,7 +22,7 @@ struct StartupEntry {
   StartupKind kind = StartupKind::kValue;
   std::string name = {};
   std::string command = {};  // as it is written there; of a shortcut what it leads to
-  std::string place = {};    // "Run (user)"
+  std::string place = {};    // "Run (user)", for the window
   RegistryRoot root = RegistryRoot::kCurrentUser;
   std::string key = {};       // that holds it, "" for a file
   std::string value = {};     // its name in the key

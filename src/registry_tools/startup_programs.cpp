@@ -5,6 +5,7 @@
 #include "platform/file_version.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "registry_tools/startup_approval.h"
 #include "registry_tools/startup_entries.h"
 #include "registry_tools/tool_parts.h"
@@ -12,16 +13,19 @@
 namespace quellix {
 namespace {
 
-constexpr ScanColumn kColumns[] = {{"Name"},  {"Command"}, {"Publisher"}, {"Description"},
-                                   {"State"}, {"Place"},   {"Since"}};
+constexpr ScanColumn kColumns[] = {{Mark("Name")},        {Mark("Command")}, {Mark("Publisher")},
+                                   {Mark("Description")}, {Mark("State")},   {Mark("Place")},
+                                   {Mark("Since")}};
 constexpr size_t kState = 4, kSince = 6;
 constexpr ScanAction kActions[] = {ScanAction::kEnable, ScanAction::kDisable};
 
-constexpr const char* kOfTask = "Tasks are only read here: Windows' task scheduler changes them.";
-constexpr const char* kOfService = "Services are only read here: Windows' own list changes them.";
+constexpr const char* kOfTask =
+    Mark("Tasks are only read here: Windows' task scheduler changes them.");
+constexpr const char* kOfService =
+    Mark("Services are only read here: Windows' own list changes them.");
 
-std::string CountOf(size_t count, const char* what) {
-  return count == 0 ? "" : ", " + std::to_string(count) + what;
+std::string AskToDelete(uint64_t count, const std::string& shown) {
+  return TrN("Delete %1 start-up entry?", "Delete %1 start-up entries?", count, shown);
 }
 
 class StartupPrograms : public RegistryScan {
@@ -58,7 +62,7 @@ class StartupPrograms : public RegistryScan {
 };
 
 void StartupPrograms::ScanRegistry() {
-  SetStatus("Looking for what starts with Windows...");
+  SetStatus(Tr("Looking for what starts with Windows..."));
   judge_.emplace(machine());
   versions_.clear();
   StartupEntries read = ReadStartupEntries(machine(), [this](const Progress&) { return Stops(); });
@@ -105,7 +109,8 @@ std::string StartupPrograms::TimeText(int64_t time) const {
 }
 
 std::string StartupPrograms::StateText(const StartupEntry& entry, RowMark mark) {
-  return std::string(entry.is_on ? "On" : "Off") + (mark == RowMark::kOrphaned ? ", missing" : "");
+  if (mark == RowMark::kOrphaned) return entry.is_on ? Tr("On, missing") : Tr("Off, missing");
+  return entry.is_on ? Tr("On") : Tr("Off");
 }
 
 void StartupPrograms::AddEntry(size_t number) {
@@ -131,8 +136,8 @@ void StartupPrograms::AddEntry(size_t number) {
   row.file = !target.file.empty() ? target.file : entry.file;
   row.entry = number;
   if (entry.kind == StartupKind::kFile) row.own_file = entry.file;
-  if (entry.kind == StartupKind::kTask) row.why_stays = kOfTask;
-  if (entry.kind == StartupKind::kService) row.why_stays = kOfService;
+  if (entry.kind == StartupKind::kTask) row.why_stays = Tr(kOfTask);
+  if (entry.kind == StartupKind::kService) row.why_stays = Tr(kOfService);
   AddJudged(std::move(row), mark);
 }
 
@@ -142,7 +147,7 @@ void StartupPrograms::Do(ScanAction action, ScanRow& row) {
   const WindowsVersion version = machine().system.Version();
   if (version.major < 6 || (version.major == 6 && version.minor < 2))
     throw NotAvailable(
-        "This Windows cannot switch start-up programs off: that came with Windows 8.");
+        Say("This Windows cannot switch start-up programs off: that came with Windows 8."));
   const bool is_on = action == ScanAction::kEnable;
   const std::string name = entry.kind == StartupKind::kFile ? entry.name : entry.value;
   KeepValue(entry.root, entry.approval, name);
@@ -153,7 +158,7 @@ void StartupPrograms::Do(ScanAction action, ScanRow& row) {
   key->Flush();
   const auto stored = key->QueryValue(name);
   if (!stored || stored->bytes != approval.bytes)
-    throw Error(Error::Kind::kOther, "It was switched and is as it was: " + entry.name);
+    throw Error(Error::Kind::kOther, Say("It was switched and is as it was: %1", entry.name));
   entry.is_on = is_on;
   if (!is_on) entry.since = now;
   row.texts[kState] = StateText(entry, row.mark);
@@ -166,24 +171,26 @@ std::string StartupPrograms::Recounted() const {
   };
   const size_t off = count([this](const ScanRow& row) { return !entries_[row.entry].is_on; });
   const size_t gone = count([](const ScanRow& row) { return row.mark == RowMark::kOrphaned; });
-  return std::to_string(rows().size()) + " start-up entries" +
-         CountOf(gone, " without their program") + CountOf(off, " switched off") + NotJudged() +
-         CountOf(unread_,
-                 unread_ == 1 ? " could not be read: " : " could not be read, the first: ") +
-         first_unread_;
+  const size_t all = rows().size();
+  const std::string gone_text = std::to_string(gone), off_text = std::to_string(off);
+  return JoinParts(
+      {TrN("%1 start-up entries", "%1 start-up entries", all, std::to_string(all)),
+       PartOf(gone, TrN("%1 without their program", "%1 without their program", gone, gone_text)),
+       PartOf(off, TrN("%1 switched off", "%1 switched off", off, off_text)), NotJudged(),
+       PartOf(unread_, TrN("%1 could not be read: %2", "%1 could not be read, the first: %2",
+                           unread_, std::to_string(unread_), first_unread_))});
 }
 
 }  // namespace
 
 const ScanTraits kStartupTraits = {.name = "startup",
-                                   .title = "Start-up programs",
+                                   .title = Mark("Start-up programs"),
                                    .columns = kColumns,
                                    .ticks = false,
                                    .keeps_stayed = true,
                                    .looks_again = true,
                                    .actions = kActions,
-                                   .one = " start-up entry",
-                                   .many = " start-up entries"};
+                                   .question = AskToDelete};
 
 std::unique_ptr<RegistryScan> MakeStartupPrograms(const Machine& machine, ScanView& view) {
   return std::make_unique<StartupPrograms>(machine, view);

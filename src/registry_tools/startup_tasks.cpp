@@ -2,6 +2,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "registry_tools/xml_reader.h"
 #include "search/folder_walk.h"
 
@@ -26,7 +27,7 @@ class TaskReader {
       if (path == "Task/RegistrationInfo/Description") task_.description = PlainText(text);
       Action(path, text);
     });
-    if (!is_task) throw Error(Error::Kind::kOther, "The file holds no task.");
+    if (!is_task) throw Error(Error::Kind::kOther, Say("The file holds no task."));
     return std::move(task_);
   }
 

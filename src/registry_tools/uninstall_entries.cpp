@@ -3,6 +3,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "registry_tools/file_reference.h"
 #include "registry_tools/installer_packages.h"
 #include "registry_tools/tool_parts.h"
@@ -18,15 +19,19 @@ using State = CommandTarget::State;
 constexpr const char* kViews[] = {
     "Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall",
     "Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall"};
-constexpr ScanColumn kColumns[] = {
-    {"Name"},  {"Version"},          {"Publisher"}, {"Installed"}, {"Size in KB", true},
-    {"State"}, {"Uninstall command"}};
+constexpr ScanColumn kColumns[] = {{Mark("Name")},
+                                   {Mark("Version")},
+                                   {Mark("Publisher")},
+                                   {Mark("Installed")},
+                                   {Mark("Size in KB"), true},
+                                   {Mark("State")},
+                                   {Mark("Uninstall command")}};
 constexpr ScanAction kActions[] = {ScanAction::kStart};
 
-constexpr const char* kNoUninstaller = "uninstaller missing";
-constexpr const char* kNoPackage = "installer package missing";
-constexpr const char* kNoFolder = "folder missing";
-constexpr const char* kNoProduct = "package of no product";
+constexpr const char* kNoUninstaller = Mark("uninstaller missing");
+constexpr const char* kNoPackage = Mark("installer package missing");
+constexpr const char* kNoFolder = Mark("folder missing");
+constexpr const char* kNoProduct = Mark("package of no product");
 
 // "20240131" as "2024-01-31".
 std::string DateText(const std::string& text) {
@@ -51,6 +56,10 @@ std::string ProductIn(const CommandTarget& target) {
   if (!EqualsNoCase(NamePart(target.program), "msiexec.exe")) return {};
   const size_t start = target.arguments.find('{');
   return start == std::string::npos ? "" : target.arguments.substr(start, 38);
+}
+
+std::string AskToDelete(uint64_t count, const std::string& shown) {
+  return TrN("Delete %1 uninstall entry?", "Delete %1 uninstall entries?", count, shown);
 }
 
 class UninstallEntries : public RegistryScan {
@@ -97,7 +106,7 @@ class UninstallEntries : public RegistryScan {
 };
 
 void UninstallEntries::ScanRegistry() {
-  SetStatus("Scanning registry...");
+  SetStatus(Tr("Scanning registry..."));
   judge_.emplace(machine());
   targets_.clear();
   unread_ = 0;
@@ -160,16 +169,16 @@ void UninstallEntries::AddEntry(const Place& place) {
 
 std::string UninstallEntries::WhatIsMissing(RegistryKey& key, const Place& place,
                                             const CommandTarget& target) {
-  if (target.state == State::kGone) return kNoUninstaller;
+  if (target.state == State::kGone) return Tr(kNoUninstaller);
   std::string code = ProductIn(target);
   if (code.empty() && ReadNumber(key, "WindowsInstaller") == 1) code = NamePart(place.key);
   const std::string packed = PackedCode(code);
   if (!packed.empty() && packages_.is_whole && !HasPackage(machine(), packages_, packed))
-    return kNoPackage;
+    return Tr(kNoPackage);
   std::string folder = ReadFolderValue(machine(), key, "InstallLocation");
   std::erase(folder, '"');
   const CommandTarget there = judge_->JudgePath(WithoutBackslash(folder), place.whose);
-  return there.state == State::kGone ? kNoFolder : "";
+  return there.state == State::kGone ? Tr(kNoFolder) : "";
 }
 
 void UninstallEntries::AddPackages() {
@@ -186,8 +195,13 @@ void UninstallEntries::AddPackages() {
 void UninstallEntries::AddPackage(const std::string& path, const FileInfo& file) {
   if (!WhyNeeded(machine(), packages_, path).empty()) return;
   ScanRow row;
-  row.texts = {std::string(NamePart(path)),         "",         "", DayText(file.last_write),
-               SizeText((file.size + 1023) / 1024), kNoProduct, ""};
+  row.texts = {std::string(NamePart(path)),
+               "",
+               "",
+               DayText(file.last_write),
+               SizeText((file.size + 1023) / 1024),
+               Tr(kNoProduct),
+               ""};
   row.root = RegistryRoot::kLocalMachine;
   row.file = row.own_file = path;
   row.own_claim = Claim::kPackage;
@@ -201,7 +215,7 @@ std::string UninstallEntries::WhyChanged(const ScanRow& row) {
   std::string why = RegistryScan::WhyChanged(row);
   if (!why.empty() || row.own_file.empty()) return why;
   const InstallerPackages now = ReadInstallerPackages(machine(), {});
-  if (!now.is_whole) return "What the Windows Installer knows could not be read.";
+  if (!now.is_whole) return Tr("What the Windows Installer knows could not be read.");
   return WhyNeeded(machine(), now, row.own_file);
 }
 
@@ -210,15 +224,15 @@ std::string UninstallEntries::QuestionForAction(ScanAction, size_t index) const 
   const CommandTarget& target = targets_[row(index).entry];
   const std::string rights =
       machine().session.HasAdministratorRights()
-          ? "It runs with administrator rights, as this program does now."
-          : "It runs with your rights; Windows asks you where it wants more.";
-  return "Start the uninstaller of " + OneLine(row(index).texts[0]) +
-         "?\n\nProgram: " + OneLine(target.program) + "\nCommand line: \"" +
-         OneLine(target.program) + "\" " + OneLine(target.arguments) + "\n" +
-         (EqualsNoCase(target.program, target.file)
-              ? ""
-              : "Carries out: " + OneLine(target.file) + "\n") +
-         "\n" + rights;
+          ? Tr("It runs with administrator rights, as this program does now.")
+          : Tr("It runs with your rights; Windows asks you where it wants more.");
+  const std::string name = OneLine(row(index).texts[0]), program = OneLine(target.program);
+  const std::string line = "\"" + program + "\" " + OneLine(target.arguments);
+  std::string question = Tr("Start the uninstaller of %1?", name) + "\n\n" +
+                         Tr("Program: %1", program) + "\n" + Tr("Command line: %1", line) + "\n";
+  if (!EqualsNoCase(target.program, target.file))
+    question += Tr("Carries out: %1", OneLine(target.file)) + "\n";
+  return question + "\n" + rights;
 }
 
 std::string UninstallEntries::DayText(int64_t time) const {
@@ -238,26 +252,26 @@ std::string UninstallEntries::Recounted() const {
   };
   const size_t packages = count([](const ScanRow& row) { return !row.own_file.empty(); });
   const size_t dead = count([](const ScanRow& row) { return row.mark == RowMark::kOrphaned; });
-  const auto part = [](size_t number, const char* what) {
-    return number == 0 ? "" : ", " + std::to_string(number) + what;
-  };
-  return std::to_string(rows().size() - packages) + " programs" +
-         part(dead - packages, " that cannot be removed any more") +
-         part(packages, " packages of no product") + NotJudged() +
-         part(unread_, " could not be read");
+  const size_t programs = rows().size() - packages, stuck = dead - packages;
+  return JoinParts(
+      {TrN("%1 programs", "%1 programs", programs, std::to_string(programs)),
+       PartOf(stuck, TrN("%1 that cannot be removed any more", "%1 that cannot be removed any more",
+                         stuck, std::to_string(stuck))),
+       PartOf(packages, TrN("%1 packages of no product", "%1 packages of no product", packages,
+                            std::to_string(packages))),
+       NotJudged(), PartOf(unread_, Unread(unread_))});
 }
 
 }  // namespace
 
 const ScanTraits kUninstallTraits = {.name = "uninstall",
-                                     .title = "Installed programs",
+                                     .title = Mark("Installed programs"),
                                      .columns = kColumns,
                                      .ticks = false,
                                      .keeps_stayed = true,
                                      .looks_again = true,
                                      .actions = kActions,
-                                     .one = " uninstall entry",
-                                     .many = " uninstall entries"};
+                                     .question = AskToDelete};
 
 std::unique_ptr<RegistryScan> MakeUninstallEntries(const Machine& machine, ScanView& view) {
   return std::make_unique<UninstallEntries>(machine, view);

@@ -13,8 +13,8 @@ namespace {
 constexpr size_t kMostLevels = 64;
 constexpr std::string_view kSpaces = " \t\r\n";
 
-[[noreturn]] void Refuse(const char* why) {
-  throw Error(Error::Kind::kOther, std::string("The file is no XML document: ") + why);
+[[noreturn]] void Refuse(const Sentence& why) {
+  throw Error(Error::Kind::kOther, Say("The file is no XML document: %1", why));
 }
 
 std::string Decoded(std::string_view bytes) {
@@ -39,7 +39,7 @@ std::string CharacterOf(std::string_view number) {
   const char* const end = number.data() + number.size();
   const auto read = std::from_chars(number.data(), end, code, is_hex ? 16 : 10);
   if (read.ec != std::errc() || read.ptr != end || code == 0 || code > 0x10FFFF)
-    Refuse("a character in it has no such number.");
+    Refuse(Say("a character in it has no such number."));
   std::u16string text;
   if (code > 0xFFFF) text += static_cast<char16_t>(0xD7C0 + (code >> 10));
   text += static_cast<char16_t>(code > 0xFFFF ? 0xDC00 + (code & 0x3FF) : code);
@@ -52,7 +52,7 @@ std::string EntityOf(std::string_view name) {
   if (name.starts_with('#')) return CharacterOf(name);
   const auto* const known =
       std::ranges::find(kEntities, name, &std::pair<std::string_view, const char*>::first);
-  if (known == std::end(kEntities)) Refuse("it uses a name that XML does not know.");
+  if (known == std::end(kEntities)) Refuse(Say("it uses a name that XML does not know."));
   return known->second;
 }
 
@@ -67,7 +67,7 @@ class Reader {
       rest_.remove_prefix(markup);
       if (!rest_.empty()) ReadMarkup();
     }
-    if (!open_.empty()) Refuse("it ends too early.");
+    if (!open_.empty()) Refuse(Say("it ends too early."));
   }
 
  private:
@@ -84,7 +84,7 @@ class Reader {
       all += text.substr(0, start);
       if (start == text.npos) return;
       const size_t end = text.find(';', start);
-      if (end == text.npos) Refuse("an & has no end.");
+      if (end == text.npos) Refuse(Say("an & has no end."));
       all += EntityOf(text.substr(start + 1, end - start - 1));
       text.remove_prefix(end + 1);
     }
@@ -100,7 +100,7 @@ class Reader {
     } else if (rest_.starts_with("<?")) {
       Take(2, "?>");
     } else if (rest_.starts_with("<!")) {
-      Refuse("it defines its own entities.");
+      Refuse(Say("it defines its own entities."));
     } else {
       ReadTag();
     }
@@ -109,7 +109,7 @@ class Reader {
   // Behind a beginning up to an end, which is taken as well.
   std::string_view Take(size_t begins, std::string_view ends) {
     const size_t end = rest_.find(ends, begins);
-    if (end == rest_.npos) Refuse("it ends too early.");
+    if (end == rest_.npos) Refuse(Say("it ends too early."));
     const std::string_view taken = rest_.substr(begins, end - begins);
     rest_.remove_prefix(end + ends.size());
     return taken;
@@ -127,7 +127,7 @@ class Reader {
         quote = 0;
       }
     }
-    Refuse("it ends too early.");
+    Refuse(Say("it ends too early."));
   }
 
   void ReadTag() {
@@ -140,19 +140,20 @@ class Reader {
     if (is_empty) tag.remove_suffix(1);
     std::string_view name = tag.substr(0, tag.find_first_of(kSpaces));
     if (const size_t prefix = name.find(':'); prefix != name.npos) name.remove_prefix(prefix + 1);
-    if (name.empty()) Refuse("an element has no name.");
+    if (name.empty()) Refuse(Say("an element has no name."));
     if (!closes) Begin(name);
     if (closes || is_empty) End(name);
   }
 
   void Begin(std::string_view name) {
-    if (open_.size() == kMostLevels) Refuse("it is nested too deep.");
+    if (open_.size() == kMostLevels) Refuse(Say("it is nested too deep."));
     open_.push_back({path_.size(), std::string(name), ""});
     path_.append(path_.empty() ? "" : "/").append(name);
   }
 
   void End(std::string_view name) {
-    if (open_.empty() || open_.back().name != name) Refuse("an element ends that did not begin.");
+    if (open_.empty() || open_.back().name != name)
+      Refuse(Say("an element ends that did not begin."));
     ended_(path_, std::string(Trimmed(open_.back().text)));
     path_.resize(open_.back().path_length);
     open_.pop_back();

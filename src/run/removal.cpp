@@ -184,7 +184,8 @@ bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::strin
     context.state.SomeFilesLocked = true;
   } catch (const Error& error) {
     if (reason != nullptr) {
-      *reason = error.kind() == Error::Kind::kKept ? KeptSentence(error.what()) : error.what();
+      *reason =
+          error.kind() == Error::Kind::kKept ? KeptSentence(error.what()).english : error.what();
     }
     NoteStayed(context.state, path, WhyItStays(context, working, path, error), error.kind(),
                info.value_or(FileInfo{}));

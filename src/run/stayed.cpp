@@ -104,8 +104,8 @@ void NoteKept(RunState& state, std::string_view path, std::string_view line) {
   NoteKept(state, {.place = std::string(path)}, line);
 }
 
-std::string KeptSentence(std::string_view line) {
-  return "It is kept by the line " + std::string(line) + " of your keep list.";
+Sentence KeptSentence(std::string_view line) {
+  return Say("It is kept by the line %1 of your keep list.", line);
 }
 
 std::vector<std::string_view> StayedSentences(const RunState& state) {

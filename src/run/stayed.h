@@ -37,7 +37,7 @@ void NoteKept(RunState& state, RunEntry entry, std::string_view line);
 void NoteKept(RunState& state, std::string_view path, std::string_view line);
 
 // What is said of one thing that a line of the keep list keeps.
-std::string KeptSentence(std::string_view line);
+Sentence KeptSentence(std::string_view line);
 
 // What is to be said when files stayed: one sentence or two, or none.
 std::vector<std::string_view> StayedSentences(const RunState& state);

@@ -44,7 +44,7 @@ TEST_F(RegistryEraserTest, OnlyWhatIsNamedGoesAndWhatStaysIsTold) {
     const Erasure first = Erase({target});
     EXPECT_EQ(first.gone, gone);
     EXPECT_EQ(first.stayed, stayed);
-    EXPECT_EQ(first.problem.empty(), stayed == 0) << first.problem;
+    EXPECT_EQ(first.problem.empty(), stayed == 0) << first.problem.english;
     EXPECT_EQ(UserPicture().size(), left);
     const Erasure again = Erase({target});
     EXPECT_EQ(again.gone, 0u);
@@ -89,7 +89,7 @@ TEST_F(RegistryEraserTest, ALinkStaysWithAllThatItLeadsTo) {
   const Erasure erasure = RegistryEraser(linked, RegistryEraser::OnError::kSilent)
                               .Erase({Kind::kTree, kUser, "Qx1\\link", ""});
   EXPECT_EQ(erasure.stayed, 1u);
-  EXPECT_EQ(erasure.problem, "Qx1\\link leads to another key.");
+  EXPECT_EQ(erasure.problem.english, "Qx1\\link leads to another key.");
   EXPECT_EQ(machine->ValueNames(kUser, "Qx1\\link"), Names{"v"});
 }
 
@@ -135,7 +135,8 @@ TEST_F(RegistryEraserTest, WhatIsThereAgainIsToldAsStayed) {
     const Erasure erasure = RegistryEraser(undone, RegistryEraser::OnError::kSilent)
                                 .Erase({kind, kUser, "Qx1\\key", "v"});
     EXPECT_EQ(erasure.gone, 0u);
-    EXPECT_EQ(erasure.problem.find("It was deleted and is there again"), 0u) << erasure.problem;
+    EXPECT_EQ(erasure.problem.english.find("It was deleted and is there again"), 0u)
+        << erasure.problem.english;
   }
 }
 
@@ -145,7 +146,7 @@ TEST_F(RegistryEraserTest, ASubKeyThatStaysKeepsItsHolderAndNoNeighbour) {
   const Erasure erasure = RegistryEraser(denying, RegistryEraser::OnError::kSilent)
                               .Erase({Kind::kTree, kUser, "Qx1", ""});
   EXPECT_EQ(erasure.stayed, 1u);
-  EXPECT_EQ(erasure.problem, "It is denied.");
+  EXPECT_EQ(erasure.problem.english, "It is denied.");
   EXPECT_TRUE(machine->KeyExists(kUser, "Qx1\\denied") && !machine->KeyExists(kUser, "Qx1\\other"));
 }
 
@@ -193,7 +194,7 @@ TEST_F(RegistryEraserTest, TheGuardKnowsAKeyByWhatItIs) {
   if (system->IsLink("CurrentControlSet")) {
     const Erasure erasure = Erase({{Kind::kTree, kMachine, "SYSTEM\\CurrentControlSet", ""}});
     EXPECT_EQ(erasure.stayed, 1u);
-    EXPECT_TRUE(Holds(erasure.problem, " leads to another key."));
+    EXPECT_TRUE(Holds(erasure.problem.english, " leads to another key."));
     EXPECT_TRUE(machine->KeyExists(kMachine, "SYSTEM\\ControlSet001" + probe)) << "unguarded";
   }
   for (const char* set : {"SYSTEM\\ControlSet001", "SYSTEM\\CurrentControlSet"})
