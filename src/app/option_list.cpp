@@ -92,7 +92,7 @@ std::string WhyNoUserFile(const Machine& machine, std::string_view path) {
   }
   const auto folder = OpenForList(machine, FolderPart(path));
   if (!folder) return {};
-  why = LoadPlaces(machine).WhyNotFile(*folder, path, Claim::kOwnList);
+  why = LoadPlaces(machine).WhyNotFile(*folder, path, Claim::kOwnList).shown;
   return why.empty() ? why : std::string(path) + " cannot be cleaned: " + why;
 }
 
@@ -105,7 +105,7 @@ std::string WhyNoUserFolder(const Machine& machine, std::string_view path) {
   }
   const auto folder = OpenForList(machine, path);
   if (!folder) return {};
-  why = LoadPlaces(machine).WhyNot(*folder, "*.*", true, Claim::kOwnList);
+  why = LoadPlaces(machine).WhyNot(*folder, "*.*", true, Claim::kOwnList).shown;
   return why.empty() ? why : std::string(path) + " cannot be cleaned: " + why;
 }
 

@@ -78,7 +78,7 @@ std::string DetailsOf(const ListedRecipe& recipe) {
 // What is found of the lists, or why nothing is.
 std::string Told(const RecipeLists& lists, size_t found) {
   std::string told;
-  for (const std::string& problem : lists.problems) told += problem + " ";
+  for (const Sentence& problem : lists.problems) told += problem.shown + " ";
   const std::string count = std::to_string(lists.recipes.size());
   if (lists.paths.empty()) {
     if (!told.empty()) told.pop_back();

@@ -157,9 +157,9 @@ bool Restorer::MayWrite(const ZipEntry& entry, const std::string& name, const Fi
   if (there.is_folder) {
     throw Error(Error::Kind::kOther, path + " is not restored: there is a folder of this name.");
   }
-  const std::string reason = target_.places.WhyNotFile(*folder_, path, Claim::kOwnList);
+  const Sentence reason = target_.places.WhyNotFile(*folder_, path, Claim::kOwnList);
   if (!reason.empty()) {
-    throw Error(Error::Kind::kDenied, path + " is not restored, as " + reason);
+    throw Error(Error::Kind::kDenied, Say("%1 is not restored, as %2", path, reason));
   }
   if (target_.mode == OverwriteMode::kNewer) {
     return LastWriteOf(entry, machine_.system) > there.last_write;

@@ -7,6 +7,7 @@
 #include "platform/locale.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "settings/settings.h"
 
 namespace quellix {
@@ -83,16 +84,20 @@ void CacheList::LoadCacheEntries(CacheKind kind, const Pause& pause) {
   try {
     machine_.url_cache.Enumerate([&](const UrlCacheEntry& entry) {
       if (pause()) {
-        problem_ = "Reading the cache was stopped; this is what was read.";
+        problem_ = Tr("Reading the cache was stopped; this is what was read.");
         return false;
       }
       if ((entry.type & mask) == mask) rows_.push_back(ToCacheRow(entry));
       return true;
     });
   } catch (const Error& error) {
-    problem_ = error.what();
+    problem_ = Shown(error);
   }
   if (sorted_by_) Order();
+}
+
+std::string CacheList::Status() const {
+  return TrN("%1 entries", "%1 entries", rows_.size(), std::to_string(rows_.size()));
 }
 
 std::string CacheList::Text(size_t row, CacheColumn column) const {
@@ -161,8 +166,9 @@ size_t CacheList::CheckedCount() const {
 
 std::string CacheList::QuestionFor(size_t count) const {
   if (count == 0 || !Settings(machine_).Load().ask) return {};
-  return "Delete " + FormatCount(count, machine_.system.UserLocale()) +
-         (count == 1 ? " entry" : " entries") + " of the Internet cache for good?";
+  return TrN("Delete %1 entry of the Internet cache for good?",
+             "Delete %1 entries of the Internet cache for good?", count,
+             FormatCount(count, machine_.system.UserLocale()));
 }
 
 void CacheList::Delete(const Pause& pause, const std::function<bool(size_t row)>& goes) {

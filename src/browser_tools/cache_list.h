@@ -73,7 +73,7 @@ class CacheList {
   // no question, and for none.
   std::string QuestionFor(size_t count) const;
 
-  std::string Status() const { return std::to_string(rows_.size()) + " entries"; }
+  std::string Status() const;
   // Why the list is not complete; "" when it is.
   const std::string& problem() const { return problem_; }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -31,7 +32,7 @@ std::string_view WholeCharacters(std::string_view bytes) {
 std::string ToText(std::string_view bytes, bool cut_off, System& system) {
   if (bytes.starts_with("\xFF\xFE")) return FromUtf16Bytes(bytes.substr(2));
   if (bytes.find('\0') != std::string_view::npos) {
-    return "The file of this entry is neither a text nor a picture.";
+    return Tr("The file of this entry is neither a text nor a picture.");
   }
   return DecodeText(cut_off ? WholeCharacters(bytes) : bytes, system);
 }
@@ -54,13 +55,12 @@ bool IsCacheRecord(std::string_view source) {
 std::string DescribeCacheRecord(std::string_view source) {
   const std::string_view rest = TrimBlanks(source.substr(source.find(':') + 1));
   const size_t at = rest.find('@');
-  if (at == std::string_view::npos) return "Address: " + std::string(rest);
-  return "User: " + std::string(rest.substr(0, at)) +
-         "\nAddress: " + std::string(rest.substr(at + 1));
+  if (at == std::string_view::npos) return Tr("Address: %1", rest);
+  return Tr("User: %1", rest.substr(0, at)) + "\n" + Tr("Address: %1", rest.substr(at + 1));
 }
 
 CacheContent ReadCacheContent(const Machine& machine, const UrlCacheEntry& entry) {
-  if (entry.local_file.empty()) return {.text = "This entry has no file.", .picture = {}};
+  if (entry.local_file.empty()) return {.text = Tr("This entry has no file."), .picture = {}};
   try {
     const auto file = machine.files.Open(entry.local_file, OpenMode::kRead);
     std::string bytes(kShown, '\0');
@@ -69,7 +69,7 @@ CacheContent ReadCacheContent(const Machine& machine, const UrlCacheEntry& entry
     return {.text = OneLineEnd(ToText(bytes, file->Size() > bytes.size(), machine.system)),
             .picture = {}};
   } catch (const Error& error) {
-    return {.text = error.what(), .picture = {}};
+    return {.text = Shown(error), .picture = {}};
   }
 }
 

@@ -179,7 +179,7 @@ class BookmarkReader {
   void Begin(Bookmark bookmark) {
     Finish();
     if (all_.size() >= kMost)
-      throw Error(Error::Kind::kOther, "The file holds more bookmarks than can be listed.");
+      throw Error(Error::Kind::kOther, Say("The file holds more bookmarks than can be listed."));
     bookmark.place = Place();
     all_.push_back(std::move(bookmark));
     title_.emplace();

@@ -56,13 +56,13 @@ std::string AsBrowsersRead(std::string_view address, size_t scheme) {
 
 // Why an address leads nowhere; "" for one that may, whatever opens it.
 std::string WhyMalformed(std::string_view address) {
-  if (address.empty()) return "it holds no address";
+  if (address.empty()) return Tr("it holds no address");
   const std::string scheme = SchemeOf(address);
-  if (scheme.empty()) return "http: or the like is missing before it";
+  if (scheme.empty()) return Tr("http: or the like is missing before it");
   const bool is_web = scheme == "http" || scheme == "https";
   if (is_web && !ParseUrl(AsBrowsersRead(address, scheme.size())))
-    return "its address is none of the web";
-  if (address.size() == scheme.size() + 1) return "its address ends behind its beginning";
+    return Tr("its address is none of the web");
+  if (address.size() == scheme.size() + 1) return Tr("its address ends behind its beginning");
   return {};
 }
 
@@ -83,20 +83,20 @@ std::vector<std::string> FoldersIn(FileSystem& files, const std::string& folder)
   std::vector<std::string> below;
   const bool is_listed = files.Enumerate(folder, Detail::kKind, [&](const Entry& entry) {
     if (!entry.info.is_folder || entry.info.is_link)
-      throw Error(Error::Kind::kNotEmpty, "It is no longer empty.");
+      throw Error(Error::Kind::kNotEmpty, Say("It is no longer empty."));
     below.push_back(folder + "\\" + std::string(entry.name));
     return true;
   });
-  if (!is_listed) throw Error(Error::Kind::kMissing, "It is no longer there.");
+  if (!is_listed) throw Error(Error::Kind::kMissing, Say("It is no longer there."));
   return below;
 }
 
 void RequireMayGo(CleaningContext& context, const std::string& path) {
   const std::unique_ptr<Folder> folder = context.machine.files.OpenFolder(path);
-  if (!folder) throw Error(Error::Kind::kMissing, "It is no longer there.");
+  if (!folder) throw Error(Error::Kind::kMissing, Say("It is no longer there."));
   const std::string_view line = KeepOf(context).ForFolder(folder->Id(), folder->Above());
   if (!line.empty()) throw Error(Error::Kind::kKept, std::string(line));
-  const std::string why = PlacesOf(context).WhyNot(*folder, "*.*", true, Claim::kOwnList);
+  const Sentence why = PlacesOf(context).WhyNot(*folder, "*.*", true, Claim::kOwnList);
   if (!why.empty()) throw Error(Error::Kind::kDenied, why);
 }
 
@@ -112,25 +112,25 @@ void RemoveEmptyFolder(CleaningContext& context, const std::string& path) {
   }
   RemovePendingFolders(context, list);
   if (context.machine.files.Look(path, Detail::kKind))
-    throw Error(Error::Kind::kDenied, "It could not be removed.");
+    throw Error(Error::Kind::kDenied, Say("It could not be removed."));
 }
 
 std::string AddressIn(const Machine& machine, const std::string& path) {
   const auto bytes = machine.files.ReadWholeFile(path, kLargestShortcut);
-  if (!bytes) throw Error(Error::Kind::kMissing, "It is no longer there.");
+  if (!bytes) throw Error(Error::Kind::kMissing, Say("It is no longer there."));
   return ReadUrlFile(*bytes, machine.system);
 }
 
 // What no longer is what is listed stays. Throws Error.
 void RequireSame(const Machine& machine, const FavoriteRow& row) {
   const auto info = machine.files.Look(row.path, Detail::kSize);
-  if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
+  if (!info) throw Error(Error::Kind::kMissing, Say("It is no longer there."));
   if (info->size > kLargestShortcut && row.address.empty()) return;
   if (AddressIn(machine, row.path) != row.address)
-    throw Error(Error::Kind::kOther, "It holds another address by now.");
+    throw Error(Error::Kind::kOther, Say("It holds another address by now."));
 }
 
-// Why a row stays; "" when it is gone, or the user has stopped.
+// Why a row stays, for the window; "" when it is gone, or the user has stopped.
 std::string RemoveRow(CleaningContext& context, const FavoriteRow& row) {
   context.state.Entries->BeginRule("Favorites");
   try {
@@ -139,9 +139,9 @@ std::string RemoveRow(CleaningContext& context, const FavoriteRow& row) {
       return {};
     }
     RequireSame(context.machine, row);
-    std::string reason;
+    Sentence reason;
     if (RemoveFile(context, row.path, Claim::kOwnList, &reason)) return {};
-    return reason.empty() ? "It stays." : reason;
+    return reason.empty() ? Tr("It stays.") : reason.shown;
   } catch (const Error& error) {
     return error.kind() == Error::Kind::kKept ? KeptSentence(error.what()).shown : Shown(error);
   }
@@ -188,7 +188,7 @@ void Favorites::Load(const Pause& pause) {
       ++root_;
     }
   } catch (const Error& error) {
-    TellProblem(error.what());
+    TellProblem(Shown(error));
   }
   Judge();
 }
@@ -197,7 +197,7 @@ void Favorites::Load(const Pause& pause) {
 bool Favorites::IsToBeRead(const std::string& folder, const std::string& place) {
   constexpr ptrdiff_t kDeepest = 64;
   if (std::ranges::count(place, '\\') > kDeepest) {
-    TellProblem(folder + " lies too deep to be listed.");
+    TellProblem(Tr("%1 lies too deep to be listed.", folder));
     return false;
   }
   const std::unique_ptr<Folder> open = machine_.files.OpenFolder(folder);
@@ -218,7 +218,7 @@ bool Favorites::LoadFolder(const std::string& folder, const std::string& place,
       files.emplace_back(entry.name);
     return true;
   });
-  if (!is_listed) TellProblem(folder + " cannot be listed.");
+  if (!is_listed) TellProblem(Tr("%1 cannot be listed.", folder));
   has_files = has_files || !is_listed;
   const auto by_name = [](const std::string& a, const std::string& b) {
     return CompareNoCase(a, b) < 0;
@@ -243,7 +243,7 @@ bool Favorites::LoadFolder(const std::string& folder, const std::string& place,
                      .name = name,
                      .place = place,
                      .fault = FavoriteFault::kEmptyFolder,
-                     .note = "no file is in it",
+                     .note = Tr("no file is in it"),
                      .is_folder = true});
   }
   return has_files;
@@ -258,13 +258,13 @@ void Favorites::AddFile(const std::string& path, const std::string& place) {
     if (!info) return;
     if (info->size > kLargestShortcut) {
       row.fault = FavoriteFault::kUnreadable;
-      row.note = "its file is larger than any Internet shortcut";
+      row.note = Tr("its file is larger than any Internet shortcut");
     } else {
       row.address = AddressIn(machine_, path);
     }
   } catch (const Error& error) {
     row.fault = FavoriteFault::kUnreadable;
-    row.note = error.what();
+    row.note = Shown(error);
   }
   rows_.push_back(std::move(row));
 }
@@ -272,9 +272,9 @@ void Favorites::AddFile(const std::string& path, const std::string& place) {
 void Favorites::LoadBookmarks(std::string_view bytes, std::string_view file, const Pause& pause) {
   std::vector<Bookmark> bookmarks = ReadBookmarks(bytes, machine_.system, pause);
   if (bookmarks.empty()) {
-    throw Error(Error::Kind::kOther, std::string(file) +
-                                         " holds no bookmarks in the form that browsers export "
-                                         "(an HTML file).");
+    throw Error(Error::Kind::kOther, Say("%1 holds no bookmarks in the form that browsers export "
+                                         "(an HTML file).",
+                                         file));
   }
   rows_.clear();
   problem_.clear();
@@ -287,7 +287,7 @@ void Favorites::LoadBookmarks(std::string_view bytes, std::string_view file, con
                     .is_folder = bookmark.is_folder};
     if (row.is_folder) {
       row.fault = FavoriteFault::kEmptyFolder;
-      row.note = "no address is in it";
+      row.note = Tr("no address is in it");
     }
     rows_.push_back(std::move(row));
   }
@@ -310,7 +310,8 @@ void Favorites::Judge() {
     if (is_first) continue;
     const FavoriteRow& twin = rows_[found->second];
     row.fault = FavoriteFault::kDuplicate;
-    row.note = "the same address as " + (twin.place.empty() ? "" : twin.place + "\\") + twin.name;
+    row.note =
+        Tr("the same address as %1", (twin.place.empty() ? "" : twin.place + "\\") + twin.name);
   }
 }
 
@@ -326,8 +327,10 @@ std::string Favorites::Text(size_t row, FavoriteColumn column) const {
     case FavoriteColumn::kState:
       break;
   }
-  std::string text = shown.note;
-  if (!shown.answer.text.empty()) text += (text.empty() ? "" : "; ") + shown.answer.text;
+  std::string text = shown.note.empty() ? shown.answer.text : shown.note;
+  if (!shown.note.empty() && !shown.answer.text.empty())
+    // TRANSLATORS: What is the matter with an address, and what came of asking for it.
+    text = Tr("%1; %2", shown.note, shown.answer.text);
   if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 32);
   return text;
 }
@@ -370,9 +373,13 @@ std::string Favorites::QuestionFor(size_t count) const {
   const bool backs_up = Settings(machine_).Load().RemovalMode == kBackUp;
   const bool has_folders = std::ranges::any_of(
       rows_, [](const FavoriteRow& row) { return row.checked && row.is_folder; });
-  return "Move " + std::to_string(count) + (count == 1 ? " favorite" : " favorites") +
-         (backs_up ? " into a backup?" : " into the recycle bin?") +
-         (has_folders ? " Empty folders are removed for good." : "");
+  const std::string number = std::to_string(count);
+  const std::string question = backs_up
+                                   ? TrN("Move %1 favorite into a backup?",
+                                         "Move %1 favorites into a backup?", count, number)
+                                   : TrN("Move %1 favorite into the recycle bin?",
+                                         "Move %1 favorites into the recycle bin?", count, number);
+  return has_folders ? question + " " + Tr("Empty folders are removed for good.") : question;
 }
 
 void Favorites::Delete(CleaningContext& context, const std::vector<size_t>& rows) {
@@ -415,8 +422,8 @@ std::string Favorites::Status() const {
   };
   const size_t addresses = count([](const FavoriteRow& row) { return !row.is_folder; });
   const size_t marked = count([](const FavoriteRow& row) { return row.IsMarked(); });
-  return std::to_string(addresses) + (addresses == 1 ? " address, " : " addresses, ") +
-         std::to_string(marked) + " marked";
+  return TrN("%1 address, %2 marked", "%1 addresses, %2 marked", addresses,
+             std::to_string(addresses), std::to_string(marked));
 }
 
 }  // namespace quellix

@@ -28,7 +28,7 @@ struct FavoriteRow {
   std::string place = {};  // its folder below the favorites, with "\" between; "" for the favorites
   std::string address = {};  // "" for a folder
   FavoriteFault fault = FavoriteFault::kNone;
-  std::string note = {};      // why, as a part of a sentence
+  std::string note = {};      // why, as a part of a sentence, for a window
   AddressAnswer answer = {};  // once it was asked for
   size_t root = 0;            // which of the folders that favorites are kept in
   bool is_folder = false;

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "platform/url.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -28,22 +29,22 @@ struct Asked {
 
 // Where a page was asked for, of an answer that needs no further request.
 AddressAnswer Judge(const Asked& asked, const HttpAnswer& answer) {
-  const std::string status = " (" + std::to_string(answer.status) + ")";
+  const std::string status = std::to_string(answer.status);
   if (answer.end != HttpEnd::kAnswered)
-    return {AddressAnswer::kUnreachable, HttpEndText(answer.end)};
+    return {AddressAnswer::kUnreachable, Tr(HttpEndText(answer.end))};
   const bool is_gone = answer.status == 404 || answer.status == 410;
   // Of where it leads for the moment, as a page to log on, nothing follows for itself.
   if (is_gone && (asked.hops == 0 || asked.has_moved))
-    return {AddressAnswer::kGone, "the page is gone" + status};
+    return {AddressAnswer::kGone, Tr("the page is gone (%1)", status)};
   if (is_gone)
-    return {AddressAnswer::kUnreachable, "it leads to a page that is not there" + status};
+    return {AddressAnswer::kUnreachable, Tr("it leads to a page that is not there (%1)", status)};
   if (answer.status == 401 || answer.status == 403)
-    return {AddressAnswer::kAnswers, "it lets nobody in unknown" + status};
+    return {AddressAnswer::kAnswers, Tr("it lets nobody in unknown (%1)", status)};
   if (!IsFine(answer.status))
-    return {AddressAnswer::kUnreachable, "the server has an error" + status};
+    return {AddressAnswer::kUnreachable, Tr("the server has an error (%1)", status)};
   if (asked.hops > 0 && asked.has_moved)
-    return {AddressAnswer::kMoved, "it has moved to " + RequestText(asked.url)};
-  return {AddressAnswer::kAnswers, "it answers"};
+    return {AddressAnswer::kMoved, Tr("it has moved to %1", RequestText(asked.url))};
+  return {AddressAnswer::kAnswers, Tr("it answers")};
 }
 
 class Asking {
@@ -62,7 +63,7 @@ class Asking {
         in_hand_.erase(id);
         Take(asked, answer);
       }
-      if (!pause({.done = done_, .total = addresses_.size(), .work = "Asking"})) continue;
+      if (!pause({.done = done_, .total = addresses_.size(), .work = Mark("Asking")})) continue;
       return http_.GiveUp();
     }
   }
@@ -109,13 +110,13 @@ class Asking {
     const auto next = Resolve(asked.url, answer.location);
     if (!next || !next->IsWeb())
       return Finish(asked,
-                    {AddressAnswer::kUnreachable, "it leads to what is not opened from here"});
+                    {AddressAnswer::kUnreachable, Tr("it leads to what is not opened from here")});
     // What lies on this machine or in its network no other may have asked for.
     if (MayBeNear(*next) && !MayBeNear(asked.url))
       return Finish(asked,
-                    {AddressAnswer::kUnreachable, "it leads to this machine or its network"});
+                    {AddressAnswer::kUnreachable, Tr("it leads to this machine or its network")});
     if (++asked.hops > kMostHops)
-      return Finish(asked, {AddressAnswer::kUnreachable, "it leads on and on"});
+      return Finish(asked, {AddressAnswer::kUnreachable, Tr("it leads on and on")});
     asked.has_moved = asked.has_moved && IsForGood(answer.status);
     asked.url = *next;
     Begin(asked);

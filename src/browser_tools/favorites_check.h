@@ -19,7 +19,7 @@ struct AddressAnswer {
     kUnreachable,  // the server, as things stand
   };
   State state = kNotAsked;
-  std::string text;  // "answers", "not found (404)"
+  std::string text;  // "it answers", for a window
 };
 
 // Asks for addresses of the web, at most eight at a time and ten seconds each: with HEAD, and where

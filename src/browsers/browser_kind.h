@@ -3,6 +3,8 @@
 #include <array>
 #include <string_view>
 
+#include "platform/words.h"
+
 namespace quellix {
 
 // What of a browser goes by itself.
@@ -20,25 +22,27 @@ enum class BrowserKind {
 struct BrowserKindText {
   BrowserKind kind;
   std::string_view key;    // on the console and in lists
-  std::string_view label;  // beside a box
+  std::string_view label;  // beside a box; named for the catalogues, as is what follows
   std::string_view cost;   // what its user loses besides traces, "" for nothing
   bool is_risky;           // that cannot be had again by any means
 };
 
 // In the order in which they are shown and cleaned.
 inline constexpr std::array<BrowserKindText, 8> kBrowserKinds = {{
-    {BrowserKind::kCache, "cache", "Cache", "", false},
-    {BrowserKind::kCookies, "cookies", "Cookies", "signs you out of web sites", false},
-    {BrowserKind::kHistory, "history", "History", "", false},
-    {BrowserKind::kDownloads, "downloads", "List of downloads", "", false},
-    {BrowserKind::kForms, "forms", "Saved form information",
-     "what you typed into forms is lost; saved addresses and cards stay", true},
-    {BrowserKind::kPasswords, "passwords", "Saved passwords", "saved passwords are lost", true},
-    {BrowserKind::kSessions, "sessions", "Open and closed tabs",
-     "tabs that were open are not opened again", true},
-    {BrowserKind::kSiteData, "sitedata", "Data of web sites",
-     "what web sites keep on this computer is lost, mail and documents of web applications among "
-     "it",
+    {BrowserKind::kCache, "cache", Mark("Cache"), "", false},
+    {BrowserKind::kCookies, "cookies", Mark("Cookies"), Mark("signs you out of web sites"), false},
+    {BrowserKind::kHistory, "history", Mark("History"), "", false},
+    {BrowserKind::kDownloads, "downloads", Mark("List of downloads"), "", false},
+    {BrowserKind::kForms, "forms", Mark("Saved form information"),
+     Mark("what you typed into forms is lost; saved addresses and cards stay"), true},
+    {BrowserKind::kPasswords, "passwords", Mark("Saved passwords"),
+     Mark("saved passwords are lost"), true},
+    {BrowserKind::kSessions, "sessions", Mark("Open and closed tabs"),
+     Mark("tabs that were open are not opened again"), true},
+    {BrowserKind::kSiteData, "sitedata", Mark("Data of web sites"),
+     Mark("what web sites keep on this computer is lost, mail and documents of web applications "
+          "among "
+          "it"),
      true},
 }};
 

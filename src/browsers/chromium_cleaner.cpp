@@ -94,7 +94,7 @@ std::string ReadText(Folder& folder, const char* name) {
   if (!folder.Look(name, Detail::kKind)) return {};
   const std::unique_ptr<RandomFile> file = folder.Open(name, OpenMode::kRead);
   constexpr uint64_t kMost = 256u << 20;
-  if (file->Size() > kMost) throw Error(Error::Kind::kOther, "The bookmarks are too many.");
+  if (file->Size() > kMost) throw Error(Error::Kind::kOther, Say("The bookmarks are too many."));
   std::string text(static_cast<size_t>(file->Size()), '\0');
   text.resize(file->Read(0, text));
   return text;

@@ -64,7 +64,7 @@ Database::Database(Folder& folder, std::string_view name, std::string_view shown
                    Pause pause)
     : files_(folder, name, use), shown_(shown), pause_(std::move(pause)) {
   if (use == Use::kLook && !folder.Look(name, Detail::kKind))
-    throw Error(Error::Kind::kMissing, shown_ + " is not there.");
+    throw Error(Error::Kind::kMissing, Say("%1 is not there.", shown_));
   const int flags = SQLITE_OPEN_READWRITE | (use == Use::kChange ? SQLITE_OPEN_CREATE : 0);
   const int code = sqlite3_open_v2(files_.name().c_str(), &handle_, flags, files_.system_name());
   try {
@@ -85,16 +85,16 @@ void Database::Fail(int code) {
   if (files_.failure()) throw Error(*files_.failure());
   switch (code & 0xFF) {
     case SQLITE_INTERRUPT:
-      throw Error(Error::Kind::kOther, shown_ + " was left as it is: the run was stopped.");
+      throw Error(Error::Kind::kOther, Say("%1 was left as it is: the run was stopped.", shown_));
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-      throw Error(Error::Kind::kOther, shown_ + " was left as it is: it is damaged.");
+      throw Error(Error::Kind::kOther, Say("%1 was left as it is: it is damaged.", shown_));
     case SQLITE_FULL:
-      throw Error(Error::Kind::kFull, shown_ + " was left as it is: the disk is full.");
+      throw Error(Error::Kind::kFull, Say("%1 was left as it is: the disk is full.", shown_));
     default:
       throw Error(Error::Kind::kOther,
-                  shown_ + " was left as it is: " +
-                      (handle_ ? sqlite3_errmsg(handle_) : sqlite3_errstr(code)) + ".");
+                  Say("%1 was left as it is: %2.", shown_,
+                      handle_ ? sqlite3_errmsg(handle_) : sqlite3_errstr(code)));
   }
 }
 

@@ -69,8 +69,9 @@ class Cleaning {
     ProtectedPlaces& places = PlacesOf(context_);
     const std::string_view line = places.keep().ForFile(folder_, folder_.Id(), shown_);
     if (!line.empty()) throw Error(Error::Kind::kKept, std::string(line));
-    const std::string why = places.WhyNotEdit(folder_, shown_);
-    if (!why.empty()) throw Error(Error::Kind::kDenied, shown_ + " was left as it is: " + why);
+    const Sentence why = places.WhyNotEdit(folder_, shown_);
+    if (!why.empty())
+      throw Error(Error::Kind::kDenied, Say("%1 was left as it is: %2", shown_, why));
   }
 
   // Finds what goes, without a change.
@@ -125,9 +126,9 @@ class Cleaning {
 
   void RequireOwn(RandomFile& file) const {
     if ((file.Attributes() & kReadOnly) != 0)
-      throw Error(Error::Kind::kDenied, shown_ + " was left as it is: it is read-only.");
+      throw Error(Error::Kind::kDenied, Say("%1 was left as it is: it is read-only.", shown_));
     if (file.LinkCount() > 1)
-      throw Error(Error::Kind::kDenied, shown_ + " was left as it is: it has further names.");
+      throw Error(Error::Kind::kDenied, Say("%1 was left as it is: it has further names.", shown_));
   }
 
   bool IsThere(const char* ending) {
@@ -161,7 +162,7 @@ class Cleaning {
     if (problem.empty()) return std::string(context_.backup.Path());
     if (context_.state.Strict) {
       throw Error(Error::Kind::kOther,
-                  "It could not be backed up and was therefore left as it is: " + problem);
+                  Say("It could not be backed up and was therefore left as it is: %1", problem));
     }
     ++context_.state.FilesNotBackedUp;
     return {};
@@ -223,7 +224,7 @@ uint64_t CleanDatabase(CleaningContext& context, Folder& folder, const std::stri
     if (!info) return 0;
     seen = *info;
     NotePlace(context.state);
-    context.view.SetStatus("Cleaning " + cleaning.shown());
+    context.view.SetStatus(Tr("Cleaning %1", cleaning.shown()));
     return cleaning.Run();
   } catch (const Error& error) {
     if (!context.state.AbortRequested)

@@ -8,6 +8,8 @@
 #include <set>
 #include <vector>
 
+#include "platform/words.h"
+
 namespace quellix {
 
 // One open file as SQLite wants it. Throws Error.
@@ -291,7 +293,7 @@ DatabaseFiles::DatabaseFiles(Folder& folder, std::string_view name, Use use)
   system_->xCurrentTime = CurrentTime;
   system_->xGetLastError = LastError;
   if (sqlite3_initialize() != SQLITE_OK || sqlite3_vfs_register(system_.get(), 0) != SQLITE_OK) {
-    throw Error(Error::Kind::kOther, "SQLite cannot be used.");
+    throw Error(Error::Kind::kOther, Say("SQLite cannot be used."));
   }
 }
 
@@ -300,7 +302,7 @@ DatabaseFiles::~DatabaseFiles() { sqlite3_vfs_unregister(system_.get()); }
 std::shared_ptr<Bytes> DatabaseFiles::Open(const std::string& name, bool may_create) {
   if (use_ == Use::kChange) {
     if (!may_create && !folder_.Look(name, Detail::kKind))
-      throw Error(Error::Kind::kMissing, name + " is no longer there.");
+      throw Error(Error::Kind::kMissing, Say("%1 is no longer there.", name));
     return std::make_shared<OnDisk>(folder_.Open(name, OpenMode::kReadAndCreate));
   }
   const auto known = in_memory_.find(name);

@@ -102,11 +102,11 @@ void ProfileCleaner::Remove(const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     const auto info = folder_->Look(name, limits.Needs(Detail::kSize));
     if (!info || info->is_folder || limits.Leaves(folder_.get(), path_, {name, *info})) continue;
-    const std::string why = PlacesOf(context_).WhyNotFile(*folder_, path_ + name, Claim::kItem);
+    const Sentence why = PlacesOf(context_).WhyNotFile(*folder_, path_ + name, Claim::kItem);
     if (why.empty()) {
       list.PendingFiles.Append(path_ + name);
     } else {
-      Leave(name, why);
+      Leave(name, why.english);
     }
   }
   if (list.PendingFiles.empty()) return;
@@ -136,10 +136,13 @@ void ProfileCleaner::WholeDatabase(std::string_view name) {
 }
 
 void ProfileCleaner::CleanTree(std::shared_ptr<Folder> folder, const std::string& path) {
-  const std::string why = PlacesOf(context_).WhyNot(*folder, "*.*", true, Claim::kItem);
+  const Sentence why = PlacesOf(context_).WhyNot(*folder, "*.*", true, Claim::kItem);
   NotePlace(context_.state);
   if (!why.empty()) {
-    context_.state.RunLog.append(path).append(" is not cleaned: ").append(why).append("\r\n");
+    context_.state.RunLog.append(path)
+        .append(" is not cleaned: ")
+        .append(why.english)
+        .append("\r\n");
     return;
   }
   const FileList list = CollectFiles(context_, std::move(folder), path, "*.*");

@@ -21,7 +21,7 @@ constexpr size_t kNameLength = 64, kType = 66, kFirstOfStream = 116, kStreamSize
 constexpr char kStream = 2, kRoot = 5;
 
 [[noreturn]] void Refuse() {
-  throw Error(Error::Kind::kOther, "It is no compound file, or damaged.");
+  throw Error(Error::Kind::kOther, Say("It is no compound file, or damaged."));
 }
 
 // A number of 1 to 8 bytes, low byte first.

@@ -76,7 +76,7 @@ CookieLists::CookieLists(const Machine& machine) : machine_(machine) {
     Sort(kept_);
     saved_ = kept_;
   } catch (const Error& error) {
-    problem_ = std::string("ck.txt could not be read, so it stays as it is. ") + error.what();
+    problem_ = Tr("ck.txt could not be read, so it stays as it is. %1", Shown(error));
   }
   ListRest();
 }

@@ -15,14 +15,14 @@ namespace {
 SearchResults& OpenResults(CleaningContext& context) {
   if (context.state.Hidden) {
     throw NotAvailable(
-        "Not searched: nobody is there to choose, so nothing was listed and nothing deleted.");
+        Say("Not searched: nobody is there to choose, so nothing was listed and nothing deleted."));
   }
   if (const auto open = context.state.Parts.Find<SearchResults>()) return *open;
   const auto results = std::make_shared<SearchResults>(context);
   auto* const reviewer = dynamic_cast<ResultsView*>(&context.view);
   if (reviewer == nullptr || !reviewer->OpenResults(*results)) {
-    throw NotAvailable(
-        "Not searched: the finds cannot be reviewed here. \"quellixctl search\" lists them.");
+    throw NotAvailable(Say("Not searched: the finds cannot be reviewed here. \"%1\" lists them.",
+                           "quellixctl search"));
   }
   context.state.Parts.Put(results);
   return *results;
@@ -33,7 +33,7 @@ void Search(CleaningContext& context, const Item& item, JunkKind kind) {
   RequireTypes(context.machine, kind);
   SearchJunk(context, kind, OpenResults(context));
   NotePlace(context.state);
-  EndRun(context, context.state.AbortRequested ? "Aborted by user" : "");
+  EndRun(context, context.state.AbortRequested ? Tr("Aborted by user") : "");
 }
 
 }  // namespace
@@ -77,7 +77,7 @@ void FinishResults(CleaningContext& context) {
   // A stop of the search does not stop what is deleted by hand afterwards.
   const bool aborted = std::exchange(state.AbortRequested, false);
   results->EndSearch();
-  context.view.SetStatus("Close the results window to end the run.");
+  context.view.SetStatus(Tr("Close the results window to end the run."));
   dynamic_cast<ResultsView&>(context.view).AwaitResults();
   state.AbortRequested = aborted;
   state.RunLog += results->LogLines();

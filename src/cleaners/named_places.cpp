@@ -35,18 +35,18 @@ bool IsTemporary(const Machine& machine, Folder& folder) {
 
 // Why a folder may not go with all that is in it; "" when it may. The user's own folders are
 // emptied by lists of his, and never taken away.
-std::string WhyNotWhole(CleaningContext& context, Folder& folder) {
+Sentence WhyNotWhole(CleaningContext& context, Folder& folder) {
   ProtectedPlaces& places = PlacesOf(context);
-  std::string why = places.WhyNot(folder, "*.*", true, Claim::kRecipe);
+  Sentence why = places.WhyNot(folder, "*.*", true, Claim::kRecipe);
   if (!why.empty() || !(places.IsNoted(folder) || IsTemporary(context.machine, folder))) return why;
-  return "it is a folder that Windows or its programs expect; name what lies in it.";
+  return Say("it is a folder that Windows or its programs expect; name what lies in it.");
 }
 
 void RemoveWhole(CleaningContext& context, const std::string& path) {
   std::shared_ptr<Folder> folder = context.machine.files.OpenFolder(path);
-  if (!folder) throw Error(Error::Kind::kMissing, "It is no longer there.");
-  if (const std::string why = WhyNotWhole(context, *folder); !why.empty())
-    throw Error(Error::Kind::kDenied, path + " was not removed: " + why);
+  if (!folder) throw Error(Error::Kind::kMissing, Say("It is no longer there."));
+  if (const Sentence why = WhyNotWhole(context, *folder); !why.empty())
+    throw Error(Error::Kind::kDenied, Say("%1 was not removed: %2", path, why));
   const FileList list = CollectFiles(context, std::move(folder), WithBackslash(path), "*.*");
   if (context.state.AbortRequested) return;
   RemovePendingFiles(context, list, Claim::kRecipe);
@@ -56,26 +56,25 @@ void RemoveWhole(CleaningContext& context, const std::string& path) {
 
 // Why a link may not go; "" when it may. Windows marks its own, which old programs go by, and what
 // leads to a folder that users know is as good as that folder.
-std::string WhyNotLink(CleaningContext& context, const std::string& path) {
+Sentence WhyNotLink(CleaningContext& context, const std::string& path) {
   const auto info = context.machine.files.Look(path);
-  if (info && (info->attributes & kSystem) != 0) return "it is a link that Windows needs.";
+  if (info && (info->attributes & kSystem) != 0) return Say("it is a link that Windows needs.");
   ProtectedPlaces& places = PlacesOf(context);
   const auto parent = OpenFolderOf(context.machine.files, path);
-  std::string why = places.WhyNotFile(*parent, path, Claim::kOwnList);
+  Sentence why = places.WhyNotFile(*parent, path, Claim::kOwnList);
   if (!why.empty()) return why;
   try {
     const auto target = context.machine.files.OpenLinked(path);
-    return target && places.IsNoted(*target) ? "it leads to a folder that Windows or its programs "
-                                               "expect."
-                                             : "";
+    if (!target || !places.IsNoted(*target)) return {};
+    return Say("it leads to a folder that Windows or its programs expect.");
   } catch (const Error&) {  // a dead one
     return {};
   }
 }
 
 void RemoveLink(CleaningContext& context, const std::string& path) {
-  const std::string why = WhyNotLink(context, path);
-  if (!why.empty()) throw Error(Error::Kind::kDenied, path + " was not removed: " + why);
+  const Sentence why = WhyNotLink(context, path);
+  if (!why.empty()) throw Error(Error::Kind::kDenied, Say("%1 was not removed: %2", path, why));
   RemoveItself(context, path);
 }
 
@@ -100,9 +99,9 @@ void RemoveFound(CleaningContext& context, const std::string& path, const FileIn
 
 [[noreturn]] void RefuseDrive(CleaningContext& context, const std::string& root) {
   const auto folder = context.machine.files.OpenFolder(root);
-  const std::string why = folder ? WhyNotWhole(context, *folder) : "";
+  const Sentence why = folder ? WhyNotWhole(context, *folder) : Sentence();
   throw Error(Error::Kind::kDenied,
-              root + " was not removed: " + (why.empty() ? "it is a whole drive." : why));
+              Say("%1 was not removed: %2", root, why.empty() ? Say("it is a whole drive.") : why));
 }
 
 // By its true name, whatever was typed; a colon would name a part of a file.
@@ -114,7 +113,7 @@ void RemoveNamed(CleaningContext& context, const std::string& typed) {
     const std::string path =
         parent ? std::string(FolderPart(typed)) + TrueName(*parent, NamePart(typed)) : typed;
     const auto info = parent ? context.machine.files.Look(path, Detail::kKind) : std::nullopt;
-    if (!info) throw Error(Error::Kind::kMissing, "There is no such file or folder.");
+    if (!info) throw Error(Error::Kind::kMissing, Say("There is no such file or folder."));
     NotePlace(context.state);
     RemoveFound(context, path, *info);
   } catch (const Error& error) {

@@ -77,7 +77,7 @@ FileList CollectAllowed(CleaningContext& context, std::string_view path, std::st
     std::shared_ptr<Folder> folder = context.machine.files.OpenFolder(path);
     if (!folder) return {};
     NotePlace(context.state);
-    why = PlacesOf(context).WhyNot(*folder, mask, true, claim);
+    why = PlacesOf(context).WhyNot(*folder, mask, true, claim).english;
     if (why.empty()) return CollectFiles(context, std::move(folder), path, mask, first);
   } catch (const Error& error) {
     if (error.kind() == Error::Kind::kMissing) return {};

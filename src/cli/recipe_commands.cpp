@@ -91,7 +91,7 @@ int List(const RecipeOptions& options, const ReportOptions& report_options,
   const RecipeLists lists = modPlugin::LoadRecipeLists(machine);
   const std::vector<ListedRow> rows = RowsOf(lists, machine, options.all);
   for (const ListedRow& row : rows) Print(report.text(), row);
-  for (const std::string& problem : lists.problems) report.text() << problem << "\n";
+  for (const Sentence& problem : lists.problems) report.text() << problem.english << "\n";
   const Names vanished = Vanished(lists, machine);
   for (const std::string& name : vanished) {
     report.text() << name << " is ticked and in no list any more.\n";
@@ -175,7 +175,7 @@ std::string WhyUnknown(const RecipeLists& lists, const std::string& name) {
   Names names;
   for (const ListedRecipe& recipe : lists.recipes) names.push_back(recipe.name);
   const std::string nearest = Nearest(name, names);
-  if (!lists.problems.empty()) return lists.problems[0];
+  if (!lists.problems.empty()) return lists.problems[0].english;
   return "no list has a recipe \"" + name + "\"." +
          (nearest.empty() ? "" : " Did you mean \"" + nearest + "\"?");
 }

@@ -57,9 +57,8 @@ size_t RemoveAll(Engine& engine, std::vector<Find>& finds) {
     find.removed = removal.outcome == Removal::kRemoved;
     if (removal.outcome != Removal::kStays) continue;
     ++stayed;
-    find.reason = removal.reason;
-    std::cerr << "not deleted: " << find.row.path << find.row.name << ": " << removal.reason
-              << '\n';
+    find.reason = removal.reason.english;
+    std::cerr << "not deleted: " << find.row.path << find.row.name << ": " << find.reason << '\n';
   }
   CloseBackup(engine.context());
   const RunState& state = engine.state();

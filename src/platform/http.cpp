@@ -1,5 +1,7 @@
 #include "platform/http.h"
 
+#include "platform/words.h"
+
 namespace quellix {
 
 HttpAnswer Fetch(Http& http, const HttpRequest& request, const Pause& pause, uint64_t total) {
@@ -19,29 +21,29 @@ const char* HttpEndText(HttpEnd end) {
     case HttpEnd::kAnswered:
       return "";
     case HttpEnd::kBadAddress:
-      return "the address is none of the web";
+      return Mark("the address is none of the web");
     case HttpEnd::kNoName:
-      return "the server's name is not known";
+      return Mark("the server's name is not known");
     case HttpEnd::kNoConnection:
-      return "the server cannot be reached";
+      return Mark("the server cannot be reached");
     case HttpEnd::kProxy:
-      return "the proxy does not let it through";
+      return Mark("the proxy does not let it through");
     case HttpEnd::kNoTls:
-      return "the server speaks no encryption that is known here";
+      return Mark("the server speaks no encryption that is known here");
     case HttpEnd::kCertificate:
-      return "the server's certificate is not valid";
+      return Mark("the server's certificate is not valid");
     case HttpEnd::kTimeout:
-      return "the server took too long";
+      return Mark("the server took too long");
     case HttpEnd::kTooLarge:
-      return "the answer is too large";
+      return Mark("the answer is too large");
     case HttpEnd::kCutOff:
-      return "the connection broke off";
+      return Mark("the connection broke off");
     case HttpEnd::kNoHttp:
-      return "the answer is none of a web server";
+      return Mark("the answer is none of a web server");
     case HttpEnd::kStopped:
       break;
   }
-  return "it was stopped";
+  return Mark("it was stopped");
 }
 
 }  // namespace quellix

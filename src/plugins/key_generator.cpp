@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix::modPlugin {
 namespace {
@@ -24,11 +25,11 @@ std::optional<uint32_t> WholeNumber(std::string_view text) {
 
 Numbers GenerateNumbers(const NumberRange& range) {
   const std::optional<uint32_t> from = WholeNumber(range.from), to = WholeNumber(range.to);
-  if (!from || !to) return {{}, "Please enter whole numbers"};
+  if (!from || !to) return {{}, Tr("Please enter whole numbers")};
   // A range of one number is one: only a To below From is refused.
-  if (*to < *from) return {{}, "The To value should be greater than from"};
+  if (*to < *from) return {{}, Tr("The To value should be greater than from")};
   if (*to - *from >= kMostNames) {
-    return {{}, "At most " + std::to_string(kMostNames) + " names are generated at a time"};
+    return {{}, Tr("At most %1 names are generated at a time", std::to_string(kMostNames))};
   }
   const size_t last = std::to_string(*to).size();
   const size_t width = range.pad ? std::max(last, range.padding.size() + 1) : 0;

@@ -41,7 +41,7 @@ RunEntry ToRunEntry(const std::string& path, const IniEntry& entry) {
 
 void ProcessIni(CleaningContext& context, const IniEntry& entry) {
   const IniPlace place = FindIni(context.machine, PlacesOf(context), entry);
-  if (!place.refusal.empty()) return Log(context, place.refusal);
+  if (!place.refusal.empty()) return Log(context, place.refusal.english);
   RunEntry erased = ToRunEntry(place.path, entry);
   if (!IsChosen(context.state, erased)) return;
   ProfileStrings& profile = context.machine.profile;
@@ -59,8 +59,8 @@ void ProcessIni(CleaningContext& context, const IniEntry& entry) {
 std::vector<std::string> MasksFor(CleaningContext& context, Folder& folder, const std::string& path,
                                   bool recurse, std::vector<std::string> masks) {
   std::erase_if(masks, [&](const std::string& mask) {
-    const std::string why = PlacesOf(context).WhyNot(folder, mask, recurse, Claim::kRecipe);
-    if (!why.empty()) Log(context, Refusal(path + "\\" + mask, why));
+    const Sentence why = PlacesOf(context).WhyNot(folder, mask, recurse, Claim::kRecipe);
+    if (!why.empty()) Log(context, Refusal(path + "\\" + mask, why).english);
     return !why.empty();
   });
   return masks;
@@ -86,7 +86,8 @@ void CollectFolder(CleaningContext& context, const std::string& path, const File
     if (goes_itself) collected.emptied.push_back(itself);
   } catch (const Error& error) {
     if (error.kind() == Error::Kind::kMissing) return;
-    for (const std::string& mask : wanted) Log(context, Refusal(path + "\\" + mask, error.what()));
+    for (const std::string& mask : wanted)
+      Log(context, Refusal(path + "\\" + mask, SentenceOf(error)).english);
   }
 }
 
@@ -105,7 +106,7 @@ void CollectFolders(CleaningContext& context, std::span<const FileEntry> entries
   for (const FileEntry& entry : entries) {
     const FilesPlace place = FindFolders(context.machine, PlacesOf(context), entry,
                                          PauseOf(context), Judging::kWhenOpened);
-    for (const std::string& refusal : place.refusals) Log(context, refusal);
+    for (const Sentence& refusal : place.refusals) Log(context, refusal.english);
     for (const std::string& folder : place.folders) {
       const auto [row, is_new] = rows.try_emplace(folder, folders.size());
       if (is_new) folders.push_back({folder, {}});
@@ -126,7 +127,7 @@ RegistryTarget TargetOf(const RegistryEntry& entry, const KeyPlace& place) {
 
 void EraseKey(CleaningContext& context, const RegistryEntry& entry, const KeyPlace& place,
               const Exclusions& exclusions) {
-  if (!place.root) return Log(context, place.refusal);
+  if (!place.root) return Log(context, place.refusal.english);
   RegistryEraser eraser = RegistryEraser::OfRun(context);
   eraser.Guard();
   try {
@@ -180,7 +181,7 @@ std::string RunningProgram(CleaningContext& context, const Plugin& plugin,
 
 // Whether a recipe may be carried out now; why not is told.
 bool MayRun(CleaningContext& context, const Plugin& plugin, const Exclusions& exclusions) {
-  for (const std::string& refusal : exclusions.refusals()) Log(context, refusal);
+  for (const Sentence& refusal : exclusions.refusals()) Log(context, refusal.english);
   const std::string what = plugin.description.empty() ? "This plug-in" : plugin.description;
   const bool is_clear = exclusions.refusals().empty() && !plugin.has_unknown_exclusion;
   const std::string program = is_clear ? RunningProgram(context, plugin, what) : "";
@@ -303,7 +304,7 @@ void CleanPlugins(CleaningContext& context, const Item& item) {
     // Looked for in "\Plugins\" and processed from "\plugins\": both name the same folder, and the
     // log shows it as it always was.
     modPlugin::RunPlugin(context, context.machine.program_folder + "\\plugins\\" + plugin.file);
-    if (context.state.AbortRequested) return EndRun(context, "Aborted by user");
+    if (context.state.AbortRequested) return EndRun(context, Tr("Aborted by user"));
   }
   EndRun(context, "");
   AppendFilesLine(context, item);

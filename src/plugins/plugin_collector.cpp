@@ -6,6 +6,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/run_limits.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
@@ -29,7 +30,7 @@ class Collector : public FolderVisitor {
 
   // The two places that ask have always spelled their status differently.
   void Stopped(bool before_folder) override {
-    context_.view.SetStatus(before_folder ? "Aborted by user" : "Aborted by User");
+    context_.view.SetStatus(before_folder ? Tr("Aborted by user") : Tr("Aborted by User"));
   }
   Detail Needs() const override { return limits_.Needs(Detail::kKind); }
   bool HasTurn(const std::string& path, const Entry& entry) override {

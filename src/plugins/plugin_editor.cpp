@@ -14,12 +14,11 @@
 namespace quellix::modPlugin {
 namespace {
 
-constexpr FileFilter kIniFilter = {"INI FIles ( *.ini )", "*.ini"};
 constexpr std::string_view kExtension = ".cdp";
 constexpr std::string_view kNewName = "NoName";
 constexpr std::string_view kNoSuchCharacter =
-    "It holds a line break or another character that no line of a plug-in can have";
-constexpr std::string_view kIsListed = "This is listed already.";
+    Mark("It holds a line break or another character that no line of a plug-in can have");
+constexpr std::string_view kIsListed = Mark("This is listed already.");
 
 // Folders or keys that are listed to judge a place with "*".
 constexpr size_t kMostListed = 1000;
@@ -49,16 +48,16 @@ RegistryEntry ToEntry(const RegistryForm& form) {
 }
 
 constexpr FurtherKind kFurtherKinds[] = {
-    {"Leave files of a folder", "F&older and file:", nullptr, 'X', "File"},
-    {"Leave files, folders below too", "F&older and file:", nullptr, 'X', "Path"},
-    {"Leave a registry key", "&Key:", nullptr, 'X', "Key"},
-    {"Only where a file or folder is", "Pat&h:", nullptr, 'T', "File"},
-    {"Only where a registry key is", "&Key:", "With the &value:", 'T', "Key"},
-    {"Only on some Windows", "&From version:", "&Until version:", 'T', "Version"},
-    {"Stands in the group", "&Group:", nullptr, 'G', ""},
-    {"Costs its user", "&Cost:", nullptr, 'W', "No"},
-    {"Loses what cannot be had again", "L&ost:", nullptr, 'W', "Yes"},
-    {"Close a program first", "F&ile:", nullptr, 'P', ""},
+    {Mark("Leave files of a folder"), Mark("F&older and file:"), nullptr, 'X', "File"},
+    {Mark("Leave files, folders below too"), Mark("F&older and file:"), nullptr, 'X', "Path"},
+    {Mark("Leave a registry key"), Mark("&Key:"), nullptr, 'X', "Key"},
+    {Mark("Only where a file or folder is"), Mark("Pat&h:"), nullptr, 'T', "File"},
+    {Mark("Only where a registry key is"), Mark("&Key:"), Mark("With the &value:"), 'T', "Key"},
+    {Mark("Only on some Windows"), Mark("&From version:"), Mark("&Until version:"), 'T', "Version"},
+    {Mark("Stands in the group"), Mark("&Group:"), nullptr, 'G', ""},
+    {Mark("Costs its user"), Mark("&Cost:"), nullptr, 'W', "No"},
+    {Mark("Loses what cannot be had again"), Mark("L&ost:"), nullptr, 'W', "Yes"},
+    {Mark("Close a program first"), Mark("F&ile:"), nullptr, 'P', ""},
 };
 
 std::string LineOf(const FurtherForm& form) {
@@ -92,10 +91,10 @@ void PluginEditor::Create() {
 bool PluginEditor::Load(const std::string& file) {
   try {
     const std::optional<Plugin> plugin = LoadPluginFile(machine_, PluginPath(machine_, file));
-    if (!plugin) return Refuse("There is no plug-in " + file + " any longer.");
+    if (!plugin) return Refuse(Tr("There is no plug-in %1 any longer.", file));
     plugin_ = *plugin;
   } catch (const Error& error) {
-    return Refuse(error.what());
+    return Refuse(Shown(error));
   }
   name_ = file;
   is_changed_ = false;
@@ -113,7 +112,7 @@ template <typename Entry>
 bool PluginEditor::Append(std::vector<Entry>& list, const std::vector<Entry>& entries) {
   for (const Entry& entry : entries) {
     if (std::ranges::count(list, entry) + std::ranges::count(entries, entry) > 1) {
-      return Refuse(kIsListed);
+      return Refuse(Tr(kIsListed));
     }
   }
   list.insert(list.end(), entries.begin(), entries.end());
@@ -189,36 +188,37 @@ IniForm PluginEditor::IniFormOf(size_t row) const {
 bool PluginEditor::AddAll(const std::vector<FileEntry>& entries) {
   ProtectedPlaces places = LoadPlaces(machine_);
   for (const FileEntry& entry : entries) {
-    if (!FitsOnLine({entry.location})) return Refuse(kNoSuchCharacter);
+    if (!FitsOnLine({entry.location})) return Refuse(Tr(kNoSuchCharacter));
     const FilesPlace place = FindFolders(machine_, places, entry, AtMost(kMostListed));
-    if (place.folders.empty() && !place.refusals.empty()) return Refuse(place.refusals.front());
+    if (place.folders.empty() && !place.refusals.empty())
+      return Refuse(place.refusals.front().shown);
   }
   return Append(plugin_.files, entries);
 }
 
 bool PluginEditor::AddAll(const std::vector<RegistryEntry>& entries) {
   for (const RegistryEntry& entry : entries) {
-    if (!FitsOnLine({entry.key, entry.value_name})) return Refuse(kNoSuchCharacter);
+    if (!FitsOnLine({entry.key, entry.value_name})) return Refuse(Tr(kNoSuchCharacter));
     const std::vector<KeyPlace> places = FindKeys(machine_.registry, entry, AtMost(kMostListed));
     const auto is_taken = [](const KeyPlace& place) { return place.root.has_value(); };
     if (!places.empty() && std::ranges::none_of(places, is_taken)) {
-      return Refuse(places.front().refusal);
+      return Refuse(places.front().refusal.shown);
     }
   }
   return Append(plugin_.registry, entries);
 }
 
 bool PluginEditor::AddFiles(FilesForm& form) {
-  if (form.path.empty()) return Refuse("You must provide a path");
-  if (form.file.empty()) return Refuse("You must provide a filename or specification");
+  if (form.path.empty()) return Refuse(Tr("You must provide a path"));
+  if (form.file.empty()) return Refuse(Tr("You must provide a filename or specification"));
   if (form.file != "*.*") form.delete_subfolders = false;
   return AddAll({ToEntry(form)});
 }
 
 bool PluginEditor::AddChosenFiles(const FilesForm& form, size_t files_there,
                                   std::span<const std::string> chosen) {
-  if (files_there == 0) return Refuse("No files to add");
-  if (chosen.empty()) return Refuse("Please select a file to add.");
+  if (files_there == 0) return Refuse(Tr("No files to add"));
+  if (chosen.empty()) return Refuse(Tr("Please select a file to add."));
   std::vector<FileEntry> entries;
   for (const std::string& name : chosen) {
     FilesForm one = form;
@@ -229,13 +229,13 @@ bool PluginEditor::AddChosenFiles(const FilesForm& form, size_t files_there,
 }
 
 bool PluginEditor::AddKey(const RegistryForm& form) {
-  if (form.subkey.empty()) return Refuse("Please enter a subkey");
+  if (form.subkey.empty()) return Refuse(Tr("Please enter a subkey"));
   return AddAll({ToEntry(form)});
 }
 
 bool PluginEditor::CanGenerate(const RegistryForm& form, Generated what) {
-  if (form.subkey.empty()) return Refuse("Please enter a subkey");
-  if (what == Generated::kValues && form.value.empty()) return Refuse("Please enter a value");
+  if (form.subkey.empty()) return Refuse(Tr("Please enter a subkey"));
+  if (what == Generated::kValues && form.value.empty()) return Refuse(Tr("Please enter a value"));
   return true;
 }
 
@@ -253,31 +253,33 @@ bool PluginEditor::AddGenerated(const RegistryForm& form, Generated what,
 }
 
 std::string PluginEditor::AskIniFile() {
-  return prompts_.AskFile(std::span(&kIniFilter, 1), "").value_or("");
+  const std::string title = Tr("INI FIles ( *.ini )");
+  const FileFilter filter = {title, "*.ini"};
+  return prompts_.AskFile(std::span(&filter, 1), "").value_or("");
 }
 
 std::vector<IniSection> PluginEditor::ReadIni(const std::string& path) {
   try {
     const std::optional<std::string> bytes = machine_.files.ReadWholeFile(path);
     if (bytes) return OutlineIni(DecodeIni(*bytes, machine_.system));
-    prompts_.Inform("There is no file " + path + ".");
+    prompts_.Inform(Tr("There is no file %1.", path));
   } catch (const Error& error) {
-    prompts_.Inform(error.what());
+    prompts_.Inform(Shown(error));
   }
   return {};
 }
 
 bool PluginEditor::AddIni(const IniForm& form) {
-  if (form.file.find('\\') == std::string::npos) return Refuse("File Path is not valid");
-  if (form.section.empty()) return Refuse("Please select a section");
+  if (form.file.find('\\') == std::string::npos) return Refuse(Tr("File Path is not valid"));
+  if (form.section.empty()) return Refuse(Tr("Please select a section"));
   // A whole section goes with all its values, so that none is named.
-  if (form.value.empty() && !form.erase_section) return Refuse("Please enter a value");
+  if (form.value.empty() && !form.erase_section) return Refuse(Tr("Please enter a value"));
   const IniEntry entry{std::string(NamePart(form.file)), form.section, form.erase_section,
                        form.value, std::string(FolderPart(form.file))};
-  if (!FitsOnLine({form.file, form.section, form.value})) return Refuse(kNoSuchCharacter);
+  if (!FitsOnLine({form.file, form.section, form.value})) return Refuse(Tr(kNoSuchCharacter));
   ProtectedPlaces places = LoadPlaces(machine_);
   const IniPlace place = FindIni(machine_, places, entry);
-  if (!place.refusal.empty()) return Refuse(place.refusal);
+  if (!place.refusal.empty()) return Refuse(place.refusal.shown);
   return Append(plugin_.ini, {entry});
 }
 
@@ -299,7 +301,7 @@ std::optional<FurtherForm> PluginEditor::FurtherFormOf(size_t row) const {
 
 PluginEditor::FurtherRow PluginEditor::Further(size_t row) const {
   if (const auto form = FurtherFormOf(row)) {
-    return {kFurtherKinds[form->kind].caption, form->place, form->last};
+    return {Tr(kFurtherKinds[form->kind].caption), form->place, form->last};
   }
   const std::vector<std::string> fields = Split(plugin_.others[row], kSeparator);
   std::string rest = plugin_.others[row].substr(fields[0].size() + 1);
@@ -315,14 +317,14 @@ void PluginEditor::SetFurther(std::vector<std::string> lines) {
 }
 
 bool PluginEditor::AddFurther(const FurtherForm& form) {
-  if (form.place.empty()) return Refuse("Please fill in the field");
-  if (!FitsOnLine({form.place, form.last})) return Refuse(kNoSuchCharacter);
+  if (form.place.empty()) return Refuse(Tr("Please fill in the field"));
+  if (!FitsOnLine({form.place, form.last})) return Refuse(Tr(kNoSuchCharacter));
   const std::string line = LineOf(form);
   for (const Remark& remark : CheckPlugin(machine_, line + "\r\n")) {
     if (remark.is_fault && remark.line == 1) return Refuse(remark.text);
   }
   std::vector<std::string> lines = plugin_.others;
-  if (std::ranges::count(lines, line) > 0) return Refuse(kIsListed);
+  if (std::ranges::count(lines, line) > 0) return Refuse(Tr(kIsListed));
   if (line[0] == 'G') std::erase_if(lines, [](const std::string& each) { return each[0] == 'G'; });
   lines.push_back(line);
   SetFurther(std::move(lines));
@@ -349,23 +351,24 @@ void PluginEditor::RemoveIni(size_t row) { Remove(plugin_.ini, row); }
 
 void PluginEditor::Save() {
   const auto typed =
-      prompts_.AskText("Please enter filename for the plugin", WithoutExtension(name_));
+      prompts_.AskText(Tr("Please enter filename for the plugin"), WithoutExtension(name_));
   if (!typed || TrimBlanks(*typed).empty()) return;
   // Always appended: a name typed with its extension has always got it twice.
   const std::string file = std::string(TrimBlanks(*typed)).append(kExtension);
   if (file.find_first_of("\\/:*?\"<>|") != std::string::npos) {
-    return prompts_.Inform("A file name cannot have any of these characters: \\ / : * ? \" < > |");
+    return prompts_.Inform(
+        Tr("A file name cannot have any of these characters: %1", "\\ / : * ? \" < > |"));
   }
   const std::string path = PluginPath(machine_, file);
   try {
     MakeFolders(machine_.files, FolderPart(path));
     if (machine_.files.Look(path, Detail::kKind) &&
-        !prompts_.AskYesNo("This plugin already exists. Overwrite?")) {
+        !prompts_.AskYesNo(Tr("This plugin already exists. Overwrite?"))) {
       return;
     }
     SavePluginFile(machine_, path, plugin_);
   } catch (const Error& error) {
-    return prompts_.Inform(error.what());
+    return prompts_.Inform(Shown(error));
   }
   name_ = file;
   is_changed_ = false;
@@ -373,8 +376,8 @@ void PluginEditor::Save() {
 }
 
 bool PluginEditor::MayClose() {
-  return !is_changed_ ||
-         prompts_.AskYesNo("The plug-in has changes that were not saved. Close without saving?");
+  return !is_changed_ || prompts_.AskYesNo(Tr(
+                             "The plug-in has changes that were not saved. Close without saving?"));
 }
 
 }  // namespace quellix::modPlugin

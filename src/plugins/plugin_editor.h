@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/words.h"
 #include "plugins/ini_outline.h"
 #include "plugins/key_generator.h"
 #include "plugins/plugin_file.h"
@@ -40,7 +41,8 @@ struct IniForm {
   bool erase_section = false;
 };
 
-// What stands beside files, keys and INI entries: a kind of record, with the words of its window.
+// What stands beside files, keys and INI entries: a kind of record, with the words of its window,
+// named for the catalogues.
 struct FurtherKind {
   const char* caption;
   const char* place;  // what its first field holds, with a mnemonic
@@ -70,7 +72,7 @@ class PluginEditor {
   bool Load(const std::string& file);
 
   const Plugin& plugin() const { return plugin_; }
-  std::string Title() const { return "Plugin: " + name_; }
+  std::string Title() const { return Tr("Plugin: %1", name_); }
   void SetDescription(std::string_view text);
 
   // What is listed already, or twice, is refused.

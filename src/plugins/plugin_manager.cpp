@@ -15,7 +15,6 @@
 namespace quellix::modPlugin {
 namespace {
 
-constexpr FileFilter kPluginFilter = {"Quellix plugins ( *.cdp )", "*.cdp"};
 constexpr size_t kMostLines = 12;  // of a log that a message box shows
 
 // Processing starts from the folder's name in small letters, and the log shows it so.
@@ -33,7 +32,7 @@ void EndProcessing(CleaningContext& context) {
   } else {
     CloseBackup(context);
   }
-  ShowIdle(context, context.state.AbortRequested ? "Aborted by user" : "");
+  ShowIdle(context, context.state.AbortRequested ? Tr("Aborted by user") : "");
 }
 
 auto FindRow(std::vector<InstalledPlugin>& rows, std::string_view file) {
@@ -51,7 +50,10 @@ std::string Problems(const RunState& state) {
   const std::vector<std::string> lines = Split(state.RunLog, '\n');
   for (size_t i = 0; i + 1 < lines.size(); ++i) {
     if (i == kMostLines) {
-      return text + "\r\nand " + std::to_string(lines.size() - 1 - i) + " more lines like these.";
+      const size_t left = lines.size() - 1 - i;
+      return text + "\r\n" +
+             TrN("and %1 more lines like these.", "and %1 more lines like these.", left,
+                 std::to_string(left));
     }
     text += "\r\n" + lines[i].substr(0, lines[i].find('\r'));
   }
@@ -68,7 +70,7 @@ void PluginManager::Load() {
     rows_ = ReadPluginList(machine_);
     is_read_ = true;
   } catch (const Error& error) {
-    prompts_.Inform(std::string("The list of plug-ins could not be read. ") + error.what());
+    prompts_.Inform(Tr("The list of plug-ins could not be read. %1", Shown(error)));
   }
   ShowCount();
 }
@@ -79,7 +81,7 @@ void PluginManager::Save() {
     if (!is_read_) AddUnread();
     WritePluginList(machine_, rows_);
   } catch (const Error& error) {
-    prompts_.Inform(std::string("The list of plug-ins could not be saved. ") + error.what());
+    prompts_.Inform(Tr("The list of plug-ins could not be saved. %1", Shown(error)));
   }
 }
 
@@ -94,7 +96,10 @@ void PluginManager::AddUnread() {
 }
 
 // The editor's count line has "plug-in(s)"; people know both spellings.
-void PluginManager::ShowCount() { status_ = std::to_string(rows_.size()) + " plugin(s) listed"; }
+void PluginManager::ShowCount() {
+  status_ =
+      TrN("%1 plugin(s) listed", "%1 plugin(s) listed", rows_.size(), std::to_string(rows_.size()));
+}
 
 std::string PluginManager::PathOf(size_t row) const {
   return PluginPath(machine_, rows_[row].file);
@@ -111,7 +116,9 @@ void PluginManager::Toggle(size_t row) {
   ShowCount();
   const PluginGuide& guide = GuideOf(row);
   if (!rows_[row].ticked || guide.cost.empty()) return;
-  status_ = (guide.loses_data ? "This cannot be had again: " : "This has a cost: ") + guide.cost;
+  // TRANSLATORS: %1 is a clause, such as "saved passwords are lost".
+  status_ = guide.loses_data ? Tr("This cannot be had again: %1", guide.cost)
+                             : Tr("This has a cost: %1", guide.cost);
 }
 
 void PluginManager::TickAll(bool ticked) {
@@ -123,27 +130,29 @@ void PluginManager::TickAll(bool ticked) {
 
 void PluginManager::Add() {
   const std::string folder = machine_.program_folder + "\\Plugins\\";
-  const auto path = prompts_.AskFile(std::span(&kPluginFilter, 1), folder);
+  const std::string title = Tr("Quellix plugins ( *.cdp )");
+  const FileFilter filter = {title, "*.cdp"};
+  const auto path = prompts_.AskFile(std::span(&filter, 1), folder);
   if (!path) return;
   if (!EqualsNoCase(FolderPart(*path), folder)) {
-    return prompts_.Inform("The plugin should be in Plugin Folder\r\n" + folder);
+    return prompts_.Inform(Tr("The plugin should be in Plugin Folder") + "\r\n" + folder);
   }
   try {
     rows_.push_back({false, std::string(NamePart(*path)), ReadDescription(machine_, *path)});
     ShowCount();
   } catch (const Error&) {
-    prompts_.Inform("There was an error in loading the Plugin.");
+    prompts_.Inform(Tr("There was an error in loading the Plugin."));
   }
 }
 
 // The question that has always been asked, and what it is about.
 std::string PluginManager::QuestionFor(std::span<const size_t> rows) const {
-  std::string text = "Are you sure you want to delete selected Plugin(s)?\r\n";
+  std::string text = Tr("Are you sure you want to delete selected Plugin(s)?") + "\r\n";
   for (size_t i = 0; i < std::min(rows.size(), kMostLines); ++i) {
     text.append("\r\n").append(rows_[rows[i]].file);
   }
   if (rows.size() <= kMostLines) return text;
-  return text + "\r\nand " + std::to_string(rows.size() - kMostLines) + " more";
+  return text + "\r\n" + Tr("and %1 more", std::to_string(rows.size() - kMostLines));
 }
 
 bool PluginManager::Delete(std::span<const size_t> rows) {
@@ -156,7 +165,7 @@ bool PluginManager::Delete(std::span<const size_t> rows) {
       if (machine_.files.Look(path, Detail::kKind)) machine_.files.RemoveFile(path);
       gone.push_back(row);
     } catch (const Error& error) {
-      problems.append(problems.empty() ? "" : "\r\n").append(error.what());
+      problems.append(problems.empty() ? "" : "\r\n").append(Shown(error));
     }
   }
   std::ranges::sort(gone, std::greater());
@@ -174,7 +183,8 @@ void PluginManager::AddSaved(std::string_view file, std::string_view description
   } else {
     row->description = description;
   }
-  status_ = std::to_string(rows_.size()) + " plug-in(s) listed";
+  status_ = TrN("%1 plug-in(s) listed", "%1 plug-in(s) listed", rows_.size(),
+                std::to_string(rows_.size()));
 }
 
 void PluginManager::Process(CleaningContext& context, std::span<const size_t> rows,
@@ -182,11 +192,11 @@ void PluginManager::Process(CleaningContext& context, std::span<const size_t> ro
   if (rows.empty()) return;
   const RunState& state = context.state;
   if (!BeginRun(context, static_cast<int>(rows.size()))) {
-    status_ = "Nothing was removed";
+    status_ = Tr("Nothing was removed");
     return show();
   }
   for (const size_t row : rows) {
-    status_ = "Processing plugin " + rows_[row].file;
+    status_ = Tr("Processing plugin %1", rows_[row].file);
     show();
     if (!RunPlugin(context, ProcessedPath(machine_, rows_[row].file))) {
       context.state.RunLog.append(rows_[row].file).append(": there is no such plug-in.\r\n");
@@ -194,10 +204,13 @@ void PluginManager::Process(CleaningContext& context, std::span<const size_t> ro
     if (state.AbortRequested) break;
   }
   EndProcessing(context);
-  status_ = state.AbortRequested ? "Aborted by user. Total Files Deleted: "
-                                 : "Processed selected plugin(s) Total Files Deleted: ";
-  status_ += std::to_string(state.FilesDeleted) +
-             " Space Gained: " + (state.SpaceGained > 0 ? Kilobytes(context) + " KB" : "none");
+  const std::string files = std::to_string(state.FilesDeleted);
+  const std::string gained = state.SpaceGained > 0 ? Kilobytes(context) + " KB" : Tr("none");
+  // TRANSLATORS: %2 is "12.00 KB" or "none".
+  status_ = state.AbortRequested
+                ? Tr("Aborted by user. Total Files Deleted: %1 Space Gained: %2", files, gained)
+                : Tr("Processed selected plugin(s) Total Files Deleted: %1 Space Gained: %2", files,
+                     gained);
   show();
   const std::string problems = Problems(state);
   if (!problems.empty() && !state.IsPreview) prompts_.Inform(status_ + problems);
@@ -207,16 +220,16 @@ std::string ProcessTickedPlugins(CleaningContext& context) {
   const std::vector<InstalledPlugin> plugins = ReadPluginList(context.machine);
   const RunState& state = context.state;
   if (!BeginRun(context, 1)) return {};
-  context.view.SetStatus("Working...Processing Plugins.");
+  context.view.SetStatus(Tr("Working...Processing Plugins."));
   for (const InstalledPlugin& plugin : plugins) {
     if (plugin.ticked) RunPlugin(context, ProcessedPath(context.machine, plugin.file));
     if (state.AbortRequested) break;
   }
   EndProcessing(context);
   if (state.AbortRequested) return {};
-  return "Files Deleted: " + std::to_string(state.FilesDeleted) +
-         "\r\nSpace Gained: " + Kilobytes(context) +
-         "  KB\r\nBacked Up: " + std::to_string(state.FilesBackedUp) + " file(s)" + Problems(state);
+  return Tr("Files Deleted: %1", std::to_string(state.FilesDeleted)) + "\r\n" +
+         Tr("Space Gained: %1  KB", Kilobytes(context)) + "\r\n" +
+         Tr("Backed Up: %1 file(s)", std::to_string(state.FilesBackedUp)) + Problems(state);
 }
 
 }  // namespace quellix::modPlugin

@@ -1,6 +1,7 @@
 #include "plugins/plugin_trial.h"
 
 #include "backup/preview_archive.h"
+#include "platform/words.h"
 #include "plugins/mod_plugin.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
@@ -23,12 +24,17 @@ void PluginTrial::Run(const Plugin& plugin, RunView& view) {
 std::string PluginTrial::Summary() const {
   const auto files = static_cast<size_t>(state_.FilesDeleted);
   const Locale locale = preview_.machine().system.UserLocale();
-  std::string text = state_.AbortRequested ? "Stopped; found so far: " : "Would remove ";
-  text += std::to_string(files) + (files == 1 ? " file (" : " files (") +
-          FormatSize(state_.SpaceGained, 2, true, locale) + ") and " +
-          std::to_string(rows_.size() - files) +
-          (rows_.size() - files == 1 ? " other thing." : " other things.");
-  return text + " Nothing was removed.";
+  const size_t others = rows_.size() - files;
+  const std::string size = FormatSize(state_.SpaceGained, 2, true, locale);
+  const std::string file_part =
+      TrN("%1 file (%2)", "%1 files (%2)", files, std::to_string(files), size);
+  const std::string other_part =
+      TrN("%1 other thing", "%1 other things", others, std::to_string(others));
+  if (state_.AbortRequested)
+    // TRANSLATORS: %1 is "2 files (10 KB)", %2 "3 other things".
+    return Tr("Stopped; found so far: %1 and %2. Nothing was removed.", file_part, other_part);
+  // TRANSLATORS: %1 is "2 files (10 KB)", %2 "3 other things".
+  return Tr("Would remove %1 and %2. Nothing was removed.", file_part, other_part);
 }
 
 }  // namespace quellix::modPlugin

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/preview/preview_machine.h"
+#include "platform/words.h"
 #include "plugins/plugin_file.h"
 #include "run/run_state.h"
 #include "settings/settings.h"
@@ -21,7 +22,7 @@ class PluginTrial {
 
   size_t count() const { return rows_.size(); }
   // What goes, and where it is.
-  std::string What(size_t row) const { return std::string(KindText(rows_[row]->kind)); }
+  std::string What(size_t row) const { return Tr(KindText(rows_[row]->kind)); }
   std::string Where(size_t row) const { return PlaceText(*rows_[row]); }
   // Files with their size, and other things; whether the user stopped.
   std::string Summary() const;

@@ -8,6 +8,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "plugins/recipe_folders.h"
 
 namespace quellix::modPlugin {
@@ -22,44 +23,44 @@ struct Row {
 
 // A name in a profile of a browser goes by a mask for anything too.
 const std::vector<Row> kRows = {
-    {"keys and certificates are lost, with what they protect",
+    {Mark("keys and certificates are lost, with what they protect"),
      true,
      {"key3.db", "key4.db", "cert8.db", "cert9.db", "*.kdbx", "*.vcrd", "*.pfx", "*.p12",
       "*.keystore", "Local State"},
      {"Protect", "Crypto", "SystemCertificates", ".ssh", ".gnupg"}},
-    {"saved passwords are lost",
+    {Mark("saved passwords are lost"),
      true,
      {"logins.json", "logins-backup.json", "Login Data", "Login Data For Account", "signons.sqlite",
       "passwords.txt", "wand.dat"},
      {"Vault", "Credentials", "Passwords"}},
-    {"open tabs and sessions are lost",
+    {Mark("open tabs and sessions are lost"),
      true,
      {"sessionstore.js", "sessionstore.jsonlz4", "sessionstore.bak", "Current Session",
       "Last Session", "Current Tabs", "Last Tabs", "recovery.jsonlz4", "session.json",
       "autosave.win"},
      {"sessionstore-backups", "Sessions"}},
-    {"what sites and programs have stored here is lost",
+    {Mark("what sites and programs have stored here is lost"),
      true,
      {"webappsstore.sqlite", "storage.sqlite", "storage-sync-v2.sqlite", "Web Data"},
      {"IndexedDB", "Local Storage", "Session Storage", "WebStorage", "databases", "File System",
       "Extension State", "Local Extension Settings", "Sync Extension Settings",
       "Managed Extension Settings", "Extension Rules", "Extension Scripts", "Storage\\ext",
       "storage\\default", "storage\\permanent", "browser-extension-data", "DOMStore"}},
-    {"work that was not saved, or its backups, may be lost",
+    {Mark("work that was not saved, or its backups, may be lost"),
      true,
      {"*.asd", "*.autosave", "*.wbk", "*.xar", "*.recovery"},
      {"TabState", "WindowState", "UnsavedFiles", "AutoRecover", "AutoRecovery", "AutoSave",
       "AutoSaves", "AutoBackup", "AutoBackups", "Backup", "Backups", "Recovery", "Drafts",
       "Crash Recovery", "OfficeFileCache", "LocalHistory"}},
-    {"bookmarks or their backups are lost",
+    {Mark("bookmarks or their backups are lost"),
      true,
      {"places.sqlite", "Bookmarks", "Bookmarks.bak", "bookmarks.html"},
      {"bookmarkbackups", "Favorites"}},
-    {"files in your own folders go",
+    {Mark("files in your own folders go"),
      true,
      {},
      {"%Documents%", "%Music%", "%Pictures%", "%Videos%", "%Desktop%", "%Downloads%"}},
-    {"sites sign you out",
+    {Mark("sites sign you out"),
      false,
      {"cookies.sqlite", "Cookies", "Extension Cookies", "*.cookie"},
      {"Cookies", "INetCookies"}}};
@@ -209,7 +210,7 @@ std::string_view CostOfKey(const RegistryEntry& entry) {
   for (const std::string_view word : {"PASSWORD", "CREDENTIAL", "SSHHOSTKEYS"}) {
     if (upper.find(word) != upper.npos) return kRows[kPasswordsRow].text;
   }
-  return upper.find("\\SESSIONS\\") != upper.npos ? "saved sessions are lost" : "";
+  return upper.find("\\SESSIONS\\") != upper.npos ? Mark("saved sessions are lost") : "";
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ namespace quellix::modPlugin {
 
 struct Cost {
   bool loses_data = false;  // which cannot be had again
-  std::string text;         // a clause
+  std::string text;         // a clause, named for the catalogues
 };
 
 // What a recipe costs by what it names, whatever its author says: key stores, passwords, sessions,

@@ -76,16 +76,17 @@ std::string FaultOf(const Machine& machine, const Detection& detection) {
   if (detection.kind == Detection::Kind::kVersion) {
     const auto first = ParseVersion(detection.place), last = ParseVersion(detection.last);
     const bool is_bad = (!detection.place.empty() && !first) || (!detection.last.empty() && !last);
-    if (is_bad) return "A version of Windows is two numbers with a dot between them.";
-    return first && last && *last < *first ? "No Windows is of such a version." : "";
+    if (is_bad) return Tr("A version of Windows is two numbers with a dot between them.");
+    return first && last && *last < *first ? Tr("No Windows is of such a version.") : "";
   }
   if (detection.kind == Detection::Kind::kKey) {
     const std::vector<KeyPlace> places = KeysOf(machine, detection);
-    return places.empty() || places.front().root ? "" : places.front().refusal;
+    return places.empty() || places.front().root ? "" : places.front().refusal.shown;
   }
   const std::vector<std::string> sides = ExpandFolder(machine, detection.place, true);
-  if (sides.empty()) return detection.place + ": a variable in it has no value on this machine.";
-  return ParsePattern(sides.front()) ? "" : detection.place + " is no full path.";
+  if (sides.empty())
+    return Tr("%1: a variable in it has no value on this machine.", detection.place);
+  return ParsePattern(sides.front()) ? "" : Tr("%1 is no full path.", detection.place);
 }
 
 bool IsFound(const Machine& machine, const Plugin& plugin) {

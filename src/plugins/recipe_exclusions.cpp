@@ -32,7 +32,7 @@ std::string NamesOf(Folder& folder, const std::vector<FileId>& ids) {
       return name.empty();
     });
     auto next = name.empty() ? nullptr : at.OpenFolder(name);
-    if (!next) throw Error(Error::Kind::kOther, "What is to be left cannot be found there.");
+    if (!next) throw Error(Error::Kind::kOther, Say("What is to be left cannot be found there."));
     names += name + "\\";
     held = std::move(next);
   }
@@ -77,16 +77,16 @@ Exclusions::Exclusions(const Machine& machine, const std::vector<Exclusion>& exc
 void Exclusions::AddFiles(const Machine& machine, const Exclusion& exclusion, const Pause& pause) {
   const std::string mask(NamePart(exclusion.place));
   const auto sides = ExpandFolder(machine, FolderPart(exclusion.place), true);
-  const auto refuse = [&](const char* why) {
-    refusals_.push_back("The exclusion of " + exclusion.place + why);
-  };
-  if (sides.empty()) return refuse(" has a variable without a value on this machine.");
+  const auto refuse = [&](const char* why) { refusals_.push_back(Say(why, exclusion.place)); };
+  if (sides.empty())
+    return refuse(Mark("The exclusion of %1 has a variable without a value on this machine."));
   const bool is_cut_off = mask.ends_with('.') && !HasNameWildcards(mask);
   if (mask.empty() || is_cut_off || !MayBeFileName(mask))
-    return refuse(" names nothing that a file can be called.");
+    return refuse(Mark("The exclusion of %1 names nothing that a file can be called."));
   for (const std::string& side : sides) {
     const std::optional<PathPattern> pattern = ParsePattern(side);
-    if (!pattern) return refuse(" does not begin with the full path of a folder.");
+    if (!pattern)
+      return refuse(Mark("The exclusion of %1 does not begin with the full path of a folder."));
     for (const std::string& folder : FindMatches(machine.files, *pattern, pause)) {
       const bool below = exclusion.kind == Exclusion::Kind::kPath;
       AddFolder(machine, folder, below, mask);
@@ -106,7 +106,8 @@ void Exclusions::AddFolder(const Machine& machine, const std::string& path, bool
       places_.push_back({folder->Id(), folder->Above(), below, mask});
     }
   } catch (const Error& error) {
-    refusals_.push_back("The exclusion of " + path + " cannot be looked up: " + error.what());
+    refusals_.push_back(
+        Say("The exclusion of %1 cannot be looked up: %2", path, SentenceOf(error)));
   }
 }
 
@@ -124,8 +125,8 @@ void Exclusions::AddKeys(const Machine& machine, const Exclusion& exclusion, con
         if (key) keys_.push_back(TrueNameOf(*key));
       }
     } catch (const Error& error) {
-      refusals_.push_back("The exclusion of " + exclusion.place +
-                          " cannot be looked up: " + error.what());
+      refusals_.push_back(
+          Say("The exclusion of %1 cannot be looked up: %2", exclusion.place, SentenceOf(error)));
     }
   }
 }

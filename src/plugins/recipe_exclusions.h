@@ -38,7 +38,7 @@ class Exclusions {
              const Pause& pause = {});
 
   // Why some of them mean nothing, a sentence each: then the recipe must not be carried out.
-  const std::vector<std::string>& refusals() const { return refusals_; }
+  const std::vector<Sentence>& refusals() const { return refusals_; }
 
   // For a walk that begins in an open folder; `path` is its own.
   WalkExclusions In(Folder& folder, std::string_view path) const;
@@ -63,7 +63,7 @@ class Exclusions {
 
   std::vector<Place> places_;
   std::vector<std::string> keys_;  // true names in upper case, with "\" at their ends
-  std::vector<std::string> refusals_;
+  std::vector<Sentence> refusals_;
 };
 
 }  // namespace quellix::modPlugin

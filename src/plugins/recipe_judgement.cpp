@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "platform/path.h"
+#include "platform/words.h"
 #include "plugins/plugin_places.h"
 #include "plugins/recipe_detection.h"
 #include "plugins/recipe_exclusions.h"
@@ -32,17 +33,17 @@ class RecipeJudge {
   modPlugin::Standing Standing() {
     using enum modPlugin::Standing;
     if (is_unclear_) return kNotUnderstood;
-    if (carried_ + refused_ + not_understood_ == 0) Note("It names nothing that goes.", true);
+    if (carried_ + refused_ + not_understood_ == 0) Note(Tr("It names nothing that goes."), true);
     if (carried_ == 0) return refused_ > 0 ? kRefused : kNotUnderstood;
     return refused_ + not_understood_ > 0 ? kPart : kWhole;
   }
 
   void Note(std::string text, bool is_fault) {
     if (is_fault) ++not_understood_;
-    Say(std::move(text));
+    Tell(std::move(text));
   }
   // Masks of one key that are refused together are told once.
-  void Say(std::string text) {
+  void Tell(std::string text) {
     if (said_.insert(text).second) remarks_.push_back(std::move(text));
   }
 
@@ -50,7 +51,7 @@ class RecipeJudge {
     is_unclear_ = recipe_.plugin.has_unknown_exclusion;
     if (recipe_.plugin.exclusions.empty()) return;
     const Exclusions exclusions(machine_, recipe_.plugin.exclusions);
-    for (const std::string& refusal : exclusions.refusals()) Say(refusal);
+    for (const Sentence& refusal : exclusions.refusals()) Tell(refusal.shown);
     is_unclear_ = is_unclear_ || !exclusions.refusals().empty();
   }
 
@@ -77,7 +78,7 @@ class RecipeJudge {
 
   void LookAtFiles(const FileEntry& entry) {
     const FilesPlace place = FindFolders(machine_, places_, entry);
-    for (const std::string& refusal : place.refusals) Say(refusal);
+    for (const Sentence& refusal : place.refusals) Tell(refusal.shown);
     if (!place.folders.empty() || place.refusals.empty()) ++carried_;
     if (!place.refusals.empty()) ++(MeansFolders(entry) ? refused_ : not_understood_);
   }
@@ -87,7 +88,7 @@ class RecipeJudge {
     for (const KeyPlace& place : FindKeys(machine_.registry, entry)) {
       if (place.root) continue;
       is_refused = true;
-      Say(place.refusal);
+      Tell(place.refusal.shown);
     }
     ++(is_refused ? refused_ : carried_);
   }

@@ -73,7 +73,7 @@ class KeySearch {
       if (behind_star && IsLinkOrMissing(path, names_[depth])) return;
       Append(path, names_[depth]);
     }
-    if (depth == names_.size()) return places_->push_back({root_, path, ""});
+    if (depth == names_.size()) return places_->push_back({root_, path, {}});
     for (const std::string& name : NamesFor(path)) {
       std::string below = path;
       Append(below, name);
@@ -117,7 +117,7 @@ class KeySearch {
 
   void Refuse(const std::string& path, const Error& error) {
     const std::string key = std::string(RootName(root_)) + "\\" + path;
-    places_->push_back({{}, "", Refusal(key, error.what())});
+    places_->push_back({{}, "", Refusal(key, SentenceOf(error))});
   }
 
   Registry& registry_;
@@ -133,17 +133,17 @@ std::vector<KeyPlace> FindAnyKeys(Registry& registry, const RegistryEntry& entry
                                   const Pause& pause) {
   const size_t end = std::min(entry.key.find('\\'), entry.key.size());
   const uint32_t handle = RootKeyFromName(std::string_view(entry.key).substr(0, end));
-  if (handle == 0) return {{{}, "", Refusal(entry.key, "it begins with no known root key.")}};
+  if (handle == 0) return {{{}, "", Refusal(entry.key, Say("it begins with no known root key."))}};
   RegistryRoot root = RegistryRoot::kLocalMachine;
   std::string subkey = WithoutEmptyParts(std::string_view(entry.key).substr(end));
   if (std::ranges::count(subkey, '\\') >= kDeepest)
-    return {{{}, "", Refusal(entry.key.substr(0, 80), "no key lies so deep.")}};
+    return {{{}, "", Refusal(entry.key.substr(0, 80), Say("no key lies so deep."))}};
   if (handle <= RootKeyFromName("HKEY_USERS")) {
     root = static_cast<RegistryRoot>(handle - RootKeyFromName("HKEY_CLASSES_ROOT"));
   } else if (handle == RootKeyFromName("HKEY_CURRENT_CONFIG")) {
     subkey.insert(0, kCurrentConfig);
   } else {
-    return {{{}, "", Refusal(entry.key, "nothing can be removed below that root key.")}};
+    return {{{}, "", Refusal(entry.key, Say("nothing can be removed below that root key."))}};
   }
   std::vector<KeyPlace> places;
   KeySearch(registry, root, pause).Find(subkey, places);
@@ -161,9 +161,10 @@ std::vector<KeyPlace> FindKeys(Registry& registry, const RegistryEntry& entry, c
     if (!place.root || !IsRefused(registry, entry, place)) continue;
     const std::string name = std::string(RootName(*place.root)) + "\\" + place.subkey;
     place.root.reset();
-    place.refusal = Refusal(is_written_so ? entry.key : name,
-                            "it is, or holds, a root key, one of its main branches or what Windows "
-                            "depends on.");
+    place.refusal =
+        Refusal(is_written_so ? entry.key : name,
+                Say("it is, or holds, a root key, one of its main branches or what Windows "
+                    "depends on."));
   }
   return places;
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/registry.h"
+#include "platform/words.h"
 #include "plugins/plugin_file.h"
 
 namespace quellix::modPlugin {
@@ -12,7 +13,7 @@ namespace quellix::modPlugin {
 struct KeyPlace {
   std::optional<RegistryRoot> root;  // nothing when it is refused
   std::string subkey;
-  std::string refusal;  // a sentence
+  Sentence refusal;
 };
 
 // The keys an entry stands for. "*" as a whole name is each key there, through no link; where a key

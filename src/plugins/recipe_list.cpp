@@ -9,6 +9,7 @@
 #include "platform/profile_strings.h"
 #include "platform/sha256.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "plugins/recipe_cost.h"
 #include "plugins/recipe_folders.h"
 
@@ -24,25 +25,26 @@ constexpr std::pair<std::string_view, std::string_view> kRoots[] = {
     {"HKU", "HKEY_USERS"},
     {"HKCC", "HKEY_CURRENT_CONFIG"}};
 
-constexpr std::pair<std::string_view, std::string_view> kGroups[] = {{"3001", "Internet Explorer"},
-                                                                     {"3002", "Windows Explorer"},
-                                                                     {"3003", "System"},
-                                                                     {"3004", "Advanced"},
-                                                                     {"3005", "Microsoft Edge"},
-                                                                     {"3006", "Microsoft Edge"},
-                                                                     {"3021", "Applications"},
-                                                                     {"3022", "Internet"},
-                                                                     {"3023", "Multimedia"},
-                                                                     {"3024", "Utilities"},
-                                                                     {"3025", "Windows"},
-                                                                     {"3026", "Firefox"},
-                                                                     {"3027", "Opera"},
-                                                                     {"3028", "Safari"},
-                                                                     {"3029", "Google Chrome"},
-                                                                     {"3030", "Thunderbird"},
-                                                                     {"3031", "Windows Store"},
-                                                                     {"3033", "Vivaldi"},
-                                                                     {"3034", "Brave"}};
+constexpr std::pair<std::string_view, std::string_view> kGroups[] = {
+    {"3001", Mark("Internet Explorer")},
+    {"3002", Mark("Windows Explorer")},
+    {"3003", Mark("System")},
+    {"3004", Mark("Advanced")},
+    {"3005", Mark("Microsoft Edge")},
+    {"3006", Mark("Microsoft Edge")},
+    {"3021", Mark("Applications")},
+    {"3022", Mark("Internet")},
+    {"3023", Mark("Multimedia")},
+    {"3024", Mark("Utilities")},
+    {"3025", Mark("Windows")},
+    {"3026", Mark("Firefox")},
+    {"3027", Mark("Opera")},
+    {"3028", Mark("Safari")},
+    {"3029", Mark("Google Chrome")},
+    {"3030", Mark("Thunderbird")},
+    {"3031", Mark("Windows Store")},
+    {"3033", Mark("Vivaldi")},
+    {"3034", Mark("Brave")}};
 
 constexpr std::pair<std::string_view, std::string_view> kBrowsers[] = {
     {"DET_CHROME", "%LocalAppData%\\Google\\Chrome*"},
@@ -119,15 +121,16 @@ class EntryReader {
     std::ranges::replace_if(value, IsControl, ' ');
     const bool only_tells = known - kKinds >= kFirstThatTells;
     if (value.empty()) {
-      why = "it says nothing";
+      why = Tr("it says nothing");
     } else if (has_control && !only_tells) {
-      why = "it holds a control character";
+      why = Tr("it holds a control character");
     } else {
       why = (this->*known->second)(value);
     }
     if (why.empty()) return;
     Block(known->first);
-    Remark(!only_tells, std::string(key.name) + "=" + value + ": " + why + ".");
+    // TRANSLATORS: A line of a list of recipes, and what is wrong with it: a clause.
+    Remark(!only_tells, Tr("%1: %2.", std::string(key.name) + "=" + value, why));
   }
 
   // A line that is no key at all.
@@ -141,11 +144,11 @@ class EntryReader {
 
   ListedRecipe Take() {
     recipe_.contents = contents_;
-    const std::string group = group_.empty() ? "Others" : group_;
+    const std::string group = group_.empty() ? Mark("Others") : group_;
     Add({"D", recipe_.name});
     Add({"G", group});
     for (const Cost& cost : CostsOf(ParsePlugin(contents_))) {
-      Add({"W", YesNo(cost.loses_data), cost.text});
+      Add({"W", YesNo(cost.loses_data), Tr(cost.text)});
     }
     recipe_.plugin = ParsePlugin(contents_);
     return std::move(recipe_);
@@ -182,7 +185,7 @@ class EntryReader {
   }
 
   void Unknown(std::string_view name) {
-    Remark(Block(name), std::string(name) + " is no key of such a list.");
+    Remark(Block(name), Tr("%1 is no key of such a list.", name));
   }
 
   std::string Ignore(const std::string&) { return {}; }
@@ -203,7 +206,7 @@ class EntryReader {
   std::string ReadDetect(const std::string& value) {
     const Fields fields = FieldsOf(value, '|');
     const std::string key = LongKey(fields[0]);
-    if (key.empty() || fields.size() > 2) return "it is no registry key";
+    if (key.empty() || fields.size() > 2) return Tr("it is no registry key");
     Add({"T", "Key", key, fields.size() > 1 ? fields[1] : ""});
     return {};
   }
@@ -213,13 +216,13 @@ class EntryReader {
   }
   std::string ReadDetectVersion(const std::string& value) {
     const Fields fields = FieldsOf(value, '|');
-    if (fields.size() > 2) return "it is no range of versions";
+    if (fields.size() > 2) return Tr("it is no range of versions");
     Add({"T", "Version", fields.front(), fields.back()});
     return {};
   }
   std::string ReadDetectBrowser(const std::string& value) {
     const std::string_view place = Translated(kBrowsers, value);
-    if (place.empty()) return "nobody knows such a program";
+    if (place.empty()) return Tr("nobody knows such a program");
     Add({"T", "File", place});
     return {};
   }
@@ -230,8 +233,8 @@ class EntryReader {
     const Fields masks = fields.size() > 1 ? MasksOf(fields[1]) : Fields();
     const bool removes_self = EqualsNoCase(flag, "REMOVESELF");
     const bool recurses = removes_self || EqualsNoCase(flag, "RECURSE");
-    if (folder.empty() || masks.empty()) return "it names no files of a folder";
-    if (fields.size() > 3 || (!recurses && !flag.empty())) return "its flag is unknown";
+    if (folder.empty() || masks.empty()) return Tr("it names no files of a folder");
+    if (fields.size() > 3 || (!recurses && !flag.empty())) return Tr("its flag is unknown");
     const bool both = std::ranges::any_of(
         kBothSides, [&](std::string_view side) { return ContainsNoCase(folder, side); });
     for (const std::string& mask : masks) {
@@ -246,9 +249,9 @@ class EntryReader {
     const size_t end = std::min(value.find('|'), value.size());
     const std::string key = LongKey(std::string(TrimBlanks(value.substr(0, end))));
     const bool is_value = end < value.size();
-    if (key.empty()) return "it is no registry key";
-    if (HasWildcard(key)) return "a key has no wildcards";
-    if (is_value && end + 1 == value.size()) return "it names no value";
+    if (key.empty()) return Tr("it is no registry key");
+    if (HasWildcard(key)) return Tr("a key has no wildcards");
+    if (is_value && end + 1 == value.size()) return Tr("it names no value");
     const std::string name = is_value ? value.substr(end + 1) : "";
     Add({"R", YesNo(!is_value), "No", key, name, YesNo(key.starts_with("HKEY_LOCAL_MACHINE"))});
     return {};
@@ -256,29 +259,29 @@ class EntryReader {
 
   std::string ReadExclude(const std::string& value) {
     const Fields fields = FieldsOf(value, '|');
-    if (fields.size() < 2 || fields[1].empty()) return "it names nothing";
+    if (fields.size() < 2 || fields[1].empty()) return Tr("it names nothing");
     const auto is = [&](std::string_view kind) { return EqualsNoCase(fields[0], kind); };
     if (is("REG")) {
       const std::string key = LongKey(fields[1]);
-      if (key.empty() || HasWildcard(key) || fields.size() > 2) return "it is no registry key";
+      if (key.empty() || HasWildcard(key) || fields.size() > 2) return Tr("it is no registry key");
       Add({"X", "Key", key});
       return {};
     }
-    if (!is("FILE") && !is("PATH")) return "it is none of FILE, PATH and REG";
+    if (!is("FILE") && !is("PATH")) return Tr("it is none of FILE, PATH and REG");
     return ExcludeFiles(is("PATH"), fields);
   }
 
   std::string ExcludeFiles(bool below, const Fields& fields) {
     const std::string_view kind = below ? "Path" : "File";
     const std::string folder = PathOf(fields[1]);
-    if (fields.size() > 3) return "it says more than is known";
+    if (fields.size() > 3) return Tr("it says more than is known");
     if (fields.size() == 2 && !below && !folder.ends_with('\\')) {
-      if (HasVariable(NamePart(folder))) return "it names no file";
+      if (HasVariable(NamePart(folder))) return Tr("it names no file");
       Add({"X", kind, folder});
       return {};
     }
     const Fields masks = fields.size() > 2 ? MasksOf(fields[2]) : Fields{below ? "*.*" : ""};
-    if (masks.empty() || masks[0].empty()) return "it names no file";
+    if (masks.empty() || masks[0].empty()) return Tr("it names no file");
     for (const std::string& mask : masks) Add({"X", kind, WithBackslash(folder) + mask});
     return {};
   }

@@ -53,7 +53,7 @@ std::string FingerprintOf(const ListedRecipe& recipe);
 struct RecipeLists {
   std::vector<std::string> paths;  // of those that could be read
   std::vector<ListedRecipe> recipes;
-  std::vector<std::string> problems;  // sentences
+  std::vector<Sentence> problems;
 
   const ListedRecipe* Find(std::string_view name) const;  // in any case; null without one
   std::unordered_map<std::string, size_t> by_name;        // in upper case

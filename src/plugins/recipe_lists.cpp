@@ -37,10 +37,10 @@ RecipeLists LoadRecipeLists(const Machine& machine, const Pause& pause) {
         texts.push_back(DecodeIni(*bytes, machine.system));
         lists.paths.push_back(path);
       } else if (!named.empty()) {
-        lists.problems.push_back("There is no list of recipes " + path + ".");
+        lists.problems.push_back(Say("There is no list of recipes %1.", path));
       }
     } catch (const Error& error) {
-      lists.problems.push_back(path + ": " + error.what());
+      lists.problems.push_back({path + ": " + error.what(), path + ": " + Shown(error)});
     }
   }
   lists.recipes = ParseRecipeLists(texts, pause);

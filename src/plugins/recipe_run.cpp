@@ -87,7 +87,7 @@ Fingerprints FingerprintsOf(const Machine& machine, const ListedRecipe& recipe) 
 void RunRecipes(CleaningContext& context, std::span<const RecipeChoice> choices) {
   if (choices.empty()) return;
   const RecipeLists lists = LoadRecipeLists(context.machine, PauseOf(context));
-  for (const std::string& problem : lists.problems) Log(context, problem);
+  for (const Sentence& problem : lists.problems) Log(context, problem.english);
   context.state.SomeErrors = context.state.SomeErrors || !lists.problems.empty();
   const size_t before = context.state.Entries->all.size();
   for (const RecipeChoice& choice : choices) {

@@ -236,8 +236,9 @@ void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const Keep
       const std::string changed = WhyChanged(row);
       if (!changed.empty()) throw Error(Error::Kind::kOther, changed);
       const auto folder = OpenFolderOf(machine_.files, row.own_file);
-      const std::string why = places->WhyNotFile(*folder, row.own_file, row.own_claim);
-      if (!why.empty()) throw Error(Error::Kind::kDenied, row.own_file + why);
+      const Sentence why = places->WhyNotFile(*folder, row.own_file, row.own_claim);
+      if (!why.empty())
+        throw Error(Error::Kind::kDenied, Say("%1 is not removed: %2", row.own_file, why));
       folder->Recycle(NamePart(row.own_file));
       ++erased_.gone;
     } catch (const Error& error) {

@@ -11,18 +11,17 @@
 namespace quellix {
 namespace {
 
-constexpr const char* kUnknownPlace = "this system cannot tell which folder it is.";
-constexpr const char* kOwnPlace = "it belongs to this program or to its backups.";
-constexpr const char* kTreePlace = "it is a part of Windows that is not made to be emptied.";
+constexpr const char* kUnknownPlace = Mark("this system cannot tell which folder it is.");
+constexpr const char* kOwnPlace = Mark("it belongs to this program or to its backups.");
+constexpr const char* kTreePlace = Mark("it is a part of Windows that is not made to be emptied.");
 constexpr const char* kRootPlace =
-    "it is a whole drive, Windows, its system folder, Program Files or a user's profile.";
+    Mark("it is a whole drive, Windows, its system folder, Program Files or a user's profile.");
 constexpr const char* kHoldsPlace =
-    "it holds Windows, programs, a user's profile or folders of his.";
-constexpr const char* kPersonalPlace = "it is one of the user's own folders.";
-constexpr const char* kKept = "it is kept by your line ";
-constexpr const char* kPreciousFile = "it is a file that Windows or this program needs.";
+    Mark("it holds Windows, programs, a user's profile or folders of his.");
+constexpr const char* kPersonalPlace = Mark("it is one of the user's own folders.");
+constexpr const char* kPreciousFile = Mark("it is a file that Windows or this program needs.");
 
-std::string Kept(std::string_view line) { return std::string(kKept).append(line).append("."); }
+Sentence Kept(std::string_view line) { return Say("it is kept by your line %1.", line); }
 
 }  // namespace
 
@@ -75,12 +74,12 @@ ProtectedPlaces::Kind ProtectedPlaces::RuleFor(const FileId& self,
   return rule;
 }
 
-std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<FileId>& above,
-                                          std::string_view mask, bool below, Claim claim,
-                                          bool is_to_spare) const {
+Sentence ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<FileId>& above,
+                                       std::string_view mask, bool below, Claim claim,
+                                       bool is_to_spare) const {
   const Kind rule = RuleFor(self, above);
-  if (rule == Kind::kOwn) return kOwnPlace;
-  if (rule == Kind::kTree && !is_to_spare) return kTreePlace;
+  if (rule == Kind::kOwn) return Say(kOwnPlace);
+  if (rule == Kind::kTree && !is_to_spare) return Say(kTreePlace);
   if (const auto line = keep_.ForFolder(self, above); !line.empty()) return Kept(line);
   const bool names_one = !HasWildcards(mask), is_harmless = HasHarmlessExtension(mask);
   const bool is_home = rule == Kind::kHome && !(claim == Claim::kRecipe && IsProgram(mask));
@@ -93,59 +92,59 @@ std::string ProtectedPlaces::WhyNotOpened(const FileId& self, const std::vector<
   const bool can_be_spared =
       is_to_spare && (!below || rule == Kind::kTree || !folders_.contains(self));
   if (rule >= Kind::kHome && !is_made_for && !can_be_spared && (below || !may_go))
-    return kRootPlace;
+    return Say(kRootPlace);
   const bool is_own = claim == Claim::kOwnList;
   if (rule == Kind::kPersonal && !is_own && (below || !is_harmless)) {
-    return kPersonalPlace;
+    return Say(kPersonalPlace);
   }
   const auto held = holders_.find(self);
   if (!below || held == holders_.end()) return {};
-  return is_own && held->second == Kind::kPersonal ? "" : kHoldsPlace;
+  if (is_own && held->second == Kind::kPersonal) return {};
+  return Say(kHoldsPlace);
 }
 
-std::string ProtectedPlaces::WhyNotOpened(Folder& folder, std::string_view mask, bool below,
-                                          Claim claim, bool is_file_to_spare) const {
+Sentence ProtectedPlaces::WhyNotOpened(Folder& folder, std::string_view mask, bool below,
+                                       Claim claim, bool is_file_to_spare) const {
   try {
     const FileId self = folder.Id();
-    if (!self.is_known()) return kUnknownPlace;
+    if (!self.is_known()) return Say(kUnknownPlace);
     const std::vector<FileId> above = folder.Above();
     const bool is_to_spare =
         is_file_to_spare || (claim == Claim::kVolumeItem && LiesInWhatToSpare(self, above));
     return WhyNotOpened(self, above, mask, below, claim, is_to_spare);
   } catch (const Error&) {
-    return kUnknownPlace;
+    return Say(kUnknownPlace);
   }
 }
 
-std::string ProtectedPlaces::WhyNot(Folder& folder, std::string_view mask, bool below,
-                                    Claim claim) {
+Sentence ProtectedPlaces::WhyNot(Folder& folder, std::string_view mask, bool below, Claim claim) {
   return WhyNotOpened(folder, mask, below, claim, false);
 }
 
-std::string ProtectedPlaces::WhyNotFile(Folder& folder, std::string_view path, Claim claim) {
+Sentence ProtectedPlaces::WhyNotFile(Folder& folder, std::string_view path, Claim claim) {
   const std::string_view name = NamePart(path);
   const FileId id = folder.Id();
   const bool is_to_spare = (claim == Claim::kVolumeItem && IsFileToSpare(folder, name)) ||
                            (claim == Claim::kPackage && IsPackage(id, name));
-  std::string why = WhyNotOpened(folder, name, false, claim, is_to_spare);
+  Sentence why = WhyNotOpened(folder, name, false, claim, is_to_spare);
   if (!why.empty()) return why;
   if (const auto line = keep_.ForFile(folder, id, path); !line.empty()) return Kept(line);
-  return IsSparedFile(folder, id, name, claim) ? kPreciousFile : "";
+  return IsSparedFile(folder, id, name, claim) ? Say(kPreciousFile) : Sentence();
 }
 
-std::string ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view path) {
+Sentence ProtectedPlaces::WhyNotEdit(Folder& folder, std::string_view path) {
   try {
     const FileId self = folder.Id();
     const std::vector<FileId> above = folder.Above();
     const Kind rule = RuleFor(self, above);
-    if (rule == Kind::kOwn) return kOwnPlace;
-    if (rule == Kind::kTree) return kTreePlace;
+    if (rule == Kind::kOwn) return Say(kOwnPlace);
+    if (rule == Kind::kTree) return Say(kTreePlace);
     std::string_view line = keep_.ForFolder(self, above);
     if (line.empty()) line = keep_.ForFile(folder, self, path);
     if (!line.empty()) return Kept(line);
-    return IsSparedFile(folder, self, NamePart(path)) ? kPreciousFile : "";
+    return IsSparedFile(folder, self, NamePart(path)) ? Say(kPreciousFile) : Sentence();
   } catch (const Error&) {
-    return kUnknownPlace;
+    return Say(kUnknownPlace);
   }
 }
 

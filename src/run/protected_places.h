@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/machine.h"
+#include "platform/words.h"
 #include "run/keep_list.h"
 
 namespace quellix {
@@ -41,14 +42,14 @@ class ProtectedPlaces {
   const KeepList& keep() const { return keep_; }
 
   // Why files that fit `mask` may not go from `folder` and, with `below`, from the folders below
-  // it: a clause that ends a sentence, "" when they may.
-  std::string WhyNot(Folder& folder, std::string_view mask, bool below, Claim claim);
+  // it: a clause that ends a sentence, empty when they may.
+  Sentence WhyNot(Folder& folder, std::string_view mask, bool below, Claim claim);
 
   // The same for one file that was named by itself, by the path that the keep list's masks are for.
-  std::string WhyNotFile(Folder& folder, std::string_view path, Claim claim);
+  Sentence WhyNotFile(Folder& folder, std::string_view path, Claim claim);
 
   // The same for a file that is to lose some of its lines.
-  std::string WhyNotEdit(Folder& folder, std::string_view path);
+  Sentence WhyNotEdit(Folder& folder, std::string_view path);
 
   // For a walk that may go: whether it leaves alone a folder that it meets, with all that is in it,
   // or a file.
@@ -88,10 +89,10 @@ class ProtectedPlaces {
   bool LiesInWhatToSpare(const FileId& self, const std::vector<FileId>& above) const;
   // The strongest rule for a folder, by those that it lies in.
   Kind RuleFor(const FileId& self, const std::vector<FileId>& above) const;
-  std::string WhyNotOpened(const FileId& self, const std::vector<FileId>& above,
-                           std::string_view mask, bool below, Claim claim, bool is_to_spare) const;
-  std::string WhyNotOpened(Folder& folder, std::string_view mask, bool below, Claim claim,
-                           bool is_file_to_spare) const;
+  Sentence WhyNotOpened(const FileId& self, const std::vector<FileId>& above, std::string_view mask,
+                        bool below, Claim claim, bool is_to_spare) const;
+  Sentence WhyNotOpened(Folder& folder, std::string_view mask, bool below, Claim claim,
+                        bool is_file_to_spare) const;
 
   KeepList keep_;
   std::map<FileId, Kind> folders_;

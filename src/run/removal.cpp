@@ -172,7 +172,7 @@ void LeaveWhatWaits(RunState& state, Folder& folder, std::string_view path, cons
 
 // Removes a file of a list and counts it; what stays is noted. False when it stays.
 bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::string_view path,
-                    std::string* reason = nullptr) {
+                    Sentence* reason = nullptr) {
   std::optional<FileInfo> info;
   try {
     Folder& folder = working.Of(path);
@@ -184,13 +184,12 @@ bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::strin
     context.state.SomeFilesLocked = true;
   } catch (const Error& error) {
     if (reason != nullptr) {
-      *reason =
-          error.kind() == Error::Kind::kKept ? KeptSentence(error.what()).english : error.what();
+      *reason = error.kind() == Error::Kind::kKept ? KeptSentence(error.what()) : SentenceOf(error);
     }
     NoteStayed(context.state, path, WhyItStays(context, working, path, error), error.kind(),
                info.value_or(FileInfo{}));
   } catch (const std::exception& error) {
-    if (reason != nullptr) *reason = error.what();
+    if (reason != nullptr) *reason = SentenceOf(error);
     NoteStayed(context.state, path, error.what(), Error::Kind::kOther, info.value_or(FileInfo{}));
   }
   return false;
@@ -299,7 +298,7 @@ std::vector<size_t> DeepestFirst(const PathList& folders) {
 
 }  // namespace
 
-bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim, std::string* reason) {
+bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim, Sentence* reason) {
   const FileList alone;
   WorkingFolder working(context, alone, claim);
   return RemoveAndCount(context, working, path, reason);

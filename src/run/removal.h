@@ -14,7 +14,7 @@ namespace quellix {
 // false, SomeFilesLocked is set, and the file is noted as stayed; `reason` is then given a sentence
 // that says why. What is precious is refused.
 bool RemoveFile(CleaningContext& context, std::string_view path, Claim claim,
-                std::string* reason = nullptr);
+                Sentence* reason = nullptr);
 
 // While the returned object lives, the machine may look at the lists' files before their turn
 // comes: for where each of them goes in a moment. The lists must outlast it.

@@ -10,8 +10,8 @@
 namespace quellix {
 namespace {
 
-[[noreturn]] void Refuse(std::string_view path, std::string_view why) {
-  throw Error(Error::Kind::kDenied, std::string(path).append(" is not removed: ").append(why));
+[[noreturn]] void Refuse(std::string_view path, const Sentence& why) {
+  throw Error(Error::Kind::kDenied, Say("%1 is not removed: %2", path, why));
 }
 
 }  // namespace
@@ -66,9 +66,9 @@ Folder& WorkingFolder::Open(std::string_view parent) {
   path_.clear();
   opened_.reset();
   opened_ = OpenBelow(parent);
-  if (!opened_) throw Error(Error::Kind::kMissing, std::string(parent) + " is no longer there.");
+  if (!opened_) throw Error(Error::Kind::kMissing, Say("%1 is no longer there.", parent));
   id_ = opened_->Id();
-  if (list_.folder && PlacesOf(context_).IsSpared(id_)) Refuse(parent, "it is precious.");
+  if (list_.folder && PlacesOf(context_).IsSpared(id_)) Refuse(parent, Say("it is precious."));
   path_ = parent;
   return *opened_;
 }
@@ -89,9 +89,9 @@ Folder& WorkingFolder::Of(std::string_view typed) {
   if (!line.empty()) throw Error(Error::Kind::kKept, std::string(line));
   if (list_.folder) {
     if (places.IsSparedFile(folder, id_, name, claim_)) {
-      Refuse(path, "it is a file that Windows or this program needs.");
+      Refuse(path, Say("it is a file that Windows or this program needs."));
     }
-  } else if (const std::string why = places.WhyNotFile(folder, path, claim_); !why.empty()) {
+  } else if (const Sentence why = places.WhyNotFile(folder, path, claim_); !why.empty()) {
     Refuse(path, why);
   }
   return folder;
@@ -101,7 +101,7 @@ Folder& WorkingFolder::OfFolder(std::string_view path) {
   const std::string_view plain = WithoutBackslash(path);
   Folder& folder = Open(FolderPart(plain));
   const auto id = folder.IdOf(NamePart(plain));
-  if (id && PlacesOf(context_).IsSpared(*id)) Refuse(path, "it is precious.");
+  if (id && PlacesOf(context_).IsSpared(*id)) Refuse(path, Say("it is precious."));
   return folder;
 }
 

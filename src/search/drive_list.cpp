@@ -3,18 +3,19 @@
 #include <algorithm>
 
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
 
-constexpr std::string_view kTypeNames[] = {"Floppy drive",
-                                           "Removable drive",
-                                           "Hard drive",
-                                           "Remote (network) drive",
-                                           "CD-ROM drive",
-                                           "RAM disk",
-                                           "The drive type cannot be determined",
-                                           "The root directory does not exist"};
+constexpr std::string_view kTypeNames[] = {Mark("Floppy drive"),
+                                           Mark("Removable drive"),
+                                           Mark("Hard drive"),
+                                           Mark("Remote (network) drive"),
+                                           Mark("CD-ROM drive"),
+                                           Mark("RAM disk"),
+                                           Mark("The drive type cannot be determined"),
+                                           Mark("The root directory does not exist")};
 
 }  // namespace
 
@@ -45,6 +46,11 @@ std::vector<std::string> DriveList(System& system) {
     entries.push_back(std::string(1, drive.letter) + ": " + std::string(DriveTypeName(drive)));
   }
   return entries;
+}
+
+std::string ShownDrive(std::string_view entry) {
+  const size_t start = std::min(entry.find(' '), entry.size() - 1) + 1;
+  return std::string(entry.substr(0, start)) + Tr(entry.substr(start));
 }
 
 std::vector<std::string> ParseDriveLine(std::string_view line) {

@@ -7,6 +7,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/run_limits.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
@@ -25,9 +26,9 @@ class ScanVisitor : public FolderVisitor {
   ScanVisitor(CleaningContext& context, std::string_view mask)
       : context_(context), masks_(Split(mask, ';')), every_name_(mask == "*.*") {}
 
-  void Stopped(bool) override { context_.view.SetStatus("Aborted by User"); }
+  void Stopped(bool) override { context_.view.SetStatus(Tr("Aborted by User")); }
   void Begin(const std::string& path) override {
-    context_.view.SetStatus(status_.assign("Scanning system... ").append(path));
+    context_.view.SetStatus(Tr("Scanning system... %1", path));
   }
 
  protected:
@@ -41,7 +42,6 @@ class ScanVisitor : public FolderVisitor {
  private:
   CleaningContext& context_;
   std::vector<std::string> masks_;
-  std::string status_;
   bool every_name_;
 };
 

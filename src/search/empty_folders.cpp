@@ -4,6 +4,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/stayed.h"
 #include "run/working_folder.h"
 
@@ -62,31 +63,30 @@ bool EmptyFolderGuard::Enters(const std::string& path) const {
          });
 }
 
-std::string EmptyFolderGuard::WhyNot(const std::string& path) {
+Sentence EmptyFolderGuard::WhyNot(const std::string& path) {
   const auto folder = context_.machine.files.OpenFolder(path);
-  if (!folder) throw Error(Error::Kind::kMissing, "It is no longer there.");
+  if (!folder) throw Error(Error::Kind::kMissing, Say("It is no longer there."));
   ProtectedPlaces& places = PlacesOf(context_);
-  const std::string why = places.WhyNot(*folder, "*.*", true, Claim::kRecipe);
-  if (!why.empty()) return path + " is not removed: " + why;
+  const Sentence why = places.WhyNot(*folder, "*.*", true, Claim::kRecipe);
+  if (!why.empty()) return Say("%1 is not removed: %2", path, why);
   const std::vector<FileId> above = folder->Above();
   const auto is_in = [this](const FileId& id) { return Has(installed_ids_, id); };
   if (is_in(folder->Id()) || std::ranges::any_of(above, is_in))
-    return "It lies where Windows or programs are installed: " + path;
-  if (places.IsNoted(*folder) || Has(temporary_, folder->Id()))
-    return "Windows or its programs expect this folder: " + path;
+    return Say("It lies where Windows or programs are installed: %1", path);
   const std::string upper = UpCase(WithBackslash(path));
-  if (IsExpectedInProfiles(upper)) return "Windows or its programs expect this folder: " + path;
+  if (places.IsNoted(*folder) || Has(temporary_, folder->Id()) || IsExpectedInProfiles(upper))
+    return Say("Windows or its programs expect this folder: %1", path);
   const bool is_versions = std::ranges::any_of(kOfVersionControl, [&](std::string_view name) {
     return upper.find(UpCase(name)) != std::string::npos;
   });
-  return is_versions ? "Version control needs this folder: " + path : "";
+  return is_versions ? Say("Version control needs this folder: %1", path) : Sentence();
 }
 
 Removal RemoveEmptyFolder(CleaningContext& context, const std::string& path) {
   Removal removal{Removal::kStays};
   const std::string plain(WithoutBackslash(path));
   try {
-    const std::string why = EmptyFolderGuard(context).WhyNot(plain);
+    const Sentence why = EmptyFolderGuard(context).WhyNot(plain);
     if (!why.empty()) throw Error(Error::Kind::kDenied, why);
     const FileList alone;
     WorkingFolder working(context, alone, Claim::kItem);
@@ -96,8 +96,8 @@ Removal RemoveEmptyFolder(CleaningContext& context, const std::string& path) {
   } catch (const Error& error) {
     if (error.kind() == Error::Kind::kMissing) return {Removal::kVanished};
     const bool is_full = error.kind() == Error::Kind::kNotEmpty;
-    removal.reason = is_full ? "It is no longer empty." : error.what();
-    NoteStayed(context.state, plain, removal.reason, error.kind());
+    removal.reason = is_full ? Say("It is no longer empty.") : SentenceOf(error);
+    NoteStayed(context.state, plain, removal.reason.english, error.kind());
   }
   return removal;
 }

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/words.h"
 #include "run/context.h"
 #include "search/junk_search.h"
 
@@ -17,8 +18,8 @@ class EmptyFolderGuard {
 
   // Whether a search goes into it; a hint by its path, which ends in "\\".
   bool Enters(const std::string& path) const;
-  // Why it stays, a sentence; "" where it may go. Throws Error: also of a link.
-  std::string WhyNot(const std::string& path);
+  // Why it stays; empty where it may go. Throws Error: also of a link.
+  Sentence WhyNot(const std::string& path);
 
  private:
   CleaningContext& context_;

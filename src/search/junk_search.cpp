@@ -27,7 +27,7 @@ class JunkTest : public FileTest {
     if (kind == JunkKind::kDeadShortcuts || options.date == 0) return;
     if (!options.first_date || !options.second_date) {
       throw Error(Error::Kind::kOther,
-                  "The dates of the search options cannot be read, so nothing was searched.");
+                  Say("The dates of the search options cannot be read, so nothing was searched."));
     }
     first_day_ = DayNumber(*options.first_date);
     second_day_ = DayNumber(*options.second_date);
@@ -225,21 +225,22 @@ std::vector<std::string> RootsToSearch(System& system, const SearchOptions& opti
 std::string_view CategoryText(JunkKind kind) {
   switch (kind) {
     case JunkKind::kUnnecessaryFiles:
-      return "Unnecessary Files";
+      return Mark("Unnecessary Files");
     case JunkKind::kEmptyFiles:
-      return "Empty Files";
+      return Mark("Empty Files");
     case JunkKind::kDeadShortcuts:
-      return "Dead Shortcuts";
+      return Mark("Dead Shortcuts");
     case JunkKind::kEmptyFolders:
       break;
   }
-  return "Empty Folders";
+  return Mark("Empty Folders");
 }
 
 void RequireTypes(const Machine& machine, JunkKind kind) {
   if (kind != JunkKind::kUnnecessaryFiles || !LoadPatterns(machine).empty()) return;
   throw NotAvailable(
-      "Not searched: no type of unnecessary files is ticked in the Options, or UNFI.txt is empty.");
+      Say("Not searched: no type of unnecessary files is ticked in the Options, or UNFI.txt is "
+          "empty."));
 }
 
 void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
@@ -259,7 +260,7 @@ void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink) {
     if (StopsRun(context)) break;
     search(root);
   }
-  if (context.state.AbortRequested) context.view.SetStatus("Aborted by user");
+  if (context.state.AbortRequested) context.view.SetStatus(Tr("Aborted by user"));
 }
 
 Removal RemoveFind(CleaningContext& context, const std::string& path, JunkKind kind) {
@@ -270,7 +271,7 @@ Removal RemoveFind(CleaningContext& context, const std::string& path, JunkKind k
   if (!info) return {Removal::kVanished};
   removal.bytes = info->size;
   if (kind == JunkKind::kEmptyFiles && static_cast<uint32_t>(info->size) != 0) {
-    removal.reason = "It is no longer empty.";
+    removal.reason = Say("It is no longer empty.");
   } else if (RemoveFile(context, path, Claim::kItem, &removal.reason)) {
     removal.outcome = Removal::kRemoved;
   }

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/words.h"
 #include "run/context.h"
 
 namespace quellix {
@@ -42,7 +43,7 @@ class ResultSink {
   virtual void Add(ResultRow row) = 0;
 };
 
-// "Unnecessary Files", "Empty Files", "Dead Shortcuts", "Empty Folders".
+// "Unnecessary Files", "Empty Files", "Dead Shortcuts", "Empty Folders", named for the catalogues.
 std::string_view CategoryText(JunkKind kind);
 
 // Throws NotAvailable when a search for that kind would know nothing to search for: no type of
@@ -58,8 +59,8 @@ void SearchJunk(CleaningContext& context, JunkKind kind, ResultSink& sink);
 // What became of a find that was to be removed.
 struct Removal {
   enum Outcome { kRemoved, kVanished, kStays } outcome;
-  uint64_t bytes = 0;       // its size just before
-  std::string reason = {};  // why it stays: a sentence, "" after a stop
+  uint64_t bytes = 0;    // its size just before
+  Sentence reason = {};  // why it stays; empty after a stop
 };
 
 // Removes the find at `path` by the removal mode and counts it in the totals of the run. A file

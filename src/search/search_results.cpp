@@ -5,6 +5,7 @@
 
 #include "platform/locale.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/removal.h"
 #include "search/search_options.h"
 
@@ -76,7 +77,7 @@ std::string SearchResults::Text(size_t row, ResultColumn column) const {
     case ResultColumn::kCategory:
       break;
   }
-  return std::string(CategoryText(find.kind));
+  return Tr(CategoryText(find.kind));
 }
 
 std::string SearchResults::PathOf(size_t row) const {
@@ -181,20 +182,24 @@ std::string SearchResults::QuestionForRows(const std::vector<size_t>& rows) cons
 std::string SearchResults::QuestionFor(const std::vector<Index>& finds) const {
   if (finds.empty() || !context_.settings.Load().ask) return {};
   const Locale& locale = context_.machine.system.UserLocale();
+  const size_t number = finds.size();
+  const std::string count = FormatCount(number, locale);
   if (HasFoldersAlone())
-    return "Delete " + FormatCount(finds.size(), locale) +
-           (finds.size() == 1 ? " empty folder?" : " empty folders?");
-  const double bytes = BytesOf(finds);
-  const int16_t mode = context_.state.RemovalMode;
-  const std::string_view verb = mode == kRecycle  ? "Recycle "
-                                : mode == kWipe   ? "Wipe "
-                                : mode == kBackUp ? "Remove "
-                                                  : "Delete ";
-  return std::string(verb) + FormatCount(finds.size(), locale) +
-         (finds.size() == 1 ? " file (" : " files (") + FormatSize(bytes, 2, true, locale) + ")" +
-         (mode == kRecycle  ? "?"
-          : mode == kBackUp ? " after a backup?"
-                            : " for good?");
+    return TrN("Delete %1 empty folder?", "Delete %1 empty folders?", number, count);
+  const std::string size = FormatSize(BytesOf(finds), 2, true, locale);
+  switch (context_.state.RemovalMode) {
+    case kRecycle:
+      return TrN("Recycle %1 file (%2)?", "Recycle %1 files (%2)?", number, count, size);
+    case kWipe:
+      return TrN("Wipe %1 file (%2) for good?", "Wipe %1 files (%2) for good?", number, count,
+                 size);
+    case kBackUp:
+      return TrN("Remove %1 file (%2) after a backup?", "Remove %1 files (%2) after a backup?",
+                 number, count, size);
+    default:
+      return TrN("Delete %1 file (%2) for good?", "Delete %1 files (%2) for good?", number, count,
+                 size);
+  }
 }
 
 void SearchResults::DeleteTicked() { Delete(Ticked()); }
@@ -262,9 +267,10 @@ void SearchResults::DeleteEach(const std::vector<Index>& finds) {
   }
   if (state.AbortRequested) {
     const Locale& locale = context_.machine.system.UserLocale();
-    stopped_ = "Stopped: " + FormatCount(gone, locale) + " of " +
-               FormatCount(finds.size(), locale) + " deleted, " +
-               FormatSize(state.RunSpaceGained - before, 1, true, locale) + ".";
+    // TRANSLATORS: "Stopped: 120 of 30,000 deleted, 3.4 MB."
+    stopped_ = Tr("Stopped: %1 of %2 deleted, %3.", FormatCount(gone, locale),
+                  FormatCount(finds.size(), locale),
+                  FormatSize(state.RunSpaceGained - before, 1, true, locale));
   }
   state.Files = {};
   context_.view.ShowFiles({});
@@ -275,12 +281,13 @@ bool SearchResults::DeleteOne(Index index) {
   Find& find = finds_[index];
   const std::string path = std::string(Folder(index)).append(names_[index]);
   const bool is_folder = find.kind == JunkKind::kEmptyFolders;
-  context_.view.SetStatus((is_folder ? "Deleting folder: " : "Deleting file: ") + path);
+  context_.view.SetStatus(is_folder ? Tr("Deleting folder: %1", path)
+                                    : Tr("Deleting file: %1", path));
   const Removal removal = RemoveFind(context_, path, find.kind);
   if (removal.outcome == Removal::kStays) {
     if (context_.state.AbortRequested) return false;  // stopped within a file: nothing failed
     find.ticked = false;
-    failures_[index] = removal.reason;
+    failures_[index] = removal.reason.shown;
     some_failed_ = true;
     return false;
   }
@@ -293,16 +300,19 @@ bool SearchResults::DeleteOne(Index index) {
 }
 
 std::string SearchResults::CountLine() const {
-  const std::string what = HasFoldersAlone() ? "Folders" : "Files";
-  return (has_deleted_ ? what + " Found: " : "Total " + what + ": ") + std::to_string(left_);
+  const std::string left = std::to_string(left_);
+  if (HasFoldersAlone())
+    return has_deleted_ ? Tr("Folders Found: %1", left) : Tr("Total Folders: %1", left);
+  return has_deleted_ ? Tr("Files Found: %1", left) : Tr("Total Files: %1", left);
 }
 
 std::string SearchResults::WhyEmpty() const {
-  if (searching_) return "Searching...";
-  if (left_ > 0) return "No file has this in its path. Empty the filter to see them all.";
-  if (has_deleted_) return "Nothing is left of what was found.";
-  return "Nothing was found. What is searched for, and on which drives, stands on the pages Search "
-         "and Unnecessary files of the options.";
+  if (searching_) return Tr("Searching...");
+  if (left_ > 0) return Tr("No file has this in its path. Empty the filter to see them all.");
+  if (has_deleted_) return Tr("Nothing is left of what was found.");
+  return Tr(
+      "Nothing was found. What is searched for, and on which drives, stands on the pages Search "
+      "and Unnecessary files of the options.");
 }
 
 std::string SearchResults::LogLines() const {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/win32/win32_text.h"
+#include "search/drive_list.h"
 
 namespace quellix {
 namespace {
@@ -60,7 +61,7 @@ void OptionsSearchPage::Fill() {
   layout().Add(kAnchors);
   SearchDraft& search = options().search;
   drives_.Attach(Control(lstSearch), kColumns, [&search](int row, int) {
-    return Cell{Wide(search.drives[static_cast<size_t>(row)].entry)};
+    return Cell{Wide(ShownDrive(search.drives[static_cast<size_t>(row)].entry))};
   });
   drives_.SetCheckBoxes(
       [&search](int row) { return search.drives[static_cast<size_t>(row)].ticked; },

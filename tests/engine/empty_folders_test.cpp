@@ -111,7 +111,7 @@ TEST_F(EmptyFoldersTest, WhatWindowsProgramsAndUsersExpectIsNeitherFoundNorRemov
     for (const std::string& spelled : {place, UpCase(std::string_view(place)), place + "\\"}) {
       const Removal removal = Remove(spelled);
       EXPECT_EQ(removal.outcome, Removal::kStays) << spelled;
-      EXPECT_NE(removal.reason, "");
+      EXPECT_FALSE(removal.reason.empty());
     }
     EXPECT_TRUE(machine->Exists(place));
     if (!place.starts_with(profile)) ports.files.RemoveFolder(place);
@@ -131,7 +131,7 @@ TEST_F(EmptyFoldersTest, WhatIsNotEmptyAtTheMomentOfRemovalStaysAndIsTold) {
   for (const char* name : {"filled", "parent"}) {
     const Removal removal = Remove(scratch + name);
     EXPECT_EQ(removal.outcome, Removal::kStays) << name;
-    EXPECT_EQ(removal.reason, "It is no longer empty.") << name;
+    EXPECT_EQ(removal.reason.english, "It is no longer empty.") << name;
   }
   EXPECT_EQ(Remove(scratch + "linked").outcome, Removal::kStays);
   EXPECT_EQ(Read(scratch + "outside\\dear"), "dear");

@@ -31,8 +31,8 @@ struct ProtectedPlacesTest : RunFixture {
     std::string who;
     for (const auto& [claim, letter] :
          {std::pair(Claim::kItem, 'I'), {Claim::kRecipe, 'R'}, {Claim::kOwnList, 'O'}}) {
-      const std::string why = HasWildcards(mask) ? places.WhyNot(folder, mask, below, claim)
-                                                 : places.WhyNotFile(folder, mask, claim);
+      const Sentence why = HasWildcards(mask) ? places.WhyNot(folder, mask, below, claim)
+                                              : places.WhyNotFile(folder, mask, claim);
       if (why.empty()) who += letter;
     }
     return who;
@@ -149,7 +149,7 @@ TEST_F(ProtectedPlacesTest, AHiveIsKnownByItsNameAndWhatIsInIt) {
                                                               {"bcd", "reg", true}};
   ProtectedPlaces places(ports, "");
   const auto folder = ports.files.OpenFolder(scratch);
-  EXPECT_EQ(places.WhyNotFile(*folder, "DRIVERS", Claim::kOwnList), "") << "it is missing";
+  EXPECT_EQ(places.WhyNotFile(*folder, "DRIVERS", Claim::kOwnList).english, "") << "it is missing";
   for (const auto& [name, bytes, goes] : kRows) {
     const std::string path = scratch + name;
     bytes ? machine->MakeFile(path, bytes) : machine->MakeFolder(path);  // unreadable
@@ -170,7 +170,7 @@ TEST_F(ProtectedPlacesTest, WhatIsUnknownIsTakenForPrecious) {
   ProtectedPlaces places(ports, "");
   for (const FileId& id : {FileId{}, FileId{99, {1, 2}}}) {
     Strange folder(ports.files.OpenFolder(scratch), id);
-    EXPECT_NE(places.WhyNot(folder, "*.dat", false, Claim::kItem), "") << id.is_known();
+    EXPECT_NE(places.WhyNot(folder, "*.dat", false, Claim::kItem).english, "") << id.is_known();
     EXPECT_EQ(places.WhyNotFile(folder, "a.dat", Claim::kItem).empty(), id.is_known());
   }
 }

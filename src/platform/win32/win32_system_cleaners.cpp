@@ -116,7 +116,7 @@ class RunningCleaner {
     return pause({.done = work_->cleans ? work_->freed : work_->found,
                   .total = work_->cleans ? work_->found.load() : 0,
                   .path = status,
-                  .work = work_->cleans ? "Cleaning" : "Looking"});
+                  .work = work_->cleans ? Mark("Cleaning") : Mark("Looking")});
   }
 
   [[noreturn]] void GiveUp() const {

@@ -62,7 +62,7 @@ TEST_F(OtherUserTest, FoldersThatHeMovedAreProtectedWhileHisRegistryIsLoaded) {
   ProtectedPlaces places(ports, own + "Backup\\");
   for (const std::string& folder : {documents, music, free}) {
     const auto open = ports.files.OpenFolder(folder);
-    const std::string why = places.WhyNot(*open, "*.*", true, Claim::kItem);
+    const std::string why = places.WhyNot(*open, "*.*", true, Claim::kItem).english;
     EXPECT_EQ(why.empty(), folder == free) << folder;
   }
   machine->RemoveRegistryTree(RegistryRoot::kUsers, user.sid);
