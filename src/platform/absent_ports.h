@@ -8,13 +8,14 @@
 
 namespace quellix {
 
-// Ports that a machine cannot have; each use throws NotAvailable with a sentence that says why.
+// Ports that a machine cannot have; each use throws NotAvailable with a sentence that says why,
+// named for the catalogues.
 
 class AbsentUrlCache : public UrlCache {
  public:
   explicit AbsentUrlCache(std::string why) : why_(std::move(why)) {}
-  void Enumerate(const UrlCacheVisitor&) override { throw NotAvailable(why_); }
-  bool Delete(std::string_view) override { throw NotAvailable(why_); }
+  void Enumerate(const UrlCacheVisitor&) override { throw NotAvailable(Say(why_)); }
+  bool Delete(std::string_view) override { throw NotAvailable(Say(why_)); }
 
  private:
   std::string why_;
@@ -23,9 +24,9 @@ class AbsentUrlCache : public UrlCache {
 class AbsentSystemCleaners : public SystemCleaners {
  public:
   explicit AbsentSystemCleaners(std::string why) : why_(std::move(why)) {}
-  std::vector<SystemCleaner> List() override { throw NotAvailable(why_); }
+  std::vector<SystemCleaner> List() override { throw NotAvailable(Say(why_)); }
   CleanerFind Use(std::string_view, CleanerUse, bool, const Pause&) override {
-    throw NotAvailable(why_);
+    throw NotAvailable(Say(why_));
   }
 
  private:

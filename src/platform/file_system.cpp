@@ -6,11 +6,11 @@
 namespace quellix {
 
 void Folder::RemoveAtStart(std::string_view) {
-  throw NotAvailable("Nothing can be left to the next start of this Windows.");
+  throw NotAvailable(Say("Nothing can be left to the next start of this Windows."));
 }
 
 void Folder::MoveTo(std::string_view from, Folder&, std::string_view) {
-  throw NotAvailable("Nothing can be moved here: " + std::string(from));
+  throw NotAvailable(Say("Nothing can be moved here: %1", from));
 }
 namespace {
 
@@ -20,7 +20,7 @@ std::string_view NameOf(std::string_view path) { return NamePart(WithoutBackslas
 }  // namespace
 
 void RandomFile::WriteStream(std::string_view name, std::string_view) {
-  throw NotAvailable("The stream " + std::string(name) + " cannot be kept here.");
+  throw NotAvailable(Say("The stream %1 cannot be kept here.", name));
 }
 
 bool FileSystem::Enumerate(std::string_view folder, Detail detail, const EntryVisitor& visit) {
@@ -68,10 +68,10 @@ void FileSystem::Recycle(std::string_view path) {
 void FileSystem::Rename(std::string_view from, std::string_view to) {
   const std::unique_ptr<Folder> folder = OpenFolderOf(*this, from);
   if (!folder->Look(NameOf(from), Detail::kKind)) {
-    throw Error(Error::Kind::kMissing, "There is no such file or folder: " + std::string(from));
+    throw Error(Error::Kind::kMissing, Say("There is no such file or folder: %1", from));
   }
   if (FolderPart(WithoutBackslash(from)) != FolderPart(WithoutBackslash(to))) {
-    throw NotAvailable("Files are renamed within their folder only.");
+    throw NotAvailable(Say("Files are renamed within their folder only."));
   }
   folder->Rename(NameOf(from), NameOf(to), IfThere::kFail);
 }
@@ -80,7 +80,7 @@ std::unique_ptr<Folder> OpenFolderOf(FileSystem& files, std::string_view path) {
   const std::string_view folder = FolderPart(WithoutBackslash(path));
   std::unique_ptr<Folder> open = folder.empty() ? nullptr : files.OpenFolder(folder);
   if (open) return open;
-  throw Error(Error::Kind::kMissing, "There is no such file or folder: " + std::string(path));
+  throw Error(Error::Kind::kMissing, Say("There is no such file or folder: %1", path));
 }
 
 void MakeFolders(FileSystem& files, std::string_view folder) {

@@ -163,7 +163,7 @@ bool IniFiles::DeleteLines(std::string_view file, std::string_view section, cons
   // As the system's own calls do; on some disks the file could be replaced all the same.
   const std::optional<FileInfo> info = files_.Look(file);
   if (info && (info->attributes & kReadOnly)) {
-    throw Error(Error::Kind::kDenied, std::string("The file is read-only: ").append(file));
+    throw Error(Error::Kind::kDenied, Say("The file is read-only: %1", file));
   }
   files_.WriteWholeFile(file, kept);
   return true;

@@ -50,7 +50,7 @@ std::string WriteRecycleIndex(int version, const RecycleIndex& index) {
   std::string path = ToUtf16Bytes(index.path) + std::string(2, '\0');
   if (version == 2) return head + Bytes(path.size() / 2, 4) + path;
   if (path.size() > kRoom) {
-    throw NotAvailable("The path is too long for the recycle bin: " + index.path);
+    throw NotAvailable(Say("The path is too long for the recycle bin: %1", index.path));
   }
   path.resize(kRoom);
   return head + path;

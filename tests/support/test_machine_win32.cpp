@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "platform/win32/win32_error.h"
 #include "platform/win32/win32_machine.h"
 #include "platform/win32/win32_path.h"
 #include "platform/win32/win32_text.h"
@@ -177,9 +178,9 @@ class Win32TestMachine : public TestMachine {
   // Symbolic links need a right that Windows gives to few, and Wine shows none of them as links.
   bool MakeFileLink(std::string_view, std::string_view) override { return false; }
   void MakeHardLink(std::string_view link, std::string_view target) override {
-    Require(
-        CreateHardLinkW(WidePath("make", link).c_str(), WidePath("make", target).c_str(), nullptr),
-        "make the link", link);
+    Require(CreateHardLinkW(WidePath(Cannot::kMake, link).c_str(),
+                            WidePath(Cannot::kMake, target).c_str(), nullptr),
+            "make the link", link);
   }
   std::string ShortName(std::string_view path) override {
     const std::wstring wide = Wide(path);
@@ -220,7 +221,7 @@ void Win32TestMachine::ClearTemp() {
 }
 
 void Win32TestMachine::MakeFolder(std::string_view path) {
-  const std::wstring wide = WidePath("make", path);
+  const std::wstring wide = WidePath(Cannot::kMake, path);
   if (CreateDirectoryW(wide.c_str(), nullptr) || GetLastError() == ERROR_ALREADY_EXISTS) return;
   Require(GetLastError() == ERROR_PATH_NOT_FOUND, "make", path);
   MakeFolder(WithoutBackslash(FolderPart(WithoutBackslash(path))));
@@ -229,8 +230,8 @@ void Win32TestMachine::MakeFolder(std::string_view path) {
 
 void Win32TestMachine::MakeFile(std::string_view path, std::string_view bytes) {
   MakeFolder(WithoutBackslash(FolderPart(path)));
-  const UniqueFile file(CreateFileW(WidePath("make", path).c_str(), GENERIC_WRITE, 0, nullptr,
-                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  const UniqueFile file(CreateFileW(WidePath(Cannot::kMake, path).c_str(), GENERIC_WRITE, 0,
+                                    nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
   Require(bool{file}, "make", path);
   DWORD written = 0;
   Require(WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr),
@@ -244,20 +245,20 @@ void Win32TestMachine::MakeFolderLink(std::string_view link, std::string_view ta
   if (RunsUnderWine()) {
     MakeUnixLink(Wide(WithoutBackslash(link)), wide_target);
   } else {
-    MakeJunction(WidePath("make", link), wide_target);
+    MakeJunction(WidePath(Cannot::kMake, link), wide_target);
   }
 }
 
 void Win32TestMachine::SetLastWrite(std::string_view path, int64_t filetime) {
-  const UniqueFile file = OpenItself(WidePath("change", path), FILE_WRITE_ATTRIBUTES, 0);
+  const UniqueFile file = OpenItself(WidePath(Cannot::kChange, path), FILE_WRITE_ATTRIBUTES, 0);
   Require(bool{file}, "change", path);
   const FILETIME time{static_cast<DWORD>(filetime), static_cast<DWORD>(filetime >> 32)};
   Require(SetFileTime(file.Get(), nullptr, nullptr, &time), "change", path);
 }
 
 std::shared_ptr<void> Win32TestMachine::LockFile(std::string_view path) {
-  auto file = std::make_shared<UniqueFile>(CreateFileW(WidePath("lock", path).c_str(), GENERIC_READ,
-                                                       0, nullptr, OPEN_EXISTING, 0, nullptr));
+  auto file = std::make_shared<UniqueFile>(CreateFileW(
+      WidePath(Cannot::kOpen, path).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
   Require(bool{*file}, "lock", path);
   return file;
 }

@@ -11,7 +11,8 @@ namespace quellix {
 namespace {
 
 [[noreturn]] void Fail(Error::Kind kind, const char* sentence, std::string_view path) {
-  throw Error(kind, std::string(sentence).append(": ").append(path));
+  // TRANSLATORS: What is the matter, and the path of a file or folder.
+  throw Error(kind, Say("%1: %2", Say(sentence), path));
 }
 
 // No real volume has this number.
@@ -210,7 +211,7 @@ std::unique_ptr<PreviewFolder> PreviewFolder::OpenOne(std::string_view name) {
   if (node != nullptr && node->made->kind == Made::Kind::kFolder) {
     return std::make_unique<PreviewFolder>(files_, nullptr, node->made->folder, path);
   }
-  if (node != nullptr) Fail(Error::Kind::kOther, "This is a file, not a folder", path);
+  if (node != nullptr) Fail(Error::Kind::kOther, Mark("This is a file, not a folder"), path);
   return OpenUnchanged(name, OpenFor::kWork);
 }
 
@@ -241,13 +242,14 @@ std::unique_ptr<Folder> PreviewFolder::OpenFolder(std::string_view names, OpenFo
 
 FileInfo PreviewFolder::Need(std::string_view name, Detail detail) {
   const std::optional<FileInfo> info = Look(name, detail);
-  if (!info) Fail(Error::Kind::kMissing, "There is no such file or folder", PathOf(name));
+  if (!info) Fail(Error::Kind::kMissing, Mark("There is no such file or folder"), PathOf(name));
   return *info;
 }
 
 FileInfo PreviewFolder::NeedFile(std::string_view name) {
   const FileInfo info = Need(name, Detail::kSize);
-  if (info.is_folder) Fail(Error::Kind::kDenied, "This is a folder, not a file", PathOf(name));
+  if (info.is_folder)
+    Fail(Error::Kind::kDenied, Mark("This is a folder, not a file"), PathOf(name));
   return info;
 }
 
@@ -278,7 +280,7 @@ void PreviewFolder::Put(std::string_view name, std::optional<Made> made) {
 void PreviewFolder::RemoveFile(std::string_view name) {
   const bool is_as_looked = IsAsLooked(name);
   if (is_as_looked ? info_looked_.is_folder : Need(name, Detail::kKind).is_folder) {
-    Fail(Error::Kind::kDenied, "This is a folder, not a file", PathOf(name));
+    Fail(Error::Kind::kDenied, Mark("This is a folder, not a file"), PathOf(name));
   }
   if (is_as_looked) {
     inner_->RequireRemovable(name);
@@ -303,13 +305,14 @@ void PreviewFolder::Recycle(std::string_view name) {
 
 void PreviewFolder::RemoveFolder(std::string_view name) {
   const FileInfo info = Need(name, Detail::kKind);
-  if (!info.is_folder) Fail(Error::Kind::kDenied, "This is a file, not a folder", PathOf(name));
+  if (!info.is_folder)
+    Fail(Error::Kind::kDenied, Mark("This is a file, not a folder"), PathOf(name));
   bool is_empty = true;
   if (!info.is_link) {
     const std::unique_ptr<PreviewFolder> folder = OpenOne(name);
     if (folder) folder->Enumerate(Detail::kKind, [&](const Entry&) { return is_empty = false; });
   }
-  if (!is_empty) Fail(Error::Kind::kNotEmpty, "The folder is not empty", PathOf(name));
+  if (!is_empty) Fail(Error::Kind::kNotEmpty, Mark("The folder is not empty"), PathOf(name));
   const auto there = inner_ ? inner_->IdOf(name) : std::nullopt;
   if (there) {
     inner_->RequireRemovable(name);
@@ -322,11 +325,11 @@ void PreviewFolder::SetAttributes(std::string_view name, uint32_t) { Need(name, 
 
 void PreviewFolder::Rename(std::string_view from, std::string_view to, IfThere if_there) {
   const FileInfo info = Need(from, Detail::kKind);
-  if (info.is_folder) throw NotAvailable("A preview renames no folders.");
+  if (info.is_folder) throw NotAvailable(Say("A preview renames no folders."));
   const std::optional<FileInfo> there =
       EqualsNoCase(from, to) ? std::nullopt : Look(to, Detail::kKind);
   if (there && (if_there == IfThere::kFail || there->is_folder)) {
-    Fail(Error::Kind::kExists, "There is already a file or folder of this name", PathOf(to));
+    Fail(Error::Kind::kExists, Mark("There is already a file or folder of this name"), PathOf(to));
   }
   const Node* const node = Find(from);
   Made moved{.kind = Made::Kind::kMoved, .real = RealName(from)};
@@ -338,14 +341,15 @@ void PreviewFolder::Rename(std::string_view from, std::string_view to, IfThere i
 std::unique_ptr<RandomFile> PreviewFolder::Open(std::string_view name, OpenMode mode) {
   const std::optional<FileInfo> info = Look(name, Detail::kKind);
   if (info && mode == OpenMode::kCreateNew) {
-    Fail(Error::Kind::kExists, "There is already a file or folder of this name", PathOf(name));
+    Fail(Error::Kind::kExists, Mark("There is already a file or folder of this name"),
+         PathOf(name));
   }
   if (!info && (mode == OpenMode::kRead || mode == OpenMode::kWrite)) Need(name, Detail::kKind);
   if (info && info->is_folder) {
-    Fail(Error::Kind::kDenied, "This is a folder, not a file", PathOf(name));
+    Fail(Error::Kind::kDenied, Mark("This is a folder, not a file"), PathOf(name));
   }
   if (info && info->is_link) {
-    Fail(Error::Kind::kDenied, "The path leads through a link, which is not followed",
+    Fail(Error::Kind::kDenied, Mark("The path leads through a link, which is not followed"),
          PathOf(name));
   }
   const std::string real = RealName(name);
@@ -362,7 +366,8 @@ std::unique_ptr<RandomFile> PreviewFolder::Open(std::string_view name, OpenMode 
 void PreviewFolder::CreateFolder(std::string_view name) {
   if (const std::optional<FileInfo> info = Look(name, Detail::kKind)) {
     if (info->is_folder) return;
-    Fail(Error::Kind::kExists, "There is already a file or folder of this name", PathOf(name));
+    Fail(Error::Kind::kExists, Mark("There is already a file or folder of this name"),
+         PathOf(name));
   }
   Put(name, Made{.kind = Made::Kind::kFolder, .folder = {kMadeHere, {++files_.folders_made_, 0}}});
 }
@@ -372,11 +377,11 @@ std::string PreviewFolder::Read(std::string_view name, uint64_t limit) {
   const Node* const node = Find(name);
   if (node != nullptr && node->made->bytes) {
     if (node->made->bytes->size() > limit)
-      Fail(Error::Kind::kOther, "The file is too large", PathOf(name));
+      Fail(Error::Kind::kOther, Mark("The file is too large"), PathOf(name));
     return *node->made->bytes;
   }
   const std::unique_ptr<RandomFile> file = inner_->Open(RealName(name), OpenMode::kRead);
-  if (file->Size() > limit) Fail(Error::Kind::kOther, "The file is too large", PathOf(name));
+  if (file->Size() > limit) Fail(Error::Kind::kOther, Mark("The file is too large"), PathOf(name));
   std::string bytes(file->Size(), '\0');
   bytes.resize(file->Read(0, bytes));
   return bytes;
@@ -385,7 +390,7 @@ std::string PreviewFolder::Read(std::string_view name, uint64_t limit) {
 void PreviewFolder::Write(std::string_view name, std::string_view bytes) {
   const std::optional<FileInfo> info = Look(name, Detail::kKind);
   if (info && (info->is_folder || info->is_link)) {
-    Fail(Error::Kind::kDenied, "This is no file that can be written", PathOf(name));
+    Fail(Error::Kind::kDenied, Mark("This is no file that can be written"), PathOf(name));
   }
   Put(name, Made{.kind = Made::Kind::kFile, .bytes = std::make_shared<std::string>(bytes)});
 }

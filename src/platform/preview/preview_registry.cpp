@@ -45,7 +45,7 @@ class PreviewKey : public RegistryKey {
  private:
   void RequireWrite() const {
     if (access_ == RegistryAccess::kWrite) return;
-    throw Error(Error::Kind::kDenied, "The registry key is open for reading only: " + place_);
+    throw Error(Error::Kind::kDenied, Say("The registry key is open for reading only: %1", place_));
   }
   std::string IdBelow(std::string_view path) const { return Below(id_, UpCase(path)); }
   bool Drop(const std::string& sub_key);
@@ -216,12 +216,13 @@ bool PreviewKey::IsLink(std::string_view path) { return inner_ && inner_->IsLink
 bool PreviewKey::DeleteSubKey(std::string_view path) {
   RequireWrite();
   if (WithoutBackslash(path).empty()) {
-    throw Error(Error::Kind::kOther, "No registry key is named to be deleted.");
+    throw Error(Error::Kind::kOther, Say("No registry key is named to be deleted."));
   }
   const auto child = Open(path, RegistryAccess::kRead);
   if (child == nullptr) return false;
-  if (IsLink(path)) throw Error(Error::Kind::kDenied, "The registry key is a link.");
-  if (child->SubKeyAt(0)) throw Error(Error::Kind::kNotEmpty, "The registry key has sub-keys.");
+  if (IsLink(path)) throw Error(Error::Kind::kDenied, Say("The registry key is a link."));
+  if (child->SubKeyAt(0))
+    throw Error(Error::Kind::kNotEmpty, Say("The registry key has sub-keys."));
   const std::string id = IdBelow(path);
   if (changes_.made_keys.erase(id) == 0) ++changes_.gone_keys[id];
   changes_.values.erase(id);

@@ -22,7 +22,7 @@ void PreviewShell::ClearAddressHistory() { inner_.Require(ShellFeature::kAddress
 void PreviewShell::EmptyClipboard() { inner_.Require(ShellFeature::kClipboard); }
 
 void PreviewShell::StartProgram(std::string_view, std::string_view) {
-  throw NotAvailable("What a program does cannot be previewed.");
+  throw NotAvailable(Say("What a program does cannot be previewed."));
 }
 
 std::unique_ptr<ShortcutReader> PreviewShell::OpenShortcuts() { return inner_.OpenShortcuts(); }

@@ -18,10 +18,10 @@ void* LazyLibrary::FindAddress(const char* name) {
       return static_cast<uint32_t>(GetSystemDirectoryW(text, size));
     });
     library_ = LoadLibraryW((folder + L"\\" + name_).c_str());
-    if (library_ == nullptr) ThrowLastError("load", Narrow(name_));
+    if (library_ == nullptr) ThrowLastError(Mark("Cannot load %1: %2"), Narrow(name_));
   }
   const auto found = reinterpret_cast<void*>(GetProcAddress(library_, name));
-  if (found == nullptr) ThrowLastError("use", name);
+  if (found == nullptr) ThrowLastError(Cannot::kUse, name);
   return found;
 }
 

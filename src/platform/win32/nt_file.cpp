@@ -155,7 +155,7 @@ FileId IdOfOpen(const UniqueFile& file, std::string_view shown) {
     return id;
   }
   BY_HANDLE_FILE_INFORMATION info;
-  if (!GetFileInformationByHandle(file.Get(), &info)) ThrowLastError("look at", shown);
+  if (!GetFileInformationByHandle(file.Get(), &info)) ThrowLastError(Cannot::kLookAt, shown);
   return {info.dwVolumeSerialNumber, {uint64_t{info.nFileIndexHigh} << 32 | info.nFileIndexLow, 0}};
 }
 

@@ -9,7 +9,7 @@
 namespace quellix {
 namespace {
 
-constexpr const char* kOnlyOwn = "Windows does this only for the user who runs the program.";
+constexpr const char* kOnlyOwn = Mark("Windows does this only for the user who runs the program.");
 
 // Set by Windows itself, for everybody alike; of the other variables of this program's environment
 // nobody can tell whether they are its user's own.

@@ -48,7 +48,7 @@ class OtherUserShell : public Shell {
 
  private:
   [[noreturn]] static void Refuse() {
-    throw NotAvailable("Windows does this only for the user who runs the program.");
+    throw NotAvailable(Say("Windows does this only for the user who runs the program."));
   }
 
   Shell& inner_;

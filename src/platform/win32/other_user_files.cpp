@@ -92,8 +92,7 @@ bool OtherUserFiles::LeadsToOwn(std::string_view folder) const {
 }
 
 void OtherUserFiles::Refuse(std::string_view path) const {
-  throw Error(Error::Kind::kDenied,
-              std::string(path) + " lies outside the profile of " + name_ + ".");
+  throw Error(Error::Kind::kDenied, Say("%1 lies outside the profile of %2.", path, name_));
 }
 
 std::unique_ptr<Folder> OtherUserFiles::Wrapped(std::string_view path,

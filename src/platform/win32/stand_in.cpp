@@ -10,7 +10,7 @@ bool IsStandIn() {
   return is;
 }
 
-void RefuseFollowedLink(const UniqueFile& folder, std::wstring_view name, std::string_view action,
+void RefuseFollowedLink(const UniqueFile& folder, std::wstring_view name, const char* cannot,
                         std::string_view shown) {
   if (!IsStandIn()) return;
   bool is_link = false;
@@ -22,8 +22,8 @@ void RefuseFollowedLink(const UniqueFile& folder, std::wstring_view name, std::s
     return false;
   });
   if (!is_link) return;
-  throw Error(Error::Kind::kDenied, "Cannot " + std::string(action) + " " + std::string(shown) +
-                                        ": it is a link, and this system would follow it.");
+  throw Error(Error::Kind::kDenied,
+              Say(cannot, shown, Say("it is a link, and this system would follow it.")));
 }
 
 // Two folders differ in the times the system keeps by itself.
@@ -35,11 +35,11 @@ bool IsWhereItWasOpened(const UniqueFile& folder, std::wstring_view path) {
          there.last_write == held.last_write && there.created == held.created;
 }
 
-void RefuseMovedFolder(const UniqueFile& folder, std::wstring_view path, std::string_view action,
+void RefuseMovedFolder(const UniqueFile& folder, std::wstring_view path, const char* cannot,
                        std::string_view shown) {
   if (!IsStandIn() || IsWhereItWasOpened(folder, path)) return;
-  throw Error(Error::Kind::kDenied, "Cannot " + std::string(action) + " " + std::string(shown) +
-                                        ": its folder has been moved meanwhile.");
+  throw Error(Error::Kind::kDenied,
+              Say(cannot, shown, Say("its folder has been moved meanwhile.")));
 }
 
 NTSTATUS LookByPath(const UniqueFile& folder, std::wstring_view path, std::wstring_view name,

@@ -14,7 +14,7 @@ bool IsStandIn();
 
 // It follows a Unix symlink whatever it is told, and an opened one bears no mark; only the name in
 // its folder tells. Throws Error (kDenied) when `name` in the open `folder` is a link to a folder.
-void RefuseFollowedLink(const UniqueFile& folder, std::wstring_view name, std::string_view action,
+void RefuseFollowedLink(const UniqueFile& folder, std::wstring_view name, const char* cannot,
                         std::string_view shown);
 
 // It removes and renames by the path a folder had when it was opened: where that leads elsewhere by
@@ -24,7 +24,7 @@ void RefuseFollowedLink(const UniqueFile& folder, std::wstring_view name, std::s
 bool IsWhereItWasOpened(const UniqueFile& folder, std::wstring_view path);
 
 // Throws Error (kDenied) when it is not.
-void RefuseMovedFolder(const UniqueFile& folder, std::wstring_view path, std::string_view action,
+void RefuseMovedFolder(const UniqueFile& folder, std::wstring_view path, const char* cannot,
                        std::string_view shown);
 
 // It cannot look at a name in an open folder; this looks by the path. Neither success nor missing

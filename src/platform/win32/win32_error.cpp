@@ -60,34 +60,33 @@ DWORD CodeOf(LONG status) {
   }
 }
 
-std::string SystemText(DWORD code) {
+Sentence SystemText(DWORD code) {
   wchar_t text[512];
   DWORD length = FormatMessageW(
       FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
       nullptr, code, 0, text, ARRAYSIZE(text), nullptr);
   while (length > 0 && text[length - 1] <= L' ') --length;
-  if (length == 0) return "Windows error " + std::to_string(code) + ".";
-  return Narrow({text, length});
+  if (length == 0) return Say("Windows error %1.", std::to_string(code));
+  const std::string narrow = Narrow({text, length});
+  return {narrow, narrow};
 }
 
 }  // namespace
 
-Error WindowsError(DWORD code, std::string_view action, std::string_view object) {
-  std::string sentence = "Cannot ";
-  sentence.append(action).append(" ").append(object).append(": ").append(SystemText(code));
-  return Error(KindOf(code), sentence);
+Error WindowsError(DWORD code, const char* cannot, std::string_view object) {
+  return Error(KindOf(code), Say(cannot, object, SystemText(code)));
 }
 
-Error NtError(LONG status, std::string_view action, std::string_view object) {
-  return WindowsError(CodeOf(status), action, object);
+Error NtError(LONG status, const char* cannot, std::string_view object) {
+  return WindowsError(CodeOf(status), cannot, object);
 }
 
 bool IsMissing(LONG status) {
   return status < 0 && KindOf(CodeOf(status)) == Error::Kind::kMissing;
 }
 
-void ThrowLastError(std::string_view action, std::string_view object) {
-  throw WindowsError(GetLastError(), action, object);
+void ThrowLastError(const char* cannot, std::string_view object) {
+  throw WindowsError(GetLastError(), cannot, object);
 }
 
 }  // namespace quellix

@@ -15,7 +15,7 @@ std::unique_ptr<Folder> Win32FileSystem::OpenFolder(std::string_view path) {
   const auto wide = ToWidePath(path);
   if (!wide) return nullptr;
   if (IsStandIn() && LookAt(*wide).value_or(FileInfo{}).is_link) {
-    throw Error(Error::Kind::kDenied, "Cannot open " + std::string(path) + ": it is a link.");
+    throw Error(Error::Kind::kDenied, Say(Cannot::kOpen, path, Say("it is a link.")));
   }
   UniqueFile folder = OpenFolderIn({}, NtPath(*wide), path);
   if (!folder) return nullptr;
@@ -58,9 +58,10 @@ bool Win32FileSystem::IsGone(std::string_view path) {
 std::optional<std::string> ReadWhole(Folder& folder, std::string_view path, uint64_t limit) {
   const auto info = folder.Look(NamePart(path));
   if (!info) return std::nullopt;
-  if (info->is_link || info->is_folder) throw WindowsError(ERROR_ACCESS_DENIED, "read", path);
+  if (info->is_link || info->is_folder)
+    throw WindowsError(ERROR_ACCESS_DENIED, Cannot::kRead, path);
   const std::unique_ptr<RandomFile> file = folder.Open(NamePart(path), OpenMode::kRead);
-  if (file->Size() > limit) throw WindowsError(ERROR_FILE_TOO_LARGE, "read", path);
+  if (file->Size() > limit) throw WindowsError(ERROR_FILE_TOO_LARGE, Cannot::kRead, path);
   std::string bytes(file->Size(), '\0');
   bytes.resize(file->Read(0, bytes));
   return bytes;
@@ -73,7 +74,7 @@ std::optional<std::string> Win32FileSystem::ReadWholeFile(std::string_view path,
 
 void Win32FileSystem::WriteWholeFile(std::string_view path, std::string_view bytes) {
   std::optional<Win32Folder> folder = OpenFolderAbove(path);
-  if (!folder) throw WindowsError(ERROR_PATH_NOT_FOUND, "write", path);
+  if (!folder) throw WindowsError(ERROR_PATH_NOT_FOUND, Cannot::kWrite, path);
   folder->WriteWhole(NamePart(path), bytes);
 }
 

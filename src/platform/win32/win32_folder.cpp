@@ -36,9 +36,8 @@ NTSTATUS OpenWithWhatIsGranted(HANDLE above, std::wstring_view name, NtAsk ask,
   return status;
 }
 
-Error IsALink(std::string_view action, std::string_view shown) {
-  return Error(Error::Kind::kDenied,
-               "Cannot " + std::string(action) + " " + std::string(shown) + ": it is a link.");
+Error IsALink(const char* cannot, std::string_view shown) {
+  return Error(Error::Kind::kDenied, Say(cannot, shown, Say("it is a link.")));
 }
 
 // The folders above a final path ("\\?\C:\a\b"), nearest first, each without "\" at its end.
@@ -65,13 +64,13 @@ UniqueFile OpenFolderIn(const UniqueFile& above, std::wstring_view name, std::st
   const NTSTATUS status = OpenWithWhatIsGranted(root, name, ask, folder);
   if (IsMissing(status)) return {};
   if (status == kNotAFolder) {
-    throw Error(Error::Kind::kOther, "Cannot open " + std::string(shown) + ": it is no folder.");
+    throw Error(Error::Kind::kOther, Say(Cannot::kOpen, shown, Say("it is no folder.")));
   }
-  if (status < 0) throw NtError(status, "open", shown);
-  if (IsOpenLink(folder)) throw IsALink("open", shown);
+  if (status < 0) throw NtError(status, Cannot::kOpen, shown);
+  if (IsOpenLink(folder)) throw IsALink(Cannot::kOpen, shown);
   // A server's pipes look like a share; in a folder of a disk nothing else is.
   if (!above && GetFileType(folder.Get()) != FILE_TYPE_DISK) {
-    throw WindowsError(ERROR_ACCESS_DENIED, "open", shown);
+    throw WindowsError(ERROR_ACCESS_DENIED, Cannot::kOpen, shown);
   }
   return folder;
 }
@@ -80,21 +79,21 @@ std::string Win32Folder::At(std::string_view name) const {
   return WithBackslash(shown_) + std::string(name);
 }
 
-std::wstring Win32Folder::NameFor(std::string_view action, std::string_view name) const {
+std::wstring Win32Folder::NameFor(const char* cannot, std::string_view name) const {
   if (IsName(name)) return Wide(name);
-  throw Error(Error::Kind::kMissing, "Cannot " + std::string(action) + " " + At(name) +
-                                         ": this is not the name of a file or folder.");
+  throw Error(Error::Kind::kMissing,
+              Say(cannot, At(name), Say("this is not the name of a file or folder.")));
 }
 
-UniqueFile Win32Folder::OpenEntry(std::string_view action, std::string_view name,
+UniqueFile Win32Folder::OpenEntry(const char* cannot, std::string_view name,
                                   const NtAsk& ask) const {
-  const std::wstring wide = NameFor(action, name);
+  const std::wstring wide = NameFor(cannot, name);
   if (!(ask.options & FILE_NON_DIRECTORY_FILE)) {
-    RefuseFollowedLink(folder_, wide, action, At(name));
+    RefuseFollowedLink(folder_, wide, cannot, At(name));
   }
   UniqueFile file;
   const NTSTATUS status = Try(wide, ask, file);
-  if (status < 0) throw NtError(status, action, At(name));
+  if (status < 0) throw NtError(status, cannot, At(name));
   return file;
 }
 
@@ -103,7 +102,7 @@ UniqueFile Win32Folder::OpenListing(ULONG share) const {
   const NTSTATUS status =
       Try(L"", {.access = FILE_LIST_DIRECTORY, .share = share, .options = FILE_DIRECTORY_FILE},
           listing);
-  if (status < 0) throw NtError(status, "open", shown_);
+  if (status < 0) throw NtError(status, Cannot::kOpen, shown_);
   return listing;
 }
 
@@ -122,19 +121,20 @@ FileId Win32Folder::Id() {
 // same answer to a second question shows.
 std::vector<FileId> Win32Folder::Above() {
   const std::wstring place = FinalPath(folder_);
-  if (place.empty()) ThrowLastError("find the folders above", shown_);
+  if (place.empty()) ThrowLastError(Cannot::kFindAbove, shown_);
   std::vector<FileId> above;
   for (const std::wstring& path : PathsAbove(place)) {
     UniqueFile folder;
     const NTSTATUS status =
         NtOpen(nullptr, NtPath(path) + L"\\",
                {.access = FILE_READ_ATTRIBUTES, .options = FILE_DIRECTORY_FILE}, folder);
-    if (status < 0) throw NtError(status, "open", Narrow(path));
-    if (!SamePath(FinalPath(folder), path)) throw IsALink("trust", Narrow(path));
+    if (status < 0) throw NtError(status, Cannot::kOpen, Narrow(path));
+    if (!SamePath(FinalPath(folder), path))
+      throw IsALink(Mark("Cannot trust %1: %2"), Narrow(path));
     above.push_back(IdOfOpen(folder, Narrow(path)));
   }
   if (SamePath(FinalPath(folder_), place)) return above;
-  throw Error(Error::Kind::kDenied, "Cannot find the folders above " + shown_ + ": it is moving.");
+  throw Error(Error::Kind::kDenied, Say(Cannot::kFindAbove, shown_, Say("it is moving.")));
 }
 
 DiskRoom Win32Folder::Room() {
@@ -142,7 +142,7 @@ DiskRoom Win32Folder::Room() {
   FILE_FS_FULL_SIZE_INFORMATION room;
   NTSTATUS status = NtQueryVolumeInformationFile(folder_.Get(), &io, &room, sizeof room,
                                                  FileFsFullSizeInformation);
-  if (status < 0) throw NtError(status, "find the free space for", shown_);
+  if (status < 0) throw NtError(status, Mark("Cannot find the free space for %1: %2"), shown_);
   // Behind the fixed part stands the file system's name, of which one letter is declared.
   alignas(FILE_FS_ATTRIBUTE_INFORMATION) char buffer[512];
   status = NtQueryVolumeInformationFile(folder_.Get(), &io, buffer, sizeof buffer,
@@ -163,7 +163,7 @@ void Win32Folder::Enumerate(Detail, const EntryVisitor& visit) {
     return visit({name, found.info});
   });
   // An empty drive has no entries at all, not even ".".
-  if (status < 0 && status != kNoSuchFile) throw NtError(status, "list", shown_);
+  if (status < 0 && status != kNoSuchFile) throw NtError(status, Cannot::kList, shown_);
 }
 
 // A listing tells what a link is, and sees files whose holder shares nothing.
@@ -204,7 +204,7 @@ std::optional<FileId> Win32Folder::IdOf(std::string_view name) {
   if (IsMissing(status)) return std::nullopt;
   const std::optional<NtEntry> found = Find(wide);
   if (!found) return std::nullopt;
-  if (found->number == 0) throw NtError(status, "look at", At(name));
+  if (found->number == 0) throw NtError(status, Cannot::kLookAt, At(name));
   return FileId{Id().volume, {found->number, 0}};
 }
 
@@ -233,7 +233,7 @@ std::unique_ptr<Folder> Win32Folder::OpenFolder(std::string_view names, OpenFor)
     const UniqueFile& above = reached ? reached : folder_;
     const std::wstring wide = Wide(step);
     shown = WithBackslash(shown) + step;
-    RefuseFollowedLink(above, wide, "open", shown);
+    RefuseFollowedLink(above, wide, Cannot::kOpen, shown);
     reached = OpenFolderIn(above, wide, shown);
     if (!reached) return nullptr;
   }
@@ -241,20 +241,20 @@ std::unique_ptr<Folder> Win32Folder::OpenFolder(std::string_view names, OpenFor)
 }
 
 std::unique_ptr<RandomFile> Win32Folder::Open(std::string_view name, OpenMode mode) {
-  return OpenRandomFile(folder_, NameFor("open", name), At(name), mode);
+  return OpenRandomFile(folder_, NameFor(Cannot::kOpen, name), At(name), mode);
 }
 
 void Win32Folder::CreateFolder(std::string_view name) {
   UniqueFile folder;
-  const NTSTATUS status = Try(NameFor("make", name),
+  const NTSTATUS status = Try(NameFor(Cannot::kMake, name),
                               {.access = FILE_READ_ATTRIBUTES,
                                .options = FILE_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT,
                                .disposition = FILE_OPEN_IF},
                               folder);
-  if (status == kNotAFolder) throw WindowsError(ERROR_ALREADY_EXISTS, "make", At(name));
-  if (status < 0) throw NtError(status, "make", At(name));
-  if (IsOpenLink(folder)) throw IsALink("make", At(name));
-  RefuseFollowedLink(folder_, Wide(name), "make", At(name));
+  if (status == kNotAFolder) throw WindowsError(ERROR_ALREADY_EXISTS, Cannot::kMake, At(name));
+  if (status < 0) throw NtError(status, Cannot::kMake, At(name));
+  if (IsOpenLink(folder)) throw IsALink(Cannot::kMake, At(name));
+  RefuseFollowedLink(folder_, Wide(name), Cannot::kMake, At(name));
 }
 
 // Flushing needs the right to write. Where it is not granted, or the file system knows no such
@@ -268,14 +268,14 @@ void Win32Folder::Flush() {
 
 void Win32Folder::SetAttributes(std::string_view name, uint32_t attributes) {
   const UniqueFile file =
-      OpenEntry("change", name, {.access = FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES});
+      OpenEntry(Cannot::kChange, name, {.access = FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES});
   NtBasic basic;
   NTSTATUS status = NtQuery(file, kBasicInformation, basic);
   if (status >= 0) {
     basic = WithAttributes(basic, attributes);
     status = NtSet(file, kBasicInformation, basic);
   }
-  if (status < 0) throw NtError(status, "change", At(name));
+  if (status < 0) throw NtError(status, Cannot::kChange, At(name));
 }
 
 }  // namespace quellix

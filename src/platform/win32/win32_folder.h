@@ -45,12 +45,12 @@ class Win32Folder : public Folder {
 
  private:
   std::string At(std::string_view name) const;  // its path, for messages
-  std::wstring NameFor(std::string_view action, std::string_view name) const;
+  std::wstring NameFor(const char* cannot, std::string_view name) const;
   NTSTATUS Try(std::wstring_view name, const NtAsk& ask, UniqueFile& file) const {
     return NtOpen(folder_.Get(), name, ask, file);
   }
   // Opens an entry itself; throws Error.
-  UniqueFile OpenEntry(std::string_view action, std::string_view name, const NtAsk& ask) const;
+  UniqueFile OpenEntry(const char* cannot, std::string_view name, const NtAsk& ask) const;
   UniqueFile OpenListing(ULONG share = kShareAll) const;
   std::optional<FileInfo> LookAt(std::wstring_view name);
   std::optional<NtEntry> Find(std::wstring_view name) const;  // without its name
@@ -65,7 +65,7 @@ class Win32Folder : public Folder {
 
   UniqueFile OpenReplaced(std::string_view name);
   // Rename, with an action and a path for messages.
-  void GiveName(std::string_view action, const std::string& shown, std::string_view from,
+  void GiveName(const char* cannot, const std::string& shown, std::string_view from,
                 std::string_view to, IfThere if_there);
   // Gives an open file a name in this folder, wherever it was.
   NTSTATUS SetName(const UniqueFile& file, std::wstring_view to, bool replace);

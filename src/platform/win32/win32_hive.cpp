@@ -24,7 +24,8 @@ class Privileges {
  public:
   Privileges() {
     UniqueHandle token;
-    if (!ImpersonateSelf(SecurityImpersonation)) ThrowLastError("take", "the program's own rights");
+    if (!ImpersonateSelf(SecurityImpersonation))
+      ThrowLastError(Mark("Cannot take the program's own rights: %2"), "");
     OpenThreadToken(GetCurrentThread(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, TRUE, token.Put());
     // Without them what follows is refused by Windows.
     for (const wchar_t* const name : kPrivileges) {
@@ -50,8 +51,10 @@ UniqueHandle TakeTurn(const UserProfile& user) {
   SetLastError(ERROR_SUCCESS);
   UniqueHandle turn(CreateMutexW(nullptr, FALSE, name.c_str()));
   if (turn && GetLastError() != ERROR_ALREADY_EXISTS) return turn;
-  throw Error(Error::Kind::kInUse, "Another Quellix works on what is the user " + user.name +
-                                       "'s. Try again when it has ended.");
+  throw Error(Error::Kind::kInUse,
+              Say("Another Quellix works on what is the user %1's. Try again when it has "
+                  "ended.",
+                  user.name));
 }
 
 // The path that is handed over stays that of the file which was looked at, as far as a folder held
@@ -59,11 +62,12 @@ UniqueHandle TakeTurn(const UserProfile& user) {
 LSTATUS Load(Win32Folder& folder, const std::string& key, const std::string& file) {
   UniqueFile held;
   const NTSTATUS status = folder.Hold(held);
-  if (status < 0) throw NtError(status, "keep the folder in its place of", file);
+  if (status < 0)
+    throw NtError(status, Mark("Cannot keep the folder in its place of %1: %2"), file);
   const std::wstring place = FinalPath(held);
   const auto info = folder.Look(NamePart(file));
   if (place.empty() || !info || info->is_link || info->is_folder) {
-    throw Error(Error::Kind::kDenied, "The registry " + file + " is not loaded: it is no file.");
+    throw Error(Error::Kind::kDenied, Say("The registry %1 is not loaded: it is no file.", file));
   }
   const std::wstring path = place + L"\\" + Wide(NamePart(file));
   const Privileges privileges;
@@ -92,7 +96,7 @@ std::string UserHive::Find(FileSystem& files, const std::string& in_use, const s
   if (!IsLoaded(key)) {
     const LSTATUS status = Load(*open, key, file);
     if (status != ERROR_SUCCESS)
-      throw WindowsError(static_cast<DWORD>(status), "load the registry", file);
+      throw WindowsError(static_cast<DWORD>(status), Mark("Cannot load the registry %1: %2"), file);
   }
   loaded_.push_back(key);
   return key;
@@ -112,7 +116,7 @@ void UserHive::LoadBoth(FileSystem& files, const UserProfile& user) {
   root_ = Find(files, user.sid, user.profile + "\\NTUSER.DAT");
   if (root_.empty()) {
     throw Error(Error::Kind::kMissing,
-                "The user " + user.name + " has no registry: " + user.profile + "\\NTUSER.DAT");
+                Say("The user %1 has no registry: %2", user.name, user.profile + "\\NTUSER.DAT"));
   }
   try {
     classes_ = Find(files, user.sid + "_Classes",

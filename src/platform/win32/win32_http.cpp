@@ -231,7 +231,7 @@ UniqueInternet OpenSession(const std::string& proxy) {
   // Before Windows 8.1.
   if (!session && proxy.empty())
     session = open(WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, WINHTTP_NO_PROXY_NAME);
-  if (!session) ThrowLastError("use", "the network");
+  if (!session) ThrowLastError(Mark("Cannot use the network: %2"), "");
   return session;
 }
 

@@ -64,10 +64,10 @@ std::optional<std::wstring> ToWidePath(std::string_view path) {
   return L"\\\\?\\" + Wide(plain);
 }
 
-std::wstring WidePath(std::string_view action, std::string_view path) {
+std::wstring WidePath(const char* cannot, std::string_view path) {
   if (auto wide = ToWidePath(path)) return *std::move(wide);
-  throw Error(Error::Kind::kMissing, "Cannot " + std::string(action) + " " + std::string(path) +
-                                         ": this is not the full path of a file or folder.");
+  throw Error(Error::Kind::kMissing,
+              Say(cannot, path, Say("this is not the full path of a file or folder.")));
 }
 
 UniqueFile OpenItself(const std::wstring& wide, DWORD access, DWORD share) {

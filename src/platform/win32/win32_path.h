@@ -17,7 +17,7 @@ namespace quellix {
 std::optional<std::wstring> ToWidePath(std::string_view path);
 
 // The same; throws Error (kMissing) instead.
-std::wstring WidePath(std::string_view action, std::string_view path);
+std::wstring WidePath(const char* cannot, std::string_view path);
 
 // Whether `name` can be one component of a path: not empty, "." or "..", and without separators,
 // wildcards, ":" and control characters.

@@ -15,9 +15,9 @@ namespace {
 
 constexpr uint64_t kChunk = 16u << 20;  // below what one call may be asked for
 
-uint64_t SizeOf(const UniqueFile& file, std::string_view action, std::string_view path) {
+uint64_t SizeOf(const UniqueFile& file, std::string_view path) {
   LARGE_INTEGER size;
-  if (!GetFileSizeEx(file.Get(), &size)) ThrowLastError(action, path);
+  if (!GetFileSizeEx(file.Get(), &size)) ThrowLastError(Cannot::kOpen, path);
   return static_cast<uint64_t>(size.QuadPart);
 }
 
@@ -35,9 +35,9 @@ void WriteAt(const UniqueFile& file, uint64_t offset, std::string_view bytes,
     OVERLAPPED position = At(offset);
     DWORD written = 0;
     if (!WriteFile(file.Get(), bytes.data(), part, &written, &position)) {
-      ThrowLastError("write", path);
+      ThrowLastError(Cannot::kWrite, path);
     }
-    if (written == 0) throw WindowsError(ERROR_DISK_FULL, "write", path);
+    if (written == 0) throw WindowsError(ERROR_DISK_FULL, Cannot::kWrite, path);
     bytes.remove_prefix(written);
     offset += written;
   }
@@ -68,7 +68,7 @@ UniqueFile OpenAsAsked(const UniqueFile& folder, std::wstring_view name, const s
     ask.access &= ~ACCESS_MASK{FILE_READ_DATA | FILE_READ_EA};
     if (ask.access & FILE_WRITE_DATA) status = NtOpen(folder.Get(), name, ask, file);
   }
-  if (status < 0) throw NtError(status, "open", shown);
+  if (status < 0) throw NtError(status, Cannot::kOpen, shown);
   return file;
 }
 
@@ -87,7 +87,7 @@ std::unique_ptr<Win32RandomFile> OpenRandomFile(const UniqueFile& folder, std::w
   NtAsk ask = AskFor(mode);
   UniqueFile file = OpenAsAsked(folder, name, shown, ask);
   if (IsOpenLink(file)) {
-    throw Error(Error::Kind::kDenied, "Cannot open " + shown + ": it is a link.");
+    throw Error(Error::Kind::kDenied, Say(Cannot::kOpen, shown, Say("it is a link.")));
   }
   if (IsReparsePoint(file)) {
     const FileId id = IdOfOpen(file, shown);
@@ -95,14 +95,14 @@ std::unique_ptr<Win32RandomFile> OpenRandomFile(const UniqueFile& folder, std::w
     ask.options = FILE_NON_DIRECTORY_FILE;
     ask.disposition = FILE_OPEN;
     file = OpenAsAsked(folder, name, shown, ask);
-    if (IdOfOpen(file, shown) != id) throw WindowsError(ERROR_ACCESS_DENIED, "open", shown);
+    if (IdOfOpen(file, shown) != id) throw WindowsError(ERROR_ACCESS_DENIED, Cannot::kOpen, shown);
   }
   if (mode == OpenMode::kReadAndCreate) FlushFileBuffers(file.Get());
   return std::make_unique<Win32RandomFile>(std::move(file), std::move(shown));
 }
 
 Win32RandomFile::Win32RandomFile(UniqueFile file, std::string path)
-    : path_(std::move(path)), file_(std::move(file)), size_(SizeOf(file_, "open", path_)) {}
+    : path_(std::move(path)), file_(std::move(file)), size_(SizeOf(file_, path_)) {}
 
 void Win32RandomFile::Write(uint64_t offset, std::string_view bytes) {
   WriteAt(file_, offset, bytes, path_);
@@ -116,7 +116,7 @@ size_t Win32RandomFile::Read(uint64_t offset, std::span<char> buffer) {
     DWORD got = 0;
     if (!ReadFile(file_.Get(), buffer.data() + filled, part, &got, &position)) {
       if (GetLastError() == ERROR_HANDLE_EOF) break;
-      ThrowLastError("read", path_);
+      ThrowLastError(Cannot::kRead, path_);
     }
     if (got == 0) break;
     filled += got;
@@ -128,20 +128,21 @@ void Win32RandomFile::Resize(uint64_t size) {
   LARGE_INTEGER end;
   end.QuadPart = static_cast<LONGLONG>(size);
   if (!SetFilePointerEx(file_.Get(), end, nullptr, FILE_BEGIN) || !SetEndOfFile(file_.Get())) {
-    ThrowLastError("write", path_);
+    ThrowLastError(Cannot::kWrite, path_);
   }
 }
 
 FileTimes Win32RandomFile::Times() {
   FILETIME created, last_access, last_write;
-  if (!GetFileTime(file_.Get(), &created, &last_access, &last_write)) ThrowLastError("read", path_);
+  if (!GetFileTime(file_.Get(), &created, &last_access, &last_write))
+    ThrowLastError(Cannot::kRead, path_);
   return {FromFileTime(created), FromFileTime(last_access), FromFileTime(last_write)};
 }
 
 uint32_t Win32RandomFile::Attributes() {
   FILE_ATTRIBUTE_TAG_INFO tag{};
   if (!GetFileInformationByHandleEx(file_.Get(), FileAttributeTagInfo, &tag, sizeof tag)) {
-    ThrowLastError("read", path_);
+    ThrowLastError(Cannot::kRead, path_);
   }
   return tag.FileAttributes;
 }
@@ -152,12 +153,12 @@ void Win32RandomFile::SetTimes(const FileTimes& times) {
   if (!SetFileTime(file_.Get(), times.created != 0 ? &created : nullptr,
                    times.last_access != 0 ? &last_access : nullptr,
                    times.last_write != 0 ? &last_write : nullptr)) {
-    ThrowLastError("change", path_);
+    ThrowLastError(Cannot::kChange, path_);
   }
 }
 
 void Win32RandomFile::Flush() {
-  if (!FlushFileBuffers(file_.Get())) ThrowLastError("write", path_);
+  if (!FlushFileBuffers(file_.Get())) ThrowLastError(Cannot::kWrite, path_);
 }
 
 // Word for word, so that what was inherited stays so, and what was protected from inheritance.
@@ -169,20 +170,20 @@ void Win32RandomFile::TakeAccessListOf(const UniqueFile& old) {
   DWORD revision = 0;
   if (!GetKernelObjectSecurity(old.Get(), DACL_SECURITY_INFORMATION, kept.data(), size, &size) ||
       !GetSecurityDescriptorControl(kept.data(), &control, &revision)) {
-    ThrowLastError("write", path_);
+    ThrowLastError(Cannot::kWrite, path_);
   }
   if (control & SE_DACL_AUTO_INHERITED) {
     SetSecurityDescriptorControl(kept.data(), SE_DACL_AUTO_INHERIT_REQ, SE_DACL_AUTO_INHERIT_REQ);
   }
   if (!SetKernelObjectSecurity(file_.Get(), DACL_SECURITY_INFORMATION, kept.data())) {
-    ThrowLastError("write", path_);
+    ThrowLastError(Cannot::kWrite, path_);
   }
 }
 
 void Win32RandomFile::TakeLooksOf(const UniqueFile& old) {
   NtBasic basic;
   const NTSTATUS status = NtQuery(old, kBasicInformation, basic);
-  if (status < 0) throw NtError(status, "write", path_);
+  if (status < 0) throw NtError(status, Cannot::kWrite, path_);
   SetAttributes(basic.attributes);
   SetTimes({.created = basic.created});
 }
@@ -192,7 +193,7 @@ FileId Win32RandomFile::Id() { return IdOfOpen(file_, path_); }
 uint32_t Win32RandomFile::LinkCount() {
   NtStandard standard{};
   const NTSTATUS status = NtQuery(file_, kStandardInformation, standard);
-  if (status < 0) throw NtError(status, "look at", path_);
+  if (status < 0) throw NtError(status, Cannot::kLookAt, path_);
   return standard.links;
 }
 
@@ -200,7 +201,7 @@ uint32_t Win32RandomFile::LinkCount() {
 std::vector<Extent> Win32RandomFile::Allocated() {
   FILE_ALLOCATED_RANGE_BUFFER asked{{}, {}}, told[64];
   LARGE_INTEGER end;
-  if (!GetFileSizeEx(file_.Get(), &end)) ThrowLastError("look at", path_);
+  if (!GetFileSizeEx(file_.Get(), &end)) ThrowLastError(Cannot::kLookAt, path_);
   std::vector<Extent> parts;
   while (asked.FileOffset.QuadPart < end.QuadPart) {
     asked.Length.QuadPart = end.QuadPart - asked.FileOffset.QuadPart;
@@ -225,7 +226,7 @@ std::vector<Extent> Win32RandomFile::Allocated() {
 void Win32RandomFile::SetAttributes(uint32_t attributes) {
   NtBasic basic;
   NTSTATUS status = NtQuery(file_, kBasicInformation, basic);
-  if (status < 0) throw NtError(status, "change", path_);
+  if (status < 0) throw NtError(status, Cannot::kChange, path_);
   DWORD unused = 0;
   if ((attributes ^ basic.attributes) & kSparse) {
     FILE_SET_SPARSE_BUFFER sparse{(attributes & kSparse) != 0};
@@ -239,7 +240,7 @@ void Win32RandomFile::SetAttributes(uint32_t attributes) {
   }
   basic = WithAttributes(basic, attributes);
   status = NtSet(file_, kBasicInformation, basic);
-  if (status < 0) throw NtError(status, "change", path_);
+  if (status < 0) throw NtError(status, Cannot::kChange, path_);
 }
 
 }  // namespace quellix

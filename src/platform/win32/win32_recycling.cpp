@@ -19,7 +19,7 @@ namespace {
 
 LazyLibrary shell32(L"shell32.dll");
 
-constexpr std::string_view kRecycle = "move into the recycle bin:";
+constexpr const char* kRecycle = Mark("Cannot move into the recycle bin: %1: %2");
 
 // The shell's own error codes from before Windows NT; their numbers mean other things elsewhere.
 DWORD FromShellCode(int code) {
@@ -44,8 +44,8 @@ int RecycleNow(std::wstring path) {
   return code == 0 && operation.fAnyOperationsAborted ? ERROR_CANCELLED : code;
 }
 
-Error CannotRecycle(Error::Kind kind, const std::string& shown, std::string_view reason) {
-  return Error(kind, "Cannot move into the recycle bin: " + shown + ": " + std::string(reason));
+Error CannotRecycle(Error::Kind kind, const std::string& shown, const Sentence& reason) {
+  return Error(kind, Say(kRecycle, shown, reason));
 }
 
 // A final path as the shell takes it, without "\\?\"; "" for a volume without a letter or a share.
@@ -61,12 +61,13 @@ std::wstring ForTheShell(std::wstring_view path) {
 void CheckPath(const std::wstring& path, const std::string& shown) {
   if (path.size() >= MAX_PATH) {
     throw CannotRecycle(Error::Kind::kOther, shown,
-                        "the path is longer than the recycle bin allows.");
+                        Say("the path is longer than the recycle bin allows."));
   }
   wchar_t read[MAX_PATH];
   const DWORD length = GetFullPathNameW(path.c_str(), MAX_PATH, read, nullptr);
   if (std::wstring_view(read, length < MAX_PATH ? length : 0) == path) return;
-  throw CannotRecycle(Error::Kind::kOther, shown, "the recycle bin takes no file of this name.");
+  throw CannotRecycle(Error::Kind::kOther, shown,
+                      Say("the recycle bin takes no file of this name."));
 }
 
 }  // namespace
@@ -84,7 +85,7 @@ void Win32Folder::Recycle(std::string_view name) {
   const UniqueFile held = HoldInPlace(shown);
   const std::wstring place = ForTheShell(FinalPath(held));
   if (place.empty())
-    throw CannotRecycle(Error::Kind::kOther, shown, "its drive has no recycle bin.");
+    throw CannotRecycle(Error::Kind::kOther, shown, Say("its drive has no recycle bin."));
   const std::wstring path = place + L'\\' + Wide(name);
   CheckPath(path, shown);
   com_.Start();
@@ -115,7 +116,7 @@ UniqueFile Win32Folder::HoldInPlace(const std::string& shown) const {
   RefuseMovedFolder(folder_, FinalPath(folder_), kRecycle, shown);
   if (status >= 0) return held;
   throw CannotRecycle(Error::Kind::kDenied, shown,
-                      "its folder cannot be kept in its place meanwhile.");
+                      Say("its folder cannot be kept in its place meanwhile."));
 }
 
 }  // namespace quellix

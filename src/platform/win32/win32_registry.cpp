@@ -18,6 +18,11 @@
 namespace quellix {
 namespace {
 
+constexpr const char* kCannotChangeKey = Mark("Cannot change the registry key %1: %2");
+constexpr const char* kCannotOpenKey = Mark("Cannot open the registry key %1: %2");
+constexpr const char* kCannotReadKey = Mark("Cannot read the registry key %1: %2");
+constexpr const char* kCannotWriteKey = Mark("Cannot write the registry key %1: %2");
+
 constexpr size_t kUsualData = 1024;    // bytes; more is asked for again
 constexpr DWORD kLongestName = 16384;  // characters of a value name with its NUL
 
@@ -74,7 +79,8 @@ std::string TrueNameOfPredefined(HKEY key) {
   UniqueKey user;
   const LSTATUS status = RegOpenCurrentUser(KEY_READ, user.Put());
   if (status != ERROR_SUCCESS) {
-    throw WindowsError(static_cast<DWORD>(status), "open", "the registry of the user");
+    throw WindowsError(static_cast<DWORD>(status), Mark("Cannot open the registry of the user: %2"),
+                       "");
   }
   return TrueNameOf(user.Get());
 }
@@ -91,7 +97,8 @@ std::string TrueNameOf(HKEY key) {
   ULONG used = 0;
   if (query == nullptr || query(key, kNameInformation, buffer.data(),
                                 static_cast<ULONG>(buffer.size() * sizeof(ULONG)), &used) != 0) {
-    throw WindowsError(ERROR_INVALID_HANDLE, "tell the name of", "a registry key");
+    throw WindowsError(ERROR_INVALID_HANDLE, Mark("Cannot tell the name of a registry key: %2"),
+                       "");
   }
   const auto* const name = reinterpret_cast<const wchar_t*>(buffer.data() + 1);
   return Narrow({name, buffer[0] / sizeof(wchar_t)});
@@ -129,9 +136,9 @@ Ownership OwnershipOf(HKEY key, const Ownership& above) {
 
 [[noreturn]] void RefuseOthers(std::string_view path) {
   throw Error(Error::Kind::kDenied,
-              std::string(path).append(
-                  " is not this user's own: for another user nothing else in the registry is "
-                  "changed."));
+              Say("%1 is not this user's own: for another user nothing else in the registry is "
+                  "changed.",
+                  path));
 }
 
 class Win32Key : public RegistryKey {
@@ -161,9 +168,9 @@ class Win32Key : public RegistryKey {
     if (owner_.whose == Whose::kOthers) RefuseOthers(path);
   }
   LSTATUS Remove(std::string_view path, Win32Key& child);
-  void Check(LSTATUS status, std::string_view action) const {
+  void Check(LSTATUS status, const char* cannot) const {
     if (status != ERROR_SUCCESS) {
-      throw WindowsError(static_cast<DWORD>(status), action, "the registry key " + path_);
+      throw WindowsError(static_cast<DWORD>(status), cannot, path_);
     }
   }
 
@@ -180,8 +187,7 @@ std::unique_ptr<Win32Key> OpenBelow(HKEY parent, std::string_view path, REGSAM r
   const LSTATUS status = RegOpenKeyExW(parent, Wide(plain).c_str(), 0, rights, key.Put());
   if (MeansMissing(status) || IsPerformanceData(key.Get())) return nullptr;
   if (status != ERROR_SUCCESS) {
-    throw WindowsError(static_cast<DWORD>(status), "open",
-                       "the registry key " + std::string(plain));
+    throw WindowsError(static_cast<DWORD>(status), kCannotOpenKey, plain);
   }
   Ownership owner = OwnershipOf(key.Get(), above);
   if (owner.whose == Whose::kOthers && rights != KEY_READ) RefuseOthers(plain);
@@ -194,7 +200,8 @@ std::unique_ptr<Win32Key> MakeBelow(HKEY parent, std::string_view path, const Ow
       RegCreateKeyExW(parent, Wide(path).c_str(), 0, nullptr, 0, Rights(RegistryAccess::kWrite),
                       nullptr, key.Put(), nullptr);
   if (status != ERROR_SUCCESS) {
-    throw WindowsError(static_cast<DWORD>(status), "make", "the registry key " + std::string(path));
+    throw WindowsError(static_cast<DWORD>(status), Mark("Cannot make the registry key %1: %2"),
+                       path);
   }
   Ownership owner = OwnershipOf(key.Get(), above);
   if (owner.whose == Whose::kOthers) RefuseOthers(path);
@@ -216,7 +223,7 @@ std::optional<RegistryValue> Win32Key::QueryValue(std::string_view name) {
         RegQueryValueExW(key_.Get(), wide.c_str(), nullptr, reinterpret_cast<DWORD*>(&value.type),
                          reinterpret_cast<BYTE*>(value.bytes.data()), &size);
     if (MeansMissing(status)) return std::nullopt;
-    if (status != ERROR_MORE_DATA) Check(status, "read");
+    if (status != ERROR_MORE_DATA) Check(status, kCannotReadKey);
     value.bytes.resize(size);
     if (status == ERROR_SUCCESS) return value;
   }
@@ -228,7 +235,7 @@ std::optional<RegistryValueInfo> Win32Key::ValueAt(uint32_t index) {
   const LSTATUS status =
       RegEnumValueW(key_.Get(), index, name_.data(), &length, nullptr, &type, nullptr, &size);
   if (status == ERROR_NO_MORE_ITEMS || MeansMissing(status)) return std::nullopt;
-  Check(status, "read");
+  Check(status, kCannotReadKey);
   return RegistryValueInfo{Narrow({name_.data(), length}), type, size};
 }
 
@@ -241,7 +248,7 @@ bool Win32Key::ReadValueAt(uint32_t index, std::string& name, RegistryValue& val
     const LSTATUS status = RegEnumValueW(key_.Get(), index, name_.data(), &length, nullptr, &type,
                                          reinterpret_cast<BYTE*>(value.bytes.data()), &size);
     if (status == ERROR_NO_MORE_ITEMS || MeansMissing(status)) return false;
-    if (status != ERROR_MORE_DATA) Check(status, "read");
+    if (status != ERROR_MORE_DATA) Check(status, kCannotReadKey);
     value.bytes.resize(size);
     if (status == ERROR_MORE_DATA) continue;
     value.type = type;
@@ -256,7 +263,7 @@ std::optional<std::string> Win32Key::SubKeyAt(uint32_t index) {
   const LSTATUS status =
       RegEnumKeyExW(key_.Get(), index, name_.data(), &length, nullptr, nullptr, nullptr, nullptr);
   if (status == ERROR_NO_MORE_ITEMS || MeansMissing(status)) return std::nullopt;
-  Check(status, "read");
+  Check(status, kCannotReadKey);
   return Narrow({name_.data(), length});
 }
 
@@ -283,12 +290,12 @@ int64_t Win32Key::LastWrite() {
 // Windows counts a NUL that happens to stand behind a text in memory to the text; so none does.
 void Win32Key::SetValue(std::string_view name, const RegistryValue& value) {
   RequireOwn(path_);
-  if (HasNul(name)) throw WindowsError(ERROR_INVALID_PARAMETER, "write", path_);
+  if (HasNul(name)) throw WindowsError(ERROR_INVALID_PARAMETER, Cannot::kWrite, path_);
   const std::string bytes = value.bytes + "\xFF\xFF";
   Check(RegSetValueExW(key_.Get(), Wide(name).c_str(), 0, value.type,
                        reinterpret_cast<const BYTE*>(bytes.data()),
                        static_cast<DWORD>(value.bytes.size())),
-        "write");
+        kCannotWriteKey);
 }
 
 bool Win32Key::DeleteValue(std::string_view name) {
@@ -296,7 +303,7 @@ bool Win32Key::DeleteValue(std::string_view name) {
   if (HasNul(name)) return false;
   const LSTATUS status = RegDeleteValueW(key_.Get(), Wide(name).c_str());
   if (MeansMissing(status)) return false;
-  Check(status, "change");
+  Check(status, kCannotChangeKey);
   return true;
 }
 
@@ -304,15 +311,16 @@ bool Win32Key::DeleteValue(std::string_view name) {
 // them all.
 bool Win32Key::DeleteSubKey(std::string_view path) {
   const std::string_view plain = WithoutBackslash(path);
-  if (plain.empty()) throw WindowsError(ERROR_ACCESS_DENIED, "remove", path_);
-  if (IsLink(plain)) throw WindowsError(ERROR_ACCESS_DENIED, "remove the link", plain);
+  if (plain.empty()) throw WindowsError(ERROR_ACCESS_DENIED, Cannot::kRemove, path_);
+  if (IsLink(plain))
+    throw WindowsError(ERROR_ACCESS_DENIED, Mark("Cannot remove the link %1: %2"), plain);
   RequireOwn(plain);
   const auto child = OpenBelow(key_.Get(), plain, KEY_READ | DELETE, owner_);
   if (!child) return false;
-  if (child->SubKeyAt(0)) throw WindowsError(ERROR_DIR_NOT_EMPTY, "remove", plain);
+  if (child->SubKeyAt(0)) throw WindowsError(ERROR_DIR_NOT_EMPTY, Cannot::kRemove, plain);
   const LSTATUS status = Remove(plain, *child);
   if (MeansMissing(status)) return false;
-  Check(status, "change");
+  Check(status, kCannotChangeKey);
   return true;
 }
 
@@ -395,8 +403,9 @@ std::unique_ptr<RegistryKey> Win32Registry::Create(RegistryRoot root, std::strin
   while (!nearest) {
     above = WithoutBackslash(FolderPart(above));
     if (above.empty()) {
-      throw Error(Error::Kind::kMissing,
-                  "The registry of that user is not loaded, as he is not logged on: " + place.key);
+      throw Error(
+          Error::Kind::kMissing,
+          Say("The registry of that user is not loaded, as he is not logged on: %1", place.key));
     }
     nearest = OpenBelow(top, above, KEY_READ | KEY_CREATE_SUB_KEY, owner);
   }

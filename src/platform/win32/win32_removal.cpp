@@ -44,8 +44,8 @@ NTSTATUS MarkForRemoval(const UniqueFile& file) {
 
 // The system says "access denied" of a program that runs, or of another file that is mapped.
 Error RemovalError(NTSTATUS status, const std::string& shown) {
-  if (status == kCannotDelete) return WindowsError(ERROR_USER_MAPPED_FILE, "remove", shown);
-  return NtError(status, "remove", shown);
+  if (status == kCannotDelete) return WindowsError(ERROR_USER_MAPPED_FILE, Cannot::kRemove, shown);
+  return NtError(status, Cannot::kRemove, shown);
 }
 
 }  // namespace
@@ -53,7 +53,7 @@ Error RemovalError(NTSTATUS status, const std::string& shown) {
 void Win32Folder::RemoveFile(std::string_view name) { Remove(name, FILE_NON_DIRECTORY_FILE); }
 
 void Win32Folder::RemoveFolder(std::string_view name) {
-  RefuseFollowedLink(folder_, NameFor("remove", name), "remove", At(name));
+  RefuseFollowedLink(folder_, NameFor(Cannot::kRemove, name), Cannot::kRemove, At(name));
   Remove(name, FILE_DIRECTORY_FILE);
 }
 
@@ -61,13 +61,13 @@ void Win32Folder::RemoveFolder(std::string_view name) {
 void Win32Folder::RequireRemovable(std::string_view name) {
   const bool goes_at_once = removes_at_once_ && knows_removal_at_once && !IsStandIn();
   UniqueFile file;
-  const NTSTATUS status =
-      Try(NameFor("remove", name), {.access = DELETE, .share = goes_at_once ? kShareAll : 0}, file);
-  if (status < 0) throw NtError(status, "remove", At(name));
+  const NTSTATUS status = Try(NameFor(Cannot::kRemove, name),
+                              {.access = DELETE, .share = goes_at_once ? kShareAll : 0}, file);
+  if (status < 0) throw NtError(status, Cannot::kRemove, At(name));
 }
 
 void Win32Folder::Remove(std::string_view name, ULONG kind) {
-  const std::wstring wide = NameFor("remove", name);
+  const std::wstring wide = NameFor(Cannot::kRemove, name);
   if (RemoveAtOnce(wide, name, kind)) return;
   RemoveWithLastUser(wide, name, kind);
   CheckGone(wide, name, kind);
@@ -78,7 +78,7 @@ bool Win32Folder::RemoveAtOnce(std::wstring_view wide, std::string_view name, UL
   if (!removes_at_once_ || !knows_removal_at_once) return false;
   UniqueFile file;
   NTSTATUS status = Try(wide, {.access = DELETE, .options = kind | FILE_OPEN_REPARSE_POINT}, file);
-  if (status < 0) throw NtError(status, "remove", At(name));
+  if (status < 0) throw NtError(status, Cannot::kRemove, At(name));
   ULONG how = kAtOnce;
   status = NtSet(file, kDispositionEx, how);
   if (status >= 0) return true;
@@ -99,7 +99,7 @@ void Win32Folder::RemoveWithLastUser(std::wstring_view wide, std::string_view na
       wide, {.access = DELETE, .share = 0, .options = kind | goes | FILE_OPEN_REPARSE_POINT}, file);
   if (status >= 0 && is_folder) status = MarkForRemoval(file);
   if (status >= 0) return;
-  if (status != kCannotDelete) throw NtError(status, "remove", At(name));
+  if (status != kCannotDelete) throw NtError(status, Cannot::kRemove, At(name));
   file.Reset();
   RemoveReadOnly(wide, name, kind);
 }
@@ -112,7 +112,7 @@ void Win32Folder::RemoveReadOnly(std::wstring_view wide, std::string_view name, 
                          .share = 0,
                          .options = kind | FILE_OPEN_REPARSE_POINT},
                         file);
-  if (status < 0) throw NtError(status, "remove", At(name));
+  if (status < 0) throw NtError(status, Cannot::kRemove, At(name));
   ReadOnlyLifted lifted(file);
   if (!lifted.lifted()) throw RemovalError(kCannotDelete, At(name));
   NtStandard standard{};
@@ -129,8 +129,8 @@ void Win32Folder::CheckGone(std::wstring_view wide, std::string_view name, ULONG
   const NTSTATUS status =
       Try(wide, {.access = FILE_READ_ATTRIBUTES, .options = kind | FILE_OPEN_REPARSE_POINT}, left);
   if (IsMissing(status)) return;
-  RefuseMovedFolder(folder_, FinalPathHere(), "remove", At(name));
-  throw WindowsError(ERROR_SHARING_VIOLATION, "remove", At(name));
+  RefuseMovedFolder(folder_, FinalPathHere(), Cannot::kRemove, At(name));
+  throw WindowsError(ERROR_SHARING_VIOLATION, Cannot::kRemove, At(name));
 }
 
 NTSTATUS Win32Folder::SetName(const UniqueFile& file, std::wstring_view to, bool replace) {
@@ -188,28 +188,28 @@ NTSTATUS Win32Folder::ReplaceReadOnly(const UniqueFile& file, std::wstring_view 
 }
 
 void Win32Folder::Rename(std::string_view from, std::string_view to, IfThere if_there) {
-  GiveName("rename", At(from), from, to, if_there);
+  GiveName(Cannot::kRename, At(from), from, to, if_there);
 }
 
 void Win32Folder::MoveTo(std::string_view from, Folder& folder, std::string_view to) {
   auto* const open = dynamic_cast<Win32Folder*>(&folder);
   if (open == nullptr) return Folder::MoveTo(from, folder, to);
   Win32Folder& target = *open;
-  const std::wstring wide_to = target.NameFor("move", to);
-  RefuseMovedFolder(folder_, FinalPathHere(), "move", At(from));
-  RefuseMovedFolder(target.folder_, target.FinalPathHere(), "move", target.At(to));
-  const UniqueFile file = OpenEntry("move", from,
+  const std::wstring wide_to = target.NameFor(Cannot::kMove, to);
+  RefuseMovedFolder(folder_, FinalPathHere(), Cannot::kMove, At(from));
+  RefuseMovedFolder(target.folder_, target.FinalPathHere(), Cannot::kMove, target.At(to));
+  const UniqueFile file = OpenEntry(Cannot::kMove, from,
                                     {.access = DELETE | FILE_READ_ATTRIBUTES,
                                      .options = FILE_NON_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT});
   const NTSTATUS status = target.SetName(file, wide_to, false);
-  if (status < 0) throw NtError(status, "move", target.At(to));
+  if (status < 0) throw NtError(status, Cannot::kMove, target.At(to));
 }
 
-void Win32Folder::GiveName(std::string_view action, const std::string& shown, std::string_view from,
+void Win32Folder::GiveName(const char* cannot, const std::string& shown, std::string_view from,
                            std::string_view to, IfThere if_there) {
-  const std::wstring wide_from = NameFor(action, from), wide_to = NameFor(action, to);
-  RefuseFollowedLink(folder_, wide_from, action, shown);
-  RefuseMovedFolder(folder_, FinalPathHere(), action, shown);
+  const std::wstring wide_from = NameFor(cannot, from), wide_to = NameFor(cannot, to);
+  RefuseFollowedLink(folder_, wide_from, cannot, shown);
+  RefuseMovedFolder(folder_, FinalPathHere(), cannot, shown);
   UniqueFile file;
   NtBasic basic;
   NTSTATUS status = Try(wide_from, {.access = DELETE | FILE_READ_ATTRIBUTES}, file);
@@ -219,7 +219,7 @@ void Win32Folder::GiveName(std::string_view action, const std::string& shown, st
   if (status >= 0 && replaces) status = FlushFile(wide_from);
   if (status >= 0) status = SetName(file, wide_to, replaces);
   if (status == kAccessDenied && replaces) status = ReplaceReadOnly(file, wide_to);
-  if (status < 0) throw NtError(status, action, shown);
+  if (status < 0) throw NtError(status, cannot, shown);
 }
 
 }  // namespace quellix

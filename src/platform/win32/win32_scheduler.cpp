@@ -14,6 +14,10 @@
 namespace quellix {
 namespace {
 
+constexpr const char* kCannotReach = Mark("Cannot reach a scheduled task: %2");
+constexpr const char* kCannotRead = Mark("Cannot read a scheduled task: %2");
+constexpr const char* kCannotRemove = Mark("Cannot remove a scheduled task: %2");
+
 LazyLibrary ole32(L"ole32.dll");
 LazyLibrary oleaut32(L"oleaut32.dll");
 
@@ -41,8 +45,8 @@ class Text {
   BSTR text_ = nullptr;
 };
 
-void Require(HRESULT result, const char* doing) {
-  if (FAILED(result)) throw WindowsError(static_cast<DWORD>(result), doing, "a scheduled task");
+void Require(HRESULT result, const char* cannot) {
+  if (FAILED(result)) throw WindowsError(static_cast<DWORD>(result), cannot, "");
 }
 
 // Where all tasks stand that name no folder.
@@ -51,12 +55,12 @@ UniqueCom<ITaskFolder> RootFolder() {
   UniqueCom<ITaskService> service;
   Require(create(__uuidof(::TaskScheduler), nullptr, CLSCTX_INPROC_SERVER, __uuidof(ITaskService),
                  reinterpret_cast<void**>(service.Put())),
-          "reach");
+          kCannotReach);
   const VARIANT none{};
-  Require(service.Get()->Connect(none, none, none, none), "reach");
+  Require(service.Get()->Connect(none, none, none, none), kCannotReach);
   UniqueCom<ITaskFolder> folder;
   const Text root("\\");
-  Require(service.Get()->GetFolder(root.Get(), folder.Put()), "reach");
+  Require(service.Get()->GetFolder(root.Get(), folder.Put()), kCannotReach);
   return folder;
 }
 
@@ -70,7 +74,7 @@ UniqueCom<IRegisteredTask> TaskNamed(ITaskFolder* folder, std::string_view name)
   const Text path(name);
   UniqueCom<IRegisteredTask> task;
   const HRESULT result = folder->GetTask(path.Get(), task.Put());
-  if (!IsNoTask(result)) Require(result, "read");
+  if (!IsNoTask(result)) Require(result, kCannotRead);
   return task;
 }
 
@@ -91,7 +95,7 @@ std::optional<Scheduler::Task> Win32Scheduler::Find(std::string_view name) {
   const auto task = TaskNamed(folder.Get(), name);
   if (!task) return std::nullopt;
   Text xml;
-  Require(task.Get()->get_Xml(xml.Put()), "read");
+  Require(task.Get()->get_Xml(xml.Put()), kCannotRead);
   Task found{.description = Narrow(xml.Get() ? xml.Get() : L""),
              .next_run = {},
              .last_run = {},
@@ -122,7 +126,7 @@ void Win32Scheduler::Remove(std::string_view name) {
   const auto folder = RootFolder();
   const Text path(name);
   const HRESULT result = folder.Get()->DeleteTask(path.Get(), 0);
-  if (!IsNoTask(result)) Require(result, "remove");
+  if (!IsNoTask(result)) Require(result, kCannotRemove);
 }
 
 }  // namespace quellix

@@ -19,7 +19,7 @@ bool Win32Session::ClaimInstance(std::string_view name) {
   UniqueHandle instance(CreateMutexW(nullptr, FALSE, object.c_str()));
   if (!instance) {
     if (GetLastError() == ERROR_ACCESS_DENIED) return false;
-    ThrowLastError("make", "the sign that " + std::string(name) + " runs");
+    ThrowLastError(Mark("Cannot make the sign that %1 runs: %2"), name);
   }
   if (GetLastError() == ERROR_ALREADY_EXISTS) return false;
   instance_ = std::move(instance);
@@ -28,17 +28,17 @@ bool Win32Session::ClaimInstance(std::string_view name) {
 
 void Win32Session::EnablePrivilege(std::string_view name) {
   if (!OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, token_.Put())) {
-    ThrowLastError("open", "the program's own rights");
+    ThrowLastError(Mark("Cannot open the program's own rights: %2"), "");
   }
   TOKEN_PRIVILEGES wanted{}, previous{};
   wanted.PrivilegeCount = 1;
   wanted.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
   if (!LookupPrivilegeValueW(L"", Wide(name).c_str(), &wanted.Privileges[0].Luid)) {
-    ThrowLastError("find", "the privilege " + std::string(name));
+    ThrowLastError(Mark("Cannot find the privilege %1: %2"), name);
   }
   DWORD size = 0;
   if (!AdjustTokenPrivileges(token_.Get(), FALSE, &wanted, sizeof(previous), &previous, &size)) {
-    ThrowLastError("enable", "the privilege " + std::string(name));
+    ThrowLastError(Mark("Cannot enable the privilege %1: %2"), name);
   }
 }
 
@@ -80,7 +80,7 @@ std::unique_ptr<ClosingPrograms> Win32Session::AskToClose(const ProgramUse& use)
 }
 
 void Win32Session::Exit(uint32_t flags, uint32_t reason) {
-  if (!ExitWindowsEx(flags, reason)) ThrowLastError("end", "the session");
+  if (!ExitWindowsEx(flags, reason)) ThrowLastError(Mark("Cannot end the session: %2"), "");
 }
 
 }  // namespace quellix

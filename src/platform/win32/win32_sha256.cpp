@@ -17,7 +17,7 @@ using UniqueHash = Unique<NullHandleTraits<BCRYPT_HASH_HANDLE, [](BCRYPT_HASH_HA
 }>>;
 
 void Require(NTSTATUS status) {
-  if (status < 0) throw NtError(status, "compute", "a checksum");
+  if (status < 0) throw NtError(status, Mark("Cannot compute a checksum: %2"), "");
 }
 
 // Open as long as the program runs.

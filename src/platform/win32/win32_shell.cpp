@@ -20,6 +20,8 @@
 namespace quellix {
 namespace {
 
+constexpr const char* kCannotEmpty = Mark("Cannot empty the clipboard: %2");
+
 LazyLibrary shell32(L"shell32.dll");
 LazyLibrary ole32(L"ole32.dll");
 
@@ -71,7 +73,8 @@ RecycleBinContent Win32Shell::QueryRecycleBin() {
   static const auto query = shell32.Find<decltype(&SHQueryRecycleBinW)>("SHQueryRecycleBinW");
   const HRESULT result = query(nullptr, &info);
   if (FAILED(result))
-    throw WindowsError(static_cast<DWORD>(result), "look into", "the recycle bin");
+    throw WindowsError(static_cast<DWORD>(result), Mark("Cannot look into the recycle bin: %2"),
+                       "");
   return {static_cast<uint64_t>(info.i64NumItems), static_cast<uint64_t>(info.i64Size)};
 }
 
@@ -82,7 +85,7 @@ void Win32Shell::EmptyRecycleBin() {
       empty(nullptr, nullptr, SHERB_NOCONFIRMATION | SHERB_NOPROGRESSUI | SHERB_NOSOUND);
   if (QueryRecycleBin().items == 0) return;
   const auto code = FAILED(result) ? static_cast<DWORD>(result) : ERROR_SHARING_VIOLATION;
-  throw WindowsError(code, "empty", "the recycle bin");
+  throw WindowsError(code, Mark("Cannot empty the recycle bin: %2"), "");
 }
 
 void Win32Shell::ClearAddressHistory() {
@@ -93,19 +96,20 @@ void Win32Shell::ClearAddressHistory() {
                           __uuidof(IUrlHistoryStg2), reinterpret_cast<void**>(history.Put()));
   if (SUCCEEDED(result)) result = history.Get()->ClearHistory();
   if (result == E_NOTIMPL || result == REGDB_E_CLASSNOTREG) {
-    throw NotAvailable("This Windows keeps no history of visited addresses.");
+    throw NotAvailable(Say("This Windows keeps no history of visited addresses."));
   }
   if (FAILED(result)) {
-    throw WindowsError(static_cast<DWORD>(result), "clear", "the history of visited addresses");
+    throw WindowsError(static_cast<DWORD>(result),
+                       Mark("Cannot clear the history of visited addresses: %2"), "");
   }
 }
 
 void Win32Shell::EmptyClipboard() {
-  if (!OpenClipboardPatiently()) ThrowLastError("empty", "the clipboard");
+  if (!OpenClipboardPatiently()) ThrowLastError(kCannotEmpty, "");
   const bool emptied = ::EmptyClipboard();
   const DWORD code = GetLastError();
   CloseClipboard();
-  if (!emptied) throw WindowsError(code, "empty", "the clipboard");
+  if (!emptied) throw WindowsError(code, kCannotEmpty, "");
   com_.Start();
   ClearClipboardHistory();
 }
@@ -120,7 +124,7 @@ void Win32Shell::ShowProperties(std::string_view path) {
   info.lpFile = wide.c_str();
   info.nShow = SW_SHOWNORMAL;
   static const auto execute = shell32.Find<decltype(&ShellExecuteExW)>("ShellExecuteExW");
-  if (!execute(&info)) ThrowLastError("show the properties of", path);
+  if (!execute(&info)) ThrowLastError(Mark("Cannot show the properties of %1: %2"), path);
 }
 
 void Win32Shell::OpenFolderOf(std::string_view path) {
@@ -133,7 +137,8 @@ void Win32Shell::OpenFolderOf(std::string_view path) {
   HRESULT result = parse(Wide(path).c_str(), nullptr, &item, 0, nullptr);
   if (SUCCEEDED(result)) result = open(item, 0, nullptr, 0);
   release(item);
-  if (FAILED(result)) throw WindowsError(static_cast<DWORD>(result), "open the folder of", path);
+  if (FAILED(result))
+    throw WindowsError(static_cast<DWORD>(result), Mark("Cannot open the folder of %1: %2"), path);
 }
 
 void Win32Shell::StartProgram(std::string_view path, std::string_view arguments) {
@@ -146,7 +151,7 @@ void Win32Shell::StartProgram(std::string_view path, std::string_view arguments)
   info.lpParameters = rest.c_str();
   info.nShow = SW_SHOWNORMAL;
   static const auto execute = shell32.Find<decltype(&ShellExecuteExW)>("ShellExecuteExW");
-  if (!execute(&info) && GetLastError() != ERROR_CANCELLED) ThrowLastError("start", path);
+  if (!execute(&info) && GetLastError() != ERROR_CANCELLED) ThrowLastError(Cannot::kStart, path);
 }
 
 std::unique_ptr<ShortcutReader> Win32Shell::OpenShortcuts() {

@@ -27,7 +27,7 @@ UniqueAlgorithm OpenEcdsa() {
   const auto open =
       bcrypt.Find<decltype(&BCryptOpenAlgorithmProvider)>("BCryptOpenAlgorithmProvider");
   const NTSTATUS status = open(algorithm.Put(), BCRYPT_ECDSA_P256_ALGORITHM, nullptr, 0);
-  if (status < 0) throw NtError(status, "verify", "a signature");
+  if (status < 0) throw NtError(status, Mark("Cannot verify a signature: %2"), "");
   return algorithm;
 }
 

@@ -13,9 +13,9 @@ namespace {
 
 Error NotSafe(const std::string& shown) {
   return Error(Error::Kind::kDenied,
-               "It is not left to the next start of Windows, as others than administrators may "
-               "change " +
-                   shown + ".");
+               Say("It is not left to the next start of Windows, as others than administrators may "
+                   "change %1.",
+                   shown));
 }
 
 UniqueFile OpenPath(const std::wstring& path) {
@@ -24,7 +24,7 @@ UniqueFile OpenPath(const std::wstring& path) {
                                  {.access = READ_CONTROL | FILE_READ_ATTRIBUTES,
                                   .options = FILE_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT},
                                  folder);
-  if (status < 0) throw NtError(status, "open", Narrow(path));
+  if (status < 0) throw NtError(status, Cannot::kOpen, Narrow(path));
   return folder;
 }
 
@@ -36,7 +36,11 @@ void RequireOnlyAdministrators(std::wstring path) {
   const std::wstring windows = WindowsFolder();
   const bool is_below = path.size() > windows.size() && path[windows.size()] == L'\\' &&
                         SamePath(path.substr(0, windows.size()), windows);
-  if (!is_below) throw NotSafe("what is outside the folder of Windows");
+  if (!is_below) {
+    throw Error(Error::Kind::kDenied,
+                Say("It is not left to the next start of Windows, as others than administrators "
+                    "may change what is outside the folder of Windows."));
+  }
   while (true) {
     const size_t end = path.rfind(L'\\');
     path.resize(end);
@@ -85,12 +89,12 @@ bool IsOnStartList(const std::wstring& path) {
 void PutOnStartList(const std::wstring& path, std::string_view shown) {
   if (IsOnStartList(path)) return;
   if (!MoveFileExW(path.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT))
-    ThrowLastError("leave to the next start of Windows", shown);
+    ThrowLastError(Mark("Cannot leave to the next start of Windows %1: %2"), shown);
 }
 
 // The path that is handed over is that of the file which was found in this folder.
 void Win32Folder::RemoveAtStart(std::string_view name) {
-  const UniqueFile file = OpenEntry("remove", name,
+  const UniqueFile file = OpenEntry(Cannot::kRemove, name,
                                     {.access = READ_CONTROL | FILE_READ_ATTRIBUTES,
                                      .options = FILE_NON_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT});
   const std::wstring path = FinalPath(file);

@@ -43,7 +43,7 @@ std::vector<StreamInfo> Win32RandomFile::Streams() {
     buffer.resize(buffer.size() * 4);
   }
   if (IsUnknownRequest(status) || io.Information == 0) return {};
-  if (status < 0) throw NtError(status, "read", path_);
+  if (status < 0) throw NtError(status, Cannot::kRead, path_);
   std::vector<StreamInfo> streams;
   for (const char* at = buffer.data();;) {
     StreamHead head;
@@ -58,7 +58,7 @@ std::vector<StreamInfo> Win32RandomFile::Streams() {
 
 UniqueFile Win32RandomFile::OpenStream(std::string_view name, bool writes) {
   if (!IsName(name))
-    throw WindowsError(ERROR_FILE_NOT_FOUND, "open", path_ + ":" + std::string(name));
+    throw WindowsError(ERROR_FILE_NOT_FOUND, Cannot::kOpen, path_ + ":" + std::string(name));
   UniqueFile stream;
   const NTSTATUS status =
       NtOpen(file_.Get(), L":" + Wide(name) + std::wstring(kData),
@@ -66,7 +66,7 @@ UniqueFile Win32RandomFile::OpenStream(std::string_view name, bool writes) {
               .options = FILE_NON_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT,
               .disposition = static_cast<ULONG>(writes ? FILE_OVERWRITE_IF : FILE_OPEN)},
              stream);
-  if (status < 0) throw NtError(status, "open", path_ + ":" + std::string(name));
+  if (status < 0) throw NtError(status, Cannot::kOpen, path_ + ":" + std::string(name));
   return stream;
 }
 

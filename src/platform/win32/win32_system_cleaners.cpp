@@ -86,7 +86,7 @@ class RunningCleaner {
  public:
   RunningCleaner(std::shared_ptr<CleanerWork> work, std::string name)
       : work_(std::move(work)), name_(std::move(name)), thread_(StartCleaner(work_, thread_id_)) {
-    if (!thread_) ThrowLastError("start", name_);
+    if (!thread_) ThrowLastError(Cannot::kStart, name_);
   }
 
   // Throws Error when it does not come to an end.
@@ -102,7 +102,7 @@ class RunningCleaner {
       if (work_->stops && GetTickCount64() - stopped_at > patience) GiveUp();
     }
     if (asked_nobody_)
-      throw Error(Error::Kind::kOther, name_ + " asked something, and nobody was there.");
+      throw Error(Error::Kind::kOther, Say("%1 asked something, and nobody was there.", name_));
   }
 
  private:
@@ -112,7 +112,7 @@ class RunningCleaner {
       const std::scoped_lock lock(work_->status_in_use);
       if (!work_->status.empty()) status += ": " + Narrow(work_->status);
     }
-    if (has_window) status = name_ + " waits for an answer in a window of its own";
+    if (has_window) status = Tr("%1 waits for an answer in a window of its own", name_);
     return pause({.done = work_->cleans ? work_->freed : work_->found,
                   .total = work_->cleans ? work_->found.load() : 0,
                   .path = status,
@@ -121,7 +121,7 @@ class RunningCleaner {
 
   [[noreturn]] void GiveUp() const {
     throw Error(Error::Kind::kOther,
-                name_ + " was stopped and did not come to an end. It may still be at work.");
+                Say("%1 was stopped and did not come to an end. It may still be at work.", name_));
   }
 
   std::shared_ptr<CleanerWork> work_;
@@ -174,16 +174,17 @@ CleanerFind Win32SystemCleaners::Use(std::string_view key, CleanerUse use, bool 
   const UniqueKey handlers = OpenKey(HKEY_LOCAL_MACHINE, kHandlers, KEY_READ);
   if (handlers) work->key = OpenKey(handlers.Get(), work->key_name, MAXIMUM_ALLOWED);
   if (!work->key)
-    throw Error(Error::Kind::kMissing, std::string(key) + " is not registered with Windows.");
+    throw Error(Error::Kind::kMissing, Say("%1 is not registered with Windows.", key));
   const SystemCleaner registered = Registered(work->key_name, work->key);
   static const auto parse = ole32.Find<decltype(&CLSIDFromString)>("CLSIDFromString");
   if (FAILED(parse(Value(work->key, nullptr).c_str(), &work->class_id)))
-    throw Error(Error::Kind::kOther, registered.name + " names no program that could do it.");
+    throw Error(Error::Kind::kOther, Say("%1 names no program that could do it.", registered.name));
   work->volumes = FixedVolumes();
   work->cleans = use == CleanerUse::kClean;
   RunningCleaner(work, registered.name).Await(is_attended, patience_, pause);
   if (FAILED(work->failure) && !work->is_stopped)
-    throw WindowsError(static_cast<DWORD>(work->failure), "finish", registered.name);
+    throw WindowsError(static_cast<DWORD>(work->failure), Mark("Cannot finish %1: %2"),
+                       registered.name);
   CleanerFind find = FindOf(*work, registered);
   find.is_off_the_list = TakeOffTheList(*work, handlers);
   return find;

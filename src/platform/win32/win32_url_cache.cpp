@@ -79,7 +79,7 @@ void Win32UrlCache::Enumerate(const UrlCacheVisitor& visit) {
   }
   const DWORD error = GetLastError();
   if (error == ERROR_NO_MORE_ITEMS || error == ERROR_FILE_NOT_FOUND) return;
-  throw WindowsError(error, "read", "the browser cache");
+  throw WindowsError(error, Mark("Cannot read the browser cache: %2"), "");
 }
 
 bool Win32UrlCache::Delete(std::string_view source) {
