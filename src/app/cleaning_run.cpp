@@ -75,7 +75,7 @@ void RemoveOldBackups(CleaningContext& context) {
     ++count;
     NoteEntry(state, FileEntry(path, file));
   };
-  const auto stayed = [&](const std::string& path, std::string_view why) {
+  const auto stayed = [&](const std::string& path, const Sentence& why) {
     NoteStayed(state, path, why, Error::Kind::kOther);
   };
   RemoveExpiredBackups(context.machine, state.BackupFolder, state.KeepDays,

@@ -44,7 +44,7 @@ void RemoveExpiredBackups(const Machine& machine, std::string_view folder, int d
         open->RemoveFile(name);
         steps.removed(path, info);
       } catch (const Error& error) {
-        steps.stayed(path, error.what());
+        steps.stayed(path, SentenceOf(error));
       }
     }
   } catch (const Error&) {  // it is missing, or nobody can list it

@@ -14,7 +14,7 @@ namespace quellix {
 struct ExpirySteps {
   std::function<bool(Folder& folder, const std::string& path, const FileInfo& file)> goes;
   std::function<void(const std::string& path, const FileInfo& file)> removed;
-  std::function<void(const std::string& path, std::string_view why)> stayed;
+  std::function<void(const std::string& path, const Sentence& why)> stayed;
 };
 void RemoveExpiredBackups(const Machine& machine, std::string_view folder, int days,
                           const ExpirySteps& steps);

@@ -109,7 +109,7 @@ void CleanHistory(ProfileCleaner& profile) {
       bookmarks += ReadText(profile.folder(), name);
     profile.Rows("Favicons", IconJob(bookmarks));
   } catch (const Error& error) {
-    profile.Leave("Favicons", error.what());
+    profile.Leave("Favicons", SentenceOf(error));
   }
 }
 
@@ -126,9 +126,9 @@ void CleanStore(ProfileCleaner& profile, const char* name) {
   try {
     if (!profile.folder().OpenFolder(name) || profile.IsKeptForSites(name)) return;
     if (!HasAddOns(profile.folder())) return profile.Below(name);
-    profile.Leave(name, "It was left as it is: it also holds data of add-ons.");
+    profile.Leave(name, Say("It was left as it is: it also holds data of add-ons."));
   } catch (const Error& error) {
-    profile.Leave(name, error.what());
+    profile.Leave(name, SentenceOf(error));
   }
 }
 

@@ -227,10 +227,9 @@ uint64_t CleanDatabase(CleaningContext& context, Folder& folder, const std::stri
     context.view.SetStatus(Tr("Cleaning %1", cleaning.shown()));
     return cleaning.Run();
   } catch (const Error& error) {
-    if (!context.state.AbortRequested)
-      NoteStayed(context.state, cleaning.shown(), error.what(), error.kind(), seen);
+    if (!context.state.AbortRequested) NoteStayed(context.state, cleaning.shown(), error, seen);
   } catch (const std::exception& error) {
-    NoteStayed(context.state, cleaning.shown(), error.what(), Error::Kind::kOther, seen);
+    NoteStayed(context.state, cleaning.shown(), SentenceOf(error), Error::Kind::kOther, seen);
   }
   return 0;
 }

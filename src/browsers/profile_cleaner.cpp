@@ -46,7 +46,7 @@ void CleanCaches(CleaningContext& context, const BrowserProfile& profile,
     ProfileCleaner caches(context, std::move(folder), profile.cache_path);
     for (const std::string_view name : names) caches.Below(name);
   } catch (const Error& error) {
-    NoteStayed(context.state, profile.cache_path, error.what(), error.kind());
+    NoteStayed(context.state, profile.cache_path, error);
   }
 }
 
@@ -68,10 +68,10 @@ std::optional<ProfileCleaner::Lock> ProfileCleaner::FindLock(
     try {
       const auto info = folder_->Look(name, Detail::kKind);
       if (!info) continue;
-      if (info->is_link) return Lock{path, "", Error::Kind::kInUse, true};
+      if (info->is_link) return Lock{path, {}, Error::Kind::kInUse, true};
       folder_->RequireRemovable(name);
     } catch (const Error& error) {
-      if (error.kind() != Error::Kind::kMissing) return Lock{path, error.what(), error.kind()};
+      if (error.kind() != Error::Kind::kMissing) return Lock{path, SentenceOf(error), error.kind()};
     }
   }
   return {};
@@ -90,7 +90,7 @@ bool ProfileCleaner::IsInUse(std::span<const std::string_view> lock_files, std::
   const auto runs = [&] { return FindLock(lock_files).has_value(); };
   if (!lock->is_link && IsOutOfTheWay(context_, program, runs)) return false;
   NoteStayed(context_.state, lock->path,
-             path_ + " was left as it is: " + name + " is running. Close it and clean again.",
+             Say("%1 was left as it is: %2 is running. Close it and clean again.", path_, name),
              lock->kind);
   return true;
 }
@@ -106,7 +106,7 @@ void ProfileCleaner::Remove(const std::vector<std::string>& names) {
     if (why.empty()) {
       list.PendingFiles.Append(path_ + name);
     } else {
-      Leave(name, why.english);
+      Leave(name, why);
     }
   }
   if (list.PendingFiles.empty()) return;
@@ -131,7 +131,7 @@ void ProfileCleaner::WholeDatabase(std::string_view name) {
     if (folder_->Look(name, Detail::kKind)) return;
     Remove({database + "-journal", database + "-wal", database + "-shm"});
   } catch (const Error& error) {
-    NoteStayed(context_.state, path_ + database, error.what(), error.kind());
+    NoteStayed(context_.state, path_ + database, error);
   }
 }
 
@@ -156,7 +156,7 @@ void ProfileCleaner::Below(std::string_view names) {
     std::shared_ptr<Folder> folder = folder_->OpenFolder(names);
     if (folder) CleanTree(std::move(folder), path_ + std::string(names) + "\\");
   } catch (const Error& error) {
-    Leave(names, error.what());
+    Leave(names, SentenceOf(error));
   }
 }
 
@@ -179,7 +179,7 @@ void ProfileCleaner::Sites(std::string_view names,
       if (context_.state.AbortRequested) return;
     }
   } catch (const Error& error) {
-    Leave(names, error.what());
+    Leave(names, SentenceOf(error));
   }
 }
 
@@ -192,7 +192,7 @@ void ProfileCleaner::Rows(std::string_view names, const DatabaseJob& job) {
                             : std::shared_ptr<Folder>(folder_->OpenFolder(WithoutBackslash(below)));
     if (folder) rows_ += CleanDatabase(context_, *folder, path_ + std::string(below), name, job);
   } catch (const Error& error) {
-    Leave(names, error.what());
+    Leave(names, SentenceOf(error));
   }
 }
 
@@ -203,7 +203,7 @@ bool ProfileCleaner::IsKeptForSites(std::string_view name) {
   return true;
 }
 
-void ProfileCleaner::Leave(std::string_view name, std::string_view why) {
+void ProfileCleaner::Leave(std::string_view name, const Sentence& why) {
   NoteStayed(context_.state, path_ + std::string(name), why, Error::Kind::kOther);
 }
 

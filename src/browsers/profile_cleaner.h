@@ -63,15 +63,16 @@ class ProfileCleaner {
   void Rows(std::string_view names, const DatabaseJob& job);
   // A file or folder of all sites stays while some site is kept; that is then noted.
   bool IsKeptForSites(std::string_view name);
-  // It stays, for a reason that is a sentence.
-  void Leave(std::string_view name, std::string_view why);
+  // It stays.
+  void Leave(std::string_view name, const Sentence& why);
 
   Folder& folder() { return *folder_; }
   uint64_t rows() const { return rows_; }
 
  private:
   struct Lock {
-    std::string path, why;
+    std::string path;
+    Sentence why;
     Error::Kind kind;
     bool is_link = false;
   };

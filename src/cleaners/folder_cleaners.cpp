@@ -8,6 +8,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/removal.h"
 #include "run/run_limits.h"
 #include "run/run_steps.h"
@@ -24,7 +25,7 @@ constexpr const char* kActiveXCache =
     "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ActiveX Cache\\";
 constexpr const char* kRecentDocs =
     "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs\\";
-constexpr const char* kKeepPins = "Jump lists with pinned entries stay (Options)";
+constexpr const char* kKeepPins = Mark("Jump lists with pinned entries stay (Options)");
 
 // The lists by kind of file, and those of the dialogs that open and save files. Before Windows 8
 // they stay, as users of older versions know it.
@@ -91,7 +92,7 @@ void DeleteDumpFile(CleaningContext& context, const std::string& full) {
     WorkingFolder(context, alone, Claim::kItem).Of(full).RemoveFile(NamePart(full));
     NoteEntry(context.state, std::move(entry));
   } catch (const Error& error) {
-    NoteStayed(context.state, full, error.what(), error.kind());
+    NoteStayed(context.state, full, error);
   }
 }
 

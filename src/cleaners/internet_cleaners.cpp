@@ -21,7 +21,7 @@ namespace {
 // Lines of a cookie file.
 constexpr size_t kHostLine = 2, kLinesACookie = 9;
 constexpr const char* kNoSite =
-    "Its site cannot be told, so it may be one that your keep list names.";
+    Mark("Its site cannot be told, so it may be one that your keep list names.");
 
 // The host of "Cookie:user@host/path".
 std::string_view CookieHost(std::string_view source) {
@@ -58,7 +58,7 @@ void DeleteCacheEntries(CleaningContext& context,
     if (!IsChosen(context.state, entry)) continue;
     if (!context.machine.url_cache.Delete(entry.place)) {
       entry.fate = Fate::kStayed;
-      entry.note = "It is in use, or gone already.";
+      context.state.Entries->Note(entry, Say("It is in use, or gone already."));
     }
     NoteEntry(context.state, std::move(entry));
   }
@@ -85,7 +85,8 @@ std::string_view SiteLine(CleaningContext& context, std::string_view file) {
     const size_t end = i + kLinesACookie - kHostLine - 1;
     is_clear = is_clear && !host.empty() && end < lines.size() && lines[end].starts_with('*');
   }
-  if (!is_clear && !MatchesMask(NamePart(file), "*.txt")) throw Error(Error::Kind::kOther, kNoSite);
+  if (!is_clear && !MatchesMask(NamePart(file), "*.txt"))
+    throw Error(Error::Kind::kOther, Say(kNoSite));
   return {};
 }
 
@@ -96,7 +97,7 @@ bool IsOfKeptSite(CleaningContext& context, std::string_view file) {
     if (!line.empty()) NoteKept(context.state, file, line);
     return !line.empty();
   } catch (const Error& error) {
-    NoteStayed(context.state, file, error.what(), error.kind());
+    NoteStayed(context.state, file, error);
     return true;
   }
 }

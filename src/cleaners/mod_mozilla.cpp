@@ -68,7 +68,7 @@ class MozillaVisitor : public FolderVisitor {
       folder.RemoveFile(entry.name);
       NoteEntry(context_.state, std::move(file));
     } catch (const Error& error) {
-      NoteStayed(context_.state, path + std::string(entry.name), error.what(), error.kind());
+      NoteStayed(context_.state, path + std::string(entry.name), error);
     }
     context_.state.MozillaFilesDeleted += 1;
     context_.state.MozillaSpaceGained += static_cast<double>(entry.info.size);

@@ -117,7 +117,7 @@ void RemoveNamed(CleaningContext& context, const std::string& typed) {
     NotePlace(context.state);
     RemoveFound(context, path, *info);
   } catch (const Error& error) {
-    NoteStayed(context.state, typed, error.what(), error.kind());
+    NoteStayed(context.state, typed, error);
   }
 }
 

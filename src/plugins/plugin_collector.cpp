@@ -53,7 +53,7 @@ class Collector : public FolderVisitor {
   }
   void Failed(const std::string& path, const Error& error) override {
     if (error.kind() == Error::Kind::kMissing) return;
-    NoteStayed(context_.state, path, error.what(), error.kind());
+    NoteStayed(context_.state, path, error);
   }
 
  private:

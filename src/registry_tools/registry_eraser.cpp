@@ -44,7 +44,7 @@ class Erasing {
       const std::string line = found.problem.empty() ? KeptBy(found, keep) : "";
       if (line.empty()) return false;
       if (note) {
-        note(EntryOf(found, Fate::kKept, line));
+        note(EntryOf(found, Fate::kKept), {line, line});
         return true;
       }
       found.problem = KeptSentence(line);
@@ -53,8 +53,8 @@ class Erasing {
   }
 
   void PassOver(const std::function<bool(const RunEntry& entry)>& is_chosen) {
-    std::erase_if(
-        found_, [&](const Found& found) { return !is_chosen(EntryOf(found, Fate::kRemoved, "")); });
+    std::erase_if(found_,
+                  [&](const Found& found) { return !is_chosen(EntryOf(found, Fate::kRemoved)); });
   }
 
   // All of them stay.
@@ -66,8 +66,7 @@ class Erasing {
 
   void NoteEach(const RegistryEraser::Note& note) const {
     for (const Found& found : found_) {
-      note(EntryOf(found, found.problem.empty() ? Fate::kRemoved : Fate::kStayed,
-                   found.problem.english));
+      note(EntryOf(found, found.problem.empty() ? Fate::kRemoved : Fate::kStayed), found.problem);
     }
   }
 
@@ -199,14 +198,13 @@ class Erasing {
     }
   }
 
-  static RunEntry EntryOf(const Found& found, Fate fate, const std::string& note) {
+  static RunEntry EntryOf(const Found& found, Fate fate) {
     const bool is_value = found.kind == Kind::kValue;
     const std::string_view key = WithoutBackslash(found.place.key);
     return {.kind = is_value ? EntryKind::kRegistryValue : EntryKind::kRegistryKey,
             .fate = fate,
             .place = std::string(RootName(found.place.root)).append("\\").append(key),
-            .part = is_value ? found.name : "",
-            .note = note};
+            .part = is_value ? found.name : ""};
   }
 
   void DeleteOne(Found& found) {
@@ -288,12 +286,13 @@ RegistryEraser RegistryEraser::OfRun(CleaningContext& context) {
   if (state.Choice) {
     eraser.Only([&state](const RunEntry& entry) { return IsChosen(state, entry); });
   }
-  eraser.NoteEach([&state, has_undo](RunEntry entry) {
+  eraser.NoteEach([&state, has_undo](RunEntry entry, const Sentence& why) {
     if (entry.fate == Fate::kKept) ++state.KeptCount;
     if (entry.fate == Fate::kRemoved && has_undo) {
       entry.way = Way::kBackedUp;
       entry.archive = state.Entries->ArchiveNumber(state.Parts.Get<RegistryUndo>().path());
     }
+    state.Entries->Note(entry, why);
     NoteEntry(state, std::move(entry));
   });
   return eraser;

@@ -67,8 +67,8 @@ class RegistryEraser {
   // Leaves what `keep` names: it counts as kept where each target is noted, else as stayed. `keep`
   // must outlive the eraser.
   void Leave(const KeepList& keep) { keep_ = &keep; }
-  // Tells what became of each target that was there.
-  using Note = std::function<void(RunEntry entry)>;
+  // Tells what became of each target that was there, and why it stays or which line keeps it.
+  using Note = std::function<void(RunEntry entry, const Sentence& why)>;
   void NoteEach(Note note) { note_ = std::move(note); }
   // Passes over targets that `is_chosen` does not take, as if they were not there.
   void Only(std::function<bool(const RunEntry& entry)> is_chosen) {

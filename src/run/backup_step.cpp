@@ -83,7 +83,7 @@ void BackupBatch::Remove(WorkingFolder& working) {
     try {
       RemoveOne(working, file);
     } catch (const Error& error) {
-      NoteStayed(context_.state, file.path, error.what(), error.kind(), file.seen);
+      NoteStayed(context_.state, file.path, error, file.seen);
     }
   }
   files_.clear();

@@ -21,7 +21,7 @@ bool DeletionBatch::Add(std::string_view path) {
     Put(path);
   } catch (const Error& error) {
     Finish();
-    NoteStayed(context_.state, path, error.what(), error.kind());
+    NoteStayed(context_.state, path, error);
   }
   return goes_together_.value_or(true);
 }

@@ -90,7 +90,7 @@ std::optional<Way> OverwriteUnlessShared(CleaningContext& context, Folder& folde
 std::optional<Way> WipeFile(CleaningContext& context, Folder& folder, std::string_view path) {
   const std::string_view name = NamePart(path);
   const std::optional<FileInfo> info = folder.Look(name);
-  if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
+  if (!info) throw Error(Error::Kind::kMissing, Say("It is no longer there."));
   const bool is_locked = (info->attributes & kReadOnly) != 0 && !info->is_link;
   if (is_locked) folder.SetAttributes(name, kNormal);
   std::optional<Way> way;
@@ -146,19 +146,20 @@ bool RemoveByMode(CleaningContext& context, WorkingFolder& working, Folder& fold
 
 // Of what is in use also what becomes of it, where the user leaves that to the system's next start:
 // only what would have been deleted now, as nothing archives or wipes it then.
-std::string WhyItStays(CleaningContext& context, WorkingFolder& working, std::string_view path,
-                       const Error& error) {
+Sentence WhyItStays(CleaningContext& context, WorkingFolder& working, std::string_view path,
+                    const Error& error) {
   RunState& state = context.state;
-  std::string why = error.what();
+  const Sentence why = SentenceOf(error);
   const bool may_wait = state.LeavesToStart && !state.IsPreview && state.RemovalMode == kDelete &&
                         error.kind() == Error::Kind::kInUse;
   if (!may_wait) return why;
   try {
     working.Of(path).RemoveAtStart(NamePart(path));
     ++state.LeftToStart;
-    return why + " Windows removes it at its next start.";
+    return Say("%1 Windows removes it at its next start.", why);
   } catch (const Error& refused) {
-    return why + " " + refused.what();
+    // TRANSLATORS: Two sentences.
+    return Say("%1 %2", why, SentenceOf(refused));
   }
 }
 
@@ -167,7 +168,7 @@ std::string WhyItStays(CleaningContext& context, WorkingFolder& working, std::st
 void LeaveWhatWaits(RunState& state, Folder& folder, std::string_view path, const FileInfo& info) {
   if (!state.Choice || !state.Choice->OnlyWaits(FileEntry(path, info))) return;
   folder.RequireRemovable(NamePart(path));
-  throw Error(Error::Kind::kOther, "It is no longer in use: clean again to remove it.");
+  throw Error(Error::Kind::kOther, Say("It is no longer in use: clean again to remove it."));
 }
 
 // Removes a file of a list and counts it; what stays is noted. False when it stays.
@@ -177,7 +178,7 @@ bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::strin
   try {
     Folder& folder = working.Of(path);
     info = folder.Look(NamePart(path), Detail::kSize);
-    if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
+    if (!info) throw Error(Error::Kind::kMissing, Say("It is no longer there."));
     if (!IsChosenFile(context.state, path, *info)) return false;
     LeaveWhatWaits(context.state, folder, path, *info);
     if (RemoveByMode(context, working, folder, path, *info)) return true;
@@ -190,7 +191,8 @@ bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::strin
                info.value_or(FileInfo{}));
   } catch (const std::exception& error) {
     if (reason != nullptr) *reason = SentenceOf(error);
-    NoteStayed(context.state, path, error.what(), Error::Kind::kOther, info.value_or(FileInfo{}));
+    NoteStayed(context.state, path, SentenceOf(error), Error::Kind::kOther,
+               info.value_or(FileInfo{}));
   }
   return false;
 }
@@ -274,11 +276,11 @@ void AddToBatch(CleaningContext& context, WorkingFolder& working, BackupBatch& b
   try {
     Folder& folder = working.Of(path);
     const std::optional<FileInfo> info = folder.Look(NamePart(path), Detail::kSize);
-    if (!info) throw Error(Error::Kind::kMissing, "It is no longer there.");
+    if (!info) throw Error(Error::Kind::kMissing, Say("It is no longer there."));
     if (!IsChosenFile(context.state, path, *info)) return;
     batch.Add(folder, path, *info);
   } catch (const Error& error) {
-    NoteStayed(context.state, path, error.what(), error.kind());
+    NoteStayed(context.state, path, error);
   }
   if (!context.state.AbortRequested && batch.IsFull()) batch.Remove(working);
 }

@@ -30,6 +30,16 @@ uint16_t RunEntries::ArchiveNumber(std::string_view path) {
   return static_cast<uint16_t>(number);
 }
 
+void RunEntries::Note(RunEntry& entry, const Sentence& why) {
+  entry.note = why.english;
+  if (why.shown != why.english) shown_[why.english] = why.shown;
+}
+
+Sentence RunEntries::NoteOf(const RunEntry& entry) const {
+  const auto known = shown_.find(entry.note);
+  return {entry.note, known == shown_.end() ? Tr(entry.note) : known->second};
+}
+
 bool CountsAsFiles(const RunEntry& entry) {
   return entry.kind == EntryKind::kFile || entry.kind == EntryKind::kRecycleBin;
 }

@@ -3,7 +3,10 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
+
+#include "platform/words.h"
 
 namespace quellix {
 
@@ -61,9 +64,14 @@ struct RunEntries {
   const std::string& RuleInWork() const { return rules[rule_]; }
   // Of the archive in `archives`, for entries; 0 of "".
   uint16_t ArchiveNumber(std::string_view path);
+  // Notes why an entry of this run stays: in English, and beside it as windows show it.
+  void Note(RunEntry& entry, const Sentence& why);
+  // An entry's note; of a run that was kept windows have no other one.
+  Sentence NoteOf(const RunEntry& entry) const;
 
  private:
   uint32_t rule_ = 0;
+  std::unordered_map<std::string, std::string> shown_;  // of notes that windows show otherwise
 };
 
 // A file, or the files in the recycle bin.

@@ -74,9 +74,13 @@ void CountRemoved(RunState& state, std::string_view path, const FileInfo& file, 
   NoteEntry(state, std::move(entry));
 }
 
-void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind,
+void NoteStayed(RunState& state, std::string_view path, const Error& error, const FileInfo& seen) {
+  NoteStayed(state, path, SentenceOf(error), error.kind(), seen);
+}
+
+void NoteStayed(RunState& state, std::string_view path, const Sentence& reason, Error::Kind kind,
                 const FileInfo& seen) {
-  if (kind == Error::Kind::kKept) return NoteKept(state, path, reason);
+  if (kind == Error::Kind::kKept) return NoteKept(state, path, reason.english);
   state.SomeFilesLocked = true;
   ++state.StayedCount;
   if (kind == Error::Kind::kInUse) ++state.StayedLocked;
@@ -86,7 +90,7 @@ void NoteStayed(RunState& state, std::string_view path, std::string_view reason,
     state.MaybeHeld.push_back(state.Entries->all.size());
   RunEntry entry = FileEntry(path, seen);
   entry.fate = Fate::kStayed;
-  entry.note = reason;
+  state.Entries->Note(entry, reason);
   const size_t index = state.Entries->all.size();
   NoteEntry(state, std::move(entry));
   const bool is_listed = state.Entries->all.size() > index;

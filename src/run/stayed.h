@@ -29,7 +29,9 @@ void CountRemoved(RunState& state, std::string_view path, const FileInfo& file, 
 // Notes what a run was to remove and could not: it is named in the log with the reason, and the run
 // ends with kSomeFilesStayed. Only what failed with kInUse counts as locked or in use; what failed
 // with kKept is noted as kept, its reason being the line.
-void NoteStayed(RunState& state, std::string_view path, std::string_view reason, Error::Kind kind,
+void NoteStayed(RunState& state, std::string_view path, const Sentence& reason, Error::Kind kind,
+                const FileInfo& seen = {});
+void NoteStayed(RunState& state, std::string_view path, const Error& error,
                 const FileInfo& seen = {});
 
 // Notes what a run came by and left because a line of the keep list names it.

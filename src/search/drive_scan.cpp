@@ -68,7 +68,7 @@ class CollectingVisitor : public ScanVisitor {
   }
   void Failed(const std::string& path, const Error& error) override {
     if (error.kind() == Error::Kind::kMissing) return;
-    NoteStayed(context().state, path, error.what(), error.kind());
+    NoteStayed(context().state, path, error);
   }
 
  private:

@@ -97,7 +97,7 @@ Removal RemoveEmptyFolder(CleaningContext& context, const std::string& path) {
     if (error.kind() == Error::Kind::kMissing) return {Removal::kVanished};
     const bool is_full = error.kind() == Error::Kind::kNotEmpty;
     removal.reason = is_full ? Say("It is no longer empty.") : SentenceOf(error);
-    NoteStayed(context.state, plain, removal.reason.english, error.kind());
+    NoteStayed(context.state, plain, removal.reason, error.kind());
   }
   return removal;
 }

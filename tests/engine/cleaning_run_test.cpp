@@ -180,12 +180,12 @@ TEST_F(CleaningRunTest, WhatStaysIsNamedWithTheReason) {
     ASSERT_TRUE(BeginRun(context, 1));
     for (int i = 0; i < locked; ++i) {
       const std::string path = "C:\\locked " + std::to_string(i);
-      NoteStayed(state(), path, "In use.", Error::Kind::kInUse);
-      NoteStayed(state(), UpCase(path), "Met again.", Error::Kind::kInUse);
+      NoteStayed(state(), path, Say("In use."), Error::Kind::kInUse);
+      NoteStayed(state(), UpCase(path), Say("Met again."), Error::Kind::kInUse);
     }
     for (int i = 0; i < denied; ++i) {
       const std::string path = "C:\\denied " + std::to_string(i);
-      NoteStayed(state(), path, "Cannot delete " + path + ": denied.", Error::Kind::kDenied);
+      NoteStayed(state(), path, Say("Cannot delete %1: denied.", path), Error::Kind::kDenied);
     }
     AppendSummary(context);
     const RunReport report = MakeReport(state(), ports.system.UserLocale());
