@@ -132,7 +132,7 @@ void RequireSame(const Machine& machine, const FavoriteRow& row) {
 
 // Why a row stays, for the window; "" when it is gone, or the user has stopped.
 std::string RemoveRow(CleaningContext& context, const FavoriteRow& row) {
-  context.state.Entries->BeginRule("Favorites");
+  context.state.Entries->BeginRule(Mark("Favorites"));
   try {
     if (row.is_folder) {
       RemoveEmptyFolder(context, row.path);

@@ -86,7 +86,8 @@ bool ProfileCleaner::IsInUse(std::span<const std::string_view> lock_files, std::
     return true;
   }
   const std::string name(browser);
-  const ProgramInUse program{name, name + ", " + std::string(what), {.held = lock->path}};
+  // TRANSLATORS: A browser, and what of it is to be cleaned: "Opera, Cookies".
+  const ProgramInUse program{name, Tr("%1, %2", name, Tr(what)), {.held = lock->path}};
   const auto runs = [&] { return FindLock(lock_files).has_value(); };
   if (!lock->is_link && IsOutOfTheWay(context_, program, runs)) return false;
   NoteStayed(context_.state, lock->path,

@@ -145,7 +145,7 @@ void CleanNamed(CleaningContext& context, std::span<const std::string> paths) {
   RunState& state = context.state;
   const SetForNow of_any_age(state.OlderThanDays, 0);  // ages are for what nobody named
   ResetItemCounters(state);
-  state.Entries->BeginRule("Named by hand");
+  state.Entries->BeginRule(Mark("Named by hand"));
   for (const std::string& path : Outermost(paths)) {
     if (StopsRun(context)) break;
     RemoveNamed(context, path);

@@ -27,6 +27,8 @@ namespace quellix {
 namespace modPlugin {
 namespace {
 
+constexpr const char* kThisPlugin = Mark("This plug-in");
+
 void Log(CleaningContext& context, std::string_view sentence) {
   context.state.RunLog.append(sentence).append("\r\n");
 }
@@ -170,8 +172,8 @@ void DropSeen(PathList& files, std::unordered_set<std::string>& seen, const Paus
 }
 
 // The first of a recipe's programs that runs and goes on running; "" for none.
-std::string RunningProgram(CleaningContext& context, const Plugin& plugin,
-                           const std::string& what) {
+std::string RunningProgram(CleaningContext& context, const Plugin& plugin) {
+  const std::string what = plugin.description.empty() ? Tr(kThisPlugin) : plugin.description;
   for (const std::string& name : plugin.programs) {
     const auto runs = [&] { return context.machine.system.IsProgramRunning(name); };
     if (!IsOutOfTheWay(context, {name, what, {.file_name = name}}, runs)) return name;
@@ -182,9 +184,9 @@ std::string RunningProgram(CleaningContext& context, const Plugin& plugin,
 // Whether a recipe may be carried out now; why not is told.
 bool MayRun(CleaningContext& context, const Plugin& plugin, const Exclusions& exclusions) {
   for (const Sentence& refusal : exclusions.refusals()) Log(context, refusal.english);
-  const std::string what = plugin.description.empty() ? "This plug-in" : plugin.description;
+  const std::string what = plugin.description.empty() ? kThisPlugin : plugin.description;
   const bool is_clear = exclusions.refusals().empty() && !plugin.has_unknown_exclusion;
-  const std::string program = is_clear ? RunningProgram(context, plugin, what) : "";
+  const std::string program = is_clear ? RunningProgram(context, plugin) : "";
   if (!program.empty()) {
     Log(context, what + " is not cleaned: " + program + " runs; close it first.");
   } else if (!is_clear) {

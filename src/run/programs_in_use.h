@@ -10,7 +10,7 @@ namespace quellix {
 // A program that may hold open what is to be cleaned.
 struct ProgramInUse {
   std::string name;  // as its user knows it
-  std::string what;  // is to be cleaned
+  std::string what;  // is to be cleaned, for a window
   ProgramUse use;    // its texts must outlive the call
 };
 

@@ -7,6 +7,9 @@
 #include <vector>
 
 #include "platform/error.h"
+#include "plugins/recipe_list.h"
+#include "run/run_entries.h"
+#include "search/drive_list.h"
 
 namespace quellix {
 namespace {
@@ -70,6 +73,35 @@ TEST(Words, AreEnglishWithoutACatalogue) {
   EXPECT_EQ(TrN("%1 file", "%1 files", 1, "1"), "1 file");
   EXPECT_EQ(TrN("%1 file", "%1 files", 0, "0"), "0 files");
   EXPECT_EQ(Tr("50 % of %1 and %SystemRoot%, %2, %", "C:"), "50 % of C: and %SystemRoot%, %2, %");
+}
+
+TEST(Words, OfFilesStayEnglish) {
+  const InEnglishAgain after;
+  const std::string list = "[Qx *]\nFileKey1=C:\\Qx|Cookies\nNo=1\n", drive = "C: Hard drive";
+  const auto english = modPlugin::ParseRecipeLists({list});
+  Speak(Catalogue(
+      MoOf({{"", Head("n != 1")},
+            {"%1 is no key of such a list.", "%1 ist kein Schlüssel einer solchen Liste."},
+            {"%1 is not removed: %2", "%1 bleibt: %2"},
+            {"Hard drive", "Festplatte"},
+            {"it is precious.", "es ist kostbar."},
+            {"sites sign you out", "Seiten melden Sie ab"}})));
+  RunEntries entries;
+  RunEntry entry;
+  entries.Note(entry, Say("%1 is not removed: %2", "C:\\a", Say("it is precious.")));
+  EXPECT_EQ(entry.note, "C:\\a is not removed: it is precious.");
+  EXPECT_EQ(entries.NoteOf(entry).english, entry.note);
+  EXPECT_EQ(entries.NoteOf(entry).shown, "C:\\a bleibt: es ist kostbar.");
+  EXPECT_EQ(RunEntries().NoteOf(entry).shown, entry.note) << "of a run that was kept";
+  EXPECT_EQ(RunEntries().NoteOf({.note = "Hard drive"}).shown, "Festplatte");
+
+  const auto german = modPlugin::ParseRecipeLists({list});
+  EXPECT_EQ(german.at(0).plugin.cost, "Seiten melden Sie ab");
+  EXPECT_EQ(german[0].remarks.at(0).text, "No ist kein Schlüssel einer solchen Liste.");
+  EXPECT_EQ(modPlugin::FingerprintOf(german[0]), modPlugin::FingerprintOf(english.at(0)));
+
+  EXPECT_EQ(ShownDrive(drive), "C: Festplatte");
+  EXPECT_EQ(ParseDriveLine(drive), std::vector<std::string>{"C:\\"});
 }
 
 TEST(Words, OfBrokenCataloguesAreRefused) {
