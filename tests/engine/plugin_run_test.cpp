@@ -195,7 +195,7 @@ TEST_F(PluginRunTest, ARootKeyIsKnownByAllItsNames) {
   for (const std::string& key : kRefused) {
     const auto place = modPlugin::FindKeys(ports.registry, {true, true, key, ""}).at(0);
     EXPECT_FALSE(place.root) << key;
-    EXPECT_TRUE(Holds(place.refusal, "is not cleaned")) << key;
+    EXPECT_TRUE(Holds(place.refusal.english, "is not cleaned")) << key;
   }
   const struct {
     const char *key, *subkey;

@@ -246,7 +246,8 @@ TEST_F(RecipeListTest, NamesGroupsAndWarningsAreRead) {
   ASSERT_EQ(lists.recipes.size(), 2u);
   EXPECT_EQ(lists.recipes[1].name + lists.recipes[1].warning, "\u00c4 (2)\u00e4");
   EXPECT_EQ(lists.Find("\u00e4 (2)"), &lists.recipes[1]);
-  EXPECT_EQ(lists.problems, Names{"There is no list of recipes " + own + "none.ini."});
+  ASSERT_EQ(lists.problems.size(), 1u);
+  EXPECT_EQ(lists.problems[0].english, "There is no list of recipes " + own + "none.ini.");
 }
 
 // A cost, and what a list names that has it, with "&" between two. Data are lost, but for no cost
