@@ -334,7 +334,7 @@ bool DatabaseFiles::Exists(const std::string& name) {
 void DatabaseFiles::Fail(const std::exception& error) {
   if (failure_) return;
   const auto* const own = dynamic_cast<const Error*>(&error);
-  failure_.emplace(own ? own->kind() : Error::Kind::kOther, error.what());
+  failure_.emplace(own ? own->kind() : Error::Kind::kOther, SentenceOf(error));
 }
 
 }  // namespace quellix

@@ -54,7 +54,7 @@ void CleanIcons(ProfileCleaner& profile, const std::string& path) {
     const KnownPages known = ReadKnownPages(profile.folder(), path + "places.sqlite");
     profile.Rows("favicons.sqlite", FirefoxIcons(known));
   } catch (const Error& error) {
-    profile.Leave("favicons.sqlite", error.what());
+    profile.Leave("favicons.sqlite", SentenceOf(error));
   }
 }
 

@@ -365,7 +365,7 @@ std::unique_ptr<Http> OpenHttp(const HttpOptions& options) {
   try {
     return std::make_unique<Win32Http>(options);
   } catch (const Error& error) {
-    throw NotAvailable(error.what());
+    throw NotAvailable(SentenceOf(error));
   }
 }
 
