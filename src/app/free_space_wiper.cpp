@@ -8,6 +8,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/random_source.h"
 
 namespace quellix {
@@ -46,7 +47,7 @@ class Wiper {
       }
       if (!wiped_.is_stopped) TakeRecords();
     } catch (const Error& error) {
-      wiped_.problem = error.what();
+      wiped_.problem = Shown(error);
     }
     ClearAway();
     return std::move(wiped_);
@@ -56,23 +57,23 @@ class Wiper {
   void Begin() {
     // Where nobody may write to the root.
     if (!MakeFolder(root_) && (!EqualsNoCase(temp_.substr(0, 3), root_) || !MakeFolder(temp_)))
-      throw Error(Error::Kind::kDenied, "No folder can be made on " + root_);
+      throw Error(Error::Kind::kDenied, Say("No folder can be made on %1", root_));
     const uint64_t free = folder_->Room().free;
     total_ = free > options_.reserve ? free - options_.reserve : 0;
-    if (total_ == 0) throw Error(Error::Kind::kFull, "No more is free than the reserve.");
+    if (total_ == 0) throw Error(Error::Kind::kFull, Say("No more is free than the reserve."));
   }
 
   // Noted before it is there; false where it is denied.
   bool MakeFolder(const std::string& parent) {
     parent_ = files_.OpenFolder(parent);
-    if (!parent_) throw Error(Error::Kind::kMissing, parent + " is not there.");
+    if (!parent_) throw Error(Error::Kind::kMissing, Say("%1 is not there.", parent));
     name_ = TemporaryName();
     parent_path_ = parent;
     notes_.Add(parent + name_);
     if (!notes_.IsKept())
       throw Error(Error::Kind::kDenied,
-                  "Nothing is wiped while the program's folder cannot be written: after a kill "
-                  "nobody would know what to clear away.");
+                  Say("Nothing is wiped while the program's folder cannot be written: after a kill "
+                      "nobody would know what to clear away."));
     try {
       parent_->CreateFolder(name_);
     } catch (const Error& error) {
@@ -80,7 +81,7 @@ class Wiper {
       return false;
     }
     folder_ = parent_->OpenFolder(name_);
-    if (!folder_) throw Error(Error::Kind::kMissing, parent + name_ + " is not there.");
+    if (!folder_) throw Error(Error::Kind::kMissing, Say("%1 is not there.", parent + name_));
     return true;
   }
 
@@ -100,7 +101,7 @@ class Wiper {
     wiped_.is_stopped = pause_({.done = std::min(wiped_.bytes, total_),
                                 .total = total_,
                                 .path = parent_path_,
-                                .work = "Wiping"});
+                                .work = Mark("Wiping")});
     return wiped_.is_stopped;
   }
 
@@ -149,8 +150,8 @@ class Wiper {
     if (wiped_.bytes <= 2 * total_ + kForNames) return;
     throw Error(
         Error::Kind::kOther,
-        "The drive takes more than was free on it: it stores what is written smaller than it "
-        "is, so that not all is overwritten.");
+        Say("The drive takes more than was free on it: it stores what is written smaller than it "
+            "is, so that not all is overwritten."));
   }
 
   // Until the table has grown for them twice.
@@ -160,7 +161,8 @@ class Wiper {
     while (grown < 2 && wiped_.records < options_.most_records && !Stops()) {
       const uint64_t before = folder_->Room().free;
       if (before < options_.reserve / 2 || !TakeBatch()) {
-        wiped_.problem = "The drive was full before all free records of its file table were taken.";
+        wiped_.problem =
+            Tr("The drive was full before all free records of its file table were taken.");
         return;
       }
       const uint64_t after = folder_->Room().free;
@@ -208,7 +210,7 @@ class Wiper {
       action();
     } catch (const Error& error) {
       if (error.kind() == Error::Kind::kMissing || !left_.empty()) return;
-      left_ = parent_path_ + name_ + " could not be removed. " + error.what();
+      left_ = Tr("%1 could not be removed. %2", parent_path_ + name_, Shown(error));
     }
   }
 

@@ -7,6 +7,7 @@
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/frm_help.h"
 #include "ui/window_prompts.h"
 
@@ -72,12 +73,12 @@ void ShowHelp(HWND owner, const char* topic) {
   WindowPrompts prompts;
   prompts.Attach(owner);
   if (GetFileAttributesW(Wide(manual).c_str()) == INVALID_FILE_ATTRIBUTES) {
-    return prompts.Inform("The manual is missing: " + manual);
+    return prompts.Inform(Tr("The manual is missing: %1", manual));
   }
   static FrmHelp window;
   const std::string address = AddressOf(manual, topic);
   if (window.Show(Wide(address)) || OpenAt(address) || OpenByShell(owner, manual)) return;
-  prompts.Inform("Windows has no program to open " + manual);
+  prompts.Inform(Tr("Windows has no program to open %1", manual));
 }
 
 }  // namespace quellix
