@@ -68,6 +68,13 @@ std::vector<std::string> MasksFor(CleaningContext& context, Folder& folder, cons
   return masks;
 }
 
+// A preview's looks at its files begin while further folders are read.
+void Add(CleaningContext& context, FileList list, Collected& collected) {
+  collected.lists.push_back(std::move(list));
+  if (context.state.IsPreview)
+    collected.expected.push_back(ExpectLooks(context, {&collected.lists.back(), 1}));
+}
+
 // What one folder adds; nothing when it is missing. It is judged as it is held open.
 void CollectFolder(CleaningContext& context, const std::string& path, const FileEntry& entry,
                    const std::vector<std::string>& wanted, const Exclusions& exclusions,
@@ -84,7 +91,7 @@ void CollectFolder(CleaningContext& context, const std::string& path, const File
     FileList list = CollectPluginFiles(context, std::move(folder), path, entry.delete_subfolders,
                                        entry.recurse, masks, &exclusions);
     const bool is_empty = list.PendingFiles.empty() && list.PendingFolders.empty();
-    if (!is_empty) collected.lists.push_back(std::move(list));
+    if (!is_empty) Add(context, std::move(list), collected);
     if (goes_itself) collected.emptied.push_back(itself);
   } catch (const Error& error) {
     if (error.kind() == Error::Kind::kMissing) return;
@@ -171,6 +178,18 @@ void DropSeen(PathList& files, std::unordered_set<std::string>& seen, const Paus
   files = std::move(fresh);
 }
 
+// Leaves each file in one list alone.
+void DropRepeated(CleaningContext& context, Collected& collected) {
+  const auto may_repeat = [&](const FileList& list) { return MayRepeat(collected.lists, list); };
+  if (std::ranges::none_of(collected.lists, may_repeat)) return;
+  collected.expected.clear();  // uses the lists
+  std::unordered_set<std::string> seen;
+  for (FileList& list : collected.lists) {
+    if (may_repeat(list)) DropSeen(list.PendingFiles, seen, PauseOf(context));
+  }
+  if (context.state.IsPreview) collected.expected.push_back(ExpectLooks(context, collected.lists));
+}
+
 // The first of a recipe's programs that runs and goes on running; "" for none.
 std::string RunningProgram(CleaningContext& context, const Plugin& plugin) {
   const std::string what = plugin.description.empty() ? Tr(kThisPlugin) : plugin.description;
@@ -241,17 +260,12 @@ bool ProcessPlugin(CleaningContext& context, std::string_view path, Collected& c
 }
 
 void RemoveCollected(CleaningContext& context, Collected collected) {
-  std::unordered_set<std::string> seen;
-  for (FileList& list : collected.lists) {
-    if (MayRepeat(collected.lists, list)) DropSeen(list.PendingFiles, seen, PauseOf(context));
-  }
-  std::shared_ptr<void> expected;
-  if (context.state.IsPreview) expected = ExpectLooks(context, collected.lists);
+  DropRepeated(context, collected);
   for (const FileList& list : collected.lists) {
     RemovePendingFiles(context, list);
     if (context.state.AbortRequested) return;
   }
-  expected.reset();
+  collected.expected.clear();
   for (const FileList& list : collected.lists) {
     RemovePendingFolders(context, list);
     if (context.state.AbortRequested) return;

@@ -27,6 +27,7 @@ struct Collected {
   bool is_carried_out = false;  // and nothing kept it from that
   std::vector<FileList> lists;  // folder by folder
   std::vector<EmptiedFolder> emptied;
+  std::vector<std::shared_ptr<void>> expected;  // in a preview: that the lists' files are looked at
 };
 
 // Carries out a recipe in three passes: erases the INI entries, collects the files and folders,

@@ -152,6 +152,7 @@ void PreciousFinder::Find(std::string_view backup_folder) {
 }
 
 std::unique_ptr<Folder> PreciousFinder::Open(std::string_view path) {
+  pause_();
   try {
     return path.empty() ? nullptr : machine_.files.OpenFolder(path);
   } catch (const Error&) {
@@ -161,6 +162,7 @@ std::unique_ptr<Folder> PreciousFinder::Open(std::string_view path) {
 
 // Of a link what it leads to: someone may come there by another path.
 void PreciousFinder::Note(std::string_view path, Kind kind) {
+  pause_();
   try {
     const auto folder = path.empty() ? nullptr : machine_.files.OpenLinked(path);
     if (folder) places_.Note(*folder, kind);
@@ -171,6 +173,7 @@ void PreciousFinder::Note(std::string_view path, Kind kind) {
 void PreciousFinder::NoteIn(FolderBranch& branch, std::initializer_list<const char*> names,
                             Kind kind) {
   for (const char* name : names) {
+    pause_();
     const FolderBranch::Place& place = branch.Find(name);
     if (place.folder) places_.Note(*place.folder, kind, &place.above);
   }

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/pause.h"
 #include "run/folder_branch.h"
 #include "run/protected_places.h"
 
@@ -15,8 +16,9 @@ namespace quellix {
 // from the environment, the registry's list of profiles and folders, and documented names.
 class PreciousFinder {
  public:
-  PreciousFinder(const Machine& machine, ProtectedPlaces& places)
-      : machine_(machine), places_(places) {}
+  // The pause is for the surface alone: what is precious is found whole, whatever it answers.
+  PreciousFinder(const Machine& machine, ProtectedPlaces& places, const Pause& pause)
+      : machine_(machine), places_(places), pause_(pause) {}
 
   void Find(std::string_view backup_folder);
 
@@ -44,6 +46,7 @@ class PreciousFinder {
 
   const Machine& machine_;
   ProtectedPlaces& places_;
+  const Pause& pause_;
 };
 
 }  // namespace quellix

@@ -27,9 +27,9 @@ Sentence Kept(std::string_view line) { return Say("it is kept by your line %1.",
 }  // namespace
 
 ProtectedPlaces::ProtectedPlaces(const Machine& machine, std::string_view backup_folder,
-                                 KeepList keep)
+                                 KeepList keep, const Pause& pause)
     : keep_(std::move(keep)) {
-  PreciousFinder(machine, *this).Find(backup_folder);
+  PreciousFinder(machine, *this, pause).Find(backup_folder);
 }
 
 void ProtectedPlaces::Note(Folder& folder, Kind kind, const std::vector<FileId>* above) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/machine.h"
+#include "platform/pause.h"
 #include "platform/words.h"
 #include "run/keep_list.h"
 
@@ -37,7 +38,9 @@ class ProtectedPlaces {
   // Opens and notes what is precious on the machine. What is missing or cannot be opened is passed
   // over: nothing else can open it either. Changes nothing.
   // What `keep` names is precious as well.
-  ProtectedPlaces(const Machine& machine, std::string_view backup_folder, KeepList keep = {});
+  // `pause` is called before each folder; what it answers is not heeded, as a guard must be whole.
+  ProtectedPlaces(const Machine& machine, std::string_view backup_folder, KeepList keep = {},
+                  const Pause& pause = {});
 
   const KeepList& keep() const { return keep_; }
 

@@ -205,8 +205,8 @@ void MakeRoom(std::vector<RunEntry>& entries, size_t more) {
     entries.reserve(std::max(size, entries.capacity() + entries.capacity() * 2 / 5));
 }
 
-// Files from which on further threads are worth while.
-constexpr size_t kEnough = 256;
+// Files from which on a thread of their own is worth while, and to be told to one that is there.
+constexpr size_t kEnough = 256, kEnoughToExpect = 16;
 
 // Archives and overwritten files take their time by their bytes. Those that cannot be looked at
 // stay.
@@ -315,7 +315,7 @@ std::shared_ptr<void> ExpectLooks(CleaningContext& context, std::span<const File
     coming.push_back({list.folder.get(), list.PendingFiles.All(), list.folder_path.size()});
     files += list.PendingFiles.size();
   }
-  return files < kEnough ? nullptr : context.machine.files.ExpectLooks(coming);
+  return files < kEnoughToExpect ? nullptr : context.machine.files.ExpectLooks(coming);
 }
 
 void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim claim) {

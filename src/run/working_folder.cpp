@@ -28,7 +28,7 @@ ProtectedPlaces& PlacesOf(CleaningContext& context) {
   std::shared_ptr<ProtectedPlaces>& places = context.state.Places;
   if (!places) {
     places = std::make_shared<ProtectedPlaces>(context.machine, context.state.BackupFolder,
-                                               KeepOf(context));
+                                               KeepOf(context), PauseOf(context));
   }
   return *places;
 }

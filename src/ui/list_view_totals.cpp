@@ -21,7 +21,8 @@ void ListView::SetTickedButton(HWND button, std::function<bool()> may) {
 ListTotals ListView::Totals() const {
   ListTotals totals;
   totals.has_ticks = box_of_ != nullptr;
-  for (int row = 0; row < ListView_GetItemCount(list_); ++row) {
+  const int rows = ListView_GetItemCount(list_);
+  for (int row = 0; row < rows; ++row) {
     if (counts_ && !counts_(row)) continue;
     const Box box = box_of_ ? box_of_(row) : Box::kNone;
     totals.Add(box == Box::kOn || box == Box::kDimmedOn,

@@ -1,4 +1,5 @@
 #include <chrono>
+#include <list>
 #include <thread>
 
 #include "contract/contract_fixture.h"
@@ -325,6 +326,34 @@ TEST_F(FolderContract, WhatIsExpectedIsSeenAsItIs) {
     const auto afresh = files_.Look(At(name), Detail::kSize);
     EXPECT_EQ(seen.value_or(FileInfo{}).size, afresh.value_or(FileInfo{}).size);
     EXPECT_EQ(seen.has_value(), afresh.has_value());
+  }
+}
+
+// Lists and folders go as soon as nothing is expected of them, in whatever order.
+TEST_F(FolderContract, WhatIsExpectedNoMoreMayGo) {
+  Names names;
+  for (const std::string above : {"", "a\\"}) {
+    for (char i = 'a'; i <= 'z'; ++i) Make(names.emplace_back(above + "file " + i), "xy");
+  }
+  struct Round {
+    Names paths;
+    std::vector<std::string_view> expected;
+    std::unique_ptr<Folder> folder;
+    std::shared_ptr<void> ahead;
+  };
+  std::list<Round> rounds;
+  for (size_t i = 0; i < 300; ++i) {
+    Round& round = rounds.emplace_back();
+    for (const std::string& name : names) round.paths.push_back(At(name));
+    round.expected.assign(round.paths.begin(), round.paths.end());
+    round.folder = files_.OpenFolder(At(""));
+    const FilesBelow coming{round.folder.get(), round.expected, At("").size()};
+    round.ahead = files_.ExpectLooks({&coming, 1});
+    for (size_t name = i % 7; name < i % 20; ++name) {
+      EXPECT_EQ(round.folder->Look(names[name], Detail::kSize)->size, 2) << i << names[name];
+    }
+    if (i % 5 == 4) rounds.erase(std::next(rounds.begin(), static_cast<int>(i % rounds.size())));
+    if (i % 3 == 2) rounds.pop_front();
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include "app/recipe_sections.h"
 #include "registry_tools/registry_eraser.h"
+#include "run/protected_places.h"
 #include "run/time_left.h"
 #include "support/backup_fixture.h"
 
@@ -56,6 +57,7 @@ TEST_F(PauseTest, EveryEntryOfALongOperationHasItsPause) {
        3 * kMany},
       {"restoring a registry backup",
        [&] { backups.Restore(Archives().back(), {}, prompts, count_); }, 6 * kMany},
+      {"noting what is precious", [&] { ProtectedPlaces(ports, safe, {}, count_); }, 50},
       {"looking for recipes", [&] { FindRecipeSections(ports, count_); }, 3 * kMany}};
   MakeMany();
   std::string recipes;

@@ -40,34 +40,60 @@ class SignalsBlocked {
 
 // The folder that the thread has open.
 struct LookAhead::Place {
-  const Part* part = nullptr;
-  std::string_view path;  // behind the part's folder, with "\\" at its end
-  UniqueFd opened;        // none when it cannot be opened
-  int folder = -1;
+  Part part{};       // of use for its own numbers alone
+  std::string path;  // behind the part's folder, with "\\" at its end
+  UniqueFd opened;   // none when it cannot be opened
   FileId id;
   std::string name;  // for the room it has
 };
 
-LookAhead::LookAhead(std::vector<Part> parts)
-    : parts_([&] {
-        for (size_t i = 1; i < parts.size(); ++i) {
-          parts[i].before = parts[i - 1].before + parts[i - 1].paths.size();
-        }
-        return std::move(parts);
-      }()),
-      count_(parts_.empty() ? 0 : parts_.back().before + parts_.back().paths.size()),
-      slots_(std::min(kMostAhead, count_)) {
-  const SignalsBlocked blocked;
-  try {
-    if (count_ > 0) thread_ = std::thread([this] { Run(); });
-  } catch (const std::system_error&) {  // there may be no more threads: whoever asks looks himself
-  }
+LookAhead::~LookAhead() {
+  is_ending_ = true;
+  Wake();
+  if (thread_.joinable()) thread_.join();
 }
 
-void LookAhead::End() {
-  MoveOnTo(count_);
-  behind_.notify_one();
-  if (thread_.joinable()) thread_.join();
+void LookAhead::Wake() {
+  ++news_;
+  news_.notify_one();
+}
+
+bool LookAhead::Start() {
+  if (thread_.joinable()) return true;
+  const SignalsBlocked blocked;
+  slots_ = std::vector<Slot>(kMostAhead);
+  try {
+    thread_ = std::thread([this] { Run(); });
+  } catch (const std::system_error&) {  // whoever asks looks himself
+    return false;
+  }
+  return true;
+}
+
+std::shared_ptr<LookAhead> LookAhead::Expect(std::span<const Files> files) {
+  if (!Start()) return nullptr;
+  size_t last = count_;
+  if (behind_ == last) lead_ = 1;  // nobody asks yet
+  {
+    const std::lock_guard lock(mutex_);
+    for (const Files& part : files) {
+      if (part.paths.empty()) continue;
+      parts_.push_back({part, last});
+      last = parts_.back().last();
+    }
+  }
+  misses_ = 0;
+  count_ = last;
+  Wake();
+  return {this, [self = shared_from_this(), last](LookAhead*) { self->Forget(last); }};
+}
+
+// Returns when the thread uses none of them any more.
+void LookAhead::Forget(size_t last) {
+  behind_ = std::max(behind_.load(), last);
+  for (size_t at; (at = at_) != 0 && at <= last;) at_.wait(at);
+  const std::lock_guard lock(mutex_);
+  while (!parts_.empty() && parts_.front().last() <= last) parts_.pop_front();
 }
 
 const LookAhead::Part& LookAhead::PartOf(size_t number) const {
@@ -75,31 +101,27 @@ const LookAhead::Part& LookAhead::PartOf(size_t number) const {
   return *std::prev(next);
 }
 
-std::string_view LookAhead::NameOf(size_t number) const {
-  const Part& part = PartOf(number);
-  return NamePart(part.paths[number - 1 - part.before]);
-}
-
 void LookAhead::MoveOnTo(size_t number) {
-  behind_.store(number, std::memory_order_release);
-  if (number % kPiece == 0) behind_.notify_one();
+  const size_t before = behind_.exchange(number, std::memory_order_acq_rel);
+  if (before / kPiece != number / kPiece) Wake();
 }
 
 bool LookAhead::IsIn(size_t number, const FileId& id, std::string_view name) const {
   const Slot& slot = slots_[number % slots_.size()];
-  return slot.number.load(std::memory_order_acquire) == number && slot.folder == id &&
-         NameOf(number) == name;
+  if (slot.number.load(std::memory_order_acquire) != number || slot.folder != id) return false;
+  const Part& part = PartOf(number);
+  return NamePart(part.paths[number - 1 - part.before]) == name;
 }
 
 std::optional<Seen> LookAhead::Take(const FileId& id, std::string_view name) {
-  const size_t next = behind_.load(std::memory_order_relaxed) + 1;
-  if (next > count_) return std::nullopt;
-  const size_t last = std::min(count_, next + kMostPassed);
+  lead_.store(kLead, std::memory_order_relaxed);
+  const size_t count = count_, next = behind_ + 1;
+  if (next > count) return std::nullopt;
+  const size_t last = std::min(count, next + kMostPassed);
   size_t number = next;
   while (number <= last && !IsIn(number, id, name)) ++number;
   if (number > last) {
-    MoveOnTo(next);
-    if (++misses_ > kMostMisses) End();
+    MoveOnTo(++misses_ > kMostMisses ? count : next);
     return std::nullopt;
   }
   misses_ = 0;
@@ -108,50 +130,64 @@ std::optional<Seen> LookAhead::Take(const FileId& id, std::string_view name) {
   return seen;
 }
 
-// To the next path that is worth a look, when its slot is free; false when there is none.
-bool LookAhead::Advance(size_t& number) {
-  for (;;) {
-    const size_t behind = behind_.load(std::memory_order_acquire);
-    const size_t next = std::max(number + 1, behind + kLead);
-    if (next > count_) return false;
-    if (next <= behind + slots_.size()) {
-      number = next;
-      return true;
-    }
-    behind_.wait(behind);
+// To the next file that is worth a look, when its slot is free.
+bool LookAhead::Advance(size_t& number) const {
+  const size_t behind = behind_, next = std::max(number + 1, behind + lead_);
+  if (next > count_ || next > behind + slots_.size()) return false;
+  number = next;
+  return true;
+}
+
+// Opens the folder that the file is in, where that is another one than before.
+void LookAhead::Enter(size_t number, Place& place) {
+  const bool is_same = number > place.part.before && number <= place.part.last();
+  if (!is_same) {
+    const std::lock_guard lock(mutex_);
+    place.part = PartOf(number);
   }
+  const std::string_view path =
+      place.part.paths[number - 1 - place.part.before].substr(place.part.start);
+  const std::string_view folder = FolderPart(path);
+  place.name = NamePart(path);
+  if (is_same && folder == place.path) return;
+  place.path = folder;
+  std::string spelled = place.path;
+  std::ranges::replace(spelled, '\\', '/');
+  place.opened = OpenBeneath(place.part.folder, spelled.empty() ? "." : spelled.c_str(),
+                             Mounts::kStay, O_PATH);
+  struct stat status = {};
+  if (place.opened) fstat(place.opened.get(), &status);
+  place.id = IdFrom(status);
 }
 
 void LookAhead::LookAt(size_t number, Place& place) {
-  const Part& part = PartOf(number);
-  const std::string_view path = part.paths[number - 1 - part.before].substr(part.start);
-  const std::string_view folder = FolderPart(path);
-  if (&part != place.part || folder != place.path) {
-    std::string spelled(folder);
-    std::ranges::replace(spelled, '\\', '/');
-    place.opened =
-        OpenBeneath(part.folder, spelled.empty() ? "." : spelled.c_str(), Mounts::kStay, O_PATH);
-    place.folder = place.opened.get();
-    place.part = &part;
-    place.path = folder;
-    struct stat status = {};
-    if (place.folder >= 0) fstat(place.folder, &status);
-    place.id = IdFrom(status);
-  }
+  Enter(number, place);
   Slot& slot = slots_[number % slots_.size()];
-  place.name = NamePart(path);
-  if (place.folder < 0 || !IsUsableName(place.name)) return;
-  if (!See(place.folder, place.name.c_str(), slot.seen)) return;
+  if (!place.opened || !IsUsableName(place.name)) return;
+  if (!See(place.opened.get(), place.name.c_str(), slot.seen)) return;
   slot.folder = place.id;
   slot.number.store(number, std::memory_order_release);
 }
 
-void LookAhead::Run() {
+// Whoever forgets files has them left behind first and then looks whether the thread is at one of
+// them; the thread tells where it is first and then looks whether that is left behind.
+void LookAhead::Run() try {
   Place place;
-  try {
-    for (size_t number = 0; Advance(number);) LookAt(number, place);
-  } catch (const std::exception&) {  // no memory
+  for (size_t number = 0; !is_ending_;) {
+    const uint32_t news = news_;
+    if (!Advance(number)) {
+      place = Place();  // holds no folder open meanwhile
+      if (!is_ending_) news_.wait(news);
+      continue;
+    }
+    at_ = number;
+    if (behind_ < number) LookAt(number, place);
+    at_ = 0;
+    if (behind_ >= number) at_.notify_one();
   }
+} catch (const std::exception&) {  // no memory
+  at_ = 0;
+  at_.notify_one();
 }
 
 }  // namespace quellix

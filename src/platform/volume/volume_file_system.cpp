@@ -9,12 +9,14 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/volume/entry_info.h"
+#include "platform/volume/look_ahead.h"
 #include "platform/volume/volume_error.h"
 #include "platform/volume/volume_random_file.h"
 
 namespace quellix {
 
-VolumeFileSystem::VolumeFileSystem(const std::map<char, std::string>& drives) {
+VolumeFileSystem::VolumeFileSystem(const std::map<char, std::string>& drives)
+    : look_ahead_(std::make_shared<LookAhead>()) {
   for (const auto& [letter, folder] : drives) {
     drives_[letter] = std::make_unique<VolumeDrive>(folder);
   }
@@ -77,7 +79,7 @@ bool VolumeFileSystem::Find(std::string_view path, UniqueFd& folder, Located& en
 }
 
 std::shared_ptr<void> VolumeFileSystem::ExpectLooks(std::span<const FilesBelow> files) {
-  return VolumeFolder::ExpectLooks(files);
+  return VolumeFolder::ExpectLooks(*look_ahead_, files);
 }
 
 bool VolumeFileSystem::IsGone(std::string_view path) {

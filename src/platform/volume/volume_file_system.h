@@ -67,6 +67,7 @@ class VolumeFileSystem : public FileSystem {
 
   std::map<char, std::unique_ptr<VolumeDrive>> drives_;
   Recycler recycler_;
+  std::shared_ptr<LookAhead> look_ahead_;
 };
 
 }  // namespace quellix

@@ -130,16 +130,17 @@ void VolumeFolder::Enumerate(Detail detail, const EntryVisitor& visit) {
   if (code != 0) ThrowErrno(code, path_);
 }
 
-std::shared_ptr<void> VolumeFolder::ExpectLooks(std::span<const FilesBelow> files) {
+std::shared_ptr<void> VolumeFolder::ExpectLooks(LookAhead& look_ahead,
+                                                std::span<const FilesBelow> files) {
   std::vector<VolumeFolder*> folders;
-  std::vector<LookAhead::Part> parts;
+  std::vector<LookAhead::Files> expected;
   for (const auto& [of, paths, start] : files) {
     auto* const folder = dynamic_cast<VolumeFolder*>(of);
     if (folder == nullptr || !folder->ahead_.expired()) return nullptr;
     folders.push_back(folder);
-    parts.push_back({folder->fd(), paths, start});
+    expected.push_back({folder->fd(), paths, start});
   }
-  const auto ahead = std::make_shared<LookAhead>(std::move(parts));
+  const std::shared_ptr<LookAhead> ahead = look_ahead.Expect(expected);
   for (VolumeFolder* const folder : folders) folder->ahead_ = ahead;
   return ahead;
 }

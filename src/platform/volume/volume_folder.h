@@ -44,7 +44,8 @@ class VolumeFolder : public Folder {
   // Beyond the port.
   int fd() const { return fd_.get(); }
   // As FileSystem's: looked at on a thread of its own.
-  static std::shared_ptr<void> ExpectLooks(std::span<const FilesBelow> files);
+  static std::shared_ptr<void> ExpectLooks(LookAhead& look_ahead,
+                                           std::span<const FilesBelow> files);
   // Creates or replaces a file in one step, as FileSystem::WriteWholeFile; `fill` writes the new
   // one, and `before_placing` is called when nothing but the renaming is left to do.
   void Replace(std::string_view name, const std::function<void(int fd)>& fill,
