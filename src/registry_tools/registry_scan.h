@@ -169,9 +169,11 @@ class RegistryScan {
   virtual RegistryTarget TargetOf(const ScanRow& row) const = 0;
   // Of what Offers says: changes the row as well. Throws Error.
   virtual void Do(ScanAction, ScanRow&) {}
+  // What a tool has seen of the machine counts no more: rows will be looked at again.
+  virtual void ForgetWhatWasSeen() {}
   // Why a row must not go as it was listed, a sentence; "" where it is as it was then, and where it
-  // is gone.
-  virtual std::string WhyChanged(const ScanRow& row);
+  // is gone. What it says behind a stop does not count.
+  virtual std::string WhyChanged(const ScanRow& row, const Pause& pause);
   // Keeps a value that is about to be changed, or that there is none, where the settings want that:
   // as it was before the first of this window's changes. Throws NotKept.
   void KeepValue(RegistryRoot root, std::string_view key, std::string_view name);
@@ -220,9 +222,11 @@ class RegistryScan {
  private:
   void Erase(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
   void EraseTargets(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
+  bool IsAsListed(size_t index, const ScanRow& row, const Pause& pause);
+  void StayAll(size_t count);
   void RecycleOwnFiles(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
-  std::string StateOf(const ScanRow& row) const;
-  std::string StateOfTarget(const RegistryTarget& target) const;
+  std::string StateOf(const ScanRow& row, const Pause& pause = {}) const;
+  std::string StateOfTarget(const RegistryTarget& target, const Pause& pause) const;
   std::string StayedPart() const;
   void NoteStayed(size_t index, const Sentence& why);
   void RemoveFileOf(const ScanRow& row, ProtectedPlaces& places);
