@@ -2,11 +2,15 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "platform/machine.h"
 #include "platform/pause.h"
 
 namespace quellix {
+
+// What a progress calls the last part of the work.
+inline constexpr std::string_view kClearingAway = "Clearing away";
 
 struct FreeSpaceOptions {
   bool zeros = false;            // for virtual disks, whose files zeros make small; else random

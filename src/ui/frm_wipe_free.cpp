@@ -63,8 +63,12 @@ void FrmWipeFree::OnSized() { list_.FillWith(kResult, Scale(120, dpi())); }
 // "Wiping C:\\, about 3 minutes left".
 void FrmWipeFree::ShowProgress(const Progress& progress) {
   if (progress.path.empty()) return;
-  const std::string left = work_.TimeLeft();
-  SetText(lblStatus, "Wiping " + std::string(progress.path) + (left.empty() ? "" : ", ") + left);
+  const std::string path(progress.path), left = work_.TimeLeft();
+  if (progress.work == kClearingAway) {
+    SetText(lblStatus, Tr("Removing what was written to %1", path));
+  } else {
+    SetText(lblStatus, left.empty() ? Tr("Wiping %1", path) : Tr("Wiping %1, %2", path, left));
+  }
 }
 
 void FrmWipeFree::Wipe() {
