@@ -80,6 +80,23 @@ TEST_F(HttpTest, AProxyIsToldFromTheServer) {
   }
 }
 
+TEST_F(HttpTest, AServersNameInAnyScriptIsAskedForAsTheNetworkKnowsIt) {
+  const std::string proxy = Address("QUELLIX_OPEN_PROXY_PORT", "");
+  const std::pair<const char*, const char*> kRows[] = {
+      {"http://plain.example/a", "GET http://plain.example/a HTTP/1.1\n"},
+      {"http://b\u00FCcher.example/a", "GET http://xn--bcher-kva.example/a HTTP/1.1\n"},
+      {"http://B\u00DCCHER.example/\u00FC", "GET http://xn--bcher-kva.example/%C3%BC HTTP/1.1\n"},
+      {"http://\u4F8B\u3048.example/", "GET http://xn--r8jz45g.example/ HTTP/1.1\n"},
+  };
+  for (const auto& [url, line] : kRows) {
+    const HttpAnswer answer = Fetch(*Open(proxy), {.url = url, .seconds = 20});
+    EXPECT_TRUE(answer.body.starts_with(line)) << url << answer.body << answer.reason;
+  }
+  std::string too_long = "http://";
+  for (int i = 0; i < 64; ++i) too_long += "\u00FC";
+  EXPECT_EQ(Fetch(*Open(proxy), {.url = too_long + ".example/"}).end, HttpEnd::kBadAddress);
+}
+
 TEST_F(HttpTest, NothingIsSentButTheRequest) {
   const std::string sent = Ask({.url = At("/what?a=1#part")}).body;
   EXPECT_TRUE(sent.starts_with("GET /what?a=1 HTTP/1.1\n")) << sent;
@@ -97,6 +114,8 @@ TEST_F(HttpTest, OnlyTheHeadersAreFetchedWhereTheyAreAskedFor) {
   EXPECT_EQ(get.status, 200) << HttpEndText(get.end);
   EXPECT_EQ(Ask({.url = At("/huge"), .headers_only = true}).status, 200);
   EXPECT_EQ(Ask({.url = At("/claim"), .head = true}).status, 200);
+  const HttpAnswer stall = Ask({.url = At("/stall"), .headers_only = true, .seconds = 5});
+  EXPECT_EQ(stall.status, 200) << "it waits for no body" << HttpEndText(stall.end);
 }
 
 TEST_F(HttpTest, TheLimitIsThatOfTheBodyAlone) {
