@@ -1,5 +1,6 @@
 // Web servers are asked, and each bad one is told from the others.
 
+#include "support/system_proxy.h"
 #include "support/web_server.h"
 
 namespace quellix {
@@ -78,6 +79,25 @@ TEST_F(HttpTest, AProxyIsToldFromTheServer) {
           << proxy << " " << scheme << answer.reason;
     }
   }
+}
+
+TEST_F(HttpTest, AProxyOfTheSystemIsToldFromTheServerToo) {
+  const char* const kServer = "http://server.example/ok";
+  {
+    const SystemProxy proxy("127.0.0.1:" + Variable("QUELLIX_OPEN_PROXY_PORT"));
+    const HttpAnswer answer = Ask({.url = kServer, .seconds = 20});
+    EXPECT_TRUE(Holds(answer.body, "GET http://server.example/ok")) << answer.reason;
+  }
+  for (const std::string& host_and_port :
+       {"127.0.0.1:" + Variable("QUELLIX_CLOSED_PORT"), std::string("nobody.invalid:8080"),
+        "127.0.0.1:" + Variable("QUELLIX_PROXY_PORT")}) {
+    const SystemProxy proxy(host_and_port);
+    const HttpAnswer answer = Ask({.url = kServer, .seconds = 20});
+    EXPECT_STREQ(HttpEndText(answer.end), HttpEndText(HttpEnd::kProxy))
+        << host_and_port << answer.reason;
+    EXPECT_EQ(Ask({.url = At("/ok"), .seconds = 20}).status, 200) << "not of this machine";
+  }
+  EXPECT_EQ(Ask({.url = kServer, .seconds = 20}).end, HttpEnd::kNoName);
 }
 
 TEST_F(HttpTest, AServersNameInAnyScriptIsAskedForAsTheNetworkKnowsIt) {

@@ -242,6 +242,38 @@ TEST_F(StartupTest, ARunThatIsDueWaitsForWindowsAndMenus) {
   EXPECT_TRUE(window.Close());
 }
 
+TEST_F(StartupTest, ALowDiskIsCleanedOnceADay) {
+  const fs::space_info disk = fs::space(L"C:\\");
+  if (disk.available * 100 >= disk.capacity * 50) GTEST_SKIP() << "half of the disk is free";
+  const std::string settings = "TrayIcon=1\r\nLowDisk=50\r\n";
+  WriteSettings(settings);
+  const auto tick = [](const QuellixWindow& window) {
+    SendMessageW(window.main(), WM_TIMER, tmrClean, 0);
+  };
+  const auto day = [] {
+    const std::string text = ReadBytes(ProgramFolder() / "Settings.ini");
+    const size_t place = text.find("LowDiskTime=");
+    return place == std::string::npos ? "" : text.substr(place, text.find('\r', place) - place);
+  };
+  {
+    const QuellixWindow window;
+    EXPECT_TRUE(day().empty() && HasJunk()) << "before the first look";
+    ShowWindow(window.main(), SW_HIDE);
+    tick(window);
+    EXPECT_TRUE(Await([&] { return !HasJunk(); }));
+    ShowWindow(window.main(), SW_SHOW);
+    EXPECT_EQ(TextOf(window.Control(lblStatus)), L"Cleaned by itself: 1 file, 5 Bytes.");
+  }
+  const std::string begun = day();
+  EXPECT_NE(begun, "");
+  WriteBytes(junk_, "12345");
+  const QuellixWindow again;
+  tick(again);
+  tick(again);
+  EXPECT_TRUE(HasJunk());
+  EXPECT_EQ(day(), begun);
+}
+
 // Whether the notification area has the program's icon.
 bool HasTrayIcon(HWND window, DWORD what = NIM_MODIFY) {
   NOTIFYICONDATAW icon{};
