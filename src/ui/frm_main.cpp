@@ -1,6 +1,7 @@
 #include "ui/frm_main.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/recipe_sections.h"
 #include "app/rights.h"
@@ -251,9 +252,9 @@ void FrmMain::CleanByItself() {
 
 // By a start that was to run hidden, as that of the task scheduler.
 void FrmMain::CleanAsAsked() {
-  if (!CanClean()) return void(SetTimer(window(), tmrAsked, kLookAgain, nullptr));
+  if (is_asked_ && !CanClean()) return void(SetTimer(window(), tmrAsked, kLookAgain, nullptr));
   KillTimer(window(), tmrAsked);
-  CleanByItself();
+  if (std::exchange(is_asked_, false)) CleanByItself();
 }
 
 void FrmMain::OnTimer(UINT_PTR id) {

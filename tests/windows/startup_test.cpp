@@ -137,6 +137,38 @@ TEST_F(StartupTest, AHiddenRunIsEndedOrShownToWhoStartsTheProgram) {
   EXPECT_TRUE(HasJunk());
 }
 
+// One that has only just claimed to be the first.
+TEST_F(StartupTest, AHiddenStartWaitsForACopyThatIsStarting) {
+  const QuellixProcess first({}, CREATE_SUSPENDED), hidden(L"-h", CREATE_SUSPENDED);
+  first.Resume();
+  ASSERT_TRUE(Await([] {
+    const HANDLE claim = OpenMutexW(SYNCHRONIZE, FALSE, L"Local\\Quellix runs");
+    if (claim) CloseHandle(claim);
+    return claim != nullptr;
+  }));
+  hidden.Resume();
+  EXPECT_EQ(hidden.AwaitExitCode(), DWORD{kHandedOn});
+  EXPECT_TRUE(Await([&] { return !HasJunk(); }));
+  EXPECT_FALSE(first.HasEnded());
+}
+
+TEST_F(StartupTest, WhatAHiddenStartAsksOfAHiddenRunFollows) {
+  SeedEndlessRun();
+  const QuellixProcess running(L"-h");
+  HWND main = nullptr;
+  ASSERT_TRUE(Await([&] {
+    main = HiddenWindow() ? GetWindow(HiddenWindow(), GW_HWNDPREV) : nullptr;
+    return main && Shown(main, lblStatus) != L"";
+  }));
+  const QuellixProcess second(L"-h");
+  EXPECT_EQ(EndUnseen(second), DWORD{kHandedOn});
+  EXPECT_TRUE(HasJunk() && !running.HasEnded());
+  WriteSettings("DelMethod=D\r\n");
+  PostMessageW(main, WM_COMMAND, cmdStop, 0);
+  EXPECT_EQ(EndUnseen(running), DWORD{kFailed}) << "its own run was stopped";
+  EXPECT_FALSE(HasJunk()) << "the run that it was asked for did it";
+}
+
 TEST_F(StartupTest, SwitchesThatShowTheWindowCleanWhenTheyShould) {
   const struct {
     const char* name;
