@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "backup/backups.h"
 #include "platform/damaged.h"
 #include "platform/locale.h"
 #include "platform/path.h"
@@ -263,6 +264,7 @@ void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const Keep
         throw Error(Error::Kind::kDenied, Say("%1 is not removed: %2", row.own_file, why));
       folder->Recycle(NamePart(row.own_file));
       ++erased_.gone;
+      ++files_gone_;
     } catch (const Error& error) {
       if (error.kind() != Error::Kind::kMissing) NoteStayed(i, SentenceOf(error));
     }
@@ -282,6 +284,19 @@ void RegistryScan::KeepValue(RegistryRoot root, std::string_view key, std::strin
     throw NotKept(error);
   }
   kept_values_.insert(known);
+}
+
+RestoreResult RegistryScan::Undo(Prompts& prompts, const Pause& pause) {
+  const std::string& path = undo_.path();
+  RestoreResult result =
+      Backups(machine_, std::string(FolderPart(path)))
+          .Restore(NamePart(path), {.entry_paths = {}, .to = ""}, prompts, pause);
+  timer_enabled_ = true;
+  if (result.cancelled || !result.problems.empty()) return result;
+  undo_ = {};
+  kept_values_.clear();
+  files_gone_ = 0;
+  return result;
 }
 
 void RegistryScan::Act(ScanAction action, const std::vector<size_t>& rows, const Pause& pause) {
@@ -306,6 +321,7 @@ void RegistryScan::RemoveFileOf(const ScanRow& row, ProtectedPlaces& places) {
     const auto folder = OpenFolderOf(machine_.files, row.file);
     if (!places.WhyNotFile(*folder, row.file, Claim::kItem).empty()) return;
     folder->RemoveFile(NamePart(row.file));
+    ++files_gone_;
   } catch (const Error&) {
     return;
   }

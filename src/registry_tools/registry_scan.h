@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "backup/backup_reader.h"
 #include "backup/registry_undo.h"
 #include "platform/machine.h"
 #include "registry_tools/mod_registry.h"
@@ -149,6 +150,12 @@ class RegistryScan {
   const std::string& failure() const { return erased_.problem.shown; }
   // The .reg file of this window's deletions, "" when there is none.
   const std::string& undo_path() const { return undo_.path(); }
+  // Puts what it holds back into the registry; a scan is due then. `prompts` is asked where other
+  // values have come since. When all of it is back the file is this window's no more. Throws Error
+  // when it cannot be read.
+  RestoreResult Undo(Prompts& prompts, const Pause& pause = {});
+  // Files that went with the references since then, which Undo does not bring back.
+  size_t files_gone() const { return files_gone_; }
 
   // A click on a column: sorted by it, in the other order than before.
   void SortBy(size_t column);
@@ -238,6 +245,7 @@ class RegistryScan {
   const ScanTraits& traits_;
   RegistryUndo undo_;
   std::set<std::string> kept_values_;  // by KeepValue
+  size_t files_gone_ = 0;
   std::deque<ScanRow> rows_;
   std::string status_, damage_;
   Erasure erased_;

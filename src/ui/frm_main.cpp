@@ -88,7 +88,7 @@ void FrmMain::Open(HWND owner, StartMode mode, modShutDown::Ending ending) {
 void FrmMain::OnInit() {
   prompts_.Attach(window());
   layout().Add(kAnchors);
-  Remember(machine_, "frmMain");
+  Remember(machine_, "frmMain", {&items_.view()});
   BindItems();
   windows_.on_options = [this] { FollowSettings(); };
   preview_.on_clean = [this](std::shared_ptr<RunChoice> choice, bool leaves_to_start) {
