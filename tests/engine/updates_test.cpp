@@ -2,6 +2,7 @@
 
 #include "app/updates.h"
 #include "platform/error.h"
+#include "platform/path.h"
 #include "shipped_files.h"
 #include "support/forwarding_files.h"
 #include "support/noting_shell.h"
@@ -61,13 +62,15 @@ TEST_F(UpdatesTest, AServerTellsOfANewVersion) {
   newest.version = "99.1.0";
   EXPECT_EQ(CheckForUpdate(*http, newest).result, UpdateResult::kNone);
   EXPECT_EQ(Check("old").result, UpdateResult::kNone);
+  EXPECT_EQ(Check("new//").result, UpdateResult::kNew) << "with a slash at the end";
 }
 
 TEST_F(UpdatesTest, WhatIsNoAnswerIsTold) {
   const std::pair<const char*, const char*> kRows[] = {
-      {"words", "what it tells is no version"},      {"empty", "what it tells is no version"},
-      {"binary", "what it tells is no version"},     {"many", "the answer is too large"},
-      {"missing", "it answers with an error (404)"}, {"moved-text", "it leads elsewhere (302)"},
+      {"words", "what it tells is no version"},   {"empty", "what it tells is no version"},
+      {"binary", "what it tells is no version"},  {"many", "the answer is too large"},
+      {"no-utf", "what it tells is no version"},  {"missing", "it answers with an error (404)"},
+      {"moved-text", "it leads elsewhere (302)"},
   };
   for (const auto& [name, problem] : kRows) {
     const UpdateCheck check = Check(name);
@@ -108,6 +111,7 @@ TEST_F(UpdatesTest, OnlyWhatWasSignedIsFetched) {
       {"other-key", "the signature of its checksum is not that of its makers"},
       {"changed-facts", "the signature of its checksum is not that of its makers"},
       {"other-version", "its checksum is that of something else"},
+      {"of-nothing", "its size makes no sense"},
       {"changed", "what came is not what its makers signed"},
       {"shorter", "what came is not what its makers signed"},
       {"longer", "the answer is too large"},
@@ -168,6 +172,21 @@ TEST_F(InstallerTest, ItIsStartedWhereNobodyElseHasPutAnything) {
   EXPECT_EQ(Left().size(), 2u);  // the folder and its file
   engine.ClearLeftovers();
   EXPECT_EQ(Left(), Names{}) << "nor at the next start";
+}
+
+TEST_F(InstallerTest, WhatOthersCallAlmostTheSameStays) {
+  const std::string name = "quellix-update-" + TemporaryName();
+  machine->MakeFile(temp + "quellix-update-mine\\a.txt", "dear");
+  machine->MakeFile(temp + TemporaryName() + "\\a.txt", "dear");
+  machine->MakeFile(temp + "quellix-update-" + TemporaryName(), "a file");
+  machine->MakeFile(scratch + "outside\\a.txt", "dear");
+  machine->MakeFolderLink(temp + name, scratch + "outside");
+  const Names before = machine->Tree(temp), outside = machine->Tree(scratch);
+  ClearInstallers(ports);
+  EXPECT_EQ(machine->Tree(temp), before);
+  EXPECT_EQ(machine->Tree(scratch), outside);
+  if (machine->Can(Ability::kRemoveLinks)) ports.files.RemoveFolder(temp + name);
+  Clean("CleanTempFiles");
 }
 
 TEST_F(InstallerTest, WhatDoesNotStartGoesAtOnce) {
