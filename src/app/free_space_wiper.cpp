@@ -60,10 +60,14 @@ class Wiper {
   void Begin() {
     // Where nobody may write to the root.
     if (!MakeFolder(root_) && (!EqualsNoCase(temp_.substr(0, 3), root_) || !MakeFolder(temp_)))
-      throw Error(Error::Kind::kDenied, "No folder can be made on " + root_);
+      throw Error(Error::Kind::kDenied,
+                  Say("No folder can be made on %1, where you may not write. Start Quellix as an "
+                      "administrator.",
+                      root_));
     const uint64_t free = folder_->Room().free;
     total_ = free > options_.reserve ? free - options_.reserve : 0;
-    if (total_ == 0) throw Error(Error::Kind::kFull, "No more is free than the reserve.");
+    if (total_ == 0)
+      throw Error(Error::Kind::kFull, Say("On %1 no more is free than the reserve.", root_));
   }
 
   // Noted before it is there; false where it is denied.

@@ -165,7 +165,11 @@ void RequireSame(RandomFile& file, std::string_view bytes) {
 bool StoreAndStart(const Machine& machine, const std::string& folder_path, const std::string& name,
                    std::string_view bytes) {
   const std::unique_ptr<Folder> folder = machine.files.OpenFolder(folder_path);
-  if (!folder) throw Error(Error::Kind::kMissing, "The new version could not be stored.");
+  if (!folder)
+    throw Error(Error::Kind::kMissing,
+                Say("The new version could not be stored in %1, which is not "
+                    "there any more.",
+                    folder_path));
   {
     const std::unique_ptr<RandomFile> file = folder->Open(name, OpenMode::kCreateNew);
     file->Write(0, bytes);

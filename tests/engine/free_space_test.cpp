@@ -75,7 +75,7 @@ TEST_F(FreeSpaceTest, AllButTheReserveIsOverwrittenAndNothingIsLeftBehindHowever
   EXPECT_TRUE(wiped.is_stopped);
   EXPECT_EQ(total, kRoom - kReserve);
   EXPECT_EQ(wiped.bytes, 2u << 20);
-  EXPECT_EQ(Wipe({}, {}, kReserve).problem, "No more is free than the reserve.");
+  EXPECT_EQ(Wipe({}, {}, kReserve).problem, "On " + scratch + " no more is free than the reserve.");
   EXPECT_EQ(machine->Tree(scratch), before);
   EXPECT_EQ(machine->Tree(own), own_before) << "nor a note";
 }
@@ -151,7 +151,7 @@ TEST_F(FreeSpaceTest, TheWindowsRowsTellWhatIsAskedAndWhatCameOfIt) {
   EXPECT_TRUE(asked.ends_with(kBeyondWiping));
   const Names before = machine->Tree(own);
   drives.Wipe(true, {});
-  EXPECT_TRUE(Holds(drives.row(row).result, "No more is free than the reserve."));
+  EXPECT_TRUE(Holds(drives.row(row).result, " no more is free than the reserve."));
   EXPECT_EQ(drives.summary(), "0 of 1 drive wiped");
   free = (64u << 20) + kRoom;
   drives.Wipe(false, [](const Progress&) { return true; });
