@@ -5,6 +5,7 @@
 #include "app/updates.h"
 #include "backup/leftovers.h"
 #include "platform/error.h"
+#include "platform/words.h"
 #include "run/run_steps.h"
 
 namespace quellix {
@@ -26,13 +27,13 @@ std::string Engine::Load(Tips* tips) {
     settings_.RequireReadable();
   } catch (const Error& error) {
     is_loaded_ = false;
-    problems +=
-        std::string("The settings could not be read; their defaults apply. ") + error.what() + "\n";
+    problems += Tr("The settings could not be read; their defaults apply. %1", Shown(error)) + "\n";
   }
   LoadRemovalOptions(context_);
   context_.view.ShowLastCleaned(settings_.LastCleanedText());
   if (tips && !tips->Load()) {
-    problems += "A file needed is missing. Re-installing this application may fix this problem.\n";
+    problems +=
+        Tr("A file needed is missing. Re-installing this application may fix this problem.") + "\n";
   }
   try {
     selection_.LoadCheckStates(machine_);
@@ -41,7 +42,7 @@ std::string Engine::Load(Tips* tips) {
     selection_.recipes().Load(machine_);
   } catch (const Error& error) {
     is_loaded_ = false;
-    problems += std::string("The ticked items could not be read. ") + error.what() + "\n";
+    problems += Tr("The ticked items could not be read. %1", Shown(error)) + "\n";
   }
   ApplyGeneralSettings();
   return problems;

@@ -14,6 +14,7 @@
 #include "cleaners/volume_items.h"
 #include "platform/error.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "plugins/recipe_run.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
@@ -88,7 +89,7 @@ void RemoveOldBackups(CleaningContext& context) {
 // After the offline pages the status has always been spelled with a capital U.
 std::string_view AbortMessage(const Item* item) {
   const bool offline = item != nullptr && item->key == std::string_view("CleanOffline");
-  return offline ? "Aborted by User" : "Aborted by user";
+  return offline ? Mark("Aborted by User") : Mark("Aborted by user");
 }
 
 // A key that was not found is not therefore gone.
@@ -121,7 +122,7 @@ void RefuseRun(CleaningContext& context) {
   context.state.Choice.reset();
   context.state.LeavesToStart = false;
   if (context.state.Hidden) context.view.KeepReport(ReportOf(context));
-  ShowIdle(context, "Nothing was removed");
+  ShowIdle(context, Mark("Nothing was removed"));
 }
 
 void FinishRun(CleaningContext& context, FreeSpaceCheck& free_space) {
@@ -160,7 +161,7 @@ Outcome Clean(CleaningContext& context, const Item& item) {
     state.RunLog.append(TrimBlanks(item.log_caption)).append(" ").append(error.what()) += "\r\n";
     return Outcome::kNotPossible;
   } catch (const std::exception& error) {
-    ReportCritical(context, std::string(item.error_message) + error.what());
+    ReportCritical(context, Say("%1%2", Say(item.error_message), SentenceOf(error)));
     return Outcome::kFailed;
   }
 }
@@ -185,7 +186,7 @@ void RunItem(CleaningContext& context, const Item& item) {
   if (LacksRights(context, item)) {
     context.state.Outcomes[item.run_order - 1] = Outcome::kNotPossible;
     context.state.RunLog +=
-        ReplaceNoCase(item.Label(), "&&", "&") + " is skipped: it needs administrator rights.\r\n";
+        ReplaceNoCase(item.label, "&&", "&") + " is skipped: it needs administrator rights.\r\n";
     return;
   }
   if (item.cleaner) context.state.Outcomes[item.run_order - 1] = Clean(context, item);

@@ -6,38 +6,43 @@
 #include "app/item_catalogue.h"
 #include "app/preview_run.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/removal.h"
 
 namespace quellix {
 namespace {
 
-constexpr std::string_view kTitles[] = {"Place",      "What", "Size", "Modified",
-                                        "Cleaned as", "Fate", "Note"};
+constexpr const char* kTitles[] = {Mark("Place"),      Mark("What"), Mark("Size"), Mark("Modified"),
+                                   Mark("Cleaned as"), Mark("Fate"), Mark("Note")};
 
 std::string_view FateText(const RunEntry& entry, bool is_preview) {
-  if (entry.fate == Fate::kStayed) return is_preview ? "stays" : "stayed";
-  if (entry.fate == Fate::kKept) return is_preview ? "is kept" : "kept";
+  if (entry.fate == Fate::kStayed) return is_preview ? Mark("stays") : Mark("stayed");
+  if (entry.fate == Fate::kKept) return is_preview ? Mark("is kept") : Mark("kept");
   switch (entry.way) {
     case Way::kRecycled:
-      return is_preview ? "to the recycle bin" : "in the recycle bin";
+      return is_preview ? Mark("to the recycle bin") : Mark("in the recycle bin");
     case Way::kWiped:
-      return is_preview ? "to be wiped" : "wiped";
+      return is_preview ? Mark("to be wiped") : Mark("wiped");
     case Way::kBackedUp:
-      return is_preview ? "to be backed up, then deleted" : "backed up, then deleted";
+      return is_preview ? Mark("to be backed up, then deleted") : Mark("backed up, then deleted");
     case Way::kDeleted:
       break;
   }
-  return is_preview ? "to be deleted" : "deleted";
+  return is_preview ? Mark("to be deleted") : Mark("deleted");
 }
 
 // A plug-in, a line of a list, the line that keeps it, the reason, the archive.
 std::string NoteText(const RunEntries& entries, const RunEntry& entry, bool is_preview) {
   const std::string& rule = entries.rules[entry.rule];
   const std::string& archive = entries.archives[entry.archive];
-  std::string note = entry.fate == Fate::kKept ? "by the line " + entry.note : entry.note;
+  // TRANSLATORS: What the keep list has kept: %1 is that line of it.
+  std::string note =
+      entry.fate == Fate::kKept ? Tr("by the line %1", entry.note) : entries.NoteOf(entry).shown;
   if (!rule.empty()) note = rule + (note.empty() ? "" : ": " + note);
-  if (!archive.empty() && !is_preview) note += (note.empty() ? "in " : "; in ") + archive;
-  return note;
+  if (archive.empty() || is_preview) return note;
+  // TRANSLATORS: %1 is an archive.
+  const std::string in = Tr("in %1", archive);
+  return note.empty() ? in : note + "; " + in;
 }
 
 // What an entry lies in: its folder, its key, or of what lies in none its kind.
@@ -157,12 +162,12 @@ std::string EntryList::HeadingText(size_t row, RunColumn column) const {
     return FormatSize(static_cast<double>(heading.place.bytes), 2, true, locale);
   }
   if (column != RunColumn::kKind) return {};
-  return FormatCount(heading.count, locale) + (heading.count == 1 ? " entry" : " entries");
+  return TrN("%1 entry", "%1 entries", heading.count, FormatCount(heading.count, locale));
 }
 
 std::string_view EntryList::ItemText(const RunEntry& entry) const {
   if (entry.item == 0) return {};
-  return AllItems()[static_cast<size_t>(entry.item) - 1].Label();
+  return AllItems()[static_cast<size_t>(entry.item) - 1].label;
 }
 
 std::string EntryList::Text(size_t row, RunColumn column) const {
@@ -171,10 +176,10 @@ std::string EntryList::Text(size_t row, RunColumn column) const {
   switch (column) {
     case RunColumn::kPlace: {
       const std::string place = PlaceText(entry);
-      return place.empty() ? std::string(KindText(entry.kind)) : place;
+      return place.empty() ? Tr(KindText(entry.kind)) : place;
     }
     case RunColumn::kKind:
-      return std::string(KindText(entry.kind));
+      return Tr(KindText(entry.kind));
     case RunColumn::kBytes:
       if (entry.last_write == 0 && entry.bytes == 0) return {};  // nobody has looked
       return FormatSize(static_cast<double>(entry.bytes), 2, true, system_.UserLocale());
@@ -182,9 +187,9 @@ std::string EntryList::Text(size_t row, RunColumn column) const {
       if (entry.last_write == 0) return {};
       return FormatDateTime(system_.ToLocalTime(entry.last_write), system_.UserLocale());
     case RunColumn::kItem:
-      return ReplaceNoCase(ItemText(entry), "&&", "&");
+      return ReplaceNoCase(Tr(ItemText(entry)), "&&", "&");
     case RunColumn::kFate:
-      return std::string(FateText(entry, is_preview_));
+      return Tr(FateText(entry, is_preview_));
     case RunColumn::kNote:
       break;
   }
@@ -240,8 +245,8 @@ bool EntryList::PassesFilter(Index index) const {
   const auto holds = [this](std::string_view text) {
     return UpCase(text).find(filter_) != std::string::npos;
   };
-  return holds(entry.place) || holds(entry.part) || holds(entry.note) ||
-         holds(entries_->rules[entry.rule]);
+  if (holds(entry.place) || holds(entry.part) || holds(entries_->rules[entry.rule])) return true;
+  return !entry.note.empty() && holds(entries_->NoteOf(entry).shown);
 }
 
 void EntryList::SetFilter(std::string_view text) {
@@ -293,19 +298,26 @@ std::string EntryList::Summary() const {
   const auto [going, files, not_listed, bytes, stayed, kept] = totals_;
   const Locale locale = system_.UserLocale();
   const auto count = [&](uint64_t number) { return FormatCount(number, locale); };
-  std::string text = count(going) + (going == 1 ? " entry" : " entries") +
-                     (is_preview_ ? " to be removed, " : " removed, ") +
-                     (not_listed > 0 ? count(files) + " files, " : "") +
-                     FormatSize(static_cast<double>(bytes), 2, true, locale);
-  if (stayed > 0) text += "; " + count(stayed) + (is_preview_ ? " will stay" : " stayed");
-  if (kept > 0) text += "; " + count(kept) + " kept";
-  if (entries_->left_out > 0) text += "; " + count(entries_->left_out) + " not listed";
+  std::string size = FormatSize(static_cast<double>(bytes), 2, true, locale);
+  // TRANSLATORS: %2 is a size.
+  if (not_listed > 0) size = TrN("%1 file, %2", "%1 files, %2", files, count(files), size);
+  // TRANSLATORS: %2 is a size, or "12 files, 1.40 GB".
+  std::string text = is_preview_ ? TrN("%1 entry to be removed, %2", "%1 entries to be removed, %2",
+                                       going, count(going), size)
+                                 : TrN("%1 entry removed, %2", "%1 entries removed, %2", going,
+                                       count(going), size);
+  const auto add = [&text](const std::string& part) { text += "; " + part; };
+  if (stayed > 0 && is_preview_) add(TrN("%1 will stay", "%1 will stay", stayed, count(stayed)));
+  if (stayed > 0 && !is_preview_) add(TrN("%1 stayed", "%1 stayed", stayed, count(stayed)));
+  if (kept > 0) add(TrN("%1 kept", "%1 kept", kept, count(kept)));
+  const uint64_t left_out = entries_->left_out;
+  if (left_out > 0) add(TrN("%1 not listed", "%1 not listed", left_out, count(left_out)));
   return text + ".";
 }
 
 std::string EntryList::ToText() const {
   std::string text;
-  for (size_t c = 0; c < kRunColumns; ++c) text.append(c == 0 ? "" : "\t").append(kTitles[c]);
+  for (size_t c = 0; c < kRunColumns; ++c) text.append(c == 0 ? "" : "\t").append(Tr(kTitles[c]));
   text += "\r\n";
   for (size_t row = 0; row < RowCount(); ++row) {
     for (size_t c = 0; c < kRunColumns; ++c)

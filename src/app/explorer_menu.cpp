@@ -7,6 +7,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "registry_tools/mod_registry.h"
 #include "registry_tools/registry_eraser.h"
 
@@ -84,7 +85,7 @@ void SaveExplorerMenu(const Machine& machine, bool wanted) {
   if (!wanted) return;
   for (const char* const key : kKeys) Write(machine, key);
   if (LookAtExplorerMenu(machine) != ExplorerMenu::kOurs)
-    throw Error(Error::Kind::kOther, "The entry was written and is not as it should be.");
+    throw Error(Error::Kind::kOther, Say("The entry was written and is not as it should be."));
 }
 
 }  // namespace quellix

@@ -4,6 +4,7 @@
 
 #include "platform/error.h"
 #include "platform/locale.h"
+#include "platform/words.h"
 #include "run/removal.h"
 #include "search/drive_list.h"
 
@@ -32,7 +33,7 @@ void FreeSpaceDrives::List() {
     // The floppy drives of old would only rattle.
     const bool is_floppy = drive.type == DriveType::kRemovable && drive.letter < 'C';
     if (is_floppy || !WhyNotWiped(machine_, drive.letter).empty()) continue;
-    Row row{.root = {drive.letter, ':', '\\'}, .kind = std::string(DriveTypeName(drive))};
+    Row row{.root = {drive.letter, ':', '\\'}, .kind = Tr(DriveTypeName(drive))};
     ReadRoom(row);
     if (row.size > 0) rows_.push_back(std::move(row));
   }
@@ -60,11 +61,14 @@ std::string FreeSpaceDrives::Question(bool zeros) const {
     drives += (drives.empty() ? "" : ", ") + row.root;
     bytes += row.free;
   }
-  return "Overwrite what is free on " + drives + " (" + Sized(machine_, bytes) + ") with " +
-         (zeros ? "zeros" : "random numbers") +
-         "?\n\nNo file that is there is touched. The disk is full meanwhile but for a reserve of "
-         "64 MB, and a solid-state disk wears a little.\n\n" +
-         kBeyondWiping;
+  const std::string size = Sized(machine_, bytes);
+  const std::string question =
+      zeros ? Tr("Overwrite what is free on %1 (%2) with zeros?", drives, size)
+            : Tr("Overwrite what is free on %1 (%2) with random numbers?", drives, size);
+  return question + "\n\n" +
+         Tr("No file that is there is touched. The disk is full meanwhile but for a reserve of 64 "
+            "MB, and a solid-state disk wears a little.") +
+         "\n\n" + Tr(kBeyondWiping);
 }
 
 void FreeSpaceDrives::Wipe(bool zeros, const Pause& pause) {
@@ -78,17 +82,29 @@ void FreeSpaceDrives::Wipe(bool zeros, const Pause& pause) {
     if (!row.is_ticked || is_stopped_) continue;
     done += WipeOne(row, zeros, pause) ? 1 : 0;
   }
-  summary_ = std::to_string(done) + " of " + std::to_string(wanted) +
-             (wanted == 1 ? " drive" : " drives") + " wiped" + (is_stopped_ ? ", stopped" : "");
+  const std::string of_done = std::to_string(done), of_wanted = std::to_string(wanted);
+  summary_ = is_stopped_
+                 ? TrN("%1 of %2 drive wiped, stopped", "%1 of %2 drives wiped, stopped", wanted,
+                       of_done, of_wanted)
+                 : TrN("%1 of %2 drive wiped", "%1 of %2 drives wiped", wanted, of_done, of_wanted);
+}
+
+// What came of one.
+std::string FreeSpaceDrives::TextOf(const FreeSpaceWiped& wiped) const {
+  const std::string size = Sized(machine_, wiped.bytes),
+                    count = FormatCount(wiped.records, machine_.system.UserLocale());
+  const std::string done =
+      wiped.is_stopped ? TrN("%1 overwritten, %2 small file, stopped",
+                             "%1 overwritten, %2 small files, stopped", wiped.records, size, count)
+                       : TrN("%1 overwritten, %2 small file", "%1 overwritten, %2 small files",
+                             wiped.records, size, count);
+  return wiped.problem.empty() ? done : done + ". " + wiped.problem;
 }
 
 bool FreeSpaceDrives::WipeOne(Row& row, bool zeros, const Pause& pause) {
   const FreeSpaceWiped wiped = WipeFreeSpace(machine_, row.root, {.zeros = zeros}, pause);
   is_stopped_ = wiped.is_stopped;
-  row.result = Sized(machine_, wiped.bytes) + " overwritten, " +
-               FormatCount(wiped.records, machine_.system.UserLocale()) + " small files" +
-               (wiped.is_stopped ? ", stopped" : "") +
-               (wiped.problem.empty() ? "" : ". " + wiped.problem);
+  row.result = TextOf(wiped);
   ReadRoom(row);
   return !wiped.is_stopped && wiped.problem.empty();
 }

@@ -7,13 +7,14 @@
 #include "app/free_space_wiper.h"
 #include "platform/machine.h"
 #include "platform/pause.h"
+#include "platform/words.h"
 
 namespace quellix {
 
 // What is said before free space is wiped: what no program reaches so.
-inline constexpr const char* kBeyondWiping =
-    "What solid-state disks have set aside, snapshots and earlier versions keep, and the ends of "
-    "the files that stay, no program reaches this way.";
+inline constexpr const char* kBeyondWiping = Mark(
+    "What solid-state disks have set aside, snapshots and earlier versions keep, and the ends "
+    "of the files that stay, no program reaches this way.");
 
 // Why a drive is none to be wiped, a sentence; "" for a disk of this machine. Other computers'
 // disks are theirs to wipe.
@@ -52,6 +53,7 @@ class FreeSpaceDrives {
   // Whether it was wiped to its end.
   bool WipeOne(Row& row, bool zeros, const Pause& pause);
   void ReadRoom(Row& row);
+  std::string TextOf(const FreeSpaceWiped& wiped) const;
 
   Machine machine_;
   std::vector<Row> rows_;

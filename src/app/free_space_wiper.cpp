@@ -8,6 +8,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/random_source.h"
 
 namespace quellix {
@@ -50,7 +51,7 @@ class Wiper {
       }
       if (!wiped_.is_stopped) TakeRecords();
     } catch (const Error& error) {
-      wiped_.problem = error.what();
+      wiped_.problem = Shown(error);
     }
     ClearAway();
     return std::move(wiped_);
@@ -73,14 +74,14 @@ class Wiper {
   // Noted before it is there; false where it is denied.
   bool MakeFolder(const std::string& parent) {
     parent_ = files_.OpenFolder(parent);
-    if (!parent_) throw Error(Error::Kind::kMissing, parent + " is not there.");
+    if (!parent_) throw Error(Error::Kind::kMissing, Say("%1 is not there.", parent));
     name_ = TemporaryName();
     parent_path_ = parent;
     notes_.Add(parent + name_);
     if (!notes_.IsKept())
       throw Error(Error::Kind::kDenied,
-                  "Nothing is wiped while the program's folder cannot be written: after a kill "
-                  "nobody would know what to clear away.");
+                  Say("Nothing is wiped while the program's folder cannot be written: after a kill "
+                      "nobody would know what to clear away."));
     try {
       parent_->CreateFolder(name_);
     } catch (const Error& error) {
@@ -88,7 +89,7 @@ class Wiper {
       return false;
     }
     folder_ = parent_->OpenFolder(name_);
-    if (!folder_) throw Error(Error::Kind::kMissing, parent + name_ + " is not there.");
+    if (!folder_) throw Error(Error::Kind::kMissing, Say("%1 is not there.", parent + name_));
     return true;
   }
 
@@ -112,7 +113,7 @@ class Wiper {
   }
 
   bool Stops() {
-    wiped_.is_stopped = wiped_.is_stopped || Pauses("Wiping");
+    wiped_.is_stopped = wiped_.is_stopped || Pauses(Mark("Wiping"));
     return wiped_.is_stopped;
   }
 
@@ -173,8 +174,8 @@ class Wiper {
     if (wiped_.bytes <= 2 * total_ + kForNames) return;
     throw Error(
         Error::Kind::kOther,
-        "The drive takes more than was free on it: it stores what is written smaller than it "
-        "is, so that not all is overwritten.");
+        Say("The drive takes more than was free on it: it stores what is written smaller than it "
+            "is, so that not all is overwritten."));
   }
 
   // Until the table has grown for them twice.
@@ -184,7 +185,8 @@ class Wiper {
     while (grown < 2 && wiped_.records < options_.most_records && !Stops()) {
       const uint64_t before = folder_->Room().free;
       if (before < options_.reserve / 2 || !TakeBatch()) {
-        wiped_.problem = "The drive was full before all free records of its file table were taken.";
+        wiped_.problem =
+            Tr("The drive was full before all free records of its file table were taken.");
         return;
       }
       const uint64_t after = folder_->Room().free;
@@ -238,7 +240,7 @@ class Wiper {
       action();
     } catch (const Error& error) {
       if (error.kind() == Error::Kind::kMissing || !left_.empty()) return;
-      left_ = parent_path_ + name_ + " could not be removed. " + error.what();
+      left_ = Tr("%1 could not be removed. %2", parent_path_ + name_, Shown(error));
     }
   }
 

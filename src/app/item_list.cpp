@@ -4,6 +4,7 @@
 
 #include "app/item_catalogue.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/removal.h"
 
 namespace quellix {
@@ -12,7 +13,7 @@ namespace {
 constexpr Group kGroups[] = {Group::kFolderFiles, Group::kMiscellaneous, Group::kInternet,
                              Group::kFirefox};
 
-std::string NameOf(const Item& item) { return ReplaceNoCase(item.Label(), "&&", "&"); }
+std::string NameOf(const Item& item) { return ReplaceNoCase(Tr(item.label), "&&", "&"); }
 
 // Sentences of other parts end in a full stop; here they stand in a row.
 void Append(std::string& notes, std::string_view note) {
@@ -25,13 +26,13 @@ void Append(std::string& notes, std::string_view note) {
 std::string_view RemovalText(int16_t removal_mode) {
   switch (removal_mode) {
     case kRecycle:
-      return "moved to the recycle bin";
+      return Mark("moved to the recycle bin");
     case kWipe:
-      return "overwritten and deleted for good";
+      return Mark("overwritten and deleted for good");
     case kBackUp:
-      return "backed up, then deleted";
+      return Mark("backed up, then deleted");
     default:
-      return "deleted for good";
+      return Mark("deleted for good");
   }
 }
 
@@ -88,7 +89,7 @@ int ItemList::Compare(const Item& a, const Item& b) const {
   const Found &in_a = found_[IndexOf(a)], &in_b = found_[IndexOf(b)];
   switch (order_->column) {
     case ItemColumn::kName:
-      return CompareNoCase(a.Label(), b.Label());
+      return CompareNoCase(NameOf(a), NameOf(b));
     case ItemColumn::kBytes:
       return CompareNumbers(in_a.bytes, in_b.bytes);
     case ItemColumn::kCount:
@@ -266,24 +267,29 @@ std::string ItemList::CountText(uint64_t count) const {
   return FormatCount(count, machine_.system.UserLocale());
 }
 
+std::string ItemList::StaysText(uint64_t count) const {
+  return TrN("%1 will stay", "%1 will stay", count, CountText(count));
+}
+
 std::string ItemList::NoteOf(const Item& item) const {
   const Found& found = found_[IndexOf(item)];
   std::string notes;
-  Append(notes, selection_.WhyDisabled(item));
-  if (found.outcome == Outcome::kFailed) Append(notes, "failed");
-  if (found.outcome == Outcome::kNotPossible) Append(notes, "not possible here");
-  if (found.stays > 0) Append(notes, CountText(found.stays) + " will stay");
-  if (found.outcome == Outcome::kNothingFound && !IsAbsent(item)) Append(notes, "nothing found");
-  if (IsAbsent(item)) Append(notes, "nothing of it on this Windows");
-  if (NeedsRights(item)) Append(notes, "needs administrator rights");
-  Append(notes, item.guide.cost);
+  Append(notes, Tr(selection_.WhyDisabled(item)));
+  if (found.outcome == Outcome::kFailed) Append(notes, Tr("failed"));
+  if (found.outcome == Outcome::kNotPossible) Append(notes, Tr("not possible here"));
+  if (found.stays > 0) Append(notes, StaysText(found.stays));
+  if (found.outcome == Outcome::kNothingFound && !IsAbsent(item))
+    Append(notes, Tr("nothing found"));
+  if (IsAbsent(item)) Append(notes, Tr("nothing of it on this Windows"));
+  if (NeedsRights(item)) Append(notes, Tr("needs administrator rights"));
+  Append(notes, Tr(item.guide.cost));
   return notes;
 }
 
 std::string ItemList::NoteOf(const Row& heading) const {
   const Selection::Count count = CountIn(heading);
-  return CountText(static_cast<uint64_t>(count.checked)) + " of " +
-         CountText(static_cast<uint64_t>(count.all)) + " ticked";
+  return Tr("%1 of %2 ticked", CountText(static_cast<uint64_t>(count.checked)),
+            CountText(static_cast<uint64_t>(count.all)));
 }
 
 std::string ItemList::Text(size_t row, ItemColumn column) const {
@@ -293,8 +299,8 @@ std::string ItemList::Text(size_t row, ItemColumn column) const {
     case ItemColumn::kName:
       if (at.item != nullptr) return NameOf(*at.item);
       if (at.section >= 0) return SectionText(at);
-      if (at.IsHeading()) return std::string(GroupTitle(at.group));
-      return CountText(static_cast<uint64_t>(at.folded)) + " more...";
+      if (at.IsHeading()) return Tr(GroupTitle(at.group));
+      return Tr("%1 more...", CountText(static_cast<uint64_t>(at.folded)));
     case ItemColumn::kBytes:
       if (!found.looked) return {};
       return FormatSize(found.bytes, 2, true, machine_.system.UserLocale());
@@ -306,28 +312,36 @@ std::string ItemList::Text(size_t row, ItemColumn column) const {
   if (at.item != nullptr) return NoteOf(*at.item);
   if (at.line >= 0) return LineNote(at);
   if (IsToldOnly(at)) return SectionAt(at).told;
-  return at.IsHeading() ? NoteOf(at) : "nothing of it on this Windows";
+  return at.IsHeading() ? NoteOf(at) : Tr("nothing of it on this Windows");
+}
+
+std::string ItemList::GroupDetails(const Row& heading) const {
+  // TRANSLATORS: %1 is "4 of 6 ticked".
+  return selection_.selects_risky()
+             ? Tr("%1. A click on the name, or Space, ticks the whole group, and clears it when "
+                  "all is ticked.",
+                  NoteOf(heading))
+             // TRANSLATORS: %1 is "4 of 6 ticked".
+             : Tr("%1. A click on the name, or Space, ticks the whole group but for what cannot be "
+                  "had back, and clears it when all is ticked.",
+                  NoteOf(heading));
 }
 
 std::string ItemList::Details(size_t row) const {
   const Row& at = rows_[row];
-  if (at.folded > 0) return "What only older Windows have. Space shows it.";
+  if (at.folded > 0) return Tr("What only older Windows have. Space shows it.");
   if (at.line >= 0) {
     const std::string note = LineNote(at);
-    return LineAt(at).details + (note.empty() ? "" : "\r\n\r\nNote: " + note + ".");
+    return LineAt(at).details + (note.empty() ? "" : "\r\n\r\n" + Tr("Note: %1.", note));
   }
   if (IsToldOnly(at)) return SectionAt(at).told;
-  if (at.item == nullptr) {
-    return NoteOf(at) + ". A click on the name, or Space, ticks the whole group" +
-           (selection_.selects_risky() ? "" : " but for what cannot be had back") +
-           ", and clears it when all is ticked.";
-  }
+  if (at.item == nullptr) return GroupDetails(at);
   const ItemGuide& guide = at.item->guide;
-  std::string text = guide.removes;
+  std::string text = Tr(guide.removes);
   const std::string notes = NoteOf(*at.item);
-  if (!notes.empty()) text += "\r\n\r\nNote: " + notes + ".";
+  if (!notes.empty()) text += "\r\n\r\n" + Tr("Note: %1.", notes);
   const std::string cleaned = settings_.ItemCleanedText(at.item->key);
-  if (!cleaned.empty()) text += "\r\n\r\nCleaned last: " + cleaned;
+  if (!cleaned.empty()) text += "\r\n\r\n" + Tr("Cleaned last: %1", cleaned);
   return text;
 }
 
@@ -348,11 +362,13 @@ std::string ItemList::Summary() const {
     ++ticked;
     add(FoundOf(LineAt(row).rule));
   }
-  if (ticked == 0) return "Nothing is ticked";
-  std::string text = CountText(ticked) + (ticked == 1 ? " item" : " items");
-  if (!has_looked) return text;
-  text += ", " + FormatSize(bytes, 2, true, machine_.system.UserLocale());
-  return is_whole ? text : text + " found so far";
+  if (ticked == 0) return Tr("Nothing is ticked");
+  const std::string count = CountText(ticked);
+  if (!has_looked) return TrN("%1 item", "%1 items", ticked, count);
+  const std::string size = FormatSize(bytes, 2, true, machine_.system.UserLocale());
+  return is_whole
+             ? TrN("%1 item, %2", "%1 items, %2", ticked, count, size)
+             : TrN("%1 item, %2 found so far", "%1 items, %2 found so far", ticked, count, size);
 }
 
 }  // namespace quellix

@@ -158,6 +158,8 @@ class ItemList {
     return row.IsHeading() && row.section >= 0 && SectionAt(row).rows.empty();
   }
   std::string CountText(uint64_t count) const;
+  std::string StaysText(uint64_t count) const;
+  std::string GroupDetails(const Row& heading) const;
 
   Machine machine_;
   Settings settings_;
@@ -173,7 +175,7 @@ class ItemList {
   size_t taken_in_ = 0;  // of its entries
 };
 
-// How what is chosen goes: "deleted for good".
+// How what is chosen goes: "deleted for good", in English.
 std::string_view RemovalText(int16_t removal_mode);
 
 }  // namespace quellix

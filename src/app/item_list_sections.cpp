@@ -7,6 +7,7 @@
 #include "app/item_catalogue.h"
 #include "app/system_cleaning.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 
@@ -56,10 +57,10 @@ std::string ItemList::LineNote(const Row& row) const {
   const auto append = [&notes](std::string_view note) {
     if (!note.empty()) notes.append(notes.empty() ? "" : "; ").append(note);
   };
-  if (IsUnseen(row)) append("new or changed: runs once you have seen its preview");
-  if (found.done && found.count + found.stays == 0) append("nothing found");
-  if (found.stays > 0) append(is_cleaner ? "failed" : CountText(found.stays) + " will stay");
-  if (NeedsRights(row)) append("needs administrator rights");
+  if (IsUnseen(row)) append(Tr("new or changed: runs once you have seen its preview"));
+  if (found.done && found.count + found.stays == 0) append(Tr("nothing found"));
+  if (found.stays > 0) append(is_cleaner ? Tr("failed") : StaysText(found.stays));
+  if (NeedsRights(row)) append(Tr("needs administrator rights"));
   append(line.cost);
   return notes;
 }
@@ -90,12 +91,12 @@ std::optional<OtherChoices> ItemList::ChoiceAt(size_t row) const {
 
 std::string ItemList::CommandAt(size_t row) const {
   const Row& at = rows_[row];
-  if (at.item != nullptr) return at.item->command;
+  if (at.item != nullptr) return Tr("Clean %1", Tr(at.item->label));
   if (at.line < 0) return {};
-  const bool is_browser = SectionAt(at).kind == ListSection::Kind::kBrowser;
-  const std::string what =
-      LineAt(at).label + (is_browser ? " of " + SectionAt(at).title : std::string());
-  return "Clean " + ReplaceNoCase(what, "&", "&&");
+  const std::string what = ReplaceNoCase(LineAt(at).label, "&", "&&");
+  if (SectionAt(at).kind != ListSection::Kind::kBrowser) return Tr("Clean %1", what);
+  // TRANSLATORS: "Clean Cookies of Google Chrome".
+  return Tr("Clean %1 of %2", what, ReplaceNoCase(SectionAt(at).title, "&", "&&"));
 }
 
 bool ItemList::HasTicked(const std::function<bool(const ListSection::Row&)>& is_such) const {

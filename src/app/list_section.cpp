@@ -2,38 +2,40 @@
 
 #include "app/system_cleaning.h"
 #include "platform/error.h"
+#include "platform/words.h"
 
 namespace quellix {
 
 ListSection SectionOf(const FoundBrowser& browser) {
-  const std::string title(browser.label),
-      where = browser.profiles == 1 ? ", in its profile." : ", in all its profiles.";
+  const std::string title(browser.label);
   ListSection section{.kind = ListSection::Kind::kBrowser, .title = title};
   for (const BrowserKind kind : browser.kinds) {
     const BrowserKindText& text = TextOf(kind);
-    const std::string name = NameOf(BrowserChoice{browser.key, kind}), label(text.label);
+    const std::string name = NameOf(BrowserChoice{browser.key, kind}), label = Tr(text.label);
     section.rows.push_back({.name = name,
                             .rule = name,
                             .label = label,
-                            .cost = std::string(text.cost),
-                            .details = label + " of " + title + where,
+                            .cost = Tr(text.cost),
+                            .details = browser.profiles == 1
+                                           ? Tr("%1 of %2, in its profile.", label, title)
+                                           : Tr("%1 of %2, in all its profiles.", label, title),
                             .is_risky = text.is_risky});
   }
   return section;
 }
 
 ListSection SectionOf(const std::vector<SystemCleaner>& cleaners) {
-  ListSection section{.kind = ListSection::Kind::kCleaners, .title = "Windows' own cleaners"};
+  ListSection section{.kind = ListSection::Kind::kCleaners, .title = Tr("Windows' own cleaners")};
   for (const SystemCleaner& cleaner : cleaners) {
     const std::string& about = cleaner.description;
     section.rows.push_back(
         {.name = cleaner.key,
          .rule = RuleOf(cleaner),
          .label = cleaner.name,
-         .cost = std::string(CostOf(cleaner)),
+         .cost = Tr(CostOf(cleaner)),
          .details = about + (about.empty() ? "" : "\r\n\r\n") +
-                    "Windows' own code removes it, for good: without a backup, and whatever the "
-                    "keep list says.",
+                    Tr("Windows' own code removes it, for good: without a backup, and whatever the "
+                       "keep list says."),
          .is_risky = !CostOf(cleaner).empty()});
   }
   return section;

@@ -4,6 +4,7 @@
 
 #include "platform/error.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix::modShutDown {
 namespace {
@@ -21,9 +22,9 @@ constexpr struct {
   std::string_view name, text;
   uint32_t flags;
 } kEndings[] = {{"", "", 0},
-                {"shutdown", "The computer is turned off", kPowerOff},
-                {"restart", "The computer is restarted", kReboot},
-                {"logoff", "You are logged off", kLogOff}};
+                {"shutdown", Mark("The computer is turned off"), kPowerOff},
+                {"restart", Mark("The computer is restarted"), kReboot},
+                {"logoff", Mark("You are logged off"), kLogOff}};
 
 template <typename Step>
 void Try(Step step) {

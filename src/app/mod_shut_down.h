@@ -20,7 +20,7 @@ enum class Ending { kNone, kShutDown, kRestart, kLogOff };
 
 // "shutdown", "restart", "logoff", in any case; nothing for any other word.
 std::optional<Ending> EndingNamed(std::string_view name);
-// What it does, before a time: "The computer is turned off".
+// What it does, before a time: "The computer is turned off", in English.
 std::string_view TextOf(Ending ending);
 // Ends the session so; kNone does nothing.
 void End(Session& session, Ending ending);

@@ -6,6 +6,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/working_folder.h"
 #include "search/junk_search.h"
 #include "search/wildcard.h"
@@ -19,57 +20,58 @@ namespace {
 // Only the list of files has defaults that are read while the user has none; the extensions of
 // DefIE.txt are offered, but do not hold before the user takes them.
 constexpr std::array<ListPage, kListPages> kPages = {{
-    {OptionsPage::kIgnoredFiles, "Ignored files",
-     "Files with these names are never found by a search for junk.", "File &name:", "IFI.txt",
-     "DefIFI.txt"},
-    {OptionsPage::kIgnoredExtensions, "Ignored extensions",
-     "Files with these extensions are never found by a search for junk.", "E&xtension:", "IE.txt",
-     "DefIE.txt"},
-    {OptionsPage::kIgnoredFolders, "Ignored folders",
-     "Folders whose path holds one of these texts, and all below them, are never searched, nor "
-     "cleaned as user-defined folders.",
-     "&Part of a path:", "UDIFO.txt", "", ListPage::kFolder},
-    {OptionsPage::kFileTypes, "Unnecessary file types",
-     "Files that match a ticked type are found as unnecessary: * is any text, ? one character, # "
-     "one digit, [a-z] one of a range.",
-     "File &type:", kFileTypesList, kFileTypesDefaults, ListPage::kNone, true},
-    {OptionsPage::kUserFiles, "User-defined files",
-     "These files are removed by the item User-defined files.", "&File:", "UDFI.txt", "DefUDFI.txt",
-     ListPage::kFile},
-    {OptionsPage::kUserFolders, "User-defined folders",
-     "All files below these folders are removed by the item User-defined folders.",
-     "&Folder:", "UDFO.txt", "DefUDFO.txt", ListPage::kFolder},
-    {OptionsPage::kKeep, "Keep list",
-     "Nothing removes these: files, folders with all below them, masks such as *.doc, registry "
-     "keys "
-     "(HKEY_...\\KEY), values (HKEY_...\\KEY|NAME) and cookies (site:example.com).",
-     "&Keep:", "keep.txt", "", ListPage::kFolder},
+    {OptionsPage::kIgnoredFiles, Mark("Ignored files"),
+     Mark("Files with these names are never found by a search for junk."), Mark("File &name:"),
+     "IFI.txt", "DefIFI.txt"},
+    {OptionsPage::kIgnoredExtensions, Mark("Ignored extensions"),
+     Mark("Files with these extensions are never found by a search for junk."), Mark("E&xtension:"),
+     "IE.txt", "DefIE.txt"},
+    {OptionsPage::kIgnoredFolders, Mark("Ignored folders"),
+     Mark(
+         "Folders whose path holds one of these texts, and all below them, are never searched, nor "
+         "cleaned as user-defined folders."),
+     Mark("&Part of a path:"), "UDIFO.txt", "", ListPage::kFolder},
+    {OptionsPage::kFileTypes, Mark("Unnecessary file types"),
+     Mark("Files that match a ticked type are found as unnecessary: * is any text, ? one "
+          "character, # one digit, [a-z] one of a range."),
+     Mark("File &type:"), kFileTypesList, kFileTypesDefaults, ListPage::kNone, true},
+    {OptionsPage::kUserFiles, Mark("User-defined files"),
+     Mark("These files are removed by the item User-defined files."), Mark("&File:"), "UDFI.txt",
+     "DefUDFI.txt", ListPage::kFile},
+    {OptionsPage::kUserFolders, Mark("User-defined folders"),
+     Mark("All files below these folders are removed by the item User-defined folders."),
+     Mark("&Folder:"), "UDFO.txt", "DefUDFO.txt", ListPage::kFolder},
+    {OptionsPage::kKeep, Mark("Keep list"),
+     Mark(
+         "Nothing removes these: files, folders with all below them, masks such as *.doc, registry "
+         "keys (HKEY_...\\KEY), values (HKEY_...\\KEY|NAME) and cookies (site:example.com)."),
+     Mark("&Keep:"), "keep.txt", "", ListPage::kFolder},
 }};
 
 std::string WhyNoFileType(std::string_view type) {
-  constexpr std::string_view kForm =
-      "Please enter the file type in format\r\n*.bak, ~$*.doc or the like. ";
+  const std::string form =
+      Tr("Please enter the file type in format\r\n*.bak, ~$*.doc or the like. ");
   const bool is_mask = type.find_first_of(".*?#[") != type.npos;
   const bool is_name = type.find_first_of("\\/:\"<>|") == type.npos && !HasControlCharacters(type);
-  if (!is_mask || !is_name || !Wildcard(UpCase(type)).valid()) return std::string(kForm);
+  if (!is_mask || !is_name || !Wildcard(UpCase(type)).valid()) return form;
   if (type.find_first_not_of("*?. ") == type.npos) {
-    return std::string(kForm) + "This one would match every file.";
+    return form + Tr("This one would match every file.");
   }
   return {};
 }
 
 std::string WhyNoExtension(std::string_view extension) {
-  std::string why = WhyNoName(extension);
+  std::string why = Tr(WhyNoName(extension));
   if (why.empty() && extension.find('.') != extension.npos) {
-    return "Please enter what stands behind the last dot only, such as doc.";
+    return Tr("Please enter what stands behind the last dot only, such as doc.");
   }
   return why;
 }
 
 std::string WhyNoPartOfPath(std::string_view text) {
-  if (text.empty()) return "Please enter a folder or a part of its path.";
+  if (text.empty()) return Tr("Please enter a folder or a part of its path.");
   if (text.find_first_of("/*?\"<>|") != text.npos || HasControlCharacters(text)) {
-    return "A path cannot hold any of the characters / * ? \" < > |.";
+    return Tr("A path cannot hold any of the characters / * ? \" < > |.");
   }
   return {};
 }
@@ -83,30 +85,31 @@ std::unique_ptr<Folder> OpenForList(const Machine& machine, std::string_view pat
   }
 }
 
+std::string CannotBeCleaned(std::string_view path, const Sentence& why) {
+  // TRANSLATORS: %2 begins with a small letter: "it is a whole drive."
+  return why.empty() ? "" : Tr("%1 cannot be cleaned: %2", path, why.shown);
+}
+
 std::string WhyNoUserFile(const Machine& machine, std::string_view path) {
-  std::string why = WhyNoPath(path);
-  if (!why.empty()) return why;
+  if (const std::string why = WhyNoPath(path); !why.empty()) return Tr(why);
   const std::optional<FileInfo> info = machine.files.Look(path, Detail::kKind);
   if (path.ends_with('\\') || (info && info->is_folder)) {
-    return std::string(path) + " is a folder, not a file.";
+    return Tr("%1 is a folder, not a file.", path);
   }
   const auto folder = OpenForList(machine, FolderPart(path));
   if (!folder) return {};
-  why = LoadPlaces(machine).WhyNotFile(*folder, path, Claim::kOwnList).shown;
-  return why.empty() ? why : std::string(path) + " cannot be cleaned: " + why;
+  return CannotBeCleaned(path, LoadPlaces(machine).WhyNotFile(*folder, path, Claim::kOwnList));
 }
 
 std::string WhyNoUserFolder(const Machine& machine, std::string_view path) {
-  std::string why = WhyNoPath(path);
-  if (!why.empty()) return why;
+  if (const std::string why = WhyNoPath(path); !why.empty()) return Tr(why);
   // A server need not answer for that to be known.
   if (path.starts_with("\\\\") && std::ranges::count(WithoutBackslash(path), '\\') < 4) {
-    return std::string(path) + " cannot be cleaned: it is a whole drive.";
+    return Tr("%1 cannot be cleaned: it is a whole drive.", path);
   }
   const auto folder = OpenForList(machine, path);
   if (!folder) return {};
-  why = LoadPlaces(machine).WhyNot(*folder, "*.*", true, Claim::kOwnList).shown;
-  return why.empty() ? why : std::string(path) + " cannot be cleaned: " + why;
+  return CannotBeCleaned(path, LoadPlaces(machine).WhyNot(*folder, "*.*", true, Claim::kOwnList));
 }
 
 // Extensions are listed without their dot.
@@ -131,7 +134,7 @@ OptionList::OptionList(const Machine& machine, const ListPage& page)
     const bool own_only = page.page == OptionsPage::kIgnoredExtensions;
     rows_ = saved_ = Read(page.file, own_only ? "" : page.defaults);
   } catch (const Error& error) {
-    problem_ = std::string(page.file) + " could not be read, so it stays as it is. " + error.what();
+    problem_ = Tr("%1 could not be read, so it stays as it is. %2", page.file, Shown(error));
   }
 }
 
@@ -147,7 +150,7 @@ std::vector<ListRow> OptionList::Read(std::string_view name, std::string_view de
 std::string OptionList::WhyNotText(std::string_view text) const {
   switch (page_.page) {
     case OptionsPage::kIgnoredFiles:
-      return WhyNoName(text);
+      return Tr(WhyNoName(text));
     case OptionsPage::kIgnoredExtensions:
       return WhyNoExtension(text);
     case OptionsPage::kIgnoredFolders:
@@ -157,8 +160,8 @@ std::string OptionList::WhyNotText(std::string_view text) const {
     case OptionsPage::kUserFiles:
       return WhyNoUserFile(machine_, text);
     case OptionsPage::kKeep:
-      return text.empty() ? "Please enter what is to be kept."
-                          : ParseKeepLine(machine_.system, text).fault;
+      return text.empty() ? Tr("Please enter what is to be kept.")
+                          : Tr(ParseKeepLine(machine_.system, text).fault);
     default:
       return WhyNoUserFolder(machine_, text);
   }
@@ -169,11 +172,11 @@ std::string OptionList::WhyNot(std::string_view text, std::string_view descripti
   if (!problem_.empty()) return problem_;
   std::string why = WhyNotText(text);
   if (!why.empty()) return why;
-  if (HasControlCharacters(description)) return "The description must be one line.";
+  if (HasControlCharacters(description)) return Tr("The description must be one line.");
   for (size_t row = 0; row < rows_.size(); ++row) {
     if (row == own_row || !IsSame(rows_[row].text, text)) continue;
-    return page_.has_ticks ? "File Type already exists in the list."
-                           : std::string(text) + " is in the list already.";
+    return page_.has_ticks ? Tr("File Type already exists in the list.")
+                           : Tr("%1 is in the list already.", text);
   }
   return {};
 }
@@ -190,9 +193,10 @@ std::string OptionList::Question(std::string_view text) const {
   if (page_.page != OptionsPage::kUserFolders || !WhyNotText(text).empty()) return {};
   const auto folder = OpenForList(machine_, text);
   if (!folder || !LoadPlaces(machine_).IsPersonal(*folder)) return {};
-  return std::string(text) +
-         " is one of your own folders. Each run of the item User-defined folders removes all files "
-         "in it and below it. Add it?";
+  return Tr(
+      "%1 is one of your own folders. Each run of the item User-defined folders removes all files "
+      "in it and below it. Add it?",
+      text);
 }
 
 std::string OptionList::Change(size_t row, std::string_view text, std::string_view description) {
@@ -226,7 +230,7 @@ std::string OptionList::RestoreDefaults() {
     rows_ = Read(page_.defaults, "");
     return {};
   } catch (const Error& error) {
-    return std::string("The defaults could not be read. ") + error.what();
+    return Tr("The defaults could not be read. %1", Shown(error));
   }
 }
 

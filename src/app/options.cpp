@@ -6,6 +6,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "settings/settings.h"
 
 namespace quellix {
@@ -55,18 +56,16 @@ std::string WhyNotForBackups(const Machine& machine, std::string_view path,
   for (const ListRow& row : own_folders.rows()) cleaned.push_back(row.text);
   for (const std::string& each : cleaned) {
     const Place folder = PlaceOf(machine, each);
-    if (Holds(backups, folder)) return "It holds " + each + ", which is cleaned.";
-    if (Holds(folder, backups)) return "It lies in " + each + ", which is cleaned.";
+    if (Holds(backups, folder)) return Tr("It holds %1, which is cleaned.", each);
+    if (Holds(folder, backups)) return Tr("It lies in %1, which is cleaned.", each);
   }
   const Place windows = PlaceOf(machine, machine.system.WindowsFolder());
   const Place profile = PlaceOf(machine, machine.system.Environment("USERPROFILE").value_or(""));
   for (const Place* each : {&windows, &profile}) {
-    if (Holds(backups, *each)) return "It holds " + each->path + ".";
+    if (Holds(backups, *each)) return Tr("It holds %1.", each->path);
   }
-  return Holds(windows, backups) ? "It lies in the folder of Windows." : "";
+  return Holds(windows, backups) ? Tr("It lies in the folder of Windows.") : "";
 }
-
-std::string_view TitleOf(const OptionList& list) { return list.page().title; }
 
 }  // namespace
 
@@ -76,14 +75,14 @@ Options::Options(const Machine& machine)
     Settings(machine).RequireReadable();
   } catch (const Error& error) {
     settings_problem_ =
-        std::string("The settings could not be read; their defaults are shown. ") + error.what();
+        Tr("The settings could not be read; their defaults are shown. %1", Shown(error));
   }
   SearchOptions stored;
   try {
     stored = LoadSearchOptions(machine);
   } catch (const Error& error) {
     search_problem_ =
-        std::string("srch.txt could not be read, so it stays as it is. ") + error.what();
+        Tr("%1 could not be read, so it stays as it is. %2", "srch.txt", Shown(error));
   }
   search = MakeSearchDraft(machine, stored);
   lists.reserve(kListPages);
@@ -109,16 +108,16 @@ std::optional<Refusal> Options::Check() const {
     const std::string why = WhyNotForBackups(machine_, general.BackupFolder, own_folders);
     if (!why.empty()) {
       return Refusal{OptionsField::kBackupFolder,
-                     "Backups cannot be kept in " + general.BackupFolder + ". " + why};
+                     Tr("Backups cannot be kept in %1. %2", general.BackupFolder, why)};
     }
   }
   if (!search_problem_.empty()) return std::nullopt;
   if (!HasSensibleDates(search)) {
-    return Refusal{OptionsField::kDates, "The first date must lie before the second one."};
+    return Refusal{OptionsField::kDates, Tr("The first date must lie before the second one.")};
   }
   if (!HasSensibleSize(search)) {
     return Refusal{OptionsField::kSize,
-                   "Please enter a whole number of kilobytes from 0 to 2147483647."};
+                   Tr("Please enter a whole number of kilobytes from 0 to 2147483647.")};
   }
   return std::nullopt;
 }
@@ -129,23 +128,24 @@ std::string Options::Save() {
     try {
       save();
     } catch (const Error& error) {
-      problems.append(what).append(" could not be saved. ").append(error.what()).append("\n");
+      problems += Tr("%1 could not be saved. %2", what, Shown(error)) + "\n";
     }
   };
   problems = SaveGeneral();
   if (search_problem_.empty()) {
-    attempt("The search options", [&] { SaveSearchDraft(machine_, search); });
+    attempt(Tr("The search options"), [&] { SaveSearchDraft(machine_, search); });
   }
-  for (OptionList& list : lists) attempt(TitleOf(list), [&] { list.Save(); });
-  attempt("The cookies to keep", [&] { cookies.Save(); });
+  for (OptionList& list : lists) attempt(Tr(list.page().title), [&] { list.Save(); });
+  attempt(Tr("The cookies to keep"), [&] { cookies.Save(); });
   return problems;
 }
 
 // Defaults that stand in for what could not be read must not replace it.
 std::string Options::SaveGeneral() {
   if (!settings_problem_.empty()) {
-    return "The settings could not be saved, as they could not be read when the Options were "
-           "opened. Please open them again.\n";
+    return Tr("The settings could not be saved, as they could not be read when the Options were "
+              "opened. Please open them again.") +
+           "\n";
   }
   std::string problems = SaveGeneralSettings(machine_, general, saved_);
   saved_ = LoadGeneralOptions(machine_);

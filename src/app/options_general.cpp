@@ -7,6 +7,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "settings/numbers.h"
 #include "settings/path_check.h"
 #include "settings/settings.h"
@@ -47,15 +48,15 @@ bool HasDrive(System& system, char letter) {
 
 std::string WhyNotBackupFolder(const Machine& machine, const GeneralOptions& options) {
   const std::string folder = WithBackslash(TrimBlanks(options.BackupFolder));
-  if (folder.empty()) return "Please choose the folder for backups.";
-  std::string why = WhyNoPath(folder);
+  if (folder.empty()) return Tr("Please choose the folder for backups.");
+  std::string why = Tr(WhyNoPath(folder));
   if (why.empty() && ToUtf16(folder).size() > kLongestPath) {
-    why = "The path of the backup folder is longer than 254 characters.";
+    why = Tr("The path of the backup folder is longer than 254 characters.");
   }
   // Without the folder files would go without a backup. Settings of a volume have no drive.
   if (why.empty() && options.RemovalMode == kBackUp && folder[1] == ':' && folder[0] != '@' &&
       !HasDrive(machine.system, folder[0])) {
-    why = "There is no drive " + folder.substr(0, 2) + " to keep the backups on.";
+    why = Tr("There is no drive %1 to keep the backups on.", folder.substr(0, 2));
   }
   return why;
 }
@@ -107,7 +108,7 @@ std::string Attempt(std::string_view what, Save save) {
     save();
     return {};
   } catch (const Error& error) {
-    return std::string(what) + " could not be saved. " + error.what() + "\n";
+    return Tr("%1 could not be saved. %2", what, Shown(error)) + "\n";
   }
 }
 
@@ -151,14 +152,16 @@ GeneralOptions LoadGeneralOptions(const Machine& machine) {
 
 std::optional<Refusal> CheckGeneralOptions(const Machine& machine, const GeneralOptions& options) {
   if (options.auto_clean && !Duration(options)) {
+    const std::string most = std::to_string(LongestDuration(options.InHours()));
     return Refusal{OptionsField::kDuration,
-                   "Please enter a whole number of " +
-                       std::string(options.InHours() ? "hours" : "minutes") + " from 1 to " +
-                       std::to_string(LongestDuration(options.InHours())) + "."};
+                   options.InHours()
+                       ? Tr("Please enter a whole number of hours from 1 to %1.", most)
+                       : Tr("Please enter a whole number of minutes from 1 to %1.", most)};
   }
   if (!LowDisk(options)) {
-    return Refusal{OptionsField::kLowDisk, "Please enter a whole number of per cent from 0 to " +
-                                               std::to_string(kMostLowDisk) + "."};
+    return Refusal{
+        OptionsField::kLowDisk,
+        Tr("Please enter a whole number of per cent from 0 to %1.", std::to_string(kMostLowDisk))};
   }
   const std::string why = WhyNotBackupFolder(machine, options);
   if (!why.empty()) return Refusal{OptionsField::kBackupFolder, why};
@@ -167,11 +170,11 @@ std::optional<Refusal> CheckGeneralOptions(const Machine& machine, const General
 
 std::string SaveGeneralSettings(const Machine& machine, const GeneralOptions& options,
                                 const GeneralOptions& loaded) {
-  std::string problems =
-      Attempt("Starting with Windows", [&] { SaveRunValue(machine, options.start_with_windows); });
-  problems += Attempt("The entry in Explorer's menu",
+  std::string problems = Attempt(Tr("Starting with Windows"),
+                                 [&] { SaveRunValue(machine, options.start_with_windows); });
+  problems += Attempt(Tr("The entry in Explorer's menu"),
                       [&] { SaveExplorerMenu(machine, options.explorer_menu); });
-  problems += Attempt("The settings",
+  problems += Attempt(Tr("The settings"),
                       [&] { Settings(machine).Save(ToBeStored(options, loaded), loaded, true); });
   return problems;
 }

@@ -1,5 +1,6 @@
 #include "app/preview_run.h"
 
+#include "platform/words.h"
 #include "run/removal.h"
 
 namespace quellix {
@@ -38,30 +39,52 @@ void PreviewRun::RunByHand(const std::function<void(CleaningContext&)>& work) {
   state_.RunLog += view_.told;
 }
 
-std::string QuestionBefore(const RunEntries& preview, const Locale& locale,
-                           const std::function<bool(size_t index)>& is_ticked) {
+namespace {
+
+// What goes for good.
+struct Loss {
   uint64_t files = 0, others = 0;
   double bytes = 0;
   bool wipes = false;
+};
+
+std::string QuestionOf(const Loss& loss, const Locale& locale) {
+  const auto [files, others, bytes, wipes] = loss;
+  const std::string file_count = FormatCount(files, locale),
+                    other_count = FormatCount(others, locale),
+                    size = FormatSize(bytes, 2, true, locale);
+  if (files == 0) {
+    return wipes ? TrN("Wipe %1 thing for good?", "Wipe %1 things for good?", others, other_count)
+                 : TrN("Delete %1 thing for good?", "Delete %1 things for good?", others,
+                       other_count);
+  }
+  if (others == 0) {
+    return wipes ? TrN("Wipe %1 file (%2) for good?", "Wipe %1 files (%2) for good?", files,
+                       file_count, size)
+                 : TrN("Delete %1 file (%2) for good?", "Delete %1 files (%2) for good?", files,
+                       file_count, size);
+  }
+  const std::string things = TrN("%1 other thing", "%1 other things", others, other_count);
+  // TRANSLATORS: %3 is "2 other things".
+  return wipes ? TrN("Wipe %1 file (%2) and %3 for good?", "Wipe %1 files (%2) and %3 for good?",
+                     files, file_count, size, things)
+               : TrN("Delete %1 file (%2) and %3 for good?",
+                     "Delete %1 files (%2) and %3 for good?", files, file_count, size, things);
+}
+
+}  // namespace
+
+std::string QuestionBefore(const RunEntries& preview, const Locale& locale,
+                           const std::function<bool(size_t index)>& is_ticked) {
+  Loss loss;
   for (size_t i = 0; i < preview.all.size(); ++i) {
     const RunEntry& entry = preview.all[i];
     if (!GoesForGood(entry) || !is_ticked(i)) continue;
-    (CountsAsFiles(entry) ? files : others) += entry.count;
-    bytes += static_cast<double>(entry.bytes);
-    wipes = wipes || entry.way == Way::kWiped;
+    (CountsAsFiles(entry) ? loss.files : loss.others) += entry.count;
+    loss.bytes += static_cast<double>(entry.bytes);
+    loss.wipes = loss.wipes || entry.way == Way::kWiped;
   }
-  if (files + others == 0) return {};
-  const auto count = [&](uint64_t number, const char* one, const char* more) {
-    return FormatCount(number, locale) + (number == 1 ? one : more);
-  };
-  std::string text = wipes ? "Wipe " : "Delete ";
-  if (files > 0) {
-    text += count(files, " file", " files") + " (" + FormatSize(bytes, 2, true, locale) + ")";
-    if (others > 0) text += " and " + count(others, " other thing", " other things");
-  } else {
-    text += count(others, " thing", " things");
-  }
-  return text + " for good?";
+  return loss.files + loss.others == 0 ? "" : QuestionOf(loss, locale);
 }
 
 }  // namespace quellix

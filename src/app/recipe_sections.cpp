@@ -5,6 +5,7 @@
 
 #include "app/short_text.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "plugins/recipe_finder.h"
 #include "plugins/recipe_rights.h"
 #include "plugins/recipe_run.h"
@@ -34,7 +35,7 @@ class Paragraphs {
     }
   }
   void End() {
-    if (left_out_ > 0) text_ += "\r\nand " + std::to_string(left_out_) + " more";
+    if (left_out_ > 0) text_ += "\r\n" + Tr("and %1 more", std::to_string(left_out_));
   }
   std::string Take() { return std::move(text_); }
 
@@ -44,31 +45,32 @@ class Paragraphs {
 };
 
 std::string TextOf(const modPlugin::FileEntry& entry) {
-  return entry.location + (entry.remove_self ? ", with all folders below and the folder itself"
-                           : entry.recurse   ? ", in all folders below too"
-                                             : "");
+  if (entry.remove_self)
+    return Tr("%1, with all folders below and the folder itself", entry.location);
+  return entry.recurse ? Tr("%1, in all folders below too", entry.location) : entry.location;
 }
 
 std::string TextOf(const modPlugin::RegistryEntry& entry) {
-  if (entry.delete_subkey) return entry.key + ", with all below";
-  return entry.key + ", the value " + entry.value_name;
+  if (entry.delete_subkey) return Tr("%1, with all below", entry.key);
+  return Tr("%1, the value %2", entry.key, entry.value_name);
 }
 
 std::string DetailsOf(const ListedRecipe& recipe) {
   const Plugin& plugin = recipe.plugin;
   Paragraphs text;
-  text.Begin("Removes:");
+  text.Begin(Tr("Removes:"));
   for (const auto& entry : plugin.files) text.Add(TextOf(entry));
   for (const auto& entry : plugin.registry) text.Add(TextOf(entry));
   text.End();
   if (!plugin.exclusions.empty()) {
-    text.Begin("Leaves:");
+    text.Begin(Tr("Leaves:"));
     for (const auto& exclusion : plugin.exclusions) text.Add(exclusion.place);
     text.End();
   }
-  if (!recipe.warning.empty()) text.Begin("Its author warns: " + Shortened(recipe.warning, 1000));
+  if (!recipe.warning.empty())
+    text.Begin(Tr("Its author warns: %1", Shortened(recipe.warning, 1000)));
   if (!recipe.remarks.empty()) {
-    text.Begin("In the list:");
+    text.Begin(Tr("In the list:"));
     for (const auto& remark : recipe.remarks) text.Add(remark.text);
     text.End();
   }
@@ -84,9 +86,10 @@ std::string Told(const RecipeLists& lists, size_t found) {
     if (!told.empty()) told.pop_back();
     return told;
   }
-  if (lists.recipes.empty()) return told + "There is no entry in " + lists.paths[0] + ".";
-  if (found == 0) return told + "None of " + count + " in the list finds anything here.";
-  return told + std::to_string(found) + " of " + count + " in the list";
+  if (lists.recipes.empty()) return told + Tr("There is no entry in %1.", lists.paths[0]);
+  if (found == 0) return told + Tr("None of %1 in the list finds anything here.", count);
+  // TRANSLATORS: %1 of the %2 entries of the list find something on this computer.
+  return told + Tr("%1 of %2 in the list", std::to_string(found), count);
 }
 
 struct LessNoCase {
@@ -128,7 +131,7 @@ FoundRecipes FindRecipeSections(const Machine& machine, const Pause& pause) {
   FoundRecipes result;
   if (told.empty()) return result;
   result.sections.push_back(
-      {.kind = ListSection::Kind::kRecipes, .title = "Programs found here", .told = told});
+      {.kind = ListSection::Kind::kRecipes, .title = Tr("Programs found here"), .told = told});
   for (auto& [group, rows] : groups) {
     std::ranges::stable_sort(rows, LessNoCase(), &ListSection::Row::name);
     result.sections.push_back(

@@ -3,6 +3,7 @@
 #include "app/item_catalogue.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "plugins/recipe_list.h"
 #include "plugins/recipe_rights.h"
 
@@ -55,11 +56,12 @@ std::string WhyNotSame(const Profile& wanted, const Profile& here) {
   const bool is_same = !here.user.empty() && wanted.user == here.user && !here.folder.empty() &&
                        EqualsNoCase(WithoutBackslash(wanted.folder), WithoutBackslash(here.folder));
   if (is_same) return {};
-  return "Nothing was cleaned. The rights were given in the name of another user: Quellix was to "
-         "clean for the profile " +
-         wanted.folder + " and would have cleaned " +
-         (here.folder.empty() ? "another one" : here.folder) +
-         ".\n\nRights that are given in another user's name cannot clean your profile.";
+  return Tr(
+      "Nothing was cleaned. The rights were given in the name of another user: Quellix was to "
+      "clean for the profile %1 and would have cleaned %2.\n\nRights that are given in another "
+      "user's name cannot clean your profile.",
+      // TRANSLATORS: Another profile.
+      wanted.folder, here.folder.empty() ? Tr("another one") : here.folder);
 }
 
 void KeepOnlyRights(const Machine& machine, Selection& selection) {

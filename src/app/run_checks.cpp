@@ -1,6 +1,7 @@
 #include "app/run_checks.h"
 
 #include "platform/error.h"
+#include "platform/words.h"
 #include "run/removal.h"
 
 namespace quellix {
@@ -50,14 +51,17 @@ void FreeSpaceCheck::Tell() {
 
 void NamePrograms(CleaningContext& context) {
   if (context.state.AbortRequested) return;
+  RunEntries& entries = *context.state.Entries;
   // Each takes a while. Beyond the most that are noted there is no entry.
   for (const size_t index : context.state.MaybeHeld) {
-    if (index >= context.state.Entries->all.size()) break;
-    RunEntry& entry = context.state.Entries->all[index];
+    if (index >= entries.all.size()) break;
+    RunEntry& entry = entries.all[index];
     if (entry.kind != EntryKind::kFile) continue;
     if (context.view.Breathe()) break;
     const std::string programs = Joined(context.machine.session.ProgramsUsing(entry.place));
-    if (!programs.empty()) entry.note += " In use by: " + programs + ".";
+    if (programs.empty()) continue;
+    // TRANSLATORS: %1 is a sentence: why a file stays.
+    entries.Note(entry, Say("%1 In use by: %2.", entries.NoteOf(entry), programs));
   }
   context.state.MaybeHeld.clear();
 }

@@ -10,6 +10,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/exit_code.h"
 
 namespace quellix {
@@ -147,11 +148,11 @@ std::string RunLogs::TitleOf(const std::string& name) {
 RunTotals RunLogs::Read(const std::string& name) const {
   const std::optional<std::string> text =
       IsRunName(name) ? machine_.files.ReadWholeFile(folder_ + name, kLargest) : std::nullopt;
-  if (!text) throw Error(Error::Kind::kMissing, "There is no run of that name: " + name);
+  if (!text) throw Error(Error::Kind::kMissing, Say("There is no run of that name: %1", name));
   try {
     return ToTotals(Json::parse(*text));
   } catch (const Json::exception&) {
-    throw Error(Error::Kind::kOther, "The run cannot be read: " + folder_ + name);
+    throw Error(Error::Kind::kOther, Say("The run cannot be read: %1", folder_ + name));
   }
 }
 

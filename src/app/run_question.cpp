@@ -5,6 +5,7 @@
 
 #include "app/preview_run.h"
 #include "app/short_text.h"
+#include "platform/words.h"
 #include "run/in_use.h"
 
 namespace quellix {
@@ -22,7 +23,7 @@ class Names {
     if (count_ == 0) return {};
     const size_t more = count_ > kMostNames ? count_ - kMostNames : 0;
     return std::string(heading) + text_ +
-           (more > 0 ? "\nand " + std::to_string(more) + " more" : "");
+           (more > 0 ? "\n" + Tr("and %1 more", std::to_string(more)) : "");
   }
 
  private:
@@ -48,6 +49,12 @@ Rules RulesThatTake(const EntryList& found, bool (*is_such)(const RunEntry&)) {
 bool Goes(const RunEntry& entry) { return entry.fate == Fate::kRemoved; }
 
 }  // namespace
+
+VerbOf VerbAndQuestion(std::string_view question) {
+  const size_t bar = question.find('|');
+  if (bar == question.npos) return {question.substr(0, question.find(' ')), question};
+  return {question.substr(0, bar), question.substr(bar + 1)};
+}
 
 RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* shown,
                        const modPlugin::RecipeTicks& ticks, const Locale& locale, bool asks) {
@@ -76,10 +83,9 @@ RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* sh
       costs.Add(Shortened(recipe.name, kLongestName) + ": " + recipe.loses);
     }
   }
-  const std::string lost = costs.Below("This cannot be had again:"),
-                    left = asks ? unseen.Below(
-                                      "New or changed, so left until you have looked "
-                                      "at what goes:")
+  const std::string lost = costs.Below(Tr("This cannot be had again:")),
+                    left = asks ? unseen.Below(Tr("New or changed, so left until you have looked "
+                                                  "at what goes:"))
                                 : "";
   RunQuestion question{
       asks ? QuestionBefore(
@@ -89,7 +95,7 @@ RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* sh
       lost + (lost.empty() || left.empty() ? "" : "\n\n") + left,
       {}};
   if (question.heading.empty() && !question.text.empty())
-    question.heading = lost.empty() ? "Clean the rest?" : "Clean all the same?";
+    question.heading = lost.empty() ? Tr("Clean the rest?") : Tr("Clean all the same?");
   return question;
 }
 
@@ -98,8 +104,9 @@ StartOffer OfferOfStart(const RunState& look, const Machine& machine) {
                    machine.session.RunsPrograms() && machine.session.HasAdministratorRights();
   if (!may) return {};
   const std::shared_ptr<const InUse> in_use = look.Parts.Find<InUse>();
-  return {"Have Windows remove at its next start what is in use in its own folder (" +
-              FormatCount(look.StayedLocked, machine.system.UserLocale()) + " in use in all)",
+  return {Tr("Have Windows remove at its next start what is in use in its own folder (%1 in use in "
+             "all)",
+             FormatCount(look.StayedLocked, machine.system.UserLocale())),
           in_use ? in_use->entries : std::vector<size_t>()};
 }
 

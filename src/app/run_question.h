@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/entry_list.h"
@@ -18,11 +19,20 @@ struct StartOffer {
   std::vector<size_t> entries;  // of the look, by index: what it is about
 };
 
+// The word of the button that says yes to a question, and the question. English ones begin with
+// the word. A translation whose verb stands elsewhere tells the word before a bar:
+// "Löschen|20.000 Dateien endgültig löschen?".
+struct VerbOf {
+  std::string_view verb, question;
+};
+VerbOf VerbAndQuestion(std::string_view question);
+
 // What a person is asked before a run that does what a look has found.
 struct RunQuestion {
-  std::string heading;  // "Delete 20,000 files (54.00 MB) for good?", a verb first; "" for nothing
-  std::string text;     // what cannot be had again, and what is left; lines
-  StartOffer further;   // what may be chosen besides
+  // "Delete 20,000 files (54.00 MB) for good?", see VerbAndQuestion; "" for nothing
+  std::string heading;
+  std::string text;    // what cannot be had again, and what is left; lines
+  StartOffer further;  // what may be chosen besides
 };
 
 // Of what is ticked in `found`. What recipes take that cannot be had again, neither from the

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/item_catalogue.h"
+#include "platform/words.h"
 #include "run/removal.h"
 #include "run/stayed.h"
 
@@ -28,7 +29,7 @@ bool Belongs(const Item& item, Category category) {
 
 // Its box's text; those that two groups have are told apart.
 std::string Name(const Item& item) {
-  std::string name(item.Label());
+  std::string name(item.label);
   if (const size_t twice = name.find("&&"); twice != name.npos) name.erase(twice, 1);
   const bool in_browser = item.group == Group::kInternet || item.group == Group::kFirefox;
   return in_browser ? name + " (" + std::string(GroupTitle(item.group)) + ")" : name;
@@ -39,9 +40,9 @@ std::string Name(const Item& item) {
 std::string_view CategoryTitle(Category category) {
   switch (category) {
     case Category::kPlugins:
-      return "Plugins";
+      return Mark("Plugins");
     case Category::kRegistry:
-      return "System Registry";
+      return Mark("System Registry");
     default:
       return GroupTitle(static_cast<Group>(category));
   }
@@ -50,15 +51,15 @@ std::string_view CategoryTitle(Category category) {
 std::string_view OutcomeText(Outcome outcome) {
   switch (outcome) {
     case Outcome::kCleaned:
-      return "Cleaned";
+      return Mark("Cleaned");
     case Outcome::kNothingFound:
-      return "Not Cleaned: nothing found";
+      return Mark("Not Cleaned: nothing found");
     case Outcome::kNotPossible:
-      return "Not Cleaned: not possible";
+      return Mark("Not Cleaned: not possible");
     case Outcome::kFailed:
-      return "Not Cleaned: failed";
+      return Mark("Not Cleaned: failed");
     case Outcome::kNotChosen:
-      return "Not Cleaned: not chosen";
+      return Mark("Not Cleaned: not chosen");
   }
   return {};
 }
@@ -92,13 +93,14 @@ void AppendSummary(CleaningContext& context) {
 
 std::string BriefReport(const CleaningContext& context) {
   const RunState& state = context.state;
-  const std::string count = std::to_string(state.RunFilesDeleted);
-  return "Cleaned by itself: " + count + (state.RunFilesDeleted == 1 ? " file" : " files") + ", " +
-         SpaceGained(state, context.machine.system.UserLocale()) + "." +
-         (state.SomeErrors             ? " Something failed; see the log."
-          : state.FilesNotBackedUp > 0 ? " Some files went without a backup; see the log."
-          : state.SomeFilesLocked      ? " Some files stayed; see the log."
-                                       : "");
+  const auto files = static_cast<uint64_t>(std::max(state.RunFilesDeleted, 0));
+  const std::string done =
+      TrN("Cleaned by itself: %1 file, %2.", "Cleaned by itself: %1 files, %2.", files,
+          std::to_string(files), SpaceGained(state, context.machine.system.UserLocale()));
+  if (state.SomeErrors) return done + " " + Tr("Something failed; see the log.");
+  if (state.FilesNotBackedUp > 0)
+    return done + " " + Tr("Some files went without a backup; see the log.");
+  return state.SomeFilesLocked ? done + " " + Tr("Some files stayed; see the log.") : done;
 }
 
 std::string StoppedReport(const CleaningContext& context) {
@@ -106,8 +108,8 @@ std::string StoppedReport(const CleaningContext& context) {
   if (!state.AbortRequested) return {};
   const Locale& locale = context.machine.system.UserLocale();
   const auto files = static_cast<uint64_t>(std::max(state.RunFilesDeleted, 0));
-  return "Stopped: " + FormatCount(files, locale) + (files == 1 ? " file" : " files") +
-         " removed so far, " + FormatSize(state.RunSpaceGained, 1, true, locale) + ".";
+  return TrN("Stopped: %1 file removed so far, %2.", "Stopped: %1 files removed so far, %2.", files,
+             FormatCount(files, locale), FormatSize(state.RunSpaceGained, 1, true, locale));
 }
 
 RunReport MakeReport(const RunTotals& totals, const Locale& locale) {

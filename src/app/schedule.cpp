@@ -5,6 +5,7 @@
 
 #include "platform/error.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/exit_code.h"
 #include "settings/numbers.h"
 
@@ -100,21 +101,21 @@ bool IsOfOthers(std::string_view description) {
 void RequireOurs(const std::optional<Scheduler::Task>& task, const std::string& name) {
   if (task && IsOfOthers(task->description))
     throw Error(Error::Kind::kOther,
-                "Windows' task scheduler has another task called " + name + ".");
+                Say("Windows' task scheduler has another task called %1.", name));
 }
 
 std::string ResultText(int32_t code) {
   switch (code) {
     case kHandedOn:
-      return "Quellix was open and was asked to clean; File, Last log tells what came of it";
+      return Tr("Quellix was open and was asked to clean; File, Last log tells what came of it");
     case kDone:
-      return "all was done";
+      return Tr("all was done");
     case kSomeFilesStayed:
-      return "some files stayed; File, Last log names them";
+      return Tr("some files stayed; File, Last log names them");
     case kFailed:
-      return "something failed; File, Last log tells what";
+      return Tr("something failed; File, Last log tells what");
     default:
-      return "the scheduler tells the code " + std::to_string(code);
+      return Tr("the scheduler tells the code %1", std::to_string(code));
   }
 }
 
@@ -178,13 +179,16 @@ ScheduleState ScheduledCleaning::Look(const Locale& locale) const {
   RequireOurs(task, Name());
   state.schedule = ParseSchedule(task->description).value_or(Schedule{.when = When::kDaily});
   if (!task->is_enabled) {
-    state.next = "It is switched off in Windows' task scheduler; OK switches it on again.";
+    state.next = Tr("It is switched off in Windows' task scheduler; OK switches it on again.");
   } else if (task->next_run) {
-    state.next = "Next: " + FormatDateTime(*task->next_run, locale) + ".";
+    // TRANSLATORS: %1 is a date with its time.
+    state.next = Tr("Next: %1.", FormatDateTime(*task->next_run, locale));
   }
   if (!task->last_run) return state;
-  state.last = "Last: " + FormatDateTime(*task->last_run, locale) +
-               (task->last_result ? ", " + ResultText(*task->last_result) : "") + ".";
+  const std::string when = FormatDateTime(*task->last_run, locale);
+  // TRANSLATORS: %1 is a date with its time, %2 is what came of it: "all was done".
+  state.last = task->last_result ? Tr("Last: %1, %2.", when, ResultText(*task->last_result))
+                                 : Tr("Last: %1.", when);
   return state;
 }
 

@@ -4,6 +4,7 @@
 
 #include "app/item_catalogue.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "settings/list_files.h"
 #include "settings/numbers.h"
 
@@ -32,10 +33,10 @@ void Selection::SetChecked(const Item& item, bool checked) {
 }
 
 std::string_view Selection::WhyDisabled(const Item& item) const {
-  if (item.cleaner == nullptr) return "Not available in this version yet.";
+  if (item.cleaner == nullptr) return Mark("Not available in this version yet.");
   const bool lifted = item.protection == Protection::kNone ||
                       (item.protection == Protection::kProtect1 ? protect1_ : protect2_);
-  return lifted ? "" : "Switched off for safety. Enable it in the Options.";
+  return lifted ? "" : Mark("Switched off for safety. Enable it in the Options.");
 }
 
 void Selection::ApplyProtection(const Preferences& preferences) {

@@ -22,7 +22,7 @@ class Selection {
   void SetChecked(const Item& item, bool checked);
   // Whether the box can be clicked: its cleaner exists and its protection is lifted.
   bool IsEnabled(const Item& item) const { return WhyDisabled(item).empty(); }
-  // A sentence why it cannot; "" when it can. Lives as long as the program.
+  // A sentence why it cannot, in English; "" when it can. Lives as long as the program.
   std::string_view WhyDisabled(const Item& item) const;
   // Applies Protect1, Protect2 and SelectRisky. A box that is then protected loses its tick: a run
   // takes every ticked item.

@@ -6,6 +6,7 @@
 #include "app/run_checks.h"
 #include "cleaners/skeleton.h"
 #include "platform/error.h"
+#include "platform/words.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
 
@@ -14,15 +15,15 @@ namespace {
 
 // By their keys, which are the same in every language.
 constexpr std::pair<std::string_view, std::string_view> kCosts[] = {
-    {"Device Driver Packages", "drivers cannot be set back to older ones"},
-    {"DownloadsFolder", "everything in your folder Downloads is deleted"},
-    {"Language Pack", "languages that are not in use have to be installed anew"},
-    {"Previous Installations", "you cannot go back to the Windows that was here before"},
-    {"Recycle Bin", "what is in the recycle bin cannot be had back"},
-    {"Service Pack Cleanup", "the service pack cannot be removed any more"},
-    {"Update Cleanup", "older updates cannot be gone back to"},
-    {"User file versions", "earlier versions of your files are lost"},
-    {"Windows ESD installation files", "resetting Windows then needs a medium or a download"},
+    {"Device Driver Packages", Mark("drivers cannot be set back to older ones")},
+    {"DownloadsFolder", Mark("everything in your folder Downloads is deleted")},
+    {"Language Pack", Mark("languages that are not in use have to be installed anew")},
+    {"Previous Installations", Mark("you cannot go back to the Windows that was here before")},
+    {"Recycle Bin", Mark("what is in the recycle bin cannot be had back")},
+    {"Service Pack Cleanup", Mark("the service pack cannot be removed any more")},
+    {"Update Cleanup", Mark("older updates cannot be gone back to")},
+    {"User file versions", Mark("earlier versions of your files are lost")},
+    {"Windows ESD installation files", Mark("resetting Windows then needs a medium or a download")},
 };
 
 constexpr const char* kOffTheList = ". It was for this one time and is off Windows' list now";
@@ -123,10 +124,9 @@ void CleanBySystem(CleaningContext& context, const SystemCleaner& cleaner) {
     cleaning.Run();
   } catch (const Error& error) {
     state.SomeErrors = true;
-    NoteEntry(state, {.kind = EntryKind::kSystemCleaner,
-                      .fate = Fate::kStayed,
-                      .place = cleaner.name,
-                      .note = error.what()});
+    RunEntry entry{.kind = EntryKind::kSystemCleaner, .fate = Fate::kStayed, .place = cleaner.name};
+    state.Entries->Note(entry, SentenceOf(error));
+    NoteEntry(state, std::move(entry));
     cleaning.Log(std::string("It failed. ") + error.what());
   }
   state.Entries->BeginRule("");

@@ -11,6 +11,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -70,13 +71,13 @@ RestoreResult UndoRun(const Machine& machine, const RunEntries& run, Prompts& pr
       Backups backups(machine);
       // A record may have been made by others.
       if (!EqualsNoCase(FolderPart(archive), backups.folder()))
-        throw Error(Error::Kind::kDenied, archive + " is not in the backup folder.");
+        throw Error(Error::Kind::kDenied, Say("%1 is not in the backup folder.", archive));
       const std::string name(NamePart(archive));
       Add(sum, backups.Restore(
                    name, {.entry_paths = std::move(names), .to = "", .mode = OverwriteMode::kAsk},
                    prompts, pause));
     } catch (const Error& error) {
-      sum.problems.push_back(error.what());
+      sum.problems.push_back(Shown(error));
     }
   }
   std::vector<RecycledFile> recycled;

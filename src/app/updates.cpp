@@ -10,6 +10,7 @@
 #include "platform/signature.h"
 #include "platform/text.h"
 #include "platform/url.h"
+#include "platform/words.h"
 #include "settings/settings.h"
 
 namespace quellix {
@@ -48,12 +49,12 @@ std::optional<Version> ParseVersion(std::string_view text) {
 }
 
 // Where only whoever sits at this machine could listen, or nobody can.
-std::string WhyNotServer(std::string_view server) {
+Sentence WhyNotServer(std::string_view server) {
   const std::optional<Url> url = ParseUrl(server);
   if (!url || !url->IsWeb() || !url->query.empty() || !url->fragment.empty())
-    return "[Updates] Server in Settings.ini is no address of a server.";
+    return Say("[Updates] Server in Settings.ini is no address of a server.");
   if (url->scheme == "https" || IsThisMachine(*url)) return {};
-  return "[Updates] Server in Settings.ini must begin with https://.";
+  return Say("[Updates] Server in Settings.ini must begin with https://.");
 }
 
 std::string AddressOf(const UpdateSource& source, std::string_view name) {
@@ -62,12 +63,22 @@ std::string AddressOf(const UpdateSource& source, std::string_view name) {
   return std::string(server).append(kFolder).append(name);
 }
 
-std::string WhyNotAnswered(const HttpAnswer& answer) {
-  if (answer.end != HttpEnd::kAnswered) return HttpEndText(answer.end);
+Sentence WhyNotAnswered(const HttpAnswer& answer) {
+  if (answer.end != HttpEnd::kAnswered) return Say(HttpEndText(answer.end));
   if (answer.status == 200) return {};
+  const std::string status = std::to_string(answer.status);
   const bool leads_on = answer.status >= 300 && answer.status < 400;
-  return (leads_on ? "it leads elsewhere (" : "it answers with an error (") +
-         std::to_string(answer.status) + ")";
+  return leads_on ? Say("it leads elsewhere (%1)", status)
+                  : Say("it answers with an error (%1)", status);
+}
+
+UpdateCheck AskedBut(const Sentence& why) {
+  UpdateCheck check;
+  check.result = UpdateResult::kUnreachable;
+  check.problem = why.english;
+  // TRANSLATORS: %1 begins with a small letter: "it leads elsewhere (301)".
+  check.told = Tr("The server was asked, but %1.", why.shown);
+  return check;
 }
 
 std::string InstallerName(std::string_view version) {
@@ -80,8 +91,9 @@ struct SignedFacts {
   std::string sha256;
 };
 
-[[noreturn]] void Refuse(const std::string& why) {
-  throw Error(Error::Kind::kDenied, "The new version was not installed: " + why + ".");
+[[noreturn]] void Refuse(const Sentence& why) {
+  // TRANSLATORS: %1 begins with a small letter: "it is no newer one".
+  throw Error(Error::Kind::kDenied, Say("The new version was not installed: %1.", why));
 }
 
 // Five lines, the last of which signs those before it.
@@ -89,22 +101,22 @@ SignedFacts ReadSigned(std::string_view text, const UpdateSource& source,
                        std::string_view version) {
   constexpr std::string_view kSignature = "signature ";
   const size_t place = text.find(std::string("\n").append(kSignature));
-  if (place == text.npos) Refuse("what tells its checksum is not signed");
+  if (place == text.npos) Refuse(Say("what tells its checksum is not signed"));
   const std::string_view facts = text.substr(0, place + 1);
   std::string_view signature = text.substr(place + 1 + kSignature.size());
   while (signature.ends_with('\n')) signature.remove_suffix(1);
   if (!IsSignedBy(source.key, facts, signature))
-    Refuse("the signature of its checksum is not that of its makers");
+    Refuse(Say("the signature of its checksum is not that of its makers"));
   const std::vector<std::string> lines = Split(facts.substr(0, facts.size() - 1), '\n');
   const std::string name(version);
   if (lines.size() != 4 || lines[0] != "quellix " + name ||
       lines[1] != "file " + InstallerName(version) || !lines[2].starts_with("size ") ||
       !lines[3].starts_with("sha256 "))
-    Refuse("its checksum is that of something else");
+    Refuse(Say("its checksum is that of something else"));
   SignedFacts read;
   const std::string_view size = std::string_view(lines[2]).substr(5);
   std::from_chars(size.data(), size.data() + size.size(), read.size);
-  if (read.size == 0 || read.size > kLargestInstaller) Refuse("its size makes no sense");
+  if (read.size == 0 || read.size > kLargestInstaller) Refuse(Say("its size makes no sense"));
   read.sha256 = lines[3].substr(7);
   return read;
 }
@@ -113,8 +125,8 @@ std::string FetchOrRefuse(Http& http, const HttpRequest& request, const Pause& p
                           uint64_t total) {
   HttpAnswer answer = Fetch(http, request, pause, total);
   if (answer.end == HttpEnd::kStopped)
-    throw Error(Error::Kind::kKept, "The new version was not fetched: it was stopped.");
-  const std::string why = WhyNotAnswered(answer);
+    throw Error(Error::Kind::kKept, Say("The new version was not fetched: it was stopped."));
+  const Sentence why = WhyNotAnswered(answer);
   if (!why.empty()) Refuse(why);
   return std::move(answer.body);
 }
@@ -202,19 +214,20 @@ UpdateCheck CheckForUpdate(Http& http, const UpdateSource& source, const Pause& 
   UpdateCheck check;
   if (source.server.empty()) return check;
   check.result = UpdateResult::kUnreachable;
-  check.problem = WhyNotServer(source.server);
-  if (!check.problem.empty()) return check;
+  if (const Sentence why = WhyNotServer(source.server); !why.empty()) {
+    check.problem = why.english;
+    check.told = why.shown;
+    return check;
+  }
   const HttpAnswer answer = Fetch(
       http,
       {.url = AddressOf(source, "latest.txt"), .limit = kLargestText, .seconds = kSecondsForText},
       pause);
-  check.problem = WhyNotAnswered(answer);
-  if (!check.problem.empty()) return check;
+  if (const Sentence why = WhyNotAnswered(answer); !why.empty()) return AskedBut(why);
   const std::vector<std::string> lines = LinesOf(answer.body);
   const auto order = lines.empty() ? std::nullopt : CompareVersions(lines[0], source.version);
   if (!order || !IsUtf8(answer.body)) {
-    check.problem = "what it tells is no version";
-    return check;
+    return AskedBut(Say("what it tells is no version"));
   }
   check.version = lines[0];
   check.result = *order > 0 ? UpdateResult::kNew : UpdateResult::kNone;
@@ -226,42 +239,41 @@ UpdateCheck CheckForUpdate(Http& http, const UpdateSource& source, const Pause& 
 std::string UpdateCheck::Heading() const {
   switch (result) {
     case UpdateResult::kNew:
-      return "There is a new version: " + version + ".";
+      return Tr("There is a new version: %1.", version);
     case UpdateResult::kNone:
-      return "There is no newer version.";
+      return Tr("There is no newer version.");
     case UpdateResult::kUnreachable:
-      return "Whether there is a new version could not be found out.";
+      return Tr("Whether there is a new version could not be found out.");
     case UpdateResult::kNoServer:
       break;
   }
-  return "No server is set that could be asked for new versions.";
+  return Tr("No server is set that could be asked for new versions.");
 }
 
 std::string UpdateCheck::Text() const {
   std::string text = Heading() + "\n";
-  if (result == UpdateResult::kNew) text += "This one is " QUELLIX_VERSION ".\n" + news;
-  if (result == UpdateResult::kUnreachable)
-    text +=
-        problem.ends_with('.') ? problem + "\n" : "The server was asked, but " + problem + ".\n";
+  if (result == UpdateResult::kNew) text += Tr("This one is %1.", QUELLIX_VERSION) + "\n" + news;
+  if (result == UpdateResult::kUnreachable) text += told + "\n";
   if (result == UpdateResult::kNoServer)
-    text += "Settings.ini names one in its section [Updates], as Server=https://...\n";
+    text += Tr("Settings.ini names one in its section [Updates], as Server=https://...") + "\n";
   return text;
 }
 
-std::string WhyNotFetched(const UpdateSource& source) {
-  std::string why = WhyNotServer(source.server);
+Sentence WhyNotFetched(const UpdateSource& source) {
+  Sentence why = WhyNotServer(source.server);
   if (!why.empty()) return why;
   if (!source.key.empty()) return {};
-  return "This edition was built without the key that new versions are signed with, and fetches "
-         "none.";
+  return Say(
+      "This edition was built without the key that new versions are signed with, and fetches "
+      "none.");
 }
 
 std::string FetchInstaller(Http& http, const UpdateSource& source, std::string_view version,
                            const Pause& pause) {
-  const std::string why = WhyNotFetched(source);
+  const Sentence why = WhyNotFetched(source);
   if (!why.empty()) throw Error(Error::Kind::kDenied, why);
   const auto order = CompareVersions(version, source.version);
-  if (!order || *order <= 0) Refuse("it is no newer one");
+  if (!order || *order <= 0) Refuse(Say("it is no newer one"));
   const std::string address = AddressOf(source, InstallerName(version));
   const SignedFacts facts = ReadSigned(
       FetchOrRefuse(http,
@@ -272,7 +284,7 @@ std::string FetchInstaller(Http& http, const UpdateSource& source, std::string_v
       FetchOrRefuse(http, {.url = address, .limit = facts.size, .seconds = kSecondsForInstaller},
                     pause, facts.size);
   if (bytes.size() != facts.size || Sha256(bytes) != facts.sha256)
-    Refuse("what came is not what its makers signed");
+    Refuse(Say("what came is not what its makers signed"));
   return bytes;
 }
 

@@ -7,6 +7,7 @@
 
 #include "platform/http.h"
 #include "platform/machine.h"
+#include "platform/words.h"
 
 namespace quellix {
 
@@ -31,7 +32,8 @@ struct UpdateCheck {
   UpdateResult result = UpdateResult::kNoServer;
   std::string version;  // the newest one, where it is known
   std::string news;     // what is new in it, lines of text; may be ""
-  std::string problem;  // of kUnreachable, a part of a sentence
+  std::string problem;  // of kUnreachable, a part of a sentence, in English
+  std::string told;     // the sentence that a window shows of it
 
   std::string Heading() const;  // one sentence
   std::string Text() const;     // all of it, line by line
@@ -45,7 +47,7 @@ UpdateCheck CheckForUpdate(Http& http, const UpdateSource& source, const Pause& 
 std::optional<int> CompareVersions(std::string_view a, std::string_view b);
 
 // Why a new version cannot be fetched from there: a sentence, "" where it can.
-std::string WhyNotFetched(const UpdateSource& source);
+Sentence WhyNotFetched(const UpdateSource& source);
 
 // Fetches the installer of a version into memory. Throws Error unless it is what was signed, byte
 // for byte; kKept after a stop.

@@ -8,6 +8,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "settings/settings.h"
 
 namespace quellix {
@@ -32,11 +33,11 @@ void SortRows(std::vector<Row>& rows, bool descending, Key key) {
 }
 
 std::string StateOf(const BackupInfo& info) {
-  if (!info.problem.empty()) return "Cannot be read";
-  return !info.incomplete.empty() ? "Incomplete" : "Whole";
+  if (!info.problem.empty()) return Tr("Cannot be read");
+  return !info.incomplete.empty() ? Tr("Incomplete") : Tr("Whole");
 }
 
-std::string StateOf(const BackupEntry& entry) { return entry.refusal.empty() ? "" : "Refused"; }
+std::string StateOf(const BackupEntry& entry) { return entry.refusal.empty() ? "" : Tr("Refused"); }
 
 auto DateKey(const LocalTime& d) {
   return std::tuple(d.year, d.month, d.day, d.hour, d.minute, d.second);
@@ -61,14 +62,15 @@ void BackupBrowser::Refresh(const Pause& pause) {
   try {
     archives_ = backups_.List(pause);
   } catch (const Error& error) {
-    outcome_ = error.what();
+    outcome_ = Shown(error);
   }
   OrderArchives();
   if (archives_.empty() && outcome_.empty())
-    outcome_ = "There are no backups in " + backups_.folder() + ".";
+    outcome_ = Tr("There are no backups in %1.", backups_.folder());
   for (const BackupInfo& info : archives_) {
-    if (!info.incomplete.empty()) outcome_ += info.name + ": " + info.incomplete + "\n";
-    if (!info.problem.empty()) outcome_ += info.name + " cannot be read: " + info.problem + "\n";
+    if (!info.incomplete.empty()) outcome_ += Tr("%1: %2", info.name, info.incomplete) + "\n";
+    if (!info.problem.empty())
+      outcome_ += Tr("%1 cannot be read: %2", info.name, info.problem) + "\n";
   }
   LoadEntries(pause);
 }
@@ -90,7 +92,7 @@ void BackupBrowser::LoadEntries(const Pause& pause) {
   try {
     entries_ = backups_.ListEntries(info->name, pause);
   } catch (const Error& error) {
-    if (outcome_.empty()) outcome_ = info->name + " cannot be read: " + error.what();
+    if (outcome_.empty()) outcome_ = Tr("%1 cannot be read: %2", info->name, Shown(error));
   }
   OrderEntries();
   std::vector<std::string> refusals;
@@ -105,21 +107,23 @@ void BackupBrowser::AppendLines(const std::vector<std::string>& lines) {
   const size_t shown = std::min(lines.size(), kMostLines);
   for (size_t i = 0; i < shown; ++i) outcome_ += lines[i] + "\n";
   if (const size_t more = lines.size() - shown) {
-    outcome_ += "The same goes for " + FormatCount(more, locale_) + " more.\n";
+    outcome_ += TrN("The same goes for %1 more.", "The same goes for %1 more.", more,
+                    FormatCount(more, locale_)) +
+                "\n";
   }
 }
 
 std::string BackupBrowser::EntriesTitle() const {
-  if (!Chosen()) return "Files in the archive:";
+  if (!Chosen()) return Tr("Files in the archive:");
   const bool registry = Chosen()->kind == BackupKind::kRegistry;
-  return (registry ? "Registry keys in " : "Files in ") + Chosen()->name + ":";
+  return registry ? Tr("Registry keys in %1:", Chosen()->name) : Tr("Files in %1:", Chosen()->name);
 }
 
 std::string BackupBrowser::ArchiveText(size_t row, ArchiveColumn column) const {
   const BackupInfo& info = archives_[row];
   switch (column) {
     case ArchiveColumn::kDrive:
-      return info.root.empty() ? info.name : std::string(WithoutBackslash(info.root));
+      return info.root.empty() ? info.name : Tr(WithoutBackslash(info.root));
     case ArchiveColumn::kDate:
       return FormatDateTime(info.date, locale_);
     case ArchiveColumn::kFiles:
@@ -142,8 +146,9 @@ std::optional<double> BackupBrowser::ArchiveSize(size_t row) const {
 }
 
 std::string BackupBrowser::WhyNoArchives() const {
-  return "There are no backups in " + backups_.folder() +
-         ". They are made when the page Deletion of the options says so.";
+  return Tr(
+      "There are no backups in %1. They are made when the page Deletion of the options says so.",
+      backups_.folder());
 }
 
 std::optional<double> BackupBrowser::EntrySize(size_t row) const {
@@ -152,8 +157,8 @@ std::optional<double> BackupBrowser::EntrySize(size_t row) const {
 }
 
 std::string BackupBrowser::WhyNoEntries() const {
-  return Chosen() ? "Nothing can be read of this archive; the outcome below says why."
-                  : "Choose an archive above to see what is in it.";
+  return Chosen() ? Tr("Nothing can be read of this archive; the outcome below says why.")
+                  : Tr("Choose an archive above to see what is in it.");
 }
 
 std::string BackupBrowser::EntryPlace(size_t row) const {
@@ -241,42 +246,53 @@ std::string BackupBrowser::View(size_t row, const Pause& pause) {
     if (!entry.refusal.empty()) throw Error(Error::Kind::kDenied, entry.refusal);
     viewed_.push_back(backups_.ExtractTemporary(Chosen()->name, entry.path, pause));
     if (!CanRun(machine_, viewed_.back())) {
-      outcome_ = "A copy of " + entry.path + " is opened.";
+      outcome_ = Tr("A copy of %1 is opened.", entry.path);
       return viewed_.back();
     }
-    outcome_ =
-        entry.path + " may be a program, so it is not opened; its copy is in the folder shown.";
+    outcome_ = Tr("%1 may be a program, so it is not opened; its copy is in the folder shown.",
+                  entry.path);
     return std::string(WithoutBackslash(FolderPart(viewed_.back())));
   } catch (const Error& error) {
-    outcome_ = entry.path + " cannot be viewed: " + error.what();
+    outcome_ = Tr("%1 cannot be viewed: %2", entry.path, Shown(error));
     return "";
   }
 }
 
 void BackupBrowser::RestoreSelected(std::span<const size_t> rows, Prompts& prompts,
                                     const Pause& pause) {
-  if (rows.empty()) return Say("Nothing is selected.");
+  if (rows.empty()) return Tell(Tr("Nothing is selected."));
   Restore(rows, "", prompts, pause);
 }
 
 void BackupBrowser::Restore(std::span<const size_t> rows, std::string_view folder, Prompts& prompts,
                             const Pause& pause) {
   const BackupInfo* const info = Chosen();
-  if (!info) return Say("There is no backup to restore from.");
+  if (!info) return Tell(Tr("There is no backup to restore from."));
   RestoreOrder order{{}, std::string(folder), mode_};
   for (const size_t row : rows) order.entry_paths.push_back(entries_[row].path);
   try {
     const RestoreResult result = backups_.Restore(info->name, order, prompts, pause);
-    const std::string home = info->kind == BackupKind::kRegistry ? "the registry" : info->root;
-    outcome_ = Counted(FormatCount(result.restored, locale_), info->kind) + " restored to " +
-               (folder.empty() ? home : order.to);
-    if (result.skipped > 0)
-      outcome_ += ", " + FormatCount(result.skipped, locale_) + " left as they were";
-    outcome_ += result.cancelled ? "; stopped at your wish.\n" : ".\n";
+    outcome_ = RestoredText(result, *info, folder.empty() ? info->root : order.to);
     AppendLines(result.problems);
   } catch (const Error& error) {
-    outcome_ = std::string("Nothing is restored. ") + error.what();
+    outcome_ = Tr("Nothing is restored. %1", Shown(error));
   }
+}
+
+std::string BackupBrowser::RestoredText(const RestoreResult& result, const BackupInfo& from,
+                                        const std::string& to) const {
+  const std::string count = FormatCount(result.restored, locale_);
+  std::string text =
+      from.kind == BackupKind::kRegistry
+          ? TrN("%1 registry key restored to the registry",
+                "%1 registry keys restored to the registry", result.restored, count)
+          : TrN("%1 file restored to %2", "%1 files restored to %2", result.restored, count, to);
+  if (result.skipped > 0) {
+    text += ", " + TrN("%1 left as they were", "%1 left as they were", result.skipped,
+                       FormatCount(result.skipped, locale_));
+  }
+  // TRANSLATORS: %1 is "3 files restored to C:\\".
+  return (result.cancelled ? Tr("%1; stopped at your wish.", text) : text + ".") + "\n";
 }
 
 void BackupBrowser::RepairArchive(const Pause& pause) {
@@ -284,11 +300,11 @@ void BackupBrowser::RepairArchive(const Pause& pause) {
   const std::string name = Chosen()->name;
   try {
     std::string repaired = backups_.Repair(name, pause);
-    if (repaired.empty()) repaired = "The archive is whole; there is nothing to repair.";
+    if (repaired.empty()) repaired = Tr("The archive is whole; there is nothing to repair.");
     archives_[chosen_] = backups_.Check(name, pause);
-    Say(name + ": " + repaired + "\n");
+    Tell(Tr("%1: %2", name, repaired) + "\n");
   } catch (const Error& error) {
-    Say(name + " is not repaired. " + error.what());
+    Tell(Tr("%1 is not repaired. %2", name, Shown(error)));
   }
   LoadEntries(pause);
 }
@@ -301,11 +317,11 @@ void BackupBrowser::DeleteArchive(const Pause& pause) {
   try {
     backups_.Delete(name);
   } catch (const Error& error) {
-    return Say(name + " is not deleted. " + error.what());
+    return Tell(Tr("%1 is not deleted. %2", name, Shown(error)));
   }
   archives_.erase(archives_.begin() + static_cast<std::ptrdiff_t>(row));
   if (row > 0 && row == archives_.size()) chosen_ = row - 1;
-  outcome_ = name + " is deleted.\n";
+  outcome_ = Tr("%1 is deleted.", name) + "\n";
   LoadEntries(pause);
 }
 
@@ -314,7 +330,7 @@ void BackupBrowser::SetMode(OverwriteMode mode) {
   try {
     StoreOverwriteMode(machine_, mode);
   } catch (const Error& error) {
-    outcome_ = std::string("The choice holds for this window only. ") + error.what();
+    outcome_ = Tr("The choice holds for this window only. %1", Shown(error));
   }
 }
 

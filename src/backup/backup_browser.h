@@ -96,10 +96,12 @@ class BackupBrowser {
 
   // What the last command did, in lines.
   const std::string& outcome() const { return outcome_; }
-  void Say(std::string text) { outcome_ = std::move(text); }
+  void Tell(std::string text) { outcome_ = std::move(text); }
 
  private:
   void LoadEntries(const Pause& pause);
+  std::string RestoredText(const RestoreResult& result, const BackupInfo& from,
+                           const std::string& to) const;
   void AppendLines(const std::vector<std::string>& lines);
   void OrderArchives();
   void OrderEntries();

@@ -3,6 +3,7 @@
 #include "backup/new_file.h"
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -11,26 +12,26 @@ constexpr size_t kProbe = 64 << 10;  // a disk with less room holds no archive w
 
 // Does `step` with the folder, made where it is missing; why that failed.
 template <typename Step>
-std::string Attempt(FileSystem& files, std::string_view folder, const Step& step) try {
+Sentence Attempt(FileSystem& files, std::string_view folder, const Step& step) try {
   MakeFolders(files, folder);
   const auto open = files.OpenFolder(folder);
-  if (!open) return "The backup folder " + std::string(folder) + " is missing.";
+  if (!open) return Say("The backup folder %1 is missing.", folder);
   step(*open);
-  return "";
+  return {};
 } catch (const Error& error) {
-  return "The backup folder " + std::string(WithoutBackslash(folder)) +
-         " cannot be used: " + error.what();
+  return Say("The backup folder %1 cannot be used: %2", WithoutBackslash(folder),
+             SentenceOf(error));
 }
 
 void RequireRoom(Folder& folder) {
   const DiskRoom room = folder.Room();
-  if (room.is_read_only) throw Error(Error::Kind::kDenied, "The disk can only be read.");
-  if (room.free < kProbe) throw Error(Error::Kind::kOther, "The disk is full.");
+  if (room.is_read_only) throw Error(Error::Kind::kDenied, Say("The disk can only be read."));
+  if (room.free < kProbe) throw Error(Error::Kind::kOther, Say("The disk is full."));
 }
 
 }  // namespace
 
-std::string WhyBackupFolderCannotBeUsed(FileSystem& files, std::string_view folder) {
+Sentence WhyBackupFolderCannotBeUsed(FileSystem& files, std::string_view folder) {
   return Attempt(files, folder, [](Folder& open) {
     NewFile probe(open);
     probe.file().Write(0, std::string(kProbe, '\xA5'));
@@ -38,7 +39,7 @@ std::string WhyBackupFolderCannotBeUsed(FileSystem& files, std::string_view fold
   });
 }
 
-std::string WhyBackupFolderLooksUnusable(FileSystem& preview, std::string_view folder) {
+Sentence WhyBackupFolderLooksUnusable(FileSystem& preview, std::string_view folder) {
   return Attempt(preview, folder, RequireRoom);
 }
 

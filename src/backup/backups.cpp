@@ -7,6 +7,7 @@
 #include "backup/registry_backups.h"
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/words.h"
 #include "settings/settings.h"
 
 namespace quellix {
@@ -21,8 +22,7 @@ Backups::Backups(const Machine& machine, std::string folder)
 
 std::string Backups::PathOf(std::string_view name) const {
   if (name.find_first_of("\\/:") != std::string_view::npos || name.empty()) {
-    throw Error(Error::Kind::kMissing,
-                "\"" + std::string(name) + "\" is no archive of the backup folder.");
+    throw Error(Error::Kind::kMissing, Say("\"%1\" is no archive of the backup folder.", name));
   }
   return folder_ + std::string(name);
 }

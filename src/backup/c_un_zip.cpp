@@ -8,6 +8,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -33,7 +34,7 @@ class Wanted {
   void AddProblems(RestoreResult& result) const {
     if (result.cancelled) return;
     for (const std::string& path : missing_) {
-      result.problems.push_back("\"" + path + "\" is not in the archive.");
+      result.problems.push_back(Tr("\"%1\" is not in the archive.", path));
     }
   }
 
@@ -58,7 +59,7 @@ Pause OnArchive(const Pause& pause, std::string_view path, const char* work) {
 
 std::unique_ptr<ZipReader> cUnZip::Open(const std::string& path, const Pause& pause) const {
   std::optional<quellix::Repair> found;
-  return OpenZip(machine_.files, path, found, OnArchive(pause, path, "Reading"));
+  return OpenZip(machine_.files, path, found, OnArchive(pause, path, Mark("Reading")));
 }
 
 bool cUnZip::Takes(std::string_view name) const { return MatchesMask(name, "*.zip"); }
@@ -69,11 +70,11 @@ BackupInfo cUnZip::Describe(const std::string& path, const Pause& pause) {
   info.root = RootOfArchive(info.name).value_or("");
   try {
     std::optional<quellix::Repair> found;
-    const Pause reading = OnArchive(pause, path, "Reading");
+    const Pause reading = OnArchive(pause, path, Mark("Reading"));
     info.entries = OpenZip(machine_.files, path, found, reading)->count();
-    if (found) info.incomplete = "The archive is incomplete: " + found->Counts() + ".";
+    if (found) info.incomplete = Tr("The archive is incomplete: %1.", found->Counts().shown);
   } catch (const Error& error) {
-    info.problem = error.what();
+    info.problem = Shown(error);
   }
   const FileInfo file = machine_.files.Look(path).value_or(FileInfo{});
   info.size = file.size;
@@ -85,15 +86,16 @@ BackupInfo cUnZip::Describe(const std::string& path, const Pause& pause) {
 std::vector<BackupEntry> cUnZip::ListEntries(const std::string& path, const Pause& pause) {
   std::vector<BackupEntry> entries;
   const auto reader = Open(path, pause);
-  VisitAll(*reader, OnArchive(pause, path, "Reading"), [&](const ZipEntry& entry) {
+  VisitAll(*reader, OnArchive(pause, path, Mark("Reading")), [&](const ZipEntry& entry) {
     if (!entry.name.ends_with('/')) entries.push_back(ToBackupEntry(entry, machine_.system));
   });
   return entries;
 }
 
 std::string cUnZip::Repair(const std::string& path, const Pause& pause) {
-  const auto repair = RepairArchive(machine_.files, path, OnArchive(pause, path, "Repairing"));
-  return repair ? "The archive is repaired: " + repair->Counts() + "." : "";
+  const auto repair =
+      RepairArchive(machine_.files, path, OnArchive(pause, path, Mark("Repairing")));
+  return repair ? Tr("The archive is repaired: %1.", repair->Counts().shown) : "";
 }
 
 std::string cUnZip::ExtractTemporary(const std::string& path, std::string_view entry_path,
@@ -104,11 +106,11 @@ std::string cUnZip::ExtractTemporary(const std::string& path, std::string_view e
       machine_.system.TempFolder() + "Quellix\\" + std::string(name.substr(0, name.rfind('.')));
   const RestoreOrder order{{std::string(entry_path)}, folder, OverwriteMode::kAlways};
   const auto copying = [&pause](Progress progress) {
-    progress.work = "Copying";
+    progress.work = Mark("Copying");
     return pause(progress);
   };
   const RestoreResult result = Restore(path, order, prompts, copying, nullptr);
-  if (result.cancelled) throw Error(Error::Kind::kOther, "Stopped at your wish.");
+  if (result.cancelled) throw Error(Error::Kind::kOther, Say("Stopped at your wish."));
   if (!result.problems.empty()) throw Error(Error::Kind::kOther, result.problems[0]);
   return folder + "\\" + std::string(entry_path);
 }
@@ -123,13 +125,14 @@ RestoreResult cUnZip::Restore(const std::string& path, const RestoreOrder& order
                               const Pause& pause, RestoreNotes* notes) {
   const std::optional<std::string> root = RootOfArchive(NamePart(path));
   if (order.to.empty() && !root) {
-    throw Error(Error::Kind::kOther, "The name " + std::string(NamePart(path)) +
-                                         " does not tell the drive; name a folder to restore to.");
+    throw Error(
+        Error::Kind::kOther,
+        Say("The name %1 does not tell the drive; name a folder to restore to.", NamePart(path)));
   }
   const auto reader = Open(path, pause);
   Wanted wanted(order.entry_paths);
   uint64_t total = 0;
-  VisitAll(*reader, OnArchive(pause, path, "Reading"), [&](const ZipEntry& entry) {
+  VisitAll(*reader, OnArchive(pause, path, Mark("Reading")), [&](const ZipEntry& entry) {
     if (wanted.Has(EntryPath(entry.name))) total += StepsOf(entry);
   });
   const std::string folder = order.to.empty() ? *root : WithBackslash(order.to);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -38,18 +39,24 @@ bool IsDevice(std::string_view part) {
 }
 
 const char* FaultOf(std::string_view part, bool own) {
-  if (part.empty()) return "begins with a slash or holds an empty part";
-  if (part == "." || part == "..") return "climbs out of its folder";
-  if (part.find(':') != std::string_view::npos) return "names a drive or a stream";
-  if (part.find('\\') != std::string_view::npos) return "holds a backslash";
+  if (part.empty())
+    return Mark("\"%1\" is not restored: its path begins with a slash or holds an empty part.");
+  if (part == "." || part == "..")
+    return Mark("\"%1\" is not restored: its path climbs out of its folder.");
+  if (part.find(':') != std::string_view::npos)
+    return Mark("\"%1\" is not restored: its path names a drive or a stream.");
+  if (part.find('\\') != std::string_view::npos)
+    return Mark("\"%1\" is not restored: its path holds a backslash.");
   const bool forbidden = std::any_of(part.begin(), part.end(), [](char c) {
     return static_cast<unsigned char>(c) < 0x20 ||
            std::string_view("*?<>\"|").find(c) != std::string_view::npos;
   });
-  if (forbidden) return "holds a character no file name can hold";
+  if (forbidden)
+    return Mark("\"%1\" is not restored: its path holds a character no file name can hold.");
   if (own) return nullptr;
-  if (part.ends_with('.') || part.ends_with(' ')) return "ends in a dot or a blank";
-  if (IsDevice(part)) return "names a device";
+  if (part.ends_with('.') || part.ends_with(' '))
+    return Mark("\"%1\" is not restored: its path ends in a dot or a blank.");
+  if (IsDevice(part)) return Mark("\"%1\" is not restored: its path names a device.");
   return nullptr;
 }
 
@@ -77,7 +84,7 @@ std::optional<std::string> RefusalOf(std::string_view stored_name, bool own) {
   for (const std::string& part : Split(rest, '/')) {
     const char* const fault = FaultOf(part, own);
     if (fault == nullptr) continue;
-    return "\"" + std::string(stored_name) + "\" is not restored: its path " + fault + ".";
+    return Tr(fault, stored_name);
   }
   return std::nullopt;
 }

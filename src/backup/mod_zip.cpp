@@ -7,6 +7,7 @@
 #include "backup/zip_reader.h"
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -55,7 +56,7 @@ ModZip::~ModZip() {
   IgnoreFailure([this] { Close(); });
 }
 
-std::string ModZip::WhyUnusable(std::string_view folder) {
+Sentence ModZip::WhyUnusable(std::string_view folder) {
   return WhyBackupFolderCannotBeUsed(files_, folder);
 }
 
@@ -71,11 +72,11 @@ void ModZip::MakeBackupArchiveName(std::string_view folder, std::string_view pre
 // else nothing is touched, and the next second's name is taken.
 void ModZip::OpenArchive() {
   if (writer_) return;
-  if (archive_.empty()) throw Error(Error::Kind::kOther, "No archive was begun.");
+  if (archive_.empty()) throw Error(Error::Kind::kOther, Say("No archive was begun."));
   const std::string path(FolderPart(archive_));
   MakeFolders(files_, path);
   const auto folder = files_.OpenFolder(path);
-  if (!folder) throw Error(Error::Kind::kMissing, "There is no folder " + path + ".");
+  if (!folder) throw Error(Error::Kind::kMissing, Say("There is no folder %1.", path));
   for (;; begun_ = NextSecond(begun_)) {
     const std::string name = BackupArchiveName(prefix_, begun_);
     archive_ = path + name;

@@ -23,7 +23,7 @@ class ModZip : public BackupArchive {
   // For large files, and archives that are gone on with; a stop gives the file in hand up.
   void OnPause(Pause pause) { pause_ = std::move(pause); }
 
-  std::string WhyUnusable(std::string_view folder) override;
+  Sentence WhyUnusable(std::string_view folder) override;
   void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override;
   std::string BackupFile(Folder& folder, std::string_view path) override;
   void Flush() override;

@@ -6,7 +6,7 @@
 
 namespace quellix {
 
-std::string PreviewArchive::WhyUnusable(std::string_view folder) {
+Sentence PreviewArchive::WhyUnusable(std::string_view folder) {
   return WhyBackupFolderLooksUnusable(preview_, folder);
 }
 

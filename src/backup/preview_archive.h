@@ -13,7 +13,7 @@ class PreviewArchive : public BackupArchive {
   // `preview` is that of the run and must outlive this.
   explicit PreviewArchive(FileSystem& preview) : preview_(preview) {}
 
-  std::string WhyUnusable(std::string_view folder) override;
+  Sentence WhyUnusable(std::string_view folder) override;
   void MakeBackupArchiveName(std::string_view folder, std::string_view) override {
     problem_of_folder_ = WhyUnusable(folder);
   }
@@ -24,7 +24,7 @@ class PreviewArchive : public BackupArchive {
 
  private:
   FileSystem& preview_;
-  std::string problem_of_folder_;
+  Sentence problem_of_folder_;
 };
 
 }  // namespace quellix

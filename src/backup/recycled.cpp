@@ -7,6 +7,7 @@
 #include "platform/path.h"
 #include "platform/recycle_index.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -54,7 +55,7 @@ void MoveBack(const Machine& machine, const InBin& from, const std::string& path
   const std::string root_path = path.substr(0, 3);
   const auto bin = machine.files.OpenFolder(from.bin), root = machine.files.OpenFolder(root_path);
   if (!bin || !root)
-    throw Error(Error::Kind::kMissing, "The recycle bin is not there: " + from.bin);
+    throw Error(Error::Kind::kMissing, Say("The recycle bin is not there: %1", from.bin));
   const std::string_view folder = FolderPart(path).substr(root_path.size());
   const auto made = folder.empty() ? nullptr : OpenOrMake(*root, WithoutBackslash(folder));
   bin->MoveTo("$R" + from.name, made ? *made : *root, NamePart(path));
@@ -76,12 +77,12 @@ RestoreResult RestoreRecycled(const Machine& machine, const std::vector<Recycled
     const bool is_full = file.path.find(":\\") == 1;
     try {
       if (from == bins.end() || !is_full)
-        throw Error(Error::Kind::kMissing, "It is not in the recycle bin: " + file.path);
+        throw Error(Error::Kind::kMissing, Say("It is not in the recycle bin: %1", file.path));
       MoveBack(machine, from->second, file.path);
       ++result.restored;
     } catch (const Error& error) {
       if (error.kind() == Error::Kind::kExists) ++result.skipped;
-      result.problems.push_back(error.what());
+      result.problems.push_back(Shown(error));
     }
   }
   return result;

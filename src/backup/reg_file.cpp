@@ -5,6 +5,7 @@
 
 #include "platform/error.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -15,8 +16,9 @@ constexpr size_t kBytesALine = 25;
 
 void RequireOneLine(std::string_view name) {
   if (name.find_first_of(std::string_view("\0\r\n", 3)) == name.npos) return;
-  throw Error(Error::Kind::kOther, "A .reg file cannot hold the name \"" + std::string(name) +
-                                       "\": it has a NUL or a line break in it.");
+  throw Error(
+      Error::Kind::kOther,
+      Say("A .reg file cannot hold the name \"%1\": it has a NUL or a line break in it.", name));
 }
 
 std::string Quoted(std::string_view text) {
@@ -87,10 +89,10 @@ class Parser {
 
   RegFile Parse() {
     if (kFormatLine.starts_with(text_)) return {{}, !text_.empty()};
-    if (Line() != kFormatLine) Fail("it is no file of the registry editor's version 5");
+    if (Line() != kFormatLine) Fail(Mark("it is no file of the registry editor's version 5"));
     while (SkipEmpty(), at_ < text_.size()) {
       if (pause_({at_, text_.size()})) {
-        throw Error(Error::Kind::kOther, "Reading it was stopped; the file is as it was.");
+        throw Error(Error::Kind::kOther, Say("Reading it was stopped; the file is as it was."));
       }
       start_ = at_;
       try {
@@ -104,10 +106,12 @@ class Parser {
   }
 
  private:
-  [[noreturn]] void Fail(const std::string& why) const {
+  [[noreturn]] void Fail(const char* why) const {
     const auto line = std::count(text_.begin(), text_.begin() + static_cast<long>(at_), '\n') + 1;
-    throw Error(Error::Kind::kOther,
-                "The .reg file cannot be read: in line " + std::to_string(line) + ", " + why + ".");
+    throw Error(
+        Error::Kind::kOther,
+        // TRANSLATORS: %2 begins with a small letter: "a quote is missing".
+        Say("The .reg file cannot be read: in line %1, %2.", std::to_string(line), Say(why)));
   }
 
   // Whether the text ends within the entry in hand: no line of it ends but those that go on.
@@ -153,7 +157,7 @@ class Parser {
     if (Peek() == ';' || std::string_view(text_).substr(at_) == "\r") {
       Line();
     } else if (at_ < text_.size() && !Take("\r\n") && !Take("\n")) {
-      Fail("something follows the value");
+      Fail(Mark("something follows the value"));
     }
   }
 
@@ -170,31 +174,31 @@ class Parser {
       return;
     }
     at_ = start;
-    Fail(name.starts_with('-') ? "a key is to be deleted" : "no registry key is named");
+    Fail(name.starts_with('-') ? Mark("a key is to be deleted") : Mark("no registry key is named"));
   }
 
   std::string ParseQuoted() {
     std::string text;
-    if (!Take("\"")) Fail("a quote is missing");
+    if (!Take("\"")) Fail(Mark("a quote is missing"));
     while (!Take("\"")) {
       Take("\\");
-      if (at_ >= text_.size()) Fail("a text has no end");
+      if (at_ >= text_.size()) Fail(Mark("a text has no end"));
       text += text_[at_++];
     }
     return text;
   }
 
   void ParseValue() {
-    if (keys_.empty()) Fail("a value stands before the first key");
+    if (keys_.empty()) Fail(Mark("a value stands before the first key"));
     std::string name;
     if (!Take("@")) name = ParseQuoted();
     SkipBlanks();
-    if (!Take("=")) Fail("\"=\" is missing");
+    if (!Take("=")) Fail(Mark("\"=\" is missing"));
     SkipBlanks();
     const bool is_quoted = Peek() == '"';
     std::optional<RegistryValue> value;
     if (!Take("-")) value = ParseData();
-    if (!is_quoted && IsCutOff()) Fail("the data of a value have no end");
+    if (!is_quoted && IsCutOff()) Fail(Mark("the data of a value have no end"));
     RequireLineEnd();
     keys_.back().values.emplace_back(std::move(name), std::move(value));
   }
@@ -205,10 +209,10 @@ class Parser {
     if (Take("hex:")) return {kRegBinary, ParseBytes()};
     if (Take("hex(")) {
       const uint32_t type = ParseNumber();
-      if (!Take("):")) Fail("the type of a value cannot be read");
+      if (!Take("):")) Fail(Mark("the type of a value cannot be read"));
       return {type, ParseBytes()};
     }
-    Fail("the data of a value cannot be read");
+    Fail(Mark("the data of a value cannot be read"));
   }
 
   uint32_t ParseNumber() {
@@ -217,7 +221,7 @@ class Parser {
     for (; HexDigit(Peek()) >= 0; ++at_, ++digits) {
       number = number << 4 | static_cast<uint32_t>(HexDigit(Peek()));
     }
-    if (digits == 0 || digits > 8) Fail("a number cannot be read");
+    if (digits == 0 || digits > 8) Fail(Mark("a number cannot be read"));
     return number;
   }
 
@@ -234,7 +238,7 @@ class Parser {
     SkipBlanks();
     if (!Take("\\")) return;
     SkipBlanks();
-    if (!Take("\r\n") && !Take("\n")) Fail("a line is to go on and does not");
+    if (!Take("\r\n") && !Take("\n")) Fail(Mark("a line is to go on and does not"));
     SkipBlanks();
   }
 
@@ -243,7 +247,7 @@ class Parser {
     SkipLineBreak();
     while (HexDigit(Peek()) >= 0) {
       const uint32_t byte = ParseNumber();
-      if (byte > 0xFF) Fail("a byte cannot be read");
+      if (byte > 0xFF) Fail(Mark("a byte cannot be read"));
       bytes += static_cast<char>(byte);
       SkipLineBreak();
       if (!Take(",")) break;
@@ -284,7 +288,7 @@ std::string RegFileHeader() {
 RegFile ParseRegFile(std::string_view bytes, const Pause& pause) {
   if (kMark.starts_with(bytes)) return {{}, !bytes.empty()};
   if (!bytes.starts_with(kMark)) {
-    throw Error(Error::Kind::kOther, "The .reg file cannot be read: it is not UTF-16 text.");
+    throw Error(Error::Kind::kOther, Say("The .reg file cannot be read: it is not UTF-16 text."));
   }
   return Parser(FromUtf16Bytes(bytes.substr(kMark.size())), pause).Parse();
 }

@@ -11,6 +11,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -52,9 +53,9 @@ std::vector<RegFileKey> Merged(std::vector<RegFileKey> keys) {
 
 RegFile ReadFile(FileSystem& files, const std::string& path, const Pause& pause) {
   const auto bytes = files.ReadWholeFile(path, kLargestFile);
-  if (!bytes) throw Error(Error::Kind::kMissing, "There is no backup " + path + ".");
+  if (!bytes) throw Error(Error::Kind::kMissing, Say("There is no backup %1.", path));
   RegFile file = ParseRegFile(*bytes, [&](const Progress& progress) {
-    return pause({progress.done, progress.total, NamePart(path), "Reading"});
+    return pause({progress.done, progress.total, NamePart(path), Mark("Reading")});
   });
   file.keys = Merged(std::move(file.keys));
   return file;
@@ -73,7 +74,7 @@ class RegRestore {
         mode_(mode),
         prompts_(prompts),
         pause_(pause),
-        progress_{.total = total, .work = "Restoring"} {}
+        progress_{.total = total, .work = Mark("Restoring")} {}
 
   void Restore(const RegFileKey& key) {
     const std::string key_name = NameOf(key);
@@ -95,7 +96,7 @@ class RegRestore {
       to_store_[HiveOf(key)] = std::move(opened);
       if (!result.cancelled) ++(all ? result.restored : result.skipped);
     } catch (const Error& error) {
-      result.problems.push_back(key_name + ": " + error.what());
+      result.problems.push_back(Tr("%1: %2", key_name, Shown(error)));
     }
   }
 
@@ -105,7 +106,7 @@ class RegRestore {
       try {
         key->Flush();
       } catch (const Error& error) {
-        result.problems.emplace_back(error.what());
+        result.problems.push_back(Shown(error));
       }
     }
   }
@@ -140,7 +141,7 @@ class RegRestore {
     try {
       return RestoreValue(key, key_name, name, value);
     } catch (const Error& error) {
-      result.problems.push_back(key_name + "\\" + name + ": " + error.what());
+      result.problems.push_back(Tr("%1: %2", key_name + "\\" + name, Shown(error)));
       return false;
     }
   }
@@ -183,7 +184,7 @@ std::vector<RegFileKey> Chosen(std::vector<RegFileKey> keys, const std::vector<s
   for (const RegFileKey& key : keys) wanted.erase(UpCase(NameOf(key)));
   for (const std::string& path : paths) {
     if (!wanted.contains(UpCase(std::string_view(path)))) continue;
-    problems.push_back(path + " is not in this backup.");
+    problems.push_back(Tr("%1 is not in this backup.", path));
   }
   return keys;
 }
@@ -196,17 +197,18 @@ BackupInfo RegistryBackups::Describe(const std::string& path, const Pause& pause
   BackupInfo info;
   info.name = NamePart(path);
   info.kind = BackupKind::kRegistry;
-  info.root = "Registry";
+  info.root = Mark("Registry");
   try {
     const auto file = machine_.files.Look(path);
-    if (!file) throw Error(Error::Kind::kMissing, "There is no such backup.");
+    if (!file) throw Error(Error::Kind::kMissing, Say("There is no such backup."));
     info.size = file->size;
     info.date = DateOfArchive(info.name).value_or(machine_.system.ToLocalTime(file->last_write));
     const RegFile read = ReadFile(machine_.files, path, pause);
     info.entries = read.keys.size();
-    if (read.is_cut_off) info.incomplete = "The file was cut off: what is whole can be restored.";
+    if (read.is_cut_off)
+      info.incomplete = Tr("The file was cut off: what is whole can be restored.");
   } catch (const Error& error) {
-    info.problem = error.what();
+    info.problem = Shown(error);
   }
   return info;
 }
@@ -224,7 +226,8 @@ std::vector<BackupEntry> RegistryBackups::ListEntries(const std::string& path, c
 
 std::string RegistryBackups::Repair(const std::string& path, const Pause& pause) {
   if (!ReadFile(machine_.files, path, pause).is_cut_off) return "";
-  throw NotAvailable("Copies of registry entries are not repaired: what is whole is restored.");
+  throw NotAvailable(
+      Say("Copies of registry entries are not repaired: what is whole is restored."));
 }
 
 std::string RegistryBackups::ExtractTemporary(const std::string& path, std::string_view entry_path,
@@ -251,7 +254,7 @@ std::string RegistryBackups::ExtractTemporary(const std::string& path, std::stri
 RestoreResult RegistryBackups::Restore(const std::string& path, const RestoreOrder& order,
                                        Prompts& prompts, const Pause& pause) {
   if (!order.to.empty()) {
-    throw Error(Error::Kind::kOther, "Registry keys can be restored to where they were only.");
+    throw Error(Error::Kind::kOther, Say("Registry keys can be restored to where they were only."));
   }
   std::vector<std::string> problems;
   const auto keys = Chosen(Read(machine_.files, path, pause), order.entry_paths, problems);

@@ -6,6 +6,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -21,7 +22,7 @@ std::string BaseOf(const std::string& root, std::string_view path) {
   if (root != "\\\\") return root;
   const size_t server = path.find('\\'), share = path.find('\\', server + 1);
   if (server == path.npos || share == path.npos) {
-    throw Error(Error::Kind::kOther, "\"" + std::string(path) + "\" names no share of a server.");
+    throw Error(Error::Kind::kOther, Say("\"%1\" names no share of a server.", path));
   }
   return root + std::string(path.substr(0, share + 1));
 }
@@ -49,7 +50,7 @@ std::unique_ptr<Folder> OpenOrMake(Folder& base, std::string_view names) {
       above.Flush();
       next = above.OpenFolder(name);
     }
-    if (!next) throw Error(Error::Kind::kMissing, "The folder " + name + " vanished.");
+    if (!next) throw Error(Error::Kind::kMissing, Say("The folder %1 vanished.", name));
     last = std::move(next);
   }
   return last;
@@ -84,7 +85,7 @@ bool Restorer::Restore(const ZipEntry& entry) {
   try {
     Put(entry);
   } catch (const Error& error) {
-    if (!result_.cancelled) result_.problems.push_back(error.what());
+    if (!result_.cancelled) result_.problems.push_back(Shown(error));
   }
   progress_.done += StepsOf(entry);
   return !result_.cancelled;
@@ -124,12 +125,12 @@ void Restorer::Enter(const std::string& folder) {
     if (target_.root.size() > 3) MakeFolders(machine_.files, target_.root);
     base_ = machine_.files.OpenFolder(base);
     base_path_ = base;
-    if (!base_) throw Error(Error::Kind::kMissing, "There is no folder " + base + ".");
+    if (!base_) throw Error(Error::Kind::kMissing, Say("There is no folder %1.", base));
   }
   const std::string_view below = std::string_view(path).substr(base.size());
   folder_ =
       below.empty() ? machine_.files.OpenFolder(base) : OpenOrMake(*base_, WithoutBackslash(below));
-  if (!folder_) throw Error(Error::Kind::kMissing, "There is no folder " + base + ".");
+  if (!folder_) throw Error(Error::Kind::kMissing, Say("There is no folder %1.", base));
   folder_path_ = path;
   if (target_.notes) target_.notes->Add(folder_path_);
 }
@@ -145,9 +146,10 @@ std::string Restorer::GiveName(const ZipEntry& entry, std::string name) {
     const std::string key = UpCase(folder_path_ + other);
     if (given_.contains(key) || folder_->Look(other)) continue;
     given_.emplace(key, other);
-    result_.problems.push_back("\"" + entry.name + "\" is restored as \"" + other +
-                               "\": the archive holds another file whose name differs in case "
-                               "alone.");
+    result_.problems.push_back(Tr(
+        "\"%1\" is restored as \"%2\": the archive holds another file whose name differs in case "
+        "alone.",
+        entry.name, other));
     return other;
   }
 }
@@ -155,10 +157,12 @@ std::string Restorer::GiveName(const ZipEntry& entry, std::string name) {
 bool Restorer::MayWrite(const ZipEntry& entry, const std::string& name, const FileInfo& there) {
   const std::string path = folder_path_ + name;
   if (there.is_folder) {
-    throw Error(Error::Kind::kOther, path + " is not restored: there is a folder of this name.");
+    throw Error(Error::Kind::kOther,
+                Say("%1 is not restored: there is a folder of this name.", path));
   }
   const Sentence reason = target_.places.WhyNotFile(*folder_, path, Claim::kOwnList);
   if (!reason.empty()) {
+    // TRANSLATORS: %2 begins with a small letter: "it is kept by your line *.doc."
     throw Error(Error::Kind::kDenied, Say("%1 is not restored, as %2", path, reason));
   }
   if (target_.mode == OverwriteMode::kNewer) {
@@ -183,8 +187,8 @@ void Restorer::Write(ZipEntry& entry, const std::string& name, IfThere if_there)
     try {
       file.WriteStream(stream, bytes);
     } catch (const Error& error) {
-      result_.problems.push_back(folder_path_ + name + " is restored without its stream \"" +
-                                 stream + "\": " + error.what());
+      result_.problems.push_back(Tr("%1 is restored without its stream \"%2\": %3",
+                                    folder_path_ + name, stream, Shown(error)));
     }
   }
   FileTimes times = entry.times;
@@ -202,7 +206,7 @@ void Restorer::Fill(const ZipEntry& entry, RandomFile& file) {
   archive_.Extract(entry, [&](std::string_view bytes) {
     sparse ? WriteSparse(file, at, bytes) : file.Write(at, bytes);
     at += bytes.size();
-    if (Stops(at)) throw Error(Error::Kind::kOther, "The restore was stopped.");
+    if (Stops(at)) throw Error(Error::Kind::kOther, Say("The restore was stopped."));
   });
   if (sparse) file.Resize(at);
 }
@@ -219,7 +223,7 @@ void Restorer::PlaceAll() {
       step();
       return true;
     } catch (const Error& error) {
-      result_.problems.push_back(error.what());
+      result_.problems.push_back(Shown(error));
       return false;
     }
   };

@@ -11,6 +11,7 @@
 #include "backup/new_file.h"
 #include "backup/zip_reader.h"
 #include "platform/machine.h"
+#include "platform/words.h"
 #include "run/protected_places.h"
 
 namespace quellix {
@@ -75,7 +76,7 @@ class Restorer {
   Target target_;
   Prompts& prompts_;
   Pause pause_;
-  Progress progress_{.work = "Restoring"};
+  Progress progress_{.work = Mark("Restoring")};
   std::string path_;  // of the entry in hand
   RestoreResult result_;
 

@@ -7,6 +7,7 @@
 #include "backup/entry_data.h"
 #include "backup/entry_path.h"
 #include "platform/error.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -14,8 +15,8 @@ namespace {
 constexpr uint64_t kUnknown = 0xFFFFFFFF;
 constexpr size_t kPiece = 256 << 10;
 
-[[noreturn]] void Fail(const ZipEntry& entry, const char* what) {
-  throw Error(Error::Kind::kOther, "\"" + entry.name + "\" " + what);
+[[noreturn]] void Fail(const ZipEntry& entry, const char* sentence) {
+  throw Error(Error::Kind::kOther, Say(sentence, entry.name));
 }
 
 // The entry that is open, closed again whatever comes.
@@ -98,7 +99,7 @@ void VisitAll(ZipReader& reader, const Pause& pause,
   uint64_t seen = 0;
   reader.Visit([&](const ZipEntry& entry) {
     if (pause({seen++, reader.count()})) {
-      throw Error(Error::Kind::kOther, "Reading it was stopped; the archive is as it was.");
+      throw Error(Error::Kind::kOther, Say("Reading it was stopped; the archive is as it was."));
     }
     visit(entry);
     return true;
@@ -149,12 +150,13 @@ void ZipReader::ReadHeader(ZipEntry& entry) {
 }
 
 void ZipReader::Extract(const ZipEntry& entry, const std::function<void(std::string_view)>& write) {
-  if ((entry.flags & kEncrypted) != 0) Fail(entry, "is encrypted, which is not supported.");
+  if ((entry.flags & kEncrypted) != 0)
+    Fail(entry, Mark("\"%1\" is encrypted, which is not supported."));
   if (entry.method != kStored && entry.method != kDeflated) {
-    Fail(entry, "is packed in a way that is not supported.");
+    Fail(entry, Mark("\"%1\" is packed in a way that is not supported."));
   }
   if (!(entry.wide ? ExtractWide(entry, write) : ExtractPlain(entry, write))) {
-    Fail(entry, "is damaged.");
+    Fail(entry, Mark("\"%1\" is damaged."));
   }
 }
 
@@ -190,7 +192,7 @@ bool ZipReader::ExtractWide(const ZipEntry& entry,
   uint64_t written = 0;
   const auto write_some = [&](std::string_view bytes) {
     written += bytes.size();
-    if (written > entry.size) Fail(entry, "is longer than it says; it is damaged.");
+    if (written > entry.size) Fail(entry, Mark("\"%1\" is longer than it says; it is damaged."));
     write(bytes);
   };
   const auto totals = UnpackData(*stream_, offset, entry, false, write_some);

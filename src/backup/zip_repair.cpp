@@ -7,6 +7,7 @@
 #include "backup/new_file.h"
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -23,7 +24,7 @@ bool MayBeArchive(ArchiveStream& stream) {
 ZipScan Scan(ArchiveStream& stream, std::string_view name, const Pause& pause) {
   ZipScan scan = ScanArchive(stream, pause);
   if (!scan.entries.empty() || scan.unverified != 0 || MayBeArchive(stream)) return scan;
-  throw Error(Error::Kind::kOther, std::string(name) + " is not a zip archive.");
+  throw Error(Error::Kind::kOther, Say("%1 is not a zip archive.", name));
 }
 
 Repair ToRepair(const ZipScan& scan) {
@@ -49,20 +50,22 @@ Pause Half(const Pause& pause, bool is_second) {
 void Require(const Repair& repair) {
   if (repair.unverified == 0) return;
   throw Error(Error::Kind::kOther,
-              "Nothing is repaired, as entries would be lost of which nobody can tell whether they "
-              "are whole: " +
-                  repair.Counts() + ".");
+              Say("Nothing is repaired, as entries would be lost of which nobody can tell whether "
+                  "they are whole: %1.",
+                  repair.Counts()));
 }
 
 }  // namespace
 
-std::string Repair::Counts() const {
-  std::string counts = std::to_string(kept) + " file(s) whole";
-  if (damaged != 0) counts += ", " + std::to_string(damaged) + " damaged";
+Sentence Repair::Counts() const {
+  Sentence counts = SayN("%1 file(s) whole", "%1 file(s) whole", kept, std::to_string(kept));
+  // TRANSLATORS: %1 is "3 file(s) whole", or that with more behind it.
+  if (damaged != 0) counts = Say("%1, %2 damaged", counts, std::to_string(damaged));
   if (unverified != 0) {
-    counts += ", " + std::to_string(unverified) + " encrypted or packed in an unknown way";
+    counts =
+        Say("%1, %2 encrypted or packed in an unknown way", counts, std::to_string(unverified));
   }
-  if (cut_off != 0) counts += ", " + std::to_string(cut_off) + " bytes behind them";
+  if (cut_off != 0) counts = Say("%1, %2 bytes behind them", counts, std::to_string(cut_off));
   return counts;
 }
 
@@ -76,7 +79,7 @@ std::unique_ptr<ZipReader> ReadZip(std::unique_ptr<RandomFile> file, std::string
   const uint64_t size = stream->Size();
   WriteDirectory(*stream, scan.entries, EndOf(scan.entries));
   auto reader = ZipReader::Open(stream, [&](const Progress&) { return pause({size, size}); });
-  if (!reader) throw Error(Error::Kind::kOther, std::string(name) + " could not be read.");
+  if (!reader) throw Error(Error::Kind::kOther, Say("%1 could not be read.", name));
   return reader;
 }
 
@@ -92,12 +95,12 @@ void CopyEntries(ArchiveStream& from, std::vector<ScannedEntry> entries,
     const uint64_t start = out.Size();
     for (uint64_t at = found.entry.offset; at < found.end;) {
       const std::string piece = from.ReadText(at, std::min(kPiece, found.end - at));
-      if (piece.empty()) throw Error(Error::Kind::kOther, "The archive could not be read.");
+      if (piece.empty()) throw Error(Error::Kind::kOther, Say("The archive could not be read."));
       out.Seek(out.Size());
       out.Write(piece);
       at += piece.size();
       if (!pause({std::min(at, from.Size()), from.Size()})) continue;
-      throw Error(Error::Kind::kOther, "The repair was stopped; the archive is as it was.");
+      throw Error(Error::Kind::kOther, Say("The repair was stopped; the archive is as it was."));
     }
     found.entry.offset = start;
     found.end = out.Size();
@@ -109,12 +112,12 @@ void CopyEntries(ArchiveStream& from, std::vector<ScannedEntry> entries,
 std::optional<Repair> RepairArchive(FileSystem& files, std::string_view path, const Pause& pause) {
   const std::string name(NamePart(path));
   const auto folder = OpenFolderOf(files, path);
-  if (!folder->Look(name)) throw Error(Error::Kind::kMissing, "There is no archive " + name + ".");
+  if (!folder->Look(name)) throw Error(Error::Kind::kMissing, Say("There is no archive %1.", name));
   if (!IsArchiveName(name)) {
     throw Error(Error::Kind::kDenied,
-                name +
-                    " is not named as this program names its archives, and others are never "
-                    "changed.");
+                Say("%1 is not named as this program names its archives, and others are never "
+                    "changed.",
+                    name));
   }
   // Who fills it meanwhile is kept away.
   auto stream = std::make_unique<ArchiveStream>(folder->Open(name, OpenMode::kReadAndCreate));

@@ -6,6 +6,7 @@
 
 #include "backup/zip_reader.h"
 #include "backup/zip_scan.h"
+#include "platform/words.h"
 
 namespace quellix {
 
@@ -16,7 +17,7 @@ struct Repair {
   uint64_t unverified = 0;  // encrypted, or packed in a way that only others know
   uint64_t cut_off = 0;     // bytes behind the last entry
   // "3 file(s) whole, 1 damaged, …".
-  std::string Counts() const;
+  Sentence Counts() const;
 };
 
 // An archive, for reading: nothing is written, whatever its state. One without a whole directory is

@@ -8,6 +8,7 @@
 #include "backup/entry_data.h"
 #include "backup/zip_writer.h"
 #include "platform/error.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -117,7 +118,7 @@ class Scanner {
 
   void Breathe(uint64_t done) {
     if (!pause_({std::min(done, stream_.Size()), stream_.Size()})) return;
-    throw Error(Error::Kind::kOther, "Reading it was stopped; the archive is as it was.");
+    throw Error(Error::Kind::kOther, Say("Reading it was stopped; the archive is as it was."));
   }
 
   // Archives of other programs may tell the sizes behind the data only.
@@ -183,7 +184,7 @@ void WriteDirectory(ArchiveStream& stream, const std::vector<ScannedEntry>& entr
   }
   if (!recorded) {
     if (zip != nullptr) zipClose(zip, "");
-    throw Error(Error::Kind::kOther, "The directory of the archive could not be made.");
+    throw Error(Error::Kind::kOther, Say("The directory of the archive could not be made."));
   }
   stream.Set(ArchiveStream::Writes::kHeld);
   stream.Cut(end);

@@ -8,6 +8,7 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/url.h"
+#include "platform/words.h"
 #include "run/keep_list.h"
 #include "run/known_folders.h"
 #include "run/protected_places.h"

@@ -114,7 +114,7 @@ void CleanFirefox(CleaningContext& context, const Item& item) {
   }
   if (context.state.AbortRequested) return;
   EndRun(context, "");
-  AppendBrowserLine(context, "Firefox", item.Label(), rows);
+  AppendBrowserLine(context, "Firefox", item.label, rows);
 }
 
 }  // namespace quellix

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/error.h"
+#include "platform/words.h"
 #include "run/run_steps.h"
 #include "search/results_view.h"
 #include "search/search_results.h"
@@ -54,12 +55,12 @@ const Item& EmptyFolderSearch() {
   static constexpr Item kItem = {0,
                                  0,
                                  "",
-                                 "Clean Empty folders",
+                                 Mark("Empty folders"),
                                  "CleanEmptyFolders",
                                  Group::kFolderFiles,
                                  Protection::kNone,
                                  "Empty folders... ",
-                                 "There was an error in searching for empty folders. ",
+                                 Mark("There was an error in searching for empty folders. "),
                                  false,
                                  [](CleaningContext& context, const Item& item) {
                                    Search(context, item, JunkKind::kEmptyFolders);

@@ -130,12 +130,12 @@ void CleanUpdateDownloads(CleaningContext& context, const Item& item) {
   EndFiles(context, item);
 }
 
-constexpr Item Make(const char* key, const char* command, const char* caption, const char* error,
+constexpr Item Make(const char* key, const char* label, const char* caption, const char* error,
                     Cleaner cleaner, ItemGuide guide) {
   return {.run_order = 0,
           .check_state_place = 0,
           .control = "",
-          .command = command,
+          .label = label,
           .key = key,
           .group = Group::kFolderFiles,
           .protection = Protection::kNone,
@@ -148,36 +148,36 @@ constexpr Item Make(const char* key, const char* command, const char* caption, c
 
 constexpr std::array kVolumeItems = {
     // The first, so that what others recycle in the same run can be had again.
-    Make("VolumeRecycleBins", "Clean Recycle bins of all users", "Recycle bins of all users... ",
+    Make("VolumeRecycleBins", "Recycle bins of all users", "Recycle bins of all users... ",
          "There was an error in cleaning the recycle bins. ", CleanAllBins,
          {"All that any user has thrown away, on each drive.",
           "what was deleted cannot be restored any more", kRisky}),
-    Make("VolumeEventLogs", "Clean Event logs", "Event logs... ",
+    Make("VolumeEventLogs", "Event logs", "Event logs... ",
          "There was an error in cleaning the event logs. ", CleanEventLogs,
          {"The logs of Windows and its programs (*.evtx; before Windows Vista *.evt).",
           "what happened on this Windows can no longer be looked up", kRisky}),
-    Make("VolumePrefetch", "Clean Prefetch files", "Prefetch files... ",
+    Make("VolumePrefetch", "Prefetch files", "Prefetch files... ",
          "There was an error in cleaning the prefetch files. ", CleanPrefetch,
          {"What Windows noted of the programs that were started (Windows\\Prefetch).",
           "the next starts of programs are slower"}),
-    Make("VolumeHibernationFile", "Clean Hibernation file", "Hibernation file... ",
+    Make("VolumeHibernationFile", "Hibernation file", "Hibernation file... ",
          "There was an error in cleaning the hibernation file. ", CleanHibernationFile,
          {"hiberfil.sys, with what was in memory at the last hibernation. A volume that is "
           "hibernated is not changed at all.",
           "never archived or recycled"}),
-    Make("VolumePageFile", "Clean Page files", "Page files... ",
+    Make("VolumePageFile", "Page files", "Page files... ",
          "There was an error in cleaning the page files. ", CleanPageFile,
          {"pagefile.sys and swapfile.sys of each drive, with what programs had in memory. Windows "
           "makes them anew at its next start.",
           "never archived or recycled"}),
-    Make("VolumeOldWindows", "Clean Previous Windows", "Previous Windows... ",
+    Make("VolumeOldWindows", "Previous Windows", "Previous Windows... ",
          "There was an error in cleaning the previous Windows. ", CleanOldWindows,
          {"What an upgrade has kept of the Windows before and of its own work: Windows.old and "
           "$Windows.~BT, whole.",
           "there is no way back to the previous Windows, and documents that were left there are "
           "lost",
           kRisky}),
-    Make("VolumeUpdateDownloads", "Clean Update downloads", "Update downloads... ",
+    Make("VolumeUpdateDownloads", "Update downloads", "Update downloads... ",
          "There was an error in cleaning the update downloads. ", CleanUpdateDownloads,
          {"What Windows Update has downloaded for itself and for other computers.",
           "updates that are not installed yet are downloaded again"})};

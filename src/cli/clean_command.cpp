@@ -50,14 +50,14 @@ int ListItems(const ReportOptions& options, const ConsolePlatform& platform) {
   for (const Item* const item : items) {
     const std::string_view group = IsVolumeItem(*item) ? "Volume" : GroupTitle(item->group);
     report.text() << std::left << std::setw(24) << item->key << std::setw(20) << group
-                  << ReplaceNoCase(item->Label(), "&&", "&")
+                  << ReplaceNoCase(item->label, "&&", "&")
                   << (item->cleaner != nullptr ? "" : " (not available yet)") << "\n";
   }
   const auto row = [&items](size_t i) -> std::vector<ReportCell> {
     const Item& item = *items[i];
     const ReportCell cost = *item.guide.cost ? ReportCell(item.guide.cost) : ReportCell();
     return {item.key, IsVolumeItem(item) ? "volume" : NameOf(item.group),
-            ReplaceNoCase(item.Label(), "&&", "&"), item.guide.removes, cost};
+            ReplaceNoCase(item.label, "&&", "&"), item.guide.removes, cost};
   };
   return report.Finish({.command = "items",
                         .columns = {"item", "group", "label", "removes", "cost"},

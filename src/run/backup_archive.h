@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "platform/file_system.h"
+#include "platform/words.h"
 
 namespace quellix {
 
@@ -12,9 +13,8 @@ class BackupArchive {
  public:
   virtual ~BackupArchive() = default;
 
-  // Why no archive can be made in `folder`, in a sentence; "" when one can. Makes the folder. Never
-  // throws.
-  virtual std::string WhyUnusable(std::string_view folder) = 0;
+  // Why no archive can be made in `folder`; empty when one can. Makes the folder. Never throws.
+  virtual Sentence WhyUnusable(std::string_view folder) = 0;
   // Starts a new archive in `folder` (ends in "\") whose name begins with `prefix`; the one before
   // is finished, as far as that goes. The archive and its folder are made with the first file.
   virtual void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) = 0;

@@ -3,6 +3,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/run_steps.h"
 
 namespace quellix {
@@ -67,7 +68,7 @@ void BackupBatch::RemoveOne(WorkingFolder& working, File& file) {
   const bool is_safe = ProblemOf(folder, file).empty();
   if (!is_safe && state.Strict) {
     throw Error(Error::Kind::kOther,
-                "It could not be backed up and was therefore not deleted: " + file.problem);
+                Say("It could not be backed up and was therefore not deleted: %1", file.problem));
   }
   if (is_safe) ++state.FilesBackedUp;
   folder.RemoveFile(NamePart(file.path));

@@ -37,7 +37,7 @@ struct Item {
   int run_order;          // 1 to 30; 0 for what is no box of the window
   int check_state_place;  // 1 to 30, place in chkItems.txt; likewise
   const char* control;    // its check box, and its identifier in resource scripts
-  const char* command;    // caption of its one-item clean command ("&&" shows one ampersand)
+  const char* label;      // the text beside its check box ("&&" shows one ampersand)
   const char* key;        // names it on the console and in the one-item menu
   Group group;
   Protection protection;
@@ -46,9 +46,6 @@ struct Item {
   bool in_registry;           // what it cleans are registry entries
   Cleaner cleaner;            // null while the program cannot clean it yet
   ItemGuide guide;
-
-  // The text beside its check box: the command without its verb.
-  std::string_view Label() const { return std::string_view(command).substr(6); }
 };
 
 }  // namespace quellix

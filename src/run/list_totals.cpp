@@ -1,5 +1,6 @@
 #include "run/list_totals.h"
 
+#include "platform/words.h"
 #include "run/removal.h"
 
 namespace quellix {
@@ -20,20 +21,23 @@ void ListTotals::Add(bool is_ticked, std::optional<double> size) {
 }
 
 std::string TotalsText(const ListTotals& totals, const Locale& locale) {
-  if (totals.rows == 0) return "No rows";
-  std::string text = FormatCount(totals.rows, locale) + (totals.rows == 1 ? " row" : " rows") +
-                     SizeBehind(totals, totals.bytes, locale);
+  if (totals.rows == 0) return Tr("No rows");
+  const std::string text = TrN("%1 row", "%1 rows", totals.rows, FormatCount(totals.rows, locale)) +
+                           SizeBehind(totals, totals.bytes, locale);
   if (!totals.has_ticks) return text;
-  text += "; " + (totals.ticked == 0 ? std::string("none") : FormatCount(totals.ticked, locale)) +
-          " ticked";
-  return totals.ticked == 0 ? text : text + SizeBehind(totals, totals.ticked_bytes, locale);
+  if (totals.ticked == 0) return Tr("%1; none ticked", text);
+  const std::string ticked =
+      TrN("%1 ticked", "%1 ticked", totals.ticked, FormatCount(totals.ticked, locale));
+  return text + "; " + ticked + SizeBehind(totals, totals.ticked_bytes, locale);
 }
 
 std::string TickedCaption(const std::string& caption, const ListTotals& totals,
                           const Locale& locale) {
   if (totals.ticked == 0) return caption;
-  return caption + " ticked (" + FormatCount(totals.ticked, locale) +
-         SizeBehind(totals, totals.ticked_bytes, locale) + ")";
+  const std::string what =
+      FormatCount(totals.ticked, locale) + SizeBehind(totals, totals.ticked_bytes, locale);
+  // TRANSLATORS: A button: "Delete ticked (12, 1.4 MB)".
+  return Tr("%1 ticked (%2)", caption, what);
 }
 
 }  // namespace quellix

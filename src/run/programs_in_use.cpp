@@ -3,6 +3,7 @@
 #include <set>
 
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -26,12 +27,12 @@ bool MayAsk(CleaningContext& context) {
 // Asks it to close and waits; why it may run still, a sentence.
 std::string Close(CleaningContext& context, const ProgramInUse& program) {
   const auto closing = context.machine.session.AskToClose(program.use);
-  if (!closing) return "It has no window that could be asked to close.";
-  context.view.SetStatus("Waiting for " + program.name + " to close...");
+  if (!closing) return Tr("It has no window that could be asked to close.");
+  context.view.SetStatus(Tr("Waiting for %1 to close...", program.name));
   for (int moment = 0; moment < kMoments && !StopsRun(context); ++moment) {
-    if (closing->Await()) return "It closed a window and still runs.";
+    if (closing->Await()) return Tr("It closed a window and still runs.");
   }
-  return "It has not closed yet. It may be asking something.";
+  return Tr("It has not closed yet. It may be asking something.");
 }
 
 }  // namespace
@@ -46,7 +47,7 @@ bool IsOutOfTheWay(CleaningContext& context, const ProgramInUse& program,
   while (!StopsRun(context)) {
     const ProgramAnswer answer = context.view.AskAboutProgram(question);
     if (answer == ProgramAnswer::kSkip) return false;
-    question.told = "It still runs.";
+    question.told = Tr("It still runs.");
     if (answer == ProgramAnswer::kClose) question.told = Close(context, program);
     if (context.state.AbortRequested || runs()) continue;
     context.state.RunLog += program.name + " was closed before it was cleaned.\r\n";

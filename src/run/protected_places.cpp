@@ -5,6 +5,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/precious_finder.h"
 #include "run/precious_names.h"
 

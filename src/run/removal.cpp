@@ -11,6 +11,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/backup_step.h"
 #include "run/deletion_batch.h"
 #include "run/random_source.h"
@@ -266,7 +267,7 @@ class ListProgress {
 // The user has stopped: what was archived and is still there stays.
 void Abandon(CleaningContext& context) {
   DropArchive(context);
-  EndRun(context, "Aborted by user");
+  EndRun(context, Mark("Aborted by user"));
 }
 
 // Archives a file and removes those before it when their time has come.
@@ -330,14 +331,13 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
       state.RemovalMode == kDelete && !state.Choice && list.PendingFiles.size() >= kEnough;
   std::shared_ptr<void> expected;
   if (!together && state.RemovalMode == kDelete) expected = ExpectLooks(context, {&list, 1});
-  std::string status;
   for (size_t i = 0; i < list.PendingFiles.size(); ++i) {
     if (StopsRun(context)) {
       deletion.Stop();
       return Abandon(context);
     }
     const std::string_view path = list.PendingFiles[i];
-    context.view.SetStatus(status.assign("Deleting file: ").append(path));
+    context.view.SetStatus(Tr("Deleting file: %1", path));
     if (together) {
       together = deletion.Add(path);
       if (!together) expected = ExpectLooks(context, {&list, 1});

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/words.h"
+
 namespace quellix {
 
 void RunEntries::BeginRule(std::string_view name) {
@@ -45,10 +47,11 @@ bool CountsAsFiles(const RunEntry& entry) {
 }
 
 std::string_view KindText(EntryKind kind) {
-  static constexpr std::string_view kTexts[] = {"File",         "Folder",        "Registry value",
-                                                "Registry key", "INI key",       "INI section",
-                                                "Cache entry",  "Recycle bin",   "Address history",
-                                                "Clipboard",    "Database rows", "Windows cleaner"};
+  static constexpr const char* kTexts[] = {
+      Mark("File"),         Mark("Folder"),        Mark("Registry value"),
+      Mark("Registry key"), Mark("INI key"),       Mark("INI section"),
+      Mark("Cache entry"),  Mark("Recycle bin"),   Mark("Address history"),
+      Mark("Clipboard"),    Mark("Database rows"), Mark("Windows cleaner")};
   return kTexts[static_cast<size_t>(kind)];
 }
 

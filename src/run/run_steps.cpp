@@ -1,6 +1,7 @@
 #include "run/run_steps.h"
 
 #include "platform/path.h"
+#include "platform/words.h"
 #include "run/working_folder.h"
 
 namespace quellix {
@@ -21,9 +22,9 @@ bool KnowsWhatIsKept(CleaningContext& context) {
     context.state.RunLog += KeepOf(context).remarks();
     return true;
   } catch (const Error& error) {
-    ReportCritical(context, std::string("Nothing was removed, because the list of what is kept "
-                                        "cannot be read. ") +
-                                error.what());
+    ReportCritical(context, Say("Nothing was removed, because the list of what is kept cannot be "
+                                "read. %1",
+                                SentenceOf(error)));
     return false;
   }
 }
@@ -33,14 +34,15 @@ bool KnowsWhatIsKept(CleaningContext& context) {
 bool CanBackUp(CleaningContext& context) {
   RunState& state = context.state;
   if (state.RemovalMode != kBackUp) return true;
-  const std::string why = context.backup.WhyUnusable(state.BackupFolder);
+  const Sentence why = context.backup.WhyUnusable(state.BackupFolder);
   if (why.empty()) return true;
   if (state.Strict) {
-    ReportCritical(context, why + " Nothing was removed.");
+    ReportCritical(context, Say("%1 Nothing was removed.", why));
     return false;
   }
-  state.RunLog.append(why).append(" What is deleted has no backup.\r\n");
-  const std::string question = why + "\n\nFiles would be deleted without a backup. Go on?";
+  state.RunLog.append(why.english).append(" What is deleted has no backup.\r\n");
+  const std::string question =
+      why.shown + "\n\n" + Tr("Files would be deleted without a backup. Go on?");
   if (state.Hidden || context.view.AskToGoOn(question)) return true;
   state.AbortRequested = true;
   return false;
@@ -59,7 +61,7 @@ bool BeginRun(CleaningContext& context, int items) {
   ResetRun(context);
   if (!KnowsWhatIsKept(context) || !CanBackUp(context)) return false;
   context.view.SetCommands({.clean = false, .stop = true, .menus = false});
-  context.view.SetStatus("Working...");
+  context.view.SetStatus(Tr("Working..."));
   context.state.Progress = {.visible = true, .max = items, .value = 0};
   context.view.SetProgress(context.state.Progress);
   return true;
@@ -95,7 +97,7 @@ void DropArchive(CleaningContext& context) {
 void ShowIdle(CleaningContext& context, std::string_view status) {
   context.view.ShowCurrentItem(nullptr);
   context.view.SetCommands({});
-  context.view.SetStatus(status);
+  context.view.SetStatus(Tr(status));
   context.state.Progress = {};
   context.view.SetProgress(context.state.Progress);
 }
@@ -103,7 +105,7 @@ void ShowIdle(CleaningContext& context, std::string_view status) {
 void BeginItem(CleaningContext& context, const Item& item) {
   context.state.Progress.visible = true;
   context.view.SetProgress(context.state.Progress);
-  context.view.SetStatus("Working...");
+  context.view.SetStatus(Tr("Working..."));
   context.view.SetCommands({.clean = false, .stop = true, .menus = false});
   context.view.ShowCurrentItem(&item);
 }
@@ -116,7 +118,7 @@ void EndRun(CleaningContext& context, std::string_view message) {
       context.state.SettingsProblem = error.what();
     }
   }
-  context.view.SetStatus(message);
+  context.view.SetStatus(Tr(message));
   if (context.state.AbortRequested) context.state.Progress.value = 0;
   context.state.Progress.visible = false;
   context.view.SetProgress(context.state.Progress);
@@ -124,12 +126,12 @@ void EndRun(CleaningContext& context, std::string_view message) {
   context.view.ShowCurrentItem(nullptr);
 }
 
-void ReportCritical(CleaningContext& context, std::string_view text) {
+void ReportCritical(CleaningContext& context, const Sentence& text) {
   context.state.SomeErrors = true;
   if (context.state.Hidden) {
-    context.state.RunLog.append(text).append("\r\n");
+    context.state.RunLog.append(text.english).append("\r\n");
   } else {
-    context.view.ShowCritical(text);
+    context.view.ShowCritical(text.shown);
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "platform/words.h"
 #include "run/context.h"
 #include "run/item.h"
 #include "run/stayed.h"
@@ -36,7 +37,7 @@ void BeginItem(CleaningContext& context, const Item& item);
 void EndRun(CleaningContext& context, std::string_view message);
 
 // Shows a failure as a critical message; in a hidden run it goes into RunLog instead.
-void ReportCritical(CleaningContext& context, std::string_view text);
+void ReportCritical(CleaningContext& context, const Sentence& text);
 
 // A cleaner has found a place of its item's kind, with or without anything in it: the folder, the
 // registry key, the recycle bin. An item that finds none gets a line in the log that says so.

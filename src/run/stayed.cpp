@@ -6,6 +6,7 @@
 
 #include "platform/text.h"
 #include "platform/wiping_note.h"
+#include "platform/words.h"
 #include "run/in_use.h"
 
 namespace quellix {

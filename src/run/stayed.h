@@ -6,6 +6,7 @@
 
 #include "platform/error.h"
 #include "platform/file_system.h"
+#include "platform/words.h"
 #include "run/run_state.h"
 
 namespace quellix {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <optional>
 
+#include "platform/words.h"
 #include "run/removal.h"
 
 namespace quellix {
@@ -13,9 +14,25 @@ constexpr uint64_t kUntilKnown = 3000, kUntilGuessed = 1000;  // milliseconds
 constexpr double kLeastPart = 0.01;
 constexpr double kStep = 10;  // seconds
 
-std::string About(double count, const char* unit) {
-  const long whole = std::lround(count);
-  return "about " + std::to_string(whole) + " " + unit + (whole == 1 ? "" : "s") + " left";
+// Whole ones: how many, and the number as text.
+std::pair<uint64_t, std::string> Whole(double count) {
+  const auto whole = static_cast<uint64_t>(std::lround(count));
+  return {whole, std::to_string(whole)};
+}
+
+std::string SecondsText(double seconds) {
+  const auto [count, number] = Whole(kStep * std::round(seconds / kStep));
+  return TrN("about %1 second left", "about %1 seconds left", count, number);
+}
+
+std::string MinutesText(double seconds) {
+  const auto [count, number] = Whole(seconds / 60);
+  return TrN("about %1 minute left", "about %1 minutes left", count, number);
+}
+
+std::string HoursText(double seconds) {
+  const auto [count, number] = Whole(seconds / 3600);
+  return TrN("about %1 hour left", "about %1 hours left", count, number);
 }
 
 // Nothing while nobody can tell.
@@ -28,9 +45,10 @@ std::optional<double> SecondsLeft(const Progress& progress, uint64_t millisecond
 
 std::string ShortTime(double seconds) {
   const double minutes = seconds / 60;
-  if (seconds < 90) return std::to_string(std::max(std::lround(seconds), 1L)) + " s left";
-  if (minutes < 90) return std::to_string(std::lround(minutes)) + " min left";
-  return std::to_string(std::lround(minutes / 60)) + " h left";
+  // TRANSLATORS: Seconds, minutes and hours, as short as can be.
+  if (seconds < 90) return Tr("%1 s left", std::to_string(std::max(std::lround(seconds), 1L)));
+  if (minutes < 90) return Tr("%1 min left", std::to_string(std::lround(minutes)));
+  return Tr("%1 h left", std::to_string(std::lround(minutes / 60)));
 }
 
 }  // namespace
@@ -39,10 +57,10 @@ std::string TimeLeftText(const Progress& progress, uint64_t milliseconds) {
   const std::optional<double> left = SecondsLeft(progress, milliseconds);
   if (!left || milliseconds < kUntilKnown) return "";
   const double seconds = *left;
-  if (seconds < 5) return "a few seconds left";
-  if (seconds < 55) return About(kStep * std::round(seconds / kStep), "second");
-  if (seconds < 55 * 60) return About(seconds / 60, "minute");
-  return About(seconds / 3600, "hour");
+  if (seconds < 5) return Tr("a few seconds left");
+  if (seconds < 55) return SecondsText(seconds);
+  if (seconds < 55 * 60) return MinutesText(seconds);
+  return HoursText(seconds);
 }
 
 Progress StepsOf(const FileProgress& files) {
@@ -53,11 +71,14 @@ Progress StepsOf(const FileProgress& files) {
 
 std::string ProgressText(const FileProgress& files, const Locale& locale, uint64_t milliseconds) {
   if (files.total == 0) return "";
-  std::string text = FormatCount(files.done, locale) + " of " + FormatCount(files.total, locale) +
-                     ", " + FormatSize(files.bytes, 1, true, locale);
+  const std::string done = FormatCount(files.done, locale),
+                    total = FormatCount(files.total, locale),
+                    size = FormatSize(files.bytes, 1, true, locale);
   const std::optional<double> left = SecondsLeft(StepsOf(files), milliseconds);
   const bool is_known = left && milliseconds >= kUntilGuessed && files.done < files.total;
-  return is_known ? text + ", " + ShortTime(*left) : text;
+  // TRANSLATORS: "3,571 of 20,000, 9.6 MB, 12 s left".
+  return is_known ? Tr("%1 of %2, %3, %4", done, total, size, ShortTime(*left))
+                  : Tr("%1 of %2, %3", done, total, size);
 }
 
 }  // namespace quellix

@@ -6,11 +6,13 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
 
 [[noreturn]] void Refuse(std::string_view path, const Sentence& why) {
+  // TRANSLATORS: %2 begins with a small letter: "it is precious."
   throw Error(Error::Kind::kDenied, Say("%1 is not removed: %2", path, why));
 }
 

@@ -4,6 +4,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "settings/list_files.h"
 #include "settings/path_check.h"
 
@@ -25,7 +26,7 @@ KeepLine Faulty(KeepLine line, std::string fault) {
 
 KeepLine ParseSite(KeepLine line) {
   const std::string_view host = TrimBlanks(std::string_view(line.text).substr(kSite.size()));
-  if (!IsHost(host)) return Faulty(std::move(line), "No site is named: site:example.com.");
+  if (!IsHost(host)) return Faulty(std::move(line), Mark("No site is named: site:example.com."));
   line.kind = KeepLine::kSite;
   line.name = UpCase(host.starts_with('.') ? host.substr(1) : host);
   return line;
@@ -49,7 +50,8 @@ bool ParseKey(KeepLine& line) {
 
 KeepLine ParsePath(KeepLine line, System& system) {
   line.name = ExpandEnvironment(system, line.text);
-  if (line.name.empty()) return Faulty(std::move(line), "It names a variable that is not set.");
+  if (line.name.empty())
+    return Faulty(std::move(line), Mark("It names a variable that is not set."));
   const bool is_mask = line.name.find_first_of("*?") != line.name.npos;
   if (is_mask && !HasControlCharacters(line.name)) {
     const bool has_folder = line.name.find('\\') != line.name.npos;
@@ -85,8 +87,8 @@ std::vector<std::string> ReadKeepFile(const Machine& machine) {
 
 std::string AddToKeepFile(const Machine& machine, std::string_view text) {
   KeepLine line = ParseKeepLine(machine.system, text);
-  if (!line.fault.empty()) return line.fault;
-  if (line.text.empty()) return "Nothing is named.";
+  if (!line.fault.empty()) return Tr(line.fault);
+  if (line.text.empty()) return Tr("Nothing is named.");
   std::vector<std::string> lines = ReadKeepFile(machine);
   if (FindLine(lines, text) != lines.end()) return {};
   lines.push_back(std::move(line.text));
@@ -100,7 +102,7 @@ std::string RemoveFromKeepFile(const Machine& machine, std::string_view text) {
   for (auto found = FindLine(lines, text); found != lines.end(); found = FindLine(lines, text)) {
     lines.erase(found);
   }
-  if (lines.size() == before) return "The keep list has no such line.";
+  if (lines.size() == before) return Tr("The keep list has no such line.");
   WriteListFile(machine, kKeepFile, lines);
   return {};
 }

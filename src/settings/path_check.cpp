@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -40,20 +41,20 @@ bool HasControlCharacters(std::string_view text) {
 std::string WhyNoPath(std::string_view path) {
   const bool on_drive = IsDrivePath(path);
   if (!on_drive && !IsNetworkPath(path)) {
-    return "Please enter a full path, such as C:\\Folder.";
+    return Mark("Please enter a full path, such as C:\\Folder.");
   }
   const std::string_view rest = path.substr(on_drive ? 3 : 2);
   if (rest.find_first_of("/:*?\"<>|") != rest.npos || HasControlCharacters(rest)) {
-    return "A path cannot hold any of the characters / : * ? \" < > |.";
+    return Mark("A path cannot hold any of the characters / : * ? \" < > |.");
   }
-  if (!rest.empty() && HasEmptyStep(rest)) return "A part of the path is no name.";
+  if (!rest.empty() && HasEmptyStep(rest)) return Mark("A part of the path is no name.");
   return {};
 }
 
 std::string WhyNoName(std::string_view name) {
-  if (name.find_first_not_of(" .") == name.npos) return "Please enter a name.";
+  if (name.find_first_not_of(" .") == name.npos) return Mark("Please enter a name.");
   if (name.find_first_of("\\/:*?\"<>|") != name.npos || HasControlCharacters(name)) {
-    return "A name cannot hold any of the characters \\ / : * ? \" < > |.";
+    return Mark("A name cannot hold any of the characters \\ / : * ? \" < > |.");
   }
   return {};
 }

@@ -6,7 +6,7 @@
 namespace quellix {
 
 // Why a text cannot be the full path of a file or folder ("C:\Temp", "\\server\share\x"), in a
-// sentence for its user; "" when it can. Nothing needs to be there.
+// sentence for its user, in English; "" when it can. Nothing needs to be there.
 std::string WhyNoPath(std::string_view path);
 
 // The same for a name without a folder: no separators, no wildcards.

@@ -1,6 +1,7 @@
 #include "settings/settings.h"
 
 #include "platform/error.h"
+#include "platform/words.h"
 #include "settings/numbers.h"
 
 namespace quellix {
@@ -67,7 +68,7 @@ std::optional<std::string> Settings::LastCleaned() const {
 
 std::string Settings::LastCleanedText() const {
   const bool never = IsReadable() && ReadIniValue(kCleanUp, kLastCleaned, "").empty();
-  return never ? "Never" : LastCleaned().value_or("");
+  return never ? Tr("Never") : LastCleaned().value_or("");
 }
 
 std::string Settings::StoreLastCleaned() {

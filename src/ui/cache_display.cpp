@@ -2,6 +2,7 @@
 
 #include "platform/text.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 
 namespace quellix {
 
@@ -11,7 +12,7 @@ void CacheDisplay::Show(const Machine& machine, const UrlCacheEntry& entry) {
   if (HasBrowser()) return ShowPage(entry.source);
   const CacheContent content = ReadCacheContent(machine, entry);
   if (content.picture.empty()) return ShowText(content.text);
-  if (!picture_.Load(Wide(content.picture))) return ShowText("The picture is damaged.");
+  if (!picture_.Load(Wide(content.picture))) return ShowText(Tr("The picture is damaged."));
   Reveal(page_);
 }
 

@@ -5,6 +5,7 @@
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "settings/keep_file.h"
 #include "ui/clipboard.h"
 #include "ui/control_text.h"
@@ -78,8 +79,8 @@ void EntryView::ShowTotals() {
       [this](int row) { return !Has(row) || !list_->IsHeading(static_cast<size_t>(row)); });
   view_.SetEmpty([this]() -> std::string {
     if (list_ && !list_->entries().all.empty())
-      return "No entry has this in it. Empty the filter to see them all.";
-    return "This run came by nothing that could go: what was ticked was clean.";
+      return Tr("No entry has this in it. Empty the filter to see them all.");
+    return Tr("This run came by nothing that could go: what was ticked was clean.");
   });
 }
 
@@ -174,13 +175,13 @@ void EntryView::Tell(std::string_view sentence) const {
 
 void EntryView::OpenFolder() const {
   const int row = view_.FocusedRow();
-  if (!Has(row)) return Tell("Select an entry first.");
+  if (!Has(row)) return Tell(Tr("Select an entry first."));
   const RunEntry& entry = list_->At(static_cast<size_t>(row));
-  if (!IsOnDisk(entry)) return Tell("This entry lies in no folder.");
+  if (!IsOnDisk(entry)) return Tell(Tr("This entry lies in no folder."));
   try {
     machine_.shell.OpenFolderOf(entry.place);
   } catch (const Error& error) {
-    Tell(error.what());
+    Tell(Shown(error));
   }
 }
 
@@ -194,18 +195,18 @@ void EntryView::Copy() const {
 // What is never to go is not to go now either.
 void EntryView::KeepSelected() {
   const std::vector<size_t> rows = view_.SelectedRows();
-  if (rows.empty()) return Tell("Select the entries that are never to be removed first.");
+  if (rows.empty()) return Tell(Tr("Select the entries that are never to be removed first."));
   std::string told;
   try {
     for (const size_t row : rows) {
       const std::string line = KeepLineFor(list_->At(row));
       const std::string refusal =
-          line.empty() ? "This has no name of its own." : AddToKeepFile(machine_, line);
+          line.empty() ? Tr("This has no name of its own.") : AddToKeepFile(machine_, line);
       if (!refusal.empty()) told += list_->Text(row, RunColumn::kPlace) + ": " + refusal + "\r\n";
       list_->SetTicked(row, false);
     }
   } catch (const Error& error) {
-    told += std::string("The keep list could not be written. ") + error.what();
+    told += Tr("The keep list could not be written. %1", Shown(error));
   }
   Refresh();
   ShowSummary();

@@ -1,5 +1,6 @@
 #include "ui/frm_about.h"
 
+#include "platform/words.h"
 #include "ui/looks.h"
 
 #include "platform/win32/win32_text.h"
@@ -23,8 +24,8 @@ std::string Licences() {
 
 void FrmAbout::OnInit() {
   layout().Add(kAnchors);
-  SetText(lblVersion, "Version " QUELLIX_VERSION);
-  SetText(lblBuild, "Build " QUELLIX_BUILD ", for 64-bit Windows");
+  SetText(lblVersion, Tr("Version %1", QUELLIX_VERSION));
+  SetText(lblBuild, Tr("Build %1, for 64-bit Windows", QUELLIX_BUILD));
   SetText(txtLicences, Licences());
 }
 

@@ -5,6 +5,7 @@
 #include "platform/error.h"
 #include "platform/text.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/dpi.h"
 #include "ui/row_menu.h"
 
@@ -33,12 +34,12 @@ constexpr Anchor kAnchors[] = {
 
 struct ModeText {
   OverwriteMode mode;
-  const wchar_t* text;
+  const char* text;
 };
-constexpr ModeText kModeTexts[] = {{OverwriteMode::kAsk, L"Ask"},
-                                   {OverwriteMode::kAlways, L"Replace it always"},
-                                   {OverwriteMode::kNewer, L"Replace it when older"},
-                                   {OverwriteMode::kNever, L"Leave it always"}};
+constexpr ModeText kModeTexts[] = {{OverwriteMode::kAsk, Mark("Ask")},
+                                   {OverwriteMode::kAlways, Mark("Replace it always")},
+                                   {OverwriteMode::kNewer, Mark("Replace it when older")},
+                                   {OverwriteMode::kNever, Mark("Leave it always")}};
 
 // What can be used while nothing is in work.
 constexpr int kIdleControls[] = {lstvArchives,   lstvEntries,        cboOverwrite,
@@ -82,7 +83,7 @@ void FrmBackups::OnInit() {
   entries_.SetSorter([this, idle](int column) { idle() ? SortEntries(column) : void(); });
   for (const ModeText& row : kModeTexts) {
     SendDlgItemMessageW(window(), cboOverwrite, CB_ADDSTRING, 0,
-                        reinterpret_cast<LPARAM>(row.text));
+                        reinterpret_cast<LPARAM>(Wide(Tr(row.text)).c_str()));
   }
   const auto mode = std::ranges::find(kModeTexts, browser_->mode(), &ModeText::mode);
   SendDlgItemMessageW(window(), cboOverwrite, CB_SETCURSEL,
@@ -213,7 +214,7 @@ void FrmBackups::View() {
   std::string path;
   if (!Work([&](const Pause& pause) { path = browser_->View(rows[0], pause); })) return;
   if (!path.empty() && !OpenByShell(window(), path)) {
-    browser_->Say("Windows has no program to open " + path + ".");
+    browser_->Tell(Tr("Windows has no program to open %1.", path));
   }
   ShowOutcome();
 }
@@ -221,7 +222,8 @@ void FrmBackups::View() {
 void FrmBackups::Restore(int command) {
   const std::vector<size_t> rows = entries_.SelectedRows();
   std::optional<std::string> folder;
-  if (command == cmdRestoreInto && !(folder = prompts_.AskFolder("Restore into this folder:"))) {
+  if (command == cmdRestoreInto &&
+      !(folder = prompts_.AskFolder(Tr("Restore into this folder:")))) {
     return;
   }
   Work([&](const Pause& pause) {
@@ -253,16 +255,18 @@ bool FrmBackups::Work(const LongWork::Work& work) {
 
 void FrmBackups::ShowProgress(const Progress& progress) {
   const std::string left = work_.TimeLeft();
-  SetText(txtOutcome, std::string(progress.work) + " " + std::string(progress.path) +
-                          (left.empty() ? "" : "\r\n" + left));
+  // TRANSLATORS: What is done ("Restoring"), and with which file.
+  const std::string now = Tr("%1 %2", Tr(progress.work), progress.path);
+  SetText(txtOutcome, now + (left.empty() ? "" : "\r\n" + left));
 }
 
 void FrmBackups::RepairArchive() {
   const BackupInfo* const chosen = browser_->Chosen();
   if (!chosen) return;
   const std::string question =
-      "Repair " + chosen->name + "? " + chosen->incomplete +
-      " What is not whole goes; the archive needs its space twice meanwhile.";
+      // TRANSLATORS: %2 is a sentence: what is wrong with it.
+      Tr("Repair %1? %2 What is not whole goes; the archive needs its space twice meanwhile.",
+         chosen->name, chosen->incomplete);
   if (!prompts_.AskYesNo(question)) return;
   if (!Work([this](const Pause& pause) { browser_->RepairArchive(pause); })) return;
   ShowArchives();
@@ -273,7 +277,7 @@ void FrmBackups::DeleteArchive() {
   const BackupInfo* const chosen = browser_->Chosen();
   if (!chosen) return;
   const std::string question =
-      "Delete the archive " + chosen->name + "? The files in it cannot be restored afterwards.";
+      Tr("Delete the archive %1? The files in it cannot be restored afterwards.", chosen->name);
   if (!prompts_.AskYesNo(question)) return;
   if (!Work([this](const Pause& pause) { browser_->DeleteArchive(pause); })) return;
   ShowArchives();

@@ -1,5 +1,6 @@
 #include "ui/frm_countdown.h"
 
+#include "platform/words.h"
 #include "ui/long_work.h"
 #include "ui/resource.h"
 
@@ -25,8 +26,9 @@ void FrmCountdown::OnInit() {
 }
 
 void FrmCountdown::ShowSeconds() const {
-  SetText(lblCountdown,
-          what_ + " in " + std::to_string(seconds_) + (seconds_ == 1 ? " second." : " seconds."));
+  // TRANSLATORS: %1 is what happens then: "The computer is turned off".
+  SetText(lblCountdown, TrN("%1 in %2 second.", "%1 in %2 seconds.",
+                            static_cast<uint64_t>(seconds_), what_, std::to_string(seconds_)));
   ShowSteps(Control(pgCountdown),
             {.done = static_cast<uint64_t>(kSeconds - seconds_), .total = kSeconds});
 }

@@ -3,6 +3,7 @@
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "run/time_left.h"
 #include "ui/control_text.h"
 #include "ui/looks.h"
@@ -99,11 +100,12 @@ void FrmDeletetion::ShowText(int id, const std::string& text) {
 }
 
 std::string FrmDeletetion::StateText() const {
-  if (results_->searching()) return "Searching... Abort ends the search and keeps what was found.";
+  if (results_->searching())
+    return Tr("Searching... Abort ends the search and keeps what was found.");
   if (results_->deleting()) {
     const std::string text = ProgressText(results_->progress(), machine_.system.UserLocale(),
                                           GetTickCount64() - deleting_since_);
-    return text.empty() ? "Deleting..." : text;
+    return text.empty() ? Tr("Deleting...") : text;
   }
   const std::string reason = ReasonOf(list_.FocusedRow());
   return reason.empty() ? results_->stopped() : reason;
@@ -276,7 +278,7 @@ void FrmDeletetion::AskShell(void (Shell::*show)(std::string_view)) const {
   try {
     (machine_.shell.*show)(path);
   } catch (const Error& error) {
-    MessageBoxW(window(), Wide(error.what()).c_str(), Wide(kApplicationTitle).c_str(),
+    MessageBoxW(window(), Wide(Shown(error)).c_str(), Wide(kApplicationTitle).c_str(),
                 MB_OK | MB_ICONERROR);
   }
 }

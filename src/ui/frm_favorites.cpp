@@ -3,6 +3,7 @@
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/control_text.h"
 #include "ui/dpi.h"
 #include "ui/row_menu.h"
@@ -27,7 +28,7 @@ constexpr Anchor kAnchors[] = {
 constexpr int kIdle[] = {cmdAskWeb, cmdTickMarked, cmdDelete, cmdBookmarks};
 
 constexpr FileFilter kFilters[] = {
-    {"Bookmarks as browsers export them ( *.html; *.htm )", "*.html;*.htm"}};
+    {Mark("Bookmarks as browsers export them ( *.html; *.htm )"), "*.html;*.htm"}};
 
 }  // namespace
 
@@ -59,9 +60,10 @@ void FrmFavorites::OnInit() {
   list_.SetEraser([this] { Delete(list_.SelectedRows()); });
   list_.SetTotals(machine_.system.UserLocale(), {}, [this](int row) { return HasRow(row); });
   list_.SetEmpty([this]() -> std::string {
-    if (work_.working()) return "Looking through the favorites...";
-    return "There are no Internet shortcuts in the favorites. Bookmarks shows those that a browser "
-           "exported.";
+    if (work_.working()) return Tr("Looking through the favorites...");
+    return Tr(
+        "There are no Internet shortcuts in the favorites. Bookmarks shows those that a browser "
+        "exported.");
   });
   list_.SetTickedButton(Control(cmdDelete), [this] { return !work_.working(); });
 }
@@ -89,7 +91,7 @@ bool FrmFavorites::Work(const LongWork::Work& work) {
                                         try {
                                           work(pause);
                                         } catch (const Error& error) {
-                                          problem = error.what();
+                                          problem = Shown(error);
                                         }
                                       });
   if (end == LongWork::End::kCloses) OwnedWindow::OnClose();
@@ -130,7 +132,8 @@ void FrmFavorites::ChooseBookmarks() {
 void FrmFavorites::Delete(const std::vector<size_t>& rows) {
   if (work_.working() || rows.empty()) return;
   if (!favorites_.can_delete())
-    return prompts_.Inform("These stand in a file that a browser exported, which stays as it is.");
+    return prompts_.Inform(
+        Tr("These stand in a file that a browser exported, which stays as it is."));
   if (!MayGo(window(), favorites_.QuestionFor(rows.size()))) return;
   const bool is_done = Work([&](const Pause&) {
     Engine engine(machine_, display_);
@@ -140,7 +143,7 @@ void FrmFavorites::Delete(const std::vector<size_t>& rows) {
     KeepRun(engine.context());
   });
   if (is_done && !favorites_.stayed().empty())
-    prompts_.Inform("Some stay:\n\n" + favorites_.stayed());
+    prompts_.Inform(Tr("Some stay:\n\n%1", favorites_.stayed()));
 }
 
 void FrmFavorites::OnCommand(int id, int code) {

@@ -1,6 +1,7 @@
 #include "ui/frm_ie_cache.h"
 
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/dpi.h"
 #include "ui/row_menu.h"
 #include "ui/window_prompts.h"
@@ -69,9 +70,10 @@ void FrmIECache::OnInit() {
                          : std::nullopt;
   });
   list_.SetEmpty([this]() -> std::string {
-    if (work_.working()) return "Reading the cache...";
-    return "The Internet cache of Windows holds no entry of this kind. Today's browsers keep their "
-           "own caches: they are items of the main window.";
+    if (work_.working()) return Tr("Reading the cache...");
+    return Tr(
+        "The Internet cache of Windows holds no entry of this kind. Today's browsers keep their "
+        "own caches: they are items of the main window.");
   });
   list_.SetTickedButton(Control(cmdDelete), [this] { return !work_.working(); });
   CheckRadioButton(window(), optAll, optURL, optAll);
@@ -102,7 +104,7 @@ Cell FrmIECache::CellAt(int row, int column) const {
 }
 
 void FrmIECache::Load() {
-  SetText(lblStatus, "Obtaining information, please wait");
+  SetText(lblStatus, Tr("Obtaining information, please wait"));
   UpdateWindow(window());
   list_.SetRows(0);
   ShowNothing();
@@ -115,7 +117,7 @@ void FrmIECache::ShowRows() {
   const std::optional<CacheColumn> column = cache_->sorted_by();
   list_.ShowOrder(column ? static_cast<int>(*column) : kUnsorted, cache_->descending());
   const std::string& problem = cache_->problem();
-  SetText(lblStatus, cache_->Status() + (problem.empty() ? "" : ". " + problem));
+  SetText(lblStatus, problem.empty() ? cache_->Status() : Tr("%1. %2", cache_->Status(), problem));
   EnableCommands();
 }
 
@@ -128,12 +130,12 @@ void FrmIECache::EnableCommands() const {
 
 void FrmIECache::ShowNothing() {
   display_->Clear();
-  SetText(lblDisplaying, "Displaying: None");
+  SetText(lblDisplaying, Tr("Displaying: None"));
 }
 
 void FrmIECache::ShowCacheEntry(size_t row) {
   const UrlCacheEntry& entry = cache_->Row(row).entry;
-  SetText(lblDisplaying, "Displaying: " + entry.source);
+  SetText(lblDisplaying, Tr("Displaying: %1", entry.source));
   display_->Show(machine_, entry);
 }
 
@@ -214,7 +216,7 @@ void FrmIECache::Delete(Which which) {
                                                  : rows.size();
   if (!MayGo(window(), cache_->QuestionFor(count))) return;
   ShowNothing();  // what is shown is in use
-  SetText(lblStatus, "Deleting, please wait");
+  SetText(lblStatus, Tr("Deleting, please wait"));
   const auto work = [&](const Pause& pause) {
     if (which == Which::kAll) cache_->DeleteAllListed(pause);
     if (which == Which::kTicked) cache_->DeleteSelected(pause);

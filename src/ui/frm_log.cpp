@@ -9,6 +9,7 @@
 #include "engine.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "run/exit_code.h"
 #include "ui/control_text.h"
 #include "ui/resource.h"
@@ -40,10 +41,10 @@ constexpr Anchor kAnchors[] = {
 };
 
 // What a log is saved as.
-constexpr FileFilter kForms[] = {{"Log Files ( *.log )", "*.log"},
-                                 {"Entries as text ( *.txt )", "*.txt"},
-                                 {"Entries as CSV ( *.csv )", "*.csv"},
-                                 {"The run as JSON ( *.json )", "*.json"}};
+constexpr FileFilter kForms[] = {{Mark("Log Files ( *.log )"), "*.log"},
+                                 {Mark("Entries as text ( *.txt )"), "*.txt"},
+                                 {Mark("Entries as CSV ( *.csv )"), "*.csv"},
+                                 {Mark("The run as JSON ( *.json )"), "*.json"}};
 
 }  // namespace
 
@@ -82,7 +83,7 @@ void FrmLog::ShowReport() {
 // The run that was shown first, and behind it those that are kept.
 void FrmLog::FillRuns() {
   runs_ = RunLogs(machine_).List();
-  std::vector<std::string> names = {"The last run"};
+  std::vector<std::string> names = {Tr("The last run")};
   for (const std::string& run : runs_) names.push_back(RunLogs::TitleOf(run));
   FillCombo(Control(cboRuns), names);
   SendMessageW(Control(cboRuns), CB_SETCURSEL, 0, 0);
@@ -97,7 +98,7 @@ void FrmLog::ChooseRun() {
                   : MakeReport(RunLogs(machine_).Read(runs_[static_cast<size_t>(chosen) - 1]),
                                machine_.system.UserLocale());
   } catch (const Error& error) {
-    return Tell(error.what());
+    return Tell(Shown(error));
   }
   ShowReport();
 }
@@ -109,8 +110,8 @@ void FrmLog::OnResolution() {
 
 Cell FrmLog::CategoryCell(int row, int column) const {
   const Outcome outcome = report_.outcomes[static_cast<size_t>(row)];
-  if (column == 1) return {Wide(OutcomeText(outcome))};
-  return {Wide(CategoryTitle(static_cast<Category>(row))),
+  if (column == 1) return {Wide(Tr(OutcomeText(outcome)))};
+  return {Wide(Tr(CategoryTitle(static_cast<Category>(row)))),
           outcome == Outcome::kCleaned ? kTick : kCross};
 }
 
@@ -157,28 +158,25 @@ void FrmLog::Save() const {
   try {
     machine_.files.WriteWholeFile(place->path, TextOf(place->filter));
   } catch (const Error& error) {
-    Tell(std::string("The log could not be saved. ") + error.what());
+    Tell(Tr("The log could not be saved. %1", Shown(error)));
   }
 }
 
 // No run may begin meanwhile.
 void FrmLog::Undo() {
   const HWND owner = GetWindow(window(), GW_OWNER);
-  if (!prompts_.AskYesNo("Put back everything that this run backed up?")) return;
+  if (!prompts_.AskYesNo(Tr("Put back everything that this run backed up?"))) return;
   const bool was_disabled = EnableWindow(owner, FALSE) != FALSE;
   const std::shared_ptr<const RunEntries> run = report_.totals->Entries;
   RestoreResult result;
-  const LongWork::End end =
-      work_.Run({.show =
-                     [this](const Progress& at) {
-                       SetText(lblRunSummary, "Restoring " + std::string(at.path));
-                     }},
-                [&](const Pause& pause) { result = UndoRun(machine_, *run, prompts_, pause); });
+  const LongWork::End end = work_.Run(
+      {.show = [this](const Progress& at) { SetText(lblRunSummary, Tr("Restoring %1", at.path)); }},
+      [&](const Pause& pause) { result = UndoRun(machine_, *run, prompts_, pause); });
   EnableWindow(owner, !was_disabled);
   if (end == LongWork::End::kGone) return;
   entries_.ShowSummary();
-  std::string told = std::to_string(result.restored) + " restored, " +
-                     std::to_string(result.skipped) + " left as they were.";
+  std::string told = Tr("%1 restored, %2 left as they were.", std::to_string(result.restored),
+                        std::to_string(result.skipped));
   for (const std::string& problem : result.problems) told += "\r\n" + problem;
   prompts_.Inform(told);
   if (end == LongWork::End::kCloses) Close();

@@ -8,6 +8,7 @@
 #include "app/updates.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/dpi.h"
 #include "ui/group_heading.h"
 #include "ui/looks.h"
@@ -65,7 +66,7 @@ void FrmMain::Open(HWND owner, StartMode mode, modShutDown::Ending ending) {
   if (with_rights_) KeepOnlyRights(machine_, engine_.selection());
   Create(frmMain, owner);
   if (is_hidden) return RunHidden();
-  if (with_rights_) SetWindowTextW(window(), L"Quellix (Administrator)");
+  if (with_rights_) SetWindowTextW(window(), Wide(Tr("Quellix (Administrator)")).c_str());
   if (!is_remembered()) Enlarge();
   BeginRemembering();
   ShowWindow(window(), SW_SHOW);
@@ -136,10 +137,12 @@ void FrmMain::ShowSelected() { pane_.Show(items_.list(), items_.Selected()); }
 // What is ticked and how it goes, with the way to where that is chosen.
 void FrmMain::ShowSummary() {
   const std::string what = items_.list().Summary();
-  const std::string how(RemovalText(engine_.preferences().RemovalMode));
+  const std::string how = Tr(RemovalText(engine_.preferences().RemovalMode));
   // What is no link stays as it is in the light.
   std::string summary =
-      IsDark() ? "<a>" + what + ", " + how + "</a>" : what + ", <a>" + how + "</a>";
+      // TRANSLATORS: What is ticked ("12 items, 1.40 GB"), and how it goes ("deleted for good").
+      IsDark() ? "<a>" + Tr("%1, %2", what, how) + "</a>"
+               : Tr("%1, %2", what, "<a>" + how + "</a>");
   ShowRights();
   if (summary == summary_) return;  // a link that is set anew paints itself
   summary_ = std::move(summary);
@@ -338,7 +341,7 @@ std::string FrmMain::Save() const {
     if (!with_rights_) engine_.Save();
     return "";
   } catch (const Error& error) {
-    return std::string("The ticked items could not be saved. ") + error.what();
+    return Tr("The ticked items could not be saved. %1", Shown(error));
   }
 }
 

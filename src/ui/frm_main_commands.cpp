@@ -10,6 +10,7 @@
 #include "app/mod_shut_down.h"
 #include "cleaners/junk_cleaners.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/cls_prev_instance.h"
 #include "ui/control_text.h"
 #include "ui/dropped_files.h"
@@ -25,11 +26,11 @@ struct TurnOffEntry {
   std::string_view does;
 };
 constexpr TurnOffEntry kTurnOff[] = {
-    {mnuPowrOff, modShutDown::PowerOff, "The computer is turned off"},
-    {mnu_Restart, modShutDown::Restart, "You are logged off by force"},
-    {mnuLogOff, modShutDown::LogOff, "You are logged off"},
-    {mnuShutDown, modShutDown::ShutDown, "Windows is shut down"},
-    {mnuForceShutDOwn, modShutDown::ForceShutDown, "You are logged off by force"},
+    {mnuPowrOff, modShutDown::PowerOff, Mark("The computer is turned off")},
+    {mnu_Restart, modShutDown::Restart, Mark("You are logged off by force")},
+    {mnuLogOff, modShutDown::LogOff, Mark("You are logged off")},
+    {mnuShutDown, modShutDown::ShutDown, Mark("Windows is shut down")},
+    {mnuForceShutDOwn, modShutDown::ForceShutDown, Mark("You are logged off by force")},
 };
 
 }  // namespace
@@ -76,7 +77,7 @@ bool FrmMain::TurnOff(int id) {
   const auto command = std::ranges::find(kTurnOff, id, &TurnOffEntry::entry);
   if (command == std::end(kTurnOff)) return false;
   const auto end = [this, command] { command->end_session(machine_.session); };
-  engine_.preferences().ask ? countdown_.Show(window(), command->does, end) : end();
+  engine_.preferences().ask ? countdown_.Show(window(), Tr(command->does), end) : end();
   return true;
 }
 
@@ -96,7 +97,7 @@ void FrmMain::EndAsChosen() {
   const auto end = [this, ending] { modShutDown::End(machine_.session, ending); };
   state.Hidden && !IsWindowVisible(window())
       ? end()
-      : countdown_.Show(window(), modShutDown::TextOf(ending), end);
+      : countdown_.Show(window(), Tr(modShutDown::TextOf(ending)), end);
 }
 
 void FrmMain::OnContextMenu(HWND control, POINT screen) {

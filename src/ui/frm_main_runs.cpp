@@ -6,6 +6,7 @@
 #include "app/run_report.h"
 #include "platform/locale.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "plugins/plugin_manager.h"
 #include "run/run_steps.h"
 #include "ui/frm_main.h"
@@ -107,7 +108,8 @@ void FrmMain::CleanForOthers() {
 void FrmMain::RemoveByHand(std::vector<std::string> paths) {
   if (work_.working()) return;
   if (paths.empty()) {
-    return prompts_.Inform("Copy files or folders in Explorer first, or drop them on this window.");
+    return prompts_.Inform(
+        Tr("Copy files or folders in Explorer first, or drop them on this window."));
   }
   Preview({.others = OtherChoices{.paths = std::move(paths)}});
 }
@@ -144,11 +146,12 @@ void FrmMain::ShowNamed() {
 void FrmMain::TellLeftOut(uint64_t count) {
   const Locale locale = machine_.system.UserLocale();
   const std::string most = FormatCount(kMostNamed, locale), more = FormatCount(count, locale);
-  prompts_.Inform(TrN("Of what was named only the first %1 are looked at; %2 more is left out. Name "
-                      "the folder instead.",
-                      "Of what was named only the first %1 are looked at; %2 more are left out. "
-                      "Name the folder instead.",
-                      count, most, more));
+  prompts_.Inform(
+      TrN("Of what was named only the first %1 are looked at; %2 more is left out. Name "
+          "the folder instead.",
+          "Of what was named only the first %1 are looked at; %2 more are left out. "
+          "Name the folder instead.",
+          count, most, more));
 }
 
 FrmMain::Look FrmMain::LookAt(const Target& target) {
@@ -194,9 +197,9 @@ void FrmMain::ShowPreview(std::shared_ptr<const RunEntries> found, const Target&
   try {
     modPlugin::KeepShown(machine_, shown_);
   } catch (const Error& error) {
-    Warn(std::string("Which recipes you have seen could not be stored. ") + error.what());
+    Warn(Tr("Which recipes you have seen could not be stored. %1", Shown(error)));
   }
-  if (found->all.empty()) return prompts_.Inform("There is nothing to remove.");
+  if (found->all.empty()) return prompts_.Inform(Tr("There is nothing to remove."));
   preview_.Show(window(), std::move(found));
 }
 
@@ -239,7 +242,7 @@ void FrmMain::Work(const std::function<void()>& work) {
     try {
       work();
     } catch (const std::exception& error) {
-      ReportCritical(engine_.context(), error.what());
+      ReportCritical(engine_.context(), SentenceOf(error));
     }
     display_.Flush();
     display_.ShowStopped("");

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/options_cookies_page.h"
 #include "ui/options_general_page.h"
 #include "ui/options_list_page.h"
@@ -39,22 +40,22 @@ int ControlOf(OptionsField field) {
 
 std::string TitleOf(int page) {
   const int list = page - kFirstList;
-  if (list >= 0 && list < kListPages) return std::string(ListPages()[list].title);
+  if (list >= 0 && list < kListPages) return Tr(ListPages()[list].title);
   switch (static_cast<OptionsPage>(page)) {
     case OptionsPage::kGeneral:
-      return "General";
+      return Tr("General");
     case OptionsPage::kDeletion:
-      return "Deletion";
+      return Tr("Deletion");
     case OptionsPage::kRuns:
-      return "Runs";
+      return Tr("Runs");
     case OptionsPage::kSchedule:
-      return "Schedule";
+      return Tr("Schedule");
     case OptionsPage::kSearch:
-      return "Search";
+      return Tr("Search");
     case OptionsPage::kCookies:
-      return "Cookies";
+      return Tr("Cookies");
     default:
-      return "Backups";
+      return Tr("Backups");
   }
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/control_text.h"
 
 namespace quellix {
@@ -13,7 +14,8 @@ constexpr Anchor kAnchors[] = {
     {cmdTry, 0, 1, 0, 1},         {IDCANCEL, 1, 1, 1, 1},
 };
 
-constexpr const wchar_t* kTabs[] = {L"Files", L"Registry", L"INI files", L"Further"};
+constexpr const char* kTabs[] = {Mark("Files"), Mark("Registry"), Mark("INI files"),
+                                 Mark("Further")};
 constexpr int kPages[] = {pagFiles, pagRegistry, pagINI, pagFurther, pagEnd};
 
 }  // namespace
@@ -47,7 +49,8 @@ void FrmPlugin::OnInit() {
   for (int i = 0; i < static_cast<int>(std::size(kTabs)); ++i) {
     TCITEMW item{};
     item.mask = TCIF_TEXT;
-    item.pszText = const_cast<wchar_t*>(kTabs[i]);
+    std::wstring title = Wide(Tr(kTabs[i]));
+    item.pszText = title.data();
     TabCtrl_InsertItem(Control(sstPlugin), i, &item);
   }
   SetText(txtDescription, editor_.plugin().description);

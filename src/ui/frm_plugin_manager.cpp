@@ -7,6 +7,7 @@
 #include "app/preview_run.h"
 #include "engine.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/dpi.h"
 #include "ui/row_menu.h"
 
@@ -57,8 +58,9 @@ void FrmPluginManager::OnInit() {
   list_.SetEraser([this] { OnCommand(mnuDelete, 0); });
   list_.SetTotals(machine_.system.UserLocale());
   list_.SetEmpty([]() -> std::string {
-    return "There are no plug-ins. Create one, or copy a .cdp file into the folder Plugins and add "
-           "it with File, Add.";
+    return Tr(
+        "There are no plug-ins. Create one, or copy a .cdp file into the folder Plugins and add it "
+        "with File, Add.");
   });
   manager_.Load();
   ShowRows();
@@ -201,7 +203,7 @@ void FrmPluginManager::Process() {
     may_go = end == LongWork::End::kDone && !preview.state().AbortRequested &&
              MayGo(window(), EntryList(machine_.system, preview.entries(), true).Question());
   }
-  if (!may_go && window()) display_.SetStatus("Nothing was removed");
+  if (!may_go && window()) display_.SetStatus(Tr("Nothing was removed"));
   if (may_go) {
     CleaningContext context{machine_, engine_.settings(), engine_.state(), display_,
                             engine_.context().backup};

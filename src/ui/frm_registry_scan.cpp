@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/control_text.h"
 #include "ui/dpi.h"
 #include "ui/resource.h"
@@ -79,7 +80,7 @@ void FrmRegistryScan::OnInit() {
   titles_.clear();
   columns_.clear();
   const auto columns = scan_->traits().columns;
-  for (const ScanColumn& column : columns) titles_.push_back(Wide(column.title));
+  for (const ScanColumn& column : columns) titles_.push_back(Wide(Tr(column.title)));
   for (size_t i = 0; i < columns.size(); ++i) {
     // The first column stands at the left whatever it holds.
     columns_.push_back({titles_[i].c_str(), parts_.widths[i], i > 0 && columns[i].number});
@@ -103,8 +104,8 @@ void FrmRegistryScan::OnInit() {
   });
   list_.SetTotals(machine_.system.UserLocale(), {}, [this](int row) { return HasRow(row); });
   list_.SetEmpty([this]() -> std::string {
-    if (work_.working()) return "Looking through the registry...";
-    return "There is nothing here to put in order.";
+    if (work_.working()) return Tr("Looking through the registry...");
+    return Tr("There is nothing here to put in order.");
   });
   list_.SetTickedButton(Control(cmdDelete), [this] { return !work_.working(); });
 }
@@ -164,7 +165,7 @@ void FrmRegistryScan::ShowStatus() {
 
 void FrmRegistryScan::ShowProblem(std::string_view sentence) {
   if (!window()) return;
-  MessageBoxW(window(), Wide(sentence).c_str(), Wide(scan_->traits().title).c_str(),
+  MessageBoxW(window(), Wide(sentence).c_str(), Wide(Tr(scan_->traits().title)).c_str(),
               MB_OK | MB_ICONERROR);
 }
 
@@ -261,10 +262,11 @@ bool FrmRegistryScan::IsOffered(ScanAction action) const {
 
 void FrmRegistryScan::Act(ScanAction action) {
   const std::vector<size_t> rows = list_.SelectedRows();
-  if (rows.empty()) return prompts_.Inform("Select the entries first.");
-  if (!IsOffered(action)) return prompts_.Inform("None of the selected entries can be changed so.");
+  if (rows.empty()) return prompts_.Inform(Tr("Select the entries first."));
+  if (!IsOffered(action))
+    return prompts_.Inform(Tr("None of the selected entries can be changed so."));
   const bool is_of_one = action == ScanAction::kStart || action == ScanAction::kChoose;
-  if (is_of_one && rows.size() > 1) return prompts_.Inform("Select one entry alone.");
+  if (is_of_one && rows.size() > 1) return prompts_.Inform(Tr("Select one entry alone."));
   if (action == ScanAction::kChoose) return Choose(rows[0]);
   const std::string question = scan_->QuestionForAction(action, rows[0]);
   if (!question.empty() && !prompts_.AskYesNo(question)) return;
@@ -286,7 +288,7 @@ void FrmRegistryScan::Choose(size_t row) {
   try {
     scan_->Choose(row, choices[static_cast<size_t>(chosen) - 1]);
   } catch (const Error& error) {
-    return ShowProblem(error.what());
+    return ShowProblem(Shown(error));
   }
   StartScan();
 }
@@ -294,7 +296,7 @@ void FrmRegistryScan::Choose(size_t row) {
 void FrmRegistryScan::EditReference() {
   if (scan_->RowCount() == 0) return;
   const std::vector<size_t> rows = list_.SelectedRows();
-  if (rows.size() != 1) return prompts_.Inform("Select the one reference to edit first.");
+  if (rows.size() != 1) return prompts_.Inform(Tr("Select the one reference to edit first."));
   const int dialog = parts_.window == frmInvalidHelp ? frmEditHelp : frmEditAppPath;
   edit_.Show(dialog, *scan_, rows[0], window(), [this] { ArmTimer(); });
 }

@@ -1,6 +1,7 @@
 #include "ui/frm_try.h"
 
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/dpi.h"
 #include "ui/row_menu.h"
 
@@ -23,7 +24,7 @@ void FrmTry::Show(HWND owner, const modPlugin::Plugin& plugin) {
       {.stop = cmdStop, .rest = lstvTry, .show = [this](const Progress&) { display_.Flush(); }},
       [&](const Pause& pause) {
         display_.BreatheBy(pause);
-        display_.SetStatus("Looking...");
+        display_.SetStatus(Tr("Looking..."));
         display_.Flush();
         trial_->Run(plugin, display_);
       });
@@ -31,7 +32,7 @@ void FrmTry::Show(HWND owner, const modPlugin::Plugin& plugin) {
   if (end == LongWork::End::kCloses) return OwnedWindow::OnClose();
   display_.SetStatus(trial_->Summary());
   display_.Flush();
-  SetText(txtTry, trial_->notes().empty() ? "Everything the plug-in names may be cleaned."
+  SetText(txtTry, trial_->notes().empty() ? Tr("Everything the plug-in names may be cleaned.")
                                           : trial_->notes());
   list_.SetRows(static_cast<int>(trial_->count()));
   SetFocus(Control(lstvTry));
@@ -43,11 +44,11 @@ void FrmTry::OnInit() {
   display_.Attach(window());
   list_.Attach(Control(lstvTry), kColumns, [this](int row, int column) {
     const auto index = static_cast<size_t>(row);
-    return Cell{Wide(column == 0 ? trial_->What(index) : trial_->Where(index))};
+    return Cell{Wide(column == 0 ? Tr(trial_->What(index)) : trial_->Where(index))};
   });
   list_.SetTotals(machine_.system.UserLocale());
   list_.SetEmpty([this]() -> std::string {
-    return work_.working() ? "Looking..." : "Nothing that this plug-in names is here now.";
+    return work_.working() ? Tr("Looking...") : Tr("Nothing that this plug-in names is here now.");
   });
   list_.SetRows(0);
 }

@@ -2,6 +2,7 @@
 
 #include "platform/error.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "ui/control_text.h"
 #include "ui/resource.h"
 
@@ -47,7 +48,7 @@ void FrmUpdate::OnTimer(UINT_PTR id) {
 }
 
 // False when the window is gone or goes.
-bool FrmUpdate::Work(const char* status, const LongWork::Work& work) {
+bool FrmUpdate::Work(const std::string& status, const LongWork::Work& work) {
   SetText(lblStatus, status);
   std::string problem;
   const LongWork::End end =
@@ -55,7 +56,7 @@ bool FrmUpdate::Work(const char* status, const LongWork::Work& work) {
         try {
           work(pause);
         } catch (const Error& error) {
-          problem = error.what();
+          problem = Shown(error);
         }
       });
   if (end == LongWork::End::kCloses) OwnedWindow::OnClose();
@@ -66,7 +67,7 @@ bool FrmUpdate::Work(const char* status, const LongWork::Work& work) {
 }
 
 void FrmUpdate::Ask() {
-  const bool is_done = Work("Asking the server...", [this](const Pause& pause) {
+  const bool is_done = Work(Tr("Asking the server..."), [this](const Pause& pause) {
     check_ = CheckForUpdate(*OpenHttp(), source_, pause);
     if (check_.result == UpdateResult::kNew || check_.result == UpdateResult::kNone)
       NoteUpdateCheck(machine_);
@@ -75,11 +76,11 @@ void FrmUpdate::Ask() {
 }
 
 void FrmUpdate::ShowResult() {
-  const std::string why = check_.result == UpdateResult::kNew ? WhyNotFetched(source_) : "";
+  const std::string why = check_.result == UpdateResult::kNew ? WhyNotFetched(source_).shown : "";
   SetText(txtUpdate,
           ReplaceNoCase(check_.Text() + (why.empty() ? "" : "\n" + why + "\n"), "\n", "\r\n"));
-  SetText(lblStatus,
-          check_.result == UpdateResult::kNoServer ? "Nobody was asked." : "The server was asked.");
+  SetText(lblStatus, check_.result == UpdateResult::kNoServer ? Tr("Nobody was asked.")
+                                                              : Tr("The server was asked."));
   EnableControl(cmdInstall, check_.result == UpdateResult::kNew && why.empty(), IDCANCEL);
 }
 
@@ -87,13 +88,13 @@ void FrmUpdate::ShowResult() {
 void FrmUpdate::Install() {
   EnableControl(cmdInstall, false, IDCANCEL);
   std::string bytes;
-  const bool is_fetched = Work("Fetching the new version...", [&](const Pause& pause) {
+  const bool is_fetched = Work(Tr("Fetching the new version..."), [&](const Pause& pause) {
     bytes = FetchInstaller(*OpenHttp(), source_, check_.version, pause);
   });
   if (!window()) return;
-  const std::string question = "Version " + check_.version +
-                               " was fetched, and is what its makers signed.\n\nStart its "
-                               "installer now?";
+  const std::string question =
+      Tr("Version %1 was fetched, and is what its makers signed.\n\nStart its installer now?",
+         check_.version);
   ShowResult();
   if (is_fetched && prompts_.AskYesNo(question)) Start(bytes);
 }

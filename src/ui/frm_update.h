@@ -28,7 +28,7 @@ class FrmUpdate : public OwnedWindow {
   void OnDestroyed() override;
 
  private:
-  bool Work(const char* status, const LongWork::Work& work);
+  bool Work(const std::string& status, const LongWork::Work& work);
   void Ask();
   void Install();
   void Start(const std::string& bytes);

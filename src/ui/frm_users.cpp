@@ -2,6 +2,7 @@
 
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/dpi.h"
 #include "ui/row_menu.h"
 #include "ui/window_prompts.h"
@@ -29,7 +30,7 @@ void FrmUsers::Show(HWND owner) {
   } catch (const Error& error) {
     WindowPrompts prompts;
     prompts.Attach(owner);
-    return prompts.Inform(error.what());
+    return prompts.Inform(Shown(error));
   }
   Open(frmUsers, owner);
 }
@@ -53,16 +54,16 @@ void FrmUsers::OnInit() {
   });
   const Locale locale = machine_.system.UserLocale();
   users_.SetTotals(locale);
-  users_.SetEmpty([]() -> std::string { return "Nobody else has a profile on this computer."; });
+  users_.SetEmpty([] { return Tr("Nobody else has a profile on this computer."); });
   found_.SetTotals(locale);
   found_.SetEmpty([this]() -> std::string {
-    return runs_.HasTicks() ? "Preview shows here what would be cleaned for the ticked users."
-                            : "Tick users above; Preview then shows what would be cleaned.";
+    return runs_.HasTicks() ? Tr("Preview shows here what would be cleaned for the ticked users.")
+                            : Tr("Tick users above; Preview then shows what would be cleaned.");
   });
   found_.SetRows(0);
   users_.SetRows(static_cast<int>(runs_.count()));
   if (runs_.count() > 0) users_.Select(0);
-  display_.SetStatus(runs_.count() > 0 ? "" : "Nobody else has a profile on this computer.");
+  display_.SetStatus(runs_.count() > 0 ? "" : Tr("Nobody else has a profile on this computer."));
   display_.Flush();
   ShowTicks();
 }
@@ -85,7 +86,7 @@ void FrmUsers::OnSized() {
 }
 
 // False when the window is gone or goes.
-bool FrmUsers::Work(const char* status, void (UserRuns::*work)(const Pause& pause)) {
+bool FrmUsers::Work(const std::string& status, void (UserRuns::*work)(const Pause& pause)) {
   found_.SetRows(0);
   const LongWork::End end = work_.Run({.idle = kIdle,
                                        .stop = cmdStop,
@@ -111,7 +112,7 @@ bool FrmUsers::Work(const char* status, void (UserRuns::*work)(const Pause& paus
 
 // What it lists counts as seen.
 void FrmUsers::Look() {
-  if (!Work("Looking...", &UserRuns::Look) || !runs_.WasLookedAt()) return;
+  if (!Work(Tr("Looking..."), &UserRuns::Look) || !runs_.WasLookedAt()) return;
   runs_.NoteShown();
   modPlugin::NoteShown(engine_.selection().recipes(), runs_.shown());
   SetText(txtUsers, runs_.text());
@@ -120,11 +121,11 @@ void FrmUsers::Look() {
 
 // What cannot be undone is asked before, user by user, but at once.
 void FrmUsers::Clean() {
-  if (!Work("Looking...", &UserRuns::Look) || !runs_.WasLookedAt()) return;
-  if (!MayGo(window(), runs_.question().empty() ? "" : "Clean for the ticked users?",
+  if (!Work(Tr("Looking..."), &UserRuns::Look) || !runs_.WasLookedAt()) return;
+  if (!MayGo(window(), runs_.question().empty() ? "" : Tr("Clean for the ticked users?"),
              runs_.question()))
     return;
-  Work("Cleaning...", &UserRuns::Clean);
+  Work(Tr("Cleaning..."), &UserRuns::Clean);
 }
 
 void FrmUsers::OnCommand(int id, int /*code*/) {

@@ -34,7 +34,7 @@ class FrmUsers : public OwnedWindow {
   HBRUSH OnControlColor(HDC target, HWND control) override;
 
  private:
-  bool Work(const char* status, void (UserRuns::*work)(const Pause& pause));
+  bool Work(const std::string& status, void (UserRuns::*work)(const Pause& pause));
   void Look();
   void Clean();
   void ShowTicks();

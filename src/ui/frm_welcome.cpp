@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/error.h"
+#include "platform/words.h"
 #include "ui/control_text.h"
 #include "ui/removal_choice.h"
 #include "ui/window_prompts.h"
@@ -52,7 +53,7 @@ void FrmWelcome::Choose() {
   } catch (const Error& error) {
     WindowPrompts prompts;
     prompts.Attach(window());
-    prompts.Inform(std::string("The choice could not be stored. ") + error.what());
+    prompts.Inform(Tr("The choice could not be stored. %1", Shown(error)));
   }
 }
 

@@ -1,6 +1,7 @@
 #include "ui/frm_wipe_free.h"
 
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "run/removal.h"
 #include "ui/control_text.h"
 #include "ui/dpi.h"
@@ -37,13 +38,13 @@ void FrmWipeFree::OnInit() {
   list_.SetCheckBoxes([this](int row) { return drives_.row(static_cast<size_t>(row)).is_ticked; },
                       [this](int row) { drives_.Toggle(static_cast<size_t>(row)); });
   list_.SetTotals(machine_.system.UserLocale());
-  list_.SetEmpty([]() -> std::string { return "There is no disk whose free space can be wiped."; });
+  list_.SetEmpty([] { return Tr("There is no disk whose free space can be wiped."); });
   list_.SetTickedButton(Control(cmdWipeFree), [this] { return !work_.working(); });
   CheckDlgButton(window(), optWipeRandom, BST_CHECKED);
-  SetText(lblBeyondWiping, kBeyondWiping);
+  SetText(lblBeyondWiping, Tr(kBeyondWiping));
   list_.SetRows(static_cast<int>(drives_.count()));
   if (drives_.count() > 0) list_.Select(0);
-  SetText(lblStatus, "Nothing was overwritten yet.");
+  SetText(lblStatus, Tr("Nothing was overwritten yet."));
 }
 
 Cell FrmWipeFree::CellOf(int row, int column) const {
@@ -64,16 +65,16 @@ void FrmWipeFree::OnSized() { list_.FillWith(kResult, Scale(120, dpi())); }
 void FrmWipeFree::ShowProgress(const Progress& progress) {
   if (progress.path.empty()) return;
   const std::string path(progress.path), left = work_.TimeLeft();
-  if (progress.work == kClearingAway) {
-    SetText(lblStatus, Tr("Removing what was written to %1", path));
-  } else {
-    SetText(lblStatus, left.empty() ? Tr("Wiping %1", path) : Tr("Wiping %1, %2", path, left));
-  }
+  if (progress.work == kClearingAway)
+    return SetText(lblStatus, Tr("Removing what was written to %1", path));
+  SetText(lblStatus, left.empty() ? Tr("Wiping %1", path)
+                                  // TRANSLATORS: %2 is "about 3 minutes left".
+                                  : Tr("Wiping %1, %2", path, left));
 }
 
 void FrmWipeFree::Wipe() {
   const bool zeros = IsTicked(window(), optWipeZeros);
-  if (!drives_.HasTicks()) return prompts_.Inform("Tick the drives first.");
+  if (!drives_.HasTicks()) return prompts_.Inform(Tr("Tick the drives first."));
   if (!prompts_.AskYesNo(drives_.Question(zeros))) return;
   const LongWork::End end =
       work_.Run({.idle = kIdle,

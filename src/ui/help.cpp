@@ -7,6 +7,7 @@
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/frm_help.h"
 #include "ui/window_prompts.h"
 

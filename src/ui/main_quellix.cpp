@@ -10,6 +10,7 @@
 #include "platform/win32/win32_machine.h"
 #include "platform/win32/win32_scheduler.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "run/exit_code.h"
 #include "settings/settings.h"
 #include "ui/cls_prev_instance.h"
@@ -34,10 +35,11 @@ void Tell(const std::string& problem) {
               quellix::Wide(quellix::kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
 }
 
-constexpr const char* kStaysLoaded =
-    "His registry stays loaded, as another program uses it. Until it is unloaded, at the next "
-    "start "
-    "of Windows at the latest, this user cannot log on with his own profile.";
+std::string StaysLoaded() {
+  return quellix::Tr(
+      "His registry stays loaded, as another program uses it. Until it is unloaded, at the next "
+      "start of Windows at the latest, this user cannot log on with his own profile.");
+}
 
 quellix::OtherUsers UsersOf(const quellix::Machine& machine) {
   return {.list = [machine] { return quellix::UsersHere(machine); },
@@ -49,7 +51,7 @@ quellix::OtherUsers UsersOf(const quellix::Machine& machine) {
                                               quellix::Settings(machine).Load().BackupFolder,
                                               breathe);
                 work(his.machine());
-                return std::string(his.Unload(breathe) ? "" : kStaysLoaded);
+                return his.Unload(breathe) ? "" : StaysLoaded();
               }};
 }
 
@@ -88,7 +90,8 @@ int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
       std::string(quellix::kApplicationTitle) + (profile ? " with rights" : "");
   if (!machine.session.ClaimInstance(name)) {
     if (!profile) return LeaveItToTheOther(mode, named);
-    Tell("Quellix is open with administrator rights already. Close that window first.");
+    Tell(
+        quellix::Tr("Quellix is open with administrator rights already. Close that window first."));
     return quellix::kDone;
   }
   LoadControlClasses();
@@ -118,7 +121,7 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR arguments, int) {
                       quellix::ParseRemoval(quellix::Narrow(GetCommandLineW())));
   } catch (const std::exception& error) {
     if (mode == StartMode::kHidden) return quellix::kFailed;
-    Tell(error.what());
+    Tell(quellix::Shown(error));
     return quellix::kFailed;
   }
 }

@@ -4,6 +4,7 @@
 
 #include "platform/path.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/row_menu.h"
 
 namespace quellix {
@@ -27,9 +28,9 @@ void OptionsCookiesPage::Fill() {
   layout().Add(kAnchors);
   const CookieLists& cookies = options().cookies;
   const bool none = cookies.on_machine().empty() && cookies.kept().empty();
-  SetText(lblCookieHint, none ? "Internet Explorer keeps no cookies on this machine."
-                              : "The item Cookies removes the cookies of Internet Explorer, but "
-                                "never those that are kept.");
+  SetText(lblCookieHint, none ? Tr("Internet Explorer keeps no cookies on this machine.")
+                              : Tr("The item Cookies removes the cookies of Internet Explorer, but "
+                                   "never those that are kept."));
   Attach(on_machine_, lstvCookies, cookies.on_machine());
   Attach(kept_, lstvKept, cookies.kept());
   ShowCookies();
@@ -42,8 +43,8 @@ void OptionsCookiesPage::Attach(ListView& view, int id, const std::vector<std::s
   });
   view.SetTotals(context().machine.system.UserLocale());
   view.SetEmpty([id]() -> std::string {
-    return id == lstvKept ? "None are kept. Choose some on the left and press Keep."
-                          : "Internet Explorer has left none here.";
+    return id == lstvKept ? Tr("None are kept. Choose some on the left and press Keep.")
+                          : Tr("Internet Explorer has left none here.");
   });
   view.SetTips([&cookies](int row) { return Wide(cookies[static_cast<size_t>(row)]); });
 }

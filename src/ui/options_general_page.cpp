@@ -4,6 +4,7 @@
 
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "settings/numbers.h"
 #include "settings/settings.h"
 #include "ui/removal_choice.h"
@@ -51,8 +52,9 @@ constexpr WPARAM kMostDigits = 4, kMostPercentDigits = 2;
 
 constexpr WPARAM kFastStep = 65536;
 
-void AddEntry(HWND list, const std::wstring& text, WPARAM data) {
-  const LRESULT row = SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
+void AddEntry(HWND list, const std::string& text, WPARAM data) {
+  const LRESULT row =
+      SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(text).c_str()));
   SendMessageW(list, CB_SETITEMDATA, static_cast<WPARAM>(row), static_cast<LPARAM>(data));
 }
 
@@ -62,8 +64,8 @@ void OptionsGeneralPage::Fill() {
   layout().Add(kGeneralAnchors);
   const GeneralOptions& general = options().general;
   ShowBoxes(kGeneralBoxes);
-  AddEntry(Control(cmbAutoClean), L"Minute(s)", 0);
-  AddEntry(Control(cmbAutoClean), L"Hour(s)", 1);
+  AddEntry(Control(cmbAutoClean), Tr("Minute(s)"), 0);
+  AddEntry(Control(cmbAutoClean), Tr("Hour(s)"), 1);
   SendDlgItemMessageW(window(), cmbAutoClean, CB_SETCURSEL, general.InHours() ? 1 : 0, 0);
   SetText(cmbAutoClean1, general.typed_duration);
   SendDlgItemMessageW(window(), txtLowDisk, EM_LIMITTEXT, kMostPercentDigits, 0);
@@ -78,10 +80,10 @@ void OptionsGeneralPage::ShowSaved() {
     const bool is_changed = LookAtRunValue(context().machine) == RunValue::kChanged;
     SetText(lblRunEntry,
             is_changed
-                ? "Another program changed how Quellix starts with Windows; OK sets it right."
+                ? Tr("Another program changed how Quellix starts with Windows; OK sets it right.")
                 : "");
   } catch (const Error& error) {
-    SetText(lblRunEntry, error.what());
+    SetText(lblRunEntry, Shown(error));
   }
 }
 
@@ -125,10 +127,11 @@ void OptionsDeletionPage::Fill() {
 void OptionsDeletionPage::FillWipeSteps() const {
   const HWND steps = Control(cmbWipeStep);
   const uint64_t step = options().general.WipeStep;
-  AddEntry(steps, L"one byte at a time, as slow as it is thorough", 1);
-  AddEntry(steps, L"64 KB at a time, fast", kFastStep);
+  AddEntry(steps, Tr("one byte at a time, as slow as it is thorough"), 1);
+  AddEntry(steps, Tr("64 KB at a time, fast"), kFastStep);
   if (step != 1 && step != kFastStep) {
-    AddEntry(steps, std::to_wstring(step) + L" bytes at a time", step);
+    AddEntry(steps, TrN("%1 byte at a time", "%1 bytes at a time", step, std::to_string(step)),
+             step);
   }
   SendMessageW(steps, CB_SETCURSEL, step == 1 ? 0 : step == kFastStep ? 1 : 2, 0);
 }
@@ -158,7 +161,7 @@ bool OptionsDeletionPage::Take(int id, int code) {
 
 void OptionsDeletionPage::BrowseForBackup() {
   const std::optional<std::string> folder =
-      context().prompts.AskFolder("Keep the backups in this folder:");
+      context().prompts.AskFolder(Tr("Keep the backups in this folder:"));
   if (folder) SetText(txtBackup, *folder);
 }
 

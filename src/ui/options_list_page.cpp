@@ -2,6 +2,7 @@
 
 #include "platform/text.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/dpi.h"
 #include "ui/row_menu.h"
 
@@ -41,15 +42,15 @@ void OptionsListPage::WidenEntry() {
 }
 
 void OptionsListPage::FillLabels() {
-  SetText(lblListHint, list_.page().hint);
-  SetText(lblEntry, list_.page().label);
+  SetText(lblListHint, Tr(list_.page().hint));
+  SetText(lblEntry, Tr(list_.page().label));
   ShowWindow(Control(cmdBrowse), list_.page().browse == ListPage::kNone ? SW_HIDE : SW_SHOW);
   ShowWindow(Control(cmdDefaults), list_.HasDefaults() ? SW_SHOW : SW_HIDE);
 }
 
 void OptionsListPage::FillColumns() {
   const auto& rows = list_.rows();
-  const std::wstring title = Wide(list_.page().title);
+  const std::wstring title = Wide(Tr(list_.page().title));
   const Column plain[] = {{title.c_str(), 200}};
   rows_.Attach(Control(lstvList), list_.page().has_ticks ? std::span<const Column>(kTypes) : plain,
                [&rows](int row, int column) {
@@ -58,9 +59,8 @@ void OptionsListPage::FillColumns() {
                });
   rows_.SetEraser([this] { Remove(); });
   rows_.SetTotals(context().machine.system.UserLocale());
-  rows_.SetEmpty([]() -> std::string {
-    return "Nothing is listed here yet. Type an entry below and press Add.";
-  });
+  rows_.SetEmpty(
+      [] { return Tr("Nothing is listed here yet. Type an entry below and press Add."); });
   if (!list_.page().has_ticks) return;
   rows_.SetCheckBoxes([&rows](int row) { return rows[static_cast<size_t>(row)].ticked; },
                       [this](int row) {
@@ -170,11 +170,11 @@ void OptionsListPage::Remove() {
 }
 
 void OptionsListPage::Browse() {
-  constexpr FileFilter kAllFiles[] = {{"All files", "*.*"}};
+  constexpr FileFilter kAllFiles[] = {{Mark("All files"), "*.*"}};
   const std::optional<std::string> path =
       list_.page().browse == ListPage::kFile
           ? context().prompts.AskFile(kAllFiles, "")
-          : context().prompts.AskFolder(std::string(list_.page().title) + ":");
+          : context().prompts.AskFolder(Tr("%1:", Tr(list_.page().title)));
   if (!path) return;
   SetText(txtEntry, list_.FromPath(*path));
   SetFocus(Control(cmdAdd));
@@ -190,7 +190,7 @@ void OptionsListPage::RestoreDefaults() {
 
 std::string OptionsListPage::Unfinished() const {
   if (!IsNew()) return {};
-  return TextOf(txtEntry) + " is not in the list yet. Please add it, or empty the field.";
+  return Tr("%1 is not in the list yet. Please add it, or empty the field.", TextOf(txtEntry));
 }
 
 bool OptionsListPage::TakeEnter() {

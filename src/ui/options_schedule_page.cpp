@@ -4,6 +4,7 @@
 
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -53,7 +54,7 @@ void OptionsSchedulePage::Look() {
   try {
     state = context().schedule.Look(context().machine.system.UserLocale());
   } catch (const Error& error) {
-    problem = error.what();
+    problem = Shown(error);
   }
   ShowSchedule(state.schedule);
   SetText(lblNextRun, state.next);
@@ -115,7 +116,7 @@ std::string OptionsSchedulePage::Store() {
   try {
     context().schedule.Set(Chosen());
   } catch (const Error& error) {
-    return std::string("Windows' task scheduler did not take the schedule. ") + error.what();
+    return Tr("Windows' task scheduler did not take the schedule. %1", Shown(error));
   }
   is_changed_ = false;
   Look();

@@ -1,4 +1,5 @@
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/control_text.h"
 #include "ui/plugin_pages.h"
 #include "ui/resource.h"
@@ -46,7 +47,7 @@ std::string PluginFilesPage::TextOf(size_t row, int column) const {
   const bool flags[] = {entry.recurse, entry.delete_subfolders, entry.remove_self,
                         entry.both_sides};
   if (column == 4) return entry.location;
-  return flags[column] ? "Yes" : "No";
+  return flags[column] ? Tr("Yes") : Tr("No");
 }
 
 modPlugin::FilesForm PluginFilesPage::Form() const {
@@ -91,7 +92,7 @@ void PluginFilesPage::OnOwnCommand(int id, int code) {
 }
 
 void PluginFilesPage::Browse() {
-  const auto folder = prompts_.AskFolder("The folder whose files go:");
+  const auto folder = prompts_.AskFolder(Tr("The folder whose files go:"));
   if (folder) SetDlgItemTextW(window(), txtFilePath, Wide(*folder).c_str());
 }
 

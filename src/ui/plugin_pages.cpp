@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/control_text.h"
 #include "ui/dpi.h"
 #include "ui/resource.h"
@@ -11,7 +12,7 @@
 namespace quellix {
 namespace {
 
-std::string YesNo(bool flag) { return flag ? "Yes" : "No"; }
+std::string YesNo(bool flag) { return flag ? Tr("Yes") : Tr("No"); }
 
 constexpr Column kRegistryColumns[] = {{L"Del subkey", 80},
                                        {L"Recurse delete", 100},
@@ -71,9 +72,8 @@ std::span<const Anchor> PluginPage::Attach(HWND window, const Locale& locale) {
   });
   list_.SetEraser([this] { Remove(); });
   list_.SetTotals(locale);
-  list_.SetEmpty([]() -> std::string {
-    return "Nothing is listed here yet. Fill in the fields below and press Add.";
-  });
+  list_.SetEmpty(
+      [] { return Tr("Nothing is listed here yet. Fill in the fields below and press Add."); });
   list_.SetRows(Count());
   return Init();
 }
@@ -281,7 +281,7 @@ PluginFurtherPage::PluginFurtherPage(modPlugin::PluginEditor& editor)
 std::span<const Anchor> PluginFurtherPage::Init() {
   std::vector<std::string> kinds;
   for (const modPlugin::FurtherKind& kind : modPlugin::FurtherKinds()) {
-    kinds.emplace_back(kind.caption);
+    kinds.push_back(Tr(kind.caption));
   }
   FillCombo(Control(cmbFurtherKind), kinds);
   SendMessageW(Control(cmbFurtherKind), CB_SETCURSEL, 0, 0);
@@ -291,7 +291,7 @@ std::span<const Anchor> PluginFurtherPage::Init() {
 
 std::string PluginFurtherPage::TextOf(size_t row, int column) const {
   const auto [what, place, last] = editor().Further(row);
-  return column == 0 ? what : column == 1 ? place : last;
+  return column == 0 ? Tr(what) : column == 1 ? place : last;
 }
 
 size_t PluginFurtherPage::Kind() const {
@@ -317,8 +317,8 @@ bool PluginFurtherPage::Change(size_t row) { return editor().ChangeFurther(row, 
 
 void PluginFurtherPage::ShowKind() {
   const modPlugin::FurtherKind& kind = modPlugin::FurtherKinds()[Kind()];
-  SetDlgItemTextW(window(), lblFurtherPlace, Wide(kind.place).c_str());
-  SetDlgItemTextW(window(), lblFurtherLast, kind.last == nullptr ? L"" : Wide(kind.last).c_str());
+  SetText(lblFurtherPlace, Tr(kind.place));
+  SetText(lblFurtherLast, kind.last == nullptr ? "" : Tr(kind.last));
   if (kind.last == nullptr) SetDlgItemTextW(window(), txtFurtherLast, L"");
   EnableWindow(Control(txtFurtherLast), kind.last != nullptr);
 }

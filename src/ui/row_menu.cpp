@@ -6,6 +6,7 @@
 #include "platform/error.h"
 #include "platform/text.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "settings/path_check.h"
 #include "ui/clipboard.h"
 
@@ -27,6 +28,10 @@ enum Entry : int {
 void Add(HMENU menu, int id, const wchar_t* text, bool enabled) {
   AppendMenuW(menu, MF_STRING | (enabled ? MF_ENABLED : MF_GRAYED), static_cast<UINT_PTR>(id),
               text);
+}
+
+void Add(HMENU menu, int id, const std::string& text, bool enabled) {
+  Add(menu, id, Wide(text).c_str(), enabled);
 }
 
 void Tell(HWND window, const std::string& sentence) {
@@ -65,19 +70,19 @@ RowPlace RowMenu::Focused() const {
 
 void RowMenu::Fill(HMENU menu) const {
   const RowPlace place = Focused();
-  Add(menu, kOpenFolder, L"&Open file location", !place.path.empty());
-  Add(menu, kOpenKey, L"Open &key in the registry editor", !place.key.empty());
-  Add(menu, kCopyPath, L"Copy &path", !place.path.empty() || !place.key.empty());
-  Add(menu, kProperties, L"P&roperties", !place.path.empty());
+  Add(menu, kOpenFolder, Tr("&Open file location"), !place.path.empty());
+  Add(menu, kOpenKey, Tr("Open &key in the registry editor"), !place.key.empty());
+  Add(menu, kCopyPath, Tr("Copy &path"), !place.path.empty() || !place.key.empty());
+  Add(menu, kProperties, Tr("P&roperties"), !place.path.empty());
   AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
-  Add(menu, kTick, L"&Tick", list.CanTick(true));
-  Add(menu, kUntick, L"&Untick", list.CanTick(false));
-  Add(menu, kErase, L"&Delete\tDel", list.CanErase());
+  Add(menu, kTick, Tr("&Tick"), list.CanTick(true));
+  Add(menu, kUntick, Tr("&Untick"), list.CanTick(false));
+  Add(menu, kErase, Tr("&Delete\tDel"), list.CanErase());
   AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
   const HMENU columns = CreatePopupMenu();
   int id = kSortBy;
   for (const std::wstring& title : list.Titles()) Add(columns, id++, title.c_str(), true);
-  AppendMenuW(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(columns), L"Sort &by");
+  AppendMenuW(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(columns), Wide(Tr("Sort &by")).c_str());
   if (own != 0) AddOwn(menu);
 }
 
@@ -104,7 +109,7 @@ int RowMenu::Show(HWND window, POINT screen) const {
   try {
     Do(window, chosen);
   } catch (const Error& error) {
-    Tell(window, error.what());
+    Tell(window, Shown(error));
   }
   return 0;
 }

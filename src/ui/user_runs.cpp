@@ -7,12 +7,13 @@
 #include "app/run_question.h"
 #include "platform/error.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
 
 constexpr const char* kNotLookedAt =
-    "Nothing of his is cleaned, as what would go could not be looked at before.";
+    Mark("Nothing of his is cleaned, as what would go could not be looked at before.");
 
 }  // namespace
 
@@ -55,14 +56,14 @@ void UserRuns::WorkFor(User& user, const Pause& pause, const Work& work) {
     try {
       WorkWith(his, user, work);
     } catch (const std::exception& error) {
-      Tell(error.what());
+      Tell(Shown(error));
     }
   };
   try {
     const std::string left = here_.open(user.profile, with_his, [&pause] { pause({}); });
     if (!left.empty()) Tell(left);
   } catch (const std::exception& error) {
-    Tell(error.what());
+    Tell(Shown(error));
   }
   ++done_;
 }
@@ -86,8 +87,9 @@ UserRuns::Row UserRuns::RowAt(size_t row) const {
   const auto found = std::ranges::upper_bound(found_, row, {}, &Found::end);
   const auto& all = found->entries->all;
   const RunEntry& entry = all[row - (found->end - all.size())];
-  const std::string stayed = entry.fate == Fate::kRemoved ? "" : "Stays: ";
-  return {found->user, stayed + std::string(KindText(entry.kind)), PlaceText(entry)};
+  const std::string what = Tr(KindText(entry.kind));
+  return {found->user, entry.fate == Fate::kRemoved ? what : Tr("Stays: %1", what),
+          PlaceText(entry)};
 }
 
 std::shared_ptr<const RunEntries> UserRuns::LookFor(User& user, Engine& engine,
@@ -109,7 +111,8 @@ std::shared_ptr<const RunEntries> UserRuns::LookFor(User& user, Engine& engine,
       QuestionOf(EntryList(his.system, preview.entries(), true), shown.get(),
                  engine.selection().recipes(), his.system.UserLocale(), true);
   if (!question.heading.empty()) {
-    question_ += user.profile.name + ": " + question.heading + "\r\n";
+    question_ +=
+        user.profile.name + ": " + std::string(VerbAndQuestion(question.heading).question) + "\r\n";
     if (!question.text.empty()) question_ += question.text + "\r\n";
   }
   return preview.entries();
@@ -124,7 +127,7 @@ void UserRuns::Look(const Pause& pause) {
 
 void UserRuns::Clean(const Pause& pause) {
   ForEach(pause, [this](User& user, Engine& engine, const Machine&) {
-    if (!user.was_looked_at) throw Error(Error::Kind::kOther, kNotLookedAt);
+    if (!user.was_looked_at) throw Error(Error::Kind::kOther, Say(kNotLookedAt));
     engine.RunCleaning();
     is_stopped_ = is_stopped_ || engine.state().AbortRequested;
     text_ += engine.state().RunLog + "\r\n";
@@ -136,16 +139,18 @@ void UserRuns::NoteShown() {
   try {
     modPlugin::KeepShown(own_, shown_);
   } catch (const Error& error) {
-    Tell(std::string("Which recipes you have seen could not be stored. ") + error.what());
+    Tell(Tr("Which recipes you have seen could not be stored. %1", Shown(error)));
   }
 }
 
 std::string UserRuns::Summary() const {
   const size_t rows = row_count();
-  std::string text = std::to_string(rows) + (rows == 1 ? " entry of " : " entries of ") +
-                     std::to_string(done_) + (done_ == 1 ? " user" : " users");
-  if (not_listed_ > 0) text += "; " + std::to_string(not_listed_) + " not listed";
-  return text;
+  const std::string users = TrN("%1 user", "%1 users", done_, std::to_string(done_));
+  // TRANSLATORS: %2 is "2 users".
+  const std::string text =
+      TrN("%1 entry of %2", "%1 entries of %2", rows, std::to_string(rows), users);
+  // TRANSLATORS: %1 is "12 entries of 2 users".
+  return not_listed_ > 0 ? Tr("%1; %2 not listed", text, std::to_string(not_listed_)) : text;
 }
 
 }  // namespace quellix

@@ -7,9 +7,11 @@
 #include <algorithm>
 #include <vector>
 
+#include "app/run_question.h"
 #include "engine.h"
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/win32_text.h"
+#include "platform/words.h"
 #include "ui/control_text.h"
 #include "ui/dialog_template.h"
 #include "ui/help.h"
@@ -69,7 +71,10 @@ INT_PTR ShowDialog(HWND owner, int template_id, DLGPROC procedure, const void* p
 std::wstring FilterText(std::span<const FileFilter> filters) {
   std::wstring text;
   for (const FileFilter& filter : filters) {
-    text.append(Wide(filter.title)).append(1, L'\0').append(Wide(filter.masks)).append(1, L'\0');
+    text.append(Wide(Tr(filter.title)))
+        .append(1, L'\0')
+        .append(Wide(filter.masks))
+        .append(1, L'\0');
   }
   return text;
 }
@@ -200,10 +205,11 @@ int Pressed(const TASKDIALOGCONFIG& dialog, BOOL* is_ticked = nullptr) {
 AskedForGood AskForGood(HWND owner, std::string_view question, std::string_view text, bool shows,
                         FurtherChoice* further) {
   constexpr int kYes = 100, kShow = 101;
-  const std::wstring heading = Wide(question), below = Wide(text),
-                     box = Wide(further ? further->text : ""),
-                     verb = L"&" + heading.substr(0, heading.find(L' '));
-  const TASKDIALOG_BUTTON buttons[] = {{kYes, verb.c_str()}, {kShow, L"&Show what goes..."}};
+  const auto [verb, asked] = VerbAndQuestion(question);
+  const std::wstring heading = Wide(asked), below = Wide(text),
+                     box = Wide(further ? further->text : ""), yes = L"&" + Wide(verb),
+                     show = Wide(Tr("&Show what goes..."));
+  const TASKDIALOG_BUTTON buttons[] = {{kYes, yes.c_str()}, {kShow, show.c_str()}};
   TASKDIALOGCONFIG dialog = TaskDialogOf(owner, std::span(buttons).first(shows ? 2 : 1));
   dialog.dwCommonButtons = TDCBF_CANCEL_BUTTON;
   dialog.pszMainInstruction = heading.c_str();
@@ -220,14 +226,17 @@ AskedForGood AskForGood(HWND owner, std::string_view question, std::string_view 
 
 ProgramAnswer AskAboutProgramBefore(HWND owner, const ProgramQuestion& question) {
   constexpr int kClose = 100, kSkip = 101, kRetry = 102;
-  constexpr TASKDIALOG_BUTTON kButtons[] = {
-      {kClose, L"&Close it"}, {kSkip, L"&Skip"}, {kRetry, L"&Retry"}};
-  const std::wstring heading = Wide(question.program + " is running"),
+  const std::wstring close = Wide(Tr("&Close it")), skip = Wide(Tr("&Skip")),
+                     retry = Wide(Tr("&Retry"));
+  const TASKDIALOG_BUTTON buttons[] = {
+      {kClose, close.c_str()}, {kSkip, skip.c_str()}, {kRetry, retry.c_str()}};
+  const std::wstring heading = Wide(Tr("%1 is running", question.program)),
                      text = Wide((question.told.empty() ? "" : question.told + "\n\n") +
-                                 "It has to be closed before this is cleaned: " + question.what +
-                                 ".\n\nClose it asks the program to close, as its own close "
-                                 "button does. Skip leaves what it holds as it is.");
-  TASKDIALOGCONFIG dialog = TaskDialogOf(owner, kButtons);
+                                 Tr("It has to be closed before this is cleaned: %1.\n\nClose it "
+                                    "asks the program to close, as its own close button does. Skip "
+                                    "leaves what it holds as it is.",
+                                    question.what));
+  TASKDIALOGCONFIG dialog = TaskDialogOf(owner, buttons);
   dialog.pszMainInstruction = heading.c_str();
   dialog.pszContent = text.c_str();
   dialog.nDefaultButton = kSkip;

@@ -38,8 +38,8 @@ struct FurtherChoice {
   std::string_view text;
   bool is_ticked = false;  // when the first button was pressed
 };
-// `question` begins with the verb of the first button, and `text` stands below it; `shows` adds one
-// that shows what goes.
+// `question` has the word of the first button in it (see VerbAndQuestion), and `text` stands below
+// it; `shows` adds one that shows what goes.
 AskedForGood AskForGood(HWND owner, std::string_view question, std::string_view text, bool shows,
                         FurtherChoice* further = nullptr);
 // The same where nothing can be shown; without a question nothing is asked.

@@ -123,11 +123,11 @@ TEST_F(BackupTest, WhatOthersNamedAsAnArchiveStaysAsItIs) {
 
 TEST_F(BackupTest, ABackupFolderIsProvenBeforeItIsUsed) {
   machine->MakeFile(scratch + "file", "x");
-  EXPECT_EQ(WhyBackupFolderCannotBeUsed(ports.files, scratch + "new\\er\\"), "");
+  EXPECT_TRUE(WhyBackupFolderCannotBeUsed(ports.files, scratch + "new\\er\\").empty());
   EXPECT_EQ(machine->Tree(scratch + "new"), Names{"er\\"});
   for (const std::string& folder :
        {scratch + "file\\", scratch + "file\\below\\", std::string("Q:\\safe\\")}) {
-    const std::string why = WhyBackupFolderCannotBeUsed(ports.files, folder);
+    const std::string why = WhyBackupFolderCannotBeUsed(ports.files, folder).english;
     EXPECT_TRUE(why.starts_with("The backup folder " + folder.substr(0, folder.size() - 1))) << why;
   }
 }
@@ -159,7 +159,7 @@ TEST_F(BackupTest, WhatCannotBeArchivedGoesOrStaysAsTheUserChose) {
 
 TEST_F(BackupTest, ARunWhoseArchiveIsNotFinishedHasFailed) {
   struct Unfinished : BackupArchive {
-    std::string WhyUnusable(std::string_view) override { return {}; }
+    Sentence WhyUnusable(std::string_view) override { return {}; }
     void MakeBackupArchiveName(std::string_view, std::string_view) override {}
     std::string BackupFile(Folder&, std::string_view) override { return {}; }
     void Flush() override {}

@@ -54,8 +54,7 @@ TEST_F(ToolsMenuTest, OtherMessagesAreNoPaths) {
     for (const ULONG_PTR kind : {ULONG_PTR{0x51784E50}, ULONG_PTR{1}}) {
       COPYDATASTRUCT data{kind, static_cast<DWORD>(text.size() * sizeof(wchar_t)),
                           const_cast<wchar_t*>(text.data())};
-      EXPECT_EQ(SendMessageW(window.main(), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)),
-                FALSE)
+      EXPECT_EQ(SendMessageW(window.main(), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)), FALSE)
           << "it is refused";
     }
   }

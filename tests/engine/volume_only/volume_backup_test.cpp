@@ -170,8 +170,8 @@ TEST_F(VolumeBackupTest, AFullDiskTakesNothingFromTheArchive) {
   }
   state.BackupDrive.clear();
   RemovePendingFiles(context, Collect(tree, "s*"));
-  EXPECT_NE(WhyBackupFolderCannotBeUsed(ports.files, safe), "");
-  EXPECT_TRUE(Holds(WhyBackupFolderLooksUnusable(ports.files, safe), "full"));
+  EXPECT_FALSE(WhyBackupFolderCannotBeUsed(ports.files, safe).empty());
+  EXPECT_TRUE(Holds(WhyBackupFolderLooksUnusable(ports.files, safe).english, "full"));
   try {
     mod_zip.Close();
   } catch (const Error&) {  // not even the directory fits: every reader finds the entries itself
@@ -206,8 +206,8 @@ TEST_F(VolumeBackupTest, AWriteProtectedDiskIsReadAndTakesNothing) {
                                  std::to_string(cut.size() - cut.find("PK\1\2")) +
                                  " bytes behind them.");
   EXPECT_THROW(there.Repair(archive), Error);
-  EXPECT_NE(WhyBackupFolderCannotBeUsed(ports.files, safe), "");
-  EXPECT_TRUE(Holds(WhyBackupFolderLooksUnusable(ports.files, safe), "can only be read"));
+  EXPECT_FALSE(WhyBackupFolderCannotBeUsed(ports.files, safe).empty());
+  EXPECT_TRUE(Holds(WhyBackupFolderLooksUnusable(ports.files, safe).english, "can only be read"));
   EXPECT_EQ(there.Restore(archive, {}, prompts).restored, 2u);
   EXPECT_THROW(there.Delete(archive), Error);
   state.Strict = true;
