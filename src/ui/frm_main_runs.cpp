@@ -26,12 +26,13 @@ void FrmMain::RunHidden() {
   state.Hidden = true;
   exit_code_ = kFailed;
   if (engine_.is_loaded()) {
-    exit_code_ = kDone;
+    ExitCode code = kDone;
     do {
       is_asked_ = false;  // what another start asks for meanwhile follows at once
       Run([this] { engine_.RunCleaning(); });
-      if (exit_code_ == kDone) exit_code_ = ExitCodeOf(state);
+      if (code == kDone) code = ExitCodeOf(state);
     } while (is_asked_ && window() && !IsWindowVisible(window()));
+    exit_code_ = code;  // a window that was closed meanwhile has failed
     if (window()) EndAsChosen();
   }
   state.Hidden = false;

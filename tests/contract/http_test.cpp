@@ -82,11 +82,11 @@ TEST_F(HttpTest, AProxyIsToldFromTheServer) {
 }
 
 TEST_F(HttpTest, AProxyOfTheSystemIsToldFromTheServerToo) {
-  const char* const kServer = "http://server.example/ok";
+  const char* const kServer = "http://server.example/asked";
   {
     const SystemProxy proxy("127.0.0.1:" + Variable("QUELLIX_OPEN_PROXY_PORT"));
     const HttpAnswer answer = Ask({.url = kServer, .seconds = 20});
-    EXPECT_TRUE(Holds(answer.body, "GET http://server.example/ok")) << answer.reason;
+    EXPECT_TRUE(Holds(answer.body, "GET http://server.example/asked")) << answer.reason;
   }
   for (const std::string& host_and_port :
        {"127.0.0.1:" + Variable("QUELLIX_CLOSED_PORT"), std::string("nobody.invalid:8080"),
