@@ -103,14 +103,15 @@ TEST_F(HttpTest, AProxyOfTheSystemIsToldFromTheServerToo) {
 TEST_F(HttpTest, AServersNameInAnyScriptIsAskedForAsTheNetworkKnowsIt) {
   const std::string proxy = Address("QUELLIX_OPEN_PROXY_PORT", "");
   const std::pair<const char*, const char*> kRows[] = {
-      {"http://plain.example/a", "GET http://plain.example/a HTTP/1.1\n"},
-      {"http://b\u00FCcher.example/a", "GET http://xn--bcher-kva.example/a HTTP/1.1\n"},
-      {"http://B\u00DCCHER.example/\u00FC", "GET http://xn--bcher-kva.example/%C3%BC HTTP/1.1\n"},
-      {"http://\u4F8B\u3048.example/", "GET http://xn--r8jz45g.example/ HTTP/1.1\n"},
+      {"plain.example/a", "GET http://plain.example/a HTTP/1.1\n"},
+      {"b\u00FCcher.example/a", "GET http://xn--bcher-kva.example/a HTTP/1.1\n"},
+      {"B\u00DCCHER.example/\u00FC", "GET http://xn--bcher-kva.example/%C3%BC HTTP/1.1\n"},
+      {"\u4F8B\u3048.example/", "GET http://xn--r8jz45g.example/ HTTP/1.1\n"},
   };
-  for (const auto& [url, line] : kRows) {
-    const HttpAnswer answer = Fetch(*Open(proxy), {.url = url, .seconds = 20});
-    EXPECT_TRUE(answer.body.starts_with(line)) << url << answer.body << answer.reason;
+  for (const auto& [place, line] : kRows) {
+    const HttpAnswer answer =
+        Fetch(*Open(proxy), {.url = "http://" + std::string(place), .seconds = 20});
+    EXPECT_TRUE(answer.body.starts_with(line)) << place << answer.body << answer.reason;
   }
   std::string too_long = "http://";
   for (int i = 0; i < 64; ++i) too_long += "\u00FC";
