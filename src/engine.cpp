@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "app/updates.h"
 #include "backup/leftovers.h"
 #include "platform/error.h"
 #include "platform/words.h"
@@ -50,6 +51,7 @@ std::string Engine::Load(Tips* tips) {
 void Engine::ClearLeftovers() {
   const std::string folders[] = {machine_.program_folder, state_.BackupFolder};
   quellix::ClearLeftovers(machine_.files, folders);
+  ClearInstallers(machine_);
   machine_.registry.ClearLeftovers();
 }
 

@@ -15,6 +15,9 @@ namespace quellix {
 namespace {
 
 constexpr size_t kPiece = 1 << 20, kSmallestPiece = 4096;
+// What is written is sent to the disk after so many pieces: as many as it takes in about this time.
+constexpr int kMostUnsent = 32;
+constexpr int64_t kShort = 250'000, kLong = 1'000'000;  // FILETIME steps
 // The largest file that FAT takes is a byte less than 4 GB.
 constexpr uint64_t kLargestFile = (uint64_t{4} << 30) - kPiece;
 // What a record of 1,024 bytes has room for beside the file's name and times.
@@ -31,6 +34,7 @@ class Wiper {
   Wiper(const Machine& machine, const std::string& root, const FreeSpaceOptions& options,
         const Pause& pause)
       : files_(machine.files),
+        system_(machine.system),
         notes_(machine.files, machine.program_folder),
         root_(WithBackslash(root)),
         temp_(WithBackslash(machine.system.TempFolder())),
@@ -57,10 +61,14 @@ class Wiper {
   void Begin() {
     // Where nobody may write to the root.
     if (!MakeFolder(root_) && (!EqualsNoCase(temp_.substr(0, 3), root_) || !MakeFolder(temp_)))
-      throw Error(Error::Kind::kDenied, Say("No folder can be made on %1", root_));
+      throw Error(Error::Kind::kDenied,
+                  Say("No folder can be made on %1, where you may not write. Start Quellix as an "
+                      "administrator.",
+                      root_));
     const uint64_t free = folder_->Room().free;
     total_ = free > options_.reserve ? free - options_.reserve : 0;
-    if (total_ == 0) throw Error(Error::Kind::kFull, Say("No more is free than the reserve."));
+    if (total_ == 0)
+      throw Error(Error::Kind::kFull, Say("On %1 no more is free than the reserve.", root_));
   }
 
   // Noted before it is there; false where it is denied.
@@ -97,11 +105,15 @@ class Wiper {
     return std::string_view(piece_).substr(0, size);
   }
 
+  bool Pauses(std::string_view work) {
+    return pause_({.done = std::min(wiped_.bytes, total_),
+                   .total = total_,
+                   .path = parent_path_,
+                   .work = work.data()});
+  }
+
   bool Stops() {
-    wiped_.is_stopped = pause_({.done = std::min(wiped_.bytes, total_),
-                                .total = total_,
-                                .path = parent_path_,
-                                .work = Mark("Wiping")});
+    wiped_.is_stopped = wiped_.is_stopped || Pauses(Mark("Wiping"));
     return wiped_.is_stopped;
   }
 
@@ -125,6 +137,7 @@ class Wiper {
         file->Write(at, Content(size));
         at += size;
         wiped_.bytes += size;
+        SendOn(*file);
       } catch (const Error& error) {
         if (error.kind() != Error::Kind::kFull || size == kSmallestPiece)
           return Ended(*file, error);
@@ -134,6 +147,17 @@ class Wiper {
     }
     Flushed(*file);
     return true;
+  }
+
+  // A file of gigabytes that is sent to the disk at once would keep everybody waiting.
+  void SendOn(RandomFile& file) {
+    if (++unsent_ < most_unsent_) return;
+    unsent_ = 0;
+    const int64_t begun = system_.UtcNow();
+    file.Flush();
+    const int64_t took = system_.UtcNow() - begun;
+    if (took < kShort) most_unsent_ = std::min(2 * most_unsent_, kMostUnsent);
+    if (took > kLong) most_unsent_ = std::max(most_unsent_ / 2, 1);
   }
 
   static bool Flushed(RandomFile& file) {
@@ -180,24 +204,30 @@ class Wiper {
     std::vector<std::unique_ptr<RandomFile>> batch;
     const uint64_t count = std::min<uint64_t>(kBatch, options_.most_records - wiped_.records);
     try {
-      for (uint64_t i = 0; i < count; ++i) {
+      while (batch.size() < count && !Stops()) {
         batch.push_back(MakeFile());
         batch.back()->Write(0, Content(kInRecord));
         batch.back()->BeginFlush();
       }
-      for (const auto& file : batch) file->Flush();
+      for (const auto& file : batch) {
+        if (Stops()) break;
+        file->Flush();
+        ++wiped_.records;
+      }
     } catch (const Error& error) {
       if (error.kind() != Error::Kind::kFull) throw;
       return false;
     }
-    wiped_.records += count;
     return true;
   }
 
-  // However it ended; what was made here alone.
+  // However it ended, and whatever a pause says; what was made here alone.
   void ClearAway() {
     if (!folder_) return;
-    for (const std::string& name : names_) Remove([&] { folder_->RemoveFile(name); });
+    for (const std::string& name : names_) {
+      Pauses(kClearingAway);
+      Remove([&] { folder_->RemoveFile(name); });
+    }
     folder_.reset();
     Remove([&] { parent_->RemoveFolder(name_); });
     if (left_.empty()) return;
@@ -215,6 +245,7 @@ class Wiper {
   }
 
   FileSystem& files_;
+  System& system_;
   RestoreNotes notes_;
   const std::string root_, temp_;
   const FreeSpaceOptions options_;
@@ -224,6 +255,7 @@ class Wiper {
   std::unique_ptr<Folder> parent_, folder_;
   std::vector<std::string> names_;
   uint64_t total_ = 0;
+  int unsent_ = 0, most_unsent_ = 1;  // pieces
   FreeSpaceWiped wiped_;
 };
 

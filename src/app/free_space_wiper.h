@@ -2,11 +2,16 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "platform/machine.h"
 #include "platform/pause.h"
+#include "platform/words.h"
 
 namespace quellix {
+
+// What a progress calls the last part of the work.
+inline constexpr std::string_view kClearingAway = Mark("Clearing away");
 
 struct FreeSpaceOptions {
   bool zeros = false;            // for virtual disks, whose files zeros make small; else random

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 
+#include "backup/leftovers.h"
 #include "platform/error.h"
 #include "platform/filetime.h"
 #include "platform/text.h"
@@ -40,11 +41,13 @@ void LowDiskClean::Tick(const std::function<bool()>& can_clean,
 // A drive that does not tell is not low.
 bool LowDiskClean::IsLow() const {
   try {
-    const auto root = machine_.files.OpenFolder(machine_.system.WindowsFolder().substr(0, 3));
+    const std::string drive = machine_.system.WindowsFolder().substr(0, 3);
+    const auto root = machine_.files.OpenFolder(drive);
     if (!root) return false;
     const DiskRoom room = root->Room();
     const auto free = static_cast<double>(room.free), size = static_cast<double>(room.size);
-    return size > 0 && free * 100 < size * percent_;
+    return size > 0 && free * 100 < size * percent_ &&
+           !HasFiller(machine_.files, machine_.program_folder, drive);
   } catch (const Error&) {
     return false;
   }

@@ -8,7 +8,8 @@
 namespace quellix {
 
 // Cleaning when little is free on the drive of Windows, once a day at most, also over several
-// starts of the program: when it was is kept in Settings.ini.
+// starts of the program: when it was is kept in Settings.ini. While what is free there is wiped, by
+// this program or another copy in its folder, the drive is full for that alone.
 class LowDiskClean {
  public:
   // The ports must outlive it.

@@ -1,6 +1,7 @@
 #include "app/options_general.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/explorer_menu.h"
 #include "platform/error.h"
@@ -112,6 +113,16 @@ std::string Attempt(std::string_view what, Save save) {
 }
 
 }  // namespace
+
+void TypeLowDisk(GeneralOptions& options, std::string typed) {
+  options.typed_low_disk = std::move(typed);
+  if (LowDisk(options).value_or(0) > 0) options.tray_icon = true;
+}
+
+void TakeTrayIcon(GeneralOptions& options, bool wanted) {
+  options.tray_icon = wanted;
+  if (!wanted) options.typed_low_disk = "0";
+}
 
 int LongestDuration(bool hours) { return hours ? INT16_MAX / 60 : INT16_MAX; }
 

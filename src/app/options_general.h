@@ -17,6 +17,11 @@ struct GeneralOptions : Preferences {
   std::string typed_duration = "1", typed_low_disk = "0";
 };
 
+// Cleaning when the disk is low needs the icon in the notification area: who wants the one gets the
+// other, and who does without the other does without the one.
+void TypeLowDisk(GeneralOptions& options, std::string typed);
+void TakeTrayIcon(GeneralOptions& options, bool wanted);
+
 // From Settings.ini and the Run value. What is missing, unreadable or makes no sense has its
 // default.
 GeneralOptions LoadGeneralOptions(const Machine& machine);

@@ -143,7 +143,7 @@ void RemoveFilesIn(const Machine& machine, const std::string& path) {
   for (const std::string& file : files) folder->RemoveFile(file);
 }
 
-void RemoveOld(const Machine& machine, std::string_view temp) {
+void RemoveOld(const Machine& machine, const std::string& temp) {
   std::vector<std::string> old;
   machine.files.Enumerate(temp, Detail::kKind, [&](const Entry& entry) {
     const bool is_own = entry.info.is_folder && !entry.info.is_link &&
@@ -154,12 +154,42 @@ void RemoveOld(const Machine& machine, std::string_view temp) {
   });
   for (const std::string& name : old) {
     try {
-      RemoveFilesIn(machine, std::string(temp) + name);
-      machine.files.RemoveFolder(std::string(temp) + name);
+      RemoveFilesIn(machine, temp + name);
+      machine.files.RemoveFolder(temp + name);
     } catch (const Error&) {
       continue;  // one that still runs goes the next time
     }
   }
+}
+
+// Other programs of this user may write wherever he may.
+void RequireSame(RandomFile& file, std::string_view bytes) {
+  std::string piece(1u << 20, '\0');
+  uint64_t at = 0;
+  while (const size_t read = file.Read(at, piece)) {
+    if (bytes.substr(at, read) != std::string_view(piece).substr(0, read)) break;
+    at += read;
+  }
+  if (at != bytes.size()) Refuse("another program has changed it");
+}
+
+// Nobody can write or remove it from before it is compared until it has started.
+bool StoreAndStart(const Machine& machine, const std::string& folder_path, const std::string& name,
+                   std::string_view bytes) {
+  const std::unique_ptr<Folder> folder = machine.files.OpenFolder(folder_path);
+  if (!folder)
+    throw Error(Error::Kind::kMissing,
+                Say("The new version could not be stored in %1, which is not "
+                    "there any more.",
+                    folder_path));
+  {
+    const std::unique_ptr<RandomFile> file = folder->Open(name, OpenMode::kCreateNew);
+    file->Write(0, bytes);
+    file->Flush();
+  }
+  const std::unique_ptr<RandomFile> kept = folder->Open(name, OpenMode::kReadKept);
+  RequireSame(*kept, bytes);
+  return machine.shell.StartProgram(folder_path + "\\" + name, "");
 }
 
 }  // namespace
@@ -258,24 +288,27 @@ std::string FetchInstaller(Http& http, const UpdateSource& source, std::string_v
   return bytes;
 }
 
-void StartInstaller(const Machine& machine, std::string_view version, std::string_view bytes) {
+bool StartInstaller(const Machine& machine, std::string_view version, std::string_view bytes) {
   const std::string temp = WithBackslash(machine.system.TempFolder());
   RemoveOld(machine, temp);
   const std::string folder_path = temp + std::string(kOwnFolder) + TemporaryName();
-  const std::string name = InstallerName(version);
-  machine.files.CreateFolder(folder_path);
+  bool is_started = false;
   try {
-    const std::unique_ptr<Folder> folder = machine.files.OpenFolder(folder_path);
-    if (!folder) throw Error(Error::Kind::kMissing, Say("The new version could not be stored."));
-    {
-      const std::unique_ptr<RandomFile> file = folder->Open(name, OpenMode::kCreateNew);
-      file->Write(0, bytes);
-      file->Flush();
-    }
-    machine.shell.StartProgram(folder_path + "\\" + name, "");
-  } catch (const Error&) {
+    machine.files.CreateFolder(folder_path);
+    is_started = StoreAndStart(machine, folder_path, InstallerName(version), bytes);
+  } catch (...) {
     RemoveOld(machine, temp);
     throw;
+  }
+  if (!is_started) RemoveOld(machine, temp);
+  return is_started;
+}
+
+void ClearInstallers(const Machine& machine) {
+  try {
+    RemoveOld(machine, WithBackslash(machine.system.TempFolder()));
+  } catch (const Error&) {
+    return;  // they go the next time
   }
 }
 

@@ -54,9 +54,13 @@ Sentence WhyNotFetched(const UpdateSource& source);
 std::string FetchInstaller(Http& http, const UpdateSource& source, std::string_view version,
                            const Pause& pause = {});
 
-// Writes the installer into a folder of its own among the temporary files and starts it. Throws
-// Error; nothing is left then. What an earlier call left behind goes first.
-void StartInstaller(const Machine& machine, std::string_view version, std::string_view bytes);
+// Writes the installer into a folder of its own among the temporary files and starts it, from a
+// file that nobody can have exchanged meanwhile. False when the user refuses it the rights that it
+// wants. Throws Error. In both cases nothing is left. What an earlier call left behind goes first.
+bool StartInstaller(const Machine& machine, std::string_view version, std::string_view bytes);
+
+// Removes what StartInstaller left behind, but for an installer that still runs. Never throws.
+void ClearInstallers(const Machine& machine);
 
 // The weekly question to the server.
 bool IsUpdateCheckDue(const Machine& machine);

@@ -66,6 +66,18 @@ size_t ClearFolder(FileSystem& files, const std::string& path,
   return 0;
 }
 
+// None when they cannot be read.
+std::vector<std::string> NotesIn(Folder& folder, const std::string& name) try {
+  return ReadNotes(*folder.Open(name, OpenMode::kRead));
+} catch (const Error&) {
+  return {};
+}
+
+bool IsFiller(FileSystem& files, const std::string& path, std::string_view root) {
+  return IsTemporaryName(NamePart(path)) && EqualsNoCase(path.substr(0, root.size()), root) &&
+         files.Look(path, Detail::kKind).has_value();
+}
+
 // One that was made for such files alone, once it is empty.
 void RemoveOwnFolder(FileSystem& files, const std::string& path) try {
   if (IsTemporaryName(NamePart(path))) files.RemoveFolder(path);
@@ -104,6 +116,18 @@ void RestoreNotes::Add(std::string_view path) try {
   size_ += line.size();
 } catch (const Error&) {
   return;
+}
+
+bool HasFiller(FileSystem& files, const std::string& folder, std::string_view root) try {
+  const auto open = files.OpenFolder(folder);
+  if (!open) return false;
+  const std::vector<std::string> names = TemporaryNamesIn(*open);
+  return std::ranges::any_of(names, [&](const std::string& name) {
+    return std::ranges::any_of(NotesIn(*open, name),
+                               [&](const auto& path) { return IsFiller(files, path, root); });
+  });
+} catch (const Error&) {
+  return false;
 }
 
 size_t ClearLeftovers(FileSystem& files, std::span<const std::string> folders) {

@@ -35,6 +35,11 @@ class RestoreNotes {
   uint64_t size_ = 0;
 };
 
+// Whether a folder that was made for temporary files alone, as what fills a drive to wipe what is
+// free on it, is noted in `folder` by whomever and lies on the drive of `root` ("C:\") now. Never
+// throws.
+bool HasFiller(FileSystem& files, const std::string& folder, std::string_view root);
+
 // Removes the temporary files that killed runs left in these folders, and in those where a killed
 // restore was at work; such a folder that has a temporary name itself
 // goes too, and its note stays as long as it is not there to be cleared. What a living

@@ -70,7 +70,11 @@ ReportTable TableOf(const std::vector<Listed>& all, const FavoritesOptions& opti
 int Delete(Favorites& favorites, ConsoleRun& run, std::vector<Listed>& all) {
   favorites.CheckMarked();
   favorites.Delete(run.engine().context(), favorites.CheckedRows());
-  if (!run.engine().state().IsPreview) KeepRun(run.engine().context());
+  if (run.engine().state().IsPreview) {
+    run.PrintPreview();
+  } else {
+    KeepRun(run.engine().context());
+  }
   std::set<std::string> left;
   for (size_t i = 0; i < favorites.RowCount(); ++i) left.insert(favorites.row(i).path);
   for (Listed& each : all) each.removed = !each.row.path.empty() && !left.contains(each.row.path);
@@ -82,7 +86,8 @@ int Delete(Favorites& favorites, ConsoleRun& run, std::vector<Listed>& all) {
 int Run(const FavoritesOptions& options, const ReportOptions& report_options,
         const Machine& machine) {
   Report report(report_options);
-  ConsoleRun run(machine, RunKindOf(options.remove, options.preview), report.text());
+  const bool removes = options.remove || options.preview;
+  ConsoleRun run(machine, RunKindOf(removes, options.preview), report.text());
   const auto pause = [&run](const Progress&) { return run.view().Breathe(); };
   Favorites favorites(machine);
   if (options.bookmarks.empty()) {
@@ -101,7 +106,7 @@ int Run(const FavoritesOptions& options, const ReportOptions& report_options,
   if (run.view().Breathe()) {
     std::cerr << "Aborted by user" << std::endl;
     code = kFailed;
-  } else if (options.remove) {
+  } else if (removes) {
     code = std::max(code, Delete(favorites, run, all));
   }
   return report.Finish(TableOf(all, options), code);
@@ -130,7 +135,9 @@ void AddOne(ConsoleCommands& commands, CLI::App& group, bool asks, const char* w
       .add_flag("--delete", options->remove,
                 "Move what is marked into the recycle bin, or a backup (else nothing is changed)")
       ->excludes(bookmarks);
-  command.add_flag("--preview", options->preview, "With --delete: change nothing");
+  command
+      .add_flag("--preview", options->preview, "List what --delete would remove; change nothing")
+      ->excludes(bookmarks);
   commands.AddReport(command);
 }
 

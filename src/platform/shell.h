@@ -61,8 +61,9 @@ class Shell {
   virtual void OpenFolderOf(std::string_view path) = 0;
 
   // Starts a program as its user would, who may be asked for rights first. Returns when it has
-  // started, or the user has refused. Throws Error (NotAvailable for a volume and in a preview).
-  virtual void StartProgram(std::string_view path, std::string_view arguments) = 0;
+  // started; false when the user has refused those rights. Throws Error (NotAvailable for a volume
+  // and in a preview).
+  virtual bool StartProgram(std::string_view path, std::string_view arguments) = 0;
 
   // Must not outlive the shell. Throws Error when shortcuts cannot be read here.
   virtual std::unique_ptr<ShortcutReader> OpenShortcuts() = 0;

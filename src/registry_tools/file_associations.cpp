@@ -69,11 +69,11 @@ class FileAssociations : public RegistryScan {
   RegistryTarget TargetOf(const ScanRow& row) const override {
     return {targets_[row.entry].kind, row.root, row.key, row.name};
   }
-  std::string WhyChanged(const ScanRow& row) override;
+  void ForgetWhatWasSeen() override;
+  std::string WhyChanged(const ScanRow& row, const Pause& pause) override;
   std::string Recounted() const override;
 
  private:
-  void ForgetWhatWasSeen();
   void ReadExtension(const Place& place, const std::string& extension);
   void ReadChoice(const Place& place, const std::string& extension);
   void ReadOffers(const Place& place, const std::string& extension, RegistryKey& key);
@@ -268,10 +268,9 @@ void FileAssociations::ForgetWhatWasSeen() {
 }
 
 // The reference may be another one by now, or lead somewhere again.
-std::string FileAssociations::WhyChanged(const ScanRow& row) {
-  std::string why = RegistryScan::WhyChanged(row);
+std::string FileAssociations::WhyChanged(const ScanRow& row, const Pause& pause) {
+  std::string why = RegistryScan::WhyChanged(row, pause);
   if (!why.empty()) return why;
-  ForgetWhatWasSeen();
   if (targets_[row.entry].is_gone()) return {};
   return Tr("What it leads to is there again: %1, %2", row.texts[0], row.texts[2]);
 }
@@ -320,7 +319,8 @@ bool FileAssociations::Opens(const std::string& name) {
 // Where the class stood, as text; what is said to be chosen was read back.
 void FileAssociations::Choose(size_t index, const std::string& choice) {
   const ScanRow& chosen = row(index);
-  const std::string why = WhyChanged(chosen);
+  ForgetWhatWasSeen();
+  const std::string why = WhyChanged(chosen, {});
   if (!why.empty()) throw Error(Error::Kind::kOther, why);
   if (!Opens(choice))
     throw Error(Error::Kind::kMissing, Say("It opens nothing any more: %1", choice));

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "backup/backups.h"
 #include "platform/damaged.h"
 #include "platform/locale.h"
 #include "platform/path.h"
@@ -133,11 +134,11 @@ void RegistryScan::TellDamage(RegistryRoot root, std::string_view key) {
 }
 
 // All of its values, and whether its file is there; "" for what is gone.
-std::string RegistryScan::StateOf(const ScanRow& row) const {
+std::string RegistryScan::StateOf(const ScanRow& row, const Pause& pause) const {
   std::string state;
   try {
     if (row.own_file.empty()) {
-      state = StateOfTarget(TargetOf(row));
+      state = StateOfTarget(TargetOf(row), pause);
     } else if (const auto file = machine_.files.Look(row.own_file)) {
       state = std::to_string(file->size) + "," + std::to_string(file->last_write) +
               (file->is_link ? ",link" : "");
@@ -149,7 +150,7 @@ std::string RegistryScan::StateOf(const ScanRow& row) const {
   return state + (machine_.files.IsGone(row.file) ? ",gone" : ",there");
 }
 
-std::string RegistryScan::StateOfTarget(const RegistryTarget& target) const {
+std::string RegistryScan::StateOfTarget(const RegistryTarget& target, const Pause& pause) const {
   const auto key = machine_.registry.Open(target.root, target.key, RegistryAccess::kRead);
   if (!key) return {};
   const auto text = [](const RegistryValue& value) {
@@ -167,13 +168,14 @@ std::string RegistryScan::StateOfTarget(const RegistryTarget& target) const {
     for (uint32_t i = 0; each.ReadValueAt(i, name, value); ++i)
       all.append(name).append("=").append(text(value)).append("\n");
   };
-  WalkKeys(*key, RegistryAccess::kRead, {.enter = add, .skip = [](const auto&, const Error*) {}});
+  WalkKeys(*key, RegistryAccess::kRead, {.enter = add, .skip = [](const auto&, const Error*) {}},
+           pause);
   return std::to_string(std::hash<std::string>()(all));
 }
 
-std::string RegistryScan::WhyChanged(const ScanRow& row) {
+std::string RegistryScan::WhyChanged(const ScanRow& row, const Pause& pause) {
   if (!traits_.looks_again) return {};
-  const std::string now = StateOf(row);
+  const std::string now = StateOf(row, pause);
   if (now.empty() || now == row.state) return {};
   return Tr("It has changed since it was listed: %1",
             row.texts[0].empty() ? row.key : row.texts[0]);
@@ -188,12 +190,32 @@ void RegistryScan::NoteStayed(size_t index, const Sentence& why) {
 void RegistryScan::Erase(const std::vector<size_t>& chosen, const KeepList& keep,
                          const Pause& pause) {
   erased_.stays.resize(chosen.size());
+  ForgetWhatWasSeen();
   EraseTargets(chosen, keep, pause);
   RecycleOwnFiles(chosen, keep, pause);
   for (size_t i = 0; i < chosen.size(); ++i) {
     const ScanRow& row = rows_[chosen[i]];
     if (!row.why_stays.empty()) NoteStayed(i, {row.why_stays, row.why_stays});
   }
+}
+
+// Looks at a row again, with the pauses of that; where it has changed it stays. False for such a
+// row, and behind a stop.
+bool RegistryScan::IsAsListed(size_t index, const ScanRow& row, const Pause& pause) {
+  const Pause stops = [&](const Progress&) {
+    erased_.stopped = erased_.stopped || pause();
+    return erased_.stopped;
+  };
+  if (stops()) return false;
+  const std::string why = WhyChanged(row, stops);
+  if (stops()) return false;
+  if (!why.empty()) NoteStayed(index, {why, why});
+  return why.empty();
+}
+
+// Stopped before the first was deleted.
+void RegistryScan::StayAll(size_t count) {
+  erased_ = {.stays = std::vector<bool>(count, true), .stopped = true};
 }
 
 void RegistryScan::EraseTargets(const std::vector<size_t>& chosen, const KeepList& keep,
@@ -204,23 +226,25 @@ void RegistryScan::EraseTargets(const std::vector<size_t>& chosen, const KeepLis
   eraser.Leave(keep);
   eraser.OnPause(pause);
   std::vector<RegistryTarget> targets;
-  std::vector<size_t> places;                           // of the targets among the chosen
-  std::vector<std::pair<size_t, std::string>> changed;  // likewise, and why they stay
+  std::vector<size_t> places;  // of the targets among the chosen
   for (size_t i = 0; i < chosen.size(); ++i) {
     const ScanRow& row = rows_[chosen[i]];
     if (!row.own_file.empty() || !row.why_stays.empty()) continue;
-    if (std::string why = WhyChanged(row); !why.empty()) {
-      changed.emplace_back(i, std::move(why));
+    if (traits_.looks_again && !IsAsListed(i, row, pause)) {
+      if (erased_.stopped) return StayAll(chosen.size());
       continue;
     }
     targets.push_back(TargetOf(row));
     places.push_back(i);
   }
   Erasure erased = eraser.Erase(targets);
-  for (size_t i = 0; i < places.size(); ++i) erased_.stays[places[i]] = erased.stays[i];
-  erased.stays = std::move(erased_.stays);
-  erased_ = std::move(erased);
-  for (const auto& [place, why] : changed) NoteStayed(place, {why, why});
+  for (size_t i = 0; i < places.size(); ++i) {
+    if (erased.stays[i]) erased_.stays[places[i]] = true;
+  }
+  erased_.gone += erased.gone;
+  erased_.stayed += erased.stayed;
+  erased_.stopped = erased.stopped;
+  if (!erased.problem.empty()) erased_.problem = erased.problem;
 }
 
 void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const KeepList& keep,
@@ -230,17 +254,17 @@ void RegistryScan::RecycleOwnFiles(const std::vector<size_t>& chosen, const Keep
     const ScanRow& row = rows_[chosen[i]];
     if (row.own_file.empty()) continue;
     if (!places) places.emplace(machine_, Settings(machine_).Load().BackupFolder, keep);
-    erased_.stopped = erased_.stopped || pause();
+    const bool is_as_listed = !erased_.stopped && IsAsListed(i, row, pause);
+    if (!is_as_listed && !erased_.stopped) continue;
     try {
       if (erased_.stopped) throw Error(Error::Kind::kOther, Say("The deletion was stopped."));
-      const std::string changed = WhyChanged(row);
-      if (!changed.empty()) throw Error(Error::Kind::kOther, changed);
       const auto folder = OpenFolderOf(machine_.files, row.own_file);
       const Sentence why = places->WhyNotFile(*folder, row.own_file, row.own_claim);
       if (!why.empty())
         throw Error(Error::Kind::kDenied, Say("%1 is not removed: %2", row.own_file, why));
       folder->Recycle(NamePart(row.own_file));
       ++erased_.gone;
+      ++files_gone_;
     } catch (const Error& error) {
       if (error.kind() != Error::Kind::kMissing) NoteStayed(i, SentenceOf(error));
     }
@@ -260,6 +284,19 @@ void RegistryScan::KeepValue(RegistryRoot root, std::string_view key, std::strin
     throw NotKept(error);
   }
   kept_values_.insert(known);
+}
+
+RestoreResult RegistryScan::Undo(Prompts& prompts, const Pause& pause) {
+  const std::string& path = undo_.path();
+  RestoreResult result =
+      Backups(machine_, std::string(FolderPart(path)))
+          .Restore(NamePart(path), {.entry_paths = {}, .to = ""}, prompts, pause);
+  timer_enabled_ = true;
+  if (result.cancelled || !result.problems.empty()) return result;
+  undo_ = {};
+  kept_values_.clear();
+  files_gone_ = 0;
+  return result;
 }
 
 void RegistryScan::Act(ScanAction action, const std::vector<size_t>& rows, const Pause& pause) {
@@ -284,6 +321,7 @@ void RegistryScan::RemoveFileOf(const ScanRow& row, ProtectedPlaces& places) {
     const auto folder = OpenFolderOf(machine_.files, row.file);
     if (!places.WhyNotFile(*folder, row.file, Claim::kItem).empty()) return;
     folder->RemoveFile(NamePart(row.file));
+    ++files_gone_;
   } catch (const Error&) {
     return;
   }

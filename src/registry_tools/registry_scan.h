@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "backup/backup_reader.h"
 #include "backup/registry_undo.h"
 #include "platform/machine.h"
 #include "registry_tools/mod_registry.h"
@@ -149,6 +150,12 @@ class RegistryScan {
   const std::string& failure() const { return erased_.problem.shown; }
   // The .reg file of this window's deletions, "" when there is none.
   const std::string& undo_path() const { return undo_.path(); }
+  // Puts what it holds back into the registry; a scan is due then. `prompts` is asked where other
+  // values have come since. When all of it is back the file is this window's no more. Throws Error
+  // when it cannot be read.
+  RestoreResult Undo(Prompts& prompts, const Pause& pause = {});
+  // Files that went with the references since then, which Undo does not bring back.
+  size_t files_gone() const { return files_gone_; }
 
   // A click on a column: sorted by it, in the other order than before.
   void SortBy(size_t column);
@@ -169,9 +176,11 @@ class RegistryScan {
   virtual RegistryTarget TargetOf(const ScanRow& row) const = 0;
   // Of what Offers says: changes the row as well. Throws Error.
   virtual void Do(ScanAction, ScanRow&) {}
+  // What a tool has seen of the machine counts no more: rows will be looked at again.
+  virtual void ForgetWhatWasSeen() {}
   // Why a row must not go as it was listed, a sentence; "" where it is as it was then, and where it
-  // is gone.
-  virtual std::string WhyChanged(const ScanRow& row);
+  // is gone. What it says behind a stop does not count.
+  virtual std::string WhyChanged(const ScanRow& row, const Pause& pause);
   // Keeps a value that is about to be changed, or that there is none, where the settings want that:
   // as it was before the first of this window's changes. Throws NotKept.
   void KeepValue(RegistryRoot root, std::string_view key, std::string_view name);
@@ -220,9 +229,11 @@ class RegistryScan {
  private:
   void Erase(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
   void EraseTargets(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
+  bool IsAsListed(size_t index, const ScanRow& row, const Pause& pause);
+  void StayAll(size_t count);
   void RecycleOwnFiles(const std::vector<size_t>& chosen, const KeepList& keep, const Pause& pause);
-  std::string StateOf(const ScanRow& row) const;
-  std::string StateOfTarget(const RegistryTarget& target) const;
+  std::string StateOf(const ScanRow& row, const Pause& pause = {}) const;
+  std::string StateOfTarget(const RegistryTarget& target, const Pause& pause) const;
   std::string StayedPart() const;
   void NoteStayed(size_t index, const Sentence& why);
   void RemoveFileOf(const ScanRow& row, ProtectedPlaces& places);
@@ -234,6 +245,7 @@ class RegistryScan {
   const ScanTraits& traits_;
   RegistryUndo undo_;
   std::set<std::string> kept_values_;  // by KeepValue
+  size_t files_gone_ = 0;
   std::deque<ScanRow> rows_;
   std::string status_, damage_;
   Erasure erased_;

@@ -79,9 +79,13 @@ class UninstallEntries : public RegistryScan {
   }
   void Do(ScanAction, ScanRow& row) override {
     const CommandTarget& target = targets_[row.entry];
-    machine().shell.StartProgram(target.program, target.arguments);
+    if (machine().shell.StartProgram(target.program, target.arguments)) return;
+    throw Error(Error::Kind::kKept,
+                Say("The uninstaller was not started, because it was refused its rights: %1",
+                    target.program));
   }
-  std::string WhyChanged(const ScanRow& row) override;
+  void ForgetWhatWasSeen() override { packages_now_.reset(); }
+  std::string WhyChanged(const ScanRow& row, const Pause& pause) override;
   std::string Recounted() const override;
 
  private:
@@ -100,7 +104,8 @@ class UninstallEntries : public RegistryScan {
   std::string SizeText(uint64_t kilobytes) const;
 
   std::vector<CommandTarget> targets_;
-  InstallerPackages packages_;
+  InstallerPackages packages_;                     // as they were listed
+  std::optional<InstallerPackages> packages_now_;  // of the deletion in work
   std::optional<ReferenceJudge> judge_;
   size_t unread_ = 0;
 };
@@ -211,12 +216,12 @@ void UninstallEntries::AddPackage(const std::string& path, const FileInfo& file)
 }
 
 // A product may have come since it was listed.
-std::string UninstallEntries::WhyChanged(const ScanRow& row) {
-  std::string why = RegistryScan::WhyChanged(row);
+std::string UninstallEntries::WhyChanged(const ScanRow& row, const Pause& pause) {
+  std::string why = RegistryScan::WhyChanged(row, pause);
   if (!why.empty() || row.own_file.empty()) return why;
-  const InstallerPackages now = ReadInstallerPackages(machine(), {});
-  if (!now.is_whole) return Tr("What the Windows Installer knows could not be read.");
-  return WhyNeeded(machine(), now, row.own_file);
+  if (!packages_now_) packages_now_ = ReadInstallerPackages(machine(), pause);
+  if (!packages_now_->is_whole) return Tr("What the Windows Installer knows could not be read.");
+  return WhyNeeded(machine(), *packages_now_, row.own_file);
 }
 
 // Whoever wrote the entry chose its texts: each is one line of no great length here.

@@ -1,6 +1,7 @@
 #include "ui/cls_prev_instance.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "engine.h"
 #include "platform/win32/win32_text.h"
@@ -43,6 +44,24 @@ HWND PrevMainWindow() {
   return owner ? MainWindowOf(owner) : nullptr;
 }
 
+constexpr UINT kPatience = 10'000, kBetweenLooks = 100;  // milliseconds
+
+// Of a copy that may be starting just now.
+HWND AwaitMainWindow() {
+  HWND main = nullptr;
+  const ULONGLONG until = GetTickCount64() + kPatience;
+  while ((main = PrevMainWindow()) == nullptr && GetTickCount64() < until) Sleep(kBetweenLooks);
+  return main;
+}
+
+// Nothing when it does not answer.
+std::optional<LRESULT> AnswerOf(HWND main, UINT message, LPARAM lparam) {
+  DWORD_PTR answer = 0;
+  if (!SendMessageTimeoutW(main, message, 0, lparam, SMTO_ABORTIFHUNG, kPatience, &answer))
+    return std::nullopt;
+  return static_cast<LRESULT>(answer);
+}
+
 // What ends programs from outside asks every top-level window; only the main one can answer.
 LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message != WM_CLOSE) return DefWindowProcW(window, message, wparam, lparam);
@@ -52,8 +71,7 @@ LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM wparam, LPARAM
 }
 
 constexpr ULONG_PTR kPath = 0x51784E50;
-constexpr DWORD kLongestPath = 64 << 10;                 // bytes
-constexpr UINT kPatience = 10'000, kBetweenLooks = 100;  // milliseconds
+constexpr DWORD kLongestPath = 64 << 10;  // bytes
 
 }  // namespace
 
@@ -73,13 +91,8 @@ UINT clsPrevInstance::CleanMessage() {
 }
 
 bool clsPrevInstance::AskToClean() {
-  constexpr UINT kMilliseconds = 10'000;
-  const HWND main = PrevMainWindow();
-  DWORD_PTR answer = 0;
-  return main &&
-         SendMessageTimeoutW(main, CleanMessage(), 0, 0, SMTO_ABORTIFHUNG, kMilliseconds,
-                             &answer) != 0 &&
-         static_cast<LRESULT>(answer) == kTakenOn;
+  const HWND main = AwaitMainWindow();
+  return main && AnswerOf(main, CleanMessage(), 0) == kTakenOn;
 }
 
 void clsPrevInstance::ActivatePrevInstance() {
@@ -91,19 +104,17 @@ void clsPrevInstance::ActivatePrevInstance() {
   SetForegroundWindow(GetLastActivePopup(main));
 }
 
-bool clsPrevInstance::HandOver(const std::wstring& path) {
-  HWND main = nullptr;
-  const ULONGLONG until = GetTickCount64() + kPatience;
-  while ((main = PrevMainWindow()) == nullptr && GetTickCount64() < until) Sleep(kBetweenLooks);
-  if (!main) return false;
+clsPrevInstance::Taken clsPrevInstance::HandOver(const std::wstring& path) {
+  const HWND main = AwaitMainWindow();
+  if (!main) return Taken::kNoAnswer;
   DWORD process = 0;
   GetWindowThreadProcessId(main, &process);
   AllowSetForegroundWindow(process);
   COPYDATASTRUCT data{kPath, static_cast<DWORD>(path.size() * sizeof(wchar_t)),
                       const_cast<wchar_t*>(path.data())};
-  DWORD_PTR result = 0;
-  return SendMessageTimeoutW(main, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data),
-                             SMTO_ABORTIFHUNG, kPatience, &result) != 0;
+  const auto answer = AnswerOf(main, WM_COPYDATA, reinterpret_cast<LPARAM>(&data));
+  if (!answer) return Taken::kNoAnswer;
+  return *answer == TRUE ? Taken::kYes : Taken::kRefused;
 }
 
 std::wstring clsPrevInstance::HandedOver(LPARAM message) {

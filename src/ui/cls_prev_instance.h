@@ -25,14 +25,15 @@ class clsPrevInstance {
   // Brings its main window to the front: shown, restored when minimized. Nothing happens when there
   // is none. Ask before this copy has a window of its own to be found.
   static void ActivatePrevInstance();
-  // Asks its main window to clean as soon as it can; false when it does not take that on.
+  // Asks its main window to clean as soon as it can; it may be starting just now. False when it
+  // does not take that on.
   static bool AskToClean();
   // The message that asks so, and the answer of a window that will.
   static UINT CleanMessage();
   static constexpr LRESULT kTakenOn = 0x5158;
-  // Hands it the path of what is to be removed by hand; it may be starting just now. False when it
-  // does not take it.
-  static bool HandOver(const std::wstring& path);
+  // Hands it the path of what is to be removed by hand; it may be starting just now.
+  enum class Taken { kYes, kRefused, kNoAnswer };
+  static Taken HandOver(const std::wstring& path);
   // The path in a WM_COPYDATA, "" where it is none of HandOver's.
   static std::wstring HandedOver(LPARAM message);
 };

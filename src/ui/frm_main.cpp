@@ -1,6 +1,7 @@
 #include "ui/frm_main.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/recipe_sections.h"
 #include "app/rights.h"
@@ -88,7 +89,7 @@ void FrmMain::Open(HWND owner, StartMode mode, modShutDown::Ending ending) {
 void FrmMain::OnInit() {
   prompts_.Attach(window());
   layout().Add(kAnchors);
-  Remember(machine_, "frmMain");
+  Remember(machine_, "frmMain", {&items_.view()});
   BindItems();
   windows_.on_options = [this] { FollowSettings(); };
   preview_.on_clean = [this](std::shared_ptr<RunChoice> choice, bool leaves_to_start) {
@@ -254,9 +255,9 @@ void FrmMain::CleanByItself() {
 
 // By a start that was to run hidden, as that of the task scheduler.
 void FrmMain::CleanAsAsked() {
-  if (!CanClean()) return void(SetTimer(window(), tmrAsked, kLookAgain, nullptr));
+  if (is_asked_ && !CanClean()) return void(SetTimer(window(), tmrAsked, kLookAgain, nullptr));
   KillTimer(window(), tmrAsked);
-  CleanByItself();
+  if (std::exchange(is_asked_, false)) CleanByItself();
 }
 
 void FrmMain::OnTimer(UINT_PTR id) {

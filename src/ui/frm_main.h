@@ -45,7 +45,8 @@ class FrmMain : public Dialog {
   // `ending`: of a run that it starts with.
   void Open(HWND owner, StartMode mode, modShutDown::Ending ending);
   // Shows what would go of a file or folder, as when it is dropped on the window, together with
-  // those that are named in the next moment; when what is in work, or asked, is over.
+  // those that are named in the next moment; when what is in work, or asked, is over. Beyond 10,000
+  // it is told how many are left out.
   void RemoveNamed(const std::string& path);
 
  protected:
@@ -100,8 +101,9 @@ class FrmMain : public Dialog {
   void CleanWithRights();
   void CleanForOthers();
   void RemoveByHand(std::vector<std::string> paths);
-  void TakeNamed(const std::wstring& path);
+  bool TakeNamed(const std::wstring& path);
   void ShowNamed();
+  void TellLeftOut(uint64_t count);
   using Look = std::function<void(PreviewRun&)>;
   std::shared_ptr<const RunEntries> LookAhead(const Look& look);
   Look LookAt(const Target& target);
@@ -147,6 +149,8 @@ class FrmMain : public Dialog {
   StartOffer start_offer_;                          // likewise
   std::optional<RunReport> last_report_;
   std::vector<std::string> named_;                             // by Explorer's menu
+  uint64_t named_too_many_ = 0;                                // beyond those
+  bool is_asked_ = false;                                      // to clean, by another start
   Target previewed_;                                           // in the preview's window
   StartOffer previewed_offer_;                                 // likewise
   std::vector<ListSection> sections_, recipes_;                // as found beside the items

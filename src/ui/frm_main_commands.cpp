@@ -153,12 +153,14 @@ bool FrmMain::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     return true;
   }
   if (message == clsPrevInstance::CleanMessage() && engine_.is_loaded()) {
+    is_asked_ = true;
     SetTimer(window(), tmrAsked, USER_TIMER_MINIMUM, nullptr);
     SetWindowLongPtrW(window(), DWLP_MSGRESULT, clsPrevInstance::kTakenOn);
     return true;
   }
   if (message == WM_COPYDATA) {
-    TakeNamed(clsPrevInstance::HandedOver(lparam));
+    const bool is_taken = TakeNamed(clsPrevInstance::HandedOver(lparam));
+    SetWindowLongPtrW(window(), DWLP_MSGRESULT, is_taken ? TRUE : FALSE);
     return true;
   }
   if (message != TrayIcon::kMessage) return false;

@@ -4,6 +4,7 @@
 #include "app/preview_run.h"
 #include "app/rights.h"
 #include "app/run_report.h"
+#include "platform/locale.h"
 #include "platform/win32/win32_text.h"
 #include "platform/words.h"
 #include "plugins/plugin_manager.h"
@@ -12,6 +13,12 @@
 #include "ui/resource.h"
 
 namespace quellix {
+namespace {
+
+// Files and folders that Explorer's menu names one by one, at a time.
+constexpr size_t kMostNamed = 10'000;
+
+}  // namespace
 
 // Nobody is told anything; so where settings or ticked items could not be read, nothing is removed.
 void FrmMain::RunHidden() {
@@ -19,8 +26,13 @@ void FrmMain::RunHidden() {
   state.Hidden = true;
   exit_code_ = kFailed;
   if (engine_.is_loaded()) {
-    Run([this] { engine_.RunCleaning(); });
-    exit_code_ = ExitCodeOf(state);
+    ExitCode code = kDone;
+    do {
+      is_asked_ = false;  // what another start asks for meanwhile follows at once
+      Run([this] { engine_.RunCleaning(); });
+      if (code == kDone) code = ExitCodeOf(state);
+    } while (is_asked_ && window() && !IsWindowVisible(window()));
+    exit_code_ = code;  // a window that was closed meanwhile has failed
     if (window()) EndAsChosen();
   }
   state.Hidden = false;
@@ -105,24 +117,42 @@ void FrmMain::RemoveByHand(std::vector<std::string> paths) {
 
 // Explorer starts the program for each that is selected.
 void FrmMain::RemoveNamed(const std::string& path) {
-  constexpr size_t kMost = 10'000;
   constexpr UINT kMoment = 400;  // milliseconds
-  if (named_.size() < kMost) named_.push_back(path);
+  if (named_.size() < kMostNamed) {
+    named_.push_back(path);
+  } else {
+    ++named_too_many_;
+  }
   SetTimer(window(), tmrNamed, kMoment, nullptr);
 }
 
 // From another process: it may be anything.
-void FrmMain::TakeNamed(const std::wstring& path) {
+bool FrmMain::TakeNamed(const std::wstring& path) {
   const auto taken = ParseRemoval("q " + std::string(kRemoveSwitch) + " \"" + Narrow(path) + "\"");
-  if (!taken) return;
+  if (!taken) return false;
   ComeForward();
   RemoveNamed(*taken);
+  return true;
 }
 
 void FrmMain::ShowNamed() {
   if (!CanClean()) return;  // at the next tick
   KillTimer(window(), tmrNamed);
-  RemoveByHand(std::exchange(named_, {}));
+  const uint64_t left_out = std::exchange(named_too_many_, 0);
+  std::vector<std::string> named = std::exchange(named_, {});
+  if (left_out > 0) TellLeftOut(left_out);
+  RemoveByHand(std::move(named));
+}
+
+void FrmMain::TellLeftOut(uint64_t count) {
+  const Locale locale = machine_.system.UserLocale();
+  const std::string most = FormatCount(kMostNamed, locale), more = FormatCount(count, locale);
+  prompts_.Inform(
+      TrN("Of what was named only the first %1 are looked at; %2 more is left out. Name "
+          "the folder instead.",
+          "Of what was named only the first %1 are looked at; %2 more are left out. "
+          "Name the folder instead.",
+          count, most, more));
 }
 
 FrmMain::Look FrmMain::LookAt(const Target& target) {

@@ -19,8 +19,8 @@ constexpr UINT kUntilSeen = 50;  // milliseconds
 constexpr int kIcons[] = {icoCross, icoTick, icoTick};
 
 // What waits while the registry is read or changed.
-constexpr int kIdle[] = {cmdDelete,    cmdEdit,   cmdEnable, cmdDisable,
-                         cmdUninstall, cmdChoose, chkDelete, chkThorough};
+constexpr int kIdle[] = {cmdDelete, cmdEdit, cmdEnable, cmdDisable, cmdUninstall,
+                         cmdChoose, cmdUndo, chkDelete, chkThorough};
 
 constexpr Anchor kAnchors[] = {
     {lstvOrphanedDLL, 0, 0, 1, 1}, {lstvInvalid, 0, 0, 1, 1}, {pgKeys, 0, 1, 1, 1},
@@ -29,7 +29,8 @@ constexpr Anchor kAnchors[] = {
     {lblPath, 0, 1, 0, 1},         {txtKey, 0, 1, 1, 1},      {txtValue, 0, 1, 1, 1},
     {txtPath, 0, 1, 1, 1},         {cmdDelete, 0, 1, 0, 1},   {cmdEdit, 0, 1, 0, 1},
     {cmdEnable, 0, 1, 0, 1},       {cmdDisable, 0, 1, 0, 1},  {cmdUninstall, 0, 1, 0, 1},
-    {cmdChoose, 0, 1, 0, 1},       {cmdStop, 0, 1, 0, 1},     {IDCANCEL, 1, 1, 1, 1},
+    {cmdChoose, 0, 1, 0, 1},       {cmdStop, 0, 1, 0, 1},     {cmdUndo, 0, 1, 0, 1},
+    {IDCANCEL, 1, 1, 1, 1},
 };
 
 // Buttons and entries of the context menu alike.
@@ -172,6 +173,7 @@ void FrmRegistryScan::ShowRows() {
   list_.SetRows(static_cast<int>(scan_->RowCount()));
   ShowOrder();
   ShowDetails();
+  EnableControl(cmdUndo, !scan_->undo_path().empty(), parts_.list);
   OnSized();
 }
 
@@ -204,6 +206,8 @@ void FrmRegistryScan::OnCommand(int id, int code) {
       return Delete(scan_->CheckedRows());
     case cmdEdit:
       return EditReference();
+    case cmdUndo:
+      return Undo();
     case chkThorough:
       scan_->SetThorough(IsTicked(window(), chkThorough));
       scan_->EndEdit();
@@ -216,6 +220,38 @@ void FrmRegistryScan::Delete(const std::vector<size_t>& rows) {
   if (!MayGo(window(), scan_->QuestionFor(rows.size(), files_also))) return;
   const auto work = [&](const Pause& pause) { scan_->DeleteRows(rows, files_also, pause); };
   if (Work(work)) ArmTimer();
+}
+
+// What has come back is listed anew.
+void FrmRegistryScan::Undo() {
+  RestoreResult result;
+  const size_t files_gone = scan_->files_gone();
+  const auto work = [&](const Pause& pause) {
+    try {
+      result = scan_->Undo(prompts_, pause);
+    } catch (const Error& error) {
+      result.problems.push_back(Shown(error));
+    }
+  };
+  if (!Work(work)) return;
+  TellUndone(result, files_gone);
+  if (window()) ArmTimer();
+}
+
+void FrmRegistryScan::TellUndone(const RestoreResult& result, size_t files_gone) {
+  constexpr size_t kMostTold = 10;
+  std::string problems;
+  for (size_t i = 0; i < std::min(result.problems.size(), kMostTold); ++i)
+    problems += "\n" + result.problems[i];
+  if (!problems.empty())
+    return prompts_.Inform(
+        Tr("Not all of what this window deleted could be put back. The rest is "
+           "in the Backups window.\n%1",
+           problems));
+  if (files_gone == 0 || result.cancelled) return;
+  prompts_.Inform(TrN("The registry is as it was. %1 file that went with it is not back.",
+                      "The registry is as it was. %1 files that went with it are not back.",
+                      files_gone, FormatCount(files_gone, machine_.system.UserLocale())));
 }
 
 bool FrmRegistryScan::IsOffered(ScanAction action) const {

@@ -56,6 +56,8 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
   bool IsOffered(ScanAction action) const;
   void Act(ScanAction action);
   void Choose(size_t row);
+  void Undo();
+  void TellUndone(const RestoreResult& result, size_t files_gone);
   void ShowRows();
   void ShowOrder();
   void ShowDetails();

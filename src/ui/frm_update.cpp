@@ -102,8 +102,10 @@ void FrmUpdate::Install() {
 // What is started asks by itself where it goes, and for this program to be closed.
 void FrmUpdate::Start(const std::string& bytes) {
   try {
-    StartInstaller(machine_, check_.version, bytes);
-    SetText(lblStatus, Tr("The installer was started."));
+    const bool is_started = StartInstaller(machine_, check_.version, bytes);
+    SetText(lblStatus, is_started ? Tr("The installer was started.")
+                                  : Tr("The installer was not started: it was refused the rights "
+                                       "that it asks for."));
   } catch (const Error& error) {
     prompts_.Inform(Shown(error));
   }
@@ -117,6 +119,12 @@ void FrmUpdate::OnCommand(int id, int code) {
 
 HBRUSH FrmUpdate::OnControlColor(HDC target, HWND control) {
   return control == Control(txtUpdate) ? Paper(target) : nullptr;
+}
+
+// An installer that still runs stays.
+void FrmUpdate::OnDestroyed() {
+  ClearInstallers(machine_);
+  OwnedWindow::OnDestroyed();
 }
 
 void FrmUpdate::OnClose() { work_.working() ? work_.StopAndClose() : OwnedWindow::OnClose(); }

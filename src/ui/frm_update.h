@@ -25,6 +25,7 @@ class FrmUpdate : public OwnedWindow {
   HBRUSH OnControlColor(HDC target, HWND control) override;
   void OnTimer(UINT_PTR id) override;
   void OnClose() override;
+  void OnDestroyed() override;
 
  private:
   bool Work(const std::string& status, const LongWork::Work& work);

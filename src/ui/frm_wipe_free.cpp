@@ -64,10 +64,12 @@ void FrmWipeFree::OnSized() { list_.FillWith(kResult, Scale(120, dpi())); }
 // "Wiping C:\\, about 3 minutes left".
 void FrmWipeFree::ShowProgress(const Progress& progress) {
   if (progress.path.empty()) return;
-  const std::string left = work_.TimeLeft();
-  SetText(lblStatus, left.empty() ? Tr("Wiping %1", progress.path)
+  const std::string path(progress.path), left = work_.TimeLeft();
+  if (progress.work == kClearingAway)
+    return SetText(lblStatus, Tr("Removing what was written to %1", path));
+  SetText(lblStatus, left.empty() ? Tr("Wiping %1", path)
                                   // TRANSLATORS: %2 is "about 3 minutes left".
-                                  : Tr("Wiping %1, %2", progress.path, left));
+                                  : Tr("Wiping %1, %2", path, left));
 }
 
 void FrmWipeFree::Wipe() {

@@ -73,12 +73,13 @@ void ShowHelp(HWND owner, const char* topic) {
   WindowPrompts prompts;
   prompts.Attach(owner);
   if (GetFileAttributesW(Wide(manual).c_str()) == INVALID_FILE_ATTRIBUTES) {
-    return prompts.Inform(Tr("The manual is missing: %1", manual));
+    return prompts.Inform(
+        Tr("The manual is missing: %1. Installing Quellix again brings it back.", manual));
   }
   static FrmHelp window;
   const std::string address = AddressOf(manual, topic);
   if (window.Show(Wide(address)) || OpenAt(address) || OpenByShell(owner, manual)) return;
-  prompts.Inform(Tr("Windows has no program to open %1", manual));
+  prompts.Inform(Tr("Windows has no program to open %1 with. Open it in a browser.", manual));
 }
 
 }  // namespace quellix

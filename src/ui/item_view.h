@@ -24,6 +24,7 @@ class ItemView {
   void OnResolution(int dpi);
   void OnSized(int dpi);
   ItemList& list() { return *list_; }
+  ListView& view() { return view_; }
   // Shows ticks, settings and what was found anew; rows may have moved.
   void Refresh() {
     Change([] {});

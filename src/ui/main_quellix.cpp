@@ -55,17 +55,23 @@ quellix::OtherUsers UsersOf(const quellix::Machine& machine) {
               }};
 }
 
+int HandOver(const std::string& path) {
+  using Taken = quellix::clsPrevInstance::Taken;
+  const Taken taken = quellix::clsPrevInstance::HandOver(quellix::Wide(path));
+  if (taken == Taken::kYes) return quellix::kDone;
+  Tell(taken == Taken::kRefused
+           ? quellix::Tr("Quellix is open and does not take what this names: %1", path)
+           : quellix::Tr("Quellix is open and does not answer, or has other rights. Drop the files "
+                         "on its window."));
+  return quellix::kFailed;
+}
+
 // The program runs already: it comes forward, or takes what Explorer's menu names.
 int LeaveItToTheOther(StartMode mode, const std::optional<std::string>& named) {
   if (mode == StartMode::kHidden)
     return quellix::clsPrevInstance::AskToClean() ? quellix::kHandedOn : quellix::kFailed;
-  if (!named) {
-    quellix::clsPrevInstance::ActivatePrevInstance();
-  } else if (!quellix::clsPrevInstance::HandOver(quellix::Wide(*named))) {
-    Tell(quellix::Tr(
-        "Quellix is open and does not answer, or has other rights. Drop the files on its window."));
-    return quellix::kFailed;
-  }
+  if (named) return HandOver(*named);
+  quellix::clsPrevInstance::ActivatePrevInstance();
   return quellix::kDone;
 }
 

@@ -5,6 +5,7 @@
 #include "platform/path.h"
 #include "platform/win32/win32_text.h"
 #include "platform/words.h"
+#include "ui/row_menu.h"
 
 namespace quellix {
 namespace {
@@ -91,6 +92,16 @@ LRESULT OptionsCookiesPage::OnNotify(NMHDR& header) {
     EnableCommands();
   }
   return 0;
+}
+
+void OptionsCookiesPage::OnContextMenu(HWND control, POINT screen) {
+  const bool is_kept = control == Control(lstvKept);
+  if (!is_kept && control != Control(lstvCookies)) return;
+  const CookieLists& cookies = options().cookies;
+  const auto place_of = [&cookies, is_kept](size_t row) {
+    return PlaceNamedBy((is_kept ? cookies.kept() : cookies.on_machine())[row]);
+  };
+  RowMenu{is_kept ? kept_ : on_machine_, context().machine.shell, place_of}.Show(window(), screen);
 }
 
 }  // namespace quellix

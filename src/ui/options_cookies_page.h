@@ -16,6 +16,7 @@ class OptionsCookiesPage : public OptionsPageWindow {
   void OnControl(int id, int code) override;
   const char* HelpTopic() const override { return "options-cookies"; }
   LRESULT OnNotify(NMHDR& header) override;
+  void OnContextMenu(HWND control, POINT screen) override;
 
  private:
   void Attach(ListView& view, int id, const std::vector<std::string>& cookies);

@@ -98,7 +98,11 @@ void OptionsGeneralPage::OnControl(int id, int code) {
   if (id == cmbAutoClean1 && code == EN_CHANGE) {
     general.typed_duration = TextOf(cmbAutoClean1);
   } else if (id == txtLowDisk && code == EN_CHANGE) {
-    general.typed_low_disk = TextOf(txtLowDisk);
+    TypeLowDisk(general, TextOf(txtLowDisk));
+    Check(chkTrayIcon, general.tray_icon);
+  } else if (id == chkTrayIcon && code == BN_CLICKED) {
+    TakeTrayIcon(general, IsChecked(chkTrayIcon));
+    if (TextOf(txtLowDisk) != general.typed_low_disk) SetText(txtLowDisk, general.typed_low_disk);
   } else if (id == cmbAutoClean && code == CBN_SELCHANGE) {
     general.hours =
         static_cast<int16_t>(SendDlgItemMessageW(window(), cmbAutoClean, CB_GETCURSEL, 0, 0));

@@ -47,7 +47,11 @@ void OpenRegistryEditor(HWND window, const std::string& key) {
                   REG_SZ, last.c_str(), static_cast<DWORD>((last.size() + 1) * sizeof(wchar_t)));
   const auto result = reinterpret_cast<INT_PTR>(
       ShellExecuteW(window, L"open", L"regedit.exe", L"/m", nullptr, SW_SHOWNORMAL));
-  if (result <= 32) Tell(window, Tr("The registry editor could not be started."));
+  if (result > 32) return;
+  Tell(window,
+       Tr("The registry editor could not be started (error %1). Start regedit yourself; the "
+          "key is %2",
+          std::to_string(result), key));
 }
 
 }  // namespace

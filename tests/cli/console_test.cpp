@@ -1,4 +1,5 @@
 #include "cli/console_fixture.h"
+#include "run/known_folders.h"
 #include "support/browser_fixture.h"
 #include "support/registry_fixture.h"
 
@@ -100,6 +101,36 @@ TEST_F(ConsoleTest, ACleanRunPrintsItsLogAndRemovesWhatItsPreviewLists) {
   }
   EXPECT_TRUE(machine->Tree(temp).empty() && machine->ValueNames(kUser, kRunMruKey).empty());
   EXPECT_EQ(machine->ValueNames(kUser, kTypedUrlsKey).size(), 1u);
+}
+
+TEST_F(ConsoleTest, APreviewOfFavoritesTellsWhatWouldGoAndChangesNothing) {
+  const std::string favorites = KnownFolder(ports, "Favorites").value() + "\\";
+  const auto make = [&](const char* name, const std::string& address) {
+    machine->MakeFile(favorites + name, "[InternetShortcut]\r\nURL=" + address + "\r\n");
+  };
+  make("a.url", "http://a.invalid/");
+  make("b.url", "http://A.invalid");
+  make("c.url", "");
+  machine->MakeFolder(favorites + "Empty");
+  const Names before = machine->Tree(favorites);
+  const std::string gone = "File            " + favorites;
+  for (const Names& options : {Names{"--preview"}, Names{"--delete", "--preview"}}) {
+    const ProgramResult result = Run(With({"favorites", "list"}, options));
+    EXPECT_EQ(result.exit_code, 0) << result.output;
+    for (const std::string& told :
+         Names{"\ta\thttp://a.invalid/\t\n", "marked\tb\thttp://A.invalid\t", gone + "b.url\n",
+               gone + "c.url\n", "Folder          " + favorites + "Empty\n",
+               "Nothing was changed. A run would remove 2 files (",
+               "), 1 folder and 0 other things.\n"})
+      EXPECT_TRUE(Holds(result.output, told));
+    EXPECT_FALSE(Holds(result.output, gone + "a.url"));
+    EXPECT_EQ(machine->Tree(favorites), before);
+  }
+  Expect({"favorites", "list", "--preview", "--bookmarks", "x"}, 2, {"excludes"});
+  EXPECT_FALSE(Holds(Run({"favorites", "list"}).output, "A run would remove"));
+  Expect({"favorites", "list", "--delete"}, 0);
+  EXPECT_EQ(machine->Tree(favorites), Names{"a.url"});
+  ports.files.RemoveFile(favorites + "a.url");
 }
 
 TEST_F(ConsoleTest, NothingIsRemovedWhileTheSettingsCannotBeRead) {

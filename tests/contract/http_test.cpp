@@ -1,5 +1,6 @@
 // Web servers are asked, and each bad one is told from the others.
 
+#include "support/system_proxy.h"
 #include "support/web_server.h"
 
 namespace quellix {
@@ -80,6 +81,43 @@ TEST_F(HttpTest, AProxyIsToldFromTheServer) {
   }
 }
 
+TEST_F(HttpTest, AProxyOfTheSystemIsToldFromTheServerToo) {
+  const char* const kServer = "http://server.example/asked";
+  {
+    const SystemProxy proxy("127.0.0.1:" + Variable("QUELLIX_OPEN_PROXY_PORT"));
+    const HttpAnswer answer = Ask({.url = kServer, .seconds = 20});
+    EXPECT_TRUE(Holds(answer.body, "GET http://server.example/asked")) << answer.reason;
+  }
+  for (const std::string& host_and_port :
+       {"127.0.0.1:" + Variable("QUELLIX_CLOSED_PORT"), std::string("nobody.invalid:8080"),
+        "127.0.0.1:" + Variable("QUELLIX_PROXY_PORT")}) {
+    const SystemProxy proxy(host_and_port);
+    const HttpAnswer answer = Ask({.url = kServer, .seconds = 20});
+    EXPECT_STREQ(HttpEndText(answer.end), HttpEndText(HttpEnd::kProxy))
+        << host_and_port << answer.reason;
+    EXPECT_EQ(Ask({.url = At("/ok"), .seconds = 20}).status, 200) << "not of this machine";
+  }
+  EXPECT_EQ(Ask({.url = kServer, .seconds = 20}).end, HttpEnd::kNoName);
+}
+
+TEST_F(HttpTest, AServersNameInAnyScriptIsAskedForAsTheNetworkKnowsIt) {
+  const std::string proxy = Address("QUELLIX_OPEN_PROXY_PORT", "");
+  const std::pair<const char*, const char*> kRows[] = {
+      {"plain.example/a", "GET http://plain.example/a HTTP/1.1\n"},
+      {"b\u00FCcher.example/a", "GET http://xn--bcher-kva.example/a HTTP/1.1\n"},
+      {"B\u00DCCHER.example/\u00FC", "GET http://xn--bcher-kva.example/%C3%BC HTTP/1.1\n"},
+      {"\u4F8B\u3048.example/", "GET http://xn--r8jz45g.example/ HTTP/1.1\n"},
+  };
+  for (const auto& [place, line] : kRows) {
+    const HttpAnswer answer =
+        Fetch(*Open(proxy), {.url = "http://" + std::string(place), .seconds = 20});
+    EXPECT_TRUE(answer.body.starts_with(line)) << place << answer.body << answer.reason;
+  }
+  std::string too_long = "http://";
+  for (int i = 0; i < 64; ++i) too_long += "\u00FC";
+  EXPECT_EQ(Fetch(*Open(proxy), {.url = too_long + ".example/"}).end, HttpEnd::kBadAddress);
+}
+
 TEST_F(HttpTest, NothingIsSentButTheRequest) {
   const std::string sent = Ask({.url = At("/what?a=1#part")}).body;
   EXPECT_TRUE(sent.starts_with("GET /what?a=1 HTTP/1.1\n")) << sent;
@@ -97,6 +135,8 @@ TEST_F(HttpTest, OnlyTheHeadersAreFetchedWhereTheyAreAskedFor) {
   EXPECT_EQ(get.status, 200) << HttpEndText(get.end);
   EXPECT_EQ(Ask({.url = At("/huge"), .headers_only = true}).status, 200);
   EXPECT_EQ(Ask({.url = At("/claim"), .head = true}).status, 200);
+  const HttpAnswer stall = Ask({.url = At("/stall"), .headers_only = true, .seconds = 5});
+  EXPECT_EQ(stall.status, 200) << "it waits for no body" << HttpEndText(stall.end);
 }
 
 TEST_F(HttpTest, TheLimitIsThatOfTheBodyAlone) {

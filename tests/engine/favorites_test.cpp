@@ -1,12 +1,12 @@
-// Internet shortcuts and bookmarks: listed, judged, asked for, and removed so that they come back.
+// Internet shortcuts and bookmarks: listed, judged, and removed so that they come back.
 
 #include "browser_tools/favorites.h"
 #include "browser_tools/favorite_files.h"
 #include "platform/error.h"
 #include "run/known_folders.h"
 #include "run/run_steps.h"
+#include "support/forwarding_files.h"
 #include "support/run_fixture.h"
-#include "support/web_server.h"
 
 namespace quellix {
 namespace {
@@ -14,6 +14,9 @@ namespace {
 std::string Shortcut(const std::string& address) {
   return "[InternetShortcut]\r\nURL=" + address + "\r\n";
 }
+
+constexpr const char* kTwoBookmarks =
+    "<!DOCTYPE NETSCAPE-Bookmark-file-1><A HREF=http://a.example/>a</A><A HREF=\"\">b</A>";
 
 struct FavoritesTest : RunFixture {
   FavoritesTest() : folder(KnownFolder(ports, "Favorites").value() + "\\") { Clear(); }
@@ -205,6 +208,88 @@ TEST_F(FavoritesTest, AnEmptyFolderBelowOneThatIsKeptStays) {
   EXPECT_TRUE(Holds(favorites.stayed(), "Work\\Empty: ")) << favorites.stayed();
 }
 
+TEST_F(FavoritesTest, AFolderThatCannotBeReadOrHasALinkIsNotCalledEmpty) {
+  struct Closed : ForwardingFolder {
+    using ForwardingFolder::ForwardingFolder;
+    void Enumerate(Detail, const EntryVisitor&) override {
+      throw Error(Error::Kind::kDenied, "Access is denied.");
+    }
+  };
+  machine->MakeFolder(folder + "Closed");
+  machine->MakeFolder(folder + "Empty");
+  machine->MakeFile(scratch + "outside\\a.url", Shortcut("http://a.example/"));
+  if (machine->Can(Ability::kRemoveLinks))
+    machine->MakeFolderLink(folder + "Linked\\link", scratch + "outside");
+  std::string deep = "Deep";
+  for (int i = 0; i < 70; ++i) deep += "\\d";
+  machine->MakeFolder(folder + deep);
+  ForwardingFiles files(ports.files, [&](const std::string& path, std::unique_ptr<Folder> opened) {
+    if (path != folder + "Closed\\") return opened;
+    return std::unique_ptr<Folder>(new Closed(std::move(opened)));
+  });
+  Favorites favorites(WithFiles(ports, files));
+  favorites.Load();
+  EXPECT_EQ(Rows(favorites), Names{"emptyFolder||Empty|"});
+  EXPECT_TRUE(Holds(favorites.problem(), "Closed cannot be listed."));
+  EXPECT_TRUE(Holds(favorites.problem(), "\\d lies too deep to be listed."));
+  if (machine->Can(Ability::kRemoveLinks)) ports.files.RemoveFolder(folder + "Linked\\link");
+}
+
+TEST_F(FavoritesTest, WithoutItsBackupNothingGoesAndWhatIsTooLargeGoesUnread) {
+  Make("a.url", Shortcut("http://a.example/"));
+  Make("b.url", Shortcut("http://b.example/") + std::string(70 << 10, 'x'));
+  const Names tree = machine->Tree(folder);
+  WriteSettings("[General]\r\nDelMethod=B\r\n[Backup]\r\nPath=" + scratch + "file\\\r\n");
+  machine->MakeFile(scratch + "file", "where the folder of backups would be");
+  Favorites favorites(ports);
+  favorites.Load();
+  engine.Load();
+  favorites.Delete(engine.context(), {0});
+  EXPECT_EQ(machine->Tree(folder), tree);
+  EXPECT_NE(favorites.stayed(), "");
+  WriteSettings("[General]\r\nDelMethod=W\r\n");
+  favorites.Delete(engine.context(), {1});
+  EXPECT_EQ(favorites.stayed(), "");
+  EXPECT_EQ(machine->Tree(folder), Names{"a.url"});
+  EXPECT_EQ(engine.state().RemovalMode, kRecycle) << "nothing is lost for good";
+}
+
+TEST_F(FavoritesTest, TheSecondOfTwoIsTheOnlyOneWhenTheFirstGoes) {
+  Make("a.url", Shortcut("http://a.example/"));
+  Make("b.url", Shortcut("http://a.example/"));
+  Favorites favorites(ports);
+  favorites.Load();
+  engine.Load();
+  favorites.Delete(engine.context(), {0});
+  EXPECT_EQ(Rows(favorites), Names{"||b|http://a.example/"});
+  EXPECT_EQ(favorites.Text(0, FavoriteColumn::kState), "");
+  favorites.LoadBookmarks(kTwoBookmarks, "x");
+  favorites.Delete(engine.context(), {0, 1});
+  EXPECT_EQ(favorites.RowCount(), 2u) << "of an exported file nothing can go";
+  EXPECT_EQ(machine->Tree(folder), Names{"b.url"});
+}
+
+TEST_F(FavoritesTest, WhatTheGuardKeepsStays) {
+  const std::string key =
+      "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
+  const std::string kept = ports.system.WindowsFolder() + "\\Qx favorites";
+  machine->MakeFolder(kept + "\\Empty");
+  machine->MakeFile(kept + "\\a.url", "");
+  machine->SetText(kMachine, key, "Common Favorites", kept);
+  Favorites favorites(ports);
+  favorites.Load();
+  favorites.CheckMarked();
+  EXPECT_EQ(favorites.CheckedRows().size(), 2u);
+  engine.Load();
+  favorites.Delete(engine.context(), favorites.CheckedRows());
+  EXPECT_TRUE(machine->Exists(kept + "\\Empty") && machine->Exists(kept + "\\a.url"));
+  EXPECT_TRUE(Holds(favorites.stayed(), "Empty: ") && Holds(favorites.stayed(), "a.url: "));
+  machine->SetText(kMachine, key, "Common Favorites", "");
+  ports.files.RemoveFolder(kept + "\\Empty");
+  ports.files.RemoveFile(kept + "\\a.url");
+  ports.files.RemoveFolder(kept);
+}
+
 TEST_F(FavoritesTest, AStopKeepsWhatIsLeft) {
   Seed();
   Favorites favorites(ports);
@@ -271,62 +356,6 @@ TEST_F(FavoritesTest, WhatAreNoBookmarksIsRefusedOrPassedOver) {
   ReadBookmarks(deep, ports.system, [&pauses](const Progress&) { return ++pauses == 9; });
   EXPECT_EQ(pauses, 9u);
   EXPECT_FALSE(ReadBookmarks(deep, ports.system).empty());
-}
-
-struct FavoritesAskedTest : WebServerTest {
-  // What came of each address, in their order.
-  Names Ask(const std::vector<std::string>& addresses) {
-    Names answers(addresses.size());
-    AskAddresses(*http, machine->machine().system, addresses,
-                 [&](size_t index, const AddressAnswer& answer) {
-                   answers[index] = std::string(AnswerName(answer.state)) + ": " + answer.text;
-                 },
-                 {});
-    return answers;
-  }
-  std::unique_ptr<TestMachine> machine = TestMachine::Create();
-};
-
-TEST_F(FavoritesAskedTest, EachAnswerIsToldFromTheOthers) {
-  const std::pair<std::string, std::string> kRows[] = {
-      {At("/ok"), "answers: it answers"},
-      {At("/get"), "answers: it answers"},
-      {At("/huge"), "answers: it answers"},
-      {At("/claim"), "answers: it answers"},
-      {At("/hops/3"), "answers: it answers"},
-      {At("/status/404"), "gone: the page is gone (404)"},
-      {At("/status/410"), "gone: the page is gone (410)"},
-      {At("/status/403"), "answers: it lets nobody in unknown (403)"},
-      {At("/status/500"), "unreachable: the server has an error (500)"},
-      {At("/loop"), "unreachable: it leads on and on"},
-      {At("/to//status/404"), "unreachable: it leads to a page that is not there (404)"},
-      {At("/to/file:///etc/passwd"), "unreachable: it leads to what is not opened from here"},
-      {At("/to/javascript:alert(1)"), "unreachable: it leads to what is not opened from here"},
-      {At("/nothing"), "unreachable: " + TextHere(HttpEnd::kCutOff)},
-      {At("/noise"), "unreachable: the answer is none of a web server"},
-      {At("/hang"), "unreachable: the server took too long"},
-      {Address("QUELLIX_CLOSED_PORT", "/"), "unreachable: the server cannot be reached"},
-      {Address("QUELLIX_TLS_PORT", "/ok", "https"),
-       "unreachable: " + TextHere(HttpEnd::kCertificate)},
-      {"http://nobody.invalid/", "unreachable: the server's name is not known"},
-      {"file:///etc/hostname", ""},
-      {"javascript:alert(1)", ""},
-      {"", ""},
-  };
-  std::vector<std::string> addresses;
-  for (const auto& row : kRows) addresses.push_back(row.first);
-  const Names answers = Ask(addresses);
-  for (size_t i = 0; i < answers.size(); ++i)
-    EXPECT_EQ(answers[i], kRows[i].second) << addresses[i];
-}
-
-TEST_F(FavoritesAskedTest, AStopAsksForNoMore) {
-  std::vector<std::string> addresses(100, At("/hang"));
-  int found = 0;
-  AskAddresses(
-      *http, machine->machine().system, addresses, [&](size_t, const AddressAnswer&) { ++found; },
-      [](const Progress&) { return true; });
-  EXPECT_EQ(found, 0);
 }
 
 }  // namespace

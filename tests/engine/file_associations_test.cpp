@@ -1,5 +1,6 @@
 // Kinds of files whose programs are gone: what is listed, deleted, repaired and left.
 
+#include "support/forwarding_files.h"
 #include "support/registry_fixture.h"
 
 namespace quellix {
@@ -31,6 +32,11 @@ struct FileAssociationsTest : RegistryFixture {
         [](const ScanRow& row) {
           return row.texts[0] + "|" + row.texts[1] + "|" + row.texts[2] + "|" + row.texts[3];
         });
+  }
+  static size_t RowsNamed(const RegistryScan& scan, const std::string& leads_to) {
+    size_t rows = 0;
+    for (size_t i = 0; i < scan.RowCount(); ++i) rows += scan.row(i).texts[2] == leads_to ? 1 : 0;
+    return rows;
   }
   RegistryPicture PictureOfKeys() {
     RegistryPicture picture;
@@ -161,6 +167,39 @@ TEST_F(FileAssociationsTest, AClassThatOpensNothingAnyMoreIsNotChosen) {
   const RegistryPicture before = PictureOfKeys();
   EXPECT_THROW(scan->Choose(row, "QxOk"), Error);
   EXPECT_EQ(PictureOfKeys(), before);
+}
+
+// However many rows there are, the drives are asked once: one of another computer may be dead.
+TEST_F(FileAssociationsTest, ADeletionLooksAtTheMachineOnceAndStopsBetweenRows) {
+  struct Counting : ForwardingFileSystem {
+    using ForwardingFileSystem::ForwardingFileSystem;
+    std::optional<FileInfo> Look(std::string_view path, Detail detail) override {
+      drives += path == "C:\\" ? 1 : 0;
+      return ForwardingFileSystem::Look(path, detail);
+    }
+    int drives = 0;
+  };
+  for (int i = 0; i < 40; ++i) Put(kUser, ".qx" + std::to_string(i), "QxNowhere");
+  const RegistryPicture before = PictureOfKeys();
+  Counting files(ports.files);
+  const auto scan = ScanOf(ScanTool::kAssociations, WithFiles(ports, files));
+  std::vector<size_t> chosen;
+  for (size_t i = 0; i < scan->RowCount(); ++i) {
+    if (scan->row(i).texts[2] == "QxNowhere") chosen.push_back(i);
+  }
+  ASSERT_EQ(chosen.size(), 40u);
+  for (const size_t stop_at : {1u, 20u, 41u}) {
+    size_t pauses = 0;
+    scan->DeleteRows(chosen, false, [&](const Progress&) { return ++pauses >= stop_at; });
+    EXPECT_EQ(PictureOfKeys(), before) << stop_at;
+    EXPECT_TRUE(Holds(scan->status(), "the deletion was stopped")) << stop_at;
+    EXPECT_EQ(RowsNamed(*scan, "QxNowhere"), 40u) << stop_at;
+  }
+  files.drives = 0;
+  scan->DeleteRows(chosen, false);
+  EXPECT_EQ(files.drives, 1);
+  EXPECT_EQ(scan->stayed(), 0u) << scan->failure();
+  EXPECT_EQ(RowsNamed(*Scan(), "QxNowhere"), 0u);
 }
 
 TEST_F(FileAssociationsTest, AStopLeavesWhatWasFound) {

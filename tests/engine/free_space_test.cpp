@@ -25,8 +25,13 @@ struct FreeSpaceTest : RunFixture {
       const uint64_t stored = bytes.size() < 4096 ? test_.record : bytes.size() / test_.pressed;
       if (stored > test_.free) throw Error(Error::Kind::kFull, "The disk is full.");
       test_.free -= stored;
+      test_.most_unsent = std::max(test_.most_unsent, test_.unsent += bytes.size());
       if (test_.is_random) test_.is_random = std::ranges::count(bytes, '\0') < 200'000;
       ForwardingFile::Write(offset, bytes);
+    }
+    void Flush() override {
+      test_.unsent = 0;
+      ++test_.flushes;
     }
     FreeSpaceTest& test_;
   };
@@ -48,6 +53,7 @@ struct FreeSpaceTest : RunFixture {
   uint64_t free = kRoom;
   uint64_t record = 100;  // what a small file takes: its name alone, or a record too
   uint64_t pressed = 1;   // how many bytes are stored in one
+  uint64_t unsent = 0, most_unsent = 0, flushes = 0;
   bool is_random = true;
 };
 
@@ -69,9 +75,41 @@ TEST_F(FreeSpaceTest, AllButTheReserveIsOverwrittenAndNothingIsLeftBehindHowever
   EXPECT_TRUE(wiped.is_stopped);
   EXPECT_EQ(total, kRoom - kReserve);
   EXPECT_EQ(wiped.bytes, 2u << 20);
-  EXPECT_EQ(Wipe({}, {}, kReserve).problem, "No more is free than the reserve.");
+  EXPECT_EQ(Wipe({}, {}, kReserve).problem, "On " + scratch + " no more is free than the reserve.");
   EXPECT_EQ(machine->Tree(scratch), before);
   EXPECT_EQ(machine->Tree(own), own_before) << "nor a note";
+}
+
+// Each piece, each small file when it is made and when it is sent, and each file that goes.
+TEST_F(FreeSpaceTest, EveryPieceAndEveryFileHasItsPauseAndAStopComesAtEach) {
+  std::map<std::string, size_t> pauses;
+  const auto count = [&](const Progress& progress) { return ++pauses[progress.work] == 0; };
+  const uint64_t kSmall = 100;
+  EXPECT_EQ(Wipe({.most_records = kSmall}, count).records, kSmall);
+  const size_t pieces = (kRoom - kReserve) >> 20, work = pauses["Wiping"];
+  EXPECT_GE(work, pieces + 2 * kSmall);
+  EXPECT_GE(pauses[std::string(kClearingAway)], kSmall + 1);
+  const Names before = machine->Tree(scratch), own_before = machine->Tree(own);
+  uint64_t fewest = kSmall, most = 0;
+  for (size_t stop_at = 1; stop_at < work; stop_at += 7) {
+    size_t at = 0;
+    const FreeSpaceWiped wiped =
+        Wipe({.most_records = kSmall}, [&](const Progress&) { return ++at >= stop_at; });
+    EXPECT_TRUE(wiped.is_stopped) << stop_at;
+    EXPECT_LE(at, stop_at + kSmall + pieces + 2) << "nothing but clearing away follows " << stop_at;
+    fewest = std::min(fewest, wiped.records);
+    most = std::max(most, wiped.records);
+  }
+  EXPECT_TRUE(fewest == 0 && most > 0 && most < kSmall) << fewest << " " << most;
+  EXPECT_EQ(machine->Tree(scratch), before);
+  EXPECT_EQ(machine->Tree(own), own_before);
+}
+
+// What is written is sent to the disk piece by piece, not a whole file of gigabytes at its end.
+TEST_F(FreeSpaceTest, NoFlushHasMuchToSend) {
+  Wipe({.most_records = 1}, {}, 80u << 20);
+  EXPECT_GT(flushes, 3u);
+  EXPECT_LE(most_unsent, 33u << 20);
 }
 
 TEST_F(FreeSpaceTest, SmallFilesAreMadeUntilTheTableGrowsForThem) {
@@ -113,7 +151,7 @@ TEST_F(FreeSpaceTest, TheWindowsRowsTellWhatIsAskedAndWhatCameOfIt) {
   EXPECT_TRUE(asked.ends_with(kBeyondWiping));
   const Names before = machine->Tree(own);
   drives.Wipe(true, {});
-  EXPECT_TRUE(Holds(drives.row(row).result, "No more is free than the reserve."));
+  EXPECT_TRUE(Holds(drives.row(row).result, " no more is free than the reserve."));
   EXPECT_EQ(drives.summary(), "0 of 1 drive wiped");
   free = (64u << 20) + kRoom;
   drives.Wipe(false, [](const Progress&) { return true; });

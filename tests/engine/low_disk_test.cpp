@@ -4,6 +4,7 @@
 
 #include "platform/filetime.h"
 #include "platform/forwarding_system.h"
+#include "platform/path.h"
 #include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 
@@ -94,6 +95,33 @@ TEST_F(LowDiskTest, OnceADayAtMostAlsoOverStartsOfTheProgram) {
   EXPECT_FALSE(CleansAnew());
   clock.now += kFiletimesADay;
   EXPECT_TRUE(CleansAnew());
+}
+
+TEST_F(LowDiskTest, WhatFillsTheDriveWhileItIsWipedIsNoReason) {
+  const std::string filler = scratch + TemporaryName(), elsewhere = "X:\\" + TemporaryName();
+  const struct {
+    const char* name;
+    std::string noted;
+    bool is_there, cleans;
+  } kRows[] = {
+      {"a filler", filler, true, false},
+      {"it is gone", filler, false, true},
+      {"of another drive", elsewhere, false, true},
+      {"a folder that files are restored to", scratch + "mine", true, true},
+      {"nothing", "", false, true},
+  };
+  const std::string note = TemporaryName();
+  for (const auto& row : kRows) {
+    WriteOwn(note, "Quellix restores into\n" + row.noted + "\n");
+    if (row.is_there) machine->MakeFolder(row.noted);
+    clock.now += 2 * kFiletimesADay;
+    EXPECT_EQ(CleansAnew(), row.cleans) << row.name;
+    if (row.is_there) ports.files.RemoveFolder(row.noted);
+  }
+  WriteOwn(note, "other words\n" + filler + "\n");
+  machine->MakeFolder(filler);
+  clock.now += 2 * kFiletimesADay;
+  EXPECT_TRUE(CleansAnew()) << "no notes";
 }
 
 TEST_F(LowDiskTest, TheDriveIsAskedOnceAMinute) {

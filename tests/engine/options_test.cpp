@@ -249,6 +249,27 @@ TEST_F(OptionsTest, ADiskIsLowWithinTheBoundsAlone) {
   }
 }
 
+TEST_F(OptionsTest, WhoWantsTheDiskLookedAfterGetsTheIconThatItNeeds) {
+  const std::tuple<const char*, bool> kRows[] = {{"0", false},    {"7", true},   {"50", true},
+                                                 {"some", false}, {"51", false}, {"", false}};
+  for (const auto& [text, brings_icon] : kRows) {
+    Options options(ports);
+    TypeLowDisk(options.general, text);
+    EXPECT_EQ(options.general.tray_icon, brings_icon) << text;
+    TypeLowDisk(options.general, "0");
+    EXPECT_EQ(options.general.tray_icon, brings_icon) << "it may stay: " << text;
+  }
+  Options options(ports);
+  TypeLowDisk(options.general, "7");
+  EXPECT_EQ(options.Save(), "");
+  EXPECT_EQ(settings.Load().LowDiskPercent(), 7);
+  TakeTrayIcon(options.general, false);
+  EXPECT_EQ(options.Save(), "");
+  EXPECT_EQ(settings.Load().low_disk, 0);
+  TakeTrayIcon(options.general, true);
+  EXPECT_EQ(options.general.typed_low_disk, "0");
+}
+
 TEST_F(OptionsTest, TheSearchPageIsWrittenInItsFiveLines) {
   Options options(ports);
   ASSERT_FALSE(options.search.drives.empty());

@@ -291,5 +291,33 @@ TEST_F(RegistryScanTest, Components) {
   ExpectRestored(before);
 }
 
+TEST_F(RegistryScanTest, AToolPutsBackWhatItHasDeleted) {
+  const std::string there = File("there.dll", true);
+  for (const std::string& file : {there, scratch + "gone 1.dll", scratch + "gone 2.dll"})
+    Set(kMachine, kDlls, file, Number(1));
+  const RegistryPicture before = PictureOfAll();
+  const auto scan = Scan(ScanTool::kSharedDlls);
+  ScriptedPrompts prompts;
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(scan->undo_path(), "");
+    for (size_t i = 0; i < scan->RowCount(); ++i) scan->SetChecked(i, true);
+    scan->DeleteChecked(false);
+    EXPECT_EQ(PictureOfAll().size(), 1u) << "the key alone";
+    EXPECT_NE(scan->undo_path(), "");
+    const RestoreResult result = scan->Undo(prompts);
+    EXPECT_TRUE(result.problems.empty() && !result.cancelled);
+    EXPECT_EQ(PictureOfAll(), before);
+    EXPECT_TRUE(scan->timer_enabled()) << "what is back is listed again";
+    scan->StartScan();
+    EXPECT_EQ(scan->RowCount(), 3u);
+  }
+  scan->DeleteRows({0, 1, 2}, true);
+  EXPECT_EQ(scan->files_gone(), 1u) << "the one that was there";
+  EXPECT_FALSE(machine->Exists(there));
+  ports.files.RemoveFile(scan->undo_path());
+  EXPECT_THROW(scan->Undo(prompts), Error);
+  EXPECT_NE(scan->undo_path(), "") << "it may come back to its place";
+}
+
 }  // namespace
 }  // namespace quellix

@@ -4,6 +4,7 @@
 #include "platform/filetime.h"
 #include "registry_tools/installer_packages.h"
 #include "support/registry_fixture.h"
+#include "support/unstored_registry.h"
 
 namespace quellix {
 namespace {
@@ -175,6 +176,47 @@ TEST_F(UninstallEntriesTest, APackageIsJudgedAgainBeforeItGoes) {
   const InstallerPackages read = ReadInstallerPackages(ports, {});
   EXPECT_TRUE(Holds(WhyNeeded(ports, read, touched), "It is of today"));
   EXPECT_TRUE(Holds(WhyNeeded(ports, read, touched + "x"), "How old it is cannot be told"));
+}
+
+// However many rows there are; and a stop leaves all that had no turn.
+TEST_F(UninstallEntriesTest, ADeletionAsksTheInstallerOnceAndStopsBetweenPackages) {
+  struct Counting : Registry {
+    explicit Counting(Registry& registry) : registry_(registry) {}
+    std::unique_ptr<RegistryKey> Open(RegistryRoot root, std::string_view path,
+                                      RegistryAccess access) override {
+      asked += path.ends_with("Installer\\UserData") ? 1 : 0;
+      return registry_.Open(root, path, access);
+    }
+    std::unique_ptr<RegistryKey> Create(RegistryRoot root, std::string_view path) override {
+      return registry_.Create(root, path);
+    }
+    int asked = 0;
+    Registry& registry_;
+  };
+  AddProduct(kCode, MakePackage("qx1.msi"));
+  for (int i = 0; i < 20; ++i) MakePackage("Qx9" + std::to_string(i) + ".msi");
+  Counting registry(ports.registry);
+  const auto scan = ScanOf(ScanTool::kUninstall, WithRegistry(ports, registry));
+  const auto packages = [](const RegistryScan& of) {
+    std::vector<size_t> rows;
+    for (size_t i = 0; i < of.RowCount(); ++i) {
+      if (of.row(i).texts[0].starts_with("Qx9")) rows.push_back(i);
+    }
+    return rows;
+  };
+  for (const size_t stop_at : {1u, 5u}) {
+    size_t pauses = 0;
+    scan->DeleteRows(packages(*scan), false, [&](const Progress&) { return ++pauses >= stop_at; });
+    EXPECT_EQ(packages(*scan).size(), 20u) << stop_at;
+    EXPECT_TRUE(Holds(scan->status(), "the deletion was stopped")) << stop_at;
+  }
+  registry.asked = 0;
+  size_t pauses = 0;
+  scan->DeleteRows(packages(*scan), false, [&](const Progress&) { return ++pauses == 0; });
+  EXPECT_EQ(registry.asked, 1);
+  EXPECT_GE(pauses, 40u);
+  EXPECT_EQ(scan->stayed(), 0u) << scan->failure();
+  EXPECT_EQ(packages(*Scan()).size(), 0u);
 }
 
 TEST_F(UninstallEntriesTest, TheTextsAreThoseOfTheEntry) {

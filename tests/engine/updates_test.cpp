@@ -2,7 +2,9 @@
 
 #include "app/updates.h"
 #include "platform/error.h"
+#include "platform/path.h"
 #include "shipped_files.h"
+#include "support/forwarding_files.h"
 #include "support/noting_shell.h"
 #include "support/run_fixture.h"
 #include "support/web_server.h"
@@ -60,13 +62,15 @@ TEST_F(UpdatesTest, AServerTellsOfANewVersion) {
   newest.version = "99.1.0";
   EXPECT_EQ(CheckForUpdate(*http, newest).result, UpdateResult::kNone);
   EXPECT_EQ(Check("old").result, UpdateResult::kNone);
+  EXPECT_EQ(Check("new//").result, UpdateResult::kNew) << "with a slash at the end";
 }
 
 TEST_F(UpdatesTest, WhatIsNoAnswerIsTold) {
   const std::pair<const char*, const char*> kRows[] = {
-      {"words", "what it tells is no version"},      {"empty", "what it tells is no version"},
-      {"binary", "what it tells is no version"},     {"many", "the answer is too large"},
-      {"missing", "it answers with an error (404)"}, {"moved-text", "it leads elsewhere (302)"},
+      {"words", "what it tells is no version"},   {"empty", "what it tells is no version"},
+      {"binary", "what it tells is no version"},  {"many", "the answer is too large"},
+      {"no-utf", "what it tells is no version"},  {"missing", "it answers with an error (404)"},
+      {"moved-text", "it leads elsewhere (302)"},
   };
   for (const auto& [name, problem] : kRows) {
     const UpdateCheck check = Check(name);
@@ -107,6 +111,7 @@ TEST_F(UpdatesTest, OnlyWhatWasSignedIsFetched) {
       {"other-key", "the signature of its checksum is not that of its makers"},
       {"changed-facts", "the signature of its checksum is not that of its makers"},
       {"other-version", "its checksum is that of something else"},
+      {"of-nothing", "its size makes no sense"},
       {"changed", "what came is not what its makers signed"},
       {"shorter", "what came is not what its makers signed"},
       {"longer", "the answer is too large"},
@@ -145,12 +150,12 @@ struct InstallerTest : RunFixture {
     return left;
   }
   void Forget() {
-    NotingShell refusing(ports.shell);
-    refusing.refuses = true;
-    EXPECT_THROW(StartInstaller(On(refusing), "2.0", "x"), Error);
+    ClearInstallers(ports);
+    EXPECT_EQ(Left(), Names{});
   }
-  Machine On(Shell& shell) const {
-    return {ports.files,  ports.registry, shell,          ports.url_cache,     ports.profile,
+  Machine On(Shell& shell) const { return With(ports.files, shell); }
+  Machine With(FileSystem& files, Shell& shell) const {
+    return {files,        ports.registry, shell,          ports.url_cache,     ports.profile,
             ports.system, ports.session,  ports.cleaners, ports.program_folder};
   }
 };
@@ -165,8 +170,82 @@ TEST_F(InstallerTest, ItIsStartedWhereNobodyElseHasPutAnything) {
   StartInstaller(On(shell), "2.1", "another");
   EXPECT_NE(shell.started, before);
   EXPECT_EQ(Left().size(), 2u);  // the folder and its file
-  Forget();
-  EXPECT_EQ(Left(), Names{});
+  engine.ClearLeftovers();
+  EXPECT_EQ(Left(), Names{}) << "nor at the next start";
+}
+
+TEST_F(InstallerTest, WhatOthersCallAlmostTheSameStays) {
+  const std::string name = "quellix-update-" + TemporaryName();
+  machine->MakeFile(temp + "quellix-update-mine\\a.txt", "dear");
+  machine->MakeFile(temp + TemporaryName() + "\\a.txt", "dear");
+  machine->MakeFile(temp + "quellix-update-" + TemporaryName(), "a file");
+  machine->MakeFile(scratch + "outside\\a.txt", "dear");
+  const bool has_links = machine->Can(Ability::kRemoveLinks);
+  if (has_links) machine->MakeFolderLink(temp + name, scratch + "outside");
+  const Names before = machine->Tree(temp), outside = machine->Tree(scratch);
+  ClearInstallers(ports);
+  EXPECT_EQ(machine->Tree(temp), before);
+  EXPECT_EQ(machine->Tree(scratch), outside);
+  if (has_links) ports.files.RemoveFolder(temp + name);
+  Clean("CleanTempFiles");
+}
+
+TEST_F(InstallerTest, WhatDoesNotStartGoesAtOnce) {
+  const struct {
+    const char* name;
+    bool refuses, agrees;
+  } kRows[] = {{"it cannot be started", true, true}, {"its rights are refused", false, false}};
+  for (const auto& row : kRows) {
+    NotingShell shell(ports.shell);
+    shell.refuses = row.refuses;
+    shell.agrees = row.agrees;
+    bool is_started = false;
+    try {
+      is_started = StartInstaller(On(shell), "2.0", "installer");
+    } catch (const Error&) {
+      EXPECT_TRUE(row.refuses) << row.name;
+    }
+    EXPECT_TRUE(!is_started && !shell.started.empty()) << row.name;
+    EXPECT_EQ(Left(), Names{}) << row.name;
+  }
+}
+
+// Whatever another program of this user does to it before it is held, or after.
+TEST_F(InstallerTest, OnlyTheBytesThatWereSignedAreStarted) {
+  for (const char* const changed : {"insTaller", "install", "installer and more", ""}) {
+    struct Exchanging : ForwardingFolder {
+      Exchanging(std::unique_ptr<Folder> folder, std::string bytes)
+          : ForwardingFolder(std::move(folder)), bytes_(std::move(bytes)) {}
+      std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
+        if (mode == OpenMode::kReadKept) {
+          const auto file = ForwardingFolder::Open(name, OpenMode::kReadAndCreate);
+          file->Resize(0);
+          file->Write(0, bytes_);
+        }
+        return ForwardingFolder::Open(name, mode);
+      }
+      std::string bytes_;
+    };
+    ForwardingFiles files(ports.files, [&](const std::string&, std::unique_ptr<Folder> folder) {
+      return std::unique_ptr<Folder>(new Exchanging(std::move(folder), changed));
+    });
+    NotingShell shell(ports.shell);
+    EXPECT_THROW(StartInstaller(With(files, shell), "2.0", "installer"), Error) << changed;
+    EXPECT_EQ(shell.started, "") << changed;
+    EXPECT_EQ(Left(), Names{}) << changed;
+  }
+}
+
+TEST_F(InstallerTest, NobodyWritesOrRemovesItUntilItHasStarted) {
+  if (!ports.session.RunsPrograms()) GTEST_SKIP() << "nothing is started on a volume";
+  NotingShell shell(ports.shell);
+  shell.on_start = [&](const std::string& path) {
+    EXPECT_THROW(ports.files.Open(path, OpenMode::kReadAndCreate), Error);
+    EXPECT_THROW(ports.files.RemoveFile(path), Error);
+    EXPECT_THROW(ports.files.Rename(path, path + "2"), Error);
+  };
+  EXPECT_TRUE(StartInstaller(On(shell), "2.0", "installer"));
+  EXPECT_EQ(Read(shell.started), "installer");
 }
 
 TEST_F(InstallerTest, OnlyWhoWantsItIsAskedFor) {

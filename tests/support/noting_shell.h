@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "platform/error.h"
 #include "platform/shell.h"
 
@@ -18,13 +20,17 @@ struct NotingShell : Shell {
   void ShowProperties(std::string_view path) override { shell_.ShowProperties(path); }
   void OpenFolderOf(std::string_view path) override { shell_.OpenFolderOf(path); }
   std::unique_ptr<ShortcutReader> OpenShortcuts() override { return shell_.OpenShortcuts(); }
-  void StartProgram(std::string_view path, std::string_view) override {
+  bool StartProgram(std::string_view path, std::string_view) override {
     started = path;
+    if (on_start) on_start(started);
     if (refuses) throw Error(Error::Kind::kDenied, "no");
+    return agrees;
   }
 
   std::string started;
+  std::function<void(const std::string& path)> on_start;
   bool refuses = false;
+  bool agrees = true;  // to the rights that it wants
 
  private:
   Shell& shell_;

@@ -27,7 +27,12 @@ constexpr wchar_t kPrograms[] = L"CurrentVersion\\Uninstall\\";
 constexpr wchar_t kRun[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Run";
 constexpr wchar_t kComponents[] = L"Software\\Microsoft\\Active Setup\\Installed Components\\";
 constexpr wchar_t kOfReference[] = L"Delete 1 reference from the registry?";
-const fs::path kJunk = L"C:\\quellix-tests\\lists";
+constexpr wchar_t kShellFolders[] =
+    L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+const std::wstring kProfiles =
+    L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-5-21-7-7-7-";
+const fs::path kJunk = L"C:\\quellix-tests\\lists", kCookies = L"C:\\quellix-tests\\cookies",
+               kUsers = L"C:\\users", kFavorites = fs::path(_wgetenv(L"USERPROFILE")) / "Favorites";
 
 // The whole registry takes its time.
 HWND AwaitScan(HWND tool) {
@@ -103,6 +108,25 @@ HWND KeepList(const QuellixWindow& window) {
   return GetParent(options.Control(lstvList));
 }
 
+HWND Cookies(const QuellixWindow& window) {
+  const OptionsWindow options(window);
+  options.GoTo(OptionsPage::kCookies);
+  return GetParent(options.Control(lstvCookies));
+}
+
+HWND Trial(const QuellixWindow& window) {
+  PressIn(Records(window), cmdTry);
+  const HWND trial = window.AwaitWindow(L"Try it");
+  EXPECT_TRUE(Await([&] { return CountRows(GetDlgItem(trial, lstvTry)) == 2; }));
+  return trial;
+}
+
+HWND Favorites(const QuellixWindow& window) {
+  const HWND favorites = Choose(window, mnuFavorites, L"Favorites");
+  EXPECT_TRUE(AwaitPart(favorites, lblStatus, L" marked"));
+  return favorites;
+}
+
 const ListCase kRows[] = {
     {"Results", Search, lstvDeletion, L"C:\\quellix-tests\\lists\\", L"Remove 1 file (1 Byte", kYes,
      IDCANCEL, false, cmdDeleteSelected},
@@ -134,7 +158,14 @@ const ListCase kRows[] = {
      },
      lstvCache, nullptr, L"Delete 1 entry of the Internet cache for good?", kYes, IDCANCEL, false,
      cmdDelete},
-    {"KeepList", KeepList, lstvList, L"C:\\"}};
+    {"KeepList", KeepList, lstvList, L"C:\\"},
+    {"Cookies", Cookies, lstvCookies, L"C:\\quellix-tests\\cookies\\qx"},
+    {"KeptCookies", Cookies, lstvKept, L"C:\\quellix-tests\\cookies\\qx"},
+    {"Trial", Trial, lstvTry, L"C:\\quellix-tests\\lists\\"},
+    {"Users", [](const QuellixWindow& window) { return Choose(window, mnuUsers, L"Other users"); },
+     lstvUsers, L"C:\\users\\qx"},
+    {"Favorites", Favorites, lstvFavorites, L"\\Favorites\\qx",
+     L"Move 1 favorite into the recycle bin?", kYes, IDCANCEL, false, cmdDelete}};
 
 }  // namespace
 
@@ -156,14 +187,35 @@ SeededLists::SeededLists() {
   WriteBytes(ProgramFolder() / "plg.txt", Fields("0|qx1.cdp|1\r\n0|qx2.cdp|2\r\n"));
   for (const char* name : {"qx1.cdp", "qx2.cdp"}) {
     WriteBytes(ProgramFolder() / "Plugins" / name,
-               Fields("F|No|No|C:\\quellix-tests\\lists\\a.tmp\r\n"
-                      "F|Yes|No|C:\\quellix-tests\\lists\\b.tmp\r\n"));
+               Fields("F|No|No|C:\\quellix-tests\\lists\\1.qxj\r\n"
+                      "F|Yes|No|C:\\quellix-tests\\lists\\2.qxj\r\n"));
   }
   for (const char* name : {"1.qxj", "2.qxj", "3.qxj"}) WriteBytes(kJunk / name, "1");
   for (const char* name : {"a.tmp", "b.tmp", "c.doc"}) WriteBytes(TempFolder() / name, "12345");
   SeedRegistry();
+  SeedCookies();
+  for (const char* name : {"qx1", "qx2", "qx3"}) {
+    const std::string address = std::string("http://") + name + ".example/";
+    WriteBytes(kFavorites / (std::string(name) + ".url"),
+               "[InternetShortcut]\r\nURL=" + address + "\r\n");
+    SetRegistryText(HKEY_LOCAL_MACHINE, kProfiles + fs::path(name).wstring(), L"ProfileImagePath",
+                    (kUsers / name).wstring());
+    fs::create_directories(kUsers / name);
+  }
   for (const wchar_t* source : {L"http://a.example/", L"http://b.example/"})
     MakeCacheEntry({.source = source});
+}
+
+// Two of them are kept.
+void SeededLists::SeedCookies() {
+  std::string kept;
+  for (const char* name : {"qx1@x.txt", "qx2@x.txt", "qx3@x.txt", "qx4@x.txt"}) {
+    WriteBytes(kCookies / name, "cookie");
+    if (name[2] > '2') kept += (kCookies / name).string() + "|\r\n";
+  }
+  WriteBytes(ProgramFolder() / "ck.txt", Fields(kept));
+  cookies_before_ = RegistryText(HKEY_CURRENT_USER, kShellFolders, L"Cookies");
+  SetRegistryText(HKEY_CURRENT_USER, kShellFolders, L"Cookies", kCookies.wstring());
 }
 
 void SeededLists::SeedRegistry() {
@@ -196,7 +248,20 @@ void SeededLists::CleanUp() {
     RegDeleteTreeW(HKEY_CURRENT_USER, (windows + kPrograms + name).c_str());
     RegDeleteTreeW(HKEY_CURRENT_USER, (std::wstring(kExtension) + name).c_str());
   }
-  for (const char* name : {"UNFI.txt", "keep.txt", "plg.txt"}) fs::remove(ProgramFolder() / name);
+  for (const wchar_t* name : {L"qx1", L"qx2", L"qx3"}) {
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, (kProfiles + name).c_str());
+    fs::remove_all(kUsers / name);
+  }
+  if (cookies_before_ == L"<missing>") {
+    RegDeleteKeyValueW(HKEY_CURRENT_USER, kShellFolders, L"Cookies");
+  } else if (!cookies_before_.empty()) {
+    SetRegistryText(HKEY_CURRENT_USER, kShellFolders, L"Cookies", cookies_before_);
+  }
+  cookies_before_.clear();
+  fs::remove_all(kCookies);
+  fs::remove_all(kFavorites);
+  for (const char* name : {"UNFI.txt", "keep.txt", "plg.txt", "ck.txt"})
+    fs::remove(ProgramFolder() / name);
   for (const char* name : {"qx1.cdp", "qx2.cdp"}) fs::remove(ProgramFolder() / "Plugins" / name);
   fs::remove_all(kJunk);
   fs::remove_all(BackupFolder());

@@ -40,7 +40,10 @@ class SeededLists {
 
  private:
   static void SeedRegistry();
+  static void SeedCookies();
   static void CleanUp();
+
+  static inline std::wstring cookies_before_;  // where they were; "" for as they are
 };
 
 // One list of a window, with the keyboard on it.

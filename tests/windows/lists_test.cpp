@@ -199,10 +199,38 @@ TEST_P(EveryListTest, IsFoundAgainAsItWasLeft) {
   const OpenList list(window, GetDlgItem(row.open(window), row.list));
   const RECT place = PlaceOf(list.top);
   EXPECT_TRUE(EqualRect(&place, &left)) << place.left << ' ' << place.top;
-  if (row.list == lstvList) return;  // a page has its lists from the window's size
+  if (GetWindowLongW(GetParent(list.list), GWL_STYLE) & WS_CHILD)
+    return;  // a page has its lists from the window's size
   EXPECT_EQ(width_of(list.list), width);
   EXPECT_EQ(window.ColumnsOf(list.list), columns);
   EXPECT_TRUE(Await([&] { return window.ArrowOf(list.list, 0) == arrow; }));
+}
+
+struct MainListTest : testing::Test {
+  void SetUp() override { ResetSandbox(); }
+  void TearDown() override { ResetSandbox(); }
+};
+
+TEST_F(MainListTest, ItsColumnsAreFoundAgainAsTheyWereLeft) {
+  std::vector<int> columns;
+  const auto width_of = [](const QuellixWindow& window, int column) {
+    return SendMessageW(window.Control(lstvItems), LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(column),
+                        0);
+  };
+  LRESULT widths[2] = {};
+  {
+    const QuellixWindow window;
+    for (const int column : {0, 1}) {
+      SendMessageW(window.Control(lstvItems), LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(column),
+                   width_of(window, column) + 21);
+      widths[column] = width_of(window, column);
+    }
+    columns = TurnColumns(window, window.Control(lstvItems));
+    EXPECT_TRUE(window.Close());
+  }
+  const QuellixWindow window;
+  for (const int column : {0, 1}) EXPECT_EQ(width_of(window, column), widths[column]) << column;
+  EXPECT_EQ(window.ColumnsOf(window.Control(lstvItems)), columns);
 }
 
 struct EmptyCase {

@@ -78,6 +78,22 @@ struct FrmOptionsTest : testing::Test {
   }
 };
 
+TEST_F(FrmOptionsTest, WhoWantsTheDiskLookedAfterGetsTheIconThatItNeeds) {
+  const QuellixWindow program;
+  const OptionsWindow options(program);
+  EXPECT_FALSE(options.IsEnabled(chkTrayIcon) || options.IsChecked(chkTrayIcon));
+  options.Type(txtLowDisk, L"7");
+  EXPECT_TRUE(options.IsEnabled(chkTrayIcon) && options.IsChecked(chkTrayIcon));
+  Apply(options);
+  EXPECT_TRUE(ReadFile("Settings.ini").find("TrayIcon=1\r\n") != std::string::npos);
+  EXPECT_TRUE(ReadFile("Settings.ini").find("LowDisk=7\r\n") != std::string::npos);
+  options.Click(chkTrayIcon);
+  EXPECT_EQ(TextOf(options.Control(txtLowDisk)), L"0");
+  EXPECT_FALSE(options.IsEnabled(chkTrayIcon) || options.IsChecked(chkTrayIcon));
+  Apply(options);
+  EXPECT_TRUE(ReadFile("Settings.ini").find("LowDisk=0\r\n") != std::string::npos);
+}
+
 // Each page is filled in.
 void FillPages(const OptionsWindow& options) {
   const auto click = [&](std::initializer_list<int> boxes) {

@@ -79,6 +79,27 @@ struct RegistryScanWindowTest : testing::Test {
   }
 };
 
+TEST_F(RegistryScanWindowTest, WhatAWindowDeletedComesBackInIt) {
+  constexpr std::wstring_view kAll = L"5 entries, 5 with missing files, 0 with zero usage count";
+  SeedDlls(5);
+  const QuellixWindow quellix;
+  const HWND window = Open(quellix, mnuOrphanedDLL, L"Orphaned Shared DLLs");
+  const HWND list = GetDlgItem(window, lstvOrphanedDLL);
+  ASSERT_TRUE(AwaitStatus(window, kAll));
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_FALSE(IsEnabled(window, cmdUndo)) << "nothing is deleted yet";
+    PressIn(window, cmdDelete);
+    ASSERT_TRUE(AwaitStatus(window, L"0 entries, 0 with missing files, 0 with zero usage count"));
+    EXPECT_FALSE(HasDll(L"C:\\qx none\\1.dll"));
+    ASSERT_TRUE(AwaitEnabled(window, cmdUndo));
+    PressIn(window, cmdUndo);
+    ASSERT_TRUE(AwaitStatus(window, kAll));
+    EXPECT_TRUE(HasDll(L"C:\\qx none\\1.dll") && HasDll(L"C:\\qx none\\5.dll"));
+    EXPECT_EQ(CountRows(list), 5);
+  }
+  EXPECT_TRUE(CloseAndAwait(window));
+}
+
 TEST_F(RegistryScanWindowTest, TheScanStartsByItselfAndWhatIsTickedGoes) {
   SeedDlls(20);
   DWORD uses = 3;

@@ -137,6 +137,38 @@ TEST_F(StartupTest, AHiddenRunIsEndedOrShownToWhoStartsTheProgram) {
   EXPECT_TRUE(HasJunk());
 }
 
+// One that has only just claimed to be the first.
+TEST_F(StartupTest, AHiddenStartWaitsForACopyThatIsStarting) {
+  const QuellixProcess first({}, CREATE_SUSPENDED), hidden(L"-h", CREATE_SUSPENDED);
+  first.Resume();
+  ASSERT_TRUE(Await([] {
+    const HANDLE claim = OpenMutexW(SYNCHRONIZE, FALSE, L"Local\\Quellix runs");
+    if (claim) CloseHandle(claim);
+    return claim != nullptr;
+  }));
+  hidden.Resume();
+  EXPECT_EQ(hidden.AwaitExitCode(), DWORD{kHandedOn});
+  EXPECT_TRUE(Await([&] { return !HasJunk(); }));
+  EXPECT_FALSE(first.HasEnded());
+}
+
+TEST_F(StartupTest, WhatAHiddenStartAsksOfAHiddenRunFollows) {
+  SeedEndlessRun();
+  const QuellixProcess running(L"-h");
+  HWND main = nullptr;
+  ASSERT_TRUE(Await([&] {
+    main = HiddenWindow() ? GetWindow(HiddenWindow(), GW_HWNDPREV) : nullptr;
+    return main && Shown(main, lblStatus) != L"";
+  }));
+  const QuellixProcess second(L"-h");
+  EXPECT_EQ(EndUnseen(second), DWORD{kHandedOn});
+  EXPECT_TRUE(HasJunk() && !running.HasEnded());
+  WriteSettings("DelMethod=D\r\n");
+  PostMessageW(main, WM_COMMAND, cmdStop, 0);
+  EXPECT_EQ(EndUnseen(running), DWORD{kFailed}) << "its own run was stopped";
+  EXPECT_FALSE(HasJunk()) << "the run that it was asked for did it";
+}
+
 TEST_F(StartupTest, SwitchesThatShowTheWindowCleanWhenTheyShould) {
   const struct {
     const char* name;
@@ -240,6 +272,38 @@ TEST_F(StartupTest, ARunThatIsDueWaitsForWindowsAndMenus) {
   EXPECT_TRUE(AwaitPart(window.AwaitWindow(L"Cleaning log"), txtLog,
                         L"Temporary files... Files Deleted: 1 Space Gained: 5 Bytes"));
   EXPECT_TRUE(window.Close());
+}
+
+TEST_F(StartupTest, ALowDiskIsCleanedOnceADay) {
+  const fs::space_info disk = fs::space(L"C:\\");
+  if (disk.available * 100 >= disk.capacity * 50) GTEST_SKIP() << "half of the disk is free";
+  const std::string settings = "TrayIcon=1\r\nLowDisk=50\r\n";
+  WriteSettings(settings);
+  const auto tick = [](const QuellixWindow& window) {
+    SendMessageW(window.main(), WM_TIMER, tmrClean, 0);
+  };
+  const auto day = [] {
+    const std::string text = ReadBytes(ProgramFolder() / "Settings.ini");
+    const size_t place = text.find("LowDiskTime=");
+    return place == std::string::npos ? "" : text.substr(place, text.find('\r', place) - place);
+  };
+  {
+    const QuellixWindow window;
+    EXPECT_TRUE(day().empty() && HasJunk()) << "before the first look";
+    ShowWindow(window.main(), SW_HIDE);
+    tick(window);
+    EXPECT_TRUE(Await([&] { return !HasJunk(); }));
+    ShowWindow(window.main(), SW_SHOW);
+    EXPECT_EQ(TextOf(window.Control(lblStatus)), L"Cleaned by itself: 1 file, 5 Bytes.");
+  }
+  const std::string begun = day();
+  EXPECT_NE(begun, "");
+  WriteBytes(junk_, "12345");
+  const QuellixWindow again;
+  tick(again);
+  tick(again);
+  EXPECT_TRUE(HasJunk());
+  EXPECT_EQ(day(), begun);
 }
 
 // Whether the notification area has the program's icon.

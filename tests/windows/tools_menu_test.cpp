@@ -54,11 +54,24 @@ TEST_F(ToolsMenuTest, OtherMessagesAreNoPaths) {
     for (const ULONG_PTR kind : {ULONG_PTR{0x51784E50}, ULONG_PTR{1}}) {
       COPYDATASTRUCT data{kind, static_cast<DWORD>(text.size() * sizeof(wchar_t)),
                           const_cast<wchar_t*>(text.data())};
-      SendMessageW(window.main(), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
+      EXPECT_EQ(SendMessageW(window.main(), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)), FALSE)
+          << "it is refused";
     }
   }
   EXPECT_TRUE(IsWindowEnabled(window.main()));
   EXPECT_FALSE(window.HasWindow(L"Preview"));
+}
+
+TEST_F(ToolsMenuTest, WhatIsNamedBeyondTheMostIsToldOf) {
+  const QuellixWindow window;
+  const std::wstring path = (kFolder / "a.txt").wstring();
+  COPYDATASTRUCT data{0x51784E50, static_cast<DWORD>(path.size() * sizeof(wchar_t)),
+                      const_cast<wchar_t*>(path.data())};
+  for (int i = 0; i < 10'003; ++i)
+    ASSERT_EQ(SendMessageW(window.main(), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)), TRUE);
+  EXPECT_TRUE(window.Answer(L"only the first 10,000 are looked at; 3 more are left out", IDOK));
+  EXPECT_TRUE(CloseAndAwait(window.AwaitWindow(L"Preview")));
+  EXPECT_TRUE(fs::exists(kFolder / "a.txt"));
 }
 
 TEST_F(ToolsMenuTest, TheOptionsMakeExplorersEntryAndTakeItAway) {

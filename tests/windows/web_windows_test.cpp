@@ -24,6 +24,11 @@ struct WebWindowsTest : testing::Test {
     const char* const port = std::getenv("QUELLIX_HTTP_PORT");
     return port == nullptr ? "" : port;
   }
+  static uint64_t FileTimeNow() {
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    return (uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
+  }
   static std::string At(const std::string& path) { return "http://127.0.0.1:" + Port() + path; }
 };
 
@@ -108,6 +113,41 @@ TEST_F(WebWindowsTest, EachResultOfANewVersionIsShown) {
     const std::string settings = ReadBytes(ProgramFolder() / "Settings.ini");
     EXPECT_EQ(settings.find("LastCheck=") != std::string::npos, is_known);
     EXPECT_TRUE(CloseAndAwait(update) && IsWindowEnabled(window.main()));
+    EXPECT_TRUE(window.Close());
+  }
+}
+
+TEST_F(WebWindowsTest, OnceAWeekANewVersionIsToldOfWhereThatIsWanted) {
+  if (Port().empty()) GTEST_SKIP() << "scripts/with-server runs this beside its servers";
+  const std::string recent = std::to_string(FileTimeNow());
+  const struct {
+    const char* name;
+    std::string wanted, last, server;
+    bool is_asked, is_told;
+  } kRows[] = {
+      {"due", "1", "1000", "/new", true, true},
+      {"never asked", "1", "", "/new", true, true},
+      {"none is newer", "1", "1000", "/old", true, false},
+      {"not wanted", "0", "1000", "/new", false, false},
+      {"asked this week", "1", recent, "/new", false, false},
+      {"no answer", "1", "1000", "/missing", false, false},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nCheckUpdates=" + row.wanted +
+                                                     "\r\n[Updates]\r\nServer=" + At(row.server) +
+                                                     "\r\nLastCheck=" + row.last + "\r\n");
+    const QuellixWindow window;
+    SendMessageW(window.main(), WM_TIMER, tmrUpdates, 0);
+    if (row.is_told) {
+      const HWND update = window.AwaitWindow(L"New versions");
+      EXPECT_TRUE(AwaitPart(update, txtUpdate, L"There is a new version: 99.1.0."));
+      EXPECT_TRUE(CloseAndAwait(update));
+    }
+    const std::string settings = ReadBytes(ProgramFolder() / "Settings.ini");
+    const bool is_kept = settings.find("LastCheck=" + row.last + "\r\n") != std::string::npos;
+    EXPECT_EQ(is_kept, !row.is_asked);
+    EXPECT_EQ(window.HasWindow(L"New versions"), false);
     EXPECT_TRUE(window.Close());
   }
 }

@@ -344,7 +344,8 @@ std::unique_ptr<RandomFile> PreviewFolder::Open(std::string_view name, OpenMode 
     Fail(Error::Kind::kExists, Mark("There is already a file or folder of this name"),
          PathOf(name));
   }
-  if (!info && (mode == OpenMode::kRead || mode == OpenMode::kWrite)) Need(name, Detail::kKind);
+  const bool only_reads = mode == OpenMode::kRead || mode == OpenMode::kReadKept;
+  if (!info && (only_reads || mode == OpenMode::kWrite)) Need(name, Detail::kKind);
   if (info && info->is_folder) {
     Fail(Error::Kind::kDenied, Mark("This is a folder, not a file"), PathOf(name));
   }
@@ -358,7 +359,7 @@ std::unique_ptr<RandomFile> PreviewFolder::Open(std::string_view name, OpenMode 
     const uint32_t links = is_real ? inner_->Open(real, OpenMode::kRead)->LinkCount() : 1;
     return std::make_unique<OverwrittenFile>(links);
   }
-  if (mode == OpenMode::kRead && is_real) return inner_->Open(real, mode);
+  if (only_reads && is_real) return inner_->Open(real, mode);
   if (!info || is_real) Write(name, info ? Read(name, ~uint64_t{0}) : "");
   return std::make_unique<MemoryFile>(Find(name)->made->bytes);
 }

@@ -21,7 +21,7 @@ void PreviewShell::ClearAddressHistory() { inner_.Require(ShellFeature::kAddress
 
 void PreviewShell::EmptyClipboard() { inner_.Require(ShellFeature::kClipboard); }
 
-void PreviewShell::StartProgram(std::string_view, std::string_view) {
+bool PreviewShell::StartProgram(std::string_view, std::string_view) {
   throw NotAvailable(Say("What a program does cannot be previewed."));
 }
 

@@ -23,7 +23,7 @@ class PreviewShell : public Shell {
   void Require(ShellFeature feature) override { inner_.Require(feature); }
   void ShowProperties(std::string_view path) override { inner_.ShowProperties(path); }
   void OpenFolderOf(std::string_view path) override { inner_.OpenFolderOf(path); }
-  void StartProgram(std::string_view path, std::string_view arguments) override;
+  bool StartProgram(std::string_view path, std::string_view arguments) override;
   std::unique_ptr<ShortcutReader> OpenShortcuts() override;
 
  private:

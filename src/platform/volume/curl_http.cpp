@@ -1,6 +1,8 @@
 #include <curl/curl.h>
+#include <locale.h>
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <map>
 #include <mutex>
@@ -30,6 +32,7 @@ struct Job {
   std::string host_and_port;  // as the library words it
   HttpAnswer answer;
   size_t header_bytes = 0;
+  int header_status = 0;  // of the answer whose headers come
   bool is_too_large = false, has_endless_headers = false;
   char error[CURL_ERROR_SIZE] = {};
   std::unique_ptr<CURL, EasyCloser> easy;
@@ -44,6 +47,15 @@ size_t TakeBody(char* bytes, size_t, size_t count, void* job_pointer) {
   return count;
 }
 
+// "HTTP/1.1 200 OK"
+int StatusIn(std::string_view line) {
+  const size_t blank = line.find(' ');
+  int status = 0;
+  if (blank != line.npos)
+    std::from_chars(line.data() + blank + 1, line.data() + line.size(), status);
+  return status;
+}
+
 size_t TakeHeader(char* bytes, size_t, size_t count, void* job_pointer) {
   Job& job = *static_cast<Job*>(job_pointer);
   job.header_bytes += count;
@@ -51,7 +63,13 @@ size_t TakeHeader(char* bytes, size_t, size_t count, void* job_pointer) {
   if (job.has_endless_headers) return 0;
   const std::string_view line(bytes, count);
   constexpr std::string_view kLocation = "location:";
-  if (line.starts_with("HTTP/")) job.answer.location.clear();  // of an answer before the last
+  if (line.starts_with("HTTP/")) {
+    job.answer.location.clear();  // of an answer before the last
+    job.header_status = StatusIn(line);
+  }
+  // The body may be long in coming.
+  const bool is_end = line == "\r\n" || line == "\n";
+  if (is_end && job.request.headers_only && job.header_status >= 200) return 0;
   if (line.size() > kLocation.size() && EqualsNoCase(line.substr(0, kLocation.size()), kLocation)) {
     std::string_view value = line.substr(kLocation.size());
     while (!value.empty() && static_cast<unsigned char>(value.back()) <= ' ')
@@ -141,6 +159,23 @@ void SetUp(Job& job) {
   }
 }
 
+// While it lives, the library takes names of servers in other scripts for UTF-8, on this thread.
+class Utf8Names {
+ public:
+  Utf8Names() {
+    static const locale_t utf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    if (utf8 != nullptr) before_ = uselocale(utf8);
+  }
+  ~Utf8Names() {
+    if (before_ != nullptr) uselocale(before_);
+  }
+  Utf8Names(const Utf8Names&) = delete;
+  Utf8Names& operator=(const Utf8Names&) = delete;
+
+ private:
+  locale_t before_ = nullptr;
+};
+
 class CurlHttp : public Http {
  public:
   explicit CurlHttp(const HttpOptions& options) : proxy_(options.proxy) {
@@ -199,6 +234,7 @@ class CurlHttp : public Http {
  private:
   void Advance() {
     int running = 0, left = 0;
+    const Utf8Names names;
     curl_multi_perform(multi_.get(), &running);
     while (const CURLMsg* const message = curl_multi_info_read(multi_.get(), &left)) {
       if (message->msg == CURLMSG_DONE) TakeEnded(message->easy_handle, message->data.result);

@@ -186,7 +186,8 @@ std::unique_ptr<Folder> VolumeFolder::OpenFolder(std::string_view names, OpenFor
 std::unique_ptr<RandomFile> VolumeFolder::Open(std::string_view name, OpenMode mode) {
   const std::string path = PathOf(name);
   AttributeSupport& support = drive_.attribute_support();
-  if (mode == OpenMode::kRead) return OpenVolumeFile(Need(name), O_RDONLY, support, path);
+  if (mode == OpenMode::kRead || mode == OpenMode::kReadKept)
+    return OpenVolumeFile(Need(name), O_RDONLY, support, path);
   if (mode == OpenMode::kWrite) return OpenVolumeFile(Need(name), O_WRONLY, support, path);
   Located entry;
   const bool exists = FindPlace(name, entry);

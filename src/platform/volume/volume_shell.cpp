@@ -152,7 +152,7 @@ void VolumeShell::OpenFolderOf(std::string_view) {
   throw NotAvailable("Folders are opened by a running Windows only.");
 }
 
-void VolumeShell::StartProgram(std::string_view, std::string_view) {
+bool VolumeShell::StartProgram(std::string_view, std::string_view) {
   throw NotAvailable("Programs are started by a running Windows only.");
 }
 

@@ -30,7 +30,7 @@ class VolumeShell : public Shell {
   void Require(ShellFeature feature) override;
   void ShowProperties(std::string_view path) override;
   void OpenFolderOf(std::string_view path) override;
-  void StartProgram(std::string_view path, std::string_view arguments) override;
+  bool StartProgram(std::string_view path, std::string_view arguments) override;
   std::unique_ptr<ShortcutReader> OpenShortcuts() override;
 
  private:

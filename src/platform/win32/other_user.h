@@ -42,7 +42,7 @@ class OtherUserShell : public Shell {
   }
   void ShowProperties(std::string_view path) override { inner_.ShowProperties(path); }
   void OpenFolderOf(std::string_view path) override { inner_.OpenFolderOf(path); }
-  void StartProgram(std::string_view, std::string_view) override { Refuse(); }
+  bool StartProgram(std::string_view, std::string_view) override { Refuse(); }
   // Windows finds their targets by the folders and rights of who asks.
   std::unique_ptr<ShortcutReader> OpenShortcuts() override { Refuse(); }
 

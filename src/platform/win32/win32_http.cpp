@@ -11,6 +11,7 @@
 #include <mutex>
 
 #include "platform/http.h"
+#include "platform/text.h"
 #include "platform/url.h"
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/unique.h"
@@ -27,7 +28,7 @@ constexpr DWORD kProxyWantsPassword = 407;
 // Newer than the headers that this is built with.
 constexpr DWORD kTls12 = 0x800, kTls13 = 0x2000, kAutomaticProxy = 4;
 
-LazyLibrary winhttp(L"winhttp.dll");
+LazyLibrary winhttp(L"winhttp.dll"), normaliz(L"normaliz.dll");
 
 // Found on the interface thread, before the library's own threads use them.
 struct Functions {
@@ -67,6 +68,7 @@ struct Ends {
 // A request in hand; it lives until the library has let go of its handle.
 struct Job {
   HttpRequest request;
+  std::wstring host;  // as the network knows it
   bool has_named_proxy = false;
   Clock::time_point until;
   std::shared_ptr<Ends> ends;
@@ -75,6 +77,7 @@ struct Job {
   std::string piece = std::string(kPiece, '\0'), body;
   std::optional<uint64_t> announced;
   DWORD secure_flags = 0;
+  bool asks_other = false;  // a proxy that the system's settings name
   // Under the lock.
   bool is_over = false;
   HttpAnswer answer;
@@ -118,7 +121,7 @@ HttpEnd EndOf(const Job& job, DWORD code) {
   const auto found = std::ranges::find(kEnds, code, [](const auto& row) { return row.code; });
   const HttpEnd end = found == std::end(kEnds) ? HttpEnd::kNoHttp : found->end;
   const bool is_nearest = end == HttpEnd::kNoName || end == HttpEnd::kNoConnection;
-  return is_nearest && job.has_named_proxy ? HttpEnd::kProxy : end;
+  return is_nearest && (job.has_named_proxy || job.asks_other) ? HttpEnd::kProxy : end;
 }
 
 void Fail(Job& job, DWORD code) {
@@ -186,6 +189,11 @@ void TakePiece(HINTERNET request, Job& job, size_t bytes) {
   ReadOn(request, job);
 }
 
+// Whose name is looked up, where it is not the server's, is a proxy.
+bool IsOther(const Job& job, const wchar_t* name) {
+  return name != nullptr && !EqualsNoCase(Narrow(name), Narrow(job.host));
+}
+
 bool IsOver(Job& job) {
   const std::lock_guard guard(job.ends->lock);
   return job.is_over;
@@ -202,6 +210,9 @@ void CALLBACK OnStatus(HINTERNET request, DWORD_PTR context, DWORD status, void*
   const std::shared_ptr<Job> job = *owner;
   if (IsOver(*job)) return;
   switch (status) {
+    case WINHTTP_CALLBACK_STATUS_RESOLVING_NAME:
+      job->asks_other = IsOther(*job, static_cast<const wchar_t*>(information));
+      break;
     case WINHTTP_CALLBACK_STATUS_SECURE_FAILURE:
       job->secure_flags = *static_cast<const DWORD*>(information);
       break;
@@ -218,6 +229,17 @@ void CALLBACK OnStatus(HINTERNET request, DWORD_PTR context, DWORD status, void*
       Fail(*job, static_cast<const WINHTTP_ASYNC_RESULT*>(information)->dwError);
       break;
   }
+}
+
+// A name in another script as the network knows it; "" for one that is none.
+std::wstring NetworkName(const std::string& host) {
+  const std::wstring name = Wide(host);
+  if (std::ranges::all_of(name, [](wchar_t each) { return each < 0x80; })) return name;
+  static const auto convert = normaliz.Find<decltype(&IdnToAscii)>("IdnToAscii");
+  wchar_t ascii[256];
+  const int length =
+      convert(0, name.c_str(), static_cast<int>(name.size()), ascii, std::size(ascii));
+  return std::wstring(ascii, static_cast<size_t>(std::max(length, 0)));
 }
 
 UniqueInternet OpenSession(const std::string& proxy) {
@@ -261,7 +283,8 @@ class Win32Http : public Http {
     job->until = Clock::now() + std::chrono::seconds(request.seconds);
     InHand& in_hand = jobs_[id];
     in_hand.job = job;
-    if (!url || !url->IsWeb()) return Finish(*job, HttpEnd::kBadAddress);
+    if (url && url->IsWeb()) job->host = NetworkName(url->host);
+    if (job->host.empty()) return Finish(*job, HttpEnd::kBadAddress);
     if (!Send(*url, in_hand)) Fail(*job, GetLastError());
   }
 
@@ -304,7 +327,7 @@ class Win32Http : public Http {
     const bool is_secure = url.scheme == "https";
     const auto usual = static_cast<INTERNET_PORT>(is_secure ? INTERNET_DEFAULT_HTTPS_PORT
                                                             : INTERNET_DEFAULT_HTTP_PORT);
-    in_hand.connection.Reset(Library().connect(session_.Get(), Wide(url.host).c_str(),
+    in_hand.connection.Reset(Library().connect(session_.Get(), in_hand.job->host.c_str(),
                                                url.port == 0 ? usual : url.port, 0));
     if (!in_hand.connection) return false;
     in_hand.request.Reset(Library().open_request(

@@ -48,9 +48,9 @@ NtAsk AskFor(OpenMode mode) {
   NtAsk ask{.access = FILE_GENERIC_READ | FILE_GENERIC_WRITE,
             .share = FILE_SHARE_READ,
             .options = FILE_NON_DIRECTORY_FILE | FILE_OPEN_REPARSE_POINT};
-  if (mode == OpenMode::kRead) {
+  if (mode == OpenMode::kRead || mode == OpenMode::kReadKept) {
     ask.access = FILE_GENERIC_READ;
-    ask.share = kShareAll;
+    if (mode == OpenMode::kRead) ask.share = kShareAll;
   } else if (mode == OpenMode::kReadAndCreate) {
     ask.disposition = FILE_OPEN_IF;
   } else if (mode == OpenMode::kCreateNew) {

@@ -141,7 +141,7 @@ void Win32Shell::OpenFolderOf(std::string_view path) {
     throw WindowsError(static_cast<DWORD>(result), Mark("Cannot open the folder of %1: %2"), path);
 }
 
-void Win32Shell::StartProgram(std::string_view path, std::string_view arguments) {
+bool Win32Shell::StartProgram(std::string_view path, std::string_view arguments) {
   com_.Start();
   const std::wstring file = Wide(path), rest = Wide(arguments);
   SHELLEXECUTEINFOW info{};
@@ -151,7 +151,9 @@ void Win32Shell::StartProgram(std::string_view path, std::string_view arguments)
   info.lpParameters = rest.c_str();
   info.nShow = SW_SHOWNORMAL;
   static const auto execute = shell32.Find<decltype(&ShellExecuteExW)>("ShellExecuteExW");
-  if (!execute(&info) && GetLastError() != ERROR_CANCELLED) ThrowLastError(Cannot::kStart, path);
+  if (execute(&info)) return true;
+  if (GetLastError() != ERROR_CANCELLED) ThrowLastError(Cannot::kStart, path);
+  return false;
 }
 
 std::unique_ptr<ShortcutReader> Win32Shell::OpenShortcuts() {
