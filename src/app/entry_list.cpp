@@ -33,11 +33,11 @@ std::string_view FateText(const RunEntry& entry, bool is_preview) {
 
 // A plug-in, a line of a list, the line that keeps it, the reason, the archive.
 std::string NoteText(const RunEntries& entries, const RunEntry& entry, bool is_preview) {
-  const std::string& rule = entries.rules[entry.rule];
+  const std::string rule = Tr(entries.rules[entry.rule]);
   const std::string& archive = entries.archives[entry.archive];
+  std::string note = entries.NoteOf(entry).shown;
   // TRANSLATORS: What the keep list has kept: %1 is that line of it.
-  std::string note =
-      entry.fate == Fate::kKept ? Tr("by the line %1", entry.note) : entries.NoteOf(entry).shown;
+  if (entry.fate == Fate::kKept) note = Tr("by the line %1", note);
   if (!rule.empty()) note = rule + (note.empty() ? "" : ": " + note);
   if (archive.empty() || is_preview) return note;
   // TRANSLATORS: %1 is an archive.

@@ -29,7 +29,7 @@ struct Value {
 // Explorer starts the program once for each that is selected.
 std::vector<Value> ValuesOf(const Machine& machine) {
   const std::string program = "\"" + machine.program_folder + "\\quellix.exe\"";
-  return {{"", "", "Remove with Quellix..."},
+  return {{"", "", Tr("Remove with Quellix...")},
           {"", "Icon", program + ",0"},
           {"", "MultiSelectModel", "Player"},
           {"\\command", "", program + " " + std::string(kRemoveSwitch) + " \"%1\""}};

@@ -135,7 +135,7 @@ FoundRecipes FindRecipeSections(const Machine& machine, const Pause& pause) {
   for (auto& [group, rows] : groups) {
     std::ranges::stable_sort(rows, LessNoCase(), &ListSection::Row::name);
     result.sections.push_back(
-        {.kind = ListSection::Kind::kRecipes, .title = group, .rows = std::move(rows)});
+        {.kind = ListSection::Kind::kRecipes, .title = Tr(group), .rows = std::move(rows)});
   }
   return result;
 }

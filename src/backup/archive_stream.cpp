@@ -113,7 +113,7 @@ bool ArchiveStream::Try(const Step& step) {
     step();
     return true;
   } catch (const std::exception& error) {
-    problem_ = error.what();
+    problem_ = SentenceOf(error);
     return false;
   }
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/file_system.h"
+#include "platform/words.h"
 
 namespace quellix {
 
@@ -39,7 +40,7 @@ class ArchiveStream {
   enum class Writes { kDone, kHeld, kDropped };  // kHeld: whatever they take, they stay in memory
   void Set(Writes writes) { writes_ = writes; }
 
-  const std::string& Problem() const { return problem_; }
+  const Sentence& Problem() const { return problem_; }
 
  private:
   size_t ReadCached(uint64_t offset, std::span<char> buffer);
@@ -63,7 +64,7 @@ class ArchiveStream {
   bool read_short_ = false;
   std::string cache_;
   uint64_t cached_ = 0;  // where the cache begins
-  std::string problem_;
+  Sentence problem_;
 };
 
 }  // namespace quellix

@@ -22,22 +22,24 @@ std::string StoredName(std::string_view path) {
 
 // Small streams fit into a header, such as the mark of what was downloaded. Returns those that do
 // not, in a sentence.
-std::string StoreStreams(RandomFile& source, ZipEntry& entry) {
-  std::string loss;
+Sentence StoreStreams(RandomFile& source, ZipEntry& entry) {
+  Sentence loss;
   size_t left = kMostStreamBytes;
   for (const StreamInfo& stream : source.Streams()) {
     const uint64_t needed = stream.name.size() + stream.size + 4;
     if (needed <= left) {
       std::string bytes = source.ReadStream(stream.name);
-      if (bytes.size() > stream.size) throw Error(Error::Kind::kOther, "a stream of it grew");
+      if (bytes.size() > stream.size) throw Error(Error::Kind::kOther, Say("a stream of it grew"));
       left -= stream.name.size() + bytes.size() + 4;
       entry.streams.emplace_back(stream.name, std::move(bytes));
       continue;
     }
-    loss += (loss.empty() ? "" : ", ") + std::string("its stream \"") + stream.name + "\" of " +
-            std::to_string(stream.size) + " bytes";
+    const Sentence more =
+        Say("its stream \"%1\" of %2 bytes", stream.name, std::to_string(stream.size));
+    loss = loss.empty() ? more : Say("%1, %2", loss, more);
   }
-  return loss.empty() ? loss : "an archive cannot hold " + loss;
+  // TRANSLATORS: %1 is "its stream \"a\" of 70000 bytes", or several of them.
+  return loss.empty() ? loss : Say("an archive cannot hold %1", loss);
 }
 
 void IgnoreFailure(const std::function<void()>& step) {
@@ -110,7 +112,7 @@ bool ModZip::GoesOn(Folder& folder, const std::string& name) {
 std::string ModZip::BackupFile(Folder& folder, std::string_view path) {
   const auto source = folder.Open(NamePart(path), OpenMode::kRead);
   ZipEntry entry;
-  std::string loss = StoreStreams(*source, entry);
+  const Sentence loss = StoreStreams(*source, entry);
   if (!loss.empty() && options_.Strict) throw Error(Error::Kind::kOther, loss);
   OpenArchive();
   entry.own = true;
@@ -119,7 +121,7 @@ std::string ModZip::BackupFile(Folder& folder, std::string_view path) {
   entry.times = source->Times();
   entry.dos_time = ToDosTime(system_.ToLocalTime(entry.times.last_write));
   writer_->Add(entry, *source, pause_);
-  return loss;
+  return loss.english;
 }
 
 void ModZip::Flush() {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/error.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -13,9 +14,8 @@ constexpr uint64_t kNarrowest = 0xFFFFFFFF;  // what smaller ones may not grow t
 constexpr uint64_t kMostCounted = 0xFFFE;
 constexpr uint16_t kMadeOnNtfs = 0x0A14;  // external attributes are those of Windows
 
-[[noreturn]] void Fail(const std::string& sentence) {
-  throw Error(Error::Kind::kOther,
-              sentence.empty() ? "The archive could not be written." : sentence);
+[[noreturn]] void Fail(const Sentence& why) {
+  throw Error(Error::Kind::kOther, why.empty() ? Say("The archive could not be written.") : why);
 }
 
 }  // namespace
@@ -104,8 +104,8 @@ void ZipWriter::Fill(RandomFile& source, size_t got, bool wide, const Pause& pau
     deflater_.Pack({buffer_.data(), got}, last, write);
     at += got;
     if (last) break;
-    if (!wide && at >= kWideFrom) Fail("The file grew too fast.");
-    if (pause()) Fail("The file was not archived: the run was stopped.");
+    if (!wide && at >= kWideFrom) Fail(Say("The file grew too fast."));
+    if (pause()) Fail(Say("The file was not archived: the run was stopped."));
     got = source.Read(at, buffer_);
   }
   if (zipCloseFileInZipRaw64(zip_, at, crc) != ZIP_OK) FailOfStream();

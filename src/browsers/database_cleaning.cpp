@@ -158,7 +158,7 @@ class Cleaning {
         batch.Add(folder_, path, *info);
       }
     }
-    const std::string problem = batch.Store();
+    const Sentence problem = batch.Store();
     if (problem.empty()) return std::string(context_.backup.Path());
     if (context_.state.Strict) {
       throw Error(Error::Kind::kOther,

@@ -40,13 +40,14 @@ auto FindRow(std::vector<InstalledPlugin>& rows, std::string_view file) {
       rows, [file](const InstalledPlugin& plugin) { return EqualsNoCase(plugin.file, file); });
 }
 
-// What a run by plug-ins has to say beside its totals.
+// What a run by plug-ins has to say beside its totals, with lines of its log.
 std::string Problems(const RunState& state) {
-  std::string text = NotBackedUpLine(state);
-  for (const std::string_view sentence : StayedSentences(state)) {
-    text.append("\r\n").append(sentence);
-  }
-  text += StayedNames(state, kMostLines);
+  std::string text;
+  if (state.FilesNotBackedUp > 0)
+    text =
+        "\r\n" + Tr("Deleted without a backup: %1 file(s)", std::to_string(state.FilesNotBackedUp));
+  for (const std::string_view sentence : StayedSentences(state)) text += "\r\n" + Tr(sentence);
+  text += StayedNames(state, kMostLines, Tongue::kShown);
   const std::vector<std::string> lines = Split(state.RunLog, '\n');
   for (size_t i = 0; i + 1 < lines.size(); ++i) {
     if (i == kMostLines) {

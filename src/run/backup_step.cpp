@@ -35,7 +35,7 @@ void BackupBatch::Add(Folder& folder, std::string_view path, const FileInfo& see
       state.RunLog.append(" (").append(loss).append(")\r\n");
     }
   } catch (const std::exception& error) {
-    file.problem = error.what();
+    file.problem = SentenceOf(error);
   }
   files_.push_back(std::move(file));
   bytes_ += seen.size;
@@ -47,17 +47,17 @@ void BackupBatch::Flush() {
     context_.backup.Flush();
   } catch (const std::exception& error) {
     for (File& file : files_) {
-      if (file.problem.empty()) file.problem = error.what();
+      if (file.problem.empty()) file.problem = SentenceOf(error);
     }
   }
 }
 
-// Why a file does not count as archived, "" when it does.
-const std::string& BackupBatch::ProblemOf(Folder& folder, File& file) const {
+// Why a file does not count as archived, empty when it does.
+const Sentence& BackupBatch::ProblemOf(Folder& folder, File& file) const {
   if (!file.problem.empty() || !context_.state.Strict) return file.problem;
   const FileInfo now = folder.Look(NamePart(file.path), Detail::kSize).value_or(FileInfo{});
   if (now.size != file.seen.size || now.last_write != file.seen.last_write) {
-    file.problem = "it changed after it was archived";
+    file.problem = Say("it changed after it was archived");
   }
   return file.problem;
 }
@@ -96,9 +96,9 @@ void BackupBatch::RemoveOnly(WorkingFolder& working) {
   RemoveOne(working, files_.front());
 }
 
-std::string BackupBatch::Store() {
+Sentence BackupBatch::Store() {
   Flush();
-  std::string problem;
+  Sentence problem;
   for (const File& file : files_) {
     if (problem.empty()) problem = file.problem;
   }

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/words.h"
 #include "run/context.h"
 #include "run/working_folder.h"
 
@@ -32,18 +33,18 @@ class BackupBatch {
   // The same for a batch of one file; where that stays, Error tells why.
   void RemoveOnly(WorkingFolder& working);
   // Brings the archive onto the disk and empties the batch; its files stay, to be changed. Why not
-  // all of them are in the archive; "" when they are.
-  std::string Store();
+  // all of them are in the archive; empty when they are.
+  Sentence Store();
 
  private:
   struct File {
     std::string_view path;
-    FileInfo seen;        // before it was archived
-    std::string problem;  // why it is not in the archive
+    FileInfo seen;     // before it was archived
+    Sentence problem;  // why it is not in the archive
   };
 
   void Flush();
-  const std::string& ProblemOf(Folder& folder, File& file) const;
+  const Sentence& ProblemOf(Folder& folder, File& file) const;
   void RemoveOne(WorkingFolder& working, File& file);
 
   CleaningContext& context_;

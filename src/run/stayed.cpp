@@ -12,13 +12,19 @@
 namespace quellix {
 namespace {
 
+std::string In(Tongue tongue, Sentence sentence) {
+  return std::move(tongue == Tongue::kEnglish ? sentence.english : sentence.shown);
+}
+
 // The system's sentence names most paths itself.
-std::string Line(const RunEntry& entry) {
+std::string Line(const RunEntries& entries, const RunEntry& entry, Tongue tongue) {
+  const Sentence note = entries.NoteOf(entry);
   if (entry.fate == Fate::kKept) {
-    return "\r\n" + PlaceText(entry) + " (by the line " + entry.note + ")";
+    // TRANSLATORS: What the keep list has kept, and the line of it.
+    return "\r\n" + In(tongue, Say("%1 (by the line %2)", PlaceText(entry), note));
   }
   const bool names_itself = entry.note.find(entry.place) != std::string::npos;
-  return "\r\n" + (names_itself ? "" : entry.place + ": ") + entry.note;
+  return "\r\n" + (names_itself ? "" : entry.place + ": ") + In(tongue, note);
 }
 
 bool IsOnDisk(const RunEntry& entry) {
@@ -27,9 +33,9 @@ bool IsOnDisk(const RunEntry& entry) {
 
 // Each place once: two items may have met it. What stays in the registry is told by its item.
 std::string Names(const char* heading, const RunEntries& entries, Fate fate, uint64_t count,
-                  size_t most) {
+                  size_t most, Tongue tongue) {
   if (count == 0) return {};
-  std::string text = std::string("\r\n\r\n") + heading;
+  std::string text = "\r\n\r\n" + In(tongue, Say(heading));
   std::set<std::string> named;
   uint64_t left = count;
   for (const RunEntry& entry : entries.all) {
@@ -39,12 +45,15 @@ std::string Names(const char* heading, const RunEntries& entries, Fate fate, uin
     if (named.size() > most) {
       ++left;
     } else {
-      text += Line(entry);
+      text += Line(entries, entry, tongue);
     }
   }
   if (left == 0) return text;
-  return text + "\r\nand " + std::to_string(left) + " more" +
-         (most == kNamesShown ? "; the log names them when it is saved." : "");
+  const std::string more = std::to_string(left);
+  return text + "\r\n" +
+         In(tongue, most == kNamesShown
+                        ? Say("and %1 more; the log names them when it is saved.", more)
+                        : Say("and %1 more", more));
 }
 
 // Without entries nobody knows better.
@@ -116,11 +125,11 @@ Sentence KeptSentence(std::string_view line) {
 std::vector<std::string_view> StayedSentences(const RunState& state) {
   std::vector<std::string_view> sentences;
   if (SomeWereLocked(state)) {
-    sentences.push_back("Some files were not deleted because they were locked or in use.");
+    sentences.push_back(Mark("Some files were not deleted because they were locked or in use."));
   }
   if (state.StayedCount > state.StayedLocked) {
     sentences.push_back(
-        "Some files were not deleted for the reasons that stand behind their names.");
+        Mark("Some files were not deleted for the reasons that stand behind their names."));
   }
   return sentences;
 }
@@ -149,9 +158,10 @@ std::string LeftToStartLine(const RunState& state) {
   return "\r\nLeft to the next start of Windows: " + std::to_string(state.LeftToStart) + " file(s)";
 }
 
-std::string StayedNames(const RunTotals& totals, size_t most) {
-  return Names("Not deleted:", *totals.Entries, Fate::kStayed, totals.StayedCount, most) +
-         Names("Kept:", *totals.Entries, Fate::kKept, totals.KeptCount, most);
+std::string StayedNames(const RunTotals& totals, size_t most, Tongue tongue) {
+  const RunEntries& entries = *totals.Entries;
+  return Names(Mark("Not deleted:"), entries, Fate::kStayed, totals.StayedCount, most, tongue) +
+         Names(Mark("Kept:"), entries, Fate::kKept, totals.KeptCount, most, tongue);
 }
 
 }  // namespace quellix

@@ -42,7 +42,7 @@ void NoteKept(RunState& state, std::string_view path, std::string_view line);
 // What is said of one thing that a line of the keep list keeps.
 Sentence KeptSentence(std::string_view line);
 
-// What is to be said when files stayed: one sentence or two, or none.
+// What is to be said when files stayed: one sentence or two, or none; named for the catalogues.
 std::vector<std::string_view> StayedSentences(const RunState& state);
 // What is to be said when files went without the backup they were to have: a line, behind a line
 // break; "" when none did.
@@ -57,8 +57,11 @@ struct HasOverwritten {};
 // What stays readable of files that were wiped or written over: a line behind an empty one; ""
 // where none were, or nothing has to be said.
 std::string WipedLine(const RunState& state);
+// Whether a text is for a log, or for a window in its language.
+enum class Tongue { kEnglish, kShown };
+
 // The names of what stayed, and of what was kept, with their reasons, a line each, `most` of them,
 // behind an empty line and a heading; "" when nothing did.
-std::string StayedNames(const RunTotals& totals, size_t most);
+std::string StayedNames(const RunTotals& totals, size_t most, Tongue tongue = Tongue::kEnglish);
 
 }  // namespace quellix

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "app/preview_run.h"
+#include "app/run_question.h"
 #include "platform/error.h"
 #include "plugins/recipe_list.h"
 #include "run/run_entries.h"
@@ -102,6 +104,26 @@ TEST(Words, OfFilesStayEnglish) {
 
   EXPECT_EQ(ShownDrive(drive), "C: Festplatte");
   EXPECT_EQ(ParseDriveLine(drive), std::vector<std::string>{"C:\\"});
+}
+
+TEST(Words, OfQuestionsNameTheirButton) {
+  const InEnglishAgain after;
+  RunEntries found;
+  const auto asked = [&found](std::string_view verb, std::string_view question) {
+    const std::string text = QuestionBefore(found, {}, [](size_t) { return true; });
+    const VerbOf of = VerbAndQuestion(text);
+    EXPECT_EQ(of.verb, verb);
+    EXPECT_EQ(of.question, question);
+  };
+  found.Add({.bytes = 5, .place = "C:\\a"});
+  asked("Delete", "Delete 1 file (5 Bytes) for good?");
+  Speak(Catalogue(MoOf(
+      {{"", Head("n != 1")},
+       {std::string("Delete %1 file (%2) for good?\0Delete %1 files (%2) for good?", 60),
+        std::string("Löschen|%1 Datei (%2) endgültig löschen?\0%1 Dateien (%2) löschen?", 69)}})));
+  asked("Löschen", "1 Datei (5 Bytes) endgültig löschen?");
+  found.Add({.bytes = 5, .place = "C:\\b"});
+  asked("2", "2 Dateien (10 Bytes) löschen?");
 }
 
 TEST(Words, OfBrokenCataloguesAreRefused) {
