@@ -1,6 +1,7 @@
 #include "cleaners/skeleton.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/error.h"
 #include "platform/path.h"
@@ -103,12 +104,13 @@ class FoundSoFar {
   FoundSoFar(CleaningContext& context, Claim claim, const Stays& stays)
       : context_(context), claim_(claim), stays_(stays) {}
 
-  // Where a machine looks at files ahead, they wait for that until the next ones are there.
+  // Where a machine looks at files ahead, they wait for that until the next ones are there; the
+  // first ones are waited for.
   void Take(FileList found) {
     Remove();
     waiting_ = std::move(found);
     if (stays_) DropFiles(waiting_.PendingFiles, stays_);
-    expected_ = ExpectLooks(context_, {&waiting_, 1});
+    if (!std::exchange(is_first_, false)) expected_ = ExpectLooks(context_, {&waiting_, 1});
     if (!expected_) Remove();
   }
   void Remove() {
@@ -124,6 +126,7 @@ class FoundSoFar {
   const Stays& stays_;
   FileList waiting_;
   std::shared_ptr<void> expected_;  // uses the list
+  bool is_first_ = true;
 };
 
 }  // namespace

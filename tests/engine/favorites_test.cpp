@@ -272,7 +272,7 @@ TEST_F(FavoritesTest, TheSecondOfTwoIsTheOnlyOneWhenTheFirstGoes) {
 TEST_F(FavoritesTest, WhatTheGuardKeepsStays) {
   const std::string key =
       "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
-  const std::string kept = ports.system.WindowsFolder() + "\\Qx favorites";
+  const std::string kept = ports.system.SystemFolder() + "\\Qx favorites";
   machine->MakeFolder(kept + "\\Empty");
   machine->MakeFile(kept + "\\a.url", "");
   machine->SetText(kMachine, key, "Common Favorites", kept);

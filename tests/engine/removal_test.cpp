@@ -1,6 +1,7 @@
 #include "run/removal.h"
 
 #include "platform/wiping_note.h"
+#include "run/working_folder.h"
 #include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 
@@ -66,6 +67,7 @@ TEST_F(RemovalTest, WipingOverwritesOnceByteByByteOrByStep) {
     state.WipeStep = step;
     state.ExtraSecurity = extra;
     state.AbortRequested = false;
+    PlacesOf(context);  // pauses as well
     // Stop at a pause in the middle: what was overwritten stays so, the rest and the file too.
     int pauses = 0;
     view.on_pause = [&] { state.AbortRequested = ++pauses > 5; };
