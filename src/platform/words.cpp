@@ -183,18 +183,26 @@ void Speak(Catalogue words) { Now() = std::move(words); }
 
 const Catalogue& Spoken() { return Now(); }
 
-std::string Fill(std::string_view pattern, std::initializer_list<std::string_view> values) {
-  std::string filled;
-  for (size_t i = 0; i < pattern.size(); ++i) {
-    const size_t place = i + 1 < pattern.size() ? static_cast<size_t>(pattern[i + 1] - '1') : 9;
-    if (pattern[i] != '%' || place >= values.size()) {
-      filled += pattern[i];
-    } else {
-      filled += values.begin()[place];
-      ++i;
+void FillInto(std::string& text, std::string_view pattern,
+              std::initializer_list<std::string_view> values) {
+  text.clear();
+  size_t from = 0;
+  for (size_t at = 0; (at = pattern.find('%', at)) != pattern.npos && at + 1 < pattern.size();) {
+    const auto place = static_cast<size_t>(pattern[at + 1] - '1');
+    if (place >= values.size()) {
+      ++at;
+      continue;
     }
+    text.append(pattern, from, at - from).append(values.begin()[place]);
+    from = at += 2;
   }
-  return filled;
+  text.append(pattern.substr(from));
+}
+
+std::string Fill(std::string_view pattern, std::initializer_list<std::string_view> values) {
+  std::string text;
+  FillInto(text, pattern, values);
+  return text;
 }
 
 std::string Shown(const std::exception& error) {

@@ -43,6 +43,9 @@ const Catalogue& Spoken();
 // `pattern` with %1 to %9 replaced by the values, in whatever order. Any other percent sign is one,
 // and so is a place that has no value.
 std::string Fill(std::string_view pattern, std::initializer_list<std::string_view> values);
+// The same in a text that keeps the room it has: for what is told of each of many files.
+void FillInto(std::string& text, std::string_view pattern,
+              std::initializer_list<std::string_view> values);
 
 // A text in the language of the windows, its places filled.
 template <typename... Values>

@@ -331,13 +331,16 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
       state.RemovalMode == kDelete && !state.Choice && list.PendingFiles.size() >= kEnough;
   std::shared_ptr<void> expected;
   if (!together && state.RemovalMode == kDelete) expected = ExpectLooks(context, {&list, 1});
+  const std::string deleting = Tr("Deleting file: %1");
+  std::string status;
   for (size_t i = 0; i < list.PendingFiles.size(); ++i) {
     if (StopsRun(context)) {
       deletion.Stop();
       return Abandon(context);
     }
     const std::string_view path = list.PendingFiles[i];
-    context.view.SetStatus(Tr("Deleting file: %1", path));
+    FillInto(status, deleting, {path});
+    context.view.SetStatus(status);
     if (together) {
       together = deletion.Add(path);
       if (!together) expected = ExpectLooks(context, {&list, 1});
