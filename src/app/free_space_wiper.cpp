@@ -10,6 +10,7 @@
 #include "platform/text.h"
 #include "platform/words.h"
 #include "run/random_source.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
@@ -30,7 +31,8 @@ class Wiper {
  public:
   Wiper(const Machine& machine, const std::string& root, const FreeSpaceOptions& options,
         const Pause& pause)
-      : files_(machine.files),
+      : machine_(machine),
+        files_(machine.files),
         notes_(machine.files, machine.program_folder),
         root_(WithBackslash(root)),
         temp_(WithBackslash(machine.system.TempFolder())),
@@ -42,6 +44,7 @@ class Wiper {
 
   FreeSpaceWiped Run() {
     try {
+      MakeProgramFolder(machine_);
       Begin();
       while (!wiped_.is_stopped && FillOne()) {
       }
@@ -214,6 +217,7 @@ class Wiper {
     }
   }
 
+  const Machine& machine_;
   FileSystem& files_;
   RestoreNotes notes_;
   const std::string root_, temp_;
