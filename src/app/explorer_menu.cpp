@@ -28,7 +28,7 @@ struct Value {
 
 // Explorer starts the program once for each that is selected.
 std::vector<Value> ValuesOf(const Machine& machine) {
-  const std::string program = "\"" + machine.program_folder + "\\quellix.exe\"";
+  const std::string program = "\"" + machine.installed_folder + "\\quellix.exe\"";
   return {{"", "", Tr("Remove with Quellix...")},
           {"", "Icon", program + ",0"},
           {"", "MultiSelectModel", "Player"},

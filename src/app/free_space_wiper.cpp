@@ -10,6 +10,7 @@
 #include "platform/text.h"
 #include "platform/words.h"
 #include "run/random_source.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
@@ -33,8 +34,8 @@ class Wiper {
  public:
   Wiper(const Machine& machine, const std::string& root, const FreeSpaceOptions& options,
         const Pause& pause)
-      : files_(machine.files),
-        system_(machine.system),
+      : machine_(machine),
+        files_(machine.files),
         notes_(machine.files, machine.program_folder),
         root_(WithBackslash(root)),
         temp_(WithBackslash(machine.system.TempFolder())),
@@ -46,6 +47,7 @@ class Wiper {
 
   FreeSpaceWiped Run() {
     try {
+      MakeProgramFolder(machine_);
       Begin();
       while (!wiped_.is_stopped && FillOne()) {
       }
@@ -153,9 +155,9 @@ class Wiper {
   void SendOn(RandomFile& file) {
     if (++unsent_ < most_unsent_) return;
     unsent_ = 0;
-    const int64_t begun = system_.UtcNow();
+    const int64_t begun = machine_.system.UtcNow();
     file.Flush();
-    const int64_t took = system_.UtcNow() - begun;
+    const int64_t took = machine_.system.UtcNow() - begun;
     if (took < kShort) most_unsent_ = std::min(2 * most_unsent_, kMostUnsent);
     if (took > kLong) most_unsent_ = std::max(most_unsent_ / 2, 1);
   }
@@ -244,8 +246,8 @@ class Wiper {
     }
   }
 
+  const Machine& machine_;
   FileSystem& files_;
-  System& system_;
   RestoreNotes notes_;
   const std::string root_, temp_;
   const FreeSpaceOptions options_;

@@ -12,6 +12,7 @@
 #include "search/wildcard.h"
 #include "settings/keep_file.h"
 #include "settings/list_files.h"
+#include "settings/own_files.h"
 #include "settings/path_check.h"
 
 namespace quellix {
@@ -220,8 +221,7 @@ std::string OptionList::FromPath(std::string_view path) const {
 }
 
 bool OptionList::HasDefaults() const {
-  return *page_.defaults != '\0' &&
-         machine_.files.Look(machine_.program_folder + "\\" + page_.defaults);
+  return *page_.defaults != '\0' && machine_.files.Look(FoundPath(machine_, page_.defaults));
 }
 
 std::string OptionList::RestoreDefaults() {

@@ -20,7 +20,7 @@ constexpr const char* kRunName = "Quellix";
 constexpr size_t kLongestPath = 254;  // characters that are read back
 
 std::string RunText(const Machine& machine) {
-  return "\"" + machine.program_folder + "\\quellix.exe\" -S";
+  return "\"" + machine.installed_folder + "\\quellix.exe\" -S";
 }
 
 // A whole number within the limits; nothing for any other text.

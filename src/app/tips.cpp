@@ -5,6 +5,7 @@
 #include "registry_tools/mod_registry.h"
 #include "settings/list_files.h"
 #include "settings/numbers.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
@@ -23,7 +24,7 @@ bool Tips::Load() {
   shown_ = false;
   try {
     last_ = StoredIndex();
-    const auto file = machine_.files.Look(machine_.program_folder + "\\" + std::string(kFile));
+    const auto file = machine_.files.Look(FoundPath(machine_, kFile));
     if (!file) return false;
     if (file->size > kLargestFile) return true;
     tips_ = ReadListFile(machine_, kFile);

@@ -8,13 +8,14 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
 
 constexpr char kSeparator = '\x01';
 
-std::string ListPath(const Machine& machine) { return machine.program_folder + "\\ck.txt"; }
+constexpr std::string_view kFile = "ck.txt";
 
 bool IsCookieFile(std::string_view name) {
   return std::ranges::any_of(Split(kCookieFiles, ';'),
@@ -63,7 +64,8 @@ std::vector<std::string> TakeOut(std::vector<std::string>& list, std::span<const
 }  // namespace
 
 std::string ReadKeptCookies(const Machine& machine) {
-  return DecodeText(machine.files.ReadWholeFile(ListPath(machine)).value_or(""), machine.system);
+  return DecodeText(machine.files.ReadWholeFile(FoundPath(machine, kFile)).value_or(""),
+                    machine.system);
 }
 
 CookieLists::CookieLists(const Machine& machine) : machine_(machine) {
@@ -105,7 +107,8 @@ void CookieLists::Save() {
   if (!changed()) return;
   std::string text;
   for (const std::string& path : kept_) text += path + kSeparator;
-  machine_.files.WriteWholeFile(ListPath(machine_), text + "\r\n");
+  MakeProgramFolder(machine_);
+  machine_.files.WriteWholeFile(OwnPath(machine_, kFile), text + "\r\n");
   saved_ = kept_;
 }
 

@@ -35,7 +35,11 @@ void SuggestCommand(const CLI::App& app, const std::vector<std::string>& words) 
 int RunConsole(std::vector<std::string> arguments, const ConsolePlatform& platform) {
   CLI::App app("Quellix cleans a Windows machine of junk and traces of use.", "quellixctl");
   app.require_subcommand(1);
-  app.set_version_flag("--version", "quellixctl " QUELLIX_VERSION, "Print the version");
+  const auto version = [&platform] {
+    return "quellixctl " QUELLIX_VERSION "\nSettings, lists and logs: " +
+           platform.settings_folder();
+  };
+  app.set_version_flag("--version", version, "Print the version and where settings are");
   ConsoleView::ShowProgress(platform.shows_progress);
   ConsoleView::Asks(platform.can_ask);
   ConsoleCommands commands(app, platform);

@@ -51,6 +51,8 @@ struct ConsolePlatform {
   bool works_on_volumes = false;
   bool shows_progress = false;  // standard error is a terminal
   bool can_ask = false;         // standard input and standard error are
+  // Where settings, lists and logs are when no folder is named.
+  std::function<std::string()> settings_folder;
   // Throws Error with a sentence for the user, also where a change is refused.
   std::function<std::unique_ptr<OpenMachine>(const MachineOptions&)> open;
   // Where it works on volumes: what is in a place, by Error when there is none, and where to look.

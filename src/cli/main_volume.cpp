@@ -133,6 +133,7 @@ int main(int argc, char** argv) {
                              {.works_on_volumes = true,
                               .shows_progress = isatty(STDERR_FILENO) == 1,
                               .can_ask = isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1,
+                              .settings_folder = UsualSettingsFolder,
                               .open =
                                   [](const quellix::MachineOptions& options) {
                                     return std::make_unique<MountedMachine>(options);

@@ -156,6 +156,7 @@ int main() {
       Arguments(), {.works_on_volumes = false,
                     .shows_progress = GetFileType(GetStdHandle(STD_ERROR_HANDLE)) == FILE_TYPE_CHAR,
                     .can_ask = IsTerminal(STD_INPUT_HANDLE) && IsTerminal(STD_ERROR_HANDLE),
+                    .settings_folder = [] { return quellix::FindProgramFolders().own; },
                     .open = Open,
                     .users = UserNames,
                     .run_processes = RunInTurn});

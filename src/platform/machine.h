@@ -24,7 +24,10 @@ struct Machine {
   System& system;
   Session& session;
   SystemCleaners& cleaners;
-  std::string program_folder;  // holds Settings.ini and the lists; without trailing "\"
+  // Without trailing "\". The first holds Settings.ini, the lists and whatever else is its user's;
+  // the second the program itself and what it came with. They are mostly the same.
+  std::string program_folder;
+  std::string installed_folder = program_folder;
 };
 
 }  // namespace quellix

@@ -9,7 +9,8 @@ namespace quellix {
 namespace {
 
 constexpr uint32_t kMagic = 0x950412de;
-constexpr size_t kHead = 20;  // magic, revision, how many, where the two tables begin
+constexpr size_t kLongestRule = 400;  // it is read by recursion
+constexpr size_t kHead = 20;          // magic, revision, how many, where the two tables begin
 
 // An expression of C over the number n, as the head of a catalogue has one: what it lacks of C are
 // assignments, bits and calls.
@@ -126,6 +127,9 @@ Catalogue::Catalogue(std::string mo) : mo_(std::move(mo)) {
   for (size_t i = 0; i < count_; ++i) TextAt(names_, i), TextAt(texts_, i);
   plural_ = FieldOf(Find(""), "plural=");
   if (plural_.empty()) plural_ = "n != 1";
+  if (plural_.size() > kLongestRule) {
+    throw Error(Error::Kind::kOther, "The catalogue's rule for plurals is too long.");
+  }
   PluralExpression rule(plural_, 1);
   rule.Value();
   if (!rule.is_read()) throw Error(Error::Kind::kOther, "The rule for plurals goes on: " + plural_);
@@ -162,10 +166,14 @@ std::string_view Catalogue::Find(std::string_view name) const {
   return {};
 }
 
+std::string_view Catalogue::Field(std::string_view name) const {
+  return FieldOf(Find(""), std::string(name) + ": ");
+}
+
 std::string_view Catalogue::Of(std::string_view english) const {
   if (english.empty()) return english;  // names the catalogue's head
-  const std::string_view text = Find(english);
-  return text.empty() ? english : text.substr(0, text.find('\0'));
+  const std::string_view forms = Find(english), text = forms.substr(0, forms.find('\0'));
+  return text.empty() ? english : text;
 }
 
 std::string_view Catalogue::Of(std::string_view one, std::string_view many, uint64_t count) const {

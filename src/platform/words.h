@@ -24,6 +24,8 @@ class Catalogue {
   std::string_view Of(std::string_view english) const;
   // In the form that the language has for so many.
   std::string_view Of(std::string_view one, std::string_view many, uint64_t count) const;
+  // A field of its head, such as "Language"; empty where it has none, as in English.
+  std::string_view Field(std::string_view name) const;
 
  private:
   uint32_t NumberAt(size_t at) const;
@@ -35,8 +37,8 @@ class Catalogue {
   std::string plural_;                        // the expression that chooses a form by `n`
 };
 
-// What every window speaks from now on; English until then. To be called once, before any text is
-// asked for: the others may be called from every thread, and hold no lock.
+// What every window speaks from now on; English until then. To be called before any text is asked
+// for, and again only while no other thread asks: they hold no lock.
 void Speak(Catalogue words);
 const Catalogue& Spoken();
 

@@ -22,6 +22,7 @@
 #include "run/removal.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace modPlugin {
@@ -319,7 +320,7 @@ void CleanPlugins(CleaningContext& context, const Item& item) {
     NotePlace(context.state);
     // Looked for in "\Plugins\" and processed from "\plugins\": both name the same folder, and the
     // log shows it as it always was.
-    modPlugin::RunPlugin(context, context.machine.program_folder + "\\plugins\\" + plugin.file);
+    modPlugin::RunPlugin(context, FoundPath(context.machine, "plugins\\" + plugin.file));
     if (context.state.AbortRequested) return EndRun(context, Tr("Aborted by user"));
   }
   EndRun(context, "");

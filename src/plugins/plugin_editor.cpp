@@ -10,6 +10,7 @@
 #include "plugins/plugin_places.h"
 #include "plugins/recipe_keys.h"
 #include "run/working_folder.h"
+#include "settings/own_files.h"
 
 namespace quellix::modPlugin {
 namespace {
@@ -359,7 +360,7 @@ void PluginEditor::Save() {
     return prompts_.Inform(
         Tr("A file name cannot have any of these characters: %1", "\\ / : * ? \" < > |"));
   }
-  const std::string path = PluginPath(machine_, file);
+  const std::string path = OwnPath(machine_, "Plugins\\" + file);
   try {
     MakeFolders(machine_.files, FolderPart(path));
     if (machine_.files.Look(path, Detail::kKind) &&

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "platform/error.h"
 #include "platform/text.h"
@@ -9,15 +10,14 @@
 #include "plugins/recipe_detection.h"
 #include "settings/list_files.h"
 #include "settings/numbers.h"
+#include "settings/own_files.h"
 
 namespace quellix::modPlugin {
 namespace {
 
 constexpr std::string_view kListName = "plg.txt";
 
-std::string ListPath(const Machine& machine) {
-  return machine.program_folder + "\\" + std::string(kListName);
-}
+std::string ListPath(const Machine& machine) { return FoundPath(machine, kListName); }
 
 // A part of a path that Windows would take for "", "." or "..".
 bool IsStep(std::string_view part) {
@@ -43,15 +43,22 @@ Plugin LoadOrNothing(const Machine& machine, std::string_view file) {
   }
 }
 
-std::vector<InstalledPlugin> ListFolder(const Machine& machine) {
+// The user's own, and those that came with the program; of two of one name there is one.
+std::vector<InstalledPlugin> FilesOf(const Machine& machine) {
   std::vector<InstalledPlugin> plugins;
-  machine.files.Enumerate(machine.program_folder + "\\Plugins", Detail::kKind,
-                          [&](const Entry& entry) {
-                            if (!entry.info.is_folder && MatchesMask(entry.name, "*.cdp")) {
-                              plugins.push_back({false, std::string(entry.name), ""});
-                            }
-                            return true;
-                          });
+  for (const std::string& folder : std::set{machine.program_folder, machine.installed_folder}) {
+    machine.files.Enumerate(folder + "\\Plugins", Detail::kKind, [&](const Entry& entry) {
+      if (!entry.info.is_folder && MatchesMask(entry.name, "*.cdp")) {
+        plugins.push_back({false, std::string(entry.name), ""});
+      }
+      return true;
+    });
+  }
+  return plugins;
+}
+
+std::vector<InstalledPlugin> ListFolder(const Machine& machine) {
+  std::vector<InstalledPlugin> plugins = FilesOf(machine);
   std::map<std::pair<std::string, std::string>, InstalledPlugin> sorted;
   for (InstalledPlugin& plugin : plugins) {
     const Plugin loaded = LoadOrNothing(machine, plugin.file);
@@ -67,7 +74,7 @@ std::vector<InstalledPlugin> ListFolder(const Machine& machine) {
 
 std::string PluginPath(const Machine& machine, std::string_view file) {
   if (!StaysInFolder(file)) return {};
-  return machine.program_folder + "\\Plugins\\" + std::string(file);
+  return FoundPath(machine, "Plugins\\" + std::string(file));
 }
 
 PluginGuide ReadGuide(const Machine& machine, std::string_view file) {

@@ -10,6 +10,7 @@
 #include "plugins/plugin_file.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
+#include "settings/own_files.h"
 #include "settings/settings.h"
 
 namespace quellix::modPlugin {
@@ -19,7 +20,7 @@ constexpr size_t kMostLines = 12;  // of a log that a message box shows
 
 // Processing starts from the folder's name in small letters, and the log shows it so.
 std::string ProcessedPath(const Machine& machine, const std::string& file) {
-  return machine.program_folder + "\\plugins\\" + file;
+  return FoundPath(machine, "plugins\\" + file);
 }
 
 std::string Kilobytes(CleaningContext& context) {
@@ -135,7 +136,9 @@ void PluginManager::Add() {
   const FileFilter filter = {title, "*.cdp"};
   const auto path = prompts_.AskFile(std::span(&filter, 1), folder);
   if (!path) return;
-  if (!EqualsNoCase(FolderPart(*path), folder)) {
+  const bool came_with_it =
+      EqualsNoCase(FolderPart(*path), machine_.installed_folder + "\\Plugins\\");
+  if (!came_with_it && !EqualsNoCase(FolderPart(*path), folder)) {
     return prompts_.Inform(Tr("The plugin should be in Plugin Folder") + "\r\n" + folder);
   }
   try {

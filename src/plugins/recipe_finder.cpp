@@ -82,8 +82,8 @@ std::vector<bool> FindRecipes(const Machine& machine, const std::vector<ListedRe
   ListedFiles files(machine.files);
   RememberedSystem system(machine.system);
   const Machine seen{
-      files,  machine.registry, machine.shell,    machine.url_cache,     machine.profile,
-      system, machine.session,  machine.cleaners, machine.program_folder};
+      files,  machine.registry, machine.shell,    machine.url_cache,      machine.profile,
+      system, machine.session,  machine.cleaners, machine.program_folder, machine.installed_folder};
   std::vector<bool> found;
   for (const ListedRecipe& recipe : recipes) {
     if (pause()) break;

@@ -5,6 +5,7 @@
 #include "platform/text.h"
 #include "plugins/recipe_folders.h"
 #include "plugins/recipe_list.h"
+#include "settings/own_files.h"
 #include "settings/settings.h"
 
 namespace quellix::modPlugin {
@@ -15,7 +16,7 @@ constexpr size_t kLongestSetting = 32768;
 
 std::string PathOfList(const Machine& machine, const std::string& name) {
   const std::string path = name.find('%') == name.npos ? name : ExpandPluginPath(machine, name);
-  return ParsePattern(path) ? path : machine.program_folder + "\\" + path;
+  return ParsePattern(path) ? path : FoundPath(machine, path);
 }
 
 }  // namespace

@@ -142,6 +142,7 @@ void ForEachFolder(Folder& folder, const Visit& visit) {
 
 void PreciousFinder::Find(std::string_view backup_folder) {
   Note(machine_.program_folder, Kind::kOwn);
+  Note(machine_.installed_folder, Kind::kOwn);
   Note(backup_folder, Kind::kOwn);
   FindDrives();
   FindWindows();

@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "settings/list_files.h"
 #include "settings/numbers.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
@@ -131,7 +132,7 @@ SearchOptions ParseSearchOptions(std::vector<std::string> lines, const Locale& l
 }
 
 SearchOptions LoadSearchOptions(const Machine& machine) {
-  if (!machine.files.Look(machine.program_folder + "\\" + std::string(kFile))) return {};
+  if (!machine.files.Look(FoundPath(machine, kFile))) return {};
   return ParseSearchOptions(ReadListFile(machine, kFile), machine.system.UserLocale());
 }
 

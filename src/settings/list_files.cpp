@@ -2,23 +2,20 @@
 
 #include "platform/profile_strings.h"
 #include "platform/text.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
 
 constexpr char kSeparator = '\x01';
 
-std::string PathOf(const Machine& machine, std::string_view name) {
-  return machine.program_folder + "\\" + std::string(name);
-}
-
 }  // namespace
 
 std::vector<std::string> ReadListFile(const Machine& machine, std::string_view name,
                                       std::string_view default_name) {
-  std::optional<std::string> bytes = machine.files.ReadWholeFile(PathOf(machine, name));
+  std::optional<std::string> bytes = machine.files.ReadWholeFile(FoundPath(machine, name));
   if (!bytes && !default_name.empty()) {
-    bytes = machine.files.ReadWholeFile(PathOf(machine, default_name));
+    bytes = machine.files.ReadWholeFile(FoundPath(machine, default_name));
   }
   if (!bytes || bytes->empty()) return {};
   std::vector<std::string> entries = Split(DecodeText(*bytes, machine.system), '\n');
@@ -33,7 +30,8 @@ void WriteListFile(const Machine& machine, std::string_view name,
                    const std::vector<std::string>& entries) {
   std::string text;
   for (const std::string& entry : entries) text += entry + "\r\n";
-  machine.files.WriteWholeFile(PathOf(machine, name), text);
+  MakeProgramFolder(machine);
+  machine.files.WriteWholeFile(OwnPath(machine, name), text);
 }
 
 ListRow ParseListRow(std::string_view line) {

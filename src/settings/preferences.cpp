@@ -109,6 +109,7 @@ constexpr Row kRows[] = {
     {"General", "SelectRisky", kBox<&Preferences::select_risky>},
     {"General", "KeepLogs", kCount<&Preferences::kept_logs>},
     {"General", "CheckUpdates", kBox<&Preferences::check_updates>},
+    {"General", "Language", kWord<&Preferences::language>},
     {"Backup", "Strict", kBox<&Preferences::Strict>},
     {"Backup", "KeepOnAbort", kBox<&Preferences::KeepOnAbort>},
     {"Backup", "Registry", kBox<&Preferences::BackupRegistry>},

@@ -25,12 +25,13 @@ struct Preferences : RemovalOptions {
   bool protect1 = false;  // the empty-files item may be used
   bool protect2 = false;  // the dead-shortcut item may be used
   bool tip_box = true;
-  bool ask = false;               // before what cannot be undone
-  bool select_risky = true;       // what loses data for good is ticked together with the others
-  int16_t kept_logs = 0;          // how many runs are kept for reading
-  bool tray_icon = false;         // closing the window leaves an icon while cleaning is automatic
-  int16_t low_disk = 0;           // per cent of Windows' drive below which a run begins; 0: never
-  bool check_updates = false;     // a server is asked for new versions once a week
+  bool ask = false;            // before what cannot be undone
+  bool select_risky = true;    // what loses data for good is ticked together with the others
+  int16_t kept_logs = 0;       // how many runs are kept for reading
+  bool tray_icon = false;      // closing the window leaves an icon while cleaning is automatic
+  int16_t low_disk = 0;        // per cent of Windows' drive below which a run begins; 0: never
+  bool check_updates = false;  // a server is asked for new versions once a week
+  std::string language;  // of the windows: "" as Windows', "en", "de", or a file (see SpeakAs)
   std::string overwrite = "Ask";  // what a restore does where a file is there already
 
   bool InHours() const { return hours.value_or(1) == 1; }

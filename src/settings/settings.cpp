@@ -3,16 +3,23 @@
 #include "platform/error.h"
 #include "platform/words.h"
 #include "settings/numbers.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
 
+constexpr std::string_view kFile = "Settings.ini";
 constexpr std::string_view kCleanUp = "CleanUp", kLastCleaned = "LastCleaned";
 constexpr std::string_view kItemsCleaned = "ItemsCleaned";
 
 }  // namespace
 
-std::string Settings::Path() const { return machine_.program_folder + "\\Settings.ini"; }
+std::string Settings::Path() const { return FoundPath(machine_, kFile); }
+
+void Settings::Write(const std::vector<IniEntry>& entries) {
+  TakeOver(machine_, kFile);
+  machine_.profile.Write(OwnPath(machine_, kFile), entries);
+}
 
 std::string Settings::ReadIniValue(std::string_view section, std::string_view key,
                                    std::string_view fallback, size_t buffer) const {
@@ -23,7 +30,7 @@ std::string Settings::ReadIniValue(std::string_view section, std::string_view ke
 
 void Settings::WriteIniValue(std::string_view section, std::string_view key,
                              std::string_view value) {
-  machine_.profile.Write(Path(), {std::string(section), std::string(key), std::string(value)});
+  Write({{std::string(section), std::string(key), std::string(value)}});
 }
 
 void Settings::RequireReadable() const { machine_.files.ReadWholeFile(Path()); }
@@ -48,7 +55,7 @@ Preferences Settings::Load() const {
 }
 
 void Settings::Save(const Preferences& preferences, const Preferences& stored, bool all_users) {
-  machine_.profile.Write(Path(), ChangedPreferences(preferences, stored, all_users));
+  Write(ChangedPreferences(preferences, stored, all_users));
 }
 
 // With the defaults a run would delete for good what its user wants to have backed up. A backup
@@ -86,7 +93,7 @@ void Settings::StoreItemsCleaned(std::span<const std::string_view> item_keys) {
   std::vector<IniEntry> entries;
   for (const std::string_view key : item_keys)
     entries.push_back({std::string(kItemsCleaned), std::string(key), now});
-  if (!entries.empty()) machine_.profile.Write(Path(), entries);
+  if (!entries.empty()) Write(entries);
 }
 
 }  // namespace quellix

@@ -4,13 +4,14 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/machine.h"
 #include "settings/preferences.h"
 
 namespace quellix {
 
-// Settings.ini in the program folder.
+// Settings.ini in the program folder; until there is one, that which came with the program.
 class Settings {
  public:
   explicit Settings(const Machine& machine) : machine_(machine) {}
@@ -49,6 +50,7 @@ class Settings {
 
  private:
   std::string Path() const;
+  void Write(const std::vector<IniEntry>& entries);
 
   Machine machine_;
 };

@@ -10,6 +10,7 @@
 #include "ui/help.h"
 #include "ui/looks.h"
 #include "ui/resource.h"
+#include "ui/window_words.h"
 
 namespace quellix {
 namespace {
@@ -123,9 +124,11 @@ INT_PTR Dialog::Init(HWND window) {
   MapDialogRect(window, &whole);
   layout_.Start(window, dpi_, {whole.right, whole.bottom});
   keeper_.reset();
+  TranslateWindow(window);
   OnInit();
   ApplyLooks(window);
   OnResolution();
+  MakeRoom();
   RestorePlace();
   OnSized();
   BeginRemembering();
@@ -133,6 +136,19 @@ INT_PTR Dialog::Init(HWND window) {
   if (focus) SetFocus(focus);
   // The keyboard is called for when a window is shown; that then chooses the first control.
   return focus == nullptr && (GetWindowLongW(window, GWL_STYLE) & WS_CHILD) != 0;
+}
+
+// For the texts that it has now; about the same middle.
+void Dialog::MakeRoom() {
+  const std::optional<SIZE> growth = layout_.MakeRoom(dpi_);
+  if (!growth) return;
+  RECT place;
+  GetWindowRect(window_, &place);
+  const bool is_child = (GetWindowLongW(window_, GWL_STYLE) & WS_CHILD) != 0;
+  SetWindowPos(window_, nullptr, place.left - growth->cx / 2, place.top - growth->cy / 2,
+               place.right - place.left + growth->cx, place.bottom - place.top + growth->cy,
+               SWP_NOZORDER | SWP_NOACTIVATE | (is_child ? SWP_NOMOVE : 0));
+  layout_.Apply(dpi_);
 }
 
 // Where its user left it, else as its template says, as far as the screen has room for that.

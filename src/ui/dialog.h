@@ -100,6 +100,7 @@ class Dialog {
   void FollowLooks();
   INT_PTR Init(HWND window);
   void SetIcons();
+  void MakeRoom();
   void RestorePlace();
   void ChangeResolution(int dpi, const RECT& place);
   INT_PTR Result(LRESULT result) const;

@@ -5,12 +5,14 @@
 #include <string>
 
 #include "ui/dpi.h"
+#include "ui/language.h"
 
 namespace quellix {
 namespace {
 
 constexpr WORD kOrdinal = 0xFFFF;
-constexpr size_t kStyle = 12, kWidth = 22, kHeight = 24, kMenu = 26;  // in bytes, of DLGTEMPLATEEX
+constexpr size_t kExtendedStyle = 8, kStyle = 12, kWidth = 22, kHeight = 24,
+                 kMenu = 26;  // in bytes, of DLGTEMPLATEEX
 
 struct MessageFont {
   std::wstring face;
@@ -80,6 +82,7 @@ DialogTemplate::DialogTemplate(int id) {
   Align(whole);
   bytes_.resize(whole.size() / sizeof(DWORD));
   std::memcpy(bytes_.data(), whole.data(), whole.size());
+  if (IsRightToLeft()) bytes_[kExtendedStyle / sizeof(DWORD)] |= WS_EX_LAYOUTRTL;
 }
 
 SIZE DialogTemplate::Size() const {

@@ -14,11 +14,12 @@
 namespace quellix {
 namespace {
 
-constexpr Column kOthers[] = {{L"What", 80},        {L"Size", 75, true}, {L"Modified", 145},
-                              {L"Cleaned as", 120}, {L"Fate", 150},      {L"Note", 220}};
+constexpr Column kOthers[] = {{Mark("What"), 80},      {Mark("Size"), 75, true},
+                              {Mark("Modified"), 145}, {Mark("Cleaned as"), 120},
+                              {Mark("Fate"), 150},     {Mark("Note"), 220}};
 
 std::array<Column, kRunColumns> Columns(int place_width) {
-  std::array<Column, kRunColumns> columns{{{L"Place", place_width}}};
+  std::array<Column, kRunColumns> columns{{{Mark("Place"), place_width}}};
   std::ranges::copy(kOthers, columns.begin() + 1);
   return columns;
 }

@@ -10,7 +10,8 @@
 namespace quellix {
 namespace {
 
-constexpr Anchor kAnchors[] = {{txtLicences, 0, 0, 1, 1}, {IDCANCEL, 1, 1, 1, 1}};
+constexpr Anchor kAnchors[] = {
+    {lblOwnFolderPath, 0, 0, 1, 0}, {txtLicences, 0, 0, 1, 1}, {IDCANCEL, 1, 1, 1, 1}};
 
 // The file that also ships beside the program.
 std::string Licences() {
@@ -26,6 +27,7 @@ void FrmAbout::OnInit() {
   layout().Add(kAnchors);
   SetText(lblVersion, Tr("Version %1", QUELLIX_VERSION));
   SetText(lblBuild, Tr("Build %1, for 64-bit Windows", QUELLIX_BUILD));
+  SetText(lblOwnFolderPath, own_folder_);
   SetText(txtLicences, Licences());
 }
 

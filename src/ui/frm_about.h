@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/machine.h"
 #include "ui/owned_window.h"
 #include "ui/resource.h"
 
@@ -8,6 +9,8 @@ namespace quellix {
 // What this program is, and the licences of what is in it.
 class FrmAbout : public OwnedWindow {
  public:
+  explicit FrmAbout(const Machine& machine) : own_folder_(machine.program_folder) {}
+
   void Show(HWND owner) { Open(frmAbout, owner); }
 
  protected:
@@ -22,6 +25,7 @@ class FrmAbout : public OwnedWindow {
   const char* HelpTopic() const override { return "about"; }
 
  private:
+  const std::string own_folder_;
   UniqueIcon picture_;
 };
 

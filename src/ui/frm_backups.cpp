@@ -12,16 +12,16 @@
 namespace quellix {
 namespace {
 
-constexpr Column kOfArchives[kArchiveColumns] = {{L"Drive", 130},
-                                                 {L"Date", 190},
-                                                 {L"Files", 110, true},
-                                                 {L"Size (bytes)", 140, true},
-                                                 {L"State", 150}};
-constexpr Column kOfEntries[kEntryColumns] = {{L"Path", 200},
-                                              {L"Size (bytes)", 90, true},
-                                              {L"Date", 145},
-                                              {L"Attributes", 75},
-                                              {L"State", 80}};
+constexpr Column kOfArchives[kArchiveColumns] = {{Mark("Drive"), 130},
+                                                 {Mark("Date"), 190},
+                                                 {Mark("Files"), 110, true},
+                                                 {Mark("Size (bytes)"), 140, true},
+                                                 {Mark("State"), 150}};
+constexpr Column kOfEntries[kEntryColumns] = {{Mark("Path"), 200},
+                                              {Mark("Size (bytes)"), 90, true},
+                                              {Mark("Date"), 145},
+                                              {Mark("Attributes"), 75},
+                                              {Mark("State"), 80}};
 
 constexpr Anchor kAnchors[] = {
     {lstvArchives, 0, 0, 1, 0.3},   {lblEntries, 0, 0.3, 1, 0.3}, {lstvEntries, 0, 0.3, 1, 1},

@@ -17,9 +17,10 @@ namespace {
 constexpr UINT_PTR kTimer = 1;
 constexpr UINT kMillisecondsPerLook = 100;
 
-constexpr Column kColumns[kResultColumns] = {
-    {L"Name", 150}, {L"Bytes", 75, true}, {L"Date/Time", 145}, {L"Attribute", 62},
-    {L"Path", 190}, {L"File Type", 62},   {L"Category", 112}};
+constexpr Column kColumns[kResultColumns] = {{Mark("Name"), 150},      {Mark("Bytes"), 75, true},
+                                             {Mark("Date/Time"), 145}, {Mark("Attribute"), 62},
+                                             {Mark("Path"), 190},      {Mark("File Type"), 62},
+                                             {Mark("Category"), 112}};
 constexpr int kIcons[] = {icoCross};
 
 constexpr Anchor kAnchors[] = {

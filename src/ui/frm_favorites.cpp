@@ -15,8 +15,10 @@ constexpr UINT_PTR kTimer = 1;
 constexpr UINT kUntilSeen = 50;                    // milliseconds
 constexpr uint64_t kLargestBookmarks = 16u << 20;  // bytes
 
-constexpr Column kColumns[kFavoriteColumns] = {
-    {L"Name", 130}, {L"Folder", 80}, {L"Address", 170}, {L"What is wrong", 220}};
+constexpr Column kColumns[kFavoriteColumns] = {{Mark("Name"), 130},
+                                               {Mark("Folder"), 80},
+                                               {Mark("Address"), 170},
+                                               {Mark("What is wrong"), 220}};
 constexpr int kIcons[] = {icoCross, icoTick};
 
 constexpr Anchor kAnchors[] = {

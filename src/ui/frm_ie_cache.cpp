@@ -9,10 +9,10 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[kCacheColumns] = {{L"Source", 220},          {L"Local filename", 110},
-                                            {L"Local file path", 150}, {L"Size", 65, true},
-                                            {L"Hit rate", 60, true},   {L"Last accessed", 145},
-                                            {L"Last modified", 145},   {L"Expires", 145}};
+constexpr Column kColumns[kCacheColumns] = {
+    {Mark("Source"), 220},        {Mark("Local filename"), 110}, {Mark("Local file path"), 150},
+    {Mark("Size"), 65, true},     {Mark("Hit rate"), 60, true},  {Mark("Last accessed"), 145},
+    {Mark("Last modified"), 145}, {Mark("Expires"), 145}};
 
 constexpr Anchor kAnchors[] = {
     {lstvCache, 0, 0, 1, 0.6},       {lblStatus, 0, 0.6, 1, 0.6},  {fmDisplay, 0, 0.6, 1, 1},

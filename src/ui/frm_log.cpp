@@ -18,7 +18,7 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {{L"Category", 118}, {L"Result", 172}};
+constexpr Column kColumns[] = {{Mark("Category"), 118}, {Mark("Result"), 172}};
 constexpr int kTick = 0, kCross = 1;
 constexpr int kIcons[] = {icoTick, icoCross};
 

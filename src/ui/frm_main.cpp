@@ -59,18 +59,8 @@ constexpr UINT kUntilUpdates = 60'000, kBetweenUpdates = 6 * 3'600'000;
 
 void FrmMain::Open(HWND owner, StartMode mode, modShutDown::Ending ending) {
   with_end_ = ending;
-  const bool is_hidden = mode == StartMode::kHidden;
-  const std::string problems = engine_.Load(is_hidden ? nullptr : &tips_);
-  engine_.ClearLeftovers();
-  with_rights_ = mode == StartMode::kWithRights;
-  if (with_rights_) KeepOnlyRights(machine_, engine_.selection());
-  Create(frmMain, owner);
-  if (is_hidden) return RunHidden();
-  if (with_rights_) SetWindowTextW(window(), Wide(Tr("Quellix (Administrator)")).c_str());
-  if (!is_remembered()) Enlarge();
-  BeginRemembering();
-  ShowWindow(window(), SW_SHOW);
-  if (!problems.empty()) Warn(problems);
+  Make(owner, mode);
+  if (mode == StartMode::kHidden) return RunHidden();
   if (mode != StartMode::kNormal) display_.SetStatus("");
   if (with_rights_ && engine_.is_loaded()) return Clean({});
   if (mode == StartMode::kNormal && engine_.is_loaded()) {
@@ -86,7 +76,25 @@ void FrmMain::Open(HWND owner, StartMode mode, modShutDown::Ending ending) {
   }
 }
 
+void FrmMain::OpenAgain(HWND owner, StartMode mode) { Make(owner, mode); }
+
+void FrmMain::Make(HWND owner, StartMode mode) {
+  const bool is_hidden = mode == StartMode::kHidden;
+  const std::string problems = engine_.Load(is_hidden ? nullptr : &tips_);
+  engine_.ClearLeftovers();
+  with_rights_ = mode == StartMode::kWithRights;
+  if (with_rights_) KeepOnlyRights(machine_, engine_.selection());
+  Create(frmMain, owner);
+  if (is_hidden) return;
+  if (with_rights_) SetWindowTextW(window(), Wide(Tr("Quellix (Administrator)")).c_str());
+  if (!is_remembered()) Enlarge();
+  BeginRemembering();
+  ShowWindow(window(), SW_SHOW);
+  if (!problems.empty()) Warn(problems);
+}
+
 void FrmMain::OnInit() {
+  language_ = engine_.preferences().language;
   prompts_.Attach(window());
   layout().Add(kAnchors);
   Remember(machine_, "frmMain", {&items_.view()});
@@ -170,11 +178,25 @@ void FrmMain::FollowSettings() {
     engine_.auto_clean().Start(std::nullopt);
     engine_.low_disk().Start(0);
   }
+  if (engine_.preferences().language != language_) {
+    SetTimer(window(), tmrLanguage, USER_TIMER_MINIMUM, nullptr);
+  }
   if (BeginsRuns()) {
     SetTimer(window(), tmrClean, kMillisecondsPerTick, nullptr);
   } else {
     KillTimer(window(), tmrClean);
   }
+}
+
+// All windows are made anew in the language that was chosen, once no other one is open.
+void FrmMain::SpeakAnew() {
+  if (search_.working() || !CanClean()) {
+    SetTimer(window(), tmrLanguage, kLookAgain, nullptr);
+    return;
+  }
+  KillTimer(window(), tmrLanguage);
+  exit_code_ = kOtherLanguage;
+  Exit();
 }
 
 // Whether the user could press Clean: no run is in progress, and neither a window before this one
@@ -266,6 +288,7 @@ void FrmMain::OnTimer(UINT_PTR id) {
   if (id == tmrAsked) return CleanAsAsked();
   if (id == tmrNamed) return ShowNamed();
   if (id == tmrUpdates) return AskForUpdates();
+  if (id == tmrLanguage) return SpeakAnew();
   if (id != tmrClean) return;
   const auto can_clean = [this] { return engine_.is_loaded() && CanClean(); };
   engine_.auto_clean().Tick([this] { return CanClean(); }, [this] { CleanByItself(); });

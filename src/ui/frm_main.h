@@ -44,6 +44,10 @@ class FrmMain : public Dialog {
   // the program's exit code.
   // `ending`: of a run that it starts with.
   void Open(HWND owner, StartMode mode, modShutDown::Ending ending);
+  // The exit code of a window whose user has chosen another language: it is to be made anew.
+  static constexpr int kOtherLanguage = -1;
+  // As it was, after such an end; nothing begins by itself.
+  void OpenAgain(HWND owner, StartMode mode);
   // Shows what would go of a file or folder, as when it is dropped on the window, together with
   // those that are named in the next moment; when what is in work, or asked, is over. Beyond 10,000
   // it is told how many are left out.
@@ -68,6 +72,7 @@ class FrmMain : public Dialog {
   bool OnEraseBackground(HDC target) override;
 
  private:
+  void Make(HWND owner, StartMode mode);
   void Enlarge() const;
   void RunHidden();
   bool BeginsRuns() const;
@@ -79,6 +84,7 @@ class FrmMain : public Dialog {
   void EndAsChosen();
   bool CanClean() const;
   void FollowSettings();
+  void SpeakAnew();
   void FindPrograms();
   void ShowSections();
   void LookForRecipes();
@@ -143,6 +149,7 @@ class FrmMain : public Dialog {
   TrayIcon tray_;
   UniqueIcon picture_;  // beside the current item
   const Item* current_item_ = nullptr;
+  std::string language_;                            // as it was chosen when the window was made
   std::string summary_;                             // as shown
   const PreviewRun* look_ = nullptr;                // that is in work
   std::shared_ptr<modPlugin::ShownRecipes> shown_;  // of the last look

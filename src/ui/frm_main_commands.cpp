@@ -15,6 +15,7 @@
 #include "ui/control_text.h"
 #include "ui/dropped_files.h"
 #include "ui/resource.h"
+#include "ui/window_words.h"
 
 namespace quellix {
 namespace {
@@ -107,7 +108,7 @@ void FrmMain::OnContextMenu(HWND control, POINT screen) {
 }
 
 void FrmMain::ShowRowMenu(size_t row, POINT screen) {
-  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuDummy)));
+  const UniqueMenu menu = LoadProgramMenu(mnuDummy);
   const HMENU entries = GetSubMenu(menu.Get(), 0);
   const Target target{items_.list().At(row).item, items_.list().ChoiceAt(row)};
   const std::string command = items_.list().CommandAt(row);
@@ -184,7 +185,7 @@ void FrmMain::ComeForward() const {
 
 // Only a menu of the foreground window goes away when the user clicks elsewhere.
 void FrmMain::ShowTrayMenu(POINT screen) {
-  const UniqueMenu menu(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(mnuTray)));
+  const UniqueMenu menu = LoadProgramMenu(mnuTray);
   const HMENU entries = GetSubMenu(menu.Get(), 0);
   if (!CanClean()) EnableMenuItem(entries, mnuTrayClean, MF_BYCOMMAND | MF_GRAYED);
   if (work_.working() || !last_report_)

@@ -9,6 +9,7 @@
 #include "ui/options_list_page.h"
 #include "ui/options_schedule_page.h"
 #include "ui/options_search_page.h"
+#include "ui/text_room.h"
 
 namespace quellix {
 namespace {
@@ -85,6 +86,8 @@ void FrmOptions::OnInit() {
     SendDlgItemMessageW(window(), lstPages, LB_ADDSTRING, 0,
                         reinterpret_cast<LPARAM>(Wide(TitleOf(page)).c_str()));
   }
+  const HWND list = Control(lstPages);
+  layout().Need(lstPages, WidestRow(list) * 96.0 / dpi());
   ChoosePage(page_);
 }
 
@@ -114,6 +117,7 @@ void FrmOptions::RequireRoom() {
   for (const auto& page : pages_) {
     const SIZE size = page->LeastSize();
     most = {std::max(most.cx, size.cx), std::max(most.cy, size.cy)};
+    layout().Need(picPage, page->NaturalWidth(), page->NaturalHeight());
   }
   layout().Require(picPage, most.cx * 96.0 / dpi(), most.cy * 96.0 / dpi());
 }

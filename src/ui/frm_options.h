@@ -17,7 +17,8 @@ class FrmOptions : public OwnedWindow {
  public:
   FrmOptions(const Machine& machine, Scheduler& scheduler)
       : machine_(machine),
-        schedule_(scheduler, machine.program_folder + "\\quellix.exe", machine.session.UserId()) {}
+        schedule_(scheduler, machine.installed_folder + "\\quellix.exe", machine.session.UserId()) {
+  }
 
   // Called after each OK and Apply, when the files are written.
   std::function<void()> on_accepted;

@@ -44,6 +44,7 @@ void FrmPlugin::Edit(HWND owner, const std::string& file) {
 void FrmPlugin::OnInit() {
   prompts_.Attach(window());
   layout().Add(kAnchors);
+  layout().SetPages(kPages);
   Remember(machine_, "frmPlugin",
            {&files_.list(), &registry_.list(), &ini_.list(), &further_.list()});
   for (int i = 0; i < static_cast<int>(std::size(kTabs)); ++i) {

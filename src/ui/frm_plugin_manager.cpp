@@ -15,7 +15,7 @@ namespace quellix {
 namespace {
 
 constexpr Column kColumns[] = {
-    {L"Plug-in", 190}, {L"Description", 330}, {L"Group", 110}, {L"Costs", 160}};
+    {Mark("Plug-in"), 190}, {Mark("Description"), 330}, {Mark("Group"), 110}, {Mark("Costs"), 160}};
 
 constexpr Anchor kAnchors[] = {
     {lstvPlugin, 0, 0, 1, 1}, {lblStatus, 0, 1, 1, 1},  {mnuCreate, 0, 1, 0, 1},

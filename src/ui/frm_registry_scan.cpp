@@ -77,13 +77,11 @@ void FrmRegistryScan::OnInit() {
   prompts_.Attach(window());
   layout().Add(kAnchors);
   Remember(machine_, std::string("frm") + parts_.name, {&list_});
-  titles_.clear();
   columns_.clear();
   const auto columns = scan_->traits().columns;
-  for (const ScanColumn& column : columns) titles_.push_back(Wide(Tr(column.title)));
   for (size_t i = 0; i < columns.size(); ++i) {
     // The first column stands at the left whatever it holds.
-    columns_.push_back({titles_[i].c_str(), parts_.widths[i], i > 0 && columns[i].number});
+    columns_.push_back({columns[i].title, parts_.widths[i], i > 0 && columns[i].number});
   }
   list_ = {};
   list_.Attach(list_window(), columns_, [this](int row, int column) {

@@ -69,7 +69,6 @@ class FrmRegistryScan : public OwnedWindow, private ScanView {
   Machine machine_;
   std::unique_ptr<RegistryScan> scan_;
   Parts parts_{};
-  std::vector<std::wstring> titles_;
   std::vector<Column> columns_;
   ListView list_;
   WindowPrompts prompts_;

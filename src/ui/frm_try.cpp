@@ -8,7 +8,7 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {{L"What", 110}, {L"Where", 400}};
+constexpr Column kColumns[] = {{Mark("What"), 110}, {Mark("Where"), 400}};
 
 constexpr Anchor kAnchors[] = {
     {lstvTry, 0, 0, 1, 1}, {txtTry, 0, 1, 1, 1},   {lblStatus, 0, 1, 1, 1},

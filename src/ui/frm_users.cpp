@@ -10,8 +10,8 @@
 namespace quellix {
 namespace {
 
-constexpr Column kUserColumns[] = {{L"User", 150}, {L"Profile", 380}};
-constexpr Column kFoundColumns[] = {{L"User", 110}, {L"What", 130}, {L"Where", 300}};
+constexpr Column kUserColumns[] = {{Mark("User"), 150}, {Mark("Profile"), 380}};
+constexpr Column kFoundColumns[] = {{Mark("User"), 110}, {Mark("What"), 130}, {Mark("Where"), 300}};
 
 constexpr Anchor kAnchors[] = {
     {lblUsers, 0, 0, 1, 0},           {lstvUsers, 0, 0, 1, 0.3},   {lblUsersFound, 0, 0.3, 0, 0.3},

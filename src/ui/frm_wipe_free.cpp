@@ -9,8 +9,11 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {
-    {L"Drive", 70}, {L"Kind", 120}, {L"Free", 80, true}, {L"Size", 80, true}, {L"Result", 180}};
+constexpr Column kColumns[] = {{Mark("Drive"), 70},
+                               {Mark("Kind"), 120},
+                               {Mark("Free"), 80, true},
+                               {Mark("Size"), 80, true},
+                               {Mark("Result"), 180}};
 constexpr int kResult = 4;
 
 constexpr Anchor kAnchors[] = {

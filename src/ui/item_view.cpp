@@ -11,7 +11,7 @@ namespace quellix {
 namespace {
 
 constexpr Column kColumns[kItemColumns] = {
-    {L"Item", 196}, {L"Size", 72, true}, {L"Files", 48, true}, {L"Note", 86}};
+    {Mark("Item"), 196}, {Mark("Size"), 72, true}, {Mark("Files"), 48, true}, {Mark("Note"), 86}};
 constexpr int kNote = static_cast<int>(ItemColumn::kNote);
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "ui/dpi.h"
+#include "ui/text_room.h"
 
 namespace quellix {
 namespace {
@@ -28,6 +29,35 @@ double ShrinkUntil(Edge first, Edge second, double least) {
   const double rate = second.share - first.share, room = second.at - first.at - least;
   constexpr double kForEver = 1e6;
   return rate <= 0 ? kForEver : std::max(0.0, room) / rate;
+}
+
+// The least part of its place that a control keeps for the texts of others.
+struct Shares {
+  double width = 1, height = 1;
+};
+
+Shares KeptBy(HWND control, double width) {
+  wchar_t name[20] = {};
+  GetClassNameW(control, name, static_cast<int>(std::size(name)));
+  const auto style = static_cast<DWORD>(GetWindowLongW(control, GWL_STYLE));
+  if (lstrcmpiW(name, WC_LISTVIEWW) == 0 || lstrcmpiW(name, WC_LISTBOXW) == 0) return {0.7, 0.7};
+  if (lstrcmpiW(name, WC_EDITW) == 0) {
+    constexpr double kNarrow = 100;  // for numbers
+    return {width < kNarrow ? 1 : 0.6, (style & ES_MULTILINE) != 0 ? 0.8 : 1};
+  }
+  if (lstrcmpiW(name, WC_COMBOBOXW) == 0 || lstrcmpiW(name, L"SysLink") == 0) return {0.6, 1};
+  const bool is_text = lstrcmpiW(name, WC_STATICW) == 0 && GetWindowTextLengthW(control) > 0;
+  const bool is_cut = lstrcmpiW(name, WC_STATICW) == 0 && (style & SS_ELLIPSISMASK) != 0;
+  const bool is_box = lstrcmpiW(name, WC_BUTTONW) == 0 && (style & BS_TYPEMASK) > BS_DEFPUSHBUTTON;
+  if (is_text || is_cut || is_box) return {0.5, 1};
+  return {};
+}
+
+// Up to where windows grow for their texts, in 96-DPI units: the smallest screens are 800 wide.
+double WidestWindow(HWND window, double width) {
+  constexpr double kWidest = 780, kWidestPage = 560;
+  const bool is_page = (GetWindowLongW(window, GWL_STYLE) & WS_CHILD) != 0;
+  return std::max(width, is_page ? kWidestPage : kWidest);
 }
 
 // Text that is not cut short needs the room that its template gives it.
@@ -90,6 +120,75 @@ void Layout::Require(int id, double width, double height) {
   if (place == places_.end()) return;
   place->least_width = width;
   place->least_height = height;
+}
+
+void Layout::Need(int id, double width, double height) {
+  const auto place = std::ranges::find(places_, id, &Place::id);
+  if (place == places_.end()) return;
+  place->needed_width = std::max(place->needed_width, width);
+  place->needed_height = std::max(place->needed_height, height);
+}
+
+int Layout::PageOf(int id) const {
+  if (pages_.empty() || id < pages_.front() || id >= pages_.back()) return 0;
+  return static_cast<int>(std::ranges::upper_bound(pages_, id) - pages_.begin());
+}
+
+std::vector<RoomBox> Layout::Boxes(double to_units) const {
+  std::vector<RoomBox> boxes;
+  for (const Place& place : places_) {
+    const TextRoom text = TextRoomOf(place.control);
+    const double width = place.right - place.left, height = place.bottom - place.top;
+    const Shares keeps = KeptBy(place.control, width);
+    RoomBox box{place.left,        place.top,        place.right,        place.bottom,
+                place.anchor.left, place.anchor.top, place.anchor.right, place.anchor.bottom};
+    box.least_width = std::max({width * keeps.width, text.width * to_units, place.needed_width});
+    box.least_height =
+        std::max({height * keeps.height, text.height * to_units, place.needed_height});
+    box.least_wrapped = text.wrapped * to_units;
+    box.wraps = text.wraps;
+    box.is_button = text.is_button;
+    box.page = PageOf(place.id);
+    boxes.push_back(box);
+  }
+  return boxes;
+}
+
+void Layout::TakeHeights(std::vector<RoomBox>& boxes, int dpi) const {
+  for (size_t i = 0; i < boxes.size(); ++i) {
+    if (!boxes[i].wraps) continue;
+    const int width = ToPixels(boxes[i].right - boxes[i].left, dpi);
+    const int height = WrappedHeight(places_[i].control, width);
+    boxes[i].least_height = std::max(boxes[i].least_height, height * double{kDesignDpi} / dpi);
+    Wrap(places_[i].control);
+  }
+}
+
+std::optional<SIZE> Layout::MakeRoom(int dpi) {
+  std::vector<RoomBox> boxes = Boxes(double{kDesignDpi} / dpi);
+  const double width = MakeWidth(boxes, width_, WidestWindow(dialog_, width_));
+  TakeHeights(boxes, dpi);
+  const double height = MakeHeight(boxes, height_);
+  bool moves = false;
+  for (size_t i = 0; i < boxes.size(); ++i) moves |= places_[i].MoveTo(boxes[i]);
+  const SIZE growth{ToPixels(width - width_, dpi), ToPixels(height - height_, dpi)};
+  width_ = width;
+  height_ = height;
+  return moves ? std::optional(growth) : std::nullopt;
+}
+
+// What needed its whole place needs the new one.
+bool Layout::Place::MoveTo(const RoomBox& box) {
+  const double way = std::abs(box.left - left) + std::abs(box.top - top) +
+                     std::abs(box.right - right) + std::abs(box.bottom - bottom);
+  if (way < 0.1) return false;
+  if (least_width > right - left - 1) least_width = box.right - box.left;
+  if (least_height > bottom - top - 1) least_height = box.bottom - box.top;
+  left = box.left;
+  top = box.top;
+  right = box.right;
+  bottom = box.bottom;
+  return true;
 }
 
 // Each control against the window's edges, and against those beside and below it. Where pages stand

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <vector>
 
+#include "ui/room.h"
 #include "ui/windows_api.h"
 
 namespace quellix {
@@ -25,6 +27,17 @@ class Layout {
   void Add(std::span<const Anchor> anchors);
   // A control that grows needs at least that size, in 96-DPI units.
   void Require(int id, double width, double height);
+  // A control whose content is as large as that, in 96-DPI units.
+  void Need(int id, double width, double height = 0);
+  // The controls of pages that take turns, each from a number on up to the next page's, or the end.
+  void SetPages(std::span<const int> firsts) { pages_ = firsts; }
+  // Moves the controls apart as far as their texts need, see MakeWidth; once, when all texts are
+  // there. Returns how much larger the client area has to become for that, in pixels; nothing where
+  // all stay as they are.
+  std::optional<SIZE> MakeRoom(int dpi);
+  // Of the client area as the controls were laid out in it, 96-DPI units.
+  double width() const { return width_; }
+  double height() const { return height_; }
   // Moves every control to its place in the present window, all in one go.
   void Apply(int dpi) const;
   // A control of the dialog, found without asking Windows; null for one that was made later.
@@ -37,18 +50,26 @@ class Layout {
     HWND control;
     int id;
     Anchor anchor;
-    double left, top, right, bottom;   // 96-DPI units in the window of the template
-    double least_width, least_height;  // where it grows
+    double left, top, right, bottom;             // 96-DPI units in the window of the template
+    double least_width, least_height;            // where it grows
+    double needed_width = 0, needed_height = 0;  // for what is in it
+
+    // False where it is there already.
+    bool MoveTo(const RoomBox& box);
   };
   // How much smaller than its template the window may be, 96-DPI units.
   struct Slack {
     double width, height;
   };
   Slack SlackOf() const;
+  std::vector<RoomBox> Boxes(double to_units) const;
+  void TakeHeights(std::vector<RoomBox>& boxes, int dpi) const;
+  int PageOf(int id) const;
 
   HWND dialog_ = nullptr;
   double width_ = 0, height_ = 0;  // of the template's client area, 96-DPI units
   std::vector<Place> places_;
+  std::span<const int> pages_;
 };
 
 // Where a control stands in its parent, in pixels.

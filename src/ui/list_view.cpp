@@ -5,6 +5,7 @@
 #include <uxtheme.h>
 #include <vssym32.h>
 
+#include "platform/win32/win32_text.h"
 #include "ui/clipboard.h"
 #include "ui/dpi.h"
 #include "ui/looks.h"
@@ -23,6 +24,9 @@ constexpr struct {
               {CBS_MIXEDNORMAL, DFCS_BUTTON3STATE | DFCS_CHECKED},
               {CBS_UNCHECKEDDISABLED, DFCS_BUTTONCHECK | DFCS_INACTIVE},
               {CBS_CHECKEDDISABLED, DFCS_BUTTONCHECK | DFCS_CHECKED | DFCS_INACTIVE}};
+
+// What a heading needs beside its words, in 96-DPI units.
+constexpr int kAroundTitle = 14;
 
 // As long as the list itself goes on with a name that is typed.
 constexpr ULONGLONG kMillisecondsOfTyping = 1000;
@@ -73,7 +77,8 @@ void ListView::Attach(HWND list, std::span<const Column> columns, Provider provi
     LVCOLUMNW column{};
     column.mask = LVCF_TEXT | LVCF_SUBITEM | LVCF_FMT;
     column.fmt = columns[i].number ? LVCFMT_RIGHT : LVCFMT_LEFT;
-    column.pszText = const_cast<wchar_t*>(columns[i].title);
+    std::wstring title = Wide(Tr(columns[i].title));
+    column.pszText = title.data();
     column.iSubItem = i;
     ListView_InsertColumn(list, i, &column);
   }
@@ -111,7 +116,9 @@ void ListView::SetTips(Tip tip) {
 
 void ListView::SetResolution(int dpi, std::span<const Column> columns, std::span<const int> icons) {
   for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
-    ListView_SetColumnWidth(list_, i, Scale(columns[i].width, dpi));
+    const std::wstring title = Wide(Tr(columns[i].title));
+    const int words = ListView_GetStringWidth(list_, title.c_str()) + Scale(kAroundTitle, dpi);
+    ListView_SetColumnWidth(list_, i, std::max(Scale(columns[i].width, dpi), words));
   }
   heading_font_.Reset();
   TakeLooks();

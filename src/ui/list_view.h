@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/words.h"
 #include "run/row_order.h"
 #include "ui/handles.h"
 #include "ui/list_footer.h"
@@ -15,7 +16,7 @@
 namespace quellix {
 
 struct Column {
-  const wchar_t* title;
+  const char* title;    // in English
   int width;            // 96-DPI units
   bool number = false;  // stands at the right; not for the first column
 };

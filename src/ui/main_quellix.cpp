@@ -16,11 +16,13 @@
 #include "ui/cls_prev_instance.h"
 #include "ui/dialog.h"
 #include "ui/frm_main.h"
+#include "ui/language.h"
 #include "ui/run_display.h"
 #include "ui/windows_api.h"
 
 namespace {
 
+using quellix::FrmMain;
 using quellix::StartMode;
 
 void LoadControlClasses() {
@@ -47,9 +49,8 @@ quellix::OtherUsers UsersOf(const quellix::Machine& machine) {
               [machine](const quellix::UserProfile& user,
                         const std::function<void(const quellix::Machine&)>& work,
                         const std::function<void()>& breathe) {
-                quellix::OtherUserMachine his(machine.program_folder, user,
-                                              quellix::Settings(machine).Load().BackupFolder,
-                                              breathe);
+                quellix::OtherUserMachine his(
+                    "", user, quellix::Settings(machine).Load().BackupFolder, breathe);
                 work(his.machine());
                 return his.Unload(breathe) ? "" : StaysLoaded();
               }};
@@ -75,12 +76,30 @@ int LeaveItToTheOther(StartMode mode, const std::optional<std::string>& named) {
   return quellix::kDone;
 }
 
+void SpeakAsChosen(const quellix::Machine& machine) {
+  quellix::SpeakAs(quellix::Settings(machine).Load().language, machine.files,
+                   machine.program_folder);
+}
+
+// Until the window ends; its exit code.
+int ShowMain(const quellix::Machine& machine, quellix::Scheduler& scheduler,
+             const std::function<void(FrmMain&)>& open) {
+  quellix::RunDisplay display;
+  quellix::Engine engine(machine, display);
+  FrmMain window(engine, display, machine, UsersOf(machine), scheduler);
+  open(window);
+  MSG message{};
+  while (GetMessageW(&message, nullptr, 0, 0) > 0) quellix::Dialog::Dispatch(message);
+  return static_cast<int>(message.wParam);
+}
+
 // `profile`: for whom a start with rights is to clean. `named`: what is to be removed by hand.
 int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
                const std::optional<quellix::Profile>& profile,
                const std::optional<std::string>& named) {
   quellix::Win32Machine live;
   const quellix::Machine machine = live.machine();
+  SpeakAsChosen(machine);
   const std::string why = profile ? WhyNotSame(*profile, ProfileOf(machine)) : "";
   if (!why.empty()) {
     Tell(why);
@@ -96,16 +115,18 @@ int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
   }
   LoadControlClasses();
   const quellix::HiddenOwner owner(name);
-  quellix::RunDisplay display;
-  quellix::Engine engine(machine, display);
   quellix::Win32Com com;
   quellix::Win32Scheduler scheduler(com);
-  quellix::FrmMain main_window(engine, display, machine, UsersOf(machine), scheduler);
-  main_window.Open(owner.window(), mode, ending);
-  if (named) main_window.RemoveNamed(*named);
-  MSG message{};
-  while (GetMessageW(&message, nullptr, 0, 0) > 0) quellix::Dialog::Dispatch(message);
-  return static_cast<int>(message.wParam);
+  int code = ShowMain(machine, scheduler, [&](FrmMain& window) {
+    window.Open(owner.window(), mode, ending);
+    if (named) window.RemoveNamed(*named);
+  });
+  while (code == FrmMain::kOtherLanguage) {
+    SpeakAsChosen(machine);
+    code = ShowMain(machine, scheduler,
+                    [&](FrmMain& window) { window.OpenAgain(owner.window(), mode); });
+  }
+  return code;
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ MenuWindows::MenuWindows(Engine& engine, const Machine& machine, const OtherUser
                          Scheduler& scheduler)
     : options_(machine, scheduler),
       update_(std::make_shared<FrmUpdate>(machine)),
-      entries_{{mnuAbout, Opens<FrmAbout>()},
+      entries_{{mnuAbout, Opens<FrmAbout>(machine)},
                {mnuBackups, Opens<FrmBackups>(machine)},
                {mnuContents, [](HWND owner) { ShowHelp(owner, "contents"); }},
                {mnuFavorites, Opens<FrmFavorites>(machine)},

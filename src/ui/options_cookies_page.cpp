@@ -10,7 +10,7 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {{L"Cookie", 100}};
+constexpr Column kColumns[] = {{Mark("Cookie"), 100}};
 constexpr Anchor kAnchors[] = {
     {lblCookieHint, 0, 0, 1, 0},  {lblCookies, 0, 0, 0.5, 0},   {lstvCookies, 0, 0, 0.5, 1},
     {lblKept, 0.5, 0, 1, 0},      {lstvKept, 0.5, 0, 1, 1},     {cmdKeep, 0.5, 0, 0.5, 0},

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/nearest_language.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "platform/words.h"
@@ -70,8 +71,24 @@ void OptionsGeneralPage::Fill() {
   SetText(cmbAutoClean1, general.typed_duration);
   SendDlgItemMessageW(window(), txtLowDisk, EM_LIMITTEXT, kMostPercentDigits, 0);
   SetText(txtLowDisk, general.typed_low_disk);
+  FillLanguages();
   ShowSaved();
   EnableFields();
+}
+
+// A language that is named by hand, such as a file, stays one.
+void OptionsGeneralPage::FillLanguages() {
+  const HWND list = Control(cboLanguage);
+  const std::string& chosen = options().general.language;
+  languages_ = Languages();
+  languages_.insert(languages_.begin(), {"", Tr("As Windows")});
+  const auto is_chosen = [&](const Language& language) {
+    return IsSameLanguage(language.tag, chosen);
+  };
+  if (std::ranges::none_of(languages_, is_chosen)) languages_.push_back({chosen, chosen});
+  for (const Language& language : languages_) AddEntry(list, language.name, 0);
+  const auto place = std::ranges::find_if(languages_, is_chosen) - languages_.begin();
+  SendMessageW(list, CB_SETCURSEL, static_cast<WPARAM>(place), 0);
 }
 
 // The Run value: said only while there is something to say.
@@ -106,6 +123,9 @@ void OptionsGeneralPage::OnControl(int id, int code) {
   } else if (id == cmbAutoClean && code == CBN_SELCHANGE) {
     general.hours =
         static_cast<int16_t>(SendDlgItemMessageW(window(), cmbAutoClean, CB_GETCURSEL, 0, 0));
+  } else if (id == cboLanguage && code == CBN_SELCHANGE) {
+    const LRESULT row = SendDlgItemMessageW(window(), cboLanguage, CB_GETCURSEL, 0, 0);
+    general.language = languages_[static_cast<size_t>(row)].tag;
   } else if (!TakeBox(kGeneralBoxes, id)) {
     return;
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/language.h"
 #include "ui/options_page.h"
 
 namespace quellix {
@@ -17,6 +18,9 @@ class OptionsGeneralPage : public OptionsPageWindow {
 
  private:
   void EnableFields() const;
+  void FillLanguages();
+
+  std::vector<Language> languages_;  // as they are offered
 };
 
 class OptionsDeletionPage : public OptionsPageWindow {

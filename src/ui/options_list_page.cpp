@@ -9,7 +9,7 @@
 namespace quellix {
 namespace {
 
-constexpr Column kTypes[] = {{L"File type", 140}, {L"Description", 200}};
+constexpr Column kTypes[] = {{Mark("File type"), 140}, {Mark("Description"), 200}};
 constexpr Anchor kAnchors[] = {
     {lblListHint, 0, 0, 1, 0}, {lstvList, 0, 0, 1, 1},  {lblEntry, 0, 1, 0, 1},
     {txtEntry, 0, 1, 1, 1},    {cmdAdd, 0, 1, 0, 1},    {cmdEdit, 0, 1, 0, 1},
@@ -50,7 +50,7 @@ void OptionsListPage::FillLabels() {
 
 void OptionsListPage::FillColumns() {
   const auto& rows = list_.rows();
-  const std::wstring title = Wide(Tr(list_.page().title));
+  const std::string title(list_.page().title);
   const Column plain[] = {{title.c_str(), 200}};
   rows_.Attach(Control(lstvList), list_.page().has_ticks ? std::span<const Column>(kTypes) : plain,
                [&rows](int row, int column) {

@@ -55,6 +55,9 @@ class OptionsPageWindow : public Dialog {
   // Shows anew what comes from the disk and not from the draft.
   virtual void ShowSaved() {}
   void FollowResolution(int dpi) { SetDpi(dpi); }
+  // As its texts need it, in 96-DPI units.
+  double NaturalWidth() { return layout().width(); }
+  double NaturalHeight() { return layout().height(); }
   // Pixels.
   SIZE LeastSize() { return layout().MinimumSize(dpi()); }
 

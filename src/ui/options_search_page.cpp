@@ -8,7 +8,7 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {{L"Drive", 200}};
+constexpr Column kColumns[] = {{Mark("Drive"), 200}};
 constexpr Anchor kAnchors[] = {{lstSearch, 0, 0, 1, 1},
                                {fraSearchFilter, 0, 1, 1, 1},
                                {chkSearchDateReference, 0, 1, 0, 1},

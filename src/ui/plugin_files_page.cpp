@@ -7,11 +7,11 @@
 namespace quellix {
 namespace {
 
-constexpr Column kColumns[] = {{L"Recurse", 70},
-                               {L"Delete Subfolders", 110},
-                               {L"Itself", 55},
-                               {L"32 and 64 bit", 90},
-                               {L"Location", 245}};
+constexpr Column kColumns[] = {{Mark("Recurse"), 70},
+                               {Mark("Delete Subfolders"), 110},
+                               {Mark("Itself"), 55},
+                               {Mark("32 and 64 bit"), 90},
+                               {Mark("Location"), 245}};
 
 constexpr Anchor kAnchors[] = {
     {lstvFiles, 0, 0, 1, 0.6},          {lblFilePath, 0, 0.6, 0, 0.6},

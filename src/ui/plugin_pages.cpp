@@ -14,11 +14,11 @@ namespace {
 
 std::string YesNo(bool flag) { return flag ? Tr("Yes") : Tr("No"); }
 
-constexpr Column kRegistryColumns[] = {{L"Del subkey", 80},
-                                       {L"Recurse delete", 100},
-                                       {L"32 bit too", 70},
-                                       {L"key", 220},
-                                       {L"value", 100}};
+constexpr Column kRegistryColumns[] = {{Mark("Del subkey"), 80},
+                                       {Mark("Recurse delete"), 100},
+                                       {Mark("32 bit too"), 70},
+                                       {Mark("key"), 220},
+                                       {Mark("value"), 100}};
 constexpr Anchor kRegistryAnchors[] = {
     {lstvRegistry, 0, 0, 1, 1},
     {optClassesRoot, 0, 1, 0, 1},
@@ -43,11 +43,11 @@ constexpr Anchor kRegistryAnchors[] = {
     {cmdRegistryRemove, 1, 1, 1, 1},
 };
 
-constexpr Column kIniColumns[] = {{L"FileName", 110},
-                                  {L"Section", 100},
-                                  {L"Delete Section", 100},
-                                  {L"Value", 100},
-                                  {L"Path", 160}};
+constexpr Column kIniColumns[] = {{Mark("FileName"), 110},
+                                  {Mark("Section"), 100},
+                                  {Mark("Delete Section"), 100},
+                                  {Mark("Value"), 100},
+                                  {Mark("Path"), 160}};
 constexpr Anchor kIniAnchors[] = {
     {lstvINI, 0, 0, 1, 1},      {lblINIFileName, 0, 1, 0, 1}, {txtINIFileName, 0, 1, 1, 1},
     {cmdINIBrowse, 1, 1, 1, 1}, {lblINISections, 0, 1, 0, 1}, {cmbINISections, 0, 1, 1, 1},
@@ -55,7 +55,8 @@ constexpr Anchor kIniAnchors[] = {
     {cmdINIAdd, 1, 1, 1, 1},    {cmdINIChange, 1, 1, 1, 1},   {cmdINIRemove, 1, 1, 1, 1},
 };
 
-constexpr Column kFurtherColumns[] = {{L"What", 190}, {L"Where or which", 250}, {L"And", 130}};
+constexpr Column kFurtherColumns[] = {
+    {Mark("What"), 190}, {Mark("Where or which"), 250}, {Mark("And"), 130}};
 constexpr Anchor kFurtherAnchors[] = {
     {lstvFurther, 0, 0, 1, 1},      {lblFurtherKind, 0, 1, 0, 1},  {cmbFurtherKind, 0, 1, 0, 1},
     {lblFurtherPlace, 0, 1, 0, 1},  {txtFurtherPlace, 0, 1, 1, 1}, {lblFurtherLast, 0, 1, 0, 1},

@@ -179,6 +179,7 @@
 #define tmrSettle 1117
 #define tmrAsked 1127
 #define tmrUpdates 1128
+#define tmrLanguage 1129
 #define cmdPreview 1118
 #define lblItems 1119
 #define lstvItems 1120

@@ -9,6 +9,7 @@
 #include "platform/words.h"
 #include "settings/path_check.h"
 #include "ui/clipboard.h"
+#include "ui/window_words.h"
 
 namespace quellix {
 namespace {
@@ -87,7 +88,7 @@ void RowMenu::Fill(HMENU menu) const {
 }
 
 void RowMenu::AddOwn(HMENU menu) const {
-  const UniqueMenu loaded(LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(own)));
+  const UniqueMenu loaded = LoadProgramMenu(own);
   const HMENU entries = GetSubMenu(loaded.Get(), 0);
   AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
   for (int i = 0; i < GetMenuItemCount(entries); ++i) {

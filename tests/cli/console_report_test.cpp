@@ -213,6 +213,7 @@ TEST_F(ConsoleReportTest, AMistypedNameIsAnsweredWithTheRightOne) {
   const ProgramResult version = RunQuellixctl({"--version"});
   EXPECT_EQ(version.exit_code, 0);
   EXPECT_TRUE(version.output.starts_with("quellixctl 0.")) << version.output;
+  EXPECT_TRUE(Holds(version.output, "\nSettings, lists and logs: "));
 }
 
 }  // namespace

@@ -74,6 +74,7 @@ TEST(Words, AreOfTheLanguageThatIsSpoken) {
 TEST(Words, AreEnglishWithoutACatalogue) {
   EXPECT_EQ(TrN("%1 file", "%1 files", 1, "1"), "1 file");
   EXPECT_EQ(TrN("%1 file", "%1 files", 0, "0"), "0 files");
+  EXPECT_EQ(Spoken().Field("Language"), "");
   EXPECT_EQ(Tr("50 % of %1 and %SystemRoot%, %2, %", "C:"), "50 % of C: and %SystemRoot%, %2, %");
 }
 
@@ -131,8 +132,9 @@ TEST(Words, OfBrokenCataloguesAreRefused) {
   for (size_t size = 0; size + 1 < whole.size(); ++size) {
     EXPECT_THROW(Catalogue(whole.substr(0, size)), Error) << size;
   }
-  for (const char* rule :
-       {"n ?", "n ? 1", "(n", "n +", "n % 0", "n / 0", "m", "n n", "n == 1) + (2"}) {
+  const std::string too_long = std::string(300, '(') + "n" + std::string(300, ')');
+  for (const char* rule : {"n ?", "n ? 1", too_long.c_str(), "(n", "n +", "n % 0", "n / 0", "m",
+                           "n n", "n == 1) + (2"}) {
     EXPECT_THROW(Catalogue(MoOf({{"", Head(rule)}})), Error) << rule;
   }
 }

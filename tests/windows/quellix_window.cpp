@@ -11,6 +11,8 @@
 #include <shlobj.h>
 
 #include "failure_pictures.h"
+#include "platform/win32/win32_text.h"
+#include "platform/words.h"
 
 namespace quellix::test {
 namespace {
@@ -49,10 +51,13 @@ bool Shows(HWND window, std::wstring_view text) {
   return text.empty() || !EnumChildWindows(window, CompareText, reinterpret_cast<LPARAM>(&text));
 }
 
+// What the program shows of an English text; tests that have it speak another language do so too.
+std::wstring InLanguage(std::wstring_view english) { return Wide(Tr(Narrow(english))); }
+
 // A window that works tells in its title how far it is.
-bool IsTitled(HWND window, std::wstring_view title) {
+bool IsTitled(HWND window, const std::wstring& title) {
   const std::wstring text = TextOf(window);
-  return title.empty() || text == title || text.ends_with(L" % - " + std::wstring(title));
+  return title.empty() || text == title || text.ends_with(L" % - " + title);
 }
 
 BOOL CALLBACK Compare(HWND window, LPARAM parameter) {
@@ -61,7 +66,7 @@ BOOL CALLBACK Compare(HWND window, LPARAM parameter) {
   GetWindowThreadProcessId(window, &process);
   if (process != search.process || !IsWindowVisible(window)) return TRUE;
   if (!search.window_class.empty() && !IsOfClass(window, search.window_class)) return TRUE;
-  if (!IsTitled(window, search.title)) return TRUE;
+  if (!IsTitled(window, InLanguage(search.title))) return TRUE;
   if (!Shows(window, search.text)) return TRUE;
   search.found = window;
   return FALSE;
@@ -258,7 +263,7 @@ int QuellixWindow::RowOf(int id) const {
   const auto find = [&](std::span<const RowName> names, int wanted, int from) {
     const auto name = std::ranges::find(names, wanted, &RowName::id);
     for (int row = from; name != names.end() && row < CountRows(list); ++row) {
-      if (RowText(list, row, 0) == name->text) return row;
+      if (RowText(list, row, 0) == InLanguage(name->text)) return row;
     }
     return -1;
   };

@@ -10,7 +10,7 @@ PreviewMachine::PreviewMachine(const Machine& inner)
       profile_(files_, inner.system),
       session_(inner.session),
       cleaners_(inner.cleaners),
-      machine_{files_,       registry_, shell_,    url_cache_,          profile_,
-               inner.system, session_,  cleaners_, inner.program_folder} {}
+      machine_{files_,       registry_, shell_,    url_cache_,           profile_,
+               inner.system, session_,  cleaners_, inner.program_folder, inner.installed_folder} {}
 
 }  // namespace quellix

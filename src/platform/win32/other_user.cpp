@@ -73,8 +73,8 @@ OtherUserMachine::OtherUserMachine(const std::string& program_folder, const User
 
 Machine OtherUserMachine::machine() {
   const Machine own = own_.machine();
-  return {files_,  registry_, shell_,    url_cache_,        profile_,
-          system_, session_,  cleaners_, own.program_folder};
+  return {files_,  registry_, shell_,    url_cache_,         profile_,
+          system_, session_,  cleaners_, own.program_folder, own.installed_folder};
 }
 
 std::vector<UserProfile> UsersHere(const Machine& machine) {

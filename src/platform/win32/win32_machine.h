@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/machine.h"
+#include "platform/win32/program_folders.h"
 #include "platform/win32/win32_file_system.h"
 #include "platform/win32/win32_registry.h"
 #include "platform/win32/win32_session.h"
@@ -16,18 +17,18 @@ namespace quellix {
 // The Windows the program runs on. Use it on one thread.
 class Win32Machine {
  public:
-  // "" takes the folder of the running program.
+  // "" takes the folders of the running program, see FindProgramFolders.
   explicit Win32Machine(const std::string& program_folder = "");
   Win32Machine(const Win32Machine&) = delete;
   Win32Machine& operator=(const Win32Machine&) = delete;
 
   Machine machine() {
-    return {files_,  registry_, shell_,    url_cache_,     profile_,
-            system_, session_,  cleaners_, program_folder_};
+    return {files_,  registry_, shell_,    url_cache_,   profile_,
+            system_, session_,  cleaners_, folders_.own, folders_.installed};
   }
 
  private:
-  std::string program_folder_;
+  ProgramFolders folders_;
   Win32Com com_;
   Win32FileSystem files_{com_};
   Win32Registry registry_;

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+namespace quellix {
+
+// Where the program lies, and where its user's settings, lists, logs and backups are: beside it
+// where he may make files there, as on a stick; else, as in Program Files and on a disc, in his
+// roaming application data. Both without trailing "\". Looks only.
+struct ProgramFolders {
+  std::string installed, own;
+};
+ProgramFolders FindProgramFolders();
+
+// Whether the user may make files in a folder. With administrator rights it is asked what he may
+// without them, so that his settings are the same ones in both cases.
+bool MayMakeFiles(const std::string& folder);
+
+}  // namespace quellix
