@@ -51,9 +51,10 @@ bool Goes(const RunEntry& entry) { return entry.fate == Fate::kRemoved; }
 }  // namespace
 
 VerbOf VerbAndQuestion(std::string_view question) {
-  const size_t bar = question.find('|');
-  if (bar == question.npos) return {question.substr(0, question.find(' ')), question};
-  return {question.substr(0, bar), question.substr(bar + 1)};
+  const std::string_view first = question.substr(0, question.find(' '));
+  const size_t bar = first.find('|');
+  if (bar == first.npos) return {first, question};
+  return {first.substr(0, bar), question.substr(bar + 1)};
 }
 
 RunQuestion QuestionOf(const EntryList& found, const modPlugin::ShownRecipes* shown,

@@ -99,7 +99,8 @@ void WindowPrompts::Inform(std::string_view text) {
 }
 
 bool WindowPrompts::AskYesNo(std::string_view question) {
-  return ShowBox(owner_, question, MB_YESNO | MB_DEFBUTTON2 | MB_ICONQUESTION) == IDYES;
+  return ShowBox(owner_, VerbAndQuestion(question).question,
+                 MB_YESNO | MB_DEFBUTTON2 | MB_ICONQUESTION) == IDYES;
 }
 
 std::optional<std::string> WindowPrompts::AskText(std::string_view question,
