@@ -1,5 +1,6 @@
 #include "ui/item_pane.h"
 
+#include "platform/words.h"
 #include "ui/resource.h"
 
 namespace quellix {
@@ -23,7 +24,7 @@ void ItemPane::Reveal(std::initializer_list<int> controls, bool shown) const {
 }
 
 void ItemPane::NextTip(bool wanted) {
-  tip_ = wanted ? tips_.Next() : "";
+  tip_ = wanted ? Tr(tips_.Next()) : "";
   window_.SetText(txtTip, tip_);
   Reveal({lblTip, txtTip, cmdNextTip}, !has_row_ && !tip_.empty());
 }
