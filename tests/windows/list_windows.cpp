@@ -160,7 +160,6 @@ const ListCase kRows[] = {
      cmdDelete},
     {"KeepList", KeepList, lstvList, L"C:\\"},
     {"Cookies", Cookies, lstvCookies, L"C:\\quellix-tests\\cookies\\qx"},
-    {"KeptCookies", Cookies, lstvKept, L"C:\\quellix-tests\\cookies\\qx"},
     {"Trial", Trial, lstvTry, L"C:\\quellix-tests\\lists\\"},
     {"Users", [](const QuellixWindow& window) { return Choose(window, mnuUsers, L"Other users"); },
      lstvUsers, L"C:\\users\\qx"},

@@ -80,7 +80,7 @@ struct RegistryScanWindowTest : testing::Test {
 };
 
 TEST_F(RegistryScanWindowTest, WhatAWindowDeletedComesBackInIt) {
-  constexpr std::wstring_view kAll = L"5 entries, 5 with missing files, 0 with zero usage count";
+  constexpr std::wstring_view kAll = L"4 entries, 5 with missing files, 0 with zero usage count";
   SeedDlls(5);
   const QuellixWindow quellix;
   const HWND window = Open(quellix, mnuOrphanedDLL, L"Orphaned Shared DLLs");

@@ -53,7 +53,7 @@ struct LeftToStartTest : testing::Test {
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kListKey, kListValue);
     fs::remove_all(folder_);
     for (const fs::path& file : {used_, free_}) WriteBytes(file, "12345");
-    if (!fs::exists(owner_)) Unpack(L"windows_owner", owner_);
+    if (!fs::exists(owner_)) Unpack(L"window_owner", owner_);
     UseMode("D");
   }
   void TearDown() override {
