@@ -170,7 +170,7 @@ void RequireSame(RandomFile& file, std::string_view bytes) {
     if (bytes.substr(at, read) != std::string_view(piece).substr(0, read)) break;
     at += read;
   }
-  if (at != bytes.size()) Refuse(Say("another program has changed it"));
+  if (at != bytes.size() || file.Size() != at) Refuse(Say("another program has changed it"));
 }
 
 // Nobody can write or remove it from before it is compared until it has started.

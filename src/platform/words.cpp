@@ -67,7 +67,7 @@ class PluralExpression {
     return value;
   }
   static uint64_t Calculate(uint64_t a, std::string_view sign, uint64_t b) {
-    if ((sign == "/" || sign == "%") && b == 0) Fail();
+    if ((sign == "/" || sign == "%") && b == 0) return 0;  // for whichever number it comes to that
     if (sign == "||") return a != 0 || b != 0;
     if (sign == "&&") return a != 0 && b != 0;
     if (sign == "==") return a == b;
@@ -184,7 +184,8 @@ std::string_view Catalogue::Of(std::string_view one, std::string_view many, uint
     if (end == std::string_view::npos) break;
     forms.remove_prefix(end + 1);
   }
-  return forms.substr(0, forms.find('\0'));
+  const std::string_view form = forms.substr(0, forms.find('\0'));
+  return !form.empty() ? form : count == 1 ? one : many;
 }
 
 void Speak(Catalogue words) { Now() = std::move(words); }

@@ -292,7 +292,7 @@ RestoreResult RegistryScan::Undo(Prompts& prompts, const Pause& pause) {
       Backups(machine_, std::string(FolderPart(path)))
           .Restore(NamePart(path), {.entry_paths = {}, .to = ""}, prompts, pause);
   timer_enabled_ = true;
-  if (result.cancelled || !result.problems.empty()) return result;
+  if (result.cancelled || result.skipped > 0 || !result.problems.empty()) return result;
   undo_ = {};
   kept_values_.clear();
   files_gone_ = 0;

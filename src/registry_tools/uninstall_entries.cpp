@@ -41,6 +41,8 @@ std::string DateText(const std::string& text) {
 }
 
 constexpr size_t kLongestShown = 600;
+// An installation may run meanwhile: two seconds, in units of 100 nanoseconds.
+constexpr int64_t kPackagesKnownFor = 20'000'000;
 
 std::string OneLine(std::string text) {
   std::ranges::replace_if(
@@ -106,6 +108,7 @@ class UninstallEntries : public RegistryScan {
   std::vector<CommandTarget> targets_;
   InstallerPackages packages_;                     // as they were listed
   std::optional<InstallerPackages> packages_now_;  // of the deletion in work
+  int64_t packages_read_ = 0;                      // as UtcNow
   std::optional<ReferenceJudge> judge_;
   size_t unread_ = 0;
 };
@@ -219,7 +222,10 @@ void UninstallEntries::AddPackage(const std::string& path, const FileInfo& file)
 std::string UninstallEntries::WhyChanged(const ScanRow& row, const Pause& pause) {
   std::string why = RegistryScan::WhyChanged(row, pause);
   if (!why.empty() || row.own_file.empty()) return why;
-  if (!packages_now_) packages_now_ = ReadInstallerPackages(machine(), pause);
+  if (!packages_now_ || machine().system.UtcNow() - packages_read_ > kPackagesKnownFor) {
+    packages_now_ = ReadInstallerPackages(machine(), pause);
+    packages_read_ = machine().system.UtcNow();
+  }
   if (!packages_now_->is_whole) return Tr("What the Windows Installer knows could not be read.");
   return WhyNeeded(machine(), *packages_now_, row.own_file);
 }

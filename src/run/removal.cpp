@@ -330,7 +330,8 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
   bool together =
       state.RemovalMode == kDelete && !state.Choice && list.PendingFiles.size() >= kEnough;
   std::shared_ptr<void> expected;
-  if (!together && state.RemovalMode == kDelete) expected = ExpectLooks(context, {&list, 1});
+  // What is removed is judged by what it is now.
+  if (state.IsPreview && state.RemovalMode == kDelete) expected = ExpectLooks(context, {&list, 1});
   const std::string deleting = Tr("Deleting file: %1");
   std::string status;
   for (size_t i = 0; i < list.PendingFiles.size(); ++i) {
@@ -343,7 +344,6 @@ void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim cl
     context.view.SetStatus(status);
     if (together) {
       together = deletion.Add(path);
-      if (!together) expected = ExpectLooks(context, {&list, 1});
     } else if (state.RemovalMode != kBackUp) {
       RemoveAndCount(context, working, path);
     } else {

@@ -190,11 +190,15 @@ void FrmMain::FollowSettings() {
 
 // All windows are made anew in the language that was chosen, once no other one is open.
 void FrmMain::SpeakAnew() {
-  if (search_.working() || !CanClean()) {
+  const bool has_orders = is_asked_ || !named_.empty() || named_too_many_ > 0;
+  if (has_orders || search_.working() || !CanClean()) {
     SetTimer(window(), tmrLanguage, kLookAgain, nullptr);
     return;
   }
   KillTimer(window(), tmrLanguage);
+  // Its ticks are of this window alone: the language is of the next start.
+  if (with_rights_) return;
+  if (const std::string problem = Save(); !problem.empty()) return Warn(problem);
   exit_code_ = kOtherLanguage;
   Exit();
 }

@@ -158,6 +158,7 @@ class FrmMain : public Dialog {
   std::vector<std::string> named_;                             // by Explorer's menu
   uint64_t named_too_many_ = 0;                                // beyond those
   bool is_asked_ = false;                                      // to clean, by another start
+  bool takes_requests_ = true;                                 // of other starts, to clean
   Target previewed_;                                           // in the preview's window
   StartOffer previewed_offer_;                                 // likewise
   std::vector<ListSection> sections_, recipes_;                // as found beside the items

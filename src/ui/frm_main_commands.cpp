@@ -153,7 +153,7 @@ bool FrmMain::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     RemoveByHand(TakeDropped(wparam));
     return true;
   }
-  if (message == clsPrevInstance::CleanMessage() && engine_.is_loaded()) {
+  if (message == clsPrevInstance::CleanMessage() && engine_.is_loaded() && takes_requests_) {
     is_asked_ = true;
     SetTimer(window(), tmrAsked, USER_TIMER_MINIMUM, nullptr);
     SetWindowLongPtrW(window(), DWLP_MSGRESULT, clsPrevInstance::kTakenOn);

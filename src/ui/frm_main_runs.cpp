@@ -18,6 +18,9 @@ namespace {
 // Files and folders that Explorer's menu names one by one, at a time.
 constexpr size_t kMostNamed = 10'000;
 
+// The second is for whoever asked during the first.
+constexpr int kMostHiddenRuns = 2;
+
 }  // namespace
 
 // Nobody is told anything; so where settings or ticked items could not be read, nothing is removed.
@@ -27,17 +30,22 @@ void FrmMain::RunHidden() {
   exit_code_ = kFailed;
   if (engine_.is_loaded()) {
     ExitCode code = kDone;
+    int runs = 0;
     do {
-      is_asked_ = false;  // what another start asks for meanwhile follows at once
+      // One more is for all that other starts ask for meanwhile.
+      is_asked_ = false;
+      takes_requests_ = ++runs < kMostHiddenRuns;
       Run([this] { engine_.RunCleaning(); });
       if (code == kDone) code = ExitCodeOf(state);
     } while (is_asked_ && window() && !IsWindowVisible(window()));
+    takes_requests_ = window() && IsWindowVisible(window());
     exit_code_ = code;  // a window that was closed meanwhile has failed
     if (window()) EndAsChosen();
   }
   state.Hidden = false;
   // Who has started the program meanwhile has got this window and keeps it.
   if (IsWindowVisible(window())) {
+    takes_requests_ = true;
     exit_code_ = kDone;
   } else {
     Close();

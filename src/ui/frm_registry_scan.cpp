@@ -246,7 +246,7 @@ void FrmRegistryScan::TellUndone(const RestoreResult& result, size_t files_gone)
         Tr("Not all of what this window deleted could be put back. The rest is "
            "in the Backups window.\n%1",
            problems));
-  if (files_gone == 0 || result.cancelled) return;
+  if (files_gone == 0 || result.cancelled || result.skipped > 0) return;
   prompts_.Inform(TrN("The registry is as it was. %1 file that went with it is not back.",
                       "The registry is as it was. %1 files that went with it are not back.",
                       files_gone, FormatCount(files_gone, machine_.system.UserLocale())));

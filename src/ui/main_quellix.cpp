@@ -123,8 +123,11 @@ int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
   });
   while (code == FrmMain::kOtherLanguage) {
     SpeakAsChosen(machine);
+    // Whoever has chosen it sees the window, also one of a hidden start that he has brought
+    // forward.
+    const StartMode again = mode == StartMode::kHidden ? StartMode::kNormal : mode;
     code = ShowMain(machine, scheduler,
-                    [&](FrmMain& window) { window.OpenAgain(owner.window(), mode); });
+                    [&](FrmMain& window) { window.OpenAgain(owner.window(), again); });
   }
   return code;
 }

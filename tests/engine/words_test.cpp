@@ -133,8 +133,8 @@ TEST(Words, OfBrokenCataloguesAreRefused) {
     EXPECT_THROW(Catalogue(whole.substr(0, size)), Error) << size;
   }
   const std::string too_long = std::string(300, '(') + "n" + std::string(300, ')');
-  for (const char* rule : {"n ?", "n ? 1", too_long.c_str(), "(n", "n +", "n % 0", "n / 0", "m",
-                           "n n", "n == 1) + (2"}) {
+  for (const char* rule :
+       {"n ?", "n ? 1", too_long.c_str(), "(n", "n +", "m", "n n", "n == 1) + (2"}) {
     EXPECT_THROW(Catalogue(MoOf({{"", Head(rule)}})), Error) << rule;
   }
 }

@@ -8,6 +8,8 @@ namespace quellix {
 // before and after.
 class SystemProxy {
  public:
+  // Wine's WinHTTP asks no settings for the system's proxy.
+  static bool IsHeeded();
   // "127.0.0.1:8080"
   explicit SystemProxy(const std::string& host_and_port);
   ~SystemProxy();

@@ -4,6 +4,8 @@
 
 namespace quellix {
 
+bool SystemProxy::IsHeeded() { return true; }
+
 SystemProxy::SystemProxy(const std::string& host_and_port) {
   setenv("http_proxy", ("http://" + host_and_port).c_str(), 1);
 }

@@ -20,6 +20,10 @@ void Store(DWORD access, const std::string& proxy) {
 
 }  // namespace
 
+bool SystemProxy::IsHeeded() {
+  return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") == nullptr;
+}
+
 SystemProxy::SystemProxy(const std::string& host_and_port) {
   Store(WINHTTP_ACCESS_TYPE_NAMED_PROXY, host_and_port);
 }

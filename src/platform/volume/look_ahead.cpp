@@ -91,6 +91,7 @@ std::shared_ptr<LookAhead> LookAhead::Expect(std::span<const Files> files) {
 // Returns when the thread uses none of them any more.
 void LookAhead::Forget(size_t last) {
   behind_ = std::max(behind_.load(), last);
+  Wake();
   for (size_t at; (at = at_) != 0 && at <= last;) at_.wait(at);
   const std::lock_guard lock(mutex_);
   while (!parts_.empty() && parts_.front().last() <= last) parts_.pop_front();

@@ -140,6 +140,7 @@ std::shared_ptr<void> VolumeFolder::ExpectLooks(LookAhead& look_ahead,
     folders.push_back(folder);
     expected.push_back({folder->fd(), paths, start});
   }
+  if (expected.empty()) return nullptr;
   const std::shared_ptr<LookAhead> ahead = look_ahead.Expect(expected);
   for (VolumeFolder* const folder : folders) folder->ahead_ = ahead;
   return ahead;

@@ -247,7 +247,9 @@ UniqueInternet OpenSession(const std::string& proxy) {
     return UniqueInternet(
         Library().open(L"Quellix", access, server, WINHTTP_NO_PROXY_BYPASS, WINHTTP_FLAG_ASYNC));
   };
-  const std::wstring server = Wide(proxy);
+  // Windows takes it with its scheme as well, Wine for the proxy's name.
+  const size_t scheme = proxy.find("://");
+  const std::wstring server = Wide(scheme == proxy.npos ? proxy : proxy.substr(scheme + 3));
   UniqueInternet session = proxy.empty() ? open(kAutomaticProxy, WINHTTP_NO_PROXY_NAME)
                                          : open(WINHTTP_ACCESS_TYPE_NAMED_PROXY, server.c_str());
   // Before Windows 8.1.
