@@ -150,7 +150,7 @@ bool RemoveByMode(CleaningContext& context, WorkingFolder& working, Folder& fold
 Sentence WhyItStays(CleaningContext& context, WorkingFolder& working, std::string_view path,
                     const Error& error) {
   RunState& state = context.state;
-  const Sentence why = SentenceOf(error);
+  Sentence why = SentenceOf(error);
   const bool may_wait = state.LeavesToStart && !state.IsPreview && state.RemovalMode == kDelete &&
                         error.kind() == Error::Kind::kInUse;
   if (!may_wait) return why;
