@@ -108,12 +108,6 @@ HWND KeepList(const QuellixWindow& window) {
   return GetParent(options.Control(lstvList));
 }
 
-HWND Cookies(const QuellixWindow& window) {
-  const OptionsWindow options(window);
-  options.GoTo(OptionsPage::kCookies);
-  return GetParent(options.Control(lstvCookies));
-}
-
 HWND Trial(const QuellixWindow& window) {
   PressIn(Records(window), cmdTry);
   const HWND trial = window.AwaitWindow(L"Try it");
@@ -159,7 +153,6 @@ const ListCase kRows[] = {
      lstvCache, nullptr, L"Delete 1 entry of the Internet cache for good?", kYes, IDCANCEL, false,
      cmdDelete},
     {"KeepList", KeepList, lstvList, L"C:\\"},
-    {"Cookies", Cookies, lstvCookies, L"C:\\quellix-tests\\cookies\\qx"},
     {"Trial", Trial, lstvTry, L"C:\\quellix-tests\\lists\\"},
     {"Users", [](const QuellixWindow& window) { return Choose(window, mnuUsers, L"Other users"); },
      lstvUsers, L"C:\\users\\qx"},
