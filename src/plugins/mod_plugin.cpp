@@ -321,7 +321,7 @@ void CleanPlugins(CleaningContext& context, const Item& item) {
     // Looked for in "\Plugins\" and processed from "\plugins\": both name the same folder, and the
     // log shows it as it always was.
     modPlugin::RunPlugin(context, FoundPath(context.machine, "plugins\\" + plugin.file));
-    if (context.state.AbortRequested) return EndRun(context, Tr("Aborted by user"));
+    if (context.state.AbortRequested) return EndRun(context, Mark("Aborted by user"));
   }
   EndRun(context, "");
   AppendFilesLine(context, item);
