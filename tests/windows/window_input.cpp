@@ -37,10 +37,12 @@ void PostAndAwait(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   });
 }
 
+// Most comes within some milliseconds.
 bool Await(const std::function<bool()>& condition) {
-  for (int i = 0; i < 3000; ++i) {
+  for (DWORD waited = 0, pause = 1; waited < 60000; waited += pause) {
     if (condition()) return true;
-    Sleep(20);
+    Sleep(pause);
+    if (waited > 30) pause = 20;
   }
   return false;
 }
