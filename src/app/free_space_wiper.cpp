@@ -1,7 +1,9 @@
 #include "app/free_space_wiper.h"
 
 #include <algorithm>
+#include <exception>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "backup/leftovers.h"
@@ -36,7 +38,6 @@ class Wiper {
         const Pause& pause)
       : machine_(machine),
         files_(machine.files),
-        notes_(machine.files, machine.program_folder),
         root_(WithBackslash(root)),
         temp_(WithBackslash(machine.system.TempFolder())),
         options_(options),
@@ -52,7 +53,7 @@ class Wiper {
       while (!wiped_.is_stopped && FillOne()) {
       }
       if (!wiped_.is_stopped) TakeRecords();
-    } catch (const Error& error) {
+    } catch (const std::exception& error) {
       wiped_.problem = Shown(error);
     }
     ClearAway();
@@ -79,8 +80,9 @@ class Wiper {
     if (!parent_) throw Error(Error::Kind::kMissing, Say("%1 is not there.", parent));
     name_ = TemporaryName();
     parent_path_ = parent;
-    notes_.Add(parent + name_);
-    if (!notes_.IsKept())
+    notes_.emplace(files_, machine_.program_folder);
+    notes_->Add(parent + name_);
+    if (!notes_->IsKept())
       throw Error(Error::Kind::kDenied,
                   Say("Nothing is wiped while the program's folder cannot be written: after a kill "
                       "nobody would know what to clear away."));
@@ -227,12 +229,13 @@ class Wiper {
   void ClearAway() {
     if (!folder_) return;
     for (const std::string& name : names_) {
-      Pauses(kClearingAway);
+      Remove([&] { Pauses(kClearingAway); });
       Remove([&] { folder_->RemoveFile(name); });
     }
     folder_.reset();
     Remove([&] { parent_->RemoveFolder(name_); });
     if (left_.empty()) return;
+    notes_->Leave();
     wiped_.problem += (wiped_.problem.empty() ? "" : " ") + left_;
   }
 
@@ -240,15 +243,17 @@ class Wiper {
   void Remove(const Action& action) {
     try {
       action();
-    } catch (const Error& error) {
-      if (error.kind() == Error::Kind::kMissing || !left_.empty()) return;
+    } catch (const std::exception& error) {
+      const auto* const known = dynamic_cast<const Error*>(&error);
+      const bool is_gone = known != nullptr && known->kind() == Error::Kind::kMissing;
+      if (is_gone || !left_.empty()) return;
       left_ = Tr("%1 could not be removed. %2", parent_path_ + name_, Shown(error));
     }
   }
 
   const Machine& machine_;
   FileSystem& files_;
-  RestoreNotes notes_;
+  std::optional<RestoreNotes> notes_;  // of the one folder that is made
   const std::string root_, temp_;
   const FreeSpaceOptions options_;
   const Pause& pause_;

@@ -66,8 +66,17 @@ size_t ClearFolder(FileSystem& files, const std::string& path,
   return 0;
 }
 
-// None when they cannot be read.
-std::vector<std::string> NotesIn(Folder& folder, const std::string& name) try {
+// What a kill left is held by nobody.
+bool IsHeld(Folder& folder, const std::string& name) try {
+  folder.Open(name, OpenMode::kReadKept);
+  return false;
+} catch (const Error& error) {
+  return error.kind() == Error::Kind::kInUse;
+}
+
+// Those of somebody at work; none when they cannot be read.
+std::vector<std::string> LivingNotesIn(Folder& folder, const std::string& name) try {
+  if (!IsHeld(folder, name)) return {};
   return ReadNotes(*folder.Open(name, OpenMode::kRead));
 } catch (const Error&) {
   return {};
@@ -123,7 +132,7 @@ bool HasFiller(FileSystem& files, const std::string& folder, std::string_view ro
   if (!open) return false;
   const std::vector<std::string> names = TemporaryNamesIn(*open);
   return std::ranges::any_of(names, [&](const std::string& name) {
-    return std::ranges::any_of(NotesIn(*open, name),
+    return std::ranges::any_of(LivingNotesIn(*open, name),
                                [&](const auto& path) { return IsFiller(files, path, root); });
   });
 } catch (const Error&) {

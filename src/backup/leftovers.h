@@ -20,6 +20,8 @@ class RestoreNotes {
   RestoreNotes& operator=(const RestoreNotes&) = delete;
 
   void Add(std::string_view path);
+  // What was made there could not be removed: the note stays for the next start.
+  void Leave() { name_.clear(); }
   // Whether a kill's next start would know.
   bool IsKept() const { return file_ != nullptr; }
 
@@ -36,8 +38,8 @@ class RestoreNotes {
 };
 
 // Whether a folder that was made for temporary files alone, as what fills a drive to wipe what is
-// free on it, is noted in `folder` by whomever and lies on the drive of `root` ("C:\") now. Never
-// throws.
+// free on it, is noted in `folder` by somebody who is still at work and lies on the drive of `root`
+// ("C:\") now. Never throws.
 bool HasFiller(FileSystem& files, const std::string& folder, std::string_view root);
 
 // Removes the temporary files that killed runs left in these folders, and in those where a killed

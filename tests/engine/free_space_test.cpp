@@ -161,6 +161,39 @@ TEST_F(FreeSpaceTest, TheWindowsRowsTellWhatIsAskedAndWhatCameOfIt) {
   EXPECT_NE(WhyNotWiped(ports, '1'), "");
 }
 
+// Another program has one of them open, or there is no memory: the next start finds the note.
+TEST_F(FreeSpaceTest, WhatCannotBeRemovedIsToldAndItsNoteStaysForTheNextStart) {
+  struct Kept : ForwardingFolder {
+    Kept(std::unique_ptr<Folder> folder, bool has_memory)
+        : ForwardingFolder(std::move(folder)), has_memory_(has_memory) {}
+    void RemoveFile(std::string_view name) override {
+      if (std::exchange(is_first, false)) {
+        if (!has_memory_) throw std::bad_alloc();
+        throw Error(Error::Kind::kInUse, "It is in use.");
+      }
+      ForwardingFolder::RemoveFile(name);
+    }
+    DiskRoom Room() override { return {.free = (64u << 20) + 4096, .size = 1u << 30}; }
+    const bool has_memory_;
+    bool is_first = true;
+  };
+  const Names before = machine->Tree(scratch), own_before = machine->Tree(own);
+  for (const bool has_memory : {true, false}) {
+    ForwardingFiles files(ports.files, [&](const std::string& path, auto folder) {
+      const bool is_filler = path.starts_with(scratch) && path != scratch;
+      return is_filler ? std::unique_ptr<Folder>(new Kept(std::move(folder), has_memory))
+                       : std::move(folder);
+    });
+    const FreeSpaceWiped wiped = WipeFreeSpace(WithFiles(ports, files), scratch, {}, {});
+    EXPECT_TRUE(Holds(wiped.problem, " could not be removed. "));
+    EXPECT_NE(machine->Tree(scratch), before);
+    EXPECT_NE(machine->Tree(own), own_before);
+    engine.ClearLeftovers();
+    EXPECT_EQ(machine->Tree(scratch), before);
+    EXPECT_EQ(machine->Tree(own), own_before);
+  }
+}
+
 TEST_F(FreeSpaceTest, WhatAKillLeftIsClearedAwayAtTheNextStart) {
   const Names before = machine->Tree(scratch);
   const std::string folder = scratch + TemporaryName();

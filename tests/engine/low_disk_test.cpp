@@ -102,23 +102,27 @@ TEST_F(LowDiskTest, WhatFillsTheDriveWhileItIsWipedIsNoReason) {
   const struct {
     const char* name;
     std::string noted;
-    bool is_there, cleans;
+    bool is_there, cleans, is_held = true;
   } kRows[] = {
       {"a filler", filler, true, false},
+      {"a filler that a kill has left", filler, true, true, false},
       {"it is gone", filler, false, true},
       {"of another drive", elsewhere, false, true},
       {"a folder that files are restored to", scratch + "mine", true, true},
       {"nothing", "", false, true},
   };
   const std::string note = TemporaryName();
+  const auto hold = [&] { return ports.files.Open(own + note, OpenMode::kReadAndCreate); };
   for (const auto& row : kRows) {
     WriteOwn(note, "Quellix restores into\n" + row.noted + "\n");
+    const auto held = row.is_held ? hold() : nullptr;
     if (row.is_there) machine->MakeFolder(row.noted);
     clock.now += 2 * kFiletimesADay;
     EXPECT_EQ(CleansAnew(), row.cleans) << row.name;
     if (row.is_there) ports.files.RemoveFolder(row.noted);
   }
   WriteOwn(note, "other words\n" + filler + "\n");
+  const auto held = hold();
   machine->MakeFolder(filler);
   clock.now += 2 * kFiletimesADay;
   EXPECT_TRUE(CleansAnew()) << "no notes";

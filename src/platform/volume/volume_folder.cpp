@@ -187,13 +187,12 @@ std::unique_ptr<Folder> VolumeFolder::OpenFolder(std::string_view names, OpenFor
 std::unique_ptr<RandomFile> VolumeFolder::Open(std::string_view name, OpenMode mode) {
   const std::string path = PathOf(name);
   AttributeSupport& support = drive_.attribute_support();
-  if (mode == OpenMode::kRead || mode == OpenMode::kReadKept)
-    return OpenVolumeFile(Need(name), O_RDONLY, support, path);
-  if (mode == OpenMode::kWrite) return OpenVolumeFile(Need(name), O_WRONLY, support, path);
+  if (mode == OpenMode::kRead || mode == OpenMode::kReadKept || mode == OpenMode::kWrite)
+    return OpenVolumeFile(Need(name), mode, support, path);
   Located entry;
   const bool exists = FindPlace(name, entry);
   if (exists && mode == OpenMode::kCreateNew) Fail(EEXIST, name);
-  std::unique_ptr<RandomFile> file = exists ? OpenVolumeFile(entry, O_RDWR, support, path)
+  std::unique_ptr<RandomFile> file = exists ? OpenVolumeFile(entry, mode, support, path)
                                             : CreateVolumeFile(entry, mode, support, path);
   if (!exists) drive_.names().Add(fd(), entry.name);
   return file;

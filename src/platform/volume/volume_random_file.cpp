@@ -220,9 +220,10 @@ void VolumeRandomFile::WriteStream(std::string_view name, std::string_view bytes
   ThrowErrno(errno, stream);
 }
 
-// Held as long as the file is open: two writers at once would undo each other's work.
-void Lock(int fd, std::string_view path) {
-  if (flock(fd, LOCK_EX | LOCK_NB) == 0) return;
+// Held as long as the file is open: two writers at once would undo each other's work, and who reads
+// what he keeps would read half of it.
+void Lock(int fd, int kind, std::string_view path) {
+  if (flock(fd, kind | LOCK_NB) == 0) return;
   ThrowErrno(errno == EWOULDBLOCK ? EBUSY : errno, path);
 }
 
@@ -271,11 +272,14 @@ UniqueFd OpenRegular(const Located& entry, int flags, std::string_view path, str
   return fd;
 }
 
-std::unique_ptr<RandomFile> OpenVolumeFile(const Located& entry, int flags,
+std::unique_ptr<RandomFile> OpenVolumeFile(const Located& entry, OpenMode mode,
                                            AttributeSupport& support, std::string_view path) {
+  const bool only_reads = mode == OpenMode::kRead || mode == OpenMode::kReadKept;
+  const int flags = only_reads ? O_RDONLY : mode == OpenMode::kWrite ? O_WRONLY : O_RDWR;
   struct stat status;
   UniqueFd fd = OpenRegular(entry, flags, path, status);
-  if (flags == O_RDWR) Lock(fd.get(), path);
+  if (mode == OpenMode::kReadKept) Lock(fd.get(), LOCK_SH, path);
+  if (mode == OpenMode::kReadAndCreate) Lock(fd.get(), LOCK_EX, path);
   return std::make_unique<VolumeRandomFile>(std::move(fd), status, support, path);
 }
 
@@ -285,7 +289,7 @@ std::unique_ptr<RandomFile> CreateVolumeFile(const Located& entry, OpenMode mode
   UniqueFd fd(openat(entry.folder, entry.name.c_str(),
                      O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
   if (!fd || fstat(fd.get(), &status) != 0) ThrowErrno(errno, path);
-  Lock(fd.get(), path);
+  Lock(fd.get(), LOCK_EX, path);
   if (mode == OpenMode::kReadAndCreate) {
     const UniqueFd folder(openat(entry.folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder || fsync(fd.get()) != 0 || fsync(folder.get()) != 0) ThrowErrno(errno, path);

@@ -12,8 +12,8 @@ namespace quellix {
 // folders are never opened. `flags` are those of open(2). Throws Error that names `path`.
 UniqueFd OpenRegular(const Located& entry, int flags, std::string_view path, struct stat& status);
 
-// The same as a file of the port; `support` must outlive it. With O_RDWR by one at a time.
-std::unique_ptr<RandomFile> OpenVolumeFile(const Located& entry, int flags,
+// The same as a file of the port; `support` must outlive it. Not in the mode kCreateNew.
+std::unique_ptr<RandomFile> OpenVolumeFile(const Located& entry, OpenMode mode,
                                            AttributeSupport& support, std::string_view path);
 // A new one, in the mode kReadAndCreate or kCreateNew.
 std::unique_ptr<RandomFile> CreateVolumeFile(const Located& entry, OpenMode mode,
