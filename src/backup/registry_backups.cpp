@@ -32,7 +32,7 @@ std::string PartOf(const RegFileKey& key) {
   return text.Bytes();
 }
 
-// Keys that a window deleted from more than once stand once, each value as it was last.
+// Keys that a window changed more than once stand once, each value as it was before all of that.
 std::vector<RegFileKey> Merged(std::vector<RegFileKey> keys) {
   std::vector<RegFileKey> merged;
   std::unordered_map<std::string, size_t> places;
@@ -44,8 +44,8 @@ std::vector<RegFileKey> Merged(std::vector<RegFileKey> keys) {
     }
     auto& values = merged[place->second].values;
     for (auto& value : key.values) {
-      std::erase_if(values, [&](const auto& old) { return EqualsNoCase(old.first, value.first); });
-      values.push_back(std::move(value));
+      const auto is_same = [&](const auto& old) { return EqualsNoCase(old.first, value.first); };
+      if (std::ranges::none_of(values, is_same)) values.push_back(std::move(value));
     }
   }
   return merged;

@@ -71,17 +71,22 @@ TEST_F(RegistryUndoTest, EveryKindOfEntryComesBackAsItWas) {
   EXPECT_TRUE(machine->Exists(copy));
 }
 
-TEST_F(RegistryUndoTest, OfAValueDeletedTwiceTheLastComesBack) {
+// Changed, deleted, and deleted again when a program had written it anew.
+TEST_F(RegistryUndoTest, WhateverWasDoneToAValueItsFirstStateComesBack) {
   RegistryUndo undo;
-  for (const char* text : {"first", "last"}) {
+  for (const char* text : {"first", "second", "last"}) {
     Set(kUser, "Qx1", "v", Text(text));
-    undo.AddValue(ports.registry, kUser, "Qx1", "v");
+    text[0] == 'f' ? undo.AddState(ports.registry, kUser, "Qx1", "V")
+                   : undo.AddTree(ports.registry, kUser, "Qx1");
+    undo.AddState(ports.registry, kUser, "Qx1", "new");
     undo.Store(ports, BackupFolder());
     machine->RemoveRegistryTree(kUser, "Qx1");
+    Set(kUser, "Qx1", "new", Text(text));
   }
   const RestoreResult result = RestoreFile(UndoFiles().at(0));
   EXPECT_EQ(result.restored, 1u);
-  EXPECT_EQ(modRegistry::ReadRegString({ports.registry, ports.system}, kUser, "Qx1", "v"), "last");
+  EXPECT_EQ(modRegistry::ReadRegString({ports.registry, ports.system}, kUser, "Qx1", "v"), "first");
+  EXPECT_EQ(machine->ValueNames(kUser, "Qx1"), Names{"V"}) << "and what was not there goes";
   RegistryUndo other;
   other.AddValue(ports.registry, kUser, "Qx1", "v");
   other.Store(ports, BackupFolder());
