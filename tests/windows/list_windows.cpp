@@ -108,6 +108,12 @@ HWND KeepList(const QuellixWindow& window) {
   return GetParent(options.Control(lstvList));
 }
 
+HWND Cookies(const QuellixWindow& window) {
+  const OptionsWindow options(window);
+  options.GoTo(OptionsPage::kCookies);
+  return GetParent(options.Control(lstvCookies));
+}
+
 HWND Trial(const QuellixWindow& window) {
   PressIn(Records(window), cmdTry);
   const HWND trial = window.AwaitWindow(L"Try it");
@@ -153,6 +159,8 @@ const ListCase kRows[] = {
      lstvCache, nullptr, L"Delete 1 entry of the Internet cache for good?", kYes, IDCANCEL, false,
      cmdDelete},
     {"KeepList", KeepList, lstvList, L"C:\\"},
+    {"Cookies", Cookies, lstvCookies, L"C:\\quellix-tests\\cookies\\qx"},
+    {"KeptCookies", Cookies, lstvKept, L"C:\\quellix-tests\\cookies\\qx"},
     {"Trial", Trial, lstvTry, L"C:\\quellix-tests\\lists\\"},
     {"Users", [](const QuellixWindow& window) { return Choose(window, mnuUsers, L"Other users"); },
      lstvUsers, L"C:\\users\\qx"},
