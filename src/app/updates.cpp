@@ -6,6 +6,7 @@
 
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/private_folder.h"
 #include "platform/sha256.h"
 #include "platform/signature.h"
 #include "platform/text.h"
@@ -137,7 +138,7 @@ void RemoveFilesIn(const Machine& machine, const std::string& path) {
   std::vector<std::string> files;
   if (!folder) return;
   folder->Enumerate(Detail::kKind, [&files](const Entry& entry) {
-    files.emplace_back(entry.name);
+    if (!entry.info.is_folder) files.emplace_back(entry.name);
     return true;
   });
   for (const std::string& file : files) folder->RemoveFile(file);
@@ -173,6 +174,14 @@ void RequireSame(RandomFile& file, std::string_view bytes) {
   if (at != bytes.size() || file.Size() != at) Refuse(Say("another program has changed it"));
 }
 
+// Beside a program its libraries are looked for first.
+void RequireAlone(Folder& folder, std::string_view name) {
+  bool is_alone = true;
+  folder.Enumerate(Detail::kKind,
+                   [&](const Entry& entry) { return is_alone = EqualsNoCase(entry.name, name); });
+  if (!is_alone) Refuse(Say("another program has changed it"));
+}
+
 // Nobody can write or remove it from before it is compared until it has started.
 bool StoreAndStart(const Machine& machine, const std::string& folder_path, const std::string& name,
                    std::string_view bytes) {
@@ -189,6 +198,7 @@ bool StoreAndStart(const Machine& machine, const std::string& folder_path, const
   }
   const std::unique_ptr<RandomFile> kept = folder->Open(name, OpenMode::kReadKept);
   RequireSame(*kept, bytes);
+  RequireAlone(*folder, name);
   return machine.shell.StartProgram(folder_path + "\\" + name, "");
 }
 
@@ -294,7 +304,7 @@ bool StartInstaller(const Machine& machine, std::string_view version, std::strin
   const std::string folder_path = temp + std::string(kOwnFolder) + TemporaryName();
   bool is_started = false;
   try {
-    machine.files.CreateFolder(folder_path);
+    MakePrivateFolder(machine, folder_path);
     is_started = StoreAndStart(machine, folder_path, InstallerName(version), bytes);
   } catch (...) {
     RemoveOld(machine, temp);

@@ -153,6 +153,14 @@ struct InstallerTest : RunFixture {
     ClearInstallers(ports);
     EXPECT_EQ(Left(), Names{});
   }
+  // The deepest first.
+  void ClearPlanted() {
+    Names left = Left();
+    while (!left.empty()) {
+      ports.files.RemoveFolder(WithoutBackslash(temp + left.back()));
+      left.pop_back();
+    }
+  }
   Machine On(Shell& shell) const { return With(ports.files, shell); }
   Machine With(FileSystem& files, Shell& shell) const {
     return {files,        ports.registry, shell,          ports.url_cache,     ports.profile,
@@ -233,6 +241,35 @@ TEST_F(InstallerTest, OnlyTheBytesThatWereSignedAreStarted) {
     EXPECT_THROW(StartInstaller(With(files, shell), "2.0", "installer"), Error) << changed;
     EXPECT_EQ(shell.started, "") << changed;
     EXPECT_EQ(Left(), Names{}) << changed;
+  }
+}
+
+// As a library that the installer would load.
+TEST_F(InstallerTest, BesideWhatAnotherProgramPutThereNothingIsStarted) {
+  for (const bool is_folder : {false, true}) {
+    struct Planting : ForwardingFolder {
+      Planting(std::unique_ptr<Folder> folder, bool plants_folder)
+          : ForwardingFolder(std::move(folder)), plants_folder_(plants_folder) {}
+      std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
+        if (mode == OpenMode::kReadKept) Plant();
+        return ForwardingFolder::Open(name, mode);
+      }
+      void Plant() {
+        if (plants_folder_) return CreateFolder("quellix-2.0-setup.exe.local");
+        ForwardingFolder::Open("version.dll", OpenMode::kCreateNew)->Write(0, "bad");
+      }
+      const bool plants_folder_;
+    };
+    ForwardingFiles files(ports.files, [&](const std::string&, std::unique_ptr<Folder> folder) {
+      return std::unique_ptr<Folder>(new Planting(std::move(folder), is_folder));
+    });
+    NotingShell shell(ports.shell);
+    EXPECT_THROW(StartInstaller(With(files, shell), "2.0", "installer"), Error) << is_folder;
+    EXPECT_EQ(shell.started, "") << is_folder;
+    for (const std::string& left : Left()) {
+      EXPECT_TRUE(is_folder && left.ends_with('\\')) << left << ": no file is left";
+    }
+    if (is_folder) ClearPlanted();
   }
 }
 
