@@ -4,6 +4,7 @@
 
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/user_profiles.h"
 #include "platform/words.h"
 #include "run/stayed.h"
 #include "run/working_folder.h"
@@ -26,7 +27,11 @@ void AddId(FileSystem& files, const std::string& path, std::vector<FileId>& ids)
   }
 }
 
-// Of every user, also of those whose registry is not loaded, and of the template for new ones.
+constexpr const char* kShellFolders[] = {"\\AppData\\Roaming\\Microsoft\\Windows",
+                                         "\\AppData\\Local\\Microsoft\\Windows"};
+
+// By its path, of profiles that no list knows: on another disk, in a copy, the template for new
+// users.
 bool IsExpectedInProfiles(std::string_view upper) {
   constexpr std::string_view kTemp = "\\APPDATA\\LOCAL\\TEMP\\";
   constexpr std::string_view kOfShell[] = {"\\APPDATA\\ROAMING\\MICROSOFT\\WINDOWS\\",
@@ -52,6 +57,19 @@ EmptyFolderGuard::EmptyFolderGuard(CleaningContext& context) : context_(context)
     path = WithBackslash(path);
   }
   AddId(context.machine.files, system.TempFolder(), temporary_);
+  AddProfiles();
+}
+
+void EmptyFolderGuard::AddProfiles() {
+  FileSystem& files = context_.machine.files;
+  const std::string windows = context_.machine.system.WindowsFolder();
+  try {
+    for (const UserProfile& user : ListedProfiles(context_.machine.registry, windows)) {
+      AddId(files, user.profile + "\\AppData\\Local\\Temp", temporary_);
+      for (const char* const name : kShellFolders) AddId(files, user.profile + name, of_shell_);
+    }
+  } catch (const Error&) {  // a registry that cannot be read names no profile
+  }
 }
 
 bool EmptyFolderGuard::Enters(const std::string& path) const {
@@ -74,7 +92,10 @@ Sentence EmptyFolderGuard::WhyNot(const std::string& path) {
   if (is_in(folder->Id()) || std::ranges::any_of(above, is_in))
     return Say("It lies where Windows or programs are installed: %1", path);
   const std::string upper = UpCase(WithBackslash(path));
-  if (places.IsNoted(*folder) || Has(temporary_, folder->Id()) || IsExpectedInProfiles(upper))
+  const bool is_of_shell =
+      std::ranges::any_of(above, [this](const FileId& id) { return Has(of_shell_, id); });
+  if (places.IsNoted(*folder) || Has(temporary_, folder->Id()) || is_of_shell ||
+      IsExpectedInProfiles(upper))
     return Say("Windows or its programs expect this folder: %1", path);
   const bool is_versions = std::ranges::any_of(kOfVersionControl, [&](std::string_view name) {
     return upper.find(UpCase(name)) != std::string::npos;

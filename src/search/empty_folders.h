@@ -22,10 +22,12 @@ class EmptyFolderGuard {
   Sentence WhyNot(const std::string& path);
 
  private:
+  void AddProfiles();
+
   CleaningContext& context_;
   std::vector<std::string> installed_;  // where Windows and programs are, each ends in "\\"
   std::vector<FileId> installed_ids_;
-  std::vector<FileId> temporary_;
+  std::vector<FileId> temporary_, of_shell_;  // of the users that are listed
 };
 
 // Removes a folder in which nothing is, and notes it; one that is not empty at that moment stays.

@@ -118,6 +118,37 @@ TEST_F(EmptyFoldersTest, WhatWindowsProgramsAndUsersExpectIsNeitherFoundNorRemov
   }
 }
 
+// As through a drive that stands for a folder: nothing in such a path tells what it is.
+TEST_F(EmptyFoldersTest, FoldersOfListedUsersAreKnownWhateverTheirPath) {
+  struct Substituted : ForwardingFileSystem {
+    Substituted(FileSystem& files, std::string to)
+        : ForwardingFileSystem(files), to_(std::move(to)) {}
+    std::unique_ptr<Folder> OpenFolder(std::string_view path) override {
+      return inner_.OpenFolder(path.starts_with("X:\\") ? to_ + std::string(path.substr(3))
+                                                        : std::string(path));
+    }
+    std::string to_;
+  };
+  const std::string user =
+      "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-5-21-7-7-7-1009";
+  machine->SetText(kMachine, user, "ProfileImagePath", scratch + "bob");
+  const std::tuple<const char*, const char*, bool> kRows[] = {
+      {"AppData\\Local\\", "Temp", true},
+      {"AppData\\Local\\", "Temp\\x", false},
+      {"AppData\\Roaming\\Microsoft\\", "Windows\\Templates", true},
+      {"AppData\\Local\\Microsoft\\", "Windows\\Burn\\Burn", true},
+      {"AppData\\Local\\Qx\\", "Windows\\Burn", false},
+  };
+  for (const auto& [at, name, is_expected] : kRows) {
+    machine->MakeFolder(scratch + "bob\\" + at + name);
+    Substituted files(ports.files, scratch + "bob\\" + at);
+    CleaningContext seen{WithFiles(ports, files), settings, engine.state(), view, mod_zip};
+    const Sentence why = EmptyFolderGuard(seen).WhyNot(std::string("X:\\") + name);
+    EXPECT_EQ(Holds(why.english, "expect this folder") == true, is_expected) << at << name;
+  }
+  machine->RemoveRegistryTree(kMachine, user);
+}
+
 TEST_F(EmptyFoldersTest, WhatIsNotEmptyAtTheMomentOfRemovalStaysAndIsTold) {
   for (const char* name : {"filled", "gone", "linked", "parent\\child"})
     machine->MakeFolder(scratch + name);
