@@ -180,7 +180,7 @@ std::optional<Plugin> LoadPluginFile(const Machine& machine, std::string_view pa
 
 std::string ReadDescription(const Machine& machine, std::string_view path) {
   const std::optional<std::string> bytes = machine.files.ReadWholeFile(path);
-  if (!bytes) throw Error(Error::Kind::kMissing, Say("There is no such plug-in."));
+  if (!bytes) throw Error(Error::Kind::kMissing, Say("There is no such file or folder: %1", path));
   std::optional<std::string> description;
   ReadLines(DecodeText(*bytes, machine.system), [&description](const Record& record) {
     const bool has = record.fields[0] == "D" && record.fields.size() > 1;

@@ -83,19 +83,17 @@ void FrmFavorites::OnTimer(UINT_PTR id) {
 // False when the window is gone or goes.
 bool FrmFavorites::Work(const LongWork::Work& work) {
   std::string problem;
-  const LongWork::End end = work_.Run({.idle = kIdle,
-                                       .stop = cmdStop,
-                                       .rest = lstvFavorites,
-                                       .bar = pgFavorites,
-                                       .show = [this](const Progress&) { display_.Flush(); }},
-                                      [&](const Pause& pause) {
-                                        display_.BreatheBy(pause);
-                                        try {
-                                          work(pause);
-                                        } catch (const Error& error) {
-                                          problem = Shown(error);
-                                        }
-                                      });
+  const LongWork::End end = work_.Run(
+      {.idle = kIdle,
+       .stop = cmdStop,
+       .rest = lstvFavorites,
+       .bar = pgFavorites,
+       .show = [this](const Progress&) { display_.Flush(); }},
+      [&](const Pause& pause) {
+        display_.BreatheBy(pause);
+        work(pause);
+      },
+      problem);
   if (end == LongWork::End::kCloses) OwnedWindow::OnClose();
   if (end != LongWork::End::kDone) return false;
   ShowRows();

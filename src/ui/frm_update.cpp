@@ -52,13 +52,7 @@ bool FrmUpdate::Work(const std::string& status, const LongWork::Work& work) {
   SetText(lblStatus, status);
   std::string problem;
   const LongWork::End end =
-      work_.Run({.stop = cmdStop, .rest = IDCANCEL, .bar = pgUpdate}, [&](const Pause& pause) {
-        try {
-          work(pause);
-        } catch (const Error& error) {
-          problem = Shown(error);
-        }
-      });
+      work_.Run({.stop = cmdStop, .rest = IDCANCEL, .bar = pgUpdate}, work, problem);
   if (end == LongWork::End::kCloses) OwnedWindow::OnClose();
   if (end != LongWork::End::kDone) return false;
   SetText(lblStatus, "");

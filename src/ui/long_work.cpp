@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/error.h"
+#include "platform/words.h"
 #include "run/time_left.h"
 #include "ui/dialog.h"
 
@@ -42,6 +44,17 @@ LongWork::End LongWork::Run(Looks looks, const Work& work) {
   }
   if (!IsThere()) return End::kGone;
   return closing_ ? End::kCloses : End::kDone;
+}
+
+LongWork::End LongWork::Run(Looks looks, const Work& work, std::string& problem) {
+  problem.clear();
+  return Run(std::move(looks), [&](const Pause& pause) {
+    try {
+      work(pause);
+    } catch (const Error& error) {
+      problem = Shown(error);
+    }
+  });
 }
 
 // Nothing is handled before the window shows that it is at work: it might begin something else.

@@ -49,6 +49,8 @@ class LongWork {
   // Returns when the work has returned, and passes on what it throws. The controls are then as they
   // were.
   End Run(Looks looks, const Work& work);
+  // The same of work whose failure is told: `problem` is then its sentence, else "".
+  End Run(Looks looks, const Work& work, std::string& problem);
 
   bool working() const { return working_; }
   // Both take effect at the next pause, and are without effect while nothing is in work.
