@@ -50,7 +50,9 @@ UniqueImages MakeBoxImages(HWND window, int dpi) {
     if (theme) {
       DrawThemeBackground(theme.Get(), memory, BP_CHECKBOX, kBoxes[i].state, &place, nullptr);
     } else {
+      const bool is_dimmed = (kBoxes[i].classic & DFCS_INACTIVE) != 0;
       DrawFrameControl(memory, &place, DFC_BUTTON, kBoxes[i].classic | DFCS_FLAT);
+      FrameRect(memory, &place, BrushOf(is_dimmed ? Paint::kDimmed : Paint::kText));
     }
   }
   SelectObject(memory, old);

@@ -45,6 +45,35 @@ void DrawHeading(HWND header, const NMCUSTOMDRAW& draw) {
       DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS | DT_NOPREFIX | (at_right ? DT_RIGHT : DT_LEFT));
 }
 
+// Behind the last heading, which Windows paints in a light colour after all others.
+void DrawRest(HWND header, const NMCUSTOMDRAW& draw) {
+  RECT rest{};
+  GetClientRect(header, &rest);
+  for (int i = Header_GetItemCount(header); i-- > 0;) {
+    RECT place{};
+    Header_GetItemRect(header, i, &place);
+    rest.left = std::max(rest.left, place.right);
+  }
+  if (rest.left < rest.right) FillRect(draw.hdc, &rest, BrushOf(Paint::kFace));
+}
+
+// For NM_CUSTOMDRAW of headings.
+LRESULT PaintHeading(const NMCUSTOMDRAW& draw) {
+  switch (draw.dwDrawStage) {
+    case CDDS_PREPAINT:
+      FillRect(draw.hdc, &draw.rc, BrushOf(Paint::kFace));
+      return CDRF_NOTIFYITEMDRAW | CDRF_NOTIFYPOSTPAINT;
+    case CDDS_ITEMPREPAINT:
+      DrawHeading(draw.hdr.hwndFrom, draw);
+      return CDRF_SKIPDEFAULT;
+    case CDDS_POSTPAINT:
+      DrawRest(draw.hdr.hwndFrom, draw);
+      return CDRF_DODEFAULT;
+    default:
+      return CDRF_DODEFAULT;
+  }
+}
+
 }  // namespace
 
 // What headings ask of their list; outside the dark they are Windows' own.
@@ -54,16 +83,8 @@ LRESULT CALLBACK ListView::PaintHeadings(HWND list, UINT message, WPARAM wparam,
   if (message == WM_NOTIFY && IsDark()) {
     const auto& header = *reinterpret_cast<const NMHDR*>(lparam);
     const auto& draw = *reinterpret_cast<const NMCUSTOMDRAW*>(lparam);
-    if (header.code == NM_CUSTOMDRAW && header.hwndFrom == ListView_GetHeader(list)) {
-      if (draw.dwDrawStage == CDDS_PREPAINT) {
-        FillRect(draw.hdc, &draw.rc, BrushOf(Paint::kFace));
-        return CDRF_NOTIFYITEMDRAW;
-      }
-      if (draw.dwDrawStage == CDDS_ITEMPREPAINT) {
-        DrawHeading(header.hwndFrom, draw);
-        return CDRF_SKIPDEFAULT;
-      }
-    }
+    if (header.code == NM_CUSTOMDRAW && header.hwndFrom == ListView_GetHeader(list))
+      return PaintHeading(draw);
   }
   return DefSubclassProc(list, message, wparam, lparam);
 }

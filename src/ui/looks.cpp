@@ -34,7 +34,10 @@ bool WantsDark() {
   return result == ERROR_SUCCESS && light == 0;
 }
 
+// Also who has chosen dark colours for all windows himself.
 bool HasHighContrast() {
+  const COLORREF paper = GetSysColor(COLOR_WINDOW);
+  if (GetRValue(paper) + GetGValue(paper) + GetBValue(paper) < 3 * 128) return true;
   HIGHCONTRASTW contrast{};
   contrast.cbSize = sizeof contrast;
   SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0);
