@@ -5,6 +5,7 @@ Target amd64-unicode
 SetCompressor /SOLID lzma
 !include "LogicLib.nsh"
 !include "MUI2.nsh"
+!include "TextFunc.nsh"
 
 !define KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Quellix"
 !define RUN_KEY "Software\Microsoft\Windows\CurrentVersion\Run"
@@ -66,6 +67,34 @@ Function un.onInit
   Call un.CloseRunning
 FunctionEnd
 
+; $R0 is 1 where this copy kept its settings in the user's own folder and no other copy that is still
+; there does, such as one on a disc: the program lists there whose it is, a line each.
+Function un.OwnsData
+  StrCpy $R0 0
+  StrCpy $R1 0
+  ClearErrors
+  FileOpen $0 "$APPDATA\Quellix\Programs.txt" r
+  ${If} ${Errors}
+    Return
+  ${EndIf}
+  next:
+  ClearErrors
+  FileReadUTF16LE $0 $1
+  ${IfNot} ${Errors}
+    ${TrimNewLines} $1 $1
+    ${If} $1 == $INSTDIR
+      StrCpy $R0 1
+    ${ElseIf} ${FileExists} "$1\quellix.exe"
+      StrCpy $R1 1
+    ${EndIf}
+    Goto next
+  ${EndIf}
+  FileClose $0
+  ${If} $R1 == 1
+    StrCpy $R0 0
+  ${EndIf}
+FunctionEnd
+
 Section "Quellix" Program
   SectionIn RO
   SetOutPath "$INSTDIR"
@@ -114,8 +143,18 @@ Section "Uninstall"
     ${EndIf}
   ${Next}
   DeleteRegKey HKCU "${KEY}"
-  MessageBox MB_YESNO|MB_DEFBUTTON2 "Remove your settings, lists and logs of runs as well? Backups stay." /SD IDNO IDNO kept
+  Call un.OwnsData
+  StrCpy $3 "$INSTDIR"
+  ${If} $R0 == 1
+    StrCpy $3 "$INSTDIR and in $APPDATA\Quellix"
+  ${ElseIf} ${FileExists} "$APPDATA\Quellix\*.*"
+    StrCpy $4 " So does $APPDATA\Quellix, which may be another copy's."
+  ${EndIf}
+  MessageBox MB_YESNO|MB_DEFBUTTON2 "Remove your settings, lists and logs of runs in $3 as well? Backups and plug-ins of your own stay.$4" /SD IDNO IDNO kept
   !include "${LISTS}\settings.nsh"
+  ${If} $R0 == 1
+    !include "${LISTS}\data.nsh"
+  ${EndIf}
   kept:
   Delete "$INSTDIR\Uninstall.exe"
   RMDir "$INSTDIR\Plugins"

@@ -1,12 +1,16 @@
 #include "engine.h"
 
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "app/updates.h"
+#include "backup/backups.h"
 #include "backup/leftovers.h"
 #include "platform/error.h"
 #include "platform/words.h"
 #include "run/run_steps.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 
@@ -49,7 +53,10 @@ std::string Engine::Load(Tips* tips) {
 }
 
 void Engine::ClearLeftovers() {
-  const std::string folders[] = {machine_.program_folder, state_.BackupFolder};
+  std::vector<std::string> folders = FoundFolders(machine_);
+  folders.push_back(state_.BackupFolder);
+  const Backups backups(machine_);
+  folders.insert(folders.end(), backups.folders().begin(), backups.folders().end());
   quellix::ClearLeftovers(machine_.files, folders);
   ClearInstallers(machine_);
   machine_.registry.ClearLeftovers();

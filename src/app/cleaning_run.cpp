@@ -239,11 +239,14 @@ void CleanOthers(CleaningContext& context, const OtherChoices& choices,
 void KeepRun(CleaningContext& context) {
   if (context.state.IsPreview) return;
   if (!context.settings.IsReadable()) return;  // how many are wanted nobody can tell
+  std::string& log = context.state.RunLog;
   try {
-    RunLogs(context.machine).Keep(context.state, context.settings.Load().kept_logs);
+    const int most = context.settings.Load().kept_logs;
+    const std::string stayed = RunLogs(context.machine).Keep(context.state, most);
+    if (!stayed.empty()) log += "\r\nNot all older runs could be removed. " + stayed + "\r\n";
   } catch (const Error& error) {
-    context.state.RunLog.append("\r\nThis run could not be kept for later reading. ");
-    context.state.RunLog.append(error.what()).append("\r\n");
+    log.append("\r\nThis run could not be kept for later reading. ");
+    log.append(error.what()).append("\r\n");
   }
 }
 

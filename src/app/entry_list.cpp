@@ -7,6 +7,7 @@
 #include "app/preview_run.h"
 #include "platform/text.h"
 #include "platform/words.h"
+#include "plugins/plugin_list.h"
 #include "run/removal.h"
 
 namespace quellix {
@@ -33,7 +34,7 @@ std::string_view FateText(const RunEntry& entry, bool is_preview) {
 
 // A plug-in, a line of a list, the line that keeps it, the reason, the archive.
 std::string NoteText(const RunEntries& entries, const RunEntry& entry, bool is_preview) {
-  const std::string rule = Tr(entries.rules[entry.rule]);
+  const std::string rule = modPlugin::ShownName(entries.rules[entry.rule]);
   const std::string& archive = entries.archives[entry.archive];
   std::string note = entries.NoteOf(entry).shown;
   // TRANSLATORS: What the keep list has kept: %1 is that line of it.
@@ -245,7 +246,9 @@ bool EntryList::PassesFilter(Index index) const {
   const auto holds = [this](std::string_view text) {
     return UpCase(text).find(filter_) != std::string::npos;
   };
-  if (holds(entry.place) || holds(entry.part) || holds(entries_->rules[entry.rule])) return true;
+  const std::string& rule = entries_->rules[entry.rule];
+  if (holds(entry.place) || holds(entry.part) || holds(rule)) return true;
+  if (!rule.empty() && holds(modPlugin::ShownName(rule))) return true;
   return !entry.note.empty() && holds(entries_->NoteOf(entry).shown);
 }
 

@@ -1,5 +1,6 @@
 #include "app/low_disk.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string>
@@ -8,6 +9,7 @@
 #include "platform/error.h"
 #include "platform/filetime.h"
 #include "platform/text.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
@@ -46,8 +48,11 @@ bool LowDiskClean::IsLow() const {
     if (!root) return false;
     const DiskRoom room = root->Room();
     const auto free = static_cast<double>(room.free), size = static_cast<double>(room.size);
+    const auto fills = [&](const std::string& notes) {
+      return HasFiller(machine_.files, notes, drive);
+    };
     return size > 0 && free * 100 < size * percent_ &&
-           !HasFiller(machine_.files, machine_.program_folder, drive);
+           std::ranges::none_of(FoundFolders(machine_), fills);
   } catch (const Error&) {
     return false;
   }

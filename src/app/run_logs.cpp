@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -12,6 +14,7 @@
 #include "platform/text.h"
 #include "platform/words.h"
 #include "run/exit_code.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
@@ -33,16 +36,41 @@ std::string TextOf(const Json& row, const char* field) {
   return found != row.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
-// Newest first.
-std::vector<std::string> NamesIn(Folder& folder) {
-  std::vector<std::string> names;
+struct KeptRun {
+  std::string name;
+  Folder* folder;
+};
+
+// None where the folder cannot be listed.
+std::vector<KeptRun> RunsIn(Folder& folder) try {
+  std::vector<KeptRun> runs;
   folder.Enumerate(Detail::kKind, [&](const Entry& entry) {
     const bool is_file = !entry.info.is_folder && !entry.info.is_link;
-    if (is_file && IsRunName(entry.name)) names.emplace_back(entry.name);
+    if (is_file && IsRunName(entry.name)) runs.push_back({std::string(entry.name), &folder});
     return true;
   });
-  std::ranges::sort(names, std::greater());
-  return names;
+  return runs;
+} catch (const Error&) {
+  return {};
+}
+
+// The folders that are there, held open.
+std::vector<std::unique_ptr<Folder>> OpenAll(FileSystem& files,
+                                             const std::vector<std::string>& paths) {
+  std::vector<std::unique_ptr<Folder>> folders;
+  for (const std::string& path : paths) try {
+      if (auto folder = files.OpenFolder(path)) folders.push_back(std::move(folder));
+    } catch (const Error&) {  // has no runs for this user
+    }
+  return folders;
+}
+
+// Newest first.
+std::vector<KeptRun> RunsIn(const std::vector<std::unique_ptr<Folder>>& folders) {
+  std::vector<KeptRun> runs;
+  for (const auto& folder : folders) std::ranges::move(RunsIn(*folder), std::back_inserter(runs));
+  std::ranges::sort(runs, std::greater(), &KeptRun::name);
+  return runs;
 }
 
 // What is no count, or does not fit, counts as 0.
@@ -98,8 +126,9 @@ RunTotals ToTotals(const Json& report) {
 
 }  // namespace
 
-RunLogs::RunLogs(const Machine& machine)
-    : machine_(machine), folder_(machine.program_folder + "\\Logs\\") {}
+RunLogs::RunLogs(const Machine& machine) : machine_(machine) {
+  for (const std::string& folder : FoundFolders(machine)) folders_.push_back(folder + "\\Logs\\");
+}
 
 std::string RunLogs::FreeName() const {
   LocalTime now = machine_.system.ToLocalTime(machine_.system.UtcNow());
@@ -108,35 +137,48 @@ std::string RunLogs::FreeName() const {
     std::snprintf(name, sizeof name, "%04d-%02d-%02d %02d.%02d.%02d.json", now.year, now.month,
                   now.day, now.hour, now.minute, now.second);
     // Beyond the minute's end as well the order of names is that of the runs.
-    if (now.second == 99 || !machine_.files.Look(folder_ + name, Detail::kKind)) return name;
+    const auto has_it = [&](const std::string& folder) {
+      return machine_.files.Look(folder + name, Detail::kKind).has_value();
+    };
+    if (now.second == 99 || std::ranges::none_of(folders_, has_it)) return name;
   }
 }
 
-void RunLogs::Keep(const RunTotals& totals, int most) {
+std::string RunLogs::Keep(const RunTotals& totals, int most) {
   std::string kept;
   if (most > 0) {
-    MakeFolders(machine_.files, folder_);
+    MakeFolders(machine_.files, folders_[0]);
     std::ostringstream text;
     WriteJson(text, TableOfRun("clean", totals, false), ExitCodeOf(totals));
     kept = FreeName();
-    machine_.files.WriteWholeFile(folder_ + kept, text.str());
+    machine_.files.WriteWholeFile(folders_[0] + kept, text.str());
   }
-  if (most <= 0 && List().empty()) return;
-  // After a clock was moved back the last run need not have the last name.
-  const std::unique_ptr<Folder> folder = machine_.files.OpenFolder(folder_);
-  if (!folder) return;
-  std::vector<std::string> names = NamesIn(*folder);
-  std::erase(names, kept);
-  for (size_t i = static_cast<size_t>(std::max(most - 1, 0)); i < names.size(); ++i) {
-    folder->RemoveFile(names[i]);
-  }
+  return RemoveOld(kept, static_cast<size_t>(std::max(most - 1, 0)));
 }
 
-std::vector<std::string> RunLogs::List() const try {
-  const std::unique_ptr<Folder> folder = machine_.files.OpenFolder(folder_);
-  return folder ? NamesIn(*folder) : std::vector<std::string>();
-} catch (const Error&) {
-  return {};
+// After a clock was moved back the last run need not have the last name.
+std::string RunLogs::RemoveOld(const std::string& kept, size_t most) {
+  std::string stayed;
+  const auto folders = OpenAll(machine_.files, folders_);
+  std::vector<KeptRun> runs = RunsIn(folders);
+  std::erase_if(runs, [&](const KeptRun& run) { return run.name == kept; });
+  for (size_t i = most; i < runs.size(); ++i) {
+    try {
+      runs[i].folder->RemoveFile(runs[i].name);
+    } catch (const Error& error) {
+      stayed = error.what();
+    }
+  }
+  return stayed;
+}
+
+std::vector<std::string> RunLogs::List() const {
+  std::vector<std::string> names;
+  const auto folders = OpenAll(machine_.files, folders_);
+  for (KeptRun& run : RunsIn(folders)) {
+    if (names.empty() || names.back() != run.name) names.push_back(std::move(run.name));
+  }
+  return names;
 }
 
 std::string RunLogs::TitleOf(const std::string& name) {
@@ -146,14 +188,17 @@ std::string RunLogs::TitleOf(const std::string& name) {
 }
 
 RunTotals RunLogs::Read(const std::string& name) const {
-  const std::optional<std::string> text =
-      IsRunName(name) ? machine_.files.ReadWholeFile(folder_ + name, kLargest) : std::nullopt;
-  if (!text) throw Error(Error::Kind::kMissing, Say("There is no run of that name: %1", name));
-  try {
-    return ToTotals(Json::parse(*text));
-  } catch (const Json::exception&) {
-    throw Error(Error::Kind::kOther, Say("The run cannot be read: %1", folder_ + name));
+  for (const std::string& folder : folders_) {
+    const std::optional<std::string> text =
+        IsRunName(name) ? machine_.files.ReadWholeFile(folder + name, kLargest) : std::nullopt;
+    if (!text) continue;
+    try {
+      return ToTotals(Json::parse(*text));
+    } catch (const Json::exception&) {
+      throw Error(Error::Kind::kOther, Say("The run cannot be read: %1", folder + name));
+    }
   }
+  throw Error(Error::Kind::kMissing, Say("There is no run of that name: %1", name));
 }
 
 }  // namespace quellix

@@ -70,11 +70,10 @@ RestoreResult UndoRun(const Machine& machine, const RunEntries& run, Prompts& pr
     try {
       Backups backups(machine);
       // A record may have been made by others.
-      if (!EqualsNoCase(FolderPart(archive), backups.folder()))
-        throw Error(Error::Kind::kDenied, Say("%1 is not in the backup folder.", archive));
-      const std::string name(NamePart(archive));
+      const auto name = backups.NameOf(archive);
+      if (!name) throw Error(Error::Kind::kDenied, Say("%1 is not in the backup folder.", archive));
       Add(sum, backups.Restore(
-                   name, {.entry_paths = std::move(names), .to = "", .mode = OverwriteMode::kAsk},
+                   *name, {.entry_paths = std::move(names), .to = "", .mode = OverwriteMode::kAsk},
                    prompts, pause));
     } catch (const Error& error) {
       sum.problems.push_back(Shown(error));

@@ -137,7 +137,7 @@ std::string BackupBrowser::ArchiveText(size_t row, ArchiveColumn column) const {
 }
 
 std::string BackupBrowser::ArchivePath(size_t row) const {
-  return backups_.folder() + archives_[row].name;
+  return backups_.PathOf(archives_[row].name);
 }
 
 std::optional<double> BackupBrowser::ArchiveSize(size_t row) const {
@@ -236,7 +236,7 @@ BackupBrowser::Commands BackupBrowser::Available(size_t selected) const {
           .restore_selected = any && selected > 0,
           .restore_all = any,
           .restore_into = any && files,
-          .repair = incomplete && IsArchiveName(Chosen()->name),
+          .repair = incomplete && IsArchiveName(NamePart(Chosen()->name)),
           .delete_archive = Chosen() != nullptr};
 }
 

@@ -18,7 +18,7 @@ enum class BackupKind { kFiles, kRegistry };
 
 // A file of the backup folder as a list of backups shows it.
 struct BackupInfo {
-  std::string name;  // in the backup folder
+  std::string name;  // in the backup folder; full path in a second one
   BackupKind kind = BackupKind::kFiles;
   std::string root;        // where its entries belong, "C:\"; "" when its name does not tell
   LocalTime date;          // from its name, else when the file was last written

@@ -7,28 +7,42 @@
 #include "backup/registry_backups.h"
 #include "platform/error.h"
 #include "platform/path.h"
+#include "platform/text.h"
 #include "platform/words.h"
+#include "settings/own_files.h"
 #include "settings/settings.h"
 
 namespace quellix {
-Backups::Backups(const Machine& machine)
-    : Backups(machine, Settings(machine).Load().BackupFolder) {}
+Backups::Backups(const Machine& machine) : Backups(machine, Settings(machine).Load().BackupFolder) {
+  if (FoundFolders(machine).size() == 1) return;
+  const std::string beside = Settings(BesideProgram(machine)).Load().BackupFolder;
+  if (!EqualsNoCase(beside, folder())) folders_.push_back(beside);
+}
 
 Backups::Backups(const Machine& machine, std::string folder)
-    : machine_(machine), folder_(std::move(folder)) {
+    : machine_(machine), folders_{std::move(folder)} {
   readers_.push_back(std::make_unique<cUnZip>(machine));
   readers_.push_back(std::make_unique<RegistryBackups>(machine));
 }
 
 std::string Backups::PathOf(std::string_view name) const {
-  if (name.find_first_of("\\/:") != std::string_view::npos || name.empty()) {
+  const std::string_view last = NamePart(name);
+  const bool is_plain = last == name && name.find_first_of("/:") == name.npos;
+  if (name.empty() || !(is_plain || (!last.empty() && NameOf(name)))) {
     throw Error(Error::Kind::kMissing, Say("\"%1\" is no archive of the backup folder.", name));
   }
-  return folder_ + std::string(name);
+  return is_plain ? folder() + std::string(name) : std::string(name);
+}
+
+std::optional<std::string> Backups::NameOf(std::string_view path) const {
+  const std::string_view in = FolderPart(path);
+  if (EqualsNoCase(in, folder())) return std::string(NamePart(path));
+  const bool is_second = folders_.size() > 1 && EqualsNoCase(in, folders_[1]);
+  return is_second ? std::optional(std::string(path)) : std::nullopt;
 }
 
 BackupReader* Backups::ReaderOf(std::string_view name) const {
-  const auto takes = [name](const auto& reader) { return reader->Takes(name); };
+  const auto takes = [name](const auto& reader) { return reader->Takes(NamePart(name)); };
   const auto reader = std::ranges::find_if(readers_, takes);
   return reader == readers_.end() ? nullptr : reader->get();
 }
@@ -39,15 +53,25 @@ BackupReader& Backups::Reader(std::string_view name) const {
   return reader ? *reader : *readers_.front();
 }
 
-std::vector<BackupInfo> Backups::List(const Pause& pause) {
+std::vector<std::string> Backups::NamesIn(std::string_view folder) const {
   std::vector<std::string> names;
-  machine_.files.Enumerate(WithoutBackslash(folder_), Detail::kKind, [&](const Entry& entry) {
+  machine_.files.Enumerate(WithoutBackslash(folder), Detail::kKind, [&](const Entry& entry) {
     if (!entry.info.is_folder && ReaderOf(entry.name)) names.emplace_back(entry.name);
     return true;
   });
+  return names;
+}
+
+std::vector<BackupInfo> Backups::List(const Pause& pause) {
+  std::vector<std::string> names = NamesIn(folder());
+  if (folders_.size() > 1) try {
+      for (const std::string& name : NamesIn(folders_[1])) names.push_back(folders_[1] + name);
+    } catch (const Error&) {  // none of it is for this user
+    }
   std::vector<BackupInfo> backups;
   for (const std::string& name : names) {
-    backups.push_back(ReaderOf(name)->Describe(folder_ + name, pause));
+    backups.push_back(ReaderOf(name)->Describe(PathOf(name), pause));
+    backups.back().name = name;
   }
   const auto key = [](const BackupInfo& info) {
     const LocalTime& d = info.date;
@@ -59,6 +83,7 @@ std::vector<BackupInfo> Backups::List(const Pause& pause) {
 
 BackupInfo Backups::Check(std::string_view name, const Pause& pause) {
   BackupInfo info = Reader(name).Describe(PathOf(name), pause);
+  info.name = name;
   if (!info.problem.empty()) throw Error(Error::Kind::kOther, info.problem);
   return info;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,16 +12,23 @@
 namespace quellix {
 
 // The backup folder with every kind of backup in it. Only Repair, Restore and Delete change
-// anything. Backups are named as in the folder; functions
-// with a name throw Error when it names none or the backup cannot be read at all.
+// anything. Backups are named as in the folder, those of the second folder by their full paths;
+// functions with a name throw Error when it names none or the backup cannot be read at all.
 class Backups {
  public:
-  // The folder that the settings name.
+  // The folder that the settings name, and second that of a copy with other rights, which keeps its
+  // backups where its own settings, beside the program, say.
   explicit Backups(const Machine& machine);
   // `folder` ends in "\" and may be missing.
   Backups(const Machine& machine, std::string folder);
 
-  const std::string& folder() const { return folder_; }
+  const std::string& folder() const { return folders_.front(); }
+  // Both, or one.
+  const std::vector<std::string>& folders() const { return folders_; }
+  // Full.
+  std::string PathOf(std::string_view name) const;
+  // The name of a file in one of the folders; nothing for any other.
+  std::optional<std::string> NameOf(std::string_view path) const;
 
   // Newest first. What was not read when `pause` ended that has a problem.
   std::vector<BackupInfo> List(const Pause& pause = {});
@@ -36,12 +44,12 @@ class Backups {
   void Delete(std::string_view name);
 
  private:
-  std::string PathOf(std::string_view name) const;
+  std::vector<std::string> NamesIn(std::string_view folder) const;
   BackupReader* ReaderOf(std::string_view name) const;  // null for a file that is no backup
   BackupReader& Reader(std::string_view name) const;
 
   Machine machine_;
-  std::string folder_;
+  std::vector<std::string> folders_;
   std::vector<std::unique_ptr<BackupReader>> readers_;
 };
 

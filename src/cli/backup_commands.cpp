@@ -8,6 +8,7 @@
 #include "cli/console_view.h"
 #include "platform/error.h"
 #include "platform/text.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
@@ -67,7 +68,8 @@ std::string SentenceOf(const RestoreResult& result, BackupKind kind) {
 }
 
 void ClearLeftovers(const Machine& machine, const Backups& backups) {
-  const std::string folders[] = {machine.program_folder, backups.folder()};
+  std::vector<std::string> folders = FoundFolders(machine);
+  folders.insert(folders.end(), backups.folders().begin(), backups.folders().end());
   quellix::ClearLeftovers(machine.files, folders);
 }
 

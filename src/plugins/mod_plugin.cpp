@@ -193,7 +193,7 @@ void DropRepeated(CleaningContext& context, Collected& collected) {
 
 // The first of a recipe's programs that runs and goes on running; "" for none.
 std::string RunningProgram(CleaningContext& context, const Plugin& plugin) {
-  const std::string what = plugin.description.empty() ? Tr(kThisPlugin) : plugin.description;
+  const std::string what = Tr(plugin.description.empty() ? kThisPlugin : plugin.description);
   for (const std::string& name : plugin.programs) {
     const auto runs = [&] { return context.machine.system.IsProgramRunning(name); };
     if (!IsOutOfTheWay(context, {name, what, {.file_name = name}}, runs)) return name;

@@ -6,6 +6,7 @@
 
 #include "platform/error.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "plugins/plugin_file.h"
 #include "plugins/recipe_detection.h"
 #include "settings/list_files.h"
@@ -71,6 +72,14 @@ std::vector<InstalledPlugin> ListFolder(const Machine& machine) {
 }
 
 }  // namespace
+
+std::string ShownName(std::string_view file) {
+  constexpr std::string_view kEnding = ".cdp";
+  const bool is_file = file.ends_with(kEnding);
+  const std::string_view name = file.substr(0, file.size() - (is_file ? kEnding.size() : 0));
+  const std::string shown = Tr(name);
+  return shown == name ? std::string(file) : shown;
+}
 
 std::string PluginPath(const Machine& machine, std::string_view file) {
   if (!StaysInFolder(file)) return {};

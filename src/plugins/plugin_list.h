@@ -37,6 +37,10 @@ std::vector<InstalledPlugin> ReadPluginList(const Machine& machine);
 // Replaces plg.txt. Throws Error; the old file then stays.
 void WritePluginList(const Machine& machine, const std::vector<InstalledPlugin>& plugins);
 
+// What windows call a plug-in, or another rule of a run: in the language of the windows where the
+// catalogue has its name (that of its file, without ".cdp"), else as it is called.
+std::string ShownName(std::string_view file);
+
 // A plug-in's path in the folder Plugins; "" for a name that leads out of it.
 std::string PluginPath(const Machine& machine, std::string_view file);
 

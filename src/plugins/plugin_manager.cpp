@@ -119,8 +119,8 @@ void PluginManager::Toggle(size_t row) {
   const PluginGuide& guide = GuideOf(row);
   if (!rows_[row].ticked || guide.cost.empty()) return;
   // TRANSLATORS: %1 is a clause, such as "saved passwords are lost".
-  status_ = guide.loses_data ? Tr("This cannot be had again: %1", guide.cost)
-                             : Tr("This has a cost: %1", guide.cost);
+  status_ = guide.loses_data ? Tr("This cannot be had again: %1", Tr(guide.cost))
+                             : Tr("This has a cost: %1", Tr(guide.cost));
 }
 
 void PluginManager::TickAll(bool ticked) {
@@ -200,7 +200,7 @@ void PluginManager::Process(CleaningContext& context, std::span<const size_t> ro
     return show();
   }
   for (const size_t row : rows) {
-    status_ = Tr("Processing plugin %1", rows_[row].file);
+    status_ = Tr("Processing plugin %1", ShownName(rows_[row].file));
     show();
     if (!RunPlugin(context, ProcessedPath(machine_, rows_[row].file))) {
       context.state.RunLog.append(rows_[row].file).append(": there is no such plug-in.\r\n");

@@ -1,8 +1,10 @@
 #include "run/run_steps.h"
 
+#include "platform/error.h"
 #include "platform/path.h"
 #include "platform/words.h"
 #include "run/working_folder.h"
+#include "settings/own_files.h"
 
 namespace quellix {
 namespace {
@@ -48,6 +50,14 @@ bool CanBackUp(CleaningContext& context) {
   return false;
 }
 
+// Before it is known what is never cleaned: the program's own is known by its folder. Where that
+// cannot be made, nothing is kept in it either.
+void MakeOwnPlace(CleaningContext& context) try {
+  MakeProgramFolder(context.machine);
+} catch (const Error&) {
+  return;
+}
+
 }  // namespace
 
 void LoadRemovalOptions(CleaningContext& context) {
@@ -59,7 +69,9 @@ void LoadRemovalOptions(CleaningContext& context) {
 
 bool BeginRun(CleaningContext& context, int items) {
   ResetRun(context);
-  if (!KnowsWhatIsKept(context) || !CanBackUp(context)) return false;
+  if (!KnowsWhatIsKept(context)) return false;
+  MakeOwnPlace(context);
+  if (!CanBackUp(context)) return false;
   context.view.SetCommands({.clean = false, .stop = true, .menus = false});
   context.view.SetStatus(Tr("Working..."));
   context.state.Progress = {.visible = true, .max = items, .value = 0};

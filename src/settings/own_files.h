@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/machine.h"
 
@@ -16,7 +17,16 @@ std::string OwnPath(const Machine& machine, std::string_view name);
 // Where it is read.
 std::string FoundPath(const Machine& machine, std::string_view name);
 
-// Before something is written: the program folder is there. Throws Error.
+// Both folders, the own one first; one where they are the same. A copy with other rights may have
+// kept in the second what this user's own folder has in the first.
+std::vector<std::string> FoundFolders(const Machine& machine);
+
+// The machine as such a copy has it: what is beside the program is its own. The same machine where
+// there is one folder only.
+Machine BesideProgram(const Machine& machine);
+
+// Before something is written: the program folder is there, and where the program is installed
+// elsewhere, names that folder, by which an uninstaller knows whose it is. Throws Error.
 void MakeProgramFolder(const Machine& machine);
 
 // Before a part of a file is written: the rest of it is as it was found. Throws Error.

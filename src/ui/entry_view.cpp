@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "engine.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "platform/words.h"
@@ -10,6 +9,7 @@
 #include "ui/clipboard.h"
 #include "ui/control_text.h"
 #include "ui/resource.h"
+#include "ui/window_prompts.h"
 
 namespace quellix {
 namespace {
@@ -170,8 +170,7 @@ void EntryView::Filter() {
 }
 
 void EntryView::Tell(std::string_view sentence) const {
-  MessageBoxW(window_, Wide(sentence).c_str(), Wide(kApplicationTitle).c_str(),
-              MB_OK | MB_ICONINFORMATION);
+  ShowBox(window_, sentence, MB_OK | MB_ICONINFORMATION);
 }
 
 void EntryView::OpenFolder() const {

@@ -279,8 +279,7 @@ void FrmDeletetion::AskShell(void (Shell::*show)(std::string_view)) const {
   try {
     (machine_.shell.*show)(path);
   } catch (const Error& error) {
-    MessageBoxW(window(), Wide(Shown(error)).c_str(), Wide(kApplicationTitle).c_str(),
-                MB_OK | MB_ICONERROR);
+    ShowBox(window(), Shown(error), MB_OK | MB_ICONERROR);
   }
 }
 

@@ -183,8 +183,7 @@ void FrmLog::Undo() {
 }
 
 void FrmLog::Tell(const std::string& sentence) const {
-  MessageBoxW(window(), Wide(sentence).c_str(), Wide(kApplicationTitle).c_str(),
-              MB_OK | MB_ICONERROR);
+  ShowBox(window(), sentence, MB_OK | MB_ICONERROR);
 }
 
 }  // namespace quellix

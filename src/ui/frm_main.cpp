@@ -5,6 +5,7 @@
 
 #include "app/recipe_sections.h"
 #include "app/rights.h"
+#include "app/run_report.h"
 #include "app/updates.h"
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
@@ -76,7 +77,15 @@ void FrmMain::Open(HWND owner, StartMode mode, modShutDown::Ending ending) {
   }
 }
 
-void FrmMain::OpenAgain(HWND owner, StartMode mode) { Make(owner, mode); }
+// What a report says besides its log is in the language that was spoken when it was made.
+void FrmMain::OpenAgain(HWND owner, StartMode mode, const Legacy& legacy) {
+  Make(owner, mode);
+  with_end_ = legacy.ending;
+  CheckDlgButton(window(), chkThenShutDown, legacy.is_ticked ? BST_CHECKED : BST_UNCHECKED);
+  if (!legacy.last_report) return;
+  last_report_ = MakeReport(*legacy.last_report->totals, machine_.system.UserLocale());
+  EnableMenuItem(GetMenu(window()), mnuLastLog, MF_BYCOMMAND | MF_ENABLED);
+}
 
 void FrmMain::Make(HWND owner, StartMode mode) {
   const bool is_hidden = mode == StartMode::kHidden;
@@ -199,6 +208,7 @@ void FrmMain::SpeakAnew() {
   // Its ticks are of this window alone: the language is of the next start.
   if (with_rights_) return;
   if (const std::string problem = Save(); !problem.empty()) return Warn(problem);
+  legacy_ = {with_end_, IsTicked(window(), chkThenShutDown), last_report_};
   exit_code_ = kOtherLanguage;
   Exit();
 }
@@ -358,8 +368,7 @@ void FrmMain::PlaceCurrentItem() {
 void FrmMain::OnEndSession() { Save(); }
 
 void FrmMain::Warn(const std::string& text) const {
-  MessageBoxW(window(), Wide(text).c_str(), Wide(kApplicationTitle).c_str(),
-              MB_OK | MB_ICONWARNING);
+  ShowBox(window(), text, MB_OK | MB_ICONWARNING);
 }
 
 std::string FrmMain::Save() const {

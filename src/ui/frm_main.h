@@ -46,8 +46,15 @@ class FrmMain : public Dialog {
   void Open(HWND owner, StartMode mode, modShutDown::Ending ending);
   // The exit code of a window whose user has chosen another language: it is to be made anew.
   static constexpr int kOtherLanguage = -1;
+  // What it hands on to the window that follows it then.
+  struct Legacy {
+    modShutDown::Ending ending = modShutDown::Ending::kNone;  // of the next run
+    bool is_ticked = false;                                   // the box that turns off
+    std::optional<RunReport> last_report;
+  };
+  const Legacy& legacy() const { return legacy_; }
   // As it was, after such an end; nothing begins by itself.
-  void OpenAgain(HWND owner, StartMode mode);
+  void OpenAgain(HWND owner, StartMode mode, const Legacy& legacy);
   // Shows what would go of a file or folder, as when it is dropped on the window, together with
   // those that are named in the next moment; when what is in work, or asked, is over. Beyond 10,000
   // it is told how many are left out.
@@ -166,6 +173,7 @@ class FrmMain : public Dialog {
   modShutDown::Ending with_end_ = modShutDown::Ending::kNone;  // of the next run
   bool with_rights_ = false;  // started for what needs them, that once
   LongWork work_{*this}, search_{*this};
+  Legacy legacy_;
   int exit_code_ = kDone;
 };
 

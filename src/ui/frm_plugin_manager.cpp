@@ -73,9 +73,10 @@ void FrmPluginManager::OnSized() { list_.FillWith(1, Scale(120, dpi())); }
 
 std::string FrmPluginManager::TextOf(size_t row, int column) {
   const modPlugin::InstalledPlugin& plugin = manager_.rows()[row];
-  if (column < 2) return column == 0 ? plugin.file : plugin.description;
+  if (column == 0) return modPlugin::ShownName(plugin.file);
+  if (column == 1) return Tr(plugin.description);
   const modPlugin::PluginGuide& guide = manager_.GuideOf(row);
-  return column == 2 ? guide.group : guide.cost;
+  return Tr(column == 2 ? guide.group : guide.cost);
 }
 
 void FrmPluginManager::ShowRows() {

@@ -163,8 +163,7 @@ void FrmRegistryScan::ShowStatus() {
 
 void FrmRegistryScan::ShowProblem(std::string_view sentence) {
   if (!window()) return;
-  MessageBoxW(window(), Wide(sentence).c_str(), Wide(Tr(scan_->traits().title)).c_str(),
-              MB_OK | MB_ICONERROR);
+  ShowBox(window(), sentence, MB_OK | MB_ICONERROR, Tr(scan_->traits().title));
 }
 
 void FrmRegistryScan::ShowRows() {

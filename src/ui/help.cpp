@@ -14,10 +14,18 @@
 namespace quellix {
 namespace {
 
+bool IsThere(const std::string& path) {
+  return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// In the language of the windows, "help.pt_BR.htm", where there is such a one.
 std::string Manual() {
   wchar_t program[32768] = {};
   GetModuleFileNameW(nullptr, program, static_cast<DWORD>(std::size(program)));
-  return std::string(FolderPart(Narrow(program))) + "Help\\help.htm";
+  const std::string folder = std::string(FolderPart(Narrow(program))) + "Help\\";
+  const std::string tag(Spoken().Field("Language"));
+  const std::string own = folder + "help." + tag + ".htm";
+  return !tag.empty() && IsThere(own) ? own : folder + "help.htm";
 }
 
 // "file:///C:/Program%20Files/Quellix/Help/help.htm#main"
@@ -72,7 +80,7 @@ void ShowHelp(HWND owner, const char* topic) {
   const std::string manual = Manual();
   WindowPrompts prompts;
   prompts.Attach(owner);
-  if (GetFileAttributesW(Wide(manual).c_str()) == INVALID_FILE_ATTRIBUTES) {
+  if (!IsThere(manual)) {
     return prompts.Inform(
         Tr("The manual is missing: %1. Installing Quellix again brings it back.", manual));
   }

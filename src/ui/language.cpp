@@ -9,6 +9,7 @@
 #include "platform/error.h"
 #include "platform/win32/win32_text.h"
 #include "platform/words.h"
+#include "settings/own_files.h"
 #include "ui/windows_api.h"
 
 namespace quellix {
@@ -67,10 +68,10 @@ std::vector<std::string> DisplayLanguages() {
   return languages;
 }
 
-Catalogue CatalogueOf(const std::string& wanted, FileSystem& files, const std::string& folder) {
+Catalogue CatalogueOf(const std::string& wanted, const Machine& machine) {
   try {
     if (wanted.ends_with(".mo")) {
-      auto mo = files.ReadWholeFile(folder + "\\" + wanted, kLargestFile);
+      auto mo = machine.files.ReadWholeFile(FoundPath(machine, wanted), kLargestFile);
       return mo ? Catalogue(std::move(*mo)) : Catalogue();
     }
     const std::vector<std::string> wishes =
@@ -101,8 +102,8 @@ std::vector<Language> Languages() {
   return languages;
 }
 
-void SpeakAs(const std::string& wanted, FileSystem& files, const std::string& folder) {
-  Speak(CatalogueOf(wanted, files, folder));
+void SpeakAs(const std::string& wanted, const Machine& machine) {
+  Speak(CatalogueOf(wanted, machine));
 }
 
 bool IsRightToLeft() { return Spoken().Field("X-Direction") == "rtl"; }

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/file_system.h"
+#include "platform/machine.h"
 
 namespace quellix {
 
@@ -18,9 +18,9 @@ std::vector<Language> Languages();
 
 // From now on the windows speak the language that is wanted: "" that in which Windows shows itself
 // to its user, or the nearest one; else one by its name, or, by a name that ends in ".mo", the
-// catalogue in `folder` that a translator is trying. What is missing or broken is English. For the
-// thread of the windows, while none is open.
-void SpeakAs(const std::string& wanted, FileSystem& files, const std::string& folder);
+// catalogue that a translator is trying, beside the settings or the program. What is missing or
+// broken is English. For the thread of the windows, while none is open.
+void SpeakAs(const std::string& wanted, const Machine& machine);
 
 // Whether what is spoken is written from right to left.
 bool IsRightToLeft();

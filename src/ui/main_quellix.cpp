@@ -18,6 +18,7 @@
 #include "ui/frm_main.h"
 #include "ui/language.h"
 #include "ui/run_display.h"
+#include "ui/window_prompts.h"
 #include "ui/windows_api.h"
 
 namespace {
@@ -32,10 +33,7 @@ void LoadControlClasses() {
   InitCommonControlsEx(&classes);
 }
 
-void Tell(const std::string& problem) {
-  MessageBoxW(nullptr, quellix::Wide(problem).c_str(),
-              quellix::Wide(quellix::kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
-}
+void Tell(const std::string& problem) { quellix::ShowBox(nullptr, problem, MB_OK | MB_ICONERROR); }
 
 std::string StaysLoaded() {
   return quellix::Tr(
@@ -77,19 +75,19 @@ int LeaveItToTheOther(StartMode mode, const std::optional<std::string>& named) {
 }
 
 void SpeakAsChosen(const quellix::Machine& machine) {
-  quellix::SpeakAs(quellix::Settings(machine).Load().language, machine.files,
-                   machine.program_folder);
+  quellix::SpeakAs(quellix::Settings(machine).Load().language, machine);
 }
 
-// Until the window ends; its exit code.
+// Until the window ends; its exit code, and what it hands on.
 int ShowMain(const quellix::Machine& machine, quellix::Scheduler& scheduler,
-             const std::function<void(FrmMain&)>& open) {
+             FrmMain::Legacy& legacy, const std::function<void(FrmMain&)>& open) {
   quellix::RunDisplay display;
   quellix::Engine engine(machine, display);
   FrmMain window(engine, display, machine, UsersOf(machine), scheduler);
   open(window);
   MSG message{};
   while (GetMessageW(&message, nullptr, 0, 0) > 0) quellix::Dialog::Dispatch(message);
+  legacy = window.legacy();
   return static_cast<int>(message.wParam);
 }
 
@@ -117,7 +115,8 @@ int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
   const quellix::HiddenOwner owner(name);
   quellix::Win32Com com;
   quellix::Win32Scheduler scheduler(com);
-  int code = ShowMain(machine, scheduler, [&](FrmMain& window) {
+  FrmMain::Legacy legacy;
+  int code = ShowMain(machine, scheduler, legacy, [&](FrmMain& window) {
     window.Open(owner.window(), mode, ending);
     if (named) window.RemoveNamed(*named);
   });
@@ -126,8 +125,8 @@ int RunProgram(StartMode mode, quellix::modShutDown::Ending ending,
     // Whoever has chosen it sees the window, also one of a hidden start that he has brought
     // forward.
     const StartMode again = mode == StartMode::kHidden ? StartMode::kNormal : mode;
-    code = ShowMain(machine, scheduler,
-                    [&](FrmMain& window) { window.OpenAgain(owner.window(), again); });
+    code = ShowMain(machine, scheduler, legacy,
+                    [&](FrmMain& window) { window.OpenAgain(owner.window(), again, legacy); });
   }
   return code;
 }

@@ -2,13 +2,13 @@
 
 #include <shellapi.h>
 
-#include "engine.h"
 #include "platform/error.h"
 #include "platform/text.h"
 #include "platform/win32/win32_text.h"
 #include "platform/words.h"
 #include "settings/path_check.h"
 #include "ui/clipboard.h"
+#include "ui/window_prompts.h"
 #include "ui/window_words.h"
 
 namespace quellix {
@@ -36,8 +36,7 @@ void Add(HMENU menu, int id, const std::string& text, bool enabled) {
 }
 
 void Tell(HWND window, const std::string& sentence) {
-  MessageBoxW(window, Wide(sentence).c_str(), Wide(kApplicationTitle).c_str(),
-              MB_OK | MB_ICONINFORMATION);
+  ShowBox(window, sentence, MB_OK | MB_ICONINFORMATION);
 }
 
 // The editor opens at the key that it showed last.

@@ -56,12 +56,11 @@ void RunDisplay::ShowCurrentItem(const Item* item) {
 
 void RunDisplay::ShowCritical(std::string_view text) {
   Flush();
-  MessageBoxW(Front(), Wide(text).c_str(), Wide(kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
+  ShowBox(Front(), text, MB_OK | MB_ICONERROR);
 }
 
 bool RunDisplay::AskBeforeRun(HWND owner, std::string_view question) {
-  return MessageBoxW(owner, Wide(question).c_str(), Wide(kApplicationTitle).c_str(),
-                     MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
+  return ShowBox(owner, question, MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
 }
 
 bool RunDisplay::AskToGoOn(std::string_view question) {

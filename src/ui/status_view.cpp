@@ -1,9 +1,9 @@
 #include "ui/status_view.h"
 
-#include "engine.h"
 #include "platform/win32/win32_text.h"
 #include "ui/resource.h"
 #include "ui/run_display.h"
+#include "ui/window_prompts.h"
 
 namespace quellix {
 
@@ -21,7 +21,7 @@ void StatusView::Flush() {
 
 void StatusView::ShowCritical(std::string_view text) {
   Flush();
-  MessageBoxW(window_, Wide(text).c_str(), Wide(kApplicationTitle).c_str(), MB_OK | MB_ICONERROR);
+  ShowBox(window_, text, MB_OK | MB_ICONERROR);
 }
 
 bool StatusView::AskToGoOn(std::string_view question) {

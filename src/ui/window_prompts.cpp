@@ -15,14 +15,11 @@
 #include "ui/control_text.h"
 #include "ui/dialog_template.h"
 #include "ui/help.h"
+#include "ui/language.h"
 #include "ui/resource.h"
 
 namespace quellix {
 namespace {
-
-int ShowBox(HWND owner, std::string_view text, UINT style) {
-  return MessageBoxW(owner, Wide(text).c_str(), Wide(kApplicationTitle).c_str(), style);
-}
 
 INT_PTR CALLBACK OverwriteProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_INITDIALOG) {
@@ -93,6 +90,12 @@ bool RunFileDialog(const char* function, OPENFILENAMEW& dialog, std::vector<wcha
 constexpr size_t kLongestPath = 32768;
 
 }  // namespace
+
+int ShowBox(HWND owner, std::string_view text, UINT style, std::string_view title) {
+  const UINT direction = IsRightToLeft() ? MB_RTLREADING | MB_RIGHT : 0;
+  return MessageBoxW(owner, Wide(text).c_str(),
+                     Wide(title.empty() ? kApplicationTitle : title).c_str(), style | direction);
+}
 
 void WindowPrompts::Inform(std::string_view text) {
   ShowBox(owner_, text, MB_OK | MB_ICONINFORMATION);
@@ -187,7 +190,8 @@ TASKDIALOGCONFIG TaskDialogOf(HWND owner, std::span<const TASKDIALOG_BUTTON> but
   TASKDIALOGCONFIG dialog{};
   dialog.cbSize = sizeof(dialog);
   dialog.hwndParent = owner;
-  dialog.dwFlags = TDF_ALLOW_DIALOG_CANCELLATION | TDF_POSITION_RELATIVE_TO_WINDOW;
+  dialog.dwFlags = TDF_ALLOW_DIALOG_CANCELLATION | TDF_POSITION_RELATIVE_TO_WINDOW |
+                   (IsRightToLeft() ? TDF_RTL_LAYOUT : 0);
   dialog.pszWindowTitle = title.c_str();
   dialog.pszMainIcon = TD_WARNING_ICON;
   dialog.cButtons = static_cast<UINT>(buttons.size());

@@ -22,6 +22,10 @@ class WindowPrompts : public Prompts {
   HWND owner_ = nullptr;
 };
 
+// Windows' own box before `owner`, in the direction of the language that is spoken; the button's
+// id. "" is the program's own title.
+int ShowBox(HWND owner, std::string_view text, UINT style, std::string_view title = {});
+
 // A dialog that asks where to save, and as which of the filters (from 0); nothing when cancelled.
 // Each filter is a title and one mask, whose extension is added to a name without one.
 struct SavePlace {

@@ -1,8 +1,15 @@
 // A program that lies where its user may not write: what came with it are his defaults.
 #include "settings/own_files.h"
 
+#include <utility>
+
+#include "app/run_logs.h"
+#include "app/undo_run.h"
+#include "backup/backups.h"
+#include "platform/words.h"
 #include "plugins/plugin_list.h"
 #include "settings/list_files.h"
+#include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 
 namespace quellix {
@@ -49,7 +56,21 @@ TEST_F(OwnFilesTest, AreDefaultsUntilTheUserHasHisOwn) {
   EXPECT_EQ(settings_here.ReadIniValue("Mine", "Key", ""), "1");
   WriteListFile(here, "IFI.txt", {"own.ini"});
   EXPECT_EQ(ReadListFile(here, "IFI.txt", "DefIFI.txt"), Names{"own.ini"});
-  EXPECT_EQ(Joined(machine->Tree(mine)), Joined({"IFI.txt", "Settings.ini"}));
+  EXPECT_EQ(Joined(machine->Tree(mine)), Joined({"IFI.txt", "Programs.txt", "Settings.ini"}));
+}
+
+// For the uninstaller, which takes away what no other program keeps there.
+TEST_F(OwnFilesTest, NameEachProgramThatKeepsThemOnce) {
+  const std::string other = scratch + "\xC3\xA9t\xC3\xA9 (x)";
+  for (const std::string& installed : {came, other, came}) {
+    Machine at = here;
+    at.installed_folder = WithoutBackslash(installed);
+    WriteListFile(at, "UDFI.txt", {});
+    at.installed_folder = UpCase(at.installed_folder);
+    MakeProgramFolder(at);
+  }
+  EXPECT_EQ(Read(mine + "Programs.txt"),
+            "\xFF\xFE" + ToUtf16Bytes(scratch + "Installed\r\n" + other + "\r\n"));
 }
 
 TEST_F(OwnFilesTest, ShowPlugInsOfBothFoldersAndTheUsersFirst) {
@@ -88,6 +109,111 @@ TEST_F(OwnFilesTest, OfBothFoldersAreKeptFromCleaning) {
   own_engine.RunOneItem(*FindItem("CleanUserFolders"));
   EXPECT_TRUE(machine->Exists(came + "quellix.exe"));
   EXPECT_TRUE(machine->Exists(mine + "keep.txt"));
+}
+
+// The first item writes when it was cleaned, and the second looks where that is.
+TEST_F(OwnFilesTest, AreKeptFromTheRunThatMakesTheirFolder) {
+  machine->MakeFile(came + "Settings.ini", "[General]\r\nDelMethod=D\r\n");
+  machine->MakeFile(came + "plg.txt",
+                    "1\x01"
+                    "one.cdp\x01"
+                    "all\r\n");
+  machine->MakeFile(came + "Plugins\\one.cdp", "F\x01Yes\x01No\x01" + scratch + "Roaming\\*.*\r\n");
+  machine->MakeFile(scratch + "Roaming\\old.txt", "x");
+  before = machine->Tree(came);
+  ScriptedView silent;
+  Engine own_engine(here, silent);
+  EXPECT_EQ(own_engine.Load(nullptr), "");
+  for (const char* key : {"CleanUserFolders", "CleanPlugins"})
+    own_engine.selection().SetChecked(*FindItem(key), true);
+  for (int run = 0; run < 2; ++run) {
+    own_engine.RunCleaning();
+    EXPECT_FALSE(machine->Exists(scratch + "Roaming\\old.txt")) << own_engine.state().RunLog;
+    for (const RunEntry& entry : own_engine.state().Entries->all)
+      EXPECT_FALSE(entry.place.starts_with(mine)) << entry.place;
+  }
+}
+
+// What a copy with other rights, which keeps all of it beside the program, has left there.
+struct OtherCopyTest : OwnFilesTest {
+  OtherCopyTest() {
+    machine->MakeFile(came + "Settings.ini",
+                      "[General]\r\nDelMethod=B\r\nKeepLogs=3\r\n[Mine]\r\nKey=1\r\n");
+    machine->MakeFile(came + "UDFO.txt", scratch + "gone\r\n");
+    machine->MakeFile(file, "12345");
+    ScriptedView silent;
+    Engine other(BesideProgram(here), silent);
+    EXPECT_EQ(other.Load(nullptr), "");
+    other.RunOneItem(*FindItem("CleanUserFolders"));
+    EXPECT_FALSE(machine->Exists(file)) << other.state().RunLog;
+    before = machine->Tree(came);
+  }
+  const std::string file = scratch + "gone\\a.txt";
+};
+
+TEST_F(OtherCopyTest, LeavesRunsAndBackupsThatAreListedReadAndUndone) {
+  const RunLogs runs(here);
+  ASSERT_EQ(runs.List().size(), 1u);
+  const RunTotals run = runs.Read(runs.List()[0]);
+  EXPECT_EQ(run.RunFilesDeleted, 1);
+  machine->MakeFile(mine + "Backup\\C_141120269057.zip", "none");
+  Backups backups(here);
+  ASSERT_EQ(backups.List().size(), 2u);
+  const std::string name = backups.List()[0].name;
+  EXPECT_TRUE(name.starts_with(came + "Backup\\")) << name;
+  EXPECT_EQ(backups.List()[1].name, "C_141120269057.zip");
+  EXPECT_EQ(backups.Check(name).name, name);
+  for (const std::string& none : {came + "C_1.zip", came + "Backup\\", mine + "Backup\\C_1.zip"})
+    EXPECT_THROW(backups.Check(none), Error) << none;
+  NoPrompts prompts;
+  EXPECT_EQ(backups.Restore(name, {.entry_paths = {}, .to = scratch + "to", .mode = {}}, prompts)
+                .restored,
+            1u);
+  EXPECT_EQ(UndoRun(here, *run.Entries, prompts, {}).problems, Names());
+  EXPECT_EQ(Read(file), "12345");
+}
+
+// Nothing of it may be removed: that is told, and the rest goes.
+TEST_F(OtherCopyTest, LeavesWhatMayOnlyBeRead) {
+  struct ReadOnly : ForwardingFolder {
+    using ForwardingFolder::ForwardingFolder;
+    void RemoveFile(std::string_view) override {
+      throw Error(Error::Kind::kDenied, "You may only read here.");
+    }
+    std::unique_ptr<RandomFile> Open(std::string_view name, OpenMode mode) override {
+      if (mode != OpenMode::kRead) throw Error(Error::Kind::kDenied, "You may only read here.");
+      return ForwardingFolder::Open(name, mode);
+    }
+  };
+  ForwardingFiles files(here.files, [this](const std::string& path, auto folder) {
+    std::unique_ptr<Folder> other = std::move(folder);
+    if (!path.starts_with(came)) return other;
+    return std::unique_ptr<Folder>(std::make_unique<ReadOnly>(std::move(other)));
+  });
+  machine->MakeFile(came + TemporaryName(), "left");
+  before = machine->Tree(came);
+  Machine plain = WithFiles(here, files);
+  plain.installed_folder = here.installed_folder;
+  RunLogs runs(plain);
+  EXPECT_EQ(runs.Keep({}, 3), "");
+  EXPECT_EQ(runs.List().size(), 2u);
+  EXPECT_EQ(runs.Keep({}, 0), "You may only read here.");
+  EXPECT_EQ(runs.List().size(), 1u) << "its own goes";
+  EXPECT_THROW(Backups(plain).Delete(Backups(plain).List().at(0).name), Error);
+  ScriptedView silent;
+  Engine(plain, silent).ClearLeftovers();
+}
+
+TEST_F(OtherCopyTest, LeavesWhatAKilledRunLeftForWhoMayRemoveIt) {
+  const std::string filler = scratch + TemporaryName();
+  machine->MakeFile(filler + "\\" + TemporaryName(), "random");
+  machine->MakeFile(came + TemporaryName(), "Quellix restores into\n" + filler + "\n");
+  machine->MakeFile(came + "Backup\\" + TemporaryName(), "half an archive");
+  ScriptedView silent;
+  Engine own_engine(here, silent);
+  own_engine.ClearLeftovers();
+  EXPECT_FALSE(machine->Exists(filler));
+  own_engine.ClearLeftovers();
 }
 
 }  // namespace

@@ -6,12 +6,15 @@
 #include <utility>
 #include <vector>
 
+#include "app/entry_list.h"
 #include "app/preview_run.h"
 #include "app/run_question.h"
 #include "platform/error.h"
+#include "plugins/plugin_list.h"
 #include "plugins/recipe_list.h"
 #include "run/run_entries.h"
 #include "search/drive_list.h"
+#include "support/plugin_fixture.h"
 
 namespace quellix {
 namespace {
@@ -105,6 +108,35 @@ TEST(Words, OfFilesStayEnglish) {
 
   EXPECT_EQ(ShownDrive(drive), "C: Festplatte");
   EXPECT_EQ(ParseDriveLine(drive), std::vector<std::string>{"C:\\"});
+}
+
+struct PluginWords : PluginFixture {};
+
+// His ticks, the log and the tables name it as its file does.
+TEST_F(PluginWords, AreOfTheWindowsAlone) {
+  const InEnglishAgain after;
+  MakeFiles(temp, "a.qx");
+  const std::string line = "1|Qx cache.cdp|Pages of Qx\r\n";
+  WriteList(line);
+  WriteRecipe("Qx cache.cdp", "D|Pages of Qx\r\nF|No|No|" + temp + "*.qx\r\nG|Qx games\r\n");
+  Speak(Catalogue(MoOf({{"", Head("n != 1")},
+                        {"Pages of Qx", "Seiten von Qx"},
+                        {"Qx cache", "Zwischenspeicher von Qx"}})));
+  Clean("CleanPlugins");
+  const auto& run = engine.state().Entries;
+  ASSERT_EQ(run->all.size(), 1u) << engine.state().RunLog;
+  EXPECT_EQ(run->rules.at(run->all[0].rule), "Qx cache.cdp");
+  EXPECT_EQ(engine.state().RunLog.find("Zwischenspeicher"), std::string::npos);
+  EXPECT_EQ(ReadOwn("plg.txt"), Text(line));
+  EntryList list(ports.system, run, false);
+  EXPECT_EQ(list.Text(list.RowCount() - 1, RunColumn::kNote), "Zwischenspeicher von Qx");
+  for (const char* part : {"zwischenspeicher", "qx cache.cdp"}) {
+    list.SetFilter(part);
+    EXPECT_GT(list.RowCount(), 0u) << part;
+  }
+  const std::pair<const char*, const char*> names[] = {
+      {"Qx cache.cdp", "Zwischenspeicher von Qx"}, {"Other.cdp", "Other.cdp"}, {"", ""}};
+  for (const auto& [file, shown] : names) EXPECT_EQ(modPlugin::ShownName(file), shown);
 }
 
 TEST(Words, OfQuestionsNameTheirButton) {

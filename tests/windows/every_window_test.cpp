@@ -2,6 +2,7 @@
 #include <regex>
 
 #include "opener.h"
+#include "support/embedded_win32.h"
 
 namespace quellix::test {
 namespace {
@@ -14,9 +15,11 @@ struct HelpTest : testing::Test {
     WriteBytes(kOpened, "");
   }
 
-  // The anchor at which the manual was opened; "" when it was not.
+  // The anchor at which the manual was opened, with the file before it where that is not the
+  // English one; "" when it was not.
   static std::string AwaitTopic() {
-    const std::regex address(R"(file:///C:/Program%20Files/Quellix/Help/help\.htm#([\w-]+))");
+    const std::regex address(
+        R"(file:///C:/Program%20Files/Quellix/Help/(?:help\.htm#)?([\w.#-]+))");
     std::smatch found;
     std::string opened;
     Await([&] {
@@ -105,6 +108,24 @@ TEST_F(HelpTest, TheDialogsOfAToolOpenItsPage) {
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, row.key, row.name);
   }
   RegDeleteKeyW(HKEY_LOCAL_MACHINE, kRows[0].key);
+}
+
+TEST_F(HelpTest, TheManualIsInTheLanguageOfTheWindowsWhereItWasTranslated) {
+  const fs::path trial = ProgramFolder() / "trial.mo",
+                 manual = ProgramFolder() / "Help" / "help.xx.htm";
+  Unpack(L"xx", trial);
+  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nLanguage=trial.mo\r\n");
+  WriteBytes(manual, "<p id=\"contents\">");
+  {
+    const QuellixWindow window;
+    window.Choose(mnuContents);
+    EXPECT_EQ(AwaitTopic(), "help.xx.htm#contents");
+    fs::remove(manual);
+    PressKeys(window.main(), {VK_F1});
+    EXPECT_EQ(AwaitTopic(), "main");
+  }
+  fs::remove(trial);
+  ResetSandbox();
 }
 
 TEST_F(HelpTest, AMissingManualIsToldAndAboutTellsVersionAndLicences) {

@@ -105,6 +105,32 @@ TEST_F(LanguageTest, IsChosenInTheOptionsAndSpokenAtOnce) {
   EXPECT_TRUE(window.AwaitEnd());
 }
 
+TEST_F(LanguageTest, LeavesTheLastLogAndWhatIsToEndTheNextRun) {
+  Talk(kMadeUp);
+  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nLanguage=trial.mo\r\nDelMethod=D\r\n");
+  WriteBytes(TempFolder() / "a.tmp", "1");
+  const QuellixWindow window;
+  window.Click(chkTemp);
+  window.Press(cmdClean);
+  window.AwaitWindow(L"Cleaning log");
+  CloseAllAbove(window.main());
+  SendMessageW(window.Control(chkThenShutDown), BM_CLICK, 0, 0);
+  const OptionsWindow options(window);
+  options.Choose(cboLanguage, 1);
+  ASSERT_TRUE(options.PressAndClose(IDOK));
+  Speak(Catalogue());
+  const HWND again = window.AwaitWindow(L"Quellix");
+  EXPECT_TRUE(Await([&] {
+    return SendDlgItemMessageW(again, chkThenShutDown, BM_GETCHECK, 0, 0) == BST_CHECKED;
+  }));
+  PostMessageW(again, WM_COMMAND, mnuLastLog, 0);
+  const HWND log = window.AwaitWindow(L"Cleaning log");
+  EXPECT_TRUE(AwaitPart(log, txtLog, L"Temporary files... Files Deleted: 1"));
+  EXPECT_TRUE(AwaitPart(log, lblSpace, L"1 Bytes"));
+  PostMessageW(again, WM_CLOSE, 0, 0);
+  EXPECT_TRUE(window.AwaitEnd());
+}
+
 TEST_F(LanguageTest, IsEnglishWhereTheChosenOneIsMissingOrBroken) {
   for (const char* chosen : {"tlh", "none.mo", "trial.mo", "en"}) {
     SCOPED_TRACE(chosen);

@@ -67,20 +67,22 @@ UniqueHandle PlainToken() {
   return plain;
 }
 
-// What cannot be found out is allowed: it was opened for that before.
-bool IsAllowed(HANDLE folder, HANDLE token) {
+// Nobody's token is allowed everything, and so is what cannot be found out: it was opened for that
+// before.
+bool IsAllowed(HANDLE object, const UniqueHandle& token, DWORD access) {
+  if (!token) return true;
   constexpr SECURITY_INFORMATION kParts =
       OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
   DWORD size = 0;
-  GetKernelObjectSecurity(folder, kParts, nullptr, 0, &size);
+  GetKernelObjectSecurity(object, kParts, nullptr, 0, &size);
   std::vector<std::byte> descriptor(size);
-  if (!GetKernelObjectSecurity(folder, kParts, descriptor.data(), size, &size)) return true;
+  if (!GetKernelObjectSecurity(object, kParts, descriptor.data(), size, &size)) return true;
   GENERIC_MAPPING mapping{FILE_GENERIC_READ, FILE_GENERIC_WRITE, FILE_GENERIC_EXECUTE,
                           FILE_ALL_ACCESS};
   PRIVILEGE_SET privileges{};
   DWORD privileges_size = sizeof privileges, granted = 0;
   BOOL is_allowed = FALSE;
-  return !AccessCheck(descriptor.data(), token, FILE_ADD_FILE, &mapping, &privileges,
+  return !AccessCheck(descriptor.data(), token.Get(), access, &mapping, &privileges,
                       &privileges_size, &granted, &is_allowed) ||
          is_allowed;
 }
@@ -89,6 +91,20 @@ bool IsReadOnlyVolume(HANDLE folder) {
   DWORD flags = 0;
   return GetVolumeInformationByHandleW(folder, nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) &&
          (flags & FILE_READ_ONLY_VOLUME) != 0;
+}
+
+// By its rights alone: an attribute keeps nobody from replacing it. What is not there may be made.
+bool MayReplace(const std::wstring& path, HANDLE folder, const UniqueHandle& plain) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return GetLastError() != ERROR_ACCESS_DENIED;
+  const DWORD write =
+      (attributes & FILE_ATTRIBUTE_READONLY) ? FILE_WRITE_ATTRIBUTES : FILE_WRITE_DATA;
+  const UniqueFile file(
+      CreateFileW(path.c_str(), DELETE | READ_CONTROL | write, kShareAll, nullptr, OPEN_EXISTING,
+                  FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  if (!file) return GetLastError() != ERROR_ACCESS_DENIED;
+  return IsAllowed(file.Get(), plain, write) &&
+         (IsAllowed(file.Get(), plain, DELETE) || IsAllowed(folder, plain, FILE_DELETE_CHILD));
 }
 
 }  // namespace
@@ -100,7 +116,8 @@ bool MayMakeFiles(const std::string& folder) {
                                       nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
   if (!opened || IsReadOnlyVolume(opened.Get())) return false;
   const UniqueHandle plain = PlainToken();
-  return !plain || IsAllowed(opened.Get(), plain.Get());
+  return IsAllowed(opened.Get(), plain, FILE_ADD_FILE) &&
+         MayReplace(*path + L"\\Settings.ini", opened.Get(), plain);
 }
 
 ProgramFolders FindProgramFolders() {

@@ -12,8 +12,9 @@ struct ProgramFolders {
 };
 ProgramFolders FindProgramFolders();
 
-// Whether the user may make files in a folder. With administrator rights it is asked what he may
-// without them, so that his settings are the same ones in both cases.
+// Whether the user may make files in a folder, and replace Settings.ini where it is there. With
+// administrator rights it is asked what he may without them, so that his settings are the same ones
+// in both cases.
 bool MayMakeFiles(const std::string& folder);
 
 }  // namespace quellix
