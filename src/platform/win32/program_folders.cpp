@@ -93,17 +93,16 @@ bool IsReadOnlyVolume(HANDLE folder) {
          (flags & FILE_READ_ONLY_VOLUME) != 0;
 }
 
-// By its rights alone: an attribute keeps nobody from replacing it. What is not there may be made.
+// What is not there may be made, and an attribute says nothing of rights.
 bool MayReplace(const std::wstring& path, HANDLE folder, const UniqueHandle& plain) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES) return GetLastError() != ERROR_ACCESS_DENIED;
-  const DWORD write =
-      (attributes & FILE_ATTRIBUTE_READONLY) ? FILE_WRITE_ATTRIBUTES : FILE_WRITE_DATA;
-  const UniqueFile file(
-      CreateFileW(path.c_str(), DELETE | READ_CONTROL | write, kShareAll, nullptr, OPEN_EXISTING,
-                  FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  if (attributes & FILE_ATTRIBUTE_READONLY) return true;
+  const UniqueFile file(CreateFileW(
+      path.c_str(), DELETE | READ_CONTROL | FILE_WRITE_DATA, kShareAll, nullptr, OPEN_EXISTING,
+      FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
   if (!file) return GetLastError() != ERROR_ACCESS_DENIED;
-  return IsAllowed(file.Get(), plain, write) &&
+  return IsAllowed(file.Get(), plain, FILE_WRITE_DATA) &&
          (IsAllowed(file.Get(), plain, DELETE) || IsAllowed(folder, plain, FILE_DELETE_CHILD));
 }
 

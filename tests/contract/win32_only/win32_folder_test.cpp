@@ -3,6 +3,7 @@
 #include <aclapi.h>
 
 #include "contract/contract_fixture.h"
+#include "platform/win32/program_folders.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_text.h"
 
@@ -100,20 +101,42 @@ std::wstring AccessList(const std::wstring& path) {
   return text;
 }
 
-TEST_F(Win32FolderTest, RewritingKeepsTheAccessList) {
-  test_->MakeFile(At("file"), "old");
-  const std::wstring path = Wide(At("file"));
+// Everybody has this access, and nothing more.
+void Allow(const std::wstring& path, DWORD access) {
   alignas(8) BYTE world[SECURITY_MAX_SID_SIZE], buffer[256];
   DWORD size = sizeof world;
   CreateWellKnownSid(WinWorldSid, nullptr, world, &size);
   auto* list = reinterpret_cast<ACL*>(buffer);
   InitializeAcl(list, sizeof buffer, ACL_REVISION);
-  AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS & ~FILE_EXECUTE, world);
-  const std::wstring usual = AccessList(path);
+  AddAccessAllowedAce(list, ACL_REVISION, access, world);
   ASSERT_EQ(SetNamedSecurityInfoW(const_cast<wchar_t*>(path.c_str()), SE_FILE_OBJECT,
                                   DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
                                   nullptr, nullptr, list, nullptr),
             static_cast<DWORD>(ERROR_SUCCESS));
+}
+
+// Neither an attribute nor who has them open keeps him from it for long.
+TEST_F(Win32FolderTest, IsItsUsersWhereHeMayReplaceTheSettings) {
+  EXPECT_TRUE(MayMakeFiles(scratch_));
+  EXPECT_FALSE(MayMakeFiles(At("none")));
+  test_->MakeFile(At("Settings.ini"), "");
+  EXPECT_TRUE(MayMakeFiles(scratch_));
+  {
+    const UniqueFile held = Hold("Settings.ini", GENERIC_READ, 0);
+    EXPECT_TRUE(held && MayMakeFiles(scratch_));
+  }
+  folder_->SetAttributes("Settings.ini", kReadOnly);
+  EXPECT_TRUE(MayMakeFiles(scratch_));
+  folder_->SetAttributes("Settings.ini", kNormal);
+  Allow(Wide(At("Settings.ini")), FILE_GENERIC_READ);
+  const bool may_write = static_cast<bool>(Hold("Settings.ini", FILE_WRITE_DATA, FILE_SHARE_READ));
+  EXPECT_EQ(MayMakeFiles(scratch_), may_write) << "a system may let its administrators";
+}
+
+TEST_F(Win32FolderTest, RewritingKeepsTheAccessList) {
+  test_->MakeFile(At("file"), "old");
+  const std::wstring path = Wide(At("file")), usual = AccessList(path);
+  Allow(path, FILE_ALL_ACCESS & ~FILE_EXECUTE);
   const std::wstring own = AccessList(path);
   ASSERT_NE(own, usual);
   files_.WriteWholeFile(At("file"), "new");
