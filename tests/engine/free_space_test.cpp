@@ -35,6 +35,32 @@ struct FreeSpaceTest : RunFixture {
     }
     FreeSpaceTest& test_;
   };
+  // Its first file cannot be removed: another program has it open, or there is no memory.
+  struct Kept : ForwardingFolder {
+    Kept(std::unique_ptr<Folder> folder, bool has_memory)
+        : ForwardingFolder(std::move(folder)), has_memory_(has_memory) {}
+    void RemoveFile(std::string_view name) override {
+      if (std::exchange(is_first, false)) {
+        if (!has_memory_) throw std::bad_alloc();
+        throw Error(Error::Kind::kInUse, "It is in use.");
+      }
+      ForwardingFolder::RemoveFile(name);
+    }
+    DiskRoom Room() override { return {.free = (64u << 20) + 4096, .size = 1u << 30}; }
+    const bool has_memory_;
+    bool is_first = true;
+  };
+  // Where nobody may make a folder.
+  struct Denied : ForwardingFolder {
+    using ForwardingFolder::ForwardingFolder;
+    void CreateFolder(std::string_view) override {
+      throw Error(Error::Kind::kDenied, "Access is denied.");
+    }
+  };
+  // Stopped at once, which leaves what cannot be removed.
+  FreeSpaceWiped Begin(FileSystem& files, const std::string& root) {
+    return WipeFreeSpace(WithFiles(ports, files), root, {}, [](const Progress&) { return true; });
+  }
 
   FreeSpaceWiped Wipe(FreeSpaceOptions options, const Pause& pause = {}, uint64_t room = kRoom) {
     ForwardingFiles small(ports.files, [this](const std::string&, std::unique_ptr<Folder> folder) {
@@ -161,22 +187,7 @@ TEST_F(FreeSpaceTest, TheWindowsRowsTellWhatIsAskedAndWhatCameOfIt) {
   EXPECT_NE(WhyNotWiped(ports, '1'), "");
 }
 
-// Another program has one of them open, or there is no memory: the next start finds the note.
 TEST_F(FreeSpaceTest, WhatCannotBeRemovedIsToldAndItsNoteStaysForTheNextStart) {
-  struct Kept : ForwardingFolder {
-    Kept(std::unique_ptr<Folder> folder, bool has_memory)
-        : ForwardingFolder(std::move(folder)), has_memory_(has_memory) {}
-    void RemoveFile(std::string_view name) override {
-      if (std::exchange(is_first, false)) {
-        if (!has_memory_) throw std::bad_alloc();
-        throw Error(Error::Kind::kInUse, "It is in use.");
-      }
-      ForwardingFolder::RemoveFile(name);
-    }
-    DiskRoom Room() override { return {.free = (64u << 20) + 4096, .size = 1u << 30}; }
-    const bool has_memory_;
-    bool is_first = true;
-  };
   const Names before = machine->Tree(scratch), own_before = machine->Tree(own);
   for (const bool has_memory : {true, false}) {
     ForwardingFiles files(ports.files, [&](const std::string& path, auto folder) {
@@ -184,14 +195,30 @@ TEST_F(FreeSpaceTest, WhatCannotBeRemovedIsToldAndItsNoteStaysForTheNextStart) {
       return is_filler ? std::unique_ptr<Folder>(new Kept(std::move(folder), has_memory))
                        : std::move(folder);
     });
-    const FreeSpaceWiped wiped = WipeFreeSpace(WithFiles(ports, files), scratch, {}, {});
-    EXPECT_TRUE(Holds(wiped.problem, " could not be removed. "));
+    EXPECT_TRUE(Holds(Begin(files, scratch).problem, " could not be removed. "));
     EXPECT_NE(machine->Tree(scratch), before);
     EXPECT_NE(machine->Tree(own), own_before);
     engine.ClearLeftovers();
     EXPECT_EQ(machine->Tree(scratch), before);
     EXPECT_EQ(machine->Tree(own), own_before);
   }
+}
+
+// A note of a folder that never was would stay for ever, as of a disk that is not here.
+TEST_F(FreeSpaceTest, WhereTheRootIsDeniedTheFolderThatWasMadeIsNotedAlone) {
+  const Names before = machine->Tree(temp), own_before = machine->Tree(own);
+  const std::string root = temp.substr(0, 3);
+  ForwardingFiles files(ports.files, [&](const std::string& path, auto folder) {
+    if (path == root) return std::unique_ptr<Folder>(new Denied(std::move(folder)));
+    const bool is_filler = path.starts_with(temp) && path != temp;
+    return is_filler ? std::unique_ptr<Folder>(new Kept(std::move(folder), true))
+                     : std::move(folder);
+  });
+  EXPECT_TRUE(Holds(Begin(files, root).problem, temp));
+  EXPECT_NE(machine->Tree(temp), before);
+  engine.ClearLeftovers();
+  EXPECT_EQ(machine->Tree(temp), before);
+  EXPECT_EQ(machine->Tree(own), own_before);
 }
 
 TEST_F(FreeSpaceTest, WhatAKillLeftIsClearedAwayAtTheNextStart) {
