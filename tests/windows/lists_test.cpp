@@ -25,10 +25,13 @@ struct EveryListTest : testing::TestWithParam<ListCase> {
 
 void ExpectSorting(const OpenList& list) {
   list.ClickHeading();
+  // On a busy machine Wine's heading may miss a click.
+  if (list.window.ArrowOf(list.list, 0) == 0) list.ClickHeading();
   const int arrow = list.window.ArrowOf(list.list, 0);
   EXPECT_NE(arrow, 0) << "no arrow";
   const std::wstring first = list.First(), last = list.Last();
   list.ClickHeading();
+  if (list.window.ArrowOf(list.list, 0) == arrow) list.ClickHeading();
   EXPECT_EQ(list.window.ArrowOf(list.list, 0), -arrow);
   EXPECT_EQ(list.First(), last);
   EXPECT_EQ(list.Last(), first);
