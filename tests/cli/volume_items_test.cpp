@@ -81,17 +81,15 @@ TEST_F(VolumeItemsTest, EachTakesWhatItIsForAndNothingElseOnlyWhenNamed) {
 // What is far too large for an archive, and what was thrown away already, is deleted; what is not,
 // goes as the user says.
 TEST_F(VolumeItemsTest, SomeAreNeverArchivedOrRecycled) {
-  const struct {
-    const char *item, *method;
-    bool is_archived;
-  } kWays[] = {{"VolumePageFile", "backup", false},
-               {"VolumeHibernationFile", "recycle", false},
-               {"VolumeRecycleBins", "backup", false},
-               {"VolumeEventLogs", "backup", true}};
-  for (const auto& way : kWays) {
+  const std::tuple<const char*, const char*, bool> kWays[] = {
+      {"VolumePageFile", "backup", false},
+      {"VolumeHibernationFile", "recycle", false},
+      {"VolumeRecycleBins", "backup", false},
+      {"VolumeEventLogs", "backup", true}};
+  for (const auto& [item, method, is_archived] : kWays) {
     const size_t archives = machine->Tree(own + "Backup\\").size();
-    Expect({"clean", "--item", way.item, "--method", way.method}, 0);
-    EXPECT_EQ(machine->Tree(own + "Backup\\").size() > archives, way.is_archived) << way.item;
+    Expect({"clean", "--item", item, "--method", method}, 0);
+    EXPECT_EQ(machine->Tree(own + "Backup\\").size() > archives, is_archived) << item;
   }
   EXPECT_EQ(Left({"pagefile.sys", "hiberfil.sys"}), Names{});
   // One after the other: the way that was chosen is there again.

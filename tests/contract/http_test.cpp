@@ -46,11 +46,7 @@ TEST_F(HttpTest, EachServerIsToldFromTheOthers) {
 }
 
 TEST_F(HttpTest, WhoCannotBeAskedIsTold) {
-  const struct {
-    const char* name;
-    std::string url;
-    HttpEnd end;
-  } kRows[] = {
+  const std::tuple<const char*, std::string, HttpEnd> kRows[] = {
       {"nobody listens", Address("QUELLIX_CLOSED_PORT", "/"), HttpEnd::kNoConnection},
       {"no such name", "http://nobody.invalid/", HttpEnd::kNoName},
       {"no TLS", Address("QUELLIX_HTTP_PORT", "/ok", "https"), HttpEnd::kNoTls},
@@ -61,10 +57,10 @@ TEST_F(HttpTest, WhoCannotBeAskedIsTold) {
       {"no address", "http://", HttpEnd::kBadAddress},
       {"nothing", "", HttpEnd::kBadAddress},
   };
-  for (const auto& row : kRows) {
-    const HttpAnswer answer = Ask({.url = row.url, .seconds = 20});
-    EXPECT_EQ(TextHere(answer.end), TextHere(row.end)) << row.name << answer.reason;
-    EXPECT_EQ(answer.status, 0) << row.name;
+  for (const auto& [name, url, end] : kRows) {
+    const HttpAnswer answer = Ask({.url = url, .seconds = 20});
+    EXPECT_EQ(TextHere(answer.end), TextHere(end)) << name << answer.reason;
+    EXPECT_EQ(answer.status, 0) << name;
   }
 }
 

@@ -21,11 +21,7 @@ TEST(SignatureTest, OnlyTheKeysOwnSignatureOfTheseBytesCounts) {
   const std::string zeros(128, '0'), order =
                                          "ffffffff00000000ffffffffffffffff"
                                          "bce6faada7179e84f3b9cac2fc632551";
-  const struct {
-    const char* name;
-    std::string key, bytes, signature;
-    bool counts;
-  } kRows[] = {
+  const std::tuple<const char*, std::string, std::string, std::string, bool> kRows[] = {
       {"as it was signed", kKey, kBytes, kSignature, true},
       {"upper case", kKey, kBytes, upper, true},
       {"another text", kKey, "what is signed", kSignature, false},
@@ -42,8 +38,8 @@ TEST(SignatureTest, OnlyTheKeysOwnSignatureOfTheseBytesCounts) {
       {"too long", kKey, kBytes, kSignature + "00", false},
       {"one digit else", kKey, kBytes, kSignature.substr(0, 127) + "f", false},
   };
-  for (const auto& row : kRows)
-    EXPECT_EQ(IsSignedBy(row.key, row.bytes, row.signature), row.counts) << row.name;
+  for (const auto& [name, key, bytes, signature, counts] : kRows)
+    EXPECT_EQ(IsSignedBy(key, bytes, signature), counts) << name;
 }
 
 }  // namespace

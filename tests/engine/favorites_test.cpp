@@ -72,11 +72,7 @@ TEST_F(FavoritesTest, EachIsListedWithWhatIsTheMatter) {
 }
 
 TEST_F(FavoritesTest, AFileIsReadWhateverItHolds) {
-  const struct {
-    const char* name;
-    std::string bytes;
-    const char *fault, *address;
-  } kRows[] = {
+  const std::tuple<const char*, std::string, const char*, const char*> kRows[] = {
       {"plain", Shortcut("http://a.example/1"), "", "http://a.example/1"},
       {"quoted", Shortcut("\"http://a.example/2\""), "", "http://a.example/2"},
       {"UTF-8", Shortcut("http://a.example/\xC3\xBC"), "", "http://a.example/\xC3\xBC"},
@@ -101,17 +97,14 @@ TEST_F(FavoritesTest, AFileIsReadWhateverItHolds) {
       {"as some write it", Shortcut("http:\\\\a.example"), "", "http:\\\\a.example"},
       {"without //", Shortcut("https:a.example"), "", "https:a.example"},
   };
-  for (const auto& row : kRows) {
-    Make("x.url", row.bytes);
-    EXPECT_EQ(Listed(), Names{std::string(row.fault) + "||x|" + row.address}) << row.name;
+  for (const auto& [name, bytes, fault, address] : kRows) {
+    Make("x.url", bytes);
+    EXPECT_EQ(Listed(), Names{std::string(fault) + "||x|" + address}) << name;
   }
 }
 
 TEST_F(FavoritesTest, OnlyWhatNoServerTellsApartIsADuplicate) {
-  const struct {
-    const char *a, *b;
-    bool same;
-  } kRows[] = {
+  const std::tuple<const char*, const char*, bool> kRows[] = {
       {"http://a.example", "http://A.Example:80/", true},
       {"https://a.example:443/x", "https://a.example/x", true},
       {"http://a.example/%c3%bc", "http://a.example/%C3%BC", true},
@@ -126,8 +119,8 @@ TEST_F(FavoritesTest, OnlyWhatNoServerTellsApartIsADuplicate) {
       {"mailto:a@b", "mailto:A@b", false},
       {"file:///C:/x", "file:///C:/x", true},
   };
-  for (const auto& row : kRows)
-    EXPECT_EQ(ComparedAddress(row.a) == ComparedAddress(row.b), row.same) << row.a << " " << row.b;
+  for (const auto& [a, b, same] : kRows)
+    EXPECT_EQ(ComparedAddress(a) == ComparedAddress(b), same) << a << " " << b;
 }
 
 TEST_F(FavoritesTest, WhatIsMarkedGoesAndCanComeBack) {

@@ -82,19 +82,16 @@ TEST_F(ItemListTest, AHeadingShowsAndTogglesItsGroupAndABoxThatIsOffStaysSo) {
   engine.selection().ApplyProtection(preferences);
   const size_t heading = Heading(Group::kFirefox),
                forms = *list.RowOf(*FindItem("CleanMozillaForms"));
-  const struct {
-    size_t row;
-    Ticks ticks;
-    const char* note;
-  } kSteps[] = {{heading, Ticks::kSome, "4 of 6 ticked"},
-                {forms, Ticks::kSome, "5 of 6 ticked"},
-                {*list.RowOf(*FindItem("CleanMozillaPasswords")), Ticks::kAll, "6 of 6 ticked"},
-                {heading, Ticks::kNone, "0 of 6 ticked"}};
+  const std::tuple<size_t, Ticks, const char*> kSteps[] = {
+      {heading, Ticks::kSome, "4 of 6 ticked"},
+      {forms, Ticks::kSome, "5 of 6 ticked"},
+      {*list.RowOf(*FindItem("CleanMozillaPasswords")), Ticks::kAll, "6 of 6 ticked"},
+      {heading, Ticks::kNone, "0 of 6 ticked"}};
   EXPECT_EQ(list.TicksOf(heading), Ticks::kNone);
-  for (const auto& step : kSteps) {
-    list.Toggle(step.row);
-    EXPECT_EQ(list.TicksOf(heading), step.ticks);
-    EXPECT_EQ(list.Text(heading, ItemColumn::kNote), step.note);
+  for (const auto& [row, ticks, note] : kSteps) {
+    list.Toggle(row);
+    EXPECT_EQ(list.TicksOf(heading), ticks);
+    EXPECT_EQ(list.Text(heading, ItemColumn::kNote), note);
   }
   const size_t empty_files = *list.RowOf(*FindItem("CleanEmptyFiles"));
   list.Toggle(empty_files);

@@ -111,12 +111,7 @@ TEST(TimeLeftTest, IsToldInRoundTimes) {
 }
 
 TEST(ProgressTextTest, CountsFilesAndTellsTheTimeByWhatTakesIt) {
-  const struct {
-    const char* name;
-    FileProgress files;
-    uint64_t milliseconds;
-    const char* text;
-  } kRows[] = {
+  const std::tuple<const char*, FileProgress, uint64_t, const char*> kRows[] = {
       {"no list", {}, 9000, ""},
       {"at first", {0, 20000, 0, 0}, 100, "0 of 20,000, 0 Bytes"},
       {"by files", {5000, 20000, 10066330, 0}, 4000, "5,000 of 20,000, 9.6 MB, 12 s left"},
@@ -126,8 +121,8 @@ TEST(ProgressTextTest, CountsFilesAndTellsTheTimeByWhatTakesIt) {
       {"grown meanwhile", {1, 2, 300, 200}, 5000, "1 of 2, 300 Bytes, 1 s left"},
       {"done", {2, 2, 200, 200}, 5000, "2 of 2, 200 Bytes"},
   };
-  for (const auto& row : kRows)
-    EXPECT_EQ(ProgressText(row.files, {}, row.milliseconds), row.text) << row.name;
+  for (const auto& [name, files, milliseconds, text] : kRows)
+    EXPECT_EQ(ProgressText(files, {}, milliseconds), text) << name;
 }
 
 }  // namespace

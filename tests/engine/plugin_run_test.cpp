@@ -197,9 +197,7 @@ TEST_F(PluginRunTest, ARootKeyIsKnownByAllItsNames) {
     EXPECT_FALSE(place.root) << key;
     EXPECT_TRUE(Holds(place.refusal.english, "is not cleaned")) << key;
   }
-  const struct {
-    const char *key, *subkey;
-  } kTaken[] = {
+  const std::pair<const char*, const char*> kTaken[] = {
       {"HKEY_CURRENT_USER\\Software\\Qx", "Software\\Qx"},
       {"HKEY_CURRENT_USER\\Software\\Classes\\Qx\\MRU", "Software\\Classes\\Qx\\MRU"},
       {"HKEY_LOCAL_MACHINE\\Software\\\\Qx\\", "Software\\Qx"},
@@ -207,10 +205,10 @@ TEST_F(PluginRunTest, ARootKeyIsKnownByAllItsNames) {
       {"HKEY_USERS\\S-1\\Software\\Qx", "S-1\\Software\\Qx"},
       {"HKEY_CURRENT_CONFIG\\Software\\Qx",
        "SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\Software\\Qx"}};
-  for (const auto& row : kTaken) {
-    const auto place = modPlugin::FindKeys(ports.registry, {true, true, row.key, ""}).at(0);
-    EXPECT_TRUE(place.root) << row.key;
-    EXPECT_EQ(place.subkey, row.subkey);
+  for (const auto& [gone_key, subkey] : kTaken) {
+    const auto place = modPlugin::FindKeys(ports.registry, {true, true, gone_key, ""}).at(0);
+    EXPECT_TRUE(place.root) << gone_key;
+    EXPECT_EQ(place.subkey, subkey);
   }
 }
 

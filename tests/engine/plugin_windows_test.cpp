@@ -98,10 +98,7 @@ TEST_F(PluginWindowsTest, RecipesStandByGroupsTellTheirCostAndKeepWhatTheEditorD
 }
 
 TEST_F(PluginWindowsTest, TheEditorAddsShowsAndRemovesWhatStandsBesideTheEntries) {
-  const struct {
-    size_t kind;
-    const char *place, *last, *line, *refusal;
-  } kRows[] = {
+  const std::tuple<size_t, const char*, const char*, const char*, const char*> kRows[] = {
       {0, "C:\\qx\\keep.*", "", "X|File|C:\\qx\\keep.*", ""},
       {1, "C:\\qx\\kept", "ignored", "X|Path|C:\\qx\\kept", ""},
       {2, "HKEY_CURRENT_USER\\Software\\Qx", "", "X|Key|HKEY_CURRENT_USER\\Software\\Qx", ""},
@@ -123,12 +120,12 @@ TEST_F(PluginWindowsTest, TheEditorAddsShowsAndRemovesWhatStandsBesideTheEntries
   WriteRecipe("a.cdp", "D|a\r\nQ|of tomorrow|\r\n");
   ASSERT_TRUE(editor.Load("a.cdp"));
   std::string lines = "Q|of tomorrow|\r\n";
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.place);
-    const bool added = editor.AddFurther({row.kind, row.place, row.last});
-    EXPECT_EQ(added, *row.refusal == '\0');
-    if (!added) ExpectRefused(added, row.refusal);
-    if (*row.line != '\0') lines.append(row.line).append("\r\n");
+  for (const auto& [kind, place, last, line, refusal] : kRows) {
+    SCOPED_TRACE(place);
+    const bool added = editor.AddFurther({kind, place, last});
+    EXPECT_EQ(added, *refusal == '\0');
+    if (!added) ExpectRefused(added, refusal);
+    if (*line != '\0') lines.append(line).append("\r\n");
   }
   EXPECT_EQ(FormatPlugin(editor.plugin()), Text("D|a\r\n" + lines));
   EXPECT_EQ(editor.plugin().cost + editor.plugin().group, "a list is gone; workNew");

@@ -296,10 +296,7 @@ TEST_F(PreviewRunTest, ItsFirstRowsDoNotAwaitTheEndOfTheScan) {
 }
 
 TEST_F(PreviewRunTest, TheQuestionCountsWhatCannotBeHadBack) {
-  const struct {
-    const char* settings;
-    const char* question;
-  } kRows[] = {
+  const std::pair<const char*, const char*> kRows[] = {
       {"[General]\r\nDelMethod=D\r\n", "Delete 2 files (7 Bytes) and 1 other thing for good?"},
       {"[General]\r\nDelMethod=W\r\n", "Wipe 2 files (7 Bytes) and 1 other thing for good?"},
       {"[General]\r\nDelMethod=R\r\n", "Delete 1 thing for good?"},
@@ -309,13 +306,13 @@ TEST_F(PreviewRunTest, TheQuestionCountsWhatCannotBeHadBack) {
   WriteOwn("UDFO.txt", scratch + "mine\r\n");
   machine->RemoveRegistryTree(kUser, kRunMruKey);
   machine->SetText(kUser, kRunMruKey, "a", "x");
-  for (const auto& row : kRows) {
-    WriteSettings(row.settings);
+  for (const auto& [written, question] : kRows) {
+    WriteSettings(written);
     Tick({"CleanUserFolders", "CleanRunMRU"});
     Clear({temp});
     PreviewRun previewed(ports, view);
     previewed.Run(engine.selection());
-    EXPECT_EQ(EntryList(ports.system, previewed.entries(), true).Question(), row.question);
+    EXPECT_EQ(EntryList(ports.system, previewed.entries(), true).Question(), question);
   }
 }
 

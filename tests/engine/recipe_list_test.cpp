@@ -53,9 +53,7 @@ struct RecipeListTest : PluginFixture {
 
 // Of these files those, or their folders, go.
 constexpr const char* kIn = "in\\a.log in\\b.TMP in\\c in\\s\\a.log in\\s\\t\\d ink\\a.log";
-const struct {
-  const char *name, *keys, *gone;
-} kFileRows[] = {
+const std::tuple<const char*, const char*, const char*> kFileRows[] = {
     {"masks of one folder", "FileKey1=~\\in|*.log; *.tmp", "in\\a.log in\\b.TMP"},
     {"all folders below", "FileKey=~\\in\\|*.LOG|recurse", "in\\a.log in\\s\\a.log"},
     {"with the empty ones", "FileKey12=~\\in\\s|*.*|RECURSE",
@@ -96,11 +94,11 @@ const struct {
      ""}};
 
 TEST_F(RecipeListTest, EachKindOfKeyDoesWhatItSaysAndNothingTheSecondTime) {
-  for (const auto& row : kFileRows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, keys, gone] : kFileRows) {
+    SCOPED_TRACE(name);
     MakeFiles(scratch, kIn);
-    const Names expected = TreeWithout(row.gone);
-    const auto recipes = Parse(std::string("[Qx *]/") + row.keys);
+    const Names expected = TreeWithout(gone);
+    const auto recipes = Parse(std::string("[Qx *]/") + keys);
     ASSERT_EQ(recipes.size(), 1u);
     EXPECT_EQ(recipes[0].name, "Qx");
     for (int i = 0; i < 2; ++i) {
@@ -162,11 +160,7 @@ TEST_F(RecipeListTest, BothSidesAndEachVariable) {
 }
 
 // "+" is a key that can be carried out.
-const struct {
-  const char* keys;
-  Standing standing;
-  const char* remark;
-} kStandingRows[] = {
+const std::tuple<const char*, Standing, const char*> kStandingRows[] = {
     {"FileKey1=%AppData%\\Qx|*.*|REMOVESELF", Standing::kWhole, ""},
     {"+Author=x", Standing::kWhole, "Author is no key of such a list."},
     {"+FileKey2=%AppData%\\Qx|*.x|ALL", Standing::kPart,
@@ -210,16 +204,15 @@ TEST_F(RecipeListTest, HowMuchIsCarriedOutIsTold) {
                     kept = ports.system.WindowsFolder() + "\\WinSxS\\a";
   machine->MakeFile(kept, "1");
   machine->MakeFile(ExpandPluginPath(ports, "%LOCALAPPDATA%\\Qx\\a"), "1");
-  for (const auto& row : kStandingRows) {
-    SCOPED_TRACE(row.keys);
-    const std::string entry =
-        "[Qx *]/" + ReplaceNoCase(row.keys, "+", "FileKey1=%AppData%\\Qx|*.*/");
+  for (const auto& [keys, standing, remark] : kStandingRows) {
+    SCOPED_TRACE(keys);
+    const std::string entry = "[Qx *]/" + ReplaceNoCase(keys, "+", "FileKey1=%AppData%\\Qx|*.*/");
     const Judgement judged = Judged(entry);
-    EXPECT_EQ(judged.standing, row.standing);
-    EXPECT_EQ(judged.remarks.empty(), *row.remark == '\0');
-    EXPECT_TRUE(quellix::Holds(judged.remarks.empty() ? "" : judged.remarks[0], row.remark));
+    EXPECT_EQ(judged.standing, standing);
+    EXPECT_EQ(judged.remarks.empty(), *remark == '\0');
+    EXPECT_TRUE(quellix::Holds(judged.remarks.empty() ? "" : judged.remarks[0], remark));
     const Names before = machine->Tree(profile);
-    if (row.standing < Standing::kRefused) continue;
+    if (standing < Standing::kRefused) continue;
     RunListed(context, Parse(entry)[0]);
     EXPECT_EQ(machine->Tree(profile), before);
   }

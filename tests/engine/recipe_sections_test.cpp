@@ -92,23 +92,21 @@ TEST_F(RecipeSectionsTest, WhatIsFoundStandsInItsGroupAndOthersDoNot) {
 }
 
 TEST_F(RecipeSectionsTest, ListsThatHoldNothingOrCannotBeReadAreTold) {
-  const struct {
-    const char *name, *settings, *text, *told;
-  } kRows[] = {
+  const std::tuple<const char*, const char*, const char*, const char*> kRows[] = {
       {"none named", "", "; nothing\r\n", "There is no entry in "},
       {"no list at all", "", "\x7f\x45\x4c\x46\x01\x02\xff\xfe]]][", "There is no entry in "},
       {"one", "", "[A]\r\nDetectFile=C:\\none\r\n", "None of 1 in the list finds anything here."},
       {"two", "", "[A]\r\nDetectFile=C:\\none\r\n[B]\r\nDetectFile=C:\\none\r\n",
        "None of 2 in the list finds anything here."},
       {"missing", "[Recipes]\r\nFile=other.ini\r\n", "[A]\r\n", "There is no list of recipes "}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    WriteSettings(row.settings);
-    WriteOwn("Winapp2.ini", row.text);
+  for (const auto& [name, written, text, told] : kRows) {
+    SCOPED_TRACE(name);
+    WriteSettings(written);
+    WriteOwn("Winapp2.ini", text);
     Find();
     ASSERT_EQ(list.RowCount(), First() + 1);
-    EXPECT_TRUE(Holds(Rows()[0], std::string("Programs found here|") + row.told));
-    EXPECT_TRUE(Holds(list.Details(First()), row.told));
+    EXPECT_TRUE(Holds(Rows()[0], std::string("Programs found here|") + told));
+    EXPECT_TRUE(Holds(list.Details(First()), told));
     EXPECT_FALSE(list.TicksOf(First()));
     list.Toggle(First());
     list.TickAll(true);
@@ -292,34 +290,30 @@ TEST_F(RecipeSectionsTest, OneIsLookedAtAndCleanedByItself) {
 
 TEST_F(RecipeSectionsTest, WhatGoesToTheBinOrABackupCanBeHadAgain) {
   const std::string costly = "[Keys *]/FileKey1=~\\|key4.db";
-  const struct {
-    const char *name, *settings, *list;
-    bool is_seen;
-    const char* heading;
-    bool has_cost;
-  } kRows[] = {{"deleted", "DelMethod=D", "", true, "Clean all the same?", true},
-               {"wiped", "DelMethod=W", "", true, "Clean all the same?", true},
-               {"recycled", "DelMethod=R", "", true, "", false},
-               {"backed up", "DelMethod=B", "", true, "", false},
-               {"recycled, by another that nobody has seen", "DelMethod=R",
-                "[All *]/FileKey1=~\\|*.*/", false, "", false},
-               {"deleted, by another that nobody has seen", "DelMethod=D",
-                "[All *]/FileKey1=~\\|*.*/", false, "Clean all the same?", true}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    WriteSettings(std::string("[General]\r\n") + row.settings + "\r\n");
+  const std::tuple<const char*, const char*, const char*, bool, const char*, bool> kRows[] = {
+      {"deleted", "DelMethod=D", "", true, "Clean all the same?", true},
+      {"wiped", "DelMethod=W", "", true, "Clean all the same?", true},
+      {"recycled", "DelMethod=R", "", true, "", false},
+      {"backed up", "DelMethod=B", "", true, "", false},
+      {"recycled, by another that nobody has seen", "DelMethod=R", "[All *]/FileKey1=~\\|*.*/",
+       false, "", false},
+      {"deleted, by another that nobody has seen", "DelMethod=D", "[All *]/FileKey1=~\\|*.*/",
+       false, "Clean all the same?", true}};
+  for (const auto& [name, written, lists, is_seen, heading, has_cost] : kRows) {
+    SCOPED_TRACE(name);
+    WriteSettings(std::string("[General]\r\n") + written + "\r\n");
     engine.selection().recipes().Clear();
     Keep(costly);
     MakeAll();
     Find();
     list.Toggle(RowOf("Keys"));
     See();
-    Keep(row.list + costly);
+    Keep(lists + costly);
     Find();
-    if (!row.is_seen) list.Toggle(RowOf("All"));
+    if (!is_seen) list.Toggle(RowOf("All"));
     const RunQuestion question = Ask(Look(), false);
-    EXPECT_EQ(question.heading, row.heading);
-    EXPECT_EQ(question.text.find("This cannot be had again:\nKeys: ") == 0, row.has_cost);
+    EXPECT_EQ(question.heading, heading);
+    EXPECT_EQ(question.text.find("This cannot be had again:\nKeys: ") == 0, has_cost);
   }
 }
 

@@ -37,9 +37,7 @@ struct RecipeTest : PluginFixture {
   }
 };
 
-const struct {
-  const char *name, *recipe, *made, *gone;
-} kFileRows[] = {
+const std::tuple<const char*, const char*, const char*, const char*> kFileRows[] = {
     {"a part of a folder's name", "F|No|No|~\\Chrome*\\Cache\\*.*",
      "Chrome\\Cache\\a chrome-2\\cache\\a Crome\\Cache\\a Chrome-2x\\Cache.old\\a",
      "Chrome\\Cache\\a chrome-2\\cache\\a"},
@@ -83,16 +81,16 @@ const struct {
 // Files that are made, and those of them, or their folders, that go; all else stays. What is named
 // so cannot go a second time, and a trial lists all of it beforehand.
 TEST_F(RecipeTest, FilesAndFoldersGoAsTheirRecordsSay) {
-  for (const auto& row : kFileRows) {
-    SCOPED_TRACE(row.name);
-    MakeFiles(scratch, row.made);
-    const Names all = machine->Tree(scratch), expected = TreeWithout(row.gone);
+  for (const auto& [name, recipe, makes, gone] : kFileRows) {
+    SCOPED_TRACE(name);
+    MakeFiles(scratch, makes);
+    const Names all = machine->Tree(scratch), expected = TreeWithout(gone);
     PluginTrial trial(ports);
-    trial.Run(ParsePlugin(Written(row.recipe)), view);
-    EXPECT_EQ(trial.count(), WordsOf(row.gone).size()) << trial.notes();
+    trial.Run(ParsePlugin(Written(recipe)), view);
+    EXPECT_EQ(trial.count(), WordsOf(gone).size()) << trial.notes();
     EXPECT_EQ(machine->Tree(scratch), all);
     for (int i = 0; i < 2; ++i) {
-      Run(row.recipe);
+      Run(recipe);
       EXPECT_EQ(machine->Tree(scratch), expected) << engine.state().RunLog;
     }
     Run("F|Yes|Yes|~\\*.*");

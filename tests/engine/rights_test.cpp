@@ -55,26 +55,24 @@ struct RightsRunTest : PluginFixture {
 };
 
 TEST_F(RightsRunTest, WhatARecipeNamesTellsWhetherItNeedsThem) {
-  const struct {
-    const char* keys;
-    bool needs, has_rest;
-  } kRows[] = {{"FileKey1=%AppData%\\Qx|*.*", false, true},
-               {"FileKey1=%ProgramData%\\Qx|*.*", false, true},
-               {"FileKey1=C:\\Qx|*.*", false, true},
-               {"FileKey1=D:\\Windows data|*.*", false, true},
-               {"RegKey1=HKCU\\Software\\Qx", false, true},
-               {"FileKey1=%ProgramFiles%\\Qx|*.log", true, false},
-               {"FileKey1=%CommonProgramFiles%\\Qx|*.log", true, false},
-               {"FileKey1=c:\\program files (x86)\\Qx|*.log", true, false},
-               {"FileKey1=%SystemDrive%\\Windows\\Qx|*.log", true, false},
-               {"FileKey1=%WinDir%\\Temp|*.log", true, false},
-               {"RegKey1=HKLM\\Software\\Qx", true, false},
-               {"RegKey1=HKCR\\Qx", true, false},
-               {"FileKey1=%WinDir%|*.log/FileKey2=%AppData%\\Qx|*.*", true, true}};
-  for (const auto& row : kRows) {
-    const modPlugin::Plugin plugin = Parse(row.keys).plugin;
-    EXPECT_EQ(NeedsAdministrator(plugin), row.needs) << row.keys;
-    EXPECT_EQ(NamesAnything(WithoutAdministrator(plugin)), row.has_rest) << row.keys;
+  const std::tuple<const char*, bool, bool> kRows[] = {
+      {"FileKey1=%AppData%\\Qx|*.*", false, true},
+      {"FileKey1=%ProgramData%\\Qx|*.*", false, true},
+      {"FileKey1=C:\\Qx|*.*", false, true},
+      {"FileKey1=D:\\Windows data|*.*", false, true},
+      {"RegKey1=HKCU\\Software\\Qx", false, true},
+      {"FileKey1=%ProgramFiles%\\Qx|*.log", true, false},
+      {"FileKey1=%CommonProgramFiles%\\Qx|*.log", true, false},
+      {"FileKey1=c:\\program files (x86)\\Qx|*.log", true, false},
+      {"FileKey1=%SystemDrive%\\Windows\\Qx|*.log", true, false},
+      {"FileKey1=%WinDir%\\Temp|*.log", true, false},
+      {"RegKey1=HKLM\\Software\\Qx", true, false},
+      {"RegKey1=HKCR\\Qx", true, false},
+      {"FileKey1=%WinDir%|*.log/FileKey2=%AppData%\\Qx|*.*", true, true}};
+  for (const auto& [of_keys, needs, has_rest] : kRows) {
+    const modPlugin::Plugin plugin = Parse(of_keys).plugin;
+    EXPECT_EQ(NeedsAdministrator(plugin), needs) << of_keys;
+    EXPECT_EQ(NamesAnything(WithoutAdministrator(plugin)), has_rest) << of_keys;
   }
 }
 

@@ -35,24 +35,20 @@ struct KeepingScheduler : Scheduler {
 };
 
 TEST(ScheduleTest, EachIsReadBackAsItWasWritten) {
-  const struct {
-    const char* name;
-    Schedule schedule;
-    const char* part;
-  } kRows[] = {
+  const std::tuple<const char*, Schedule, const char*> kRows[] = {
       {"daily", {When::kDaily, 7, 5}, "2000-01-01T07:05:00</StartBoundary>"},
       {"weekly", {When::kWeekly, 23, 59, 0}, "<DaysOfWeek><Sunday /></DaysOfWeek>"},
       {"weekly at its end", {When::kWeekly, 0, 0, 6}, "<Saturday />"},
       {"at log-on", {When::kAtLogOn}, "<LogonTrigger><Enabled>true</Enabled><UserId>S-1&amp;"},
       {"when idle", {When::kWhenIdle}, "<IdleTrigger>"},
   };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    const std::string text = ScheduleText(row.schedule, "C:\\A & B\\quellix.exe", "S-1&2");
-    EXPECT_TRUE(Holds(text, row.part));
+  for (const auto& [what, schedule, part] : kRows) {
+    SCOPED_TRACE(what);
+    const std::string text = ScheduleText(schedule, "C:\\A & B\\quellix.exe", "S-1&2");
+    EXPECT_TRUE(Holds(text, part));
     EXPECT_TRUE(Holds(text, "<Command>\"C:\\A &amp; B\\quellix.exe\"</Command>"));
     EXPECT_TRUE(Holds(text, "<Arguments>-h</Arguments>"));
-    EXPECT_EQ(ParseSchedule(text), row.schedule);
+    EXPECT_EQ(ParseSchedule(text), schedule);
   }
   for (const char* none : {"", "<Task/>", "<Triggers></Triggers>", "<Triggers>x</Triggers>",
                            "</Triggers><Triggers><Arguments>-h</Arguments>"})

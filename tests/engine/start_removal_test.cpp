@@ -65,25 +65,22 @@ struct StartRemovalTest : RunFixture {
 };
 
 TEST_F(StartRemovalTest, OnlyWhatIsSafeAndWouldBeDeletedIsLeftToIt) {
-  const struct {
-    const char *name, *settings;
-    bool leaves;
-    Names left;
-  } kRows[] = {{"not chosen", "DelMethod=D", false, {}},
-               {"chosen", "DelMethod=D", true, {"used.log"}},
-               {"wiped", "DelMethod=W", true, {}},
-               {"recycled", "DelMethod=R", true, {}}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    WriteSettings(std::string("[General]\r\n") + row.settings + "\r\n");
+  const std::tuple<const char*, const char*, bool, Names> kRows[] = {
+      {"not chosen", "DelMethod=D", false, {}},
+      {"chosen", "DelMethod=D", true, {"used.log"}},
+      {"wiped", "DelMethod=W", true, {}},
+      {"recycled", "DelMethod=R", true, {}}};
+  for (const auto& [what, written, leaves, is_left] : kRows) {
+    SCOPED_TRACE(what);
+    WriteSettings(std::string("[General]\r\n") + written + "\r\n");
     left.clear();
-    held.state().LeavesToStart = row.leaves;
+    held.state().LeavesToStart = leaves;
     held.RunCleaning();
-    EXPECT_EQ(left, row.left);
+    EXPECT_EQ(left, is_left);
     const std::string log = held.state().RunLog + StayedNames(held.state(), kNamesShown);
-    EXPECT_EQ(Holds(log, "Left to the next start of Windows: 1 file(s)"), !row.left.empty());
-    EXPECT_EQ(Holds(log, "It is in use. Windows removes it at its next start."), !row.left.empty());
-    EXPECT_EQ(Holds(log, "It is in use. It is not safe."), !row.left.empty());
+    EXPECT_EQ(Holds(log, "Left to the next start of Windows: 1 file(s)"), !is_left.empty());
+    EXPECT_EQ(Holds(log, "It is in use. Windows removes it at its next start."), !is_left.empty());
+    EXPECT_EQ(Holds(log, "It is in use. It is not safe."), !is_left.empty());
     EXPECT_EQ(held.state().StayedCount, 2u) << "nothing is claimed to be removed";
     EXPECT_FALSE(held.state().LeavesToStart) << "it is chosen for one run";
     EXPECT_EQ(Joined(machine->Tree(scratch + "safe")), "used.keep used.log");
@@ -91,21 +88,19 @@ TEST_F(StartRemovalTest, OnlyWhatIsSafeAndWouldBeDeletedIsLeftToIt) {
 }
 
 TEST_F(StartRemovalTest, ItIsOfferedWhereItCanBe) {
-  const struct {
-    const char *name, *settings;
-    bool administrator, running, is_offered;
-  } kRows[] = {{"an administrator", "DelMethod=D", true, true, true},
-               {"without rights", "DelMethod=D", false, true, false},
-               {"on a volume", "DelMethod=D", true, false, false},
-               {"to the recycle bin", "DelMethod=R", true, true, false}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    WriteSettings(std::string("[General]\r\n") + row.settings + "\r\n");
-    session.is_administrator = row.administrator;
-    session.runs_programs = row.running;
+  const std::tuple<const char*, const char*, bool, bool, bool> kRows[] = {
+      {"an administrator", "DelMethod=D", true, true, true},
+      {"without rights", "DelMethod=D", false, true, false},
+      {"on a volume", "DelMethod=D", true, false, false},
+      {"to the recycle bin", "DelMethod=R", true, true, false}};
+  for (const auto& [name, written, administrator, running, is_offered] : kRows) {
+    SCOPED_TRACE(name);
+    WriteSettings(std::string("[General]\r\n") + written + "\r\n");
+    session.is_administrator = administrator;
+    session.runs_programs = running;
     PreviewRun preview(with_held, view);
     preview.Run(held.selection());
-    EXPECT_EQ(OfferOfStart(preview.state(), with_held).text.empty(), !row.is_offered);
+    EXPECT_EQ(OfferOfStart(preview.state(), with_held).text.empty(), !is_offered);
     EXPECT_TRUE(left.empty());
   }
   PreviewRun nothing(with_held, view);
@@ -115,17 +110,13 @@ TEST_F(StartRemovalTest, ItIsOfferedWhereItCanBe) {
 
 TEST_F(StartRemovalTest, OfAPreviewItIsLeftOnlyWhereThatWasChosen) {
   WriteSettings("[General]\r\nDelMethod=D\r\n");
-  const struct {
-    const char* name;
-    bool is_chosen, is_ticked, is_freed;
-    Names left, stay;
-  } kRows[] = {
+  const std::tuple<const char*, bool, bool, bool, Names, Names> kRows[] = {
       {"not chosen", false, true, false, {}, {"used.keep", "used.log"}},
       {"chosen", true, true, false, {"used.log"}, {"used.keep", "used.log"}},
       {"free by then", true, true, true, {}, {"used.keep", "used.log"}},
       {"all else unticked", true, false, false, {}, {"free.log", "used.keep", "used.log"}}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, is_chosen, is_ticked, is_freed, is_left, stay] : kRows) {
+    SCOPED_TRACE(name);
     machine->MakeFile(scratch + "safe\\free.log", "12345");
     left.clear();
     is_held = true;
@@ -134,12 +125,12 @@ TEST_F(StartRemovalTest, OfAPreviewItIsLeftOnlyWhereThatWasChosen) {
     const StartOffer offer = OfferOfStart(preview.state(), with_held);
     EXPECT_EQ(offer.entries.size(), 2u);
     EntryList list(ports.system, preview.entries(), true);
-    list.TickAll(row.is_ticked);
-    held.state().LeavesToStart = row.is_chosen;
-    is_held = !row.is_freed;
-    held.RunCleaning(row.is_chosen ? list.Choice(offer.entries) : list.Choice());
-    EXPECT_EQ(left, row.left);
-    EXPECT_EQ(machine->Tree(scratch + "safe"), row.stay);
+    list.TickAll(is_ticked);
+    held.state().LeavesToStart = is_chosen;
+    is_held = !is_freed;
+    held.RunCleaning(is_chosen ? list.Choice(offer.entries) : list.Choice());
+    EXPECT_EQ(left, is_left);
+    EXPECT_EQ(machine->Tree(scratch + "safe"), stay);
   }
 }
 

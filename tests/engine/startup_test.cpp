@@ -243,28 +243,25 @@ TEST(ShutDownTest, EachCommandPassesItsFlags) {
 
 TEST(ShutDownTest, ACleaningEndsAsItsCommandLineSays) {
   using modShutDown::Ending;
-  const struct {
-    const char *arguments, *rest;
-    Ending ending;
-    Names calls;
-  } kRows[] = {{"-h --then shutdown", "-h", Ending::kShutDown, {"exit 8 4294967295"}},
-               {" -C  --THEN Restart ", "-C ", Ending::kRestart, {"exit 2 4294967295"}},
-               {"--then logoff", "", Ending::kLogOff, {"exit 0 4294967295"}},
-               {"-h --then sleep", "-h --then sleep", Ending::kNone, {}},
-               {"-h shutdown", "-h shutdown", Ending::kNone, {}},
-               {"--then shutdown -h", "--then shutdown -h", Ending::kNone, {}},
-               {"-h", "-h", Ending::kNone, {}},
-               {"", "", Ending::kNone, {}}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.arguments);
-    std::string arguments = row.arguments;
+  const std::tuple<const char*, const char*, Ending, Names> kRows[] = {
+      {"-h --then shutdown", "-h", Ending::kShutDown, {"exit 8 4294967295"}},
+      {" -C  --THEN Restart ", "-C ", Ending::kRestart, {"exit 2 4294967295"}},
+      {"--then logoff", "", Ending::kLogOff, {"exit 0 4294967295"}},
+      {"-h --then sleep", "-h --then sleep", Ending::kNone, {}},
+      {"-h shutdown", "-h shutdown", Ending::kNone, {}},
+      {"--then shutdown -h", "--then shutdown -h", Ending::kNone, {}},
+      {"-h", "-h", Ending::kNone, {}},
+      {"", "", Ending::kNone, {}}};
+  for (const auto& [given, rest, ends, calls] : kRows) {
+    SCOPED_TRACE(given);
+    std::string arguments = given;
     const Ending ending = TakeEnding(arguments);
-    EXPECT_EQ(ending, row.ending);
-    EXPECT_EQ(arguments, row.rest);
+    EXPECT_EQ(ending, ends);
+    EXPECT_EQ(arguments, rest);
     RecordingSession session;
     modShutDown::End(session, ending);
     std::erase(session.calls, "enable SeShutdownPrivilege");
-    EXPECT_EQ(session.calls, row.calls);
+    EXPECT_EQ(session.calls, calls);
   }
 }
 

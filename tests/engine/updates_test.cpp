@@ -13,10 +13,7 @@ namespace quellix {
 namespace {
 
 TEST(VersionTest, VersionsAreNumbers) {
-  const struct {
-    const char *a, *b;
-    std::optional<int> order;
-  } kRows[] = {
+  const std::tuple<const char*, const char*, std::optional<int>> kRows[] = {
       {"1.0", "1.0", 0},
       {"1.0", "1.0.0.0", 0},
       {"0.9.9", "0.10.0", -1},
@@ -34,7 +31,7 @@ TEST(VersionTest, VersionsAreNumbers) {
       {"99999999999", "1", {}},
       {"1.0.0\\..\\..", "1", {}},
   };
-  for (const auto& row : kRows) EXPECT_EQ(CompareVersions(row.a, row.b), row.order) << row.a;
+  for (const auto& [first, b, order] : kRows) EXPECT_EQ(CompareVersions(first, b), order) << first;
 }
 
 struct UpdatesTest : WebServerTest {
@@ -199,22 +196,20 @@ TEST_F(InstallerTest, WhatOthersCallAlmostTheSameStays) {
 }
 
 TEST_F(InstallerTest, WhatDoesNotStartGoesAtOnce) {
-  const struct {
-    const char* name;
-    bool refuses, agrees;
-  } kRows[] = {{"it cannot be started", true, true}, {"its rights are refused", false, false}};
-  for (const auto& row : kRows) {
+  const std::tuple<const char*, bool, bool> kRows[] = {{"it cannot be started", true, true},
+                                                       {"its rights are refused", false, false}};
+  for (const auto& [name, refuses, agrees] : kRows) {
     NotingShell shell(ports.shell);
-    shell.refuses = row.refuses;
-    shell.agrees = row.agrees;
+    shell.refuses = refuses;
+    shell.agrees = agrees;
     bool is_started = false;
     try {
       is_started = StartInstaller(On(shell), "2.0", "installer");
     } catch (const Error&) {
-      EXPECT_TRUE(row.refuses) << row.name;
+      EXPECT_TRUE(refuses) << name;
     }
-    EXPECT_TRUE(!is_started && !shell.started.empty()) << row.name;
-    EXPECT_EQ(Left(), Names{}) << row.name;
+    EXPECT_TRUE(!is_started && !shell.started.empty()) << name;
+    EXPECT_EQ(Left(), Names{}) << name;
   }
 }
 

@@ -12,11 +12,7 @@ using Order = WindowMemory::Order;
 using List = WindowMemory::List;
 
 TEST(WindowMemoryTest, WhatIsRememberedIsReadAsItWasAndNonsenseIsLeftOut) {
-  const struct {
-    const char* text;
-    WindowMemory memory;
-    bool is_as_written;
-  } kRows[] = {
+  const std::tuple<const char*, WindowMemory, bool> kRows[] = {
       {"120,-80,700,500,0|130,190;1,1|60",
        {Place{120, -80, 700, 500, false},
         {{{130, 190}, Order{1, true}, {}}, {{60}, std::nullopt, {}}}},
@@ -35,13 +31,13 @@ TEST(WindowMemoryTest, WhatIsRememberedIsReadAsItWasAndNonsenseIsLeftOut) {
        {std::nullopt, {{{}, Order{0, false}, {}}, {{}, std::nullopt, {}}, {{7}, std::nullopt, {}}}},
        false},
   };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.text);
-    EXPECT_EQ(WindowMemory::Parse(row.text), row.memory);
-    if (row.is_as_written) {
-      EXPECT_EQ(row.memory.Format(), row.text);
+  for (const auto& [text, memory, is_as_written] : kRows) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(WindowMemory::Parse(text), memory);
+    if (is_as_written) {
+      EXPECT_EQ(memory.Format(), text);
     }
-    EXPECT_EQ(WindowMemory::Parse(row.memory.Format()), row.memory);
+    EXPECT_EQ(WindowMemory::Parse(memory.Format()), memory);
   }
 }
 
@@ -50,12 +46,7 @@ TEST(ListTotalsTest, RowsAndTickedOnesAreCountedInTheUsersForm) {
   Locale german;
   german.decimal = ",";
   german.thousand = ".";
-  const struct {
-    const char* name;
-    bool has_ticks;
-    Rows rows;
-    const char *text, *caption;
-  } kRows[] = {
+  const std::tuple<const char*, bool, Rows, const char*, const char*> kRows[] = {
       {"empty", true, {}, "No rows", "&Delete"},
       {"one", false, {{false, std::nullopt}}, "1 row", "&Delete"},
       {"unticked", true, {{false, 10.0}, {false, 2.0}}, "2 rows, 12 Bytes; none ticked", "&Delete"},
@@ -68,33 +59,29 @@ TEST(ListTotalsTest, RowsAndTickedOnesAreCountedInTheUsersForm) {
       {"many", true, Rows(1204, {true, 1e6}), "1.204 rows, 1,1 GB; 1.204 ticked, 1,1 GB",
        "&Delete ticked (1.204, 1,1 GB)"},
   };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, has_ticks, rows, text, caption] : kRows) {
+    SCOPED_TRACE(name);
     ListTotals totals;
-    totals.has_ticks = row.has_ticks;
-    for (const auto& [ticked, size] : row.rows) totals.Add(ticked, size);
-    EXPECT_EQ(TotalsText(totals, german), row.text);
-    EXPECT_EQ(TickedCaption("&Delete", totals, german), row.caption);
+    totals.has_ticks = has_ticks;
+    for (const auto& [ticked, size] : rows) totals.Add(ticked, size);
+    EXPECT_EQ(TotalsText(totals, german), text);
+    EXPECT_EQ(TickedCaption("&Delete", totals, german), caption);
   }
 }
 
 TEST(WindowMemoryTest, APlaceBeyondTheScreenIsBroughtOntoIt) {
   constexpr ScreenArea kScreen{0, 0, 1024, 740};
-  const struct {
-    const char* name;
-    ScreenPoint place;
-    int width, height;
-    ScreenPoint mended;
-  } kRows[] = {{"on it", {100, 50}, 400, 300, {100, 50}},
-               {"right and below", {5000, 3000}, 400, 300, {624, 440}},
-               {"left and above", {-5000, -3000}, 400, 300, {0, 0}},
-               {"half beyond", {900, -10}, 400, 300, {624, 0}},
-               {"larger than the screen", {20, 20}, 2000, 1000, {0, 0}}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    const ScreenPoint mended = MendedPlace(row.place, row.width, row.height, kScreen);
-    EXPECT_EQ(mended.left, row.mended.left);
-    EXPECT_EQ(mended.top, row.mended.top);
+  const std::tuple<const char*, ScreenPoint, int, int, ScreenPoint> kRows[] = {
+      {"on it", {100, 50}, 400, 300, {100, 50}},
+      {"right and below", {5000, 3000}, 400, 300, {624, 440}},
+      {"left and above", {-5000, -3000}, 400, 300, {0, 0}},
+      {"half beyond", {900, -10}, 400, 300, {624, 0}},
+      {"larger than the screen", {20, 20}, 2000, 1000, {0, 0}}};
+  for (const auto& [name, place, width, height, is_mended] : kRows) {
+    SCOPED_TRACE(name);
+    const ScreenPoint mended = MendedPlace(place, width, height, kScreen);
+    EXPECT_EQ(mended.left, is_mended.left);
+    EXPECT_EQ(mended.top, is_mended.top);
   }
 }
 

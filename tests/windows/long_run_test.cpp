@@ -47,20 +47,18 @@ TEST_F(LongRunTest, WipingOneLargeFileMovesTheBarAndStopTellsWhatWasDone) {
 TEST_F(LongRunTest, AnEndOfTheSessionIsCountedDownAndCanBeCancelled) {
   WriteSettings("Ask=1\r\n");
   WriteBytes(TempFolder() / "a.tmp", "1");
-  const struct {
-    int entry;
-    const wchar_t* says;
-  } kRows[] = {{mnuPowrOff, L"The computer is turned off in "},
-               {mnu_Restart, L"You are logged off by force in "},
-               {mnuLogOff, L"You are logged off in "},
-               {mnuShutDown, L"Windows is shut down in "},
-               {mnuForceShutDOwn, L"You are logged off by force in "}};
+  const std::pair<int, const wchar_t*> kRows[] = {
+      {mnuPowrOff, L"The computer is turned off in "},
+      {mnu_Restart, L"You are logged off by force in "},
+      {mnuLogOff, L"You are logged off in "},
+      {mnuShutDown, L"Windows is shut down in "},
+      {mnuForceShutDOwn, L"You are logged off by force in "}};
   const QuellixWindow window;
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.entry);
-    window.Choose(row.entry);
+  for (const auto& [entry, says] : kRows) {
+    SCOPED_TRACE(entry);
+    window.Choose(entry);
     const HWND countdown = window.AwaitWindow(L"Turn off computer");
-    EXPECT_TRUE(AwaitPart(countdown, lblCountdown, row.says));
+    EXPECT_TRUE(AwaitPart(countdown, lblCountdown, says));
     EXPECT_TRUE(AwaitPart(countdown, lblCountdown, L" 29 seconds."));
     EXPECT_FALSE(IsWindowEnabled(window.main()));
     EXPECT_EQ(FocusOf(countdown), GetDlgItem(countdown, IDCANCEL)) << "Enter cancels it";

@@ -83,16 +83,14 @@ struct LeftToStartTest : testing::Test {
 TEST_F(LeftToStartTest, TheChoiceIsOfThePreviewThatFoundSomethingInUse) {
   const QuellixWindow window;
   window.Click(chkDump);
-  const struct {
-    const char* name;
-    bool is_used;
-  } kRows[] = {{"nothing is in use", false}, {"one is", true}, {"none any more", false}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    const auto held = row.is_used ? std::make_unique<HeldFile>(used_) : nullptr;
+  const std::pair<const char*, bool> kRows[] = {
+      {"nothing is in use", false}, {"one is", true}, {"none any more", false}};
+  for (const auto& [name, is_used] : kRows) {
+    SCOPED_TRACE(name);
+    const auto held = is_used ? std::make_unique<HeldFile>(used_) : nullptr;
     const HWND question = Question(window);
     const HWND box = ChoiceIn(question);
-    ASSERT_EQ(box != nullptr, row.is_used);
+    ASSERT_EQ(box != nullptr, is_used);
     if (box) {
       EXPECT_EQ(TextOf(box),
                 L"Have Windows remove at its next start what is in use in its own folder (1 in use "

@@ -54,13 +54,11 @@ TEST_F(StartupTest, ASecondCopyBringsTheFirstForward) {
   EXPECT_FALSE(IsWindowVisible(owner));
   EXPECT_EQ(GetWindow(window.main(), GW_OWNER), owner);
   EXPECT_TRUE(GetWindowLongW(window.main(), GWL_EXSTYLE) & WS_EX_APPWINDOW);
-  const struct {
-    const char* name;
-    int state;
-  } kRows[] = {{"minimized", SW_MINIMIZE}, {"behind", SW_SHOWNA}, {"not shown", SW_HIDE}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    ShowWindow(window.main(), row.state);
+  const std::pair<const char*, int> kRows[] = {
+      {"minimized", SW_MINIMIZE}, {"behind", SW_SHOWNA}, {"not shown", SW_HIDE}};
+  for (const auto& [name, state] : kRows) {
+    SCOPED_TRACE(name);
+    ShowWindow(window.main(), state);
     const QuellixProcess second;
     EXPECT_EQ(second.AwaitExitCode(), DWORD{0});
     EXPECT_TRUE(IsWindowVisible(window.main()) && !IsIconic(window.main()));
@@ -170,25 +168,21 @@ TEST_F(StartupTest, WhatAHiddenStartAsksOfAHiddenRunFollows) {
 }
 
 TEST_F(StartupTest, SwitchesThatShowTheWindowCleanWhenTheyShould) {
-  const struct {
-    const char* name;
-    const wchar_t* arguments;
-    const char* settings;
-    bool cleans;
-  } kRows[] = {{"start", L"", "StartupClean=1\r\n", false},
-               {"with Windows", L"-S", "", false},
-               {"with Windows, cleaning", L"-S", "StartupClean=1\r\n", true},
-               {"clean now", L"-c", "", true}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    WriteSettings(row.settings);
+  const std::tuple<const char*, const wchar_t*, const char*, bool> kRows[] = {
+      {"start", L"", "StartupClean=1\r\n", false},
+      {"with Windows", L"-S", "", false},
+      {"with Windows, cleaning", L"-S", "StartupClean=1\r\n", true},
+      {"clean now", L"-c", "", true}};
+  for (const auto& [name, arguments, settings, cleans] : kRows) {
+    SCOPED_TRACE(name);
+    WriteSettings(settings);
     WriteBytes(junk_, "12345");
-    const QuellixWindow window(row.arguments);
+    const QuellixWindow window(arguments);
     EXPECT_TRUE(IsWindowVisible(window.main()));
-    EXPECT_TRUE(!row.cleans || window.AwaitWindow(L"Cleaning log"));
+    EXPECT_TRUE(!cleans || window.AwaitWindow(L"Cleaning log"));
     EXPECT_EQ(TextOf(window.Control(lblStatus)), L"");
     EXPECT_TRUE(window.Close());
-    EXPECT_EQ(HasJunk(), !row.cleans);
+    EXPECT_EQ(HasJunk(), !cleans);
   }
 }
 

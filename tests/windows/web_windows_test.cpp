@@ -90,26 +90,23 @@ TEST_F(WebWindowsTest, FavoritesAreAskedForOnlyWhenItIsWanted) {
 
 TEST_F(WebWindowsTest, EachResultOfANewVersionIsShown) {
   if (Port().empty()) GTEST_SKIP() << "scripts/with-server runs this beside its servers";
-  const struct {
-    std::string server;
-    const wchar_t* told;
-  } kRows[] = {
+  const std::pair<std::string, const wchar_t*> kRows[] = {
       {"", L"No server is set"},
       {"http://updates.example", L"must begin with https://"},
       {At("/new"), L"There is a new version: 99.1.0."},
       {At("/old"), L"There is no newer version."},
       {At("/missing"), L"it answers with an error (404)"},
   };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.server);
-    WriteBytes(ProgramFolder() / "Settings.ini", "[Updates]\r\nServer=" + row.server + "\r\n");
+  for (const auto& [server, told] : kRows) {
+    SCOPED_TRACE(server);
+    WriteBytes(ProgramFolder() / "Settings.ini", "[Updates]\r\nServer=" + server + "\r\n");
     const QuellixWindow window;
     window.Choose(mnuUpdates);
     const HWND update = window.AwaitWindow(L"New versions");
-    EXPECT_TRUE(AwaitPart(update, txtUpdate, row.told));
+    EXPECT_TRUE(AwaitPart(update, txtUpdate, told));
     ExpectKeys(update);
     EXPECT_FALSE(IsEnabled(update, cmdInstall));  // the tests' programs are built without a key
-    const bool is_known = row.server.ends_with("/new") || row.server.ends_with("/old");
+    const bool is_known = server.ends_with("/new") || server.ends_with("/old");
     const std::string settings = ReadBytes(ProgramFolder() / "Settings.ini");
     EXPECT_EQ(settings.find("LastCheck=") != std::string::npos, is_known);
     EXPECT_TRUE(CloseAndAwait(update) && IsWindowEnabled(window.main()));
@@ -120,11 +117,7 @@ TEST_F(WebWindowsTest, EachResultOfANewVersionIsShown) {
 TEST_F(WebWindowsTest, OnceAWeekANewVersionIsToldOfWhereThatIsWanted) {
   if (Port().empty()) GTEST_SKIP() << "scripts/with-server runs this beside its servers";
   const std::string recent = std::to_string(FileTimeNow());
-  const struct {
-    const char* name;
-    std::string wanted, last, server;
-    bool is_asked, is_told;
-  } kRows[] = {
+  const std::tuple<const char*, std::string, std::string, std::string, bool, bool> kRows[] = {
       {"due", "1", "1000", "/new", true, true},
       {"never asked", "1", "", "/new", true, true},
       {"none is newer", "1", "1000", "/old", true, false},
@@ -132,21 +125,21 @@ TEST_F(WebWindowsTest, OnceAWeekANewVersionIsToldOfWhereThatIsWanted) {
       {"asked this week", "1", recent, "/new", false, false},
       {"no answer", "1", "1000", "/missing", false, false},
   };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nCheckUpdates=" + row.wanted +
-                                                     "\r\n[Updates]\r\nServer=" + At(row.server) +
-                                                     "\r\nLastCheck=" + row.last + "\r\n");
+  for (const auto& [name, wanted, last, server, is_asked, is_told] : kRows) {
+    SCOPED_TRACE(name);
+    WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nCheckUpdates=" + wanted +
+                                                     "\r\n[Updates]\r\nServer=" + At(server) +
+                                                     "\r\nLastCheck=" + last + "\r\n");
     const QuellixWindow window;
     SendMessageW(window.main(), WM_TIMER, tmrUpdates, 0);
-    if (row.is_told) {
+    if (is_told) {
       const HWND update = window.AwaitWindow(L"New versions");
       EXPECT_TRUE(AwaitPart(update, txtUpdate, L"There is a new version: 99.1.0."));
       EXPECT_TRUE(CloseAndAwait(update));
     }
     const std::string settings = ReadBytes(ProgramFolder() / "Settings.ini");
-    const bool is_kept = settings.find("LastCheck=" + row.last + "\r\n") != std::string::npos;
-    EXPECT_EQ(is_kept, !row.is_asked);
+    const bool is_kept = settings.find("LastCheck=" + last + "\r\n") != std::string::npos;
+    EXPECT_EQ(is_kept, !is_asked);
     EXPECT_EQ(window.HasWindow(L"New versions"), false);
     EXPECT_TRUE(window.Close());
   }

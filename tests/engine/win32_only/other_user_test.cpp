@@ -74,19 +74,17 @@ TEST_F(OtherUserTest, HisFoldersAndVariablesAreTold) {
   OtherUserMachine other(ports.program_folder, user);
   System& system = other.machine().system;
   const std::string profile = user.profile;
-  const struct {
-    const char* name;
-    std::optional<std::string> value;
-  } kRows[] = {{"userprofile", profile},
-               {"APPDATA", profile + "\\AppData\\Roaming"},
-               {"LocalAppData", profile + "\\AppData\\Local"},
-               {"TEMP", profile + "\\his temp"},
-               {"USERNAME", "qx2"},
-               {"HOMEPATH", "\\users\\qx2"},
-               {"windir", ports.system.Environment("windir")},
-               {"ProgramFiles", ports.system.Environment("ProgramFiles")},
-               {"QxOwn", std::nullopt}};
-  for (const auto& row : kRows) EXPECT_EQ(system.Environment(row.name), row.value) << row.name;
+  const std::pair<const char*, std::optional<std::string>> kRows[] = {
+      {"userprofile", profile},
+      {"APPDATA", profile + "\\AppData\\Roaming"},
+      {"LocalAppData", profile + "\\AppData\\Local"},
+      {"TEMP", profile + "\\his temp"},
+      {"USERNAME", "qx2"},
+      {"HOMEPATH", "\\users\\qx2"},
+      {"windir", ports.system.Environment("windir")},
+      {"ProgramFiles", ports.system.Environment("ProgramFiles")},
+      {"QxOwn", std::nullopt}};
+  for (const auto& [name, value] : kRows) EXPECT_EQ(system.Environment(name), value) << name;
   EXPECT_EQ(system.TempFolder(), his_temp);
   // Elsewhere his keys are not the current user's.
   Registry& registry = other.machine().registry;
@@ -220,10 +218,7 @@ struct OtherUserFilesTest : OtherUserFixture {
 
 TEST_F(OtherUserFilesTest, NothingOutsideIsChangedByAnyPath) {
   const std::string in = elsewhere + "Temp";
-  const struct {
-    const char* name;
-    std::function<void()> change;
-  } kRows[] = {
+  const std::pair<const char*, std::function<void()>> kRows[] = {
       {"by a link", [&] { files.RemoveFile(home + "\\LED\\Temp\\a.tmp"); }},
       {"behind a..b", [&] { files.RemoveFile(home + "\\a..b\\led\\Temp\\a.tmp"); }},
       {"upwards", [&] { files.RemoveFile(home + "\\..\\elsewhere\\Temp\\a.tmp"); }},
@@ -249,11 +244,11 @@ TEST_F(OtherUserFilesTest, NothingOutsideIsChangedByAnyPath) {
          IniFiles(files, ports.system).Write(in + "\\a.tmp", std::span(&entry, 1));
        }}};
   const Names before = machine->Tree(scratch);
-  for (const auto& row : kRows) {
-    EXPECT_THROW(row.change(), Error) << row.name;
-    EXPECT_EQ(machine->Tree(scratch), before) << row.name;
-    EXPECT_EQ(Read(in + "\\a.tmp"), "1") << row.name;
-    EXPECT_EQ(ports.files.Look(in + "\\a.tmp")->attributes & kHidden, 0u) << row.name;
+  for (const auto& [name, change] : kRows) {
+    EXPECT_THROW(change(), Error) << name;
+    EXPECT_EQ(machine->Tree(scratch), before) << name;
+    EXPECT_EQ(Read(in + "\\a.tmp"), "1") << name;
+    EXPECT_EQ(ports.files.Look(in + "\\a.tmp")->attributes & kHidden, 0u) << name;
   }
 }
 

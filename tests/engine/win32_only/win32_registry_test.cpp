@@ -149,10 +149,7 @@ struct OtherUserLinkTest : RegistryFixture {
 constexpr RegistryAccess kRead = RegistryAccess::kRead, kWrite = RegistryAccess::kWrite;
 
 TEST_F(OtherUserLinkTest, WhatHisLinksLeadToIsReadAndNotChanged) {
-  const struct {
-    const char* name;
-    std::function<void(Registry&)> change;
-  } kRows[] = {
+  const std::pair<const char*, std::function<void(Registry&)>> kRows[] = {
       {"a value below a link",
        [](Registry& his) { his.Open(kUser, "above\\RunMRU", kWrite)->DeleteValue("v"); }},
       {"a value of a link",
@@ -179,9 +176,9 @@ TEST_F(OtherUserLinkTest, WhatHisLinksLeadToIsReadAndNotChanged) {
     const RegistryPicture before = OfOthers();
     for (const char* key : {"above\\RunMRU", "list"})
       ASSERT_TRUE(his.Open(kUser, key, kRead)->QueryValue("v")) << key;
-    for (const auto& row : kRows) {
-      EXPECT_THROW(row.change(his), Error) << row.name << " " << target;
-      EXPECT_EQ(OfOthers(), before) << row.name << " " << target;
+    for (const auto& [what, change] : kRows) {
+      EXPECT_THROW(change(his), Error) << what << " " << target;
+      EXPECT_EQ(OfOthers(), before) << what << " " << target;
     }
   }
 }
