@@ -38,6 +38,19 @@ struct FileAssociationsTest : RegistryFixture {
     for (size_t i = 0; i < scan.RowCount(); ++i) rows += scan.row(i).texts[2] == leads_to ? 1 : 0;
     return rows;
   }
+  // The test's own rows.
+  static std::vector<size_t> OwnRows(const RegistryScan& scan) {
+    std::vector<size_t> own;
+    for (size_t i = 0; i < scan.RowCount(); ++i) {
+      if (ContainsNoCase(scan.row(i).texts[0], "qx")) own.push_back(i);
+    }
+    return own;
+  }
+  static size_t RowOfUsersClass(const RegistryScan& scan) {
+    size_t row = 0;
+    while (scan.row(row).texts[0] != ".qxuser" || scan.row(row).texts[1] != "class") ++row;
+    return row;
+  }
   RegistryPicture PictureOfKeys() {
     RegistryPicture picture;
     for (const auto& [root, key] : keys) Picture(root, key, picture);
@@ -99,17 +112,12 @@ TEST_F(FileAssociationsTest, WhatIsDeletedComesBackAndWhatIsProtectedStays) {
   Seed();
   const RegistryPicture before = PictureOfKeys();
   const auto scan = Scan();
-  std::vector<size_t> chosen;
-  for (size_t i = 0; i < scan->RowCount(); ++i) {
-    if (ContainsNoCase(scan->row(i).texts[0], "qx")) chosen.push_back(i);
-  }
-  scan->DeleteRows(chosen, false);
+  scan->DeleteRows(OwnRows(*scan), false);
   EXPECT_EQ(scan->stayed(), 1u);
   EXPECT_TRUE(Holds(scan->failure(), "Windows protects what its user has chosen"));
   EXPECT_EQ(Rows(*Scan()), (Names{"!.qxchosen|chosen class|QxNowhere|User, protected"}));
   EXPECT_TRUE(machine->KeyExists(kUser, std::string(kClasses) + "QxDead\\shell\\print\\command"));
-  ASSERT_EQ(UndoFiles().size(), 1u);
-  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  RestoreAll();
   EXPECT_EQ(PictureOfKeys(), before);
 }
 
@@ -118,42 +126,33 @@ TEST_F(FileAssociationsTest, AnotherProgramOfThoseOfferedTakesThePlace) {
   const RegistryPicture before = PictureOfKeys();
   const auto scan = Scan();
   EXPECT_FALSE(scan->Offers(ScanAction::kChoose, RowOf(*scan, ".qxnone"))) << "none is offered";
-  size_t row = 0;
-  while (scan->row(row).texts[0] != ".qxuser" || scan->row(row).texts[1] != "class") ++row;
+  const size_t row = RowOfUsersClass(*scan);
   EXPECT_EQ(scan->ChoicesFor(row), Names{"QxOk"});
   scan->Choose(row, "QxOk");
   const auto key =
       ports.registry.Open(kUser, std::string(kClasses) + ".qxuser", RegistryAccess::kRead);
   EXPECT_EQ(modRegistry::ReadText(*key, ""), "QxOk");
   for (const std::string& line : Rows(*Scan())) EXPECT_FALSE(line.starts_with("!.qxuser|class"));
-  ASSERT_EQ(UndoFiles().size(), 1u);
-  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  RestoreAll();
   EXPECT_EQ(PictureOfKeys(), before);
 }
 
 TEST_F(FileAssociationsTest, WhatHasChangedOrLeadsSomewhereAgainStays) {
   Seed();
   const auto scan = Scan();
-  std::vector<size_t> chosen;
-  for (size_t i = 0; i < scan->RowCount(); ++i) {
-    if (ContainsNoCase(scan->row(i).texts[0], "qx")) chosen.push_back(i);
-  }
-  const auto user_class = std::ranges::find_if(chosen, [&](size_t row) {
-    return scan->row(row).texts[0] == ".qxuser" && scan->row(row).texts[1] == "class";
-  });
-  ASSERT_NE(user_class, chosen.end());
+  const std::vector<size_t> chosen = OwnRows(*scan);
+  const size_t user_class = RowOfUsersClass(*scan);
   Put(kUser, "QxDead\\shell\\open\\command", gone + " /new");
   Put(kMachine, "QxNowhere", "");
   Put(kMachine, "QxOther", "");
   Put(kMachine, "Applications\\qxgone.exe", "");
   keys.back().second = std::string(kClasses) + "Applications\\qxgone.exe";
   const RegistryPicture before = PictureOfKeys();
-  EXPECT_THROW(scan->Choose(*user_class, "QxOk"), Error) << "its class is there again";
+  EXPECT_THROW(scan->Choose(user_class, "QxOk"), Error) << "its class is there again";
   machine->MakeFile(gone, "x");
   scan->DeleteRows(chosen, false);
   EXPECT_EQ(scan->stayed(), chosen.size() - 1) << "but for a verb that is still nowhere";
-  Names rows = Rows(*Scan());
-  EXPECT_EQ(rows, Names()) << "and none of them is dead by now";
+  EXPECT_EQ(Rows(*Scan()), Names()) << "and none of them is dead by now";
   Set(kUser, std::string(kClasses) + "QxDead\\shell", "", Text("show"));
   EXPECT_EQ(PictureOfKeys(), before);
 }
@@ -161,8 +160,7 @@ TEST_F(FileAssociationsTest, WhatHasChangedOrLeadsSomewhereAgainStays) {
 TEST_F(FileAssociationsTest, AClassThatOpensNothingAnyMoreIsNotChosen) {
   Seed();
   const auto scan = Scan();
-  size_t row = 0;
-  while (scan->row(row).texts[0] != ".qxuser" || scan->row(row).texts[1] != "class") ++row;
+  const size_t row = RowOfUsersClass(*scan);
   ports.files.RemoveFile(there);
   const RegistryPicture before = PictureOfKeys();
   EXPECT_THROW(scan->Choose(row, "QxOk"), Error);
@@ -184,8 +182,8 @@ TEST_F(FileAssociationsTest, ADeletionLooksAtTheMachineOnceAndStopsBetweenRows) 
   Counting files(ports.files);
   const auto scan = ScanOf(ScanTool::kAssociations, WithFiles(ports, files));
   std::vector<size_t> chosen;
-  for (size_t i = 0; i < scan->RowCount(); ++i) {
-    if (scan->row(i).texts[2] == "QxNowhere") chosen.push_back(i);
+  for (const size_t row : OwnRows(*scan)) {
+    if (scan->row(row).texts[2] == "QxNowhere") chosen.push_back(row);
   }
   ASSERT_EQ(chosen.size(), 40u);
   for (const size_t stop_at : {1u, 20u, 41u}) {

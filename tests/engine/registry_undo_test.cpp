@@ -297,8 +297,7 @@ TEST_F(RegistryUndoTest, PluginsKeepKeysAndValuesAlsoOfTheClasses) {
   EXPECT_EQ(engine.state().RunLog, "");
   EXPECT_FALSE(machine->KeyExists(kUser, "Qx1\\tree") || machine->KeyExists(kMachine, type));
   EXPECT_EQ(machine->ValueNames(kUser, "Qx2\\key"), Names{"stays"});
-  ASSERT_EQ(UndoFiles().size(), 1u);
-  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  RestoreAll();
   EXPECT_EQ(UserPicture(), before);
   EXPECT_EQ(machine->ValueNames(kMachine, type), Names{"v"});
   machine->RemoveRegistryTree(kMachine, "Software\\Classes\\Qx");

@@ -251,8 +251,7 @@ TEST_F(StartupProgramsTest, WhatIsDeletedComesBackAndWhatIsOnlyReadStays) {
   EXPECT_TRUE(machine->KeyExists(kMachine, std::string(kServices) + "QxAuto"));
   EXPECT_FALSE(machine->Exists(FolderOf(kUser) + "\\Qx.lnk"));
   EXPECT_EQ(Rows(*Scan()), (Names{"+|QxAuto|Maker|A program|On|Service"}));
-  ASSERT_EQ(UndoFiles().size(), 1u);
-  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  RestoreAll();
   EXPECT_EQ(PictureOfKeys(), before);
   EXPECT_EQ(scan->QuestionFor(2, false), "");
   WriteSettings("[General]\r\nAsk=1\r\n");

@@ -247,8 +247,7 @@ TEST_F(UninstallEntriesTest, AnEntryGoesAsAWholeAndComesBack) {
   EXPECT_EQ(scan->failure(), "");
   EXPECT_FALSE(machine->KeyExists(kUser, key));
   EXPECT_EQ(Rows(*Scan()), Names{"!Qx2|uninstaller missing"});
-  ASSERT_EQ(UndoFiles().size(), 1u);
-  EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  RestoreAll();
   Picture(kUser, kPrograms + std::string("Qx"), after);
   EXPECT_EQ(after, before);
 }

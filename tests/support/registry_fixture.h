@@ -64,6 +64,11 @@ struct RegistryFixture : RunFixture {
     return backups.Restore(name, {.entry_paths = {}, .to = "", .mode = OverwriteMode::kAlways},
                            prompts);
   }
+  // From the one file that a deletion has left.
+  void RestoreAll() {
+    ASSERT_EQ(UndoFiles().size(), 1u);
+    EXPECT_TRUE(RestoreFile(UndoFiles()[0]).problems.empty());
+  }
 
   std::unique_ptr<RegistryScan> ScanOf(ScanTool tool, const Machine& of) {
     auto scan = MakeScan(tool, of, scan_view);
