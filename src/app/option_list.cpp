@@ -50,8 +50,7 @@ constexpr std::array<ListPage, kListPages> kPages = {{
 }};
 
 std::string WhyNoFileType(std::string_view type) {
-  const std::string form =
-      Tr("Please enter the file type in format\r\n*.bak, ~$*.doc or the like. ");
+  std::string form = Tr("Please enter the file type in format\r\n*.bak, ~$*.doc or the like. ");
   const bool is_mask = type.find_first_of(".*?#[") != type.npos;
   const bool is_name = type.find_first_of("\\/:\"<>|") == type.npos && !HasControlCharacters(type);
   if (!is_mask || !is_name || !Wildcard(UpCase(type)).valid()) return form;

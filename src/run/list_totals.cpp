@@ -22,8 +22,8 @@ void ListTotals::Add(bool is_ticked, std::optional<double> size) {
 
 std::string TotalsText(const ListTotals& totals, const Locale& locale) {
   if (totals.rows == 0) return Tr("No rows");
-  const std::string text = TrN("%1 row", "%1 rows", totals.rows, FormatCount(totals.rows, locale)) +
-                           SizeBehind(totals, totals.bytes, locale);
+  std::string text = TrN("%1 row", "%1 rows", totals.rows, FormatCount(totals.rows, locale)) +
+                     SizeBehind(totals, totals.bytes, locale);
   if (!totals.has_ticks) return text;
   if (totals.ticked == 0) return Tr("%1; none ticked", text);
   const std::string ticked =
