@@ -94,8 +94,37 @@ void EntryList::List() {
 }
 
 void EntryList::Order() {
+  const RunColumn column = order_->column;
+  const bool is_text = column == RunColumn::kKind || column == RunColumn::kItem ||
+                       column == RunColumn::kFate || column == RunColumn::kNote;
+  if (is_text) return OrderByText();
   SortRows(view_, 0, order_->descending,
            [this](Index a, Index b) { return Compare(entries_->all[a], entries_->all[b]); });
+}
+
+// Many entries have the same text in such a column: it is made once for each, and few are compared.
+void EntryList::OrderByText() {
+  struct Before {
+    bool operator()(const std::string& a, const std::string& b) const {
+      return CompareNoCase(a, b) < 0;
+    }
+  };
+  std::map<std::string, std::vector<Index>, Before> rows;
+  auto last = rows.end();
+  for (const Index index : view_) {
+    std::string text = TextOf(entries_->all[index], order_->column);
+    if (last == rows.end() || last->first != text) last = rows.try_emplace(std::move(text)).first;
+    last->second.push_back(index);
+  }
+  view_.clear();
+  const auto append = [this](const auto& row) {
+    view_.insert(view_.end(), row.second.begin(), row.second.end());
+  };
+  if (order_->descending) {
+    std::for_each(rows.rbegin(), rows.rend(), append);
+  } else {
+    std::for_each(rows.begin(), rows.end(), append);
+  }
 }
 
 void EntryList::CountAll() {
@@ -172,8 +201,10 @@ std::string_view EntryList::ItemText(const RunEntry& entry) const {
 }
 
 std::string EntryList::Text(size_t row, RunColumn column) const {
-  if (IsHeading(row)) return HeadingText(row, column);
-  const RunEntry& entry = At(row);
+  return IsHeading(row) ? HeadingText(row, column) : TextOf(At(row), column);
+}
+
+std::string EntryList::TextOf(const RunEntry& entry, RunColumn column) const {
   switch (column) {
     case RunColumn::kPlace: {
       const std::string place = PlaceText(entry);
@@ -198,25 +229,10 @@ std::string EntryList::Text(size_t row, RunColumn column) const {
 }
 
 int EntryList::Compare(const RunEntry& a, const RunEntry& b) const {
-  switch (order_->column) {
-    case RunColumn::kPlace: {
-      const int order = CompareNoCase(a.place, b.place);
-      return order != 0 ? order : CompareNoCase(a.part, b.part);
-    }
-    case RunColumn::kKind:
-      return KindText(a.kind).compare(KindText(b.kind));
-    case RunColumn::kBytes:
-      return CompareNumbers(a.bytes, b.bytes);
-    case RunColumn::kModified:
-      return CompareNumbers(a.last_write, b.last_write);
-    case RunColumn::kItem:
-      return CompareNoCase(ItemText(a), ItemText(b));
-    case RunColumn::kFate:
-      return FateText(a, is_preview_).compare(FateText(b, is_preview_));
-    case RunColumn::kNote:
-      break;
-  }
-  return CompareNoCase(NoteText(*entries_, a, is_preview_), NoteText(*entries_, b, is_preview_));
+  if (order_->column == RunColumn::kBytes) return CompareNumbers(a.bytes, b.bytes);
+  if (order_->column == RunColumn::kModified) return CompareNumbers(a.last_write, b.last_write);
+  const int order = CompareNoCase(a.place, b.place);
+  return order != 0 ? order : CompareNoCase(a.part, b.part);
 }
 
 void EntryList::Sort(RunColumn column) {

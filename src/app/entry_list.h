@@ -93,6 +93,7 @@ class EntryList {
   void CountAll();
   void Count(Index entry, int sign);
   void Order();
+  void OrderByText();
   void AddHeadings();
   std::string HeadingText(size_t row, RunColumn column) const;
   // The rows below a heading: from the first to one behind the last.
@@ -100,6 +101,8 @@ class EntryList {
   bool IsInScope(const RunEntry& entry) const;
   bool IsRuleInScope(size_t rule) const;
   bool PassesFilter(Index entry) const;
+  std::string TextOf(const RunEntry& entry, RunColumn column) const;
+  // By place, size or date.
   int Compare(const RunEntry& a, const RunEntry& b) const;
   std::string_view ItemText(const RunEntry& entry) const;
 
