@@ -141,7 +141,7 @@ class Bench : BenchMachine {
         },
         [this] { RunShell("find '" + Tree().string() + "' -printf '%s %T@ %p\\n' > /dev/null"); });
     if (shown->all.size() != size_t{kFolders} * kFilesAFolder) throw std::runtime_error("count");
-    double bytes = static_cast<double>(shown->all.capacity() * sizeof(RunEntry));
+    double bytes = static_cast<double>(shown->all.size() * sizeof(RunEntry));
     for (const RunEntry& entry : shown->all) {
       for (const std::string* text : {&entry.place, &entry.part, &entry.note}) {
         if (text->capacity() > std::string().capacity())

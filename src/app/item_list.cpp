@@ -184,7 +184,7 @@ void ItemList::BeginLook(const RunState& state) {
 
 void ItemList::Follow() {
   if (look_ == nullptr) return;
-  const std::vector<RunEntry>& entries = look_->Entries->all;
+  const std::deque<RunEntry>& entries = look_->Entries->all;
   for (; taken_in_ < entries.size(); ++taken_in_) {
     const RunEntry& entry = entries[taken_in_];
     if (entry.item == 0 && entry.rule == 0) continue;

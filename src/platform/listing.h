@@ -20,13 +20,18 @@ class Listing {
     names_.reserve(other.names_.size());
     infos_.reserve(other.infos_.size());
   }
+  // None any more; the room stays.
+  void Clear() {
+    names_.clear();
+    infos_.clear();
+  }
   size_t size() const { return infos_.size(); }
   Entry operator[](size_t i) const {
     const size_t start = i == 0 ? 0 : infos_[i - 1].end;
     return {std::string_view(names_).substr(start, infos_[i].end - start), infos_[i].info};
   }
-  // The memory it takes, in bytes.
-  size_t bytes() const { return names_.capacity() + infos_.capacity() * sizeof(Place); }
+  // The memory a copy takes, in bytes.
+  size_t bytes() const { return names_.size() + infos_.size() * sizeof(Place); }
 
  private:
   struct Place {

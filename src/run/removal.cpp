@@ -198,13 +198,6 @@ bool RemoveAndCount(CleaningContext& context, WorkingFolder& working, std::strin
   return false;
 }
 
-// For a few it would be made again and again, and twice as much as there is would be too much.
-void MakeRoom(std::vector<RunEntry>& entries, size_t more) {
-  const size_t size = std::min(entries.size() + more, RunEntries::kMost);
-  if (size > entries.capacity())
-    entries.reserve(std::max(size, entries.capacity() + entries.capacity() * 2 / 5));
-}
-
 // Files from which on a thread of their own is worth while, and to be told to one that is there.
 constexpr size_t kEnough = 256, kEnoughToExpect = 16;
 
@@ -320,7 +313,6 @@ std::shared_ptr<void> ExpectLooks(CleaningContext& context, std::span<const File
 
 void RemovePendingFiles(CleaningContext& context, const FileList& list, Claim claim) {
   RunState& state = context.state;
-  MakeRoom(state.Entries->all, list.PendingFiles.size());
   WorkingFolder working(context, list, claim);
   const ListProgress progress(context, working, list);
   BackupBatch batch(context);

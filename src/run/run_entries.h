@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -53,7 +54,7 @@ struct RunEntries {
   // Beyond these they are only counted.
   static constexpr size_t kMost = 1'000'000;
 
-  std::vector<RunEntry> all;
+  std::deque<RunEntry> all;  // never moved, and no more room than they need
   uint64_t left_out = 0;
   std::vector<std::string> rules = {""};     // by name: a plug-in, a line of a list
   std::vector<std::string> archives = {""};  // full paths

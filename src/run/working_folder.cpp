@@ -75,17 +75,17 @@ Folder& WorkingFolder::Open(std::string_view parent) {
   return *opened_;
 }
 
-std::string WorkingFolder::TruePath(Folder& folder, std::string_view path) const {
+std::string_view WorkingFolder::TruePath(Folder& folder, std::string_view path) {
   const std::string_view name = NamePart(path);
   const bool may_be_short = claim_ == Claim::kOwnList || name.find('~') != name.npos;
-  if (list_.folder || !may_be_short) return std::string(path);
-  return std::string(FolderPart(path)) + TrueName(folder, name);
+  if (list_.folder || !may_be_short) return path;
+  return true_path_ = std::string(FolderPart(path)) + TrueName(folder, name);
 }
 
 Folder& WorkingFolder::Of(std::string_view typed) {
   Folder& folder = Open(FolderPart(typed));
   ProtectedPlaces& places = PlacesOf(context_);
-  const std::string path = TruePath(folder, typed);
+  const std::string_view path = TruePath(folder, typed);
   const std::string_view name = NamePart(path);
   const std::string_view line = places.keep().ForFile(folder, id_, path);
   if (!line.empty()) throw Error(Error::Kind::kKept, std::string(line));

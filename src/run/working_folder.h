@@ -40,15 +40,16 @@ class WorkingFolder {
   Folder& OfFolder(std::string_view path);
 
  private:
-  // Judged is what a name stands for.
-  std::string TruePath(Folder& folder, std::string_view path) const;
+  // Judged is what a name stands for. Valid until the next call.
+  std::string_view TruePath(Folder& folder, std::string_view path);
   Folder& Open(std::string_view parent);
   std::unique_ptr<Folder> OpenBelow(std::string_view parent) const;
 
   CleaningContext& context_;
   const FileList& list_;
   Claim claim_;
-  std::string path_;  // of opened_
+  std::string path_;       // of opened_
+  std::string true_path_;  // of what stands for another name
   std::shared_ptr<Folder> opened_;
   FileId id_;
 };

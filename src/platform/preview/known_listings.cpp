@@ -36,7 +36,7 @@ void KnownListings::Keep(const FileId& folder, Known known) {
 }
 
 void KnownListings::Forget(const FileId& folder) {
-  old_.erase(folder);
+  if (!old_.empty()) old_.erase(folder);
   const auto young = young_.find(folder);
   if (young == young_.end()) return;
   bytes_ -= SizeOf(young->second);
@@ -52,9 +52,9 @@ void KnownListings::NoteGone(const FileId& folder, std::string_view name) {
     noted_folder_ = folder;
     noted_ = nullptr;
     is_noted_ = true;
-    for (Generation* generation : {&old_, &young_}) {
-      if (const auto place = generation->find(folder); place != generation->end())
-        noted_ = &place->second;
+    for (Generation* generation : {&young_, &old_}) {
+      const auto place = noted_ == nullptr ? generation->find(folder) : generation->end();
+      if (place != generation->end()) noted_ = &place->second;
     }
   }
   if (noted_ == nullptr) return;

@@ -10,10 +10,11 @@
 
 namespace quellix {
 
-// For hash tables of folders.
+// For hash tables of folders. Those beside each other mostly have numbers beside each other; in the
+// table they are as well, so that who goes through them in order finds it in the processor's cache.
 struct HashOfId {
   size_t operator()(const FileId& id) const {
-    return id.number[0] * 0x9E3779B97F4A7C15 ^ id.number[1] ^ id.volume;
+    return id.number[0] + (id.number[1] ^ id.volume) * 0x9E3779B97F4A7C15;
   }
 };
 

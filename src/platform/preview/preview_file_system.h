@@ -75,6 +75,7 @@ class PreviewFileSystem : public FileSystem {
   std::unordered_set<FileId, HashOfId> gone_folders_;
   uint64_t changes_ = 0;  // so far
   KnownListings listings_;
+  Listing spare_;  // where listings are gathered
   uint64_t folders_made_ = 0;
   RecycleBinContent recycled_;
 };

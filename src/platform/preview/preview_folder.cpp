@@ -176,17 +176,18 @@ bool PreviewFolder::EnumerateReal(Detail detail, const EntryVisitor& visit) {
   if (known.listing) return EnumerateKnown(std::move(known), visit);
   const uint64_t changes = files_.changes_;
   const bool has_nodes = nodes_ != nullptr || files_.nodes_.contains(id_);
-  auto listing = std::make_shared<Listing>();  // null once it is not to be kept
-  bool more = true;
+  Listing listing = std::move(files_.spare_);  // for the room it has
+  listing.Clear();
+  bool keeps = id_.is_known(), more = true;
   inner_->Enumerate(detail, [&](const Entry& entry) {
     if (has_nodes && Find(entry.name) != nullptr) return true;
-    if (listing) listing->Add(entry);
+    if (keeps) listing.Add(entry);
     more = visit(entry);
-    if (files_.changes_ != changes || (listing && !files_.listings_.Takes(*listing)))
-      listing.reset();
+    keeps = keeps && files_.changes_ == changes && files_.listings_.Takes(listing);
     return more;
   });
-  if (more && listing && id_.is_known()) files_.listings_.Keep(id_, {detail, listing});
+  if (more && keeps) files_.listings_.Keep(id_, {detail, std::make_shared<const Listing>(listing)});
+  files_.spare_ = std::move(listing);
   return more;
 }
 

@@ -103,7 +103,8 @@ const LookAhead::Part& LookAhead::PartOf(size_t number) const {
 }
 
 void LookAhead::MoveOnTo(size_t number) {
-  const size_t before = behind_.exchange(number, std::memory_order_acq_rel);
+  const size_t before = behind_.load(std::memory_order_relaxed);  // changed by this thread alone
+  behind_.store(number, std::memory_order_release);
   if (before / kPiece != number / kPiece) Wake();
 }
 

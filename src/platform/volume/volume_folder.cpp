@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -33,13 +34,6 @@ std::string NameOfFd(int fd) {
   const std::string link = "/proc/self/fd/" + std::to_string(fd);
   const ssize_t size = readlink(link.c_str(), name, sizeof name);
   return size <= 0 || size == sizeof name ? "" : std::string(name, static_cast<size_t>(size));
-}
-
-// Kept from changes in it by an attribute of its own.
-bool IsImmutable(int folder) {
-  struct statx state {};
-  return statx(folder, "", AT_EMPTY_PATH, 0, &state) == 0 &&
-         (state.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0;
 }
 
 }  // namespace
@@ -89,9 +83,10 @@ bool VolumeFolder::IsFolderLink(const Located& entry) {
 
 FileId VolumeFolder::Id() {
   if (id_) return *id_;
-  struct stat status;
-  if (fstat(fd(), &status) != 0) ThrowErrno(errno, path_);
-  return *(id_ = IdFrom(status));
+  struct statx seen;
+  if (statx(fd(), "", AT_EMPTY_PATH, STATX_INO, &seen) != 0) ThrowErrno(errno, path_);
+  is_immutable_ = (seen.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0;
+  return *(id_ = FileId{makedev(seen.stx_dev_major, seen.stx_dev_minor), {seen.stx_ino, 0}});
 }
 
 std::vector<FileId> VolumeFolder::Above() {
@@ -344,9 +339,9 @@ void VolumeFolder::RemoveFolder(std::string_view name) {
 
 void VolumeFolder::RequireRemovable(std::string_view name) {
   if (!holds_names_) {
-    holds_names_ = faccessat(fd(), ".", W_OK | X_OK, AT_EACCESS) != 0 ? errno
-                   : IsImmutable(fd())                                ? EPERM
-                                                                      : 0;
+    Id();  // tells of an attribute that keeps it from changes as well
+    const bool may_write = faccessat(fd(), ".", W_OK | X_OK, AT_EACCESS) == 0;
+    holds_names_ = !may_write ? errno : is_immutable_ ? EPERM : 0;
   }
   const bool is_known = !name.empty() && looked_.name == name;
   const bool is_immutable = is_known ? looked_.is_immutable : Need(name).is_immutable;

@@ -75,6 +75,7 @@ class VolumeFolder : public Folder {
   bool is_unread_ = false;  // fd_ may be for reading, and stands at its beginning
   std::string path_;
   std::optional<FileId> id_;        // once it was asked for
+  bool is_immutable_ = false;       // known with it: kept from changes by an attribute of its own
   std::weak_ptr<LookAhead> ahead_;  // of a folder above, or of this one
   // The file looked at last: who removes it next need not look again.
   Located looked_;
