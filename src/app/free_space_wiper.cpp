@@ -92,6 +92,7 @@ class Wiper {
       if (error.kind() != Error::Kind::kDenied) throw;
       return false;
     }
+    is_made_ = true;
     folder_ = parent_->OpenFolder(name_);
     if (!folder_) throw Error(Error::Kind::kMissing, Say("%1 is not there.", parent + name_));
     return true;
@@ -227,16 +228,27 @@ class Wiper {
 
   // However it ended, and whatever a pause says; what was made here alone.
   void ClearAway() {
-    if (!folder_) return;
+    if (!is_made_) return;
     for (const std::string& name : names_) {
-      Remove([&] { Pauses(kClearingAway); });
+      PauseAllTheSame();
       Remove([&] { folder_->RemoveFile(name); });
     }
     folder_.reset();
-    Remove([&] { parent_->RemoveFolder(name_); });
+    Remove([&] {
+      parent_->RemoveFolder(name_);
+      left_.clear();  // with it all that was in it has gone
+    });
     if (left_.empty()) return;
     notes_->Leave();
     wiped_.problem += (wiped_.problem.empty() ? "" : " ") + left_;
+  }
+
+  void PauseAllTheSame() {
+    try {
+      Pauses(kClearingAway);
+    } catch (const std::exception&) {  // what is being cleared away goes first
+      return;
+    }
   }
 
   template <typename Action>
@@ -260,6 +272,7 @@ class Wiper {
   RandomSource random_;
   std::string piece_, name_, parent_path_, left_;
   std::unique_ptr<Folder> parent_, folder_;
+  bool is_made_ = false;
   std::vector<std::string> names_;
   uint64_t total_ = 0;
   int unsent_ = 0, most_unsent_ = 1;  // pieces

@@ -159,7 +159,7 @@ std::string RunLogs::Keep(const RunTotals& totals, int most) {
 // After a clock was moved back the last run need not have the last name.
 std::string RunLogs::RemoveOld(const std::string& kept, size_t most) {
   std::string stayed;
-  const auto folders = OpenAll(machine_.files, folders_);
+  const auto folders = OpenAll(machine_.files, {folders_[0]});  // another copy removes its own
   std::vector<KeptRun> runs = RunsIn(folders);
   std::erase_if(runs, [&](const KeptRun& run) { return run.name == kept; });
   for (size_t i = most; i < runs.size(); ++i) {

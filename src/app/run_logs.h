@@ -12,7 +12,7 @@ namespace quellix {
 // The runs that are kept for later reading: reports as quellixctl writes them, in the folder Logs
 // of the program folder, a file a run, named by its time ("2026-11-22 09.30.00.json"). They name
 // what was removed and never hold contents. Those that a copy with other rights kept beside the
-// program are among them.
+// program are among them; only that copy removes them.
 class RunLogs {
  public:
   explicit RunLogs(const Machine& machine);

@@ -197,6 +197,9 @@ bool StoreAndStart(const Machine& machine, const std::string& folder_path, const
     file->Flush();
   }
   const std::unique_ptr<RandomFile> kept = folder->Open(name, OpenMode::kReadKept);
+  // While it is open nobody gives its folder another name; before, somebody may have.
+  const std::unique_ptr<Folder> there = machine.files.OpenFolder(folder_path);
+  if (!there || there->Id() != folder->Id()) Refuse(Say("another program has changed it"));
   RequireSame(*kept, bytes);
   RequireAlone(*folder, name);
   return machine.shell.StartProgram(folder_path + "\\" + name, "");

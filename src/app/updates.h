@@ -56,8 +56,8 @@ std::string FetchInstaller(Http& http, const UpdateSource& source, std::string_v
 
 // Writes the installer into a private folder among the temporary files and starts it, from a file
 // that nobody can have exchanged meanwhile, and beside which nothing else lies. False when the user
-// refuses it the rights that it wants. Throws Error. In both cases nothing is left. What an earlier
-// call left behind goes first.
+// refuses it the rights that it wants. Throws Error. In both cases nothing is left but what others
+// put there. What an earlier call left behind goes first.
 bool StartInstaller(const Machine& machine, std::string_view version, std::string_view bytes);
 
 // Removes what StartInstaller left behind, but for an installer that still runs. Never throws.

@@ -62,7 +62,7 @@ struct FileTimes {
 
 enum class OpenMode {
   kRead,           // an existing file; others may write and remove it meanwhile
-  kReadKept,       // an existing file; on a running Windows nobody may write or remove it meanwhile
+  kReadKept,       // an existing file that nobody makes now (kInUse); nor does on Windows meanwhile
   kWrite,          // an existing file, for overwriting; it need not be readable
   kReadAndCreate,  // for reading and writing, by one at a time; made, empty and at once on the
                    // disk, when missing

@@ -5,6 +5,8 @@
 #include "platform/text.h"
 #include "run/known_folders.h"
 #include "run/precious_names.h"
+#include "settings/own_files.h"
+#include "settings/settings.h"
 
 namespace quellix {
 namespace {
@@ -144,12 +146,21 @@ void PreciousFinder::Find(std::string_view backup_folder) {
   Note(machine_.program_folder, Kind::kOwn);
   Note(machine_.installed_folder, Kind::kOwn);
   Note(backup_folder, Kind::kOwn);
+  NoteOtherCopy();
   FindDrives();
   FindWindows();
   FindPrograms();
   FindProfiles();
   FindKnownFolders();
   FindOthersFolders();
+}
+
+// What a copy with other rights backs up to.
+void PreciousFinder::NoteOtherCopy() try {
+  if (FoundFolders(machine_).size() > 1)
+    Note(Settings(BesideProgram(machine_)).Load().BackupFolder, Kind::kOwn);
+} catch (const Error&) {  // its settings cannot be read, nor are its backups listed
+  return;
 }
 
 std::unique_ptr<Folder> PreciousFinder::Open(std::string_view path) {

@@ -26,6 +26,7 @@ class PreciousFinder {
   using Kind = ProtectedPlaces::Kind;
 
   std::unique_ptr<Folder> Open(std::string_view path);
+  void NoteOtherCopy();
   void Note(std::string_view path, Kind kind);
   void NoteIn(FolderBranch& branch, std::initializer_list<const char*> names, Kind kind);
   void FindDrives();

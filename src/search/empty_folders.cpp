@@ -92,8 +92,8 @@ Sentence EmptyFolderGuard::WhyNot(const std::string& path) {
   if (is_in(folder->Id()) || std::ranges::any_of(above, is_in))
     return Say("It lies where Windows or programs are installed: %1", path);
   const std::string upper = UpCase(WithBackslash(path));
-  const bool is_of_shell =
-      std::ranges::any_of(above, [this](const FileId& id) { return Has(of_shell_, id); });
+  const auto is_shells = [this](const FileId& id) { return Has(of_shell_, id); };
+  const bool is_of_shell = is_shells(folder->Id()) || std::ranges::any_of(above, is_shells);
   if (places.IsNoted(*folder) || Has(temporary_, folder->Id()) || is_of_shell ||
       IsExpectedInProfiles(upper))
     return Say("Windows or its programs expect this folder: %1", path);

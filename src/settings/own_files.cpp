@@ -27,6 +27,7 @@ void NameProgram(const Machine& machine) try {
   constexpr std::string_view kMark = "\xFF\xFE";
   const std::string path = OwnPath(machine, kPrograms);
   std::string bytes = machine.files.ReadWholeFile(path).value_or(std::string(kMark));
+  if (!bytes.starts_with(kMark) || bytes.size() % 2 != 0) bytes = kMark;
   for (const std::string& line : Split(FromUtf16Bytes(bytes.substr(kMark.size())), '\n')) {
     if (EqualsNoCase(line.substr(0, line.find('\r')), machine.installed_folder)) return;
   }

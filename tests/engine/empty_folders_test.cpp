@@ -135,6 +135,7 @@ TEST_F(EmptyFoldersTest, FoldersOfListedUsersAreKnownWhateverTheirPath) {
   const std::tuple<const char*, const char*, bool> kRows[] = {
       {"AppData\\Local\\", "Temp", true},
       {"AppData\\Local\\", "Temp\\x", false},
+      {"AppData\\Roaming\\Microsoft\\", "Windows", true},  // empty still
       {"AppData\\Roaming\\Microsoft\\", "Windows\\Templates", true},
       {"AppData\\Local\\Microsoft\\", "Windows\\Burn\\Burn", true},
       {"AppData\\Local\\Qx\\", "Windows\\Burn", false},

@@ -204,6 +204,16 @@ TEST_F(FreeSpaceTest, WhatCannotBeRemovedIsToldAndItsNoteStaysForTheNextStart) {
   }
 }
 
+TEST_F(FreeSpaceTest, APauseThatFailsLeavesNothing) {
+  const Names before = machine->Tree(scratch), own_before = machine->Tree(own);
+  const FreeSpaceWiped wiped = Wipe({.most_records = 7}, [](const Progress& progress) {
+    return progress.work == kClearingAway ? throw std::runtime_error("failed") : false;
+  });
+  EXPECT_FALSE(Holds(wiped.problem, "could not be removed"));
+  EXPECT_EQ(machine->Tree(scratch), before);
+  EXPECT_EQ(machine->Tree(own), own_before);
+}
+
 // A note of a folder that never was would stay for ever, as of a disk that is not here.
 TEST_F(FreeSpaceTest, WhereTheRootIsDeniedTheFolderThatWasMadeIsNotedAlone) {
   const Names before = machine->Tree(temp), own_before = machine->Tree(own);

@@ -71,6 +71,11 @@ TEST_F(OwnFilesTest, NameEachProgramThatKeepsThemOnce) {
   }
   EXPECT_EQ(Read(mine + "Programs.txt"),
             "\xFF\xFE" + ToUtf16Bytes(scratch + "Installed\r\n" + other + "\r\n"));
+  for (const char* others : {"", "x", "\xFF\xFE?"}) {
+    machine->MakeFile(mine + "Programs.txt", others);
+    MakeProgramFolder(here);
+    EXPECT_EQ(Read(mine + "Programs.txt"), "\xFF\xFE" + ToUtf16Bytes(scratch + "Installed\r\n"));
+  }
 }
 
 TEST_F(OwnFilesTest, ShowPlugInsOfBothFoldersAndTheUsersFirst) {
@@ -101,12 +106,17 @@ TEST_F(OwnFilesTest, AreAllBesideTheProgramWhereItIsAllOneFolder) {
 }
 
 TEST_F(OwnFilesTest, OfBothFoldersAreKeptFromCleaning) {
+  const std::string archives = scratch + "Archives\\";
   machine->MakeFile(mine + "keep.txt", "x");
+  machine->MakeFile(came + "Settings.ini", "[Backup]\r\nPath=" + archives + "\r\n");
+  machine->MakeFile(archives + "other.zip", "x");
   ScriptedView silent;
   Engine own_engine(here, silent);
   EXPECT_EQ(own_engine.Load(nullptr), "");
-  WriteListFile(here, "UDFO.txt", {came, mine});
+  own_engine.state().BackupFolder = scratch + "Mine\\";
+  WriteListFile(here, "UDFO.txt", {came, mine, archives});
   own_engine.RunOneItem(*FindItem("CleanUserFolders"));
+  EXPECT_TRUE(machine->Exists(archives + "other.zip")) << "as another copy keeps it";
   EXPECT_TRUE(machine->Exists(came + "quellix.exe"));
   EXPECT_TRUE(machine->Exists(mine + "keep.txt"));
 }
@@ -173,7 +183,6 @@ TEST_F(OtherCopyTest, LeavesRunsAndBackupsThatAreListedReadAndUndone) {
   EXPECT_EQ(Read(file), "12345");
 }
 
-// Nothing of it may be removed: that is told, and the rest goes.
 TEST_F(OtherCopyTest, LeavesWhatMayOnlyBeRead) {
   struct ReadOnly : ForwardingFolder {
     using ForwardingFolder::ForwardingFolder;
@@ -197,7 +206,9 @@ TEST_F(OtherCopyTest, LeavesWhatMayOnlyBeRead) {
   RunLogs runs(plain);
   EXPECT_EQ(runs.Keep({}, 3), "");
   EXPECT_EQ(runs.List().size(), 2u);
-  EXPECT_EQ(runs.Keep({}, 0), "You may only read here.");
+  EXPECT_EQ(runs.Keep({}, 1), "");
+  EXPECT_EQ(runs.List().size(), 2u) << "those of the other do not count";
+  EXPECT_EQ(runs.Keep({}, 0), "");
   EXPECT_EQ(runs.List().size(), 1u) << "its own goes";
   EXPECT_THROW(Backups(plain).Delete(Backups(plain).List().at(0).name), Error);
   ScriptedView silent;

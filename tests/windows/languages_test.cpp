@@ -108,6 +108,7 @@ TEST_F(LanguageTest, IsChosenInTheOptionsAndSpokenAtOnce) {
 TEST_F(LanguageTest, LeavesTheLastLogAndWhatIsToEndTheNextRun) {
   Talk(kMadeUp);
   WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nLanguage=trial.mo\r\nDelMethod=D\r\n");
+  for (const auto& entry : fs::directory_iterator(TempFolder())) fs::remove_all(entry);
   WriteBytes(TempFolder() / "a.tmp", "1");
   const QuellixWindow window;
   window.Click(chkTemp);

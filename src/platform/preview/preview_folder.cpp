@@ -163,7 +163,8 @@ Listing PreviewFolder::LeftOf(const KnownListings::Known& known) {
 
 bool PreviewFolder::EnumerateKnown(KnownListings::Known known, const EntryVisitor& visit) {
   if (!known.gone.empty()) {
-    known = {known.detail, std::make_shared<const Listing>(LeftOf(known))};
+    const Listing left = LeftOf(known);
+    known = {known.detail, std::make_shared<const Listing>(left)};  // no more room than it needs
     files_.listings_.Keep(id_, known);
   }
   size_t i = 0;

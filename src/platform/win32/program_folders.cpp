@@ -116,7 +116,7 @@ bool MayMakeFiles(const std::string& folder) {
   if (!opened || IsReadOnlyVolume(opened.Get())) return false;
   const UniqueHandle plain = PlainToken();
   return IsAllowed(opened.Get(), plain, FILE_ADD_FILE) &&
-         MayReplace(*path + L"\\Settings.ini", opened.Get(), plain);
+         MayReplace(*ToWidePath(WithBackslash(folder) + "Settings.ini"), opened.Get(), plain);
 }
 
 ProgramFolders FindProgramFolders() {
