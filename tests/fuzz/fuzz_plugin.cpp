@@ -20,8 +20,11 @@ void CheckPlaces(const Machine& machine, const modPlugin::Plugin& plugin) {
   const std::string windows = machine.system.WindowsFolder() + "\\";
   for (const modPlugin::FileEntry& entry : plugin.files) {
     for (const std::string& folder : modPlugin::FindFolders(machine, places, entry).folders) {
-      Check(folder.find('\\') != std::string::npos && folder.find("..") != 0);
-      Check(!EqualsNoCase(windows.substr(0, folder.size() + 1), folder + "\\"));
+      // Right in a drive only what ends as junk does, and nothing below.
+      const bool is_drive = folder.size() == 2 && folder[1] == ':';
+      Check(is_drive ? !entry.recurse : folder.find('\\') != std::string::npos);
+      Check(folder.find("..") != 0);
+      Check(is_drive || !EqualsNoCase(windows.substr(0, folder.size() + 1), folder + "\\"));
     }
   }
   for (const modPlugin::RegistryEntry& entry : plugin.registry) {
