@@ -8,6 +8,7 @@
 #include "plugins/plugin_file.h"
 #include "plugins/plugin_places.h"
 #include "plugins/recipe_keys.h"
+#include "run/precious_names.h"
 #include "run/working_folder.h"
 #include "support/volume_seed.h"
 
@@ -19,10 +20,12 @@ void CheckPlaces(const Machine& machine, const modPlugin::Plugin& plugin) {
   static ProtectedPlaces places = LoadPlaces(machine);
   const std::string windows = machine.system.WindowsFolder() + "\\";
   for (const modPlugin::FileEntry& entry : plugin.files) {
-    for (const std::string& folder : modPlugin::FindFolders(machine, places, entry).folders) {
+    const modPlugin::FilesPlace place = modPlugin::FindFolders(machine, places, entry);
+    for (const std::string& folder : place.folders) {
       // Right in a drive only what ends as junk does, and nothing below.
       const bool is_drive = folder.size() == 2 && folder[1] == ':';
-      Check(is_drive ? !entry.recurse : folder.find('\\') != std::string::npos);
+      Check(is_drive ? !entry.recurse && HasHarmlessExtension(place.mask)
+                     : folder.find('\\') != std::string::npos);
       Check(folder.find("..") != 0);
       Check(is_drive || !EqualsNoCase(windows.substr(0, folder.size() + 1), folder + "\\"));
     }
