@@ -37,7 +37,7 @@ ShowUninstDetails nevershow
 !insertmacro MUI_PAGE_FINISH
 !insertmacro MUI_UNPAGE_CONFIRM
 !insertmacro MUI_UNPAGE_INSTFILES
-!insertmacro MUI_LANGUAGE "English"
+!include "${__FILEDIR__}/languages.nsh"
 
 ; A copy that runs holds its files, and may be cleaning: it is asked to close, and waited for.
 !macro CloseRunning un
@@ -47,7 +47,7 @@ Function ${un}CloseRunning
   ${If} $0 == 0
     Return
   ${EndIf}
-  MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "Quellix is running. Close it and go on?" /SD IDCANCEL IDOK close
+  MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "$(Running)" /SD IDCANCEL IDOK close
   SetErrorLevel 1
   Abort
   close:
@@ -119,7 +119,7 @@ Section "Quellix" Program
 SectionEnd
 
 ; The value that the program's own options write.
-Section /o "Start with Windows, in the notification area" WithWindows
+Section /o "$(WithWindows)" WithWindows
   WriteRegStr HKCU "${RUN_KEY}" "Quellix" '"$INSTDIR\quellix.exe" -S'
 SectionEnd
 
@@ -146,11 +146,11 @@ Section "Uninstall"
   Call un.OwnsData
   StrCpy $3 "$INSTDIR"
   ${If} $R0 == 1
-    StrCpy $3 "$INSTDIR and in $APPDATA\Quellix"
+    StrCpy $3 "$INSTDIR$(AndIn)$APPDATA\Quellix"
   ${ElseIf} ${FileExists} "$APPDATA\Quellix\*.*"
-    StrCpy $4 " So does $APPDATA\Quellix, which may be another copy's."
+    StrCpy $4 "$\r$\n$\r$\n$(Others)"
   ${EndIf}
-  MessageBox MB_YESNO|MB_DEFBUTTON2 "Remove your settings, lists and logs of runs in $3 as well? Backups and plug-ins of your own stay.$4" /SD IDNO IDNO kept
+  MessageBox MB_YESNO|MB_DEFBUTTON2 "$(Remove)$4" /SD IDNO IDNO kept
   !include "${LISTS}\settings.nsh"
   ${If} $R0 == 1
     !include "${LISTS}\data.nsh"

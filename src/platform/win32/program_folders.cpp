@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/path.h"
+#include "platform/text.h"
 #include "platform/win32/lazy_library.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_path.h"
@@ -24,14 +25,14 @@ std::wstring ExecutablePath() {
   });
 }
 
-// The file that a link leads to, without the prefix of long paths.
+// What a link leads to, without the prefix of long paths.
 std::wstring RealPath(const std::wstring& path) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_REPARSE_POINT)) {
     return path;
   }
-  const UniqueFile file(
-      CreateFileW(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  const UniqueFile file(CreateFileW(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS, nullptr));
   if (!file) return path;
   const std::wstring real = GrowingText([&file](wchar_t* text, uint32_t size) {
     return GetFinalPathNameByHandleW(file.Get(), text, size, FILE_NAME_NORMALIZED);
@@ -119,11 +120,21 @@ bool MayMakeFiles(const std::string& folder) {
          MayReplace(*ToWidePath(WithBackslash(folder) + "Settings.ini"), opened.Get(), plain);
 }
 
+std::string OwnFolder(const std::string& installed) {
+  const std::wstring data = Wide(installed + "\\Data");
+  const DWORD attributes = GetFileAttributesW(data.c_str());
+  const bool has_data =
+      attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+  const std::string beside = has_data ? Narrow(RealPath(data)) : installed;
+  const bool is_swapped = !has_data && ContainsNoCase(installed, "\\WinGet\\Packages\\");
+  const std::string roaming = !is_swapped && MayMakeFiles(beside) ? "" : RoamingFolder();
+  return roaming.empty() ? beside : roaming + "\\Quellix";
+}
+
 ProgramFolders FindProgramFolders() {
   const std::string path = Narrow(RealPath(ExecutablePath()));
   const std::string installed(WithoutBackslash(FolderPart(path)));
-  const std::string roaming = MayMakeFiles(installed) ? "" : RoamingFolder();
-  return {installed, roaming.empty() ? installed : roaming + "\\Quellix"};
+  return {installed, OwnFolder(installed)};
 }
 
 }  // namespace quellix

@@ -12,6 +12,11 @@ struct ProgramFolders {
 };
 ProgramFolders FindProgramFolders();
 
+// The second of them. A folder "Data" beside the program is taken in its stead, at its real place
+// where it is a link: a package manager that swaps the program's folder keeps it. winget, which
+// removes that folder whole, keeps none: then it is the roaming one.
+std::string OwnFolder(const std::string& installed);
+
 // Whether the user may make files in a folder, and replace Settings.ini where it is there. With
 // administrator rights it is asked what he may without them, so that his settings are the same ones
 // in both cases.

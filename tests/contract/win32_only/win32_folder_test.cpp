@@ -133,6 +133,19 @@ TEST_F(Win32FolderTest, IsItsUsersWhereHeMayReplaceTheSettings) {
   EXPECT_EQ(MayMakeFiles(scratch_), may_write) << "a system may let its administrators";
 }
 
+// Folders that package managers swap at an update, with all that lies in them.
+TEST_F(Win32FolderTest, WhatIsItsUsersLiesWhereAnUpdateKeepsIt) {
+  const std::string winget = "Microsoft\\WinGet\\Packages\\Quellix_source\\quellix-x64";
+  for (const std::string name : {"copy", "copy\\Data"}) test_->MakeFolder(At(name));
+  test_->MakeFile(At("file\\Data"), "no folder");
+  for (const std::string& name : {winget, winget + "2\\Data"}) test_->MakeFolder(At(name));
+  EXPECT_EQ(OwnFolder(At("copy")), At("copy\\Data"));
+  EXPECT_EQ(OwnFolder(At("copy\\Data")), At("copy\\Data")) << "a plain folder";
+  EXPECT_EQ(OwnFolder(At("file")), At("file"));
+  EXPECT_TRUE(OwnFolder(At(winget)).ends_with("\\AppData\\Roaming\\Quellix"));
+  EXPECT_EQ(OwnFolder(At(winget + "2")), At(winget + "2\\Data"));
+}
+
 TEST_F(Win32FolderTest, RewritingKeepsTheAccessList) {
   test_->MakeFile(At("file"), "old");
   const std::wstring path = Wide(At("file")), usual = AccessList(path);
