@@ -35,6 +35,14 @@ bool Holds(const RoomBox& outer, const RoomBox& inner) {
              (inner.right - inner.left) * (inner.bottom - inner.top) * 1.02;
 }
 
+// A text beside what it stands for, such as a box or a list to choose from, which is a little
+// higher.
+bool IsBeside(const RoomBox& tall, const RoomBox& low) {
+  return tall.top <= low.top && low.bottom <= tall.bottom &&
+         tall.bottom - tall.top < 2 * (low.bottom - low.top) &&
+         (tall.right < low.left + kSame || low.right < tall.left + kSame);
+}
+
 // The edges of all boxes along one direction, each of which has to stay behind some others.
 class Line {
  public:
@@ -115,6 +123,9 @@ class Line {
     } else if (a.*across_from + kSame < b.*across_to && b.*across_from + kSame < a.*across_to &&
                a.*to < b.*from + kSame) {
       Keep(lasts_[i], firsts_[j], std::clamp(b.*from - a.*to, 0.0, kGap));
+    } else if (least == &RoomBox::least_height && IsBeside(a, b)) {
+      Keep(firsts_[i], firsts_[j], b.top - a.top);
+      Keep(firsts_[j], firsts_[i], a.top - b.top);
     }
   }
 
