@@ -16,6 +16,7 @@
 #include "platform/text.h"
 #include "platform/words.h"
 #include "plugins/recipe_run.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
 #include "run/working_folder.h"
@@ -82,8 +83,8 @@ void RemoveOldBackups(CleaningContext& context) {
   RemoveExpiredBackups(context.machine, state.BackupFolder, state.KeepDays,
                        {goes, removed, stayed});
   if (count == 0) return;
-  state.RunLog += "Backups older than " + std::to_string(state.KeepDays) +
-                  " day(s) removed: " + std::to_string(count) + "\r\n";
+  LogLine(state, Log("Backups older than %1 day(s) removed: %2", std::to_string(state.KeepDays),
+                     std::to_string(count)));
 }
 
 // After the offline pages the status has always been spelled with a capital U.
@@ -96,7 +97,7 @@ std::string_view AbortMessage(const Item* item) {
 void TellOutdated(CleaningContext& context) {
   for (const std::string& why : context.machine.registry.TakeOutdated()) {
     context.state.SomeErrors = true;
-    context.state.RunLog += "\r\nNot all could be looked for. " + why + "\r\n";
+    LogLine(context.state, "\r\n" + Log("Not all could be looked for. %1", why));
   }
 }
 
@@ -109,7 +110,7 @@ void AbortRun(CleaningContext& context, const Item* in_work, FreeSpaceCheck& fre
   EndChoice(context);
   FinishResults(context);
   CloseBackup(context);
-  context.state.RunLog.append(message).append("\r\n");
+  LogLine(context.state, Log(message));
   free_space.Tell();
   KeepRun(context);
   context.view.KeepReport(ReportOf(context));
@@ -158,7 +159,8 @@ Outcome Clean(CleaningContext& context, const Item& item) {
     return Outcome::kNothingFound;
   } catch (const NotAvailable& error) {
     EndRun(context, "");
-    state.RunLog.append(TrimBlanks(item.log_caption)).append(" ").append(error.what()) += "\r\n";
+    // TRANSLATORS: A caption, and why that is not done: "Cookies... Not searched: ...".
+    LogLine(state, Log("%1 %2", TrimBlanks(Log(item.log_caption)), Logged(error)));
     return Outcome::kNotPossible;
   } catch (const std::exception& error) {
     ReportCritical(context, Say("%1%2", Say(item.error_message), SentenceOf(error)));
@@ -185,8 +187,7 @@ bool RunVolumeItems(CleaningContext& context, const std::vector<const Item*>& it
 void RunItem(CleaningContext& context, const Item& item) {
   if (LacksRights(context, item)) {
     context.state.Outcomes[item.run_order - 1] = Outcome::kNotPossible;
-    context.state.RunLog +=
-        ReplaceNoCase(item.label, "&&", "&") + " is skipped: it needs administrator rights.\r\n";
+    LogLine(context.state, Log("%1 is skipped: it needs administrator rights.", LoggedLabel(item)));
     return;
   }
   if (item.cleaner) context.state.Outcomes[item.run_order - 1] = Clean(context, item);
@@ -239,14 +240,15 @@ void CleanOthers(CleaningContext& context, const OtherChoices& choices,
 void KeepRun(CleaningContext& context) {
   if (context.state.IsPreview) return;
   if (!context.settings.IsReadable()) return;  // how many are wanted nobody can tell
-  std::string& log = context.state.RunLog;
+  RunState& state = context.state;
   try {
     const int most = context.settings.Load().kept_logs;
-    const std::string stayed = RunLogs(context.machine).Keep(context.state, most);
-    if (!stayed.empty()) log += "\r\nNot all older runs could be removed. " + stayed + "\r\n";
+    const std::string stayed = RunLogs(context.machine).Keep(state, most);
+    if (!stayed.empty())
+      LogLine(state, "\r\n" + Log("Not all older runs could be removed. %1", stayed));
   } catch (const Error& error) {
-    log.append("\r\nThis run could not be kept for later reading. ");
-    log.append(error.what()).append("\r\n");
+    LogLine(state,
+            "\r\n" + Log("This run could not be kept for later reading. %1", SentenceOf(error)));
   }
 }
 

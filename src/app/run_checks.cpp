@@ -44,8 +44,8 @@ void FreeSpaceCheck::Tell() {
   for (const auto& [letter, now] : Ask()) {
     const auto before = before_.find(letter);
     if (before == before_.end() || size(before->second) == size(now)) continue;
-    context_.state.RunLog += "\r\nFree on " + std::string(1, letter) + ":  " +
-                             size(before->second) + " before, " + size(now) + " now";
+    context_.state.RunLog += "\r\n" + Log("Free on %1:  %2 before, %3 now", std::string(1, letter),
+                                          size(before->second), size(now));
   }
 }
 

@@ -130,16 +130,22 @@ RunLogs::RunLogs(const Machine& machine) : machine_(machine) {
   for (const std::string& folder : FoundFolders(machine)) folders_.push_back(folder + "\\Logs\\");
 }
 
+// What nobody can look at in another copy's folder is not listed from there either.
+bool RunLogs::HasRun(const std::string& folder, const std::string& name) const try {
+  return machine_.files.Look(folder + name, Detail::kKind).has_value();
+} catch (const Error&) {
+  if (folder == folders_[0]) throw;
+  return false;
+}
+
 std::string RunLogs::FreeName() const {
   LocalTime now = machine_.system.ToLocalTime(machine_.system.UtcNow());
   for (;; ++now.second) {
     char name[96];
     std::snprintf(name, sizeof name, "%04d-%02d-%02d %02d.%02d.%02d.json", now.year, now.month,
                   now.day, now.hour, now.minute, now.second);
+    const auto has_it = [&](const std::string& folder) { return HasRun(folder, name); };
     // Beyond the minute's end as well the order of names is that of the runs.
-    const auto has_it = [&](const std::string& folder) {
-      return machine_.files.Look(folder + name, Detail::kKind).has_value();
-    };
     if (now.second == 99 || std::ranges::none_of(folders_, has_it)) return name;
   }
 }
@@ -166,7 +172,7 @@ std::string RunLogs::RemoveOld(const std::string& kept, size_t most) {
     try {
       runs[i].folder->RemoveFile(runs[i].name);
     } catch (const Error& error) {
-      stayed = error.what();
+      stayed = Logged(error);
     }
   }
   return stayed;

@@ -29,6 +29,7 @@ class RunLogs {
   RunTotals Read(const std::string& name) const;
 
  private:
+  bool HasRun(const std::string& folder, const std::string& name) const;
   std::string FreeName() const;
   std::string RemoveOld(const std::string& kept, size_t most);
 

@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "app/item_catalogue.h"
+#include "platform/text.h"
 #include "platform/words.h"
 #include "run/removal.h"
+#include "run/run_log.h"
 #include "run/stayed.h"
 
 namespace quellix {
@@ -29,10 +31,15 @@ bool Belongs(const Item& item, Category category) {
 
 // Its box's text; those that two groups have are told apart.
 std::string Name(const Item& item) {
-  std::string name(item.label);
-  if (const size_t twice = name.find("&&"); twice != name.npos) name.erase(twice, 1);
+  const std::string name = LoggedLabel(item);
   const bool in_browser = item.group == Group::kInternet || item.group == Group::kFirefox;
-  return in_browser ? name + " (" + std::string(GroupTitle(item.group)) + ")" : name;
+  // TRANSLATORS: What is cleaned, and of what: "Cookies (Internet Explorer)".
+  return in_browser ? Log("%1 (%2)", name, Log(GroupTitle(item.group))) : name;
+}
+
+std::string TotalsText(const RunState& state, const Locale& locale) {
+  return Log("Files Deleted:  %1   Space Gained:  %2", std::to_string(state.RunFilesDeleted),
+             SpaceGained(state, locale));
 }
 
 }  // namespace
@@ -64,30 +71,33 @@ std::string_view OutcomeText(Outcome outcome) {
   return {};
 }
 
+std::string LoggedLabel(const Item& item) { return ReplaceNoCase(Log(item.label), "&&", "&"); }
+
 void AppendNothingFound(CleaningContext& context, const Item& item) {
   const std::string& why = context.state.WhyNothing;
-  context.state.RunLog +=
-      Name(item) + ": nothing of this kind was found." + (why.empty() ? "" : " " + why) + "\r\n";
+  // TRANSLATORS: %2 is a sentence: why nothing was found.
+  LogLine(context.state, why.empty()
+                             ? Log("%1: nothing of this kind was found.", Name(item))
+                             : Log("%1: nothing of this kind was found. %2", Name(item), why));
 }
 
 void AppendSummary(CleaningContext& context) {
   const RunState& state = context.state;
   std::string& log = context.state.RunLog;
   log += "\r\n" + std::string(kDashes, '-') + "\r\n";
-  log += "Files Deleted:  " + std::to_string(state.RunFilesDeleted);
-  log += "   Space Gained:  " + SpaceGained(state, context.machine.system.UserLocale());
+  log += TotalsText(state, context.machine.system.UserLocale());
   if (state.FilesBackedUp > 0) {
-    log += "\r\nBacked Up " + std::to_string(state.FilesBackedUp) + " file(s)";
+    log += "\r\n" + Log("Backed Up %1 file(s)", std::to_string(state.FilesBackedUp));
   }
   log += NotBackedUpLine(state);
   log += KeptLine(state);
   log += LeftToStartLine(state);
   log += WipedLine(state);
   for (const std::string_view sentence : StayedSentences(state)) {
-    log.append("\r\n\r\n").append(sentence);
+    log.append("\r\n\r\n").append(Log(sentence));
   }
   if (!state.SettingsProblem.empty()) {
-    log += "\r\n\r\nThe time of this run could not be saved. " + state.SettingsProblem;
+    log += "\r\n\r\n" + Log("The time of this run could not be saved. %1", state.SettingsProblem);
   }
 }
 

@@ -12,6 +12,9 @@ std::string_view CategoryTitle(Category category);
 // As the log window says it.
 std::string_view OutcomeText(Outcome outcome);
 
+// The text beside its check box, as logs have it.
+std::string LoggedLabel(const Item& item);
+
 // What RunLog says of an item that found nothing of its kind.
 void AppendNothingFound(CleaningContext& context, const Item& item);
 

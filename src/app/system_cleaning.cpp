@@ -8,6 +8,7 @@
 #include "platform/error.h"
 #include "platform/words.h"
 #include "run/removal.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 
 namespace quellix {
@@ -25,8 +26,6 @@ constexpr std::pair<std::string_view, std::string_view> kCosts[] = {
     {"User file versions", Mark("earlier versions of your files are lost")},
     {"Windows ESD installation files", Mark("resetting Windows then needs a medium or a download")},
 };
-
-constexpr const char* kOffTheList = ". It was for this one time and is off Windows' list now";
 
 // What a cleaner that works is to be told by, and tells.
 class Cleaning {
@@ -47,13 +46,11 @@ class Cleaning {
                                         return StopsRun(context_);
                                       });
     Note(find);
-    Log(context_.state.IsPreview
-            ? "Found: " + Size(find.bytes)
-            : Freed(find) + ", " + OnDrives(before) + (find.is_off_the_list ? kOffTheList : ""));
+    Tell(context_.state.IsPreview ? Log("Found: %1", Size(find.bytes)) : Outcome(find, before));
   }
 
-  void Log(const std::string& what) {
-    context_.state.RunLog += cleaner_.name + " (Windows)... " + what + "\r\n";
+  void Tell(const std::string& what) {
+    LogLine(context_.state, Log("%1 (Windows)... %2", cleaner_.name, what));
   }
 
  private:
@@ -74,20 +71,27 @@ class Cleaning {
     state.RunSpaceGained += static_cast<double>(bytes);
   }
 
-  std::string Freed(const CleanerFind& find) const {
-    const std::string stopped = find.is_stopped ? "Stopped. " : "";
-    if (find.bytes == 0) return stopped + "Nothing to remove";
-    if (!find.freed) return stopped + "Freed: it does not say how much";
-    return stopped + "Freed: " + Size(*find.freed) + " by its own count";
+  std::string Outcome(const CleanerFind& find, const std::map<char, uint64_t>& before) const {
+    // TRANSLATORS: %1 is "Freed: 5.00 MB by its own count".
+    std::string text = Log("%1, %2 more free on the drives", Freed(find), MoreFree(before));
+    if (find.is_stopped) text = Log("Stopped. %1", text);
+    if (!find.is_off_the_list) return text;
+    return Log("%1. It was for this one time and is off Windows' list now", text);
   }
 
-  std::string OnDrives(const std::map<char, uint64_t>& before) const {
+  std::string Freed(const CleanerFind& find) const {
+    if (find.bytes == 0) return Log("Nothing to remove");
+    if (!find.freed) return Log("Freed: it does not say how much");
+    return Log("Freed: %1 by its own count", Size(*find.freed));
+  }
+
+  std::string MoreFree(const std::map<char, uint64_t>& before) const {
     uint64_t more = 0;
     for (const auto& [letter, now] : FreeSpace(context_.machine)) {
       const auto then = before.find(letter);
       if (then != before.end() && now > then->second) more += now - then->second;
     }
-    return Size(more) + " more free on the drives";
+    return Size(more);
   }
 
   CleaningContext& context_;
@@ -127,7 +131,7 @@ void CleanBySystem(CleaningContext& context, const SystemCleaner& cleaner) {
     RunEntry entry{.kind = EntryKind::kSystemCleaner, .fate = Fate::kStayed, .place = cleaner.name};
     state.Entries->Note(entry, SentenceOf(error));
     NoteEntry(state, std::move(entry));
-    cleaning.Log(std::string("It failed. ") + error.what());
+    cleaning.Tell(Log("It failed. %1", SentenceOf(error)));
   }
   state.Entries->BeginRule("");
 }

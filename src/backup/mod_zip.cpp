@@ -109,10 +109,10 @@ bool ModZip::GoesOn(Folder& folder, const std::string& name) {
   }
 }
 
-std::string ModZip::BackupFile(Folder& folder, std::string_view path) {
+Sentence ModZip::BackupFile(Folder& folder, std::string_view path) {
   const auto source = folder.Open(NamePart(path), OpenMode::kRead);
   ZipEntry entry;
-  const Sentence loss = StoreStreams(*source, entry);
+  Sentence loss = StoreStreams(*source, entry);
   if (!loss.empty() && options_.Strict) throw Error(Error::Kind::kOther, loss);
   OpenArchive();
   entry.own = true;
@@ -121,7 +121,7 @@ std::string ModZip::BackupFile(Folder& folder, std::string_view path) {
   entry.times = source->Times();
   entry.dos_time = ToDosTime(system_.ToLocalTime(entry.times.last_write));
   writer_->Add(entry, *source, pause_);
-  return loss.english;
+  return loss;
 }
 
 void ModZip::Flush() {

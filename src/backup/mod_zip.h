@@ -25,7 +25,7 @@ class ModZip : public BackupArchive {
 
   Sentence WhyUnusable(std::string_view folder) override;
   void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) override;
-  std::string BackupFile(Folder& folder, std::string_view path) override;
+  Sentence BackupFile(Folder& folder, std::string_view path) override;
   void Flush() override;
   void DeleteBackupArchive() override;
   std::string_view Path() const override { return writer_ ? archive_ : std::string_view(); }

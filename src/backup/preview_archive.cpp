@@ -10,7 +10,7 @@ Sentence PreviewArchive::WhyUnusable(std::string_view folder) {
   return WhyBackupFolderLooksUnusable(preview_, folder);
 }
 
-std::string PreviewArchive::BackupFile(Folder& folder, std::string_view path) {
+Sentence PreviewArchive::BackupFile(Folder& folder, std::string_view path) {
   if (!problem_of_folder_.empty()) throw Error(Error::Kind::kOther, problem_of_folder_);
   folder.Open(NamePart(path), OpenMode::kRead);
   return {};

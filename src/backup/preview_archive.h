@@ -17,7 +17,7 @@ class PreviewArchive : public BackupArchive {
   void MakeBackupArchiveName(std::string_view folder, std::string_view) override {
     problem_of_folder_ = WhyUnusable(folder);
   }
-  std::string BackupFile(Folder& folder, std::string_view path) override;
+  Sentence BackupFile(Folder& folder, std::string_view path) override;
   void Flush() override {}
   void DeleteBackupArchive() override {}
   void Close() override {}

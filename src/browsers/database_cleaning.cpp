@@ -7,6 +7,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "run/backup_step.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
 #include "run/working_folder.h"
@@ -180,8 +181,7 @@ class Cleaning {
     try {
       if (BytesNow() <= kMostCompacted) database.Compact();
     } catch (const Error& error) {  // what is deleted is overwritten all the same
-      context_.state.RunLog.append(shown_).append(" could not be made smaller. ");
-      context_.state.RunLog.append(error.what()).append("\r\n");
+      LogLine(context_.state, Log("%1 could not be made smaller. %2", shown_, SentenceOf(error)));
     }
   }
 

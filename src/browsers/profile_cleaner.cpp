@@ -8,6 +8,7 @@
 #include "run/programs_in_use.h"
 #include "run/removal.h"
 #include "run/run_limits.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
 #include "search/drive_scan.h"
@@ -53,11 +54,10 @@ void CleanCaches(CleaningContext& context, const BrowserProfile& profile,
 void AppendBrowserLine(CleaningContext& context, std::string_view browser, std::string_view label,
                        uint64_t rows) {
   RunState& state = context.state;
-  state.RunLog.append(browser).append(", ").append(label);
-  state.RunLog += "... Rows Deleted: " + std::to_string(rows) +
-                  " Files Deleted: " + std::to_string(state.FilesDeleted) + " Space Gained: " +
-                  FormatSize(state.SpaceGained, 2, true, context.machine.system.UserLocale()) +
-                  "\r\n";
+  // TRANSLATORS: A browser and what of it was cleaned: "Firefox, Cookies... Rows Deleted: 2 ...".
+  LogLine(state, Log("%1, %2... Rows Deleted: %3 Files Deleted: %4 Space Gained: %5", browser,
+                     Log(label), std::to_string(rows), std::to_string(state.FilesDeleted),
+                     FormatSize(state.SpaceGained, 2, true, context.machine.system.UserLocale())));
 }
 
 // The first sign that a browser works with the folder.
@@ -139,13 +139,7 @@ void ProfileCleaner::WholeDatabase(std::string_view name) {
 void ProfileCleaner::CleanTree(std::shared_ptr<Folder> folder, const std::string& path) {
   const Sentence why = PlacesOf(context_).WhyNot(*folder, "*.*", true, Claim::kItem);
   NotePlace(context_.state);
-  if (!why.empty()) {
-    context_.state.RunLog.append(path)
-        .append(" is not cleaned: ")
-        .append(why.english)
-        .append("\r\n");
-    return;
-  }
+  if (!why.empty()) return LogNotCleaned(context_.state, path, Logged(why));
   const FileList list = CollectFiles(context_, std::move(folder), path, "*.*");
   RemovePendingFiles(context_, list);
   if (!context_.state.AbortRequested) RemovePendingFolders(context_, list);

@@ -11,6 +11,7 @@
 #include "platform/words.h"
 #include "run/removal.h"
 #include "run/run_limits.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
 
@@ -172,8 +173,8 @@ void CleanRecentDocuments(CleaningContext& context, const Item& item) {
   ClearRecentLists(context);
   EndFiles(context, item);
   if (pinned > 0) {
-    context.state.RunLog +=
-        "Jump lists that stay with their pinned entries: " + std::to_string(pinned) + "\r\n";
+    LogLine(context.state,
+            Log("Jump lists that stay with their pinned entries: %1", std::to_string(pinned)));
   }
 }
 

@@ -10,6 +10,7 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "run/removal.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
 #include "run/working_folder.h"
@@ -108,7 +109,7 @@ void DeleteCookieEntries(CleaningContext& context, std::string_view keep_list) {
       return (entry.type & kCookieEntry) != 0 && !IsKept(entry.local_file, keep_list);
     });
   } catch (const NotAvailable& error) {  // the files are gone all the same
-    context.state.RunLog.append(error.what()).append("\r\n");
+    LogLine(context.state, Logged(error));
   }
 }
 

@@ -59,7 +59,7 @@ const Item& EmptyFolderSearch() {
                                  "CleanEmptyFolders",
                                  Group::kFolderFiles,
                                  Protection::kNone,
-                                 "Empty folders... ",
+                                 Mark("Empty folders... "),
                                  Mark("There was an error in searching for empty folders. "),
                                  false,
                                  [](CleaningContext& context, const Item& item) {

@@ -6,6 +6,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/run_limits.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
@@ -148,8 +149,8 @@ void CleanMozilla(CleaningContext& context, const Item& item) {
   const std::string folder = modMozilla::GetFirefoxProfilesFolder(context.machine.system);
   const auto search =
       item.key == kCacheItem ? modMozilla::FindMozillaCacheFiles : modMozilla::FindMozillaFiles;
-  context.state.WhyNothing =
-      folder.empty() ? "There is no profile of Firefox." : "There is no folder " + folder + ".";
+  context.state.WhyNothing = folder.empty() ? Log("There is no profile of Firefox.")
+                                            : Log("There is no folder %1.", folder);
   for (const Masks& row : AllMasks()) {
     if (folder.empty() || row.key != item.key) continue;
     for (const std::string_view mask : row.masks) search(context, folder, mask);

@@ -152,9 +152,7 @@ void CleanNamed(CleaningContext& context, std::span<const std::string> paths) {
   }
   state.Entries->BeginRule("");
   if (state.AbortRequested) return;
-  state.RunLog +=
-      "Named by hand... Files Deleted: " + std::to_string(state.FilesDeleted) + " Space Gained: " +
-      FormatSize(state.SpaceGained, 2, true, context.machine.system.UserLocale()) + "\r\n";
+  AppendFilesLine(context, Mark("Named by hand... "));
 }
 
 }  // namespace quellix

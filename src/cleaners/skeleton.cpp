@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "registry_tools/registry_eraser.h"
 #include "run/removal.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
 
@@ -15,10 +16,6 @@ namespace quellix {
 namespace {
 
 constexpr std::string_view kSystemRoot = "%SYSTEMROOT%";
-
-void AppendCount(std::string& log, size_t count) {
-  log += "Files Deleted: " + std::to_string(count);
-}
 
 std::string FolderText(const Machine& machine, RegistryRoot root, std::string_view key,
                        std::string_view name) {
@@ -78,13 +75,13 @@ FileList CollectAllowed(CleaningContext& context, std::string_view path, std::st
     std::shared_ptr<Folder> folder = context.machine.files.OpenFolder(path);
     if (!folder) return {};
     NotePlace(context.state);
-    why = PlacesOf(context).WhyNot(*folder, mask, true, claim).english;
+    why = Logged(PlacesOf(context).WhyNot(*folder, mask, true, claim));
     if (why.empty()) return CollectFiles(context, std::move(folder), path, mask, first);
   } catch (const Error& error) {
     if (error.kind() == Error::Kind::kMissing) return {};
-    why = error.what();
+    why = Logged(error);
   }
-  context.state.RunLog.append(path).append(" is not cleaned: ").append(why).append("\r\n");
+  LogNotCleaned(context.state, path, why);
   return {};
 }
 
@@ -169,7 +166,7 @@ void BeginFiles(CleaningContext& context, const Item& item) {
 
 void EndFiles(CleaningContext& context, const Item& item) {
   EndRun(context, "");
-  AppendFilesLine(context, item);
+  AppendFilesLine(context, item.log_caption);
 }
 
 void CleanByAction(CleaningContext& context, const Item& item,
@@ -180,23 +177,18 @@ void CleanByAction(CleaningContext& context, const Item& item,
   AppendCaptionLine(context, item);
 }
 
-void AppendFilesLine(CleaningContext& context, const Item& item) {
-  std::string& log = context.state.RunLog;
-  log += item.log_caption;
-  AppendCount(log, context.state.FilesDeleted);
-  log += " Space Gained: " +
-         FormatSize(context.state.SpaceGained, 2, true, context.machine.system.UserLocale()) +
-         "\r\n";
+void AppendFilesLine(CleaningContext& context, std::string_view caption) {
+  LogLine(context.state, FilesText(caption, context.state.FilesDeleted, context.state.SpaceGained,
+                                   context.machine.system.UserLocale()));
 }
 
 void AppendCountLine(CleaningContext& context, const Item& item, size_t count) {
-  context.state.RunLog += item.log_caption;
-  AppendCount(context.state.RunLog, count);
-  context.state.RunLog += "\r\n";
+  // TRANSLATORS: %1 is a caption that ends in "... ", or in dots alone.
+  LogLine(context.state, Log("%1Files Deleted: %2", Log(item.log_caption), std::to_string(count)));
 }
 
 void AppendCaptionLine(CleaningContext& context, const Item& item) {
-  context.state.RunLog.append(item.log_caption).append("\r\n");
+  LogLine(context.state, Log(item.log_caption));
 }
 
 }  // namespace quellix

@@ -79,7 +79,7 @@ void EndFiles(CleaningContext& context, const Item& item);
 void CleanByAction(CleaningContext& context, const Item& item, const std::function<void()>& action);
 
 // The item's line in RunLog: its files and their bytes, a count alone, or its caption alone.
-void AppendFilesLine(CleaningContext& context, const Item& item);
+void AppendFilesLine(CleaningContext& context, std::string_view caption);
 void AppendCountLine(CleaningContext& context, const Item& item, size_t count);
 void AppendCaptionLine(CleaningContext& context, const Item& item);
 

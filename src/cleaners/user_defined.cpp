@@ -6,6 +6,7 @@
 #include "cleaners/skeleton.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/removal.h"
 #include "run/run_steps.h"
 #include "search/drive_scan.h"
@@ -44,7 +45,7 @@ bool IsIgnored(std::string_view folder, const std::vector<std::string>& ignored)
 
 void CleanUserFiles(CleaningContext& context, const Item& item) {
   BeginFiles(context, item);
-  context.state.WhyNothing = "None of the listed files is there.";
+  context.state.WhyNothing = Log("None of the listed files is there.");
   FileList list;
   for (const std::string& path : TrimmedEntries(context, "UDFI.txt", "DefUDFI.txt")) {
     const std::optional<FileInfo> info = context.machine.files.Look(path, Detail::kKind);

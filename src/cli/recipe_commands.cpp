@@ -197,7 +197,7 @@ int Process(const Names& names, const ReportOptions& options, const Machine& mac
       return Fail(WhyUnseen(*recipe), kFailed);
     recipes.push_back({recipe->name, [recipe](CleaningContext& context) {
                          if (modPlugin::RunListed(context, *recipe)) return;
-                         context.state.RunLog += modPlugin::kNotFoundHere;
+                         modPlugin::LogNotFound(context);
                        }});
   }
   return ProcessRecipes("recipes process", recipes, options, machine, kind);

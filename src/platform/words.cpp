@@ -1,5 +1,6 @@
 #include "platform/words.h"
 
+#include <atomic>
 #include <cstring>
 #include <utility>
 
@@ -114,6 +115,8 @@ Catalogue& Now() {
   return words;
 }
 
+std::atomic<bool> speaks_in_logs = false;
+
 }  // namespace
 
 Catalogue::Catalogue(std::string mo) : mo_(std::move(mo)) {
@@ -220,5 +223,18 @@ std::string Shown(const std::exception& error) {
 }
 
 Sentence SentenceOf(const std::exception& error) { return {error.what(), Shown(error)}; }
+
+void SpeakInLogs(bool does) { speaks_in_logs = does; }
+
+const Catalogue& SpokenInLogs() {
+  static const Catalogue english;
+  return speaks_in_logs ? Now() : english;
+}
+
+const std::string& Logged(const Sentence& sentence) {
+  return speaks_in_logs ? sentence.shown : sentence.english;
+}
+
+std::string Logged(const std::exception& error) { return Logged(SentenceOf(error)); }
 
 }  // namespace quellix

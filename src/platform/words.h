@@ -9,7 +9,7 @@
 // The words of the windows in the language of their user. Texts stand in the code in English, and
 // English is their name in the catalogues (GNU gettext), from which they are gathered by the
 // functions below: each is called with a literal. A text that must stay English whatever the
-// language (the log, reports, settings, what scripts read) is not given to them.
+// language (reports, settings, what scripts read) is not given to them.
 namespace quellix {
 
 // One language's catalogue: what msgfmt makes of a .po file, in UTF-8
@@ -89,9 +89,28 @@ Sentence SayN(std::string_view one, std::string_view many, uint64_t count,
           Fill(Spoken().Of(one, many, count), {ShownOf(values)...})};
 }
 
-// What the user of a window reads of an error; what() is for logs.
+// What the user of a window reads of an error; what() is for English files.
 std::string Shown(const std::exception& error);
 // Both of them.
 Sentence SentenceOf(const std::exception& error);
+
+// Whether the logs of runs are written in the language of the windows from now on; in English until
+// then, and wherever no language is spoken. Any thread may call it.
+void SpeakInLogs(bool does);
+// What they are written in.
+const Catalogue& SpokenInLogs();
+
+// A sentence, or an error's, as logs have it.
+const std::string& Logged(const Sentence& sentence);
+std::string Logged(const std::exception& error);
+
+inline std::string_view LoggedOf(const Sentence& sentence) { return Logged(sentence); }
+inline std::string_view LoggedOf(std::string_view name) { return name; }
+
+// A text of a log, its places filled.
+template <typename... Values>
+std::string Log(std::string_view english, const Values&... values) {
+  return Fill(SpokenInLogs().Of(english), {LoggedOf(values)...});
+}
 
 }  // namespace quellix

@@ -11,6 +11,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 #include "plugins/plugin_collector.h"
 #include "plugins/plugin_list.h"
 #include "plugins/plugin_places.h"
@@ -20,6 +21,7 @@
 #include "registry_tools/registry_eraser.h"
 #include "run/programs_in_use.h"
 #include "run/removal.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 #include "run/working_folder.h"
 #include "settings/own_files.h"
@@ -29,10 +31,6 @@ namespace modPlugin {
 namespace {
 
 constexpr const char* kThisPlugin = Mark("This plug-in");
-
-void Log(CleaningContext& context, std::string_view sentence) {
-  context.state.RunLog.append(sentence).append("\r\n");
-}
 
 RunEntry ToRunEntry(const std::string& path, const IniEntry& entry) {
   RunEntry made{.kind = EntryKind::kIniSection, .place = path, .part = "[" + entry.section + "]"};
@@ -44,7 +42,7 @@ RunEntry ToRunEntry(const std::string& path, const IniEntry& entry) {
 
 void ProcessIni(CleaningContext& context, const IniEntry& entry) {
   const IniPlace place = FindIni(context.machine, PlacesOf(context), entry);
-  if (!place.refusal.empty()) return Log(context, place.refusal.english);
+  if (!place.refusal.empty()) return LogLine(context.state, Logged(place.refusal));
   RunEntry erased = ToRunEntry(place.path, entry);
   if (!IsChosen(context.state, erased)) return;
   ProfileStrings& profile = context.machine.profile;
@@ -54,7 +52,7 @@ void ProcessIni(CleaningContext& context, const IniEntry& entry) {
                            : profile.DeleteKey(place.path, entry.section, entry.key);
     if (found) NoteEntry(context.state, std::move(erased));
   } catch (const Error& error) {
-    Log(context, place.path + ": " + error.what());
+    LogLine(context.state, Log("%1: %2", place.path, SentenceOf(error)));
   }
 }
 
@@ -63,7 +61,7 @@ std::vector<std::string> MasksFor(CleaningContext& context, Folder& folder, cons
                                   bool recurse, std::vector<std::string> masks) {
   std::erase_if(masks, [&](const std::string& mask) {
     const Sentence why = PlacesOf(context).WhyNot(folder, mask, recurse, Claim::kRecipe);
-    if (!why.empty()) Log(context, Refusal(path + "\\" + mask, why).english);
+    if (!why.empty()) LogLine(context.state, Logged(Refusal(path + "\\" + mask, why)));
     return !why.empty();
   });
   return masks;
@@ -97,7 +95,7 @@ void CollectFolder(CleaningContext& context, const std::string& path, const File
   } catch (const Error& error) {
     if (error.kind() == Error::Kind::kMissing) return;
     for (const std::string& mask : wanted)
-      Log(context, Refusal(path + "\\" + mask, SentenceOf(error)).english);
+      LogLine(context.state, Logged(Refusal(path + "\\" + mask, SentenceOf(error))));
   }
 }
 
@@ -116,7 +114,7 @@ void CollectFolders(CleaningContext& context, std::span<const FileEntry> entries
   for (const FileEntry& entry : entries) {
     const FilesPlace place = FindFolders(context.machine, PlacesOf(context), entry,
                                          PauseOf(context), Judging::kWhenOpened);
-    for (const Sentence& refusal : place.refusals) Log(context, refusal.english);
+    for (const Sentence& refusal : place.refusals) LogLine(context.state, Logged(refusal));
     for (const std::string& folder : place.folders) {
       const auto [row, is_new] = rows.try_emplace(folder, folders.size());
       if (is_new) folders.push_back({folder, {}});
@@ -137,14 +135,14 @@ RegistryTarget TargetOf(const RegistryEntry& entry, const KeyPlace& place) {
 
 void EraseKey(CleaningContext& context, const RegistryEntry& entry, const KeyPlace& place,
               const Exclusions& exclusions) {
-  if (!place.root) return Log(context, place.refusal.english);
+  if (!place.root) return LogLine(context.state, Logged(place.refusal));
   RegistryEraser eraser = RegistryEraser::OfRun(context);
   eraser.Guard();
   try {
     eraser.Erase(exclusions.Without(context.machine.registry, TargetOf(entry, place)));
   } catch (const Error& error) {
     context.state.SomeErrors = true;
-    Log(context, entry.key + ": " + error.what());
+    LogLine(context.state, Log("%1: %2", entry.key, SentenceOf(error)));
   }
 }
 
@@ -203,14 +201,14 @@ std::string RunningProgram(CleaningContext& context, const Plugin& plugin) {
 
 // Whether a recipe may be carried out now; why not is told.
 bool MayRun(CleaningContext& context, const Plugin& plugin, const Exclusions& exclusions) {
-  for (const Sentence& refusal : exclusions.refusals()) Log(context, refusal.english);
-  const std::string what = plugin.description.empty() ? kThisPlugin : plugin.description;
+  for (const Sentence& refusal : exclusions.refusals()) LogLine(context.state, Logged(refusal));
+  const std::string what = Log(plugin.description.empty() ? kThisPlugin : plugin.description);
   const bool is_clear = exclusions.refusals().empty() && !plugin.has_unknown_exclusion;
   const std::string program = is_clear ? RunningProgram(context, plugin) : "";
   if (!program.empty()) {
-    Log(context, what + " is not cleaned: " + program + " runs; close it first.");
+    LogLine(context.state, Log("%1 is not cleaned: %2 runs; close it first.", what, program));
   } else if (!is_clear) {
-    Log(context, what + " is not cleaned: what it is to leave is not known.");
+    LogLine(context.state, Log("%1 is not cleaned: what it is to leave is not known.", what));
   }
   const bool may = program.empty() && is_clear;
   context.state.SomeErrors = context.state.SomeErrors || !may;
@@ -278,9 +276,13 @@ void RemoveCollected(CleaningContext& context, Collected collected) {
   for (const EmptiedFolder& emptied : collected.emptied) RemoveEmptied(context, emptied);
 }
 
+void LogNotFound(CleaningContext& context) {
+  LogLine(context.state, Log("What it cleans was not found here."));
+}
+
 void RunRecords(CleaningContext& context, const Plugin& plugin) {
   Collected collected = ProcessRecords(context, plugin);
-  if (!collected.is_found) context.state.RunLog += kNotFoundHere;
+  if (!collected.is_found) LogNotFound(context);
   RemoveCollected(context, std::move(collected));
 }
 
@@ -290,7 +292,7 @@ bool RunPlugin(CleaningContext& context, std::string_view path) {
   try {
     if (!ProcessPlugin(context, path, collected)) return false;
   } catch (const Error& error) {
-    Log(context, std::string(path).append(": ").append(error.what()));
+    LogLine(context.state, Log("%1: %2", path, SentenceOf(error)));
     return true;
   }
   RemoveCollected(context, std::move(collected));
@@ -311,7 +313,7 @@ void DeleteRegistryKeyTree(Registry& registry, RegistryRoot root, std::string_vi
 }  // namespace modPlugin
 
 void CleanPlugins(CleaningContext& context, const Item& item) {
-  context.state.WhyNothing = "No plug-in is ticked.";
+  context.state.WhyNothing = Log("No plug-in is ticked.");
   if (!modPlugin::HasPluginList(context.machine)) return;
   BeginItem(context, item);
   ResetItemCounters(context.state);
@@ -324,7 +326,7 @@ void CleanPlugins(CleaningContext& context, const Item& item) {
     if (context.state.AbortRequested) return EndRun(context, Mark("Aborted by user"));
   }
   EndRun(context, "");
-  AppendFilesLine(context, item);
+  AppendFilesLine(context, item.log_caption);
 }
 
 }  // namespace quellix

@@ -43,8 +43,8 @@ bool ProcessPlugin(CleaningContext& context, std::string_view path, Collected& c
 // Removes what was collected, a path listed twice once.
 void RemoveCollected(CleaningContext& context, Collected collected);
 
-// What is told of a recipe that has nothing to do here.
-inline constexpr const char* kNotFoundHere = "What it cleans was not found here.\r\n";
+// Tells in RunLog of a recipe that has nothing to do here.
+void LogNotFound(CleaningContext& context);
 
 // Processes a recipe that was asked for by itself and removes what it collected; that there is
 // nothing to do here is told.

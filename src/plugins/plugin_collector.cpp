@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "platform/words.h"
 #include "run/run_limits.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
 #include "run/working_folder.h"
@@ -49,7 +50,7 @@ class Collector : public FolderVisitor {
   }
   void Spared(const std::string& path, std::string_view line) override {
     if (!line.empty()) return NoteKept(context_.state, path, line);
-    context_.state.RunLog.append(path).append(kSparedSentence).append("\r\n");
+    LogSpared(context_.state, path);
   }
   void Failed(const std::string& path, const Error& error) override {
     if (error.kind() == Error::Kind::kMissing) return;

@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "plugins/mod_plugin.h"
 #include "plugins/plugin_file.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
 #include "settings/own_files.h"
@@ -153,7 +154,7 @@ void PluginManager::Add() {
 std::string PluginManager::QuestionFor(std::span<const size_t> rows) const {
   std::string text = Tr("Are you sure you want to delete selected Plugin(s)?") + "\r\n";
   for (size_t i = 0; i < std::min(rows.size(), kMostLines); ++i) {
-    text.append("\r\n").append(rows_[rows[i]].file);
+    text.append("\r\n").append(ShownName(rows_[rows[i]].file));
   }
   if (rows.size() <= kMostLines) return text;
   return text + "\r\n" + Tr("and %1 more", std::to_string(rows.size() - kMostLines));
@@ -203,7 +204,7 @@ void PluginManager::Process(CleaningContext& context, std::span<const size_t> ro
     status_ = Tr("Processing plugin %1", ShownName(rows_[row].file));
     show();
     if (!RunPlugin(context, ProcessedPath(machine_, rows_[row].file))) {
-      context.state.RunLog.append(rows_[row].file).append(": there is no such plug-in.\r\n");
+      LogLine(context.state, Log("%1: there is no such plug-in.", rows_[row].file));
     }
     if (state.AbortRequested) break;
   }

@@ -2,18 +2,16 @@
 
 #include "cleaners/skeleton.h"
 #include "platform/sha256.h"
+#include "platform/words.h"
 #include "plugins/mod_plugin.h"
 #include "plugins/recipe_detection.h"
 #include "plugins/recipe_rights.h"
 #include "run/removal.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 
 namespace quellix::modPlugin {
 namespace {
-
-void Log(CleaningContext& context, std::string_view sentence) {
-  context.state.RunLog.append(sentence).append("\r\n");
-}
 
 bool LacksRights(const Machine& machine, const ListedRecipe& recipe) {
   return NeedsAdministrator(recipe.plugin) && !machine.session.HasAdministratorRights();
@@ -25,8 +23,9 @@ bool MayAnything(const Machine& machine, const ListedRecipe& recipe) {
 
 void LogCount(CleaningContext& context, const std::string& name) {
   const RunState& state = context.state;
-  Log(context, name + ": Files Deleted: " + std::to_string(state.FilesDeleted) + " Space Gained: " +
-                   FormatSize(state.SpaceGained, 2, true, context.machine.system.UserLocale()));
+  LogLine(context.state,
+          Log("%1: Files Deleted: %2 Space Gained: %3", name, std::to_string(state.FilesDeleted),
+              FormatSize(state.SpaceGained, 2, true, context.machine.system.UserLocale())));
 }
 
 void RunChosen(CleaningContext& context, const ListedRecipe& recipe, const RecipeChoice& choice) {
@@ -35,9 +34,9 @@ void RunChosen(CleaningContext& context, const ListedRecipe& recipe, const Recip
   const bool may_anything = MayAnything(context.machine, recipe);
   if (may_anything && !is_seen && !context.state.IsPreview) {
     context.state.SomeErrors = true;
-    return Log(
-        context,
-        recipe.name + " is not cleaned: it is new or has changed; look at its preview first.");
+    return LogLine(context.state,
+                   Log("%1 is not cleaned: it is new or has changed; look at its preview first.",
+                       recipe.name));
   }
   context.view.SetStatus(recipe.name + "...");
   if (RunListed(context, recipe) && may_anything) LogCount(context, recipe.name);
@@ -48,8 +47,9 @@ std::optional<Plugin> AllowedPart(CleaningContext& context, const ListedRecipe& 
   if (!LacksRights(context.machine, recipe)) return recipe.plugin;
   Plugin rest = WithoutAdministrator(recipe.plugin);
   const bool is_any = NamesAnything(rest);
-  Log(context, recipe.name + (is_any ? ": what needs administrator rights was left."
-                                     : " is skipped: it needs administrator rights."));
+  LogLine(context.state, is_any
+                             ? Log("%1: what needs administrator rights was left.", recipe.name)
+                             : Log("%1 is skipped: it needs administrator rights.", recipe.name));
   if (!is_any) return std::nullopt;
   return rest;
 }
@@ -87,7 +87,7 @@ Fingerprints FingerprintsOf(const Machine& machine, const ListedRecipe& recipe) 
 void RunRecipes(CleaningContext& context, std::span<const RecipeChoice> choices) {
   if (choices.empty()) return;
   const RecipeLists lists = LoadRecipeLists(context.machine, PauseOf(context));
-  for (const Sentence& problem : lists.problems) Log(context, problem.english);
+  for (const Sentence& problem : lists.problems) LogLine(context.state, Logged(problem));
   context.state.SomeErrors = context.state.SomeErrors || !lists.problems.empty();
   const size_t before = context.state.Entries->all.size();
   for (const RecipeChoice& choice : choices) {
@@ -95,7 +95,7 @@ void RunRecipes(CleaningContext& context, std::span<const RecipeChoice> choices)
     if (const ListedRecipe* recipe = lists.Find(choice.name)) {
       RunChosen(context, *recipe, choice);
     } else if (lists.problems.empty()) {
-      Log(context, choice.name + " is in no list of recipes any more.");
+      LogLine(context.state, Log("%1 is in no list of recipes any more.", choice.name));
     }
   }
   // As items do, with the time of this cleaning stored.

@@ -19,9 +19,9 @@ class BackupArchive {
   // is finished, as far as that goes. The archive and its folder are made with the first file.
   virtual void MakeBackupArchiveName(std::string_view folder, std::string_view prefix) = 0;
   // Adds the file NamePart(path) of an open folder, under its whole path; after an Error it is not
-  // in the archive. Returns what of it could not be stored, in a sentence, "" for nothing; in
-  // strict mode that is an Error.
-  virtual std::string BackupFile(Folder& folder, std::string_view path) = 0;
+  // in the archive. Returns what of it could not be stored, empty for nothing; in strict mode that
+  // is an Error.
+  virtual Sentence BackupFile(Folder& folder, std::string_view path) = 0;
   // Brings the files added since the last call onto the disk: not before that may they be removed.
   // After an Error all of them are to be taken as not archived.
   virtual void Flush() = 0;

@@ -4,6 +4,7 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/words.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 
 namespace quellix {
@@ -29,11 +30,8 @@ void BackupBatch::Add(Folder& folder, std::string_view path, const FileInfo& see
   }
   File file{path, seen, {}};
   try {
-    const std::string loss = context_.backup.BackupFile(folder, path);
-    if (!loss.empty()) {
-      state.RunLog.append("Not backed up whole: ").append(path);
-      state.RunLog.append(" (").append(loss).append(")\r\n");
-    }
+    const Sentence loss = context_.backup.BackupFile(folder, path);
+    if (!loss.empty()) LogLine(state, Log("Not backed up whole: %1 (%2)", path, loss));
   } catch (const std::exception& error) {
     file.problem = SentenceOf(error);
   }

@@ -3,6 +3,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "platform/words.h"
 
 namespace quellix {
 namespace {
@@ -48,7 +49,7 @@ KeepList::Holder KeepList::Hold(FileSystem& files, std::string_view path) {
     // What a share lies in cannot be opened.
     holder.is_missing = !holder.folder && path.substr(1, 1) == ":";
   } catch (const Error& error) {
-    holder.problem = error.what();
+    holder.problem = Logged(error);
   }
   return holder;
 }
@@ -64,16 +65,15 @@ void KeepList::Add(const Machine& machine, const std::string& text, Holder& hold
     case KeepLine::kRemark:
       return;
     case KeepLine::kFault:
-      Remark(line.text, "keeps nothing: " + line.fault);
+      Remark(Log("The keep list's line \"%1\" keeps nothing: %2", line.text, Log(line.fault)));
       return;
     case KeepLine::kPath:
       AddPath(machine, line.name, line.text, holder);
       break;
     case KeepLine::kNameMask:
     case KeepLine::kPathMask:
-      if (FitsEverything(line.name)) {
-        Remark(line.text, "keeps every file.");
-      }
+      if (FitsEverything(line.name))
+        Remark(Log("The keep list's line \"%1\" keeps every file.", line.text));
       (line.kind == KeepLine::kNameMask ? name_masks_ : path_masks_)
           .emplace_back(line.name, line.text);
       break;
@@ -88,9 +88,7 @@ void KeepList::Add(const Machine& machine, const std::string& text, Holder& hold
   ++count_;
 }
 
-void KeepList::Remark(const std::string& line, const std::string& what) {
-  remarks_ += "The keep list's line \"" + line + "\" " + what + "\r\n";
-}
+void KeepList::Remark(const std::string& sentence) { remarks_ += sentence + "\r\n"; }
 
 void KeepList::AddPath(const Machine& machine, const std::string& path, const std::string& text,
                        Holder& holder) {
@@ -110,10 +108,13 @@ void KeepList::AddPath(const Machine& machine, const std::string& path, const st
     const auto id = holder.folder ? holder.folder->IdOf(NamePart(plain)) : std::nullopt;
     if (id) files_[holder.folder->Id()][*id] = text;
   } catch (const Error& error) {
-    problem = error.what();
+    problem = Logged(error);
   }
   if (problem.empty()) return;
-  Remark(text, "keeps what is named like that alone, as it cannot be opened: " + problem);
+  Remark(
+      Log("The keep list's line \"%1\" keeps what is named like that alone, as it cannot be "
+          "opened: %2",
+          text, problem));
 }
 
 void KeepList::AddKey(const Machine& machine, const KeepLine& line) {

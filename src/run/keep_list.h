@@ -55,7 +55,7 @@ class KeepList {
   void Add(const Machine& machine, const std::string& text, Holder& holder);
   void AddPath(const Machine& machine, const std::string& path, const std::string& text,
                Holder& holder);
-  void Remark(const std::string& line, const std::string& what);
+  void Remark(const std::string& sentence);
   void AddKey(const Machine& machine, const KeepLine& line);
 
   size_t count_ = 0;

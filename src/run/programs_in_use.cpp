@@ -4,6 +4,7 @@
 
 #include "platform/text.h"
 #include "platform/words.h"
+#include "run/run_log.h"
 
 namespace quellix {
 namespace {
@@ -50,7 +51,7 @@ bool IsOutOfTheWay(CleaningContext& context, const ProgramInUse& program,
     question.told = Tr("It still runs.");
     if (answer == ProgramAnswer::kClose) question.told = Close(context, program);
     if (context.state.AbortRequested || runs()) continue;
-    context.state.RunLog += program.name + " was closed before it was cleaned.\r\n";
+    LogLine(context.state, Log("%1 was closed before it was cleaned.", program.name));
     return true;
   }
   return false;

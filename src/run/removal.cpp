@@ -15,6 +15,7 @@
 #include "run/backup_step.h"
 #include "run/deletion_batch.h"
 #include "run/random_source.h"
+#include "run/run_log.h"
 #include "run/run_steps.h"
 #include "run/stayed.h"
 
@@ -76,8 +77,9 @@ std::optional<Way> OverwriteUnlessShared(CleaningContext& context, Folder& folde
                                          std::string_view path) {
   const std::unique_ptr<RandomFile> file = folder.Open(NamePart(path), OpenMode::kWrite);
   if (file->LinkCount() > 1) {
-    context.state.RunLog.append(path).append(
-        " has further names: it was not overwritten, and only this name was removed.\r\n");
+    LogLine(
+        context.state,
+        Log("%1 has further names: it was not overwritten, and only this name was removed.", path));
     return Way::kDeleted;
   }
   context.state.Parts.Get<HasOverwritten>();

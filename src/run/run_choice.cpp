@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/text.h"
+#include "platform/words.h"
 #include "run/run_state.h"
 
 namespace quellix {
@@ -14,8 +15,8 @@ std::string KeyOf(const RunEntry& entry) {
   return kind + UpCase(entry.place) + "\n" + UpCase(entry.part);
 }
 
-std::string Line(uint64_t count, const char* what) {
-  return count == 0 ? "" : std::string(what) + ": " + std::to_string(count) + "\r\n";
+std::string Line(uint64_t count, const char* pattern) {
+  return count == 0 ? "" : Log(pattern, std::to_string(count)) + "\r\n";
 }
 
 // What others write to while it is looked at.
@@ -125,9 +126,9 @@ std::string RunChoice::Remarks() const {
   for (const auto& [key, seen] : seen_) {
     if (seen.ticked && !seen.met) ++vanished;
   }
-  return Line(new_, "Left, as they were not in the preview") +
-         Line(changed_, "Changed since the preview") +
-         Line(vanished, "Ticked in the preview, but not come by again");
+  return Line(new_, Mark("Left, as they were not in the preview: %1")) +
+         Line(changed_, Mark("Changed since the preview: %1")) +
+         Line(vanished, Mark("Ticked in the preview, but not come by again: %1"));
 }
 
 bool IsChosen(RunState& state, const RunEntry& entry) {

@@ -3,6 +3,7 @@
 #include "platform/error.h"
 #include "platform/path.h"
 #include "platform/words.h"
+#include "run/run_log.h"
 #include "run/working_folder.h"
 #include "settings/own_files.h"
 
@@ -16,6 +17,7 @@ void ResetRun(CleaningContext& context) {
   state.Places.reset();
   state.Parts.Clear();
   LoadRemovalOptions(context);
+  if (!state.IsForAnother) SpeakInLogs(context.settings.Load().log_in_language);
 }
 
 // While nobody knows what the user keeps, nothing goes.
@@ -42,7 +44,7 @@ bool CanBackUp(CleaningContext& context) {
     ReportCritical(context, Say("%1 Nothing was removed.", why));
     return false;
   }
-  state.RunLog.append(why.english).append(" What is deleted has no backup.\r\n");
+  LogLine(state, Log("%1 What is deleted has no backup.", why));
   const std::string question =
       why.shown + "\n\n" + Tr("Files would be deleted without a backup. Go on?");
   if (state.Hidden || context.view.AskToGoOn(question)) return true;
@@ -85,8 +87,7 @@ void CloseBackup(CleaningContext& context) {
     context.backup.Close();
   } catch (const std::exception& error) {
     context.state.SomeErrors = true;
-    context.state.RunLog.append("The backup archive could not be finished: ");
-    context.state.RunLog.append(error.what()).append("\r\n");
+    LogLine(context.state, Log("The backup archive could not be finished: %1", SentenceOf(error)));
   }
 }
 
@@ -127,7 +128,7 @@ void EndRun(CleaningContext& context, std::string_view message) {
     try {
       context.view.ShowLastCleaned(context.settings.StoreLastCleaned());
     } catch (const Error& error) {
-      context.state.SettingsProblem = error.what();
+      context.state.SettingsProblem = Logged(error);
     }
   }
   context.view.SetStatus(Tr(message));
@@ -141,7 +142,7 @@ void EndRun(CleaningContext& context, std::string_view message) {
 void ReportCritical(CleaningContext& context, const Sentence& text) {
   context.state.SomeErrors = true;
   if (context.state.Hidden) {
-    context.state.RunLog.append(text.english).append("\r\n");
+    LogLine(context.state, Logged(text));
   } else {
     context.view.ShowCritical(text.shown);
   }

@@ -13,7 +13,7 @@ namespace quellix {
 namespace {
 
 std::string In(Tongue tongue, Sentence sentence) {
-  return std::move(tongue == Tongue::kEnglish ? sentence.english : sentence.shown);
+  return tongue == Tongue::kLog ? Logged(sentence) : std::move(sentence.shown);
 }
 
 // The system's sentence names most paths itself.
@@ -24,7 +24,7 @@ std::string Line(const RunEntries& entries, const RunEntry& entry, Tongue tongue
     return "\r\n" + In(tongue, Say("%1 (by the line %2)", PlaceText(entry), note));
   }
   const bool names_itself = entry.note.find(entry.place) != std::string::npos;
-  return "\r\n" + (names_itself ? "" : entry.place + ": ") + In(tongue, note);
+  return "\r\n" + In(tongue, names_itself ? note : Say("%1: %2", entry.place, note));
 }
 
 bool IsOnDisk(const RunEntry& entry) {
@@ -136,12 +136,13 @@ std::vector<std::string_view> StayedSentences(const RunState& state) {
 
 std::string NotBackedUpLine(const RunState& state) {
   if (state.FilesNotBackedUp == 0) return {};
-  return "\r\nDeleted without a backup: " + std::to_string(state.FilesNotBackedUp) + " file(s)";
+  return "\r\n" +
+         Log("Deleted without a backup: %1 file(s)", std::to_string(state.FilesNotBackedUp));
 }
 
 std::string KeptLine(const RunState& state) {
   if (state.KeptCount == 0) return {};
-  return "\r\nKept by the keep list: " + std::to_string(state.KeptCount);
+  return "\r\n" + Log("Kept by the keep list: %1", std::to_string(state.KeptCount));
 }
 
 std::string WipedLine(const RunState& state) {
@@ -155,7 +156,8 @@ std::string WipedLine(const RunState& state) {
 
 std::string LeftToStartLine(const RunState& state) {
   if (state.LeftToStart == 0) return {};
-  return "\r\nLeft to the next start of Windows: " + std::to_string(state.LeftToStart) + " file(s)";
+  return "\r\n" +
+         Log("Left to the next start of Windows: %1 file(s)", std::to_string(state.LeftToStart));
 }
 
 std::string StayedNames(const RunTotals& totals, size_t most, Tongue tongue) {

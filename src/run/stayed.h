@@ -58,10 +58,10 @@ struct HasOverwritten {};
 // where none were, or nothing has to be said.
 std::string WipedLine(const RunState& state);
 // Whether a text is for a log, or for a window in its language.
-enum class Tongue { kEnglish, kShown };
+enum class Tongue { kLog, kShown };
 
 // The names of what stayed, and of what was kept, with their reasons, a line each, `most` of them,
 // behind an empty line and a heading; "" when nothing did.
-std::string StayedNames(const RunTotals& totals, size_t most, Tongue tongue = Tongue::kEnglish);
+std::string StayedNames(const RunTotals& totals, size_t most, Tongue tongue = Tongue::kLog);
 
 }  // namespace quellix

@@ -9,10 +9,6 @@
 
 namespace quellix {
 
-// Behind the path of a folder that a walk has left alone.
-inline constexpr const char* kSparedSentence =
-    " is not cleaned: it is precious, or belongs to this program or its backups.";
-
 // Takes what a walk through folders comes by. Paths of folders end in "\".
 class FolderVisitor {
  public:

@@ -7,6 +7,7 @@
 #include "platform/text.h"
 #include "platform/words.h"
 #include "run/removal.h"
+#include "run/run_log.h"
 #include "search/search_options.h"
 
 namespace quellix {
@@ -14,8 +15,9 @@ namespace {
 
 size_t PlaceOf(JunkKind kind) { return static_cast<size_t>(kind) - 1; }
 
-constexpr std::string_view kLogCaptions[] = {"Unnecessary files....", "Empty (zero-byte) files....",
-                                             "Dead (shortcut) links....", "Empty folders...."};
+constexpr const char* kLogCaptions[] = {
+    Mark("Unnecessary files...."), Mark("Empty (zero-byte) files...."),
+    Mark("Dead (shortcut) links...."), Mark("Empty folders....")};
 
 }  // namespace
 
@@ -319,13 +321,15 @@ std::string SearchResults::LogLines() const {
   std::string lines;
   constexpr size_t kFolders = std::size(kLogCaptions) - 1;
   for (size_t i = 0; i < kFolders; ++i) {
-    lines += std::string(kLogCaptions[i]) + "Files Deleted: " + std::to_string(totals_[i].files) +
-             " Space Gained: " +
-             FormatSize(totals_[i].bytes, 2, true, context_.machine.system.UserLocale()) + "\r\n";
+    lines += FilesText(kLogCaptions[i], totals_[i].files, totals_[i].bytes,
+                       context_.machine.system.UserLocale()) +
+             "\r\n";
   }
   if (folder_finds_ > 0)
-    lines += std::string(kLogCaptions[kFolders]) +
-             "Folders Deleted: " + std::to_string(totals_[kFolders].files) + "\r\n";
+    // TRANSLATORS: %1 is "Empty folders....".
+    lines += Log("%1Folders Deleted: %2", Log(kLogCaptions[kFolders]),
+                 std::to_string(totals_[kFolders].files)) +
+             "\r\n";
   return lines;
 }
 

@@ -110,6 +110,7 @@ constexpr Row kRows[] = {
     {"General", "KeepLogs", kCount<&Preferences::kept_logs>},
     {"General", "CheckUpdates", kBox<&Preferences::check_updates>},
     {"General", "Language", kWord<&Preferences::language>},
+    {"General", "LogLanguage", kBox<&Preferences::log_in_language>},
     {"Backup", "Strict", kBox<&Preferences::Strict>},
     {"Backup", "KeepOnAbort", kBox<&Preferences::KeepOnAbort>},
     {"Backup", "Registry", kBox<&Preferences::BackupRegistry>},

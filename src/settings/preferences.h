@@ -32,6 +32,7 @@ struct Preferences : RemovalOptions {
   int16_t low_disk = 0;        // per cent of Windows' drive below which a run begins; 0: never
   bool check_updates = false;  // a server is asked for new versions once a week
   std::string language;  // of the windows: "" as Windows', "en", "de", or a file (see SpeakAs)
+  bool log_in_language = false;   // else the logs of runs are English
   std::string overwrite = "Ask";  // what a restore does where a file is there already
 
   bool InHours() const { return hours.value_or(1) == 1; }

@@ -75,7 +75,9 @@ int LeaveItToTheOther(StartMode mode, const std::optional<std::string>& named) {
 }
 
 void SpeakAsChosen(const quellix::Machine& machine) {
-  quellix::SpeakAs(quellix::Settings(machine).Load().language, machine);
+  const quellix::Preferences preferences = quellix::Settings(machine).Load();
+  quellix::SpeakAs(preferences.language, machine);
+  quellix::SpeakInLogs(preferences.log_in_language);
 }
 
 // Until the window ends; its exit code, and what it hands on.

@@ -30,7 +30,8 @@ constexpr SettingBox kGeneralBoxes[] = {{chkAutoClean, &GeneralOptions::auto_cle
                                         {Check1, &GeneralOptions::protect1},
                                         {Check2, &GeneralOptions::protect2},
                                         {Check3, &GeneralOptions::tip_box},
-                                        {chkUpdates, &GeneralOptions::check_updates}};
+                                        {chkUpdates, &GeneralOptions::check_updates},
+                                        {chkLogLanguage, &GeneralOptions::log_in_language}};
 constexpr SettingBox kDeletionBoxes[] = {{chkExtraSecurity, &GeneralOptions::extra_security},
                                          {chkRename, &GeneralOptions::rename},
                                          {chkStrict, &GeneralOptions::Strict},

@@ -213,10 +213,11 @@ AskedForGood AskForGood(HWND owner, std::string_view question, std::string_view 
   const auto [verb, asked] = VerbAndQuestion(question);
   const std::wstring heading = Wide(asked), below = Wide(text),
                      box = Wide(further ? further->text : ""), yes = L"&" + Wide(verb),
-                     show = Wide(Tr("&Show what goes..."));
-  const TASKDIALOG_BUTTON buttons[] = {{kYes, yes.c_str()}, {kShow, show.c_str()}};
-  TASKDIALOGCONFIG dialog = TaskDialogOf(owner, std::span(buttons).first(shows ? 2 : 1));
-  dialog.dwCommonButtons = TDCBF_CANCEL_BUTTON;
+                     show = Wide(Tr("&Show what goes...")), cancel = Wide(Tr("Cancel"));
+  // The system's own cancel button speaks its language, not the program's.
+  std::vector<TASKDIALOG_BUTTON> buttons{{kYes, yes.c_str()}, {IDCANCEL, cancel.c_str()}};
+  if (shows) buttons.insert(buttons.begin() + 1, {kShow, show.c_str()});
+  TASKDIALOGCONFIG dialog = TaskDialogOf(owner, buttons);
   dialog.pszMainInstruction = heading.c_str();
   dialog.pszContent = below.empty() ? nullptr : below.c_str();
   dialog.pszVerificationText = box.empty() ? nullptr : box.c_str();

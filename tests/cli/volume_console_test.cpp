@@ -1,9 +1,9 @@
-#include <fcntl.h>
-#include <signal.h>
 #include <sys/wait.h>
-#include <unistd.h>
+
+#include <cstdlib>
 
 #include "cli/console_fixture.h"
+#include "support/plugin_fixture.h"
 #include "support/volume_seed.h"
 
 namespace quellix {
@@ -19,10 +19,7 @@ struct VolumeConsoleTest : ConsoleTest {
 TEST_F(VolumeConsoleTest, BadVolumesAndUsersAreToldAndNothingIsTouched) {
   machine->MakeFile(temp + "a.tmp", "1");
   const std::string root = volume().options().volume;
-  const std::string no_windows = root + "/Scratch";
   const std::tuple<const char*, Names, std::string> kRows[] = {
-      {"no Windows", {"--volume", no_windows}, no_windows},
-      {"no folder", {"--volume", root + "/none"}, "none"},
       {"no such user", {"--volume", root, "--user", "Nobody"}, kTesterName},
       {"bad drive", {"--volume", root, "--drive", "D=/x"}, "D:=DIR"},
       {"missing drive", {"--volume", root, "--drive", "D:=/no/such/folder"}, "/no/such/folder"}};
@@ -41,10 +38,7 @@ TEST_F(VolumeConsoleTest, BadVolumesAndUsersAreToldAndNothingIsTouched) {
 TEST_F(VolumeConsoleTest, ListsAndPreviewsChangeNothingOnTheWholeVolume) {
   for (const std::string& path : {temp + "a.tmp", scratch + "junk.tmp", own + "Backup\\C_1.zip"})
     machine->MakeFile(path, "12345");
-  machine->MakeFile(own + "UNFI.txt",
-                    "*.tmp\x01"
-                    "1\x01"
-                    "Temporary\r\n");
+  WriteOwn("UNFI.txt", PluginFixture::Text("*.tmp|1|Temporary\r\n"));
   machine->MakeFile(own + "Plugins\\qx.cdp",
                     "D\x01Qx\r\nF\x01No\x01No\x01" + scratch + "*.tmp\r\n" +
                         "R\x01Yes\x01No\x01HKEY_CURRENT_USER\\Software\\Qx\x01\r\n");
@@ -65,17 +59,6 @@ TEST_F(VolumeConsoleTest, ListsAndPreviewsChangeNothingOnTheWholeVolume) {
     const ProgramResult result = Run(WordsOf(command));
     EXPECT_TRUE(picture() == before) << command << result.output;
   }
-}
-
-TEST_F(VolumeConsoleTest, OneOfSeveralUsersMustBeNamed) {
-  machine->MakeFile(temp + "a.tmp", "1");
-  StoreMachine(*machine);
-  SeedUser(volume().options().volume, "Other One", "S-1-5-21-1004336348-1177238915-682003330-1002");
-  Expect({"clean", "--item", "CleanTempFiles"}, 1, {"Other One", kTesterName});
-  Expect({"clean", "--item", "CleanTempFiles", "--user", "other one"}, 0);
-  EXPECT_TRUE(machine->Exists(temp + "a.tmp"));
-  Expect({"clean", "--item", "CleanTempFiles", "--user", kTesterName}, 0);
-  EXPECT_FALSE(machine->Exists(temp + "a.tmp"));
 }
 
 // Several users of a volume, and several volumes, each with its own outcome.
@@ -251,64 +234,31 @@ TEST_F(VolumeConsoleTest, WhatBelongsToARunningWindowsIsSaidAndTheRunGoesOn) {
   }
 }
 
-// A quellixctl that is asking something, and what it has said.
-class AskingProgram {
- public:
-  AskingProgram(Names arguments, std::string output) : output_(std::move(output)) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    arguments.insert(arguments.begin(), QUELLIXCTL);
-    std::vector<char*> list;
-    for (std::string& argument : arguments) list.push_back(argument.data());
-    list.push_back(nullptr);
-    const int out = open(output_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    process_ = fork();
-    if (process_ == 0) {
-      dup2(ends[0], STDIN_FILENO);
-      dup2(out, STDOUT_FILENO);
-      dup2(out, STDERR_FILENO);
-      execv(QUELLIXCTL, list.data());
-      _exit(127);
-    }
-    close(out);
-    close(ends[0]);
-    input_ = ends[1];
-  }
-  std::string Said() const { return ReadNative(output_); }
-  bool AwaitText(std::string_view text) const {
-    for (int tries = 0; tries < 600; ++tries) {
-      if (Said().find(text) != std::string::npos) return true;
-      usleep(50000);
-    }
-    return false;
-  }
-  void Interrupt() const { kill(process_, SIGINT); }
-  // Its exit code after this answer.
-  int Answer(std::string_view line) {
-    EXPECT_EQ(write(input_, line.data(), line.size()), static_cast<ssize_t>(line.size()));
-    close(input_);
-    int status = 0;
-    waitpid(process_, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
- private:
-  std::string output_;
-  pid_t process_ = 0;
-  int input_ = -1;
-};
+// With a folder and a command: interrupts the command once it asks whether to replace a file, and
+// answers it then.
+constexpr const char* kInterrupting = R"(set -m
+mkfifo "$1/answers"
+exec 3<> "$1/answers"
+"${@:2}" < "$1/answers" > "$1/said" 2>&1 &
+until grep -qs 'is there already' "$1/said"; do kill -0 $! || exit 99; sleep 0.05; done
+kill -INT $!
+echo a >&3
+wait $!)";
 
 TEST_F(VolumeConsoleTest, CtrlCEndsARestore) {
   for (const char* name : {"a.tmp", "b.tmp"}) machine->MakeFile(temp + name, "backup");
   ASSERT_EQ(CleanTemp({"--method", "backup"}).exit_code, 0);
   const std::string archive = machine->Tree(own + "Backup").at(0);
   for (const char* name : {"a.tmp", "b.tmp"}) machine->MakeFile(temp + name, "there");
-  AskingProgram program(With({"backup", "restore", archive}, MachineArguments(*machine)),
-                        volume().options().volume + "/Scratch/said");
-  ASSERT_TRUE(program.AwaitText("is there already.")) << program.Said();
-  program.Interrupt();
-  EXPECT_EQ(program.Answer("a\n"), 1);
-  EXPECT_TRUE(Holds(program.Said(), "0 files restored, 0 left as they were; stopped at your wish"));
+  const std::string folder = volume().options().volume + "/Scratch", script = folder + "/script";
+  WriteNative(script, kInterrupting);
+  std::string command = "bash '" + script + "' '" + folder + "' '" QUELLIXCTL "'";
+  for (const std::string& argument :
+       With({"backup", "restore", archive}, MachineArguments(*machine)))
+    command += " '" + argument + "'";
+  EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
+  const std::string said = ReadNative(folder + "/said");
+  EXPECT_TRUE(Holds(said, "0 files restored, 0 left as they were; stopped at your wish"));
   for (const char* name : {"a.tmp", "b.tmp"}) EXPECT_EQ(Read(temp + name), "there");
 }
 

@@ -158,33 +158,5 @@ TEST_F(VolumeRegistryConsoleTest, NamesThatDifferInCaseAloneGoAsThePreviewSays) 
   EXPECT_FALSE(machine->KeyExists(kUser, "Software\\Qx"));
 }
 
-TEST_F(VolumeRegistryConsoleTest, APluginReachesNoServiceByAnyControlSet) {
-  Set(kMachine, kServices, "ImagePath", Text("x"));
-  for (const char* key :
-       {"SYSTEM\\ControlSet001\\Services", "System\\CurrentControlSet\\\\services\\Qx Probe",
-        "SYSTEM\\.\\..\\ControlSet001\\Services\\Qx Probe",
-        "SYSTEM\\\\Controlset001\\Services\\"}) {
-    SCOPED_TRACE(key);
-    for (const char* whole : {"Yes", "No"}) {
-      machine->MakeFile(own + "Plugins\\qx.cdp", std::string("R\x01") + whole +
-                                                     "\x01No\x01HKEY_LOCAL_MACHINE\\" + key +
-                                                     "\x01ImagePath\r\n");
-      Run({"plugins", "process", "qx"});
-      EXPECT_EQ(machine->ValueNames(kMachine, kServices), Names{"ImagePath"});
-    }
-  }
-}
-
-TEST_F(VolumeRegistryConsoleTest, ASearchLeavesTheHalvesOfTheRecycleBinTogether) {
-  const std::string bin = "C:\\$Recycle.Bin\\S-1-5-21-1\\";
-  for (const char* half : {"$RABCDEF.txt", "$IABCDEF.txt"}) machine->MakeFile(bin + half, "");
-  machine->MakeFile("C:\\RECYCLER\\S-1-5-21-1\\Dc1.txt", "");
-  machine->MakeFile(scratch + "empty.txt", "");
-  EXPECT_FALSE(Holds(Run({"search", "empty", "--delete"}).output, "$RABCDEF")) << "not even found";
-  EXPECT_FALSE(machine->Exists(scratch + "empty.txt"));
-  EXPECT_EQ(machine->Tree("C:\\$Recycle.Bin").size(), 3u);
-  EXPECT_EQ(machine->Tree("C:\\RECYCLER").size(), 2u);
-}
-
 }  // namespace
 }  // namespace quellix

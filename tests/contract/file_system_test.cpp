@@ -14,16 +14,6 @@ struct FileSystemContract : ContractFixture {
   }
 };
 
-// Names a volume and a Windows both take: many scripts, blanks, masks' look-alikes, full length.
-const Names& ManyNames() {
-  static const Names names = {
-      "plain.txt",         "Großer Ärger.log", "Привет мир.tmp",
-      "日本語.dat",        "שלום.txt",         "ไทย",
-      "😀 smile.txt",       " leading.txt",     "dots...in.the.name",
-      "[a]{b}!~'@#$%^&()", "noextension",      std::string(251, 'n') + ".txt"};
-  return names;
-}
-
 TEST_F(FileSystemContract, EnumerateTellsKindsAndDetails) {
   constexpr int64_t kTime = 132'000'000'000'000'000;
   Make("file.txt", "12345");
@@ -75,7 +65,11 @@ TEST_F(FileSystemContract, ManyEntriesAreAllSeenOnce) {
 }
 
 TEST_F(FileSystemContract, NamesInEveryScriptAreFoundInAnyCaseAndRemoved) {
-  for (const std::string& name : ManyNames()) {
+  // Many scripts, blanks, masks' look-alikes, full length.
+  for (const std::string& name :
+       Names{"plain.txt", "Großer Ärger.log", "Привет мир.tmp", "日本語.dat", "שלום.txt", "ไทย",
+             "😀 smile.txt", " leading.txt", "dots...in.the.name", "[a]{b}!~'@#$%^&()",
+             "noextension", std::string(251, 'n') + ".txt"}) {
     SCOPED_TRACE(name);
     test_->MakeFile(At("Folder Ä\\" + name), name);
     EXPECT_EQ(Entries(At("folder ä\\"), Detail::kKind).count(name), 1u);

@@ -27,18 +27,11 @@ TEST_F(FileVersionContract, TheMakersTextsAreRead) {
 
 TEST_F(FileVersionContract, WhatHasNoneIsNoError) {
   const std::string whole = ProgramBytes("Maker", "Program");
-  const std::pair<const char*, std::string> kRows[] = {
-      {"an empty file", ""},
-      {"a text", "echo off"},
-      {"the first two bytes", "MZ"},
-      {"headers alone", whole.substr(0, 0x200)},
-      {"cut off in the resource", whole.substr(0, 0x240)},
-      {"an empty version", ProgramBytes("")},
-      {"zeros", ProgramBytes(std::string(300, '\0'))}};
-  for (const auto& [row, bytes] : kRows) {
-    SCOPED_TRACE(row);
+  for (const std::string& bytes :
+       {std::string(), std::string("echo off"), std::string("MZ"), whole.substr(0, 0x200),
+        whole.substr(0, 0x240), ProgramBytes(""), ProgramBytes(std::string(300, '\0'))}) {
     const auto version = Read(bytes);
-    EXPECT_TRUE(!version || version->company.empty());
+    EXPECT_TRUE(!version || version->company.empty()) << bytes;
   }
   EXPECT_FALSE(ReadFileVersion(machine_.files, test_->Scratch() + "none.exe"));
   EXPECT_FALSE(ReadFileVersion(machine_.files, test_->Scratch()));

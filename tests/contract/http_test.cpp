@@ -138,10 +138,7 @@ TEST_F(HttpTest, OnlyTheHeadersAreFetchedWhereTheyAreAskedFor) {
   EXPECT_EQ(Ask({.url = At("/claim"), .head = true}).status, 200);
   const HttpAnswer stall = Ask({.url = At("/stall"), .headers_only = true, .seconds = 5});
   EXPECT_EQ(stall.status, 200) << "it waits for no body" << HttpEndText(stall.end);
-}
-
-TEST_F(HttpTest, TheLimitIsThatOfTheBodyAlone) {
-  EXPECT_EQ(Ask({.url = At("/ok"), .limit = 5}).body, "hello");
+  EXPECT_EQ(Ask({.url = At("/ok"), .limit = 5}).body, "hello") << "the limit is that of the body";
   EXPECT_EQ(Ask({.url = At("/ok"), .limit = 4}).end, HttpEnd::kTooLarge);
 }
 

@@ -130,27 +130,19 @@ TEST_F(ProfileContract, ReadsAnsiAndMarkedFiles) {
   EXPECT_EQ(machine_.profile.Read(file_, "General", "Key"), "grün");
 }
 
-TEST_F(ProfileContract, WritingKeepsEveryOtherByte) {
+TEST_F(ProfileContract, WritingMakesTheFileAndKeepsEveryOtherByte) {
+  machine_.profile.Write(file_, {"General", "Key", "1"});
+  EXPECT_EQ(Text(), "[General]\r\nKey=1\r\n");
   test_->MakeFile(file_, "; mine\r\n[Else]\r\nk = v  \r\n[General]\r\n\r\nB=2\r\n\r\n[Z]\r\nB=9");
   for (const char* run : {"first", "again"}) {
     machine_.profile.Write(file_, {"general", "C", "1"});
     machine_.profile.Write(file_, {"GENERAL", "b", "3"});
-    machine_.profile.Write(file_, {"New", "Name", "ü"});
+    machine_.profile.Write(file_, {"Größe", "Ключ", "Мир"});
     EXPECT_EQ(Text(),
               "; mine\r\n[Else]\r\nk = v  "
-              "\r\n[General]\r\n\r\nb=3\r\nC=1\r\n\r\n[Z]\r\nB=9\r\n[New]\r\nName=ü\r\n")
+              "\r\n[General]\r\n\r\nb=3\r\nC=1\r\n\r\n[Z]\r\nB=9\r\n[Größe]\r\nКлюч=Мир\r\n")
         << run;
   }
-}
-
-TEST_F(ProfileContract, CreatesFileSectionAndKey) {
-  machine_.profile.Write(file_, {"General", "Key", "1"});
-  EXPECT_EQ(Text(), "[General]\r\nKey=1\r\n");
-  machine_.profile.Write(file_, {"Größe", "Ключ", "Мир"});
-  machine_.profile.Write(file_, {"General", "Second", "2"});
-  EXPECT_EQ(machine_.profile.Read(file_, "Größe", "Ключ"), "Мир");
-  EXPECT_EQ(machine_.profile.Read(file_, "General", "Key"), "1");
-  EXPECT_EQ(machine_.profile.Read(file_, "General", "Second"), "2");
 }
 
 TEST_F(ProfileContract, DeletingKeepsEveryOtherByte) {

@@ -161,7 +161,7 @@ TEST_F(BackupTest, ARunWhoseArchiveIsNotFinishedHasFailed) {
   struct Unfinished : BackupArchive {
     Sentence WhyUnusable(std::string_view) override { return {}; }
     void MakeBackupArchiveName(std::string_view, std::string_view) override {}
-    std::string BackupFile(Folder&, std::string_view) override { return {}; }
+    Sentence BackupFile(Folder&, std::string_view) override { return {}; }
     void Flush() override {}
     void DeleteBackupArchive() override {}
     void Close() override { throw Error(Error::Kind::kFull, "The disk is full."); }
@@ -198,32 +198,6 @@ TEST_F(BackupTest, StrictlyAFileThatChangesAfterItWasArchivedStays) {
     EXPECT_TRUE(state.SomeFilesLocked);
     EXPECT_EQ(state.FilesBackedUp, 1);
   }
-}
-
-TEST_F(BackupTest, ALockedFileStaysAndTheOthersGo) {
-  for (const char* name : {"a", "b", "c"}) machine->MakeFile(tree + name, name);
-  {
-    const auto lock = machine->LockFile(tree + "b");
-    Clean(tree);
-  }
-  EXPECT_EQ(machine->Tree(tree), Names{"b"});
-  EXPECT_TRUE(state.SomeFilesLocked);
-  EXPECT_EQ(state.RunFilesDeleted, 2);
-  const auto content = Content(safe + OnlyArchive());
-  EXPECT_EQ(content.count(Stored(tree + "a")) + content.count(Stored(tree + "c")), 2u);
-}
-
-TEST_F(BackupTest, ArchivesInAFolderThatIsCleanedStay) {
-  state.BackupFolder = safe = tree + "Safe\\";
-  machine->MakeFile(tree + "junk", "junk");
-  machine->MakeFile(tree + "Safe\\C_010120200000.zip", "older");
-  Clean(UpCase(tree));
-  EXPECT_EQ(Archives().size(), 2u);
-  EXPECT_EQ(Read(tree + "Safe\\C_010120200000.zip"), "older");
-  EXPECT_FALSE(machine->Exists(tree + "junk"));
-  EXPECT_EQ(state.RunFilesDeleted, 1);
-  EXPECT_FALSE(state.SomeFilesLocked);
-  EXPECT_FALSE(RemoveFile(context, tree + "Safe\\C_010120200000.zip", Claim::kItem));
 }
 
 TEST_F(BackupTest, StopLeavesWhatIsNotGoneYetAndTheArchiveOnRequest) {

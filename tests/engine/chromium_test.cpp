@@ -170,16 +170,6 @@ TEST_F(ChromiumTest, ADatabaseThatIsKeptKeepsWhatItsBrowserHadNotWrittenYet) {
   EXPECT_EQ(PictureOf(chrome), before);
 }
 
-TEST_F(ChromiumTest, ARunningBrowserIsToldAndLeftWhole) {
-  MakeProfile(chrome + "\\Default");
-  machine->MakeFile(chrome + "\\lockfile", "");
-  const auto lock = machine->LockFile(chrome + "\\lockfile");
-  const Picture before = PictureOf(chrome);
-  Clean({"chrome", "chrome:cookies", "chrome:passwords"});
-  EXPECT_EQ(PictureOf(chrome), before);
-  EXPECT_EQ(engine.state().StayedCount, 4);  // the cache and the history cost nothing
-}
-
 TEST_F(ChromiumTest, BrowsersAreFoundWithTheirProfilesAndWhatTheyCost) {
   EXPECT_TRUE(FindBrowsers(ports).empty());
   for (const std::string& path :

@@ -87,18 +87,6 @@ TEST_F(CleaningRunTest, NothingTickedStillShowsASummary) {
   EXPECT_EQ(view.report->outcomes, (std::array<Outcome, 6>{}));
 }
 
-TEST_F(CleaningRunTest, LockedFilesStayUncountedAndAreToldOnce) {
-  SeedUser();
-  Tick({"CleanTempFiles"});
-  const auto lock = machine->LockFile(temp + "sub\\deep\\b.dat");
-  engine.RunCleaning();
-  EXPECT_TRUE(
-      Log().starts_with("Temporary files... Files Deleted: 2 Space Gained: 1,000 Bytes\r\n\r\n" +
-                        kLine + "\r\nFiles Deleted:  2   Space Gained:  1,000 Bytes\r\n\r\n"))
-      << Log();
-  EXPECT_EQ(machine->Tree(temp), (Names{"sub\\", "sub\\deep\\", "sub\\deep\\b.dat"}));
-}
-
 TEST_F(CleaningRunTest, WhatFindsNothingOfItsKindSaysSoAndCountsAsSuch) {
   SeedUser();
   machine->RemoveRegistryTree(kUser, kTypedUrlsKey);

@@ -18,6 +18,14 @@ struct PathSystem : ForwardingSystem {
   std::string path;
 };
 
+struct CommandRow {
+  const char* row;
+  std::string command;
+  State state;
+  std::string file;  // in any case
+  std::string arguments = "";
+};
+
 struct CommandReferenceTest : RegistryFixture {
   CommandReferenceTest() {
     for (const char* name : {"a b\\run me.exe", "a b\\plain.exe", "a b\\lib.dll", "a.bat"})
@@ -36,24 +44,26 @@ struct CommandReferenceTest : RegistryFixture {
     made.push_back(path);
   }
 
+  void Expect(std::span<const CommandRow> rows) {
+    ReferenceJudge judge(ports);
+    for (const CommandRow& row : rows) {
+      SCOPED_TRACE(row.row);
+      const CommandTarget target = judge.Judge(row.command);
+      EXPECT_EQ(static_cast<int>(target.state), static_cast<int>(row.state));
+      EXPECT_TRUE(EqualsNoCase(target.file, row.file)) << target.file;
+      EXPECT_EQ(target.arguments, row.arguments);
+    }
+  }
+
   const std::string windows = ports.system.WindowsFolder(), system = ports.system.SystemFolder();
+  const std::string there = scratch + "a b\\run me.exe", gone = scratch + "a b\\gone me.exe";
+  const std::string tool = system + "\\qxtool.exe";
   const std::string drive = windows.substr(0, 2);
   const Names own_names = {"qxtool.exe", "rundll32.exe", "msiexec.exe"};
   Names made;
 };
 
-struct CommandRow {
-  const char* row;
-  std::string command;
-  State state;
-  std::string file;  // in any case
-  std::string arguments = "";
-};
-
-TEST_F(CommandReferenceTest, EveryFormOfACommandIsFoundAsWindowsFindsIt) {
-  const std::string there = scratch + "a b\\run me.exe", gone = scratch + "a b\\gone me.exe";
-  const std::string dll = scratch + "a b\\lib.dll", tool = system + "\\qxtool.exe";
-  const std::string rundll = system + "\\rundll32.exe", msi = system + "\\msiexec.exe";
+TEST_F(CommandReferenceTest, APathIsFoundAsWindowsFindsIt) {
   const CommandRow kRows[] = {
       {"quoted", "\"" + there + "\" /quiet -x", State::kThere, there, "/quiet -x"},
       {"quoted without an end", "\"" + there, State::kThere, there},
@@ -79,7 +89,12 @@ TEST_F(CommandReferenceTest, EveryFormOfACommandIsFoundAsWindowsFindsIt) {
       {"a batch file by its stem", scratch + "a", State::kThere, scratch + "a.bat"},
       {"a variable", "%SystemRoot%\\" + system.substr(windows.size() + 1) + "\\qxtool.exe -k net",
        State::kThere, tool, "-k net"},
-      {"a variable that nobody knows", "%QX_NONE%\\a.exe", State::kNotJudged, ""},
+      {"a variable that nobody knows", "%QX_NONE%\\a.exe", State::kNotJudged, ""}};
+  Expect(kRows);
+}
+
+TEST_F(CommandReferenceTest, NamesAndOtherFormsOfPathsAreFoundAsWindowsFindsThem) {
+  const CommandRow kRows[] = {
       {"a service's path", "system32\\qxtool.exe", State::kThere, tool},
       {"a service's path that is gone", "System32\\drivers\\qxgone.exe", State::kGone,
        windows + "\\System32\\drivers\\qxgone.exe"},
@@ -89,7 +104,14 @@ TEST_F(CommandReferenceTest, EveryFormOfACommandIsFoundAsWindowsFindsIt) {
       {"on the drive of Windows", there.substr(2), State::kThere, drive + there.substr(2)},
       {"a name alone", "qxtool", State::kThere, tool},
       {"a name with arguments", "qxtool.exe /start", State::kThere, tool, "/start"},
-      {"a name that is nowhere", "qxnowhere.exe /start", State::kGone, "", "/start"},
+      {"a name that is nowhere", "qxnowhere.exe /start", State::kGone, "", "/start"}};
+  Expect(kRows);
+}
+
+TEST_F(CommandReferenceTest, OfAHostTheLibraryIsJudged) {
+  const std::string dll = scratch + "a b\\lib.dll";
+  const std::string rundll = system + "\\rundll32.exe", msi = system + "\\msiexec.exe";
+  const CommandRow kRows[] = {
       {"a library", "rundll32 \"" + dll + "\",Start", State::kThere, dll, "\"" + dll + "\",Start"},
       {"a library, unquoted", rundll + " " + dll + ",Start 1", State::kThere, dll,
        dll + ",Start 1"},
@@ -97,7 +119,12 @@ TEST_F(CommandReferenceTest, EveryFormOfACommandIsFoundAsWindowsFindsIt) {
        dll, scratch + "a b\\lib,Start"},
       {"a library that is gone", "rundll32.exe " + scratch + "gone.dll,Start", State::kGone,
        scratch + "gone.dll", scratch + "gone.dll,Start"},
-      {"an installer's product", "MsiExec.exe /X{1-2}", State::kThere, msi, "/X{1-2}"},
+      {"an installer's product", "MsiExec.exe /X{1-2}", State::kThere, msi, "/X{1-2}"}};
+  Expect(kRows);
+}
+
+TEST_F(CommandReferenceTest, WhatNobodyCanKnowIsNotJudged) {
+  const CommandRow kRows[] = {
       {"a server", "\"\\\\server\\share\\a.exe\" -x", State::kNotJudged, "", "-x"},
       {"an address", "https://example.com/a.exe", State::kNotJudged, ""},
       {"another drive", "Q:\\a.exe", State::kNotJudged, ""},
@@ -109,18 +136,10 @@ TEST_F(CommandReferenceTest, EveryFormOfACommandIsFoundAsWindowsFindsIt) {
       {"signs that no name has", "a<b>.exe", State::kNotJudged, ""},
       {"thousands of blanks", scratch + "none" + std::string(5000, ' ') + "x", State::kGone,
        scratch + "none", "x"}};
-  ReferenceJudge judge(ports);
-  for (const CommandRow& row : kRows) {
-    SCOPED_TRACE(row.row);
-    const CommandTarget target = judge.Judge(row.command);
-    EXPECT_EQ(static_cast<int>(target.state), static_cast<int>(row.state));
-    EXPECT_TRUE(EqualsNoCase(target.file, row.file)) << target.file;
-    EXPECT_EQ(target.arguments, row.arguments);
-  }
+  Expect(kRows);
 }
 
 TEST_F(CommandReferenceTest, NamesAreLookedForWhereProgramsAreRegistered) {
-  const std::string there = scratch + "a b\\run me.exe";
   Set(kMachine, std::string(kApps) + "\\qxapp.exe", "", Text("\"" + there + "\""));
   Set(kMachine, std::string(kApps) + "\\qxgone.exe", "", Text(scratch + "gone.exe"));
   ReferenceJudge judge(ports);
@@ -178,17 +197,11 @@ TEST_F(CommandReferenceTest, APathAloneIsOneOnADrive) {
     const CommandTarget target = judge.JudgePath(path, CommandOf::kAnyProgram);
     EXPECT_EQ(static_cast<int>(target.state), static_cast<int>(state)) << path;
   }
-  const std::string seen = system + "\\qx32.exe";
-  EXPECT_EQ(judge.JudgePath(seen, CommandOf::k32BitProgram).file, windows + "\\SysWOW64\\qx32.exe");
-}
-
-TEST_F(CommandReferenceTest, ProgramsOf32BitsSeeFoldersOfTheirOwn) {
-  ReferenceJudge judge(ports);
-  const std::string command = system + "\\qx32.exe";
-  EXPECT_EQ(static_cast<int>(judge.Judge(command).state), static_cast<int>(State::kGone));
-  const CommandTarget target = judge.Judge(command, CommandOf::k32BitProgram);
-  EXPECT_EQ(static_cast<int>(target.state), static_cast<int>(State::kThere));
-  EXPECT_EQ(target.file, windows + "\\SysWOW64\\qx32.exe");
+  // Programs of 32 bits see folders of their own.
+  const std::string seen = system + "\\qx32.exe", own_one = windows + "\\SysWOW64\\qx32.exe";
+  EXPECT_EQ(static_cast<int>(judge.Judge(seen).state), static_cast<int>(State::kGone));
+  EXPECT_EQ(judge.Judge(seen, CommandOf::k32BitProgram).file, own_one);
+  EXPECT_EQ(judge.JudgePath(seen, CommandOf::k32BitProgram).file, own_one);
 }
 
 }  // namespace

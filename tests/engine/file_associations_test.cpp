@@ -142,6 +142,9 @@ TEST_F(FileAssociationsTest, WhatHasChangedOrLeadsSomewhereAgainStays) {
   const auto scan = Scan();
   const std::vector<size_t> chosen = OwnRows(*scan);
   const size_t user_class = RowOfUsersClass(*scan);
+  ports.files.RemoveFile(there);
+  EXPECT_THROW(scan->Choose(user_class, "QxOk"), Error) << "that opens nothing any more";
+  machine->MakeFile(there, "x");
   Put(kUser, "QxDead\\shell\\open\\command", gone + " /new");
   Put(kMachine, "QxNowhere", "");
   Put(kMachine, "QxOther", "");
@@ -154,16 +157,6 @@ TEST_F(FileAssociationsTest, WhatHasChangedOrLeadsSomewhereAgainStays) {
   EXPECT_EQ(scan->stayed(), chosen.size() - 1) << "but for a verb that is still nowhere";
   EXPECT_EQ(Rows(*Scan()), Names()) << "and none of them is dead by now";
   Set(kUser, std::string(kClasses) + "QxDead\\shell", "", Text("show"));
-  EXPECT_EQ(PictureOfKeys(), before);
-}
-
-TEST_F(FileAssociationsTest, AClassThatOpensNothingAnyMoreIsNotChosen) {
-  Seed();
-  const auto scan = Scan();
-  const size_t row = RowOfUsersClass(*scan);
-  ports.files.RemoveFile(there);
-  const RegistryPicture before = PictureOfKeys();
-  EXPECT_THROW(scan->Choose(row, "QxOk"), Error);
   EXPECT_EQ(PictureOfKeys(), before);
 }
 
@@ -198,14 +191,6 @@ TEST_F(FileAssociationsTest, ADeletionLooksAtTheMachineOnceAndStopsBetweenRows) 
   EXPECT_EQ(files.drives, 1);
   EXPECT_EQ(scan->stayed(), 0u) << scan->failure();
   EXPECT_EQ(RowsNamed(*Scan(), "QxNowhere"), 0u);
-}
-
-TEST_F(FileAssociationsTest, AStopLeavesWhatWasFound) {
-  Seed();
-  auto scan = MakeScan(ScanTool::kAssociations, ports, scan_view);
-  scan->StartScan([](const Progress&) { return true; });
-  EXPECT_EQ(scan->RowCount(), 0u);
-  EXPECT_EQ(scan->status(), "");
 }
 
 }  // namespace

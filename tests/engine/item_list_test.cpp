@@ -86,7 +86,9 @@ TEST_F(ItemListTest, AHeadingShowsAndTogglesItsGroupAndABoxThatIsOffStaysSo) {
       {heading, Ticks::kSome, "4 of 6 ticked"},
       {forms, Ticks::kSome, "5 of 6 ticked"},
       {*list.RowOf(*FindItem("CleanMozillaPasswords")), Ticks::kAll, "6 of 6 ticked"},
-      {heading, Ticks::kNone, "0 of 6 ticked"}};
+      {heading, Ticks::kNone, "0 of 6 ticked"},
+      {forms, Ticks::kSome, "1 of 6 ticked"},
+      {heading, Ticks::kSome, "5 of 6 ticked"}};
   EXPECT_EQ(list.TicksOf(heading), Ticks::kNone);
   for (const auto& [row, ticks, note] : kSteps) {
     list.Toggle(row);

@@ -2,7 +2,6 @@
 
 #include "platform/filetime.h"
 #include "search/search_options.h"
-#include "support/forwarding_files.h"
 #include "support/run_fixture.h"
 #include "support/shortcut_bytes.h"
 
@@ -16,14 +15,6 @@ constexpr uint32_t kNothing = kNormal;
 struct Finds : ResultSink {
   void Add(ResultRow row) override { rows.push_back(std::move(row)); }
   std::vector<ResultRow> rows;
-};
-
-// A folder that may not be listed.
-struct Closed : ForwardingFolder {
-  using ForwardingFolder::ForwardingFolder;
-  void Enumerate(Detail, const EntryVisitor&) override {
-    throw Error(Error::Kind::kDenied, "Access is denied.");
-  }
 };
 
 struct JunkSearchTest : RunFixture {
@@ -116,23 +107,6 @@ TEST_F(JunkSearchTest, OnlyTheLowHalfOfASizeMakesAFileEmpty) {
     }
     ports.files.RemoveFile(scratch + "large");
   }
-}
-
-TEST_F(JunkSearchTest, AFolderThatCannotBeEnteredIsPassedOver) {
-  for (const char* name : {"a\\x", "closed\\x", "z\\x"}) Make(name, "");
-  ForwardingFiles files(ports.files, [&](const std::string& path, std::unique_ptr<Folder> folder) {
-    if (path != scratch + "closed\\") return folder;
-    return std::unique_ptr<Folder>(new Closed(std::move(folder)));
-  });
-  CleaningContext denied{WithFiles(ports, files), settings, engine.state(), view, mod_zip};
-  Finds names;
-  SearchJunk(denied, JunkKind::kEmptyFiles, names);
-  Names found;
-  for (const ResultRow& row : names.rows) {
-    if (row.path.starts_with(scratch)) found.push_back(row.path.substr(scratch.size()));
-  }
-  std::ranges::sort(found);
-  EXPECT_EQ(found, (Names{"a\\", "z\\"}));
 }
 
 TEST_F(JunkSearchTest, IgnoredFilesExtensionsAndFoldersAreLeftOut) {

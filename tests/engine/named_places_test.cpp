@@ -72,19 +72,12 @@ TEST_F(NamedPlacesTest, AShortNameIsJudgedByTheLongOne) {
   EXPECT_TRUE(machine->Exists(scratch + "letter.longbackup")) << name << Log();
 }
 
-TEST_F(NamedPlacesTest, AFolderThatStaysIsToldOf) {
-  WriteSettings("[Backup]\r\nPath=" + scratch + "holds\\Bak\r\n");
-  engine.ApplyGeneralSettings();
-  MakeFiles(scratch, "holds\\a holds\\Bak\\dear");
-  Remove({scratch + "holds"});
-  EXPECT_TRUE(machine->Exists(scratch + "holds\\Bak\\dear"));
-  EXPECT_EQ(ExitCodeOf(engine.state()), kSomeFilesStayed) << Log();
-}
-
 TEST_F(NamedPlacesTest, WhatIsPreciousOrKeptStays) {
   const std::string profile = ports.system.Environment("USERPROFILE").value();
   const std::string windows = ports.system.WindowsFolder();
   WriteOwn("keep.txt", scratch + "kept\r\n*.bak\r\n");
+  WriteSettings("[Backup]\r\nPath=" + scratch + "full\\Bak\r\n");
+  engine.ApplyGeneralSettings();
   const std::tuple<const char*, std::string, std::string, const char*> kRows[] = {
       {"a drive", scratch.substr(0, 3), scratch + "dear", "a whole drive"},
       {"Windows", windows, windows + "\\Qx\\dear", "a whole drive, Windows"},
@@ -95,6 +88,7 @@ TEST_F(NamedPlacesTest, WhatIsPreciousOrKeptStays) {
       {"a part of Windows", windows + "\\WinSxS", windows + "\\WinSxS\\dear", "part of Windows"},
       {"a hive", profile + "\\NTUSER.DAT", profile + "\\NTUSER.DAT", "needs"},
       {"the temporary folder", temp, temp + "dear", "name what lies in it"},
+      {"what holds the backups", scratch + "full", scratch + "full\\Bak\\dear", "is not cleaned"},
       {"a kept folder", scratch + "kept", scratch + "kept\\dear", "kept"},
       {"a kept file", scratch + "a.bak", scratch + "a.bak", "*.bak"},
       {"what holds a kept file", scratch + "holds", scratch + "holds\\deep\\a.bak", "*.bak"}};
@@ -105,6 +99,8 @@ TEST_F(NamedPlacesTest, WhatIsPreciousOrKeptStays) {
     EXPECT_TRUE(machine->Exists(dear)) << Log();
     EXPECT_TRUE(Holds(Log(), why)) << Log();
   }
+  Remove({scratch + "full"});
+  EXPECT_EQ(ExitCodeOf(engine.state()), kSomeFilesStayed) << "it holds the backups";
   Remove({profile + "\\Desktop\\dear"});
   EXPECT_FALSE(machine->Exists(profile + "\\Desktop\\dear")) << "a file there is one like others";
 }

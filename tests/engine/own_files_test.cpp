@@ -10,7 +10,7 @@
 #include "plugins/plugin_list.h"
 #include "settings/list_files.h"
 #include "support/forwarding_files.h"
-#include "support/run_fixture.h"
+#include "support/plugin_fixture.h"
 
 namespace quellix {
 namespace {
@@ -23,13 +23,13 @@ struct OwnFilesTest : RunFixture {
     machine->MakeFile(came + "Settings.ini",
                       "[General]\r\nDelMethod=R\r\nTipBox=0\r\n[Mine]\r\nKey=1\r\n");
     machine->MakeFile(came + "DefIFI.txt", "shipped.ini\r\n");
-    machine->MakeFile(came + "Plugins\\one.cdp",
-                      "F\x01No\x01No\x01"
-                      "C:\\one\r\n");
-    machine->MakeFile(came + "Plugins\\two.cdp",
-                      "F\x01No\x01No\x01"
-                      "C:\\two\r\n");
+    MakePlugin(came, "one", "one");
+    MakePlugin(came, "two", "two");
     before = machine->Tree(came);
+  }
+  void MakePlugin(const std::string& folder, const std::string& name, const std::string& cleans) {
+    machine->MakeFile(folder + "Plugins\\" + name + ".cdp",
+                      PluginFixture::Text("F|No|No|C:\\" + cleans + "\r\n"));
   }
   void TearDown() override {
     EXPECT_EQ(machine->Tree(came), before) << "nothing is written beside the program";
@@ -79,12 +79,8 @@ TEST_F(OwnFilesTest, NameEachProgramThatKeepsThemOnce) {
 }
 
 TEST_F(OwnFilesTest, ShowPlugInsOfBothFoldersAndTheUsersFirst) {
-  machine->MakeFile(mine + "Plugins\\two.cdp",
-                    "F\x01No\x01No\x01"
-                    "C:\\mine\r\n");
-  machine->MakeFile(mine + "Plugins\\three.cdp",
-                    "F\x01No\x01No\x01"
-                    "C:\\three\r\n");
+  MakePlugin(mine, "two", "mine");
+  MakePlugin(mine, "three", "three");
   Names files;
   for (const auto& plugin : modPlugin::ReadPluginList(here)) files.push_back(plugin.file);
   std::ranges::sort(files);
@@ -110,10 +106,10 @@ TEST_F(OwnFilesTest, OfBothFoldersAreKeptFromCleaning) {
   machine->MakeFile(mine + "keep.txt", "x");
   machine->MakeFile(came + "Settings.ini", "[Backup]\r\nPath=" + archives + "\r\n");
   machine->MakeFile(archives + "other.zip", "x");
+  machine->MakeFile(mine + "Settings.ini", "[Backup]\r\nPath=" + scratch + "Mine\r\n");
   ScriptedView silent;
   Engine own_engine(here, silent);
   EXPECT_EQ(own_engine.Load(nullptr), "");
-  own_engine.state().BackupFolder = scratch + "Mine\\";
   WriteListFile(here, "UDFO.txt", {came, mine, archives});
   own_engine.RunOneItem(*FindItem("CleanUserFolders"));
   EXPECT_TRUE(machine->Exists(archives + "other.zip")) << "as another copy keeps it";
@@ -124,10 +120,7 @@ TEST_F(OwnFilesTest, OfBothFoldersAreKeptFromCleaning) {
 // The first item writes when it was cleaned, and the second looks where that is.
 TEST_F(OwnFilesTest, AreKeptFromTheRunThatMakesTheirFolder) {
   machine->MakeFile(came + "Settings.ini", "[General]\r\nDelMethod=D\r\n");
-  machine->MakeFile(came + "plg.txt",
-                    "1\x01"
-                    "one.cdp\x01"
-                    "all\r\n");
+  machine->MakeFile(came + "plg.txt", PluginFixture::Text("1|one.cdp|all\r\n"));
   machine->MakeFile(came + "Plugins\\one.cdp", "F\x01Yes\x01No\x01" + scratch + "Roaming\\*.*\r\n");
   machine->MakeFile(scratch + "Roaming\\old.txt", "x");
   before = machine->Tree(came);

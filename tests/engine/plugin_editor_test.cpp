@@ -62,41 +62,36 @@ TEST_F(PluginWindowsTest, AnEntryIsChangedInItsPlaceAndNoneIsListedTwice) {
     FilesForm form{.path = "C:\\D", .file = file};
     EXPECT_TRUE(editor.AddFiles(form));
   }
-  const auto locations = [this] {
+  const auto listed = [this] {
     Names names;
-    for (const FileEntry& entry : editor.plugin().files) names.push_back(entry.location);
-    return names;
+    for (const FileEntry& entry : editor.plugin().files)
+      names.push_back(ReplaceNoCase(entry.location, "C:\\D\\", ""));
+    return Joined(names);
   };
   FilesForm form = editor.FilesFormOf(1);
   EXPECT_EQ(form.path + "|" + form.file, "C:\\D|b.tmp");
   const struct {
     const char *name, *path, *file;
     const char* refusal;  // null where it is taken
-    Names left;
-  } kRows[] = {
-      {"another's",
-       "C:\\D",
-       "c.tmp",
-       "This is listed already.",
-       {"C:\\D\\a.tmp", "C:\\D\\b.tmp", "C:\\D\\c.tmp"}},
-      {"nothing",
-       "",
-       "x",
-       "You must provide a path",
-       {"C:\\D\\a.tmp", "C:\\D\\b.tmp", "C:\\D\\c.tmp"}},
-      {"itself", "C:\\D", "b.tmp", nullptr, {"C:\\D\\a.tmp", "C:\\D\\b.tmp", "C:\\D\\c.tmp"}},
-      {"another", "C:\\D\\", "z.tmp", nullptr, {"C:\\D\\a.tmp", "C:\\D\\z.tmp", "C:\\D\\c.tmp"}}};
+    const char* left = "a.tmp b.tmp c.tmp";
+  } kRows[] = {{"another's", "C:\\D", "c.tmp", "This is listed already."},
+               {"nothing", "", "x", "You must provide a path"},
+               {"itself", "C:\\D", "b.tmp", nullptr},
+               {"another", "C:\\D\\", "z.tmp", nullptr, "a.tmp z.tmp c.tmp"}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
     prompts.informed.clear();
     FilesForm changed{.path = row.path, .file = row.file};
     EXPECT_EQ(editor.ChangeFile(1, changed), row.refusal == nullptr);
     EXPECT_EQ(prompts.informed, row.refusal ? Names{row.refusal} : Names{});
-    EXPECT_EQ(locations(), row.left);
+    EXPECT_EQ(listed(), row.left);
   }
   FilesForm twice{.path = "C:\\D", .file = "a.tmp"};
   EXPECT_FALSE(editor.AddFiles(twice));
+}
 
+TEST_F(PluginWindowsTest, KeysIniPartsAndFurtherEntriesAreChangedInTheirPlace) {
+  editor.Create();
   EXPECT_TRUE(editor.AddKey({.root = 1, .subkey = "Software\\Qx", .value = "v"}));
   RegistryForm key = editor.KeyFormOf(0);
   EXPECT_EQ(std::to_string(key.root) + key.subkey + "|" + key.value, "1Software\\Qx|v");

@@ -102,32 +102,6 @@ TEST_F(PluginRunTest, SixKindsOfRecordsRemoveExactlyWhatTheyName) {
   }
 }
 
-TEST_F(PluginRunTest, TheCollectorKeepsItsTwoOrdersAndEntersNoLink) {
-  machine->MakeFile(scratch + "outside\\kept", "1");
-  MakeFiles(scratch, "in\\a\\b\\1 in\\a\\2 in\\c\\3 in\\4");
-  machine->MakeFolderLink(scratch + "in\\link", scratch + "outside");
-  const auto collect = [&] {
-    const std::string path = scratch + "in";
-    return modPlugin::CollectPluginFiles(context, ports.files.OpenFolder(path), path, true, true,
-                                         Names{"*.*"});
-  };
-  const FileList list = collect();
-  const PathList& folders = list.PendingFolders;
-  Names names;
-  for (size_t i = 0; i < folders.size(); ++i) names.emplace_back(folders[i]);
-  const auto place = [&](const std::string& name) {
-    return std::find(names.begin(), names.end(), scratch + "in\\" + name + "\\") - names.begin();
-  };
-  EXPECT_EQ(names.size(), 4u);
-  EXPECT_LT(place("a\\b"), place("a"));
-  EXPECT_LT(place("c"), 4);
-  EXPECT_LT(place("link"), 4);
-  EXPECT_EQ(list.PendingFiles.size(), 4u);
-  engine.StopCleaning();
-  EXPECT_TRUE(collect().PendingFiles.empty());
-  EXPECT_EQ(view.statuses.back(), "Aborted by user");
-}
-
 // Records, each with a part of the reason why it is refused.
 struct Refusals {
   void Add(const std::string& why, const std::string& begin, const Names& places,
@@ -228,24 +202,6 @@ TEST_F(PluginRunTest, VariablesAreReplacedInTheirOrder) {
     EXPECT_EQ(modPlugin::ExpandPluginPath(ports, text), expected) << text;
 }
 
-TEST_F(PluginRunTest, AStarStandsForEachFolderThere) {
-  MakeFiles(scratch,
-            "p\\one\\cache\\a p\\two\\cache\\b p\\two\\kept out\\cache\\kept p\\three\\kept");
-  machine->MakeFolderLink(scratch + "p\\link", scratch + "out");
-  machine->MakeFolderLink(scratch + "p\\three\\cache", scratch + "out\\cache");
-  machine->MakeFolderLink(scratch + "p\\three\\middle", scratch + "out");
-  EXPECT_EQ(CleanBy("F|No|No|" + scratch + "p\\*\\cache\\*.*\r\n"),
-            "Plugins... Files Deleted: 2 Space Gained: 2 Bytes");
-  EXPECT_EQ(CleanBy("F|No|No|" + scratch + "p\\*\\middle\\cache\\*.*\r\n"),
-            "Plugins... Files Deleted: 0 Space Gained: 0 Bytes");
-  EXPECT_FALSE(machine->Exists(scratch + "p\\one\\cache\\a"));
-  EXPECT_TRUE(machine->Exists(scratch + "p\\two\\kept"));
-  EXPECT_TRUE(machine->Exists(scratch + "out\\cache\\kept"));
-  const std::string drive = scratch.substr(0, 2);
-  EXPECT_TRUE(Holds(CleanBy("F|No|No|" + drive + "\\*\\qx-none\r\n"),
-                    ports.system.WindowsFolder() + "\\qx-none is not cleaned"));
-}
-
 TEST_F(PluginRunTest, TheListDropsWhatIsNotInTheFolder) {
   WriteRecipe("a.cdp", "D|x\r\n");
   WriteRecipe("b.cdp", "D|x\r\n");
@@ -281,9 +237,6 @@ TEST_F(PluginRunTest, OddRecipesAreReadAsWindowsWouldReadThem) {
   const std::string drive = scratch.substr(0, 3), rest = scratch.substr(3) + "in\\";
   const std::tuple<const char*, std::string, bool> kRows[] = {
       {"byte-order mark", "\xEF\xBB\xBF" + f + file, true},
-      {"LF alone", "\n\n" + f + file + "\n", true},
-      {"CR alone", "D|x\r" + f + file + "\r", true},
-      {"more fields", f + file + "|more|and more", true},
       {"several backslashes", f + drive + "\\\\" + rest + "\\a.*", true},
       {"slashes", f + ReplaceNoCase(scratch, "\\", "/") + "in\\a.txt", true},
       {"blanks and dots at the end", f + scratch + "in. .\\A.TXT", true},
@@ -291,7 +244,6 @@ TEST_F(PluginRunTest, OddRecipesAreReadAsWindowsWouldReadThem) {
       {"a percent sign", f + scratch + "in\\%a.txt", false},
       {"two percent signs in the mask", f + scratch + "in\\%TEMP%", false},
       {"no mask", f + scratch + "in\\", false},
-      {"a blank in front", " " + f + file, false},
       {"UTF-16", std::string("\xFF\xFE") + ReplaceNoCase(f + file, "|", std::string("|\0", 2)),
        false}};
   for (const auto& [what, recipe, goes] : kRows) {

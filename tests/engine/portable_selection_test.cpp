@@ -65,22 +65,6 @@ TEST(Selection, WhatLosesDataForGoodGoesAlongOnlyWhenTheSettingsSaySo) {
   }
 }
 
-TEST(Selection, AGroupsHeadingFillsItFirstAndClearsItWhenFull) {
-  for (const auto& [group, boxes] :
-       {std::pair(Group::kFolderFiles, 10), std::pair(Group::kMiscellaneous, 6),
-        std::pair(Group::kInternet, 6), std::pair(Group::kFirefox, 6)}) {
-    Selection selection;
-    selection.ToggleGroup(group);
-    EXPECT_EQ(CountIn(selection, group), boxes);
-    const auto& items = AllItems();
-    selection.SetChecked(*std::ranges::find(items, group, &Item::group), false);
-    selection.ToggleGroup(group);
-    EXPECT_EQ(CountIn(selection, group), boxes);
-    selection.ToggleGroup(group);
-    EXPECT_EQ(selection.CountChecked(), 0);
-  }
-}
-
 TEST(Selection, BoxesThatCannotBeClickedKeepTheirState) {
   Selection selection;
   selection.SetChecked(*FindItem("CleanEmptyFiles"), true);

@@ -62,6 +62,9 @@ TEST(IgnoreListsTest, NamesExtensionsAndPartsOfPaths) {
   EXPECT_TRUE(lists.IsIgnoredExtension("a.b.SYS"));
   EXPECT_FALSE(lists.IsIgnoredExtension("sys") || lists.IsIgnoredExtension("a.sys.b"));
   EXPECT_TRUE(lists.IsIgnoredFolder("C:\\MyTemplates\\") && !lists.IsIgnoredFolder("C:\\Tem\\p\\"));
+  for (const char* bin : {"C:\\$Recycle.Bin\\S-1\\", "D:\\RECYCLER", "D:\\recycled\\"})
+    EXPECT_TRUE(lists.IsIgnoredFolder(bin)) << "halves that belong together: " << bin;
+  EXPECT_FALSE(lists.IsIgnoredFolder("C:\\x\\RECYCLER\\"));
   EXPECT_TRUE(lists.Ignores("X.SYS") && lists.Ignores("DESKTOP.INI"));
   EXPECT_FALSE(lists.Ignores("X."));
 }

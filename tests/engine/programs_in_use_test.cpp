@@ -104,6 +104,8 @@ struct ProgramsInUseTest : BrowserFixture {
 TEST_F(ProgramsInUseTest, WhoWatchesIsAskedOncePerProgramAndWhatStillRunsIsLeftWhole) {
   using enum ProgramAnswer;
   using enum Closing;
+  const std::vector<ProgramAnswer> kTwice = {kClose, kSkip, kClose, kSkip};
+  const char* const kRefused = "It has not closed yet. It may be asking something.";
   const struct {
     const char* name;
     std::vector<ProgramAnswer> answers;
@@ -118,13 +120,7 @@ TEST_F(ProgramsInUseTest, WhoWatchesIsAskedOncePerProgramAndWhatStillRunsIsLeftW
       {"closed", {kClose}, kEnds, 1, 0, "qx-chat.exe was closed"},
       {"without a window", {kClose}, kHasNoWindow, 3, 4, "runs"},
       {"closes a window and stays", {kClose}, kStays, 3, 4, "runs"},
-      {"refuses",
-       {kClose, kSkip, kClose, kSkip},
-       kRefuses,
-       4,
-       4,
-       "runs",
-       "It has not closed yet. It may be asking something."},
+      {"refuses", kTwice, kRefuses, 4, 4, "runs", kRefused},
       {"stopped while it is awaited", {kClose}, kIsStopped, 1, 4, "Aborted by user"}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);

@@ -83,16 +83,6 @@ TEST_F(RegistryEraserTest, ATreeAsDeepAsTheyComeIsKeptAndGoes) {
   EXPECT_EQ(UserPicture(), before);
 }
 
-TEST_F(RegistryEraserTest, ALinkStaysWithAllThatItLeadsTo) {
-  UnstoredRegistry linked(ports.registry, Fault::kLinked);
-  Set(kUser, "Qx1\\link", "v", Text("x"));
-  const Erasure erasure = RegistryEraser(linked, RegistryEraser::OnError::kSilent)
-                              .Erase({Kind::kTree, kUser, "Qx1\\link", ""});
-  EXPECT_EQ(erasure.stayed, 1u);
-  EXPECT_EQ(erasure.problem.english, "Qx1\\link leads to another key.");
-  EXPECT_EQ(machine->ValueNames(kUser, "Qx1\\link"), Names{"v"});
-}
-
 TEST_F(RegistryEraserTest, WhatIsNotStoredCountsAsNotDeleted) {
   UnstoredRegistry unstored(ports.registry);
   const Machine full = WithRegistry(ports, unstored);
@@ -128,26 +118,37 @@ TEST_F(RegistryEraserTest, WhatIsNotStoredCountsAsNotDeleted) {
             "0 entries, 0 with missing files, 0 with zero usage count, 2 could not be deleted");
 }
 
-TEST_F(RegistryEraserTest, WhatIsThereAgainIsToldAsStayed) {
-  UnstoredRegistry undone(ports.registry, Fault::kUndone);
-  Set(kUser, "Qx1\\key", "v", Text("x"));
-  for (const Kind kind : {Kind::kValue, Kind::kKey, Kind::kTree}) {
-    const Erasure erasure = RegistryEraser(undone, RegistryEraser::OnError::kSilent)
-                                .Erase({kind, kUser, "Qx1\\key", "v"});
-    EXPECT_EQ(erasure.gone, 0u);
-    EXPECT_EQ(erasure.problem.english.find("It was deleted and is there again"), 0u)
-        << erasure.problem.english;
-  }
-}
+constexpr const char* kAgain = "It was deleted and is there again";
 
-TEST_F(RegistryEraserTest, ASubKeyThatStaysKeepsItsHolderAndNoNeighbour) {
-  UnstoredRegistry denying(ports.registry, Fault::kDenied);
-  for (const char* key : {"Qx1\\denied", "Qx1\\other"}) Set(kUser, key, "v", Text("x"));
-  const Erasure erasure = RegistryEraser(denying, RegistryEraser::OnError::kSilent)
-                              .Erase({Kind::kTree, kUser, "Qx1", ""});
-  EXPECT_EQ(erasure.stayed, 1u);
-  EXPECT_EQ(erasure.problem.english, "It is denied.");
-  EXPECT_TRUE(machine->KeyExists(kUser, "Qx1\\denied") && !machine->KeyExists(kUser, "Qx1\\other"));
+TEST_F(RegistryEraserTest, WhatCannotGoStaysWithWhatHoldsItAndIsToldAndNoNeighbourStays) {
+  const std::tuple<const char*, Fault, RegistryTarget, const char*> kRows[] = {
+      {"a link",
+       Fault::kLinked,
+       {Kind::kTree, kUser, "Qx1\\link", ""},
+       "Qx1\\link leads to another key."},
+      {"a value that is there again",
+       Fault::kUndone,
+       {Kind::kValue, kUser, "Qx1\\link", "v"},
+       kAgain},
+      {"a key that is", Fault::kUndone, {Kind::kKey, kUser, "Qx1\\link", ""}, kAgain},
+      {"a tree that is", Fault::kUndone, {Kind::kTree, kUser, "Qx1\\link", ""}, kAgain},
+      {"a sub-key that is denied",
+       Fault::kDenied,
+       {Kind::kTree, kUser, "Qx1", ""},
+       "It is denied."}};
+  for (const auto& [row, fault, target, told] : kRows) {
+    SCOPED_TRACE(row);
+    UnstoredRegistry faulty(ports.registry, fault);
+    for (const char* key : {"Qx1\\link", "Qx1\\denied", "Qx1\\other"})
+      Set(kUser, key, "v", Text("x"));
+    const Erasure erasure = RegistryEraser(faulty, RegistryEraser::OnError::kSilent).Erase(target);
+    EXPECT_EQ(erasure.gone, 0u);
+    EXPECT_EQ(erasure.stayed, 1u);
+    EXPECT_TRUE(erasure.problem.english.starts_with(told)) << erasure.problem.english;
+    EXPECT_EQ(machine->ValueNames(kUser, "Qx1\\denied"), Names{"v"});
+    EXPECT_EQ(machine->ValueNames(kUser, "Qx1\\link").empty(), fault == Fault::kDenied);
+    EXPECT_EQ(machine->KeyExists(kUser, "Qx1\\other"), fault != Fault::kDenied);
+  }
 }
 
 // "~\" is "\REGISTRY\MACHINE\", "^\" a user's key; behind each a "/".
@@ -201,82 +202,28 @@ TEST_F(RegistryEraserTest, TheGuardKnowsAKeyByWhatItIs) {
     machine->RemoveRegistryTree(kMachine, set + probe);
 }
 
-constexpr const char* kKey = "Software\\QuellixTest";
-
-struct RegistryHelpersTest : RunFixture {
-  RegistryHelpersTest() : access{ports.registry, ports.system} {
-    machine->RemoveRegistryTree(kUser, kKey);
-  }
-  void Set(const char* name, uint32_t type, const std::string& bytes) {
-    machine->SetRegistryValue(kUser, kKey, name, {type, bytes});
-  }
-  std::string Read(const char* name) {
-    return modRegistry::ReadRegString(access, kUser, std::string(kKey) + "\\", name);
-  }
-  std::string List() { return modRegistry::ListRegValues(access, kUser, kKey); }
-
-  modRegistry::Access access;
-};
+using RegistryHelpersTest = RegistryFixture;
 
 TEST_F(RegistryHelpersTest, AnyValueReadsAsText) {
-  const std::string nul(1, '\0');
-  Set("text", kRegSz, ToUtf16Bytes("\xC3\xA4 text" + nul + "rest" + nul));
-  Set("open", kRegSz, ToUtf16Bytes("no end"));
-  Set("expand", kRegExpandSz, ToUtf16Bytes("%X%" + nul));
-  Set("zero", kRegDword, std::string(4, '\0'));
-  Set("48", kRegDword, std::string("0\0\0\0", 4));
-  Set("fits", kRegSz, ToUtf16Bytes(std::string(259, 'f') + nul));
-  Set("too long", kRegSz, ToUtf16Bytes(std::string(260, 'f') + nul));
-  Set("", kRegSz, ToUtf16Bytes("unnamed" + nul));
-  EXPECT_EQ(Read("text"), "\xC3\xA4 text");
-  EXPECT_EQ(Read("open"), "no end");
-  EXPECT_EQ(Read("expand"), "%X%");
-  EXPECT_EQ(Read("zero"), "");
-  EXPECT_EQ(Read("48"), "0");
-  EXPECT_EQ(Read("fits"), std::string(259, 'f'));
-  EXPECT_EQ(Read("too long"), "");
-  EXPECT_EQ(Read(""), "unnamed");
-  EXPECT_EQ(Read("missing"), "");
-  EXPECT_EQ(modRegistry::ReadRegString(access, kUser, "No\\Such", "x"), "");
-}
-
-TEST_F(RegistryHelpersTest, ListsEndWhereTheyAlwaysEnded) {
-  EXPECT_EQ(List(), "");
-  Set(" blanks ", kRegBinary, std::string(255, 'b'));
-  EXPECT_EQ(List(), "blanks");
-  Set("one", kRegSz, ToUtf16Bytes("x"));
-  EXPECT_EQ(List(), std::string("blanks\0one", 10));
-  Set("too large", kRegBinary, std::string(256, 'b'));
-  Set("under", kRegSz, "");
-  EXPECT_EQ(List(), std::string("blanks\0one", 10));
-  machine->RemoveRegistryTree(kUser, kKey);
-  for (int i = 0; i < 300; ++i) Set(("v" + std::to_string(i)).c_str(), kRegSz, "");
-  const std::string capped = List();
-  EXPECT_EQ(std::count(capped.begin(), capped.end(), '\0'), 255);
-}
-
-TEST_F(RegistryHelpersTest, DeletingTakesOneNameOrAList) {
-  for (const char* name : {"a", "b", "c", "", "\xC3\xA9"}) Set(name, kRegSz, "");
-  modRegistry::DeleteRegValues(access, kUser, "A", kKey);
-  EXPECT_EQ(machine->ValueNames(kUser, kKey), (Names{"", "b", "c", "\xC3\xA9"}));
-  modRegistry::DeleteRegValues(access, kUser, std::string("b\0none\0\xC3\x89\0", 10), kKey);
-  EXPECT_EQ(machine->ValueNames(kUser, kKey), Names{"c"});
-  modRegistry::DeleteRegValues(access, kUser, "c", "No\\Such");
-  modRegistry::RegSetString(access, kUser, kKey, "new", "\xC3\xA9t\xC3\xA9");
-  EXPECT_EQ(Read("new"), "\xC3\xA9t\xC3\xA9");
-  modRegistry::ClearRegKeyValues(access, std::string(kKey) + "\\");
-  EXPECT_TRUE(machine->ValueNames(kUser, kKey).empty() && machine->KeyExists(kUser, kKey));
-}
-
-TEST_F(RegistryHelpersTest, OnlyTheTreeDeletionTakesKeysWithSubKeys) {
-  machine->SetText(kUser, std::string(kKey) + "\\a\\b", "v", "x");
-  machine->SetText(kUser, std::string(kKey) + "\\c", "v", "x");
-  modRegistry::RegDeleteSubKey(access, kUser, kKey);
-  EXPECT_TRUE(machine->KeyExists(kUser, std::string(kKey) + "\\a\\b"));
-  modRegistry::RegDeleteSubKey(access, kUser, std::string(kKey) + "\\c\\");
-  EXPECT_FALSE(machine->KeyExists(kUser, std::string(kKey) + "\\c"));
-  modRegistry::DeleteRegKeyTree(access, kUser, kKey);
-  EXPECT_TRUE(!machine->KeyExists(kUser, kKey) && machine->KeyExists(kUser, "Software"));
+  const std::string nul(1, '\0'), fits(259, 'f');
+  const std::tuple<const char*, RegistryValue, std::string> kRows[] = {
+      {"a text", {kRegSz, ToUtf16Bytes("\xC3\xA4 text" + nul + "rest" + nul)}, "\xC3\xA4 text"},
+      {"without an end", {kRegSz, ToUtf16Bytes("no end")}, "no end"},
+      {"a variable", Text("%X%", kRegExpandSz), "%X%"},
+      {"zero", Number(0), ""},
+      {"a number", Number(48), "0"},
+      {"as long as may be", Text(fits), fits},
+      {"too long", Text(fits + "f"), ""},
+      {"", Text("unnamed"), "unnamed"}};
+  const modRegistry::Access access{ports.registry, ports.system};
+  const auto read = [&](const char* key, const char* name) {
+    return modRegistry::ReadRegString(access, kUser, key, name);
+  };
+  for (const auto& [name, value, text] : kRows) {
+    Set(kUser, "Qx1", name, value);
+    EXPECT_EQ(read("Qx1\\", name), text) << name;
+  }
+  EXPECT_EQ(read("Qx1", "missing") + read("No\\Such", "x"), "");
 }
 
 }  // namespace

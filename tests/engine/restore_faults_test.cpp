@@ -99,7 +99,7 @@ struct OddFilesTest : RestoreFixture {
     machine->MakeFile(tree + "a", "backup");
     zip.MakeBackupArchiveName(safe, tree.substr(0, 1) + "_");
   }
-  std::string BackUp() { return zip.BackupFile(*odd.files.OpenFolder(tree), tree + "a"); }
+  std::string BackUp() { return zip.BackupFile(*odd.files.OpenFolder(tree), tree + "a").english; }
   RestoreResult RestoreOdd() {
     return Backups(odd, safe).Restore(OnlyArchive(), {{}, "", OverwriteMode::kAlways}, prompts);
   }

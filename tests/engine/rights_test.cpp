@@ -49,8 +49,7 @@ struct RightsRunTest : PluginFixture {
   }
 
   RecordingSession session;
-  Machine user{ports.files,  ports.registry, ports.shell,    ports.url_cache,     ports.profile,
-               ports.system, session,        ports.cleaners, ports.program_folder};
+  Machine user = WithSession(ports, session);
   Engine run{user, view};
 };
 

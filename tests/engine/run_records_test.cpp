@@ -127,29 +127,6 @@ TEST_F(RunRecordsTest, ARunThatBackedUpIsUndoneAlsoFromItsRecord) {
   EXPECT_FALSE(CanUndo(*engine.state().Entries));
 }
 
-// As another user may have laid it where an administrator's run took his files.
-TEST_F(RunRecordsTest, AnUndoFollowsNoLinkThatStandsWhereAFolderWas) {
-  const std::string folder = scratch + "mine\\sub", others = scratch + "others";
-  machine->MakeFile(folder + "\\a.txt", "12345");
-  machine->MakeFolder(others);
-  WriteSettings("[General]\r\nDelMethod=B\r\n");
-  WriteOwn("UDFO.txt", scratch + "mine\r\n");
-  Tick({"CleanUserFolders"});
-  engine.RunCleaning();
-  ASSERT_FALSE(machine->Exists(folder + "\\a.txt"));
-  if (machine->Exists(folder)) ports.files.RemoveFolder(folder);
-  machine->MakeFolderLink(folder, others);
-  NoPrompts prompts;
-  const RestoreResult refused = UndoRun(ports, *engine.state().Entries, prompts, {});
-  EXPECT_EQ(refused.problems.size(), 1u);
-  EXPECT_EQ(refused.restored, 0u);
-  EXPECT_EQ(machine->Tree(others), Names());
-  if (!machine->Can(Ability::kRemoveLinks)) return;
-  ports.files.RemoveFolder(folder);
-  EXPECT_EQ(UndoRun(ports, *engine.state().Entries, prompts, {}).problems, Names());
-  EXPECT_EQ(Read(folder + "\\a.txt"), "12345");
-}
-
 // The bin holds older files of the same place, one that was recycled by hand with another size,
 // and records that tell nothing; another user's bin a later one of the same place and size. Where
 // one folder was there is a link by now.

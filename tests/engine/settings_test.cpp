@@ -93,18 +93,6 @@ TEST_F(SettingsTest, LastCleanedIsShownOnlyWhenItIsADate) {
   EXPECT_EQ(settings.LastCleanedText(), "");
 }
 
-TEST_F(SettingsTest, ListsKeepEveryLineInOrder) {
-  const Names entries = {"b", "", " a ", "\xE6\x97\xA5\xE6\x9C\xAC", "b"};
-  WriteListFile(ports, "UDFI.txt", entries);
-  EXPECT_EQ(ReadOwn("UDFI.txt"), "b\r\n\r\n a \r\n\xE6\x97\xA5\xE6\x9C\xAC\r\nb\r\n");
-  EXPECT_EQ(ReadListFile(ports, "UDFI.txt", "DefUDFI.txt"), entries);
-  EXPECT_TRUE(ReadListFile(ports, "IFI.txt", "DefIFI.txt").empty());
-  WriteListFile(ports, "DefIFI.txt", {"x"});
-  EXPECT_EQ(ReadListFile(ports, "IFI.txt", "DefIFI.txt"), Names{"x"});
-  WriteListFile(ports, "IFI.txt", {});
-  EXPECT_TRUE(ReadListFile(ports, "IFI.txt", "DefIFI.txt").empty());
-}
-
 TEST_F(SettingsTest, CheckStatesAreOneLineOfThirtyValues) {
   Tick({"CleanRecycleBin", "CleanTempFiles"});
   engine.Save();

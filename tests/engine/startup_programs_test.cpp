@@ -307,23 +307,6 @@ TEST_F(StartupProgramsTest, WindowsBefore8KnowsNoSwitching) {
   }
 }
 
-TEST_F(StartupProgramsTest, ThousandsOfEntriesAreListedAndDeletedAtOnce) {
-  constexpr size_t kMany = 2000;
-  for (size_t i = 0; i < kMany; ++i)
-    Set(kUser, kRun, "Qx" + std::to_string(i), Text(i % 2 == 0 ? there : gone));
-  const auto scan = Scan();
-  EXPECT_EQ(Rows(*scan).size(), kMany);
-  std::vector<size_t> chosen;
-  for (size_t i = 0; i < scan->RowCount(); ++i) {
-    if (scan->row(i).mark == RowMark::kOrphaned && scan->row(i).name.starts_with("Qx"))
-      chosen.push_back(i);
-  }
-  EXPECT_EQ(chosen.size(), kMany / 2);
-  scan->DeleteRows(chosen, false);
-  EXPECT_EQ(scan->stayed(), 0u);
-  EXPECT_EQ(Rows(*Scan()).size(), kMany / 2);
-}
-
 TEST_F(StartupProgramsTest, WhatIsKeptStaysAndAStopLeavesTheRest) {
   Set(kUser, kRun, "QxKept", Text(gone));
   machine->MakeFile(FolderOf(kUser) + "\\Qx.lnk", ShortcutBytes(gone, ""));

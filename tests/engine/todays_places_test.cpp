@@ -1,4 +1,4 @@
-// Where Windows and Office of today keep what the items clean, beside what must stay there.
+// Where Windows and Office keep what the items clean, beside what must stay there.
 #include "app/preview_run.h"
 #include "cleaners/cookie_lists.h"
 #include "cleaners/jump_list.h"
@@ -137,6 +137,12 @@ TEST_F(TodaysPlacesTest, ListsOfOfficeOfEveryVersionAndAccount) {
          {now + "Word\\Recent Files|File1", kStays},
          {now + "Common\\Open Find\\Microsoft Word\\Settings\\Open\\File Name MRU|Value", kStays}});
   }
+  for (const std::string version : {"8.0\\", "10.0\\"}) {
+    const std::string then = office + version, find = then + "Common\\Open Find\\Microsoft ";
+    places.push_back({find + "Word\\Settings\\Save As\\File Name MRU|Value", kGoes});
+    places.push_back({find + "FrontPage\\Settings\\New Publish Location & strtemp1|Value", kGoes});
+    places.push_back({then + "Word\\Recent Files|File1", kStays});
+  }
   places.push_back({office + "17.0\\Word\\File MRU|Item 1", kStays});
   Check("CleanOfficeHistory", places);
   EXPECT_TRUE(log.starts_with("MS Office history...\r\n\r\n")) << log;
@@ -145,8 +151,10 @@ TEST_F(TodaysPlacesTest, ListsOfOfficeOfEveryVersionAndAccount) {
 TEST_F(TodaysPlacesTest, WhatWasTypedAndSearchedForInExplorer) {
   const std::string explorer = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
   const std::string internet = "Software\\Microsoft\\Internet Explorer\\";
+  const std::string bars = internet + "Explorer Bars\\{C4EE31F3-4768-11D2-BE5C-00A0C9A83DA1}\\";
   const std::string order(300, '\1');
   Check("CleanRunMRU", {{explorer + "RunMRU|a", kGoes},
+                        {explorer + "RunMRU\\of others|a", kStays},
                         {explorer + "TypedPaths|url1", kGoes},
                         {explorer + "TypedPaths|url2", kGoes, std::string(500, 'p')},
                         {explorer + "WordWheelQuery|0", kStays}});
@@ -158,11 +166,23 @@ TEST_F(TodaysPlacesTest, WhatWasTypedAndSearchedForInExplorer) {
   EXPECT_TRUE(log.starts_with("Typed URLs... Files Deleted: 2\r\n")) << log;
   Check("CleanFindHistory",
         {{explorer + "Doc Find Spec MRU|a", kGoes},
+         {explorer + "Doc Find Spec MRU\\of others|a", kStays},
+         {explorer + "FindComputerMRU|a", kGoes},
+         {explorer + "PrnPortsMRU|MRUList", kGoes},
+         {explorer + "MenuOrder\\Start Menu\\Find\\Menu\\deeper|a", kGoes},
+         {explorer + "MenuOrder\\Start Menu|a", kStays},
+         {bars + "ContainingTextMRU|000", kGoes},
+         {bars + "FilesNamedMRU|000", kGoes},
+         {"Software\\Microsoft\\Search Assistant\\ACMru\\5603|000", kGoes},
+         {"Software\\Microsoft\\Search Assistant|a", kStays},
          {explorer + "WordWheelQuery|MRUListEx", kGoes, order, kRegBinary},
          {explorer + "WordWheelQuery|0", kGoes, "w\0o\0r\0d\0", kRegBinary},
          {explorer + "WordWheelQuery\\{1}|0", kGoes},
          {explorer + "SearchHistory\\Microsoft.Windows.FileSearchApp|item", kGoes},
          {explorer + "TypedPaths|url1", kStays}});
+  EXPECT_TRUE(log.starts_with("\r\n--")) << log;
+  Check("CleanInstallMRU", {{"InstallLocationsMRU|a", kGoes}});
+  EXPECT_TRUE(log.starts_with("Install from history...\r\n\r\n")) << log;
 }
 
 TEST_F(TodaysPlacesTest, PrintJobsGoWithWhatWasNotedOfThemAlone) {
@@ -241,7 +261,6 @@ const std::tuple<const char*, const char*, std::string, Pins> kListRows[] = {
     {"no list", kAutomatic, CompoundBytes("Dest", "x"), Pins::kUnknown},
     {"text", kAutomatic, std::string(2000, 'x'), Pins::kUnknown},
     {"cut off", kAutomatic, kPlain.substr(0, 2048), Pins::kUnknown},
-    {"only a header", kAutomatic, kPlain.substr(0, 512), Pins::kUnknown},
     {"the table leads around", kAutomatic, Changed(512 + 4, Little(1, 4)), Pins::kUnknown},
     {"short pieces lead around", kAutomatic, Changed(1536 + 4, Little(0, 4)), Pins::kUnknown},
     {"tables lead around", kAutomatic, Changed(68, Little(3, 4)), Pins::kUnknown},
@@ -322,8 +341,10 @@ TEST_F(TodaysPlacesTest, HowAFolderLooksIsNoTrace) {
                    "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ActiveX Cache",
                    "0", scratch + "ocx");
   Check("CleanActiveX", {{scratch + "ocx\\DESKTOP.INI", kStays}, {scratch + "ocx\\x.ocx", kGoes}});
+  EXPECT_TRUE(log.starts_with("Downloaded ActiveX & OCX...Files Deleted: 1 ")) << log;
   const std::string pages = windows + "Offline Web Pages\\";
   Check("CleanOffline", {{pages + "desktop.ini", kStays}, {pages + "sub\\page.htm", kGoes}});
+  EXPECT_TRUE(log.starts_with("Offline web pages... Files Deleted: 1 ")) << log;
   Check("CleanTempFiles", {{temp + "desktop.ini", kGoes}});
 }
 

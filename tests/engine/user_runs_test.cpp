@@ -33,15 +33,14 @@ struct UserRunsTest : PluginFixture {
   Names turns;
   std::string fails, left;  // whose machine cannot be had; what stays behind each
   int asked = 0;
-  UserRuns runs{ports,
-                view,
-                {.list =
-                     [] {
-                       return std::vector<UserProfile>{{"Bob", "S-1-5-21-2", "C:\\b"},
-                                                       {"Anna", "S-1-5-21-1", "C:\\a"}};
-                     },
-                 .open = [this](const auto& user, const auto& work,
-                                const auto& breathe) { return Open(user, work, breathe); }}};
+  const OtherUsers both{[] {
+                          return std::vector<UserProfile>{{"Bob", "S-1-5-21-2", "C:\\b"},
+                                                          {"Anna", "S-1-5-21-1", "C:\\a"}};
+                        },
+                        [this](const auto& user, const auto& work, const auto& breathe) {
+                          return Open(user, work, breathe);
+                        }};
+  UserRuns runs{ports, view, both};
 };
 
 TEST_F(UserRunsTest, EachHasHisTurnWhateverFailsForAnother) {
@@ -69,22 +68,27 @@ TEST_F(UserRunsTest, EachHasHisTurnWhateverFailsForAnother) {
 // Wherever a look is stopped, nobody is cleaned by it who was not looked at to the end.
 TEST_F(UserRunsTest, AfterAStopNothingIsCleanedThatWasNotLookedAt) {
   const std::string file = temp + "a.tmp";
-  bool whole = false;
-  for (int at = 1; !whole; ++at) {
-    SCOPED_TRACE(at);
+  const auto look_until = [this](int at) {
     asked = 0;
     const Pause pause = StopsAt(at);
     view.on_pause = [&] { view.stops = pause({}); };
     runs.Look(pause);
     view.on_pause = nullptr;
     view.stops = false;
-    whole = runs.WasLookedAt();
-    if (whole) break;
+  };
+  look_until(1'000'000);
+  ASSERT_TRUE(runs.WasLookedAt());
+  const int all = asked;
+  for (int later = all - 1; later >= 0; later -= 1 + later / 8) {
+    SCOPED_TRACE(later);
+    look_until(all - later);
+    EXPECT_FALSE(runs.WasLookedAt());
     runs.Clean({});
     EXPECT_TRUE(Tells("== Bob\r\nNothing of his is cleaned"));
     EXPECT_EQ(machine->Exists(file), Tells("== Anna\r\nNothing of his is cleaned"));
     machine->MakeFile(file, "12345");
   }
+  runs.Look({});
   asked = 0;
   runs.Clean(StopsAt(1));
   EXPECT_TRUE(machine->Exists(file) && runs.text().empty()) << "stopped before the first";
@@ -122,15 +126,7 @@ TEST_F(UserRunsTest, WhatIsNewRunsOnceItsRowsWereShown) {
 }
 
 TEST_F(UserRunsTest, BeyondAMillionRowsTheyAreCounted) {
-  UserRuns few(
-      ports, view,
-      {.list =
-           [] {
-             return std::vector<UserProfile>{{"Anna", "S-1", "C:\\a"}, {"Bob", "S-2", "C:\\b"}};
-           },
-       .open = [this](const auto& user, const auto& work,
-                      const auto& breathe) { return Open(user, work, breathe); }},
-      1);
+  UserRuns few(ports, view, both, 1);
   few.List();
   for (const size_t row : {size_t{0}, size_t{1}}) few.Toggle(row);
   few.Look({});

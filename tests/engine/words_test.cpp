@@ -15,42 +15,13 @@
 #include "run/run_entries.h"
 #include "search/drive_list.h"
 #include "support/plugin_fixture.h"
+#include "support/trial_words.h"
 
 namespace quellix {
 namespace {
 
-std::string Number(uint64_t number) {
-  std::string bytes;
-  for (int i = 0; i < 4; ++i) bytes += static_cast<char>(number >> 8 * i);
-  return bytes;
-}
-
-// A catalogue as msgfmt lays it out; the texts sorted by name.
-std::string MoOf(const std::vector<std::pair<std::string, std::string>>& texts) {
-  const size_t count = texts.size(), names = 28, values = names + 8 * count;
-  std::string head = Number(0x950412de) + Number(0) + Number(count) + Number(names) +
-                     Number(values) + Number(0) + Number(0);
-  std::string name_table, value_table, strings;
-  const auto add = [&](std::string& table, const std::string& text) {
-    table += Number(text.size()) + Number(values + 8 * count + strings.size());
-    strings += text + '\0';
-  };
-  for (const auto& [name, text] : texts) add(name_table, name);
-  for (const auto& [name, text] : texts) add(value_table, text);
-  return head + name_table + value_table + strings;
-}
-
-std::string Head(const std::string& plural) {
-  return "Content-Type: text/plain; charset=UTF-8\nPlural-Forms: nplurals=3; plural=" + plural +
-         ";\n";
-}
-
 constexpr const char* kPolish =
     "(n==1 ? 0 : n%10>=2 && n%10<=4 && (n%100<10 || n%100>=20) ? 1 : 2)";
-
-struct InEnglishAgain {
-  ~InEnglishAgain() { Speak(Catalogue()); }
-};
 
 TEST(Words, AreOfTheLanguageThatIsSpoken) {
   const InEnglishAgain after;

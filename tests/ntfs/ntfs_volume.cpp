@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "platform/text.h"
+#include "support/jump_list_bytes.h"
 
 namespace quellix {
 namespace {
@@ -80,18 +81,6 @@ void SetNtfsAttribute(const std::string& file, const char* name, const std::stri
   }
 }
 
-std::string LittleEndian(uint64_t value, size_t bytes) {
-  std::string result;
-  for (size_t i = 0; i < bytes; ++i) result += static_cast<char>(value >> (8 * i) & 0xFF);
-  return result;
-}
-
-uint64_t FromLittleEndian(const std::string& bytes) {
-  uint64_t value = 0;
-  for (size_t i = bytes.size(); i-- > 0;) value = value << 8 | static_cast<unsigned char>(bytes[i]);
-  return value;
-}
-
 // Documented by Microsoft as the reparse data of a mount point: tag, length, then the two names by
 // offset and length, then the names themselves, each with its NUL.
 void MakeJunction(const std::string& link, const std::string& target) {
@@ -99,9 +88,9 @@ void MakeJunction(const std::string& link, const std::string& target) {
   const std::string real = ToUtf16Bytes("\\??\\" + target), shown = ToUtf16Bytes(target);
   const std::string names = real + std::string(2, '\0') + shown + std::string(2, '\0');
   SetNtfsAttribute(link, "system.ntfs_reparse_data",
-                   LittleEndian(0xA0000003, 4) + LittleEndian(8 + names.size(), 4) +
-                       LittleEndian(0, 2) + LittleEndian(real.size(), 2) +
-                       LittleEndian(real.size() + 2, 2) + LittleEndian(shown.size(), 2) + names);
+                   Little(0xA0000003, 4) + Little(8 + names.size(), 4) + Little(0, 2) +
+                       Little(real.size(), 2) + Little(real.size() + 2, 2) +
+                       Little(shown.size(), 2) + names);
 }
 
 }  // namespace quellix

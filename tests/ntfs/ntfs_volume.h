@@ -38,10 +38,6 @@ class NtfsVolume {
 // What NTFS keeps of a file under a name ("system.ntfs_acl"); "" when it keeps nothing.
 std::string NtfsAttribute(const std::string& file, const char* name);
 void SetNtfsAttribute(const std::string& file, const char* name, const std::string& bytes);
-// A number of 4 or 8 bytes as NTFS stores it, and back.
-std::string LittleEndian(uint64_t value, size_t bytes);
-uint64_t FromLittleEndian(const std::string& bytes);
-
 // Makes the folder `link` a junction that leads to a Windows path.
 void MakeJunction(const std::string& link, const std::string& target);
 

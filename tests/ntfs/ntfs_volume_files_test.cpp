@@ -3,6 +3,7 @@
 
 #include "contract/error_kind.h"
 #include "ntfs/ntfs_volume.h"
+#include "support/jump_list_bytes.h"
 
 namespace quellix {
 namespace {
@@ -64,22 +65,22 @@ TEST_F(NtfsFiles, AReplacedFileKeepsWhatNtfsKeepsOfIt) {
   for (const auto& [what, replace] : kRows) {
     SCOPED_TRACE(what);
     Put("NTUSER.DAT", EmptyHive());
+    const std::string bits = Little(kHidden | kSystem | kReadOnly, 4),
+                      created = Little(kTimes.created, 8);
     const std::string file = Native("NTUSER.DAT");
     std::string acl = NtfsAttribute(file, "system.ntfs_acl");
     ASSERT_EQ(acl.size(), 80u);
-    acl.replace(64, 4, LittleEndian(0x1200A9, 4));  // everyone may read, no more
+    acl.replace(64, 4, Little(0x1200A9, 4));  // everyone may read, no more
     SetNtfsAttribute(file, "system.ntfs_acl", acl);
-    SetNtfsAttribute(file, "system.ntfs_crtime", LittleEndian(kTimes.created, 8));
+    SetNtfsAttribute(file, "system.ntfs_crtime", created);
     SetNtfsAttribute(file, "system.ntfs_dos_name", "NTUSE~7.DAT");
     SetNtfsAttribute(file, "user.Zone.Identifier", "[ZoneTransfer]");
-    SetNtfsAttribute(file, "system.ntfs_attrib", LittleEndian(kHidden | kSystem | kReadOnly, 4));
+    SetNtfsAttribute(file, "system.ntfs_attrib", bits);
     replace();
     EXPECT_NE(ReadNative(file), EmptyHive());
     EXPECT_EQ(NtfsAttribute(file, "system.ntfs_acl"), acl);
-    EXPECT_EQ(FromLittleEndian(NtfsAttribute(file, "system.ntfs_attrib")),
-              uint64_t{kHidden | kSystem | kReadOnly});
-    EXPECT_EQ(FromLittleEndian(NtfsAttribute(file, "system.ntfs_crtime")),
-              static_cast<uint64_t>(kTimes.created));
+    EXPECT_EQ(NtfsAttribute(file, "system.ntfs_attrib"), bits);
+    EXPECT_EQ(NtfsAttribute(file, "system.ntfs_crtime"), created);
     EXPECT_EQ(NtfsAttribute(file, "system.ntfs_dos_name"), "NTUSE~7.DAT");
     EXPECT_EQ(NtfsAttribute(file, "user.Zone.Identifier"), "[ZoneTransfer]");
     fs::remove(file);
@@ -93,7 +94,7 @@ TEST_F(NtfsFiles, AttributesAreThoseOfTheDiskAndKeepNobodyFromRemoving) {
     Put("file", "a system file of one byte is a socket to ntfs-3g");
     const std::string acl = NtfsAttribute(Native("file"), "system.ntfs_acl");
     root_->SetAttributes("FILE", bits);
-    EXPECT_EQ(FromLittleEndian(NtfsAttribute(Native("file"), "system.ntfs_attrib")), bits);
+    EXPECT_EQ(NtfsAttribute(Native("file"), "system.ntfs_attrib"), Little(bits, 4));
     EXPECT_EQ(root_->Look("file")->attributes, bits);
     EXPECT_EQ(Open("file", OpenMode::kRead)->Attributes(), bits);
     Open("file", OpenMode::kRead)->SetAttributes(kArchive);
@@ -114,9 +115,9 @@ TEST_F(NtfsFiles, TimesAreKeptToTheStep) {
     file->Flush();
     root_->Rename("new", "file", IfThere::kFail);
   }
-  EXPECT_EQ(NtfsAttribute(Native("file"), "system.ntfs_times").substr(0, 24),
-            LittleEndian(kTimes.created, 8) + LittleEndian(kTimes.last_write, 8) +
-                LittleEndian(kTimes.last_access, 8));
+  EXPECT_EQ(
+      NtfsAttribute(Native("file"), "system.ntfs_times").substr(0, 24),
+      Little(kTimes.created, 8) + Little(kTimes.last_write, 8) + Little(kTimes.last_access, 8));
   Remount();
   const FileTimes times = Open("file", OpenMode::kRead)->Times();
   EXPECT_EQ(times.created, kTimes.created);

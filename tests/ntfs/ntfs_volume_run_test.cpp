@@ -6,6 +6,7 @@
 #include "cli/console_fixture.h"
 #include "ntfs/ntfs_volume.h"
 #include "platform/volume/unique_fd.h"
+#include "support/jump_list_bytes.h"
 
 namespace quellix {
 namespace {
@@ -99,23 +100,6 @@ struct NtfsRun : testing::Test {
 
   std::optional<NtfsVolume> volume_;
 };
-
-TEST_F(NtfsRun, AWholeRunCleansAndKeepsTheHivesAccessList) {
-  const std::string hive = volume_->path() + "/Users/" + kTesterName + "/NTUSER.DAT";
-  std::string acl = NtfsAttribute(hive, "system.ntfs_acl");
-  acl.replace(64, 4, LittleEndian(0x1200A9, 4));
-  SetNtfsAttribute(hive, "system.ntfs_acl", acl);
-  fs::create_directory(volume_->path() + "/outside");
-  WriteNative(volume_->path() + "/outside/kept", "kept");
-  MakeJunction(Temp("junction"), "C:\\outside");
-  volume_->Remount("rw");  // the system forgets that it was a folder
-  const ProgramResult result = Run({"clean", "--item", "CleanTempFiles", "CleanRunMRU"});
-  EXPECT_EQ(result.exit_code, 0) << result.output;
-  EXPECT_TRUE(fs::is_empty(Temp(""))) << result.output;
-  EXPECT_FALSE(HasMru());
-  EXPECT_EQ(NtfsAttribute(hive, "system.ntfs_acl"), acl);
-  EXPECT_EQ(ReadNative(volume_->path() + "/outside/kept"), "kept");
-}
 
 // In the bytes of the whole disk: hive, logs, the hive before, and what was written meanwhile.
 TEST_F(NtfsRun, WhatIsDeletedFromTheRegistryIsNowhereOnTheDisk) {

@@ -48,9 +48,8 @@ struct RegistryFixture : RunFixture {
       Picture(root, key + "\\" + *sub_key, picture);
   }
   RegistryPicture PictureOfAll() {
-    RegistryPicture picture;
+    RegistryPicture picture = UserPicture();
     for (const char* key : kToolKeys) Picture(kMachine, key, picture);
-    for (const char* key : kUserKeys) Picture(kUser, key, picture);
     return picture;
   }
   RegistryPicture UserPicture() {

@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const fs::path kFolder = L"C:\\quellix-tests\\failed";
+const fs::path kFolder = fs::path(L"C:\\quellix-tests") / kPicturesOfFailures;
 
 // The whole screen as a bitmap file of 24 bits a point.
 std::string Screen() {

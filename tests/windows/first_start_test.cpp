@@ -7,14 +7,9 @@
 namespace quellix::test {
 namespace {
 
-struct FirstStartTest : testing::Test {
-  void SetUp() override {
-    ResetSandbox();
-    WriteBytes(settings_, "[General]\r\nWelcome=1\r\n");
-  }
-  std::string Settings() const { return ReadBytes(settings_); }
-
-  const fs::path settings_ = ProgramFolder() / "Settings.ini";
+struct FirstStartTest : SandboxTest {
+  FirstStartTest() { WriteSettings("Welcome=1\r\n"); }
+  static std::string Settings() { return ReadBytes(ProgramFolder() / "Settings.ini"); }
 };
 
 TEST_F(FirstStartTest, TheWayOfRemovalIsAskedOnce) {
@@ -39,7 +34,7 @@ TEST_F(FirstStartTest, TheWayOfRemovalIsAskedOnce) {
 }
 
 TEST_F(FirstStartTest, DecliningKeepsTheWayAndIsNotAskedAgainNorAtOtherStarts) {
-  WriteBytes(ProgramFolder() / "chkItems.txt", CheckStates({22}));
+  WriteChecks({22});
   {
     const QuellixWindow window(L"-c");
     EXPECT_TRUE(window.AwaitWindow(L"Cleaning log"));

@@ -5,19 +5,7 @@
 namespace quellix::test {
 namespace {
 
-class FrmMainTest : public ::testing::Test {
- protected:
-  void SetUp() override { ResetSandbox(); }
-
-  static void SeedCheckStates(const std::set<int>& set) {
-    WriteBytes(ProgramFolder() / "chkItems.txt", CheckStates(set));
-  }
-  // Wiping byte by byte keeps a run busy until it is stopped.
-  static void SeedEndlessRun() {
-    SeedCheckStates({22});
-    WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nDelMethod=W\r\n");
-    WriteBytes(TempFolder() / "large.tmp", std::string(4 << 20, 'x'));
-  }
+struct FrmMainTest : SandboxTest {
   static void ClickAt(HWND list, POINT place) {
     ScreenToClient(list, &place);
     PostMessageW(list, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(place.x, place.y));
@@ -31,7 +19,7 @@ class FrmMainTest : public ::testing::Test {
 
 // Box images: 1 not ticked, 2 ticked, 3 in part, 4 cannot be ticked.
 TEST_F(FrmMainTest, AHeadingTogglesItsGroupByKeyAndClickAndTheBoxBelowEveryItem) {
-  SeedCheckStates({25, 26, 27, 28, 29});
+  WriteChecks({25, 26, 27, 28, 29});
   const QuellixWindow window;
   const HWND list = window.Control(lstvItems);
   EXPECT_EQ(window.BoxOf(lblFirefox), 3);
@@ -82,7 +70,7 @@ void ExpectKeysMoveRowsOnly(const QuellixWindow& window) {
 }
 
 TEST_F(FrmMainTest, ThePaneTellsOfTheRowAndAfterALookWhatWasFound) {
-  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nDelMethod=R\r\n");
+  WriteSettings("DelMethod=R\r\n");
   WriteBytes(TempFolder() / "a.tmp", "12345");
   const QuellixWindow window;
   const HWND list = window.Control(lstvItems), found = window.Control(lstvRun);
@@ -95,9 +83,7 @@ TEST_F(FrmMainTest, ThePaneTellsOfTheRowAndAfterALookWhatWasFound) {
   window.Click(chkRunMRU);
   EXPECT_TRUE(AwaitText(window.main(), lnkRemoval, L"2 items, <a>moved to the recycle bin</a>"));
   window.Press(cmdPreview);
-  const HWND preview = window.AwaitWindow(L"Preview");
-  ASSERT_TRUE(preview);
-  EXPECT_TRUE(CloseAndAwait(preview));
+  EXPECT_TRUE(CloseAndAwait(window.AwaitWindow(L"Preview")));
   EXPECT_EQ(window.RowText(list, window.RowOf(chkTemp), 1), L"5 Bytes");
   EXPECT_EQ(window.RowText(list, window.RowOf(lblFolderFiles), 2), L"1");
   EXPECT_TRUE(
@@ -117,12 +103,11 @@ TEST_F(FrmMainTest, ThePaneTellsOfTheRowAndAfterALookWhatWasFound) {
 
 // A file lies where the backup folder should be.
 TEST_F(FrmMainTest, WithoutABackupFolderTheUserIsAskedFirst) {
-  SeedCheckStates({22});
+  WriteChecks({22});
   WriteBytes(ProgramFolder() / "no folder", "x");
-  WriteBytes(ProgramFolder() / "Settings.ini",
-             "[General]\r\nDelMethod=B\r\n[Backup]\r\nStrict=0\r\nPath=" +
-                 (ProgramFolder() / "no folder").string() + "\r\n");
-  const std::filesystem::path file = TempFolder() / "old.tmp";
+  WriteSettings("DelMethod=B\r\n[Backup]\r\nStrict=0\r\nPath=" +
+                (ProgramFolder() / "no folder").string() + "\r\n");
+  const fs::path file = TempFolder() / "old.tmp";
   WriteBytes(file, "x");
   const QuellixWindow window;
   const auto ask = [&](int answer) {
@@ -131,10 +116,10 @@ TEST_F(FrmMainTest, WithoutABackupFolderTheUserIsAskedFirst) {
            Await([&] { return window.IsEnabled(cmdClean); });
   };
   ASSERT_TRUE(ask(IDNO));
-  EXPECT_TRUE(std::filesystem::exists(file) && !window.HasWindow(L"Cleaning log"));
+  EXPECT_TRUE(fs::exists(file) && !window.HasWindow(L"Cleaning log"));
   ASSERT_TRUE(ask(IDYES));
   EXPECT_NE(window.AwaitWindow(L"Cleaning log"), nullptr);
-  EXPECT_FALSE(std::filesystem::exists(file));
+  EXPECT_FALSE(fs::exists(file));
 }
 
 TEST_F(FrmMainTest, OneItemMenuCleansAnUncheckedItem) {
@@ -156,14 +141,14 @@ TEST_F(FrmMainTest, OneItemMenuCleansAnUncheckedItem) {
     ASSERT_TRUE(window.AwaitMenu());
     window.PressKey(window.main(), VK_DOWN);
     window.PressKey(window.main(), VK_RETURN);
-    EXPECT_TRUE(Await([] { return std::filesystem::is_empty(TempFolder()); }));
+    EXPECT_TRUE(Await([] { return fs::is_empty(TempFolder()); }));
     SendMessageW(window.AwaitWindow(L"Cleaning log"), WM_CLOSE, 0, 0);
     EXPECT_FALSE(window.IsChecked(chkTemp));
   }
 }
 
 TEST_F(FrmMainTest, NothingButStopActsDuringARun) {
-  SeedEndlessRun();
+  const fs::path wiped = SeedEndlessRun();
   const QuellixWindow window;
   window.Press(cmdClean);
   ASSERT_TRUE(AwaitRun(window));
@@ -187,12 +172,12 @@ TEST_F(FrmMainTest, NothingButStopActsDuringARun) {
   window.Press(cmdClean);
   ASSERT_TRUE(AwaitRun(window));
   EXPECT_TRUE(window.Close()) << "closing stops it first";
-  EXPECT_TRUE(std::filesystem::exists(TempFolder() / "large.tmp"));
+  EXPECT_TRUE(fs::exists(wiped));
   EXPECT_EQ(ReadBytes(ProgramFolder() / "chkItems.txt"), CheckStates({22}));
 }
 
 TEST_F(FrmMainTest, ClosingStoresTheBoxesOrTellsOnceThatItCannot) {
-  const std::wstring path = ProgramFolder() / "chkItems.txt";
+  const fs::path path = ProgramFolder() / "chkItems.txt";
   {
     const QuellixWindow window;
     window.Click(chkRecycleBin);
@@ -204,13 +189,10 @@ TEST_F(FrmMainTest, ClosingStoresTheBoxesOrTellsOnceThatItCannot) {
   EXPECT_TRUE(again.IsChecked(chkRecycleBin) && again.IsChecked(chkTemp));
   EXPECT_EQ(again.RowText(again.Control(lstvItems), again.RowOf(lblFolderFiles), 3).front(), L'2');
   again.Click(chkRecycleBin);
-  const HANDLE lock =
-      CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
-  ASSERT_NE(lock, INVALID_HANDLE_VALUE);
+  const HeldFile lock(path);
   PostMessageW(again.main(), WM_CLOSE, 0, 0);
   EXPECT_TRUE(again.Answer(L"could not be saved", IDOK));
   EXPECT_TRUE(again.AwaitEnd());
-  CloseHandle(lock);
   EXPECT_EQ(ReadBytes(path), CheckStates({1, 22}));
 }
 

@@ -9,72 +9,13 @@
 namespace quellix::test {
 namespace {
 
-constexpr const char* kSettings = "[General]\r\nDelMethod=D\r\nAsk=1\r\nKeepLogs=5\r\n";
-
-struct FrmPreviewTest : testing::Test {
-  void SetUp() override {
-    ResetSandbox();
-    fs::remove_all(ProgramFolder() / "Logs");
-    WriteBytes(ProgramFolder() / "Settings.ini", kSettings);
+struct FrmPreviewTest : SandboxTest {
+  FrmPreviewTest() {
+    WriteSettings("DelMethod=D\r\nAsk=1\r\nKeepLogs=5\r\n");
     for (const char* name : {"a.tmp", "b.tmp", "c.doc"}) WriteBytes(TempFolder() / name, "12345");
   }
-  void TearDown() override {
-    fs::remove(ProgramFolder() / "keep.txt");
-    fs::remove_all(ProgramFolder() / "Logs");
-  }
   static bool Exists(const char* name) { return fs::exists(TempFolder() / name); }
-  static HWND OpenPreview(const QuellixWindow& window) {
-    window.Press(cmdPreview);
-    return window.AwaitWindow(L"Preview");
-  }
-  // The row of a file; -1 for none.
-  static int RowOf(const QuellixWindow& window, HWND list, std::wstring_view name) {
-    for (int row = 0; row < CountRows(list); ++row) {
-      if (window.RowText(list, row, 0).ends_with(name)) return row;
-    }
-    return -1;
-  }
-  // Puts the keyboard on a row.
-  static void SelectRow(const QuellixWindow& window, HWND list, int row) {
-    window.PressKey(list, VK_HOME);
-    for (int i = 0; i < row; ++i) window.PressKey(list, VK_DOWN);
-  }
 };
-
-TEST_F(FrmPreviewTest, OnlyWhatIsTickedGoesAndOnlyWhenItWasConfirmed) {
-  const QuellixWindow window;
-  window.Click(chkTemp);
-  const HWND preview = OpenPreview(window), list = GetDlgItem(preview, lstvRun);
-  EXPECT_EQ(CountRows(list), 3);
-  EXPECT_EQ(Shown(preview, lblRunSummary), L"3 entries to be removed, 15 Bytes.");
-  EXPECT_EQ(window.RowText(list, 0, 5), L"to be deleted");
-  ExpectKeys(preview);
-  Type(preview, txtFilter, L"B.TMP");
-  EXPECT_TRUE(Await([&] { return CountRows(list) == 1; }));
-  Type(preview, txtFilter, L"");
-  EXPECT_TRUE(Await([&] { return CountRows(list) == 3; }));
-  SelectRow(window, list, RowOf(window, list, L"b.tmp"));
-  window.PressKey(list, VK_SPACE);
-  EXPECT_TRUE(AwaitText(preview, lblRunSummary, L"2 entries to be removed, 10 Bytes."));
-  EXPECT_FALSE(IsRowTicked(list, RowOf(window, list, L"b.tmp")));
-  SelectRow(window, list, RowOf(window, list, L"c.doc"));
-  PressIn(preview, cmdKeepEntry);
-  EXPECT_TRUE(AwaitText(preview, lblRunSummary, L"1 entry to be removed, 5 Bytes."));
-  EXPECT_NE(ReadBytes(ProgramFolder() / "keep.txt").find("c.doc"), std::string::npos);
-
-  WriteBytes(TempFolder() / "came later.tmp", "1");
-  PressIn(preview, cmdCleanTicked);
-  ASSERT_TRUE(window.Answer(L"Delete 1 file (5 Bytes) for good?", IDCANCEL));
-  EXPECT_TRUE(Exists("a.tmp") && IsWindow(preview));
-  constexpr int kYes = 100;
-  PressIn(preview, cmdCleanTicked);
-  ASSERT_TRUE(window.Answer(L"Delete 1 file (5 Bytes) for good?", kYes));
-  const HWND log = window.AwaitWindow(L"Cleaning log");
-  EXPECT_FALSE(Exists("a.tmp"));
-  EXPECT_TRUE(Exists("b.tmp") && Exists("c.doc") && Exists("came later.tmp"));
-  EXPECT_FALSE(IsWindow(preview));
-  EXPECT_NE(Shown(log, txtLog).find(L"not in the preview: 1"), std::wstring::npos);
-}
 
 TEST_F(FrmPreviewTest, CleanAsksFirstAndShowsWhatGoes) {
   const QuellixWindow window;
@@ -83,7 +24,6 @@ TEST_F(FrmPreviewTest, CleanAsksFirstAndShowsWhatGoes) {
   ASSERT_TRUE(window.Answer(L"Delete 3 files (15 Bytes) for good?", IDCANCEL));
   EXPECT_TRUE(Await([&] { return window.IsEnabled(cmdClean); }));
   EXPECT_TRUE(Exists("a.tmp") && Exists("b.tmp") && Exists("c.doc"));
-  constexpr int kShow = 101;
   window.Press(cmdClean);
   ASSERT_TRUE(window.Answer(L"Delete 3 files (15 Bytes) for good?", kShow));
   const HWND preview = window.AwaitWindow(L"Preview");
@@ -96,7 +36,7 @@ TEST_F(FrmPreviewTest, CleanAsksFirstAndShowsWhatGoes) {
   EXPECT_TRUE(!window.HasWindow(L"Preview") && Exists("a.tmp"));
   // What can be had back needs no question.
   EXPECT_TRUE(window.Close());
-  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nDelMethod=R\r\nAsk=1\r\n");
+  WriteSettings("DelMethod=R\r\nAsk=1\r\n");
   const QuellixWindow recycling;
   recycling.Press(cmdClean);
   EXPECT_TRUE(recycling.AwaitWindow(L"Cleaning log") && !Exists("a.tmp"));
@@ -124,11 +64,10 @@ TEST_F(FrmPreviewTest, CopiedFilesAndFoldersAreSeenBeforeTheyGo) {
   window.Choose(mnuRemoveCopied);
   EXPECT_TRUE(window.Answer(L"Copy files or folders in Explorer first", IDOK));
   CopyFiles((TempFolder() / "named").wstring() + L'\0' + (TempFolder() / "a.tmp").wstring());
-  window.Choose(mnuRemoveCopied);
-  const HWND preview = window.AwaitWindow(L"Preview");
+  const HWND preview = window.Open(mnuRemoveCopied, L"Preview");
   EXPECT_EQ(Shown(preview, lblRunSummary), L"4 entries to be removed, 10 Bytes.");
   PressIn(preview, cmdCleanTicked);
-  ASSERT_TRUE(window.Answer(L"Delete 2 files (10 Bytes) for good?", 100));
+  ASSERT_TRUE(window.Answer(L"Delete 2 files (10 Bytes) for good?", kYes));
   EXPECT_TRUE(AwaitPart(window.AwaitWindow(L"Cleaning log"), txtLog,
                         L"Named by hand... Files Deleted: 2 Space Gained: 10 Bytes"));
   EXPECT_FALSE(Exists("named") || Exists("a.tmp"));
@@ -136,7 +75,7 @@ TEST_F(FrmPreviewTest, CopiedFilesAndFoldersAreSeenBeforeTheyGo) {
 }
 
 TEST_F(FrmPreviewTest, TheLogListsTheEntriesAndTheRunsBefore) {
-  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nKeepLogs=5\r\n");
+  WriteSettings("KeepLogs=5\r\n");
   {
     const QuellixWindow window;
     window.Click(chkTemp);
@@ -166,26 +105,14 @@ const std::string kExpectedLog =
     "\r\n" +
     std::string(67, '-') + "\r\nFiles Deleted:  2   Space Gained:  1.00 KB";
 
-// The text box inside a window, however deep, that holds a text.
-HWND FindEdit(HWND window, std::wstring_view text) {
-  HWND child = nullptr;
-  while ((child = FindWindowExW(window, child, nullptr, nullptr)) != nullptr) {
-    wchar_t window_class[20] = {};
-    GetClassNameW(child, window_class, 20);
-    if (window_class == std::wstring_view(L"Edit") && TextOf(child) == text) return child;
-    if (const HWND found = FindEdit(child, text)) return found;
-  }
-  return nullptr;
-}
+using FrmLogTest = SandboxTest;
 
-TEST(FrmLogTest, ShowsWhatTheRunDidAndSavesItsText) {
+TEST_F(FrmLogTest, ShowsWhatTheRunDidAndSavesItsText) {
   const fs::path folder = L"C:\\quellix-tests\\log", file = folder / L"\u00fcber.log";
-  ResetSandbox();
   WriteBytes(TempFolder() / "nested" / "deep" / "b.tmp", std::string(1000, 'b'));
   WriteBytes(TempFolder() / L"\u6771\u4eac.tmp", std::string(24, 'c'));
   RegDeleteKeyW(HKEY_CURRENT_USER, kRunHistory);
   SetRegistryText(HKEY_CURRENT_USER, kRunHistory, L"a", L"notepad\\1");
-  fs::remove_all(folder);
   fs::create_directories(folder);
   const QuellixWindow window;
   EXPECT_EQ(TextOf(window.Control(lblCleanDate)), L"Never");
@@ -208,11 +135,8 @@ TEST(FrmLogTest, ShowsWhatTheRunDidAndSavesItsText) {
 
   PressIn(log, cmdSave);
   const HWND dialog = window.AwaitWindow(L"Save As");
-  HWND name = nullptr;
-  ASSERT_TRUE(Await([&] { return (name = FindEdit(dialog, L"cleanup")) != nullptr; }));
   EXPECT_FALSE(IsWindowEnabled(window.main()));  // a run would take the dialog away
-  const std::wstring path = folder / L"\u00fcber";
-  SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+  TypeFileName(dialog, folder / L"\u00fcber");
   PressIn(dialog, IDOK);
   EXPECT_TRUE(Await([&] { return WithoutFreeSpace(ReadBytes(file)) == kExpectedLog; }));
   EXPECT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));

@@ -15,11 +15,6 @@ namespace {
 
 constexpr WORD kAlt = VK_MENU, kShift = VK_SHIFT;
 
-// Letters and digits have the numbers of their keys.
-void TypeWord(HWND window, std::wstring_view word) {
-  for (const wchar_t letter : word) PressKeys(window, {static_cast<WORD>(towupper(letter))});
-}
-
 // What has the keyboard after each further press, until it is back where it was.
 std::vector<HWND> Walk(HWND window, const std::vector<WORD>& keys) {
   constexpr size_t kMost = 60;
@@ -47,17 +42,9 @@ void ExpectRound(HWND window, int pressed) {
   EXPECT_EQ(LOWORD(SendMessageW(window, DM_GETDEFID, 0, 0)), pressed);
 }
 
-struct KeyboardTest : testing::Test {
-  void SetUp() override {
-    ResetSandbox();
+struct KeyboardTest : SandboxTest {
+  KeyboardTest() {
     for (const char* name : {"a.tmp", "b.tmp", "c.tmp"}) WriteBytes(TempFolder() / name, "12345");
-  }
-  void TearDown() override {
-    for (const char* name : {"keep.txt", "UNFI.txt"}) fs::remove(ProgramFolder() / name);
-    fs::remove_all(kJunk);
-  }
-  static void Settings(const std::string& general) {
-    WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\n" + general);
   }
   static bool Exists(const char* name) { return fs::exists(TempFolder() / name); }
   // Ticks the item that the word is the beginning of.
@@ -73,30 +60,37 @@ struct KeyboardTest : testing::Test {
     PressKeys(window.main(), {VK_SPACE});
     EXPECT_TRUE(Await([&] { return window.IsChecked(item); }));
   }
-  static inline const fs::path kJunk = L"C:\\quellix-tests\\junk";
 };
 
-TEST_F(KeyboardTest, WhatIsSeenIsUntickedKeptAskedAboutAndCleaned) {
-  Settings("DelMethod=D\r\nAsk=1\r\n");
-  const QuellixWindow window;
-  ExpectRound(window.main(), cmdPreview);
-  Tick(window, L"temp", chkTemp);
-  PressKeys(window.main(), {VK_RETURN});
-  const HWND preview = window.AwaitWindow(L"Preview"), list = GetDlgItem(preview, lstvRun);
-  ASSERT_EQ(CountRows(list), 3);
-  ExpectRound(preview, IDCANCEL);
+// Of three files the first is unticked, and the second kept from now on.
+void LeaveTheThird(HWND preview) {
   ASSERT_TRUE(AwaitFocus(preview, lstvRun));
-  const fs::path unticked = window.RowText(list, 0, 0), kept = window.RowText(list, 1, 0);
   PressKeys(preview, {VK_HOME});
   PressKeys(preview, {VK_SPACE});
   EXPECT_TRUE(AwaitText(preview, lblRunSummary, L"2 entries to be removed, 10 Bytes."));
   PressKeys(preview, {VK_DOWN});
   PressKeys(preview, {kAlt, L'N'});
   EXPECT_TRUE(AwaitText(preview, lblRunSummary, L"1 entry to be removed, 5 Bytes."));
+}
+
+TEST_F(KeyboardTest, WhatIsSeenIsUntickedKeptAskedAboutAndCleaned) {
+  WriteSettings("DelMethod=D\r\nAsk=1\r\n");
+  const QuellixWindow window;
+  ExpectRound(window.main(), cmdPreview);
+  Tick(window, L"temp", chkTemp);
+  PressKeys(window.main(), {VK_RETURN});
+  const HWND preview = window.AwaitWindow(L"Preview"), list = GetDlgItem(preview, lstvRun);
+  ASSERT_EQ(CountRows(list), 3);
+  EXPECT_EQ(Shown(preview, lblRunSummary), L"3 entries to be removed, 15 Bytes.");
+  EXPECT_EQ(window.RowText(list, 0, 5), L"to be deleted");
+  ExpectRound(preview, IDCANCEL);
+  const fs::path unticked = window.RowText(list, 0, 0), kept = window.RowText(list, 1, 0);
+  LeaveTheThird(preview);
   PressKeys(preview, {kAlt, L'I'});
   ASSERT_TRUE(AwaitFocus(preview, txtFilter));
   TypeWord(preview, kept.stem().wstring());
   EXPECT_TRUE(Await([&] { return CountRows(list) < 3; }));
+  WriteBytes(TempFolder() / "came later.tmp", "1");
 
   // Enter cancels the question, and another letter than its own does nothing.
   PressKeys(preview, {kAlt, L'C'});
@@ -109,8 +103,10 @@ TEST_F(KeyboardTest, WhatIsSeenIsUntickedKeptAskedAboutAndCleaned) {
   ASSERT_TRUE(again);
   PressKeys(again, {kAlt, L'D'});
   const HWND log = window.AwaitWindow(L"Cleaning log");
-  EXPECT_TRUE(fs::exists(unticked) && fs::exists(kept));
-  EXPECT_EQ(std::distance(fs::directory_iterator(TempFolder()), fs::directory_iterator()), 2);
+  EXPECT_NE(ReadBytes(ProgramFolder() / "keep.txt").find(kept.stem().string()), std::string::npos);
+  EXPECT_TRUE(fs::exists(unticked) && fs::exists(kept) && Exists("came later.tmp"));
+  EXPECT_EQ(std::distance(fs::directory_iterator(TempFolder()), fs::directory_iterator()), 3);
+  EXPECT_TRUE(AwaitPart(log, txtLog, L"not in the preview: 1"));
   PressKeys(log, {VK_ESCAPE});
   EXPECT_TRUE(AwaitGone(log));
   PressKeys(window.main(), {kAlt, VK_F4});
@@ -118,7 +114,7 @@ TEST_F(KeyboardTest, WhatIsSeenIsUntickedKeptAskedAboutAndCleaned) {
 }
 
 TEST_F(KeyboardTest, ARunIsUndone) {
-  Settings("DelMethod=B\r\n");
+  WriteSettings("DelMethod=B\r\n");
   const QuellixWindow window;
   Tick(window, L"temp", chkTemp);
   PressKeys(window.main(), {kAlt, L'C'});
@@ -143,7 +139,7 @@ TEST_F(KeyboardTest, ARunIsUndone) {
 }
 
 TEST_F(KeyboardTest, ALineIsWrittenIntoTheKeepListByItsPage) {
-  Settings("DelMethod=D\r\n");
+  WriteSettings("DelMethod=D\r\n");
   const QuellixWindow window;
   PressKeys(window.main(), {kAlt, L'T'});
   ASSERT_TRUE(window.AwaitMenu());
@@ -165,34 +161,6 @@ TEST_F(KeyboardTest, ALineIsWrittenIntoTheKeepListByItsPage) {
   PressKeys(options, {VK_RETURN});
   EXPECT_TRUE(AwaitGone(options));
   EXPECT_NE(ReadBytes(ProgramFolder() / "keep.txt").find("*tmp"), std::string::npos);
-}
-
-TEST_F(KeyboardTest, FindsAreTickedAndDeleted) {
-  for (const char* name : {"a.qxj", "b.qxj"}) WriteBytes(kJunk / name, "1");
-  WriteBytes(ProgramFolder() / "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
-  Settings("DelMethod=D\r\nAsk=0\r\n");
-  const QuellixWindow window;
-  Tick(window, L"unn", chkUnNecessaryFiles);
-  PressKeys(window.main(), {kAlt, L'C'});
-  const HWND results = window.AwaitWindow(L"Search results"),
-             list = GetDlgItem(results, lstvDeletion);
-  ASSERT_TRUE(Await([&] { return !IsEnabled(results, cmdAbort); }));
-  PressKeys(results, {kAlt, L'I'});
-  ASSERT_TRUE(AwaitFocus(results, txtFilter));
-  TypeWord(results, L"b");
-  ASSERT_TRUE(Await([&] { return CountRows(list) == 1; }));
-  PressKeys(results, {VK_TAB});
-  ASSERT_TRUE(AwaitFocus(results, lstvDeletion));
-  PressKeys(results, {VK_DOWN});
-  PressKeys(results, {VK_SPACE});
-  EXPECT_TRUE(Await([&] { return IsRowTicked(list, 0); }));
-  PressKeys(results, {kAlt, L'D'});
-  EXPECT_TRUE(Await([&] { return !fs::exists(kJunk / "b.qxj"); }));
-  EXPECT_TRUE(fs::exists(kJunk / "a.qxj"));
-  PressKeys(results, {kAlt, L'X'});
-  const HWND log = window.AwaitWindow(L"Cleaning log");
-  PressKeys(log, {VK_ESCAPE});
-  EXPECT_TRUE(AwaitGone(log));
 }
 
 }  // namespace

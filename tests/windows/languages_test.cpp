@@ -9,6 +9,7 @@
 #include "all_windows.h"
 #include "list_windows.h"
 #include "options_window.h"
+#include "platform/win32/win32_text.h"
 #include "platform/words.h"
 #include "support/embedded_win32.h"
 
@@ -26,16 +27,11 @@ const fs::path& Trial() {
 void Talk(const std::string& language) {
   Unpack(std::wstring(language.begin(), language.end()).c_str(), Trial());
   Speak(Catalogue(ReadBytes(Trial())));
-  WriteBytes(ProgramFolder() / "Settings.ini",
-             "[General]\r\nLanguage=trial.mo\r\nAsk=1\r\nDelMethod=B\r\n");
+  WriteSettings("Language=trial.mo\r\nAsk=1\r\nDelMethod=B\r\n");
 }
 
-struct LanguageTest : testing::Test {
-  void TearDown() override {
-    Speak(Catalogue());
-    fs::remove(Trial());
-    ResetSandbox();
-  }
+struct LanguageTest : SandboxTest {
+  void TearDown() override { Speak(Catalogue()); }
 };
 
 void CloseAllAbove(HWND window) {
@@ -82,14 +78,20 @@ TEST_F(LanguageTest, CutsNoText) {
   }
 }
 
-TEST_F(LanguageTest, IsChosenInTheOptionsAndSpokenAtOnce) {
-  const SeededLists seeded;
+TEST_F(LanguageTest, IsChosenInTheOptionsAndSpokenAtOnceAndAllElseStays) {
   Talk(kMadeUp);
+  const std::wstring caption = Wide(Tr("Temporary files... "));
+  WriteSettings("Language=trial.mo\r\nLogLanguage=1\r\nDelMethod=D\r\n");
+  WriteBytes(TempFolder() / "a.tmp", "1");
   const QuellixWindow window;
   const HWND first = window.main();
   EXPECT_EQ(TextOf(window.Control(cmdClean)), L"&Cl\u00E9\u00E2\u00F1\u00EB\u00F6");
   window.Click(chkTemp);
   const int row = window.RowOf(chkTemp);
+  window.Press(cmdClean);
+  window.AwaitWindow(L"Cleaning log");
+  CloseAllAbove(first);
+  SendMessageW(window.Control(chkThenShutDown), BM_CLICK, 0, 0);
   const OptionsWindow options(window);
   EXPECT_EQ(TextOf(options.Control(cboLanguage)), L"trial.mo");
   EXPECT_GE(SendMessageW(options.Control(cboLanguage), CB_GETCOUNT, 0, 0), 11);
@@ -101,32 +103,13 @@ TEST_F(LanguageTest, IsChosenInTheOptionsAndSpokenAtOnce) {
   EXPECT_EQ(TextOf(GetDlgItem(again, cmdClean)), L"&Clean");
   EXPECT_TRUE(Await([&] { return BoxOf(GetDlgItem(again, lstvItems), row) == 2; }));
   EXPECT_NE(ReadBytes(ProgramFolder() / "Settings.ini").find("Language=en"), std::string::npos);
-  PostMessageW(again, WM_CLOSE, 0, 0);
-  EXPECT_TRUE(window.AwaitEnd());
-}
-
-TEST_F(LanguageTest, LeavesTheLastLogAndWhatIsToEndTheNextRun) {
-  Talk(kMadeUp);
-  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nLanguage=trial.mo\r\nDelMethod=D\r\n");
-  for (const auto& entry : fs::directory_iterator(TempFolder())) fs::remove_all(entry);
-  WriteBytes(TempFolder() / "a.tmp", "1");
-  const QuellixWindow window;
-  window.Click(chkTemp);
-  window.Press(cmdClean);
-  window.AwaitWindow(L"Cleaning log");
-  CloseAllAbove(window.main());
-  SendMessageW(window.Control(chkThenShutDown), BM_CLICK, 0, 0);
-  const OptionsWindow options(window);
-  options.Choose(cboLanguage, 1);
-  ASSERT_TRUE(options.PressAndClose(IDOK));
-  Speak(Catalogue());
-  const HWND again = window.AwaitWindow(L"Quellix");
   EXPECT_TRUE(Await([&] {
     return SendDlgItemMessageW(again, chkThenShutDown, BM_GETCHECK, 0, 0) == BST_CHECKED;
   }));
   PostMessageW(again, WM_COMMAND, mnuLastLog, 0);
   const HWND log = window.AwaitWindow(L"Cleaning log");
-  EXPECT_TRUE(AwaitPart(log, txtLog, L"Temporary files... Files Deleted: 1"));
+  EXPECT_TRUE(AwaitPart(log, txtLog, caption));
+  EXPECT_EQ(TextOf(GetDlgItem(log, txtLog)).find(L"Temporary files"), std::wstring::npos);
   EXPECT_TRUE(AwaitPart(log, lblSpace, L"1 Bytes"));
   PostMessageW(again, WM_CLOSE, 0, 0);
   EXPECT_TRUE(window.AwaitEnd());
@@ -136,8 +119,7 @@ TEST_F(LanguageTest, IsEnglishWhereTheChosenOneIsMissingOrBroken) {
   for (const char* chosen : {"tlh", "none.mo", "trial.mo", "en"}) {
     SCOPED_TRACE(chosen);
     WriteBytes(Trial(), "no catalogue");
-    WriteBytes(ProgramFolder() / "Settings.ini",
-               "[General]\r\nLanguage=" + std::string(chosen) + "\r\n");
+    WriteSettings("Language=" + std::string(chosen) + "\r\n");
     const QuellixWindow window;
     EXPECT_EQ(TextOf(window.Control(cmdClean)), L"&Clean");
   }

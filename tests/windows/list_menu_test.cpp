@@ -13,21 +13,26 @@ HWND AwaitClass(const wchar_t* name) {
   return window;
 }
 
-// The letters of its commands.
-void ChooseByLetter(const OpenList& list, wchar_t letter) {
-  PostMessageW(list.window.main(), WM_CHAR, letter, 1);
-  EXPECT_TRUE(Await([&] { return !list.window.HasMenu(); })) << "the menu stays open";
-}
-
 struct ListMenuTest : testing::Test {
+  // With its first row selected.
+  OpenList Open(std::string_view name) const {
+    const ListCase& row = ListNamed(name);
+    const OpenList list(window, GetDlgItem(row.open(window), row.list));
+    list.SelectFirst();
+    return list;
+  }
+  void ChooseInMenu(const OpenList& list, wchar_t letter) const {
+    PostMessageW(list.top, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(list.list), -1);
+    ASSERT_TRUE(window.AwaitMenu());
+    PostMessageW(window.main(), WM_CHAR, letter, 1);
+    EXPECT_TRUE(Await([&] { return !window.HasMenu(); })) << "the menu stays open";
+  }
   const SeededLists seeded_;
+  const QuellixWindow window;
 };
 
 TEST_F(ListMenuTest, OpensByTheRightButtonByShiftF10AndByTheMenuKey) {
-  const QuellixWindow window;
-  const ListCase& row = ListNamed("Results");
-  const OpenList list(window, GetDlgItem(row.open(window), row.list));
-  list.SelectFirst();
+  const OpenList list = Open("Results");
   const auto expect_menu = [&](const char* way) {
     EXPECT_TRUE(window.AwaitMenu()) << way;
     PostMessageW(window.main(), WM_KEYDOWN, VK_ESCAPE, 1);
@@ -49,19 +54,11 @@ TEST_F(ListMenuTest, OpensByTheRightButtonByShiftF10AndByTheMenuKey) {
 }
 
 TEST_F(ListMenuTest, OpensTheFolderAndAsksForTheProperties) {
-  const QuellixWindow window;
-  const ListCase& row = ListNamed("Results");
-  const OpenList list(window, GetDlgItem(row.open(window), row.list));
-  list.SelectFirst();
-  const auto choose = [&](wchar_t letter) {
-    PostMessageW(list.top, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(list.list), -1);
-    ASSERT_TRUE(window.AwaitMenu());
-    ChooseByLetter(list, letter);
-  };
+  const OpenList list = Open("Results");
   // Wine shows none of a file whose kind it does not know, which is told.
-  choose(L'r');
+  ChooseInMenu(list, L'r');
   EXPECT_TRUE(window.Answer(L"Cannot show the properties of C:\\quellix-tests\\lists\\", IDOK));
-  choose(L'o');
+  ChooseInMenu(list, L'o');
   const HWND folder = AwaitClass(L"ExplorerWClass");
   EXPECT_TRUE(Await([&] { return TextOf(folder).find(L"lists") != std::wstring::npos; }))
       << testing::PrintToString(TextOf(folder));
@@ -70,13 +67,8 @@ TEST_F(ListMenuTest, OpensTheFolderAndAsksForTheProperties) {
 
 TEST_F(ListMenuTest, HandsAKeyToTheRegistryEditor) {
   constexpr wchar_t kLast[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Applets\\Regedit";
-  const QuellixWindow window;
-  const ListCase& row = ListNamed("AppPaths");
-  const OpenList list(window, GetDlgItem(row.open(window), row.list));
-  list.SelectFirst();
-  PostMessageW(list.top, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(list.list), -1);
-  ASSERT_TRUE(window.AwaitMenu());
-  ChooseByLetter(list, L'k');
+  const OpenList list = Open("AppPaths");
+  ChooseInMenu(list, L'k');
   // Wine's editor is asked for a window of its own, which it does not know how to open.
   EXPECT_TRUE(Await([&] {
     return RegistryText(HKEY_CURRENT_USER, kLast, L"LastKey")

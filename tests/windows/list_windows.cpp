@@ -8,16 +8,6 @@
 
 namespace quellix::test {
 
-std::string Fields(std::string text) {
-  std::ranges::replace(text, '|', '\x01');
-  return text;
-}
-
-HWND Choose(const QuellixWindow& window, int entry, const wchar_t* title) {
-  window.Choose(entry);
-  return window.AwaitWindow(title);
-}
-
 namespace {
 
 constexpr wchar_t kKeys[] = L"Software\\Microsoft\\Windows\\";
@@ -55,7 +45,7 @@ constexpr std::pair<int, const wchar_t*> kTools[] = {
 template <int kEntry>
 HWND Tool(const QuellixWindow& window) {
   const auto tool = std::ranges::find(kTools, kEntry, &std::pair<int, const wchar_t*>::first);
-  return AwaitScan(Choose(window, kEntry, tool->second));
+  return AwaitScan(window.Open(kEntry, tool->second));
 }
 
 HWND Thorough(const QuellixWindow& window) {
@@ -87,11 +77,11 @@ HWND Preview(const QuellixWindow& window) {
 
 HWND Backups(const QuellixWindow& window) {
   EXPECT_TRUE(CloseAndAwait(Clean(window)));
-  return Choose(window, mnuBackups, L"Backups");
+  return window.Open(mnuBackups, L"Backups");
 }
 
 HWND Plugins(const QuellixWindow& window) {
-  return Choose(window, mnuManagePlugin, L"Plugins Manager");
+  return window.Open(mnuManagePlugin, L"Plugins Manager");
 }
 
 HWND Records(const QuellixWindow& window) {
@@ -117,12 +107,12 @@ HWND Cookies(const QuellixWindow& window) {
 HWND Trial(const QuellixWindow& window) {
   PressIn(Records(window), cmdTry);
   const HWND trial = window.AwaitWindow(L"Try it");
-  EXPECT_TRUE(Await([&] { return CountRows(GetDlgItem(trial, lstvTry)) == 2; }));
+  EXPECT_TRUE(AwaitRows(GetDlgItem(trial, lstvTry), 2));
   return trial;
 }
 
 HWND Favorites(const QuellixWindow& window) {
-  const HWND favorites = Choose(window, mnuFavorites, L"Favorites");
+  const HWND favorites = window.Open(mnuFavorites, L"Favorites");
   EXPECT_TRUE(AwaitPart(favorites, lblStatus, L" marked"));
   return favorites;
 }
@@ -154,7 +144,7 @@ const ListCase kRows[] = {
     {"Associations", Tool<mnuAssociationTool>, lstvInvalid, L"HKEY_", kOfReference},
     {"Cache",
      [](const QuellixWindow& window) {
-       return Choose(window, mnuIECache, L"Temporary Internet Files (Cache)");
+       return window.Open(mnuIECache, L"Temporary Internet Files (Cache)");
      },
      lstvCache, nullptr, L"Delete 1 entry of the Internet cache for good?", kYes, IDCANCEL, false,
      cmdDelete},
@@ -162,7 +152,7 @@ const ListCase kRows[] = {
     {"Cookies", Cookies, lstvCookies, L"C:\\quellix-tests\\cookies\\qx"},
     {"KeptCookies", Cookies, lstvKept, L"C:\\quellix-tests\\cookies\\qx"},
     {"Trial", Trial, lstvTry, L"C:\\quellix-tests\\lists\\"},
-    {"Users", [](const QuellixWindow& window) { return Choose(window, mnuUsers, L"Other users"); },
+    {"Users", [](const QuellixWindow& window) { return window.Open(mnuUsers, L"Other users"); },
      lstvUsers, L"C:\\users\\qx"},
     {"Favorites", Favorites, lstvFavorites, L"\\Favorites\\qx",
      L"Move 1 favorite into the recycle bin?", kYes, IDCANCEL, false, cmdDelete}};
@@ -181,7 +171,7 @@ const ListCase& ListNamed(std::string_view name) {
 SeededLists::SeededLists() {
   ResetSandbox();
   CleanUp();
-  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nDelMethod=B\r\n");
+  WriteSettings("DelMethod=B\r\n");
   WriteBytes(ProgramFolder() / "UNFI.txt", Fields("1|*.qxj|Ours\r\n"));
   WriteBytes(ProgramFolder() / "keep.txt", "C:\\Kept\r\na*.doc\r\n");
   WriteBytes(ProgramFolder() / "plg.txt", Fields("0|qx1.cdp|1\r\n0|qx2.cdp|2\r\n"));
@@ -247,8 +237,6 @@ void SeededLists::CleanUp() {
     RegDeleteKeyValueW(HKEY_CURRENT_USER, kRun, name);
     RegDeleteTreeW(HKEY_CURRENT_USER, (windows + kPrograms + name).c_str());
     RegDeleteTreeW(HKEY_CURRENT_USER, (std::wstring(kExtension) + name).c_str());
-  }
-  for (const wchar_t* name : {L"qx1", L"qx2", L"qx3"}) {
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, (kProfiles + name).c_str());
     fs::remove_all(kUsers / name);
   }
@@ -258,13 +246,7 @@ void SeededLists::CleanUp() {
     SetRegistryText(HKEY_CURRENT_USER, kShellFolders, L"Cookies", cookies_before_);
   }
   cookies_before_.clear();
-  fs::remove_all(kCookies);
   fs::remove_all(kFavorites);
-  for (const char* name : {"UNFI.txt", "keep.txt", "plg.txt", "ck.txt"})
-    fs::remove(ProgramFolder() / name);
-  for (const char* name : {"qx1.cdp", "qx2.cdp"}) fs::remove(ProgramFolder() / "Plugins" / name);
-  fs::remove_all(kJunk);
-  fs::remove_all(BackupFolder());
   for (const wchar_t* source : {L"http://a.example/", L"http://b.example/"})
     DeleteUrlCacheEntryW(source);
 }

@@ -10,8 +10,6 @@
 
 namespace quellix::test {
 
-inline constexpr int kYes = 100;  // of a question before what cannot be undone
-
 struct ListCase {
   const char* name;
   HWND (*open)(const QuellixWindow& window);
@@ -25,10 +23,6 @@ struct ListCase {
 };
 std::span<const ListCase> ListCases();
 const ListCase& ListNamed(std::string_view name);
-
-HWND Choose(const QuellixWindow& window, int entry, const wchar_t* title);
-// "2|a.cdp" with what stands between fields in the program's files.
-std::string Fields(std::string text);
 
 // A sandbox in which each of the lists has some rows, for as long as it lives.
 class SeededLists {
@@ -54,18 +48,11 @@ struct OpenList {
   OpenList(const QuellixWindow& program, HWND list_window)
       : window(program), list(list_window), top(GetAncestor(list_window, GA_ROOT)) {
     AwaitInput(list);
-    Focus();
-  }
-  void Focus() const {
-    const RECT place = ItemPlace();
-    SendMessageW(list, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(place.right, place.bottom));
-    SendMessageW(list, WM_LBUTTONUP, 0, MAKELPARAM(place.right, place.bottom));
-  }
-  // Behind all rows: a click there takes the keyboard and ticks nothing.
-  RECT ItemPlace() const {
+    // Behind all rows: a click there takes the keyboard and ticks nothing.
     RECT client{};
     GetClientRect(list, &client);
-    return {0, 0, client.right - 3, client.bottom - 3};
+    for (const UINT message : {WM_LBUTTONDOWN, WM_LBUTTONUP})
+      SendMessageW(list, message, MK_LBUTTON, MAKELPARAM(client.right - 3, client.bottom - 3));
   }
   int Rows() const { return CountRows(list); }
   std::wstring First() const { return window.RowText(list, 0, 0); }

@@ -155,7 +155,7 @@ TEST_P(EveryListTest, BehavesAsAListDoes) {
   ExpectTypeAhead(list);
   ExpectSelectionAndCopy(list, row.single);
   ExpectMenu(list, row.path);
-  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nAsk=1\r\n");
+  WriteSettings("Ask=1\r\n");
   if (row.question) ExpectDeletion(list, row);
 }
 
@@ -207,10 +207,7 @@ TEST_P(EveryListTest, IsFoundAgainAsItWasLeft) {
   EXPECT_TRUE(Await([&] { return window.ArrowOf(list.list, 0) == arrow; }));
 }
 
-struct MainListTest : testing::Test {
-  void SetUp() override { ResetSandbox(); }
-  void TearDown() override { ResetSandbox(); }
-};
+using MainListTest = SandboxTest;
 
 TEST_F(MainListTest, ItsColumnsAreFoundAgainAsTheyWereLeft) {
   std::vector<int> columns;
@@ -248,7 +245,6 @@ struct EmptyListTest : testing::TestWithParam<EmptyCase> {
     WriteBytes(ProgramFolder() / "UNFI.txt", Fields("1|*.qx-none|None\r\n"));
     WriteBytes(TempFolder() / "a.tmp", "12345");
   }
-  void TearDown() override { fs::remove(ProgramFolder() / "UNFI.txt"); }
 };
 
 TEST_P(EmptyListTest, SaysWhyAndWhatToDo) {
@@ -257,7 +253,7 @@ TEST_P(EmptyListTest, SaysWhyAndWhatToDo) {
   const QuellixWindow window;
   const HWND list = GetDlgItem(found.open(window), row.list);
   if (row.list == lstvRun) Type(GetParent(list), txtFilter, L"nothing has this");
-  ASSERT_TRUE(Await([&] { return CountRows(list) == 0; }));
+  ASSERT_TRUE(AwaitRows(list, 0));
   EXPECT_TRUE(Await([&] { return TextOf(list).find(row.says) != std::wstring::npos; }))
       << testing::PrintToString(TextOf(list));
   EXPECT_EQ(Shown(GetParent(list), row.list + lblTotals), L"No rows");
@@ -276,10 +272,7 @@ INSTANTIATE_TEST_SUITE_P(
         EmptyCase{"KeepList", "KeepList", lstvList, L"Type an entry below and press Add"}),
     [](const auto& row) { return row.param.name; });
 
-struct WindowPlaceTest : testing::Test {
-  void SetUp() override { ResetSandbox(); }
-  void TearDown() override { ResetSandbox(); }
-};
+using WindowPlaceTest = SandboxTest;
 
 TEST_F(WindowPlaceTest, APlaceBeyondTheScreensIsMendedAndNothingIsWrittenOfWhatWasLeftAlone) {
   const fs::path settings = ProgramFolder() / "Settings.ini";
@@ -288,7 +281,7 @@ TEST_F(WindowPlaceTest, APlaceBeyondTheScreensIsMendedAndNothingIsWrittenOfWhatW
     const std::string text = std::string("[Windows]\r\nfrmBackups=") + beyond + ",900,600,0\r\n";
     WriteBytes(settings, text);
     const QuellixWindow window;
-    const HWND backups = Choose(window, mnuBackups, L"Backups");
+    const HWND backups = window.Open(mnuBackups, L"Backups");
     const RECT place = PlaceOf(backups);
     EXPECT_TRUE(place.left >= 0 && place.top >= 0);
     EXPECT_LE(place.right, GetSystemMetrics(SM_CXSCREEN));

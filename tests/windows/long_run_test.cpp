@@ -7,29 +7,18 @@
 namespace quellix::test {
 namespace {
 
-struct LongRunTest : testing::Test {
-  void SetUp() override { ResetSandbox(); }
-  static void WriteSettings(const std::string& general) {
-    WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\n" + general);
-  }
-  static LRESULT Place(HWND bar) { return SendMessageW(bar, PBM_GETPOS, 0, 0); }
-  // A bar that goes on, with figures beside it.
-  static void ExpectMoving(HWND window, int bar, int label, const std::wstring& begins) {
-    const HWND shown = GetDlgItem(window, bar);
-    ASSERT_TRUE(Await([&] { return Shown(window, label).starts_with(begins); }))
-        << testing::PrintToString(Shown(window, label));
-    const LRESULT at = Place(shown);
-    EXPECT_TRUE(Await([&] { return Place(shown) > at && IsWindowVisible(shown); }));
-  }
-};
+using LongRunTest = SandboxTest;
+
+LRESULT Place(HWND bar) { return SendMessageW(bar, PBM_GETPOS, 0, 0); }
 
 TEST_F(LongRunTest, WipingOneLargeFileMovesTheBarAndStopTellsWhatWasDone) {
-  WriteSettings("DelMethod=W\r\n");
-  WriteBytes(TempFolder() / "large.tmp", std::string(1 << 20, 'x'));
+  SeedEndlessRun();
   const QuellixWindow window;
-  window.Click(chkTemp);
   window.Press(cmdClean);
-  ExpectMoving(window.main(), pgClean, lblProgress, L"0 of 1, ");
+  const HWND bar = window.Control(pgClean);
+  ASSERT_TRUE(AwaitPart(window.main(), lblProgress, L"0 of 1, "));
+  const LRESULT at = Place(bar);
+  EXPECT_TRUE(Await([&] { return Place(bar) > at && IsWindowVisible(bar); }));
   EXPECT_TRUE(Await([&] { return TextOf(window.main()).ends_with(L" % - Quellix"); }));
   EXPECT_FALSE(IsWindowVisible(window.Control(lblCleanDate)));
   window.Press(cmdStop);
@@ -56,8 +45,7 @@ TEST_F(LongRunTest, AnEndOfTheSessionIsCountedDownAndCanBeCancelled) {
   const QuellixWindow window;
   for (const auto& [entry, says] : kRows) {
     SCOPED_TRACE(entry);
-    window.Choose(entry);
-    const HWND countdown = window.AwaitWindow(L"Turn off computer");
+    const HWND countdown = window.Open(entry, L"Turn off computer");
     EXPECT_TRUE(AwaitPart(countdown, lblCountdown, says));
     EXPECT_TRUE(AwaitPart(countdown, lblCountdown, L" 29 seconds."));
     EXPECT_FALSE(IsWindowEnabled(window.main()));
@@ -70,7 +58,7 @@ TEST_F(LongRunTest, AnEndOfTheSessionIsCountedDownAndCanBeCancelled) {
   SendMessageW(window.Control(chkThenShutDown), BM_CLICK, 0, 0);
   window.Click(chkTemp);
   window.Press(cmdClean);
-  ASSERT_TRUE(window.Answer(L"Delete 1 file (1 Bytes) for good?", 100));
+  ASSERT_TRUE(window.Answer(L"Delete 1 file (1 Bytes) for good?", kYes));
   const HWND countdown = window.AwaitWindow(L"Turn off computer");
   EXPECT_TRUE(AwaitPart(countdown, lblCountdown, L"The computer is turned off in "));
   EXPECT_FALSE(fs::exists(TempFolder() / "a.tmp"));
@@ -82,8 +70,7 @@ TEST_F(LongRunTest, AnEndOfTheSessionIsCountedDownAndCanBeCancelled) {
 TEST_F(LongRunTest, ManyRowsAreDeletedWithABarThatMoves) {
   constexpr int kMany = 3000;
   const fs::path junk = L"C:\\quellix-tests\\many";
-  fs::remove_all(junk);
-  WriteBytes(ProgramFolder() / "UNFI.txt", "1\x01*.qxj\x01Ours\r\n");
+  WriteBytes(ProgramFolder() / "UNFI.txt", Fields("1|*.qxj|Ours\r\n"));
   for (int i = 0; i < kMany; ++i) WriteBytes(junk / (std::to_string(i) + ".qxj"), "123");
   const QuellixWindow window;
   window.Click(chkUnNecessaryFiles);
@@ -99,8 +86,6 @@ TEST_F(LongRunTest, ManyRowsAreDeletedWithABarThatMoves) {
   const int left = CountRows(GetDlgItem(results, lstvDeletion));
   EXPECT_TRUE(left > 0 && left < kMany) << left;
   EXPECT_FALSE(IsWindowVisible(GetDlgItem(results, pgDeletion)));
-  fs::remove_all(junk);
-  fs::remove(ProgramFolder() / "UNFI.txt");
 }
 
 }  // namespace

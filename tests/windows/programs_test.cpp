@@ -10,25 +10,15 @@ constexpr int kClose = 100, kRetry = 102;
 const fs::path kFolder = L"C:\\quellix-tests\\programs";
 const fs::path kProgram = kFolder / "qxprogram.exe", kTrace = kFolder / "in" / "trace";
 
-struct ProgramsTest : testing::Test {
-  void SetUp() override {
-    ResetSandbox();
+struct ProgramsTest : SandboxTest {
+  ProgramsTest() {
     WriteBytes(kTrace, "12345");
     Unpack(L"window_program", kProgram);
     const std::string recipe = "D|Traces of a program\r\nP|qxprogram.exe\r\nF|No|No|" +
                                kTrace.parent_path().string() + "\\*.*\r\n";
-    WriteBytes(ProgramFolder() / "Plugins" / "qx.cdp", WithSeparators(recipe));
-    WriteBytes(ProgramFolder() / "chkItems.txt", CheckStates({21}));  // Plugins
-    WriteBytes(ProgramFolder() / "plg.txt", WithSeparators("1|qx.cdp|Traces\r\n"));
-  }
-  void TearDown() override {
-    fs::remove(ProgramFolder() / "Plugins" / "qx.cdp");
-    fs::remove(ProgramFolder() / "plg.txt");
-    fs::remove_all(kFolder);
-  }
-  static std::string WithSeparators(std::string text) {
-    std::replace(text.begin(), text.end(), '|', '\x01');
-    return text;
+    WriteBytes(ProgramFolder() / "Plugins" / "qx.cdp", Fields(recipe));
+    WriteChecks({21});  // Plugins
+    WriteBytes(ProgramFolder() / "plg.txt", Fields("1|qx.cdp|Traces\r\n"));
   }
 };
 

@@ -1,16 +1,11 @@
 #include "quellix_window.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <span>
 
 #include <commctrl.h>
 #include <shlobj.h>
 
-#include "failure_pictures.h"
 #include "platform/win32/win32_text.h"
 #include "platform/words.h"
 
@@ -19,21 +14,6 @@ namespace {
 
 constexpr wchar_t kDialogClass[] = L"#32770";
 constexpr wchar_t kMenuClass[] = L"#32768";
-
-// These tests empty folders of the user who runs them, so they start only where that user is made
-// up: in a prefix that says so and from which no drive leads out.
-struct SandboxGuard : testing::Environment {
-  void SetUp() override {
-    wchar_t value[4] = {};
-    GetEnvironmentVariableW(L"QUELLIX_SANDBOX", value, 4);
-    const bool marked = std::wstring_view(value) == L"1" &&
-                        GetFileAttributesW(L"C:\\quellix-sandbox") != INVALID_FILE_ATTRIBUTES;
-    if (marked && GetDriveTypeW(L"Z:\\") == DRIVE_NO_ROOT_DIR) return TakePicturesOfFailures();
-    std::fputs("window_tests runs in the sandbox only\n", stderr);
-    std::_Exit(2);
-  }
-};
-const auto* const kGuard = testing::AddGlobalTestEnvironment(new SandboxGuard);
 
 struct Search {
   DWORD process;
@@ -83,44 +63,6 @@ bool IsACopyThere() {
 }
 
 }  // namespace
-
-fs::path ProgramFolder() { return L"C:\\Program Files\\Quellix"; }
-
-fs::path TempFolder() {
-  wchar_t path[MAX_PATH + 1] = {};
-  GetTempPathW(MAX_PATH + 1, path);
-  return path;
-}
-
-void ResetSandbox() {
-  for (const char* name : {"Settings.ini", "chkItems.txt"}) fs::remove(ProgramFolder() / name);
-  for (const auto& entry : fs::directory_iterator(TempFolder())) fs::remove_all(entry.path());
-}
-
-fs::path BackupFolder() { return ProgramFolder() / "Backup"; }
-
-std::string CheckStates(const std::set<int>& set) {
-  std::string line;
-  for (int place = 1; place <= 30; ++place)
-    line += (place > 1 ? "," : "") + std::string(set.contains(place) ? "1" : "0");
-  return line + "\r\n";
-}
-
-void WriteBytes(const fs::path& path, std::string_view bytes) {
-  fs::create_directories(path.parent_path());
-  if (!Await([&] {
-        std::ofstream file(path, std::ios::binary);
-        file << bytes;
-        return static_cast<bool>(file.flush());
-      })) {
-    throw std::runtime_error("cannot write " + path.string());
-  }
-}
-
-std::string ReadBytes(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 QuellixProcess::QuellixProcess(std::wstring_view arguments, DWORD flags, HANDLE token) {
   const std::wstring program = ProgramFolder() / L"quellix.exe";
@@ -311,6 +253,11 @@ HWND QuellixWindow::AwaitControl(int id) const { return test::AwaitControl(main_
 void QuellixWindow::Choose(int entry) const {
   AwaitInput(main_);
   PostAndAwait(main_, WM_COMMAND, static_cast<WPARAM>(entry), 0);
+}
+
+HWND QuellixWindow::Open(int entry, std::wstring_view title) const {
+  Choose(entry);
+  return AwaitWindow(title);
 }
 
 void QuellixWindow::PressKey(HWND control, WPARAM key) const {

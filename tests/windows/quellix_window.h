@@ -2,30 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "sandbox.h"
 #include "ui/resource.h"
 #include "window_input.h"
 
 namespace quellix::test {
-
-namespace fs = std::filesystem;
-
-// The sandbox's files, by what they are. Reset puts them back to a first start.
-fs::path ProgramFolder();
-fs::path TempFolder();
-void ResetSandbox();
-// Where archives are kept.
-fs::path BackupFolder();
-// The 1st to 30th value of chkItems.txt that are set; the rest are not.
-std::string CheckStates(const std::set<int>& set);
-// Waits while another program has the file open.
-void WriteBytes(const fs::path& path, std::string_view bytes);
-std::string ReadBytes(const fs::path& path);
 
 // One running quellix.exe. Ends with the object.
 class QuellixProcess {
@@ -91,6 +77,8 @@ class QuellixWindow : public QuellixProcess {
   void Press(int id) const { test::Press(AwaitControl(id)); }
   // An entry of the main window's menu.
   void Choose(int entry) const;
+  // The window that such an entry opens.
+  HWND Open(int entry, std::wstring_view title) const;
   void PressKey(HWND control, WPARAM key) const;
   // Where an item's row stands on the screen.
   RECT PlaceOf(int id) const;

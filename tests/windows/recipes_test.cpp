@@ -7,20 +7,12 @@
 namespace quellix::test {
 namespace {
 
-constexpr int kYes = 100, kShow = 101;
 constexpr int kName = 0, kNote = 3;
 const fs::path kFolder = L"C:\\quellix-tests\\recipes";
 
-struct RecipesTest : testing::Test {
-  void SetUp() override {
-    ResetSandbox();
-    TearDown();
+struct RecipesTest : SandboxTest {
+  RecipesTest() {
     for (const char* name : {"a.log", "b.log", "key4.db"}) WriteBytes(kFolder / name, "12345");
-  }
-  void TearDown() override {
-    fs::remove(ProgramFolder() / "recipes.txt");
-    fs::remove_all(ProgramFolder() / "Winapp2.ini");
-    fs::remove_all(kFolder);
   }
   static std::string Entry(const std::string& name, const std::string& mask) {
     return "[" + name + " *]\r\nSection=Games\r\nFileKey1=" + kFolder.string() + "|" + mask +
@@ -142,14 +134,6 @@ TEST_F(RecipesTest, AnEndlessListKeepsNobodyWaiting) {
   EXPECT_TRUE(window.Close());
   const QuellixWindow closing;
   EXPECT_TRUE(closing.Close());
-}
-
-TEST_F(RecipesTest, AListThatCannotBeReadIsTold) {
-  fs::create_directory(ProgramFolder() / "Winapp2.ini");
-  const QuellixWindow window;
-  const int row = LastRow(window, L"Programs found here");
-  EXPECT_NE(Note(window, row).find(L"Winapp2.ini: "), std::wstring::npos);
-  EXPECT_TRUE(window.Close());
 }
 
 }  // namespace

@@ -1,10 +1,11 @@
 // A program without administrator rights, and its second start with them.
 
+#include "app/rights.h"
 #include "platform/win32/unique.h"
+#include "platform/win32/win32_text.h"
 #include "quellix_window.h"
 
 #include <commctrl.h>
-#include <sddl.h>
 
 namespace quellix::test {
 namespace {
@@ -24,39 +25,8 @@ UniqueHandle PlainToken() {
   return plain;
 }
 
-std::wstring OwnId() {
-  UniqueHandle token;
-  OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put());
-  alignas(TOKEN_USER) BYTE user[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
-  DWORD size = 0;
-  GetTokenInformation(token.Get(), TokenUser, user, sizeof(user), &size);
-  wchar_t* text = nullptr;
-  ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user)->User.Sid, &text);
-  const std::wstring id = text;
-  LocalFree(text);
-  return id;
-}
-
-std::wstring Digits(const std::wstring& folder) {
-  std::wstring digits;
-  for (const wchar_t character : folder) {  // of plain characters
-    wchar_t two[3];
-    swprintf(two, 3, L"%02X", static_cast<unsigned>(character));
-    digits += two;
-  }
-  return digits;
-}
-
-std::wstring OwnProfile() {
-  wchar_t folder[MAX_PATH] = {};
-  GetEnvironmentVariableW(L"USERPROFILE", folder, MAX_PATH);
-  return folder;
-}
-
-struct RightsTest : testing::Test {
-  void SetUp() override {
-    ResetSandbox();
-    fs::remove(ProgramFolder() / "chkItems.txt");
+struct RightsTest : SandboxTest {
+  RightsTest() {
     WriteBytes(dump_, "12345");
     WriteBytes(junk_, "12345");
   }
@@ -112,25 +82,20 @@ TEST_F(RightsTest, OnlyAnAdministratorIsLedToOtherUsers) {
 }
 
 TEST_F(RightsTest, AStartForAnotherIsRefused) {
-  const std::tuple<const char*, std::wstring, std::wstring> kRows[] = {
-      {"another user", L"S-1-5-21-7-1001", OwnProfile()},
-      {"another folder", OwnId(), L"C:\\users\\another"}};
   std::set<int> all;
   for (int place = 1; place <= 30; ++place) all.insert(place);
-  WriteBytes(ProgramFolder() / "chkItems.txt", CheckStates(all));
-  for (const auto& [name, user, folder] : kRows) {
-    SCOPED_TRACE(name);
-    const QuellixProcess process(L"-A " + user + L" " + Digits(folder));
-    HWND message = nullptr;
-    ASSERT_TRUE(Await([&] { return (message = process.AnyWindow()) != nullptr; }));
-    std::wstring text;
-    for (HWND part = nullptr; (part = FindWindowExW(message, part, L"Static", nullptr)) != nullptr;)
-      text += TextOf(part);
-    EXPECT_NE(text.find(L"Nothing was cleaned"), std::wstring::npos);
-    PressIn(message, IDOK);
-    EXPECT_EQ(process.AwaitExitCode(), 1u);
-    EXPECT_TRUE(fs::exists(dump_) && fs::exists(junk_));
-  }
+  WriteChecks(all);
+  const std::string own = Narrow(_wgetenv(L"USERPROFILE"));
+  const QuellixProcess process(Wide(RightsArguments({"S-1-5-21-7-1001", own})));
+  HWND message = nullptr;
+  ASSERT_TRUE(Await([&] { return (message = process.AnyWindow()) != nullptr; }));
+  std::wstring text;
+  for (HWND part = nullptr; (part = FindWindowExW(message, part, L"Static", nullptr)) != nullptr;)
+    text += TextOf(part);
+  EXPECT_NE(text.find(L"Nothing was cleaned"), std::wstring::npos);
+  PressIn(message, IDOK);
+  EXPECT_EQ(process.AwaitExitCode(), 1u);
+  EXPECT_TRUE(fs::exists(dump_) && fs::exists(junk_));
 }
 
 }  // namespace

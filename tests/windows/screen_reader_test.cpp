@@ -77,9 +77,7 @@ TEST(ScreenReaderTest, EveryControlOfEveryWindowHasAName) {
   DestroyWindow(parent);
 }
 
-struct SpokenWindowTest : testing::Test {
-  void SetUp() override { ResetSandbox(); }
-};
+using SpokenWindowTest = SandboxTest;
 
 TEST_F(SpokenWindowTest, WhatIsShownIsSpoken) {
   WriteBytes(TempFolder() / "a.tmp", "12345");

@@ -22,7 +22,7 @@ struct SmallScreenTest : testing::TestWithParam<WindowCase> {
 };
 
 TEST_P(SmallScreenTest, FitsAndKeepsRoomForAllThatIsInIt) {
-  WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\nAsk=1\r\nDelMethod=B\r\n");
+  WriteSettings("Ask=1\r\nDelMethod=B\r\n");
   const QuellixWindow program;
   const HWND window = GetParam().open(program);
   ASSERT_TRUE(window && IsWindowVisible(window));

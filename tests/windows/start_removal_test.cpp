@@ -12,7 +12,6 @@ namespace {
 
 constexpr const wchar_t* kListKey = L"SYSTEM\\CurrentControlSet\\Control\\Session Manager";
 constexpr const wchar_t* kListValue = L"PendingFileRenameOperations";
-constexpr int kYes = 100;
 
 // The system's list, its texts behind one another; "" for none.
 std::wstring StartList() {
@@ -47,22 +46,17 @@ HWND ChoiceIn(HWND question) {
   return nullptr;
 }
 
-struct LeftToStartTest : testing::Test {
-  void SetUp() override {
-    ResetSandbox();
+struct LeftToStartTest : SandboxTest {
+  LeftToStartTest() {
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kListKey, kListValue);
     fs::remove_all(folder_);
     for (const fs::path& file : {used_, free_}) WriteBytes(file, "12345");
-    if (!fs::exists(owner_)) Unpack(L"window_owner", owner_);
-    UseMode("D");
+    Unpack(L"window_owner", owner_);
+    WriteSettings("Ask=1\r\nDelMethod=D\r\n");
   }
   void TearDown() override {
     RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kListKey, kListValue);
     fs::remove_all(folder_);
-  }
-  static void UseMode(const std::string& mode) {
-    WriteBytes(ProgramFolder() / "Settings.ini",
-               "[General]\r\nAsk=1\r\nDelMethod=" + mode + "\r\n");
   }
   // Of the preview of the item that is ticked.
   static HWND Question(const QuellixWindow& window) {
@@ -130,19 +124,6 @@ TEST_F(LeftToStartTest, WhatIsChosenGoesAtTheNextStartAndOnlyThen) {
   StartWindows();
   EXPECT_FALSE(fs::exists(used_));
   EXPECT_EQ(StartList(), L"");
-}
-
-TEST_F(LeftToStartTest, WhatTheUserMayChangeIsNotLeftToIt) {
-  const HeldFile held(used_);
-  const QuellixWindow window;
-  window.Click(chkDump);
-  const HWND question = Question(window);
-  SendMessageW(ChoiceIn(question), BM_CLICK, 0, 0);
-  PressIn(question, kYes);
-  const std::wstring log = Shown(window.AwaitWindow(L"Cleaning log"), txtLog);
-  EXPECT_NE(log.find(L"It is not left to the next start of Windows, as others"), log.npos)
-      << testing::PrintToString(log);
-  EXPECT_TRUE(fs::exists(used_) && StartList().empty());
 }
 
 }  // namespace

@@ -16,25 +16,23 @@ constexpr wchar_t kTipStore[] = L"Software\\VB and VBA Program Settings\\kvmo\\S
 
 constexpr UINT kTrayMessage = WM_APP + 1;
 
-struct StartupTest : testing::Test {
-  void SetUp() override {
-    ResetSandbox();
+struct StartupTest : SandboxTest {
+  StartupTest() {
     RegDeleteKeyW(HKEY_CURRENT_USER, kTipStore);
-    // Only the temporary files are ticked.
-    WriteBytes(ProgramFolder() / "chkItems.txt",
-               "0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1,0,0,0,0,0,0,0,0\r\n");
+    WriteChecks({22});  // temporary files
     WriteBytes(junk_, "12345");
-  }
-  static void WriteSettings(const std::string& general) {
-    WriteBytes(ProgramFolder() / "Settings.ini", "[General]\r\n" + general);
-  }
-  // Wiping byte by byte keeps a run busy until it is stopped.
-  void SeedEndlessRun() const {
-    WriteSettings("DelMethod=W\r\n");
-    WriteBytes(junk_, std::string(4 << 20, 'x'));
   }
   bool HasJunk() const { return fs::exists(junk_); }
   static HWND HiddenWindow() { return FindWindowW(L"ThunderRT6Main", L"Quellix"); }
+  // The main window of a hidden run that has begun.
+  static HWND AwaitHiddenRun() {
+    HWND main = nullptr;
+    EXPECT_TRUE(Await([&] {
+      main = HiddenWindow() ? GetWindow(HiddenWindow(), GW_HWNDPREV) : nullptr;
+      return main && Shown(main, lblStatus) != L"";
+    }));
+    return main;
+  }
   // The end of a program that was started to run hidden, watched for windows.
   static std::optional<DWORD> EndUnseen(const QuellixProcess& process) {
     Await([&] {
@@ -44,7 +42,7 @@ struct StartupTest : testing::Test {
     return process.AwaitExitCode();
   }
 
-  const fs::path junk_ = TempFolder() / "junk.tmp";
+  const fs::path junk_ = TempFolder() / "large.tmp";  // also of an endless run
 };
 
 TEST_F(StartupTest, ASecondCopyBringsTheFirstForward) {
@@ -111,11 +109,7 @@ TEST_F(StartupTest, AHiddenRunIsEndedOrShownToWhoStartsTheProgram) {
   SeedEndlessRun();
   {
     const QuellixProcess ended(L"-h");
-    HWND main = nullptr;
-    ASSERT_TRUE(Await([&] {
-      main = HiddenWindow() ? GetWindow(HiddenWindow(), GW_HWNDPREV) : nullptr;
-      return main && Shown(main, lblStatus) != L"";
-    }));
+    AwaitHiddenRun();
     PostMessageW(HiddenWindow(), WM_CLOSE, 0, 0);
     EXPECT_EQ(EndUnseen(ended), DWORD{1}) << "ending it stops its run";
   }
@@ -153,11 +147,7 @@ TEST_F(StartupTest, AHiddenStartWaitsForACopyThatIsStarting) {
 TEST_F(StartupTest, WhatAHiddenStartAsksOfAHiddenRunFollows) {
   SeedEndlessRun();
   const QuellixProcess running(L"-h");
-  HWND main = nullptr;
-  ASSERT_TRUE(Await([&] {
-    main = HiddenWindow() ? GetWindow(HiddenWindow(), GW_HWNDPREV) : nullptr;
-    return main && Shown(main, lblStatus) != L"";
-  }));
+  const HWND main = AwaitHiddenRun();
   const QuellixProcess second(L"-h");
   EXPECT_EQ(EndUnseen(second), DWORD{kHandedOn});
   EXPECT_TRUE(HasJunk() && !running.HasEnded());
@@ -196,8 +186,7 @@ TEST_F(StartupTest, NothingIsCleanedUnaskedWhileTheSettingsCannotBeRead) {
       const QuellixWindow window(L"-c");
       ASSERT_TRUE(window.Answer(L"could not be read", IDOK));
       ASSERT_TRUE(Await([&] { return IsWindowEnabled(window.main()); }));
-      window.Choose(mnuAbout);
-      EXPECT_TRUE(window.AwaitWindow(L"About Quellix"));  // not while a run is in progress
+      EXPECT_TRUE(window.Open(mnuAbout, L"About Quellix"));  // not while a run is in progress
       EXPECT_TRUE(!window.HasWindow(L"Cleaning log") && window.Close());
     }
     EXPECT_TRUE(HasJunk());
@@ -206,21 +195,14 @@ TEST_F(StartupTest, NothingIsCleanedUnaskedWhileTheSettingsCannotBeRead) {
 }
 
 TEST_F(StartupTest, TipsGoOnFromTheLastOneShownAndAMissingFileIsTold) {
-  std::wstring second;
   {
     const QuellixWindow window;
     const std::wstring first = Shown(window.main(), txtTip);
     window.Click(cmdNextTip);
-    second = Shown(window.main(), txtTip);
-    EXPECT_NE(first, second);
+    EXPECT_NE(Shown(window.main(), txtTip), first);
     EXPECT_TRUE(window.Close());
   }
   EXPECT_EQ(RegistryText(HKEY_CURRENT_USER, kTipStore, L"Last Tip"), L"1");
-  {
-    const QuellixWindow window;
-    EXPECT_NE(Shown(window.main(), txtTip), L"");
-    EXPECT_NE(Shown(window.main(), txtTip), second);
-  }
   fs::rename(ProgramFolder() / "tips.txt", ProgramFolder() / "tips.old");
   const QuellixWindow window;
   const bool is_told = window.Answer(
@@ -245,8 +227,7 @@ TEST_F(StartupTest, ARunThatIsDueWaitsForWindowsAndMenus) {
     GetLocalTime(&now);
     return now.wMinute != started.wMinute;
   };
-  window.Choose(mnuBackups);
-  const HWND backups = window.AwaitWindow(L"Backups");
+  const HWND backups = window.Open(mnuBackups, L"Backups");
   ASSERT_TRUE(Await(is_next_minute) || Await(is_next_minute));
   EXPECT_TRUE(tick() && HasJunk());
   SendMessageW(backups, WM_CLOSE, 0, 0);
@@ -262,42 +243,23 @@ TEST_F(StartupTest, ARunThatIsDueWaitsForWindowsAndMenus) {
   EXPECT_EQ(window.AnyWindow(), nullptr);
   ShowWindow(window.main(), SW_SHOW);
   EXPECT_EQ(TextOf(window.Control(lblStatus)), L"Cleaned by itself: 1 file, 5 Bytes.");
-  window.Choose(mnuLastLog);
-  EXPECT_TRUE(AwaitPart(window.AwaitWindow(L"Cleaning log"), txtLog,
+  EXPECT_TRUE(AwaitPart(window.Open(mnuLastLog, L"Cleaning log"), txtLog,
                         L"Temporary files... Files Deleted: 1 Space Gained: 5 Bytes"));
   EXPECT_TRUE(window.Close());
 }
 
-TEST_F(StartupTest, ALowDiskIsCleanedOnceADay) {
+TEST_F(StartupTest, ALowDiskIsCleaned) {
   const fs::space_info disk = fs::space(L"C:\\");
   if (disk.available * 100 >= disk.capacity * 50) GTEST_SKIP() << "half of the disk is free";
-  const std::string settings = "TrayIcon=1\r\nLowDisk=50\r\n";
-  WriteSettings(settings);
-  const auto tick = [](const QuellixWindow& window) {
-    SendMessageW(window.main(), WM_TIMER, tmrClean, 0);
-  };
-  const auto day = [] {
-    const std::string text = ReadBytes(ProgramFolder() / "Settings.ini");
-    const size_t place = text.find("LowDiskTime=");
-    return place == std::string::npos ? "" : text.substr(place, text.find('\r', place) - place);
-  };
-  {
-    const QuellixWindow window;
-    EXPECT_TRUE(day().empty() && HasJunk()) << "before the first look";
-    ShowWindow(window.main(), SW_HIDE);
-    tick(window);
-    EXPECT_TRUE(Await([&] { return !HasJunk(); }));
-    ShowWindow(window.main(), SW_SHOW);
-    EXPECT_EQ(TextOf(window.Control(lblStatus)), L"Cleaned by itself: 1 file, 5 Bytes.");
-  }
-  const std::string begun = day();
-  EXPECT_NE(begun, "");
-  WriteBytes(junk_, "12345");
-  const QuellixWindow again;
-  tick(again);
-  tick(again);
-  EXPECT_TRUE(HasJunk());
-  EXPECT_EQ(day(), begun);
+  WriteSettings("TrayIcon=1\r\nLowDisk=50\r\n");
+  const QuellixWindow window;
+  EXPECT_TRUE(HasJunk()) << "before the first look";
+  ShowWindow(window.main(), SW_HIDE);
+  SendMessageW(window.main(), WM_TIMER, tmrClean, 0);
+  EXPECT_TRUE(Await([&] { return !HasJunk(); }));
+  ShowWindow(window.main(), SW_SHOW);
+  EXPECT_EQ(TextOf(window.Control(lblStatus)), L"Cleaned by itself: 1 file, 5 Bytes.");
+  EXPECT_NE(ReadBytes(ProgramFolder() / "Settings.ini").find("LowDiskTime="), std::string::npos);
 }
 
 // Whether the notification area has the program's icon.

@@ -9,13 +9,17 @@ namespace quellix::test {
 namespace {
 
 const std::wstring kMenuKey = L"Software\\Classes\\*\\shell\\Quellix.Remove\\command";
+constexpr ULONG_PTR kPath = 0x51784E50;  // what is copied is one
 
-struct ToolsMenuTest : testing::Test {
-  void SetUp() override {
-    ResetSandbox();
+struct ToolsMenuTest : SandboxTest {
+  ToolsMenuTest() {
     for (const char* name : {"a.txt", "b c.txt"}) WriteBytes(kFolder / name, "12345");
   }
-  void TearDown() override { fs::remove_all(kFolder); }
+  // Hands a text over to the main window, which may refuse it.
+  static bool Copy(const QuellixWindow& window, ULONG_PTR kind, std::wstring text) {
+    COPYDATASTRUCT data{kind, static_cast<DWORD>(text.size() * sizeof(wchar_t)), text.data()};
+    return SendMessageW(window.main(), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)) != FALSE;
+  }
   static std::wstring Remove(const fs::path& path) {
     return L"--remove \"" + path.wstring() + L"\"";
   }
@@ -51,12 +55,7 @@ TEST_F(ToolsMenuTest, WhatExplorersMenuNamesIsSeenTogetherBeforeItGoes) {
 TEST_F(ToolsMenuTest, OtherMessagesAreNoPaths) {
   const QuellixWindow window;
   for (const std::wstring text : {L"relative", L"C:\\a\" \"C:\\b", L""}) {
-    for (const ULONG_PTR kind : {ULONG_PTR{0x51784E50}, ULONG_PTR{1}}) {
-      COPYDATASTRUCT data{kind, static_cast<DWORD>(text.size() * sizeof(wchar_t)),
-                          const_cast<wchar_t*>(text.data())};
-      EXPECT_EQ(SendMessageW(window.main(), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)), FALSE)
-          << "it is refused";
-    }
+    EXPECT_FALSE(Copy(window, kPath, text) || Copy(window, 1, text)) << "it is refused";
   }
   EXPECT_TRUE(IsWindowEnabled(window.main()));
   EXPECT_FALSE(window.HasWindow(L"Preview"));
@@ -64,11 +63,7 @@ TEST_F(ToolsMenuTest, OtherMessagesAreNoPaths) {
 
 TEST_F(ToolsMenuTest, WhatIsNamedBeyondTheMostIsToldOf) {
   const QuellixWindow window;
-  const std::wstring path = (kFolder / "a.txt").wstring();
-  COPYDATASTRUCT data{0x51784E50, static_cast<DWORD>(path.size() * sizeof(wchar_t)),
-                      const_cast<wchar_t*>(path.data())};
-  for (int i = 0; i < 10'003; ++i)
-    ASSERT_EQ(SendMessageW(window.main(), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)), TRUE);
+  for (int i = 0; i < 10'003; ++i) ASSERT_TRUE(Copy(window, kPath, kFolder / "a.txt"));
   EXPECT_TRUE(window.Answer(L"only the first 10,000 are looked at; 3 more are left out", IDOK));
   EXPECT_TRUE(CloseAndAwait(window.AwaitWindow(L"Preview")));
   EXPECT_TRUE(fs::exists(kFolder / "a.txt"));
@@ -83,21 +78,18 @@ TEST_F(ToolsMenuTest, TheOptionsMakeExplorersEntryAndTakeItAway) {
     EXPECT_NE(options.IsChecked(chkExplorerMenu), wanted);
     options.Click(chkExplorerMenu);
     EXPECT_TRUE(options.PressAndClose(IDOK));
-    wchar_t command[600] = L"";
-    DWORD size = sizeof command;
     EXPECT_TRUE(Await([&] {
-      return (RegGetValueW(HKEY_CURRENT_USER, kMenuKey.c_str(), nullptr, RRF_RT_REG_SZ, nullptr,
-                           command, &size) == ERROR_SUCCESS) == wanted;
+      const std::wstring command = RegistryText(HKEY_CURRENT_USER, kMenuKey, nullptr);
+      return wanted ? command.ends_with(L"quellix.exe\" --remove \"%1\"") : command == L"<missing>";
     }));
-    EXPECT_EQ(std::wstring(command).ends_with(L"quellix.exe\" --remove \"%1\""), wanted);
   }
 }
 
 TEST_F(ToolsMenuTest, WipingFreeSpaceAsksStopsAndLeavesNothing) {
   const size_t before = FilesAtRoot();
   const QuellixWindow window;
-  window.Choose(mnuWipeFree);
-  const HWND wipe = window.AwaitWindow(L"Wipe free space"), list = GetDlgItem(wipe, lstvWipeFree);
+  const HWND wipe = window.Open(mnuWipeFree, L"Wipe free space"),
+             list = GetDlgItem(wipe, lstvWipeFree);
   ASSERT_TRUE(Await([&] { return CountRows(list) > 0; }));
   EXPECT_EQ(window.RowText(list, 0, 0), L"C:\\");
   EXPECT_FALSE(IsEnabled(wipe, cmdWipeFree));
@@ -120,13 +112,12 @@ TEST_F(ToolsMenuTest, EmptyFoldersAreSearchedForAndDeletedInTheResults) {
   fs::create_directories(kFolder / "empty" / "deep");
   WriteBytes(ProgramFolder() / "UDIFO.txt", "windows\r\nusers\r\nquellix\\\r\n");
   const QuellixWindow window;
-  window.Choose(mnuEmptyFolders);
-  const HWND results = window.AwaitWindow(L"Search results"),
+  const HWND results = window.Open(mnuEmptyFolders, L"Search results"),
              list = GetDlgItem(results, lstvDeletion);
   ASSERT_TRUE(AwaitPart(results, lblTotalFiles, L"Total Folders: "));
   ASSERT_TRUE(Await([&] { return CountRows(list) >= 2; }));
   Type(results, txtFilter, L"by hand");
-  ASSERT_TRUE(Await([&] { return CountRows(list) == 2; }));
+  ASSERT_TRUE(AwaitRows(list, 2));
   EXPECT_TRUE(fs::exists(kFolder / "empty" / "deep"));
 }
 

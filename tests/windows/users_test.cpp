@@ -1,51 +1,43 @@
 // Cleaning for other users of this Windows.
 #include <gtest/gtest.h>
 
+#include "platform/win32/unique.h"
+#include "platform/win32/win32_session.h"
 #include "quellix_window.h"
 #include "ui/resource.h"
 
 namespace quellix::test {
 namespace {
 
-constexpr int kYes = 100;
 constexpr wchar_t kSeed[] = L"Software\\QxSeed";
 const std::wstring kProfiles =
     L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList\\S-1-5-21-7-7-7-";
 const fs::path kHome = L"C:\\users\\qx2", kNobodys = L"C:\\users\\qx3";
 
-struct UsersTest : testing::Test {
-  void SetUp() override {
-    ResetSandbox();
+struct UsersTest : SandboxTest {
+  UsersTest() {
     CleanUp();
     AddProfile(kProfiles + L"1002", kHome);
     AddProfile(kProfiles + L"1003", kNobodys);
     WriteBytes(TempFolder() / "mine.tmp", "1");
     StoreHive();
     fs::copy_file(kHome / "NTUSER.DAT", kNobodys / "NTUSER.DAT");
-    WriteBytes(ProgramFolder() / "chkItems.txt", kTemporaryFiles);
+    WriteChecks({22});
   }
   void TearDown() override { CleanUp(); }
 
   static void AddProfile(const std::wstring& key, const fs::path& home) {
-    const std::wstring path = home.wstring();
-    RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"ProfileImagePath", REG_EXPAND_SZ,
-                    path.c_str(), static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
+    SetRegistryText(HKEY_LOCAL_MACHINE, key, L"ProfileImagePath", home);
     WriteBytes(home / "his temp" / "a.tmp", "12345");
   }
   // As he left it when he logged off.
   static void StoreHive() {
-    RegSetKeyValueW(HKEY_CURRENT_USER, (std::wstring(kSeed) + L"\\Environment").c_str(), L"TEMP",
-                    REG_SZ, L"%USERPROFILE%\\his temp", 48);
-    HANDLE token = nullptr;
-    OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES, &token);
-    TOKEN_PRIVILEGES wanted{1, {{{}, SE_PRIVILEGE_ENABLED}}};
-    LookupPrivilegeValueW(nullptr, L"SeBackupPrivilege", &wanted.Privileges[0].Luid);
-    AdjustTokenPrivileges(token, FALSE, &wanted, 0, nullptr, nullptr);
-    CloseHandle(token);
-    HKEY key = nullptr;
-    RegOpenKeyExW(HKEY_CURRENT_USER, kSeed, 0, KEY_READ, &key);
-    EXPECT_EQ(RegSaveKeyW(key, (kHome / "NTUSER.DAT").c_str(), nullptr), ERROR_SUCCESS);
-    RegCloseKey(key);
+    SetRegistryText(HKEY_CURRENT_USER, std::wstring(kSeed) + L"\\Environment", L"TEMP",
+                    L"%USERPROFILE%\\his temp");
+    Win32Session().EnablePrivilege("SeBackupPrivilege");
+    UniqueKey key;
+    RegOpenKeyExW(HKEY_CURRENT_USER, kSeed, 0, KEY_READ, key.Put());
+    EXPECT_EQ(RegSaveKeyW(key.Get(), (kHome / "NTUSER.DAT").c_str(), nullptr), ERROR_SUCCESS);
   }
   static void CleanUp() {
     for (const wchar_t* user : {L"1002", L"1003"})
@@ -55,24 +47,21 @@ struct UsersTest : testing::Test {
   }
 
   static inline const fs::path kHis = kHome / "his temp" / "a.tmp";
-  static constexpr const char* kTemporaryFiles =
-      "0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,1,0,0,0,0,0,0,0,0\r\n";
 };
 
 TEST_F(UsersTest, WhoIsTickedIsCleanedAndNobodyElse) {
   const QuellixWindow window;
-  window.Choose(mnuUsers);
-  const HWND users = window.AwaitWindow(L"Other users"), list = GetDlgItem(users, lstvUsers);
-  ASSERT_TRUE(Await([&] { return CountRows(list) == 2; }));
+  const HWND users = window.Open(mnuUsers, L"Other users"), list = GetDlgItem(users, lstvUsers);
+  ASSERT_TRUE(AwaitRows(list, 2));
   EXPECT_EQ(window.RowText(list, 0, 0), L"qx2");
   EXPECT_FALSE(IsEnabled(users, cmdUsersLook) || IsEnabled(users, cmdUsersClean));
   window.PressKey(list, VK_SPACE);
   EXPECT_TRUE(Await([&] { return IsEnabled(users, cmdUsersLook); }));
   PressIn(users, cmdUsersLook);
-  const std::wstring path = (kHome / "his temp" / "a.tmp").wstring();
   ASSERT_TRUE(AwaitText(users, lblStatus, L"1 entry of 1 user"));
   const HWND found = GetDlgItem(users, lstvUsersFound);
-  EXPECT_EQ(window.RowText(found, 0, 0) + L"|" + window.RowText(found, 0, 2), L"qx2|" + path);
+  EXPECT_EQ(window.RowText(found, 0, 0) + L"|" + window.RowText(found, 0, 2),
+            L"qx2|" + kHis.wstring());
   EXPECT_TRUE(fs::exists(kHis));
 
   PressIn(users, cmdUsersClean);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <commctrl.h>
+#include <dlgs.h>
 
 #include "ui/resource.h"
 
@@ -87,6 +88,15 @@ bool CloseAndAwait(HWND window) {
 }
 
 int CountRows(HWND list) { return static_cast<int>(SendMessageW(list, LVM_GETITEMCOUNT, 0, 0)); }
+bool AwaitRows(HWND list, int count) {
+  return Await([&] { return CountRows(list) == count; });
+}
+
+// With a list of earlier names, or without.
+void TypeFileName(HWND dialog, const std::wstring& path) {
+  EXPECT_TRUE(Await([&] { return GetDlgItem(dialog, cmb13) || GetDlgItem(dialog, edt1); }));
+  Type(dialog, GetDlgItem(dialog, cmb13) ? cmb13 : edt1, path);
+}
 
 std::wstring RegistryText(HKEY root, const std::wstring& key, const wchar_t* name) {
   wchar_t text[600] = {};
@@ -186,6 +196,11 @@ void PressKeys(HWND window, const std::vector<WORD>& keys) {
     }
   }
   SendInput(static_cast<UINT>(strokes.size()), strokes.data(), sizeof(INPUT));
+}
+
+// Letters and digits have the numbers of their keys.
+void TypeWord(HWND window, std::wstring_view word) {
+  for (const wchar_t letter : word) PressKeys(window, {static_cast<WORD>(towupper(letter))});
 }
 
 int BoxOf(HWND list, int row) {

@@ -26,6 +26,8 @@ void Press(HWND button);
 bool AwaitFocus(HWND window, int control);
 // Presses keys one after another and lets them go together, in the window before all others.
 void PressKeys(HWND window, const std::vector<WORD>& keys);
+// Presses the keys of letters and digits one after another.
+void TypeWord(HWND window, std::wstring_view word);
 
 // Posts a message and waits until the program has taken it up.
 void PostAndAwait(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
@@ -47,6 +49,9 @@ void Click(HWND window, int id);
 bool AwaitGone(HWND window);
 bool CloseAndAwait(HWND window);
 int CountRows(HWND list);
+bool AwaitRows(HWND list, int count);
+// Waits for the field of one of the system's file dialogs that holds the name, and fills it.
+void TypeFileName(HWND dialog, const std::wstring& path);
 // A text of the user's part of the registry, or of the machine's; "<missing>" without one.
 std::wstring RegistryText(HKEY root, const std::wstring& key, const wchar_t* name);
 void SetRegistryText(HKEY root, const std::wstring& key, const wchar_t* name,

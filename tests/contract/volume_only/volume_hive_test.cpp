@@ -339,14 +339,6 @@ TEST_F(OddHives, WhatAKilledRunLeftIsOverwrittenBeforeItGoes) {
   EXPECT_EQ(ReadAll(held.get(), 10000, left), std::string(5000, '\0'));
 }
 
-TEST_F(OddHives, AKeyGoesWithAllItsValues) {
-  for (int i = 0; i < 3000; ++i) Set("Odd key", "v" + std::to_string(i), std::string(8, 'z'));
-  EXPECT_EQ(Stored("Odd key")["Odd key"].size(), 3001u);
-  registry_.Open(kUser, "", kWrite)->DeleteSubKey("Odd key");
-  EXPECT_EQ(Stored("Other")["Other"].size(), 1u);
-  EXPECT_EQ(Holders("zzzzzzzz"), "");
-}
-
 TEST_F(HiveChanges, AHiveThatOthersChangedMeanwhileIsNotReplaced) {
   Set("A", "v", "1");
   test_->CloseHives();

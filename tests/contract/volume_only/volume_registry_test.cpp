@@ -48,20 +48,6 @@ TEST_F(VolumeHives, ChangesAreInTheFileAfterFlush) {
   EXPECT_TRUE(!stored->QueryValue("v") && stored->QueryValue("größe"));
 }
 
-TEST_F(VolumeHives, AHiveWindowsDidNotCloseAndThatHasNoLogIsOnlyRead) {
-  test_->SetText(kUser, "Software\\A", "v", "1");
-  test_->CloseHives();
-  SetHiveDirty(user_hive_, true);
-  const std::string before = ReadNative(user_hive_);
-  EXPECT_EQ(Text(kUser, "Software\\A", "v"), "1");
-  const auto open = [this] { registry_.Open(kUser, "Software\\A", kWrite); };
-  EXPECT_EQ(KindOf(open), Error::Kind::kDenied);
-  for (const char* part : {"not shut down cleanly", "NTUSER.DAT"})
-    EXPECT_TRUE(Holds(SaidBy(open), part));
-  test_->CloseHives();
-  EXPECT_EQ(ReadNative(user_hive_), before);
-}
-
 TEST_F(VolumeHives, ADamagedHiveIsSaidToBe) {
   const std::string whole = ReadNative(user_hive_);
   std::string no_bins = whole, bad_root = whole;
@@ -113,27 +99,6 @@ TEST_F(VolumeHives, AHiveWhoseCellsDoNotFitTogetherIsOnlyRead) {
   }
   WriteNative(user_hive_, whole);
   EXPECT_TRUE(registry_.Open(kUser, "A", kWrite)->DeleteValue("v"));
-}
-
-// Whatever is broken inside, reading and writing end with what is there or with an Error.
-TEST_F(VolumeHives, BrokenBytesInsideDoNoHarm) {
-  for (const char* key : {"A", "A\\B", "C"}) test_->SetText(kUser, key, "v", "some text");
-  test_->CloseHives();
-  const std::string whole = ReadNative(user_hive_);
-  for (size_t at = 4096; at < whole.size(); at += 61) {
-    std::string broken = whole;
-    for (size_t i = at; i < std::min(at + 7, broken.size()); ++i)
-      broken[i] = static_cast<char>(broken[i] ^ 0x5A);
-    WriteNative(user_hive_, broken);
-    KindOf([this] {
-      SubKeys(kUser, "");
-      Text(kUser, "A\\B", "v");
-      if (const auto key = registry_.Open(kUser, "A\\B", kWrite)) key->DeleteValue("v");
-      if (const auto key = registry_.Open(kUser, "A", kWrite)) key->DeleteSubKey("B");
-    });
-    KindOf([this] { test_->CloseHives(); });
-  }
-  WriteNative(user_hive_, whole);
 }
 
 TEST_F(VolumeHives, CurrentControlSetIsTheSelectedOne) {

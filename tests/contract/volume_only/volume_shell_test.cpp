@@ -86,13 +86,6 @@ TEST_F(VolumeBin, BinsOfBeforeVistaAreCountedAndEmptied) {
   EXPECT_TRUE(test_->Exists(others));
 }
 
-TEST_F(VolumeBin, WhatNeedsARunningWindowsIsRefused) {
-  const Machine machine = test_->machine();
-  EXPECT_EQ(KindOf([&] { shell_.EmptyClipboard(); }), Error::Kind::kNotAvailable);
-  EXPECT_EQ(KindOf([&] { shell_.ClearAddressHistory(); }), Error::Kind::kNotAvailable);
-  EXPECT_EQ(KindOf([&] { machine.url_cache.Entries(); }), Error::Kind::kNotAvailable);
-}
-
 TEST(VolumeShortcuts, OnlyWhatAVolumeCanKnowIsGone) {
   const auto test = TestMachine::Create();
   const std::string scratch = test->Scratch();
