@@ -19,7 +19,7 @@ class RunLogs {
 
   // Keeps a run and the newest before it, `most` in all; the older ones go, with 0 all. Throws
   // Error when that could not be done; the other runs are as they were, or fewer. What of the older
-  // ones stayed is returned, "" for nothing, in English.
+  // ones stayed is returned, "" for nothing, in the language of logs.
   std::string Keep(const RunTotals& totals, int most);
   // Newest first; none when the folder cannot be listed.
   std::vector<std::string> List() const;

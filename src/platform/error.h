@@ -9,7 +9,7 @@
 namespace quellix {
 
 // The one run-time error of the program. what() is a sentence a user understands, in UTF-8 and
-// English, for logs; shown() is the same in the language of the windows.
+// English, for reports; shown() is the same in the language of the windows. Logs choose: Logged().
 class Error : public std::runtime_error {
  public:
   enum class Kind {

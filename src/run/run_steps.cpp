@@ -17,7 +17,6 @@ void ResetRun(CleaningContext& context) {
   state.Places.reset();
   state.Parts.Clear();
   LoadRemovalOptions(context);
-  if (!state.IsForAnother) SpeakInLogs(context.settings.Load().log_in_language);
 }
 
 // While nobody knows what the user keeps, nothing goes.
@@ -67,6 +66,8 @@ void LoadRemovalOptions(CleaningContext& context) {
   context.settings.LoadDeletionSettings(state);
   if (state.FixedRemovalMode != 0) state.RemovalMode = state.FixedRemovalMode;
   state.OlderThanDays = state.FixedOlderThanDays.value_or(state.OlderThanDays);
+  // Settings that cannot be read do not make logs English.
+  if (context.settings.IsReadable()) SpeakInLogs(context.settings.Load().log_in_language);
 }
 
 bool BeginRun(CleaningContext& context, int items) {

@@ -11,7 +11,8 @@ namespace quellix {
 
 // The steps that every cleaner of a run shares.
 
-// Reads how files go: as the settings say, or by the mode that was fixed for this program run.
+// Reads how files go, as the settings say or by the mode that was fixed for this program run, and
+// the language of logs.
 void LoadRemovalOptions(CleaningContext& context);
 
 // Begins a run: resets its state, reads from the settings how files go, and shows the run as begun.

@@ -77,7 +77,8 @@ void FrmMain::Open(HWND owner, StartMode mode, modShutDown::Ending ending) {
   }
 }
 
-// What a report says besides its log is in the language that was spoken when it was made.
+// A run's log stays as it was written. What a report says besides is in the language of windows: it
+// is made again.
 void FrmMain::OpenAgain(HWND owner, StartMode mode, const Legacy& legacy) {
   Make(owner, mode);
   with_end_ = legacy.ending;

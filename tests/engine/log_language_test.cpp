@@ -1,7 +1,10 @@
 // What the log of a run says, in English and in the language of the windows.
 
+#include <regex>
+
 #include "app/run_logs.h"
 #include "app/run_report.h"
+#include "plugins/plugin_trial.h"
 #include "support/plugin_fixture.h"
 #include "support/trial_words.h"
 
@@ -140,6 +143,20 @@ const Row kRows[] = {
      {"Named by hand... Files Deleted: 1 Space Gained: 1 Bytes\r\n", "none: "}},
 };
 
+// Each text between marks that tell which one it is: one within another is seen, too.
+Catalogue Numbered() {
+  std::vector<std::pair<std::string, std::string>> rows = {{"", Head("n != 1")}};
+  for (size_t i = 0; i < std::size(kTexts); ++i)
+    rows.emplace_back(kTexts[i], "{" + std::to_string(i) + ":" + kTexts[i] + "}");
+  std::ranges::sort(rows);
+  return Catalogue(MoOf(rows));
+}
+
+std::string WithoutMarks(const std::string& log) {
+  static const std::regex marks(R"(\{\d+:|\})");
+  return std::regex_replace(log, marks, "");
+}
+
 // The lines that are none of the catalogue's. Why a file stays the system tells in its own
 // language.
 Names EnglishLines(const std::string& log) {
@@ -151,26 +168,43 @@ Names EnglishLines(const std::string& log) {
   return lines;
 }
 
-std::string WithoutMarks(std::string log) {
-  std::erase_if(log, [](char character) { return character == '{' || character == '}'; });
-  return log;
-}
-
 TEST_F(LogLanguageTest, IsEnglishUnlessTheSettingsWantThatOfTheWindows) {
+  std::string all;
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.name);
     Speak(Catalogue());
     const std::string english = LogOf(row.run, "");
-    for (const std::string& part : row.holds) EXPECT_TRUE(Holds(english, part));
+    for (const std::string& part : row.holds) EXPECT_TRUE(Holds(english, part)) << part;
     EXPECT_EQ(LogOf(row.run, "LogLanguage=1\r\n"), english) << "where no language is spoken";
-    Speak(Marked(kTexts));
+    Speak(Numbered());
     EXPECT_EQ(LogOf(row.run, "LogLanguage=0\r\n"), english);
     const std::string marked = LogOf(row.run, "LogLanguage=1\r\n");
     EXPECT_EQ(Joined(EnglishLines(marked)), "");
     EXPECT_EQ(WithoutMarks(marked), english);
     const RunLogs runs(ports);
     EXPECT_EQ(runs.Read(runs.List().at(0)).RunLog, engine.state().RunLog);
+    all += marked;
   }
+  for (size_t i = 0; i < std::size(kTexts); ++i)
+    EXPECT_TRUE(Holds(all, "{" + std::to_string(i) + ":")) << kTexts[i];
+}
+
+// Also where no run begins; what cannot be read says nothing of it.
+TEST_F(LogLanguageTest, FollowsTheSettingsThatCanBeRead) {
+  Speak(Numbered());
+  const auto log_of_trial = [&](const std::string& general) {
+    WriteSettings("[General]\r\n" + general);
+    modPlugin::PluginTrial trial(ports);
+    trial.Run(modPlugin::ParsePlugin(Text("F|No|No|C:\\*.*\r\n")), view);
+    return trial.notes();
+  };
+  EXPECT_TRUE(Holds(log_of_trial("LogLanguage=1\r\n"), " is not cleaned: "));
+  EXPECT_TRUE(Holds(log_of_trial("LogLanguage=1\r\n"), "{"));
+  MakeUnreadable(own + "Settings.ini");
+  Clean("CleanTempFiles");
+  EXPECT_TRUE(Holds(engine.state().RunLog, "{"));
+  ports.files.RemoveFolder(own + "Settings.ini");
+  EXPECT_FALSE(Holds(log_of_trial(""), "{"));
 }
 
 }  // namespace
