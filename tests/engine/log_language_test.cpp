@@ -18,7 +18,6 @@ constexpr const char* kTexts[] = {
     "%1 What is deleted has no backup.",
     "%1 is not cleaned: %2",
     "%1 is not cleaned: it is precious, or belongs to this program or its backups.",
-    "%1, %2... Rows Deleted: %3 Files Deleted: %4 Space Gained: %5",
     "%1: %2",
     "%1: nothing of this kind was found.",
     "%1: nothing of this kind was found. %2",
@@ -84,7 +83,12 @@ const Row kRows[] = {
        test.MakeKeys("a:v");
        test.WriteList("1|Qx cache.cdp|Pages of Qx\r\n");
        test.WriteRecipe("Qx cache.cdp", "D|Pages of Qx\r\nR|HKEY_CURRENT_USER\\" +
-                                            std::string(kKey) + "\\a|v|No\r\nF|No|No|C:\\*.*\r\n");
+                                            std::string(kKey) +
+                                            "\\a|v|No\r\nF|No|No|C:\\*.*\r\nF|Yes|No|" +
+                                            test.scratch + "*.none\r\n");
+       test.machine->MakeFolder(test.scratch + "Safe");
+       test.WriteSettings(test.Read(test.own + "Settings.ini") +
+                          "[Backup]\r\nPath=" + test.scratch + "Safe\\\r\n");
        test.machine->RemoveRegistryTree(kUser, kRunMruKey);
        test.machine->SetText(kUser, kRunMruKey, "a", "cmd");
        const auto lock = test.machine->LockFile(test.temp + "locked.tmp");
@@ -100,7 +104,8 @@ const Row kRows[] = {
      [](LogLanguageTest& test) {
        test.WriteOwn("keep.txt", "*\r\n");
        test.WriteOwn("UDFI.txt", test.scratch + "none\r\n");
-       test.Tick({"CleanUserFiles", "CleanPlugins", "CleanMozillaCache"});
+       test.machine->RemoveRegistryTree(kUser, kRunMruKey);
+       test.Tick({"CleanUserFiles", "CleanPlugins", "CleanMozillaCache", "CleanRunMRU"});
        test.engine.RunCleaning();
      },
      {"The keep list's line \"*\" keeps every file.\r\n",
@@ -132,12 +137,12 @@ const Row kRows[] = {
        preview.Run(test.engine.selection());
        test.ports.files.RemoveFile(test.temp + "a.tmp");
        test.MakeFiles(test.temp, "c.tmp");
+       test.machine->MakeFile(test.temp + "b.tmp", "longer by now");
        test.engine.RunCleaning(std::make_shared<RunChoice>(
            *preview.entries(), [](size_t) { return true; }, std::span<const size_t>()));
      },
-     {"Left, as they were not in the preview: 1\r\n",
-      "There is no profile of Firefox.",
-    "Ticked in the preview, but not come by again: 1\r\n"}},
+     {"Left, as they were not in the preview: 1\r\n", "Changed since the preview: 1\r\n",
+      "Ticked in the preview, but not come by again: 1\r\n"}},
     {"what was named by hand",
      [](LogLanguageTest& test) {
        test.MakeFiles(test.scratch, "a");
