@@ -12,7 +12,7 @@ std::string ProgramFiles(const Machine& machine) {
   std::string folder = machine.system.Environment("ProgramFiles").value_or("");
   if (!folder.empty()) return folder;
   const std::string system_folder = machine.system.SystemFolder();
-  if (system_folder.substr(1, 1) != ":") return {};
+  if (system_folder.size() < 2 || system_folder[1] != ':') return {};
   return system_folder.substr(0, 2) + "\\Program Files";
 }
 

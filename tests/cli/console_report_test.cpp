@@ -23,6 +23,7 @@ struct ConsoleReportTest : Console<BrowserFixture> {
   }
   ~ConsoleReportTest() override {
     for (const char* ending : {".json", ".csv"}) fs::remove(ReportFile(ending));
+    for (const char* name : {"a.url", "b.url", "c.url"}) ports.files.RemoveFile(favorites + name);
   }
   std::string ReportFile(const std::string& ending) { return stem_ + ending; }
   static std::string Read(const std::string& file) {
@@ -49,7 +50,6 @@ struct ConsoleReportTest : Console<BrowserFixture> {
     machine->MakeFile(temp + "kept.bak", "1");
     machine->MakeFile(scratch + "one.qxj", "123");
     machine->MakeFile(scratch + "logs\\x.log", "1");
-    const std::string favorites = KnownFolder(ports, "Favorites").value() + "\\";
     machine->MakeFile(favorites + "a.url", "[InternetShortcut]\r\nURL=http://a.invalid/\r\n");
     machine->MakeFile(favorites + "b.url", "[InternetShortcut]\r\nURL=http://A.invalid\r\n");
     machine->MakeFile(favorites + "c.url", "");
@@ -74,6 +74,7 @@ struct ConsoleReportTest : Console<BrowserFixture> {
     WriteSettings("[General]\r\nDelMethod=B\r\n");
   }
 
+  const std::string favorites = KnownFolder(ports, "Favorites").value() + "\\";
   rapidjson::Document schema_text_;
   std::string stem_ = OutputFile() + "-report";
 };
