@@ -2,10 +2,12 @@
 
 #include <cstring>
 
+#include "platform/win32/open_clipboard.h"
+
 namespace quellix {
 
 void PutIntoClipboard(HWND owner, const std::wstring& text) {
-  if (!OpenClipboard(owner)) return;
+  if (!OpenClipboardPatiently(owner)) return;
   EmptyClipboard();
   const size_t bytes = (text.size() + 1) * sizeof(wchar_t);
   if (const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes)) {

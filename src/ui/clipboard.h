@@ -6,7 +6,7 @@
 
 namespace quellix {
 
-// What the clipboard holds becomes this text; where another program has it open, nothing happens.
+// What the clipboard holds becomes this text; where another program keeps it open, nothing happens.
 void PutIntoClipboard(HWND owner, const std::wstring& text);
 
 }  // namespace quellix

@@ -4,6 +4,7 @@
 
 #include "platform/error.h"
 #include "platform/win32/lazy_library.h"
+#include "platform/win32/open_clipboard.h"
 #include "platform/win32/win32_text.h"
 
 namespace quellix {
@@ -39,7 +40,7 @@ std::vector<std::string> TakeDropped(WPARAM dropped) {
 }
 
 std::vector<std::string> CopiedFiles(HWND owner) {
-  if (!OpenClipboard(owner)) return {};
+  if (!OpenClipboardPatiently(owner)) return {};
   std::vector<std::string> paths;
   if (const HANDLE drop = GetClipboardData(CF_HDROP)) paths = PathsOf(static_cast<HDROP>(drop));
   CloseClipboard();

@@ -23,7 +23,9 @@ struct ConsoleReportTest : Console<BrowserFixture> {
   }
   ~ConsoleReportTest() override {
     for (const char* ending : {".json", ".csv"}) fs::remove(ReportFile(ending));
-    for (const char* name : {"a.url", "b.url", "c.url"}) ports.files.RemoveFile(favorites + name);
+    for (const char* name : {"a.url", "b.url", "c.url"}) {
+      if (machine->Exists(favorites + name)) ports.files.RemoveFile(favorites + name);
+    }
   }
   std::string ReportFile(const std::string& ending) { return stem_ + ending; }
   static std::string Read(const std::string& file) {

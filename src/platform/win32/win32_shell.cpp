@@ -12,6 +12,7 @@
 
 #include "platform/win32/clipboard_history.h"
 #include "platform/win32/lazy_library.h"
+#include "platform/win32/open_clipboard.h"
 #include "platform/win32/unique.h"
 #include "platform/win32/win32_error.h"
 #include "platform/win32/win32_shortcuts.h"
@@ -32,14 +33,6 @@ using UniqueHistory = Unique<
     NullHandleTraits<IUrlHistoryStg2*, [](IUrlHistoryStg2* history) { history->Release(); }>>;
 
 using UniqueLocalText = Unique<NullHandleTraits<wchar_t*, LocalFree>>;
-
-bool OpenClipboardPatiently() {
-  for (int attempt = 0; attempt < 10; ++attempt) {
-    if (OpenClipboard(nullptr)) return true;
-    Sleep(20);
-  }
-  return false;
-}
 
 // "S-1-5-21-..." of the user whom this program runs as; "" when Windows does not tell.
 std::wstring UserSid() {
@@ -105,7 +98,7 @@ void Win32Shell::ClearAddressHistory() {
 }
 
 void Win32Shell::EmptyClipboard() {
-  if (!OpenClipboardPatiently()) ThrowLastError(kCannotEmpty, "");
+  if (!OpenClipboardPatiently(nullptr)) ThrowLastError(kCannotEmpty, "");
   const bool emptied = ::EmptyClipboard();
   const DWORD code = GetLastError();
   CloseClipboard();
