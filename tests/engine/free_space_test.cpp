@@ -117,7 +117,7 @@ TEST_F(FreeSpaceTest, EveryPieceAndEveryFileHasItsPauseAndAStopComesAtEach) {
   EXPECT_GE(pauses[std::string(kClearingAway)], kSmall + 1);
   const Names before = machine->Tree(scratch), own_before = machine->Tree(own);
   uint64_t fewest = kSmall, most = 0;
-  for (size_t stop_at = 1; stop_at < work; stop_at += 7) {
+  for (size_t stop_at = 1; stop_at < work; stop_at += 23) {
     size_t at = 0;
     const FreeSpaceWiped wiped =
         Wipe({.most_records = kSmall}, [&](const Progress&) { return ++at >= stop_at; });
@@ -133,7 +133,7 @@ TEST_F(FreeSpaceTest, EveryPieceAndEveryFileHasItsPauseAndAStopComesAtEach) {
 
 // What is written is sent to the disk piece by piece, not a whole file of gigabytes at its end.
 TEST_F(FreeSpaceTest, NoFlushHasMuchToSend) {
-  Wipe({.most_records = 1}, {}, 80u << 20);
+  Wipe({.most_records = 1}, {}, 48u << 20);
   EXPECT_GT(flushes, 3u);
   EXPECT_LE(most_unsent, 33u << 20);
 }

@@ -200,6 +200,7 @@ TEST_F(RecipeListTest, HowMuchIsCarriedOutIsTold) {
                     kept = ports.system.WindowsFolder() + "\\WinSxS\\a";
   machine->MakeFile(kept, "1");
   machine->MakeFile(ExpandPluginPath(ports, "%LOCALAPPDATA%\\Qx\\a"), "1");
+  const Names before = machine->Tree(profile);
   for (const auto& [keys, standing, remark] : kStandingRows) {
     SCOPED_TRACE(keys);
     const std::string entry = "[Qx *]/" + ReplaceNoCase(keys, "+", "FileKey1=%AppData%\\Qx|*.*/");
@@ -207,7 +208,6 @@ TEST_F(RecipeListTest, HowMuchIsCarriedOutIsTold) {
     EXPECT_EQ(judged.standing, standing);
     EXPECT_EQ(judged.remarks.empty(), *remark == '\0');
     EXPECT_TRUE(quellix::Holds(judged.remarks.empty() ? "" : judged.remarks[0], remark));
-    const Names before = machine->Tree(profile);
     if (standing < Standing::kRefused) continue;
     RunListed(context, Parse(entry)[0]);
     EXPECT_EQ(machine->Tree(profile), before);

@@ -79,7 +79,7 @@ TEST_F(UserRunsTest, AfterAStopNothingIsCleanedThatWasNotLookedAt) {
   look_until(1'000'000);
   ASSERT_TRUE(runs.WasLookedAt());
   const int all = asked;
-  for (int later = all - 1; later >= 0; later -= 1 + later / 8) {
+  for (int later = all - 1; later >= 0; later -= 1 + later / 3) {
     SCOPED_TRACE(later);
     look_until(all - later);
     EXPECT_FALSE(runs.WasLookedAt());
