@@ -90,7 +90,8 @@ TEST_F(VolumeBackupTest, AFileBeyondFourGibibytesIsArchived) {
   const auto source = [&] { return ports.files.Open(scratch + "source", OpenMode::kRead); };
   for (const uint64_t given : {uint64_t{5}, kSize}) {
     SCOPED_TRACE(given);
-    if (given == kSize && !std::getenv("QUELLIX_LONG")) break;  // packing that takes a quarter minute
+    if (given == kSize && !std::getenv("QUELLIX_LONG"))
+      break;  // packing that takes a quarter minute
     const std::string archive = "C_010120200000.zip", path = Native(safe + archive);
     machine->MakeFile(safe + archive, "");
     {
